@@ -1,0 +1,403 @@
+#include "Widgets/SWidget.h"
+
+#include "HAL/PlatformTime.h"
+#include "Host/HostFocus.h"
+#include "Widgets/DeclarativeSyntaxSupport.h"
+#include "Widgets/IToolTip.h"
+
+namespace
+{
+	float CurrentLayoutScale = 1.0f;
+	FWidgetCounters WidgetCounters;
+}
+
+SWidget::SWidget() = default;
+
+SWidget::~SWidget()
+{
+	if (FHostFocus::Get().MouseCaptor.HasSameObject(this))
+	{
+		FHostFocus::Get().MouseCaptor.Reset();
+	}
+}
+
+void SWidget::SWidgetConstruct(const FSlateBaseNamedArgs& Args)
+{
+	SetVisibility(Args._Visibility);
+	EnabledAttribute = Args._IsEnabled;
+	ToolTipText = Args._ToolTipText;
+	ToolTip = Args._ToolTip;
+	Cursor = Args._Cursor;
+	RenderOpacity = Args._RenderOpacity;
+	if (Args._bClippingSet)
+	{
+		Clipping = Args._Clipping;
+	}
+	if (!Args._Tag.IsNone())
+	{
+		Tag = Args._Tag;
+	}
+}
+
+FReply SWidget::OnKeyChar(const FGeometry& MyGeometry, const FCharacterEvent& InCharacterEvent)
+{
+	return FReply::Unhandled();
+}
+
+FReply SWidget::OnPreviewKeyDown(const FGeometry& MyGeometry, const FKeyEvent& InKeyEvent)
+{
+	return FReply::Unhandled();
+}
+
+FReply SWidget::OnKeyDown(const FGeometry& MyGeometry, const FKeyEvent& InKeyEvent)
+{
+	return FReply::Unhandled();
+}
+
+FReply SWidget::OnKeyUp(const FGeometry& MyGeometry, const FKeyEvent& InKeyEvent)
+{
+	return FReply::Unhandled();
+}
+
+FReply SWidget::OnMouseButtonDown(const FGeometry& MyGeometry, const FPointerEvent& MouseEvent)
+{
+	return FReply::Unhandled();
+}
+
+FReply SWidget::OnPreviewMouseButtonDown(const FGeometry& MyGeometry, const FPointerEvent& MouseEvent)
+{
+	return FReply::Unhandled();
+}
+
+FReply SWidget::OnMouseButtonUp(const FGeometry& MyGeometry, const FPointerEvent& MouseEvent)
+{
+	return FReply::Unhandled();
+}
+
+FReply SWidget::OnMouseMove(const FGeometry& MyGeometry, const FPointerEvent& MouseEvent)
+{
+	return FReply::Unhandled();
+}
+
+FReply SWidget::OnMouseWheel(const FGeometry& MyGeometry, const FPointerEvent& MouseEvent)
+{
+	return FReply::Unhandled();
+}
+
+FReply SWidget::OnMouseButtonDoubleClick(const FGeometry& MyGeometry, const FPointerEvent& MouseEvent)
+{
+	return FReply::Unhandled();
+}
+
+void SWidget::OnMouseEnter(const FGeometry& MyGeometry, const FPointerEvent& MouseEvent)
+{
+}
+
+void SWidget::OnMouseLeave(const FPointerEvent& MouseEvent)
+{
+}
+
+void SWidget::OnMouseCaptureLost()
+{
+}
+
+FCursorReply SWidget::OnCursorQuery(const FGeometry& MyGeometry, const FPointerEvent& CursorEvent) const
+{
+	const TOptional<EMouseCursor::Type> Wanted = Cursor.Get();
+	return Wanted.IsSet() ? FCursorReply::Cursor(Wanted.GetValue()) : FCursorReply::Unhandled();
+}
+
+FReply SWidget::OnFocusReceived(const FGeometry& MyGeometry, const FFocusEvent& InFocusEvent)
+{
+	return FReply::Unhandled();
+}
+
+void SWidget::OnFocusLost(const FFocusEvent& InFocusEvent)
+{
+}
+
+bool SWidget::SupportsKeyboardFocus() const
+{
+	return false;
+}
+
+bool SWidget::OnPreedit(FStringView Text, int32 Cursor)
+{
+	return false;
+}
+
+bool SWidget::GetTextInputArea(FSlateRect& OutCaret) const
+{
+	return false;
+}
+
+void SWidget::Tick(const FGeometry& AllottedGeometry, const double InCurrentTime, const float InDeltaTime)
+{
+}
+
+void SWidget::SlatePrepass(float LayoutScale)
+{
+	if (!NeedsPrepass() && SizeBindingCount == 0 && MeasuredScale == LayoutScale)
+	{
+		return;
+	}
+	++WidgetCounters.Measured;
+	// Cleared first: what is set while measuring asks for another round.
+	bNeedsPrepass = false;
+	bDescendantNeedsPrepass = false;
+	MeasuredScale = LayoutScale;
+	FChildren& Children = *GetChildren();
+	for (int32 Index = 0; Index < Children.Num(); ++Index)
+	{
+		SWidget& Child = Children.GetChildRefAt(Index);
+		if (!Child.GetVisibility().IsCollapsed())
+		{
+			Child.SlatePrepass(LayoutScale);
+		}
+	}
+	DesiredSize = ComputeDesiredSize(LayoutScale);
+}
+
+const FVector2D& SWidget::GetDesiredSize() const
+{
+	// A child that was made or set since the prepass is measured where it is met.
+	if (NeedsPrepass())
+	{
+		const_cast<SWidget*>(this)->SlatePrepass(MeasuredScale > 0.0f ? MeasuredScale : CurrentLayoutScale);
+	}
+	return DesiredSize;
+}
+
+void SWidget::ArrangeChildren(const FGeometry& AllottedGeometry, FArrangedChildren& ArrangedChildren) const
+{
+	OnArrangeChildren(AllottedGeometry, ArrangedChildren);
+}
+
+int32 SWidget::Paint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect, FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const
+{
+	CachedGeometry = AllottedGeometry;
+	if (Args.ShouldTick())
+	{
+		SWidget* MutableThis = const_cast<SWidget*>(this);
+		if (bCanTick)
+		{
+			++WidgetCounters.Ticked;
+			MutableThis->Tick(AllottedGeometry, Args.GetCurrentTime(), Args.GetDeltaTime());
+		}
+		if (ActiveTimers.Num() > 0)
+		{
+			MutableThis->RunActiveTimers(Args.GetCurrentTime());
+		}
+	}
+	++WidgetCounters.Painted;
+
+	FWidgetStyle Style = InWidgetStyle;
+	if (RenderOpacity != 1.0f)
+	{
+		Style.BlendOpacity(RenderOpacity);
+	}
+	const bool bClip = Clipping != EWidgetClipping::Inherit && Clipping != EWidgetClipping::OnDemand;
+	if (!bClip)
+	{
+		return OnPaint(Args, AllottedGeometry, MyCullingRect, OutDrawElements, LayerId, Style, bParentEnabled);
+	}
+	OutDrawElements.PushClip(GetClipRect(AllottedGeometry));
+	const FSlateRect InnerCulling = OutDrawElements.GetClip();
+	const int32 Result = OnPaint(Args, AllottedGeometry, InnerCulling, OutDrawElements, LayerId, Style, bParentEnabled);
+	OutDrawElements.PopClip();
+	return Result;
+}
+
+int32 SWidget::PaintArrangedChildren(const FPaintArgs& Args, const FArrangedChildren& ArrangedChildren, const FSlateRect& MyCullingRect, FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const
+{
+	int32 MaxLayer = LayerId;
+	for (int32 Index = 0; Index < ArrangedChildren.Num(); ++Index)
+	{
+		const FArrangedWidget& Child = ArrangedChildren[Index];
+		const FSlateRect Bounds = Child.Geometry.GetLayoutBoundingRect();
+		const FSlateRect& Clip = OutDrawElements.GetClip();
+		// Edges count: a widget without size at a place in view still ticks.
+		if (Bounds.Left <= Clip.Right && Bounds.Right >= Clip.Left && Bounds.Top <= Clip.Bottom && Bounds.Bottom >= Clip.Top)
+		{
+			MaxLayer = FMath::Max(MaxLayer, Child.Widget->Paint(Args, Child.Geometry, MyCullingRect, OutDrawElements, LayerId, InWidgetStyle, bParentEnabled));
+		}
+	}
+	return MaxLayer;
+}
+
+void SWidget::Invalidate(EInvalidateWidgetReason InvalidateReason)
+{
+	if (InvalidateReason == EInvalidateWidgetReason::None || InvalidateReason == EInvalidateWidgetReason::Paint)
+	{
+		// Painting reads everything anew in each frame.
+		return;
+	}
+	bNeedsPrepass = true;
+	// To the very top: an ancestor may have been measured while this subtree was collapsed and kept its marks.
+	for (SWidget* Parent = ParentWidget; Parent; Parent = Parent->ParentWidget)
+	{
+		Parent->bDescendantNeedsPrepass = true;
+	}
+}
+
+TSharedPtr<SWidget> SWidget::GetParentWidget() const
+{
+	return ParentWidget ? TSharedPtr<SWidget>(ParentWidget->AsShared()) : nullptr;
+}
+
+void SWidget::SetVisibility(TAttribute<EVisibility> InVisibility)
+{
+	if (!InVisibility.IsBound() && !VisibilityAttribute.IsBound() && InVisibility.Get() == VisibilityAttribute.Get())
+	{
+		return;
+	}
+	AssignSizeAttribute(VisibilityAttribute, MoveTemp(InVisibility));
+}
+
+void SWidget::SetEnabled(TAttribute<bool> InEnabled)
+{
+	EnabledAttribute = MoveTemp(InEnabled);
+}
+
+void SWidget::SetToolTipText(const TAttribute<FText>& InToolTipText)
+{
+	ToolTipText = InToolTipText;
+}
+
+void SWidget::SetToolTip(const TSharedPtr<IToolTip>& InToolTip)
+{
+	ToolTip = InToolTip;
+}
+
+TSharedPtr<IToolTip> SWidget::GetToolTip()
+{
+	return ToolTip;
+}
+
+void SWidget::SetCursor(const TAttribute<TOptional<EMouseCursor::Type>>& InCursor)
+{
+	Cursor = InCursor;
+}
+
+void SWidget::SetRenderOpacity(float InOpacity)
+{
+	RenderOpacity = InOpacity;
+}
+
+void SWidget::SetClipping(EWidgetClipping InClipping)
+{
+	Clipping = InClipping;
+}
+
+bool SWidget::HasKeyboardFocus() const
+{
+	return FHostFocus::Get().Focused.HasSameObject(this);
+}
+
+bool SWidget::HasFocusedDescendants() const
+{
+	const TSharedPtr<SWidget> Focused = FHostFocus::Get().Focused.Pin();
+	for (const SWidget* Widget = Focused ? Focused->ParentWidget : nullptr; Widget; Widget = Widget->ParentWidget)
+	{
+		if (Widget == this)
+		{
+			return true;
+		}
+	}
+	return false;
+}
+
+bool SWidget::HasMouseCapture() const
+{
+	return FHostFocus::Get().MouseCaptor.HasSameObject(this);
+}
+
+bool SWidget::ShouldShowFocusRing() const
+{
+	return FHostFocus::Get().bShowRing && HasKeyboardFocus();
+}
+
+TSharedRef<FActiveTimerHandle> SWidget::RegisterActiveTimer(float TickPeriod, FWidgetActiveTimerDelegate TickFunction)
+{
+	const double Now = FPlatformTime::Seconds();
+	const TSharedRef<FActiveTimerHandle> Handle = MakeShared<FActiveTimerHandle>(TickPeriod, MoveTemp(TickFunction), Now + TickPeriod);
+	Handle->LastTime = Now;
+	ActiveTimers.Add(Handle);
+	return Handle;
+}
+
+void SWidget::UnRegisterActiveTimer(const TSharedRef<FActiveTimerHandle>& ActiveTimerHandle)
+{
+	ActiveTimers.RemoveAll([&ActiveTimerHandle](const TSharedRef<FActiveTimerHandle>& Timer) { return &Timer.Get() == &ActiveTimerHandle.Get(); });
+}
+
+void SWidget::RunActiveTimers(double Now)
+{
+	// A copy: a timer may register or remove others.
+	const TArray<TSharedRef<FActiveTimerHandle>> Due = ActiveTimers;
+	for (const TSharedRef<FActiveTimerHandle>& Timer : Due)
+	{
+		if (Now < Timer->NextTime)
+		{
+			continue;
+		}
+		const float Elapsed = static_cast<float>(Now - Timer->LastTime);
+		Timer->LastTime = Now;
+		Timer->NextTime = Now + Timer->Period;
+		if (!Timer->Function.IsBound() || Timer->Function.Execute(Now, Elapsed) == EActiveTimerReturnType::Stop)
+		{
+			UnRegisterActiveTimer(Timer);
+		}
+	}
+}
+
+FText SWidget::GetDisplayedText() const
+{
+	return FText::GetEmpty();
+}
+
+void SWidget::SetLayoutScale(float Scale)
+{
+	CurrentLayoutScale = Scale;
+}
+
+float SWidget::GetLayoutScale()
+{
+	return CurrentLayoutScale;
+}
+
+FWidgetCounters& SWidget::GetCounters()
+{
+	return WidgetCounters;
+}
+
+void SWidget::NoteSizeBinding(bool bBound)
+{
+	ChangeSizeBindings(bBound ? 1 : -1);
+}
+
+void SWidget::SetParent(SWidget* InParent)
+{
+	// The empty widget stands in many slots at once and belongs to none.
+	if (this == &SNullWidget::GetNullWidget().Get())
+	{
+		return;
+	}
+	if (ParentWidget && SizeBindingCount != 0)
+	{
+		ParentWidget->ChangeSizeBindings(-SizeBindingCount);
+	}
+	ParentWidget = InParent;
+	if (ParentWidget && SizeBindingCount != 0)
+	{
+		ParentWidget->ChangeSizeBindings(SizeBindingCount);
+	}
+}
+
+void SWidget::ChangeSizeBindings(int32 Delta)
+{
+	for (SWidget* Widget = this; Widget; Widget = Widget->ParentWidget)
+	{
+		Widget->SizeBindingCount += Delta;
+	}
+}

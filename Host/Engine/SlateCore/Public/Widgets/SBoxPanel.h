@@ -1,0 +1,119 @@
+#pragma once
+
+#include "Layout/Margin.h"
+#include "Widgets/SPanel.h"
+
+/** How a box panel sizes a slot along its direction. */
+struct FSizeParam
+{
+	enum ESizeRule : uint8
+	{
+		SizeRule_Auto,
+		SizeRule_Stretch,
+	};
+	ESizeRule SizeRule = SizeRule_Stretch;
+	TAttribute<float> Value = 1.0f;
+};
+
+/**
+ * Lays its children out in a row or a column. Auto slots take their desired size, the others share what is left by
+ * weight within their minimum and maximum. Collapsed children take no room, padding included.
+ */
+class SLATECORE_API SBoxPanel : public SPanel
+{
+public:
+	class FSlot;
+
+	/** Declaration of a slot; the vertical and horizontal panels spell Auto and Fill their own way. */
+	struct SLATECORE_API FSlotArguments : public TLayoutSlotArguments<FSlot, FSlotArguments>
+	{
+		// Both spellings stand here, so that one list type serves both panels.
+		FSlotArguments& AutoHeight() { return SetAuto(); }
+		FSlotArguments& AutoWidth() { return SetAuto(); }
+		FSlotArguments& FillHeight(TAttribute<float> Weight) { return SetFill(MoveTemp(Weight)); }
+		FSlotArguments& FillWidth(TAttribute<float> Weight) { return SetFill(MoveTemp(Weight)); }
+		FSlotArguments& MaxHeight(TAttribute<float> Size) { return SetMax(MoveTemp(Size)); }
+		FSlotArguments& MaxWidth(TAttribute<float> Size) { return SetMax(MoveTemp(Size)); }
+		FSlotArguments& MinHeight(TAttribute<float> Size) { return SetMin(MoveTemp(Size)); }
+		FSlotArguments& MinWidth(TAttribute<float> Size) { return SetMin(MoveTemp(Size)); }
+		FSizeParam _Size;
+		TAttribute<float> _MaxSize = 0.0f;
+		TAttribute<float> _MinSize = 0.0f;
+
+	private:
+		FSlotArguments& SetAuto();
+		FSlotArguments& SetFill(TAttribute<float> Weight);
+		FSlotArguments& SetMax(TAttribute<float> Size);
+		FSlotArguments& SetMin(TAttribute<float> Size);
+	};
+
+	class SLATECORE_API FSlot : public TBasicLayoutWidgetSlot<FSlot>
+	{
+	public:
+		using FSlotArguments = SBoxPanel::FSlotArguments;
+		void Construct(const FSlotArguments& Arguments);
+		const FSizeParam& GetSizeRule() const { return Size; }
+		/** Zero means none. */
+		float GetMaxSize() const { return MaxSize.Get(); }
+		float GetMinSize() const { return MinSize.Get(); }
+		void SetAutoHeight() { SetAuto(); }
+		void SetAutoWidth() { SetAuto(); }
+		void SetFillHeight(TAttribute<float> Weight) { SetFill(MoveTemp(Weight)); }
+		void SetFillWidth(TAttribute<float> Weight) { SetFill(MoveTemp(Weight)); }
+		void SetMaxHeight(TAttribute<float> InSize);
+		void SetMaxWidth(TAttribute<float> InSize) { SetMaxHeight(MoveTemp(InSize)); }
+
+	private:
+		void SetAuto();
+		void SetFill(TAttribute<float> Weight);
+		FSizeParam Size;
+		TAttribute<float> MaxSize = 0.0f;
+		TAttribute<float> MinSize = 0.0f;
+	};
+	using FScopedWidgetSlotArguments = TPanelChildren<FSlot>::FScopedWidgetSlotArguments;
+
+	static FSlotArguments Slot() { return FSlotArguments(); }
+	FScopedWidgetSlotArguments AddSlot() { return FScopedWidgetSlotArguments(Children, INDEX_NONE); }
+	FScopedWidgetSlotArguments InsertSlot(int32 Index) { return FScopedWidgetSlotArguments(Children, Index); }
+	int32 NumSlots() const { return Children.Num(); }
+	bool IsValidSlotIndex(int32 Index) const { return Index >= 0 && Index < Children.Num(); }
+	FSlot& GetSlot(int32 Index) { return Children[Index]; }
+	const FSlot& GetSlot(int32 Index) const { return Children[Index]; }
+	/** Index of the removed slot, or INDEX_NONE. */
+	int32 RemoveSlot(const TSharedRef<SWidget>& SlotWidget) { return Children.Remove(SlotWidget); }
+	void ClearChildren() { Children.Empty(); }
+	virtual FChildren* GetChildren() override { return &Children; }
+
+protected:
+	explicit SBoxPanel(EOrientation InOrientation);
+
+	virtual FVector2D ComputeDesiredSize(float LayoutScaleMultiplier) const override;
+	virtual void OnArrangeChildren(const FGeometry& AllottedGeometry, FArrangedChildren& ArrangedChildren) const override;
+
+	TPanelChildren<FSlot> Children;
+
+private:
+	const EOrientation Orientation;
+};
+
+class SLATECORE_API SHorizontalBox : public SBoxPanel
+{
+public:
+	SLATE_BEGIN_ARGS(SHorizontalBox) {}
+		SLATE_SLOT_ARGUMENT(SBoxPanel::FSlot, Slots)
+	SLATE_END_ARGS()
+
+	SHorizontalBox();
+	void Construct(const FArguments& InArgs);
+};
+
+class SLATECORE_API SVerticalBox : public SBoxPanel
+{
+public:
+	SLATE_BEGIN_ARGS(SVerticalBox) {}
+		SLATE_SLOT_ARGUMENT(SBoxPanel::FSlot, Slots)
+	SLATE_END_ARGS()
+
+	SVerticalBox();
+	void Construct(const FArguments& InArgs);
+};
