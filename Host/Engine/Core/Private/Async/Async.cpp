@@ -1,0 +1,371 @@
+#include "Async/Async.h"
+
+#include "Containers/UnrealString.h"
+#include "Host/HostTasks.h"
+#include "Logging/LogMacros.h"
+
+#include <algorithm>
+#include <atomic>
+#include <condition_variable>
+#include <deque>
+#include <list>
+#include <mutex>
+#include <pthread.h>
+#include <sys/syscall.h>
+#include <thread>
+#include <unistd.h>
+#include <utility>
+#include <vector>
+
+DEFINE_LOG_CATEGORY_STATIC(LogHostTasks, Log, All);
+
+namespace
+{
+	using FTask = TUniqueFunction<void()>;
+
+	std::atomic<std::thread::id> GameThreadId{ std::thread::id() };
+	thread_local bool bBackgroundThread = false;
+
+	/** Tasks for the game thread, in the order in which they came. */
+	class FGameThreadQueue
+	{
+	public:
+		void Add(FTask&& Task)
+		{
+			std::shared_ptr<const TFunction<void()>> Hook;
+			{
+				const std::lock_guard<std::mutex> Lock(Mutex);
+				Queue.emplace_back(NextNumber++, static_cast<FTask&&>(Task));
+				Hook = WakeHook;
+			}
+			if (Hook && *Hook)
+			{
+				(*Hook)();
+			}
+		}
+
+		int32 Run()
+		{
+			uint64 End = 0;
+			{
+				const std::lock_guard<std::mutex> Lock(Mutex);
+				End = NextNumber;
+			}
+			int32 Count = 0;
+			for (;; ++Count)
+			{
+				FTask Task;
+				{
+					const std::lock_guard<std::mutex> Lock(Mutex);
+					if (Queue.empty() || Queue.front().first >= End)
+					{
+						return Count;
+					}
+					Task = static_cast<FTask&&>(Queue.front().second);
+					Queue.pop_front();
+				}
+				Task();
+			}
+		}
+
+		bool HasPending()
+		{
+			const std::lock_guard<std::mutex> Lock(Mutex);
+			return !Queue.empty();
+		}
+
+		void Drop()
+		{
+			std::deque<std::pair<uint64, FTask>> Gone; // Destroyed outside the lock: what a task holds may queue again.
+			const std::lock_guard<std::mutex> Lock(Mutex);
+			Gone.swap(Queue);
+		}
+
+		void SetWakeHook(TFunction<void()>&& Hook)
+		{
+			auto Shared = std::make_shared<const TFunction<void()>>(static_cast<TFunction<void()>&&>(Hook));
+			const std::lock_guard<std::mutex> Lock(Mutex);
+			WakeHook.swap(Shared);
+		}
+
+	private:
+		std::mutex Mutex;
+		std::deque<std::pair<uint64, FTask>> Queue;
+		uint64 NextNumber = 0;
+		std::shared_ptr<const TFunction<void()>> WakeHook;
+	};
+
+	/** A bounded pool, and threads that were asked for by name. */
+	class FBackground
+	{
+	public:
+		~FBackground() { Shutdown(); }
+
+		void AddToPool(FTask&& Task)
+		{
+			{
+				const std::lock_guard<std::mutex> Lock(Mutex);
+				Queue.push_back(static_cast<FTask&&>(Task));
+				const std::size_t Wanted = std::min<std::size_t>(MaxWorkers(), Running + Queue.size());
+				while (Workers.size() < Wanted)
+				{
+					pthread_t Worker;
+					if (pthread_create(&Worker, nullptr, &FBackground::RunWorker, this) != 0)
+					{
+						break;
+					}
+					Workers.push_back(Worker);
+				}
+				if (!Workers.empty())
+				{
+					Changed.notify_all();
+					return;
+				}
+			}
+			// Not one thread to be had: better late than never.
+			UE_LOG(LogHostTasks, Warning, TEXT("No background thread could be started; running the task in place"));
+			RunOneHere();
+		}
+
+		void AddThread(FTask&& Task)
+		{
+			JoinFinished();
+			std::unique_lock<std::mutex> Lock(Mutex);
+			FOwnThread& Own = OwnThreads.emplace_back();
+			Own.Owner = this;
+			Own.Task = static_cast<FTask&&>(Task);
+			if (pthread_create(&Own.Thread, nullptr, &FBackground::RunOwn, &Own) != 0)
+			{
+				FTask Moved = static_cast<FTask&&>(Own.Task);
+				OwnThreads.pop_back();
+				Lock.unlock();
+				AddToPool(static_cast<FTask&&>(Moved));
+			}
+		}
+
+		int32 GetCount()
+		{
+			const std::lock_guard<std::mutex> Lock(Mutex);
+			return CountLocked();
+		}
+
+		bool Wait(double Seconds)
+		{
+			std::unique_lock<std::mutex> Lock(Mutex);
+			return Changed.wait_for(Lock, std::chrono::duration<double>(std::max(0.0, Seconds)), [this] { return CountLocked() == 0; });
+		}
+
+		void Shutdown()
+		{
+			if (bBackgroundThread)
+			{
+				UE_LOG(LogHostTasks, Error, TEXT("A background task cannot shut the background threads down"));
+				return;
+			}
+			std::unique_lock<std::mutex> Lock(Mutex);
+			Changed.wait(Lock, [this] { return CountLocked() == 0; });
+			bStopping = true;
+			std::vector<pthread_t> Joining;
+			Joining.swap(Workers);
+			Changed.notify_all();
+			Lock.unlock();
+			for (const pthread_t Worker : Joining)
+			{
+				pthread_join(Worker, nullptr);
+			}
+			JoinFinished();
+			Lock.lock();
+			bStopping = false;
+		}
+
+	private:
+		struct FOwnThread
+		{
+			FBackground* Owner = nullptr;
+			FTask Task;
+			pthread_t Thread{};
+			bool bFinished = false;
+		};
+
+		static std::size_t MaxWorkers()
+		{
+			return std::clamp<std::size_t>(std::thread::hardware_concurrency(), 2, 8);
+		}
+
+		int32 CountLocked() const
+		{
+			const auto IsRunning = [](const FOwnThread& Own) { return !Own.bFinished; };
+			return int32(Queue.size() + Running) + int32(std::count_if(OwnThreads.begin(), OwnThreads.end(), IsRunning));
+		}
+
+		static void* RunWorker(void* Self)
+		{
+			bBackgroundThread = true;
+			static_cast<FBackground*>(Self)->Work();
+			return nullptr;
+		}
+
+		static void* RunOwn(void* Argument)
+		{
+			bBackgroundThread = true;
+			FOwnThread& Own = *static_cast<FOwnThread*>(Argument);
+			{
+				const FTask Task = static_cast<FTask&&>(Own.Task);
+				Task();
+			}
+			FBackground& Owner = *Own.Owner;
+			const std::lock_guard<std::mutex> Lock(Owner.Mutex);
+			Own.bFinished = true;
+			Owner.Changed.notify_all();
+			return nullptr;
+		}
+
+		void Work()
+		{
+			std::unique_lock<std::mutex> Lock(Mutex);
+			for (;;)
+			{
+				Changed.wait(Lock, [this] { return bStopping || !Queue.empty(); });
+				if (Queue.empty())
+				{
+					return;
+				}
+				RunFront(Lock);
+			}
+		}
+
+		void RunOneHere()
+		{
+			std::unique_lock<std::mutex> Lock(Mutex);
+			if (!Queue.empty())
+			{
+				RunFront(Lock);
+			}
+		}
+
+		void RunFront(std::unique_lock<std::mutex>& Lock)
+		{
+			{
+				const FTask Task = static_cast<FTask&&>(Queue.front());
+				Queue.pop_front();
+				++Running;
+				Lock.unlock();
+				Task();
+				// What the task holds is destroyed here, outside the lock.
+			}
+			Lock.lock();
+			--Running;
+			Changed.notify_all();
+		}
+
+		void JoinFinished()
+		{
+			std::list<FOwnThread> Finished;
+			{
+				const std::lock_guard<std::mutex> Lock(Mutex);
+				for (auto Position = OwnThreads.begin(); Position != OwnThreads.end();)
+				{
+					const auto Next = std::next(Position);
+					if (Position->bFinished)
+					{
+						Finished.splice(Finished.end(), OwnThreads, Position);
+					}
+					Position = Next;
+				}
+			}
+			for (const FOwnThread& Own : Finished)
+			{
+				pthread_join(Own.Thread, nullptr);
+			}
+		}
+
+		std::mutex Mutex;
+		std::condition_variable Changed;
+		std::deque<FTask> Queue;
+		std::vector<pthread_t> Workers;
+		std::list<FOwnThread> OwnThreads;
+		std::size_t Running = 0;
+		bool bStopping = false;
+	};
+
+	FGameThreadQueue& GetGameThreadQueue()
+	{
+		static FGameThreadQueue Queue;
+		return Queue;
+	}
+
+	FBackground& GetBackground()
+	{
+		// Tasks post to the game thread's queue, which must outlive the threads.
+		GetGameThreadQueue();
+		static FBackground Background;
+		return Background;
+	}
+}
+
+bool IsInGameThread()
+{
+	const std::thread::id Id = GameThreadId.load(std::memory_order_relaxed);
+	return Id != std::thread::id() ? Id == std::this_thread::get_id() : syscall(SYS_gettid) == getpid();
+}
+
+void HostAsyncPrivate::Run(EAsyncExecution Execution, TUniqueFunction<void()> Task)
+{
+	switch (Execution)
+	{
+	case EAsyncExecution::TaskGraphMainThread:
+		GetGameThreadQueue().Add(static_cast<FTask&&>(Task));
+		return;
+	case EAsyncExecution::Thread:
+	case EAsyncExecution::ThreadIfForkSafe:
+		GetBackground().AddThread(static_cast<FTask&&>(Task));
+		return;
+	case EAsyncExecution::TaskGraph:
+	case EAsyncExecution::ThreadPool:
+	case EAsyncExecution::LargeThreadPool:
+		GetBackground().AddToPool(static_cast<FTask&&>(Task));
+		return;
+	}
+}
+
+void AsyncTask(ENamedThreads::Type Thread, TUniqueFunction<void()> Task)
+{
+	HostAsyncPrivate::Run(
+		Thread == ENamedThreads::GameThread ? EAsyncExecution::TaskGraphMainThread : EAsyncExecution::TaskGraph, static_cast<FTask&&>(Task));
+}
+
+void FHostTasks::SetGameThread()
+{
+	GameThreadId.store(std::this_thread::get_id(), std::memory_order_relaxed);
+}
+
+int32 FHostTasks::RunGameThreadTasks()
+{
+	return GetGameThreadQueue().Run();
+}
+
+bool FHostTasks::HasPending()
+{
+	return GetGameThreadQueue().HasPending();
+}
+
+void FHostTasks::SetWakeHook(TFunction<void()> Hook)
+{
+	GetGameThreadQueue().SetWakeHook(static_cast<TFunction<void()>&&>(Hook));
+}
+
+bool FHostTasks::WaitForBackground(double TimeoutSeconds)
+{
+	return GetBackground().Wait(TimeoutSeconds);
+}
+
+int32 FHostTasks::GetBackgroundCount()
+{
+	return GetBackground().GetCount();
+}
+
+void FHostTasks::Shutdown()
+{
+	GetBackground().Shutdown();
+	GetGameThreadQueue().Drop();
+}

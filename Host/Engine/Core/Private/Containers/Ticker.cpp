@@ -1,0 +1,178 @@
+#include "Containers/Ticker.h"
+
+#include "Templates/UnrealTemplate.h"
+
+#include <algorithm>
+#include <condition_variable>
+#include <limits>
+#include <thread>
+#include <vector>
+
+/** One registered delegate. Its own lock guards the state that RemoveTicker and Tick meet on. */
+class FTSTicker::FElement
+{
+public:
+	FElement(FTSTicker& InOwner, TFunction<bool(float)>&& InFunction, float InDelay)
+		: Owner(InOwner), Delay(InDelay), Function(MoveTemp(InFunction))
+	{
+	}
+
+	FTSTicker& Owner;
+	const double Delay;
+
+	// Guarded by the owner's lock.
+	double LastTime = 0.0;
+	double NextTime = 0.0;
+	uint64 LastTick = 0;
+	uint64 Order = 0;
+
+	std::mutex Mutex;
+	std::condition_variable Finished;
+	TFunction<bool(float)> Function;
+	std::thread::id Executing;
+	bool bRemoved = false;
+};
+
+namespace
+{
+	// Deltas are floats: ten times 0.1f may fall a hair short of a delay of 1.
+	constexpr double DueTolerance = 1.0e-5;
+}
+
+FTSTicker::FTSTicker() = default;
+FTSTicker::~FTSTicker() = default;
+
+FTSTicker& FTSTicker::GetCoreTicker()
+{
+	static FTSTicker Ticker;
+	return Ticker;
+}
+
+FTSTicker::FDelegateHandle FTSTicker::AddTicker(const FTickerDelegate& Delegate, float Delay)
+{
+	// A delegate whose object has died leaves the ticker.
+	return AddTicker(TEXT(""), Delay, [Delegate](float DeltaTime) { return Delegate.IsBound() && Delegate.Execute(DeltaTime); });
+}
+
+FTSTicker::FDelegateHandle FTSTicker::AddTicker(const TCHAR* Name, float Delay, TFunction<bool(float)> Function)
+{
+	return AddElement(MakeShared<FElement>(*this, MoveTemp(Function), Delay), Delay);
+}
+
+FTSTicker::FDelegateHandle FTSTicker::AddElement(TSharedPtr<FElement> Element, float Delay)
+{
+	const std::lock_guard<std::mutex> Lock(Mutex);
+	Element->LastTime = CurrentTime;
+	Element->NextTime = CurrentTime + Element->Delay;
+	Element->Order = NextOrder++;
+	Elements.Add(Element);
+	return Element;
+}
+
+void FTSTicker::RemoveTicker(FDelegateHandle Handle)
+{
+	const TSharedPtr<FElement> Element = Handle.Pin();
+	if (!Element)
+	{
+		return;
+	}
+	{
+		const std::lock_guard<std::mutex> Lock(Element->Owner.Mutex);
+		Element->Owner.Elements.Remove(Element);
+	}
+	TFunction<bool(float)> Gone; // What the delegate holds is destroyed outside the lock.
+	std::unique_lock<std::mutex> Lock(Element->Mutex);
+	Element->bRemoved = true;
+	if (Element->Executing == std::this_thread::get_id())
+	{
+		return; // Tick lets go of it once it has returned.
+	}
+	Element->Finished.wait(Lock, [&Element] { return Element->Executing == std::thread::id(); });
+	Gone = MoveTemp(Element->Function);
+}
+
+void FTSTicker::Tick(float DeltaTime)
+{
+	static std::atomic<uint64> TickCounter{ 0 };
+	const uint64 ThisTick = ++TickCounter;
+	std::vector<TSharedPtr<FElement>> Due;
+	{
+		const std::lock_guard<std::mutex> Lock(Mutex);
+		CurrentTime += DeltaTime > 0.0f ? double(DeltaTime) : 0.0;
+		for (const TSharedPtr<FElement>& Element : Elements)
+		{
+			if (Element->NextTime <= CurrentTime + DueTolerance)
+			{
+				Due.push_back(Element);
+			}
+		}
+		std::sort(Due.begin(), Due.end(),
+			[](const TSharedPtr<FElement>& A, const TSharedPtr<FElement>& B)
+			{ return A->NextTime != B->NextTime ? A->NextTime < B->NextTime : A->Order < B->Order; });
+	}
+	for (const TSharedPtr<FElement>& Element : Due)
+	{
+		{
+			const std::lock_guard<std::mutex> Lock(Element->Mutex);
+			if (Element->bRemoved || Element->Executing != std::thread::id())
+			{
+				continue;
+			}
+			Element->Executing = std::this_thread::get_id();
+		}
+		float Passed = 0.0f;
+		bool bCall = false;
+		{
+			const std::lock_guard<std::mutex> Lock(Mutex);
+			bCall = Element->LastTick < ThisTick; // Else a loop inside an earlier delegate has called it.
+			if (bCall)
+			{
+				Passed = float(CurrentTime - Element->LastTime);
+				Element->LastTime = CurrentTime;
+				Element->NextTime = CurrentTime + Element->Delay;
+				Element->LastTick = ThisTick;
+			}
+		}
+		const bool bStay = !bCall || Element->Function(Passed);
+		TFunction<bool(float)> Gone;
+		{
+			const std::lock_guard<std::mutex> Lock(Element->Mutex);
+			Element->Executing = std::thread::id();
+			Element->bRemoved = Element->bRemoved || !bStay;
+			if (Element->bRemoved)
+			{
+				Gone = MoveTemp(Element->Function);
+			}
+		}
+		Element->Finished.notify_all();
+		if (!bStay)
+		{
+			const std::lock_guard<std::mutex> Lock(Mutex);
+			Elements.Remove(Element);
+		}
+	}
+}
+
+float FTSTicker::GetTimeUntilNextCall() const
+{
+	const std::lock_guard<std::mutex> Lock(Mutex);
+	double Soonest = double(std::numeric_limits<float>::max());
+	for (const TSharedPtr<FElement>& Element : Elements)
+	{
+		Soonest = std::min(Soonest, std::max(0.0, Element->NextTime - CurrentTime));
+	}
+	return float(Soonest);
+}
+
+void FTSTicker::Reset()
+{
+	TArray<TSharedPtr<FElement>> Gone;
+	{
+		const std::lock_guard<std::mutex> Lock(Mutex);
+		Gone = Elements;
+	}
+	for (const TSharedPtr<FElement>& Element : Gone)
+	{
+		RemoveTicker(Element);
+	}
+}

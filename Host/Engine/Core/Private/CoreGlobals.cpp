@@ -1,0 +1,3 @@
+#include "CoreGlobals.h"
+
+DEFINE_LOG_CATEGORY(LogTemp);

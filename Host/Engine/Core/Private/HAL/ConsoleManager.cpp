@@ -1,0 +1,486 @@
+#include "HAL/IConsoleManager.h"
+
+#include "Host/HostConsole.h"
+#include "Logging/LogMacros.h"
+#include "Templates/UniquePtr.h"
+
+#include <atomic>
+#include <charconv>
+#include <map>
+#include <mutex>
+#include <string>
+
+DEFINE_LOG_CATEGORY_STATIC(LogConsole, Log, All);
+
+namespace
+{
+	int32 ToInteger(const FString& Text)
+	{
+		return Text == TEXT("true") || Text == TEXT("on") || Text == TEXT("yes") ? 1 : FCString::Atoi(*Text);
+	}
+
+	float ToFloat(const FString& Text)
+	{
+		return Text == TEXT("true") || Text == TEXT("on") || Text == TEXT("yes") ? 1.0f : FCString::Atof(*Text);
+	}
+
+	/** Shortest text that reads back as the same number. */
+	FString ToText(float Value)
+	{
+		char Buffer[64];
+		const std::to_chars_result Result = std::to_chars(Buffer, Buffer + sizeof(Buffer), Value);
+		FString Text;
+		for (const char* Position = Buffer; Position != Result.ptr; ++Position)
+		{
+			Text.AppendChar(TCHAR(*Position));
+		}
+		return Text;
+	}
+
+	/** A value that any thread may read. */
+	template <typename T>
+	class TConsoleValue
+	{
+	public:
+		explicit TConsoleValue(const T& InValue) : Value(InValue) {}
+		T Get() const { return Value.load(std::memory_order_relaxed); }
+		/** Whether it was another value before. */
+		bool Set(const T& NewValue) { return Value.exchange(NewValue, std::memory_order_relaxed) != NewValue; }
+
+	private:
+		std::atomic<T> Value;
+	};
+
+	template <>
+	class TConsoleValue<FString>
+	{
+	public:
+		explicit TConsoleValue(const FString& InValue) : Value(InValue) {}
+		FString Get() const
+		{
+			const std::lock_guard<std::mutex> Lock(Mutex);
+			return Value;
+		}
+		bool Set(const FString& NewValue)
+		{
+			const std::lock_guard<std::mutex> Lock(Mutex);
+			const bool bChanged = !Value.Equals(NewValue);
+			Value = NewValue;
+			return bChanged;
+		}
+
+	private:
+		mutable std::mutex Mutex;
+		FString Value;
+	};
+
+	FString ValueText(bool bValue) { return bValue ? TEXT("true") : TEXT("false"); }
+	FString ValueText(int32 Value) { return FString::FromInt(Value); }
+	FString ValueText(float Value) { return ToText(Value); }
+	FString ValueText(const FString& Value) { return Value; }
+
+	template <typename T>
+	class TConsoleVariable final : public IConsoleVariable
+	{
+	public:
+		TConsoleVariable(const T& InDefault, const TCHAR* InHelp, uint32 InFlags)
+			: Default(InDefault), Value(InDefault), Help(InHelp), Flags(EConsoleVariableFlags(InFlags))
+		{
+		}
+
+		const TCHAR* GetHelp() const override { return *Help; }
+		void SetHelp(const TCHAR* NewHelp) override { Help = NewHelp; }
+		EConsoleVariableFlags GetFlags() const override { return Flags; }
+
+		void Set(const TCHAR* Text, EConsoleVariableFlags SetBy) override
+		{
+			const FString String(Text);
+			if constexpr (std::is_same_v<T, bool>)
+			{
+				Change(ToFloat(String) != 0.0f);
+			}
+			else if constexpr (std::is_same_v<T, int32>)
+			{
+				Change(ToInteger(String));
+			}
+			else if constexpr (std::is_same_v<T, float>)
+			{
+				Change(ToFloat(String));
+			}
+			else
+			{
+				Change(String);
+			}
+		}
+		void Set(bool bNewValue, EConsoleVariableFlags SetBy) override { SetNumber(bNewValue); }
+		void Set(int32 NewValue, EConsoleVariableFlags SetBy) override { SetNumber(NewValue); }
+		void Set(float NewValue, EConsoleVariableFlags SetBy) override { SetNumber(NewValue); }
+
+		bool GetBool() const override
+		{
+			if constexpr (std::is_same_v<T, FString>)
+			{
+				return Value.Get().ToBool();
+			}
+			else
+			{
+				return Value.Get() != T();
+			}
+		}
+		int32 GetInt() const override
+		{
+			if constexpr (std::is_same_v<T, FString>)
+			{
+				return ToInteger(Value.Get());
+			}
+			else if constexpr (std::is_same_v<T, float>)
+			{
+				const float Number = Value.Get();
+				return Number >= 2147483648.0f ? MAX_int32 : Number >= -2147483648.0f ? int32(Number) : MIN_int32;
+			}
+			else
+			{
+				return int32(Value.Get());
+			}
+		}
+		float GetFloat() const override
+		{
+			if constexpr (std::is_same_v<T, FString>)
+			{
+				return ToFloat(Value.Get());
+			}
+			else
+			{
+				return float(Value.Get());
+			}
+		}
+		FString GetString() const override { return ValueText(Value.Get()); }
+		FString GetDefaultValue() const override { return ValueText(Default); }
+
+		bool IsVariableBool() const override { return std::is_same_v<T, bool>; }
+		bool IsVariableInt() const override { return std::is_same_v<T, int32>; }
+		bool IsVariableFloat() const override { return std::is_same_v<T, float>; }
+		bool IsVariableString() const override { return std::is_same_v<T, FString>; }
+
+		void SetOnChangedCallback(const FConsoleVariableDelegate& NewCallback) override { Callback = NewCallback; }
+		FConsoleVariableMulticastDelegate& OnChangedDelegate() override { return OnChanged; }
+
+	private:
+		template <typename TNumber>
+		void SetNumber(TNumber Number)
+		{
+			if constexpr (std::is_same_v<T, FString>)
+			{
+				Change(ValueText(Number));
+			}
+			else if constexpr (std::is_same_v<T, int32> && std::is_same_v<TNumber, float>)
+			{
+				Change(Number >= 2147483648.0f ? MAX_int32 : Number >= -2147483648.0f ? int32(Number) : MIN_int32);
+			}
+			else
+			{
+				Change(T(Number));
+			}
+		}
+
+		void Change(const T& NewValue)
+		{
+			if (Value.Set(NewValue))
+			{
+				Callback.ExecuteIfBound(this);
+				OnChanged.Broadcast(this);
+			}
+		}
+
+		const T Default;
+		TConsoleValue<T> Value;
+		FString Help;
+		const EConsoleVariableFlags Flags;
+		FConsoleVariableDelegate Callback;
+		FConsoleVariableMulticastDelegate OnChanged;
+	};
+
+	class FHostConsoleCommand final : public IConsoleCommand
+	{
+	public:
+		FHostConsoleCommand(const TCHAR* InHelp, uint32 InFlags, const FConsoleCommandWithArgsDelegate& InCommand)
+			: Help(InHelp), Flags(EConsoleVariableFlags(InFlags)), Command(InCommand)
+		{
+		}
+		const TCHAR* GetHelp() const override { return *Help; }
+		void SetHelp(const TCHAR* NewHelp) override { Help = NewHelp; }
+		EConsoleVariableFlags GetFlags() const override { return Flags; }
+		bool Execute(const TArray<FString>& Args) override { return Command.ExecuteIfBound(Args); }
+
+	private:
+		FString Help;
+		const EConsoleVariableFlags Flags;
+		FConsoleCommandWithArgsDelegate Command;
+	};
+
+	class FHostConsoleManager final : public IConsoleManager
+	{
+	public:
+		IConsoleVariable* RegisterConsoleVariable(const TCHAR* Name, bool Default, const TCHAR* Help, uint32 Flags) override
+		{
+			return RegisterVariable<bool>(Name, Default, Help, Flags);
+		}
+		IConsoleVariable* RegisterConsoleVariable(const TCHAR* Name, int32 Default, const TCHAR* Help, uint32 Flags) override
+		{
+			return RegisterVariable<int32>(Name, Default, Help, Flags);
+		}
+		IConsoleVariable* RegisterConsoleVariable(const TCHAR* Name, float Default, const TCHAR* Help, uint32 Flags) override
+		{
+			return RegisterVariable<float>(Name, Default, Help, Flags);
+		}
+		IConsoleVariable* RegisterConsoleVariable(const TCHAR* Name, const FString& Default, const TCHAR* Help, uint32 Flags) override
+		{
+			return RegisterVariable<FString>(Name, Default, Help, Flags);
+		}
+		IConsoleCommand* RegisterConsoleCommand(
+			const TCHAR* Name, const TCHAR* Help, const FConsoleCommandDelegate& Command, uint32 Flags) override
+		{
+			return RegisterConsoleCommand(Name, Help,
+				FConsoleCommandWithArgsDelegate::CreateLambda([Command](const TArray<FString>&) { Command.ExecuteIfBound(); }), Flags);
+		}
+		IConsoleCommand* RegisterConsoleCommand(
+			const TCHAR* Name, const TCHAR* Help, const FConsoleCommandWithArgsDelegate& Command, uint32 Flags) override
+		{
+			const std::lock_guard<std::recursive_mutex> Lock(Mutex);
+			FEntry& Entry = Entries[MakeKey(Name)];
+			if (Entry.Object)
+			{
+				UE_LOG(LogConsole, Warning, TEXT("The console name %s is taken"), Name);
+				return nullptr;
+			}
+			Entry.Name = Name;
+			Entry.Uses = 1;
+			Entry.Object = MakeUnique<FHostConsoleCommand>(Help, Flags, Command);
+			return Entry.Object->AsCommand();
+		}
+
+		IConsoleVariable* FindConsoleVariable(const TCHAR* Name, bool) const override
+		{
+			IConsoleObject* Object = FindConsoleObject(Name, true);
+			return Object ? Object->AsVariable() : nullptr;
+		}
+
+		IConsoleObject* FindConsoleObject(const TCHAR* Name, bool) const override
+		{
+			const std::lock_guard<std::recursive_mutex> Lock(Mutex);
+			const auto Found = Entries.find(MakeKey(Name));
+			return Found != Entries.end() ? Found->second.Object.Get() : nullptr;
+		}
+
+		void ForEachConsoleObjectThatStartsWith(
+			TFunctionRef<void(const TCHAR*, IConsoleObject*)> Visitor, const TCHAR* Prefix) const override
+		{
+			const std::u16string Key = MakeKey(Prefix);
+			TArray<FString> Names;
+			{
+				const std::lock_guard<std::recursive_mutex> Lock(Mutex);
+				for (auto Position = Entries.lower_bound(Key); Position != Entries.end() && Position->first.starts_with(Key); ++Position)
+				{
+					if (Position->second.Object)
+					{
+						Names.Add(Position->second.Name);
+					}
+				}
+			}
+			// The visitor may register and unregister.
+			for (const FString& Name : Names)
+			{
+				if (IConsoleObject* Object = FindConsoleObject(*Name, true))
+				{
+					Visitor(*Name, Object);
+				}
+			}
+		}
+
+		void UnregisterConsoleObject(IConsoleObject* Object, bool bKeepState) override
+		{
+			TUniquePtr<IConsoleObject> Gone; // Destroyed outside the lock.
+			const std::lock_guard<std::recursive_mutex> Lock(Mutex);
+			for (auto& [Key, Entry] : Entries)
+			{
+				if (Object && Entry.Object.Get() == Object)
+				{
+					if (--Entry.Uses > 0)
+					{
+						return;
+					}
+					const IConsoleVariable* Variable = Object->AsVariable();
+					Entry.bKept = bKeepState && Variable;
+					Entry.KeptValue = Entry.bKept ? Variable->GetString() : FString();
+					Gone = MoveTemp(Entry.Object);
+					return;
+				}
+			}
+		}
+
+	private:
+		struct FEntry
+		{
+			FString Name;
+			TUniquePtr<IConsoleObject> Object;
+			int32 Uses = 0;
+			/** Value of a name that is not registered at present. */
+			FString KeptValue;
+			bool bKept = false;
+		};
+
+		static std::u16string MakeKey(const TCHAR* Name)
+		{
+			const FString Lower = FString(Name).ToLower();
+			return std::u16string(*Lower, std::size_t(Lower.Len()));
+		}
+
+		template <typename T>
+		static bool IsKind(const IConsoleVariable& Variable)
+		{
+			return std::is_same_v<T, bool> ? Variable.IsVariableBool()
+				: std::is_same_v<T, int32> ? Variable.IsVariableInt()
+				: std::is_same_v<T, float> ? Variable.IsVariableFloat()
+										   : Variable.IsVariableString();
+		}
+
+		template <typename T>
+		IConsoleVariable* RegisterVariable(const TCHAR* Name, const T& Default, const TCHAR* Help, uint32 Flags)
+		{
+			const std::lock_guard<std::recursive_mutex> Lock(Mutex);
+			FEntry& Entry = Entries[MakeKey(Name)];
+			if (Entry.Object)
+			{
+				IConsoleVariable* Existing = Entry.Object->AsVariable();
+				if (!Existing || !IsKind<T>(*Existing))
+				{
+					UE_LOG(LogConsole, Warning, TEXT("The console name %s is taken by something of another kind"), Name);
+					return nullptr;
+				}
+				++Entry.Uses;
+				return Existing;
+			}
+			Entry.Name = Entry.Name.IsEmpty() ? FString(Name) : Entry.Name;
+			Entry.Uses = 1;
+			Entry.Object = MakeUnique<TConsoleVariable<T>>(Default, Help, Flags);
+			IConsoleVariable* Variable = Entry.Object->AsVariable();
+			if (Entry.bKept)
+			{
+				Variable->Set(*Entry.KeptValue);
+				Entry.bKept = false;
+			}
+			return Variable;
+		}
+
+		mutable std::recursive_mutex Mutex;
+		std::map<std::u16string, FEntry> Entries;
+	};
+
+	/** Parts of a command line at blanks; double quotes keep blanks together and are dropped. */
+	TArray<FString> SplitArguments(const FString& Text)
+	{
+		TArray<FString> Parts;
+		FString Part;
+		bool bQuoted = false;
+		bool bAny = false;
+		for (const TCHAR Char : Text)
+		{
+			if (Char == TEXT('"'))
+			{
+				bQuoted = !bQuoted;
+				bAny = true;
+			}
+			else if (FChar::IsWhitespace(Char) && !bQuoted)
+			{
+				if (bAny)
+				{
+					Parts.Add(Part);
+				}
+				Part.Reset();
+				bAny = false;
+			}
+			else
+			{
+				Part.AppendChar(Char);
+				bAny = true;
+			}
+		}
+		if (bAny)
+		{
+			Parts.Add(Part);
+		}
+		return Parts;
+	}
+}
+
+IConsoleManager& IConsoleManager::Get()
+{
+	static FHostConsoleManager Manager;
+	return Manager;
+}
+
+FAutoConsoleObject::~FAutoConsoleObject()
+{
+	IConsoleManager::Get().UnregisterConsoleObject(Target);
+}
+
+bool FHostConsole::Execute(const FString& Line, TArray<FString>& OutLines)
+{
+	OutLines.Reset();
+	const FString Trimmed = Line.TrimStartAndEnd();
+	int32 End = 0;
+	while (End < Trimmed.Len() && !FChar::IsWhitespace(Trimmed[End]) && Trimmed[End] != TEXT('='))
+	{
+		++End;
+	}
+	const FString Name = Trimmed.Left(End);
+	FString Rest = Trimmed.RightChop(End).TrimStart();
+	IConsoleObject* Object = IConsoleManager::Get().FindConsoleObject(*Name);
+	if (!Object)
+	{
+		OutLines.Add(Name.IsEmpty() ? FString(TEXT("Nothing to run.")) : FString::Printf(TEXT("Unknown: %s"), *Name));
+		return false;
+	}
+	if (Rest.Equals(TEXT("?")))
+	{
+		OutLines.Add(FString::Printf(TEXT("%s: %s"), *Name, Object->GetHelp()));
+		return true;
+	}
+	if (IConsoleCommand* Command = Object->AsCommand())
+	{
+		return Command->Execute(SplitArguments(Rest));
+	}
+	IConsoleVariable* Variable = Object->AsVariable();
+	if (Rest.IsEmpty())
+	{
+		OutLines.Add(FString::Printf(TEXT("%s = \"%s\""), *Name, *Variable->GetString()));
+		return true;
+	}
+	if (Variable->TestFlags(ECVF_ReadOnly))
+	{
+		OutLines.Add(FString::Printf(TEXT("%s cannot be changed."), *Name));
+		return false;
+	}
+	if (Rest.RemoveFromStart(TEXT("=")))
+	{
+		Rest.TrimStartInline();
+	}
+	Variable->Set(*Rest.TrimQuotes(), ECVF_SetByConsole);
+	OutLines.Add(FString::Printf(TEXT("%s = \"%s\""), *Name, *Variable->GetString()));
+	return true;
+}
+
+TArray<FString> FHostConsole::Complete(const FString& Prefix, int32 MaxCount)
+{
+	TArray<FString> Names;
+	IConsoleManager::Get().ForEachConsoleObjectThatStartsWith(
+		[&Names, MaxCount](const TCHAR* Name, IConsoleObject*)
+		{
+			if (Names.Num() < MaxCount)
+			{
+				Names.Add(Name);
+			}
+		},
+		*Prefix);
+	return Names;
+}

@@ -1,0 +1,494 @@
+#include "Misc/Paths.h"
+
+#include "Containers/Array.h"
+#include "HAL/FileManager.h"
+#include "HAL/PlatformProcess.h"
+#include "Host/HostFileNames.h"
+#include "Host/HostPaths.h"
+
+#include <mutex>
+#include <unistd.h>
+
+namespace
+{
+	bool IsSeparator(TCHAR Char)
+	{
+		return Char == TEXT('/') || Char == TEXT('\\');
+	}
+
+	bool IsLetter(TCHAR Char)
+	{
+		return (Char >= TEXT('a') && Char <= TEXT('z')) || (Char >= TEXT('A') && Char <= TEXT('Z'));
+	}
+
+	int32 FindLastSeparator(const FString& Path)
+	{
+		return Path.FindLastCharByPredicate(IsSeparator);
+	}
+
+	/** Position of the dot in front of the last part's extension. */
+	int32 FindExtensionDot(const FString& Path)
+	{
+		int32 Dot = INDEX_NONE;
+		return Path.FindLastChar(TEXT('.'), Dot) && Dot > FindLastSeparator(Path) ? Dot : INDEX_NONE;
+	}
+
+	/** Length of what cannot be left upwards: "/", "//" in front of a server's name, "X:/", "X:"; 0 for a relative path. */
+	int32 GetRootLength(const FString& Path)
+	{
+		const int32 Length = Path.Len();
+		if (Length >= 2 && IsLetter(Path[0]) && Path[1] == TEXT(':'))
+		{
+			return Length >= 3 && IsSeparator(Path[2]) ? 3 : 2;
+		}
+		int32 Count = 0;
+		while (Count < 2 && Count < Length && IsSeparator(Path[Count]))
+		{
+			++Count;
+		}
+		return Count;
+	}
+
+	FString GetWorkingDirectory()
+	{
+		std::string Bytes(4096, '\0');
+		if (!getcwd(Bytes.data(), Bytes.size()))
+		{
+			return TEXT("/");
+		}
+		Bytes.resize(std::char_traits<char>::length(Bytes.c_str()));
+		return HostFileNameFromBytes(Bytes);
+	}
+
+	FString MakeFolder(const FString& Path)
+	{
+		FString Full = FPaths::ConvertRelativePathToFull(GetWorkingDirectory(), Path);
+		if (!Full.EndsWith(TEXT("/")))
+		{
+			Full += TEXT("/");
+		}
+		return Full;
+	}
+
+	/** The folders that were set; empty ones follow from others. */
+	struct FFolders
+	{
+		std::mutex Mutex;
+		FString Project;
+		FString ProjectContent;
+		FString ProjectSaved;
+		FString ProjectFile;
+		FString Engine;
+		FString EngineSaved;
+		FString Base;
+	};
+
+	FFolders& GetFolders()
+	{
+		static FFolders Folders;
+		return Folders;
+	}
+
+	void SetFolder(FString& Folder, const FString& Path)
+	{
+		const FString Full = MakeFolder(Path);
+		const std::lock_guard<std::mutex> Lock(GetFolders().Mutex);
+		Folder = Full;
+	}
+
+	FString GetFolder(const FString& Folder)
+	{
+		const std::lock_guard<std::mutex> Lock(GetFolders().Mutex);
+		return Folder;
+	}
+
+	FString GetFolderOr(const FString& Folder, const FString& Parent, const TCHAR* Below)
+	{
+		const FString Set = GetFolder(Folder);
+		return Set.IsEmpty() ? Parent + Below : Set;
+	}
+}
+
+void FHostPaths::SetProjectDir(const FString& Path)
+{
+	FFolders& Folders = GetFolders();
+	SetFolder(Folders.Project, Path);
+	const std::lock_guard<std::mutex> Lock(Folders.Mutex);
+	Folders.ProjectContent.Reset();
+	Folders.ProjectSaved.Reset();
+}
+
+void FHostPaths::SetProjectContentDir(const FString& Path)
+{
+	SetFolder(GetFolders().ProjectContent, Path);
+}
+
+void FHostPaths::SetProjectSavedDir(const FString& Path)
+{
+	SetFolder(GetFolders().ProjectSaved, Path);
+}
+
+void FHostPaths::SetProjectFilePath(const FString& Path)
+{
+	const FString Full = Path.IsEmpty() ? FString() : FPaths::ConvertRelativePathToFull(GetWorkingDirectory(), Path);
+	const std::lock_guard<std::mutex> Lock(GetFolders().Mutex);
+	GetFolders().ProjectFile = Full;
+}
+
+void FHostPaths::SetEngineDir(const FString& Path)
+{
+	FFolders& Folders = GetFolders();
+	SetFolder(Folders.Engine, Path);
+	const std::lock_guard<std::mutex> Lock(Folders.Mutex);
+	Folders.EngineSaved.Reset();
+}
+
+void FHostPaths::SetEngineSavedDir(const FString& Path)
+{
+	SetFolder(GetFolders().EngineSaved, Path);
+}
+
+void FHostPaths::SetBaseDir(const FString& Path)
+{
+	SetFolder(GetFolders().Base, Path);
+}
+
+FString FHostPaths::GetBaseDir()
+{
+	const FString Set = GetFolder(GetFolders().Base);
+	return Set.IsEmpty() ? FString(FPlatformProcess::BaseDir()) : Set;
+}
+
+FString FPaths::ProjectDir()
+{
+	const FString Set = GetFolder(GetFolders().Project);
+	return Set.IsEmpty() ? MakeFolder(FString()) : Set;
+}
+
+FString FPaths::ProjectContentDir()
+{
+	return GetFolderOr(GetFolders().ProjectContent, ProjectDir(), TEXT("Content/"));
+}
+
+FString FPaths::ProjectConfigDir()
+{
+	return ProjectDir() + TEXT("Config/");
+}
+
+FString FPaths::ProjectSavedDir()
+{
+	return GetFolderOr(GetFolders().ProjectSaved, ProjectDir(), TEXT("Saved/"));
+}
+
+FString FPaths::ProjectIntermediateDir()
+{
+	return ProjectDir() + TEXT("Intermediate/");
+}
+
+FString FPaths::ProjectPluginsDir()
+{
+	return ProjectDir() + TEXT("Plugins/");
+}
+
+FString FPaths::ProjectLogDir()
+{
+	return ProjectSavedDir() + TEXT("Logs/");
+}
+
+FString FPaths::GetProjectFilePath()
+{
+	return GetFolder(GetFolders().ProjectFile);
+}
+
+FString FPaths::EngineDir()
+{
+	const FString Set = GetFolder(GetFolders().Engine);
+	return Set.IsEmpty() ? FString(FPlatformProcess::BaseDir()) : Set;
+}
+
+FString FPaths::EngineContentDir()
+{
+	return EngineDir() + TEXT("Content/");
+}
+
+FString FPaths::EngineConfigDir()
+{
+	return EngineDir() + TEXT("Config/");
+}
+
+FString FPaths::EngineSavedDir()
+{
+	return GetFolderOr(GetFolders().EngineSaved, EngineDir(), TEXT("Saved/"));
+}
+
+bool FPaths::FileExists(const FString& Path)
+{
+	return IFileManager::Get().FileExists(*Path);
+}
+
+bool FPaths::DirectoryExists(const FString& Path)
+{
+	return IFileManager::Get().DirectoryExists(*Path);
+}
+
+bool FPaths::IsRelative(const FString& Path)
+{
+	return GetRootLength(Path) == 0;
+}
+
+bool FPaths::IsDrive(const FString& Path)
+{
+	const int32 Root = GetRootLength(Path);
+	return Root > 0 && Root == Path.Len();
+}
+
+FString FPaths::GetExtension(const FString& Path, bool bIncludeDot)
+{
+	const int32 Dot = FindExtensionDot(Path);
+	return Dot == INDEX_NONE ? FString() : Path.RightChop(bIncludeDot ? Dot : Dot + 1);
+}
+
+FString FPaths::GetCleanFilename(const FString& Path)
+{
+	return Path.RightChop(FindLastSeparator(Path) + 1);
+}
+
+FString FPaths::GetBaseFilename(const FString& Path, bool bRemovePath)
+{
+	const int32 Dot = FindExtensionDot(Path);
+	const int32 End = Dot == INDEX_NONE ? Path.Len() : Dot;
+	const int32 Start = bRemovePath ? FindLastSeparator(Path) + 1 : 0;
+	return Path.Mid(Start, End - Start);
+}
+
+FString FPaths::GetPath(const FString& Path)
+{
+	const int32 Separator = FindLastSeparator(Path);
+	return Separator == INDEX_NONE ? FString() : Path.Left(Separator);
+}
+
+FString FPaths::GetPathLeaf(const FString& Path)
+{
+	int32 End = Path.Len();
+	while (End > 0 && IsSeparator(Path[End - 1]))
+	{
+		--End;
+	}
+	return GetCleanFilename(Path.Left(End));
+}
+
+FString FPaths::ChangeExtension(const FString& Path, const FString& NewExtension)
+{
+	return FindExtensionDot(Path) == INDEX_NONE ? Path : SetExtension(Path, NewExtension);
+}
+
+FString FPaths::SetExtension(const FString& Path, const FString& NewExtension)
+{
+	FString Result = GetBaseFilename(Path, false);
+	if (!NewExtension.IsEmpty())
+	{
+		if (NewExtension[0] != TEXT('.'))
+		{
+			Result += TEXT('.');
+		}
+		Result += NewExtension;
+	}
+	return Result;
+}
+
+void FPaths::Split(const FString& Path, FString& OutPath, FString& OutFilename, FString& OutExtension)
+{
+	const FString Whole = Path; // An output may be the input.
+	OutPath = GetPath(Whole);
+	OutFilename = GetBaseFilename(Whole);
+	OutExtension = GetExtension(Whole);
+}
+
+void FPaths::NormalizeFilename(FString& Path)
+{
+	for (TCHAR& Char : Path)
+	{
+		if (Char == TEXT('\\'))
+		{
+			Char = TEXT('/');
+		}
+	}
+}
+
+void FPaths::NormalizeDirectoryName(FString& Path)
+{
+	NormalizeFilename(Path);
+	while (Path.EndsWith(TEXT("/")) && !IsDrive(Path))
+	{
+		Path.LeftChopInline(1);
+	}
+}
+
+void FPaths::RemoveDuplicateSlashes(FString& Path)
+{
+	FString Result;
+	Result.Reserve(Path.Len());
+	for (const TCHAR Char : static_cast<const FString&>(Path))
+	{
+		if (Char != TEXT('/') || Result.IsEmpty() || Result[Result.Len() - 1] != TEXT('/'))
+		{
+			Result.AppendChar(Char);
+		}
+	}
+	Path = MoveTemp(Result);
+}
+
+bool FPaths::CollapseRelativeDirectories(FString& Path)
+{
+	const int32 RootLength = GetRootLength(Path);
+	TArray<FString> Parts;
+	Path.RightChop(RootLength).ParseIntoArray(Parts, TEXT("/"), true);
+	TArray<FString> Kept;
+	for (FString& Part : Parts)
+	{
+		if (Part.Equals(TEXT(".")))
+		{
+			continue;
+		}
+		const bool bUp = Part.Equals(TEXT(".."));
+		if (bUp && Kept.Num() > 0 && !Kept.Last().Equals(TEXT("..")))
+		{
+			Kept.Pop();
+		}
+		else if (bUp && RootLength > 0)
+		{
+			return false;
+		}
+		else
+		{
+			Kept.Add(MoveTemp(Part));
+		}
+	}
+	FString Result = Path.Left(RootLength) + FString::Join(Kept, TEXT("/"));
+	if (Kept.Num() > 0 && Path.EndsWith(TEXT("/")))
+	{
+		Result += TEXT("/");
+	}
+	Path = MoveTemp(Result);
+	return true;
+}
+
+FString FPaths::ConvertRelativePathToFull(const FString& Path)
+{
+	return ConvertRelativePathToFull(FHostPaths::GetBaseDir(), Path);
+}
+
+FString FPaths::ConvertRelativePathToFull(const FString& Base, const FString& Path)
+{
+	FString Full = IsRelative(Path) ? Combine(Base, Path) : Path;
+	NormalizeFilename(Full);
+	CollapseRelativeDirectories(Full);
+	if (Full.IsEmpty())
+	{
+		Full = TEXT("/");
+	}
+	return Full;
+}
+
+bool FPaths::MakePathRelativeTo(FString& Path, const TCHAR* RelativeTo)
+{
+	const FString Target = ConvertRelativePathToFull(Path);
+	const FString Source = ConvertRelativePathToFull(RelativeTo);
+	const int32 TargetRoot = GetRootLength(Target);
+	const int32 SourceRoot = GetRootLength(Source);
+	if (!Target.Left(TargetRoot).Equals(Source.Left(SourceRoot)))
+	{
+		return false;
+	}
+	TArray<FString> TargetParts;
+	TArray<FString> SourceParts;
+	Target.RightChop(TargetRoot).ParseIntoArray(TargetParts, TEXT("/"), false);
+	GetPath(Source).RightChop(SourceRoot).ParseIntoArray(SourceParts, TEXT("/"), true);
+	int32 Shared = 0;
+	while (Shared < TargetParts.Num() && Shared < SourceParts.Num() && TargetParts[Shared].Equals(SourceParts[Shared]))
+	{
+		++Shared;
+	}
+	FString Result;
+	for (int32 Index = Shared; Index < SourceParts.Num(); ++Index)
+	{
+		Result += TEXT("../");
+	}
+	for (int32 Index = Shared; Index < TargetParts.Num(); ++Index)
+	{
+		Result += TargetParts[Index];
+		if (Index + 1 < TargetParts.Num())
+		{
+			Result += TEXT("/");
+		}
+	}
+	Path = MoveTemp(Result);
+	return true;
+}
+
+bool FPaths::IsSamePath(const FString& A, const FString& B)
+{
+	FString FullA = ConvertRelativePathToFull(A);
+	FString FullB = ConvertRelativePathToFull(B);
+	NormalizeDirectoryName(FullA);
+	NormalizeDirectoryName(FullB);
+	return FullA.Equals(FullB);
+}
+
+bool FPaths::IsUnderDirectory(const FString& Path, const FString& Directory)
+{
+	FString Full = ConvertRelativePathToFull(Path);
+	FString Folder = ConvertRelativePathToFull(Directory);
+	NormalizeDirectoryName(Full);
+	NormalizeDirectoryName(Folder);
+	if (Full.Equals(Folder))
+	{
+		return true;
+	}
+	if (!Folder.EndsWith(TEXT("/")))
+	{
+		Folder += TEXT("/");
+	}
+	return Full.StartsWith(Folder, ESearchCase::CaseSensitive);
+}
+
+FString FPaths::MakeValidFileName(const FString& Name, TCHAR Replacement)
+{
+	FString Result = Name;
+	for (TCHAR& Char : Result)
+	{
+		int32 Found = INDEX_NONE;
+		if (Char < 0x20 || Char == 0x7F || FStringView(TEXT("\"*/:<>?\\|")).FindChar(Char, Found))
+		{
+			Char = Replacement;
+		}
+	}
+	return Result;
+}
+
+void FPaths::AppendPart(FString& Path, const FString& Part)
+{
+	if (Part.IsEmpty())
+	{
+		return;
+	}
+	if (Path.IsEmpty())
+	{
+		Path = Part;
+		return;
+	}
+	const bool bEnds = IsSeparator(Path[Path.Len() - 1]);
+	const bool bStarts = IsSeparator(Part[0]);
+	if (bEnds && bStarts)
+	{
+		Path.Append(FStringView(Part).RightChop(1));
+	}
+	else
+	{
+		if (!bEnds && !bStarts)
+		{
+			Path += TEXT("/");
+		}
+		Path += Part;
+	}
+}

@@ -1,0 +1,4 @@
+#pragma once
+
+#include "HAL/Platform.h"
+#include "Math/NumericLimits.h"

@@ -1,0 +1,86 @@
+#pragma once
+
+#include "Containers/UnrealString.h"
+
+/**
+ * The folders of engine and project, and pure operations on path texts. The folders are absolute here and end with a
+ * slash; the program sets them through FHostPaths. Both '/' and '\' separate the parts of a path text.
+ */
+class CORE_API FPaths
+{
+public:
+	static FString ProjectDir();
+	static FString ProjectContentDir();
+	static FString ProjectConfigDir();
+	static FString ProjectSavedDir();
+	static FString ProjectIntermediateDir();
+	static FString ProjectPluginsDir();
+	static FString ProjectLogDir();
+	/** Path of the project's description file, empty when no project is open. */
+	static FString GetProjectFilePath();
+	static FString EngineDir();
+	static FString EngineContentDir();
+	static FString EngineConfigDir();
+	static FString EngineSavedDir();
+
+	static bool FileExists(const FString& Path);
+	static bool DirectoryExists(const FString& Path);
+	/** True unless the path starts with a separator or a drive letter and colon. */
+	static bool IsRelative(const FString& Path);
+	/** True for "X:", "X:/" and a lone separator. */
+	static bool IsDrive(const FString& Path);
+
+	/** Extension of the last part, without its dot unless asked for. Empty when there is none. */
+	static FString GetExtension(const FString& Path, bool bIncludeDot = false);
+	/** The part behind the last separator. */
+	static FString GetCleanFilename(const FString& Path);
+	/** The last part without its last extension; with bRemovePath false the folder stays in front. */
+	static FString GetBaseFilename(const FString& Path, bool bRemovePath = true);
+	/** What stands before the last separator, without it. Empty when there is none. */
+	static FString GetPath(const FString& Path);
+	/** The last part, also when a separator follows it. */
+	static FString GetPathLeaf(const FString& Path);
+	/** Replaces an extension that is there; a path without one is returned unchanged. */
+	static FString ChangeExtension(const FString& Path, const FString& NewExtension);
+	/** Replaces the extension or adds one. */
+	static FString SetExtension(const FString& Path, const FString& NewExtension);
+	static void Split(const FString& Path, FString& OutPath, FString& OutFilename, FString& OutExtension);
+
+	/** Backslashes become slashes. */
+	static void NormalizeFilename(FString& Path);
+	/** The same, and a final slash goes, except from a root. */
+	static void NormalizeDirectoryName(FString& Path);
+	static void RemoveDuplicateSlashes(FString& Path);
+	/**
+	 * Resolves "." and ".." in a normalised path, by text alone.
+	 * @return False, with Path left as it was, when ".." climbs above a root. Relative paths keep a leading "..".
+	 */
+	static bool CollapseRelativeDirectories(FString& Path);
+	/** Against the base folder (see FHostPaths). Normalises and collapses too. */
+	static FString ConvertRelativePathToFull(const FString& Path);
+	static FString ConvertRelativePathToFull(const FString& Base, const FString& Path);
+	/**
+	 * Writes Path as seen from the folder of RelativeTo; what stands behind the last slash of RelativeTo counts as a
+	 * file, so a folder needs its final slash.
+	 * @return False, with Path left as it was, when the two share no root.
+	 */
+	static bool MakePathRelativeTo(FString& Path, const TCHAR* RelativeTo);
+	/** Compares full, collapsed paths; letter case counts. */
+	static bool IsSamePath(const FString& A, const FString& B);
+	/** True for the folder itself as well. */
+	static bool IsUnderDirectory(const FString& Path, const FString& Directory);
+
+	/** Replaces every character that some file system forbids in a name. */
+	static FString MakeValidFileName(const FString& Name, TCHAR Replacement = TEXT('_'));
+	/** Joins with exactly one slash between the parts; empty parts vanish. */
+	template <typename... TParts>
+	static FString Combine(const TParts&... Parts)
+	{
+		FString Result;
+		(AppendPart(Result, FString(Parts)), ...);
+		return Result;
+	}
+
+private:
+	static void AppendPart(FString& Path, const FString& Part);
+};

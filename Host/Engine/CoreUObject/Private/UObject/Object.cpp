@@ -1,0 +1,254 @@
+#include "UObject/Object.h"
+
+#include "Host/HostConfig.h"
+#include "Host/HostConfigStore.h"
+#include "Misc/AssertionMacros.h"
+#include "UObject/ObjectTable.h"
+#include "UObject/UObjectGlobals.h"
+
+#include <charconv>
+#include <cmath>
+#include <string>
+
+namespace
+{
+	constexpr int32 MaxListLength = 100000; // A hand-edited count beyond this is a slip.
+
+	/** Shortest text that reads back as the same number, whatever the locale. */
+	template <typename T>
+	FString NumberText(T Value)
+	{
+		char Buffer[64];
+		const std::to_chars_result Result = std::to_chars(Buffer, Buffer + sizeof(Buffer), Value);
+		FString Text;
+		for (const char* Position = Buffer; Position != Result.ptr; ++Position)
+		{
+			Text.AppendChar(TCHAR(*Position));
+		}
+		return Text;
+	}
+
+	/** False unless the text is a finite number as a whole. */
+	template <typename T>
+	bool ReadNumber(const FString& Text, T& OutValue)
+	{
+		const FString Trimmed = Text.TrimStartAndEnd();
+		std::string Bytes;
+		for (const TCHAR Char : Trimmed)
+		{
+			Bytes.push_back(Char < 0x80 ? char(Char) : '?');
+		}
+		T Value{};
+		const std::from_chars_result Result = std::from_chars(Bytes.data(), Bytes.data() + Bytes.size(), Value);
+		if (Bytes.empty() || Result.ec != std::errc() || Result.ptr != Bytes.data() + Bytes.size())
+		{
+			return false;
+		}
+		if constexpr (std::is_floating_point_v<T>)
+		{
+			if (!std::isfinite(Value))
+			{
+				return false;
+			}
+		}
+		OutValue = Value;
+		return true;
+	}
+
+	FString ListKey(const TCHAR* Name, const FString& Index)
+	{
+		return FString(Name) + TEXT(".") + Index;
+	}
+
+	class FConfigWriter final : public FHostConfigVisitor
+	{
+	public:
+		FConfigWriter(IHostConfigStore& InStore, const FString& InFile, const FString& InSection)
+			: Store(InStore), File(InFile), Section(InSection)
+		{
+		}
+		void Property(const TCHAR* Name, FString& Value) override { Store.Set(File, Section, Name, Value); }
+		void Property(const TCHAR* Name, bool& Value) override { Store.Set(File, Section, Name, Value ? TEXT("True") : TEXT("False")); }
+		void Property(const TCHAR* Name, int32& Value) override { Store.Set(File, Section, Name, FString::FromInt(Value)); }
+		void Property(const TCHAR* Name, float& Value) override { Store.Set(File, Section, Name, NumberText(Value)); }
+		void Property(const TCHAR* Name, double& Value) override { Store.Set(File, Section, Name, NumberText(Value)); }
+		void Property(const TCHAR* Name, TArray<FString>& Value) override
+		{
+			FString OldText;
+			int32 OldNum = 0;
+			if (Store.Get(File, Section, ListKey(Name, TEXT("Num")), OldText) && ReadNumber(OldText, OldNum) && OldNum <= MaxListLength)
+			{
+				for (int32 Index = Value.Num(); Index < OldNum; ++Index)
+				{
+					Store.Remove(File, Section, ListKey(Name, FString::FromInt(Index)));
+				}
+			}
+			Store.Set(File, Section, ListKey(Name, TEXT("Num")), FString::FromInt(Value.Num()));
+			for (int32 Index = 0; Index < Value.Num(); ++Index)
+			{
+				Store.Set(File, Section, ListKey(Name, FString::FromInt(Index)), Value[Index]);
+			}
+		}
+
+	private:
+		IHostConfigStore& Store;
+		const FString File;
+		const FString Section;
+	};
+
+	class FConfigReader final : public FHostConfigVisitor
+	{
+	public:
+		FConfigReader(const IHostConfigStore& InStore, const FString& InFile, const FString& InSection)
+			: Store(InStore), File(InFile), Section(InSection)
+		{
+		}
+		void Property(const TCHAR* Name, FString& Value) override { Store.Get(File, Section, Name, Value); }
+		void Property(const TCHAR* Name, bool& Value) override
+		{
+			FString Text;
+			int32 Number = 0;
+			if (Store.Get(File, Section, Name, Text))
+			{
+				if (Text == TEXT("true") || Text == TEXT("yes") || Text == TEXT("on"))
+				{
+					Value = true;
+				}
+				else if (Text == TEXT("false") || Text == TEXT("no") || Text == TEXT("off"))
+				{
+					Value = false;
+				}
+				else if (ReadNumber(Text, Number))
+				{
+					Value = Number != 0;
+				}
+			}
+		}
+		void Property(const TCHAR* Name, int32& Value) override { ReadProperty(Name, Value); }
+		void Property(const TCHAR* Name, float& Value) override { ReadProperty(Name, Value); }
+		void Property(const TCHAR* Name, double& Value) override { ReadProperty(Name, Value); }
+		void Property(const TCHAR* Name, TArray<FString>& Value) override
+		{
+			int32 Count = -1;
+			ReadProperty(*ListKey(Name, TEXT("Num")), Count);
+			if (Count < 0 || Count > MaxListLength)
+			{
+				return;
+			}
+			Value.Reset();
+			for (int32 Index = 0; Index < Count; ++Index)
+			{
+				FString Text;
+				Store.Get(File, Section, ListKey(Name, FString::FromInt(Index)), Text);
+				Value.Add(MoveTemp(Text));
+			}
+		}
+
+	private:
+		template <typename T>
+		void ReadProperty(const TCHAR* Name, T& Value)
+		{
+			FString Text;
+			if (Store.Get(File, Section, Name, Text))
+			{
+				ReadNumber(Text, Value);
+			}
+		}
+
+		const IHostConfigStore& Store;
+		const FString File;
+		const FString Section;
+	};
+}
+
+void FHostConfigVisitor::Property(const TCHAR* Name, int32& Value, int32 Min, int32 Max)
+{
+	Property(Name, Value);
+	Value = Value < Min ? Min : Value > Max ? Max : Value;
+}
+
+void FHostConfigVisitor::Property(const TCHAR* Name, double& Value, double Min, double Max)
+{
+	Property(Name, Value);
+	Value = Value < Min ? Min : Value > Max ? Max : Value;
+}
+
+UObject::UObject()
+{
+	const FHostObjectTable::FBirth*& Birth = FHostObjectTable::CurrentBirth();
+	checkf(Birth != nullptr, TEXT("Objects are made by NewObject"));
+	Class = Birth->Class;
+	Outer = Birth->Outer;
+	Name = Birth->Name;
+	Flags = Birth->Flags;
+	// An object on the stack inside this constructor's body must not take the same names.
+	Birth = nullptr;
+}
+
+UObject::~UObject() = default;
+
+UClass* UObject::GetClass() const
+{
+	return Class ? Class : UClass::StaticClass(); // The first classes are made before the class of classes.
+}
+
+UPackage* UObject::GetPackage() const
+{
+	const UObject* Outermost = this;
+	while (Outermost->Outer)
+	{
+		Outermost = Outermost->Outer;
+	}
+	return Outermost->IsA(UPackage::StaticClass()) ? static_cast<UPackage*>(const_cast<UObject*>(Outermost)) : nullptr;
+}
+
+FString UObject::GetPathName() const
+{
+	return Outer ? Outer->GetPathName() + TEXT(".") + GetName() : GetName();
+}
+
+FString UObject::GetFullName() const
+{
+	return GetClass()->GetName() + TEXT(" ") + GetPathName();
+}
+
+bool UObject::IsA(const UClass* OtherClass) const
+{
+	return GetClass()->IsChildOf(OtherClass);
+}
+
+FString UObject::GetConfigName() const
+{
+	return TEXT("EditorPerProjectUserSettings");
+}
+
+FString UObject::GetDefaultConfigFilename() const
+{
+	return GetConfigName();
+}
+
+bool UObject::WriteConfig(const FString& File)
+{
+	const TSharedRef<IHostConfigStore> Store = IHostConfigStore::GetCurrent();
+	FConfigWriter Writer(*Store, File, GetClass()->GetPathName());
+	VisitConfigProperties(Writer);
+	return Store->Flush(File);
+}
+
+void UObject::SaveConfig(uint64 PropertyFlags, const TCHAR* Filename, FConfigCacheIni* Config, bool bAllowCopyToDefaultObject)
+{
+	WriteConfig(Filename && *Filename ? FString(Filename) : GetDefaultConfigFilename());
+}
+
+bool UObject::TryUpdateDefaultConfigFile(const FString& SpecificFile)
+{
+	return WriteConfig(SpecificFile.IsEmpty() ? GetDefaultConfigFilename() : SpecificFile);
+}
+
+void UObject::LoadConfig(UClass* ConfigClass, const TCHAR* Filename)
+{
+	const TSharedRef<IHostConfigStore> Store = IHostConfigStore::GetCurrent();
+	const FString File = Filename && *Filename ? FString(Filename) : GetDefaultConfigFilename();
+	FConfigReader Reader(*Store, File, (ConfigClass ? ConfigClass : GetClass())->GetPathName());
+	VisitConfigProperties(Reader);
+}

@@ -1,0 +1,192 @@
+#include "HAL/PlatformTime.h"
+#include "Host/HostClock.h"
+#include "Support/Base/Printers.h"
+
+#include <cstdlib>
+#include <ctime>
+
+TEST(DateTimes, FieldsThroughTheYears)
+{
+	EXPECT_EQ(FDateTime(1, 1, 1).GetTicks(), 0);
+	EXPECT_EQ(FDateTime(1970, 1, 1).ToUnixTimestamp(), 0);
+	EXPECT_EQ(FDateTime::FromUnixTimestamp(1769871845), FDateTime(2026, 1, 31, 15, 4, 5));
+	EXPECT_EQ(FDateTime::MaxValue(), FDateTime(9999, 12, 31, 23, 59, 59, 999) + FTimespan(9999));
+	// Every day from 1895 to 2105 and the turns of centuries, counted one by one.
+	FDateTime Day(1895, 1, 1);
+	for (int32 Year = 1895; Year < 2105; ++Year)
+	{
+		int32 DayOfYear = 0;
+		for (int32 Month = 1; Month <= 12; ++Month)
+		{
+			for (int32 DayOfMonth = 1; DayOfMonth <= FDateTime::DaysInMonth(Year, Month); ++DayOfMonth)
+			{
+				int32 Fields[3];
+				Day.GetDate(Fields[0], Fields[1], Fields[2]);
+				ASSERT_TRUE(Fields[0] == Year && Fields[1] == Month && Fields[2] == DayOfMonth) << Year << '/' << Month << '/' << DayOfMonth;
+				ASSERT_EQ(Day.GetDayOfYear(), ++DayOfYear);
+				ASSERT_EQ(Day, FDateTime(Year, Month, DayOfMonth));
+				Day += FTimespan::FromDays(1);
+			}
+		}
+	}
+	EXPECT_EQ(FDateTime(2026, 1, 31).GetDayOfWeek(), EDayOfWeek::Saturday);
+	EXPECT_TRUE(FDateTime::IsLeapYear(2000) && !FDateTime::IsLeapYear(1900));
+	EXPECT_FALSE(FDateTime::Validate(2025, 2, 29, 0, 0, 0, 0));
+}
+
+TEST(DateTimes, Written)
+{
+	const FDateTime Time(2026, 1, 2, 15, 4, 5, 67);
+	EXPECT_EQ(Utf8(Time.ToString()), "2026.01.02-15.04.05");
+	EXPECT_EQ(Utf8(Time.ToString(TEXT("%a %A %d %D %m %y %Y %h %H %M %S %s %q %%"))), "pm PM 02 002 01 26 2026 03 15 04 05 067 q %");
+	EXPECT_EQ(Utf8(FDateTime(2026, 1, 2, 0, 5, 0).ToString(TEXT("%h:%M %a"))), "12:05 am");
+	EXPECT_EQ(Utf8(Time.ToIso8601()), "2026-01-02T15:04:05.067Z");
+	EXPECT_EQ(Utf8(Time.ToFormattedString(TEXT("%A, %d %b %Y ü"))), "Friday, 02 Jan 2026 ü");
+	EXPECT_EQ(Utf8(Time.ToFormattedString(TEXT(""))), "");
+}
+
+TEST(DateTimes, Read)
+{
+	struct FCase { const TCHAR* Text; FDateTime Expected; };
+	const FDateTime None(0);
+	const FCase Cases[] = {
+		{ TEXT("2026-01-31"), FDateTime(2026, 1, 31) },
+		{ TEXT("2026-01-31T15:04:05Z"), FDateTime(2026, 1, 31, 15, 4, 5) },
+		{ TEXT("2026-01-31T15:04:05.5"), FDateTime(2026, 1, 31, 15, 4, 5, 500) },
+		{ TEXT("2026-01-31T15:04:05.1239999+01:30"), FDateTime(2026, 1, 31, 13, 34, 5, 123) },
+		{ TEXT("2026-01-31T23:00:00-0200"), FDateTime(2026, 2, 1, 1, 0, 0) },
+		{ TEXT("2026-02-30"), None },
+		{ TEXT("2026-01-31T25:00:00Z"), None },
+		{ TEXT("2026-01-31T15:04:05Zx"), None },
+		{ TEXT("2026-1-31"), None },
+		{ TEXT("0001-01-01T00:00:00+01:00"), None },
+		{ TEXT(""), None },
+	};
+	for (const FCase& Case : Cases)
+	{
+		FDateTime Result(0);
+		EXPECT_EQ(FDateTime::ParseIso8601(Case.Text, Result), Case.Expected != None) << Utf8(Case.Text);
+		EXPECT_EQ(Result, Case.Expected) << Utf8(Case.Text);
+	}
+	FDateTime Parsed(0);
+	EXPECT_TRUE(FDateTime::Parse(TEXT("2026.01.31-15.04.05"), Parsed));
+	EXPECT_EQ(Parsed, FDateTime(2026, 1, 31, 15, 4, 5));
+	EXPECT_FALSE(FDateTime::Parse(TEXT("2026.01.31"), Parsed) || FDateTime::Parse(TEXT("2026.13.31-15.04.05"), Parsed) || FDateTime::Parse(TEXT("x"), Parsed));
+	EXPECT_EQ(Parsed, FDateTime(2026, 1, 31, 15, 4, 5));
+}
+
+TEST(Timespans, PartsAndTotals)
+{
+	const FTimespan Span = FDateTime(2026, 1, 3, 1, 2, 3, 500) - FDateTime(2026, 1, 1);
+	EXPECT_EQ(Span.GetDays(), 2);
+	EXPECT_EQ(Span.GetHours(), 1);
+	EXPECT_DOUBLE_EQ(Span.GetTotalHours(), 49.0 + 2.0 / 60 + 3.5 / 3600);
+	EXPECT_EQ(Utf8(Span.ToString()), "+2.01:02:03.500");
+	EXPECT_EQ(Utf8((-FTimespan(0, 1, 2)).ToString()), "-00:01:02.000");
+	EXPECT_EQ(FTimespan::FromSeconds(0.1).GetTicks(), 1000000);
+	EXPECT_EQ(FTimespan::FromMinutes(1.5), FTimespan(0, 1, 30));
+	EXPECT_LT(FTimespan(-1), FTimespan::Zero());
+}
+
+/** Sets the time zone of the process in POSIX form and puts the old one and the real clock back. */
+class FTimeZoneTest : public testing::Test
+{
+protected:
+	FTimeZoneTest()
+	{
+		const char* Old = std::getenv("TZ");
+		bHadZone = Old != nullptr;
+		OldZone = Old ? Old : "";
+	}
+	void TearDown() override
+	{
+		bHadZone ? setenv("TZ", OldZone.c_str(), 1) : unsetenv("TZ");
+		tzset();
+		FHostClock::UseRealTime();
+	}
+	static void UseZone(const char* Zone)
+	{
+		setenv("TZ", Zone, 1);
+		tzset();
+	}
+	std::string OldZone;
+	bool bHadZone = false;
+};
+
+TEST_F(FTimeZoneTest, DatesAreShownInLocalTime)
+{
+	const FDateTime Utc(2026, 2, 1, 4, 30, 0);
+	const FDateTime SummerUtc(2026, 7, 1, 4, 30, 0);
+	UseZone("EST5EDT,M3.2.0,M11.1.0");
+	EXPECT_EQ(Utf8(FText::AsDate(Utc, EDateTimeStyle::Short)), "1/31/26");
+	EXPECT_EQ(Utf8(FText::AsDate(Utc)), "Jan 31, 2026");
+	EXPECT_EQ(Utf8(FText::AsDate(Utc, EDateTimeStyle::Medium)), "Jan 31, 2026");
+	EXPECT_EQ(Utf8(FText::AsDate(Utc, EDateTimeStyle::Long)), "January 31, 2026");
+	EXPECT_EQ(Utf8(FText::AsDate(Utc, EDateTimeStyle::Full)), "Saturday, January 31, 2026");
+	EXPECT_EQ(Utf8(FText::AsDate(Utc, EDateTimeStyle::Short, FText::GetInvariantTimeZone())), "2/1/26");
+	EXPECT_EQ(Utf8(FText::AsTime(Utc)), "11:30:00 PM");
+	EXPECT_EQ(Utf8(FText::AsTime(SummerUtc, EDateTimeStyle::Short)), "12:30 AM");
+	UseZone("NZST-12NZDT,M9.5.0,M4.1.0/3");
+	EXPECT_EQ(Utf8(FText::AsDateTime(Utc)), "Feb 1, 2026, 5:30:00 PM");
+}
+
+TEST_F(FTimeZoneTest, LocalTimeGoesBothWays)
+{
+	for (const char* Zone : { "UTC0", "EST5EDT,M3.2.0,M11.1.0", "NZST-12NZDT,M9.5.0,M4.1.0/3", "IST-5:30" })
+	{
+		UseZone(Zone);
+		for (FDateTime Local(2026, 1, 1, 12, 0, 0); Local.GetYear() == 2026; Local += FTimespan::FromHours(24))
+		{
+			ASSERT_EQ(FHostClock::UtcToLocal(FHostClock::LocalToUtc(Local)), Local) << Zone;
+		}
+	}
+	UseZone("EST5EDT,M3.2.0,M11.1.0");
+	EXPECT_EQ(FHostClock::LocalToUtc(FDateTime(2026, 3, 8, 3, 0, 0)), FDateTime(2026, 3, 8, 7, 0, 0));
+	EXPECT_EQ(FHostClock::UtcToLocal(FHostClock::LocalToUtc(FDateTime(2026, 3, 8, 2, 30, 0))), FDateTime(2026, 3, 8, 3, 30, 0)) << "a skipped hour moves by the gap";
+	EXPECT_EQ(FHostClock::LocalToUtc(FDateTime(2026, 11, 1, 0, 59, 0)), FDateTime(2026, 11, 1, 4, 59, 0));
+	EXPECT_EQ(FHostClock::LocalToUtc(FDateTime(2026, 11, 1, 2, 0, 0)), FDateTime(2026, 11, 1, 7, 0, 0));
+}
+
+TEST_F(FTimeZoneTest, SimulatedTimeStandsStillUntilItIsAdvanced)
+{
+	UseZone("EST5EDT,M3.2.0,M11.1.0");
+	const double RealBefore = FPlatformTime::Seconds();
+	FHostClock::UseSimulatedTime(FDateTime(2026, 1, 31, 23, 0, 0));
+	const double Start = FPlatformTime::Seconds();
+	EXPECT_EQ(FDateTime::Now(), FDateTime(2026, 1, 31, 23, 0, 0));
+	EXPECT_EQ(FDateTime::UtcNow(), FDateTime(2026, 2, 1, 4, 0, 0));
+	FHostClock::Advance(3600.5);
+	EXPECT_DOUBLE_EQ(FPlatformTime::Seconds() - Start, 3600.5);
+	EXPECT_EQ(FDateTime::Now(), FDateTime(2026, 2, 1, 0, 0, 0, 500));
+	for (int32 Frame = 0; Frame < 600; ++Frame)
+	{
+		FHostClock::Advance(1.0 / 60.0);
+	}
+	EXPECT_LE((FDateTime::Now() - FDateTime(2026, 2, 1, 0, 0, 10, 500)).GetDuration(), FTimespan(1)) << "small steps do not add up to an error";
+	FHostClock::UseRealTime();
+	EXPECT_GE(FPlatformTime::Seconds(), RealBefore);
+	EXPECT_LT((FDateTime::UtcNow() - FDateTime::FromUnixTimestamp(std::time(nullptr))).GetDuration(), FTimespan::FromSeconds(5));
+}
+
+TEST(Guids, FormatsAndUniqueness)
+{
+	const FGuid Guid(0x01234567, 0x89abcdef, 0x02468ace, 0x13579bdf);
+	EXPECT_EQ(Utf8(Guid.ToString()), "0123456789ABCDEF02468ACE13579BDF");
+	EXPECT_EQ(Utf8(Guid.ToString(EGuidFormats::DigitsWithHyphens)), "01234567-89AB-CDEF-0246-8ACE13579BDF");
+	EXPECT_EQ(Utf8(Guid.ToString(EGuidFormats::DigitsWithHyphensLower)), "01234567-89ab-cdef-0246-8ace13579bdf");
+	for (const EGuidFormats Format : { EGuidFormats::Digits, EGuidFormats::DigitsWithHyphensLower, EGuidFormats::DigitsWithHyphensInBraces, EGuidFormats::DigitsWithHyphensInParentheses })
+	{
+		FGuid Parsed;
+		EXPECT_TRUE(FGuid::Parse(Guid.ToString(Format), Parsed));
+		EXPECT_EQ(Parsed, Guid);
+	}
+	FGuid Untouched = Guid;
+	EXPECT_FALSE(FGuid::Parse(TEXT("0123456789ABCDEF02468ACE13579BDx"), Untouched) || FGuid::Parse(TEXT(""), Untouched));
+	EXPECT_EQ(Untouched, Guid);
+	TSet<FGuid> Seen;
+	for (int32 Index = 0; Index < 1000; ++Index)
+	{
+		Seen.Add(FGuid::NewGuid());
+	}
+	EXPECT_EQ(Seen.Num(), 1000);
+}

@@ -1,0 +1,100 @@
+#include "HAL/IConsoleManager.h"
+#include "Host/HostConsole.h"
+#include "Host/HostLog.h"
+#include "Support/Base/Printers.h"
+
+#include <gtest/gtest.h>
+#include <memory>
+
+namespace
+{
+	TAutoConsoleVariable<bool> TestFlag(TEXT("system.Test.Flag"), false, TEXT("A flag."), ECVF_Default);
+	TAutoConsoleVariable<int32> TestCount(TEXT("system.Test.Count"), 3, TEXT("A count."));
+	TAutoConsoleVariable<float> TestRate(TEXT("system.Test.Rate"), 0.1f, TEXT("A rate."));
+	TAutoConsoleVariable<FString> TestName(TEXT("system.Test.Name"), FString(TEXT("x")), TEXT("A name."));
+
+	std::string RunLine(const TCHAR* Line)
+	{
+		TArray<FString> Lines;
+		FHostConsole::Execute(Line, Lines);
+		return Utf8(FString::Join(Lines, TEXT("\n")));
+	}
+}
+
+TEST(SystemConsole, ValuesFromText)
+{
+	IConsoleVariable* Flag = IConsoleManager::Get().FindConsoleVariable(TEXT("SYSTEM.test.FLAG"));
+	ASSERT_NE(Flag, nullptr) << "names ignore letter case";
+	struct FCase
+	{
+		const TCHAR* Text;
+		bool bFlag;
+		int32 Count;
+	};
+	for (const FCase& Case : { FCase{ TEXT("1"), true, 1 }, FCase{ TEXT("0"), false, 0 }, FCase{ TEXT("True"), true, 1 },
+			 FCase{ TEXT("off"), false, 0 }, FCase{ TEXT("-7"), true, -7 }, FCase{ TEXT("0.5"), true, 0 }, FCase{ TEXT("junk"), false, 0 } })
+	{
+		Flag->Set(Case.Text);
+		TestCount->Set(Case.Text);
+		EXPECT_EQ(TestFlag.GetValueOnGameThread(), Case.bFlag) << Utf8(Case.Text);
+		EXPECT_EQ(TestCount.GetValueOnAnyThread(), Case.Count) << Utf8(Case.Text);
+	}
+	TestRate->Set(TEXT("0.25"));
+	EXPECT_EQ(TestRate.GetValueOnGameThread(), 0.25f);
+	TestRate->Set(1.0e30f);
+	EXPECT_EQ(TestRate->GetInt(), 2147483647);
+	EXPECT_EQ(Utf8(TestRate->GetDefaultValue()), "0.1");
+	TestName->Set(5);
+	EXPECT_EQ(Utf8(TestName.GetValueOnGameThread()), "5");
+	EXPECT_EQ(TestName->GetFloat(), 5.0f);
+}
+
+TEST(SystemConsole, ChangesAreToldOnce)
+{
+	TestCount->Set(1);
+	int32 Calls = 0;
+	const FDelegateHandle Handle = TestCount->OnChangedDelegate().AddLambda([&Calls](IConsoleVariable*) { ++Calls; });
+	TestCount->Set(2);
+	TestCount->Set(TEXT("2"));
+	EXPECT_EQ(Calls, 1) << "an equal value disturbs nobody";
+	TestCount->OnChangedDelegate().Remove(Handle);
+}
+
+TEST(SystemConsole, RegistrationsAreCounted)
+{
+	FHostLog::SetStderrVerbosity(ELogVerbosity::NoLogging);
+	const TCHAR* const Name = TEXT("system.Test.Twice");
+	IConsoleManager& Manager = IConsoleManager::Get();
+	auto First = std::make_unique<TAutoConsoleVariable<int32>>(Name, 1, TEXT(""));
+	{
+		TAutoConsoleVariable<int32> Second(TEXT("System.test.twice"), 9, TEXT(""));
+		EXPECT_EQ(Second.GetValueOnGameThread(), 1) << "the first registration's value stays";
+		EXPECT_EQ(Manager.RegisterConsoleVariable(Name, 1.0f, TEXT("")), nullptr) << "another kind";
+		Second->Set(4);
+	}
+	EXPECT_EQ(First->GetValueOnGameThread(), 4);
+	First.reset();
+	EXPECT_EQ(Manager.FindConsoleVariable(Name), nullptr);
+	TAutoConsoleVariable<int32> Again(Name, 1, TEXT(""));
+	EXPECT_EQ(Again.GetValueOnGameThread(), 4) << "a module that comes back finds its value";
+	FHostLog::SetStderrVerbosity(ELogVerbosity::Warning);
+}
+
+TEST(SystemConsole, CommandLine)
+{
+	TArray<FString> Got;
+	IConsoleCommand* Command = IConsoleManager::Get().RegisterConsoleCommand(TEXT("system.Test.Run"), TEXT("Runs."),
+		FConsoleCommandWithArgsDelegate::CreateLambda([&Got](const TArray<FString>& Args) { Got = Args; }));
+	EXPECT_EQ(RunLine(TEXT(" SYSTEM.test.count = 12 ")), "SYSTEM.test.count = \"12\"");
+	EXPECT_EQ(RunLine(TEXT("system.Test.Count 13")), "system.Test.Count = \"13\"");
+	EXPECT_EQ(TestCount.GetValueOnGameThread(), 13);
+	EXPECT_EQ(RunLine(TEXT("system.Test.Name \"two words\"")), "system.Test.Name = \"two words\"");
+	EXPECT_EQ(RunLine(TEXT("system.Test.Flag ?")), "system.Test.Flag: A flag.");
+	EXPECT_EQ(RunLine(TEXT("nothing.there 1")), "Unknown: nothing.there");
+	EXPECT_EQ(RunLine(TEXT("")), "Nothing to run.");
+	RunLine(TEXT("system.Test.Run a \"b c\" \"\""));
+	EXPECT_EQ(Utf8(FString::Join(Got, TEXT("|"))), "a|b c|");
+	EXPECT_EQ(Utf8(FString::Join(FHostConsole::Complete(TEXT("SYSTEM.TEST.R")), TEXT("|"))), "system.Test.Rate|system.Test.Run");
+	IConsoleManager::Get().UnregisterConsoleObject(Command);
+	EXPECT_EQ(IConsoleManager::Get().FindConsoleObject(TEXT("system.Test.Run")), nullptr);
+}

@@ -1,0 +1,111 @@
+#include "HAL/IConsoleManager.h"
+#include "Host/HostLog.h"
+#include "Host/HostModules.h"
+#include "Modules/ModuleManager.h"
+#include "Support/Base/Printers.h"
+#include "Support/Base/TempFolder.h"
+
+#include <gtest/gtest.h>
+
+namespace
+{
+	std::string Events;
+
+	class FNamedModule : public IModuleInterface
+	{
+	public:
+		explicit FNamedModule(const char* InName) : Name(InName) {}
+		~FNamedModule() override { Events += "~" + Name; }
+		void StartupModule() override { Events += "+" + Name; }
+		void ShutdownModule() override { Events += "-" + Name; }
+		std::string Name;
+	};
+
+	class SystemModules : public ::testing::Test
+	{
+	protected:
+		void SetUp() override
+		{
+			FHostLog::SetStderrVerbosity(ELogVerbosity::NoLogging);
+			Events.clear();
+		}
+		void TearDown() override
+		{
+			FModuleManager::Get().UnloadModulesAtShutdown();
+			FHostLog::SetStderrVerbosity(ELogVerbosity::Warning);
+		}
+	};
+
+	int32 Counter(const TCHAR* Name)
+	{
+		const IConsoleVariable* Variable = IConsoleManager::Get().FindConsoleVariable(Name);
+		return Variable ? Variable->GetInt() : -1;
+	}
+}
+
+TEST_F(SystemModules, LoadsALibraryAndKeepsItMapped)
+{
+	FModuleManager& Manager = FModuleManager::Get();
+	EXPECT_TRUE(Manager.ModuleExists(TEXT("CoreTestModule")));
+	EXPECT_EQ(FModuleManager::GetModulePtr<IModuleInterface>("CoreTestModule"), nullptr);
+	IModuleInterface* Module = FModuleManager::LoadModulePtr<IModuleInterface>("CoreTestModule");
+	ASSERT_NE(Module, nullptr) << Utf8(FHostModules::GetLastError());
+	EXPECT_EQ(&FModuleManager::LoadModuleChecked<IModuleInterface>("coretestmodule"), Module);
+	EXPECT_EQ(Counter(TEXT("system.TestModule.Starts")), 1);
+	EXPECT_TRUE(Manager.UnloadModule("CoreTestModule"));
+	EXPECT_FALSE(Manager.IsModuleLoaded("CoreTestModule"));
+	EXPECT_EQ(Counter(TEXT("system.TestModule.Stops")), 1) << "the library and its variables are still there";
+	EXPECT_FALSE(Manager.UnloadModule("CoreTestModule"));
+	EXPECT_NE(Manager.LoadModule("CoreTestModule"), nullptr);
+	EXPECT_EQ(Counter(TEXT("system.TestModule.Starts")), 2);
+}
+
+TEST_F(SystemModules, RefusesWhatIsNoModule)
+{
+	FTempFolder Temp;
+	Temp.Write("libBroken.so", "not a library");
+	FModuleManager& Manager = FModuleManager::Get();
+	Manager.AddBinariesDirectory(*Temp.At(), false);
+	struct FCase
+	{
+		const char* Name;
+		EModuleLoadResult Result;
+		const char* Words;
+	};
+	const FCase Cases[] = {
+		{ "Core", EModuleLoadResult::CouldNotBeLoadedByOS, "has not the marker" },
+		{ "CoreTestLibrary", EModuleLoadResult::CouldNotBeLoadedByOS, "has not the marker" },
+		{ "Broken", EModuleLoadResult::CouldNotBeLoadedByOS, "cannot be loaded" },
+		{ "Nowhere", EModuleLoadResult::FileNotFound, "there is no module" },
+		{ "../bin/libCoreTestModule", EModuleLoadResult::FileNotFound, "there is no module" },
+	};
+	for (const FCase& Case : Cases)
+	{
+		SCOPED_TRACE(Case.Name);
+		EModuleLoadResult Result = EModuleLoadResult::Success;
+		EXPECT_EQ(Manager.LoadModuleWithFailureReason(Case.Name, Result), nullptr);
+		EXPECT_EQ(Result, Case.Result);
+		EXPECT_NE(Utf8(FHostModules::GetLastError()).find(Case.Words), std::string::npos) << Utf8(FHostModules::GetLastError());
+		EXPECT_FALSE(Manager.IsModuleLoaded(Case.Name));
+	}
+}
+
+TEST_F(SystemModules, RegisteredModulesStartAndStopInOrder)
+{
+	FHostModules::Register("SystemTestA", [] { return TUniquePtr<IModuleInterface>(new FNamedModule("A")); });
+	FHostModules::Register("SystemTestB", [] { return TUniquePtr<IModuleInterface>(new FNamedModule("B")); });
+	std::string Changes;
+	FModuleManager& Manager = FModuleManager::Get();
+	const FDelegateHandle Handle = Manager.OnModulesChanged().AddLambda([&Changes](FName Name, EModuleChangeReason Reason)
+		{ Changes += Utf8(Name.ToString()) + (Reason == EModuleChangeReason::ModuleLoaded ? "+" : "-"); });
+	Manager.LoadModule("SystemTestA");
+	Manager.LoadModule("SystemTestB");
+	Manager.LoadModule("SystemTestA");
+	Manager.UnloadModulesAtShutdown();
+	EXPECT_EQ(Events, "+A+B-B~B-A~A");
+	EXPECT_EQ(Changes, "SystemTestA+SystemTestB+SystemTestB-SystemTestA-");
+	Manager.OnModulesChanged().Remove(Handle);
+	FHostModules::Unregister("SystemTestA");
+	FHostModules::Unregister("SystemTestB");
+	EXPECT_EQ(Manager.LoadModule("SystemTestA"), nullptr);
+}

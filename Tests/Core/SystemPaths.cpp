@@ -1,0 +1,140 @@
+#include "Misc/Paths.h"
+
+#include "Containers/Array.h"
+#include "Host/HostPaths.h"
+#include "Support/Base/Printers.h"
+#include "Support/Base/TempFolder.h"
+
+#include <gtest/gtest.h>
+
+TEST(SystemPaths, PartsOfAPath)
+{
+	struct FCase
+	{
+		const TCHAR* Path;
+		const char* Extension;
+		const char* Clean;
+		const char* Base;
+		const char* BaseWithFolder;
+		const char* Folder;
+	};
+	const FCase Cases[] = {
+		{ TEXT("Source/Game/Player.cpp"), "cpp", "Player.cpp", "Player", "Source/Game/Player", "Source/Game" },
+		{ TEXT("C:\\Work\\A.b\\Read.me.txt"), "txt", "Read.me.txt", "Read.me", "C:\\Work\\A.b\\Read.me", "C:\\Work\\A.b" },
+		{ TEXT("a.b/file"), "", "file", "file", "a.b/file", "a.b" },
+		{ TEXT("/Game/Heroes/BP_Hero.BP_Hero"), "BP_Hero", "BP_Hero.BP_Hero", "BP_Hero", "/Game/Heroes/BP_Hero", "/Game/Heroes" },
+		{ TEXT(".gitignore"), "gitignore", ".gitignore", "", "", "" },
+		{ TEXT("folder/"), "", "", "", "folder/", "folder" },
+		{ TEXT("x."), "", "x.", "x", "x", "" },
+		{ TEXT(""), "", "", "", "", "" },
+	};
+	for (const FCase& Case : Cases)
+	{
+		SCOPED_TRACE(Utf8(Case.Path));
+		EXPECT_EQ(Utf8(FPaths::GetExtension(Case.Path)), Case.Extension);
+		EXPECT_EQ(Utf8(FPaths::GetCleanFilename(Case.Path)), Case.Clean);
+		EXPECT_EQ(Utf8(FPaths::GetBaseFilename(Case.Path)), Case.Base);
+		EXPECT_EQ(Utf8(FPaths::GetBaseFilename(Case.Path, false)), Case.BaseWithFolder);
+		EXPECT_EQ(Utf8(FPaths::GetPath(Case.Path)), Case.Folder);
+	}
+	EXPECT_EQ(Utf8(FPaths::GetExtension(TEXT("a.H"), true)), ".H");
+	EXPECT_EQ(Utf8(FPaths::GetPathLeaf(TEXT("a/b/"))), "b");
+	EXPECT_EQ(Utf8(FPaths::ChangeExtension(TEXT("a/b.txt"), TEXT("md"))), "a/b.md");
+	EXPECT_EQ(Utf8(FPaths::ChangeExtension(TEXT("a.x/b"), TEXT("md"))), "a.x/b");
+	EXPECT_EQ(Utf8(FPaths::SetExtension(TEXT("a.x/b"), TEXT(".md"))), "a.x/b.md");
+}
+
+TEST(SystemPaths, Collapse)
+{
+	struct FCase
+	{
+		const TCHAR* Path;
+		const char* Collapsed; // Null when the path is left alone.
+	};
+	const FCase Cases[] = {
+		{ TEXT("/a/b/../c"), "/a/c" },
+		{ TEXT("/a/./b//c/"), "/a/b/c/" },
+		{ TEXT("a/b/../../c"), "c" },
+		{ TEXT("../../x"), "../../x" },
+		{ TEXT("a/../../x"), "../x" },
+		{ TEXT("/a/.."), "/" },
+		{ TEXT("a/.."), "" },
+		{ TEXT("C:/a/../b"), "C:/b" },
+		{ TEXT("/a..b/...c"), "/a..b/...c" },
+		{ TEXT("/../etc"), nullptr },
+		{ TEXT("C:/../x"), nullptr },
+	};
+	for (const FCase& Case : Cases)
+	{
+		SCOPED_TRACE(Utf8(Case.Path));
+		FString Path = Case.Path;
+		EXPECT_EQ(FPaths::CollapseRelativeDirectories(Path), Case.Collapsed != nullptr);
+		EXPECT_EQ(Utf8(Path), Case.Collapsed ? std::string(Case.Collapsed) : Utf8(Case.Path));
+	}
+}
+
+TEST(SystemPaths, RootsAndJoins)
+{
+	for (const TCHAR* Rooted : { TEXT("/"), TEXT("/x"), TEXT("C:/x"), TEXT("c:"), TEXT("\\\\server\\x") })
+	{
+		EXPECT_FALSE(FPaths::IsRelative(Rooted)) << Utf8(Rooted);
+	}
+	for (const TCHAR* Relative : { TEXT(""), TEXT("x/y"), TEXT("../x"), TEXT("1:/x") })
+	{
+		EXPECT_TRUE(FPaths::IsRelative(Relative)) << Utf8(Relative);
+	}
+	EXPECT_EQ(Utf8(FPaths::Combine(TEXT("a/"), TEXT("/b"), FString(), FString(TEXT("c")))), "a/b/c");
+	EXPECT_EQ(Utf8(FPaths::Combine(FString(), TEXT("b"))), "b");
+	EXPECT_EQ(Utf8(FPaths::MakeValidFileName(TEXT("a:b/c?\n"))), "a_b_c__");
+	FString Folder = TEXT("C:\\a\\b\\");
+	FPaths::NormalizeDirectoryName(Folder);
+	EXPECT_EQ(Utf8(Folder), "C:/a/b");
+	Folder = TEXT("/");
+	FPaths::NormalizeDirectoryName(Folder);
+	EXPECT_EQ(Utf8(Folder), "/");
+}
+
+TEST(SystemPaths, RelativeTo)
+{
+	struct FCase
+	{
+		const TCHAR* Path;
+		const TCHAR* To;
+		const char* Result;
+	};
+	const FCase Cases[] = {
+		{ TEXT("/p/a/b.txt"), TEXT("/p/"), "a/b.txt" },
+		{ TEXT("/p/a/b.txt"), TEXT("/p/c/d/"), "../../a/b.txt" },
+		{ TEXT("/p/a"), TEXT("/p/file"), "a" },
+		{ TEXT("/p/a/"), TEXT("/p/"), "a/" },
+		{ TEXT("/x"), TEXT("C:/y/"), "/x" }, // Nothing in common: left alone.
+	};
+	for (const FCase& Case : Cases)
+	{
+		FString Path = Case.Path;
+		FPaths::MakePathRelativeTo(Path, Case.To);
+		EXPECT_EQ(Utf8(Path), Case.Result) << Utf8(Case.Path);
+	}
+	EXPECT_TRUE(FPaths::IsUnderDirectory(TEXT("/p/a/../b"), TEXT("/p")));
+	EXPECT_TRUE(FPaths::IsUnderDirectory(TEXT("/p"), TEXT("/p/")));
+	EXPECT_FALSE(FPaths::IsUnderDirectory(TEXT("/parent"), TEXT("/p")));
+	EXPECT_FALSE(FPaths::IsUnderDirectory(TEXT("/p/../x"), TEXT("/p")));
+	EXPECT_TRUE(FPaths::IsSamePath(TEXT("/p/./a/"), TEXT("/p/a")));
+	EXPECT_FALSE(FPaths::IsSamePath(TEXT("/p/A"), TEXT("/p/a")));
+}
+
+TEST(SystemPaths, ProjectFolders)
+{
+	const FTempFolder Temp;
+	FHostPaths::SetProjectDir(Temp.At(TEXT("x/../Game")));
+	EXPECT_EQ(Utf8(FPaths::ProjectDir()), Temp.AtBytes("Game/"));
+	EXPECT_EQ(Utf8(FPaths::ProjectContentDir()), Temp.AtBytes("Game/Content/"));
+	EXPECT_EQ(Utf8(FPaths::ProjectSavedDir()), Temp.AtBytes("Game/Saved/"));
+	FHostPaths::SetProjectSavedDir(Temp.At(TEXT("Elsewhere")));
+	EXPECT_EQ(Utf8(FPaths::ProjectLogDir()), Temp.AtBytes("Elsewhere/Logs/"));
+	FHostPaths::SetProjectDir(Temp.At(TEXT("Other/")));
+	EXPECT_EQ(Utf8(FPaths::ProjectSavedDir()), Temp.AtBytes("Other/Saved/")) << "a new project has its own folder";
+	FHostPaths::SetBaseDir(Temp.At());
+	EXPECT_EQ(Utf8(FPaths::ConvertRelativePathToFull(TEXT("a\\..\\b.txt"))), Temp.AtBytes("b.txt"));
+	EXPECT_EQ(Utf8(FPaths::ConvertRelativePathToFull(TEXT("/r"), TEXT("../b"))), "/b");
+}

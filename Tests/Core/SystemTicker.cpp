@@ -1,0 +1,141 @@
+#include "Containers/Ticker.h"
+#include "Support/Base/Printers.h"
+
+#include <atomic>
+#include <chrono>
+#include <gtest/gtest.h>
+#include <memory>
+#include <thread>
+#include <vector>
+
+TEST(SystemTicker, DeltasAreTrueSeconds)
+{
+	FTSTicker Ticker;
+	std::vector<float> Slow;
+	std::vector<float> Fast;
+	Ticker.AddTicker(FTickerDelegate::CreateLambda([&Slow](float Delta) { Slow.push_back(Delta); return true; }), 1.0f);
+	Ticker.AddTicker(TEXT("Fast"), 0.0f, [&Fast](float Delta) { Fast.push_back(Delta); return true; });
+	EXPECT_FLOAT_EQ(Ticker.GetTimeUntilNextCall(), 0.0f);
+	for (int32 Frame = 0; Frame < 10; ++Frame)
+	{
+		Ticker.Tick(0.1f);
+	}
+	ASSERT_EQ(Slow.size(), 1u) << "ten tenths make a second";
+	EXPECT_FLOAT_EQ(Slow[0], 1.0f);
+	EXPECT_EQ(Fast.size(), 10u);
+	EXPECT_FLOAT_EQ(Fast[3], 0.1f);
+	Ticker.Tick(3.5f);
+	ASSERT_EQ(Slow.size(), 2u) << "a long gap is one call";
+	EXPECT_FLOAT_EQ(Slow[1], 3.5f);
+	Ticker.Tick(-1.0f);
+	EXPECT_FLOAT_EQ(Fast.back(), 0.0f) << "time does not run backwards";
+}
+
+TEST(SystemTicker, ChangesWhileTicking)
+{
+	FTSTicker Ticker;
+	std::string Calls;
+	FTSTicker::FDelegateHandle Own;
+	FTSTicker::FDelegateHandle Victim;
+	Ticker.AddTicker(TEXT(""), 0.0f,
+		[&](float)
+		{
+			Calls += "a";
+			FTSTicker::RemoveTicker(Victim);
+			return true;
+		});
+	Own = Ticker.AddTicker(TEXT(""), 0.0f,
+		[&](float)
+		{
+			Calls += "b";
+			FTSTicker::RemoveTicker(Own);
+			Ticker.AddTicker(TEXT(""), 0.0f, [&Calls](float) { Calls += "d"; return false; });
+			return true; // Asks to stay, but has been removed.
+		});
+	Victim = Ticker.AddTicker(TEXT(""), 0.0f, [&](float) { Calls += "c"; return true; });
+	Ticker.Tick(0.1f);
+	EXPECT_EQ(Calls, "ab") << "the removed one is not called, the added one not yet";
+	EXPECT_FALSE(Own.IsValid());
+	Ticker.Tick(0.1f);
+	Ticker.Tick(0.1f);
+	EXPECT_EQ(Calls, "abada");
+	FTSTicker::RemoveTicker(Own);
+	FTSTicker::RemoveTicker(FTSTicker::FDelegateHandle());
+}
+
+TEST(SystemTicker, ALoopInsideADelegateTicksTheOthers)
+{
+	FTSTicker Ticker;
+	std::string Calls;
+	bool bLoop = true;
+	Ticker.AddTicker(TEXT(""), 0.0f,
+		[&](float)
+		{
+			Calls += "<";
+			if (bLoop)
+			{
+				bLoop = false;
+				Ticker.Tick(0.5f);
+			}
+			Calls += ">";
+			return true;
+		});
+	Ticker.AddTicker(TEXT(""), 0.0f, [&](float) { Calls += "x"; return true; });
+	Ticker.Tick(0.5f);
+	EXPECT_EQ(Calls, "<x>") << "not entered twice, and the other one called once for this time";
+	Ticker.Tick(0.5f);
+	EXPECT_EQ(Calls, "<x><>x");
+}
+
+TEST(SystemTicker, HeldValuesGoWithTheTicker)
+{
+	FTSTicker Ticker;
+	const auto Held = std::make_shared<int>(1);
+	const FTSTicker::FDelegateHandle Handle = Ticker.AddTicker(TEXT(""), 0.0f, [Held](float) { return true; });
+	EXPECT_EQ(Held.use_count(), 2);
+	FTSTicker::RemoveTicker(Handle);
+	EXPECT_EQ(Held.use_count(), 1);
+	Ticker.AddTicker(TEXT(""), 0.0f, [Held](float) { return false; });
+	Ticker.Tick(0.1f);
+	EXPECT_EQ(Held.use_count(), 1);
+
+	struct FTarget : public TSharedFromThis<FTarget>
+	{
+		bool Call(float)
+		{
+			++Calls;
+			return true;
+		}
+		int32 Calls = 0;
+	};
+	TSharedPtr<FTarget> Target = MakeShared<FTarget>();
+	const FTSTicker::FDelegateHandle Weak = Ticker.AddTicker(FTickerDelegate::CreateSP(Target.ToSharedRef(), &FTarget::Call));
+	Ticker.Tick(0.1f);
+	EXPECT_EQ(Target->Calls, 1);
+	Target.Reset();
+	Ticker.Tick(0.1f);
+	EXPECT_FALSE(Weak.IsValid()) << "a delegate whose object died leaves";
+}
+
+TEST(SystemTicker, RemovingWaitsForAnotherThread)
+{
+	FTSTicker Ticker;
+	std::atomic<bool> bInside{ false };
+	std::atomic<bool> bLeft{ false };
+	const FTSTicker::FDelegateHandle Handle = Ticker.AddTicker(TEXT(""), 0.0f,
+		[&](float)
+		{
+			bInside = true;
+			std::this_thread::sleep_for(std::chrono::milliseconds(50));
+			bLeft = true;
+			return true;
+		});
+	std::thread Thread([&Ticker] { Ticker.Tick(0.1f); });
+	while (!bInside)
+	{
+		std::this_thread::yield();
+	}
+	FTSTicker::RemoveTicker(Handle);
+	EXPECT_TRUE(bLeft);
+	Thread.join();
+}

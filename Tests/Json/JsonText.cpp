@@ -1,0 +1,271 @@
+#include "Dom/JsonObject.h"
+#include "Host/HostLog.h"
+#include "Policies/CondensedJsonPrintPolicy.h"
+#include "Serialization/JsonReader.h"
+#include "Serialization/JsonSerializer.h"
+#include "Serialization/JsonWriter.h"
+#include "Support/Base/Printers.h"
+
+#include <clocale>
+#include <gtest/gtest.h>
+#include <string>
+
+namespace
+{
+	TSharedPtr<FJsonValue> Parse(const FString& Text, FString* OutError = nullptr)
+	{
+		TSharedPtr<FJsonValue> Value;
+		const TSharedRef<TJsonReader<>> Reader = TJsonReaderFactory<>::Create(Text);
+		const bool bRead = FJsonSerializer::Deserialize(Reader, Value);
+		EXPECT_EQ(bRead, Value.IsValid());
+		EXPECT_EQ(bRead, Reader->GetErrorMessage().IsEmpty());
+		if (OutError)
+		{
+			*OutError = Reader->GetErrorMessage();
+		}
+		return Value;
+	}
+
+	std::string Pretty(const TSharedPtr<FJsonValue>& Value)
+	{
+		FString Out;
+		EXPECT_TRUE(FJsonSerializer::Serialize(Value, FString(), TJsonWriterFactory<>::Create(&Out)));
+		return Utf8(Out);
+	}
+
+	std::string Condensed(const TSharedPtr<FJsonValue>& Value)
+	{
+		FString Out;
+		EXPECT_TRUE(FJsonSerializer::Serialize(Value, FString(), TJsonWriterFactory<TCHAR, TCondensedJsonPrintPolicy<TCHAR>>::Create(&Out)));
+		return Utf8(Out);
+	}
+
+	FString Repeat(const TCHAR* Text, int32 Count)
+	{
+		FString Result;
+		for (int32 Index = 0; Index < Count; ++Index)
+		{
+			Result += Text;
+		}
+		return Result;
+	}
+}
+
+TEST(JsonText, PrettyBytes)
+{
+	const TSharedRef<FJsonObject> Object = MakeShared<FJsonObject>();
+	TArray<TSharedPtr<FJsonValue>> Messages;
+	for (const auto& [Sender, Content] : { std::pair(TEXT("You"), TEXT("a \"q\" \\ b\nc\td")), std::pair(TEXT("Velmora AI"), TEXT("\u00E9 / \U0001F464")) })
+	{
+		const TSharedRef<FJsonObject> Message = MakeShared<FJsonObject>();
+		Message->SetStringField(TEXT("sender"), Sender);
+		Message->SetStringField(TEXT("content"), Content);
+		Messages.Add(MakeShared<FJsonValueObject>(Message));
+	}
+	Object->SetArrayField(TEXT("messages"), Messages);
+	Object->SetArrayField(TEXT("tags"), {});
+	Object->SetArrayField(TEXT("names"), { MakeShared<FJsonValueString>(TEXT("x")), MakeShared<FJsonValueString>(TEXT("y")) });
+	Object->SetArrayField(TEXT("sizes"), { MakeShared<FJsonValueNumber>(1), MakeShared<FJsonValueNumber>(2.5) });
+	const TSharedRef<FJsonObject> Nested = MakeShared<FJsonObject>();
+	Nested->SetField(TEXT("a"), MakeShared<FJsonValueNull>());
+	Object->SetObjectField(TEXT("nested"), Nested);
+	Object->SetBoolField(TEXT("ShowPlan"), true);
+	Object->SetNumberField(TEXT("message_count"), 2);
+
+	const char* const Expected = "{\r\n"
+								 "\t\"messages\": [\r\n"
+								 "\t\t{\r\n"
+								 "\t\t\t\"sender\": \"You\",\r\n"
+								 "\t\t\t\"content\": \"a \\\"q\\\" \\\\ b\\nc\\td\"\r\n"
+								 "\t\t},\r\n"
+								 "\t\t{\r\n"
+								 "\t\t\t\"sender\": \"Velmora AI\",\r\n"
+								 "\t\t\t\"content\": \"\xC3\xA9 / \xF0\x9F\x91\xA4\"\r\n"
+								 "\t\t}\r\n"
+								 "\t],\r\n"
+								 "\t\"tags\": [],\r\n"
+								 "\t\"names\": [\r\n"
+								 "\t\t\"x\",\r\n"
+								 "\t\t\"y\"\r\n"
+								 "\t],\r\n"
+								 "\t\"sizes\": [ 1, 2.5 ],\r\n"
+								 "\t\"nested\":\r\n"
+								 "\t{\r\n"
+								 "\t\t\"a\": null\r\n"
+								 "\t},\r\n"
+								 "\t\"ShowPlan\": true,\r\n"
+								 "\t\"message_count\": 2\r\n"
+								 "}";
+	FString Out;
+	const TSharedRef<TJsonWriter<>> Writer = TJsonWriterFactory<>::Create(&Out);
+	EXPECT_TRUE(FJsonSerializer::Serialize(Object, Writer));
+	EXPECT_TRUE(Writer->Close()) << "closing again is harmless";
+	EXPECT_EQ(Utf8(Out), Expected);
+	EXPECT_EQ(Pretty(Parse(Out)), Expected) << "reading it back gives the same";
+}
+
+TEST(JsonText, LayoutOfArrays)
+{
+	struct FCase
+	{
+		const TCHAR* Text;
+		const char* Pretty;
+	};
+	const FCase Cases[] = {
+		{ TEXT("{}"), "{\r\n}" },
+		{ TEXT("[]"), "[]" },
+		{ TEXT("[true,null,0]"), "[ true, null, 0 ]" },
+		{ TEXT("[[1],[]]"), "[\r\n\t[ 1 ],\r\n\t[]\r\n]" },
+		{ TEXT("[1,\"a\",2,{}]"), "[ 1,\r\n\t\"a\",\r\n\t2,\r\n\t{\r\n\t}\r\n]" },
+		{ TEXT("[\"a\",1]"), "[\r\n\t\"a\",\r\n\t1 ]" },
+		{ TEXT("{\"o\":{}}"), "{\r\n\t\"o\":\r\n\t{\r\n\t}\r\n}" },
+		{ TEXT("\"x\""), "\"x\"" },
+	};
+	for (const FCase& Case : Cases)
+	{
+		EXPECT_EQ(Pretty(Parse(Case.Text)), Case.Pretty) << Utf8(Case.Text);
+		EXPECT_EQ(Condensed(Parse(Case.Text)), Utf8(Case.Text));
+	}
+}
+
+TEST(JsonText, NumbersAndEscapes)
+{
+	struct FCase
+	{
+		double Number;
+		const char* Text;
+	};
+	const char* const OldLocale = std::setlocale(LC_NUMERIC, "de_DE.UTF-8"); // Where it exists, commas must not creep in.
+	for (const FCase& Case : { FCase{ 2.0, "2" }, FCase{ 0.1, "0.10000000000000001" }, FCase{ -0.0, "-0" }, FCase{ 1e21, "1e+21" },
+			 FCase{ 9007199254740993.0, "9007199254740992" }, FCase{ 5e-324, "4.9406564584124654e-324" }, FCase{ 123456789012345680.0, "1.2345678901234568e+17" },
+			 FCase{ std::numeric_limits<double>::infinity(), "null" }, FCase{ std::numeric_limits<double>::quiet_NaN(), "null" } })
+	{
+		EXPECT_EQ(Condensed(MakeShared<FJsonValueNumber>(Case.Number)), Case.Text);
+	}
+	EXPECT_EQ(Condensed(Parse(TEXT("[1.5,1e2,-0.25E-1]"))), "[1.5,100,-0.025000000000000001]");
+	std::setlocale(LC_NUMERIC, OldLocale ? OldLocale : "C");
+	const FString Controls(FStringView(TEXT("\0\x01\b\f\n\r\t\x1F\x7F/\u2028"), 11));
+	EXPECT_EQ(Condensed(MakeShared<FJsonValueString>(Controls)), "\"\\u0000\\u0001\\b\\f\\n\\r\\t\\u001f\x7F/\xE2\x80\xA8\"");
+	EXPECT_EQ(Utf8(Parse(FString(Condensed(MakeShared<FJsonValueString>(Controls)).c_str()))->AsString()), Utf8(Controls));
+}
+
+TEST(JsonText, RefusesWhatIsNotJson)
+{
+	const TCHAR* const Bad[] = { TEXT(""), TEXT("  "), TEXT("{"), TEXT("[1,]"), TEXT("{\"a\":1,}"), TEXT("{\"a\" 1}"), TEXT("{a:1}"),
+		TEXT("{'a':1}"), TEXT("[1 2]"), TEXT("01"), TEXT("+1"), TEXT(".5"), TEXT("1."), TEXT("- 1"), TEXT("1e"), TEXT("nul"), TEXT("True"), TEXT("NaN"),
+		TEXT("\"abc"), TEXT("\"a\nb\""), TEXT("\"\\x\""), TEXT("\"\\u12g4\""), TEXT("\"\\ud800\""), TEXT("// c\n1"), TEXT("1 2"), TEXT("{}x"), TEXT("]"),
+		TEXT("\uFEFF{}x"), TEXT("[1]]"), TEXT("1e999") };
+	for (const TCHAR* Text : Bad)
+	{
+		FString Error;
+		EXPECT_FALSE(Parse(Text, &Error).IsValid()) << Utf8(Text);
+	}
+	EXPECT_FALSE(Parse(FString(FStringView(TEXT("{}\0{}"), 5))).IsValid()) << "a null unit is not the end";
+	EXPECT_FALSE(Parse(FString(FStringView(TEXT("\"a\0b\""), 5))).IsValid());
+	FString Error;
+	Parse(TEXT("{\n  \"a\": tru\n}"), &Error);
+	EXPECT_NE(Utf8(Error).find("Line: 2 Column: "), std::string::npos) << Utf8(Error);
+}
+
+TEST(JsonText, OddTextsSurvive)
+{
+	const FString Lone(FStringView(TEXT("x\xD800y\xDC00"), 4));
+	EXPECT_EQ(Lone.Len(), 4);
+	const TSharedPtr<FJsonValue> Value = Parse(TEXT("\"") + Lone + TEXT("\""));
+	ASSERT_TRUE(Value.IsValid());
+	EXPECT_TRUE(Value->AsString().Equals(Lone)) << "lone surrogates come through unharmed";
+	EXPECT_EQ(Parse(TEXT("\"\\u0000\\ud83d\\udc64\""))->AsString().Len(), 3);
+	const FString Long = FString::ChrN(10000000, TEXT('x'));
+	EXPECT_TRUE(Parse(TEXT("[\"") + Long + TEXT("\"]"))->AsArray()[0]->AsString().Equals(Long));
+}
+
+TEST(JsonText, NestingIsBounded)
+{
+	EXPECT_TRUE(Parse(Repeat(TEXT("["), 512) + Repeat(TEXT("]"), 512)).IsValid());
+	FString Error;
+	EXPECT_FALSE(Parse(Repeat(TEXT("["), 513) + Repeat(TEXT("]"), 513), &Error).IsValid());
+	EXPECT_NE(Utf8(Error).find("Nested deeper than 512 levels"), std::string::npos) << Utf8(Error);
+	EXPECT_FALSE(Parse(Repeat(TEXT("["), 5000000)).IsValid());
+	EXPECT_FALSE(Parse(Repeat(TEXT("{\"a\":"), 1000000)).IsValid());
+
+	const TSharedRef<FJsonObject> Circle = MakeShared<FJsonObject>();
+	Circle->SetObjectField(TEXT("self"), Circle);
+	FString Out;
+	FHostLog::SetStderrVerbosity(ELogVerbosity::NoLogging);
+	EXPECT_FALSE(FJsonSerializer::Serialize(Circle, TJsonWriterFactory<>::Create(&Out)));
+	FHostLog::SetStderrVerbosity(ELogVerbosity::Warning);
+	Circle->RemoveField(TEXT("self"));
+}
+
+TEST(JsonText, OutermostKind)
+{
+	TSharedPtr<FJsonObject> Object = MakeShared<FJsonObject>();
+	const TSharedRef<TJsonReader<>> Reader = TJsonReaderFactory<>::Create(TEXT("[1]"));
+	EXPECT_FALSE(FJsonSerializer::Deserialize(Reader, Object));
+	EXPECT_FALSE(Object.IsValid());
+	EXPECT_EQ(Utf8(Reader->GetErrorMessage()), "The outermost value is of type 'Array', not 'Object'.");
+	EXPECT_FALSE(FJsonSerializer::Deserialize(TJsonReaderFactory<>::Create(TEXT("3")), Object));
+	TArray<TSharedPtr<FJsonValue>> Array;
+	EXPECT_TRUE(FJsonSerializer::Deserialize(TJsonReaderFactory<>::Create(TEXT(" [1, 2] \r\n\t")), Array));
+	EXPECT_EQ(Array.Num(), 2);
+	EXPECT_FALSE(FJsonSerializer::Deserialize(TJsonReaderFactory<>::Create(TEXT("{}")), Array));
+}
+
+TEST(JsonText, WriterKeepsTheStructureWhole)
+{
+	FString Out;
+	const TSharedRef<TJsonWriter<TCHAR, TCondensedJsonPrintPolicy<TCHAR>>> Writer = TJsonWriterFactory<TCHAR, TCondensedJsonPrintPolicy<TCHAR>>::Create(&Out);
+	Writer->WriteObjectStart();
+	Writer->WriteValue(TEXT("s"), TEXT("x"));
+	Writer->WriteValue(TEXT("i"), int64(-9007199254740993));
+	Writer->WriteValue(TEXT("u"), uint64(18446744073709551615ull));
+	Writer->WriteValue(TEXT("b"), true);
+	Writer->WriteArrayStart(TEXT("a"));
+	Writer->WriteValue(1);
+	Writer->WriteNull();
+	Writer->WriteArrayEnd();
+	EXPECT_FALSE(Writer->Close()) << "the object is open";
+	Writer->WriteObjectEnd();
+	EXPECT_TRUE(Writer->Close());
+	EXPECT_EQ(Utf8(Out), "{\"s\":\"x\",\"i\":-9007199254740993,\"u\":18446744073709551615,\"b\":true,\"a\":[1,null]}");
+	Writer->WriteValue(1);
+	EXPECT_FALSE(Writer->Close()) << "nothing goes behind the whole";
+
+	FString Wrong;
+	const TSharedRef<TJsonWriter<>> Mistaken = TJsonWriterFactory<>::Create(&Wrong);
+	Mistaken->WriteObjectStart();
+	Mistaken->WriteValue(1);
+	Mistaken->WriteArrayEnd();
+	Mistaken->WriteObjectEnd();
+	EXPECT_FALSE(Mistaken->Close());
+}
+
+TEST(JsonText, RandomTextsNeverCrash)
+{
+	const char Alphabet[] = "{}[],:\"\\u0a1.-eE+truefalsn \n";
+	uint32 State = 12345;
+	const auto Next = [&State](uint32 Limit)
+	{
+		State = State * 1664525u + 1013904223u;
+		return (State >> 16) % Limit;
+	};
+	int32 Read = 0;
+	for (int32 Trial = 0; Trial < 50000; ++Trial)
+	{
+		FString Text;
+		for (uint32 Length = Next(12); Length > 0; --Length)
+		{
+			Text.AppendChar(TCHAR(Alphabet[Next(sizeof(Alphabet) - 1)]));
+		}
+		TSharedPtr<FJsonValue> Value;
+		if (FJsonSerializer::Deserialize(TJsonReaderFactory<>::Create(Text), Value))
+		{
+			++Read;
+			const std::string Once = Pretty(Value);
+			const TSharedPtr<FJsonValue> Again = Parse(FString(Once.c_str()));
+			ASSERT_TRUE(Again.IsValid()) << Utf8(Text);
+			ASSERT_TRUE(FJsonValue::CompareEqual(*Value, *Again)) << Utf8(Text);
+		}
+	}
+	EXPECT_GT(Read, 100) << "some of them are JSON";
+}
