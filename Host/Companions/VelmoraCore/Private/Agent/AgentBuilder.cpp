@@ -1,0 +1,20 @@
+#include "Agent/AgentBuilder.h"
+
+#include "UObject/UObjectGlobals.h"
+
+#include "Agent/BuiltInAgent.h"
+#include "Settings/VelmoraSettings.h"
+
+TSharedPtr<Velmora::FAgent> FAgentBuilder::CreateDefault()
+{
+	using Velmora::EConversationMode;
+	const uint8 StoredMode = GetDefault<UVelmoraSettings>()->DefaultConversationMode;
+	const EConversationMode Mode = StoredMode <= static_cast<uint8>(EConversationMode::General) ? static_cast<EConversationMode>(StoredMode) : EConversationMode::General;
+
+	const TSharedRef<Velmora::FBuiltInAgent> Agent = MakeShared<Velmora::FBuiltInAgent>();
+	if (Agent->StartConversation(Mode).IsEmpty())
+	{
+		return nullptr;
+	}
+	return Agent;
+}

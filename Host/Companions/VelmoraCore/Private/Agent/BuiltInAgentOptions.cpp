@@ -1,0 +1,23 @@
+#include "Host/BuiltInAgentOptions.h"
+
+namespace Velmora
+{
+	namespace
+	{
+		FBuiltInAgentOptions& CurrentAgentOptions()
+		{
+			static FBuiltInAgentOptions Options;
+			return Options;
+		}
+	}
+
+	const FBuiltInAgentOptions& GetBuiltInAgentOptions()
+	{
+		return CurrentAgentOptions();
+	}
+
+	void SetBuiltInAgentOptions(const FBuiltInAgentOptions& Options)
+	{
+		CurrentAgentOptions() = Options;
+	}
+}

@@ -1,0 +1,272 @@
+#include "Agent/TurnRunner.h"
+
+#include <algorithm>
+
+#include "Agent/AnswerMarkdown.h"
+#include "Agent/ProjectSummary.h"
+#include "Agent/Utf8Text.h"
+#include "Policies/CondensedJsonPrintPolicy.h"
+#include "Serialization/JsonWriter.h"
+
+namespace Velmora
+{
+	namespace
+	{
+		FString MakeJsonObject(const std::vector<std::pair<std::string_view, std::string>>& Fields)
+		{
+			FString Out;
+			const TSharedRef<TJsonWriter<TCHAR, TCondensedJsonPrintPolicy<TCHAR>>> Writer = TJsonWriterFactory<TCHAR, TCondensedJsonPrintPolicy<TCHAR>>::Create(&Out);
+			Writer->WriteObjectStart();
+			for (const auto& [Key, Value] : Fields)
+			{
+				Writer->WriteValue(Utf8Text::ToString(Key), Utf8Text::ToString(Value));
+			}
+			Writer->WriteObjectEnd();
+			Writer->Close();
+			return Out;
+		}
+	}
+
+	FTurnRunner::FTurnRunner(const FTurnInput& InInput, FTurnControl& InControl, FReportSink InSink)
+		: Input(InInput)
+		, Control(InControl)
+		, Sink(std::move(InSink))
+		, Files(InInput.ProjectFolder)
+	{
+	}
+
+	void FTurnRunner::Run()
+	{
+		if (!Files.IsAvailable())
+		{
+			FTurnReport Item;
+			Item.Kind = ETurnReportKind::Failed;
+			Item.Text = Input.ProjectFolder.empty() ? FString(TEXT("There is no project folder to work on."))
+				: Utf8Text::ToString("The project folder " + Input.ProjectFolder + " cannot be opened. Check that it still exists, then send the message again.");
+			Report(std::move(Item));
+			return;
+		}
+		Request = ParseAgentRequest(Input.Prompt);
+		if (!ReadAttachments() || !RunRequest() || !Control.WaitUntilRunning())
+		{
+			return;
+		}
+		FTurnReport Item;
+		Item.Kind = ETurnReportKind::Finished;
+		Report(std::move(Item));
+	}
+
+	bool FTurnRunner::RunRequest()
+	{
+		switch (Request.Kind)
+		{
+		case ERequestKind::FindText:
+			return RunFindText();
+		case ERequestKind::WhichFiles:
+			return RunWhichFiles();
+		case ERequestKind::Explain:
+			return RunExplain();
+		case ERequestKind::Show:
+			return RunShow();
+		case ERequestKind::List:
+			return RunList();
+		case ERequestKind::Summarise:
+			return RunSummarise();
+		case ERequestKind::Count:
+			return RunCount();
+		case ERequestKind::Help:
+			AnswerHelp("I answer from the files of this project, on this machine.");
+			return true;
+		case ERequestKind::Greeting:
+			AnswerHelp("Hello! I answer from the files of this project.");
+			return true;
+		case ERequestKind::Thanks:
+			Answer("You are welcome.\n");
+			return true;
+		case ERequestKind::ChangeFiles:
+			AnswerHelp("I cannot change files; I can only find and show what is there.");
+			return true;
+		case ERequestKind::Unknown:
+			break;
+		}
+		// A question in other words about files that came with it can still be met by showing what they hold.
+		if (!Attachments.empty())
+		{
+			return AnswerDescription(Attachments.front());
+		}
+		AnswerUnknown();
+		return true;
+	}
+
+	bool FTurnRunner::ReadAttachments()
+	{
+		for (const std::string& Path : Input.ContextFiles)
+		{
+			FProjectPath Place;
+			if (Files.Resolve(Path, Place))
+			{
+				const bool bIsKnown = std::any_of(Attachments.begin(), Attachments.end(), [&Place](const FProjectPath& Other) { return Other.Absolute == Place.Absolute; });
+				if (!bIsKnown)
+				{
+					Attachments.push_back(Place);
+				}
+				continue;
+			}
+			const char* Why = Files.IsOutside(Path) ? " lies outside the project, so I did not read it.\n" : " could not be found.\n";
+			AttachmentNotes += "Attached " + AnswerMarkdown::InlineCode(Path) + Why;
+		}
+		return !Control.IsCancelled();
+	}
+
+	bool FTurnRunner::BeginStep(std::string_view What)
+	{
+		if (!Control.WaitUntilRunning())
+		{
+			return false;
+		}
+		FTurnReport Item;
+		Item.Kind = ETurnReportKind::Step;
+		Item.Text = Utf8Text::ToString("Executing step " + std::to_string(++StepCount) + ": " + Utf8Text::Shorten(What, 80));
+		Report(std::move(Item));
+		return true;
+	}
+
+	bool FTurnRunner::RunTool(std::string_view Name, std::string_view Operation, std::string_view DataType, const FParameters& Parameters, const std::function<FToolOutcome()>& Work)
+	{
+		if (!Control.WaitUntilRunning())
+		{
+			return false;
+		}
+		FTurnReport Start;
+		Start.Kind = ETurnReportKind::ToolStarted;
+		Start.ToolId = Utf8Text::ToString(Input.ToolIdPrefix + '-' + std::to_string(++ToolCount));
+		Start.ToolName = Utf8Text::ToString(Name);
+		Start.Parameters = MakeJsonObject(Parameters);
+		Start.Metadata = MakeJsonObject({ { "operation_type", std::string(Operation) }, { "data_type", std::string(DataType) } });
+		FTurnReport End = Start;
+		Report(std::move(Start));
+
+		const FToolOutcome Outcome = Work();
+		if (Control.IsCancelled() || (Input.MinimumToolSeconds > 0.0 && !Control.Sleep(Input.MinimumToolSeconds)))
+		{
+			return false;
+		}
+		End.Kind = ETurnReportKind::ToolCompleted;
+		End.bSuccess = Outcome.bSuccess;
+		End.Text = Utf8Text::ToString(Outcome.Sentence);
+		Report(std::move(End));
+		return true;
+	}
+
+	bool FTurnRunner::RunSearchTool(const FProjectPath& Where, const std::string& Term, FSearchResult& OutResult)
+	{
+		FParameters Parameters = { { "term", Term } };
+		if (!Where.Relative.empty())
+		{
+			Parameters.push_back({ "scope", Where.Relative });
+		}
+		return RunTool("search_files", "search", "File", Parameters, [&]
+		{
+			OutResult = SearchProject(Files, Where, Term, CancelCheck());
+			FToolOutcome Outcome;
+			Outcome.Sentence = OutResult.MatchCount == 0 ? "No match in " + Utf8Text::Count(OutResult.SearchedFiles, "file", "files")
+				: Utf8Text::Count(OutResult.MatchCount, "match", "matches") + " in " + Utf8Text::Count(OutResult.FileCount, "file", "files");
+			return Outcome;
+		});
+	}
+
+	bool FTurnRunner::RunReadTool(const FProjectPath& File, int FirstLine, int LastLine, FProjectText& OutText)
+	{
+		FParameters Parameters = { { "path", File.Relative } };
+		if (FirstLine > 0)
+		{
+			Parameters.push_back({ "lines", std::to_string(FirstLine) + '-' + std::to_string(LastLine) });
+		}
+		return RunTool("read_file", "read", "File", Parameters, [&]
+		{
+			OutText = Files.Read(File.Absolute);
+			FToolOutcome Outcome;
+			Outcome.bSuccess = OutText.IsValid();
+			Outcome.Sentence = OutText.IsValid() ? "Read " + Utf8Text::Count(Utf8Text::SplitLines(OutText.Text).size(), "line", "lines") : "Not read: " + OutText.Problem;
+			return Outcome;
+		});
+	}
+
+	bool FTurnRunner::RunFindFileTool(const std::string& Name, std::vector<FProjectPath>& OutPaths)
+	{
+		return RunTool("find_file", "search", "File", { { "name", Name } }, [&]
+		{
+			OutPaths = Files.Find(Name, MaxSearchHits);
+			return FToolOutcome{ true, OutPaths.empty() ? std::string("No file of that name") : Utf8Text::Count(OutPaths.size(), "file or folder", "files or folders") + " of that name" };
+		});
+	}
+
+	FProjectPath FTurnRunner::GetProjectPath() const
+	{
+		return { Files.GetRoot(), std::string(), true };
+	}
+
+	bool FTurnRunner::FindPlace(const std::string& Text, FProjectPath& OutPath) const
+	{
+		if (Text.empty())
+		{
+			return false;
+		}
+		if (Files.Resolve(Text, OutPath))
+		{
+			return true;
+		}
+		// A place must be meant, not merely resembled: one hit, or the words are part of the search.
+		const std::vector<FProjectPath> Found = Files.Find(Text, 2);
+		if (Found.size() != 1)
+		{
+			return false;
+		}
+		OutPath = Found.front();
+		return true;
+	}
+
+	std::function<bool()> FTurnRunner::CancelCheck() const
+	{
+		return [this] { return Control.IsCancelled(); };
+	}
+
+	void FTurnRunner::Answer(const std::string& Markdown)
+	{
+		if (!Control.WaitUntilRunning())
+		{
+			return;
+		}
+		std::string Text = Markdown + AttachmentNotes;
+		while (!Text.empty() && Text.back() == '\n')
+		{
+			Text.pop_back();
+		}
+		FTurnReport Item;
+		Item.Kind = ETurnReportKind::Answer;
+		Item.Text = Utf8Text::ToString(Text);
+		Report(std::move(Item));
+	}
+
+	void FTurnRunner::AnswerHelp(std::string_view Opening)
+	{
+		Answer(std::string(Opening) + "\nYou can ask, for example:\n"
+			"- `find TryParseTable` looks for text and shows the best place\n"
+			"- `what is class FThing?` shows a definition\n"
+			"- `which files mention Health?` lists files\n"
+			"- `show README.md` or `show lines 10-20 of X.cpp`\n"
+			"- `list Source` or `list *.h`\n"
+			"- `summarise the project` or `how many lines?`\n"
+			"Files attached with @ are looked at first.\n");
+	}
+
+	void FTurnRunner::AnswerUnknown()
+	{
+		AnswerHelp("I did not understand that request.");
+	}
+
+	void FTurnRunner::Report(FTurnReport&& Item)
+	{
+		Sink(std::move(Item));
+	}
+}

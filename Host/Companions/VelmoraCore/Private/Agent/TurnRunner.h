@@ -1,0 +1,140 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "CoreMinimal.h"
+
+#include "Agent/AgentRequest.h"
+#include "Agent/ProjectFiles.h"
+#include "Agent/ProjectSearch.h"
+#include "Agent/TurnControl.h"
+
+namespace Velmora
+{
+	enum class ETurnReportKind
+	{
+		Step,			// Text: the progress text.
+		ToolStarted,	// ToolId, ToolName, Parameters, Metadata.
+		ToolCompleted,	// ToolId, ToolName, bSuccess, Text: the result.
+		Answer,			// Text: the answer.
+		Failed,			// Text: why. The turn is over.
+		Finished		// The turn is over.
+	};
+
+	/** One thing that happened in a turn, on its way to the game thread. */
+	struct FTurnReport
+	{
+		ETurnReportKind Kind = ETurnReportKind::Finished;
+		FString Text;
+		FString ToolId;
+		FString ToolName;
+		FString Parameters;
+		FString Metadata;
+		bool bSuccess = false;
+	};
+
+	/** All that a worker needs to know; it shares nothing else with the game thread but its control. */
+	struct FTurnInput
+	{
+		std::string ProjectFolder;
+		std::string Prompt;
+		std::vector<std::string> ContextFiles;
+
+		/** What the user has written about the project in the settings. */
+		std::string ProjectDescription;
+		double MinimumToolSeconds = 0.0;
+
+		/** Start of the ids of this turn's tools. */
+		std::string ToolIdPrefix;
+	};
+
+	/**
+	 * Answers one request on a worker: understands it, runs tools on the project, writes the answer. Between two
+	 * tools it obeys its control.
+	 */
+	class FTurnRunner
+	{
+	public:
+		using FReportSink = std::function<void(FTurnReport&&)>;
+
+		FTurnRunner(const FTurnInput& InInput, FTurnControl& InControl, FReportSink InSink);
+
+		/** Ends with Finished or Failed, or with nothing when cancelled. */
+		void Run();
+
+	private:
+		struct FToolOutcome
+		{
+			bool bSuccess = true;
+			std::string Sentence;
+		};
+		using FParameters = std::vector<std::pair<std::string_view, std::string>>;
+
+		// Each of these returns false when the turn has been cancelled; the caller then returns at once.
+		bool BeginStep(std::string_view What);
+		bool RunTool(std::string_view Name, std::string_view Operation, std::string_view DataType, const FParameters& Parameters, const std::function<FToolOutcome()>& Work);
+
+		bool ReadAttachments();
+		bool RunRequest();
+		bool RunFindText();
+		bool RunWhichFiles();
+		bool RunExplain();
+		bool RunShow();
+		bool RunList();
+		bool RunSummarise();
+		bool RunCount();
+
+		bool RunSearchTool(const FProjectPath& Where, const std::string& Term, FSearchResult& OutResult);
+		bool RunReadTool(const FProjectPath& File, int FirstLine, int LastLine, FProjectText& OutText);
+		bool RunFindFileTool(const std::string& Name, std::vector<FProjectPath>& OutPaths);
+
+		/** Searches the attached files, then the place or the project. Both results, and what was looked for. */
+		struct FCombinedSearch
+		{
+			std::string Term;
+			FProjectPath Where;
+			bool bHasScope = false;
+			FSearchResult Attached;
+			FSearchResult Project;
+		};
+		bool RunCombinedSearch(FCombinedSearch& OutSearch);
+
+		bool AnswerNotFound(const FCombinedSearch& Search);
+		bool AnswerFile(const FProjectPath& File);
+		bool AnswerDescription(const FProjectPath& File);
+		bool AnswerFolder(const FProjectPath& Folder);
+		bool AnswerPattern(const std::string& Pattern);
+
+		/** Code around a hit: the comment above and the body of a definition, else the lines beside it. */
+		bool AppendSnippet(const FSearchHit& Hit, std::string& Answer);
+
+		void Answer(const std::string& Markdown);
+		void AnswerHelp(std::string_view Opening);
+		void AnswerUnknown();
+
+		FProjectPath GetProjectPath() const;
+		/** What is named by Text in plain words, or several candidates. */
+		bool FindPlace(const std::string& Text, FProjectPath& OutPath) const;
+		std::function<bool()> CancelCheck() const;
+		void Report(FTurnReport&& Item);
+
+		const FTurnInput& Input;
+		FTurnControl& Control;
+		const FReportSink Sink;
+		const FProjectFiles Files;
+		FAgentRequest Request;
+		std::vector<FProjectPath> Attachments;
+
+		/** What cannot be said of the attached files otherwise, to be put below the answer. */
+		std::string AttachmentNotes;
+		int StepCount = 0;
+		int ToolCount = 0;
+	};
+
+	/** Where to show a definition that starts at Line (from 1): first and last line, the comment above included. Pure. */
+	std::pair<int, int> MeasureDefinition(const std::vector<std::string_view>& Lines, int Line);
+}

@@ -1,0 +1,7 @@
+#include "History/AssetHistoryTracker.h"
+
+FAssetHistoryTracker& FAssetHistoryTracker::Get()
+{
+	static FAssetHistoryTracker Instance;
+	return Instance;
+}

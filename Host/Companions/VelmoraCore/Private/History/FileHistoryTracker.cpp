@@ -1,0 +1,7 @@
+#include "History/FileHistoryTracker.h"
+
+FFileHistoryTracker& FFileHistoryTracker::Get()
+{
+	static FFileHistoryTracker Instance;
+	return Instance;
+}

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "Containers/Map.h"
+#include "CoreMinimal.h"
+#include "Misc/DateTime.h"
+
+/** One change made by the agent to an asset. */
+struct FAssetOperation
+{
+	FString Path;
+
+	/** 1 created, 2 modified, 3 deleted; everything else is no known kind. */
+	uint8 Action = 0;
+
+	/** Local time of the change. */
+	FDateTime Time = FDateTime(0);
+};
+
+/** What the agent has done to assets, by conversation. Game thread. */
+class VELMORACORE_API FAssetHistoryTracker
+{
+public:
+	static FAssetHistoryTracker& Get();
+
+	/**
+	 * Outer key: id of the conversation. Inner key: the group under which the operations were filed.
+	 * Always empty so far: no tool of the local agent changes an asset.
+	 */
+	const TMap<FString, TMap<FString, TArray<FAssetOperation>>>& GetAllAssetOperations() const { return Operations; }
+
+private:
+	TMap<FString, TMap<FString, TArray<FAssetOperation>>> Operations;
+};

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "CoreMinimal.h"
+#include "UObject/Object.h"
+
+/**
+ * Settings of the product. Read and written through the class default object, kept with SaveConfig. Game thread.
+ */
+UCLASS(Config = EditorPerProjectUserSettings)
+class VELMORACORE_API UVelmoraSettings : public UObject
+{
+	GENERATED_BODY()
+
+public:
+	using Super = UObject;
+
+	/** Mode of a new conversation, numbered as Velmora::EConversationMode. Anything unknown means General. */
+	UPROPERTY(Config, EditAnywhere, Category = "Conversation")
+	uint8 DefaultConversationMode = 3;
+
+	/** The engine source may be indexed. */
+	UPROPERTY(Config, EditAnywhere, Category = "Code Intelligence")
+	bool bIncludeEngineSource = false;
+
+	/** Free text given to the agent in every conversation, as the three that follow. */
+	UPROPERTY(Config, EditAnywhere, Category = "Customize Behavior")
+	FString ProjectDescription;
+
+	UPROPERTY(Config, EditAnywhere, Category = "Customize Behavior")
+	FString CurrentAreaOfFocus;
+
+	UPROPERTY(Config, EditAnywhere, Category = "Customize Behavior")
+	FString GuidelinesAndTips;
+
+	UPROPERTY(Config, EditAnywhere, Category = "Customize Behavior")
+	FString Constraints;
+
+	virtual void VisitConfigProperties(FHostConfigVisitor& Visitor) override;
+	virtual FString GetConfigName() const override;
+};

@@ -1,0 +1,49 @@
+#include "Host/ProjectFolder.h"
+
+#include <mutex>
+
+#include "Misc/Paths.h"
+
+namespace Velmora
+{
+	namespace
+	{
+		std::mutex ProjectFolderMutex;
+
+		FString& ChosenProjectFolder()
+		{
+			static FString Folder;
+			return Folder;
+		}
+	}
+
+	FString GetProjectFolder()
+	{
+		FString Folder;
+		{
+			const std::scoped_lock Lock(ProjectFolderMutex);
+			Folder = ChosenProjectFolder();
+		}
+		if (Folder.IsEmpty())
+		{
+			Folder = FPaths::ProjectDir();
+		}
+		if (Folder.IsEmpty())
+		{
+			return FString();
+		}
+		Folder = FPaths::ConvertRelativePathToFull(Folder);
+		FPaths::NormalizeFilename(Folder);
+		while (Folder.Len() > 1 && Folder[Folder.Len() - 1] == TEXT('/'))
+		{
+			Folder = Folder.LeftChop(1);
+		}
+		return FPaths::DirectoryExists(Folder) ? Folder : FString();
+	}
+
+	void SetProjectFolder(const FString& Folder)
+	{
+		const std::scoped_lock Lock(ProjectFolderMutex);
+		ChosenProjectFolder() = Folder;
+	}
+}
