@@ -1,0 +1,266 @@
+#include "Tools/ToolStyleResolver.h"
+
+#include "Support/Base/Printers.h"
+
+#include <gtest/gtest.h>
+
+using Velmora::FResolvedToolStyle;
+using Velmora::FToolStyleResolver;
+
+namespace
+{
+
+/** "color | display name | icon | category | verb". */
+std::string DumpStyle(const FResolvedToolStyle& Style)
+{
+	return Utf8(Style.Color) + " | " + Utf8(Style.DisplayName) + " | " + Utf8(Style.Icon) + " | " + Utf8(Style.Category) + " | "
+		+ Utf8(Style.ActionVerb);
+}
+
+} // namespace
+
+TEST(ToolStyle, WorkedExamples)
+{
+	struct FCase
+	{
+		const TCHAR* Name;
+		const TCHAR* Metadata;
+		const char* Style;
+	};
+	const FCase Cases[] = {
+		{ TEXT("create_widget"), TEXT(R"({"operation_type":"create","data_type":"WidgetBlueprint"})"),
+			"#10B981 | Create Widget Blueprint | widget | Asset Creation - WidgetBlueprint | Creating" },
+		{ TEXT("read_blueprint"), TEXT(R"({"operation_type":"read","data_type":"Blueprint","sub_operation":"schema"})"),
+			"#95CBFF | Read Blueprint | blueprint | Query | Analyzing graph" },
+		{ TEXT("read_file"), TEXT(""), "#3B82F6 | Read File | tool | General | Analyzing" },
+		{ TEXT("frobnicate_asset"), TEXT("{}"), "#3B82F6 | Frobnicate Asset | tool | General | Frobnicate" },
+		{ TEXT("Compile"), TEXT("NULL"), "#3B82F6 | Compile | tool | General | Processing" },
+		{ TEXT("Compile"), TEXT("{\"operation_type\""), "#3B82F6 | Compile | tool | General | Processing" },
+		{ TEXT("Compile"), TEXT("[1]"), "#3B82F6 | Compile | tool | General | Processing" },
+		{ TEXT(""), TEXT(""), "#3B82F6 |  | tool | General | Processing" },
+		{ TEXT("_x"), TEXT(""), "#3B82F6 | X | tool | General | Processing" },
+		{ TEXT("add_enum"), TEXT(R"({"data_type":"Enum"})"), "#A855F7 | Add Enum | enum | Asset - Enum | Add" },
+		{ TEXT("wipe"), TEXT(R"({"operation_type":"delete"})"), "#EF4444 | Wipe | tool | Deletion | Deleting" },
+		{ TEXT("make"), TEXT(R"({"operation_type":"CREATE","data_type":"blueprint"})"),
+			"#10B981 | Create Blueprint | blueprint | Asset Creation - blueprint | Creating" },
+		{ TEXT("x_y"), TEXT(R"({"operation_type":"frob","data_type":"Blackboard"})"), "#14B8A6 | Frob Blackboard | blackboard | AI System | Frob" },
+		{ TEXT("Compile"), TEXT(R"({"toolkit_module":"M"})"), "#3B82F6 | Compile | tool | General | Processing" },
+		{ TEXT("read_x"), TEXT(R"({"sub_operation":"EVENT"})"), "#3B82F6 | Read X | tool | General | Reading event" },
+		{ TEXT("Look"), TEXT(R"({"Operation_Type":"list"})"), "#95CBFF | Look | tool | Discovery | Scanning" },
+	};
+	for (const FCase& Case : Cases)
+	{
+		SCOPED_TRACE(Utf8(Case.Name) + " " + Utf8(Case.Metadata));
+		EXPECT_EQ(DumpStyle(FToolStyleResolver::ResolveStyle(Case.Name, Case.Metadata)), Case.Style);
+	}
+}
+
+TEST(ToolStyle, EveryOperationHasItsColourAndVerb)
+{
+	struct FCase
+	{
+		const TCHAR* Operation;
+		const char* Color;
+		const char* Verb;
+	};
+	const FCase Cases[] = {
+		{ TEXT("create"), "#10B981", "Creating" },
+		{ TEXT("read"), "#95CBFF", "Analyzing" },
+		{ TEXT("list"), "#95CBFF", "Scanning" },
+		{ TEXT("search"), "#95CBFF", "Searching" },
+		{ TEXT("get"), "#95CBFF", "Fetching" },
+		{ TEXT("update"), "#F59E0B", "Updating" },
+		{ TEXT("modify"), "#F59E0B", "Modifying" },
+		{ TEXT("edit"), "#F59E0B", "Editing" },
+		{ TEXT("delete"), "#EF4444", "Deleting" },
+		{ TEXT("remove"), "#EF4444", "Removing" },
+		{ TEXT("validate"), "#8B5CF6", "Validating" },
+		{ TEXT("compile"), "#8B5CF6", "Compiling" },
+		{ TEXT("check"), "#8B5CF6", "Checking" },
+		{ TEXT("execute"), "#6366F1", "Executing" },
+		{ TEXT("run"), "#6366F1", "Running" },
+	};
+	FToolStyleResolver::InitializeMaps();
+	EXPECT_EQ(FToolStyleResolver::OperationColors.Num(), 15);
+	for (const FCase& Case : Cases)
+	{
+		const FResolvedToolStyle Style =
+			FToolStyleResolver::ResolveStyle(TEXT("x"), TEXT("{\"operation_type\":\"") + FString(Case.Operation) + TEXT("\"}"));
+		EXPECT_EQ(Utf8(Style.Color), Case.Color) << Utf8(Case.Operation);
+		EXPECT_EQ(Utf8(Style.ActionVerb), Case.Verb) << Utf8(Case.Operation);
+	}
+}
+
+TEST(ToolStyle, EveryDataTypeHasItsColourAndIcon)
+{
+	struct FCase
+	{
+		const TCHAR* DataType;
+		const char* Color;
+		const char* Icon;
+	};
+	const FCase Cases[] = {
+		{ TEXT("Enum"), "#A855F7", "enum" },
+		{ TEXT("DataAsset"), "#10B981", "asset" },
+		{ TEXT("DataTable"), "#06B6D4", "table" },
+		{ TEXT("Struct"), "#F59E0B", "struct" },
+		{ TEXT("Blueprint"), "#95CBFF", "blueprint" },
+		{ TEXT("WidgetBlueprint"), "#A855F7", "widget" },
+		{ TEXT("AnimBlueprint"), "#EC4899", "anim" },
+		{ TEXT("BehaviorTree"), "#10B981", "tree" },
+		{ TEXT("Blackboard"), "#14B8A6", "blackboard" },
+		{ TEXT("Material"), "#F97316", "material" },
+		{ TEXT("MaterialInstance"), "#FB923C", "tool" },
+		{ TEXT("NiagaraSystem"), "#A855F7", "particles" },
+		{ TEXT("NiagaraEmitter"), "#A78BFA", "tool" },
+		{ TEXT("InputMappingContext"), "#6366F1", "input" },
+		{ TEXT("InputAction"), "#818CF8", "tool" },
+		{ TEXT("File"), "#6B7280", "file" },
+		{ TEXT("Directory"), "#9CA3AF", "tool" },
+	};
+	FToolStyleResolver::InitializeMaps();
+	EXPECT_EQ(FToolStyleResolver::DataTypeColors.Num(), 17);
+	EXPECT_EQ(FToolStyleResolver::DataTypeIcons.Num(), 13);
+	for (const FCase& Case : Cases)
+	{
+		const FResolvedToolStyle Style =
+			FToolStyleResolver::ResolveStyle(TEXT("x"), TEXT("{\"data_type\":\"") + FString(Case.DataType).ToUpper() + TEXT("\"}"));
+		EXPECT_EQ(Utf8(Style.Color), Case.Color) << Utf8(Case.DataType);
+		EXPECT_EQ(Utf8(Style.Icon), Case.Icon) << Utf8(Case.DataType);
+	}
+}
+
+TEST(ToolText, Verbs)
+{
+	struct FCase
+	{
+		const TCHAR* Operation;
+		const TCHAR* SubOperation;
+		const char* Verb;
+	};
+	const FCase Cases[] = {
+		{ TEXT("read"), TEXT(""), "Analyzing" },
+		{ TEXT("read"), TEXT("blueprint_graph"), "Analyzing Blueprint_graph" },
+		{ TEXT("READ"), TEXT("SCHEMA"), "Analyzing graph" },
+		{ TEXT("read"), TEXT("function"), "Reading function" },
+		{ TEXT("read"), TEXT("variable"), "Checking variable" },
+		{ TEXT("read"), TEXT("timeline"), "Inspecting timeline" },
+		{ TEXT("read"), TEXT("component"), "Reading component" },
+		{ TEXT("read"), TEXT("delegate"), "Reading delegate" },
+		{ TEXT("read"), TEXT("macro"), "Reading macro" },
+		{ TEXT("read"), TEXT("widget_tree"), "Analyzing widget tree" },
+		{ TEXT("read"), TEXT("interface"), "Reading interface" },
+		{ TEXT(""), TEXT("schema"), "Processing" },
+		{ TEXT("create"), TEXT("schema"), "Creating" },
+		{ TEXT("rebuild"), TEXT(""), "Rebuild" },
+		{ TEXT("\u00e9tude"), TEXT(""), "\xc3\xa9tude" },
+	};
+	for (const FCase& Case : Cases)
+	{
+		EXPECT_EQ(Utf8(FToolStyleResolver::GetActionVerb(Case.Operation, Case.SubOperation)), Case.Verb);
+	}
+}
+
+TEST(ToolText, Categories)
+{
+	struct FCase
+	{
+		const TCHAR* Operation;
+		const TCHAR* DataType;
+		const char* Category;
+	};
+	const FCase Cases[] = {
+		{ TEXT("create"), TEXT(""), "Asset Creation" },
+		{ TEXT("Create"), TEXT("Enum"), "Asset Creation - Enum" },
+		{ TEXT("modify"), TEXT("Enum"), "Modification - Enum" },
+		{ TEXT("update"), TEXT(""), "Data Modification" },
+		{ TEXT("edit"), TEXT(""), "Data Modification" },
+		{ TEXT("remove"), TEXT("Enum"), "Deletion" },
+		{ TEXT("read"), TEXT("Blueprint"), "Query" },
+		{ TEXT("get"), TEXT(""), "Query" },
+		{ TEXT("search"), TEXT(""), "Discovery" },
+		{ TEXT("check"), TEXT(""), "Validation" },
+		{ TEXT("validate"), TEXT(""), "Validation" },
+		{ TEXT("compile"), TEXT(""), "Build" },
+		{ TEXT("run"), TEXT(""), "Execution" },
+		{ TEXT("execute"), TEXT(""), "Execution" },
+		{ TEXT(""), TEXT(""), "General" },
+		{ TEXT("frobnicate"), TEXT("Sound"), "Asset - Sound" },
+		{ TEXT(""), TEXT("animblueprint"), "Blueprint System" },
+		{ TEXT(""), TEXT("BehaviorTree"), "AI System" },
+		{ TEXT(""), TEXT("blackboard"), "AI System" },
+		{ TEXT(""), TEXT("MaterialInstance"), "Material System" },
+		{ TEXT(""), TEXT("NiagaraEmitter"), "VFX System" },
+		{ TEXT(""), TEXT("InputAction"), "Input System" },
+		{ TEXT(""), TEXT("file"), "File System" },
+		{ TEXT(""), TEXT("Directory"), "File System" },
+		{ TEXT(""), TEXT("FileList"), "Asset - FileList" },
+	};
+	for (const FCase& Case : Cases)
+	{
+		EXPECT_EQ(Utf8(FToolStyleResolver::GetCategory(Case.Operation, Case.DataType)), Case.Category);
+	}
+}
+
+TEST(ToolText, NamesForPeople)
+{
+	struct FCase
+	{
+		const TCHAR* Name;
+		const char* Pretty;
+	};
+	const FCase Cases[] = {
+		{ TEXT("get_blueprint_info"), "Get Blueprint Info" },
+		{ TEXT("read__file"), "Read File" },
+		{ TEXT("create"), "Create" },
+		{ TEXT("DataAsset"), "Data Asset" },
+		{ TEXT("UIWidget"), "U I Widget" },
+		{ TEXT("list_UI"), "List UI" },
+		{ TEXT("___"), "" },
+		{ TEXT(""), "" },
+	};
+	for (const FCase& Case : Cases)
+	{
+		EXPECT_EQ(Utf8(FToolStyleResolver::PrettifyToolName(Case.Name)), Case.Pretty);
+	}
+}
+
+TEST(ToolText, DisplayParameters)
+{
+	struct FCase
+	{
+		const TCHAR* Parameters;
+		const char* Text;
+	};
+	const FCase Cases[] = {
+		{ TEXT(""), "" },
+		{ TEXT("{}"), "" },
+		{ TEXT("Null"), "" },
+		{ TEXT("not json"), "" },
+		{ TEXT("[\"path\"]"), "" },
+		{ TEXT(R"({"path":"C:/Proj/Source/Hero.cpp"})"), "Hero" },
+		{ TEXT(R"({"path":"/Game/Heroes/BP_Hero.BP_Hero"})"), "BP_Hero" },
+		{ TEXT(R"({"name":"N","path":"P"})"), "P" },
+		{ TEXT(R"({"path":"","name":"N"})"), "N" },
+		{ TEXT(R"({"node":"Z","term":"find me"})"), "find me" },
+		{ TEXT(R"({"display_text":"Look at this. Now","path":"P"})"), "Look at this" },
+		{ TEXT(R"({"file_path":"a\\b.h","asset_path":"x"})"), "b" },
+		{ TEXT(R"({"method":"LiveCoding"})"), "LiveCoding" },
+		{ TEXT(R"({"method":"hotreload"})"), "HotReload" },
+		{ TEXT(R"({"method":"full_rebuild"})"), "UBT" },
+		{ TEXT(R"({"method":"a/b.c"})"), "a/b.c" },
+		{ TEXT(R"({"method":"Module_Specific","modules":["Core","","Engine"]})"), "Core, Engine" },
+		{ TEXT(R"({"method":"module_specific","modules":[]})"), "Module-Specific" },
+		{ TEXT(R"({"method":"module_specific","modules":["",null]})"), "Module-Specific" },
+		{ TEXT(R"({"method":"full_rebuild","modules":["Core"]})"), "UBT" },
+		{ TEXT(R"({"method":"module_specific","modules":["Core"],"path":"P"})"), "Core" },
+		{ TEXT(R"({"PATH":"x/Y.z"})"), "Y" },
+		{ TEXT(R"({"other":"x"})"), "" },
+	};
+	for (const FCase& Case : Cases)
+	{
+		SCOPED_TRACE(Utf8(Case.Parameters));
+		EXPECT_EQ(Utf8(FToolStyleResolver::ExtractDisplayParameter(Case.Parameters)), Case.Text);
+	}
+	EXPECT_EQ(Utf8(FToolStyleResolver::ExtractShortName(TEXT(""))), "");
+}
