@@ -132,11 +132,11 @@ public: \
 /** A slot with a name of its own: .Header()[ widget ]. */
 #define SLATE_NAMED_SLOT(DeclarationType, SlotName) \
 	TSlateNamedSlot<DeclarationType> SlotName() { return TSlateNamedSlot<DeclarationType>(static_cast<DeclarationType&>(*this), _##SlotName); } \
-	FSlateNamedSlotContent _##SlotName
+	FSlateNamedSlotContent _##SlotName;
 
 /** The slot that [ widget ] fills. */
 #define SLATE_DEFAULT_SLOT(DeclarationType, SlotName) \
-	SLATE_NAMED_SLOT(DeclarationType, SlotName); \
+	SLATE_NAMED_SLOT(DeclarationType, SlotName) \
 	DeclarationType& operator[](const TSharedRef<SWidget>& InChild) \
 	{ \
 		_##SlotName.Widget = InChild; \

@@ -1,0 +1,627 @@
+#include "InputRouter.h"
+
+#include "HAL/PlatformTime.h"
+#include "Host/HostFocus.h"
+#include "LayerStack.h"
+#include "Widgets/IToolTip.h"
+#include "Widgets/SToolTip.h"
+
+namespace
+{
+	constexpr double DoubleClickSeconds = 0.4;
+	constexpr double DoubleClickDistance = 4.0;
+	constexpr double ToolTipDelaySeconds = 0.5;
+
+	void Shorten(TArray<FArrangedWidget>& Path, int32 Count)
+	{
+		while (Path.Num() > Count)
+		{
+			Path.Pop();
+		}
+	}
+
+	/** Appends the widgets under a point below Parent; true when something was hit. */
+	bool AppendHitPath(const FArrangedWidget& Parent, const FVector2D& Position, TArray<FArrangedWidget>& Path)
+	{
+		const EVisibility Visibility = Parent.Widget->GetVisibility();
+		if (!Visibility.IsVisible())
+		{
+			return false;
+		}
+		const bool bInside = Parent.Geometry.IsUnderLocation(Position);
+		const bool bClips = Parent.Widget->GetClipping() != EWidgetClipping::Inherit;
+		if (bClips && !bInside)
+		{
+			return false;
+		}
+		const int32 Depth = Path.Num();
+		Path.Add(Parent);
+		if (Visibility.AreChildrenHitTestVisible())
+		{
+			FArrangedChildren Children(EVisibility::Visible);
+			Parent.Widget->ArrangeChildren(Parent.Geometry, Children);
+			for (int32 Index = Children.Num() - 1; Index >= 0; --Index)
+			{
+				if (AppendHitPath(Children[Index], Position, Path))
+				{
+					return true;
+				}
+			}
+		}
+		if (bInside && Visibility.IsHitTestVisible())
+		{
+			return true;
+		}
+		Shorten(Path, Depth);
+		return false;
+	}
+
+	void CountEnabled(FEventPath& Path)
+	{
+		Path.EnabledCount = 0;
+		while (Path.EnabledCount < Path.Widgets.Num() && Path.Widgets[Path.EnabledCount].Widget->IsEnabled())
+		{
+			++Path.EnabledCount;
+		}
+	}
+
+	/** All widgets that the Tab key can reach, in tree order. */
+	void CollectFocusable(const TSharedRef<SWidget>& Widget, TArray<TSharedRef<SWidget>>& Out)
+	{
+		if (!Widget->GetVisibility().IsVisible() || !Widget->IsEnabled())
+		{
+			return;
+		}
+		if (Widget->SupportsKeyboardFocus() && Widget->IsTabStop())
+		{
+			Out.Add(Widget);
+		}
+		FChildren& Children = *Widget->GetChildren();
+		for (int32 Index = 0; Index < Children.Num(); ++Index)
+		{
+			CollectFocusable(Children.GetChildAt(Index), Out);
+		}
+	}
+}
+
+FInputRouter::FInputRouter(FLayerStack& InLayers, IHostWindow& InWindow)
+	: Layers(InLayers)
+	, Window(InWindow)
+{
+}
+
+template <typename EventType>
+FReply FInputRouter::Bubble(const FEventPath& Path, FReply (SWidget::*Handler)(const FGeometry&, const EventType&), const EventType& Event)
+{
+	for (int32 Index = Path.EnabledCount - 1; Index >= 0; --Index)
+	{
+		const FArrangedWidget& Target = Path.Widgets[Index];
+		const FReply Reply = (Target.Widget.Get().*Handler)(Target.Geometry, Event);
+		if (Reply.IsEventHandled())
+		{
+			return Reply;
+		}
+	}
+	return FReply::Unhandled();
+}
+
+FEventPath FInputRouter::GetPathUnder(const FVector2D& Position) const
+{
+	FEventPath Path;
+	const TArray<FLayer>& All = Layers.GetLayers();
+	for (int32 Index = All.Num() - 1; Index >= 0; --Index)
+	{
+		const FLayer& Layer = All[Index];
+		if (Layer.bInert)
+		{
+			continue;
+		}
+		if (AppendHitPath(FArrangedWidget(Layer.Root, Layer.Geometry), Position, Path.Widgets) || Layer.bModal)
+		{
+			break;
+		}
+	}
+	CountEnabled(Path);
+	return Path;
+}
+
+FEventPath FInputRouter::MakePathTo(const TSharedPtr<SWidget>& Widget) const
+{
+	FEventPath Path;
+	for (TSharedPtr<SWidget> Step = Widget; Step; Step = Step->GetParentWidget())
+	{
+		Path.Widgets.Insert(FArrangedWidget(Step.ToSharedRef(), Step->GetCachedGeometry()), 0);
+	}
+	CountEnabled(Path);
+	return Path;
+}
+
+TSharedPtr<SWidget> FInputRouter::GetInputRoot() const
+{
+	// Popups take the keyboard only when they asked for it, so the root is the topmost window or the content.
+	const TArray<FLayer>& All = Layers.GetLayers();
+	for (int32 Index = All.Num() - 1; Index >= 0; --Index)
+	{
+		if (All[Index].bModal)
+		{
+			return All[Index].Root;
+		}
+	}
+	return All.Num() > 0 ? TSharedPtr<SWidget>(All[0].Root) : nullptr;
+}
+
+FEventPath FInputRouter::GetFocusPath() const
+{
+	const TSharedPtr<SWidget> Focused = FHostFocus::Get().Focused.Pin();
+	return MakePathTo(Focused ? Focused : GetInputRoot());
+}
+
+FPointerEvent FInputRouter::MakePointerEvent(const FKey& Button, const FVector2D& Wheel) const
+{
+	return FPointerEvent(Pointer, LastPointer, Button, Wheel, Modifiers, bLeftDown);
+}
+
+void FInputRouter::ApplyReply(const FReply& Reply, const FEventPath& Path)
+{
+	if (Reply.ShouldReleaseMouse())
+	{
+		FHostFocus::Get().MouseCaptor.Reset();
+	}
+	if (Reply.GetMouseCaptor())
+	{
+		FHostFocus::Get().MouseCaptor = Reply.GetMouseCaptor();
+	}
+	if (Reply.ShouldReleaseUserFocus())
+	{
+		SetFocus(nullptr, EFocusCause::Cleared);
+	}
+	if (Reply.GetUserFocusRecepient())
+	{
+		SetFocus(Reply.GetUserFocusRecepient(), Reply.GetFocusCause());
+	}
+}
+
+void FInputRouter::OnKeyDown(const FKey& Key, const FModifierKeysState& InModifiers, bool bRepeat)
+{
+	bActivity = true;
+	Modifiers = InModifiers;
+	if (!Key.IsModifierKey())
+	{
+		CloseToolTip();
+	}
+	const FKeyEvent Event(Key, Modifiers, bRepeat);
+	const FEventPath Path = GetFocusPath();
+	for (int32 Index = 0; Index < Path.EnabledCount; ++Index)
+	{
+		const FArrangedWidget& Target = Path.Widgets[Index];
+		const FReply Reply = Target.Widget->OnPreviewKeyDown(Target.Geometry, Event);
+		if (Reply.IsEventHandled())
+		{
+			ApplyReply(Reply, Path);
+			return;
+		}
+	}
+	const FReply Reply = Bubble<FKeyEvent>(Path, &SWidget::OnKeyDown, Event);
+	if (Reply.IsEventHandled())
+	{
+		ApplyReply(Reply, Path);
+		return;
+	}
+	if (Key == EKeys::Tab && !Modifiers.IsControlDown() && !Modifiers.IsAltDown())
+	{
+		MoveFocusByTab(Modifiers.IsShiftDown());
+	}
+	else if (Key == EKeys::Escape && Layers.GetPopups().Num() > 0)
+	{
+		Layers.GetPopups().Last()->Dismiss();
+	}
+}
+
+void FInputRouter::OnKeyUp(const FKey& Key, const FModifierKeysState& InModifiers)
+{
+	bActivity = true;
+	Modifiers = InModifiers;
+	const FEventPath Path = GetFocusPath();
+	ApplyReply(Bubble<FKeyEvent>(Path, &SWidget::OnKeyUp, FKeyEvent(Key, Modifiers)), Path);
+}
+
+void FInputRouter::OnTextInput(FStringView Text)
+{
+	bActivity = true;
+	const FEventPath Path = GetFocusPath();
+	ApplyReply(Bubble<FCharacterEvent>(Path, &SWidget::OnKeyChar, FCharacterEvent(FString(Text), Modifiers)), Path);
+}
+
+void FInputRouter::OnPreedit(FStringView Text, int32 Cursor)
+{
+	bActivity = true;
+	if (const TSharedPtr<SWidget> Focused = FHostFocus::Get().Focused.Pin())
+	{
+		Focused->OnPreedit(Text, Cursor);
+	}
+}
+
+void FInputRouter::UpdateHover(const FPointerEvent& Event)
+{
+	FEventPath Path;
+	if (bPointerInside)
+	{
+		Path = GetPathUnder(Pointer);
+	}
+	if (const TSharedPtr<SWidget> Captor = FHostFocus::Get().MouseCaptor.Pin())
+	{
+		// While captured only the captor and what holds it can be hovered, and only while the pointer is on the captor.
+		const int32 Index = Path.Widgets.IndexOfByPredicate([&Captor](const FArrangedWidget& Entry) { return &Entry.Widget.Get() == Captor.Get(); });
+		Shorten(Path.Widgets, Index + 1);
+	}
+	const TArray<TWeakPtr<SWidget>> Before = Hovered;
+	Hovered.Reset();
+	for (const FArrangedWidget& Entry : Path.Widgets)
+	{
+		Hovered.Add(TWeakPtr<SWidget>(Entry.Widget));
+	}
+	for (int32 Index = Before.Num() - 1; Index >= 0; --Index)
+	{
+		const TSharedPtr<SWidget> Widget = Before[Index].Pin();
+		if (Widget && !Path.Widgets.ContainsByPredicate([&Widget](const FArrangedWidget& Entry) { return &Entry.Widget.Get() == Widget.Get(); }))
+		{
+			Widget->bIsHovered = false;
+			Widget->bIsDirectlyHovered = false;
+			Widget->OnMouseLeave(Event);
+		}
+	}
+	for (int32 Index = 0; Index < Path.Widgets.Num(); ++Index)
+	{
+		SWidget& Widget = Path.Widgets[Index].Widget.Get();
+		Widget.bIsDirectlyHovered = Index == Path.Widgets.Num() - 1;
+		if (!Widget.bIsHovered)
+		{
+			Widget.bIsHovered = true;
+			Widget.OnMouseEnter(Path.Widgets[Index].Geometry, Event);
+		}
+	}
+}
+
+void FInputRouter::OnMouseMove(const FVector2D& Position, const FModifierKeysState& InModifiers)
+{
+	bActivity = true;
+	Modifiers = InModifiers;
+	bPointerInside = true;
+	LastPointer = Pointer;
+	Pointer = Position;
+	if (LastPointer != Pointer)
+	{
+		RestSince = FPlatformTime::Seconds();
+	}
+	const FPointerEvent Event = MakePointerEvent(FKey());
+	UpdateHover(Event);
+	const TSharedPtr<SWidget> Captor = FHostFocus::Get().MouseCaptor.Pin();
+	const FEventPath Path = Captor ? MakePathTo(Captor) : GetPathUnder(Pointer);
+	ApplyReply(Bubble<FPointerEvent>(Path, &SWidget::OnMouseMove, Event), Path);
+}
+
+bool FInputRouter::DismissPopupsOutside(const FVector2D& Position)
+{
+	// A press closes the popups above the one that it lies in. On the owner of a popup it only closes it.
+	bool bOnOwner = false;
+	for (int32 Index = Layers.GetPopups().Num() - 1; Index >= 0; --Index)
+	{
+		const TSharedRef<FPopup> Popup = Layers.GetPopups()[Index];
+		if (Popup->Frame->GetCachedGeometry().IsUnderLocation(Position))
+		{
+			break;
+		}
+		const TSharedPtr<SWidget> Owner = Popup->Owner.Pin();
+		bOnOwner = bOnOwner || (Popup->bClosesOnOwnerPress && Owner && Owner->GetCachedGeometry().IsUnderLocation(Position));
+		Popup->Dismiss();
+	}
+	return bOnOwner;
+}
+
+void FInputRouter::OnMouseDown(const FKey& Button, const FVector2D& Position, const FModifierKeysState& InModifiers)
+{
+	bActivity = true;
+	Modifiers = InModifiers;
+	bPointerInside = true;
+	LastPointer = Pointer;
+	Pointer = Position;
+	bLeftDown = bLeftDown || Button == EKeys::LeftMouseButton;
+	CloseToolTip();
+	FHostFocus::Get().bShowRing = false;
+	if (DismissPopupsOutside(Position))
+	{
+		LastPressTime = -1.0;
+		return;
+	}
+
+	const FPointerEvent Event = MakePointerEvent(Button);
+	UpdateHover(Event);
+	const FEventPath Path = GetPathUnder(Pointer);
+	const TWeakPtr<SWidget> FocusBefore = FHostFocus::Get().Focused;
+
+	const double Now = FPlatformTime::Seconds();
+	const FVector2D Moved = Position - LastPressPosition;
+	const bool bDouble = LastPressButton == Button && LastPressTime >= 0.0 && Now - LastPressTime <= DoubleClickSeconds && FMath::Abs(Moved.X) <= DoubleClickDistance && FMath::Abs(Moved.Y) <= DoubleClickDistance;
+	LastPressButton = Button;
+	LastPressPosition = Position;
+	// A third press is a single one again: widgets count it from the double click before it.
+	LastPressTime = bDouble ? -1.0 : Now;
+
+	FReply Reply = FReply::Unhandled();
+	for (int32 Index = 0; Index < Path.EnabledCount && !Reply.IsEventHandled(); ++Index)
+	{
+		Reply = Path.Widgets[Index].Widget->OnPreviewMouseButtonDown(Path.Widgets[Index].Geometry, Event);
+	}
+	if (!Reply.IsEventHandled() && bDouble)
+	{
+		Reply = Bubble<FPointerEvent>(Path, &SWidget::OnMouseButtonDoubleClick, Event);
+	}
+	if (!Reply.IsEventHandled())
+	{
+		Reply = Bubble<FPointerEvent>(Path, &SWidget::OnMouseButtonDown, Event);
+	}
+	ApplyReply(Reply, Path);
+	// A press focuses the innermost widget that takes the keyboard, unless its handler has moved the focus already.
+	if (!Reply.GetUserFocusRecepient() && !Reply.ShouldReleaseUserFocus() && FocusBefore == FHostFocus::Get().Focused)
+	{
+		for (int32 Index = Path.EnabledCount - 1; Index >= 0; --Index)
+		{
+			if (Path.Widgets[Index].Widget->SupportsKeyboardFocus())
+			{
+				SetFocus(Path.Widgets[Index].Widget, EFocusCause::Mouse);
+				break;
+			}
+		}
+	}
+}
+
+void FInputRouter::OnMouseUp(const FKey& Button, const FVector2D& Position, const FModifierKeysState& InModifiers)
+{
+	bActivity = true;
+	Modifiers = InModifiers;
+	LastPointer = Pointer;
+	Pointer = Position;
+	const FPointerEvent Event = MakePointerEvent(Button);
+	const TSharedPtr<SWidget> Captor = FHostFocus::Get().MouseCaptor.Pin();
+	const FEventPath Path = Captor ? MakePathTo(Captor) : GetPathUnder(Pointer);
+	if (Button == EKeys::LeftMouseButton)
+	{
+		bLeftDown = false;
+	}
+	ApplyReply(Bubble<FPointerEvent>(Path, &SWidget::OnMouseButtonUp, Event), Path);
+	// A widget that forgot to let go must not keep the mouse for ever.
+	if (Captor && FHostFocus::Get().MouseCaptor.HasSameObject(Captor.Get()) && !bLeftDown)
+	{
+		ReleaseCapture();
+	}
+	UpdateHover(Event);
+}
+
+void FInputRouter::OnMouseWheel(const FVector2D& Delta, const FVector2D& Position, const FModifierKeysState& InModifiers)
+{
+	bActivity = true;
+	Modifiers = InModifiers;
+	bPointerInside = true;
+	Pointer = Position;
+	CloseToolTip();
+	const FEventPath Path = GetPathUnder(Pointer);
+	ApplyReply(Bubble<FPointerEvent>(Path, &SWidget::OnMouseWheel, MakePointerEvent(FKey(), Delta)), Path);
+}
+
+void FInputRouter::OnMouseLeave()
+{
+	bActivity = true;
+	bPointerInside = false;
+	CloseToolTip();
+	UpdateHover(MakePointerEvent(FKey()));
+}
+
+void FInputRouter::OnWindowResized()
+{
+	bActivity = true;
+	bExposed = true;
+}
+
+void FInputRouter::OnWindowActivated(bool bActive)
+{
+	bActivity = true;
+	FHostFocus::Get().bWindowActive = bActive;
+	if (!bActive)
+	{
+		Modifiers = FModifierKeysState();
+	}
+}
+
+void FInputRouter::OnWindowExposed()
+{
+	bActivity = true;
+	bExposed = true;
+}
+
+void FInputRouter::OnCloseRequested()
+{
+	bActivity = true;
+	if (!CloseHandler || CloseHandler())
+	{
+		bExitRequested = true;
+	}
+}
+
+bool FInputRouter::SetFocus(const TSharedPtr<SWidget>& Widget, EFocusCause Cause)
+{
+	TSharedPtr<SWidget> Target = Widget;
+	while (Target && !Target->SupportsKeyboardFocus())
+	{
+		Target = Target->GetParentWidget();
+	}
+	if (Widget && !Target)
+	{
+		return false;
+	}
+	FHostFocus& Focus = FHostFocus::Get();
+	Focus.bShowRing = Cause == EFocusCause::Navigation;
+	const TSharedPtr<SWidget> Before = Focus.Focused.Pin();
+	if (Before == Target)
+	{
+		return true;
+	}
+	bActivity = true;
+	Focus.Focused = Target;
+	const FFocusEvent Event(Cause);
+	if (Before)
+	{
+		Before->OnFocusLost(Event);
+	}
+	if (Target && Focus.Focused.HasSameObject(Target.Get()))
+	{
+		const FReply Reply = Target->OnFocusReceived(Target->GetCachedGeometry(), Event);
+		if (Reply.GetUserFocusRecepient() && Reply.GetUserFocusRecepient() != Target)
+		{
+			return SetFocus(Reply.GetUserFocusRecepient(), Cause);
+		}
+	}
+	return true;
+}
+
+void FInputRouter::ReleaseCapture()
+{
+	const TSharedPtr<SWidget> Captor = FHostFocus::Get().MouseCaptor.Pin();
+	FHostFocus::Get().MouseCaptor.Reset();
+	if (Captor)
+	{
+		Captor->OnMouseCaptureLost();
+	}
+}
+
+void FInputRouter::MoveFocusByTab(bool bBackward)
+{
+	TSharedPtr<SWidget> Root = GetInputRoot();
+	const TSharedPtr<SWidget> Focused = FHostFocus::Get().Focused.Pin();
+	for (const TSharedRef<FPopup>& Popup : Layers.GetPopups())
+	{
+		if (Focused && (Popup->Frame->HasFocusedDescendants() || Popup->Frame->HasKeyboardFocus()))
+		{
+			Root = Popup->Frame;
+		}
+	}
+	if (!Root)
+	{
+		return;
+	}
+	TArray<TSharedRef<SWidget>> All;
+	CollectFocusable(Root.ToSharedRef(), All);
+	if (All.Num() == 0)
+	{
+		return;
+	}
+	int32 Index = All.IndexOfByPredicate([&Focused](const TSharedRef<SWidget>& Widget) { return Focused && (&Widget.Get() == Focused.Get() || Widget->HasFocusedDescendants()); });
+	// The innermost match counts: an outer stop may hold the focused one.
+	for (int32 Other = Index + 1; Focused && Other < All.Num(); ++Other)
+	{
+		if (&All[Other].Get() == Focused.Get() || All[Other]->HasFocusedDescendants())
+		{
+			Index = Other;
+		}
+	}
+	const int32 Count = All.Num();
+	Index = Index == INDEX_NONE ? (bBackward ? Count - 1 : 0) : (Index + (bBackward ? Count - 1 : 1)) % Count;
+	SetFocus(All[Index], EFocusCause::Navigation);
+	FHostFocus::Get().bShowRing = true;
+}
+
+void FInputRouter::CloseToolTip()
+{
+	ToolTipOwner.Reset();
+	RestSince = -1.0;
+	Layers.SetToolTip(nullptr, Pointer);
+}
+
+void FInputRouter::UpdateToolTip(double Now)
+{
+	const bool bMayShow = bPointerInside && !bLeftDown && RestSince >= 0.0;
+	TSharedPtr<SWidget> Owner;
+	if (bMayShow)
+	{
+		for (int32 Index = Hovered.Num() - 1; Index >= 0 && !Owner; --Index)
+		{
+			const TSharedPtr<SWidget> Widget = Hovered[Index].Pin();
+			if (Widget && ((Widget->GetToolTip() && Widget->GetToolTip()->HasContent()) || !Widget->GetToolTipText().IsEmpty()))
+			{
+				Owner = Widget;
+			}
+		}
+	}
+	if (Layers.HasToolTip())
+	{
+		if (!Owner || !ToolTipOwner.HasSameObject(Owner.Get()))
+		{
+			Layers.SetToolTip(nullptr, Pointer);
+			ToolTipOwner.Reset();
+		}
+		return;
+	}
+	if (Owner && Now - RestSince >= ToolTipDelaySeconds)
+	{
+		TSharedPtr<IToolTip> ToolTip = Owner->GetToolTip();
+		if (!ToolTip)
+		{
+			const TWeakPtr<SWidget> WeakOwner = Owner;
+			ToolTip = SNew(SToolTip).Text_Lambda([WeakOwner]() { const TSharedPtr<SWidget> Pinned = WeakOwner.Pin(); return Pinned ? Pinned->GetToolTipText() : FText::GetEmpty(); });
+		}
+		ToolTipOwner = Owner;
+		Layers.SetToolTip(ToolTip->AsWidget(), Pointer);
+		bActivity = true;
+	}
+}
+
+void FInputRouter::Update(double Now)
+{
+	UpdateHover(MakePointerEvent(FKey()));
+	UpdateToolTip(Now);
+
+	EMouseCursor::Type Wanted = EMouseCursor::Default;
+	if (bPointerInside)
+	{
+		const TSharedPtr<SWidget> Captor = FHostFocus::Get().MouseCaptor.Pin();
+		const FEventPath Path = Captor ? MakePathTo(Captor) : GetPathUnder(Pointer);
+		const FPointerEvent Event = MakePointerEvent(FKey());
+		for (int32 Index = Path.EnabledCount - 1; Index >= 0; --Index)
+		{
+			const FCursorReply Reply = Path.Widgets[Index].Widget->OnCursorQuery(Path.Widgets[Index].Geometry, Event);
+			if (Reply.IsEventHandled())
+			{
+				Wanted = Reply.GetCursorType();
+				break;
+			}
+		}
+	}
+	if (Wanted != LastCursor)
+	{
+		LastCursor = Wanted;
+		Window.SetCursor(Wanted);
+	}
+
+	FSlateRect CaretArea;
+	const TSharedPtr<SWidget> Focused = FHostFocus::Get().Focused.Pin();
+	const bool bWantsText = Focused && Focused->GetTextInputArea(CaretArea);
+	if (bWantsText != bTextInputOpen || (bWantsText && CaretArea != LastCaretArea))
+	{
+		bTextInputOpen = bWantsText;
+		LastCaretArea = CaretArea;
+		Window.SetTextInput(bWantsText, CaretArea);
+	}
+}
+
+bool FInputRouter::TakeActivity()
+{
+	const bool bWas = bActivity;
+	bActivity = false;
+	return bWas;
+}
+
+bool FInputRouter::TakeExposed()
+{
+	const bool bWas = bExposed;
+	bExposed = false;
+	return bWas;
+}

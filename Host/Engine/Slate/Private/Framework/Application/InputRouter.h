@@ -1,0 +1,88 @@
+#pragma once
+
+#include "CoreMinimal.h"
+#include "Host/HostWindow.h"
+#include "Layout/ArrangedWidget.h"
+#include "Widgets/SWidget.h"
+
+class FLayerStack;
+
+/** Widgets from a layer's root to the one that an event is for, with their places. Holds them all alive. */
+struct FEventPath
+{
+	TArray<FArrangedWidget> Widgets;
+	/** Index of the first widget that is disabled; input stops before it. Widgets.Num() when none is. */
+	int32 EnabledCount = 0;
+	bool IsEmpty() const { return Widgets.Num() == 0; }
+};
+
+/** Turns what the platform tells into calls on widgets: hover, press, wheel, keys, text, focus moves, tooltips. */
+class FInputRouter : public IHostMessageHandler
+{
+public:
+	FInputRouter(FLayerStack& InLayers, IHostWindow& InWindow);
+
+	// IHostMessageHandler
+	virtual void OnKeyDown(const FKey& Key, const FModifierKeysState& Modifiers, bool bRepeat) override;
+	virtual void OnKeyUp(const FKey& Key, const FModifierKeysState& Modifiers) override;
+	virtual void OnTextInput(FStringView Text) override;
+	virtual void OnPreedit(FStringView Text, int32 Cursor) override;
+	virtual void OnMouseMove(const FVector2D& Position, const FModifierKeysState& InModifiers) override;
+	virtual void OnMouseDown(const FKey& Button, const FVector2D& Position, const FModifierKeysState& InModifiers) override;
+	virtual void OnMouseUp(const FKey& Button, const FVector2D& Position, const FModifierKeysState& InModifiers) override;
+	virtual void OnMouseWheel(const FVector2D& Delta, const FVector2D& Position, const FModifierKeysState& InModifiers) override;
+	virtual void OnMouseLeave() override;
+	virtual void OnWindowResized() override;
+	virtual void OnWindowActivated(bool bActive) override;
+	virtual void OnWindowExposed() override;
+	virtual void OnCloseRequested() override;
+
+	/** After layout: what lies under a resting pointer may have changed; tooltip, pointer shape, text input follow. */
+	void Update(double Now);
+	bool SetFocus(const TSharedPtr<SWidget>& Widget, EFocusCause Cause);
+	void ReleaseCapture();
+	void CloseToolTip();
+	FEventPath GetPathUnder(const FVector2D& Position) const;
+	const FVector2D& GetPointer() const { return Pointer; }
+	const FModifierKeysState& GetModifiers() const { return Modifiers; }
+	/** True once after something happened; the loop runs at full rate for a while then. */
+	bool TakeActivity();
+	bool TakeExposed();
+
+	/** Asked when the user closes the window; false keeps it open. */
+	TFunction<bool()> CloseHandler;
+	bool bExitRequested = false;
+
+private:
+	FEventPath MakePathTo(const TSharedPtr<SWidget>& Widget) const;
+	FEventPath GetFocusPath() const;
+	void UpdateHover(const FPointerEvent& Event);
+	void ApplyReply(const FReply& Reply, const FEventPath& Path);
+	void MoveFocusByTab(bool bBackward);
+	TSharedPtr<SWidget> GetInputRoot() const;
+	FPointerEvent MakePointerEvent(const FKey& Button, const FVector2D& Wheel = FVector2D(0, 0)) const;
+	bool DismissPopupsOutside(const FVector2D& Position);
+	void UpdateToolTip(double Now);
+	template <typename EventType>
+	FReply Bubble(const FEventPath& Path, FReply (SWidget::*Handler)(const FGeometry&, const EventType&), const EventType& Event);
+
+	FLayerStack& Layers;
+	IHostWindow& Window;
+	TArray<TWeakPtr<SWidget>> Hovered;
+	FModifierKeysState Modifiers;
+	FVector2D Pointer = FVector2D(-1, -1);
+	FVector2D LastPointer = FVector2D(-1, -1);
+	FVector2D LastPressPosition = FVector2D(-1, -1);
+	double LastPressTime = -1.0;
+	FKey LastPressButton;
+	bool bLeftDown = false;
+	bool bPointerInside = false;
+	bool bActivity = true;
+	bool bExposed = true;
+	bool bTextInputOpen = false;
+	FSlateRect LastCaretArea;
+	EMouseCursor::Type LastCursor = EMouseCursor::Default;
+	/** Since when the pointer rests where it is; below zero while tooltips wait for it to move. */
+	double RestSince = -1.0;
+	TWeakPtr<SWidget> ToolTipOwner;
+};

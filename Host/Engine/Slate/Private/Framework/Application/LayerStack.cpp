@@ -1,0 +1,240 @@
+#include "LayerStack.h"
+
+#include "SFloatingFrames.h"
+#include "Widgets/SNullWidget.h"
+
+namespace
+{
+	/** A tooltip hangs this far below the pointer. */
+	constexpr float ToolTipDrop = 16.0f;
+	/** Room between a popup and what it belongs to. */
+	constexpr float PopupGap = 2.0f;
+}
+
+IMenu::~IMenu() = default;
+
+FPopup::FPopup(const TSharedRef<SWidget>& InOwner, const TSharedRef<SWidget>& InContent, const TSharedRef<SWidget>& InFrame)
+	: Owner(InOwner)
+	, Content(InContent)
+	, Frame(InFrame)
+{
+}
+
+void FPopup::Dismiss()
+{
+	if (bOpen)
+	{
+		bOpen = false;
+		const TSharedRef<FPopup> KeepAlive = SharedThis(this);
+		OnMenuDismissed.Broadcast(KeepAlive);
+	}
+}
+
+FSlateRect FPopup::PlacePopup(const FSlateRect& Anchor, const FVector2D& PopupSize, EMenuPlacement Placement, const FVector2D& WindowSize)
+{
+	const float Width = static_cast<float>(PopupSize.X);
+	const float Height = static_cast<float>(PopupSize.Y);
+	const float WindowWidth = static_cast<float>(WindowSize.X);
+	const float WindowHeight = static_cast<float>(WindowSize.Y);
+	const float Middle = (Anchor.Left + Anchor.Right - Width) * 0.5f;
+	const float Below = Anchor.Bottom + PopupGap;
+	const float Above = Anchor.Top - PopupGap - Height;
+	float X = Anchor.Left;
+	float Y = Below;
+	bool bVertical = true;
+	switch (Placement)
+	{
+	case MenuPlacement_CenteredBelowAnchor:
+		X = Middle;
+		break;
+	case MenuPlacement_BelowRightAnchor:
+	case MenuPlacement_ComboBoxRight:
+		X = Anchor.Right - Width;
+		break;
+	case MenuPlacement_AboveAnchor:
+		Y = Above;
+		break;
+	case MenuPlacement_CenteredAboveAnchor:
+		X = Middle;
+		Y = Above;
+		break;
+	case MenuPlacement_AboveRightAnchor:
+		X = Anchor.Right - Width;
+		Y = Above;
+		break;
+	case MenuPlacement_MenuRight:
+		X = Anchor.Right + PopupGap;
+		Y = Anchor.Top;
+		bVertical = false;
+		break;
+	case MenuPlacement_MenuLeft:
+		X = Anchor.Left - PopupGap - Width;
+		Y = Anchor.Top;
+		bVertical = false;
+		break;
+	case MenuPlacement_Center:
+	case MenuPlacement_RightLeftCenter:
+		X = Middle;
+		Y = (Anchor.Top + Anchor.Bottom - Height) * 0.5f;
+		bVertical = false;
+		break;
+	case MenuPlacement_MatchBottomLeft:
+		Y = Anchor.Bottom - Height;
+		bVertical = false;
+		break;
+	case MenuPlacement_BelowAnchor:
+	case MenuPlacement_ComboBox:
+		break;
+	}
+	// The other side when there is no room here but there is over there; then inside at any price.
+	if (bVertical)
+	{
+		if (Y == Below && Y + Height > WindowHeight && Above >= 0.0f)
+		{
+			Y = Above;
+		}
+		else if (Y == Above && Y < 0.0f && Below + Height <= WindowHeight)
+		{
+			Y = Below;
+		}
+	}
+	else if (Placement == MenuPlacement_MenuRight && X + Width > WindowWidth && Anchor.Left - PopupGap - Width >= 0.0f)
+	{
+		X = Anchor.Left - PopupGap - Width;
+	}
+	X = FMath::Max(FMath::Min(X, WindowWidth - Width), 0.0f);
+	Y = FMath::Max(FMath::Min(Y, WindowHeight - Height), 0.0f);
+	return FSlateRect(X, Y, X + FMath::Min(Width, WindowWidth), Y + FMath::Min(Height, WindowHeight));
+}
+
+FLayerStack::FLayerStack()
+	: Content(SNullWidget::GetNullWidget())
+{
+}
+
+FLayerStack::~FLayerStack() = default;
+
+FGeometry FLayerStack::PlaceFloating(const SWidget& Widget, const FSlateRect& Rect, float Scale) const
+{
+	return FGeometry::MakeRoot(FVector2D(Rect.Width() / Scale, Rect.Height() / Scale), FVector2D(FMath::RoundToFloat(Rect.Left), FMath::RoundToFloat(Rect.Top)), Scale);
+}
+
+void FLayerStack::Arrange(const FVector2D& PixelSize, float Scale)
+{
+	Layers.Reset();
+	const FGeometry Whole = FGeometry::MakeRoot(PixelSize / static_cast<double>(Scale), FVector2D(0, 0), Scale);
+	Content->SlatePrepass(Scale);
+	Layers.Add({ Content, Whole, false, false });
+	for (const FWindowLayer& Window : Windows)
+	{
+		Window.Frame->SlatePrepass(Scale);
+		Layers.Add({ Window.Frame, Whole, Window.bModal, false });
+	}
+	for (const TSharedRef<FPopup>& Popup : Popups)
+	{
+		const TSharedPtr<SWidget> Owner = Popup->Owner.Pin();
+		if (!Popup->bOpen || !Owner)
+		{
+			continue;
+		}
+		Popup->Frame->SlatePrepass(Scale);
+		const FVector2D Corner = Owner->GetCachedGeometry().GetAbsolutePosition();
+		const FSlateRect& Relative = Popup->RelativeAnchor;
+		const FSlateRect Anchor(Relative.Left + static_cast<float>(Corner.X), Relative.Top + static_cast<float>(Corner.Y), Relative.Right + static_cast<float>(Corner.X), Relative.Bottom + static_cast<float>(Corner.Y));
+		const FVector2D Size = Popup->Frame->GetDesiredSize() * static_cast<double>(Scale);
+		Layers.Add({ Popup->Frame, PlaceFloating(*Popup->Frame, FPopup::PlacePopup(Anchor, Size, Popup->Placement, PixelSize), Scale), false, false });
+	}
+	if (Toasts)
+	{
+		Toasts->SlatePrepass(Scale);
+		const FVector2D Size = Toasts->GetDesiredSize() * static_cast<double>(Scale);
+		const float Right = static_cast<float>(PixelSize.X);
+		const float Bottom = static_cast<float>(PixelSize.Y);
+		const FSlateRect Rect(FMath::Max(Right - static_cast<float>(Size.X), 0.0f), FMath::Max(Bottom - static_cast<float>(Size.Y), 0.0f), Right, Bottom);
+		Layers.Add({ Toasts.ToSharedRef(), PlaceFloating(*Toasts, Rect, Scale), false, false });
+	}
+	if (ToolTip)
+	{
+		ToolTip->SlatePrepass(Scale);
+		const FVector2D Size = ToolTip->GetDesiredSize() * static_cast<double>(Scale);
+		const float X = static_cast<float>(ToolTipPointer.X);
+		const float Y = static_cast<float>(ToolTipPointer.Y);
+		// The pointer's own place is the anchor, so that the tip moves above it when there is no room below.
+		const FSlateRect Anchor(X, Y - PopupGap, X, Y + ToolTipDrop * Scale - PopupGap);
+		Layers.Add({ ToolTip.ToSharedRef(), PlaceFloating(*ToolTip, FPopup::PlacePopup(Anchor, Size, MenuPlacement_BelowAnchor, PixelSize), Scale), false, true });
+	}
+}
+
+bool FLayerStack::NeedsPrepass() const
+{
+	for (const FLayer& Layer : Layers)
+	{
+		if (Layer.Root->NeedsPrepass())
+		{
+			return true;
+		}
+	}
+	return false;
+}
+
+void FLayerStack::SetToolTip(const TSharedPtr<SWidget>& InToolTip, const FVector2D& Pointer)
+{
+	ToolTip = InToolTip;
+	ToolTipPointer = Pointer;
+}
+
+void FLayerStack::AddWindow(const TSharedRef<SWindow>& Window, bool bModal)
+{
+	Windows.Add({ Window, SNew(SWindowFrame, Window, bModal), bModal });
+}
+
+TSharedPtr<SWindow> FLayerStack::GetTopWindow(bool bModalOnly) const
+{
+	for (int32 Index = Windows.Num() - 1; Index >= 0; --Index)
+	{
+		if (!bModalOnly || Windows[Index].bModal)
+		{
+			return Windows[Index].Window;
+		}
+	}
+	return nullptr;
+}
+
+TArray<TSharedRef<SWindow>> FLayerStack::RemoveClosedWindows()
+{
+	TArray<TSharedRef<SWindow>> Removed;
+	for (int32 Index = Windows.Num() - 1; Index >= 0; --Index)
+	{
+		if (Windows[Index].Window->IsDestroyRequested())
+		{
+			Removed.Add(Windows[Index].Window);
+			Windows.RemoveAt(Index);
+		}
+	}
+	return Removed;
+}
+
+bool FLayerStack::ContainsWindow(const TSharedRef<SWindow>& Window) const
+{
+	return Windows.ContainsByPredicate([&Window](const FWindowLayer& Layer) { return &Layer.Window.Get() == &Window.Get(); });
+}
+
+void FLayerStack::PrunePopups(double FrameTime)
+{
+	// Closing one may close others, so the list is walked as a copy.
+	const TArray<TSharedRef<FPopup>> Open = Popups;
+	for (const TSharedRef<FPopup>& Popup : Open)
+	{
+		const TSharedPtr<SWidget> Owner = Popup->Owner.Pin();
+		bool bOwnerShown = Owner.IsValid();
+		for (TSharedPtr<SWidget> Widget = Owner; Widget && bOwnerShown; Widget = Widget->GetParentWidget())
+		{
+			bOwnerShown = Widget->GetVisibility().IsVisible();
+		}
+		if (!bOwnerShown)
+		{
+			Popup->Dismiss();
+		}
+	}
+	Popups.RemoveAll([](const TSharedRef<FPopup>& Popup) { return !Popup->bOpen; });
+}

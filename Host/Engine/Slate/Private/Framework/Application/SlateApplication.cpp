@@ -1,0 +1,302 @@
+#include "Framework/Application/SlateApplication.h"
+
+#include "FrameRunner.h"
+#include "Host/HostFocus.h"
+#include "Host/HostTasks.h"
+#include "InputRouter.h"
+#include "LayerStack.h"
+#include "SFloatingFrames.h"
+
+namespace
+{
+	TUniquePtr<FSlateApplication>& GetApplicationSlot()
+	{
+		static TUniquePtr<FSlateApplication> Application;
+		return Application;
+	}
+}
+
+void FSlateApplication::Create(const TSharedRef<IHostWindow>& Window)
+{
+	checkf(!GetApplicationSlot(), TEXT("There is one application"));
+	GetApplicationSlot() = TUniquePtr<FSlateApplication>(new FSlateApplication(Window));
+	FHostTasks::SetWakeHook([Window]() { Window->Wake(); });
+}
+
+void FSlateApplication::Shutdown()
+{
+	FHostTasks::SetWakeHook(nullptr);
+	if (GetApplicationSlot())
+	{
+		// Widgets may ask for the application while they die.
+		GetApplicationSlot()->DismissAllMenus();
+		GetApplicationSlot()->SetRootContent(SNullWidget::GetNullWidget());
+		GetApplicationSlot()->SetToastLayer(nullptr);
+	}
+	GetApplicationSlot().Reset();
+	FHostFocus::Get() = FHostFocus();
+}
+
+bool FSlateApplication::IsInitialized()
+{
+	return GetApplicationSlot().IsValid();
+}
+
+FSlateApplication& FSlateApplication::Get()
+{
+	checkf(GetApplicationSlot().IsValid(), TEXT("The application was asked for before it was made"));
+	return *GetApplicationSlot();
+}
+
+FSlateApplication::FSlateApplication(const TSharedRef<IHostWindow>& InWindow)
+	: Window(InWindow)
+	, Layers(MakeUnique<FLayerStack>())
+	, Input(MakeUnique<FInputRouter>(*Layers, *InWindow))
+	, Frames(MakeUnique<FFrameRunner>(*Layers, *Input, *InWindow))
+{
+}
+
+FSlateApplication::~FSlateApplication() = default;
+
+void FSlateApplication::SetRootContent(const TSharedRef<SWidget>& Content)
+{
+	Layers->SetContent(Content);
+}
+
+IHostWindow& FSlateApplication::GetWindow()
+{
+	return *Window;
+}
+
+void FSlateApplication::RunFrame()
+{
+	if (Frames->FrameHook)
+	{
+		// A copy: the step may remove itself.
+		const TFunction<void()> Step = Frames->FrameHook;
+		Step();
+	}
+	Window->PumpEvents(*Input, Frames->GetWait());
+	Frames->RunFrame();
+}
+
+void FSlateApplication::Tick()
+{
+	Frames->RunFrame();
+}
+
+const FSlateWindowElementList& FSlateApplication::GetLastElements() const
+{
+	return Frames->GetElements();
+}
+
+const FHostFrameStats& FSlateApplication::GetFrameStats() const
+{
+	return Frames->GetStats();
+}
+
+void FSlateApplication::SetFrameHook(TFunction<void()> Step)
+{
+	Frames->FrameHook = MoveTemp(Step);
+}
+
+void FSlateApplication::NoteActivity()
+{
+	Frames->NoteActivity();
+}
+
+bool FSlateApplication::IsExitRequested() const
+{
+	return Input->bExitRequested;
+}
+
+void FSlateApplication::RequestExit()
+{
+	Input->bExitRequested = true;
+}
+
+void FSlateApplication::SetOnCloseRequested(TFunction<bool()> Handler)
+{
+	Input->CloseHandler = MoveTemp(Handler);
+}
+
+bool FSlateApplication::SetKeyboardFocus(const TSharedPtr<SWidget>& Widget, EFocusCause Cause)
+{
+	return Input->SetFocus(Widget, Cause);
+}
+
+void FSlateApplication::ClearKeyboardFocus(EFocusCause Cause)
+{
+	Input->SetFocus(nullptr, Cause);
+}
+
+TSharedPtr<SWidget> FSlateApplication::GetKeyboardFocusedWidget() const
+{
+	return FHostFocus::Get().Focused.Pin();
+}
+
+bool FSlateApplication::HasFocusedDescendants(const TSharedRef<const SWidget>& Widget) const
+{
+	return Widget->HasFocusedDescendants();
+}
+
+bool FSlateApplication::IsFocusVisible() const
+{
+	return FHostFocus::Get().bShowRing;
+}
+
+FModifierKeysState FSlateApplication::GetModifierKeys() const
+{
+	return Input->GetModifiers();
+}
+
+bool FSlateApplication::IsActive() const
+{
+	return FHostFocus::Get().bWindowActive;
+}
+
+TSharedPtr<SWidget> FSlateApplication::GetMouseCaptor() const
+{
+	return FHostFocus::Get().MouseCaptor.Pin();
+}
+
+void FSlateApplication::ReleaseMouseCapture()
+{
+	Input->ReleaseCapture();
+}
+
+FVector2D FSlateApplication::GetCursorPos() const
+{
+	return Input->GetPointer();
+}
+
+TSharedRef<IMenu> FSlateApplication::PushMenu(const TSharedRef<SWidget>& Owner, const TSharedRef<SWidget>& Content, const FSlateRect& Anchor, EMenuPlacement Placement, bool bFocus, float MinWidth)
+{
+	// clang-format off
+	const TSharedRef<SWidget> Frame = SNew(SPopupFrame)
+		.MinWidth(MinWidth)
+		[
+			Content
+		];
+	// clang-format on
+	const TSharedRef<FPopup> Popup = MakeShared<FPopup>(Owner, Content, Frame);
+	const FVector2D Corner = Owner->GetCachedGeometry().GetAbsolutePosition();
+	Popup->RelativeAnchor = FSlateRect(Anchor.Left - static_cast<float>(Corner.X), Anchor.Top - static_cast<float>(Corner.Y), Anchor.Right - static_cast<float>(Corner.X), Anchor.Bottom - static_cast<float>(Corner.Y));
+	Popup->Placement = Placement;
+	Popup->bTookFocus = bFocus;
+	// A menu at the pointer, such as a context menu, is opened again by a press on its owner.
+	Popup->bClosesOnOwnerPress = Anchor.Width() > 0.0f;
+	Input->CloseToolTip();
+	Layers->AddPopup(Popup);
+	if (bFocus)
+	{
+		Popup->FocusBefore = FHostFocus::Get().Focused;
+		Input->SetFocus(Content, EFocusCause::SetDirectly);
+		const TWeakPtr<FPopup> WeakPopup = Popup;
+		// The keyboard goes back where it was, unless the pick has moved it already.
+		Popup->GetOnMenuDismissed().AddLambda([WeakPopup](TSharedRef<IMenu>)
+		{
+			const TSharedPtr<FPopup> Closed = WeakPopup.Pin();
+			if (!Closed || !FSlateApplication::IsInitialized())
+			{
+				return;
+			}
+			const TSharedPtr<SWidget> Focused = FHostFocus::Get().Focused.Pin();
+			if (!Focused || Closed->Frame->HasFocusedDescendants())
+			{
+				FSlateApplication::Get().SetKeyboardFocus(Closed->FocusBefore.Pin(), EFocusCause::SetDirectly);
+			}
+		});
+	}
+	NoteActivity();
+	return Popup;
+}
+
+void FSlateApplication::DismissAllMenus()
+{
+	const TArray<TSharedRef<FPopup>> Open = Layers->GetPopups();
+	for (int32 Index = Open.Num() - 1; Index >= 0; --Index)
+	{
+		Open[Index]->Dismiss();
+	}
+}
+
+bool FSlateApplication::AnyMenusVisible() const
+{
+	return Layers->GetPopups().ContainsByPredicate([](const TSharedRef<FPopup>& Popup) { return Popup->IsOpen(); });
+}
+
+void FSlateApplication::CloseToolTip()
+{
+	Input->CloseToolTip();
+}
+
+void FSlateApplication::AddModalWindow(const TSharedRef<SWindow>& InWindow, const TSharedPtr<const SWidget>& Parent)
+{
+	DismissAllMenus();
+	Input->CloseToolTip();
+	Input->ReleaseCapture();
+	const TWeakPtr<SWidget> FocusBefore = FHostFocus::Get().Focused;
+	Layers->AddWindow(InWindow, true);
+	Input->SetFocus(InWindow->GetContent(), EFocusCause::SetDirectly);
+	while (Layers->ContainsWindow(InWindow) && !IsExitRequested())
+	{
+		RunFrame();
+	}
+	if (Layers->ContainsWindow(InWindow))
+	{
+		InWindow->RequestDestroyWindow();
+		for (const TSharedRef<SWindow>& Closed : Layers->RemoveClosedWindows())
+		{
+			Closed->NotifyClosed();
+		}
+	}
+	Input->SetFocus(FocusBefore.Pin(), EFocusCause::SetDirectly);
+}
+
+TSharedRef<SWindow> FSlateApplication::AddWindow(const TSharedRef<SWindow>& InWindow)
+{
+	Layers->AddWindow(InWindow, false);
+	NoteActivity();
+	return InWindow;
+}
+
+TSharedPtr<SWindow> FSlateApplication::GetActiveModalWindow() const
+{
+	return Layers->GetTopWindow(true);
+}
+
+TSharedPtr<SWindow> FSlateApplication::GetActiveTopLevelWindow() const
+{
+	return Layers->GetTopWindow(false);
+}
+
+void FSlateApplication::SetToastLayer(const TSharedPtr<SWidget>& Widget)
+{
+	Layers->SetToasts(Widget);
+}
+
+TArray<TSharedRef<SWidget>> FSlateApplication::GetPathUnderPoint(const FVector2D& Position) const
+{
+	TArray<TSharedRef<SWidget>> Result;
+	for (const FArrangedWidget& Entry : Input->GetPathUnder(Position).Widgets)
+	{
+		Result.Add(Entry.Widget);
+	}
+	return Result;
+}
+
+TArray<TSharedRef<SWidget>> FSlateApplication::GetLayerRoots() const
+{
+	TArray<TSharedRef<SWidget>> Result;
+	for (const FLayer& Layer : Layers->GetLayers())
+	{
+		Result.Add(Layer.Root);
+	}
+	return Result;
+}
+
+IHostMessageHandler& FSlateApplication::GetMessageHandler()
+{
+	return *Input;
+}

@@ -1,0 +1,13 @@
+#include "Framework/Text/PlainTextLayoutMarshaller.h"
+
+ITextLayoutMarshaller::~ITextLayoutMarshaller() = default;
+
+TSharedRef<FPlainTextLayoutMarshaller> FPlainTextLayoutMarshaller::Create()
+{
+	return MakeShared<FPlainTextLayoutMarshaller>();
+}
+
+bool FPlainTextLayoutMarshaller::RequiresLiveUpdate() const
+{
+	return false;
+}

@@ -1,0 +1,222 @@
+#include "Framework/Text/TextDocument.h"
+
+#include <iterator>
+#include <string_view>
+
+namespace
+{
+	int32 GetTextLineEndLength(ETextLineEnd End)
+	{
+		switch (End)
+		{
+		case ETextLineEnd::LineFeed:
+			return 1;
+		case ETextLineEnd::CarriageReturnLineFeed:
+			return 2;
+		case ETextLineEnd::None:
+			break;
+		}
+		return 0;
+	}
+
+	FStringView GetTextLineEndText(ETextLineEnd End)
+	{
+		return FStringView(TEXT("\r\n")).Right(GetTextLineEndLength(End));
+	}
+}
+
+FTextDocument::FTextDocument()
+{
+	Lines.AddDefaulted();
+}
+
+void FTextDocument::SetText(FStringView Text)
+{
+	const int32 OldCount = Lines.Num();
+	Lines = Parse(Text);
+	Length = Text.Len();
+	NoteChange(0, OldCount, Lines.Num());
+}
+
+bool FTextDocument::Equals(FStringView Text) const
+{
+	if (Text.Len() != Length)
+	{
+		return false;
+	}
+	for (const FTextLine& Line : Lines)
+	{
+		const FStringView End = GetTextLineEndText(Line.End);
+		if (!Text.Left(Line.Text.Len()).Equals(Line.Text))
+		{
+			return false;
+		}
+		Text.RightChopInline(Line.Text.Len());
+		if (!Text.Left(End.Len()).Equals(End))
+		{
+			return false;
+		}
+		Text.RightChopInline(End.Len());
+	}
+	return true;
+}
+
+const FString& FTextDocument::GetText() const
+{
+	if (TextRevision != Revision)
+	{
+		CachedText = ToString(Lines);
+		TextRevision = Revision;
+	}
+	return CachedText;
+}
+
+const FText& FTextDocument::GetDisplayText() const
+{
+	if (DisplayRevision != Revision)
+	{
+		CachedDisplayText = FText::FromString(GetText());
+		DisplayRevision = Revision;
+	}
+	return CachedDisplayText;
+}
+
+FTextLocation FTextDocument::GetEnd() const
+{
+	return FTextLocation(Lines.Num() - 1, Lines.Last().Text.Len());
+}
+
+FTextLocation FTextDocument::Clamp(const FTextLocation& Location) const
+{
+	if (Location.GetLineIndex() < 0)
+	{
+		return FTextLocation();
+	}
+	if (Location.GetLineIndex() >= Lines.Num())
+	{
+		return GetEnd();
+	}
+	return FTextLocation(Location.GetLineIndex(), FMath::Clamp(Location.GetOffset(), 0, GetLineLength(Location.GetLineIndex())));
+}
+
+FTextFragment FTextDocument::Copy(const FTextLocation& Begin, const FTextLocation& End) const
+{
+	FTextFragment Piece;
+	Piece.Reserve(End.GetLineIndex() - Begin.GetLineIndex() + 1);
+	for (int32 Line = Begin.GetLineIndex(); Line <= End.GetLineIndex(); ++Line)
+	{
+		const bool bLast = Line == End.GetLineIndex();
+		const int32 From = Line == Begin.GetLineIndex() ? Begin.GetOffset() : 0;
+		const int32 To = bLast ? End.GetOffset() : GetLineLength(Line);
+		Piece.Add({ FString(FStringView(Lines[Line].Text).Mid(From, To - From)), bLast ? ETextLineEnd::None : Lines[Line].End });
+	}
+	return Piece;
+}
+
+FTextLocation FTextDocument::Replace(const FTextLocation& Begin, const FTextLocation& End, const FTextFragment& Piece)
+{
+	check(Piece.Num() > 0 && !(End < Begin));
+	const int32 First = Begin.GetLineIndex();
+	const int32 RemovedLines = End.GetLineIndex() - First + 1;
+
+	int64 RemovedLength = End.GetOffset() - Begin.GetOffset();
+	for (int32 Line = First; Line < End.GetLineIndex(); ++Line)
+	{
+		RemovedLength += GetLineLength(Line) + GetTextLineEndLength(Lines[Line].End);
+	}
+	Length += GetLength(Piece) - RemovedLength;
+
+	FTextLocation Behind;
+	if (Piece.Num() == 1 && RemovedLines == 1)
+	{
+		FString& Text = Lines[First].Text;
+		Text.RemoveAt(Begin.GetOffset(), End.GetOffset() - Begin.GetOffset());
+		if (Begin.GetOffset() == Text.Len())
+		{
+			Text += Piece[0].Text;
+		}
+		else
+		{
+			Text.InsertAt(Begin.GetOffset(), Piece[0].Text);
+		}
+		Behind = FTextLocation(First, Begin.GetOffset() + Piece[0].Text.Len());
+	}
+	else
+	{
+		FString Head(FStringView(Lines[First].Text).Left(Begin.GetOffset()));
+		FTextLine Tail{ FString(FStringView(Lines[End.GetLineIndex()].Text).RightChop(End.GetOffset())), Lines[End.GetLineIndex()].End };
+		// Records are moved once: the array grows or shrinks to its new size, then the piece is written over the gap.
+		const int32 AddedLines = Piece.Num();
+		if (AddedLines > RemovedLines)
+		{
+			Lines.InsertDefaulted(First + RemovedLines, AddedLines - RemovedLines);
+		}
+		else if (AddedLines < RemovedLines)
+		{
+			Lines.RemoveAt(First + AddedLines, RemovedLines - AddedLines);
+		}
+		for (int32 Index = 0; Index < AddedLines; ++Index)
+		{
+			Lines[First + Index] = Piece[Index];
+		}
+		Lines[First].Text = MoveTemp(Head) + Piece[0].Text;
+		FTextLine& LastLine = Lines[First + AddedLines - 1];
+		Behind = FTextLocation(First + AddedLines - 1, LastLine.Text.Len());
+		LastLine.Text += Tail.Text;
+		LastLine.End = Tail.End;
+	}
+	NoteChange(First, RemovedLines, Piece.Num());
+	return Behind;
+}
+
+FTextFragment FTextDocument::Parse(FStringView Text)
+{
+	FTextFragment Piece;
+	const std::u16string_view All(Text.GetData() ? Text.GetData() : TEXT(""), static_cast<std::size_t>(Text.Len()));
+	std::size_t Begin = 0;
+	for (;;)
+	{
+		const std::size_t LineFeed = All.find(TEXT('\n'), Begin);
+		FTextLine& Line = Piece.AddDefaulted_GetRef();
+		if (LineFeed == std::u16string_view::npos)
+		{
+			Line.Text = FStringView(All.data() + Begin, static_cast<int32>(All.size() - Begin));
+			return Piece;
+		}
+		const bool bReturn = LineFeed > Begin && All[LineFeed - 1] == TEXT('\r');
+		Line.Text = FStringView(All.data() + Begin, static_cast<int32>(LineFeed - Begin) - (bReturn ? 1 : 0));
+		Line.End = bReturn ? ETextLineEnd::CarriageReturnLineFeed : ETextLineEnd::LineFeed;
+		Begin = LineFeed + 1;
+	}
+}
+
+FString FTextDocument::ToString(const FTextFragment& Piece)
+{
+	FString Text;
+	Text.Reserve(static_cast<int32>(GetLength(Piece)));
+	for (const FTextLine& Line : Piece)
+	{
+		Text += Line.Text;
+		Text += GetTextLineEndText(Line.End);
+	}
+	return Text;
+}
+
+int64 FTextDocument::GetLength(const FTextFragment& Piece)
+{
+	int64 Sum = 0;
+	for (const FTextLine& Line : Piece)
+	{
+		Sum += Line.Text.Len() + GetTextLineEndLength(Line.End);
+	}
+	return Sum;
+}
+
+void FTextDocument::NoteChange(int32 First, int32 Removed, int32 Added)
+{
+	++Revision;
+	if (OnLinesChanged)
+	{
+		OnLinesChanged(First, Removed, Added);
+	}
+}

@@ -1,0 +1,323 @@
+#include "Framework/Text/TextEditor.h"
+
+namespace
+{
+	/** A pause this long ends a run of typing, in seconds. */
+	constexpr double TypingPause = 1.0;
+	/** The history is cut at its old end beyond these, the newest step excepted. */
+	constexpr int32 MaxUndoSteps = 2000;
+	constexpr int64 MaxUndoUnits = 32 * 1024 * 1024;
+}
+
+FTextEditor::FTextEditor(const ITextBreaks& InBreaks)
+	: Breaks(InBreaks)
+{
+}
+
+FString FTextEditor::GetSelectedText() const
+{
+	return FTextDocument::ToString(Document.Copy(GetSelectionBegin(), GetSelectionEnd()));
+}
+
+void FTextEditor::MoveTo(const FTextLocation& Location, bool bSelect)
+{
+	Select(bSelect ? Anchor : Location, Location);
+}
+
+void FTextEditor::Move(ETextMove Kind, bool bSelect)
+{
+	if (!bSelect && HasSelection() && (Kind == ETextMove::Left || Kind == ETextMove::Right))
+	{
+		MoveTo(Kind == ETextMove::Left ? GetSelectionBegin() : GetSelectionEnd(), false);
+		return;
+	}
+	MoveTo(Step(Caret, Kind), bSelect);
+}
+
+void FTextEditor::Select(const FTextLocation& InAnchor, const FTextLocation& InCaret)
+{
+	const FTextLocation NewCaret = Document.Clamp(InCaret);
+	const FTextLocation NewAnchor = Document.Clamp(InAnchor);
+	if (NewCaret != Caret || NewAnchor != Anchor)
+	{
+		SealStep();
+	}
+	Caret = NewCaret;
+	Anchor = NewAnchor;
+}
+
+void FTextEditor::SelectAll()
+{
+	Select(FTextLocation(), Document.GetEnd());
+}
+
+void FTextEditor::ClearSelection()
+{
+	Select(Caret, Caret);
+}
+
+void FTextEditor::GetWordAt(const FTextLocation& Location, FTextLocation& OutBegin, FTextLocation& OutEnd) const
+{
+	const FTextLocation Place = Document.Clamp(Location);
+	int32 Begin = 0;
+	int32 End = 0;
+	Breaks.GetWordAt(Document.GetLine(Place.GetLineIndex()), Place.GetOffset(), Begin, End);
+	OutBegin = FTextLocation(Place.GetLineIndex(), Begin);
+	OutEnd = FTextLocation(Place.GetLineIndex(), End);
+}
+
+void FTextEditor::GetLineAt(const FTextLocation& Location, FTextLocation& OutBegin, FTextLocation& OutEnd) const
+{
+	const int32 Line = Document.Clamp(Location).GetLineIndex();
+	OutBegin = FTextLocation(Line, 0);
+	OutEnd = Line + 1 < Document.GetLineCount() ? FTextLocation(Line + 1, 0) : Document.GetEnd();
+}
+
+bool FTextEditor::SetText(FStringView Text, bool bUndoable)
+{
+	if (Document.Equals(Text))
+	{
+		return false;
+	}
+	const FTextLocation OldCaret = Caret;
+	if (bUndoable)
+	{
+		SealStep();
+		Apply(FTextLocation(), Document.GetEnd(), FTextDocument::Parse(Text), EStepKind::Single, LastChange);
+	}
+	else
+	{
+		Document.SetText(Text);
+		Steps.Reset();
+		UndoCount = 0;
+		HistoryLength = 0;
+		SealStep();
+	}
+	Caret = Document.Clamp(OldCaret);
+	// The old place may now lie inside a cluster.
+	const FString& Line = Document.GetLine(Caret.GetLineIndex());
+	if (Caret.GetOffset() > 0 && Caret.GetOffset() < Line.Len())
+	{
+		const int32 Next = Breaks.GetNextGrapheme(Line, Breaks.GetPreviousGrapheme(Line, Caret.GetOffset()));
+		Caret = FTextLocation(Caret.GetLineIndex(), Next);
+	}
+	Anchor = Caret;
+	return true;
+}
+
+bool FTextEditor::Insert(FStringView Text, ETextInsert Kind, double Now)
+{
+	if (Text.IsEmpty())
+	{
+		return false;
+	}
+	FTextFragment Piece = FTextDocument::Parse(NormalizeBreaks(Text, bAllowMultiLine));
+	const bool bRun = Kind == ETextInsert::Typed && Piece.Num() == 1;
+	Apply(GetSelectionBegin(), GetSelectionEnd(), MoveTemp(Piece), bRun ? EStepKind::Typing : EStepKind::Single, Now);
+	return true;
+}
+
+bool FTextEditor::DeleteBackward(bool bWord, double Now)
+{
+	return DeleteStep(bWord ? ETextMove::WordLeft : ETextMove::Left, EStepKind::Backward, Now);
+}
+
+bool FTextEditor::DeleteForward(bool bWord, double Now)
+{
+	return DeleteStep(bWord ? ETextMove::WordRight : ETextMove::Right, EStepKind::Forward, Now);
+}
+
+bool FTextEditor::DeleteStep(ETextMove Kind, EStepKind StepKind, double Now)
+{
+	if (HasSelection())
+	{
+		return DeleteSelection();
+	}
+	const FTextLocation Other = Step(Caret, Kind);
+	if (Other == Caret)
+	{
+		return false;
+	}
+	const FTextLocation Begin = Other < Caret ? Other : Caret;
+	const FTextLocation End = Other < Caret ? Caret : Other;
+	const bool bOneLine = Begin.GetLineIndex() == End.GetLineIndex();
+	Apply(Begin, End, FTextDocument::Parse(FStringView()), bOneLine ? StepKind : EStepKind::Single, Now);
+	return true;
+}
+
+bool FTextEditor::DeleteSelection()
+{
+	if (!HasSelection())
+	{
+		return false;
+	}
+	SealStep();
+	Apply(GetSelectionBegin(), GetSelectionEnd(), FTextDocument::Parse(FStringView()), EStepKind::Single, LastChange);
+	return true;
+}
+
+bool FTextEditor::Undo()
+{
+	if (!CanUndo())
+	{
+		return false;
+	}
+	const FStep& Entry = Steps[--UndoCount];
+	Document.Replace(Entry.Begin, Entry.InsertedEnd, Entry.Removed);
+	Caret = Entry.CaretBefore;
+	Anchor = Entry.AnchorBefore;
+	SealStep();
+	return true;
+}
+
+bool FTextEditor::Redo()
+{
+	if (!CanRedo())
+	{
+		return false;
+	}
+	const FStep& Entry = Steps[UndoCount++];
+	Caret = Document.Replace(Entry.Begin, Entry.RemovedEnd, Entry.Inserted);
+	Anchor = Caret;
+	SealStep();
+	return true;
+}
+
+FString FTextEditor::NormalizeBreaks(FStringView Text, bool bAllowMultiLine)
+{
+	const TCHAR Break = bAllowMultiLine ? TEXT('\n') : TEXT(' ');
+	FString Result;
+	Result.Reserve(Text.Len());
+	for (int32 Index = 0; Index < Text.Len(); ++Index)
+	{
+		const TCHAR Unit = Text[Index];
+		if (Unit == TEXT('\r'))
+		{
+			Index += Index + 1 < Text.Len() && Text[Index + 1] == TEXT('\n') ? 1 : 0;
+			Result.AppendChar(Break);
+		}
+		else
+		{
+			Result.AppendChar(Unit == TEXT('\n') ? Break : Unit);
+		}
+	}
+	return Result;
+}
+
+FTextLocation FTextEditor::Step(const FTextLocation& From, ETextMove Kind) const
+{
+	const int32 Line = From.GetLineIndex();
+	const FString& Text = Document.GetLine(Line);
+	switch (Kind)
+	{
+	case ETextMove::Left:
+	case ETextMove::WordLeft:
+		if (From.GetOffset() == 0)
+		{
+			return Line > 0 ? FTextLocation(Line - 1, Document.GetLineLength(Line - 1)) : From;
+		}
+		return FTextLocation(Line, Kind == ETextMove::Left ? Breaks.GetPreviousGrapheme(Text, From.GetOffset()) : Breaks.GetPreviousWord(Text, From.GetOffset()));
+	case ETextMove::Right:
+	case ETextMove::WordRight:
+		if (From.GetOffset() >= Text.Len())
+		{
+			return Line + 1 < Document.GetLineCount() ? FTextLocation(Line + 1, 0) : From;
+		}
+		return FTextLocation(Line, Kind == ETextMove::Right ? Breaks.GetNextGrapheme(Text, From.GetOffset()) : Breaks.GetNextWord(Text, From.GetOffset()));
+	case ETextMove::LineBegin:
+		return FTextLocation(Line, 0);
+	case ETextMove::LineEnd:
+		return FTextLocation(Line, Text.Len());
+	case ETextMove::DocumentBegin:
+		return FTextLocation();
+	case ETextMove::DocumentEnd:
+		return Document.GetEnd();
+	}
+	return From;
+}
+
+void FTextEditor::Apply(const FTextLocation& Begin, const FTextLocation& End, FTextFragment&& Inserted, EStepKind Kind, double Now)
+{
+	FStep Next;
+	Next.Kind = Kind;
+	Next.Begin = Begin;
+	Next.RemovedEnd = End;
+	Next.Removed = Document.Copy(Begin, End);
+	Next.AnchorBefore = Anchor;
+	Next.CaretBefore = Caret;
+	Next.InsertedEnd = Document.Replace(Begin, End, Inserted);
+	Next.Inserted = MoveTemp(Inserted);
+	Caret = Next.InsertedEnd;
+	Anchor = Caret;
+
+	while (Steps.Num() > UndoCount)
+	{
+		HistoryLength -= FTextDocument::GetLength(Steps.Last().Removed) + FTextDocument::GetLength(Steps.Last().Inserted);
+		Steps.Pop();
+	}
+	HistoryLength += FTextDocument::GetLength(Next.Removed) + FTextDocument::GetLength(Next.Inserted);
+	const bool bInTime = Now - LastChange <= TypingPause && Now >= LastChange;
+	if (!(bStepOpen && bInTime && TryMerge(Next)))
+	{
+		Steps.Add(MoveTemp(Next));
+		UndoCount = Steps.Num();
+	}
+	bStepOpen = Kind != EStepKind::Single;
+	LastChange = Now;
+	ForgetOldSteps();
+}
+
+bool FTextEditor::TryMerge(const FStep& Next)
+{
+	if (Steps.IsEmpty() || Steps.Last().Kind != Next.Kind)
+	{
+		return false;
+	}
+	FStep& Last = Steps.Last();
+	switch (Next.Kind)
+	{
+	case EStepKind::Typing:
+		if (Next.Begin != Last.InsertedEnd || Next.RemovedEnd != Next.Begin)
+		{
+			return false;
+		}
+		Last.Inserted.Last().Text += Next.Inserted[0].Text;
+		Last.InsertedEnd = Next.InsertedEnd;
+		return true;
+	case EStepKind::Backward:
+		if (Next.RemovedEnd != Last.Begin)
+		{
+			return false;
+		}
+		Last.Removed[0].Text.InsertAt(0, Next.Removed[0].Text);
+		Last.Begin = Next.Begin;
+		Last.InsertedEnd = Next.Begin;
+		return true;
+	case EStepKind::Forward:
+		if (Next.Begin != Last.Begin)
+		{
+			return false;
+		}
+		Last.Removed[0].Text += Next.Removed[0].Text;
+		Last.RemovedEnd = FTextLocation(Last.RemovedEnd, Next.Removed[0].Text.Len());
+		return true;
+	case EStepKind::Single:
+		break;
+	}
+	return false;
+}
+
+void FTextEditor::ForgetOldSteps()
+{
+	int32 Forgotten = 0;
+	while (Steps.Num() - Forgotten > 1 && (Steps.Num() - Forgotten > MaxUndoSteps || HistoryLength > MaxUndoUnits))
+	{
+		HistoryLength -= FTextDocument::GetLength(Steps[Forgotten].Removed) + FTextDocument::GetLength(Steps[Forgotten].Inserted);
+		++Forgotten;
+	}
+	if (Forgotten > 0)
+	{
+		Steps.RemoveAt(0, Forgotten);
+		UndoCount = Steps.Num();
+	}
+}

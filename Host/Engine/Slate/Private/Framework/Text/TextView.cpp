@@ -1,0 +1,683 @@
+#include "Framework/Text/TextView.h"
+
+#include "Framework/Text/TextBreaks.h"
+
+namespace
+{
+	/** A text up to these is laid out whole for its size; a longer one is far taller than any box. */
+	constexpr int32 SmallTextLines = 200;
+	constexpr int64 SmallTextUnits = 20000;
+	/** Laid-out paragraphs are forgotten beyond this number. */
+	constexpr int32 MaxShapedSegments = 1024;
+	/** How far before its limit a long line may be cut to find a blank. */
+	constexpr int32 SegmentCutSearch = 128;
+}
+
+FTextView::FTextView(const FTextDocument& InDocument)
+	: Document(InDocument)
+{
+	ResetAll();
+}
+
+void FTextView::NoteLinesChanged(int32 First, int32 Removed, int32 Added)
+{
+	if (First == 0 && Removed == Entries.Num())
+	{
+		ScrollBlock.Line = FMath::Min(ScrollBlock.Line, Added - 1);
+		ScrollBlock.Segment = 0;
+		ResetAll();
+		return;
+	}
+	const int32 Common = FMath::Min(Removed, Added);
+	if (Added > Removed)
+	{
+		Entries.InsertDefaulted(First + Common, Added - Removed);
+	}
+	else if (Removed > Added)
+	{
+		Entries.RemoveAt(First + Common, Removed - Added);
+	}
+	for (int32 Line = First; Line < First + Added; ++Line)
+	{
+		ResetLine(Line);
+	}
+	ForgetTops(First);
+	if (ScrollBlock.Line >= First + Removed)
+	{
+		ScrollBlock.Line += Added - Removed;
+	}
+	else if (ScrollBlock.Line >= First + Added)
+	{
+		ScrollBlock = { First + Added - 1, 0 };
+		ScrollDistance = 0.0f;
+	}
+	if (WrapWidth <= 0.0f)
+	{
+		WidestRow = 0.0f;
+		for (const FLineEntry& Entry : Entries)
+		{
+			for (int32 Index = 0; Entry.Segments && Index < Entry.Segments->Num(); ++Index)
+			{
+				const FSegment& Segment = (*Entry.Segments)[Index];
+				WidestRow = Segment.Paragraph ? FMath::Max(WidestRow, Segment.Paragraph->GetSize().X) : WidestRow;
+			}
+		}
+	}
+}
+
+void FTextView::SetFont(const FSlateFontInfo& InFont, float InScale)
+{
+	if (Font == InFont && Scale == InScale)
+	{
+		return;
+	}
+	Font = InFont;
+	Scale = InScale;
+	Metrics = ITextShaper::Get().GetLineMetrics(Font, Scale);
+	const FStringView Sample(TEXT("the quick brown fox jumps over it "));
+	UnitWidth = FMath::Max(ITextShaper::Get().MakeParagraph(Sample, Font, Scale)->GetUnwrappedWidth() / Sample.Len(), 1.0f);
+	ResetAll();
+}
+
+void FTextView::SetWrapWidth(float Width)
+{
+	Width = FMath::Max(Width, 0.0f);
+	if (WrapWidth == Width)
+	{
+		return;
+	}
+	WrapWidth = Width;
+	WidestRow = 0.0f;
+	for (int32 Line = 0; Line < Entries.Num(); ++Line)
+	{
+		FLineEntry& Entry = Entries[Line];
+		if (!Entry.Segments)
+		{
+			Entry.Height = EstimateHeight(GetShownLength(Line));
+			continue;
+		}
+		Entry.Height = 0.0f;
+		for (FSegment& Segment : *Entry.Segments)
+		{
+			Segment.bMeasured = false;
+			Segment.Height = EstimateHeight(Segment.End - Segment.Begin);
+			Entry.Height += Segment.Height;
+		}
+	}
+	ForgetTops(0);
+}
+
+void FTextView::SetViewSize(float Width, float Height)
+{
+	ViewWidth = Width;
+	ViewHeight = Height;
+}
+
+void FTextView::SetPreedit(const FTextLocation& Place, FStringView Text)
+{
+	const FTextLocation OldPlace = PreeditPlace;
+	const bool bHad = HasPreedit();
+	PreeditPlace = Place;
+	PreeditText = Text;
+	if (bHad && OldPlace.GetLineIndex() < Entries.Num())
+	{
+		ResetLine(OldPlace.GetLineIndex());
+	}
+	if (HasPreedit())
+	{
+		ResetLine(PreeditPlace.GetLineIndex());
+	}
+}
+
+double FTextView::GetContentHeight()
+{
+	return GetTop(Entries.Num());
+}
+
+float FTextView::GetUnwrappedWidth()
+{
+	float Width = 0.0f;
+	for (const FLineEntry& Entry : Entries)
+	{
+		for (int32 Index = 0; Entry.Segments && Index < Entry.Segments->Num(); ++Index)
+		{
+			const FSegment& Segment = (*Entry.Segments)[Index];
+			Width = Segment.Paragraph ? FMath::Max(Width, Segment.Paragraph->GetUnwrappedWidth()) : Width;
+		}
+	}
+	return Width;
+}
+
+void FTextView::MeasureIfSmall()
+{
+	if (Entries.Num() > SmallTextLines || Document.GetLength() > SmallTextUnits)
+	{
+		return;
+	}
+	FTextBlock Block;
+	do
+	{
+		Shape(Block);
+	} while (StepBlock(Block, 1));
+}
+
+double FTextView::GetScrollOffset()
+{
+	double Offset = GetTop(ScrollBlock.Line) + ScrollDistance;
+	const TArray<FSegment>& Segments = GetSegments(ScrollBlock.Line);
+	for (int32 Index = 0; Index < ScrollBlock.Segment; ++Index)
+	{
+		Offset += Segments[Index].Height;
+	}
+	return Offset;
+}
+
+void FTextView::SetScrollOffset(double Offset)
+{
+	Offset = FMath::Clamp(Offset, 0.0, FMath::Max(GetContentHeight() - ViewHeight, 0.0));
+	// The last line whose top is not behind the offset.
+	int32 Low = 0;
+	int32 High = Entries.Num() - 1;
+	while (Low < High)
+	{
+		const int32 Middle = (Low + High + 1) / 2;
+		if (GetTop(Middle) <= Offset)
+		{
+			Low = Middle;
+		}
+		else
+		{
+			High = Middle - 1;
+		}
+	}
+	ScrollBlock = { Low, 0 };
+	ScrollDistance = static_cast<float>(Offset - GetTop(Low));
+	const TArray<FSegment>& Segments = GetSegments(Low);
+	while (ScrollBlock.Segment + 1 < Segments.Num() && ScrollDistance >= Segments[ScrollBlock.Segment].Height)
+	{
+		ScrollDistance -= Segments[ScrollBlock.Segment++].Height;
+	}
+	ScrollDistance = FMath::Min(ScrollDistance, Shape(ScrollBlock).Height);
+	ClampScroll();
+}
+
+void FTextView::ScrollBy(float Distance)
+{
+	ScrollDistance += Distance;
+	NormalizeScroll();
+	ClampScroll();
+}
+
+void FTextView::SetScrollX(float X)
+{
+	ScrollX = FMath::Max(X, 0.0f);
+}
+
+void FTextView::ScrollToShow(const FTextCaretPlace& Place, float CaretWidth)
+{
+	float Top = 0.0f;
+	const bool bInView = FindTop(Place.Block, Top);
+	const bool bAbove = bInView ? Top + Place.Top < 0.0f : Place.Block < ScrollBlock;
+	const bool bBelow = bInView ? Top + Place.Top + Place.Height > ViewHeight : ScrollBlock < Place.Block;
+	if (bAbove || (bBelow && Place.Height >= ViewHeight))
+	{
+		ScrollBlock = Place.Block;
+		ScrollDistance = Place.Top;
+	}
+	else if (bBelow)
+	{
+		ScrollBlock = Place.Block;
+		ScrollDistance = Place.Top + Place.Height - ViewHeight;
+		NormalizeScroll();
+	}
+	ClampScroll();
+	if (WrapWidth > 0.0f)
+	{
+		ScrollX = 0.0f;
+		return;
+	}
+	// No room stays unused at the right while text is hidden at the left.
+	ScrollX = FMath::Clamp(ScrollX, 0.0f, FMath::Max(WidestRow + CaretWidth - ViewWidth, 0.0f));
+	ScrollX = FMath::Max(ScrollX, Place.X + CaretWidth - ViewWidth);
+	ScrollX = FMath::Max(FMath::Min(ScrollX, Place.X), 0.0f);
+}
+
+void FTextView::ScrollToLine(int32 Line)
+{
+	ScrollBlock = { FMath::Clamp(Line, 0, Entries.Num() - 1), 0 };
+	ScrollDistance = 0.0f;
+	ClampScroll();
+}
+
+void FTextView::ClampScroll()
+{
+	ScrollBlock.Line = FMath::Clamp(ScrollBlock.Line, 0, Entries.Num() - 1);
+	ScrollBlock.Segment = FMath::Clamp(ScrollBlock.Segment, 0, GetSegments(ScrollBlock.Line).Num() - 1);
+	ScrollDistance = FMath::Clamp(ScrollDistance, 0.0f, Shape(ScrollBlock).Height);
+	float Filled = -ScrollDistance;
+	FTextBlock Block = ScrollBlock;
+	do
+	{
+		Filled += Shape(Block).Height;
+	} while (Filled < ViewHeight && StepBlock(Block, 1));
+	if (Filled < ViewHeight)
+	{
+		ScrollDistance -= ViewHeight - Filled;
+		NormalizeScroll();
+	}
+}
+
+void FTextView::NormalizeScroll()
+{
+	while (ScrollDistance < 0.0f)
+	{
+		if (!StepBlock(ScrollBlock, -1))
+		{
+			ScrollDistance = 0.0f;
+			return;
+		}
+		ScrollDistance += Shape(ScrollBlock).Height;
+	}
+	for (float Height = Shape(ScrollBlock).Height; ScrollDistance >= Height; Height = Shape(ScrollBlock).Height)
+	{
+		if (!StepBlock(ScrollBlock, 1))
+		{
+			ScrollDistance = Height;
+			return;
+		}
+		ScrollDistance -= Height;
+	}
+}
+
+FTextCaretPlace FTextView::PlaceOf(const FTextLocation& Location, bool bRowEnd)
+{
+	return PlaceOfShown(Location.GetLineIndex(), ToShown(Location), bRowEnd);
+}
+
+FTextCaretPlace FTextView::PlaceInPreedit(int32 Cursor)
+{
+	return PlaceOfShown(PreeditPlace.GetLineIndex(), PreeditPlace.GetOffset() + FMath::Clamp(Cursor, 0, PreeditText.Len()), false);
+}
+
+FTextCaretPlace FTextView::PlaceOfShown(int32 Line, int32 Shown, bool bRowEnd)
+{
+	const TArray<FSegment>& Segments = GetSegments(Line);
+	FTextCaretPlace Place;
+	Place.Block.Line = Line;
+	while (Place.Block.Segment + 1 < Segments.Num() && Segments[Place.Block.Segment + 1].Begin <= Shown)
+	{
+		++Place.Block.Segment;
+	}
+	if (bRowEnd && Place.Block.Segment > 0 && Segments[Place.Block.Segment].Begin == Shown)
+	{
+		--Place.Block.Segment;
+	}
+	const FSegment& Segment = Shape(Place.Block);
+	const int32 Index = FMath::Clamp(Shown - Segment.Begin, 0, Segment.End - Segment.Begin);
+	Place.Row = Segment.Paragraph->GetLineOfIndex(Index);
+	if (bRowEnd && Place.Row > 0 && Segment.Paragraph->GetLine(Place.Row).BeginIndex == Index)
+	{
+		--Place.Row;
+	}
+	Place.X = Segment.Paragraph->GetCaretX(Place.Row, Index);
+	Place.Top = Segment.Paragraph->GetLine(Place.Row).Top;
+	Place.Height = Segment.Paragraph->GetLine(Place.Row).Height;
+	return Place;
+}
+
+bool FTextView::FindTop(const FTextBlock& Wanted, float& OutTop)
+{
+	if (Wanted < ScrollBlock)
+	{
+		return false;
+	}
+	float Top = -ScrollDistance;
+	FTextBlock Block = ScrollBlock;
+	do
+	{
+		if (Block == Wanted)
+		{
+			OutTop = Top;
+			return true;
+		}
+		Top += Shape(Block).Height;
+	} while (Top < ViewHeight && StepBlock(Block, 1));
+	return false;
+}
+
+FTextLocation FTextView::Hit(const FVector2f& Point, bool& bOutRowEnd)
+{
+	float Top = -ScrollDistance;
+	FTextBlock Block = ScrollBlock;
+	// A point above the view belongs to what lies there.
+	while (Point.Y < Top && StepBlock(Block, -1))
+	{
+		Top -= Shape(Block).Height;
+	}
+	while (Point.Y >= Top + Shape(Block).Height)
+	{
+		const float Height = Shape(Block).Height;
+		if (!StepBlock(Block, 1))
+		{
+			break;
+		}
+		Top += Height;
+	}
+	const FSegment& Segment = Shape(Block);
+	int32 Row = 0;
+	while (Row + 1 < Segment.Paragraph->GetLineCount() && Point.Y >= Top + Segment.Paragraph->GetLine(Row + 1).Top)
+	{
+		++Row;
+	}
+	return LocationAt(Block, Row, Point.X, bOutRowEnd);
+}
+
+FTextLocation FTextView::MoveRows(const FTextLocation& From, bool bRowEnd, int32 Rows, float X, bool& bOutRowEnd)
+{
+	const FTextCaretPlace Start = PlaceOf(From, bRowEnd);
+	FTextBlock Block = Start.Block;
+	int32 Row = Start.Row;
+	for (; Rows > 0; --Rows)
+	{
+		if (Row + 1 < Shape(Block).Paragraph->GetLineCount())
+		{
+			++Row;
+		}
+		else if (StepBlock(Block, 1))
+		{
+			Row = 0;
+		}
+		else
+		{
+			bOutRowEnd = false;
+			return Document.GetEnd();
+		}
+	}
+	for (; Rows < 0; ++Rows)
+	{
+		if (Row > 0)
+		{
+			--Row;
+		}
+		else if (StepBlock(Block, -1))
+		{
+			Row = Shape(Block).Paragraph->GetLineCount() - 1;
+		}
+		else
+		{
+			bOutRowEnd = false;
+			return FTextLocation();
+		}
+	}
+	return LocationAt(Block, Row, X, bOutRowEnd);
+}
+
+FTextLocation FTextView::GetRowBegin(const FTextLocation& Location, bool bRowEnd)
+{
+	const FTextCaretPlace Place = PlaceOf(Location, bRowEnd);
+	const FSegment& Segment = Shape(Place.Block);
+	return FromShown(Place.Block.Line, Segment.Begin + Segment.Paragraph->GetLine(Place.Row).BeginIndex);
+}
+
+FTextLocation FTextView::GetRowEnd(const FTextLocation& Location, bool bRowEnd, bool& bOutRowEnd)
+{
+	const FTextCaretPlace Place = PlaceOf(Location, bRowEnd);
+	const FSegment& Segment = Shape(Place.Block);
+	const bool bLastRow = Place.Row + 1 == Segment.Paragraph->GetLineCount();
+	const int32 Index = Segment.Begin + (bLastRow ? Segment.End - Segment.Begin : Segment.Paragraph->GetLine(Place.Row).EndIndex);
+	bOutRowEnd = !(bLastRow && Place.Block.Segment + 1 == GetSegments(Place.Block.Line).Num());
+	return FromShown(Place.Block.Line, Index);
+}
+
+void FTextView::ForEachRow(TFunctionRef<void(const FTextRow&)> Visit)
+{
+	float Top = -ScrollDistance;
+	FTextRow Row;
+	Row.Block = ScrollBlock;
+	do
+	{
+		const FSegment& Segment = Shape(Row.Block);
+		Row.Paragraph = Segment.Paragraph.Get();
+		Row.SegmentBegin = Segment.Begin;
+		const bool bLastSegment = Row.Block.Segment + 1 == GetSegments(Row.Block.Line).Num();
+		const int32 RowCount = Row.Paragraph->GetLineCount();
+		for (Row.Row = 0; Row.Row < RowCount; ++Row.Row)
+		{
+			const FParagraphLine& Line = Row.Paragraph->GetLine(Row.Row);
+			Row.Top = Top + Line.Top;
+			if (Row.Top >= ViewHeight)
+			{
+				break;
+			}
+			if (Row.Top + Line.Height <= 0.0f)
+			{
+				continue;
+			}
+			Row.Begin = Segment.Begin + Line.BeginIndex;
+			Row.End = Segment.Begin + (Row.Row + 1 < RowCount ? Line.EndIndex : Segment.End - Segment.Begin);
+			Row.bEndsLine = bLastSegment && Row.Row + 1 == RowCount && Row.Block.Line + 1 < Entries.Num();
+			Visit(Row);
+		}
+		Top += Segment.Height;
+	} while (Top < ViewHeight && StepBlock(Row.Block, 1));
+	if (ShapedSegments > MaxShapedSegments)
+	{
+		ForgetFarParagraphs(ScrollBlock.Line, Row.Block.Line);
+	}
+}
+
+int32 FTextView::CountShapedLines() const
+{
+	int32 Count = 0;
+	for (const FLineEntry& Entry : Entries)
+	{
+		Count += Entry.Segments && Entry.Segments->ContainsByPredicate([](const FSegment& Segment) { return Segment.Paragraph.IsValid(); }) ? 1 : 0;
+	}
+	return Count;
+}
+
+int32 FTextView::ToShown(const FTextLocation& Location) const
+{
+	const bool bBehind = HasPreedit() && Location.GetLineIndex() == PreeditPlace.GetLineIndex() && Location.GetOffset() > PreeditPlace.GetOffset();
+	return Location.GetOffset() + (bBehind ? PreeditText.Len() : 0);
+}
+
+FTextLocation FTextView::FromShown(int32 Line, int32 Shown) const
+{
+	if (HasPreedit() && Line == PreeditPlace.GetLineIndex() && Shown > PreeditPlace.GetOffset())
+	{
+		return FTextLocation(Line, FMath::Max(Shown - PreeditText.Len(), PreeditPlace.GetOffset()));
+	}
+	return FTextLocation(Line, Shown);
+}
+
+int32 FTextView::GetShownLength(int32 Line) const
+{
+	return Document.GetLineLength(Line) + (HasPreedit() && Line == PreeditPlace.GetLineIndex() ? PreeditText.Len() : 0);
+}
+
+FString FTextView::MakeShownText(int32 Line, int32 Begin, int32 End) const
+{
+	if (HasPreedit() && Line == PreeditPlace.GetLineIndex())
+	{
+		FString Whole = Document.GetLine(Line);
+		Whole.InsertAt(FMath::Min(PreeditPlace.GetOffset(), Whole.Len()), PreeditText);
+		return TextUnits::MakeShapeable(FStringView(Whole).Mid(Begin, End - Begin));
+	}
+	return TextUnits::MakeShapeable(FStringView(Document.GetLine(Line)).Mid(Begin, End - Begin));
+}
+
+float FTextView::EstimateHeight(int32 Units) const
+{
+	const float Rows = WrapWidth > 0.0f ? FMath::Max(FMath::CeilToFloat(static_cast<float>(Units) * UnitWidth / WrapWidth), 1.0f) : 1.0f;
+	return Rows * Metrics.LineHeight;
+}
+
+TArray<FTextView::FSegment>& FTextView::GetSegments(int32 Line)
+{
+	FLineEntry& Entry = Entries[Line];
+	if (Entry.Segments)
+	{
+		return *Entry.Segments;
+	}
+	Entry.Segments = MakeUnique<TArray<FSegment>>();
+	const int32 Length = GetShownLength(Line);
+	if (Length <= MaxSegment)
+	{
+		// The height stays what it was, measured or estimated, until the paragraph is made.
+		Entry.Segments->Add({ 0, Length, Entry.Height, false, nullptr });
+		return *Entry.Segments;
+	}
+	FString Copy;
+	if (HasPreedit() && Line == PreeditPlace.GetLineIndex())
+	{
+		Copy = MakeShownText(Line, 0, Length);
+	}
+	const FStringView Shown = Copy.IsEmpty() ? FStringView(Document.GetLine(Line)) : FStringView(Copy);
+	float Height = 0.0f;
+	for (int32 Begin = 0; Begin < Length;)
+	{
+		int32 End = FMath::Min(Begin + MaxSegment, Length);
+		if (End < Length)
+		{
+			int32 Blank = End;
+			while (Blank > End - SegmentCutSearch && Shown[Blank - 1] != TEXT(' '))
+			{
+				--Blank;
+			}
+			End = Blank > End - SegmentCutSearch ? Blank : End - (TextUnits::IsInsidePair(Shown, End) ? 1 : 0);
+		}
+		Entry.Segments->Add({ Begin, End, EstimateHeight(End - Begin), false, nullptr });
+		Height += Entry.Segments->Last().Height;
+		Begin = End;
+	}
+	Entry.Height = Height;
+	ForgetTops(Line + 1);
+	return *Entry.Segments;
+}
+
+FTextView::FSegment& FTextView::Shape(const FTextBlock& Block)
+{
+	FSegment& Segment = GetSegments(Block.Line)[Block.Segment];
+	if (!Segment.Paragraph)
+	{
+		Segment.Paragraph = ITextShaper::Get().MakeParagraph(MakeShownText(Block.Line, Segment.Begin, Segment.End), Font, Scale);
+		Segment.bMeasured = false;
+		++ShapedSegments;
+	}
+	if (!Segment.bMeasured)
+	{
+		Segment.Paragraph->Wrap(WrapWidth);
+		Segment.bMeasured = true;
+		const FVector2f Size = Segment.Paragraph->GetSize();
+		WidestRow = FMath::Max(WidestRow, Size.X);
+		if (Size.Y != Segment.Height)
+		{
+			Entries[Block.Line].Height += Size.Y - Segment.Height;
+			Segment.Height = Size.Y;
+			ForgetTops(Block.Line + 1);
+		}
+	}
+	return Segment;
+}
+
+void FTextView::ResetLine(int32 Line)
+{
+	FLineEntry& Entry = Entries[Line];
+	const bool bKeepHeight = Entry.Segments && Entry.Segments->Num() == 1 && GetShownLength(Line) <= MaxSegment;
+	if (Entry.Segments)
+	{
+		for (const FSegment& Segment : *Entry.Segments)
+		{
+			ShapedSegments -= Segment.Paragraph ? 1 : 0;
+		}
+		Entry.Segments.Reset();
+	}
+	// An edited line is most likely as high as before.
+	Entry.Height = bKeepHeight ? Entry.Height : EstimateHeight(GetShownLength(Line));
+	ForgetTops(Line + 1);
+}
+
+void FTextView::ResetAll()
+{
+	Entries.Empty();
+	Entries.AddDefaulted(Document.GetLineCount());
+	for (int32 Line = 0; Line < Entries.Num(); ++Line)
+	{
+		Entries[Line].Height = EstimateHeight(GetShownLength(Line));
+	}
+	ForgetTops(0);
+	ShapedSegments = 0;
+	WidestRow = 0.0f;
+}
+
+double FTextView::GetTop(int32 Line)
+{
+	Tops.SetNum(Entries.Num() + 1);
+	if (ValidTops == 0)
+	{
+		Tops[0] = 0.0;
+		ValidTops = 1;
+	}
+	ValidTops = FMath::Min(ValidTops, Tops.Num());
+	for (; ValidTops <= Line; ++ValidTops)
+	{
+		Tops[ValidTops] = Tops[ValidTops - 1] + Entries[ValidTops - 1].Height;
+	}
+	return Tops[Line];
+}
+
+bool FTextView::StepBlock(FTextBlock& Block, int32 Direction)
+{
+	const int32 Segment = Block.Segment + Direction;
+	if (Segment >= 0 && Segment < GetSegments(Block.Line).Num())
+	{
+		Block.Segment = Segment;
+		return true;
+	}
+	const int32 Line = Block.Line + Direction;
+	if (Line < 0 || Line >= Entries.Num())
+	{
+		return false;
+	}
+	Block.Line = Line;
+	Block.Segment = Direction > 0 ? 0 : GetSegments(Line).Num() - 1;
+	return true;
+}
+
+void FTextView::ForgetFarParagraphs(int32 FirstLine, int32 LastLine)
+{
+	ShapedSegments = 0;
+	for (int32 Line = 0; Line < Entries.Num(); ++Line)
+	{
+		FLineEntry& Entry = Entries[Line];
+		if (!Entry.Segments)
+		{
+			continue;
+		}
+		const bool bNear = Line >= FirstLine && Line <= LastLine;
+		if (!bNear && Entry.Segments->Num() == 1)
+		{
+			Entry.Segments.Reset();
+			continue;
+		}
+		for (FSegment& Segment : *Entry.Segments)
+		{
+			if (!bNear)
+			{
+				Segment.Paragraph.Reset();
+			}
+			ShapedSegments += Segment.Paragraph ? 1 : 0;
+		}
+	}
+}
+
+FTextLocation FTextView::LocationAt(const FTextBlock& Block, int32 Row, float X, bool& bOutRowEnd)
+{
+	const FSegment& Segment = Shape(Block);
+	const int32 Index = Segment.Paragraph->GetIndexAt(Row, X);
+	const bool bLastRow = Row + 1 == Segment.Paragraph->GetLineCount();
+	const bool bLastSegment = Block.Segment + 1 == GetSegments(Block.Line).Num();
+	bOutRowEnd = (!bLastRow && Index >= Segment.Paragraph->GetLine(Row).EndIndex) || (bLastRow && !bLastSegment && Index >= Segment.End - Segment.Begin);
+	return FromShown(Block.Line, Segment.Begin + Index);
+}

@@ -1,0 +1,361 @@
+#include "Host/HostTextWidget.h"
+
+#include "Framework/Application/SlateApplication.h"
+#include "HAL/PlatformTime.h"
+#include "Host/HostServices.h"
+#include "Host/HostTextState.h"
+#include "Styling/AppStyle.h"
+
+SHostTextWidget::SHostTextWidget()
+	: State(MakeUnique<FHostTextState>())
+{
+}
+
+SHostTextWidget::~SHostTextWidget() = default;
+
+void SHostTextWidget::SetUp(FHostTextSetup&& InSetup)
+{
+	Setup = MoveTemp(InSetup);
+	if (!Setup.TextStyle)
+	{
+		Setup.TextStyle = Setup.BoxStyle ? &Setup.BoxStyle->TextStyle : &FAppStyle::Get().GetWidgetStyle<FEditableTextStyle>(TEXT("NormalEditableText"));
+	}
+	for (const bool bBound : { Setup.Text.IsBound(), Setup.HintText.IsBound(), Setup.Font.IsBound(), Setup.Padding.IsBound(), Setup.AutoWrapText.IsBound(), Setup.WrapTextAt.IsBound(), Setup.MinDesiredWidth.IsBound() })
+	{
+		if (bBound)
+		{
+			NoteSizeBinding(true);
+		}
+	}
+	GetEditor().SetText(Setup.Text.Get().ToString(), false);
+	if (Setup.Text.IsBound())
+	{
+		State->LastBoundText = Setup.Text.Get();
+		State->bHasBoundText = true;
+	}
+	State->NotifiedCaret = GetEditor().GetCaret();
+}
+
+FTextEditor& SHostTextWidget::GetEditor() const
+{
+	return State->Editor;
+}
+
+FTextView& SHostTextWidget::GetView() const
+{
+	return State->View;
+}
+
+double SHostTextWidget::GetNow() const
+{
+	return FPlatformTime::Seconds();
+}
+
+FMargin SHostTextWidget::GetTextPadding() const
+{
+	return Setup.Padding.Get(Setup.BoxStyle ? Setup.BoxStyle->Padding : FMargin(0.0f));
+}
+
+FText SHostTextWidget::GetText() const
+{
+	return GetEditor().GetDocument().GetDisplayText();
+}
+
+void SHostTextWidget::SetText(const TAttribute<FText>& InText)
+{
+	AssignSizeAttribute(Setup.Text, InText);
+	if (Setup.Text.IsBound())
+	{
+		State->bHasBoundText = false;
+		PullBoundText();
+		return;
+	}
+	EndPreedit();
+	const bool bEditing = HasKeyboardFocus() && CanEdit();
+	if (GetEditor().SetText(Setup.Text.Get().ToString(), bEditing))
+	{
+		FinishEdit(true);
+	}
+}
+
+void SHostTextWidget::PullBoundText()
+{
+	if (!Setup.Text.IsBound())
+	{
+		return;
+	}
+	const FText Bound = Setup.Text.Get();
+	if (State->bHasBoundText && Bound.ToString().Equals(State->LastBoundText.ToString()))
+	{
+		return;
+	}
+	State->LastBoundText = Bound;
+	State->bHasBoundText = true;
+	if (!GetEditor().GetDocument().Equals(Bound.ToString()))
+	{
+		EndPreedit();
+		GetEditor().SetText(Bound.ToString(), false);
+		State->bScrollToCaret = true;
+		State->NotifiedCaret = GetEditor().GetCaret();
+		Invalidate(EInvalidateWidgetReason::Layout);
+	}
+}
+
+void SHostTextWidget::SetHintText(const TAttribute<FText>& InHintText)
+{
+	AssignSizeAttribute(Setup.HintText, InHintText);
+}
+
+void SHostTextWidget::SetFont(const TAttribute<FSlateFontInfo>& InFont)
+{
+	AssignSizeAttribute(Setup.Font, InFont);
+}
+
+FTextLocation SHostTextWidget::GetCursorLocation() const
+{
+	return GetEditor().GetCaret();
+}
+
+void SHostTextWidget::GoTo(const FTextLocation& NewLocation)
+{
+	EndPreedit();
+	GetEditor().MoveTo(NewLocation, false);
+	FinishEdit(false);
+}
+
+void SHostTextWidget::GoTo(ETextLocation NewLocation)
+{
+	EndPreedit();
+	switch (NewLocation)
+	{
+	case ETextLocation::BeginningOfDocument:
+		GetEditor().Move(ETextMove::DocumentBegin, false);
+		break;
+	case ETextLocation::EndOfDocument:
+		GetEditor().Move(ETextMove::DocumentEnd, false);
+		break;
+	case ETextLocation::BeginningOfLine:
+		GetEditor().Move(ETextMove::LineBegin, false);
+		break;
+	case ETextLocation::EndOfLine:
+		GetEditor().Move(ETextMove::LineEnd, false);
+		break;
+	case ETextLocation::PreviousPage:
+	case ETextLocation::NextPage:
+	{
+		const FGeometry& Geometry = GetCachedGeometry();
+		UpdateLayout(Geometry);
+		const int32 Page = FMath::Max(FMath::FloorToInt32(GetTextRect(Geometry).Height() / FMath::Max(GetView().GetMetrics().LineHeight, 1.0f)) - 1, 1);
+		MoveRows(NewLocation == ETextLocation::NextPage ? Page : -Page, false);
+		return;
+	}
+	}
+	FinishEdit(false);
+}
+
+void SHostTextWidget::ScrollTo(const FTextLocation& NewLocation)
+{
+	UpdateLayout(GetCachedGeometry());
+	GetView().ScrollToShow(GetView().PlaceOf(GetEditor().GetDocument().Clamp(NewLocation), false), GetCaretWidth(GetCachedGeometry().GetAccumulatedScale()));
+	State->bScrollToCaret = false;
+}
+
+void SHostTextWidget::InsertTextAtCursor(const FString& InString)
+{
+	EndPreedit();
+	GetEditor().SetAllowMultiLine(IsMultiLine());
+	FinishEdit(GetEditor().Insert(InString, ETextInsert::Pasted, GetNow()));
+}
+
+void SHostTextWidget::SelectAllText()
+{
+	GetEditor().SelectAll();
+	// The whole text is marked; the view stays where it is.
+	const bool bScroll = State->bScrollToCaret;
+	FinishEdit(false);
+	State->bScrollToCaret = bScroll;
+}
+
+void SHostTextWidget::ClearSelection()
+{
+	GetEditor().ClearSelection();
+}
+
+bool SHostTextWidget::AnyTextSelected() const
+{
+	return GetEditor().HasSelection();
+}
+
+FText SHostTextWidget::GetSelectedText() const
+{
+	return FText::FromString(GetEditor().GetSelectedText());
+}
+
+bool SHostTextWidget::CanUndo() const
+{
+	return CanEdit() && GetEditor().CanUndo();
+}
+
+bool SHostTextWidget::CanRedo() const
+{
+	return CanEdit() && GetEditor().CanRedo();
+}
+
+void SHostTextWidget::CutSelectedText()
+{
+	if (CanEdit() && GetEditor().HasSelection())
+	{
+		CopySelectedText();
+		FinishEdit(GetEditor().DeleteSelection());
+	}
+}
+
+void SHostTextWidget::CopySelectedText()
+{
+	if (GetEditor().HasSelection())
+	{
+		// Not by the engine's call, which stops at the first null.
+		FHostServices::ClipboardCopy(GetEditor().GetSelectedText());
+	}
+}
+
+void SHostTextWidget::PasteText()
+{
+	if (CanEdit())
+	{
+		FString Clipboard;
+		FHostServices::ClipboardPaste(Clipboard);
+		InsertTextAtCursor(Clipboard);
+	}
+}
+
+void SHostTextWidget::Undo()
+{
+	if (CanUndo())
+	{
+		EndPreedit();
+		FinishEdit(GetEditor().Undo());
+	}
+}
+
+void SHostTextWidget::Redo()
+{
+	if (CanRedo())
+	{
+		EndPreedit();
+		FinishEdit(GetEditor().Redo());
+	}
+}
+
+bool SHostTextWidget::IsTabStop() const
+{
+	// Text that can only be selected is reached by the mouse; a box is a stop even when it is read only.
+	return Setup.BoxStyle || !IsReadOnly();
+}
+
+void SHostTextWidget::EndPreedit()
+{
+	if (GetView().HasPreedit())
+	{
+		GetView().SetPreedit(FTextLocation(), FStringView());
+	}
+}
+
+void SHostTextWidget::NoteInput()
+{
+	State->bInputSincePaint = true;
+}
+
+void SHostTextWidget::FinishEdit(bool bTextChanged)
+{
+	NoteInput();
+	State->bCaretRowEnd = false;
+	State->WishedX.Reset();
+	State->bScrollToCaret = true;
+	if (bTextChanged)
+	{
+		Invalidate(EInvalidateWidgetReason::Layout);
+		// A copy: the handler may replace itself.
+		const FOnTextChanged Changed = Setup.OnTextChanged;
+		if (Changed.IsBound())
+		{
+			Changed.Execute(GetText());
+		}
+	}
+	const FTextLocation Caret = GetEditor().GetCaret();
+	if (Caret != State->NotifiedCaret)
+	{
+		State->NotifiedCaret = Caret;
+		const FHostOnCursorMoved Moved = Setup.OnCursorMoved;
+		Moved.ExecuteIfBound(Caret);
+	}
+}
+
+void SHostTextWidget::Commit(ETextCommit::Type Type)
+{
+	GetEditor().SealStep();
+	const TGuardValue<bool> Guard(State->bCommitting, true);
+	const FOnTextCommitted Committed = Setup.OnTextCommitted;
+	Committed.ExecuteIfBound(GetText(), Type);
+}
+
+FReply SHostTextWidget::OnFocusReceived(const FGeometry& MyGeometry, const FFocusEvent& InFocusEvent)
+{
+	NoteInput();
+	if (Setup.RevertTextOnEscape.Get())
+	{
+		State->TextAtFocus = GetText().ToString();
+	}
+	if (Setup.SelectAllTextWhenFocused.Get())
+	{
+		if (InFocusEvent.GetCause() == EFocusCause::Mouse)
+		{
+			// The press that gave the focus sets the caret; the selection follows when no drag came of it.
+			State->bSelectAllOnRelease = true;
+		}
+		else
+		{
+			SelectAllText();
+		}
+	}
+	return FReply::Unhandled();
+}
+
+void SHostTextWidget::OnFocusLost(const FFocusEvent& InFocusEvent)
+{
+	EndPreedit();
+	if (Setup.ClearTextSelectionOnFocusLoss.Get())
+	{
+		ClearSelection();
+	}
+	if (!IsReadOnly() && !State->bCommitting)
+	{
+		Commit(ETextCommit::OnUserMovedFocus);
+	}
+	if (Setup.Text.IsBound())
+	{
+		State->bHasBoundText = false;
+		PullBoundText();
+	}
+}
+
+bool SHostTextWidget::OnPreedit(FStringView Text, int32 Cursor)
+{
+	if (!CanEdit())
+	{
+		return false;
+	}
+	NoteInput();
+	if (Text.IsEmpty())
+	{
+		EndPreedit();
+	}
+	else
+	{
+		GetView().SetPreedit(GetEditor().GetCaret(), Text);
+		State->PreeditCursor = Cursor;
+	}
+	State->bScrollToCaret = true;
+	Invalidate(EInvalidateWidgetReason::Layout);
+	return true;
+}

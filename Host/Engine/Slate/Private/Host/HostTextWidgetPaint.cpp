@@ -1,0 +1,315 @@
+#include "Host/HostFocus.h"
+#include "Host/HostTextState.h"
+#include "Host/HostTextWidget.h"
+#include "Rendering/DrawElements.h"
+#include "Styling/AppStyle.h"
+
+namespace
+{
+	constexpr double CaretBlinkSeconds = 0.53;
+	/** The caret stays on behind this, so that nothing needs to be painted. */
+	constexpr double CaretRestSeconds = 10.0;
+	/** A selected line break is shown as wide as this, in units. */
+	constexpr float SelectedBreakWidth = 4.0f;
+
+	FColor GetTextPaintColor(const FSlateColor& Color, const FWidgetStyle& Style)
+	{
+		return (Color.GetColor(Style) * Style.GetColorAndOpacityTint()).ToFColorSRGB();
+	}
+}
+
+FSlateRect SHostTextWidget::GetTextRect(const FGeometry& Geometry) const
+{
+	const float Scale = Geometry.GetAccumulatedScale();
+	const FSlateRect Bounds = Geometry.GetLayoutBoundingRect();
+	const FMargin Padding = GetTextPadding();
+	const float Room = Setup.BoxStyle && State->bBar ? FMath::Max(Setup.BoxStyle->ScrollBarStyle.Room, Padding.Right) : Padding.Right;
+	FSlateRect Rect(Bounds.Left + Padding.Left * Scale, Bounds.Top + Padding.Top * Scale, Bounds.Right - Room * Scale, Bounds.Bottom - Padding.Bottom * Scale);
+	Rect.Left = FMath::RoundToFloat(Rect.Left);
+	Rect.Top = FMath::RoundToFloat(Rect.Top);
+	Rect.Right = FMath::Max(FMath::RoundToFloat(Rect.Right), Rect.Left);
+	Rect.Bottom = FMath::Max(FMath::RoundToFloat(Rect.Bottom), Rect.Top);
+	return Rect;
+}
+
+FSlateRect SHostTextWidget::GetBarRect(const FGeometry& Geometry) const
+{
+	if (!Setup.BoxStyle || !State->bBar)
+	{
+		return FSlateRect();
+	}
+	const float Scale = Geometry.GetAccumulatedScale();
+	const FSlateRect Bounds = Geometry.GetLayoutBoundingRect();
+	return FSlateRect(Bounds.Right - Setup.BoxStyle->ScrollBarStyle.Room * Scale, Bounds.Top + 2.0f * Scale, Bounds.Right, Bounds.Bottom - 2.0f * Scale);
+}
+
+void SHostTextWidget::UpdateLayout(const FGeometry& Geometry) const
+{
+	FTextView& View = GetView();
+	const float Scale = Geometry.GetAccumulatedScale();
+	const bool bWrap = Setup.AutoWrapText.Get();
+	const float WrapAt = Setup.WrapTextAt.Get() * Scale;
+	View.SetFont(GetFont(), Scale);
+	// Without the bar first: a text that fits does not give room to one.
+	const auto LayOut = [&]()
+	{
+		const FSlateRect Rect = GetTextRect(Geometry);
+		float Width = bWrap ? FMath::Max(Rect.Width(), 1.0f) : 0.0f;
+		Width = WrapAt > 0.0f && (Width <= 0.0f || WrapAt < Width) ? WrapAt : Width;
+		View.SetWrapWidth(Width);
+		View.SetViewSize(Rect.Width(), Rect.Height());
+		View.MeasureIfSmall();
+	};
+	LayOut();
+	if (Setup.BoxStyle && IsMultiLine())
+	{
+		const bool bNeedsBar = Setup.bAlwaysShowScrollbars || View.GetContentHeight() > GetTextRect(Geometry).Height() + 0.5;
+		if (bNeedsBar != State->bBar)
+		{
+			State->bBar = bNeedsBar;
+			LayOut();
+		}
+	}
+	View.ClampScroll();
+	if (State->bScrollToCaret)
+	{
+		State->bScrollToCaret = false;
+		const FTextCaretPlace Place = View.HasPreedit() ? View.PlaceInPreedit(State->PreeditCursor) : View.PlaceOf(GetEditor().GetCaret(), State->bCaretRowEnd);
+		View.ScrollToShow(Place, GetCaretWidth(Scale));
+	}
+	if (MeasureText(Scale) != State->DesiredSize)
+	{
+		const_cast<SHostTextWidget*>(this)->Invalidate(EInvalidateWidgetReason::Layout);
+	}
+}
+
+FVector2D SHostTextWidget::MeasureText(float Scale) const
+{
+	FTextView& View = GetView();
+	const bool bWrapsToRoom = Setup.AutoWrapText.Get();
+	float Width = bWrapsToRoom ? View.GetUnwrappedWidth() : View.GetContentWidth();
+	float Height = static_cast<float>(View.GetContentHeight());
+	const FString& Hint = Setup.HintText.Get().ToString();
+	if (GetEditor().GetDocument().IsEmpty() && !Hint.IsEmpty())
+	{
+		// The caret stands before the hint and needs no room of its own.
+		const FSlateFontInfo Font = GetFont();
+		if (!State->HintParagraph || !State->ShapedHint.Equals(Hint) || State->HintFont != Font || State->HintScale != Scale)
+		{
+			State->HintParagraph = ITextShaper::Get().MakeParagraph(Hint, Font, Scale);
+			State->ShapedHint = Hint;
+			State->HintFont = Font;
+			State->HintScale = Scale;
+		}
+		const FSlateRect Rect = GetTextRect(GetCachedGeometry());
+		State->HintParagraph->Wrap(bWrapsToRoom ? Rect.Width() : 0.0f);
+		Width = FMath::Max(Width, bWrapsToRoom ? State->HintParagraph->GetUnwrappedWidth() : State->HintParagraph->GetSize().X);
+		Height = FMath::Max(Height, State->HintParagraph->GetSize().Y);
+	}
+	Width += IsReadOnly() ? 0.0f : GetCaretWidth(Scale);
+	const FMargin Padding = GetTextPadding();
+	return FVector2D(FMath::Max(Width / Scale + Padding.Left + Padding.Right, Setup.MinDesiredWidth.Get()), Height / Scale + Padding.Top + Padding.Bottom);
+}
+
+FVector2D SHostTextWidget::ComputeDesiredSize(float LayoutScaleMultiplier) const
+{
+	const_cast<SHostTextWidget*>(this)->PullBoundText();
+	FTextView& View = GetView();
+	View.SetFont(GetFont(), LayoutScaleMultiplier);
+	View.MeasureIfSmall();
+	State->DesiredSize = MeasureText(LayoutScaleMultiplier);
+	return State->DesiredSize;
+}
+
+void SHostTextWidget::Tick(const FGeometry& AllottedGeometry, const double InCurrentTime, const float InDeltaTime)
+{
+	PullBoundText();
+	if (DragUnit != EDragUnit::None)
+	{
+		ScrollWhileDragging(AllottedGeometry, InDeltaTime);
+	}
+}
+
+bool SHostTextWidget::IsCaretOn(double Now) const
+{
+	if (State->bInputSincePaint)
+	{
+		State->bInputSincePaint = false;
+		State->LastInput = Now;
+	}
+	const double Elapsed = Now - State->LastInput;
+	return Elapsed < 0.0 || Elapsed >= CaretRestSeconds || static_cast<int64>(Elapsed / CaretBlinkSeconds) % 2 == 0;
+}
+
+bool SHostTextWidget::FindCaret(const FGeometry& Geometry, FSlateRect& OutRect) const
+{
+	FTextView& View = GetView();
+	const FTextCaretPlace Place = View.HasPreedit() ? View.PlaceInPreedit(State->PreeditCursor) : View.PlaceOf(GetEditor().GetCaret(), State->bCaretRowEnd);
+	float BlockTop = 0.0f;
+	if (!View.FindTop(Place.Block, BlockTop))
+	{
+		return false;
+	}
+	const FSlateRect Rect = GetTextRect(Geometry);
+	const float Width = GetCaretWidth(Geometry.GetAccumulatedScale());
+	// Blanks at the end of a full row hang outside; the caret stays where it can be seen.
+	const bool bWraps = Setup.AutoWrapText.Get();
+	const float X = FMath::RoundToFloat(Rect.Left + (bWraps ? FMath::Min(Place.X, Rect.Width()) : Place.X - View.GetScrollX()));
+	const float Y = FMath::RoundToFloat(Rect.Top + BlockTop + Place.Top);
+	OutRect = FSlateRect(X, Y, X + Width, Y + FMath::RoundToFloat(Place.Height));
+	return true;
+}
+
+bool SHostTextWidget::GetTextInputArea(FSlateRect& OutCaret) const
+{
+	if (!CanEdit())
+	{
+		return false;
+	}
+	if (!FindCaret(GetCachedGeometry(), OutCaret))
+	{
+		OutCaret = GetCachedGeometry().GetLayoutBoundingRect();
+	}
+	return true;
+}
+
+void SHostTextWidget::PaintBox(const FGeometry& Geometry, FSlateWindowElementList& Out, const FWidgetStyle& Style, bool bEnabled) const
+{
+	const FEditableTextBoxStyle& Box = *Setup.BoxStyle;
+	const FSlateBrush* Brush = &Box.BackgroundImageNormal;
+	if (!bEnabled)
+	{
+		Brush = &Box.BackgroundImageDisabled;
+	}
+	else if (HasKeyboardFocus())
+	{
+		Brush = &Box.BackgroundImageFocused;
+	}
+	else if (IsHovered())
+	{
+		Brush = &Box.BackgroundImageHovered;
+	}
+	else if (IsReadOnly())
+	{
+		Brush = &Box.BackgroundImageReadOnly;
+	}
+	const FLinearColor Fill = Setup.BackgroundColor.IsSet() ? Setup.BackgroundColor.Get().GetColor(Style) : FLinearColor::White;
+	Out.AddBrush(Geometry.GetLayoutBoundingRect(), *Brush, Fill, Style.GetColorAndOpacityTint());
+}
+
+void SHostTextWidget::PaintHint(const FSlateRect& Rect, FSlateWindowElementList& Out, const FWidgetStyle& Style) const
+{
+	if (!State->HintParagraph || Setup.HintText.Get().IsEmpty())
+	{
+		return;
+	}
+	const FColor Color = GetTextPaintColor(GetTextStyle().HintColor, Style);
+	State->HintParagraph->Wrap(Setup.AutoWrapText.Get() ? Rect.Width() : 0.0f);
+	for (int32 Line = 0; Line < State->HintParagraph->GetLineCount(); ++Line)
+	{
+		const FParagraphLine& Place = State->HintParagraph->GetLine(Line);
+		for (const FParagraphRun& Run : State->HintParagraph->GetRuns(Line))
+		{
+			Out.AddGlyphs(Rect.Left + Run.X, Rect.Top + Place.Top + Place.Baseline, Run.Glyphs, Color);
+		}
+	}
+}
+
+void SHostTextWidget::PaintRow(const FTextRow& Row, const FSlateRect& Rect, FSlateWindowElementList& Out, const FWidgetStyle& Style, bool bEnabled) const
+{
+	FTextView& View = GetView();
+	const FTextEditor& Editor = GetEditor();
+	const FParagraphLine& Line = Row.Paragraph->GetLine(Row.Row);
+	const float Left = Rect.Left - View.GetScrollX();
+	const float Top = Rect.Top + Row.Top;
+	const int32 LineIndex = Row.Block.Line;
+	TArray<FParagraphSpan> Spans;
+
+	const FTextLocation& Begin = Editor.GetSelectionBegin();
+	const FTextLocation& End = Editor.GetSelectionEnd();
+	if (Editor.HasSelection() && Begin.GetLineIndex() <= LineIndex && LineIndex <= End.GetLineIndex())
+	{
+		const int32 From = Begin.GetLineIndex() < LineIndex ? Row.Begin : FMath::Clamp(View.ToShown(Begin), Row.Begin, Row.End);
+		const int32 To = End.GetLineIndex() > LineIndex ? Row.End : FMath::Clamp(View.ToShown(End), Row.Begin, Row.End);
+		const FColor Color = GetTextPaintColor(HasKeyboardFocus() ? GetTextStyle().SelectionColor : GetTextStyle().InactiveSelectionColor, Style);
+		if (From < To)
+		{
+			Row.Paragraph->GetSpans(Row.Row, From - Row.SegmentBegin, To - Row.SegmentBegin, Spans);
+		}
+		for (const FParagraphSpan& Span : Spans)
+		{
+			Out.AddBox(FSlateRect(FMath::RoundToFloat(Left + Span.Left), Top, FMath::RoundToFloat(Left + Span.Right), Top + Line.Height), Color);
+		}
+		if (Row.bEndsLine && LineIndex < End.GetLineIndex())
+		{
+			const float X = FMath::RoundToFloat(Left + Row.Paragraph->GetCaretX(Row.Row, Row.End - Row.SegmentBegin));
+			Out.AddBox(FSlateRect(X, Top, X + SelectedBreakWidth * Out.GetScale(), Top + Line.Height), Color);
+		}
+	}
+
+	const FSlateColor& TextColor = !bEnabled ? GetTextStyle().DisabledColor : Setup.ForegroundColor.IsSet() ? Setup.ForegroundColor.Get() : GetTextStyle().ColorAndOpacity;
+	const FColor Color = GetTextPaintColor(TextColor, Style);
+	const float Baseline = Top + Line.Baseline;
+	for (const FParagraphRun& Run : Row.Paragraph->GetRuns(Row.Row))
+	{
+		if (Left + Run.X < Rect.Right && Left + Run.X + Run.Width > Rect.Left)
+		{
+			Out.AddGlyphs(Left + Run.X, Baseline, Run.Glyphs, Color);
+		}
+	}
+
+	if (View.HasPreedit() && View.GetPreeditPlace().GetLineIndex() == LineIndex)
+	{
+		const int32 From = FMath::Clamp(View.GetPreeditPlace().GetOffset(), Row.Begin, Row.End);
+		const int32 To = FMath::Clamp(View.GetPreeditPlace().GetOffset() + View.GetPreeditLength(), Row.Begin, Row.End);
+		Spans.Reset();
+		if (From < To)
+		{
+			Row.Paragraph->GetSpans(Row.Row, From - Row.SegmentBegin, To - Row.SegmentBegin, Spans);
+		}
+		const FFontLineMetrics& Metrics = View.GetMetrics();
+		const float Y = FMath::RoundToFloat(Baseline + Metrics.UnderlineOffset);
+		for (const FParagraphSpan& Span : Spans)
+		{
+			Out.AddBox(FSlateRect(FMath::RoundToFloat(Left + Span.Left), Y, FMath::RoundToFloat(Left + Span.Right), Y + FMath::Max(FMath::RoundToFloat(Metrics.LineThickness), 1.0f)), Color);
+		}
+	}
+}
+
+int32 SHostTextWidget::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect, FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const
+{
+	UpdateLayout(AllottedGeometry);
+	const float Scale = AllottedGeometry.GetAccumulatedScale();
+	const bool bEnabled = ShouldBeEnabled(bParentEnabled);
+	FTextView& View = GetView();
+	if (Setup.BoxStyle)
+	{
+		PaintBox(AllottedGeometry, OutDrawElements, InWidgetStyle, bEnabled);
+	}
+
+	const FSlateRect Rect = GetTextRect(AllottedGeometry);
+	FSlateRect Clip = Rect;
+	// A caret behind a full row stands in the padding.
+	Clip.Right += GetCaretWidth(Scale);
+	OutDrawElements.PushClip(Clip);
+	if (GetEditor().GetDocument().IsEmpty() && !View.HasPreedit())
+	{
+		PaintHint(Rect, OutDrawElements, InWidgetStyle);
+	}
+	View.ForEachRow([&](const FTextRow& Row) { PaintRow(Row, Rect, OutDrawElements, InWidgetStyle, bEnabled); });
+	FSlateRect Caret;
+	if (HasKeyboardFocus() && bEnabled && FHostFocus::Get().bWindowActive && IsCaretOn(Args.GetCurrentTime()) && FindCaret(AllottedGeometry, Caret))
+	{
+		OutDrawElements.AddBox(Caret, GetTextPaintColor(GetTextStyle().CaretColor, InWidgetStyle));
+	}
+	OutDrawElements.PopClip();
+
+	if (State->bBar)
+	{
+		const FScrollBarStyle& BarStyle = Setup.BoxStyle->ScrollBarStyle;
+		const FSlateRect Bar = GetBarRect(AllottedGeometry);
+		const FSlateRect Thumb = FScrollThumb::GetThumb(Bar, Rect.Height(), View.GetContentHeight(), View.GetScrollOffset(), BarStyle, Scale);
+		State->Thumb.Paint(Bar, Thumb, OutDrawElements, BarStyle, InWidgetStyle, Scale);
+	}
+	return LayerId;
+}

@@ -1,0 +1,149 @@
+#include "Host/SDockArea.h"
+
+#include "Framework/Application/SlateApplication.h"
+#include "Styling/AppStyle.h"
+#include "Widgets/Layout/SBorder.h"
+#include "Widgets/Layout/SBox.h"
+#include "Widgets/SBoxPanel.h"
+
+namespace
+{
+	constexpr float DockWellHeight = 32.0f;
+	constexpr float DockWellSide = 4.0f;
+
+	bool IsInside(const TSharedRef<SWidget>& Ancestor, TSharedPtr<SWidget> Widget)
+	{
+		while (Widget && Widget != Ancestor)
+		{
+			Widget = Widget->GetParentWidget();
+		}
+		return Widget.IsValid();
+	}
+}
+
+void SDockArea::Construct(const FArguments& InArgs)
+{
+	// clang-format off
+	ChildSlot
+	[
+		SNew(SVerticalBox)
+		+ SVerticalBox::Slot()
+		.AutoHeight()
+		[
+			SNew(SBorder)
+			.BorderImage(FAppStyle::GetBrush(TEXT("Window.Bar")))
+			.Padding(FMargin(DockWellSide, 0.0f))
+			[
+				SNew(SBox)
+				.HeightOverride(DockWellHeight)
+				.VAlign(VAlign_Bottom)
+				.HAlign(HAlign_Left)
+				[
+					SAssignNew(Well, SHorizontalBox)
+					.Clipping(EWidgetClipping::ClipToBounds)
+				]
+			]
+		]
+		+ SVerticalBox::Slot()
+		.FillHeight(1.0f)
+		[
+			SNew(SBorder)
+			.BorderImage(FAppStyle::GetBrush(TEXT("Window.Background")))
+			.Padding(FMargin(0.0f))
+			[
+				SAssignNew(ContentHolder, SBox)
+				.Clipping(EWidgetClipping::ClipToBounds)
+			]
+		]
+	];
+	// clang-format on
+}
+
+void SDockArea::AddTab(const TSharedRef<SDockTab>& Tab, bool bActivate)
+{
+	if (Tabs.Contains(Tab))
+	{
+		return;
+	}
+	Tabs.Add(Tab);
+	Tab->SetArea(SharedThis(this));
+	Well->AddSlot().AutoWidth()[Tab];
+	if (bActivate || Tabs.Num() == 1)
+	{
+		ActivateTab(Tab, ETabActivationCause::SetDirectly);
+	}
+}
+
+void SDockArea::RemoveTab(const TSharedRef<SDockTab>& Tab)
+{
+	const int32 Index = Tabs.Find(Tab);
+	if (Index == INDEX_NONE)
+	{
+		return;
+	}
+	const bool bWasActive = GetActiveTab() == Tab;
+	Tabs.RemoveAt(Index);
+	Well->RemoveSlot(Tab);
+	Tab->SetArea(nullptr);
+	if (!bWasActive)
+	{
+		return;
+	}
+	ActiveTab.Reset();
+	if (Tabs.Num() > 0)
+	{
+		ActivateTab(Tabs[FMath::Min(Index, Tabs.Num() - 1)], ETabActivationCause::SetDirectly);
+	}
+	else
+	{
+		RefreshContent();
+	}
+}
+
+void SDockArea::ActivateTab(const TSharedRef<SDockTab>& Tab, ETabActivationCause Cause)
+{
+	const TSharedPtr<SDockTab> Before = GetActiveTab();
+	if (Before == Tab || !Tabs.Contains(Tab))
+	{
+		return;
+	}
+	const TSharedPtr<SWidget> Focused = FSlateApplication::IsInitialized() ? FSlateApplication::Get().GetKeyboardFocusedWidget() : nullptr;
+	const bool bTakeFocus = Focused && IsInside(ContentHolder.ToSharedRef(), Focused);
+	if (Before && bTakeFocus)
+	{
+		Before->LastFocused = Focused;
+	}
+	ActiveTab = Tab;
+	RefreshContent();
+	if (FSlateApplication::IsInitialized() && (bTakeFocus || !Focused))
+	{
+		// The keyboard must not stay in a content that is out of sight.
+		const TSharedPtr<SWidget> Last = Tab->LastFocused.Pin();
+		FSlateApplication::Get().SetKeyboardFocus(Last ? Last : nullptr, EFocusCause::SetDirectly);
+	}
+	Tab->NotifyActivated(Cause);
+}
+
+void SDockArea::RefreshContent()
+{
+	const TSharedPtr<SDockTab> Tab = GetActiveTab();
+	ContentHolder->SetContent(Tab ? Tab->GetContent() : SNullWidget::NullWidget);
+}
+
+TSharedRef<SDockTab> SDockArea::GetNeighbour(const TSharedRef<SDockTab>& Tab, int32 Distance) const
+{
+	const int32 Count = Tabs.Num();
+	const int32 Index = Tabs.Find(Tab);
+	return Index == INDEX_NONE ? Tab : Tabs[((Index + Distance) % Count + Count) % Count];
+}
+
+FReply SDockArea::OnKeyDown(const FGeometry& MyGeometry, const FKeyEvent& InKeyEvent)
+{
+	const TSharedPtr<SDockTab> Tab = GetActiveTab();
+	if (!Tab || InKeyEvent.GetKey() != EKeys::Tab || !InKeyEvent.IsControlDown())
+	{
+		return FReply::Unhandled();
+	}
+	ActivateTab(GetNeighbour(Tab.ToSharedRef(), InKeyEvent.IsShiftDown() ? -1 : 1), ETabActivationCause::SetDirectly);
+	return FReply::Handled();
+}

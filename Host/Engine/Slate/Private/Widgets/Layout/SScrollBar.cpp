@@ -1,0 +1,121 @@
+#include "Widgets/Layout/SScrollBar.h"
+
+#include "Rendering/DrawElements.h"
+#include "Styling/AppStyle.h"
+
+void SScrollBar::Construct(const FArguments& InArgs)
+{
+	SetCanTick(false);
+	Style = InArgs._Style ? InArgs._Style : &FAppStyle::Get().GetWidgetStyle<FScrollBarStyle>("ScrollBar");
+	Orientation = InArgs._Orientation;
+	Room = InArgs._Room > 0.0f ? InArgs._Room : Style->Room;
+	UserScrolledHandler = InArgs._OnUserScrolled;
+}
+
+void SScrollBar::SetState(float InOffsetFraction, float InThumbSizeFraction)
+{
+	ThumbSizeFraction = FMath::Clamp(InThumbSizeFraction, 0.0f, 1.0f);
+	OffsetFraction = FMath::Clamp(InOffsetFraction, 0.0f, 1.0f - ThumbSizeFraction);
+}
+
+void SScrollBar::GetThumb(float BarLength, float& OutStart, float& OutEnd) const
+{
+	const float Length = FMath::Min(FMath::Max(BarLength * ThumbSizeFraction, Style->MinThumbLength), BarLength);
+	const float Hidden = 1.0f - ThumbSizeFraction;
+	OutStart = Hidden > 0.0f ? (BarLength - Length) * OffsetFraction / Hidden : 0.0f;
+	OutEnd = OutStart + Length;
+}
+
+void SScrollBar::DragTo(float ThumbStart, float BarLength)
+{
+	float Start = 0.0f;
+	float End = 0.0f;
+	GetThumb(BarLength, Start, End);
+	const float Way = BarLength - (End - Start);
+	const float Share = Way > 0.0f ? FMath::Clamp(ThumbStart / Way, 0.0f, 1.0f) : 0.0f;
+	OffsetFraction = Share * (1.0f - ThumbSizeFraction);
+	UserScrolledHandler.ExecuteIfBound(OffsetFraction);
+}
+
+FReply SScrollBar::OnMouseButtonDown(const FGeometry& MyGeometry, const FPointerEvent& MouseEvent)
+{
+	if (MouseEvent.GetEffectingButton() != EKeys::LeftMouseButton || !IsNeeded())
+	{
+		return FReply::Unhandled();
+	}
+	const float BarLength = GetAlong(MyGeometry.GetLocalSize());
+	const float Where = GetAlong(MyGeometry.AbsoluteToLocal(MouseEvent.GetScreenSpacePosition()));
+	float Start = 0.0f;
+	float End = 0.0f;
+	GetThumb(BarLength, Start, End);
+	bDragging = true;
+	if (Where >= Start && Where < End)
+	{
+		GrabOffset = Where - Start;
+	}
+	else
+	{
+		// Beside the thumb: it jumps under the pointer and can be dragged on from there.
+		GrabOffset = (End - Start) * 0.5f;
+		DragTo(Where - GrabOffset, BarLength);
+	}
+	return FReply::Handled().CaptureMouse(AsShared());
+}
+
+FReply SScrollBar::OnMouseButtonDoubleClick(const FGeometry& MyGeometry, const FPointerEvent& MouseEvent)
+{
+	return OnMouseButtonDown(MyGeometry, MouseEvent);
+}
+
+FReply SScrollBar::OnMouseButtonUp(const FGeometry& MyGeometry, const FPointerEvent& MouseEvent)
+{
+	if (MouseEvent.GetEffectingButton() != EKeys::LeftMouseButton || !bDragging)
+	{
+		return FReply::Unhandled();
+	}
+	bDragging = false;
+	return FReply::Handled().ReleaseMouseCapture();
+}
+
+FReply SScrollBar::OnMouseMove(const FGeometry& MyGeometry, const FPointerEvent& MouseEvent)
+{
+	const float BarLength = GetAlong(MyGeometry.GetLocalSize());
+	const float Where = GetAlong(MyGeometry.AbsoluteToLocal(MouseEvent.GetScreenSpacePosition()));
+	if (bDragging)
+	{
+		DragTo(Where - GrabOffset, BarLength);
+	}
+	float Start = 0.0f;
+	float End = 0.0f;
+	GetThumb(BarLength, Start, End);
+	bThumbHovered = IsHovered() && Where >= Start && Where < End;
+	return bDragging ? FReply::Handled() : FReply::Unhandled();
+}
+
+FVector2D SScrollBar::ComputeDesiredSize(float LayoutScaleMultiplier) const
+{
+	return Orientation == Orient_Vertical ? FVector2D(Room, 0.0) : FVector2D(0.0, Room);
+}
+
+int32 SScrollBar::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect, FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const
+{
+	if (!IsNeeded())
+	{
+		return LayerId;
+	}
+	const FVector2D& Size = AllottedGeometry.GetLocalSize();
+	const bool bActive = bDragging || bThumbHovered;
+	const double Across = Orientation == Orient_Vertical ? Size.X : Size.Y;
+	const double Width = FMath::Min(static_cast<double>(bActive ? Style->ActiveThumbWidth : Style->ThumbWidth), Across);
+	float Start = 0.0f;
+	float End = 0.0f;
+	GetThumb(GetAlong(Size), Start, End);
+	const double Side = (Across - Width) * 0.5;
+	FSlateRect Thumb = Orientation == Orient_Vertical ? AllottedGeometry.ToDevice(FVector2D(Side, Start), FVector2D(Width, End - Start)) : AllottedGeometry.ToDevice(FVector2D(Start, Side), FVector2D(End - Start, Width));
+	Thumb = FSlateRect(FMath::RoundToFloat(Thumb.Left), FMath::RoundToFloat(Thumb.Top), FMath::RoundToFloat(Thumb.Right), FMath::RoundToFloat(Thumb.Bottom));
+	const FSlateColor& Which = bDragging ? Style->DraggedThumb : (bThumbHovered ? Style->HoveredThumb : Style->NormalThumb);
+	const float Radius = static_cast<float>(Width) * 0.5f * AllottedGeometry.GetAccumulatedScale();
+	const FLinearColor Color = Which.GetColor(InWidgetStyle) * InWidgetStyle.GetColorAndOpacityTint();
+	OutDrawElements.AddRoundedBox(Thumb, FVector4f(Radius, Radius, Radius, Radius), Color.ToFColorSRGB(), FColor(0, 0, 0, 0), 0.0f);
+	return LayerId;
+}

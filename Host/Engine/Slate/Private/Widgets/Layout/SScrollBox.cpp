@@ -1,0 +1,480 @@
+#include "Widgets/Layout/SScrollBox.h"
+
+#include "Framework/Application/SlateApplication.h"
+#include "Layout/LayoutUtils.h"
+
+#include <algorithm>
+
+namespace
+{
+	constexpr double WheelNotch = 48.0;
+	constexpr double ArrowStep = 24.0;
+	/** Of a page, what stays in view when turning it. */
+	constexpr double PageOverlap = 32.0;
+	/** Content that is longer than its view by no more than this fits. */
+	constexpr double ScrollTolerance = 0.01;
+	constexpr uint8 PendingViewTries = 4;
+	/** Stands for the frame to come. */
+	constexpr uint64 NextFrame = ~uint64(0);
+
+	uint64 GetCurrentFrame()
+	{
+		return FSlateApplication::IsInitialized() ? FSlateApplication::Get().GetFrameStats().FrameCount : 0;
+	}
+}
+
+int32 SScrollBox::FAllChildren::Num() const
+{
+	return Box.Slots.Num() + 1;
+}
+
+TSharedRef<SWidget> SScrollBox::FAllChildren::GetChildAt(int32 Index) const
+{
+	return Index < Box.Slots.Num() ? Box.Slots.GetChildAt(Index) : Box.BarSlot.GetWidget();
+}
+
+SWidget& SScrollBox::FAllChildren::GetChildRefAt(int32 Index) const
+{
+	return Index < Box.Slots.Num() ? Box.Slots.GetChildRefAt(Index) : Box.BarSlot.GetWidgetRef();
+}
+
+SScrollBox::SScrollBox()
+	: Slots(this)
+	, AllChildren(*this)
+{
+	SetCanTick(false);
+	SetClipping(EWidgetClipping::ClipToBounds);
+	BarSlot.SetOwner(this);
+}
+
+void SScrollBox::Construct(const FArguments& InArgs)
+{
+	Orientation = InArgs._Orientation;
+	ConsumeMouseWheel = InArgs._ConsumeMouseWheel;
+	bBarAlwaysVisible = InArgs._ScrollBarAlwaysVisible;
+	UserScrolledHandler = InArgs._OnUserScrolled;
+	BarVisibility = InArgs._ScrollBarVisibility;
+	Bar = SNew(SScrollBar)
+		.Style(InArgs._ScrollBarStyle)
+		.Orientation(Orientation)
+		.Room(static_cast<float>(Orientation == Orient_Vertical ? InArgs._ScrollBarThickness.X : InArgs._ScrollBarThickness.Y))
+		.OnUserScrolled(this, &SScrollBox::OnBarScrolled);
+	BarSlot.AttachWidget(Bar.ToSharedRef());
+	Slots.AddSlots(InArgs._Slots);
+}
+
+float SScrollBox::GetScrollOffsetOfEnd() const
+{
+	return static_cast<float>(GetEnd());
+}
+
+float SScrollBox::GetScrollOffsetFraction() const
+{
+	const double End = GetEnd();
+	return End > 0.0 ? static_cast<float>(Offset / End) : 0.0f;
+}
+
+float SScrollBox::GetViewFraction() const
+{
+	const double Length = GetContentLength();
+	return Length > 0.0 ? static_cast<float>(FMath::Min(ViewLength / Length, 1.0)) : 1.0f;
+}
+
+void SScrollBox::SetScrollOffset(float NewScrollOffset)
+{
+	Offset = FMath::Max(static_cast<double>(NewScrollOffset), 0.0);
+	Hold = EHold::Offset;
+	HoldFrame = NextFrame;
+	PendingView.Reset();
+}
+
+void SScrollBox::ScrollToEnd()
+{
+	Hold = EHold::End;
+	PendingView.Reset();
+}
+
+void SScrollBox::ScrollDescendantIntoView(const TSharedPtr<SWidget>& WidgetToScrollIntoView, bool bAnimateScroll, EDescendantScrollDestination Destination, float Padding)
+{
+	PendingView = WidgetToScrollIntoView;
+	PendingDestination = Destination;
+	PendingPadding = Padding;
+	PendingTries = PendingViewTries;
+}
+
+bool SScrollBox::IsHoldFresh() const
+{
+	return HoldFrame == NextFrame || HoldFrame == GetCurrentFrame();
+}
+
+int32 SScrollBox::FindFirstInView() const
+{
+	// Starts[i + 1] is where child i ends.
+	const double* First = Starts.GetData();
+	const int32 Count = FMath::Max(Starts.Num() - 1, 0);
+	return Count > 0 ? static_cast<int32>(std::upper_bound(First + 1, First + 1 + Count, Offset) - (First + 1)) : 0;
+}
+
+void SScrollBox::PickAnchor(int32 Index) const
+{
+	if (Index < 0 || Index >= Slots.Num() || Index + 1 >= Starts.Num())
+	{
+		AnchorIndex = INDEX_NONE;
+		AnchorWidget.Reset();
+		return;
+	}
+	if (AnchorIndex != Index || !AnchorWidget.HasSameObject(&Slots.GetChildRefAt(Index)))
+	{
+		AnchorIndex = Index;
+		AnchorWidget = Slots.GetChildAt(Index);
+	}
+	AnchorDistance = Starts[Index] - Offset;
+}
+
+int32 SScrollBox::FindAnchor() const
+{
+	const TSharedPtr<SWidget> Widget = AnchorWidget.Pin();
+	if (!Widget)
+	{
+		return INDEX_NONE;
+	}
+	if (AnchorIndex >= 0 && AnchorIndex < Slots.Num() && &Slots.GetChildRefAt(AnchorIndex) == Widget.Get())
+	{
+		return AnchorIndex;
+	}
+	for (int32 Index = 0; Index < Slots.Num(); ++Index)
+	{
+		if (&Slots.GetChildRefAt(Index) == Widget.Get())
+		{
+			return Index;
+		}
+	}
+	return INDEX_NONE;
+}
+
+void SScrollBox::UpdateStarts() const
+{
+	const int32 Count = Slots.Num();
+	const bool bOtherCount = Lengths.Num() != Count;
+	int32 FirstChanged = bOtherCount ? 0 : Count;
+	double Across = 0.0;
+	// Anchored by the old offsets, before a length is overwritten.
+	const bool bReleaseAnchor = Hold == EHold::Anchor && !IsHoldFresh();
+	if (bReleaseAnchor)
+	{
+		Hold = EHold::FirstInView;
+		if (!bOtherCount)
+		{
+			PickAnchor(FindFirstInView());
+		}
+	}
+	Lengths.SetNum(Count);
+	for (int32 Index = 0; Index < Count; ++Index)
+	{
+		const FSlot& Slot = Slots[Index];
+		const SWidget& Child = Slot.GetWidgetRef();
+		double Length = 0.0;
+		if (!Child.GetVisibility().IsCollapsed())
+		{
+			const FVector2D Size = Child.GetDesiredSize() + Slot.GetPadding().GetDesiredSize();
+			Length = GetAlong(Size);
+			Across = FMath::Max(Across, GetAcross(Size));
+		}
+		if (Lengths[Index] != Length)
+		{
+			Lengths[Index] = Length;
+			FirstChanged = FMath::Min(FirstChanged, Index);
+		}
+	}
+	ContentAcross = Across;
+	if (FirstChanged == Count && Starts.Num() == Count + 1)
+	{
+		return;
+	}
+	Starts.SetNum(Count + 1);
+	Starts[0] = 0.0;
+	for (int32 Index = FMath::Min(FirstChanged, Count); Index < Count; ++Index)
+	{
+		Starts[Index + 1] = Starts[Index] + Lengths[Index];
+	}
+	// At the very start one looks at the start, not at a child.
+	if ((Hold == EHold::FirstInView && Offset > 0.0) || Hold == EHold::Anchor)
+	{
+		const int32 Anchor = FindAnchor();
+		if (Anchor != INDEX_NONE)
+		{
+			AnchorIndex = Anchor;
+			Offset = Starts[Anchor] - AnchorDistance;
+		}
+	}
+}
+
+void SScrollBox::UpdateView(const FVector2D& Size) const
+{
+	ViewLength = GetAlong(Size);
+	if (Starts.Num() != Slots.Num() + 1)
+	{
+		// Children came or went since the last measuring.
+		UpdateStarts();
+	}
+	const bool bMayShow = !BarVisibility.IsSet() || BarVisibility.Get().IsVisible();
+	bBarShown = bMayShow && (bBarAlwaysVisible || GetContentLength() > ViewLength + ScrollTolerance);
+	if (bBarShown != bBarMeasured)
+	{
+		const_cast<SScrollBox*>(this)->Invalidate(EInvalidateWidgetReason::Layout);
+	}
+
+	const double End = GetEnd();
+	Offset = Hold == EHold::End ? End : FMath::Clamp(Offset, 0.0, End);
+	if (Hold == EHold::Offset && !IsHoldFresh())
+	{
+		Hold = EHold::FirstInView;
+	}
+	if (Hold == EHold::Anchor)
+	{
+		const int32 Anchor = FindAnchor();
+		if (Anchor == INDEX_NONE || Starts[Anchor + 1] <= Offset)
+		{
+			PickAnchor(FindFirstInView());
+		}
+		else if (Starts[Anchor] >= Offset + ViewLength)
+		{
+			// Scrolled up by more than a view: the last child in view lies closest to what was seen before.
+			const double* First = Starts.GetData();
+			PickAnchor(static_cast<int32>(std::lower_bound(First, First + Slots.Num(), Offset + ViewLength) - First) - 1);
+		}
+		else
+		{
+			PickAnchor(Anchor);
+		}
+	}
+	else
+	{
+		PickAnchor(FindFirstInView());
+	}
+	const double Length = GetContentLength();
+	Bar->SetState(Length > 0.0 ? static_cast<float>(Offset / Length) : 0.0f, Length > ViewLength + ScrollTolerance ? static_cast<float>(ViewLength / Length) : 1.0f);
+}
+
+FVector2D SScrollBox::ComputeDesiredSize(float LayoutScaleMultiplier) const
+{
+	UpdateStarts();
+	bBarMeasured = bBarShown;
+	const double Across = ContentAcross + (bBarShown ? Bar->GetRoom() : 0.0f);
+	return Orientation == Orient_Vertical ? FVector2D(Across, GetContentLength()) : FVector2D(GetContentLength(), Across);
+}
+
+void SScrollBox::OnArrangeChildren(const FGeometry& AllottedGeometry, FArrangedChildren& ArrangedChildren) const
+{
+	const FVector2D& Size = AllottedGeometry.GetLocalSize();
+	UpdateView(Size);
+	const bool bVertical = Orientation == Orient_Vertical;
+	const double Room = bBarShown ? Bar->GetRoom() : 0.0;
+	const float Across = static_cast<float>(FMath::Max(GetAcross(Size) - Room, 0.0));
+	// Whole pixels, so that text and boxes move together.
+	const double Scale = AllottedGeometry.GetAccumulatedScale();
+	const double Shown = FMath::RoundToFloat(Offset * Scale) / Scale;
+
+	const double* First = Starts.GetData();
+	const int32 Count = Slots.Num();
+	// A child that ends at the view's very edge counts when it has no length at all.
+	int32 Index = static_cast<int32>(std::lower_bound(First + 1, First + 1 + Count, Offset) - (First + 1));
+	for (; Index < Count && Starts[Index] <= Offset + ViewLength; ++Index)
+	{
+		if (Starts[Index + 1] <= Offset && Lengths[Index] > 0.0)
+		{
+			continue;
+		}
+		const FSlot& Slot = Slots[Index];
+		const TSharedRef<SWidget>& Widget = Slot.GetWidget();
+		const EVisibility Visibility = Widget->GetVisibility();
+		if (Visibility.IsCollapsed())
+		{
+			continue;
+		}
+		const FVector2D& Desired = Widget->GetDesiredSize();
+		const FMargin Padding = Slot.GetPadding();
+		const float Length = static_cast<float>(Lengths[Index]);
+		const FAlignedAxis X = AlignChild(Slot.GetHorizontalAlignment(), bVertical ? Across : Length, static_cast<float>(Desired.X), Padding);
+		const FAlignedAxis Y = AlignChild(Slot.GetVerticalAlignment(), bVertical ? Length : Across, static_cast<float>(Desired.Y), Padding);
+		const double Along = Starts[Index] - Shown;
+		const FVector2D Position = bVertical ? FVector2D(X.Offset, Along + Y.Offset) : FVector2D(Along + X.Offset, Y.Offset);
+		ArrangedChildren.AddWidget(Visibility, FArrangedWidget(Widget, AllottedGeometry.MakeChild(Position, FVector2D(X.Size, Y.Size))));
+	}
+	if (bBarShown)
+	{
+		const FVector2D BarCorner = bVertical ? FVector2D(Across, 0.0) : FVector2D(0.0, Across);
+		const FVector2D BarSize = bVertical ? FVector2D(Room, Size.Y) : FVector2D(Size.X, Room);
+		ArrangedChildren.AddWidget(FArrangedWidget(BarSlot.GetWidget(), AllottedGeometry.MakeChild(BarCorner, BarSize)));
+	}
+}
+
+int32 SScrollBox::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect, FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const
+{
+	if (HoldFrame == NextFrame)
+	{
+		HoldFrame = GetCurrentFrame();
+	}
+	const int32 Result = SPanel::OnPaint(Args, AllottedGeometry, MyCullingRect, OutDrawElements, LayerId, InWidgetStyle, bParentEnabled);
+	if (PendingTries > 0)
+	{
+		SettlePendingView(AllottedGeometry.GetAccumulatedScale());
+	}
+	return Result;
+}
+
+void SScrollBox::SettlePendingView(float Scale) const
+{
+	--PendingTries;
+	const TSharedPtr<SWidget> Target = PendingView.Pin();
+	TSharedPtr<SWidget> Row = Target;
+	while (Row && Row->GetParentWidget().Get() != this)
+	{
+		Row = Row->GetParentWidget();
+	}
+	int32 Index = INDEX_NONE;
+	for (int32 Candidate = 0; Row && Candidate < Slots.Num() && Index == INDEX_NONE; ++Candidate)
+	{
+		Index = &Slots.GetChildRefAt(Candidate) == Row.Get() ? Candidate : INDEX_NONE;
+	}
+	if (Index == INDEX_NONE)
+	{
+		PendingTries = 0;
+		return;
+	}
+	double Begin = Starts[Index];
+	double Length = Lengths[Index];
+	const bool bRowInView = Begin < Offset + ViewLength && Begin + Length > Offset;
+	if (Target != Row && bRowInView)
+	{
+		// The row has just been painted, so the places inside it are those of this walk.
+		const FGeometry& Inner = Target->GetCachedGeometry();
+		Begin = Offset + GetAlong(Inner.GetAbsolutePosition() - GetCachedGeometry().GetAbsolutePosition()) / Scale;
+		Length = GetAlong(Inner.GetLocalSize());
+	}
+	Begin -= PendingPadding;
+	Length += PendingPadding * 2.0;
+	double Wanted = Offset;
+	switch (PendingDestination)
+	{
+	case EDescendantScrollDestination::IntoView:
+		if (Begin < Offset || Length > ViewLength)
+		{
+			Wanted = Begin;
+		}
+		else if (Begin + Length > Offset + ViewLength)
+		{
+			Wanted = Begin + Length - ViewLength;
+		}
+		break;
+	case EDescendantScrollDestination::TopOrLeft:
+		Wanted = Begin;
+		break;
+	case EDescendantScrollDestination::Center:
+		Wanted = Begin + (Length - ViewLength) * 0.5;
+		break;
+	case EDescendantScrollDestination::BottomOrRight:
+		Wanted = Begin + Length - ViewLength;
+		break;
+	}
+	Wanted = FMath::Clamp(Wanted, 0.0, GetEnd());
+	if (FMath::Abs(Wanted - Offset) <= ScrollTolerance)
+	{
+		PendingTries = bRowInView ? 0 : PendingTries;
+		return;
+	}
+	Offset = Wanted;
+	Hold = EHold::Offset;
+	HoldFrame = GetCurrentFrame();
+	const_cast<SScrollBox*>(this)->Invalidate(EInvalidateWidgetReason::Layout);
+}
+
+bool SScrollBox::ScrollByUser(double Distance)
+{
+	const double Target = FMath::Clamp(Offset + Distance, 0.0, GetEnd());
+	if (FMath::Abs(Target - Offset) <= ScrollTolerance)
+	{
+		return false;
+	}
+	AnchorDistance -= Target - Offset;
+	Offset = Target;
+	Hold = EHold::Anchor;
+	HoldFrame = NextFrame;
+	PendingView.Reset();
+	UserScrolledHandler.ExecuteIfBound(static_cast<float>(Offset));
+	return true;
+}
+
+void SScrollBox::OnBarScrolled(float OffsetFraction)
+{
+	SetScrollOffset(static_cast<float>(FMath::Min(OffsetFraction * GetContentLength(), GetEnd())));
+	UserScrolledHandler.ExecuteIfBound(static_cast<float>(Offset));
+}
+
+FReply SScrollBox::OnMouseWheel(const FGeometry& MyGeometry, const FPointerEvent& MouseEvent)
+{
+	if (ConsumeMouseWheel == EConsumeMouseWheel::Never)
+	{
+		return FReply::Unhandled();
+	}
+	const FVector2D& Wheel = MouseEvent.GetWheelDelta2D();
+	const bool bSideways = MouseEvent.IsShiftDown();
+	double Notches = 0.0;
+	if (Orientation == Orient_Vertical)
+	{
+		Notches = bSideways ? 0.0 : -Wheel.Y;
+	}
+	else
+	{
+		// A plain wheel belongs to the column around this row.
+		Notches = Wheel.X != 0.0 ? Wheel.X : (bSideways ? -Wheel.Y : 0.0);
+	}
+	if (Notches == 0.0)
+	{
+		return FReply::Unhandled();
+	}
+	const bool bMoved = ScrollByUser(Notches * WheelNotch);
+	return bMoved || ConsumeMouseWheel == EConsumeMouseWheel::Always ? FReply::Handled() : FReply::Unhandled();
+}
+
+FReply SScrollBox::OnKeyDown(const FGeometry& MyGeometry, const FKeyEvent& InKeyEvent)
+{
+	if (InKeyEvent.GetModifierKeys().AnyModifiersDown())
+	{
+		return FReply::Unhandled();
+	}
+	const FKey Key = InKeyEvent.GetKey();
+	const bool bVertical = Orientation == Orient_Vertical;
+	const double Page = FMath::Max(ViewLength - PageOverlap, ViewLength * 0.5);
+	bool bMoved = false;
+	if (Key == (bVertical ? EKeys::Up : EKeys::Left))
+	{
+		bMoved = ScrollByUser(-ArrowStep);
+	}
+	else if (Key == (bVertical ? EKeys::Down : EKeys::Right))
+	{
+		bMoved = ScrollByUser(ArrowStep);
+	}
+	else if (Key == EKeys::PageUp)
+	{
+		bMoved = bVertical && ScrollByUser(-Page);
+	}
+	else if (Key == EKeys::PageDown)
+	{
+		bMoved = bVertical && ScrollByUser(Page);
+	}
+	else if (Key == EKeys::Home)
+	{
+		bMoved = bVertical && ScrollByUser(-GetContentLength());
+	}
+	else if (Key == EKeys::End && bVertical)
+	{
+		bMoved = ScrollByUser(GetContentLength());
+		if (bMoved)
+		{
+			// The end stays the end while rows that come into view turn out longer.
+			ScrollToEnd();
+		}
+	}
+	return bMoved ? FReply::Handled() : FReply::Unhandled();
+}

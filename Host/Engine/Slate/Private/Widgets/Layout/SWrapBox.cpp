@@ -1,0 +1,166 @@
+#include "Widgets/Layout/SWrapBox.h"
+
+#include "Layout/LayoutUtils.h"
+
+namespace
+{
+	/** Longer than any line: nothing wraps. */
+	constexpr float EndlessLine = 1.0e9f;
+	/** What rounding may add to the children of a line before one of them is moved to the next. */
+	constexpr float LineTolerance = 0.01f;
+}
+
+void SWrapBox::FSlot::Construct(const FSlotArguments& Arguments)
+{
+	bFillEmptySpace = Arguments._bFillEmptySpace;
+	bForceNewLine = Arguments._bForceNewLine;
+	ConstructLayout(Arguments);
+}
+
+void SWrapBox::FSlot::SetFillEmptySpace(bool bInFill)
+{
+	bFillEmptySpace = bInFill;
+	InvalidateLayout();
+}
+
+void SWrapBox::FSlot::SetForceNewLine(bool bInForce)
+{
+	bForceNewLine = bInForce;
+	InvalidateLayout();
+}
+
+SWrapBox::SWrapBox()
+	: Children(this)
+{
+	SetCanTick(false);
+}
+
+void SWrapBox::Construct(const FArguments& InArgs)
+{
+	AssignSizeAttribute(PreferredSize, InArgs._PreferredSize);
+	HAlign = InArgs._HAlign;
+	InnerSlotPadding = InArgs._InnerSlotPadding;
+	Orientation = InArgs._Orientation;
+	bUseAllottedSize = InArgs._UseAllottedSize;
+	Children.AddSlots(InArgs._Slots);
+}
+
+void SWrapBox::SetInnerSlotPadding(const FVector2D& InPadding)
+{
+	InnerSlotPadding = InPadding;
+	Invalidate(EInvalidateWidgetReason::Layout);
+}
+
+float SWrapBox::GetLineLength(float Allotted) const
+{
+	if (!bUseAllottedSize)
+	{
+		return PreferredSize.Get();
+	}
+	return Allotted > 0.0f ? Allotted : EndlessLine;
+}
+
+FVector2D SWrapBox::BreakLines(float LineLength) const
+{
+	const bool bHorizontal = Orientation == Orient_Horizontal;
+	const float Gap = static_cast<float>(bHorizontal ? InnerSlotPadding.X : InnerSlotPadding.Y);
+	const float LineGap = static_cast<float>(bHorizontal ? InnerSlotPadding.Y : InnerSlotPadding.X);
+	Placed.Reset();
+	Lines.Reset();
+	float Longest = 0.0f;
+	// Length with the forced breaks alone.
+	float Natural = 0.0f;
+	float LongestNatural = 0.0f;
+	for (int32 Index = 0; Index < Children.Num(); ++Index)
+	{
+		const FSlot& Slot = Children[Index];
+		const SWidget& Child = Slot.GetWidgetRef();
+		if (Child.GetVisibility().IsCollapsed())
+		{
+			continue;
+		}
+		const FVector2D Size = Child.GetDesiredSize() + Slot.GetPadding().GetDesiredSize();
+		const float Wanted = static_cast<float>(bHorizontal ? Size.X : Size.Y);
+		const float Length = FMath::Min(Wanted, LineLength);
+		const float Thickness = static_cast<float>(bHorizontal ? Size.Y : Size.X);
+		const bool bFirst = Lines.Num() == 0;
+		const bool bForced = bFirst || Slot.ForcesNewLine();
+		if (bForced || Lines.Last().Length + Gap + Length > LineLength + LineTolerance)
+		{
+			FLine Line;
+			Line.Across = bFirst ? 0.0f : Lines.Last().Across + Lines.Last().Thickness + LineGap;
+			Line.FirstPlaced = Placed.Num();
+			Lines.Add(Line);
+		}
+		FLine& Line = Lines.Last();
+		FPlaced Place;
+		Place.Index = Index;
+		Place.Line = Lines.Num() - 1;
+		Place.Along = Line.FirstPlaced == Placed.Num() ? 0.0f : Line.Length + Gap;
+		Place.Length = Length;
+		Placed.Add(Place);
+		Line.Length = Place.Along + Length;
+		Line.Thickness = FMath::Max(Line.Thickness, Thickness);
+		Longest = FMath::Max(Longest, Line.Length);
+		Natural = bForced ? Wanted : Natural + Gap + Wanted;
+		LongestNatural = FMath::Max(LongestNatural, Natural);
+	}
+	const float Along = bUseAllottedSize ? LongestNatural : Longest;
+	const float Across = Lines.Num() > 0 ? Lines.Last().Across + Lines.Last().Thickness : 0.0f;
+	return bHorizontal ? FVector2D(Along, Across) : FVector2D(Across, Along);
+}
+
+FVector2D SWrapBox::ComputeDesiredSize(float LayoutScaleMultiplier) const
+{
+	return Measured = BreakLines(GetLineLength(LastAllotted));
+}
+
+void SWrapBox::OnArrangeChildren(const FGeometry& AllottedGeometry, FArrangedChildren& ArrangedChildren) const
+{
+	const bool bHorizontal = Orientation == Orient_Horizontal;
+	const FVector2D& Size = AllottedGeometry.GetLocalSize();
+	const float Allotted = static_cast<float>(bHorizontal ? Size.X : Size.Y);
+	if (Allotted > 0.0f)
+	{
+		LastAllotted = Allotted;
+	}
+	const float LineLength = GetLineLength(Allotted);
+	const FVector2D Desired = BreakLines(LineLength);
+	if (!Desired.Equals(Measured, 0.01))
+	{
+		const_cast<SWrapBox*>(this)->Invalidate(EInvalidateWidgetReason::Layout);
+	}
+	const float Room = bUseAllottedSize || Allotted > 0.0f ? Allotted : LineLength;
+	const EHorizontalAlignment Alignment = HAlign.Get();
+	int32 CurrentLine = -1;
+	float Start = 0.0f;
+	float Grown = 0.0f;
+	for (const FPlaced& Place : Placed)
+	{
+		const FSlot& Slot = Children[Place.Index];
+		const FLine& Line = Lines[Place.Line];
+		if (Place.Line != CurrentLine)
+		{
+			CurrentLine = Place.Line;
+			const float Slack = FMath::Max(Room - Line.Length, 0.0f);
+			Start = Alignment == HAlign_Center ? Slack * 0.5f : (Alignment == HAlign_Right ? Slack : 0.0f);
+			Grown = 0.0f;
+		}
+		float Length = Place.Length;
+		const float Along = Start + Place.Along + Grown;
+		if (Slot.FillsEmptySpace() && Grown == 0.0f)
+		{
+			Grown = FMath::Max(Room - Start - Line.Length, 0.0f);
+			Length += Grown;
+		}
+		const TSharedRef<SWidget>& Widget = Slot.GetWidget();
+		const FVector2D& Wanted = Widget->GetDesiredSize();
+		const FMargin Padding = Slot.GetPadding();
+		const float SlotX = bHorizontal ? Length : Line.Thickness;
+		const float SlotY = bHorizontal ? Line.Thickness : Length;
+		const FAlignedAxis X = AlignChild(Slot.GetHorizontalAlignment(), SlotX, static_cast<float>(Wanted.X), Padding);
+		const FAlignedAxis Y = AlignChild(Slot.GetVerticalAlignment(), SlotY, static_cast<float>(Wanted.Y), Padding);
+		const FVector2D Position = bHorizontal ? FVector2D(Along + X.Offset, Line.Across + Y.Offset) : FVector2D(Line.Across + X.Offset, Along + Y.Offset);
+		ArrangedChildren.AddWidget(Widget->GetVisibility(), FArrangedWidget(Widget, AllottedGeometry.MakeChild(Position, FVector2D(X.Size, Y.Size))));
+	}
+}

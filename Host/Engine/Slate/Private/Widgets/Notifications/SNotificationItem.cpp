@@ -1,0 +1,238 @@
+#include "Widgets/Notifications/SNotificationList.h"
+
+#include "HAL/PlatformTime.h"
+#include "Host/HostWidgetPaint.h"
+#include "Rendering/DrawElements.h"
+#include "Styling/AppStyle.h"
+#include "Widgets/Images/SImage.h"
+#include "Widgets/Images/SThrobber.h"
+#include "Widgets/Input/SButton.h"
+#include "Widgets/Input/SHyperlink.h"
+#include "Widgets/Layout/SBox.h"
+#include "Widgets/SBoxPanel.h"
+#include "Widgets/Text/STextBlock.h"
+
+namespace
+{
+	constexpr float ToastWidth = 360.0f;
+	constexpr float ToastPadding = 12.0f;
+	constexpr float ToastLineHeight = 18.0f;
+	constexpr float ToastMarkSize = 20.0f;
+	constexpr float ToastMarkGap = 10.0f;
+	constexpr float ToastActionGap = 8.0f;
+}
+
+FNotificationButtonInfo::FNotificationButtonInfo(TAttribute<FText> InText, TAttribute<FText> InToolTip, FSimpleDelegate InCallback, SNotificationItem::ECompletionState InVisibleInState)
+	: Text(MoveTemp(InText))
+	, ToolTip(MoveTemp(InToolTip))
+	, Callback(MoveTemp(InCallback))
+	, VisibleInState(InVisibleInState)
+{
+}
+
+void SNotificationItem::Construct(const FArguments& InArgs, const FNotificationInfo& Info)
+{
+	OwnImage = Info.Image;
+	ExpireDuration = Info.ExpireDuration;
+	FadeInDuration = Info.FadeInDuration;
+	FadeOutDuration = Info.FadeOutDuration;
+	bUseThrobber = Info.bUseThrobber;
+	bUseIcons = Info.bUseSuccessFailIcons;
+	ShownSince = FPlatformTime::Seconds();
+	const FSlateFontInfo Font = FAppStyle::GetFontStyle(Info.bUseLargeFont ? "NormalFontBold" : "NormalFont");
+	// clang-format off
+	ChildSlot
+	[
+		SNew(SBox)
+		.WidthOverride(Info.WidthOverride.Get(ToastWidth))
+		.Padding(ToastPadding)
+		[
+			SNew(SVerticalBox)
+			+ SVerticalBox::Slot()
+			.AutoHeight()
+			[
+				SNew(SHorizontalBox)
+				+ SHorizontalBox::Slot()
+				.AutoWidth()
+				.VAlign(VAlign_Top)
+				[
+					SAssignNew(Mark, SBox)
+					.HeightOverride(ToastMarkSize)
+					.Padding(0.0f, 0.0f, ToastMarkGap, 0.0f)
+					.VAlign(VAlign_Center)
+				]
+				+ SHorizontalBox::Slot()
+				.FillWidth(1.0f)
+				.VAlign(VAlign_Center)
+				[
+					SAssignNew(TextBlock, STextBlock)
+					.Text(Info.Text)
+					.Font(Font)
+					.ColorAndOpacity(FSlateColor(FAppStyle::GetColor("Colors.ForegroundStrong")))
+					.LineHeightPercentage(FHostWidgetPaint::GetLineHeightPercentage(Font, ToastLineHeight))
+					.AutoWrapText(true)
+				]
+			]
+			+ SVerticalBox::Slot()
+			.AutoHeight()
+			[
+				MakeActions(Info)
+			]
+		]
+	];
+	// clang-format on
+	ApplyState();
+	if (Info.bFireAndForget)
+	{
+		ExpireAndFadeout();
+	}
+}
+
+TSharedRef<SWidget> SNotificationItem::MakeActions(const FNotificationInfo& Info)
+{
+	const TSharedRef<SHorizontalBox> Row = SNew(SHorizontalBox);
+	HyperlinkHandler = Info.Hyperlink;
+	Row->AddSlot()
+	.AutoWidth()
+	.VAlign(VAlign_Center)
+	[
+		SAssignNew(LinkBox, SBox)
+		.Visibility(EVisibility::Collapsed)
+	];
+	if (Info.Hyperlink.IsBound() || Info.HyperlinkText.IsSet())
+	{
+		SetHyperlink(Info.Hyperlink, Info.HyperlinkText);
+	}
+	for (const FNotificationButtonInfo& Button : Info.ButtonDetails)
+	{
+		const FSimpleDelegate Callback = Button.Callback;
+		const TSharedRef<SWidget> Widget = SNew(SButton)
+			.Text(Button.Text)
+			.ToolTipText(Button.ToolTip)
+			.OnClicked_Lambda([Callback]() {
+				Callback.ExecuteIfBound();
+				return FReply::Handled();
+			});
+		Buttons.Add({ Widget, Button.VisibleInState });
+		Row->AddSlot().AutoWidth().Padding(ToastActionGap, 0.0f, 0.0f, 0.0f)[Widget];
+	}
+	return SAssignNew(Actions, SBox).HAlign(HAlign_Right).Padding(0.0f, ToastActionGap, 0.0f, 0.0f)[Row];
+}
+
+void SNotificationItem::SetText(const TAttribute<FText>& InText)
+{
+	TextBlock->SetText(InText);
+}
+
+FText SNotificationItem::GetText() const
+{
+	return TextBlock->GetText();
+}
+
+void SNotificationItem::SetHyperlink(const FSimpleDelegate& InHyperlink, const TAttribute<FText>& InHyperlinkText)
+{
+	HyperlinkHandler = InHyperlink;
+	LinkBox->SetContent(SNew(SHyperlink).Text(InHyperlinkText).OnNavigate(this, &SNotificationItem::OnHyperlinkClicked));
+	LinkBox->SetVisibility(EVisibility::Visible);
+	if (Actions)
+	{
+		ApplyState();
+	}
+}
+
+void SNotificationItem::OnHyperlinkClicked()
+{
+	HyperlinkHandler.ExecuteIfBound();
+}
+
+void SNotificationItem::SetCompletionState(ECompletionState InState)
+{
+	if (State != InState)
+	{
+		State = InState;
+		ApplyState();
+	}
+}
+
+void SNotificationItem::ApplyState()
+{
+	TSharedPtr<SWidget> Sign;
+	const auto MakeIcon = [](const FSlateBrush* Brush, const FLinearColor& Color) -> TSharedRef<SWidget> {
+		return SNew(SImage).Image(Brush).ColorAndOpacity(FSlateColor(Color)).DesiredSizeOverride(TOptional<FVector2D>(FVector2D(ToastMarkSize, ToastMarkSize)));
+	};
+	switch (State)
+	{
+	case CS_None:
+		if (OwnImage)
+		{
+			Sign = MakeIcon(OwnImage, FLinearColor::White);
+		}
+		break;
+	case CS_Pending:
+		if (bUseThrobber)
+		{
+			Sign = SNew(SThrobber);
+		}
+		break;
+	case CS_Success:
+		if (bUseIcons)
+		{
+			Sign = MakeIcon(FAppStyle::GetBrush("Icons.Success"), FAppStyle::GetColor("Colors.Success"));
+		}
+		break;
+	case CS_Fail:
+		if (bUseIcons)
+		{
+			Sign = MakeIcon(FAppStyle::GetBrush("Icons.Error"), FAppStyle::GetColor("Colors.Error"));
+		}
+		break;
+	}
+	Mark->SetContent(Sign ? Sign.ToSharedRef() : SNullWidget::NullWidget);
+	Mark->SetVisibility(Sign ? EVisibility::Visible : EVisibility::Collapsed);
+
+	bool bAnyAction = LinkBox->GetVisibility().IsVisible();
+	for (const FStateButton& Button : Buttons)
+	{
+		const bool bVisible = Button.VisibleIn == State;
+		Button.Widget->SetVisibility(bVisible ? EVisibility::Visible : EVisibility::Collapsed);
+		bAnyAction = bAnyAction || bVisible;
+	}
+	Actions->SetVisibility(bAnyAction ? EVisibility::Visible : EVisibility::Collapsed);
+}
+
+void SNotificationItem::ExpireAndFadeout()
+{
+	if (FadeAt < 0.0)
+	{
+		FadeAt = FPlatformTime::Seconds() + ExpireDuration;
+	}
+}
+
+void SNotificationItem::Fadeout()
+{
+	const double Now = FPlatformTime::Seconds();
+	FadeAt = FadeAt < 0.0 ? Now : FMath::Min(FadeAt, Now);
+}
+
+void SNotificationItem::Tick(const FGeometry& AllottedGeometry, const double InCurrentTime, const float InDeltaTime)
+{
+	SCompoundWidget::Tick(AllottedGeometry, InCurrentTime, InDeltaTime);
+	double Opacity = 1.0;
+	if (FadeInDuration > 0.0f)
+	{
+		Opacity = FMath::Clamp((InCurrentTime - ShownSince) / FadeInDuration, 0.0, 1.0);
+	}
+	if (FadeAt >= 0.0 && InCurrentTime >= FadeAt)
+	{
+		const double Left = FadeOutDuration > 0.0f ? 1.0 - (InCurrentTime - FadeAt) / FadeOutDuration : 0.0;
+		bGone = Left <= 0.0;
+		Opacity = FMath::Min(Opacity, FMath::Max(Left, 0.0));
+	}
+	SetRenderOpacity(static_cast<float>(Opacity));
+}
+
+int32 SNotificationItem::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect, FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const
+{
+	FHostWidgetPaint::AddToastSurface(OutDrawElements, AllottedGeometry.GetLayoutBoundingRect(), AllottedGeometry.GetAccumulatedScale(), InWidgetStyle);
+	return SCompoundWidget::OnPaint(Args, AllottedGeometry, MyCullingRect, OutDrawElements, LayerId, InWidgetStyle, bParentEnabled);
+}

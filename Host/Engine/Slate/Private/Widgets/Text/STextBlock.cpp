@@ -1,0 +1,372 @@
+#include "Widgets/Text/STextBlock.h"
+
+#include "Rendering/DrawElements.h"
+#include "Styling/AppStyle.h"
+
+namespace
+{
+	/** Room that rounding may take away without a text being called too wide, device pixels. */
+	constexpr float WidthTolerance = 0.5f;
+
+	const FTextBlockStyle& GetPlainTextStyle()
+	{
+		static const FTextBlockStyle Style = FTextBlockStyle(FAppStyle::Get().GetWidgetStyle<FTextBlockStyle>("NormalText")).SetColorAndOpacity(FSlateColor::UseForeground());
+		return Style;
+	}
+
+	bool IsUnknownFont(const FSlateFontInfo& Font)
+	{
+		static const FName Unknown(TEXT("Unknown"));
+		return Font.FamilyName == Unknown;
+	}
+
+	bool IsBlank(TCHAR Char)
+	{
+		return Char == TEXT(' ') || Char == TEXT('\t');
+	}
+}
+
+void STextBlock::Construct(const FArguments& InArgs)
+{
+	SetCanTick(false);
+	TextStyle = InArgs._TextStyle ? InArgs._TextStyle : &GetPlainTextStyle();
+	AssignSizeAttribute(Text, InArgs._Text);
+	AssignSizeAttribute(Font, InArgs._Font);
+	AssignSizeAttribute(AutoWrapText, InArgs._AutoWrapText);
+	ColorAndOpacity = InArgs._ColorAndOpacity;
+	Justification = InArgs._Justification;
+	OverflowPolicy = InArgs._OverflowPolicy.Get(ETextOverflowPolicy::Clip);
+	if (InArgs._WrapTextAt.IsSet())
+	{
+		SetWrapTextAt(InArgs._WrapTextAt);
+	}
+	if (InArgs._Margin.IsSet())
+	{
+		SetMargin(InArgs._Margin);
+	}
+	if (InArgs._LineHeightPercentage.IsSet())
+	{
+		SetLineHeightPercentage(InArgs._LineHeightPercentage);
+	}
+	if (InArgs._MinDesiredWidth.IsSet())
+	{
+		SetMinDesiredWidth(InArgs._MinDesiredWidth);
+	}
+	if (InArgs._OnDoubleClicked.IsBound())
+	{
+		GetRare().OnDoubleClicked = InArgs._OnDoubleClicked;
+	}
+}
+
+STextBlock::FRareArguments& STextBlock::GetRare()
+{
+	if (!Rare)
+	{
+		Rare = MakeUnique<FRareArguments>();
+	}
+	return *Rare;
+}
+
+void STextBlock::SetText(TAttribute<FText> InText)
+{
+	if (!InText.IsBound() && !Text.IsBound() && InText.Get().EqualTo(Text.Get()))
+	{
+		// The same words, though perhaps with another key.
+		Text = MoveTemp(InText);
+		return;
+	}
+	bShapeAnew = true;
+	AssignSizeAttribute(Text, MoveTemp(InText));
+}
+
+void STextBlock::SetFont(TAttribute<FSlateFontInfo> InFont)
+{
+	bShapeAnew = true;
+	AssignSizeAttribute(Font, MoveTemp(InFont));
+}
+
+void STextBlock::SetTextStyle(const FTextBlockStyle* InTextStyle)
+{
+	bShapeAnew = true;
+	TextStyle = InTextStyle ? InTextStyle : &GetPlainTextStyle();
+	Invalidate(EInvalidateWidgetReason::Layout);
+}
+
+void STextBlock::SetAutoWrapText(TAttribute<bool> InAutoWrapText)
+{
+	AssignSizeAttribute(AutoWrapText, MoveTemp(InAutoWrapText));
+}
+
+void STextBlock::SetWrapTextAt(TAttribute<float> InWrapTextAt)
+{
+	AssignSizeAttribute(GetRare().WrapTextAt, MoveTemp(InWrapTextAt));
+}
+
+void STextBlock::SetMargin(TAttribute<FMargin> InMargin)
+{
+	AssignSizeAttribute(GetRare().Margin, MoveTemp(InMargin));
+}
+
+void STextBlock::SetLineHeightPercentage(TAttribute<float> InLineHeightPercentage)
+{
+	AssignSizeAttribute(GetRare().LineHeightPercentage, MoveTemp(InLineHeightPercentage));
+}
+
+void STextBlock::SetMinDesiredWidth(TAttribute<float> InMinDesiredWidth)
+{
+	AssignSizeAttribute(GetRare().MinDesiredWidth, MoveTemp(InMinDesiredWidth));
+}
+
+void STextBlock::SetOverflowPolicy(TOptional<ETextOverflowPolicy> InOverflowPolicy)
+{
+	OverflowPolicy = InOverflowPolicy.Get(ETextOverflowPolicy::Clip);
+}
+
+FSlateFontInfo STextBlock::GetFont() const
+{
+	return ReadFont();
+}
+
+FReply STextBlock::OnMouseButtonDoubleClick(const FGeometry& MyGeometry, const FPointerEvent& MouseEvent)
+{
+	if (Rare && Rare->OnDoubleClicked.IsBound() && MouseEvent.GetEffectingButton() == EKeys::LeftMouseButton)
+	{
+		return Rare->OnDoubleClicked.Execute();
+	}
+	return FReply::Unhandled();
+}
+
+void STextBlock::UpdateParagraph(float Scale) const
+{
+	const bool bPolled = Text.IsBound() || Font.IsBound();
+	if (!bShapeAnew && !bPolled && ShapedScale == Scale)
+	{
+		return;
+	}
+	const FText& Current = Text.Get();
+	const FSlateFontInfo& CurrentFont = ReadFont();
+	// Exact comparison: the operators of texts ignore case.
+	if (Paragraph && ShapedScale == Scale && ShapedFont == CurrentFont && (Current.IdenticalTo(ShapedText) || Current.ToString().Equals(ShapedText.ToString())))
+	{
+		bShapeAnew = false;
+		return;
+	}
+	ShapedText = Current;
+	ShapedFont = CurrentFont;
+	ShapedScale = Scale;
+	bShapeAnew = false;
+	Elided.Reset();
+	Paragraph = ITextShaper::Get().MakeParagraph(ShapedText.ToString(), ShapedFont, Scale);
+	WrapPixels = 0.0f;
+	NaturalPixels = GetNaturalPixels();
+}
+
+float STextBlock::GetNaturalPixels() const
+{
+	// Blanks at a line's end hang over when text is wrapped, but between two widgets of a line they are the gap.
+	float Width = Paragraph->GetUnwrappedWidth();
+	const FString& Shaped = ShapedText.ToString();
+	for (int32 Line = 0; Line < Paragraph->GetLineCount(); ++Line)
+	{
+		const int32 End = Paragraph->GetLine(Line).EndIndex;
+		if (End > 0 && End <= Shaped.Len() && IsBlank(Shaped[End - 1]))
+		{
+			Width = FMath::Max(Width, Paragraph->GetCaretX(Line, End));
+		}
+	}
+	return FMath::CeilToFloat(Width);
+}
+
+float STextBlock::GetWrapPixels(float AllottedWidth, float Scale) const
+{
+	const float Fixed = Rare ? Rare->WrapTextAt.Get() : 0.0f;
+	float Width = FMath::Max(Fixed, 0.0f) * Scale;
+	if (AutoWrapText.Get() && AllottedWidth > 0.0f)
+	{
+		const FMargin Margin = GetMargin();
+		const float Room = FMath::Max((AllottedWidth - Margin.Left - Margin.Right) * Scale, 1.0f);
+		Width = Width > 0.0f ? FMath::Min(Width, Room) : Room;
+	}
+	return Width;
+}
+
+void STextBlock::WrapTo(float Pixels) const
+{
+	if (Pixels > 0.0f && Paragraph->GetUnwrappedWidth() <= Pixels + WidthTolerance)
+	{
+		Pixels = 0.0f;
+	}
+	if (Pixels != WrapPixels)
+	{
+		Paragraph->Wrap(Pixels);
+		WrapPixels = Pixels;
+	}
+}
+
+FVector2D STextBlock::MeasureParagraph(float Scale) const
+{
+	const FVector2f Wrapped = Paragraph->GetSize();
+	float Width = NaturalPixels;
+	const float Fixed = Rare ? FMath::Max(Rare->WrapTextAt.Get(), 0.0f) * Scale : 0.0f;
+	if (Fixed > 0.0f)
+	{
+		Width = AutoWrapText.Get() ? FMath::Min(Width, FMath::CeilToFloat(Fixed)) : (WrapPixels > 0.0f ? FMath::CeilToFloat(Wrapped.X) : Width);
+	}
+	const float Height = FMath::RoundToFloat(Wrapped.Y * GetLineHeight());
+	const FMargin Margin = GetMargin();
+	FVector2D Size(Width / Scale + Margin.Left + Margin.Right, Height / Scale + Margin.Top + Margin.Bottom);
+	if (Rare)
+	{
+		Size.X = FMath::Max(Size.X, static_cast<double>(Rare->MinDesiredWidth.Get()));
+	}
+	return Size;
+}
+
+FVector2D STextBlock::ComputeDesiredSize(float LayoutScaleMultiplier) const
+{
+	if (IsUnknownFont(ReadFont()))
+	{
+		return Measured = FVector2D(16, 16);
+	}
+	UpdateParagraph(LayoutScaleMultiplier);
+	WrapTo(GetWrapPixels(LastAllottedWidth, LayoutScaleMultiplier));
+	return Measured = MeasureParagraph(LayoutScaleMultiplier);
+}
+
+const ITextParagraph& STextBlock::GetElided(float RoomPixels) const
+{
+	if (Elided && ElidedPixels == RoomPixels)
+	{
+		return *Elided;
+	}
+	const FString Ellipsis(TEXT("\u2026"));
+	const float EllipsisWidth = ITextShaper::Get().MakeParagraph(Ellipsis, ShapedFont, ShapedScale)->GetUnwrappedWidth();
+	const FString& Whole = ShapedText.ToString();
+	FString Cut;
+	for (int32 Line = 0; Line < Paragraph->GetLineCount(); ++Line)
+	{
+		const FParagraphLine& Span = Paragraph->GetLine(Line);
+		if (Line > 0)
+		{
+			Cut.AppendChar(TEXT('\n'));
+		}
+		if (Span.Width <= RoomPixels + WidthTolerance)
+		{
+			Cut.Append(FStringView(Whole).Mid(Span.BeginIndex, Span.EndIndex - Span.BeginIndex));
+			continue;
+		}
+		const float Room = FMath::Max(RoomPixels - EllipsisWidth, 0.0f);
+		int32 End = Paragraph->GetIndexAt(Line, Room);
+		while (End > Span.BeginIndex && (Paragraph->GetCaretX(Line, End) > Room || IsBlank(Whole[End - 1])))
+		{
+			End = FMath::Max(Paragraph->GetPreviousGrapheme(End), Span.BeginIndex);
+		}
+		Cut.Append(FStringView(Whole).Mid(Span.BeginIndex, FMath::Max(End - Span.BeginIndex, 0)));
+		Cut.Append(Ellipsis);
+	}
+	Elided = ITextShaper::Get().MakeParagraph(Cut, ShapedFont, ShapedScale);
+	ElidedPixels = RoomPixels;
+	return *Elided;
+}
+
+int32 STextBlock::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect, FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const
+{
+	if (IsUnknownFont(ReadFont()))
+	{
+		OutDrawElements.AddChequer(AllottedGeometry.GetLayoutBoundingRect());
+		return LayerId;
+	}
+	const float Scale = AllottedGeometry.GetAccumulatedScale();
+	const float Width = static_cast<float>(AllottedGeometry.GetLocalSize().X);
+	if (Width > 0.0f)
+	{
+		LastAllottedWidth = Width;
+	}
+	UpdateParagraph(Scale);
+	WrapTo(GetWrapPixels(Width, Scale));
+	if (!Measured.Equals(MeasureParagraph(Scale), 0.01))
+	{
+		// Wrapped at a width that was not known when it was measured, or the text came in since.
+		const_cast<STextBlock*>(this)->Invalidate(EInvalidateWidgetReason::Layout);
+	}
+
+	const FMargin Margin = GetMargin();
+	const float Room = (Width - Margin.Left - Margin.Right) * Scale;
+	const FVector2D& Corner = AllottedGeometry.GetAbsolutePosition();
+	const FVector2D Origin(FMath::RoundToFloat(Corner.X + Margin.Left * Scale), Corner.Y + Margin.Top * Scale);
+	const FLinearColor Color = (ColorAndOpacity.IsSet() ? ColorAndOpacity.Get() : TextStyle->ColorAndOpacity).GetColor(InWidgetStyle);
+	const FLinearColor& Tint = InWidgetStyle.GetColorAndOpacityTint();
+	const bool bTooWide = Paragraph->GetSize().X > Room + WidthTolerance;
+	if (!bTooWide)
+	{
+		PaintLines(*Paragraph, Origin, Room, Color, Tint, OutDrawElements, Scale);
+		return LayerId;
+	}
+	const bool bElide = OverflowPolicy == ETextOverflowPolicy::Ellipsis && WrapPixels == 0.0f;
+	// Cut off at the sides only: marks above and below a line may reach out of it.
+	const FSlateRect Bounds = AllottedGeometry.GetLayoutBoundingRect();
+	const FSlateRect Clip = OutDrawElements.GetClip();
+	OutDrawElements.PushClip(FSlateRect(Bounds.Left, Clip.Top, Bounds.Right, Clip.Bottom));
+	PaintLines(bElide ? GetElided(FMath::Max(Room, 0.0f)) : *Paragraph, Origin, Room, Color, Tint, OutDrawElements, Scale);
+	OutDrawElements.PopClip();
+	return LayerId;
+}
+
+void STextBlock::PaintLines(const ITextParagraph& Lines, const FVector2D& Origin, float RoomPixels, const FLinearColor& Color, const FLinearColor& Tint, FSlateWindowElementList& OutDrawElements, float Scale) const
+{
+	const float LineHeight = GetLineHeight();
+	const ETextJustify::Type Justify = Justification.Get();
+	const FColor Bytes = (Color * Tint).ToFColorSRGB();
+	const FSlateRect& Clip = OutDrawElements.GetClip();
+	const bool bStrike = TextStyle->StrikeBrush.DrawAs != ESlateBrushDrawType::NoDrawType;
+	const bool bUnderline = TextStyle->UnderlineBrush.DrawAs != ESlateBrushDrawType::NoDrawType;
+
+	// The first line that reaches into the clip, by search: a message may have thousands.
+	int32 First = 0;
+	for (int32 Low = 0, High = Lines.GetLineCount(); Low < High;)
+	{
+		const int32 Middle = (Low + High) / 2;
+		const FParagraphLine& Line = Lines.GetLine(Middle);
+		if (Origin.Y + (Line.Top + Line.Height) * LineHeight <= Clip.Top)
+		{
+			Low = Middle + 1;
+		}
+		else
+		{
+			High = Middle;
+		}
+		First = Low;
+	}
+	for (int32 Index = First; Index < Lines.GetLineCount(); ++Index)
+	{
+		const FParagraphLine& Line = Lines.GetLine(Index);
+		// The added or missing height stands half above and half below the font's own.
+		const float Top = static_cast<float>(Origin.Y) + FMath::RoundToFloat(Line.Top * LineHeight) + FMath::RoundToFloat(Line.Height * (LineHeight - 1.0f) * 0.5f);
+		if (Top >= Clip.Bottom)
+		{
+			break;
+		}
+		const float Slack = Justify == ETextJustify::Left ? 0.0f : FMath::Max(RoomPixels - Line.Width, 0.0f);
+		const float Left = static_cast<float>(Origin.X) + FMath::RoundToFloat(Justify == ETextJustify::Center ? Slack * 0.5f : Slack);
+		const float Baseline = FMath::RoundToFloat(Top + Line.Baseline);
+		for (const FParagraphRun& Run : Lines.GetRuns(Index))
+		{
+			OutDrawElements.AddGlyphs(Left + Run.X, Baseline, Run.Glyphs, Bytes);
+		}
+		if (bStrike || bUnderline)
+		{
+			const FFontLineMetrics Metrics = ITextShaper::Get().GetLineMetrics(ShapedFont, Scale);
+			const float Thickness = FMath::Max(FMath::RoundToFloat(Metrics.LineThickness), 1.0f);
+			if (bStrike)
+			{
+				const float Y = FMath::RoundToFloat(Baseline - Metrics.StrikeOffset);
+				OutDrawElements.AddBrush(FSlateRect(Left, Y, Left + Line.Width, Y + Thickness), TextStyle->StrikeBrush, FLinearColor(1.0f, 1.0f, 1.0f, Color.A), Tint);
+			}
+			if (bUnderline)
+			{
+				const float Y = FMath::RoundToFloat(Baseline + Metrics.UnderlineOffset);
+				OutDrawElements.AddBrush(FSlateRect(Left, Y, Left + Line.Width, Y + Thickness), TextStyle->UnderlineBrush, Color, Tint);
+			}
+		}
+	}
+}

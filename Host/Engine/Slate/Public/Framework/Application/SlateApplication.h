@@ -1,0 +1,116 @@
+#pragma once
+
+#include "CoreMinimal.h"
+#include "Framework/Application/IMenu.h"
+#include "Host/HostWindow.h"
+#include "Rendering/DrawElements.h"
+#include "Types/SlateEnums.h"
+#include "Widgets/SWidget.h"
+#include "Widgets/SWindow.h"
+
+class FInputRouter;
+class FFrameRunner;
+class FLayerStack;
+
+/** What one frame did, for tests, dumps and benchmarks. */
+struct FHostFrameStats
+{
+	uint64 FrameCount = 0;
+	/** Seconds of work of the last and of the slowest frame, waiting excluded. */
+	double LastFrameSeconds = 0.0;
+	double WorstFrameSeconds = 0.0;
+	/** Pixels painted again by the last frame. */
+	double LastPaintedPixels = 0.0;
+	uint64 PaintedFrames = 0;
+};
+
+/**
+ * The one application: owns the window's content, popups, tooltip, toasts and modal windows as layers of one window,
+ * routes input to widgets and runs frames. Game thread only.
+ */
+class SLATE_API FSlateApplication
+{
+public:
+	/** Makes the application around a window. The window's pixels are painted by the frames run here. */
+	static void Create(const TSharedRef<IHostWindow>& Window);
+	static void Shutdown();
+	static bool IsInitialized();
+	static FSlateApplication& Get();
+	~FSlateApplication();
+
+	/** The widget that fills the window. */
+	void SetRootContent(const TSharedRef<SWidget>& Content);
+	IHostWindow& GetWindow();
+
+	// Frames.
+	/** Waits for input as long as idleness allows, then runs one frame. */
+	void RunFrame();
+	/** One frame without waiting: game-thread tasks, core ticker, layout, painting. */
+	void Tick();
+	/** Layout and painting of everything visible into a list, without presenting; for drivers. Valid until the next frame. */
+	const FSlateWindowElementList& GetLastElements() const;
+	const FHostFrameStats& GetFrameStats() const;
+	/** Runs Step before each frame, also inside modal loops. One at a time; null removes it. */
+	void SetFrameHook(TFunction<void()> Step);
+	/** Asks for full frame rate for half a second. */
+	void NoteActivity();
+	bool IsExitRequested() const;
+	void RequestExit();
+	/** Asked when the user closes the window; false keeps it open. */
+	void SetOnCloseRequested(TFunction<bool()> Handler);
+
+	// Focus.
+	bool SetKeyboardFocus(const TSharedPtr<SWidget>& Widget, EFocusCause Cause = EFocusCause::SetDirectly);
+	void ClearKeyboardFocus(EFocusCause Cause = EFocusCause::SetDirectly);
+	TSharedPtr<SWidget> GetKeyboardFocusedWidget() const;
+	TSharedPtr<SWidget> GetUserFocusedWidget(uint32 UserIndex) const { return GetKeyboardFocusedWidget(); }
+	bool HasFocusedDescendants(const TSharedRef<const SWidget>& Widget) const;
+	bool IsFocusVisible() const;
+	FModifierKeysState GetModifierKeys() const;
+	bool IsActive() const;
+
+	// Mouse.
+	TSharedPtr<SWidget> GetMouseCaptor() const;
+	void ReleaseMouseCapture();
+	/** Device pixels in the window. */
+	FVector2D GetCursorPos() const;
+
+	// Popups.
+	/**
+	 * Opens a popup beside a rectangle (device pixels), moved so that it stays in the window.
+	 * @param Owner  The popup closes when this widget is no longer on screen, or on a press outside both.
+	 * @param bFocus False leaves the keyboard where it is.
+	 * @param MinWidth  Units; a combo list is at least as wide as its box.
+	 */
+	TSharedRef<IMenu> PushMenu(const TSharedRef<SWidget>& Owner, const TSharedRef<SWidget>& Content, const FSlateRect& Anchor, EMenuPlacement Placement, bool bFocus, float MinWidth = 0.0f);
+	void DismissAllMenus();
+	bool AnyMenusVisible() const;
+	/** Closes the tooltip until the pointer rests anew. */
+	void CloseToolTip();
+
+	// Windows.
+	/** Shows a window over the rest and returns when it is closed; frames run meanwhile. */
+	void AddModalWindow(const TSharedRef<SWindow>& Window, const TSharedPtr<const SWidget>& Parent);
+	TSharedRef<SWindow> AddWindow(const TSharedRef<SWindow>& Window);
+	TSharedPtr<SWindow> GetActiveModalWindow() const;
+	TSharedPtr<SWindow> GetActiveTopLevelWindow() const;
+	const void* FindBestParentWindowHandleForDialogs(const TSharedPtr<SWidget>& Widget) const { return nullptr; }
+
+	/** A layer above windows and popups that is never focused: the toast stack. */
+	void SetToastLayer(const TSharedPtr<SWidget>& Widget);
+
+	/** The path from the window's root to the widget under a point, root first. Empty outside. */
+	TArray<TSharedRef<SWidget>> GetPathUnderPoint(const FVector2D& Position) const;
+	/** All layers from the lowest to the topmost, for drivers that search the tree. */
+	TArray<TSharedRef<SWidget>> GetLayerRoots() const;
+	/** Where drivers put synthetic input: the same door as the platform's. */
+	IHostMessageHandler& GetMessageHandler();
+
+private:
+	explicit FSlateApplication(const TSharedRef<IHostWindow>& InWindow);
+
+	TSharedRef<IHostWindow> Window;
+	TUniquePtr<FLayerStack> Layers;
+	TUniquePtr<FInputRouter> Input;
+	TUniquePtr<FFrameRunner> Frames;
+};

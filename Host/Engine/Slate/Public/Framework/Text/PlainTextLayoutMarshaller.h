@@ -1,0 +1,11 @@
+#pragma once
+
+#include "Framework/Text/ITextLayoutMarshaller.h"
+
+/** Shows a text as it is. */
+class SLATE_API FPlainTextLayoutMarshaller : public ITextLayoutMarshaller
+{
+public:
+	static TSharedRef<FPlainTextLayoutMarshaller> Create();
+	virtual bool RequiresLiveUpdate() const override;
+};

@@ -1,0 +1,38 @@
+#pragma once
+
+#include "Widgets/Docking/SDockTab.h"
+#include "Widgets/SCompoundWidget.h"
+
+class SBox;
+class SHorizontalBox;
+
+/** A tab well above the content of the tab in front. Ctrl+Tab and Ctrl+Shift+Tab go through the tabs. */
+class SLATE_API SDockArea : public SCompoundWidget
+{
+public:
+	SLATE_BEGIN_ARGS(SDockArea) {}
+	SLATE_END_ARGS()
+
+	void Construct(const FArguments& InArgs);
+
+	/** The first tab comes to the front in any case. */
+	void AddTab(const TSharedRef<SDockTab>& Tab, bool bActivate);
+	/** The neighbour comes to the front when it was the one in front. */
+	void RemoveTab(const TSharedRef<SDockTab>& Tab);
+	/** Brings a tab to the front and gives the keyboard back to what had it there last. */
+	void ActivateTab(const TSharedRef<SDockTab>& Tab, ETabActivationCause Cause);
+	TSharedPtr<SDockTab> GetActiveTab() const { return ActiveTab.Pin(); }
+	const TArray<TSharedRef<SDockTab>>& GetTabs() const { return Tabs; }
+	/** The tab so many places further, around the ends. */
+	TSharedRef<SDockTab> GetNeighbour(const TSharedRef<SDockTab>& Tab, int32 Distance) const;
+	/** The content of the tab in front was replaced. */
+	void RefreshContent();
+
+	virtual FReply OnKeyDown(const FGeometry& MyGeometry, const FKeyEvent& InKeyEvent) override;
+
+private:
+	TArray<TSharedRef<SDockTab>> Tabs;
+	TWeakPtr<SDockTab> ActiveTab;
+	TSharedPtr<SHorizontalBox> Well;
+	TSharedPtr<SBox> ContentHolder;
+};
