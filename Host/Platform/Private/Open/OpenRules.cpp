@@ -1,0 +1,152 @@
+#include "Open/OpenRules.h"
+
+#include "Misc/Paths.h"
+
+namespace
+{
+	/** Far above any address in use, below what fits on a command line. */
+	constexpr int32 MaxTargetLength = 30000;
+
+	/** Schemes that a browser or mail program handles without running anything. Lower case. */
+	constexpr const TCHAR* HarmlessSchemes[] = { TEXT("http"), TEXT("https"), TEXT("mailto") };
+
+	/** Files that a desktop runs, installs or interprets when they are opened. Lower case. */
+	constexpr const TCHAR* RunnableExtensions[] = {
+		TEXT("appimage"), TEXT("apk"), TEXT("bash"), TEXT("bat"), TEXT("bin"), TEXT("cmd"), TEXT("com"), TEXT("command"), TEXT("cpl"), TEXT("csh"),
+		TEXT("deb"), TEXT("desktop"), TEXT("exe"), TEXT("fish"), TEXT("flatpak"), TEXT("flatpakref"), TEXT("flatpakrepo"), TEXT("hta"), TEXT("jar"), TEXT("jnlp"),
+		TEXT("js"), TEXT("ksh"), TEXT("lnk"), TEXT("msi"), TEXT("msp"), TEXT("out"), TEXT("php"), TEXT("pif"), TEXT("pl"), TEXT("ps1"),
+		TEXT("py"), TEXT("pyc"), TEXT("pyw"), TEXT("rb"), TEXT("rpm"), TEXT("run"), TEXT("scr"), TEXT("sh"), TEXT("snap"), TEXT("tcl"),
+		TEXT("url"), TEXT("vbe"), TEXT("vbs"), TEXT("wsf"), TEXT("wsh"), TEXT("x86_64"), TEXT("zsh"),
+	};
+
+	template <size_t Count>
+	bool IsListed(const FString& Word, const TCHAR* const (&List)[Count])
+	{
+		const FString Lower = Word.ToLower();
+		for (const TCHAR* Entry : List)
+		{
+			if (Lower.Equals(Entry))
+			{
+				return true;
+			}
+		}
+		return false;
+	}
+
+	/** The part before the first colon if it has the form of a scheme, else empty. */
+	FString GetScheme(const FString& Target)
+	{
+		int32 Colon = INDEX_NONE;
+		if (!Target.FindChar(TEXT(':'), Colon) || Colon == 0)
+		{
+			return FString();
+		}
+		for (int32 Index = 0; Index < Colon; ++Index)
+		{
+			const TCHAR Unit = Target[Index];
+			const bool bLetter = (Unit >= TEXT('a') && Unit <= TEXT('z')) || (Unit >= TEXT('A') && Unit <= TEXT('Z'));
+			const bool bOther = (Unit >= TEXT('0') && Unit <= TEXT('9')) || Unit == TEXT('+') || Unit == TEXT('-') || Unit == TEXT('.');
+			if (!bLetter && !(Index > 0 && bOther))
+			{
+				return FString();
+			}
+		}
+		return Target.Left(Colon);
+	}
+
+	/** Rules that hold for every target. Verdict Open means that none of them applied. */
+	FOpenDecision JudgeAny(const FString& Target)
+	{
+		if (Target.IsEmpty())
+		{
+			return FOpenDecision{ EOpenVerdict::Refuse, TEXT("There is nothing to open: the address is empty.") };
+		}
+		if (Target[0] == TEXT('-'))
+		{
+			return FOpenDecision{ EOpenVerdict::Refuse, TEXT("An address that begins with a hyphen is not opened, since it would be taken for an option of the program that opens it.") };
+		}
+		if (Target.Len() > MaxTargetLength)
+		{
+			return FOpenDecision{ EOpenVerdict::Refuse, TEXT("The address is too long to be opened.") };
+		}
+		for (int32 Index = 0; Index < Target.Len(); ++Index)
+		{
+			if (Target[Index] < 0x20 || (Target[Index] >= 0x7F && Target[Index] < 0xA0))
+			{
+				return FOpenDecision{ EOpenVerdict::Refuse, TEXT("An address with control characters in it is not opened.") };
+			}
+		}
+		return FOpenDecision{ EOpenVerdict::Open, FString() };
+	}
+}
+
+namespace OpenRules
+{
+	FOpenDecision JudgeUrl(const FString& Target)
+	{
+		FOpenDecision Decision = JudgeAny(Target);
+		if (Decision.Verdict == EOpenVerdict::Refuse)
+		{
+			return Decision;
+		}
+		const FString Scheme = GetScheme(Target);
+		if (Scheme.IsEmpty())
+		{
+			return FOpenDecision{ EOpenVerdict::Ask, TEXT("This is no web address. Your system decides what opens it.") };
+		}
+		if (!IsListed(Scheme, HarmlessSchemes))
+		{
+			return FOpenDecision{ EOpenVerdict::Ask, FString::Printf(TEXT("Addresses of the kind \"%s:\" are handled by another program, which may act on them."), *Scheme) };
+		}
+		// Some mail programs attach a file that the address names.
+		if (Scheme.Equals(TEXT("mailto"), ESearchCase::IgnoreCase) && Target.Contains(TEXT("attach")))
+		{
+			return FOpenDecision{ EOpenVerdict::Ask, TEXT("This mail address may attach a file of yours to the message.") };
+		}
+		return Decision;
+	}
+
+	FOpenDecision JudgeFile(const FString& Path, const FOpenFileFacts& Facts)
+	{
+		FOpenDecision Decision = JudgeAny(Path);
+		if (Decision.Verdict == EOpenVerdict::Refuse)
+		{
+			return Decision;
+		}
+		if (!Facts.bExists)
+		{
+			return FOpenDecision{ EOpenVerdict::Refuse, TEXT("The file does not exist.") };
+		}
+		if (Facts.bDirectory)
+		{
+			return Decision;
+		}
+		if (Facts.bExecutable || IsListed(FPaths::GetExtension(Path), RunnableExtensions) || IsListed(FPaths::GetExtension(Facts.RealPath), RunnableExtensions))
+		{
+			return FOpenDecision{ EOpenVerdict::Ask, TEXT("This file can be run as a program when it is opened.") };
+		}
+		return Decision;
+	}
+
+	FString MakeReadable(const FString& Target)
+	{
+		FString Result;
+		Result.Reserve(Target.Len());
+		for (int32 Index = 0; Index < Target.Len(); ++Index)
+		{
+			const TCHAR Unit = Target[Index];
+			const bool bControl = Unit < 0x20 || (Unit >= 0x7F && Unit < 0xA0);
+			const bool bHidden = Unit == 0x00AD || Unit == 0x061C || (Unit >= 0x200B && Unit <= 0x200F) || (Unit >= 0x2028 && Unit <= 0x202E)
+				|| (Unit >= 0x2060 && Unit <= 0x206F) || Unit == 0xFEFF;
+			if (bControl || bHidden)
+			{
+				Result += FString::Printf(TEXT("\\u%04X"), static_cast<uint32>(Unit));
+			}
+			else
+			{
+				Result.AppendChar(Unit);
+			}
+		}
+		return Result;
+	}
+}

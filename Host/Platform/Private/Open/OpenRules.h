@@ -1,0 +1,38 @@
+#pragma once
+
+#include "CoreMinimal.h"
+
+/** What is done with a target that somebody wants opened. */
+enum class EOpenVerdict : uint8
+{
+	Open,
+	/** Only after the user has seen the whole target and said yes. */
+	Ask,
+	Refuse,
+};
+
+struct FOpenDecision
+{
+	EOpenVerdict Verdict = EOpenVerdict::Refuse;
+	/** A sentence: why it is refused, or what the user should know. */
+	FString Reason;
+};
+
+/** What the disk says about a path. */
+struct FOpenFileFacts
+{
+	bool bExists = false;
+	bool bDirectory = false;
+	bool bExecutable = false;
+	/** The path with all links followed; an innocent name can point at a program. */
+	FString RealPath;
+};
+
+/** The rules of opening. Pure: the disk is asked by the caller. */
+namespace OpenRules
+{
+	FOpenDecision JudgeUrl(const FString& Target);
+	FOpenDecision JudgeFile(const FString& Path, const FOpenFileFacts& Facts);
+	/** The target as a user should see it: characters that would not show, or would turn the text around, are spelled out. */
+	FString MakeReadable(const FString& Target);
+}

@@ -1,0 +1,269 @@
+#include "Paint/PixelCanvas.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace
+{
+	constexpr uint32 Opaque = 0xFF000000u;
+
+	/** Value * Factor / 255 of all four bytes, rounded. */
+	inline uint32 ScaleBytes(uint32 Value, uint32 Factor)
+	{
+		uint32 Even = (Value & 0x00FF00FFu) * Factor + 0x00800080u;
+		Even = ((Even + ((Even >> 8) & 0x00FF00FFu)) >> 8) & 0x00FF00FFu;
+		uint32 Odd = ((Value >> 8) & 0x00FF00FFu) * Factor + 0x00800080u;
+		Odd = (Odd + ((Odd >> 8) & 0x00FF00FFu)) & 0xFF00FF00u;
+		return Even | Odd;
+	}
+
+	/** A premultiplied pixel over an opaque one. */
+	inline uint32 Over(uint32 Source, uint32 Target)
+	{
+		return (Source + ScaleBytes(Target, 255u - (Source >> 24))) | Opaque;
+	}
+
+	inline uint32 Premultiply(const FColor& Color)
+	{
+		const uint32 Solid = Opaque | (static_cast<uint32>(Color.R) << 16) | (static_cast<uint32>(Color.G) << 8) | Color.B;
+		return Color.A == 255 ? Solid : ScaleBytes(Solid, Color.A);
+	}
+
+	inline uint32 ToByte(float Coverage)
+	{
+		return static_cast<uint32>(std::clamp(Coverage, 0.0f, 1.0f) * 255.0f + 0.5f);
+	}
+
+	void FillRow(uint32* Row, int32 Count, uint32 Source)
+	{
+		const uint32 Alpha = Source >> 24;
+		if (Alpha == 255)
+		{
+			std::fill_n(Row, Count, Source);
+		}
+		else if (Alpha != 0)
+		{
+			for (int32 Index = 0; Index < Count; ++Index)
+			{
+				Row[Index] = Over(Source, Row[Index]);
+			}
+		}
+	}
+
+	int32 ToPixel(float Value)
+	{
+		// Beyond what any window has, so that infinite and broken lengths stay harmless.
+		return Value == Value ? static_cast<int32>(std::clamp(Value, -1000000.0f, 1000000.0f)) : 0;
+	}
+}
+
+FPixelRect FPixelRect::Intersect(const FPixelRect& Other) const
+{
+	return FPixelRect{ std::max(Left, Other.Left), std::max(Top, Other.Top), std::min(Right, Other.Right), std::min(Bottom, Other.Bottom) };
+}
+
+FPixelRect FPixelRect::Snap(const FSlateRect& Rect)
+{
+	FPixelRect Result{ ToPixel(std::floor(Rect.Left + 0.5f)), ToPixel(std::floor(Rect.Top + 0.5f)), ToPixel(std::floor(Rect.Right + 0.5f)), ToPixel(std::floor(Rect.Bottom + 0.5f)) };
+	if (Result.Right == Result.Left && Rect.Width() >= 0.5f)
+	{
+		++Result.Right;
+	}
+	if (Result.Bottom == Result.Top && Rect.Height() >= 0.5f)
+	{
+		++Result.Bottom;
+	}
+	return Result;
+}
+
+FPixelRect FPixelRect::Cover(const FSlateRect& Rect)
+{
+	return FPixelRect{ ToPixel(std::floor(Rect.Left)), ToPixel(std::floor(Rect.Top)), ToPixel(std::ceil(Rect.Right)), ToPixel(std::ceil(Rect.Bottom)) };
+}
+
+FPixelCanvas::FPixelCanvas(uint32* InPixels, int32 InWidth, int32 InHeight, int32 InStride)
+	: Pixels(InPixels)
+	, Width(InWidth)
+	, Height(InHeight)
+	, Stride(InStride)
+{
+}
+
+void FPixelCanvas::FillRect(const FPixelRect& Rect, const FPixelRect& Clip, const FColor& Color)
+{
+	const FPixelRect Area = Rect.Intersect(Clip).Intersect(GetRect());
+	if (Area.IsEmpty())
+	{
+		return;
+	}
+	const uint32 Source = Premultiply(Color);
+	for (int32 Y = Area.Top; Y < Area.Bottom; ++Y)
+	{
+		FillRow(GetRow(Y) + Area.Left, Area.Width(), Source);
+	}
+}
+
+void FPixelCanvas::FillRounded(const FPixelRect& Rect, const FPixelRect& Clip, const FVector4f& InRadii, const FColor& Fill, const FColor& Outline, int32 OutlineWidth)
+{
+	const FPixelRect Area = Rect.Intersect(Clip).Intersect(GetRect());
+	if (Area.IsEmpty())
+	{
+		return;
+	}
+	const float BoxWidth = static_cast<float>(Rect.Width());
+	const float BoxHeight = static_cast<float>(Rect.Height());
+	const auto Clean = [](float Radius) { return Radius > 0.0f ? std::min(Radius, 100000.0f) : 0.0f; };
+	FVector4f Radii(Clean(InRadii.X), Clean(InRadii.Y), Clean(InRadii.Z), Clean(InRadii.W));
+	float Shrink = 1.0f;
+	const auto FitSide = [&Shrink](float Side, float Sum) { Shrink = Sum > Side ? std::min(Shrink, Side / Sum) : Shrink; };
+	FitSide(BoxWidth, Radii.X + Radii.Y);
+	FitSide(BoxWidth, Radii.W + Radii.Z);
+	FitSide(BoxHeight, Radii.X + Radii.W);
+	FitSide(BoxHeight, Radii.Y + Radii.Z);
+	Radii = FVector4f(Radii.X * Shrink, Radii.Y * Shrink, Radii.Z * Shrink, Radii.W * Shrink);
+
+	const bool bOutline = OutlineWidth > 0 && Outline.A > 0;
+	const int32 Line = bOutline ? OutlineWidth : 0;
+	const uint32 FillSource = Premultiply(Fill);
+	const uint32 LineSource = bOutline ? Premultiply(Outline) : 0;
+	const float LeftZone = std::ceil(std::max(Radii.X, Radii.W));
+	const float RightZone = std::ceil(std::max(Radii.Y, Radii.Z));
+	const float TopZone = std::max(Radii.X, Radii.Y);
+	const float BottomZone = std::max(Radii.W, Radii.Z);
+
+	// Any pixel, by its distance from the edge.
+	const auto Shade = [&](int32 PixelX, int32 PixelY, uint32& Target)
+	{
+		const float X = static_cast<float>(PixelX - Rect.Left) + 0.5f;
+		const float Y = static_cast<float>(PixelY - Rect.Top) + 0.5f;
+		const bool bRightHalf = X > BoxWidth * 0.5f;
+		const bool bLowerHalf = Y > BoxHeight * 0.5f;
+		const float FromSide = bRightHalf ? BoxWidth - X : X;
+		const float FromEnd = bLowerHalf ? BoxHeight - Y : Y;
+		const float Radius = bLowerHalf ? (bRightHalf ? Radii.Z : Radii.W) : (bRightHalf ? Radii.Y : Radii.X);
+		float Distance = std::min(FromSide, FromEnd);
+		if (FromSide < Radius && FromEnd < Radius)
+		{
+			const float DX = Radius - FromSide;
+			const float DY = Radius - FromEnd;
+			Distance = Radius - std::sqrt(DX * DX + DY * DY);
+		}
+		const uint32 Outer = ToByte(Distance + 0.5f);
+		const uint32 Inner = bOutline ? std::min(Outer, ToByte(Distance - static_cast<float>(Line) + 0.5f)) : Outer;
+		if (Outer > 0)
+		{
+			// The two shares add up to the outer coverage, so their sum never overflows.
+			Target = Over(ScaleBytes(FillSource, Inner) + ScaleBytes(LineSource, Outer - Inner), Target);
+		}
+	};
+
+	for (int32 Y = Area.Top; Y < Area.Bottom; ++Y)
+	{
+		uint32* const Row = GetRow(Y);
+		const float Below = static_cast<float>(Y - Rect.Top);
+		const float Above = static_cast<float>(Rect.Bottom - Y - 1);
+		const bool bCorner = Below < TopZone || Above < BottomZone;
+		int32 Left = Area.Left;
+		int32 Right = Area.Right;
+		if (bCorner)
+		{
+			const int32 LeftEnd = std::min(Area.Right, Rect.Left + static_cast<int32>(LeftZone));
+			for (; Left < LeftEnd; ++Left)
+			{
+				Shade(Left, Y, Row[Left]);
+			}
+			const int32 RightBegin = std::max(Left, Rect.Right - static_cast<int32>(RightZone));
+			for (; Right > RightBegin; --Right)
+			{
+				Shade(Right - 1, Y, Row[Right - 1]);
+			}
+		}
+		const bool bLineRow = Y - Rect.Top < Line || Rect.Bottom - Y <= Line;
+		if (bLineRow)
+		{
+			FillRow(Row + Left, Right - Left, LineSource);
+			continue;
+		}
+		const int32 LineLeft = std::clamp(Rect.Left + Line, Left, std::max(Left, Right));
+		const int32 LineRight = std::clamp(Rect.Right - Line, LineLeft, std::max(LineLeft, Right));
+		FillRow(Row + Left, LineLeft - Left, LineSource);
+		FillRow(Row + LineLeft, LineRight - LineLeft, FillSource);
+		FillRow(Row + LineRight, Right - LineRight, LineSource);
+	}
+}
+
+void FPixelCanvas::FillChequer(const FPixelRect& Rect, const FPixelRect& Clip)
+{
+	const FPixelRect Area = Rect.Intersect(Clip).Intersect(GetRect());
+	for (int32 Y = Area.Top; Y < Area.Bottom; ++Y)
+	{
+		uint32* const Row = GetRow(Y);
+		for (int32 X = Area.Left; X < Area.Right; ++X)
+		{
+			const bool bDark = (((X - Rect.Left) / 8 + (Y - Rect.Top) / 8) & 1) != 0;
+			Row[X] = bDark ? 0xFF800000u : 0xFFFF0000u;
+		}
+	}
+}
+
+void FPixelCanvas::DrawImage(const FPixelImage& Image, int32 Left, int32 Top, const FPixelRect& Clip, const FColor& Tint, bool bTint)
+{
+	const FPixelRect Area = FPixelRect{ Left, Top, Left + Image.Width, Top + Image.Height }.Intersect(Clip).Intersect(GetRect());
+	for (int32 Y = Area.Top; Y < Area.Bottom; ++Y)
+	{
+		uint32* const Row = GetRow(Y);
+		const uint32* const Source = Image.Data.GetData() + static_cast<int64>(Y - Top) * Image.Width - Left;
+		for (int32 X = Area.Left; X < Area.Right; ++X)
+		{
+			uint32 Pixel = Source[X];
+			if (Pixel == 0)
+			{
+				continue;
+			}
+			if (bTint)
+			{
+				const auto Multiply = [](uint32 Value, uint32 Factor) { return (Value * Factor + 127u) / 255u; };
+				Pixel = (Pixel & Opaque) | (Multiply((Pixel >> 16) & 255u, Tint.R) << 16) | (Multiply((Pixel >> 8) & 255u, Tint.G) << 8) | Multiply(Pixel & 255u, Tint.B);
+			}
+			Row[X] = Over(Tint.A == 255 ? Pixel : ScaleBytes(Pixel, Tint.A), Row[X]);
+		}
+	}
+}
+
+void FPixelCanvas::DrawNineSlice(const FPixelMask& Mask, const FPixelRect& Rect, const FPixelRect& Clip, const FColor& Color)
+{
+	const FPixelRect Area = Rect.Intersect(Clip).Intersect(GetRect());
+	if (Area.IsEmpty() || Mask.Width <= 0 || Mask.Height <= 0)
+	{
+		return;
+	}
+	const uint32 Source = Premultiply(Color);
+	const int32 MiddleX = Mask.Width / 2;
+	const int32 MiddleY = Mask.Height / 2;
+	// The stretched middle in the picture: from the mask's middle to as far from the other edge.
+	const int32 StretchLeft = Rect.Left + MiddleX;
+	const int32 StretchRight = std::max(StretchLeft, Rect.Right - (Mask.Width - MiddleX - 1));
+	const int32 StretchTop = Rect.Top + MiddleY;
+	const int32 StretchBottom = std::max(StretchTop, Rect.Bottom - (Mask.Height - MiddleY - 1));
+	for (int32 Y = Area.Top; Y < Area.Bottom; ++Y)
+	{
+		const int32 MaskY = Y < StretchTop ? Y - Rect.Top : (Y < StretchBottom ? MiddleY : MiddleY + 1 + Y - StretchBottom);
+		const uint8* const Coverage = Mask.Data.GetData() + static_cast<int64>(std::min(MaskY, Mask.Height - 1)) * Mask.Width;
+		uint32* const Row = GetRow(Y);
+		int32 X = Area.Left;
+		for (; X < std::min(Area.Right, StretchLeft); ++X)
+		{
+			Row[X] = Over(ScaleBytes(Source, Coverage[X - Rect.Left]), Row[X]);
+		}
+		const int32 FlatEnd = std::min(Area.Right, StretchRight);
+		if (X < FlatEnd)
+		{
+			FillRow(Row + X, FlatEnd - X, ScaleBytes(Source, Coverage[MiddleX]));
+			X = FlatEnd;
+		}
+		for (; X < Area.Right; ++X)
+		{
+			Row[X] = Over(ScaleBytes(Source, Coverage[std::min(MiddleX + 1 + X - StretchRight, Mask.Width - 1)]), Row[X]);
+		}
+	}
+}

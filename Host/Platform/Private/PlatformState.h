@@ -1,0 +1,13 @@
+#pragma once
+
+#include "CoreMinimal.h"
+#include "Templates/Function.h"
+
+/** The handlers that the program has set (see FHostPlatform). */
+namespace PlatformState
+{
+	/** Tells the user through the handler, or the log. From another thread it goes over to the game thread. */
+	void ReportProblem(const FString& Sentence);
+	void CallDisplayLost();
+	void RecordTarget(const FString& Target);
+}

@@ -1,0 +1,90 @@
+#include "Sdl/SdlClipboard.h"
+
+#include "Host/HostServices.h"
+#include "PlatformState.h"
+#include "Sdl/X11Support.h"
+
+#include <SDL.h>
+
+#include <string>
+
+namespace
+{
+	struct FClipboardState
+	{
+		SDL_Window* Window = nullptr;
+		/** A text that the desktop could not take, good as long as nobody else takes the clipboard. */
+		FString Kept;
+		unsigned long KeptOwner = 0;
+	};
+
+	FClipboardState& GetClipboardState()
+	{
+		static FClipboardState State;
+		return State;
+	}
+}
+
+void FSdlClipboard::Install()
+{
+	FHostServices::SetClipboardHooks([](const FString& Text) { Copy(Text); }, [](FString& OutText) { Paste(OutText); });
+}
+
+void FSdlClipboard::SetWindow(SDL_Window* Window)
+{
+	FClipboardState& State = GetClipboardState();
+	State.Window = Window;
+	if (!Window)
+	{
+		FHostServices::SetClipboardHooks(nullptr, nullptr);
+	}
+}
+
+void FSdlClipboard::Copy(const FString& Text)
+{
+	FClipboardState& State = GetClipboardState();
+	State.Kept.Empty();
+	std::string Utf8;
+	FTCHARToUTF8::Append(Utf8, Text);
+	// The clipboard ends a text at its first null.
+	for (size_t Null = Utf8.find('\0'); Null != std::string::npos; Null = Utf8.find('\0', Null))
+	{
+		Utf8.replace(Null, 1, "\xEF\xBF\xBD");
+	}
+	if (Utf8.size() > X11Support::GetMaxClipboardBytes(State.Window))
+	{
+		// The X server would end the connection over a request of this size.
+		SDL_SetClipboardText("");
+		State.Kept = Text;
+		State.KeptOwner = X11Support::GetClipboardOwner(State.Window);
+		PlatformState::ReportProblem(TEXT("The text is too long for the clipboard of the desktop. It can be pasted within this program only."));
+		return;
+	}
+	if (SDL_SetClipboardText(Utf8.c_str()) != 0)
+	{
+		PlatformState::ReportProblem(TEXT("The text could not be copied to the clipboard. Please try again."));
+	}
+}
+
+void FSdlClipboard::Paste(FString& OutText)
+{
+	FClipboardState& State = GetClipboardState();
+	OutText.Reset();
+	if (!State.Kept.IsEmpty() && X11Support::GetClipboardOwner(State.Window) == State.KeptOwner)
+	{
+		OutText = State.Kept;
+		return;
+	}
+	State.Kept.Empty();
+	char* const Text = SDL_GetClipboardText();
+	if (Text && *Text)
+	{
+		OutText = FString(UTF8_TO_TCHAR(Text));
+	}
+	else if (X11Support::HasClipboardOwner(State.Window))
+	{
+		// A text of megabytes that its owner hands over in parts arrives as nothing, and so does a picture.
+		PlatformState::ReportProblem(TEXT("The clipboard could not be read as text. If it holds a very long text, please paste it in smaller parts."));
+	}
+	SDL_free(Text);
+}

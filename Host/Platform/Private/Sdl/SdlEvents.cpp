@@ -1,0 +1,203 @@
+#include "Host/HostClock.h"
+#include "Sdl/SdlKeys.h"
+#include "Sdl/SdlWindow.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+
+namespace
+{
+	/** A flood of events must not keep the window from being painted. */
+	constexpr int32 MaxEventsPerPump = 2000;
+	/** SDL cuts committed text into pieces of 32 bytes with their null, on whole characters of at most 4 bytes. */
+	constexpr size_t ShortestFullPiece = 28;
+
+	FModifierKeysState GetModifiers()
+	{
+		return SdlKeys::FromModifiers(static_cast<uint16>(SDL_GetModState()));
+	}
+}
+
+void FSdlWindow::PumpEvents(IHostMessageHandler& Handler, double MaxWaitSeconds)
+{
+	if (bTextInputClosed)
+	{
+		bTextInputClosed = false;
+		Gate.Close(Handler);
+	}
+	bCloseSent = false;
+	SDL_Event Event;
+	bool bAny = false;
+	const bool bMaySleep = MaxWaitSeconds > 0.0 && !FHostClock::IsSimulated();
+	int32 Count = 0;
+	while (Count < MaxEventsPerPump && SDL_PollEvent(&Event))
+	{
+		Dispatch(Handler, Event);
+		bAny = true;
+		++Count;
+	}
+	if (!bAny && bMaySleep)
+	{
+		const int Milliseconds = std::max(1, static_cast<int>(std::min(MaxWaitSeconds, 3600.0) * 1000.0));
+		if (SDL_WaitEventTimeout(&Event, Milliseconds))
+		{
+			do
+			{
+				Dispatch(Handler, Event);
+			} while (++Count < MaxEventsPerPump && SDL_PollEvent(&Event));
+		}
+	}
+	SendMouseMove(Handler);
+	Gate.OnBatchEnd(Handler);
+}
+
+void FSdlWindow::SendMouseMove(IHostMessageHandler& Handler)
+{
+	if (bMoveWaits)
+	{
+		bMoveWaits = false;
+		Handler.OnMouseMove(MovePosition, GetModifiers());
+	}
+}
+
+void FSdlWindow::Dispatch(IHostMessageHandler& Handler, const SDL_Event& Event)
+{
+	if (Event.type == WakeEvent)
+	{
+		bWakePending = false;
+		return;
+	}
+	// Of many moves in a row only the last one counts.
+	if (Event.type != SDL_MOUSEMOTION)
+	{
+		SendMouseMove(Handler);
+	}
+	switch (Event.type)
+	{
+	case SDL_KEYDOWN:
+		Gate.OnKeyDown(Handler, SdlKeys::FromKeysym(Event.key.keysym), SdlKeys::FromModifiers(Event.key.keysym.mod), Event.key.repeat != 0);
+		break;
+	case SDL_KEYUP:
+		Gate.OnKeyUp(Handler, SdlKeys::FromKeysym(Event.key.keysym), SdlKeys::FromModifiers(Event.key.keysym.mod));
+		break;
+	case SDL_TEXTINPUT:
+	{
+		const size_t Length = std::strlen(Event.text.text);
+		const FUTF8ToTCHAR Text(Event.text.text, static_cast<int32>(Length));
+		Gate.OnText(Handler, FStringView(Text.Get(), Text.Length()), Length >= ShortestFullPiece);
+		break;
+	}
+	case SDL_TEXTEDITING:
+		DispatchPreedit(Handler, Event.edit.text, Event.edit.start);
+		break;
+	case SDL_TEXTEDITING_EXT:
+		DispatchPreedit(Handler, Event.editExt.text, Event.editExt.start);
+		SDL_free(Event.editExt.text);
+		break;
+	case SDL_MOUSEMOTION:
+		MovePosition = FVector2D(Event.motion.x, Event.motion.y);
+		bMoveWaits = true;
+		break;
+	case SDL_MOUSEBUTTONDOWN:
+	case SDL_MOUSEBUTTONUP:
+		DispatchMouseButton(Handler, Event.button);
+		break;
+	case SDL_MOUSEWHEEL:
+	{
+		const float Sign = Event.wheel.direction == SDL_MOUSEWHEEL_FLIPPED ? -1.0f : 1.0f;
+		Handler.OnMouseWheel(FVector2D(Event.wheel.preciseX * Sign, Event.wheel.preciseY * Sign), FVector2D(Event.wheel.mouseX, Event.wheel.mouseY), GetModifiers());
+		break;
+	}
+	case SDL_WINDOWEVENT:
+		DispatchWindowEvent(Handler, Event.window);
+		break;
+	case SDL_QUIT:
+		// Closing the last window raises this as well.
+		if (!bCloseSent)
+		{
+			bCloseSent = true;
+			Handler.OnCloseRequested();
+		}
+		break;
+	default:
+		break;
+	}
+}
+
+void FSdlWindow::DispatchPreedit(IHostMessageHandler& Handler, const char* Text, int32 CursorCharacter)
+{
+	const FUTF8ToTCHAR Converted(Text ? Text : "");
+	const FStringView View(Converted.Get(), Converted.Length());
+	// The cursor counts characters; ours counts units.
+	int32 Cursor = 0;
+	for (int32 Character = 0; Character < CursorCharacter && Cursor < View.Len(); ++Character)
+	{
+		const bool bPair = (View[Cursor] & 0xFC00) == 0xD800 && Cursor + 1 < View.Len();
+		Cursor += bPair ? 2 : 1;
+	}
+	Gate.OnPreedit(Handler, View, Cursor);
+}
+
+void FSdlWindow::DispatchMouseButton(IHostMessageHandler& Handler, const SDL_MouseButtonEvent& Event)
+{
+	const bool bDown = Event.type == SDL_MOUSEBUTTONDOWN;
+	const uint32 Bit = 1u << std::min<uint32>(Event.button, 31);
+	const uint32 Before = ButtonsDown;
+	ButtonsDown = bDown ? ButtonsDown | Bit : ButtonsDown & ~Bit;
+	// A drag goes on outside the window.
+	if ((Before == 0) != (ButtonsDown == 0))
+	{
+		SDL_CaptureMouse(ButtonsDown != 0 ? SDL_TRUE : SDL_FALSE);
+	}
+	const FKey Button = SdlKeys::FromMouseButton(Event.button);
+	if (!Button.IsValid())
+	{
+		return;
+	}
+	const FVector2D Position(Event.x, Event.y);
+	if (bDown)
+	{
+		Handler.OnMouseDown(Button, Position, GetModifiers());
+	}
+	else
+	{
+		Handler.OnMouseUp(Button, Position, GetModifiers());
+	}
+}
+
+void FSdlWindow::DispatchWindowEvent(IHostMessageHandler& Handler, const SDL_WindowEvent& Event)
+{
+	switch (Event.event)
+	{
+	case SDL_WINDOWEVENT_SIZE_CHANGED:
+		bPictureLost = true;
+		Handler.OnWindowResized();
+		break;
+	case SDL_WINDOWEVENT_SHOWN:
+	case SDL_WINDOWEVENT_EXPOSED:
+	case SDL_WINDOWEVENT_RESTORED:
+	case SDL_WINDOWEVENT_MAXIMIZED:
+		Handler.OnWindowExposed();
+		break;
+	case SDL_WINDOWEVENT_FOCUS_GAINED:
+		Handler.OnWindowActivated(true);
+		break;
+	case SDL_WINDOWEVENT_FOCUS_LOST:
+		Gate.Close(Handler);
+		Handler.OnWindowActivated(false);
+		break;
+	case SDL_WINDOWEVENT_LEAVE:
+		Handler.OnMouseLeave();
+		break;
+	case SDL_WINDOWEVENT_CLOSE:
+		if (!bCloseSent)
+		{
+			bCloseSent = true;
+			Handler.OnCloseRequested();
+		}
+		break;
+	default:
+		break;
+	}
+}
