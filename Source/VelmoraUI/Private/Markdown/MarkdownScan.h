@@ -126,8 +126,8 @@ inline int32 FindLiteral(const TCHAR* Text, int32 From, int32 Length, const TCHA
 	return Length;
 }
 
-/** The characters of [Start, End) with whitespace removed on both sides. */
-inline FString MakeTrimmed(const TCHAR* Text, int32 Start, int32 End)
+/** Narrows [Start, End) to leave out whitespace on both sides. */
+inline void TrimRange(const TCHAR* Text, int32& Start, int32& End)
 {
 	while (Start < End && FChar::IsWhitespace(Text[Start]))
 	{
@@ -137,6 +137,12 @@ inline FString MakeTrimmed(const TCHAR* Text, int32 Start, int32 End)
 	{
 		--End;
 	}
+}
+
+/** The characters of [Start, End) with whitespace removed on both sides. */
+inline FString MakeTrimmed(const TCHAR* Text, int32 Start, int32 End)
+{
+	TrimRange(Text, Start, End);
 	return FString(FStringView(Text + Start, End - Start));
 }
 

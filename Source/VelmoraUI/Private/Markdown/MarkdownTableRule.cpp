@@ -15,18 +15,6 @@ struct FTableRow
 	int32 End;
 };
 
-void TrimRange(const TCHAR* Text, int32& Start, int32& End)
-{
-	while (Start < End && FChar::IsWhitespace(Text[Start]))
-	{
-		++Start;
-	}
-	while (Start < End && FChar::IsWhitespace(Text[End - 1]))
-	{
-		--End;
-	}
-}
-
 /** Reads a line that begins with a pipe, blanks before it aside. At any other line the read position stays. */
 bool ReadTableRow(FMarkdownParser::FParseContext& Context, FTableRow& OutRow)
 {
@@ -38,7 +26,7 @@ bool ReadTableRow(FMarkdownParser::FParseContext& Context, FTableRow& OutRow)
 	}
 	OutRow.Start = Context.Position;
 	OutRow.End = Context.SkipLine();
-	TrimRange(Context.Text, OutRow.Start, OutRow.End);
+	Scan::TrimRange(Context.Text, OutRow.Start, OutRow.End);
 	Rewind.Keep();
 	return true;
 }
@@ -53,7 +41,7 @@ FString ReadAlignments(const TCHAR* Text, const FTableRow& Row)
 		int32 Start = CellStart;
 		int32 End = Scan::FindChar(Text, Start, Row.End, TEXT('|'));
 		CellStart = End + 1;
-		TrimRange(Text, Start, End);
+		Scan::TrimRange(Text, Start, End);
 		if (Start == End)
 		{
 			continue;

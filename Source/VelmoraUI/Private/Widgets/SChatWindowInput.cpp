@@ -1,0 +1,420 @@
+#include "Widgets/SChatWindow.h"
+
+#include "Framework/Application/SlateApplication.h"
+#include "Framework/Text/PlainTextLayoutMarshaller.h"
+#include "InputCoreTypes.h"
+#include "Settings/VelmoraSettings.h"
+#include "Style/VelmoraUIStyles.h"
+#include "Styling/AppStyle.h"
+#include "UObject/Class.h"
+#include "UObject/UObjectGlobals.h"
+#include "ViewModels/ChatViewModel.h"
+#include "Widgets/Images/SImage.h"
+#include "Widgets/Input/SButton.h"
+#include "Widgets/Input/SMultiLineEditableTextBox.h"
+#include "Widgets/Layout/SBorder.h"
+#include "Widgets/Layout/SBox.h"
+#include "Widgets/SBoxPanel.h"
+#include "Widgets/Text/STextBlock.h"
+
+#define LOCTEXT_NAMESPACE "VelmoraUI"
+
+namespace
+{
+
+struct FModeWords
+{
+	FText Label;
+	FText ToolTip;
+};
+
+FModeWords GetModeWords(Velmora::EConversationMode Mode)
+{
+	using Velmora::EConversationMode;
+	switch (Mode)
+	{
+	case EConversationMode::Advisor:
+		return { LOCTEXT("ModeAdvisor", "Advisor"), LOCTEXT("ModeAdvisor_Tooltip", "Project guidance and best practices (no code/asset changes). ") };
+	case EConversationMode::Code:
+		return { LOCTEXT("ModeCode", "Code"), LOCTEXT("ModeCode_Tooltip", "C++ code generation, refactoring, and implementation work.") };
+	case EConversationMode::Assets:
+		return { LOCTEXT("ModeAssets", "Assets"), LOCTEXT("ModeAssets_Tooltip", "Blueprints and asset-focused changes. ") };
+	case EConversationMode::General:
+		return { LOCTEXT("ModeGeneral", "General"), LOCTEXT("ModeGeneral_Tooltip", "Multi-purpose assistance across code, assets, and guidance.") };
+	}
+	return { LOCTEXT("UnknownMode", "Unknown"), LOCTEXT("UnknownMode_Tooltip", "Unknown conversation mode.") };
+}
+
+/** Settings and stored conversations hold a number that may be any; one that is not a mode means General. */
+Velmora::EConversationMode ToKnownMode(uint8 Number)
+{
+	using Velmora::EConversationMode;
+	return Number <= static_cast<uint8>(EConversationMode::Assets) ? static_cast<EConversationMode>(Number) : EConversationMode::General;
+}
+
+Velmora::EConversationMode GetDefaultMode()
+{
+	const UVelmoraSettings* Settings = GetDefault<UVelmoraSettings>();
+	return Settings != nullptr ? ToKnownMode(Settings->DefaultConversationMode) : Velmora::EConversationMode::General;
+}
+
+TSharedRef<SWidget> MakeActionIcon(FName Brush, double Size, const TAttribute<FSlateColor>& Tint)
+{
+	return SNew(SImage)
+		.Image(FVelmoraUIStyles::GetBrush(Brush))
+		.ColorAndOpacity(Tint)
+		.DesiredSizeOverride(FVector2D(Size, Size));
+}
+
+bool IsEitherControlDown(const FInputEvent& Event)
+{
+	return Event.IsLeftControlDown() || Event.IsRightControlDown();
+}
+
+} // namespace
+
+TSharedRef<SWidget> SChatWindow::BuildInputArea()
+{
+	// clang-format off
+	return SNew(SBorder)
+		.BorderImage(FAppStyle::GetBrush("ToolPanel.DarkGroupBorder"))
+		.Padding(FMargin(8.0f, 4.0f, 8.0f, 4.0f))
+		[
+			SNew(SVerticalBox)
+			+ SVerticalBox::Slot()
+			.AutoHeight()
+			.Padding(0.0f, 0.0f, 0.0f, 4.0f)
+			[
+				BuildPrompt()
+			]
+			+ SVerticalBox::Slot()
+			.AutoHeight()
+			[
+				BuildActionRow()
+			]
+		];
+	// clang-format on
+}
+
+TSharedRef<SWidget> SChatWindow::BuildPrompt()
+{
+	// clang-format off
+	return SNew(SBox)
+		.MinDesiredHeight(80.0f)
+		.MaxDesiredHeight(200.0f)
+		[
+			SNew(SBorder)
+			.BorderImage(FAppStyle::GetBrush("ToolPanel.GroupBorder"))
+			.Padding(FMargin(4.0f))
+			[
+				SAssignNew(InputTextBox, SMultiLineEditableTextBox)
+				.Tag(FName("InputTextBox"))
+				.Marshaller(FPlainTextLayoutMarshaller::Create())
+				.AllowMultiLine(true)
+				.AutoWrapText(true)
+				.HintText(LOCTEXT("InputHint", "Let's build something amazing… (@ to add context, Ctrl+Enter to send)"))
+				.IsEnabled(this, &SChatWindow::IsInputTextBoxEnabled)
+				.ToolTipText(LOCTEXT("InputTooltip", "Multi-line message input\n\nEnter: New line\nCtrl+Enter: Send message\n@: Open file search\n\nYou can type multi-line prompts for Velmora AI.\nLonger, detailed prompts often get better results."))
+				.OnTextCommitted(this, &SChatWindow::OnInputTextCommitted)
+				.OnTextChanged(this, &SChatWindow::OnInputTextChanged)
+			]
+		];
+	// clang-format on
+}
+
+TSharedRef<SWidget> SChatWindow::BuildActionRow()
+{
+	// clang-format off
+	return SNew(SHorizontalBox)
+		+ SHorizontalBox::Slot()
+		.AutoWidth()
+		.VAlign(VAlign_Center)
+		.Padding(0.0f, 0.0f, 12.0f, 0.0f)
+		[
+			SNew(SBox)
+			.MinDesiredWidth(110.0f)
+			.MaxDesiredWidth(160.0f)
+			[
+				BuildModeSelector()
+			]
+		]
+		+ SHorizontalBox::Slot()
+		.FillWidth(1.0f)
+		.VAlign(VAlign_Center)
+		[
+			SNew(STextBlock)
+			.Tag(FName("CharacterCount"))
+			.Text(this, &SChatWindow::GetCharacterCountText)
+			.Font(FAppStyle::GetFontStyle("SmallFont"))
+			.ColorAndOpacity(FSlateColor(FVelmoraUIStyles::GetTextColorSecondary()))
+		]
+		+ SHorizontalBox::Slot()
+		.AutoWidth()
+		.VAlign(VAlign_Center)
+		.Padding(4.0f, 0.0f)
+		[
+			BuildSendButton()
+		]
+		+ SHorizontalBox::Slot()
+		.AutoWidth()
+		.VAlign(VAlign_Center)
+		.Padding(4.0f, 0.0f, 0.0f, 0.0f)
+		[
+			BuildPauseButton()
+		]
+		+ SHorizontalBox::Slot()
+		.AutoWidth()
+		.VAlign(VAlign_Center)
+		.Padding(4.0f, 0.0f, 0.0f, 0.0f)
+		[
+			BuildContinueButton()
+		]
+		+ SHorizontalBox::Slot()
+		.AutoWidth()
+		.VAlign(VAlign_Center)
+		[
+			BuildCancelButton()
+		];
+	// clang-format on
+}
+
+TSharedRef<SWidget> SChatWindow::BuildModeSelector()
+{
+	// clang-format off
+	return SAssignNew(ModeComboBox, SComboBox<TSharedPtr<Velmora::EConversationMode>>)
+		.Tag(FName("ModeComboBox"))
+		.OptionsSource(&ModeOptions)
+		.ContentPadding(FMargin(8.0f, 2.0f))
+		.IsEnabled(this, &SChatWindow::IsModeSelectorEnabled)
+		.OnGenerateWidget(this, &SChatWindow::GenerateModeWidget)
+		.OnSelectionChanged(this, &SChatWindow::OnModeSelectionChanged)
+		.ToolTipText(LOCTEXT("ModeSelectorTooltip", "Select conversation mode\n\nOnly available before the first message is sent."))
+		[
+			SNew(STextBlock)
+			.Text(this, &SChatWindow::GetCurrentModeText)
+			.Font(FAppStyle::GetFontStyle("SmallFont"))
+			.ColorAndOpacity(FSlateColor(FVelmoraUIStyles::GetTextColorTertiary()))
+		];
+	// clang-format on
+}
+
+TSharedRef<SWidget> SChatWindow::BuildSendButton()
+{
+	// clang-format off
+	return SAssignNew(SendButton, SButton)
+		.Tag(FName("SendButton"))
+		.ButtonStyle(FAppStyle::Get(), "SimpleButton")
+		.ContentPadding(FMargin(6.0f))
+		.OnClicked(this, &SChatWindow::OnSendButtonClicked)
+		.IsEnabled(this, &SChatWindow::IsSendButtonEnabled)
+		.Visibility(this, &SChatWindow::GetSendButtonVisibility)
+		.ToolTipText(LOCTEXT("SendTooltip", "Send message to Velmora AI\n\nKeyboard shortcut: Ctrl+Enter\n\nThe AI will process your message and respond\nbased on the current conversation mode."))
+		[
+			MakeActionIcon("ChatAction_Send_50", 36.0, FSlateColor(FVelmoraUIStyles::GetPrimaryActionSendColor()))
+		];
+	// clang-format on
+}
+
+TSharedRef<SWidget> SChatWindow::BuildPauseButton()
+{
+	// clang-format off
+	return SAssignNew(PauseButton, SButton)
+		.Tag(FName("PauseButton"))
+		.ButtonStyle(FAppStyle::Get(), "SimpleButton")
+		.ContentPadding(FMargin(6.0f))
+		.OnClicked(this, &SChatWindow::OnPauseClicked)
+		.IsEnabled(this, &SChatWindow::IsPauseButtonEnabled)
+		.Visibility(this, &SChatWindow::GetPauseButtonVisibility)
+		.ToolTipText(LOCTEXT("PauseTooltip", "Pause processing\n\nYou can then continue, add more context via the input box, or cancel."))
+		[
+			MakeActionIcon("ChatAction_Pause_50", 40.0, FSlateColor(FVelmoraUIStyles::GetPrimaryActionPauseResumeColor()))
+		];
+	// clang-format on
+}
+
+TSharedRef<SWidget> SChatWindow::BuildContinueButton()
+{
+	// clang-format off
+	return SAssignNew(ContinueButton, SButton)
+		.Tag(FName("ContinueButton"))
+		.ButtonStyle(FAppStyle::Get(), "SimpleButton")
+		.ContentPadding(FMargin(6.0f))
+		.OnClicked(this, &SChatWindow::OnContinueClicked)
+		.IsEnabled(this, &SChatWindow::IsContinueButtonEnabled)
+		.Visibility(this, &SChatWindow::GetContinueButtonVisibility)
+		.ToolTipText(LOCTEXT("ContinueTooltip", "Resume processing\n\nAny text in the input box will be sent as additional context."))
+		[
+			MakeActionIcon("ChatAction_Play_50", 36.0, FSlateColor(FVelmoraUIStyles::GetPrimaryActionPauseResumeColor()))
+		];
+	// clang-format on
+}
+
+TSharedRef<SWidget> SChatWindow::BuildCancelButton()
+{
+	// clang-format off
+	return SAssignNew(CancelButton, SButton)
+		.Tag(FName("CancelButton"))
+		.ButtonStyle(FAppStyle::Get(), "SimpleButton")
+		.ContentPadding(FMargin(6.0f))
+		.OnClicked(this, &SChatWindow::OnCancelClicked)
+		.IsEnabled(this, &SChatWindow::IsCancelButtonEnabled)
+		.ToolTipText(LOCTEXT("CancelTooltip", "Cancel ongoing operation\n\nStops the current AI response generation\nor tool execution in progress."))
+		[
+			MakeActionIcon("ChatAction_Cancel_50", 36.0, TAttribute<FSlateColor>::CreateSP(this, &SChatWindow::GetCancelButtonTint))
+		];
+	// clang-format on
+}
+
+FText SChatWindow::GetCharacterCountText() const
+{
+	return FText::Format(LOCTEXT("CharCount", "{0} characters"), CurrentInputText.ToString().Len());
+}
+
+FReply SChatWindow::OnPreviewKeyDown(const FGeometry& MyGeometry, const FKeyEvent& InKeyEvent)
+{
+	const bool bSendKey = InKeyEvent.GetKey() == EKeys::Enter && IsEitherControlDown(InKeyEvent);
+	if (bSendKey && InputTextBox.IsValid() && InputTextBox->HasKeyboardFocus() && IsSendButtonEnabled())
+	{
+		return OnSendButtonClicked();
+	}
+	return FReply::Unhandled();
+}
+
+void SChatWindow::OnInputTextChanged(const FText& NewText)
+{
+	CurrentInputText = NewText;
+}
+
+void SChatWindow::OnInputTextCommitted(const FText& NewText, ETextCommit::Type CommitType)
+{
+	// The second door to sending: reached when the preview declined. Whether the text goes out is the view model's word.
+	const FModifierKeysState Keys = FSlateApplication::Get().GetModifierKeys();
+	if (CommitType == ETextCommit::OnEnter && (Keys.IsLeftControlDown() || Keys.IsRightControlDown()))
+	{
+		OnSendButtonClicked();
+	}
+}
+
+void SChatWindow::ClearInput()
+{
+	CurrentInputText = FText::GetEmpty();
+	if (InputTextBox.IsValid())
+	{
+		InputTextBox->SetText(FText::GetEmpty());
+	}
+}
+
+FReply SChatWindow::OnSendButtonClicked()
+{
+	if (ViewModel.IsValid() && !CurrentInputText.IsEmpty())
+	{
+		// A refused text stays, so that nothing typed is lost.
+		const FString Text = CurrentInputText.ToString();
+		if (ViewModel->SendMessage(Text))
+		{
+			ClearInput();
+		}
+	}
+	return FReply::Handled();
+}
+
+FReply SChatWindow::OnPauseClicked()
+{
+	if (ViewModel.IsValid())
+	{
+		ViewModel->PauseConversation();
+	}
+	return FReply::Handled();
+}
+
+FReply SChatWindow::OnContinueClicked()
+{
+	if (ViewModel.IsValid())
+	{
+		// An empty text goes on as if nothing had happened.
+		const FString Text = CurrentInputText.ToString();
+		ViewModel->ResumeConversation(Text);
+		ClearInput();
+	}
+	return FReply::Handled();
+}
+
+FReply SChatWindow::OnCancelClicked()
+{
+	if (ViewModel.IsValid())
+	{
+		ViewModel->CancelConversation();
+	}
+	return FReply::Handled();
+}
+
+FReply SChatWindow::OnNewConversationClicked()
+{
+	if (ViewModel.IsValid())
+	{
+		ViewModel->StartNewConversation(GetDefaultMode());
+		SyncModeComboBoxSelection();
+	}
+	return FReply::Handled();
+}
+
+FReply SChatWindow::OnSidepanelButtonClicked()
+{
+	return FReply::Handled();
+}
+
+bool SChatWindow::IsModeSelectorEnabled() const
+{
+	const TSharedPtr<Velmora::FConversationMetadata> Metadata = ViewModel.IsValid() ? ViewModel->GetCurrentConversationMetadata() : nullptr;
+	return Metadata.IsValid() && Metadata->GetMessageCount() == 0;
+}
+
+Velmora::EConversationMode SChatWindow::GetEffectiveMode() const
+{
+	return ViewModel.IsValid() && ViewModel->HasActiveConversation() ? ViewModel->GetMode() : GetDefaultMode();
+}
+
+FText SChatWindow::GetCurrentModeText() const
+{
+	return GetModeWords(ToKnownMode(static_cast<uint8>(GetEffectiveMode()))).Label;
+}
+
+TSharedRef<SWidget> SChatWindow::GenerateModeWidget(TSharedPtr<Velmora::EConversationMode> Item)
+{
+	const FModeWords Words = GetModeWords(Item.IsValid() ? *Item : Velmora::EConversationMode::General);
+	return SNew(STextBlock)
+		.Text(Words.Label)
+		.ToolTipText(Words.ToolTip)
+		.Font(FAppStyle::GetFontStyle("SmallFont"));
+}
+
+void SChatWindow::OnModeSelectionChanged(TSharedPtr<Velmora::EConversationMode> Item, ESelectInfo::Type SelectInfo)
+{
+	// A selection made from code, by SyncModeComboBoxSelection, arrives as a navigation.
+	if (!Item.IsValid() || SelectInfo == ESelectInfo::OnNavigation || !ViewModel.IsValid())
+	{
+		return;
+	}
+	ViewModel->SetModeForEmptyConversation(*Item);
+	// A refused change snaps back.
+	SyncModeComboBoxSelection();
+}
+
+void SChatWindow::SyncModeComboBoxSelection()
+{
+	if (!ModeComboBox.IsValid())
+	{
+		return;
+	}
+	const Velmora::EConversationMode Mode = GetEffectiveMode();
+	for (const TSharedPtr<Velmora::EConversationMode>& Option : ModeOptions)
+	{
+		if (Option.IsValid() && *Option == Mode)
+		{
+			ModeComboBox->SetSelectedItem(Option);
+			return;
+		}
+	}
+}
+
+#undef LOCTEXT_NAMESPACE

@@ -1,0 +1,67 @@
+#include "Widgets/SLoadingIndicator.h"
+
+#include "Math/UnrealMathUtility.h"
+#include "Style/VelmoraUIStyles.h"
+#include "Styling/AppStyle.h"
+#include "Widgets/Images/SThrobber.h"
+#include "Widgets/Layout/SBox.h"
+#include "Widgets/SBoxPanel.h"
+#include "Widgets/Text/STextBlock.h"
+
+void SLoadingIndicator::Construct(const FArguments& InArgs)
+{
+	Message = InArgs._Message;
+	bShowThrobber = InArgs._ShowThrobber;
+
+	// clang-format off
+	ChildSlot
+	[
+		SNew(SBox)
+		.HAlign(HAlign_Center)
+		.VAlign(VAlign_Center)
+		.Padding(FMargin(16.0f))
+		[
+			SNew(SHorizontalBox)
+			+ SHorizontalBox::Slot()
+			.AutoWidth()
+			.VAlign(VAlign_Center)
+			.Padding(0.0f, 0.0f, 8.0f, 0.0f)
+			[
+				SNew(SThrobber)
+				.Visibility(bShowThrobber ? EVisibility::Visible : EVisibility::Collapsed)
+			]
+			+ SHorizontalBox::Slot()
+			.AutoWidth()
+			.VAlign(VAlign_Center)
+			[
+				SNew(STextBlock)
+				.Text(this, &SLoadingIndicator::GetAnimatedMessage)
+				.Font(FAppStyle::GetFontStyle("NormalText"))
+				.ColorAndOpacity(FSlateColor(FVelmoraUIStyles::GetTextColorSecondary()))
+			]
+		]
+	];
+	// clang-format on
+}
+
+void SLoadingIndicator::Tick(const FGeometry& AllottedGeometry, const double InCurrentTime, const float InDeltaTime)
+{
+	SCompoundWidget::Tick(AllottedGeometry, InCurrentTime, InDeltaTime);
+	constexpr float CycleSeconds = 1.5f;
+	AnimationTime += InDeltaTime;
+	if (AnimationTime > CycleSeconds)
+	{
+		AnimationTime = 0.0f;
+	}
+}
+
+FText SLoadingIndicator::GetAnimatedMessage() const
+{
+	FString Text = Message.Get().ToString();
+	if (Text.IsEmpty())
+	{
+		Text = TEXT("Loading");
+	}
+	const int32 Dots = FMath::FloorToInt(AnimationTime * 3.0f) % 4;
+	return FText::FromString(Text + FString::ChrN(Dots, TEXT('.')));
+}

@@ -1,0 +1,102 @@
+#include "Widgets/SMarkdownTextBlock.h"
+
+#include "Markdown/MarkdownParser.h"
+#include "Widgets/SBoxPanel.h"
+#include "Widgets/Text/STextBlock.h"
+
+void SMarkdownTextBlock::Construct(const FArguments& InArgs)
+{
+	Text = InArgs._Text;
+	bAutoWrapText = InArgs._AutoWrapText;
+	WrapTextAt = InArgs._WrapTextAt;
+	Margin = InArgs._Margin;
+
+	// clang-format off
+	ChildSlot
+	.Padding(Margin)
+	[
+		SAssignNew(ContentBox, SVerticalBox)
+	];
+	// clang-format on
+
+	RebuildContent();
+}
+
+void SMarkdownTextBlock::SetText(const FString& NewText)
+{
+	// Equality of strings ignores letter case, and so does a change of text here.
+	if (Text.Get() == NewText)
+	{
+		return;
+	}
+	Text = TAttribute<FString>(NewText);
+	RebuildContent();
+}
+
+void SMarkdownTextBlock::RebuildContent()
+{
+	if (!ContentBox.IsValid())
+	{
+		return;
+	}
+	const FString CurrentText = Text.Get();
+	if (CurrentText == LastParsedText && ParsedTokens.Num() > 0)
+	{
+		return;
+	}
+	ContentBox->ClearChildren();
+	ParsedTokens = Velmora::Markdown::FMarkdownParser::Parse(CurrentText);
+	LastParsedText = CurrentText;
+
+	TArray<FMarkdownToken> Run;
+	for (const FMarkdownToken& Token : ParsedTokens)
+	{
+		if (Token.IsInline())
+		{
+			Run.Add(Token);
+			continue;
+		}
+		AddInlineRun(Run, FMargin(0.0f, 2.0f));
+		// clang-format off
+		ContentBox->AddSlot()
+		.AutoHeight()
+		.Padding(0.0f, 1.0f)
+		[
+			BuildBlockToken(Token)
+		];
+		// clang-format on
+	}
+	AddInlineRun(Run, FMargin(0.0f));
+
+	// Blanks alone parse to nothing, and still are a text.
+	if (ParsedTokens.Num() == 0 && !CurrentText.IsEmpty())
+	{
+		// clang-format off
+		ContentBox->AddSlot()
+		.AutoHeight()
+		[
+			SNew(STextBlock)
+			.Text(FText::FromString(CurrentText))
+			.AutoWrapText(bAutoWrapText)
+			.WrapTextAt(WrapTextAt)
+		];
+		// clang-format on
+	}
+}
+
+void SMarkdownTextBlock::AddInlineRun(TArray<FMarkdownToken>& Run, const FMargin& Padding)
+{
+	if (Run.Num() == 0)
+	{
+		return;
+	}
+	// clang-format off
+	ContentBox->AddSlot()
+	.AutoHeight()
+	.Padding(Padding)
+	[
+		BuildInlineContent(Run)
+	];
+	// clang-format on
+	Run.Reset();
+}

@@ -1,0 +1,142 @@
+#include "Widgets/SMarkdownTextBlock.h"
+
+#include "Brushes/SlateRoundedBoxBrush.h"
+#include "HAL/PlatformApplicationMisc.h"
+#include "Style/VelmoraUIStyles.h"
+#include "Styling/AppStyle.h"
+#include "Styling/CoreStyle.h"
+#include "Styling/SlateTypes.h"
+#include "Widgets/Images/SImage.h"
+#include "Widgets/Input/SButton.h"
+#include "Widgets/Layout/SBorder.h"
+#include "Widgets/Layout/SScrollBox.h"
+#include "Widgets/SBoxPanel.h"
+#include "Widgets/Text/STextBlock.h"
+
+#define LOCTEXT_NAMESPACE "VelmoraUI"
+
+TSharedRef<SWidget> SMarkdownTextBlock::BuildCodeBlock(const FMarkdownToken& Token)
+{
+	static const FSlateRoundedBoxBrush FrameBrush(
+		FVelmoraUIStyles::GetMarkdownCodeBlockBackgroundColor(),
+		FVelmoraUIStyles::GetMarkdownCodeBlockCornerRadius(),
+		FVelmoraUIStyles::GetMarkdownCodeBlockBorderColor(),
+		1.0f);
+	const FString Language = Token.Metadata.IsEmpty() ? FString(TEXT("text")) : Token.Metadata;
+	// clang-format off
+	return SNew(SBorder)
+		.BorderImage(&FrameBrush)
+		.Padding(FMargin(12.0f, 8.0f, 12.0f, 8.0f))
+		[
+			SNew(SVerticalBox)
+			+ SVerticalBox::Slot()
+			.AutoHeight()
+			.Padding(0.0f, 0.0f, 0.0f, 8.0f)
+			[
+				BuildCodeHeader(Token.Content, Language)
+			]
+			+ SVerticalBox::Slot()
+			.AutoHeight()
+			[
+				SNew(SScrollBox)
+				.Orientation(Orient_Horizontal)
+				.ScrollBarThickness(FVector2D(4.0, 4.0))
+				+ SScrollBox::Slot()
+				[
+					BuildCodeLines(Token.Content)
+				]
+			]
+		];
+	// clang-format on
+}
+
+TSharedRef<SWidget> SMarkdownTextBlock::BuildCodeHeader(const FString& Code, const FString& Language)
+{
+	// "text" is what a block without a tag is called; it would only tell the reader what he sees.
+	const bool bShowLanguage = Language != TEXT("text");
+	// clang-format off
+	return SNew(SHorizontalBox)
+		+ SHorizontalBox::Slot()
+		.FillWidth(1.0f)
+		.VAlign(VAlign_Center)
+		[
+			SNew(STextBlock)
+			.Text(FText::FromString(Language))
+			.Font(FCoreStyle::GetDefaultFontStyle("Bold", 9))
+			.ColorAndOpacity(FSlateColor(FVelmoraUIStyles::GetMarkdownCodeBlockLanguageColor()))
+			.Visibility(bShowLanguage ? EVisibility::Visible : EVisibility::Collapsed)
+		]
+		+ SHorizontalBox::Slot()
+		.AutoWidth()
+		.VAlign(VAlign_Center)
+		[
+			SNew(SButton)
+			.Tag(FName("CopyCodeButton"))
+			.ButtonStyle(FAppStyle::Get(), "NoBorder")
+			.ContentPadding(FMargin(4.0f, 4.0f, 4.0f, 4.0f))
+			.ToolTipText(LOCTEXT("CopyCodeTooltip", "Copy code to clipboard"))
+			.OnClicked(this, &SMarkdownTextBlock::OnCopyCodeClicked, Code)
+			[
+				SNew(SImage)
+				.Image(FVelmoraUIStyles::GetBrush("MessageAction_Copy_32"))
+				.DesiredSizeOverride(FVector2D(16.0, 16.0))
+			]
+		];
+	// clang-format on
+}
+
+TSharedRef<SWidget> SMarkdownTextBlock::BuildCodeLines(const FString& Code)
+{
+	const TSharedRef<SVerticalBox> CodeBox = SNew(SVerticalBox);
+	if (Code.IsEmpty())
+	{
+		// Keeps the height of one line.
+		// clang-format off
+		CodeBox->AddSlot()
+		.AutoHeight()
+		[
+			SNew(STextBlock)
+			.TextStyle(&FVelmoraUIStyles::GetTextStyle("Velmora.Markdown.CodeBlock"))
+			.Text(FText::GetEmpty())
+			.AutoWrapText(false)
+		];
+		// clang-format on
+		return CodeBox;
+	}
+	TArray<FString> Lines;
+	Code.ParseIntoArrayLines(Lines, /*bCullEmpty*/ false);
+	for (const FString& Line : Lines)
+	{
+		// clang-format off
+		CodeBox->AddSlot()
+		.AutoHeight()
+		[
+			BuildCodeLine(Line)
+		];
+		// clang-format on
+	}
+	return CodeBox;
+}
+
+TSharedRef<SWidget> SMarkdownTextBlock::BuildCodeLine(const FString& Line)
+{
+	// clang-format off
+	return SNew(SHorizontalBox)
+		+ SHorizontalBox::Slot()
+		.AutoWidth()
+		[
+			SNew(STextBlock)
+			.Text(FText::FromString(Line))
+			.Font(FVelmoraUIStyles::GetTextStyle("Velmora.Markdown.CodeBlock").Font)
+			.ColorAndOpacity(FSlateColor(FVelmoraUIStyles::GetTextColorPrimary()))
+		];
+	// clang-format on
+}
+
+FReply SMarkdownTextBlock::OnCopyCodeClicked(FString Code)
+{
+	FPlatformApplicationMisc::ClipboardCopy(*Code);
+	return FReply::Handled();
+}
+
+#undef LOCTEXT_NAMESPACE

@@ -1,0 +1,172 @@
+#include "Widgets/SMessageList.h"
+
+#include "Widgets/Layout/SScrollBox.h"
+
+const float SMessageList::ScrollBottomThreshold = 50.0f;
+
+void SMessageList::Construct(const FArguments& InArgs)
+{
+	Messages = InArgs._Messages;
+	bAutoScroll = InArgs._AutoScroll;
+	CanUndoDelegate = InArgs._CanUndo;
+	OnUndoToMessageDelegate = InArgs._OnUndoToMessage;
+
+	// clang-format off
+	ChildSlot
+	[
+		SAssignNew(ScrollBox, SScrollBox)
+	];
+	// clang-format on
+
+	RebuildMessageList();
+	if (bAutoScroll && Messages.Num() > 0)
+	{
+		ScrollToBottom();
+	}
+}
+
+void SMessageList::SetMessages(const TArray<TSharedPtr<FChatMessage>>& NewMessages)
+{
+	const bool bWasAtBottom = IsScrolledToBottom();
+	const int32 OldCount = Messages.Num();
+	Messages = NewMessages;
+	const int32 NewCount = Messages.Num();
+
+	const bool bRowsFitOldMessages = LastMessageCount == OldCount;
+	if (NewCount > LastMessageCount && bRowsFitOldMessages)
+	{
+		AppendNewMessages(LastMessageCount);
+	}
+	else if (NewCount == LastMessageCount - 1 && bRowsFitOldMessages)
+	{
+		RemoveLastMessage();
+	}
+	else if (NewCount != LastMessageCount)
+	{
+		RebuildMessageList();
+	}
+
+	if (bAutoScroll && (!bUserScrolledUp || bWasAtBottom))
+	{
+		RequestScrollToEnd();
+	}
+}
+
+void SMessageList::RebuildMessageList()
+{
+	if (ScrollBox.IsValid())
+	{
+		ScrollBox->ClearChildren();
+		AddRowsFrom(0);
+	}
+}
+
+void SMessageList::AppendNewMessages(int32 StartIndex)
+{
+	if (ScrollBox.IsValid())
+	{
+		AddRowsFrom(StartIndex);
+	}
+}
+
+void SMessageList::AddRowsFrom(int32 StartIndex)
+{
+	for (int32 Index = StartIndex; Index < Messages.Num(); ++Index)
+	{
+		const TSharedPtr<FChatMessage>& Message = Messages[Index];
+		if (!Message.IsValid())
+		{
+			continue;
+		}
+		const bool bIsLatest = Index == Messages.Num() - 1;
+		// clang-format off
+		ScrollBox->AddSlot()
+		.Padding(0.0f, 4.0f)
+		[
+			SNew(SMessageRow)
+			.Message(Message)
+			.IsLatestMessage(bIsLatest)
+			.CanUndo(CanUndoDelegate)
+			.OnUndo(this, &SMessageList::RequestUndo, Message)
+		];
+		// clang-format on
+	}
+	LastMessageCount = Messages.Num();
+}
+
+void SMessageList::RemoveLastMessage()
+{
+	if (!ScrollBox.IsValid())
+	{
+		return;
+	}
+	if (ScrollBox->NumSlots() > 0)
+	{
+		const TSharedRef<SWidget> LastRow = ScrollBox->GetSlot(ScrollBox->NumSlots() - 1).GetWidget();
+		ScrollBox->RemoveSlot(LastRow);
+	}
+	LastMessageCount = Messages.Num();
+}
+
+void SMessageList::ScrollToBottom()
+{
+	bUserScrolledUp = false;
+	RequestScrollToEnd();
+}
+
+void SMessageList::RequestScrollToEnd()
+{
+	bPendingScrollToBottom = true;
+	ScrollDelayFrames = 2;
+}
+
+void SMessageList::ScrollToTop()
+{
+	if (ScrollBox.IsValid())
+	{
+		ScrollBox->ScrollToStart();
+	}
+}
+
+bool SMessageList::IsScrolledToBottom() const
+{
+	return !ScrollBox.IsValid() || !bUserScrolledUp;
+}
+
+void SMessageList::SetCanUndo(bool bInCanUndo)
+{
+	bCanUndo = bInCanUndo;
+}
+
+void SMessageList::Tick(const FGeometry& AllottedGeometry, const double InCurrentTime, const float InDeltaTime)
+{
+	SCompoundWidget::Tick(AllottedGeometry, InCurrentTime, InDeltaTime);
+	if (!bPendingScrollToBottom || !ScrollBox.IsValid())
+	{
+		return;
+	}
+	if (ScrollDelayFrames < 1)
+	{
+		ScrollBox->ScrollToEnd();
+		bPendingScrollToBottom = false;
+	}
+	else
+	{
+		--ScrollDelayFrames;
+	}
+}
+
+void SMessageList::RequestUndo(TSharedPtr<FChatMessage> Message)
+{
+	OnUndoToMessageDelegate.ExecuteIfBound(Message);
+}
+
+void SMessageList::OnListScrolled(float Offset)
+{
+	// Moving back down does not count as having returned: only ScrollToBottom does.
+	if (Offset < LastScrollOffset - 1.0)
+	{
+		bUserScrolledUp = true;
+	}
+	LastScrollOffset = Offset;
+}

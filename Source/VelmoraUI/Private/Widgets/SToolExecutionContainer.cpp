@@ -1,0 +1,186 @@
+#include "Widgets/SToolExecutionContainer.h"
+
+#include "Style/VelmoraUIStyles.h"
+#include "Styling/AppStyle.h"
+#include "Widgets/Images/SImage.h"
+#include "Widgets/Input/SButton.h"
+#include "Widgets/Layout/SBox.h"
+#include "Widgets/SBoxPanel.h"
+#include "Widgets/SNullWidget.h"
+#include "Widgets/Text/STextBlock.h"
+#include "Widgets/ToolRowLook.h"
+
+#define LOCTEXT_NAMESPACE "VelmoraUI"
+
+void SToolExecutionContainer::Construct(const FArguments& InArgs)
+{
+	ToolMessages = InArgs._ToolExecutions;
+	IsExpanded = InArgs._IsExpanded;
+	OnToggleExpanded = InArgs._OnToggleExpanded;
+
+	// clang-format off
+	ChildSlot
+	[
+		SNew(SVerticalBox)
+		+ SVerticalBox::Slot()
+		.AutoHeight()
+		[
+			SNew(SButton)
+			.Tag(FName("ToolExecutionsHeader"))
+			.ButtonStyle(FAppStyle::Get(), "SimpleButton")
+			.OnClicked(this, &SToolExecutionContainer::OnHeaderClicked)
+			.ContentPadding(FMargin(8.0f, 6.0f))
+			.HAlign(HAlign_Left)
+			[
+				BuildHeader()
+			]
+		]
+		+ SVerticalBox::Slot()
+		.AutoHeight()
+		[
+			SNew(SBox)
+			.Visibility(this, &SToolExecutionContainer::GetBodyVisibility)
+			[
+				SAssignNew(ToolListBox, SVerticalBox)
+			]
+		]
+	];
+	// clang-format on
+
+	for (const TSharedPtr<FChatMessage>& Message : ToolMessages)
+	{
+		AddToolRow(Message);
+	}
+}
+
+void SToolExecutionContainer::UpdateToolList(const TArray<TSharedPtr<FChatMessage>>& NewToolExecutions)
+{
+	const int32 OldCount = ToolMessages.Num();
+	ToolMessages = NewToolExecutions;
+	if (!ToolListBox.IsValid())
+	{
+		return;
+	}
+	for (int32 Index = OldCount; Index < ToolMessages.Num(); ++Index)
+	{
+		AddToolRow(ToolMessages[Index]);
+	}
+}
+
+void SToolExecutionContainer::AddToolRow(const TSharedPtr<FChatMessage>& Message)
+{
+	if (!Message.IsValid())
+	{
+		return;
+	}
+	// clang-format off
+	ToolListBox->AddSlot()
+	.AutoHeight()
+	.Padding(8.0f, 4.0f, 8.0f, 8.0f)
+	[
+		BuildToolRow(Message)
+	];
+	// clang-format on
+}
+
+TSharedRef<SWidget> SToolExecutionContainer::BuildHeader()
+{
+	// clang-format off
+	return SNew(SHorizontalBox)
+		+ SHorizontalBox::Slot()
+		.AutoWidth()
+		.VAlign(VAlign_Center)
+		.Padding(0.0f, 0.0f, 8.0f, 0.0f)
+		[
+			SNew(SImage)
+			.Image(this, &SToolExecutionContainer::GetChevronBrush)
+			.ColorAndOpacity(FSlateColor(FVelmoraUIStyles::GetTextColorSecondary()))
+		]
+		+ SHorizontalBox::Slot()
+		.AutoWidth()
+		.VAlign(VAlign_Center)
+		[
+			SNew(STextBlock)
+			.Text(this, &SToolExecutionContainer::GetToolExecutionsText)
+			.Font(FAppStyle::GetFontStyle("NormalFontBold"))
+			.ColorAndOpacity(FSlateColor(FVelmoraUIStyles::GetTextColorPrimary()))
+		];
+	// clang-format on
+}
+
+TSharedRef<SWidget> SToolExecutionContainer::BuildToolRow(TSharedPtr<FChatMessage> Message)
+{
+	if (!Message.IsValid())
+	{
+		return SNullWidget::NullWidget;
+	}
+	// clang-format off
+	return SNew(SHorizontalBox)
+		+ SHorizontalBox::Slot()
+		.AutoWidth()
+		.VAlign(VAlign_Center)
+		.Padding(0.0f, 0.0f, 8.0f, 0.0f)
+		[
+			SNew(SImage)
+			.Image(FAppStyle::GetBrush("Icons.FilledCircle"))
+			.ColorAndOpacity(FSlateColor(FToolRowLook::ReadColor(Message->ToolColor)))
+			.DesiredSizeOverride(FVector2D(8.0, 8.0))
+		]
+		+ SHorizontalBox::Slot()
+		.FillWidth(1.0f)
+		.VAlign(VAlign_Center)
+		[
+			SNew(STextBlock)
+			.Text(FText::FromString(FToolRowLook::MakeLabel(*Message)))
+			.Font(FVelmoraUIStyles::GetToolMessageFont())
+			.ColorAndOpacity(FSlateColor(FVelmoraUIStyles::GetToolMessageTextColor()))
+		]
+		+ SHorizontalBox::Slot()
+		.AutoWidth()
+		.VAlign(VAlign_Center)
+		.Padding(8.0f, 0.0f)
+		[
+			SNew(SImage)
+			.Image_Lambda([Message]() { return FToolRowLook::GetStatusBrush(Message->ToolStatus); })
+			.ColorAndOpacity_Lambda([Message]() { return FToolRowLook::GetStatusColor(Message->ToolStatus); })
+		]
+		+ SHorizontalBox::Slot()
+		.AutoWidth()
+		.VAlign(VAlign_Center)
+		[
+			SNew(STextBlock)
+			.Text(FText::FromString(Message->GetFormattedTimestamp()))
+			.Font(FVelmoraUIStyles::GetTimestampFont())
+			.ColorAndOpacity(FSlateColor(FVelmoraUIStyles::GetTextColorSecondary()))
+		];
+	// clang-format on
+}
+
+EVisibility SToolExecutionContainer::GetBodyVisibility() const
+{
+	return IsExpanded.Get() ? EVisibility::Visible : EVisibility::Collapsed;
+}
+
+const FSlateBrush* SToolExecutionContainer::GetChevronBrush() const
+{
+	static const FName Expanded("TreeArrow_Expanded");
+	static const FName Collapsed("TreeArrow_Collapsed");
+	return FAppStyle::GetBrush(IsExpanded.Get() ? Expanded : Collapsed);
+}
+
+FText SToolExecutionContainer::GetToolExecutionsText() const
+{
+	if (ToolMessages.Num() > 0)
+	{
+		return FText::Format(LOCTEXT("ToolExecutionsHeaderWithCount", "Tool Executions ({0})"), ToolMessages.Num());
+	}
+	return LOCTEXT("ToolExecutionsHeader", "Tool Executions");
+}
+
+FReply SToolExecutionContainer::OnHeaderClicked()
+{
+	OnToggleExpanded.ExecuteIfBound();
+	return FReply::Handled();
+}
+
+#undef LOCTEXT_NAMESPACE

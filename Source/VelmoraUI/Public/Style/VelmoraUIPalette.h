@@ -1,0 +1,83 @@
+#pragma once
+
+/**
+ * The colours of the user interface, one row each: the getter of FVelmoraUIStyles and its value, RRGGBB or RRGGBBAA in
+ * sRGB. Rows may share a value: the name says what a colour is for.
+ */
+#define VELMORA_UI_PALETTE(COLOR) \
+	COLOR(GetAccentColor, "95E7FFFF") \
+	COLOR(GetActionIconDisabledColor, "4F586566") \
+	COLOR(GetActionIconHighlightColor, "7CB9FFFF") \
+	COLOR(GetActionIconNormalColor, "6B7280FF") \
+	COLOR(GetBackgroundColor, "121217") \
+	COLOR(GetBlockquoteBackgroundColor, "18131F1A") \
+	COLOR(GetBlockquoteBorderColor, "3C2F5480") \
+	COLOR(GetCancelColor, "FF6464") \
+	COLOR(GetCodeBlockBackgroundColor, "1C1F26") \
+	COLOR(GetCodeBlockBorderColor, "2E3342") \
+	COLOR(GetCodeTextColor, "E5E8ED") \
+	COLOR(GetDisabledColor, "292E3880") \
+	COLOR(GetErrorColor, "E79595FF") \
+	COLOR(GetHorizontalRuleColor, "2E334080") \
+	COLOR(GetInactiveBrushColor, "1212171A") \
+	COLOR(GetInlineCodeBackgroundColor, "262933") \
+	COLOR(GetInlineCodeBorderColor, "383D52") \
+	COLOR(GetInputBackgroundColor, "171A21") \
+	COLOR(GetLightBackgroundColor, "1C212B") \
+	COLOR(GetLineNumbersColor, "7A8499B3") \
+	COLOR(GetLinkTextColor, "A87DFF") \
+	COLOR(GetMarkdownCodeBlockBackgroundColor, "1E1E1EFF") \
+	COLOR(GetMarkdownCodeBlockBorderColor, "2B2A2AFF") \
+	COLOR(GetMarkdownCodeBlockLanguageColor, "95CBFFFF") \
+	COLOR(GetMarkdownInlineCodeBackgroundColor, "1E1E1EFF") \
+	COLOR(GetMarkdownInlineCodeForegroundColor, "95CBFFFF") \
+	COLOR(GetMarkdownLinkColor, "95CBFFFF") \
+	COLOR(GetPauseColor, "B38000") \
+	COLOR(GetPlanPanelBackgroundColor, "272B38FF") \
+	COLOR(GetPrimaryActionPauseResumeColor, "FFA826FF") \
+	COLOR(GetPrimaryActionSendColor, "10B981FF") \
+	COLOR(GetPrimaryTextColor, "E8E8ED") \
+	COLOR(GetSecondarySubduedTextColor, "A8ABB5") \
+	COLOR(GetSecondaryTextColor, "CBCBCBFF") \
+	COLOR(GetStatusBusyColor, "95CBFFFF") \
+	COLOR(GetStatusErrorColor, "E79595FF") \
+	COLOR(GetStatusIdleColor, "CBCBCBFF") \
+	COLOR(GetStatusReadyColor, "95E795FF") \
+	COLOR(GetSuccessColor, "95E795FF") \
+	COLOR(GetSystemMessageBackgroundColor, "0F1317") \
+	COLOR(GetSystemMessageBorderColor, "1A1F28") \
+	COLOR(GetSystemMessageColor, "C0C0C0FF") \
+	COLOR(GetTertiaryTextColor, "BCBCBCFF") \
+	COLOR(GetTextColorPrimary, "E6E6E6FF") \
+	COLOR(GetTextColorSecondary, "CBCBCBFF") \
+	COLOR(GetTextColorTertiary, "BCBCBCFF") \
+	COLOR(GetTextHighEmphasisColor, "E6E6E6FF") \
+	COLOR(GetTextMutedColor, "808080FF") \
+	COLOR(GetTextSubduedColor, "999999FF") \
+	COLOR(GetToolDataTypeCyanColor, "06B6D4FF") \
+	COLOR(GetToolDataTypeGrayColor, "6B7280FF") \
+	COLOR(GetToolDataTypeGrayLightColor, "9CA3AFFF") \
+	COLOR(GetToolDataTypeIndigoLightColor, "818CF8FF") \
+	COLOR(GetToolDataTypeOrangeColor, "F97316FF") \
+	COLOR(GetToolDataTypeOrangeLightColor, "FB923CFF") \
+	COLOR(GetToolDataTypePinkColor, "EC4899FF") \
+	COLOR(GetToolDataTypePurpleColor, "A855F7FF") \
+	COLOR(GetToolDataTypePurpleLightColor, "A78BFAFF") \
+	COLOR(GetToolDataTypeTealColor, "14B8A6FF") \
+	COLOR(GetToolMessageBackgroundColor, "2B2A2AFF") \
+	COLOR(GetToolMessageBorderColor, "3A3939") \
+	COLOR(GetToolMessageColor, "D3D3D3FF") \
+	COLOR(GetToolMessageTextColor, "D3D3D3FF") \
+	COLOR(GetToolOpDeleteColor, "EF4444FF") \
+	COLOR(GetToolOpExecuteColor, "6366F1FF") \
+	COLOR(GetToolOpValidateColor, "8B5CF6FF") \
+	COLOR(GetToolStatusFailedColor, "D97777FF") \
+	COLOR(GetToolStatusSuccessColor, "10B981FF") \
+	COLOR(GetTransparentTextColor, "A8ABB580") \
+	COLOR(GetUserMessageBackgroundColor, "1C242E") \
+	COLOR(GetUserMessageBorderColor, "2A3340") \
+	COLOR(GetUserMessageColor, "60A5FAFF") \
+	COLOR(GetVelmoraMessageBackgroundColor, "1A1C24") \
+	COLOR(GetVelmoraMessageBorderColor, "252835") \
+	COLOR(GetVelmoraMessageColor, "F59E0BFF") \
+	COLOR(GetWarningColor, "F3DA7CFF")

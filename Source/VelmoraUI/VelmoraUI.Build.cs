@@ -1,0 +1,33 @@
+using UnrealBuildTool;
+
+public class VelmoraUI : ModuleRules
+{
+	public VelmoraUI(ReadOnlyTargetRules Target) : base(Target)
+	{
+		PCHUsage = PCHUsageMode.UseExplicitOrSharedPCHs;
+		IncludeOrderVersion = EngineIncludeOrderVersion.Unreal5_7;
+
+		// Named by the public headers.
+		PublicDependencyModuleNames.AddRange(new string[]
+		{
+			"Core",
+			"CoreUObject",
+			"InputCore",
+			"Slate",
+			"SlateCore",
+			"VelmoraCore",
+		});
+
+		// Called by the sources alone.
+		PrivateDependencyModuleNames.AddRange(new string[]
+		{
+			"ApplicationCore",
+			"Engine",
+			"Json",
+			"Projects",
+			"UnrealEd",
+			"VelmoraAutoDownloadFramework",
+			"WorkspaceMenuStructure",
+		});
+	}
+}
