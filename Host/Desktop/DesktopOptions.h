@@ -1,0 +1,28 @@
+#pragma once
+
+#include "CoreMinimal.h"
+
+/** What the command line asks for. */
+struct FDesktopOptions
+{
+	FString ProjectFolder;
+	bool bHeadless = false;
+	bool bShowHelp = false;
+	bool bShowVersion = false;
+	FIntPoint Size = FIntPoint(1280, 800);
+	/** Device pixels per unit; zero takes the environment's GDK_SCALE, or 1. */
+	float Scale = 0.0f;
+	TOptional<FString> Prompt;
+	FString DumpFile;
+	FString ScreenshotFile;
+
+	/** Something to do and then to end, instead of a session with a user. */
+	bool HasAction() const { return Prompt.IsSet() || !DumpFile.IsEmpty() || !ScreenshotFile.IsEmpty(); }
+
+	/**
+	 * Reads the arguments behind the program's name.
+	 * @return Empty when all is well; else one sentence that says what is wrong.
+	 */
+	FString Parse(const TArray<FString>& Arguments);
+	static FString GetHelp();
+};

@@ -1,0 +1,42 @@
+#pragma once
+
+#include "CoreMinimal.h"
+#include "DesktopOptions.h"
+#include "Host/HostWindow.h"
+
+class FChatViewModel;
+class SDockArea;
+
+/** The program: makes the window, loads the module as an editor would, opens its tab and runs frames. */
+class FDesktopProgram
+{
+public:
+	explicit FDesktopProgram(const FDesktopOptions& InOptions);
+	~FDesktopProgram();
+
+	/** Runs to the end. Returns the exit code; what went wrong was told on standard error. */
+	int32 Run();
+
+private:
+	bool SetUpFolders();
+	bool SetUpWindow();
+	bool LoadModule();
+	void OpenTab();
+	int32 RunActions();
+	int32 RunWindow();
+	int32 RunLines();
+	/** Types a text into the tab's own box, sends it and waits for the end of the turn. False after telling why. */
+	bool Answer(const FString& Prompt);
+	bool WriteOutputs();
+	/** Runs frames until the test holds; false when the time is over or the program is to end. */
+	bool RunFramesUntil(TFunctionRef<bool()> Test, double Seconds);
+	TSharedPtr<const FChatViewModel> GetViewModel() const;
+	int32 Fail(const FString& Sentence) const;
+
+	FDesktopOptions Options;
+	/** The folder with the plug-in's description and resources. */
+	FString HomeFolder;
+	TSharedPtr<IHostWindow> Window;
+	TSharedPtr<SDockArea> DockArea;
+	bool bHasDisplay = false;
+};

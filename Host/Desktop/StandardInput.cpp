@@ -1,0 +1,43 @@
+#include "StandardInput.h"
+
+#include "Containers/StringConv.h"
+
+#include <poll.h>
+#include <unistd.h>
+
+bool FStandardInput::TakeLine(FString& OutLine, bool& bOutAtEnd)
+{
+	bOutAtEnd = false;
+	size_t End = Waiting.find('\n');
+	while (End == std::string::npos && !bClosed)
+	{
+		pollfd Poll = { STDIN_FILENO, POLLIN, 0 };
+		if (poll(&Poll, 1, 0) <= 0)
+		{
+			return false;
+		}
+		char Buffer[4096];
+		const ssize_t Count = read(STDIN_FILENO, Buffer, sizeof(Buffer));
+		if (Count <= 0)
+		{
+			bClosed = true;
+			break;
+		}
+		Waiting.append(Buffer, static_cast<size_t>(Count));
+		End = Waiting.find('\n');
+	}
+	if (End == std::string::npos && Waiting.empty())
+	{
+		bOutAtEnd = true;
+		OutLine.Reset();
+		return false;
+	}
+	std::string Line = Waiting.substr(0, End);
+	Waiting.erase(0, End == std::string::npos ? Waiting.size() : End + 1);
+	if (!Line.empty() && Line.back() == '\r')
+	{
+		Line.pop_back();
+	}
+	OutLine = FString(FUTF8ToTCHAR(Line.c_str(), static_cast<int32>(Line.size())));
+	return true;
+}

@@ -1,0 +1,12 @@
+#!/bin/sh
+# Builds and runs all tests; arguments go to ctest, such as -R NAME for some of them.
+set -eu
+root=$(CDPATH= cd -- "$(dirname -- "$0")" && pwd)
+. "$root/Scripts/packages.sh"
+need_packages $BUILD_PACKAGES $FONT_PACKAGES $TEST_PACKAGES
+# A folder configured before the test library was installed knows no tests yet.
+if [ -f "$root/Build/release/build.ninja" ] && ! [ -f "$root/Build/release/Tests/CTestTestfile.cmake" ]; then
+	rm -f "$root/Build/release/CMakeCache.txt" "$root/Build/release/build.ninja"
+fi
+build_release "$root" all
+ctest --test-dir "$root/Build/release" --output-on-failure -j 2 "$@"
