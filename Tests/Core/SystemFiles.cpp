@@ -7,6 +7,7 @@
 #include "Support/Base/Printers.h"
 #include "Support/Base/TempFolder.h"
 
+#include <cmath>
 #include <csignal>
 #include <fcntl.h>
 #include <gtest/gtest.h>

@@ -7,6 +7,8 @@
 #include "Support/Base/Printers.h"
 
 #include <clocale>
+#include <limits>
+#include <utility>
 #include <gtest/gtest.h>
 #include <string>
 

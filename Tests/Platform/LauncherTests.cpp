@@ -1,0 +1,171 @@
+#include "HAL/PlatformProcess.h"
+#include "Host/HostServices.h"
+#include "Host/HostTasks.h"
+#include "Host/Platform.h"
+#include "Support/Base/Printers.h"
+#include "Support/Base/TempFolder.h"
+
+#include <chrono>
+#include <sys/stat.h>
+#include <thread>
+
+class Launcher : public testing::Test
+{
+protected:
+	virtual void SetUp() override
+	{
+		FHostTasks::SetGameThread();
+		FHostPlatform::ClearRecordedTargets();
+		FHostPlatform::SetProblemHandler([this](const FString& Sentence) { Problems.Add(Sentence); });
+		FHostServices::SetMessageDialogHook(
+			[this](const FHostMessageDialog& Dialog)
+			{
+				Asked.Add(Dialog.Message.ToString());
+				EXPECT_EQ(Dialog.DefaultAnswer, EAppReturnType::No);
+				return Answer;
+			});
+	}
+	virtual void TearDown() override
+	{
+		FHostServices::SetLaunchHook(nullptr);
+		FHostServices::SetMessageDialogHook(nullptr);
+		FHostPlatform::SetProblemHandler(nullptr);
+	}
+	static std::string Targets() { return Utf8(FHostPlatform::GetRecordedTargets()); }
+
+	TArray<FString> Problems;
+	TArray<FString> Asked;
+	EAppReturnType::Type Answer = EAppReturnType::No;
+	FString Error;
+};
+
+TEST_F(Launcher, HarmlessAddressesAreRecordedAtOnce)
+{
+	FHostPlatform::InstallLauncher(true);
+	FPlatformProcess::LaunchURL(TEXT("https://example.org/"), nullptr, &Error);
+	EXPECT_EQ(Utf8(Error), "");
+	EXPECT_EQ(Targets(), "\"https://example.org/\"");
+	EXPECT_EQ(Asked.Num(), 0);
+}
+
+TEST_F(Launcher, OtherAddressesAreAskedForWithTheWholeTarget)
+{
+	FHostPlatform::InstallLauncher(true);
+	FPlatformProcess::LaunchURL(TEXT("tel:12345?x=y"), nullptr, &Error);
+	ASSERT_EQ(Asked.Num(), 1);
+	EXPECT_TRUE(Asked[0].Contains(TEXT("tel:12345?x=y")));
+	EXPECT_EQ(Targets(), "") << "No means no";
+	EXPECT_NE(Utf8(Error), "");
+	Answer = EAppReturnType::Cancel;
+	FPlatformProcess::LaunchURL(TEXT("tel:1"), nullptr, &Error);
+	EXPECT_EQ(Targets(), "");
+	Answer = EAppReturnType::Yes;
+	FPlatformProcess::LaunchURL(TEXT("tel:1"), nullptr, &Error);
+	EXPECT_EQ(Targets(), "\"tel:1\"");
+}
+
+TEST_F(Launcher, OptionsAreRefusedInWords)
+{
+	FHostPlatform::InstallLauncher(true);
+	Answer = EAppReturnType::Yes;
+	FPlatformProcess::LaunchURL(TEXT("--manual"), nullptr, &Error);
+	EXPECT_TRUE(Error.Contains(TEXT("hyphen")));
+	ASSERT_EQ(Problems.Num(), 1);
+	EXPECT_EQ(Utf8(Problems[0]), Utf8(Error));
+	EXPECT_EQ(Targets(), "");
+	EXPECT_EQ(Asked.Num(), 0);
+}
+
+TEST_F(Launcher, ExecutableFilesAreAskedFor)
+{
+	FHostPlatform::InstallLauncher(true);
+	const FTempFolder Folder;
+	Folder.Write("plain.txt", "x");
+	Folder.Write("tool", "x");
+	chmod(Folder.AtBytes("tool").c_str(), 0755);
+	EXPECT_TRUE(FPlatformProcess::LaunchFileInDefaultExternalApplication(*Folder.At(TEXT("plain.txt"))));
+	EXPECT_EQ(Asked.Num(), 0);
+	EXPECT_FALSE(FPlatformProcess::LaunchFileInDefaultExternalApplication(*Folder.At(TEXT("tool"))));
+	EXPECT_EQ(Asked.Num(), 1);
+	EXPECT_FALSE(FPlatformProcess::LaunchFileInDefaultExternalApplication(*Folder.At(TEXT("missing.txt"))));
+	EXPECT_EQ(Targets(), "\"" + Folder.AtBytes("plain.txt") + "\"");
+}
+
+TEST_F(Launcher, QuestionsAreNotAskedFromOtherThreads)
+{
+	FHostPlatform::InstallLauncher(true);
+	Answer = EAppReturnType::Yes;
+	std::thread([] { FPlatformProcess::LaunchURL(TEXT("tel:1"), nullptr, nullptr); }).join();
+	EXPECT_EQ(Asked.Num(), 0);
+	EXPECT_EQ(Targets(), "");
+}
+
+namespace
+{
+	/** Puts a script in place of the desktop's opener. */
+	class FFakeOpener
+	{
+	public:
+		explicit FFakeOpener(int ExitCode)
+		{
+			const std::string Log = Folder.AtBytes("log");
+			Folder.Write("xdg-open", "#!/bin/sh\nfor a in \"$@\"; do echo \"<$a>\" >> '" + Log + ".part'; done\nmv '" + Log + ".part' '" + Log + "'\nexit " + std::to_string(ExitCode) + "\n");
+			chmod(Folder.AtBytes("xdg-open").c_str(), 0755);
+			const char* const Path = std::getenv("PATH");
+			OldPath = Path ? Path : "";
+			setenv("PATH", (Folder.AtBytes() + ":" + OldPath).c_str(), 1);
+		}
+		~FFakeOpener() { setenv("PATH", OldPath.c_str(), 1); }
+		std::string WaitForArguments() const
+		{
+			for (int Try = 0; Try < 500; ++Try)
+			{
+				if (Folder.Read("log") != "<missing>")
+				{
+					break;
+				}
+				std::this_thread::sleep_for(std::chrono::milliseconds(10));
+			}
+			return Folder.Read("log");
+		}
+		FTempFolder Folder;
+
+	private:
+		std::string OldPath;
+	};
+}
+
+TEST_F(Launcher, TheOpenerGetsOneArgumentAndNoShell)
+{
+	FHostPlatform::InstallLauncher(false);
+	const FFakeOpener Opener(0);
+	FPlatformProcess::LaunchURL(TEXT("https://example.org/?a=$(touch x)&b=`id`;'\" \u00E4 c"), nullptr, &Error);
+	EXPECT_EQ(Utf8(Error), "");
+	EXPECT_EQ(Opener.WaitForArguments(), "<https://example.org/?a=$(touch x)&b=`id`;'\" \u00E4 c>\n");
+}
+
+TEST_F(Launcher, AFailedOpenerIsReported)
+{
+	FHostPlatform::InstallLauncher(false);
+	const FFakeOpener Opener(3);
+	FPlatformProcess::LaunchURL(TEXT("https://example.org/"), nullptr, &Error);
+	Opener.WaitForArguments();
+	for (int Try = 0; Try < 500 && Problems.Num() == 0; ++Try)
+	{
+		std::this_thread::sleep_for(std::chrono::milliseconds(10));
+		FHostTasks::RunGameThreadTasks();
+	}
+	ASSERT_EQ(Problems.Num(), 1);
+	EXPECT_TRUE(Problems[0].Contains(TEXT("no program is set up")));
+}
+
+TEST_F(Launcher, AMissingOpenerNamesItsPackage)
+{
+	FHostPlatform::InstallLauncher(false);
+	const std::string OldPath = std::getenv("PATH");
+	setenv("PATH", "/nowhere", 1);
+	FPlatformProcess::LaunchURL(TEXT("https://example.org/"), nullptr, &Error);
+	setenv("PATH", OldPath.c_str(), 1);
+	EXPECT_TRUE(Error.Contains(TEXT("xdg-utils")));
+	EXPECT_EQ(Problems.Num(), 1);
+}

@@ -1,0 +1,386 @@
+#include "Support/UiDriver.h"
+
+#include "Brushes/SlateColorBrush.h"
+#include "Host/HostClock.h"
+#include "Host/HostTasks.h"
+#include "Styling/AppStyle.h"
+#include "Widgets/Images/SImage.h"
+#include "Widgets/Layout/SBorder.h"
+#include "Widgets/Layout/SBox.h"
+#include "Widgets/SBoxPanel.h"
+#include "Widgets/SCompoundWidget.h"
+#include "Widgets/SLeafWidget.h"
+#include "Widgets/SOverlay.h"
+
+#include "Slate/Private/Framework/Application/FrameRunner.h"
+#include "Slate/Private/Framework/Application/LayerStack.h"
+
+namespace
+{
+	/** Writes down what it is told, and answers as the test says. */
+	class SProbe : public SLeafWidget
+	{
+	public:
+		SLATE_BEGIN_ARGS(SProbe) {}
+			SLATE_ARGUMENT(std::vector<std::string>*, Log)
+			SLATE_ARGUMENT_DEFAULT(bool, Focusable) = false;
+			SLATE_ARGUMENT_DEFAULT(bool, HandlesPress) = false;
+		SLATE_END_ARGS()
+
+		void Construct(const FArguments& InArgs)
+		{
+			Log = InArgs._Log;
+			bFocusable = InArgs._Focusable;
+			bHandlesPress = InArgs._HandlesPress;
+		}
+		virtual bool SupportsKeyboardFocus() const override { return bFocusable; }
+		virtual FReply OnMouseButtonDown(const FGeometry&, const FPointerEvent&) override
+		{
+			Note("press");
+			return bHandlesPress ? FReply::Handled().CaptureMouse(SharedThis(this)) : FReply::Unhandled();
+		}
+		virtual FReply OnMouseButtonUp(const FGeometry&, const FPointerEvent&) override
+		{
+			Note("release");
+			return bHandlesPress ? FReply::Handled().ReleaseMouseCapture() : FReply::Unhandled();
+		}
+		virtual FReply OnMouseButtonDoubleClick(const FGeometry&, const FPointerEvent&) override
+		{
+			Note("double");
+			return FReply::Handled();
+		}
+		virtual void OnMouseEnter(const FGeometry&, const FPointerEvent&) override { Note("enter"); }
+		virtual void OnMouseLeave(const FPointerEvent&) override { Note("leave"); }
+		virtual FReply OnKeyDown(const FGeometry&, const FKeyEvent& Event) override
+		{
+			Note("key " + Utf8(Event.GetKey().ToString()));
+			return FReply::Unhandled();
+		}
+		virtual FReply OnPreviewKeyDown(const FGeometry&, const FKeyEvent& Event) override
+		{
+			Note("preview " + Utf8(Event.GetKey().ToString()));
+			return FReply::Unhandled();
+		}
+		virtual FReply OnFocusReceived(const FGeometry&, const FFocusEvent&) override
+		{
+			Note("focus");
+			return FReply::Handled();
+		}
+		virtual void OnFocusLost(const FFocusEvent&) override { Note("blur"); }
+		virtual void Tick(const FGeometry&, const double, const float DeltaTime) override { TickedSeconds += DeltaTime; }
+		float TickedSeconds = 0.0f;
+
+	protected:
+		virtual int32 OnPaint(const FPaintArgs&, const FGeometry&, const FSlateRect&, FSlateWindowElementList&, int32 LayerId, const FWidgetStyle&, bool) const override { return LayerId; }
+		virtual FVector2D ComputeDesiredSize(float) const override { return FVector2D(100, 50); }
+
+	private:
+		void Note(const std::string& What)
+		{
+			if (Log)
+			{
+				Log->push_back(Utf8(GetTag().ToString()) + " " + What);
+			}
+		}
+		std::vector<std::string>* Log = nullptr;
+		bool bFocusable = false;
+		bool bHandlesPress = false;
+	};
+
+	TSharedRef<SWidget> InCorner(const TSharedRef<SWidget>& Widget)
+	{
+		return SNew(SBox).HAlign(HAlign_Left).VAlign(VAlign_Top)[Widget];
+	}
+}
+
+class FApplicationTest : public FWidgetTest
+{
+protected:
+	FTextList Log;
+};
+
+TEST_F(FApplicationTest, PointerEntersPressesAndLeaves)
+{
+	Show(InCorner(SNew(SProbe).Tag("A").Log(&Log).HandlesPress(true)));
+	MoveMouse(FVector2D(10, 10));
+	PressMouse(FVector2D(10, 10));
+	MoveMouse(FVector2D(500, 500)); // Captured: the release still comes here.
+	ReleaseMouse(FVector2D(500, 500));
+	EXPECT_EQ(Log, (FTextList{ "A enter", "A press", "A leave", "A release" }));
+}
+
+TEST_F(FApplicationTest, TheTopmostWidgetUnderThePointerIsHitAndUnhandledPressesBubble)
+{
+	// clang-format off
+	Show(SNew(SOverlay)
+		+ SOverlay::Slot().HAlign(HAlign_Left).VAlign(VAlign_Top)[ SNew(SProbe).Tag("Below").Log(&Log) ]
+		+ SOverlay::Slot().HAlign(HAlign_Left).VAlign(VAlign_Top)[ SNew(SProbe).Tag("Above").Log(&Log).Visibility(EVisibility::HitTestInvisible) ]);
+	// clang-format on
+	MoveMouse(FVector2D(10, 10));
+	PressMouse(FVector2D(10, 10));
+	EXPECT_EQ(Log, (FTextList{ "Below enter", "Below press" }));
+}
+
+TEST_F(FApplicationTest, DisabledWidgetsGetNoPress)
+{
+	Show(InCorner(SNew(SProbe).Tag("A").Log(&Log).IsEnabled(false)));
+	ClickAt(FVector2D(10, 10));
+	EXPECT_EQ(Log, (FTextList{ "A enter" }));
+}
+
+TEST_F(FApplicationTest, SecondQuickPressIsADoubleClickAndAThirdASingleOne)
+{
+	Show(InCorner(SNew(SProbe).Tag("A").Log(&Log)));
+	ClickAt(FVector2D(10, 10), 3);
+	EXPECT_EQ(Log, (FTextList{ "A enter", "A press", "A release", "A double", "A release", "A press", "A release" }));
+	Log.clear();
+	PumpSeconds(1.0);
+	ClickAt(FVector2D(10, 10));
+	PumpSeconds(0.5);
+	ClickAt(FVector2D(10, 10));
+	EXPECT_EQ(Log, (FTextList{ "A press", "A release", "A press", "A release" }));
+}
+
+TEST_F(FApplicationTest, KeysTunnelThenBubbleAlongTheFocusPath)
+{
+	const TSharedRef<SProbe> Probe = SNew(SProbe).Tag("A").Log(&Log).Focusable(true);
+	Show(InCorner(Probe));
+	ClickAt(FVector2D(10, 10));
+	Log.clear();
+	PressKey("F2");
+	EXPECT_EQ(Log, (FTextList{ "A preview F2", "A key F2" }));
+	EXPECT_FALSE(Probe->ShouldShowFocusRing()) << "a press shows no ring";
+}
+
+TEST_F(FApplicationTest, TabGoesRoundAndShowsTheRing)
+{
+	TSharedPtr<SWidget> A;
+	TSharedPtr<SWidget> C;
+	// clang-format off
+	Show(SNew(SVerticalBox)
+		+ SVerticalBox::Slot().AutoHeight()[ SAssignNew(A, SProbe).Tag("A").Focusable(true) ]
+		+ SVerticalBox::Slot().AutoHeight()[ SNew(SProbe).Tag("Hidden").Focusable(true).Visibility(EVisibility::Collapsed) ]
+		+ SVerticalBox::Slot().AutoHeight()[ SNew(SProbe).Tag("Off").Focusable(true).IsEnabled(false) ]
+		+ SVerticalBox::Slot().AutoHeight()[ SAssignNew(C, SProbe).Tag("C").Focusable(true) ]);
+	// clang-format on
+	PressKey("Tab");
+	EXPECT_TRUE(A->HasKeyboardFocus());
+	EXPECT_TRUE(A->ShouldShowFocusRing());
+	PressKey("Tab");
+	EXPECT_TRUE(C->HasKeyboardFocus());
+	PressKey("Tab");
+	EXPECT_TRUE(A->HasKeyboardFocus());
+	PressKey("SHIFT+Tab");
+	EXPECT_TRUE(C->HasKeyboardFocus());
+}
+
+TEST_F(FApplicationTest, AHandlerMayRemoveItsOwnWidget)
+{
+	class SSelfRemover : public SProbe
+	{
+	public:
+		virtual FReply OnMouseButtonDown(const FGeometry&, const FPointerEvent&) override
+		{
+			FSlateApplication::Get().SetRootContent(SNew(SBox));
+			return FReply::Handled().SetUserFocus(SharedThis(this)).CaptureMouse(SharedThis(this));
+		}
+	};
+	Show(InCorner(SNew(SSelfRemover).Tag("A")));
+	ClickAt(FVector2D(10, 10), 2);
+	PumpFrame();
+	EXPECT_FALSE(App().GetMouseCaptor().IsValid());
+}
+
+TEST_F(FApplicationTest, OnlyPaintedWidgetsTick)
+{
+	const TSharedRef<SProbe> Shown = SNew(SProbe);
+	const TSharedRef<SProbe> Hidden = SNew(SProbe).Visibility(EVisibility::Hidden);
+	// clang-format off
+	Show(SNew(SVerticalBox)
+		+ SVerticalBox::Slot().AutoHeight()[ Shown ]
+		+ SVerticalBox::Slot().AutoHeight()[ Hidden ]);
+	// clang-format on
+	const float Before = Shown->TickedSeconds;
+	PumpFrame(0.125);
+	EXPECT_FLOAT_EQ(Shown->TickedSeconds - Before, 0.125f);
+	PumpFrame(5.0);
+	EXPECT_FLOAT_EQ(Shown->TickedSeconds - Before, 0.375f) << "a long pause counts as a quarter of a second";
+	EXPECT_EQ(Hidden->TickedSeconds, 0.0f);
+}
+
+TEST_F(FApplicationTest, AnIdleFrameMeasuresAndPaintsNothing)
+{
+	Show(SNew(SBorder).BorderImage(FAppStyle::GetBrush("ToolPanel.GroupBorder"))[SNew(SBox).WidthOverride(100.0f)]);
+	PumpSeconds(1.0);
+	const uint64 Measured = SWidget::GetCounters().Measured;
+	const uint64 PaintedFrames = App().GetFrameStats().PaintedFrames;
+	PumpSeconds(1.0);
+	EXPECT_EQ(SWidget::GetCounters().Measured, Measured);
+	EXPECT_EQ(App().GetFrameStats().PaintedFrames, PaintedFrames);
+}
+
+TEST_F(FApplicationTest, OnlyWhatChangedIsPaintedAgain)
+{
+	const FSlateColorBrush White(FLinearColor::White);
+	FLinearColor Color = FLinearColor::Red;
+	// clang-format off
+	Show(InCorner(SNew(SImage)
+		.Image(&White)
+		.DesiredSizeOverride(FVector2D(20.0, 10.0))
+		.ColorAndOpacity_Lambda([&Color]() { return FSlateColor(Color); })));
+	// clang-format on
+	EXPECT_EQ(App().GetWindow().GetPixel(5, 5), FColor(255, 0, 0));
+	Color = FLinearColor::Green;
+	PumpFrame();
+	EXPECT_EQ(App().GetWindow().GetPixel(5, 5), FColor(0, 255, 0));
+	EXPECT_LE(App().GetFrameStats().LastPaintedPixels, 22.0 * 12.0);
+}
+
+TEST_F(FApplicationTest, ATextThatAppearsWhileTickingIsMeasuredInTheSameFrame)
+{
+	class SGrower : public SCompoundWidget
+	{
+	public:
+		SLATE_BEGIN_ARGS(SGrower) {}
+		SLATE_END_ARGS()
+		void Construct(const FArguments&) {}
+		virtual void Tick(const FGeometry&, const double, const float) override
+		{
+			if (bGrow)
+			{
+				bGrow = false;
+				ChildSlot[SNew(SBox).WidthOverride(70.0f).HeightOverride(30.0f)];
+			}
+		}
+		bool bGrow = false;
+	};
+	const TSharedRef<SGrower> Grower = SNew(SGrower);
+	Show(InCorner(Grower));
+	Grower->bGrow = true;
+	PumpFrame();
+	EXPECT_EQ(GetRect(*Grower), FSlateRect(0.0f, 0.0f, 70.0f, 30.0f));
+}
+
+TEST_F(FApplicationTest, APressOutsideClosesAPopupAndAPressOnItsOwnerOnlyCloses)
+{
+	const TSharedRef<SProbe> Owner = SNew(SProbe).Tag("Owner").Log(&Log);
+	Show(InCorner(Owner));
+	const auto Open = [&]() { return App().PushMenu(Owner, SNew(SBox).WidthOverride(200.0f).HeightOverride(60.0f), GetRect(*Owner), MenuPlacement_BelowAnchor, false); };
+	TSharedRef<IMenu> Menu = Open();
+	PumpFrame();
+	Log.clear();
+	ClickAt(FVector2D(50, 60));
+	EXPECT_TRUE(Menu->IsOpen()) << "a press inside leaves it open";
+	ClickAt(FVector2D(50, 20));
+	EXPECT_FALSE(Menu->IsOpen());
+	EXPECT_EQ(Log, (FTextList{ "Owner enter", "Owner release" })) << "the owner does not see the press that closed its popup";
+	Menu = Open();
+	PumpFrame();
+	PressKey("Escape");
+	EXPECT_FALSE(Menu->IsOpen());
+}
+
+TEST_F(FApplicationTest, APopupClosesWhenItsOwnerIsHidden)
+{
+	const TSharedRef<SProbe> Owner = SNew(SProbe);
+	Show(InCorner(Owner));
+	const TSharedRef<IMenu> Menu = App().PushMenu(Owner, SNew(SBox), GetRect(*Owner), MenuPlacement_BelowAnchor, false);
+	PumpFrame();
+	Owner->SetVisibility(EVisibility::Collapsed);
+	PumpFrame();
+	EXPECT_FALSE(Menu->IsOpen());
+}
+
+TEST_F(FApplicationTest, TooltipsComeAfterARestAndGoWithAKey)
+{
+	Show(InCorner(SNew(SProbe).ToolTipText(FText::FromString(TEXT("Helpful")))));
+	MoveMouse(FVector2D(10, 10));
+	PumpSeconds(0.3);
+	EXPECT_EQ(VisibleTexts(), FTextList());
+	PumpSeconds(0.3);
+	EXPECT_EQ(VisibleTexts(), FTextList{ "Helpful" });
+	PressKey("A");
+	EXPECT_EQ(VisibleTexts(), FTextList());
+	PumpSeconds(1.0);
+	EXPECT_EQ(VisibleTexts(), FTextList()) << "it stays away until the pointer moves";
+}
+
+TEST_F(FApplicationTest, AModalWindowCutsOffWhatLiesBelowAndReturnsWhenClosed)
+{
+	Show(InCorner(SNew(SProbe).Tag("Below").Log(&Log)));
+	const TSharedRef<SWindow> Window = SNew(SWindow).Title(FText::FromString(TEXT("Question"))).ClientSize(FVector2D(300, 100))[SNew(SBox)];
+	int32 Frames = 0;
+	App().SetFrameHook([&]()
+	{
+		FHostClock::Advance(1.0 / 60.0);
+		if (++Frames == 3)
+		{
+			App().GetMessageHandler().OnMouseDown(EKeys::LeftMouseButton, FVector2D(10, 10), FModifierKeysState());
+			App().GetMessageHandler().OnMouseUp(EKeys::LeftMouseButton, FVector2D(10, 10), FModifierKeysState());
+		}
+		if (Frames == 5)
+		{
+			EXPECT_EQ(Log, FTextList());
+			App().GetMessageHandler().OnKeyDown(EKeys::Escape, FModifierKeysState(), false);
+		}
+		if (Frames > 100)
+		{
+			ADD_FAILURE() << "the window does not close";
+			App().RequestExit();
+		}
+	});
+	App().AddModalWindow(Window, nullptr);
+	App().SetFrameHook(nullptr);
+	EXPECT_GE(Frames, 5);
+	PumpFrame();
+	ClickAt(FVector2D(10, 10));
+	EXPECT_EQ(Log.size(), 3u);
+}
+
+TEST(PopupPlacement, StaysInTheWindow)
+{
+	struct FCase
+	{
+		const char* Why;
+		FSlateRect Anchor;
+		EMenuPlacement Placement;
+		FSlateRect Expected;
+	};
+	const FCase Cases[] = {
+		{ "below, level with the left edge", FSlateRect(10, 10, 60, 30), MenuPlacement_BelowAnchor, FSlateRect(10, 32, 110, 72) },
+		{ "above when there is no room below", FSlateRect(10, 180, 60, 198), MenuPlacement_BelowAnchor, FSlateRect(10, 138, 110, 178) },
+		{ "below when there is no room above", FSlateRect(10, 10, 60, 30), MenuPlacement_AboveAnchor, FSlateRect(10, 32, 110, 72) },
+		{ "moved in from the right", FSlateRect(180, 10, 199, 30), MenuPlacement_BelowAnchor, FSlateRect(100, 32, 200, 72) },
+		{ "a submenu opens beside its row", FSlateRect(10, 50, 60, 76), MenuPlacement_MenuRight, FSlateRect(62, 50, 162, 90) },
+		{ "a submenu turns to the left at the edge", FSlateRect(120, 50, 190, 76), MenuPlacement_MenuRight, FSlateRect(18, 50, 118, 90) },
+	};
+	for (const FCase& Case : Cases)
+	{
+		SCOPED_TRACE(Case.Why);
+		const FSlateRect Placed = FPopup::PlacePopup(Case.Anchor, FVector2D(100, 40), Case.Placement, FVector2D(200, 200));
+		EXPECT_EQ(Placed.Left, Case.Expected.Left);
+		EXPECT_EQ(Placed.Top, Case.Expected.Top);
+		EXPECT_EQ(Placed.Right, Case.Expected.Right);
+		EXPECT_EQ(Placed.Bottom, Case.Expected.Bottom);
+	}
+}
+
+TEST(FrameDamage, CoversWhatCameWentOrChanged)
+{
+	const auto Make = [](std::initializer_list<FSlateRect> Rects)
+	{
+		FSlateWindowElementList List(FVector2D(200, 200), 1.0f);
+		for (const FSlateRect& Rect : Rects)
+		{
+			List.AddBox(Rect, FColor(255, 255, 255));
+		}
+		return List.GetElements();
+	};
+	const FSlateRect A(10, 10, 20, 20);
+	const FSlateRect B(50, 50, 60, 60);
+	const FSlateRect C(100, 100, 110, 110);
+	EXPECT_TRUE(FFrameRunner::GetDamage(Make({ A, B }), Make({ A, B })).IsEmpty());
+	EXPECT_EQ(FFrameRunner::GetDamage(Make({ A, B }), Make({ A, C })), FSlateRect(49, 49, 111, 111)) << "both places";
+	EXPECT_EQ(FFrameRunner::GetDamage(Make({ A, B, C }), Make({ A, C })), B.ExtendBy(1.0f)) << "only what went";
+	EXPECT_EQ(FFrameRunner::GetDamage(Make({ A, C }), Make({ A, B, C })), B.ExtendBy(1.0f)) << "only what came";
+}

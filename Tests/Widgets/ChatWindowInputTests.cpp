@@ -1,0 +1,261 @@
+#include "ChatWindowTest.h"
+
+class FChatWindowInputTest : public FChatWindowTest
+{
+protected:
+	/** The texts of the messages, in order. */
+	FTextList GetMessageTexts() const
+	{
+		FTextList Texts;
+		for (const TSharedPtr<FChatMessage>& Message : ViewModel->GetMessages())
+		{
+			Texts.push_back(Utf8(Message->Content));
+		}
+		return Texts;
+	}
+
+	std::string GetCharacterCount() const { return Utf8(Window->GetCharacterCountText().ToString()); }
+
+	std::string GetSelectedMode() const
+	{
+		const TSharedPtr<EMode> Selected = Window->ModeComboBox->GetSelectedItem();
+		return Selected ? std::to_string(static_cast<int>(*Selected)) : "none";
+	}
+};
+
+TEST_F(FChatWindowInputTest, ControlEnterSends)
+{
+	Connect();
+	Prompt("first line\nsecond");
+	EXPECT_EQ(GetPrompt(), "first line\nsecond") << "Enter alone makes a line";
+	EXPECT_EQ(GetCharacterCount(), "17 characters");
+	PressKey("CTRL+Enter");
+	EXPECT_EQ(Agent->Calls, (std::vector<std::string>{ "SendMessage 'first line\nsecond' []" }));
+	EXPECT_EQ(GetPrompt(), "");
+	EXPECT_EQ(GetCharacterCount(), "0 characters");
+	EXPECT_EQ(GetMessageTexts(), (FTextList{ "first line\nsecond" }));
+	PumpSeconds(0.2);
+	EXPECT_EQ(CountByType("SMessageRow"), 1);
+	PressKey("CTRL+Enter");
+	EXPECT_EQ(Agent->Calls.size(), 1u) << "there is nothing more to send";
+}
+
+TEST_F(FChatWindowInputTest, TheSendButtonSends)
+{
+	Connect();
+	EXPECT_EQ(DumpControls(), "Ready: (Send) (Cancel) New");
+	Prompt("   ");
+	EXPECT_EQ(DumpControls(), "Ready: Send (Cancel) New") << "blanks are a text";
+	Click(FindByTag("SendButton"));
+	EXPECT_EQ(Agent->Calls, (std::vector<std::string>{ "SendMessage '   ' []" }));
+	EXPECT_EQ(GetPrompt(), "");
+}
+
+TEST_F(FChatWindowInputTest, ARefusedTextStays)
+{
+	Connect();
+	Agent->bAcceptsMessages = false;
+	Prompt("keep me");
+	PressKey("CTRL+Enter");
+	EXPECT_EQ(GetPrompt(), "keep me");
+	EXPECT_EQ(GetMessageTexts(), (FTextList{ "keep me", "Failed to send message. Please try again." }));
+}
+
+TEST_F(FChatWindowInputTest, AClosedGateKeepsTheTextSilently)
+{
+	Connect();
+	SetGate(EGate::UpdateAvailable);
+	PumpFrame();
+	Prompt("keep me");
+	PressKey("CTRL+Enter");
+	EXPECT_EQ(GetPrompt(), "keep me");
+	EXPECT_TRUE(Agent->Calls.empty());
+	SetGate(EGate::Ready);
+	PressKey("CTRL+Enter");
+	EXPECT_EQ(Agent->Calls.size(), 1u);
+}
+
+TEST_F(FChatWindowInputTest, TheCommitIsASecondDoor)
+{
+	Connect();
+	Prompt("x");
+	const FText Text = Window->CurrentInputText;
+	Window->OnInputTextCommitted(Text, ETextCommit::OnEnter);
+	EXPECT_TRUE(Agent->Calls.empty()) << "not without Ctrl";
+
+	const FModifierKeysState RightControl(false, false, false, true, false, false);
+	App().GetMessageHandler().OnKeyDown(EKeys::RightControl, RightControl, false);
+	Window->OnInputTextCommitted(Text, ETextCommit::OnUserMovedFocus);
+	EXPECT_TRUE(Agent->Calls.empty()) << "not on a loss of focus";
+	Window->OnInputTextCommitted(Text, ETextCommit::OnEnter);
+	EXPECT_EQ(Agent->Calls, (std::vector<std::string>{ "SendMessage 'x' []" }));
+	App().GetMessageHandler().OnKeyUp(EKeys::RightControl, FModifierKeysState());
+}
+
+TEST_F(FChatWindowInputTest, OtherKeysAreLeftToThePrompt)
+{
+	Connect();
+	Prompt("ab");
+	for (const char* Key : { "Enter", "SHIFT+Enter", "Tab", "Escape" })
+	{
+		PressKey(Key);
+		EXPECT_TRUE(Agent->Calls.empty()) << Key;
+	}
+}
+
+TEST_F(FChatWindowInputTest, PauseContinueAndCancel)
+{
+	Connect();
+	Agent->FireState(EState::Thinking);
+	PumpFrame();
+	Click(FindByTag("PauseButton"));
+	EXPECT_EQ(DumpControls(), "Paused: Continue Cancel New");
+	EXPECT_EQ(ViewModel->GetMessageCount(), 1) << "the notice of the pause";
+
+	Prompt("shorter, please");
+	PressKey("CTRL+Enter");
+	EXPECT_EQ(GetPrompt(), "shorter, please") << "a paused turn takes no message";
+	Click(FindByTag("ContinueButton"));
+	EXPECT_EQ(GetPrompt(), "");
+	EXPECT_EQ(DumpControls(), "Thinking: Pause Cancel (New)");
+	EXPECT_EQ(GetMessageTexts(), (FTextList{ "shorter, please" })) << "the notice is gone";
+
+	Click(FindByTag("CancelButton"));
+	EXPECT_EQ(Agent->Calls, (std::vector<std::string>{ "PauseConversation", "ResumeConversation 'shorter, please'", "CancelConversation" }));
+	EXPECT_EQ(GetMessageTexts().back(), "Conversation cancelled");
+}
+
+TEST_F(FChatWindowInputTest, ContinueWithoutATextGoesOn)
+{
+	Connect();
+	Agent->FireState(EState::Paused);
+	PumpFrame();
+	Click(FindByTag("ContinueButton"));
+	EXPECT_EQ(Agent->Calls, (std::vector<std::string>{ "ResumeConversation ''" }));
+}
+
+TEST_F(FChatWindowInputTest, TheCancelIconDimsAndBrightens)
+{
+	Connect();
+	EXPECT_TRUE(Window->GetCancelButtonTint() == FSlateColor(FVelmoraUIStyles::GetSecondaryActionNeutralColor(0.4f)));
+	Hover(Window->CancelButton.ToSharedRef());
+	EXPECT_TRUE(Window->GetCancelButtonTint() == FSlateColor(FVelmoraUIStyles::GetSecondaryActionNeutralColor(0.4f)));
+	Agent->FireState(EState::Thinking);
+	PumpFrame();
+	Hover(Window->CancelButton.ToSharedRef());
+	EXPECT_TRUE(Window->GetCancelButtonTint() == FSlateColor(FVelmoraUIStyles::GetSecondaryActionNeutralHoverColor(1.0f)));
+	MoveMouse(FVelmoraWidgetTest::GetCenter(Window.ToSharedRef()));
+	EXPECT_TRUE(Window->GetCancelButtonTint() == FSlateColor(FVelmoraUIStyles::GetSecondaryActionNeutralColor(1.0f)));
+}
+
+TEST_F(FChatWindowInputTest, ANewChatTakesTheModeOfTheSettings)
+{
+	Connect();
+	Agent->NextConversationId = TEXT("c2");
+	struct FCase
+	{
+		uint8 Stored;
+		const char* Call;
+		const char* Label;
+	};
+	const FCase Cases[] = {
+		{ 0, "StartConversation 0", "Advisor" },
+		{ 1, "StartConversation 1", "Code" },
+		{ 2, "StartConversation 2", "Assets" },
+		{ 3, "StartConversation 3", "General" },
+		{ 200, "StartConversation 3", "General" },
+	};
+	for (const FCase& Case : Cases)
+	{
+		GetMutableDefault<UVelmoraSettings>()->DefaultConversationMode = Case.Stored;
+		Click(FindByTag("NewConversationButton"));
+		EXPECT_EQ(Agent->Calls.back(), Case.Call);
+		EXPECT_EQ(Utf8(Window->GetCurrentModeText().ToString()), Case.Label);
+		EXPECT_EQ(GetSelectedMode(), std::string(1, std::string(Case.Call).back()));
+	}
+}
+
+TEST_F(FChatWindowInputTest, AModeIsPickedFromTheList)
+{
+	Connect();
+	EXPECT_EQ(GetSelectedMode(), "3");
+	Click(FindByTag("ModeComboBox"));
+	PumpFrame();
+	for (const char* Label : { "Advisor", "Code", "Assets" })
+	{
+		EXPECT_FALSE(FWidgetFinder::FindByText(FString(UTF8_TO_TCHAR(Label))).IsEmpty()) << Label;
+	}
+	Click(FindByText("Code"));
+	EXPECT_EQ(Agent->Metadata->Mode, EMode::Code);
+	EXPECT_EQ(Utf8(Window->GetCurrentModeText().ToString()), "Code");
+	EXPECT_EQ(GetSelectedMode(), "1");
+}
+
+TEST_F(FChatWindowInputTest, ModesHaveWordsAndTips)
+{
+	struct FCase
+	{
+		int32 Mode;
+		const char* Label;
+		const char* ToolTip;
+	};
+	const FCase Cases[] = {
+		{ 0, "Advisor", "VelmoraUI,ModeAdvisor_Tooltip: Project guidance and best practices (no code/asset changes). " },
+		{ 1, "Code", "VelmoraUI,ModeCode_Tooltip: C++ code generation, refactoring, and implementation work." },
+		{ 2, "Assets", "VelmoraUI,ModeAssets_Tooltip: Blueprints and asset-focused changes. " },
+		{ 3, "General", "VelmoraUI,ModeGeneral_Tooltip: Multi-purpose assistance across code, assets, and guidance." },
+		{ 9, "Unknown", "VelmoraUI,UnknownMode_Tooltip: Unknown conversation mode." },
+	};
+	for (const FCase& Case : Cases)
+	{
+		const TSharedRef<SWidget> Row = Window->GenerateModeWidget(MakeShared<EMode>(static_cast<EMode>(Case.Mode)));
+		EXPECT_EQ(DumpWidgets(*Row), std::string("STextBlock '") + Case.Label + "'");
+		EXPECT_EQ(DumpKey(Row->GetToolTipText()), Case.ToolTip);
+	}
+}
+
+TEST_F(FChatWindowInputTest, TheModeIsFixedByTheFirstMessage)
+{
+	EXPECT_FALSE(Window->IsModeSelectorEnabled()) << "no view model";
+	Connect();
+	EXPECT_TRUE(Window->IsModeSelectorEnabled());
+	Prompt("x");
+	PressKey("CTRL+Enter");
+	EXPECT_FALSE(Window->IsModeSelectorEnabled());
+	Window->OnModeSelectionChanged(Window->ModeOptions[0], ESelectInfo::OnMouseClick);
+	EXPECT_EQ(Agent->Metadata->Mode, EMode::General);
+	EXPECT_EQ(GetSelectedMode(), "3") << "a refused change snaps back";
+}
+
+TEST_F(FChatWindowInputTest, ASelectionFromCodeIsNoChoice)
+{
+	Connect();
+	Window->OnModeSelectionChanged(Window->ModeOptions[1], ESelectInfo::OnNavigation);
+	EXPECT_EQ(Agent->Metadata->Mode, EMode::General);
+	Window->OnModeSelectionChanged(nullptr, ESelectInfo::OnMouseClick);
+	EXPECT_EQ(Agent->Metadata->Mode, EMode::General);
+}
+
+TEST_F(FChatWindowInputTest, WithoutAConversationTheDefaultModeIsShown)
+{
+	GetMutableDefault<UVelmoraSettings>()->DefaultConversationMode = 2;
+	Agent->Metadata.Reset();
+	Connect();
+	EXPECT_EQ(Utf8(Window->GetCurrentModeText().ToString()), "Assets");
+	EXPECT_FALSE(Window->IsModeSelectorEnabled());
+}
+
+TEST_F(FChatWindowInputTest, LongPromptsAreCountedAndStayInTheirBox)
+{
+	Connect();
+	std::string Text;
+	for (int Line = 0; Line < 60; ++Line)
+	{
+		Text += "twenty characters..\n";
+	}
+	Window->InputTextBox->SetText(FText::FromString(FString(UTF8_TO_TCHAR(Text.c_str()))));
+	PumpFrame();
+	EXPECT_EQ(GetCharacterCount(), "1,200 characters");
+	const FSlateRect Box = GetRect(*Window->InputTextBox);
+	EXPECT_LE(Box.Bottom - Box.Top, 200.0f);
+}

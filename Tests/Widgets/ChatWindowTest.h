@@ -1,0 +1,86 @@
+#pragma once
+
+#include "Host/UpdateGateControl.h"
+#include "Settings/VelmoraSettings.h"
+#include "Support/TestAgent.h"
+#include "UObject/UObjectGlobals.h"
+#include "UpdateGate.h"
+#include "VelmoraWidgetTest.h"
+#include "ViewModels/ChatViewModel.h"
+#include "Widgets/Input/SButton.h"
+#include "Widgets/Input/SMultiLineEditableTextBox.h"
+#include "Widgets/SChatWindow.h"
+#include "Widgets/SMessageList.h"
+
+#include <string>
+
+/** A chat window in the application, with an agent that waits for the test. */
+class FChatWindowTest : public FVelmoraWidgetTest
+{
+protected:
+	using EState = Velmora::EConversationState;
+	using EMode = Velmora::EConversationMode;
+	using EGate = Velmora::EUpdateGateState;
+
+	void SetUp() override
+	{
+		FVelmoraWidgetTest::SetUp();
+		SetGate(EGate::Ready);
+		GetMutableDefault<UVelmoraSettings>()->DefaultConversationMode = static_cast<uint8>(EMode::General);
+		Agent = MakeShared<FTestAgent>();
+		Agent->HoldConversation(TEXT("c1"));
+		Window = SNew(SChatWindow);
+		Show(Window.ToSharedRef());
+	}
+
+	void TearDown() override
+	{
+		FVelmoraWidgetTest::TearDown();
+		SetGate(EGate::Ready);
+		GetMutableDefault<UVelmoraSettings>()->DefaultConversationMode = static_cast<uint8>(EMode::General);
+	}
+
+	static void SetGate(EGate Gate, const TCHAR* Message = TEXT(""))
+	{
+		Velmora::FUpdateGateControl::SetState(Gate, Message, FString());
+	}
+
+	/** Gives the window a view model on the agent. */
+	void Connect()
+	{
+		ViewModel = MakeShared<FChatViewModel>();
+		ASSERT_TRUE(ViewModel->Initialize(Agent));
+		Window->SetViewModel(ViewModel);
+		PumpFrame();
+	}
+
+	/** Clicks into the prompt and types. */
+	void Prompt(const std::string& Text)
+	{
+		Click(Window->InputTextBox.ToSharedRef());
+		TypeText(Text);
+	}
+
+	std::string GetPrompt() const { return Utf8(Window->InputTextBox->GetText().ToString()); }
+
+	/** What is shown of the buttons, in brackets where it is disabled: "Ready: Send (Cancel) New". */
+	std::string DumpControls()
+	{
+		PumpFrame();
+		std::string Result = Utf8(Window->GetStatusText().ToString()) + ":";
+		for (const char* Name : { "Send", "Pause", "Continue", "Cancel", "NewConversation" })
+		{
+			const TSharedPtr<SWidget> Button = FWidgetFinder::FindByTag(FName((std::string(Name) + "Button").c_str()));
+			if (Button.IsValid())
+			{
+				const std::string Short = std::string(Name) == "NewConversation" ? "New" : Name;
+				Result += FWidgetFinder::IsEnabledInTree(*Button) ? " " + Short : " (" + Short + ")";
+			}
+		}
+		return Result;
+	}
+
+	TSharedPtr<FTestAgent> Agent;
+	TSharedPtr<FChatViewModel> ViewModel;
+	TSharedPtr<SChatWindow> Window;
+};

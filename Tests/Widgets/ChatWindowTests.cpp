@@ -1,0 +1,211 @@
+#include "ChatWindowTest.h"
+
+#include "Style/AnimationHelper.h"
+
+TEST_F(FChatWindowTest, WithoutAViewModelItSaysSo)
+{
+	EXPECT_EQ(DumpControls(), "Not initialized: (Send) (Cancel) (New)");
+	EXPECT_EQ(DumpKey(Window->GetStatusText()), "VelmoraUI,NotInitialized: Not initialized");
+	EXPECT_TRUE(Window->GetStatusColor() == FSlateColor(FVelmoraUIStyles::GetStatusIdleColor()));
+	EXPECT_EQ(VisibleTexts(), (FTextList{ "New", "General", "0 characters", "Not initialized" })) << "neither messages nor welcome";
+	for (const auto Handler : { &SChatWindow::OnSendButtonClicked, &SChatWindow::OnPauseClicked, &SChatWindow::OnContinueClicked,
+			 &SChatWindow::OnCancelClicked, &SChatWindow::OnNewConversationClicked, &SChatWindow::OnSidepanelButtonClicked })
+	{
+		EXPECT_TRUE((Window.Get()->*Handler)().IsEventHandled());
+	}
+}
+
+TEST_F(FChatWindowTest, ControlsFollowTheStateOfTheConversation)
+{
+	Connect();
+	Prompt("x");
+	struct FCase
+	{
+		EState State;
+		const char* Controls;
+	};
+	const FCase Cases[] = {
+		{ EState::NotStarted, "Ready to start: Send (Cancel) New" },
+		{ EState::Initializing, "Initializing: (Send) Pause Cancel (New)" },
+		{ EState::Ready, "Ready: Send (Cancel) New" },
+		{ EState::Thinking, "Thinking: Pause Cancel (New)" },
+		{ EState::ExecutingTools, "Executing tools: Pause Cancel (New)" },
+		{ EState::AwaitingInput, "Ready: Send (Cancel) New" },
+		{ EState::Paused, "Paused: Continue Cancel New" },
+		{ EState::Completed, "Completed: Send (Cancel) New" },
+		{ EState::Cancelled, "Cancelled: Send (Cancel) New" },
+		{ EState::Error, "Error: Send (Cancel) New" },
+	};
+	for (const FCase& Case : Cases)
+	{
+		Agent->FireState(Case.State);
+		EXPECT_EQ(DumpControls(), Case.Controls);
+		const bool bBusy = Case.State == EState::Initializing || Case.State == EState::Thinking || Case.State == EState::ExecutingTools;
+		EXPECT_EQ(CountByType("SThrobber"), bBusy ? 1 : 0) << Case.Controls;
+	}
+}
+
+TEST_F(FChatWindowTest, ControlsFollowTheUpdateGate)
+{
+	Connect();
+	Prompt("x");
+	struct FCase
+	{
+		EGate Gate;
+		const char* Controls;
+		bool bOrange;
+	};
+	const FCase Cases[] = {
+		{ EGate::Checking, "Initializing: New", false },
+		{ EGate::Ready, "Ready: Send (Cancel) New", false },
+		{ EGate::UpdateAvailable, "Ready: (Send) (Cancel) New", true },
+		{ EGate::Downloading, "Ready: New", true },
+		{ EGate::RestartRequired, "Restart required: New", true },
+		{ static_cast<EGate>(9), "Ready: New", false },
+	};
+	for (const FCase& Case : Cases)
+	{
+		SetGate(Case.Gate);
+		EXPECT_EQ(DumpControls(), Case.Controls);
+		EXPECT_EQ(Window->GetStatusColor() == FSlateColor(FLinearColor(0.9f, 0.6f, 0.2f, 0.8f)), Case.bOrange) << Case.Controls;
+		EXPECT_EQ(Window->IsInputTextBoxEnabled(), Case.Gate == EGate::Ready || Case.Gate == EGate::UpdateAvailable) << Case.Controls;
+	}
+}
+
+TEST_F(FChatWindowTest, AnUpdateOutshinesAnError)
+{
+	Connect();
+	Agent->FireState(EState::Error);
+	PumpSeconds(0.5);
+	EXPECT_TRUE(Window->GetStatusColor() == FSlateColor(FVelmoraUIStyles::GetStatusErrorColor()));
+	SetGate(EGate::UpdateAvailable);
+	EXPECT_TRUE(Window->GetStatusColor() == FSlateColor(FVelmoraUIStyles::GetUpdateAvailableColor()));
+}
+
+TEST_F(FChatWindowTest, AViewModelShowsItsColourAtOnce)
+{
+	Agent->State = EState::Error;
+	Connect();
+	EXPECT_TRUE(Window->GetStatusColor() == FSlateColor(FVelmoraUIStyles::GetStatusErrorColor()));
+	EXPECT_EQ(Window->ColorTransitionProgress, 1.0f);
+}
+
+TEST_F(FChatWindowTest, TheStatusColourBlendsOnFromFrameToFrame)
+{
+	Connect();
+	const FLinearColor Idle = FVelmoraUIStyles::GetStatusIdleColor();
+	const FLinearColor Busy = FVelmoraUIStyles::GetStatusBusyColor();
+	Agent->FireState(EState::Thinking);
+	EXPECT_EQ(Window->ColorTransitionProgress, 0.0f);
+	PumpFrame(0.15);
+	const FLinearColor Half = FAnimationHelper::LerpColor(Idle, Busy, 0.5f);
+	EXPECT_TRUE(Window->CurrentStatusColor.Equals(Half, 1e-4f));
+
+	Agent->FireState(EState::ExecutingTools);
+	EXPECT_NEAR(Window->ColorTransitionProgress, 0.5f, 1e-4f) << "the same colour does not start anew";
+	PumpFrame(0.075);
+	EXPECT_TRUE(Window->CurrentStatusColor.Equals(FAnimationHelper::LerpColor(Half, Busy, 0.75f), 1e-4f));
+	PumpFrame(0.1);
+	EXPECT_EQ(Window->ColorTransitionProgress, 1.0f);
+	EXPECT_TRUE(Window->CurrentStatusColor == Busy);
+
+	Agent->FireState(EState::AwaitingInput);
+	PumpSeconds(0.4);
+	EXPECT_TRUE(Window->CurrentStatusColor == FVelmoraUIStyles::GetStatusReadyColor());
+}
+
+TEST_F(FChatWindowTest, TheWelcomeStandsUntilTheFirstMessage)
+{
+	Connect();
+	const FTextList Texts = VisibleTexts();
+	ASSERT_GE(Texts.size(), 3u);
+	EXPECT_EQ(Texts[1], "Welcome to Velmora");
+	EXPECT_TRUE(Texts[2].starts_with("Start a conversation by typing a message below.\n\nVelmora AI Co-Developer can help you with:\n\n  • Ideation"));
+	EXPECT_EQ(CountByType("SEmptyState"), 1);
+	Agent->FireMessage(TEXT("hello"));
+	PumpSeconds(0.3);
+	EXPECT_EQ(CountByType("SEmptyState"), 0);
+	EXPECT_EQ(CountByType("SMessageRow"), 1);
+}
+
+TEST_F(FChatWindowTest, MessagesArriveWithTheTicksOfTheWindow)
+{
+	Connect();
+	for (int32 Index = 0; Index < 30; ++Index)
+	{
+		Agent->FireMessage(FString::Printf(TEXT("answer %d"), Index));
+	}
+	PumpSeconds(0.5);
+	EXPECT_EQ(ViewModel->GetMessageCount(), 30);
+	const FSlateRect List = GetRect(*Window->MessageList);
+	const FSlateRect Newest = GetRect(*FindByText("answer 29"));
+	EXPECT_GT(Newest.Top, List.Top) << "the end is in view";
+	EXPECT_LT(Newest.Bottom, List.Bottom);
+	EXPECT_FALSE(Window->bPendingScrollToBottom);
+}
+
+TEST_F(FChatWindowTest, ToolRunsAppearAsAGroupWithLiveMarks)
+{
+	Connect();
+	Agent->FireToolStarted(TEXT("id1"), TEXT("read_file"), TEXT("{\"path\":\"a.txt\"}"));
+	PumpSeconds(0.3);
+	EXPECT_EQ(CountByType("SToolExecutionContainer"), 1);
+	FindByText("Tool Executions (1)");
+	Agent->FireToolStarted(TEXT("id2"), TEXT("read_file"), TEXT("{\"path\":\"b.txt\"}"));
+	PumpSeconds(0.3);
+	FindByText("Tool Executions (2)");
+	EXPECT_EQ(CountByType("SMessageRow"), 1);
+}
+
+TEST_F(FChatWindowTest, AnotherViewModelTakesOver)
+{
+	Connect();
+	const TSharedPtr<FChatViewModel> Old = ViewModel;
+	EXPECT_TRUE(Old->OnMessagesChanged().IsBound());
+	Agent = MakeShared<FTestAgent>();
+	Agent->HoldConversation(TEXT("c2"));
+	Agent->State = EState::Thinking;
+	Connect();
+	EXPECT_FALSE(Old->OnMessagesChanged().IsBound());
+	EXPECT_FALSE(Old->OnStateChanged().IsBound());
+	EXPECT_EQ(DumpControls(), "Thinking: Pause Cancel (New)");
+
+	Window->SetViewModel(nullptr);
+	EXPECT_EQ(DumpControls(), "Not initialized: (Send) (Cancel) (New)");
+	EXPECT_FALSE(ViewModel->OnMessagesChanged().IsBound());
+}
+
+TEST_F(FChatWindowTest, ANarrowHeaderDropsItsLabel)
+{
+	Connect();
+	Resize(720, 600);
+	PumpFrame();
+	EXPECT_EQ(VisibleTexts().at(0), "New");
+	Resize(719, 600);
+	PumpFrame();
+	EXPECT_NE(VisibleTexts().at(0), "New");
+	EXPECT_TRUE(IsShown(FindByTag("NewConversationButton")));
+}
+
+TEST_F(FChatWindowTest, RowsAskTheViewModelForUndo)
+{
+	Connect();
+	Agent->bCanUndo = true;
+	EXPECT_TRUE(Window->CanUndo());
+	Agent->bCanUndo = false;
+	EXPECT_FALSE(Window->CanUndo());
+}
+
+TEST_F(FChatWindowTest, AreasStandWhereTheyBelong)
+{
+	Connect();
+	PumpFrame();
+	const FSlateRect Whole = GetRect(*Window);
+	const FSlateRect Prompt = GetRect(*FindByTag("InputTextBox"));
+	const FSlateRect Status = GetRect(*FindByTag("StatusText"));
+	EXPECT_EQ(Whole.Bottom, 800.0f);
+	EXPECT_GE(Prompt.Bottom - Prompt.Top, 70.0f);
+	EXPECT_LE(Prompt.Bottom - Prompt.Top, 200.0f);
+	EXPECT_GT(Status.Top, 776.0f);
+	EXPECT_GT(Prompt.Top, GetRect(*FindByTag("EmptyState")).Bottom);
+}

@@ -1,0 +1,303 @@
+#include "Widgets/SMarkdownTextBlock.h"
+
+#include "HAL/PlatformApplicationMisc.h"
+#include "Host/HostEditor.h"
+#include "Host/HostPaths.h"
+#include "Host/HostServices.h"
+#include "Markdown/MarkdownParser.h"
+#include "Misc/Paths.h"
+#include "Support/Base/TempFolder.h"
+#include "VelmoraWidgetTest.h"
+#include "Widgets/Input/SCheckBox.h"
+#include "Widgets/Input/SEditableText.h"
+#include "Widgets/Layout/SSpacer.h"
+#include "Widgets/SBoxPanel.h"
+#include "Widgets/Text/STextBlock.h"
+
+using Velmora::Markdown::ETokenType;
+using Velmora::Markdown::FMarkdownToken;
+
+namespace
+{
+
+class FMarkdownWidgetTest : public FVelmoraWidgetTest
+{
+protected:
+	TSharedRef<SMarkdownTextBlock> Make(const FString& Text)
+	{
+		return SNew(SMarkdownTextBlock).Text(Text);
+	}
+
+	/** The column's slots, one per line. */
+	static std::string DumpColumn(const TSharedRef<SMarkdownTextBlock>& Block)
+	{
+		std::string Result;
+		FChildren* Slots = Block->ContentBox->GetChildren();
+		for (int32 Index = 0; Index < Slots->Num(); ++Index)
+		{
+			Result += DumpWidgets(*Slots->GetChildAt(Index)) + "\n";
+		}
+		return Result;
+	}
+
+	std::string Dump(const FString& Text) { return DumpColumn(Make(Text)); }
+
+	static std::string LaunchedTargets()
+	{
+		std::string Result;
+		for (const FHostLaunchRequest& Request : FHostServices::GetLaunchRecord())
+		{
+			Result += (Request.Kind == FHostLaunchRequest::EKind::Url ? "url " : "file ") + Utf8(Request.Target) + "\n";
+		}
+		return Result;
+	}
+};
+
+} // namespace
+
+TEST_F(FMarkdownWidgetTest, OneWidgetPerConstruct)
+{
+	struct FCase
+	{
+		const char* Why;
+		const TCHAR* Text;
+		const char* Column;
+	};
+	const FCase Cases[] = {
+		{ "nothing for nothing", TEXT(""), "" },
+		{ "blanks are shown as they are", TEXT("   "), "STextBlock '   '\n" },
+		{ "a line end is an empty row", TEXT("a\nb"), "STextBlock 'a'\nSTextBlock ''\nSTextBlock 'b'\n" },
+		{ "an empty line makes two", TEXT("a\n\nb"), "STextBlock 'a'\nSTextBlock ''\nSTextBlock ''\nSTextBlock 'b'\n" },
+		{ "a styled word splits the line", TEXT("a **b** c"), "SWrapBox[STextBlock 'a ', STextBlock 'b', STextBlock ' c']\n" },
+		{ "every inline style", TEXT("*i* ***bi*** ~~s~~"), "SWrapBox[STextBlock 'i', STextBlock ' ', STextBlock 'bi', STextBlock ' ', STextBlock 's']\n" },
+		{ "inner markers stay text", TEXT("**a *b* c**"), "SWrapBox[STextBlock 'a *b* c']\n" },
+		{ "code is a chip", TEXT("`code`"), "SWrapBox[SBorder[SEditableText 'code']]\n" },
+		{ "a link", TEXT("[x](http://y)"), "SWrapBox[SHyperlink[STextBlock 'x']]\n" },
+		{ "a heading", TEXT("# Title"), "SBorder[STextBlock 'Title']\n" },
+		{ "a heading with a styled word", TEXT("## A **b**"), "SBorder[SWrapBox[STextBlock 'A ', STextBlock 'b']]\n" },
+		{ "a list item", TEXT("- x"), "SHorizontalBox[SSpacer, STextBlock '•', STextBlock 'x']\n" },
+		{ "a numbered item has a bullet, too", TEXT("7. x"), "SHorizontalBox[SSpacer, STextBlock '•', STextBlock 'x']\n" },
+		{ "a task", TEXT("- [x] done"), "SHorizontalBox[SSpacer, SCheckBox, STextBlock 'done']\n" },
+		{ "an item that parses as a block again loses it", TEXT("- # x"), "SHorizontalBox[SSpacer, STextBlock '•', STextBlock '']\n" },
+		{ "a quote", TEXT("> q"), "SBorder[SHorizontalBox[SBox[SBorder], STextBlock 'q']]\n" },
+		{ "a rule", TEXT("---"), "SBox[SBox[SImage]]\n" },
+		{ "a footnote's mark", TEXT("a[^n]"), "SWrapBox[STextBlock 'a', SBox[STextBlock '[n]']]\n" },
+		{ "a footnote", TEXT("[^n]: note"), "SBorder[SHorizontalBox[STextBlock '[n]:', STextBlock 'note']]\n" },
+	};
+	for (const FCase& Case : Cases)
+	{
+		SCOPED_TRACE(Case.Why);
+		EXPECT_EQ(Dump(Case.Text), Case.Column);
+	}
+}
+
+TEST_F(FMarkdownWidgetTest, TablesLeaveOutTheSeparatorAndMoveCellsLeft)
+{
+	EXPECT_EQ(
+		Dump(TEXT("| A | B |\n|:--|--:|\n| [x](http://y) |  |\n|| `c` |")),
+		"SBox[SVerticalBox["
+		"SHorizontalBox[SBorder[STextBlock 'A'], SBorder[STextBlock 'B']], "
+		"SHorizontalBox[SBorder[SWrapBox[SHyperlink[STextBlock 'x']]], SBorder[STextBlock '']], "
+		"SHorizontalBox[SBorder[SWrapBox[SBorder[SEditableText 'c']]]]"
+		"]]\n");
+
+	const TSharedRef<SMarkdownTextBlock> Block = Make(TEXT("x"));
+	EXPECT_EQ(DumpWidgets(*Block->BuildTable(FMarkdownToken(ETokenType::Table, TEXT("| A |"), TEXT("left"), 0))), "STextBlock '[Invalid Table]'");
+}
+
+TEST_F(FMarkdownWidgetTest, ColumnsAreAlignedByTheirWords)
+{
+	Show(Make(TEXT("| A | B | C |\n|:--|:-:|--:|\n| l | c | r |")));
+	const float Column = GetRect(*FindByText("A")).Left;
+	EXPECT_EQ(GetRect(*FindByText("l")).Left, Column);
+	EXPECT_NEAR(GetCenter(FindByText("c")).X, 640.0, 2.0);
+	EXPECT_EQ(GetRect(*FindByText("r")).Right, GetRect(*FindByText("C")).Right);
+	EXPECT_GT(GetRect(*FindByText("r")).Right, 1200.0f);
+}
+
+TEST_F(FMarkdownWidgetTest, CodeBlocksShowEveryLineWithItsIndentation)
+{
+	Show(Make(TEXT("```py\nif x:\r\n\tdo()\n\n  y\n```")));
+	// Empty lines have no text to see, but their row.
+	EXPECT_EQ(VisibleTexts(), (FTextList{ "py", "if x:", "\tdo()", "  y" }));
+	const double Line = GetRect(*FindByText("\tdo()")).Top - GetRect(*FindByText("if x:")).Top;
+	EXPECT_GT(Line, 10.0);
+	EXPECT_EQ(GetRect(*FindByText("  y")).Top - GetRect(*FindByText("\tdo()")).Top, 2 * Line);
+}
+
+TEST_F(FMarkdownWidgetTest, TheLanguageIsShownAsWrittenAndTextIsNot)
+{
+	struct FCase
+	{
+		const TCHAR* Text;
+		FTextList Texts;
+	};
+	const FCase Cases[] = {
+		{ TEXT("```\nplain\n```"), { "plain" } },
+		{ TEXT("```TEXT\nplain\n```"), { "plain" } },
+		{ TEXT("```Py\nx = 1\n```"), { "Py", "x = 1" } },
+	};
+	for (const FCase& Case : Cases)
+	{
+		Show(Make(Case.Text));
+		EXPECT_EQ(VisibleTexts(), Case.Texts);
+	}
+}
+
+TEST_F(FMarkdownWidgetTest, CodeNeverWrapsAndScrollsSideways)
+{
+	const FString Long = FString::ChrN(500, TEXT('m'));
+	Show(Make(TEXT("```\n") + Long + TEXT("\n```")));
+	const FSlateRect Line = GetRect(*FindByText(Utf8(Long)));
+	EXPECT_GT(Line.Right - Line.Left, 3000.0f);
+	EXPECT_LT(Line.Bottom - Line.Top, 30.0f);
+}
+
+TEST_F(FMarkdownWidgetTest, CopyTakesTheWholeCode)
+{
+	Show(Make(TEXT("```cpp\nint X;\n\tint Y;\n```")));
+	Click(FindByToolTip("Copy code to clipboard"));
+	FString Copied;
+	FPlatformApplicationMisc::ClipboardPaste(Copied);
+	EXPECT_EQ(Utf8(Copied), "int X;\n\tint Y;\n");
+}
+
+TEST_F(FMarkdownWidgetTest, TasksAreDisplaysAndNotInputs)
+{
+	Show(Make(TEXT("- [x] done\n- [ ] open")));
+	const std::vector<TSharedRef<SWidget>> Boxes = FindByType("SCheckBox");
+	ASSERT_EQ(Boxes.size(), 2u);
+	EXPECT_EQ(StaticCastSharedRef<SCheckBox>(Boxes[0])->IsChecked(), true);
+	EXPECT_EQ(StaticCastSharedRef<SCheckBox>(Boxes[1])->IsChecked(), false);
+	Click(Boxes[1]);
+	EXPECT_EQ(StaticCastSharedRef<SCheckBox>(Boxes[1])->IsChecked(), false);
+	EXPECT_FALSE(Boxes[1]->IsEnabled());
+}
+
+TEST_F(FMarkdownWidgetTest, ListLevelsMoveRight)
+{
+	Show(Make(TEXT("- a\n  - b")));
+	const float First = GetRect(*FindByText("a")).Left;
+	EXPECT_EQ(GetRect(*FindByText("b")).Left - First, 20.0f);
+}
+
+TEST_F(FMarkdownWidgetTest, SectionsOpenAndClose)
+{
+	Show(Make(TEXT("<details><summary>More</summary>Inner **text**</details>")));
+	EXPECT_EQ(VisibleTexts(), (FTextList{ "More" }));
+	Click(FindByText("More"));
+	PumpSeconds(0.5);
+	EXPECT_EQ(VisibleTexts(), (FTextList{ "More", "Inner ", "text" }));
+}
+
+TEST_F(FMarkdownWidgetTest, HeadingsKeepTheirSizeOnlyAsPlainText)
+{
+	Show(Make(TEXT("# Plain\n# A **b**")));
+	EXPECT_EQ(StaticCastSharedRef<STextBlock>(FindByText("Plain"))->GetFont().Size, 18.0f);
+	EXPECT_EQ(StaticCastSharedRef<STextBlock>(FindByText("b"))->GetFont().Size, 11.0f);
+}
+
+TEST_F(FMarkdownWidgetTest, PlainTextWrapsAndMixedTextBreaksBetweenTokens)
+{
+	std::string Words;
+	for (int Index = 0; Index < 40; ++Index)
+	{
+		Words += "wrapping ";
+	}
+	Show(Make(FString(UTF8_TO_TCHAR(Words.c_str()))));
+	const FSlateRect Plain = GetRect(*FindOne<STextBlock>("STextBlock"));
+	EXPECT_LE(Plain.Right, 1280.0f);
+	EXPECT_GT(Plain.Bottom - Plain.Top, 30.0f);
+
+	Show(Make(TEXT("**bold** ") + FString(UTF8_TO_TCHAR(Words.c_str()))));
+	const FSlateRect Bold = GetRect(*FindByText("bold"));
+	const FSlateRect Rest = GetRect(*FindByType("STextBlock").at(1));
+	EXPECT_GE(Rest.Top, Bold.Bottom) << "the long run moves to the next line whole";
+	EXPECT_LT(Rest.Bottom - Rest.Top, 30.0f);
+}
+
+TEST_F(FMarkdownWidgetTest, OtherLetterCaseIsNoChangeOfText)
+{
+	const TSharedRef<SMarkdownTextBlock> Block = Make(TEXT("one"));
+	const TSharedRef<SWidget> Before = Block->ContentBox->GetChildren()->GetChildAt(0);
+	Block->SetText(TEXT("ONE"));
+	EXPECT_EQ(DumpColumn(Block), "STextBlock 'one'\n");
+	EXPECT_EQ(Utf8(Block->GetText()), "one");
+	Block->SetText(TEXT("two"));
+	EXPECT_EQ(DumpColumn(Block), "STextBlock 'two'\n");
+	EXPECT_EQ(Utf8(Block->GetText()), "two");
+	Block->SetText(TEXT(""));
+	EXPECT_EQ(DumpColumn(Block), "");
+}
+
+TEST_F(FMarkdownWidgetTest, LinksGoWhereTheirSchemeSays)
+{
+	const FTempFolder Folder;
+	const std::string File = Folder.AtBytes("notes.txt");
+	Folder.Write("notes.txt", "x");
+	struct FCase
+	{
+		std::string Url;
+		std::string Launched;
+	};
+	const FCase Cases[] = {
+		{ "http://a.b/C", "url http://a.b/C\n" },
+		{ "HTTPS://a.b", "url HTTPS://a.b\n" },
+		{ "tel:1", "url tel:1\n" },
+		{ "FILE://" + File, "file " + File + "\n" },
+		{ "file://" + File + ".missing", "" },
+		{ "asset:///Game/NotThere", "" },
+		{ "blueprint:///Game/NotThere", "" },
+	};
+	const TSharedRef<SMarkdownTextBlock> Block = Make(TEXT("x"));
+	for (const FCase& Case : Cases)
+	{
+		FHostServices::ClearLaunchRecord();
+		Block->OnLinkClicked(FString(UTF8_TO_TCHAR(Case.Url.c_str())));
+		EXPECT_EQ(LaunchedTargets(), Case.Launched) << Case.Url;
+	}
+}
+
+TEST_F(FMarkdownWidgetTest, AssetLinksOpenTheAssetInTheEditor)
+{
+	const FTempFolder Project;
+	Project.Write("Content/Hero.uasset", "x");
+	const FString OldProject = FPaths::ProjectDir();
+	FHostPaths::SetProjectDir(Project.At());
+	FHostEditor::StartUp();
+	const TSharedRef<SMarkdownTextBlock> Block = Make(TEXT("x"));
+	Block->OnLinkClicked(TEXT("ASSET:///Game/Hero"));
+	Block->OnLinkClicked(TEXT("blueprint:///Game/Hero"));
+	Block->OnLinkClicked(TEXT("asset:///Game/Villain"));
+	std::string Opened;
+	for (const FString& Path : FHostEditor::GetOpenedAssets())
+	{
+		Opened += Utf8(Path) + "\n";
+	}
+	EXPECT_EQ(Opened, "/Game/Hero.Hero\n/Game/Hero.Hero\n");
+	FHostEditor::ShutDown();
+	FHostPaths::SetProjectDir(OldProject);
+	EXPECT_EQ(LaunchedTargets(), "");
+}
+
+TEST_F(FMarkdownWidgetTest, AClickOnALinkOpensIt)
+{
+	Show(Make(TEXT("see [the page](http://a.b/c)")));
+	const TSharedRef<SWidget> Link = FindByToolTip("Open: http://a.b/c");
+	Click(Link);
+	EXPECT_EQ(LaunchedTargets(), "url http://a.b/c\n");
+}
+
+TEST_F(FMarkdownWidgetTest, InlineCodeCanBeSelectedAndCopied)
+{
+	Show(Make(TEXT("run `make all` now")));
+	const TSharedRef<SEditableText> Code = FindOne<SEditableText>("SEditableText");
+	Click(Code);
+	PressKey("CTRL+A");
+	PressKey("CTRL+C");
+	FString Copied;
+	FPlatformApplicationMisc::ClipboardPaste(Copied);
+	EXPECT_EQ(Utf8(Copied), "make all");
+	TypeText("z");
+	EXPECT_EQ(Utf8(Code->GetText().ToString()), "make all");
+}
