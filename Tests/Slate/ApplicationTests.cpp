@@ -87,6 +87,24 @@ namespace
 		bool bHandlesPress = false;
 	};
 
+	/** Replaces its content while it ticks. */
+	class SGrower : public SCompoundWidget
+	{
+	public:
+		SLATE_BEGIN_ARGS(SGrower) {}
+		SLATE_END_ARGS()
+		void Construct(const FArguments&) {}
+		virtual void Tick(const FGeometry&, const double, const float) override
+		{
+			if (bGrow)
+			{
+				bGrow = false;
+				ChildSlot[SNew(SBox).WidthOverride(70.0f).HeightOverride(30.0f)];
+			}
+		}
+		bool bGrow = false;
+	};
+
 	TSharedRef<SWidget> InCorner(const TSharedRef<SWidget>& Widget)
 	{
 		return SNew(SBox).HAlign(HAlign_Left).VAlign(VAlign_Top)[Widget];
@@ -238,22 +256,6 @@ TEST_F(FApplicationTest, OnlyWhatChangedIsPaintedAgain)
 
 TEST_F(FApplicationTest, ATextThatAppearsWhileTickingIsMeasuredInTheSameFrame)
 {
-	class SGrower : public SCompoundWidget
-	{
-	public:
-		SLATE_BEGIN_ARGS(SGrower) {}
-		SLATE_END_ARGS()
-		void Construct(const FArguments&) {}
-		virtual void Tick(const FGeometry&, const double, const float) override
-		{
-			if (bGrow)
-			{
-				bGrow = false;
-				ChildSlot[SNew(SBox).WidthOverride(70.0f).HeightOverride(30.0f)];
-			}
-		}
-		bool bGrow = false;
-	};
 	const TSharedRef<SGrower> Grower = SNew(SGrower);
 	Show(InCorner(Grower));
 	Grower->bGrow = true;

@@ -76,7 +76,9 @@ bool FImageCache::Load(const FString& Path, FPixelImage& Image, FString& OutReas
 	cairo_t* Context = cairo_create(Scaled);
 	cairo_scale(Context, static_cast<double>(Image.Width) / SourceWidth, static_cast<double>(Image.Height) / SourceHeight);
 	cairo_set_source_surface(Context, Source, 0, 0);
-	cairo_pattern_set_filter(cairo_get_source(Context), CAIRO_FILTER_BEST);
+	// The best filter is for making smaller; it would take seconds to stretch a picture over a screen, and show no difference.
+	const bool bSmaller = Image.Width < SourceWidth || Image.Height < SourceHeight;
+	cairo_pattern_set_filter(cairo_get_source(Context), bSmaller ? CAIRO_FILTER_BEST : CAIRO_FILTER_GOOD);
 	// Without it the edges of a picture that fills its rectangle would fade.
 	cairo_pattern_set_extend(cairo_get_source(Context), CAIRO_EXTEND_PAD);
 	cairo_set_operator(Context, CAIRO_OPERATOR_SOURCE);

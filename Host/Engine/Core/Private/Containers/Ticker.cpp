@@ -3,6 +3,7 @@
 #include "Templates/UnrealTemplate.h"
 
 #include <algorithm>
+#include <atomic>
 #include <condition_variable>
 #include <limits>
 #include <thread>

@@ -3,6 +3,7 @@
 #include "Containers/Map.h"
 
 #include <mutex>
+#include <utility>
 
 namespace
 {

@@ -6,6 +6,7 @@
 #include "Misc/App.h"
 
 #include <mutex>
+#include <utility>
 
 DEFINE_LOG_CATEGORY_STATIC(LogHostServices, Log, All);
 
