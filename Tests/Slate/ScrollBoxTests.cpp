@@ -196,6 +196,72 @@ TEST_F(FScrollBox, OnlyRowsInViewArePaintedAndMeasured)
 	EXPECT_EQ(TopOf(5000), 0.0f);
 }
 
+TEST_F(FScrollBox, RowsThatCanChangeAreMeasuredInTurn)
+{
+	std::vector<float> Lengths[2];
+	std::vector<float> TopsInView[2];
+	for (const bool bEverything : { false, true })
+	{
+		SCOPED_TRACE(bEverything ? "all of them" : "in turn");
+		SScrollBox::SetMeasureEverything(bEverything);
+		TArray<float> Heights;
+		Heights.Init(50.0f, 5000);
+		Rows.Empty();
+		ShowBox(SNew(SScrollBox));
+		for (int32 Index = 0; Index < 5000; ++Index)
+		{
+			TSharedPtr<SBox> Row;
+			Box->AddSlot()[SAssignNew(Row, SBox).HeightOverride_Lambda([&Heights, Index] { return FOptionalSize(Heights[Index]); })];
+			Rows.Add(Row.ToSharedRef());
+		}
+		PumpFrame();
+		Box->SetScrollOffset(100000.0f);
+		PumpFrame();
+		PumpFrame();
+		Heights[10] = 80.0f;   // Above the view,
+		Heights[2001] = 90.0f; // in it,
+		Heights[4999] = 10.0f; // and below.
+		const uint64 Before = SWidget::GetCounters().Measured;
+		PumpFrame();
+		const uint64 InOneFrame = SWidget::GetCounters().Measured - Before;
+		EXPECT_EQ(InOneFrame >= 5000u, bEverything);
+		EXPECT_LE(InOneFrame, bEverything ? 11000u : 2500u);
+		EXPECT_EQ(TopOf(2002) - TopOf(2001), 90.0f) << "what is in view is always true";
+		for (int32 Frame = 0; Frame < 12; ++Frame)
+		{
+			PumpFrame();
+		}
+		Lengths[bEverything].push_back(Box->GetScrollOffsetOfEnd());
+		Lengths[bEverything].push_back(Box->GetScrollOffset());
+		TopsInView[bEverything] = { TopOf(2000), TopOf(2001), TopOf(2002) };
+		Show(SNew(SSpacer));
+	}
+	SScrollBox::SetMeasureEverything(false);
+	EXPECT_EQ(Lengths[0], std::vector<float>({ 250000.0f + 30.0f + 40.0f - 40.0f - 200.0f, 100030.0f }));
+	EXPECT_EQ(Lengths[0], Lengths[1]);
+	EXPECT_EQ(TopsInView[0], TopsInView[1]);
+}
+
+TEST_F(FScrollBox, RowsMayComeAndGoWhileTheyAreMeasured)
+{
+	ShowRows(3, 50);
+	bool bRemove = false;
+	Box->AddSlot()[SNew(SBox).HeightOverride_Lambda([this, &bRemove] {
+		if (bRemove)
+		{
+			bRemove = false;
+			Box->RemoveSlot(Rows[1]);
+		}
+		return FOptionalSize(20.0f);
+	})];
+	PumpFrame();
+	bRemove = true;
+	PumpFrame();
+	PumpFrame();
+	EXPECT_EQ(TopOf(2), 50.0f);
+	EXPECT_EQ(Box->NumSlots(), 3);
+}
+
 TEST_F(FScrollBox, WheelBelongsToTheDirectionThatScrolls)
 {
 	TSharedPtr<SScrollBox> Code;

@@ -205,7 +205,7 @@ TEST_F(FTextBlock, StrikeAndUnderlineFollowTheirLines)
 		return Style.SetStrikeBrush(Line);
 	}();
 	TSharedPtr<STextBlock> Text;
-	Show(SNew(SBox).WidthOverride(200).HAlign(HAlign_Left)[SAssignNew(Text, STextBlock).Text(Words(20)).TextStyle(&Struck).AutoWrapText(true)]);
+	Show(SNew(SBox).HAlign(HAlign_Left)[SNew(SBox).WidthOverride(200)[SAssignNew(Text, STextBlock).Text(Words(20)).TextStyle(&Struck).AutoWrapText(true)]]);
 	int32 Lines = 0;
 	for (const FSlateDrawElement& Element : App().GetLastElements().GetElements())
 	{

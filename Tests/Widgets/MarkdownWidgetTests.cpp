@@ -181,9 +181,9 @@ TEST_F(FMarkdownWidgetTest, ListLevelsMoveRight)
 	EXPECT_EQ(GetRect(*FindByText("b")).Left - First, 20.0f);
 }
 
-TEST_F(FMarkdownWidgetTest, SectionsOpenAndClose)
+TEST_F(FMarkdownWidgetTest, SectionsOpenAndTheirLinesJoin)
 {
-	Show(Make(TEXT("<details><summary>More</summary>Inner **text**</details>")));
+	Show(Make(TEXT("<details><summary>More</summary>Inner\n**text**</details>")));
 	EXPECT_EQ(VisibleTexts(), (FTextList{ "More" }));
 	Click(FindByText("More"));
 	PumpSeconds(0.5);

@@ -5,6 +5,20 @@
 #include <algorithm>
 #include <cmath>
 
+namespace
+{
+	/** Whether the first element covers all that is to be painted, so that nothing need be cleared. */
+	bool StartsSolid(const FSlateWindowElementList& Elements, const FPixelRect& Damage)
+	{
+		if (Elements.GetElements().Num() == 0)
+		{
+			return false;
+		}
+		const FSlateDrawElement& First = Elements.GetElements()[0];
+		return First.Type == ESlateDrawType::Box && First.Color.A == 255 && FPixelRect::Snap(First.Rect).Intersect(FPixelRect::Snap(First.Clip)).Intersect(Damage) == Damage;
+	}
+}
+
 /** Gives glyphs to Cairo, one call for each stretch of one font, colour and clip. */
 class FCairoPainter::FSink final : public FGlyphSink
 {
@@ -159,7 +173,10 @@ void FCairoPainter::Paint(const FSlateWindowElementList& Elements, const FPixelR
 	}
 	// Boxes go straight into the pixels, glyphs through Cairo. Image surfaces draw at once, so both keep their order.
 	cairo_surface_flush(Target);
-	Canvas->FillRect(Damage, Damage, FColor(0, 0, 0, 255));
+	if (!StartsSolid(Elements, Damage))
+	{
+		Canvas->FillRect(Damage, Damage, FColor(0, 0, 0, 255));
+	}
 	cairo_surface_mark_dirty(Target);
 	Sink->Begin(Context, Canvas.get());
 	for (const FSlateDrawElement& Element : Elements.GetElements())

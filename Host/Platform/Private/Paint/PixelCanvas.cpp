@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 
 namespace
 {
@@ -34,12 +35,28 @@ namespace
 		return static_cast<uint32>(std::clamp(Coverage, 0.0f, 1.0f) * 255.0f + 0.5f);
 	}
 
+	/** Doubles a short beginning: copying is the quickest loop there is, whatever the compiler makes of ours. */
+	void FillSolid(uint32* Row, int32 Count, uint32 Source)
+	{
+		int32 Done = std::min(Count, 16);
+		for (int32 Index = 0; Index < Done; ++Index)
+		{
+			Row[Index] = Source;
+		}
+		while (Done < Count)
+		{
+			const int32 Copied = std::min(Done, Count - Done);
+			std::memcpy(Row + Done, Row, static_cast<size_t>(Copied) * sizeof(uint32));
+			Done += Copied;
+		}
+	}
+
 	void FillRow(uint32* Row, int32 Count, uint32 Source)
 	{
 		const uint32 Alpha = Source >> 24;
 		if (Alpha == 255)
 		{
-			std::fill_n(Row, Count, Source);
+			FillSolid(Row, Count, Source);
 		}
 		else if (Alpha != 0)
 		{

@@ -28,21 +28,27 @@ struct FModeWords
 	FText ToolTip;
 };
 
-FModeWords GetModeWords(Velmora::EConversationMode Mode)
+/** Made once: the selector asks each frame. */
+const FModeWords& GetModeWords(Velmora::EConversationMode Mode)
 {
 	using Velmora::EConversationMode;
+	static const FModeWords Advisor = { LOCTEXT("ModeAdvisor", "Advisor"), LOCTEXT("ModeAdvisor_Tooltip", "Project guidance and best practices (no code/asset changes). ") };
+	static const FModeWords Code = { LOCTEXT("ModeCode", "Code"), LOCTEXT("ModeCode_Tooltip", "C++ code generation, refactoring, and implementation work.") };
+	static const FModeWords Assets = { LOCTEXT("ModeAssets", "Assets"), LOCTEXT("ModeAssets_Tooltip", "Blueprints and asset-focused changes. ") };
+	static const FModeWords General = { LOCTEXT("ModeGeneral", "General"), LOCTEXT("ModeGeneral_Tooltip", "Multi-purpose assistance across code, assets, and guidance.") };
+	static const FModeWords Unknown = { LOCTEXT("UnknownMode", "Unknown"), LOCTEXT("UnknownMode_Tooltip", "Unknown conversation mode.") };
 	switch (Mode)
 	{
 	case EConversationMode::Advisor:
-		return { LOCTEXT("ModeAdvisor", "Advisor"), LOCTEXT("ModeAdvisor_Tooltip", "Project guidance and best practices (no code/asset changes). ") };
+		return Advisor;
 	case EConversationMode::Code:
-		return { LOCTEXT("ModeCode", "Code"), LOCTEXT("ModeCode_Tooltip", "C++ code generation, refactoring, and implementation work.") };
+		return Code;
 	case EConversationMode::Assets:
-		return { LOCTEXT("ModeAssets", "Assets"), LOCTEXT("ModeAssets_Tooltip", "Blueprints and asset-focused changes. ") };
+		return Assets;
 	case EConversationMode::General:
-		return { LOCTEXT("ModeGeneral", "General"), LOCTEXT("ModeGeneral_Tooltip", "Multi-purpose assistance across code, assets, and guidance.") };
+		return General;
 	}
-	return { LOCTEXT("UnknownMode", "Unknown"), LOCTEXT("UnknownMode_Tooltip", "Unknown conversation mode.") };
+	return Unknown;
 }
 
 /** Settings and stored conversations hold a number that may be any; one that is not a mode means General. */
@@ -381,7 +387,7 @@ FText SChatWindow::GetCurrentModeText() const
 
 TSharedRef<SWidget> SChatWindow::GenerateModeWidget(TSharedPtr<Velmora::EConversationMode> Item)
 {
-	const FModeWords Words = GetModeWords(Item.IsValid() ? *Item : Velmora::EConversationMode::General);
+	const FModeWords& Words = GetModeWords(Item.IsValid() ? *Item : Velmora::EConversationMode::General);
 	return SNew(STextBlock)
 		.Text(Words.Label)
 		.ToolTipText(Words.ToolTip)

@@ -56,7 +56,7 @@ namespace
 	{
 		const FString Title = Dialog.Title.IsEmpty() ? FString() : Dialog.Title.ToString() + TEXT(": ");
 		const FString Line = FString::Printf(TEXT("Nobody to ask, taking \"%s\": %s%s"), LexToString(Dialog.DefaultAnswer), *Title, *Dialog.Message.ToString());
-		std::fprintf(stderr, "%s\n", reinterpret_cast<const char*>(*FTCHARToUTF8(*Line)));
+		std::fprintf(stderr, "%s\n", FTCHARToUTF8(FStringView(Line)).Get());
 		return Dialog.DefaultAnswer;
 	}
 

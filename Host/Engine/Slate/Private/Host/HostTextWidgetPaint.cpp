@@ -193,8 +193,18 @@ void SHostTextWidget::PaintBox(const FGeometry& Geometry, FSlateWindowElementLis
 	{
 		Brush = &Box.BackgroundImageReadOnly;
 	}
-	const FLinearColor Fill = Setup.BackgroundColor.IsSet() ? Setup.BackgroundColor.Get().GetColor(Style) : FLinearColor::White;
-	Out.AddBrush(Geometry.GetLayoutBoundingRect(), *Brush, Fill, Style.GetColorAndOpacityTint());
+	const FLinearColor& Tint = Style.GetColorAndOpacityTint();
+	const FSlateRect Rect = Geometry.GetLayoutBoundingRect();
+	if (!Setup.BackgroundColor.IsSet() || Brush->DrawAs != ESlateBrushDrawType::RoundedBox)
+	{
+		Out.AddBrush(Rect, *Brush, Setup.BackgroundColor.IsSet() ? Setup.BackgroundColor.Get().GetColor(Style) : FLinearColor::White, Tint);
+		return;
+	}
+	// A colour of the box's own replaces the fill only: a translucent one must not take the line along.
+	const FSlateBrushOutlineSettings& Line = Brush->OutlineSettings;
+	const float Scale = Geometry.GetAccumulatedScale();
+	const FVector4f Radii(static_cast<float>(Line.CornerRadii.X) * Scale, static_cast<float>(Line.CornerRadii.Y) * Scale, static_cast<float>(Line.CornerRadii.Z) * Scale, static_cast<float>(Line.CornerRadii.W) * Scale);
+	Out.AddRoundedBox(Rect, Radii, GetTextPaintColor(Setup.BackgroundColor.Get(), Style), GetTextPaintColor(Line.Color, Style), Line.Width * Scale);
 }
 
 void SHostTextWidget::PaintHint(const FSlateRect& Rect, FSlateWindowElementList& Out, const FWidgetStyle& Style) const
@@ -289,7 +299,8 @@ int32 SHostTextWidget::OnPaint(const FPaintArgs& Args, const FGeometry& Allotted
 
 	const FSlateRect Rect = GetTextRect(AllottedGeometry);
 	FSlateRect Clip = Rect;
-	// A caret behind a full row stands in the padding.
+	// A caret behind a full row stands in the padding, and slanted letters lean out a little.
+	Clip.Left -= 1.0f;
 	Clip.Right += GetCaretWidth(Scale);
 	OutDrawElements.PushClip(Clip);
 	if (GetEditor().GetDocument().IsEmpty() && !View.HasPreedit())

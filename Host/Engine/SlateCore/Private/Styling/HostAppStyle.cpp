@@ -258,7 +258,7 @@ namespace
 		FExpandableAreaStyle Area;
 		Area.CollapsedImage = Icon(Set, TEXT("TreeArrow_Collapsed"), 16.0f);
 		Area.ExpandedImage = Icon(Set, TEXT("TreeArrow_Expanded"), 16.0f);
-		Area.ArrowColor = Hex(TEXT("CBCBCB"));
+		Area.ArrowColor = Hex(TEXT("999999"));
 		Set.Set(FName(TEXT("ExpandableArea")), Area);
 	}
 

@@ -142,10 +142,17 @@ void SWidget::SlatePrepass(float LayoutScale)
 		return;
 	}
 	++WidgetCounters.Measured;
+	const bool bOwnChange = bNeedsPrepass || MeasuredScale != LayoutScale;
 	// Cleared first: what is set while measuring asks for another round.
 	bNeedsPrepass = false;
 	bDescendantNeedsPrepass = false;
 	MeasuredScale = LayoutScale;
+	PrepassChildren(LayoutScale, bOwnChange);
+	DesiredSize = ComputeDesiredSize(LayoutScale);
+}
+
+void SWidget::PrepassChildren(float LayoutScale, bool bOwnChange)
+{
 	FChildren& Children = *GetChildren();
 	for (int32 Index = 0; Index < Children.Num(); ++Index)
 	{
@@ -155,7 +162,6 @@ void SWidget::SlatePrepass(float LayoutScale)
 			Child.SlatePrepass(LayoutScale);
 		}
 	}
-	DesiredSize = ComputeDesiredSize(LayoutScale);
 }
 
 const FVector2D& SWidget::GetDesiredSize() const

@@ -162,6 +162,11 @@ protected:
 		}
 		Invalidate(EInvalidateWidgetReason::Layout);
 	}
+	/**
+	 * Measures the children that need it; those that need none may be passed over. Called before ComputeDesiredSize.
+	 * @param bOwnChange  True when this widget itself was set or the scale has changed, so that nothing kept is to be trusted.
+	 */
+	virtual void PrepassChildren(float LayoutScale, bool bOwnChange);
 	/** Hook of widgets that clip to a part of their bounds. Device pixels. */
 	virtual FSlateRect GetClipRect(const FGeometry& AllottedGeometry) const { return AllottedGeometry.GetLayoutBoundingRect(); }
 
@@ -181,16 +186,17 @@ private:
 	TSharedPtr<IToolTip> ToolTip;
 	TAttribute<TOptional<EMouseCursor::Type>> Cursor;
 	TArray<TSharedRef<FActiveTimerHandle>> ActiveTimers;
+	// What panels ask of every child stands together.
 	mutable FVector2D DesiredSize = FVector2D(0, 0);
+	int32 SizeBindingCount = 0;
+	float MeasuredScale = 0.0f;
+	bool bNeedsPrepass = true;
+	bool bDescendantNeedsPrepass = true;
 	mutable FGeometry CachedGeometry;
 	FName Tag;
 	FName TypeName;
-	int32 SizeBindingCount = 0;
-	float MeasuredScale = 0.0f;
 	float RenderOpacity = 1.0f;
 	EWidgetClipping Clipping = EWidgetClipping::Inherit;
-	bool bNeedsPrepass = true;
-	bool bDescendantNeedsPrepass = true;
 	bool bCanTick = true;
 	bool bIsHovered = false;
 	bool bIsDirectlyHovered = false;

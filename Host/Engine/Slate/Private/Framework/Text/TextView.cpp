@@ -74,8 +74,7 @@ void FTextView::SetFont(const FSlateFontInfo& InFont, float InScale)
 	Font = InFont;
 	Scale = InScale;
 	Metrics = ITextShaper::Get().GetLineMetrics(Font, Scale);
-	const FStringView Sample(TEXT("the quick brown fox jumps over it "));
-	UnitWidth = FMath::Max(ITextShaper::Get().MakeParagraph(Sample, Font, Scale)->GetUnwrappedWidth() / Sample.Len(), 1.0f);
+	UnitWidth = 0.0f;
 	ResetAll();
 }
 
@@ -154,7 +153,7 @@ void FTextView::MeasureIfSmall()
 	{
 		return;
 	}
-	FTextBlock Block;
+	FTextViewBlock Block;
 	do
 	{
 		Shape(Block);
@@ -255,7 +254,7 @@ void FTextView::ClampScroll()
 	ScrollBlock.Segment = FMath::Clamp(ScrollBlock.Segment, 0, GetSegments(ScrollBlock.Line).Num() - 1);
 	ScrollDistance = FMath::Clamp(ScrollDistance, 0.0f, Shape(ScrollBlock).Height);
 	float Filled = -ScrollDistance;
-	FTextBlock Block = ScrollBlock;
+	FTextViewBlock Block = ScrollBlock;
 	do
 	{
 		Filled += Shape(Block).Height;
@@ -325,14 +324,14 @@ FTextCaretPlace FTextView::PlaceOfShown(int32 Line, int32 Shown, bool bRowEnd)
 	return Place;
 }
 
-bool FTextView::FindTop(const FTextBlock& Wanted, float& OutTop)
+bool FTextView::FindTop(const FTextViewBlock& Wanted, float& OutTop)
 {
 	if (Wanted < ScrollBlock)
 	{
 		return false;
 	}
 	float Top = -ScrollDistance;
-	FTextBlock Block = ScrollBlock;
+	FTextViewBlock Block = ScrollBlock;
 	do
 	{
 		if (Block == Wanted)
@@ -348,7 +347,7 @@ bool FTextView::FindTop(const FTextBlock& Wanted, float& OutTop)
 FTextLocation FTextView::Hit(const FVector2f& Point, bool& bOutRowEnd)
 {
 	float Top = -ScrollDistance;
-	FTextBlock Block = ScrollBlock;
+	FTextViewBlock Block = ScrollBlock;
 	// A point above the view belongs to what lies there.
 	while (Point.Y < Top && StepBlock(Block, -1))
 	{
@@ -375,7 +374,7 @@ FTextLocation FTextView::Hit(const FVector2f& Point, bool& bOutRowEnd)
 FTextLocation FTextView::MoveRows(const FTextLocation& From, bool bRowEnd, int32 Rows, float X, bool& bOutRowEnd)
 {
 	const FTextCaretPlace Start = PlaceOf(From, bRowEnd);
-	FTextBlock Block = Start.Block;
+	FTextViewBlock Block = Start.Block;
 	int32 Row = Start.Row;
 	for (; Rows > 0; --Rows)
 	{
@@ -509,8 +508,16 @@ FString FTextView::MakeShownText(int32 Line, int32 Begin, int32 End) const
 
 float FTextView::EstimateHeight(int32 Units) const
 {
-	const float Rows = WrapWidth > 0.0f ? FMath::Max(FMath::CeilToFloat(static_cast<float>(Units) * UnitWidth / WrapWidth), 1.0f) : 1.0f;
-	return Rows * Metrics.LineHeight;
+	if (WrapWidth <= 0.0f || Units == 0)
+	{
+		return Metrics.LineHeight;
+	}
+	if (UnitWidth == 0.0f)
+	{
+		const FStringView Sample(TEXT("the quick brown fox jumps over it "));
+		UnitWidth = FMath::Max(ITextShaper::Get().MakeParagraph(Sample, Font, Scale)->GetUnwrappedWidth() / Sample.Len(), 1.0f);
+	}
+	return FMath::Max(FMath::CeilToFloat(static_cast<float>(Units) * UnitWidth / WrapWidth), 1.0f) * Metrics.LineHeight;
 }
 
 TArray<FTextView::FSegment>& FTextView::GetSegments(int32 Line)
@@ -556,7 +563,7 @@ TArray<FTextView::FSegment>& FTextView::GetSegments(int32 Line)
 	return *Entry.Segments;
 }
 
-FTextView::FSegment& FTextView::Shape(const FTextBlock& Block)
+FTextView::FSegment& FTextView::Shape(const FTextViewBlock& Block)
 {
 	FSegment& Segment = GetSegments(Block.Line)[Block.Segment];
 	if (!Segment.Paragraph)
@@ -627,7 +634,7 @@ double FTextView::GetTop(int32 Line)
 	return Tops[Line];
 }
 
-bool FTextView::StepBlock(FTextBlock& Block, int32 Direction)
+bool FTextView::StepBlock(FTextViewBlock& Block, int32 Direction)
 {
 	const int32 Segment = Block.Segment + Direction;
 	if (Segment >= 0 && Segment < GetSegments(Block.Line).Num())
@@ -672,7 +679,7 @@ void FTextView::ForgetFarParagraphs(int32 FirstLine, int32 LastLine)
 	}
 }
 
-FTextLocation FTextView::LocationAt(const FTextBlock& Block, int32 Row, float X, bool& bOutRowEnd)
+FTextLocation FTextView::LocationAt(const FTextViewBlock& Block, int32 Row, float X, bool& bOutRowEnd)
 {
 	const FSegment& Segment = Shape(Block);
 	const int32 Index = Segment.Paragraph->GetIndexAt(Row, X);

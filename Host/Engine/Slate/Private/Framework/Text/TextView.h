@@ -5,18 +5,18 @@
 #include "Host/TextShaper.h"
 
 /** A piece of a line that is laid out at once. Nearly every line is one block. */
-struct FTextBlock
+struct FTextViewBlock
 {
 	int32 Line = 0;
 	int32 Segment = 0;
-	bool operator==(const FTextBlock& Other) const { return Line == Other.Line && Segment == Other.Segment; }
-	bool operator<(const FTextBlock& Other) const { return Line != Other.Line ? Line < Other.Line : Segment < Other.Segment; }
+	bool operator==(const FTextViewBlock& Other) const { return Line == Other.Line && Segment == Other.Segment; }
+	bool operator<(const FTextViewBlock& Other) const { return Line != Other.Line ? Line < Other.Line : Segment < Other.Segment; }
 };
 
 /** Where a caret stands. Top and Height are those of its row; all are device pixels from the block's upper left corner. */
 struct FTextCaretPlace
 {
-	FTextBlock Block;
+	FTextViewBlock Block;
 	int32 Row = 0;
 	float X = 0.0f;
 	float Top = 0.0f;
@@ -27,7 +27,7 @@ struct FTextCaretPlace
 struct FTextRow
 {
 	const ITextParagraph* Paragraph = nullptr;
-	FTextBlock Block;
+	FTextViewBlock Block;
 	int32 Row = 0;
 	float Top = 0.0f;
 	int32 SegmentBegin = 0;
@@ -91,7 +91,7 @@ public:
 	/** A place inside the text of an input method, Cursor units from its start. */
 	FTextCaretPlace PlaceInPreedit(int32 Cursor);
 	/** Distance of a block from the view's upper edge; false when it is not in view. */
-	bool FindTop(const FTextBlock& Block, float& OutTop);
+	bool FindTop(const FTextViewBlock& Block, float& OutTop);
 	/** The nearest caret place to a point, which counts from the view's upper left corner without horizontal scrolling. */
 	FTextLocation Hit(const FVector2f& Point, bool& bOutRowEnd);
 	/** Moves whole rows up (negative) or down; behind the first and the last row come the text's ends. */
@@ -128,17 +128,17 @@ private:
 	float EstimateHeight(int32 Units) const;
 	TArray<FSegment>& GetSegments(int32 Line);
 	/** The segment with its paragraph wrapped and measured. */
-	FSegment& Shape(const FTextBlock& Block);
+	FSegment& Shape(const FTextViewBlock& Block);
 	void ResetLine(int32 Line);
 	void ResetAll();
 	/** Makes the sums of heights right up to a line and gives the line's top. */
 	double GetTop(int32 Line);
 	void ForgetTops(int32 FromLine) { ValidTops = FMath::Min(ValidTops, FromLine); }
-	bool StepBlock(FTextBlock& Block, int32 Direction);
+	bool StepBlock(FTextViewBlock& Block, int32 Direction);
 	/** Brings the distance of the scroll position into its block. */
 	void NormalizeScroll();
 	void ForgetFarParagraphs(int32 FirstLine, int32 LastLine);
-	FTextLocation LocationAt(const FTextBlock& Block, int32 Row, float X, bool& bOutRowEnd);
+	FTextLocation LocationAt(const FTextViewBlock& Block, int32 Row, float X, bool& bOutRowEnd);
 	FTextCaretPlace PlaceOfShown(int32 Line, int32 Shown, bool bRowEnd);
 
 	const FTextDocument& Document;
@@ -149,13 +149,14 @@ private:
 	FSlateFontInfo Font;
 	float Scale = 0.0f;
 	FFontLineMetrics Metrics;
-	float UnitWidth = 1.0f;
+	/** Of an average unit; zero until an estimate needs it. */
+	mutable float UnitWidth = 0.0f;
 	float WrapWidth = 0.0f;
 	float ViewWidth = 0.0f;
 	float ViewHeight = 0.0f;
 	float WidestRow = 0.0f;
 	float ScrollX = 0.0f;
-	FTextBlock ScrollBlock;
+	FTextViewBlock ScrollBlock;
 	float ScrollDistance = 0.0f;
 	FTextLocation PreeditPlace;
 	FString PreeditText;

@@ -16,6 +16,9 @@ namespace
 	constexpr uint8 PendingViewTries = 4;
 	/** Stands for the frame to come. */
 	constexpr uint64 NextFrame = ~uint64(0);
+	/** Widgets out of view that are measured in turn, one frame's share: about 0.3 ms of work. */
+	constexpr uint64 MeasuredInTurn = 1000;
+	bool bMeasureEverything = false;
 
 	uint64 GetCurrentFrame()
 	{
@@ -152,51 +155,134 @@ int32 SScrollBox::FindAnchor() const
 	return INDEX_NONE;
 }
 
+void SScrollBox::SetMeasureEverything(bool bInMeasureEverything)
+{
+	bMeasureEverything = bInMeasureEverything;
+}
+
+void SScrollBox::PrepassChildren(float LayoutScale, bool bOwnChange)
+{
+	Bar->SlatePrepass(LayoutScale);
+	const int32 Count = Slots.Num();
+	if (bOwnChange)
+	{
+		Kids.Reset(Count);
+		for (int32 Index = 0; Index < Count; ++Index)
+		{
+			Kids.Add(&Slots.GetChildRefAt(Index));
+		}
+		if (Lengths.Num() != Count)
+		{
+			// Indices have moved; nothing kept says whose they were.
+			FirstChanged = 0;
+		}
+		Lengths.SetNum(Count);
+		Acrosses.SetNum(Count);
+		Sizes.SetNum(Count);
+	}
+	const uint64& Measured = SWidget::GetCounters().Measured;
+	const uint64 TurnLimit = bMeasureEverything ? ~uint64(0) : Measured + MeasuredInTurn;
+	int32 NextTurn = 0;
+	// Ends early when a bound function adds or removes children; the next measuring is asked for then.
+	for (int32 Index = 0; Index < Count && Slots.Num() == Count; ++Index)
+	{
+		SWidget& Child = *Kids[Index];
+		if (bOwnChange || Child.NeedsPrepass() || (Index >= ShownBegin && Index < ShownEnd))
+		{
+			MeasureChild(Index, LayoutScale);
+		}
+		else if (Child.HasSizeBindings() && (Index >= TurnIndex || bMeasureEverything))
+		{
+			if (Measured < TurnLimit)
+			{
+				MeasureChild(Index, LayoutScale);
+			}
+			else if (NextTurn == 0)
+			{
+				NextTurn = Index;
+			}
+		}
+		else if (Child.GetDesiredSize() != Sizes[Index])
+		{
+			// Measured by somebody who met it before this box did.
+			TakeLength(Index);
+		}
+	}
+	// The turn has come round: those before its start are next.
+	for (int32 Index = 0; Index < FMath::Min(TurnIndex, Count) && NextTurn == 0 && Slots.Num() == Count; ++Index)
+	{
+		if (Kids[Index]->HasSizeBindings())
+		{
+			if (Measured < TurnLimit)
+			{
+				MeasureChild(Index, LayoutScale);
+			}
+			else
+			{
+				NextTurn = Index;
+			}
+		}
+	}
+	TurnIndex = NextTurn;
+}
+
+void SScrollBox::MeasureChild(int32 Index, float LayoutScale)
+{
+	if (!Kids[Index]->GetVisibility().IsCollapsed())
+	{
+		Kids[Index]->SlatePrepass(LayoutScale);
+	}
+	if (Slots.Num() == Lengths.Num())
+	{
+		TakeLength(Index);
+	}
+}
+
+void SScrollBox::TakeLength(int32 Index)
+{
+	SWidget& Child = *Kids[Index];
+	double Length = 0.0;
+	double Across = 0.0;
+	if (!Child.GetVisibility().IsCollapsed())
+	{
+		Sizes[Index] = Child.GetDesiredSize();
+		const FVector2D Size = Sizes[Index] + Slots[Index].GetPadding().GetDesiredSize();
+		Length = GetAlong(Size);
+		Across = GetAcross(Size);
+	}
+	if (Lengths[Index] != Length || Acrosses[Index] != Across)
+	{
+		Lengths[Index] = Length;
+		Acrosses[Index] = Across;
+		FirstChanged = FMath::Min(FirstChanged, Index);
+	}
+}
+
 void SScrollBox::UpdateStarts() const
 {
-	const int32 Count = Slots.Num();
-	const bool bOtherCount = Lengths.Num() != Count;
-	int32 FirstChanged = bOtherCount ? 0 : Count;
-	double Across = 0.0;
-	// Anchored by the old offsets, before a length is overwritten.
-	const bool bReleaseAnchor = Hold == EHold::Anchor && !IsHoldFresh();
-	if (bReleaseAnchor)
+	const int32 Count = Lengths.Num();
+	const bool bOtherCount = Starts.Num() != Count + 1;
+	if (Hold == EHold::Anchor && !IsHoldFresh())
 	{
 		Hold = EHold::FirstInView;
 		if (!bOtherCount)
 		{
+			// By the old starts, which are what the user saw last.
 			PickAnchor(FindFirstInView());
 		}
 	}
-	Lengths.SetNum(Count);
-	for (int32 Index = 0; Index < Count; ++Index)
-	{
-		const FSlot& Slot = Slots[Index];
-		const SWidget& Child = Slot.GetWidgetRef();
-		double Length = 0.0;
-		if (!Child.GetVisibility().IsCollapsed())
-		{
-			const FVector2D Size = Child.GetDesiredSize() + Slot.GetPadding().GetDesiredSize();
-			Length = GetAlong(Size);
-			Across = FMath::Max(Across, GetAcross(Size));
-		}
-		if (Lengths[Index] != Length)
-		{
-			Lengths[Index] = Length;
-			FirstChanged = FMath::Min(FirstChanged, Index);
-		}
-	}
-	ContentAcross = Across;
-	if (FirstChanged == Count && Starts.Num() == Count + 1)
+	if (FirstChanged >= Count && !bOtherCount)
 	{
 		return;
 	}
 	Starts.SetNum(Count + 1);
 	Starts[0] = 0.0;
-	for (int32 Index = FMath::Min(FirstChanged, Count); Index < Count; ++Index)
+	for (int32 Index = FirstChanged; Index < Count; ++Index)
 	{
 		Starts[Index + 1] = Starts[Index] + Lengths[Index];
 	}
+	FirstChanged = Count;
+	ContentAcross = Count > 0 ? *std::max_element(Acrosses.GetData(), Acrosses.GetData() + Count) : 0.0;
 	// At the very start one looks at the start, not at a child.
 	if ((Hold == EHold::FirstInView && Offset > 0.0) || Hold == EHold::Anchor)
 	{
@@ -214,8 +300,8 @@ void SScrollBox::UpdateView(const FVector2D& Size) const
 	ViewLength = GetAlong(Size);
 	if (Starts.Num() != Slots.Num() + 1)
 	{
-		// Children came or went since the last measuring.
-		UpdateStarts();
+		// Children came or went since the last measuring; this measures them where they are met.
+		GetDesiredSize();
 	}
 	const bool bMayShow = !BarVisibility.IsSet() || BarVisibility.Get().IsVisible();
 	bBarShown = bMayShow && (bBarAlwaysVisible || GetContentLength() > ViewLength + ScrollTolerance);
@@ -264,45 +350,57 @@ FVector2D SScrollBox::ComputeDesiredSize(float LayoutScaleMultiplier) const
 	return Orientation == Orient_Vertical ? FVector2D(Across, GetContentLength()) : FVector2D(GetContentLength(), Across);
 }
 
+float SScrollBox::GetChildAcross(const FGeometry& AllottedGeometry) const
+{
+	return static_cast<float>(FMath::Max(GetAcross(AllottedGeometry.GetLocalSize()) - (bBarShown ? Bar->GetRoom() : 0.0f), 0.0));
+}
+
+FGeometry SScrollBox::PlaceChild(const FGeometry& AllottedGeometry, int32 Index) const
+{
+	const bool bVertical = Orientation == Orient_Vertical;
+	// Whole pixels, so that text and boxes move together.
+	const double Scale = AllottedGeometry.GetAccumulatedScale();
+	const double Along = Starts[Index] - FMath::RoundToFloat(Offset * Scale) / Scale;
+	const float Across = GetChildAcross(AllottedGeometry);
+	const float Length = static_cast<float>(Lengths[Index]);
+	const FSlot& Slot = Slots[Index];
+	const FVector2D& Desired = Slot.GetWidgetRef().GetDesiredSize();
+	const FMargin Padding = Slot.GetPadding();
+	const FAlignedAxis X = AlignChild(Slot.GetHorizontalAlignment(), bVertical ? Across : Length, static_cast<float>(Desired.X), Padding);
+	const FAlignedAxis Y = AlignChild(Slot.GetVerticalAlignment(), bVertical ? Length : Across, static_cast<float>(Desired.Y), Padding);
+	const FVector2D Position = bVertical ? FVector2D(X.Offset, Along + Y.Offset) : FVector2D(Along + X.Offset, Y.Offset);
+	return AllottedGeometry.MakeChild(Position, FVector2D(X.Size, Y.Size));
+}
+
 void SScrollBox::OnArrangeChildren(const FGeometry& AllottedGeometry, FArrangedChildren& ArrangedChildren) const
 {
 	const FVector2D& Size = AllottedGeometry.GetLocalSize();
 	UpdateView(Size);
-	const bool bVertical = Orientation == Orient_Vertical;
-	const double Room = bBarShown ? Bar->GetRoom() : 0.0;
-	const float Across = static_cast<float>(FMath::Max(GetAcross(Size) - Room, 0.0));
-	// Whole pixels, so that text and boxes move together.
-	const double Scale = AllottedGeometry.GetAccumulatedScale();
-	const double Shown = FMath::RoundToFloat(Offset * Scale) / Scale;
-
 	const double* First = Starts.GetData();
 	const int32 Count = Slots.Num();
-	// A child that ends at the view's very edge counts when it has no length at all.
+	const double ViewEnd = Offset + ViewLength;
+	// At the view's very edges only a child without length counts: it may have work to do in its tick.
 	int32 Index = static_cast<int32>(std::lower_bound(First + 1, First + 1 + Count, Offset) - (First + 1));
-	for (; Index < Count && Starts[Index] <= Offset + ViewLength; ++Index)
+	ShownBegin = Index;
+	for (; Index < Count && Starts[Index] <= ViewEnd; ++Index)
 	{
-		if (Starts[Index + 1] <= Offset && Lengths[Index] > 0.0)
+		if ((Starts[Index + 1] <= Offset || Starts[Index] >= ViewEnd) && Lengths[Index] > 0.0)
 		{
 			continue;
 		}
-		const FSlot& Slot = Slots[Index];
-		const TSharedRef<SWidget>& Widget = Slot.GetWidget();
+		const TSharedRef<SWidget>& Widget = Slots[Index].GetWidget();
 		const EVisibility Visibility = Widget->GetVisibility();
-		if (Visibility.IsCollapsed())
+		if (!Visibility.IsCollapsed())
 		{
-			continue;
+			ArrangedChildren.AddWidget(Visibility, FArrangedWidget(Widget, PlaceChild(AllottedGeometry, Index)));
 		}
-		const FVector2D& Desired = Widget->GetDesiredSize();
-		const FMargin Padding = Slot.GetPadding();
-		const float Length = static_cast<float>(Lengths[Index]);
-		const FAlignedAxis X = AlignChild(Slot.GetHorizontalAlignment(), bVertical ? Across : Length, static_cast<float>(Desired.X), Padding);
-		const FAlignedAxis Y = AlignChild(Slot.GetVerticalAlignment(), bVertical ? Length : Across, static_cast<float>(Desired.Y), Padding);
-		const double Along = Starts[Index] - Shown;
-		const FVector2D Position = bVertical ? FVector2D(X.Offset, Along + Y.Offset) : FVector2D(Along + X.Offset, Y.Offset);
-		ArrangedChildren.AddWidget(Visibility, FArrangedWidget(Widget, AllottedGeometry.MakeChild(Position, FVector2D(X.Size, Y.Size))));
 	}
+	ShownEnd = Index;
 	if (bBarShown)
 	{
+		const bool bVertical = Orientation == Orient_Vertical;
+		const double Across = GetChildAcross(AllottedGeometry);
+		const double Room = Bar->GetRoom();
 		const FVector2D BarCorner = bVertical ? FVector2D(Across, 0.0) : FVector2D(0.0, Across);
 		const FVector2D BarSize = bVertical ? FVector2D(Room, Size.Y) : FVector2D(Size.X, Room);
 		ArrangedChildren.AddWidget(FArrangedWidget(BarSlot.GetWidget(), AllottedGeometry.MakeChild(BarCorner, BarSize)));
@@ -318,40 +416,45 @@ int32 SScrollBox::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeome
 	const int32 Result = SPanel::OnPaint(Args, AllottedGeometry, MyCullingRect, OutDrawElements, LayerId, InWidgetStyle, bParentEnabled);
 	if (PendingTries > 0)
 	{
-		SettlePendingView(AllottedGeometry.GetAccumulatedScale());
+		SettlePendingView(AllottedGeometry);
 	}
 	return Result;
 }
 
-void SScrollBox::SettlePendingView(float Scale) const
+void SScrollBox::SettlePendingView(const FGeometry& AllottedGeometry) const
 {
 	--PendingTries;
-	const TSharedPtr<SWidget> Target = PendingView.Pin();
-	TSharedPtr<SWidget> Row = Target;
-	while (Row && Row->GetParentWidget().Get() != this)
+	TArray<TSharedPtr<SWidget>> Path;
+	for (TSharedPtr<SWidget> Step = PendingView.Pin(); Step && Step.Get() != this; Step = Step->GetParentWidget())
 	{
-		Row = Row->GetParentWidget();
+		Path.Add(Step);
 	}
 	int32 Index = INDEX_NONE;
-	for (int32 Candidate = 0; Row && Candidate < Slots.Num() && Index == INDEX_NONE; ++Candidate)
+	for (int32 Candidate = 0; Path.Num() > 0 && Candidate < Slots.Num() && Index == INDEX_NONE; ++Candidate)
 	{
-		Index = &Slots.GetChildRefAt(Candidate) == Row.Get() ? Candidate : INDEX_NONE;
+		Index = &Slots.GetChildRefAt(Candidate) == Path.Last().Get() ? Candidate : INDEX_NONE;
 	}
 	if (Index == INDEX_NONE)
 	{
 		PendingTries = 0;
 		return;
 	}
-	double Begin = Starts[Index];
-	double Length = Lengths[Index];
-	const bool bRowInView = Begin < Offset + ViewLength && Begin + Length > Offset;
-	if (Target != Row && bRowInView)
+	// Arranged from the child down to the widget, which need not have been painted yet.
+	FGeometry Place = PlaceChild(AllottedGeometry, Index);
+	for (int32 Depth = Path.Num() - 1; Depth > 0; --Depth)
 	{
-		// The row has just been painted, so the places inside it are those of this walk.
-		const FGeometry& Inner = Target->GetCachedGeometry();
-		Begin = Offset + GetAlong(Inner.GetAbsolutePosition() - GetCachedGeometry().GetAbsolutePosition()) / Scale;
-		Length = GetAlong(Inner.GetLocalSize());
+		FArrangedChildren Inner(EVisibility::Visible);
+		Path[Depth]->ArrangeChildren(Place, Inner);
+		for (int32 Child = 0; Child < Inner.Num(); ++Child)
+		{
+			if (&Inner[Child].Widget.Get() == Path[Depth - 1].Get())
+			{
+				Place = Inner[Child].Geometry;
+			}
+		}
 	}
+	double Begin = Offset + GetAlong(Place.GetAbsolutePosition() - AllottedGeometry.GetAbsolutePosition()) / AllottedGeometry.GetAccumulatedScale();
+	double Length = GetAlong(Place.GetLocalSize());
 	Begin -= PendingPadding;
 	Length += PendingPadding * 2.0;
 	double Wanted = Offset;
@@ -380,7 +483,7 @@ void SScrollBox::SettlePendingView(float Scale) const
 	Wanted = FMath::Clamp(Wanted, 0.0, GetEnd());
 	if (FMath::Abs(Wanted - Offset) <= ScrollTolerance)
 	{
-		PendingTries = bRowInView ? 0 : PendingTries;
+		PendingTries = 0;
 		return;
 	}
 	Offset = Wanted;

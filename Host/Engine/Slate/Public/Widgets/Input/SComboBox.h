@@ -46,7 +46,7 @@ public:
 		SelectionHandler = InArgs._OnSelectionChanged;
 		OpeningHandler = InArgs._OnComboBoxOpening;
 		SelectedItem = InArgs._InitiallySelectedItem;
-		RowStyle = InArgs._ItemStyle ? InArgs._ItemStyle : &FAppStyle::Get().GetWidgetStyle<FTableRowStyle>(TEXT("Menu.Row"));
+		RowStyle = InArgs._ItemStyle ? InArgs._ItemStyle : &FAppStyle::Get().GetWidgetStyle<FTableRowStyle>(TEXT("TableView.Row"));
 		MaxListHeight = InArgs._MaxListHeight;
 		SMenuAnchor::Construct(SMenuAnchor::FArguments().Placement(MenuPlacement_ComboBox));
 		if (InArgs._ForegroundColor.IsSet())

@@ -26,6 +26,9 @@ enum class EDescendantScrollDestination : uint8
  * Shows a part of a column or row of children. Children get the whole width of the view (in a row: height) and the length
  * that they want. Only children in view are arranged and painted, and they are found by search over kept offsets.
  *
+ * Children whose size can change by itself (HasSizeBindings) are all measured in each frame while there are few of them.
+ * Beyond that those in view are, and of the others so many in turn that a frame's work stays bounded.
+ *
  * What the user looks at stays where it is when something above it changes its length. ScrollToEnd holds on to the end
  * while content grows, until the user scrolls or another place is asked for.
  */
@@ -88,6 +91,9 @@ public:
 	void ScrollDescendantIntoView(const TSharedPtr<SWidget>& WidgetToScrollIntoView, bool bAnimateScroll = true, EDescendantScrollDestination Destination = EDescendantScrollDestination::IntoView, float Padding = 0.0f);
 	EOrientation GetOrientation() const { return Orientation; }
 
+	/** For tests: every child is measured in every frame, as if there were few. */
+	static void SetMeasureEverything(bool bInMeasureEverything);
+
 	/** The slots' widgets, then the scroll bar. */
 	virtual FChildren* GetChildren() override { return &AllChildren; }
 	virtual FReply OnMouseWheel(const FGeometry& MyGeometry, const FPointerEvent& MouseEvent) override;
@@ -97,6 +103,7 @@ protected:
 	virtual int32 OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect, FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const override;
 	virtual FVector2D ComputeDesiredSize(float LayoutScaleMultiplier) const override;
 	virtual void OnArrangeChildren(const FGeometry& AllottedGeometry, FArrangedChildren& ArrangedChildren) const override;
+	virtual void PrepassChildren(float LayoutScale, bool bOwnChange) override;
 
 private:
 	/** What keeps its place when lengths change. */
@@ -127,7 +134,10 @@ private:
 	double GetAcross(const FVector2D& Vector) const { return Orientation == Orient_Vertical ? Vector.X : Vector.Y; }
 	double GetContentLength() const { return Starts.Num() > 0 ? Starts.Last() : 0.0; }
 	double GetEnd() const { return FMath::Max(GetContentLength() - ViewLength, 0.0); }
-	/** Measures the lengths of all children anew and moves the offset along with what is held. */
+	void MeasureChild(int32 Index, float LayoutScale);
+	/** Takes over what a child wants. */
+	void TakeLength(int32 Index);
+	/** Brings the starts in line with the lengths and moves the offset along with what is held. */
 	void UpdateStarts() const;
 	/** Fits bar and offset to a size. */
 	void UpdateView(const FVector2D& Size) const;
@@ -141,7 +151,10 @@ private:
 	bool ScrollByUser(double Distance);
 	void OnBarScrolled(float OffsetFraction);
 	/** Moves the offset to a descendant that waits to come into view, now that its place is known. */
-	void SettlePendingView(float Scale) const;
+	void SettlePendingView(const FGeometry& AllottedGeometry) const;
+	/** Width of a column's children, height of a row's. */
+	float GetChildAcross(const FGeometry& AllottedGeometry) const;
+	FGeometry PlaceChild(const FGeometry& AllottedGeometry, int32 Index) const;
 
 	TPanelChildren<FSlot> Slots;
 	FSlotBase BarSlot;
@@ -155,7 +168,19 @@ private:
 
 	/** Start of each child, and the content's length behind the last. */
 	mutable TArray<double> Starts;
-	mutable TArray<double> Lengths;
+	/** Of each child: what it wants, padding included, and the size that this was made from. */
+	TArray<double> Lengths;
+	TArray<double> Acrosses;
+	TArray<FVector2D> Sizes;
+	/** The slots' widgets again, to walk them without touching the slots; good as long as no slot changes. */
+	TArray<SWidget*> Kids;
+	/** The first child whose length has changed since the starts were made. */
+	mutable int32 FirstChanged = 0;
+	/** The children arranged last. */
+	mutable int32 ShownBegin = 0;
+	mutable int32 ShownEnd = 0;
+	/** Where measuring in turn goes on. */
+	int32 TurnIndex = 0;
 	mutable TWeakPtr<SWidget> AnchorWidget;
 	mutable TWeakPtr<SWidget> PendingView;
 	mutable double Offset = 0.0;

@@ -1,0 +1,26 @@
+#include "Host/Platform.h"
+#include "Support/Base/PinnedFonts.h"
+#include "Support/Base/Printers.h"
+#include "Support/Base/TempFolder.h"
+
+#include <fontconfig/fontconfig.h>
+
+TEST(FontCheck, MissingFontsAreNamedWithTheirPackages)
+{
+	UsePinnedFonts();
+	FcInitReinitialize();
+	EXPECT_EQ(Utf8(FHostPlatform::FindMissingFonts()), "");
+
+	const FTempFolder Folder;
+	Folder.Write("fonts.conf", "<?xml version=\"1.0\"?><fontconfig><dir>" + Folder.AtBytes("none") + "</dir><cachedir>" + Folder.AtBytes("cache") + "</cachedir></fontconfig>");
+	setenv("FONTCONFIG_FILE", Folder.AtBytes("fonts.conf").c_str(), 1);
+	FcInitReinitialize();
+	const TArray<FString> Missing = FHostPlatform::FindMissingFonts();
+	UsePinnedFonts();
+	FcInitReinitialize();
+
+	ASSERT_EQ(Missing.Num(), 3);
+	EXPECT_TRUE(Missing[0].Contains(TEXT("Roboto")) && Missing[0].Contains(TEXT("fonts-roboto-unhinted")));
+	EXPECT_TRUE(Missing[1].Contains(TEXT("fonts-noto-mono")));
+	EXPECT_TRUE(Missing[2].Contains(TEXT("fonts-noto-color-emoji")));
+}

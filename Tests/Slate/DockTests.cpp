@@ -1,0 +1,231 @@
+#include "Support/UiDriver.h"
+
+#include "Framework/Docking/TabManager.h"
+#include "Host/HostDialogs.h"
+#include "Host/SDockArea.h"
+#include "Misc/MessageDialog.h"
+#include "Widgets/Input/SButton.h"
+#include "Widgets/Input/SEditableTextBox.h"
+#include "Widgets/Text/STextBlock.h"
+
+class FDockTest : public FWidgetTest
+{
+protected:
+	TSharedPtr<SDockArea> Area;
+
+	void SetUp() override
+	{
+		FWidgetTest::SetUp();
+		Area = SNew(SDockArea);
+		FGlobalTabmanager::Get()->SetDockArea(Area);
+		Show(Area.ToSharedRef());
+	}
+	void TearDown() override
+	{
+		FGlobalTabmanager::Get()->CloseAllTabs();
+		FGlobalTabmanager::Get()->SetDockArea(nullptr);
+		for (const char* Name : { "One", "Two", "Three" })
+		{
+			FGlobalTabmanager::Get()->UnregisterNomadTabSpawner(FName(Name));
+		}
+		Area.Reset();
+		FWidgetTest::TearDown();
+	}
+	static FTabSpawnerEntry& Register(const char* Name)
+	{
+		const FString Text(Name);
+		const auto Spawn = [Text](const FSpawnTabArgs&) -> TSharedRef<SDockTab>
+		{
+			return SNew(SDockTab).TabRole(ETabRole::NomadTab)[ SNew(STextBlock).Text(FText::FromString(TEXT("Content ") + Text)) ];
+		};
+		return FGlobalTabmanager::Get()->RegisterNomadTabSpawner(FName(Name), FOnSpawnTab::CreateLambda(Spawn)).SetDisplayName(FText::FromString(Text)).SetTooltipText(FText::FromString(TEXT("About ") + Text));
+	}
+	TSharedPtr<SDockTab> Invoke(const char* Name)
+	{
+		const TSharedPtr<SDockTab> Tab = FGlobalTabmanager::Get()->TryInvokeTab(FTabId(FName(Name)));
+		PumpFrame();
+		return Tab;
+	}
+	static bool Sees(const std::string& Text)
+	{
+		const FTextList Texts = VisibleTexts();
+		return std::find(Texts.begin(), Texts.end(), Text) != Texts.end();
+	}
+};
+
+TEST_F(FDockTest, InvokingMakesATabOnceAndThenBringsItToTheFront)
+{
+	Register("One");
+	Register("Two");
+	const TSharedPtr<SDockTab> One = Invoke("One");
+	ASSERT_TRUE(One.IsValid());
+	EXPECT_EQ(Utf8(One->GetTabLabel()), "One");
+	EXPECT_EQ(Utf8(One->GetToolTipText()), "About One");
+	EXPECT_TRUE(Sees("Content One"));
+	const TSharedPtr<SDockTab> Two = Invoke("Two");
+	EXPECT_TRUE(Two->IsForeground());
+	EXPECT_FALSE(Sees("Content One"));
+	EXPECT_EQ(Invoke("One"), One);
+	EXPECT_TRUE(Sees("Content One"));
+	EXPECT_FALSE(Invoke("Three").IsValid());
+}
+
+TEST_F(FDockTest, MouseAndKeysGoThroughTheTabs)
+{
+	Register("One");
+	Register("Two");
+	Register("Three");
+	const TSharedPtr<SDockTab> One = Invoke("One");
+	const TSharedPtr<SDockTab> Two = Invoke("Two");
+	const TSharedPtr<SDockTab> Three = Invoke("Three");
+	EXPECT_EQ(GetRect(*One).Height(), 29.0f);
+	EXPECT_EQ(GetRect(*One).Bottom, 32.0f);
+	Click(FindByText("One"));
+	EXPECT_TRUE(One->IsForeground());
+	PressKey("CTRL+Tab");
+	EXPECT_TRUE(Two->IsForeground());
+	PressKey("CTRL+SHIFT+Tab");
+	PressKey("CTRL+SHIFT+Tab");
+	EXPECT_TRUE(Three->IsForeground());
+	// The tab in front closes: its neighbour comes to the front.
+	PressMouse(GetCenter(Three.ToSharedRef()), EKeys::MiddleMouseButton);
+	ReleaseMouse(GetCenter(Three.ToSharedRef()), EKeys::MiddleMouseButton);
+	EXPECT_TRUE(Two->IsForeground());
+	EXPECT_FALSE(FGlobalTabmanager::Get()->FindExistingLiveTab(FTabId("Three")).IsValid());
+	EXPECT_NE(Invoke("Three"), Three);
+}
+
+TEST_F(FDockTest, ClosingFromInsideTheContentDestroysIt)
+{
+	TWeakPtr<SWidget> Content;
+	int32 Closed = 0;
+	Register("One");
+	const TSharedPtr<SDockTab> Tab = Invoke("One");
+	{
+		const TWeakPtr<SDockTab> Weak = Tab;
+		const TSharedRef<SButton> Button = SNew(SButton).Tag(TEXT("Leave")).Text(FText::FromString(TEXT("Leave"))).OnClicked_Lambda([Weak]()
+		{
+			Weak.Pin()->RequestCloseTab();
+			return FReply::Handled();
+		});
+		Content = Button;
+		Tab->SetContent(Button);
+	}
+	Tab->SetOnTabClosed(FOnTabClosedCallback::CreateLambda([&Closed](TSharedRef<SDockTab>) { ++Closed; }));
+	PumpFrame();
+	Click(FindByTag("Leave"));
+	EXPECT_FALSE(Content.IsValid());
+	EXPECT_EQ(Closed, 1);
+	EXPECT_EQ(Area->GetTabs().Num(), 0);
+	EXPECT_TRUE(Tab->RequestCloseTab());
+	EXPECT_EQ(Closed, 1);
+}
+
+TEST_F(FDockTest, ATabMayRefuseToClose)
+{
+	Register("One");
+	const TSharedPtr<SDockTab> Tab = Invoke("One");
+	Tab->SetCanCloseTab(FCanCloseTab::CreateLambda([]() { return false; }));
+	Click(FindByTag("CloseTab"));
+	EXPECT_TRUE(Tab->IsForeground());
+	Tab->SetCanCloseTab(FCanCloseTab());
+	Click(FindByTag("CloseTab"));
+	EXPECT_EQ(Area->GetTabs().Num(), 0);
+}
+
+TEST_F(FDockTest, TheKeyboardComesBackWithItsTab)
+{
+	Register("One");
+	Register("Two");
+	const TSharedPtr<SDockTab> One = Invoke("One");
+	TSharedPtr<SEditableTextBox> Box;
+	One->SetContent(SAssignNew(Box, SEditableTextBox));
+	PumpFrame();
+	App().SetKeyboardFocus(Box);
+	Invoke("Two");
+	EXPECT_FALSE(Box->HasKeyboardFocus());
+	Invoke("One");
+	EXPECT_TRUE(Box->HasKeyboardFocus());
+}
+
+TEST_F(FDockTest, ANewSpawnerOfTheSameNameReplacesTheOld)
+{
+	const TSharedRef<FWorkspaceItem> Group = FWorkspaceItem::NewGroup(FText::FromString(TEXT("Tools")));
+	Register("One").SetGroup(Group);
+	FTabSpawnerEntry& Second = Register("One").SetGroup(Group);
+	ASSERT_EQ(Group->GetChildItems().Num(), 1);
+	EXPECT_EQ(Group->GetChildItems()[0]->AsSpawnerEntry().Get(), &Second);
+	EXPECT_TRUE(FGlobalTabmanager::Get()->UnregisterNomadTabSpawner(FName("One")));
+	EXPECT_FALSE(FGlobalTabmanager::Get()->UnregisterNomadTabSpawner(FName("One")));
+	EXPECT_EQ(Group->GetChildItems().Num(), 0);
+}
+
+class FDockDialogTest : public FWidgetTest
+{
+protected:
+	void SetUp() override
+	{
+		FWidgetTest::SetUp();
+		FHostDialogs::Install();
+		FHostDialogs::SetAnswering(true);
+	}
+	void TearDown() override
+	{
+		FHostDialogs::Uninstall();
+		FWidgetTest::TearDown();
+	}
+	/** Opens a question and does the step once it is on screen. */
+	EAppReturnType::Type Ask(EAppMsgType::Type Type, TFunction<void()> Step)
+	{
+		int32 Frame = 0;
+		App().SetFrameHook([&Frame, Step]()
+		{
+			if (++Frame == 3)
+			{
+				Step();
+			}
+			ASSERT_LT(Frame, 100) << "the dialog was never answered";
+		});
+		const EAppReturnType::Type Answer = FMessageDialog::Open(Type, FText::FromString(TEXT("All messages will be removed.")), FText::FromString(TEXT("Delete this chat?")));
+		App().SetFrameHook(nullptr);
+		return Answer;
+	}
+};
+
+TEST_F(FDockDialogTest, CanBeSeenAndAnsweredByName)
+{
+	const EAppReturnType::Type Answer = Ask(EAppMsgType::YesNo, []()
+	{
+		const TArray<FHostOpenDialog> Open = FHostDialogs::GetOpenDialogs();
+		ASSERT_EQ(Open.Num(), 1);
+		EXPECT_EQ(Utf8(Open[0].Title), "Delete this chat?");
+		EXPECT_EQ(Utf8(Open[0].Message), "All messages will be removed.");
+		EXPECT_EQ(Utf8(Open[0].Buttons), "\"Yes\", \"No\"");
+		EXPECT_FALSE(FHostDialogs::AnswerOpenDialog(TEXT("Maybe")));
+		EXPECT_TRUE(FHostDialogs::AnswerOpenDialog(TEXT("yes")));
+	});
+	EXPECT_EQ(Answer, EAppReturnType::Yes);
+	EXPECT_EQ(FHostDialogs::GetOpenDialogs().Num(), 0);
+	EXPECT_FALSE(FHostDialogs::AnswerOpenDialog(TEXT("Yes")));
+}
+
+TEST_F(FDockDialogTest, KeysAndMouse)
+{
+	EXPECT_EQ(Ask(EAppMsgType::YesNo, [this]() { PressKey("Escape"); }), EAppReturnType::No);
+	EXPECT_EQ(Ask(EAppMsgType::YesNo, [this]() { PressKey("Enter"); }), EAppReturnType::No) << "the harmless button has the keyboard";
+	EXPECT_EQ(Ask(EAppMsgType::YesNo, [this]() { PressKey("Left"); PressKey("Enter"); }), EAppReturnType::Yes);
+	EXPECT_EQ(Ask(EAppMsgType::YesNo, [this]() { Click(FindByText("Yes")); }), EAppReturnType::Yes);
+	EXPECT_EQ(Ask(EAppMsgType::OkCancel, [this]() { Click(FindByTag("CloseWindow")); }), EAppReturnType::Cancel);
+	EXPECT_EQ(Ask(EAppMsgType::Ok, [this]() { PressKey("Enter"); }), EAppReturnType::Ok);
+}
+
+TEST_F(FDockDialogTest, WithoutAnybodyTheDefaultIsTakenAndSaid)
+{
+	FHostDialogs::SetAnswering(false);
+	testing::internal::CaptureStderr();
+	EXPECT_EQ(FMessageDialog::Open(EAppMsgType::YesNo, FText::FromString(TEXT("Sure?"))), EAppReturnType::No);
+	EXPECT_EQ(testing::internal::GetCapturedStderr(), "Nobody to ask, taking \"No\": Sure?\n");
+	FHostDialogs::QueueAnswer(TEXT("Yes"));
+	EXPECT_EQ(FMessageDialog::Open(EAppMsgType::Ok, FText::FromString(TEXT("Note"))), EAppReturnType::Ok) << "the answer waits for a dialog that has it";
+	EXPECT_EQ(FMessageDialog::Open(EAppMsgType::YesNo, FText::FromString(TEXT("Sure?"))), EAppReturnType::Yes);
+}

@@ -1,0 +1,357 @@
+#include "Support/UiDriver.h"
+
+#include "Slate/Private/Framework/Text/TextEditor.h"
+
+#include <random>
+
+namespace
+{
+	/** The document with its caret as "|" and, where there is a selection, its anchor as "^". */
+	std::string Marked(const FTextEditor& Editor)
+	{
+		const FTextLocation Caret = Editor.GetCaret();
+		const FTextLocation Anchor = Editor.GetAnchor();
+		FString Result;
+		for (int32 Line = 0; Line < Editor.GetDocument().GetLineCount(); ++Line)
+		{
+			FString Text = Editor.GetDocument().GetLine(Line);
+			const bool bCaret = Caret.GetLineIndex() == Line;
+			const bool bAnchor = Anchor.GetLineIndex() == Line && Editor.HasSelection();
+			if (bAnchor && (!bCaret || Anchor.GetOffset() > Caret.GetOffset()))
+			{
+				Text.InsertAt(Anchor.GetOffset(), TEXT('^'));
+			}
+			if (bCaret)
+			{
+				Text.InsertAt(Caret.GetOffset(), TEXT('|'));
+			}
+			if (bAnchor && bCaret && Anchor.GetOffset() < Caret.GetOffset())
+			{
+				Text.InsertAt(Anchor.GetOffset(), TEXT('^'));
+			}
+			Result += Line > 0 ? TEXT("\n") : TEXT("");
+			Result += Text;
+		}
+		return Utf8(Result);
+	}
+
+	FString ToFString(const std::string& Text)
+	{
+		return FString(FUTF8ToTCHAR(Text.c_str(), static_cast<int32>(Text.size())));
+	}
+
+	/** Sets text, caret and anchor from the form that Marked gives. */
+	void Load(FTextEditor& Editor, const std::string& Text)
+	{
+		FString Plain;
+		int32 Line = 0;
+		int32 Offset = 0;
+		FTextLocation Caret;
+		TOptional<FTextLocation> Anchor;
+		for (const TCHAR Unit : ToFString(Text))
+		{
+			if (Unit == TEXT('|'))
+			{
+				Caret = FTextLocation(Line, Offset);
+			}
+			else if (Unit == TEXT('^'))
+			{
+				Anchor = FTextLocation(Line, Offset);
+			}
+			else
+			{
+				Plain += Unit;
+				Line += Unit == TEXT('\n') ? 1 : 0;
+				Offset = Unit == TEXT('\n') ? 0 : Offset + 1;
+			}
+		}
+		Editor.SetText(Plain, false);
+		Editor.Select(Anchor.IsSet() ? Anchor.GetValue() : Caret, Caret);
+	}
+
+	/** Commands by word; "s:" in front selects. Time passes only by "wait". */
+	void RunCommands(FTextEditor& Editor, const std::vector<std::string>& Commands, double& Now)
+	{
+		static const std::vector<std::pair<std::string, ETextMove>> Moves = {
+			{ "left", ETextMove::Left }, { "right", ETextMove::Right }, { "wordleft", ETextMove::WordLeft }, { "wordright", ETextMove::WordRight },
+			{ "home", ETextMove::LineBegin }, { "end", ETextMove::LineEnd }, { "top", ETextMove::DocumentBegin }, { "bottom", ETextMove::DocumentEnd },
+		};
+		for (const std::string& Command : Commands)
+		{
+			const bool bSelect = Command.rfind("s:", 0) == 0;
+			const std::string Word = bSelect ? Command.substr(2) : Command;
+			bool bFound = true;
+			if (Word.rfind("type ", 0) == 0)
+			{
+				Editor.Insert(ToFString(Word.substr(5)), ETextInsert::Typed, Now);
+			}
+			else if (Word.rfind("paste ", 0) == 0)
+			{
+				Editor.Insert(ToFString(Word.substr(6)), ETextInsert::Pasted, Now);
+			}
+			else if (Word == "back" || Word == "wordback")
+			{
+				Editor.DeleteBackward(Word == "wordback", Now);
+			}
+			else if (Word == "delete" || Word == "worddelete")
+			{
+				Editor.DeleteForward(Word == "worddelete", Now);
+			}
+			else if (Word == "undo")
+			{
+				Editor.Undo();
+			}
+			else if (Word == "redo")
+			{
+				Editor.Redo();
+			}
+			else if (Word == "all")
+			{
+				Editor.SelectAll();
+			}
+			else if (Word == "cut")
+			{
+				Editor.DeleteSelection();
+			}
+			else if (Word == "wait")
+			{
+				Now += 2.0;
+			}
+			else
+			{
+				bFound = false;
+				for (const auto& [Name, Move] : Moves)
+				{
+					if (Name == Word)
+					{
+						Editor.Move(Move, bSelect);
+						bFound = true;
+					}
+				}
+			}
+			ASSERT_TRUE(bFound) << Command;
+		}
+	}
+
+	struct FEditCase
+	{
+		std::string Start;
+		std::vector<std::string> Commands;
+		std::string Expected;
+	};
+}
+
+/** The core itself has no widget; the fixture is there for the text shaper, which knows clusters and words. */
+class FTextEditorTest : public FWidgetTest
+{
+protected:
+	FShapedTextBreaks Breaks;
+	FTextEditor Editor{ Breaks };
+	double Now = 1000.0;
+
+	void Check(const std::vector<FEditCase>& Cases)
+	{
+		for (const FEditCase& Case : Cases)
+		{
+			SCOPED_TRACE(Case.Start + " " + ::testing::PrintToString(Case.Commands));
+			Load(Editor, Case.Start);
+			RunCommands(Editor, Case.Commands, Now);
+			EXPECT_EQ(Marked(Editor), Case.Expected);
+		}
+	}
+};
+
+TEST_F(FTextEditorTest, MovesAndSelections)
+{
+	Check({
+		{ "ab|c", { "left" }, "a|bc" },
+		{ "abc|", { "right" }, "abc|" },
+		{ "ab|\ncd", { "right" }, "ab\n|cd" },
+		{ "ab\n|cd", { "left" }, "ab|\ncd" },
+		{ "|one two", { "wordright" }, "one |two" },
+		{ "one two|", { "wordleft" }, "one |two" },
+		{ "one\n|two", { "wordleft" }, "one|\ntwo" },
+		{ "one|\ntwo", { "wordright" }, "one\n|two" },
+		{ "on|e", { "home" }, "|one" },
+		{ "o|ne\ntwo", { "end" }, "one|\ntwo" },
+		{ "one\nt|wo", { "top" }, "|one\ntwo" },
+		{ "on|e\ntwo", { "bottom" }, "one\ntwo|" },
+		{ "a|bc", { "s:right" }, "a^b|c" },
+		{ "a|bc", { "s:left" }, "|a^bc" },
+		{ "a|bc", { "s:right", "s:left" }, "a|bc" },
+		{ "a^b|c", { "left" }, "a|bc" },
+		{ "a|b^c", { "right" }, "ab|c" },
+		{ "one\nt|wo", { "all" }, "^one\ntwo|" },
+		{ "one |two", { "s:bottom" }, "one ^two|" },
+	});
+}
+
+TEST_F(FTextEditorTest, Changes)
+{
+	Check({
+		{ "a|b", { "type x" }, "ax|b" },
+		{ "a^b|c", { "type xy" }, "axy|c" },
+		{ "ab|\ncd", { "delete" }, "ab|cd" },
+		{ "ab\n|cd", { "back" }, "ab|cd" },
+		{ "|ab", { "back" }, "|ab" },
+		{ "ab|", { "delete" }, "ab|" },
+		{ "one two|", { "wordback" }, "one |" },
+		{ "|one two", { "worddelete" }, "|two" },
+		{ "o^ne\ntw|o", { "back" }, "o|o" },
+		{ "o^ne\ntw|o", { "paste A\r\nB\rC" }, "oA\nB\nC|o" },
+		{ "a|b", { "type \n" }, "a\n|b" },
+		{ "a^b|c", { "paste " }, "a^b|c" },
+		{ "a^b|c", { "cut" }, "a|c" },
+	});
+}
+
+TEST_F(FTextEditorTest, OneStepOfUndoIsOneThingDone)
+{
+	Check({
+		{ "|", { "type a", "type b", "type c", "undo" }, "|" },
+		{ "|", { "type a", "type b", "undo", "redo" }, "ab|" },
+		{ "|", { "type a", "wait", "type b", "undo" }, "a|" },
+		{ "|", { "type ab", "left", "type c", "undo" }, "a|b" },
+		{ "|", { "type ab", "type \n", "type cd", "undo" }, "ab\n|" },
+		{ "|", { "type ab", "type \n", "type cd", "undo", "undo" }, "ab|" },
+		{ "|", { "type ab", "paste X", "type cd", "undo" }, "abX|" },
+		{ "|", { "type ab", "paste X", "type cd", "undo", "undo" }, "ab|" },
+		{ "abcd|", { "back", "back", "undo" }, "abcd|" },
+		{ "|abcd", { "delete", "delete", "undo" }, "|abcd" },
+		{ "|abcd", { "delete", "delete", "undo", "redo" }, "|cd" },
+		{ "ab\n|cd", { "back", "back", "undo" }, "ab|cd" },
+		{ "a^b|c", { "type x", "type y", "undo" }, "a^b|c" },
+		{ "ab|c^d", { "paste X\nY", "undo" }, "ab|c^d" },
+		{ "|ab", { "type x", "back", "undo" }, "x|ab" },
+		{ "|", { "type a", "undo", "type b", "redo" }, "b|" },
+		{ "|", { "undo", "redo" }, "|" },
+	});
+}
+
+TEST_F(FTextEditorTest, ClustersAreNeverCut)
+{
+	const std::string Flag = "\xF0\x9F\x87\xA9\xF0\x9F\x87\xAA";                                                         // Two regional letters.
+	const std::string Family = "\xF0\x9F\x91\xA9\xE2\x80\x8D\xF0\x9F\x91\xA9\xE2\x80\x8D\xF0\x9F\x91\xA7";               // Three joined persons.
+	const std::string Accented = "e\xCC\x81";                                                                            // Letter and combining accent.
+	for (const std::string& Cluster : { Flag, Family, Accented })
+	{
+		Check({
+			{ "a" + Cluster + "|b", { "left" }, "a|" + Cluster + "b" },
+			{ "a|" + Cluster + "b", { "right" }, "a" + Cluster + "|b" },
+			{ "a" + Cluster + "|b", { "back" }, "a|b" },
+			{ "a|" + Cluster + "b", { "delete" }, "a|b" },
+			{ "a|" + Cluster + "b", { "s:right", "type x" }, "ax|b" },
+		});
+	}
+}
+
+TEST_F(FTextEditorTest, FarIntoALongLineTheSameHolds)
+{
+	FString Long = FString::ChrN(100000, TEXT('x'));
+	Long += TEXT(" \u00E9nd");
+	Editor.SetText(Long, false);
+	Editor.Move(ETextMove::DocumentEnd, false);
+	Editor.Move(ETextMove::WordLeft, false);
+	EXPECT_EQ(Editor.GetCaret().GetOffset(), 100001);
+	Editor.Move(ETextMove::Right, false);
+	EXPECT_EQ(Editor.GetCaret().GetOffset(), 100002);
+}
+
+TEST_F(FTextEditorTest, StrangeUnitsAreKept)
+{
+	FString Strange(TEXT("a"));
+	Strange.AppendChar(TCHAR(0xD800));
+	Strange.AppendChar(TCHAR(0));
+	Strange += TEXT("b\rc\r\nd\n");
+	Editor.SetText(Strange, false);
+	EXPECT_EQ(Editor.GetDocument().GetLineCount(), 3);
+	EXPECT_TRUE(Editor.GetDocument().GetText().Equals(Strange));
+	EXPECT_FALSE(Editor.SetText(Strange, false));
+	// An edit elsewhere and its undo leave them alone.
+	Editor.Move(ETextMove::DocumentEnd, false);
+	Editor.Insert(TEXT("x"), ETextInsert::Typed, Now);
+	Editor.SelectAll();
+	Editor.DeleteSelection();
+	EXPECT_TRUE(Editor.GetDocument().IsEmpty());
+	Editor.Undo();
+	Editor.Undo();
+	EXPECT_TRUE(Editor.GetDocument().GetText().Equals(Strange));
+}
+
+TEST_F(FTextEditorTest, OneLineTakesBreaksAsBlanks)
+{
+	Editor.SetAllowMultiLine(false);
+	Load(Editor, "a|b");
+	RunCommands(Editor, { "paste x\r\ny\nz" }, Now);
+	EXPECT_EQ(Marked(Editor), "ax y z|b");
+}
+
+TEST_F(FTextEditorTest, ATextSetWholeIsAStepOrABeginning)
+{
+	Load(Editor, "old|");
+	RunCommands(Editor, { "type x" }, Now);
+	EXPECT_FALSE(Editor.SetText(TEXT("oldx"), true));
+	EXPECT_TRUE(Editor.SetText(TEXT("oldX"), true)); // Letter case counts.
+	Editor.Undo();
+	EXPECT_EQ(Marked(Editor), "oldx|");
+	Editor.SetText(TEXT("new"), false);
+	EXPECT_FALSE(Editor.CanUndo());
+	EXPECT_FALSE(Editor.CanRedo());
+	EXPECT_EQ(Marked(Editor), "new|");
+}
+
+namespace
+{
+	FTextLocation ToPlace(const std::u16string& Text, std::size_t Index)
+	{
+		int32 Line = 0;
+		std::size_t Begin = 0;
+		for (std::size_t Step = 0; Step < Index; ++Step)
+		{
+			if (Text[Step] == u'\n')
+			{
+				++Line;
+				Begin = Step + 1;
+			}
+		}
+		return FTextLocation(Line, static_cast<int32>(Index - Begin));
+	}
+}
+
+TEST_F(FTextEditorTest, RandomEditsMatchAPlainString)
+{
+	std::mt19937 Random(4711);
+	const auto Below = [&Random](std::size_t Limit) { return std::uniform_int_distribution<std::size_t>(0, Limit)(Random); };
+	std::u16string Reference;
+	std::vector<std::u16string> History = { Reference };
+	for (int32 Round = 0; Round < 400; ++Round)
+	{
+		const std::size_t From = Below(Reference.size());
+		const std::size_t To = From + Below(std::min<std::size_t>(Reference.size() - From, 12));
+		std::u16string Piece;
+		for (std::size_t Length = 1 + Below(8); Length > 0; --Length)
+		{
+			Piece += u"ab\n "[Below(3)];
+		}
+		Editor.Select(ToPlace(Reference, From), ToPlace(Reference, To));
+		Editor.Insert(FStringView(Piece.data(), static_cast<int32>(Piece.size())), ETextInsert::Pasted, Now);
+		Reference.replace(From, To - From, Piece);
+		History.push_back(Reference);
+
+		const FTextDocument& Document = Editor.GetDocument();
+		ASSERT_EQ(Utf8(Document.GetText()), Utf8(FStringView(Reference.data(), static_cast<int32>(Reference.size()))));
+		ASSERT_EQ(Document.GetLength(), static_cast<int64>(Reference.size()));
+		ASSERT_EQ(Document.GetLineCount(), 1 + std::count(Reference.begin(), Reference.end(), u'\n'));
+		ASSERT_TRUE(Editor.GetCaret() == ToPlace(Reference, From + Piece.size()));
+	}
+	for (std::size_t Step = History.size() - 1; Step > 0; --Step)
+	{
+		ASSERT_TRUE(Editor.Undo());
+		ASSERT_TRUE(Editor.GetDocument().Equals(FStringView(History[Step - 1].data(), static_cast<int32>(History[Step - 1].size())))) << Step;
+	}
+	for (std::size_t Step = 1; Step < History.size(); ++Step)
+	{
+		ASSERT_TRUE(Editor.Redo());
+		ASSERT_TRUE(Editor.GetDocument().Equals(FStringView(History[Step].data(), static_cast<int32>(History[Step].size())))) << Step;
+	}
+}
