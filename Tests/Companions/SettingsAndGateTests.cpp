@@ -1,7 +1,10 @@
 #include "Agent/AgentStateObserver.h"
 #include "Host/UpdateGateControl.h"
 #include "Settings/VelmoraSettings.h"
+#include "Misc/FileHelper.h"
+#include "Misc/Paths.h"
 #include "Support/Base/Printers.h"
+#include "Support/Base/TempFolder.h"
 #include "Support/TestAgent.h"
 #include "UObject/UObjectGlobals.h"
 #include "UpdateGate.h"
@@ -35,6 +38,40 @@ TEST(UpdateGateTests, TellsChangesAndNothingElse)
 	Gate.OnStateChanged().Remove(Handle);
 	FUpdateGateControl::SetState(EUpdateGateState::Ready, TEXT(""), TEXT(""));
 	EXPECT_EQ(Told, std::vector<int>({ 2, 2, 3 }));
+}
+
+TEST(UpdateGateTests, AReleaseFileDecides)
+{
+	const FTempFolder Folder;
+	const FString Path = Folder.At(TEXT("Release.json"));
+	struct FCase
+	{
+		const char* Why;
+		const TCHAR* Text; // Null for no file.
+		bool bTaken;
+		EUpdateGateState State;
+		const char* Version;
+	};
+	const FCase Cases[] = {
+		{ "no file", nullptr, true, EUpdateGateState::Ready, "" },
+		{ "an offer", TEXT("{ \"state\": \"UpdateAvailable\", \"version\": \"2.1\" }"), true, EUpdateGateState::UpdateAvailable, "2.1" },
+		{ "an unknown word changes nothing", TEXT("{ \"state\": \"Broken\" }"), false, EUpdateGateState::UpdateAvailable, "2.1" },
+		{ "no object changes nothing", TEXT("[1"), false, EUpdateGateState::UpdateAvailable, "2.1" },
+		{ "back to normal", TEXT("{ \"state\": \"Ready\" }"), true, EUpdateGateState::Ready, "" },
+	};
+	for (const FCase& Case : Cases)
+	{
+		SCOPED_TRACE(Case.Why);
+		if (Case.Text)
+		{
+			ASSERT_TRUE(FFileHelper::SaveStringToFile(Case.Text, *Path));
+		}
+		FString Complaint;
+		EXPECT_EQ(FUpdateGateControl::ReadReleaseFile(Path, Complaint), Case.bTaken);
+		EXPECT_EQ(Complaint.IsEmpty(), Case.bTaken);
+		EXPECT_EQ(FUpdateGate::Get().GetState(), Case.State);
+		EXPECT_EQ(Utf8(FUpdateGate::Get().GetVersion()), Case.Version);
+	}
 }
 
 TEST(SettingsTests, ValuesSurviveSavingAndLoading)

@@ -134,16 +134,17 @@ namespace UE::Delegates
 		template <typename PinType>
 		R Call(const PinType& Pinned, P... Params)
 		{
+			// By name: with payloads g++ 12 gives the lambda a wrong "this" under the undefined-behaviour sanitizer.
 			return std::apply(
-				[&](PayloadTypes&... Each) -> R {
+				[&, &Callee = Callable](PayloadTypes&... Each) -> R {
 					if constexpr (std::is_member_function_pointer_v<CallableType>)
 					{
 						auto& Object = *ToAddress(Pinned);
-						return (Object.*Callable)(Forward<P>(Params)..., Each...);
+						return (Object.*Callee)(Forward<P>(Params)..., Each...);
 					}
 					else
 					{
-						return Callable(Forward<P>(Params)..., Each...);
+						return Callee(Forward<P>(Params)..., Each...);
 					}
 				},
 				Payload);
