@@ -20,9 +20,14 @@ namespace
 
 constexpr float RowFadeSeconds = 0.3f;
 
+bool IsToolGroup(const TSharedPtr<FChatMessage>& Message)
+{
+	return Message.IsValid() && Message->Type == EChatMessageType::ToolSummary;
+}
+
 int32 CountToolsOfGroup(const TSharedPtr<FChatMessage>& Message)
 {
-	return Message.IsValid() && Message->Type == EChatMessageType::ToolSummary ? Message->ToolExecutions.Num() : 0;
+	return IsToolGroup(Message) ? Message->ToolExecutions.Num() : 0;
 }
 
 } // namespace
@@ -110,20 +115,22 @@ void SMessageRow::Tick(const FGeometry& AllottedGeometry, const double InCurrent
 
 	// A tool that only changes its status needs no word from here: its row reads the message.
 	const int32 ToolCount = CountToolsOfGroup(Message);
-	if (ToolContainer.IsValid() && ToolCount != LastToolCount)
+	if (ToolContainer.IsValid() && IsToolGroup(Message) && ToolCount != LastToolCount)
 	{
 		LastToolCount = ToolCount;
 		ToolContainer->UpdateToolList(Message->ToolExecutions);
 	}
 }
 
-TSharedRef<SWidget> SMessageRow::BuildMessageHeader()
+TSharedRef<SWidget> SMessageRow::BuildMessageHeader() const
 {
 	if (!Message.IsValid() || Message->Type == EChatMessageType::ToolSummary)
 	{
 		return SNullWidget::NullWidget;
 	}
-	return Message->IsToolMessage() ? BuildToolHeader() : BuildTextHeader();
+	// A header changes nothing that the row shows; its buttons call the row back, and the row keeps them to know what is hovered.
+	SMessageRow& Row = const_cast<SMessageRow&>(*this);
+	return Message->IsToolMessage() ? Row.BuildToolHeader() : Row.BuildTextHeader();
 }
 
 TSharedRef<SWidget> SMessageRow::BuildToolHeader()

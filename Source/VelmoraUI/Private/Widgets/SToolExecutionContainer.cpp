@@ -30,7 +30,6 @@ void SToolExecutionContainer::Construct(const FArguments& InArgs)
 			.ButtonStyle(FAppStyle::Get(), "SimpleButton")
 			.OnClicked(this, &SToolExecutionContainer::OnHeaderClicked)
 			.ContentPadding(FMargin(8.0f, 6.0f))
-			.HAlign(HAlign_Left)
 			[
 				BuildHeader()
 			]

@@ -27,6 +27,9 @@ public:
 	/** Needs no style set. */
 	static const FName& GetStyleSetName();
 
+	/** Builds a style set anew; Initialize keeps and registers the one that counts. */
+	static TSharedRef<FSlateStyleSet> Create();
+
 	/** A brush of the style set by its key, such as "ChatAction_Send_50". The set must be initialised. */
 	static const FSlateBrush* GetBrush(FName Key);
 
@@ -70,7 +73,5 @@ public:
 	static FSlateFontInfo GetToolMessageFont();
 
 private:
-	static TSharedRef<FSlateStyleSet> Create();
-
 	static TSharedPtr<FSlateStyleSet> StyleSet;
 };

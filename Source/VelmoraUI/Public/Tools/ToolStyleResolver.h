@@ -6,7 +6,7 @@ namespace Velmora
 {
 
 /** Everything that a tool row shows about its tool, as strings. */
-struct FResolvedToolStyle
+struct VELMORAUI_API FResolvedToolStyle
 {
 	/** Accent colour, "#RRGGBB". */
 	FString Color = TEXT("#3B82F6");

@@ -4,6 +4,7 @@
 #include "Misc/DateTime.h"
 #include "Templates/SharedPointer.h"
 
+/** Kinds of messages. The numbers are part of the record. */
 enum class EChatMessageType : uint8
 {
 	User = 0,
@@ -15,6 +16,7 @@ enum class EChatMessageType : uint8
 	ToolSummary = 4,
 };
 
+/** How far a tool run has come. */
 enum class EToolStatus : uint8
 {
 	Running = 0,

@@ -48,7 +48,7 @@ public:
 	virtual void Tick(const FGeometry& AllottedGeometry, const double InCurrentTime, const float InDeltaTime) override;
 
 private:
-	TSharedRef<SWidget> BuildMessageHeader();
+	TSharedRef<SWidget> BuildMessageHeader() const;
 	TSharedRef<SWidget> BuildToolHeader();
 	TSharedRef<SWidget> BuildTextHeader();
 	TSharedRef<SWidget> BuildMessageContent();
