@@ -155,7 +155,7 @@ TEST(JsonText, RefusesWhatIsNotJson)
 {
 	const TCHAR* const Bad[] = { TEXT(""), TEXT("  "), TEXT("{"), TEXT("[1,]"), TEXT("{\"a\":1,}"), TEXT("{\"a\" 1}"), TEXT("{a:1}"),
 		TEXT("{'a':1}"), TEXT("[1 2]"), TEXT("01"), TEXT("+1"), TEXT(".5"), TEXT("1."), TEXT("- 1"), TEXT("1e"), TEXT("nul"), TEXT("True"), TEXT("NaN"),
-		TEXT("\"abc"), TEXT("\"a\nb\""), TEXT("\"\\x\""), TEXT("\"\\u12g4\""), TEXT("\"\\ud800\""), TEXT("// c\n1"), TEXT("1 2"), TEXT("{}x"), TEXT("]"),
+		TEXT("\"abc"), TEXT("\"a\nb\""), TEXT("\"\\x\""), TEXT("\"\\u12g4\""), TEXT("\"\\ud800"), TEXT("// c\n1"), TEXT("1 2"), TEXT("{}x"), TEXT("]"),
 		TEXT("\uFEFF{}x"), TEXT("[1]]"), TEXT("1e999") };
 	for (const TCHAR* Text : Bad)
 	{
@@ -177,6 +177,9 @@ TEST(JsonText, OddTextsSurvive)
 	ASSERT_TRUE(Value.IsValid());
 	EXPECT_TRUE(Value->AsString().Equals(Lone)) << "lone surrogates come through unharmed";
 	EXPECT_EQ(Parse(TEXT("\"\\u0000\\ud83d\\udc64\""))->AsString().Len(), 3);
+	const TSharedPtr<FJsonValue> Escaped = Parse(TEXT("{\"k\\\\ud800\": \"x\\ud800y\\uDC00\\ud800\\ud83d\\udc64\\\\\"}"));
+	ASSERT_TRUE(Escaped.IsValid()) << "half a pair may stand alone in an escape";
+	EXPECT_TRUE(Escaped->AsObject()->GetStringField(TEXT("k\\ud800")).Equals(Lone + FString(FStringView(TEXT("\xD800\xD83D\xDC64\\"), 4))));
 	const FString Long = FString::ChrN(10000000, TEXT('x'));
 	EXPECT_TRUE(Parse(TEXT("[\"") + Long + TEXT("\"]"))->AsArray()[0]->AsString().Equals(Long));
 }

@@ -1,6 +1,7 @@
 #include "Serialization/JsonReader.h"
 
 #include "Containers/Array.h"
+#include "Math/UnrealMathUtility.h"
 
 // A broken text must never end the process: what the library takes for granted it only evaluates.
 #define RAPIDJSON_ASSERT(Expression) static_cast<void>(Expression)
@@ -110,6 +111,51 @@ namespace
 		TArray<FLevel> Open;
 	};
 
+	/** What the escape of four hex digits at Index stands for, if there is one and it names half of a surrogate pair; else 0. */
+	TCHAR ReadSurrogateEscape(FStringView Text, int32 Index)
+	{
+		if (Text.Len() - Index < 6 || Text[Index] != TEXT('\\') || Text[Index + 1] != TEXT('u'))
+		{
+			return 0;
+		}
+		uint32 Unit = 0;
+		for (int32 Digit = Index + 2; Digit < Index + 6; ++Digit)
+		{
+			if (!FChar::IsHexDigit(Text[Digit]))
+			{
+				return 0;
+			}
+			const TCHAR Letter = FChar::ToLower(Text[Digit]);
+			Unit = Unit * 16 + static_cast<uint32>(FChar::IsDigit(Letter) ? Letter - '0' : Letter - 'a' + 10);
+		}
+		return Unit >= 0xD800 && Unit < 0xE000 ? TCHAR(Unit) : TCHAR(0);
+	}
+
+	/** Puts the units themselves in place of escapes that name half a pair alone, which the parser refuses. */
+	FString WriteOutLoneSurrogates(const FString& Text)
+	{
+		FString Result;
+		Result.Reserve(Text.Len());
+		for (int32 Index = 0; Index < Text.Len();)
+		{
+			int32 Length = Text[Index] == TEXT('\\') ? FMath::Min(2, Text.Len() - Index) : 1;
+			if (const TCHAR Unit = ReadSurrogateEscape(Text, Index))
+			{
+				const TCHAR Next = ReadSurrogateEscape(Text, Index + 6);
+				if (Unit >= 0xDC00 || Next < 0xDC00)
+				{
+					Result.AppendChar(Unit);
+					Index += 6;
+					continue;
+				}
+				Length = 12;
+			}
+			Result.AppendChars(*Text + Index, Length);
+			Index += Length;
+		}
+		return Result;
+	}
+
 	FString DescribePlace(const FString& Text, std::size_t Offset)
 	{
 		int32 Line = 1;
@@ -138,8 +184,16 @@ TSharedPtr<FJsonValue> FHostJsonReader::ReadAll()
 	rapidjson::GenericReader<FUtf16, FUtf16> Reader;
 	// Iterative, so that nesting uses no stack of ours; stopping at the end of the value, so that a null unit behind it
 	// is not taken for the end of the text.
-	const rapidjson::ParseResult Result =
-		Reader.Parse<rapidjson::kParseIterativeFlag | rapidjson::kParseFullPrecisionFlag | rapidjson::kParseStopWhenDoneFlag>(Stream, Builder);
+	constexpr unsigned Flags = rapidjson::kParseIterativeFlag | rapidjson::kParseFullPrecisionFlag | rapidjson::kParseStopWhenDoneFlag;
+	rapidjson::ParseResult Result = Reader.Parse<Flags>(Stream, Builder);
+	if (Result.Code() == rapidjson::kParseErrorStringUnicodeSurrogateInvalid)
+	{
+		// Half a pair is good JSON: writers that cut a text between the halves escape it so.
+		Text = WriteOutLoneSurrogates(Text);
+		Stream = FTextStream(*Text, Text.Len());
+		Builder = FValueBuilder();
+		Result = Reader.Parse<Flags>(Stream, Builder);
+	}
 	if (Result.IsError())
 	{
 		Error = Result.Code() == rapidjson::kParseErrorTermination
