@@ -177,6 +177,13 @@ TEST_F(SystemFiles, WhatASaveKeeps)
 	EXPECT_TRUE(FFileHelper::SaveStringToFile(TEXT("+\u00E9"), *Temp.At(TEXT("target")), EEncoding::ForceUTF8, Files, FILEWRITE_Append));
 	EXPECT_EQ(Temp.Read("target"), "forced+\xC3\xA9") << "no second mark in the middle";
 
+	// Left by a process of the same number that was killed while it saved.
+	for (int32 Index = 0; Index < 400; ++Index)
+	{
+		Temp.Write(("crowded/.save-" + std::to_string(getpid()) + "-" + std::to_string(Index) + ".tmp").c_str(), "");
+	}
+	EXPECT_TRUE(FFileHelper::SaveStringToFile(TEXT("x"), *Temp.At(TEXT("crowded/f"))));
+
 	ASSERT_EQ(symlink("loop", Temp.AtBytes("loop").c_str()), 0);
 	EXPECT_FALSE(FFileHelper::SaveStringToFile(TEXT("x"), *Temp.At(TEXT("loop"))));
 }

@@ -112,10 +112,16 @@ namespace
 	{
 		static std::atomic<uint32> Counter{ 0 };
 		const std::string Folder = HostFileSystem::GetParent(Path);
-		// A short name of its own: the file's name may already be as long as names can be.
-		const std::string Temporary =
-			Folder + "/.save-" + std::to_string(getpid()) + "-" + std::to_string(Counter.fetch_add(1)) + ".tmp";
-		FDescriptor File(open(Temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+		// A short name of its own: the file's name may already be as long as names can be. One that is taken was left by a
+		// process of the same number that came to a sudden end.
+		std::string Temporary;
+		int Opened = -1;
+		do
+		{
+			Temporary = Folder + "/.save-" + std::to_string(getpid()) + "-" + std::to_string(Counter.fetch_add(1)) + ".tmp";
+			Opened = open(Temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+		} while (Opened < 0 && errno == EEXIST);
+		FDescriptor File(Opened);
 		if (!File.IsOpen())
 		{
 			return false;
