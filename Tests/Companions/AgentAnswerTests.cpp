@@ -307,6 +307,10 @@ TEST_F(AgentAnswers, UnreadableThingsAreSaid)
 	std::filesystem::permissions(Project.Root / "Closed/secret.txt", std::filesystem::perms::none);
 	EXPECT_TRUE(Holds(Ask("find " + Symbol), "1 file or folder could not be read."));
 	EXPECT_TRUE(Holds(Ask("show secret.txt"), "it cannot be opened (no permission)"));
+	std::filesystem::permissions(Project.Root / "Closed", std::filesystem::perms::none);
+	EXPECT_TRUE(Holds(Ask("how many lines?"), "1 folder could not be read.")) << LastAnswer;
+	EXPECT_TRUE(Holds(Ask("list Closed"), "cannot be read")) << LastAnswer;
+	std::filesystem::permissions(Project.Root / "Closed", std::filesystem::perms::owner_all);
 }
 
 TEST_F(AgentAnswers, OddPromptsAreAnswered)

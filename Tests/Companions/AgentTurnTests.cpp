@@ -307,3 +307,27 @@ TEST_F(AgentTurns, ConversationsAreStoredLoadedAndDeleted)
 	Agent->ClearAllHistories();
 	EXPECT_EQ(Agent->GetConversationHistories().Num(), 0);
 }
+
+TEST_F(AgentTurns, AFolderThatVanishesIsNotCalledEmpty)
+{
+	Velmora::FBuiltInAgentOptions Slow;
+	Slow.MinimumToolSeconds = 0.3;
+	Velmora::SetBuiltInAgentOptions(Slow);
+	// Gone when its name was found and it is not opened yet.
+	AfterEvent = [this]
+	{
+		if (Events.back().rfind("start find_file", 0) == 0)
+		{
+			Agent->PauseConversation();
+		}
+	};
+	Events.clear();
+	ASSERT_TRUE(Agent->SendMessage(TEXT("list Source"), {}));
+	ASSERT_TRUE(PumpUntil([this] { return !EventsOf("end").empty(); }));
+	std::filesystem::remove_all(Project.Root / "Source");
+	AfterEvent = nullptr;
+	Agent->ResumeConversation(FString());
+	ASSERT_TRUE(PumpUntil([this] { return HasTurnEnded(); }));
+	EXPECT_TRUE(Holds(LastAnswer, "cannot be read")) << LastAnswer;
+	EXPECT_EQ(EventsOf("end").back(), "list_directory failed: Not read");
+}

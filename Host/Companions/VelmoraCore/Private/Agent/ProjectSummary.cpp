@@ -92,6 +92,7 @@ namespace Velmora
 			Kind.Lines += Lines;
 			return EProjectWalkStep::Continue;
 		});
+		Result.UnreadableFolders = static_cast<size_t>(Walk.UnreadableFolders);
 		Result.bTruncated = Walk.bTruncated;
 		for (auto& [Name, Kind] : Kinds)
 		{
@@ -102,27 +103,28 @@ namespace Velmora
 		return Result;
 	}
 
-	std::vector<FFolderEntry> ListFolder(const FProjectFiles& Files, const FProjectPath& Folder, const std::function<bool()>& IsCancelled)
+	bool ListFolder(const FProjectFiles& Files, const FProjectPath& Folder, const std::function<bool()>& IsCancelled, std::vector<FFolderEntry>& OutEntries)
 	{
-		std::vector<FFolderEntry> Result;
+		OutEntries.clear();
 		size_t CurrentFolder = 0;
-		WalkProject(Folder.Absolute, [&](const FProjectWalkEntry& Entry)
+		const FProjectWalkResult Walk = WalkProject(Folder.Absolute, [&](const FProjectWalkEntry& Entry)
 		{
 			const bool bIsDirect = Entry.RelativePath.find('/') == std::string_view::npos;
 			if (bIsDirect)
 			{
-				CurrentFolder = Result.size();
-				Result.push_back({ { std::string(Entry.AbsolutePath), JoinRelative(Folder, Entry.RelativePath), Entry.bIsDirectory }, std::string(Entry.RelativePath), 0 });
+				CurrentFolder = OutEntries.size();
+				OutEntries.push_back({ { std::string(Entry.AbsolutePath), JoinRelative(Folder, Entry.RelativePath), Entry.bIsDirectory }, std::string(Entry.RelativePath), 0 });
 			}
 			else if (!Entry.bIsDirectory)
 			{
 				// A folder is met right before what is in it.
-				++Result[CurrentFolder].FilesInside;
+				++OutEntries[CurrentFolder].FilesInside;
 			}
 			return IsCancelled() ? EProjectWalkStep::Stop : EProjectWalkStep::Continue;
 		});
-		std::stable_sort(Result.begin(), Result.end(), [](const FFolderEntry& A, const FFolderEntry& B) { return A.Path.bIsFolder && !B.Path.bIsFolder; });
-		return Result;
+		std::stable_sort(OutEntries.begin(), OutEntries.end(), [](const FFolderEntry& A, const FFolderEntry& B) { return A.Path.bIsFolder && !B.Path.bIsFolder; });
+		// Without any entry the folder itself is the only one that was opened.
+		return !OutEntries.empty() || Walk.UnreadableFolders == 0;
 	}
 
 	std::vector<FProjectPath> ListMatching(const FProjectFiles& Files, std::string_view Pattern, const std::function<bool()>& IsCancelled)

@@ -31,6 +31,9 @@ namespace Velmora
 
 		/** Binary, too large or unreadable: counted as files, without lines. */
 		size_t OtherFiles = 0;
+
+		/** Folders whose contents could not be read, the counted one included. */
+		size_t UnreadableFolders = 0;
 		bool bTruncated = false;
 	};
 
@@ -46,8 +49,8 @@ namespace Velmora
 		size_t FilesInside = 0;
 	};
 
-	/** What stands directly in a folder, folders first. Ignored folders, links and special files are left out. */
-	std::vector<FFolderEntry> ListFolder(const FProjectFiles& Files, const FProjectPath& Folder, const std::function<bool()>& IsCancelled);
+	/** What stands directly in a folder, folders first. Ignored folders, links and special files are left out. False when it cannot be read. */
+	bool ListFolder(const FProjectFiles& Files, const FProjectPath& Folder, const std::function<bool()>& IsCancelled, std::vector<FFolderEntry>& OutEntries);
 
 	/** Relative paths of all files that match a pattern of '*' and '?', letter case aside. One without '/' is compared with names. */
 	std::vector<FProjectPath> ListMatching(const FProjectFiles& Files, std::string_view Pattern, const std::function<bool()>& IsCancelled);

@@ -46,6 +46,10 @@ namespace Velmora
 			{
 				Text += ' ' + Utf8Text::Count(Count.OtherFiles, "file is", "files are") + " binary, too large or unreadable and not counted in lines.";
 			}
+			if (Count.UnreadableFolders > 0)
+			{
+				Text += ' ' + Utf8Text::Count(Count.UnreadableFolders, "folder", "folders") + " could not be read.";
+			}
 			if (Count.bTruncated)
 			{
 				Text += " The project is larger than one count takes.";
@@ -248,6 +252,7 @@ namespace Velmora
 	bool FTurnRunner::AnswerFolder(const FProjectPath& Folder)
 	{
 		std::vector<FFolderEntry> Entries;
+		bool bIsReadable = true;
 		const std::string Name = DisplayName(Folder);
 		if (StepCount == 0 && !BeginStep("Listing " + Name))
 		{
@@ -255,14 +260,19 @@ namespace Velmora
 		}
 		const bool bIsAlive = RunTool("list_directory", "list", "Directory", { { "display_text", Name }, { "path", Folder.Relative.empty() ? std::string(".") : Folder.Relative } }, [&]
 		{
-			Entries = ListFolder(Files, Folder, CancelCheck());
-			return FToolOutcome{ true, Utf8Text::Count(Entries.size(), "entry", "entries") };
+			bIsReadable = ListFolder(Files, Folder, CancelCheck(), Entries);
+			return FToolOutcome{ bIsReadable, bIsReadable ? Utf8Text::Count(Entries.size(), "entry", "entries") : std::string("Not read") };
 		});
 		if (!bIsAlive)
 		{
 			return false;
 		}
 		std::string Text = AnswerMarkdown::InlineCode(Folder.Relative.empty() ? Folder.Absolute : Folder.Relative + '/', 160);
+		if (!bIsReadable)
+		{
+			Answer(Text + " cannot be read. Check that it still exists and that you may look into it.\n");
+			return true;
+		}
 		if (Entries.empty())
 		{
 			Answer(Text + " is empty, or holds only what is ignored (version control, build output, saved data).\n");
@@ -383,8 +393,8 @@ namespace Velmora
 		});
 		const bool bIsListed = bIsCounted && RunTool("list_directory", "list", "Directory", { { "display_text", Name }, { "path", "." } }, [&]
 		{
-			Entries = ListFolder(Files, Project, CancelCheck());
-			return FToolOutcome{ true, Utf8Text::Count(Entries.size(), "entry", "entries") };
+			const bool bIsReadable = ListFolder(Files, Project, CancelCheck(), Entries);
+			return FToolOutcome{ bIsReadable, bIsReadable ? Utf8Text::Count(Entries.size(), "entry", "entries") : std::string("Not read") };
 		});
 		if (!bIsListed)
 		{
