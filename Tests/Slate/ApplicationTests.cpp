@@ -5,12 +5,15 @@
 #include "Host/HostTasks.h"
 #include "Styling/AppStyle.h"
 #include "Widgets/Images/SImage.h"
+#include "Widgets/Input/SComboBox.h"
+#include "Widgets/Input/SMultiLineEditableTextBox.h"
 #include "Widgets/Layout/SBorder.h"
 #include "Widgets/Layout/SBox.h"
 #include "Widgets/SBoxPanel.h"
 #include "Widgets/SCompoundWidget.h"
 #include "Widgets/SLeafWidget.h"
 #include "Widgets/SOverlay.h"
+#include "Widgets/Text/STextBlock.h"
 
 #include "Slate/Private/Framework/Application/FrameRunner.h"
 #include "Slate/Private/Framework/Application/LayerStack.h"
@@ -337,6 +340,107 @@ TEST_F(FApplicationTest, AModalWindowCutsOffWhatLiesBelowAndReturnsWhenClosed)
 	PumpFrame();
 	ClickAt(FVector2D(10, 10));
 	EXPECT_EQ(Log.size(), 3u);
+}
+
+TEST_F(FApplicationTest, WhatAModalWindowCoversGetsNoKeys)
+{
+	const TSharedRef<SProbe> Below = SNew(SProbe).Tag("Below").Focusable(true).Log(&Log);
+	Show(InCorner(Below));
+	App().SetKeyboardFocus(Below, EFocusCause::SetDirectly);
+	Log.clear();
+	const auto Type = [this](const FKey& Key) { App().GetMessageHandler().OnKeyDown(Key, FModifierKeysState(), false); };
+	int32 Frames = 0;
+	App().SetFrameHook([&]()
+	{
+		FHostClock::Advance(1.0 / 60.0);
+		if (++Frames == 3)
+		{
+			EXPECT_FALSE(App().SetKeyboardFocus(Below, EFocusCause::SetDirectly));
+		}
+		// From the first frame on, before the window was laid out.
+		Type(Frames < 5 ? EKeys::A : EKeys::Escape);
+		if (Frames > 20)
+		{
+			ADD_FAILURE() << "the window does not close";
+			App().RequestExit();
+		}
+	});
+	App().AddModalWindow(SNew(SWindow).ClientSize(FVector2D(300, 100))[SNew(SBox)], nullptr);
+	App().SetFrameHook(nullptr);
+	EXPECT_EQ(Log, (FTextList{ "Below blur", "Below focus" })) << "it comes back when the window is gone";
+	PressKey("B");
+	EXPECT_EQ(Log.back(), "Below key B");
+}
+
+TEST_F(FApplicationTest, WhatHasLeftTheWindowGetsNoKeysAndKeepsNoPopup)
+{
+	const TSharedRef<SProbe> Gone = SNew(SProbe).Focusable(true).Log(&Log);
+	Show(InCorner(Gone));
+	App().SetKeyboardFocus(Gone, EFocusCause::SetDirectly);
+	const TSharedRef<IMenu> Menu = App().PushMenu(Gone, SNew(SBox), GetRect(*Gone), MenuPlacement_BelowAnchor, false);
+	PumpFrame();
+	EXPECT_TRUE(Menu->IsOpen());
+	Log.clear();
+	Show(InCorner(SNew(SBox)));
+	PressKey("A");
+	EXPECT_EQ(Log, FTextList());
+	EXPECT_FALSE(Menu->IsOpen());
+}
+
+TEST_F(FApplicationTest, AWindowOfOnePixelStaysAlive)
+{
+	FString Pasted = FString::ChrN(3000, TEXT('x'));
+	Pasted.AppendChar(TCHAR(0));
+	Pasted.AppendChar(TCHAR(0xD800));
+	Pasted += TEXT("\ny\n");
+	const TSharedRef<SMultiLineEditableTextBox> Box = SNew(SMultiLineEditableTextBox).AutoWrapText(true);
+	TArray<TSharedPtr<int32>> Options;
+	for (int32 Index = 0; Index < 30; ++Index)
+	{
+		Options.Add(MakeShared<int32>(Index));
+	}
+	const auto MakeOption = [](TSharedPtr<int32> Option) -> TSharedRef<SWidget> { return SNew(STextBlock).Text(FText::AsNumber(*Option)); };
+	const TSharedRef<SComboBox<TSharedPtr<int32>>> Combo = SNew(SComboBox<TSharedPtr<int32>>).OptionsSource(&Options).OnGenerateWidget_Lambda(MakeOption)[SNew(SBox)];
+	// clang-format off
+	Show(SNew(SVerticalBox)
+		+ SVerticalBox::Slot().FillHeight(1.0f)[ Box ]
+		+ SVerticalBox::Slot().AutoHeight()[ Combo ]
+		+ SVerticalBox::Slot().AutoHeight()[ SNew(STextBlock).Text(FText::FromString(Pasted)).AutoWrapText(true) ]);
+	// clang-format on
+	App().SetKeyboardFocus(Box, EFocusCause::SetDirectly);
+	Combo->SetIsOpen(true);
+	PumpFrame();
+	for (const int32 Side : { 1, 3, 1, 600 })
+	{
+		Resize(Side, Side);
+		PumpFrame();
+		Box->InsertTextAtCursor(Pasted);
+		PressKey("PageUp");
+		PressKey("CTRL+Home");
+		PressKey("SHIFT+CTRL+End");
+		ClickAt(FVector2D(0, 0), 2);
+		Combo->SetIsOpen(true);
+		PressKey("Down");
+		PumpFrame();
+	}
+	EXPECT_EQ(Box->GetText().ToString().Len(), 4 * Pasted.Len());
+}
+
+TEST_F(FApplicationTest, ClosingAPopupMayRunFrames)
+{
+	const TSharedRef<SProbe> Owner = SNew(SProbe);
+	Show(InCorner(Owner));
+	const auto Open = [&]() { return App().PushMenu(Owner, SNew(SBox).WidthOverride(20.0f).HeightOverride(20.0f), GetRect(*Owner), MenuPlacement_BelowAnchor, false); };
+	const TSharedRef<IMenu> First = Open();
+	const TSharedRef<IMenu> Second = Open();
+	PumpFrame();
+	Second->GetOnMenuDismissed().AddLambda([this](TSharedRef<IMenu>)
+	{
+		App().DismissAllMenus();
+		App().Tick();
+	});
+	ClickAt(FVector2D(400, 300));
+	EXPECT_FALSE(First->IsOpen() || Second->IsOpen());
 }
 
 TEST(PopupPlacement, StaysInTheWindow)

@@ -139,17 +139,17 @@ TEST_F(FTextBlock, TooLongTextIsCutOff)
 		EXPECT_LE(Run.Clip.Right, 60.0f) << "no glyph outside its widget";
 	}
 	ASSERT_TRUE(Elided->Elided.IsValid());
-	EXPECT_LE(Elided->Elided->GetUnwrappedWidth(), 60.0f);
-	EXPECT_GT(Elided->Elided->GetUnwrappedWidth(), 40.0f);
+	EXPECT_LE(Elided->Elided->Paragraph->GetUnwrappedWidth(), 60.0f);
+	EXPECT_GT(Elided->Elided->Paragraph->GetUnwrappedWidth(), 40.0f);
 	EXPECT_FALSE(Clipped->Elided.IsValid());
 
 	// A room too small for anything, and graphemes of several units, must not hang or split.
 	Elided->SetText(FText::FromString(TEXT("\U0001F468\u200D\U0001F469\u200D\U0001F467\U0001F468\u200D\U0001F469\u200D\U0001F467\U0001F468\u200D\U0001F469\u200D\U0001F467 family")));
 	PumpFrame();
-	EXPECT_LE(Elided->Elided->GetUnwrappedWidth(), 60.0f);
+	EXPECT_LE(Elided->Elided->Paragraph->GetUnwrappedWidth(), 60.0f);
 	Elided->SetText(FText::FromString(FString(1, TEXT("\xD800")) + TEXT("lone surrogate at the start")));
 	PumpFrame();
-	EXPECT_LE(Elided->Elided->GetUnwrappedWidth(), 60.0f);
+	EXPECT_LE(Elided->Elided->Paragraph->GetUnwrappedWidth(), 60.0f);
 }
 
 TEST_F(FTextBlock, JustificationMovesLines)

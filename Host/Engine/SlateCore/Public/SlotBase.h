@@ -6,6 +6,36 @@
 
 class SWidget;
 
+/** An attribute that is seldom bound: while it is not, it takes little more room than its value. */
+template <typename ObjectType>
+class TSlotAttribute
+{
+public:
+	TSlotAttribute(const ObjectType& InValue)
+		: Value(InValue)
+	{
+	}
+	TSlotAttribute& operator=(const TAttribute<ObjectType>& Attribute)
+	{
+		if (Attribute.IsBound())
+		{
+			Bound = MakeUnique<TAttribute<ObjectType>>(Attribute);
+		}
+		else
+		{
+			Bound.Reset();
+			Value = Attribute.Get();
+		}
+		return *this;
+	}
+	ObjectType Get() const { return Bound ? Bound->Get() : Value; }
+	bool IsBound() const { return Bound.IsValid(); }
+
+private:
+	ObjectType Value;
+	TUniquePtr<TAttribute<ObjectType>> Bound;
+};
+
 /** Holds one child of a widget and keeps the child's link to its parent. */
 class SLATECORE_API FSlotBase
 {
@@ -23,6 +53,8 @@ public:
 	void DetachWidget();
 	void SetOwner(SWidget* InOwner);
 	SWidget* GetOwnerWidget() const { return Owner; }
+	/** True when an attribute of the slot that can change its size is bound. */
+	bool HasSizeBinding() const { return bBindingNoted; }
 	/** Asks for a new layout of a widget; for templates that do not see its class. */
 	static void InvalidateWidget(SWidget& Widget);
 
@@ -94,7 +126,7 @@ public:
 	EVerticalAlignment GetVerticalAlignment() const { return VAlignment; }
 	void SetPadding(TAttribute<FMargin> InPadding)
 	{
-		PaddingAttribute = MoveTemp(InPadding);
+		PaddingAttribute = InPadding;
 		NoteBinding(PaddingAttribute.IsBound());
 		InvalidateLayout();
 	}
@@ -125,7 +157,7 @@ protected:
 	}
 
 private:
-	TAttribute<FMargin> PaddingAttribute = FMargin(0.0f);
+	TSlotAttribute<FMargin> PaddingAttribute = FMargin(0.0f);
 	EHorizontalAlignment HAlignment = HAlign_Fill;
 	EVerticalAlignment VAlignment = VAlign_Fill;
 };

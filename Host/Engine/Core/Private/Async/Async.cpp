@@ -56,6 +56,10 @@ namespace
 			int32 Count = 0;
 			for (;; ++Count)
 			{
+				if (MaxPerRun > 0 && Count >= MaxPerRun)
+				{
+					return Count;
+				}
 				FTask Task;
 				{
 					const std::lock_guard<std::mutex> Lock(Mutex);
@@ -69,6 +73,8 @@ namespace
 				Task();
 			}
 		}
+
+		void SetMaxPerRun(int32 Count) { MaxPerRun = Count; }
 
 		bool HasPending()
 		{
@@ -94,6 +100,8 @@ namespace
 		std::mutex Mutex;
 		std::deque<std::pair<uint64, FTask>> Queue;
 		uint64 NextNumber = 0;
+		/** Game thread alone. */
+		int32 MaxPerRun = 0;
 		std::shared_ptr<const TFunction<void()>> WakeHook;
 	};
 
@@ -344,6 +352,11 @@ void FHostTasks::SetGameThread()
 int32 FHostTasks::RunGameThreadTasks()
 {
 	return GetGameThreadQueue().Run();
+}
+
+void FHostTasks::SetMaxTasksPerRun(int32 Count)
+{
+	GetGameThreadQueue().SetMaxPerRun(Count);
 }
 
 bool FHostTasks::HasPending()

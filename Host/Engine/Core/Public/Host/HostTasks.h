@@ -16,6 +16,8 @@ public:
 	 * @return How many it ran itself.
 	 */
 	static int32 RunGameThreadTasks();
+	/** Bounds how many tasks one call of RunGameThreadTasks runs; zero, as at the start, for all that wait. Game thread. */
+	static void SetMaxTasksPerRun(int32 Count);
 	/** Whether a game-thread task waits. Any thread. */
 	static bool HasPending();
 	/** Called after every queueing of a game-thread task, on the thread that queued it; must be quick. Empty removes it. */

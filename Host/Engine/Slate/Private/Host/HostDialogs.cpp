@@ -155,6 +155,19 @@ bool FHostDialogs::AnswerOpenDialog(const FString& ButtonName)
 	return true;
 }
 
+FString FHostDialogs::DismissOpenDialog()
+{
+	FDialogState& State = GetDialogState();
+	if (State.Open.IsEmpty())
+	{
+		return FString();
+	}
+	const TSharedRef<FDialogEntry> Entry = State.Open.Last();
+	const EAppReturnType::Type Answer = SMessageDialog::GetEscapeAnswer(Entry->Dialog.Type);
+	Entry->SetAnswer(Answer);
+	return SMessageDialog::GetLabel(Answer).ToString();
+}
+
 void FHostDialogs::QueueAnswer(const FString& ButtonName)
 {
 	GetDialogState().QueuedAnswers.Add(ButtonName);

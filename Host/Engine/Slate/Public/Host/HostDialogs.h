@@ -30,6 +30,8 @@ public:
 	static TArray<FHostOpenDialog> GetOpenDialogs();
 	/** Answers the topmost dialog by a button's name, ignoring case; it closes in the next frame. False when there is no such button or dialog. */
 	static bool AnswerOpenDialog(const FString& ButtonName);
+	/** Answers the topmost dialog as Escape does. Returns the button taken, empty without a dialog. */
+	static FString DismissOpenDialog();
 	/** Answers the next dialog that has such a button, without showing it. */
 	static void QueueAnswer(const FString& ButtonName);
 	/** True: dialogs open without a screen too and wait for AnswerOpenDialog or synthetic input. */

@@ -1,6 +1,10 @@
 #include "Widgets/SBoxPanel.h"
 
+#include "Host/ChildWatch.h"
 #include "Layout/LayoutUtils.h"
+
+#include <algorithm>
+#include <array>
 
 SBoxPanel::FSlotArguments& SBoxPanel::FSlotArguments::SetAuto()
 {
@@ -29,42 +33,40 @@ SBoxPanel::FSlotArguments& SBoxPanel::FSlotArguments::SetMin(TAttribute<float> S
 
 void SBoxPanel::FSlot::Construct(const FSlotArguments& Arguments)
 {
-	Size = Arguments._Size;
+	SizeRule = Arguments._Size.SizeRule;
+	Weight = Arguments._Size.Value;
 	MaxSize = Arguments._MaxSize;
 	MinSize = Arguments._MinSize;
 	ConstructLayout(Arguments);
 	// One note is enough for all attributes of a slot.
-	NoteBinding(Arguments._Padding.IsBound() || Size.Value.IsBound() || MaxSize.IsBound() || MinSize.IsBound());
+	NoteBinding(Arguments._Padding.IsBound() || Weight.IsBound() || MaxSize.IsBound() || MinSize.IsBound());
 }
 
 void SBoxPanel::FSlot::SetMaxHeight(TAttribute<float> InSize)
 {
-	MaxSize = MoveTemp(InSize);
+	MaxSize = InSize;
 	InvalidateLayout();
 }
 
 void SBoxPanel::FSlot::SetAuto()
 {
-	Size.SizeRule = FSizeParam::SizeRule_Auto;
+	SizeRule = FSizeParam::SizeRule_Auto;
 	InvalidateLayout();
 }
 
-void SBoxPanel::FSlot::SetFill(TAttribute<float> Weight)
+void SBoxPanel::FSlot::SetFill(TAttribute<float> InWeight)
 {
-	Size.SizeRule = FSizeParam::SizeRule_Stretch;
-	Size.Value = MoveTemp(Weight);
+	SizeRule = FSizeParam::SizeRule_Stretch;
+	Weight = InWeight;
 	InvalidateLayout();
-}
-
-SBoxPanel::SBoxPanel(EOrientation InOrientation)
-	: Children(this)
-	, Orientation(InOrientation)
-{
-	SetCanTick(false);
 }
 
 namespace
 {
+	/** Panels of fewer children are as quick without keeping anything. */
+	constexpr int32 LongPanel = 32;
+	bool bMeasureEveryBoxChild = false;
+
 	float ClampToSlotLimits(float Size, const SBoxPanel::FSlot& Slot)
 	{
 		const float Max = Slot.GetMaxSize();
@@ -76,11 +78,174 @@ namespace
 	}
 }
 
+struct SBoxPanel::FKeptSizes
+{
+	FChildWatch Watch;
+	/** Of each child along and across the panel, padding included; zero for collapsed ones. */
+	TArray<double> Lengths;
+	TArray<double> Acrosses;
+	/** Start of each child, and the end of the last. */
+	TArray<double> Starts;
+	/** The first child whose length has changed since the starts were made. */
+	int32 FirstChanged = 0;
+	double MaxAcross = 0.0;
+	/** How far a child may reach out of its slot by negative padding. */
+	float Overhang = 0.0f;
+	/** The largest across was taken away. */
+	bool bMaxAcrossStale = false;
+	/** Children share room, or starts do not grow, so that places cannot be looked up. */
+	bool bUnsearchable = false;
+
+	void Update()
+	{
+		if (bMaxAcrossStale)
+		{
+			bMaxAcrossStale = false;
+			MaxAcross = Acrosses.Num() > 0 ? FMath::Max(*std::max_element(Acrosses.GetData(), Acrosses.GetData() + Acrosses.Num()), 0.0) : 0.0;
+		}
+		const int32 Count = Lengths.Num();
+		if (Starts.Num() != Count + 1)
+		{
+			Starts.SetNum(Count + 1);
+			FirstChanged = 0;
+		}
+		Starts[0] = 0.0;
+		for (int32 Index = FirstChanged; Index < Count; ++Index)
+		{
+			Starts[Index + 1] = Starts[Index] + Lengths[Index];
+		}
+		FirstChanged = Count;
+	}
+};
+
+SBoxPanel::SBoxPanel(EOrientation InOrientation)
+	: Children(this)
+	, Orientation(InOrientation)
+{
+	SetCanTick(false);
+}
+
+SBoxPanel::~SBoxPanel() = default;
+
+void SBoxPanel::SetMeasureEverything(bool bInMeasureEverything)
+{
+	bMeasureEveryBoxChild = bInMeasureEverything;
+}
+
+void SBoxPanel::PrepassChildren(float LayoutScale, bool bOwnChange)
+{
+	const int32 Count = Children.Num();
+	if (Count < LongPanel || bMeasureEveryBoxChild)
+	{
+		Kept.Reset();
+		SPanel::PrepassChildren(LayoutScale, bOwnChange);
+		return;
+	}
+	const auto Measure = [this, LayoutScale, Count](int32 Index)
+	{
+		SWidget& Child = Children.GetChildRefAt(Index);
+		if (!Child.GetVisibility().IsCollapsed())
+		{
+			Child.SlatePrepass(LayoutScale);
+		}
+		// A bound function may have added or removed children; the next measuring is asked for then.
+		if (Children.Num() != Count)
+		{
+			return false;
+		}
+		Kept->Watch.SetBound(Index, Child.HasSizeBindings() || Children[Index].HasSizeBinding());
+		KeepSize(Index);
+		return true;
+	};
+	if (!Kept || bOwnChange || !HasKeptSizes())
+	{
+		Kept = MakeUnique<FKeptSizes>();
+		WatchChildren();
+		Kept->Watch.Reset(Count);
+		Kept->Lengths.SetNumZeroed(Count);
+		Kept->Acrosses.SetNumZeroed(Count);
+		for (int32 Index = 0; Index < Count; ++Index)
+		{
+			SetChildNumber(Children.GetChildRefAt(Index), Index);
+		}
+		for (int32 Index = 0; Index < Count && Measure(Index); ++Index)
+		{
+		}
+		return;
+	}
+	const TArray<int32> Changed = Kept->Watch.TakeChanged();
+	for (const int32 Index : Changed)
+	{
+		if (!Measure(Index))
+		{
+			return;
+		}
+	}
+	for (const int32 Index : Kept->Watch.GetBound())
+	{
+		if (!Measure(Index))
+		{
+			return;
+		}
+	}
+}
+
+void SBoxPanel::OnChildChanged(SWidget& Child)
+{
+	const int32 Index = GetChildNumber(Child);
+	if (Kept && Index >= 0 && Index < Children.Num() && &Children.GetChildRefAt(Index) == &Child)
+	{
+		Kept->Watch.NoteChanged(Index);
+	}
+}
+
+void SBoxPanel::KeepSize(int32 Index) const
+{
+	const bool bVertical = Orientation == Orient_Vertical;
+	const FSlot& Slot = Children[Index];
+	const SWidget& Child = Slot.GetWidgetRef();
+	double Length = 0.0;
+	double Across = 0.0;
+	if (!Child.GetVisibility().IsCollapsed())
+	{
+		const FVector2D& Desired = Child.GetDesiredSize();
+		const FMargin Margin = Slot.GetPadding();
+		const FVector2D Padding = Margin.GetDesiredSize();
+		Length = ClampToSlotLimits(static_cast<float>(bVertical ? Desired.Y : Desired.X), Slot) + (bVertical ? Padding.Y : Padding.X);
+		Across = bVertical ? Desired.X + Padding.X : Desired.Y + Padding.Y;
+		const float Before = bVertical ? Margin.Top : Margin.Left;
+		const float After = bVertical ? Margin.Bottom : Margin.Right;
+		Kept->Overhang = FMath::Max(Kept->Overhang, FMath::Max(-Before, -After));
+		Kept->bUnsearchable = Kept->bUnsearchable || !Slot.IsAuto() || !(Length >= 0.0);
+	}
+	if (Kept->Lengths[Index] != Length)
+	{
+		Kept->Lengths[Index] = Length;
+		Kept->FirstChanged = FMath::Min(Kept->FirstChanged, Index);
+	}
+	if (Kept->Acrosses[Index] != Across)
+	{
+		Kept->bMaxAcrossStale = Kept->bMaxAcrossStale || Kept->Acrosses[Index] >= Kept->MaxAcross;
+		Kept->MaxAcross = FMath::Max(Kept->MaxAcross, Across);
+		Kept->Acrosses[Index] = Across;
+	}
+}
+
+bool SBoxPanel::HasKeptSizes() const
+{
+	return Kept && Kept->Lengths.Num() == Children.Num();
+}
+
 FVector2D SBoxPanel::ComputeDesiredSize(float LayoutScaleMultiplier) const
 {
+	const bool bVertical = Orientation == Orient_Vertical;
+	if (HasKeptSizes())
+	{
+		Kept->Update();
+		return bVertical ? FVector2D(Kept->MaxAcross, Kept->Starts.Last()) : FVector2D(Kept->Starts.Last(), Kept->MaxAcross);
+	}
 	double Along = 0.0;
 	double Across = 0.0;
-	const bool bVertical = Orientation == Orient_Vertical;
 	for (int32 Index = 0; Index < Children.Num(); ++Index)
 	{
 		const FSlot& Slot = Children[Index];
@@ -100,6 +265,78 @@ FVector2D SBoxPanel::ComputeDesiredSize(float LayoutScaleMultiplier) const
 
 void SBoxPanel::OnArrangeChildren(const FGeometry& AllottedGeometry, FArrangedChildren& ArrangedChildren) const
 {
+	if (Kept && NeedsPrepass())
+	{
+		// Something was set since the prepass; it is measured where it is met.
+		GetDesiredSize();
+	}
+	if (HasKeptSizes() && !Kept->bUnsearchable)
+	{
+		ArrangeKept(AllottedGeometry, ArrangedChildren);
+	}
+	else
+	{
+		ArrangeAll(AllottedGeometry, ArrangedChildren);
+	}
+}
+
+void SBoxPanel::ArrangeKept(const FGeometry& AllottedGeometry, FArrangedChildren& ArrangedChildren) const
+{
+	// What is bound may have changed within this frame.
+	for (const int32 Index : Kept->Watch.GetBound())
+	{
+		KeepSize(Index);
+	}
+	Kept->Update();
+	const double* Starts = Kept->Starts.GetData();
+	const int32 Count = Children.Num();
+	int32 First = 0;
+	double End = Starts[Count];
+	if (const FSlateRect* Clip = ArrangedChildren.GetClip())
+	{
+		const bool bVertical = Orientation == Orient_Vertical;
+		const double Scale = AllottedGeometry.GetAccumulatedScale();
+		const double Corner = bVertical ? AllottedGeometry.GetAbsolutePosition().Y : AllottedGeometry.GetAbsolutePosition().X;
+		// A unit more than needed: what lies just outside costs little, what is missing would be seen.
+		const double Margin = Kept->Overhang + 1.0;
+		const double ViewBegin = ((bVertical ? Clip->Top : Clip->Left) - Corner) / Scale - Margin;
+		const double ViewEnd = ((bVertical ? Clip->Bottom : Clip->Right) - Corner) / Scale + Margin;
+		// Starts[i + 1] is where child i ends.
+		First = static_cast<int32>(std::lower_bound(Starts + 1, Starts + 1 + Count, ViewBegin) - (Starts + 1));
+		End = FMath::Min(End, ViewEnd);
+	}
+	for (int32 Index = First; Index < Count && Starts[Index] <= End; ++Index)
+	{
+		const FSlot& Slot = Children[Index];
+		if (Slot.GetWidgetRef().GetVisibility().IsCollapsed())
+		{
+			continue;
+		}
+		const FMargin Padding = Slot.GetPadding();
+		const float Pads = Orientation == Orient_Vertical ? Padding.Top + Padding.Bottom : Padding.Left + Padding.Right;
+		ArrangeChild(AllottedGeometry, Index, Starts[Index], static_cast<float>(Kept->Lengths[Index]) - Pads, ArrangedChildren);
+	}
+}
+
+void SBoxPanel::ArrangeChild(const FGeometry& AllottedGeometry, int32 Index, double Start, float Along, FArrangedChildren& ArrangedChildren) const
+{
+	const bool bVertical = Orientation == Orient_Vertical;
+	const FVector2D& Size = AllottedGeometry.GetLocalSize();
+	const FSlot& Slot = Children[Index];
+	const TSharedRef<SWidget>& Widget = Slot.GetWidget();
+	const FMargin Padding = Slot.GetPadding();
+	const FVector2D& Desired = Widget->GetDesiredSize();
+	const float SlotAlong = Along + (bVertical ? Padding.Top + Padding.Bottom : Padding.Left + Padding.Right);
+	const float SlotX = bVertical ? static_cast<float>(Size.X) : SlotAlong;
+	const float SlotY = bVertical ? SlotAlong : static_cast<float>(Size.Y);
+	const FAlignedAxis X = AlignChild(Slot.GetHorizontalAlignment(), SlotX, static_cast<float>(Desired.X), Padding);
+	const FAlignedAxis Y = AlignChild(Slot.GetVerticalAlignment(), SlotY, static_cast<float>(Desired.Y), Padding);
+	const FVector2D Position = bVertical ? FVector2D(X.Offset, Start + Y.Offset) : FVector2D(Start + X.Offset, Y.Offset);
+	ArrangedChildren.AddWidget(Widget->GetVisibility(), FArrangedWidget(Widget, AllottedGeometry.MakeChild(Position, FVector2D(X.Size, Y.Size))));
+}
+
+void SBoxPanel::ArrangeAll(const FGeometry& AllottedGeometry, FArrangedChildren& ArrangedChildren) const
+{
 	const bool bVertical = Orientation == Orient_Vertical;
 	const FVector2D& Size = AllottedGeometry.GetLocalSize();
 	const float TotalAlong = static_cast<float>(bVertical ? Size.Y : Size.X);
@@ -111,8 +348,15 @@ void SBoxPanel::OnArrangeChildren(const FGeometry& AllottedGeometry, FArrangedCh
 		float Weight;
 		bool bOpen;
 	};
-	TArray<FChild> Laid;
-	Laid.Reserve(Children.Num());
+	// Most panels are short and need no memory of their own here.
+	std::array<FChild, LongPanel> Few;
+	TArray<FChild> Many;
+	if (Children.Num() > LongPanel)
+	{
+		Many.SetNumUninitialized(Children.Num());
+	}
+	FChild* const Laid = Many.Num() > 0 ? Many.GetData() : Few.data();
+	int32 LaidCount = 0;
 	float Fixed = 0.0f;
 	float WeightSum = 0.0f;
 	for (int32 Index = 0; Index < Children.Num(); ++Index)
@@ -125,18 +369,18 @@ void SBoxPanel::OnArrangeChildren(const FGeometry& AllottedGeometry, FArrangedCh
 		}
 		const FMargin Padding = Slot.GetPadding();
 		Fixed += bVertical ? Padding.Top + Padding.Bottom : Padding.Left + Padding.Right;
-		if (Slot.GetSizeRule().SizeRule == FSizeParam::SizeRule_Auto)
+		if (Slot.IsAuto())
 		{
 			const FVector2D& Desired = Child.GetDesiredSize();
 			const float Along = ClampToSlotLimits(static_cast<float>(bVertical ? Desired.Y : Desired.X), Slot);
 			Fixed += Along;
-			Laid.Add({ Index, Along, 0.0f, false });
+			Laid[LaidCount++] = { Index, Along, 0.0f, false };
 		}
 		else
 		{
-			const float Weight = FMath::Max(Slot.GetSizeRule().Value.Get(), 0.0f);
+			const float Weight = FMath::Max(Slot.GetWeight(), 0.0f);
 			WeightSum += Weight;
-			Laid.Add({ Index, 0.0f, Weight, true });
+			Laid[LaidCount++] = { Index, 0.0f, Weight, true };
 		}
 	}
 
@@ -147,20 +391,20 @@ void SBoxPanel::OnArrangeChildren(const FGeometry& AllottedGeometry, FArrangedCh
 		bSettled = true;
 		float ClosedSize = 0.0f;
 		float ClosedWeight = 0.0f;
-		for (FChild& Child : Laid)
+		for (FChild* Child = Laid; Child != Laid + LaidCount; ++Child)
 		{
-			if (!Child.bOpen)
+			if (!Child->bOpen)
 			{
 				continue;
 			}
-			const float Share = WeightSum > 0.0f ? Remaining * Child.Weight / WeightSum : 0.0f;
-			const float Limited = ClampToSlotLimits(Share, Children[Child.Index]);
-			Child.Along = Limited;
+			const float Share = WeightSum > 0.0f ? Remaining * Child->Weight / WeightSum : 0.0f;
+			const float Limited = ClampToSlotLimits(Share, Children[Child->Index]);
+			Child->Along = Limited;
 			if (Limited != Share)
 			{
-				Child.bOpen = false;
+				Child->bOpen = false;
 				ClosedSize += Limited;
-				ClosedWeight += Child.Weight;
+				ClosedWeight += Child->Weight;
 				bSettled = false;
 			}
 		}
@@ -168,21 +412,12 @@ void SBoxPanel::OnArrangeChildren(const FGeometry& AllottedGeometry, FArrangedCh
 		WeightSum -= ClosedWeight;
 	}
 
-	float Offset = 0.0f;
-	for (const FChild& Child : Laid)
+	double Start = 0.0;
+	for (const FChild* Child = Laid; Child != Laid + LaidCount; ++Child)
 	{
-		const FSlot& Slot = Children[Child.Index];
-		const TSharedRef<SWidget>& Widget = Slot.GetWidget();
-		const FMargin Padding = Slot.GetPadding();
-		const FVector2D& Desired = Widget->GetDesiredSize();
-		const float SlotAlong = Child.Along + (bVertical ? Padding.Top + Padding.Bottom : Padding.Left + Padding.Right);
-		const float SlotX = bVertical ? static_cast<float>(Size.X) : SlotAlong;
-		const float SlotY = bVertical ? SlotAlong : static_cast<float>(Size.Y);
-		const FAlignedAxis X = AlignChild(Slot.GetHorizontalAlignment(), SlotX, static_cast<float>(Desired.X), Padding);
-		const FAlignedAxis Y = AlignChild(Slot.GetVerticalAlignment(), SlotY, static_cast<float>(Desired.Y), Padding);
-		const FVector2D Position = bVertical ? FVector2D(X.Offset, Offset + Y.Offset) : FVector2D(Offset + X.Offset, Y.Offset);
-		ArrangedChildren.AddWidget(Widget->GetVisibility(), FArrangedWidget(Widget, AllottedGeometry.MakeChild(Position, FVector2D(X.Size, Y.Size))));
-		Offset += SlotAlong;
+		const FMargin Padding = Children[Child->Index].GetPadding();
+		ArrangeChild(AllottedGeometry, Child->Index, Start, Child->Along, ArrangedChildren);
+		Start += Child->Along + (bVertical ? Padding.Top + Padding.Bottom : Padding.Left + Padding.Right);
 	}
 }
 

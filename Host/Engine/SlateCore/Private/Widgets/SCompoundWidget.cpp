@@ -44,7 +44,7 @@ FWidgetStyle SCompoundWidget::GetChildStyle(const FWidgetStyle& InWidgetStyle) c
 
 int32 SCompoundWidget::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect, FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const
 {
-	FArrangedChildren Arranged(EVisibility::Visible);
+	FArrangedChildren Arranged(EVisibility::Visible, OutDrawElements.GetClip());
 	ArrangeChildren(AllottedGeometry, Arranged);
 	return PaintArrangedChildren(Args, Arranged, MyCullingRect, OutDrawElements, LayerId, GetChildStyle(InWidgetStyle), ShouldBeEnabled(bParentEnabled));
 }
@@ -77,7 +77,7 @@ void SCompoundWidget::OnArrangeChildren(const FGeometry& AllottedGeometry, FArra
 
 int32 SPanel::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect, FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const
 {
-	FArrangedChildren Arranged(EVisibility::Visible);
+	FArrangedChildren Arranged(EVisibility::Visible, OutDrawElements.GetClip());
 	ArrangeChildren(AllottedGeometry, Arranged);
 	return PaintArrangedChildren(Args, Arranged, MyCullingRect, OutDrawElements, LayerId, InWidgetStyle, ShouldBeEnabled(bParentEnabled));
 }

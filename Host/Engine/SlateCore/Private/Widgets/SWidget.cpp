@@ -21,13 +21,31 @@ SWidget::~SWidget()
 	}
 }
 
+SWidget::FRareState& SWidget::GetRareState()
+{
+	if (!Rare)
+	{
+		Rare = MakeUnique<FRareState>();
+	}
+	return *Rare;
+}
+
 void SWidget::SWidgetConstruct(const FSlateBaseNamedArgs& Args)
 {
 	SetVisibility(Args._Visibility);
-	EnabledAttribute = Args._IsEnabled;
-	ToolTipText = Args._ToolTipText;
-	ToolTip = Args._ToolTip;
-	Cursor = Args._Cursor;
+	SetEnabled(Args._IsEnabled);
+	if (Args._ToolTipText.IsSet())
+	{
+		SetToolTipText(Args._ToolTipText);
+	}
+	if (Args._ToolTip)
+	{
+		SetToolTip(Args._ToolTip);
+	}
+	if (Args._Cursor.IsSet())
+	{
+		SetCursor(Args._Cursor);
+	}
 	RenderOpacity = Args._RenderOpacity;
 	if (Args._bClippingSet)
 	{
@@ -103,7 +121,11 @@ void SWidget::OnMouseCaptureLost()
 
 FCursorReply SWidget::OnCursorQuery(const FGeometry& MyGeometry, const FPointerEvent& CursorEvent) const
 {
-	const TOptional<EMouseCursor::Type> Wanted = Cursor.Get();
+	if (!Rare)
+	{
+		return FCursorReply::Unhandled();
+	}
+	const TOptional<EMouseCursor::Type> Wanted = Rare->Cursor.Get();
 	return Wanted.IsSet() ? FCursorReply::Cursor(Wanted.GetValue()) : FCursorReply::Unhandled();
 }
 
@@ -190,7 +212,7 @@ int32 SWidget::Paint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, 
 			++WidgetCounters.Ticked;
 			MutableThis->Tick(AllottedGeometry, Args.GetCurrentTime(), Args.GetDeltaTime());
 		}
-		if (ActiveTimers.Num() > 0)
+		if (Rare && Rare->ActiveTimers.Num() > 0)
 		{
 			MutableThis->RunActiveTimers(Args.GetCurrentTime());
 		}
@@ -240,10 +262,20 @@ void SWidget::Invalidate(EInvalidateWidgetReason InvalidateReason)
 	}
 	bNeedsPrepass = true;
 	// To the very top: an ancestor may have been measured while this subtree was collapsed and kept its marks.
+	SWidget* Child = this;
 	for (SWidget* Parent = ParentWidget; Parent; Parent = Parent->ParentWidget)
 	{
 		Parent->bDescendantNeedsPrepass = true;
+		if (Parent->bWatchesChildren)
+		{
+			Parent->OnChildChanged(*Child);
+		}
+		Child = Parent;
 	}
+}
+
+void SWidget::OnChildChanged(SWidget& Child)
+{
 }
 
 TSharedPtr<SWidget> SWidget::GetParentWidget() const
@@ -253,36 +285,55 @@ TSharedPtr<SWidget> SWidget::GetParentWidget() const
 
 void SWidget::SetVisibility(TAttribute<EVisibility> InVisibility)
 {
-	if (!InVisibility.IsBound() && !VisibilityAttribute.IsBound() && InVisibility.Get() == VisibilityAttribute.Get())
+	if (!InVisibility.IsBound() && !bVisibilityBound)
 	{
+		const EVisibility Wanted = InVisibility.Get();
+		if (Visibility != Wanted)
+		{
+			Visibility = Wanted;
+			Invalidate(EInvalidateWidgetReason::Layout);
+		}
 		return;
 	}
-	AssignSizeAttribute(VisibilityAttribute, MoveTemp(InVisibility));
+	AssignSizeAttribute(GetRareState().Visibility, MoveTemp(InVisibility));
+	bVisibilityBound = Rare->Visibility.IsBound();
+	if (!bVisibilityBound)
+	{
+		Visibility = Rare->Visibility.Get();
+	}
 }
 
 void SWidget::SetEnabled(TAttribute<bool> InEnabled)
 {
-	EnabledAttribute = MoveTemp(InEnabled);
+	bEnabledBound = InEnabled.IsBound();
+	if (bEnabledBound)
+	{
+		GetRareState().Enabled = MoveTemp(InEnabled);
+	}
+	else
+	{
+		bEnabled = InEnabled.Get();
+	}
 }
 
 void SWidget::SetToolTipText(const TAttribute<FText>& InToolTipText)
 {
-	ToolTipText = InToolTipText;
+	GetRareState().ToolTipText = InToolTipText;
 }
 
 void SWidget::SetToolTip(const TSharedPtr<IToolTip>& InToolTip)
 {
-	ToolTip = InToolTip;
+	GetRareState().ToolTip = InToolTip;
 }
 
 TSharedPtr<IToolTip> SWidget::GetToolTip()
 {
-	return ToolTip;
+	return Rare ? Rare->ToolTip : nullptr;
 }
 
 void SWidget::SetCursor(const TAttribute<TOptional<EMouseCursor::Type>>& InCursor)
 {
-	Cursor = InCursor;
+	GetRareState().Cursor = InCursor;
 }
 
 void SWidget::SetRenderOpacity(float InOpacity)
@@ -328,19 +379,23 @@ TSharedRef<FActiveTimerHandle> SWidget::RegisterActiveTimer(float TickPeriod, FW
 	const double Now = FPlatformTime::Seconds();
 	const TSharedRef<FActiveTimerHandle> Handle = MakeShared<FActiveTimerHandle>(TickPeriod, MoveTemp(TickFunction), Now + TickPeriod);
 	Handle->LastTime = Now;
-	ActiveTimers.Add(Handle);
+	GetRareState().ActiveTimers.Add(Handle);
 	return Handle;
 }
 
 void SWidget::UnRegisterActiveTimer(const TSharedRef<FActiveTimerHandle>& ActiveTimerHandle)
 {
-	ActiveTimers.RemoveAll([&ActiveTimerHandle](const TSharedRef<FActiveTimerHandle>& Timer) { return &Timer.Get() == &ActiveTimerHandle.Get(); });
+	if (!Rare)
+	{
+		return;
+	}
+	Rare->ActiveTimers.RemoveAll([&ActiveTimerHandle](const TSharedRef<FActiveTimerHandle>& Timer) { return &Timer.Get() == &ActiveTimerHandle.Get(); });
 }
 
 void SWidget::RunActiveTimers(double Now)
 {
 	// A copy: a timer may register or remove others.
-	const TArray<TSharedRef<FActiveTimerHandle>> Due = ActiveTimers;
+	const TArray<TSharedRef<FActiveTimerHandle>> Due = Rare->ActiveTimers;
 	for (const TSharedRef<FActiveTimerHandle>& Timer : Due)
 	{
 		if (Now < Timer->NextTime)
@@ -404,6 +459,11 @@ void SWidget::ChangeSizeBindings(int32 Delta)
 {
 	for (SWidget* Widget = this; Widget; Widget = Widget->ParentWidget)
 	{
+		const bool bHad = Widget->SizeBindingCount > 0;
 		Widget->SizeBindingCount += Delta;
+		if (Widget->ParentWidget && Widget->ParentWidget->bWatchesChildren && bHad != Widget->HasSizeBindings())
+		{
+			Widget->ParentWidget->OnChildChanged(*Widget);
+		}
 	}
 }

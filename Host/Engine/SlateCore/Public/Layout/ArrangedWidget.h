@@ -19,16 +19,25 @@ public:
 	TSharedRef<SWidget> Widget;
 };
 
-/** Collects the arranged children of one widget, passing over those that the caller does not want. */
-class FArrangedChildren
+/**
+ * Collects the arranged children of one widget, passing over those that the caller does not want. With a clip a panel may
+ * leave out what lies outside; without one it gives all. The list's memory is used again by the next one, so that walking
+ * a tree allocates nothing once it has been walked. Game thread only.
+ */
+class SLATECORE_API FArrangedChildren
 {
 public:
 	/** @param InFilter  Children without any of these properties are passed over; Visible takes what is painted. */
-	explicit FArrangedChildren(EVisibility InFilter)
-		: Filter(InFilter)
-	{
-	}
+	explicit FArrangedChildren(EVisibility InFilter);
+	/** @param InClip  What can be seen, in device pixels. */
+	FArrangedChildren(EVisibility InFilter, const FSlateRect& InClip);
+	~FArrangedChildren();
+	FArrangedChildren(const FArrangedChildren&) = delete;
+	FArrangedChildren& operator=(const FArrangedChildren&) = delete;
+
 	bool Accepts(EVisibility Visibility) const { return Filter == EVisibility::All || Visibility.IsVisible(); }
+	/** Null when everything is wanted. */
+	const FSlateRect* GetClip() const { return bHasClip ? &Clip : nullptr; }
 	void AddWidget(EVisibility Visibility, const FArrangedWidget& Widget)
 	{
 		if (Accepts(Visibility))
@@ -43,5 +52,7 @@ public:
 
 private:
 	EVisibility Filter;
+	bool bHasClip = false;
+	FSlateRect Clip;
 	TArray<FArrangedWidget> Array;
 };

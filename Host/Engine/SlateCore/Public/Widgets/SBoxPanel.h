@@ -18,6 +18,9 @@ struct FSizeParam
 /**
  * Lays its children out in a row or a column. Auto slots take their desired size, the others share what is left by
  * weight within their minimum and maximum. Collapsed children take no room, padding included.
+ *
+ * A long panel keeps the sizes of its children: it measures those that changed and those bound to something, finds the
+ * first child in view by search and leaves out what lies outside.
  */
 class SLATECORE_API SBoxPanel : public SPanel
 {
@@ -52,7 +55,9 @@ public:
 	public:
 		using FSlotArguments = SBoxPanel::FSlotArguments;
 		void Construct(const FSlotArguments& Arguments);
-		const FSizeParam& GetSizeRule() const { return Size; }
+		bool IsAuto() const { return SizeRule == FSizeParam::SizeRule_Auto; }
+		/** Share of what is left, for slots that are not auto. */
+		float GetWeight() const { return Weight.Get(); }
 		/** Zero means none. */
 		float GetMaxSize() const { return MaxSize.Get(); }
 		float GetMinSize() const { return MinSize.Get(); }
@@ -65,10 +70,11 @@ public:
 
 	private:
 		void SetAuto();
-		void SetFill(TAttribute<float> Weight);
-		FSizeParam Size;
-		TAttribute<float> MaxSize = 0.0f;
-		TAttribute<float> MinSize = 0.0f;
+		void SetFill(TAttribute<float> InWeight);
+		FSizeParam::ESizeRule SizeRule = FSizeParam::SizeRule_Stretch;
+		TSlotAttribute<float> Weight = 1.0f;
+		TSlotAttribute<float> MaxSize = 0.0f;
+		TSlotAttribute<float> MinSize = 0.0f;
 	};
 	using FScopedWidgetSlotArguments = TPanelChildren<FSlot>::FScopedWidgetSlotArguments;
 
@@ -83,17 +89,35 @@ public:
 	int32 RemoveSlot(const TSharedRef<SWidget>& SlotWidget) { return Children.Remove(SlotWidget); }
 	void ClearChildren() { Children.Empty(); }
 	virtual FChildren* GetChildren() override { return &Children; }
+	virtual ~SBoxPanel() override;
+
+	/** For tests: every child is measured and arranged each time, as if there were few. */
+	static void SetMeasureEverything(bool bInMeasureEverything);
 
 protected:
 	explicit SBoxPanel(EOrientation InOrientation);
 
 	virtual FVector2D ComputeDesiredSize(float LayoutScaleMultiplier) const override;
 	virtual void OnArrangeChildren(const FGeometry& AllottedGeometry, FArrangedChildren& ArrangedChildren) const override;
+	virtual void PrepassChildren(float LayoutScale, bool bOwnChange) override;
+	virtual void OnChildChanged(SWidget& Child) override;
 
 	TPanelChildren<FSlot> Children;
 
 private:
+	struct FKeptSizes;
+
+	/** Takes over what a child wants. */
+	void KeepSize(int32 Index) const;
+	/** True when what is kept stands for all children as they are. */
+	bool HasKeptSizes() const;
+	void ArrangeKept(const FGeometry& AllottedGeometry, FArrangedChildren& ArrangedChildren) const;
+	void ArrangeAll(const FGeometry& AllottedGeometry, FArrangedChildren& ArrangedChildren) const;
+	void ArrangeChild(const FGeometry& AllottedGeometry, int32 Index, double Start, float Along, FArrangedChildren& ArrangedChildren) const;
+
 	const EOrientation Orientation;
+	/** Of long panels only. */
+	TUniquePtr<FKeptSizes> Kept;
 };
 
 class SLATECORE_API SHorizontalBox : public SBoxPanel

@@ -83,6 +83,8 @@ public:
 	/** Marks the widget as changed. Layout and anything that moves children measures it again, and all above it. */
 	void Invalidate(EInvalidateWidgetReason InvalidateReason);
 	bool NeedsPrepass() const { return bNeedsPrepass || bDescendantNeedsPrepass; }
+	/** True when nothing here or below needs measuring at that scale, bound attributes aside. */
+	bool IsMeasuredAt(float LayoutScale) const { return !NeedsPrepass() && MeasuredScale == LayoutScale; }
 	/** True when a bound attribute here or below can change the size without being set. */
 	bool HasSizeBindings() const { return SizeBindingCount > 0; }
 
@@ -96,16 +98,16 @@ public:
 	const FGeometry& GetPaintSpaceGeometry() const { return CachedGeometry; }
 
 	// State.
-	EVisibility GetVisibility() const { return VisibilityAttribute.Get(); }
+	EVisibility GetVisibility() const { return bVisibilityBound ? Rare->Visibility.Get() : Visibility; }
 	void SetVisibility(TAttribute<EVisibility> InVisibility);
-	bool IsEnabled() const { return EnabledAttribute.Get(); }
+	bool IsEnabled() const { return bEnabledBound ? Rare->Enabled.Get() : bEnabled; }
 	void SetEnabled(TAttribute<bool> InEnabled);
 	bool ShouldBeEnabled(bool bParentEnabled) const { return bParentEnabled && IsEnabled(); }
 	void SetToolTipText(const TAttribute<FText>& InToolTipText);
 	void SetToolTip(const TSharedPtr<IToolTip>& InToolTip);
 	virtual TSharedPtr<IToolTip> GetToolTip();
 	/** The plain text of the tooltip, for drivers and tests; empty without one. */
-	FText GetToolTipText() const { return ToolTipText.Get(); }
+	FText GetToolTipText() const { return Rare ? Rare->ToolTipText.Get() : FText(); }
 	void SetCursor(const TAttribute<TOptional<EMouseCursor::Type>>& InCursor);
 	void SetRenderOpacity(float InOpacity);
 	float GetRenderOpacity() const { return RenderOpacity; }
@@ -167,6 +169,16 @@ protected:
 	 * @param bOwnChange  True when this widget itself was set or the scale has changed, so that nothing kept is to be trusted.
 	 */
 	virtual void PrepassChildren(float LayoutScale, bool bOwnChange);
+	/**
+	 * Asks for OnChildChanged. For panels of many children, which measure those that changed without looking at the others:
+	 * they number their children by SetChildNumber and read the number back.
+	 */
+	void WatchChildren() { bWatchesChildren = true; }
+	/** A child, or something below it, needs measuring, or its first size binding has come or its last one gone. */
+	virtual void OnChildChanged(SWidget& Child);
+	static void SetChildNumber(SWidget& Child, int32 Number) { Child.NumberInParent = Number; }
+	/** Of no meaning when the panel has not numbered this child. */
+	static int32 GetChildNumber(const SWidget& Child) { return Child.NumberInParent; }
 	/** Hook of widgets that clip to a part of their bounds. Device pixels. */
 	virtual FSlateRect GetClipRect(const FGeometry& AllottedGeometry) const { return AllottedGeometry.GetLayoutBoundingRect(); }
 
@@ -175,29 +187,42 @@ private:
 	friend class FSlateApplication;
 	friend class FInputRouter;
 
+	/** What few widgets have; kept apart, since there are many widgets. */
+	struct FRareState
+	{
+		TAttribute<EVisibility> Visibility = EVisibility();
+		TAttribute<bool> Enabled = true;
+		TAttribute<FText> ToolTipText;
+		TSharedPtr<IToolTip> ToolTip;
+		TAttribute<TOptional<EMouseCursor::Type>> Cursor;
+		TArray<TSharedRef<FActiveTimerHandle>> ActiveTimers;
+	};
+
+	FRareState& GetRareState();
 	void SetParent(SWidget* InParent);
 	void ChangeSizeBindings(int32 Delta);
 	void RunActiveTimers(double Now);
 
 	SWidget* ParentWidget = nullptr;
-	TAttribute<EVisibility> VisibilityAttribute = EVisibility();
-	TAttribute<bool> EnabledAttribute = true;
-	TAttribute<FText> ToolTipText;
-	TSharedPtr<IToolTip> ToolTip;
-	TAttribute<TOptional<EMouseCursor::Type>> Cursor;
-	TArray<TSharedRef<FActiveTimerHandle>> ActiveTimers;
 	// What panels ask of every child stands together.
 	mutable FVector2D DesiredSize = FVector2D(0, 0);
 	int32 SizeBindingCount = 0;
+	int32 NumberInParent = INDEX_NONE;
 	float MeasuredScale = 0.0f;
+	EVisibility Visibility;
 	bool bNeedsPrepass = true;
 	bool bDescendantNeedsPrepass = true;
-	mutable FGeometry CachedGeometry;
-	FName Tag;
-	FName TypeName;
-	float RenderOpacity = 1.0f;
-	EWidgetClipping Clipping = EWidgetClipping::Inherit;
+	bool bVisibilityBound = false;
+	bool bEnabledBound = false;
+	bool bEnabled = true;
+	bool bWatchesChildren = false;
 	bool bCanTick = true;
 	bool bIsHovered = false;
 	bool bIsDirectlyHovered = false;
+	EWidgetClipping Clipping = EWidgetClipping::Inherit;
+	float RenderOpacity = 1.0f;
+	TUniquePtr<FRareState> Rare;
+	mutable FGeometry CachedGeometry;
+	FName Tag;
+	FName TypeName;
 };

@@ -20,8 +20,8 @@ namespace
 		}
 	}
 
-	/** Appends the widgets under a point below Parent; true when something was hit. */
-	bool AppendHitPath(const FArrangedWidget& Parent, const FVector2D& Position, TArray<FArrangedWidget>& Path)
+	/** Appends the widgets under a point below Parent, of those in view; true when something was hit. */
+	bool AppendHitPath(const FArrangedWidget& Parent, const FVector2D& Position, const FSlateRect& View, TArray<FArrangedWidget>& Path)
 	{
 		const EVisibility Visibility = Parent.Widget->GetVisibility();
 		if (!Visibility.IsVisible())
@@ -38,11 +38,12 @@ namespace
 		Path.Add(Parent);
 		if (Visibility.AreChildrenHitTestVisible())
 		{
-			FArrangedChildren Children(EVisibility::Visible);
+			const FSlateRect Inner = bClips ? View.IntersectionWith(Parent.Geometry.GetLayoutBoundingRect()) : View;
+			FArrangedChildren Children(EVisibility::Visible, Inner);
 			Parent.Widget->ArrangeChildren(Parent.Geometry, Children);
 			for (int32 Index = Children.Num() - 1; Index >= 0; --Index)
 			{
-				if (AppendHitPath(Children[Index], Position, Path))
+				if (AppendHitPath(Children[Index], Position, Inner, Path))
 				{
 					return true;
 				}
@@ -63,6 +64,16 @@ namespace
 		{
 			++Path.EnabledCount;
 		}
+	}
+
+	TSharedRef<SWidget> GetRootOf(const TSharedRef<SWidget>& Widget)
+	{
+		TSharedRef<SWidget> Root = Widget;
+		while (const TSharedPtr<SWidget> Parent = Root->GetParentWidget())
+		{
+			Root = Parent.ToSharedRef();
+		}
+		return Root;
 	}
 
 	/** All widgets that the Tab key can reach, in tree order. */
@@ -108,6 +119,8 @@ FReply FInputRouter::Bubble(const FEventPath& Path, FReply (SWidget::*Handler)(c
 FEventPath FInputRouter::GetPathUnder(const FVector2D& Position) const
 {
 	FEventPath Path;
+	const FIntPoint WindowSize = Window.GetPixelSize();
+	const FSlateRect View(0.0f, 0.0f, static_cast<float>(WindowSize.X), static_cast<float>(WindowSize.Y));
 	const TArray<FLayer>& All = Layers.GetLayers();
 	for (int32 Index = All.Num() - 1; Index >= 0; --Index)
 	{
@@ -116,7 +129,7 @@ FEventPath FInputRouter::GetPathUnder(const FVector2D& Position) const
 		{
 			continue;
 		}
-		if (AppendHitPath(FArrangedWidget(Layer.Root, Layer.Geometry), Position, Path.Widgets) || Layer.bModal)
+		if (AppendHitPath(FArrangedWidget(Layer.Root, Layer.Geometry), Position, View, Path.Widgets) || Layer.bModal)
 		{
 			break;
 		}
@@ -136,24 +149,22 @@ FEventPath FInputRouter::MakePathTo(const TSharedPtr<SWidget>& Widget) const
 	return Path;
 }
 
-TSharedPtr<SWidget> FInputRouter::GetInputRoot() const
+bool FInputRouter::IsReachable(const TSharedRef<SWidget>& Widget) const
 {
-	// Popups take the keyboard only when they asked for it, so the root is the topmost window or the content.
-	const TArray<FLayer>& All = Layers.GetLayers();
-	for (int32 Index = All.Num() - 1; Index >= 0; --Index)
-	{
-		if (All[Index].bModal)
-		{
-			return All[Index].Root;
-		}
-	}
-	return All.Num() > 0 ? TSharedPtr<SWidget>(All[0].Root) : nullptr;
+	return Layers.TakesKeyboard(GetRootOf(Widget).Get());
+}
+
+TSharedPtr<SWidget> FInputRouter::GetReachableFocus() const
+{
+	const TSharedPtr<SWidget> Focused = FHostFocus::Get().Focused.Pin();
+	return Focused && IsReachable(Focused.ToSharedRef()) ? Focused : nullptr;
 }
 
 FEventPath FInputRouter::GetFocusPath() const
 {
-	const TSharedPtr<SWidget> Focused = FHostFocus::Get().Focused.Pin();
-	return MakePathTo(Focused ? Focused : GetInputRoot());
+	// Popups take the keyboard only when they asked for it.
+	const TSharedPtr<SWidget> Focused = GetReachableFocus();
+	return MakePathTo(Focused ? Focused : Layers.GetInputRoot().ToSharedPtr());
 }
 
 FPointerEvent FInputRouter::MakePointerEvent(const FKey& Button, const FVector2D& Wheel) const
@@ -235,7 +246,7 @@ void FInputRouter::OnTextInput(FStringView Text)
 void FInputRouter::OnPreedit(FStringView Text, int32 Cursor)
 {
 	bActivity = true;
-	if (const TSharedPtr<SWidget> Focused = FHostFocus::Get().Focused.Pin())
+	if (const TSharedPtr<SWidget> Focused = GetReachableFocus())
 	{
 		Focused->OnPreedit(Text, Cursor);
 	}
@@ -304,9 +315,11 @@ bool FInputRouter::DismissPopupsOutside(const FVector2D& Position)
 {
 	// A press closes the popups above the one that it lies in. On the owner of a popup it only closes it.
 	bool bOnOwner = false;
-	for (int32 Index = Layers.GetPopups().Num() - 1; Index >= 0; --Index)
+	// A copy: closing one may run frames, which drop others from the list.
+	const TArray<TSharedRef<FPopup>> Open = Layers.GetPopups();
+	for (int32 Index = Open.Num() - 1; Index >= 0; --Index)
 	{
-		const TSharedRef<FPopup> Popup = Layers.GetPopups()[Index];
+		const TSharedRef<FPopup>& Popup = Open[Index];
 		if (Popup->Frame->GetCachedGeometry().IsUnderLocation(Position))
 		{
 			break;
@@ -366,7 +379,7 @@ void FInputRouter::OnMouseDown(const FKey& Button, const FVector2D& Position, co
 	{
 		for (int32 Index = Path.EnabledCount - 1; Index >= 0; --Index)
 		{
-			if (Path.Widgets[Index].Widget->SupportsKeyboardFocus())
+			if (Path.Widgets[Index].Widget->SupportsKeyboardFocus() && IsReachable(Path.Widgets[Index].Widget))
 			{
 				SetFocus(Path.Widgets[Index].Widget, EFocusCause::Mouse);
 				break;
@@ -458,6 +471,15 @@ bool FInputRouter::SetFocus(const TSharedPtr<SWidget>& Widget, EFocusCause Cause
 	{
 		return false;
 	}
+	if (Target)
+	{
+		// What a modal window covers stays without the keyboard, whoever asks for it meanwhile.
+		const TSharedRef<SWidget> Root = GetRootOf(Target.ToSharedRef());
+		if (Layers.IsLayerRoot(Root.Get()) && !Layers.TakesKeyboard(Root.Get()))
+		{
+			return false;
+		}
+	}
 	FHostFocus& Focus = FHostFocus::Get();
 	Focus.bShowRing = Cause == EFocusCause::Navigation;
 	const TSharedPtr<SWidget> Before = Focus.Focused.Pin();
@@ -495,8 +517,8 @@ void FInputRouter::ReleaseCapture()
 
 void FInputRouter::MoveFocusByTab(bool bBackward)
 {
-	TSharedPtr<SWidget> Root = GetInputRoot();
-	const TSharedPtr<SWidget> Focused = FHostFocus::Get().Focused.Pin();
+	TSharedRef<SWidget> Root = Layers.GetInputRoot();
+	const TSharedPtr<SWidget> Focused = GetReachableFocus();
 	for (const TSharedRef<FPopup>& Popup : Layers.GetPopups())
 	{
 		if (Focused && (Popup->Frame->HasFocusedDescendants() || Popup->Frame->HasKeyboardFocus()))
@@ -504,12 +526,8 @@ void FInputRouter::MoveFocusByTab(bool bBackward)
 			Root = Popup->Frame;
 		}
 	}
-	if (!Root)
-	{
-		return;
-	}
 	TArray<TSharedRef<SWidget>> All;
-	CollectFocusable(Root.ToSharedRef(), All);
+	CollectFocusable(Root, All);
 	if (All.Num() == 0)
 	{
 		return;
@@ -602,7 +620,7 @@ void FInputRouter::Update(double Now)
 	}
 
 	FSlateRect CaretArea;
-	const TSharedPtr<SWidget> Focused = FHostFocus::Get().Focused.Pin();
+	const TSharedPtr<SWidget> Focused = GetReachableFocus();
 	const bool bWantsText = Focused && Focused->GetTextInputArea(CaretArea);
 	if (bWantsText != bTextInputOpen || (bWantsText && CaretArea != LastCaretArea))
 	{

@@ -56,10 +56,12 @@ public:
 private:
 	FEventPath MakePathTo(const TSharedPtr<SWidget>& Widget) const;
 	FEventPath GetFocusPath() const;
+	/** The focused widget, unless it has left the window or lies below a modal one. */
+	TSharedPtr<SWidget> GetReachableFocus() const;
+	bool IsReachable(const TSharedRef<SWidget>& Widget) const;
 	void UpdateHover(const FPointerEvent& Event);
 	void ApplyReply(const FReply& Reply, const FEventPath& Path);
 	void MoveFocusByTab(bool bBackward);
-	TSharedPtr<SWidget> GetInputRoot() const;
 	FPointerEvent MakePointerEvent(const FKey& Button, const FVector2D& Wheel = FVector2D(0, 0)) const;
 	bool DismissPopupsOutside(const FVector2D& Position);
 	void UpdateToolTip(double Now);

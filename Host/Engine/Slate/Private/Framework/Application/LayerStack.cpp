@@ -219,6 +219,43 @@ bool FLayerStack::ContainsWindow(const TSharedRef<SWindow>& Window) const
 	return Windows.ContainsByPredicate([&Window](const FWindowLayer& Layer) { return &Layer.Window.Get() == &Window.Get(); });
 }
 
+TSharedRef<SWidget> FLayerStack::GetInputRoot() const
+{
+	for (int32 Index = Windows.Num() - 1; Index >= 0; --Index)
+	{
+		if (Windows[Index].bModal)
+		{
+			return Windows[Index].Frame;
+		}
+	}
+	return Content;
+}
+
+bool FLayerStack::IsLayerRoot(const SWidget& Root) const
+{
+	return &Content.Get() == &Root || Toasts.Get() == &Root
+		|| Windows.ContainsByPredicate([&Root](const FWindowLayer& Layer) { return &Layer.Frame.Get() == &Root; })
+		|| Popups.ContainsByPredicate([&Root](const TSharedRef<FPopup>& Popup) { return Popup->bOpen && &Popup->Frame.Get() == &Root; });
+}
+
+bool FLayerStack::TakesKeyboard(const SWidget& Root) const
+{
+	for (int32 Index = Windows.Num() - 1; Index >= 0; --Index)
+	{
+		if (&Windows[Index].Frame.Get() == &Root)
+		{
+			return true;
+		}
+		if (Windows[Index].bModal)
+		{
+			// Popups and toasts lie over the windows.
+			return &Content.Get() != &Root && IsLayerRoot(Root)
+				&& !Windows.ContainsByPredicate([&Root](const FWindowLayer& Layer) { return &Layer.Frame.Get() == &Root; });
+		}
+	}
+	return IsLayerRoot(Root);
+}
+
 void FLayerStack::PrunePopups(double FrameTime)
 {
 	// Closing one may close others, so the list is walked as a copy.
@@ -227,9 +264,12 @@ void FLayerStack::PrunePopups(double FrameTime)
 	{
 		const TSharedPtr<SWidget> Owner = Popup->Owner.Pin();
 		bool bOwnerShown = Owner.IsValid();
-		for (TSharedPtr<SWidget> Widget = Owner; Widget && bOwnerShown; Widget = Widget->GetParentWidget())
+		for (TSharedPtr<SWidget> Widget = Owner; Widget && bOwnerShown;)
 		{
-			bOwnerShown = Widget->GetVisibility().IsVisible();
+			// An owner may live on outside the window, such as in the tab behind.
+			const TSharedPtr<SWidget> Parent = Widget->GetParentWidget();
+			bOwnerShown = Widget->GetVisibility().IsVisible() && (Parent || IsLayerRoot(*Widget));
+			Widget = Parent;
 		}
 		if (!bOwnerShown)
 		{

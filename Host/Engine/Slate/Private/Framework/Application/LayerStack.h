@@ -72,10 +72,16 @@ public:
 	/** Takes out windows that asked to be closed. Returns those taken out. */
 	TArray<TSharedRef<SWindow>> RemoveClosedWindows();
 	bool ContainsWindow(const TSharedRef<SWindow>& Window) const;
+	/** Where the keyboard goes when nothing has it: the topmost modal window, else the content. */
+	TSharedRef<SWidget> GetInputRoot() const;
+	/** Whether this is the root of an open layer. */
+	bool IsLayerRoot(const SWidget& Root) const;
+	/** Whether the keyboard may reach the tree below this root: it is an open layer and no modal window lies over it. */
+	bool TakesKeyboard(const SWidget& Root) const;
 
 	void AddPopup(const TSharedRef<FPopup>& Popup) { Popups.Add(Popup); }
 	const TArray<TSharedRef<FPopup>>& GetPopups() const { return Popups; }
-	/** Drops closed popups and closes those whose owner is gone or hidden. */
+	/** Drops closed popups and closes those whose owner is gone, hidden or no longer in the window. */
 	void PrunePopups(double FrameTime);
 
 private:

@@ -238,7 +238,11 @@ void FSlateApplication::AddModalWindow(const TSharedRef<SWindow>& InWindow, cons
 	Input->ReleaseCapture();
 	const TWeakPtr<SWidget> FocusBefore = FHostFocus::Get().Focused;
 	Layers->AddWindow(InWindow, true);
-	Input->SetFocus(InWindow->GetContent(), EFocusCause::SetDirectly);
+	if (!Input->SetFocus(InWindow->GetContent(), EFocusCause::SetDirectly))
+	{
+		// Nothing in it takes the keyboard, and what it covers must not look as if it had it.
+		Input->SetFocus(nullptr, EFocusCause::Cleared);
+	}
 	while (Layers->ContainsWindow(InWindow) && !IsExitRequested())
 	{
 		RunFrame();

@@ -52,7 +52,7 @@ int32 SHyperlink::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeome
 	{
 		TextStyle.BlendOpacity(GetButtonStyle().DisabledContentOpacity);
 	}
-	FArrangedChildren Arranged(EVisibility::Visible);
+	FArrangedChildren Arranged(EVisibility::Visible, OutDrawElements.GetClip());
 	ArrangeChildren(AllottedGeometry, Arranged);
 	const int32 Result = PaintArrangedChildren(Args, Arranged, MyCullingRect, OutDrawElements, LayerId, TextStyle, bEnabled);
 	if (Arranged.Num() > 0)

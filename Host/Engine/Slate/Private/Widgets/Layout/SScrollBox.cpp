@@ -2,6 +2,7 @@
 
 #include "Framework/Application/SlateApplication.h"
 #include "Layout/LayoutUtils.h"
+#include "Widgets/SBoxPanel.h"
 
 #include <algorithm>
 
@@ -16,8 +17,12 @@ namespace
 	constexpr uint8 PendingViewTries = 4;
 	/** Stands for the frame to come. */
 	constexpr uint64 NextFrame = ~uint64(0);
-	/** Widgets out of view that are measured in turn, one frame's share: about 0.3 ms of work. */
-	constexpr uint64 MeasuredInTurn = 1000;
+	/**
+	 * Widgets out of view whose size can change by itself: so many are measured in each frame, and when there are more of
+	 * them, a smaller share in turn. Those lie about in memory, so that one of them costs as much as several of few.
+	 */
+	constexpr uint64 MeasuredTogether = 200;
+	constexpr uint64 MeasuredInTurn = 32;
 	bool bMeasureEverything = false;
 
 	uint64 GetCurrentFrame()
@@ -48,6 +53,7 @@ SScrollBox::SScrollBox()
 	SetCanTick(false);
 	SetClipping(EWidgetClipping::ClipToBounds);
 	BarSlot.SetOwner(this);
+	WatchChildren();
 }
 
 void SScrollBox::Construct(const FArguments& InArgs)
@@ -158,84 +164,133 @@ int32 SScrollBox::FindAnchor() const
 void SScrollBox::SetMeasureEverything(bool bInMeasureEverything)
 {
 	bMeasureEverything = bInMeasureEverything;
+	SBoxPanel::SetMeasureEverything(bInMeasureEverything);
 }
 
 void SScrollBox::PrepassChildren(float LayoutScale, bool bOwnChange)
 {
 	Bar->SlatePrepass(LayoutScale);
-	const int32 Count = Slots.Num();
-	if (bOwnChange)
+	if (bOwnChange || bMeasureEverything)
 	{
-		Kids.Reset(Count);
-		for (int32 Index = 0; Index < Count; ++Index)
+		if (!TakeChildren(LayoutScale))
 		{
-			Kids.Add(&Slots.GetChildRefAt(Index));
+			return;
 		}
-		if (Lengths.Num() != Count)
-		{
-			// Indices have moved; nothing kept says whose they were.
-			FirstChanged = 0;
-		}
-		Lengths.SetNum(Count);
-		Acrosses.SetNum(Count);
-		Sizes.SetNum(Count);
 	}
-	const uint64& Measured = SWidget::GetCounters().Measured;
-	const uint64 TurnLimit = bMeasureEverything ? ~uint64(0) : Measured + MeasuredInTurn;
-	int32 NextTurn = 0;
-	// Ends early when a bound function adds or removes children; the next measuring is asked for then.
-	for (int32 Index = 0; Index < Count && Slots.Num() == Count; ++Index)
+	else
 	{
-		SWidget& Child = *Kids[Index];
-		if (bOwnChange || Child.NeedsPrepass() || (Index >= ShownBegin && Index < ShownEnd))
+		for (const int32 Index : Watch.TakeChanged())
 		{
-			MeasureChild(Index, LayoutScale);
-		}
-		else if (Child.HasSizeBindings() && (Index >= TurnIndex || bMeasureEverything))
-		{
-			if (Measured < TurnLimit)
+			if (!MeasureChild(Index, LayoutScale))
 			{
-				MeasureChild(Index, LayoutScale);
+				return;
 			}
-			else if (NextTurn == 0)
-			{
-				NextTurn = Index;
-			}
+			Watch.SetBound(Index, Kids[Index]->HasSizeBindings());
 		}
-		else if (Child.GetDesiredSize() != Sizes[Index])
+	}
+	for (int32 Index = ShownBegin; Index < FMath::Min(ShownEnd, Kids.Num()); ++Index)
+	{
+		if (!MeasureChild(Index, LayoutScale))
 		{
-			// Measured by somebody who met it before this box did.
+			return;
+		}
+	}
+	MeasureInTurn(LayoutScale);
+}
+
+bool SScrollBox::TakeChildren(float LayoutScale)
+{
+	const int32 Count = Slots.Num();
+	if (Lengths.Num() != Count)
+	{
+		// Indices have moved; nothing kept says whose they were.
+		FirstChanged = 0;
+		bTooManyBound = bTooManyBound && Count > Lengths.Num();
+	}
+	Kids.Reset(Count);
+	Lengths.SetNum(Count);
+	Acrosses.SetNum(Count);
+	Watch.Reset(Count);
+	for (int32 Index = 0; Index < Count; ++Index)
+	{
+		SWidget& Child = Slots.GetChildRefAt(Index);
+		Kids.Add(&Child);
+		SetChildNumber(Child, Index);
+		Watch.SetBound(Index, Child.HasSizeBindings());
+	}
+	for (int32 Index = 0; Index < Count; ++Index)
+	{
+		if (bMeasureEverything || !Kids[Index]->IsMeasuredAt(LayoutScale))
+		{
+			if (!MeasureChild(Index, LayoutScale))
+			{
+				return false;
+			}
+			Watch.SetBound(Index, Kids[Index]->HasSizeBindings());
+		}
+		else
+		{
 			TakeLength(Index);
 		}
 	}
-	// The turn has come round: those before its start are next.
-	for (int32 Index = 0; Index < FMath::Min(TurnIndex, Count) && NextTurn == 0 && Slots.Num() == Count; ++Index)
-	{
-		if (Kids[Index]->HasSizeBindings())
-		{
-			if (Measured < TurnLimit)
-			{
-				MeasureChild(Index, LayoutScale);
-			}
-			else
-			{
-				NextTurn = Index;
-			}
-		}
-	}
-	TurnIndex = NextTurn;
+	return true;
 }
 
-void SScrollBox::MeasureChild(int32 Index, float LayoutScale)
+void SScrollBox::MeasureInTurn(float LayoutScale)
 {
+	const uint64& Measured = SWidget::GetCounters().Measured;
+	const uint64 MeasuredLimit = bMeasureEverything ? ~uint64(0) : Measured + (bTooManyBound ? MeasuredInTurn : MeasuredTogether);
+	const TArray<int32>& Bound = Watch.GetBound();
+	const int32 Count = Bound.Num();
+	const int32 First = static_cast<int32>(std::lower_bound(Bound.GetData(), Bound.GetData() + Count, TurnIndex) - Bound.GetData());
+	TurnIndex = 0;
+	for (int32 Step = 0; Step < Count; ++Step)
+	{
+		const int32 Index = Bound[(First + Step) % Count];
+		if (Index >= ShownBegin && Index < ShownEnd)
+		{
+			continue;
+		}
+		if (Measured >= MeasuredLimit)
+		{
+			TurnIndex = Index;
+			bTooManyBound = true;
+			return;
+		}
+		if (!MeasureChild(Index, LayoutScale))
+		{
+			return;
+		}
+	}
+	bTooManyBound = false;
+}
+
+void SScrollBox::OnChildChanged(SWidget& Child)
+{
+	const int32 Index = GetChildNumber(Child);
+	if (Index >= 0 && Index < Slots.Num() && &Slots.GetChildRefAt(Index) == &Child)
+	{
+		Watch.NoteChanged(Index);
+	}
+}
+
+bool SScrollBox::MeasureChild(int32 Index, float LayoutScale)
+{
+	const int32 Count = Slots.Num();
+	if (Index >= Count || Count != Kids.Num())
+	{
+		return false;
+	}
 	if (!Kids[Index]->GetVisibility().IsCollapsed())
 	{
 		Kids[Index]->SlatePrepass(LayoutScale);
 	}
-	if (Slots.Num() == Lengths.Num())
+	if (Slots.Num() != Count)
 	{
-		TakeLength(Index);
+		return false;
 	}
+	TakeLength(Index);
+	return true;
 }
 
 void SScrollBox::TakeLength(int32 Index)
@@ -245,8 +300,7 @@ void SScrollBox::TakeLength(int32 Index)
 	double Across = 0.0;
 	if (!Child.GetVisibility().IsCollapsed())
 	{
-		Sizes[Index] = Child.GetDesiredSize();
-		const FVector2D Size = Sizes[Index] + Slots[Index].GetPadding().GetDesiredSize();
+		const FVector2D Size = Child.GetDesiredSize() + Slots[Index].GetPadding().GetDesiredSize();
 		Length = GetAlong(Size);
 		Across = GetAcross(Size);
 	}

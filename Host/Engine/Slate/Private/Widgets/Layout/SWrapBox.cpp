@@ -2,6 +2,8 @@
 
 #include "Layout/LayoutUtils.h"
 
+#include <algorithm>
+
 namespace
 {
 	/** Longer than any line: nothing wraps. */
@@ -107,7 +109,9 @@ FVector2D SWrapBox::BreakLines(float LineLength) const
 	}
 	const float Along = bUseAllottedSize ? LongestNatural : Longest;
 	const float Across = Lines.Num() > 0 ? Lines.Last().Across + Lines.Last().Thickness : 0.0f;
-	return bHorizontal ? FVector2D(Along, Across) : FVector2D(Across, Along);
+	BrokenLength = LineLength;
+	Broken = bHorizontal ? FVector2D(Along, Across) : FVector2D(Across, Along);
+	return Broken;
 }
 
 FVector2D SWrapBox::ComputeDesiredSize(float LayoutScaleMultiplier) const
@@ -125,7 +129,10 @@ void SWrapBox::OnArrangeChildren(const FGeometry& AllottedGeometry, FArrangedChi
 		LastAllotted = Allotted;
 	}
 	const float LineLength = GetLineLength(Allotted);
-	const FVector2D Desired = BreakLines(LineLength);
+	const float LineGap = static_cast<float>(bHorizontal ? InnerSlotPadding.Y : InnerSlotPadding.X);
+	// As broken when measured, unless something may have changed since.
+	const bool bStillBroken = BrokenLength == LineLength && !NeedsPrepass() && !HasSizeBindings();
+	const FVector2D Desired = bStillBroken ? Broken : BreakLines(LineLength);
 	if (!Desired.Equals(Measured, 0.01))
 	{
 		const_cast<SWrapBox*>(this)->Invalidate(EInvalidateWidgetReason::Layout);
@@ -135,10 +142,30 @@ void SWrapBox::OnArrangeChildren(const FGeometry& AllottedGeometry, FArrangedChi
 	int32 CurrentLine = -1;
 	float Start = 0.0f;
 	float Grown = 0.0f;
-	for (const FPlaced& Place : Placed)
+	int32 FirstPlaced = 0;
+	double ViewEnd = static_cast<double>(EndlessLine);
+	const FSlateRect* Clip = ArrangedChildren.GetClip();
+	if (Clip && LineGap >= 0.0f)
 	{
+		// Whole lines outside the clip are left out, with some room for paddings that reach out of a line.
+		constexpr double Overhang = 32.0;
+		const double Scale = AllottedGeometry.GetAccumulatedScale();
+		const FVector2D& Corner = AllottedGeometry.GetAbsolutePosition();
+		const double ViewBegin = (bHorizontal ? Clip->Top - Corner.Y : Clip->Left - Corner.X) / Scale - Overhang;
+		ViewEnd = (bHorizontal ? Clip->Bottom - Corner.Y : Clip->Right - Corner.X) / Scale + Overhang;
+		const FLine* Begin = Lines.GetData();
+		const FLine* Found = std::lower_bound(Begin, Begin + Lines.Num(), ViewBegin, [](const FLine& Line, double Where) { return Line.Across + Line.Thickness < Where; });
+		FirstPlaced = Found == Begin + Lines.Num() ? Placed.Num() : Found->FirstPlaced;
+	}
+	for (int32 PlaceIndex = FirstPlaced; PlaceIndex < Placed.Num(); ++PlaceIndex)
+	{
+		const FPlaced& Place = Placed[PlaceIndex];
 		const FSlot& Slot = Children[Place.Index];
 		const FLine& Line = Lines[Place.Line];
+		if (Line.Across > ViewEnd)
+		{
+			break;
+		}
 		if (Place.Line != CurrentLine)
 		{
 			CurrentLine = Place.Line;

@@ -20,6 +20,23 @@ namespace
 		return Font.FamilyName == Unknown;
 	}
 
+	/** A text without words looks the same at any width, so that all of one font share a paragraph. */
+	TSharedRef<ITextParagraph> GetEmptyParagraph(const FSlateFontInfo& Font, float Scale)
+	{
+		static FSlateFontInfo LastFont;
+		static float LastScale = 0.0f;
+		static TWeakPtr<ITextParagraph> Last;
+		TSharedPtr<ITextParagraph> Result = Last.Pin();
+		if (!Result || LastScale != Scale || LastFont != Font)
+		{
+			Result = ITextShaper::Get().MakeParagraph(FStringView(), Font, Scale);
+			LastFont = Font;
+			LastScale = Scale;
+			Last = Result;
+		}
+		return Result.ToSharedRef();
+	}
+
 	bool IsBlank(TCHAR Char)
 	{
 		return Char == TEXT(' ') || Char == TEXT('\t');
@@ -31,10 +48,19 @@ void STextBlock::Construct(const FArguments& InArgs)
 	SetCanTick(false);
 	TextStyle = InArgs._TextStyle ? InArgs._TextStyle : &GetPlainTextStyle();
 	AssignSizeAttribute(Text, InArgs._Text);
-	AssignSizeAttribute(Font, InArgs._Font);
-	AssignSizeAttribute(AutoWrapText, InArgs._AutoWrapText);
-	ColorAndOpacity = InArgs._ColorAndOpacity;
-	Justification = InArgs._Justification;
+	SetAutoWrapText(InArgs._AutoWrapText);
+	if (InArgs._Font.IsSet())
+	{
+		SetFont(InArgs._Font);
+	}
+	if (InArgs._ColorAndOpacity.IsSet())
+	{
+		SetColorAndOpacity(InArgs._ColorAndOpacity);
+	}
+	if (InArgs._Justification.IsSet())
+	{
+		SetJustification(InArgs._Justification);
+	}
 	OverflowPolicy = InArgs._OverflowPolicy.Get(ETextOverflowPolicy::Clip);
 	if (InArgs._WrapTextAt.IsSet())
 	{
@@ -56,6 +82,15 @@ void STextBlock::Construct(const FArguments& InArgs)
 	{
 		GetRare().OnDoubleClicked = InArgs._OnDoubleClicked;
 	}
+}
+
+STextBlock::FLook& STextBlock::GetLook()
+{
+	if (!Look)
+	{
+		Look = MakeUnique<FLook>();
+	}
+	return *Look;
 }
 
 STextBlock::FRareArguments& STextBlock::GetRare()
@@ -82,7 +117,7 @@ void STextBlock::SetText(TAttribute<FText> InText)
 void STextBlock::SetFont(TAttribute<FSlateFontInfo> InFont)
 {
 	bShapeAnew = true;
-	AssignSizeAttribute(Font, MoveTemp(InFont));
+	AssignSizeAttribute(GetLook().Font, MoveTemp(InFont));
 }
 
 void STextBlock::SetTextStyle(const FTextBlockStyle* InTextStyle)
@@ -94,7 +129,21 @@ void STextBlock::SetTextStyle(const FTextBlockStyle* InTextStyle)
 
 void STextBlock::SetAutoWrapText(TAttribute<bool> InAutoWrapText)
 {
-	AssignSizeAttribute(AutoWrapText, MoveTemp(InAutoWrapText));
+	if (!InAutoWrapText.IsBound() && !bAutoWrapBound)
+	{
+		if (bAutoWrap != InAutoWrapText.Get())
+		{
+			bAutoWrap = !bAutoWrap;
+			Invalidate(EInvalidateWidgetReason::Layout);
+		}
+		return;
+	}
+	AssignSizeAttribute(GetRare().AutoWrapText, MoveTemp(InAutoWrapText));
+	bAutoWrapBound = Rare->AutoWrapText.IsBound();
+	if (!bAutoWrapBound)
+	{
+		bAutoWrap = Rare->AutoWrapText.Get();
+	}
 }
 
 void STextBlock::SetWrapTextAt(TAttribute<float> InWrapTextAt)
@@ -138,7 +187,7 @@ FReply STextBlock::OnMouseButtonDoubleClick(const FGeometry& MyGeometry, const F
 
 void STextBlock::UpdateParagraph(float Scale) const
 {
-	const bool bPolled = Text.IsBound() || Font.IsBound();
+	const bool bPolled = Text.IsBound() || (Look && Look->Font.IsBound());
 	if (!bShapeAnew && !bPolled && ShapedScale == Scale)
 	{
 		return;
@@ -156,7 +205,8 @@ void STextBlock::UpdateParagraph(float Scale) const
 	ShapedScale = Scale;
 	bShapeAnew = false;
 	Elided.Reset();
-	Paragraph = ITextShaper::Get().MakeParagraph(ShapedText.ToString(), ShapedFont, Scale);
+	const FString& Shaped = ShapedText.ToString();
+	Paragraph = Shaped.IsEmpty() ? GetEmptyParagraph(ShapedFont, Scale) : ITextShaper::Get().MakeParagraph(Shaped, ShapedFont, Scale);
 	WrapPixels = 0.0f;
 	NaturalPixels = GetNaturalPixels();
 }
@@ -181,7 +231,7 @@ float STextBlock::GetWrapPixels(float AllottedWidth, float Scale) const
 {
 	const float Fixed = Rare ? Rare->WrapTextAt.Get() : 0.0f;
 	float Width = FMath::Max(Fixed, 0.0f) * Scale;
-	if (AutoWrapText.Get() && AllottedWidth > 0.0f)
+	if (WrapsToAllotted() && AllottedWidth > 0.0f)
 	{
 		const FMargin Margin = GetMargin();
 		const float Room = FMath::Max((AllottedWidth - Margin.Left - Margin.Right) * Scale, 1.0f);
@@ -210,7 +260,7 @@ FVector2D STextBlock::MeasureParagraph(float Scale) const
 	const float Fixed = Rare ? FMath::Max(Rare->WrapTextAt.Get(), 0.0f) * Scale : 0.0f;
 	if (Fixed > 0.0f)
 	{
-		Width = AutoWrapText.Get() ? FMath::Min(Width, FMath::CeilToFloat(Fixed)) : (WrapPixels > 0.0f ? FMath::CeilToFloat(Wrapped.X) : Width);
+		Width = WrapsToAllotted() ? FMath::Min(Width, FMath::CeilToFloat(Fixed)) : (WrapPixels > 0.0f ? FMath::CeilToFloat(Wrapped.X) : Width);
 	}
 	const float Height = FMath::RoundToFloat(Wrapped.Y * GetLineHeight());
 	const FMargin Margin = GetMargin();
@@ -235,9 +285,9 @@ FVector2D STextBlock::ComputeDesiredSize(float LayoutScaleMultiplier) const
 
 const ITextParagraph& STextBlock::GetElided(float RoomPixels) const
 {
-	if (Elided && ElidedPixels == RoomPixels)
+	if (Elided && Elided->Pixels == RoomPixels)
 	{
-		return *Elided;
+		return *Elided->Paragraph;
 	}
 	const FString Ellipsis(TEXT("\u2026"));
 	const float EllipsisWidth = ITextShaper::Get().MakeParagraph(Ellipsis, ShapedFont, ShapedScale)->GetUnwrappedWidth();
@@ -264,9 +314,10 @@ const ITextParagraph& STextBlock::GetElided(float RoomPixels) const
 		Cut.Append(FStringView(Whole).Mid(Span.BeginIndex, FMath::Max(End - Span.BeginIndex, 0)));
 		Cut.Append(Ellipsis);
 	}
-	Elided = ITextShaper::Get().MakeParagraph(Cut, ShapedFont, ShapedScale);
-	ElidedPixels = RoomPixels;
-	return *Elided;
+	Elided = MakeUnique<FElided>();
+	Elided->Paragraph = ITextShaper::Get().MakeParagraph(Cut, ShapedFont, ShapedScale);
+	Elided->Pixels = RoomPixels;
+	return *Elided->Paragraph;
 }
 
 int32 STextBlock::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect, FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const
@@ -294,7 +345,7 @@ int32 STextBlock::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeome
 	const float Room = (Width - Margin.Left - Margin.Right) * Scale;
 	const FVector2D& Corner = AllottedGeometry.GetAbsolutePosition();
 	const FVector2D Origin(FMath::RoundToFloat(Corner.X + Margin.Left * Scale), Corner.Y + Margin.Top * Scale);
-	const FLinearColor Color = (ColorAndOpacity.IsSet() ? ColorAndOpacity.Get() : TextStyle->ColorAndOpacity).GetColor(InWidgetStyle);
+	const FLinearColor Color = (Look && Look->ColorAndOpacity.IsSet() ? Look->ColorAndOpacity.Get() : TextStyle->ColorAndOpacity).GetColor(InWidgetStyle);
 	const FLinearColor& Tint = InWidgetStyle.GetColorAndOpacityTint();
 	const bool bTooWide = Paragraph->GetSize().X > Room + WidthTolerance;
 	if (!bTooWide)
@@ -315,7 +366,7 @@ int32 STextBlock::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeome
 void STextBlock::PaintLines(const ITextParagraph& Lines, const FVector2D& Origin, float RoomPixels, const FLinearColor& Color, const FLinearColor& Tint, FSlateWindowElementList& OutDrawElements, float Scale) const
 {
 	const float LineHeight = GetLineHeight();
-	const ETextJustify::Type Justify = Justification.Get();
+	const ETextJustify::Type Justify = GetJustification();
 	const FColor Bytes = (Color * Tint).ToFColorSRGB();
 	const FSlateRect& Clip = OutDrawElements.GetClip();
 	const bool bStrike = TextStyle->StrikeBrush.DrawAs != ESlateBrushDrawType::NoDrawType;

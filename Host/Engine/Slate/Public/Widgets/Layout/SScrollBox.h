@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Host/ChildWatch.h"
 #include "Types/SlateEnums.h"
 #include "Widgets/Layout/SScrollBar.h"
 #include "Widgets/SPanel.h"
@@ -91,7 +92,7 @@ public:
 	void ScrollDescendantIntoView(const TSharedPtr<SWidget>& WidgetToScrollIntoView, bool bAnimateScroll = true, EDescendantScrollDestination Destination = EDescendantScrollDestination::IntoView, float Padding = 0.0f);
 	EOrientation GetOrientation() const { return Orientation; }
 
-	/** For tests: every child is measured in every frame, as if there were few. */
+	/** For tests: every child, here and in long panels, is measured in every frame, as if there were few. */
 	static void SetMeasureEverything(bool bInMeasureEverything);
 
 	/** The slots' widgets, then the scroll bar. */
@@ -104,6 +105,7 @@ protected:
 	virtual FVector2D ComputeDesiredSize(float LayoutScaleMultiplier) const override;
 	virtual void OnArrangeChildren(const FGeometry& AllottedGeometry, FArrangedChildren& ArrangedChildren) const override;
 	virtual void PrepassChildren(float LayoutScale, bool bOwnChange) override;
+	virtual void OnChildChanged(SWidget& Child) override;
 
 private:
 	/** What keeps its place when lengths change. */
@@ -134,7 +136,12 @@ private:
 	double GetAcross(const FVector2D& Vector) const { return Orientation == Orient_Vertical ? Vector.X : Vector.Y; }
 	double GetContentLength() const { return Starts.Num() > 0 ? Starts.Last() : 0.0; }
 	double GetEnd() const { return FMath::Max(GetContentLength() - ViewLength, 0.0); }
-	void MeasureChild(int32 Index, float LayoutScale);
+	/** False when children came or went meanwhile: the next measuring is asked for then. */
+	bool MeasureChild(int32 Index, float LayoutScale);
+	/** Measures children whose size can change by itself, so many in turn. */
+	void MeasureInTurn(float LayoutScale);
+	/** Numbers the children and measures those that were not yet. */
+	bool TakeChildren(float LayoutScale);
 	/** Takes over what a child wants. */
 	void TakeLength(int32 Index);
 	/** Brings the starts in line with the lengths and moves the offset along with what is held. */
@@ -168,12 +175,12 @@ private:
 
 	/** Start of each child, and the content's length behind the last. */
 	mutable TArray<double> Starts;
-	/** Of each child: what it wants, padding included, and the size that this was made from. */
+	/** What each child wants, padding included. */
 	TArray<double> Lengths;
 	TArray<double> Acrosses;
-	TArray<FVector2D> Sizes;
 	/** The slots' widgets again, to walk them without touching the slots; good as long as no slot changes. */
 	TArray<SWidget*> Kids;
+	FChildWatch Watch;
 	/** The first child whose length has changed since the starts were made. */
 	mutable int32 FirstChanged = 0;
 	/** The children arranged last. */
@@ -181,6 +188,8 @@ private:
 	mutable int32 ShownEnd = 0;
 	/** Where measuring in turn goes on. */
 	int32 TurnIndex = 0;
+	/** Not all children that can change by themselves could be measured in the last frame. */
+	bool bTooManyBound = false;
 	mutable TWeakPtr<SWidget> AnchorWidget;
 	mutable TWeakPtr<SWidget> PendingView;
 	mutable double Offset = 0.0;

@@ -106,6 +106,9 @@ private:
 	bool bUseAllottedSize = false;
 	mutable float LastAllotted = 0.0f;
 	mutable FVector2D Measured = FVector2D(0, 0);
+	/** What Lines and Placed were broken for, and the size that came of it. */
+	mutable FVector2D Broken = FVector2D(0, 0);
+	mutable float BrokenLength = -1.0f;
 	mutable TArray<FPlaced> Placed;
 	mutable TArray<FLine> Lines;
 };

@@ -48,13 +48,13 @@ public:
 	void SetText(TAttribute<FText> InText);
 	void SetFont(TAttribute<FSlateFontInfo> InFont);
 	void SetTextStyle(const FTextBlockStyle* InTextStyle);
-	void SetColorAndOpacity(const TAttribute<FSlateColor>& InColorAndOpacity) { ColorAndOpacity = InColorAndOpacity; }
+	void SetColorAndOpacity(const TAttribute<FSlateColor>& InColorAndOpacity) { GetLook().ColorAndOpacity = InColorAndOpacity; }
 	void SetAutoWrapText(TAttribute<bool> InAutoWrapText);
 	void SetWrapTextAt(TAttribute<float> InWrapTextAt);
 	void SetMargin(TAttribute<FMargin> InMargin);
 	void SetLineHeightPercentage(TAttribute<float> InLineHeightPercentage);
 	void SetMinDesiredWidth(TAttribute<float> InMinDesiredWidth);
-	void SetJustification(TAttribute<ETextJustify::Type> InJustification) { Justification = MoveTemp(InJustification); }
+	void SetJustification(TAttribute<ETextJustify::Type> InJustification) { GetRare().Justification = MoveTemp(InJustification); }
 	void SetOverflowPolicy(TOptional<ETextOverflowPolicy> InOverflowPolicy);
 	FSlateFontInfo GetFont() const;
 
@@ -66,9 +66,17 @@ protected:
 	virtual FVector2D ComputeDesiredSize(float LayoutScaleMultiplier) const override;
 
 private:
-	/** Arguments that few texts have; kept apart, since there are many texts. */
+	/** What differs from the style; kept apart, since there are many texts. */
+	struct FLook
+	{
+		TAttribute<FSlateFontInfo> Font;
+		TAttribute<FSlateColor> ColorAndOpacity;
+	};
+	/** Arguments that few texts have. */
 	struct FRareArguments
 	{
+		TAttribute<bool> AutoWrapText;
+		TAttribute<ETextJustify::Type> Justification;
 		TAttribute<float> WrapTextAt;
 		TAttribute<FMargin> Margin;
 		TAttribute<float> LineHeightPercentage;
@@ -76,10 +84,20 @@ private:
 		FOnClicked OnDoubleClicked;
 	};
 
+	/** The shaped text, cut to a width and ended by an ellipsis. */
+	struct FElided
+	{
+		TSharedPtr<ITextParagraph> Paragraph;
+		float Pixels = 0.0f;
+	};
+
+	FLook& GetLook();
 	FRareArguments& GetRare();
+	bool WrapsToAllotted() const { return bAutoWrapBound ? Rare->AutoWrapText.Get() : bAutoWrap; }
+	ETextJustify::Type GetJustification() const { return Rare ? Rare->Justification.Get() : ETextJustify::Left; }
 	FMargin GetMargin() const { return Rare ? Rare->Margin.Get() : FMargin(); }
 	float GetLineHeight() const { return Rare ? Rare->LineHeightPercentage.Get(1.0f) : 1.0f; }
-	const FSlateFontInfo& ReadFont() const { return Font.IsSet() ? Font.Get() : TextStyle->Font; }
+	const FSlateFontInfo& ReadFont() const { return Look && Look->Font.IsSet() ? Look->Font.Get() : TextStyle->Font; }
 	/** Shapes anew when text, font or scale differ from what was shaped. */
 	void UpdateParagraph(float Scale) const;
 	/** Device pixels to wrap at for a width in units; zero for none. */
@@ -92,15 +110,12 @@ private:
 	void PaintLines(const ITextParagraph& Lines, const FVector2D& Origin, float RoomPixels, const FLinearColor& Color, const FLinearColor& Tint, FSlateWindowElementList& OutDrawElements, float Scale) const;
 
 	TAttribute<FText> Text;
-	TAttribute<FSlateFontInfo> Font;
-	TAttribute<FSlateColor> ColorAndOpacity;
-	TAttribute<bool> AutoWrapText;
-	TAttribute<ETextJustify::Type> Justification;
 	const FTextBlockStyle* TextStyle = nullptr;
+	TUniquePtr<FLook> Look;
 	TUniquePtr<FRareArguments> Rare;
 
 	mutable TSharedPtr<ITextParagraph> Paragraph;
-	mutable TSharedPtr<ITextParagraph> Elided;
+	mutable TUniquePtr<FElided> Elided;
 	mutable FText ShapedText;
 	mutable FSlateFontInfo ShapedFont;
 	mutable FVector2D Measured = FVector2D(0, 0);
@@ -108,7 +123,8 @@ private:
 	mutable float WrapPixels = 0.0f;
 	mutable float NaturalPixels = 0.0f;
 	mutable float LastAllottedWidth = 0.0f;
-	mutable float ElidedPixels = 0.0f;
 	ETextOverflowPolicy OverflowPolicy = ETextOverflowPolicy::Clip;
+	bool bAutoWrap = false;
+	bool bAutoWrapBound = false;
 	mutable bool bShapeAnew = true;
 };

@@ -1,0 +1,116 @@
+#include "HeadlessApplication.h"
+
+#include "Containers/StringConv.h"
+#include "Host/HostAppStyle.h"
+#include "Host/HostClock.h"
+#include "Host/HostPlugins.h"
+#include "Host/HostTasks.h"
+#include "Host/Platform.h"
+#include "Style/VelmoraUIStyles.h"
+#include "Support/Base/PinnedFonts.h"
+
+#include <cstdio>
+#include <ctime>
+#include <malloc.h>
+#include <unistd.h>
+
+namespace
+{
+	void SetUpProcess()
+	{
+		static const bool bDone = []
+		{
+			UsePinnedFonts();
+			FHostTasks::SetGameThread();
+			FHostPlatform::InstallTextShaper();
+			const FString Root = UTF8_TO_TCHAR(VELMORA_SOURCE_DIR);
+			FHostPlugins::RegisterPlugin(TEXT("Velmora"), Root, TEXT("benchmark"));
+			FHostAppStyle::Initialize(Root / TEXT("Host/Engine/Resources/AppStyle"));
+			FVelmoraUIStyles::Initialize();
+			return true;
+		}();
+		(void)bDone;
+	}
+
+	const FVector2D MiddleOfWindow(640.0, 400.0);
+}
+
+FHeadlessApplication::FHeadlessApplication()
+{
+	SetUpProcess();
+	FHostClock::UseSimulatedTime(FDateTime(2026, 1, 31, 12, 0, 0));
+	FSlateApplication::Create(FHostPlatform::CreateHeadlessWindow(FIntPoint(1280, 800), 1.0f));
+	PumpFrame();
+}
+
+FHeadlessApplication::~FHeadlessApplication()
+{
+	FSlateApplication::Shutdown();
+	FHostClock::UseRealTime();
+}
+
+void FHeadlessApplication::Show(const TSharedRef<SWidget>& Widget)
+{
+	App().SetRootContent(Widget);
+}
+
+void FHeadlessApplication::PumpFrame(double Seconds)
+{
+	FHostClock::Advance(Seconds);
+	App().Tick();
+}
+
+void FHeadlessApplication::Settle()
+{
+	constexpr int32 Frames = 40;
+	for (int32 Frame = 0; Frame < Frames; ++Frame)
+	{
+		PumpFrame();
+	}
+}
+
+void FHeadlessApplication::Wheel(float Notches)
+{
+	App().GetMessageHandler().OnMouseWheel(FVector2D(0.0, Notches), MiddleOfWindow, FModifierKeysState());
+}
+
+void FHeadlessApplication::Click(const FVector2D& Position)
+{
+	App().GetMessageHandler().OnMouseMove(Position, FModifierKeysState());
+	App().GetMessageHandler().OnMouseDown(EKeys::LeftMouseButton, Position, FModifierKeysState());
+	App().GetMessageHandler().OnMouseUp(EKeys::LeftMouseButton, Position, FModifierKeysState());
+}
+
+void FHeadlessApplication::PressControlKey(const FKey& Key)
+{
+	App().GetMessageHandler().OnKeyDown(Key, FModifierKeysState(false, false, true, false, false, false), false);
+	App().GetMessageHandler().OnKeyUp(Key, FModifierKeysState());
+}
+
+void FHeadlessApplication::Type(FStringView Text)
+{
+	App().GetMessageHandler().OnTextInput(Text);
+}
+
+double FHeadlessApplication::GetThreadSeconds()
+{
+	timespec Time = {};
+	clock_gettime(CLOCK_THREAD_CPUTIME_ID, &Time);
+	return static_cast<double>(Time.tv_sec) + static_cast<double>(Time.tv_nsec) * 1.0e-9;
+}
+
+double FHeadlessApplication::GetResidentBytes()
+{
+	malloc_trim(0);
+	long Total = 0;
+	long Resident = 0;
+	if (FILE* File = std::fopen("/proc/self/statm", "r"))
+	{
+		if (std::fscanf(File, "%ld %ld", &Total, &Resident) != 2)
+		{
+			Resident = 0;
+		}
+		std::fclose(File);
+	}
+	return static_cast<double>(Resident) * static_cast<double>(sysconf(_SC_PAGESIZE));
+}

@@ -1,0 +1,29 @@
+#pragma once
+
+#include "CoreMinimal.h"
+
+/**
+ * Which children of a long panel have to be looked at when it is measured again: those that were noted as changed, and
+ * those whose size can change by itself. Children go by their index; one outside the range is passed over.
+ */
+class SLATECORE_API FChildWatch
+{
+public:
+	/** So many children, none of them changed or bound. */
+	void Reset(int32 Count);
+	void NoteChanged(int32 Index);
+	/** Hands the changed ones over, each once, in the order in which they were noted, and forgets them. */
+	TArray<int32> TakeChanged();
+	void SetBound(int32 Index, bool bBound);
+	/** In ascending order. Good until the next call. */
+	const TArray<int32>& GetBound() const;
+
+private:
+	static constexpr uint8 ChangedFlag = 1;
+	static constexpr uint8 BoundFlag = 2;
+
+	TArray<uint8> Flags;
+	TArray<int32> Changed;
+	mutable TArray<int32> Bound;
+	mutable bool bBoundStale = false;
+};

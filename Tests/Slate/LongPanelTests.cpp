@@ -1,0 +1,234 @@
+#include "Host/ChildWatch.h"
+#include "Layout/ArrangedWidget.h"
+#include "Support/UiDriver.h"
+#include "Widgets/Layout/SBox.h"
+#include "Widgets/Layout/SScrollBox.h"
+#include "Widgets/Layout/SWrapBox.h"
+#include "Widgets/SBoxPanel.h"
+
+#include <random>
+
+namespace
+{
+	class FLongPanel : public FWidgetTest
+	{
+	};
+
+	struct FPlace
+	{
+		const SWidget* Widget;
+		FSlateRect Rect;
+		bool operator==(const FPlace& Other) const { return Widget == Other.Widget && Rect == Other.Rect; }
+	};
+
+	const FGeometry PanelGeometry = FGeometry::MakeRoot(FVector2D(300, 5000), FVector2D(10, -700), 1.25f);
+
+	std::vector<FPlace> PlacesIn(const SWidget& Panel, const FSlateRect* Clip)
+	{
+		FArrangedChildren All(EVisibility::Visible);
+		FArrangedChildren InView(EVisibility::Visible, Clip ? *Clip : FSlateRect());
+		FArrangedChildren& Arranged = Clip ? InView : All;
+		Panel.ArrangeChildren(PanelGeometry, Arranged);
+		std::vector<FPlace> Places;
+		for (int32 Index = 0; Index < Arranged.Num(); ++Index)
+		{
+			Places.push_back({ &Arranged[Index].Widget.Get(), Arranged[Index].Geometry.GetLayoutBoundingRect() });
+		}
+		return Places;
+	}
+
+	std::vector<FPlace> Meeting(const std::vector<FPlace>& Places, const FSlateRect& Clip)
+	{
+		std::vector<FPlace> Result;
+		for (const FPlace& Place : Places)
+		{
+			const FSlateRect& Rect = Place.Rect;
+			if (Rect.Left <= Clip.Right && Rect.Right >= Clip.Left && Rect.Top <= Clip.Bottom && Rect.Bottom >= Clip.Top)
+			{
+				Result.push_back(Place);
+			}
+		}
+		return Result;
+	}
+
+	/** Whole units, so that sums do not depend on the order in which they are made; more than any padding takes away. */
+	float AnySize(std::mt19937& Random)
+	{
+		return static_cast<float>(10 + Random() % 40);
+	}
+}
+
+TEST_F(FLongPanel, KeptSizesAreThoseOfTheChildren)
+{
+	std::mt19937 Random(7);
+	const TSharedRef<SVerticalBox> Panel = SNew(SVerticalBox);
+	struct FRow
+	{
+		TSharedRef<SBox> Box;
+		std::shared_ptr<float> Height = std::make_shared<float>(10.0f);
+		std::shared_ptr<EVisibility> Visibility = std::make_shared<EVisibility>();
+	};
+	std::vector<FRow> Rows;
+	const auto Insert = [&](int32 Where)
+	{
+		FRow Row{ SNew(SBox).HeightOverride(AnySize(Random)).WidthOverride(AnySize(Random)) };
+		if (Random() % 8 == 0)
+		{
+			Row.Box->SetHeightOverride(TAttribute<FOptionalSize>::CreateLambda([Height = Row.Height]
+				{ return FOptionalSize(*Height); }));
+		}
+		if (Random() % 8 == 0)
+		{
+			Row.Box->SetVisibility(TAttribute<EVisibility>::CreateLambda([Visibility = Row.Visibility]
+				{ return *Visibility; }));
+		}
+		// Some paddings let a child reach out of its slot.
+		const float Padding = Random() % 6 == 0 ? -3.0f : static_cast<float>(Random() % 4);
+		Panel->InsertSlot(Where).AutoHeight().Padding(2.0f, Padding)[Row.Box];
+		Rows.insert(Rows.begin() + Where, Row);
+	};
+	for (int32 Index = 0; Index < 150; ++Index)
+	{
+		Insert(Index);
+	}
+	for (int32 Step = 0; Step < 600; ++Step)
+	{
+		const int32 Where = static_cast<int32>(Random() % Rows.size());
+		FRow& Row = Rows[Where];
+		// What changes the panel itself makes it look at everything anew, so that is rare.
+		switch (Random() % (Step % 20 == 0 ? 8 : 5))
+		{
+		case 0:
+			Row.Box->SetHeightOverride(AnySize(Random));
+			break;
+		case 1:
+			Row.Box->SetWidthOverride(AnySize(Random));
+			break;
+		case 2:
+			Row.Box->SetVisibility(Random() % 2 ? EVisibility::Collapsed : EVisibility::Visible);
+			break;
+		case 3:
+			*Row.Height = AnySize(Random);
+			break;
+		case 4:
+			*Row.Visibility = Random() % 2 ? EVisibility::Collapsed : EVisibility::Hidden;
+			break;
+		case 5:
+			Panel->GetSlot(Where).SetPadding(FMargin(static_cast<float>(Random() % 20) - 5.0f));
+			break;
+		case 6:
+			Insert(Where);
+			break;
+		case 7:
+			Panel->RemoveSlot(Row.Box);
+			Rows.erase(Rows.begin() + Where);
+			break;
+		}
+		if (Random() % 3 == 0)
+		{
+			continue; // Several changes between two measurings.
+		}
+		if (Random() % 4 != 0)
+		{
+			Panel->SlatePrepass(1.25f);
+		}
+		const std::vector<FPlace> Kept = PlacesIn(*Panel, nullptr);
+		const float Top = static_cast<float>(Random() % 2000) - 900.0f;
+		const FSlateRect Clip(0.0f, Top, 400.0f, Top + 200.0f);
+		const std::vector<FPlace> InView = PlacesIn(*Panel, &Clip);
+		// The same by looking at every child, without touching what is kept.
+		FArrangedChildren Arranged(EVisibility::Visible);
+		Panel->ArrangeAll(PanelGeometry, Arranged);
+		std::vector<FPlace> Literal;
+		for (int32 Index = 0; Index < Arranged.Num(); ++Index)
+		{
+			Literal.push_back({ &Arranged[Index].Widget.Get(), Arranged[Index].Geometry.GetLayoutBoundingRect() });
+		}
+		Panel->SlatePrepass(1.25f);
+		FVector2D LiteralSize(0, 0);
+		for (int32 Index = 0; Index < Panel->NumSlots(); ++Index)
+		{
+			const SBoxPanel::FSlot& Slot = Panel->GetSlot(Index);
+			if (!Slot.GetWidget()->GetVisibility().IsCollapsed())
+			{
+				const FVector2D Size = Slot.GetWidget()->GetDesiredSize() + Slot.GetPadding().GetDesiredSize();
+				LiteralSize = FVector2D(FMath::Max(LiteralSize.X, Size.X), LiteralSize.Y + Size.Y);
+			}
+		}
+
+		ASSERT_TRUE(Kept == Literal) << "step " << Step;
+		ASSERT_TRUE(Panel->GetDesiredSize() == LiteralSize) << "step " << Step;
+		ASSERT_TRUE(Meeting(InView, Clip) == Meeting(Literal, Clip)) << "step " << Step;
+		ASSERT_LE(InView.size(), 80u);
+	}
+}
+
+TEST_F(FLongPanel, ChildrenOutOfViewCostNothing)
+{
+	const TSharedRef<SVerticalBox> Panel = SNew(SVerticalBox);
+	std::vector<TSharedRef<SBox>> Rows;
+	for (int32 Index = 0; Index < 20000; ++Index)
+	{
+		Rows.push_back(SNew(SBox).HeightOverride(20.0f));
+		Panel->AddSlot().AutoHeight()[Rows.back()];
+	}
+	const TSharedRef<SScrollBox> Box = SNew(SScrollBox) + SScrollBox::Slot()[Panel];
+	Show(Box);
+	PumpFrame();
+	Box->SetScrollOffset(200000.0f);
+	const FWidgetCounters Before = SWidget::GetCounters();
+	PumpFrame();
+	const FWidgetCounters After = SWidget::GetCounters();
+	EXPECT_LE(After.Painted - Before.Painted, 100u);
+	EXPECT_LE(After.Measured - Before.Measured, 10u);
+	EXPECT_EQ(GetRect(*Rows[10000]).Top, 0.0f);
+	EXPECT_TRUE(App().GetPathUnderPoint(FVector2D(100, 30)).Contains(StaticCastSharedRef<SWidget>(Rows[10001])));
+
+	// One child set costs one child.
+	Rows[3]->SetHeightOverride(50.0f);
+	const uint64 Measured = SWidget::GetCounters().Measured;
+	PumpFrame();
+	EXPECT_LE(SWidget::GetCounters().Measured - Measured, 10u);
+	EXPECT_EQ(Panel->GetDesiredSize().Y, 20000 * 20.0 + 30.0);
+}
+
+TEST_F(FLongPanel, LinesOfAWrapBoxInViewAreThoseOfAll)
+{
+	std::mt19937 Random(11);
+	const TSharedRef<SWrapBox> Panel = SNew(SWrapBox).UseAllottedSize(true);
+	for (int32 Index = 0; Index < 900; ++Index)
+	{
+		Panel->AddSlot().Padding(0.0f, Random() % 6 == 0 ? -3.0f : 1.0f)[SNew(SBox).WidthOverride(AnySize(Random)).HeightOverride(AnySize(Random))];
+	}
+	Panel->SlatePrepass(1.25f);
+	const std::vector<FPlace> All = PlacesIn(*Panel, nullptr);
+	for (float Top = -900.0f; Top < 4000.0f; Top += 137.0f)
+	{
+		const FSlateRect Clip(0.0f, Top, 400.0f, Top + 100.0f);
+		const std::vector<FPlace> InView = PlacesIn(*Panel, &Clip);
+		EXPECT_LT(InView.size(), 120u);
+		EXPECT_TRUE(Meeting(InView, Clip) == Meeting(All, Clip)) << Top;
+	}
+}
+
+TEST(FChildWatchTest, ChangedOnceAndBoundInOrder)
+{
+	FChildWatch Watch;
+	Watch.Reset(5);
+	for (const int32 Index : { 3, 1, 3, -1, 5, 1 })
+	{
+		Watch.NoteChanged(Index);
+	}
+	EXPECT_EQ(Watch.TakeChanged(), TArray<int32>({ 3, 1 }));
+	EXPECT_EQ(Watch.TakeChanged(), TArray<int32>());
+	Watch.NoteChanged(3);
+	EXPECT_EQ(Watch.TakeChanged(), TArray<int32>({ 3 }));
+	for (const int32 Index : { 4, 0, 2 })
+	{
+		Watch.SetBound(Index, true);
+	}
+	EXPECT_EQ(Watch.GetBound(), TArray<int32>({ 0, 2, 4 }));
+	Watch.SetBound(2, false);
+	Watch.NoteChanged(4);
+	EXPECT_EQ(Watch.GetBound(), TArray<int32>({ 0, 4 }));
+}
