@@ -1,6 +1,7 @@
 #include "DesktopOptions.h"
 
 #include "Misc/CString.h"
+#include "ScriptFile.h"
 
 namespace
 {
@@ -40,6 +41,21 @@ namespace
 		return X >= 1 && Y >= 1 && X <= MaxSide && Y <= MaxSide;
 	}
 
+	/** Local time without a zone: a date, or a date and a time of day. */
+	bool ParseLocalTime(const FString& Text, TOptional<FDateTime>& OutTime)
+	{
+		FDateTime Time;
+		const FString TimeOfDay = Text.RightChop(10);
+		int32 Zone = INDEX_NONE;
+		const bool bHasZone = TimeOfDay.EndsWith(TEXT("Z")) || TimeOfDay.FindChar(TEXT('+'), Zone) || TimeOfDay.FindChar(TEXT('-'), Zone);
+		if (bHasZone || !FDateTime::ParseIso8601(*Text, Time) || Time.GetYear() < 1970 || Time.GetYear() > 9000)
+		{
+			return false;
+		}
+		OutTime = Time;
+		return true;
+	}
+
 	bool ParseScale(const FString& Text, float& OutScale)
 	{
 		OutScale = Text.IsNumeric() ? static_cast<float>(FCString::Atof(*Text)) : 0.0f;
@@ -75,7 +91,8 @@ FString FDesktopOptions::Parse(const TArray<FString>& Arguments)
 			bShowVersion = bShowVersion || Is(TEXT("--version"));
 			continue;
 		}
-		const bool bKnown = Is(TEXT("--project")) || Is(TEXT("--size")) || Is(TEXT("--scale")) || Is(TEXT("--prompt")) || Is(TEXT("--dump")) || Is(TEXT("--screenshot"));
+		const bool bKnown = Is(TEXT("--project")) || Is(TEXT("--size")) || Is(TEXT("--scale")) || Is(TEXT("--prompt")) || Is(TEXT("--dump")) || Is(TEXT("--screenshot")) || Is(TEXT("--script"))
+			|| Is(TEXT("--now"));
 		if (!bKnown)
 		{
 			return FString::Printf(TEXT("Unknown option \"%s\". Try --help."), *Arguments[Index]);
@@ -114,6 +131,17 @@ FString FDesktopOptions::Parse(const TArray<FString>& Arguments)
 			}
 			Prompt = Value;
 		}
+		else if (Is(TEXT("--script")))
+		{
+			ScriptFile = Value;
+		}
+		else if (Is(TEXT("--now")))
+		{
+			if (!ParseLocalTime(Value, Now))
+			{
+				return FString::Printf(TEXT("--now wants a local time such as 2026-01-31T12:00:00, not \"%s\"."), *Value);
+			}
+		}
 		else if (Is(TEXT("--dump")))
 		{
 			DumpFile = Value;
@@ -123,12 +151,13 @@ FString FDesktopOptions::Parse(const TArray<FString>& Arguments)
 			ScreenshotFile = Value;
 		}
 	}
-	return FString();
+	// Simulated time moves only while something is done.
+	return Now.IsSet() && !HasAction() ? FString(TEXT("--now is for runs with --script, --prompt, --dump or --screenshot.")) : FString();
 }
 
 FString FDesktopOptions::GetHelp()
 {
-	return TEXT("Velmora UI: the chat of an AI co-developer, in a window of its own.\n")
+	return FString(TEXT("Velmora UI: the chat of an AI co-developer, in a window of its own.\n")
 		TEXT("\n")
 		TEXT("  velmora [options]\n")
 		TEXT("\n")
@@ -137,13 +166,26 @@ FString FDesktopOptions::GetHelp()
 		TEXT("                     standard output and the tools on standard error, then end\n")
 		TEXT("  --dump FILE        write what is on screen and in the conversation as JSON\n")
 		TEXT("  --screenshot FILE  write what is on screen as a PNG picture\n")
+		TEXT("  --script FILE      run the steps of a script, one a line, then end\n")
+		TEXT("  --now TIME         begin at this local time, such as 2026-01-31T12:00:00, and let\n")
+		TEXT("                     time pass by a sixtieth of a second a frame: the same run\n")
+		TEXT("                     gives the same pictures and dumps, byte by byte\n")
 		TEXT("  --headless         no window: the same program, painted into memory\n")
 		TEXT("  --size WxH         size of the window in pixels (default 1280x800)\n")
 		TEXT("  --scale F          pixels per unit, 0.5 to 4 (default: GDK_SCALE, or 1)\n")
 		TEXT("  --help, --version\n")
 		TEXT("\n")
-		TEXT("Without a display and without --prompt, --dump or --screenshot the program\n")
-		TEXT("reads prompts from standard input, one a line, and answers each.\n")
+		TEXT("Without a display and with nothing to do (--prompt, --script, --dump or\n")
+		TEXT("--screenshot) the program reads prompts from standard input, one a line, and\n")
+		TEXT("answers each. --prompt comes before --script, --dump and --screenshot after it.\n")
 		TEXT("\n")
-		TEXT("Exit codes: 0 all went well, 1 something failed, 2 a wrong option.\n");
+		TEXT("Steps of a script:\n"))
+		+ FScriptFile::GetHelp()
+		+ TEXT("NAME is #Tag (the tags are in a dump), the whole text of a widget, or the first\n")
+		TEXT("line of its tooltip. It must name exactly one thing. A line that begins with #\n")
+		TEXT("is a comment. A dialog that no step answers takes No or Cancel. There is\n")
+		TEXT("no file dialog yet, and so no step for one.\n")
+		TEXT("\n")
+		TEXT("Exit codes: 0 all went well, 1 something failed, 2 a wrong option or a script\n")
+		TEXT("that could not be run to its end (the message names the line).\n");
 }

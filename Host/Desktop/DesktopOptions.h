@@ -15,9 +15,12 @@ struct FDesktopOptions
 	TOptional<FString> Prompt;
 	FString DumpFile;
 	FString ScreenshotFile;
+	FString ScriptFile;
+	/** The local time at which simulated time begins; unset for real time. */
+	TOptional<FDateTime> Now;
 
 	/** Something to do and then to end, instead of a session with a user. */
-	bool HasAction() const { return Prompt.IsSet() || !DumpFile.IsEmpty() || !ScreenshotFile.IsEmpty(); }
+	bool HasAction() const { return Prompt.IsSet() || !ScriptFile.IsEmpty() || !DumpFile.IsEmpty() || !ScreenshotFile.IsEmpty(); }
 
 	/**
 	 * Reads the arguments behind the program's name.

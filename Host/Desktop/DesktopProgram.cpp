@@ -13,11 +13,14 @@
 #include "Host/Platform.h"
 #include "Host/ProjectFolder.h"
 #include "Host/SDockArea.h"
+#include "Host/UpdateGateControl.h"
 #include "Host/WidgetFinder.h"
 #include "Misc/FileHelper.h"
 #include "Misc/Paths.h"
 #include "Modules/ModuleManager.h"
 #include "PluginDescription.h"
+#include "ProblemToasts.h"
+#include "SimulatedTime.h"
 #include "StandardInput.h"
 #include "StateDump.h"
 #include "Surroundings.h"
@@ -27,8 +30,12 @@
 
 namespace
 {
+	/** The exit code of a wrong option or script. */
+	constexpr int32 WrongUsage = 2;
 	/** An answer that takes longer than this counts as lost. */
 	constexpr double AnswerSeconds = 600.0;
+	/** An agent that takes no prompt for so long is barred, by an update for one. */
+	constexpr double SendSeconds = 10.0;
 	/** A turn has ended when the agent has been at rest this long: answers reach the list in batches. */
 	constexpr double RestSeconds = 0.3;
 	/** What is shown has settled after this time: rows have faded in and lists have scrolled. */
@@ -79,6 +86,13 @@ bool FDesktopProgram::SetUpFolders()
 	}
 	FHostPaths::SetProjectDir(Project);
 	FHostPaths::SetEngineDir(HomeFolder / TEXT("Host/Engine"));
+	FHostPaths::SetEngineSavedDir(GetUserDataFolder());
+	FString ReleaseComplaint;
+	if (!Velmora::FUpdateGateControl::ReadReleaseFile(FPaths::EngineSavedDir() / TEXT("Velmora/Release.json"), ReleaseComplaint))
+	{
+		// A broken file keeps nobody from working.
+		PrintToStandardError(TEXT("velmora: ") + ReleaseComplaint + TEXT("\n"));
+	}
 	FPluginDescriptor Descriptor;
 	FString Complaint;
 	if (!ReadPluginDescription(HomeFolder / TEXT("Velmora.uplugin"), Descriptor, Complaint))
@@ -122,7 +136,16 @@ bool FDesktopProgram::SetUpWindow()
 	FHostPlatform::InstallLauncher(!bHasDisplay);
 	FHostAppStyle::Initialize(HomeFolder / TEXT("Host/Engine/Resources/AppStyle"));
 	FSlateApplication::Create(Window.ToSharedRef());
+	FSlateApplication::Get().SetFrameHook([this]()
+	{
+		if (bScriptRuns)
+		{
+			Script->OnFrame();
+		}
+		FSimulatedTime::BeginFrame();
+	});
 	FHostDialogs::Install();
+	FProblemToasts::Install(!bHasDisplay);
 	DockArea = SNew(SDockArea);
 	FGlobalTabmanager::Get()->SetDockArea(DockArea);
 	FSlateApplication::Get().SetRootContent(DockArea.ToSharedRef());
@@ -141,8 +164,27 @@ bool FDesktopProgram::LoadModule()
 
 void FDesktopProgram::OpenTab()
 {
-	FGlobalTabmanager::Get()->TryInvokeTab(FTabId(SVelmoraTab::GetTabName()));
+	InvokeTab();
+	FSimulatedTime::BeginFrame();
 	FSlateApplication::Get().Tick();
+	FocusPrompt();
+}
+
+void FDesktopProgram::InvokeTab()
+{
+	FGlobalTabmanager::Get()->TryInvokeTab(FTabId(SVelmoraTab::GetTabName()));
+}
+
+void FDesktopProgram::CloseTab()
+{
+	if (const TSharedPtr<SDockTab> Tab = FGlobalTabmanager::Get()->FindExistingLiveTab(FTabId(SVelmoraTab::GetTabName())))
+	{
+		Tab->RequestCloseTab();
+	}
+}
+
+void FDesktopProgram::FocusPrompt()
+{
 	FSlateApplication::Get().SetKeyboardFocus(FWidgetFinder::FindByTag(TEXT("InputTextBox")), EFocusCause::SetDirectly);
 }
 
@@ -178,7 +220,7 @@ bool FDesktopProgram::Answer(const FString& Prompt)
 		return false;
 	}
 	const auto CanSend = [&ViewModel]() { return ViewModel->CanSendMessage(); };
-	if (!RunFramesUntil(CanSend, AnswerSeconds))
+	if (!RunFramesUntil(CanSend, SendSeconds))
 	{
 		Fail(FString::Printf(TEXT("The agent takes no prompt now (%s)."), *ViewModel->GetStatusText()));
 		return false;
@@ -188,7 +230,7 @@ bool FDesktopProgram::Answer(const FString& Prompt)
 	const int32 CountBefore = ViewModel->GetMessageCount();
 
 	FSlateApplication& Application = FSlateApplication::Get();
-	Application.SetKeyboardFocus(FWidgetFinder::FindByTag(TEXT("InputTextBox")), EFocusCause::SetDirectly);
+	FocusPrompt();
 	IHostMessageHandler& Keyboard = Application.GetMessageHandler();
 	TArray<FString> Lines;
 	Prompt.ParseIntoArrayLines(Lines, false);
@@ -244,33 +286,87 @@ bool FDesktopProgram::Answer(const FString& Prompt)
 	return true;
 }
 
+bool FDesktopProgram::WriteDump(const FString& File)
+{
+	return FFileHelper::SaveStringToFile(FStateDump::Make(GetViewModel().Get()), *MakeAbsolute(File), FFileHelper::EEncodingOptions::ForceUTF8WithoutBOM);
+}
+
+bool FDesktopProgram::WriteScreenshot(const FString& File)
+{
+	return Window->SaveScreenshot(MakeAbsolute(File));
+}
+
 bool FDesktopProgram::WriteOutputs()
 {
+	const bool bScreenshot = !Options.ScreenshotFile.IsEmpty();
+	const bool bDump = !Options.DumpFile.IsEmpty();
+	if (!bScreenshot && !bDump)
+	{
+		return true;
+	}
 	const double End = FPlatformTime::Seconds() + SettleSeconds;
 	RunFramesUntil([End]() { return FPlatformTime::Seconds() >= End; }, SettleSeconds * 2.0);
 	bool bWritten = true;
-	if (!Options.ScreenshotFile.IsEmpty() && !Window->SaveScreenshot(MakeAbsolute(Options.ScreenshotFile)))
+	if (bScreenshot && !WriteScreenshot(Options.ScreenshotFile))
 	{
 		Fail(FString::Printf(TEXT("The picture could not be written to \"%s\"."), *Options.ScreenshotFile));
 		bWritten = false;
 	}
-	if (!Options.DumpFile.IsEmpty())
+	if (bDump && !WriteDump(Options.DumpFile))
 	{
-		const TSharedPtr<const FChatViewModel> ViewModel = GetViewModel();
-		if (!FFileHelper::SaveStringToFile(FStateDump::Make(ViewModel.Get()), *MakeAbsolute(Options.DumpFile), FFileHelper::EEncodingOptions::ForceUTF8WithoutBOM))
-		{
-			Fail(FString::Printf(TEXT("The dump could not be written to \"%s\"."), *Options.DumpFile));
-			bWritten = false;
-		}
+		Fail(FString::Printf(TEXT("The dump could not be written to \"%s\"."), *Options.DumpFile));
+		bWritten = false;
 	}
 	return bWritten;
 }
 
+bool FDesktopProgram::LoadScript()
+{
+	TArray<FString> Lines;
+	if (!FFileHelper::LoadFileToStringArray(Lines, *MakeAbsolute(Options.ScriptFile)))
+	{
+		Fail(FString::Printf(TEXT("The script \"%s\" could not be read."), *Options.ScriptFile));
+		return false;
+	}
+	TArray<FScriptStep> Steps;
+	int32 Line = 0;
+	const FString Complaint = FScriptFile::Parse(Lines, Steps, Line);
+	if (!Complaint.IsEmpty())
+	{
+		Fail(FString::Printf(TEXT("script %s:%d: %s"), *Options.ScriptFile, Line, *Complaint));
+		return false;
+	}
+	Script = MakeUnique<FScriptRunner>(Options.ScriptFile, MoveTemp(Steps), static_cast<IScriptHost&>(*this));
+	return true;
+}
+
+int32 FDesktopProgram::RunScript()
+{
+	FHostDialogs::SetAnswering(true);
+	bScriptRuns = true;
+	RunFramesUntil([this]() { return Script->IsFinished(); }, 1e9);
+	bScriptRuns = false;
+	FHostDialogs::SetAnswering(false);
+	if (!Script->IsFinished())
+	{
+		return Fail(TEXT("The window was closed before the script came to its end."));
+	}
+	if (!Script->GetError().IsEmpty())
+	{
+		Fail(Script->GetError());
+		return WrongUsage;
+	}
+	return 0;
+}
+
 int32 FDesktopProgram::RunActions()
 {
-	const bool bAnswered = !Options.Prompt.IsSet() || Answer(Options.Prompt.GetValue());
-	const bool bWritten = WriteOutputs();
-	return bAnswered && bWritten ? 0 : 1;
+	int32 Result = !Options.Prompt.IsSet() || Answer(Options.Prompt.GetValue()) ? 0 : 1;
+	if (Script)
+	{
+		Result = FMath::Max(Result, RunScript());
+	}
+	return WriteOutputs() ? Result : FMath::Max(Result, 1);
 }
 
 int32 FDesktopProgram::RunWindow()
@@ -308,6 +404,14 @@ int32 FDesktopProgram::RunLines()
 int32 FDesktopProgram::Run()
 {
 	FHostTasks::SetGameThread();
+	if (!Options.ScriptFile.IsEmpty() && !LoadScript())
+	{
+		return WrongUsage;
+	}
+	if (Options.Now.IsSet())
+	{
+		FSimulatedTime::Begin(Options.Now.GetValue());
+	}
 	if (!SetUpFolders() || !SetUpWindow() || !LoadModule())
 	{
 		return 1;
@@ -316,10 +420,12 @@ int32 FDesktopProgram::Run()
 	const int32 Result = Options.HasAction() ? RunActions() : (bHasDisplay ? RunWindow() : RunLines());
 
 	// In the order in which an editor goes down: tabs, modules, threads, window.
+	FSlateApplication::Get().SetFrameHook(nullptr);
 	FGlobalTabmanager::Get()->CloseAllTabs();
 	FModuleManager::Get().UnloadModulesAtShutdown();
 	FGlobalTabmanager::Get()->SetDockArea(nullptr);
 	DockArea.Reset();
+	FProblemToasts::Uninstall();
 	FHostTasks::Shutdown();
 	FSlateApplication::Shutdown();
 	Window.Reset();

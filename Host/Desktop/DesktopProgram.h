@@ -3,21 +3,33 @@
 #include "CoreMinimal.h"
 #include "DesktopOptions.h"
 #include "Host/HostWindow.h"
+#include "ScriptRunner.h"
 
 class FChatViewModel;
 class SDockArea;
 
 /** The program: makes the window, loads the module as an editor would, opens its tab and runs frames. */
-class FDesktopProgram
+class FDesktopProgram : private IScriptHost
 {
 public:
 	explicit FDesktopProgram(const FDesktopOptions& InOptions);
-	~FDesktopProgram();
+	virtual ~FDesktopProgram() override;
 
 	/** Runs to the end. Returns the exit code; what went wrong was told on standard error. */
 	int32 Run();
 
 private:
+	// IScriptHost
+	virtual TSharedPtr<const FChatViewModel> GetViewModel() const override;
+	virtual void InvokeTab() override;
+	virtual void CloseTab() override;
+	virtual void FocusPrompt() override;
+	virtual bool WriteDump(const FString& File) override;
+	virtual bool WriteScreenshot(const FString& File) override;
+
+	/** Reads the whole script, so that a wrong line is told before anything happens. */
+	bool LoadScript();
+	int32 RunScript();
 	bool SetUpFolders();
 	bool SetUpWindow();
 	bool LoadModule();
@@ -30,7 +42,6 @@ private:
 	bool WriteOutputs();
 	/** Runs frames until the test holds; false when the time is over or the program is to end. */
 	bool RunFramesUntil(TFunctionRef<bool()> Test, double Seconds);
-	TSharedPtr<const FChatViewModel> GetViewModel() const;
 	int32 Fail(const FString& Sentence) const;
 
 	FDesktopOptions Options;
@@ -38,5 +49,7 @@ private:
 	FString HomeFolder;
 	TSharedPtr<IHostWindow> Window;
 	TSharedPtr<SDockArea> DockArea;
+	TUniquePtr<FScriptRunner> Script;
+	bool bScriptRuns = false;
 	bool bHasDisplay = false;
 };

@@ -3,11 +3,13 @@
 #include "ConversationPrinter.h"
 #include "Dom/JsonObject.h"
 #include "Framework/Application/SlateApplication.h"
+#include "Host/HostClock.h"
 #include "Host/HostDialogs.h"
 #include "Host/HostNotifications.h"
 #include "Host/WidgetFinder.h"
 #include "Serialization/JsonSerializer.h"
 #include "Serialization/JsonWriter.h"
+#include "StateWords.h"
 #include "ViewModels/ChatViewModel.h"
 
 #include <cstdio>
@@ -43,35 +45,6 @@ namespace
 			return TEXT("Success");
 		case EToolStatus::Failed:
 			return TEXT("Failed");
-		}
-		return TEXT("Unknown");
-	}
-
-	const TCHAR* GetStateWord(Velmora::EConversationState State)
-	{
-		using Velmora::EConversationState;
-		switch (State)
-		{
-		case EConversationState::NotStarted:
-			return TEXT("NotStarted");
-		case EConversationState::Initializing:
-			return TEXT("Initializing");
-		case EConversationState::Ready:
-			return TEXT("Ready");
-		case EConversationState::Thinking:
-			return TEXT("Thinking");
-		case EConversationState::ExecutingTools:
-			return TEXT("ExecutingTools");
-		case EConversationState::AwaitingInput:
-			return TEXT("AwaitingInput");
-		case EConversationState::Paused:
-			return TEXT("Paused");
-		case EConversationState::Completed:
-			return TEXT("Completed");
-		case EConversationState::Cancelled:
-			return TEXT("Cancelled");
-		case EConversationState::Error:
-			return TEXT("Error");
 		}
 		return TEXT("Unknown");
 	}
@@ -167,7 +140,7 @@ FString FStateDump::Make(const FChatViewModel* ViewModel)
 {
 	const TSharedRef<FJsonObject> Root = MakeShared<FJsonObject>();
 	Root->SetStringField(TEXT("statusText"), ViewModel ? ViewModel->GetStatusText() : FString(TEXT("Not initialized")));
-	Root->SetStringField(TEXT("state"), ViewModel ? GetStateWord(ViewModel->GetState()) : TEXT("NotStarted"));
+	Root->SetStringField(TEXT("state"), ViewModel ? FStateWords::Get(ViewModel->GetState()) : FStateWords::Get(Velmora::EConversationState::NotStarted));
 	TArray<TSharedPtr<FJsonValue>> Messages;
 	TArray<FString> Chips;
 	if (ViewModel)
@@ -209,8 +182,9 @@ FString FStateDump::Make(const FChatViewModel* ViewModel)
 
 	const FHostFrameStats& Stats = FSlateApplication::Get().GetFrameStats();
 	Root->SetNumberField(TEXT("frameCount"), static_cast<double>(Stats.FrameCount));
-	Root->SetNumberField(TEXT("worstFrameMs"), Stats.WorstFrameSeconds * 1000.0);
-	Root->SetNumberField(TEXT("residentBytes"), GetResidentBytes());
+	const bool bRepeats = FHostClock::IsSimulated();
+	Root->SetNumberField(TEXT("worstFrameMs"), bRepeats ? 0.0 : Stats.WorstFrameSeconds * 1000.0);
+	Root->SetNumberField(TEXT("residentBytes"), bRepeats ? 0.0 : GetResidentBytes());
 
 	FString Out;
 	const TSharedRef<TJsonWriter<>> Writer = TJsonWriterFactory<>::Create(&Out);

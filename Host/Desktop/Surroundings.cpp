@@ -31,3 +31,14 @@ float GetEnvironmentScale()
 	const double Value = Text ? strtod(Text, nullptr) : 1.0;
 	return Value >= 0.5 && Value <= 4.0 ? static_cast<float>(Value) : 1.0f;
 }
+
+FString GetUserDataFolder()
+{
+	const char* Data = getenv("XDG_DATA_HOME");
+	if (Data && Data[0] == '/')
+	{
+		return HostFileNameFromBytes(Data);
+	}
+	const char* Home = getenv("HOME");
+	return Home && Home[0] == '/' ? HostFileNameFromBytes(Home) / TEXT(".local/share") : GetWorkingFolder();
+}

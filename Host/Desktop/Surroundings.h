@@ -10,3 +10,6 @@ FString MakeAbsolute(const FString& Path);
 
 /** Pixels per unit that the environment asks for (GDK_SCALE), or 1. */
 float GetEnvironmentScale();
+
+/** Where programs keep what belongs to the user: XDG_DATA_HOME, or ".local/share" at home, or the working folder. */
+FString GetUserDataFolder();

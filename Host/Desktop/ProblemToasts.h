@@ -1,0 +1,10 @@
+#pragma once
+
+/** Tells the user by toasts what went wrong behind the scenes: files not saved, clipboard and openings that failed. */
+class FProblemToasts
+{
+public:
+	/** Needs the application. With bAlsoPrint the sentences go to the standard error stream as well, for runs without a user. */
+	static void Install(bool bAlsoPrint);
+	static void Uninstall();
+};

@@ -1,0 +1,350 @@
+#include "ScriptRunner.h"
+
+#include "ConversationPrinter.h"
+#include "Framework/Application/SlateApplication.h"
+#include "HAL/PlatformTime.h"
+#include "Host/HostDialogs.h"
+#include "Host/HostTasks.h"
+#include "StateWords.h"
+#include "ViewModels/ChatViewModel.h"
+
+namespace
+{
+	/** Two equal pictures so far apart mean that nothing moves. */
+	constexpr double StillSeconds = 0.5;
+	/** A caret that blinks shows the same again within this time; a picture that does not come back is an old one. */
+	constexpr double PictureSeconds = 1.2;
+	constexpr int32 DragMoves = 8;
+
+	IHostMessageHandler& GetScriptInput()
+	{
+		return FSlateApplication::Get().GetMessageHandler();
+	}
+
+	TSharedPtr<SWidget> GetLayerRoot(TSharedPtr<SWidget> Widget)
+	{
+		while (Widget && Widget->GetParentWidget())
+		{
+			Widget = Widget->GetParentWidget();
+		}
+		return Widget;
+	}
+
+	/** The text that a key types by itself; empty for one that types nothing. */
+	FString GetTypedText(const FKey& Key, const FModifierKeysState& Modifiers)
+	{
+		if (Modifiers.IsControlDown() || Modifiers.IsAltDown())
+		{
+			return FString();
+		}
+		if (Key == EKeys::SpaceBar)
+		{
+			return TEXT(" ");
+		}
+		const FString Letter = Key.GetFName().ToString();
+		return Letter.Len() == 1 ? (Modifiers.IsShiftDown() ? Letter.ToUpper() : Letter.ToLower()) : FString();
+	}
+}
+
+FScriptRunner::FScriptRunner(const FString& InName, TArray<FScriptStep>&& InSteps, IScriptHost& InHost)
+	: Name(InName)
+	, Steps(MoveTemp(InSteps))
+	, Host(InHost)
+{
+}
+
+void FScriptRunner::Fail(const FScriptStep& Step, const FString& Sentence)
+{
+	Error = FString::Printf(TEXT("script %s:%d: %s"), *Name, Step.Line, *Sentence);
+	Finish();
+}
+
+void FScriptRunner::Finish()
+{
+	Pending.Reset();
+	bFinished = true;
+	// The loop of a dialog would go on without anybody to answer it.
+	if (!Error.IsEmpty() || FSlateApplication::Get().GetActiveModalWindow())
+	{
+		FSlateApplication::Get().RequestExit();
+	}
+}
+
+void FScriptRunner::OnFrame()
+{
+	if (bFinished)
+	{
+		return;
+	}
+	FSlateApplication::Get().NoteActivity();
+	if (Pending.Num() > 0)
+	{
+		// Taken out first: it may open a dialog, whose loop comes back here.
+		const TFunction<void()> Action = MoveTemp(Pending[0]);
+		Pending.RemoveAt(0);
+		Action();
+		return;
+	}
+	if (FramesLeft > 0)
+	{
+		--FramesLeft;
+		return;
+	}
+	const int32 OpenDialogs = FHostDialogs::GetOpenDialogs().Num();
+	const bool bJustOpened = OpenDialogs > SeenDialogs;
+	SeenDialogs = OpenDialogs;
+	if (bJustOpened)
+	{
+		// The frame that follows lays it out; before that nothing in it can be found.
+		return;
+	}
+	if (OpenDialogs > 0 && !IsDialogAnswered())
+	{
+		DismissDialog();
+		return;
+	}
+	if (Next >= Steps.Num())
+	{
+		Finish();
+		return;
+	}
+	const FScriptStep& Step = Steps[Next];
+	if (Step.Verb == EScriptVerb::WaitIdle || Step.Verb == EScriptVerb::WaitState)
+	{
+		Next += HasWaited(Step) ? 1 : 0;
+		return;
+	}
+	++Next;
+	Begin(Step);
+}
+
+void FScriptRunner::Begin(const FScriptStep& Step)
+{
+	switch (Step.Verb)
+	{
+	case EScriptVerb::Type:
+		Type(Step.Text);
+		break;
+	case EScriptVerb::Key:
+		PressKey(Step.Key, Step.Modifiers);
+		break;
+	case EScriptVerb::Click:
+	case EScriptVerb::Move:
+	case EScriptVerb::Drag:
+	case EScriptVerb::Scroll:
+		Point(Step, true);
+		break;
+	case EScriptVerb::Tick:
+		FramesLeft = static_cast<int64>(Step.X) - 1;
+		break;
+	case EScriptVerb::Resize:
+		FSlateApplication::Get().GetWindow().Resize(FIntPoint(static_cast<int32>(Step.X), static_cast<int32>(Step.Y)));
+		break;
+	case EScriptVerb::Answer:
+		if (FHostDialogs::GetOpenDialogs().Num() == 0)
+		{
+			Fail(Step, TEXT("No dialog is open."));
+		}
+		else if (!FHostDialogs::AnswerOpenDialog(Step.Text))
+		{
+			Fail(Step, FString::Printf(TEXT("The dialog has no button \"%s\", but: %s."), *Step.Text, *FString::Join(FHostDialogs::GetOpenDialogs().Last().Buttons, TEXT(", "))));
+		}
+		break;
+	case EScriptVerb::Dump:
+	case EScriptVerb::Screenshot:
+		if (!(Step.Verb == EScriptVerb::Dump ? Host.WriteDump(Step.Text) : Host.WriteScreenshot(Step.Text)))
+		{
+			Fail(Step, FString::Printf(TEXT("The file \"%s\" could not be written."), *Step.Text));
+		}
+		break;
+	case EScriptVerb::CloseTab:
+		Host.CloseTab();
+		break;
+	case EScriptVerb::OpenTab:
+		Host.InvokeTab();
+		Pending.Add([this]() { Host.FocusPrompt(); });
+		break;
+	case EScriptVerb::Quit:
+		Finish();
+		FSlateApplication::Get().RequestExit();
+		break;
+	case EScriptVerb::WaitIdle:
+	case EScriptVerb::WaitState:
+		break;
+	}
+}
+
+void FScriptRunner::Type(const FString& Text)
+{
+	int32 Start = 0;
+	for (int32 Index = 0; Index <= Text.Len(); ++Index)
+	{
+		const TCHAR Letter = Index < Text.Len() ? Text[Index] : TEXT('\n');
+		if (Letter != TEXT('\n') && Letter != TEXT('\t'))
+		{
+			continue;
+		}
+		if (Index > Start)
+		{
+			GetScriptInput().OnTextInput(FStringView(Text).Mid(Start, Index - Start));
+		}
+		if (Index < Text.Len())
+		{
+			PressKey(Letter == TEXT('\n') ? EKeys::Enter : EKeys::Tab, FModifierKeysState());
+		}
+		Start = Index + 1;
+	}
+}
+
+void FScriptRunner::PressKey(const FKey& Key, const FModifierKeysState& Modifiers)
+{
+	GetScriptInput().OnKeyDown(Key, Modifiers, false);
+	const FString Typed = GetTypedText(Key, Modifiers);
+	if (!Typed.IsEmpty())
+	{
+		GetScriptInput().OnTextInput(Typed);
+	}
+	GetScriptInput().OnKeyUp(Key, FModifierKeysState());
+}
+
+void FScriptRunner::Point(const FScriptStep& Step, bool bMayScroll)
+{
+	FScriptTarget Target;
+	FString Complaint = FScriptTarget::Find(Step.Text, Target.Widget);
+	if (Complaint.IsEmpty() && bMayScroll && !FScriptTarget::GetVisiblePoint(*Target.Widget).IsSet() && FScriptTarget::BringIntoView(Target.Widget.ToSharedRef()))
+	{
+		// Two frames: one scrolls, the next has everything in its place.
+		Pending.Add([]() {});
+		Pending.Add([this, &Step]() { Point(Step, false); });
+		return;
+	}
+	if (Complaint.IsEmpty())
+	{
+		Complaint = FScriptTarget::Reach(Step.Text, Target);
+	}
+	if (!Complaint.IsEmpty())
+	{
+		Fail(Step, Complaint);
+		return;
+	}
+	const FVector2D From = Target.Point;
+	const FModifierKeysState None;
+	GetScriptInput().OnMouseMove(From, None);
+	if (Step.Verb == EScriptVerb::Scroll)
+	{
+		GetScriptInput().OnMouseWheel(FVector2D(0.0, Step.X), From, None);
+	}
+	if (Step.Verb != EScriptVerb::Click && Step.Verb != EScriptVerb::Drag)
+	{
+		return;
+	}
+	Pending.Add([From]() { GetScriptInput().OnMouseDown(EKeys::LeftMouseButton, From, FModifierKeysState()); });
+	const FVector2D To = Step.Verb == EScriptVerb::Drag ? From + FVector2D(Step.X, Step.Y) : From;
+	for (int32 Move = 1; Step.Verb == EScriptVerb::Drag && Move <= DragMoves; ++Move)
+	{
+		const FVector2D Position = From + (To - From) * (static_cast<double>(Move) / DragMoves);
+		Pending.Add([Position]() { GetScriptInput().OnMouseMove(Position, FModifierKeysState()); });
+	}
+	Pending.Add([To]() { GetScriptInput().OnMouseUp(EKeys::LeftMouseButton, To, FModifierKeysState()); });
+}
+
+bool FScriptRunner::HasStoodStill(double Now)
+{
+	const TArray<FSlateDrawElement>& Current = FSlateApplication::Get().GetLastElements().GetElements();
+	if (PictureTime >= 0.0 && Now - PictureTime < StillSeconds)
+	{
+		return false;
+	}
+	if (PictureTime >= 0.0 && Picture == Current)
+	{
+		return true;
+	}
+	if (PictureTime < 0.0 || Now - PictureTime > PictureSeconds)
+	{
+		Picture = Current;
+		PictureTime = Now;
+	}
+	return false;
+}
+
+bool FScriptRunner::HasWaited(const FScriptStep& Step)
+{
+	const double Now = FPlatformTime::Seconds();
+	if (WaitStart < 0.0)
+	{
+		WaitStart = Now;
+		PictureTime = -1.0;
+	}
+	const TSharedPtr<const FChatViewModel> ViewModel = Host.GetViewModel();
+	const FString State = FStateWords::Get(ViewModel ? ViewModel->GetState() : Velmora::EConversationState::NotStarted);
+	bool bReached = false;
+	FString Sentence;
+	if (Step.Verb == EScriptVerb::WaitState)
+	{
+		bReached = State.Equals(Step.Text, ESearchCase::IgnoreCase);
+		Sentence = FString::Printf(TEXT("The state is not %s, but %s after %g seconds."), *Step.Text, *State, Step.X);
+	}
+	else if ((ViewModel && ViewModel->IsBusy()) || FHostTasks::HasPending())
+	{
+		PictureTime = -1.0;
+		Sentence = FString::Printf(TEXT("The agent is still busy after %g seconds (%s)."), Step.X, *State);
+	}
+	else
+	{
+		bReached = HasStoodStill(Now);
+		Sentence = FString::Printf(TEXT("The picture still changes after %g seconds."), Step.X);
+	}
+	if (!bReached && Now - WaitStart < Step.X)
+	{
+		return false;
+	}
+	WaitStart = -1.0;
+	Picture.Reset();
+	if (!bReached)
+	{
+		Fail(Step, Sentence);
+	}
+	return true;
+}
+
+bool FScriptRunner::IsDialogAnswered() const
+{
+	for (int32 Index = Next; Index < Steps.Num(); ++Index)
+	{
+		switch (Steps[Index].Verb)
+		{
+		case EScriptVerb::Answer:
+		case EScriptVerb::Key:
+			return true;
+		case EScriptVerb::Click:
+		{
+			TSharedPtr<SWidget> Widget;
+			const TSharedPtr<SWindow> Dialog = FSlateApplication::Get().GetActiveModalWindow();
+			return Dialog && FScriptTarget::Find(Steps[Index].Text, Widget).IsEmpty() && GetLayerRoot(Widget) == GetLayerRoot(Dialog->GetContent());
+		}
+		case EScriptVerb::Move:
+		case EScriptVerb::WaitIdle:
+		case EScriptVerb::WaitState:
+		case EScriptVerb::Tick:
+		case EScriptVerb::Resize:
+		case EScriptVerb::Dump:
+		case EScriptVerb::Screenshot:
+			continue;
+		case EScriptVerb::Type:
+		case EScriptVerb::Drag:
+		case EScriptVerb::Scroll:
+		case EScriptVerb::CloseTab:
+		case EScriptVerb::OpenTab:
+		case EScriptVerb::Quit:
+			return false;
+		}
+	}
+	return false;
+}
+
+void FScriptRunner::DismissDialog()
+{
+	const FHostOpenDialog Dialog = FHostDialogs::GetOpenDialogs().Last();
+	const FString Button = FHostDialogs::DismissOpenDialog();
+	PrintToStandardError(FString::Printf(TEXT("velmora: script %s: no step answers \"%s: %s\", so it takes %s.\n"), *Name, *Dialog.Title, *Dialog.Message, *Button));
+}

@@ -1,0 +1,106 @@
+#include "ScriptTarget.h"
+
+#include "Framework/Application/SlateApplication.h"
+#include "Host/WidgetFinder.h"
+#include "Widgets/Layout/SScrollBox.h"
+
+namespace
+{
+	constexpr int32 MaxListedHits = 10;
+
+	FString DescribeHit(const SWidget& Widget)
+	{
+		const FSlateRect Rect = Widget.GetCachedGeometry().GetLayoutBoundingRect();
+		const FString Tag = Widget.GetTag().IsNone() ? FString() : TEXT(" #") + Widget.GetTag().ToString();
+		return FString::Printf(TEXT("%s%s at %.0f, %.0f (%.0f x %.0f)"), *Widget.GetType().ToString(), *Tag, Rect.Left, Rect.Top, Rect.Width(), Rect.Height());
+	}
+}
+
+bool FScriptTarget::IsInside(const TSharedPtr<const SWidget>& Widget, const SWidget& Outer)
+{
+	for (TSharedPtr<const SWidget> Step = Widget; Step; Step = Step->GetParentWidget())
+	{
+		if (Step.Get() == &Outer)
+		{
+			return true;
+		}
+	}
+	return false;
+}
+
+FString FScriptTarget::Find(const FString& Name, TSharedPtr<SWidget>& OutWidget)
+{
+	TArray<TSharedRef<SWidget>> Hits = FWidgetFinder::FindByName(Name);
+	// A control and the text inside it are one thing to a user.
+	const TArray<TSharedRef<SWidget>> All = Hits;
+	Hits.RemoveAll([&All](const TSharedRef<SWidget>& Hit)
+	{
+		return All.ContainsByPredicate([&Hit](const TSharedRef<SWidget>& Other) { return Other != Hit && IsInside(Other, Hit.Get()); });
+	});
+	if (Hits.Num() == 0)
+	{
+		return FString::Printf(TEXT("Nothing on screen is called \"%s\"."), *Name);
+	}
+	if (Hits.Num() > 1)
+	{
+		FString List;
+		for (int32 Index = 0; Index < FMath::Min(Hits.Num(), MaxListedHits); ++Index)
+		{
+			List += (Index > 0 ? TEXT("; ") : TEXT("")) + DescribeHit(Hits[Index].Get());
+		}
+		return FString::Printf(TEXT("%d widgets are called \"%s\": %s%s."), Hits.Num(), *Name, *List, Hits.Num() > MaxListedHits ? TEXT("; and more") : TEXT(""));
+	}
+	OutWidget = Hits[0];
+	return FString();
+}
+
+TOptional<FVector2D> FScriptTarget::GetVisiblePoint(const SWidget& Widget)
+{
+	const FIntPoint Size = FSlateApplication::Get().GetWindow().GetPixelSize();
+	FSlateRect Visible = Widget.GetCachedGeometry().GetLayoutBoundingRect().IntersectionWith(FSlateRect(0.0f, 0.0f, static_cast<float>(Size.X), static_cast<float>(Size.Y)));
+	for (TSharedPtr<SWidget> Parent = Widget.GetParentWidget(); Parent; Parent = Parent->GetParentWidget())
+	{
+		if (Parent->GetClipping() != EWidgetClipping::Inherit)
+		{
+			Visible = Visible.IntersectionWith(Parent->GetCachedGeometry().GetLayoutBoundingRect());
+		}
+	}
+	if (Visible.IsEmpty())
+	{
+		return TOptional<FVector2D>();
+	}
+	return FVector2D((Visible.Left + Visible.Right) * 0.5, (Visible.Top + Visible.Bottom) * 0.5);
+}
+
+bool FScriptTarget::BringIntoView(const TSharedRef<SWidget>& Widget)
+{
+	for (TSharedPtr<SWidget> Parent = Widget->GetParentWidget(); Parent; Parent = Parent->GetParentWidget())
+	{
+		if (Parent->GetType() == FName(TEXT("SScrollBox")))
+		{
+			StaticCastSharedPtr<SScrollBox>(Parent)->ScrollDescendantIntoView(Widget, false);
+			return true;
+		}
+	}
+	return false;
+}
+
+FString FScriptTarget::Reach(const FString& Name, FScriptTarget& Target)
+{
+	const TOptional<FVector2D> Visible = GetVisiblePoint(*Target.Widget);
+	if (!Visible.IsSet())
+	{
+		return FString::Printf(TEXT("\"%s\" is not in view; scroll to it first."), *Name);
+	}
+	Target.Point = Visible.GetValue();
+	const TArray<TSharedRef<SWidget>> Path = FSlateApplication::Get().GetPathUnderPoint(Target.Point);
+	// Texts let the pointer through to what they stand in, so a widget around the target will do.
+	const SWidget* const Last = Path.Num() > 0 ? &Path.Last().Get() : nullptr;
+	const bool bOnPath = Path.ContainsByPredicate([&Target](const TSharedRef<SWidget>& Widget) { return &Widget.Get() == Target.Widget.Get(); });
+	const bool bReached = bOnPath || (Last && IsInside(Target.Widget, *Last));
+	if (bReached)
+	{
+		return FString();
+	}
+	return FString::Printf(TEXT("\"%s\" is covered by %s."), *Name, *(Last ? DescribeHit(*Last) : FString(TEXT("something that takes no input"))));
+}

@@ -1,0 +1,55 @@
+#include "Host/HostNotifications.h"
+#include "Host/HostServices.h"
+#include "Host/Platform.h"
+#include "ProblemToasts.h"
+#include "Support/UiDriver.h"
+
+#include <thread>
+
+class ProblemToasts : public FWidgetTest
+{
+protected:
+	virtual void SetUp() override
+	{
+		FWidgetTest::SetUp();
+		FHostNotifications::Clear();
+		FProblemToasts::Install(false);
+	}
+	virtual void TearDown() override
+	{
+		FProblemToasts::Uninstall();
+		FHostNotifications::Clear();
+		FWidgetTest::TearDown();
+	}
+};
+
+TEST_F(ProblemToasts, TellAFailedSaveOfAnyThreadOnce)
+{
+	std::thread Saver([]()
+	{
+		FHostServices::ReportSaveFailure(TEXT("/data/a.txt"), TEXT("No space left on device"));
+		FHostServices::ReportSaveFailure(TEXT("/data/a.txt"), TEXT("No space left on device"));
+	});
+	Saver.join();
+	EXPECT_EQ(FHostNotifications::GetVisible().Num(), 0);
+	PumpFrame();
+	const TArray<FHostToast> Toasts = FHostNotifications::GetVisible();
+	ASSERT_EQ(Toasts.Num(), 1);
+	EXPECT_EQ(Utf8(Toasts[0].Text.ToString()), "/data/a.txt could not be saved: No space left on device");
+	EXPECT_EQ(Toasts[0].State, SNotificationItem::CS_Fail);
+	PumpSeconds(10.0);
+	EXPECT_EQ(FHostNotifications::GetVisible().Num(), 0);
+}
+
+TEST_F(ProblemToasts, TellWhatThePlatformCouldNotDo)
+{
+	FHostPlatform::InstallLauncher(true);
+	FString Error;
+	EXPECT_FALSE(FHostServices::Launch({ FHostLaunchRequest::EKind::Url, TEXT("-version"), FString() }, Error));
+	FHostServices::SetLaunchHook(nullptr);
+	PumpFrame();
+	const TArray<FHostToast> Toasts = FHostNotifications::GetVisible();
+	ASSERT_EQ(Toasts.Num(), 1);
+	ASSERT_FALSE(Error.IsEmpty());
+	EXPECT_EQ(Utf8(Toasts[0].Text.ToString()), Utf8(Error));
+}

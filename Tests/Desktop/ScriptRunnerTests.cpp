@@ -1,0 +1,142 @@
+#include "HAL/PlatformTime.h"
+#include "Host/HostClock.h"
+#include "Host/HostDialogs.h"
+#include "Misc/MessageDialog.h"
+#include "ScriptRunner.h"
+#include "Support/UiDriver.h"
+#include "Widgets/Input/SButton.h"
+#include "Widgets/Layout/SBox.h"
+#include "Widgets/Layout/SScrollBox.h"
+#include "Widgets/SBoxPanel.h"
+#include "Widgets/Text/STextBlock.h"
+
+namespace
+{
+	/** A program without a tab. */
+	class FEmptyScriptHost : public IScriptHost
+	{
+	public:
+		virtual TSharedPtr<const FChatViewModel> GetViewModel() const override { return nullptr; }
+		virtual void InvokeTab() override {}
+		virtual void CloseTab() override {}
+		virtual void FocusPrompt() override {}
+		virtual bool WriteDump(const FString& File) override { return true; }
+		virtual bool WriteScreenshot(const FString& File) override { return true; }
+	};
+}
+
+/** Scripts on widgets of the test's own. */
+class ScriptRunner : public FWidgetTest
+{
+protected:
+	virtual void SetUp() override
+	{
+		FWidgetTest::SetUp();
+		FHostDialogs::Install();
+		FHostDialogs::SetAnswering(true);
+	}
+	virtual void TearDown() override
+	{
+		FHostDialogs::Uninstall();
+		FWidgetTest::TearDown();
+	}
+
+	/** Runs a script to its end; returns its error. */
+	std::string RunLines(const TArray<FString>& Lines)
+	{
+		TArray<FScriptStep> Steps;
+		int32 Line = 0;
+		EXPECT_EQ(Utf8(FScriptFile::Parse(Lines, Steps, Line)), "");
+		FEmptyScriptHost Host;
+		FScriptRunner Runner(TEXT("t"), MoveTemp(Steps), Host);
+		App().SetFrameHook([&Runner]()
+		{
+			Runner.OnFrame();
+			FHostClock::Advance(1.0 / 60.0);
+		});
+		for (int32 Frame = 0; Frame < 3000 && !Runner.IsFinished(); ++Frame)
+		{
+			App().RunFrame();
+		}
+		App().SetFrameHook(nullptr);
+		EXPECT_TRUE(Runner.IsFinished());
+		return Utf8(Runner.GetError());
+	}
+
+	/** A button whose click asks, and keeps the answer. */
+	TSharedRef<SWidget> MakeAsker()
+	{
+		return SNew(SButton)
+			.Tag(FName(TEXT("Ask")))
+			.Text(FText::FromString(TEXT("Ask")))
+			.OnClicked_Lambda([this]()
+			{
+				Answers.push_back(LexToString(FMessageDialog::Open(EAppMsgType::YesNo, FText::FromString(TEXT("Really?")))) == FString(TEXT("Yes")) ? "Yes" : "No");
+				return FReply::Handled();
+			});
+	}
+
+	std::vector<std::string> Answers;
+};
+
+TEST_F(ScriptRunner, AnswersADialogFromInsideItsLoop)
+{
+	Show(MakeAsker());
+	testing::internal::CaptureStderr();
+	EXPECT_EQ(RunLines({ TEXT("click #Ask"), TEXT("tick 5"), TEXT("answer yes"), TEXT("click #Ask"), TEXT("click Yes"), TEXT("click #Ask"), TEXT("key ENTER") }), "");
+	// The last dialog's default is No; the key answered it, or standard error would tell otherwise.
+	EXPECT_EQ(Answers, (std::vector<std::string>{ "Yes", "Yes", "No" }));
+	EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
+TEST_F(ScriptRunner, ADialogThatNoStepAnswersTakesNoAndSaysSo)
+{
+	Show(MakeAsker());
+	testing::internal::CaptureStderr();
+	EXPECT_EQ(RunLines({ TEXT("click #Ask"), TEXT("tick 5"), TEXT("type x") }), "");
+	EXPECT_EQ(Answers, (std::vector<std::string>{ "No" }));
+	const std::string Said = testing::internal::GetCapturedStderr();
+	EXPECT_NE(Said.find("no step answers \"Message: Really?\", so it takes No."), std::string::npos) << Said;
+}
+
+TEST_F(ScriptRunner, TellsTheButtonsWhenAnAnswerDoesNotFit)
+{
+	Show(MakeAsker());
+	EXPECT_EQ(RunLines({ TEXT("click #Ask"), TEXT("answer Maybe") }), "script t:2: The dialog has no button \"Maybe\", but: Yes, No.");
+}
+
+TEST_F(ScriptRunner, BringsWhatIsScrolledAwayIntoView)
+{
+	int32 Clicks = 0;
+	const TSharedRef<SScrollBox> Box = SNew(SScrollBox);
+	Box->AddSlot()[SNew(SBox).HeightOverride(3000.0f)];
+	// clang-format off
+	Box->AddSlot()
+	[
+		SNew(SButton)
+		.Text(FText::FromString(TEXT("Low")))
+		.OnClicked_Lambda([&Clicks]() { ++Clicks; return FReply::Handled(); })
+	];
+	// clang-format on
+	Show(Box);
+	EXPECT_EQ(RunLines({ TEXT("click Low") }), "");
+	EXPECT_EQ(Clicks, 1);
+}
+
+TEST_F(ScriptRunner, WaitsUntilThePictureStandsStill)
+{
+	const double Start = FPlatformTime::Seconds();
+	const auto Count = [Start]() { return FText::AsNumber(static_cast<int32>(FMath::Min(FPlatformTime::Seconds() - Start, 3.0) * 20.0)); };
+	Show(SNew(STextBlock).Text_Lambda(Count));
+	EXPECT_EQ(RunLines({ TEXT("wait idle 1") }), "script t:1: The picture still changes after 1 seconds.");
+}
+
+TEST_F(ScriptRunner, GoesOnOnceThePictureStandsStill)
+{
+	const double Start = FPlatformTime::Seconds();
+	const auto Count = [Start]() { return FText::AsNumber(static_cast<int32>(FMath::Min(FPlatformTime::Seconds() - Start, 3.0) * 20.0)); };
+	Show(SNew(STextBlock).Text_Lambda(Count));
+	EXPECT_EQ(RunLines({ TEXT("wait idle 10") }), "");
+	EXPECT_GE(FPlatformTime::Seconds() - Start, 3.5);
+	EXPECT_LE(FPlatformTime::Seconds() - Start, 5.5);
+}
