@@ -5,8 +5,8 @@ root=$(CDPATH= cd -- "$(dirname -- "$0")" && pwd)
 . "$root/Scripts/packages.sh"
 need_packages $BUILD_PACKAGES $FONT_PACKAGES $TEST_PACKAGES
 # A folder configured before the test library was installed knows no tests yet.
-if [ -f "$root/Build/release/build.ninja" ] && ! [ -f "$root/Build/release/Tests/CTestTestfile.cmake" ]; then
+if [ -f "$root/Build/release/build.ninja" ] && ! grep -q CoreTests "$root/Build/release/build.ninja"; then
 	rm -f "$root/Build/release/CMakeCache.txt" "$root/Build/release/build.ninja"
 fi
 build_release "$root" all
-ctest --test-dir "$root/Build/release" --output-on-failure -j 2 "$@"
+ctest --test-dir "$root/Build/release" --output-on-failure --no-tests=error -j 2 "$@"

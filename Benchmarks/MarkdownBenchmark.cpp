@@ -16,7 +16,8 @@
 
 // Time of a parse over text of growing size, beside peers where they are installed. To count instructions instead of
 // nanoseconds, run "MarkdownBenchmark --once SHAPE SIZE REPEATS" under a counting tool, once with n and once with n + 1
-// repeats, and take the difference: it is one parse. SHAPE is "answer" or a number of the list below.
+// repeats, and take the difference: it is one parse. SHAPE is "answer", "md4c" (the
+// peer on the same answer) or a number of the list below. "Benchmarks/count-instructions" does so for all.
 
 namespace
 {
@@ -150,9 +151,8 @@ int IgnoreText(MD_TEXTTYPE, const MD_CHAR*, MD_SIZE, void*)
 	return 0;
 }
 
-void BM_AnswerMd4c(benchmark::State& State)
+int ParseWithMd4c(const std::string& Text)
 {
-	const std::string Text = MakeAnswer(State.range(0));
 	MD_PARSER Parser;
 	std::memset(&Parser, 0, sizeof(Parser));
 	Parser.flags = MD_DIALECT_GITHUB;
@@ -161,9 +161,15 @@ void BM_AnswerMd4c(benchmark::State& State)
 	Parser.enter_span = IgnoreSpan;
 	Parser.leave_span = IgnoreSpan;
 	Parser.text = IgnoreText;
+	return md_parse(Text.data(), static_cast<MD_SIZE>(Text.size()), &Parser, nullptr);
+}
+
+void BM_AnswerMd4c(benchmark::State& State)
+{
+	const std::string Text = MakeAnswer(State.range(0));
 	for (auto _ : State)
 	{
-		benchmark::DoNotOptimize(md_parse(Text.data(), static_cast<MD_SIZE>(Text.size()), &Parser, nullptr));
+		benchmark::DoNotOptimize(ParseWithMd4c(Text));
 	}
 	State.SetBytesProcessed(State.iterations() * static_cast<int64_t>(Text.size()));
 	State.SetComplexityN(static_cast<int64_t>(Text.size()));
@@ -193,6 +199,18 @@ BENCHMARK(BM_Answer)->RangeMultiplier(4)->Range(1 << 12, 1 << 18)->Complexity();
 int RunOnce(const std::string& ShapeName, int64 Size, int32 Repeats)
 {
 	std::string Ascii;
+#ifdef WITH_MD4C
+	if (ShapeName == "md4c")
+	{
+		Ascii = MakeAnswer(Size);
+		for (int32 Repeat = 0; Repeat < Repeats; ++Repeat)
+		{
+			benchmark::DoNotOptimize(ParseWithMd4c(Ascii));
+		}
+		std::printf("%d characters\n", static_cast<int32>(Ascii.size()));
+		return 0;
+	}
+#endif
 	if (ShapeName == "answer")
 	{
 		Ascii = MakeAnswer(Size);
