@@ -1,0 +1,90 @@
+#include "Host/StoreLocation.h"
+
+#include <cerrno>
+#include <climits>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+#include <sys/stat.h>
+
+#include "Host/HostFileNames.h"
+#include "Host/ProjectFolder.h"
+#include "Misc/Paths.h"
+
+namespace Velmora
+{
+	namespace
+	{
+		constexpr size_t MaxReadableName = 40;
+
+		/** FNV-1a, 64 bits: http://www.isthe.com/chongo/tech/comp/fnv/ */
+		uint64_t HashBytes(const std::string& Bytes)
+		{
+			uint64_t Hash = 14695981039346656037ull;
+			for (const unsigned char Byte : Bytes)
+			{
+				Hash = (Hash ^ Byte) * 1099511628211ull;
+			}
+			return Hash;
+		}
+
+		/** Two ways to one folder are one project. */
+		std::string GetRealPath(const std::string& Path)
+		{
+			char Resolved[PATH_MAX];
+			return realpath(Path.c_str(), Resolved) ? std::string(Resolved) : Path;
+		}
+	}
+
+	FStoreLocation GetStoreLocation()
+	{
+		FStoreLocation Location;
+		Location.Folder = FPaths::ConvertRelativePathToFull(FPaths::EngineSavedDir() / TEXT("Velmora"));
+		const FString Project = GetProjectFolder();
+		if (Project.IsEmpty())
+		{
+			Location.ProjectName = TEXT("none");
+			return Location;
+		}
+		const std::string Real = GetRealPath(HostFileNameToBytes(Project));
+		std::string Name;
+		for (const char Letter : Real.substr(Real.rfind('/') + 1).substr(0, MaxReadableName))
+		{
+			const bool bIsPlain = (Letter >= 'a' && Letter <= 'z') || (Letter >= 'A' && Letter <= 'Z') || (Letter >= '0' && Letter <= '9') || Letter == '-' || Letter == '_';
+			Name += bIsPlain ? Letter : '_';
+		}
+		char Hash[17];
+		snprintf(Hash, sizeof(Hash), "%016llx", static_cast<unsigned long long>(HashBytes(Real)));
+		Location.ProjectName = HostFileNameFromBytes(Name + '-' + Hash);
+		return Location;
+	}
+
+	bool MakePrivateFolder(const FString& Folder, FString& OutProblem)
+	{
+		const std::string Path = HostFileNameToBytes(Folder);
+		for (size_t End = Path.find('/', 1);; End = Path.find('/', End + 1))
+		{
+			const std::string Part = Path.substr(0, End);
+			struct stat Status;
+			if (stat(Part.c_str(), &Status) != 0)
+			{
+				if (mkdir(Part.c_str(), 0700) != 0 && errno != EEXIST)
+				{
+					OutProblem = FString(TEXT("The folder ")) + HostFileNameFromBytes(Part) + TEXT(" cannot be made: ") + HostFileNameFromBytes(strerror(errno)) + TEXT(".");
+					return false;
+				}
+			}
+			else if (!S_ISDIR(Status.st_mode))
+			{
+				OutProblem = HostFileNameFromBytes(Part) + TEXT(" is a file, not a folder.");
+				return false;
+			}
+			if (End == std::string::npos)
+			{
+				return true;
+			}
+		}
+	}
+}

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "CoreMinimal.h"
+
+namespace Velmora
+{
+	/** Where the library keeps what must survive the process. The texts name the files even when they do not exist. */
+	struct FStoreLocation
+	{
+		/** The folder "Velmora" of the engine's saved folder: absolute, no '/' at the end. */
+		FString Folder;
+
+		/** Name of the project's own files in it: the project folder's name and a hash of its real path, fit for every file system. */
+		FString ProjectName;
+
+		/** One database of conversations per project. */
+		FString GetDatabasePath() const { return Folder + TEXT("/") + ProjectName + TEXT(".db"); }
+
+		/** Former contents of files that the agent has changed. */
+		FString GetUndoFolder() const { return Folder + TEXT("/") + ProjectName + TEXT(".undo"); }
+
+		/** Text of the prompt that was not sent yet. */
+		FString GetDraftPath() const { return Folder + TEXT("/") + ProjectName + TEXT(".draft"); }
+	};
+
+	/** For the project that is open now. Any thread. Without a project folder the project's name is "none". */
+	VELMORACORE_API FStoreLocation GetStoreLocation();
+
+	/**
+	 * Makes a folder and the missing ones above it, each for the user alone (mode 0700). Any thread.
+	 *
+	 * @param OutProblem  A sentence on failure.
+	 */
+	VELMORACORE_API bool MakePrivateFolder(const FString& Folder, FString& OutProblem);
+}
