@@ -1,4 +1,5 @@
 #include "HAL/FileManager.h"
+#include "Host/HostAtomicFile.h"
 #include "Host/HostFileNames.h"
 #include "Host/HostLog.h"
 #include "Host/HostServices.h"
@@ -118,6 +119,9 @@ TEST_F(SystemFiles, EncodingsRead)
 	EXPECT_FALSE(FFileHelper::LoadFileToString(Text, *Temp.At(TEXT("missing"))));
 	EXPECT_FALSE(FFileHelper::LoadFileToString(Text, *Temp.At()));
 	EXPECT_FALSE(FFileHelper::LoadFileToString(Text, TEXT("")));
+	ASSERT_EQ(mkfifo(Temp.AtBytes("pipe").c_str(), 0600), 0);
+	EXPECT_FALSE(FFileHelper::LoadFileToString(Text, *Temp.At(TEXT("pipe")))) << "nobody may ever write into it";
+	EXPECT_FALSE(FFileHelper::LoadFileToString(Text, TEXT("/dev/zero"))) << "has no end";
 	TArray<FString> Lines;
 	Temp.Write("lines", "a\r\n\rb\nc\n");
 	EXPECT_TRUE(FFileHelper::LoadFileToStringArray(Lines, *Temp.At(TEXT("lines"))));
@@ -186,6 +190,58 @@ TEST_F(SystemFiles, WhatASaveKeeps)
 
 	ASSERT_EQ(symlink("loop", Temp.AtBytes("loop").c_str()), 0);
 	EXPECT_FALSE(FFileHelper::SaveStringToFile(TEXT("x"), *Temp.At(TEXT("loop"))));
+}
+
+TEST_F(SystemFiles, WhatIsKeptForTheProgramIsPrivateAndExportsFollowTheUmask)
+{
+	const mode_t OldMask = umask(0027);
+	IFileManager* const Files = &IFileManager::Get();
+	EXPECT_TRUE(FFileHelper::SaveStringToFile(TEXT("x"), *Temp.At(TEXT("export"))));
+	EXPECT_TRUE(FFileHelper::SaveStringToFile(TEXT("x"), *Temp.At(TEXT("ours")), EEncoding::AutoDetect, Files, HostWritePrivate));
+	// An existing file keeps its mode, and nothing readable stands beside it meanwhile.
+	Temp.Write("shared", "old");
+	chmod(Temp.AtBytes("shared").c_str(), 0664);
+	EXPECT_TRUE(FFileHelper::SaveStringToFile(TEXT("x"), *Temp.At(TEXT("shared")), EEncoding::AutoDetect, Files, HostWritePrivate));
+	umask(OldMask);
+	const auto ModeOf = [this](const char* Name)
+	{
+		struct stat Info;
+		return stat(Temp.AtBytes(Name).c_str(), &Info) == 0 ? Info.st_mode & 0777 : 0u;
+	};
+	EXPECT_EQ(ModeOf("export"), 0640u);
+	EXPECT_EQ(ModeOf("ours"), 0600u);
+	EXPECT_EQ(ModeOf("shared"), 0664u);
+}
+
+TEST_F(SystemFiles, ACopyIsWholeOrNothing)
+{
+	const std::string Contents(3 * 1024 * 1024 + 7, 'c');
+	Temp.Write("from/source", Contents);
+	FString Reason;
+	std::vector<int64> Told;
+	const auto Note = [&Told](int64 Done, int64 Total)
+	{
+		Told.push_back(Total - Done);
+		return true;
+	};
+	EXPECT_TRUE(HostCopyFile(Temp.At(TEXT("from/source")), Temp.At(TEXT("to/target")), HostWritePrivate, Note, Reason));
+	EXPECT_TRUE(Temp.Read("to/target") == Contents);
+	EXPECT_EQ(Told, (std::vector<int64>{ 2097159, 1048583, 7, 0 }));
+
+	Temp.Write("to/target", "old");
+	EXPECT_FALSE(HostCopyFile(Temp.At(TEXT("from/source")), Temp.At(TEXT("to/target")), 0, [](int64 Done, int64) { return Done < 2000000; }, Reason));
+	EXPECT_EQ(Utf8(Reason), "it was stopped");
+	{
+		const FSmallDisk Disk(2000000);
+		EXPECT_FALSE(HostCopyFile(Temp.At(TEXT("from/source")), Temp.At(TEXT("to/target")), 0, Note, Reason));
+		EXPECT_EQ(Utf8(Reason), "the file would become too large");
+	}
+	EXPECT_FALSE(HostCopyFile(Temp.At(TEXT("from")), Temp.At(TEXT("to/target")), 0, Note, Reason));
+	EXPECT_EQ(Utf8(Reason), Temp.AtBytes("from") + " is no file");
+	EXPECT_FALSE(HostCopyFile(Temp.At(TEXT("from/gone")), Temp.At(TEXT("to/target")), 0, Note, Reason));
+	EXPECT_EQ(Utf8(Reason), Temp.AtBytes("from/gone") + ": no such file or folder");
+	EXPECT_EQ(Temp.Read("to/target"), "old");
+	EXPECT_EQ(std::distance(std::filesystem::directory_iterator(Temp.AtBytes("to")), std::filesystem::directory_iterator()), 1);
 }
 
 TEST_F(SystemFiles, NamesThatAreNotUtf8Survive)

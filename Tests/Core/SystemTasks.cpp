@@ -118,6 +118,16 @@ TEST_F(SystemTasks, WakesTheLoopFromAnyThread)
 	EXPECT_EQ(Wakes, 2);
 }
 
+TEST_F(SystemTasks, WorkOnAThreadOfSomebodyElseIsWaitedForToo)
+{
+	auto Work = std::make_unique<FHostBackgroundWork>();
+	EXPECT_EQ(FHostTasks::GetBackgroundCount(), 1);
+	EXPECT_FALSE(FHostTasks::WaitForBackground(0.01));
+	std::thread Ender([&Work] { Work.reset(); });
+	EXPECT_TRUE(FHostTasks::WaitForBackground(30.0));
+	Ender.join();
+}
+
 TEST_F(SystemTasks, WaitingHasALimitAndShutdownFinishesWhatWasBegun)
 {
 	std::atomic<bool> bDone{ false };

@@ -165,6 +165,14 @@ namespace
 			return Changed.wait_for(Lock, std::chrono::duration<double>(std::max(0.0, Seconds)), [this] { return CountLocked() == 0; });
 		}
 
+		/** Work that runs elsewhere. */
+		void AddForeign(int32 Difference)
+		{
+			const std::lock_guard<std::mutex> Lock(Mutex);
+			ForeignCount += Difference;
+			Changed.notify_all();
+		}
+
 		void Shutdown()
 		{
 			if (bBackgroundThread)
@@ -205,7 +213,7 @@ namespace
 		int32 CountLocked() const
 		{
 			const auto IsRunning = [](const FOwnThread& Own) { return !Own.bFinished; };
-			return int32(Queue.size() + Running) + int32(std::count_if(OwnThreads.begin(), OwnThreads.end(), IsRunning));
+			return ForeignCount + int32(Queue.size() + Running) + int32(std::count_if(OwnThreads.begin(), OwnThreads.end(), IsRunning));
 		}
 
 		static void* RunWorker(void* Self)
@@ -295,6 +303,7 @@ namespace
 		std::vector<pthread_t> Workers;
 		std::list<FOwnThread> OwnThreads;
 		std::size_t Running = 0;
+		int32 ForeignCount = 0;
 		bool bStopping = false;
 	};
 
@@ -383,4 +392,14 @@ void FHostTasks::Shutdown()
 {
 	GetBackground().Shutdown();
 	GetGameThreadQueue().Drop();
+}
+
+FHostBackgroundWork::FHostBackgroundWork()
+{
+	GetBackground().AddForeign(1);
+}
+
+FHostBackgroundWork::~FHostBackgroundWork()
+{
+	GetBackground().AddForeign(-1);
 }

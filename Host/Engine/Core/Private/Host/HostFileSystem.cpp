@@ -71,6 +71,8 @@ FString HostFileSystem::Describe(int Error)
 		return TEXT("a part of the path is no folder");
 	case EISDIR:
 		return TEXT("the path is a folder");
+	case ESPIPE:
+		return TEXT("the path is a pipe or a device");
 	case ENOTEMPTY:
 		return TEXT("the folder is not empty");
 	case ENOSPC:
@@ -90,6 +92,8 @@ FString HostFileSystem::Describe(int Error)
 		return TEXT("too many open files");
 	case EIO:
 		return TEXT("the disk reports an error");
+	case ECANCELED:
+		return TEXT("it was stopped");
 	case ENXIO:
 		return TEXT("nobody reads from it");
 	default:

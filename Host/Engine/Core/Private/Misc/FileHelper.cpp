@@ -30,7 +30,8 @@ namespace
 			return false;
 		}
 		constexpr int64 MaxSize = std::numeric_limits<int32>::max() - 1;
-		int Error = S_ISDIR(Info.st_mode) ? EISDIR : Info.st_size > MaxSize ? EFBIG : 0;
+		// A pipe has no end that could be waited for, and some devices have none at all.
+		int Error = S_ISDIR(Info.st_mode) ? EISDIR : !S_ISREG(Info.st_mode) ? ESPIPE : Info.st_size > MaxSize ? EFBIG : 0;
 		int32 Count = 0;
 		OutBytes.SetNumUninitialized(Error == 0 ? int32(Info.st_size) : 0);
 		while (Error == 0)

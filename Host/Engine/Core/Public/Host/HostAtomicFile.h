@@ -1,6 +1,13 @@
 #pragma once
 
 #include "Containers/UnrealString.h"
+#include "Templates/Function.h"
+
+/**
+ * Beside EFileWrite: a file that is new is for the user alone (mode 0600), whatever the umask. For what the program keeps
+ * for itself; what the user asked to be saved follows the umask.
+ */
+constexpr uint32 HostWritePrivate = 0x10000;
 
 /**
  * Replaces a file as a whole: the bytes go into a new file beside it, are flushed to the disk, and take the old name
@@ -8,7 +15,14 @@
  * anything fails the old file is as it was and nothing is left beside it. Devices are written straight.
  * Any thread; two writers of one name do not mix, the later one stays.
  *
- * @param WriteFlags  EFileWrite values of HAL/FileManager.h.
+ * @param WriteFlags  EFileWrite values of HAL/FileManager.h, and HostWritePrivate.
  * @param OutReason   Filled with a sentence on failure.
  */
 CORE_API bool HostSaveFile(const FString& Path, const void* Data, int64 Size, uint32 WriteFlags, FString& OutReason);
+
+/**
+ * Copies a file of any size in the same way: the new one takes its name only when it is whole.
+ *
+ * @param OnProgress  Told how many bytes of how many are copied, on the same thread; false stops the copy.
+ */
+CORE_API bool HostCopyFile(const FString& Source, const FString& Target, uint32 WriteFlags, TFunctionRef<bool(int64 Done, int64 Total)> OnProgress, FString& OutReason);

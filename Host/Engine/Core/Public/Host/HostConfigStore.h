@@ -16,7 +16,7 @@ public:
 	virtual bool Get(const FString& File, const FString& Section, const FString& Key, FString& OutValue) const = 0;
 	virtual void Set(const FString& File, const FString& Section, const FString& Key, const FString& Value) = 0;
 	virtual void Remove(const FString& File, const FString& Section, const FString& Key) = 0;
-	/** Makes what was set last. @return False when it could not be written; the values stay in memory. */
+	/** Makes what was set last, at once or soon. @return False when it could not be written; the values stay in memory. */
 	virtual bool Flush(const FString& File) = 0;
 
 	static TSharedRef<IHostConfigStore> GetCurrent();

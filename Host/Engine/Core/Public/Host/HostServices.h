@@ -13,6 +13,8 @@ struct FHostLaunchRequest
 	{
 		Url,
 		File,
+		/** A file to be read and changed in the user's editor. */
+		Source,
 	};
 	EKind Kind = EKind::Url;
 	FString Target;

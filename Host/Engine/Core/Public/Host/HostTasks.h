@@ -37,3 +37,16 @@ public:
 	 */
 	static void Shutdown();
 };
+
+/**
+ * Marks work on a thread that is not one of these background threads, so that who waits for background work waits for it,
+ * too, from construction to destruction. Any thread.
+ */
+class CORE_API FHostBackgroundWork
+{
+public:
+	FHostBackgroundWork();
+	~FHostBackgroundWork();
+	FHostBackgroundWork(const FHostBackgroundWork&) = delete;
+	FHostBackgroundWork& operator=(const FHostBackgroundWork&) = delete;
+};

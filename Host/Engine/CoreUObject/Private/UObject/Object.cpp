@@ -14,9 +14,8 @@ namespace
 {
 	constexpr int32 MaxListLength = 100000; // A hand-edited count beyond this is a slip.
 
-	/** Shortest text that reads back as the same number, whatever the locale. */
 	template <typename T>
-	FString NumberText(T Value)
+	FString MakeNumberText(T Value)
 	{
 		char Buffer[64];
 		const std::to_chars_result Result = std::to_chars(Buffer, Buffer + sizeof(Buffer), Value);
@@ -28,9 +27,8 @@ namespace
 		return Text;
 	}
 
-	/** False unless the text is a finite number as a whole. */
 	template <typename T>
-	bool ReadNumber(const FString& Text, T& OutValue)
+	bool ReadNumberText(const FString& Text, T& OutValue)
 	{
 		const FString Trimmed = Text.TrimStartAndEnd();
 		std::string Bytes;
@@ -70,13 +68,13 @@ namespace
 		void Property(const TCHAR* Name, FString& Value) override { Store.Set(File, Section, Name, Value); }
 		void Property(const TCHAR* Name, bool& Value) override { Store.Set(File, Section, Name, Value ? TEXT("True") : TEXT("False")); }
 		void Property(const TCHAR* Name, int32& Value) override { Store.Set(File, Section, Name, FString::FromInt(Value)); }
-		void Property(const TCHAR* Name, float& Value) override { Store.Set(File, Section, Name, NumberText(Value)); }
-		void Property(const TCHAR* Name, double& Value) override { Store.Set(File, Section, Name, NumberText(Value)); }
+		void Property(const TCHAR* Name, float& Value) override { Store.Set(File, Section, Name, FHostConfigNumber::ToText(Value)); }
+		void Property(const TCHAR* Name, double& Value) override { Store.Set(File, Section, Name, FHostConfigNumber::ToText(Value)); }
 		void Property(const TCHAR* Name, TArray<FString>& Value) override
 		{
 			FString OldText;
 			int32 OldNum = 0;
-			if (Store.Get(File, Section, ListKey(Name, TEXT("Num")), OldText) && ReadNumber(OldText, OldNum) && OldNum <= MaxListLength)
+			if (Store.Get(File, Section, ListKey(Name, TEXT("Num")), OldText) && FHostConfigNumber::Read(OldText, OldNum) && OldNum <= MaxListLength)
 			{
 				for (int32 Index = Value.Num(); Index < OldNum; ++Index)
 				{
@@ -118,7 +116,7 @@ namespace
 				{
 					Value = false;
 				}
-				else if (ReadNumber(Text, Number))
+				else if (FHostConfigNumber::Read(Text, Number))
 				{
 					Value = Number != 0;
 				}
@@ -151,7 +149,7 @@ namespace
 			FString Text;
 			if (Store.Get(File, Section, Name, Text))
 			{
-				ReadNumber(Text, Value);
+				FHostConfigNumber::Read(Text, Value);
 			}
 		}
 
@@ -161,14 +159,52 @@ namespace
 	};
 }
 
+FString FHostConfigNumber::ToText(int32 Value)
+{
+	return MakeNumberText(Value);
+}
+
+FString FHostConfigNumber::ToText(float Value)
+{
+	return MakeNumberText(Value);
+}
+
+FString FHostConfigNumber::ToText(double Value)
+{
+	return MakeNumberText(Value);
+}
+
+bool FHostConfigNumber::Read(const FString& Text, int32& OutValue)
+{
+	return ReadNumberText(Text, OutValue);
+}
+
+bool FHostConfigNumber::Read(const FString& Text, float& OutValue)
+{
+	return ReadNumberText(Text, OutValue);
+}
+
+bool FHostConfigNumber::Read(const FString& Text, double& OutValue)
+{
+	return ReadNumberText(Text, OutValue);
+}
+
 void FHostConfigVisitor::Property(const TCHAR* Name, int32& Value, int32 Min, int32 Max)
 {
+	Describe(Name, FHostPropertyHints{ true, double(Min), double(Max), {} });
 	Property(Name, Value);
 	Value = Value < Min ? Min : Value > Max ? Max : Value;
 }
 
+void FHostConfigVisitor::Choice(const TCHAR* Name, int32& Value, TArrayView<const TCHAR* const> Choices)
+{
+	Describe(Name, FHostPropertyHints{ true, 0.0, double(Choices.Num() - 1), Choices });
+	Property(Name, Value);
+}
+
 void FHostConfigVisitor::Property(const TCHAR* Name, double& Value, double Min, double Max)
 {
+	Describe(Name, FHostPropertyHints{ true, Min, Max, {} });
 	Property(Name, Value);
 	Value = Value < Min ? Min : Value > Max ? Max : Value;
 }
