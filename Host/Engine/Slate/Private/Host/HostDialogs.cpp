@@ -177,3 +177,8 @@ void FHostDialogs::SetAnswering(bool bInAnswering)
 {
 	GetDialogState().bAnswering = bInAnswering;
 }
+
+bool FHostDialogs::IsAnswering()
+{
+	return GetDialogState().bAnswering;
+}

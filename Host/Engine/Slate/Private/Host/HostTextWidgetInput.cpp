@@ -531,5 +531,5 @@ void SHostTextWidget::OpenContextMenu(const FGeometry& Geometry, const FVector2D
 	const float X = static_cast<float>(Position.X);
 	const float Y = static_cast<float>(Position.Y);
 	// The keyboard stays here, so that opening a menu commits nothing.
-	State->ContextMenu = FSlateApplication::Get().PushMenu(AsShared(), MakeTextMenu(Rows), FSlateRect(X, Y, X, Y), MenuPlacement_BelowAnchor, false);
+	State->ContextMenu = FSlateApplication::Get().PushMenu(AsShared(), MakeTextMenu(Rows), FSlateRect(X, Y, X, Y), MenuPlacement_BelowAnchor, false, EHostOwnerPress::ClosesAndReaches);
 }

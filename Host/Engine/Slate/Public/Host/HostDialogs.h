@@ -36,4 +36,5 @@ public:
 	static void QueueAnswer(const FString& ButtonName);
 	/** True: dialogs open without a screen too and wait for AnswerOpenDialog or synthetic input. */
 	static void SetAnswering(bool bInAnswering);
+	static bool IsAnswering();
 };

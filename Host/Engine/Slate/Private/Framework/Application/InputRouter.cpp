@@ -313,22 +313,23 @@ void FInputRouter::OnMouseMove(const FVector2D& Position, const FModifierKeysSta
 
 bool FInputRouter::DismissPopupsOutside(const FVector2D& Position)
 {
-	// A press closes the popups above the one that it lies in. On the owner of a popup it only closes it.
-	bool bOnOwner = false;
+	// A press closes the popups above the one that it lies in, or in whose owner the user works.
+	bool bSwallowed = false;
 	// A copy: closing one may run frames, which drop others from the list.
 	const TArray<TSharedRef<FPopup>> Open = Layers.GetPopups();
 	for (int32 Index = Open.Num() - 1; Index >= 0; --Index)
 	{
 		const TSharedRef<FPopup>& Popup = Open[Index];
-		if (Popup->Frame->GetCachedGeometry().IsUnderLocation(Position))
+		const TSharedPtr<SWidget> Owner = Popup->Owner.Pin();
+		const bool bOnThisOwner = Owner && Owner->GetCachedGeometry().IsUnderLocation(Position);
+		if (Popup->Frame->GetCachedGeometry().IsUnderLocation(Position) || (bOnThisOwner && Popup->OwnerPress == EHostOwnerPress::Reaches))
 		{
 			break;
 		}
-		const TSharedPtr<SWidget> Owner = Popup->Owner.Pin();
-		bOnOwner = bOnOwner || (Popup->bClosesOnOwnerPress && Owner && Owner->GetCachedGeometry().IsUnderLocation(Position));
+		bSwallowed = bSwallowed || (bOnThisOwner && Popup->OwnerPress == EHostOwnerPress::OnlyCloses);
 		Popup->Dismiss();
 	}
-	return bOnOwner;
+	return bSwallowed;
 }
 
 void FInputRouter::OnMouseDown(const FKey& Button, const FVector2D& Position, const FModifierKeysState& InModifiers)

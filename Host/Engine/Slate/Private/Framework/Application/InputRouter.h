@@ -63,6 +63,7 @@ private:
 	void ApplyReply(const FReply& Reply, const FEventPath& Path);
 	void MoveFocusByTab(bool bBackward);
 	FPointerEvent MakePointerEvent(const FKey& Button, const FVector2D& Wheel = FVector2D(0, 0)) const;
+	/** True when the press has done its work with that. */
 	bool DismissPopupsOutside(const FVector2D& Position);
 	void UpdateToolTip(double Now);
 	template <typename EventType>

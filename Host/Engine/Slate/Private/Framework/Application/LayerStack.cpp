@@ -9,6 +9,11 @@ namespace
 	constexpr float ToolTipDrop = 16.0f;
 	/** Room between a popup and what it belongs to. */
 	constexpr float PopupGap = 2.0f;
+
+	bool HoldsKeyboard(const SWidget& Widget)
+	{
+		return Widget.HasKeyboardFocus() || Widget.HasFocusedDescendants();
+	}
 }
 
 IMenu::~IMenu() = default;
@@ -140,7 +145,11 @@ void FLayerStack::Arrange(const FVector2D& PixelSize, float Scale)
 		Popup->Frame->SlatePrepass(Scale);
 		const FVector2D Corner = Owner->GetCachedGeometry().GetAbsolutePosition();
 		const FSlateRect& Relative = Popup->RelativeAnchor;
-		const FSlateRect Anchor(Relative.Left + static_cast<float>(Corner.X), Relative.Top + static_cast<float>(Corner.Y), Relative.Right + static_cast<float>(Corner.X), Relative.Bottom + static_cast<float>(Corner.Y));
+		FSlateRect Anchor(Relative.Left + static_cast<float>(Corner.X), Relative.Top + static_cast<float>(Corner.Y), Relative.Right + static_cast<float>(Corner.X), Relative.Bottom + static_cast<float>(Corner.Y));
+		if (Popup->bFollowsOwnerSize)
+		{
+			Anchor = Owner->GetCachedGeometry().GetLayoutBoundingRect();
+		}
 		const FVector2D Size = Popup->Frame->GetDesiredSize() * static_cast<double>(Scale);
 		Layers.Add({ Popup->Frame, PlaceFloating(*Popup->Frame, FPopup::PlacePopup(Anchor, Size, Popup->Placement, PixelSize), Scale), false, false });
 	}
@@ -271,7 +280,8 @@ void FLayerStack::PrunePopups(double FrameTime)
 			bOwnerShown = Widget->GetVisibility().IsVisible() && (Parent || IsLayerRoot(*Widget));
 			Widget = Parent;
 		}
-		if (!bOwnerShown)
+		const bool bKeyboardLeft = bOwnerShown && Popup->bOwnerHasKeyboard && !HoldsKeyboard(*Owner) && !HoldsKeyboard(*Popup->Frame);
+		if (!bOwnerShown || bKeyboardLeft)
 		{
 			Popup->Dismiss();
 		}

@@ -2,6 +2,7 @@
 
 #include "CoreMinimal.h"
 #include "Framework/Application/IMenu.h"
+#include "Framework/Application/SlateApplication.h"
 #include "Layout/ArrangedWidget.h"
 #include "Types/SlateEnums.h"
 #include "Widgets/SWidget.h"
@@ -41,8 +42,11 @@ public:
 	TWeakPtr<SWidget> FocusBefore;
 	bool bOpen = true;
 	bool bTookFocus = false;
-	/** A press on the owner only closes; the owner does not see it, or it would open the popup again. */
-	bool bClosesOnOwnerPress = true;
+	/** The anchor is the owner's rectangle, whatever its size. */
+	bool bFollowsOwnerSize = false;
+	/** The owner had the keyboard at the opening; the popup closes when it goes elsewhere. */
+	bool bOwnerHasKeyboard = false;
+	EHostOwnerPress OwnerPress = EHostOwnerPress::OnlyCloses;
 	FOnMenuDismissed OnMenuDismissed;
 };
 
@@ -81,7 +85,7 @@ public:
 
 	void AddPopup(const TSharedRef<FPopup>& Popup) { Popups.Add(Popup); }
 	const TArray<TSharedRef<FPopup>>& GetPopups() const { return Popups; }
-	/** Drops closed popups and closes those whose owner is gone, hidden or no longer in the window. */
+	/** Drops closed popups and closes those whose owner is gone, hidden, no longer in the window or has lost the keyboard. */
 	void PrunePopups(double FrameTime);
 
 private:

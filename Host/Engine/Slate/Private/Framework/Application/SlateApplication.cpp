@@ -170,7 +170,7 @@ FVector2D FSlateApplication::GetCursorPos() const
 	return Input->GetPointer();
 }
 
-TSharedRef<IMenu> FSlateApplication::PushMenu(const TSharedRef<SWidget>& Owner, const TSharedRef<SWidget>& Content, const FSlateRect& Anchor, EMenuPlacement Placement, bool bFocus, float MinWidth)
+TSharedRef<IMenu> FSlateApplication::PushMenu(const TSharedRef<SWidget>& Owner, const TSharedRef<SWidget>& Content, const FSlateRect& Anchor, EMenuPlacement Placement, bool bFocus, EHostOwnerPress OwnerPress, float MinWidth)
 {
 	// clang-format off
 	const TSharedRef<SWidget> Frame = SNew(SPopupFrame)
@@ -183,9 +183,10 @@ TSharedRef<IMenu> FSlateApplication::PushMenu(const TSharedRef<SWidget>& Owner, 
 	const FVector2D Corner = Owner->GetCachedGeometry().GetAbsolutePosition();
 	Popup->RelativeAnchor = FSlateRect(Anchor.Left - static_cast<float>(Corner.X), Anchor.Top - static_cast<float>(Corner.Y), Anchor.Right - static_cast<float>(Corner.X), Anchor.Bottom - static_cast<float>(Corner.Y));
 	Popup->Placement = Placement;
+	Popup->bFollowsOwnerSize = Anchor == Owner->GetCachedGeometry().GetLayoutBoundingRect();
 	Popup->bTookFocus = bFocus;
-	// A menu at the pointer, such as a context menu, is opened again by a press on its owner.
-	Popup->bClosesOnOwnerPress = Anchor.Width() > 0.0f;
+	Popup->bOwnerHasKeyboard = !bFocus && (Owner->HasKeyboardFocus() || Owner->HasFocusedDescendants());
+	Popup->OwnerPress = OwnerPress;
 	Input->CloseToolTip();
 	Layers->AddPopup(Popup);
 	if (bFocus)

@@ -24,6 +24,17 @@ struct FHostFrameStats
 	uint64 PaintedFrames = 0;
 };
 
+/** What a press on the owner of an open popup does. */
+enum class EHostOwnerPress : uint8
+{
+	/** It closes the popup and nothing else, or the owner would open it again. */
+	OnlyCloses,
+	/** It closes the popup and goes on to the owner. */
+	ClosesAndReaches,
+	/** It goes to the owner, and the popup stays: the user works in the owner while it is open. */
+	Reaches,
+};
+
 /**
  * The one application: owns the window's content, popups, tooltip, toasts and modal windows as layers of one window,
  * routes input to widgets and runs frames. Game thread only.
@@ -79,10 +90,11 @@ public:
 	/**
 	 * Opens a popup beside a rectangle (device pixels), moved so that it stays in the window.
 	 * @param Owner  The popup closes when this widget is no longer on screen, or on a press outside both.
-	 * @param bFocus False leaves the keyboard where it is.
+	 * @param Anchor  The owner's own rectangle makes the popup follow the owner's size, too.
+	 * @param bFocus False leaves the keyboard where it is. A popup whose owner has the keyboard closes when it goes elsewhere.
 	 * @param MinWidth  Units; a combo list is at least as wide as its box.
 	 */
-	TSharedRef<IMenu> PushMenu(const TSharedRef<SWidget>& Owner, const TSharedRef<SWidget>& Content, const FSlateRect& Anchor, EMenuPlacement Placement, bool bFocus, float MinWidth = 0.0f);
+	TSharedRef<IMenu> PushMenu(const TSharedRef<SWidget>& Owner, const TSharedRef<SWidget>& Content, const FSlateRect& Anchor, EMenuPlacement Placement, bool bFocus, EHostOwnerPress OwnerPress = EHostOwnerPress::OnlyCloses, float MinWidth = 0.0f);
 	void DismissAllMenus();
 	bool AnyMenusVisible() const;
 	/** Closes the tooltip until the pointer rests anew. */

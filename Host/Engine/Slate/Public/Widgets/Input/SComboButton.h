@@ -45,6 +45,7 @@ protected:
 	void ConstructButton(const FComboButtonStyle* InStyle, const FButtonStyle* InButtonStyle, const TSharedRef<SWidget>& InContent, const TAttribute<FMargin>& InPadding, bool bHasDownArrow);
 	virtual TSharedPtr<SWidget> MakeMenuContent() override;
 	virtual void OnOpenChanged(bool bIsOpen) override;
+	virtual bool OpensByPress() const override { return true; }
 	/** Whether the popup takes the keyboard when the user opens it. */
 	virtual bool FocusesMenu() const { return true; }
 	/** The popup's surface around its content. */

@@ -15,7 +15,10 @@ enum class EPopupMethod : uint8
 	UseCurrentWindow,
 };
 
-/** Content that a popup can be opened beside. The popup is a layer of the program's window and stays inside it. */
+/**
+ * Content that a popup can be opened beside. The popup is a layer of the program's window, stays inside it and follows
+ * its anchor. While a popup is open that left the keyboard where it was, the anchor's content takes presses as always.
+ */
 class SLATE_API SMenuAnchor : public SCompoundWidget
 {
 public:
@@ -52,6 +55,8 @@ protected:
 	/** What the popup shows; null opens nothing. */
 	virtual TSharedPtr<SWidget> MakeMenuContent();
 	virtual void OnOpenChanged(bool bIsOpen);
+	/** Whether the anchor opens its popup by a press, so that the next one must only close it. */
+	virtual bool OpensByPress() const { return false; }
 
 private:
 	void OnMenuDismissed(TSharedRef<IMenu> InMenu);
