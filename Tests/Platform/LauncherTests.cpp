@@ -144,6 +144,92 @@ TEST_F(Launcher, TheOpenerGetsOneArgumentAndNoShell)
 	EXPECT_EQ(Opener.WaitForArguments(), "<https://example.org/?a=$(touch x)&b=`id`;'\" \u00E4 c>\n");
 }
 
+namespace
+{
+	/** VISUAL and EDITOR for the time of a test; null takes one away. */
+	class FEditorVariables
+	{
+	public:
+		FEditorVariables(const char* Visual, const char* Editor)
+		{
+			Set("VISUAL", Visual);
+			Set("EDITOR", Editor);
+		}
+		~FEditorVariables()
+		{
+			Set("VISUAL", nullptr);
+			Set("EDITOR", nullptr);
+		}
+		static void Set(const char* Name, const char* Value) { Value ? setenv(Name, Value, 1) : unsetenv(Name); }
+	};
+
+	bool OpenSource(const FString& Path, FString& OutError)
+	{
+		return FHostServices::Launch(FHostLaunchRequest{ FHostLaunchRequest::EKind::Source, Path, FString() }, OutError);
+	}
+}
+
+TEST_F(Launcher, SourcesOpenInTheEditorOfTheUser)
+{
+	FHostPlatform::InstallLauncher(false);
+	const FTempFolder Project;
+	Project.Write("tool $(x).py", "");
+	const std::string File = "<" + Project.AtBytes("tool $(x).py") + ">\n";
+	struct FCase
+	{
+		const char* Visual;
+		const char* Editor;
+		std::string Arguments;
+	};
+	// The script that stands in for the opener writes its arguments down under any name.
+	const FCase Cases[] = {
+		{ "xdg-open --wait", "missing-editor", "<--wait>\n" + File },
+		{ nullptr, "xdg-open -a 'b c' \"d;e\" f\\ g $HOME", "<-a>\n<b c>\n<d;e>\n<f g>\n<$HOME>\n" + File },
+		{ "  ", "xdg-open", File },
+	};
+	for (const FCase& Case : Cases)
+	{
+		const FEditorVariables Variables(Case.Visual, Case.Editor);
+		const FFakeOpener Opener(0);
+		EXPECT_TRUE(OpenSource(Project.At(TEXT("tool $(x).py")), Error)) << Utf8(Error);
+		EXPECT_EQ(Opener.WaitForArguments(), Case.Arguments);
+	}
+	EXPECT_EQ(Asked.Num(), 0) << "an editor runs nothing";
+	const FEditorVariables NoVariables(nullptr, nullptr);
+	const FFakeOpener Opener(0);
+	EXPECT_FALSE(OpenSource(Project.At(TEXT("tool $(x).py")), Error));
+	EXPECT_EQ(Asked.Num(), 1) << "the desktop's program might";
+	Answer = EAppReturnType::Yes;
+	EXPECT_TRUE(OpenSource(Project.At(TEXT("tool $(x).py")), Error));
+	EXPECT_EQ(Opener.WaitForArguments(), File);
+}
+
+TEST_F(Launcher, AnEditorThatCannotStartIsToldInWords)
+{
+	FHostPlatform::InstallLauncher(false);
+	const FTempFolder Project;
+	Project.Write("a.txt", "");
+	struct FCase
+	{
+		const char* Editor;
+		const TCHAR* File;
+		const TCHAR* Words;
+	};
+	const FCase Cases[] = {
+		{ "no-such-editor -x", TEXT("a.txt"), TEXT("\"no-such-editor\", named by EDITOR") },
+		{ "edit \"x", TEXT("a.txt"), TEXT("in EDITOR a quotation mark is not closed") },
+		{ "xdg-open", TEXT("b.txt"), TEXT("does not exist") },
+	};
+	for (const FCase& Case : Cases)
+	{
+		const FEditorVariables Variables(nullptr, Case.Editor);
+		Problems.Reset();
+		EXPECT_FALSE(OpenSource(Project.At(Case.File), Error));
+		EXPECT_TRUE(Error.Contains(Case.Words)) << Utf8(Error);
+		EXPECT_EQ(Problems.Num(), 1);
+	}
+}
+
 TEST_F(Launcher, AFailedOpenerIsReported)
 {
 	FHostPlatform::InstallLauncher(false);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "TimerManager.h"
 #include "UObject/Object.h"
 #include "UObject/UObjectGlobals.h"
 
@@ -16,8 +17,13 @@ public:
 		return static_cast<T*>(FindOrMakeSubsystem(T::StaticClass()));
 	}
 
+	/** Timers that run whether or not a game does. */
+	TSharedRef<FTimerManager> GetTimerManager() const { return TimerManager; }
+
 private:
 	UObject* FindOrMakeSubsystem(UClass* Class) const;
+
+	TSharedRef<FTimerManager> TimerManager = MakeShared<FTimerManager>();
 };
 
 /** Null until the program has started its editor (FHostEditor::StartUp): callers test it. */

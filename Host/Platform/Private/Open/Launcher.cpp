@@ -4,7 +4,7 @@
 #include "Host/HostFileNames.h"
 #include "Misc/MessageDialog.h"
 #include "Misc/Paths.h"
-#include "Open/OpenRules.h"
+#include "Open/EditorCommand.h"
 #include "PlatformState.h"
 
 #include <cerrno>
@@ -19,6 +19,7 @@
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
+#include <vector>
 
 #define LOCTEXT_NAMESPACE "HostLauncher"
 
@@ -58,11 +59,26 @@ namespace
 		}
 	}
 
+	FString GetProgramName(const FEditorCommand& Editor)
+	{
+		return OpenRules::MakeReadable(HostFileNameFromBytes(Editor.Words[0]));
+	}
+
+	FString DescribeFailedExit(const FEditorCommand& Editor, int Code)
+	{
+		if (Editor.Words.empty())
+		{
+			return DescribeExitCode(Code);
+		}
+		return FString::Printf(TEXT("the editor \"%s\" ended with code %d. %s should name an editor with a window of its own"), *GetProgramName(Editor), Code,
+			*HostFileNameFromBytes(Editor.Variable));
+	}
+
 	/** Waits for the opener on a thread of its own: it may run as long as the program that it started. */
-	void WaitForOpener(pid_t Process, const FString& Target)
+	void WaitForOpener(pid_t Process, const FString& Target, const FEditorCommand& Editor)
 	{
 		std::thread(
-			[Process, Target]
+			[Process, Target, Editor]
 			{
 				int Status = 0;
 				while (waitpid(Process, &Status, 0) < 0)
@@ -74,7 +90,7 @@ namespace
 				}
 				if (WIFEXITED(Status) && WEXITSTATUS(Status) != 0)
 				{
-					PlatformState::ReportProblem(FString::Printf(TEXT("%s could not be opened: %s."), *OpenRules::MakeReadable(Target), DescribeExitCode(WEXITSTATUS(Status))));
+					PlatformState::ReportProblem(FString::Printf(TEXT("%s could not be opened: %s."), *OpenRules::MakeReadable(Target), *DescribeFailedExit(Editor, WEXITSTATUS(Status))));
 				}
 			})
 			.detach();
@@ -89,18 +105,8 @@ void FLauncher::Install(bool bStartNothing)
 bool FLauncher::Launch(const FHostLaunchRequest& Request, bool bStartNothing, FString& OutError)
 {
 	FString Target = Request.Target;
-	FOpenDecision Decision;
-	if (Request.Kind == FHostLaunchRequest::EKind::Url)
-	{
-		Decision = OpenRules::JudgeUrl(Target);
-	}
-	else
-	{
-		// The rules look at what was asked for, the opener gets a full path.
-		const FString FullPath = FPaths::ConvertRelativePathToFull(Target);
-		Decision = OpenRules::JudgeFile(Target, ReadFacts(FullPath));
-		Target = FullPath;
-	}
+	const FEditorCommand Editor = Request.Kind == FHostLaunchRequest::EKind::Source ? FEditorCommand::ReadEnvironment() : FEditorCommand();
+	FOpenDecision Decision = Request.Kind == FHostLaunchRequest::EKind::Url ? OpenRules::JudgeUrl(Target) : JudgeFile(Request, Editor, Target);
 	if (Decision.Verdict != EOpenVerdict::Refuse && !Request.Parameters.IsEmpty())
 	{
 		Decision = FOpenDecision{ EOpenVerdict::Refuse, TEXT("Parameters cannot be passed on to the program that opens it.") };
@@ -122,12 +128,29 @@ bool FLauncher::Launch(const FHostLaunchRequest& Request, bool bStartNothing, FS
 		std::fprintf(stderr, "Would open: %s\n", TCHAR_TO_UTF8(*OpenRules::MakeReadable(Target)));
 		return true;
 	}
-	if (!Start(Target, OutError))
+	if (!Start(Target, Editor, OutError))
 	{
 		PlatformState::ReportProblem(OutError);
 		return false;
 	}
 	return true;
+}
+
+FOpenDecision FLauncher::JudgeFile(const FHostLaunchRequest& Request, const FEditorCommand& Editor, FString& OutFullPath)
+{
+	// The rules look at what was asked for, the opener gets a full path.
+	OutFullPath = FPaths::ConvertRelativePathToFull(Request.Target);
+	FOpenDecision Decision = OpenRules::JudgeFile(Request.Target, ReadFacts(OutFullPath));
+	if (!Editor.bReadable)
+	{
+		Decision = FOpenDecision{ EOpenVerdict::Refuse, FString::Printf(TEXT("The editor cannot be started: in %s a quotation mark is not closed."), *HostFileNameFromBytes(Editor.Variable)) };
+	}
+	else if (Decision.Verdict == EOpenVerdict::Ask && !Editor.Words.empty())
+	{
+		// An editor shows what could be run, it does not run it.
+		Decision = FOpenDecision{ EOpenVerdict::Open, FString() };
+	}
+	return Decision;
 }
 
 bool FLauncher::AskUser(const FHostLaunchRequest& Request, const FString& Target, const FString& Reason)
@@ -141,11 +164,20 @@ bool FLauncher::AskUser(const FHostLaunchRequest& Request, const FString& Target
 	return FMessageDialog::Open(EAppMsgCategory::Warning, EAppMsgType::YesNo, EAppReturnType::No, Message, Title) == EAppReturnType::Yes;
 }
 
-bool FLauncher::Start(const FString& Target, FString& OutError)
+bool FLauncher::Start(const FString& Target, const FEditorCommand& Editor, FString& OutError)
 {
-	std::string Program = "xdg-open";
-	std::string Argument = HostFileNameToBytes(Target);
-	char* const Arguments[] = { Program.data(), Argument.data(), nullptr };
+	std::vector<std::string> Words = Editor.Words;
+	if (Words.empty())
+	{
+		Words.push_back("xdg-open");
+	}
+	Words.push_back(HostFileNameToBytes(Target));
+	std::vector<char*> Arguments;
+	for (std::string& Word : Words)
+	{
+		Arguments.push_back(Word.data());
+	}
+	Arguments.push_back(nullptr);
 
 	posix_spawn_file_actions_t Actions;
 	posix_spawn_file_actions_init(&Actions);
@@ -166,16 +198,21 @@ bool FLauncher::Start(const FString& Target, FString& OutError)
 	posix_spawnattr_setsigdefault(&Attributes, &Signals);
 
 	pid_t Process = 0;
-	const int Failure = posix_spawnp(&Process, Program.c_str(), &Actions, &Attributes, Arguments, environ);
+	const int Failure = posix_spawnp(&Process, Arguments[0], &Actions, &Attributes, Arguments.data(), environ);
 	posix_spawnattr_destroy(&Attributes);
 	posix_spawn_file_actions_destroy(&Actions);
+	if (Failure != 0 && !Editor.Words.empty())
+	{
+		OutError = FString::Printf(TEXT("The editor \"%s\", named by %s, could not be started: %s."), *GetProgramName(Editor), *HostFileNameFromBytes(Editor.Variable), UTF8_TO_TCHAR(std::strerror(Failure)));
+		return false;
+	}
 	if (Failure != 0)
 	{
 		OutError = Failure == ENOENT ? FString(TEXT("Nothing can be opened, since xdg-open is not installed. Please install the package xdg-utils."))
 									 : FString::Printf(TEXT("The program that opens addresses could not be started: %s."), UTF8_TO_TCHAR(std::strerror(Failure)));
 		return false;
 	}
-	WaitForOpener(Process, Target);
+	WaitForOpener(Process, Target, Editor);
 	return true;
 }
 

@@ -1,8 +1,11 @@
 #pragma once
 
 #include "Host/HostServices.h"
+#include "Open/OpenRules.h"
 
-/** Opens addresses and files in the desktop's programs. Any thread; questions are asked on the game thread only. */
+struct FEditorCommand;
+
+/** Opens addresses and files in the desktop's programs, sources in the user's editor. Any thread; questions are asked on the game thread only. */
 class FLauncher
 {
 public:
@@ -12,6 +15,8 @@ public:
 private:
 	static bool Launch(const FHostLaunchRequest& Request, bool bStartNothing, FString& OutError);
 	static bool AskUser(const FHostLaunchRequest& Request, const FString& Target, const FString& Reason);
-	/** Runs the desktop's opener with exactly one argument and no shell in between. */
-	static bool Start(const FString& Target, FString& OutError);
+	/** Checks what the disk and the rules say about a file, and makes its path full. */
+	static FOpenDecision JudgeFile(const FHostLaunchRequest& Request, const FEditorCommand& Editor, FString& OutFullPath);
+	/** Runs the editor, or without one the desktop's opener, with the target as one argument more. */
+	static bool Start(const FString& Target, const FEditorCommand& Editor, FString& OutError);
 };

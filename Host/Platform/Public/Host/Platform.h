@@ -37,7 +37,8 @@ public:
 
 	/**
 	 * Serves the launch of addresses and files (FHostServices) by rules: web and mail addresses and plain files open in
-	 * the desktop's program for them, whatever could run is asked for first, and what cannot be meant is refused.
+	 * the desktop's program for them, whatever could run is asked for first, and what cannot be meant is refused. Sources open
+	 * in the editor that VISUAL or EDITOR names, where none is named as plain files. No shell is ever in between.
 	 * @param bStartNothing  Records and prints the target on the standard error stream instead, for runs without a user.
 	 */
 	static void InstallLauncher(bool bStartNothing);
