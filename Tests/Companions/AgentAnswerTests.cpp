@@ -168,8 +168,7 @@ TEST_F(AgentAnswers, OtherTalkGetsAnHonestAnswerWithExamples)
 {
 	EXPECT_TRUE(Holds(Ask("help"), "`find "));
 	EXPECT_TRUE(Holds(Ask("sing me a song about rain"), "I did not understand"));
-	EXPECT_TRUE(Holds(Ask("delete the file README.md"), "I cannot change files"));
-	EXPECT_TRUE(std::filesystem::exists(Project.Root / "README.md"));
+	EXPECT_TRUE(Holds(Ask("refactor everything"), "I did not understand which change to make"));
 	EXPECT_TRUE(Holds(Ask("find"), "What should I look for?"));
 	EXPECT_TRUE(Holds(Ask("hello"), "Hello!"));
 }
@@ -306,7 +305,7 @@ TEST_F(AgentAnswers, UnreadableThingsAreSaid)
 	Project.Write("Closed/secret.txt", Symbol);
 	std::filesystem::permissions(Project.Root / "Closed/secret.txt", std::filesystem::perms::none);
 	EXPECT_TRUE(Holds(Ask("find " + Symbol), "1 file or folder could not be read."));
-	EXPECT_TRUE(Holds(Ask("show secret.txt"), "it cannot be opened (no permission)"));
+	EXPECT_TRUE(Holds(Ask("show secret.txt"), "there is no permission"));
 	std::filesystem::permissions(Project.Root / "Closed", std::filesystem::perms::none);
 	EXPECT_TRUE(Holds(Ask("how many lines?"), "1 folder could not be read.")) << LastAnswer;
 	EXPECT_TRUE(Holds(Ask("list Closed"), "cannot be read")) << LastAnswer;

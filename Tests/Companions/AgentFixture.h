@@ -37,7 +37,7 @@ protected:
 	{
 		Agent = FAgentBuilder::CreateDefault();
 		ASSERT_TRUE(Agent.IsValid());
-		Agent->ClearAllHistories(); // The store lives as long as the process.
+		Agent->ClearAllHistories();
 		Listen();
 	}
 

@@ -1,6 +1,7 @@
 #include "CodeIntel/CodeIntelIndexManager.h"
 #include "CodeIntel/IgnorePatterns.h"
 #include "FileCache/ProjectFileCache.h"
+#include "Host/HostFileNames.h"
 #include "Host/HostTasks.h"
 #include "TemporaryProject.h"
 
@@ -28,7 +29,7 @@ namespace
 		std::vector<std::string> Lines;
 		for (const Velmora::FProjectFileCacheEntry& Entry : Entries)
 		{
-			Lines.push_back(Utf8(Entry.Path) + (Entry.bIsDirectory ? "/" : std::string(" ") + Types[static_cast<int>(Entry.Type)]));
+			Lines.push_back(HostFileNameToBytes(Entry.Path) + (Entry.bIsDirectory ? "/" : std::string(" ") + Types[static_cast<int>(Entry.Type)]));
 		}
 		return Lines;
 	}
@@ -39,6 +40,7 @@ TEST(ProjectFileCacheTests, ListsWhatBelongsToTheProject)
 	FTemporaryProject Project;
 	Project.Write("Source/Game/Player.cpp", "x");
 	Project.Write("Source/Game/Player.H", "x");
+	Project.Write("Source/Game/Game.Build.cs", "x");
 	Project.Write("Content/Hero.uasset", "x");
 	Project.Write("Config/Game.ini", "x");
 	Project.Write("notes", "x");
@@ -48,22 +50,24 @@ TEST(ProjectFileCacheTests, ListsWhatBelongsToTheProject)
 	Project.Write("Source/na\xFFme.cpp", "x");
 	std::filesystem::create_directory_symlink(Project.Root, Project.Root / "Source" / "loop");
 	const std::vector<std::string> Expected = {
-		Project.PathOf("notes") + " other",
-		Project.PathOf("Config") + "/",
-		Project.PathOf("Config/Game.ini") + " config",
-		Project.PathOf("Content") + "/",
-		Project.PathOf("Content/Hero.uasset") + " asset",
-		Project.PathOf("Source") + "/",
-		Project.PathOf("Source/Game") + "/",
-		Project.PathOf("Source/Game/Player.H") + " code",
-		Project.PathOf("Source/Game/Player.cpp") + " code",
+		"notes other",
+		"Config/",
+		"Config/Game.ini config",
+		"Content/",
+		"Content/Hero.uasset asset",
+		"Source/",
+		"Source/na\xFFme.cpp code",
+		"Source/Game/",
+		"Source/Game/Game.Build.cs config",
+		"Source/Game/Player.H code",
+		"Source/Game/Player.cpp code",
 	};
 	EXPECT_EQ(ScanAndList(), Expected);
 
 	Project.Write("Source/New.py", "x");
 	std::filesystem::remove(Project.Root / "notes");
 	std::vector<std::string> Changed(Expected.begin() + 1, Expected.end());
-	Changed.insert(Changed.end() - 3, Project.PathOf("Source/New.py") + " code");
+	Changed.insert(Changed.begin() + 5, "Source/New.py code");
 	EXPECT_EQ(ScanAndList(), Changed);
 }
 
@@ -119,7 +123,13 @@ TEST(IgnorePatternTests, BuiltInAndOwnRules)
 		{ "part of a name is not the name", "Source/Builder/Saved.cpp", {}, false },
 		{ "a file of the project, wherever that lies", Project.PathOf("Source/A.cpp"), {}, false },
 		{ "wildcard on a name", "Source/A.tmp", { "*.tmp" }, true },
-		{ "wildcard on a folder's name", "Third/Party/x.cpp", { "part?" }, true },
+		{ "wildcard on a folder's name", "Third/Party/x.cpp", { "Part?" }, true },
+		{ "letter case of a pattern counts", "Third/Party/x.cpp", { "part?" }, false },
+		{ "the last pattern decides", "Source/A.tmp", { "*.tmp", "!A.tmp" }, false },
+		{ "but nothing comes back from below an ignored folder", "Source/Gen/x.cpp", { "Gen/", "!x.cpp" }, true },
+		{ "a fetched package in the project", Project.PathOf("node_modules/x.js"), {}, true },
+		{ "a folder told by its slash", "Out/", { "Out/" }, true },
+		{ "a file of that name", "Out", { "Out/" }, false },
 		{ "pattern with a slash takes the whole path", "Source/Gen/x.cpp", { "Source/Gen/*" }, true },
 		{ "and only the whole", "Plugins/Source/Gen/x.cpp", { "Source/Gen/*" }, false },
 		{ "an empty pattern matches nothing", "Source/A.cpp", { "" }, false },

@@ -1,30 +1,11 @@
 #include "UpdateGate.h"
 
-#include "Dom/JsonObject.h"
 #include "Host/UpdateGateControl.h"
-#include "Misc/FileHelper.h"
 #include "Misc/Paths.h"
-#include "Serialization/JsonReader.h"
-#include "Serialization/JsonSerializer.h"
+#include "ReleaseFile.h"
 
 namespace Velmora
 {
-	namespace
-	{
-		struct FStateRow
-		{
-			const TCHAR* Word;
-			EUpdateGateState State;
-		};
-		constexpr FStateRow StateRows[] = {
-			{ TEXT("Checking"), EUpdateGateState::Checking },
-			{ TEXT("Ready"), EUpdateGateState::Ready },
-			{ TEXT("UpdateAvailable"), EUpdateGateState::UpdateAvailable },
-			{ TEXT("Downloading"), EUpdateGateState::Downloading },
-			{ TEXT("RestartRequired"), EUpdateGateState::RestartRequired },
-		};
-	}
-
 	FUpdateGate& FUpdateGate::Get()
 	{
 		static FUpdateGate Instance;
@@ -44,34 +25,29 @@ namespace Velmora
 		Gate.StateChangedEvent.Broadcast(State);
 	}
 
+	bool FUpdateGateControl::SetStateByWord(const FString& Word, TOptional<int32> Progress)
+	{
+		EUpdateGateState State = EUpdateGateState::Ready;
+		if (!FReleaseFile::FindState(Word, State))
+		{
+			return false;
+		}
+		SetState(State, Progress.IsSet() ? FReleaseFile::MakeProgressMessage(FString(), Progress.GetValue()) : FString(), FUpdateGate::Get().Version);
+		return true;
+	}
+
 	bool FUpdateGateControl::ReadReleaseFile(const FString& Path, FString& OutComplaint)
 	{
 		if (!FPaths::FileExists(Path))
 		{
 			return true;
 		}
-		FString Text;
-		TSharedPtr<FJsonObject> Release;
-		if (!FFileHelper::LoadFileToString(Text, *Path) || !FJsonSerializer::Deserialize(TJsonReaderFactory<>::Create(Text), Release) || !Release)
+		FReleaseFile Release;
+		OutComplaint = FReleaseFile::Read(Path, Release);
+		if (OutComplaint.IsEmpty())
 		{
-			OutComplaint = FString::Printf(TEXT("The release file \"%s\" cannot be read as a JSON object."), *Path);
-			return false;
+			SetState(Release.State, Release.Message, Release.Version);
 		}
-		FString Word;
-		FString Version;
-		FString Message;
-		Release->TryGetStringField(TEXT("state"), Word);
-		Release->TryGetStringField(TEXT("version"), Version);
-		Release->TryGetStringField(TEXT("message"), Message);
-		for (const FStateRow& Row : StateRows)
-		{
-			if (Word.Equals(Row.Word))
-			{
-				SetState(Row.State, Message, Version);
-				return true;
-			}
-		}
-		OutComplaint = FString::Printf(TEXT("The release file \"%s\" names no known state."), *Path);
-		return false;
+		return OutComplaint.IsEmpty();
 	}
 }

@@ -5,10 +5,9 @@
 
 void FVelmoraAutoDownloadFrameworkModule::TriggerManualDownload()
 {
-	const Velmora::FUpdateGate& Gate = Velmora::FUpdateGate::Get();
-	if (Gate.GetState() == Velmora::EUpdateGateState::UpdateAvailable)
+	if (Velmora::FUpdateGate::Get().GetState() == Velmora::EUpdateGateState::UpdateAvailable)
 	{
-		Velmora::FUpdateGateControl::SetState(Gate.GetState(), TEXT("The update cannot be downloaded from here. Please install it by hand."), Gate.GetVersion());
+		Velmora::FUpdateGateControl::StartDownload();
 	}
 }
 

@@ -8,8 +8,9 @@ class VELMORAAUTODOWNLOADFRAMEWORK_API FVelmoraAutoDownloadFrameworkModule : pub
 {
 public:
 	/**
-	 * Starts the download of the update on offer. Game thread. Nothing happens when none is on offer. There is
-	 * nowhere to download from yet: an offer stays on offer and the gate's message says so.
+	 * Starts the download of the update on offer. Game thread. Nothing happens when none is on offer. The gate goes to
+	 * Downloading with a percent figure, then to RestartRequired. When there is nothing to download or the download fails, the
+	 * offer stays and the gate's message says why.
 	 */
 	static void TriggerManualDownload();
 };

@@ -160,6 +160,16 @@ namespace Velmora
 			{ "refactor", ERequestKind::ChangeFiles },
 			{ "implement", ERequestKind::ChangeFiles },
 			{ "make", ERequestKind::ChangeFiles },
+			{ "generate", ERequestKind::ChangeFiles },
+			{ "append", ERequestKind::ChangeFiles },
+			{ "overwrite", ERequestKind::ChangeFiles },
+			{ "save", ERequestKind::ChangeFiles },
+			{ "store", ERequestKind::ChangeFiles },
+			{ "put", ERequestKind::ChangeFiles },
+			{ "substitute", ERequestKind::ChangeFiles },
+			{ "swap", ERequestKind::ChangeFiles },
+			{ "erase", ERequestKind::ChangeFiles },
+			{ "get rid of", ERequestKind::ChangeFiles },
 			{ "move", ERequestKind::ChangeFiles },
 		};
 
@@ -584,6 +594,16 @@ namespace Velmora
 				Phrase = nullptr;
 			}
 		}
+		if (!Phrase && BeginsWithWords(Words.Lower, "in"))
+		{
+			// "In notes.md replace …"
+			Request.Change = ParseChangeRequest(Text);
+			if (Request.Change.Kind != EChangeRequest::Unclear)
+			{
+				Request.Kind = ERequestKind::ChangeFiles;
+				return Request;
+			}
+		}
 		if (!Phrase)
 		{
 			Request.Target = PutBackQuoted(Words.Written, Quoted);
@@ -599,6 +619,7 @@ namespace Velmora
 		Request.Kind = Phrase->Kind;
 		if (Request.Kind == ERequestKind::Help || Request.Kind == ERequestKind::Greeting || Request.Kind == ERequestKind::Thanks || Request.Kind == ERequestKind::ChangeFiles)
 		{
+			Request.Change = Request.Kind == ERequestKind::ChangeFiles ? ParseChangeRequest(Text) : FChangeRequest();
 			return Request;
 		}
 		FRequestText Rest = Words;

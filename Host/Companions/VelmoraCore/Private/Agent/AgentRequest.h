@@ -3,6 +3,8 @@
 #include <string>
 #include <string_view>
 
+#include "Agent/ChangeRequest.h"
+
 namespace Velmora
 {
 	enum class ERequestKind
@@ -18,7 +20,7 @@ namespace Velmora
 		List,			// A folder. A file is shown.
 		Summarise,		// The project as a whole.
 		Count,			// How many files or lines.
-		ChangeFiles		// Asked to write, which the agent cannot do.
+		ChangeFiles		// Something is to be written or deleted.
 	};
 
 	/** What a user's sentence asks for. */
@@ -41,11 +43,14 @@ namespace Velmora
 
 		/** Show that many lines from the end. Zero: not said. */
 		int TailLines = 0;
+
+		/** Of ChangeFiles. */
+		FChangeRequest Change;
 	};
 
 	/**
 	 * Understands a request in plain words, whatever its letter case, quotes and courtesies. Only the first few
-	 * thousand bytes of a long text are looked at. Pure.
+	 * thousand bytes of a long text are looked at, but all of what is to be written. Pure.
 	 *
 	 * @param Text  UTF-8.
 	 */

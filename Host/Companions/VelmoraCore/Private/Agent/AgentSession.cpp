@@ -2,6 +2,7 @@
 
 #include "Async/Async.h"
 #include "Host/BuiltInAgentOptions.h"
+#include "Host/HostFileNames.h"
 #include "Host/ProjectFolder.h"
 #include "Misc/Guid.h"
 #include "UObject/Class.h"
@@ -10,6 +11,7 @@
 #include "Agent/Utf8Text.h"
 #include "Settings/VelmoraSettings.h"
 #include "Store/ConversationStore.h"
+#include "Store/TurnRecorder.h"
 
 namespace Velmora
 {
@@ -17,13 +19,16 @@ namespace Velmora
 	{
 		/** How long the end of an agent may wait for its workers. They look up between two files, so this is never reached but on a dead disk. */
 		constexpr double MaxWorkerWaitSeconds = 2.0;
-		constexpr int32 MaxTitleLength = 50;
 	}
 
 	void FAgentSession::Abandon()
 	{
 		DropTurn();
 		Callbacks = FCallbacks();
+		if (Store.IsValid())
+		{
+			Store->StopChecking();
+		}
 		for (const TFuture<void>& Worker : Workers)
 		{
 			if (Worker.IsValid())
@@ -40,9 +45,10 @@ namespace Velmora
 			return FString();
 		}
 		EndConversation();
+		OpenStore();
 		OpenEmptyConversation(Mode);
 		const FString Id = Current->Id;
-		SetState(EConversationState::Ready, TEXT("A new conversation was opened."));
+		SetOpened(TEXT("A new conversation was opened."));
 		return Id;
 	}
 
@@ -52,6 +58,7 @@ namespace Velmora
 		Current->Id = FGuid::NewGuid().ToString();
 		Current->Mode = Mode;
 		Current->LastUpdated = FDateTime::Now();
+		StoredCount = 0;
 	}
 
 	bool FAgentSession::SendMessage(const FString& Text, const TArray<FString>& ContextFiles)
@@ -60,7 +67,14 @@ namespace Velmora
 		{
 			return false;
 		}
-		RecordMessage(EConversationRole::User, Text);
+		FString Problem;
+		if (!RecordUserMessage(Text, Problem))
+		{
+			Current->Messages.Pop();
+			Fire(Callbacks.Error, Problem);
+			return false;
+		}
+		OpenTransaction();
 		TurnContextFiles = ContextFiles;
 		StartTurn(Text);
 		SetState(EConversationState::Thinking, TEXT("A message was sent."));
@@ -72,26 +86,35 @@ namespace Velmora
 		DropTurn();
 		const TSharedRef<FTurnControl> Control = MakeShared<FTurnControl>();
 		Turn = Control;
+		const TSharedRef<FTurnRecorder> TurnRecorder = MakeShared<FTurnRecorder>(GetStore().AsShared(), Current->Id, StoredCount < Current->Messages.Num());
+		Recorder = TurnRecorder;
 
 		FTurnInput Input;
-		Input.ProjectFolder = Utf8Text::FromString(GetProjectFolder());
+		Input.ProjectFolder = HostFileNameToBytes(GetProjectFolder());
 		Input.Prompt = Utf8Text::FromString(Prompt);
 		for (const FString& File : TurnContextFiles)
 		{
-			Input.ContextFiles.push_back(Utf8Text::FromString(File));
+			Input.ContextFiles.push_back(HostFileNameToBytes(File));
 		}
 		Input.ProjectDescription = Utf8Text::FromString(GetDefault<UVelmoraSettings>()->ProjectDescription);
 		Input.MinimumToolSeconds = GetBuiltInAgentOptions().MinimumToolSeconds;
 		Input.ToolIdPrefix = Utf8Text::FromString(FGuid::NewGuid().ToString());
+		Input.bIsAdvisor = Current->Mode == EConversationMode::Advisor;
+		Input.Journal = Journal;
+		Input.TransactionId = HostFileNameToBytes(TransactionId);
 
 		Workers.RemoveAll([](const TFuture<void>& Worker) { return Worker.IsReady(); });
-		Workers.Add(Async(EAsyncExecution::Thread, [Input = MoveTemp(Input), Control, WeakSession = TWeakPtr<FAgentSession>(AsShared())]
+		Workers.Add(Async(EAsyncExecution::Thread, [Input = MoveTemp(Input), Control, TurnRecorder, WeakSession = TWeakPtr<FAgentSession>(AsShared())]
 		{
-			FTurnRunner Runner(Input, *Control, [&Control, &WeakSession](FTurnReport&& Report)
+			FTurnRunner Runner(Input, *Control, [&Control, &TurnRecorder, &WeakSession](FTurnReport&& Report)
 			{
 				if (Control->IsCancelled())
 				{
 					return;
+				}
+				if (Report.Kind == ETurnReportKind::Answer)
+				{
+					TurnRecorder->Record({ Report.Text, EConversationRole::Assistant });
 				}
 				AsyncTask(ENamedThreads::GameThread, [Control, WeakSession, Report = MoveTemp(Report)]() mutable
 				{
@@ -102,6 +125,14 @@ namespace Velmora
 				});
 			});
 			Runner.Run();
+			// A change that was made when the turn was stopped is told all the same.
+			AsyncTask(ENamedThreads::GameThread, [WeakSession]
+			{
+				if (const TSharedPtr<FAgentSession> Session = WeakSession.Pin())
+				{
+					Session->PublishChanges();
+				}
+			});
 		}));
 	}
 
@@ -112,6 +143,10 @@ namespace Velmora
 		{
 			Turn->Cancel();
 			Turn.Reset();
+		}
+		if (const TSharedPtr<FTurnRecorder> Dropped = MoveTemp(Recorder))
+		{
+			Dropped->Drop();
 		}
 		HeldReports.clear();
 	}
@@ -173,18 +208,34 @@ namespace Velmora
 		case ETurnReportKind::ToolCompleted:
 			OpenTools.RemoveAll([&Report](const FOpenTool& Tool) { return Tool.Id == Report.ToolId; });
 			StateBeforePause = EConversationState::Thinking;
+			PublishChanges();
 			Fire(Callbacks.ToolCompleted, Report.ToolId, Report.ToolName, Report.bSuccess, Report.Text);
 			return;
 
 		case ETurnReportKind::Answer:
-			RecordMessage(EConversationRole::Assistant, Report.Text);
+		{
+			FString Problem;
+			const bool bIsRecorded = RecordAnswer(Report.Text, Problem);
 			Fire(Callbacks.MessageReceived, Report.Text, false);
+			if (!bIsRecorded && Epoch == StartEpoch)
+			{
+				TellStoreProblem(Problem);
+			}
+			return;
+		}
+
+		case ETurnReportKind::Plan:
+			SetPlan(MoveTemp(Report.Plan), Report.Text);
 			return;
 
 		case ETurnReportKind::Failed:
 			DropTurn();
 			StartEpoch = Epoch;
 			CloseOpenTools(Report.Text);
+			if (Epoch == StartEpoch)
+			{
+				StopPlan(EPlanStepStatus::Failed, Report.Text);
+			}
 			if (Epoch == StartEpoch)
 			{
 				SetState(EConversationState::Error, Report.Text);
@@ -226,10 +277,23 @@ namespace Velmora
 			DeliverHeldReports();
 			return;
 		}
-		RecordMessage(EConversationRole::User, Prompt);
+		FString Problem;
+		const bool bIsRecorded = RecordUserMessage(Prompt, Problem);
 		StartTurn(Prompt);
 		const uint32 StartEpoch = Epoch;
+		if (!bIsRecorded)
+		{
+			TellStoreProblem(Problem);
+		}
+		if (Epoch != StartEpoch)
+		{
+			return;
+		}
 		CloseOpenTools(TEXT("Stopped: the request was changed."));
+		if (Epoch == StartEpoch)
+		{
+			StopPlan(EPlanStepStatus::Stopped, TEXT("The request was changed."));
+		}
 		if (Epoch == StartEpoch)
 		{
 			SetState(EConversationState::Thinking, TEXT("Resumed with another request."));
@@ -247,6 +311,10 @@ namespace Velmora
 		CloseOpenTools(TEXT("Stopped by the user."));
 		if (Epoch == StartEpoch)
 		{
+			StopPlan(EPlanStepStatus::Stopped, TEXT("Stopped by the user."));
+		}
+		if (Epoch == StartEpoch)
+		{
 			SetState(EConversationState::Cancelled, TEXT("Stopped by the user."));
 		}
 	}
@@ -257,71 +325,61 @@ namespace Velmora
 		OpenTools.Empty();
 		if (Current.IsValid())
 		{
-			FConversationStore::Get().Save(*Current);
 			Current.Reset();
 		}
+		TransactionId.Empty();
 		State = EConversationState::NotStarted;
-	}
-
-	bool FAgentSession::LoadConversation(const FString& Id)
-	{
-		FConversationMetadata Stored;
-		if (HasTurn() || !FConversationStore::Get().Load(Id, Stored))
-		{
-			return false;
-		}
-		if (!Current.IsValid() || Current->Id != Id)
-		{
-			EndConversation();
-			Current = MakeShared<FConversationMetadata>(MoveTemp(Stored));
-		}
-		const FString LoadedId = Current->Id;
-		const uint32 StartEpoch = Epoch;
-		SetState(EConversationState::Ready, TEXT("A stored conversation was opened."));
-		if (Epoch == StartEpoch)
-		{
-			Fire(Callbacks.ConversationLoaded, LoadedId);
-		}
-		return true;
-	}
-
-	bool FAgentSession::DeleteConversationHistory(const FString& Id)
-	{
-		if (!Current.IsValid() || Current->Id != Id)
-		{
-			return FConversationStore::Get().Delete(Id);
-		}
-		const EConversationMode Mode = Current->Mode;
-		EndConversation();
-		FConversationStore::Get().Delete(Id);
-		OpenEmptyConversation(Mode);
-		SetState(EConversationState::Ready, TEXT("The conversation was deleted."));
-		return true;
-	}
-
-	FString FAgentSession::GetTitle() const
-	{
-		if (!Current.IsValid())
-		{
-			return FString();
-		}
-		const FConversationMessage* First = Current->Messages.FindByPredicate([](const FConversationMessage& Message) { return Message.IsUserMessage() && !Message.Content.IsEmpty(); });
-		if (!First)
-		{
-			return FString();
-		}
-		FString Title = First->Content.Replace(TEXT("\r\n"), TEXT(" ")).Replace(TEXT("\n"), TEXT(" ")).Replace(TEXT("\r"), TEXT(" ")).TrimStartAndEnd();
-		return Title.Len() > MaxTitleLength ? Title.Left(MaxTitleLength) + TEXT("...") : Title;
 	}
 
 	void FAgentSession::CloseOpenTools(const FString& Why)
 	{
 		const uint32 StartEpoch = Epoch;
+		// A change is made whole or not at all, whatever comes in between.
+		const FString Result = PublishChanges() ? Why + TEXT(" Its change had been made by then.") : Why;
 		while (OpenTools.Num() > 0 && Epoch == StartEpoch)
 		{
 			const FOpenTool Tool = OpenTools[0];
 			OpenTools.RemoveAt(0);
-			Fire(Callbacks.ToolCompleted, Tool.Id, Tool.Name, false, Why);
+			Fire(Callbacks.ToolCompleted, Tool.Id, Tool.Name, false, Result);
+		}
+	}
+
+	FString FAgentSession::GetPlan() const
+	{
+		return Utf8Text::ToString(Plan.ToMarkdown());
+	}
+
+	void FAgentSession::SetPlan(FAgentPlan&& NewPlan, const FString& What)
+	{
+		if (Plan.IsEmpty() && NewPlan.IsEmpty())
+		{
+			return;
+		}
+		Plan = MoveTemp(NewPlan);
+		Fire(Callbacks.PlanUpdate, What, GetPlan());
+	}
+
+	void FAgentSession::StopPlan(EPlanStepStatus Status, const FString& Why)
+	{
+		FAgentPlan Stopped = Plan;
+		for (FPlanStep& Step : Stopped.Steps)
+		{
+			if (Step.Status == EPlanStepStatus::Running)
+			{
+				Step.Status = Status;
+				SetPlan(MoveTemp(Stopped), Why);
+				return;
+			}
+		}
+	}
+
+	void FAgentSession::SetOpened(const FString& Reason)
+	{
+		const uint32 StartEpoch = Epoch;
+		SetPlan(FAgentPlan(), Reason);
+		if (Epoch == StartEpoch)
+		{
+			SetState(EConversationState::Ready, Reason);
 		}
 	}
 
@@ -334,15 +392,5 @@ namespace Velmora
 		}
 		State = NewState;
 		Fire(Callbacks.StateChanged, OldState, NewState, Reason);
-	}
-
-	void FAgentSession::RecordMessage(EConversationRole Role, const FString& Text)
-	{
-		FConversationMessage Message;
-		Message.Content = Text;
-		Message.Role = Role;
-		Current->Messages.Add(MoveTemp(Message));
-		Current->LastUpdated = FDateTime::Now();
-		FConversationStore::Get().Save(*Current);
 	}
 }

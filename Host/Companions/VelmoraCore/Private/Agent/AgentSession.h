@@ -1,18 +1,23 @@
 #pragma once
 
 #include <deque>
+#include <memory>
 
 #include "Async/Future.h"
 #include "CoreMinimal.h"
 #include "Templates/Function.h"
 #include "Templates/SharedPointer.h"
 
+#include "Agent/AgentPlan.h"
 #include "Agent/ConversationTypes.h"
 #include "Agent/TurnControl.h"
 #include "Agent/TurnRunner.h"
 
 namespace Velmora
 {
+	class FConversationStore;
+	class FTurnRecorder;
+
 	/**
 	 * What the built-in agent is made of, apart from its face so that it lives through a callback that lets go of
 	 * the agent. Game thread. Workers know it weakly and reach it through game-thread tasks alone; a report counts
@@ -46,10 +51,27 @@ namespace Velmora
 		void EndConversation();
 		bool LoadConversation(const FString& Id);
 		bool DeleteConversationHistory(const FString& Id);
+		void ClearAllHistories();
+		TArray<FConversationMetadata> GetHistories();
+
+		/** Tells what the store has to say as errors, now and later. For an agent whose error callback has been set. */
+		void ListenForNotices();
+
+		/** Restores files and messages as they were before the message of that transaction, or changes nothing and tells why. */
+		bool UndoToTransaction(const FString& TransactionId);
+
+		/** Of the last message that was accepted in this conversation; empty before the first. */
+		const FString& GetTransactionId() const { return TransactionId; }
+
+		/** Removes in the background what a process that died has left of its changes. */
+		void CleanUpAfterOthers();
 
 		EConversationState GetState() const { return State; }
 		const TSharedPtr<FConversationMetadata>& GetCurrent() const { return Current; }
 		FString GetTitle() const;
+
+		/** Markdown, empty without a plan. */
+		FString GetPlan() const;
 
 		/** A turn is running or paused. */
 		bool HasTurn() const { return Turn.IsValid(); }
@@ -63,6 +85,12 @@ namespace Velmora
 
 		void StartTurn(const FString& Prompt);
 
+		/** Opens the transaction of the message that was recorded last. */
+		void OpenTransaction();
+
+		/** Tells the history trackers what has been changed since the last call; false when nothing has. */
+		bool PublishChanges();
+
 		/** Lets go of the turn and of all that was still to be told of it. */
 		void DropTurn();
 
@@ -73,8 +101,32 @@ namespace Velmora
 		/** Reports the tools under way as failed. */
 		void CloseOpenTools(const FString& Why);
 
+		/** Takes on a plan and tells it. */
+		void SetPlan(FAgentPlan&& NewPlan, const FString& What);
+
+		/** Marks the step under way when a turn ends before its plan. */
+		void StopPlan(EPlanStepStatus Status, const FString& Why);
+
+		/** Another conversation has become current: it has no plan, and takes a message. */
+		void SetOpened(const FString& Reason);
+
 		void SetState(EConversationState NewState, const FString& Reason);
-		void RecordMessage(EConversationRole Role, const FString& Text);
+
+		/** Takes on the store of the project that is open now. */
+		void OpenStore();
+		FConversationStore& GetStore();
+
+		// False when the message stands in the conversation and is not in the store.
+		bool RecordUserMessage(const FString& Text, FString& OutProblem);
+		bool RecordAnswer(const FString& Text, FString& OutProblem);
+
+		/** Stores what the store lacks of the conversation. */
+		bool CatchUp(FString& OutProblem);
+
+		/** Once until the store works again. */
+		void TellStoreProblem(const FString& Problem);
+		void TellNotices();
+		void AddMessage(const FString& Text, EConversationRole Role);
 		void OpenEmptyConversation(EConversationMode Mode);
 
 		/**
@@ -94,10 +146,25 @@ namespace Velmora
 		EConversationState StateBeforePause = EConversationState::Thinking;
 		TSharedPtr<FConversationMetadata> Current;
 
+		TSharedPtr<FConversationStore> Store;
+
+		/** How many messages of the current conversation the store has; those behind are stored with the next one. */
+		int32 StoredCount = 0;
+		bool bHasToldStoreProblem = false;
+
 		/** Null between turns. */
 		TSharedPtr<FTurnControl> Turn;
+		TSharedPtr<FTurnRecorder> Recorder;
 		TArray<FString> TurnContextFiles;
+
+		/** Of the project in whose undo folder it works; made with the first message. */
+		std::shared_ptr<FChangeJournal> Journal;
+		FString JournalFolder;
+		FString TransactionId;
 		TArray<FOpenTool> OpenTools;
+
+		/** Of the last request of several steps in this conversation. */
+		FAgentPlan Plan;
 
 		/** In order; waiting for the end of a pause, or for the one before them. */
 		std::deque<FTurnReport> HeldReports;

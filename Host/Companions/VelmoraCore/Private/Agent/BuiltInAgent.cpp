@@ -1,12 +1,11 @@
 #include "Agent/BuiltInAgent.h"
 
-#include "Store/ConversationStore.h"
-
 namespace Velmora
 {
 	FBuiltInAgent::FBuiltInAgent()
 		: Session(MakeShared<FAgentSession>())
 	{
+		Session->CleanUpAfterOthers();
 	}
 
 	FBuiltInAgent::~FBuiltInAgent()
@@ -66,12 +65,14 @@ namespace Velmora
 
 	void FBuiltInAgent::ClearAllHistories()
 	{
-		FConversationStore::Get().Clear();
+		const TSharedRef<FAgentSession> Keep = Session;
+		Keep->ClearAllHistories();
 	}
 
-	bool FBuiltInAgent::UndoToTransaction(const FString&)
+	bool FBuiltInAgent::UndoToTransaction(const FString& TransactionId)
 	{
-		return false;
+		const TSharedRef<FAgentSession> Keep = Session;
+		return Keep->UndoToTransaction(TransactionId);
 	}
 
 	EConversationState FBuiltInAgent::GetState() const
@@ -96,7 +97,8 @@ namespace Velmora
 
 	TArray<FConversationMetadata> FBuiltInAgent::GetConversationHistories() const
 	{
-		return FConversationStore::Get().GetAll();
+		const TSharedRef<FAgentSession> Keep = Session;
+		return Keep->GetHistories();
 	}
 
 	bool FBuiltInAgent::CanUndo() const
@@ -106,12 +108,12 @@ namespace Velmora
 
 	FString FBuiltInAgent::GetCurrentTransactionId() const
 	{
-		return FString();
+		return Session->GetTransactionId();
 	}
 
 	FString FBuiltInAgent::GetCurrentPlan() const
 	{
-		return FString();
+		return Session->GetPlan();
 	}
 
 	void FBuiltInAgent::OnMessageReceived(TFunction<void(const FString&, bool)> Callback)
@@ -137,6 +139,7 @@ namespace Velmora
 	void FBuiltInAgent::OnError(TFunction<void(const FString&)> Callback)
 	{
 		Session->Callbacks.Error = MoveTemp(Callback);
+		Session->ListenForNotices();
 	}
 
 	void FBuiltInAgent::OnConversationCompleted(TFunction<void(bool, const FString&)> Callback)

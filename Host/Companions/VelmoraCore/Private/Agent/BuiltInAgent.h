@@ -9,8 +9,8 @@
 namespace Velmora
 {
 	/**
-	 * The agent that needs no network: it answers from the files of the project. It reads, it changes nothing, so
-	 * there is nothing to undo, whatever the mode.
+	 * The agent that needs no network: it answers from the files of the project, and changes them on request unless
+	 * the mode is Advisor.
 	 */
 	class FBuiltInAgent : public FAgent
 	{

@@ -1,15 +1,11 @@
 #include "Agent/ProjectFiles.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <filesystem>
 #include <system_error>
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include "Agent/Utf8Text.h"
+#include "Changes/ProjectAccess.h"
 #include "Host/ProjectWalk.h"
 
 namespace Velmora
@@ -52,28 +48,6 @@ namespace Velmora
 			return Path == Folder || (Utf8Text::StartsWith(Path, Folder) && (Folder == "/" || Path[Folder.size()] == '/'));
 		}
 
-		/** Closes what it holds. */
-		class FOpenFile
-		{
-		public:
-			explicit FOpenFile(const std::string& Path)
-				// Non-blocking, so that opening a pipe does not wait for its writer.
-				: Descriptor(open(Path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK))
-			{
-			}
-			~FOpenFile()
-			{
-				if (Descriptor >= 0)
-				{
-					close(Descriptor);
-				}
-			}
-			FOpenFile(const FOpenFile&) = delete;
-			FOpenFile& operator=(const FOpenFile&) = delete;
-
-			const int Descriptor;
-		};
-
 		FProjectText MakeProblem(std::string Problem, EReadResult Kind = EReadResult::Unreadable)
 		{
 			FProjectText Result;
@@ -88,6 +62,7 @@ namespace Velmora
 	{
 		std::error_code Error;
 		RealRoot = std::filesystem::canonical(Root, Error).native();
+		Access = std::make_shared<FProjectAccess>(RealRoot);
 	}
 
 	bool FProjectFiles::IsAvailable() const
@@ -187,44 +162,13 @@ namespace Velmora
 		{
 			return MakeProblem("it lies outside the project");
 		}
-		const FOpenFile File(Real);
-		if (File.Descriptor < 0)
-		{
-			return MakeProblem("it cannot be opened (" + std::string(errno == EACCES ? "no permission" : "read error") + ')');
-		}
-		struct stat Status = {};
-		if (fstat(File.Descriptor, &Status) != 0 || !S_ISREG(Status.st_mode))
-		{
-			return MakeProblem("it is no regular file");
-		}
-		if (static_cast<size_t>(Status.st_size) > MaxFileBytes)
-		{
-			return MakeProblem("it is larger than 4 MB", EReadResult::TooLarge);
-		}
-
-		// A file may grow while it is read; the bound holds all the same.
 		std::string Bytes;
-		char Buffer[65536];
-		while (Bytes.size() <= MaxFileBytes)
+		FEntryInfo Info;
+		const std::string Relative = Real.substr(std::min(Real.size(), RealRoot == "/" ? 1 : RealRoot.size() + 1));
+		const std::string Problem = Access->Read(Relative, MaxFileBytes, Bytes, Info);
+		if (!Problem.empty())
 		{
-			const ssize_t Count = read(File.Descriptor, Buffer, sizeof(Buffer));
-			if (Count < 0 && errno == EINTR)
-			{
-				continue;
-			}
-			if (Count < 0)
-			{
-				return MakeProblem("it cannot be read");
-			}
-			if (Count == 0)
-			{
-				break;
-			}
-			Bytes.append(Buffer, static_cast<size_t>(Count));
-		}
-		if (Bytes.size() > MaxFileBytes)
-		{
-			return MakeProblem("it is larger than 4 MB", EReadResult::TooLarge);
+			return MakeProblem(Problem, Info.Kind == EEntryKind::File && Info.Size > MaxFileBytes ? EReadResult::TooLarge : EReadResult::Unreadable);
 		}
 
 		FProjectText Result;

@@ -1,11 +1,14 @@
 #pragma once
 
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace Velmora
 {
+	class FProjectAccess;
+
 	enum class EReadResult
 	{
 		Text,
@@ -40,7 +43,7 @@ namespace Velmora
 
 	/**
 	 * The only way from the agent to the disk: nothing outside the project is read through it, whatever links or
-	 * dots a path holds. Keeps nothing but the folder, so that several threads may share one.
+	 * dots a path holds. Keeps nothing but the folder and its handle, so that several threads may share one.
 	 */
 	class FProjectFiles
 	{
@@ -71,5 +74,8 @@ namespace Velmora
 
 		/** Root with links resolved, which is what files are checked against. */
 		std::string RealRoot;
+
+		/** What is read goes through it, so that a folder replaced by a link meanwhile leads nowhere else. */
+		std::shared_ptr<const FProjectAccess> Access;
 	};
 }

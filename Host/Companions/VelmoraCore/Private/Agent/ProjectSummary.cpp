@@ -103,7 +103,7 @@ namespace Velmora
 		return Result;
 	}
 
-	bool ListFolder(const FProjectFiles& Files, const FProjectPath& Folder, const std::function<bool()>& IsCancelled, std::vector<FFolderEntry>& OutEntries)
+	bool ListFolder(const FProjectFiles& Files, const FProjectPath& Folder, const std::function<bool()>& IsCancelled, std::vector<FListedEntry>& OutEntries)
 	{
 		OutEntries.clear();
 		size_t CurrentFolder = 0;
@@ -122,7 +122,7 @@ namespace Velmora
 			}
 			return IsCancelled() ? EProjectWalkStep::Stop : EProjectWalkStep::Continue;
 		});
-		std::stable_sort(OutEntries.begin(), OutEntries.end(), [](const FFolderEntry& A, const FFolderEntry& B) { return A.Path.bIsFolder && !B.Path.bIsFolder; });
+		std::stable_sort(OutEntries.begin(), OutEntries.end(), [](const FListedEntry& A, const FListedEntry& B) { return A.Path.bIsFolder && !B.Path.bIsFolder; });
 		// Without any entry the folder itself is the only one that was opened.
 		return !OutEntries.empty() || Walk.UnreadableFolders == 0;
 	}

@@ -40,7 +40,7 @@ namespace Velmora
 	FFolderCount CountFolder(const FProjectFiles& Files, const FProjectPath& Folder, const std::function<bool()>& IsCancelled);
 
 	/** One entry of a folder. */
-	struct FFolderEntry
+	struct FListedEntry
 	{
 		FProjectPath Path;
 		std::string Name;
@@ -50,7 +50,7 @@ namespace Velmora
 	};
 
 	/** What stands directly in a folder, folders first. Ignored folders, links and special files are left out. False when it cannot be read. */
-	bool ListFolder(const FProjectFiles& Files, const FProjectPath& Folder, const std::function<bool()>& IsCancelled, std::vector<FFolderEntry>& OutEntries);
+	bool ListFolder(const FProjectFiles& Files, const FProjectPath& Folder, const std::function<bool()>& IsCancelled, std::vector<FListedEntry>& OutEntries);
 
 	/** Relative paths of all files that match a pattern of '*' and '?', letter case aside. One without '/' is compared with names. */
 	std::vector<FProjectPath> ListMatching(const FProjectFiles& Files, std::string_view Pattern, const std::function<bool()>& IsCancelled);

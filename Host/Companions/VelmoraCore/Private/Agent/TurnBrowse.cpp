@@ -57,7 +57,7 @@ namespace Velmora
 			return Text;
 		}
 
-		std::string FolderItem(const FFolderEntry& Entry)
+		std::string FolderItem(const FListedEntry& Entry)
 		{
 			return Entry.Path.bIsFolder ? "- " + AnswerMarkdown::InlineCode(Entry.Name + '/', 100) + ' ' + Utf8Text::Count(Entry.FilesInside, "file", "files") + '\n'
 				: "- " + AnswerMarkdown::FileLink(Entry.Path) + '\n';
@@ -85,6 +85,11 @@ namespace Velmora
 		if (Request.Target.find_first_of("*?") != std::string::npos)
 		{
 			return AnswerPattern(Request.Target);
+		}
+		FProjectPath Attached;
+		if (FindAttachment(Request.Target, Attached))
+		{
+			return AnswerFile(Attached);
 		}
 		std::vector<FProjectPath> Found;
 		if (!BeginStep("Opening " + Request.Target) || !RunFindFileTool(Request.Target, Found))
@@ -251,7 +256,7 @@ namespace Velmora
 
 	bool FTurnRunner::AnswerFolder(const FProjectPath& Folder)
 	{
-		std::vector<FFolderEntry> Entries;
+		std::vector<FListedEntry> Entries;
 		bool bIsReadable = true;
 		const std::string Name = DisplayName(Folder);
 		if (StepCount == 0 && !BeginStep("Listing " + Name))
@@ -380,7 +385,7 @@ namespace Velmora
 		const FProjectPath Project = GetProjectPath();
 		const std::string Name = DisplayName(Project);
 		FFolderCount Count;
-		std::vector<FFolderEntry> Entries;
+		std::vector<FListedEntry> Entries;
 		FReadmeText Readme;
 		if (!BeginStep("Looking through " + Name))
 		{
@@ -400,7 +405,7 @@ namespace Velmora
 		{
 			return false;
 		}
-		const bool bHasReadme = std::any_of(Entries.begin(), Entries.end(), [](const FFolderEntry& Entry) { return Utf8Text::StartsWith(Utf8Text::ToLower(Entry.Name), "readme"); });
+		const bool bHasReadme = std::any_of(Entries.begin(), Entries.end(), [](const FListedEntry& Entry) { return Utf8Text::StartsWith(Utf8Text::ToLower(Entry.Name), "readme"); });
 		if (bHasReadme)
 		{
 			const bool bIsRead = RunTool("read_file", "read", "File", { { "path", "README" } }, [&]

@@ -46,14 +46,67 @@ namespace Velmora
 			Report(std::move(Item));
 			return;
 		}
+		Plan = MakeAgentPlan(Input.Prompt);
 		Request = ParseAgentRequest(Input.Prompt);
-		if (!ReadAttachments() || !RunRequest() || !Control.WaitUntilRunning())
+		if (!ReadAttachments() || !(Plan.IsEmpty() ? RunRequest() : RunPlan()) || !Control.WaitUntilRunning())
 		{
 			return;
 		}
 		FTurnReport Item;
 		Item.Kind = ETurnReportKind::Finished;
 		Report(std::move(Item));
+	}
+
+	bool FTurnRunner::RunPlan()
+	{
+		FTurnReport Made;
+		Made.Kind = ETurnReportKind::Plan;
+		Made.Text = TEXT("The plan was made.");
+		Made.Plan = Plan;
+		Report(std::move(Made));
+		for (size_t Index = 0; Index < Plan.Steps.size(); ++Index)
+		{
+			if (!Control.WaitUntilRunning())
+			{
+				return false;
+			}
+			SetPlanStep(Index, EPlanStepStatus::Running);
+			FTurnReport Step;
+			Step.Kind = ETurnReportKind::Step;
+			Step.Text = Utf8Text::ToString("Executing step " + std::to_string(Index + 1) + ": " + Utf8Text::Shorten(Plan.Steps[Index].Text, 80));
+			Report(std::move(Step));
+
+			bHasFailed = false;
+			Request = ParseAgentRequest(Plan.Steps[Index].Text);
+			if (!RunRequest() || !Control.WaitUntilRunning())
+			{
+				return false;
+			}
+			AttachmentNotes.clear();
+			if (bHasFailed)
+			{
+				Plan.Steps[Index].Status = EPlanStepStatus::Failed;
+				if (Index + 1 < Plan.Steps.size())
+				{
+					Answer("I stopped the plan at step " + std::to_string(Index + 1) + ", which failed. Nothing after it was done.");
+				}
+				SetPlanStep(Index, EPlanStepStatus::Failed);
+				return true;
+			}
+			Plan.Steps[Index].Status = EPlanStepStatus::Done;
+		}
+		SetPlanStep(Plan.Steps.size() - 1, EPlanStepStatus::Done);
+		return true;
+	}
+
+	void FTurnRunner::SetPlanStep(size_t Index, EPlanStepStatus Status)
+	{
+		Plan.Steps[Index].Status = Status;
+		FTurnReport Change;
+		Change.Kind = ETurnReportKind::Plan;
+		Change.Text = Utf8Text::ToString("Step " + std::to_string(Index + 1) + " of " + std::to_string(Plan.Steps.size()));
+		Change.Plan = Plan;
+		Report(std::move(Change));
 	}
 
 	bool FTurnRunner::RunRequest()
@@ -84,8 +137,7 @@ namespace Velmora
 			Answer("You are welcome.\n");
 			return true;
 		case ERequestKind::ChangeFiles:
-			AnswerHelp("I cannot change files; I can only find and show what is there.");
-			return true;
+			return RunChange();
 		case ERequestKind::Unknown:
 			break;
 		}
@@ -114,6 +166,15 @@ namespace Velmora
 			}
 			const char* Why = Files.IsOutside(Path) ? " lies outside the project, so I did not read it.\n" : " could not be found.\n";
 			AttachmentNotes += "Attached " + AnswerMarkdown::InlineCode(Path) + Why;
+
+			// The row of the tool tells the same where the user looks first.
+			const bool bIsBelow = Utf8Text::StartsWith(Path, Files.GetRoot() + '/');
+			FProjectText Ignored;
+			const FProjectPath Missing = { Utf8Text::StartsWith(Path, "/") ? Path : Files.GetRoot() + '/' + Path, bIsBelow ? Path.substr(Files.GetRoot().size() + 1) : Path, false };
+			if (!RunReadTool(Missing, 0, 0, Ignored))
+			{
+				return false;
+			}
 		}
 		return !Control.IsCancelled();
 	}
@@ -123,6 +184,10 @@ namespace Velmora
 		if (!Control.WaitUntilRunning())
 		{
 			return false;
+		}
+		if (!Plan.IsEmpty())
+		{
+			return true; // The plan's own step was told; what it takes is no step of the plan.
 		}
 		FTurnReport Item;
 		Item.Kind = ETurnReportKind::Step;
@@ -153,6 +218,7 @@ namespace Velmora
 		}
 		End.Kind = ETurnReportKind::ToolCompleted;
 		End.bSuccess = Outcome.bSuccess;
+		bHasFailed |= !Outcome.bSuccess;
 		End.Text = Utf8Text::ToString(Outcome.Sentence);
 		Report(std::move(End));
 		return true;
@@ -212,7 +278,7 @@ namespace Velmora
 		{
 			return false;
 		}
-		if (Files.Resolve(Text, OutPath))
+		if (FindAttachment(Text, OutPath) || Files.Resolve(Text, OutPath))
 		{
 			return true;
 		}
@@ -257,11 +323,15 @@ namespace Velmora
 			"- `show README.md` or `show lines 10-20 of X.cpp`\n"
 			"- `list Source` or `list *.h`\n"
 			"- `summarise the project` or `how many lines?`\n"
+			"- `create notes.md with \"some text\"` or `write \"some text\" to notes.md`\n"
+			"- `replace \"a\" by \"b\" in notes.md` or `append \"a line\" to notes.md`\n"
+			"- `delete notes.md`\n"
 			"Files attached with @ are looked at first.\n");
 	}
 
 	void FTurnRunner::AnswerUnknown()
 	{
+		bHasFailed = true;
 		AnswerHelp("I did not understand that request.");
 	}
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -8,6 +9,7 @@
 
 #include "CoreMinimal.h"
 
+#include "Agent/AgentPlan.h"
 #include "Agent/AgentRequest.h"
 #include "Agent/ProjectFiles.h"
 #include "Agent/ProjectSearch.h"
@@ -15,12 +17,15 @@
 
 namespace Velmora
 {
+	class FChangeJournal;
+
 	enum class ETurnReportKind
 	{
 		Step,			// Text: the progress text.
 		ToolStarted,	// ToolId, ToolName, Parameters, Metadata.
 		ToolCompleted,	// ToolId, ToolName, bSuccess, Text: the result.
 		Answer,			// Text: the answer.
+		Plan,			// Plan; Text: what has changed in it.
 		Failed,			// Text: why. The turn is over.
 		Finished		// The turn is over.
 	};
@@ -35,6 +40,7 @@ namespace Velmora
 		FString Parameters;
 		FString Metadata;
 		bool bSuccess = false;
+		FAgentPlan Plan;
 	};
 
 	/** All that a worker needs to know; it shares nothing else with the game thread but its control. */
@@ -50,6 +56,13 @@ namespace Velmora
 
 		/** Start of the ids of this turn's tools. */
 		std::string ToolIdPrefix;
+
+		/** Nothing on disk may be changed. */
+		bool bIsAdvisor = false;
+
+		/** Where changes of files are written down, and under which transaction. */
+		std::shared_ptr<FChangeJournal> Journal;
+		std::string TransactionId;
 	};
 
 	/**
@@ -79,6 +92,10 @@ namespace Velmora
 		bool RunTool(std::string_view Name, std::string_view Operation, std::string_view DataType, const FParameters& Parameters, const std::function<FToolOutcome()>& Work);
 
 		bool ReadAttachments();
+
+		/** Runs the steps one by one up to the first that fails. */
+		bool RunPlan();
+		void SetPlanStep(size_t Index, EPlanStepStatus Status);
 		bool RunRequest();
 		bool RunFindText();
 		bool RunWhichFiles();
@@ -87,10 +104,14 @@ namespace Velmora
 		bool RunList();
 		bool RunSummarise();
 		bool RunCount();
+		bool RunChange();
 
 		bool RunSearchTool(const FProjectPath& Where, const std::string& Term, FSearchResult& OutResult);
 		bool RunReadTool(const FProjectPath& File, int FirstLine, int LastLine, FProjectText& OutText);
 		bool RunFindFileTool(const std::string& Name, std::vector<FProjectPath>& OutPaths);
+
+		/** The tool of the request on one file; adds what became of it to the answer. */
+		bool RunChangeTool(const std::string& Path, std::string& OutAnswer);
 
 		/** Searches the attached files, then the place or the project. Both results, and what was looked for. */
 		struct FCombinedSearch
@@ -119,6 +140,12 @@ namespace Velmora
 		FProjectPath GetProjectPath() const;
 		/** What is named by Text in plain words, or several candidates. */
 		bool FindPlace(const std::string& Text, FProjectPath& OutPath) const;
+
+		/** The attached file of that name, as the user sees it. */
+		bool FindAttachment(const std::string& Name, FProjectPath& OutPath) const;
+
+		/** What file a request to change one means; false with a question to the user. */
+		bool FindChangeTarget(const std::string& Name, bool bMustExist, bool bFollowsLinks, std::string& OutPath, std::string& OutQuestion) const;
 		std::function<bool()> CancelCheck() const;
 		void Report(FTurnReport&& Item);
 
@@ -127,6 +154,12 @@ namespace Velmora
 		const FReportSink Sink;
 		const FProjectFiles Files;
 		FAgentRequest Request;
+
+		/** Empty for a plain request. */
+		FAgentPlan Plan;
+
+		/** A tool has failed, or a request was not understood, since this was last cleared. */
+		bool bHasFailed = false;
 		std::vector<FProjectPath> Attachments;
 
 		/** What cannot be said of the attached files otherwise, to be put below the answer. */

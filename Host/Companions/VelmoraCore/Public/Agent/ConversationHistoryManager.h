@@ -7,10 +7,8 @@
 namespace Velmora
 {
 	/**
-	 * Reads the conversation store without an agent. An instance belongs to one thread, which may be any;
-	 * instances on different threads do not disturb each other or the agent.
-	 *
-	 * Conversations live as long as the process: the local store keeps them in memory and writes no file yet.
+	 * Reads the conversation store without an agent. An instance belongs to one thread, which may be any; each reads
+	 * on a connection of its own, so instances on different threads do not disturb each other or the agent.
 	 */
 	class VELMORACORE_API FConversationHistoryManager
 	{
@@ -18,13 +16,24 @@ namespace Velmora
 		FConversationHistoryManager() = default;
 		~FConversationHistoryManager() = default;
 
-		/** Opens a store. An empty path means the default store, the only one there is: any other path opens an empty one. */
+		/**
+		 * Chooses the store of the project that is open now.
+		 *
+		 * @param Path  Folder of the store's file, empty for the folder where agents keep it. One that does not exist is an empty store.
+		 */
 		void Initialize(const FString& Path);
 
-		/** One entry per stored conversation with all its messages, the latest first. Empty before Initialize. */
+		/**
+		 * One entry per stored conversation, the latest first. Reads the store anew each time. Empty before Initialize,
+		 * and when the store cannot be read.
+		 *
+		 * An entry carries messages up to the first one of the user and no more; one longer than 1,024 characters is
+		 * cut: white space before it goes, and an ellipsis stands for what follows.
+		 */
 		TArray<FConversationMetadata> GetConversationSummaries() const;
 
 	private:
-		bool bReadsDefaultStore = false;
+		FString DatabasePath;
+		bool bIsDefaultStore = false;
 	};
 }

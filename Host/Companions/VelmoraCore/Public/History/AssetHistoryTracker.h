@@ -22,11 +22,14 @@ class VELMORACORE_API FAssetHistoryTracker
 public:
 	static FAssetHistoryTracker& Get();
 
-	/**
-	 * Outer key: id of the conversation. Inner key: the group under which the operations were filed.
-	 * Always empty so far: no tool of the local agent changes an asset.
-	 */
+	/** Outer key: id of the conversation. Inner key: the group under which the operations were filed. */
 	const TMap<FString, TMap<FString, TArray<FAssetOperation>>>& GetAllAssetOperations() const { return Operations; }
+
+	/** For the agent that makes the changes. A group is what RemoveGroup takes away at once; the local agent's is the undo transaction. */
+	void AddOperation(const FString& ConversationId, const FString& Group, const FAssetOperation& Operation);
+
+	/** Forgets the operations of a group, as when they were undone. */
+	void RemoveGroup(const FString& ConversationId, const FString& Group);
 
 private:
 	TMap<FString, TMap<FString, TArray<FAssetOperation>>> Operations;

@@ -19,20 +19,20 @@ public:
 	uint8 DefaultConversationMode = 3;
 
 	/** The engine source may be indexed. */
-	UPROPERTY(Config, EditAnywhere, Category = "Code Intelligence")
+	UPROPERTY(Config, EditAnywhere, Category = "Code Index")
 	bool bIncludeEngineSource = false;
 
 	/** Free text given to the agent in every conversation, as the three that follow. */
-	UPROPERTY(Config, EditAnywhere, Category = "Customize Behavior")
+	UPROPERTY(Config, EditAnywhere, Category = "Conversation")
 	FString ProjectDescription;
 
-	UPROPERTY(Config, EditAnywhere, Category = "Customize Behavior")
+	UPROPERTY(Config, EditAnywhere, Category = "Conversation")
 	FString CurrentAreaOfFocus;
 
-	UPROPERTY(Config, EditAnywhere, Category = "Customize Behavior")
+	UPROPERTY(Config, EditAnywhere, Category = "Conversation")
 	FString GuidelinesAndTips;
 
-	UPROPERTY(Config, EditAnywhere, Category = "Customize Behavior")
+	UPROPERTY(Config, EditAnywhere, Category = "Conversation")
 	FString Constraints;
 
 	virtual void VisitConfigProperties(FHostConfigVisitor& Visitor) override;

@@ -1,7 +1,14 @@
 #include "CodeIntel/IgnorePatterns.h"
 
+#include <memory>
 #include <string>
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "FileCache/IgnoreRules.h"
+#include "Host/HostFileNames.h"
 #include "Host/ProjectFolder.h"
 #include "Host/ProjectWalk.h"
 #include "Misc/Paths.h"
@@ -10,22 +17,77 @@ namespace Velmora::CodeIntel
 {
 	namespace
 	{
-		bool IsIgnoredPathPart(const FString& Part)
+		/** Calls Test with every folder on the way to the path, outermost first, and at last with the path itself, until one is true. */
+		template <typename TestType>
+		bool AnyOnTheWay(std::string_view Path, TestType Test)
 		{
-			std::string Name;
-			Name.reserve(Part.Len());
-			for (int32 Index = 0; Index < Part.Len(); ++Index)
+			for (size_t Slash = Path.find('/'); Slash != std::string_view::npos; Slash = Path.find('/', Slash + 1))
 			{
-				// The built-in names are ASCII, so any other character may stand for "differs".
-				Name.push_back(Part[Index] < 0x80 ? static_cast<char>(Part[Index]) : '\x7f');
+				if (Test(Path.substr(0, Slash), true))
+				{
+					return true;
+				}
 			}
-			return IsIgnoredFolderName(Name);
+			return Test(Path, false);
 		}
 
-		bool MatchesIgnorePattern(const FString& Text, const FString& Pattern)
+		std::string_view NameOf(std::string_view Path)
 		{
-			return Text.MatchesWildcard(Pattern, ESearchCase::IgnoreCase);
+			return Path.substr(Path.rfind('/') + 1);
 		}
+
+		std::string JoinLines(const TArray<FString>& Patterns)
+		{
+			std::string Lines;
+			for (const FString& Pattern : Patterns)
+			{
+				Lines += HostFileNameToBytes(Pattern) + '\n';
+			}
+			return Lines;
+		}
+
+		/** The ignore files in a project that lie on the way to a path, read as the way goes down. */
+		class FIgnoreFilesOnTheWay
+		{
+		public:
+			explicit FIgnoreFilesOnTheWay(const std::string& InRoot)
+				: Root(InRoot)
+			{
+				Enter("");
+			}
+
+			bool Ignores(std::string_view Path, bool bIsFolder)
+			{
+				if (IsIgnored(Scope.get(), Path, bIsFolder))
+				{
+					return true;
+				}
+				if (bIsFolder)
+				{
+					Enter(std::string(Path) + '/');
+				}
+				return false;
+			}
+
+		private:
+			void Enter(const std::string& FolderPath)
+			{
+				const int Folder = open((Root + '/' + FolderPath).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+				if (Folder < 0)
+				{
+					return;
+				}
+				std::string Text;
+				if (ReadIgnoreFile(Folder, Text))
+				{
+					Scope = std::make_shared<const FIgnoreScope>(FIgnoreScope{ Scope, FIgnoreFile(std::move(Text)), FolderPath.size() });
+				}
+				close(Folder);
+			}
+
+			const std::string Root;
+			std::shared_ptr<const FIgnoreScope> Scope;
+		};
 	}
 
 	bool ShouldIgnorePath(const FString& Path, const TArray<FString>& Patterns)
@@ -34,46 +96,44 @@ namespace Velmora::CodeIntel
 		FPaths::NormalizeFilename(Normal);
 
 		// Where the project itself lies is no reason to ignore what is in it.
-		const FString Folder = GetProjectFolder() + TEXT("/");
-		if (Folder.Len() > 1 && Normal.StartsWith(Folder, ESearchCase::CaseSensitive))
+		const FString Project = GetProjectFolder();
+		const bool bIsInside = !Project.IsEmpty() && (FPaths::IsRelative(Normal) || Normal.StartsWith(Project + TEXT("/"), ESearchCase::CaseSensitive));
+		if (bIsInside && !FPaths::IsRelative(Normal))
 		{
-			Normal = Normal.RightChop(Folder.Len());
+			Normal = Normal.RightChop(Project.Len() + 1);
 		}
-
-		TArray<FString> Parts;
-		Normal.ParseIntoArray(Parts, TEXT("/"), true);
-		for (const FString& Part : Parts)
+		std::string Bytes = HostFileNameToBytes(Normal);
+		Bytes.erase(0, Bytes.find_first_not_of('/'));
+		bool bIsFolder = false;
+		while (!Bytes.empty() && Bytes.back() == '/')
 		{
-			if (IsIgnoredPathPart(Part))
+			bIsFolder = true;
+			Bytes.pop_back();
+		}
+		if (Bytes.empty())
+		{
+			return false;
+		}
+		if (AnyOnTheWay(Bytes, [](std::string_view Part, bool) { return IsIgnoredFolderName(NameOf(Part)); }))
+		{
+			return true;
+		}
+		const std::string Root = HostFileNameToBytes(Project);
+		struct stat Status = {};
+		bIsFolder = bIsFolder || (bIsInside && lstat((Root + '/' + Bytes).c_str(), &Status) == 0 && S_ISDIR(Status.st_mode));
+		if (!Patterns.IsEmpty())
+		{
+			const FIgnoreFile Own(JoinLines(Patterns));
+			if (AnyOnTheWay(Bytes, [&Own, bIsFolder](std::string_view Part, bool bIsAbove) { return Own.Judge(Part, bIsAbove || bIsFolder) == EIgnoreVerdict::Ignore; }))
 			{
 				return true;
 			}
 		}
-		for (const FString& RawPattern : Patterns)
+		if (!bIsInside)
 		{
-			FString Pattern = RawPattern;
-			FPaths::NormalizeFilename(Pattern);
-			if (Pattern.IsEmpty())
-			{
-				continue;
-			}
-			int32 SlashIndex = INDEX_NONE;
-			if (Pattern.FindChar(TEXT('/'), SlashIndex))
-			{
-				if (MatchesIgnorePattern(Normal, Pattern))
-				{
-					return true;
-				}
-				continue;
-			}
-			for (const FString& Part : Parts)
-			{
-				if (MatchesIgnorePattern(Part, Pattern))
-				{
-					return true;
-				}
-			}
+			return false;
 		}
-		return false;
+		FIgnoreFilesOnTheWay Files(Root);
+		return AnyOnTheWay(Bytes, [&Files, bIsFolder](std::string_view Part, bool bIsAbove) { return Files.Ignores(Part, bIsAbove || bIsFolder); });
 	}
 }

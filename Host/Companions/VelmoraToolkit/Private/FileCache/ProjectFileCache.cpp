@@ -1,9 +1,17 @@
 #include "FileCache/ProjectFileCache.h"
 
-#include "FileCache/ProjectFileScan.h"
+#include "FileCache/ProjectFileMonitor.h"
+#include "Host/HostTasks.h"
+#include "Host/ProjectFileCacheControl.h"
+#include "Host/ProjectFolder.h"
 
 namespace Velmora
 {
+	namespace
+	{
+		constexpr double ShutdownSeconds = 1.0;
+	}
+
 	FProjectFileCache& FProjectFileCache::Get()
 	{
 		static FProjectFileCache Instance;
@@ -11,37 +19,50 @@ namespace Velmora
 	}
 
 	FProjectFileCache::FProjectFileCache()
-		: Scan(MakeShared<FProjectFileScan>())
+		: Monitor(MakeShared<FProjectFileMonitor>())
 	{
+		// What the thread uses must be there before the cache is, so that it goes down after it.
+		FHostTasks::GetBackgroundCount();
+		GetProjectFolder();
+	}
+
+	FProjectFileCache::~FProjectFileCache()
+	{
+		Monitor->Shutdown(ShutdownSeconds);
 	}
 
 	void FProjectFileCache::StartIndexing()
 	{
-		Scan->RequestOnce();
+		Monitor->RequestOnce();
 	}
 
 	void FProjectFileCache::RefreshCache()
 	{
-		Scan->Request();
+		Monitor->Request();
 	}
 
 	bool FProjectFileCache::IsReady() const
 	{
-		return Scan->HasCompleted();
+		return Monitor->HasCompleted();
 	}
 
 	bool FProjectFileCache::IsIndexing() const
 	{
-		return Scan->IsRunning();
+		return Monitor->IsRunning();
 	}
 
 	int32 FProjectFileCache::GetFileCount() const
 	{
-		return Scan->GetEntries()->Num();
+		return Monitor->GetCount();
 	}
 
 	void FProjectFileCache::GetCachedFiles(TArray<FProjectFileCacheEntry>& Out) const
 	{
-		Out = *Scan->GetEntries();
+		Monitor->GetList()->CopyTo(Out);
+	}
+
+	void FProjectFileCacheControl::Shutdown()
+	{
+		FProjectFileCache::Get().Monitor->Shutdown(ShutdownSeconds);
 	}
 }

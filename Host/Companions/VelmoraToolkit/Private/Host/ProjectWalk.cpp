@@ -1,16 +1,28 @@
 #include "Host/ProjectWalk.h"
 
 #include <algorithm>
-#include <filesystem>
-#include <system_error>
+#include <atomic>
+#include <cstdint>
 #include <vector>
+
+#include <fcntl.h>
+
+#include "FileCache/FolderReader.h"
 
 namespace Velmora
 {
 	namespace
 	{
+		/** Lower case. */
 		constexpr std::string_view IgnoredFolderNames[] = {
-			".cache", ".git", ".hg", ".idea", ".svn", ".vs", "__pycache__", "binaries", "build", "deriveddatacache", "intermediate", "node_modules", "saved",
+			// Version control.
+			".git", ".hg", ".svn", ".bzr", ".jj", "_darcs", "cvs",
+			// Build output and saved data.
+			"binaries", "build", "cmake-build-debug", "cmake-build-release", "deriveddatacache", "intermediate", "saved",
+			// What tools keep for themselves.
+			".cache", ".gradle", ".idea", ".mypy_cache", ".pytest_cache", ".tox", ".vs", "__pycache__",
+			// Fetched packages.
+			".venv", "bower_components", "node_modules",
 		};
 
 		char ToLowerAscii(char Byte)
@@ -27,32 +39,19 @@ namespace Velmora
 		/** The names in a folder, sorted, links and special files left out. False when it cannot be read. */
 		bool ReadFolder(const std::string& Folder, std::vector<std::string>& OutFiles, std::vector<std::string>& OutFolders)
 		{
-			std::error_code Error;
-			std::filesystem::directory_iterator Iterator(Folder, Error);
-			if (Error)
+			const int Opened = open(Folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+			const std::atomic<bool> bStop = false;
+			std::vector<FFolderEntry> Entries;
+			if (Opened < 0)
 			{
 				return false;
 			}
-			for (const std::filesystem::directory_iterator End; Iterator != End; Iterator.increment(Error))
+			const EFolderRead Result = ReadFolderEntries(Opened, SIZE_MAX, bStop, Entries);
+			for (FFolderEntry& Entry : Entries)
 			{
-				std::error_code StatusError;
-				const std::filesystem::file_status Status = Iterator->symlink_status(StatusError);
-				if (StatusError)
-				{
-					continue;
-				}
-				if (std::filesystem::is_directory(Status))
-				{
-					OutFolders.push_back(Iterator->path().filename().native());
-				}
-				else if (std::filesystem::is_regular_file(Status))
-				{
-					OutFiles.push_back(Iterator->path().filename().native());
-				}
+				(Entry.bIsFolder ? OutFolders : OutFiles).push_back(std::move(Entry.Name));
 			}
-			std::sort(OutFiles.begin(), OutFiles.end());
-			std::sort(OutFolders.begin(), OutFolders.end());
-			return !Error;
+			return Result == EFolderRead::Complete;
 		}
 	}
 

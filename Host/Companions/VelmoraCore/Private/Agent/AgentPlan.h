@@ -1,0 +1,49 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace Velmora
+{
+	enum class EPlanStepStatus
+	{
+		Waiting,
+		Running,
+		Done,
+		Failed,
+		Stopped	// The user has ended the turn while it ran.
+	};
+
+	struct FPlanStep
+	{
+		/** A request of its own, as the user wrote it. */
+		std::string Text;
+		EPlanStepStatus Status = EPlanStepStatus::Waiting;
+	};
+
+	/** What a request of several steps comes to. UTF-8 throughout. */
+	struct FAgentPlan
+	{
+		/** Steps beyond this are left out, and the plan says so. */
+		static constexpr size_t MaxSteps = 50;
+
+		std::string Goal;
+		std::vector<FPlanStep> Steps;
+		size_t LeftOutSteps = 0;
+
+		bool IsEmpty() const { return Steps.empty(); }
+		size_t CountSteps(EPlanStepStatus Status) const;
+
+		/** For people: goal, approach, steps with their status, progress. Empty for an empty plan. */
+		std::string ToMarkdown() const;
+	};
+
+	/**
+	 * Reads a request of several steps: "first … then … finally …", or "plan: …" with steps apart by line feeds, list marks,
+	 * semicolons or "then". What stands in quotes or code fences is never taken apart. Pure.
+	 *
+	 * @return Without steps when the text is a plain request.
+	 */
+	FAgentPlan MakeAgentPlan(std::string_view Request);
+}

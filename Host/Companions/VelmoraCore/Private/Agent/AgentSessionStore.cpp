@@ -1,0 +1,237 @@
+#include "Agent/AgentSession.h"
+
+#include "Store/ConversationStore.h"
+#include "Store/StoreNotices.h"
+#include "Store/TurnRecorder.h"
+
+// What the session does with the conversation store. Everything that a callback tells is in the store before.
+
+namespace Velmora
+{
+	namespace
+	{
+		constexpr int32 MaxTitleLength = 50;
+
+		/**
+		 * One line of at most 50 characters: each line break becomes a blank, white space at the ends goes, what is too
+		 * long is cut and marked. Looks no further into the text than that needs.
+		 */
+		FString MakeConversationTitle(const FString& Text)
+		{
+			const int32 Length = Text.Len();
+			int32 Index = 0;
+			while (Index < Length && FChar::IsWhitespace(Text[Index]))
+			{
+				++Index;
+			}
+			FString Title;
+			for (; Index < Length && Title.Len() <= MaxTitleLength; ++Index)
+			{
+				const TCHAR Unit = Text[Index];
+				if (Unit == TEXT('\r') && Index + 1 < Length && Text[Index + 1] == TEXT('\n'))
+				{
+					++Index;
+				}
+				Title.AppendChar(Unit == TEXT('\r') || Unit == TEXT('\n') ? TEXT(' ') : Unit);
+			}
+			// Blanks at the place of the cut are the end of the title only if nothing else follows.
+			while (Index < Length && FChar::IsWhitespace(Text[Index]))
+			{
+				++Index;
+			}
+			if (Index == Length)
+			{
+				Title.TrimEndInline();
+			}
+			return Title.Len() > MaxTitleLength ? Title.Left(MaxTitleLength) + TEXT("...") : Title;
+		}
+	}
+
+	void FAgentSession::OpenStore()
+	{
+		const TSharedRef<FConversationStore> Default = FConversationStore::GetDefault();
+		if (Store != Default.ToSharedPtr())
+		{
+			Store = Default;
+			Default->CheckSoon();
+		}
+	}
+
+	FConversationStore& FAgentSession::GetStore()
+	{
+		if (!Store.IsValid())
+		{
+			OpenStore();
+		}
+		return *Store;
+	}
+
+	void FAgentSession::AddMessage(const FString& Text, EConversationRole Role)
+	{
+		// An undo may have dropped messages, here and in the store.
+		StoredCount = FMath::Min(StoredCount, Current->Messages.Num());
+		FConversationMessage Message;
+		Message.Content = Text;
+		Message.Role = Role;
+		Current->Messages.Add(MoveTemp(Message));
+	}
+
+	bool FAgentSession::RecordUserMessage(const FString& Text, FString& OutProblem)
+	{
+		AddMessage(Text, EConversationRole::User);
+		return CatchUp(OutProblem);
+	}
+
+	bool FAgentSession::RecordAnswer(const FString& Text, FString& OutProblem)
+	{
+		AddMessage(Text, EConversationRole::Assistant);
+		Current->LastUpdated = FDateTime::Now();
+		if (Recorder->TakeStored())
+		{
+			StoredCount = Current->Messages.Num();
+		}
+		return CatchUp(OutProblem);
+	}
+
+	bool FAgentSession::CatchUp(FString& OutProblem)
+	{
+		if (StoredCount < Current->Messages.Num())
+		{
+			if (GetStore().Append(*Current, StoredCount, OutProblem) != EStoreResult::Done)
+			{
+				return false;
+			}
+			StoredCount = Current->Messages.Num();
+		}
+		bHasToldStoreProblem = false;
+		return true;
+	}
+
+	void FAgentSession::TellStoreProblem(const FString& Problem)
+	{
+		if (!bHasToldStoreProblem)
+		{
+			bHasToldStoreProblem = true;
+			Fire(Callbacks.Error, FString(TEXT("What is said is not stored for now; it will be with the next message that is. ")) + Problem);
+		}
+	}
+
+	bool FAgentSession::LoadConversation(const FString& Id)
+	{
+		if (HasTurn())
+		{
+			Fire(Callbacks.Error, FString(TEXT("Another conversation can be opened when the agent has finished or is stopped.")));
+			return false;
+		}
+		FConversationMetadata Stored;
+		FString Problem;
+		const bool bIsCurrent = Current.IsValid() && Current->Id == Id;
+		const EStoreResult Result = GetStore().Load(Id, Stored, Problem);
+		if (Result != EStoreResult::Done && !bIsCurrent)
+		{
+			Fire(Callbacks.Error, Result == EStoreResult::Missing ? FString(TEXT("The conversation is no longer in the store; it cannot be opened.")) : Problem);
+			return false;
+		}
+		if (!bIsCurrent)
+		{
+			EndConversation();
+			Current = MakeShared<FConversationMetadata>(MoveTemp(Stored));
+			StoredCount = Current->Messages.Num();
+		}
+		else if (Result == EStoreResult::Done && StoredCount == Current->Messages.Num())
+		{
+			// Another program may have gone on with it.
+			Current->Messages = MoveTemp(Stored.Messages);
+			StoredCount = Current->Messages.Num();
+		}
+		const FString LoadedId = Current->Id;
+		const uint32 StartEpoch = Epoch;
+		SetOpened(TEXT("A stored conversation was opened."));
+		if (Epoch == StartEpoch)
+		{
+			Fire(Callbacks.ConversationLoaded, LoadedId);
+		}
+		return true;
+	}
+
+	bool FAgentSession::DeleteConversationHistory(const FString& Id)
+	{
+		FString Problem;
+		const EStoreResult Result = GetStore().Delete(Id, Problem);
+		if (Result == EStoreResult::Failed)
+		{
+			Fire(Callbacks.Error, Problem);
+			return false;
+		}
+		if (!Current.IsValid() || Current->Id != Id)
+		{
+			return Result == EStoreResult::Done;
+		}
+		const EConversationMode Mode = Current->Mode;
+		EndConversation();
+		OpenEmptyConversation(Mode);
+		SetOpened(TEXT("The conversation was deleted."));
+		return true;
+	}
+
+	void FAgentSession::ClearAllHistories()
+	{
+		FString Problem;
+		if (GetStore().Clear(Problem) == EStoreResult::Failed)
+		{
+			Fire(Callbacks.Error, Problem);
+			return;
+		}
+		StoredCount = 0;
+		if (Recorder.IsValid())
+		{
+			Recorder->Forget();
+		}
+	}
+
+	TArray<FConversationMetadata> FAgentSession::GetHistories()
+	{
+		TArray<FConversationMetadata> Summaries;
+		FString Problem;
+		if (GetStore().GetSummaries(Summaries, Problem) == EStoreResult::Failed)
+		{
+			Fire(Callbacks.Error, Problem);
+		}
+		return Summaries;
+	}
+
+	FString FAgentSession::GetTitle() const
+	{
+		if (!Current.IsValid())
+		{
+			return FString();
+		}
+		const FConversationMessage* First = Current->Messages.FindByPredicate([](const FConversationMessage& Message) { return Message.IsUserMessage() && !Message.Content.IsEmpty(); });
+		return First ? MakeConversationTitle(First->Content) : FString();
+	}
+
+	void FAgentSession::ListenForNotices()
+	{
+		StoreNotices::SetListener([WeakSession = TWeakPtr<FAgentSession>(AsShared())]
+		{
+			if (const TSharedPtr<FAgentSession> Session = WeakSession.Pin())
+			{
+				Session->TellNotices();
+			}
+		});
+		StoreNotices::Remind();
+	}
+
+	void FAgentSession::TellNotices()
+	{
+		// An agent whose conversation has ended is silent; the next one tells.
+		if (!Callbacks.Error || !Current.IsValid())
+		{
+			return;
+		}
+		for (const FString& Notice : StoreNotices::Take())
+		{
+			Fire(Callbacks.Error, Notice);
+		}
+	}
+}

@@ -1,0 +1,193 @@
+#pragma once
+
+#include <atomic>
+#include <functional>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "Changes/ProjectAccess.h"
+
+namespace Velmora
+{
+	/** What stood or stands under a name, as far as undo brings it back. */
+	struct FEntryState
+	{
+		EEntryKind Kind = EEntryKind::Absent;
+		uint32_t Mode = 0;
+
+		/** Of a file's bytes (HashContent). */
+		std::string Hash;
+		std::string LinkTarget;
+
+		bool operator==(const FEntryState&) const = default;
+	};
+
+	/** @param Bytes  Of a file; nothing for what is none. */
+	FEntryState MakeEntryState(const FEntryInfo& Info, const std::string& Bytes);
+
+	/** The numbers are those of the history trackers. */
+	enum class EChangeAction : uint8_t
+	{
+		Created = 1,
+		Modified = 2,
+		Deleted = 3
+	};
+
+	/** A change that has been made, for those who keep count. */
+	struct FPerformedChange
+	{
+		std::string TransactionId;
+		std::string ConversationId;
+		std::string Root;
+		std::string Path;
+		EChangeAction Action = EChangeAction::Modified;
+	};
+
+	/** What a file shall become. */
+	struct FNewContent
+	{
+		/** The file goes; the rest does not count. */
+		bool bIsDeletion = false;
+		std::string Bytes;
+	};
+
+	struct FUndoResult
+	{
+		bool bSuccess = false;
+
+		/** Why nothing was changed: a whole sentence. */
+		std::string Problem;
+
+		/** Sentences on files that somebody else had changed since. */
+		std::vector<std::string> Notices;
+
+		/** Those that are undone. */
+		std::vector<std::string> TransactionIds;
+	};
+
+	/**
+	 * All changes of files go through here: each is written down with the former content before it is made, so that
+	 * the transaction it belongs to can be undone. Former contents lie in a folder of this journal's own below the
+	 * undo folder, private to the user, at most MaxKeptBytes together: beyond, the oldest transactions are let go.
+	 * The folder goes with the journal; that of a process that died is removed by RemoveDeadJournals.
+	 *
+	 * Any thread. Changes and undo take turns; opening a transaction never waits for the disk.
+	 */
+	class FChangeJournal
+	{
+	public:
+		/** Behind the temporary name of a record: that of the copy which undo sets aside. */
+		static constexpr const char* CopyEnding = ".copy";
+
+		static constexpr uint64_t MaxKeptBytes = 256 * 1024 * 1024;
+
+		/** A file larger than this is not changed, since its content could not be kept. */
+		static constexpr uint64_t MaxFileBytes = 64 * 1024 * 1024;
+
+		/** Nothing is written before the first change. */
+		explicit FChangeJournal(std::string InUndoFolder, uint64_t InMaxKeptBytes = MaxKeptBytes);
+		~FChangeJournal();
+		FChangeJournal(const FChangeJournal&) = delete;
+		FChangeJournal& operator=(const FChangeJournal&) = delete;
+
+		/**
+		 * Opens a transaction that later changes belong to.
+		 *
+		 * @param MessageIndex  Where the user's message stands in its conversation.
+		 */
+		void OpenTransaction(const std::string& Id, const std::string& ConversationId, int MessageIndex);
+
+		/** Looks at a file and says what it shall become. Gives a clause that says why not, or nothing. */
+		using FMakeContent = std::function<std::string(const FEntryInfo& Info, const std::string& Bytes, FNewContent& OutContent)>;
+
+		/**
+		 * Changes one file: reads it, asks what it shall become, keeps the former content, then changes it as a whole.
+		 *
+		 * @param Access  Of the folder Root.
+		 * @param Path    As FProjectAccess::Normalise gives it.
+		 * @return        A clause that says why nothing was changed, or nothing.
+		 */
+		std::string Change(const std::string& TransactionId, const FProjectAccess& Access, const std::string& Root, const std::string& Path, const FMakeContent& MakeContent);
+
+		/**
+		 * Undoes a transaction and the later ones of the same conversation, all or nothing.
+		 *
+		 * @param Commit  Called when all files are restored, with the place of the first message undone; when it gives a
+		 *                sentence the files go back to what they were.
+		 */
+		FUndoResult Undo(const std::string& TransactionId, const std::string& ConversationId, const std::function<std::string(int MessageIndex)>& Commit);
+
+		/** The changes since the last call. */
+		std::vector<FPerformedChange> TakePerformed();
+
+		/** Bytes of former contents kept now. */
+		uint64_t GetKeptBytes() const { return KeptBytes; }
+
+		/** Removes what journals of dead processes have left, also half-written files beside those they were to replace. */
+		static void RemoveDeadJournals(const std::string& UndoFolder);
+
+		/** False: nothing is flushed, for runs in which only the result counts. */
+		void SetDurable(bool bInDurable) { bIsDurable = bInDurable; }
+
+	private:
+		struct FRecord
+		{
+			std::string Root;
+			std::string Path;
+			FEntryState Before;
+			FEntryState After;
+
+			/** Folders made for it, the outer ones first. */
+			std::vector<std::string> MadeFolders;
+			std::string TemporaryName;
+		};
+		struct FTransaction
+		{
+			std::string Id;
+			std::string ConversationId;
+			int MessageIndex = 0;
+			std::vector<FRecord> Records;
+
+			/** Its former contents had to make room. */
+			bool bIsDropped = false;
+		};
+		using FTransactions = std::vector<std::shared_ptr<FTransaction>>;
+		class FUndoRun;
+
+		std::string OpenFolder();
+		std::string Keep(const std::string& Bytes, const std::string& Hash, const FTransaction* ForTransaction);
+		void Release(const std::string& Hash);
+		std::string ReadKept(const std::string& Hash, std::string& OutBytes) const;
+		void DropTransaction(FTransaction& Transaction);
+		std::string AppendToLog(const std::string& Line);
+		std::shared_ptr<FTransaction> FindTransaction(const std::string& Id) const;
+
+		const std::string UndoFolder;
+		const uint64_t Limit;
+		bool bIsDurable = true;
+
+		/** Held during a change and an undo; guards all that follows. */
+		std::mutex WorkMutex;
+		std::string Folder;
+		std::unique_ptr<FProjectAccess> Store;
+		FFileDescriptor Lock;
+		FFileDescriptor Log;
+		struct FKeptContent
+		{
+			uint64_t Size = 0;
+			int Users = 0;
+		};
+		std::map<std::string, FKeptContent> Kept;
+		std::atomic<uint64_t> KeptBytes = 0;
+		int RecordCount = 0;
+
+		/** Guards the lists below, for a moment only. */
+		mutable std::mutex ListMutex;
+		FTransactions Transactions;
+		std::vector<FPerformedChange> Performed;
+	};
+}

@@ -1,0 +1,62 @@
+#include "Changes/ChangePublisher.h"
+
+#include <filesystem>
+
+#include "Agent/Utf8Text.h"
+#include "History/AssetHistoryTracker.h"
+#include "History/FileHistoryTracker.h"
+#include "Host/HostFileNames.h"
+#include "Misc/Paths.h"
+
+namespace Velmora
+{
+	namespace
+	{
+		constexpr std::string_view ContentFolder = "Content/";
+
+		/** "Content/Heroes/BP_Hero.uasset" is the asset "/Game/Heroes/BP_Hero". Empty for what is no asset. */
+		std::string GetAssetPath(const std::string& Path)
+		{
+			const std::string Lower = Utf8Text::ToLower(Path);
+			const bool bIsAsset = Utf8Text::StartsWith(Path, ContentFolder) && (Utf8Text::EndsWith(Lower, ".uasset") || Utf8Text::EndsWith(Lower, ".umap"));
+			return bIsAsset ? "/Game/" + Path.substr(ContentFolder.size(), Path.rfind('.') - ContentFolder.size()) : std::string();
+		}
+
+		/**
+		 * As seen from the folder that relative paths are taken from: an absolute path would begin with a slash, by which
+		 * the readers of the tracker know an asset.
+		 */
+		std::string GetRelativePath(const FPerformedChange& Change)
+		{
+			const std::string Base = HostFileNameToBytes(FPaths::ConvertRelativePathToFull(FString(TEXT("."))));
+			return (std::filesystem::path(Change.Root) / Change.Path).lexically_relative(Base).native();
+		}
+	}
+
+	void PublishToTrackers(const std::vector<FPerformedChange>& Changes)
+	{
+		for (const FPerformedChange& Change : Changes)
+		{
+			const FString ConversationId = HostFileNameFromBytes(Change.ConversationId);
+			const FString Group = HostFileNameFromBytes(Change.TransactionId);
+			const std::string AssetPath = GetAssetPath(Change.Path);
+			if (AssetPath.empty())
+			{
+				FFileHistoryTracker::Get().AddOperation(ConversationId, Group, { HostFileNameFromBytes(GetRelativePath(Change)), static_cast<uint8>(Change.Action), FDateTime::Now() });
+			}
+			else
+			{
+				FAssetHistoryTracker::Get().AddOperation(ConversationId, Group, { HostFileNameFromBytes(AssetPath), static_cast<uint8>(Change.Action), FDateTime::Now() });
+			}
+		}
+	}
+
+	void RemoveFromTrackers(const std::string& ConversationId, const std::vector<std::string>& TransactionIds)
+	{
+		for (const std::string& Id : TransactionIds)
+		{
+			FFileHistoryTracker::Get().RemoveGroup(HostFileNameFromBytes(ConversationId), HostFileNameFromBytes(Id));
+			FAssetHistoryTracker::Get().RemoveGroup(HostFileNameFromBytes(ConversationId), HostFileNameFromBytes(Id));
+		}
+	}
+}

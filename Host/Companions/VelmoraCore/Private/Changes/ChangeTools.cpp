@@ -1,0 +1,148 @@
+#include "Changes/ChangeTools.h"
+
+#include "Agent/Utf8Text.h"
+#include "Changes/TextPassage.h"
+
+namespace Velmora
+{
+	namespace
+	{
+		const char* DescribeAction(EChangeAction Action)
+		{
+			return Action == EChangeAction::Created ? "Created " : Action == EChangeAction::Deleted ? "Deleted " : "Changed ";
+		}
+
+		/** Why an existing entry is no file to be written to, or nothing. */
+		std::string RefuseEntry(const FEntryInfo& Info)
+		{
+			switch (Info.Kind)
+			{
+			case EEntryKind::Folder:
+				return "it is a folder";
+			case EEntryKind::Link:
+				return "it is a link to `" + Info.LinkTarget + "`; name that file itself";
+			case EEntryKind::Other:
+				return "it is no regular file";
+			case EEntryKind::Absent:
+			case EEntryKind::File:
+				break;
+			}
+			return std::string();
+		}
+
+		std::string RefuseText(const std::string& Bytes)
+		{
+			if (TextPassage::IsBinary(Bytes))
+			{
+				return "it is a binary file";
+			}
+			return Bytes.size() > FChangeTools::MaxWrittenBytes ? "it is larger than 4 MB" : std::string();
+		}
+	}
+
+	FChangeTools::FChangeTools(const std::string& InRoot, FChangeJournal& InJournal, std::string InTransactionId, EAccessMethod Method)
+		: Root(InRoot)
+		, Access(InRoot, Method)
+		, Journal(InJournal)
+		, TransactionId(std::move(InTransactionId))
+	{
+	}
+
+	FChangeOutcome FChangeTools::Change(std::string_view Path, bool bNeedsFile, const std::function<std::string(const FEntryInfo&, const std::string&, FNewContent&)>& MakeContent)
+	{
+		FChangeOutcome Outcome;
+		size_t Lines = 0;
+		Outcome.Problem = Access.IsOpen() ? Access.Normalise(Path, Outcome.Path) : "the project folder cannot be opened";
+		if (Outcome.Problem.empty())
+		{
+			Outcome.Problem = Journal.Change(TransactionId, Access, Root, Outcome.Path, [&](const FEntryInfo& Info, const std::string& Bytes, FNewContent& OutContent) -> std::string
+			{
+				if (IsCancelled && IsCancelled())
+				{
+					return "the request was stopped";
+				}
+				if (bNeedsFile && Info.Kind == EEntryKind::Absent)
+				{
+					return "it cannot be found";
+				}
+				if (Info.Kind == EEntryKind::File && !Access.IsWritable(Outcome.Path))
+				{
+					return "it is read-only";
+				}
+				const std::string Problem = MakeContent(Info, Bytes, OutContent);
+				if (Problem.empty() && OutContent.Bytes.size() > MaxWrittenBytes)
+				{
+					return "the new content is larger than 4 MB";
+				}
+				Outcome.Action = OutContent.bIsDeletion ? EChangeAction::Deleted : Info.Kind == EEntryKind::Absent ? EChangeAction::Created : EChangeAction::Modified;
+				Lines = Utf8Text::SplitLines(OutContent.Bytes).size();
+				return Problem;
+			});
+		}
+		Outcome.bSuccess = Outcome.Problem.empty();
+		if (!Outcome.bSuccess)
+		{
+			Outcome.Sentence = "Not changed: " + Outcome.Problem;
+			return Outcome;
+		}
+		Outcome.Sentence = DescribeAction(Outcome.Action) + Outcome.Path;
+		if (Outcome.Action != EChangeAction::Deleted)
+		{
+			Outcome.Sentence += ", " + Utf8Text::Count(Lines, "line", "lines");
+		}
+		return Outcome;
+	}
+
+	FChangeOutcome FChangeTools::CreateFile(std::string_view Path, std::string_view Bytes)
+	{
+		return Change(Path, false, [&](const FEntryInfo& Info, const std::string&, FNewContent& OutContent) -> std::string
+		{
+			OutContent.Bytes = Bytes;
+			return Info.Kind == EEntryKind::Absent ? std::string() : Info.Kind == EEntryKind::Folder ? "a folder of that name is there already" : "it is there already";
+		});
+	}
+
+	FChangeOutcome FChangeTools::WriteFile(std::string_view Path, std::string_view Bytes)
+	{
+		return Change(Path, false, [&](const FEntryInfo& Info, const std::string& Old, FNewContent& OutContent)
+		{
+			OutContent.Bytes = TextPassage::Rewrite(Old, Bytes);
+			return RefuseEntry(Info);
+		});
+	}
+
+	FChangeOutcome FChangeTools::EditFile(std::string_view Path, std::string_view Old, std::string_view New)
+	{
+		return Change(Path, true, [&](const FEntryInfo& Info, const std::string& Bytes, FNewContent& OutContent)
+		{
+			const std::string EntryProblem = RefuseEntry(Info);
+			const std::string Problem = EntryProblem.empty() ? RefuseText(Bytes) : EntryProblem;
+			size_t Count = 0;
+			if (!Problem.empty() || TextPassage::Replace(Bytes, Old, New, Count, OutContent.Bytes))
+			{
+				return Problem;
+			}
+			return Old.empty() ? std::string("no text to replace was given") : Count == 0 ? std::string("the text to replace does not stand in it (0 occurrences)")
+				: "the text to replace stands in it " + std::to_string(Count) + " times; it must be one passage only";
+		});
+	}
+
+	FChangeOutcome FChangeTools::AppendToFile(std::string_view Path, std::string_view Text)
+	{
+		return Change(Path, false, [&](const FEntryInfo& Info, const std::string& Bytes, FNewContent& OutContent)
+		{
+			const std::string Problem = RefuseEntry(Info);
+			OutContent.Bytes = TextPassage::Append(Bytes, Text);
+			return Problem.empty() ? RefuseText(Bytes) : Problem;
+		});
+	}
+
+	FChangeOutcome FChangeTools::DeleteFile(std::string_view Path)
+	{
+		return Change(Path, true, [&](const FEntryInfo& Info, const std::string&, FNewContent& OutContent)
+		{
+			OutContent.bIsDeletion = true;
+			return Info.Kind == EEntryKind::Link ? std::string() : RefuseEntry(Info);
+		});
+	}
+}

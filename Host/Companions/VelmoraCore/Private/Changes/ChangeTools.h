@@ -1,0 +1,72 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "Changes/ChangeJournal.h"
+#include "Changes/ProjectAccess.h"
+
+namespace Velmora
+{
+	/** What became of a change. */
+	struct FChangeOutcome
+	{
+		bool bSuccess = false;
+
+		/** For a tool's row, with the path: "Created notes.md, 3 lines", "Not changed: it is read-only". */
+		std::string Sentence;
+
+		/** The clause behind "Not changed: ". */
+		std::string Problem;
+
+		/** The file's relative path, empty when it is refused as a path. */
+		std::string Path;
+		EChangeAction Action = EChangeAction::Modified;
+	};
+
+	/**
+	 * The agent's tools that change files of the project, each within one undo transaction. Any path and content may
+	 * come in; what cannot be done is refused in words and leaves everything as it was. One thread at a time.
+	 */
+	class FChangeTools
+	{
+	public:
+		/** No tool writes a larger file. In bytes. */
+		static constexpr size_t MaxWrittenBytes = 4 * 1024 * 1024;
+
+		FChangeTools(const std::string& InRoot, FChangeJournal& InJournal, std::string InTransactionId, EAccessMethod Method = EAccessMethod::Automatic);
+
+		/** While it is true nothing is changed any more; asked right before each change. */
+		void SetCancelCheck(std::function<bool()> InIsCancelled) { IsCancelled = std::move(InIsCancelled); }
+
+		/** A file that is not there yet. Missing folders are made. */
+		FChangeOutcome CreateFile(std::string_view Path, std::string_view Bytes);
+
+		/** The whole content; of a text that is there already mark, encoding, line ends and mode stay. */
+		FChangeOutcome WriteFile(std::string_view Path, std::string_view Bytes);
+
+		/** Replaces a passage that stands in the file once. */
+		FChangeOutcome EditFile(std::string_view Path, std::string_view Old, std::string_view New);
+
+		/** Adds lines at the end. A file that is not there is made. */
+		FChangeOutcome AppendToFile(std::string_view Path, std::string_view Text);
+
+		/** A file, or a link itself. */
+		FChangeOutcome DeleteFile(std::string_view Path);
+
+		const FProjectAccess& GetAccess() const { return Access; }
+		void SetDurable(bool bIsDurable) { Access.SetDurable(bIsDurable); }
+
+	private:
+		/** @param bNeedsFile  Refuses what is not there. */
+		FChangeOutcome Change(std::string_view Path, bool bNeedsFile, const std::function<std::string(const FEntryInfo&, const std::string&, FNewContent&)>& MakeContent);
+
+		const std::string Root;
+		FProjectAccess Access;
+		FChangeJournal& Journal;
+		const std::string TransactionId;
+		std::function<bool()> IsCancelled;
+	};
+}

@@ -1,0 +1,465 @@
+#include "Changes/ProjectAccess.h"
+
+#include <atomic>
+#include <cerrno>
+#include <climits>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include <fcntl.h>
+#include <linux/openat2.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+
+namespace Velmora
+{
+	namespace
+	{
+		/** A folder above the path was renamed while it was resolved; the next try usually settles it. */
+		constexpr int MaxResolveTries = 32;
+		constexpr int FolderFlags = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
+
+		/** The system has no openat2, or a filter refuses it: known after the first try. */
+		std::atomic<bool> bIsResolveBeneathDenied = false;
+
+		std::string DescribeError(int Error)
+		{
+			switch (Error)
+			{
+			case ENOENT:
+				return "it cannot be found";
+			case ENOTDIR:
+				return "a part of its path is not a folder";
+			case EISDIR:
+				return "it is a folder";
+			case EEXIST:
+				return "something stands there already";
+			case ENOTEMPTY:
+				return "the folder is not empty";
+			case EACCES:
+			case EPERM:
+				return "there is no permission";
+			case EROFS:
+				return "the disk is read-only";
+			case ENOSPC:
+			case EDQUOT:
+				return "the disk is full";
+			case EXDEV:
+				return "it leads out of the project";
+			case ELOOP:
+				return "a link stands in its path";
+			case ENAMETOOLONG:
+				return "its name is too long";
+			case EMFILE:
+			case ENFILE:
+				return "too many files are open";
+			case EIO:
+				return "the disk reports an error";
+			default:
+				return std::string("the system says: ") + strerror(Error);
+			}
+		}
+
+		std::string DescribeLastError() { return DescribeError(errno); }
+
+		FEntryInfo ToEntryInfo(const struct stat& Status)
+		{
+			FEntryInfo Info;
+			Info.Kind = S_ISREG(Status.st_mode) ? EEntryKind::File : S_ISDIR(Status.st_mode) ? EEntryKind::Folder : S_ISLNK(Status.st_mode) ? EEntryKind::Link : EEntryKind::Other;
+			Info.Mode = Status.st_mode & 07777;
+			Info.Size = static_cast<uint64_t>(Status.st_size);
+			return Info;
+		}
+
+		bool IsBelow(std::string_view Path, std::string_view Folder)
+		{
+			return Path.substr(0, Folder.size()) == Folder && (Path.size() == Folder.size() || Path[Folder.size()] == '/' || Folder == "/");
+		}
+
+		/** One step of a walk: never through a link. */
+		FFileDescriptor OpenStep(const FFileDescriptor& Folder, const std::string& Name, int Flags)
+		{
+			FFileDescriptor Opened(openat(Folder.Get(), Name.c_str(), Flags | O_NOFOLLOW | O_CLOEXEC));
+			if (!Opened.IsOpen() && errno == ENOTDIR)
+			{
+				// A link is no folder either; which of the two it is deserves another word.
+				struct stat Status;
+				const bool bIsLink = fstatat(Folder.Get(), Name.c_str(), &Status, AT_SYMLINK_NOFOLLOW) == 0 && S_ISLNK(Status.st_mode);
+				errno = bIsLink ? ELOOP : ENOTDIR;
+			}
+			return Opened;
+		}
+
+		bool WriteBytes(int Handle, std::string_view Bytes)
+		{
+			while (!Bytes.empty())
+			{
+				const ssize_t Count = write(Handle, Bytes.data(), Bytes.size());
+				if (Count < 0 && errno != EINTR)
+				{
+					return false;
+				}
+				Bytes.remove_prefix(Count > 0 ? static_cast<size_t>(Count) : 0);
+			}
+			return true;
+		}
+	}
+
+	FProjectAccess::FProjectAccess(const std::string& InRoot, EAccessMethod InMethod)
+		: Root(InRoot)
+		, RootFolder(open(InRoot.c_str(), FolderFlags))
+		, Method(InMethod)
+	{
+		char Resolved[PATH_MAX];
+		RealRoot = realpath(Root.c_str(), Resolved) ? Resolved : Root;
+	}
+
+	std::string FProjectAccess::Normalise(std::string_view Path, std::string& OutRelative) const
+	{
+		OutRelative.clear();
+		if (Path.find('\0') != std::string_view::npos)
+		{
+			return "it is no file name";
+		}
+		std::string_view Rest = Path;
+		if (!Rest.empty() && Rest.front() == '/')
+		{
+			const std::string& Above = IsBelow(Rest, Root) ? Root : RealRoot;
+			if (!IsBelow(Rest, Above))
+			{
+				return "it lies outside the project";
+			}
+			Rest.remove_prefix(Above.size());
+		}
+		if (!Rest.empty() && Rest.back() == '/')
+		{
+			return "it names a folder";
+		}
+		while (!Rest.empty())
+		{
+			const size_t Slash = Rest.find('/');
+			const std::string_view Part = Rest.substr(0, Slash);
+			Rest = Slash == std::string_view::npos ? std::string_view() : Rest.substr(Slash + 1);
+			if (Part == "..")
+			{
+				return "its path holds \"..\", which may lead out of the project";
+			}
+			if (!Part.empty() && Part != ".")
+			{
+				OutRelative += (OutRelative.empty() ? "" : "/") + std::string(Part);
+			}
+		}
+		return OutRelative.empty() ? "it names no file" : std::string();
+	}
+
+	FFileDescriptor FProjectAccess::OpenBeneath(const std::string& Path, int Flags) const
+	{
+		if (Path.empty())
+		{
+			return FFileDescriptor(fcntl(RootFolder.Get(), F_DUPFD_CLOEXEC, 0));
+		}
+		for (int Try = 0; Method == EAccessMethod::Automatic && !bIsResolveBeneathDenied && Try < MaxResolveTries; ++Try)
+		{
+			struct open_how How = {};
+			How.flags = static_cast<uint64_t>(Flags | O_CLOEXEC);
+			How.resolve = RESOLVE_BENEATH | RESOLVE_NO_MAGICLINKS;
+			const long Handle = syscall(SYS_openat2, RootFolder.Get(), Path.c_str(), &How, sizeof(How));
+			if (Handle >= 0)
+			{
+				return FFileDescriptor(static_cast<int>(Handle));
+			}
+			if (errno == ENOSYS)
+			{
+				bIsResolveBeneathDenied = true;
+			}
+			else if (errno == EPERM)
+			{
+				// A filter answers like a file that may not be opened; the walk finds out which it is.
+				break;
+			}
+			else if (errno != EAGAIN && errno != EINTR)
+			{
+				return FFileDescriptor();
+			}
+		}
+		return OpenByWalk(Path, Flags);
+	}
+
+	FFileDescriptor FProjectAccess::OpenByWalk(const std::string& Path, int Flags) const
+	{
+		FFileDescriptor Folder(fcntl(RootFolder.Get(), F_DUPFD_CLOEXEC, 0));
+		size_t Start = 0;
+		for (size_t Slash = Path.find('/'); Slash != std::string::npos && Folder.IsOpen(); Slash = Path.find('/', Start))
+		{
+			Folder = OpenStep(Folder, Path.substr(Start, Slash - Start), FolderFlags);
+			Start = Slash + 1;
+		}
+		if (!Folder.IsOpen())
+		{
+			return FFileDescriptor();
+		}
+		return OpenStep(Folder, Path.substr(Start), Flags);
+	}
+
+	FFileDescriptor FProjectAccess::OpenParent(const std::string& Path, std::string& OutName) const
+	{
+		const size_t Slash = Path.rfind('/');
+		OutName = Slash == std::string::npos ? Path : Path.substr(Slash + 1);
+		return OpenBeneath(Slash == std::string::npos ? std::string() : Path.substr(0, Slash), FolderFlags);
+	}
+
+	std::string FProjectAccess::Look(const std::string& Path, FEntryInfo& OutInfo) const
+	{
+		OutInfo = FEntryInfo();
+		std::string Name;
+		const FFileDescriptor Folder = OpenParent(Path, Name);
+		struct stat Status;
+		if (!Folder.IsOpen() || fstatat(Folder.Get(), Name.c_str(), &Status, AT_SYMLINK_NOFOLLOW) != 0)
+		{
+			return errno == ENOENT || errno == ENOTDIR ? std::string() : DescribeLastError();
+		}
+		OutInfo = ToEntryInfo(Status);
+		if (OutInfo.Kind == EEntryKind::Link)
+		{
+			char Target[PATH_MAX];
+			const ssize_t Length = readlinkat(Folder.Get(), Name.c_str(), Target, sizeof(Target));
+			if (Length < 0)
+			{
+				return DescribeLastError();
+			}
+			OutInfo.LinkTarget.assign(Target, static_cast<size_t>(Length));
+		}
+		return std::string();
+	}
+
+	std::string FProjectAccess::Read(const std::string& Path, uint64_t MaxBytes, std::string& OutBytes, FEntryInfo& OutInfo) const
+	{
+		OutBytes.clear();
+		OutInfo = FEntryInfo();
+		const FFileDescriptor File = OpenBeneath(Path, O_RDONLY | O_NONBLOCK | O_NOCTTY);
+		struct stat Status;
+		if (!File.IsOpen() || fstat(File.Get(), &Status) != 0)
+		{
+			// A socket cannot be opened at all.
+			return errno == ENXIO ? "it is no regular file" : DescribeLastError();
+		}
+		OutInfo = ToEntryInfo(Status);
+		if (OutInfo.Kind != EEntryKind::File)
+		{
+			return OutInfo.Kind == EEntryKind::Folder ? "it is a folder" : "it is no regular file";
+		}
+		// A file may grow while it is read; the bound holds all the same.
+		char Buffer[65536];
+		while (OutInfo.Size <= MaxBytes && OutBytes.size() <= MaxBytes)
+		{
+			const ssize_t Count = read(File.Get(), Buffer, sizeof(Buffer));
+			if (Count == 0)
+			{
+				return std::string();
+			}
+			if (Count < 0 && errno != EINTR)
+			{
+				return DescribeLastError();
+			}
+			OutBytes.append(Buffer, Count > 0 ? static_cast<size_t>(Count) : 0);
+		}
+		OutBytes.clear();
+		return "it is larger than " + std::to_string(MaxBytes / (1024 * 1024)) + " MB";
+	}
+
+	bool FProjectAccess::IsWritable(const std::string& Path) const
+	{
+		std::string Name;
+		const FFileDescriptor Folder = OpenParent(Path, Name);
+		struct stat Status;
+		if (!Folder.IsOpen() || fstatat(Folder.Get(), Name.c_str(), &Status, AT_SYMLINK_NOFOLLOW) != 0)
+		{
+			return false;
+		}
+		// To the superuser everything is writable; a file marked as read-only is meant to stay all the same.
+		return S_ISLNK(Status.st_mode) || ((Status.st_mode & 0222) != 0 && faccessat(Folder.Get(), Name.c_str(), W_OK, AT_EACCESS | AT_SYMLINK_NOFOLLOW) == 0);
+	}
+
+	std::string FProjectAccess::Write(const std::string& Path, std::string_view Bytes, const FWriteOptions& Options) const
+	{
+		std::string Name;
+		const FFileDescriptor Folder = OpenParent(Path, Name);
+		if (!Folder.IsOpen())
+		{
+			return DescribeLastError();
+		}
+		const std::string Problem = WriteBeside(Folder, Name, Bytes, Options, bIsDurable ? EFlush::Wait : EFlush::None);
+		return Problem.empty() ? PutInPlace(Folder, Name, Options) : Problem;
+	}
+
+	std::string FProjectAccess::WriteBeside(const std::string& Path, std::string_view Bytes, const FWriteOptions& Options) const
+	{
+		std::string Name;
+		const FFileDescriptor Folder = OpenParent(Path, Name);
+		return Folder.IsOpen() ? WriteBeside(Folder, Name, Bytes, Options, EFlush::Begin) : DescribeLastError();
+	}
+
+	std::string FProjectAccess::WriteBeside(const FFileDescriptor& Folder, const std::string& Name, std::string_view Bytes, const FWriteOptions& Options, EFlush Flushing) const
+	{
+		struct stat Old = {};
+		const bool bHasOld = fstatat(Folder.Get(), Name.c_str(), &Old, AT_SYMLINK_NOFOLLOW) == 0;
+		if (bHasOld && S_ISDIR(Old.st_mode))
+		{
+			return DescribeError(EISDIR);
+		}
+		const char* const Temporary = Options.TemporaryName.c_str();
+		const mode_t FirstMode = Options.bObeysMask ? Options.Mode : 0600;
+		FFileDescriptor File(openat(Folder.Get(), Temporary, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, FirstMode));
+		if (!File.IsOpen())
+		{
+			return DescribeLastError();
+		}
+		bool bDone = WriteBytes(File.Get(), Bytes);
+		if (bDone && !Options.bObeysMask)
+		{
+			if (bHasOld && (Old.st_uid != geteuid() || Old.st_gid != getegid()))
+			{
+				// Nobody but the superuser can, and then the file is the user's own.
+				[[maybe_unused]] const int Ignored = fchown(File.Get(), Old.st_uid, Old.st_gid);
+			}
+			bDone = fchmod(File.Get(), Options.Mode & 07777) == 0;
+		}
+		if (bDone && Flushing == EFlush::Begin)
+		{
+			sync_file_range(File.Get(), 0, 0, SYNC_FILE_RANGE_WRITE);
+		}
+		bDone = bDone && (Flushing != EFlush::Wait || fsync(File.Get()) == 0) && File.Close();
+		if (!bDone)
+		{
+			const int Error = errno;
+			unlinkat(Folder.Get(), Temporary, 0);
+			return DescribeError(Error);
+		}
+		return std::string();
+	}
+
+	std::string FProjectAccess::PutInPlace(const std::string& Path, const FWriteOptions& Options) const
+	{
+		std::string Name;
+		const FFileDescriptor Folder = OpenParent(Path, Name);
+		return Folder.IsOpen() ? PutInPlace(Folder, Name, Options) : DescribeLastError();
+	}
+
+	std::string FProjectAccess::FlushFile(const std::string& Path) const
+	{
+		const FFileDescriptor File = OpenBeneath(Path, O_RDONLY | O_NONBLOCK | O_NOCTTY);
+		return File.IsOpen() && fsync(File.Get()) == 0 ? std::string() : DescribeLastError();
+	}
+
+	void FProjectAccess::FlushFolderOf(const std::string& Path) const
+	{
+		std::string Name;
+		const FFileDescriptor Folder = OpenParent(Path, Name);
+		fsync(Folder.Get());
+	}
+
+	void FProjectAccess::FlushAll() const
+	{
+		syncfs(RootFolder.Get());
+	}
+
+	std::string FProjectAccess::MakeLink(const std::string& Path, const std::string& Target, const FWriteOptions& Options) const
+	{
+		std::string Name;
+		const FFileDescriptor Folder = OpenParent(Path, Name);
+		if (!Folder.IsOpen() || symlinkat(Target.c_str(), Folder.Get(), Options.TemporaryName.c_str()) != 0)
+		{
+			return DescribeLastError();
+		}
+		return PutInPlace(Folder, Name, Options);
+	}
+
+	std::string FProjectAccess::PutInPlace(const FFileDescriptor& Folder, const std::string& Name, const FWriteOptions& Options) const
+	{
+		const char* const Temporary = Options.TemporaryName.c_str();
+		int Result = renameat2(Folder.Get(), Temporary, Folder.Get(), Name.c_str(), Options.bMayReplace ? 0 : RENAME_NOREPLACE);
+		if (Result != 0 && errno == EINVAL && !Options.bMayReplace)
+		{
+			// A file system without that promise; a link gives the same where there are links.
+			Result = linkat(Folder.Get(), Temporary, Folder.Get(), Name.c_str(), 0);
+			if (Result == 0)
+			{
+				unlinkat(Folder.Get(), Temporary, 0);
+			}
+		}
+		if (Result != 0)
+		{
+			const int Error = errno;
+			unlinkat(Folder.Get(), Temporary, 0);
+			return DescribeError(Error);
+		}
+		Flush(Folder);
+		return std::string();
+	}
+
+	std::string FProjectAccess::Remove(const std::string& Path) const
+	{
+		std::string Name;
+		const FFileDescriptor Folder = OpenParent(Path, Name);
+		if (!Folder.IsOpen() || unlinkat(Folder.Get(), Name.c_str(), 0) != 0)
+		{
+			return DescribeLastError();
+		}
+		Flush(Folder);
+		return std::string();
+	}
+
+	std::vector<std::string> FProjectAccess::ListMissingParents(const std::string& Path) const
+	{
+		std::vector<std::string> Missing;
+		for (size_t Slash = Path.rfind('/'); Slash != std::string::npos && Slash > 0; Slash = Path.rfind('/', Slash - 1))
+		{
+			const std::string Folder = Path.substr(0, Slash);
+			FEntryInfo Info;
+			if (!Look(Folder, Info).empty() || Info.Kind != EEntryKind::Absent)
+			{
+				break;
+			}
+			Missing.insert(Missing.begin(), Folder);
+		}
+		return Missing;
+	}
+
+	std::string FProjectAccess::MakeParents(const std::string& Path, std::vector<std::string>& OutMade) const
+	{
+		for (const std::string& Missing : ListMissingParents(Path))
+		{
+			std::string Name;
+			const FFileDescriptor Folder = OpenParent(Missing, Name);
+			if (!Folder.IsOpen() || mkdirat(Folder.Get(), Name.c_str(), 0777) != 0)
+			{
+				return DescribeLastError();
+			}
+			OutMade.push_back(Missing);
+			Flush(Folder);
+		}
+		return std::string();
+	}
+
+	std::string FProjectAccess::RemoveFolder(const std::string& Path) const
+	{
+		std::string Name;
+		const FFileDescriptor Folder = OpenParent(Path, Name);
+		if (!Folder.IsOpen() || unlinkat(Folder.Get(), Name.c_str(), AT_REMOVEDIR) != 0)
+		{
+			return DescribeLastError();
+		}
+		Flush(Folder);
+		return std::string();
+	}
+
+	void FProjectAccess::Flush(const FFileDescriptor& Folder) const
+	{
+		if (bIsDurable)
+		{
+			// Not every file system can; the bytes are safe by then.
+			fsync(Folder.Get());
+		}
+	}
+}

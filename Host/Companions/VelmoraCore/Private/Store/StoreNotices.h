@@ -1,0 +1,23 @@
+#pragma once
+
+#include "CoreMinimal.h"
+#include "Templates/Function.h"
+
+/**
+ * What the store has to tell the user: that a damaged file was set aside, for one. Each sentence waits until an agent
+ * can tell it, and is told once.
+ */
+namespace Velmora::StoreNotices
+{
+	/** Any thread. */
+	void Add(const FString& Sentence);
+
+	/** What waits, the oldest first; it waits no longer. Any thread. */
+	TArray<FString> Take();
+
+	/** Called on the game thread, in a task of its own, when something begins to wait. Replaces the one before; game thread. */
+	void SetListener(TFunction<void()> Listener);
+
+	/** Calls the listener soon if something waits. Any thread. */
+	void Remind();
+}

@@ -1,0 +1,430 @@
+#include "Store/StoreSalvage.h"
+
+#include <algorithm>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace Velmora
+{
+	namespace
+	{
+		constexpr uint32 FileHeaderSize = 100;
+		constexpr uint32 DefaultPageSize = 4096;
+		constexpr unsigned char TableLeaf = 0x0d;
+		constexpr uint32 LeafHeaderSize = 8;
+		constexpr int64 LogHeaderSize = 32;
+		constexpr int64 FrameHeaderSize = 24;
+
+		uint32 ReadBig16(const unsigned char* Bytes)
+		{
+			return static_cast<uint32>(Bytes[0] << 8 | Bytes[1]);
+		}
+
+		uint32 ReadBig32(const unsigned char* Bytes)
+		{
+			return ReadBig16(Bytes) << 16 | ReadBig16(Bytes + 2);
+		}
+
+		bool IsPageSize(uint32 Size)
+		{
+			return Size >= 512 && Size <= 65536 && (Size & (Size - 1)) == 0;
+		}
+
+		bool ReadAt(int Handle, int64 Offset, void* OutBytes, size_t Size)
+		{
+			char* Position = static_cast<char*>(OutBytes);
+			while (Size > 0)
+			{
+				const ssize_t Count = pread(Handle, Position, Size, Offset);
+				if (Count <= 0)
+				{
+					return false;
+				}
+				Position += Count;
+				Offset += Count;
+				Size -= static_cast<size_t>(Count);
+			}
+			return true;
+		}
+
+		/** Seven bits a byte, the most significant first; the ninth byte counts whole. False when the bytes end before it does. */
+		bool ReadVarint(const unsigned char*& Position, const unsigned char* End, uint64& OutValue)
+		{
+			OutValue = 0;
+			for (int Index = 0; Index < 9 && Position < End; ++Index)
+			{
+				const unsigned char Byte = *Position++;
+				if (Index == 8)
+				{
+					OutValue = OutValue << 8 | Byte;
+					return true;
+				}
+				OutValue = OutValue << 7 | (Byte & 0x7f);
+				if (Byte < 0x80)
+				{
+					return true;
+				}
+			}
+			return false;
+		}
+
+		/** The columns of a row. */
+		class FRecord
+		{
+		public:
+			explicit FRecord(std::string_view Payload)
+			{
+				const unsigned char* Begin = reinterpret_cast<const unsigned char*>(Payload.data());
+				const unsigned char* Position = Begin;
+				uint64 HeaderSize = 0;
+				if (!ReadVarint(Position, Begin + Payload.size(), HeaderSize) || HeaderSize > Payload.size())
+				{
+					return;
+				}
+				const unsigned char* const HeaderEnd = Begin + HeaderSize;
+				size_t Offset = HeaderSize;
+				while (Position < HeaderEnd)
+				{
+					uint64 Type = 0;
+					if (!ReadVarint(Position, HeaderEnd, Type))
+					{
+						return;
+					}
+					const size_t Size = SizeOf(Type);
+					if (Size > Payload.size() - Offset)
+					{
+						return;
+					}
+					Columns.push_back({ Type, Payload.substr(Offset, Size) });
+					Offset += Size;
+				}
+				bIsWhole = true;
+			}
+
+			bool HasColumns(size_t Count) const { return bIsWhole && Columns.size() == Count; }
+
+			int64 GetInteger(size_t Column) const
+			{
+				const FColumn& Found = Columns[Column];
+				if (Found.Type == 9)
+				{
+					return 1;
+				}
+				if (Found.Type == 0 || Found.Type > 6)
+				{
+					return 0;
+				}
+				uint64 Value = !Found.Bytes.empty() && static_cast<signed char>(Found.Bytes[0]) < 0 ? ~0ull : 0;
+				for (const char Byte : Found.Bytes)
+				{
+					Value = Value << 8 | static_cast<unsigned char>(Byte);
+				}
+				return static_cast<int64>(Value);
+			}
+
+			std::string_view GetBytes(size_t Column) const { return Columns[Column].Type >= 12 ? Columns[Column].Bytes : std::string_view(); }
+
+		private:
+			static size_t SizeOf(uint64 Type)
+			{
+				constexpr size_t Sizes[] = { 0, 1, 2, 3, 4, 6, 8, 8, 0, 0, 0, 0 };
+				return Type < std::size(Sizes) ? Sizes[Type] : static_cast<size_t>((Type - 12) / 2);
+			}
+
+			struct FColumn
+			{
+				uint64 Type = 0;
+				std::string_view Bytes;
+			};
+			std::vector<FColumn> Columns;
+			bool bIsWhole = false;
+		};
+	}
+
+	FStoreSalvage::FStoreSalvage(const std::string& Path)
+		: File(open(Path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK))
+		, Log(open((Path + "-wal").c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK))
+	{
+	}
+
+	FStoreSalvage::~FStoreSalvage()
+	{
+		for (const int Handle : { File, Log })
+		{
+			if (Handle >= 0)
+			{
+				close(Handle);
+			}
+		}
+	}
+
+	bool FStoreSalvage::Scan(const std::atomic<bool>& bStops)
+	{
+		struct stat Status;
+		if (File < 0 || fstat(File, &Status) != 0 || !S_ISREG(Status.st_mode))
+		{
+			return false;
+		}
+		unsigned char Header[FileHeaderSize] = {};
+		ReadAt(File, 0, Header, static_cast<size_t>(std::min<int64>(Status.st_size, FileHeaderSize)));
+		PageSize = ReadBig16(Header + 16) == 1 ? 65536 : ReadBig16(Header + 16);
+		uint32 Reserved = Header[20];
+		if (memcmp(Header, "SQLite format 3", 16) != 0 || !IsPageSize(PageSize) || Reserved > 32)
+		{
+			// The head is lost; the files that this system makes are like this.
+			PageSize = DefaultPageSize;
+			Reserved = 0;
+		}
+		UsableSize = PageSize - Reserved;
+		PageCount = static_cast<uint32>((Status.st_size + PageSize - 1) / PageSize);
+		ReadLogIndex();
+		ChainBudget = 4ull * PageCount + 1024;
+
+		FBytes Bytes;
+		FCell Cell;
+		for (uint32 Page = 1; Page <= PageCount; ++Page)
+		{
+			if (bStops)
+			{
+				return false;
+			}
+			if (!ReadPage(Page, Bytes))
+			{
+				continue;
+			}
+			const uint32 CellCount = CountCells(Page, Bytes);
+			for (uint32 Index = 0; Index < CellCount; ++Index)
+			{
+				StoreSchema::FConversationRow Row;
+				FConversationMessage Message;
+				if (!ReadCell(Page, Bytes, Index, Cell))
+				{
+					continue;
+				}
+				if (TakeMessage(Cell, Message))
+				{
+					Messages.emplace(Cell.RowId, FPlace{ Page, Index });
+				}
+				else if (TakeConversation(Cell, Row))
+				{
+					Rows.emplace(Row.Number, std::move(Row));
+				}
+			}
+		}
+		return true;
+	}
+
+	void FStoreSalvage::ReadLogIndex()
+	{
+		unsigned char Header[LogHeaderSize];
+		if (Log < 0 || !ReadAt(Log, 0, Header, sizeof(Header)) || (ReadBig32(Header) & ~1u) != 0x377f0682 || ReadBig32(Header + 8) != PageSize)
+		{
+			return;
+		}
+		// The lowest bit of the mark tells the byte order of the words that are summed.
+		const bool bIsBig = (ReadBig32(Header) & 1) != 0;
+		uint32 First = 0;
+		uint32 Second = 0;
+		const auto Sum = [bIsBig, &First, &Second](const unsigned char* Bytes, size_t Size)
+		{
+			for (size_t Offset = 0; Offset < Size; Offset += 8)
+			{
+				uint32 Words[2];
+				for (size_t Index = 0; Index < 2; ++Index)
+				{
+					const uint32 Word = ReadBig32(Bytes + Offset + 4 * Index);
+					Words[Index] = bIsBig ? Word : __builtin_bswap32(Word);
+				}
+				First += Words[0] + Second;
+				Second += Words[1] + First;
+			}
+		};
+		Sum(Header, 24);
+		if (First != ReadBig32(Header + 24) || Second != ReadBig32(Header + 28))
+		{
+			return;
+		}
+		std::unordered_map<uint32, int64> Pending;
+		FBytes Frame(static_cast<size_t>(FrameHeaderSize) + PageSize);
+		for (int64 Offset = LogHeaderSize; ReadAt(Log, Offset, Frame.data(), Frame.size()); Offset += static_cast<int64>(Frame.size()))
+		{
+			Sum(Frame.data(), 8);
+			Sum(Frame.data() + FrameHeaderSize, PageSize);
+			if (memcmp(Frame.data() + 8, Header + 16, 8) != 0 || First != ReadBig32(Frame.data() + 16) || Second != ReadBig32(Frame.data() + 20))
+			{
+				return;
+			}
+			const uint32 Page = ReadBig32(Frame.data());
+			Pending[Page] = Offset + FrameHeaderSize;
+			// Only the last frame of a transaction tells how many pages the file has then.
+			if (const uint32 CommittedPages = ReadBig32(Frame.data() + 4))
+			{
+				for (const auto& [Number, Place] : Pending)
+				{
+					LogOffsets[Number] = Place;
+					PageCount = std::max(PageCount, Number);
+				}
+				PageCount = std::max(PageCount, CommittedPages);
+				Pending.clear();
+			}
+		}
+	}
+
+	bool FStoreSalvage::ReadPage(uint32 Page, FBytes& OutBytes) const
+	{
+		if (Page == 0 || Page > PageCount)
+		{
+			return false;
+		}
+		OutBytes.assign(PageSize, 0);
+		const auto Found = LogOffsets.find(Page);
+		if (Found != LogOffsets.end())
+		{
+			return ReadAt(Log, Found->second, OutBytes.data(), PageSize);
+		}
+		// Of a page that is cut off, what is there counts.
+		const int64 Offset = static_cast<int64>(Page - 1) * PageSize;
+		return pread(File, OutBytes.data(), PageSize, Offset) > 0;
+	}
+
+	uint32 FStoreSalvage::CountCells(uint32 Page, const FBytes& Bytes) const
+	{
+		const unsigned char* Head = Bytes.data() + (Page == 1 ? FileHeaderSize : 0);
+		return Head[0] == TableLeaf ? std::min(ReadBig16(Head + 3), (UsableSize - LeafHeaderSize) / 6) : 0;
+	}
+
+	bool FStoreSalvage::ReadCell(uint32 Page, const FBytes& Bytes, uint32 Cell, FCell& OutCell)
+	{
+		const uint32 Start = (Page == 1 ? FileHeaderSize : 0) + LeafHeaderSize + 2 * Cell;
+		if (Start + 2 > UsableSize)
+		{
+			return false;
+		}
+		const uint32 Offset = ReadBig16(Bytes.data() + Start);
+		const unsigned char* Position = Bytes.data() + std::min(Offset, UsableSize);
+		const unsigned char* const End = Bytes.data() + UsableSize;
+		uint64 Size = 0;
+		uint64 RowId = 0;
+		if (!ReadVarint(Position, End, Size) || !ReadVarint(Position, End, RowId) || Size > static_cast<uint64>(PageCount) * PageSize)
+		{
+			return false;
+		}
+		OutCell.RowId = static_cast<int64>(RowId);
+		const uint64 MaxLocal = UsableSize - 35;
+		uint64 Local = Size;
+		if (Size > MaxLocal)
+		{
+			const uint64 MinLocal = (UsableSize - 12) * 32 / 255 - 23;
+			Local = MinLocal + (Size - MinLocal) % (UsableSize - 4);
+			Local = Local <= MaxLocal ? Local : MinLocal;
+		}
+		const bool bIsLong = Local < Size;
+		if (Local + (bIsLong ? 4 : 0) > static_cast<uint64>(End - Position))
+		{
+			return false;
+		}
+		OutCell.Payload.assign(reinterpret_cast<const char*>(Position), Local);
+		uint32 Next = bIsLong ? ReadBig32(Position + Local) : 0;
+		FBytes Link;
+		while (OutCell.Payload.size() < Size)
+		{
+			if (ChainBudget == 0 || !ReadPage(Next, Link))
+			{
+				return false;
+			}
+			--ChainBudget;
+			const uint64 Part = std::min<uint64>(Size - OutCell.Payload.size(), UsableSize - 4);
+			OutCell.Payload.append(reinterpret_cast<const char*>(Link.data()) + 4, Part);
+			Next = ReadBig32(Link.data());
+		}
+		return true;
+	}
+
+	bool FStoreSalvage::TakeConversation(const FCell& Cell, StoreSchema::FConversationRow& OutRow) const
+	{
+		const FRecord Record(Cell.Payload);
+		if (!Record.HasColumns(6))
+		{
+			return false;
+		}
+		OutRow.Number = Cell.RowId;
+		OutRow.Id = Record.GetBytes(1);
+		OutRow.Mode = Record.GetInteger(2);
+		OutRow.Updated = Record.GetInteger(3);
+		OutRow.Opening = Record.GetBytes(4);
+		return StoreSchema::HashConversation(OutRow.Number, OutRow.Id, OutRow.Mode, OutRow.Updated, OutRow.Opening) == static_cast<uint64>(Record.GetInteger(5));
+	}
+
+	bool FStoreSalvage::TakeMessage(const FCell& Cell, FConversationMessage& OutMessage) const
+	{
+		const FRecord Record(Cell.Payload);
+		if (!Record.HasColumns(5))
+		{
+			return false;
+		}
+		const int64 Role = Record.GetInteger(1);
+		const int64 Flags = Record.GetInteger(2);
+		const std::string_view Content = Record.GetBytes(3);
+		if (StoreSchema::HashMessage(Cell.RowId, Role, Flags, Content) != static_cast<uint64>(Record.GetInteger(4)))
+		{
+			return false;
+		}
+		std::vector<TCHAR> Units(Content.size() / sizeof(TCHAR));
+		if (!Units.empty())
+		{
+			memcpy(Units.data(), Content.data(), Units.size() * sizeof(TCHAR));
+		}
+		OutMessage.Content = FString(static_cast<int32>(Units.size()), Units.empty() ? TEXT("") : Units.data());
+		OutMessage.Role = StoreSchema::ToRole(Role);
+		OutMessage.bHasToolCalls = (Flags & StoreSchema::HasToolCallsFlag) != 0;
+		return true;
+	}
+
+	std::vector<int64> FStoreSalvage::GetNumbers() const
+	{
+		std::vector<int64> Numbers;
+		for (const auto& [Number, Row] : Rows)
+		{
+			Numbers.push_back(Number);
+		}
+		for (const auto& [Key, Place] : Messages)
+		{
+			Numbers.push_back(StoreSchema::GetNumber(Key));
+		}
+		std::sort(Numbers.begin(), Numbers.end());
+		Numbers.erase(std::unique(Numbers.begin(), Numbers.end()), Numbers.end());
+		return Numbers;
+	}
+
+	void FStoreSalvage::Read(int64 Number, StoreSchema::FConversationRow& OutRow, TArray<FConversationMessage>& OutMessages)
+	{
+		OutRow = StoreSchema::FConversationRow();
+		OutMessages.Empty();
+		const auto Found = Rows.find(Number);
+		if (Found != Rows.end())
+		{
+			OutRow = Found->second;
+		}
+		FBytes Bytes;
+		FCell Cell;
+		uint32 LastPage = 0;
+		ChainBudget = 4ull * PageCount + 1024;
+		const auto End = Messages.lower_bound(StoreSchema::MakeKey(Number + 1, 0));
+		for (auto Position = Messages.lower_bound(StoreSchema::MakeKey(Number, 0)); Position != End; ++Position)
+		{
+			const FPlace& Place = Position->second;
+			FConversationMessage Message;
+			if ((Place.Page == LastPage || ReadPage(Place.Page, Bytes)) && ReadCell(Place.Page, Bytes, Place.Cell, Cell) && TakeMessage(Cell, Message))
+			{
+				LastPage = Place.Page;
+				OutMessages.Add(MoveTemp(Message));
+			}
+		}
+		if (OutMessages.Num() == 0)
+		{
+			StoreSchema::ReadOpening(OutRow.Opening, OutMessages);
+		}
+	}
+}

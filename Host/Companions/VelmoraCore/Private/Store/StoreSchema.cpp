@@ -1,0 +1,388 @@
+#include "Store/StoreSchema.h"
+
+#include <cstring>
+
+#include "Agent/Utf8Text.h"
+#include "Host/HostClock.h"
+
+namespace Velmora::StoreSchema
+{
+	namespace
+	{
+		constexpr int32 MaxOpeningUnits = 1024;
+		constexpr TCHAR Ellipsis = 0x2026;
+
+		constexpr char CreateSql[] =
+			"BEGIN IMMEDIATE;"
+			"CREATE TABLE conversations(number INTEGER PRIMARY KEY, id TEXT NOT NULL COLLATE NOCASE UNIQUE, mode INTEGER NOT NULL, updated INTEGER NOT NULL, opening BLOB NOT NULL, checksum INTEGER NOT NULL);"
+			"CREATE TABLE messages(key INTEGER PRIMARY KEY, role INTEGER NOT NULL, flags INTEGER NOT NULL, content BLOB NOT NULL, checksum INTEGER NOT NULL);"
+			"CREATE TABLE recoveries(file TEXT PRIMARY KEY, damage INTEGER NOT NULL);"
+			"PRAGMA application_id=1447382083;"
+			"PRAGMA user_version=1;"
+			"COMMIT";
+		static_assert(ApplicationId == 1447382083 && Version == 1);
+
+		constexpr char FindSql[] = "SELECT number, id, mode, updated, opening, checksum FROM conversations WHERE id=?";
+		constexpr char AllConversationsSql[] = "SELECT number, id, mode, updated, opening, checksum FROM conversations ORDER BY updated DESC, number DESC";
+		constexpr char InsertConversationSql[] = "INSERT INTO conversations(number, id, mode, updated, opening, checksum) VALUES(?, ?, ?, ?, ?, ?)";
+		constexpr char UpdateConversationSql[] = "UPDATE conversations SET mode=?, updated=?, opening=?, checksum=? WHERE number=?";
+		constexpr char LastNumberSql[] = "SELECT max(number) FROM conversations";
+		constexpr char DeleteConversationSql[] = "DELETE FROM conversations WHERE number=?";
+		constexpr char LastKeySql[] = "SELECT max(key) FROM messages WHERE key>=? AND key<?";
+		constexpr char InsertMessageSql[] = "INSERT INTO messages(key, role, flags, content, checksum) VALUES(?, ?, ?, ?, ?)";
+		constexpr char DeleteMessageSql[] = "DELETE FROM messages WHERE key=?";
+		constexpr char DeleteMessagesSql[] = "DELETE FROM messages WHERE key>=? AND key<?";
+		constexpr char KeyAtSql[] = "SELECT key FROM messages WHERE key>=? AND key<? ORDER BY key LIMIT 1 OFFSET ?";
+		constexpr char MessagesSql[] = "SELECT key, role, flags, content, checksum FROM messages WHERE key>=? AND key<? ORDER BY key LIMIT ?";
+
+		/** Eight bytes at a time, each mixed into all bits. */
+		class FHash
+		{
+		public:
+			void Add(uint64 Word)
+			{
+				Value = (Value ^ Word) * 0x9e3779b97f4a7c15ull;
+				Value ^= Value >> 29;
+			}
+
+			void Add(std::string_view Bytes)
+			{
+				Add(static_cast<uint64>(Bytes.size()));
+				const char* Position = Bytes.data();
+				size_t Left = Bytes.size();
+				for (; Left >= sizeof(uint64); Left -= sizeof(uint64), Position += sizeof(uint64))
+				{
+					uint64 Word = 0;
+					memcpy(&Word, Position, sizeof(Word));
+					Add(Word);
+				}
+				uint64 Rest = 0;
+				if (Left > 0)
+				{
+					memcpy(&Rest, Position, Left);
+				}
+				Add(Rest);
+			}
+
+			uint64 Get() const { return Value; }
+
+		private:
+			uint64 Value = 0x243f6a8885a308d3ull;
+		};
+
+		bool ReadRow(const FSqliteQuery& Query, FConversationRow& OutRow)
+		{
+			OutRow.Number = Query.GetInteger(0);
+			OutRow.Id = Query.GetBytes(1);
+			OutRow.Mode = Query.GetInteger(2);
+			OutRow.Updated = Query.GetInteger(3);
+			OutRow.Opening = Query.GetBytes(4);
+			return HashConversation(OutRow.Number, OutRow.Id, OutRow.Mode, OutRow.Updated, OutRow.Opening) == static_cast<uint64>(Query.GetInteger(5));
+		}
+
+		std::string_view BytesOf(FStringView Text)
+		{
+			return std::string_view(reinterpret_cast<const char*>(Text.GetData()), static_cast<size_t>(Text.Len()) * sizeof(TCHAR));
+		}
+
+		/** See MakeOpening. */
+		FString ShortenForOpening(const FString& Text)
+		{
+			if (Text.Len() <= MaxOpeningUnits)
+			{
+				return Text;
+			}
+			int32 First = 0;
+			while (First < Text.Len() && FChar::IsWhitespace(Text[First]))
+			{
+				++First;
+			}
+			FString Cut(FStringView(Text).Mid(First, MaxOpeningUnits));
+			for (int32 Index = First + MaxOpeningUnits; Index < Text.Len(); ++Index)
+			{
+				if (!FChar::IsWhitespace(Text[Index]))
+				{
+					Cut.AppendChar(Ellipsis);
+					break;
+				}
+			}
+			return Cut;
+		}
+
+		void AppendInteger(std::string& Bytes, uint32 Value)
+		{
+			for (int Shift = 0; Shift < 32; Shift += 8)
+			{
+				Bytes.push_back(static_cast<char>(Value >> Shift & 0xff));
+			}
+		}
+	}
+
+	bool Create(FSqliteConnection& Connection)
+	{
+		return Connection.Execute("PRAGMA page_size=4096") && Connection.Execute(CreateSql);
+	}
+
+	bool HasTables(FSqliteConnection& Connection)
+	{
+		for (const char* Sql : { "SELECT number, id, mode, updated, opening, checksum FROM conversations LIMIT 1", "SELECT key, role, flags, content, checksum FROM messages LIMIT 1", "SELECT file, damage FROM recoveries LIMIT 1" })
+		{
+			FSqliteQuery Query = Connection.Query(Sql);
+			Query.Next();
+			if (Query.HasFailed())
+			{
+				return false;
+			}
+		}
+		return true;
+	}
+
+	// An opening is a list of: role, flags (one byte each), number of units (four), units.
+
+	std::string MakeOpening(const TArray<FConversationMessage>& Messages)
+	{
+		std::string Opening;
+		for (int32 Index = 0; Index < Messages.Num() && Index < MaxOpeningMessages; ++Index)
+		{
+			const FConversationMessage& Message = Messages[Index];
+			const FString Text = ShortenForOpening(Message.Content);
+			Opening.push_back(static_cast<char>(Message.Role));
+			Opening.push_back(static_cast<char>(Message.bHasToolCalls ? HasToolCallsFlag : 0));
+			AppendInteger(Opening, static_cast<uint32>(Text.Len()));
+			Opening += BytesOf(Text);
+			if (Message.IsUserMessage())
+			{
+				break;
+			}
+		}
+		return Opening;
+	}
+
+	bool ReadOpening(std::string_view Opening, TArray<FConversationMessage>& OutMessages)
+	{
+		constexpr size_t HeadSize = 6;
+		while (Opening.size() >= HeadSize)
+		{
+			size_t Size = 0;
+			for (size_t Index = 0; Index < 4; ++Index)
+			{
+				Size |= static_cast<size_t>(static_cast<unsigned char>(Opening[2 + Index])) << 8 * Index;
+			}
+			Size *= sizeof(TCHAR);
+			if (Size > Opening.size() - HeadSize)
+			{
+				return false;
+			}
+			std::vector<TCHAR> Units(Size / sizeof(TCHAR));
+			if (Size > 0)
+			{
+				memcpy(Units.data(), Opening.data() + HeadSize, Size);
+			}
+			FConversationMessage Message;
+			Message.Content = FString(static_cast<int32>(Units.size()), Units.empty() ? TEXT("") : Units.data());
+			Message.Role = ToRole(Opening[0]);
+			Message.bHasToolCalls = (Opening[1] & HasToolCallsFlag) != 0;
+			OutMessages.Add(MoveTemp(Message));
+			Opening.remove_prefix(HeadSize + Size);
+		}
+		return Opening.empty();
+	}
+
+	uint64 HashConversation(int64 Number, std::string_view Id, int64 Mode, int64 Updated, std::string_view Opening)
+	{
+		FHash Hash;
+		Hash.Add('C');
+		Hash.Add(static_cast<uint64>(Number));
+		Hash.Add(Id);
+		Hash.Add(static_cast<uint64>(Mode));
+		Hash.Add(static_cast<uint64>(Updated));
+		Hash.Add(Opening);
+		return Hash.Get();
+	}
+
+	uint64 HashMessage(int64 Key, int64 Role, int64 Flags, std::string_view Content)
+	{
+		FHash Hash;
+		Hash.Add('M');
+		Hash.Add(static_cast<uint64>(Key));
+		Hash.Add(static_cast<uint64>(Role));
+		Hash.Add(static_cast<uint64>(Flags));
+		Hash.Add(Content);
+		return Hash.Get();
+	}
+
+	EFound FindConversation(FSqliteConnection& Connection, const FString& Id, FConversationRow& OutRow)
+	{
+		const std::string Bytes = EncodeId(Id);
+		FSqliteQuery Query = Connection.Query(FindSql);
+		if (!Query.BindText(Bytes).Next())
+		{
+			return Query.HasFailed() ? EFound::Failed : EFound::No;
+		}
+		return ReadRow(Query, OutRow) ? EFound::Yes : EFound::Damaged;
+	}
+
+	bool InsertConversation(FSqliteConnection& Connection, FConversationRow& InOutRow)
+	{
+		{
+			FSqliteQuery Query = Connection.Query(LastNumberSql);
+			if (!Query.Next())
+			{
+				return false;
+			}
+			InOutRow.Number = Query.GetInteger(0) + 1;
+		}
+		const uint64 Checksum = HashConversation(InOutRow.Number, InOutRow.Id, InOutRow.Mode, InOutRow.Updated, InOutRow.Opening);
+		return Connection.Query(InsertConversationSql).Bind(InOutRow.Number).BindText(InOutRow.Id).Bind(InOutRow.Mode).Bind(InOutRow.Updated)
+			.BindBytes(InOutRow.Opening).Bind(static_cast<int64>(Checksum)).Finish();
+	}
+
+	bool UpdateConversation(FSqliteConnection& Connection, const FConversationRow& Row)
+	{
+		const uint64 Checksum = HashConversation(Row.Number, Row.Id, Row.Mode, Row.Updated, Row.Opening);
+		return Connection.Query(UpdateConversationSql).Bind(Row.Mode).Bind(Row.Updated).BindBytes(Row.Opening).Bind(static_cast<int64>(Checksum)).Bind(Row.Number).Finish();
+	}
+
+	bool DeleteConversation(FSqliteConnection& Connection, int64 Number)
+	{
+		return Connection.Query(DeleteMessagesSql).Bind(MakeKey(Number, 0)).Bind(MakeKey(Number + 1, 0)).Finish()
+			&& Connection.Query(DeleteConversationSql).Bind(Number).Finish();
+	}
+
+	bool DeleteAll(FSqliteConnection& Connection)
+	{
+		return Connection.Query("DELETE FROM messages").Finish() && Connection.Query("DELETE FROM conversations").Finish();
+	}
+
+	bool AddMessage(FSqliteConnection& Connection, int64 Number, const FConversationMessage& Message, int64& OutKey)
+	{
+		{
+			FSqliteQuery Query = Connection.Query(LastKeySql);
+			if (!Query.Bind(MakeKey(Number, 0)).Bind(MakeKey(Number + 1, 0)).Next())
+			{
+				return false;
+			}
+			OutKey = Query.IsNull(0) ? MakeKey(Number, 0) : Query.GetInteger(0) + 1;
+		}
+		const int64 Role = static_cast<int64>(Message.Role);
+		const int64 Flags = Message.bHasToolCalls ? HasToolCallsFlag : 0;
+		const FStringView Content(Message.Content);
+		return Connection.Query(InsertMessageSql).Bind(OutKey).Bind(Role).Bind(Flags).BindUnits(Content)
+			.Bind(static_cast<int64>(HashMessage(OutKey, Role, Flags, BytesOf(Content)))).Finish();
+	}
+
+	bool DeleteMessage(FSqliteConnection& Connection, int64 Key)
+	{
+		return Connection.Query(DeleteMessageSql).Bind(Key).Finish();
+	}
+
+	bool DeleteMessagesBehind(FSqliteConnection& Connection, int64 Number, int32 KeepCount)
+	{
+		int64 First = 0;
+		{
+			FSqliteQuery Query = Connection.Query(KeyAtSql);
+			if (!Query.Bind(MakeKey(Number, 0)).Bind(MakeKey(Number + 1, 0)).Bind(KeepCount).Next())
+			{
+				return !Query.HasFailed();
+			}
+			First = Query.GetInteger(0);
+		}
+		return Connection.Query(DeleteMessagesSql).Bind(First).Bind(MakeKey(Number + 1, 0)).Finish();
+	}
+
+	EFound ReadMessages(FSqliteConnection& Connection, int64 Number, int32 MaxCount, TArray<FConversationMessage>& OutMessages)
+	{
+		FSqliteQuery Query = Connection.Query(MessagesSql);
+		Query.Bind(MakeKey(Number, 0)).Bind(MakeKey(Number + 1, 0)).Bind(MaxCount);
+		while (Query.Next())
+		{
+			const int64 Role = Query.GetInteger(1);
+			const int64 Flags = Query.GetInteger(2);
+			if (HashMessage(Query.GetInteger(0), Role, Flags, Query.GetBytes(3)) != static_cast<uint64>(Query.GetInteger(4)))
+			{
+				return EFound::Damaged;
+			}
+			FConversationMessage Message;
+			Message.Content = Query.GetUnits(3);
+			Message.Role = ToRole(Role);
+			Message.bHasToolCalls = (Flags & HasToolCallsFlag) != 0;
+			OutMessages.Add(MoveTemp(Message));
+		}
+		return Query.HasFailed() ? EFound::Failed : EFound::Yes;
+	}
+
+	EFound ReadSummaries(FSqliteConnection& Connection, TArray<FConversationMetadata>& OutSummaries)
+	{
+		FSqliteQuery Query = Connection.Query(AllConversationsSql);
+		EFound Found = EFound::Yes;
+		FConversationRow Row;
+		while (Query.Next())
+		{
+			if (!ReadRow(Query, Row))
+			{
+				Found = EFound::Damaged;
+				continue;
+			}
+			FConversationMetadata& Summary = OutSummaries.Add_GetRef(ToMetadata(Row));
+			ReadOpening(Row.Opening, Summary.Messages);
+		}
+		return Query.HasFailed() ? EFound::Failed : Found;
+	}
+
+	EFound VerifyRows(FSqliteConnection& Connection)
+	{
+		{
+			FSqliteQuery Query = Connection.Query(AllConversationsSql);
+			FConversationRow Row;
+			while (Query.Next())
+			{
+				if (!ReadRow(Query, Row))
+				{
+					return EFound::Damaged;
+				}
+			}
+			if (Query.HasFailed())
+			{
+				return EFound::Failed;
+			}
+		}
+		FSqliteQuery Query = Connection.Query("SELECT key, role, flags, content, checksum FROM messages");
+		while (Query.Next())
+		{
+			if (HashMessage(Query.GetInteger(0), Query.GetInteger(1), Query.GetInteger(2), Query.GetBytes(3)) != static_cast<uint64>(Query.GetInteger(4)))
+			{
+				return EFound::Damaged;
+			}
+		}
+		return Query.HasFailed() ? EFound::Failed : EFound::Yes;
+	}
+
+	std::string EncodeId(const FString& Id)
+	{
+		return Utf8Text::FromString(Id);
+	}
+
+	FConversationMetadata ToMetadata(const FConversationRow& Row)
+	{
+		FConversationMetadata Metadata;
+		Metadata.Id = Utf8Text::ToString(Row.Id);
+		Metadata.Mode = ToMode(Row.Mode);
+		Metadata.LastUpdated = ToLocalTime(Row.Updated);
+		return Metadata;
+	}
+
+	EConversationMode ToMode(int64 Stored)
+	{
+		return Stored >= 0 && Stored < static_cast<int64>(EConversationMode::General) ? static_cast<EConversationMode>(Stored) : EConversationMode::General;
+	}
+
+	EConversationRole ToRole(int64 Stored)
+	{
+		return Stored >= 0 && Stored < static_cast<int64>(EConversationRole::Tool) ? static_cast<EConversationRole>(Stored) : EConversationRole::Tool;
+	}
+
+	FDateTime ToLocalTime(int64 UtcTicks)
+	{
+		return FHostClock::UtcToLocal(FDateTime(UtcTicks));
+	}
+}

@@ -1,0 +1,100 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "CoreMinimal.h"
+
+#include "Agent/ConversationTypes.h"
+#include "Store/SqliteConnection.h"
+
+/**
+ * How conversations lie in the database, and the statements on them. A function that changes something is called
+ * within a transaction; all leave the reason of a failure in the connection.
+ *
+ * conversations  number (row id), id, mode, updated (UTC, ticks), opening, checksum
+ * messages       key (row id: number of the conversation * 2^31 + position), role, flags, content, checksum
+ * recoveries     file names of databases set aside whose conversations are still to be taken over
+ *
+ * The messages of a conversation lie side by side in the order of their keys, with no further index. Contents are
+ * UTF-16 units, little endian, so that any text comes back as it was. Each row carries a checksum over its key and all
+ * that it holds: it tells rotten bytes that the database itself would take for text, and what a row is when the pages
+ * that lead to it are lost.
+ */
+namespace Velmora::StoreSchema
+{
+	constexpr int64 ApplicationId = 0x56454c43; // "VELC"
+	constexpr int64 Version = 1;
+	constexpr int64 PositionBits = 31;
+
+	/** How many messages an opening holds at most. */
+	constexpr int32 MaxOpeningMessages = 16;
+
+	/** Bit of the flags of a message. */
+	constexpr int64 HasToolCallsFlag = 1;
+
+	constexpr int64 MakeKey(int64 Number, int64 Position) { return (Number << PositionBits) + Position; }
+	constexpr int64 GetNumber(int64 Key) { return Key >> PositionBits; }
+
+	/** Makes tables in a new file. One transaction, marked complete by its version. */
+	bool Create(FSqliteConnection& Connection);
+
+	/** The application and version fit, and every table has its columns. False also when the file cannot be read. */
+	bool HasTables(FSqliteConnection& Connection);
+
+	/**
+	 * The messages up to the first one of the user, for summaries: at most 16, each of at most 1,024 units. A longer
+	 * one begins at its first character that is no white space, and ends with an ellipsis if more than white space was
+	 * cut, so that a title made of it is the title of the whole. Pure.
+	 */
+	std::string MakeOpening(const TArray<FConversationMessage>& Messages);
+	bool ReadOpening(std::string_view Opening, TArray<FConversationMessage>& OutMessages);
+
+	uint64 HashConversation(int64 Number, std::string_view Id, int64 Mode, int64 Updated, std::string_view Opening);
+	uint64 HashMessage(int64 Key, int64 Role, int64 Flags, std::string_view Content);
+
+	/** Everything of a conversation but its messages. */
+	struct FConversationRow
+	{
+		int64 Number = 0;
+		std::string Id;
+		int64 Mode = 0;
+		int64 Updated = 0;
+		std::string Opening;
+	};
+
+	/** Found or not, or failed: see the connection. A row whose checksum is wrong counts as damage. */
+	enum class EFound
+	{
+		Yes,
+		No,
+		Failed,
+		Damaged
+	};
+	EFound FindConversation(FSqliteConnection& Connection, const FString& Id, FConversationRow& OutRow);
+
+	/** Gives the row its number. */
+	bool InsertConversation(FSqliteConnection& Connection, FConversationRow& InOutRow);
+	bool UpdateConversation(FSqliteConnection& Connection, const FConversationRow& Row);
+	bool DeleteConversation(FSqliteConnection& Connection, int64 Number);
+	bool DeleteAll(FSqliteConnection& Connection);
+
+	/** Behind the last message of the conversation. */
+	bool AddMessage(FSqliteConnection& Connection, int64 Number, const FConversationMessage& Message, int64& OutKey);
+	bool DeleteMessage(FSqliteConnection& Connection, int64 Key);
+	bool DeleteMessagesBehind(FSqliteConnection& Connection, int64 Number, int32 KeepCount);
+	/** @param MaxCount  Negative for all. */
+	EFound ReadMessages(FSqliteConnection& Connection, int64 Number, int32 MaxCount, TArray<FConversationMessage>& OutMessages);
+	EFound ReadSummaries(FSqliteConnection& Connection, TArray<FConversationMetadata>& OutSummaries);
+
+	/** Reads every row and compares checksums. Yes when all is well. */
+	EFound VerifyRows(FSqliteConnection& Connection);
+
+	std::string EncodeId(const FString& Id);
+	FConversationMetadata ToMetadata(const FConversationRow& Row);
+	EConversationMode ToMode(int64 Stored);
+	EConversationRole ToRole(int64 Stored);
+
+	/** UTC of a stored time as the local time that metadata holds. */
+	FDateTime ToLocalTime(int64 UtcTicks);
+}

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <algorithm>
+#include <chrono>
+
+#include "Store/ConversationStore.h"
+
+namespace Velmora
+{
+	class FConversationStore::FTurn
+	{
+	public:
+		FTurn(FConversationStore& InStore, int32 PatienceMilliseconds)
+			: Store(InStore)
+			, End(std::chrono::steady_clock::now() + std::chrono::milliseconds(PatienceMilliseconds))
+		{
+			std::unique_lock Lock(Store.TurnMutex);
+			bIsMine = Store.TurnEnded.wait_until(Lock, End, [this] { return !Store.bIsTaken; });
+			Store.bIsTaken = Store.bIsTaken || bIsMine;
+		}
+
+		~FTurn()
+		{
+			if (bIsMine)
+			{
+				const std::scoped_lock Lock(Store.TurnMutex);
+				Store.bIsTaken = false;
+			}
+			Store.TurnEnded.notify_one();
+		}
+
+		FTurn(const FTurn&) = delete;
+		FTurn& operator=(const FTurn&) = delete;
+
+		bool IsMine() const { return bIsMine; }
+
+		/** What is left of the patience. */
+		int32 GetMilliseconds() const
+		{
+			const auto Left = std::chrono::duration_cast<std::chrono::milliseconds>(End - std::chrono::steady_clock::now());
+			return std::max(1, static_cast<int32>(Left.count()));
+		}
+
+	private:
+		FConversationStore& Store;
+		const std::chrono::steady_clock::time_point End;
+		bool bIsMine = false;
+	};
+}

@@ -1,0 +1,109 @@
+#include "FileCache/FolderReader.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <linux/openat2.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+namespace Velmora
+{
+	namespace
+	{
+		constexpr int FolderOpenFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
+
+		unsigned char GetEntryKind(int Folder, const dirent& Entry)
+		{
+			if (Entry.d_type != DT_UNKNOWN)
+			{
+				return Entry.d_type;
+			}
+			struct stat Status = {};
+			if (fstatat(Folder, Entry.d_name, &Status, AT_SYMLINK_NOFOLLOW) != 0)
+			{
+				return DT_UNKNOWN;
+			}
+			return S_ISDIR(Status.st_mode) ? DT_DIR : S_ISREG(Status.st_mode) ? DT_REG : DT_LNK;
+		}
+	}
+
+	EFolderRead ReadFolderEntries(int Folder, size_t MaxEntries, const std::atomic<bool>& bStop, std::vector<FFolderEntry>& Out)
+	{
+		DIR* const Stream = fdopendir(Folder);
+		if (Stream == nullptr)
+		{
+			close(Folder);
+			return EFolderRead::Failed;
+		}
+		EFolderRead Result = EFolderRead::Complete;
+		for (;;)
+		{
+			errno = 0;
+			const dirent* const Entry = readdir(Stream);
+			if (Entry == nullptr)
+			{
+				Result = errno == 0 ? Result : EFolderRead::Partly;
+				break;
+			}
+			if (std::strcmp(Entry->d_name, ".") == 0 || std::strcmp(Entry->d_name, "..") == 0)
+			{
+				continue;
+			}
+			const unsigned char Kind = GetEntryKind(dirfd(Stream), *Entry);
+			if (Kind != DT_DIR && Kind != DT_REG)
+			{
+				continue;
+			}
+			if (Out.size() >= MaxEntries || bStop)
+			{
+				Result = EFolderRead::Partly;
+				break;
+			}
+			Out.push_back({ Entry->d_name, Entry->d_ino, Kind == DT_DIR });
+		}
+		closedir(Stream);
+		std::sort(Out.begin(), Out.end(), [](const FFolderEntry& A, const FFolderEntry& B) { return A.Name < B.Name; });
+		return Result;
+	}
+
+	int OpenFolderBeneath(int Root, const std::string& Path)
+	{
+		open_how How = {};
+		How.flags = FolderOpenFlags;
+		How.resolve = RESOLVE_BENEATH | RESOLVE_NO_SYMLINKS;
+		const long Folder = syscall(SYS_openat2, Root, Path.c_str(), &How, sizeof(How));
+		if (Folder >= 0 || (errno != ENOSYS && errno != EPERM))
+		{
+			return static_cast<int>(Folder);
+		}
+		return OpenFolderStepByStep(Root, Path);
+	}
+
+	int OpenFolderStepByStep(int Root, const std::string& Path)
+	{
+		int Folder = -1;
+		for (size_t Start = 0; Start <= Path.size();)
+		{
+			const size_t End = std::min(Path.find('/', Start), Path.size());
+			const int Next = openat(Folder < 0 ? Root : Folder, Path.substr(Start, End - Start).c_str(), FolderOpenFlags);
+			const int Error = errno;
+			if (Folder >= 0)
+			{
+				close(Folder);
+			}
+			errno = Error;
+			Folder = Next;
+			if (Folder < 0)
+			{
+				return -1;
+			}
+			Start = End + 1;
+		}
+		return Folder;
+	}
+}

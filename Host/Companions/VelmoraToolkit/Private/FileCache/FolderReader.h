@@ -1,0 +1,34 @@
+#pragma once
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace Velmora
+{
+	/** A regular file or a folder; everything else (links, pipes, devices) is left out of a project. */
+	struct FFolderEntry
+	{
+		std::string Name;
+		uint64_t Inode = 0;
+		bool bIsFolder = false;
+	};
+
+	enum class EFolderRead : uint8_t
+	{
+		Complete,
+		Partly,		// An error, more entries than were asked for, or stopped.
+		Failed
+	};
+
+	/** The entries of an open folder in the order of their names. Takes the descriptor over and closes it. */
+	EFolderRead ReadFolderEntries(int Folder, size_t MaxEntries, const std::atomic<bool>& bStop, std::vector<FFolderEntry>& Out);
+
+	/** Opens a folder below another for reading without following a link anywhere on the way. -1 on failure, errno tells why. */
+	int OpenFolderBeneath(int Root, const std::string& Path);
+
+	/** The same for kernels and sandboxes that do not know or allow the one call it takes otherwise. */
+	int OpenFolderStepByStep(int Root, const std::string& Path);
+}

@@ -1,0 +1,408 @@
+#include "FileCache/IgnoreRules.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace Velmora
+{
+	namespace
+	{
+		using FByteSet = std::bitset<256>;
+
+		struct FNamedSet
+		{
+			std::string_view Name;
+			bool (*Contains)(unsigned char);
+		};
+
+		bool IsBetween(unsigned char Byte, unsigned char Low, unsigned char High)
+		{
+			return Byte >= Low && Byte <= High;
+		}
+
+		// ASCII on purpose: ignore files mean the same in every locale.
+		bool IsDigitByte(unsigned char Byte) { return IsBetween(Byte, '0', '9'); }
+		bool IsLowerByte(unsigned char Byte) { return IsBetween(Byte, 'a', 'z'); }
+		bool IsUpperByte(unsigned char Byte) { return IsBetween(Byte, 'A', 'Z'); }
+		bool IsAlphaByte(unsigned char Byte) { return IsLowerByte(Byte) || IsUpperByte(Byte); }
+		bool IsAlnumByte(unsigned char Byte) { return IsAlphaByte(Byte) || IsDigitByte(Byte); }
+		bool IsGraphByte(unsigned char Byte) { return IsBetween(Byte, 0x21, 0x7E); }
+
+		constexpr FNamedSet NamedSets[] = {
+			{ "alnum", IsAlnumByte },
+			{ "alpha", IsAlphaByte },
+			{ "blank", [](unsigned char Byte) { return Byte == ' ' || Byte == '\t'; } },
+			{ "cntrl", [](unsigned char Byte) { return Byte < 0x20 || Byte == 0x7F; } },
+			{ "digit", IsDigitByte },
+			{ "graph", IsGraphByte },
+			{ "lower", IsLowerByte },
+			{ "print", [](unsigned char Byte) { return IsBetween(Byte, 0x20, 0x7E); } },
+			{ "punct", [](unsigned char Byte) { return IsGraphByte(Byte) && !IsAlnumByte(Byte); } },
+			{ "space", [](unsigned char Byte) { return Byte == ' ' || Byte == '\t' || Byte == '\n' || Byte == '\r'; } },
+			{ "upper", IsUpperByte },
+			{ "xdigit", [](unsigned char Byte) { return IsDigitByte(Byte) || IsBetween(Byte, 'a', 'f') || IsBetween(Byte, 'A', 'F'); } },
+		};
+
+		bool AddNamedSet(std::string_view Name, FByteSet& Set)
+		{
+			for (const FNamedSet& Named : NamedSets)
+			{
+				if (Named.Name == Name)
+				{
+					for (size_t Byte = 0; Byte < Set.size(); ++Byte)
+					{
+						Set[Byte] = Set[Byte] || Named.Contains(static_cast<unsigned char>(Byte));
+					}
+					return true;
+				}
+			}
+			return false;
+		}
+
+		/** Blanks at the end count only behind a backslash. */
+		std::string_view WithoutTrailingBlanks(std::string_view Line)
+		{
+			size_t Length = 0;
+			for (size_t Index = 0; Index < Line.size(); ++Index)
+			{
+				if (Line[Index] == '\\')
+				{
+					Index = std::min(Index + 1, Line.size() - 1);
+					Length = Index + 1;
+				}
+				else if (Line[Index] != ' ')
+				{
+					Length = Index + 1;
+				}
+			}
+			return Line.substr(0, Length);
+		}
+	}
+
+	FIgnoreGlob::FIgnoreGlob(std::string_view Pattern, bool bIsPath)
+	{
+		const size_t FixedLength = std::min(Pattern.find_first_of("*?[\\"), Pattern.size());
+		if (FixedLength == Pattern.size())
+		{
+			Shape = Pattern.empty() ? EShape::Never : EShape::Literal;
+			Fixed = Pattern;
+			return;
+		}
+		if (!bIsPath && Pattern[0] == '*' && Pattern.find_first_of("*?[\\", 1) == std::string_view::npos)
+		{
+			Shape = EShape::Suffix;
+			Fixed = Pattern.substr(1);
+			return;
+		}
+		// The literal start is compared first and the wildcards behind it then stand at a start of their own, which
+		// makes a difference for "a**/b": the two stars reach over folders.
+		Fixed = Pattern.substr(0, FixedLength);
+		Shape = Compile(Pattern.substr(FixedLength), bIsPath) ? EShape::Tokens : EShape::Never;
+	}
+
+	bool FIgnoreGlob::Compile(std::string_view Pattern, bool bIsPath)
+	{
+		for (size_t Index = 0; Index < Pattern.size();)
+		{
+			const char Byte = Pattern[Index];
+			if (Byte == '*')
+			{
+				const size_t End = std::min(Pattern.find_first_not_of('*', Index), Pattern.size());
+				const std::string_view Rest = Pattern.substr(End);
+				const bool bStandsAlone = (Index == 0 || Pattern[Index - 1] == '/') && (Rest.empty() || Rest[0] == '/' || Rest.substr(0, 2) == "\\/");
+				const bool bIsWide = bIsPath && End - Index >= 2 && bStandsAlone;
+				const bool bTakesSlash = bIsWide && !Rest.empty() && Rest[0] == '/';
+				Tokens.push_back({ bTakesSlash ? EToken::Folders : bIsWide ? EToken::Anything : EToken::Star });
+				Index = bTakesSlash ? End + 1 : End;
+			}
+			else if (Byte == '?')
+			{
+				Tokens.push_back({ EToken::AnyByte });
+				++Index;
+			}
+			else if (Byte == '[')
+			{
+				if (!CompileSet(Pattern, Index, bIsPath))
+				{
+					return false;
+				}
+			}
+			else
+			{
+				Index += Byte == '\\' ? 1 : 0;
+				if (Index == Pattern.size())
+				{
+					return false;
+				}
+				Tokens.push_back({ EToken::Byte, static_cast<unsigned char>(Pattern[Index]) });
+				++Index;
+			}
+		}
+		return true;
+	}
+
+	bool FIgnoreGlob::CompileSet(std::string_view Pattern, size_t& Index, bool bIsPath)
+	{
+		FByteSet Set;
+		size_t At = Index + 1;
+		const bool bNegated = At < Pattern.size() && (Pattern[At] == '!' || Pattern[At] == '^');
+		At += bNegated ? 1 : 0;
+		int Previous = -1; // What a range may start from.
+		for (bool bFirst = true; bFirst || At >= Pattern.size() || Pattern[At] != ']'; bFirst = false)
+		{
+			if (At >= Pattern.size())
+			{
+				return false;
+			}
+			if (Pattern[At] == '-' && Previous >= 0 && At + 1 < Pattern.size() && Pattern[At + 1] != ']')
+			{
+				At += Pattern[At + 1] == '\\' ? 2 : 1;
+				if (At >= Pattern.size())
+				{
+					return false;
+				}
+				for (int Byte = Previous; Byte <= static_cast<unsigned char>(Pattern[At]); ++Byte)
+				{
+					Set.set(static_cast<size_t>(Byte));
+				}
+				Previous = -1;
+				++At;
+				continue;
+			}
+			if (Pattern.substr(At, 2) == "[:")
+			{
+				const size_t Close = Pattern.find(']', At + 2);
+				if (Close == std::string_view::npos)
+				{
+					return false;
+				}
+				if (Close > At + 2 && Pattern[Close - 1] == ':')
+				{
+					if (!AddNamedSet(Pattern.substr(At + 2, Close - At - 3), Set))
+					{
+						return false;
+					}
+					Previous = -1;
+					At = Close + 1;
+					continue;
+				}
+			}
+			At += Pattern[At] == '\\' ? 1 : 0;
+			if (At >= Pattern.size())
+			{
+				return false;
+			}
+			Previous = static_cast<unsigned char>(Pattern[At]);
+			Set.set(static_cast<size_t>(Previous));
+			++At;
+		}
+		if (bNegated)
+		{
+			Set.flip();
+		}
+		if (bIsPath)
+		{
+			Set.reset('/');
+		}
+		Tokens.push_back({ EToken::Set, 0, static_cast<uint16_t>(Sets.size()) });
+		Sets.push_back(Set);
+		Index = At + 1;
+		return Sets.size() < 0xFFFF;
+	}
+
+	bool FIgnoreGlob::Matches(std::string_view Text) const
+	{
+		switch (Shape)
+		{
+		case EShape::Literal:
+			return Text == Fixed;
+		case EShape::Suffix:
+			return Text.size() >= Fixed.size() && Text.substr(Text.size() - Fixed.size()) == Fixed;
+		case EShape::Tokens:
+			return Text.substr(0, Fixed.size()) == Fixed && MatchesTokens(Text.substr(Fixed.size()));
+		default:
+			return false;
+		}
+	}
+
+	bool FIgnoreGlob::MatchesOne(const FToken& Token, unsigned char Byte) const
+	{
+		switch (Token.Kind)
+		{
+		case EToken::Byte:
+			return Byte == Token.Byte;
+		case EToken::AnyByte:
+			return Byte != '/';
+		default:
+			return Sets[Token.SetIndex][Byte];
+		}
+	}
+
+	bool FIgnoreGlob::MatchesTokens(std::string_view Text) const
+	{
+		// On a mismatch only the last star and the last wide wildcard are worth another try: a star ends within its
+		// folder, and an earlier wide one that takes more leaves no more to the later one.
+		constexpr size_t None = std::string_view::npos;
+		size_t StarToken = None, StarAt = 0;
+		size_t WideToken = None, WideAt = 0;
+		size_t Token = 0, At = 0;
+		for (;;)
+		{
+			if (Token == Tokens.size() && At == Text.size())
+			{
+				return true;
+			}
+			if (Token < Tokens.size())
+			{
+				const EToken Kind = Tokens[Token].Kind;
+				if (Kind == EToken::Star)
+				{
+					StarToken = ++Token;
+					StarAt = At;
+					continue;
+				}
+				if (Kind == EToken::Anything || Kind == EToken::Folders)
+				{
+					WideToken = ++Token;
+					WideAt = At;
+					StarToken = None;
+					continue;
+				}
+				if (At < Text.size() && MatchesOne(Tokens[Token], static_cast<unsigned char>(Text[At])))
+				{
+					++Token;
+					++At;
+					continue;
+				}
+			}
+			if (StarToken != None && StarAt < Text.size() && Text[StarAt] != '/')
+			{
+				At = ++StarAt;
+				Token = StarToken;
+				continue;
+			}
+			if (WideToken == None)
+			{
+				return false;
+			}
+			if (Tokens[WideToken - 1].Kind == EToken::Folders)
+			{
+				const size_t Slash = Text.find('/', WideAt);
+				if (Slash == None)
+				{
+					return false;
+				}
+				WideAt = Slash;
+			}
+			else if (WideAt == Text.size())
+			{
+				return false;
+			}
+			At = ++WideAt;
+			Token = WideToken;
+			StarToken = None;
+		}
+	}
+
+	FIgnoreFile::FIgnoreFile(std::string InText)
+		: Text(std::move(InText))
+	{
+		std::string_view Rest = Text;
+		if (Rest.substr(0, 3) == "\xEF\xBB\xBF")
+		{
+			Rest.remove_prefix(3);
+		}
+		while (!Rest.empty())
+		{
+			const size_t End = Rest.find('\n');
+			std::string_view Line = Rest.substr(0, End);
+			Rest.remove_prefix(End == std::string_view::npos ? Rest.size() : End + 1);
+			if (!Line.empty() && Line.back() == '\r')
+			{
+				Line.remove_suffix(1);
+			}
+			AddLine(Line.substr(0, Line.find('\0')));
+		}
+	}
+
+	void FIgnoreFile::AddLine(std::string_view Line)
+	{
+		if (Line.empty() || Line[0] == '#')
+		{
+			return;
+		}
+		Line = WithoutTrailingBlanks(Line);
+		const bool bKeeps = !Line.empty() && Line[0] == '!';
+		Line.remove_prefix(bKeeps ? 1 : 0);
+		const bool bFoldersOnly = !Line.empty() && Line.back() == '/';
+		Line.remove_suffix(bFoldersOnly ? 1 : 0);
+		if (Line.empty())
+		{
+			return;
+		}
+		const bool bIsPath = Line.find('/') != std::string_view::npos;
+		Line.remove_prefix(Line[0] == '/' ? 1 : 0);
+		Lines.push_back({ FIgnoreGlob(Line, bIsPath), bKeeps, bFoldersOnly, bIsPath });
+	}
+
+	EIgnoreVerdict FIgnoreFile::Judge(std::string_view Path, bool bIsFolder) const
+	{
+		const size_t Slash = Path.rfind('/');
+		const std::string_view Name = Slash == std::string_view::npos ? Path : Path.substr(Slash + 1);
+		for (auto Line = Lines.rbegin(); Line != Lines.rend(); ++Line)
+		{
+			if ((bIsFolder || !Line->bFoldersOnly) && Line->Glob.Matches(Line->bIsPath ? Path : Name))
+			{
+				return Line->bKeeps ? EIgnoreVerdict::Keep : EIgnoreVerdict::Ignore;
+			}
+		}
+		return EIgnoreVerdict::None;
+	}
+
+	bool IsIgnored(const FIgnoreScope* Scope, std::string_view ProjectPath, bool bIsFolder)
+	{
+		for (; Scope != nullptr; Scope = Scope->Above.get())
+		{
+			const EIgnoreVerdict Verdict = Scope->File.Judge(ProjectPath.substr(Scope->FolderLength), bIsFolder);
+			if (Verdict != EIgnoreVerdict::None)
+			{
+				return Verdict == EIgnoreVerdict::Ignore;
+			}
+		}
+		return false;
+	}
+
+	bool ReadIgnoreFile(int Folder, std::string& OutText)
+	{
+		OutText.clear();
+		// Non-blocking, so that opening a pipe of that name does not wait for its writer.
+		const int File = openat(Folder, IgnoreFileName, O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
+		if (File < 0)
+		{
+			return false;
+		}
+		struct stat Status = {};
+		bool bIsGood = fstat(File, &Status) == 0 && S_ISREG(Status.st_mode);
+		char Buffer[16384];
+		while (bIsGood)
+		{
+			const ssize_t Count = read(File, Buffer, sizeof(Buffer));
+			if (Count == 0)
+			{
+				break;
+			}
+			if (Count > 0)
+			{
+				OutText.append(Buffer, static_cast<size_t>(Count));
+			}
+			bIsGood = (Count > 0 || errno == EINTR) && OutText.size() <= MaxIgnoreFileBytes;
+		}
+		close(File);
+		return bIsGood;
+	}
+}

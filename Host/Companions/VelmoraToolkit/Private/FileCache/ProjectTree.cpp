@@ -1,0 +1,439 @@
+#include "FileCache/ProjectTree.h"
+
+#include <algorithm>
+#include <ctime>
+#include <utility>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include "Host/HostFileNames.h"
+#include "Host/ProjectWalk.h"
+
+namespace Velmora
+{
+	namespace
+	{
+		int64_t ToNanoseconds(const timespec& Time)
+		{
+			return Time.tv_sec * int64_t(1'000'000'000) + Time.tv_nsec;
+		}
+
+		int64_t GetWallClock()
+		{
+			timespec Now = {};
+			clock_gettime(CLOCK_REALTIME, &Now);
+			return ToNanoseconds(Now);
+		}
+
+		std::u16string ToKey(const FString& Path)
+		{
+			return std::u16string(*Path, static_cast<size_t>(Path.Len()));
+		}
+
+		TArray<FString> ToPaths(const std::set<std::u16string>& Keys)
+		{
+			TArray<FString> Paths;
+			Paths.Reserve(static_cast<int32>(Keys.size()));
+			for (const std::u16string& Key : Keys)
+			{
+				Paths.Emplace(FStringView(Key.data(), static_cast<int32>(Key.size())));
+			}
+			return Paths;
+		}
+	}
+
+	FDiskStamp FDiskStamp::Of(const struct stat& Status)
+	{
+		return { Status.st_dev, Status.st_ino, Status.st_size, ToNanoseconds(Status.st_mtim), ToNanoseconds(Status.st_ctim) };
+	}
+
+	FProjectTree::FProjectTree(const FProjectTreeLimits& InLimits, const std::atomic<bool>& bInStop)
+		: Limits(InLimits)
+		, bStop(bInStop)
+		, Watch(std::make_unique<FFolderWatch>(InLimits.MaxWatches))
+	{
+	}
+
+	FProjectTree::~FProjectTree()
+	{
+		Reset();
+	}
+
+	void FProjectTree::Reset()
+	{
+		bListChanged = bListChanged || Root != nullptr;
+		bMayBeMore = bMayBeMore || Root != nullptr;
+		// One queue for each tree: closing it ends all its watches at once, before the next one asks for as many.
+		Watch.reset();
+		Watch = std::make_unique<FFolderWatch>(Limits.MaxWatches);
+		Watched.clear();
+		Queue.clear();
+		Touched.clear();
+		Written.clear();
+		Removed.clear();
+		Root.reset();
+		EntryCount = 0;
+		bHasUnwatched = false;
+		bRootHasMoved = false;
+		if (RootDescriptor >= 0)
+		{
+			close(RootDescriptor);
+			RootDescriptor = -1;
+		}
+	}
+
+	void FProjectTree::SetRoot(const std::string& Path)
+	{
+		bRootHasMoved = false;
+		if (Path == RootPath && IsRootInPlace())
+		{
+			return;
+		}
+		Reset();
+		RootPath = Path;
+		RootDescriptor = Path.empty() ? -1 : open(Path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+		struct stat Status = {};
+		if (RootDescriptor < 0 || fstat(RootDescriptor, &Status) != 0)
+		{
+			return;
+		}
+		RootStamp = FDiskStamp::Of(Status);
+		bMayBeMore = true;
+		Root = std::make_unique<FProjectTreeFolder>();
+		Enqueue(*Root);
+	}
+
+	void FProjectTree::Clear()
+	{
+		if (Root)
+		{
+			Reset();
+		}
+	}
+
+	bool FProjectTree::IsRootInPlace() const
+	{
+		struct stat Status = {};
+		return RootDescriptor >= 0 && stat(RootPath.c_str(), &Status) == 0 && Status.st_dev == RootStamp.Device && Status.st_ino == RootStamp.Inode;
+	}
+
+	void FProjectTree::Enqueue(FProjectTreeFolder& Folder)
+	{
+		if (Folder.QueueIndex < 0)
+		{
+			Folder.QueueIndex = static_cast<int>(Queue.size());
+			Queue.push_back(&Folder);
+		}
+	}
+
+	std::string FProjectTree::MakePrefix(const FProjectTreeFolder& Folder)
+	{
+		std::vector<const FProjectTreeFolder*> Way;
+		for (const FProjectTreeFolder* At = &Folder; At->Parent != nullptr; At = At->Parent)
+		{
+			Way.push_back(At);
+		}
+		std::string Prefix;
+		for (auto At = Way.rbegin(); At != Way.rend(); ++At)
+		{
+			Prefix += (*At)->Name;
+			Prefix += '/';
+		}
+		return Prefix;
+	}
+
+	void FProjectTree::Drop(FProjectTreeFolder& Folder)
+	{
+		for (const std::unique_ptr<FProjectTreeFolder>& Child : Folder.Folders)
+		{
+			Drop(*Child);
+		}
+		if (Folder.QueueIndex >= 0)
+		{
+			Queue[static_cast<size_t>(Folder.QueueIndex)] = nullptr;
+		}
+		// A folder that was moved within the project may have handed its watch to its new place.
+		const auto Owner = Watched.find(Folder.Watch);
+		if (Owner != Watched.end() && Owner->second == &Folder)
+		{
+			Watch->Remove(Folder.Watch);
+			Watched.erase(Owner);
+		}
+		if (Folder.Files)
+		{
+			EntryCount -= static_cast<size_t>(Folder.Files->Num());
+			for (int32 Index = 0; Index < Folder.Files->Num(); ++Index)
+			{
+				NoteRemoved(Folder.Files->MakePath(Folder.Files->GetName(Index)));
+			}
+		}
+		--EntryCount;
+		bListChanged = true;
+	}
+
+	bool FProjectTree::IsLeftOut(const FProjectTreeFolder& Folder, const std::string& Prefix, std::string_view Name, bool bIsFolder) const
+	{
+		// A worktree or submodule has a file where a repository has a folder.
+		if (Name == ".git" || (bIsFolder && IsIgnoredFolderName(Name)))
+		{
+			return true;
+		}
+		return Folder.Scope && IsIgnored(Folder.Scope.get(), Prefix + std::string(Name), bIsFolder);
+	}
+
+	bool FProjectTree::Rescope(FProjectTreeFolder& Folder, const std::string& Prefix, bool bHasText, std::string&& Text)
+	{
+		const std::shared_ptr<const FIgnoreScope> Above = Folder.Parent ? Folder.Parent->Scope : nullptr;
+		std::shared_ptr<const FIgnoreScope> Scope = Above;
+		if (bHasText)
+		{
+			const FIgnoreScope* const Old = Folder.Scope.get();
+			const bool bIsSame = Old && Old->FolderLength == Prefix.size() && Old->Above == Above && Old->File.GetText() == Text;
+			Scope = bIsSame ? Folder.Scope : std::make_shared<const FIgnoreScope>(FIgnoreScope{ Above, FIgnoreFile(std::move(Text)), Prefix.size() });
+		}
+		const bool bRescoped = Scope != Folder.Scope;
+		Folder.Scope = Scope;
+		return bRescoped;
+	}
+
+	void FProjectTree::ReadOne(FProjectTreeFolder& Folder)
+	{
+		const std::string Prefix = MakePrefix(Folder);
+		const std::string Path = Prefix.substr(0, Prefix.size() - (Prefix.empty() ? 0 : 1));
+		const int Opened = OpenFolderBeneath(RootDescriptor, Path.empty() ? "." : Path);
+		Folder.bIsLost = false;
+		Folder.bIsPartial = Opened < 0;
+		Folder.Stamp = FDiskStamp();
+		Folder.IgnoreStamp = FDiskStamp();
+		std::string IgnoreText;
+		bool bHasIgnoreFile = false;
+		std::vector<FFolderEntry> Entries;
+		const size_t OwnEntries = (Folder.Files ? static_cast<size_t>(Folder.Files->Num()) : 0) + Folder.Folders.size();
+		const size_t Room = Limits.MaxEntries - std::min(Limits.MaxEntries, EntryCount - std::min(EntryCount, OwnEntries));
+		if (Opened >= 0)
+		{
+			// Watched first and read then, so that nothing falls in between.
+			if (Folder.Watch < 0)
+			{
+				Folder.Watch = Watch->Add(Opened);
+				if (Folder.Watch >= 0)
+				{
+					Watched[Folder.Watch] = &Folder;
+				}
+				bHasUnwatched = bHasUnwatched || Folder.Watch < 0;
+			}
+			Folder.ReadAt = GetWallClock();
+			struct stat Status = {};
+			if (fstat(Opened, &Status) == 0)
+			{
+				Folder.Stamp = FDiskStamp::Of(Status);
+			}
+			if (fstatat(Opened, IgnoreFileName, &Status, AT_SYMLINK_NOFOLLOW) == 0)
+			{
+				Folder.IgnoreStamp = FDiskStamp::Of(Status);
+				bHasIgnoreFile = ReadIgnoreFile(Opened, IgnoreText);
+			}
+			Folder.bIsPartial = ReadFolderEntries(Opened, 2 * Limits.MaxEntries, bStop, Entries) != EFolderRead::Complete;
+		}
+		const bool bRescoped = Rescope(Folder, Prefix, bHasIgnoreFile, std::move(IgnoreText));
+
+		const FString FolderPath = HostFileNameFromBytes(Path);
+		const auto Files = std::make_shared<FFolderFiles>(FolderPath);
+		size_t Kept = 0;
+		size_t Taken = 0;
+		for (size_t Index = 0; Index < Entries.size(); ++Index)
+		{
+			FFolderEntry& Entry = Entries[Index];
+			if (IsLeftOut(Folder, Prefix, Entry.Name, Entry.bIsFolder))
+			{
+				continue;
+			}
+			if (Taken >= Room || bStop)
+			{
+				Folder.bIsPartial = true;
+				break;
+			}
+			++Taken;
+			if (!Entry.bIsFolder)
+			{
+				Files->Add(Entry.Name);
+			}
+			else if (Kept++ != Index)
+			{
+				Entries[Kept - 1] = std::move(Entry);
+			}
+		}
+		Entries.resize(Kept);
+		TakeFiles(Folder, Files);
+		TakeFolders(Folder, Entries, bRescoped);
+	}
+
+	void FProjectTree::TakeFiles(FProjectTreeFolder& Folder, std::shared_ptr<FFolderFiles> Files)
+	{
+		const std::shared_ptr<const FFolderFiles> Old = Folder.Files;
+		if (Old && Old->HasSameNames(*Files))
+		{
+			return;
+		}
+		Files->Finish();
+		EntryCount += static_cast<size_t>(Files->Num());
+		EntryCount -= Old ? static_cast<size_t>(Old->Num()) : 0;
+		Folder.Files = Files;
+		bListChanged = true;
+		if (bMayBeMore)
+		{
+			return;
+		}
+		std::set<std::u16string_view> Before;
+		for (int32 Index = 0; Old && Index < Old->Num(); ++Index)
+		{
+			Before.emplace(Old->GetName(Index).GetData(), static_cast<size_t>(Old->GetName(Index).Len()));
+		}
+		for (int32 Index = 0; Index < Files->Num(); ++Index)
+		{
+			const FStringView Name = Files->GetName(Index);
+			if (Before.erase(std::u16string_view(Name.GetData(), static_cast<size_t>(Name.Len()))) == 0)
+			{
+				NoteWritten(Files->MakePath(Name));
+			}
+		}
+		for (const std::u16string_view Name : Before)
+		{
+			NoteRemoved(Files->MakePath(FStringView(Name.data(), static_cast<int32>(Name.size()))));
+		}
+	}
+
+	void FProjectTree::TakeFolders(FProjectTreeFolder& Folder, const std::vector<FFolderEntry>& Entries, bool bRescoped)
+	{
+		std::vector<std::unique_ptr<FProjectTreeFolder>> Old = std::move(Folder.Folders);
+		Folder.Folders.clear();
+		Folder.Folders.reserve(Entries.size());
+		size_t OldIndex = 0;
+		for (const FFolderEntry& Entry : Entries)
+		{
+			for (; OldIndex < Old.size() && Old[OldIndex]->Name < Entry.Name; ++OldIndex)
+			{
+				Drop(*Old[OldIndex]);
+			}
+			if (OldIndex < Old.size() && Old[OldIndex]->Name == Entry.Name)
+			{
+				std::unique_ptr<FProjectTreeFolder> Same = std::move(Old[OldIndex++]);
+				if (Same->Inode == Entry.Inode && !Same->bIsLost)
+				{
+					if (bRescoped)
+					{
+						Enqueue(*Same);
+					}
+					Folder.Folders.push_back(std::move(Same));
+					continue;
+				}
+				Drop(*Same);
+			}
+			auto Added = std::make_unique<FProjectTreeFolder>();
+			Added->Parent = &Folder;
+			Added->Name = Entry.Name;
+			Added->Inode = Entry.Inode;
+			Enqueue(*Added);
+			Folder.Folders.push_back(std::move(Added));
+			++EntryCount;
+			bListChanged = true;
+		}
+		for (; OldIndex < Old.size(); ++OldIndex)
+		{
+			Drop(*Old[OldIndex]);
+		}
+	}
+
+	bool FProjectTree::Update()
+	{
+		if (bRootHasMoved)
+		{
+			SetRoot(RootPath);
+		}
+		while (!Queue.empty())
+		{
+			if (bStop)
+			{
+				return false;
+			}
+			FProjectTreeFolder* const Folder = Queue.back();
+			Queue.pop_back();
+			if (Folder != nullptr)
+			{
+				Folder->QueueIndex = -1;
+				ReadOne(*Folder);
+			}
+		}
+		for (const std::string& Path : Touched)
+		{
+			struct stat Status = {};
+			if (fstatat(RootDescriptor, Path.c_str(), &Status, AT_SYMLINK_NOFOLLOW) == 0 && S_ISREG(Status.st_mode))
+			{
+				NoteWritten(HostFileNameFromBytes(Path));
+			}
+		}
+		Touched.clear();
+		return !bStop;
+	}
+
+	bool FProjectTree::TakeListChanged()
+	{
+		return std::exchange(bListChanged, false);
+	}
+
+	std::shared_ptr<const FProjectFileList> FProjectTree::MakeList() const
+	{
+		std::vector<std::shared_ptr<const FFolderFiles>> Lists;
+		std::vector<const FProjectTreeFolder*> Pending;
+		if (Root)
+		{
+			Pending.push_back(Root.get());
+		}
+		while (!Pending.empty())
+		{
+			const FProjectTreeFolder& Folder = *Pending.back();
+			Pending.pop_back();
+			Lists.push_back(Folder.Files);
+			for (auto Child = Folder.Folders.rbegin(); Child != Folder.Folders.rend(); ++Child)
+			{
+				Pending.push_back(Child->get());
+			}
+		}
+		return std::make_shared<const FProjectFileList>(std::move(Lists));
+	}
+
+	void FProjectTree::NoteWritten(FString&& Path)
+	{
+		if (!bMayBeMore)
+		{
+			Written.insert(ToKey(Path));
+			bMayBeMore = Written.size() > MaxReportedPaths;
+		}
+	}
+
+	void FProjectTree::NoteRemoved(FString&& Path)
+	{
+		if (!bMayBeMore)
+		{
+			Removed.insert(ToKey(Path));
+			bMayBeMore = Removed.size() > MaxReportedPaths;
+		}
+	}
+
+	FProjectFileChanges FProjectTree::TakeChanges()
+	{
+		for (const std::u16string& Path : Written)
+		{
+			Removed.erase(Path);
+		}
+		FProjectFileChanges Changes;
+		Changes.Written = ToPaths(Written);
+		Changes.Removed = ToPaths(Removed);
+		Changes.bMayBeMore = bMayBeMore;
+		Written.clear();
+		Removed.clear();
+		bMayBeMore = false;
+		return Changes;
+	}
+}

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "CoreMinimal.h"
+
+namespace Velmora
+{
+	/** The side of the project file cache that programs drive. */
+	class VELMORATOOLKIT_API FProjectFileCacheControl
+	{
+	public:
+		/**
+		 * Ends scan and watching and joins their thread; the list stays readable. A thread that a dead file system holds is left
+		 * behind after a second. A later request starts anew. Any thread but that of a listener.
+		 */
+		static void Shutdown();
+	};
+}

@@ -1,0 +1,241 @@
+#include "AgentFixture.h"
+
+#include "Host/HostFileNames.h"
+#include "Host/StoreLocation.h"
+#include "Store/ConversationStore.h"
+#include "Store/SqliteConnection.h"
+#include "Store/StoreNotices.h"
+
+#include <fstream>
+
+using Velmora::EConversationMode;
+using Velmora::EConversationState;
+
+namespace
+{
+	/** The agent and what another program sees of it in the store. */
+	class AgentStoring : public FAgentTest
+	{
+	protected:
+		void SetUp() override
+		{
+			FAgentTest::SetUp();
+			Project.Write("Source/A.cpp", "int Snail = 1;\n");
+			Project.Write("Source/B.cpp", "int Hedgehog = 2;\n");
+		}
+
+		static FString StorePath() { return Velmora::GetStoreLocation().GetDatabasePath(); }
+
+		/** Texts in the store, "(missing)" for no such conversation. */
+		static std::vector<std::string> ReadStored(const FString& Id)
+		{
+			Velmora::FConversationMetadata Metadata;
+			FString Problem;
+			const TSharedRef<Velmora::FConversationStore> Other = MakeShared<Velmora::FConversationStore>(StorePath());
+			if (Other->Load(Id, Metadata, Problem) != Velmora::EStoreResult::Done)
+			{
+				return { Problem.IsEmpty() ? "(missing)" : Utf8(Problem) };
+			}
+			return TextsOf(Metadata);
+		}
+
+		static std::vector<std::string> TextsOf(const Velmora::FConversationMetadata& Metadata)
+		{
+			std::vector<std::string> Texts;
+			for (const Velmora::FConversationMessage& Message : Metadata.Messages)
+			{
+				Texts.push_back(Utf8(Message.Content));
+			}
+			return Texts;
+		}
+
+		FString CurrentId() const { return Agent->GetCurrentConversationMetadata()->Id; }
+		std::vector<std::string> CurrentTexts() const { return TextsOf(*Agent->GetCurrentConversationMetadata()); }
+	};
+}
+
+TEST_F(AgentStoring, WhatWasToldIsInTheStore)
+{
+	std::vector<std::string> AtAnswer;
+	AfterEvent = [this, &AtAnswer]
+	{
+		if (Events.back() == "answer")
+		{
+			AtAnswer = ReadStored(CurrentId());
+		}
+	};
+	EXPECT_EQ(ReadStored(CurrentId()), std::vector<std::string>({ "(missing)" })) << "Nothing was said yet.";
+	ASSERT_TRUE(Agent->SendMessage(TEXT("find Snail"), {}));
+	EXPECT_EQ(ReadStored(CurrentId())[0], "find Snail");
+	ASSERT_TRUE(PumpUntil([this] { return HasTurnEnded(); }));
+	EXPECT_EQ(AtAnswer, std::vector<std::string>({ "find Snail", LastAnswer }));
+
+	// The mode is written in place by the front end.
+	Agent->GetCurrentConversationMetadata()->Mode = EConversationMode::Advisor;
+	AfterEvent = nullptr;
+	Ask("find Hedgehog");
+	const FString Id = CurrentId();
+	const std::vector<std::string> Said = CurrentTexts();
+	EXPECT_EQ(Said.size(), 4u);
+	Agent.Reset();
+	Agent = FAgentBuilder::CreateDefault();
+	ASSERT_TRUE(Agent->LoadConversation(Id));
+	EXPECT_EQ(CurrentTexts(), Said);
+	EXPECT_EQ(Agent->GetCurrentConversationMetadata()->Mode, EConversationMode::Advisor);
+	EXPECT_EQ(Utf8(Agent->GetCurrentConversationTitle()), "find Snail");
+}
+
+TEST_F(AgentStoring, ABusyStoreRefusesTheMessageInWords)
+{
+	Ask("find Snail");
+	Velmora::FSqliteConnection Other;
+	ASSERT_TRUE(Other.Open(HostFileNameToBytes(StorePath()), false));
+	ASSERT_TRUE(Other.Execute("BEGIN IMMEDIATE"));
+	const std::vector<std::string> Before = CurrentTexts();
+	Events.clear();
+	EXPECT_FALSE(Agent->SendMessage(TEXT("find Hedgehog"), {}));
+	ASSERT_EQ(EventsOf("error").size(), 1u);
+	EXPECT_TRUE(Holds(EventsOf("error")[0], "busy")) << EventsOf("error")[0];
+	EXPECT_EQ(Events.size(), 1u) << "Nothing was sent.";
+	EXPECT_EQ(CurrentTexts(), Before);
+	ASSERT_TRUE(Other.Execute("COMMIT"));
+	EXPECT_TRUE(Holds(Ask("find Hedgehog"), "Source/B.cpp"));
+	EXPECT_EQ(ReadStored(CurrentId()), CurrentTexts());
+}
+
+TEST_F(AgentStoring, AnAnswerThatCannotBeStoredIsToldAndStoredLater)
+{
+	Velmora::FSqliteConnection Other;
+	Velmora::FBuiltInAgentOptions Slow;
+	Slow.MinimumToolSeconds = 0.05;
+	Velmora::SetBuiltInAgentOptions(Slow);
+	Events.clear();
+	ASSERT_TRUE(Agent->SendMessage(TEXT("find Snail"), {}));
+	ASSERT_TRUE(Other.Open(HostFileNameToBytes(StorePath()), false));
+	ASSERT_TRUE(Other.Execute("BEGIN IMMEDIATE"));
+	ASSERT_TRUE(PumpUntil([this] { return HasTurnEnded(); }));
+	EXPECT_FALSE(LastAnswer.empty());
+	ASSERT_EQ(EventsOf("error").size(), 1u);
+	EXPECT_TRUE(Holds(EventsOf("error")[0], "not stored for now")) << EventsOf("error")[0];
+	EXPECT_EQ(ReadStored(CurrentId()), std::vector<std::string>({ "find Snail" }));
+	ASSERT_TRUE(Other.Execute("COMMIT"));
+	ASSERT_TRUE(Agent->SendMessage(TEXT("find Hedgehog"), {}));
+	EXPECT_EQ(ReadStored(CurrentId()), CurrentTexts());
+	ASSERT_TRUE(PumpUntil([this] { return HasTurnEnded(); }));
+	EXPECT_EQ(ReadStored(CurrentId()), CurrentTexts());
+}
+
+TEST_F(AgentStoring, ADroppedTurnLeavesNothingUntold)
+{
+	Ask("find Snail");
+	const size_t Count = Events.size();
+	for (size_t Index = 0; Index < Count; ++Index)
+	{
+		for (const bool bChangesCourse : { false, true })
+		{
+			SCOPED_TRACE(Index);
+			bool bIsDone = false;
+			AfterEvent = [this, Index, bChangesCourse, &bIsDone]
+			{
+				if (!bIsDone && Events.size() == Index + 1)
+				{
+					bIsDone = true;
+					bChangesCourse ? Agent->PauseConversation() : Agent->CancelConversation();
+				}
+			};
+			Events.clear();
+			ASSERT_TRUE(Agent->SendMessage(TEXT("find Snail"), {}));
+			EXPECT_TRUE(PumpUntil([&bIsDone] { return bIsDone; }));
+			PumpForAWhile();
+			AfterEvent = nullptr;
+			if (bChangesCourse)
+			{
+				Agent->ResumeConversation(TEXT("find Hedgehog"));
+			}
+			PumpUntil([this] { return HasTurnEnded(); });
+			PumpUntilQuiet();
+			EXPECT_EQ(ReadStored(CurrentId()), CurrentTexts());
+			EXPECT_TRUE(EventsOf("error").empty());
+		}
+	}
+}
+
+TEST_F(AgentStoring, WhatWasClearedMeanwhileIsStoredAgain)
+{
+	Ask("find Snail");
+	AfterEvent = [this]
+	{
+		if (Events.back().rfind("start ", 0) == 0)
+		{
+			Agent->ClearAllHistories();
+		}
+	};
+	Ask("find Hedgehog");
+	AfterEvent = nullptr;
+	EXPECT_EQ(CurrentTexts().size(), 4u);
+	EXPECT_EQ(ReadStored(CurrentId()), CurrentTexts());
+	EXPECT_EQ(Agent->GetConversationHistories().Num(), 1);
+
+	// And what another program has said in it is there when it is opened again.
+	{
+		const TSharedRef<Velmora::FConversationStore> Other = MakeShared<Velmora::FConversationStore>(StorePath());
+		Velmora::FConversationMessage Message;
+		Message.Content = TEXT("from elsewhere");
+		int64 Key = 0;
+		FString Problem;
+		ASSERT_EQ(Other->AppendMessage(CurrentId(), Message, Key, Problem), Velmora::EStoreResult::Done);
+	}
+	ASSERT_TRUE(Agent->LoadConversation(CurrentId()));
+	EXPECT_EQ(CurrentTexts().back(), "from elsewhere");
+}
+
+TEST_F(AgentStoring, ADamagedStoreIsToldOnceByTheFirstAgentThatCan)
+{
+	Ask("find Snail");
+	const FString Id = CurrentId();
+	Agent.Reset();
+	ASSERT_TRUE(FHostTasks::WaitForBackground(10.0));
+	const std::string Path = HostFileNameToBytes(StorePath());
+	{
+		std::fstream Stream(Path, std::ios::in | std::ios::out | std::ios::binary);
+		Stream << "no database any more";
+	}
+	// Found by an agent that nobody listens to yet.
+	Agent = FAgentBuilder::CreateDefault();
+	ASSERT_TRUE(FHostTasks::WaitForBackground(10.0));
+	FHostTasks::RunGameThreadTasks();
+	Events.clear();
+	Listen();
+	EXPECT_TRUE(Events.empty()) << "Callbacks may still be missing.";
+	FHostTasks::RunGameThreadTasks();
+	ASSERT_EQ(EventsOf("error").size(), 1u);
+	EXPECT_TRUE(Holds(EventsOf("error")[0], "1 conversation was recovered")) << EventsOf("error")[0];
+	EXPECT_TRUE(Agent->LoadConversation(Id));
+	EXPECT_EQ(CurrentTexts()[0], "find Snail");
+	PumpUntilQuiet();
+	EXPECT_EQ(EventsOf("error").size(), 1u);
+}
+
+TEST_F(AgentStoring, TitlesAreOneShortLine)
+{
+	const FString Fifty = FString::ChrN(50, TEXT('x'));
+	const std::pair<FString, FString> Cases[] = {
+		{ Fifty, Fifty },
+		{ Fifty + TEXT("y"), Fifty + TEXT("...") },
+		{ Fifty + TEXT(" \r\n\t "), Fifty },
+		{ Fifty + FString::ChrN(5000, TEXT(' ')) + TEXT("y"), Fifty + TEXT("...") },
+		{ TEXT("\r\n  a\r\nb\nc\rd\n\re \n"), TEXT("a b c d  e") },
+		{ TEXT("\t a\tb"), TEXT("a\tb") },
+		{ FString(TEXT("a")) + FString::ChrN(60, TEXT(' ')) + TEXT("b"), FString(TEXT("a")) + FString::ChrN(49, TEXT(' ')) + TEXT("...") },
+		{ TEXT(" \n "), TEXT("") },
+	};
+	const TSharedPtr<Velmora::FConversationMetadata> Metadata = Agent->GetCurrentConversationMetadata();
+	Metadata->Messages.Add({ TEXT("not the user"), Velmora::EConversationRole::Assistant });
+	Metadata->Messages.Add({ FString() });
+	Metadata->Messages.Add({ FString() });
+	for (const auto& [Said, Expected] : Cases)
+	{
+		Metadata->Messages.Last().Content = Said;
+		EXPECT_EQ(Utf8(Agent->GetCurrentConversationTitle()), Utf8(Expected)) << Utf8(Said);
+	}
+}

@@ -1,0 +1,282 @@
+#include "StoreFixture.h"
+
+#include "Agent/ConversationHistoryManager.h"
+#include "Host/HostClock.h"
+#include "Store/StoreSchema.h"
+
+#include <atomic>
+#include <fcntl.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <thread>
+#include <unistd.h>
+
+using Velmora::EConversationMode;
+using Velmora::EConversationRole;
+using Velmora::EStoreResult;
+using Velmora::FConversationMetadata;
+
+namespace
+{
+	using ConversationStores = FStoreTest;
+
+	/** Every unit, which no comparison as UTF-8 would tell. */
+	std::u16string Units(const FString& Text)
+	{
+		return std::u16string(*Text, static_cast<size_t>(Text.Len()));
+	}
+}
+
+TEST_F(ConversationStores, TextsComeBackUnitByUnit)
+{
+	const TCHAR WithNul[] = { 'a', 0, 'b', 0 };
+	const TCHAR Lone[] = { 0xd800, 'x', 0xdc00, 0xdc00, 0xd83d, 0xde00, 0xffff, 0xd800 };
+	FString Long(TEXT("0123456789abcdef"));
+	while (Long.Len() < 10'000'000)
+	{
+		Long += Long;
+	}
+	const std::vector<FString> Texts = { FString(TEXT("plain")), FString(), FString(4, WithNul), FString(8, Lone), FString(TEXT("\r\n\t\u00e4\u4e2d")), Long };
+	{
+		const TSharedRef<FStore> Store = OpenStore();
+		FConversationMetadata Written = Conversation(TEXT("A"), Texts);
+		Written.Mode = EConversationMode::Assets;
+		Written.Messages.Add(Message(TEXT("tool"), EConversationRole::Tool));
+		Written.Messages[1].bHasToolCalls = true;
+		Put(*Store, Written);
+	}
+	FConversationMetadata Stored;
+	FString Problem;
+	ASSERT_EQ(OpenStore()->Load(TEXT("a"), Stored, Problem), EStoreResult::Done) << "Letter case of ids does not matter. " << Utf8(Problem);
+	EXPECT_EQ(Utf8(Stored.Id), "A");
+	EXPECT_EQ(Stored.Mode, EConversationMode::Assets);
+	ASSERT_EQ(Stored.Messages.Num(), static_cast<int32>(Texts.size()) + 1);
+	for (size_t Index = 0; Index < Texts.size(); ++Index)
+	{
+		EXPECT_TRUE(Units(Stored.Messages[static_cast<int32>(Index)].Content) == Units(Texts[Index])) << Index;
+	}
+	EXPECT_TRUE(Stored.Messages[1].HasToolCalls());
+	EXPECT_TRUE(Stored.Messages[1].IsAssistantMessage());
+	EXPECT_EQ(Stored.Messages.Last().Role, EConversationRole::Tool);
+}
+
+TEST_F(ConversationStores, OnlyTheUserReadsTheFiles)
+{
+	const TSharedRef<FStore> Store = OpenStore();
+	Put(*Store, Conversation(TEXT("A"), { TEXT("secret") }));
+	for (const auto& [Name, Mode] : std::vector<std::pair<std::string, mode_t>>{ { "", 0700 }, { "/Game.db", 0600 }, { "/Game.db-wal", 0600 }, { "/Game.db-shm", 0600 } })
+	{
+		struct stat Status;
+		ASSERT_EQ(stat(Folder.AtBytes("Velmora" + Name).c_str(), &Status), 0) << Name;
+		EXPECT_EQ(Status.st_mode & 0777, Mode) << Name;
+	}
+}
+
+TEST_F(ConversationStores, SummariesEndWithTheFirstMessageOfTheUser)
+{
+	const TSharedRef<FStore> Store = OpenStore();
+	FHostClock::UseSimulatedTime(FDateTime(2026, 7, 1, 12, 0, 0));
+	Put(*Store, Conversation(TEXT("old"), { TEXT("first"), TEXT("answer"), TEXT("second") }));
+	FHostClock::Advance(60.0);
+	FConversationMetadata Late = Conversation(TEXT("late"), { TEXT("x") });
+	Late.Messages[0].Role = EConversationRole::Tool;
+	Late.Messages.Add(Message(TEXT("question")));
+	Late.Messages.Add(Message(TEXT("more")));
+	Put(*Store, Late);
+	Velmora::FConversationHistoryManager Manager;
+	Manager.DatabasePath = Store->GetPath();
+	TArray<FConversationMetadata> Summaries = Manager.GetConversationSummaries();
+	ASSERT_EQ(Summaries.Num(), 2);
+	EXPECT_EQ(Utf8(Summaries[0].Id), "late");
+	EXPECT_EQ(Summaries[0].LastUpdated, FDateTime(2026, 7, 1, 12, 1, 0));
+	EXPECT_EQ(Summaries[1].LastUpdated, FDateTime(2026, 7, 1, 12, 0, 0));
+	ASSERT_EQ(Summaries[0].Messages.Num(), 2);
+	EXPECT_EQ(Utf8(Summaries[0].Messages[1].Content), "question");
+	ASSERT_EQ(Summaries[1].Messages.Num(), 1);
+	EXPECT_EQ(Utf8(Summaries[1].Messages[0].Content), "first");
+
+	// The one that was said something in comes first.
+	FHostClock::Advance(60.0);
+	int64 Key = 0;
+	FString Problem;
+	EXPECT_EQ(Store->AppendMessage(TEXT("old"), Message(TEXT("third")), Key, Problem), EStoreResult::Done);
+	EXPECT_EQ(ReadIds(*Store), "old late ");
+	FHostClock::UseRealTime();
+}
+
+TEST(StoreOpenings, LongMessagesAreCutSoThatTheirTitleStays)
+{
+	const FString Word = FString::ChrN(2000, TEXT('w'));
+	const FString Blanks = FString::ChrN(3000, TEXT(' '));
+	struct FCase
+	{
+		const char* Why;
+		FString Text;
+		FString Expected;
+	};
+	const FCase Cases[] = {
+		{ "short ones stay", TEXT("  a \n "), TEXT("  a \n ") },
+		{ "1,024 stay", Word.Left(1024), Word.Left(1024) },
+		{ "1,025 are cut", Word.Left(1025), Word.Left(1024) + FString(TEXT("\u2026")) },
+		{ "white space before goes", Blanks + TEXT("x"), TEXT("x") },
+		{ "white space behind needs no mark", FString(TEXT("x")) + Blanks, FString(TEXT("x")) + Blanks.Left(1023) },
+		{ "a word far behind needs one", FString(TEXT("x")) + Blanks + TEXT("y"), FString(TEXT("x")) + Blanks.Left(1023) + FString(TEXT("\u2026")) },
+	};
+	for (const FCase& Case : Cases)
+	{
+		Velmora::FConversationMessage Message;
+		Message.Content = Case.Text;
+		TArray<Velmora::FConversationMessage> Read;
+		ASSERT_TRUE(Velmora::StoreSchema::ReadOpening(Velmora::StoreSchema::MakeOpening({ Message }), Read)) << Case.Why;
+		ASSERT_EQ(Read.Num(), 1) << Case.Why;
+		EXPECT_EQ(Utf8(Read[0].Content), Utf8(Case.Expected)) << Case.Why;
+	}
+}
+
+TEST_F(ConversationStores, MessagesAreDroppedFromTheEnd)
+{
+	const char* Expected[] = { "(missing)", "a", "a|b", "a|b|c", "a|b|c" };
+	for (int32 Keep = 0; Keep < 5; ++Keep)
+	{
+		const TSharedRef<FStore> Store = OpenStore();
+		FString Problem;
+		Store->Clear(Problem);
+		Put(*Store, Conversation(TEXT("other"), { TEXT("z") }));
+		Put(*Store, Conversation(TEXT("A"), { TEXT("a"), TEXT("b"), TEXT("c") }));
+		Put(*Store, Conversation(TEXT("third"), { TEXT("y") }));
+		EXPECT_EQ(Store->TruncateMessages(TEXT("A"), Keep, Problem), EStoreResult::Done);
+		EXPECT_EQ(Read(*Store, TEXT("A")), Expected[Keep]) << Keep;
+		EXPECT_EQ(Read(*Store, TEXT("other")) + Read(*Store, TEXT("third")), "zy");
+		EXPECT_EQ(Store->TruncateMessages(TEXT("none"), Keep, Problem), EStoreResult::Missing);
+	}
+}
+
+TEST_F(ConversationStores, WhatWasNotToldIsTakenBackAlone)
+{
+	const TSharedRef<FStore> Store = OpenStore();
+	Put(*Store, Conversation(TEXT("A"), { TEXT("a") }));
+	int64 Key = 0;
+	FString Problem;
+	ASSERT_EQ(Store->AppendMessage(TEXT("A"), Message(TEXT("untold")), Key, Problem), EStoreResult::Done);
+	EXPECT_EQ(Store->Withdraw(TEXT("other"), Key, Problem), EStoreResult::Missing);
+	EXPECT_EQ(Read(*Store, TEXT("A")), "a|untold");
+	EXPECT_EQ(Store->Withdraw(TEXT("A"), Key, Problem), EStoreResult::Done);
+	EXPECT_EQ(Read(*Store, TEXT("A")), "a");
+	EXPECT_EQ(Store->AppendMessage(TEXT("none"), Message(TEXT("x")), Key, Problem), EStoreResult::Missing);
+}
+
+TEST_F(ConversationStores, TwoProgramsShareOneStore)
+{
+	const TSharedRef<FStore> First = OpenStore();
+	const TSharedRef<FStore> Second = OpenStore();
+	FConversationMetadata Mine = Conversation(TEXT("A"), { TEXT("a") });
+	FString Problem;
+	ASSERT_EQ(First->Append(Mine, 0, Problem), EStoreResult::Done);
+	FConversationMetadata Theirs;
+	ASSERT_EQ(Second->Load(TEXT("A"), Theirs, Problem), EStoreResult::Done);
+
+	// Both go on with it: nothing of either is lost.
+	Mine.Messages.Add(Message(TEXT("mine")));
+	Theirs.Messages.Add(Message(TEXT("theirs")));
+	EXPECT_EQ(First->Append(Mine, 1, Problem), EStoreResult::Done);
+	EXPECT_EQ(Second->Append(Theirs, 1, Problem), EStoreResult::Done);
+	EXPECT_EQ(Read(*First, TEXT("A")), "a|mine|theirs");
+
+	// One deletes it: the other stores it again, whole, with its next message.
+	EXPECT_EQ(Second->Delete(TEXT("A"), Problem), EStoreResult::Done);
+	EXPECT_EQ(Second->Delete(TEXT("A"), Problem), EStoreResult::Missing);
+	EXPECT_EQ(Read(*First, TEXT("A")), "(missing)");
+	Mine.Messages.Add(Message(TEXT("again")));
+	EXPECT_EQ(First->Append(Mine, 2, Problem), EStoreResult::Done);
+	EXPECT_EQ(Read(*Second, TEXT("A")), "a|mine|again");
+
+	// One closes it and the other goes on.
+	First->Close();
+	Put(*Second, Conversation(TEXT("B"), { TEXT("b") }));
+	EXPECT_EQ(ReadIds(*First), "B A ");
+}
+
+TEST_F(ConversationStores, ABusyStoreRefusesInWords)
+{
+	const TSharedRef<FStore> Store = OpenStore();
+	Put(*Store, Conversation(TEXT("A"), { TEXT("a") }));
+	Velmora::FSqliteConnection Other;
+	ASSERT_TRUE(Other.Open(PathBytes(), false));
+	ASSERT_TRUE(Other.Execute("BEGIN IMMEDIATE"));
+	FConversationMetadata Metadata = Conversation(TEXT("B"), { TEXT("b") });
+	FString Problem;
+	EXPECT_EQ(Store->Append(Metadata, 0, Problem), EStoreResult::Failed);
+	EXPECT_TRUE(Holds(Utf8(Problem), "is busy")) << Utf8(Problem);
+	EXPECT_EQ(Read(*Store, TEXT("A")), "a") << "Readers are not held up.";
+	ASSERT_TRUE(Other.Execute("COMMIT"));
+	EXPECT_EQ(Store->Append(Metadata, 0, Problem), EStoreResult::Done);
+	EXPECT_EQ(Utf8(Problem), "");
+}
+
+TEST_F(ConversationStores, WorksAgainWhenAFaultIsGone)
+{
+	const TSharedRef<FStore> Store = OpenStore();
+	FConversationMetadata Metadata = Conversation(TEXT("A"), { TEXT("a") });
+	FString Problem;
+
+	Folder.Write("Velmora", "a file where the folder should be");
+	EXPECT_EQ(Store->Append(Metadata, 0, Problem), EStoreResult::Failed);
+	EXPECT_TRUE(Holds(Utf8(Problem), "Not a directory") || Holds(Utf8(Problem), "is a file")) << Utf8(Problem);
+	std::filesystem::remove(Folder.AtBytes("Velmora"));
+
+	// No file can be opened. Those that the process has already go on working.
+	rlimit Limit;
+	ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &Limit), 0);
+	const int Next = open("/dev/null", O_RDONLY);
+	rlimit Tight = Limit;
+	Tight.rlim_cur = static_cast<rlim_t>(Next);
+	close(Next);
+	ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &Tight), 0);
+	const EStoreResult Result = Store->Append(Metadata, 0, Problem);
+	ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &Limit), 0);
+	EXPECT_EQ(Result, EStoreResult::Failed);
+	EXPECT_TRUE(Holds(Utf8(Problem), "Too many open files")) << Utf8(Problem);
+	EXPECT_EQ(Store->Append(Metadata, 0, Problem), EStoreResult::Done) << Utf8(Problem);
+
+	// Removed while it is in use: another one begins.
+	std::filesystem::remove_all(Folder.AtBytes("Velmora"));
+	EXPECT_EQ(Store->Append(Metadata, 0, Problem), EStoreResult::Done) << Utf8(Problem);
+	Store->Close();
+	EXPECT_EQ(Read(*OpenStore(), TEXT("A")), "a");
+}
+
+TEST_F(ConversationStores, ManyThreadsAndProgramsWriteAndRead)
+{
+	constexpr int ThreadCount = 4;
+	constexpr int MessageCount = 25;
+	const TSharedRef<FStore> Shared = OpenStore();
+	Put(*Shared, Conversation(TEXT("A"), { TEXT("start") }));
+	std::atomic<int> Stored = 1;
+	std::vector<std::thread> Threads;
+	for (int Index = 0; Index < ThreadCount; ++Index)
+	{
+		Threads.emplace_back([this, &Shared, &Stored, Index]
+		{
+			const TSharedRef<FStore> Store = Index % 2 == 0 ? Shared : OpenStore();
+			for (int Count = 0; Count < MessageCount; ++Count)
+			{
+				int64 Key = 0;
+				FString Problem;
+				// Refused when another one has been busy for too long; what was taken must be there.
+				Stored += Store->AppendMessage(TEXT("A"), Message(TEXT("m")), Key, Problem) == EStoreResult::Done ? 1 : 0;
+				Velmora::FConversationHistoryManager Manager;
+				Manager.DatabasePath = Store->GetPath();
+				EXPECT_EQ(Manager.GetConversationSummaries().Num(), 1);
+			}
+		});
+	}
+	for (std::thread& Thread : Threads)
+	{
+		Thread.join();
+	}
+	FConversationMetadata All;
+	FString Problem;
+	ASSERT_EQ(Shared->Load(TEXT("A"), All, Problem), EStoreResult::Done) << Utf8(Problem);
+	EXPECT_EQ(All.Messages.Num(), Stored.load());
+	EXPECT_GT(Stored.load(), MessageCount);
+}

@@ -1,0 +1,333 @@
+#include "ChangeFixture.h"
+
+#include <cstdio>
+#include <fcntl.h>
+#include <map>
+#include <random>
+#include <sys/file.h>
+#include <sys/wait.h>
+
+using Velmora::FChangeJournal;
+using Velmora::FUndoResult;
+
+namespace
+{
+	class Undo : public FChangeTest
+	{
+	};
+
+	/** Random edits of a project, from one seed. */
+	class FEditScript
+	{
+	public:
+		FEditScript(uint32_t Seed, const std::filesystem::path& InRoot)
+			: Random(Seed)
+			, Root(InRoot)
+		{
+		}
+
+		int Pick(int Count) { return std::uniform_int_distribution<int>(0, Count - 1)(Random); }
+
+		std::string MakePath()
+		{
+			constexpr const char* Names[] = { "a.txt", "b", "c.cpp", "odd\xFF\xE9.txt", "d/e.txt", "d/f/g.txt", "d/f", "h/i/j/k.md", "h/i", "b/l.txt", "two words.ini", ".hidden" };
+			return Names[Pick(std::size(Names))];
+		}
+
+		std::string MakeBytes()
+		{
+			std::string Bytes;
+			switch (Pick(6))
+			{
+			case 0: // Binary.
+				for (int Count = Pick(2000); Count > 0; --Count)
+				{
+					Bytes += static_cast<char>(Pick(256));
+				}
+				return Bytes;
+			case 1:
+				return Bytes;
+			case 2:
+				Bytes = "\xEF\xBB\xBF";
+				break;
+			case 3:
+				Bytes = "\xFF\xFE";
+				break;
+			default:
+				break;
+			}
+			const char* LineEnd = Pick(2) ? "\r\n" : "\n";
+			for (int Line = Pick(12); Line >= 0; --Line)
+			{
+				Bytes += "line " + std::to_string(Pick(1000)) + (Line > 0 || Pick(2) ? LineEnd : "");
+			}
+			return Bytes;
+		}
+
+		/** What was there before the first request. */
+		void Populate()
+		{
+			for (int Count = Pick(8); Count > 0; --Count)
+			{
+				const std::filesystem::path Path = Root / MakePath();
+				std::error_code Error;
+				std::filesystem::create_directories(Path.parent_path(), Error);
+				if (Pick(8) == 0)
+				{
+					std::filesystem::create_symlink(Pick(2) ? "a.txt" : "nowhere", Path, Error);
+					continue;
+				}
+				if (!std::filesystem::is_symlink(Path, Error))
+				{
+					std::ofstream(Path, std::ios::binary) << MakeBytes();
+					constexpr mode_t Modes[] = { 0644, 0755, 0600, 0444, 0664 };
+					chmod(Path.c_str(), Modes[Pick(std::size(Modes))]);
+				}
+			}
+		}
+
+		/** One tool; whether it can do it is part of the game. */
+		bool Run(Velmora::FChangeTools& Tools)
+		{
+			const std::string Path = MakePath();
+			switch (Pick(6))
+			{
+			case 0:
+				return Tools.CreateFile(Path, MakeBytes()).bSuccess;
+			case 1:
+				return Tools.WriteFile(Path, MakeBytes()).bSuccess;
+			case 2:
+				return Tools.EditFile(Path, "line " + std::to_string(Pick(10)), Pick(2) ? "other" : "one\ntwo").bSuccess;
+			case 3:
+				return Tools.AppendToFile(Path, "more").bSuccess;
+			default:
+				return Tools.DeleteFile(Path).bSuccess;
+			}
+		}
+
+	private:
+		std::mt19937 Random;
+		const std::filesystem::path Root;
+	};
+}
+
+TEST_F(Undo, RandomEditScriptsLeaveNoTrace)
+{
+	// In memory where there is such a folder: it is some 20,000 small files.
+	const bool bHasMemory = access("/dev/shm", W_OK) == 0;
+	const std::filesystem::path Base = bHasMemory ? std::filesystem::path("/dev/shm") / Project.Root.filename() : Project.Root / "scripts";
+	UndoFolder = Base.native() + "-undo";
+	OpenJournal();
+	const uint32_t FirstSeed = std::random_device{}();
+	std::printf("seeds from %u\n", FirstSeed);
+	int Changes = 0;
+	for (uint32_t Script = 0; Script < 1000 && !HasFailure(); ++Script)
+	{
+		SCOPED_TRACE("seed " + std::to_string(FirstSeed + Script));
+		const std::filesystem::path Root = Base / std::to_string(Script);
+		std::filesystem::create_directories(Root);
+		FEditScript Edits(FirstSeed + Script, Root);
+		Edits.Populate();
+		const std::vector<std::string> Before = ListTree(Root);
+
+		// Several requests of two conversations on different files, undone from a random one and then whole.
+		const int Requests = 1 + Edits.Pick(4);
+		std::vector<std::vector<std::string>> States;
+		for (int Request = 0; Request < Requests; ++Request)
+		{
+			States.push_back(ListTree(Root));
+			const std::string Id = std::to_string(Script) + '-' + std::to_string(Request);
+			Journal->OpenTransaction(Id, "S" + std::to_string(Script), Request * 2);
+			Velmora::FChangeTools Tools(Root.native(), *Journal, Id, Edits.Pick(2) ? Velmora::EAccessMethod::Automatic : Velmora::EAccessMethod::Walk);
+			Tools.SetDurable(false);
+			for (int Count = Edits.Pick(12); Count >= 0; --Count)
+			{
+				Changes += Edits.Run(Tools);
+			}
+		}
+		const int From = Edits.Pick(Requests);
+		for (const int Request : { From, 0 })
+		{
+			int MessageIndex = -1;
+			const FUndoResult Result = Journal->Undo(std::to_string(Script) + '-' + std::to_string(Request), "S" + std::to_string(Script), [&MessageIndex](int Index)
+			{
+				MessageIndex = Index;
+				return std::string();
+			});
+			if (Request == 0 && From == 0 && !Result.bSuccess)
+			{
+				break; // Already undone.
+			}
+			EXPECT_TRUE(Result.bSuccess) << Result.Problem;
+			EXPECT_TRUE(Result.Notices.empty());
+			EXPECT_EQ(MessageIndex, Request * 2);
+			EXPECT_EQ(ListTree(Root), States[static_cast<size_t>(Request)]);
+		}
+		EXPECT_EQ(ListTree(Root), Before);
+	}
+	EXPECT_GT(Changes, 3000) << "most tools found something to do";
+	EXPECT_EQ(Journal->GetKeptBytes(), 0u) << "what is undone is let go";
+	std::filesystem::remove_all(Base);
+}
+
+TEST_F(Undo, WhatSomebodyElseChangedIsSetAside)
+{
+	Project.Write("a.md", "before\n");
+	SetMode("a.md", 0755);
+	Project.Write("removed.md", "before\n");
+	Project.Write("mode.md", "before\n");
+	Project.Write("same.md", "before\n");
+	Project.Write("a.conflict-1.md", "mine\n");
+	Velmora::FChangeTools Tools = MakeTools();
+	for (const char* Path : { "a.md", "removed.md", "mode.md", "same.md" })
+	{
+		ASSERT_TRUE(Tools.WriteFile(Path, "agent\n").bSuccess);
+	}
+	ASSERT_TRUE(Tools.CreateFile("made/.config", "agent\n").bSuccess);
+	Project.Write("a.md", "by hand\n");
+	Project.Write("made/.config", "by hand\n");
+	Project.Write("same.md", "before\n");
+	SetMode("mode.md", 0600);
+	std::filesystem::remove(Project.Root / "removed.md");
+
+	const FUndoResult Result = UndoRequest();
+	ASSERT_TRUE(Result.bSuccess) << Result.Problem;
+	EXPECT_EQ(ReadFile("a.md"), "before\n");
+	EXPECT_EQ(static_cast<int>(std::filesystem::status(Project.Root / "a.md").permissions()), 0755);
+	EXPECT_EQ(ReadFile("a.conflict-1.md"), "mine\n");
+	EXPECT_EQ(ReadFile("a.conflict-2.md"), "by hand\n");
+	EXPECT_EQ(ReadFile("made/.config.conflict-1"), "by hand\n");
+	EXPECT_FALSE(std::filesystem::exists(Project.Root / "made/.config"));
+	EXPECT_EQ(ReadFile("removed.md"), "before\n");
+	EXPECT_EQ(ReadFile("same.md"), "before\n");
+	EXPECT_EQ(static_cast<int>(std::filesystem::status(Project.Root / "mode.md").permissions()), 0644);
+	ASSERT_EQ(Result.Notices.size(), 3u);
+	std::string All;
+	for (const std::string& Notice : Result.Notices)
+	{
+		All += Notice + '\n';
+	}
+	EXPECT_NE(All.find("`a.md` had been changed by hand since. It is back as it was before the request; what you had made of it is in `a.conflict-2.md`."), std::string::npos) << All;
+	EXPECT_NE(All.find("`removed.md` had been removed since; it is back as it was."), std::string::npos) << All;
+}
+
+TEST_F(Undo, ChangesNothingWhenItCannotRestoreAll)
+{
+	Project.Write("a.md", "before a\n");
+	Project.Write("z.md", "before z\n");
+	Velmora::FChangeTools Tools = MakeTools();
+	ASSERT_TRUE(Tools.WriteFile("a.md", "agent\n").bSuccess);
+	ASSERT_TRUE(Tools.CreateFile("d/new.md", "agent\n").bSuccess);
+	ASSERT_TRUE(Tools.WriteFile("z.md", "agent\n").bSuccess);
+
+	// The conversation's messages could not be cut.
+	std::vector<std::string> Before = ListProject();
+	FUndoResult Result = Journal->Undo("T1", "C", [](int) { return std::string("The store is busy."); });
+	EXPECT_EQ(Result.Problem, "Nothing was undone. The store is busy.");
+	EXPECT_EQ(ListProject(), Before);
+
+	// A folder has taken the place of a file.
+	std::filesystem::remove(Project.Root / "z.md");
+	Project.Write("z.md/inside.txt", "mine");
+	Before = ListProject();
+	Result = UndoRequest();
+	EXPECT_EQ(Result.Problem, "Nothing was undone. `z.md` cannot be restored: something that is no file has taken its place.");
+	EXPECT_EQ(ListProject(), Before);
+
+	// A former content is damaged.
+	std::filesystem::remove_all(Project.Root / "z.md");
+	for (const std::filesystem::directory_entry& Entry : std::filesystem::recursive_directory_iterator(UndoFolder))
+	{
+		if (Entry.path().parent_path().filename() == "contents" && Entry.file_size() == 9)
+		{
+			std::ofstream(Entry.path(), std::ios::binary | std::ios::in) << "X";
+		}
+	}
+	Before = ListProject();
+	Result = UndoRequest();
+	EXPECT_NE(Result.Problem.find("its former content is lost (it is damaged)"), std::string::npos) << Result.Problem;
+	EXPECT_EQ(ListProject(), Before);
+
+	EXPECT_EQ(Journal->Undo("T1", "another conversation", [](int) { return std::string(); }).Problem, "What was done after that message is not known any more, so nothing was undone.");
+}
+
+TEST_F(Undo, OnlyTheLaterRequestsOfTheConversationAreUndone)
+{
+	Project.Write("a.md", "0");
+	ASSERT_TRUE(MakeTools("T1").WriteFile("a.md", "1").bSuccess);
+	Journal->OpenTransaction("T2", "C", 2);
+	Journal->OpenTransaction("Other", "D", 0);
+	ASSERT_TRUE(MakeTools("T2").WriteFile("a.md", "2").bSuccess);
+	ASSERT_TRUE(MakeTools("Other").WriteFile("b.md", "b").bSuccess);
+	Journal->OpenTransaction("T3", "C", 4);
+	ASSERT_TRUE(MakeTools("T3").WriteFile("a.md", "3").bSuccess);
+
+	const FUndoResult Result = UndoRequest("T2");
+	ASSERT_TRUE(Result.bSuccess);
+	EXPECT_EQ(Result.TransactionIds, (std::vector<std::string>{ "T2", "T3" }));
+	EXPECT_EQ(ReadFile("a.md"), "1");
+	EXPECT_EQ(ReadFile("b.md"), "b");
+	EXPECT_EQ(MakeTools("T3").WriteFile("a.md", "late").Problem, "the request it belongs to is over");
+	ASSERT_TRUE(UndoRequest("T1").bSuccess);
+	EXPECT_EQ(ReadFile("a.md"), "0");
+}
+
+TEST_F(Undo, TheOldestContentsMakeRoom)
+{
+	Journal.reset();
+	OpenJournal(1024 * 1024);
+	Project.Write("a.bin", std::string(600000, 'a'));
+	Project.Write("b.bin", std::string(600000, 'b'));
+	Project.Write("c.bin", std::string(2000000, 'c'));
+	ASSERT_TRUE(MakeTools("T1").WriteFile("a.bin", "1").bSuccess);
+	Journal->OpenTransaction("T2", "C", 2);
+	ASSERT_TRUE(MakeTools("T2").WriteFile("b.bin", "2").bSuccess);
+	EXPECT_LE(Journal->GetKeptBytes(), 1024u * 1024u);
+	EXPECT_EQ(UndoRequest("T1").Problem, "Former contents are kept up to 1 MB; those of that message had to make room for later ones, so nothing was undone.");
+	EXPECT_EQ(MakeTools("T2").WriteFile("c.bin", "2").Problem, "its former content cannot be kept: the undo store holds 1 MB and is full");
+	ASSERT_TRUE(UndoRequest("T2").bSuccess);
+	EXPECT_EQ(ReadFile("b.bin").size(), 600000u);
+	EXPECT_EQ(ReadFile("a.bin"), "1");
+}
+
+TEST_F(Undo, ContentsArePrivateAndGoWithTheJournal)
+{
+	Project.Write("a.md", "secret\n");
+	ASSERT_TRUE(MakeTools().WriteFile("a.md", "x").bSuccess);
+	int Files = 0;
+	for (const std::filesystem::directory_entry& Entry : std::filesystem::recursive_directory_iterator(UndoFolder))
+	{
+		EXPECT_EQ(static_cast<int>(Entry.status().permissions()) & 077, 0) << Entry.path();
+		Files += Entry.is_regular_file();
+	}
+	EXPECT_EQ(Files, 3) << "lock, list of changes, one content";
+	FChangeJournal::RemoveDeadJournals(UndoFolder);
+	ASSERT_TRUE(UndoRequest().bSuccess) << "a living journal is left alone";
+	Journal.reset();
+	EXPECT_FALSE(std::filesystem::exists(UndoFolder));
+}
+
+TEST_F(Undo, WhatAProcessLeftThatDiedIsRemoved)
+{
+	Project.Write("sub/a.md", "before\n");
+	const pid_t Child = fork();
+	if (Child == 0)
+	{
+		// Dies between a half-written file and its renaming.
+		MakeTools().WriteFile("sub/a.md", "x");
+		std::string Name;
+		for (const std::filesystem::directory_entry& Entry : std::filesystem::directory_iterator(UndoFolder))
+		{
+			Name = Entry.path().filename().native();
+		}
+		Project.Write("sub/.velmora-" + Name.substr(0, 12) + "-1.tmp", "half");
+		_exit(0);
+	}
+	int Status = 0;
+	ASSERT_EQ(waitpid(Child, &Status, 0), Child);
+	ASSERT_EQ(ListProject().size(), 3u);
+	FChangeJournal::RemoveDeadJournals(UndoFolder);
+	EXPECT_TRUE(std::filesystem::is_empty(UndoFolder));
+	EXPECT_EQ(ListProject().size(), 2u);
+	EXPECT_EQ(ReadFile("sub/a.md"), "x");
+}
