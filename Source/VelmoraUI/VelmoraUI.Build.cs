@@ -22,11 +22,14 @@ public class VelmoraUI : ModuleRules
 		PrivateDependencyModuleNames.AddRange(new string[]
 		{
 			"ApplicationCore",
+			"DesktopPlatform",
 			"Engine",
 			"Json",
 			"Projects",
+			"Settings",
 			"UnrealEd",
 			"VelmoraAutoDownloadFramework",
+			"VelmoraToolkit",
 			"WorkspaceMenuStructure",
 		});
 	}

@@ -1,7 +1,9 @@
 #pragma once
 
+#include "Host/HostTasks.h"
 #include "Host/UpdateGateControl.h"
 #include "Settings/VelmoraSettings.h"
+#include "Support/Base/TempFolder.h"
 #include "Support/TestAgent.h"
 #include "UObject/UObjectGlobals.h"
 #include "UpdateGate.h"
@@ -30,19 +32,24 @@ protected:
 		Agent = MakeShared<FTestAgent>();
 		Agent->HoldConversation(TEXT("c1"));
 		Window = SNew(SChatWindow);
+		Window->SetConversationHistorySaveDirForTests(EmptyStore.At());
 		Show(Window.ToSharedRef());
 	}
 
 	void TearDown() override
 	{
+		FHostTasks::WaitForBackground(20.0);
 		FVelmoraWidgetTest::TearDown();
+		// What workers hand over may hold the window.
+		Window.Reset();
+		FHostTasks::RunGameThreadTasks();
 		SetGate(EGate::Ready);
 		GetMutableDefault<UVelmoraSettings>()->DefaultConversationMode = static_cast<uint8>(EMode::General);
 	}
 
-	static void SetGate(EGate Gate, const TCHAR* Message = TEXT(""))
+	static void SetGate(EGate Gate, const TCHAR* Message = TEXT(""), const TCHAR* Version = TEXT(""))
 	{
-		Velmora::FUpdateGateControl::SetState(Gate, Message, FString());
+		Velmora::FUpdateGateControl::SetState(Gate, Message, Version);
 	}
 
 	/** Gives the window a view model on the agent. */
@@ -68,7 +75,7 @@ protected:
 	{
 		PumpFrame();
 		std::string Result = Utf8(Window->GetStatusText().ToString()) + ":";
-		for (const char* Name : { "Send", "Pause", "Continue", "Cancel", "NewConversation" })
+		for (const char* Name : { "Send", "Pause", "Continue", "Cancel", "NewConversation", "Update" })
 		{
 			const TSharedPtr<SWidget> Button = FWidgetFinder::FindByTag(FName((std::string(Name) + "Button").c_str()));
 			if (Button.IsValid())
@@ -80,6 +87,8 @@ protected:
 		return Result;
 	}
 
+	/** What the window finds stored; the tests are not to see conversations of the user. */
+	FTempFolder EmptyStore;
 	TSharedPtr<FTestAgent> Agent;
 	TSharedPtr<FChatViewModel> ViewModel;
 	TSharedPtr<SChatWindow> Window;

@@ -117,12 +117,56 @@ TEST_F(FMarkdownWidgetTest, ColumnsAreAlignedByTheirWords)
 
 TEST_F(FMarkdownWidgetTest, CodeBlocksShowEveryLineWithItsIndentation)
 {
-	Show(Make(TEXT("```py\nif x:\r\n\tdo()\n\n  y\n```")));
+	Show(Make(TEXT("```sh\nif x:\r\n\tdo()\n\n  y\n```")));
 	// Empty lines have no text to see, but their row.
-	EXPECT_EQ(VisibleTexts(), (FTextList{ "py", "if x:", "\tdo()", "  y" }));
+	EXPECT_EQ(VisibleTexts(), (FTextList{ "sh", "if x:", "\tdo()", "  y" }));
 	const double Line = GetRect(*FindByText("\tdo()")).Top - GetRect(*FindByText("if x:")).Top;
 	EXPECT_GT(Line, 10.0);
 	EXPECT_EQ(GetRect(*FindByText("  y")).Top - GetRect(*FindByText("\tdo()")).Top, 2 * Line);
+}
+
+TEST_F(FMarkdownWidgetTest, CodeIsColouredTokenByToken)
+{
+	struct FPiece
+	{
+		const char* Text;
+		const char* Hex;
+	};
+	struct FCase
+	{
+		const TCHAR* Language;
+		const TCHAR* Code;
+		std::vector<std::vector<FPiece>> Lines;
+	};
+	const FCase Cases[] = {
+		{ TEXT("cpp"), TEXT("#if X\nFName N; // c"), { { { "#if X", "C586C0FF" } }, { { "FName", "C586C0FF" }, { " ", "D4D4D4FF" }, { "N", "D4D4D4FF" }, { ";", "D4D4D4FF" }, { " ", "D4D4D4FF" }, { "// c", "6A9955" } } } },
+		// Blanks that cross the end of a line are shown in none: a coloured line begins with its first word.
+		{ TEXT("cpp"), TEXT("f(\n\t\"s\", 1)"), { { { "f", "DCDCAAFF" }, { "(", "D4D4D4FF" } }, { { "\"s\"", "CE9178FF" }, { ",", "D4D4D4FF" }, { " ", "D4D4D4FF" }, { "1", "B5CEA8FF" }, { ")", "D4D4D4FF" } } } },
+		// Lines inside of a comment belong to no token; one that has others shows those alone.
+		{ TEXT("cpp"), TEXT("int a; /* b\n  c\nd */ e"), { { { "int", "95CBFFFF" }, { " ", "D4D4D4FF" }, { "a", "D4D4D4FF" }, { ";", "D4D4D4FF" }, { " ", "D4D4D4FF" } }, { { "  c", "E6E6E6FF" } }, { { " ", "D4D4D4FF" }, { "e", "D4D4D4FF" } } } },
+		{ TEXT("sh"), TEXT("echo a"), { { { "echo a", "D4D4D4FF" } } } },
+		{ TEXT("sh"), TEXT("echo a\n\techo b"), { { { "echo a", "E6E6E6FF" } }, { { "\techo b", "E6E6E6FF" } } } },
+		{ TEXT("json"), TEXT("TRUE"), { { { "true", "95CBFFFF" } } } },
+		{ TEXT("cpp"), TEXT("\"open"), { { { "\"open", "E6E6E6FF" } } } },
+	};
+	for (const FCase& Case : Cases)
+	{
+		const TSharedRef<SMarkdownTextBlock> Block = Make(TEXT(""));
+		const TSharedRef<SWidget> Lines = Block->BuildCodeLines(Case.Code, Case.Language);
+		ASSERT_EQ(Lines->GetChildren()->Num(), static_cast<int32>(Case.Lines.size())) << Utf8(Case.Code);
+		for (int32 Line = 0; Line < Lines->GetChildren()->Num(); ++Line)
+		{
+			FChildren* Pieces = Lines->GetChildren()->GetChildAt(Line)->GetChildren();
+			const std::vector<FPiece>& Expected = Case.Lines[Line];
+			ASSERT_EQ(Pieces->Num(), static_cast<int32>(Expected.size())) << Utf8(Case.Code) << Line;
+			for (int32 Piece = 0; Piece < Pieces->Num(); ++Piece)
+			{
+				const STextBlock& Shown = static_cast<const STextBlock&>(*Pieces->GetChildAt(Piece));
+				EXPECT_EQ(Utf8(Shown.GetText().ToString()), Expected[Piece].Text);
+				EXPECT_EQ(Shown.Look->ColorAndOpacity.Get().GetSpecifiedColor(), FVelmoraUIStyles::FromHexSRGB(*FString(Expected[Piece].Hex))) << Expected[Piece].Text;
+			}
+		}
+	}
 }
 
 TEST_F(FMarkdownWidgetTest, TheLanguageIsShownAsWrittenAndTextIsNot)
@@ -135,7 +179,7 @@ TEST_F(FMarkdownWidgetTest, TheLanguageIsShownAsWrittenAndTextIsNot)
 	const FCase Cases[] = {
 		{ TEXT("```\nplain\n```"), { "plain" } },
 		{ TEXT("```TEXT\nplain\n```"), { "plain" } },
-		{ TEXT("```Py\nx = 1\n```"), { "Py", "x = 1" } },
+		{ TEXT("```Py\nx = 1\n```"), { "Py", "x", " ", "=", " ", "1" } },
 	};
 	for (const FCase& Case : Cases)
 	{

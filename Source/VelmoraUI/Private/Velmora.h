@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Containers/Ticker.h"
 #include "CoreMinimal.h"
 #include "Modules/ModuleManager.h"
 
@@ -15,4 +16,14 @@ public:
 
 private:
 	TSharedRef<SDockTab> SpawnTab(const FSpawnTabArgs& Args);
+
+	/** Called once a second while the module is loaded. */
+	bool Poll(float DeltaTime);
+
+	/** Has the project scanned again every so often, but not while a scan runs or before the first one is complete. */
+	void RefreshFileIndex(float DeltaTime);
+
+	FTSTicker::FDelegateHandle TickerHandle;
+	/** Seconds since the index was last due for a refresh. */
+	float RefreshElapsed = 0.0f;
 };

@@ -211,6 +211,24 @@ FLinearColor FVelmoraUIStyles::GetSecondaryActionNeutralHoverColor(float Alpha)
 	return Color.CopyWithNewOpacity(Alpha);
 }
 
+FLinearColor FVelmoraUIStyles::GetSyntaxTokenColor(Velmora::Markdown::ESyntaxTokenType Type)
+{
+	// In the order of the types.
+	static const FLinearColor Colors[] = {
+		FromHexSRGB(TEXT("D4D4D4FF")), // Default
+		FromHexSRGB(TEXT("95CBFFFF")), // Keyword
+		FromHexSRGB(TEXT("CE9178FF")), // String
+		FromHexSRGB(TEXT("6A9955")),   // Comment
+		FromHexSRGB(TEXT("B5CEA8FF")), // Number
+		FromHexSRGB(TEXT("D4D4D4FF")), // Operator
+		FromHexSRGB(TEXT("C586C0FF")), // Preprocessor
+		FromHexSRGB(TEXT("C586C0FF")), // Type
+		FromHexSRGB(TEXT("DCDCAAFF")), // Function
+	};
+	const uint8 Index = static_cast<uint8>(Type);
+	return Colors[Index < UE_ARRAY_COUNT(Colors) ? Index : 0];
+}
+
 FLinearColor FVelmoraUIStyles::GetUpdateAvailableColor()
 {
 	return FLinearColor(0.9f, 0.6f, 0.2f, 0.8f);

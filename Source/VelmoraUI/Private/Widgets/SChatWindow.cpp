@@ -1,6 +1,5 @@
 #include "Widgets/SChatWindow.h"
 
-#include "Brushes/SlateColorBrush.h"
 #include "Math/UnrealMathUtility.h"
 #include "Style/AnimationHelper.h"
 #include "Style/VelmoraUIStyles.h"
@@ -20,6 +19,15 @@
 #define LOCTEXT_NAMESPACE "VelmoraUI"
 
 const float SChatWindow::ColorTransitionDuration = 0.3f;
+const float SChatWindow::ConversationHistoryRefreshInterval = 60.0f;
+
+namespace
+{
+
+/** Seconds since the last refresh of the history. One for all windows: two of them ask twice as often, which does no harm. */
+float HistoryRefreshAccumulator = 0.0f;
+
+} // namespace
 
 void SChatWindow::Construct(const FArguments& InArgs)
 {
@@ -77,6 +85,12 @@ void SChatWindow::SetViewModel(TSharedPtr<FChatViewModel> InViewModel)
 	{
 		ViewModel->OnMessagesChanged().RemoveAll(this);
 		ViewModel->OnStateChanged().RemoveAll(this);
+		ViewModel->OnContextFilesChanged().RemoveAll(this);
+	}
+	if (UpdateGateHandle.IsValid())
+	{
+		Velmora::FUpdateGate::Get().OnStateChanged().Remove(UpdateGateHandle);
+		UpdateGateHandle.Reset();
 	}
 	ViewModel = InViewModel;
 	if (!ViewModel.IsValid())
@@ -85,6 +99,8 @@ void SChatWindow::SetViewModel(TSharedPtr<FChatViewModel> InViewModel)
 	}
 	ViewModel->OnMessagesChanged().AddSP(this, &SChatWindow::OnMessagesChanged);
 	ViewModel->OnStateChanged().AddSP(this, &SChatWindow::OnStateChanged);
+	ViewModel->OnContextFilesChanged().AddSP(this, &SChatWindow::OnContextFilesChanged);
+	UpdateGateHandle = Velmora::FUpdateGate::Get().OnStateChanged().AddSP(this, &SChatWindow::OnUpdateGateStateChanged);
 
 	OnStateChanged(ViewModel->GetState());
 	CurrentStatusColor = TargetStatusColor;
@@ -92,6 +108,7 @@ void SChatWindow::SetViewModel(TSharedPtr<FChatViewModel> InViewModel)
 
 	OnMessagesChanged();
 	SyncModeComboBoxSelection();
+	RequestRefreshConversationHistoriesAsync();
 }
 
 void SChatWindow::Tick(const FGeometry& AllottedGeometry, const double InCurrentTime, const float InDeltaTime)
@@ -112,56 +129,12 @@ void SChatWindow::Tick(const FGeometry& AllottedGeometry, const double InCurrent
 		ColorTransitionProgress = FMath::Clamp(ColorTransitionProgress + InDeltaTime / ColorTransitionDuration, 0.0f, 1.0f);
 		CurrentStatusColor = FAnimationHelper::LerpColor(CurrentStatusColor, TargetStatusColor, ColorTransitionProgress);
 	}
-}
-
-TSharedRef<SWidget> SChatWindow::BuildHeaderArea()
-{
-	static const FSlateColorBrush BackgroundBrush(FVelmoraUIStyles::GetBackgroundColor());
-	// clang-format off
-	return SNew(SBorder)
-		.BorderImage(&BackgroundBrush)
-		.Padding(FMargin(8.0f, 4.0f, 8.0f, 4.0f))
-		[
-			SNew(SHorizontalBox)
-			+ SHorizontalBox::Slot()
-			.FillWidth(1.0f)
-			.Padding(0.0f, 0.0f, 8.0f, 0.0f)
-			+ SHorizontalBox::Slot()
-			.AutoWidth()
-			.Padding(4.0f, 0.0f)
-			[
-				SAssignNew(NewConversationButton, SButton)
-				.Tag(FName("NewConversationButton"))
-				.ButtonStyle(FAppStyle::Get(), "SimpleButton")
-				.ToolTipText(LOCTEXT("NewConversationTooltip_Short", "Start a new chat and keep this conversation in history."))
-				.OnClicked(this, &SChatWindow::OnNewConversationClicked)
-				.IsEnabled(this, &SChatWindow::IsNewConversationButtonEnabled)
-				.ContentPadding(FMargin(6.0f, 4.0f))
-				[
-					SNew(SHorizontalBox)
-					+ SHorizontalBox::Slot()
-					.AutoWidth()
-					.VAlign(VAlign_Center)
-					[
-						SNew(SImage)
-						.Image(FVelmoraUIStyles::GetBrush("Toolbar_NewChat_32"))
-						.ColorAndOpacity(this, &SChatWindow::GetNewConversationButtonTint)
-						.DesiredSizeOverride(FVector2D(20.0, 20.0))
-					]
-					+ SHorizontalBox::Slot()
-					.AutoWidth()
-					.VAlign(VAlign_Center)
-					.Padding(6.0f, 0.0f, 0.0f, 0.0f)
-					[
-						SNew(STextBlock)
-						.Text(LOCTEXT("NewConversationLabel", "New"))
-						.Font(FAppStyle::GetFontStyle("NormalFont"))
-						.Visibility(this, &SChatWindow::GetHeaderLabelVisibility)
-					]
-				]
-			]
-		];
-	// clang-format on
+	HistoryRefreshAccumulator += InDeltaTime;
+	if (HistoryRefreshAccumulator >= ConversationHistoryRefreshInterval)
+	{
+		RequestRefreshConversationHistoriesAsync();
+		HistoryRefreshAccumulator = 0.0f;
+	}
 }
 
 TSharedRef<SWidget> SChatWindow::BuildMessageArea()
@@ -180,6 +153,7 @@ TSharedRef<SWidget> SChatWindow::BuildMessageArea()
 				.AutoScroll(true)
 				.Visibility(this, &SChatWindow::GetMessageListVisibility)
 				.CanUndo(this, &SChatWindow::CanUndo)
+				.OnUndoToMessage(this, &SChatWindow::OnUndoToMessage)
 			]
 			+ SOverlay::Slot()
 			[

@@ -11,10 +11,13 @@
 #include "ViewModels/ChatViewModel.h"
 #include "Widgets/Images/SImage.h"
 #include "Widgets/Input/SButton.h"
+#include "Widgets/Input/SMenuAnchor.h"
 #include "Widgets/Input/SMultiLineEditableTextBox.h"
 #include "Widgets/Layout/SBorder.h"
 #include "Widgets/Layout/SBox.h"
 #include "Widgets/SBoxPanel.h"
+#include "Widgets/SChangedFilesList.h"
+#include "Widgets/SFileSearchDropdown.h"
 #include "Widgets/Text/STextBlock.h"
 
 #define LOCTEXT_NAMESPACE "VelmoraUI"
@@ -81,6 +84,9 @@ bool IsEitherControlDown(const FInputEvent& Event)
 
 TSharedRef<SWidget> SChatWindow::BuildInputArea()
 {
+	AtTokenIndex = -1;
+	AtFileController = MakeUnique<Velmora::UI::FAtFileReferenceController>(&SChatWindow::TextLocationToLinearIndex, &SChatWindow::LinearIndexToTextLocation);
+
 	// clang-format off
 	return SNew(SBorder)
 		.BorderImage(FAppStyle::GetBrush("ToolPanel.DarkGroupBorder"))
@@ -91,7 +97,28 @@ TSharedRef<SWidget> SChatWindow::BuildInputArea()
 			.AutoHeight()
 			.Padding(0.0f, 0.0f, 0.0f, 4.0f)
 			[
-				BuildPrompt()
+				BuildContextChipsArea()
+			]
+			+ SVerticalBox::Slot()
+			.AutoHeight()
+			.HAlign(HAlign_Left)
+			.Padding(0.0f, 0.0f, 0.0f, 4.0f)
+			[
+				SAssignNew(ChangedFilesList, SChangedFilesList)
+				.Tag(FName("ChangedFilesList"))
+				.ConversationId(this, &SChatWindow::GetCurrentConversationId)
+				.OnFileClicked(this, &SChatWindow::OnFileClicked)
+			]
+			+ SVerticalBox::Slot()
+			.AutoHeight()
+			.Padding(0.0f, 0.0f, 0.0f, 4.0f)
+			[
+				SAssignNew(FileSearchAnchor, SMenuAnchor)
+				.Placement(MenuPlacement_AboveAnchor)
+				.OnGetMenuContent(this, &SChatWindow::BuildFileSearchDropdownContent)
+				[
+					BuildPrompt()
+				]
 			]
 			+ SVerticalBox::Slot()
 			.AutoHeight()
@@ -123,6 +150,8 @@ TSharedRef<SWidget> SChatWindow::BuildPrompt()
 				.ToolTipText(LOCTEXT("InputTooltip", "Multi-line message input\n\nEnter: New line\nCtrl+Enter: Send message\n@: Open file search\n\nYou can type multi-line prompts for Velmora AI.\nLonger, detailed prompts often get better results."))
 				.OnTextCommitted(this, &SChatWindow::OnInputTextCommitted)
 				.OnTextChanged(this, &SChatWindow::OnInputTextChanged)
+				.OnCursorMoved(this, &SChatWindow::OnInputCursorMoved)
+				.OnKeyDownHandler(this, &SChatWindow::OnInputKeyDown)
 			]
 		];
 	// clang-format on
@@ -286,11 +315,6 @@ FReply SChatWindow::OnPreviewKeyDown(const FGeometry& MyGeometry, const FKeyEven
 	return FReply::Unhandled();
 }
 
-void SChatWindow::OnInputTextChanged(const FText& NewText)
-{
-	CurrentInputText = NewText;
-}
-
 void SChatWindow::OnInputTextCommitted(const FText& NewText, ETextCommit::Type CommitType)
 {
 	// The second door to sending: reached when the preview declined. Whether the text goes out is the view model's word.
@@ -360,6 +384,7 @@ FReply SChatWindow::OnNewConversationClicked()
 	{
 		ViewModel->StartNewConversation(GetDefaultMode());
 		SyncModeComboBoxSelection();
+		RequestRefreshConversationHistoriesAsync();
 	}
 	return FReply::Handled();
 }

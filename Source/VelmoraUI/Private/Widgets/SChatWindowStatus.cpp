@@ -5,6 +5,7 @@
 #include "UpdateGate.h"
 #include "ViewModels/ChatViewModel.h"
 #include "Widgets/Input/SButton.h"
+#include "Widgets/SChangedFilesList.h"
 #include "Widgets/SMessageList.h"
 
 #define LOCTEXT_NAMESPACE "VelmoraUI"
@@ -42,13 +43,6 @@ bool DoesGateAllowInput()
 	return Gate == Velmora::EUpdateGateState::Ready || Gate == Velmora::EUpdateGateState::UpdateAvailable;
 }
 
-bool IsUpdateUnderWay()
-{
-	const Velmora::EUpdateGateState Gate = Velmora::FUpdateGate::Get().GetState();
-	return Gate == Velmora::EUpdateGateState::UpdateAvailable || Gate == Velmora::EUpdateGateState::Downloading
-		|| Gate == Velmora::EUpdateGateState::RestartRequired;
-}
-
 EVisibility VisibleIf(bool bCondition)
 {
 	return bCondition ? EVisibility::Visible : EVisibility::Collapsed;
@@ -76,6 +70,11 @@ void SChatWindow::OnMessagesChanged()
 		MessageList->SetMessages(ViewModel->GetMessages());
 		bPendingScrollToBottom = true;
 	}
+	if (ChangedFilesList.IsValid())
+	{
+		ChangedFilesList->UpdateFileList();
+	}
+	SyncComboBoxSelection(true);
 }
 
 FText SChatWindow::GetStatusText() const
@@ -85,7 +84,7 @@ FText SChatWindow::GetStatusText() const
 
 FSlateColor SChatWindow::GetStatusColor() const
 {
-	if (IsUpdateUnderWay())
+	if (IsUpdateButtonVisible())
 	{
 		return FSlateColor(FVelmoraUIStyles::GetUpdateAvailableColor());
 	}
@@ -156,10 +155,9 @@ bool SChatWindow::IsNewConversationButtonEnabled() const
 	return ViewModel.IsValid() && !IsBusy();
 }
 
-FSlateColor SChatWindow::GetNewConversationButtonTint() const
+bool SChatWindow::IsConversationDropdownEnabled() const
 {
-	const bool bHovered = NewConversationButton.IsValid() && NewConversationButton->IsHovered();
-	return FSlateColor(bHovered ? FVelmoraUIStyles::GetActionIconHighlightColor() : FVelmoraUIStyles::GetActionIconNormalColor());
+	return ViewModel.IsValid() && !IsBusy();
 }
 
 EVisibility SChatWindow::GetHeaderLabelVisibility() const
@@ -180,6 +178,11 @@ EVisibility SChatWindow::GetMessageListVisibility() const
 EVisibility SChatWindow::GetEmptyStateVisibility() const
 {
 	return VisibleIf(ViewModel.IsValid() && ViewModel->GetMessages().Num() == 0);
+}
+
+EVisibility SChatWindow::GetContextChipsVisibility() const
+{
+	return VisibleIf(ViewModel.IsValid() && ViewModel->HasContextFiles());
 }
 
 EVisibility SChatWindow::GetInputAreaVisibility() const
@@ -203,6 +206,14 @@ bool SChatWindow::IsCompactHeader() const
 bool SChatWindow::CanUndo() const
 {
 	return ViewModel.IsValid() && ViewModel->CanUndo();
+}
+
+void SChatWindow::OnUndoToMessage(TSharedPtr<FChatMessage> Message)
+{
+	if (const TSharedPtr<FChatViewModel> Kept = ViewModel) // The question runs frames of its own.
+	{
+		Kept->UndoToMessage(Message);
+	}
 }
 
 #undef LOCTEXT_NAMESPACE

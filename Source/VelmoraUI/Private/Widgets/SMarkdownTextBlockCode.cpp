@@ -2,6 +2,7 @@
 
 #include "Brushes/SlateRoundedBoxBrush.h"
 #include "HAL/PlatformApplicationMisc.h"
+#include "Markdown/CodeSyntax.h"
 #include "Style/VelmoraUIStyles.h"
 #include "Styling/AppStyle.h"
 #include "Styling/CoreStyle.h"
@@ -14,6 +15,27 @@
 #include "Widgets/Text/STextBlock.h"
 
 #define LOCTEXT_NAMESPACE "VelmoraUI"
+
+namespace
+{
+
+using Velmora::Markdown::FSyntaxToken;
+
+void AddCodePiece(SHorizontalBox& LineBox, const FString& Text, const FTextBlockStyle& CodeStyle, const FLinearColor& Color)
+{
+	// clang-format off
+	LineBox.AddSlot()
+	.AutoWidth()
+	[
+		SNew(STextBlock)
+		.Text(FText::FromString(Text))
+		.Font(CodeStyle.Font)
+		.ColorAndOpacity(FSlateColor(Color))
+	];
+	// clang-format on
+}
+
+} // namespace
 
 TSharedRef<SWidget> SMarkdownTextBlock::BuildCodeBlock(const FMarkdownToken& Token)
 {
@@ -43,7 +65,7 @@ TSharedRef<SWidget> SMarkdownTextBlock::BuildCodeBlock(const FMarkdownToken& Tok
 				.ScrollBarThickness(FVector2D(4.0, 4.0))
 				+ SScrollBox::Slot()
 				[
-					BuildCodeLines(Token.Content)
+					BuildCodeLines(Token.Content, Language)
 				]
 			]
 		];
@@ -85,9 +107,10 @@ TSharedRef<SWidget> SMarkdownTextBlock::BuildCodeHeader(const FString& Code, con
 	// clang-format on
 }
 
-TSharedRef<SWidget> SMarkdownTextBlock::BuildCodeLines(const FString& Code)
+TSharedRef<SWidget> SMarkdownTextBlock::BuildCodeLines(const FString& Code, const FString& Language)
 {
 	const TSharedRef<SVerticalBox> CodeBox = SNew(SVerticalBox);
+	const FTextBlockStyle& CodeStyle = FVelmoraUIStyles::GetTextStyle("Velmora.Markdown.CodeBlock");
 	if (Code.IsEmpty())
 	{
 		// Keeps the height of one line.
@@ -96,41 +119,48 @@ TSharedRef<SWidget> SMarkdownTextBlock::BuildCodeLines(const FString& Code)
 		.AutoHeight()
 		[
 			SNew(STextBlock)
-			.TextStyle(&FVelmoraUIStyles::GetTextStyle("Velmora.Markdown.CodeBlock"))
+			.TextStyle(&CodeStyle)
 			.Text(FText::GetEmpty())
 			.AutoWrapText(false)
 		];
 		// clang-format on
 		return CodeBox;
 	}
+	// In the order of the code, as the lines are: both are walked once.
+	const TArray<FSyntaxToken> Tokens = Velmora::Markdown::TokenizeCode(Code, Language);
+	int32 NextToken = 0;
 	TArray<FString> Lines;
 	Code.ParseIntoArrayLines(Lines, /*bCullEmpty*/ false);
+	int32 LineStart = 0;
 	for (const FString& Line : Lines)
 	{
+		const int32 LineEnd = LineStart + Line.Len();
+		const TSharedRef<SHorizontalBox> LineBox = SNew(SHorizontalBox);
+		bool bHasToken = false;
+		for (; NextToken < Tokens.Num() && Tokens[NextToken].Start <= LineEnd; ++NextToken)
+		{
+			// A token that crosses the end of a line belongs to none.
+			const FSyntaxToken& Token = Tokens[NextToken];
+			if (Token.Start >= LineStart && Token.End <= LineEnd)
+			{
+				AddCodePiece(*LineBox, Token.Text, CodeStyle, FVelmoraUIStyles::GetSyntaxTokenColor(Token.Type));
+				bHasToken = true;
+			}
+		}
+		if (!bHasToken)
+		{
+			AddCodePiece(*LineBox, Line, CodeStyle, FVelmoraUIStyles::GetTextColorPrimary());
+		}
 		// clang-format off
 		CodeBox->AddSlot()
 		.AutoHeight()
 		[
-			BuildCodeLine(Line)
+			LineBox
 		];
 		// clang-format on
+		LineStart = LineEnd + 1;
 	}
 	return CodeBox;
-}
-
-TSharedRef<SWidget> SMarkdownTextBlock::BuildCodeLine(const FString& Line)
-{
-	// clang-format off
-	return SNew(SHorizontalBox)
-		+ SHorizontalBox::Slot()
-		.AutoWidth()
-		[
-			SNew(STextBlock)
-			.Text(FText::FromString(Line))
-			.Font(FVelmoraUIStyles::GetTextStyle("Velmora.Markdown.CodeBlock").Font)
-			.ColorAndOpacity(FSlateColor(FVelmoraUIStyles::GetTextColorPrimary()))
-		];
-	// clang-format on
 }
 
 FReply SMarkdownTextBlock::OnCopyCodeClicked(FString Code)

@@ -1,15 +1,13 @@
 #include "Widgets/SMarkdownTextBlock.h"
 
 #include "Brushes/SlateRoundedBoxBrush.h"
-#include "Editor.h"
 #include "HAL/PlatformProcess.h"
 #include "Markdown/MarkdownParser.h"
 #include "Misc/Paths.h"
 #include "Style/VelmoraUIStyles.h"
 #include "Styling/CoreStyle.h"
 #include "Styling/SlateTypes.h"
-#include "Subsystems/AssetEditorSubsystem.h"
-#include "UObject/UObjectGlobals.h"
+#include "Widgets/AssetEditor.h"
 #include "Widgets/Input/SEditableText.h"
 #include "Widgets/Input/SHyperlink.h"
 #include "Widgets/Layout/SBorder.h"
@@ -67,19 +65,6 @@ TSharedRef<SWidget> MakeStyledWord(const FString& Text, const FName Style)
 		.TextStyle(&FVelmoraUIStyles::GetTextStyle(Style))
 		.Text(FText::FromString(Text))
 		.AutoWrapText(false);
-}
-
-void OpenAssetEditor(const FString& ObjectPath)
-{
-	UAssetEditorSubsystem* Editors = GEditor != nullptr ? GEditor->GetEditorSubsystem<UAssetEditorSubsystem>() : nullptr;
-	if (Editors == nullptr)
-	{
-		return;
-	}
-	if (UObject* Asset = StaticLoadObject(UObject::StaticClass(), nullptr, *ObjectPath))
-	{
-		Editors->OpenEditorForAsset(Asset);
-	}
 }
 
 void OpenLocalFile(const FString& Path)

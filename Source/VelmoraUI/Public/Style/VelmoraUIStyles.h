@@ -2,6 +2,7 @@
 
 #include "CoreMinimal.h"
 #include "Fonts/SlateFontInfo.h"
+#include "Markdown/CodeSyntax.h"
 #include "Style/VelmoraUIPalette.h"
 #include "Styling/ISlateStyle.h"
 #include "Styling/SlateStyle.h"
@@ -49,6 +50,9 @@ public:
 	/** The colours of a secondary action at rest and hovered, at the given opacity. */
 	static FLinearColor GetSecondaryActionNeutralColor(float Alpha);
 	static FLinearColor GetSecondaryActionNeutralHoverColor(float Alpha);
+
+	/** Of a piece of source code. A number that is no type has the colour of Default. */
+	static FLinearColor GetSyntaxTokenColor(Velmora::Markdown::ESyntaxTokenType Type);
 
 	/** Given in linear components, unlike the rows of the palette. */
 	static FLinearColor GetUpdateAvailableColor();

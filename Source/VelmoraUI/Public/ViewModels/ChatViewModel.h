@@ -5,6 +5,7 @@
 #include "Delegates/Delegate.h"
 #include "Templates/SharedPointer.h"
 #include "ViewModels/ChatMessage.h"
+#include "ViewModels/ConversationExport.h"
 
 namespace Velmora
 {
@@ -71,6 +72,15 @@ public:
 
 	/** Empties the agent's store. The list of messages stays. */
 	void ClearAllHistories();
+
+	/**
+	 * Asks the user, has the agent take back everything done since the message was sent, and cuts the list before it.
+	 * Waits for the answer. Refusals are told in the list. True when the agent has undone the changes.
+	 */
+	bool UndoToMessage(TSharedPtr<FChatMessage> Message);
+
+	/** Writes the list to a file. False when there is nothing to write or the file cannot be written. */
+	bool ExportConversation(const FString& FilePath, EConversationExportFormat Format) const;
 
 	// Files that go out with the next message. Paths are compared without letter case.
 

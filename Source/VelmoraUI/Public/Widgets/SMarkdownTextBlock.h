@@ -62,8 +62,7 @@ private:
 	// Code.
 	TSharedRef<SWidget> BuildCodeBlock(const FMarkdownToken& Token);
 	TSharedRef<SWidget> BuildCodeHeader(const FString& Code, const FString& Language);
-	TSharedRef<SWidget> BuildCodeLines(const FString& Code);
-	TSharedRef<SWidget> BuildCodeLine(const FString& Line);
+	TSharedRef<SWidget> BuildCodeLines(const FString& Code, const FString& Language);
 	FReply OnCopyCodeClicked(FString Code);
 
 	// Inline.

@@ -1,0 +1,76 @@
+#include "FileSearch/AtTokenState.h"
+
+#include "Math/UnrealMathUtility.h"
+#include "Misc/Char.h"
+
+namespace Velmora::UI
+{
+
+namespace
+{
+
+/** Letters and digits are those of FChar, so that a token does not depend on the locale of the process. */
+bool IsAtTokenChar(TCHAR Char)
+{
+	return FChar::IsAlnum(Char) || Char == TEXT('_') || Char == TEXT('.') || Char == TEXT('-') || Char == TEXT('/') || Char == TEXT('\\');
+}
+
+/** Index of the nearest '@' to the left of the cursor on its line, -1 if there is none. Blanks do not end the walk. */
+int32 FindAtBefore(const TCHAR* Text, int32 Cursor)
+{
+	int32 Index = Cursor - 1;
+	while (Index >= 0 && Text[Index] != TEXT('@'))
+	{
+		if (Text[Index] == TEXT('\n'))
+		{
+			return -1;
+		}
+		--Index;
+	}
+	return Index;
+}
+
+} // namespace
+
+FAtTokenState ComputeAtTokenState(const FString& Text, int32 CursorIndex)
+{
+	FAtTokenState State;
+	const TCHAR* const Chars = *Text;
+	const int32 Length = Text.Len();
+	const int32 Cursor = FMath::Clamp(CursorIndex, 0, Length);
+
+	State.AtIndex = FindAtBefore(Chars, Cursor);
+	if (State.AtIndex == -1)
+	{
+		return State;
+	}
+	State.TokenEnd = State.AtIndex + 1;
+	while (State.TokenEnd < Length && IsAtTokenChar(Chars[State.TokenEnd]))
+	{
+		++State.TokenEnd;
+	}
+	State.Query = Text.Mid(State.AtIndex + 1, State.TokenEnd - State.AtIndex - 1);
+	State.bActive = Cursor <= State.TokenEnd;
+	return State;
+}
+
+void ApplyAtTokenReplacement(
+	const FString& Text, int32 StartIndex, int32 EndIndex, const FString& Replacement, FString& OutText, int32& OutCursorIndex)
+{
+	const int32 Length = Text.Len();
+	if (StartIndex < 0 || EndIndex < StartIndex || EndIndex > Length)
+	{
+		OutCursorIndex = FMath::Clamp(StartIndex, 0, Length);
+		OutText = Text;
+		return;
+	}
+	FString NewText;
+	NewText.Reserve(Length - (EndIndex - StartIndex) + Replacement.Len());
+	NewText.AppendChars(*Text, StartIndex);
+	NewText.Append(Replacement);
+	NewText.AppendChars(*Text + EndIndex, Length - EndIndex);
+	OutCursorIndex = StartIndex + Replacement.Len();
+	OutText = MoveTemp(NewText);
+}
+
+} // namespace Velmora::UI

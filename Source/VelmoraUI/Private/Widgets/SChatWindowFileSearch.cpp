@@ -1,0 +1,242 @@
+#include "Widgets/SChatWindow.h"
+
+#include "FileSearch/AtTokenState.h"
+#include "FileSearch/FileIndexEntry.h"
+#include "Framework/Application/SlateApplication.h"
+#include "InputCoreTypes.h"
+#include "Math/UnrealMathUtility.h"
+#include "Misc/Paths.h"
+#include "ViewModels/ChatViewModel.h"
+#include "Widgets/Input/SMenuAnchor.h"
+#include "Widgets/Input/SMultiLineEditableTextBox.h"
+#include "Widgets/SFileSearchDropdown.h"
+
+namespace
+{
+
+/** What stands in the text for a picked file. The full path travels apart from it. */
+FString GetInsertText(const Velmora::UI::FFileIndexEntry& Entry)
+{
+	if (Entry.bIsDirectory)
+	{
+		return Entry.FilePath;
+	}
+	return Entry.FileType == Velmora::UI::EFileType::Asset ? FPaths::GetBaseFilename(Entry.FilePath) : FPaths::GetCleanFilename(Entry.FilePath);
+}
+
+/**
+ * Where a line begins; the text's length when there are not so many lines. Runs at each key over all that stands before the
+ * cursor, so line feeds are counted in blocks, without a branch for each character.
+ */
+int32 FindLineBegin(const TCHAR* Text, int32 Length, int32 TargetLine)
+{
+	constexpr int32 BlockLength = 256;
+	int32 Line = 0;
+	int32 Index = 0;
+	for (; Length - Index >= BlockLength; Index += BlockLength)
+	{
+		int32 LineFeeds = 0;
+		for (int32 Offset = 0; Offset < BlockLength; ++Offset)
+		{
+			LineFeeds += Text[Index + Offset] == TEXT('\n') ? 1 : 0;
+		}
+		if (Line + LineFeeds >= TargetLine)
+		{
+			break;
+		}
+		Line += LineFeeds;
+	}
+	for (; Line < TargetLine && Index < Length; ++Index)
+	{
+		Line += Text[Index] == TEXT('\n') ? 1 : 0;
+	}
+	return Index;
+}
+
+} // namespace
+
+TSharedRef<SWidget> SChatWindow::BuildFileSearchDropdownContent()
+{
+	FString Query;
+	if (InputTextBox.IsValid())
+	{
+		const FString& Text = CurrentInputText.ToString();
+		const Velmora::UI::FAtTokenState State = Velmora::UI::ComputeAtTokenState(Text, TextLocationToLinearIndex(Text, InputTextBox->GetCursorLocation()));
+		if (State.bActive)
+		{
+			Query = State.Query;
+		}
+	}
+	if (FileSearchDropdown.IsValid())
+	{
+		FileSearchDropdown->SetSearchQuery(Query);
+	}
+	else
+	{
+		SAssignNew(FileSearchDropdown, SFileSearchDropdown)
+			.Tag(FName("FileSearchDropdown"))
+			.InitialQuery(Query)
+			.OnFileSelected(this, &SChatWindow::OnFileSelected)
+			.OnCancelled(this, &SChatWindow::OnFileSearchCancelled);
+	}
+	if (AtFileController.IsValid())
+	{
+		AtFileController->SetLastQuery(Query);
+	}
+	return FileSearchDropdown.ToSharedRef();
+}
+
+FReply SChatWindow::OnInputKeyDown(const FGeometry& MyGeometry, const FKeyEvent& InKeyEvent)
+{
+	if (!FileSearchAnchor.IsValid() || !FileSearchAnchor->IsOpen() || !FileSearchDropdown.IsValid())
+	{
+		return FReply::Unhandled();
+	}
+	const FKey Key = InKeyEvent.GetKey();
+	if (Key == EKeys::Enter || Key == EKeys::Tab)
+	{
+		FileSearchDropdown->SelectCurrentItem();
+	}
+	else if (Key == EKeys::Escape)
+	{
+		FileSearchDropdown->Cancel();
+	}
+	else if (Key == EKeys::Up)
+	{
+		FileSearchDropdown->NavigatePrevious();
+	}
+	else if (Key == EKeys::Down)
+	{
+		FileSearchDropdown->NavigateNext();
+	}
+	else
+	{
+		return FReply::Unhandled();
+	}
+	return FReply::Handled();
+}
+
+void SChatWindow::OnInputTextChanged(const FText& NewText)
+{
+	CurrentInputText = NewText;
+	if (InputTextBox.IsValid())
+	{
+		UpdateFileSearch(InputTextBox->GetCursorLocation());
+	}
+}
+
+void SChatWindow::OnInputCursorMoved(const FTextLocation& NewLocation)
+{
+	if (InputTextBox.IsValid())
+	{
+		UpdateFileSearch(NewLocation);
+	}
+}
+
+void SChatWindow::UpdateFileSearch(const FTextLocation& Cursor)
+{
+	if (!AtFileController.IsValid() || !FileSearchAnchor.IsValid())
+	{
+		return;
+	}
+	const Velmora::UI::FAtFileReferenceController::FDropdownDelta Delta = AtFileController->Update(CurrentInputText.ToString(), Cursor);
+	AtTokenIndex = Delta.AtIndex;
+	if (Delta.bShouldClose && FileSearchAnchor->IsOpen())
+	{
+		FileSearchAnchor->SetIsOpen(false, true, 0);
+		AtFileController->Reset();
+	}
+	else if (Delta.bShouldOpen && !FileSearchAnchor->IsOpen())
+	{
+		// The keyboard stays in the prompt.
+		FileSearchAnchor->SetIsOpen(true, false, 0);
+	}
+	if (Delta.bQueryChanged && FileSearchDropdown.IsValid())
+	{
+		FileSearchDropdown->SetSearchQuery(Delta.Query);
+	}
+}
+
+void SChatWindow::OnFileSelected(const Velmora::UI::FFileIndexEntry& Entry)
+{
+	if (!ViewModel.IsValid())
+	{
+		return;
+	}
+	ViewModel->AddContextFile(Entry.FilePath);
+	if (InputTextBox.IsValid() && AtFileController.IsValid())
+	{
+		const Velmora::UI::FAtFileReferenceController::FReplacement Replacement =
+			AtFileController->BuildReplacement(CurrentInputText.ToString(), InputTextBox->GetCursorLocation(), GetInsertText(Entry));
+		if (Replacement.bApplied)
+		{
+			// Neither the change nor the jump of the cursor may open the dropdown again.
+			const Velmora::UI::FAtFileReferenceController::FScopedSuppression Suppression = AtFileController->SuppressUpdates();
+			CurrentInputText = FText::FromString(Replacement.NewText);
+			InputTextBox->SetText(CurrentInputText);
+			InputTextBox->GoTo(Replacement.NewCursor);
+		}
+	}
+	CloseFileSearch();
+}
+
+void SChatWindow::OnFileSearchCancelled()
+{
+	CloseFileSearch();
+}
+
+void SChatWindow::CloseFileSearch()
+{
+	AtTokenIndex = -1;
+	if (FileSearchAnchor.IsValid())
+	{
+		FileSearchAnchor->SetIsOpen(false, true, 0);
+	}
+	if (AtFileController.IsValid())
+	{
+		AtFileController->Reset();
+	}
+	if (InputTextBox.IsValid())
+	{
+		FSlateApplication::Get().SetKeyboardFocus(InputTextBox, EFocusCause::SetDirectly);
+	}
+}
+
+int32 SChatWindow::TextLocationToLinearIndex(const FString& Text, const FTextLocation& Location)
+{
+	const int32 TargetLine = FMath::Max(Location.GetLineIndex(), 0);
+	const int32 TargetOffset = FMath::Max(Location.GetOffset(), 0);
+	const TCHAR* const Begin = *Text;
+	const int32 Length = Text.Len();
+	const int32 LineBegin = FindLineBegin(Begin, Length, TargetLine);
+	// A column beyond its line is a place that does not exist.
+	for (int32 Index = LineBegin; Index < Length; ++Index)
+	{
+		if (Index - LineBegin == TargetOffset)
+		{
+			return Index;
+		}
+		if (Begin[Index] == TEXT('\n'))
+		{
+			break;
+		}
+	}
+	return Length;
+}
+
+FTextLocation SChatWindow::LinearIndexToTextLocation(const FString& Text, int32 Index)
+{
+	const TCHAR* const Begin = *Text;
+	const int32 End = FMath::Clamp(Index, 0, Text.Len());
+	int32 Line = 0;
+	int32 LineBegin = 0;
+	for (int32 Position = 0; Position < End; ++Position)
+	{
+		if (Begin[Position] == TEXT('\n'))
+		{
+			++Line;
+			LineBegin = Position + 1;
+		}
+	}
+	return FTextLocation(Line, End - LineBegin);
+}

@@ -1,0 +1,356 @@
+#include "Widgets/SChatWindow.h"
+
+#include "Agent/ConversationHistoryManager.h"
+#include "Async/Async.h"
+#include "HAL/IConsoleManager.h"
+#include "Logging/LogMacros.h"
+#include "Misc/AssertionMacros.h"
+#include "Misc/DateTime.h"
+#include "Style/VelmoraUIStyles.h"
+#include "Styling/AppStyle.h"
+#include "ViewModels/ChatViewModel.h"
+#include "ViewModels/ConversationLabel.h"
+#include "Widgets/Images/SImage.h"
+#include "Widgets/Layout/SBorder.h"
+#include "Widgets/SBoxPanel.h"
+#include "Widgets/SNullWidget.h"
+#include "Widgets/Text/STextBlock.h"
+
+#define LOCTEXT_NAMESPACE "VelmoraUI"
+
+DEFINE_LOG_CATEGORY_STATIC(LogConversationHistory, Log, All);
+
+using Velmora::FConversationMetadata;
+
+namespace
+{
+
+TAutoConsoleVariable<int32> ForceSyncHistoryRefresh(
+	TEXT("velmora.ConversationHistoryRefresh.ForceSync"),
+	0,
+	TEXT("If non-zero, forces synchronous conversation history refresh on the game thread (will stall UI)."));
+
+FString GetAgeOfConversation(const FConversationMetadata& Conversation)
+{
+	return FConversationLabel::MakeAge(Conversation.LastUpdated, FDateTime::Now());
+}
+
+} // namespace
+
+TSharedRef<SWidget> SChatWindow::BuildConversationSelector()
+{
+	// clang-format off
+	return SAssignNew(ConversationComboBox, SComboBox<TSharedPtr<FConversationMetadata>>)
+		.Tag(FName("ConversationComboBox"))
+		.OptionsSource(&ConversationHistories)
+		.OnGenerateWidget(this, &SChatWindow::OnGenerateConversationWidget)
+		.OnSelectionChanged(this, &SChatWindow::OnConversationSelected)
+		.IsEnabled(this, &SChatWindow::IsConversationDropdownEnabled)
+		.ToolTipText(LOCTEXT("ConversationHistoryTooltip", "Conversations are stored in the Velmora folder in your Engine's Saved folder"))
+		[
+			SNew(SHorizontalBox)
+			+ SHorizontalBox::Slot()
+			.AutoWidth()
+			.VAlign(VAlign_Center)
+			[
+				SNew(SImage)
+				.Image(FVelmoraUIStyles::GetBrush("Toolbar_ChatHistory_32"))
+				.ColorAndOpacity(FSlateColor(FVelmoraUIStyles::GetActionIconNormalColor()))
+				.DesiredSizeOverride(FVector2D(15.0, 15.0))
+			]
+			+ SHorizontalBox::Slot()
+			.AutoWidth()
+			.VAlign(VAlign_Center)
+			.Padding(4.0f, 0.0f, 0.0f, 0.0f)
+			[
+				SNew(STextBlock)
+				.Tag(FName("ConversationId"))
+				.Text(this, &SChatWindow::GetConversationHeaderIdText)
+				.Font(FVelmoraUIStyles::GetSmallFont())
+				.ColorAndOpacity(FSlateColor(FVelmoraUIStyles::GetTextColorSecondary()))
+			]
+			+ SHorizontalBox::Slot()
+			.FillWidth(1.0f)
+			.VAlign(VAlign_Center)
+			.Padding(4.0f, 0.0f, 0.0f, 0.0f)
+			[
+				SNew(STextBlock)
+				.Tag(FName("ConversationTitle"))
+				.Text(this, &SChatWindow::GetConversationHeaderTitleText)
+				.Font(FAppStyle::GetFontStyle("NormalFont"))
+				.OverflowPolicy(ETextOverflowPolicy::Ellipsis)
+			]
+			+ SHorizontalBox::Slot()
+			.AutoWidth()
+			.VAlign(VAlign_Center)
+			.Padding(6.0f, 0.0f, 0.0f, 0.0f)
+			[
+				SNew(STextBlock)
+				.Tag(FName("ConversationAge"))
+				.Text(this, &SChatWindow::GetConversationHeaderTimeText)
+				.Font(FVelmoraUIStyles::GetSmallFont())
+				.ColorAndOpacity(FSlateColor(FVelmoraUIStyles::GetTextColorSecondary()))
+			]
+		];
+	// clang-format on
+}
+
+void SChatWindow::RequestRefreshConversationHistoriesAsync()
+{
+	if (ForceSyncHistoryRefresh.GetValueOnGameThread() != 0)
+	{
+		RefreshConversationHistories();
+		return;
+	}
+	if (!ViewModel.IsValid())
+	{
+		return;
+	}
+	bool bExpected = false;
+	if (!bHistoryRefreshInFlight.compare_exchange_strong(bExpected, true))
+	{
+		bHistoryRefreshQueued.store(true);
+		return;
+	}
+	const uint64 RequestId = HistoryRefreshRequestId.fetch_add(1) + 1;
+	AsyncTask(ENamedThreads::AnyBackgroundThreadNormalTask, [WeakWindow = TWeakPtr<SChatWindow>(SharedThis(this)), RequestId]() mutable
+	{
+		// A store object of its own: they are not shared between threads.
+		Velmora::FConversationHistoryManager Manager;
+		Manager.Initialize(ReadHistorySaveDir(WeakWindow));
+		TArray<FConversationMetadata> Summaries = Manager.GetConversationSummaries();
+		AsyncTask(ENamedThreads::GameThread, [WeakWindow = MoveTemp(WeakWindow), RequestId, Summaries = MoveTemp(Summaries)]() mutable
+		{
+			if (const TSharedPtr<SChatWindow> Window = WeakWindow.Pin())
+			{
+				Window->FinishHistoryRefresh(RequestId, MoveTemp(Summaries));
+			}
+		});
+	});
+}
+
+FString SChatWindow::ReadHistorySaveDir(const TWeakPtr<SChatWindow>& WeakWindow)
+{
+	TSharedPtr<SChatWindow> Window = WeakWindow.Pin();
+	if (!Window.IsValid())
+	{
+		return FString();
+	}
+	const FString SaveDir = Window->ConversationHistorySaveDir;
+	// All others may have let go of the window in the meantime. It must not die here, so the reference goes to the game thread.
+	AsyncTask(ENamedThreads::GameThread, [Window = MoveTemp(Window)]() mutable { Window.Reset(); });
+	return SaveDir;
+}
+
+void SChatWindow::FinishHistoryRefresh(uint64 RequestId, TArray<FConversationMetadata>&& Summaries)
+{
+	UE_LOG(LogConversationHistory, Verbose, TEXT("Refresh %llu found %d conversations."), RequestId, Summaries.Num());
+	RebuildConversationHistoriesFrom(MoveTemp(Summaries));
+	// In this order no request is lost: after the first store it starts a worker, before the second it is seen there.
+	bHistoryRefreshInFlight.store(false);
+	if (bHistoryRefreshQueued.exchange(false))
+	{
+		RequestRefreshConversationHistoriesAsync();
+	}
+}
+
+void SChatWindow::RefreshConversationHistories()
+{
+	if (ViewModel.IsValid())
+	{
+		SetConversationOptions(ViewModel->GetConversationHistories());
+	}
+}
+
+void SChatWindow::RebuildConversationHistoriesFrom(TArray<FConversationMetadata> Summaries)
+{
+	check(IsInGameThread());
+	if (ViewModel.IsValid())
+	{
+		SetConversationOptions(MoveTemp(Summaries));
+	}
+}
+
+void SChatWindow::SetConversationOptions(TArray<FConversationMetadata>&& Summaries)
+{
+	ConversationHistories.Empty(Summaries.Num() + 1);
+	const TSharedPtr<FConversationMetadata> Current = ViewModel->GetCurrentConversationMetadata();
+	const auto IsCurrent = [&Current](const FConversationMetadata& Summary) { return FConversationLabel::IsSame(Summary, *Current); };
+	if (Current.IsValid() && !Summaries.ContainsByPredicate(IsCurrent))
+	{
+		// Not stored yet; it stands at the top all the same.
+		ConversationHistories.Add(Current);
+	}
+	for (FConversationMetadata& Summary : Summaries)
+	{
+		ConversationHistories.Add(MakeShared<FConversationMetadata>(MoveTemp(Summary)));
+	}
+	if (ConversationComboBox.IsValid())
+	{
+		ConversationComboBox->RefreshOptions();
+		if (const TSharedPtr<FConversationMetadata> Option = FindConversationOption(SelectedConversation))
+		{
+			// The choice is the same as before, but another object stands for it, and the box goes by objects.
+			SelectedConversation = Option;
+			ConversationComboBox->SetSelectedItem(Option);
+		}
+		SyncComboBoxSelection(false);
+	}
+}
+
+TSharedPtr<FConversationMetadata> SChatWindow::FindConversationOption(const TSharedPtr<FConversationMetadata>& Conversation) const
+{
+	const auto IsIt = [&Conversation](const TSharedPtr<FConversationMetadata>& Option)
+	{ return Option.IsValid() && Conversation.IsValid() && FConversationLabel::IsSame(*Option, *Conversation); };
+	const TSharedPtr<FConversationMetadata>* const Found = ConversationHistories.FindByPredicate(IsIt);
+	return Found != nullptr ? *Found : nullptr;
+}
+
+void SChatWindow::SyncComboBoxSelection(bool bRequestRefreshIfMissing)
+{
+	if (!ViewModel.IsValid() || !ConversationComboBox.IsValid())
+	{
+		return;
+	}
+	const TSharedPtr<FConversationMetadata> Current = ViewModel->GetCurrentConversationMetadata();
+	if (!Current.IsValid() || (SelectedConversation.IsValid() && FConversationLabel::IsSame(*SelectedConversation, *Current)))
+	{
+		return;
+	}
+	if (const TSharedPtr<FConversationMetadata> Option = FindConversationOption(Current))
+	{
+		// First of all remembered: the box tells of the selection, and what is selected already is not loaded again.
+		SelectedConversation = Option;
+		ConversationComboBox->SetSelectedItem(Option);
+	}
+	else if (bRequestRefreshIfMissing)
+	{
+		RequestRefreshConversationHistoriesAsync();
+	}
+}
+
+void SChatWindow::OnConversationSelected(TSharedPtr<FConversationMetadata> Item, ESelectInfo::Type SelectInfo)
+{
+	if (!Item.IsValid() || !ViewModel.IsValid())
+	{
+		return;
+	}
+	if (SelectedConversation.IsValid() && FConversationLabel::IsSame(*SelectedConversation, *Item))
+	{
+		return;
+	}
+	SelectedConversation = Item;
+	if (ViewModel->LoadConversation(Item->Id))
+	{
+		SyncModeComboBoxSelection();
+		RequestRefreshConversationHistoriesAsync();
+	}
+}
+
+FString SChatWindow::OnGenerateConversationTitle(TSharedPtr<FConversationMetadata> Item) const
+{
+	return Item.IsValid() ? FConversationLabel::MakeTitle(*Item) : FString();
+}
+
+TSharedRef<SWidget> SChatWindow::OnGenerateConversationWidget(TSharedPtr<FConversationMetadata> Item)
+{
+	if (!Item.IsValid())
+	{
+		return SNew(STextBlock).Text(LOCTEXT("InvalidItem", "Invalid"));
+	}
+	const TSharedPtr<FConversationMetadata> Current = ViewModel.IsValid() ? ViewModel->GetCurrentConversationMetadata() : nullptr;
+	const bool bIsCurrent = Current.IsValid() && FConversationLabel::IsSame(*Current, *Item);
+	const FString Details = FString::Printf(TEXT("[%s] · %s"), *FConversationLabel::MakeShortId(*Item), *GetAgeOfConversation(*Item));
+	TSharedRef<SWidget> Badge = SNullWidget::NullWidget;
+	// clang-format off
+	if (bIsCurrent)
+	{
+		Badge = SNew(SBorder)
+			.BorderImage(FAppStyle::GetBrush("ToolPanel.GroupBorder"))
+			.Padding(FMargin(6.0f, 2.0f))
+			[
+				SNew(STextBlock)
+				.Text(LOCTEXT("CurrentConversationBadge", "Current"))
+				.Font(FAppStyle::GetFontStyle("SmallFont"))
+			];
+	}
+	return SNew(SBorder)
+		.BorderImage(FAppStyle::GetBrush("NoBorder"))
+		.Padding(FMargin(0.0f, 2.0f))
+		[
+			SNew(SVerticalBox)
+			+ SVerticalBox::Slot()
+			.AutoHeight()
+			[
+				SNew(SHorizontalBox)
+				+ SHorizontalBox::Slot()
+				.FillWidth(1.0f)
+				.VAlign(VAlign_Center)
+				[
+					SNew(STextBlock)
+					.Text(FText::FromString(OnGenerateConversationTitle(Item)))
+					.Font(FAppStyle::GetFontStyle("NormalFont"))
+					.OverflowPolicy(ETextOverflowPolicy::Ellipsis)
+				]
+				+ SHorizontalBox::Slot()
+				.AutoWidth()
+				.VAlign(VAlign_Center)
+				.Padding(6.0f, 0.0f, 0.0f, 0.0f)
+				[
+					Badge
+				]
+			]
+			+ SVerticalBox::Slot()
+			.AutoHeight()
+			.Padding(0.0f, 2.0f, 0.0f, 0.0f)
+			[
+				SNew(STextBlock)
+				.Text(FText::FromString(Details))
+				.Font(FAppStyle::GetFontStyle("SmallFont"))
+				.ColorAndOpacity(FSlateColor(FVelmoraUIStyles::GetTextColorSecondary()))
+			]
+		];
+	// clang-format on
+}
+
+FText SChatWindow::GetConversationDropdownText() const
+{
+	if (!ViewModel.IsValid())
+	{
+		return LOCTEXT("NoConversation", "No chats yet");
+	}
+	const FString Title = ViewModel->GetCurrentConversationTitle();
+	if (Title.IsEmpty())
+	{
+		return LOCTEXT("NewConversationHeader", "Current: New chat");
+	}
+	return FText::Format(LOCTEXT("CurrentConversationHeader", "Current: {0}"), FText::FromString(Title));
+}
+
+FText SChatWindow::GetConversationHeaderIdText() const
+{
+	const TSharedPtr<FConversationMetadata> Current = ViewModel.IsValid() ? ViewModel->GetCurrentConversationMetadata() : nullptr;
+	return Current.IsValid() ? FText::FromString(TEXT("[") + FConversationLabel::MakeShortId(*Current) + TEXT("]")) : FText::GetEmpty();
+}
+
+FText SChatWindow::GetConversationHeaderTitleText() const
+{
+	if (!ViewModel.IsValid())
+	{
+		return LOCTEXT("NoConversation", "No chats yet");
+	}
+	const TSharedPtr<FConversationMetadata> Current = ViewModel->GetCurrentConversationMetadata();
+	if (!Current.IsValid())
+	{
+		return LOCTEXT("NewConversationHeaderTitle", "New conversation");
+	}
+	return FText::FromString(OnGenerateConversationTitle(Current));
+}
+
+FText SChatWindow::GetConversationHeaderTimeText() const
+{
+	const TSharedPtr<FConversationMetadata> Current = ViewModel.IsValid() ? ViewModel->GetCurrentConversationMetadata() : nullptr;
+	return Current.IsValid() ? FText::FromString(GetAgeOfConversation(*Current)) : FText::GetEmpty();
+}
+
+#undef LOCTEXT_NAMESPACE

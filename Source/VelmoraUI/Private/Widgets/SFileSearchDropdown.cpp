@@ -1,0 +1,285 @@
+#include "Widgets/SFileSearchDropdown.h"
+
+#include "FileSearch/FileSearchViewModel.h"
+#include "InputCoreTypes.h"
+#include "Style/VelmoraUIStyles.h"
+#include "Styling/AppStyle.h"
+#include "Widgets/Layout/SBorder.h"
+#include "Widgets/Layout/SBox.h"
+#include "Widgets/SBoxPanel.h"
+#include "Widgets/SFileSearchItem.h"
+#include "Widgets/SOverlay.h"
+#include "Widgets/Text/STextBlock.h"
+#include "Widgets/Views/STableRow.h"
+
+#define LOCTEXT_NAMESPACE "VelmoraUI"
+
+void SFileSearchDropdown::Construct(const FArguments& InArgs)
+{
+	using Velmora::UI::FFileSearchViewModel;
+	OnFileSelected = InArgs._OnFileSelected;
+	OnCancelled = InArgs._OnCancelled;
+	SelectedIndex = 0;
+	ViewModel = MakeShared<FFileSearchViewModel>();
+	ViewModel->OnResultsChanged().AddSP(this, &SFileSearchDropdown::OnResultsChanged);
+	if (!InArgs._InitialQuery.IsEmpty())
+	{
+		ViewModel->SetSearchQuery(InArgs._InitialQuery);
+	}
+
+	// clang-format off
+	ChildSlot
+	[
+		SNew(SBorder)
+		.BorderImage(FAppStyle::GetBrush("Menu.Background"))
+		.BorderBackgroundColor(FSlateColor(FVelmoraUIStyles::GetToolMessageBackgroundColor().CopyWithNewOpacity(0.95f)))
+		.Padding(FMargin(4.0f))
+		[
+			SNew(SBox)
+			.MinDesiredWidth(400.0f)
+			.MaxDesiredWidth(600.0f)
+			.MaxDesiredHeight(400.0f)
+			[
+				SNew(SVerticalBox)
+				+ SVerticalBox::Slot()
+				.FillHeight(1.0f)
+				.Padding(4.0f, 0.0f)
+				[
+					SNew(SOverlay)
+					+ SOverlay::Slot()
+					[
+						SNew(SBox)
+						.Visibility(this, &SFileSearchDropdown::GetResultsListVisibility)
+						[
+							BuildResultsList()
+						]
+					]
+					+ SOverlay::Slot()
+					.HAlign(HAlign_Center)
+					.VAlign(VAlign_Center)
+					[
+						SNew(SBox)
+						.Visibility(this, &SFileSearchDropdown::GetNoResultsVisibility)
+						[
+							BuildNoResultsMessage()
+						]
+					]
+					+ SOverlay::Slot()
+					.HAlign(HAlign_Center)
+					.VAlign(VAlign_Center)
+					[
+						SNew(SBox)
+						.Visibility(this, &SFileSearchDropdown::GetLoadingVisibility)
+						[
+							BuildLoadingIndicator()
+						]
+					]
+				]
+			]
+		]
+	];
+	// clang-format on
+	ShowSelectedIndex();
+}
+
+TSharedRef<SWidget> SFileSearchDropdown::BuildResultsList()
+{
+	// Not focusable: a press on the list leaves the keyboard in the text box.
+	return SAssignNew(ResultsListView, SListView<FItem>)
+		.ListItemsSource(&ListItems)
+		.SelectionMode(ESelectionMode::Single)
+		.IsFocusable(false)
+		.OnGenerateRow(this, &SFileSearchDropdown::OnGenerateRow)
+		.OnMouseButtonClick(this, &SFileSearchDropdown::OnListItemClicked)
+		.OnMouseButtonDoubleClick(this, &SFileSearchDropdown::OnListItemDoubleClicked);
+}
+
+TSharedRef<SWidget> SFileSearchDropdown::BuildNoResultsMessage()
+{
+	return SNew(STextBlock)
+		.Text(this, &SFileSearchDropdown::GetNoResultsText)
+		.Font(FVelmoraUIStyles::GetBodyFont())
+		.ColorAndOpacity(FSlateColor(FVelmoraUIStyles::GetTextColorSecondary()));
+}
+
+TSharedRef<SWidget> SFileSearchDropdown::BuildLoadingIndicator()
+{
+	return SNew(STextBlock)
+		.Text(LOCTEXT("IndexingFiles", "Indexing files..."))
+		.Font(FVelmoraUIStyles::GetBodyFont())
+		.ColorAndOpacity(FSlateColor(FVelmoraUIStyles::GetTextColorSecondary()));
+}
+
+void SFileSearchDropdown::SetSearchQuery(const FString& Query)
+{
+	if (ViewModel.IsValid())
+	{
+		ViewModel->SetSearchQuery(Query);
+	}
+}
+
+FString SFileSearchDropdown::GetSearchQuery() const
+{
+	return ViewModel.IsValid() ? ViewModel->GetSearchQuery() : FString();
+}
+
+void SFileSearchDropdown::NavigateNext()
+{
+	if (ListItems.Num() > 0)
+	{
+		SelectedIndex = SelectedIndex + 1 < ListItems.Num() ? SelectedIndex + 1 : 0;
+		ShowSelectedIndex();
+	}
+}
+
+void SFileSearchDropdown::NavigatePrevious()
+{
+	if (ListItems.Num() > 0)
+	{
+		SelectedIndex = SelectedIndex > 0 ? SelectedIndex - 1 : ListItems.Num() - 1;
+		ShowSelectedIndex();
+	}
+}
+
+void SFileSearchDropdown::ShowSelectedIndex()
+{
+	if (ResultsListView.IsValid() && ListItems.IsValidIndex(SelectedIndex))
+	{
+		ResultsListView->SetSelection(ListItems[SelectedIndex], ESelectInfo::Direct);
+		ResultsListView->RequestScrollIntoView(ListItems[SelectedIndex]);
+	}
+}
+
+void SFileSearchDropdown::SelectCurrentItem()
+{
+	if (ListItems.IsValidIndex(SelectedIndex))
+	{
+		ReportItem(ListItems[SelectedIndex]);
+	}
+}
+
+void SFileSearchDropdown::ReportItem(const FItem& Item)
+{
+	if (Item.IsValid())
+	{
+		// Held: whoever hears of the pick may set a query, which makes all items anew.
+		const FItem Kept = Item;
+		OnFileSelected.ExecuteIfBound(Kept->Entry);
+	}
+}
+
+void SFileSearchDropdown::Cancel()
+{
+	OnCancelled.ExecuteIfBound();
+}
+
+FReply SFileSearchDropdown::OnPreviewKeyDown(const FGeometry& MyGeometry, const FKeyEvent& InKeyEvent)
+{
+	const FKey Key = InKeyEvent.GetKey();
+	if (Key == EKeys::Escape)
+	{
+		Cancel();
+	}
+	else if (Key == EKeys::Up)
+	{
+		NavigatePrevious();
+	}
+	else if (Key == EKeys::Down)
+	{
+		NavigateNext();
+	}
+	else if (Key == EKeys::Enter)
+	{
+		SelectCurrentItem();
+	}
+	else
+	{
+		return FReply::Unhandled();
+	}
+	return FReply::Handled();
+}
+
+TSharedRef<ITableRow> SFileSearchDropdown::OnGenerateRow(FItem Item, const TSharedRef<STableViewBase>& OwnerTable)
+{
+	// The pointer meets the row alone, so that a hovered row has one look and not two.
+	// clang-format off
+	return SNew(STableRow<FItem>, OwnerTable)
+		[
+			SNew(SFileSearchItem)
+			.Visibility(EVisibility::HitTestInvisible)
+			.FileEntry(Item->Entry)
+			.SearchQuery(GetSearchQuery())
+			.IsSelected(false)
+		];
+	// clang-format on
+}
+
+void SFileSearchDropdown::OnListItemClicked(FItem Item)
+{
+	ReportItem(Item);
+}
+
+void SFileSearchDropdown::OnListItemDoubleClicked(FItem Item)
+{
+	ReportItem(Item);
+}
+
+void SFileSearchDropdown::OnResultsChanged(const TArray<Velmora::UI::FFileSearchResult>& Results)
+{
+	using Velmora::UI::FFileSearchResult;
+	ListItems.Empty(Results.Num());
+	for (const FFileSearchResult& Result : Results)
+	{
+		ListItems.Add(MakeShared<FFileSearchResult>(Result));
+	}
+	if (ResultsListView.IsValid())
+	{
+		ResultsListView->RequestListRefresh();
+	}
+	// Enter picks the best match.
+	SelectedIndex = 0;
+	ShowSelectedIndex();
+}
+
+void SFileSearchDropdown::OnSearchTextChanged(const FText& Text)
+{
+	SetSearchQuery(Text.ToString());
+	SelectedIndex = 0;
+}
+
+void SFileSearchDropdown::OnSearchTextCommitted(const FText& Text, ETextCommit::Type CommitType)
+{
+	if (CommitType == ETextCommit::OnEnter)
+	{
+		SelectCurrentItem();
+	}
+}
+
+FText SFileSearchDropdown::GetNoResultsText() const
+{
+	const bool bIdle = ViewModel.IsValid() && !ViewModel->IsReady() && !ViewModel->IsIndexing();
+	return bIdle ? LOCTEXT("FileIndexNotReady", "File index not ready") : LOCTEXT("NoFilesFound", "No files found");
+}
+
+EVisibility SFileSearchDropdown::GetResultsListVisibility() const
+{
+	return ViewModel.IsValid() && ListItems.Num() > 0 && ViewModel->IsReady() ? EVisibility::Visible : EVisibility::Collapsed;
+}
+
+EVisibility SFileSearchDropdown::GetNoResultsVisibility() const
+{
+	if (!ViewModel.IsValid())
+	{
+		return EVisibility::Collapsed;
+	}
+	const bool bNothingFound = ViewModel->IsReady() && !ViewModel->GetSearchQuery().IsEmpty() && ListItems.IsEmpty();
+	const bool bIdle = !ViewModel->IsReady() && !ViewModel->IsIndexing();
+	return bNothingFound || bIdle ? EVisibility::Visible : EVisibility::Collapsed;
+}
+
+EVisibility SFileSearchDropdown::GetLoadingVisibility() const
+{
+	return ViewModel.IsValid() && ViewModel->IsIndexing() ? EVisibility::Visible : EVisibility::Collapsed;
+}
+
+#undef LOCTEXT_NAMESPACE

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "CoreMinimal.h"
+#include "Templates/SharedPointer.h"
+
+class FUICommandList;
+
+/**
+ * When the commands of the code indexes may run, and what they do. A handler may be run by other means than a menu, so it
+ * checks again and tells by a toast why it does nothing. Game thread; long work runs on a thread of its own.
+ */
+class VELMORAUI_API FCodeIntelCommandActions
+{
+public:
+	/** Maps every command of FCodeIntelCommands, which must be registered. */
+	static void RegisterHandlers(TSharedPtr<FUICommandList> List);
+
+	static bool CanExecuteIndexOperation();
+	static bool CanExecuteReconcile();
+	static bool CanExecuteEngineIndexOperation();
+	static bool CanExecuteEngineReconcile();
+
+	static void HandleRebuildIndex();
+	static void HandleCompactIndex();
+	static void HandleReconcileIndex();
+	/** Shows a report in a modal window. */
+	static void HandleViewStatus();
+	static void HandleOpenSettings();
+	static void HandleRebuildEngineIndex();
+	/** Without a question. */
+	static void HandleClearEngineIndex();
+	static void HandleReconcileEngineIndex();
+
+private:
+	static FString BuildStatusReport();
+};

@@ -1,0 +1,231 @@
+#include "ChatWindowTest.h"
+
+#include "History/FileHistoryTracker.h"
+#include "Host/HostEditor.h"
+#include "Host/HostPaths.h"
+#include "Misc/Paths.h"
+#include "Support/Base/TempFolder.h"
+#include "Widgets/Layout/SExpandableArea.h"
+#include "Widgets/SBoxPanel.h"
+#include "Widgets/SChangedFilesList.h"
+
+class FChatWindowContextTest : public FChatWindowTest
+{
+protected:
+	void SetUp() override
+	{
+		FChatWindowTest::SetUp();
+		ProjectDirBefore = FPaths::ProjectDir();
+		FHostPaths::SetProjectDir(Project.At());
+		FHostEditor::StartUp();
+		Connect();
+	}
+
+	void TearDown() override
+	{
+		FFileHistoryTracker::Get().Operations.Empty();
+		FHostEditor::ShutDown();
+		FHostPaths::SetProjectDir(ProjectDirBefore);
+		FChatWindowTest::TearDown();
+	}
+
+	void Attach(std::initializer_list<const TCHAR*> Files)
+	{
+		for (const TCHAR* File : Files)
+		{
+			ViewModel->AddContextFile(File);
+		}
+		PumpFrame();
+	}
+
+	/** Names of the chips, clipped or not. */
+	FTextList GetChips() const
+	{
+		FTextList Names;
+		FChildren* Chips = Window->ContextChipsContainer->GetChildren();
+		for (int32 Index = 0; Index < Chips->Num(); ++Index)
+		{
+			const std::string Dumped = DumpWidgets(*Chips->GetChildAt(Index));
+			EXPECT_TRUE(Dumped.ends_with("', SButton[STextBlock '×']]]")) << Dumped;
+			const size_t Begin = Dumped.find('\'') + 1;
+			Names.push_back(Dumped.substr(Begin, Dumped.find('\'', Begin) - Begin));
+		}
+		return Names;
+	}
+
+	/** Walks by Tab until a chip's button has the keyboard; its index. */
+	int32 TabToChip()
+	{
+		for (int Step = 0; Step < 40; ++Step)
+		{
+			PressKey("Tab");
+			FChildren* Chips = Window->ContextChipsContainer->GetChildren();
+			for (int32 Index = 0; Index < Chips->Num(); ++Index)
+			{
+				if (Chips->GetChildAt(Index)->HasFocusedDescendants())
+				{
+					return Index;
+				}
+			}
+		}
+		return INDEX_NONE;
+	}
+
+	FTempFolder Project;
+	FString ProjectDirBefore;
+};
+
+TEST_F(FChatWindowContextTest, ChipsAreNamedByWhatIsAttached)
+{
+	Project.Write("Source/Game/A.cpp", "");
+	Project.Write("Source/v1.2/A.cpp", "");
+	EXPECT_FALSE(IsShown(FWidgetTest::FindByTag("InputTextBox")) && FWidgetFinder::FindByTag("ContextChips").IsValid()) << "no files, no row";
+	struct FCase
+	{
+		const TCHAR* File;
+		const char* Name;
+	};
+	const FCase Cases[] = {
+		{ TEXT("Source/Game/A.cpp"), "A.cpp" },
+		{ TEXT("Source/Missing.h"), "Missing.h" },
+		{ TEXT("Content/Maps/Start.umap"), "Start" },
+		{ TEXT("Content/DT_Dash.UASSET"), "DT_Dash" },
+		{ TEXT("Source/Game"), "Source/Game" },
+		{ TEXT("Source/v1.2"), "v1.2" },
+		{ TEXT("Docs/LICENSE"), "LICENSE" },
+	};
+	FTextList Names;
+	for (const FCase& Case : Cases)
+	{
+		Attach({ Case.File });
+		Names.push_back(Case.Name);
+		EXPECT_EQ(GetChips(), Names);
+	}
+	EXPECT_EQ(Utf8(FindByText("A.cpp")->GetToolTipText()), "Source/Game/A.cpp");
+}
+
+TEST_F(FChatWindowContextTest, AChipGoesByItsCross)
+{
+	Attach({ TEXT("A.h"), TEXT("B.h"), TEXT("C.h") });
+	Prompt("see A.h");
+	Click(FWidgetFinder::FindByText(TEXT("×"))[1]);
+	EXPECT_EQ(GetChips(), (FTextList{ "A.h", "C.h" }));
+	EXPECT_TRUE(Window->InputTextBox->HasKeyboardFocus()) << "who clicked goes on typing";
+	TypeText("!");
+	EXPECT_EQ(GetPrompt(), "see A.h!") << "the text stays";
+	Window->OnRemoveContextFile(TEXT("a.H"));
+	Window->OnRemoveContextFile(TEXT("Never.h"));
+	EXPECT_EQ(GetChips(), (FTextList{ "C.h" }));
+	PressKey("CTRL+Enter");
+	EXPECT_EQ(GetChips(), FTextList()) << "what was sent is no longer attached";
+}
+
+TEST_F(FChatWindowContextTest, ARowWiderThanTheWindowIsClippedAndReachedByKey)
+{
+	for (int Index = 0; Index < 30; ++Index)
+	{
+		Attach({ *FString::Printf(TEXT("Source/QuiteALongName%02d.cpp"), Index) });
+	}
+	const FSlateRect Row = GetRect(*FindByTag("ContextChips"));
+	EXPECT_LE(Row.Right, 1280.0f);
+	for (const TSharedRef<SWidget>& Widget : App().GetPathUnderPoint(FVector2D(Row.Right + 1.0, (Row.Top + Row.Bottom) * 0.5)))
+	{
+		EXPECT_NE(Utf8(Widget->GetType().ToString()), "SButton") << "nothing of a chip reaches beyond the row";
+	}
+	Click(Window->InputTextBox.ToSharedRef());
+	ASSERT_EQ(TabToChip(), 0);
+	for (int Index = 1; Index < 30; ++Index)
+	{
+		ASSERT_EQ(TabToChip(), Index);
+	}
+	PumpFrame();
+	const FSlateRect Last = GetRect(*Window->ContextChipsContainer->GetChildren()->GetChildAt(29));
+	EXPECT_TRUE(Last.Width() > 0.0f && Last.Left >= Row.Left && Last.Right <= Row.Right) << "it is in view while it has the keyboard";
+	PressKey("SpaceBar");
+	EXPECT_EQ(GetChips().size(), 29u);
+	EXPECT_EQ(GetChips().back(), "QuiteALongName28.cpp");
+	PressKey("Enter");
+	EXPECT_EQ(GetChips().back(), "QuiteALongName27.cpp") << "the keyboard is on the last chip again";
+	for (int Left = 28; Left > 0; --Left)
+	{
+		PressKey("Enter");
+	}
+	EXPECT_EQ(GetChips(), FTextList());
+	EXPECT_TRUE(Window->InputTextBox->HasKeyboardFocus()) << "behind the last chip comes the prompt";
+}
+
+TEST_F(FChatWindowContextTest, AnotherViewModelTakesOver)
+{
+	Attach({ TEXT("A.h") });
+	const TSharedPtr<FChatViewModel> Before = ViewModel;
+	const TSharedPtr<FTestAgent> OtherAgent = MakeShared<FTestAgent>();
+	OtherAgent->HoldConversation(TEXT("c2"));
+	const TSharedPtr<FChatViewModel> Other = MakeShared<FChatViewModel>();
+	ASSERT_TRUE(Other->Initialize(OtherAgent));
+	Window->SetViewModel(Other);
+	Before->AddContextFile(TEXT("B.h"));
+	EXPECT_EQ(GetChips(), (FTextList{ "A.h" })) << "the old one is no longer listened to";
+	Other->AddContextFile(TEXT("C.h"));
+	EXPECT_EQ(GetChips(), (FTextList{ "C.h" }));
+	EXPECT_EQ(Utf8(Window->GetCurrentConversationId()), "c2");
+	Window->SetViewModel(nullptr);
+	EXPECT_EQ(Utf8(Window->GetCurrentConversationId()), "");
+}
+
+TEST_F(FChatWindowContextTest, ChangedFilesFollowTheMessages)
+{
+	FFileHistoryTracker::Get().Operations.FindOrAdd(TEXT("c1")).FindOrAdd(TEXT("g")).Add({ TEXT("Source/A.cpp"), 1, FDateTime::Now() });
+	EXPECT_EQ(Utf8(Window->ChangedFilesList->GetChangedFilesCount()), "Changed Files");
+	Agent->FireMessage(TEXT("done"));
+	PumpSeconds(0.5);
+	EXPECT_EQ(Utf8(Window->ChangedFilesList->GetChangedFilesCount()), "Changed Files (1)");
+	Project.Write("Source/A.cpp", "");
+	FindOne<SExpandableArea>("SExpandableArea")->SetExpanded(true);
+	PumpFrame();
+	Click(FindByText("A.cpp"));
+	ASSERT_EQ(FHostEditor::GetOpenedSources().Num(), 1);
+	EXPECT_EQ(Utf8(FHostEditor::GetOpenedSources()[0].Path), Project.AtBytes("Source/A.cpp"));
+}
+
+TEST_F(FChatWindowContextTest, AClickOpensWhatThePathNames)
+{
+	for (const char* File : { "Source/A.cpp", "Docs/notes.md", "LICENSE", "Content/Maps/Start.umap", "Content/X.uasset" })
+	{
+		Project.Write(File, "");
+	}
+	struct FCase
+	{
+		FString Path;
+		std::string Opened;
+	};
+	const std::string Folder = Project.Bytes;
+	const FCase Cases[] = {
+		{ TEXT("/Game/Maps/Start"), "asset /Game/Maps/Start.Start" },
+		{ TEXT("/Game/Maps/Missing"), "" },
+		{ TEXT("/Game/../../etc/passwd"), "" },
+		{ TEXT("/etc/passwd"), "" },
+		{ TEXT("Source/A.cpp"), "source " + Folder + "/Source/A.cpp" },
+		{ TEXT("Source\\A.cpp"), "source " + Folder + "/Source/A.cpp" },
+		{ TEXT("Source/./B/../A.cpp"), "source " + Folder + "/Source/A.cpp" },
+		{ TEXT("Docs/notes.md"), "source " + Folder + "/Docs/notes.md" },
+		{ TEXT("LICENSE"), "source " + Folder + "/LICENSE" },
+		{ TEXT("Source/Gone.h"), "" },
+		{ TEXT("Content/X.uasset"), "" },
+		{ TEXT(""), "" },
+	};
+	for (const FCase& Case : Cases)
+	{
+		FHostEditor::ClearRecords();
+		Window->OnFileClicked(Case.Path);
+		std::string Opened;
+		for (const FString& Asset : FHostEditor::GetOpenedAssets())
+		{
+			Opened += "asset " + Utf8(Asset);
+		}
+		for (const FHostOpenedSource& Source : FHostEditor::GetOpenedSources())
+		{
+			Opened += "source " + Utf8(Source.Path);
+		}
+		EXPECT_EQ(Opened, Case.Opened) << Utf8(Case.Path);
+	}
+}

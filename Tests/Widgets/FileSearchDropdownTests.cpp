@@ -1,0 +1,259 @@
+#include "FileSearchProject.h"
+#include "VelmoraWidgetTest.h"
+
+#include "FileSearch/FileSearchViewModel.h"
+#include "Styling/AppStyle.h"
+#include "Widgets/Layout/SBox.h"
+#include "Widgets/Layout/SBorder.h"
+#include "Widgets/SFileSearchDropdown.h"
+#include "Widgets/SFileSearchItem.h"
+
+using Velmora::UI::EFileType;
+using Velmora::UI::FFileIndexEntry;
+
+class FFileSearchDropdownTest : public FVelmoraWidgetTest
+{
+protected:
+	void ShowDropdown(const TCHAR* Query = TEXT(""))
+	{
+		// clang-format off
+		Show(
+			SNew(SBox)
+			.HAlign(HAlign_Left)
+			.VAlign(VAlign_Top)
+			[
+				SAssignNew(Dropdown, SFileSearchDropdown)
+				.InitialQuery(Query)
+				.OnFileSelected_Lambda([this](const FFileIndexEntry& Entry) { Picked.push_back(Utf8(FPaths::GetCleanFilename(Entry.FilePath))); })
+				.OnCancelled_Lambda([this]() { Picked.push_back("cancelled"); })
+			]);
+		// clang-format on
+	}
+
+	/** Names of the items, the selected one in brackets. */
+	std::string DumpItems() const
+	{
+		std::string Names;
+		for (const TSharedPtr<Velmora::UI::FFileSearchResult>& Item : Dropdown->ListItems)
+		{
+			const std::string Name = Utf8(FPaths::GetCleanFilename(Item->Entry.FilePath));
+			const bool bSelected = Dropdown->ResultsListView->IsItemSelected(Item);
+			Names += (Names.empty() ? "" : " ") + (bSelected ? "[" + Name + "]" : Name);
+		}
+		return Names;
+	}
+
+	FTextList TakePicked()
+	{
+		FTextList Taken;
+		Taken.swap(Picked);
+		return Taken;
+	}
+
+	bool Press(const FKey& Key)
+	{
+		return Dropdown->OnPreviewKeyDown(FGeometry(), FKeyEvent(Key, FModifierKeysState(), false)).IsEventHandled();
+	}
+
+	TSharedPtr<SFileSearchDropdown> Dropdown;
+	FTextList Picked;
+};
+
+TEST_F(FFileSearchDropdownTest, ShowsTheBestMatchesAndSelectsTheFirst)
+{
+	const FFileSearchProject Project({ "src/wolf.h", "src/wolf2.cpp", "src/sub/wolf33.ini", "other.txt" });
+	ShowDropdown();
+	EXPECT_EQ(VisibleTexts(), FTextList()) << "no query, no words";
+	EXPECT_EQ(GetRect(*Dropdown).Width(), 408.0f);
+	Dropdown->SetSearchQuery(TEXT("wolf"));
+	PumpFrame();
+	EXPECT_EQ(DumpItems(), "[wolf.h] wolf2.cpp wolf33.ini");
+	Dropdown->NavigateNext();
+	EXPECT_EQ(DumpItems(), "wolf.h [wolf2.cpp] wolf33.ini");
+	Dropdown->SetSearchQuery(TEXT("wolf"));
+	EXPECT_EQ(DumpItems(), "wolf.h [wolf2.cpp] wolf33.ini") << "the query is the same";
+	Dropdown->OnSearchTextChanged(FText::FromString(TEXT("Wolf")));
+	EXPECT_EQ(DumpItems(), "[wolf.h] wolf2.cpp wolf33.ini");
+	EXPECT_EQ(Utf8(Dropdown->GetSearchQuery()), "Wolf");
+	Dropdown->SetSearchQuery(TEXT("qqq"));
+	PumpFrame();
+	EXPECT_EQ(VisibleTexts(), (FTextList{ "No files found" }));
+}
+
+TEST_F(FFileSearchDropdownTest, AnInitialQueryIsSearchedForAtOnce)
+{
+	const FFileSearchProject Project({ "wolf.h", "wolf2.h" });
+	ShowDropdown(TEXT("wolf"));
+	EXPECT_EQ(DumpItems(), "[wolf.h] wolf2.h");
+	Dropdown->SelectCurrentItem();
+	EXPECT_EQ(TakePicked(), (FTextList{ "wolf.h" }));
+}
+
+TEST_F(FFileSearchDropdownTest, KeysWalkRoundAndPick)
+{
+	const FFileSearchProject Project({ "wolf.h", "wolf2.h", "wolf33.h", "fox.h" });
+	ShowDropdown(TEXT("wolf"));
+	EXPECT_TRUE(Press(EKeys::Up));
+	EXPECT_EQ(DumpItems(), "wolf.h wolf2.h [wolf33.h]");
+	EXPECT_TRUE(Press(EKeys::Down));
+	EXPECT_EQ(DumpItems(), "[wolf.h] wolf2.h wolf33.h");
+	EXPECT_TRUE(Press(EKeys::Down));
+	EXPECT_TRUE(Press(EKeys::Enter));
+	EXPECT_TRUE(Press(EKeys::Escape));
+	EXPECT_FALSE(Press(EKeys::Tab));
+	EXPECT_FALSE(Press(EKeys::A));
+	EXPECT_EQ(TakePicked(), (FTextList{ "wolf2.h", "cancelled" }));
+	Dropdown->OnSearchTextCommitted(FText(), ETextCommit::OnUserMovedFocus);
+	Dropdown->OnSearchTextCommitted(FText(), ETextCommit::OnEnter);
+	EXPECT_EQ(TakePicked(), (FTextList{ "wolf2.h" }));
+
+	Dropdown->SetSearchQuery(TEXT("fox"));
+	for (const FKey& Key : { EKeys::Up, EKeys::Down, EKeys::Down })
+	{
+		Press(Key);
+		EXPECT_EQ(DumpItems(), "[fox.h]") << "one item is first and last";
+	}
+	Dropdown->SetSearchQuery(TEXT("qqq"));
+	for (const FKey& Key : { EKeys::Up, EKeys::Down, EKeys::Enter })
+	{
+		EXPECT_TRUE(Press(Key)) << "there is nothing, and the key is taken all the same";
+	}
+	EXPECT_EQ(TakePicked(), FTextList());
+}
+
+TEST_F(FFileSearchDropdownTest, TheMousePicksAndTheKeyboardSelectionStaysInView)
+{
+	std::vector<std::string> Files;
+	for (int Index = 10; Index < 90; ++Index)
+	{
+		Files.push_back("wolf" + std::to_string(Index) + ".h");
+	}
+	const FFileSearchProject Project(Files);
+	ShowDropdown(TEXT("wolf"));
+	EXPECT_EQ(Dropdown->ListItems.Num(), 50);
+	EXPECT_EQ(GetRect(*Dropdown).Height(), 408.0f);
+	EXPECT_LT(Dropdown->ResultsListView->GetNumGeneratedChildren(), 20) << "rows are made for what is in view";
+	Dropdown->NavigatePrevious();
+	PumpFrame();
+	EXPECT_EQ(DumpItems().find("[wolf59.h]"), DumpItems().size() - 10);
+	Click(FindByText(Project.PathOf("wolf58.h")));
+	EXPECT_EQ(TakePicked(), (FTextList{ "wolf58.h" }));
+	Dropdown->SetSearchQuery(TEXT("wol"));
+	PumpFrame();
+	PumpFrame();
+	EXPECT_TRUE(IsShown(FindByText(Project.PathOf("wolf10.h")))) << "new results stand at their best";
+	Dropdown->OnListItemDoubleClicked(Dropdown->ListItems[1]);
+	Dropdown->OnListItemDoubleClicked(nullptr);
+	EXPECT_EQ(TakePicked(), (FTextList{ "wolf11.h" }));
+}
+
+TEST_F(FFileSearchDropdownTest, ItStaysQuietWithoutAViewModel)
+{
+	ShowDropdown();
+	Dropdown->ViewModel.Reset();
+	Dropdown->SetSearchQuery(TEXT("x"));
+	PumpFrame();
+	EXPECT_EQ(VisibleTexts(), FTextList());
+	EXPECT_EQ(Utf8(Dropdown->GetSearchQuery()), "");
+}
+
+namespace
+{
+	/** Puts a cache that knows nothing yet in the place of the process's own. */
+	class FFreshFileCache
+	{
+	public:
+		FFreshFileCache() { std::swap(Velmora::FProjectFileCache::Get().Monitor, Fresh.Monitor); }
+		~FFreshFileCache() { std::swap(Velmora::FProjectFileCache::Get().Monitor, Fresh.Monitor); }
+
+	private:
+		Velmora::FProjectFileCache Fresh;
+	};
+}
+
+TEST_F(FFileSearchDropdownTest, SaysWhatTheIndexIsDoing)
+{
+	std::vector<std::string> Files;
+	for (int Index = 0; Index < 4000; ++Index)
+	{
+		Files.push_back("d" + std::to_string(Index / 100) + "/wolf" + std::to_string(Index) + ".h");
+	}
+	const FFileSearchProject Project(Files);
+	const FFreshFileCache Fresh;
+	ShowDropdown();
+	EXPECT_EQ(VisibleTexts(), (FTextList{ "File index not ready" })) << "whatever the query";
+	Dropdown->SetSearchQuery(TEXT("wolf"));
+	PumpFrame();
+	EXPECT_EQ(VisibleTexts(), (FTextList{ "File index not ready" }));
+
+	Velmora::FProjectFileCache& Cache = Velmora::FProjectFileCache::Get();
+	Cache.StartIndexing();
+	PumpFrame();
+	const FTextList Texts = VisibleTexts();
+	if (Cache.IsIndexing())
+	{
+		EXPECT_EQ(Texts, (FTextList{ "Indexing files..." }));
+	}
+	else
+	{
+		ADD_FAILURE() << "the scan of 4000 files took less than a frame";
+	}
+	Project.Rescan();
+	PumpFrame();
+	EXPECT_EQ(VisibleTexts(), (FTextList{ "No files found" })) << "until a different query comes";
+	Dropdown->SetSearchQuery(TEXT("wolf3999"));
+	PumpFrame();
+	EXPECT_EQ(VisibleTexts(), (FTextList{ Project.PathOf("wolf3999.h") }));
+}
+
+class FFileSearchItemTest : public FVelmoraWidgetTest
+{
+};
+
+TEST_F(FFileSearchItemTest, LooksFollowKindAndSelection)
+{
+	struct FCase
+	{
+		bool bIsDirectory;
+		EFileType Type;
+		const char* Icon;
+	};
+	const FCase Cases[] = {
+		{ false, EFileType::Code, "ClassIcon.C" },
+		{ false, EFileType::Asset, "ClassIcon.BlueprintCore" },
+		{ false, EFileType::Config, "Icons.Settings" },
+		{ false, EFileType::Other, "Icons.GenericFile" },
+		{ false, static_cast<EFileType>(9), "Icons.GenericFile" },
+		{ true, EFileType::Code, "Icons.FolderClosed" },
+	};
+	TSharedPtr<SFileSearchItem> Item;
+	for (const FCase& Case : Cases)
+	{
+		FFileIndexEntry Entry;
+		Entry.DisplayPath = TEXT("Source/Shown");
+		Entry.FilePath = TEXT("Source/Shown.x");
+		Entry.bIsDirectory = Case.bIsDirectory;
+		Entry.FileType = Case.Type;
+		// clang-format off
+		Show(
+			SNew(SBox)
+			.HAlign(HAlign_Left)
+			.VAlign(VAlign_Top)
+			[
+				SAssignNew(Item, SFileSearchItem)
+				.FileEntry(Entry)
+				.SearchQuery(TEXT("own"))
+			]);
+		// clang-format on
+		EXPECT_EQ(Item->GetFileIcon(), FAppStyle::GetBrush(Case.Icon));
+		EXPECT_EQ(VisibleTexts(), (FTextList{ "Source/Shown" }));
+		EXPECT_EQ(DumpWidgets(*Item->BuildHighlightedText()), "STextBlock 'Source/Shown'");
+	}
+	EXPECT_TRUE(Item->GetBackgroundColor() == FSlateColor(FLinearColor(0.0f, 0.0f, 0.0f, 0.0f)));
+	EXPECT_TRUE(Item->GetTextColor() == FSlateColor::UseForeground());
+	Hover(Item.ToSharedRef());
+	EXPECT_TRUE(Item->GetBackgroundColor() == FSlateColor(FVelmoraUIStyles::FromHexSRGB(TEXT("2B2A2A")).CopyWithNewOpacity(0.5f)));
+	Item->SetIsSelected(true);
+	EXPECT_TRUE(Item->GetBackgroundColor() == FSlateColor(FVelmoraUIStyles::FromHexSRGB(TEXT("95E7FFFF")) * 0.6f)) << "selected goes before hovered";
+	EXPECT_TRUE(Item->GetTextColor() == FSlateColor(FLinearColor::White));
+}

@@ -1,0 +1,139 @@
+#include "Containers/Ticker.h"
+#include "Host/HostEditor.h"
+#include "VelmoraWidgetTest.h"
+#include "Widgets/SIndexProgressWidget.h"
+
+class FIndexProgressTest : public FVelmoraWidgetTest
+{
+protected:
+	void SetUp() override
+	{
+		FVelmoraWidgetTest::SetUp();
+		FHostEditor::StartUp();
+		Widget = SNew(SIndexProgressWidget);
+		Show(Widget.ToSharedRef());
+	}
+
+	void TearDown() override
+	{
+		Widget.Reset();
+		FHostEditor::ShutDown();
+		FVelmoraWidgetTest::TearDown();
+	}
+
+	std::string TimeLeft(int32 Processed, int32 Total, double Elapsed)
+	{
+		Widget->UpdateProgress(Processed, Total, FString(), Elapsed);
+		return Utf8(Widget->GetTimeRemainingText().ToString());
+	}
+
+	std::string FileText(const std::string& Path)
+	{
+		Widget->UpdateProgress(1, 2, FString(Path.c_str()), 1.0);
+		return Utf8(Widget->GetCurrentFileText().ToString());
+	}
+
+	float Opacity() const { return Widget->GetAnimatedOpacity().A; }
+
+	TSharedPtr<SIndexProgressWidget> Widget;
+};
+
+TEST_F(FIndexProgressTest, FollowsABuildFromStartToFadeOut)
+{
+	EXPECT_EQ(Opacity(), 0.0f);
+	EXPECT_EQ(VisibleTexts(), (FTextList{ "Code Intelligence Index" }));
+
+	Widget->UpdateProgress(0, 0, FString(), 0.0);
+	EXPECT_TRUE(Widget->IsBuilding());
+	PumpFrame(0.1);
+	EXPECT_EQ(VisibleTexts(), (FTextList{ "Code Intelligence Index", "Starting index build...", "Calculating time remaining...", "Cancel" }));
+	EXPECT_GT(Opacity(), 0.0f);
+	EXPECT_LT(Opacity(), 1.0f);
+	PumpSeconds(0.3);
+	EXPECT_EQ(Opacity(), 1.0f);
+
+	Widget->UpdateProgress(1234, 10000, TEXT("Source/A.cpp"), 0.5);
+	PumpSeconds(2.0);
+	const double Elapsed = Widget->ElapsedSeconds;
+	EXPECT_NEAR(Elapsed, 2.4, 0.05) << "counted from the first update";
+	EXPECT_EQ(VisibleTexts(), (FTextList{ "Code Intelligence Index", "Building index: 1,234/10,000 files (12%)", "Current: Source/A.cpp", "Estimated: 17 seconds remaining", "Cancel" }));
+	EXPECT_NEAR(Widget->GetProgressPercent().GetValue(), 0.1234f, 0.0001f);
+
+	Widget->SetComplete(true, FText::GetEmpty());
+	PumpFrame();
+	EXPECT_EQ(VisibleTexts(), (FTextList{ "Code Intelligence Index", "Index build completed successfully!" }));
+	EXPECT_EQ(DumpKey(Widget->GetCompletionMessage()), "CodeIntel,BuildSuccess: Index build completed successfully!");
+	// The fade-out shows one minus its opacity, so it begins at nothing and comes back.
+	FHostEditor::ShutDown();
+	PumpSeconds(1.0);
+	EXPECT_EQ(Opacity(), 1.0f);
+	Widget->Reset();
+	EXPECT_EQ(Opacity(), 0.0f);
+	EXPECT_FALSE(Widget->IsBuilding());
+}
+
+TEST_F(FIndexProgressTest, TheCompletionFadesOutAfterThreeSeconds)
+{
+	Widget->UpdateProgress(1, 2, FString(), 1.0);
+	Widget->SetComplete(false, INVTEXT("No."));
+	PumpSeconds(0.5);
+	EXPECT_EQ(VisibleTexts().back(), "No.");
+	EXPECT_FALSE(Widget->FadeOutAnimator.IsAnimating());
+	FTSTicker::GetCoreTicker().Tick(3.1f);
+	EXPECT_TRUE(Widget->FadeOutAnimator.IsAnimating());
+	Widget->Tick(FGeometry(), 0.0, 0.25f);
+	EXPECT_NEAR(Opacity(), 0.5f, 0.01f);
+	Widget->Tick(FGeometry(), 0.0, 0.3f);
+	EXPECT_EQ(Opacity(), 1.0f);
+}
+
+TEST_F(FIndexProgressTest, EstimatesTheTimeLeft)
+{
+	const struct
+	{
+		int32 Processed;
+		int32 Total;
+		double Elapsed;
+		const char* Text;
+	} Cases[] = {
+		{ 0, 10, 5.0, "Calculating time remaining..." },
+		{ 5, 0, 5.0, "Calculating time remaining..." },
+		{ 5, 10, 0.99, "Calculating time remaining..." },
+		{ 5, 10, 1.0, "Estimated: 1 seconds remaining" },
+		{ 10, 20, 24.9, "Estimated: 25 seconds remaining" },
+		{ 10, 20, 59.6, "Estimated: 60 seconds remaining" },
+		{ 10, 20, 60.0, "Estimated: 1m 0s remaining" },
+		{ 1, 10, 10.0, "Estimated: 1m 30s remaining" },
+		{ 10, 20, 150.5, "Estimated: 2m 31s remaining" },
+		{ 10, 20, 119.7, "Estimated: 1m 60s remaining" },
+	};
+	for (const auto& Case : Cases)
+	{
+		EXPECT_EQ(TimeLeft(Case.Processed, Case.Total, Case.Elapsed), Case.Text) << Case.Processed << '/' << Case.Total << ' ' << Case.Elapsed;
+	}
+}
+
+TEST_F(FIndexProgressTest, ShortensLongPaths)
+{
+	EXPECT_EQ(FileText(""), "");
+	EXPECT_EQ(FileText("A.cpp"), "Current: A.cpp");
+	const std::string Eighty = std::string(73, 'f') + "/N.cpp1";
+	ASSERT_EQ(Eighty.size(), 80u);
+	EXPECT_EQ(FileText(Eighty), "Current: " + Eighty);
+	// One more: three dots and the last 76 characters.
+	EXPECT_EQ(FileText("x" + Eighty), "Current: ..." + ("x" + Eighty).substr(5));
+	const std::string LongName(80, 'n');
+	EXPECT_EQ(FileText("folder/" + LongName), "Current: ..." + LongName);
+	const std::string Name74(74, 'n');
+	EXPECT_EQ(FileText("folder/" + Name74), "Current: ...r/" + Name74);
+	EXPECT_EQ(FileText("folder/" + Name74 + "n"), "Current: ..." + Name74 + "n");
+}
+
+TEST_F(FIndexProgressTest, CancelHidesAndDoesNotStop)
+{
+	Widget->UpdateProgress(1, 2, FString(), 1.0);
+	PumpSeconds(0.5);
+	Click(FindByText("Cancel"));
+	EXPECT_TRUE(Widget->FadeOutAnimator.IsAnimating());
+	EXPECT_TRUE(Widget->IsBuilding());
+}
