@@ -80,13 +80,14 @@ FString FDesktopOptions::Parse(const TArray<FString>& Arguments)
 			}
 		}
 		const auto Is = [&Name](const TCHAR* Option) { return Name.Equals(Option); };
-		if (Is(TEXT("--headless")) || Is(TEXT("--help")) || Is(TEXT("-h")) || Is(TEXT("--version")))
+		if (Is(TEXT("--headless")) || Is(TEXT("--draft")) || Is(TEXT("--help")) || Is(TEXT("-h")) || Is(TEXT("--version")))
 		{
 			if (bHasValue)
 			{
 				return FString::Printf(TEXT("%s takes no value."), *Name);
 			}
 			bHeadless = bHeadless || Is(TEXT("--headless"));
+			bDraft = bDraft || Is(TEXT("--draft"));
 			bShowHelp = bShowHelp || Is(TEXT("--help")) || Is(TEXT("-h"));
 			bShowVersion = bShowVersion || Is(TEXT("--version"));
 			continue;
@@ -170,6 +171,8 @@ FString FDesktopOptions::GetHelp()
 		TEXT("  --now TIME         begin at this local time, such as 2026-01-31T12:00:00, and let\n")
 		TEXT("                     time pass by a sixtieth of a second a frame: the same run\n")
 		TEXT("                     gives the same pictures and dumps, byte by byte\n")
+		TEXT("  --draft            put back the prompt that was not sent last time, and keep this\n")
+		TEXT("                     one, as a session in a window does; for scripts\n")
 		TEXT("  --headless         no window: the same program, painted into memory\n")
 		TEXT("  --size WxH         size of the window in pixels (default 1280x800)\n")
 		TEXT("  --scale F          pixels per unit, 0.5 to 4 (default: GDK_SCALE, or 1)\n")
@@ -183,8 +186,7 @@ FString FDesktopOptions::GetHelp()
 		+ FScriptFile::GetHelp()
 		+ TEXT("NAME is #Tag (the tags are in a dump), the whole text of a widget, or the first\n")
 		TEXT("line of its tooltip. It must name exactly one thing. A line that begins with #\n")
-		TEXT("is a comment. A dialog that no step answers takes No or Cancel. There is\n")
-		TEXT("no file dialog yet, and so no step for one.\n")
+		TEXT("is a comment. A dialog that no step answers takes No or Cancel.\n")
 		TEXT("\n")
 		TEXT("Exit codes: 0 all went well, 1 something failed, 2 a wrong option or a script\n")
 		TEXT("that could not be run to its end (the message names the line).\n");

@@ -16,6 +16,8 @@ struct FDesktopOptions
 	FString DumpFile;
 	FString ScreenshotFile;
 	FString ScriptFile;
+	/** Keep and restore the unsent prompt as a session in a window does. */
+	bool bDraft = false;
 	/** The local time at which simulated time begins; unset for real time. */
 	TOptional<FDateTime> Now;
 

@@ -1,18 +1,24 @@
 #include "DesktopProgram.h"
 
 #include "ConversationPrinter.h"
+#include "EditorServices.h"
+#include "DraftKeeper.h"
 #include "Framework/Application/SlateApplication.h"
 #include "Framework/Docking/TabManager.h"
 #include "HAL/PlatformTime.h"
 #include "Host/HostAppStyle.h"
 #include "Host/HostDialogs.h"
+#include "Host/HostIniStore.h"
 #include "Host/HostModules.h"
 #include "Host/HostPaths.h"
 #include "Host/HostPlugins.h"
+#include "Host/HostSettings.h"
 #include "Host/HostTasks.h"
 #include "Host/Platform.h"
+#include "Host/ProjectFileCacheControl.h"
 #include "Host/ProjectFolder.h"
 #include "Host/SDockArea.h"
+#include "Host/StoreLocation.h"
 #include "Host/UpdateGateControl.h"
 #include "Host/WidgetFinder.h"
 #include "Misc/FileHelper.h"
@@ -62,7 +68,14 @@ FDesktopProgram::FDesktopProgram(const FDesktopOptions& InOptions)
 {
 }
 
-FDesktopProgram::~FDesktopProgram() = default;
+FDesktopProgram::~FDesktopProgram()
+{
+	if (Settings)
+	{
+		Settings->Finish();
+		IHostConfigStore::SetCurrent(nullptr);
+	}
+}
 
 int32 FDesktopProgram::Fail(const FString& Sentence) const
 {
@@ -87,12 +100,6 @@ bool FDesktopProgram::SetUpFolders()
 	FHostPaths::SetProjectDir(Project);
 	FHostPaths::SetEngineDir(HomeFolder / TEXT("Host/Engine"));
 	FHostPaths::SetEngineSavedDir(GetUserDataFolder());
-	FString ReleaseComplaint;
-	if (!Velmora::FUpdateGateControl::ReadReleaseFile(FPaths::EngineSavedDir() / TEXT("Velmora/Release.json"), ReleaseComplaint))
-	{
-		// A broken file keeps nobody from working.
-		PrintToStandardError(TEXT("velmora: ") + ReleaseComplaint + TEXT("\n"));
-	}
 	FPluginDescriptor Descriptor;
 	FString Complaint;
 	if (!ReadPluginDescription(HomeFolder / TEXT("Velmora.uplugin"), Descriptor, Complaint))
@@ -102,7 +109,18 @@ bool FDesktopProgram::SetUpFolders()
 	}
 	FHostPlugins::RegisterPlugin(TEXT("Velmora"), HomeFolder, Descriptor);
 	Velmora::SetProjectFolder(Project);
+	SetUpServices();
 	return true;
+}
+
+void FDesktopProgram::SetUpServices()
+{
+	Settings = MakeShared<FHostIniStore>(FPaths::ProjectSavedDir() / TEXT("Config/LinuxEditor"));
+	IHostConfigStore::SetCurrent(Settings);
+	// A broken release file keeps nobody from working. There is no place for a toast yet.
+	Velmora::FUpdateGateControl::SetProblemHandler([](const FString& Sentence) { PrintToStandardError(TEXT("velmora: ") + Sentence + TEXT("\n")); });
+	const FString Folder = FPaths::EngineSavedDir() / TEXT("Velmora");
+	Velmora::FUpdateGateControl::Follow(Folder / TEXT("Release.json"), Folder / TEXT("Updates"));
 }
 
 bool FDesktopProgram::SetUpWindow()
@@ -134,6 +152,7 @@ bool FDesktopProgram::SetUpWindow()
 		Window = FHostPlatform::CreateHeadlessWindow(Options.Size, Scale);
 	}
 	FHostPlatform::InstallLauncher(!bHasDisplay);
+	FEditorServices::Install();
 	FHostAppStyle::Initialize(HomeFolder / TEXT("Host/Engine/Resources/AppStyle"));
 	FSlateApplication::Create(Window.ToSharedRef());
 	FSlateApplication::Get().SetFrameHook([this]()
@@ -146,8 +165,18 @@ bool FDesktopProgram::SetUpWindow()
 	});
 	FHostDialogs::Install();
 	FProblemToasts::Install(!bHasDisplay);
+	Velmora::FUpdateGateControl::SetProblemHandler([](const FString& Sentence) { FProblemToasts::Tell(Sentence); });
+	FHostPlatform::SetDisplayLostHandler([this]()
+	{
+		if (Draft)
+		{
+			Draft->Finish();
+		}
+		Settings->Finish();
+	});
 	DockArea = SNew(SDockArea);
 	FGlobalTabmanager::Get()->SetDockArea(DockArea);
+	FHostSettings::Install();
 	FSlateApplication::Get().SetRootContent(DockArea.ToSharedRef());
 	return true;
 }
@@ -417,15 +446,26 @@ int32 FDesktopProgram::Run()
 		return 1;
 	}
 	OpenTab();
+	if (Options.bDraft || (bHasDisplay && !Options.HasAction()))
+	{
+		Draft = MakeUnique<FDraftKeeper>(Velmora::GetStoreLocation().GetDraftPath());
+	}
 	const int32 Result = Options.HasAction() ? RunActions() : (bHasDisplay ? RunWindow() : RunLines());
 
 	// In the order in which an editor goes down: tabs, modules, threads, window.
 	FSlateApplication::Get().SetFrameHook(nullptr);
+	FHostPlatform::SetDisplayLostHandler(nullptr);
+	Draft.Reset();
+	Velmora::FUpdateGateControl::StopFollowing();
 	FGlobalTabmanager::Get()->CloseAllTabs();
 	FModuleManager::Get().UnloadModulesAtShutdown();
 	FGlobalTabmanager::Get()->SetDockArea(nullptr);
 	DockArea.Reset();
+	Settings->Finish();
+	Velmora::FUpdateGateControl::SetProblemHandler(nullptr);
 	FProblemToasts::Uninstall();
+	FEditorServices::Uninstall();
+	Velmora::FProjectFileCacheControl::Shutdown();
 	FHostTasks::Shutdown();
 	FSlateApplication::Shutdown();
 	Window.Reset();

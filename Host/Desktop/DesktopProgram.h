@@ -6,6 +6,8 @@
 #include "ScriptRunner.h"
 
 class FChatViewModel;
+class FDraftKeeper;
+class FHostIniStore;
 class SDockArea;
 
 /** The program: makes the window, loads the module as an editor would, opens its tab and runs frames. */
@@ -31,6 +33,8 @@ private:
 	bool LoadScript();
 	int32 RunScript();
 	bool SetUpFolders();
+	/** Settings, and the release file that says whether this version may be used. */
+	void SetUpServices();
 	bool SetUpWindow();
 	bool LoadModule();
 	void OpenTab();
@@ -50,6 +54,9 @@ private:
 	TSharedPtr<IHostWindow> Window;
 	TSharedPtr<SDockArea> DockArea;
 	TUniquePtr<FScriptRunner> Script;
+	/** Null in runs without a user, who would find a prompt that was not theirs. */
+	TUniquePtr<FDraftKeeper> Draft;
+	TSharedPtr<FHostIniStore> Settings;
 	bool bScriptRuns = false;
 	bool bHasDisplay = false;
 };

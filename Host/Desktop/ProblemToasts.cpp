@@ -14,9 +14,11 @@ namespace
 	/** Long enough to read a path and a reason. */
 	constexpr float ProblemSeconds = 8.0f;
 
-	void ShowProblem(const FString& Sentence, bool bAlsoPrint)
+	bool bPrintsProblems = false;
+
+	void ShowProblem(const FString& Sentence)
 	{
-		if (bAlsoPrint)
+		if (bPrintsProblems)
 		{
 			PrintToStandardError(TEXT("velmora: ") + Sentence + TEXT("\n"));
 		}
@@ -37,13 +39,19 @@ namespace
 
 void FProblemToasts::Install(bool bAlsoPrint)
 {
-	FHostPlatform::SetProblemHandler([bAlsoPrint](const FString& Sentence) { ShowProblem(Sentence, bAlsoPrint); });
-	FHostServices::SetSaveFailureHook([bAlsoPrint](const FString& Path, const FString& Reason)
+	bPrintsProblems = bAlsoPrint;
+	FHostPlatform::SetProblemHandler([](const FString& Sentence) { ShowProblem(Sentence); });
+	FHostServices::SetSaveFailureHook([](const FString& Path, const FString& Reason)
 	{
 		// Saves fail on any thread, and a toast within the save itself could be asked for while widgets are laid out.
 		const FString Sentence = FString::Printf(TEXT("%s could not be saved: %s"), *Path, *Reason);
-		AsyncTask(ENamedThreads::GameThread, [Sentence, bAlsoPrint]() { ShowProblem(Sentence, bAlsoPrint); });
+		AsyncTask(ENamedThreads::GameThread, [Sentence]() { ShowProblem(Sentence); });
 	});
+}
+
+void FProblemToasts::Tell(const FString& Sentence)
+{
+	ShowProblem(Sentence);
 }
 
 void FProblemToasts::Uninstall()

@@ -1,5 +1,6 @@
 #include "ScriptFile.h"
 
+#include "Host/UpdateGateControl.h"
 #include "Misc/CString.h"
 #include "StateWords.h"
 
@@ -23,6 +24,7 @@ namespace
 		NameAndNotches,
 		Seconds,
 		StateAndSeconds,
+		GateState,
 		Frames,
 		Size,
 	};
@@ -47,7 +49,9 @@ namespace
 		{ TEXT("wait state"), EScriptVerb::WaitState, EScriptArguments::StateAndSeconds, TEXT("wait state NAME SECONDS"), TEXT("until the conversation is in that state") },
 		{ TEXT("tick"), EScriptVerb::Tick, EScriptArguments::Frames, TEXT("tick N"), TEXT("lets N frames pass") },
 		{ TEXT("resize"), EScriptVerb::Resize, EScriptArguments::Size, TEXT("resize W H"), TEXT("changes the size of the window (pixels)") },
+		{ TEXT("answer file"), EScriptVerb::AnswerFile, EScriptArguments::Name, TEXT("answer file PATH"), TEXT("saves there in the open save dialog, replacing a file") },
 		{ TEXT("answer"), EScriptVerb::Answer, EScriptArguments::Name, TEXT("answer BUTTON"), TEXT("presses that button of the open dialog") },
+		{ TEXT("update"), EScriptVerb::Update, EScriptArguments::GateState, TEXT("update STATE [N]"), TEXT("takes the update gate to a state, Downloading at N percent") },
 		{ TEXT("dump"), EScriptVerb::Dump, EScriptArguments::Name, TEXT("dump FILE"), TEXT("as --dump, at this moment") },
 		{ TEXT("screenshot"), EScriptVerb::Screenshot, EScriptArguments::Name, TEXT("screenshot FILE"), TEXT("as --screenshot, at this moment") },
 		{ TEXT("close-tab"), EScriptVerb::CloseTab, EScriptArguments::None, TEXT("close-tab"), TEXT("closes the tab") },
@@ -193,6 +197,15 @@ namespace
 		case EScriptArguments::StateAndSeconds:
 			Step.Text = TakeFirstWord(Rest);
 			return FStateWords::IsWord(Step.Text) && ParseNumber(Rest, 0.0, MaxSeconds, false, Step.X);
+		case EScriptArguments::GateState:
+		{
+			Step.Text = TakeFirstWord(Rest);
+			Step.X = -1.0;
+			TArray<FString> States;
+			Velmora::FUpdateGateControl::GetStateWords().ParseIntoArray(States, TEXT(", "), true);
+			const bool bKnown = States.ContainsByPredicate([&Step](const FString& State) { return State.Equals(Step.Text); });
+			return bKnown && (Rest.IsEmpty() || (Step.Text.Equals(TEXT("Downloading")) && ParseNumber(Rest, 0.0, 100.0, true, Step.X)));
+		}
 		case EScriptArguments::Frames:
 			return ParseNumber(Rest, 0.0, MaxFrames, true, Step.X);
 		case EScriptArguments::Size:
@@ -257,17 +270,21 @@ FString FScriptFile::Parse(const TArray<FString>& Lines, TArray<FScriptStep>& Ou
 			FString Unknown = Line;
 			return FString::Printf(TEXT("There is no step \"%s\". Try --help."), *TakeFirstWord(Unknown));
 		}
-		if (Row->Verb == EScriptVerb::Answer && Rest.TrimStart().StartsWith(TEXT("file "), ESearchCase::CaseSensitive))
-		{
-			return TEXT("There is no step \"answer file\": the program has no file dialog yet.");
-		}
 		FScriptStep Step;
 		Step.Verb = Row->Verb;
 		Step.Line = Index + 1;
 		if (!ReadArguments(Row->Arguments, Rest, Step))
 		{
-			const TCHAR* const States = Row->Verb == EScriptVerb::WaitState ? TEXT("; NAME is one of ") : TEXT("");
-			return FString::Printf(TEXT("This step is written \"%s\"%s%s."), Row->Form, States, *(Row->Verb == EScriptVerb::WaitState ? FStateWords::GetAll() : FString()));
+			FString States;
+			if (Row->Verb == EScriptVerb::WaitState)
+			{
+				States = TEXT("; NAME is one of ") + FStateWords::GetAll();
+			}
+			else if (Row->Verb == EScriptVerb::Update)
+			{
+				States = TEXT("; STATE is one of ") + Velmora::FUpdateGateControl::GetStateWords();
+			}
+			return FString::Printf(TEXT("This step is written \"%s\"%s."), Row->Form, *States);
 		}
 		OutSteps.Add(MoveTemp(Step));
 	}

@@ -17,6 +17,8 @@ enum class EScriptVerb : uint8
 	Tick,
 	Resize,
 	Answer,
+	AnswerFile,
+	Update,
 	Dump,
 	Screenshot,
 	CloseTab,
@@ -34,7 +36,7 @@ struct FScriptStep
 	FString Text;
 	FKey Key;
 	FModifierKeysState Modifiers;
-	/** A move or a size in pixels, notches, a count of frames, or (X) the seconds that a wait may take. */
+	/** A move or a size in pixels, notches, a count of frames, a percentage (negative for none), or (X) the seconds that a wait may take. */
 	double X = 0.0;
 	double Y = 0.0;
 };

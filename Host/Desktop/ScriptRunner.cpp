@@ -4,8 +4,11 @@
 #include "Framework/Application/SlateApplication.h"
 #include "HAL/PlatformTime.h"
 #include "Host/HostDialogs.h"
+#include "Host/HostFileDialogs.h"
 #include "Host/HostTasks.h"
+#include "Host/UpdateGateControl.h"
 #include "StateWords.h"
+#include "Surroundings.h"
 #include "ViewModels/ChatViewModel.h"
 
 namespace
@@ -90,7 +93,7 @@ void FScriptRunner::OnFrame()
 		--FramesLeft;
 		return;
 	}
-	const int32 OpenDialogs = FHostDialogs::GetOpenDialogs().Num();
+	const int32 OpenDialogs = CountOpenDialogs();
 	const bool bJustOpened = OpenDialogs > SeenDialogs;
 	SeenDialogs = OpenDialogs;
 	if (bJustOpened)
@@ -141,14 +144,11 @@ void FScriptRunner::Begin(const FScriptStep& Step)
 		FSlateApplication::Get().GetWindow().Resize(FIntPoint(static_cast<int32>(Step.X), static_cast<int32>(Step.Y)));
 		break;
 	case EScriptVerb::Answer:
-		if (FHostDialogs::GetOpenDialogs().Num() == 0)
-		{
-			Fail(Step, TEXT("No dialog is open."));
-		}
-		else if (!FHostDialogs::AnswerOpenDialog(Step.Text))
-		{
-			Fail(Step, FString::Printf(TEXT("The dialog has no button \"%s\", but: %s."), *Step.Text, *FString::Join(FHostDialogs::GetOpenDialogs().Last().Buttons, TEXT(", "))));
-		}
+	case EScriptVerb::AnswerFile:
+		AnswerDialog(Step);
+		break;
+	case EScriptVerb::Update:
+		Velmora::FUpdateGateControl::SetStateByWord(Step.Text, Step.X < 0.0 ? TOptional<int32>() : TOptional<int32>(static_cast<int32>(Step.X)));
 		break;
 	case EScriptVerb::Dump:
 	case EScriptVerb::Screenshot:
@@ -309,6 +309,8 @@ bool FScriptRunner::HasWaited(const FScriptStep& Step)
 
 bool FScriptRunner::IsDialogAnswered() const
 {
+	// A message may be asked over a save dialog, not the other way round.
+	const bool bIsMessage = FHostDialogs::GetOpenDialogs().Num() > 0;
 	for (int32 Index = Next; Index < Steps.Num(); ++Index)
 	{
 		switch (Steps[Index].Verb)
@@ -316,7 +318,11 @@ bool FScriptRunner::IsDialogAnswered() const
 		case EScriptVerb::Answer:
 		case EScriptVerb::Key:
 			return true;
+		case EScriptVerb::AnswerFile:
+		case EScriptVerb::Type:
+			return !bIsMessage;
 		case EScriptVerb::Click:
+		case EScriptVerb::Scroll:
 		{
 			TSharedPtr<SWidget> Widget;
 			const TSharedPtr<SWindow> Dialog = FSlateApplication::Get().GetActiveModalWindow();
@@ -329,10 +335,9 @@ bool FScriptRunner::IsDialogAnswered() const
 		case EScriptVerb::Resize:
 		case EScriptVerb::Dump:
 		case EScriptVerb::Screenshot:
+		case EScriptVerb::Update:
 			continue;
-		case EScriptVerb::Type:
 		case EScriptVerb::Drag:
-		case EScriptVerb::Scroll:
 		case EScriptVerb::CloseTab:
 		case EScriptVerb::OpenTab:
 		case EScriptVerb::Quit:
@@ -342,8 +347,49 @@ bool FScriptRunner::IsDialogAnswered() const
 	return false;
 }
 
+int32 FScriptRunner::CountOpenDialogs()
+{
+	return FHostDialogs::GetOpenDialogs().Num() + (FHostFileDialogs::GetOpen().IsSet() ? 1 : 0);
+}
+
+void FScriptRunner::AnswerDialog(const FScriptStep& Step)
+{
+	const TArray<FHostOpenDialog> Messages = FHostDialogs::GetOpenDialogs();
+	const bool bIsFile = Messages.IsEmpty() && FHostFileDialogs::GetOpen().IsSet();
+	if (Step.Verb == EScriptVerb::AnswerFile)
+	{
+		const FString Complaint = bIsFile ? FHostFileDialogs::AnswerOpen(MakeAbsolute(Step.Text)) : FString(TEXT("No save dialog is open."));
+		if (!Complaint.IsEmpty())
+		{
+			Fail(Step, Complaint);
+		}
+	}
+	else if (bIsFile)
+	{
+		if (!FHostFileDialogs::PressOpen(Step.Text))
+		{
+			Fail(Step, FString::Printf(TEXT("The dialog has no button \"%s\", but: Save, Cancel."), *Step.Text));
+		}
+	}
+	else if (Messages.IsEmpty())
+	{
+		Fail(Step, TEXT("No dialog is open."));
+	}
+	else if (!FHostDialogs::AnswerOpenDialog(Step.Text))
+	{
+		Fail(Step, FString::Printf(TEXT("The dialog has no button \"%s\", but: %s."), *Step.Text, *FString::Join(Messages.Last().Buttons, TEXT(", "))));
+	}
+}
+
 void FScriptRunner::DismissDialog()
 {
+	if (FHostDialogs::GetOpenDialogs().IsEmpty())
+	{
+		const FString Title = FHostFileDialogs::GetOpen().Get(FHostOpenSaveDialog()).Title;
+		FHostFileDialogs::PressOpen(TEXT("Cancel"));
+		PrintToStandardError(FString::Printf(TEXT("velmora: script %s: no step answers \"%s\", so it takes Cancel.\n"), *Name, *Title));
+		return;
+	}
 	const FHostOpenDialog Dialog = FHostDialogs::GetOpenDialogs().Last();
 	const FString Button = FHostDialogs::DismissOpenDialog();
 	PrintToStandardError(FString::Printf(TEXT("velmora: script %s: no step answers \"%s: %s\", so it takes %s.\n"), *Name, *Dialog.Title, *Dialog.Message, *Button));

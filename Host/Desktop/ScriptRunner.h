@@ -47,8 +47,11 @@ private:
 	/** True when the wait is over, well or badly. */
 	bool HasWaited(const FScriptStep& Step);
 	bool HasStoodStill(double Now);
+	/** Message dialogs and save dialogs. */
+	static int32 CountOpenDialogs();
 	/** Whether one of the next steps answers the open dialog, before anything else is done. */
 	bool IsDialogAnswered() const;
+	void AnswerDialog(const FScriptStep& Step);
 	void DismissDialog();
 	void Fail(const FScriptStep& Step, const FString& Sentence);
 	void Finish();

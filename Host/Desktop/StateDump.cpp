@@ -5,6 +5,7 @@
 #include "Framework/Application/SlateApplication.h"
 #include "Host/HostClock.h"
 #include "Host/HostDialogs.h"
+#include "Host/HostFileDialogs.h"
 #include "Host/HostNotifications.h"
 #include "Host/WidgetFinder.h"
 #include "Serialization/JsonSerializer.h"
@@ -171,6 +172,18 @@ FString FStateDump::Make(const FChatViewModel* ViewModel)
 		Object->SetStringField(TEXT("text"), Dialog.Message);
 		Object->SetArrayField(TEXT("buttons"), ToValues(Dialog.Buttons));
 		Dialogs.Add(MakeShared<FJsonValueObject>(Object));
+	}
+	if (FHostFileDialogs::GetOpen().IsSet())
+	{
+		const FHostOpenSaveDialog Dialog = FHostFileDialogs::GetOpen().GetValue();
+		const TSharedRef<FJsonObject> Object = MakeShared<FJsonObject>();
+		Object->SetStringField(TEXT("title"), Dialog.Title);
+		Object->SetStringField(TEXT("text"), Dialog.Problem);
+		Object->SetStringField(TEXT("folder"), Dialog.Folder);
+		Object->SetStringField(TEXT("file"), Dialog.Name);
+		Object->SetArrayField(TEXT("buttons"), ToValues({ TEXT("Save"), TEXT("Cancel") }));
+		// Messages are asked over it.
+		Dialogs.Insert(MakeShared<FJsonValueObject>(Object), 0);
 	}
 	Root->SetArrayField(TEXT("dialogs"), Dialogs);
 	TArray<FString> Toasts;

@@ -1,5 +1,7 @@
 #include "Desktop/ProgramDriver.h"
 
+#include "Support/Base/TempFolder.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -41,9 +43,10 @@ FRun RunProgram(const std::vector<std::string>& Arguments, const std::string& In
 			Environment.push_back(Text);
 		}
 	}
+	const FTempFolder Data;
 	if (std::none_of(Extra.begin(), Extra.end(), [](const std::string& Entry) { return Entry.rfind("XDG_DATA_HOME=", 0) == 0; }))
 	{
-		Environment.push_back("XDG_DATA_HOME=/nonexistent");
+		Environment.push_back("XDG_DATA_HOME=" + Data.AtBytes("data"));
 	}
 	Environment.insert(Environment.end(), Extra.begin(), Extra.end());
 	std::vector<char*> EnvironmentPointers;

@@ -1,8 +1,11 @@
 #include "HAL/PlatformTime.h"
 #include "Host/HostClock.h"
 #include "Host/HostDialogs.h"
+#include "Host/HostFileDialogs.h"
+#include "Host/UpdateGateControl.h"
 #include "Misc/MessageDialog.h"
 #include "ScriptRunner.h"
+#include "Support/Base/TempFolder.h"
 #include "Support/UiDriver.h"
 #include "Widgets/Input/SButton.h"
 #include "Widgets/Layout/SBox.h"
@@ -76,8 +79,65 @@ protected:
 			});
 	}
 
+	/** A button whose click asks for a file to save, and keeps the answer. */
+	TSharedRef<SWidget> MakeSaver()
+	{
+		return SNew(SButton)
+			.Tag(FName(TEXT("Save")))
+			.Text(FText::FromString(TEXT("Export")))
+			.OnClicked_Lambda([this]()
+			{
+				FHostSaveDialog Dialog;
+				Dialog.Title = TEXT("Export");
+				Dialog.Folder = Folder.At();
+				Dialog.File = TEXT("talk.md");
+				FString File;
+				Answers.push_back(FHostFileDialogs::AskForSaveFile(Dialog, File) ? Utf8(File) : "cancelled");
+				return FReply::Handled();
+			});
+	}
+
 	std::vector<std::string> Answers;
+	FTempFolder Folder;
 };
+
+TEST_F(ScriptRunner, AnswersASaveDialog)
+{
+	Folder.Write("old.md", "old");
+	Show(MakeSaver());
+	const FString Old = Folder.At(TEXT("old.md"));
+	testing::internal::CaptureStderr();
+	EXPECT_EQ(RunLines({ TEXT("click #Save"), TEXT("tick 2"), TEXT("answer file ") + Old, TEXT("click #Save"), TEXT("type typed"), TEXT("key ENTER"), TEXT("click #Save"), TEXT("answer cancel"), TEXT("click #Save"),
+				  TEXT("type old.md"), TEXT("answer save"), TEXT("answer yes"), TEXT("click #Save"), TEXT("click #SaveCancelButton"), TEXT("click #Save"), TEXT("key ESC") }),
+		"");
+	EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+	EXPECT_EQ(Answers, (std::vector<std::string>{ Utf8(Old), Folder.AtBytes("typed"), "cancelled", Utf8(Old), "cancelled", "cancelled" }));
+}
+
+TEST_F(ScriptRunner, TellsWhyASaveDialogDidNotTakeAnAnswer)
+{
+	Show(MakeSaver());
+	const FString Missing = Folder.At(TEXT("missing/x"));
+	EXPECT_EQ(RunLines({ TEXT("click #Save"), TEXT("answer file ") + Missing }), "script t:2: There is no folder \"" + Folder.AtBytes("missing") + "\".");
+}
+
+TEST_F(ScriptRunner, ASaveDialogThatNoStepAnswersIsCancelledAndSaysSo)
+{
+	Show(MakeSaver());
+	testing::internal::CaptureStderr();
+	EXPECT_EQ(RunLines({ TEXT("click #Save"), TEXT("tick 5"), TEXT("open-tab") }), "");
+	EXPECT_EQ(Answers, std::vector<std::string>{ "cancelled" });
+	EXPECT_EQ(testing::internal::GetCapturedStderr(), "velmora: script t: no step answers \"Export\", so it takes Cancel.\n");
+}
+
+TEST_F(ScriptRunner, TakesTheUpdateGateToAState)
+{
+	Show(SNew(SBox));
+	EXPECT_EQ(RunLines({ TEXT("update Downloading 40") }), "");
+	EXPECT_EQ(Utf8(Velmora::FUpdateGate::Get().GetMessage()), "Downloading update... 40%");
+	EXPECT_EQ(RunLines({ TEXT("update Ready") }), "");
+	EXPECT_EQ(Velmora::FUpdateGate::Get().GetState(), Velmora::EUpdateGateState::Ready);
+}
 
 TEST_F(ScriptRunner, AnswersADialogFromInsideItsLoop)
 {

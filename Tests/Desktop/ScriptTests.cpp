@@ -78,7 +78,7 @@ TEST(Script, StopsWithTheLineThatFails)
 	};
 	const FCase Cases[] = {
 		{ "tick 1\n\njump 3\n", "script run.txt:3: There is no step \"jump\"." },
-		{ "answer file a.txt\n", "script run.txt:1: There is no step \"answer file\"" },
+		{ "answer file a.txt\n", "script run.txt:1: No save dialog is open." },
 		{ "tick 2\nclick #NoSuchTag\n", "script run.txt:2: Nothing on screen is called \"#NoSuchTag\"." },
 		{ "click no such text\n", "script run.txt:1: Nothing on screen is called \"no such text\"." },
 		{ "answer Yes\n", "script run.txt:1: No dialog is open." },

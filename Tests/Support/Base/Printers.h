@@ -1,6 +1,7 @@
 #pragma once
 
 #include "CoreMinimal.h"
+#include "Support/Base/SavedFolder.h"
 
 #include <gtest/gtest.h>
 

@@ -1,0 +1,232 @@
+#include "Agent/ConversationHistoryManager.h"
+#include "Store/ConversationStore.h"
+#include "Store/SqliteConnection.h"
+#include "Store/StoreSchema.h"
+
+#include "Host/HostFileNames.h"
+
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+// The conversation store on the disk that holds the working folder: run it where the user's data would lie, not in memory.
+
+using Velmora::EStoreResult;
+using Velmora::FConversationMessage;
+using Velmora::FConversationMetadata;
+using Velmora::FConversationStore;
+
+namespace
+{
+	constexpr int32 MessageLength = 300;
+
+	class FBenchmarkFolder
+	{
+	public:
+		FBenchmarkFolder()
+		{
+			std::string Pattern = std::filesystem::current_path() / "store-benchmark-XXXXXX";
+			Path = mkdtemp(Pattern.data()) ? Pattern : std::string("store-benchmark");
+		}
+		~FBenchmarkFolder()
+		{
+			std::error_code Ignored;
+			std::filesystem::remove_all(Path, Ignored);
+		}
+		FString GetDatabase() const { return HostFileNameFromBytes(Path + "/Game.db"); }
+
+	private:
+		std::string Path;
+	};
+
+	FConversationMessage MakeMessage(int32 Number)
+	{
+		FConversationMessage Message;
+		Message.Role = Number % 2 == 0 ? Velmora::EConversationRole::User : Velmora::EConversationRole::Assistant;
+		while (Message.Content.Len() < MessageLength)
+		{
+			Message.Content += TEXT("find the place where the number is used ");
+			Message.Content.AppendInt(Number);
+		}
+		Message.Content = Message.Content.Left(MessageLength);
+		return Message;
+	}
+
+	/** In one transaction: the making is not what is measured. */
+	void Fill(const FString& Database, int32 ConversationCount, int32 MessageCount)
+	{
+		FString Problem;
+		FConversationMetadata None;
+		MakeShared<FConversationStore>(Database)->Load(TEXT("none"), None, Problem); // Makes the file.
+		Velmora::FSqliteConnection Connection;
+		bool bIsFilled = Connection.Open(HostFileNameToBytes(Database), false) && Connection.Execute("BEGIN");
+		for (int32 Number = 0; Number < ConversationCount; ++Number)
+		{
+			TArray<FConversationMessage> Messages;
+			for (int32 Index = 0; Index < MessageCount; ++Index)
+			{
+				Messages.Add(MakeMessage(Index));
+			}
+			Velmora::StoreSchema::FConversationRow Row;
+			char Id[33];
+			snprintf(Id, sizeof(Id), "%032X", Number);
+			Row.Id = Id;
+			Row.Updated = FDateTime::UtcNow().GetTicks() - Number;
+			Row.Opening = Velmora::StoreSchema::MakeOpening(Messages);
+			bIsFilled = bIsFilled && Velmora::StoreSchema::InsertConversation(Connection, Row);
+			for (const FConversationMessage& Message : Messages)
+			{
+				int64 Key = 0;
+				bIsFilled = bIsFilled && Velmora::StoreSchema::AddMessage(Connection, Row.Number, Message, Key);
+			}
+		}
+		if (!bIsFilled || !Connection.Execute("COMMIT") || !Connection.Checkpoint(true))
+		{
+			fprintf(stderr, "The store to be measured could not be made.\n");
+			exit(1);
+		}
+	}
+
+	void Report(benchmark::State& State, std::vector<double>& Milliseconds)
+	{
+		std::sort(Milliseconds.begin(), Milliseconds.end());
+		State.counters["median_ms"] = Milliseconds[Milliseconds.size() / 2];
+		State.counters["p95_ms"] = Milliseconds[Milliseconds.size() * 95 / 100];
+		State.counters["worst_ms"] = Milliseconds.back();
+	}
+
+	template <typename FWork>
+	void Measure(benchmark::State& State, std::vector<double>& Milliseconds, const FWork& Work)
+	{
+		const auto Start = std::chrono::steady_clock::now();
+		if (!Work())
+		{
+			State.SkipWithError("The store failed.");
+		}
+		Milliseconds.push_back(std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - Start).count());
+	}
+
+	/** As the user's message is committed, at the end of a conversation in a store of many. */
+	void CommitMessage(benchmark::State& State)
+	{
+		const FBenchmarkFolder Folder;
+		Fill(Folder.GetDatabase(), 1000, 4);
+		const TSharedRef<FConversationStore> Store = MakeShared<FConversationStore>(Folder.GetDatabase());
+		Store->Check(); // As an agent has it done when it starts.
+		FConversationMetadata Conversation;
+		Conversation.Id = TEXT("measured");
+		std::vector<double> Milliseconds;
+		FString Problem;
+		for (auto _ : State)
+		{
+			Conversation.Messages.Add(MakeMessage(Conversation.Messages.Num()));
+			Measure(State, Milliseconds, [&] { return Store->Append(Conversation, Conversation.Messages.Num() - 1, Problem) == EStoreResult::Done; });
+		}
+		Report(State, Milliseconds);
+	}
+
+	/** The same on a worker, which also moves the log into the main file now and then. */
+	void CommitAnswer(benchmark::State& State)
+	{
+		const FBenchmarkFolder Folder;
+		Fill(Folder.GetDatabase(), 1000, 4);
+		const TSharedRef<FConversationStore> Store = MakeShared<FConversationStore>(Folder.GetDatabase());
+		Store->Check();
+		std::vector<double> Milliseconds;
+		FString Problem;
+		int64 Key = 0;
+		for (auto _ : State)
+		{
+			const FConversationMessage Message = MakeMessage(static_cast<int32>(Milliseconds.size()));
+			Measure(State, Milliseconds, [&] { return Store->AppendMessage(TEXT("00000000000000000000000000000005"), Message, Key, Problem) == EStoreResult::Done; });
+		}
+		Report(State, Milliseconds);
+	}
+
+	void OpenToSummaries(benchmark::State& State)
+	{
+		const FBenchmarkFolder Folder;
+		Fill(Folder.GetDatabase(), 10'000, 4);
+		const FString Database = Folder.GetDatabase();
+		std::vector<double> Milliseconds;
+		for (auto _ : State)
+		{
+			Measure(State, Milliseconds, [&]
+			{
+				TArray<FConversationMetadata> Summaries;
+				bool bIsDamaged = false;
+				return FConversationStore::ReadSummaries(Database, Summaries, bIsDamaged) && Summaries.Num() == 10'000;
+			});
+		}
+		Report(State, Milliseconds);
+	}
+
+	/** What the first message after the start waits for. */
+	void OpenAndCommit(benchmark::State& State)
+	{
+		const FBenchmarkFolder Folder;
+		Fill(Folder.GetDatabase(), 10'000, 4);
+		std::vector<double> Milliseconds;
+		FString Problem;
+		for (auto _ : State)
+		{
+			FConversationMetadata Conversation;
+			Conversation.Id.AppendInt(static_cast<int32>(Milliseconds.size()));
+			Conversation.Messages.Add(MakeMessage(0));
+			const TSharedRef<FConversationStore> Store = MakeShared<FConversationStore>(Folder.GetDatabase());
+			Measure(State, Milliseconds, [&] { return Store->Append(Conversation, 0, Problem) == EStoreResult::Done; });
+		}
+		Report(State, Milliseconds);
+	}
+
+	void LoadLongConversation(benchmark::State& State)
+	{
+		const FBenchmarkFolder Folder;
+		Fill(Folder.GetDatabase(), 1, 10'000);
+		const TSharedRef<FConversationStore> Store = MakeShared<FConversationStore>(Folder.GetDatabase());
+		std::vector<double> Milliseconds;
+		FString Problem;
+		for (auto _ : State)
+		{
+			Measure(State, Milliseconds, [&]
+			{
+				FConversationMetadata Conversation;
+				return Store->Load(TEXT("00000000000000000000000000000000"), Conversation, Problem) == EStoreResult::Done && Conversation.Messages.Num() == 10'000;
+			});
+		}
+		Report(State, Milliseconds);
+	}
+
+	/** The check of the whole file on a worker, once in the life of a process. */
+	void CheckWholeStore(benchmark::State& State)
+	{
+		const FBenchmarkFolder Folder;
+		Fill(Folder.GetDatabase(), 10'000, 4);
+		std::vector<double> Milliseconds;
+		for (auto _ : State)
+		{
+			const TSharedRef<FConversationStore> Store = MakeShared<FConversationStore>(Folder.GetDatabase());
+			Measure(State, Milliseconds, [&]
+			{
+				Store->Check();
+				return true;
+			});
+		}
+		Report(State, Milliseconds);
+	}
+
+	BENCHMARK(CommitMessage)->Iterations(1000)->Unit(benchmark::kMillisecond);
+	BENCHMARK(CommitAnswer)->Iterations(2000)->Unit(benchmark::kMillisecond);
+	BENCHMARK(OpenToSummaries)->Iterations(20)->Unit(benchmark::kMillisecond);
+	BENCHMARK(OpenAndCommit)->Iterations(50)->Unit(benchmark::kMillisecond);
+	BENCHMARK(LoadLongConversation)->Iterations(20)->Unit(benchmark::kMillisecond);
+	BENCHMARK(CheckWholeStore)->Iterations(5)->Unit(benchmark::kMillisecond);
+}
+
+BENCHMARK_MAIN();

@@ -1,0 +1,137 @@
+#include "DraftKeeper.h"
+
+#include "HAL/FileManager.h"
+#include "Host/HostAtomicFile.h"
+#include "Host/HostFolders.h"
+#include "Host/HostServices.h"
+#include "Host/HostTextWidget.h"
+#include "Host/StoreLocation.h"
+#include "Host/WidgetFinder.h"
+#include "Misc/FileHelper.h"
+#include "Misc/Paths.h"
+
+namespace
+{
+	// Together, with the time that a save takes, less than a second.
+	constexpr float DraftLookSeconds = 0.25f;
+	constexpr double DraftWriteSeconds = 0.4;
+	/** No prompt is nearly as long; a file that is one is something else. */
+	constexpr int64 MaxDraftBytes = 256 * 1024 * 1024;
+
+	/** UTF-16 with its mark, which keeps every text as it is. */
+	std::string EncodeDraft(const FString& Text)
+	{
+		std::string Bytes = "\xFF\xFE";
+		Bytes.reserve(static_cast<std::size_t>(Text.Len()) * 2 + 2);
+		for (const TCHAR Unit : Text)
+		{
+			Bytes.push_back(static_cast<char>(Unit & 0xFF));
+			Bytes.push_back(static_cast<char>(Unit >> 8));
+		}
+		return Bytes;
+	}
+}
+
+FDraftKeeper::FDraftKeeper(const FString& InPath)
+	: Path(InPath)
+	, Writer([this]() { Write(); }, DraftWriteSeconds)
+{
+	Look();
+	Ticker = FTSTicker::GetCoreTicker().AddTicker(TEXT("Draft"), DraftLookSeconds, [this](float)
+	{
+		Look();
+		return true;
+	});
+}
+
+FDraftKeeper::~FDraftKeeper()
+{
+	FTSTicker::RemoveTicker(Ticker);
+	Look();
+	Finish();
+}
+
+TSharedPtr<SHostTextWidget> FDraftKeeper::FindBox()
+{
+	TSharedPtr<SWidget> Found = Box.Pin();
+	if (!Found)
+	{
+		Found = FWidgetFinder::FindByTag(TEXT("InputTextBox"));
+		if (!Found || Found->GetType() != FName(TEXT("SMultiLineEditableTextBox")))
+		{
+			return nullptr;
+		}
+		Box = Found;
+		Restore(static_cast<SHostTextWidget&>(*Found));
+	}
+	return StaticCastSharedPtr<SHostTextWidget>(Found);
+}
+
+void FDraftKeeper::Restore(SHostTextWidget& NewBox)
+{
+	FString Stored;
+	{
+		// A box that went away with a text in it left the text here.
+		const std::lock_guard<std::mutex> Lock(Mutex);
+		Stored = Text.ToString();
+	}
+	if (Stored.IsEmpty() && HostGetPathKind(Path) == EHostPathKind::File && IFileManager::Get().FileSize(*Path) <= MaxDraftBytes)
+	{
+		FFileHelper::LoadFileToString(Stored, *Path);
+	}
+	if (Stored.IsEmpty() || !NewBox.GetText().IsEmpty())
+	{
+		return;
+	}
+	NewBox.SetText(FText::FromString(MoveTemp(Stored)));
+	NewBox.GoTo(ETextLocation::EndOfDocument);
+	const std::lock_guard<std::mutex> Lock(Mutex);
+	Text = NewBox.GetText();
+}
+
+void FDraftKeeper::Look()
+{
+	const TSharedPtr<SHostTextWidget> Found = FindBox();
+	if (!Found)
+	{
+		return;
+	}
+	// The box makes a text once for each change, so the same data mean the same text.
+	FText Now = Found->GetText();
+	{
+		const std::lock_guard<std::mutex> Lock(Mutex);
+		if (Now.IdenticalTo(Text))
+		{
+			return;
+		}
+		std::swap(Text, Now);
+	}
+	Writer.Request();
+}
+
+void FDraftKeeper::Write()
+{
+	FText Current;
+	{
+		const std::lock_guard<std::mutex> Lock(Mutex);
+		Current = Text;
+	}
+	FString Reason;
+	if (Current.IsEmpty())
+	{
+		if (!IFileManager::Get().Delete(*Path, false, false, true))
+		{
+			Reason = TEXT("it cannot be deleted");
+		}
+	}
+	else if (Velmora::MakePrivateFolder(FPaths::GetPath(Path), Reason))
+	{
+		const std::string Bytes = EncodeDraft(Current.ToString());
+		HostSaveFile(Path, Bytes.data(), static_cast<int64>(Bytes.size()), HostWritePrivate, Reason);
+	}
+	if (!Reason.IsEmpty() && !Reason.Equals(Failure))
+	{
+		FHostServices::ReportSaveFailure(Path, Reason);
+	}
+	Failure = MoveTemp(Reason);
+}

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "Containers/Ticker.h"
+#include "CoreMinimal.h"
+#include "Host/HostDelayedWork.h"
+
+#include <mutex>
+
+class SHostTextWidget;
+class SWidget;
+
+/**
+ * Keeps the prompt that was not sent yet in a file, less than a second old, and puts it back when a prompt box appears: after
+ * the program came to a sudden end, and after its tab was closed. An empty box leaves no file. The file is the user's alone.
+ * Game thread; writing is done on a thread of its own.
+ */
+class FDraftKeeper
+{
+public:
+	explicit FDraftKeeper(const FString& InPath);
+	/** Writes what stands in the box. */
+	~FDraftKeeper();
+	FDraftKeeper(const FDraftKeeper&) = delete;
+	FDraftKeeper& operator=(const FDraftKeeper&) = delete;
+
+	/** Looks at the box; called by itself four times a second. */
+	void Look();
+	/** Writes what was seen last, and waits for it. Any thread; for a program that must end at once. */
+	void Finish() { Writer.Finish(); }
+
+private:
+	/** The box that stood there at the last look, or one that has appeared since. */
+	TSharedPtr<SHostTextWidget> FindBox();
+	void Restore(SHostTextWidget& NewBox);
+	/** On the writer's thread. */
+	void Write();
+
+	const FString Path;
+	TWeakPtr<SWidget> Box;
+	std::mutex Mutex;
+	/** The text that the file is to hold. Shared, not copied: it may be long. */
+	FText Text;
+	/** What was told last about the file; empty while it can be written. Writer's thread. */
+	FString Failure;
+	FTSTicker::FDelegateHandle Ticker;
+	/** Last: its thread uses the others. */
+	FHostDelayedWork Writer;
+};
