@@ -2,6 +2,7 @@
 
 #include "Host/HostConsole.h"
 #include "Logging/LogMacros.h"
+#include "Math/UnrealMathUtility.h"
 #include "Templates/UniquePtr.h"
 
 #include <atomic>
@@ -376,6 +377,69 @@ namespace
 		std::map<std::u16string, FEntry> Entries;
 	};
 
+	/** The whole text as a number, exponents included; endless and undefined ones are none. */
+	bool ReadNumber(const FString& Text, double& OutNumber)
+	{
+		std::string Ascii;
+		for (const TCHAR Char : Text)
+		{
+			Ascii.push_back(Char < 128 ? char(Char) : '?');
+		}
+		const char* const Begin = Ascii.c_str() + (Ascii.starts_with('+') ? 1 : 0);
+		const char* const End = Ascii.c_str() + Ascii.size();
+		const std::from_chars_result Result = std::from_chars(Begin, End, OutNumber);
+		return Result.ec == std::errc() && Result.ptr == End && FMath::IsFinite(OutNumber);
+	}
+
+	/** One sentence when the text is no value of the variable's kind. */
+	FString FindWrongValue(const FString& Name, const IConsoleVariable& Variable, const FString& Value)
+	{
+		double Number = 0.0;
+		const bool bNumber = ReadNumber(Value, Number);
+		const TCHAR* Wanted = nullptr;
+		if (Variable.IsVariableBool())
+		{
+			static const TCHAR* const Words[] = { TEXT("true"), TEXT("false"), TEXT("on"), TEXT("off"), TEXT("yes"), TEXT("no") };
+			bool bWord = false;
+			for (const TCHAR* Word : Words)
+			{
+				bWord = bWord || Value == Word;
+			}
+			Wanted = bWord || (bNumber && (Number == 0.0 || Number == 1.0)) ? nullptr : TEXT("true or false");
+		}
+		else if (Variable.IsVariableInt())
+		{
+			const bool bWhole = bNumber && Number >= MIN_int32 && Number <= MAX_int32 && double(int64(Number)) == Number;
+			Wanted = bWhole ? nullptr : TEXT("a whole number");
+		}
+		else if (Variable.IsVariableFloat())
+		{
+			Wanted = bNumber && FMath::Abs(Number) <= 3.4e38 ? nullptr : TEXT("a number");
+		}
+		return Wanted ? FString::Printf(TEXT("%s takes %s, not \"%s\"."), *Name, Wanted, *Value) : FString();
+	}
+
+	FString DescribeUnknownName(const FString& Name)
+	{
+		return FString::Printf(TEXT("There is no console variable or command \"%s\"."), *Name);
+	}
+
+	void ListObjects(const FString& Prefix, TArray<FString>& OutLines)
+	{
+		IConsoleManager::Get().ForEachConsoleObjectThatStartsWith(
+			[&OutLines](const TCHAR* Name, IConsoleObject* Object)
+			{
+				const IConsoleVariable* Variable = Object->AsVariable();
+				const FString Value = Variable ? FString::Printf(TEXT(" = \"%s\""), *Variable->GetString()) : FString();
+				OutLines.Add(Name + Value + TEXT("  ") + Object->GetHelp());
+			},
+			*Prefix);
+		if (OutLines.IsEmpty())
+		{
+			OutLines.Add(Prefix.IsEmpty() ? FString(TEXT("There are no console variables.")) : FString::Printf(TEXT("No console variable begins with \"%s\"."), *Prefix));
+		}
+	}
+
 	/** Parts of a command line at blanks; double quotes keep blanks together and are dropped. */
 	TArray<FString> SplitArguments(const FString& Text)
 	{
@@ -436,9 +500,14 @@ bool FHostConsole::Execute(const FString& Line, TArray<FString>& OutLines)
 	const FString Name = Trimmed.Left(End);
 	FString Rest = Trimmed.RightChop(End).TrimStart();
 	IConsoleObject* Object = IConsoleManager::Get().FindConsoleObject(*Name);
+	if (!Object && Name == TEXT("list"))
+	{
+		ListObjects(Rest, OutLines);
+		return true;
+	}
 	if (!Object)
 	{
-		OutLines.Add(Name.IsEmpty() ? FString(TEXT("Nothing to run.")) : FString::Printf(TEXT("Unknown: %s"), *Name));
+		OutLines.Add(Name.IsEmpty() ? FString(TEXT("Nothing to run.")) : DescribeUnknownName(Name));
 		return false;
 	}
 	if (Rest.Equals(TEXT("?")))
@@ -456,18 +525,33 @@ bool FHostConsole::Execute(const FString& Line, TArray<FString>& OutLines)
 		OutLines.Add(FString::Printf(TEXT("%s = \"%s\""), *Name, *Variable->GetString()));
 		return true;
 	}
-	if (Variable->TestFlags(ECVF_ReadOnly))
-	{
-		OutLines.Add(FString::Printf(TEXT("%s cannot be changed."), *Name));
-		return false;
-	}
 	if (Rest.RemoveFromStart(TEXT("=")))
 	{
 		Rest.TrimStartInline();
 	}
-	Variable->Set(*Rest.TrimQuotes(), ECVF_SetByConsole);
-	OutLines.Add(FString::Printf(TEXT("%s = \"%s\""), *Name, *Variable->GetString()));
-	return true;
+	const FString Complaint = SetVariable(Name, Rest.TrimQuotes());
+	OutLines.Add(Complaint.IsEmpty() ? FString::Printf(TEXT("%s = \"%s\""), *Name, *Variable->GetString()) : Complaint);
+	return Complaint.IsEmpty();
+}
+
+FString FHostConsole::SetVariable(const FString& Name, const FString& Value, EConsoleVariableFlags SetBy)
+{
+	IConsoleObject* const Object = IConsoleManager::Get().FindConsoleObject(*Name);
+	IConsoleVariable* const Variable = Object ? Object->AsVariable() : nullptr;
+	if (!Variable)
+	{
+		return Object ? FString::Printf(TEXT("%s is a command and has no value."), *Name) : DescribeUnknownName(Name);
+	}
+	if (Variable->TestFlags(ECVF_ReadOnly))
+	{
+		return FString::Printf(TEXT("%s cannot be changed."), *Name);
+	}
+	const FString Complaint = FindWrongValue(Name, *Variable, Value);
+	if (Complaint.IsEmpty())
+	{
+		Variable->Set(*Value, SetBy);
+	}
+	return Complaint;
 }
 
 TArray<FString> FHostConsole::Complete(const FString& Prefix, int32 MaxCount)

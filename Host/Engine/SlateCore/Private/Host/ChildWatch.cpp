@@ -1,7 +1,22 @@
 #include "Host/ChildWatch.h"
 
+#include "Widgets/SWidget.h"
+
+#include <algorithm>
+
+namespace
+{
+	/**
+	 * Widgets out of view whose size can change by itself: so many are measured in each frame, and when there are more of
+	 * them, a smaller share in turn. Those lie about in memory, so that one of them costs as much as several of few.
+	 */
+	constexpr uint64 MeasuredTogether = 200;
+	constexpr uint64 MeasuredInTurn = 32;
+}
+
 void FChildWatch::Reset(int32 Count)
 {
+	bTooManyBound = bTooManyBound && Count >= Flags.Num();
 	Flags.Reset();
 	Flags.SetNumZeroed(Count);
 	Changed.Reset();
@@ -54,4 +69,33 @@ const TArray<int32>& FChildWatch::GetBound() const
 		}
 	}
 	return Bound;
+}
+
+void FChildWatch::MeasureInTurn(int32 ShownBegin, int32 ShownEnd, bool bAll, TFunctionRef<bool(int32 Index)> Measure)
+{
+	const uint64& Measured = SWidget::GetCounters().Measured;
+	const uint64 MeasuredLimit = bAll ? ~uint64(0) : Measured + (bTooManyBound ? MeasuredInTurn : MeasuredTogether);
+	const TArray<int32>& Children = GetBound();
+	const int32 Count = Children.Num();
+	const int32 First = static_cast<int32>(std::lower_bound(Children.GetData(), Children.GetData() + Count, TurnIndex) - Children.GetData());
+	TurnIndex = 0;
+	for (int32 Step = 0; Step < Count; ++Step)
+	{
+		const int32 Index = Children[(First + Step) % Count];
+		if (Index >= ShownBegin && Index < ShownEnd)
+		{
+			continue;
+		}
+		if (Measured >= MeasuredLimit)
+		{
+			TurnIndex = Index;
+			bTooManyBound = true;
+			return;
+		}
+		if (!Measure(Index))
+		{
+			return;
+		}
+	}
+	bTooManyBound = false;
 }

@@ -89,6 +89,9 @@ struct SBoxPanel::FKeptSizes
 	/** The first child whose length has changed since the starts were made. */
 	int32 FirstChanged = 0;
 	double MaxAcross = 0.0;
+	/** The children arranged last. */
+	int32 ShownBegin = 0;
+	int32 ShownEnd = 0;
 	/** How far a child may reach out of its slot by negative padding. */
 	float Overhang = 0.0f;
 	/** The largest across was taken away. */
@@ -181,13 +184,16 @@ void SBoxPanel::PrepassChildren(float LayoutScale, bool bOwnChange)
 			return;
 		}
 	}
-	for (const int32 Index : Kept->Watch.GetBound())
+	const TArray<int32>& Bound = Kept->Watch.GetBound();
+	const int32* const BoundEnd = Bound.GetData() + Bound.Num();
+	for (const int32* Index = std::lower_bound(Bound.GetData(), BoundEnd, Kept->ShownBegin); Index != BoundEnd && *Index < Kept->ShownEnd; ++Index)
 	{
-		if (!Measure(Index))
+		if (!Measure(*Index))
 		{
 			return;
 		}
 	}
+	Kept->Watch.MeasureInTurn(Kept->ShownBegin, Kept->ShownEnd, Kept->bUnsearchable, Measure);
 }
 
 void SBoxPanel::OnChildChanged(SWidget& Child)
@@ -305,8 +311,11 @@ void SBoxPanel::ArrangeKept(const FGeometry& AllottedGeometry, FArrangedChildren
 		First = static_cast<int32>(std::lower_bound(Starts + 1, Starts + 1 + Count, ViewBegin) - (Starts + 1));
 		End = FMath::Min(End, ViewEnd);
 	}
+	Kept->ShownBegin = First;
+	Kept->ShownEnd = First;
 	for (int32 Index = First; Index < Count && Starts[Index] <= End; ++Index)
 	{
+		Kept->ShownEnd = Index + 1;
 		const FSlot& Slot = Children[Index];
 		if (Slot.GetWidgetRef().GetVisibility().IsCollapsed())
 		{

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "CoreMinimal.h"
+#include "Templates/Function.h"
 
 /**
  * Which children of a long panel have to be looked at when it is measured again: those that were noted as changed, and
@@ -17,6 +18,13 @@ public:
 	void SetBound(int32 Index, bool bBound);
 	/** In ascending order. Good until the next call. */
 	const TArray<int32>& GetBound() const;
+	/**
+	 * Measures the bound children outside of the range that is shown: all of them while that is little work, a small share of
+	 * them in turn when it is much.
+	 * @param bAll  Measures all in any case.
+	 * @param Measure  Returns false when children have come or gone, which ends the round.
+	 */
+	void MeasureInTurn(int32 ShownBegin, int32 ShownEnd, bool bAll, TFunctionRef<bool(int32 Index)> Measure);
 
 private:
 	static constexpr uint8 ChangedFlag = 1;
@@ -26,4 +34,8 @@ private:
 	TArray<int32> Changed;
 	mutable TArray<int32> Bound;
 	mutable bool bBoundStale = false;
+	/** Where measuring in turn goes on. */
+	int32 TurnIndex = 0;
+	/** Not all bound children could be measured in the last frame. */
+	bool bTooManyBound = false;
 };

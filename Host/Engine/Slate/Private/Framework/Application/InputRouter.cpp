@@ -588,7 +588,7 @@ void FInputRouter::UpdateToolTip(double Now)
 			ToolTip = SNew(SToolTip).Text_Lambda([WeakOwner]() { const TSharedPtr<SWidget> Pinned = WeakOwner.Pin(); return Pinned ? Pinned->GetToolTipText() : FText::GetEmpty(); });
 		}
 		ToolTipOwner = Owner;
-		Layers.SetToolTip(ToolTip->AsWidget(), Pointer);
+		Layers.SetToolTip(ToolTip->AsWidget(), Pointer, Owner);
 		bActivity = true;
 	}
 }

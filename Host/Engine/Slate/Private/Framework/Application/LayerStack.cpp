@@ -7,6 +7,8 @@ namespace
 {
 	/** A tooltip hangs this far below the pointer. */
 	constexpr float ToolTipDrop = 16.0f;
+	/** From a row of a menu to its tooltip: the menu's own edge, and some room. */
+	constexpr float MenuToolTipGap = 8.0f;
 	/** Room between a popup and what it belongs to. */
 	constexpr float PopupGap = 2.0f;
 
@@ -166,12 +168,25 @@ void FLayerStack::Arrange(const FVector2D& PixelSize, float Scale)
 	{
 		ToolTip->SlatePrepass(Scale);
 		const FVector2D Size = ToolTip->GetDesiredSize() * static_cast<double>(Scale);
-		const float X = static_cast<float>(ToolTipPointer.X);
-		const float Y = static_cast<float>(ToolTipPointer.Y);
-		// The pointer's own place is the anchor, so that the tip moves above it when there is no room below.
-		const FSlateRect Anchor(X, Y - PopupGap, X, Y + ToolTipDrop * Scale - PopupGap);
-		Layers.Add({ ToolTip.ToSharedRef(), PlaceFloating(*ToolTip, FPopup::PlacePopup(Anchor, Size, MenuPlacement_BelowAnchor, PixelSize), Scale), false, true });
+		Layers.Add({ ToolTip.ToSharedRef(), PlaceFloating(*ToolTip, PlaceToolTip(Size, PixelSize, Scale), Scale), false, true });
 	}
+}
+
+FSlateRect FLayerStack::PlaceToolTip(const FVector2D& Size, const FVector2D& PixelSize, float Scale) const
+{
+	static const FName MenuRow(TEXT("SMenuRow"));
+	const TSharedPtr<SWidget> Owner = ToolTipOwner.Pin();
+	if (Owner && Owner->GetType() == MenuRow)
+	{
+		// Beside the menu, so that it covers no other row.
+		const FSlateRect Row = Owner->GetCachedGeometry().GetLayoutBoundingRect();
+		const float Outside = MenuToolTipGap * Scale;
+		return FPopup::PlacePopup(FSlateRect(Row.Left - Outside, Row.Top + PopupGap, Row.Right + Outside, Row.Bottom), Size, MenuPlacement_MenuRight, PixelSize);
+	}
+	const float X = static_cast<float>(ToolTipPointer.X);
+	const float Y = static_cast<float>(ToolTipPointer.Y);
+	// The pointer's own place is the anchor, so that the tip moves above it when there is no room below.
+	return FPopup::PlacePopup(FSlateRect(X, Y - PopupGap, X, Y + ToolTipDrop * Scale - PopupGap), Size, MenuPlacement_BelowAnchor, PixelSize);
 }
 
 bool FLayerStack::NeedsPrepass() const
@@ -186,9 +201,10 @@ bool FLayerStack::NeedsPrepass() const
 	return false;
 }
 
-void FLayerStack::SetToolTip(const TSharedPtr<SWidget>& InToolTip, const FVector2D& Pointer)
+void FLayerStack::SetToolTip(const TSharedPtr<SWidget>& InToolTip, const FVector2D& Pointer, const TSharedPtr<SWidget>& Owner)
 {
 	ToolTip = InToolTip;
+	ToolTipOwner = Owner;
 	ToolTipPointer = Pointer;
 }
 

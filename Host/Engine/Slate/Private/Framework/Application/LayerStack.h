@@ -67,8 +67,11 @@ public:
 
 	void SetContent(const TSharedRef<SWidget>& InContent) { Content = InContent; }
 	void SetToasts(const TSharedPtr<SWidget>& InToasts) { Toasts = InToasts; }
-	/** Position in device pixels of the pointer; null hides the tooltip. */
-	void SetToolTip(const TSharedPtr<SWidget>& InToolTip, const FVector2D& Pointer);
+	/**
+	 * @param Pointer  Device pixels.
+	 * @param Owner    What the tooltip tells about; a row of a menu has it beside the menu. Null hides the tooltip.
+	 */
+	void SetToolTip(const TSharedPtr<SWidget>& InToolTip, const FVector2D& Pointer, const TSharedPtr<SWidget>& Owner = nullptr);
 	bool HasToolTip() const { return ToolTip.IsValid(); }
 
 	void AddWindow(const TSharedRef<SWindow>& Window, bool bModal);
@@ -95,6 +98,7 @@ private:
 		TSharedRef<SWidget> Frame;
 		bool bModal;
 	};
+	FSlateRect PlaceToolTip(const FVector2D& Size, const FVector2D& PixelSize, float Scale) const;
 	FGeometry PlaceFloating(const SWidget& Widget, const FSlateRect& Rect, float Scale) const;
 
 	TSharedRef<SWidget> Content;
@@ -103,5 +107,6 @@ private:
 	TSharedPtr<SWidget> Toasts;
 	TSharedPtr<SWidget> ToolTip;
 	FVector2D ToolTipPointer = FVector2D(0, 0);
+	TWeakPtr<SWidget> ToolTipOwner;
 	TArray<FLayer> Layers;
 };

@@ -114,7 +114,7 @@ void SWindowFrame::Construct(const FArguments& InArgs, const TSharedRef<SWindow>
 			.FillHeight(1.0f)
 			[
 				SNew(SBox)
-				.Padding(FMargin(BodyPadding))
+				.Padding(FMargin(Client.Y > 0.0 ? 0.0f : BodyPadding))
 				.WidthOverride(Client.X > 0.0 ? FOptionalSize(static_cast<float>(Client.X)) : FOptionalSize())
 				.HeightOverride(Client.Y > 0.0 ? FOptionalSize(static_cast<float>(Client.Y)) : FOptionalSize())
 				[

@@ -61,24 +61,14 @@ bool FTextDocument::Equals(FStringView Text) const
 	return true;
 }
 
-const FString& FTextDocument::GetText() const
+const FText& FTextDocument::GetDisplayText() const
 {
 	if (TextRevision != Revision)
 	{
-		CachedText = ToString(Lines);
+		CachedText = FText::FromString(ToString(Lines));
 		TextRevision = Revision;
 	}
 	return CachedText;
-}
-
-const FText& FTextDocument::GetDisplayText() const
-{
-	if (DisplayRevision != Revision)
-	{
-		CachedDisplayText = FText::FromString(GetText());
-		DisplayRevision = Revision;
-	}
-	return CachedDisplayText;
 }
 
 FTextLocation FTextDocument::GetEnd() const

@@ -39,9 +39,8 @@ public:
 	/** Exact comparison, without building the whole text. */
 	bool Equals(FStringView Text) const;
 	/** The whole text, built at the first call behind a change. */
-	const FString& GetText() const;
-	/** The same as a text for users. */
 	const FText& GetDisplayText() const;
+	const FString& GetText() const { return GetDisplayText().ToString(); }
 	/** UTF-16 units of the text, line ends included. */
 	int64 GetLength() const { return Length; }
 	bool IsEmpty() const { return Length == 0; }
@@ -72,8 +71,6 @@ private:
 	int64 Length = 0;
 	uint64 Revision = 0;
 	mutable uint64 TextRevision = 0;
-	mutable uint64 DisplayRevision = 0;
-	mutable FString CachedText;
-	mutable FText CachedDisplayText;
+	mutable FText CachedText;
 	FOnLinesChanged OnLinesChanged;
 };

@@ -17,12 +17,6 @@ namespace
 	constexpr uint8 PendingViewTries = 4;
 	/** Stands for the frame to come. */
 	constexpr uint64 NextFrame = ~uint64(0);
-	/**
-	 * Widgets out of view whose size can change by itself: so many are measured in each frame, and when there are more of
-	 * them, a smaller share in turn. Those lie about in memory, so that one of them costs as much as several of few.
-	 */
-	constexpr uint64 MeasuredTogether = 200;
-	constexpr uint64 MeasuredInTurn = 32;
 	bool bMeasureEverything = false;
 
 	uint64 GetCurrentFrame()
@@ -195,7 +189,7 @@ void SScrollBox::PrepassChildren(float LayoutScale, bool bOwnChange)
 			return;
 		}
 	}
-	MeasureInTurn(LayoutScale);
+	Watch.MeasureInTurn(ShownBegin, ShownEnd, bMeasureEverything, [this, LayoutScale](int32 Index) { return MeasureChild(Index, LayoutScale); });
 }
 
 bool SScrollBox::TakeChildren(float LayoutScale)
@@ -205,7 +199,6 @@ bool SScrollBox::TakeChildren(float LayoutScale)
 	{
 		// Indices have moved; nothing kept says whose they were.
 		FirstChanged = 0;
-		bTooManyBound = bTooManyBound && Count > Lengths.Num();
 	}
 	Kids.Reset(Count);
 	Lengths.SetNum(Count);
@@ -234,35 +227,6 @@ bool SScrollBox::TakeChildren(float LayoutScale)
 		}
 	}
 	return true;
-}
-
-void SScrollBox::MeasureInTurn(float LayoutScale)
-{
-	const uint64& Measured = SWidget::GetCounters().Measured;
-	const uint64 MeasuredLimit = bMeasureEverything ? ~uint64(0) : Measured + (bTooManyBound ? MeasuredInTurn : MeasuredTogether);
-	const TArray<int32>& Bound = Watch.GetBound();
-	const int32 Count = Bound.Num();
-	const int32 First = static_cast<int32>(std::lower_bound(Bound.GetData(), Bound.GetData() + Count, TurnIndex) - Bound.GetData());
-	TurnIndex = 0;
-	for (int32 Step = 0; Step < Count; ++Step)
-	{
-		const int32 Index = Bound[(First + Step) % Count];
-		if (Index >= ShownBegin && Index < ShownEnd)
-		{
-			continue;
-		}
-		if (Measured >= MeasuredLimit)
-		{
-			TurnIndex = Index;
-			bTooManyBound = true;
-			return;
-		}
-		if (!MeasureChild(Index, LayoutScale))
-		{
-			return;
-		}
-	}
-	bTooManyBound = false;
 }
 
 void SScrollBox::OnChildChanged(SWidget& Child)

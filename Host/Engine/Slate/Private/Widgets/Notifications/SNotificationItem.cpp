@@ -222,6 +222,11 @@ void SNotificationItem::Tick(const FGeometry& AllottedGeometry, const double InC
 	{
 		Opacity = FMath::Clamp((InCurrentTime - ShownSince) / FadeInDuration, 0.0, 1.0);
 	}
+	if (FadeAt >= 0.0 && IsHovered())
+	{
+		// What the user is reading or about to press does not go away.
+		FadeAt = FMath::Max(FadeAt, InCurrentTime);
+	}
 	if (FadeAt >= 0.0 && InCurrentTime >= FadeAt)
 	{
 		const double Left = FadeOutDuration > 0.0f ? 1.0 - (InCurrentTime - FadeAt) / FadeOutDuration : 0.0;

@@ -59,6 +59,16 @@ void STableViewBase::ScrollToIndex(int32 Index)
 	WantedIndex = Index;
 }
 
+bool STableViewBase::IsAtBottom() const
+{
+	if (Rows.IsEmpty())
+	{
+		return true;
+	}
+	const FRow& Last = Rows.Last();
+	return Last.Index >= GetItemCount() - 1 && Last.Top + Last.Height <= GetCachedGeometry().GetLocalSize().Y + 1.0;
+}
+
 bool STableViewBase::IsRowSelected(int32 Index) const
 {
 	return Index >= 0 && Index < GetItemCount() && IsIndexSelected(Index);

@@ -32,7 +32,7 @@ public:
 		if (!IsRegistered())
 		{
 			const TSharedRef<CommandContextType> Commands = MakeShared<CommandContextType>();
-			FHostCommandSets::Set(typeid(CommandContextType).name(), StaticCastSharedRef<void>(Commands));
+			FHostCommandSets::Set(typeid(CommandContextType).name(), TSharedPtr<void>(Commands.ToSharedPtr()));
 			Commands->RegisterCommands();
 		}
 	}

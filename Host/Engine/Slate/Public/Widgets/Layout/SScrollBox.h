@@ -138,8 +138,6 @@ private:
 	double GetEnd() const { return FMath::Max(GetContentLength() - ViewLength, 0.0); }
 	/** False when children came or went meanwhile: the next measuring is asked for then. */
 	bool MeasureChild(int32 Index, float LayoutScale);
-	/** Measures children whose size can change by itself, so many in turn. */
-	void MeasureInTurn(float LayoutScale);
 	/** Numbers the children and measures those that were not yet. */
 	bool TakeChildren(float LayoutScale);
 	/** Takes over what a child wants. */
@@ -186,10 +184,6 @@ private:
 	/** The children arranged last. */
 	mutable int32 ShownBegin = 0;
 	mutable int32 ShownEnd = 0;
-	/** Where measuring in turn goes on. */
-	int32 TurnIndex = 0;
-	/** Not all children that can change by themselves could be measured in the last frame. */
-	bool bTooManyBound = false;
 	mutable TWeakPtr<SWidget> AnchorWidget;
 	mutable TWeakPtr<SWidget> PendingView;
 	mutable double Offset = 0.0;

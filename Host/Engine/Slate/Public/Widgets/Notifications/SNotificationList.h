@@ -9,7 +9,7 @@ class STextBlock;
 class SVerticalBox;
 struct FNotificationInfo;
 
-/** One toast. Gone from the screen, and from memory unless somebody keeps it, once it has faded out. */
+/** One toast. Gone from the screen, and from memory unless somebody keeps it, once it has faded out; stays under the pointer. */
 class SLATE_API SNotificationItem : public SCompoundWidget
 {
 public:

@@ -20,6 +20,8 @@ public:
 	void RequestListRefresh();
 	void ScrollToTop();
 	void ScrollToBottom();
+	/** The last row was wholly in view when the list was painted last, or there was none. */
+	bool IsAtBottom() const;
 	/** Rows that exist now. */
 	int32 GetNumGeneratedChildren() const { return Rows.Num(); }
 	const FTableRowStyle& GetRowStyle() const { return *RowStyle; }
