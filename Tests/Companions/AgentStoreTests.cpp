@@ -90,6 +90,7 @@ TEST_F(AgentStoring, ABusyStoreRefusesTheMessageInWords)
 	Ask("find Snail");
 	Velmora::FSqliteConnection Other;
 	ASSERT_TRUE(Other.Open(HostFileNameToBytes(StorePath()), false));
+	Other.SetPatience(5000); // The check at the start may be writing.
 	ASSERT_TRUE(Other.Execute("BEGIN IMMEDIATE"));
 	const std::vector<std::string> Before = CurrentTexts();
 	Events.clear();
@@ -112,6 +113,7 @@ TEST_F(AgentStoring, AnAnswerThatCannotBeStoredIsToldAndStoredLater)
 	Events.clear();
 	ASSERT_TRUE(Agent->SendMessage(TEXT("find Snail"), {}));
 	ASSERT_TRUE(Other.Open(HostFileNameToBytes(StorePath()), false));
+	Other.SetPatience(5000); // The check at the start may be writing.
 	ASSERT_TRUE(Other.Execute("BEGIN IMMEDIATE"));
 	ASSERT_TRUE(PumpUntil([this] { return HasTurnEnded(); }));
 	EXPECT_FALSE(LastAnswer.empty());

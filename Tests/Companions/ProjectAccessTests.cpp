@@ -62,7 +62,7 @@ TEST_P(ProjectAccess, RefusesWhatIsNoFileOfTheProject)
 	ASSERT_LT(SocketPath.size(), sizeof(Address.sun_path));
 	SocketPath.copy(Address.sun_path, SocketPath.size());
 	ASSERT_EQ(bind(Socket, reinterpret_cast<sockaddr*>(&Address), sizeof(Address)), 0);
-	mknod(Project.PathOf("null").c_str(), S_IFCHR | 0666, 0x103); // Only the superuser may; else it is one more name that is not there.
+	const bool bHasDevice = mknod(Project.PathOf("null").c_str(), S_IFCHR | 0666, 0x103) == 0; // Only the superuser may.
 	const std::vector<std::string> Before = ListProject();
 	const std::vector<std::string> OutsideBefore = ListTree(Outside);
 
@@ -72,12 +72,12 @@ TEST_P(ProjectAccess, RefusesWhatIsNoFileOfTheProject)
 	for (const std::string& Path : Paths)
 	{
 		SCOPED_TRACE(Path.substr(0, 80));
-		Velmora::FChangeTools Tools = MakeTools("T1", GetParam());
-		std::vector<FChangeOutcome> Outcomes = { Tools.WriteFile(Path, "x"), Tools.EditFile(Path, "s", "x"), Tools.AppendToFile(Path, "x") };
-		if (Path != "null" || std::filesystem::exists(Project.Root / "null"))
+		if (Path == "null" && !bHasDevice)
 		{
-			Outcomes.push_back(Tools.CreateFile(Path, "x"));
+			continue;
 		}
+		Velmora::FChangeTools Tools = MakeTools("T1", GetParam());
+		std::vector<FChangeOutcome> Outcomes = { Tools.WriteFile(Path, "x"), Tools.EditFile(Path, "s", "x"), Tools.AppendToFile(Path, "x"), Tools.CreateFile(Path, "x") };
 		// A link is deleted itself, so that is no way out.
 		if (Path != "absolute.txt" && Path != "relative.txt" && Path != "loop")
 		{

@@ -65,6 +65,34 @@ namespace Velmora
 			{ "what calls", ERequestKind::FindText },
 			{ "what uses", ERequestKind::FindText },
 
+			{ "find symbol", ERequestKind::FindSymbol },
+			{ "find the symbol", ERequestKind::FindSymbol },
+			{ "look up symbol", ERequestKind::FindSymbol },
+			{ "look up the symbol", ERequestKind::FindSymbol },
+			{ "definition of", ERequestKind::FindSymbol },
+			{ "find definition of", ERequestKind::FindSymbol },
+			{ "find the definition of", ERequestKind::FindSymbol },
+			{ "show definition of", ERequestKind::FindSymbol },
+			{ "show the definition of", ERequestKind::FindSymbol },
+			{ "show me the definition of", ERequestKind::FindSymbol },
+			{ "where is the definition of", ERequestKind::FindSymbol },
+			{ "go to definition of", ERequestKind::FindSymbol },
+			{ "go to the definition of", ERequestKind::FindSymbol },
+			{ "which file defines", ERequestKind::FindSymbol },
+
+			{ "outline", ERequestKind::Outline },
+			{ "outline of", ERequestKind::Outline },
+			{ "show outline of", ERequestKind::Outline },
+			{ "show the outline of", ERequestKind::Outline },
+			{ "show me the outline of", ERequestKind::Outline },
+			{ "show me an outline of", ERequestKind::Outline },
+			{ "give me the outline of", ERequestKind::Outline },
+			{ "give me an outline of", ERequestKind::Outline },
+			{ "list symbols in", ERequestKind::Outline },
+			{ "list the symbols in", ERequestKind::Outline },
+			{ "symbols in", ERequestKind::Outline },
+			{ "which symbols are in", ERequestKind::Outline },
+
 			{ "which files mention", ERequestKind::WhichFiles },
 			{ "which files contain", ERequestKind::WhichFiles },
 			{ "which files use", ERequestKind::WhichFiles },
@@ -73,7 +101,6 @@ namespace Velmora
 			{ "which files have", ERequestKind::WhichFiles },
 			{ "which file mentions", ERequestKind::WhichFiles },
 			{ "which file contains", ERequestKind::WhichFiles },
-			{ "which file defines", ERequestKind::FindText },
 			{ "what files mention", ERequestKind::WhichFiles },
 			{ "what files contain", ERequestKind::WhichFiles },
 			{ "what files use", ERequestKind::WhichFiles },
@@ -319,6 +346,16 @@ namespace Velmora
 					}
 				}
 			}
+		}
+
+		/** "where is X defined", "where is X declared in Y". */
+		bool AsksForDefinition(std::string_view Phrase, std::string_view Rest)
+		{
+			constexpr std::string_view Verbs[] = { "defined", "declared" };
+			return Utf8Text::StartsWith(Phrase, "where") && std::any_of(std::begin(Verbs), std::end(Verbs), [Rest](std::string_view Verb)
+			{
+				return EndsWithWords(Rest, Verb) || Rest.find(' ' + std::string(Verb) + " in ") != std::string_view::npos;
+			});
 		}
 
 		bool IsWholeProject(std::string_view Target)
@@ -626,6 +663,12 @@ namespace Velmora
 		Rest.Keep(Phrase->Phrase.size(), std::string::npos);
 		Rest.TrimEnds();
 		ReadTarget(Rest, Quoted, Request);
+		if (Request.Kind == ERequestKind::FindText && AsksForDefinition(Phrase->Phrase, Rest.Lower))
+		{
+			// Several words are no symbol.
+			const bool bIsOneWord = (Request.TargetInScope.empty() ? Request.Target : Request.TargetInScope).find(' ') == std::string::npos;
+			Request.Kind = bIsOneWord ? ERequestKind::FindSymbol : Request.Kind;
+		}
 
 		const bool bIsQuoted = Rest.Written.find(QuotePlace) != std::string::npos;
 		if (!bIsQuoted && Utf8Text::EndsWith(Request.Target, "()"))
@@ -633,7 +676,7 @@ namespace Velmora
 			Request.Target.resize(Request.Target.size() - 2);
 		}
 		const bool bPoints = std::find(std::begin(PointingWords), std::end(PointingWords), Utf8Text::ToLower(Request.Target)) != std::end(PointingWords);
-		if (!bIsQuoted && bPoints && (Request.Kind == ERequestKind::FindText || Request.Kind == ERequestKind::WhichFiles || Request.Kind == ERequestKind::Explain || Request.Kind == ERequestKind::Show))
+		if (!bIsQuoted && bPoints && (Request.Kind == ERequestKind::FindText || Request.Kind == ERequestKind::FindSymbol || Request.Kind == ERequestKind::Outline || Request.Kind == ERequestKind::WhichFiles || Request.Kind == ERequestKind::Explain || Request.Kind == ERequestKind::Show))
 		{
 			Request.Target.clear();
 			return Request;

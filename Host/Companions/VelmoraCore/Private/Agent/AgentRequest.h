@@ -14,6 +14,8 @@ namespace Velmora
 		Greeting,
 		Thanks,
 		FindText,		// Where something stands.
+		FindSymbol,		// Where something is defined.
+		Outline,		// What a file defines.
 		WhichFiles,		// The same, asked for files instead of lines.
 		Explain,		// What a symbol or file is.
 		Show,			// A file, or some lines of it. A folder is listed.

@@ -115,6 +115,10 @@ namespace Velmora
 		{
 		case ERequestKind::FindText:
 			return RunFindText();
+		case ERequestKind::FindSymbol:
+			return RunFindSymbol();
+		case ERequestKind::Outline:
+			return RunOutline();
 		case ERequestKind::WhichFiles:
 			return RunWhichFiles();
 		case ERequestKind::Explain:
@@ -319,6 +323,7 @@ namespace Velmora
 		Answer(std::string(Opening) + "\nYou can ask, for example:\n"
 			"- `find TryParseTable` looks for text and shows the best place\n"
 			"- `what is class FThing?` shows a definition\n"
+			"- `where is FThing defined?` and `outline README.md` ask the code index\n"
 			"- `which files mention Health?` lists files\n"
 			"- `show README.md` or `show lines 10-20 of X.cpp`\n"
 			"- `list Source` or `list *.h`\n"

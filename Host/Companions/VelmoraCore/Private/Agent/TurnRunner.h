@@ -14,6 +14,7 @@
 #include "Agent/ProjectFiles.h"
 #include "Agent/ProjectSearch.h"
 #include "Agent/TurnControl.h"
+#include "Host/CodeIndexControl.h"
 
 namespace Velmora
 {
@@ -98,6 +99,8 @@ namespace Velmora
 		void SetPlanStep(size_t Index, EPlanStepStatus Status);
 		bool RunRequest();
 		bool RunFindText();
+		bool RunFindSymbol();
+		bool RunOutline();
 		bool RunWhichFiles();
 		bool RunExplain();
 		bool RunShow();
@@ -125,6 +128,9 @@ namespace Velmora
 		bool RunCombinedSearch(FCombinedSearch& OutSearch);
 
 		bool AnswerNotFound(const FCombinedSearch& Search);
+
+		/** The best of some symbols with its code, then the others. */
+		bool AnswerSymbols(const std::string& Name, const std::vector<CodeIntel::FIndexSymbol>& Symbols);
 		bool AnswerFile(const FProjectPath& File);
 		bool AnswerDescription(const FProjectPath& File);
 		bool AnswerFolder(const FProjectPath& Folder);

@@ -411,7 +411,9 @@ namespace Velmora
 				continue;
 			}
 			const FFileDescriptor TheirLock(open((Path + '/' + LockName).c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
-			if (TheirLock.IsOpen() && flock(TheirLock.Get(), LOCK_EX | LOCK_NB) == 0)
+			// Every journal has had a lock since it took its name; one without is half removed.
+			const bool bIsHalfRemoved = !TheirLock.IsOpen() && errno == ENOENT;
+			if (bIsHalfRemoved || (TheirLock.IsOpen() && flock(TheirLock.Get(), LOCK_EX | LOCK_NB) == 0))
 			{
 				RemoveTemporaries(Path + '/' + LogName);
 				std::error_code Ignored;

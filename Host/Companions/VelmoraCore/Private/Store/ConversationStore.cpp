@@ -8,6 +8,7 @@
 #include "Async/Async.h"
 #include "Host/HostFileNames.h"
 #include "Host/StoreLocation.h"
+#include "Misc/ScopeExit.h"
 #include "Store/SqliteConnection.h"
 #include "Store/StoreFiles.h"
 #include "Store/StoreSchema.h"
@@ -333,6 +334,10 @@ namespace Velmora
 	bool FConversationStore::Open(int32 PatienceMilliseconds, FString& OutProblem)
 	{
 		constexpr int MaxAttempts = 3;
+		ON_SCOPE_EXIT
+		{
+			bIsOpening = false;
+		};
 		for (int Attempt = 0; Attempt < MaxAttempts; ++Attempt)
 		{
 			struct stat Status;
@@ -345,6 +350,7 @@ namespace Velmora
 					OutProblem = FString(TEXT("The conversation store ")) + Path + TEXT(" cannot be used: ") + DescribeSystemError(Error) + TEXT(".");
 					return false;
 				}
+				bIsOpening = true;
 				if (!CreateFile(OutProblem))
 				{
 					return false;
@@ -357,6 +363,7 @@ namespace Velmora
 				return true;
 			}
 			Connection.reset();
+			bIsOpening = true;
 			EDamage Damage = EDamage::None;
 			if (!S_ISREG(Status.st_mode))
 			{

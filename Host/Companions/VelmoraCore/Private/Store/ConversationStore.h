@@ -130,6 +130,9 @@ namespace Velmora
 		/** Makes the log as long as it will be, since to make a file longer costs the disk more than to write into it. */
 		void ReserveLog();
 
+		/** Lets those go first who wait for the turn: between the pieces of long work. */
+		void LetOthersGoFirst() const;
+
 		enum class EVerdict
 		{
 			Sound,
@@ -148,6 +151,8 @@ namespace Velmora
 		std::mutex TurnMutex;
 		std::condition_variable TurnEnded;
 		bool bIsTaken = false;
+		std::atomic<int32> WaitingCount = 0;
+		std::atomic<bool> bIsOpening = false;
 
 		// What follows belongs to whoever has the turn.
 		std::unique_ptr<FSqliteConnection> Connection;

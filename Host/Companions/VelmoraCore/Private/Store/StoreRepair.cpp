@@ -1,10 +1,12 @@
 #include "Store/ConversationStore.h"
 
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
 #include <cstring>
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <thread>
 #include <unistd.h>
 #include <vector>
 
@@ -185,6 +187,7 @@ namespace Velmora
 
 	void FConversationStore::CheckSoon()
 	{
+		bStopsChecking = false;
 		if (!bIsCheckComing.exchange(true))
 		{
 			AsyncTask(ENamedThreads::AnyBackgroundThreadNormalTask, [Self = AsShared()] { Self->Check(); });
@@ -226,27 +229,41 @@ namespace Velmora
 
 	void FConversationStore::ReserveLog()
 	{
-		// Zeros at the end of the log mean nothing to readers. The lock keeps them from falling on what others write.
-		FString Problem;
 		const std::string LogPath = PathBytes + "-wal";
+		const std::vector<char> Zeros(ReservedLogBytes / 16);
 		int Log = -1;
-		Run(EAccess::Write, WorkerPatienceMilliseconds, Problem, [&LogPath, &Log](FSqliteConnection&)
+		bool bIsLong = false;
+		while (!bIsLong && !bStopsChecking)
 		{
-			struct stat Status;
-			Log = open(LogPath.c_str(), O_WRONLY | O_CLOEXEC);
-			if (Log >= 0 && fstat(Log, &Status) == 0 && Status.st_size < ReservedLogBytes)
+			LetOthersGoFirst();
+			bIsLong = true;
+			FString Problem;
+			// Zeros at the end of the log mean nothing to readers. The lock keeps them from falling on what others write.
+			Run(EAccess::Write, WorkerPatienceMilliseconds, Problem, [&](FSqliteConnection&)
 			{
-				const std::vector<char> Zeros(static_cast<size_t>(ReservedLogBytes - Status.st_size));
-				// Without the room the log grows as it is written, as it would have done.
-				const ssize_t Count = pwrite(Log, Zeros.data(), Zeros.size(), Status.st_size);
-				(void)Count;
-			}
-			return EStoreResult::Missing;
-		});
+				struct stat Status;
+				Log = Log >= 0 ? Log : open(LogPath.c_str(), O_WRONLY | O_CLOEXEC);
+				if (Log >= 0 && fstat(Log, &Status) == 0 && Status.st_size < ReservedLogBytes)
+				{
+					// Without the room the log grows as it is written, as it would have done.
+					bIsLong = pwrite(Log, Zeros.data(), Zeros.size(), Status.st_size) <= 0;
+				}
+				return EStoreResult::Missing;
+			});
+		}
 		if (Log >= 0)
 		{
 			fdatasync(Log);
 			close(Log);
+		}
+	}
+
+	void FConversationStore::LetOthersGoFirst() const
+	{
+		constexpr int MaxMilliseconds = 100;
+		for (int Passed = 0; Passed < MaxMilliseconds && WaitingCount > 0; ++Passed)
+		{
+			std::this_thread::sleep_for(std::chrono::milliseconds(1));
 		}
 	}
 
@@ -320,6 +337,7 @@ namespace Velmora
 			{
 				return false;
 			}
+			LetOthersGoFirst();
 			size_t End = Next;
 			int32 Added = 0;
 			const EStoreResult Result = Run(EAccess::Write, WorkerPatienceMilliseconds, Problem, [&](FSqliteConnection& Database)

@@ -15,7 +15,15 @@ namespace Velmora
 			, End(std::chrono::steady_clock::now() + std::chrono::milliseconds(PatienceMilliseconds))
 		{
 			std::unique_lock Lock(Store.TurnMutex);
-			bIsMine = Store.TurnEnded.wait_until(Lock, End, [this] { return !Store.bIsTaken; });
+			++Store.WaitingCount;
+			const auto IsFree = [this] { return !Store.bIsTaken; };
+			bIsMine = Store.TurnEnded.wait_until(Lock, End, IsFree);
+			if (!bIsMine && Store.bIsOpening)
+			{
+				// A worker makes or opens the file just now; to refuse would not be any quicker than to wait.
+				bIsMine = Store.TurnEnded.wait_until(Lock, End + std::chrono::milliseconds(WorkerPatienceMilliseconds), IsFree);
+			}
+			--Store.WaitingCount;
 			Store.bIsTaken = Store.bIsTaken || bIsMine;
 		}
 

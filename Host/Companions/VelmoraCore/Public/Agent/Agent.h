@@ -29,11 +29,12 @@ namespace Velmora
 		virtual FString StartConversation(EConversationMode Mode) = 0;
 
 		/**
-		 * Takes a message of the user and starts a turn. The message stands in the metadata when this returns
-		 * true; the answer comes through callbacks.
+		 * Takes a message of the user and starts a turn. The message stands in the metadata and in the store, on
+		 * disk, when this returns true; the answer comes through callbacks, each message stored before it is told.
 		 *
 		 * @param ContextFiles  Files to look at first, absolute or relative to the project.
-		 * @return False when nothing was sent: no conversation, a turn is running or paused, or the text is empty.
+		 * @return False when nothing was sent: no conversation, a turn is running or paused, the text is empty, or
+		 *         the store did not take it in time, which OnError explains.
 		 */
 		virtual bool SendMessage(const FString& Text, const TArray<FString>& ContextFiles) = 0;
 
@@ -57,7 +58,8 @@ namespace Velmora
 		/**
 		 * Makes a stored conversation current and fires OnConversationLoaded, before or after this returns.
 		 *
-		 * @return False when the store does not have it or a turn is running; nothing has happened then.
+		 * @return False when the store does not have it, cannot be read, or a turn is running; nothing has happened
+		 *         then but that OnError has told why.
 		 */
 		virtual bool LoadConversation(const FString& Id) = 0;
 
@@ -88,7 +90,10 @@ namespace Velmora
 		/** First message of the user, shortened to one line. Empty without a conversation or before the first message. */
 		virtual FString GetCurrentConversationTitle() const = 0;
 
-		/** All stored conversations, the latest first. One in which nothing was said is not stored. */
+		/**
+		 * All stored conversations, the latest first, each with its messages up to the first one of the user and no
+		 * more. One in which nothing was said is not stored. Reads the disk: FConversationHistoryManager does so elsewhere.
+		 */
 		virtual TArray<FConversationMetadata> GetConversationHistories() const = 0;
 
 		/** An undo may run now, that is, no turn is running or paused. */

@@ -23,10 +23,12 @@ namespace Velmora::CodeIntel
 	};
 
 	/**
-	 * The code intelligence indexes: one of the project, one of the engine source. Any thread.
+	 * The code intelligence indexes: one of the project, one of the engine source. Any thread; status queries never wait for
+	 * what runs.
 	 *
-	 * No index is built by the local library yet. The manager therefore reports that it is not initialised, and
-	 * every command that needs an index returns at once with nothing done.
+	 * The program starts and ends the manager (Host/CodeIndexControl.h). Outside of that time it reports that it is not
+	 * initialised, and every command returns at once with nothing done. A build that fails leaves the last good index in use,
+	 * so that a ready index alone does not tell that it succeeded.
 	 */
 	class VELMORATOOLKIT_API FCodeIntelIndexManager
 	{

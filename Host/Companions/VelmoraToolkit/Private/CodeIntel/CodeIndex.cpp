@@ -1,0 +1,692 @@
+#include "CodeIntel/CodeIndex.h"
+
+#include <algorithm>
+#include <chrono>
+#include <thread>
+#include <unordered_map>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "Async/Async.h"
+#include "Host/HostFileNames.h"
+#include "Host/HostFolders.h"
+#include "Misc/Paths.h"
+
+DEFINE_LOG_CATEGORY_STATIC(LogCodeIndex, Log, All);
+
+namespace Velmora::CodeIntel
+{
+	namespace
+	{
+		/** Files taken up at once by the reindexer. */
+		constexpr size_t MaxFilesAtOnce = 200;
+
+		int64 GetFileBytes(const std::string& Path)
+		{
+			struct stat Status = {};
+			return stat(Path.c_str(), &Status) == 0 ? static_cast<int64>(Status.st_size) : 0;
+		}
+	}
+
+	class FCodeIndex::FOperation
+	{
+	public:
+		explicit FOperation(FCodeIndex& InIndex)
+			: Index(InIndex)
+		{
+			const std::scoped_lock Lock(Index.StateMutex);
+			bIsAllowed = !Index.bStop;
+			Index.Operations += bIsAllowed ? 1 : 0;
+		}
+		~FOperation()
+		{
+			const std::scoped_lock Lock(Index.StateMutex);
+			Index.Operations -= bIsAllowed ? 1 : 0;
+			Index.Changed.notify_all();
+		}
+		FOperation(const FOperation&) = delete;
+		FOperation& operator=(const FOperation&) = delete;
+
+		bool IsAllowed() const { return bIsAllowed; }
+
+	private:
+		FCodeIndex& Index;
+		bool bIsAllowed = false;
+	};
+
+	FCodeIndex::FCodeIndex(FCodeIndexSetup InSetup)
+		: Setup(std::move(InSetup))
+	{
+		Stats.RootPath = HostFileNameFromBytes(Setup.Root);
+	}
+
+	void FCodeIndex::Start()
+	{
+		const std::scoped_lock Lock(StateMutex);
+		bIsRunning = true;
+		bIsOpening = true;
+		bThreadHasEnded = false;
+		UpdateBusy();
+		std::thread([Self = shared_from_this()]
+		{
+			Self->Run();
+			const std::scoped_lock Ending(Self->StateMutex);
+			Self->bIsRunning = false;
+			Self->bThreadHasEnded = true;
+			Self->Busy.reset();
+			Self->Changed.notify_all();
+		}).detach();
+	}
+
+	void FCodeIndex::Stop()
+	{
+		const std::scoped_lock Lock(StateMutex);
+		bStop = true;
+		Changed.notify_all();
+	}
+
+	bool FCodeIndex::Shutdown(double TimeoutSeconds)
+	{
+		std::vector<FReconciled> Unanswered;
+		bool bHasEnded = false;
+		{
+			std::unique_lock Lock(StateMutex);
+			bStop = true;
+			Changed.notify_all();
+			bHasEnded = Changed.wait_for(Lock, std::chrono::duration<double>(TimeoutSeconds), [this] { return bThreadHasEnded && Operations == 0; });
+			Busy.reset();
+			Unanswered.swap(Reconciles);
+		}
+		for (const FReconciled& Done : Unanswered)
+		{
+			Answer(Done, 0, 0);
+		}
+		if (!bHasEnded)
+		{
+			UE_LOG(LogCodeIndex, Warning, TEXT("The file system does not answer, so the work on the %s index is left behind"), *Setup.Label);
+			return false;
+		}
+		bIsReady = false;
+		const std::scoped_lock Locks(WriterMutex, ReaderMutex);
+		CloseFiles();
+		return true;
+	}
+
+	FIndexStats FCodeIndex::GetStats() const
+	{
+		const std::scoped_lock Lock(StateMutex);
+		return Stats;
+	}
+
+	void FCodeIndex::UpdateBusy()
+	{
+		const bool bIsBusy = !bStop && bIsRunning && (bIsOpening || bIsWorking || bEraseWanted || bCompareWanted || !Reconciles.empty() || !Waiting.empty());
+		if (bIsBusy && !Busy)
+		{
+			Busy.emplace();
+		}
+		else if (!bIsBusy)
+		{
+			Busy.reset();
+		}
+	}
+
+	void FCodeIndex::Run()
+	{
+		Open();
+		while (!bStop)
+		{
+			std::unique_lock Lock(StateMutex);
+			bIsOpening = false;
+			bIsWorking = false;
+			UpdateBusy();
+			Changed.wait(Lock, [this] { return bStop || bEraseWanted || bRepairWanted || bCompareWanted || !Reconciles.empty() || !Waiting.empty(); });
+			bIsWorking = true;
+			Lock.unlock();
+			Work();
+		}
+		bool bErase = false;
+		{
+			const std::scoped_lock Lock(StateMutex);
+			bErase = bEraseWanted;
+		}
+		if (bErase)
+		{
+			Erase();
+		}
+	}
+
+	void FCodeIndex::Work()
+	{
+		std::vector<FReconciled> Callbacks;
+		std::vector<std::string> Paths;
+		bool bErase = false;
+		bool bRepair = false;
+		bool bCompare = false;
+		{
+			const std::scoped_lock Lock(StateMutex);
+			bErase = bEraseWanted;
+			bRepair = std::exchange(bRepairWanted, false);
+			bCompare = std::exchange(bCompareWanted, false) || !Reconciles.empty();
+			Callbacks.swap(Reconciles);
+			if (!bErase && !bRepair && !bCompare)
+			{
+				while (!Waiting.empty() && Paths.size() < MaxFilesAtOnce)
+				{
+					Paths.push_back(std::move(Waiting.extract(Waiting.begin()).value()));
+				}
+				InWork = static_cast<int>(Paths.size());
+			}
+		}
+		if (bErase)
+		{
+			Erase();
+		}
+		if (bRepair && !bStop)
+		{
+			{
+				const std::scoped_lock Lock(WriterMutex);
+				SetAside();
+			}
+			Rebuild(true);
+		}
+		if (bCompare)
+		{
+			CompareWithDisk(Callbacks);
+		}
+		if (!Paths.empty())
+		{
+			WorkOnQueue(Paths);
+		}
+		const std::scoped_lock Lock(StateMutex);
+		InWork = 0;
+		QueueSize = static_cast<int32>(Waiting.size());
+	}
+
+	void FCodeIndex::Open()
+	{
+		bool bIsDamaged = false;
+		bool bIsComplete = false;
+		if (access(Setup.DatabasePath.c_str(), F_OK) == 0)
+		{
+			const std::scoped_lock Lock(WriterMutex);
+			const bool bIsWhole = EnsureWriter() && Writer->CheckWhole();
+			if (bStop)
+			{
+				return;
+			}
+			bIsDamaged = !bIsWhole && Writer && (Writer->GetError() == EIndexError::Damaged || Writer->GetError() == EIndexError::None);
+			if (bIsDamaged)
+			{
+				SetAside();
+			}
+			else if (bIsWhole)
+			{
+				RefreshStats();
+				bIsComplete = bIsReady;
+			}
+			else
+			{
+				Setup.Tell(FString::Printf(TEXT("The %s index could not be opened: %s."), *Setup.Label, Writer ? *Writer->DescribeError() : TEXT("its folder cannot be made")));
+			}
+		}
+		if (bIsDamaged || (Setup.bBuildWhenMissing && !bIsComplete))
+		{
+			Rebuild(false);
+		}
+		else if (bIsComplete && Setup.bBuildWhenMissing)
+		{
+			// Much may have happened since the index was last in use.
+			CompareWithDisk({});
+		}
+	}
+
+	bool FCodeIndex::EnsureWriter()
+	{
+		if (Writer)
+		{
+			return true;
+		}
+		FString Reason;
+		const FString Folder = FPaths::GetPath(HostFileNameFromBytes(Setup.DatabasePath));
+		if (!HostMakeFolder(Folder, Reason))
+		{
+			return false;
+		}
+		Writer = std::make_unique<FIndexDatabase>(bStop);
+		return Writer->OpenForWriting(Setup.DatabasePath, Setup.Root);
+	}
+
+	void FCodeIndex::CloseFiles()
+	{
+		Writer.reset();
+		Reader.reset();
+	}
+
+	void FCodeIndex::SetAside()
+	{
+		bIsReady = false;
+		const std::scoped_lock Lock(ReaderMutex);
+		CloseFiles();
+		const std::string Aside = Setup.DatabasePath + ".damaged";
+		rename(Setup.DatabasePath.c_str(), Aside.c_str());
+		// They belong to the damaged file and would spoil another.
+		unlink((Setup.DatabasePath + "-wal").c_str());
+		unlink((Setup.DatabasePath + "-shm").c_str());
+		Setup.Tell(FString::Printf(TEXT("The %s index was damaged and is built anew. The old file was kept as %s."), *Setup.Label, *HostFileNameFromBytes(Aside)));
+	}
+
+	void FCodeIndex::RefreshStats()
+	{
+		FIndexFigures Figures;
+		if (!Writer->ReadFigures(Figures))
+		{
+			return;
+		}
+		const double Megabytes = static_cast<double>(GetFileBytes(Setup.DatabasePath) + GetFileBytes(Setup.DatabasePath + "-wal")) / (1024.0 * 1024.0);
+		const std::scoped_lock Lock(StateMutex);
+		if (bEraseWanted)
+		{
+			return;
+		}
+		Stats.bIsReady = Figures.bIsComplete;
+		Stats.TotalFiles = Figures.Files;
+		Stats.FailedFiles = Figures.FailedFiles;
+		Stats.EstimatedSymbols = Figures.Symbols;
+		Stats.LastBuildTimeSeconds = Figures.BuildSeconds;
+		Stats.IndexSizeMB = Megabytes;
+		bIsReady = Figures.bIsComplete;
+	}
+
+	void FCodeIndex::Rebuild(bool bForce)
+	{
+		const FOperation Operation(*this);
+		if (!Operation.IsAllowed() || (!bForce && bIsReady))
+		{
+			return;
+		}
+		if (bIsBuilding.exchange(true))
+		{
+			std::unique_lock Lock(StateMutex);
+			Changed.wait(Lock, [this] { return bStop || !bIsBuilding; });
+			return;
+		}
+		FString Problem;
+		bool bIsBuilt = false;
+		{
+			const std::scoped_lock Lock(WriterMutex);
+			{
+				// What was to be erased is replaced.
+				const std::scoped_lock StateLock(StateMutex);
+				bEraseWanted = false;
+			}
+			bIsBuilt = BuildAll(bForce, Problem);
+			if (!bIsBuilt && Writer)
+			{
+				const bool bIsDamaged = Writer->GetError() == EIndexError::Damaged;
+				Writer->Cancel();
+				if (bIsDamaged && !bStop)
+				{
+					SetAside();
+					bIsBuilt = BuildAll(true, Problem);
+				}
+			}
+			if (bIsBuilt)
+			{
+				RefreshStats();
+			}
+			else if (Writer)
+			{
+				Writer->Cancel();
+			}
+		}
+		if (!bIsBuilt && !bStop)
+		{
+			Setup.Tell(Problem + (bIsReady ? TEXT(" The earlier index stays in use.") : TEXT("")));
+		}
+		const std::scoped_lock Lock(StateMutex);
+		bIsBuilding = false;
+		Changed.notify_all();
+	}
+
+	bool FCodeIndex::BuildAll(bool bForce, FString& OutProblem)
+	{
+		const auto Start = std::chrono::steady_clock::now();
+		FSymbolExtractor Extractor(Setup.Root, Setup.Extractor, bStop);
+		if (!Extractor.Check(OutProblem))
+		{
+			return false;
+		}
+		OutProblem = FString::Printf(TEXT("The %s index could not be built: its folder cannot be made."), *Setup.Label);
+		if (!EnsureWriter() || !Writer->BeginBuild())
+		{
+			if (Writer)
+			{
+				OutProblem = FString::Printf(TEXT("The %s index could not be built: %s."), *Setup.Label, *Writer->DescribeError());
+			}
+			return false;
+		}
+		FIndexFigures Figures;
+		if (!bForce && Writer->ReadFigures(Figures) && Figures.bIsComplete)
+		{
+			// Another program has built it while this one waited.
+			Writer->Cancel();
+			return true;
+		}
+		if (!FillBuild(OutProblem))
+		{
+			return false;
+		}
+		const double Seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - Start).count();
+		if (!Writer->FinishBuild(Seconds))
+		{
+			OutProblem = FString::Printf(TEXT("The %s index could not be built: %s."), *Setup.Label, *Writer->DescribeError());
+			return false;
+		}
+		UE_LOG(LogCodeIndex, Log, TEXT("The %s index was built in %.2f seconds"), *Setup.Label, Seconds);
+		return true;
+	}
+
+	bool FCodeIndex::FillBuild(FString& OutProblem)
+	{
+		std::vector<FIndexFile> Files;
+		if (ListIndexFiles(Setup.Root, bStop, Files) != EFileListing::Complete)
+		{
+			OutProblem = FString::Printf(TEXT("The %s index could not be built: the folder \"%s\" cannot be read."), *Setup.Label, *HostFileNameFromBytes(Setup.Root));
+			return false;
+		}
+		FString Reason;
+		bool bIsStored = true;
+		FSymbolExtractor Extractor(Setup.Root, Setup.Extractor, bStop);
+		const bool bIsExtracted = Extractor.Extract(Files, [&](const FIndexFile& File, FFileSymbols&& Symbols)
+		{
+			bIsStored = Writer->AddBuilt(File, Symbols);
+			return bIsStored;
+		}, Reason);
+		if (!bIsStored)
+		{
+			Reason = FString::Printf(TEXT("The %s index could not be built: %s."), *Setup.Label, *Writer->DescribeError());
+		}
+		OutProblem = Reason;
+		return bIsExtracted && bIsStored;
+	}
+
+	void FCodeIndex::Compact()
+	{
+		const FOperation Operation(*this);
+		if (!Operation.IsAllowed() || !bIsReady)
+		{
+			return;
+		}
+		const std::scoped_lock Lock(WriterMutex);
+		if (!EnsureWriter() || !Writer->Compact())
+		{
+			if (!bStop)
+			{
+				Setup.Tell(FString::Printf(TEXT("The %s index could not be compacted: %s."), *Setup.Label, Writer ? *Writer->DescribeError() : TEXT("its folder cannot be made")));
+			}
+			return;
+		}
+		RefreshStats();
+	}
+
+	void FCodeIndex::Clear()
+	{
+		const std::scoped_lock Lock(StateMutex);
+		if (bStop)
+		{
+			return;
+		}
+		bIsReady = false;
+		const FString Root = Stats.RootPath;
+		Stats = FIndexStats();
+		Stats.RootPath = Root;
+		Waiting.clear();
+		QueueSize = 0;
+		bEraseWanted = true;
+		UpdateBusy();
+		Changed.notify_all();
+	}
+
+	void FCodeIndex::Erase()
+	{
+		const std::scoped_lock Lock(WriterMutex);
+		{
+			// A build may have begun since.
+			const std::scoped_lock StateLock(StateMutex);
+			if (!std::exchange(bEraseWanted, false))
+			{
+				return;
+			}
+		}
+		const std::scoped_lock ReaderLock(ReaderMutex);
+		CloseFiles();
+		for (const char* const Ending : { "", "-wal", "-shm" })
+		{
+			unlink((Setup.DatabasePath + Ending).c_str());
+		}
+	}
+
+	void FCodeIndex::Reconcile(FReconciled Done)
+	{
+		{
+			const std::scoped_lock Lock(StateMutex);
+			if (bIsRunning && !bStop)
+			{
+				Reconciles.push_back(MoveTemp(Done));
+				UpdateBusy();
+				Changed.notify_all();
+				return;
+			}
+		}
+		Answer(Done, 0, 0);
+	}
+
+	void FCodeIndex::Answer(const FReconciled& Done, int32 Deleted, int32 New) const
+	{
+		if (Done)
+		{
+			AsyncTask(ENamedThreads::GameThread, [Done, Deleted, New] { Done(Deleted, New); });
+		}
+	}
+
+	void FCodeIndex::Queue(std::string&& Path)
+	{
+		Waiting.insert(std::move(Path));
+		QueueSize = static_cast<int32>(Waiting.size()) + InWork;
+	}
+
+	void FCodeIndex::NoteChanges(const FProjectFileChanges& Changes)
+	{
+		const std::scoped_lock Lock(StateMutex);
+		if (bStop || (!bIsReady && !bIsBuilding))
+		{
+			return;
+		}
+		for (const FString& Path : Changes.Written)
+		{
+			std::string Bytes = HostFileNameToBytes(Path);
+			if (IsIndexedFile(Bytes))
+			{
+				Queue(std::move(Bytes));
+			}
+		}
+		for (const FString& Path : Changes.Removed)
+		{
+			// May have been a folder.
+			Queue(HostFileNameToBytes(Path));
+		}
+		bCompareWanted |= Changes.bMayBeMore;
+		UpdateBusy();
+		Changed.notify_all();
+	}
+
+	void FCodeIndex::CompareWithDisk(const std::vector<FReconciled>& Callbacks)
+	{
+		int32 Deleted = 0;
+		int32 New = 0;
+		{
+			const std::scoped_lock Lock(WriterMutex);
+			std::vector<FIndexFile> Files;
+			std::unordered_map<std::string, FIndexFile> Known;
+			if (bIsReady && EnsureWriter() && ListIndexFiles(Setup.Root, bStop, Files) == EFileListing::Complete && Writer->ReadFiles(Known))
+			{
+				std::vector<std::string> Differing;
+				for (const FIndexFile& File : Files)
+				{
+					const auto Found = Known.find(File.Path);
+					const bool bIsSame = Found != Known.end() && Found->second.Modified == File.Modified && Found->second.Size == File.Size;
+					if (!bIsSame)
+					{
+						Differing.push_back(File.Path);
+					}
+					if (Found != Known.end())
+					{
+						Known.erase(Found);
+					}
+				}
+				std::vector<std::string> Gone;
+				for (const auto& [Path, File] : Known)
+				{
+					Gone.push_back(Path);
+				}
+				FString Problem;
+				if (ApplyChanges({}, Gone, Problem))
+				{
+					Deleted = static_cast<int32>(Gone.size());
+				}
+				New = static_cast<int32>(Differing.size());
+				const std::scoped_lock StateLock(StateMutex);
+				for (std::string& Path : Differing)
+				{
+					Queue(std::move(Path));
+				}
+			}
+		}
+		for (const FReconciled& Done : Callbacks)
+		{
+			Answer(Done, Deleted, New);
+		}
+	}
+
+	void FCodeIndex::WorkOnQueue(const std::vector<std::string>& Paths)
+	{
+		const std::scoped_lock Lock(WriterMutex);
+		if (!bIsReady || bStop || !EnsureWriter())
+		{
+			return;
+		}
+		std::vector<FIndexFile> Files;
+		std::vector<std::string> Gone;
+		for (const std::string& Path : Paths)
+		{
+			FIndexFile File;
+			FIndexFile Known;
+			File.Path = Path;
+			if (!IsIndexedFile(Path) || !ReadFileStamp(Setup.Root, File))
+			{
+				Gone.push_back(Path);
+			}
+			else if (!Writer->ReadFile(Path, Known) || Known.Modified != File.Modified || Known.Size != File.Size)
+			{
+				Files.push_back(std::move(File));
+			}
+		}
+		FString Problem;
+		if (!ApplyChanges(Files, Gone, Problem) && !bStop)
+		{
+			// The files keep their old stamps, so the next comparison with the disk finds them again.
+			Setup.Tell(FString::Printf(TEXT("The %s index is not up to date. %s"), *Setup.Label, *Problem));
+		}
+	}
+
+	bool FCodeIndex::ApplyChanges(const std::vector<FIndexFile>& Files, const std::vector<std::string>& Gone, FString& OutProblem)
+	{
+		if (Files.empty() && Gone.empty())
+		{
+			return true;
+		}
+		// Nobody else shall wait for the extractor, so the files are changed when it is through.
+		std::vector<std::pair<FIndexFile, FFileSymbols>> Extracted;
+		FSymbolExtractor Extractor(Setup.Root, Setup.Extractor, bStop);
+		const bool bIsExtracted = Files.empty() || Extractor.Extract(Files, [&Extracted](const FIndexFile& File, FFileSymbols&& Symbols)
+		{
+			Extracted.emplace_back(File, std::move(Symbols));
+			return true;
+		}, OutProblem);
+		bool bIsStored = Writer->BeginChanges();
+		for (size_t Index = 0; bIsStored && Index < Extracted.size(); ++Index)
+		{
+			bIsStored = Writer->ReplaceFile(Extracted[Index].first, Extracted[Index].second);
+		}
+		for (size_t Index = 0; bIsStored && Index < Gone.size(); ++Index)
+		{
+			bIsStored = Writer->RemoveFile(Gone[Index]);
+		}
+		bIsStored = bIsStored && Writer->FinishChanges();
+		if (!bIsStored)
+		{
+			OutProblem = FString::Printf(TEXT("It could not be changed: %s."), *Writer->DescribeError());
+			const bool bIsDamaged = Writer->GetError() == EIndexError::Damaged;
+			Writer->Cancel();
+			const std::scoped_lock Lock(StateMutex);
+			bRepairWanted |= bIsDamaged;
+			return false;
+		}
+		RefreshStats();
+		return bIsExtracted;
+	}
+
+	bool FCodeIndex::Look(FIndexLookup& Out, TFunctionRef<bool(FIndexDatabase&)> Ask)
+	{
+		const FOperation Operation(*this);
+		if (!Operation.IsAllowed() || !bIsReady)
+		{
+			return false;
+		}
+		const std::scoped_lock Lock(ReaderMutex);
+		// Clearing and setting aside come first and take the lock later.
+		if (!bIsReady)
+		{
+			return false;
+		}
+		if (!Reader)
+		{
+			Reader = std::make_unique<FIndexDatabase>(bStop);
+			if (!Reader->OpenForReading(Setup.DatabasePath))
+			{
+				Reader.reset();
+				return false;
+			}
+		}
+		Out.Root = Setup.Root;
+		if (Ask(*Reader))
+		{
+			Out.bIsReady = true;
+			return true;
+		}
+		UE_LOG(LogCodeIndex, Warning, TEXT("The %s index could not be read: %s"), *Setup.Label, *Reader->DescribeError());
+		const bool bIsDamaged = Reader->GetError() == EIndexError::Damaged;
+		Reader.reset();
+		Out = FIndexLookup();
+		const std::scoped_lock StateLock(StateMutex);
+		bRepairWanted |= bIsDamaged;
+		Changed.notify_all();
+		return false;
+	}
+
+	FIndexLookup FCodeIndex::FindSymbol(std::string_view Name, int32 MaxCount)
+	{
+		FIndexLookup Result;
+		Look(Result, [&](FIndexDatabase& Database) { return Database.FindSymbol(Name, MaxCount, Result); });
+		return Result;
+	}
+
+	FIndexLookup FCodeIndex::Outline(std::string_view Path, int32 MaxCount)
+	{
+		FIndexLookup Result;
+		Look(Result, [&](FIndexDatabase& Database) { return Database.ReadOutline(Path, MaxCount, Result); });
+		return Result;
+	}
+}

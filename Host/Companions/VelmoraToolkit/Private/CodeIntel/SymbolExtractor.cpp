@@ -1,0 +1,237 @@
+#include "CodeIntel/SymbolExtractor.h"
+
+#include <algorithm>
+#include <unordered_map>
+
+#include <unistd.h>
+
+#include "CodeIntel/ChildProcess.h"
+#include "CodeIntel/TagReader.h"
+#include "Host/HostFileNames.h"
+
+DEFINE_LOG_CATEGORY_STATIC(LogSymbolExtractor, Log, All);
+
+namespace Velmora::CodeIntel
+{
+	namespace
+	{
+		constexpr size_t MaxOutputOfRun = 256 * 1024 * 1024;
+		constexpr double CheckSeconds = 10.0;
+
+		/** So many files that fail, without one that does not, are the program's fault. */
+		constexpr int HopelessFailures = 40;
+
+		/** Declarations are wanted as well, and what macros hide is not mistaken for them. */
+		constexpr const char* CommonArguments[] = {
+			"--options=NONE", "--output-format=json", "-f", "-", "--sort=no", "--quiet=yes", "--tag-relative=no", "--fields=NFnKs",
+			"--kinds-C=+p", "--kinds-C++=+p", "-I", "UCLASS+,USTRUCT+,UENUM+,UPROPERTY+,UFUNCTION+,UMETA+,GENERATED_BODY+,GENERATED_UCLASS_BODY+",
+			"--map-C++=+.ipp", "--map-C++=+.CPP", "--map-C++=+.INL", "--map-C#=+.CS", "--map-Python=+.PY", "--map-Iniconf=+.INI", "--map-JSON=+.JSON",
+			"--map-JSON=+.uplugin", "--map-JSON=+.uproject",
+		};
+		constexpr const char* IndexedLanguages = "--languages=C,C++,C#,Python,Iniconf,JSON";
+
+		std::vector<std::string> MakeArguments(const FExtractorOptions& Options)
+		{
+			std::vector<std::string> Arguments = { HostFileNameToBytes(Options.Program) };
+			Arguments.insert(Arguments.end(), std::begin(CommonArguments), std::end(CommonArguments));
+			return Arguments;
+		}
+
+		/** A name that comes back in JSON as it went in as a line of text; others are given to the program by themselves. */
+		bool IsPlainName(const std::string& Path)
+		{
+			if (Path.empty() || Path.back() == ' ' || HostFileNameToBytes(FString(UTF8_TO_TCHAR(Path.c_str()))) != Path)
+			{
+				return false;
+			}
+			return std::none_of(Path.begin(), Path.end(), [](char Byte) { return static_cast<unsigned char>(Byte) < 0x20 || Byte == 0x7F || Byte == '\\'; });
+		}
+
+		/** Places in an array are no names. */
+		bool IsSymbol(const FTag& Tag)
+		{
+			return Tag.ScopeKind != "array" || Tag.Name.find_first_not_of("0123456789") != std::string::npos;
+		}
+
+		FIndexSymbol MakeSymbol(FTag&& Tag)
+		{
+			return { std::move(Tag.Name), std::move(Tag.Kind), std::move(Tag.Scope), std::string(), Tag.Line };
+		}
+	}
+
+	FSymbolExtractor::FSymbolExtractor(std::string InRoot, const FExtractorOptions& InOptions, const std::atomic<bool>& bInStop)
+		: Root(std::move(InRoot))
+		, Options(InOptions)
+		, bStop(bInStop)
+	{
+	}
+
+	bool FSymbolExtractor::Check(FString& OutProblem) const
+	{
+		FChildRun Run;
+		Run.Arguments = MakeArguments(Options);
+		Run.Arguments.insert(Run.Arguments.end(), { IndexedLanguages, "-L", "-" });
+		Run.Seconds = CheckSeconds;
+		Run.MaxOutputBytes = MaxOutputOfRun;
+		std::string Reason;
+		const EChildEnd End = RunChild(Run, bStop, [](std::string_view) {}, Reason);
+		if (End == EChildEnd::Finished || End == EChildEnd::Stopped)
+		{
+			return End == EChildEnd::Finished;
+		}
+		const TCHAR* const What = End == EChildEnd::NotStarted ? TEXT("could not be started") : TEXT("cannot be used");
+		OutProblem = FString::Printf(TEXT("The code index needs a program that finds symbols. \"%s\" %s: %s. Install the package universal-ctags."), *Options.Program, What, UTF8_TO_TCHAR(Reason.c_str()));
+		return false;
+	}
+
+	double FSymbolExtractor::GetSeconds(size_t FileCount) const
+	{
+		return Options.BatchSeconds + Options.FileSeconds * static_cast<double>(FileCount);
+	}
+
+	std::vector<FSymbolExtractor::FBatch> FSymbolExtractor::MakeBatches(const std::vector<FIndexFile>& Files, const FTake& Take, bool& bGoesOn) const
+	{
+		std::vector<FBatch> Batches;
+		FBatch Plain;
+		for (const FIndexFile& File : Files)
+		{
+			const bool bIsTooLarge = File.Size > MaxIndexedBytes;
+			if (bIsTooLarge || access((Root + '/' + File.Path).c_str(), R_OK) != 0)
+			{
+				UE_LOG(LogSymbolExtractor, Warning, TEXT("%s is not in the code index: it %s"), *HostFileNameFromBytes(File.Path), bIsTooLarge ? TEXT("is larger than 8 MB") : TEXT("cannot be read"));
+				bGoesOn = Take(File, { {}, true });
+				if (!bGoesOn)
+				{
+					break;
+				}
+				continue;
+			}
+			if (!IsPlainName(File.Path) || !IsPlainName(Root))
+			{
+				Batches.push_back({ &File });
+				continue;
+			}
+			Plain.push_back(&File);
+			if (static_cast<int32>(Plain.size()) >= Options.BatchFiles)
+			{
+				Batches.push_back(std::exchange(Plain, FBatch()));
+			}
+		}
+		if (!Plain.empty())
+		{
+			Batches.push_back(std::move(Plain));
+		}
+		// Taken from the end.
+		std::reverse(Batches.begin(), Batches.end());
+		return Batches;
+	}
+
+	bool FSymbolExtractor::Extract(const std::vector<FIndexFile>& Files, const FTake& Take, FString& OutProblem)
+	{
+		bool bGoesOn = true;
+		std::vector<FBatch> Batches = MakeBatches(Files, Take, bGoesOn);
+		int Failures = 0;
+		bool bHasWorked = false;
+		while (bGoesOn && !Batches.empty() && !bStop)
+		{
+			const FBatch Batch = std::move(Batches.back());
+			Batches.pop_back();
+
+			FChildRun Run;
+			Run.Arguments = MakeArguments(Options);
+			Run.Arguments.push_back(IndexedLanguages);
+			Run.Seconds = GetSeconds(Batch.size());
+			Run.MaxOutputBytes = MaxOutputOfRun;
+			const bool bIsAlone = Batch.size() == 1;
+			std::unordered_map<std::string, size_t> Places;
+			std::vector<FFileSymbols> Results(Batch.size());
+			if (bIsAlone)
+			{
+				// Absolute, so no name is taken for an option.
+				Run.Arguments.push_back(Root + '/' + Batch.front()->Path);
+			}
+			else
+			{
+				Run.Arguments.insert(Run.Arguments.end(), { "-L", "-" });
+				for (size_t Index = 0; Index < Batch.size(); ++Index)
+				{
+					std::string Path = Root + '/' + Batch[Index]->Path;
+					Run.Input += Path + '\n';
+					Places.emplace(std::move(Path), Index);
+				}
+			}
+			size_t Last = 0;
+			std::string LastPath;
+			FTagReader Reader([&](FTag&& Tag)
+			{
+				if (!bIsAlone && Tag.Path != LastPath)
+				{
+					const auto Found = Places.find(Tag.Path);
+					if (Found == Places.end())
+					{
+						return;
+					}
+					Last = Found->second;
+					LastPath = Tag.Path;
+				}
+				if (IsSymbol(Tag))
+				{
+					Results[Last].Symbols.push_back(MakeSymbol(std::move(Tag)));
+				}
+			});
+			std::string Reason;
+			const EChildEnd End = RunChild(Run, bStop, [&Reader](std::string_view Piece) { Reader.Add(Piece); }, Reason);
+			if (End == EChildEnd::Stopped)
+			{
+				return false;
+			}
+			if (End == EChildEnd::NotStarted)
+			{
+				OutProblem = FString::Printf(TEXT("The program \"%s\" could not be started: %s. Install the package universal-ctags."), *Options.Program, UTF8_TO_TCHAR(Reason.c_str()));
+				return false;
+			}
+			if (End != EChildEnd::Finished && !bIsAlone)
+			{
+				const auto Middle = Batch.begin() + static_cast<ptrdiff_t>(Batch.size() / 2);
+				Batches.emplace_back(Middle, Batch.end());
+				Batches.emplace_back(Batch.begin(), Middle);
+				continue;
+			}
+			if (End != EChildEnd::Finished)
+			{
+				UE_LOG(LogSymbolExtractor, Warning, TEXT("%s is not in the code index: \"%s\" failed on it, %s"), *HostFileNameFromBytes(Batch.front()->Path), *Options.Program, UTF8_TO_TCHAR(Reason.c_str()));
+				Results.front() = { {}, true };
+				if (++Failures >= HopelessFailures && !bHasWorked)
+				{
+					OutProblem = FString::Printf(TEXT("The program \"%s\" fails on every file: %s. Install the package universal-ctags."), *Options.Program, UTF8_TO_TCHAR(Reason.c_str()));
+					return false;
+				}
+			}
+			bHasWorked |= End == EChildEnd::Finished;
+			for (size_t Index = 0; bGoesOn && Index < Batch.size(); ++Index)
+			{
+				bGoesOn = Take(*Batch[Index], std::move(Results[Index]));
+			}
+		}
+		return bGoesOn && !bStop;
+	}
+
+	bool FSymbolExtractor::ExtractAny(const std::string& AbsolutePath, std::vector<FIndexSymbol>& Out, std::string& OutReason) const
+	{
+		FChildRun Run;
+		Run.Arguments = MakeArguments(Options);
+		Run.Arguments.push_back(AbsolutePath);
+		Run.Seconds = GetSeconds(1);
+		Run.MaxOutputBytes = MaxOutputOfRun;
+		FTagReader Reader([&Out](FTag&& Tag)
+		{
+			if (IsSymbol(Tag))
+			{
+				Out.push_back(MakeSymbol(std::move(Tag)));
+			}
+		});
+		const bool bIsDone = RunChild(Run, bStop, [&Reader](std::string_view Piece) { Reader.Add(Piece); }, OutReason) == EChildEnd::Finished;
+		std::stable_sort(Out.begin(), Out.end(), [](const FIndexSymbol& A, const FIndexSymbol& B) { return A.Line < B.Line; });
+		return bIsDone;
+	}
+}
