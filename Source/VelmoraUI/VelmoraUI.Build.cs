@@ -25,6 +25,7 @@ public class VelmoraUI : ModuleRules
 			"DesktopPlatform",
 			"Engine",
 			"Json",
+			"LevelEditor",
 			"Projects",
 			"Settings",
 			"UnrealEd",

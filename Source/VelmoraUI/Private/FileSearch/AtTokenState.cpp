@@ -15,17 +15,36 @@ bool IsAtTokenChar(TCHAR Char)
 	return FChar::IsAlnum(Char) || Char == TEXT('_') || Char == TEXT('.') || Char == TEXT('-') || Char == TEXT('/') || Char == TEXT('\\');
 }
 
-/** Index of the nearest '@' to the left of the cursor on its line, -1 if there is none. Blanks do not end the walk. */
+constexpr int32 AtScanBlock = 2048;
+
+bool IsAtOrLineFeedInBlock(const TCHAR* Block)
+{
+	// As wide as the characters, so that many are compared at once.
+	uint16 Found = 0;
+	for (int32 Offset = 0; Offset < AtScanBlock; ++Offset)
+	{
+		Found |= static_cast<uint16>(Block[Offset] == TEXT('@')) | static_cast<uint16>(Block[Offset] == TEXT('\n'));
+	}
+	return Found != 0;
+}
+
+/**
+ * Index of the nearest '@' to the left of the cursor on its line, -1 if there is none. Blanks do not end the walk. It is made
+ * at each key, so a long line is passed in blocks, without a branch for each character.
+ */
 int32 FindAtBefore(const TCHAR* Text, int32 Cursor)
 {
-	int32 Index = Cursor - 1;
-	while (Index >= 0 && Text[Index] != TEXT('@'))
+	int32 Index = Cursor;
+	while (Index >= AtScanBlock && !IsAtOrLineFeedInBlock(Text + Index - AtScanBlock))
+	{
+		Index -= AtScanBlock;
+	}
+	while (--Index >= 0 && Text[Index] != TEXT('@'))
 	{
 		if (Text[Index] == TEXT('\n'))
 		{
 			return -1;
 		}
-		--Index;
 	}
 	return Index;
 }

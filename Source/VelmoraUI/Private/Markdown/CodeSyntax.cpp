@@ -111,6 +111,7 @@ public:
 
 	bool HasTripleQuote(int32 Index) const { return Index + 2 < Length && Text[Index + 1] == Text[Index] && Text[Index + 2] == Text[Index]; }
 
+	/** One that is never closed ends one beyond the text, as with SkipString. */
 	int32 SkipTripleQuoted(int32 Index) const
 	{
 		const TCHAR Quote = Text[Index];
@@ -121,7 +122,7 @@ public:
 				return Position + 3;
 			}
 		}
-		return Length;
+		return Length + 1;
 	}
 
 	/** The next characters are these lower-case letters, in any letter case. */

@@ -14,6 +14,7 @@
 #include "Widgets/Layout/SScrollBox.h"
 #include "Widgets/SBoxPanel.h"
 #include "Widgets/Text/STextBlock.h"
+#include "Widgets/WidgetLook.h"
 
 #define LOCTEXT_NAMESPACE "VelmoraUI"
 
@@ -71,6 +72,17 @@ void MergeOperations(const TMap<FString, TMap<FString, TArray<OperationType>>>& 
 			}
 		}
 	}
+}
+
+/** The text for a number out of those that were made before. */
+const FText& FormatOnce(FText* Texts, const FText& Pattern, int64 Number)
+{
+	FText& Text = Texts[Number];
+	if (Text.IsEmpty())
+	{
+		Text = FText::Format(Pattern, Number);
+	}
+	return Text;
 }
 
 } // namespace
@@ -204,7 +216,7 @@ TSharedRef<SWidget> SChangedFilesList::BuildFileRow(const FChangedItemEntry& Ent
 				.Text(this, &SChangedFilesList::GetRelativeTimestamp, Entry.Timestamp)
 				.Font(FVelmoraUIStyles::GetTimestampFont())
 				.ColorAndOpacity(FSlateColor::UseSubduedForeground())
-				.Visibility(bHasTime ? EVisibility::Visible : EVisibility::Collapsed)
+				.Visibility(VisibleIf(bHasTime))
 			]
 		];
 	// clang-format on
@@ -259,12 +271,12 @@ FText SChangedFilesList::GetChangedFilesCount() const
 
 EVisibility SChangedFilesList::GetEmptyStateVisibility() const
 {
-	return ChangedItems.IsEmpty() ? EVisibility::Visible : EVisibility::Collapsed;
+	return VisibleIf(ChangedItems.IsEmpty());
 }
 
 EVisibility SChangedFilesList::GetFileListVisibility() const
 {
-	return ChangedItems.IsEmpty() ? EVisibility::Collapsed : EVisibility::Visible;
+	return VisibleIf(!ChangedItems.IsEmpty());
 }
 
 FSlateColor SChangedFilesList::GetFileActionColor(EChangeActionType ActionType) const
@@ -293,6 +305,10 @@ FText SChangedFilesList::GetRelativeTimestamp(FDateTime Timestamp) const
 	{
 		return FText::GetEmpty();
 	}
+	// Made once each: the rows ask in every frame.
+	static FText Minutes[60];
+	static FText Hours[24];
+	static FText Days[7];
 	const int64 Age = (FDateTime::Now() - Timestamp).GetTicks();
 	if (Age < ETimespan::TicksPerMinute)
 	{
@@ -300,15 +316,15 @@ FText SChangedFilesList::GetRelativeTimestamp(FDateTime Timestamp) const
 	}
 	if (Age < ETimespan::TicksPerHour)
 	{
-		return FText::Format(LOCTEXT("MinutesAgo", "{0}m ago"), Age / ETimespan::TicksPerMinute);
+		return FormatOnce(Minutes, LOCTEXT("MinutesAgo", "{0}m ago"), Age / ETimespan::TicksPerMinute);
 	}
 	if (Age < ETimespan::TicksPerDay)
 	{
-		return FText::Format(LOCTEXT("HoursAgo", "{0}h ago"), Age / ETimespan::TicksPerHour);
+		return FormatOnce(Hours, LOCTEXT("HoursAgo", "{0}h ago"), Age / ETimespan::TicksPerHour);
 	}
 	if (Age < 7 * ETimespan::TicksPerDay)
 	{
-		return FText::Format(LOCTEXT("DaysAgo", "{0}d ago"), Age / ETimespan::TicksPerDay);
+		return FormatOnce(Days, LOCTEXT("DaysAgo", "{0}d ago"), Age / ETimespan::TicksPerDay);
 	}
 	// The stamp is in local time already; no zone keeps its day from being shifted once more.
 	return FText::AsDate(Timestamp, EDateTimeStyle::Short, FText::GetInvariantTimeZone());

@@ -24,22 +24,29 @@ FString GetInsertText(const Velmora::UI::FFileIndexEntry& Entry)
 	return Entry.FileType == Velmora::UI::EFileType::Asset ? FPaths::GetBaseFilename(Entry.FilePath) : FPaths::GetCleanFilename(Entry.FilePath);
 }
 
-/**
- * Where a line begins; the text's length when there are not so many lines. Runs at each key over all that stands before the
- * cursor, so line feeds are counted in blocks, without a branch for each character.
- */
+// What follows runs at each key over all that stands before the cursor, so line feeds are counted in blocks, without a branch
+// for each character.
+constexpr int32 LineScanBlock = 256;
+
+int32 CountLineFeedsOfBlock(const TCHAR* Block)
+{
+	// As wide as the characters, so that many are compared at once.
+	uint16 LineFeeds = 0;
+	for (int32 Offset = 0; Offset < LineScanBlock; ++Offset)
+	{
+		LineFeeds += static_cast<uint16>(Block[Offset] == TEXT('\n'));
+	}
+	return LineFeeds;
+}
+
+/** Where a line begins; the text's length when there are not so many lines. */
 int32 FindLineBegin(const TCHAR* Text, int32 Length, int32 TargetLine)
 {
-	constexpr int32 BlockLength = 256;
 	int32 Line = 0;
 	int32 Index = 0;
-	for (; Length - Index >= BlockLength; Index += BlockLength)
+	for (; Length - Index >= LineScanBlock; Index += LineScanBlock)
 	{
-		int32 LineFeeds = 0;
-		for (int32 Offset = 0; Offset < BlockLength; ++Offset)
-		{
-			LineFeeds += Text[Index + Offset] == TEXT('\n') ? 1 : 0;
-		}
+		const int32 LineFeeds = CountLineFeedsOfBlock(Text + Index);
 		if (Line + LineFeeds >= TargetLine)
 		{
 			break;
@@ -51,6 +58,20 @@ int32 FindLineBegin(const TCHAR* Text, int32 Length, int32 TargetLine)
 		Line += Text[Index] == TEXT('\n') ? 1 : 0;
 	}
 	return Index;
+}
+
+bool HasLineFeedBetween(const TCHAR* Text, int32 Begin, int32 End)
+{
+	int32 Index = Begin;
+	while (End - Index >= LineScanBlock && CountLineFeedsOfBlock(Text + Index) == 0)
+	{
+		Index += LineScanBlock;
+	}
+	while (Index < End && Text[Index] != TEXT('\n'))
+	{
+		++Index;
+	}
+	return Index < End;
 }
 
 } // namespace
@@ -210,18 +231,8 @@ int32 SChatWindow::TextLocationToLinearIndex(const FString& Text, const FTextLoc
 	const int32 Length = Text.Len();
 	const int32 LineBegin = FindLineBegin(Begin, Length, TargetLine);
 	// A column beyond its line is a place that does not exist.
-	for (int32 Index = LineBegin; Index < Length; ++Index)
-	{
-		if (Index - LineBegin == TargetOffset)
-		{
-			return Index;
-		}
-		if (Begin[Index] == TEXT('\n'))
-		{
-			break;
-		}
-	}
-	return Length;
+	const bool bExists = TargetOffset < Length - LineBegin && !HasLineFeedBetween(Begin, LineBegin, LineBegin + TargetOffset);
+	return bExists ? LineBegin + TargetOffset : Length;
 }
 
 FTextLocation SChatWindow::LinearIndexToTextLocation(const FString& Text, int32 Index)

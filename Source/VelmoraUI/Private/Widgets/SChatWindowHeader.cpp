@@ -14,6 +14,7 @@
 #include "Widgets/Layout/SBorder.h"
 #include "Widgets/SBoxPanel.h"
 #include "Widgets/Text/STextBlock.h"
+#include "Widgets/WidgetLook.h"
 
 #define LOCTEXT_NAMESPACE "VelmoraUI"
 
@@ -98,8 +99,7 @@ TSharedRef<SWidget> SChatWindow::BuildHeaderButtonContent(FName Brush, const FTe
 	const auto GetTint = [WeakWindow, Button]
 	{
 		const TSharedPtr<SChatWindow> Window = WeakWindow.Pin();
-		const bool bHovered = Window.IsValid() && (Window.Get()->*Button).IsValid() && (Window.Get()->*Button)->IsHovered();
-		return FSlateColor(bHovered ? FVelmoraUIStyles::GetActionIconHighlightColor() : FVelmoraUIStyles::GetActionIconNormalColor());
+		return GetActionIconTint(Window.IsValid() ? Window.Get()->*Button : nullptr);
 	};
 	// clang-format off
 	return SNew(SHorizontalBox)

@@ -7,6 +7,7 @@
 #include "Widgets/Input/SButton.h"
 #include "Widgets/SChangedFilesList.h"
 #include "Widgets/SMessageList.h"
+#include "Widgets/WidgetLook.h"
 
 #define LOCTEXT_NAMESPACE "VelmoraUI"
 
@@ -41,11 +42,6 @@ bool DoesGateAllowInput()
 {
 	const Velmora::EUpdateGateState Gate = Velmora::FUpdateGate::Get().GetState();
 	return Gate == Velmora::EUpdateGateState::Ready || Gate == Velmora::EUpdateGateState::UpdateAvailable;
-}
-
-EVisibility VisibleIf(bool bCondition)
-{
-	return bCondition ? EVisibility::Visible : EVisibility::Collapsed;
 }
 
 } // namespace

@@ -12,6 +12,7 @@
 #include "Widgets/SMarkdownTextBlock.h"
 #include "Widgets/SNullWidget.h"
 #include "Widgets/Text/STextBlock.h"
+#include "Widgets/WidgetLook.h"
 
 #define LOCTEXT_NAMESPACE "VelmoraUI"
 
@@ -29,11 +30,7 @@ const FSlateBrush* GetPlanCardBrush()
 void SConversationPlan::Construct(const FArguments& InArgs)
 {
 	PlaceholderText = TEXT("No plan available yet.\n\nWhen the agent creates a plan, it will appear here with:\n- Goals\n- High-level approach\n- Implementation steps with status indicators\n- Progress tracking");
-	const auto GetCopyTint = [this]()
-	{
-		const bool bHovered = CopyButton.IsValid() && CopyButton->IsHovered();
-		return FSlateColor(bHovered ? FVelmoraUIStyles::GetActionIconHighlightColor() : FVelmoraUIStyles::GetActionIconNormalColor());
-	};
+	const auto GetCopyTint = [this]() { return GetActionIconTint(CopyButton); };
 
 	// clang-format off
 	ChildSlot
@@ -149,7 +146,7 @@ bool SConversationPlan::HasPlan() const
 
 EVisibility SConversationPlan::GetCopyButtonVisibility() const
 {
-	return HasPlan() ? EVisibility::Visible : EVisibility::Collapsed;
+	return VisibleIf(HasPlan());
 }
 
 FText SConversationPlan::GetCopyButtonTooltip() const

@@ -7,6 +7,7 @@
 #include "Widgets/Layout/SBox.h"
 #include "Widgets/SBoxPanel.h"
 #include "Widgets/Text/STextBlock.h"
+#include "Widgets/WidgetLook.h"
 
 void SEmptyState::Construct(const FArguments& InArgs)
 {
@@ -31,7 +32,7 @@ void SEmptyState::Construct(const FArguments& InArgs)
 				SNew(SImage)
 				.Image(FAppStyle::GetBrush("Icons.Help"))
 				.ColorAndOpacity(FSlateColor(FVelmoraUIStyles::GetTextColorTertiary().CopyWithNewOpacity(0.5f)))
-				.Visibility(Icon != nullptr ? EVisibility::Visible : EVisibility::Collapsed)
+				.Visibility(VisibleIf(Icon != nullptr))
 			]
 			+ SVerticalBox::Slot()
 			.AutoHeight()

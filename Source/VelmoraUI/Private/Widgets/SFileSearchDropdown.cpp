@@ -11,6 +11,7 @@
 #include "Widgets/SOverlay.h"
 #include "Widgets/Text/STextBlock.h"
 #include "Widgets/Views/STableRow.h"
+#include "Widgets/WidgetLook.h"
 
 #define LOCTEXT_NAMESPACE "VelmoraUI"
 
@@ -263,7 +264,7 @@ FText SFileSearchDropdown::GetNoResultsText() const
 
 EVisibility SFileSearchDropdown::GetResultsListVisibility() const
 {
-	return ViewModel.IsValid() && ListItems.Num() > 0 && ViewModel->IsReady() ? EVisibility::Visible : EVisibility::Collapsed;
+	return VisibleIf(ViewModel.IsValid() && ListItems.Num() > 0 && ViewModel->IsReady());
 }
 
 EVisibility SFileSearchDropdown::GetNoResultsVisibility() const
@@ -274,12 +275,12 @@ EVisibility SFileSearchDropdown::GetNoResultsVisibility() const
 	}
 	const bool bNothingFound = ViewModel->IsReady() && !ViewModel->GetSearchQuery().IsEmpty() && ListItems.IsEmpty();
 	const bool bIdle = !ViewModel->IsReady() && !ViewModel->IsIndexing();
-	return bNothingFound || bIdle ? EVisibility::Visible : EVisibility::Collapsed;
+	return VisibleIf(bNothingFound || bIdle);
 }
 
 EVisibility SFileSearchDropdown::GetLoadingVisibility() const
 {
-	return ViewModel.IsValid() && ViewModel->IsIndexing() ? EVisibility::Visible : EVisibility::Collapsed;
+	return VisibleIf(ViewModel.IsValid() && ViewModel->IsIndexing());
 }
 
 #undef LOCTEXT_NAMESPACE

@@ -13,6 +13,7 @@
 #include "Widgets/Notifications/SProgressBar.h"
 #include "Widgets/SBoxPanel.h"
 #include "Widgets/Text/STextBlock.h"
+#include "Widgets/WidgetLook.h"
 
 #define LOCTEXT_NAMESPACE "CodeIntel"
 
@@ -231,12 +232,12 @@ FText SIndexProgressWidget::GetTimeRemainingText() const
 
 EVisibility SIndexProgressWidget::GetProgressVisibility() const
 {
-	return bIsBuilding ? EVisibility::Visible : EVisibility::Collapsed;
+	return VisibleIf(bIsBuilding);
 }
 
 EVisibility SIndexProgressWidget::GetCompletionVisibility() const
 {
-	return !bIsBuilding && !CompletionMessage.IsEmpty() ? EVisibility::Visible : EVisibility::Collapsed;
+	return VisibleIf(!bIsBuilding && !CompletionMessage.IsEmpty());
 }
 
 FLinearColor SIndexProgressWidget::GetAnimatedOpacity() const

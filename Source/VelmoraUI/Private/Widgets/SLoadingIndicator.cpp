@@ -7,6 +7,7 @@
 #include "Widgets/Layout/SBox.h"
 #include "Widgets/SBoxPanel.h"
 #include "Widgets/Text/STextBlock.h"
+#include "Widgets/WidgetLook.h"
 
 void SLoadingIndicator::Construct(const FArguments& InArgs)
 {
@@ -28,7 +29,7 @@ void SLoadingIndicator::Construct(const FArguments& InArgs)
 			.Padding(0.0f, 0.0f, 8.0f, 0.0f)
 			[
 				SNew(SThrobber)
-				.Visibility(bShowThrobber ? EVisibility::Visible : EVisibility::Collapsed)
+				.Visibility(VisibleIf(bShowThrobber))
 			]
 			+ SHorizontalBox::Slot()
 			.AutoWidth()

@@ -13,6 +13,7 @@
 #include "Widgets/Layout/SScrollBox.h"
 #include "Widgets/SBoxPanel.h"
 #include "Widgets/Text/STextBlock.h"
+#include "Widgets/WidgetLook.h"
 
 #define LOCTEXT_NAMESPACE "VelmoraUI"
 
@@ -86,7 +87,7 @@ TSharedRef<SWidget> SMarkdownTextBlock::BuildCodeHeader(const FString& Code, con
 			.Text(FText::FromString(Language))
 			.Font(FCoreStyle::GetDefaultFontStyle("Bold", 9))
 			.ColorAndOpacity(FSlateColor(FVelmoraUIStyles::GetMarkdownCodeBlockLanguageColor()))
-			.Visibility(bShowLanguage ? EVisibility::Visible : EVisibility::Collapsed)
+			.Visibility(VisibleIf(bShowLanguage))
 		]
 		+ SHorizontalBox::Slot()
 		.AutoWidth()

@@ -5,6 +5,7 @@
 #include "Style/VelmoraUIStyles.h"
 #include "Widgets/Input/SButton.h"
 #include "Widgets/ToolRowLook.h"
+#include "Widgets/WidgetLook.h"
 
 #define LOCTEXT_NAMESPACE "VelmoraUI"
 
@@ -53,12 +54,6 @@ const FCardLook& GetCardLook(const TSharedPtr<FChatMessage>& Message)
 	return System;
 }
 
-FSlateColor GetActionIconTint(const TSharedPtr<SButton>& Button)
-{
-	const bool bHovered = Button.IsValid() && Button->IsHovered();
-	return FSlateColor(bHovered ? FVelmoraUIStyles::GetActionIconHighlightColor() : FVelmoraUIStyles::GetActionIconNormalColor());
-}
-
 } // namespace
 
 FLinearColor SMessageRow::GetAnimatedOpacity() const
@@ -105,13 +100,13 @@ FSlateColor SMessageRow::GetSenderNameColor() const
 EVisibility SMessageRow::GetTypingIndicatorVisibility() const
 {
 	const bool bTyping = Message.IsValid() && Message->IsAIMessage() && !Message->bIsComplete && bIsLatestMessage;
-	return bTyping ? EVisibility::Visible : EVisibility::Collapsed;
+	return VisibleIf(bTyping);
 }
 
 EVisibility SMessageRow::GetCopyButtonVisibility() const
 {
 	const bool bHasText = Message.IsValid() && (Message->IsUserMessage() || Message->IsAIMessage());
-	return bHasText ? EVisibility::Visible : EVisibility::Collapsed;
+	return VisibleIf(bHasText);
 }
 
 FText SMessageRow::GetCopyButtonTooltip() const
@@ -139,7 +134,7 @@ FSlateColor SMessageRow::GetCopyButtonTint() const
 EVisibility SMessageRow::GetUndoButtonVisibility() const
 {
 	const bool bHasTransaction = Message.IsValid() && Message->IsUserMessage() && !Message->TransactionId.IsEmpty();
-	return bHasTransaction ? EVisibility::Visible : EVisibility::Collapsed;
+	return VisibleIf(bHasTransaction);
 }
 
 bool SMessageRow::GetUndoButtonEnabled() const

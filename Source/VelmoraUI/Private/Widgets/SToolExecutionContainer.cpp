@@ -9,6 +9,7 @@
 #include "Widgets/SNullWidget.h"
 #include "Widgets/Text/STextBlock.h"
 #include "Widgets/ToolRowLook.h"
+#include "Widgets/WidgetLook.h"
 
 #define LOCTEXT_NAMESPACE "VelmoraUI"
 
@@ -157,7 +158,7 @@ TSharedRef<SWidget> SToolExecutionContainer::BuildToolRow(TSharedPtr<FChatMessag
 
 EVisibility SToolExecutionContainer::GetBodyVisibility() const
 {
-	return IsExpanded.Get() ? EVisibility::Visible : EVisibility::Collapsed;
+	return VisibleIf(IsExpanded.Get());
 }
 
 const FSlateBrush* SToolExecutionContainer::GetChevronBrush() const

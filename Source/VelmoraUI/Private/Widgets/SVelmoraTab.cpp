@@ -27,6 +27,7 @@
 #include "Widgets/SNullWidget.h"
 #include "Widgets/SOverlay.h"
 #include "Widgets/Text/STextBlock.h"
+#include "Widgets/WidgetLook.h"
 
 #define LOCTEXT_NAMESPACE "VelmoraUI"
 
@@ -35,11 +36,6 @@ namespace
 
 constexpr const TCHAR* ShowPlanKey = TEXT("ShowPlan");
 constexpr const TCHAR* ShowCustomizeBehaviorKey = TEXT("ShowCustomizeBehavior");
-
-FSlateColor GetPageButtonTint(bool bHighlighted)
-{
-	return FSlateColor(bHighlighted ? FVelmoraUIStyles::GetActionIconHighlightColor() : FVelmoraUIStyles::GetActionIconNormalColor());
-}
 
 } // namespace
 
@@ -336,32 +332,32 @@ const FSlateBrush* SVelmoraTab::GetCustomizeButtonBrush() const
 
 FSlateColor SVelmoraTab::GetPlanButtonTint() const
 {
-	return GetPageButtonTint(bShowPlan);
+	return GetActionIconTint(bShowPlan);
 }
 
 FSlateColor SVelmoraTab::GetCustomizeButtonTint() const
 {
-	return GetPageButtonTint(bShowCustomizeBehavior);
+	return GetActionIconTint(bShowCustomizeBehavior);
 }
 
 FSlateColor SVelmoraTab::GetSettingsButtonTint() const
 {
-	return GetPageButtonTint(SettingsButton.IsValid() && SettingsButton->IsHovered());
+	return GetActionIconTint(SettingsButton);
 }
 
 EVisibility SVelmoraTab::GetSidePanelVisibility() const
 {
-	return bShowPlan || bShowCustomizeBehavior ? EVisibility::Visible : EVisibility::Collapsed;
+	return VisibleIf(bShowPlan || bShowCustomizeBehavior);
 }
 
 EVisibility SVelmoraTab::GetPlanVisibility() const
 {
-	return bShowPlan ? EVisibility::Visible : EVisibility::Collapsed;
+	return VisibleIf(bShowPlan);
 }
 
 EVisibility SVelmoraTab::GetCustomizeBehaviorVisibility() const
 {
-	return bShowCustomizeBehavior ? EVisibility::Visible : EVisibility::Collapsed;
+	return VisibleIf(bShowCustomizeBehavior);
 }
 
 FText SVelmoraTab::GetSidePanelTitle() const

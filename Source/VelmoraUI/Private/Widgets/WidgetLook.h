@@ -1,0 +1,26 @@
+#pragma once
+
+#include "CoreMinimal.h"
+#include "Layout/Visibility.h"
+#include "Style/VelmoraUIStyles.h"
+#include "Styling/SlateColor.h"
+#include "Templates/SharedPointer.h"
+#include "Widgets/Input/SButton.h"
+
+/** What is not visible takes no room. */
+inline EVisibility VisibleIf(bool bCondition)
+{
+	return bCondition ? EVisibility::Visible : EVisibility::Collapsed;
+}
+
+/** Of an icon that is all there is of its button. */
+inline FSlateColor GetActionIconTint(bool bHighlighted)
+{
+	return FSlateColor(bHighlighted ? FVelmoraUIStyles::GetActionIconHighlightColor() : FVelmoraUIStyles::GetActionIconNormalColor());
+}
+
+/** Highlighted while the button is hovered. A button that is not there yet is not. */
+inline FSlateColor GetActionIconTint(const TSharedPtr<SButton>& Button)
+{
+	return GetActionIconTint(Button.IsValid() && Button->IsHovered());
+}
