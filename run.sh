@@ -3,6 +3,6 @@
 set -eu
 root=$(CDPATH= cd -- "$(dirname -- "$0")" && pwd)
 . "$root/Scripts/packages.sh"
-need_packages $BUILD_PACKAGES $FONT_PACKAGES
+need_packages $BUILD_PACKAGES $RUN_PACKAGES $FONT_PACKAGES
 build_release "$root" velmora VelmoraUI
 exec "$root/Build/release/bin/velmora" "$@"

@@ -3,7 +3,7 @@
 set -eu
 root=$(CDPATH= cd -- "$(dirname -- "$0")" && pwd)
 . "$root/Scripts/packages.sh"
-need_packages $BUILD_PACKAGES $FONT_PACKAGES $TEST_PACKAGES
+need_packages $BUILD_PACKAGES $RUN_PACKAGES $FONT_PACKAGES $TEST_PACKAGES
 # A folder configured before the test library was installed knows no tests yet.
 if [ -f "$root/Build/release/build.ninja" ] && ! grep -q CoreTests "$root/Build/release/build.ninja"; then
 	rm -f "$root/Build/release/CMakeCache.txt" "$root/Build/release/build.ninja"

@@ -10,6 +10,9 @@
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <string>
 #include <vector>
 
 // The message list of the chat in a window of 1280×800 without a screen: opening, resting, appending, scrolling, and the
@@ -290,6 +293,69 @@ namespace
 		ShowAnswer(State, Text);
 	}
 	BENCHMARK(ShowMillionLineFeeds)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
+
+	/** Lines of this repository's own C++, as an answer with a block of code. */
+	FString MakeCodeAnswer(int32 LineCount)
+	{
+		std::vector<std::filesystem::path> Paths;
+		for (const std::filesystem::directory_entry& Entry : std::filesystem::recursive_directory_iterator(VELMORA_SOURCE_DIR "/Source"))
+		{
+			if (Entry.path().extension() == ".cpp")
+			{
+				Paths.push_back(Entry.path());
+			}
+		}
+		std::sort(Paths.begin(), Paths.end());
+		std::string Code = "```cpp\n";
+		int32 Lines = 0;
+		while (Lines < LineCount && !Paths.empty())
+		{
+			for (const std::filesystem::path& Path : Paths)
+			{
+				std::ifstream File(Path);
+				for (std::string Line; Lines < LineCount && std::getline(File, Line); ++Lines)
+				{
+					Code += Line + '\n';
+				}
+			}
+		}
+		return FString(UTF8_TO_TCHAR((Code + "```\n").c_str()));
+	}
+
+	void ShowCode(benchmark::State& State)
+	{
+		ShowAnswer(State, MakeCodeAnswer(static_cast<int32>(State.range(0))));
+	}
+	BENCHMARK(ShowCode)->Arg(1000)->Arg(10000)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
+
+	/** Code without line ends, as minifiers write it: one line of so many characters. */
+	FString MakeMinifiedAnswer(int32 Length)
+	{
+		FString Text = TEXT("```cpp\n");
+		for (int32 Number = 0; Text.Len() < Length; ++Number)
+		{
+			Text += FString::Printf(TEXT("auto v%d=[](int a,int b){return a+b*%d;};"), Number, Number);
+		}
+		return Text + TEXT("\n```\n");
+	}
+
+	void ShowMinifiedCode(benchmark::State& State)
+	{
+		ShowAnswer(State, MakeMinifiedAnswer(static_cast<int32>(State.range(0))));
+	}
+	BENCHMARK(ShowMinifiedCode)->Arg(1000000)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
+
+	void ScrollMinifiedCode(benchmark::State& State)
+	{
+		ScrollAnswer(State, MakeMinifiedAnswer(static_cast<int32>(State.range(0))));
+	}
+	BENCHMARK(ScrollMinifiedCode)->Arg(1000000)->Iterations(100)->UseManualTime()->Unit(benchmark::kMillisecond);
+
+	void ScrollCode(benchmark::State& State)
+	{
+		ScrollAnswer(State, MakeCodeAnswer(static_cast<int32>(State.range(0))));
+	}
+	BENCHMARK(ScrollCode)->Arg(1000)->Arg(10000)->Iterations(1000)->UseManualTime()->Unit(benchmark::kMillisecond);
 
 	/** 5 MB in 50,000 lines into the box of the prompt, then single letters. */
 	void PasteIntoPrompt(benchmark::State& State)

@@ -65,9 +65,10 @@ namespace
 		WaitForScan();
 	}
 
-	/** Bytes of the heap in use. */
+	/** Bytes of the heap in use, once the thread of the cache has let go of what it needs no more. */
 	double GetHeapBytes()
 	{
+		std::this_thread::sleep_for(std::chrono::milliseconds(200));
 		const struct mallinfo2 Info = mallinfo2();
 		return static_cast<double>(Info.uordblks + Info.hblkhd);
 	}

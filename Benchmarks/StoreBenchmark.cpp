@@ -1,7 +1,6 @@
 #include "Agent/ConversationHistoryManager.h"
 #include "Store/ConversationStore.h"
-#include "Store/SqliteConnection.h"
-#include "Store/StoreSchema.h"
+#include "Support/MadeStore.h"
 
 #include "Host/HostFileNames.h"
 
@@ -9,7 +8,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <string>
@@ -58,39 +56,9 @@ namespace
 		return Message;
 	}
 
-	/** In one transaction: the making is not what is measured. */
 	void Fill(const FString& Database, int32 ConversationCount, int32 MessageCount)
 	{
-		FString Problem;
-		FConversationMetadata None;
-		MakeShared<FConversationStore>(Database)->Load(TEXT("none"), None, Problem); // Makes the file.
-		Velmora::FSqliteConnection Connection;
-		bool bIsFilled = Connection.Open(HostFileNameToBytes(Database), false) && Connection.Execute("BEGIN");
-		for (int32 Number = 0; Number < ConversationCount; ++Number)
-		{
-			TArray<FConversationMessage> Messages;
-			for (int32 Index = 0; Index < MessageCount; ++Index)
-			{
-				Messages.Add(MakeMessage(Index));
-			}
-			Velmora::StoreSchema::FConversationRow Row;
-			char Id[33];
-			snprintf(Id, sizeof(Id), "%032X", Number);
-			Row.Id = Id;
-			Row.Updated = FDateTime::UtcNow().GetTicks() - Number;
-			Row.Opening = Velmora::StoreSchema::MakeOpening(Messages);
-			bIsFilled = bIsFilled && Velmora::StoreSchema::InsertConversation(Connection, Row);
-			for (const FConversationMessage& Message : Messages)
-			{
-				int64 Key = 0;
-				bIsFilled = bIsFilled && Velmora::StoreSchema::AddMessage(Connection, Row.Number, Message, Key);
-			}
-		}
-		if (!bIsFilled || !Connection.Execute("COMMIT") || !Connection.Checkpoint(true))
-		{
-			fprintf(stderr, "The store to be measured could not be made.\n");
-			exit(1);
-		}
+		FMadeStore::Fill(Database, ConversationCount, MessageCount, [](int32 Number) { return MakeMessage(Number).Content; });
 	}
 
 	void Report(benchmark::State& State, std::vector<double>& Milliseconds)
@@ -144,7 +112,7 @@ namespace
 		for (auto _ : State)
 		{
 			const FConversationMessage Message = MakeMessage(static_cast<int32>(Milliseconds.size()));
-			Measure(State, Milliseconds, [&] { return Store->AppendMessage(TEXT("00000000000000000000000000000005"), Message, Key, Problem) == EStoreResult::Done; });
+			Measure(State, Milliseconds, [&] { return Store->AppendMessage(FMadeStore::GetConversationId(5), Message, Key, Problem) == EStoreResult::Done; });
 		}
 		Report(State, Milliseconds);
 	}
@@ -197,7 +165,7 @@ namespace
 			Measure(State, Milliseconds, [&]
 			{
 				FConversationMetadata Conversation;
-				return Store->Load(TEXT("00000000000000000000000000000000"), Conversation, Problem) == EStoreResult::Done && Conversation.Messages.Num() == 10'000;
+				return Store->Load(FMadeStore::GetConversationId(0), Conversation, Problem) == EStoreResult::Done && Conversation.Messages.Num() == 10'000;
 			});
 		}
 		Report(State, Milliseconds);

@@ -3,6 +3,7 @@
 #include "Containers/StringConv.h"
 #include "Host/HostAppStyle.h"
 #include "Host/HostClock.h"
+#include "Host/HostPaths.h"
 #include "Host/HostPlugins.h"
 #include "Host/HostTasks.h"
 #include "Host/Platform.h"
@@ -10,18 +11,36 @@
 #include "Support/Base/PinnedFonts.h"
 
 #include <cstdio>
+#include <cstdlib>
 #include <ctime>
+#include <filesystem>
 #include <malloc.h>
 #include <unistd.h>
 
 namespace
 {
+	/** Nothing that is measured touches what the user keeps. */
+	void UseTemporarySavedFolder()
+	{
+		static std::string Pattern = std::filesystem::temp_directory_path() / "velmora-benchmark-XXXXXX";
+		if (mkdtemp(Pattern.data()))
+		{
+			FHostPaths::SetEngineSavedDir(UTF8_TO_TCHAR(Pattern.c_str()));
+			atexit([]
+			{
+				std::error_code Ignored;
+				std::filesystem::remove_all(Pattern, Ignored);
+			});
+		}
+	}
+
 	void SetUpProcess()
 	{
 		static const bool bDone = []
 		{
 			UsePinnedFonts();
 			FHostTasks::SetGameThread();
+			UseTemporarySavedFolder();
 			FHostPlatform::InstallTextShaper();
 			const FString Root = UTF8_TO_TCHAR(VELMORA_SOURCE_DIR);
 			FHostPlugins::RegisterPlugin(TEXT("Velmora"), Root, TEXT("benchmark"));
@@ -79,6 +98,12 @@ void FHeadlessApplication::Click(const FVector2D& Position)
 	App().GetMessageHandler().OnMouseMove(Position, FModifierKeysState());
 	App().GetMessageHandler().OnMouseDown(EKeys::LeftMouseButton, Position, FModifierKeysState());
 	App().GetMessageHandler().OnMouseUp(EKeys::LeftMouseButton, Position, FModifierKeysState());
+}
+
+void FHeadlessApplication::PressKey(const FKey& Key)
+{
+	App().GetMessageHandler().OnKeyDown(Key, FModifierKeysState(), false);
+	App().GetMessageHandler().OnKeyUp(Key, FModifierKeysState());
 }
 
 void FHeadlessApplication::PressControlKey(const FKey& Key)

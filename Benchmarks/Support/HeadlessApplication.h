@@ -16,6 +16,7 @@ public:
 	void Settle();
 	void Wheel(float Notches);
 	void Click(const FVector2D& Position);
+	void PressKey(const FKey& Key);
 	void PressControlKey(const FKey& Key);
 	void Type(FStringView Text);
 	static FSlateApplication& App() { return FSlateApplication::Get(); }

@@ -93,7 +93,7 @@ FString FDesktopOptions::Parse(const TArray<FString>& Arguments)
 			continue;
 		}
 		const bool bKnown = Is(TEXT("--project")) || Is(TEXT("--size")) || Is(TEXT("--scale")) || Is(TEXT("--prompt")) || Is(TEXT("--dump")) || Is(TEXT("--screenshot")) || Is(TEXT("--script"))
-			|| Is(TEXT("--now"));
+			|| Is(TEXT("--now")) || Is(TEXT("--set"));
 		if (!bKnown)
 		{
 			return FString::Printf(TEXT("Unknown option \"%s\". Try --help."), *Arguments[Index]);
@@ -143,6 +143,15 @@ FString FDesktopOptions::Parse(const TArray<FString>& Arguments)
 				return FString::Printf(TEXT("--now wants a local time such as 2026-01-31T12:00:00, not \"%s\"."), *Value);
 			}
 		}
+		else if (Is(TEXT("--set")))
+		{
+			TPair<FString, FString> Variable;
+			if (!Value.Split(TEXT("="), &Variable.Key, &Variable.Value) || Variable.Key.IsEmpty())
+			{
+				return FString::Printf(TEXT("--set wants NAME=VALUE, not \"%s\"."), *Value);
+			}
+			Variables.Add(MoveTemp(Variable));
+		}
 		else if (Is(TEXT("--dump")))
 		{
 			DumpFile = Value;
@@ -171,6 +180,7 @@ FString FDesktopOptions::GetHelp()
 		TEXT("  --now TIME         begin at this local time, such as 2026-01-31T12:00:00, and let\n")
 		TEXT("                     time pass by a sixtieth of a second a frame: the same run\n")
 		TEXT("                     gives the same pictures and dumps, byte by byte\n")
+		TEXT("  --set NAME=VALUE   set a console variable; may be given several times\n")
 		TEXT("  --draft            put back the prompt that was not sent last time, and keep this\n")
 		TEXT("                     one, as a session in a window does; for scripts\n")
 		TEXT("  --headless         no window: the same program, painted into memory\n")

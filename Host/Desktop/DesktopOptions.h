@@ -18,6 +18,8 @@ struct FDesktopOptions
 	FString ScriptFile;
 	/** Keep and restore the unsent prompt as a session in a window does. */
 	bool bDraft = false;
+	/** Console variables to set before anything is made, in this order. */
+	TArray<TPair<FString, FString>> Variables;
 	/** The local time at which simulated time begins; unset for real time. */
 	TOptional<FDateTime> Now;
 

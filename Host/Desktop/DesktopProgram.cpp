@@ -1,14 +1,19 @@
 #include "DesktopProgram.h"
 
 #include "ConversationPrinter.h"
+#include "CodeIntel/CodeIntelIndexManager.h"
 #include "EditorServices.h"
 #include "DraftKeeper.h"
 #include "Framework/Application/SlateApplication.h"
 #include "Framework/Docking/TabManager.h"
+#include "HAL/PlatformProcess.h"
 #include "HAL/PlatformTime.h"
+#include "Host/CodeIndexControl.h"
 #include "Host/HostAppStyle.h"
 #include "Host/HostDialogs.h"
+#include "Host/HostConsole.h"
 #include "Host/HostIniStore.h"
+#include "Host/HostLevelEditor.h"
 #include "Host/HostModules.h"
 #include "Host/HostPaths.h"
 #include "Host/HostPlugins.h"
@@ -17,7 +22,6 @@
 #include "Host/Platform.h"
 #include "Host/ProjectFileCacheControl.h"
 #include "Host/ProjectFolder.h"
-#include "Host/SDockArea.h"
 #include "Host/StoreLocation.h"
 #include "Host/UpdateGateControl.h"
 #include "Host/WidgetFinder.h"
@@ -26,10 +30,13 @@
 #include "Modules/ModuleManager.h"
 #include "PluginDescription.h"
 #include "ProblemToasts.h"
+#include "Settings/VelmoraSettings.h"
+#include "SEditorFrame.h"
 #include "SimulatedTime.h"
 #include "StandardInput.h"
 #include "StateDump.h"
 #include "Surroundings.h"
+#include "UObject/UObjectGlobals.h"
 #include "ViewModels/ChatViewModel.h"
 #include "Widgets/Docking/SDockTab.h"
 #include "Widgets/SVelmoraTab.h"
@@ -50,7 +57,7 @@ namespace
 	/** The folder above the executable that holds the plug-in's description. */
 	FString FindHomeFolder()
 	{
-		FString Folder = MakeAbsolute(FHostPaths::GetBaseDir());
+		FString Folder = MakeAbsolute(FPlatformProcess::BaseDir());
 		for (int32 Depth = 0; Depth < 8 && !Folder.IsEmpty(); ++Depth)
 		{
 			if (FPaths::FileExists(Folder / TEXT("Velmora.uplugin")))
@@ -83,6 +90,20 @@ int32 FDesktopProgram::Fail(const FString& Sentence) const
 	return 1;
 }
 
+bool FDesktopProgram::SetVariables() const
+{
+	for (const TPair<FString, FString>& Variable : Options.Variables)
+	{
+		const FString Complaint = FHostConsole::SetVariable(Variable.Key, Variable.Value, ECVF_SetByCommandline);
+		if (!Complaint.IsEmpty())
+		{
+			Fail(TEXT("--set: ") + Complaint);
+			return false;
+		}
+	}
+	return true;
+}
+
 bool FDesktopProgram::SetUpFolders()
 {
 	HomeFolder = FindHomeFolder();
@@ -98,6 +119,8 @@ bool FDesktopProgram::SetUpFolders()
 		return false;
 	}
 	FHostPaths::SetProjectDir(Project);
+	// What the agent changes is told by paths from here, so they read as the project's own.
+	FHostPaths::SetBaseDir(Project);
 	FHostPaths::SetEngineDir(HomeFolder / TEXT("Host/Engine"));
 	FHostPaths::SetEngineSavedDir(GetUserDataFolder());
 	FPluginDescriptor Descriptor;
@@ -174,10 +197,11 @@ bool FDesktopProgram::SetUpWindow()
 		}
 		Settings->Finish();
 	});
-	DockArea = SNew(SDockArea);
-	FGlobalTabmanager::Get()->SetDockArea(DockArea);
+	FHostLevelEditor::Install();
 	FHostSettings::Install();
-	FSlateApplication::Get().SetRootContent(DockArea.ToSharedRef());
+	Frame = SNew(SEditorFrame, Log.ToSharedRef());
+	FGlobalTabmanager::Get()->SetDockArea(Frame->GetDockArea());
+	FSlateApplication::Get().SetRootContent(Frame.ToSharedRef());
 	return true;
 }
 
@@ -189,6 +213,28 @@ bool FDesktopProgram::LoadModule()
 		return false;
 	}
 	return true;
+}
+
+void FDesktopProgram::StartCodeIndex()
+{
+	using Velmora::CodeIntel::FCodeIndexControl;
+	FCodeIndexControl::SetProblemHandler([](const FString& Sentence) { FProblemToasts::Tell(Sentence); });
+	const Velmora::FStoreLocation Location = Velmora::GetStoreLocation();
+	// The folder holds conversations as well. What keeps it from being made is told by whoever cannot write there.
+	FString Problem;
+	Velmora::MakePrivateFolder(Location.Folder, Problem);
+
+	Velmora::CodeIntel::FCodeIndexOptions Wanted;
+	Wanted.ProjectFolder = Velmora::GetProjectFolder();
+	Wanted.ProjectIndexPath = Location.Folder / (Location.ProjectName + TEXT(".index.db"));
+	Wanted.EngineIndexPath = Location.Folder / TEXT("engine.index.db");
+	// Nothing that ends by itself shall wait for a build, nor show one that was not asked for.
+	Wanted.bBuildWhenMissing = bHasDisplay && !Options.HasAction();
+	FCodeIndexControl::Initialize(Wanted);
+	if (GetDefault<UVelmoraSettings>()->bIncludeEngineSource)
+	{
+		Velmora::CodeIntel::FCodeIntelIndexManager::Get().InitializeEngineIndex();
+	}
 }
 
 void FDesktopProgram::OpenTab()
@@ -433,6 +479,11 @@ int32 FDesktopProgram::RunLines()
 int32 FDesktopProgram::Run()
 {
 	FHostTasks::SetGameThread();
+	Log = MakeShared<FOutputLog>();
+	if (!SetVariables())
+	{
+		return WrongUsage;
+	}
 	if (!Options.ScriptFile.IsEmpty() && !LoadScript())
 	{
 		return WrongUsage;
@@ -445,6 +496,7 @@ int32 FDesktopProgram::Run()
 	{
 		return 1;
 	}
+	StartCodeIndex();
 	OpenTab();
 	if (Options.bDraft || (bHasDisplay && !Options.HasAction()))
 	{
@@ -457,12 +509,16 @@ int32 FDesktopProgram::Run()
 	FHostPlatform::SetDisplayLostHandler(nullptr);
 	Draft.Reset();
 	Velmora::FUpdateGateControl::StopFollowing();
+	Velmora::CodeIntel::FCodeIndexControl::Shutdown();
+	FSlateApplication::Get().DismissAllMenus();
 	FGlobalTabmanager::Get()->CloseAllTabs();
 	FModuleManager::Get().UnloadModulesAtShutdown();
 	FGlobalTabmanager::Get()->SetDockArea(nullptr);
-	DockArea.Reset();
+	FSlateApplication::Get().SetRootContent(SNullWidget::NullWidget);
+	Frame.Reset();
 	Settings->Finish();
 	Velmora::FUpdateGateControl::SetProblemHandler(nullptr);
+	Velmora::CodeIntel::FCodeIndexControl::SetProblemHandler(nullptr);
 	FProblemToasts::Uninstall();
 	FEditorServices::Uninstall();
 	Velmora::FProjectFileCacheControl::Shutdown();

@@ -8,7 +8,8 @@
 class FChatViewModel;
 class FDraftKeeper;
 class FHostIniStore;
-class SDockArea;
+class FOutputLog;
+class SEditorFrame;
 
 /** The program: makes the window, loads the module as an editor would, opens its tab and runs frames. */
 class FDesktopProgram : private IScriptHost
@@ -32,11 +33,15 @@ private:
 	/** Reads the whole script, so that a wrong line is told before anything happens. */
 	bool LoadScript();
 	int32 RunScript();
+	/** Console variables named on the command line; false after telling what is wrong. */
+	bool SetVariables() const;
 	bool SetUpFolders();
 	/** Settings, and the release file that says whether this version may be used. */
 	void SetUpServices();
 	bool SetUpWindow();
 	bool LoadModule();
+	/** Starts the code index; a session with a user builds it in the background when there is none. */
+	void StartCodeIndex();
 	void OpenTab();
 	int32 RunActions();
 	int32 RunWindow();
@@ -52,7 +57,9 @@ private:
 	/** The folder with the plug-in's description and resources. */
 	FString HomeFolder;
 	TSharedPtr<IHostWindow> Window;
-	TSharedPtr<SDockArea> DockArea;
+	/** From the first line of the program on. */
+	TSharedPtr<FOutputLog> Log;
+	TSharedPtr<SEditorFrame> Frame;
 	TUniquePtr<FScriptRunner> Script;
 	/** Null in runs without a user, who would find a prompt that was not theirs. */
 	TUniquePtr<FDraftKeeper> Draft;

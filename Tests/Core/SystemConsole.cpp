@@ -90,11 +90,49 @@ TEST(SystemConsole, CommandLine)
 	EXPECT_EQ(TestCount.GetValueOnGameThread(), 13);
 	EXPECT_EQ(RunLine(TEXT("system.Test.Name \"two words\"")), "system.Test.Name = \"two words\"");
 	EXPECT_EQ(RunLine(TEXT("system.Test.Flag ?")), "system.Test.Flag: A flag.");
-	EXPECT_EQ(RunLine(TEXT("nothing.there 1")), "Unknown: nothing.there");
+	EXPECT_EQ(RunLine(TEXT("nothing.there 1")), "There is no console variable or command \"nothing.there\".");
 	EXPECT_EQ(RunLine(TEXT("")), "Nothing to run.");
+	TestRate->Set(0.25f);
+	EXPECT_EQ(RunLine(TEXT("list SYSTEM.test.ra")), "system.Test.Rate = \"0.25\"  A rate.");
+	EXPECT_EQ(RunLine(TEXT("list nothing.there")), "No console variable begins with \"nothing.there\".");
 	RunLine(TEXT("system.Test.Run a \"b c\" \"\""));
 	EXPECT_EQ(Utf8(FString::Join(Got, TEXT("|"))), "a|b c|");
 	EXPECT_EQ(Utf8(FString::Join(FHostConsole::Complete(TEXT("SYSTEM.TEST.R")), TEXT("|"))), "system.Test.Rate|system.Test.Run");
 	IConsoleManager::Get().UnregisterConsoleObject(Command);
 	EXPECT_EQ(IConsoleManager::Get().FindConsoleObject(TEXT("system.Test.Run")), nullptr);
+}
+
+TEST(SystemConsole, WrongKindsAreToldAndChangeNothing)
+{
+	TestFlag->Set(true);
+	TestCount->Set(3);
+	TestRate->Set(0.5f);
+	const struct
+	{
+		const char* Line;
+		const char* Answer;
+	} Cases[] = {
+		{ "system.Test.Count many", "system.Test.Count takes a whole number, not \"many\"." },
+		{ "system.Test.Count 1.5", "system.Test.Count takes a whole number, not \"1.5\"." },
+		{ "system.Test.Count 2147483648", "system.Test.Count takes a whole number, not \"2147483648\"." },
+		{ "system.Test.Count 3x", "system.Test.Count takes a whole number, not \"3x\"." },
+		{ "system.Test.Count=", "system.Test.Count takes a whole number, not \"\"." },
+		{ "system.Test.Count \xC3\xA9", "system.Test.Count takes a whole number, not \"\xC3\xA9\"." },
+		{ "system.Test.Rate 0,5", "system.Test.Rate takes a number, not \"0,5\"." },
+		{ "system.Test.Rate inf", "system.Test.Rate takes a number, not \"inf\"." },
+		{ "system.Test.Rate 1e300", "system.Test.Rate takes a number, not \"1e300\"." },
+		{ "system.Test.Flag maybe", "system.Test.Flag takes true or false, not \"maybe\"." },
+		{ "system.Test.Flag 2", "system.Test.Flag takes true or false, not \"2\"." },
+	};
+	for (const auto& Case : Cases)
+	{
+		EXPECT_EQ(RunLine(UTF8_TO_TCHAR(Case.Line)), Case.Answer);
+	}
+	EXPECT_TRUE(TestFlag.GetValueOnGameThread());
+	EXPECT_EQ(TestCount.GetValueOnGameThread(), 3);
+	EXPECT_EQ(TestRate.GetValueOnGameThread(), 0.5f);
+	EXPECT_EQ(RunLine(TEXT("system.Test.Count +4")), "system.Test.Count = \"4\"");
+	EXPECT_EQ(RunLine(TEXT("system.Test.Rate 1e-3")), "system.Test.Rate = \"0.001\"");
+	EXPECT_EQ(RunLine(TEXT("system.Test.Flag Off")), "system.Test.Flag = \"false\"");
+	EXPECT_EQ(Utf8(FHostConsole::SetVariable(TEXT("nothing.there"), TEXT("1"))), "There is no console variable or command \"nothing.there\".");
 }

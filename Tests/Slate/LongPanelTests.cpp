@@ -3,6 +3,7 @@
 #include "Support/UiDriver.h"
 #include "Widgets/Layout/SBox.h"
 #include "Widgets/Layout/SScrollBox.h"
+#include "Widgets/Layout/SSpacer.h"
 #include "Widgets/Layout/SWrapBox.h"
 #include "Widgets/SBoxPanel.h"
 
@@ -190,6 +191,39 @@ TEST_F(FLongPanel, ChildrenOutOfViewCostNothing)
 	PumpFrame();
 	EXPECT_LE(SWidget::GetCounters().Measured - Measured, 10u);
 	EXPECT_EQ(Panel->GetDesiredSize().Y, 20000 * 20.0 + 30.0);
+}
+
+TEST_F(FLongPanel, ChildrenThatChangeByThemselvesAreMeasuredInTurn)
+{
+	constexpr int32 Count = 5000;
+	TArray<float> Heights;
+	Heights.Init(20.0f, Count);
+	const TSharedRef<SVerticalBox> Panel = SNew(SVerticalBox);
+	std::vector<TSharedRef<SBox>> Rows;
+	for (int32 Index = 0; Index < Count; ++Index)
+	{
+		Rows.push_back(SNew(SBox).HeightOverride_Lambda([&Heights, Index] { return FOptionalSize(Heights[Index]); }));
+		Panel->AddSlot().AutoHeight()[Rows.back()];
+	}
+	const TSharedRef<SScrollBox> Box = SNew(SScrollBox) + SScrollBox::Slot()[Panel];
+	Show(Box);
+	PumpFrame();
+	Box->SetScrollOffset(50000.0f);
+	PumpFrame();
+	PumpFrame();
+
+	Heights[2501] = 30.0f; // In view,
+	Heights[4999] = 70.0f; // and below it.
+	const uint64 Measured = SWidget::GetCounters().Measured;
+	PumpFrame();
+	EXPECT_LE(SWidget::GetCounters().Measured - Measured, 300u);
+	EXPECT_EQ(GetRect(*Rows[2502]).Top - GetRect(*Rows[2501]).Top, 30.0f) << "what is in view is always true";
+	for (int32 Frame = 0; Frame < 180; ++Frame)
+	{
+		PumpFrame();
+	}
+	EXPECT_EQ(Panel->GetDesiredSize().Y, Count * 20.0 + 10.0 + 50.0);
+	Show(SNew(SSpacer)); // The heights go first.
 }
 
 TEST_F(FLongPanel, LinesOfAWrapBoxInViewAreThoseOfAll)

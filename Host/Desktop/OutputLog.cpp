@@ -1,0 +1,93 @@
+#include "OutputLog.h"
+
+namespace
+{
+	FString MakePrefix(const FHostLogLine& Line)
+	{
+		FHostLogLine Head;
+		Head.Category = Line.Category;
+		Head.Verbosity = Line.Verbosity;
+		return Head.ToString();
+	}
+}
+
+FOutputLog::FOutputLog()
+{
+	// The sink comes first: what is logged in between stands there twice rather than not at all.
+	SinkHandle = FHostLog::AddSink([this](const FHostLogLine& Line)
+	{
+		const std::lock_guard<std::mutex> Lock(WaitingMutex);
+		if (Waiting.Num() >= MaxLines)
+		{
+			Waiting.RemoveAt(0, MaxLines / 10);
+		}
+		Waiting.Add(Line);
+	});
+	for (const FHostLogLine& Line : FHostLog::GetRecentLines())
+	{
+		Append(MakePrefix(Line), Line.Text, Line.Verbosity);
+	}
+}
+
+FOutputLog::~FOutputLog()
+{
+	FHostLog::RemoveSink(SinkHandle);
+}
+
+void FOutputLog::Update()
+{
+	TArray<FHostLogLine> Taken;
+	{
+		const std::lock_guard<std::mutex> Lock(WaitingMutex);
+		Taken = MoveTemp(Waiting);
+		Waiting.Reset();
+	}
+	for (const FHostLogLine& Line : Taken)
+	{
+		Append(MakePrefix(Line), Line.Text, Line.Verbosity);
+	}
+	Trim();
+}
+
+void FOutputLog::Add(const FString& Text, ELogVerbosity::Type Verbosity)
+{
+	Update();
+	Append(FString(), Text, Verbosity);
+	Trim();
+}
+
+void FOutputLog::Clear()
+{
+	Update();
+	FirstNumber += Lines.Num();
+	Lines.Empty();
+}
+
+void FOutputLog::Append(const FString& Prefix, const FString& Text, ELogVerbosity::Type Verbosity)
+{
+	TArray<FString> Parts;
+	Text.ParseIntoArrayLines(Parts, false);
+	for (int32 Index = 0; Index < FMath::Max(Parts.Num(), 1); ++Index)
+	{
+		FString Part = Parts.IsValidIndex(Index) ? MoveTemp(Parts[Index]) : FString();
+		if (Part.Len() > MaxLineLength)
+		{
+			Part = Part.Left(MaxLineLength) + FString::Printf(TEXT("\u2026 (%d more characters)"), Part.Len() - MaxLineLength);
+		}
+		const TSharedRef<FOutputLogLine> Line = MakeShared<FOutputLogLine>();
+		Line->Text = Index == 0 ? Prefix + Part : TEXT("    ") + Part;
+		Line->Verbosity = Verbosity;
+		Line->Number = FirstNumber + Lines.Num();
+		Lines.Add(TSharedPtr<const FOutputLogLine>(Line));
+	}
+}
+
+void FOutputLog::Trim()
+{
+	if (Lines.Num() > MaxLines)
+	{
+		const int32 Surplus = Lines.Num() - MaxLines + MaxLines / 10;
+		Lines.RemoveAt(0, Surplus);
+		FirstNumber += Surplus;
+	}
+}

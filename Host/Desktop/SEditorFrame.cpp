@@ -1,0 +1,272 @@
+#include "SEditorFrame.h"
+
+#include "EditorFrameCommands.h"
+#include "FileCache/ProjectFileCache.h"
+#include "Framework/Application/SlateApplication.h"
+#include "Framework/Commands/UICommandList.h"
+#include "Framework/MultiBox/MultiBoxBuilder.h"
+#include "HAL/PlatformProcess.h"
+#include "Host/HostLevelEditor.h"
+#include "Host/HostTextWidget.h"
+#include "Host/SMenuBar.h"
+#include "Interfaces/IPluginManager.h"
+#include "Misc/MessageDialog.h"
+#include "Misc/Paths.h"
+#include "SOutputLog.h"
+#include "Styling/AppStyle.h"
+#include "Widgets/SBoxPanel.h"
+#include "WorkspaceMenuStructure.h"
+#include "WorkspaceMenuStructureModule.h"
+
+#define LOCTEXT_NAMESPACE "EditorFrame"
+
+namespace
+{
+
+FSlateIcon GetFrameIcon(const TCHAR* Name)
+{
+	return FSlateIcon(FAppStyle::GetAppStyleSetName(), Name);
+}
+
+void AddTabEntry(FMenuBuilder& Builder, const TSharedRef<FTabSpawnerEntry>& Spawner)
+{
+	if (Spawner->GetMenuType() != ETabSpawnerMenuType::Hidden)
+	{
+		const FName TabType = Spawner->GetTabType();
+		const bool bEnabled = Spawner->GetMenuType() == ETabSpawnerMenuType::Enabled;
+		Builder.AddMenuEntry(Spawner->GetDisplayName(), Spawner->GetTooltipText(), Spawner->GetIcon(),
+			FUIAction(FExecuteAction::CreateLambda([TabType] { FGlobalTabmanager::Get()->TryInvokeTab(FTabId(TabType)); }), FCanExecuteAction::CreateLambda([bEnabled] { return bEnabled; })));
+	}
+}
+
+/** A group as a section, and the groups in it behind it. */
+void AddTabGroup(FMenuBuilder& Builder, const TSharedRef<FWorkspaceItem>& Group)
+{
+	Builder.BeginSection(NAME_None, Group->GetDisplayName());
+	for (const TSharedRef<FWorkspaceItem>& Item : Group->GetChildItems())
+	{
+		if (const TSharedPtr<FTabSpawnerEntry> Spawner = Item->AsSpawnerEntry())
+		{
+			AddTabEntry(Builder, Spawner.ToSharedRef());
+		}
+	}
+	Builder.EndSection();
+	for (const TSharedRef<FWorkspaceItem>& Item : Group->GetChildItems())
+	{
+		if (!Item->AsSpawnerEntry())
+		{
+			AddTabGroup(Builder, Item);
+		}
+	}
+}
+
+void ShowAbout()
+{
+	const TSharedPtr<IPlugin> Plugin = IPluginManager::Get().FindPlugin(TEXT("Velmora"));
+	const FString Version = Plugin ? Plugin->GetDescriptor().VersionName : FString();
+	FMessageDialog::Open(EAppMsgCategory::Info, EAppMsgType::Ok,
+		FText::Format(LOCTEXT("AboutText", "Velmora UI {0}\nThe chat of an AI co-developer, in a window of its own."), FText::FromString(Version)), LOCTEXT("AboutTitle", "About Velmora UI"));
+}
+
+void OpenUserGuide()
+{
+	if (const TSharedPtr<IPlugin> Plugin = IPluginManager::Get().FindPlugin(TEXT("Velmora")))
+	{
+		FPlatformProcess::LaunchFileInDefaultExternalApplication(*(Plugin->GetBaseDir() / TEXT("Docs/user-guide.md")));
+	}
+}
+
+} // namespace
+
+void SEditorFrame::Construct(const FArguments& InArgs, const TSharedRef<FOutputLog>& InLog)
+{
+	Log = InLog;
+	FEditorFrameCommands::Register();
+	MapCommands();
+	RegisterLogTab();
+	// clang-format off
+	ChildSlot
+	[
+		SNew(SVerticalBox)
+		+ SVerticalBox::Slot()
+		.AutoHeight()
+		[
+			MakeMenuBar()
+		]
+		+ SVerticalBox::Slot()
+		.FillHeight(1.0f)
+		[
+			DockArea
+		]
+	];
+	// clang-format on
+}
+
+SEditorFrame::~SEditorFrame()
+{
+	FGlobalTabmanager::Get()->UnregisterNomadTabSpawner(GetLogTabName());
+	FEditorFrameCommands::Unregister();
+}
+
+void SEditorFrame::MapCommands()
+{
+	const FEditorFrameCommands& Commands = FEditorFrameCommands::Get();
+	CommandList->MapAction(Commands.Exit, FExecuteAction::CreateLambda([] { FSlateApplication::Get().GetMessageHandler().OnCloseRequested(); }));
+	MapTextCommand(Commands.Undo, &SHostTextWidget::Undo, [](const SHostTextWidget& Text) { return Text.CanUndo() && !Text.IsReadOnly(); });
+	MapTextCommand(Commands.Redo, &SHostTextWidget::Redo, [](const SHostTextWidget& Text) { return Text.CanRedo() && !Text.IsReadOnly(); });
+	MapTextCommand(Commands.Cut, &SHostTextWidget::CutSelectedText, [](const SHostTextWidget& Text) { return Text.AnyTextSelected() && !Text.IsReadOnly(); });
+	MapTextCommand(Commands.Copy, &SHostTextWidget::CopySelectedText, [](const SHostTextWidget& Text) { return Text.AnyTextSelected(); });
+	MapTextCommand(Commands.Paste, &SHostTextWidget::PasteText, [](const SHostTextWidget& Text) { return !Text.IsReadOnly(); });
+	MapTextCommand(Commands.SelectAll, &SHostTextWidget::SelectAllText, [](const SHostTextWidget& Text) { return !Text.GetText().IsEmpty(); });
+	CommandList->MapAction(
+		Commands.CloseTab,
+		FExecuteAction::CreateSPLambda(this, [this] {
+			if (const TSharedPtr<SDockTab> Tab = DockArea->GetActiveTab())
+			{
+				Tab->RequestCloseTab();
+			}
+		}),
+		FCanExecuteAction::CreateSPLambda(this, [this] { return DockArea->GetActiveTab().IsValid(); }));
+	CommandList->MapAction(Commands.OpenProjectFolder, FExecuteAction::CreateLambda([] { FPlatformProcess::LaunchFileInDefaultExternalApplication(*FPaths::ProjectDir()); }));
+	CommandList->MapAction(
+		Commands.RefreshFileIndex, FExecuteAction::CreateLambda([] { Velmora::FProjectFileCache::Get().RefreshCache(); }), FCanExecuteAction::CreateLambda([] { return !Velmora::FProjectFileCache::Get().IsIndexing(); }));
+	CommandList->MapAction(Commands.UserGuide, FExecuteAction::CreateStatic(&OpenUserGuide));
+	CommandList->MapAction(Commands.About, FExecuteAction::CreateStatic(&ShowAbout));
+}
+
+void SEditorFrame::MapTextCommand(const TSharedPtr<FUICommandInfo>& Command, FTextAction Action, bool (*CanDo)(const SHostTextWidget&))
+{
+	CommandList->MapAction(
+		Command,
+		FExecuteAction::CreateSPLambda(this, [this, Action] {
+			if (const TSharedPtr<SHostTextWidget> Text = GetEditedText())
+			{
+				(Text.Get()->*Action)();
+			}
+		}),
+		FCanExecuteAction::CreateSPLambda(this, [this, CanDo] {
+			const TSharedPtr<SHostTextWidget> Text = GetEditedText();
+			return Text && CanDo(*Text);
+		}));
+}
+
+TSharedRef<SWidget> SEditorFrame::MakeMenuBar()
+{
+	struct FMenuRow
+	{
+		FText Label;
+		void (SEditorFrame::*Build)(FMenuBuilder&);
+	};
+	const FMenuRow Menus[] = {
+		{ LOCTEXT("FileMenu", "File"), &SEditorFrame::BuildFileMenu },
+		{ LOCTEXT("EditMenu", "Edit"), &SEditorFrame::BuildEditMenu },
+		{ LOCTEXT("ToolsMenu", "Tools"), &SEditorFrame::BuildToolsMenu },
+		{ LOCTEXT("WindowMenu", "Window"), &SEditorFrame::BuildWindowMenu },
+		{ LOCTEXT("HelpMenu", "Help"), &SEditorFrame::BuildHelpMenu },
+	};
+	FMenuBarBuilder Builder(CommandList);
+	for (const FMenuRow& Menu : Menus)
+	{
+		Builder.AddPullDownMenu(Menu.Label, FText::GetEmpty(), FNewMenuDelegate::CreateSPLambda(this, [this, Build = Menu.Build](FMenuBuilder& Opened) {
+			// Modules come and go while the bar stands.
+			Opened.PushExtender(FHostLevelEditor::GetMenuExtenders());
+			(this->*Build)(Opened);
+			Opened.PopExtender();
+		}));
+	}
+	MenuBar = StaticCastSharedRef<SMenuBar>(Builder.MakeWidget());
+	MenuBar->SetTag("MenuBar");
+	MenuBar->SetOnMenuOpening(FSimpleDelegate::CreateSPLambda(this, [this] { TextBeforeMenu = GetFocusedText(); }));
+	return MenuBar.ToSharedRef();
+}
+
+void SEditorFrame::RegisterLogTab()
+{
+	FGlobalTabmanager::Get()
+		->RegisterNomadTabSpawner(GetLogTabName(), FOnSpawnTab::CreateSPLambda(this, [this](const FSpawnTabArgs&) { return SNew(SDockTab).TabRole(ETabRole::NomadTab)[SNew(SOutputLog, Log)]; }))
+		.SetDisplayName(LOCTEXT("LogTab", "Output Log"))
+		.SetTooltipText(LOCTEXT("LogTabTooltip", "Open the log of the program, with the console"))
+		.SetGroup(WorkspaceMenu::GetMenuStructure().GetDeveloperToolsLogCategory())
+		.SetIcon(GetFrameIcon(TEXT("Icons.OutputLog")));
+}
+
+void SEditorFrame::BuildFileMenu(FMenuBuilder& Builder)
+{
+	Builder.BeginSection("FileProject");
+	Builder.AddMenuEntry(FEditorFrameCommands::Get().Exit);
+	Builder.EndSection();
+}
+
+void SEditorFrame::BuildEditMenu(FMenuBuilder& Builder)
+{
+	const FEditorFrameCommands& Commands = FEditorFrameCommands::Get();
+	Builder.BeginSection("EditHistory", LOCTEXT("HistorySection", "History"));
+	Builder.AddMenuEntry(Commands.Undo, NAME_None, TAttribute<FText>(), TAttribute<FText>(), GetFrameIcon(TEXT("Icons.Undo")));
+	Builder.AddMenuEntry(Commands.Redo, NAME_None, TAttribute<FText>(), TAttribute<FText>(), GetFrameIcon(TEXT("Icons.Redo")));
+	Builder.EndSection();
+	Builder.BeginSection("EditText", LOCTEXT("TextSection", "Text"));
+	Builder.AddMenuEntry(Commands.Cut, NAME_None, TAttribute<FText>(), TAttribute<FText>(), GetFrameIcon(TEXT("Icons.Cut")));
+	Builder.AddMenuEntry(Commands.Copy, NAME_None, TAttribute<FText>(), TAttribute<FText>(), GetFrameIcon(TEXT("Icons.Copy")));
+	Builder.AddMenuEntry(Commands.Paste, NAME_None, TAttribute<FText>(), TAttribute<FText>(), GetFrameIcon(TEXT("Icons.Paste")));
+	Builder.AddMenuEntry(Commands.SelectAll);
+	Builder.EndSection();
+}
+
+void SEditorFrame::BuildWindowMenu(FMenuBuilder& Builder)
+{
+	const TSharedRef<FWorkspaceItem> Root = WorkspaceMenu::GetMenuStructure().GetStructureRoot();
+	for (const TSharedRef<FWorkspaceItem>& Group : Root->GetChildItems())
+	{
+		AddTabGroup(Builder, Group);
+	}
+	Builder.BeginSection("WindowOther");
+	for (const TSharedRef<FTabSpawnerEntry>& Spawner : FGlobalTabmanager::Get()->GetSpawners())
+	{
+		if (!Spawner->GetParent())
+		{
+			AddTabEntry(Builder, Spawner);
+		}
+	}
+	Builder.EndSection();
+	Builder.BeginSection("WindowTabs");
+	Builder.AddMenuEntry(FEditorFrameCommands::Get().CloseTab);
+	Builder.EndSection();
+}
+
+void SEditorFrame::BuildToolsMenu(FMenuBuilder& Builder)
+{
+	const FEditorFrameCommands& Commands = FEditorFrameCommands::Get();
+	Builder.BeginSection("Programming", LOCTEXT("ProgrammingSection", "Programming"));
+	Builder.AddMenuEntry(Commands.OpenProjectFolder, NAME_None, TAttribute<FText>(), TAttribute<FText>(), GetFrameIcon(TEXT("Icons.FolderOpen")));
+	Builder.AddMenuEntry(Commands.RefreshFileIndex);
+	Builder.EndSection();
+}
+
+void SEditorFrame::BuildHelpMenu(FMenuBuilder& Builder)
+{
+	const FEditorFrameCommands& Commands = FEditorFrameCommands::Get();
+	Builder.BeginSection("HelpOnline");
+	Builder.AddMenuEntry(Commands.UserGuide, NAME_None, TAttribute<FText>(), TAttribute<FText>(), GetFrameIcon(TEXT("Icons.Help")));
+	Builder.EndSection();
+	Builder.BeginSection("HelpApplication");
+	Builder.AddMenuEntry(Commands.About, NAME_None, TAttribute<FText>(), TAttribute<FText>(), GetFrameIcon(TEXT("Icons.Info")));
+	Builder.EndSection();
+}
+
+TSharedPtr<SHostTextWidget> SEditorFrame::GetFocusedText()
+{
+	const TSharedPtr<SWidget> Focused = FSlateApplication::Get().GetKeyboardFocusedWidget();
+	return dynamic_cast<SHostTextWidget*>(Focused.Get()) ? StaticCastSharedPtr<SHostTextWidget>(Focused) : nullptr;
+}
+
+TSharedPtr<SHostTextWidget> SEditorFrame::GetEditedText() const
+{
+	return MenuBar->GetOpenIndex() != INDEX_NONE ? TextBeforeMenu.Pin() : GetFocusedText();
+}
+
+FReply SEditorFrame::OnKeyDown(const FGeometry& MyGeometry, const FKeyEvent& InKeyEvent)
+{
+	return MenuBar->HandleKey(InKeyEvent) || CommandList->ProcessCommandBindings(InKeyEvent) ? FReply::Handled() : FReply::Unhandled();
+}
+
+#undef LOCTEXT_NAMESPACE

@@ -1,0 +1,53 @@
+#pragma once
+
+#include "Framework/Commands/UICommandList.h"
+#include "Host/SDockArea.h"
+#include "OutputLog.h"
+#include "Widgets/SCompoundWidget.h"
+
+class FMenuBuilder;
+class FSpawnTabArgs;
+class SHostTextWidget;
+class SMenuBar;
+
+/**
+ * The program's frame: the menu bar, which modules extend through the module "LevelEditor", above the dock area, and the
+ * tab of the log. There is one at a time.
+ */
+class SEditorFrame : public SCompoundWidget
+{
+public:
+	SLATE_BEGIN_ARGS(SEditorFrame) {}
+	SLATE_END_ARGS()
+
+	void Construct(const FArguments& InArgs, const TSharedRef<FOutputLog>& InLog);
+	virtual ~SEditorFrame() override;
+
+	static FName GetLogTabName() { return FName(TEXT("OutputLog")); }
+	const TSharedRef<SDockArea>& GetDockArea() const { return DockArea; }
+
+	virtual FReply OnKeyDown(const FGeometry& MyGeometry, const FKeyEvent& InKeyEvent) override;
+
+private:
+	/** What the Edit menu does to the text that the user works in. */
+	using FTextAction = void (SHostTextWidget::*)();
+
+	void MapCommands();
+	void MapTextCommand(const TSharedPtr<FUICommandInfo>& Command, FTextAction Action, bool (*CanDo)(const SHostTextWidget&));
+	TSharedRef<SWidget> MakeMenuBar();
+	void RegisterLogTab();
+	void BuildFileMenu(FMenuBuilder& Builder);
+	void BuildEditMenu(FMenuBuilder& Builder);
+	void BuildWindowMenu(FMenuBuilder& Builder);
+	void BuildToolsMenu(FMenuBuilder& Builder);
+	void BuildHelpMenu(FMenuBuilder& Builder);
+	/** While a menu is open: the text that had the keyboard before. */
+	TSharedPtr<SHostTextWidget> GetEditedText() const;
+	static TSharedPtr<SHostTextWidget> GetFocusedText();
+
+	TSharedRef<FOutputLog> Log = MakeShared<FOutputLog>();
+	TSharedRef<SDockArea> DockArea = SNew(SDockArea);
+	TSharedRef<FUICommandList> CommandList = MakeShared<FUICommandList>();
+	TSharedPtr<SMenuBar> MenuBar;
+	TWeakPtr<SHostTextWidget> TextBeforeMenu;
+};
