@@ -115,7 +115,7 @@ namespace OpenRules
 		}
 		if (!Facts.bExists)
 		{
-			return FOpenDecision{ EOpenVerdict::Refuse, TEXT("The file does not exist.") };
+			return FOpenDecision{ EOpenVerdict::Refuse, MakeReadable(Path) + TEXT(" does not exist.") };
 		}
 		if (Facts.bDirectory)
 		{

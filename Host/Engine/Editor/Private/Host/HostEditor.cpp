@@ -14,6 +14,7 @@ namespace
 	{
 		TFunction<bool(UObject*)> OpenAsset;
 		TFunction<bool(const FHostOpenedSource&)> OpenSource;
+		TFunction<void(const FString&)> MissingSource;
 		TArray<FString> OpenedAssets;
 		TArray<FHostOpenedSource> OpenedSources;
 	};
@@ -63,6 +64,11 @@ void FHostEditor::SetOpenSourceHook(TFunction<bool(const FHostOpenedSource&)> Ho
 	GetEditorState().OpenSource = MoveTemp(Hook);
 }
 
+void FHostEditor::SetMissingSourceHook(TFunction<void(const FString&)> Hook)
+{
+	GetEditorState().MissingSource = MoveTemp(Hook);
+}
+
 const TArray<FString>& FHostEditor::GetOpenedAssets()
 {
 	return GetEditorState().OpenedAssets;
@@ -99,4 +105,13 @@ bool FHostEditor::OpenSource(const FHostOpenedSource& Source)
 	}
 	UE_LOG(LogHostEditor, Display, TEXT("Would open %s at line %d"), *Source.Path, Source.Line);
 	return true;
+}
+
+void FHostEditor::TellMissingSource(const FString& Path)
+{
+	UE_LOG(LogHostEditor, Warning, TEXT("There is no source file %s"), *Path);
+	if (const TFunction<void(const FString&)> Hook = GetEditorState().MissingSource)
+	{
+		Hook(Path);
+	}
 }

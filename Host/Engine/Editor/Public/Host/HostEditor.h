@@ -28,6 +28,9 @@ public:
 	/** The same for source files, which exist when the hook is called. */
 	static void SetOpenSourceHook(TFunction<bool(const FHostOpenedSource& Source)> Hook);
 
+	/** Told of source files that do not exist, so that the user hears of it: who asks for one does not look at the result. */
+	static void SetMissingSourceHook(TFunction<void(const FString& Path)> Hook);
+
 	/** Path names of the assets asked for so far, oldest first, with or without a hook. */
 	static const TArray<FString>& GetOpenedAssets();
 	static const TArray<FHostOpenedSource>& GetOpenedSources();
@@ -36,4 +39,5 @@ public:
 	/** The services themselves, for the engine interfaces in front of them. */
 	static bool OpenAsset(UObject* Asset);
 	static bool OpenSource(const FHostOpenedSource& Source);
+	static void TellMissingSource(const FString& Path);
 };

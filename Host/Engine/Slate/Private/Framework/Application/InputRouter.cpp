@@ -506,6 +506,13 @@ bool FInputRouter::SetFocus(const TSharedPtr<SWidget>& Widget, EFocusCause Cause
 	return true;
 }
 
+bool FInputRouter::FocusFirstBelow(const TSharedRef<SWidget>& Root)
+{
+	TArray<TSharedRef<SWidget>> All;
+	CollectFocusable(Root, All);
+	return All.Num() > 0 && SetFocus(All[0], EFocusCause::Navigation);
+}
+
 void FInputRouter::ReleaseCapture()
 {
 	const TSharedPtr<SWidget> Captor = FHostFocus::Get().MouseCaptor.Pin();

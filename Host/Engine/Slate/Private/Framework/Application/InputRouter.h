@@ -40,6 +40,8 @@ public:
 	/** After layout: what lies under a resting pointer may have changed; tooltip, pointer shape, text input follow. */
 	void Update(double Now);
 	bool SetFocus(const TSharedPtr<SWidget>& Widget, EFocusCause Cause);
+	/** Gives the keyboard to the first control below; false when none there takes it. */
+	bool FocusFirstBelow(const TSharedRef<SWidget>& Root);
 	void ReleaseCapture();
 	void CloseToolTip();
 	FEventPath GetPathUnder(const FVector2D& Position) const;

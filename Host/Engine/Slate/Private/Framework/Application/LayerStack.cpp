@@ -11,10 +11,19 @@ namespace
 	constexpr float MenuToolTipGap = 8.0f;
 	/** Room between a popup and what it belongs to. */
 	constexpr float PopupGap = 2.0f;
+	/** With less room beside its owner a popup covers it after all; slate units. */
+	constexpr float MinHelpHeight = 60.0f;
 
 	bool HoldsKeyboard(const SWidget& Widget)
 	{
 		return Widget.HasKeyboardFocus() || Widget.HasFocusedDescendants();
+	}
+
+	/** The height of a popup that helps while its owner is worked in: as much as there is room for, so that the owner stays in view. */
+	double LimitHelpHeight(double Height, const FSlateRect& Owner, double WindowHeight, float Scale)
+	{
+		const double Room = FMath::Max<double>(Owner.Top, WindowHeight - Owner.Bottom) - PopupGap;
+		return Room >= MinHelpHeight * Scale ? FMath::Min(Height, Room) : Height;
 	}
 }
 
@@ -152,7 +161,12 @@ void FLayerStack::Arrange(const FVector2D& PixelSize, float Scale)
 		{
 			Anchor = Owner->GetCachedGeometry().GetLayoutBoundingRect();
 		}
-		const FVector2D Size = Popup->Frame->GetDesiredSize() * static_cast<double>(Scale);
+		FVector2D Size = Popup->Frame->GetDesiredSize() * static_cast<double>(Scale);
+		const bool bAboveOrBelow = Popup->Placement == MenuPlacement_AboveAnchor || Popup->Placement == MenuPlacement_BelowAnchor;
+		if (bAboveOrBelow && Popup->OwnerPress == EHostOwnerPress::Reaches)
+		{
+			Size.Y = LimitHelpHeight(Size.Y, Anchor, PixelSize.Y, Scale);
+		}
 		Layers.Add({ Popup->Frame, PlaceFloating(*Popup->Frame, FPopup::PlacePopup(Anchor, Size, Popup->Placement, PixelSize), Scale), false, false });
 	}
 	if (Toasts)

@@ -77,7 +77,7 @@ void SWindowFrame::Construct(const FArguments& InArgs, const TSharedRef<SWindow>
 					+ SHorizontalBox::Slot()
 					.FillWidth(1.0f)
 					.VAlign(VAlign_Center)
-					.Padding(12.0f, 0.0f)
+					.Padding(16.0f, 0.0f)
 					[
 						SNew(STextBlock)
 						.Text_Lambda([WeakWindow]() { const TSharedPtr<SWindow> Pinned = WeakWindow.Pin(); return Pinned ? Pinned->GetTitle() : FText::GetEmpty(); })

@@ -116,15 +116,25 @@ void FMenuBuilder::BeginSection(FName InExtensionHook, const TAttribute<FText>& 
 	Section.Kind = FMenuItem::EKind::Section;
 	Section.Label = InHeadingText;
 	Items.Add(MakeShared<FMenuItem>(MoveTemp(Section)));
-	Sections.Add(InExtensionHook);
+	Sections.Add({ InExtensionHook, Items.Num() - 1 });
 	ApplyHook(InExtensionHook, EExtensionHook::First);
 }
 
 void FMenuBuilder::EndSection()
 {
 	check(Sections.Num() > 0);
-	const FName Hook = Sections.Pop();
-	ApplyHook(Hook, EExtensionHook::After);
+	const FOpenSection Section = Sections.Pop();
+	bool bEmpty = true;
+	for (int32 Index = Section.Index; Index < Items.Num(); ++Index)
+	{
+		bEmpty = bEmpty && !Items[Index]->IsRow() && Items[Index]->Kind != FMenuItem::EKind::Widget;
+	}
+	if (bEmpty)
+	{
+		// Or what follows would stand below its heading.
+		Items[Section.Index]->Label = FText::GetEmpty();
+	}
+	ApplyHook(Section.Hook, EExtensionHook::After);
 }
 
 void FMenuBuilder::AddMenuEntry(const TSharedPtr<const FUICommandInfo> InCommand, FName InExtensionHook, const TAttribute<FText>& InLabelOverride, const TAttribute<FText>& InToolTipOverride, const FSlateIcon& InIconOverride)

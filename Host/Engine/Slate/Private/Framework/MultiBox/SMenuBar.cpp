@@ -122,8 +122,10 @@ bool SMenuBar::HandleKey(const FKeyEvent& KeyEvent)
 		Open(0, true);
 		return true;
 	}
+	// The right Alt key belongs to the letters of many keyboards.
+	const bool bLeftAlt = KeyEvent.GetModifierKeys().IsLeftAltDown();
 	const FString Letter = KeyEvent.GetKey().ToString();
-	for (int32 Index = 0; KeyEvent.IsAltDown() && Letter.Len() == 1 && Index < PullDowns.Num(); ++Index)
+	for (int32 Index = 0; bLeftAlt && Letter.Len() == 1 && Index < PullDowns.Num(); ++Index)
 	{
 		if (PullDowns[Index]->Label.Get().ToString().StartsWith(Letter))
 		{

@@ -10,6 +10,7 @@
 #include "Widgets/Input/SHyperlink.h"
 #include "Widgets/Layout/SBox.h"
 #include "Widgets/SBoxPanel.h"
+#include "Widgets/SOverlay.h"
 #include "Widgets/Text/STextBlock.h"
 
 namespace
@@ -20,6 +21,7 @@ namespace
 	constexpr float ToastMarkSize = 20.0f;
 	constexpr float ToastMarkGap = 10.0f;
 	constexpr float ToastActionGap = 8.0f;
+	constexpr float ToastDismissSize = 10.0f;
 }
 
 FNotificationButtonInfo::FNotificationButtonInfo(TAttribute<FText> InText, TAttribute<FText> InToolTip, FSimpleDelegate InCallback, SNotificationItem::ECompletionState InVisibleInState)
@@ -41,8 +43,7 @@ void SNotificationItem::Construct(const FArguments& InArgs, const FNotificationI
 	ShownSince = FPlatformTime::Seconds();
 	const FSlateFontInfo Font = FAppStyle::GetFontStyle(Info.bUseLargeFont ? "NormalFontBold" : "NormalFont");
 	// clang-format off
-	ChildSlot
-	[
+	const TSharedRef<SWidget> Content =
 		SNew(SBox)
 		.WidthOverride(Info.WidthOverride.Get(ToastWidth))
 		.Padding(ToastPadding)
@@ -77,6 +78,30 @@ void SNotificationItem::Construct(const FArguments& InArgs, const FNotificationI
 			.AutoHeight()
 			[
 				MakeActions(Info)
+			]
+		];
+	ChildSlot
+	[
+		SNew(SOverlay)
+		+ SOverlay::Slot()
+		[
+			Content
+		]
+		+ SOverlay::Slot()
+		.HAlign(HAlign_Right)
+		.VAlign(VAlign_Top)
+		[
+			SNew(SButton)
+			.Visibility(this, &SNotificationItem::GetDismissVisibility)
+			.ToolTipText(NSLOCTEXT("HostToast", "Dismiss", "Dismiss"))
+			.ButtonStyle(FAppStyle::Get(), "SimpleButton")
+			.ContentPadding(FMargin(4.0f))
+			.OnClicked(this, &SNotificationItem::OnDismissClicked)
+			[
+				SNew(SImage)
+				.Image(FAppStyle::GetBrush("Icons.X"))
+				.DesiredSizeOverride(TOptional<FVector2D>(FVector2D(ToastDismissSize, ToastDismissSize)))
+				.ColorAndOpacity(FSlateColor(FAppStyle::GetColor("Colors.ForegroundSubdued")))
 			]
 		]
 	];
@@ -200,6 +225,19 @@ void SNotificationItem::ApplyState()
 	Actions->SetVisibility(bAnyAction ? EVisibility::Visible : EVisibility::Collapsed);
 }
 
+EVisibility SNotificationItem::GetDismissVisibility() const
+{
+	// Hidden keeps its room, so that nothing moves; a toast that goes by itself, or that something will end, needs none.
+	return IsHovered() && FadeAt < 0.0 && State != CS_Pending ? EVisibility::Visible : EVisibility::Hidden;
+}
+
+FReply SNotificationItem::OnDismissClicked()
+{
+	bDismissed = true;
+	Fadeout();
+	return FReply::Handled();
+}
+
 void SNotificationItem::ExpireAndFadeout()
 {
 	if (FadeAt < 0.0)
@@ -222,7 +260,7 @@ void SNotificationItem::Tick(const FGeometry& AllottedGeometry, const double InC
 	{
 		Opacity = FMath::Clamp((InCurrentTime - ShownSince) / FadeInDuration, 0.0, 1.0);
 	}
-	if (FadeAt >= 0.0 && IsHovered())
+	if (FadeAt >= 0.0 && IsHovered() && !bDismissed)
 	{
 		// What the user is reading or about to press does not go away.
 		FadeAt = FMath::Max(FadeAt, InCurrentTime);

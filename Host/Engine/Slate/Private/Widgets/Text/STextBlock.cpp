@@ -1,6 +1,7 @@
 #include "Widgets/Text/STextBlock.h"
 
 #include "Rendering/DrawElements.h"
+#include "SharedParagraphs.h"
 #include "Styling/AppStyle.h"
 
 namespace
@@ -20,21 +21,9 @@ namespace
 		return Font.FamilyName == Unknown;
 	}
 
-	/** A text without words looks the same at any width, so that all of one font share a paragraph. */
-	TSharedRef<ITextParagraph> GetEmptyParagraph(const FSlateFontInfo& Font, float Scale)
+	TSharedRef<ITextParagraph> MakeParagraphOf(const FString& Text, const FSlateFontInfo& Font, float Scale)
 	{
-		static FSlateFontInfo LastFont;
-		static float LastScale = 0.0f;
-		static TWeakPtr<ITextParagraph> Last;
-		TSharedPtr<ITextParagraph> Result = Last.Pin();
-		if (!Result || LastScale != Scale || LastFont != Font)
-		{
-			Result = ITextShaper::Get().MakeParagraph(FStringView(), Font, Scale);
-			LastFont = Font;
-			LastScale = Scale;
-			Last = Result;
-		}
-		return Result.ToSharedRef();
+		return Text.Len() <= FSharedParagraphs::MaxLength ? FSharedParagraphs::Get(Text, Font, Scale) : ITextShaper::Get().MakeParagraph(Text, Font, Scale);
 	}
 
 	bool IsBlank(TCHAR Char)
@@ -205,8 +194,7 @@ void STextBlock::UpdateParagraph(float Scale) const
 	ShapedScale = Scale;
 	bShapeAnew = false;
 	Elided.Reset();
-	const FString& Shaped = ShapedText.ToString();
-	Paragraph = Shaped.IsEmpty() ? GetEmptyParagraph(ShapedFont, Scale) : ITextShaper::Get().MakeParagraph(Shaped, ShapedFont, Scale);
+	Paragraph = MakeParagraphOf(ShapedText.ToString(), ShapedFont, Scale);
 	WrapPixels = 0.0f;
 	NaturalPixels = GetNaturalPixels();
 }
@@ -248,6 +236,12 @@ void STextBlock::WrapTo(float Pixels) const
 	}
 	if (Pixels != WrapPixels)
 	{
+		const FString& Shaped = ShapedText.ToString();
+		if (WrapPixels == 0.0f && Shaped.Len() <= FSharedParagraphs::MaxLength)
+		{
+			// Others may show the same one.
+			Paragraph = ITextShaper::Get().MakeParagraph(Shaped, ShapedFont, ShapedScale);
+		}
 		Paragraph->Wrap(Pixels);
 		WrapPixels = Pixels;
 	}
@@ -290,7 +284,7 @@ const ITextParagraph& STextBlock::GetElided(float RoomPixels) const
 		return *Elided->Paragraph;
 	}
 	const FString Ellipsis(TEXT("\u2026"));
-	const float EllipsisWidth = ITextShaper::Get().MakeParagraph(Ellipsis, ShapedFont, ShapedScale)->GetUnwrappedWidth();
+	const float EllipsisWidth = FSharedParagraphs::Get(Ellipsis, ShapedFont, ShapedScale)->GetUnwrappedWidth();
 	const FString& Whole = ShapedText.ToString();
 	FString Cut;
 	for (int32 Line = 0; Line < Paragraph->GetLineCount(); ++Line)

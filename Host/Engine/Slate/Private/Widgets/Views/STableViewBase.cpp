@@ -66,7 +66,7 @@ bool STableViewBase::IsAtBottom() const
 		return true;
 	}
 	const FRow& Last = Rows.Last();
-	return Last.Index >= GetItemCount() - 1 && Last.Top + Last.Height <= GetCachedGeometry().GetLocalSize().Y + 1.0;
+	return Last.Index >= PaintedCount - 1 && Last.Top + Last.Height <= GetCachedGeometry().GetLocalSize().Y + 1.0;
 }
 
 bool STableViewBase::IsRowSelected(int32 Index) const
@@ -237,6 +237,7 @@ void STableViewBase::UpdateRows(const FGeometry& Geometry)
 		DropRows();
 	}
 	const int32 Count = GetItemCount();
+	PaintedCount = Count;
 	const float ViewHeight = static_cast<float>(Geometry.GetLocalSize().Y);
 	if (Count == 0 || ViewHeight <= 0.0f)
 	{

@@ -62,6 +62,12 @@ private:
 	void ApplyHook(FName Hook, EExtensionHook::Position Position);
 	void AddItem(FMenuItem&& Item, FName Hook);
 
+	struct FOpenSection
+	{
+		FName Hook;
+		/** Of its heading among the items. */
+		int32 Index;
+	};
 	struct FActiveHook
 	{
 		FName Hook;
@@ -69,7 +75,7 @@ private:
 	};
 
 	TArray<TSharedRef<FMenuItem>> Items;
-	TArray<FName> Sections;
+	TArray<FOpenSection> Sections;
 	TArray<FActiveHook> ActiveHooks;
 	bool bCloseAfterSelection;
 };

@@ -58,6 +58,8 @@ private:
 	TSharedRef<SWidget> MakeActions(const FNotificationInfo& Info);
 	void ApplyState();
 	void OnHyperlinkClicked();
+	EVisibility GetDismissVisibility() const;
+	FReply OnDismissClicked();
 
 	TSharedPtr<STextBlock> TextBlock;
 	TSharedPtr<SBox> Mark;
@@ -75,6 +77,7 @@ private:
 	float FadeOutDuration = 0.5f;
 	bool bUseThrobber = true;
 	bool bUseIcons = true;
+	bool bDismissed = false;
 	bool bGone = false;
 };
 

@@ -108,6 +108,8 @@ private:
 	float TopDistance = 0.0f;
 	int32 WantedIndex = INDEX_NONE;
 	int32 MaxRows = 0;
+	/** Items at the last paint. */
+	int32 PaintedCount = 0;
 	bool bFocusable = true;
 	bool bRefresh = false;
 	bool bToBottom = false;
