@@ -90,7 +90,7 @@ namespace Velmora
 		Recorder = TurnRecorder;
 
 		FTurnInput Input;
-		Input.ProjectFolder = HostFileNameToBytes(GetProjectFolder());
+		Input.ProjectFolder = HostFileNameToBytes(GetProjectFolderPath());
 		Input.Prompt = Utf8Text::FromString(Prompt);
 		for (const FString& File : TurnContextFiles)
 		{

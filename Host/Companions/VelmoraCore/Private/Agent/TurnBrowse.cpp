@@ -77,7 +77,7 @@ namespace Velmora
 		{
 			if (!Attachments.empty())
 			{
-				return AnswerFile(Attachments.front());
+				return Attachments.size() == 1 ? AnswerFile(Attachments.front()) : AnswerAttachments(Attachments);
 			}
 			Answer("Which file should I show? For example: `show README.md`\n");
 			return true;
@@ -90,6 +90,14 @@ namespace Velmora
 		if (FindAttachment(Request.Target, Attached))
 		{
 			return AnswerFile(Attached);
+		}
+		if (Attachments.size() > 1)
+		{
+			const std::vector<FProjectPath> Named = FindNamedAttachments(Request.Target);
+			if (!Named.empty())
+			{
+				return AnswerAttachments(Named);
+			}
 		}
 		std::vector<FProjectPath> Found;
 		if (!BeginStep("Opening " + Request.Target) || !RunFindFileTool(Request.Target, Found))
@@ -184,25 +192,36 @@ namespace Velmora
 		{
 			return AnswerFolder(File);
 		}
+		std::string Text;
+		if (!BeginStep("Reading " + File.Relative) || !DescribeFile(File, Text))
+		{
+			return false;
+		}
+		Answer(Text);
+		return true;
+	}
+
+	bool FTurnRunner::DescribeFile(const FProjectPath& File, std::string& OutAnswer)
+	{
 		FProjectText Content;
-		if (!BeginStep("Reading " + File.Relative) || !RunReadTool(File, 0, 0, Content))
+		if (!RunReadTool(File, 0, 0, Content))
 		{
 			return false;
 		}
 		if (!Content.IsValid())
 		{
-			Answer(AnswerMarkdown::FileLink(File) + " cannot be shown: " + Content.Problem + ".\n");
+			OutAnswer += AnswerMarkdown::FileLink(File) + " cannot be shown: " + Content.Problem + ".\n";
 			return true;
 		}
 		const std::vector<std::string_view> Lines = Utf8Text::SplitLines(Content.Text);
-		std::string Text = AnswerMarkdown::FileLink(File) + " has " + Utf8Text::Count(Lines.size(), "line", "lines") + ".\n";
+		OutAnswer += AnswerMarkdown::FileLink(File) + " has " + Utf8Text::Count(Lines.size(), "line", "lines") + ".\n";
 		const std::vector<FOutlineLine> Outline = OutlineOf(Content.Text, 20);
 		if (!Outline.empty())
 		{
-			Text += "**What stands in it**\n";
+			OutAnswer += "**What stands in it**\n";
 			for (const FOutlineLine& Item : Outline)
 			{
-				Text += "- " + AnswerMarkdown::InlineCode(Item.Text, 90) + " line " + std::to_string(Item.Line) + '\n';
+				OutAnswer += "- " + AnswerMarkdown::InlineCode(Item.Text, 90) + " line " + std::to_string(Item.Line) + '\n';
 			}
 		}
 		std::string Body;
@@ -212,10 +231,9 @@ namespace Velmora
 		}
 		if (!Body.empty())
 		{
-			Text += Lines.size() > 30 ? "**Its first 30 lines**\n" : "**Its text**\n";
-			Text += AnswerMarkdown::CodeBlock(Body, AnswerMarkdown::LanguageOf(File.Relative));
+			OutAnswer += Lines.size() > 30 ? "**Its first 30 lines**\n" : "**Its text**\n";
+			OutAnswer += AnswerMarkdown::CodeBlock(Body, AnswerMarkdown::LanguageOf(File.Relative));
 		}
-		Answer(Text);
 		return true;
 	}
 

@@ -47,8 +47,12 @@ namespace Velmora
 			return;
 		}
 		Plan = MakeAgentPlan(Input.Prompt);
-		Request = ParseAgentRequest(Input.Prompt);
-		if (!ReadAttachments() || !(Plan.IsEmpty() ? RunRequest() : RunPlan()) || !Control.WaitUntilRunning())
+		if (!ReadAttachments())
+		{
+			return;
+		}
+		ReadRequest(Input.Prompt);
+		if (!(Plan.IsEmpty() ? RunRequest() : RunPlan()) || !Control.WaitUntilRunning())
 		{
 			return;
 		}
@@ -77,7 +81,7 @@ namespace Velmora
 			Report(std::move(Step));
 
 			bHasFailed = false;
-			Request = ParseAgentRequest(Plan.Steps[Index].Text);
+			ReadRequest(Plan.Steps[Index].Text);
 			if (!RunRequest() || !Control.WaitUntilRunning())
 			{
 				return false;
@@ -148,7 +152,7 @@ namespace Velmora
 		// A question in other words about files that came with it can still be met by showing what they hold.
 		if (!Attachments.empty())
 		{
-			return AnswerDescription(Attachments.front());
+			return AnswerAttachments(Attachments);
 		}
 		AnswerUnknown();
 		return true;

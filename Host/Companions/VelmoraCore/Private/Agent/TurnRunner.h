@@ -94,6 +94,9 @@ namespace Velmora
 
 		bool ReadAttachments();
 
+		/** Understands a sentence of the user's, with the names of the attached files in it. */
+		void ReadRequest(const std::string& Text);
+
 		/** Runs the steps one by one up to the first that fails. */
 		bool RunPlan();
 		void SetPlanStep(size_t Index, EPlanStepStatus Status);
@@ -133,6 +136,10 @@ namespace Velmora
 		bool AnswerSymbols(const std::string& Name, const std::vector<CodeIntel::FIndexSymbol>& Symbols);
 		bool AnswerFile(const FProjectPath& File);
 		bool AnswerDescription(const FProjectPath& File);
+		/** Each of them, when there are several. */
+		bool AnswerAttachments(const std::vector<FProjectPath>& Named);
+		/** Adds the size, the outline and the beginning of a file to the answer. */
+		bool DescribeFile(const FProjectPath& File, std::string& OutAnswer);
 		bool AnswerFolder(const FProjectPath& Folder);
 		bool AnswerPattern(const std::string& Pattern);
 
@@ -149,6 +156,12 @@ namespace Velmora
 
 		/** The attached file of that name, as the user sees it. */
 		bool FindAttachment(const std::string& Name, FProjectPath& OutPath) const;
+
+		/** Their bare names, as the user sees them. */
+		std::vector<std::string> GetAttachedNames() const;
+
+		/** The attached files that a text names, if it does nothing else. */
+		std::vector<FProjectPath> FindNamedAttachments(const std::string& Text) const;
 
 		/** What file a request to change one means; false with a question to the user. */
 		bool FindChangeTarget(const std::string& Name, bool bMustExist, bool bFollowsLinks, std::string& OutPath, std::string& OutQuestion) const;

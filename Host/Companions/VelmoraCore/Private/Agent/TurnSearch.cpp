@@ -289,10 +289,18 @@ namespace Velmora
 		{
 			if (!Attachments.empty())
 			{
-				return AnswerDescription(Attachments.front());
+				return AnswerAttachments(Attachments);
 			}
 			Answer("What should I explain? For example: `what is class FThing?`\n");
 			return true;
+		}
+		if (Attachments.size() > 1)
+		{
+			const std::vector<FProjectPath> Named = FindNamedAttachments(Request.Target);
+			if (!Named.empty())
+			{
+				return AnswerAttachments(Named);
+			}
 		}
 		const bool bLooksLikeFile = Request.Target.find_first_of("./") != std::string::npos;
 		FProjectPath Place;
@@ -314,7 +322,7 @@ namespace Velmora
 			// "explain this" with a file attached means the file.
 			if (!Attachments.empty())
 			{
-				return AnswerDescription(Attachments.front());
+				return AnswerAttachments(Attachments);
 			}
 			return AnswerNotFound(Search);
 		}

@@ -4,7 +4,6 @@
 
 #include "Agent/AnswerMarkdown.h"
 #include "Agent/Utf8Text.h"
-#include "CodeIntel/CodeIntelIndexManager.h"
 #include "Host/CodeIndexControl.h"
 
 namespace Velmora
@@ -19,6 +18,9 @@ namespace Velmora
 		/** Symbols asked of the index, and lines of an outline shown. */
 		constexpr int MaxFoundSymbols = 50;
 		constexpr int MaxOutlineSymbols = 400;
+
+		/** A question right after the start waits so long for the index to be opened. */
+		constexpr double OpeningSeconds = 3.0;
 
 		/** Other places told without being folded away. */
 		constexpr size_t MaxOpenPlaces = 6;
@@ -117,7 +119,7 @@ namespace Velmora
 		const bool bHasScope = !Request.TargetInScope.empty() && FindPlace(Request.Scope, Where);
 		const std::string Name = Request.TargetInScope.empty() ? Request.Target : Request.TargetInScope;
 		const std::string Code = AnswerMarkdown::InlineCode(Name);
-		if (!CodeIntel::FCodeIntelIndexManager::Get().IsIndexReady())
+		if (!FCodeIndexControl::WaitUntilOpened(OpeningSeconds))
 		{
 			AttachmentNotes += "The code index is not ready, so I searched the text instead.\n";
 			return RunFindText();
@@ -208,6 +210,11 @@ namespace Velmora
 
 	bool FTurnRunner::RunOutline()
 	{
+		const std::vector<FProjectPath> Named = FindNamedAttachments(Request.Target);
+		if (Named.size() > 1)
+		{
+			return AnswerAttachments(Named);
+		}
 		FProjectPath Place;
 		const bool bIsAttached = Request.Target.empty() && !Attachments.empty();
 		if (bIsAttached)
@@ -245,6 +252,7 @@ namespace Velmora
 		const bool bIsMarkdown = IsMarkdown(Place.Relative);
 		const bool bIsAlive = BeginStep("Outlining " + Place.Relative) && RunTool("outline", "list", "Symbols", { { "path", Place.Relative } }, [&]
 		{
+			FCodeIndexControl::WaitUntilOpened(OpeningSeconds);
 			Outline = FCodeIndexControl::Outline(Place.Relative, MaxOutlineSymbols + 1);
 			if (!CanAskIndex(Outline, Files) || !Outline.bIsExact)
 			{

@@ -130,6 +130,10 @@ namespace Velmora
 	{
 		if (!Folder.empty())
 		{
+			if (bMayHaveLeftovers)
+			{
+				RemoveTemporaries(Folder + '/' + LogName);
+			}
 			std::error_code Error;
 			std::filesystem::remove_all(Folder, Error);
 			std::filesystem::remove(UndoFolder, Error); // Only when it is empty.
@@ -236,6 +240,7 @@ namespace Velmora
 				Access.RemoveFolder(Made.back());
 			}
 			Release(Record.Before.Hash);
+			bMayHaveLeftovers = true;
 			return Problem;
 		}
 
@@ -276,12 +281,13 @@ namespace Velmora
 			NewLog = FFileDescriptor(open((Fresh + '/' + LogName).c_str(), O_WRONLY | O_CREAT | O_EXCL | O_APPEND | O_CLOEXEC, 0600));
 			bDone = NewLock.IsOpen() && NewLog.IsOpen() && flock(NewLock.Get(), LOCK_EX | LOCK_NB) == 0 && rename(Fresh.c_str(), Final.c_str()) == 0;
 		}
+		const int MakeError = errno;
 		auto NewStore = std::make_unique<FProjectAccess>(Final);
 		if (!bDone || !NewStore->IsOpen())
 		{
-			const std::string Reason = strerror(errno);
+			const std::string Reason = bDone ? NewStore->DescribeRefusal() : strerror(MakeError);
 			std::error_code Error;
-			std::filesystem::remove_all(Fresh, Error);
+			std::filesystem::remove_all(bDone ? Final : Fresh, Error);
 			return Refusal + Reason;
 		}
 		NewStore->SetDurable(bIsDurable);

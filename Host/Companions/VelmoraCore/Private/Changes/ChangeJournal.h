@@ -185,6 +185,9 @@ namespace Velmora
 		std::atomic<uint64_t> KeptBytes = 0;
 		int RecordCount = 0;
 
+		/** A write or an undo has failed, so a half-written file may stand in the project. */
+		bool bMayHaveLeftovers = false;
+
 		/** Guards the lists below, for a moment only. */
 		mutable std::mutex ListMutex;
 		FTransactions Transactions;

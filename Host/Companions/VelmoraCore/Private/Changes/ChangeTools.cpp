@@ -52,7 +52,7 @@ namespace Velmora
 	{
 		FChangeOutcome Outcome;
 		size_t Lines = 0;
-		Outcome.Problem = Access.IsOpen() ? Access.Normalise(Path, Outcome.Path) : "the project folder cannot be opened";
+		Outcome.Problem = Access.IsOpen() ? Access.Normalise(Path, Outcome.Path) : Access.DescribeRefusal();
 		if (Outcome.Problem.empty())
 		{
 			Outcome.Problem = Journal.Change(TransactionId, Access, Root, Outcome.Path, [&](const FEntryInfo& Info, const std::string& Bytes, FNewContent& OutContent) -> std::string

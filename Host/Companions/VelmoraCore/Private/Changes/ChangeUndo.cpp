@@ -81,7 +81,7 @@ namespace Velmora
 				const std::string Refusal = "`" + Target.Path + "` cannot be restored: ";
 				if (!Target.Access->IsOpen())
 				{
-					return Refusal + "the project folder cannot be opened";
+					return Refusal + Target.Access->DescribeRefusal();
 				}
 				FEntryInfo Info;
 				std::string Bytes;
@@ -253,7 +253,7 @@ namespace Velmora
 			for (; !Steps.empty(); Steps.pop_back())
 			{
 				const std::string Problem = Steps.back()();
-				Lost += Problem.empty() ? std::string() : " While going back: " + Problem + ".";
+				Lost += Problem.empty() ? std::string() : " " + Problem + ".";
 			}
 			return Lost;
 		}
@@ -393,7 +393,8 @@ namespace Velmora
 							Copy.Access->FlushFile(Copy.Path);
 							Copy.Access->FlushFolderOf(Copy.Path);
 						}
-						Notices.push_back(Name + " had been changed by hand since. It is back as it was before the request; what you had made of it is in `" + Copy.Path + "`.");
+						const char* const Now = Target.Wanted.Kind == EEntryKind::Absent ? "It is gone again, as before the request" : "It is back as it was before the request";
+						Notices.push_back(Name + " had been changed by hand since. " + Now + "; what you had made of it is in `" + Copy.Path + "`.");
 					}
 					return Problem;
 				}
@@ -444,6 +445,7 @@ namespace Velmora
 		{
 			Store->SetDurable(false); // What is kept meanwhile serves this run only.
 		}
+		std::string Lost;
 		std::string Problem = Run.Inspect();
 		Problem = Problem.empty() ? Run.PrepareFiles() : Problem;
 		if (Problem.empty())
@@ -459,7 +461,7 @@ namespace Velmora
 			}
 			if (!Problem.empty())
 			{
-				Problem += Run.GoBack();
+				Lost = Run.GoBack();
 			}
 		}
 		if (Store)
@@ -468,7 +470,9 @@ namespace Velmora
 		}
 		if (!Problem.empty())
 		{
-			Result.Problem = "Nothing was undone. " + Problem + (Problem.back() == '.' ? "" : ".");
+			bMayHaveLeftovers = true;
+			Problem += Problem.back() == '.' ? "" : ".";
+			Result.Problem = Lost.empty() ? "Nothing was undone. " + Problem : "The undo stopped half-way and could not be taken back; try it again. " + Problem + Lost;
 			return Result;
 		}
 

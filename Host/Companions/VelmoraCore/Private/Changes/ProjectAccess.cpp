@@ -109,10 +109,16 @@ namespace Velmora
 	FProjectAccess::FProjectAccess(const std::string& InRoot, EAccessMethod InMethod)
 		: Root(InRoot)
 		, RootFolder(open(InRoot.c_str(), FolderFlags))
+		, OpenError(RootFolder.IsOpen() ? 0 : errno)
 		, Method(InMethod)
 	{
 		char Resolved[PATH_MAX];
 		RealRoot = realpath(Root.c_str(), Resolved) ? Resolved : Root;
+	}
+
+	std::string FProjectAccess::DescribeRefusal() const
+	{
+		return IsOpen() ? std::string() : "the folder " + Root + " cannot be opened: " + DescribeError(OpenError);
 	}
 
 	std::string FProjectAccess::Normalise(std::string_view Path, std::string& OutRelative) const
@@ -310,7 +316,13 @@ namespace Velmora
 		}
 		const char* const Temporary = Options.TemporaryName.c_str();
 		const mode_t FirstMode = Options.bObeysMask ? Options.Mode : 0600;
-		FFileDescriptor File(openat(Folder.Get(), Temporary, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, FirstMode));
+		constexpr int NewFileFlags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
+		FFileDescriptor File(openat(Folder.Get(), Temporary, NewFileFlags, FirstMode));
+		if (!File.IsOpen() && errno == EEXIST && unlinkat(Folder.Get(), Temporary, 0) == 0)
+		{
+			// What an earlier failure could not clear away: nobody else has this name.
+			File = FFileDescriptor(openat(Folder.Get(), Temporary, NewFileFlags, FirstMode));
+		}
 		if (!File.IsOpen())
 		{
 			return DescribeLastError();
@@ -368,7 +380,9 @@ namespace Velmora
 	{
 		std::string Name;
 		const FFileDescriptor Folder = OpenParent(Path, Name);
-		if (!Folder.IsOpen() || symlinkat(Target.c_str(), Folder.Get(), Options.TemporaryName.c_str()) != 0)
+		const char* const Temporary = Options.TemporaryName.c_str();
+		const auto Make = [&] { return Folder.IsOpen() && symlinkat(Target.c_str(), Folder.Get(), Temporary) == 0; };
+		if (!Make() && (errno != EEXIST || unlinkat(Folder.Get(), Temporary, 0) != 0 || !Make()))
 		{
 			return DescribeLastError();
 		}

@@ -56,6 +56,9 @@ namespace Velmora
 		/** The folder could be opened. */
 		bool IsOpen() const { return RootFolder.IsOpen(); }
 
+		/** Why not: a clause. Empty when it is open. */
+		std::string DescribeRefusal() const;
+
 		/**
 		 * Makes a path relative: takes away a leading project folder, empty parts and ".". Refuses "..", absolute paths
 		 * that lead elsewhere, NULs and the folder itself.
@@ -136,6 +139,9 @@ namespace Velmora
 		/** Root with links resolved. */
 		std::string RealRoot;
 		FFileDescriptor RootFolder;
+
+		/** Of the system, zero when the folder is open. */
+		int OpenError = 0;
 		EAccessMethod Method;
 		bool bIsDurable = true;
 	};

@@ -25,6 +25,8 @@ namespace Velmora
 		constexpr int32 MaxWaitingPages = 8000;
 
 		const TCHAR* const BusyProblem = TEXT("The conversation store is busy: another program is using it. Try again in a moment.");
+		/** The store has one user at a time; on a slow disk the first opening, or a message of the agent's, can take longer than a frame may wait. */
+		const TCHAR* const OccupiedProblem = TEXT("The conversation store is still at work on the disk. Try again in a moment.");
 		const TCHAR* const DamagedProblem = TEXT("The conversation store is damaged. It is being set aside and what can be read is recovered. Try again in a moment.");
 
 		/** Weak, so that the last one who uses a store closes it. */
@@ -261,7 +263,7 @@ namespace Velmora
 		const FTurn Turn(*this, PatienceMilliseconds);
 		if (!Turn.IsMine())
 		{
-			OutProblem = BusyProblem;
+			OutProblem = OccupiedProblem;
 			return EStoreResult::Failed;
 		}
 		bool bHasBegun = false;

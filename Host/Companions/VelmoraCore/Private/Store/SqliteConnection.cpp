@@ -239,7 +239,9 @@ namespace Velmora
 			break;
 		}
 		const int SystemError = Database ? sqlite3_system_errno(Database) : 0;
+		// After a failure the library looks around a little; what is missing then is not the reason.
+		const bool bIsStale = SystemError == ENOENT;
 		const bool bIsSystemFailure = (Code & 0xff) == SQLITE_IOERR || (Code & 0xff) == SQLITE_CANTOPEN || (Code & 0xff) == SQLITE_PERM;
-		return Utf8Text::ToString(bIsSystemFailure && SystemError != 0 ? strerror(SystemError) : sqlite3_errstr(Code));
+		return Utf8Text::ToString(bIsSystemFailure && !bIsStale && SystemError != 0 ? strerror(SystemError) : sqlite3_errstr(Code));
 	}
 }

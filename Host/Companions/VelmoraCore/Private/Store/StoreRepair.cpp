@@ -42,6 +42,11 @@ namespace Velmora
 			return FString(What) + TEXT(": ") + Utf8Text::ToString(strerror(Error)) + TEXT(".");
 		}
 
+		FString DescribeUnmade(const std::string& Path, const std::string& Reason)
+		{
+			return Utf8Text::ToString("The conversation store " + Path + " cannot be made: " + Reason + ".");
+		}
+
 		/** @param OutPending  The file that it is to recover from, empty without one. */
 		bool IsComplete(const std::string& Path, std::string& OutPending)
 		{
@@ -66,7 +71,7 @@ namespace Velmora
 			StoreFiles::Remove(Path);
 			if (!StoreFiles::CreateEmpty(Path))
 			{
-				OutProblem = DescribeFailure(TEXT("The conversation store cannot be made"), errno);
+				OutProblem = DescribeUnmade(Path, strerror(errno));
 				return false;
 			}
 			bool bIsMade = false;
@@ -77,7 +82,7 @@ namespace Velmora
 					&& Database.Execute("PRAGMA journal_mode=WAL");
 				if (!bIsMade)
 				{
-					OutProblem = FString(TEXT("The conversation store cannot be made: ")) + Database.DescribeError() + TEXT(".");
+					OutProblem = DescribeUnmade(Path, Utf8Text::FromString(Database.DescribeError()));
 				}
 			}
 			if (!bIsMade)
@@ -136,7 +141,7 @@ namespace Velmora
 		StoreFiles::RenameCompanions(PathBytes, Pending.empty() ? StoreFiles::MakeAsideName(PathBytes, "left") : Folder + '/' + Pending);
 		if (rename(NewPath.c_str(), PathBytes.c_str()) != 0 || !Lock.Flush())
 		{
-			OutProblem = DescribeFailure(TEXT("The conversation store cannot be made"), errno);
+			OutProblem = DescribeUnmade(PathBytes, strerror(errno));
 			return false;
 		}
 		StoreFiles::FlushFolder(StoreFiles::GetFolder(Folder)); // Where the store's folder may be new.

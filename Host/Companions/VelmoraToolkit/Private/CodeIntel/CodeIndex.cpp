@@ -1,9 +1,7 @@
 #include "CodeIntel/CodeIndex.h"
 
-#include <algorithm>
 #include <chrono>
 #include <thread>
-#include <unordered_map>
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -28,32 +26,6 @@ namespace Velmora::CodeIntel
 			return stat(Path.c_str(), &Status) == 0 ? static_cast<int64>(Status.st_size) : 0;
 		}
 	}
-
-	class FCodeIndex::FOperation
-	{
-	public:
-		explicit FOperation(FCodeIndex& InIndex)
-			: Index(InIndex)
-		{
-			const std::scoped_lock Lock(Index.StateMutex);
-			bIsAllowed = !Index.bStop;
-			Index.Operations += bIsAllowed ? 1 : 0;
-		}
-		~FOperation()
-		{
-			const std::scoped_lock Lock(Index.StateMutex);
-			Index.Operations -= bIsAllowed ? 1 : 0;
-			Index.Changed.notify_all();
-		}
-		FOperation(const FOperation&) = delete;
-		FOperation& operator=(const FOperation&) = delete;
-
-		bool IsAllowed() const { return bIsAllowed; }
-
-	private:
-		FCodeIndex& Index;
-		bool bIsAllowed = false;
-	};
 
 	FCodeIndex::FCodeIndex(FCodeIndexSetup InSetup)
 		: Setup(std::move(InSetup))
@@ -141,6 +113,7 @@ namespace Velmora::CodeIntel
 			bIsOpening = false;
 			bIsWorking = false;
 			UpdateBusy();
+			Changed.notify_all();
 			Changed.wait(Lock, [this] { return bStop || bEraseWanted || bRepairWanted || bCompareWanted || !Reconciles.empty() || !Waiting.empty(); });
 			bIsWorking = true;
 			Lock.unlock();
@@ -297,138 +270,15 @@ namespace Velmora::CodeIntel
 		Stats.LastBuildTimeSeconds = Figures.BuildSeconds;
 		Stats.IndexSizeMB = Megabytes;
 		bIsReady = Figures.bIsComplete;
-	}
-
-	void FCodeIndex::Rebuild(bool bForce)
-	{
-		const FOperation Operation(*this);
-		if (!Operation.IsAllowed() || (!bForce && bIsReady))
-		{
-			return;
-		}
-		if (bIsBuilding.exchange(true))
-		{
-			std::unique_lock Lock(StateMutex);
-			Changed.wait(Lock, [this] { return bStop || !bIsBuilding; });
-			return;
-		}
-		FString Problem;
-		bool bIsBuilt = false;
-		{
-			const std::scoped_lock Lock(WriterMutex);
-			{
-				// What was to be erased is replaced.
-				const std::scoped_lock StateLock(StateMutex);
-				bEraseWanted = false;
-			}
-			bIsBuilt = BuildAll(bForce, Problem);
-			if (!bIsBuilt && Writer)
-			{
-				const bool bIsDamaged = Writer->GetError() == EIndexError::Damaged;
-				Writer->Cancel();
-				if (bIsDamaged && !bStop)
-				{
-					SetAside();
-					bIsBuilt = BuildAll(true, Problem);
-				}
-			}
-			if (bIsBuilt)
-			{
-				RefreshStats();
-			}
-			else if (Writer)
-			{
-				Writer->Cancel();
-			}
-		}
-		if (!bIsBuilt && !bStop)
-		{
-			Setup.Tell(Problem + (bIsReady ? TEXT(" The earlier index stays in use.") : TEXT("")));
-		}
-		const std::scoped_lock Lock(StateMutex);
-		bIsBuilding = false;
 		Changed.notify_all();
 	}
 
-	bool FCodeIndex::BuildAll(bool bForce, FString& OutProblem)
-	{
-		const auto Start = std::chrono::steady_clock::now();
-		FSymbolExtractor Extractor(Setup.Root, Setup.Extractor, bStop);
-		if (!Extractor.Check(OutProblem))
-		{
-			return false;
-		}
-		OutProblem = FString::Printf(TEXT("The %s index could not be built: its folder cannot be made."), *Setup.Label);
-		if (!EnsureWriter() || !Writer->BeginBuild())
-		{
-			if (Writer)
-			{
-				OutProblem = FString::Printf(TEXT("The %s index could not be built: %s."), *Setup.Label, *Writer->DescribeError());
-			}
-			return false;
-		}
-		FIndexFigures Figures;
-		if (!bForce && Writer->ReadFigures(Figures) && Figures.bIsComplete)
-		{
-			// Another program has built it while this one waited.
-			Writer->Cancel();
-			return true;
-		}
-		if (!FillBuild(OutProblem))
-		{
-			return false;
-		}
-		const double Seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - Start).count();
-		if (!Writer->FinishBuild(Seconds))
-		{
-			OutProblem = FString::Printf(TEXT("The %s index could not be built: %s."), *Setup.Label, *Writer->DescribeError());
-			return false;
-		}
-		UE_LOG(LogCodeIndex, Log, TEXT("The %s index was built in %.2f seconds"), *Setup.Label, Seconds);
-		return true;
-	}
-
-	bool FCodeIndex::FillBuild(FString& OutProblem)
-	{
-		std::vector<FIndexFile> Files;
-		if (ListIndexFiles(Setup.Root, bStop, Files) != EFileListing::Complete)
-		{
-			OutProblem = FString::Printf(TEXT("The %s index could not be built: the folder \"%s\" cannot be read."), *Setup.Label, *HostFileNameFromBytes(Setup.Root));
-			return false;
-		}
-		FString Reason;
-		bool bIsStored = true;
-		FSymbolExtractor Extractor(Setup.Root, Setup.Extractor, bStop);
-		const bool bIsExtracted = Extractor.Extract(Files, [&](const FIndexFile& File, FFileSymbols&& Symbols)
-		{
-			bIsStored = Writer->AddBuilt(File, Symbols);
-			return bIsStored;
-		}, Reason);
-		if (!bIsStored)
-		{
-			Reason = FString::Printf(TEXT("The %s index could not be built: %s."), *Setup.Label, *Writer->DescribeError());
-		}
-		OutProblem = Reason;
-		return bIsExtracted && bIsStored;
-	}
-
-	void FCodeIndex::Compact()
+	bool FCodeIndex::WaitUntilOpened(double TimeoutSeconds)
 	{
 		const FOperation Operation(*this);
-		if (!Operation.IsAllowed() || !bIsReady)
-		{
-			return;
-		}
-		const std::scoped_lock Lock(WriterMutex);
-		if (!EnsureWriter() || !Writer->Compact())
-		{
-			if (!bStop)
-			{
-				Setup.Tell(FString::Printf(TEXT("The %s index could not be compacted: %s."), *Setup.Label, Writer ? *Writer->DescribeError() : TEXT("its folder cannot be made")));
-			}
-			return;
-		}
-		RefreshStats();
+		std::unique_lock Lock(StateMutex);
+		Changed.wait_for(Lock, std::chrono::duration<double>(TimeoutSeconds), [this] { return !bIsOpening || bIsReady || bIsBuilding || bStop; });
+		return bIsReady && !bStop;
 	}
 
 	void FCodeIndex::Clear()
@@ -520,122 +370,6 @@ namespace Velmora::CodeIntel
 		bCompareWanted |= Changes.bMayBeMore;
 		UpdateBusy();
 		Changed.notify_all();
-	}
-
-	void FCodeIndex::CompareWithDisk(const std::vector<FReconciled>& Callbacks)
-	{
-		int32 Deleted = 0;
-		int32 New = 0;
-		{
-			const std::scoped_lock Lock(WriterMutex);
-			std::vector<FIndexFile> Files;
-			std::unordered_map<std::string, FIndexFile> Known;
-			if (bIsReady && EnsureWriter() && ListIndexFiles(Setup.Root, bStop, Files) == EFileListing::Complete && Writer->ReadFiles(Known))
-			{
-				std::vector<std::string> Differing;
-				for (const FIndexFile& File : Files)
-				{
-					const auto Found = Known.find(File.Path);
-					const bool bIsSame = Found != Known.end() && Found->second.Modified == File.Modified && Found->second.Size == File.Size;
-					if (!bIsSame)
-					{
-						Differing.push_back(File.Path);
-					}
-					if (Found != Known.end())
-					{
-						Known.erase(Found);
-					}
-				}
-				std::vector<std::string> Gone;
-				for (const auto& [Path, File] : Known)
-				{
-					Gone.push_back(Path);
-				}
-				FString Problem;
-				if (ApplyChanges({}, Gone, Problem))
-				{
-					Deleted = static_cast<int32>(Gone.size());
-				}
-				New = static_cast<int32>(Differing.size());
-				const std::scoped_lock StateLock(StateMutex);
-				for (std::string& Path : Differing)
-				{
-					Queue(std::move(Path));
-				}
-			}
-		}
-		for (const FReconciled& Done : Callbacks)
-		{
-			Answer(Done, Deleted, New);
-		}
-	}
-
-	void FCodeIndex::WorkOnQueue(const std::vector<std::string>& Paths)
-	{
-		const std::scoped_lock Lock(WriterMutex);
-		if (!bIsReady || bStop || !EnsureWriter())
-		{
-			return;
-		}
-		std::vector<FIndexFile> Files;
-		std::vector<std::string> Gone;
-		for (const std::string& Path : Paths)
-		{
-			FIndexFile File;
-			FIndexFile Known;
-			File.Path = Path;
-			if (!IsIndexedFile(Path) || !ReadFileStamp(Setup.Root, File))
-			{
-				Gone.push_back(Path);
-			}
-			else if (!Writer->ReadFile(Path, Known) || Known.Modified != File.Modified || Known.Size != File.Size)
-			{
-				Files.push_back(std::move(File));
-			}
-		}
-		FString Problem;
-		if (!ApplyChanges(Files, Gone, Problem) && !bStop)
-		{
-			// The files keep their old stamps, so the next comparison with the disk finds them again.
-			Setup.Tell(FString::Printf(TEXT("The %s index is not up to date. %s"), *Setup.Label, *Problem));
-		}
-	}
-
-	bool FCodeIndex::ApplyChanges(const std::vector<FIndexFile>& Files, const std::vector<std::string>& Gone, FString& OutProblem)
-	{
-		if (Files.empty() && Gone.empty())
-		{
-			return true;
-		}
-		// Nobody else shall wait for the extractor, so the files are changed when it is through.
-		std::vector<std::pair<FIndexFile, FFileSymbols>> Extracted;
-		FSymbolExtractor Extractor(Setup.Root, Setup.Extractor, bStop);
-		const bool bIsExtracted = Files.empty() || Extractor.Extract(Files, [&Extracted](const FIndexFile& File, FFileSymbols&& Symbols)
-		{
-			Extracted.emplace_back(File, std::move(Symbols));
-			return true;
-		}, OutProblem);
-		bool bIsStored = Writer->BeginChanges();
-		for (size_t Index = 0; bIsStored && Index < Extracted.size(); ++Index)
-		{
-			bIsStored = Writer->ReplaceFile(Extracted[Index].first, Extracted[Index].second);
-		}
-		for (size_t Index = 0; bIsStored && Index < Gone.size(); ++Index)
-		{
-			bIsStored = Writer->RemoveFile(Gone[Index]);
-		}
-		bIsStored = bIsStored && Writer->FinishChanges();
-		if (!bIsStored)
-		{
-			OutProblem = FString::Printf(TEXT("It could not be changed: %s."), *Writer->DescribeError());
-			const bool bIsDamaged = Writer->GetError() == EIndexError::Damaged;
-			Writer->Cancel();
-			const std::scoped_lock Lock(StateMutex);
-			bRepairWanted |= bIsDamaged;
-			return false;
-		}
-		RefreshStats();
-		return bIsExtracted;
 	}
 
 	bool FCodeIndex::Look(FIndexLookup& Out, TFunctionRef<bool(FIndexDatabase&)> Ask)

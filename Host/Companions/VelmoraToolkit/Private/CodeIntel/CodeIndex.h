@@ -60,6 +60,9 @@ namespace Velmora::CodeIntel
 		int32 GetQueueSize() const { return QueueSize; }
 		FIndexStats GetStats() const;
 
+		/** Waits while the index is being opened, not for a build. True when it can be asked then. */
+		bool WaitUntilOpened(double TimeoutSeconds);
+
 		/** Returns when the build, or one that ran already, is over. */
 		void Rebuild(bool bForce);
 		void Compact();
@@ -75,7 +78,6 @@ namespace Velmora::CodeIntel
 		FIndexLookup Outline(std::string_view Path, int32 MaxCount);
 
 	private:
-		/** Work on another's thread, which Shutdown waits for. */
 		class FOperation;
 
 		void Run();
@@ -112,6 +114,9 @@ namespace Velmora::CodeIntel
 		std::mutex WriterMutex;
 		std::unique_ptr<FIndexDatabase> Writer;
 
+		/** What kept the index from following the files the last time: told once, not at every save. */
+		FString LastProblem;
+
 		std::mutex ReaderMutex;
 		std::unique_ptr<FIndexDatabase> Reader;
 
@@ -129,5 +134,32 @@ namespace Velmora::CodeIntel
 		bool bEraseWanted = false;
 		bool bRepairWanted = false;
 		bool bThreadHasEnded = true;
+	};
+
+	/** Work on another's thread, which Shutdown waits for. */
+	class FCodeIndex::FOperation
+	{
+	public:
+		explicit FOperation(FCodeIndex& InIndex)
+			: Index(InIndex)
+		{
+			const std::scoped_lock Lock(Index.StateMutex);
+			bIsAllowed = !Index.bStop;
+			Index.Operations += bIsAllowed ? 1 : 0;
+		}
+		~FOperation()
+		{
+			const std::scoped_lock Lock(Index.StateMutex);
+			Index.Operations -= bIsAllowed ? 1 : 0;
+			Index.Changed.notify_all();
+		}
+		FOperation(const FOperation&) = delete;
+		FOperation& operator=(const FOperation&) = delete;
+
+		bool IsAllowed() const { return bIsAllowed; }
+
+	private:
+		FCodeIndex& Index;
+		bool bIsAllowed = false;
 	};
 }

@@ -177,6 +177,12 @@ namespace Velmora::CodeIntel
 		}
 	}
 
+	bool FCodeIndexControl::WaitUntilOpened(double TimeoutSeconds)
+	{
+		const std::shared_ptr<FCodeIndex> Index = FCodeIndexes::GetProject();
+		return Index && Index->WaitUntilOpened(TimeoutSeconds);
+	}
+
 	void FCodeIndexControl::SetProblemHandler(TFunction<void(const FString&)> Handler)
 	{
 		FIndexTable& Table = GetIndexTable();

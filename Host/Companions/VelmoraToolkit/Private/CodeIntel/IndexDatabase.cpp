@@ -4,7 +4,9 @@
 #include <chrono>
 #include <thread>
 
+#include <fcntl.h>
 #include <sqlite3.h>
+#include <unistd.h>
 
 namespace Velmora::CodeIntel
 {
@@ -17,8 +19,8 @@ namespace Velmora::CodeIntel
 		constexpr int BusySeconds = 90;
 		constexpr int BusyMilliseconds = 20;
 
-		/** Rows looked at for one lookup: enough for every sensible name, and few enough to be quick for the others. */
-		constexpr int MaxRows = 1000;
+		/** More rows than asked for are taken, so that those of the right letter case can come first. */
+		constexpr int RowsForOne = 4;
 
 		struct FKindRank
 		{
@@ -61,6 +63,21 @@ namespace Velmora::CodeIntel
 				Index += bIsColons ? 1 : 0;
 			}
 			return ToLowerLetters(Folded);
+		}
+
+		/** For LIKE, a backslash as its escape. */
+		std::string MakeEndPattern(std::string_view Text)
+		{
+			std::string Pattern = "%";
+			for (const char Byte : Text)
+			{
+				if (Byte == '%' || Byte == '_' || Byte == '\\')
+				{
+					Pattern.push_back('\\');
+				}
+				Pattern.push_back(Byte);
+			}
+			return Pattern;
 		}
 
 		bool IsWithin(std::string_view Scope, std::string_view Wanted)
@@ -191,6 +208,11 @@ namespace Velmora::CodeIntel
 	bool FIndexDatabase::OpenForWriting(const std::string& Path, const std::string& InRoot)
 	{
 		Root = InRoot;
+		// A new file is for the user alone, and so is the log that takes its mode from it.
+		if (const int Made = open(Path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600); Made >= 0)
+		{
+			close(Made);
+		}
 		// With a write-ahead log lookups go on during a build, and an unfinished build is as if it had never begun.
 		return Open(Path, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE) && Execute("PRAGMA journal_mode=WAL") && Execute("PRAGMA synchronous=NORMAL")
 			&& Execute("PRAGMA cache_size=-8192") && Prepare();
@@ -270,7 +292,7 @@ namespace Velmora::CodeIntel
 			"CREATE TABLE build (root BLOB NOT NULL, is_complete INTEGER NOT NULL, seconds REAL NOT NULL);"
 			"CREATE TABLE files (id INTEGER PRIMARY KEY, path BLOB NOT NULL UNIQUE, modified INTEGER NOT NULL, size INTEGER NOT NULL, has_failed INTEGER NOT NULL);"
 			"CREATE TABLE symbols (file INTEGER NOT NULL, line INTEGER NOT NULL, rank INTEGER NOT NULL, kind TEXT NOT NULL, name TEXT NOT NULL COLLATE NOCASE, scope TEXT NOT NULL);"
-			"CREATE INDEX symbols_by_name ON symbols (name, rank);"
+			"CREATE INDEX symbols_by_name ON symbols (name, rank, scope);"
 			"CREATE INDEX symbols_by_file ON symbols (file, line);") && Execute(Version.c_str());
 		return bAreMade && FStatement(Get("INSERT INTO build VALUES (?, 0, 0)")).BindBytes(Root).Finish();
 	}
@@ -334,7 +356,7 @@ namespace Velmora::CodeIntel
 		// Indexes made at the end are quicker than kept ones, and closely packed.
 		const bool bIsSwapped = Execute("DROP TABLE symbols; DROP TABLE files;"
 			"ALTER TABLE new_files RENAME TO files; ALTER TABLE new_symbols RENAME TO symbols;"
-			"CREATE INDEX symbols_by_name ON symbols (name, rank);"
+			"CREATE INDEX symbols_by_name ON symbols (name, rank, scope);"
 			"CREATE INDEX symbols_by_file ON symbols (file, line);")
 			&& FStatement(Get("UPDATE build SET is_complete = 1, seconds = ?")).BindReal(Seconds).Finish();
 		if (!bIsSwapped || !Execute("COMMIT"))
@@ -421,11 +443,9 @@ namespace Velmora::CodeIntel
 	{
 		FStatement Finding(Get(Sql));
 		Finding.BindText(First);
-		if (!Last.empty())
-		{
-			Finding.BindText(Last);
-		}
-		Finding.Bind(Scope.empty() && !Last.empty() ? MaxCount : MaxRows);
+		const std::string Pattern = MakeEndPattern(Scope);
+		Finding.BindText(Last.empty() ? Pattern : Last);
+		Finding.Bind(Last.empty() ? int64_t{ MaxCount } * RowsForOne : MaxCount);
 		while (Finding.Next())
 		{
 			FIndexSymbol Symbol = { Finding.GetBytes(0), Finding.GetBytes(1), Finding.GetBytes(2), Finding.GetBytes(3), static_cast<int32>(Finding.GetInteger(4)) };
@@ -447,7 +467,7 @@ namespace Velmora::CodeIntel
 		{
 			Scope.pop_back();
 		}
-		constexpr const char* ByName = "SELECT s.name, s.kind, s.scope, f.path, s.line FROM symbols s JOIN files f ON f.id = s.file WHERE s.name = ? ORDER BY s.rank LIMIT ?";
+		constexpr const char* ByName = "SELECT s.name, s.kind, s.scope, f.path, s.line FROM symbols s JOIN files f ON f.id = s.file WHERE s.name = ? AND replace(s.scope, '::', '.') LIKE ? ESCAPE '\\' ORDER BY s.rank LIMIT ?";
 		// A key or a file's name may have dots of its own.
 		if (!RunFinding(ByName, Last, {}, Scope, MaxCount, Out.Symbols) || (Out.Symbols.empty() && !Scope.empty() && !RunFinding(ByName, Name, {}, {}, MaxCount, Out.Symbols)))
 		{
@@ -465,13 +485,13 @@ namespace Velmora::CodeIntel
 			Out.Symbols.resize(std::min(Out.Symbols.size(), static_cast<size_t>(std::max(MaxCount, 0))));
 			return true;
 		}
-		if (Last.empty())
+		if (Last.empty() || !Scope.empty())
 		{
 			return true;
 		}
 		// Behind every name that begins so: no name holds the last character there is.
 		const std::string End = std::string(Last) + "\xF4\x8F\xBF\xBF";
-		return RunFinding("SELECT s.name, s.kind, s.scope, f.path, s.line FROM symbols s JOIN files f ON f.id = s.file WHERE s.name >= ? AND s.name < ? ORDER BY s.name, s.rank LIMIT ?", Last, End, Scope, MaxCount, Out.Symbols);
+		return RunFinding("SELECT s.name, s.kind, s.scope, f.path, s.line FROM symbols s JOIN files f ON f.id = s.file WHERE s.name >= ? AND s.name < ? ORDER BY s.name, s.rank LIMIT ?", Last, End, {}, MaxCount, Out.Symbols);
 	}
 
 	bool FIndexDatabase::ReadOutline(std::string_view Path, int32 MaxCount, FIndexLookup& Out)

@@ -17,7 +17,7 @@ namespace Velmora
 		}
 	}
 
-	FString GetProjectFolder()
+	FString GetProjectFolderPath()
 	{
 		FString Folder;
 		{
@@ -38,6 +38,12 @@ namespace Velmora
 		{
 			Folder = Folder.LeftChop(1);
 		}
+		return Folder;
+	}
+
+	FString GetProjectFolder()
+	{
+		const FString Folder = GetProjectFolderPath();
 		return FPaths::DirectoryExists(Folder) ? Folder : FString();
 	}
 

@@ -85,12 +85,18 @@ namespace Velmora::CodeIntel
 		/** Ends builds, lets go of the files and joins the threads; what a dead file system holds is left behind after two seconds. */
 		static void Shutdown();
 
+		/**
+		 * Waits while the project's index of an earlier session is being opened, but for no build; not for the game thread.
+		 * True when it can be asked then.
+		 */
+		static bool WaitUntilOpened(double TimeoutSeconds);
+
 		/** Told, on the game thread, what the user should know: a missing program, a damaged index. One sentence or two. */
 		static void SetProblemHandler(TFunction<void(const FString&)> Handler);
 
 		/**
-		 * Symbols of that name, definitions first; without one, those whose names begin with it. Letter case decides only between
-		 * several. A scope may stand in front ("FThing::Run", "thing.run"). Asks the index and nothing else.
+		 * Symbols of that name, definitions first. Letter case decides only between several. A scope may stand in front
+		 * ("FThing::Run", "thing.run"); without one, names that only begin so are the second choice. Asks the index and nothing else.
 		 */
 		static FIndexLookup FindSymbol(std::string_view Name, int32 MaxCount, EIndexKind Kind = EIndexKind::Project);
 

@@ -10,6 +10,9 @@ namespace Velmora
 	 */
 	VELMORATOOLKIT_API FString GetProjectFolder();
 
+	/** The same, also of a folder that is not there at the moment. */
+	VELMORATOOLKIT_API FString GetProjectFolderPath();
+
 	/** An empty folder goes back to the engine paths. Takes effect with the next conversation, turn or scan. */
 	VELMORATOOLKIT_API void SetProjectFolder(const FString& Folder);
 }
