@@ -17,6 +17,7 @@
 #include "Widgets/Docking/SDockTab.h"
 #include "Widgets/Input/SMultiLineEditableTextBox.h"
 #include "Widgets/SChangedFilesList.h"
+#include "Widgets/SChatWindow.h"
 #include "Widgets/SVelmoraTab.h"
 
 #include <benchmark/benchmark.h>
@@ -169,16 +170,32 @@ namespace
 		return Found.Num() > 0 && Found[0]->GetCachedGeometry().GetLocalSize().Y > 0.0;
 	}
 
-	/** From the key that picks a long conversation in the history to the frame that shows its end, and on until nothing moves. */
+	void LoadStored(FOpenTab& Open)
+	{
+		Open.MarkStoredConversation();
+		Open.Application.PressKey(EKeys::Enter);
+		Open.Settle();
+	}
+
+	/**
+	 * From the key that picks a long conversation in the history to the frame that shows its end, and on until nothing moves.
+	 * In place of an empty one, or of another as long.
+	 */
 	void LoadConversation(benchmark::State& State)
 	{
 		const int32 Count = static_cast<int32>(State.range(0));
+		const bool bReplacesAnother = State.range(1) != 0;
 		for (auto _ : State)
 		{
 			FOpenTab Open([Count](const FString& Database)
 			{
-				FMadeStore::Fill(Database, 1, Count, [Count](int32 Number) { return MakeStoredText(Number, Count); });
+				FMadeStore::Fill(Database, 2, Count, [Count](int32 Number) { return MakeStoredText(Number, Count); });
 			});
+			if (bReplacesAnother)
+			{
+				LoadStored(Open);
+			}
+			const FString Before = Open.Tab->GetViewModel()->GetCurrentConversationMetadata()->Id;
 			Open.MarkStoredConversation();
 			const FHostFrameStats& Stats = FSlateApplication::Get().GetFrameStats();
 			double Milliseconds = 0.0;
@@ -200,7 +217,7 @@ namespace
 			{
 				Measure([&] { Open.Application.PumpFrame(); });
 			}
-			if (Open.GetMessages().Num() != Count || !IsEndShown())
+			if (Open.GetMessages().Num() != Count || !IsEndShown() || Open.Tab->GetViewModel()->GetCurrentConversationMetadata()->Id == Before)
 			{
 				State.SkipWithError("The conversation was not shown.");
 				break;
@@ -219,7 +236,37 @@ namespace
 			State.counters["worst_frame_ms"] = WorstFrame;
 		}
 	}
-	BENCHMARK(LoadConversation)->Arg(20)->Arg(10000)->Iterations(3)->UseManualTime()->Unit(benchmark::kMillisecond);
+	BENCHMARK(LoadConversation)->Args({ 20, 0 })->Args({ 10000, 0 })->Args({ 10000, 1 })->Iterations(3)->UseManualTime()->Unit(benchmark::kMillisecond);
+
+	/** The history of so many conversations, read by a worker: the frame in which it arrives, then the click that opens it. */
+	void RefreshHistory(benchmark::State& State)
+	{
+		FOpenTab Open([&State](const FString& Database)
+		{
+			FMadeStore::Fill(Database, static_cast<int32>(State.range(0)), 2, [](int32 Number) { return FRecordedMix::MakeWords(MessageLength, Number); });
+		});
+		const TSharedPtr<SChatWindow> Window = StaticCastSharedPtr<SChatWindow>(FWidgetFinder::FindByTag(FName("ChatWindow")));
+		std::vector<double> Arrivals;
+		std::vector<double> Openings;
+		for (auto _ : State)
+		{
+			Window->RequestConversationHistoryRefreshForTests();
+			FHostTasks::WaitForBackground(20.0);
+			const double Start = FHeadlessApplication::GetThreadSeconds();
+			Open.Application.PumpFrame();
+			Arrivals.push_back(GetMilliseconds(Start));
+			State.SetIterationTime(Arrivals.back() * 1.0e-3);
+			const double ClickStart = FHeadlessApplication::GetThreadSeconds();
+			Open.ClickTag(FName("ConversationComboBox"));
+			Openings.push_back(GetMilliseconds(ClickStart));
+			Open.Application.PressKey(EKeys::Escape);
+			Open.Settle();
+		}
+		State.counters["options"] = Window->GetConversationDropdownOptionCountForTests();
+		TellTimes(State, "arrival_", Arrivals);
+		TellTimes(State, "opening_", Openings);
+	}
+	BENCHMARK(RefreshHistory)->Arg(20)->Arg(10000)->Iterations(10)->UseManualTime()->Unit(benchmark::kMillisecond);
 
 	/** Work done in frames of a tab in which nothing happens, ten a second. */
 	void MeasureRest(benchmark::State& State, FOpenTab& Open)
@@ -254,13 +301,6 @@ namespace
 		State.counters["words"] = static_cast<double>(Shaper.GetCounters().WordsShaped - Texts.WordsShaped);
 		State.counters["repaints"] = static_cast<double>(FSlateApplication::Get().GetFrameStats().PaintedFrames - Painted);
 		TellTimes(State, "", Times);
-	}
-
-	void LoadStored(FOpenTab& Open)
-	{
-		Open.MarkStoredConversation();
-		Open.Application.PressKey(EKeys::Enter);
-		Open.Settle();
 	}
 
 	/** The whole tab with its side panel, at the end of a loaded conversation. */

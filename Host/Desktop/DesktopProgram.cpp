@@ -77,6 +77,13 @@ FDesktopProgram::FDesktopProgram(const FDesktopOptions& InOptions)
 
 FDesktopProgram::~FDesktopProgram()
 {
+	if (FSlateApplication::IsInitialized())
+	{
+		// The start failed half-way.
+		FGlobalTabmanager::Get()->SetDockArea(nullptr);
+		FSlateApplication::Shutdown();
+	}
+	Frame.Reset();
 	if (Settings)
 	{
 		Settings->Finish();

@@ -33,7 +33,8 @@ namespace
 }
 
 FDraftKeeper::FDraftKeeper(const FString& InPath)
-	: Path(InPath)
+	: File(InPath)
+	, Path(File.GetPath())
 	, Writer([this]() { Write(); }, DraftWriteSeconds)
 {
 	Look();

@@ -2,6 +2,7 @@
 
 #include "Containers/Ticker.h"
 #include "CoreMinimal.h"
+#include "DraftFile.h"
 #include "Host/HostDelayedWork.h"
 
 #include <mutex>
@@ -35,7 +36,8 @@ private:
 	/** On the writer's thread. */
 	void Write();
 
-	const FString Path;
+	const FDraftFile File;
+	const FString& Path;
 	TWeakPtr<SWidget> Box;
 	std::mutex Mutex;
 	/** The text that the file is to hold. Shared, not copied: it may be long. */

@@ -5,6 +5,7 @@
 #include "Host/HostFileNames.h"
 #include "Host/HostServices.h"
 #include "Misc/Paths.h"
+#include "ProblemToasts.h"
 #include "UObject/Object.h"
 
 #include <filesystem>
@@ -49,6 +50,7 @@ void FEditorServices::Install()
 {
 	FHostEditor::StartUp();
 	FHostEditor::SetOpenSourceHook([](const FHostOpenedSource& Source) { return Open(FHostLaunchRequest::EKind::Source, Source.Path); });
+	FHostEditor::SetMissingSourceHook([](const FString& Path) { FProblemToasts::Tell(Path + TEXT(" does not exist.")); });
 	FHostEditor::SetOpenAssetHook([](UObject* Asset) { return OpenAssetFile(*Asset); });
 }
 

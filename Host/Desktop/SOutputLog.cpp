@@ -159,7 +159,6 @@ void SOutputLog::Tick(const FGeometry& AllottedGeometry, const double InCurrentT
 {
 	SCompoundWidget::Tick(AllottedGeometry, InCurrentTime, InDeltaTime);
 	const bool bFollow = List->IsAtBottom();
-	const int32 CountBefore = GetShown().Num();
 	Log->Update();
 	GoOnFiltering();
 	if (SeenFirstNumber != Log->GetFirstNumber())
@@ -167,10 +166,11 @@ void SOutputLog::Tick(const FGeometry& AllottedGeometry, const double InCurrentT
 		SeenFirstNumber = Log->GetFirstNumber();
 		List->RequestListRefresh();
 	}
-	if (bFollow && GetShown().Num() != CountBefore)
+	if (bFollow && GetShown().Num() != SeenCount)
 	{
 		List->ScrollToBottom();
 	}
+	SeenCount = GetShown().Num();
 }
 
 void SOutputLog::OnFilterChanged(const FText& Text)

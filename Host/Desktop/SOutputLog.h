@@ -50,6 +50,7 @@ private:
 	int64 NextNumber = 0;
 	/** The first line of the log when the list was last told of a change. */
 	int64 SeenFirstNumber = 0;
+	int32 SeenCount = 0;
 	TArray<FString> Commands;
 	int32 RecalledCommand = 0;
 };

@@ -8,6 +8,13 @@ namespace
 {
 	constexpr int32 MaxListedHits = 10;
 
+	bool IsInMenu(const SWidget& Widget)
+	{
+		static const FName Row(TEXT("SMenuRow"));
+		const TSharedPtr<SWidget> Parent = Widget.GetParentWidget();
+		return Widget.GetType() == Row || (Parent && IsInMenu(*Parent));
+	}
+
 	FString DescribeHit(const SWidget& Widget)
 	{
 		const FSlateRect Rect = Widget.GetCachedGeometry().GetLayoutBoundingRect();
@@ -37,6 +44,12 @@ FString FScriptTarget::Find(const FString& Name, TSharedPtr<SWidget>& OutWidget)
 	{
 		return All.ContainsByPredicate([&Hit](const TSharedRef<SWidget>& Other) { return Other != Hit && IsInside(Other, Hit.Get()); });
 	});
+	// What an open menu offers is what is meant, whatever else has that name.
+	const TArray<TSharedRef<SWidget>> InMenus = Hits.FilterByPredicate([](const TSharedRef<SWidget>& Hit) { return IsInMenu(Hit.Get()); });
+	if (InMenus.Num() > 0)
+	{
+		Hits = InMenus;
+	}
 	if (Hits.Num() == 0)
 	{
 		return FString::Printf(TEXT("Nothing on screen is called \"%s\"."), *Name);

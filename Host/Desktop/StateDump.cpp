@@ -111,6 +111,20 @@ namespace
 		}
 	}
 
+	/** The entries of the open menus, those of the innermost first. */
+	TArray<TSharedPtr<FJsonValue>> DescribeMenus()
+	{
+		TArray<TSharedPtr<FJsonValue>> Rows;
+		for (const TSharedRef<SWidget>& Widget : FWidgetFinder::FindByType(TEXT("SMenuRow")))
+		{
+			const TSharedRef<FJsonObject> Row = MakeShared<FJsonObject>();
+			Row->SetStringField(TEXT("label"), FindText(Widget.Get()));
+			Row->SetBoolField(TEXT("enabled"), Widget->IsEnabled());
+			Rows.Add(MakeShared<FJsonValueObject>(Row));
+		}
+		return Rows;
+	}
+
 	TArray<TSharedPtr<FJsonValue>> ToValues(const TArray<FString>& Texts)
 	{
 		TArray<TSharedPtr<FJsonValue>> Values;
@@ -160,6 +174,7 @@ FString FStateDump::Make(const FChatViewModel* ViewModel)
 		CollectControls(Layer, true, true, Controls);
 	}
 	Root->SetArrayField(TEXT("controls"), Controls);
+	Root->SetArrayField(TEXT("menu"), DescribeMenus());
 	const TSharedPtr<SWidget> Box = FWidgetFinder::FindByTag(TEXT("InputTextBox"));
 	Root->SetStringField(TEXT("promptText"), Box ? Box->GetDisplayedText().ToString() : FString());
 	Root->SetArrayField(TEXT("chips"), ToValues(Chips));

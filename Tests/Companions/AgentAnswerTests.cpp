@@ -187,6 +187,23 @@ TEST_F(AgentAnswers, AttachedFilesAreLookedAtFirst)
 	EXPECT_TRUE(Holds(Described, "void Use()")) << Described;
 }
 
+TEST_F(AgentAnswers, EachOfSeveralAttachedFilesIsRead)
+{
+	const std::string First = Project.MakeName(12);
+	const std::string Second = Project.MakeName(12);
+	Project.Write("first one.md", First + "\n");
+	Project.Write("docs/second.md", Second + "\n");
+	Project.Write("third.md", "third\n");
+	for (const char* Question : { "show first one.md and second.md", "explain first one.md second.md", "outline first one.md and second.md", "what do you make of these?", "compare first one.md with second.md" })
+	{
+		const std::string Answer = Ask(Question, { "first one.md", "docs/second.md" });
+		EXPECT_TRUE(Holds(Answer, First) && Holds(Answer, Second)) << Question << '\n' << Answer;
+	}
+	const std::string Answer = Ask("show third.md", { "first one.md", "docs/second.md" });
+	EXPECT_TRUE(Holds(Answer, "third")) << Answer;
+	EXPECT_FALSE(Holds(Answer, First)) << Answer;
+}
+
 TEST_F(AgentAnswers, NothingOutsideTheProjectIsRead)
 {
 	const std::string Secret = Project.MakeName(20);

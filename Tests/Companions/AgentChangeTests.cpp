@@ -135,6 +135,22 @@ TEST_F(AgentChanges, OddNamesAndMissingFilesOfAttachments)
 	EXPECT_TRUE(Holds(LastAnswer, "Attached `" + Project.PathOf("gone.md").substr(0, 20))) << LastAnswer;
 }
 
+TEST_F(AgentChanges, AttachedFilesAreKnownByTheNamesThatAPickPutsIntoTheText)
+{
+	Project.Write("docs/my notes.md", "one\n");
+	Project.Write("docs/it's \"so\" [x] `y`.md", "one\n");
+	Project.Write("docs/plain.md", "one\n");
+	Ask("append \"two\" to my notes.md", { Project.PathOf("docs/my notes.md") });
+	EXPECT_EQ(ReadFile("docs/my notes.md"), "one\ntwo\n") << LastAnswer;
+	Ask("append \"two\" to it's \"so\" [x] `y`.md", { Project.PathOf("docs/it's \"so\" [x] `y`.md") });
+	EXPECT_EQ(ReadFile("docs/it's \"so\" [x] `y`.md"), "one\ntwo\n") << LastAnswer;
+	Ask("plain.md append \"two\" to it", { Project.PathOf("docs/plain.md") });
+	EXPECT_EQ(ReadFile("docs/plain.md"), "one\ntwo\n") << LastAnswer;
+	Ask("first append \"three\" to my notes.md, then delete plain.md", { Project.PathOf("docs/my notes.md"), Project.PathOf("docs/plain.md") });
+	EXPECT_EQ(ReadFile("docs/my notes.md"), "one\ntwo\nthree\n") << LastAnswer;
+	EXPECT_FALSE(std::filesystem::exists(Project.Root / "docs/plain.md"));
+}
+
 TEST_F(AgentChanges, TrackersKnowAChangeWhenItsToolEnds)
 {
 	Project.Write("Content/Heroes/BP_Hero.uasset", "binary");

@@ -261,7 +261,7 @@ TEST_F(AgentTurns, AVanishedProjectIsAnErrorInWords)
 	EXPECT_EQ(Agent->GetState(), EConversationState::Error);
 	const std::vector<std::string> Errors = EventsOf("error");
 	ASSERT_EQ(Errors.size(), 1u);
-	EXPECT_TRUE(Holds(Errors[0], "project folder")) << Errors[0];
+	EXPECT_TRUE(Holds(Errors[0], "The project folder " + Project.Root.native() + " cannot be opened.")) << Errors[0];
 	EXPECT_TRUE(Velmora::FAgentStateObserver(Agent).CanAcceptMessage());
 	EXPECT_FALSE(FAgentBuilder::CreateDefault().IsValid());
 	EXPECT_TRUE(Agent->StartConversation(EConversationMode::Code).IsEmpty());

@@ -60,6 +60,7 @@ TEST_F(CodeIndex, AnswersWithoutTheSources)
 	EXPECT_GT(Stats.IndexSizeMB, 0.0);
 	EXPECT_GT(Stats.LastBuildTimeSeconds, 0.0);
 	EXPECT_EQ(Utf8(Stats.RootPath), Project.Root.native());
+	EXPECT_EQ(std::filesystem::status(GetIndexPath()).permissions(), std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
 
 	std::filesystem::remove_all(Project.Root);
 	EXPECT_EQ(Find(Class), FLines({ "Source/Thing.h:4 class " + Class + " [Game]" }));
@@ -94,7 +95,8 @@ TEST_F(CodeIndex, IsFoundAgainByTheNextSession)
 	EXPECT_FALSE(Manager().IsInitialized());
 	EXPECT_EQ(Find("FKept"), FLines());
 	Options.Extractor.Program = TEXT("/nonexistent/extractor");
-	Open();
+	FControl::Initialize(Options);
+	EXPECT_TRUE(FControl::WaitUntilOpened(30.0));
 	EXPECT_TRUE(Manager().IsIndexReady());
 	EXPECT_EQ(Manager().GetIndexStats().EstimatedSymbols, Symbols);
 	EXPECT_EQ(Find("FKept"), FLines({ "A.cpp:1 class FKept" }));
@@ -204,6 +206,19 @@ TEST_F(CodeIndex, AMissingExtractorIsToldWithThePackageAndKeepsTheLastIndex)
 		EXPECT_TRUE(Manager().IsIndexReady());
 		EXPECT_EQ(Find("FKept"), FLines({ "A.cpp:1 class FKept" }));
 	}
+	Options.Extractor.Program = TEXT("/nonexistent/extractor");
+	Open();
+	Problems.clear();
+	Project.Write("B.cpp", "class FLater { };\n");
+	for (int Round = 0; Round < 3; ++Round)
+	{
+		Manager().ReconcileFileChangesAsync(nullptr);
+		Settle();
+		Settle();
+	}
+	ASSERT_EQ(Problems.size(), 1u) << "a fault that lasts is told once";
+	EXPECT_NE(Problems.front().find("The project index is not up to date."), std::string::npos) << Problems.front();
+
 	std::filesystem::remove(GetIndexPath());
 	OpenAndBuild();
 	EXPECT_FALSE(Manager().IsIndexReady());

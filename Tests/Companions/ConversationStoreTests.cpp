@@ -3,6 +3,7 @@
 #include "Agent/ConversationHistoryManager.h"
 #include "Host/HostClock.h"
 #include "Store/StoreSchema.h"
+#include "Store/StoreTurn.h"
 
 #include <atomic>
 #include <fcntl.h>
@@ -209,6 +210,11 @@ TEST_F(ConversationStores, ABusyStoreRefusesInWords)
 	EXPECT_TRUE(Holds(Utf8(Problem), "is busy")) << Utf8(Problem);
 	EXPECT_EQ(Read(*Store, TEXT("A")), "a") << "Readers are not held up.";
 	ASSERT_TRUE(Other.Execute("COMMIT"));
+	{
+		const FStore::FTurn Ours(*Store, FStore::FramePatienceMilliseconds);
+		EXPECT_EQ(Store->Append(Metadata, 0, Problem), EStoreResult::Failed);
+		EXPECT_TRUE(Holds(Utf8(Problem), "still at work on the disk")) << Utf8(Problem) << " (no other program is to blame)";
+	}
 	EXPECT_EQ(Store->Append(Metadata, 0, Problem), EStoreResult::Done);
 	EXPECT_EQ(Utf8(Problem), "");
 }

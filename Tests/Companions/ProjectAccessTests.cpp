@@ -120,6 +120,21 @@ TEST_P(ProjectAccess, TakesPathsOfTheProjectInEverySpelling)
 	}
 }
 
+TEST_P(ProjectAccess, WhatCouldNotBeClearedAwayIsInNobodysWay)
+{
+	const FProjectAccess Access(Project.Root.native(), GetParam());
+	FProjectAccess::FWriteOptions Options;
+	Options.TemporaryName = ".half.tmp";
+	Options.Mode = 0644;
+	Project.Write(".half.tmp", "half");
+	EXPECT_EQ(Access.Write("a.txt", "a", Options), "");
+	EXPECT_EQ(ReadFile("a.txt"), "a");
+	Project.Write(".half.tmp", "half");
+	EXPECT_EQ(Access.MakeLink("link", "a.txt", Options), "");
+	EXPECT_EQ(std::filesystem::read_symlink(Project.Root / "link"), "a.txt");
+	EXPECT_FALSE(std::filesystem::exists(Project.Root / ".half.tmp"));
+}
+
 TEST_P(ProjectAccess, LinksThatStayInsideAreFollowedWhereThatIsSafe)
 {
 	Project.Write("real/a.txt", "a");

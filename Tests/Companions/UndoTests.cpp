@@ -213,6 +213,7 @@ TEST_F(Undo, WhatSomebodyElseChangedIsSetAside)
 		All += Notice + '\n';
 	}
 	EXPECT_NE(All.find("`a.md` had been changed by hand since. It is back as it was before the request; what you had made of it is in `a.conflict-2.md`."), std::string::npos) << All;
+	EXPECT_NE(All.find("`made/.config` had been changed by hand since. It is gone again, as before the request; what you had made of it is in `made/.config.conflict-1`."), std::string::npos) << All;
 	EXPECT_NE(All.find("`removed.md` had been removed since; it is back as it was."), std::string::npos) << All;
 }
 
@@ -238,6 +239,20 @@ TEST_F(Undo, ChangesNothingWhenItCannotRestoreAll)
 	Result = UndoRequest();
 	EXPECT_EQ(Result.Problem, "Nothing was undone. `z.md` cannot be restored: something that is no file has taken its place.");
 	EXPECT_EQ(ListProject(), Before);
+
+	// What cannot be taken back is no longer as it was, so nobody says that it is.
+	std::filesystem::remove_all(Project.Root / "z.md");
+	Project.Write("z.md", "agent\n");
+	Result = Journal->Undo("T1", "C", [this](int)
+	{
+		std::filesystem::remove(Project.Root / "z.md");
+		Project.Write("z.md/inside.txt", "mine");
+		return std::string("The store is busy.");
+	});
+	EXPECT_EQ(Result.Problem, "The undo stopped half-way and could not be taken back; try it again. The store is busy. `z.md`: it is a folder.");
+	EXPECT_EQ(ReadFile("a.md"), "agent\n");
+	std::filesystem::remove_all(Project.Root / "z.md");
+	Project.Write("z.md", "agent\n");
 
 	// A former content is damaged.
 	std::filesystem::remove_all(Project.Root / "z.md");

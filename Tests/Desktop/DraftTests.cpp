@@ -135,6 +135,30 @@ TEST_F(Draft, AFaultIsToldOnceAndWhatWasTypedIsKeptWhenItIsGone)
 	FHostLog::SetStderrVerbosity(ELogVerbosity::Warning);
 }
 
+TEST_F(Draft, OfAnotherProgramOnTheProjectIsLeftAlone)
+{
+	const FString Other = Folder.At(TEXT("Velmora/p.2.draft"));
+	{
+		const FDraftFile First(Path());
+		Folder.Write("Velmora/p.draft", "of the first");
+		FDraftKeeper Second(Path());
+		EXPECT_EQ(Shown(), "");
+		EXPECT_EQ(Utf8(Second.Path), Utf8(Other));
+		Set(TEXT("of the second"));
+		Second.Finish();
+		EXPECT_EQ(Folder.Read("Velmora/p.draft"), "of the first");
+		std::filesystem::copy_file(Folder.AtBytes("Velmora/p.2.draft"), Folder.AtBytes("kept"));
+	}
+	// Both have come to an end; what the second one left comes back when nothing else does.
+	std::filesystem::rename(Folder.AtBytes("kept"), Folder.AtBytes("Velmora/p.2.draft"));
+	std::filesystem::remove(Folder.AtBytes("Velmora/p.draft"));
+	OpenBox();
+	FDraftKeeper Next(Path());
+	EXPECT_EQ(Shown(), "of the second");
+	EXPECT_EQ(Utf8(Next.Path), Utf8(Path()));
+	EXPECT_EQ(Folder.Read("Velmora/p.2.draft"), "<missing>");
+}
+
 TEST_F(Draft, LooksAtALongTextOnlyWhenItChanges)
 {
 	FDraftKeeper Keeper(Path());

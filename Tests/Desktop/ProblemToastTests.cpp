@@ -1,7 +1,9 @@
+#include "EditorServices.h"
 #include "Host/HostNotifications.h"
 #include "Host/HostServices.h"
 #include "Host/Platform.h"
 #include "ProblemToasts.h"
+#include "SourceCodeNavigation.h"
 #include "Support/UiDriver.h"
 
 #include <thread>
@@ -52,4 +54,15 @@ TEST_F(ProblemToasts, TellWhatThePlatformCouldNotDo)
 	ASSERT_EQ(Toasts.Num(), 1);
 	ASSERT_FALSE(Error.IsEmpty());
 	EXPECT_EQ(Utf8(Toasts[0].Text.ToString()), Utf8(Error));
+}
+
+TEST_F(ProblemToasts, TellThatASourceFileIsGone)
+{
+	FEditorServices::Install();
+	EXPECT_FALSE(FSourceCodeNavigation::OpenSourceFile(TEXT("/nowhere/gone.md")));
+	FEditorServices::Uninstall();
+	PumpFrame();
+	const TArray<FHostToast> Toasts = FHostNotifications::GetVisible();
+	ASSERT_EQ(Toasts.Num(), 1);
+	EXPECT_EQ(Utf8(Toasts[0].Text.ToString()), "/nowhere/gone.md does not exist.");
 }

@@ -37,6 +37,16 @@ TEST(Script, AsksAndWritesWhatIsOnScreen)
 	EXPECT_EQ(ReadFile(Project.Path("answer.png")).substr(1, 3), "PNG");
 }
 
+TEST(Script, ChangedFilesAreToldAndOpenedByTheirPathsInTheProject)
+{
+	const FRandomProject Project;
+	const std::string Relative = std::filesystem::relative(Project.Folder, Project.OutFolder).string();
+	const FRun Run = RunScript(Project, "type create docs/made.md with \"x\"\nkey CTRL+ENTER\nwait idle 60\nclick #ChangedFilesHeader\nwait idle 10\nclick Created: docs/made.md\ndump end.json\n", { "--project", Relative });
+	EXPECT_EQ(Run.ExitCode, 0) << Run.Error;
+	EXPECT_TRUE(Contains(Run.Error, "Would open: " + (Project.Folder / "docs/made.md").string())) << Run.Error;
+	EXPECT_FALSE(ReadFile(Project.Path("end.json")).empty());
+}
+
 TEST(Script, RunsInRealTimeToo)
 {
 	const FRandomProject Project;

@@ -51,7 +51,10 @@ TEST_F(EditorServices, OpensAssets)
 
 TEST_F(EditorServices, OpensSourceFiles)
 {
+	FString Missing;
+	FHostEditor::SetMissingSourceHook([&Missing](const FString& Path) { Missing = Path; });
 	EXPECT_FALSE(FSourceCodeNavigation::OpenSourceFile(Temp.At(TEXT("P/Source/Missing.cpp"))));
+	EXPECT_EQ(Utf8(Missing), Temp.AtBytes("P/Source/Missing.cpp"));
 	FHostOpenedSource Opened;
 	FHostEditor::SetOpenSourceHook(
 		[&Opened](const FHostOpenedSource& Source)

@@ -4,7 +4,7 @@
 //
 //   CallTracer [--below FOLDER]… [--log FILE] [--changes] [--since FILE] [--kill N] [--fail ERROR --from N [--to M] [--until FILE]] -- PROGRAM …
 //
-// --changes leaves out openings for reading. --since counts only when a file of that name exists, --until ends a fault when one
+// --changes leaves out openings for reading. --since and --until are files: it counts when the one exists, and no more when the other
 // does. The log has a line per call: number, thread, call, the errors that it can give, path.
 // A call that cannot give the error is not failed.
 // Ends with the exit code of the program, or 128 and the signal; 77 where the system lets nobody trace; 2 for a wrong call.
@@ -342,10 +342,9 @@ namespace
 			}
 		}
 
-		bool IsFaultTime() const
+		bool IsInReach() const
 		{
-			const bool bInReach = Options.Error != 0 && Count >= Options.From && (Options.To == 0 || Count <= Options.To);
-			return bInReach && (!Options.Until || access(Options.Until, F_OK) != 0);
+			return Options.Error != 0 && Count >= Options.From && (Options.To == 0 || Count <= Options.To);
 		}
 
 		void WriteLog(pid_t Thread, const FTracedCall& Call, bool bChanges, const std::string& Path, bool bFails) const
@@ -375,12 +374,13 @@ namespace
 				const auto* const Arguments = reinterpret_cast<const unsigned long long*>(Info.seccomp.args);
 				const std::string Path = GetPath(Thread, Call, Arguments);
 				const bool bChanges = Changes(Thread, Call, Arguments);
-				if (!IsBelow(Path) || (!bChanges && Options.bChangesOnly) || (Options.Since && access(Options.Since, F_OK) != 0))
+				const bool bIsTime = (!Options.Since || access(Options.Since, F_OK) == 0) && (!Options.Until || access(Options.Until, F_OK) != 0);
+				if (!IsBelow(Path) || (!bChanges && Options.bChangesOnly) || !bIsTime)
 				{
 					return;
 				}
 				++Count;
-				const bool bFails = IsFaultTime() && CanGive(Call, bChanges, Options.Error);
+				const bool bFails = IsInReach() && CanGive(Call, bChanges, Options.Error);
 				if (Log)
 				{
 					WriteLog(Thread, Call, bChanges, Path, bFails);

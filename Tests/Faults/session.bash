@@ -42,10 +42,17 @@ pick() {
 	printf '%s\n' "click #ConversationComboBox" "tick 60" "click $1" "tick 60" "dump $2"
 }
 
-# list_messages DUMP: who says what, a line each, without what is told on the way.
+# list_messages DUMP: who says what, a line each, without what is told on the way, and without prompts that were refused.
 list_messages() {
 	[ -f "$1" ] || return 0
-	awk '/^\t\t\t"type": "(User|AI)"/ { who = $2 } /^\t\t\t"content": / { if (who) { sub(/^\t\t\t"content": /, ""); print who, $0 } who = "" }' "$1"
+	awk '{ sub(/\r$/, "") } /^\t\t\t"type": "(User|AI)"/ { who = $2 } /^\t\t\t"type": "System"/ { who = "System" }
+		/^\t\t\t"content": / {
+			sub(/^\t\t\t"content": /, "")
+			if (who == "System") { if (/^"Failed to send message/) prompt = "" }
+			else if (who) { if (prompt) print prompt; prompt = who " " $0; if (who ~ /AI/) { print prompt; prompt = "" } }
+			who = ""
+		}
+		END { if (prompt) print prompt }' "$1"
 }
 
 # check_file FOLDER NAME CONTENT…: the file has one of the contents; "-" stands for no file.
@@ -61,11 +68,12 @@ check_file() {
 	return 1
 }
 
-# check_strays FOLDER: nothing but the session's own files in the project, nothing but the store beside it.
+# check_strays FOLDER: nothing but the session's own files in the project, nothing but the store beside it. What a program that died
+# was about to make for undo (.new-…) is removed an hour later, since another one could be making it just now.
 check_strays() {
 	local strays
 	strays=$(cd "$1/project" && find . -mindepth 1 ! -path ./src ! -path ./src/code.cpp ! -path ./run.sh ! -path ./gone.txt ! -path ./made ! -path ./made/notes.md)
-	strays+=$(cd "$1/data" && find . -type f ! -path './Velmora/project-????????????????.db' ! -path './Velmora/project-????????????????.db-wal' ! -path './Velmora/project-????????????????.db-shm')
+	strays+=$(cd "$1/data" && find . -type f ! -path './Velmora/project-????????????????.db' ! -path './Velmora/project-????????????????.db-wal' ! -path './Velmora/project-????????????????.db-shm' ! -path './Velmora/project-????????????????.undo/.new-*')
 	[ -z "$strays" ] || { echo "  left behind: $strays"; return 1; }
 }
 

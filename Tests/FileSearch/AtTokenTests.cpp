@@ -85,6 +85,22 @@ TEST(AtToken, StateByTextAndCursor)
 	}
 }
 
+TEST(AtToken, LongLinesAreLookedThroughAsShortOnes)
+{
+	for (const int32 Distance : { 1, 2047, 2048, 2049, 4096, 4097, 10000 })
+	{
+		const FString Blanks = FString::ChrN(Distance, TEXT(' '));
+		for (const TCHAR* Before : { TEXT(""), TEXT("@old\n"), TEXT("more of it ") })
+		{
+			const FString Text = FString(Before) + TEXT("@") + Blanks;
+			const int32 At = FString(Before).Len();
+			EXPECT_EQ(ComputeAtTokenState(Text, Text.Len()).AtIndex, At) << Distance;
+			EXPECT_EQ(ComputeAtTokenState(FString(Before) + Blanks, At + Distance).AtIndex, -1) << Distance;
+			EXPECT_EQ(ComputeAtTokenState(Text + TEXT("\n") + Blanks, Text.Len() + 1 + Distance).AtIndex, -1) << Distance;
+		}
+	}
+}
+
 TEST(AtToken, ACursorOutsideTheTextIsClamped)
 {
 	for (const int32 Cursor : { std::numeric_limits<int32>::min(), -1, 0, 1, std::numeric_limits<int32>::max() })

@@ -121,6 +121,20 @@ TEST_F(FMenuAnchorTest, ItStaysInTheWindow)
 	EXPECT_EQ(GetRect(*Content), FSlateRect(0.0f, 0.0f, 100.0f, 60.0f)) << "at any price";
 }
 
+TEST_F(FMenuAnchorTest, WhatIsTooTallForEitherSideLeavesItsAnchorInView)
+{
+	Content->SetHeightOverride(400.0f);
+	ShowAnchor(100.0f);
+	Open();
+	EXPECT_EQ(GetRect(*Content), FSlateRect(0.0f, 182.0f, 120.0f, 582.0f)) << "below there is room for all of it";
+	Resize(600, 300);
+	PumpFrame();
+	EXPECT_EQ(GetRect(*Content), FSlateRect(0.0f, 182.0f, 120.0f, 300.0f)) << "there is more room below";
+	Gap->SetHeightOverride(210.0f);
+	PumpSeconds(0.1);
+	EXPECT_EQ(GetRect(*Content), FSlateRect(0.0f, 0.0f, 120.0f, 208.0f)) << "there is more room above";
+}
+
 TEST_F(FMenuAnchorTest, ItOpensAgainWithTheSameContentAtOnce)
 {
 	ShowAnchor(200.0f);

@@ -126,6 +126,32 @@ TEST_F(FTextBlock, SetTextShapesOnlyWhatDiffers)
 	EXPECT_EQ(ITextShaper::Get().GetCounters().ParagraphsMade, Made + 2);
 }
 
+TEST_F(FTextBlock, ShortTextsShareTheirLayoutUntilOneWraps)
+{
+	TSharedPtr<STextBlock> One;
+	TSharedPtr<STextBlock> Other;
+	TSharedPtr<STextBlock> OtherCase;
+	Show(SNew(SVerticalBox)
+		+ SVerticalBox::Slot().AutoHeight()[SAssignNew(One, STextBlock).Text(INVTEXT("two words"))]
+		+ SVerticalBox::Slot().AutoHeight()[SAssignNew(OtherCase, STextBlock).Text(INVTEXT("Two words"))]
+		+ SVerticalBox::Slot().AutoHeight()[SAssignNew(Other, STextBlock).Text(FText::FromString(TEXT("two words")))]);
+	EXPECT_EQ(One->Paragraph, Other->Paragraph);
+	EXPECT_NE(One->Paragraph, OtherCase->Paragraph);
+
+	Other->SetWrapTextAt(50.0f);
+	PumpFrame();
+	EXPECT_EQ(Other->Paragraph->GetLineCount(), 2);
+	EXPECT_EQ(One->Paragraph->GetLineCount(), 1);
+	EXPECT_EQ(GetRect(*Other).Height(), 2 * GetRect(*One).Height());
+	Other->SetWrapTextAt(0.0f);
+	PumpFrame();
+	EXPECT_EQ(GetRect(*Other).Height(), GetRect(*One).Height());
+
+	One->SetFont(FCoreStyle::GetDefaultFontStyle("Bold", 20.0f));
+	PumpFrame();
+	EXPECT_NE(One->Paragraph, Other->Paragraph);
+}
+
 TEST_F(FTextBlock, TooLongTextIsCutOff)
 {
 	TSharedPtr<STextBlock> Clipped;

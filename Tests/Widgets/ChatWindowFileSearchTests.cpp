@@ -213,6 +213,16 @@ TEST_F(FChatWindowFileSearchTest, TheDropdownStandsAboveThePromptWhateverItsSize
 	PumpFrame();
 	EXPECT_EQ(Gap(), 2.0f);
 	EXPECT_NE(Dump().find('{'), std::string::npos);
+	// Less room above the prompt than five rows want.
+	PressKey("CTRL+A");
+	TypeKeys("@c");
+	Resize(900, 240);
+	PumpFrame();
+	EXPECT_EQ(Gap(), 2.0f);
+	EXPECT_LT(GetRect(*Window->FileSearchDropdown).Height(), 140.0f);
+	PressKey("Up");
+	PumpFrame();
+	EXPECT_TRUE(IsShown(FindByText(Utf8(Window->FileSearchDropdown->ListItems.Last()->Entry.DisplayPath)))) << "the selected one is in view";
 }
 
 TEST_F(FChatWindowFileSearchTest, AFileThatIsGoneIsAttachedAllTheSame)
@@ -313,6 +323,17 @@ TEST_F(FChatWindowFileSearchTest, PlacesAndIndexesMapOntoEachOther)
 	{
 		EXPECT_EQ(SChatWindow::TextLocationToLinearIndexForTests(Case.Text, Case.Location), Case.Index)
 			<< Utf8(Case.Text) << " " << Case.Location.GetLineIndex() << ":" << Case.Location.GetOffset();
+	}
+	// Lines of about the length that is looked through at once.
+	for (const int32 Length : { 255, 256, 257, 511, 512, 513, 1000 })
+	{
+		const FString Line = FString::ChrN(Length, TEXT('x')) + TEXT("\n");
+		const FString Text = Line + Line + TEXT("end");
+		const auto ToLinear = [&Text](int32 LineIndex, int32 Offset) { return SChatWindow::TextLocationToLinearIndexForTests(Text, FTextLocation(LineIndex, Offset)); };
+		EXPECT_EQ(ToLinear(1, Length - 1), Line.Len() + Length - 1);
+		EXPECT_EQ(ToLinear(1, Length), Line.Len() + Length);
+		EXPECT_EQ(ToLinear(1, Length + 1), Text.Len()) << "beyond its line";
+		EXPECT_EQ(ToLinear(2, 2), 2 * Line.Len() + 2);
 	}
 	const FCase ToLocation[] = {
 		{ TEXT(""), FTextLocation(0, 0), 5 },

@@ -1,6 +1,7 @@
 #include "FileSearchProject.h"
 #include "VelmoraWidgetTest.h"
 
+#include "FileCache/ProjectFileMonitor.h"
 #include "FileSearch/FileSearchViewModel.h"
 #include "Styling/AppStyle.h"
 #include "Widgets/Layout/SBox.h"
@@ -173,12 +174,7 @@ namespace
 
 TEST_F(FFileSearchDropdownTest, SaysWhatTheIndexIsDoing)
 {
-	std::vector<std::string> Files;
-	for (int Index = 0; Index < 4000; ++Index)
-	{
-		Files.push_back("d" + std::to_string(Index / 100) + "/wolf" + std::to_string(Index) + ".h");
-	}
-	const FFileSearchProject Project(Files);
+	const FFileSearchProject Project({ "d/wolf1.h", "d/wolf3999.h" });
 	const FFreshFileCache Fresh;
 	ShowDropdown();
 	EXPECT_EQ(VisibleTexts(), (FTextList{ "File index not ready" })) << "whatever the query";
@@ -187,17 +183,11 @@ TEST_F(FFileSearchDropdownTest, SaysWhatTheIndexIsDoing)
 	EXPECT_EQ(VisibleTexts(), (FTextList{ "File index not ready" }));
 
 	Velmora::FProjectFileCache& Cache = Velmora::FProjectFileCache::Get();
-	Cache.StartIndexing();
+	// A true scan of so few files may be over before the frame.
+	Cache.Monitor->bIsRunning = true;
 	PumpFrame();
-	const FTextList Texts = VisibleTexts();
-	if (Cache.IsIndexing())
-	{
-		EXPECT_EQ(Texts, (FTextList{ "Indexing files..." }));
-	}
-	else
-	{
-		ADD_FAILURE() << "the scan of 4000 files took less than a frame";
-	}
+	EXPECT_EQ(VisibleTexts(), (FTextList{ "Indexing files..." }));
+	Cache.Monitor->bIsRunning = false;
 	Project.Rescan();
 	PumpFrame();
 	EXPECT_EQ(VisibleTexts(), (FTextList{ "No files found" })) << "until a different query comes";

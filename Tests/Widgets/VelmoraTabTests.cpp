@@ -2,6 +2,7 @@
 
 #include "Companions/TemporaryProject.h"
 #include "Framework/Docking/TabManager.h"
+#include "Host/HostLevelEditor.h"
 #include "Host/HostModules.h"
 #include "Host/HostPaths.h"
 #include "Host/HostServices.h"
@@ -359,11 +360,13 @@ TEST_F(FTabShellTest, TheGearOpensTheSettingsWhereThereAreAny)
 	FSettingsRecorder::Calls.clear();
 	FHostModules::Register("Settings", []() -> TUniquePtr<IModuleInterface> { return MakeUnique<FSettingsRecorder>(); });
 	FModuleManager::Get().LoadModule("Settings");
+	FHostLevelEditor::Install();
 	FModuleManager::Get().LoadModule("VelmoraUI");
 	ShowShell();
 	Click(FindByToolTip(GearToolTip));
 	CloseTab();
 	FModuleManager::Get().UnloadModule("VelmoraUI");
+	FModuleManager::Get().UnloadModule("LevelEditor");
 	FModuleManager::Get().UnloadModule("Settings");
 	FHostModules::Unregister("Settings");
 	EXPECT_EQ(FSettingsRecorder::Calls, (std::vector<std::string>{
@@ -379,6 +382,7 @@ TEST_F(FVelmoraModuleTest, TheModuleOffersItsTabWhileItIsLoaded)
 {
 	FVelmoraUIStyles::Shutdown();
 	const FTemporaryProject Project;
+	FHostLevelEditor::Install();
 	ASSERT_NE(FModuleManager::Get().LoadModule("VelmoraUI"), nullptr);
 	EXPECT_NE(FSlateStyleRegistry::FindSlateStyle(FVelmoraUIStyles::GetStyleSetName()), nullptr);
 	TSharedPtr<SDockTab> Opened = FGlobalTabmanager::Get()->TryInvokeTab(FTabId(SVelmoraTab::GetTabName()));
@@ -389,6 +393,7 @@ TEST_F(FVelmoraModuleTest, TheModuleOffersItsTabWhileItIsLoaded)
 	Opened.Reset();
 
 	FModuleManager::Get().UnloadModule("VelmoraUI");
+	FModuleManager::Get().UnloadModule("LevelEditor");
 	EXPECT_EQ(FSlateStyleRegistry::FindSlateStyle(FVelmoraUIStyles::GetStyleSetName()), nullptr);
 	EXPECT_FALSE(FGlobalTabmanager::Get()->TryInvokeTab(FTabId(SVelmoraTab::GetTabName())).IsValid());
 }

@@ -1,0 +1,298 @@
+#include "Desktop/ProgramDriver.h"
+#include "Support/UiDriver.h"
+
+#include "Companions/TemporaryProject.h"
+#include "Framework/Docking/TabManager.h"
+#include "Host/CodeIndexControl.h"
+#include "Host/HostLevelEditor.h"
+#include "Host/HostLog.h"
+#include "Host/HostModules.h"
+#include "Host/HostTasks.h"
+#include "Logging/LogMacros.h"
+#include "Modules/ModuleManager.h"
+#include "OutputLog.h"
+#include "SEditorFrame.h"
+#include "SOutputLog.h"
+#include "Widgets/Input/SEditableTextBox.h"
+#include "Widgets/Views/SListView.h"
+
+#include <algorithm>
+#include <chrono>
+#include <fstream>
+
+DEFINE_LOG_CATEGORY_STATIC(LogFrameTest, Log, All);
+
+/** The frame with the module in it, in a window of the test's own. */
+class FEditorFrameTest : public FWidgetTest
+{
+protected:
+	void SetUp() override
+	{
+		FWidgetTest::SetUp();
+		FHostLevelEditor::Install();
+		Log = MakeShared<FOutputLog>();
+		Frame = SNew(SEditorFrame, Log.ToSharedRef());
+		FGlobalTabmanager::Get()->SetDockArea(Frame->GetDockArea());
+		ASSERT_NE(FModuleManager::Get().LoadModule("VelmoraUI"), nullptr);
+		Velmora::CodeIntel::FCodeIndexOptions Options;
+		Options.ProjectFolder = UTF8_TO_TCHAR(Project.Root.c_str());
+		Options.ProjectIndexPath = UTF8_TO_TCHAR((Project.Root.native() + "-index.db").c_str());
+		Options.EngineIndexPath = UTF8_TO_TCHAR((Project.Root.native() + "-engine.db").c_str());
+		Velmora::CodeIntel::FCodeIndexControl::Initialize(Options);
+		EXPECT_TRUE(FHostTasks::WaitForBackground(30.0));
+		Show(Frame.ToSharedRef());
+	}
+
+	void TearDown() override
+	{
+		App().DismissAllMenus();
+		Velmora::CodeIntel::FCodeIndexControl::Shutdown();
+		FGlobalTabmanager::Get()->CloseAllTabs();
+		FGlobalTabmanager::Get()->SetDockArea(nullptr);
+		App().SetRootContent(SNullWidget::NullWidget);
+		Frame.Reset();
+		for (const char* Name : { "VelmoraUI", "LevelEditor" })
+		{
+			FModuleManager::Get().UnloadModule(Name);
+		}
+		FHostModules::Unregister("LevelEditor");
+		FHostTasks::WaitForBackground(30.0);
+		FHostTasks::RunGameThreadTasks();
+		FWidgetTest::TearDown();
+	}
+
+	/** The colour in which the words of a widget are painted, as RRGGBB. */
+	static std::string PaintedColor(const std::string& Text)
+	{
+		const FSlateRect Place = GetRect(*FindByText(Text));
+		for (const FSlateDrawElement& Element : App().GetLastElements().GetElements())
+		{
+			const FVector2D Pen(Element.Rect.Left + 1.0, Element.Rect.Top - 1.0);
+			if (Element.Type == ESlateDrawType::Glyphs && Place.ContainsPoint(Pen))
+			{
+				return Utf8(Element.Color.ToHex()).substr(0, 6);
+			}
+		}
+		return "";
+	}
+
+	FTemporaryProject Project;
+	TSharedPtr<FOutputLog> Log;
+	TSharedPtr<SEditorFrame> Frame;
+};
+
+TEST_F(FEditorFrameTest, TheIndexMenuIsOpenedWithTheMouseAndPaintsWhatCanBeDone)
+{
+	Click(FindByText("Tools"));
+	Hover(FindByText("Code Index"));
+	PumpSeconds(0.3);
+	MoveMouse(FVector2D(900, 700));
+	const std::pair<const char*, const char*> Painted[] = {
+		{ "PROJECT INDEX", "808896" },
+		{ "Rebuild Project Index", "E6E6E6" },
+		{ "Compact Project Index", "E6E6E6" },
+		{ "Reconcile Project Index", "6B7280" },
+		{ "Rebuild Engine Index", "6B7280" },
+		{ "Clear Engine Index", "6B7280" },
+		{ "View Index Status", "E6E6E6" },
+		{ "Code Index Settings...", "E6E6E6" },
+	};
+	for (const auto& [Label, Color] : Painted)
+	{
+		EXPECT_EQ(PaintedColor(Label), Color) << Label;
+	}
+	Hover(FindByText("View Index Status"));
+	EXPECT_EQ(PaintedColor("View Index Status"), "FFFFFF");
+	// The index of the settings can be used no more, and the open menu says so.
+	Velmora::CodeIntel::FCodeIndexControl::Shutdown();
+	PumpFrame();
+	EXPECT_EQ(PaintedColor("Rebuild Project Index"), "6B7280");
+}
+
+TEST_F(FEditorFrameTest, TabsAreClosedAndOpenedAgainByTheMenu)
+{
+	Click(FindByText("Window"));
+	Click(FindByText("Output Log"));
+	EXPECT_TRUE(IsShown(FindByTag("LogList")));
+	Click(FindByText("Window"));
+	Click(FindByText("Velmora AI"));
+	PumpFrame();
+	EXPECT_EQ(Frame->GetDockArea()->GetTabs().Num(), 2);
+	EXPECT_TRUE(IsShown(FindByTag("InputTextBox")));
+	for (int32 Left = 1; Left >= 0; --Left)
+	{
+		Click(FindByText("Window"));
+		Click(FindByText("Close Tab"));
+		PumpFrame();
+		EXPECT_EQ(Frame->GetDockArea()->GetTabs().Num(), Left);
+	}
+	Click(FindByText("Window"));
+	EXPECT_FALSE(FWidgetFinder::IsEnabledInTree(*FindByText("Close Tab")));
+	PressKey("Escape");
+	Click(FindByText("Tools"));
+	Click(FindByText("Velmora AI"));
+	PumpFrame();
+	EXPECT_TRUE(IsShown(FindByTag("InputTextBox")));
+}
+
+TEST_F(FEditorFrameTest, TheEditMenuWorksOnTheTextBefore)
+{
+	FGlobalTabmanager::Get()->TryInvokeTab(FTabId(SEditorFrame::GetLogTabName()));
+	PumpFrame();
+	const TSharedRef<SEditableTextBox> Box = StaticCastSharedRef<SEditableTextBox>(FindByTag("ConsoleInput"));
+	App().SetKeyboardFocus(Box);
+	TypeText("some words");
+	Click(FindByText("Edit"));
+	EXPECT_FALSE(FWidgetFinder::IsEnabledInTree(*FindByText("Copy"))) << "nothing is selected";
+	Click(FindByText("Select All"));
+	EXPECT_TRUE(Box->HasKeyboardFocus());
+	Click(FindByText("Edit"));
+	Click(FindByText("Cut"));
+	EXPECT_EQ(Utf8(Box->GetText()), "");
+	Click(FindByText("Edit"));
+	Click(FindByText("Paste"));
+	Click(FindByText("Edit"));
+	Click(FindByText("Paste"));
+	EXPECT_EQ(Utf8(Box->GetText()), "some wordssome words");
+	Click(FindByText("Edit"));
+	Click(FindByText("Undo"));
+	EXPECT_EQ(Utf8(Box->GetText()), "some words");
+}
+
+TEST_F(FEditorFrameTest, TheConsoleReadsSetsAndCompletes)
+{
+	FGlobalTabmanager::Get()->TryInvokeTab(FTabId(SEditorFrame::GetLogTabName()));
+	PumpFrame();
+	const TSharedRef<SEditableTextBox> Box = StaticCastSharedRef<SEditableTextBox>(FindByTag("ConsoleInput"));
+	App().SetKeyboardFocus(Box);
+	Log->Clear();
+	TypeText("velmora.Conv");
+	PressKey("Tab");
+	EXPECT_EQ(Utf8(Box->GetText()), "velmora.ConversationHistoryRefresh.ForceSync ");
+	TypeText("maybe\n");
+	TypeText("nothing.there\n");
+	PressKey("Up");
+	PressKey("Up");
+	EXPECT_EQ(Utf8(Box->GetText()), "velmora.ConversationHistoryRefresh.ForceSync maybe");
+	PressKey("Down");
+	PressKey("Down");
+	EXPECT_EQ(Utf8(Box->GetText()), "");
+	std::vector<std::string> Lines;
+	for (const TSharedPtr<const FOutputLogLine>& Line : Log->GetLines())
+	{
+		Lines.push_back((Line->Verbosity == ELogVerbosity::Error ? "! " : "") + Utf8(Line->Text));
+	}
+	EXPECT_EQ(Lines, (std::vector<std::string>{ "> velmora.ConversationHistoryRefresh.ForceSync maybe", "! velmora.ConversationHistoryRefresh.ForceSync takes a whole number, not \"maybe\".", "> nothing.there",
+						 "! There is no console variable or command \"nothing.there\"." }));
+}
+
+TEST_F(FEditorFrameTest, TheLogIsBoundedFilteredAndFollowed)
+{
+	FHostLog::SetStderrVerbosity(ELogVerbosity::NoLogging);
+	FGlobalTabmanager::Get()->TryInvokeTab(FTabId(SEditorFrame::GetLogTabName()));
+	PumpFrame();
+	const TSharedRef<SOutputLog> View = FindOne<SOutputLog>("SOutputLog");
+	UE_LOG(LogFrameTest, Warning, TEXT("Look\nout"));
+	UE_LOG(LogFrameTest, Display, TEXT("%s"), *FString::ChrN(5000, TEXT('x')));
+	PumpFrame();
+	PumpFrame();
+	const FTextList Texts = VisibleTexts();
+	EXPECT_NE(std::find(Texts.begin(), Texts.end(), "LogFrameTest: Warning: Look"), Texts.end());
+	EXPECT_EQ(PaintedColor("    out"), "F3DA7C");
+	EXPECT_TRUE(Contains(Utf8(Log->GetLines().Last()->Text), "(1000 more characters)"));
+
+	Log->Clear();
+	for (int32 Number = 0; Number < FOutputLog::MaxLines + 5; ++Number)
+	{
+		Log->Add(FString::Printf(TEXT("Line %d"), Number), ELogVerbosity::Log);
+	}
+	EXPECT_LE(Log->GetLines().Num(), FOutputLog::MaxLines);
+	EXPECT_GE(Log->GetLines().Num(), FOutputLog::MaxLines * 9 / 10);
+	PumpFrame();
+	const auto Begin = std::chrono::steady_clock::now();
+	PumpFrame();
+	const double Frame100000 = std::chrono::duration<double>(std::chrono::steady_clock::now() - Begin).count();
+	EXPECT_LT(Frame100000, 1.0) << "a guard only";
+	EXPECT_TRUE(IsShown(FindByText("Line 100004"))) << "the end is in view";
+	EXPECT_LT(View->List->GetNumGeneratedChildren(), 100);
+
+	// Scrolled away, it stays where the user reads.
+	Scroll(View->List.ToSharedRef(), 20.0f);
+	PumpFrame();
+	Log->Add(TEXT("One more"), ELogVerbosity::Log);
+	PumpFrame();
+	PumpFrame();
+	EXPECT_TRUE(FWidgetFinder::FindByText(TEXT("One more")).IsEmpty());
+
+	App().SetKeyboardFocus(FindByTag("LogFilter"));
+	TypeText("LINE 99999");
+	PumpSeconds(0.5);
+	EXPECT_EQ(View->Matching.Num(), 1) << "letter case does not matter";
+	Log->Add(TEXT("another line 99999"), ELogVerbosity::Log);
+	PumpFrame();
+	PumpFrame();
+	EXPECT_TRUE(IsShown(FindByText("another line 99999")));
+	Click(FindByText("Clear Log"));
+	PumpFrame();
+	EXPECT_EQ(View->Matching.Num(), 0);
+	FHostLog::SetStderrVerbosity(ELogVerbosity::Warning);
+}
+
+TEST(EditorFrameRun, AScriptOpensMenusReadsThemAndBringsTheTabBack)
+{
+	const FRandomProject Project;
+	Project.Write("run.txt",
+		"wait idle 30\nclick Tools\nclick Code Index\ndump menu.json\nkey ESC\nkey ESC\nclose-tab\nclick Tools\nclick Velmora AI\ntick 5\n"
+		"click #InputTextBox\ntype hello\nclick Window\nclick Output Log\nclick #ConsoleInput\ntype list\\n\ntick 5\nmove > list\ndump end.json\n");
+	const FRun Run = RunProgram({ "--headless", "--project", Project.Folder.string(), "--now", "2026-01-31T12:00:00", "--script", "run.txt", "--set", "velmora.conversationhistoryrefresh.forcesync=1" }, "", Project.OutFolder.string());
+	EXPECT_EQ(Run.ExitCode, 0) << Run.Error;
+	std::string Menu = ReadFile(Project.Path("menu.json"));
+	std::erase_if(Menu, [](char Char) { return Char == '\n' || Char == '\r' || Char == '\t'; });
+	EXPECT_TRUE(Contains(Menu, "{\"label\": \"Rebuild Project Index\",\"enabled\": true}")) << Menu;
+	EXPECT_TRUE(Contains(Menu, "{\"label\": \"Clear Engine Index\",\"enabled\": false}")) << Menu;
+}
+
+TEST(EditorFrameRun, WrongVariablesAreWrongUsage)
+{
+	const FRandomProject Project;
+	const std::pair<const char*, const char*> Cases[] = {
+		{ "nothing.there=1", "There is no console variable or command \"nothing.there\"." },
+		{ "velmora.ConversationHistoryRefresh.ForceSync=maybe", "velmora.ConversationHistoryRefresh.ForceSync takes a whole number, not \"maybe\"." },
+		{ "=1", "--set wants NAME=VALUE, not \"=1\"." },
+		{ "name", "--set wants NAME=VALUE, not \"name\"." },
+	};
+	for (const auto& [Value, Complaint] : Cases)
+	{
+		const FRun Run = RunProgram({ "--headless", "--project", Project.Folder.string(), "--set", Value, "--dump", "never.json" }, "", Project.OutFolder.string());
+		EXPECT_EQ(Run.ExitCode, 2) << Value;
+		EXPECT_TRUE(Contains(Run.Error, Complaint)) << Run.Error;
+		EXPECT_EQ(ReadFile(Project.Path("never.json")), "");
+	}
+}
+
+TEST(EditorFrameRun, EndsSoonInTheMiddleOfAnything)
+{
+	const FRandomProject Project;
+	// Enough files that a build and a scan are under way when the end comes.
+	for (int Index = 0; Index < 3000; ++Index)
+	{
+		std::filesystem::create_directories(Project.Folder / ("Many" + std::to_string(Index % 50)));
+		std::ofstream(Project.Folder / ("Many" + std::to_string(Index % 50)) / ("File" + std::to_string(Index) + ".cpp")) << "int Value" << Index << ";\n";
+	}
+	const char* const Scripts[] = {
+		"quit\n",
+		"click Tools\nquit\n",
+		"click Tools\nclick Code Index\nclick Rebuild Project Index\ntick 2\nquit\n",
+		"click #InputTextBox\ntype find Value2999\nkey CTRL+ENTER\ntick 3\nquit\n",
+	};
+	for (const char* Script : Scripts)
+	{
+		SCOPED_TRACE(Script);
+		Project.Write("run.txt", Script);
+		const auto Begin = std::chrono::steady_clock::now();
+		const FRun Run = RunProgram({ "--headless", "--project", Project.Folder.string(), "--script", "run.txt" }, "", Project.OutFolder.string());
+		EXPECT_EQ(Run.ExitCode, 0) << Run.Error;
+		// Start, steps and end together; a build of all files alone would take longer than that on a slow machine.
+		EXPECT_LT(std::chrono::duration<double>(std::chrono::steady_clock::now() - Begin).count(), 10.0);
+	}
+}

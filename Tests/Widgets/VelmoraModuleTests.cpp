@@ -1,0 +1,129 @@
+#include "CodeIntelModuleTest.h"
+
+#include "Framework/MultiBox/MultiBoxBuilder.h"
+#include "Host/HostEditor.h"
+#include "Styling/SlateStyleRegistry.h"
+#include "Widgets/Docking/SDockTab.h"
+#include "Widgets/SIndexProgressWidget.h"
+#include "Widgets/SVelmoraTab.h"
+#include "WorkspaceMenuStructure.h"
+#include "WorkspaceMenuStructureModule.h"
+
+/** What the module does while it is loaded, second by second. */
+class FVelmoraModuleWatchTest : public FCodeIntelModuleTest
+{
+protected:
+	/** A build that somebody else has started, and that goes on until Go. */
+	void BeginBuild()
+	{
+		HoldBuilds();
+		Start();
+		Builder = std::thread([] { Manager().RebuildIndex(true); });
+		ASSERT_TRUE(WaitUntil([] { return Manager().IsBuilding(); }));
+	}
+
+	void EndBuild()
+	{
+		Go();
+		Builder.join();
+		Settle();
+	}
+
+	std::thread Builder;
+};
+
+TEST_F(FVelmoraModuleWatchTest, ItTellsOfBuildsThatItDidNotStart)
+{
+	FVelmoraModule& Watched = Module();
+	Watched.Poll(1.0f);
+	EXPECT_FALSE(Watched.ProgressWidget.IsValid()) << "made at the first build";
+	BeginBuild();
+	EXPECT_TRUE(Watched.Poll(1.0f));
+	EXPECT_EQ(TakeToasts(), FTextList{ "[1] Building code intelligence index..." });
+	ASSERT_TRUE(Watched.ProgressWidget.IsValid());
+	EXPECT_TRUE(Watched.bProgressVisible);
+	Watched.Poll(1.0f);
+	EXPECT_EQ(TakeToasts(), FTextList());
+
+	EndBuild();
+	Watched.Poll(1.0f);
+	const FTextList Toasts = TakeToasts();
+	ASSERT_EQ(Toasts.size(), 1u);
+	EXPECT_TRUE(Toasts[0].starts_with("[2] Code index ready! (0 symbols, ")) << Toasts[0];
+	const std::string Told = DumpKey(Watched.ProgressWidget->GetCompletionMessage());
+	EXPECT_TRUE(Told.starts_with("FVelmoraModule,BuildSuccessMsg: Successfully indexed 0 symbols in ") || Told.starts_with("-,-: Successfully indexed 0 symbols in ")) << Told;
+	EXPECT_TRUE(Watched.bProgressVisible && Watched.bHidePending);
+	EXPECT_FLOAT_EQ(Watched.HideCountdown, 2.0f) << "the poll that saw the end counts, too";
+	Watched.Poll(1.5f);
+	EXPECT_TRUE(Watched.bProgressVisible);
+	Watched.Poll(0.5f);
+	EXPECT_FALSE(Watched.bProgressVisible || Watched.bHidePending);
+	Watched.Poll(1.0f);
+	EXPECT_EQ(TakeToasts(), FTextList());
+}
+
+TEST_F(FVelmoraModuleWatchTest, ABuildThatLeavesNoIndexHasFailed)
+{
+	FVelmoraModule& Watched = Module();
+	BeginBuild();
+	Watched.Poll(1.0f);
+	FControl::Shutdown();
+	Builder.join();
+	TakeToasts();
+	Watched.Poll(1.0f);
+	EXPECT_EQ(TakeToasts(), FTextList{ Failed("Index build failed - check log for details") });
+	EXPECT_EQ(DumpKey(Watched.ProgressWidget->GetCompletionMessage()), "FVelmoraModule,BuildFailedMsg: Index build failed - see log for details");
+}
+
+TEST_F(FVelmoraModuleWatchTest, TheTickerPollsOnceASecond)
+{
+	BeginBuild();
+	PumpSeconds(0.9);
+	EXPECT_EQ(TakeToasts(), FTextList()) << "the first look comes after a second";
+	PumpSeconds(0.2);
+	EXPECT_EQ(TakeToasts(), FTextList{ "[1] Building code intelligence index..." }) << "a build that ran already counts as a start";
+	EndBuild();
+}
+
+TEST_F(FVelmoraModuleWatchTest, ItTakesDownWhatItPutUp)
+{
+	const TArray<TSharedRef<FTabSpawnerEntry>> Spawners = FGlobalTabmanager::Get()->GetSpawners();
+	const FTabSpawnerEntry* Entry = nullptr;
+	for (const TSharedRef<FTabSpawnerEntry>& Spawner : Spawners)
+	{
+		Entry = Spawner->GetTabType() == SVelmoraTab::GetTabName() ? &*Spawner : Entry;
+	}
+	ASSERT_NE(Entry, nullptr);
+	EXPECT_EQ(DumpKey(Entry->GetDisplayName()), "FVelmoraModule,VelmoraTabTitle: Velmora AI");
+	EXPECT_EQ(DumpKey(Entry->GetTooltipText()), "FVelmoraModule,VelmoraTabTooltip: Open Velmora AI Assistant");
+	EXPECT_EQ(Entry->GetIcon().GetStyleName(), FName("Logo_App_20"));
+	EXPECT_EQ(Entry->GetIcon().GetStyleSetName(), FVelmoraUIStyles::GetStyleSetName());
+	EXPECT_TRUE(WorkspaceMenu::GetMenuStructure().GetToolsCategory()->GetChildItems().ContainsByPredicate([Entry](const TSharedRef<FWorkspaceItem>& Item) { return &*Item == Entry; }));
+
+	// The section, as the menu shows it.
+	FMenuBuilder Builder(true, nullptr, FHostLevelEditor::GetMenuExtenders());
+	Builder.BeginSection("Programming", INVTEXT("Programming"));
+	Builder.EndSection();
+	App().PushMenu(Root, Builder.MakeWidget(), FSlateRect(10, 10, 20, 20), MenuPlacement_BelowAnchor, true);
+	PumpFrame();
+	EXPECT_EQ(VisibleTexts(), (FTextList{ "VELMORA AI", "Velmora AI", "Code Index" }));
+	EXPECT_TRUE(IsShown(FindByToolTip("Open Velmora AI Assistant")) && IsShown(FindByToolTip("Code intelligence index operations")));
+	Click(FindByText("Velmora AI"));
+	const TSharedPtr<SDockTab> Tab = FGlobalTabmanager::Get()->FindExistingLiveTab(FTabId(SVelmoraTab::GetTabName()));
+	ASSERT_TRUE(Tab.IsValid());
+	EXPECT_EQ(Tab->GetTabRole(), ETabRole::NomadTab);
+	Tab->RequestCloseTab();
+
+	FModuleManager::Get().UnloadModule("VelmoraUI");
+	EXPECT_FALSE(FCodeIntelCommands::IsRegistered());
+	EXPECT_FALSE(FGlobalTabmanager::Get()->HasTabSpawner(SVelmoraTab::GetTabName()));
+	EXPECT_EQ(FSlateStyleRegistry::FindSlateStyle(FVelmoraUIStyles::GetStyleSetName()), nullptr);
+	FMenuBuilder After(true, nullptr, FHostLevelEditor::GetMenuExtenders());
+	After.BeginSection("Programming", INVTEXT("Programming"));
+	After.EndSection();
+	App().PushMenu(Root, After.MakeWidget(), FSlateRect(10, 10, 20, 20), MenuPlacement_BelowAnchor, true);
+	PumpFrame();
+	EXPECT_EQ(VisibleTexts(), FTextList());
+	App().DismissAllMenus();
+	ASSERT_NE(FModuleManager::Get().LoadModule("VelmoraUI"), nullptr) << "and comes back";
+}
