@@ -39,6 +39,7 @@
 #include "UObject/UObjectGlobals.h"
 #include "ViewModels/ChatViewModel.h"
 #include "Widgets/Docking/SDockTab.h"
+#include "Widgets/Input/SMultiLineEditableTextBox.h"
 #include "Widgets/SVelmoraTab.h"
 
 namespace
@@ -234,6 +235,7 @@ void FDesktopProgram::StartCodeIndex()
 	Velmora::CodeIntel::FCodeIndexOptions Wanted;
 	Wanted.ProjectFolder = Velmora::GetProjectFolder();
 	Wanted.ProjectIndexPath = Location.Folder / (Location.ProjectName + TEXT(".index.db"));
+	Wanted.FindEngineFolder = [] { return GetDefault<UVelmoraSettings>()->EngineSourceFolder; };
 	Wanted.EngineIndexPath = Location.Folder / TEXT("engine.index.db");
 	// Nothing that ends by itself shall wait for a build, nor show one that was not asked for.
 	Wanted.bBuildWhenMissing = bHasDisplay && !Options.HasAction();
@@ -268,6 +270,14 @@ void FDesktopProgram::CloseTab()
 void FDesktopProgram::FocusPrompt()
 {
 	FSlateApplication::Get().SetKeyboardFocus(FWidgetFinder::FindByTag(TEXT("InputTextBox")), EFocusCause::SetDirectly);
+}
+
+void FDesktopProgram::ClearPrompt()
+{
+	if (const TSharedPtr<SWidget> Box = FWidgetFinder::FindByTag(TEXT("InputTextBox")))
+	{
+		StaticCastSharedPtr<SMultiLineEditableTextBox>(Box)->SetText(FText::GetEmpty());
+	}
 }
 
 TSharedPtr<const FChatViewModel> FDesktopProgram::GetViewModel() const
@@ -476,6 +486,8 @@ int32 FDesktopProgram::RunLines()
 		}
 		if (!Line.TrimStartAndEnd().IsEmpty())
 		{
+			// One that was refused stands in the box still, and would go out in place of this one.
+			ClearPrompt();
 			bAllAnswered = Answer(Line) && bAllAnswered;
 		}
 		Line.Reset();

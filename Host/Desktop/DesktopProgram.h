@@ -46,6 +46,7 @@ private:
 	int32 RunActions();
 	int32 RunWindow();
 	int32 RunLines();
+	void ClearPrompt();
 	/** Types a text into the tab's own box, sends it and waits for the end of the turn. False after telling why. */
 	bool Answer(const FString& Prompt);
 	bool WriteOutputs();

@@ -29,7 +29,7 @@ protected:
 		std::filesystem::create_directories(Folder);
 		Options.ProjectFolder = Text(Project.Root.native());
 		Options.ProjectIndexPath = Text(GetIndexPath());
-		Options.EngineFolder = Text((Folder / "engine").native());
+		Options.FindEngineFolder = [Engine = Text((Folder / "engine").native())] { return Engine; };
 		Options.EngineIndexPath = Text((Folder / "engine.index.db").native());
 		FControl::SetProblemHandler([this](const FString& Sentence)
 		{

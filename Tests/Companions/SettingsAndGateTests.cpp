@@ -23,10 +23,11 @@ TEST(SettingsTests, ValuesSurviveSavingAndLoading)
 	Settings->CurrentAreaOfFocus = TEXT("two");
 	Settings->GuidelinesAndTips = TEXT("three");
 	Settings->Constraints = TEXT("");
+	Settings->EngineSourceFolder = TEXT("/opt/engine source");
 	Settings->SaveConfig();
 	Settings->DefaultConversationMode = 2;
 	Settings->bIncludeEngineSource = false;
-	for (FString* Field : { &Settings->ProjectDescription, &Settings->CurrentAreaOfFocus, &Settings->GuidelinesAndTips, &Settings->Constraints })
+	for (FString* Field : { &Settings->ProjectDescription, &Settings->CurrentAreaOfFocus, &Settings->GuidelinesAndTips, &Settings->Constraints, &Settings->EngineSourceFolder })
 	{
 		*Field = TEXT("changed");
 	}
@@ -37,6 +38,7 @@ TEST(SettingsTests, ValuesSurviveSavingAndLoading)
 	EXPECT_EQ(Utf8(Settings->CurrentAreaOfFocus), "two");
 	EXPECT_EQ(Utf8(Settings->GuidelinesAndTips), "three");
 	EXPECT_EQ(Utf8(Settings->Constraints), "");
+	EXPECT_EQ(Utf8(Settings->EngineSourceFolder), "/opt/engine source");
 }
 
 TEST(SettingsTests, AnUnknownModeMeansGeneral)

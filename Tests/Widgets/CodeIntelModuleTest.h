@@ -40,7 +40,7 @@ protected:
 		std::filesystem::create_directories(Folder);
 		Options.ProjectFolder = UTF8_TO_TCHAR(Project.Root.c_str());
 		Options.ProjectIndexPath = UTF8_TO_TCHAR((Folder / "project.db").c_str());
-		Options.EngineFolder = UTF8_TO_TCHAR((Folder / "engine").c_str());
+		Options.FindEngineFolder = [Engine = FString(UTF8_TO_TCHAR((Folder / "engine").c_str()))] { return Engine; };
 		Options.EngineIndexPath = UTF8_TO_TCHAR((Folder / "engine.db").c_str());
 		std::filesystem::create_directories(Folder / "engine");
 		std::ofstream(Folder / "engine" / "Core.cpp") << "int CoreValue;\n";

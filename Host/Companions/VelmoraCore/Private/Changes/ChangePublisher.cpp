@@ -6,7 +6,9 @@
 #include "History/AssetHistoryTracker.h"
 #include "History/FileHistoryTracker.h"
 #include "Host/HostFileNames.h"
+#include "Misc/DateTime.h"
 #include "Misc/Paths.h"
+#include "Misc/Timespan.h"
 
 namespace Velmora
 {
@@ -31,6 +33,19 @@ namespace Velmora
 			const std::string Base = HostFileNameToBytes(FPaths::ConvertRelativePathToFull(FString(TEXT("."))));
 			return (std::filesystem::path(Change.Root) / Change.Path).lexically_relative(Base).native();
 		}
+
+		/** Now, and later than any change before: of two at one moment, readers of the tracker could not tell which was the last. */
+		FDateTime TakeTime()
+		{
+			static FDateTime Last(0);
+			FDateTime Time = FDateTime::Now();
+			if (Time <= Last && Last - Time < FTimespan::FromSeconds(1.0))
+			{
+				Time = Last + FTimespan(1);
+			}
+			Last = Time;
+			return Time;
+		}
 	}
 
 	void PublishToTrackers(const std::vector<FPerformedChange>& Changes)
@@ -40,13 +55,14 @@ namespace Velmora
 			const FString ConversationId = HostFileNameFromBytes(Change.ConversationId);
 			const FString Group = HostFileNameFromBytes(Change.TransactionId);
 			const std::string AssetPath = GetAssetPath(Change.Path);
+			const FDateTime Time = TakeTime();
 			if (AssetPath.empty())
 			{
-				FFileHistoryTracker::Get().AddOperation(ConversationId, Group, { HostFileNameFromBytes(GetRelativePath(Change)), static_cast<uint8>(Change.Action), FDateTime::Now() });
+				FFileHistoryTracker::Get().AddOperation(ConversationId, Group, { HostFileNameFromBytes(GetRelativePath(Change)), static_cast<uint8>(Change.Action), Time });
 			}
 			else
 			{
-				FAssetHistoryTracker::Get().AddOperation(ConversationId, Group, { HostFileNameFromBytes(AssetPath), static_cast<uint8>(Change.Action), FDateTime::Now() });
+				FAssetHistoryTracker::Get().AddOperation(ConversationId, Group, { HostFileNameFromBytes(AssetPath), static_cast<uint8>(Change.Action), Time });
 			}
 		}
 	}

@@ -25,6 +25,7 @@ void UVelmoraSettings::VisitConfigProperties(FHostConfigVisitor& Visitor)
 	Visitor.Property(TEXT("Constraints"), Constraints);
 	Visitor.Group(TEXT("Code Index"));
 	Visitor.Property(TEXT("bIncludeEngineSource"), bIncludeEngineSource);
+	Visitor.Property(TEXT("EngineSourceFolder"), EngineSourceFolder);
 }
 
 FString UVelmoraSettings::GetConfigName() const

@@ -22,6 +22,10 @@ public:
 	UPROPERTY(Config, EditAnywhere, Category = "Code Index")
 	bool bIncludeEngineSource = false;
 
+	/** Absolute folder of the engine source. Empty for the folder "Source" of the engine, if there is one. Read when its index is first asked for. */
+	UPROPERTY(Config, EditAnywhere, Category = "Code Index")
+	FString EngineSourceFolder;
+
 	/** Free text given to the agent in every conversation, as the three that follow. */
 	UPROPERTY(Config, EditAnywhere, Category = "Conversation")
 	FString ProjectDescription;

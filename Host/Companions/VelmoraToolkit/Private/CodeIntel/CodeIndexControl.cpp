@@ -71,7 +71,8 @@ namespace Velmora::CodeIntel
 
 		FString GetEngineFolder(const FCodeIndexOptions& Options)
 		{
-			return Options.EngineFolder.IsEmpty() ? FPaths::EngineDir() / TEXT("Source") : Options.EngineFolder;
+			const FString Folder = Options.FindEngineFolder ? Options.FindEngineFolder().TrimStartAndEnd() : FString();
+			return Folder.IsEmpty() ? FPaths::EngineDir() / TEXT("Source") : Folder;
 		}
 
 		std::shared_ptr<FCodeIndex> MakeIndex(const FCodeIndexOptions& Options, EIndexKind Kind)

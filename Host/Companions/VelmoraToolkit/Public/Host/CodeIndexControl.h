@@ -28,8 +28,8 @@ namespace Velmora::CodeIntel
 		/** The index of the project, a file of its own whose folder need not exist. The engine's likewise. */
 		FString ProjectIndexPath;
 
-		/** Empty for the engine's folder "Source", if there is one. */
-		FString EngineFolder;
+		/** Asked when the engine's index is made. Unset or empty for the engine's folder "Source", if there is one. */
+		TFunction<FString()> FindEngineFolder;
 		FString EngineIndexPath;
 		FExtractorOptions Extractor;
 
