@@ -263,6 +263,42 @@ TEST_F(FCodeIntelCommandTest, TheMenuHasItsEntriesAndGreysThemAtOnce)
 	EXPECT_TRUE(FGlobalTabmanager::Get()->FindExistingLiveTab(FTabId("ProjectSettings")).IsValid());
 }
 
+TEST_F(FCodeIntelCommandTest, EveryEntryOfTheMenuDoesItsWork)
+{
+	SetEngineIncluded(true);
+	Start();
+	const struct
+	{
+		const char* Label;
+		const char* LastToast;
+	} Rows[] = {
+		{ "Rebuild Project Index", "[2] Code index ready! (2 symbols, " },
+		{ "Rebuild Engine Index", "[2] Code index ready! (1 symbols, " },
+		{ "Reconcile Project Index", "[2] Index compacted (0.0 MB saved)" },
+		{ "Compact Project Index", "[2] Index compacted (" },
+		{ "Clear Engine Index", "[2] Index compacted (" },
+	};
+	for (const auto& Row : Rows)
+	{
+		OpenIndexMenu();
+		Click(FindByText(Row.Label));
+		EXPECT_FALSE(App().AnyMenusVisible()) << Row.Label;
+		Settle();
+		ASSERT_TRUE(WaitUntil([] { return Manager().IsReindexerRunning(); }));
+		const FTextList Toasts = TakeToasts();
+		ASSERT_FALSE(Toasts.empty()) << Row.Label;
+		EXPECT_TRUE(Toasts.back().starts_with(Row.LastToast)) << Row.Label << ": " << Toasts.back();
+	}
+	EXPECT_FALSE(Manager().IsEngineIndexReady());
+
+	// A grey entry takes no click.
+	SetEngineIncluded(false);
+	OpenIndexMenu();
+	Click(FindByText("Rebuild Engine Index"));
+	Settle();
+	EXPECT_EQ(TakeToasts(), FTextList());
+}
+
 TEST_F(FCodeIntelCommandTest, TheStatusStandsInAWindowThatClosesByItsButton)
 {
 	Start();
