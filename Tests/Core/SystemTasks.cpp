@@ -1,17 +1,24 @@
 #include "Async/Async.h"
 #include "HAL/PlatformProcess.h"
+#include "Host/HostLog.h"
 #include "Host/HostTasks.h"
+#include "Logging/LogMacros.h"
+#include "Misc/Paths.h"
 #include "Misc/Timespan.h"
 #include "Support/Base/Printers.h"
 
 #include <algorithm>
 #include <atomic>
+#include <cstdlib>
 #include <gtest/gtest.h>
 #include <memory>
 #include <set>
 #include <mutex>
 #include <string>
 #include <thread>
+#include <unistd.h>
+
+DEFINE_LOG_CATEGORY_STATIC(LogSystemTasks, Log, All);
 
 namespace
 {
@@ -26,6 +33,26 @@ namespace
 			FHostTasks::Shutdown();
 		}
 	};
+
+	/** Goes down after everything that the program has made since its start, like a thread that was left behind on a dead disk. */
+	struct FLeftBehind
+	{
+		~FLeftBehind()
+		{
+			for (int32 Count = 0; bArmed && Count < 5000; ++Count)
+			{
+				UE_LOG(LogSystemTasks, Log, TEXT("line %d of a thread that nobody waits for"), Count);
+				AsyncTask(ENamedThreads::GameThread, [Folder = FPaths::ConvertRelativePathToFull(TEXT("x"))] {});
+			}
+			if (bArmed && (!FHostTasks::HasPending() || Utf8(FHostLog::GetRecentLines().Last().Text) != "line 4999 of a thread that nobody waits for"))
+			{
+				_exit(3);
+			}
+		}
+		bool bArmed = false;
+	};
+
+	FLeftBehind LeftBehind;
 }
 
 TEST_F(SystemTasks, GameThreadTasksRunInOrder)
@@ -144,4 +171,18 @@ TEST_F(SystemTasks, WaitingHasALimitAndShutdownFinishesWhatWasBegun)
 	EXPECT_TRUE(bDone);
 	EXPECT_EQ(Held.use_count(), 1) << "what was left for the game thread is let go";
 	EXPECT_EQ(Async(EAsyncExecution::TaskGraph, [] { return 5; }).Get(), 5) << "a later task starts threads again";
+}
+
+TEST_F(SystemTasks, WhoIsLeftBehindMayLogAndPostWhileTheProcessGoesDown)
+{
+	GTEST_FLAG_SET(death_test_style, "threadsafe");
+	EXPECT_EXIT(
+		{
+			UE_LOG(LogSystemTasks, Log, TEXT("from here on there is a log"));
+			AsyncTask(ENamedThreads::GameThread, [] {});
+			FHostTasks::RunGameThreadTasks();
+			LeftBehind.bArmed = true;
+			std::exit(0);
+		},
+		::testing::ExitedWithCode(0), "");
 }

@@ -1,5 +1,6 @@
 #include "Host/ProjectFolder.h"
 
+#include <memory>
 #include <mutex>
 
 #include "Misc/Paths.h"
@@ -12,8 +13,9 @@ namespace Velmora
 
 		FString& ChosenProjectFolder()
 		{
-			static FString Folder;
-			return Folder;
+			// Never destroyed: a scan that was left behind may still ask while the process goes down.
+			static FString* const Folder = std::make_unique<FString>().release();
+			return *Folder;
 		}
 	}
 

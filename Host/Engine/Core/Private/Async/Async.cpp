@@ -309,14 +309,13 @@ namespace
 
 	FGameThreadQueue& GetGameThreadQueue()
 	{
-		static FGameThreadQueue Queue;
-		return Queue;
+		// Never destroyed: a thread that was left behind on a dead disk may still post while the process goes down.
+		static FGameThreadQueue* const Queue = std::make_unique<FGameThreadQueue>().release();
+		return *Queue;
 	}
 
 	FBackground& GetBackground()
 	{
-		// Tasks post to the game thread's queue, which must outlive the threads.
-		GetGameThreadQueue();
 		static FBackground Background;
 		return Background;
 	}

@@ -39,15 +39,18 @@ void FHostDelayedWork::Finish()
 	{
 		Ending.join();
 	}
-	bool bLate = false;
+	// What was asked for too late for the thread is done here. Until then no other thread may begin: the work is never done twice at once.
+	for (;;)
 	{
-		const std::lock_guard<std::mutex> Lock(Mutex);
-		bFinishing = false;
-		bLate = bRequested;
-		bRequested = false;
-	}
-	if (bLate)
-	{
+		{
+			const std::lock_guard<std::mutex> Lock(Mutex);
+			if (!bRequested)
+			{
+				bFinishing = false;
+				return;
+			}
+			bRequested = false;
+		}
 		Work();
 	}
 }

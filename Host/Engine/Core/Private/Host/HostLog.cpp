@@ -7,6 +7,7 @@
 #include <atomic>
 #include <cstdlib>
 #include <deque>
+#include <memory>
 #include <mutex>
 #include <utility>
 #include <vector>
@@ -31,8 +32,9 @@ namespace
 
 	FLogState& GetLogState()
 	{
-		static FLogState State;
-		return State;
+		// Never destroyed: a thread that was left behind on a dead disk may still log while the process goes down.
+		static FLogState* const State = std::make_unique<FLogState>().release();
+		return *State;
 	}
 
 	std::atomic<ELogVerbosity::Type> StderrVerbosity{ ELogVerbosity::Warning };

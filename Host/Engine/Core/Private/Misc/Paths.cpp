@@ -6,6 +6,7 @@
 #include "Host/HostFileNames.h"
 #include "Host/HostPaths.h"
 
+#include <memory>
 #include <mutex>
 #include <unistd.h>
 
@@ -85,8 +86,9 @@ namespace
 
 	FFolders& GetFolders()
 	{
-		static FFolders Folders;
-		return Folders;
+		// Never destroyed: a thread that was left behind on a dead disk may still ask while the process goes down.
+		static FFolders* const Folders = std::make_unique<FFolders>().release();
+		return *Folders;
 	}
 
 	void SetFolder(FString& Folder, const FString& Path)
