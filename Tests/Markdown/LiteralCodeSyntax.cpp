@@ -193,7 +193,7 @@ namespace
 				{
 					++Stop;
 				}
-				return Emit(ESyntaxTokenType::String, I, Stop < Len() ? Stop + 3 : Len() + 1);
+				return Emit(ESyntaxTokenType::String, I, Stop < Len() ? Stop + 3 : Len());
 			}
 			if (IsNumberStart())
 			{

@@ -111,7 +111,7 @@ public:
 
 	bool HasTripleQuote(int32 Index) const { return Index + 2 < Length && Text[Index + 1] == Text[Index] && Text[Index + 2] == Text[Index]; }
 
-	/** One that is never closed ends one beyond the text, as with SkipString. */
+	/** One that is never closed runs to the end of the text. */
 	int32 SkipTripleQuoted(int32 Index) const
 	{
 		const TCHAR Quote = Text[Index];
@@ -122,7 +122,7 @@ public:
 				return Position + 3;
 			}
 		}
-		return Length + 1;
+		return Length;
 	}
 
 	/** The next characters are these lower-case letters, in any letter case. */
@@ -176,6 +176,78 @@ bool IsCppTypeWord(const TCHAR* Word, int32 Length)
 	return GetCppTypeWords().Contains(Word, Length);
 }
 
+/** What the languages of words have different. */
+struct FWordRules
+{
+	const FCodeWords& Keywords;
+	bool (*IsNumberChar)(TCHAR);
+	/** C++: comments by slashes, lines of the preprocessor, types. Otherwise Python: comments by '#', triple quotes. */
+	bool bIsCpp;
+};
+
+ESyntaxTokenType ClassifyWord(const TCHAR* Word, int32 Length, bool bIsCalled, const FWordRules& Rules)
+{
+	if (Rules.Keywords.Contains(Word, Length))
+	{
+		return ESyntaxTokenType::Keyword;
+	}
+	if (Rules.bIsCpp && IsCppTypeWord(Word, Length))
+	{
+		return ESyntaxTokenType::Type;
+	}
+	return bIsCalled ? ESyntaxTokenType::Function : ESyntaxTokenType::Default;
+}
+
+TArray<FSyntaxToken> TokenizeWords(const FString& Code, const FWordRules& Rules)
+{
+	const FCodeScan Scan(Code);
+	FTokenSink Sink(Code);
+	for (int32 Index = 0; Index < Scan.Len();)
+	{
+		const TCHAR Char = Scan[Index];
+		int32 End = Index + 1;
+		ESyntaxTokenType Type = ESyntaxTokenType::Operator;
+		if (FChar::IsWhitespace(Char))
+		{
+			Type = ESyntaxTokenType::Default;
+			End = Scan.SkipSpace(End);
+		}
+		else if (StartsWord(Char))
+		{
+			End = Scan.SkipWord(End);
+			Type = ClassifyWord(*Code + Index, End - Index, Scan.Has(End, TEXT('(')), Rules);
+		}
+		else if (Rules.bIsCpp && Char == TEXT('/') && Scan.Has(Index + 1, TEXT('/')))
+		{
+			Type = ESyntaxTokenType::Comment;
+			End = Scan.SkipLine(End);
+		}
+		else if (Rules.bIsCpp && Char == TEXT('/') && Scan.Has(Index + 1, TEXT('*')))
+		{
+			Type = ESyntaxTokenType::Comment;
+			End = Scan.SkipBlockComment(Index);
+		}
+		else if (Char == TEXT('#'))
+		{
+			Type = Rules.bIsCpp ? ESyntaxTokenType::Preprocessor : ESyntaxTokenType::Comment;
+			End = Scan.SkipLine(End);
+		}
+		else if (Char == TEXT('"') || Char == TEXT('\''))
+		{
+			Type = ESyntaxTokenType::String;
+			End = !Rules.bIsCpp && Scan.HasTripleQuote(Index) ? Scan.SkipTripleQuoted(Index) : Scan.SkipString(Index);
+		}
+		else if (FChar::IsDigit(Char) || (Char == TEXT('.') && Scan.HasDigit(Index + 1)))
+		{
+			Type = ESyntaxTokenType::Number;
+			End = Scan.SkipWhile(End, Rules.IsNumberChar);
+		}
+		Sink.Add(Type, Index, End);
+		Index = End;
+	}
+	return Sink.Take();
+}
+
 } // namespace
 
 TArray<FSyntaxToken> TokenizeCode(const FString& Code, const FString& Language)
@@ -221,100 +293,12 @@ bool IsCppTypeName(const FString& Word)
 
 TArray<FSyntaxToken> TokenizeCpp(const FString& Code)
 {
-	const FCodeScan Scan(Code);
-	const FCodeWords& Keywords = GetCppKeywords();
-	FTokenSink Sink(Code);
-	for (int32 Index = 0; Index < Scan.Len();)
-	{
-		const TCHAR Char = Scan[Index];
-		int32 End = Index + 1;
-		ESyntaxTokenType Type = ESyntaxTokenType::Operator;
-		if (FChar::IsWhitespace(Char))
-		{
-			Type = ESyntaxTokenType::Default;
-			End = Scan.SkipSpace(End);
-		}
-		else if (StartsWord(Char))
-		{
-			End = Scan.SkipWord(End);
-			const TCHAR* const Word = *Code + Index;
-			Type = Keywords.Contains(Word, End - Index) ? ESyntaxTokenType::Keyword
-				: IsCppTypeWord(Word, End - Index)		? ESyntaxTokenType::Type
-				: Scan.Has(End, TEXT('('))				? ESyntaxTokenType::Function
-														: ESyntaxTokenType::Default;
-		}
-		else if (Char == TEXT('/') && Scan.Has(Index + 1, TEXT('/')))
-		{
-			Type = ESyntaxTokenType::Comment;
-			End = Scan.SkipLine(End);
-		}
-		else if (Char == TEXT('/') && Scan.Has(Index + 1, TEXT('*')))
-		{
-			Type = ESyntaxTokenType::Comment;
-			End = Scan.SkipBlockComment(Index);
-		}
-		else if (Char == TEXT('#'))
-		{
-			Type = ESyntaxTokenType::Preprocessor;
-			End = Scan.SkipLine(End);
-		}
-		else if (Char == TEXT('"') || Char == TEXT('\''))
-		{
-			Type = ESyntaxTokenType::String;
-			End = Scan.SkipString(Index);
-		}
-		else if (FChar::IsDigit(Char) || (Char == TEXT('.') && Scan.HasDigit(Index + 1)))
-		{
-			Type = ESyntaxTokenType::Number;
-			End = Scan.SkipWhile(End, IsCppNumberChar);
-		}
-		Sink.Add(Type, Index, End);
-		Index = End;
-	}
-	return Sink.Take();
+	return TokenizeWords(Code, { GetCppKeywords(), IsCppNumberChar, true });
 }
 
 TArray<FSyntaxToken> TokenizePython(const FString& Code)
 {
-	const FCodeScan Scan(Code);
-	const FCodeWords& Keywords = GetPythonKeywords();
-	FTokenSink Sink(Code);
-	for (int32 Index = 0; Index < Scan.Len();)
-	{
-		const TCHAR Char = Scan[Index];
-		int32 End = Index + 1;
-		ESyntaxTokenType Type = ESyntaxTokenType::Operator;
-		if (FChar::IsWhitespace(Char))
-		{
-			Type = ESyntaxTokenType::Default;
-			End = Scan.SkipSpace(End);
-		}
-		else if (StartsWord(Char))
-		{
-			End = Scan.SkipWord(End);
-			Type = Keywords.Contains(*Code + Index, End - Index) ? ESyntaxTokenType::Keyword
-				: Scan.Has(End, TEXT('('))						 ? ESyntaxTokenType::Function
-																 : ESyntaxTokenType::Default;
-		}
-		else if (Char == TEXT('#'))
-		{
-			Type = ESyntaxTokenType::Comment;
-			End = Scan.SkipLine(End);
-		}
-		else if (Char == TEXT('"') || Char == TEXT('\''))
-		{
-			Type = ESyntaxTokenType::String;
-			End = Scan.HasTripleQuote(Index) ? Scan.SkipTripleQuoted(Index) : Scan.SkipString(Index);
-		}
-		else if (FChar::IsDigit(Char) || (Char == TEXT('.') && Scan.HasDigit(Index + 1)))
-		{
-			Type = ESyntaxTokenType::Number;
-			End = Scan.SkipWhile(End, IsScientificNumberChar);
-		}
-		Sink.Add(Type, Index, End);
-		Index = End;
-	}
-	return Sink.Take();
+	return TokenizeWords(Code, { GetPythonKeywords(), IsScientificNumberChar, false });
 }
 
 TArray<FSyntaxToken> TokenizeJson(const FString& Code)
