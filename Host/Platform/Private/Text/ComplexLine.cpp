@@ -355,6 +355,8 @@ int32 FComplexLine::GetIndexAt(int32 First, int32 End, float X) const
 {
 	std::vector<FSegment> Segments;
 	LayOut(First, End, Segments);
+	// Far outside, distances to all stops are alike in a float.
+	X = std::clamp(X, -1.0f, GetStop(End).X - GetStop(First).X + 1.0f);
 	int32 Best = First;
 	float BestDistance = -1.0f;
 	const auto Consider = [&](int32 Stop, float StopX)

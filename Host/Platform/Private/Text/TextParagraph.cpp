@@ -287,7 +287,7 @@ void FTextParagraph::WrapPlain(int32 TextLine, float Width, std::vector<FLine>& 
 	while (true)
 	{
 		const FTextPiece& FirstPiece = GetPiece(First);
-		const float Left = FirstPiece.X + (Offset > 0 ? FirstPiece.Word->Offsets[static_cast<size_t>(Offset)] : 0.0f);
+		const float Left = FirstPiece.GetUnitX(Offset);
 		const int32 Begin = static_cast<int32>(FirstPiece.Begin) + Offset;
 		if (Width <= 0.0f || InkEnd - Left <= Width)
 		{
@@ -346,12 +346,12 @@ void FTextParagraph::WrapPlain(int32 TextLine, float Width, std::vector<FLine>& 
 			{
 				const FTextPiece& Broken = GetPiece(Sticking);
 				const int32 Taken = Sticking == First ? Offset : 0;
-				const std::vector<float>& Offsets = Broken.Word->Offsets;
+				const std::span<const float> Offsets = Broken.GetOffsets();
 				const auto Beyond = std::upper_bound(Offsets.begin() + Taken, Offsets.end(), Limit - Broken.X);
 				const int32 Fitting = static_cast<int32>(Beyond - Offsets.begin()) - 1;
 				BreakPiece = Sticking;
 				BreakOffset = Fitting > Taken ? Fitting : (Sticking > First ? 0 : Taken + 1);
-				if (BreakOffset >= Broken.Word->Len())
+				if (BreakOffset >= Broken.GetLength())
 				{
 					BreakPiece = Sticking + 1;
 					BreakOffset = 0;
@@ -360,7 +360,7 @@ void FTextParagraph::WrapPlain(int32 TextLine, float Width, std::vector<FLine>& 
 		}
 
 		const FTextPiece& NextPiece = GetPiece(BreakPiece);
-		float LineInkEnd = NextPiece.X + (BreakOffset > 0 ? NextPiece.Word->Offsets[static_cast<size_t>(BreakOffset)] : 0.0f);
+		float LineInkEnd = NextPiece.GetUnitX(BreakOffset);
 		if (BreakOffset == 0)
 		{
 			int32 LastOnLine = BreakPiece - 1;

@@ -2,14 +2,16 @@
 
 #include "Text/ComplexLine.h"
 
+#include <algorithm>
+#include <span>
 #include <string>
 #include <unordered_map>
 #include <vector>
 
-/** A word and the blanks behind it, a tab, or leading blanks. */
+/** A word and the blanks after it, a tab, or leading blanks. */
 struct FTextPiece
 {
-	/** None for tabs and leading blanks. */
+	/** None for tabs and leading blanks: ask the piece for lengths and places, which answers for those too. */
 	FTextWordRef Word;
 	/** First unit in the text. */
 	uint32 Begin : 31 = 0;
@@ -20,6 +22,14 @@ struct FTextPiece
 
 	float GetInkEnd() const { return Word ? X + Word->GetAdvance() : X; }
 	int32 GetLength() const { return Word ? Word->Len() : 0; }
+	/** x of every unit of the word and, last, its advance, from the piece's begin. Never empty: without a word it is one zero. */
+	std::span<const float> GetOffsets() const
+	{
+		static constexpr float Nothing[] = { 0.0f };
+		return Word ? std::span<const float>(Word->Offsets) : std::span<const float>(Nothing);
+	}
+	/** x of the unit at Offset, which is clamped to the word. */
+	float GetUnitX(int32 Offset) const { return X + GetOffsets()[static_cast<size_t>(std::clamp(Offset, 0, GetLength()))]; }
 };
 
 /** Paragraph over shaped words. See ITextParagraph. */

@@ -34,7 +34,7 @@ float FTextParagraph::GetPlainX(const FTextLine& Line, int32 Index) const
 	const int32 Offset = Index - static_cast<int32>(Piece.Begin);
 	if (Offset <= Piece.GetLength())
 	{
-		return Piece.Word ? Piece.X + Piece.Word->Offsets[static_cast<size_t>(std::max(Offset, 0))] : Piece.X;
+		return Piece.GetUnitX(Offset);
 	}
 	// The next piece's x is right for tabs too.
 	const FTextPiece& Next = GetPiece(PieceIndex + 1);
@@ -69,7 +69,7 @@ int32 FTextParagraph::GetPlainIndexAt(const FTextLine& Line, float X) const
 		const float Share = std::min((X - Piece.GetInkEnd()) / BlankWidth, 1.0f);
 		return BlankBegin + static_cast<int32>(std::floor(Share * static_cast<float>(BlankCount) + 0.5f));
 	}
-	const std::vector<float>& Offsets = Piece.Word->Offsets;
+	const std::span<const float> Offsets = Piece.GetOffsets();
 	const float Inside = X - Piece.X;
 	const auto Right = std::upper_bound(Offsets.begin(), Offsets.end(), Inside);
 	if (Right == Offsets.begin())
@@ -110,6 +110,7 @@ float FTextParagraph::GetCaretX(int32 LineIndex, int32 Index) const
 
 int32 FTextParagraph::GetIndexAt(int32 LineIndex, float X) const
 {
+	X = std::isnan(X) ? 0.0f : X; // What is no number is nearest to nothing.
 	LineIndex = ClampLine(LineIndex);
 	const FLine& Line = Lines[static_cast<size_t>(LineIndex)];
 	const FTextLine& TextLine = TextLines[static_cast<size_t>(Line.TextLine)];

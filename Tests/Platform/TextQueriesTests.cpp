@@ -1,0 +1,157 @@
+#include "Platform/TextFixture.h"
+
+#include <cmath>
+#include <limits>
+
+/**
+ * Every question that a caret, a click or a selection can put, over texts of every kind: at every pixel from well before
+ * a line to well after it, and at every offset from before the text to after it.
+ */
+class TextQueries : public FTextTest
+{
+protected:
+	static void AskEveryPixel(const ITextParagraph& Paragraph, int32 Length)
+	{
+		constexpr float Infinite = std::numeric_limits<float>::infinity();
+		for (int32 Line = -1; Line <= Paragraph.GetLineCount(); ++Line)
+		{
+			const FParagraphLine& Entry = Paragraph.GetLine(Line);
+			ASSERT_LE(0, Entry.BeginIndex);
+			ASSERT_LE(Entry.BeginIndex, Entry.EndIndex);
+			ASSERT_LE(Entry.EndIndex, Length);
+			ASSERT_TRUE(std::isfinite(Entry.Width) && Entry.Width >= 0.0f) << Entry.Width;
+			for (float X = -60.0f; X <= Entry.Width + 60.0f; X += 1.0f)
+			{
+				const int32 Index = Paragraph.GetIndexAt(Line, X);
+				ASSERT_TRUE(Entry.BeginIndex <= Index && Index <= Entry.EndIndex) << "line " << Line << " x " << X << " gives " << Index;
+				ASSERT_TRUE(std::isfinite(Paragraph.GetCaretX(Line, Index)));
+			}
+			EXPECT_EQ(Paragraph.GetIndexAt(Line, -1e6f), Paragraph.GetIndexAt(Line, -Infinite));
+			EXPECT_EQ(Paragraph.GetIndexAt(Line, 1e6f), Paragraph.GetIndexAt(Line, Infinite));
+			for (const float X : { std::numeric_limits<float>::quiet_NaN(), 1e30f, -1e30f })
+			{
+				const int32 Index = Paragraph.GetIndexAt(Line, X);
+				EXPECT_TRUE(Entry.BeginIndex <= Index && Index <= Entry.EndIndex) << X;
+			}
+			for (const FParagraphRun& Run : Paragraph.GetRuns(Line))
+			{
+				EXPECT_TRUE(std::isfinite(Run.X) && std::isfinite(Run.Width));
+			}
+		}
+	}
+
+	static void AskEveryOffset(const ITextParagraph& Paragraph, int32 Length)
+	{
+		for (int32 Index = -2; Index <= Length + 2; ++Index)
+		{
+			SCOPED_TRACE(Index);
+			const int32 Line = Paragraph.GetLineOfIndex(Index);
+			ASSERT_TRUE(0 <= Line && Line < Paragraph.GetLineCount());
+			ASSERT_TRUE(std::isfinite(Paragraph.GetCaretX(Line, Index)));
+			const int32 Next = Paragraph.GetNextGrapheme(Index);
+			const int32 Previous = Paragraph.GetPreviousGrapheme(Index);
+			ASSERT_TRUE(Index >= Length ? Next == Length : Next > Index && Next <= Length) << Next;
+			ASSERT_TRUE(Index <= 0 ? Previous == 0 : Previous < std::min(Index, Length + 1) && Previous >= 0) << Previous;
+			const int32 NextWord = Paragraph.GetNextWord(Index);
+			const int32 PreviousWord = Paragraph.GetPreviousWord(Index);
+			ASSERT_TRUE(NextWord <= Length && (Index >= Length || NextWord > Index)) << NextWord;
+			ASSERT_TRUE(PreviousWord >= 0 && (Index <= 0 || PreviousWord < Index)) << PreviousWord;
+			int32 Begin = -1;
+			int32 End = -1;
+			Paragraph.GetWordAt(Index, Begin, End);
+			ASSERT_TRUE(0 <= Begin && Begin <= End && End <= Length) << Begin << " to " << End;
+			for (const int32 Other : { -5, 0, Index / 2, Index, Length, Length + 5 })
+			{
+				for (int32 SpanLine = 0; SpanLine < Paragraph.GetLineCount(); ++SpanLine)
+				{
+					TArray<FParagraphSpan> Spans;
+					Paragraph.GetSpans(SpanLine, std::min(Index, Other), std::max(Index, Other), Spans);
+					for (const FParagraphSpan& Span : Spans)
+					{
+						ASSERT_TRUE(std::isfinite(Span.Left) && std::isfinite(Span.Right) && Span.Left <= Span.Right);
+					}
+				}
+			}
+		}
+	}
+};
+
+TEST_F(TextQueries, AnyTextAnswersAtEveryPixelAndOffset)
+{
+	struct FCase
+	{
+		const char* Why;
+		const TCHAR* Text;
+	};
+	const FCase Cases[] = {
+		{ "nothing", TEXT("") },
+		{ "a leading blank", TEXT(" a") },
+		{ "leading blanks", TEXT("    return Value;") },
+		{ "a leading tab", TEXT("\treturn Value;") },
+		{ "tabs between and after", TEXT("a\tb\t\tc\t") },
+		{ "trailing blanks", TEXT("some words   ") },
+		{ "only blanks", TEXT("     ") },
+		{ "only tabs", TEXT("\t\t") },
+		{ "blanks and tabs in turn", TEXT(" \t \t ") },
+		{ "empty lines", TEXT("\n\n\n") },
+		{ "indented lines between empty ones", TEXT("\n  a\n\n\tb\n   ") },
+		{ "every kind of line end", TEXT("a\r\n b\r\tc\n\rd") },
+		{ "right to left", TEXT("\u05E9\u05DC\u05D5\u05DD \u05E2\u05D5\u05DC\u05DD") },
+		{ "right to left after blanks", TEXT("  \u0627\u0644\u0633\u0644\u0627\u0645 ") },
+		{ "both directions and a tab", TEXT("\tabc \u05E9\u05DC\u05D5\u05DD\t12 def ") },
+		{ "emoji", TEXT(" \U0001F600\U0001F468\u200D\U0001F469\u200D\U0001F467 \U0001F1E9\U0001F1EA\t") },
+		{ "marks on nothing", TEXT("\u0301\u0302 \u0301\n\u0303") },
+		{ "joiners alone", TEXT("\u200D \uFE0F\t\u200D") },
+		{ "scripts that stack", TEXT("  \u0915\u094D\u0937\u093F \u0E19\u0E49\u0E33\t") },
+		{ "lone surrogates", TEXT(" \xD83D") TEXT(" \xDE00") TEXT("\t\xDE00\xD83D ") },
+		{ "control characters", TEXT(" \x01\x1B\x7F\u0085\u2028\u2029\t") },
+	};
+	for (const FCase& Case : Cases)
+	{
+		SCOPED_TRACE(Case.Why);
+		const FStringView Text(Case.Text);
+		for (const FSlateFontInfo& Font : { Mono(), Body() })
+		{
+			const TSharedRef<ITextParagraph> Paragraph = Shaper().MakeParagraph(Text, Font, 1.0f);
+			for (const float Width : { 0.0f, 1.0f, 25.0f, 70.0f, 2000.0f })
+			{
+				SCOPED_TRACE(Width);
+				Paragraph->Wrap(Width);
+				AskEveryPixel(*Paragraph, Text.Len());
+				AskEveryOffset(*Paragraph, Text.Len());
+			}
+		}
+	}
+}
+
+TEST_F(TextQueries, VeryLongWordsAnswerToo)
+{
+	for (const TCHAR* const Around : { TEXT(""), TEXT(" "), TEXT("\t") })
+	{
+		FString Text(Around);
+		for (int32 Count = 0; Count < 700; ++Count)
+		{
+			Text.AppendChar(TEXT('w'));
+		}
+		Text += Around;
+		const TSharedRef<ITextParagraph> Paragraph = Shaper().MakeParagraph(Text, Mono(), 1.0f);
+		for (const float Width : { 0.0f, 3.0f, 90.0f })
+		{
+			SCOPED_TRACE(Width);
+			Paragraph->Wrap(Width);
+			AskEveryPixel(*Paragraph, Text.Len());
+		}
+		Paragraph->Wrap(300.0f);
+		AskEveryOffset(*Paragraph, Text.Len());
+	}
+}
+
+TEST_F(TextQueries, APlaceBeforeTheTextIsItsBegin)
+{
+	const TCHAR* const Texts[] = { TEXT(" a"), TEXT("\ta"), TEXT("   "), TEXT("\t"), TEXT("a") };
+	for (const TCHAR* Text : Texts)
+	{
+		SCOPED_TRACE(Utf8(FStringView(Text)));
+		EXPECT_EQ(Shaper().MakeParagraph(Text, Mono(), 1.0f)->GetIndexAt(0, -7.0f), 0);
+	}
+}
