@@ -188,9 +188,7 @@ namespace
 		for (auto _ : State)
 		{
 			FOpenTab Open([Count](const FString& Database)
-			{
-				FMadeStore::Fill(Database, 2, Count, [Count](int32 Number) { return MakeStoredText(Number, Count); });
-			});
+				{ FMadeStore::Fill(Database, 2, Count, [Count](int32 Number) { return MakeStoredText(Number, Count); }); });
 			if (bReplacesAnother)
 			{
 				LoadStored(Open);
@@ -217,7 +215,8 @@ namespace
 			{
 				Measure([&] { Open.Application.PumpFrame(); });
 			}
-			if (Open.GetMessages().Num() != Count || !IsEndShown() || Open.Tab->GetViewModel()->GetCurrentConversationMetadata()->Id == Before)
+			if (Open.GetMessages().Num() != Count || !IsEndShown() ||
+				Open.Tab->GetViewModel()->GetCurrentConversationMetadata()->Id == Before)
 			{
 				State.SkipWithError("The conversation was not shown.");
 				break;
@@ -236,15 +235,23 @@ namespace
 			State.counters["worst_frame_ms"] = WorstFrame;
 		}
 	}
-	BENCHMARK(LoadConversation)->Args({ 20, 0 })->Args({ 10000, 0 })->Args({ 10000, 1 })->Iterations(3)->UseManualTime()->Unit(benchmark::kMillisecond);
+	BENCHMARK(LoadConversation)
+		->Args({ 20, 0 })
+		->Args({ 10000, 0 })
+		->Args({ 10000, 1 })
+		->Iterations(3)
+		->UseManualTime()
+		->Unit(benchmark::kMillisecond);
 
 	/** The history of so many conversations, read by a worker: the frame in which it arrives, then the click that opens it. */
 	void RefreshHistory(benchmark::State& State)
 	{
-		FOpenTab Open([&State](const FString& Database)
-		{
-			FMadeStore::Fill(Database, static_cast<int32>(State.range(0)), 2, [](int32 Number) { return FRecordedMix::MakeWords(MessageLength, Number); });
-		});
+		FOpenTab Open(
+			[&State](const FString& Database)
+			{
+				FMadeStore::Fill(Database, static_cast<int32>(State.range(0)), 2,
+					[](int32 Number) { return FRecordedMix::MakeWords(MessageLength, Number); });
+			});
 		const TSharedPtr<SChatWindow> Window = StaticCastSharedPtr<SChatWindow>(FWidgetFinder::FindByTag(FName("ChatWindow")));
 		std::vector<double> Arrivals;
 		std::vector<double> Openings;
@@ -297,7 +304,8 @@ namespace
 		State.counters["allocations"] = static_cast<double>(Allocations[Allocations.size() / 2]);
 		State.counters["measured"] = static_cast<double>(SWidget::GetCounters().Measured - Measured.Measured) / Frames;
 		State.counters["painted"] = static_cast<double>(SWidget::GetCounters().Painted - Measured.Painted) / Frames;
-		State.counters["layouts"] = static_cast<double>(Shaper.GetCounters().ParagraphsMade + Shaper.GetCounters().Wraps - Texts.ParagraphsMade - Texts.Wraps);
+		State.counters["layouts"] =
+			static_cast<double>(Shaper.GetCounters().ParagraphsMade + Shaper.GetCounters().Wraps - Texts.ParagraphsMade - Texts.Wraps);
 		State.counters["words"] = static_cast<double>(Shaper.GetCounters().WordsShaped - Texts.WordsShaped);
 		State.counters["repaints"] = static_cast<double>(FSlateApplication::Get().GetFrameStats().PaintedFrames - Painted);
 		TellTimes(State, "", Times);
@@ -308,9 +316,7 @@ namespace
 	{
 		const int32 Count = static_cast<int32>(State.range(0));
 		FOpenTab Open([Count](const FString& Database)
-		{
-			FMadeStore::Fill(Database, 1, Count, [Count](int32 Number) { return MakeStoredText(Number, Count); });
-		});
+			{ FMadeStore::Fill(Database, 1, Count, [Count](int32 Number) { return MakeStoredText(Number, Count); }); });
 		LoadStored(Open);
 		if (Open.GetMessages().Num() != Count)
 		{
@@ -331,7 +337,8 @@ namespace
 			Operation.Path = FString::Printf(TEXT("File%d.cpp"), Number);
 			Operation.Action = 2;
 			Operation.Time = FDateTime::Now() - FTimespan::FromMinutes(5.0 + Number);
-			FFileHistoryTracker::Get().AddOperation(Open.Tab->GetViewModel()->GetCurrentConversationMetadata()->Id, TEXT("measured"), Operation);
+			FFileHistoryTracker::Get().AddOperation(
+				Open.Tab->GetViewModel()->GetCurrentConversationMetadata()->Id, TEXT("measured"), Operation);
 		}
 		StaticCastSharedPtr<SChangedFilesList>(FWidgetFinder::FindByTag(FName("ChangedFilesList")))->UpdateFileList();
 		Open.Settle();
@@ -360,10 +367,12 @@ namespace
 	void RestWithLongTitle(benchmark::State& State)
 	{
 		const int32 Length = static_cast<int32>(State.range(0));
-		FOpenTab Open([Length](const FString& Database)
-		{
-			FMadeStore::Fill(Database, 1, 2, [Length](int32 Number) { return FRecordedMix::MakeWords(Number == 0 ? Length : MessageLength, Number); });
-		});
+		FOpenTab Open(
+			[Length](const FString& Database)
+			{
+				FMadeStore::Fill(Database, 1, 2,
+					[Length](int32 Number) { return FRecordedMix::MakeWords(Number == 0 ? Length : MessageLength, Number); });
+			});
 		LoadStored(Open);
 		if (Open.GetMessages().Num() != 2)
 		{
@@ -449,7 +458,8 @@ namespace
 			{
 				MeasureKey([&] { Application.PressKey(Key); });
 			}
-			for (const FKey& Key : { EKeys::End, EKeys::Left, EKeys::Right, EKeys::Home, EKeys::Right, EKeys::Z, EKeys::Y, EKeys::A, EKeys::X, EKeys::Z })
+			for (const FKey& Key :
+				{ EKeys::End, EKeys::Left, EKeys::Right, EKeys::Home, EKeys::Right, EKeys::Z, EKeys::Y, EKeys::A, EKeys::X, EKeys::Z })
 			{
 				MeasureKey([&] { Application.PressControlKey(Key); });
 			}
@@ -496,23 +506,37 @@ namespace
 	}
 
 	BENCHMARK_CAPTURE(TypeIntoPrompt, OneLine, MakePromptLine(), TEXT(""))->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
-	BENCHMARK_CAPTURE(TypeIntoPrompt, OneLineWithAt, MakePromptLine(), TEXT(" @fi"))->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
+	BENCHMARK_CAPTURE(TypeIntoPrompt, OneLineWithAt, MakePromptLine(), TEXT(" @fi"))
+		->Iterations(1)
+		->UseManualTime()
+		->Unit(benchmark::kMillisecond);
 	BENCHMARK_CAPTURE(TypeIntoPrompt, Lines, MakePromptLines(), TEXT(""))->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
-	BENCHMARK_CAPTURE(TypeIntoPrompt, LinesWithAt, MakePromptLines(), TEXT(" @fi"))->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
+	BENCHMARK_CAPTURE(TypeIntoPrompt, LinesWithAt, MakePromptLines(), TEXT(" @fi"))
+		->Iterations(1)
+		->UseManualTime()
+		->Unit(benchmark::kMillisecond);
 	/** The whole text is one token, and with it the query. */
-	BENCHMARK_CAPTURE(TypeIntoPrompt, LongToken, TEXT("@") + FString::ChrN(LongPrompt, TEXT('a')), TEXT(""))->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
+	BENCHMARK_CAPTURE(TypeIntoPrompt, LongToken, TEXT("@") + FString::ChrN(LongPrompt, TEXT('a')), TEXT(""))
+		->Iterations(1)
+		->UseManualTime()
+		->Unit(benchmark::kMillisecond);
 	/** Scripts that are shaped whole, in one line. */
-	BENCHMARK_CAPTURE(TypeIntoPrompt, OneLineOfArabic, Repeat(TEXT("\u0645\u0631\u062D\u0628\u0627 \u0628\u0627\u0644\u0639\u0627\u0644\u0645 "), LongPrompt), TEXT(""))->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
-	BENCHMARK_CAPTURE(TypeIntoPrompt, OneLineOfEmoji, Repeat(TEXT("\U0001F469\u200D\U0001F680"), LongPrompt), TEXT(""))->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
+	BENCHMARK_CAPTURE(TypeIntoPrompt, OneLineOfArabic,
+		Repeat(TEXT("\u0645\u0631\u062D\u0628\u0627 \u0628\u0627\u0644\u0639\u0627\u0644\u0645 "), LongPrompt), TEXT(""))
+		->Iterations(1)
+		->UseManualTime()
+		->Unit(benchmark::kMillisecond);
+	BENCHMARK_CAPTURE(TypeIntoPrompt, OneLineOfEmoji, Repeat(TEXT("\U0001F469\u200D\U0001F680"), LongPrompt), TEXT(""))
+		->Iterations(1)
+		->UseManualTime()
+		->Unit(benchmark::kMillisecond);
 
 	/** Letters into an empty prompt below a loaded conversation. */
 	void TypeBelowConversation(benchmark::State& State)
 	{
 		const int32 Count = static_cast<int32>(State.range(0));
 		FOpenTab Open([Count](const FString& Database)
-		{
-			FMadeStore::Fill(Database, 1, Count, [Count](int32 Number) { return MakeStoredText(Number, Count); });
-		});
+			{ FMadeStore::Fill(Database, 1, Count, [Count](int32 Number) { return MakeStoredText(Number, Count); }); });
 		LoadStored(Open);
 		Open.FocusPrompt();
 		std::vector<double> Times;

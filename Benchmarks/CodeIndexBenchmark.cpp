@@ -87,7 +87,8 @@ namespace
 			const FPath Place = Root / ("Module" + std::to_string(Index / 400)) / ("Area" + std::to_string(Index / 40 % 10));
 			std::filesystem::create_directories(Place);
 			const std::string Number = std::to_string(Index);
-			std::ofstream(Place / (Source.stem().native() + Number + Source.extension().native())) << ReadWhole(Source) << "\nclass FMade" << Number << " { void RunMade" << Number << "(); };\n";
+			std::ofstream(Place / (Source.stem().native() + Number + Source.extension().native()))
+				<< ReadWhole(Source) << "\nclass FMade" << Number << " { void RunMade" << Number << "(); };\n";
 		}
 		return Root;
 	}
@@ -136,11 +137,14 @@ namespace
 	void BuildMadeProjectUnderFrames(benchmark::State& State)
 	{
 		FHeadlessApplication Application;
-		Application.Show(SNew(STextBlock).Text_Lambda([]
-		{
-			const FCodeIntelIndexManager& Manager = FCodeIntelIndexManager::Get();
-			return FText::FromString(FString::Printf(TEXT("%d %d %d"), Manager.IsBuilding() ? 1 : 0, Manager.GetReindexerQueueSize(), Manager.GetIndexStats().EstimatedSymbols));
-		}));
+		Application.Show(SNew(STextBlock)
+							 .Text_Lambda(
+								 []
+								 {
+									 const FCodeIntelIndexManager& Manager = FCodeIntelIndexManager::Get();
+									 return FText::FromString(FString::Printf(TEXT("%d %d %d"), Manager.IsBuilding() ? 1 : 0,
+										 Manager.GetReindexerQueueSize(), Manager.GetIndexStats().EstimatedSymbols));
+								 }));
 		Application.Settle();
 		double Worst = 0.0;
 		int64 Frames = 0;
@@ -149,11 +153,12 @@ namespace
 			OpenNew(GetMadeProject());
 			std::atomic<bool> bIsDone = false;
 			const FClock::time_point Start = FClock::now();
-			std::thread Builder([&bIsDone]
-			{
-				FCodeIntelIndexManager::Get().RebuildIndex(true);
-				bIsDone = true;
-			});
+			std::thread Builder(
+				[&bIsDone]
+				{
+					FCodeIntelIndexManager::Get().RebuildIndex(true);
+					bIsDone = true;
+				});
 			while (!bIsDone)
 			{
 				const FClock::time_point FrameStart = FClock::now();
@@ -173,7 +178,8 @@ namespace
 
 	void OpenBuilt()
 	{
-		if (!FCodeIntelIndexManager::Get().IsIndexReady() || FCodeIntelIndexManager::Get().GetIndexStats().RootPath != FString(UTF8_TO_TCHAR(GetMadeProject().c_str())))
+		if (!FCodeIntelIndexManager::Get().IsIndexReady() ||
+			FCodeIntelIndexManager::Get().GetIndexStats().RootPath != FString(UTF8_TO_TCHAR(GetMadeProject().c_str())))
 		{
 			Open(GetMadeProject());
 			FCodeIntelIndexManager::Get().RebuildIndex(false);
@@ -190,7 +196,8 @@ namespace
 		for (auto _ : State)
 		{
 			const std::string Number = std::to_string(Index * 7919 % 20000);
-			const std::string Names[] = { "FMade" + Number, "Run", "FNobody" + Number, "FMade" + Number.substr(0, 1), "FMade" + Number + "::RunMade" + Number, "S", "FCodeIndex::Run", "FNobody::Run" };
+			const std::string Names[] = { "FMade" + Number, "Run", "FNobody" + Number, "FMade" + Number.substr(0, 1),
+				"FMade" + Number + "::RunMade" + Number, "S", "FCodeIndex::Run", "FNobody::Run" };
 			const FClock::time_point Start = FClock::now();
 			const double OwnStart = FHeadlessApplication::GetThreadSeconds();
 			const auto Found = FCodeIndexControl::FindSymbol(Names[static_cast<size_t>(Index) % std::size(Names)], 50);

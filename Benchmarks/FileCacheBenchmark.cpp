@@ -103,11 +103,14 @@ namespace
 	{
 		OpenWhole(State.range(0));
 		FHeadlessApplication Application;
-		Application.Show(SNew(STextBlock).Text_Lambda([]
-		{
-			FProjectFileCache& Cache = FProjectFileCache::Get();
-			return FText::FromString(FString::Printf(TEXT("%d %d %d"), Cache.IsReady() ? 1 : 0, Cache.IsIndexing() ? 1 : 0, Cache.GetFileCount()));
-		}));
+		Application.Show(SNew(STextBlock)
+							 .Text_Lambda(
+								 []
+								 {
+									 FProjectFileCache& Cache = FProjectFileCache::Get();
+									 return FText::FromString(FString::Printf(
+										 TEXT("%d %d %d"), Cache.IsReady() ? 1 : 0, Cache.IsIndexing() ? 1 : 0, Cache.GetFileCount()));
+								 }));
 		Application.Settle();
 		double Worst = 0.0;
 		double WorstRequest = 0.0;
@@ -205,7 +208,13 @@ namespace
 			}
 		}
 	}
-	BENCHMARK(SeeNewFiles)->Args({ 100000, 1 })->Args({ 100000, 5000 })->Args({ 1000000, 5000 })->Iterations(5)->UseManualTime()->Unit(benchmark::kMillisecond);
+	BENCHMARK(SeeNewFiles)
+		->Args({ 100000, 1 })
+		->Args({ 100000, 5000 })
+		->Args({ 1000000, 5000 })
+		->Iterations(5)
+		->UseManualTime()
+		->Unit(benchmark::kMillisecond);
 
 	/** The end of the program in the middle of a scan. */
 	void QuitDuringScan(benchmark::State& State)

@@ -37,7 +37,8 @@ namespace
 	using Velmora::UI::FFileIndexService;
 
 	/** What people type on the way to a file: its beginning, initials, parts, folders, an extension; last what matches nothing. */
-	const char* const Queries[] = { "p", "pl", "player", "PlayerInv", "plinvcomp", "invmgr.h", "source/game", "srcwidget", "settings.ini", "testcurve3", "zqxv" };
+	const char* const Queries[] = { "p", "pl", "player", "PlayerInv", "plinvcomp", "invmgr.h", "source/game", "srcwidget", "settings.ini",
+		"testcurve3", "zqxv" };
 	constexpr int32 QueryCount = static_cast<int32>(sizeof(Queries) / sizeof(Queries[0]));
 	constexpr int32 ResultLimit = 50;
 
@@ -198,7 +199,8 @@ namespace
 		{
 			return -1.0;
 		}
-		const auto ToMilliseconds = [](const timeval& Time) { return static_cast<double>(Time.tv_sec) * 1.0e3 + static_cast<double>(Time.tv_usec) * 1.0e-3; };
+		const auto ToMilliseconds = [](const timeval& Time)
+		{ return static_cast<double>(Time.tv_sec) * 1.0e3 + static_cast<double>(Time.tv_usec) * 1.0e-3; };
 		return ToMilliseconds(Usage.ru_utime) + ToMilliseconds(Usage.ru_stime);
 	}
 
@@ -269,7 +271,11 @@ namespace
 			std::fprintf(stderr, "%s is not installed and left out.\n", Program);
 			return;
 		}
-		benchmark::RegisterBenchmark(Name, BesidePeer, Program, QueryOption)->Arg(100000)->Iterations(3)->UseManualTime()->Unit(benchmark::kMillisecond);
+		benchmark::RegisterBenchmark(Name, BesidePeer, Program, QueryOption)
+			->Arg(100000)
+			->Iterations(3)
+			->UseManualTime()
+			->Unit(benchmark::kMillisecond);
 	}
 
 	int RunOnce(const std::string& What, int32 FileCount, int32 Repeats)

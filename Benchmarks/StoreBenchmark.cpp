@@ -94,7 +94,8 @@ namespace
 		for (auto _ : State)
 		{
 			Conversation.Messages.Add(MakeMessage(Conversation.Messages.Num()));
-			Measure(State, Milliseconds, [&] { return Store->Append(Conversation, Conversation.Messages.Num() - 1, Problem) == EStoreResult::Done; });
+			Measure(State, Milliseconds,
+				[&] { return Store->Append(Conversation, Conversation.Messages.Num() - 1, Problem) == EStoreResult::Done; });
 		}
 		Report(State, Milliseconds);
 	}
@@ -112,7 +113,8 @@ namespace
 		for (auto _ : State)
 		{
 			const FConversationMessage Message = MakeMessage(static_cast<int32>(Milliseconds.size()));
-			Measure(State, Milliseconds, [&] { return Store->AppendMessage(FMadeStore::GetConversationId(5), Message, Key, Problem) == EStoreResult::Done; });
+			Measure(State, Milliseconds,
+				[&] { return Store->AppendMessage(FMadeStore::GetConversationId(5), Message, Key, Problem) == EStoreResult::Done; });
 		}
 		Report(State, Milliseconds);
 	}
@@ -125,12 +127,13 @@ namespace
 		std::vector<double> Milliseconds;
 		for (auto _ : State)
 		{
-			Measure(State, Milliseconds, [&]
-			{
-				TArray<FConversationMetadata> Summaries;
-				bool bIsDamaged = false;
-				return FConversationStore::ReadSummaries(Database, Summaries, bIsDamaged) && Summaries.Num() == 10'000;
-			});
+			Measure(State, Milliseconds,
+				[&]
+				{
+					TArray<FConversationMetadata> Summaries;
+					bool bIsDamaged = false;
+					return FConversationStore::ReadSummaries(Database, Summaries, bIsDamaged) && Summaries.Num() == 10'000;
+				});
 		}
 		Report(State, Milliseconds);
 	}
@@ -162,11 +165,13 @@ namespace
 		FString Problem;
 		for (auto _ : State)
 		{
-			Measure(State, Milliseconds, [&]
-			{
-				FConversationMetadata Conversation;
-				return Store->Load(FMadeStore::GetConversationId(0), Conversation, Problem) == EStoreResult::Done && Conversation.Messages.Num() == 10'000;
-			});
+			Measure(State, Milliseconds,
+				[&]
+				{
+					FConversationMetadata Conversation;
+					return Store->Load(FMadeStore::GetConversationId(0), Conversation, Problem) == EStoreResult::Done &&
+						Conversation.Messages.Num() == 10'000;
+				});
 		}
 		Report(State, Milliseconds);
 	}
@@ -180,11 +185,12 @@ namespace
 		for (auto _ : State)
 		{
 			const TSharedRef<FConversationStore> Store = MakeShared<FConversationStore>(Folder.GetDatabase());
-			Measure(State, Milliseconds, [&]
-			{
-				Store->Check();
-				return true;
-			});
+			Measure(State, Milliseconds,
+				[&]
+				{
+					Store->Check();
+					return true;
+				});
 		}
 		Report(State, Milliseconds);
 	}

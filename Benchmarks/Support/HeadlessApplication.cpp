@@ -26,11 +26,12 @@ namespace
 		if (mkdtemp(Pattern.data()))
 		{
 			FHostPaths::SetEngineSavedDir(UTF8_TO_TCHAR(Pattern.c_str()));
-			atexit([]
-			{
-				std::error_code Ignored;
-				std::filesystem::remove_all(Pattern, Ignored);
-			});
+			atexit(
+				[]
+				{
+					std::error_code Ignored;
+					std::filesystem::remove_all(Pattern, Ignored);
+				});
 		}
 	}
 

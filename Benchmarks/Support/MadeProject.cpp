@@ -7,10 +7,11 @@
 namespace
 {
 	const char* const Tops[] = { "Source", "Content", "Plugins", "Config", "Docs", "Tools" };
-	const char* const Words[] = { "Player", "Inventory", "Weapon", "Camera", "Menu", "Widget", "Render", "Physics", "Audio", "Level", "Quest", "Dialog",
-		"Save", "Network", "Editor", "Asset", "Texture", "Shader", "Particle", "Anim", "Skeleton", "Input", "Settings", "Game", "Actor", "Component",
-		"System", "Manager", "Factory", "Test", "Util", "Data", "Table", "Curve", "Path", "Spline" };
-	const char* const Extensions[] = { ".cpp", ".cpp", ".cpp", ".h", ".h", ".h", ".uasset", ".uasset", ".umap", ".ini", ".txt", ".md", ".png", ".json" };
+	const char* const Words[] = { "Player", "Inventory", "Weapon", "Camera", "Menu", "Widget", "Render", "Physics", "Audio", "Level",
+		"Quest", "Dialog", "Save", "Network", "Editor", "Asset", "Texture", "Shader", "Particle", "Anim", "Skeleton", "Input", "Settings",
+		"Game", "Actor", "Component", "System", "Manager", "Factory", "Test", "Util", "Data", "Table", "Curve", "Path", "Spline" };
+	const char* const Extensions[] = { ".cpp", ".cpp", ".cpp", ".h", ".h", ".h", ".uasset", ".uasset", ".umap", ".ini", ".txt", ".md",
+		".png", ".json" };
 
 	template <size_t Count>
 	std::string Pick(std::mt19937& Random, const char* const (&List)[Count])

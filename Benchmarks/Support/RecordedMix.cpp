@@ -4,10 +4,12 @@
 
 namespace
 {
-	const TCHAR* const Vocabulary[] = { TEXT("the"), TEXT("inventory"), TEXT("component"), TEXT("saves"), TEXT("its"), TEXT("slots"), TEXT("when"), TEXT("a"), TEXT("level"), TEXT("is"), TEXT("loaded"),
-		TEXT("and"), TEXT("reads"), TEXT("them"), TEXT("back"), TEXT("from"), TEXT("an"), TEXT("older"), TEXT("version"), TEXT("without"), TEXT("losing"), TEXT("anything"), TEXT("that"), TEXT("player"),
-		TEXT("has"), TEXT("picked"), TEXT("up"), TEXT("since"), TEXT("last"), TEXT("checkpoint"), TEXT("of"), TEXT("this"), TEXT("quest"), TEXT("character"), TEXT("moves"), TEXT("towards"), TEXT("nearest"),
-		TEXT("door"), TEXT("before"), TEXT("behaviour"), TEXT("tree"), TEXT("picks"), TEXT("another"), TEXT("task"), TEXT("in"), TEXT("editor"), TEXT("widget"), TEXT("blueprint") };
+	const TCHAR* const Vocabulary[] = { TEXT("the"), TEXT("inventory"), TEXT("component"), TEXT("saves"), TEXT("its"), TEXT("slots"),
+		TEXT("when"), TEXT("a"), TEXT("level"), TEXT("is"), TEXT("loaded"), TEXT("and"), TEXT("reads"), TEXT("them"), TEXT("back"),
+		TEXT("from"), TEXT("an"), TEXT("older"), TEXT("version"), TEXT("without"), TEXT("losing"), TEXT("anything"), TEXT("that"),
+		TEXT("player"), TEXT("has"), TEXT("picked"), TEXT("up"), TEXT("since"), TEXT("last"), TEXT("checkpoint"), TEXT("of"), TEXT("this"),
+		TEXT("quest"), TEXT("character"), TEXT("moves"), TEXT("towards"), TEXT("nearest"), TEXT("door"), TEXT("before"), TEXT("behaviour"),
+		TEXT("tree"), TEXT("picks"), TEXT("another"), TEXT("task"), TEXT("in"), TEXT("editor"), TEXT("widget"), TEXT("blueprint") };
 
 	TSharedPtr<FChatMessage> MakeToolGroup(int32 Index)
 	{
@@ -28,8 +30,10 @@ namespace
 	TSharedPtr<FChatMessage> MakeLongAnswer(int32 Index)
 	{
 		FString Text = FRecordedMix::MakeWords(200, Index);
-		Text += TEXT("\n\n| Field | Type | Meaning |\n|-------|:----:|--------:|\n| Item | name | what lies in the slot |\n| Quantity | number | how many of it |\n| Durability | number | how worn it is |\n");
-		Text += TEXT("\n```cpp\nvoid UInventoryComponent::SaveTo(FArchive& Archive)\n{\n\tint32 Version = CurrentVersion;\n\tArchive << Version;\n\tfor (FInventorySlot& Slot : Slots)\n\t{\n\t\tArchive << Slot.Item << Slot.Quantity;\n\t}\n}\n```\n");
+		Text += TEXT("\n\n| Field | Type | Meaning |\n|-------|:----:|--------:|\n| Item | name | what lies in the slot |\n| Quantity | "
+					 "number | how many of it |\n| Durability | number | how worn it is |\n");
+		Text += TEXT("\n```cpp\nvoid UInventoryComponent::SaveTo(FArchive& Archive)\n{\n\tint32 Version = CurrentVersion;\n\tArchive << "
+					 "Version;\n\tfor (FInventorySlot& Slot : Slots)\n\t{\n\t\tArchive << Slot.Item << Slot.Quantity;\n\t}\n}\n```\n");
 		return FChatMessage::CreateAIMessage(Text, false);
 	}
 }

@@ -30,12 +30,14 @@ FString FConversationPrinter::GetToolLabel(const FChatMessage& Tool)
 	{
 		return Tool.ToolDisplayName;
 	}
-	return Tool.ToolDisplayParameter.IsEmpty() ? Tool.ToolActionVerb + TEXT("...") : Tool.ToolActionVerb + TEXT(" ") + Tool.ToolDisplayParameter;
+	return Tool.ToolDisplayParameter.IsEmpty() ? Tool.ToolActionVerb + TEXT("...")
+											   : Tool.ToolActionVerb + TEXT(" ") + Tool.ToolDisplayParameter;
 }
 
 FString FConversationPrinter::DescribeTool(const FChatMessage& Tool)
 {
-	const TCHAR* Outcome = Tool.ToolStatus == EToolStatus::Success ? TEXT("ok") : (Tool.ToolStatus == EToolStatus::Failed ? TEXT("failed") : TEXT("running"));
+	const TCHAR* Outcome =
+		Tool.ToolStatus == EToolStatus::Success ? TEXT("ok") : (Tool.ToolStatus == EToolStatus::Failed ? TEXT("failed") : TEXT("running"));
 	const FString Line = GetToolLabel(Tool) + TEXT(" ... ") + Outcome;
 	return Tool.ToolResult.IsEmpty() ? Line : Line + TEXT(": ") + Tool.ToolResult;
 }

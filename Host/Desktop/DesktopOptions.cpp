@@ -92,8 +92,8 @@ FString FDesktopOptions::Parse(const TArray<FString>& Arguments)
 			bShowVersion = bShowVersion || Is(TEXT("--version"));
 			continue;
 		}
-		const bool bKnown = Is(TEXT("--project")) || Is(TEXT("--size")) || Is(TEXT("--scale")) || Is(TEXT("--prompt")) || Is(TEXT("--dump")) || Is(TEXT("--screenshot")) || Is(TEXT("--script"))
-			|| Is(TEXT("--now")) || Is(TEXT("--set"));
+		const bool bKnown = Is(TEXT("--project")) || Is(TEXT("--size")) || Is(TEXT("--scale")) || Is(TEXT("--prompt")) ||
+			Is(TEXT("--dump")) || Is(TEXT("--screenshot")) || Is(TEXT("--script")) || Is(TEXT("--now")) || Is(TEXT("--set"));
 		if (!bKnown)
 		{
 			return FString::Printf(TEXT("Unknown option \"%s\". Try --help."), *Arguments[Index]);
@@ -167,37 +167,31 @@ FString FDesktopOptions::Parse(const TArray<FString>& Arguments)
 
 FString FDesktopOptions::GetHelp()
 {
-	return FString(TEXT("Velmora UI: the chat of an AI co-developer, in a window of its own.\n")
-		TEXT("\n")
-		TEXT("  velmora [options]\n")
-		TEXT("\n")
-		TEXT("  --project DIR      the project that the agent works on (default: this folder)\n")
-		TEXT("  --prompt TEXT      type one prompt, send it, print the answer as Markdown on\n")
-		TEXT("                     standard output and the tools on standard error, then end\n")
-		TEXT("  --dump FILE        write what is on screen and in the conversation as JSON\n")
-		TEXT("  --screenshot FILE  write what is on screen as a PNG picture\n")
-		TEXT("  --script FILE      run the steps of a script, one a line, then end\n")
-		TEXT("  --now TIME         begin at this local time, such as 2026-01-31T12:00:00, and let\n")
-		TEXT("                     time pass by a sixtieth of a second a frame: the same run\n")
-		TEXT("                     gives the same pictures and dumps, byte by byte\n")
-		TEXT("  --set NAME=VALUE   set a console variable; may be given several times\n")
-		TEXT("  --draft            put back the prompt that was not sent last time, and keep this\n")
-		TEXT("                     one, as a session in a window does; for scripts\n")
-		TEXT("  --headless         no window: the same program, painted into memory\n")
-		TEXT("  --size WxH         size of the window in pixels (default 1280x800)\n")
-		TEXT("  --scale F          pixels per unit, 0.5 to 4 (default: GDK_SCALE, or 1)\n")
-		TEXT("  --help, --version\n")
-		TEXT("\n")
-		TEXT("Without a display and with nothing to do (--prompt, --script, --dump or\n")
-		TEXT("--screenshot) the program reads prompts from standard input, one a line, and\n")
-		TEXT("answers each. --prompt comes before --script, --dump and --screenshot after it.\n")
-		TEXT("\n")
-		TEXT("Steps of a script:\n"))
-		+ FScriptFile::GetHelp()
-		+ TEXT("NAME is #Tag (the tags are in a dump), the whole text of a widget, or the first\n")
-		TEXT("line of its tooltip. It must name exactly one thing. A line that begins with #\n")
-		TEXT("is a comment. A dialog that no step answers takes No or Cancel.\n")
-		TEXT("\n")
-		TEXT("Exit codes: 0 all went well, 1 something failed, 2 a wrong option or a script\n")
-		TEXT("that could not be run to its end (the message names the line).\n");
+	return FString(TEXT("Velmora UI: the chat of an AI co-developer, in a window of its own.\n") TEXT("\n") TEXT(
+			   "  velmora [options]\n") TEXT("\n") TEXT("  --project DIR      the project that the agent works on (default: this folder)\n")
+				   TEXT("  --prompt TEXT      type one prompt, send it, print the answer as Markdown on\n") TEXT(
+					   "                     standard output and the tools on standard error, then end\n")
+					   TEXT("  --dump FILE        write what is on screen and in the conversation as JSON\n") TEXT(
+						   "  --screenshot FILE  write what is on screen as a PNG picture\n") TEXT("  --script FILE      run the steps of "
+																								   "a script, one a line, then end\n")
+						   TEXT("  --now TIME         begin at this local time, such as 2026-01-31T12:00:00, and let\n") TEXT(
+							   "                     time pass by a sixtieth of a second a frame: the same run\n")
+							   TEXT("                     gives the same pictures and dumps, byte by byte\n") TEXT(
+								   "  --set NAME=VALUE   set a console variable; may be given several times\n")
+								   TEXT("  --draft            put back the prompt that was not sent last time, and keep this\n") TEXT(
+									   "                     one, as a session in a window does; for scripts\n")
+									   TEXT("  --headless         no window: the same program, painted into memory\n") TEXT(
+										   "  --size WxH         size of the window in pixels (default 1280x800)\n")
+										   TEXT("  --scale F          pixels per unit, 0.5 to 4 (default: GDK_SCALE, or 1)\n") TEXT(
+											   "  --help, --version\n") TEXT("\n") TEXT("Without a display and with nothing to do "
+																						"(--prompt, --script, --dump or\n")
+											   TEXT("--screenshot) the program reads prompts from standard input, one a line, and\n")
+												   TEXT("answers each. --prompt comes before --script, --dump and --screenshot after it.\n")
+													   TEXT("\n") TEXT("Steps of a script:\n")) +
+		FScriptFile::GetHelp() +
+		TEXT("NAME is #Tag (the tags are in a dump), the whole text of a widget, or the first\n")
+			TEXT("line of its tooltip. It must name exactly one thing. A line that begins with #\n")
+				TEXT("is a comment. A dialog that no step answers takes No or Cancel.\n") TEXT("\n")
+					TEXT("Exit codes: 0 all went well, 1 something failed, 2 a wrong option or a script\n")
+						TEXT("that could not be run to its end (the message names the line).\n");
 }

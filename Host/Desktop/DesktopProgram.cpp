@@ -149,7 +149,8 @@ void FDesktopProgram::SetUpServices()
 	Settings = MakeShared<FHostIniStore>(FPaths::ProjectSavedDir() / TEXT("Config/LinuxEditor"));
 	IHostConfigStore::SetCurrent(Settings);
 	// A broken release file keeps nobody from working. There is no place for a toast yet.
-	Velmora::FUpdateGateControl::SetProblemHandler([](const FString& Sentence) { PrintToStandardError(TEXT("velmora: ") + Sentence + TEXT("\n")); });
+	Velmora::FUpdateGateControl::SetProblemHandler(
+		[](const FString& Sentence) { PrintToStandardError(TEXT("velmora: ") + Sentence + TEXT("\n")); });
 	const FString Folder = FPaths::EngineSavedDir() / TEXT("Velmora");
 	Velmora::FUpdateGateControl::Follow(Folder / TEXT("Release.json"), Folder / TEXT("Updates"));
 }
@@ -186,25 +187,27 @@ bool FDesktopProgram::SetUpWindow()
 	FEditorServices::Install();
 	FHostAppStyle::Initialize(HomeFolder / TEXT("Host/Engine/Resources/AppStyle"));
 	FSlateApplication::Create(Window.ToSharedRef());
-	FSlateApplication::Get().SetFrameHook([this]()
-	{
-		if (bScriptRuns)
+	FSlateApplication::Get().SetFrameHook(
+		[this]()
 		{
-			Script->OnFrame();
-		}
-		FSimulatedTime::BeginFrame();
-	});
+			if (bScriptRuns)
+			{
+				Script->OnFrame();
+			}
+			FSimulatedTime::BeginFrame();
+		});
 	FHostDialogs::Install();
 	FProblemToasts::Install(!bHasDisplay);
 	Velmora::FUpdateGateControl::SetProblemHandler([](const FString& Sentence) { FProblemToasts::Tell(Sentence); });
-	FHostPlatform::SetDisplayLostHandler([this]()
-	{
-		if (Draft)
+	FHostPlatform::SetDisplayLostHandler(
+		[this]()
 		{
-			Draft->Finish();
-		}
-		Settings->Finish();
-	});
+			if (Draft)
+			{
+				Draft->Finish();
+			}
+			Settings->Finish();
+		});
 	FHostLevelEditor::Install();
 	FHostSettings::Install();
 	Frame = SNew(SEditorFrame, Log.ToSharedRef());
@@ -380,7 +383,8 @@ bool FDesktopProgram::Answer(const FString& Prompt)
 
 bool FDesktopProgram::WriteDump(const FString& File)
 {
-	return FFileHelper::SaveStringToFile(FStateDump::Make(GetViewModel().Get()), *MakeAbsolute(File), FFileHelper::EEncodingOptions::ForceUTF8WithoutBOM);
+	return FFileHelper::SaveStringToFile(
+		FStateDump::Make(GetViewModel().Get()), *MakeAbsolute(File), FFileHelper::EEncodingOptions::ForceUTF8WithoutBOM);
 }
 
 bool FDesktopProgram::WriteScreenshot(const FString& File)

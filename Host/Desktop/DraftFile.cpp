@@ -18,7 +18,8 @@ namespace
 	/** "p.draft", "p.2.draft" */
 	FString MakeDraftPath(const FString& Path, int32 Number)
 	{
-		return Number == 1 ? Path : FPaths::GetBaseFilename(Path, false) + FString::Printf(TEXT(".%d."), Number) + FPaths::GetExtension(Path);
+		return Number == 1 ? Path
+						   : FPaths::GetBaseFilename(Path, false) + FString::Printf(TEXT(".%d."), Number) + FPaths::GetExtension(Path);
 	}
 
 	/** A descriptor that holds the lock of that draft; -1 when another program holds it. */

@@ -38,11 +38,12 @@ FDraftKeeper::FDraftKeeper(const FString& InPath)
 	, Writer([this]() { Write(); }, DraftWriteSeconds)
 {
 	Look();
-	Ticker = FTSTicker::GetCoreTicker().AddTicker(TEXT("Draft"), DraftLookSeconds, [this](float)
-	{
-		Look();
-		return true;
-	});
+	Ticker = FTSTicker::GetCoreTicker().AddTicker(TEXT("Draft"), DraftLookSeconds,
+		[this](float)
+		{
+			Look();
+			return true;
+		});
 }
 
 FDraftKeeper::~FDraftKeeper()

@@ -14,15 +14,16 @@ namespace
 FOutputLog::FOutputLog()
 {
 	// The sink comes first: what is logged in between stands there twice rather than not at all.
-	SinkHandle = FHostLog::AddSink([this](const FHostLogLine& Line)
-	{
-		const std::lock_guard<std::mutex> Lock(WaitingMutex);
-		if (Waiting.Num() >= MaxLines)
+	SinkHandle = FHostLog::AddSink(
+		[this](const FHostLogLine& Line)
 		{
-			Waiting.RemoveAt(0, MaxLines / 10);
-		}
-		Waiting.Add(Line);
-	});
+			const std::lock_guard<std::mutex> Lock(WaitingMutex);
+			if (Waiting.Num() >= MaxLines)
+			{
+				Waiting.RemoveAt(0, MaxLines / 10);
+			}
+			Waiting.Add(Line);
+		});
 	for (const FHostLogLine& Line : FHostLog::GetRecentLines())
 	{
 		Append(MakePrefix(Line), Line.Text, Line.Verbosity);

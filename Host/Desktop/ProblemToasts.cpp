@@ -23,7 +23,8 @@ namespace
 			PrintToStandardError(TEXT("velmora: ") + Sentence + TEXT("\n"));
 		}
 		// A failure that comes again while it is told needs no second toast.
-		const bool bShown = FHostNotifications::GetVisible().ContainsByPredicate([&Sentence](const FHostToast& Toast) { return Toast.Text.ToString().Equals(Sentence); });
+		const bool bShown = FHostNotifications::GetVisible().ContainsByPredicate(
+			[&Sentence](const FHostToast& Toast) { return Toast.Text.ToString().Equals(Sentence); });
 		if (bShown || !FSlateApplication::IsInitialized())
 		{
 			return;
@@ -41,12 +42,13 @@ void FProblemToasts::Install(bool bAlsoPrint)
 {
 	bPrintsProblems = bAlsoPrint;
 	FHostPlatform::SetProblemHandler([](const FString& Sentence) { ShowProblem(Sentence); });
-	FHostServices::SetSaveFailureHook([](const FString& Path, const FString& Reason)
-	{
-		// Saves fail on any thread, and a toast within the save itself could be asked for while widgets are laid out.
-		const FString Sentence = FString::Printf(TEXT("%s could not be saved: %s"), *Path, *Reason);
-		AsyncTask(ENamedThreads::GameThread, [Sentence]() { ShowProblem(Sentence); });
-	});
+	FHostServices::SetSaveFailureHook(
+		[](const FString& Path, const FString& Reason)
+		{
+			// Saves fail on any thread, and a toast within the save itself could be asked for while widgets are laid out.
+			const FString Sentence = FString::Printf(TEXT("%s could not be saved: %s"), *Path, *Reason);
+			AsyncTask(ENamedThreads::GameThread, [Sentence]() { ShowProblem(Sentence); });
+		});
 }
 
 void FProblemToasts::Tell(const FString& Sentence)

@@ -23,58 +23,61 @@
 namespace
 {
 
-FSlateIcon GetFrameIcon(const TCHAR* Name)
-{
-	return FSlateIcon(FAppStyle::GetAppStyleSetName(), Name);
-}
-
-void AddTabEntry(FMenuBuilder& Builder, const TSharedRef<FTabSpawnerEntry>& Spawner)
-{
-	if (Spawner->GetMenuType() != ETabSpawnerMenuType::Hidden)
+	FSlateIcon GetFrameIcon(const TCHAR* Name)
 	{
-		const FName TabType = Spawner->GetTabType();
-		const bool bEnabled = Spawner->GetMenuType() == ETabSpawnerMenuType::Enabled;
-		Builder.AddMenuEntry(Spawner->GetDisplayName(), Spawner->GetTooltipText(), Spawner->GetIcon(),
-			FUIAction(FExecuteAction::CreateLambda([TabType] { FGlobalTabmanager::Get()->TryInvokeTab(FTabId(TabType)); }), FCanExecuteAction::CreateLambda([bEnabled] { return bEnabled; })));
+		return FSlateIcon(FAppStyle::GetAppStyleSetName(), Name);
 	}
-}
 
-/** A group as a section, and the groups in it behind it. */
-void AddTabGroup(FMenuBuilder& Builder, const TSharedRef<FWorkspaceItem>& Group)
-{
-	Builder.BeginSection(NAME_None, Group->GetDisplayName());
-	for (const TSharedRef<FWorkspaceItem>& Item : Group->GetChildItems())
+	void AddTabEntry(FMenuBuilder& Builder, const TSharedRef<FTabSpawnerEntry>& Spawner)
 	{
-		if (const TSharedPtr<FTabSpawnerEntry> Spawner = Item->AsSpawnerEntry())
+		if (Spawner->GetMenuType() != ETabSpawnerMenuType::Hidden)
 		{
-			AddTabEntry(Builder, Spawner.ToSharedRef());
+			const FName TabType = Spawner->GetTabType();
+			const bool bEnabled = Spawner->GetMenuType() == ETabSpawnerMenuType::Enabled;
+			Builder.AddMenuEntry(Spawner->GetDisplayName(), Spawner->GetTooltipText(), Spawner->GetIcon(),
+				FUIAction(FExecuteAction::CreateLambda([TabType] { FGlobalTabmanager::Get()->TryInvokeTab(FTabId(TabType)); }),
+					FCanExecuteAction::CreateLambda([bEnabled] { return bEnabled; })));
 		}
 	}
-	Builder.EndSection();
-	for (const TSharedRef<FWorkspaceItem>& Item : Group->GetChildItems())
+
+	/** A group as a section, and the groups in it behind it. */
+	void AddTabGroup(FMenuBuilder& Builder, const TSharedRef<FWorkspaceItem>& Group)
 	{
-		if (!Item->AsSpawnerEntry())
+		Builder.BeginSection(NAME_None, Group->GetDisplayName());
+		for (const TSharedRef<FWorkspaceItem>& Item : Group->GetChildItems())
 		{
-			AddTabGroup(Builder, Item);
+			if (const TSharedPtr<FTabSpawnerEntry> Spawner = Item->AsSpawnerEntry())
+			{
+				AddTabEntry(Builder, Spawner.ToSharedRef());
+			}
+		}
+		Builder.EndSection();
+		for (const TSharedRef<FWorkspaceItem>& Item : Group->GetChildItems())
+		{
+			if (!Item->AsSpawnerEntry())
+			{
+				AddTabGroup(Builder, Item);
+			}
 		}
 	}
-}
 
-void ShowAbout()
-{
-	const TSharedPtr<IPlugin> Plugin = IPluginManager::Get().FindPlugin(TEXT("Velmora"));
-	const FString Version = Plugin ? Plugin->GetDescriptor().VersionName : FString();
-	FMessageDialog::Open(EAppMsgCategory::Info, EAppMsgType::Ok,
-		FText::Format(LOCTEXT("AboutText", "Velmora UI {0}\nThe chat of an AI co-developer, in a window of its own."), FText::FromString(Version)), LOCTEXT("AboutTitle", "About Velmora UI"));
-}
-
-void OpenUserGuide()
-{
-	if (const TSharedPtr<IPlugin> Plugin = IPluginManager::Get().FindPlugin(TEXT("Velmora")))
+	void ShowAbout()
 	{
-		FPlatformProcess::LaunchFileInDefaultExternalApplication(*(Plugin->GetBaseDir() / TEXT("Docs/user-guide.md")));
+		const TSharedPtr<IPlugin> Plugin = IPluginManager::Get().FindPlugin(TEXT("Velmora"));
+		const FString Version = Plugin ? Plugin->GetDescriptor().VersionName : FString();
+		FMessageDialog::Open(EAppMsgCategory::Info, EAppMsgType::Ok,
+			FText::Format(LOCTEXT("AboutText", "Velmora UI {0}\nThe chat of an AI co-developer, in a window of its own."),
+				FText::FromString(Version)),
+			LOCTEXT("AboutTitle", "About Velmora UI"));
 	}
-}
+
+	void OpenUserGuide()
+	{
+		if (const TSharedPtr<IPlugin> Plugin = IPluginManager::Get().FindPlugin(TEXT("Velmora")))
+		{
+			FPlatformProcess::LaunchFileInDefaultExternalApplication(*(Plugin->GetBaseDir() / TEXT("Docs/user-guide.md")));
+		}
+	}
 
 } // namespace
 
@@ -111,43 +114,52 @@ SEditorFrame::~SEditorFrame()
 void SEditorFrame::MapCommands()
 {
 	const FEditorFrameCommands& Commands = FEditorFrameCommands::Get();
-	CommandList->MapAction(Commands.Exit, FExecuteAction::CreateLambda([] { FSlateApplication::Get().GetMessageHandler().OnCloseRequested(); }));
+	CommandList->MapAction(
+		Commands.Exit, FExecuteAction::CreateLambda([] { FSlateApplication::Get().GetMessageHandler().OnCloseRequested(); }));
 	MapTextCommand(Commands.Undo, &SHostTextWidget::Undo, [](const SHostTextWidget& Text) { return Text.CanUndo() && !Text.IsReadOnly(); });
 	MapTextCommand(Commands.Redo, &SHostTextWidget::Redo, [](const SHostTextWidget& Text) { return Text.CanRedo() && !Text.IsReadOnly(); });
-	MapTextCommand(Commands.Cut, &SHostTextWidget::CutSelectedText, [](const SHostTextWidget& Text) { return Text.AnyTextSelected() && !Text.IsReadOnly(); });
+	MapTextCommand(Commands.Cut, &SHostTextWidget::CutSelectedText,
+		[](const SHostTextWidget& Text) { return Text.AnyTextSelected() && !Text.IsReadOnly(); });
 	MapTextCommand(Commands.Copy, &SHostTextWidget::CopySelectedText, [](const SHostTextWidget& Text) { return Text.AnyTextSelected(); });
 	MapTextCommand(Commands.Paste, &SHostTextWidget::PasteText, [](const SHostTextWidget& Text) { return !Text.IsReadOnly(); });
-	MapTextCommand(Commands.SelectAll, &SHostTextWidget::SelectAllText, [](const SHostTextWidget& Text) { return !Text.GetText().IsEmpty(); });
-	CommandList->MapAction(
-		Commands.CloseTab,
-		FExecuteAction::CreateSPLambda(this, [this] {
-			if (const TSharedPtr<SDockTab> Tab = DockArea->GetActiveTab())
+	MapTextCommand(
+		Commands.SelectAll, &SHostTextWidget::SelectAllText, [](const SHostTextWidget& Text) { return !Text.GetText().IsEmpty(); });
+	CommandList->MapAction(Commands.CloseTab,
+		FExecuteAction::CreateSPLambda(this,
+			[this]
 			{
-				Tab->RequestCloseTab();
-			}
-		}),
+				if (const TSharedPtr<SDockTab> Tab = DockArea->GetActiveTab())
+				{
+					Tab->RequestCloseTab();
+				}
+			}),
 		FCanExecuteAction::CreateSPLambda(this, [this] { return DockArea->GetActiveTab().IsValid(); }));
-	CommandList->MapAction(Commands.OpenProjectFolder, FExecuteAction::CreateLambda([] { FPlatformProcess::LaunchFileInDefaultExternalApplication(*FPaths::ProjectDir()); }));
-	CommandList->MapAction(
-		Commands.RefreshFileIndex, FExecuteAction::CreateLambda([] { Velmora::FProjectFileCache::Get().RefreshCache(); }), FCanExecuteAction::CreateLambda([] { return !Velmora::FProjectFileCache::Get().IsIndexing(); }));
+	CommandList->MapAction(Commands.OpenProjectFolder,
+		FExecuteAction::CreateLambda([] { FPlatformProcess::LaunchFileInDefaultExternalApplication(*FPaths::ProjectDir()); }));
+	CommandList->MapAction(Commands.RefreshFileIndex,
+		FExecuteAction::CreateLambda([] { Velmora::FProjectFileCache::Get().RefreshCache(); }),
+		FCanExecuteAction::CreateLambda([] { return !Velmora::FProjectFileCache::Get().IsIndexing(); }));
 	CommandList->MapAction(Commands.UserGuide, FExecuteAction::CreateStatic(&OpenUserGuide));
 	CommandList->MapAction(Commands.About, FExecuteAction::CreateStatic(&ShowAbout));
 }
 
 void SEditorFrame::MapTextCommand(const TSharedPtr<FUICommandInfo>& Command, FTextAction Action, bool (*CanDo)(const SHostTextWidget&))
 {
-	CommandList->MapAction(
-		Command,
-		FExecuteAction::CreateSPLambda(this, [this, Action] {
-			if (const TSharedPtr<SHostTextWidget> Text = GetEditedText())
+	CommandList->MapAction(Command,
+		FExecuteAction::CreateSPLambda(this,
+			[this, Action]
 			{
-				(Text.Get()->*Action)();
-			}
-		}),
-		FCanExecuteAction::CreateSPLambda(this, [this, CanDo] {
-			const TSharedPtr<SHostTextWidget> Text = GetEditedText();
-			return Text && CanDo(*Text);
-		}));
+				if (const TSharedPtr<SHostTextWidget> Text = GetEditedText())
+				{
+					(Text.Get()->*Action)();
+				}
+			}),
+		FCanExecuteAction::CreateSPLambda(this,
+			[this, CanDo]
+			{
+				const TSharedPtr<SHostTextWidget> Text = GetEditedText();
+				return Text && CanDo(*Text);
+			}));
 }
 
 TSharedRef<SWidget> SEditorFrame::MakeMenuBar()
@@ -167,12 +179,15 @@ TSharedRef<SWidget> SEditorFrame::MakeMenuBar()
 	FMenuBarBuilder Builder(CommandList);
 	for (const FMenuRow& Menu : Menus)
 	{
-		Builder.AddPullDownMenu(Menu.Label, FText::GetEmpty(), FNewMenuDelegate::CreateSPLambda(this, [this, Build = Menu.Build](FMenuBuilder& Opened) {
-			// Modules come and go while the bar stands.
-			Opened.PushExtender(FHostLevelEditor::GetMenuExtenders());
-			(this->*Build)(Opened);
-			Opened.PopExtender();
-		}));
+		Builder.AddPullDownMenu(Menu.Label, FText::GetEmpty(),
+			FNewMenuDelegate::CreateSPLambda(this,
+				[this, Build = Menu.Build](FMenuBuilder& Opened)
+				{
+					// Modules come and go while the bar stands.
+					Opened.PushExtender(FHostLevelEditor::GetMenuExtenders());
+					(this->*Build)(Opened);
+					Opened.PopExtender();
+				}));
 	}
 	MenuBar = StaticCastSharedRef<SMenuBar>(Builder.MakeWidget());
 	MenuBar->SetTag("MenuBar");
@@ -183,7 +198,9 @@ TSharedRef<SWidget> SEditorFrame::MakeMenuBar()
 void SEditorFrame::RegisterLogTab()
 {
 	FGlobalTabmanager::Get()
-		->RegisterNomadTabSpawner(GetLogTabName(), FOnSpawnTab::CreateSPLambda(this, [this](const FSpawnTabArgs&) { return SNew(SDockTab).TabRole(ETabRole::NomadTab)[SNew(SOutputLog, Log)]; }))
+		->RegisterNomadTabSpawner(GetLogTabName(),
+			FOnSpawnTab::CreateSPLambda(
+				this, [this](const FSpawnTabArgs&) { return SNew(SDockTab).TabRole(ETabRole::NomadTab)[SNew(SOutputLog, Log)]; }))
 		.SetDisplayName(LOCTEXT("LogTab", "Output Log"))
 		.SetTooltipText(LOCTEXT("LogTabTooltip", "Open the log of the program, with the console"))
 		.SetGroup(WorkspaceMenu::GetMenuStructure().GetDeveloperToolsLogCategory())
@@ -237,7 +254,8 @@ void SEditorFrame::BuildToolsMenu(FMenuBuilder& Builder)
 {
 	const FEditorFrameCommands& Commands = FEditorFrameCommands::Get();
 	Builder.BeginSection("Programming", LOCTEXT("ProgrammingSection", "Programming"));
-	Builder.AddMenuEntry(Commands.OpenProjectFolder, NAME_None, TAttribute<FText>(), TAttribute<FText>(), GetFrameIcon(TEXT("Icons.FolderOpen")));
+	Builder.AddMenuEntry(
+		Commands.OpenProjectFolder, NAME_None, TAttribute<FText>(), TAttribute<FText>(), GetFrameIcon(TEXT("Icons.FolderOpen")));
 	Builder.AddMenuEntry(Commands.RefreshFileIndex);
 	Builder.EndSection();
 }

@@ -16,30 +16,30 @@
 namespace
 {
 
-/** About a tenth of what the log holds, so that a filter over all of it is done in ten frames. */
-constexpr int32 LinesFilteredAFrame = 10000;
-constexpr int32 MaxListedNames = 100;
-constexpr float LogTextSide = 8.0f;
-constexpr float LogBarRoom = 12.0f;
+	/** About a tenth of what the log holds, so that a filter over all of it is done in ten frames. */
+	constexpr int32 LinesFilteredAFrame = 10000;
+	constexpr int32 MaxListedNames = 100;
+	constexpr float LogTextSide = 8.0f;
+	constexpr float LogBarRoom = 12.0f;
 
-FSlateColor GetLogColor(ELogVerbosity::Type Verbosity)
-{
-	switch (Verbosity)
+	FSlateColor GetLogColor(ELogVerbosity::Type Verbosity)
 	{
-	case ELogVerbosity::Fatal:
-	case ELogVerbosity::Error:
-		return FSlateColor(FAppStyle::GetColor("Colors.Error"));
-	case ELogVerbosity::Warning:
-		return FSlateColor(FAppStyle::GetColor("Colors.Warning"));
-	case ELogVerbosity::Display:
-		return FSlateColor(FAppStyle::GetColor("Colors.ForegroundStrong"));
-	case ELogVerbosity::Verbose:
-	case ELogVerbosity::VeryVerbose:
-		return FSlateColor(FAppStyle::GetColor("Colors.ForegroundSubdued"));
-	default:
-		return FSlateColor(FAppStyle::GetColor("Colors.Foreground"));
+		switch (Verbosity)
+		{
+		case ELogVerbosity::Fatal:
+		case ELogVerbosity::Error:
+			return FSlateColor(FAppStyle::GetColor("Colors.Error"));
+		case ELogVerbosity::Warning:
+			return FSlateColor(FAppStyle::GetColor("Colors.Warning"));
+		case ELogVerbosity::Display:
+			return FSlateColor(FAppStyle::GetColor("Colors.ForegroundStrong"));
+		case ELogVerbosity::Verbose:
+		case ELogVerbosity::VeryVerbose:
+			return FSlateColor(FAppStyle::GetColor("Colors.ForegroundSubdued"));
+		default:
+			return FSlateColor(FAppStyle::GetColor("Colors.Foreground"));
+		}
 	}
-}
 
 } // namespace
 

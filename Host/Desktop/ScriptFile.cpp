@@ -39,24 +39,37 @@ namespace
 	};
 
 	constexpr FScriptVerbRow ScriptVerbs[] = {
-		{ TEXT("type"), EScriptVerb::Type, EScriptArguments::Escaped, TEXT("type TEXT"), TEXT("types the rest of the line; \\n is Enter, \\t is Tab, \\\\ a backslash") },
-		{ TEXT("key"), EScriptVerb::Key, EScriptArguments::Chord, TEXT("key CHORD"), TEXT("presses a key such as CTRL+ENTER, SHIFT+TAB, ESC, F5") },
+		{ TEXT("type"), EScriptVerb::Type, EScriptArguments::Escaped, TEXT("type TEXT"),
+			TEXT("types the rest of the line; \\n is Enter, \\t is Tab, \\\\ a backslash") },
+		{ TEXT("key"), EScriptVerb::Key, EScriptArguments::Chord, TEXT("key CHORD"),
+			TEXT("presses a key such as CTRL+ENTER, SHIFT+TAB, ESC, F5") },
 		{ TEXT("click"), EScriptVerb::Click, EScriptArguments::Name, TEXT("click NAME"), TEXT("clicks in the middle of a widget") },
 		{ TEXT("move"), EScriptVerb::Move, EScriptArguments::Name, TEXT("move NAME"), TEXT("moves the pointer there") },
-		{ TEXT("drag"), EScriptVerb::Drag, EScriptArguments::NameAndMove, TEXT("drag NAME X Y"), TEXT("presses there, moves by X right and Y down (pixels), lets go") },
-		{ TEXT("scroll"), EScriptVerb::Scroll, EScriptArguments::NameAndNotches, TEXT("scroll NAME N"), TEXT("turns the wheel there by N notches, up when positive") },
-		{ TEXT("wait idle"), EScriptVerb::WaitIdle, EScriptArguments::Seconds, TEXT("wait idle SECONDS"), TEXT("until the agent rests and the picture stands still") },
-		{ TEXT("wait state"), EScriptVerb::WaitState, EScriptArguments::StateAndSeconds, TEXT("wait state NAME SECONDS"), TEXT("until the conversation is in that state") },
+		{ TEXT("drag"), EScriptVerb::Drag, EScriptArguments::NameAndMove, TEXT("drag NAME X Y"),
+			TEXT("presses there, moves by X right and Y down (pixels), lets go") },
+		{ TEXT("scroll"), EScriptVerb::Scroll, EScriptArguments::NameAndNotches, TEXT("scroll NAME N"),
+			TEXT("turns the wheel there by N notches, up when positive") },
+		{ TEXT("wait idle"), EScriptVerb::WaitIdle, EScriptArguments::Seconds, TEXT("wait idle SECONDS"),
+			TEXT("until the agent rests and the picture stands still") },
+		{ TEXT("wait state"), EScriptVerb::WaitState, EScriptArguments::StateAndSeconds, TEXT("wait state NAME SECONDS"),
+			TEXT("until the conversation is in that state") },
 		{ TEXT("tick"), EScriptVerb::Tick, EScriptArguments::Frames, TEXT("tick N"), TEXT("lets N frames pass") },
-		{ TEXT("resize"), EScriptVerb::Resize, EScriptArguments::Size, TEXT("resize W H"), TEXT("changes the size of the window (pixels)") },
-		{ TEXT("answer file"), EScriptVerb::AnswerFile, EScriptArguments::Name, TEXT("answer file PATH"), TEXT("saves there in the open save dialog, replacing a file") },
-		{ TEXT("answer"), EScriptVerb::Answer, EScriptArguments::Name, TEXT("answer BUTTON"), TEXT("presses that button of the open dialog") },
-		{ TEXT("update"), EScriptVerb::Update, EScriptArguments::GateState, TEXT("update STATE [N]"), TEXT("takes the update gate to a state, Downloading at N percent") },
+		{ TEXT("resize"), EScriptVerb::Resize, EScriptArguments::Size, TEXT("resize W H"),
+			TEXT("changes the size of the window (pixels)") },
+		{ TEXT("answer file"), EScriptVerb::AnswerFile, EScriptArguments::Name, TEXT("answer file PATH"),
+			TEXT("saves there in the open save dialog, replacing a file") },
+		{ TEXT("answer"), EScriptVerb::Answer, EScriptArguments::Name, TEXT("answer BUTTON"),
+			TEXT("presses that button of the open dialog") },
+		{ TEXT("update"), EScriptVerb::Update, EScriptArguments::GateState, TEXT("update STATE [N]"),
+			TEXT("takes the update gate to a state, Downloading at N percent") },
 		{ TEXT("dump"), EScriptVerb::Dump, EScriptArguments::Name, TEXT("dump FILE"), TEXT("as --dump, at this moment") },
-		{ TEXT("screenshot"), EScriptVerb::Screenshot, EScriptArguments::Name, TEXT("screenshot FILE"), TEXT("as --screenshot, at this moment") },
+		{ TEXT("screenshot"), EScriptVerb::Screenshot, EScriptArguments::Name, TEXT("screenshot FILE"),
+			TEXT("as --screenshot, at this moment") },
 		{ TEXT("close-tab"), EScriptVerb::CloseTab, EScriptArguments::None, TEXT("close-tab"), TEXT("closes the tab") },
-		{ TEXT("open-tab"), EScriptVerb::OpenTab, EScriptArguments::None, TEXT("open-tab"), TEXT("opens the tab, or brings it to the front") },
-		{ TEXT("quit"), EScriptVerb::Quit, EScriptArguments::None, TEXT("quit"), TEXT("ends the program; the end of the script does so too") },
+		{ TEXT("open-tab"), EScriptVerb::OpenTab, EScriptArguments::None, TEXT("open-tab"),
+			TEXT("opens the tab, or brings it to the front") },
+		{ TEXT("quit"), EScriptVerb::Quit, EScriptArguments::None, TEXT("quit"),
+			TEXT("ends the program; the end of the script does so too") },
 	};
 
 	struct FKeyAlias
@@ -184,7 +197,8 @@ namespace
 			const FString Y = TakeLastWord(Rest);
 			const FString X = TakeLastWord(Rest);
 			Step.Text = Rest;
-			return !Rest.IsEmpty() && ParseNumber(X, -MaxPixels, MaxPixels, false, Step.X) && ParseNumber(Y, -MaxPixels, MaxPixels, false, Step.Y);
+			return !Rest.IsEmpty() && ParseNumber(X, -MaxPixels, MaxPixels, false, Step.X) &&
+				ParseNumber(Y, -MaxPixels, MaxPixels, false, Step.Y);
 		}
 		case EScriptArguments::NameAndNotches:
 		{

@@ -36,7 +36,8 @@ struct FScriptStep
 	FString Text;
 	FKey Key;
 	FModifierKeysState Modifiers;
-	/** A move or a size in pixels, notches, a count of frames, a percentage (negative for none), or (X) the seconds that a wait may take. */
+	/** A move or a size in pixels, notches, a count of frames, a percentage (negative for none), or (X) the seconds that a wait may take.
+	 */
 	double X = 0.0;
 	double Y = 0.0;
 };

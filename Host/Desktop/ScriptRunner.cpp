@@ -148,7 +148,8 @@ void FScriptRunner::Begin(const FScriptStep& Step)
 		AnswerDialog(Step);
 		break;
 	case EScriptVerb::Update:
-		Velmora::FUpdateGateControl::SetStateByWord(Step.Text, Step.X < 0.0 ? TOptional<int32>() : TOptional<int32>(static_cast<int32>(Step.X)));
+		Velmora::FUpdateGateControl::SetStateByWord(
+			Step.Text, Step.X < 0.0 ? TOptional<int32>() : TOptional<int32>(static_cast<int32>(Step.X)));
 		break;
 	case EScriptVerb::Dump:
 	case EScriptVerb::Screenshot:
@@ -211,7 +212,8 @@ void FScriptRunner::Point(const FScriptStep& Step, bool bMayScroll)
 {
 	FScriptTarget Target;
 	FString Complaint = FScriptTarget::Find(Step.Text, Target.Widget);
-	if (Complaint.IsEmpty() && bMayScroll && !FScriptTarget::GetVisiblePoint(*Target.Widget).IsSet() && FScriptTarget::BringIntoView(Target.Widget.ToSharedRef()))
+	if (Complaint.IsEmpty() && bMayScroll && !FScriptTarget::GetVisiblePoint(*Target.Widget).IsSet() &&
+		FScriptTarget::BringIntoView(Target.Widget.ToSharedRef()))
 	{
 		// Two frames: one scrolls, the next has everything in its place.
 		Pending.Add([]() {});
@@ -326,7 +328,8 @@ bool FScriptRunner::IsDialogAnswered() const
 		{
 			TSharedPtr<SWidget> Widget;
 			const TSharedPtr<SWindow> Dialog = FSlateApplication::Get().GetActiveModalWindow();
-			return Dialog && FScriptTarget::Find(Steps[Index].Text, Widget).IsEmpty() && GetLayerRoot(Widget) == GetLayerRoot(Dialog->GetContent());
+			return Dialog && FScriptTarget::Find(Steps[Index].Text, Widget).IsEmpty() &&
+				GetLayerRoot(Widget) == GetLayerRoot(Dialog->GetContent());
 		}
 		case EScriptVerb::Move:
 		case EScriptVerb::WaitIdle:
@@ -358,7 +361,8 @@ void FScriptRunner::AnswerDialog(const FScriptStep& Step)
 	const bool bIsFile = Messages.IsEmpty() && FHostFileDialogs::GetOpen().IsSet();
 	if (Step.Verb == EScriptVerb::AnswerFile)
 	{
-		const FString Complaint = bIsFile ? FHostFileDialogs::AnswerOpen(MakeAbsolute(Step.Text)) : FString(TEXT("No save dialog is open."));
+		const FString Complaint =
+			bIsFile ? FHostFileDialogs::AnswerOpen(MakeAbsolute(Step.Text)) : FString(TEXT("No save dialog is open."));
 		if (!Complaint.IsEmpty())
 		{
 			Fail(Step, Complaint);
@@ -377,7 +381,9 @@ void FScriptRunner::AnswerDialog(const FScriptStep& Step)
 	}
 	else if (!FHostDialogs::AnswerOpenDialog(Step.Text))
 	{
-		Fail(Step, FString::Printf(TEXT("The dialog has no button \"%s\", but: %s."), *Step.Text, *FString::Join(Messages.Last().Buttons, TEXT(", "))));
+		Fail(Step,
+			FString::Printf(
+				TEXT("The dialog has no button \"%s\", but: %s."), *Step.Text, *FString::Join(Messages.Last().Buttons, TEXT(", "))));
 	}
 }
 
@@ -392,5 +398,6 @@ void FScriptRunner::DismissDialog()
 	}
 	const FHostOpenDialog Dialog = FHostDialogs::GetOpenDialogs().Last();
 	const FString Button = FHostDialogs::DismissOpenDialog();
-	PrintToStandardError(FString::Printf(TEXT("velmora: script %s: no step answers \"%s: %s\", so it takes %s.\n"), *Name, *Dialog.Title, *Dialog.Message, *Button));
+	PrintToStandardError(FString::Printf(
+		TEXT("velmora: script %s: no step answers \"%s: %s\", so it takes %s.\n"), *Name, *Dialog.Title, *Dialog.Message, *Button));
 }

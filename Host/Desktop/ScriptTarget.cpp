@@ -19,7 +19,8 @@ namespace
 	{
 		const FSlateRect Rect = Widget.GetCachedGeometry().GetLayoutBoundingRect();
 		const FString Tag = Widget.GetTag().IsNone() ? FString() : TEXT(" #") + Widget.GetTag().ToString();
-		return FString::Printf(TEXT("%s%s at %.0f, %.0f (%.0f x %.0f)"), *Widget.GetType().ToString(), *Tag, Rect.Left, Rect.Top, Rect.Width(), Rect.Height());
+		return FString::Printf(
+			TEXT("%s%s at %.0f, %.0f (%.0f x %.0f)"), *Widget.GetType().ToString(), *Tag, Rect.Left, Rect.Top, Rect.Width(), Rect.Height());
 	}
 }
 
@@ -40,10 +41,10 @@ FString FScriptTarget::Find(const FString& Name, TSharedPtr<SWidget>& OutWidget)
 	TArray<TSharedRef<SWidget>> Hits = FWidgetFinder::FindByName(Name);
 	// A control and the text inside it are one thing to a user.
 	const TArray<TSharedRef<SWidget>> All = Hits;
-	Hits.RemoveAll([&All](const TSharedRef<SWidget>& Hit)
-	{
-		return All.ContainsByPredicate([&Hit](const TSharedRef<SWidget>& Other) { return Other != Hit && IsInside(Other, Hit.Get()); });
-	});
+	Hits.RemoveAll(
+		[&All](const TSharedRef<SWidget>& Hit) {
+			return All.ContainsByPredicate([&Hit](const TSharedRef<SWidget>& Other) { return Other != Hit && IsInside(Other, Hit.Get()); });
+		});
 	// What an open menu offers is what is meant, whatever else has that name.
 	const TArray<TSharedRef<SWidget>> InMenus = Hits.FilterByPredicate([](const TSharedRef<SWidget>& Hit) { return IsInMenu(Hit.Get()); });
 	if (InMenus.Num() > 0)
@@ -61,7 +62,8 @@ FString FScriptTarget::Find(const FString& Name, TSharedPtr<SWidget>& OutWidget)
 		{
 			List += (Index > 0 ? TEXT("; ") : TEXT("")) + DescribeHit(Hits[Index].Get());
 		}
-		return FString::Printf(TEXT("%d widgets are called \"%s\": %s%s."), Hits.Num(), *Name, *List, Hits.Num() > MaxListedHits ? TEXT("; and more") : TEXT(""));
+		return FString::Printf(TEXT("%d widgets are called \"%s\": %s%s."), Hits.Num(), *Name, *List,
+			Hits.Num() > MaxListedHits ? TEXT("; and more") : TEXT(""));
 	}
 	OutWidget = Hits[0];
 	return FString();
@@ -70,7 +72,8 @@ FString FScriptTarget::Find(const FString& Name, TSharedPtr<SWidget>& OutWidget)
 TOptional<FVector2D> FScriptTarget::GetVisiblePoint(const SWidget& Widget)
 {
 	const FIntPoint Size = FSlateApplication::Get().GetWindow().GetPixelSize();
-	FSlateRect Visible = Widget.GetCachedGeometry().GetLayoutBoundingRect().IntersectionWith(FSlateRect(0.0f, 0.0f, static_cast<float>(Size.X), static_cast<float>(Size.Y)));
+	FSlateRect Visible = Widget.GetCachedGeometry().GetLayoutBoundingRect().IntersectionWith(
+		FSlateRect(0.0f, 0.0f, static_cast<float>(Size.X), static_cast<float>(Size.Y)));
 	for (TSharedPtr<SWidget> Parent = Widget.GetParentWidget(); Parent; Parent = Parent->GetParentWidget())
 	{
 		if (Parent->GetClipping() != EWidgetClipping::Inherit)
@@ -109,11 +112,13 @@ FString FScriptTarget::Reach(const FString& Name, FScriptTarget& Target)
 	const TArray<TSharedRef<SWidget>> Path = FSlateApplication::Get().GetPathUnderPoint(Target.Point);
 	// Texts let the pointer through to what they stand in, so a widget around the target will do.
 	const SWidget* const Last = Path.Num() > 0 ? &Path.Last().Get() : nullptr;
-	const bool bOnPath = Path.ContainsByPredicate([&Target](const TSharedRef<SWidget>& Widget) { return &Widget.Get() == Target.Widget.Get(); });
+	const bool bOnPath =
+		Path.ContainsByPredicate([&Target](const TSharedRef<SWidget>& Widget) { return &Widget.Get() == Target.Widget.Get(); });
 	const bool bReached = bOnPath || (Last && IsInside(Target.Widget, *Last));
 	if (bReached)
 	{
 		return FString();
 	}
-	return FString::Printf(TEXT("\"%s\" is covered by %s."), *Name, *(Last ? DescribeHit(*Last) : FString(TEXT("something that takes no input"))));
+	return FString::Printf(
+		TEXT("\"%s\" is covered by %s."), *Name, *(Last ? DescribeHit(*Last) : FString(TEXT("something that takes no input"))));
 }

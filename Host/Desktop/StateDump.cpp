@@ -155,7 +155,8 @@ FString FStateDump::Make(const FChatViewModel* ViewModel)
 {
 	const TSharedRef<FJsonObject> Root = MakeShared<FJsonObject>();
 	Root->SetStringField(TEXT("statusText"), ViewModel ? ViewModel->GetStatusText() : FString(TEXT("Not initialized")));
-	Root->SetStringField(TEXT("state"), ViewModel ? FStateWords::Get(ViewModel->GetState()) : FStateWords::Get(Velmora::EConversationState::NotStarted));
+	Root->SetStringField(
+		TEXT("state"), ViewModel ? FStateWords::Get(ViewModel->GetState()) : FStateWords::Get(Velmora::EConversationState::NotStarted));
 	TArray<TSharedPtr<FJsonValue>> Messages;
 	TArray<FString> Chips;
 	if (ViewModel)

@@ -4,7 +4,8 @@
 
 class FChatViewModel;
 
-/** Writes what is on screen and in the conversation, for people who automate the program. With a simulated clock nothing in it depends on the machine. */
+/** Writes what is on screen and in the conversation, for people who automate the program. With a simulated clock nothing in it depends on
+ * the machine. */
 class FStateDump
 {
 public:

@@ -27,13 +27,18 @@ namespace
 			File = "Source/" + Project.MakeName() + "/" + Project.MakeName() + ".cpp";
 			Lead = Project.MakeNumber(3, 60);
 			Line = Lead + 2;
-			Project.Write(File, Filler(Lead) + "/** Turns a key into a reply. */\nint " + Symbol + "(int Key)\n{\n\treturn Key + 41;\n}\n\nint After = 0;\n");
+			Project.Write(File,
+				Filler(Lead) + "/** Turns a key into a reply. */\nint " + Symbol +
+					"(int Key)\n{\n\treturn Key + 41;\n}\n\nint After = 0;\n");
 			Project.Write("Source/Other.cpp", "void Use()\n{\n\t" + Symbol + "(3);\n}\n");
 			Project.Write("README.md", "# Garden tools\n\nCounts the snails in a garden.\n");
 			Project.Write("Config/Default.ini", "[Keys]\nModifier=\"Ctrl\"\n");
 		}
 
-		std::string LinkTo(const std::string& Path, int AtLine) const { return "[" + Path + ":" + std::to_string(AtLine) + "](file://" + Project.PathOf(Path) + ")"; }
+		std::string LinkTo(const std::string& Path, int AtLine) const
+		{
+			return "[" + Path + ":" + std::to_string(AtLine) + "](file://" + Project.PathOf(Path) + ")";
+		}
 
 		std::string Symbol;
 		std::string File;
@@ -65,7 +70,8 @@ TEST_F(AgentAnswers, EveryWayOfAskingFindsTheDefinition)
 		SCOPED_TRACE(Question);
 		const std::string Answer = Ask(Question);
 		EXPECT_TRUE(Holds(Answer, "`" + Symbol + "` is defined in " + LinkTo(File, Line))) << Answer;
-		EXPECT_TRUE(Holds(Answer, "```cpp\n/** Turns a key into a reply. */\nint " + Symbol + "(int Key)\n{\n\treturn Key + 41;\n}\n```\n")) << Answer;
+		EXPECT_TRUE(Holds(Answer, "```cpp\n/** Turns a key into a reply. */\nint " + Symbol + "(int Key)\n{\n\treturn Key + 41;\n}\n```\n"))
+			<< Answer;
 		EXPECT_FALSE(Holds(Answer, "After = 0")) << Answer;
 	}
 }
@@ -136,7 +142,10 @@ TEST_F(AgentAnswers, ShowsFilesAndLines)
 TEST_F(AgentAnswers, ListsFolders)
 {
 	const std::string Answer = Ask("list Source");
-	EXPECT_TRUE(Holds(Answer, "`Source/` has 2 entries.\n- `" + File.substr(7, 12) + "/` 1 file\n- [Source/Other.cpp](file://" + Project.PathOf("Source/Other.cpp") + ")")) << Answer;
+	EXPECT_TRUE(Holds(Answer,
+		"`Source/` has 2 entries.\n- `" + File.substr(7, 12) + "/` 1 file\n- [Source/Other.cpp](file://" +
+			Project.PathOf("Source/Other.cpp") + ")"))
+		<< Answer;
 	EXPECT_EQ(Ask("What is in Source?"), Answer);
 	EXPECT_EQ(Ask("what's in the folder Source"), Answer);
 	const std::string Whole = Ask("what is in this project?");
@@ -194,7 +203,8 @@ TEST_F(AgentAnswers, EachOfSeveralAttachedFilesIsRead)
 	Project.Write("first one.md", First + "\n");
 	Project.Write("docs/second.md", Second + "\n");
 	Project.Write("third.md", "third\n");
-	for (const char* Question : { "show first one.md and second.md", "explain first one.md second.md", "outline first one.md and second.md", "what do you make of these?", "compare first one.md with second.md" })
+	for (const char* Question : { "show first one.md and second.md", "explain first one.md second.md", "outline first one.md and second.md",
+			 "what do you make of these?", "compare first one.md with second.md" })
 	{
 		const std::string Answer = Ask(Question, { "first one.md", "docs/second.md" });
 		EXPECT_TRUE(Holds(Answer, First) && Holds(Answer, Second)) << Question << '\n' << Answer;
@@ -212,7 +222,8 @@ TEST_F(AgentAnswers, NothingOutsideTheProjectIsRead)
 	std::filesystem::create_symlink(Outside, Project.Root / "link.txt");
 	std::filesystem::create_directory_symlink(Project.Root.parent_path(), Project.Root / "up");
 
-	for (const std::string& Question : { "show " + Outside.native(), "show ../" + Secret + ".txt", std::string("show link.txt"), "show up/" + Secret + ".txt", std::string("find hidden"), std::string("list .."), std::string("list up") })
+	for (const std::string& Question : { "show " + Outside.native(), "show ../" + Secret + ".txt", std::string("show link.txt"),
+			 "show up/" + Secret + ".txt", std::string("find hidden"), std::string("list .."), std::string("list up") })
 	{
 		SCOPED_TRACE(Question);
 		const std::string Answer = Ask(Question, { Outside.native() });
@@ -259,7 +270,9 @@ TEST_F(AgentAnswers, DefinitionsComeBeforeMentions)
 		Line.replace(Line.find('@'), 1, Name);
 		const std::string Folder = "Case" + std::to_string(Index++);
 		// Files are met in the order of their names: the mentions come first.
-		Project.Write(Folder + "/A.cpp", "\treturn " + Name + "(1);\n\tclass " + Name + ";\n\tThing->" + Name + "(2);\n// class " + Name + "\n\tconst int V = " + Name + "(4);\n");
+		Project.Write(Folder + "/A.cpp",
+			"\treturn " + Name + "(1);\n\tclass " + Name + ";\n\tThing->" + Name + "(2);\n// class " + Name + "\n\tconst int V = " + Name +
+				"(4);\n");
 		Project.Write(Folder + "/Z.cpp", "\n\n" + Line + "\n{\n}\n");
 		const std::string Answer = Ask("find " + Name);
 		EXPECT_TRUE(Holds(Answer, "`" + Name + "` is defined in " + LinkTo(Folder + "/Z.cpp", 3))) << Answer;
@@ -271,10 +284,12 @@ TEST_F(AgentAnswers, AmongMentionsCodeComesFirst)
 	const std::string Name = Project.MakeName(14);
 	Project.Write("A.md", Name + " is explained here\n");
 	Project.Write("ATests/A.cpp", "\tCheck(" + Name + ");\n");
-	Project.Write("B.cpp", "// " + Name + "\n\tFoo(const T" + Name + "& x);\n\tvoid F(const " + Name + "<int>& x)\n\tif (Key == \"" + Name + "\")\n");
+	Project.Write(
+		"B.cpp", "// " + Name + "\n\tFoo(const T" + Name + "& x);\n\tvoid F(const " + Name + "<int>& x)\n\tif (Key == \"" + Name + "\")\n");
 	const std::string Answer = Ask("where is " + Name + " handled?");
 	EXPECT_TRUE(Holds(Answer, "`" + Name + "` is found in " + LinkTo("B.cpp", 4))) << Answer;
-	const size_t Places[] = { Answer.find(LinkTo("B.cpp", 4)), Answer.find(LinkTo("B.cpp", 3)), Answer.find(LinkTo("B.cpp", 1)), Answer.find(LinkTo("ATests/A.cpp", 1)), Answer.find(LinkTo("A.md", 1)), Answer.find(LinkTo("B.cpp", 2)) };
+	const size_t Places[] = { Answer.find(LinkTo("B.cpp", 4)), Answer.find(LinkTo("B.cpp", 3)), Answer.find(LinkTo("B.cpp", 1)),
+		Answer.find(LinkTo("ATests/A.cpp", 1)), Answer.find(LinkTo("A.md", 1)), Answer.find(LinkTo("B.cpp", 2)) };
 	EXPECT_TRUE(std::is_sorted(std::begin(Places), std::end(Places))) << Answer;
 }
 
@@ -337,8 +352,11 @@ TEST_F(AgentAnswers, OddPromptsAreAnswered)
 	EXPECT_TRUE(PumpUntil([this] { return HasTurnEnded(); }));
 	EXPECT_TRUE(Holds(LastAnswer, "Nothing was found")) << LastAnswer;
 
-	for (const std::string& Question : { std::string("?"), std::string("\"\""), std::string("''"), std::string("find \"\""), std::string("find ?"), std::string("show lines 0-0 of"), std::string("list ../../.."), std::string("find " + std::string(3000, '*')),
-			 std::string(10 * 1024 * 1024, 'a'), std::string("show lines 99999999999999999999-1 of README.md"), std::string("« » “ ”"), std::string("in in in"), std::string("find a in b in c"), std::string("what is what is what is") })
+	for (const std::string& Question :
+		{ std::string("?"), std::string("\"\""), std::string("''"), std::string("find \"\""), std::string("find ?"),
+			std::string("show lines 0-0 of"), std::string("list ../../.."), std::string("find " + std::string(3000, '*')),
+			std::string(10 * 1024 * 1024, 'a'), std::string("show lines 99999999999999999999-1 of README.md"), std::string("« » “ ”"),
+			std::string("in in in"), std::string("find a in b in c"), std::string("what is what is what is") })
 	{
 		SCOPED_TRACE(Question.substr(0, 60));
 		EXPECT_FALSE(Ask(Question).empty());

@@ -53,19 +53,26 @@ TEST_F(AgentChanges, ARequestRunsTheToolAndTellsIt)
 	Project.Write("Source/A.cpp", "int Snail = 1;\r\n");
 	const std::string Answer = Ask("replace \"Snail\" by \"Slug\" in A.cpp");
 	EXPECT_EQ(ReadFile("Source/A.cpp"), "int Slug = 1;\r\n");
-	EXPECT_EQ(EventsOf("start"), (std::vector<std::string>{ "edit_file {\"path\":\"Source/A.cpp\",\"old\":\"Snail\",\"new\":\"Slug\"} {\"operation_type\":\"modify\",\"data_type\":\"File\"}" }));
+	EXPECT_EQ(EventsOf("start"),
+		(std::vector<std::string>{ "edit_file {\"path\":\"Source/A.cpp\",\"old\":\"Snail\",\"new\":\"Slug\"} "
+								   "{\"operation_type\":\"modify\",\"data_type\":\"File\"}" }));
 	EXPECT_EQ(EventsOf("end"), (std::vector<std::string>{ "edit_file ok: Changed Source/A.cpp, 1 line" }));
-	EXPECT_TRUE(Holds(Answer, "Changed [Source/A.cpp](file://" + Project.PathOf("Source/A.cpp") + ") as follows.\n```diff\n- Snail\n+ Slug\n```")) << Answer;
+	EXPECT_TRUE(
+		Holds(Answer, "Changed [Source/A.cpp](file://" + Project.PathOf("Source/A.cpp") + ") as follows.\n```diff\n- Snail\n+ Slug\n```"))
+		<< Answer;
 
 	Ask("create notes/new.md with:\n```\nfirst\n\nsecond\n```");
 	EXPECT_EQ(ReadFile("notes/new.md"), "first\n\nsecond\n");
-	EXPECT_EQ(EventsOf("start"), (std::vector<std::string>{ "create_file {\"path\":\"notes/new.md\"} {\"operation_type\":\"create\",\"data_type\":\"File\"}" }));
+	EXPECT_EQ(EventsOf("start"),
+		(std::vector<std::string>{ "create_file {\"path\":\"notes/new.md\"} {\"operation_type\":\"create\",\"data_type\":\"File\"}" }));
 	Ask("delete notes/new.md");
-	EXPECT_EQ(EventsOf("start"), (std::vector<std::string>{ "delete_file {\"path\":\"notes/new.md\"} {\"operation_type\":\"delete\",\"data_type\":\"File\"}" }));
+	EXPECT_EQ(EventsOf("start"),
+		(std::vector<std::string>{ "delete_file {\"path\":\"notes/new.md\"} {\"operation_type\":\"delete\",\"data_type\":\"File\"}" }));
 	EXPECT_FALSE(std::filesystem::exists(Project.Root / "notes/new.md"));
 
 	Ask("delete ../outside.md");
-	EXPECT_EQ(EventsOf("end"), (std::vector<std::string>{ "delete_file failed: Not changed: its path holds \"..\", which may lead out of the project" }));
+	EXPECT_EQ(EventsOf("end"),
+		(std::vector<std::string>{ "delete_file failed: Not changed: its path holds \"..\", which may lead out of the project" }));
 	EXPECT_TRUE(Holds(LastAnswer, "was not changed")) << LastAnswer;
 }
 
@@ -146,7 +153,8 @@ TEST_F(AgentChanges, AttachedFilesAreKnownByTheNamesThatAPickPutsIntoTheText)
 	EXPECT_EQ(ReadFile("docs/it's \"so\" [x] `y`.md"), "one\ntwo\n") << LastAnswer;
 	Ask("plain.md append \"two\" to it", { Project.PathOf("docs/plain.md") });
 	EXPECT_EQ(ReadFile("docs/plain.md"), "one\ntwo\n") << LastAnswer;
-	Ask("first append \"three\" to my notes.md, then delete plain.md", { Project.PathOf("docs/my notes.md"), Project.PathOf("docs/plain.md") });
+	Ask("first append \"three\" to my notes.md, then delete plain.md",
+		{ Project.PathOf("docs/my notes.md"), Project.PathOf("docs/plain.md") });
 	EXPECT_EQ(ReadFile("docs/my notes.md"), "one\ntwo\nthree\n") << LastAnswer;
 	EXPECT_FALSE(std::filesystem::exists(Project.Root / "docs/plain.md"));
 }
@@ -214,7 +222,8 @@ TEST_F(AgentChanges, UndoRestoresFilesAndMessages)
 
 	Events.clear();
 	EXPECT_FALSE(Agent->UndoToTransaction(Second));
-	EXPECT_EQ(EventsOf("error"), (std::vector<std::string>{ "What was done after that message is not known any more, so nothing was undone." }));
+	EXPECT_EQ(
+		EventsOf("error"), (std::vector<std::string>{ "What was done after that message is not known any more, so nothing was undone." }));
 
 	// The store holds the shortened conversation.
 	const FString Id = GetId();
@@ -233,11 +242,12 @@ TEST_F(AgentChanges, AChangeOfACancelledTurnIsToldAndUndone)
 	ASSERT_TRUE(PumpUntil([this] { return std::filesystem::exists(Project.Root / "a.md"); }));
 	ASSERT_TRUE(PumpUntil([this] { return !EventsOf("start").empty(); }));
 	Velmora::FChangeJournal& Journal = *static_cast<Velmora::FBuiltInAgent*>(Agent.Get())->Session->Journal;
-	ASSERT_TRUE(PumpUntil([&Journal]
-	{
-		const std::scoped_lock Lock(Journal.ListMutex);
-		return !Journal.Performed.empty();
-	}));
+	ASSERT_TRUE(PumpUntil(
+		[&Journal]
+		{
+			const std::scoped_lock Lock(Journal.ListMutex);
+			return !Journal.Performed.empty();
+		}));
 	Agent->CancelConversation();
 	PumpUntilQuiet();
 	EXPECT_EQ(EventsOf("end"), (std::vector<std::string>{ "create_file failed: Stopped by the user. Its change had been made by then." }));

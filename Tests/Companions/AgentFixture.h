@@ -15,7 +15,8 @@
 
 inline const char* StateName(Velmora::EConversationState State)
 {
-	constexpr const char* Names[] = { "NotStarted", "Initializing", "Ready", "Thinking", "ExecutingTools", "AwaitingInput", "Paused", "Completed", "Cancelled", "Error" };
+	constexpr const char* Names[] = { "NotStarted", "Initializing", "Ready", "Thinking", "ExecutingTools", "AwaitingInput", "Paused",
+		"Completed", "Cancelled", "Error" };
 	return Names[static_cast<int>(State)];
 }
 
@@ -43,23 +44,27 @@ protected:
 
 	void Listen()
 	{
-		Agent->OnStateChanged([this](Velmora::EConversationState Old, Velmora::EConversationState New, const FString&) { Add(std::string("state ") + StateName(Old) + " to " + StateName(New)); });
+		Agent->OnStateChanged([this](Velmora::EConversationState Old, Velmora::EConversationState New, const FString&)
+			{ Add(std::string("state ") + StateName(Old) + " to " + StateName(New)); });
 		Agent->OnProcessMessage([this](const FString& Progress) { Add("progress " + Utf8(Progress)); });
-		Agent->OnToolExecutionStarted([this](const FString& Id, const FString& Name, const FString& Parameters, const FString& Metadata)
-		{
-			ToolIds.push_back(Utf8(Id));
-			Add("start " + Utf8(Name) + ' ' + Utf8(Parameters) + ' ' + Utf8(Metadata));
-		});
-		Agent->OnToolExecutionCompleted([this](const FString& Id, const FString& Name, bool bSuccess, const FString& Result)
-		{
-			EndedToolIds.push_back(Utf8(Id));
-			Add("end " + Utf8(Name) + (bSuccess ? " ok: " : " failed: ") + Utf8(Result));
-		});
-		Agent->OnMessageReceived([this](const FString& Message, bool)
-		{
-			LastAnswer = Utf8(Message);
-			Add("answer");
-		});
+		Agent->OnToolExecutionStarted(
+			[this](const FString& Id, const FString& Name, const FString& Parameters, const FString& Metadata)
+			{
+				ToolIds.push_back(Utf8(Id));
+				Add("start " + Utf8(Name) + ' ' + Utf8(Parameters) + ' ' + Utf8(Metadata));
+			});
+		Agent->OnToolExecutionCompleted(
+			[this](const FString& Id, const FString& Name, bool bSuccess, const FString& Result)
+			{
+				EndedToolIds.push_back(Utf8(Id));
+				Add("end " + Utf8(Name) + (bSuccess ? " ok: " : " failed: ") + Utf8(Result));
+			});
+		Agent->OnMessageReceived(
+			[this](const FString& Message, bool)
+			{
+				LastAnswer = Utf8(Message);
+				Add("answer");
+			});
 		Agent->OnError([this](const FString& Error) { Add("error " + Utf8(Error)); });
 		Agent->OnConversationCompleted([this](bool, const FString&) { Add("conversation completed"); });
 		Agent->OnConversationLoaded([this](const FString& Id) { Add("loaded " + Utf8(Id)); });
@@ -115,7 +120,8 @@ protected:
 	bool HasTurnEnded() const
 	{
 		const Velmora::EConversationState State = Agent->GetState();
-		return State == Velmora::EConversationState::AwaitingInput || State == Velmora::EConversationState::Error || State == Velmora::EConversationState::Cancelled;
+		return State == Velmora::EConversationState::AwaitingInput || State == Velmora::EConversationState::Error ||
+			State == Velmora::EConversationState::Cancelled;
 	}
 
 	/** Sends a message and gives the whole answer. */

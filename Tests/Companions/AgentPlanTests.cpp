@@ -27,12 +27,13 @@ namespace
 			FAgentTest::SetUp();
 			Project.Write("Source/A.cpp", "int Snail = 1;\n");
 			Project.Write("README.md", "# Garden\n");
-			Agent->OnPlanUpdate([this](const FString& First, const FString& Plan)
-			{
-				EXPECT_EQ(Utf8(Plan), Utf8(Agent->GetCurrentPlan()));
-				Plans.push_back(Utf8(Plan));
-				Add("plan " + Utf8(First));
-			});
+			Agent->OnPlanUpdate(
+				[this](const FString& First, const FString& Plan)
+				{
+					EXPECT_EQ(Utf8(Plan), Utf8(Agent->GetCurrentPlan()));
+					Plans.push_back(Utf8(Plan));
+					Add("plan " + Utf8(First));
+				});
 		}
 
 		std::vector<std::string> Plans;
@@ -48,7 +49,8 @@ TEST(AgentPlanText, IsReadFromARequest)
 		FSteps Steps;
 	} Cases[] = {
 		{ "first find Snail, then show README.md", { "find Snail", "show README.md" } },
-		{ "First, find Snail and then list Source, after that show README.md and finally help.", { "find Snail", "list Source", "show README.md", "help" } },
+		{ "First, find Snail and then list Source, after that show README.md and finally help.",
+			{ "find Snail", "list Source", "show README.md", "help" } },
 		{ "first find \"a, then b\" then show `then x`.md", { "find \"a, then b\"", "show `then x`.md" } },
 		{ "first create a.md with ```\none then two\n``` then delete a.md", { "create a.md with ```\none then two\n```", "delete a.md" } },
 		{ "first find athenian", {} },
@@ -98,7 +100,8 @@ TEST_F(AgentPlans, RunStepByStep)
 {
 	Ask("first find Snail, then show README.md, then list Source");
 	EXPECT_EQ(Agent->GetState(), EConversationState::AwaitingInput);
-	EXPECT_EQ(EventsOf("progress"), (std::vector<std::string>{ "Executing step 1: find Snail", "Executing step 2: show README.md", "Executing step 3: list Source" }));
+	EXPECT_EQ(EventsOf("progress"),
+		(std::vector<std::string>{ "Executing step 1: find Snail", "Executing step 2: show README.md", "Executing step 3: list Source" }));
 	ASSERT_EQ(Plans.size(), 5u); // As it is made, at each step, and at the end.
 	EXPECT_TRUE(Holds(Plans.front(), "0 of 3 steps done"));
 	EXPECT_TRUE(Holds(Plans[2], "1. ✅ find Snail\n2. ⏳ show README.md (running)\n3. ⬜ list Source")) << Plans[2];

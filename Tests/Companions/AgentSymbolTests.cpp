@@ -16,7 +16,8 @@ namespace
 		{
 			FAgentTest::SetUp();
 			Class = "F" + Project.MakeName();
-			Project.Write("Source/Thing.h", "#pragma once\n\n/** Holds what is held. */\nclass " + Class + "\n{\npublic:\n\tvoid Run();\n};\n");
+			Project.Write(
+				"Source/Thing.h", "#pragma once\n\n/** Holds what is held. */\nclass " + Class + "\n{\npublic:\n\tvoid Run();\n};\n");
 			Project.Write("Source/Thing.cpp", "#include \"Thing.h\"\n\nvoid " + Class + "::Run()\n{\n\tint Local = 41;\n}\n");
 			Project.Write("Source/Use.cpp", "// " + Class + " is not defined here\n");
 			Project.Write("README.md", "# Garden\n\ntext\n## Snails\n```\n# no heading\n```\n### Counting *them*\n");
@@ -41,7 +42,10 @@ namespace
 			ASSERT_TRUE(FCodeIntelIndexManager::Get().IsIndexReady());
 		}
 
-		std::string LinkTo(const std::string& Path, int Line) const { return "[" + Path + ":" + std::to_string(Line) + "](file://" + Project.PathOf(Path) + ")"; }
+		std::string LinkTo(const std::string& Path, int Line) const
+		{
+			return "[" + Path + ":" + std::to_string(Line) + "](file://" + Project.PathOf(Path) + ")";
+		}
 
 		std::string Class;
 	};
@@ -85,7 +89,8 @@ TEST_F(AgentSymbols, DefinitionsComeFromTheIndex)
 	EXPECT_TRUE(Holds(Answer, "`" + Class + "` is defined in " + LinkTo("Source/Thing.h", 4) + " (class `" + Class + "`)")) << Answer;
 	EXPECT_TRUE(Holds(Answer, "```cpp\n/** Holds what is held. */\nclass " + Class + "\n{")) << Answer;
 	EXPECT_FALSE(Holds(Answer, "Use.cpp")) << "a mention is no definition\n" << Answer;
-	EXPECT_EQ(EventsOf("start").front(), "find_symbol {\"name\":\"" + Class + "\"} {\"operation_type\":\"search\",\"data_type\":\"Symbol\"}");
+	EXPECT_EQ(
+		EventsOf("start").front(), "find_symbol {\"name\":\"" + Class + "\"} {\"operation_type\":\"search\",\"data_type\":\"Symbol\"}");
 	EXPECT_EQ(EventsOf("end").front(), "find_symbol ok: 1 symbol");
 
 	const std::string Member = Ask("find symbol " + Class + "::Run");
@@ -126,8 +131,10 @@ TEST_F(AgentSymbols, OutlinesWithAndWithoutTheIndex)
 			FCodeIndexControl::Shutdown();
 		}
 		const std::string Readme = Ask("outline README.md");
-		EXPECT_TRUE(Holds(Readme, "3 headings with their lines:\n```\n1  # Garden\n4    ## Snails\n8      ### Counting *them*\n```")) << Readme;
-		EXPECT_EQ(EventsOf("start"), std::vector<std::string>({ "outline {\"path\":\"README.md\"} {\"operation_type\":\"list\",\"data_type\":\"Symbols\"}" }));
+		EXPECT_TRUE(Holds(Readme, "3 headings with their lines:\n```\n1  # Garden\n4    ## Snails\n8      ### Counting *them*\n```"))
+			<< Readme;
+		EXPECT_EQ(EventsOf("start"),
+			std::vector<std::string>({ "outline {\"path\":\"README.md\"} {\"operation_type\":\"list\",\"data_type\":\"Symbols\"}" }));
 		const std::string Header = Ask("outline of Source/Thing.h");
 		EXPECT_TRUE(Holds(Header, "4  class " + Class + "\n7    prototype Run\n")) << Header;
 		const std::string Script = Ask("outline notes.lua");

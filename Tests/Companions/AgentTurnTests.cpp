@@ -278,12 +278,13 @@ TEST_F(AgentTurns, ConversationsAreStoredLoadedAndDeleted)
 	const FString SecondId = Agent->GetCurrentConversationMetadata()->Id;
 	EXPECT_EQ(Utf8(Agent->GetCurrentConversationTitle()), "first line of two");
 
-	TArray<Velmora::FConversationMetadata> Stored = Async(EAsyncExecution::Thread, []
-	{
-		Velmora::FConversationHistoryManager Manager;
-		Manager.Initialize(FString());
-		return Manager.GetConversationSummaries();
-	}).Consume();
+	TArray<Velmora::FConversationMetadata> Stored = Async(EAsyncExecution::Thread,
+		[]
+		{
+			Velmora::FConversationHistoryManager Manager;
+			Manager.Initialize(FString());
+			return Manager.GetConversationSummaries();
+		}).Consume();
 	ASSERT_EQ(Stored.Num(), 2);
 	EXPECT_EQ(Utf8(Stored[0].Id), Utf8(SecondId));
 	EXPECT_EQ(Stored[0].Mode, EConversationMode::Code);

@@ -37,7 +37,8 @@ protected:
 		Journal->OpenTransaction("T1", "C", 0);
 	}
 
-	Velmora::FChangeTools MakeTools(const std::string& Transaction = "T1", Velmora::EAccessMethod Method = Velmora::EAccessMethod::Automatic)
+	Velmora::FChangeTools MakeTools(
+		const std::string& Transaction = "T1", Velmora::EAccessMethod Method = Velmora::EAccessMethod::Automatic)
 	{
 		Velmora::FChangeTools Tools(Project.Root.native(), *Journal, Transaction, Method);
 		Tools.SetDurable(false);

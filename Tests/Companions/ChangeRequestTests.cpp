@@ -35,7 +35,8 @@ TEST(ChangeRequests, AreUnderstoodInManySpellings)
 		{ "create notes.md with \"hello world\"", EChangeRequest::Create, "notes.md", "hello world" },
 		{ "Create notes.md with hello world", EChangeRequest::Create, "notes.md", "hello world\n" },
 		{ "please create a new file called Docs/notes.md containing «a "
-		  "b»", EChangeRequest::Create, "Docs/notes.md", "a b" },
+		  "b»",
+			EChangeRequest::Create, "Docs/notes.md", "a b" },
 		{ "could you make an empty file \"a b.txt\"?", EChangeRequest::Create, "a b.txt", "" },
 		{ "create notes.md", EChangeRequest::Create, "notes.md", "" },
 		{ "create Makefile with `all:`", EChangeRequest::Create, "Makefile", "all:" },
@@ -99,9 +100,11 @@ TEST(ChangeRequests, AreUnderstoodInManySpellings)
 
 TEST(ChangeRequests, WhatIsNotClearIsNoGuess)
 {
-	for (const char* Text : { "delete", "delete everything", "delete all files", "delete notes.md except the title", "delete notes.md or other.md", "create", "create a class for snails", "make it faster", "write", "write a poem", "write to notes.md",
-			 "write \"x\" to notes.md unless it is there", "replace", "replace \"a\"", "replace \"a\" by \"b\" in notes.md and \"c\" by \"d\" in other.md", "replace all", "add a comment to notes.md please or not \"x\"", "append \"x\"", "edit notes.md",
-			 "rename a.md to b.md", "fix the bug", "" })
+	for (const char* Text : { "delete", "delete everything", "delete all files", "delete notes.md except the title",
+			 "delete notes.md or other.md", "create", "create a class for snails", "make it faster", "write", "write a poem",
+			 "write to notes.md", "write \"x\" to notes.md unless it is there", "replace", "replace \"a\"",
+			 "replace \"a\" by \"b\" in notes.md and \"c\" by \"d\" in other.md", "replace all",
+			 "add a comment to notes.md please or not \"x\"", "append \"x\"", "edit notes.md", "rename a.md to b.md", "fix the bug", "" })
 	{
 		EXPECT_EQ(static_cast<int>(ParseChangeRequest(Text).Kind), static_cast<int>(EChangeRequest::Unclear)) << Text;
 	}

@@ -31,7 +31,8 @@ TEST(ContentHashes, AreThoseOfTheStandard)
 {
 	EXPECT_EQ(Velmora::HashContent(""), "e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855");
 	EXPECT_EQ(Velmora::HashContent("abc"), "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad");
-	EXPECT_EQ(Velmora::HashContent("abcdbcdecdefdefgefghfghighijhijkijkljklmklmnlmnomnopnopq"), "248d6a61d20638b8e5c026930c3e6039a33ce45964ff2167f6ecedd419db06c1");
+	EXPECT_EQ(Velmora::HashContent("abcdbcdecdefdefgefghfghighijhijkijkljklmklmnlmnomnopnopq"),
+		"248d6a61d20638b8e5c026930c3e6039a33ce45964ff2167f6ecedd419db06c1");
 	EXPECT_EQ(Velmora::HashContent(std::string(1000000, 'a')), "cdc76e5c9914fb9281a1c7e284d73e67f1809a48a497200e046d39ccc7112cd0");
 }
 
@@ -79,8 +80,10 @@ TEST_F(ChangeTools, APassageMustStandThereOnce)
 {
 	Project.Write("a.txt", "one two one aXaXa\r\none\r\n");
 	EXPECT_EQ(MakeTools().EditFile("a.txt", "four", "x").Sentence, "Not changed: the text to replace does not stand in it (0 occurrences)");
-	EXPECT_EQ(MakeTools().EditFile("a.txt", "one", "x").Sentence, "Not changed: the text to replace stands in it 3 times; it must be one passage only");
-	EXPECT_EQ(MakeTools().EditFile("a.txt", "aXa", "x").Sentence, "Not changed: the text to replace stands in it 2 times; it must be one passage only");
+	EXPECT_EQ(MakeTools().EditFile("a.txt", "one", "x").Sentence,
+		"Not changed: the text to replace stands in it 3 times; it must be one passage only");
+	EXPECT_EQ(MakeTools().EditFile("a.txt", "aXa", "x").Sentence,
+		"Not changed: the text to replace stands in it 2 times; it must be one passage only");
 	EXPECT_EQ(MakeTools().EditFile("a.txt", "", "x").Sentence, "Not changed: no text to replace was given");
 	EXPECT_EQ(MakeTools().EditFile("b.txt", "a", "x").Sentence, "Not changed: it cannot be found");
 	EXPECT_EQ(ReadFile("a.txt"), "one two one aXaXa\r\none\r\n");

@@ -31,11 +31,12 @@ protected:
 		Options.ProjectIndexPath = Text(GetIndexPath());
 		Options.FindEngineFolder = [Engine = Text((Folder / "engine").native())] { return Engine; };
 		Options.EngineIndexPath = Text((Folder / "engine.index.db").native());
-		FControl::SetProblemHandler([this](const FString& Sentence)
-		{
-			EXPECT_TRUE(IsInGameThread());
-			Problems.push_back(Utf8(Sentence));
-		});
+		FControl::SetProblemHandler(
+			[this](const FString& Sentence)
+			{
+				EXPECT_TRUE(IsInGameThread());
+				Problems.push_back(Utf8(Sentence));
+			});
 	}
 
 	void TearDown() override
@@ -94,7 +95,8 @@ protected:
 		std::vector<std::string> Lines;
 		for (const Velmora::CodeIntel::FIndexSymbol& Symbol : FControl::FindSymbol(Name, 50, Kind).Symbols)
 		{
-			Lines.push_back(Symbol.Path + ':' + std::to_string(Symbol.Line) + ' ' + Symbol.Kind + ' ' + Symbol.Name + (Symbol.Scope.empty() ? "" : " [" + Symbol.Scope + ']'));
+			Lines.push_back(Symbol.Path + ':' + std::to_string(Symbol.Line) + ' ' + Symbol.Kind + ' ' + Symbol.Name +
+				(Symbol.Scope.empty() ? "" : " [" + Symbol.Scope + ']'));
 		}
 		return Lines;
 	}

@@ -14,11 +14,12 @@ namespace
 	{
 	public:
 		FLogLines()
-			: Sink(FHostLog::AddSink([this](const FHostLogLine& Line)
-			{
-				const std::scoped_lock Lock(Mutex);
-				All += Utf8(Line.Text) + '\n';
-			}))
+			: Sink(FHostLog::AddSink(
+				  [this](const FHostLogLine& Line)
+				  {
+					  const std::scoped_lock Lock(Mutex);
+					  All += Utf8(Line.Text) + '\n';
+				  }))
 		{
 		}
 		~FLogLines() { FHostLog::RemoveSink(Sink); }
@@ -39,7 +40,9 @@ namespace
 TEST_F(CodeIndex, AnswersWithoutTheSources)
 {
 	const std::string Class = "F" + Project.MakeName();
-	Project.Write("Source/Thing.h", "#pragma once\nnamespace Game\n{\n\tclass VELMORA_API " + Class + "\n\t{\n\tpublic:\n\t\tUPROPERTY(Config)\n\t\tint Health = 3;\n\t\tvoid Run();\n\t\tenum class EState { Idle };\n\t};\n}\n");
+	Project.Write("Source/Thing.h",
+		"#pragma once\nnamespace Game\n{\n\tclass VELMORA_API " + Class +
+			"\n\t{\n\tpublic:\n\t\tUPROPERTY(Config)\n\t\tint Health = 3;\n\t\tvoid Run();\n\t\tenum class EState { Idle };\n\t};\n}\n");
 	Project.Write("Source/Thing.cpp", "#include \"Thing.h\"\n\nvoid Game::" + Class + "::Run()\n{\n}\n");
 	Project.Write("Tools/Make.cs", "namespace Tools\n{\n\tclass " + Class + "Maker { void Run() { } }\n}\n");
 	Project.Write("Tools/make.py", "class Maker:\n\tdef run(self):\n\t\tpass\n");
@@ -60,14 +63,16 @@ TEST_F(CodeIndex, AnswersWithoutTheSources)
 	EXPECT_GT(Stats.IndexSizeMB, 0.0);
 	EXPECT_GT(Stats.LastBuildTimeSeconds, 0.0);
 	EXPECT_EQ(Utf8(Stats.RootPath), Project.Root.native());
-	EXPECT_EQ(std::filesystem::status(GetIndexPath()).permissions(), std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
+	EXPECT_EQ(
+		std::filesystem::status(GetIndexPath()).permissions(), std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
 
 	std::filesystem::remove_all(Project.Root);
 	EXPECT_EQ(Find(Class), FLines({ "Source/Thing.h:4 class " + Class + " [Game]" }));
 	EXPECT_EQ(Find("RUN").front(), "Source/Thing.cpp:3 function Run [Game::" + Class + "]") << "definitions before declarations";
 	EXPECT_EQ(Find("run").size(), 4u);
 	EXPECT_EQ(Find("Maker.run"), FLines({ "Tools/make.py:2 member run [Maker]" }));
-	EXPECT_EQ(Find(Class + "::Run"), FLines({ "Source/Thing.cpp:3 function Run [Game::" + Class + "]", "Source/Thing.h:9 prototype Run [Game::" + Class + "]" }));
+	EXPECT_EQ(Find(Class + "::Run"),
+		FLines({ "Source/Thing.cpp:3 function Run [Game::" + Class + "]", "Source/Thing.h:9 prototype Run [Game::" + Class + "]" }));
 	EXPECT_EQ(Find("Idle"), FLines({ "Source/Thing.h:10 enumerator Idle [Game::" + Class + "::EState]" }));
 	EXPECT_EQ(Find("MaxSnails"), FLines({ "Config/Game.ini:2 key MaxSnails [/Script/Game.Rules]" }));
 	EXPECT_EQ(Find("LoadingPhase").size(), 1u);
@@ -174,7 +179,8 @@ TEST_F(CodeIndex, ReconcilingCountsWhatIsGoneAndWhatIsNew)
 
 TEST_F(CodeIndex, OddFileNames)
 {
-	const FLines Names = { "a b.cpp", "line\nfeed.cpp", "not\xFFutf8.cpp", "-option.cpp", "#hash.cpp", "back\\slash.cpp", "tab\t.cpp", "quote\".cpp", "umlaut-\xC3\xBC.cpp", "big.CPP" };
+	const FLines Names = { "a b.cpp", "line\nfeed.cpp", "not\xFFutf8.cpp", "-option.cpp", "#hash.cpp", "back\\slash.cpp", "tab\t.cpp",
+		"quote\".cpp", "umlaut-\xC3\xBC.cpp", "big.CPP" };
 	for (size_t Index = 0; Index < Names.size(); ++Index)
 	{
 		Project.Write("Source/" + Names[Index], "class FOdd" + std::to_string(Index) + " { };\n");
@@ -236,12 +242,12 @@ TEST_F(CodeIndex, FilesThatCrashOrHangTheExtractorAreLeftOutAndNamed)
 	Project.Write("Source/Flood.cpp", "class FFlood { };\n");
 	Project.Write("Source/Huge.cpp", std::string(9 * 1024 * 1024, ' ') + "class FHuge { };\n");
 	UseScript("list=$(mktemp)\n"
-		"trap 'rm -f \"$list\"' EXIT\n"
-		"case \" $* \" in *' -L '*) cat > \"$list\" ;; *) for last in \"$@\"; do :; done; echo \"$last\" > \"$list\" ;; esac\n"
-		"if grep -q Crash.cpp \"$list\"; then rm -f \"$list\"; kill -SEGV $$; fi\n"
-		"if grep -q Hang.cpp \"$list\"; then rm -f \"$list\"; sleep 600 & wait; fi\n"
-		"if grep -q Flood.cpp \"$list\"; then rm -f \"$list\"; exit 3; fi\n"
-		"ctags --options=NONE --output-format=json -f - --sort=no --quiet=yes --tag-relative=no --fields=NFnKs -L \"$list\"\n");
+			  "trap 'rm -f \"$list\"' EXIT\n"
+			  "case \" $* \" in *' -L '*) cat > \"$list\" ;; *) for last in \"$@\"; do :; done; echo \"$last\" > \"$list\" ;; esac\n"
+			  "if grep -q Crash.cpp \"$list\"; then rm -f \"$list\"; kill -SEGV $$; fi\n"
+			  "if grep -q Hang.cpp \"$list\"; then rm -f \"$list\"; sleep 600 & wait; fi\n"
+			  "if grep -q Flood.cpp \"$list\"; then rm -f \"$list\"; exit 3; fi\n"
+			  "ctags --options=NONE --output-format=json -f - --sort=no --quiet=yes --tag-relative=no --fields=NFnKs -L \"$list\"\n");
 	Options.Extractor.BatchSeconds = 0.4;
 	Options.Extractor.FileSeconds = 0.02;
 	FLogLines Log;
@@ -277,7 +283,8 @@ TEST_F(CodeIndex, ADamagedFileIsSetAsideAndBuiltAnew)
 {
 	for (int Index = 0; Index < 50; ++Index)
 	{
-		Project.Write("File" + std::to_string(Index) + ".cpp", "class FName" + std::to_string(Index) + " { int First; int Second; int Third; };\n");
+		Project.Write(
+			"File" + std::to_string(Index) + ".cpp", "class FName" + std::to_string(Index) + " { int First; int Second; int Third; };\n");
 	}
 	OpenAndBuild();
 	FControl::Shutdown();
@@ -328,13 +335,15 @@ TEST_F(CodeIndex, ShuttingDownEndsABuildAtOnceAndKeepsTheLastIndex)
 	EXPECT_LT(std::chrono::steady_clock::now() - Start, std::chrono::seconds(5));
 	Builder.join();
 	const pid_t Grandchild = std::stoi(ReadBytes(Mark));
-	EXPECT_TRUE(WaitUntil([Grandchild]
-	{
-		// Ended, or ended and not yet collected by whoever inherited it.
-		std::ifstream Status("/proc/" + std::to_string(Grandchild) + "/stat");
-		const std::string Words(std::istreambuf_iterator<char>(Status), {});
-		return Words.empty() || Words.find(") Z ") != std::string::npos;
-	})) << "the program's whole group is gone";
+	EXPECT_TRUE(WaitUntil(
+		[Grandchild]
+		{
+			// Ended, or ended and not yet collected by whoever inherited it.
+			std::ifstream Status("/proc/" + std::to_string(Grandchild) + "/stat");
+			const std::string Words(std::istreambuf_iterator<char>(Status), {});
+			return Words.empty() || Words.find(") Z ") != std::string::npos;
+		}))
+		<< "the program's whole group is gone";
 	Settle();
 	EXPECT_EQ(Problems, FLines()) << "ending is no failure";
 	Options.Extractor = Velmora::CodeIntel::FExtractorOptions();
@@ -448,25 +457,26 @@ TEST_F(CodeIndex, BuildsLookupsAndQuestionsFromManyThreads)
 	std::vector<std::thread> Threads;
 	for (int Index = 0; Index < 4; ++Index)
 	{
-		Threads.emplace_back([Index, &Missed]
-		{
-			for (int Round = 0; Round < 6; ++Round)
+		Threads.emplace_back(
+			[Index, &Missed]
 			{
-				if (Index == 0)
+				for (int Round = 0; Round < 6; ++Round)
 				{
-					Manager().RebuildIndex(true);
+					if (Index == 0)
+					{
+						Manager().RebuildIndex(true);
+					}
+					else if (Index == 1)
+					{
+						Manager().CompactIndex();
+					}
+					Manager().ReconcileFileChangesAsync(nullptr);
+					Missed += Find("FName5").size() == 1 ? 0 : 1;
+					Missed += Manager().GetIndexStats().TotalFiles == 30 ? 0 : 1;
+					Manager().IsBuilding();
+					Manager().GetReindexerQueueSize();
 				}
-				else if (Index == 1)
-				{
-					Manager().CompactIndex();
-				}
-				Manager().ReconcileFileChangesAsync(nullptr);
-				Missed += Find("FName5").size() == 1 ? 0 : 1;
-				Missed += Manager().GetIndexStats().TotalFiles == 30 ? 0 : 1;
-				Manager().IsBuilding();
-				Manager().GetReindexerQueueSize();
-			}
-		});
+			});
 	}
 	for (std::thread& Thread : Threads)
 	{

@@ -37,7 +37,8 @@ TEST_F(ConversationStores, TextsComeBackUnitByUnit)
 	{
 		Long += Long;
 	}
-	const std::vector<FString> Texts = { FString(TEXT("plain")), FString(), FString(4, WithNul), FString(8, Lone), FString(TEXT("\r\n\t\u00e4\u4e2d")), Long };
+	const std::vector<FString> Texts = { FString(TEXT("plain")), FString(), FString(4, WithNul), FString(8, Lone),
+		FString(TEXT("\r\n\t\u00e4\u4e2d")), Long };
 	{
 		const TSharedRef<FStore> Store = OpenStore();
 		FConversationMetadata Written = Conversation(TEXT("A"), Texts);
@@ -65,7 +66,8 @@ TEST_F(ConversationStores, OnlyTheUserReadsTheFiles)
 {
 	const TSharedRef<FStore> Store = OpenStore();
 	Put(*Store, Conversation(TEXT("A"), { TEXT("secret") }));
-	for (const auto& [Name, Mode] : std::vector<std::pair<std::string, mode_t>>{ { "", 0700 }, { "/Game.db", 0600 }, { "/Game.db-wal", 0600 }, { "/Game.db-shm", 0600 } })
+	for (const auto& [Name, Mode] : std::vector<std::pair<std::string, mode_t>>{
+			 { "", 0700 }, { "/Game.db", 0600 }, { "/Game.db-wal", 0600 }, { "/Game.db-shm", 0600 } })
 	{
 		struct stat Status;
 		ASSERT_EQ(stat(Folder.AtBytes("Velmora" + Name).c_str(), &Status), 0) << Name;
@@ -121,7 +123,8 @@ TEST(StoreOpenings, LongMessagesAreCutSoThatTheirTitleStays)
 		{ "1,025 are cut", Word.Left(1025), Word.Left(1024) + FString(TEXT("\u2026")) },
 		{ "white space before goes", Blanks + TEXT("x"), TEXT("x") },
 		{ "white space behind needs no mark", FString(TEXT("x")) + Blanks, FString(TEXT("x")) + Blanks.Left(1023) },
-		{ "a word far behind needs one", FString(TEXT("x")) + Blanks + TEXT("y"), FString(TEXT("x")) + Blanks.Left(1023) + FString(TEXT("\u2026")) },
+		{ "a word far behind needs one", FString(TEXT("x")) + Blanks + TEXT("y"),
+			FString(TEXT("x")) + Blanks.Left(1023) + FString(TEXT("\u2026")) },
 	};
 	for (const FCase& Case : Cases)
 	{
@@ -261,20 +264,21 @@ TEST_F(ConversationStores, ManyThreadsAndProgramsWriteAndRead)
 	std::vector<std::thread> Threads;
 	for (int Index = 0; Index < ThreadCount; ++Index)
 	{
-		Threads.emplace_back([this, &Shared, &Stored, Index]
-		{
-			const TSharedRef<FStore> Store = Index % 2 == 0 ? Shared : OpenStore();
-			for (int Count = 0; Count < MessageCount; ++Count)
+		Threads.emplace_back(
+			[this, &Shared, &Stored, Index]
 			{
-				int64 Key = 0;
-				FString Problem;
-				// Refused when another one has been busy for too long; what was taken must be there.
-				Stored += Store->AppendMessage(TEXT("A"), Message(TEXT("m")), Key, Problem) == EStoreResult::Done ? 1 : 0;
-				Velmora::FConversationHistoryManager Manager;
-				Manager.DatabasePath = Store->GetPath();
-				EXPECT_EQ(Manager.GetConversationSummaries().Num(), 1);
-			}
-		});
+				const TSharedRef<FStore> Store = Index % 2 == 0 ? Shared : OpenStore();
+				for (int Count = 0; Count < MessageCount; ++Count)
+				{
+					int64 Key = 0;
+					FString Problem;
+					// Refused when another one has been busy for too long; what was taken must be there.
+					Stored += Store->AppendMessage(TEXT("A"), Message(TEXT("m")), Key, Problem) == EStoreResult::Done ? 1 : 0;
+					Velmora::FConversationHistoryManager Manager;
+					Manager.DatabasePath = Store->GetPath();
+					EXPECT_EQ(Manager.GetConversationSummaries().Num(), 1);
+				}
+			});
 	}
 	for (std::thread& Thread : Threads)
 	{

@@ -112,19 +112,20 @@ namespace
 		/** From now on all reports are put together. */
 		void Listen()
 		{
-			Listener = FProjectFileListeners::Add([this](const FProjectFileChanges& Changes)
-			{
-				const std::scoped_lock Lock(ReportMutex);
-				for (const FString& Path : Changes.Written)
+			Listener = FProjectFileListeners::Add(
+				[this](const FProjectFileChanges& Changes)
 				{
-					Written.insert(HostFileNameToBytes(Path));
-				}
-				for (const FString& Path : Changes.Removed)
-				{
-					Removed.insert(HostFileNameToBytes(Path));
-				}
-				bMayBeMore = bMayBeMore || Changes.bMayBeMore;
-			});
+					const std::scoped_lock Lock(ReportMutex);
+					for (const FString& Path : Changes.Written)
+					{
+						Written.insert(HostFileNameToBytes(Path));
+					}
+					for (const FString& Path : Changes.Removed)
+					{
+						Removed.insert(HostFileNameToBytes(Path));
+					}
+					bMayBeMore = bMayBeMore || Changes.bMayBeMore;
+				});
 		}
 
 		void ExpectReport(const std::set<std::string>& WantedWritten, const std::set<std::string>& WantedRemoved)
@@ -190,7 +191,8 @@ TEST_F(FileCacheTests, ChangesAreSeen)
 	Listen();
 
 	Project.Write("new/folder/made/a moment/ago", "x");
-	ExpectListed({ "keep/", "keep/a", "new/", "new/folder/", "new/folder/made/", "new/folder/made/a moment/", "new/folder/made/a moment/ago", "old/", "old/deep/", "old/deep/b" });
+	ExpectListed({ "keep/", "keep/a", "new/", "new/folder/", "new/folder/made/", "new/folder/made/a moment/",
+		"new/folder/made/a moment/ago", "old/", "old/deep/", "old/deep/b" });
 	ExpectReport({ "new/folder/made/a moment/ago" }, {});
 
 	std::filesystem::rename(Project.Root / "old", Project.Root / "keep" / "moved");
@@ -216,7 +218,9 @@ TEST_F(FileCacheTests, ACheckoutOfFiveThousandFilesIsSeen)
 	Start();
 	for (int Index = 0; Index < 5000; ++Index)
 	{
-		Project.Write("Source/Area" + std::to_string(Index % 50) + "/Part" + std::to_string(Index % 7) + "/File" + std::to_string(Index) + ".cpp", "x");
+		Project.Write(
+			"Source/Area" + std::to_string(Index % 50) + "/Part" + std::to_string(Index % 7) + "/File" + std::to_string(Index) + ".cpp",
+			"x");
 	}
 	ExpectAsDisk();
 	for (int Area = 0; Area < 50; Area += 2)
@@ -440,7 +444,8 @@ TEST_F(FileCacheTests, FoldersAreOpenedWithoutFollowingLinks)
 	ASSERT_GE(Root, 0);
 	for (const auto Open : { &OpenFolderBeneath, &OpenFolderStepByStep })
 	{
-		for (const auto& [Path, bOpens] : std::map<std::string, bool>{ { ".", true }, { "real", true }, { "real/inner", true }, { "link", false }, { "link/inner", false }, { "real/inner/x", false }, { "gone", false } })
+		for (const auto& [Path, bOpens] : std::map<std::string, bool>{ { ".", true }, { "real", true }, { "real/inner", true },
+				 { "link", false }, { "link/inner", false }, { "real/inner/x", false }, { "gone", false } })
 		{
 			SCOPED_TRACE(Path);
 			const int Folder = Open(Root, Path);
@@ -459,11 +464,12 @@ TEST_F(FileCacheTests, AListenerMayRemoveItselfAndIsNotCalledAfterwards)
 	Start();
 	std::atomic<int> Calls = 0;
 	std::atomic<int32> Handle = 0;
-	Handle = FProjectFileListeners::Add([&](const FProjectFileChanges&)
-	{
-		++Calls;
-		FProjectFileListeners::Remove(Handle);
-	});
+	Handle = FProjectFileListeners::Add(
+		[&](const FProjectFileChanges&)
+		{
+			++Calls;
+			FProjectFileListeners::Remove(Handle);
+		});
 	Project.Write("a", "x");
 	ExpectListed({ "a" });
 	EXPECT_TRUE(WaitFor([&] { return Calls == 1; }));

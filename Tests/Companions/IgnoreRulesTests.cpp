@@ -30,7 +30,8 @@ namespace
 				Out << Path << '\0';
 			}
 		}
-		const std::string Git = "cd '" + Root.native() + "' && GIT_CONFIG_GLOBAL=/dev/null GIT_CONFIG_SYSTEM=/dev/null XDG_CONFIG_HOME=/nonexistent git ";
+		const std::string Git =
+			"cd '" + Root.native() + "' && GIT_CONFIG_GLOBAL=/dev/null GIT_CONFIG_SYSTEM=/dev/null XDG_CONFIG_HOME=/nonexistent git ";
 		// "Nothing is ignored" is answered with exit code 1.
 		const int Code = std::system((Git + "check-ignore --no-index -z --stdin < '" + List + "' > '" + Answer + "' 2> /dev/null").c_str());
 		EXPECT_TRUE(WIFEXITED(Code) && WEXITSTATUS(Code) <= 1) << Code;
@@ -50,7 +51,8 @@ namespace
 	{
 	public:
 		explicit FMadeTree(const FTemporaryProject& InProject, uint32 Seed)
-			: Project(InProject), Random(Seed)
+			: Project(InProject)
+			, Random(Seed)
 		{
 			Fill("", 0);
 			const std::string Init = "git init -q '" + Project.Root.native() + "' > /dev/null 2>&1";
@@ -61,8 +63,9 @@ namespace
 
 		std::string MakeLine()
 		{
-			static constexpr const char* Pieces[] = { "a", "b", "c", "ab", "a.c", ".c", "*", "*", "?", "**", "/", "/", "/**/", "**/", "/**", "[ab]", "[!a]", "[^b]", "[a-c]", "[]a]", "[[:alpha:]]",
-				"[[:foo:]]", "[a", "[a-]", "[\\]a]", "[b-a]", "\\a", "\\*", "\\", " ", "\\ ", "#", "!", "é", "\xFF", "[[:x]", "[[:]", "[[]", "\r", "\t", "[a-\\c]", "[--a]", "[!]a]", "***", "**\\/" };
+			static constexpr const char* Pieces[] = { "a", "b", "c", "ab", "a.c", ".c", "*", "*", "?", "**", "/", "/", "/**/", "**/", "/**",
+				"[ab]", "[!a]", "[^b]", "[a-c]", "[]a]", "[[:alpha:]]", "[[:foo:]]", "[a", "[a-]", "[\\]a]", "[b-a]", "\\a", "\\*", "\\",
+				" ", "\\ ", "#", "!", "é", "\xFF", "[[:x]", "[[:]", "[[]", "\r", "\t", "[a-\\c]", "[--a]", "[!]a]", "***", "**\\/" };
 			std::string Line = Pick(5) == 0 ? "!" : Pick(12) == 0 ? "#" : "";
 			for (int Count = 1 + Pick(5); Count > 0; --Count)
 			{
@@ -100,7 +103,8 @@ namespace
 	private:
 		void Fill(const std::string& Folder, int Depth)
 		{
-			static constexpr const char* Names[] = { "a", "b", "c", "ab", "a.c", "b.c", "abc", "*", "[a", "a b", "a ", "#a", "!b", "é", "a\xFF", "\\a" };
+			static constexpr const char* Names[] = { "a", "b", "c", "ab", "a.c", "b.c", "abc", "*", "[a", "a b", "a ", "#a", "!b", "é",
+				"a\xFF", "\\a" };
 			Folders.push_back(Folder);
 			for (const char* Name : Names)
 			{

@@ -44,13 +44,15 @@ namespace
 	};
 }
 
-INSTANTIATE_TEST_SUITE_P(Methods, ProjectAccess, ::testing::Values(EAccessMethod::Automatic, EAccessMethod::Walk), [](const auto& Info) { return Info.param == EAccessMethod::Walk ? "Walk" : "Beneath"; });
+INSTANTIATE_TEST_SUITE_P(Methods, ProjectAccess, ::testing::Values(EAccessMethod::Automatic, EAccessMethod::Walk),
+	[](const auto& Info) { return Info.param == EAccessMethod::Walk ? "Walk" : "Beneath"; });
 
 TEST_P(ProjectAccess, RefusesWhatIsNoFileOfTheProject)
 {
 	Project.Write("inner/a.txt", "a");
 	std::filesystem::create_symlink(Outside + "/secret.txt", Project.Root / "absolute.txt");
-	std::filesystem::create_symlink("../" + std::filesystem::path(Outside).filename().native() + "/secret.txt", Project.Root / "relative.txt");
+	std::filesystem::create_symlink(
+		"../" + std::filesystem::path(Outside).filename().native() + "/secret.txt", Project.Root / "relative.txt");
 	std::filesystem::create_directory_symlink(Outside, Project.Root / "away");
 	std::filesystem::create_directory_symlink("../..", Project.Root / "inner/up");
 	std::filesystem::create_symlink("loop", Project.Root / "loop");
@@ -66,9 +68,11 @@ TEST_P(ProjectAccess, RefusesWhatIsNoFileOfTheProject)
 	const std::vector<std::string> Before = ListProject();
 	const std::vector<std::string> OutsideBefore = ListTree(Outside);
 
-	const std::string Paths[] = { "", ".", "/", "..", "../x.txt", "inner/../../x.txt", "inner/..", Outside + "/secret.txt", Outside + "/new.txt", "/etc/passwd", Project.Root.native() + "x/new.txt", Project.Root.native(), std::string("a\0b", 3), "absolute.txt",
-		"relative.txt", "away/secret.txt", "away/new.txt", "away/new/new.txt", "inner/up/x.txt", "inner/up/" + std::filesystem::path(Outside).filename().native() + "/secret.txt", "loop", "loop/x.txt", "pipe", "pipe/x", "socket", "null", "inner",
-		"inner/", "inner/a.txt/b.txt", std::string(300, 'n'), "inner/" + std::string(5000, 'n') };
+	const std::string Paths[] = { "", ".", "/", "..", "../x.txt", "inner/../../x.txt", "inner/..", Outside + "/secret.txt",
+		Outside + "/new.txt", "/etc/passwd", Project.Root.native() + "x/new.txt", Project.Root.native(), std::string("a\0b", 3),
+		"absolute.txt", "relative.txt", "away/secret.txt", "away/new.txt", "away/new/new.txt", "inner/up/x.txt",
+		"inner/up/" + std::filesystem::path(Outside).filename().native() + "/secret.txt", "loop", "loop/x.txt", "pipe", "pipe/x", "socket",
+		"null", "inner", "inner/", "inner/a.txt/b.txt", std::string(300, 'n'), "inner/" + std::string(5000, 'n') };
 	for (const std::string& Path : Paths)
 	{
 		SCOPED_TRACE(Path.substr(0, 80));
@@ -77,7 +81,8 @@ TEST_P(ProjectAccess, RefusesWhatIsNoFileOfTheProject)
 			continue;
 		}
 		Velmora::FChangeTools Tools = MakeTools("T1", GetParam());
-		std::vector<FChangeOutcome> Outcomes = { Tools.WriteFile(Path, "x"), Tools.EditFile(Path, "s", "x"), Tools.AppendToFile(Path, "x"), Tools.CreateFile(Path, "x") };
+		std::vector<FChangeOutcome> Outcomes = { Tools.WriteFile(Path, "x"), Tools.EditFile(Path, "s", "x"), Tools.AppendToFile(Path, "x"),
+			Tools.CreateFile(Path, "x") };
 		// A link is deleted itself, so that is no way out.
 		if (Path != "absolute.txt" && Path != "relative.txt" && Path != "loop")
 		{
@@ -107,7 +112,8 @@ TEST_P(ProjectAccess, TakesPathsOfTheProjectInEverySpelling)
 		EXPECT_EQ(MakeTools("T1", GetParam()).GetAccess().Normalise(Path, Relative), "") << Path;
 		EXPECT_EQ(Relative, "a/b.txt");
 	}
-	for (const char* Name : { "latin\xE9\xFF.txt", "with blank.txt", "line\nfeed.txt", "back\\slash.txt", ".hidden", "\xF0\x9F\x90\x8C/\xF0\x9F\x90\x8C.md", "...", "-rf" })
+	for (const char* Name : { "latin\xE9\xFF.txt", "with blank.txt", "line\nfeed.txt", "back\\slash.txt", ".hidden",
+			 "\xF0\x9F\x90\x8C/\xF0\x9F\x90\x8C.md", "...", "-rf" })
 	{
 		SCOPED_TRACE(Name);
 		Velmora::FChangeTools Tools = MakeTools("T1", GetParam());
@@ -154,14 +160,15 @@ TEST_P(ProjectAccess, AFolderSwappedForALinkLeadsNowhere)
 	const std::string Link = Project.PathOf("link");
 
 	std::atomic<bool> bIsOver = false;
-	std::thread Swapper([&]
-	{
-		while (!bIsOver)
+	std::thread Swapper(
+		[&]
 		{
-			// The two change names in one step, so that one of them is always there.
-			renameat2(AT_FDCWD, Inner.c_str(), AT_FDCWD, Link.c_str(), RENAME_EXCHANGE);
-		}
-	});
+			while (!bIsOver)
+			{
+				// The two change names in one step, so that one of them is always there.
+				renameat2(AT_FDCWD, Inner.c_str(), AT_FDCWD, Link.c_str(), RENAME_EXCHANGE);
+			}
+		});
 	Velmora::FChangeTools Tools = MakeTools("T1", GetParam());
 	int Done = 0;
 	int Refused = 0;
@@ -171,7 +178,8 @@ TEST_P(ProjectAccess, AFolderSwappedForALinkLeadsNowhere)
 		FEntryInfo Info;
 		Tools.GetAccess().Read("inner/a.txt", 1000, Bytes, Info);
 		EXPECT_NE(Bytes, "outside");
-		for (const FChangeOutcome& Outcome : { Tools.WriteFile("inner/a.txt", "inside"), Tools.WriteFile("inner/new.txt", "x"), Tools.DeleteFile("inner/new.txt") })
+		for (const FChangeOutcome& Outcome :
+			{ Tools.WriteFile("inner/a.txt", "inside"), Tools.WriteFile("inner/new.txt", "x"), Tools.DeleteFile("inner/new.txt") })
 		{
 			Done += Outcome.bSuccess;
 			Refused += !Outcome.bSuccess;

@@ -27,7 +27,8 @@ TEST(SettingsTests, ValuesSurviveSavingAndLoading)
 	Settings->SaveConfig();
 	Settings->DefaultConversationMode = 2;
 	Settings->bIncludeEngineSource = false;
-	for (FString* Field : { &Settings->ProjectDescription, &Settings->CurrentAreaOfFocus, &Settings->GuidelinesAndTips, &Settings->Constraints, &Settings->EngineSourceFolder })
+	for (FString* Field : { &Settings->ProjectDescription, &Settings->CurrentAreaOfFocus, &Settings->GuidelinesAndTips,
+			 &Settings->Constraints, &Settings->EngineSourceFolder })
 	{
 		*Field = TEXT("changed");
 	}

@@ -42,7 +42,8 @@ protected:
 		Result.Id = Id;
 		for (const FString& Text : Texts)
 		{
-			Result.Messages.Add(Message(Text, Result.Messages.Num() % 2 == 0 ? Velmora::EConversationRole::User : Velmora::EConversationRole::Assistant));
+			Result.Messages.Add(
+				Message(Text, Result.Messages.Num() % 2 == 0 ? Velmora::EConversationRole::User : Velmora::EConversationRole::Assistant));
 		}
 		return Result;
 	}

@@ -21,7 +21,10 @@ namespace
 	class StoreRecovery : public FStoreTest
 	{
 	protected:
-		static std::string Units(const FString& Text) { return std::string(reinterpret_cast<const char*>(*Text), static_cast<size_t>(Text.Len()) * sizeof(TCHAR)); }
+		static std::string Units(const FString& Text)
+		{
+			return std::string(reinterpret_cast<const char*>(*Text), static_cast<size_t>(Text.Len()) * sizeof(TCHAR));
+		}
 
 		/**
 		 * Texts that name their conversation again and again, so that every page which holds a part of one can be told
@@ -33,7 +36,8 @@ namespace
 			for (int Number = 0; Number < Count; ++Number)
 			{
 				char Id[33];
-				snprintf(Id, sizeof(Id), "%08X%08X%08X%08X", Number, static_cast<unsigned>(Random()), static_cast<unsigned>(Random()), static_cast<unsigned>(Random()));
+				snprintf(Id, sizeof(Id), "%08X%08X%08X%08X", Number, static_cast<unsigned>(Random()), static_cast<unsigned>(Random()),
+					static_cast<unsigned>(Random()));
 				std::vector<FString> Texts;
 				const int MessageCount = 1 + static_cast<int>(Random() % 6);
 				for (int Index = 0; Index < MessageCount; ++Index)
@@ -63,7 +67,8 @@ namespace
 				// Half of an id may lie at either end of a page.
 				const std::string Wide = Units(FString(Id.c_str()));
 				const size_t Half = Wide.size() / 2;
-				if (Part.find(Id) != std::string::npos || Part.find(Wide.substr(0, Half)) != std::string::npos || Part.find(Wide.substr(Half)) != std::string::npos)
+				if (Part.find(Id) != std::string::npos || Part.find(Wide.substr(0, Half)) != std::string::npos ||
+					Part.find(Wide.substr(Half)) != std::string::npos)
 				{
 					Found.insert(Id);
 				}
@@ -103,7 +108,8 @@ namespace
 			for (const auto& Entry : std::filesystem::directory_iterator(Folder.AtBytes("Velmora")))
 			{
 				const std::string Name = Entry.path().filename();
-				const bool bGoesWithAnother = Name.size() > 4 && (Name.substr(Name.size() - 4) == "-wal" || Name.substr(Name.size() - 4) == "-shm");
+				const bool bGoesWithAnother =
+					Name.size() > 4 && (Name.substr(Name.size() - 4) == "-wal" || Name.substr(Name.size() - 4) == "-shm");
 				if (Name != "Game.db" && !bGoesWithAnother)
 				{
 					Names.push_back(Name);

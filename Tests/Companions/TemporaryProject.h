@@ -11,14 +11,16 @@
 #include <string_view>
 #include <unistd.h>
 
-/** A project folder of its own for each test, gone with it. The names that matter are made up at run time, so that no answer can be prepared for them. */
+/** A project folder of its own for each test, gone with it. The names that matter are made up at run time, so that no answer can be
+ * prepared for them. */
 class FTemporaryProject
 {
 public:
 	FTemporaryProject()
 		: Random(std::random_device{}())
 	{
-		Root = std::filesystem::canonical(std::filesystem::temp_directory_path()) / ("velmora-" + std::to_string(getpid()) + '-' + MakeName(8));
+		Root = std::filesystem::canonical(std::filesystem::temp_directory_path()) /
+			("velmora-" + std::to_string(getpid()) + '-' + MakeName(8));
 		std::filesystem::create_directories(Root);
 		Velmora::SetProjectFolder(UTF8_TO_TCHAR(Root.c_str()));
 	}

@@ -29,7 +29,8 @@ namespace
 		std::vector<std::string> Lines;
 		for (const Velmora::FProjectFileCacheEntry& Entry : Entries)
 		{
-			Lines.push_back(HostFileNameToBytes(Entry.Path) + (Entry.bIsDirectory ? "/" : std::string(" ") + Types[static_cast<int>(Entry.Type)]));
+			Lines.push_back(
+				HostFileNameToBytes(Entry.Path) + (Entry.bIsDirectory ? "/" : std::string(" ") + Types[static_cast<int>(Entry.Type)]));
 		}
 		return Lines;
 	}
@@ -88,15 +89,16 @@ TEST(ProjectFileCacheTests, RequestsFromManyThreadsEndInOneCompleteList)
 	std::vector<std::thread> Threads;
 	for (int Index = 0; Index < 4; ++Index)
 	{
-		Threads.emplace_back([]
-		{
-			for (int Round = 0; Round < 50; ++Round)
+		Threads.emplace_back(
+			[]
 			{
-				FProjectFileCache::Get().RefreshCache();
-				TArray<Velmora::FProjectFileCacheEntry> Entries;
-				FProjectFileCache::Get().GetCachedFiles(Entries);
-			}
-		});
+				for (int Round = 0; Round < 50; ++Round)
+				{
+					FProjectFileCache::Get().RefreshCache();
+					TArray<Velmora::FProjectFileCacheEntry> Entries;
+					FProjectFileCache::Get().GetCachedFiles(Entries);
+				}
+			});
 	}
 	for (std::thread& Thread : Threads)
 	{

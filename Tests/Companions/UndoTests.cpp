@@ -30,7 +30,8 @@ namespace
 
 		std::string MakePath()
 		{
-			constexpr const char* Names[] = { "a.txt", "b", "c.cpp", "odd\xFF\xE9.txt", "d/e.txt", "d/f/g.txt", "d/f", "h/i/j/k.md", "h/i", "b/l.txt", "two words.ini", ".hidden" };
+			constexpr const char* Names[] = { "a.txt", "b", "c.cpp", "odd\xFF\xE9.txt", "d/e.txt", "d/f/g.txt", "d/f", "h/i/j/k.md", "h/i",
+				"b/l.txt", "two words.ini", ".hidden" };
 			return Names[Pick(std::size(Names))];
 		}
 
@@ -142,7 +143,8 @@ TEST_F(Undo, RandomEditScriptsLeaveNoTrace)
 			States.push_back(ListTree(Root));
 			const std::string Id = std::to_string(Script) + '-' + std::to_string(Request);
 			Journal->OpenTransaction(Id, "S" + std::to_string(Script), Request * 2);
-			Velmora::FChangeTools Tools(Root.native(), *Journal, Id, Edits.Pick(2) ? Velmora::EAccessMethod::Automatic : Velmora::EAccessMethod::Walk);
+			Velmora::FChangeTools Tools(
+				Root.native(), *Journal, Id, Edits.Pick(2) ? Velmora::EAccessMethod::Automatic : Velmora::EAccessMethod::Walk);
 			Tools.SetDurable(false);
 			for (int Count = Edits.Pick(12); Count >= 0; --Count)
 			{
@@ -153,11 +155,12 @@ TEST_F(Undo, RandomEditScriptsLeaveNoTrace)
 		for (const int Request : { From, 0 })
 		{
 			int MessageIndex = -1;
-			const FUndoResult Result = Journal->Undo(std::to_string(Script) + '-' + std::to_string(Request), "S" + std::to_string(Script), [&MessageIndex](int Index)
-			{
-				MessageIndex = Index;
-				return std::string();
-			});
+			const FUndoResult Result = Journal->Undo(std::to_string(Script) + '-' + std::to_string(Request), "S" + std::to_string(Script),
+				[&MessageIndex](int Index)
+				{
+					MessageIndex = Index;
+					return std::string();
+				});
 			if (Request == 0 && From == 0 && !Result.bSuccess)
 			{
 				break; // Already undone.
@@ -212,8 +215,14 @@ TEST_F(Undo, WhatSomebodyElseChangedIsSetAside)
 	{
 		All += Notice + '\n';
 	}
-	EXPECT_NE(All.find("`a.md` had been changed by hand since. It is back as it was before the request; what you had made of it is in `a.conflict-2.md`."), std::string::npos) << All;
-	EXPECT_NE(All.find("`made/.config` had been changed by hand since. It is gone again, as before the request; what you had made of it is in `made/.config.conflict-1`."), std::string::npos) << All;
+	EXPECT_NE(All.find("`a.md` had been changed by hand since. It is back as it was before the request; what you had made of it is in "
+					   "`a.conflict-2.md`."),
+		std::string::npos)
+		<< All;
+	EXPECT_NE(All.find("`made/.config` had been changed by hand since. It is gone again, as before the request; what you had made of it is "
+					   "in `made/.config.conflict-1`."),
+		std::string::npos)
+		<< All;
 	EXPECT_NE(All.find("`removed.md` had been removed since; it is back as it was."), std::string::npos) << All;
 }
 
@@ -243,13 +252,15 @@ TEST_F(Undo, ChangesNothingWhenItCannotRestoreAll)
 	// What cannot be taken back is no longer as it was, so nobody says that it is.
 	std::filesystem::remove_all(Project.Root / "z.md");
 	Project.Write("z.md", "agent\n");
-	Result = Journal->Undo("T1", "C", [this](int)
-	{
-		std::filesystem::remove(Project.Root / "z.md");
-		Project.Write("z.md/inside.txt", "mine");
-		return std::string("The store is busy.");
-	});
-	EXPECT_EQ(Result.Problem, "The undo stopped half-way and could not be taken back; try it again. The store is busy. `z.md`: it is a folder.");
+	Result = Journal->Undo("T1", "C",
+		[this](int)
+		{
+			std::filesystem::remove(Project.Root / "z.md");
+			Project.Write("z.md/inside.txt", "mine");
+			return std::string("The store is busy.");
+		});
+	EXPECT_EQ(
+		Result.Problem, "The undo stopped half-way and could not be taken back; try it again. The store is busy. `z.md`: it is a folder.");
 	EXPECT_EQ(ReadFile("a.md"), "agent\n");
 	std::filesystem::remove_all(Project.Root / "z.md");
 	Project.Write("z.md", "agent\n");
@@ -268,7 +279,8 @@ TEST_F(Undo, ChangesNothingWhenItCannotRestoreAll)
 	EXPECT_NE(Result.Problem.find("its former content is lost (it is damaged)"), std::string::npos) << Result.Problem;
 	EXPECT_EQ(ListProject(), Before);
 
-	EXPECT_EQ(Journal->Undo("T1", "another conversation", [](int) { return std::string(); }).Problem, "What was done after that message is not known any more, so nothing was undone.");
+	EXPECT_EQ(Journal->Undo("T1", "another conversation", [](int) { return std::string(); }).Problem,
+		"What was done after that message is not known any more, so nothing was undone.");
 }
 
 TEST_F(Undo, OnlyTheLaterRequestsOfTheConversationAreUndone)
@@ -303,7 +315,8 @@ TEST_F(Undo, TheOldestContentsMakeRoom)
 	Journal->OpenTransaction("T2", "C", 2);
 	ASSERT_TRUE(MakeTools("T2").WriteFile("b.bin", "2").bSuccess);
 	EXPECT_LE(Journal->GetKeptBytes(), 1024u * 1024u);
-	EXPECT_EQ(UndoRequest("T1").Problem, "Former contents are kept up to 1 MB; those of that message had to make room for later ones, so nothing was undone.");
+	EXPECT_EQ(UndoRequest("T1").Problem,
+		"Former contents are kept up to 1 MB; those of that message had to make room for later ones, so nothing was undone.");
 	EXPECT_EQ(MakeTools("T2").WriteFile("c.bin", "2").Problem, "its former content cannot be kept: the undo store holds 1 MB and is full");
 	ASSERT_TRUE(UndoRequest("T2").bSuccess);
 	EXPECT_EQ(ReadFile("b.bin").size(), 600000u);

@@ -63,7 +63,8 @@ TEST_F(UpdateGateTests, TellsChangesAndNothingElse)
 	EXPECT_EQ(Gate.GetState(), EUpdateGateState::Ready);
 
 	std::vector<int> States;
-	const FDelegateHandle Handle = Gate.OnStateChanged().AddLambda([&States](EUpdateGateState State) { States.push_back(static_cast<int>(State)); });
+	const FDelegateHandle Handle =
+		Gate.OnStateChanged().AddLambda([&States](EUpdateGateState State) { States.push_back(static_cast<int>(State)); });
 	FUpdateGateControl::SetState(EUpdateGateState::UpdateAvailable, TEXT(""), TEXT("1.2"));
 	FUpdateGateControl::SetState(EUpdateGateState::UpdateAvailable, TEXT(""), TEXT("1.2"));
 	EXPECT_EQ(Utf8(Gate.GetVersion()), "1.2");
@@ -87,7 +88,8 @@ TEST_F(UpdateGateTests, FollowsAReleaseFile)
 	};
 	const FCase Cases[] = {
 		{ R"({ "state": "UpdateAvailable", "version": "2.1" })", "UpdateAvailable||2.1", "" },
-		{ R"({ "state": "Broken" })", "UpdateAvailable||2.1", "names no known state. The states are: Checking, Ready, UpdateAvailable, Downloading, RestartRequired." },
+		{ R"({ "state": "Broken" })", "UpdateAvailable||2.1",
+			"names no known state. The states are: Checking, Ready, UpdateAvailable, Downloading, RestartRequired." },
 		{ "[1", "UpdateAvailable||2.1", "cannot be read as a JSON object." },
 		{ R"({ "state": "Checking" })", "Checking||", "" },
 		{ R"({ "state": "Downloading", "version": "2.1", "progress": 40.9 })", "Downloading|Downloading update... 40%|2.1", "" },

@@ -2,7 +2,16 @@
 
 TEST(CharClasses, Facts)
 {
-	struct FCase { TCHAR Char; bool bAlnum; bool bDigit; bool bSpace; bool bUpper; bool bLower; bool bPunct; };
+	struct FCase
+	{
+		TCHAR Char;
+		bool bAlnum;
+		bool bDigit;
+		bool bSpace;
+		bool bUpper;
+		bool bLower;
+		bool bPunct;
+	};
 	const FCase Cases[] = {
 		{ TEXT('a'), true, false, false, false, true, false },
 		{ TEXT('Z'), true, false, false, true, false, false },
@@ -56,9 +65,13 @@ TEST(CharClasses, WhiteSpaceIsExactlyThisSet)
 
 TEST(CharCase, OneToOne)
 {
-	struct FCase { TCHAR Upper; TCHAR Lower; };
-	const FCase Pairs[] = { { TEXT('A'), TEXT('a') }, { TEXT('É'), TEXT('é') }, { TEXT('Ÿ'), TEXT('ÿ') }, { TEXT('Ж'), TEXT('ж') }, { TEXT('Σ'), TEXT('σ') },
-		{ 0x0187, 0x0188 }, { 0x10a0, 0x2d00 }, { 0x1f88, 0x1f80 }, { 0xa64a, 0xa64b } };
+	struct FCase
+	{
+		TCHAR Upper;
+		TCHAR Lower;
+	};
+	const FCase Pairs[] = { { TEXT('A'), TEXT('a') }, { TEXT('É'), TEXT('é') }, { TEXT('Ÿ'), TEXT('ÿ') }, { TEXT('Ж'), TEXT('ж') },
+		{ TEXT('Σ'), TEXT('σ') }, { 0x0187, 0x0188 }, { 0x10a0, 0x2d00 }, { 0x1f88, 0x1f80 }, { 0xa64a, 0xa64b } };
 	for (const FCase& Pair : Pairs)
 	{
 		EXPECT_EQ(FChar::ToLower(Pair.Upper), Pair.Lower);
@@ -73,10 +86,17 @@ TEST(CharCase, OneToOne)
 
 TEST(Encoding, Utf8OfBrokenText)
 {
-	struct FCase { const char* Why; std::u16string Units; const char* Expected; };
+	struct FCase
+	{
+		const char* Why;
+		std::u16string Units;
+		const char* Expected;
+	};
 	const FCase Cases[] = {
 		{ "a pair", { 0xd83d, 0xdc64 }, "\xf0\x9f\x91\xa4" },
-		{ "high alone", { 'a', 0xd83d, 'b' }, "a\xef\xbf\xbd" "b" },
+		{ "high alone", { 'a', 0xd83d, 'b' },
+			"a\xef\xbf\xbd"
+			"b" },
 		{ "low alone", { 0xdc64 }, "\xef\xbf\xbd" },
 		{ "reversed pair", { 0xdc64, 0xd83d }, "\xef\xbf\xbd\xef\xbf\xbd" },
 		{ "high before a pair", { 0xd83d, 0xd83d, 0xdc64 }, "\xef\xbf\xbd\xf0\x9f\x91\xa4" },
@@ -92,7 +112,12 @@ TEST(Encoding, Utf8OfBrokenText)
 
 TEST(Encoding, TextOfBrokenUtf8)
 {
-	struct FCase { const char* Why; const char* Bytes; std::u16string Expected; };
+	struct FCase
+	{
+		const char* Why;
+		const char* Bytes;
+		std::u16string Expected;
+	};
 	const FCase Cases[] = {
 		{ "plain", "a\xc3\xa9\xe2\x82\xac", { 'a', 0xe9, 0x20ac } },
 		{ "four bytes", "\xf0\x9f\x91\xa4", { 0xd83d, 0xdc64 } },

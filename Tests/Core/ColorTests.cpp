@@ -15,7 +15,11 @@ TEST(Colors, EveryByteSurvivesTheCurve)
 
 TEST(Colors, FromHex)
 {
-	struct FCase { const TCHAR* Text; FColor Expected; };
+	struct FCase
+	{
+		const TCHAR* Text;
+		FColor Expected;
+	};
 	const FCase Cases[] = {
 		{ TEXT("#10B981"), FColor(0x10, 0xb9, 0x81) },
 		{ TEXT("10b981"), FColor(0x10, 0xb9, 0x81) },

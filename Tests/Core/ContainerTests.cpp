@@ -206,7 +206,10 @@ TEST(Pointers, SharedOwnership)
 	};
 	struct FDerived : FBase, TSharedFromThis<FDerived>
 	{
-		explicit FDerived(int32& InDeaths) : Deaths(InDeaths) {}
+		explicit FDerived(int32& InDeaths)
+			: Deaths(InDeaths)
+		{
+		}
 		~FDerived() override { ++Deaths; }
 		int32& Deaths;
 	};

@@ -22,7 +22,8 @@ TEST(DateTimes, FieldsThroughTheYears)
 			{
 				int32 Fields[3];
 				Day.GetDate(Fields[0], Fields[1], Fields[2]);
-				ASSERT_TRUE(Fields[0] == Year && Fields[1] == Month && Fields[2] == DayOfMonth) << Year << '/' << Month << '/' << DayOfMonth;
+				ASSERT_TRUE(Fields[0] == Year && Fields[1] == Month && Fields[2] == DayOfMonth)
+					<< Year << '/' << Month << '/' << DayOfMonth;
 				ASSERT_EQ(Day.GetDayOfYear(), ++DayOfYear);
 				ASSERT_EQ(Day, FDateTime(Year, Month, DayOfMonth));
 				Day += FTimespan::FromDays(1);
@@ -47,7 +48,11 @@ TEST(DateTimes, Written)
 
 TEST(DateTimes, Read)
 {
-	struct FCase { const TCHAR* Text; FDateTime Expected; };
+	struct FCase
+	{
+		const TCHAR* Text;
+		FDateTime Expected;
+	};
 	const FDateTime None(0);
 	const FCase Cases[] = {
 		{ TEXT("2026-01-31"), FDateTime(2026, 1, 31) },
@@ -71,7 +76,8 @@ TEST(DateTimes, Read)
 	FDateTime Parsed(0);
 	EXPECT_TRUE(FDateTime::Parse(TEXT("2026.01.31-15.04.05"), Parsed));
 	EXPECT_EQ(Parsed, FDateTime(2026, 1, 31, 15, 4, 5));
-	EXPECT_FALSE(FDateTime::Parse(TEXT("2026.01.31"), Parsed) || FDateTime::Parse(TEXT("2026.13.31-15.04.05"), Parsed) || FDateTime::Parse(TEXT("x"), Parsed));
+	EXPECT_FALSE(FDateTime::Parse(TEXT("2026.01.31"), Parsed) || FDateTime::Parse(TEXT("2026.13.31-15.04.05"), Parsed) ||
+		FDateTime::Parse(TEXT("x"), Parsed));
 	EXPECT_EQ(Parsed, FDateTime(2026, 1, 31, 15, 4, 5));
 }
 
@@ -142,7 +148,8 @@ TEST_F(FTimeZoneTest, LocalTimeGoesBothWays)
 	}
 	UseZone("EST5EDT,M3.2.0,M11.1.0");
 	EXPECT_EQ(FHostClock::LocalToUtc(FDateTime(2026, 3, 8, 3, 0, 0)), FDateTime(2026, 3, 8, 7, 0, 0));
-	EXPECT_EQ(FHostClock::UtcToLocal(FHostClock::LocalToUtc(FDateTime(2026, 3, 8, 2, 30, 0))), FDateTime(2026, 3, 8, 3, 30, 0)) << "a skipped hour moves by the gap";
+	EXPECT_EQ(FHostClock::UtcToLocal(FHostClock::LocalToUtc(FDateTime(2026, 3, 8, 2, 30, 0))), FDateTime(2026, 3, 8, 3, 30, 0))
+		<< "a skipped hour moves by the gap";
 	EXPECT_EQ(FHostClock::LocalToUtc(FDateTime(2026, 11, 1, 0, 59, 0)), FDateTime(2026, 11, 1, 4, 59, 0));
 	EXPECT_EQ(FHostClock::LocalToUtc(FDateTime(2026, 11, 1, 2, 0, 0)), FDateTime(2026, 11, 1, 7, 0, 0));
 }
@@ -162,7 +169,8 @@ TEST_F(FTimeZoneTest, SimulatedTimeStandsStillUntilItIsAdvanced)
 	{
 		FHostClock::Advance(1.0 / 60.0);
 	}
-	EXPECT_LE((FDateTime::Now() - FDateTime(2026, 2, 1, 0, 0, 10, 500)).GetDuration(), FTimespan(1)) << "small steps do not add up to an error";
+	EXPECT_LE((FDateTime::Now() - FDateTime(2026, 2, 1, 0, 0, 10, 500)).GetDuration(), FTimespan(1))
+		<< "small steps do not add up to an error";
 	FHostClock::UseRealTime();
 	EXPECT_GE(FPlatformTime::Seconds(), RealBefore);
 	EXPECT_LT((FDateTime::UtcNow() - FDateTime::FromUnixTimestamp(std::time(nullptr))).GetDuration(), FTimespan::FromSeconds(5));
@@ -174,7 +182,8 @@ TEST(Guids, FormatsAndUniqueness)
 	EXPECT_EQ(Utf8(Guid.ToString()), "0123456789ABCDEF02468ACE13579BDF");
 	EXPECT_EQ(Utf8(Guid.ToString(EGuidFormats::DigitsWithHyphens)), "01234567-89AB-CDEF-0246-8ACE13579BDF");
 	EXPECT_EQ(Utf8(Guid.ToString(EGuidFormats::DigitsWithHyphensLower)), "01234567-89ab-cdef-0246-8ace13579bdf");
-	for (const EGuidFormats Format : { EGuidFormats::Digits, EGuidFormats::DigitsWithHyphensLower, EGuidFormats::DigitsWithHyphensInBraces, EGuidFormats::DigitsWithHyphensInParentheses })
+	for (const EGuidFormats Format : { EGuidFormats::Digits, EGuidFormats::DigitsWithHyphensLower, EGuidFormats::DigitsWithHyphensInBraces,
+			 EGuidFormats::DigitsWithHyphensInParentheses })
 	{
 		FGuid Parsed;
 		EXPECT_TRUE(FGuid::Parse(Guid.ToString(Format), Parsed));

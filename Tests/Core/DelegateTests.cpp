@@ -1,11 +1,10 @@
 #include "Misc/Attribute.h"
 #include "Support/Base/Printers.h"
 
-DECLARE_DELEGATE_OneParam(FTestOnText, const FString&)
-DECLARE_DELEGATE_RetVal_TwoParams(int32, FTestSum, int32, int32)
-DECLARE_MULTICAST_DELEGATE_OneParam(FTestChanged, int32)
+DECLARE_DELEGATE_OneParam(FTestOnText, const FString&) DECLARE_DELEGATE_RetVal_TwoParams(int32, FTestSum, int32, int32)
+	DECLARE_MULTICAST_DELEGATE_OneParam(FTestChanged, int32)
 
-namespace
+		namespace
 {
 	struct FListener : TSharedFromThis<FListener>
 	{
@@ -16,7 +15,10 @@ namespace
 		FString GetHeard() const { return Heard; }
 		FString Heard;
 	};
-	int32 Multiply(int32 A, int32 B) { return A * B; }
+	int32 Multiply(int32 A, int32 B)
+	{
+		return A * B;
+	}
 }
 
 TEST(Delegates, BindingsOfEveryKind)
@@ -41,10 +43,12 @@ TEST(Delegates, ObjectsAreHeldWeaklyAndKeptForTheCall)
 {
 	TSharedPtr<FListener> Listener = MakeShared<FListener>();
 	TWeakPtr<FListener> Weak = Listener;
-	FTestOnText OnText = FTestOnText::CreateSPLambda(Listener.ToSharedRef(), [&](const FString& Text) {
-		Listener.Reset();
-		EXPECT_TRUE(Weak.IsValid()) << "kept to the end of the call";
-	});
+	FTestOnText OnText = FTestOnText::CreateSPLambda(Listener.ToSharedRef(),
+		[&](const FString& Text)
+		{
+			Listener.Reset();
+			EXPECT_TRUE(Weak.IsValid()) << "kept to the end of the call";
+		});
 	const FTestOnText Copy = OnText;
 	EXPECT_TRUE(Copy.ExecuteIfBound(TEXT("x")));
 	EXPECT_FALSE(Weak.IsValid());
@@ -55,10 +59,12 @@ TEST(Delegates, AHandlerMayUnbindItself)
 {
 	FSimpleDelegate Delegate;
 	int32 Calls = 0;
-	Delegate.BindLambda([&Delegate, &Calls, Kept = MakeShared<int32>(4)] {
-		Delegate.Unbind();
-		Calls += *Kept;
-	});
+	Delegate.BindLambda(
+		[&Delegate, &Calls, Kept = MakeShared<int32>(4)]
+		{
+			Delegate.Unbind();
+			Calls += *Kept;
+		});
 	Delegate.Execute();
 	EXPECT_EQ(Calls, 4);
 	EXPECT_FALSE(Delegate.IsBound());
@@ -95,15 +101,19 @@ TEST(MulticastDelegates, ChangesWhileBroadcasting)
 	FSimpleMulticastDelegate Event;
 	FDelegateHandle Oldest = Event.AddLambda([&Log] { Log += TEXT("oldest "); });
 	FDelegateHandle Middle;
-	Middle = Event.AddLambda([&] {
-		Log += TEXT("middle ");
-		Event.Remove(Middle);
-	});
-	Event.AddLambda([&] {
-		Log += TEXT("newest ");
-		Event.Remove(Oldest);
-		Event.AddLambda([&Log] { Log += TEXT("added "); });
-	});
+	Middle = Event.AddLambda(
+		[&]
+		{
+			Log += TEXT("middle ");
+			Event.Remove(Middle);
+		});
+	Event.AddLambda(
+		[&]
+		{
+			Log += TEXT("newest ");
+			Event.Remove(Oldest);
+			Event.AddLambda([&Log] { Log += TEXT("added "); });
+		});
 	Event.Broadcast();
 	EXPECT_EQ(Utf8(Log), "newest middle ") << "removed ones are not called any more, added ones not yet";
 	Log.Reset();
@@ -116,18 +126,20 @@ TEST(MulticastDelegates, NestedBroadcastsAndDestruction)
 	FString Log;
 	TUniquePtr<TMulticastDelegate<void(int32)>> Event = MakeUnique<TMulticastDelegate<void(int32)>>();
 	Event->AddLambda([&](int32 Depth) { Log += FString::Printf(TEXT("last%d "), Depth); });
-	Event->AddLambda([&, Kept = MakeShared<int32>(1)](int32 Depth) {
-		Log += FString::Printf(TEXT("in%d "), Depth);
-		if (Depth < 2)
+	Event->AddLambda(
+		[&, Kept = MakeShared<int32>(1)](int32 Depth)
 		{
-			Event->Broadcast(Depth + 1);
-		}
-		else
-		{
-			Event.Reset();
-		}
-		Log += FString::Printf(TEXT("out%d "), Depth + *Kept);
-	});
+			Log += FString::Printf(TEXT("in%d "), Depth);
+			if (Depth < 2)
+			{
+				Event->Broadcast(Depth + 1);
+			}
+			else
+			{
+				Event.Reset();
+			}
+			Log += FString::Printf(TEXT("out%d "), Depth + *Kept);
+		});
 	Event->Broadcast(0);
 	EXPECT_EQ(Utf8(Log), "in0 in1 in2 out3 out2 out1 ") << "nothing is called once the delegate is gone";
 }
@@ -136,8 +148,7 @@ TEST(MulticastDelegates, EventsAreBroadcastByTheirOwner)
 {
 	struct FOwner
 	{
-		DECLARE_EVENT_OneParam(FOwner, FChangedEvent, int32)
-		FChangedEvent Changed;
+		DECLARE_EVENT_OneParam(FOwner, FChangedEvent, int32) FChangedEvent Changed;
 		void Change() { Changed.Broadcast(3); }
 	};
 	FOwner Owner;

@@ -93,7 +93,8 @@ TEST_F(IniStore, ChangesOneLineAndKeepsTheRest)
 TEST_F(IniStore, EveryTextComesBack)
 {
 	std::mt19937 Random(20260131);
-	const TCHAR Units[] = { TEXT('a'), TEXT('"'), TEXT('\\'), TEXT('\n'), TEXT('\r'), TEXT('\t'), TEXT(' '), TEXT('='), TEXT(';'), TEXT('['), TEXT(']'), TEXT('u'), TEXT('0'), TEXT('\0'), 0x7F, 0x85, 0xE4, 0x2028, 0xFEFF, 0xFFFF, 0xD83D, 0xDE00 };
+	const TCHAR Units[] = { TEXT('a'), TEXT('"'), TEXT('\\'), TEXT('\n'), TEXT('\r'), TEXT('\t'), TEXT(' '), TEXT('='), TEXT(';'),
+		TEXT('['), TEXT(']'), TEXT('u'), TEXT('0'), TEXT('\0'), 0x7F, 0x85, 0xE4, 0x2028, 0xFEFF, 0xFFFF, 0xD83D, 0xDE00 };
 	TArray<FString> Texts;
 	for (int32 Round = 0; Round < 500; ++Round)
 	{
@@ -211,11 +212,13 @@ TEST(DelayedWork, ManyRequestsAreFewRunsAndTheLastIsDone)
 	std::atomic<int> Runs = 0;
 	std::atomic<int> Seen = 0;
 	std::atomic<int> Value = 0;
-	FHostDelayedWork Work([&]()
-	{
-		++Runs;
-		Seen = Value.load();
-	}, 3600.0);
+	FHostDelayedWork Work(
+		[&]()
+		{
+			++Runs;
+			Seen = Value.load();
+		},
+		3600.0);
 	for (int Index = 1; Index <= 1000; ++Index)
 	{
 		Value = Index;

@@ -33,12 +33,14 @@ TEST(NameThreads, AllThreadsGetTheSameNames)
 	std::vector<std::thread> Threads;
 	for (std::vector<FName>& Mine : Seen)
 	{
-		Threads.emplace_back([&Mine] {
-			for (int32 Index = 0; Index < 500; ++Index)
+		Threads.emplace_back(
+			[&Mine]
 			{
-				Mine.push_back(FName(FString::Printf(TEXT("ThreadName%d"), Index)));
-			}
-		});
+				for (int32 Index = 0; Index < 500; ++Index)
+				{
+					Mine.push_back(FName(FString::Printf(TEXT("ThreadName%d"), Index)));
+				}
+			});
 	}
 	for (std::thread& Thread : Threads)
 	{

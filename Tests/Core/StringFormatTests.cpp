@@ -9,8 +9,8 @@ TEST(StringFormat, AgreesWithTheCLibrary)
 	char Expected[512];
 	for (const double Each : Doubles)
 	{
-#define EXPECT_SAME(Format)                                     \
-	std::snprintf(Expected, sizeof(Expected), Format, Each);    \
+#define EXPECT_SAME(Format) \
+	std::snprintf(Expected, sizeof(Expected), Format, Each); \
 	EXPECT_EQ(Utf8(FString::Printf(TEXT(Format), Each)), Expected) << Format;
 		EXPECT_SAME("%f")
 		EXPECT_SAME("%.0f")
@@ -28,8 +28,8 @@ TEST(StringFormat, AgreesWithTheCLibrary)
 	const int Integers[] = { 0, 1, -1, 42, -42, 2147483647, (-2147483647 - 1) };
 	for (const int Each : Integers)
 	{
-#define EXPECT_SAME(Format)                                     \
-	std::snprintf(Expected, sizeof(Expected), Format, Each);    \
+#define EXPECT_SAME(Format) \
+	std::snprintf(Expected, sizeof(Expected), Format, Each); \
 	EXPECT_EQ(Utf8(FString::Printf(TEXT(Format), Each)), Expected) << Format;
 		EXPECT_SAME("%d")
 		EXPECT_SAME("%5d|%%")
@@ -52,7 +52,8 @@ TEST(StringFormat, TextsCharactersAndWideNumbers)
 	const FString Text(TEXT("äb"));
 	EXPECT_EQ(Utf8(FString::Printf(TEXT("[%s|%5s|%-4s|%.1s]"), *Text, *Text, *Text, *Text)), "[äb|   äb|äb  |ä]");
 	EXPECT_EQ(Utf8(FString::Printf(TEXT("%c%c"), TEXT('x'), TEXT('é'))), "xé");
-	EXPECT_EQ(Utf8(FString::Printf(TEXT("%lld %llu %llx"), MIN_int64, MAX_uint64, MAX_uint64)), "-9223372036854775808 18446744073709551615 ffffffffffffffff");
+	EXPECT_EQ(Utf8(FString::Printf(TEXT("%lld %llu %llx"), MIN_int64, MAX_uint64, MAX_uint64)),
+		"-9223372036854775808 18446744073709551615 ffffffffffffffff");
 	EXPECT_EQ(Utf8(FString::Printf(TEXT("%*d|%-*d|%.*f"), 4, 7, 3, 7, 1, 2.25)), "   7|7  |2.2");
 	EXPECT_EQ(Utf8(FString::Printf(TEXT("%d %i"), true, (uint8)200)), "1 200");
 	EXPECT_EQ(Utf8(FString::Printf(TEXT("100%%"))), "100%");
@@ -67,7 +68,8 @@ TEST(StringFormat, TextsCharactersAndWideNumbers)
 TEST(StringFormat, LiteralsAreCheckedAgainstTheirArguments)
 {
 	using namespace UE::StringFormat;
-	const auto Fits = [](const TCHAR* Conversion, EArg Kind) {
+	const auto Fits = [](const TCHAR* Conversion, EArg Kind)
+	{
 		FSpec Spec;
 		ParseSpec(Conversion, Spec);
 		return Accepts(Spec, Kind);

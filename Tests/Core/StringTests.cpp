@@ -51,7 +51,12 @@ TEST(StringSearch, DefaultsIgnoreCaseButCharactersAreExact)
 TEST(StringSlices, Clamp)
 {
 	const FString Text(TEXT("abcde"));
-	struct FCase { const char* Why; FString Result; const char* Expected; };
+	struct FCase
+	{
+		const char* Why;
+		FString Result;
+		const char* Expected;
+	};
 	const FCase Cases[] = {
 		{ "left", Text.Left(2), "ab" },
 		{ "left beyond", Text.Left(9), "abcde" },
@@ -79,7 +84,14 @@ TEST(StringSlices, Clamp)
 
 TEST(StringParts, ParseIntoArray)
 {
-	struct FCase { const char* Why; const TCHAR* Input; const TCHAR* Delimiter; bool bCull; const char* Expected; };
+	struct FCase
+	{
+		const char* Why;
+		const TCHAR* Input;
+		const TCHAR* Delimiter;
+		bool bCull;
+		const char* Expected;
+	};
 	const FCase Cases[] = {
 		{ "empty pieces go", TEXT(",a,,b,"), TEXT(","), true, "\"a\", \"b\"" },
 		{ "empty pieces stay", TEXT(",a,,b,"), TEXT(","), false, "\"\", \"a\", \"\", \"b\", \"\"" },

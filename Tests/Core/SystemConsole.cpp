@@ -31,8 +31,9 @@ TEST(SystemConsole, ValuesFromText)
 		bool bFlag;
 		int32 Count;
 	};
-	for (const FCase& Case : { FCase{ TEXT("1"), true, 1 }, FCase{ TEXT("0"), false, 0 }, FCase{ TEXT("True"), true, 1 },
-			 FCase{ TEXT("off"), false, 0 }, FCase{ TEXT("-7"), true, -7 }, FCase{ TEXT("0.5"), true, 0 }, FCase{ TEXT("junk"), false, 0 } })
+	for (const FCase& Case :
+		{ FCase{ TEXT("1"), true, 1 }, FCase{ TEXT("0"), false, 0 }, FCase{ TEXT("True"), true, 1 }, FCase{ TEXT("off"), false, 0 },
+			FCase{ TEXT("-7"), true, -7 }, FCase{ TEXT("0.5"), true, 0 }, FCase{ TEXT("junk"), false, 0 } })
 	{
 		Flag->Set(Case.Text);
 		TestCount->Set(Case.Text);
@@ -134,5 +135,6 @@ TEST(SystemConsole, WrongKindsAreToldAndChangeNothing)
 	EXPECT_EQ(RunLine(TEXT("system.Test.Count +4")), "system.Test.Count = \"4\"");
 	EXPECT_EQ(RunLine(TEXT("system.Test.Rate 1e-3")), "system.Test.Rate = \"0.001\"");
 	EXPECT_EQ(RunLine(TEXT("system.Test.Flag Off")), "system.Test.Flag = \"false\"");
-	EXPECT_EQ(Utf8(FHostConsole::SetVariable(TEXT("nothing.there"), TEXT("1"))), "There is no console variable or command \"nothing.there\".");
+	EXPECT_EQ(
+		Utf8(FHostConsole::SetVariable(TEXT("nothing.there"), TEXT("1"))), "There is no console variable or command \"nothing.there\".");
 }

@@ -76,8 +76,14 @@ TEST_F(SystemFiles, EncodingsWritten)
 		{ "plain text stays narrow", TEXT("a\nb"), EEncoding::AutoDetect, "a\nb" },
 		{ "anything else is wide with its mark", TEXT("\u00E9"), EEncoding::AutoDetect, std::string("\xFF\xFE\xE9\0", 4) },
 		{ "a pair is two units", TEXT("\U0001F464"), EEncoding::ForceUnicode, std::string("\xFF\xFE\x3D\xD8\x64\xDC", 6) },
-		{ "wide keeps a lone surrogate", LoneSurrogate, EEncoding::AutoDetect, std::string("\xFF\xFE" "a\0\x00\xD8" "b\0", 8) },
-		{ "UTF-8 replaces it", LoneSurrogate, EEncoding::ForceUTF8WithoutBOM, "a\xEF\xBF\xBD" "b" },
+		{ "wide keeps a lone surrogate", LoneSurrogate, EEncoding::AutoDetect,
+			std::string("\xFF\xFE"
+						"a\0\x00\xD8"
+						"b\0",
+				8) },
+		{ "UTF-8 replaces it", LoneSurrogate, EEncoding::ForceUTF8WithoutBOM,
+			"a\xEF\xBF\xBD"
+			"b" },
 		{ "UTF-8 with its mark", TEXT("\u00E9"), EEncoding::ForceUTF8, "\xEF\xBB\xBF\xC3\xA9" },
 		{ "narrow cannot hold everything", TEXT("\u00E9\u20AC"), EEncoding::ForceAnsi, "\xE9?" },
 		{ "nothing at all", TEXT(""), EEncoding::AutoDetect, "" },
@@ -104,7 +110,10 @@ TEST_F(SystemFiles, EncodingsRead)
 		{ std::string("\xFF\xFE\xE9\0\x3D\xD8\x64\xDC", 8), "\xC3\xA9\xF0\x9F\x91\xA4" },
 		{ std::string("\xFE\xFF\0\xE9", 4), "\xC3\xA9" },
 		{ "a\xFFz", "a\xEF\xBF\xBDz" },
-		{ std::string("\xFF\xFE" "a\0b", 5), "a\xEF\xBF\xBD" },
+		{ std::string("\xFF\xFE"
+					  "a\0b",
+			  5),
+			"a\xEF\xBF\xBD" },
 		{ std::string("a\0b", 3), std::string("a\0b", 3) },
 		{ "", "" },
 	};
@@ -141,8 +150,8 @@ TEST_F(SystemFiles, AFailedSaveLeavesTheOldFileWhole)
 		const FSmallDisk Disk(50000);
 		EXPECT_FALSE(FFileHelper::SaveStringToFile(Big, *Temp.At(TEXT("f"))));
 		EXPECT_FALSE(FFileHelper::SaveStringToFile(Big, *Temp.At(TEXT("g"))));
-		EXPECT_FALSE(FFileHelper::SaveStringToFile(
-			Big, *Temp.At(TEXT("f")), EEncoding::AutoDetect, &IFileManager::Get(), FILEWRITE_Append));
+		EXPECT_FALSE(
+			FFileHelper::SaveStringToFile(Big, *Temp.At(TEXT("f")), EEncoding::AutoDetect, &IFileManager::Get(), FILEWRITE_Append));
 	}
 	EXPECT_FALSE(FFileHelper::SaveStringToFile(TEXT("x"), TEXT("/dev/full")));
 	EXPECT_FALSE(FFileHelper::SaveStringToFile(TEXT("x"), *Temp.At()));
@@ -174,10 +183,13 @@ TEST_F(SystemFiles, WhatASaveKeeps)
 	chmod(Temp.AtBytes("target").c_str(), 0440);
 	IFileManager* const Files = &IFileManager::Get();
 	EXPECT_FALSE(FFileHelper::SaveStringToFile(TEXT("no"), *Temp.At(TEXT("target"))));
-	EXPECT_TRUE(FFileHelper::SaveStringToFile(TEXT("forced"), *Temp.At(TEXT("target")), EEncoding::AutoDetect, Files, FILEWRITE_EvenIfReadOnly));
+	EXPECT_TRUE(
+		FFileHelper::SaveStringToFile(TEXT("forced"), *Temp.At(TEXT("target")), EEncoding::AutoDetect, Files, FILEWRITE_EvenIfReadOnly));
 	chmod(Temp.AtBytes("target").c_str(), 0640);
-	EXPECT_FALSE(FFileHelper::SaveStringToFile(TEXT("no"), *Temp.At(TEXT("target")), EEncoding::AutoDetect, Files, FILEWRITE_NoReplaceExisting));
-	EXPECT_TRUE(FFileHelper::SaveStringToFile(TEXT("first"), *Temp.At(TEXT("fresh")), EEncoding::AutoDetect, Files, FILEWRITE_NoReplaceExisting));
+	EXPECT_FALSE(
+		FFileHelper::SaveStringToFile(TEXT("no"), *Temp.At(TEXT("target")), EEncoding::AutoDetect, Files, FILEWRITE_NoReplaceExisting));
+	EXPECT_TRUE(
+		FFileHelper::SaveStringToFile(TEXT("first"), *Temp.At(TEXT("fresh")), EEncoding::AutoDetect, Files, FILEWRITE_NoReplaceExisting));
 	EXPECT_TRUE(FFileHelper::SaveStringToFile(TEXT("+\u00E9"), *Temp.At(TEXT("target")), EEncoding::ForceUTF8, Files, FILEWRITE_Append));
 	EXPECT_EQ(Temp.Read("target"), "forced+\xC3\xA9") << "no second mark in the middle";
 
@@ -229,7 +241,8 @@ TEST_F(SystemFiles, ACopyIsWholeOrNothing)
 	EXPECT_EQ(Told, (std::vector<int64>{ 2097159, 1048583, 7, 0 }));
 
 	Temp.Write("to/target", "old");
-	EXPECT_FALSE(HostCopyFile(Temp.At(TEXT("from/source")), Temp.At(TEXT("to/target")), 0, [](int64 Done, int64) { return Done < 2000000; }, Reason));
+	EXPECT_FALSE(HostCopyFile(
+		Temp.At(TEXT("from/source")), Temp.At(TEXT("to/target")), 0, [](int64 Done, int64) { return Done < 2000000; }, Reason));
 	EXPECT_EQ(Utf8(Reason), "it was stopped");
 	{
 		const FSmallDisk Disk(2000000);
@@ -246,7 +259,8 @@ TEST_F(SystemFiles, ACopyIsWholeOrNothing)
 
 TEST_F(SystemFiles, NamesThatAreNotUtf8Survive)
 {
-	const std::string Names[] = { "plain", "\xC3\xA9", "\xFF\xFE", "a\xC3", "\xED\xA0\x80", "\xC0\xAF", "\xF0\x9F\x91\xA4\x80", "\xF5\x80\x80\x80" };
+	const std::string Names[] = { "plain", "\xC3\xA9", "\xFF\xFE", "a\xC3", "\xED\xA0\x80", "\xC0\xAF", "\xF0\x9F\x91\xA4\x80",
+		"\xF5\x80\x80\x80" };
 	for (const std::string& Name : Names)
 	{
 		EXPECT_EQ(HostFileNameToBytes(HostFileNameFromBytes(Name)), Name);
@@ -262,7 +276,10 @@ TEST_F(SystemFiles, NamesThatAreNotUtf8Survive)
 		ASSERT_TRUE(FFileHelper::LoadFileToArray(Bytes, *(Temp.At(TEXT("names")) / Name)));
 		EXPECT_EQ(std::string(Bytes.begin(), Bytes.end()), HostFileNameToBytes(Name));
 	}
-	EXPECT_EQ(HostFileNameToBytes(LoneSurrogate), "a\xEF\xBF\xBD" "b") << "no file system handed this out";
+	EXPECT_EQ(HostFileNameToBytes(LoneSurrogate),
+		"a\xEF\xBF\xBD"
+		"b")
+		<< "no file system handed this out";
 }
 
 TEST_F(SystemFiles, FoldersAndLists)

@@ -14,7 +14,10 @@ namespace
 	class FNamedModule : public IModuleInterface
 	{
 	public:
-		explicit FNamedModule(const char* InName) : Name(InName) {}
+		explicit FNamedModule(const char* InName)
+			: Name(InName)
+		{
+		}
 		~FNamedModule() override { Events += "~" + Name; }
 		void StartupModule() override { Events += "+" + Name; }
 		void ShutdownModule() override { Events += "-" + Name; }

@@ -103,10 +103,8 @@ TEST(SystemPaths, RelativeTo)
 		const char* Result;
 	};
 	const FCase Cases[] = {
-		{ TEXT("/p/a/b.txt"), TEXT("/p/"), "a/b.txt" },
-		{ TEXT("/p/a/b.txt"), TEXT("/p/c/d/"), "../../a/b.txt" },
-		{ TEXT("/p/a"), TEXT("/p/file"), "a" },
-		{ TEXT("/p/a/"), TEXT("/p/"), "a/" },
+		{ TEXT("/p/a/b.txt"), TEXT("/p/"), "a/b.txt" }, { TEXT("/p/a/b.txt"), TEXT("/p/c/d/"), "../../a/b.txt" },
+		{ TEXT("/p/a"), TEXT("/p/file"), "a" }, { TEXT("/p/a/"), TEXT("/p/"), "a/" },
 		{ TEXT("/x"), TEXT("C:/y/"), "/x" }, // Nothing in common: left alone.
 	};
 	for (const FCase& Case : Cases)

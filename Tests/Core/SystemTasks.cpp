@@ -44,7 +44,9 @@ namespace
 				UE_LOG(LogSystemTasks, Log, TEXT("line %d of a thread that nobody waits for"), Count);
 				AsyncTask(ENamedThreads::GameThread, [Folder = FPaths::ConvertRelativePathToFull(TEXT("x"))] {});
 			}
-			if (bArmed && (!FHostTasks::HasPending() || Utf8(FHostLog::GetRecentLines().Last().Text) != "line 4999 of a thread that nobody waits for"))
+			if (bArmed &&
+				(!FHostTasks::HasPending() ||
+					Utf8(FHostLog::GetRecentLines().Last().Text) != "line 4999 of a thread that nobody waits for"))
 			{
 				_exit(3);
 			}
@@ -96,7 +98,8 @@ TEST_F(SystemTasks, ResultsComeBack)
 	auto Owned = std::make_unique<int>(7);
 	std::atomic<bool> bCompleted{ false };
 	TFuture<std::unique_ptr<int>> Future = Async(
-		EAsyncExecution::ThreadPool, [Owned = std::move(Owned)]() mutable { return std::move(Owned); }, [&bCompleted] { bCompleted = true; });
+		EAsyncExecution::ThreadPool, [Owned = std::move(Owned)]() mutable { return std::move(Owned); },
+		[&bCompleted] { bCompleted = true; });
 	EXPECT_EQ(*Future.Consume(), 7) << "what only moves can go there and back";
 	EXPECT_FALSE(Future.IsValid());
 	EXPECT_TRUE(FHostTasks::WaitForBackground(10.0));

@@ -13,8 +13,19 @@ TEST(SystemTicker, DeltasAreTrueSeconds)
 	FTSTicker Ticker;
 	std::vector<float> Slow;
 	std::vector<float> Fast;
-	Ticker.AddTicker(FTickerDelegate::CreateLambda([&Slow](float Delta) { Slow.push_back(Delta); return true; }), 1.0f);
-	Ticker.AddTicker(TEXT("Fast"), 0.0f, [&Fast](float Delta) { Fast.push_back(Delta); return true; });
+	Ticker.AddTicker(FTickerDelegate::CreateLambda(
+						 [&Slow](float Delta)
+						 {
+							 Slow.push_back(Delta);
+							 return true;
+						 }),
+		1.0f);
+	Ticker.AddTicker(TEXT("Fast"), 0.0f,
+		[&Fast](float Delta)
+		{
+			Fast.push_back(Delta);
+			return true;
+		});
 	EXPECT_FLOAT_EQ(Ticker.GetTimeUntilNextCall(), 0.0f);
 	for (int32 Frame = 0; Frame < 10; ++Frame)
 	{
@@ -49,10 +60,20 @@ TEST(SystemTicker, ChangesWhileTicking)
 		{
 			Calls += "b";
 			FTSTicker::RemoveTicker(Own);
-			Ticker.AddTicker(TEXT(""), 0.0f, [&Calls](float) { Calls += "d"; return false; });
+			Ticker.AddTicker(TEXT(""), 0.0f,
+				[&Calls](float)
+				{
+					Calls += "d";
+					return false;
+				});
 			return true; // Asks to stay, but has been removed.
 		});
-	Victim = Ticker.AddTicker(TEXT(""), 0.0f, [&](float) { Calls += "c"; return true; });
+	Victim = Ticker.AddTicker(TEXT(""), 0.0f,
+		[&](float)
+		{
+			Calls += "c";
+			return true;
+		});
 	Ticker.Tick(0.1f);
 	EXPECT_EQ(Calls, "ab") << "the removed one is not called, the added one not yet";
 	EXPECT_FALSE(Own.IsValid());
@@ -80,7 +101,12 @@ TEST(SystemTicker, ALoopInsideADelegateTicksTheOthers)
 			Calls += ">";
 			return true;
 		});
-	Ticker.AddTicker(TEXT(""), 0.0f, [&](float) { Calls += "x"; return true; });
+	Ticker.AddTicker(TEXT(""), 0.0f,
+		[&](float)
+		{
+			Calls += "x";
+			return true;
+		});
 	Ticker.Tick(0.5f);
 	EXPECT_EQ(Calls, "<x>") << "not entered twice, and the other one called once for this time";
 	Ticker.Tick(0.5f);

@@ -7,9 +7,13 @@ namespace
 	/** Namespace, key and text of a localised text in one line. */
 	std::string Describe(const FText& Text)
 	{
-		return Utf8(FTextInspector::GetNamespace(Text).Get(TEXT("-"))) + ":" + Utf8(FTextInspector::GetKey(Text).Get(TEXT("-"))) + ":" + Utf8(*FTextInspector::GetSourceString(Text));
+		return Utf8(FTextInspector::GetNamespace(Text).Get(TEXT("-"))) + ":" + Utf8(FTextInspector::GetKey(Text).Get(TEXT("-"))) + ":" +
+			Utf8(*FTextInspector::GetSourceString(Text));
 	}
-	FText MakeSame() { return LOCTEXT("Same", "Same"); }
+	FText MakeSame()
+	{
+		return LOCTEXT("Same", "Same");
+	}
 }
 
 TEST(Texts, KnowWhereTheyComeFrom)
@@ -29,7 +33,12 @@ TEST(Texts, KnowWhereTheyComeFrom)
 
 TEST(Texts, OrderedFormat)
 {
-	struct FCase { const char* Why; FText Result; const char* Expected; };
+	struct FCase
+	{
+		const char* Why;
+		FText Result;
+		const char* Expected;
+	};
 	const FText Name = INVTEXT("{1}");
 	const FCase Cases[] = {
 		{ "in order", FText::Format(INVTEXT("{0} of {1}"), 3, 12), "3 of 12" },
@@ -63,7 +72,12 @@ TEST(Texts, NamedFormat)
 
 TEST(Texts, Numbers)
 {
-	struct FCase { const char* Why; FText Result; const char* Expected; };
+	struct FCase
+	{
+		const char* Why;
+		FText Result;
+		const char* Expected;
+	};
 	const FNumberFormattingOptions TwoDigits = FNumberFormattingOptions().SetMinimumFractionalDigits(2).SetMaximumFractionalDigits(2);
 	const FNumberFormattingOptions HalfUp = FNumberFormattingOptions().SetMaximumFractionalDigits(0).SetRoundingMode(HalfFromZero);
 	const FNumberFormattingOptions Padded = FNumberFormattingOptions().SetMinimumIntegralDigits(5).SetAlwaysSign(true);

@@ -52,9 +52,10 @@ TEST_F(AssetPaths, FilesThatAreThere)
 TEST_F(AssetPaths, RefusedPaths)
 {
 	FHostLog::ResetCounts();
-	const TCHAR* const Bad[] = { TEXT(""), TEXT("/"), TEXT("/Game"), TEXT("/Game/"), TEXT("/Game/../Secret"), TEXT("/Game/Heroes/../../Secret"),
-		TEXT("/Game/./Heroes/BP_Hero"), TEXT("/Game//Heroes/BP_Hero"), TEXT("/Game/Heroes\\BP_Hero"), TEXT("/Game/Heroes/"), TEXT("Heroes/BP_Hero"),
-		TEXT("/Engine/Heroes/BP_Hero"), TEXT("/Game/Heroes/BP_Hero.Other"), TEXT("/Game/Heroes/BP_Hero."), TEXT("/Game/Nothing"), TEXT("'"), TEXT("''") };
+	const TCHAR* const Bad[] = { TEXT(""), TEXT("/"), TEXT("/Game"), TEXT("/Game/"), TEXT("/Game/../Secret"),
+		TEXT("/Game/Heroes/../../Secret"), TEXT("/Game/./Heroes/BP_Hero"), TEXT("/Game//Heroes/BP_Hero"), TEXT("/Game/Heroes\\BP_Hero"),
+		TEXT("/Game/Heroes/"), TEXT("Heroes/BP_Hero"), TEXT("/Engine/Heroes/BP_Hero"), TEXT("/Game/Heroes/BP_Hero.Other"),
+		TEXT("/Game/Heroes/BP_Hero."), TEXT("/Game/Nothing"), TEXT("'"), TEXT("''") };
 	for (const TCHAR* Path : Bad)
 	{
 		EXPECT_EQ(Load(Path), nullptr) << Utf8(Path);

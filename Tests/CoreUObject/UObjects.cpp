@@ -50,7 +50,10 @@ namespace
 		GENERATED_BODY()
 
 	public:
-		UTestChild() : NameAtBirth(GetName()) {}
+		UTestChild()
+			: NameAtBirth(GetName())
+		{
+		}
 		FString NameAtBirth;
 	};
 	IMPLEMENT_HOST_CLASS(UTestChild, UTestSettings, "UObjectTests")

@@ -23,7 +23,8 @@ protected:
 	/** Runs commands for the shell beside the program, in the same display; W is the program's window. */
 	FRun RunBeside(const std::vector<std::string>& Arguments, const std::string& Commands, const std::string& Folder)
 	{
-		const std::string Line = "export DISPLAY=" + Display->GetName() + "; W=$(timeout 60 xdotool search --sync --onlyvisible --name 'Velmora UI' | head -n 1); " + Commands;
+		const std::string Line = "export DISPLAY=" + Display->GetName() +
+			"; W=$(timeout 60 xdotool search --sync --onlyvisible --name 'Velmora UI' | head -n 1); " + Commands;
 		std::thread Hands([&Line]() { EXPECT_EQ(std::system(Line.c_str()), 0) << Line; });
 		const FRun Run = RunProgram(Arguments, "", Folder, { "DISPLAY=" + Display->GetName() });
 		Hands.join();
@@ -37,7 +38,9 @@ TEST_F(DesktopRun, AnswersWhatIsTypedOnTheKeyboard)
 {
 	const FRandomProject Project;
 	Project.Write("run.txt", "wait state AwaitingInput 60\nwait idle 60\nscreenshot answer.png\ndump answer.json\n");
-	const FRun Run = RunBeside({ "--project", Project.Folder.string(), "--script", "run.txt" }, "sleep 0.5; xdotool windowfocus --sync $W type --delay 20 'find " + Project.Symbol + "' && xdotool key ctrl+Return", Project.OutFolder.string());
+	const FRun Run = RunBeside({ "--project", Project.Folder.string(), "--script", "run.txt" },
+		"sleep 0.5; xdotool windowfocus --sync $W type --delay 20 'find " + Project.Symbol + "' && xdotool key ctrl+Return",
+		Project.OutFolder.string());
 	EXPECT_EQ(Run.ExitCode, 0) << Run.Error;
 	const std::string Dump = ReadFile(Project.Path("answer.json"));
 	EXPECT_TRUE(Contains(Dump, "find " + Project.Symbol)) << Dump;
@@ -48,13 +51,17 @@ TEST_F(DesktopRun, AnswersWhatIsTypedOnTheKeyboard)
 TEST_F(DesktopRun, GoesOnWhileHiddenAndShowsItAfterwards)
 {
 	const FRandomProject Project;
-	Project.Write("run.txt", "wait idle 60\ndump start.json\ntick 240\nscreenshot before.png\ntype find " + Project.Symbol
-			+ "\nkey CTRL+ENTER\nwait state AwaitingInput 60\ntick 60\nscreenshot hidden.png\ndump hidden.json\ntick 240\nscreenshot after.png\ndump after.json\n");
+	Project.Write("run.txt",
+		"wait idle 60\ndump start.json\ntick 240\nscreenshot before.png\ntype find " + Project.Symbol +
+			"\nkey CTRL+ENTER\nwait state AwaitingInput 60\ntick 60\nscreenshot hidden.png\ndump hidden.json\ntick 240\nscreenshot "
+			"after.png\ndump after.json\n");
 	const std::string Await = "until [ -e " + Project.OutFolder.string() + "/";
-	const std::string Commands = Await + "start.json ]; do sleep 0.05; done; xdotool windowunmap $W; " + Await + "hidden.json ]; do sleep 0.05; done; xdotool windowmap $W";
+	const std::string Commands = Await + "start.json ]; do sleep 0.05; done; xdotool windowunmap $W; " + Await +
+		"hidden.json ]; do sleep 0.05; done; xdotool windowmap $W";
 	const FRun Run = RunBeside({ "--project", Project.Folder.string(), "--script", "run.txt" }, Commands, Project.OutFolder.string());
 	EXPECT_EQ(Run.ExitCode, 0) << Run.Error;
-	EXPECT_TRUE(Contains(ReadFile(Project.Path("hidden.json")), "\"state\": \"AwaitingInput\"")) << "the agent stood still while the window was hidden";
+	EXPECT_TRUE(Contains(ReadFile(Project.Path("hidden.json")), "\"state\": \"AwaitingInput\""))
+		<< "the agent stood still while the window was hidden";
 	EXPECT_TRUE(Contains(ReadFile(Project.Path("after.json")), Project.File));
 	EXPECT_TRUE(ReadFile(Project.Path("before.png")) == ReadFile(Project.Path("hidden.png"))) << "a hidden window was painted";
 	EXPECT_TRUE(ReadFile(Project.Path("before.png")) != ReadFile(Project.Path("after.png")));
@@ -63,11 +70,12 @@ TEST_F(DesktopRun, GoesOnWhileHiddenAndShowsItAfterwards)
 TEST_F(DesktopRun, SaysSoWhenTheDisplayIsLost)
 {
 	const FRandomProject Project;
-	std::thread Killer([this]()
-	{
-		std::this_thread::sleep_for(std::chrono::seconds(2));
-		Display->Stop();
-	});
+	std::thread Killer(
+		[this]()
+		{
+			std::this_thread::sleep_for(std::chrono::seconds(2));
+			Display->Stop();
+		});
 	const FRun Run = RunProgram({ "--project", "." }, "", Project.Folder.string(), { "DISPLAY=" + Display->GetName() });
 	Killer.join();
 	EXPECT_EQ(Run.ExitCode, 1);

@@ -64,7 +64,8 @@ TEST_F(Draft, ComesBackAtTheNextStart)
 			struct stat Info;
 			ASSERT_EQ(stat(Folder.AtBytes("Velmora/p.draft").c_str(), &Info), 0);
 			EXPECT_EQ(Info.st_mode & 0777, 0600u);
-			std::filesystem::copy_file(Folder.AtBytes("Velmora/p.draft"), Folder.AtBytes("kept"), std::filesystem::copy_options::overwrite_existing);
+			std::filesystem::copy_file(
+				Folder.AtBytes("Velmora/p.draft"), Folder.AtBytes("kept"), std::filesystem::copy_options::overwrite_existing);
 		}
 		std::filesystem::rename(Folder.AtBytes("kept"), Folder.AtBytes("Velmora/p.draft"));
 		OpenBox();
@@ -103,7 +104,8 @@ TEST_F(Draft, LeavesAloneWhatStandsInTheBoxAndWhatIsNoDraft)
 	for (const bool bPipe : { false, true })
 	{
 		std::filesystem::remove_all(Folder.AtBytes("Velmora/p.draft"));
-		bPipe ? static_cast<void>(mkfifo(Folder.AtBytes("Velmora/p.draft").c_str(), 0600)) : static_cast<void>(std::filesystem::create_directory(Folder.AtBytes("Velmora/p.draft")));
+		bPipe ? static_cast<void>(mkfifo(Folder.AtBytes("Velmora/p.draft").c_str(), 0600))
+			  : static_cast<void>(std::filesystem::create_directory(Folder.AtBytes("Velmora/p.draft")));
 		OpenBox();
 		FHostLog::SetStderrVerbosity(ELogVerbosity::NoLogging);
 		FDraftKeeper Keeper(Path());
@@ -175,23 +177,30 @@ TEST(DraftRun, ComesBackAfterTheProgramWasKilled)
 {
 	const FRandomProject Project;
 	const std::string Data = Project.Path("data");
-	const std::string Start = std::string("XDG_DATA_HOME=") + Data + " " + VELMORA_PROGRAM + " --headless --draft --project " + Project.Folder.string() + " --script ";
+	const std::string Start = std::string("XDG_DATA_HOME=") + Data + " " + VELMORA_PROGRAM + " --headless --draft --project " +
+		Project.Folder.string() + " --script ";
 	Project.Write("type.txt", "type unsent " + Project.Symbol + "\ntick 1000000\n");
 	// Killed once the draft is there, which must be soon.
-	const std::string Kill = "cd " + Project.OutFolder.string() + " && { " + Start + "type.txt & P=$!; N=0; until ls data/Velmora/*.draft >/dev/null 2>&1 || [ $N -gt 600 ] || ! kill -0 $P; do sleep 0.1; N=$((N+1)); done; kill -9 $P; wait $P; }";
+	const std::string Kill = "cd " + Project.OutFolder.string() + " && { " + Start +
+		"type.txt & P=$!; N=0; until ls data/Velmora/*.draft >/dev/null 2>&1 || [ $N -gt 600 ] || ! kill -0 $P; do sleep 0.1; N=$((N+1)); "
+		"done; kill -9 $P; wait $P; }";
 	EXPECT_EQ(WEXITSTATUS(std::system(Kill.c_str())), 128 + 9) << Kill;
 	Project.Write("look.txt", "tick 5\ndump back.json\nclick #SendButton\nwait idle 60\n");
-	const FRun Back = RunProgram({ "--headless", "--draft", "--project", Project.Folder.string(), "--script", "look.txt" }, "", Project.OutFolder.string(), { "XDG_DATA_HOME=" + Data });
+	const FRun Back = RunProgram({ "--headless", "--draft", "--project", Project.Folder.string(), "--script", "look.txt" }, "",
+		Project.OutFolder.string(), { "XDG_DATA_HOME=" + Data });
 	EXPECT_EQ(Back.ExitCode, 0) << Back.Error;
 	EXPECT_TRUE(Contains(ReadFile(Project.Path("back.json")), "\"promptText\": \"unsent " + Project.Symbol + "\""));
 	Project.Write("gone.txt", "type left over\ndump gone.json\n");
-	const FRun Gone = RunProgram({ "--headless", "--draft", "--project", Project.Folder.string(), "--script", "gone.txt" }, "", Project.OutFolder.string(), { "XDG_DATA_HOME=" + Data });
+	const FRun Gone = RunProgram({ "--headless", "--draft", "--project", Project.Folder.string(), "--script", "gone.txt" }, "",
+		Project.OutFolder.string(), { "XDG_DATA_HOME=" + Data });
 	EXPECT_EQ(Gone.ExitCode, 0) << Gone.Error;
 	EXPECT_TRUE(Contains(ReadFile(Project.Path("gone.json")), "\"promptText\": \"left over\"")) << "what was sent does not come back";
 	// A run without a user neither puts a draft back nor takes it away.
 	Project.Write("other.txt", "tick 5\ndump other.json\n");
-	RunProgram({ "--headless", "--project", Project.Folder.string(), "--script", "other.txt" }, "", Project.OutFolder.string(), { "XDG_DATA_HOME=" + Data });
+	RunProgram({ "--headless", "--project", Project.Folder.string(), "--script", "other.txt" }, "", Project.OutFolder.string(),
+		{ "XDG_DATA_HOME=" + Data });
 	EXPECT_TRUE(Contains(ReadFile(Project.Path("other.json")), "\"promptText\": \"\""));
-	RunProgram({ "--headless", "--draft", "--project", Project.Folder.string(), "--script", "other.txt" }, "", Project.OutFolder.string(), { "XDG_DATA_HOME=" + Data });
+	RunProgram({ "--headless", "--draft", "--project", Project.Folder.string(), "--script", "other.txt" }, "", Project.OutFolder.string(),
+		{ "XDG_DATA_HOME=" + Data });
 	EXPECT_TRUE(Contains(ReadFile(Project.Path("other.json")), "\"promptText\": \"left over\""));
 }

@@ -182,8 +182,10 @@ TEST_F(FEditorFrameTest, TheConsoleReadsSetsAndCompletes)
 	{
 		Lines.push_back((Line->Verbosity == ELogVerbosity::Error ? "! " : "") + Utf8(Line->Text));
 	}
-	EXPECT_EQ(Lines, (std::vector<std::string>{ "> velmora.ConversationHistoryRefresh.ForceSync maybe", "! velmora.ConversationHistoryRefresh.ForceSync takes a whole number, not \"maybe\".", "> nothing.there",
-						 "! There is no console variable or command \"nothing.there\"." }));
+	EXPECT_EQ(Lines,
+		(std::vector<std::string>{ "> velmora.ConversationHistoryRefresh.ForceSync maybe",
+			"! velmora.ConversationHistoryRefresh.ForceSync takes a whole number, not \"maybe\".", "> nothing.there",
+			"! There is no console variable or command \"nothing.there\"." }));
 }
 
 TEST_F(FEditorFrameTest, TheLogIsBoundedFilteredAndFollowed)
@@ -243,8 +245,11 @@ TEST(EditorFrameRun, AScriptOpensMenusReadsThemAndBringsTheTabBack)
 	const FRandomProject Project;
 	Project.Write("run.txt",
 		"wait idle 30\nclick Tools\nclick Code Index\ndump menu.json\nkey ESC\nkey ESC\nclose-tab\nclick Tools\nclick Velmora AI\ntick 5\n"
-		"click #InputTextBox\ntype hello\nclick Window\nclick Output Log\nclick #ConsoleInput\ntype list\\n\ntick 5\nmove > list\ndump end.json\n");
-	const FRun Run = RunProgram({ "--headless", "--project", Project.Folder.string(), "--now", "2026-01-31T12:00:00", "--script", "run.txt", "--set", "velmora.conversationhistoryrefresh.forcesync=1" }, "", Project.OutFolder.string());
+		"click #InputTextBox\ntype hello\nclick Window\nclick Output Log\nclick #ConsoleInput\ntype list\\n\ntick 5\nmove > list\ndump "
+		"end.json\n");
+	const FRun Run = RunProgram({ "--headless", "--project", Project.Folder.string(), "--now", "2026-01-31T12:00:00", "--script", "run.txt",
+									"--set", "velmora.conversationhistoryrefresh.forcesync=1" },
+		"", Project.OutFolder.string());
 	EXPECT_EQ(Run.ExitCode, 0) << Run.Error;
 	std::string Menu = ReadFile(Project.Path("menu.json"));
 	std::erase_if(Menu, [](char Char) { return Char == '\n' || Char == '\r' || Char == '\t'; });
@@ -257,13 +262,15 @@ TEST(EditorFrameRun, WrongVariablesAreWrongUsage)
 	const FRandomProject Project;
 	const std::pair<const char*, const char*> Cases[] = {
 		{ "nothing.there=1", "There is no console variable or command \"nothing.there\"." },
-		{ "velmora.ConversationHistoryRefresh.ForceSync=maybe", "velmora.ConversationHistoryRefresh.ForceSync takes a whole number, not \"maybe\"." },
+		{ "velmora.ConversationHistoryRefresh.ForceSync=maybe",
+			"velmora.ConversationHistoryRefresh.ForceSync takes a whole number, not \"maybe\"." },
 		{ "=1", "--set wants NAME=VALUE, not \"=1\"." },
 		{ "name", "--set wants NAME=VALUE, not \"name\"." },
 	};
 	for (const auto& [Value, Complaint] : Cases)
 	{
-		const FRun Run = RunProgram({ "--headless", "--project", Project.Folder.string(), "--set", Value, "--dump", "never.json" }, "", Project.OutFolder.string());
+		const FRun Run = RunProgram(
+			{ "--headless", "--project", Project.Folder.string(), "--set", Value, "--dump", "never.json" }, "", Project.OutFolder.string());
 		EXPECT_EQ(Run.ExitCode, 2) << Value;
 		EXPECT_TRUE(Contains(Run.Error, Complaint)) << Run.Error;
 		EXPECT_EQ(ReadFile(Project.Path("never.json")), "");
@@ -277,7 +284,8 @@ TEST(EditorFrameRun, EndsSoonInTheMiddleOfAnything)
 	for (int Index = 0; Index < 3000; ++Index)
 	{
 		std::filesystem::create_directories(Project.Folder / ("Many" + std::to_string(Index % 50)));
-		std::ofstream(Project.Folder / ("Many" + std::to_string(Index % 50)) / ("File" + std::to_string(Index) + ".cpp")) << "int Value" << Index << ";\n";
+		std::ofstream(Project.Folder / ("Many" + std::to_string(Index % 50)) / ("File" + std::to_string(Index) + ".cpp"))
+			<< "int Value" << Index << ";\n";
 	}
 	const char* const Scripts[] = {
 		"quit\n",
@@ -290,7 +298,8 @@ TEST(EditorFrameRun, EndsSoonInTheMiddleOfAnything)
 		SCOPED_TRACE(Script);
 		Project.Write("run.txt", Script);
 		const auto Begin = std::chrono::steady_clock::now();
-		const FRun Run = RunProgram({ "--headless", "--project", Project.Folder.string(), "--script", "run.txt" }, "", Project.OutFolder.string());
+		const FRun Run =
+			RunProgram({ "--headless", "--project", Project.Folder.string(), "--script", "run.txt" }, "", Project.OutFolder.string());
 		EXPECT_EQ(Run.ExitCode, 0) << Run.Error;
 		// Start, steps and end together; a build of all files alone would take longer than that on a slow machine.
 		EXPECT_LT(std::chrono::duration<double>(std::chrono::steady_clock::now() - Begin).count(), 10.0);

@@ -24,11 +24,12 @@ protected:
 		Project.Write("Outside.uasset", "");
 		std::filesystem::create_symlink(Project.AtBytes("Outside.uasset"), Project.AtBytes("P/Content/Link.uasset"));
 		std::filesystem::create_symlink(Project.AtBytes("P/Content/Maps"), Project.AtBytes("P/Content/Inner"));
-		FHostServices::SetLaunchHook([this](const FHostLaunchRequest& Request, FString&)
-		{
-			Opened += (Request.Kind == FHostLaunchRequest::EKind::Source ? "source " : "file ") + Utf8(Request.Target);
-			return true;
-		});
+		FHostServices::SetLaunchHook(
+			[this](const FHostLaunchRequest& Request, FString&)
+			{
+				Opened += (Request.Kind == FHostLaunchRequest::EKind::Source ? "source " : "file ") + Utf8(Request.Target);
+				return true;
+			});
 		FEditorServices::Install();
 	}
 

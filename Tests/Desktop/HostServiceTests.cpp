@@ -12,7 +12,8 @@ namespace
 	FRun RunSteps(const FRandomProject& Project, const std::string& Steps)
 	{
 		Project.Write("run.txt", Steps);
-		return RunProgram({ "--headless", "--project", Project.Folder.string(), "--now", "2026-01-31T12:00:00", "--script", "run.txt" }, "", Project.OutFolder.string(), { "XDG_DATA_HOME=" + Project.Path("data") });
+		return RunProgram({ "--headless", "--project", Project.Folder.string(), "--now", "2026-01-31T12:00:00", "--script", "run.txt" }, "",
+			Project.OutFolder.string(), { "XDG_DATA_HOME=" + Project.Path("data") });
 	}
 
 	/** The text of a control in a dump. */
@@ -29,7 +30,9 @@ TEST(HostService, AnExportGoesWhereTheDialogOffersOrToAnotherPlace)
 	const FRandomProject Project;
 	const mode_t Mask = umask(0027);
 	const FRun Run = RunSteps(Project,
-		"type list Source\nkey CTRL+ENTER\nwait idle 60\nclick #ExportButton\ndump asked.json\ntype mine.html\nkey ENTER\nwait idle 5\nclick #ExportButton\nanswer file here.json\nwait idle 5\nclick #ExportButton\ntype mine.html\nkey ENTER\nanswer No\nanswer Cancel\n");
+		"type list Source\nkey CTRL+ENTER\nwait idle 60\nclick #ExportButton\ndump asked.json\ntype mine.html\nkey ENTER\nwait idle "
+		"5\nclick #ExportButton\nanswer file here.json\nwait idle 5\nclick #ExportButton\ntype mine.html\nkey ENTER\nanswer No\nanswer "
+		"Cancel\n");
 	umask(Mask);
 	EXPECT_EQ(Run.ExitCode, 0) << Run.Error;
 	EXPECT_TRUE(Contains(ReadFile(Project.Path("asked.json")), "\"title\": \"Export Conversation\""));
@@ -46,10 +49,14 @@ TEST(HostService, AnUpdateGoesFromTheOfferToTheRestart)
 	const FRandomProject Project;
 	std::filesystem::create_directories(Project.Path("data/Velmora"));
 	Project.Write("data/Velmora/v.zip", std::string(100000, 'p'));
-	Project.Write("data/Velmora/Release.json", R"({ "state": "UpdateAvailable", "version": "2.1", "package": "v.zip", "downloadSeconds": 2 })");
-	const FRun Run = RunSteps(Project, "dump 1.json\nclick #UpdateButton\nanswer No\ndump 2.json\nclick #UpdateButton\nanswer Yes\ntick 60\ndump 3.json\ntick 120\ndump 4.json\nupdate Downloading 7\ntick 1\ndump 5.json\n");
+	Project.Write(
+		"data/Velmora/Release.json", R"({ "state": "UpdateAvailable", "version": "2.1", "package": "v.zip", "downloadSeconds": 2 })");
+	const FRun Run = RunSteps(Project,
+		"dump 1.json\nclick #UpdateButton\nanswer No\ndump 2.json\nclick #UpdateButton\nanswer Yes\ntick 60\ndump 3.json\ntick 120\ndump "
+		"4.json\nupdate Downloading 7\ntick 1\ndump 5.json\n");
 	EXPECT_EQ(Run.ExitCode, 0) << Run.Error;
-	const char* const Expected[] = { "Update Available (2.1)", "Update Available (2.1)", "Downloading update... 50%", "Restart Required", "Downloading update... 7%" };
+	const char* const Expected[] = { "Update Available (2.1)", "Update Available (2.1)", "Downloading update... 50%", "Restart Required",
+		"Downloading update... 7%" };
 	for (int Index = 0; Index < 5; ++Index)
 	{
 		EXPECT_EQ(GetControlText(ReadFile(Project.Path(std::to_string(Index + 1) + ".json")), "UpdateButton"), Expected[Index]);
@@ -69,6 +76,7 @@ TEST(HostService, SettingsOfTheProjectCountAndAForeignFileStaysAsItIs)
 	RunSteps(Project, "dump a.json\n");
 	std::ofstream(Ini, std::ios::binary) << Text.substr(0, Text.find("Default"));
 	RunSteps(Project, "dump b.json\n");
-	EXPECT_NE(GetControlText(ReadFile(Project.Path("a.json")), "ModeComboBox"), GetControlText(ReadFile(Project.Path("b.json")), "ModeComboBox"));
+	EXPECT_NE(
+		GetControlText(ReadFile(Project.Path("a.json")), "ModeComboBox"), GetControlText(ReadFile(Project.Path("b.json")), "ModeComboBox"));
 	EXPECT_EQ(ReadFile(Ini), Text.substr(0, Text.find("Default"))) << "nothing was set, so nothing was written";
 }

@@ -87,14 +87,16 @@ namespace
 	/** What a declaration names, with "(" behind an operation: empty when the library has no symbol for it. */
 	std::string NameOf(const std::string& Declaration, bool bInClass)
 	{
-		for (const char* Word : { "using", "friend", "typedef", "template", "enum", "static_assert", "default", "delete", "constexpr", "operator" })
+		for (const char* Word :
+			{ "using", "friend", "typedef", "template", "enum", "static_assert", "default", "delete", "constexpr", "operator" })
 		{
 			if (HasWord(Declaration, Word))
 			{
 				return "";
 			}
 		}
-		if (Declaration.find("= 0") != std::string::npos || Declaration.find("SLATE_") != std::string::npos || Declaration.find("DECLARE_") != std::string::npos)
+		if (Declaration.find("= 0") != std::string::npos || Declaration.find("SLATE_") != std::string::npos ||
+			Declaration.find("DECLARE_") != std::string::npos)
 		{
 			return "";
 		}
@@ -154,7 +156,8 @@ namespace
 			{
 				const size_t End = SkipBraces(Text, Index);
 				const std::string Body = Text.substr(Index + 1, End - Index - 2);
-				const bool bIsType = (HasWord(Statement, "class") || HasWord(Statement, "struct")) && Statement.find('(') == std::string::npos;
+				const bool bIsType =
+					(HasWord(Statement, "class") || HasWord(Statement, "struct")) && Statement.find('(') == std::string::npos;
 				if (HasWord(Statement, "namespace"))
 				{
 					Collect(Body, "", OutNames);
@@ -236,7 +239,8 @@ namespace
 	bool Names(const std::string& Symbol, const std::string& Name)
 	{
 		const size_t At = Symbol.find(Name);
-		const bool bStarts = At == 0 || (At != std::string::npos && At >= 2 && Symbol.compare(At - 2, 2, "::") == 0) || (At != std::string::npos && Symbol[At - 1] == ' ');
+		const bool bStarts = At == 0 || (At != std::string::npos && At >= 2 && Symbol.compare(At - 2, 2, "::") == 0) ||
+			(At != std::string::npos && Symbol[At - 1] == ' ');
 		return bStarts && (Name.back() == '(' || At + Name.size() == Symbol.size() || Symbol[At + Name.size()] == '[');
 	}
 }
@@ -245,7 +249,8 @@ TEST(PluginFace, EveryDeclaredOperationIsExported)
 {
 	const std::set<std::string> Declared = ListDeclared();
 	// The reader of the headers must see the likes of these, or the test proves nothing.
-	for (const char* Known : { "SChatWindow::Construct(", "SChatWindow::OnSendButtonClicked(", "FChatViewModel::~FChatViewModel(", "FVelmoraUIStyles::FromHexSRGB(", "SChatWindow::ColorTransitionDuration", "TokenizeCode(" })
+	for (const char* Known : { "SChatWindow::Construct(", "SChatWindow::OnSendButtonClicked(", "FChatViewModel::~FChatViewModel(",
+			 "FVelmoraUIStyles::FromHexSRGB(", "SChatWindow::ColorTransitionDuration", "TokenizeCode(" })
 	{
 		EXPECT_EQ(Declared.count(Known), 1u) << Known;
 	}
@@ -281,8 +286,9 @@ TEST(PluginFace, DescriptorAndBuildFileNameRealModules)
 		EXPECT_TRUE(Contains(Descriptor, Part)) << Part;
 	}
 	// The engine's and the companions' own names. A module that the engine does not have would stop its build.
-	const std::set<std::string> Known = { "ApplicationCore", "Core", "CoreUObject", "DesktopPlatform", "Engine", "InputCore", "Json", "LevelEditor", "Projects", "Settings", "Slate", "SlateCore", "UnrealEd",
-		"VelmoraAutoDownloadFramework", "VelmoraCore", "VelmoraToolkit", "WorkspaceMenuStructure" };
+	const std::set<std::string> Known = { "ApplicationCore", "Core", "CoreUObject", "DesktopPlatform", "Engine", "InputCore", "Json",
+		"LevelEditor", "Projects", "Settings", "Slate", "SlateCore", "UnrealEd", "VelmoraAutoDownloadFramework", "VelmoraCore",
+		"VelmoraToolkit", "WorkspaceMenuStructure" };
 	std::istringstream Rules(ReadFile(SourceFolder.parent_path() / "VelmoraUI.Build.cs"));
 	int Count = 0;
 	for (std::string Line; std::getline(Rules, Line);)

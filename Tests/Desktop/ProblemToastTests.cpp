@@ -27,11 +27,12 @@ protected:
 
 TEST_F(ProblemToasts, TellAFailedSaveOfAnyThreadOnce)
 {
-	std::thread Saver([]()
-	{
-		FHostServices::ReportSaveFailure(TEXT("/data/a.txt"), TEXT("No space left on device"));
-		FHostServices::ReportSaveFailure(TEXT("/data/a.txt"), TEXT("No space left on device"));
-	});
+	std::thread Saver(
+		[]()
+		{
+			FHostServices::ReportSaveFailure(TEXT("/data/a.txt"), TEXT("No space left on device"));
+			FHostServices::ReportSaveFailure(TEXT("/data/a.txt"), TEXT("No space left on device"));
+		});
 	Saver.join();
 	EXPECT_EQ(FHostNotifications::GetVisible().Num(), 0);
 	PumpFrame();

@@ -19,7 +19,8 @@
 
 extern char** environ;
 
-FRun RunProgram(const std::vector<std::string>& Arguments, const std::string& Input, const std::string& Folder, const std::vector<std::string>& Extra)
+FRun RunProgram(
+	const std::vector<std::string>& Arguments, const std::string& Input, const std::string& Folder, const std::vector<std::string>& Extra)
 {
 	int In[2];
 	int Out[2];

@@ -17,7 +17,8 @@ struct FRun
  * Reads both streams to their ends. A program that takes longer than two minutes is stopped. It sees no display, unless
  * Extra, more entries of the environment, names one.
  */
-FRun RunProgram(const std::vector<std::string>& Arguments, const std::string& Input = "", const std::string& Folder = "", const std::vector<std::string>& Extra = {});
+FRun RunProgram(const std::vector<std::string>& Arguments, const std::string& Input = "", const std::string& Folder = "",
+	const std::vector<std::string>& Extra = {});
 
 /** A project of random names, so that no answer can have been written beforehand. */
 class FRandomProject

@@ -45,14 +45,16 @@ TEST(Program, AnswersAPromptAboutTheRealProject)
 	const FRandomProject Project;
 	const fs::path Dump = Project.Folder / "out" / "dump.json";
 	const fs::path Picture = Project.Folder / "answer.png";
-	const FRun Run = RunProgram({ "--headless", "--project", Project.Folder.string(), "--prompt", "find " + Project.Symbol, "--dump", Dump.string(), "--screenshot", Picture.string() });
+	const FRun Run = RunProgram({ "--headless", "--project", Project.Folder.string(), "--prompt", "find " + Project.Symbol, "--dump",
+		Dump.string(), "--screenshot", Picture.string() });
 	EXPECT_EQ(Run.ExitCode, 0) << Run.Error;
 	EXPECT_TRUE(Contains(Run.Output, Project.File)) << Run.Output;
 	EXPECT_TRUE(Contains(Run.Output, std::to_string(Project.Line))) << Run.Output;
 	EXPECT_TRUE(Contains(Run.Error, "Searching " + Project.Symbol + " ... ok")) << Run.Error;
 	EXPECT_EQ(ReadFile(Picture).substr(0, 8), "\x89PNG\r\n\x1a\n");
 	const std::string Json = ReadFile(Dump);
-	for (const char* Part : { "\"state\": \"AwaitingInput\"", "\"statusText\": \"Ready\"", "\"type\": \"ToolSummary\"", "\"status\": \"Success\"", "\"tag\": \"SendButton\"", "\"promptText\": \"\"", "\"worstFrameMs\"" })
+	for (const char* Part : { "\"state\": \"AwaitingInput\"", "\"statusText\": \"Ready\"", "\"type\": \"ToolSummary\"",
+			 "\"status\": \"Success\"", "\"tag\": \"SendButton\"", "\"promptText\": \"\"", "\"worstFrameMs\"" })
 	{
 		EXPECT_TRUE(Contains(Json, Part)) << Part << "\n" << Json;
 	}
@@ -93,7 +95,8 @@ TEST(Program, PaintsAtSeveralSizesAndScales)
 	for (const char* Size : { "1x1", "700x500", "2560x1600" })
 	{
 		const fs::path Picture = Project.Folder / (std::string(Size) + ".png");
-		const FRun Run = RunProgram({ "--headless", "--project", Project.Folder.string(), "--size", Size, "--scale", "2", "--screenshot", Picture.string() });
+		const FRun Run = RunProgram(
+			{ "--headless", "--project", Project.Folder.string(), "--size", Size, "--scale", "2", "--screenshot", Picture.string() });
 		EXPECT_EQ(Run.ExitCode, 0) << Run.Error;
 		EXPECT_EQ(ReadFile(Picture).substr(1, 3), "PNG") << Size;
 	}
@@ -108,11 +111,13 @@ TEST(Program, AReleaseFileOfTheUserBarsSending)
 	const auto DumpWith = [&](const std::string& Release)
 	{
 		std::ofstream(Data / "Velmora" / "Release.json") << Release;
-		const FRun Run = RunProgram({ "--headless", "--project", Project.Folder.string(), "--dump", Dump.string() }, "", "", { "XDG_DATA_HOME=" + Data.string() });
+		const FRun Run = RunProgram(
+			{ "--headless", "--project", Project.Folder.string(), "--dump", Dump.string() }, "", "", { "XDG_DATA_HOME=" + Data.string() });
 		EXPECT_EQ(Run.ExitCode, 0) << Run.Error;
 		return Run.Error + ReadFile(Dump);
 	};
-	EXPECT_TRUE(Contains(DumpWith(R"({ "state": "RestartRequired", "message": "Start again, please" })"), "\"statusText\": \"Start again, please\""));
+	EXPECT_TRUE(Contains(
+		DumpWith(R"({ "state": "RestartRequired", "message": "Start again, please" })"), "\"statusText\": \"Start again, please\""));
 	const std::string Broken = DumpWith("nonsense");
 	EXPECT_TRUE(Contains(Broken, "cannot be read as a JSON object")) << Broken;
 	EXPECT_TRUE(Contains(Broken, "\"statusText\": \"Ready")) << Broken;

@@ -101,14 +101,17 @@ TEST(ScriptFile, TellsWhatIsWrong)
 		EXPECT_EQ(ParseLine(Line, Step), Error) << Line;
 	}
 	FScriptStep Step;
-	EXPECT_EQ(ParseLine("wait state Asleep 1", Step).find("This step is written \"wait state NAME SECONDS\"; NAME is one of NotStarted, Initializing, Ready,"), 0u);
+	EXPECT_EQ(ParseLine("wait state Asleep 1", Step)
+				  .find("This step is written \"wait state NAME SECONDS\"; NAME is one of NotStarted, Initializing, Ready,"),
+		0u);
 }
 
 TEST(ScriptFile, SkipsCommentsAndCountsLines)
 {
 	TArray<FScriptStep> Steps;
 	int32 ErrorLine = 0;
-	const FString Error = FScriptFile::Parse({ TEXT("# first"), TEXT(""), TEXT("tick 1"), TEXT("  #second"), TEXT("oops now") }, Steps, ErrorLine);
+	const FString Error =
+		FScriptFile::Parse({ TEXT("# first"), TEXT(""), TEXT("tick 1"), TEXT("  #second"), TEXT("oops now") }, Steps, ErrorLine);
 	EXPECT_EQ(Utf8(Error), "There is no step \"oops\". Try --help.");
 	EXPECT_EQ(ErrorLine, 5);
 	ASSERT_EQ(Steps.Num(), 1);

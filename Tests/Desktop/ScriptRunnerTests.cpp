@@ -52,11 +52,12 @@ protected:
 		EXPECT_EQ(Utf8(FScriptFile::Parse(Lines, Steps, Line)), "");
 		FEmptyScriptHost Host;
 		FScriptRunner Runner(TEXT("t"), MoveTemp(Steps), Host);
-		App().SetFrameHook([&Runner]()
-		{
-			Runner.OnFrame();
-			FHostClock::Advance(1.0 / 60.0);
-		});
+		App().SetFrameHook(
+			[&Runner]()
+			{
+				Runner.OnFrame();
+				FHostClock::Advance(1.0 / 60.0);
+			});
 		for (int32 Frame = 0; Frame < 3000 && !Runner.IsFinished(); ++Frame)
 		{
 			App().RunFrame();
@@ -72,11 +73,15 @@ protected:
 		return SNew(SButton)
 			.Tag(FName(TEXT("Ask")))
 			.Text(FText::FromString(TEXT("Ask")))
-			.OnClicked_Lambda([this]()
-			{
-				Answers.push_back(LexToString(FMessageDialog::Open(EAppMsgType::YesNo, FText::FromString(TEXT("Really?")))) == FString(TEXT("Yes")) ? "Yes" : "No");
-				return FReply::Handled();
-			});
+			.OnClicked_Lambda(
+				[this]()
+				{
+					Answers.push_back(
+						LexToString(FMessageDialog::Open(EAppMsgType::YesNo, FText::FromString(TEXT("Really?")))) == FString(TEXT("Yes"))
+							? "Yes"
+							: "No");
+					return FReply::Handled();
+				});
 	}
 
 	/** A button whose click asks for a file to save, and keeps the answer. */
@@ -85,16 +90,17 @@ protected:
 		return SNew(SButton)
 			.Tag(FName(TEXT("Save")))
 			.Text(FText::FromString(TEXT("Export")))
-			.OnClicked_Lambda([this]()
-			{
-				FHostSaveDialog Dialog;
-				Dialog.Title = TEXT("Export");
-				Dialog.Folder = Folder.At();
-				Dialog.File = TEXT("talk.md");
-				FString File;
-				Answers.push_back(FHostFileDialogs::AskForSaveFile(Dialog, File) ? Utf8(File) : "cancelled");
-				return FReply::Handled();
-			});
+			.OnClicked_Lambda(
+				[this]()
+				{
+					FHostSaveDialog Dialog;
+					Dialog.Title = TEXT("Export");
+					Dialog.Folder = Folder.At();
+					Dialog.File = TEXT("talk.md");
+					FString File;
+					Answers.push_back(FHostFileDialogs::AskForSaveFile(Dialog, File) ? Utf8(File) : "cancelled");
+					return FReply::Handled();
+				});
 	}
 
 	std::vector<std::string> Answers;
@@ -107,8 +113,10 @@ TEST_F(ScriptRunner, AnswersASaveDialog)
 	Show(MakeSaver());
 	const FString Old = Folder.At(TEXT("old.md"));
 	testing::internal::CaptureStderr();
-	EXPECT_EQ(RunLines({ TEXT("click #Save"), TEXT("tick 2"), TEXT("answer file ") + Old, TEXT("click #Save"), TEXT("type typed"), TEXT("key ENTER"), TEXT("click #Save"), TEXT("answer cancel"), TEXT("click #Save"),
-				  TEXT("type old.md"), TEXT("answer save"), TEXT("answer yes"), TEXT("click #Save"), TEXT("click #SaveCancelButton"), TEXT("click #Save"), TEXT("key ESC") }),
+	EXPECT_EQ(
+		RunLines({ TEXT("click #Save"), TEXT("tick 2"), TEXT("answer file ") + Old, TEXT("click #Save"), TEXT("type typed"),
+			TEXT("key ENTER"), TEXT("click #Save"), TEXT("answer cancel"), TEXT("click #Save"), TEXT("type old.md"), TEXT("answer save"),
+			TEXT("answer yes"), TEXT("click #Save"), TEXT("click #SaveCancelButton"), TEXT("click #Save"), TEXT("key ESC") }),
 		"");
 	EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 	EXPECT_EQ(Answers, (std::vector<std::string>{ Utf8(Old), Folder.AtBytes("typed"), "cancelled", Utf8(Old), "cancelled", "cancelled" }));
@@ -118,7 +126,8 @@ TEST_F(ScriptRunner, TellsWhyASaveDialogDidNotTakeAnAnswer)
 {
 	Show(MakeSaver());
 	const FString Missing = Folder.At(TEXT("missing/x"));
-	EXPECT_EQ(RunLines({ TEXT("click #Save"), TEXT("answer file ") + Missing }), "script t:2: There is no folder \"" + Folder.AtBytes("missing") + "\".");
+	EXPECT_EQ(RunLines({ TEXT("click #Save"), TEXT("answer file ") + Missing }),
+		"script t:2: There is no folder \"" + Folder.AtBytes("missing") + "\".");
 }
 
 TEST_F(ScriptRunner, ASaveDialogThatNoStepAnswersIsCancelledAndSaysSo)
@@ -143,7 +152,9 @@ TEST_F(ScriptRunner, AnswersADialogFromInsideItsLoop)
 {
 	Show(MakeAsker());
 	testing::internal::CaptureStderr();
-	EXPECT_EQ(RunLines({ TEXT("click #Ask"), TEXT("tick 5"), TEXT("answer yes"), TEXT("click #Ask"), TEXT("click Yes"), TEXT("click #Ask"), TEXT("key ENTER") }), "");
+	EXPECT_EQ(RunLines({ TEXT("click #Ask"), TEXT("tick 5"), TEXT("answer yes"), TEXT("click #Ask"), TEXT("click Yes"), TEXT("click #Ask"),
+				  TEXT("key ENTER") }),
+		"");
 	// The last dialog's default is No; the key answered it, or standard error would tell otherwise.
 	EXPECT_EQ(Answers, (std::vector<std::string>{ "Yes", "Yes", "No" }));
 	EXPECT_EQ(testing::internal::GetCapturedStderr(), "");

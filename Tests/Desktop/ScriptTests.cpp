@@ -10,7 +10,8 @@ namespace
 	/** Runs a script on a project in simulated time. Files that it names lie beside the project. */
 	FRun RunScript(const FRandomProject& Project, const std::string& Script, const std::vector<std::string>& More = {})
 	{
-		std::vector<std::string> Arguments = { "--headless", "--project", Project.Folder.string(), "--now", ScriptNow, "--script", "run.txt" };
+		std::vector<std::string> Arguments = { "--headless", "--project", Project.Folder.string(), "--now", ScriptNow, "--script",
+			"run.txt" };
 		Arguments.insert(Arguments.end(), More.begin(), More.end());
 		Project.Write("run.txt", Script);
 		return RunProgram(Arguments, "", Project.OutFolder.string());
@@ -27,7 +28,9 @@ namespace
 TEST(Script, AsksAndWritesWhatIsOnScreen)
 {
 	const FRandomProject Project;
-	const FRun Run = RunScript(Project, "# a question\ntype find " + Project.Symbol + "\ndump typed.json\nkey ctrl+enter\nwait idle 60\ndump answer.json\nscreenshot answer.png\n");
+	const FRun Run = RunScript(Project,
+		"# a question\ntype find " + Project.Symbol +
+			"\ndump typed.json\nkey ctrl+enter\nwait idle 60\ndump answer.json\nscreenshot answer.png\n");
 	EXPECT_EQ(Run.ExitCode, 0) << Run.Error;
 	EXPECT_TRUE(Contains(ReadFile(Project.Path("typed.json")), "\"promptText\": \"find " + Project.Symbol + "\""));
 	const std::string Dump = ReadFile(Project.Path("answer.json"));
@@ -41,7 +44,10 @@ TEST(Script, ChangedFilesAreToldAndOpenedByTheirPathsInTheProject)
 {
 	const FRandomProject Project;
 	const std::string Relative = std::filesystem::relative(Project.Folder, Project.OutFolder).string();
-	const FRun Run = RunScript(Project, "type create docs/made.md with \"x\"\nkey CTRL+ENTER\nwait idle 60\nclick #ChangedFilesHeader\nwait idle 10\nclick Created: docs/made.md\ndump end.json\n", { "--project", Relative });
+	const FRun Run = RunScript(Project,
+		"type create docs/made.md with \"x\"\nkey CTRL+ENTER\nwait idle 60\nclick #ChangedFilesHeader\nwait idle 10\nclick Created: "
+		"docs/made.md\ndump end.json\n",
+		{ "--project", Relative });
 	EXPECT_EQ(Run.ExitCode, 0) << Run.Error;
 	EXPECT_TRUE(Contains(Run.Error, "Would open: " + (Project.Folder / "docs/made.md").string())) << Run.Error;
 	EXPECT_FALSE(ReadFile(Project.Path("end.json")).empty());
@@ -50,8 +56,10 @@ TEST(Script, ChangedFilesAreToldAndOpenedByTheirPathsInTheProject)
 TEST(Script, RunsInRealTimeToo)
 {
 	const FRandomProject Project;
-	Project.Write("run.txt", "type find " + Project.Symbol + "\nclick #SendButton\nwait state AwaitingInput 30\nwait idle 30\ndump answer.json\n");
-	const FRun Run = RunProgram({ "--headless", "--project", Project.Folder.string(), "--script", "run.txt" }, "", Project.OutFolder.string());
+	Project.Write(
+		"run.txt", "type find " + Project.Symbol + "\nclick #SendButton\nwait state AwaitingInput 30\nwait idle 30\ndump answer.json\n");
+	const FRun Run =
+		RunProgram({ "--headless", "--project", Project.Folder.string(), "--script", "run.txt" }, "", Project.OutFolder.string());
 	EXPECT_EQ(Run.ExitCode, 0) << Run.Error;
 	EXPECT_TRUE(Contains(ReadFile(Project.Path("answer.json")), Project.File));
 }
@@ -59,7 +67,9 @@ TEST(Script, RunsInRealTimeToo)
 TEST(Script, RepeatsByteByByte)
 {
 	const FRandomProject Project;
-	const std::string Script = "type find " + Project.Symbol + "\nkey CTRL+ENTER\ntick 3\nscreenshot busy.png\ndump busy.json\nwait idle 60\nmove #SendButton\ntick 60\nresize 700 500\ntick 40\nscreenshot end.png\ndump end.json\n";
+	const std::string Script = "type find " + Project.Symbol +
+		"\nkey CTRL+ENTER\ntick 3\nscreenshot busy.png\ndump busy.json\nwait idle 60\nmove #SendButton\ntick 60\nresize 700 500\ntick "
+		"40\nscreenshot end.png\ndump end.json\n";
 	const char* const Files[] = { "busy.png", "busy.json", "end.png", "end.json" };
 	std::string First[4];
 	for (int Round = 0; Round < 3; ++Round)
@@ -110,7 +120,8 @@ TEST(Script, StopsWithTheLineThatFails)
 TEST(Script, ListsBothWhenANameIsNotClear)
 {
 	const FRandomProject Project;
-	const FRun Run = RunScript(Project, "type list Source\nkey CTRL+ENTER\nwait idle 60\ntype list Source\nkey CTRL+ENTER\nwait idle 60\nclick You\n");
+	const FRun Run =
+		RunScript(Project, "type list Source\nkey CTRL+ENTER\nwait idle 60\ntype list Source\nkey CTRL+ENTER\nwait idle 60\nclick You\n");
 	EXPECT_EQ(Run.ExitCode, 2);
 	EXPECT_TRUE(Contains(Run.Error, "script run.txt:7: 2 widgets are called \"You\": STextBlock at ")) << Run.Error;
 	EXPECT_TRUE(Contains(Run.Error, "; STextBlock at ")) << Run.Error;
@@ -129,7 +140,10 @@ TEST(Script, PausesContinuesAndCancels)
 	const FRandomProject Project;
 	const std::string Ask = "type find " + Project.Symbol + "\nkey CTRL+ENTER\n";
 	const FRun Run = RunScript(Project,
-		Ask + "click #PauseButton\nwait state Paused 5\ntick 60\ndump paused.json\nclick #ContinueButton\nwait idle 60\ndump continued.json\nclick #InputTextBox\n" + Ask + "click #CancelButton\nwait state Cancelled 5\nwait idle 5\ndump cancelled.json\n");
+		Ask +
+			"click #PauseButton\nwait state Paused 5\ntick 60\ndump paused.json\nclick #ContinueButton\nwait idle 60\ndump "
+			"continued.json\nclick #InputTextBox\n" +
+			Ask + "click #CancelButton\nwait state Cancelled 5\nwait idle 5\ndump cancelled.json\n");
 	EXPECT_EQ(Run.ExitCode, 0) << Run.Error;
 	const std::string Paused = ReadFile(Project.Path("paused.json"));
 	EXPECT_TRUE(Contains(Paused, "\"state\": \"Paused\""));
@@ -145,9 +159,11 @@ TEST(Script, PausesContinuesAndCancels)
 TEST(Script, ClosesAndOpensTheTab)
 {
 	const FRandomProject Project;
-	const FRun Run = RunScript(Project, "close-tab\ntick 2\ndump closed.json\nopen-tab\ntick 5\ntype hello\ntick 1\ndump open.json\nquit\njust never reached\n");
+	const FRun Run = RunScript(
+		Project, "close-tab\ntick 2\ndump closed.json\nopen-tab\ntick 5\ntype hello\ntick 1\ndump open.json\nquit\njust never reached\n");
 	EXPECT_EQ(Run.ExitCode, 2) << "the whole script is read before it runs";
-	const FRun Second = RunScript(Project, "close-tab\ntick 2\ndump closed.json\nopen-tab\ntick 5\ntype hello\ntick 1\ndump open.json\nquit\nclick #NeverReached\n");
+	const FRun Second = RunScript(
+		Project, "close-tab\ntick 2\ndump closed.json\nopen-tab\ntick 5\ntype hello\ntick 1\ndump open.json\nquit\nclick #NeverReached\n");
 	EXPECT_EQ(Second.ExitCode, 0) << Second.Error;
 	EXPECT_EQ(FindControl(ReadFile(Project.Path("closed.json")), "SendButton"), "");
 	EXPECT_TRUE(Contains(ReadFile(Project.Path("open.json")), "\"promptText\": \"hello\""));
@@ -170,10 +186,13 @@ TEST(Script, WorksAtTheSmallestAndAtLargeSizes)
 {
 	const FRandomProject Project;
 	const FRun Run = RunScript(Project,
-		"resize 1 1\ntick 2\ntype find " + Project.Symbol + "\nkey CTRL+ENTER\nwait idle 60\nscreenshot small.png\nresize 4000 3000\nwait idle 60\nscreenshot large.png\nresize 1280 800\nwait idle 60\nscreenshot again.png\ndump end.json\n");
+		"resize 1 1\ntick 2\ntype find " + Project.Symbol +
+			"\nkey CTRL+ENTER\nwait idle 60\nscreenshot small.png\nresize 4000 3000\nwait idle 60\nscreenshot large.png\nresize 1280 "
+			"800\nwait idle 60\nscreenshot again.png\ndump end.json\n");
 	EXPECT_EQ(Run.ExitCode, 0) << Run.Error;
 	EXPECT_TRUE(Contains(ReadFile(Project.Path("end.json")), Project.File));
 	const FRun Plain = RunScript(Project, "tick 2\ntype find " + Project.Symbol + "\nkey CTRL+ENTER\nwait idle 60\nscreenshot plain.png\n");
 	EXPECT_EQ(Plain.ExitCode, 0) << Plain.Error;
-	EXPECT_TRUE(ReadFile(Project.Path("again.png")) == ReadFile(Project.Path("plain.png"))) << "a resized window looks other than one that always had its size";
+	EXPECT_TRUE(ReadFile(Project.Path("again.png")) == ReadFile(Project.Path("plain.png")))
+		<< "a resized window looks other than one that always had its size";
 }

@@ -9,7 +9,11 @@ TEST(DesktopDialogs, SaveFileDialogHandsOverTheAnswer)
 	IDesktopPlatform* const Desktop = FDesktopPlatformModule::Get();
 	ASSERT_NE(Desktop, nullptr);
 	TArray<FString> Files = { TEXT("from before") };
-	const auto Ask = [&]() { return Desktop->SaveFileDialog(nullptr, TEXT("Export"), TEXT("/folder"), TEXT("talk"), TEXT("Text (*.txt)|*.txt"), EFileDialogFlags::None, Files); };
+	const auto Ask = [&]()
+	{
+		return Desktop->SaveFileDialog(
+			nullptr, TEXT("Export"), TEXT("/folder"), TEXT("talk"), TEXT("Text (*.txt)|*.txt"), EFileDialogFlags::None, Files);
+	};
 	FHostFileDialogs::QueueAnswer(TEXT("name without ending"));
 	EXPECT_TRUE(Ask());
 	ASSERT_EQ(Files.Num(), 1);

@@ -74,7 +74,8 @@ TEST_F(EditorServices, MenuGroupsStandBelowOneRoot)
 	const IWorkspaceMenuStructure& Menu = WorkspaceMenu::GetMenuStructure();
 	EXPECT_EQ(&Menu, &WorkspaceMenu::GetMenuStructure());
 	const TSharedRef<FWorkspaceItem> Root = Menu.GetStructureRoot();
-	for (const TSharedRef<FWorkspaceItem>& Group : { Menu.GetToolsCategory(), Menu.GetLevelEditorCategory(), Menu.GetDeveloperToolsMiscCategory() })
+	for (const TSharedRef<FWorkspaceItem>& Group :
+		{ Menu.GetToolsCategory(), Menu.GetLevelEditorCategory(), Menu.GetDeveloperToolsMiscCategory() })
 	{
 		EXPECT_FALSE(Group->GetDisplayName().IsEmpty());
 		TSharedPtr<FWorkspaceItem> Item = Group;

@@ -67,7 +67,8 @@ protected:
 		FHostSettings::Install();
 		Settings = NewObject<UPageTestSettings>();
 		Other = NewObject<UPageTestSettings>();
-		Module().RegisterSettings("Project", "Plugins", "Test", FText::FromString(TEXT("Test Settings")), FText::FromString(TEXT("What is tested")), Settings);
+		Module().RegisterSettings(
+			"Project", "Plugins", "Test", FText::FromString(TEXT("Test Settings")), FText::FromString(TEXT("What is tested")), Settings);
 		Module().RegisterSettings("Project", "Game", "Other", FText::FromString(TEXT("Other Settings")), FText::GetEmpty(), Other);
 	}
 	void TearDown() override
@@ -111,13 +112,14 @@ protected:
 TEST_F(FSettingsPageTest, ShowsEveryPropertyOfASection)
 {
 	Open();
-	for (const char* Text : { "Project Settings", "Test Settings", "What is tested", "Plugins", "Game", "Other Settings", "General", "Numbers", "Project Description", "Mode",
-			 "Fast", "Use HTTP Proxy", "Max Count", "Offset", "Speed of Turn", "Factor", "Folders" })
+	for (const char* Text :
+		{ "Project Settings", "Test Settings", "What is tested", "Plugins", "Game", "Other Settings", "General", "Numbers",
+			"Project Description", "Mode", "Fast", "Use HTTP Proxy", "Max Count", "Offset", "Speed of Turn", "Factor", "Folders" })
 	{
 		EXPECT_TRUE(IsOnScreen(Text)) << Text;
 	}
-	const std::pair<const char*, const char*> Values[] = { { "ProjectDescription", "first" }, { "MaxCount", "5" }, { "Offset", "-3" }, { "SpeedOfTurn", "0.5" },
-		{ "Factor", "0.1" }, { "Folders", "a\nb" } };
+	const std::pair<const char*, const char*> Values[] = { { "ProjectDescription", "first" }, { "MaxCount", "5" }, { "Offset", "-3" },
+		{ "SpeedOfTurn", "0.5" }, { "Factor", "0.1" }, { "Folders", "a\nb" } };
 	for (const auto& [Tag, Value] : Values)
 	{
 		EXPECT_EQ(GetText(Tag), Value) << Tag;
@@ -186,7 +188,8 @@ TEST_F(FSettingsPageTest, WhatIsNoValueIsAnsweredInWords)
 
 TEST_F(FSettingsPageTest, ShowsPresentValuesWhenItComesToTheFront)
 {
-	FGlobalTabmanager::Get()->RegisterNomadTabSpawner("Elsewhere", FOnSpawnTab::CreateLambda([](const FSpawnTabArgs&) { return TSharedRef<SDockTab>(SNew(SDockTab)); }));
+	FGlobalTabmanager::Get()->RegisterNomadTabSpawner(
+		"Elsewhere", FOnSpawnTab::CreateLambda([](const FSpawnTabArgs&) { return TSharedRef<SDockTab>(SNew(SDockTab)); }));
 	Open();
 	FGlobalTabmanager::Get()->TryInvokeTab(FTabId("Elsewhere"));
 	PumpFrame();
@@ -220,7 +223,8 @@ TEST_F(FSettingsPageTest, SectionsComeAndGoWhileThePageIsOpen)
 	PumpFrame();
 	EXPECT_TRUE(IsOnScreen("There are no settings."));
 	EXPECT_FALSE(Module().RegisterSettings("Project", "Game", "None", FText(), FText(), nullptr).IsValid());
-	const TSharedPtr<ISettingsSection> Again = Module().RegisterSettings("Project", "Plugins", "Test", FText::FromString(TEXT("Again")), FText(), Settings);
+	const TSharedPtr<ISettingsSection> Again =
+		Module().RegisterSettings("Project", "Plugins", "Test", FText::FromString(TEXT("Again")), FText(), Settings);
 	Open("No", "Such");
 	EXPECT_TRUE(IsOnScreen("Again"));
 	Settings->MaxCount = 33;

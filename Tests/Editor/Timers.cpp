@@ -68,15 +68,23 @@ TEST_F(Timers, AHandleTakesANewTimeAndNoneForZero)
 TEST_F(Timers, MayBeStartedAndClearedFromInside)
 {
 	FTimerHandle Handle;
-	Manager->SetTimer(Handle, FTimerDelegate::CreateLambda([&] {
-		Calls.push_back("first");
-		Manager->SetTimer(Handle, Note("second"), 0.5f, false);
-	}), 0.5f, false);
+	Manager->SetTimer(Handle,
+		FTimerDelegate::CreateLambda(
+			[&]
+			{
+				Calls.push_back("first");
+				Manager->SetTimer(Handle, Note("second"), 0.5f, false);
+			}),
+		0.5f, false);
 	EXPECT_EQ(After(1.5f), FNames({ "first", "second" }));
-	Manager->SetTimer(Handle, FTimerDelegate::CreateLambda([&] {
-		Calls.push_back("loop");
-		Manager->ClearTimer(Handle);
-	}), 0.5f, true);
+	Manager->SetTimer(Handle,
+		FTimerDelegate::CreateLambda(
+			[&]
+			{
+				Calls.push_back("loop");
+				Manager->ClearTimer(Handle);
+			}),
+		0.5f, true);
 	EXPECT_EQ(After(2.0f), FNames({ "loop" }));
 }
 

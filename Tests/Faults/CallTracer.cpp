@@ -2,7 +2,8 @@
 // they come. At a chosen one it kills the program or lets the call fail. strace can inject, too, but counts for each thread and
 // each kind of call by itself, so the calls of one turn's worker cannot be told from those of another.
 //
-//   CallTracer [--below FOLDER]… [--log FILE] [--changes] [--since FILE] [--kill N] [--fail ERROR --from N [--to M] [--until FILE]] -- PROGRAM …
+//   CallTracer [--below FOLDER]… [--log FILE] [--changes] [--since FILE] [--kill N] [--fail ERROR --from N [--to M] [--until FILE]] --
+//   PROGRAM …
 //
 // --changes leaves out openings for reading. --since and --until are files: it counts when the one exists, and no more when the other
 // does. The log has a line per call: number, thread, call, the errors that it can give, path.
@@ -98,7 +99,8 @@ namespace
 		int Number;
 	};
 
-	constexpr FErrorName ErrorNames[] = { { "ENOSPC", ENOSPC }, { "EIO", EIO }, { "EACCES", EACCES }, { "EROFS", EROFS }, { "EMFILE", EMFILE } };
+	constexpr FErrorName ErrorNames[] = { { "ENOSPC", ENOSPC }, { "EIO", EIO }, { "EACCES", EACCES }, { "EROFS", EROFS },
+		{ "EMFILE", EMFILE } };
 
 	struct FOptions
 	{
@@ -342,10 +344,7 @@ namespace
 			}
 		}
 
-		bool IsInReach() const
-		{
-			return Options.Error != 0 && Count >= Options.From && (Options.To == 0 || Count <= Options.To);
-		}
+		bool IsInReach() const { return Options.Error != 0 && Count >= Options.From && (Options.To == 0 || Count <= Options.To); }
 
 		void WriteLog(pid_t Thread, const FTracedCall& Call, bool bChanges, const std::string& Path, bool bFails) const
 		{
@@ -354,7 +353,8 @@ namespace
 			{
 				Errors += CanGive(Call, bChanges, Known.Number) ? (Errors.empty() ? "" : ",") + std::string(Known.Name) : std::string();
 			}
-			fprintf(Log, "%ld %s %s %s %s%s\n", Count, Thread == Program ? "main" : "worker", Call.Name, Errors.c_str(), Path.c_str(), bFails ? " (failed)" : "");
+			fprintf(Log, "%ld %s %s %s %s%s\n", Count, Thread == Program ? "main" : "worker", Call.Name, Errors.c_str(), Path.c_str(),
+				bFails ? " (failed)" : "");
 			fflush(Log);
 		}
 
@@ -374,7 +374,8 @@ namespace
 				const auto* const Arguments = reinterpret_cast<const unsigned long long*>(Info.seccomp.args);
 				const std::string Path = GetPath(Thread, Call, Arguments);
 				const bool bChanges = Changes(Thread, Call, Arguments);
-				const bool bIsTime = (!Options.Since || access(Options.Since, F_OK) == 0) && (!Options.Until || access(Options.Until, F_OK) != 0);
+				const bool bIsTime =
+					(!Options.Since || access(Options.Since, F_OK) == 0) && (!Options.Until || access(Options.Until, F_OK) != 0);
 				if (!IsBelow(Path) || (!bChanges && Options.bChangesOnly) || !bIsTime)
 				{
 					return;
@@ -439,7 +440,8 @@ int main(int Count, char** Arguments)
 		close(Gate[1]);
 		StartProgram(Options.Program, Gate[0]);
 	}
-	constexpr long Wanted = PTRACE_O_TRACESECCOMP | PTRACE_O_TRACECLONE | PTRACE_O_TRACEFORK | PTRACE_O_TRACEVFORK | PTRACE_O_TRACEEXEC | PTRACE_O_EXITKILL;
+	constexpr long Wanted =
+		PTRACE_O_TRACESECCOMP | PTRACE_O_TRACECLONE | PTRACE_O_TRACEFORK | PTRACE_O_TRACEVFORK | PTRACE_O_TRACEEXEC | PTRACE_O_EXITKILL;
 	if (Program < 0 || ptrace(PTRACE_SEIZE, Program, nullptr, Wanted) != 0)
 	{
 		fprintf(stderr, "CallTracer: tracing is refused here: %s\n", strerror(errno));

@@ -211,7 +211,8 @@ TEST(AtController, ReplacesTheTokenAndLeavesOneBlank)
 		EXPECT_EQ(Utf8(Result.NewText), Case.Text);
 		EXPECT_EQ(Result.NewCursor, FTextLocation(0, Case.Cursor));
 	}
-	const FAtFileReferenceController::FReplacement None = Controller.BuildReplacement(TEXT("no token"), FTextLocation(0, 8), TEXT("File.h"));
+	const FAtFileReferenceController::FReplacement None =
+		Controller.BuildReplacement(TEXT("no token"), FTextLocation(0, 8), TEXT("File.h"));
 	EXPECT_FALSE(None.bApplied);
 	EXPECT_EQ(Utf8(None.NewText), "");
 	EXPECT_EQ(None.NewCursor, FTextLocation(0, 0));
@@ -261,7 +262,8 @@ TEST(AtController, LargeTextsAreReadNoFurtherThanNeeded)
 		const bool bChanged = Controller.Update(Text, FTextLocation(0, Text.Len())).bQueryChanged;
 		ASSERT_EQ(bChanged, Round == 0);
 	}
-	const FAtFileReferenceController::FReplacement Result = Controller.BuildReplacement(Text, FTextLocation(0, Text.Len()), TEXT("Player.cpp"));
+	const FAtFileReferenceController::FReplacement Result =
+		Controller.BuildReplacement(Text, FTextLocation(0, Text.Len()), TEXT("Player.cpp"));
 	EXPECT_EQ(Result.NewText.Len(), Text.Len() - 4 + 11);
 	EXPECT_TRUE(Result.NewText.EndsWith(TEXT("see Player.cpp "), ESearchCase::CaseSensitive));
 }

@@ -186,8 +186,9 @@ TEST(FileSearch, RanksFilesAndTellsEqualsApart)
 {
 	FTemporaryProject Project;
 	const std::string Name = Project.MakeName();
-	for (const std::string& Path : { "Src/" + Name + ".cpp", Name + "/notes.txt", "Src/Old" + Name + ".h", "Src/" + Name + ".h", "A/bb" + Name + ".h", "A/aa" + Name + ".h",
-			 "B/aa" + Name + ".h", "Content/" + Name + ".uasset", "Content/" + Name + ".umap", std::string("Content/Other.uasset") })
+	for (const std::string& Path : { "Src/" + Name + ".cpp", Name + "/notes.txt", "Src/Old" + Name + ".h", "Src/" + Name + ".h",
+			 "A/bb" + Name + ".h", "A/aa" + Name + ".h", "B/aa" + Name + ".h", "Content/" + Name + ".uasset", "Content/" + Name + ".umap",
+			 std::string("Content/Other.uasset") })
 	{
 		Project.Write(Path, "x");
 	}
@@ -241,7 +242,8 @@ TEST(FileSearch, FindsTheSameAsScoringAndSortingAll)
 	Files.RemoveAll([](const FFileIndexEntry& Entry) { return Entry.bIsDirectory; });
 	ASSERT_GT(Files.Num(), 100);
 
-	const auto NameOf = [](const FString& Path) { return Path.RightChop(Path.Find(TEXT("/"), ESearchCase::IgnoreCase, ESearchDir::FromEnd) + 1); };
+	const auto NameOf = [](const FString& Path)
+	{ return Path.RightChop(Path.Find(TEXT("/"), ESearchCase::IgnoreCase, ESearchDir::FromEnd) + 1); };
 	for (const std::string Query : { "a", "ab", "ba", "B/a", "-", "aab", "bb-", "x", "bx", "a.x", "zz" })
 	{
 		TArray<FFileSearchResult> All;
@@ -253,30 +255,32 @@ TEST(FileSearch, FindsTheSameAsScoringAndSortingAll)
 				All.Emplace(Entry, Score);
 			}
 		}
-		All.Sort([&NameOf](const FFileSearchResult& A, const FFileSearchResult& B)
-		{
-			if (A < B || B < A)
+		All.Sort(
+			[&NameOf](const FFileSearchResult& A, const FFileSearchResult& B)
 			{
-				return A < B;
-			}
-			const FString& PathA = A.Entry.DisplayPath;
-			const FString& PathB = B.Entry.DisplayPath;
-			if (PathA.Len() != PathB.Len())
-			{
-				return PathA.Len() < PathB.Len();
-			}
-			for (const auto& [First, Second] : { std::pair(NameOf(PathA), NameOf(PathB)), std::pair(A.Entry.FilePath, B.Entry.FilePath) })
-			{
-				for (const ESearchCase::Type Case : { ESearchCase::IgnoreCase, ESearchCase::CaseSensitive })
+				if (A < B || B < A)
 				{
-					if (const int32 Order = First.Compare(Second, Case))
+					return A < B;
+				}
+				const FString& PathA = A.Entry.DisplayPath;
+				const FString& PathB = B.Entry.DisplayPath;
+				if (PathA.Len() != PathB.Len())
+				{
+					return PathA.Len() < PathB.Len();
+				}
+				for (const auto& [First, Second] :
+					{ std::pair(NameOf(PathA), NameOf(PathB)), std::pair(A.Entry.FilePath, B.Entry.FilePath) })
+				{
+					for (const ESearchCase::Type Case : { ESearchCase::IgnoreCase, ESearchCase::CaseSensitive })
 					{
-						return Order < 0;
+						if (const int32 Order = First.Compare(Second, Case))
+						{
+							return Order < 0;
+						}
 					}
 				}
-			}
-			return false;
-		});
+				return false;
+			});
 		const std::vector<std::string> Expected = GetPaths(All);
 		for (const size_t Limit : { size_t(1), size_t(7), size_t(50), size_t(100000), size_t(2147483647) })
 		{

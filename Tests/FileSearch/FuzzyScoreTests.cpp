@@ -18,7 +18,8 @@ namespace
 	}
 
 	/** Letters with and without case, two that are lowered to ASCII (Kelvin sign, dotted I), halves of surrogate pairs. */
-	const std::u16string OddAlphabet = u"aAbBkKiIzZ09/.-_ [@{`\x7f\u00e9\u00c9\u0436\u0416\u00df\u1e9e\u212a\u0130\u0131\u4e2d\xd83d\xdc80\xffff";
+	const std::u16string OddAlphabet =
+		u"aAbBkKiIzZ09/.-_ [@{`\x7f\u00e9\u00c9\u0436\u0416\u00df\u1e9e\u212a\u0130\u0131\u4e2d\xd83d\xdc80\xffff";
 	const std::u16string PathAlphabet = u"abcABC/._";
 
 	std::u16string MakeText(std::mt19937& Random, const std::u16string& Alphabet, int Longest)
@@ -96,7 +97,9 @@ TEST(FuzzyScore, ByTable)
 		{ "aab/abb", "abb", 200 },
 		{ "\xC3\x89t\xC3\xA9/\xD0\x96.h", "\xC3\xA9T\xC3\x89", 150 },
 		{ "\xC3\x89t\xC3\xA9/\xD0\x96.h", "\xD0\xB6", 200 },
-		{ "x/\xE2\x84\xAA" "elvin", "kel", 200 },
+		{ "x/\xE2\x84\xAA"
+		  "elvin",
+			"kel", 200 },
 	};
 	for (const FCase& Case : Cases)
 	{

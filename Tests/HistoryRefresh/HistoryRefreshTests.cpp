@@ -14,42 +14,42 @@
 namespace
 {
 
-std::atomic<int32> DeathCount{ 0 };
-std::atomic<int32> StrayDeathCount{ 0 };
+	std::atomic<int32> DeathCount{ 0 };
+	std::atomic<int32> StrayDeathCount{ 0 };
 
-/** Tells where it dies. */
-class SMortalChatWindow : public SChatWindow
-{
-public:
-	~SMortalChatWindow() override
+	/** Tells where it dies. */
+	class SMortalChatWindow : public SChatWindow
 	{
-		++DeathCount;
-		StrayDeathCount += IsInGameThread() ? 0 : 1;
-	}
-};
+	public:
+		~SMortalChatWindow() override
+		{
+			++DeathCount;
+			StrayDeathCount += IsInGameThread() ? 0 : 1;
+		}
+	};
 
-int32 GetNumberOfCycles()
-{
-	const char* const Given = std::getenv("VELMORA_HISTORY_CYCLES");
-	const int32 Count = Given ? std::atoi(Given) : 0;
-	return Count > 0 ? Count : 2000;
-}
-
-unsigned GetSeed()
-{
-	const char* const Given = std::getenv("VELMORA_HISTORY_SEED");
-	return Given ? static_cast<unsigned>(std::strtoul(Given, nullptr, 10)) : std::random_device()();
-}
-
-/** Gives workers time, down to the moment in which they hold a window. */
-void Dawdle(std::mt19937& Random)
-{
-	const auto End = std::chrono::steady_clock::now() + std::chrono::microseconds(Random() % 150);
-	while (std::chrono::steady_clock::now() < End)
+	int32 GetNumberOfCycles()
 	{
-		std::this_thread::yield();
+		const char* const Given = std::getenv("VELMORA_HISTORY_CYCLES");
+		const int32 Count = Given ? std::atoi(Given) : 0;
+		return Count > 0 ? Count : 2000;
 	}
-}
+
+	unsigned GetSeed()
+	{
+		const char* const Given = std::getenv("VELMORA_HISTORY_SEED");
+		return Given ? static_cast<unsigned>(std::strtoul(Given, nullptr, 10)) : std::random_device()();
+	}
+
+	/** Gives workers time, down to the moment in which they hold a window. */
+	void Dawdle(std::mt19937& Random)
+	{
+		const auto End = std::chrono::steady_clock::now() + std::chrono::microseconds(Random() % 150);
+		while (std::chrono::steady_clock::now() < End)
+		{
+			std::this_thread::yield();
+		}
+	}
 
 } // namespace
 

@@ -36,12 +36,13 @@ TEST(JsonFields, NamesIgnoreCaseAndTheLastValueWins)
 
 TEST(JsonFields, Conversions)
 {
-	const TSharedPtr<FJsonObject> Object = ParseObject(TEXT(
-		"{\"two\":2,\"half\":-2.5,\"yes\":true,\"text\":\"x\",\"digits\":\"42\",\"on\":\"on\",\"big\":\"9007199254740993\",\"null\":null,\"list\":[],\"map\":{},\"huge\":1e300,\"tiny\":0.1}"));
+	const TSharedPtr<FJsonObject> Object =
+		ParseObject(TEXT("{\"two\":2,\"half\":-2.5,\"yes\":true,\"text\":\"x\",\"digits\":\"42\",\"on\":\"on\",\"big\":"
+						 "\"9007199254740993\",\"null\":null,\"list\":[],\"map\":{},\"huge\":1e300,\"tiny\":0.1}"));
 	struct FCase
 	{
 		const TCHAR* Name;
-		const char* Text;   // Null: no conversion.
+		const char* Text; // Null: no conversion.
 		const char* Number; // The same, as text.
 		const char* Bool;
 	};

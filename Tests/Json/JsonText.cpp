@@ -38,7 +38,8 @@ namespace
 	std::string Condensed(const TSharedPtr<FJsonValue>& Value)
 	{
 		FString Out;
-		EXPECT_TRUE(FJsonSerializer::Serialize(Value, FString(), TJsonWriterFactory<TCHAR, TCondensedJsonPrintPolicy<TCHAR>>::Create(&Out)));
+		EXPECT_TRUE(
+			FJsonSerializer::Serialize(Value, FString(), TJsonWriterFactory<TCHAR, TCondensedJsonPrintPolicy<TCHAR>>::Create(&Out)));
 		return Utf8(Out);
 	}
 
@@ -57,7 +58,8 @@ TEST(JsonText, PrettyBytes)
 {
 	const TSharedRef<FJsonObject> Object = MakeShared<FJsonObject>();
 	TArray<TSharedPtr<FJsonValue>> Messages;
-	for (const auto& [Sender, Content] : { std::pair(TEXT("You"), TEXT("a \"q\" \\ b\nc\td")), std::pair(TEXT("Velmora AI"), TEXT("\u00E9 / \U0001F464")) })
+	for (const auto& [Sender, Content] :
+		{ std::pair(TEXT("You"), TEXT("a \"q\" \\ b\nc\td")), std::pair(TEXT("Velmora AI"), TEXT("\u00E9 / \U0001F464")) })
 	{
 		const TSharedRef<FJsonObject> Message = MakeShared<FJsonObject>();
 		Message->SetStringField(TEXT("sender"), Sender);
@@ -139,8 +141,9 @@ TEST(JsonText, NumbersAndEscapes)
 	};
 	const char* const OldLocale = std::setlocale(LC_NUMERIC, "de_DE.UTF-8"); // Where it exists, commas must not creep in.
 	for (const FCase& Case : { FCase{ 2.0, "2" }, FCase{ 0.1, "0.10000000000000001" }, FCase{ -0.0, "-0" }, FCase{ 1e21, "1e+21" },
-			 FCase{ 9007199254740993.0, "9007199254740992" }, FCase{ 5e-324, "4.9406564584124654e-324" }, FCase{ 123456789012345680.0, "1.2345678901234568e+17" },
-			 FCase{ std::numeric_limits<double>::infinity(), "null" }, FCase{ std::numeric_limits<double>::quiet_NaN(), "null" } })
+			 FCase{ 9007199254740993.0, "9007199254740992" }, FCase{ 5e-324, "4.9406564584124654e-324" },
+			 FCase{ 123456789012345680.0, "1.2345678901234568e+17" }, FCase{ std::numeric_limits<double>::infinity(), "null" },
+			 FCase{ std::numeric_limits<double>::quiet_NaN(), "null" } })
 	{
 		EXPECT_EQ(Condensed(MakeShared<FJsonValueNumber>(Case.Number)), Case.Text);
 	}
@@ -154,9 +157,9 @@ TEST(JsonText, NumbersAndEscapes)
 TEST(JsonText, RefusesWhatIsNotJson)
 {
 	const TCHAR* const Bad[] = { TEXT(""), TEXT("  "), TEXT("{"), TEXT("[1,]"), TEXT("{\"a\":1,}"), TEXT("{\"a\" 1}"), TEXT("{a:1}"),
-		TEXT("{'a':1}"), TEXT("[1 2]"), TEXT("01"), TEXT("+1"), TEXT(".5"), TEXT("1."), TEXT("- 1"), TEXT("1e"), TEXT("nul"), TEXT("True"), TEXT("NaN"),
-		TEXT("\"abc"), TEXT("\"a\nb\""), TEXT("\"\\x\""), TEXT("\"\\u12g4\""), TEXT("\"\\ud800"), TEXT("// c\n1"), TEXT("1 2"), TEXT("{}x"), TEXT("]"),
-		TEXT("\uFEFF{}x"), TEXT("[1]]"), TEXT("1e999") };
+		TEXT("{'a':1}"), TEXT("[1 2]"), TEXT("01"), TEXT("+1"), TEXT(".5"), TEXT("1."), TEXT("- 1"), TEXT("1e"), TEXT("nul"), TEXT("True"),
+		TEXT("NaN"), TEXT("\"abc"), TEXT("\"a\nb\""), TEXT("\"\\x\""), TEXT("\"\\u12g4\""), TEXT("\"\\ud800"), TEXT("// c\n1"), TEXT("1 2"),
+		TEXT("{}x"), TEXT("]"), TEXT("\uFEFF{}x"), TEXT("[1]]"), TEXT("1e999") };
 	for (const TCHAR* Text : Bad)
 	{
 		FString Error;
@@ -219,7 +222,8 @@ TEST(JsonText, OutermostKind)
 TEST(JsonText, WriterKeepsTheStructureWhole)
 {
 	FString Out;
-	const TSharedRef<TJsonWriter<TCHAR, TCondensedJsonPrintPolicy<TCHAR>>> Writer = TJsonWriterFactory<TCHAR, TCondensedJsonPrintPolicy<TCHAR>>::Create(&Out);
+	const TSharedRef<TJsonWriter<TCHAR, TCondensedJsonPrintPolicy<TCHAR>>> Writer =
+		TJsonWriterFactory<TCHAR, TCondensedJsonPrintPolicy<TCHAR>>::Create(&Out);
 	Writer->WriteObjectStart();
 	Writer->WriteValue(TEXT("s"), TEXT("x"));
 	Writer->WriteValue(TEXT("i"), int64(-9007199254740993));

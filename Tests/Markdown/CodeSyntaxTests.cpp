@@ -11,7 +11,8 @@ namespace
 {
 	const char* NameOf(ESyntaxTokenType Type)
 	{
-		constexpr const char* Names[] = { "Default", "Keyword", "String", "Comment", "Number", "Operator", "Preprocessor", "Type", "Function" };
+		constexpr const char* Names[] = { "Default", "Keyword", "String", "Comment", "Number", "Operator", "Preprocessor", "Type",
+			"Function" };
 		return Names[static_cast<int>(Type)];
 	}
 
@@ -23,7 +24,8 @@ namespace
 		{
 			if (!Token.Text.TrimStartAndEnd().IsEmpty())
 			{
-				Out += (Out.empty() ? "" : " ") + std::string(NameOf(Token.Type)) + '[' + Utf8(Token.Text) + ']' + (Token.End > Length ? "+" + std::to_string(Token.End - Length) : "");
+				Out += (Out.empty() ? "" : " ") + std::string(NameOf(Token.Type)) + '[' + Utf8(Token.Text) + ']' +
+					(Token.End > Length ? "+" + std::to_string(Token.End - Length) : "");
 			}
 		}
 		return Out;
@@ -34,7 +36,8 @@ namespace
 		std::string Out;
 		for (const FSyntaxToken& Token : Tokens)
 		{
-			Out += std::string(NameOf(Token.Type)) + '[' + Utf8(Token.Text) + ']' + std::to_string(Token.Start) + '-' + std::to_string(Token.End) + ' ';
+			Out += std::string(NameOf(Token.Type)) + '[' + Utf8(Token.Text) + ']' + std::to_string(Token.Start) + '-' +
+				std::to_string(Token.End) + ' ';
 		}
 		return Out;
 	}
@@ -62,14 +65,17 @@ TEST(CodeSyntax, SplitsByLanguage)
 		{ "cpp", "\"a\\\"b\" 'c'", "String[\"a\\\"b\"] String['c']" },
 		{ "cpp", "\"open", "String[\"open]+1" },
 		{ "cpp", "\"open\\", "String[\"open\\]+1" },
-		{ "cpp", "0x1F 1e5 .5f 1.0L 3u a.b", "Number[0] Default[x1F] Number[1] Default[e5] Number[.5f] Number[1.0L] Number[3u] Default[a] Operator[.] Default[b]" },
+		{ "cpp", "0x1F 1e5 .5f 1.0L 3u a.b",
+			"Number[0] Default[x1F] Number[1] Default[e5] Number[.5f] Number[1.0L] Number[3u] Default[a] Operator[.] Default[b]" },
 		{ "cpp", "größe(", "Function[größe] Operator[(]" },
 		{ "python", "def f(x): # c", "Keyword[def] Function[f] Operator[(] Default[x] Operator[)] Operator[:] Comment[# c]" },
 		{ "py", "true FVector 1+2 1-x //", "Keyword[true] Default[FVector] Number[1+2] Number[1-] Default[x] Operator[/] Operator[/]" },
 		{ "py", "'''a'b''' \"\"\"open\n", "String['''a'b'''] String[\"\"\"open\n]" },
 		{ "py", "'''", "String[''']" },
 		{ "py", "'' x", "String[''] Default[x]" },
-		{ "json", "{\"a\": TRUE, \"b\": -1.5e+3, nullable}", "Operator[{] String[\"a\"] Operator[:] Keyword[true] Operator[,] String[\"b\"] Operator[:] Number[-1.5e+3] Operator[,] Keyword[null] Operator[a] Operator[b] Operator[l] Operator[e] Operator[}]" },
+		{ "json", "{\"a\": TRUE, \"b\": -1.5e+3, nullable}",
+			"Operator[{] String[\"a\"] Operator[:] Keyword[true] Operator[,] String[\"b\"] Operator[:] Number[-1.5e+3] Operator[,] "
+			"Keyword[null] Operator[a] Operator[b] Operator[l] Operator[e] Operator[}]" },
 		{ "json", "fals", "Operator[f] Operator[a] Operator[l] Operator[s]" },
 		{ "json", "-a false", "Operator[-] Operator[a] Keyword[false]" },
 		{ "c", "int x;", "Default[int x;]" },
@@ -95,23 +101,25 @@ TEST(CodeSyntax, EmptyCodeHasNoTokensButOneWithoutATokeniser)
 TEST(CodeSyntax, OverlappingTokensAreNotAdded)
 {
 	TArray<FSyntaxToken> Tokens;
-	const auto Add = [&Tokens](int32 Start, int32 End, const TCHAR* Text = TEXT("x")) { AddSyntaxToken(Tokens, ESyntaxTokenType::Default, Text, Start, End); };
+	const auto Add = [&Tokens](int32 Start, int32 End, const TCHAR* Text = TEXT("x"))
+	{ AddSyntaxToken(Tokens, ESyntaxTokenType::Default, Text, Start, End); };
 	Add(10, 20);
-	Add(0, 5);			// Before the first: fits, whatever the order.
-	Add(12, 15);		// Inside the first, though not in the last.
-	Add(19, 30);		// Starts in it.
-	Add(5, 11);			// Ends in it.
-	Add(5, 20);			// Ends where it ends.
-	Add(5, 10);			// Fits between them.
-	Add(20, 22);		// Fits behind.
+	Add(0, 5); // Before the first: fits, whatever the order.
+	Add(12, 15); // Inside the first, though not in the last.
+	Add(19, 30); // Starts in it.
+	Add(5, 11); // Ends in it.
+	Add(5, 20); // Ends where it ends.
+	Add(5, 10); // Fits between them.
+	Add(20, 22); // Fits behind.
 	Add(30, 31, TEXT(""));
 	EXPECT_EQ(ShowAll(Tokens), "Default[x]10-20 Default[x]0-5 Default[x]5-10 Default[x]20-22 ");
 }
 
 TEST(CodeSyntax, AgreesWithTheRulesWrittenDown)
 {
-	const std::vector<std::string> Pieces = { "/", "*", "//", "/*", "*/", "\"", "'", "'''", "\"\"\"", "\\", "#", "\n", " ", "\t", "\r\n", "0", "1", "9", ".", "e", "E", "f", "u", "L", "+", "-", "_",
-		"a", "FV", "Ab", "int", "INT32", "size_t", "class", "Return", "true", "FALSE", "nul", "null", "xor_eq", "(", ")", "{", ":", "ä", "Ä", "ß", "中", "😀", "\xe2\x84\xaa", "brea\xe2\x84\xaa", "\xc2\xa0" };
+	const std::vector<std::string> Pieces = { "/", "*", "//", "/*", "*/", "\"", "'", "'''", "\"\"\"", "\\", "#", "\n", " ", "\t", "\r\n",
+		"0", "1", "9", ".", "e", "E", "f", "u", "L", "+", "-", "_", "a", "FV", "Ab", "int", "INT32", "size_t", "class", "Return", "true",
+		"FALSE", "nul", "null", "xor_eq", "(", ")", "{", ":", "ä", "Ä", "ß", "中", "😀", "\xe2\x84\xaa", "brea\xe2\x84\xaa", "\xc2\xa0" };
 	std::mt19937 Random(20260131);
 	for (int Round = 0; Round < 10000; ++Round)
 	{

@@ -11,14 +11,18 @@ using Velmora::Markdown::FSyntaxToken;
 namespace
 {
 	const char* const CppWordList =
-		"alignas alignof and and_eq asm atomic_cancel atomic_commit atomic_noexcept auto bitand bitor bool break case catch char char8_t char16_t char32_t class compl "
-		"concept const consteval constexpr constinit const_cast continue co_await co_return co_yield decltype default delete do double dynamic_cast else enum explicit "
-		"export extern false float for friend goto if inline int long mutable namespace new noexcept not not_eq nullptr operator or or_eq private protected public "
-		"reflexpr register reinterpret_cast requires return short signed sizeof static static_assert static_cast struct switch synchronized template this thread_local "
+		"alignas alignof and and_eq asm atomic_cancel atomic_commit atomic_noexcept auto bitand bitor bool break case catch char char8_t "
+		"char16_t char32_t class compl "
+		"concept const consteval constexpr constinit const_cast continue co_await co_return co_yield decltype default delete do double "
+		"dynamic_cast else enum explicit "
+		"export extern false float for friend goto if inline int long mutable namespace new noexcept not not_eq nullptr operator or or_eq "
+		"private protected public "
+		"reflexpr register reinterpret_cast requires return short signed sizeof static static_assert static_cast struct switch "
+		"synchronized template this thread_local "
 		"throw true try typedef typeid typename union unsigned using virtual void volatile wchar_t while xor xor_eq";
-	const char* const PythonWordList =
-		"False None True and as assert async await break class continue def del elif else except finally for from global if import in is lambda nonlocal not or pass "
-		"raise return try while with yield";
+	const char* const PythonWordList = "False None True and as assert async await break class continue def del elif else except finally "
+									   "for from global if import in is lambda nonlocal not or pass "
+									   "raise return try while with yield";
 	const char* const TypeWordList = "int8 int16 int32 int64 uint8 uint16 uint32 uint64 int float double bool void char size_t wchar_t";
 
 	TArray<FString> SplitWords(const char* List)
@@ -39,7 +43,8 @@ namespace
 
 	bool IsTypeName(const FString& Word)
 	{
-		if (Word.Len() >= 2 && FString(TEXT("FUATIE")).Contains(Word.Left(1), ESearchCase::CaseSensitive) && FChar::IsUpper(Word[0]) && FChar::IsUpper(Word[1]))
+		if (Word.Len() >= 2 && FString(TEXT("FUATIE")).Contains(Word.Left(1), ESearchCase::CaseSensitive) && FChar::IsUpper(Word[0]) &&
+			FChar::IsUpper(Word[1]))
 		{
 			return true;
 		}
@@ -96,7 +101,8 @@ namespace
 		void Number(const char* More)
 		{
 			int32 End = I + 1;
-			while (End < Len() && (FChar::IsDigit(Code[End]) || (Code[End] < 128 && strchr(More, static_cast<char>(Code[End])) && Code[End] != 0)))
+			while (End < Len() &&
+				(FChar::IsDigit(Code[End]) || (Code[End] < 128 && strchr(More, static_cast<char>(Code[End])) && Code[End] != 0)))
 			{
 				++End;
 			}

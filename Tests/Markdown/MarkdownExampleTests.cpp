@@ -10,25 +10,25 @@ using namespace Velmora::Markdown;
 namespace
 {
 
-struct FMarkdownCase
-{
-	const char* Why;
-	const TCHAR* Input;
-	const char* Tokens;
-};
-
-/** Both the module's parser and the literal one have to give what the table says. */
-template <size_t Count>
-void CheckCases(const FMarkdownCase (&Cases)[Count])
-{
-	for (const FMarkdownCase& Case : Cases)
+	struct FMarkdownCase
 	{
-		SCOPED_TRACE(Case.Why);
-		SCOPED_TRACE(Visible(Case.Input));
-		EXPECT_EQ(DumpTokens(FMarkdownParser::Parse(Case.Input)), Case.Tokens);
-		EXPECT_EQ(DumpTokens(ParseLiterally(Case.Input)), Case.Tokens) << "(literal)";
+		const char* Why;
+		const TCHAR* Input;
+		const char* Tokens;
+	};
+
+	/** Both the module's parser and the literal one have to give what the table says. */
+	template <size_t Count>
+	void CheckCases(const FMarkdownCase (&Cases)[Count])
+	{
+		for (const FMarkdownCase& Case : Cases)
+		{
+			SCOPED_TRACE(Case.Why);
+			SCOPED_TRACE(Visible(Case.Input));
+			EXPECT_EQ(DumpTokens(FMarkdownParser::Parse(Case.Input)), Case.Tokens);
+			EXPECT_EQ(DumpTokens(ParseLiterally(Case.Input)), Case.Tokens) << "(literal)";
+		}
 	}
-}
 
 } // namespace
 
@@ -145,13 +145,11 @@ TEST(MarkdownExamples, Sections)
 		{ "over several lines, trimmed", TEXT(" <details>\n<summary> S\n</summary>\n\nB\nC\n</details>\n"),
 			"CollapsibleSection 'B\\nC' (S)\n" },
 		{ "exact letters", TEXT("<DETAILS><summary>S</summary>B</details>"), "Text '<DETAILS><summary>S</summary>B</details>'\n" },
-		{ "an empty summary is none", TEXT("<details><summary></summary>B</details>"),
-			"Text '<details><summary></summary>B</details>'\n" },
+		{ "an empty summary is none", TEXT("<details><summary></summary>B</details>"), "Text '<details><summary></summary>B</details>'\n" },
 		{ "a blank summary is one", TEXT("<details><summary> </summary>B</details>"), "CollapsibleSection 'B'\n" },
 		{ "an empty body is none", TEXT("<details><summary>S</summary> </details>"), "Text '<details><summary>S</summary> </details>'\n" },
 		{ "no closer, no section", TEXT("<details><summary>S</summary>B"), "Text '<details><summary>S</summary>B'\n" },
-		{ "sections do not nest",
-			TEXT("<details><summary>S</summary>a<details><summary>T</summary>b</details>\n</details>"),
+		{ "sections do not nest", TEXT("<details><summary>S</summary>a<details><summary>T</summary>b</details>\n</details>"),
 			"CollapsibleSection 'a<details><summary>T</summary>b' (S)\nText '</details>'\n" },
 		{ "no attributes", TEXT("<details open>\n"), "Text '<details open>'\nNewline\n" },
 	};

@@ -10,17 +10,17 @@ using namespace Velmora::Markdown;
 namespace
 {
 
-FString Letters(int32 Count)
-{
-	return FString::ChrN(Count, TEXT('x'));
-}
+	FString Letters(int32 Count)
+	{
+		return FString::ChrN(Count, TEXT('x'));
+	}
 
-TArray<FMarkdownToken> ParseBoth(const FString& Input)
-{
-	TArray<FMarkdownToken> Tokens = FMarkdownParser::Parse(Input);
-	EXPECT_EQ(CompareTokens(Tokens, ParseLiterally(Input)), "");
-	return Tokens;
-}
+	TArray<FMarkdownToken> ParseBoth(const FString& Input)
+	{
+		TArray<FMarkdownToken> Tokens = FMarkdownParser::Parse(Input);
+		EXPECT_EQ(CompareTokens(Tokens, ParseLiterally(Input)), "");
+		return Tokens;
+	}
 
 } // namespace
 

@@ -63,12 +63,12 @@ inline std::string CompareTokens(
 	{
 		const Velmora::Markdown::FMarkdownToken& A = Actual[Index];
 		const Velmora::Markdown::FMarkdownToken& B = Expected[Index];
-		if (A.Type != B.Type || !A.Content.Equals(B.Content) || !A.Metadata.Equals(B.Metadata) || A.Level != B.Level
-			|| A.StartPos != B.StartPos || A.EndPos != B.EndPos)
+		if (A.Type != B.Type || !A.Content.Equals(B.Content) || !A.Metadata.Equals(B.Metadata) || A.Level != B.Level ||
+			A.StartPos != B.StartPos || A.EndPos != B.EndPos)
 		{
-			return "token " + std::to_string(Index) + " at " + std::to_string(A.StartPos) + "-" + std::to_string(A.EndPos) + " "
-				+ Utf8(A.ToString().Left(200)) + " instead of " + std::to_string(B.StartPos) + "-" + std::to_string(B.EndPos) + " "
-				+ Utf8(B.ToString().Left(200));
+			return "token " + std::to_string(Index) + " at " + std::to_string(A.StartPos) + "-" + std::to_string(A.EndPos) + " " +
+				Utf8(A.ToString().Left(200)) + " instead of " + std::to_string(B.StartPos) + "-" + std::to_string(B.EndPos) + " " +
+				Utf8(B.ToString().Left(200));
 		}
 	}
 	if (Actual.Num() != Expected.Num())

@@ -12,7 +12,9 @@ TEST(FontCheck, MissingFontsAreNamedWithTheirPackages)
 	EXPECT_EQ(Utf8(FHostPlatform::FindMissingFonts()), "");
 
 	const FTempFolder Folder;
-	Folder.Write("fonts.conf", "<?xml version=\"1.0\"?><fontconfig><dir>" + Folder.AtBytes("none") + "</dir><cachedir>" + Folder.AtBytes("cache") + "</cachedir></fontconfig>");
+	Folder.Write("fonts.conf",
+		"<?xml version=\"1.0\"?><fontconfig><dir>" + Folder.AtBytes("none") + "</dir><cachedir>" + Folder.AtBytes("cache") +
+			"</cachedir></fontconfig>");
 	setenv("FONTCONFIG_FILE", Folder.AtBytes("fonts.conf").c_str(), 1);
 	FcInitReinitialize();
 	const TArray<FString> Missing = FHostPlatform::FindMissingFonts();

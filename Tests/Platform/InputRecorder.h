@@ -10,14 +10,26 @@
 class FInputRecorder : public IHostMessageHandler
 {
 public:
-	virtual void OnKeyDown(const FKey& Key, const FModifierKeysState& Modifiers, bool bRepeat) override { Add((bRepeat ? "repeat:" : "down:") + Mods(Modifiers) + Utf8(Key.GetFName())); }
+	virtual void OnKeyDown(const FKey& Key, const FModifierKeysState& Modifiers, bool bRepeat) override
+	{
+		Add((bRepeat ? "repeat:" : "down:") + Mods(Modifiers) + Utf8(Key.GetFName()));
+	}
 	virtual void OnKeyUp(const FKey& Key, const FModifierKeysState& Modifiers) override { Add("up:" + Utf8(Key.GetFName())); }
 	virtual void OnTextInput(FStringView Text) override { Add("text:" + Utf8(Text)); }
 	virtual void OnPreedit(FStringView Text, int32 Cursor) override { Add("preedit:" + Utf8(Text) + "@" + std::to_string(Cursor)); }
 	virtual void OnMouseMove(const FVector2D& Position, const FModifierKeysState& Modifiers) override { Add("move:" + At(Position)); }
-	virtual void OnMouseDown(const FKey& Button, const FVector2D& Position, const FModifierKeysState& Modifiers) override { Add("press:" + Mods(Modifiers) + Utf8(Button.GetFName()) + "@" + At(Position)); }
-	virtual void OnMouseUp(const FKey& Button, const FVector2D& Position, const FModifierKeysState& Modifiers) override { Add("release:" + Utf8(Button.GetFName())); }
-	virtual void OnMouseWheel(const FVector2D& Delta, const FVector2D& Position, const FModifierKeysState& Modifiers) override { Add("wheel:" + At(Delta)); }
+	virtual void OnMouseDown(const FKey& Button, const FVector2D& Position, const FModifierKeysState& Modifiers) override
+	{
+		Add("press:" + Mods(Modifiers) + Utf8(Button.GetFName()) + "@" + At(Position));
+	}
+	virtual void OnMouseUp(const FKey& Button, const FVector2D& Position, const FModifierKeysState& Modifiers) override
+	{
+		Add("release:" + Utf8(Button.GetFName()));
+	}
+	virtual void OnMouseWheel(const FVector2D& Delta, const FVector2D& Position, const FModifierKeysState& Modifiers) override
+	{
+		Add("wheel:" + At(Delta));
+	}
 	virtual void OnMouseLeave() override { Add("leave"); }
 	virtual void OnWindowResized() override { Add("resized"); }
 	virtual void OnWindowActivated(bool bActive) override { Add(bActive ? "active" : "inactive"); }
@@ -31,7 +43,8 @@ private:
 	void Add(const std::string& Word) { Log += (Log.empty() ? "" : " ") + Word; }
 	static std::string Mods(const FModifierKeysState& Modifiers)
 	{
-		return std::string(Modifiers.IsControlDown() ? "Ctrl+" : "") + (Modifiers.IsShiftDown() ? "Shift+" : "") + (Modifiers.IsAltDown() ? "Alt+" : "");
+		return std::string(Modifiers.IsControlDown() ? "Ctrl+" : "") + (Modifiers.IsShiftDown() ? "Shift+" : "") +
+			(Modifiers.IsAltDown() ? "Alt+" : "");
 	}
 	static std::string At(const FVector2D& Position)
 	{

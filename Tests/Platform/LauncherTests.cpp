@@ -109,7 +109,9 @@ namespace
 		explicit FFakeOpener(int ExitCode)
 		{
 			const std::string Log = Folder.AtBytes("log");
-			Folder.Write("xdg-open", "#!/bin/sh\nfor a in \"$@\"; do echo \"<$a>\" >> '" + Log + ".part'; done\nmv '" + Log + ".part' '" + Log + "'\nexit " + std::to_string(ExitCode) + "\n");
+			Folder.Write("xdg-open",
+				"#!/bin/sh\nfor a in \"$@\"; do echo \"<$a>\" >> '" + Log + ".part'; done\nmv '" + Log + ".part' '" + Log + "'\nexit " +
+					std::to_string(ExitCode) + "\n");
 			chmod(Folder.AtBytes("xdg-open").c_str(), 0755);
 			const char* const Path = std::getenv("PATH");
 			OldPath = Path ? Path : "";

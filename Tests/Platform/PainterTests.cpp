@@ -197,7 +197,8 @@ TEST_F(Painter, PartsOfAPictureEqualTheWhole)
 	const TSharedRef<FTextParagraph> Text = Make(TEXT("Hy\u05D0\U0001F600"), Body());
 	Elements.AddBox(FSlateRect(0, 0, 40, 40), FColor(0x15, 0x17, 0x1C, 255));
 	Elements.AddShadow(FSlateRect(8, 8, 30, 30), 6, 8, 4, FColor(0, 0, 0, 140));
-	Elements.AddRoundedBox(FSlateRect(8, 8, 30, 30), FVector4f(6, 3, 9, 0), FColor(0x1C, 0x1F, 0x27, 255), FColor(0x34, 0x39, 0x46, 255), 1);
+	Elements.AddRoundedBox(
+		FSlateRect(8, 8, 30, 30), FVector4f(6, 3, 9, 0), FColor(0x1C, 0x1F, 0x27, 255), FColor(0x34, 0x39, 0x46, 255), 1);
 	Elements.AddGlyphs(2, 25, Text->GetRuns(0)[0].Glyphs, FColor(0xCB, 0xCB, 0xCB, 255));
 	Paint();
 	const std::vector<uint32> Whole = Pixels;
@@ -297,7 +298,8 @@ TEST_F(Painter, ShadowsAreSoftAndShareTheirMask)
 	std::vector<uint32> Stretched(100 * 100, 0xFFFFFFFFu);
 	std::vector<uint32> Exact = Stretched;
 	const FPixelRect All{ 0, 0, 100, 100 };
-	FPixelCanvas(Stretched.data(), 100, 100, 100).DrawNineSlice(Shadows.Find(60, 60, 4.0f, 10), FPixelRect{ 10, 10, 90, 90 }, All, FColor(0, 0, 0, 255));
+	FPixelCanvas(Stretched.data(), 100, 100, 100)
+		.DrawNineSlice(Shadows.Find(60, 60, 4.0f, 10), FPixelRect{ 10, 10, 90, 90 }, All, FColor(0, 0, 0, 255));
 	FPixelMask Full = Shadows.Find(29, 29, 4.0f, 10);
 	FPixelCanvas(Exact.data(), 100, 100, 100).DrawNineSlice(Full, FPixelRect{ 10, 10, 90, 90 }, All, FColor(0, 0, 0, 255));
 	EXPECT_EQ(Stretched, Exact);
@@ -345,7 +347,8 @@ TEST_F(Painter, BrokenRectanglesAreHarmless)
 {
 	const float Odd = std::numeric_limits<float>::infinity();
 	const float Nan = std::numeric_limits<float>::quiet_NaN();
-	for (const FSlateRect& Rect : { FSlateRect(-Odd, -Odd, Odd, Odd), FSlateRect(Nan, 0, Nan, 10), FSlateRect(10, 10, 5, 5), FSlateRect(-1e9f, 0, 1e9f, 1) })
+	for (const FSlateRect& Rect :
+		{ FSlateRect(-Odd, -Odd, Odd, Odd), FSlateRect(Nan, 0, Nan, 10), FSlateRect(10, 10, 5, 5), FSlateRect(-1e9f, 0, 1e9f, 1) })
 	{
 		FSlateDrawElement Element;
 		Element.Rect = Rect;
@@ -354,7 +357,8 @@ TEST_F(Painter, BrokenRectanglesAreHarmless)
 		Element.OutlineWidth = Odd;
 		Element.OutlineColor = PaintRed;
 		Element.ShadowBlur = Odd;
-		for (const ESlateDrawType Type : { ESlateDrawType::Box, ESlateDrawType::RoundedBox, ESlateDrawType::Chequer, ESlateDrawType::Shadow })
+		for (const ESlateDrawType Type :
+			{ ESlateDrawType::Box, ESlateDrawType::RoundedBox, ESlateDrawType::Chequer, ESlateDrawType::Shadow })
 		{
 			Element.Type = Type;
 			Elements.Elements.Add(Element);

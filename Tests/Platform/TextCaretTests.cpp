@@ -49,9 +49,12 @@ TEST_F(TextCaret, ANullIsACharacterLikeAnyOther)
 
 TEST_F(TextCaret, PositionsAndIndicesAreInverse)
 {
+	// clang-format off
 	const TCHAR* const Texts[] = {
-		TEXT("plain words, here"), TEXT("\tindented  twice "), TEXT("e\u0301\U0001F600 mixed"), TEXT("abc \u05E9\u05DC\u05D5\u05DD def"), TEXT("\u0627\u0644\u0633\u0644\u0627\u0645"), TEXT("\u4E2D\u6587abc"), TEXT(""),
+		TEXT("plain words, here"), TEXT("\tindented  twice "), TEXT("e\u0301\U0001F600 mixed"), TEXT("abc \u05E9\u05DC\u05D5\u05DD def"),
+		TEXT("\u0627\u0644\u0633\u0644\u0627\u0645"), TEXT("\u4E2D\u6587abc"), TEXT(""),
 	};
+	// clang-format on
 	for (const TCHAR* Raw : Texts)
 	{
 		const FStringView Text(Raw);
@@ -171,9 +174,12 @@ TEST_F(TextCaret, DoubleClicksTakeWordsBlanksAndMarks)
 		int32 Index;
 		const char* Taken;
 	};
+	// clang-format off
 	const FCase Cases[] = {
-		{ 0, "foo_1" }, { 3, "foo_1" }, { 5, "foo_1" }, { 6, "   " }, { 8, "(" }, { 9, "b\u00E4r" }, { 12, "b\u00E4r" }, { 13, ")" }, { 14, "\U0001F600" }, { 16, "\U0001F600" }, { 19, "e\u0301x" }, { 22, "e\u0301x" },
+		{ 0, "foo_1" }, { 3, "foo_1" }, { 5, "foo_1" }, { 6, "   " }, { 8, "(" }, { 9, "b\u00E4r" }, { 12, "b\u00E4r" }, { 13, ")" },
+		{ 14, "\U0001F600" }, { 16, "\U0001F600" }, { 19, "e\u0301x" }, { 22, "e\u0301x" },
 	};
+	// clang-format on
 	const TSharedRef<FTextParagraph> Paragraph = Make(Text);
 	for (const FCase& Case : Cases)
 	{
@@ -191,7 +197,8 @@ TEST_F(TextCaret, DoubleClicksTakeWordsBlanksAndMarks)
 TEST_F(TextCaret, AnyTextKeepsItsIndices)
 {
 	// Random units: whatever they are, steps rise, reach the end, and lines cover the text.
-	const TCHAR Alphabet[] = { TEXT('a'), TEXT(' '), TEXT('\n'), TEXT('\r'), TEXT('\t'), 0, 0xD83D, 0xDE00, 0x0301, 0x200D, 0x05D0, 0x0627, 0x4E2D, 0x202E, 0xFE0F, TEXT('-'), 0x0915, 0x093F, 0xFFFF };
+	const TCHAR Alphabet[] = { TEXT('a'), TEXT(' '), TEXT('\n'), TEXT('\r'), TEXT('\t'), 0, 0xD83D, 0xDE00, 0x0301, 0x200D, 0x05D0, 0x0627,
+		0x4E2D, 0x202E, 0xFE0F, TEXT('-'), 0x0915, 0x093F, 0xFFFF };
 	uint32 Seed = 1;
 	const auto Random = [&Seed](uint32 Limit)
 	{

@@ -5,7 +5,10 @@
 class TextInputGate : public testing::Test
 {
 protected:
-	void Key(const FKey& Pressed, const FModifierKeysState& Modifiers = FModifierKeysState()) { Gate.OnKeyDown(Recorder, Pressed, Modifiers, false); }
+	void Key(const FKey& Pressed, const FModifierKeysState& Modifiers = FModifierKeysState())
+	{
+		Gate.OnKeyDown(Recorder, Pressed, Modifiers, false);
+	}
 	void KeyUp(const FKey& Released) { Gate.OnKeyUp(Recorder, Released, FModifierKeysState()); }
 	void Text(const TCHAR* Typed, bool bMore = false) { Gate.OnText(Recorder, Typed, bMore); }
 	void Preedit(const TCHAR* Unfinished, int32 Cursor = 0) { Gate.OnPreedit(Recorder, Unfinished, Cursor); }

@@ -36,11 +36,13 @@ TEST_F(TextWrap, LinesEndWhereTheyShould)
 		{ "a tab goes to a stop of four", TEXT("a\tb c"), 6, "[a\tb ][c]" },
 		{ "a tab hangs like a blank", TEXT("abcd\tef"), 4, "[abcd\t][ef]" },
 		{ "blanks alone never wrap", TEXT("       "), 3, "[       ]" },
-		{ "ideographs break anywhere, but not before their full stop", TEXT("\u4E2D\u6587\u5B57\u3002"), 6, "[\u4E2D\u6587][\u5B57\u3002]" },
+		{ "ideographs break anywhere, but not before their full stop", TEXT("\u4E2D\u6587\u5B57\u3002"), 6,
+			"[\u4E2D\u6587][\u5B57\u3002]" },
 		{ "an emoji family is one", TEXT("\U0001F468\u200D\U0001F469\u200D\U0001F467\U0001F468\u200D\U0001F469\u200D\U0001F467"), 3,
 			"[\U0001F468\u200D\U0001F469\u200D\U0001F467][\U0001F468\u200D\U0001F469\u200D\U0001F467]" },
 		{ "a line of emoji and words", TEXT("go \U0001F600 now"), 6, "[go \U0001F600 ][now]" },
-		{ "right to left wraps in reading order", TEXT("\u05E9\u05DC\u05D5\u05DD \u05E2\u05D5\u05DC\u05DD"), 6, "[\u05E9\u05DC\u05D5\u05DD ][\u05E2\u05D5\u05DC\u05DD]" },
+		{ "right to left wraps in reading order", TEXT("\u05E9\u05DC\u05D5\u05DD \u05E2\u05D5\u05DC\u05DD"), 6,
+			"[\u05E9\u05DC\u05D5\u05DD ][\u05E2\u05D5\u05DC\u05DD]" },
 	};
 	for (const FCase& Case : Cases)
 	{
@@ -97,7 +99,8 @@ TEST_F(TextWrap, BothWaysOfShapingAgree)
 		TEXT("The quick brown fox, (so they say) jumps over: the lazy dog!"),
 		TEXT("Source/Game/Player.cpp:120: error C2039: 'Foo' - see https://example.org/a/b?c=d&e=f#g and C:\\Temp"),
 		TEXT("x = a->b + c::d<e>(f) && !g || h[3] ? i : j; // \"quoted\" 100% $5.00 - 3,141.59"),
-		TEXT("na\u00EFve caf\u00E9 \u2014 \u201Cquotes\u201D \u2026 \u0434\u043B\u0438\u043D\u043D\u044B\u0435 \u0441\u043B\u043E\u0432\u0430 \u03B1\u03B2\u03B3"),
+		TEXT("na\u00EFve caf\u00E9 \u2014 \u201Cquotes\u201D \u2026 \u0434\u043B\u0438\u043D\u043D\u044B\u0435 "
+			 "\u0441\u043B\u043E\u0432\u0430 \u03B1\u03B2\u03B3"),
 	};
 	FShaperFont& Font = *Shaper().FindFont(Mono(), 1.0f);
 	for (const TCHAR* Text : Texts)
@@ -184,9 +187,12 @@ protected:
 
 TEST_F(TextLimits, TimeGrowsWithTheTextAndNotWithItsSquare)
 {
+	// clang-format off
 	const TCHAR* const Pieces[] = {
-		TEXT("x"), TEXT("\n"), TEXT(" "), TEXT("\t"), TEXT("word "), TEXT("a-"), TEXT("\u4E2D"), TEXT("\U0001F600"), TEXT("\u0301"), TEXT("\u05D0"), TEXT("\u05D0a"), TEXT("\u200D"), TEXT("(["), TEXT("\xD800"),
+		TEXT("x"), TEXT("\n"), TEXT(" "), TEXT("\t"), TEXT("word "), TEXT("a-"), TEXT("\u4E2D"), TEXT("\U0001F600"), TEXT("\u0301"),
+		TEXT("\u05D0"), TEXT("\u05D0a"), TEXT("\u200D"), TEXT("(["), TEXT("\xD800"),
 	};
+	// clang-format on
 	constexpr size_t Small = 20000;
 	for (const TCHAR* Piece : Pieces)
 	{

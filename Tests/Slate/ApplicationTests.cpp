@@ -25,9 +25,9 @@ namespace
 	{
 	public:
 		SLATE_BEGIN_ARGS(SProbe) {}
-			SLATE_ARGUMENT(std::vector<std::string>*, Log)
-			SLATE_ARGUMENT_DEFAULT(bool, Focusable) = false;
-			SLATE_ARGUMENT_DEFAULT(bool, HandlesPress) = false;
+		SLATE_ARGUMENT(std::vector<std::string>*, Log)
+		SLATE_ARGUMENT_DEFAULT(bool, Focusable) = false;
+		SLATE_ARGUMENT_DEFAULT(bool, HandlesPress) = false;
 		SLATE_END_ARGS()
 
 		void Construct(const FArguments& InArgs)
@@ -74,7 +74,11 @@ namespace
 		float TickedSeconds = 0.0f;
 
 	protected:
-		virtual int32 OnPaint(const FPaintArgs&, const FGeometry&, const FSlateRect&, FSlateWindowElementList&, int32 LayerId, const FWidgetStyle&, bool) const override { return LayerId; }
+		virtual int32 OnPaint(const FPaintArgs&, const FGeometry&, const FSlateRect&, FSlateWindowElementList&, int32 LayerId,
+			const FWidgetStyle&, bool) const override
+		{
+			return LayerId;
+		}
 		virtual FVector2D ComputeDesiredSize(float) const override { return FVector2D(100, 50); }
 
 	private:
@@ -135,7 +139,8 @@ TEST_F(FApplicationTest, TheTopmostWidgetUnderThePointerIsHitAndUnhandledPresses
 	// clang-format off
 	Show(SNew(SOverlay)
 		+ SOverlay::Slot().HAlign(HAlign_Left).VAlign(VAlign_Top)[ SNew(SProbe).Tag("Below").Log(&Log) ]
-		+ SOverlay::Slot().HAlign(HAlign_Left).VAlign(VAlign_Top)[ SNew(SProbe).Tag("Above").Log(&Log).Visibility(EVisibility::HitTestInvisible) ]);
+		+ SOverlay::Slot().HAlign(HAlign_Left).VAlign(VAlign_Top)
+			[ SNew(SProbe).Tag("Above").Log(&Log).Visibility(EVisibility::HitTestInvisible) ]);
 	// clang-format on
 	MoveMouse(FVector2D(10, 10));
 	PressMouse(FVector2D(10, 10));
@@ -270,7 +275,11 @@ TEST_F(FApplicationTest, APressOutsideClosesAPopupAndAPressOnItsOwnerOnlyCloses)
 {
 	const TSharedRef<SProbe> Owner = SNew(SProbe).Tag("Owner").Log(&Log);
 	Show(InCorner(Owner));
-	const auto Open = [&]() { return App().PushMenu(Owner, SNew(SBox).WidthOverride(200.0f).HeightOverride(60.0f), GetRect(*Owner), MenuPlacement_BelowAnchor, false); };
+	const auto Open = [&]()
+	{
+		return App().PushMenu(
+			Owner, SNew(SBox).WidthOverride(200.0f).HeightOverride(60.0f), GetRect(*Owner), MenuPlacement_BelowAnchor, false);
+	};
 	TSharedRef<IMenu> Menu = Open();
 	PumpFrame();
 	Log.clear();
@@ -315,25 +324,26 @@ TEST_F(FApplicationTest, AModalWindowCutsOffWhatLiesBelowAndReturnsWhenClosed)
 	Show(InCorner(SNew(SProbe).Tag("Below").Log(&Log)));
 	const TSharedRef<SWindow> Window = SNew(SWindow).Title(FText::FromString(TEXT("Question"))).ClientSize(FVector2D(300, 100))[SNew(SBox)];
 	int32 Frames = 0;
-	App().SetFrameHook([&]()
-	{
-		FHostClock::Advance(1.0 / 60.0);
-		if (++Frames == 3)
+	App().SetFrameHook(
+		[&]()
 		{
-			App().GetMessageHandler().OnMouseDown(EKeys::LeftMouseButton, FVector2D(10, 10), FModifierKeysState());
-			App().GetMessageHandler().OnMouseUp(EKeys::LeftMouseButton, FVector2D(10, 10), FModifierKeysState());
-		}
-		if (Frames == 5)
-		{
-			EXPECT_EQ(Log, FTextList());
-			App().GetMessageHandler().OnKeyDown(EKeys::Escape, FModifierKeysState(), false);
-		}
-		if (Frames > 100)
-		{
-			ADD_FAILURE() << "the window does not close";
-			App().RequestExit();
-		}
-	});
+			FHostClock::Advance(1.0 / 60.0);
+			if (++Frames == 3)
+			{
+				App().GetMessageHandler().OnMouseDown(EKeys::LeftMouseButton, FVector2D(10, 10), FModifierKeysState());
+				App().GetMessageHandler().OnMouseUp(EKeys::LeftMouseButton, FVector2D(10, 10), FModifierKeysState());
+			}
+			if (Frames == 5)
+			{
+				EXPECT_EQ(Log, FTextList());
+				App().GetMessageHandler().OnKeyDown(EKeys::Escape, FModifierKeysState(), false);
+			}
+			if (Frames > 100)
+			{
+				ADD_FAILURE() << "the window does not close";
+				App().RequestExit();
+			}
+		});
 	App().AddModalWindow(Window, nullptr);
 	App().SetFrameHook(nullptr);
 	EXPECT_GE(Frames, 5);
@@ -350,21 +360,22 @@ TEST_F(FApplicationTest, WhatAModalWindowCoversGetsNoKeys)
 	Log.clear();
 	const auto Type = [this](const FKey& Key) { App().GetMessageHandler().OnKeyDown(Key, FModifierKeysState(), false); };
 	int32 Frames = 0;
-	App().SetFrameHook([&]()
-	{
-		FHostClock::Advance(1.0 / 60.0);
-		if (++Frames == 3)
+	App().SetFrameHook(
+		[&]()
 		{
-			EXPECT_FALSE(App().SetKeyboardFocus(Below, EFocusCause::SetDirectly));
-		}
-		// From the first frame on, before the window was laid out.
-		Type(Frames < 5 ? EKeys::A : EKeys::Escape);
-		if (Frames > 20)
-		{
-			ADD_FAILURE() << "the window does not close";
-			App().RequestExit();
-		}
-	});
+			FHostClock::Advance(1.0 / 60.0);
+			if (++Frames == 3)
+			{
+				EXPECT_FALSE(App().SetKeyboardFocus(Below, EFocusCause::SetDirectly));
+			}
+			// From the first frame on, before the window was laid out.
+			Type(Frames < 5 ? EKeys::A : EKeys::Escape);
+			if (Frames > 20)
+			{
+				ADD_FAILURE() << "the window does not close";
+				App().RequestExit();
+			}
+		});
 	App().AddModalWindow(SNew(SWindow).ClientSize(FVector2D(300, 100))[SNew(SBox)], nullptr);
 	App().SetFrameHook(nullptr);
 	EXPECT_EQ(Log, (FTextList{ "Below blur", "Below focus" })) << "it comes back when the window is gone";
@@ -400,7 +411,8 @@ TEST_F(FApplicationTest, AWindowOfOnePixelStaysAlive)
 		Options.Add(MakeShared<int32>(Index));
 	}
 	const auto MakeOption = [](TSharedPtr<int32> Option) -> TSharedRef<SWidget> { return SNew(STextBlock).Text(FText::AsNumber(*Option)); };
-	const TSharedRef<SComboBox<TSharedPtr<int32>>> Combo = SNew(SComboBox<TSharedPtr<int32>>).OptionsSource(&Options).OnGenerateWidget_Lambda(MakeOption)[SNew(SBox)];
+	const TSharedRef<SComboBox<TSharedPtr<int32>>> Combo =
+		SNew(SComboBox<TSharedPtr<int32>>).OptionsSource(&Options).OnGenerateWidget_Lambda(MakeOption)[SNew(SBox)];
 	// clang-format off
 	Show(SNew(SVerticalBox)
 		+ SVerticalBox::Slot().FillHeight(1.0f)[ Box ]
@@ -430,15 +442,19 @@ TEST_F(FApplicationTest, ClosingAPopupMayRunFrames)
 {
 	const TSharedRef<SProbe> Owner = SNew(SProbe);
 	Show(InCorner(Owner));
-	const auto Open = [&]() { return App().PushMenu(Owner, SNew(SBox).WidthOverride(20.0f).HeightOverride(20.0f), GetRect(*Owner), MenuPlacement_BelowAnchor, false); };
+	const auto Open = [&]() {
+		return App().PushMenu(
+			Owner, SNew(SBox).WidthOverride(20.0f).HeightOverride(20.0f), GetRect(*Owner), MenuPlacement_BelowAnchor, false);
+	};
 	const TSharedRef<IMenu> First = Open();
 	const TSharedRef<IMenu> Second = Open();
 	PumpFrame();
-	Second->GetOnMenuDismissed().AddLambda([this](TSharedRef<IMenu>)
-	{
-		App().DismissAllMenus();
-		App().Tick();
-	});
+	Second->GetOnMenuDismissed().AddLambda(
+		[this](TSharedRef<IMenu>)
+		{
+			App().DismissAllMenus();
+			App().Tick();
+		});
 	ClickAt(FVector2D(400, 300));
 	EXPECT_FALSE(First->IsOpen() || Second->IsOpen());
 }

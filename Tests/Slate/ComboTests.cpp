@@ -34,14 +34,23 @@ protected:
 					.OptionsSource(&Items)
 					.IsEnabled(bEnabled)
 					.InitiallySelectedItem(Items.Num() > 0 ? Items[0] : nullptr)
-					.OnGenerateWidget_Lambda([this](FComboItem Item) -> TSharedRef<SWidget> { ++Generated; return SNew(STextBlock).Text(FText::FromString(*Item)); })
+					.OnGenerateWidget_Lambda([this](FComboItem Item) -> TSharedRef<SWidget>
+					{
+						++Generated;
+						return SNew(STextBlock).Text(FText::FromString(*Item));
+					})
 					.OnSelectionChanged_Lambda([this](FComboItem Item, ESelectInfo::Type Info)
 					{
 						static const char* const Names[] = { "key", "navigation", "mouse", "direct" };
 						Events.push_back((Item ? Utf8(*Item) : std::string("none")) + " " + Names[Info]);
 					})
 					[
-						SNew(STextBlock).Text_Lambda([this]() { return Combo && Combo->GetSelectedItem() ? FText::FromString(*Combo->GetSelectedItem() + TEXT(" chosen, and a long way to say so")) : FText(); })
+						SNew(STextBlock).Text_Lambda([this]()
+						{
+							return Combo && Combo->GetSelectedItem()
+								? FText::FromString(*Combo->GetSelectedItem() + TEXT(" chosen, and a long way to say so"))
+								: FText();
+						})
 					]
 				]
 			]);
@@ -171,7 +180,12 @@ protected:
 				SAssignNew(Anchor, SMenuAnchor)
 				.Placement(Placement)
 				.OnMenuOpenChanged_Lambda([this](bool bOpen) { Changes.push_back(bOpen); })
-				.OnGetMenuContent_Lambda([this]() -> TSharedRef<SWidget> { ++Asked; return SNew(SBox).WidthOverride(200.0f).HeightOverride(100.0f)[ SNew(STextBlock).Text(FText::FromString(TEXT("Menu"))) ]; })
+				.OnGetMenuContent_Lambda([this]() -> TSharedRef<SWidget>
+				{
+					++Asked;
+					return SNew(SBox).WidthOverride(200.0f).HeightOverride(100.0f)
+						[ SNew(STextBlock).Text(FText::FromString(TEXT("Menu"))) ];
+				})
 				[
 					SNew(SBox).WidthOverride(50.0f).HeightOverride(20.0f)
 				]

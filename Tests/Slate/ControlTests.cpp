@@ -19,10 +19,7 @@ class FControls : public FWidgetTest
 {
 protected:
 	/** At the window's corner, in its own size. */
-	void ShowSmall(const TSharedRef<SWidget>& Widget)
-	{
-		Show(SNew(SBox).HAlign(HAlign_Left).VAlign(VAlign_Top)[Widget]);
-	}
+	void ShowSmall(const TSharedRef<SWidget>& Widget) { Show(SNew(SBox).HAlign(HAlign_Left).VAlign(VAlign_Top)[Widget]); }
 	/** Fill and outline of the rounded boxes on screen, in painting order: "rrggbbaa/rrggbbaa". */
 	static FTextList Boxes()
 	{
@@ -89,10 +86,16 @@ TEST_F(FControls, ButtonClicksAreReleasesInsideAfterAPressInside)
 	int32 Clicks = 0;
 	int32 Hovers = 0;
 	TSharedPtr<SButton> Button;
-	ShowSmall(SAssignNew(Button, SButton).Text(INVTEXT("Go")).OnHovered_Lambda([&Hovers] { ++Hovers; }).OnUnhovered_Lambda([&Hovers] { Hovers += 10; }).OnClicked_Lambda([&Clicks] {
-		++Clicks;
-		return FReply::Handled();
-	}));
+	ShowSmall(SAssignNew(Button, SButton)
+				  .Text(INVTEXT("Go"))
+				  .OnHovered_Lambda([&Hovers] { ++Hovers; })
+				  .OnUnhovered_Lambda([&Hovers] { Hovers += 10; })
+				  .OnClicked_Lambda(
+					  [&Clicks]
+					  {
+						  ++Clicks;
+						  return FReply::Handled();
+					  }));
 	const FVector2D Inside = GetCenter(Button.ToSharedRef());
 	const FVector2D Outside(500, 500);
 	Click(Button.ToSharedRef());
@@ -124,10 +127,14 @@ TEST_F(FControls, ButtonsTakeEnterAndSpaceWhenFocused)
 {
 	int32 Clicks = 0;
 	TSharedPtr<SButton> Button;
-	ShowSmall(SAssignNew(Button, SButton).Text(INVTEXT("Go")).OnClicked_Lambda([&Clicks] {
-		++Clicks;
-		return FReply::Handled();
-	}));
+	ShowSmall(SAssignNew(Button, SButton)
+				  .Text(INVTEXT("Go"))
+				  .OnClicked_Lambda(
+					  [&Clicks]
+					  {
+						  ++Clicks;
+						  return FReply::Handled();
+					  }));
 	PressKey("Enter");
 	EXPECT_EQ(Clicks, 0) << "not focused";
 	PressKey("Tab");
@@ -151,10 +158,14 @@ TEST_F(FControls, AButtonMayRemoveItselfWhenClicked)
 {
 	TSharedPtr<SBox> Holder;
 	ShowSmall(SAssignNew(Holder, SBox));
-	Holder->SetContent(SNew(SButton).Text(INVTEXT("Gone")).OnClicked_Lambda([&Holder] {
-		Holder->SetContent(SNullWidget::NullWidget);
-		return FReply::Handled();
-	}));
+	Holder->SetContent(SNew(SButton)
+						   .Text(INVTEXT("Gone"))
+						   .OnClicked_Lambda(
+							   [&Holder]
+							   {
+								   Holder->SetContent(SNullWidget::NullWidget);
+								   return FReply::Handled();
+							   }));
 	PumpFrame();
 	Click(FindByText("Gone"));
 	EXPECT_EQ(VisibleTexts(), FTextList());
@@ -165,9 +176,9 @@ TEST_F(FControls, ButtonContentIsCentredOrFills)
 {
 	TSharedPtr<SWidget> Label;
 	TSharedPtr<SWidget> Row;
-	Show(SNew(SVerticalBox)
-		+ SVerticalBox::Slot().AutoHeight()[SNew(SButton)[SAssignNew(Label, SSpacer).Size(FVector2D(100, 10))]]
-		+ SVerticalBox::Slot().AutoHeight()[SNew(SButton).ContentPadding(FMargin(4, 2))[SAssignNew(Row, SHorizontalBox) + SHorizontalBox::Slot()[SNew(SSpacer).Size(FVector2D(10, 10))]]]);
+	Show(SNew(SVerticalBox) + SVerticalBox::Slot().AutoHeight()[SNew(SButton)[SAssignNew(Label, SSpacer).Size(FVector2D(100, 10))]] +
+		SVerticalBox::Slot().AutoHeight()[SNew(SButton).ContentPadding(
+			FMargin(4, 2))[SAssignNew(Row, SHorizontalBox) + SHorizontalBox::Slot()[SNew(SSpacer).Size(FVector2D(10, 10))]]]);
 	EXPECT_EQ(GetRect(*Label), FSlateRect(590.0f, 9.0f, 690.0f, 19.0f));
 	EXPECT_EQ(GetRect(*Row), FSlateRect(4.0f, 37.0f, 1276.0f, 47.0f));
 }
@@ -177,9 +188,11 @@ TEST_F(FControls, CheckBoxesToggle)
 	std::vector<ECheckBoxState> Changes;
 	TSharedPtr<SCheckBox> Free;
 	TSharedPtr<SCheckBox> Bound;
-	ShowSmall(SNew(SVerticalBox)
-		+ SVerticalBox::Slot().AutoHeight()[SAssignNew(Free, SCheckBox).OnCheckStateChanged_Lambda([&Changes](ECheckBoxState State) { Changes.push_back(State); })[SNew(STextBlock).Text(INVTEXT("Label"))]]
-		+ SVerticalBox::Slot().AutoHeight()[SAssignNew(Bound, SCheckBox).IsChecked_Lambda([] { return ECheckBoxState::Undetermined; })]);
+	ShowSmall(SNew(SVerticalBox) +
+		SVerticalBox::Slot().AutoHeight()[SAssignNew(Free, SCheckBox)
+											  .OnCheckStateChanged_Lambda([&Changes](ECheckBoxState State)
+												  { Changes.push_back(State); })[SNew(STextBlock).Text(INVTEXT("Label"))]] +
+		SVerticalBox::Slot().AutoHeight()[SAssignNew(Bound, SCheckBox).IsChecked_Lambda([] { return ECheckBoxState::Undetermined; })]);
 	Click(FindByText("Label"));
 	EXPECT_TRUE(Free->IsChecked()) << "the label belongs to it";
 	PressKey("SpaceBar");
@@ -198,8 +211,12 @@ TEST_F(FControls, HyperlinksAreFollowed)
 {
 	int32 Visits = 0;
 	TSharedPtr<SHyperlink> Link;
-	Show(SNew(SBox).Padding(20.0f).HAlign(HAlign_Left).VAlign(VAlign_Top)[SAssignNew(Link, SHyperlink).Text(INVTEXT("DashComponent.h")).OnNavigate_Lambda([&Visits] { ++Visits; })]);
-	const auto Underline = [this]() {
+	Show(SNew(SBox)
+			 .Padding(20.0f)
+			 .HAlign(HAlign_Left)
+			 .VAlign(VAlign_Top)[SAssignNew(Link, SHyperlink).Text(INVTEXT("DashComponent.h")).OnNavigate_Lambda([&Visits] { ++Visits; })]);
+	const auto Underline = [this]()
+	{
 		for (const FSlateDrawElement& Element : App().GetLastElements().GetElements())
 		{
 			if (Element.Type == ESlateDrawType::Box)
@@ -233,6 +250,7 @@ TEST_F(FControls, ExpandableAreaOpensByItsWholeHeader)
 	std::vector<bool> Changes;
 	TSharedPtr<SExpandableArea> Area;
 	TSharedPtr<SWidget> Body;
+	// clang-format off
 	Show(SNew(SBox).HAlign(HAlign_Left).VAlign(VAlign_Top).WidthOverride(600)
 		[
 			SNew(SBox).WidthOverride(600)
@@ -250,6 +268,7 @@ TEST_F(FControls, ExpandableAreaOpensByItsWholeHeader)
 				]
 			]
 		]);
+	// clang-format on
 	EXPECT_EQ(GetRect(*Area), FSlateRect(0.0f, 0.0f, 600.0f, 29.0f)) << "line, header, line";
 	EXPECT_EQ(GetRect(*FindByType("SImage").at(0)), FSlateRect(7.0f, 6.5f, 23.0f, 22.5f));
 	EXPECT_FALSE(IsShown(Body.ToSharedRef()));
@@ -271,7 +290,12 @@ TEST_F(FControls, ExpandableAreaOpensByItsWholeHeader)
 TEST_F(FControls, ProgressBarFillsItsFraction)
 {
 	TOptional<float> Percent = 0.25f;
-	Show(SNew(SBox).WidthOverride(200).HAlign(HAlign_Left).VAlign(VAlign_Top)[SNew(SBox).WidthOverride(200)[SNew(SProgressBar).Percent_Lambda([&Percent] { return Percent; }).FillColorAndOpacity(FLinearColor(FColor(0x95, 0xE7, 0xFF, 0xFF)))]]);
+	Show(SNew(SBox)
+			 .WidthOverride(200)
+			 .HAlign(HAlign_Left)
+			 .VAlign(VAlign_Top)[SNew(SBox).WidthOverride(200)[SNew(SProgressBar)
+																   .Percent_Lambda([&Percent] { return Percent; })
+																   .FillColorAndOpacity(FLinearColor(FColor(0x95, 0xE7, 0xFF, 0xFF)))]]);
 	const auto Fill = [this] { return App().GetLastElements().GetElements().Last(); };
 	EXPECT_EQ(Fill().Rect, FSlateRect(0.0f, 0.0f, 50.0f, 6.0f));
 	EXPECT_EQ(Fill().Color, FColor(0x95, 0xE7, 0xFF, 0xFF));
@@ -367,7 +391,8 @@ TEST_F(FToasts, ButtonsShowInTheirState)
 	int32 Pressed = 0;
 	FNotificationInfo Info(INVTEXT("Index build failed"));
 	Info.bFireAndForget = false;
-	Info.ButtonDetails.Add(FNotificationButtonInfo(INVTEXT("View Log"), INVTEXT("Opens the log"), FSimpleDelegate::CreateLambda([&Pressed] { ++Pressed; }), SNotificationItem::CS_Fail));
+	Info.ButtonDetails.Add(FNotificationButtonInfo(INVTEXT("View Log"), INVTEXT("Opens the log"),
+		FSimpleDelegate::CreateLambda([&Pressed] { ++Pressed; }), SNotificationItem::CS_Fail));
 	const TSharedPtr<SNotificationItem> Item = FSlateNotificationManager::Get().AddNotification(Info);
 	PumpFrame();
 	EXPECT_EQ(VisibleTexts(), FTextList({ "Index build failed" }));
@@ -388,10 +413,12 @@ TEST_F(FToasts, ButtonsShowInTheirState)
 TEST_F(FToasts, LetTheMouseThroughBetweenThem)
 {
 	int32 Clicks = 0;
-	Show(SNew(SButton).OnClicked_Lambda([&Clicks] {
-		++Clicks;
-		return FReply::Handled();
-	})[SNew(SSpacer)]);
+	Show(SNew(SButton).OnClicked_Lambda(
+		[&Clicks]
+		{
+			++Clicks;
+			return FReply::Handled();
+		})[SNew(SSpacer)]);
 	Add(TEXT("Upper"));
 	Add(TEXT("Lower"));
 	PumpFrame();

@@ -44,20 +44,21 @@ TEST_F(FDestroyingHandlerTest, ADialogsLoopMayRemoveTheRowWhoseButtonOpenedIt)
 	PumpFrame();
 	TWeakPtr<SWidget> Row = FindByTag("Ask");
 	int32 Frames = 0;
-	App().SetFrameHook([&]()
-	{
-		FHostClock::Advance(1.0 / 60.0);
-		if (++Frames == 2)
+	App().SetFrameHook(
+		[&]()
 		{
-			List->ClearChildren();
-		}
-		else if (Frames == 4)
-		{
-			EXPECT_EQ(FHostDialogs::GetOpenDialogs().Num(), 1);
-			EXPECT_TRUE(FHostDialogs::AnswerOpenDialog(TEXT("Yes")));
-		}
-		ASSERT_LT(Frames, 100) << "the dialog does not close";
-	});
+			FHostClock::Advance(1.0 / 60.0);
+			if (++Frames == 2)
+			{
+				List->ClearChildren();
+			}
+			else if (Frames == 4)
+			{
+				EXPECT_EQ(FHostDialogs::GetOpenDialogs().Num(), 1);
+				EXPECT_TRUE(FHostDialogs::AnswerOpenDialog(TEXT("Yes")));
+			}
+			ASSERT_LT(Frames, 100) << "the dialog does not close";
+		});
 	const FVector2D Place = GetCenter(FindByTag("Ask"));
 	ClickAt(Place);
 	App().SetFrameHook(nullptr);
@@ -81,7 +82,10 @@ TEST_F(FDestroyingHandlerTest, APickMayRemoveTheComboBoxItself)
 			SNew(SComboBox<TSharedPtr<FString>>)
 			.Tag("Box")
 			.OptionsSource(&Options)
-			.OnGenerateWidget_Lambda([](TSharedPtr<FString> Item) -> TSharedRef<SWidget> { return SNew(STextBlock).Text(FText::FromString(*Item)); })
+			.OnGenerateWidget_Lambda([](TSharedPtr<FString> Item) -> TSharedRef<SWidget>
+			{
+				return SNew(STextBlock).Text(FText::FromString(*Item));
+			})
 			.OnSelectionChanged_Lambda([&](TSharedPtr<FString> Item, ESelectInfo::Type)
 			{
 				Picked = Item ? *Item : FString();
@@ -106,11 +110,13 @@ TEST_F(FDestroyingHandlerTest, AButtonMayCloseTheTabThatItStandsIn)
 	const FName TabName(TEXT("SelfClosing"));
 	const TSharedRef<SDockArea> Area = SNew(SDockArea);
 	FGlobalTabmanager::Get()->SetDockArea(Area);
-	FGlobalTabmanager::Get()->RegisterNomadTabSpawner(TabName, FOnSpawnTab::CreateLambda([](const FSpawnTabArgs&)
-	{
-		const TSharedRef<SDockTab> Tab = SNew(SDockTab).TabRole(ETabRole::NomadTab);
-		const TWeakPtr<SDockTab> WeakTab = Tab;
-		// clang-format off
+	FGlobalTabmanager::Get()->RegisterNomadTabSpawner(TabName,
+		FOnSpawnTab::CreateLambda(
+			[](const FSpawnTabArgs&)
+			{
+				const TSharedRef<SDockTab> Tab = SNew(SDockTab).TabRole(ETabRole::NomadTab);
+				const TWeakPtr<SDockTab> WeakTab = Tab;
+				// clang-format off
 		Tab->SetContent(SNew(SButton)
 			.Tag("CloseMe")
 			.OnClicked_Lambda([WeakTab]()
@@ -118,9 +124,9 @@ TEST_F(FDestroyingHandlerTest, AButtonMayCloseTheTabThatItStandsIn)
 				WeakTab.Pin()->RequestCloseTab();
 				return FReply::Handled();
 			}));
-		// clang-format on
-		return Tab;
-	}));
+				// clang-format on
+				return Tab;
+			}));
 	Show(Area);
 	TWeakPtr<SDockTab> Tab = FGlobalTabmanager::Get()->TryInvokeTab(FTabId(TabName));
 	PumpFrame();

@@ -35,10 +35,11 @@ protected:
 	{
 		const FString Text(Name);
 		const auto Spawn = [Text](const FSpawnTabArgs&) -> TSharedRef<SDockTab>
-		{
-			return SNew(SDockTab).TabRole(ETabRole::NomadTab)[ SNew(STextBlock).Text(FText::FromString(TEXT("Content ") + Text)) ];
-		};
-		return FGlobalTabmanager::Get()->RegisterNomadTabSpawner(FName(Name), FOnSpawnTab::CreateLambda(Spawn)).SetDisplayName(FText::FromString(Text)).SetTooltipText(FText::FromString(TEXT("About ") + Text));
+		{ return SNew(SDockTab).TabRole(ETabRole::NomadTab)[SNew(STextBlock).Text(FText::FromString(TEXT("Content ") + Text))]; };
+		return FGlobalTabmanager::Get()
+			->RegisterNomadTabSpawner(FName(Name), FOnSpawnTab::CreateLambda(Spawn))
+			.SetDisplayName(FText::FromString(Text))
+			.SetTooltipText(FText::FromString(TEXT("About ") + Text));
 	}
 	TSharedPtr<SDockTab> Invoke(const char* Name)
 	{
@@ -103,11 +104,15 @@ TEST_F(FDockTest, ClosingFromInsideTheContentDestroysIt)
 	const TSharedPtr<SDockTab> Tab = Invoke("One");
 	{
 		const TWeakPtr<SDockTab> Weak = Tab;
-		const TSharedRef<SButton> Button = SNew(SButton).Tag(TEXT("Leave")).Text(FText::FromString(TEXT("Leave"))).OnClicked_Lambda([Weak]()
-		{
-			Weak.Pin()->RequestCloseTab();
-			return FReply::Handled();
-		});
+		const TSharedRef<SButton> Button = SNew(SButton)
+											   .Tag(TEXT("Leave"))
+											   .Text(FText::FromString(TEXT("Leave")))
+											   .OnClicked_Lambda(
+												   [Weak]()
+												   {
+													   Weak.Pin()->RequestCloseTab();
+													   return FReply::Handled();
+												   });
 		Content = Button;
 		Tab->SetContent(Button);
 	}
@@ -178,15 +183,17 @@ protected:
 	EAppReturnType::Type Ask(EAppMsgType::Type Type, TFunction<void()> Step)
 	{
 		int32 Frame = 0;
-		App().SetFrameHook([&Frame, Step]()
-		{
-			if (++Frame == 3)
+		App().SetFrameHook(
+			[&Frame, Step]()
 			{
-				Step();
-			}
-			ASSERT_LT(Frame, 100) << "the dialog was never answered";
-		});
-		const EAppReturnType::Type Answer = FMessageDialog::Open(Type, FText::FromString(TEXT("All messages will be removed.")), FText::FromString(TEXT("Delete this chat?")));
+				if (++Frame == 3)
+				{
+					Step();
+				}
+				ASSERT_LT(Frame, 100) << "the dialog was never answered";
+			});
+		const EAppReturnType::Type Answer = FMessageDialog::Open(
+			Type, FText::FromString(TEXT("All messages will be removed.")), FText::FromString(TEXT("Delete this chat?")));
 		App().SetFrameHook(nullptr);
 		return Answer;
 	}
@@ -194,16 +201,17 @@ protected:
 
 TEST_F(FDockDialogTest, CanBeSeenAndAnsweredByName)
 {
-	const EAppReturnType::Type Answer = Ask(EAppMsgType::YesNo, []()
-	{
-		const TArray<FHostOpenDialog> Open = FHostDialogs::GetOpenDialogs();
-		ASSERT_EQ(Open.Num(), 1);
-		EXPECT_EQ(Utf8(Open[0].Title), "Delete this chat?");
-		EXPECT_EQ(Utf8(Open[0].Message), "All messages will be removed.");
-		EXPECT_EQ(Utf8(Open[0].Buttons), "\"Yes\", \"No\"");
-		EXPECT_FALSE(FHostDialogs::AnswerOpenDialog(TEXT("Maybe")));
-		EXPECT_TRUE(FHostDialogs::AnswerOpenDialog(TEXT("yes")));
-	});
+	const EAppReturnType::Type Answer = Ask(EAppMsgType::YesNo,
+		[]()
+		{
+			const TArray<FHostOpenDialog> Open = FHostDialogs::GetOpenDialogs();
+			ASSERT_EQ(Open.Num(), 1);
+			EXPECT_EQ(Utf8(Open[0].Title), "Delete this chat?");
+			EXPECT_EQ(Utf8(Open[0].Message), "All messages will be removed.");
+			EXPECT_EQ(Utf8(Open[0].Buttons), "\"Yes\", \"No\"");
+			EXPECT_FALSE(FHostDialogs::AnswerOpenDialog(TEXT("Maybe")));
+			EXPECT_TRUE(FHostDialogs::AnswerOpenDialog(TEXT("yes")));
+		});
 	EXPECT_EQ(Answer, EAppReturnType::Yes);
 	EXPECT_EQ(FHostDialogs::GetOpenDialogs().Num(), 0);
 	EXPECT_FALSE(FHostDialogs::AnswerOpenDialog(TEXT("Yes")));
@@ -213,7 +221,13 @@ TEST_F(FDockDialogTest, KeysAndMouse)
 {
 	EXPECT_EQ(Ask(EAppMsgType::YesNo, [this]() { PressKey("Escape"); }), EAppReturnType::No);
 	EXPECT_EQ(Ask(EAppMsgType::YesNo, [this]() { PressKey("Enter"); }), EAppReturnType::No) << "the harmless button has the keyboard";
-	EXPECT_EQ(Ask(EAppMsgType::YesNo, [this]() { PressKey("Left"); PressKey("Enter"); }), EAppReturnType::Yes);
+	EXPECT_EQ(Ask(EAppMsgType::YesNo,
+				  [this]()
+				  {
+					  PressKey("Left");
+					  PressKey("Enter");
+				  }),
+		EAppReturnType::Yes);
 	EXPECT_EQ(Ask(EAppMsgType::YesNo, [this]() { Click(FindByText("Yes")); }), EAppReturnType::Yes);
 	EXPECT_EQ(Ask(EAppMsgType::OkCancel, [this]() { Click(FindByTag("CloseWindow")); }), EAppReturnType::Cancel);
 	EXPECT_EQ(Ask(EAppMsgType::Ok, [this]() { PressKey("Enter"); }), EAppReturnType::Ok);
@@ -226,6 +240,7 @@ TEST_F(FDockDialogTest, WithoutAnybodyTheDefaultIsTakenAndSaid)
 	EXPECT_EQ(FMessageDialog::Open(EAppMsgType::YesNo, FText::FromString(TEXT("Sure?"))), EAppReturnType::No);
 	EXPECT_EQ(testing::internal::GetCapturedStderr(), "Nobody to ask, taking \"No\": Sure?\n");
 	FHostDialogs::QueueAnswer(TEXT("Yes"));
-	EXPECT_EQ(FMessageDialog::Open(EAppMsgType::Ok, FText::FromString(TEXT("Note"))), EAppReturnType::Ok) << "the answer waits for a dialog that has it";
+	EXPECT_EQ(FMessageDialog::Open(EAppMsgType::Ok, FText::FromString(TEXT("Note"))), EAppReturnType::Ok)
+		<< "the answer waits for a dialog that has it";
 	EXPECT_EQ(FMessageDialog::Open(EAppMsgType::YesNo, FText::FromString(TEXT("Sure?"))), EAppReturnType::Yes);
 }

@@ -23,7 +23,10 @@ namespace
 			++PaintCount;
 			Inner->PaintAndPresent(Elements, Damage);
 		}
-		virtual void PumpEvents(IHostMessageHandler& Handler, double MaxWaitSeconds) override { Inner->PumpEvents(Handler, MaxWaitSeconds); }
+		virtual void PumpEvents(IHostMessageHandler& Handler, double MaxWaitSeconds) override
+		{
+			Inner->PumpEvents(Handler, MaxWaitSeconds);
+		}
 		virtual void Wake() override { Inner->Wake(); }
 		virtual bool SaveScreenshot(const FString& Path) const override { return Inner->SaveScreenshot(Path); }
 		virtual void Resize(const FIntPoint& PixelSize) override { Inner->Resize(PixelSize); }
@@ -51,7 +54,12 @@ TEST_F(HiddenWindow, WorkGoesOnAndTheFirstFrameAfterShowsIt)
 
 	Window->bVisible = false;
 	int32 Ticks = 0;
-	const FTSTicker::FDelegateHandle Ticker = FTSTicker::GetCoreTicker().AddTicker(FTickerDelegate::CreateLambda([&Ticks](float) { ++Ticks; return true; }));
+	const FTSTicker::FDelegateHandle Ticker = FTSTicker::GetCoreTicker().AddTicker(FTickerDelegate::CreateLambda(
+		[&Ticks](float)
+		{
+			++Ticks;
+			return true;
+		}));
 	AsyncTask(ENamedThreads::GameThread, [Block]() { Block->SetText(FText::FromString(TEXT("what came meanwhile"))); });
 	const int32 PaintsBefore = Window->PaintCount;
 	PumpSeconds(0.5);

@@ -75,13 +75,11 @@ TEST_F(FLongPanel, KeptSizesAreThoseOfTheChildren)
 		FRow Row{ SNew(SBox).HeightOverride(AnySize(Random)).WidthOverride(AnySize(Random)) };
 		if (Random() % 8 == 0)
 		{
-			Row.Box->SetHeightOverride(TAttribute<FOptionalSize>::CreateLambda([Height = Row.Height]
-				{ return FOptionalSize(*Height); }));
+			Row.Box->SetHeightOverride(TAttribute<FOptionalSize>::CreateLambda([Height = Row.Height] { return FOptionalSize(*Height); }));
 		}
 		if (Random() % 8 == 0)
 		{
-			Row.Box->SetVisibility(TAttribute<EVisibility>::CreateLambda([Visibility = Row.Visibility]
-				{ return *Visibility; }));
+			Row.Box->SetVisibility(TAttribute<EVisibility>::CreateLambda([Visibility = Row.Visibility] { return *Visibility; }));
 		}
 		// Some paddings let a child reach out of its slot.
 		const float Padding = Random() % 6 == 0 ? -3.0f : static_cast<float>(Random() % 4);
@@ -232,7 +230,8 @@ TEST_F(FLongPanel, LinesOfAWrapBoxInViewAreThoseOfAll)
 	const TSharedRef<SWrapBox> Panel = SNew(SWrapBox).UseAllottedSize(true);
 	for (int32 Index = 0; Index < 900; ++Index)
 	{
-		Panel->AddSlot().Padding(0.0f, Random() % 6 == 0 ? -3.0f : 1.0f)[SNew(SBox).WidthOverride(AnySize(Random)).HeightOverride(AnySize(Random))];
+		Panel->AddSlot().Padding(
+			0.0f, Random() % 6 == 0 ? -3.0f : 1.0f)[SNew(SBox).WidthOverride(AnySize(Random)).HeightOverride(AnySize(Random))];
 	}
 	Panel->SlatePrepass(1.25f);
 	const std::vector<FPlace> All = PlacesIn(*Panel, nullptr);

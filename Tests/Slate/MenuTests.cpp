@@ -19,7 +19,10 @@ namespace
 	class FTestCommands : public TCommands<FTestCommands>
 	{
 	public:
-		FTestCommands() : TCommands<FTestCommands>(TEXT("MenuTests"), INVTEXT("Menu Tests"), NAME_None, FAppStyle::GetAppStyleSetName()) {}
+		FTestCommands()
+			: TCommands<FTestCommands>(TEXT("MenuTests"), INVTEXT("Menu Tests"), NAME_None, FAppStyle::GetAppStyleSetName())
+		{
+		}
 		virtual void RegisterCommands() override
 		{
 			UI_COMMAND(Build, "Build", "Builds it", EUserInterfaceActionType::Button, FInputChord(EKeys::B, true, true));
@@ -48,11 +51,15 @@ protected:
 	{
 		FWidgetTest::SetUp();
 		FTestCommands::Register();
-		Commands->MapAction(FTestCommands::Get().Build, FExecuteAction::CreateLambda([this] { Note("build"); }), FCanExecuteAction::CreateLambda([this] { return bMayBuild; }));
-		Commands->MapAction(FTestCommands::Get().Loud, FExecuteAction::CreateLambda([this] { bLoud = !bLoud; }), FCanExecuteAction(), FIsActionChecked::CreateLambda([this] { return bLoud; }));
+		Commands->MapAction(FTestCommands::Get().Build, FExecuteAction::CreateLambda([this] { Note("build"); }),
+			FCanExecuteAction::CreateLambda([this] { return bMayBuild; }));
+		Commands->MapAction(FTestCommands::Get().Loud, FExecuteAction::CreateLambda([this] { bLoud = !bLoud; }), FCanExecuteAction(),
+			FIsActionChecked::CreateLambda([this] { return bLoud; }));
 		FMenuBarBuilder Builder(Commands, Extender);
-		Builder.AddPullDownMenu(INVTEXT("First"), INVTEXT("The first menu"), FNewMenuDelegate::CreateLambda([this](FMenuBuilder& Menu) { BuildFirst(Menu); }));
-		Builder.AddPullDownMenu(INVTEXT("Second"), FText::GetEmpty(), FNewMenuDelegate::CreateLambda([this](FMenuBuilder& Menu) { AddEntry(Menu, "Other"); }));
+		Builder.AddPullDownMenu(
+			INVTEXT("First"), INVTEXT("The first menu"), FNewMenuDelegate::CreateLambda([this](FMenuBuilder& Menu) { BuildFirst(Menu); }));
+		Builder.AddPullDownMenu(
+			INVTEXT("Second"), FText::GetEmpty(), FNewMenuDelegate::CreateLambda([this](FMenuBuilder& Menu) { AddEntry(Menu, "Other"); }));
 		Bar = StaticCastSharedRef<SMenuBar>(Builder.MakeWidget());
 		// clang-format off
 		Show(
@@ -73,7 +80,8 @@ protected:
 
 	void AddEntry(FMenuBuilder& Menu, const char* Name, FName Hook = NAME_None)
 	{
-		Menu.AddMenuEntry(FText::FromString(FString(Name)), FText::GetEmpty(), FSlateIcon(), FUIAction(FExecuteAction::CreateLambda([this, Name] { Note(Name); })), Hook);
+		Menu.AddMenuEntry(FText::FromString(FString(Name)), FText::GetEmpty(), FSlateIcon(),
+			FUIAction(FExecuteAction::CreateLambda([this, Name] { Note(Name); })), Hook);
 	}
 
 	void BuildFirst(FMenuBuilder& Menu)
@@ -86,12 +94,15 @@ protected:
 		Menu.EndSection();
 		Menu.AddSeparator();
 		Menu.AddMenuSeparator();
-		Menu.AddSubMenu(INVTEXT("More"), INVTEXT("More of it"), FNewMenuDelegate::CreateLambda([this](FMenuBuilder& Sub) {
-			Sub.BeginSection("Deep", INVTEXT("Deep"));
-			AddEntry(Sub, "Deep one");
-			Sub.AddMenuEntry(FTestCommands::Get().Loud);
-			Sub.EndSection();
-		}));
+		Menu.AddSubMenu(INVTEXT("More"), INVTEXT("More of it"),
+			FNewMenuDelegate::CreateLambda(
+				[this](FMenuBuilder& Sub)
+				{
+					Sub.BeginSection("Deep", INVTEXT("Deep"));
+					AddEntry(Sub, "Deep one");
+					Sub.AddMenuEntry(FTestCommands::Get().Loud);
+					Sub.EndSection();
+				}));
 		AddEntry(Menu, "Last", "LastHook");
 		Menu.AddMenuSeparator();
 	}
@@ -102,7 +113,9 @@ protected:
 		FTextList List;
 		for (const TSharedRef<SWidget>& Menu : FindByType("SMenu"))
 		{
-			FChildren* Items = FWidgetFinder::FindAll([&Menu](SWidget& Widget) { return Widget.GetType() == FName("SScrollBox") && Widget.GetParentWidget()->GetParentWidget() == Menu; })[0]->GetChildren();
+			FChildren* Items = FWidgetFinder::FindAll([&Menu](SWidget& Widget)
+				{ return Widget.GetType() == FName("SScrollBox") && Widget.GetParentWidget()->GetParentWidget() == Menu; })[0]
+								   ->GetChildren();
 			for (int32 Index = 0; Index < Items->Num(); ++Index)
 			{
 				const TSharedRef<SWidget> Item = Items->GetChildAt(Index);
@@ -111,7 +124,8 @@ protected:
 				if (Item->GetType() == FName("SMenuRow"))
 				{
 					const SMenuRow& Row = static_cast<SMenuRow&>(*Item);
-					Line += std::string(Row.IsEnabled() ? "" : " (grey)") + (Row.IsHighlighted() ? " *" : "") + (Row.GetItem().IsChecked() ? " checked" : "");
+					Line += std::string(Row.IsEnabled() ? "" : " (grey)") + (Row.IsHighlighted() ? " *" : "") +
+						(Row.GetItem().IsChecked() ? " checked" : "");
 				}
 				else if (Item->GetType() == FName("SScrollBar"))
 				{
@@ -272,7 +286,8 @@ TEST_F(FMenuTest, TheBarChangesMenusAndClosesThem)
 	EXPECT_FALSE(App().AnyMenusVisible()) << "a press on the open one closes it";
 	EXPECT_TRUE(Box->HasKeyboardFocus());
 
-	EXPECT_FALSE(Bar->HandleKey(FKeyEvent(EKeys::S, FModifierKeysState(false, false, false, false, false, true), false))) << "the right Alt key types";
+	EXPECT_FALSE(Bar->HandleKey(FKeyEvent(EKeys::S, FModifierKeysState(false, false, false, false, false, true), false)))
+		<< "the right Alt key types";
 	EXPECT_TRUE(Bar->HandleKey(FKeyEvent(EKeys::S, FModifierKeysState(false, false, false, false, true, false), false)));
 	PumpFrame();
 	EXPECT_EQ(Lines(), (FTextList{ "Other *" }));
@@ -286,8 +301,10 @@ TEST_F(FMenuTest, TheBarChangesMenusAndClosesThem)
 
 TEST_F(FMenuTest, ExtensionsStandAtTheirHooks)
 {
-	const auto Extend = [this](const char* Hook, EExtensionHook::Position Position, const char* Name) {
-		return Extender->AddMenuExtension(FName(Hook), Position, nullptr, FMenuExtensionDelegate::CreateLambda([this, Name](FMenuBuilder& Menu) { AddEntry(Menu, Name); }));
+	const auto Extend = [this](const char* Hook, EExtensionHook::Position Position, const char* Name)
+	{
+		return Extender->AddMenuExtension(FName(Hook), Position, nullptr,
+			FMenuExtensionDelegate::CreateLambda([this, Name](FMenuBuilder& Menu) { AddEntry(Menu, Name); }));
 	};
 	Extend("Work", EExtensionHook::Before, "before");
 	Extend("Work", EExtensionHook::First, "first");
@@ -299,14 +316,19 @@ TEST_F(FMenuTest, ExtensionsStandAtTheirHooks)
 	// A section of its own, with the hook's own name, and commands of its own list.
 	const TSharedRef<FUICommandList> Own = MakeShared<FUICommandList>();
 	Own->MapAction(FTestCommands::Get().Lost, FExecuteAction::CreateLambda([this] { Note("found"); }));
-	Extender->AddMenuExtension("Empty", EExtensionHook::After, Own, FMenuExtensionDelegate::CreateLambda([](FMenuBuilder& Menu) {
-		Menu.BeginSection("Empty", INVTEXT("Own"));
-		Menu.AddMenuEntry(FTestCommands::Get().Lost);
-		Menu.EndSection();
-	}));
+	Extender->AddMenuExtension("Empty", EExtensionHook::After, Own,
+		FMenuExtensionDelegate::CreateLambda(
+			[](FMenuBuilder& Menu)
+			{
+				Menu.BeginSection("Empty", INVTEXT("Own"));
+				Menu.AddMenuEntry(FTestCommands::Get().Lost);
+				Menu.EndSection();
+			}));
 	Extender->RemoveExtension(Gone);
 	Click(FindByText("First"));
-	EXPECT_EQ(Lines(), (FTextList{ "before", "---", "WORK", "first", "Build | Ctrl+Shift+B", "Lost and gone (grey)", "after", "---", "OWN", "Lost", "---", "More", "before last", "Last" }));
+	EXPECT_EQ(Lines(),
+		(FTextList{ "before", "---", "WORK", "first", "Build | Ctrl+Shift+B", "Lost and gone (grey)", "after", "---", "OWN", "Lost", "---",
+			"More", "before last", "Last" }));
 	Click(FindByText("More"));
 	PumpFrame();
 	EXPECT_EQ(Lines()[3], "deeper") << "sub-menus can be extended, too";
@@ -332,13 +354,20 @@ TEST_F(FMenuTest, TooltipsStandBesideTheMenu)
 
 TEST_F(FMenuTest, AnEntryMayOpenAnotherMenuOrTakeTheBarAway)
 {
-	Extender->AddMenuExtension("Work", EExtensionHook::Before, nullptr, FMenuExtensionDelegate::CreateLambda([this](FMenuBuilder& Menu) {
-		Menu.AddMenuEntry(INVTEXT("Again"), FText::GetEmpty(), FSlateIcon(), FUIAction(FExecuteAction::CreateLambda([this] { Bar->Open(1, false); })));
-		Menu.AddMenuEntry(INVTEXT("Away"), FText::GetEmpty(), FSlateIcon(), FUIAction(FExecuteAction::CreateLambda([this] {
-			Bar.Reset();
-			App().SetRootContent(SNullWidget::NullWidget);
-		})));
-	}));
+	Extender->AddMenuExtension("Work", EExtensionHook::Before, nullptr,
+		FMenuExtensionDelegate::CreateLambda(
+			[this](FMenuBuilder& Menu)
+			{
+				Menu.AddMenuEntry(INVTEXT("Again"), FText::GetEmpty(), FSlateIcon(),
+					FUIAction(FExecuteAction::CreateLambda([this] { Bar->Open(1, false); })));
+				Menu.AddMenuEntry(INVTEXT("Away"), FText::GetEmpty(), FSlateIcon(),
+					FUIAction(FExecuteAction::CreateLambda(
+						[this]
+						{
+							Bar.Reset();
+							App().SetRootContent(SNullWidget::NullWidget);
+						})));
+			}));
 	Click(FindByText("First"));
 	Click(FindByText("Again"));
 	MoveMouse(FVector2D(600, 500));

@@ -63,13 +63,15 @@ TEST(SaveTarget, TellsWhatATypedNameMeans)
 		{ TEXT("old.md/new.md"), FSaveTarget::EKind::None, "\"" + Base + "old.md\" is no folder." },
 		{ TEXT("pipe"), FSaveTarget::EKind::None, "\"" + Base + "pipe\" is no file." },
 		{ TEXT("locked.md"), FSaveTarget::EKind::None, "\"locked.md\" cannot be saved here: the file is marked read-only." },
-		{ FString::ChrN(256, TEXT('n')), FSaveTarget::EKind::None, "\"" + std::string(256, 'n') + "\" cannot be saved here: the name is too long." },
+		{ FString::ChrN(256, TEXT('n')), FSaveTarget::EKind::None,
+			"\"" + std::string(256, 'n') + "\" cannot be saved here: the name is too long." },
 	};
 	for (const FCase& Case : Cases)
 	{
 		const FSaveTarget Target = FSaveTarget::Find(Here, Case.Typed);
 		EXPECT_EQ(static_cast<int>(Target.Kind), static_cast<int>(Case.Kind)) << Utf8(Case.Typed);
-		EXPECT_EQ(Case.Kind == FSaveTarget::EKind::None ? Utf8(Target.Problem) : Utf8(Target.Path), (Case.Kind == FSaveTarget::EKind::None ? "" : Base) + Case.Expected);
+		EXPECT_EQ(Case.Kind == FSaveTarget::EKind::None ? Utf8(Target.Problem) : Utf8(Target.Path),
+			(Case.Kind == FSaveTarget::EKind::None ? "" : Base) + Case.Expected);
 	}
 	EXPECT_EQ(Utf8(FSaveTarget::Collapse(TEXT("/../a/./b/..//c/"))), "/a/c");
 }
@@ -100,22 +102,23 @@ protected:
 	std::string Ask(std::deque<std::function<void()>> Steps)
 	{
 		int32 Frame = 0;
-		App().SetFrameHook([&]()
-		{
-			FHostClock::Advance(1.0 / 60.0);
-			if (++Frame < 3 || Frame % 2 == 0)
+		App().SetFrameHook(
+			[&]()
 			{
-				return;
-			}
-			if (Steps.empty())
-			{
-				FHostFileDialogs::PressOpen(TEXT("Cancel"));
-				return;
-			}
-			const std::function<void()> Step = Steps.front();
-			Steps.pop_front();
-			Step();
-		});
+				FHostClock::Advance(1.0 / 60.0);
+				if (++Frame < 3 || Frame % 2 == 0)
+				{
+					return;
+				}
+				if (Steps.empty())
+				{
+					FHostFileDialogs::PressOpen(TEXT("Cancel"));
+					return;
+				}
+				const std::function<void()> Step = Steps.front();
+				Steps.pop_front();
+				Step();
+			});
 		FString File;
 		const bool bChosen = FHostFileDialogs::AskForSaveFile(Dialog, File);
 		App().SetFrameHook(nullptr);
@@ -139,7 +142,10 @@ protected:
 		return [this]() { Seen = VisibleTexts(); };
 	}
 	bool Saw(const std::string& Text) const { return std::find(Seen.begin(), Seen.end(), Text) != Seen.end(); }
-	std::string Problem() const { return FHostFileDialogs::GetOpen().IsSet() ? Utf8(FHostFileDialogs::GetOpen().GetValue().Problem) : "closed"; }
+	std::string Problem() const
+	{
+		return FHostFileDialogs::GetOpen().IsSet() ? Utf8(FHostFileDialogs::GetOpen().GetValue().Problem) : "closed";
+	}
 
 	FTempFolder Folder;
 	FHostSaveDialog Dialog;
@@ -173,12 +179,15 @@ TEST_F(FSaveDialogTest, WalksThroughFoldersByKeys)
 	Folder.Write("deep/er/old.md", "x");
 	const auto ToList = [this]() { App().SetKeyboardFocus(FindByTag("SaveList")); };
 	// Down to "deep", in, down to "er", in, out by Backspace: "er" is marked again, in, up and save.
-	EXPECT_EQ(Ask({ ToList, Key(EKeys::Down), Key(EKeys::Down), Key(EKeys::Enter), Key(EKeys::Down), Key(EKeys::Enter), Key(EKeys::BackSpace), Key(EKeys::Enter),
-				  Key(EKeys::Up, FModifierKeysState(false, false, false, false, true, false)), [this]() { App().SetKeyboardFocus(FindByTag("SaveButton")); }, Key(EKeys::Enter) }),
+	EXPECT_EQ(Ask({ ToList, Key(EKeys::Down), Key(EKeys::Down), Key(EKeys::Enter), Key(EKeys::Down), Key(EKeys::Enter),
+				  Key(EKeys::BackSpace), Key(EKeys::Enter), Key(EKeys::Up, FModifierKeysState(false, false, false, false, true, false)),
+				  [this]() { App().SetKeyboardFocus(FindByTag("SaveButton")); }, Key(EKeys::Enter) }),
 		Folder.AtBytes("deep/talk.md"));
 	// A folder typed as a name is gone to; the name stays as it was offered. The folder box takes a path, too.
 	EXPECT_EQ(Ask({ Type(TEXT("deep/er")), Key(EKeys::Enter), Key(EKeys::Enter) }), Folder.AtBytes("deep/er/talk.md"));
-	EXPECT_EQ(Ask({ [this]() { App().SetKeyboardFocus(FindByTag("SaveFolderBox")); }, Type(TEXT("/deep")), Key(EKeys::Enter), ToList, Key(EKeys::BackSpace), Look() }), "-");
+	EXPECT_EQ(Ask({ [this]() { App().SetKeyboardFocus(FindByTag("SaveFolderBox")); }, Type(TEXT("/deep")), Key(EKeys::Enter), ToList,
+				  Key(EKeys::BackSpace), Look() }),
+		"-");
 	EXPECT_TRUE(Saw("deep"));
 }
 
@@ -203,7 +212,8 @@ TEST_F(FSaveDialogTest, TabGoesThroughEverythingInOrder)
 	// Around the end, past the close mark if it takes the keyboard, back to the folder, the new folder and the list.
 	const auto FolderAt = std::find(Tags.begin(), Tags.end(), "SaveFolderBox");
 	ASSERT_TRUE(Tags.end() - FolderAt >= 3) << ::testing::PrintToString(Tags);
-	EXPECT_EQ(std::vector<std::string>(FolderAt, FolderAt + 3), (std::vector<std::string>{ "SaveFolderBox", "SaveNewFolderButton", "SaveList" }));
+	EXPECT_EQ(
+		std::vector<std::string>(FolderAt, FolderAt + 3), (std::vector<std::string>{ "SaveFolderBox", "SaveNewFolderButton", "SaveList" }));
 }
 
 TEST_F(FSaveDialogTest, AsksBeforeItReplaces)
@@ -243,15 +253,17 @@ TEST_F(FSaveDialogTest, TellsWhatCannotBeDoneAndStaysOpen)
 	std::vector<std::string> Told;
 	const auto Note = [&]() { Told.push_back(Problem()); };
 	Ask({ Type(TEXT("no/where.md")), Key(EKeys::Enter), Note, Type(TEXT("x")), Note });
-	EXPECT_EQ(Told, (std::vector<std::string>{ "There is no folder \"" + Folder.AtBytes("no") + "\".", "" })) << "a new name takes the complaint away";
+	EXPECT_EQ(Told, (std::vector<std::string>{ "There is no folder \"" + Folder.AtBytes("no") + "\".", "" }))
+		<< "a new name takes the complaint away";
 }
 
 TEST_F(FSaveDialogTest, MakesAFolder)
 {
 	std::string Complaint;
 	const auto NewFolder = [this]() { Click(FindByTag("SaveNewFolderButton")); };
-	EXPECT_EQ(Ask({ NewFolder, Type(TEXT("a/b")), Key(EKeys::Enter), [&]() { Complaint = Problem(); }, Key(EKeys::Escape), NewFolder, Type(TEXT("fresh")), Key(EKeys::Enter),
-				  [this]() { App().SetKeyboardFocus(FindByTag("SaveNameBox")); }, Key(EKeys::Enter) }),
+	EXPECT_EQ(
+		Ask({ NewFolder, Type(TEXT("a/b")), Key(EKeys::Enter), [&]() { Complaint = Problem(); }, Key(EKeys::Escape), NewFolder,
+			Type(TEXT("fresh")), Key(EKeys::Enter), [this]() { App().SetKeyboardFocus(FindByTag("SaveNameBox")); }, Key(EKeys::Enter) }),
 		Folder.AtBytes("fresh/talk.md"));
 	EXPECT_EQ(Complaint, "A folder cannot be called \"a/b\".");
 }
@@ -268,8 +280,13 @@ TEST_F(FSaveDialogTest, NamesThatAreNoTextAndLongListsWork)
 	int32 Rows = 0;
 	std::string Chosen;
 	FHostDialogs::QueueAnswer(TEXT("Yes"));
-	const std::string File = Ask({ ToList, Key(EKeys::End), [&]() { Rows = CountByType("STableRow<FEntry>"); Chosen = Utf8(FHostFileDialogs::GetOpen().GetValue().Name); }, Key(EKeys::Home), Type(TEXT("c")),
-		Key(EKeys::Enter), [this]() { Click(FindByTag("SaveButton")); } });
+	const std::string File = Ask({ ToList, Key(EKeys::End),
+		[&]()
+		{
+			Rows = CountByType("STableRow<FEntry>");
+			Chosen = Utf8(FHostFileDialogs::GetOpen().GetValue().Name);
+		},
+		Key(EKeys::Home), Type(TEXT("c")), Key(EKeys::Enter), [this]() { Click(FindByTag("SaveButton")); } });
 	EXPECT_LT(Rows, 40);
 	EXPECT_EQ(Chosen, "f999.md");
 	EXPECT_EQ(File, Utf8(HostFileNameFromBytes(Folder.AtBytes(Odd))));

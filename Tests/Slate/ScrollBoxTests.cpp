@@ -218,7 +218,7 @@ TEST_F(FScrollBox, RowsThatCanChangeAreMeasuredInTurn)
 		Box->SetScrollOffset(100000.0f);
 		PumpFrame();
 		PumpFrame();
-		Heights[10] = 80.0f;   // Above the view,
+		Heights[10] = 80.0f; // Above the view,
 		Heights[2001] = 90.0f; // in it,
 		Heights[4999] = 10.0f; // and below.
 		const uint64 Before = SWidget::GetCounters().Measured;
@@ -246,14 +246,16 @@ TEST_F(FScrollBox, RowsMayComeAndGoWhileTheyAreMeasured)
 {
 	ShowRows(3, 50);
 	bool bRemove = false;
-	Box->AddSlot()[SNew(SBox).HeightOverride_Lambda([this, &bRemove] {
-		if (bRemove)
+	Box->AddSlot()[SNew(SBox).HeightOverride_Lambda(
+		[this, &bRemove]
 		{
-			bRemove = false;
-			Box->RemoveSlot(Rows[1]);
-		}
-		return FOptionalSize(20.0f);
-	})];
+			if (bRemove)
+			{
+				bRemove = false;
+				Box->RemoveSlot(Rows[1]);
+			}
+			return FOptionalSize(20.0f);
+		})];
 	PumpFrame();
 	bRemove = true;
 	PumpFrame();
@@ -265,9 +267,10 @@ TEST_F(FScrollBox, RowsMayComeAndGoWhileTheyAreMeasured)
 TEST_F(FScrollBox, WheelBelongsToTheDirectionThatScrolls)
 {
 	TSharedPtr<SScrollBox> Code;
-	ShowBox(SNew(SScrollBox)
-		+ SScrollBox::Slot()[SAssignNew(Code, SScrollBox).Orientation(Orient_Horizontal).ScrollBarThickness(FVector2D(4, 4)) + SScrollBox::Slot()[SNew(SSpacer).Size(FVector2D(900, 100))]]
-		+ SScrollBox::Slot()[SNew(SSpacer).Size(FVector2D(10, 500))]);
+	ShowBox(SNew(SScrollBox) +
+		SScrollBox::Slot()[SAssignNew(Code, SScrollBox).Orientation(Orient_Horizontal).ScrollBarThickness(FVector2D(4, 4)) +
+			SScrollBox::Slot()[SNew(SSpacer).Size(FVector2D(900, 100))]] +
+		SScrollBox::Slot()[SNew(SSpacer).Size(FVector2D(10, 500))]);
 	Scroll(Code.ToSharedRef(), -1.0f);
 	EXPECT_EQ(Box->GetScrollOffset(), 48.0f) << "a plain wheel over code scrolls the conversation";
 	EXPECT_EQ(Code->GetScrollOffset(), 0.0f);
@@ -284,9 +287,10 @@ TEST_F(FScrollBox, WheelBelongsToTheDirectionThatScrolls)
 TEST_F(FScrollBox, InnerBoxAtItsEndHandsTheWheelOn)
 {
 	TSharedPtr<SScrollBox> Inner;
-	ShowBox(SNew(SScrollBox)
-		+ SScrollBox::Slot()[SNew(SBox).HeightOverride(100)[SAssignNew(Inner, SScrollBox) + SScrollBox::Slot()[SNew(SSpacer).Size(FVector2D(10, 140))]]]
-		+ SScrollBox::Slot()[SNew(SSpacer).Size(FVector2D(10, 500))]);
+	ShowBox(SNew(SScrollBox) +
+		SScrollBox::Slot()[SNew(SBox).HeightOverride(
+			100)[SAssignNew(Inner, SScrollBox) + SScrollBox::Slot()[SNew(SSpacer).Size(FVector2D(10, 140))]]] +
+		SScrollBox::Slot()[SNew(SSpacer).Size(FVector2D(10, 500))]);
 	Scroll(Inner.ToSharedRef(), -1.0f);
 	EXPECT_EQ(Inner->GetScrollOffset(), 40.0f);
 	EXPECT_EQ(Box->GetScrollOffset(), 0.0f);
@@ -300,8 +304,10 @@ TEST_F(FScrollBox, ThumbShowsAndDragsTheView)
 	const TSharedRef<SWidget> Bar = FindByType("SScrollBar").at(0);
 	EXPECT_EQ(GetRect(*Bar).Left, 388.0f);
 	EXPECT_EQ(GetRect(*Rows[0]).Right, 388.0f);
-	const auto Thumb = [this] {
-		return App().GetLastElements().GetElements().FilterByPredicate([](const FSlateDrawElement& Element) { return Element.Type == ESlateDrawType::RoundedBox; });
+	const auto Thumb = [this]
+	{
+		return App().GetLastElements().GetElements().FilterByPredicate(
+			[](const FSlateDrawElement& Element) { return Element.Type == ESlateDrawType::RoundedBox; });
 	};
 	ASSERT_EQ(Thumb().Num(), 1);
 	EXPECT_EQ(Thumb()[0].Rect, FSlateRect(392.0f, 0.0f, 396.0f, 50.0f));
@@ -361,7 +367,8 @@ TEST_F(FScrollBox, DescendantsComeIntoView)
 {
 	ShowRows(10, 50);
 	TSharedPtr<SWidget> Deep;
-	Box->AddSlot()[SNew(SVerticalBox) + SVerticalBox::Slot().AutoHeight()[SNew(SBox).HeightOverride(400)] + SVerticalBox::Slot().AutoHeight()[SAssignNew(Deep, SBox).HeightOverride(20)]];
+	Box->AddSlot()[SNew(SVerticalBox) + SVerticalBox::Slot().AutoHeight()[SNew(SBox).HeightOverride(400)] +
+		SVerticalBox::Slot().AutoHeight()[SAssignNew(Deep, SBox).HeightOverride(20)]];
 	PumpFrame();
 	Box->ScrollDescendantIntoView(Rows[2]);
 	PumpFrame();
@@ -384,7 +391,8 @@ TEST_F(FScrollBox, KeysScrollWhenNobodyInsideWantsThem)
 {
 	ShowRows(16, 50);
 	const FGeometry Geometry = Box->GetCachedGeometry();
-	const auto Press = [this, &Geometry](const FKey& Key) {
+	const auto Press = [this, &Geometry](const FKey& Key)
+	{
 		const bool bHandled = Box->OnKeyDown(Geometry, FKeyEvent(Key, FModifierKeysState())).IsEventHandled();
 		PumpFrame();
 		return bHandled;

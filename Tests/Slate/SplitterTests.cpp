@@ -23,6 +23,7 @@ namespace
 		const TSharedRef<SSplitter> Splitter = SNew(SSplitter).Orientation(Orientation);
 		for (const FSlotCase& Slot : Slots)
 		{
+			// clang-format off
 			Splitter->AddSlot()
 				.Value(Slot.Value)
 				.MinSize(Slot.MinSize)
@@ -31,6 +32,7 @@ namespace
 				[
 					SNew(SSpacer).Size(FVector2D(FMath::Max(Slot.Content, 10.0f), 20.0)).Visibility(Slot.Visibility)
 				];
+			// clang-format on
 		}
 		return Splitter;
 	}
@@ -197,6 +199,7 @@ TEST_F(FSplitterTest, AnOwnerThatListensKeepsTheValue)
 	float Value = 1.0f;
 	int32 Finished = 0;
 	bool bShown = true;
+	// clang-format off
 	const TSharedRef<SSplitter> Splitter = SNew(SSplitter)
 		.OnSplitterFinishedResizing_Lambda([&Finished]() { ++Finished; })
 		+ SSplitter::Slot()
@@ -209,6 +212,7 @@ TEST_F(FSplitterTest, AnOwnerThatListensKeepsTheValue)
 		[
 			SNew(SSpacer).Visibility_Lambda([&bShown]() { return bShown ? EVisibility::Visible : EVisibility::Collapsed; })
 		];
+	// clang-format on
 	ShowIn(Splitter, 204.0f, 100.0f);
 	Drag(FVector2D(102, 50), FVector2D(152, 50));
 	EXPECT_EQ(Places(*Splitter), "0+150 154+50");

@@ -35,7 +35,8 @@ namespace
 	/** The colours of all glyph runs on screen, one per run. */
 	TArray<FSlateDrawElement> GlyphRuns()
 	{
-		return FSlateApplication::Get().GetLastElements().GetElements().FilterByPredicate([](const FSlateDrawElement& Element) { return Element.Type == ESlateDrawType::Glyphs; });
+		return FSlateApplication::Get().GetLastElements().GetElements().FilterByPredicate(
+			[](const FSlateDrawElement& Element) { return Element.Type == ESlateDrawType::Glyphs; });
 	}
 }
 
@@ -51,7 +52,8 @@ TEST_F(FTextBlock, WantsItsLinesUnwrapped)
 	EXPECT_EQ(Wanted(SNew(STextBlock)).X, 0.0);
 	EXPECT_EQ(Wanted(SNew(STextBlock).Text(INVTEXT("a\nbb\r\nc"))).Y, 3 * Line);
 	EXPECT_EQ(Wanted(SNew(STextBlock).Text(Words(50)).AutoWrapText(true)).Y, Line) << "nobody has given it a width yet";
-	EXPECT_GT(Wanted(SNew(STextBlock).Text(INVTEXT("See "))).X, Wanted(SNew(STextBlock).Text(INVTEXT("See"))).X) << "the blank is the gap to the next widget";
+	EXPECT_GT(Wanted(SNew(STextBlock).Text(INVTEXT("See "))).X, Wanted(SNew(STextBlock).Text(INVTEXT("See"))).X)
+		<< "the blank is the gap to the next widget";
 	EXPECT_EQ(Wanted(SNew(STextBlock).Text(INVTEXT("i")).MinDesiredWidth(80.0f)).X, 80.0);
 	const FVector2D Plain = Wanted(SNew(STextBlock).Text(INVTEXT("Plain")));
 	EXPECT_EQ(Wanted(SNew(STextBlock).Text(INVTEXT("Plain")).Margin(FMargin(1.0f, 2.0f, 3.0f, 4.0f))), Plain + FVector2D(4.0, 6.0));
@@ -65,9 +67,8 @@ TEST_F(FTextBlock, WrapsToItsRoomInTheSameFrame)
 {
 	TSharedPtr<STextBlock> Text;
 	TSharedPtr<SWidget> Below;
-	Show(SNew(SVerticalBox)
-		+ SVerticalBox::Slot().AutoHeight()[SAssignNew(Text, STextBlock).Text(Words(100)).AutoWrapText(true)]
-		+ SVerticalBox::Slot().AutoHeight()[SAssignNew(Below, SBox).HeightOverride(5)]);
+	Show(SNew(SVerticalBox) + SVerticalBox::Slot().AutoHeight()[SAssignNew(Text, STextBlock).Text(Words(100)).AutoWrapText(true)] +
+		SVerticalBox::Slot().AutoHeight()[SAssignNew(Below, SBox).HeightOverride(5)]);
 	const double Line = LineHeight();
 	const float Wide = GetRect(*Below).Top;
 	EXPECT_GT(Text->GetDesiredSize().X, 1280.0) << "it would like one line";
@@ -92,9 +93,9 @@ TEST_F(FTextBlock, BoundTextIsAlwaysTrue)
 	FString Source = TEXT("left");
 	TSharedPtr<STextBlock> Text;
 	TSharedPtr<SWidget> Beside;
-	Show(SNew(SHorizontalBox)
-		+ SHorizontalBox::Slot().AutoWidth()[SAssignNew(Text, STextBlock).Text_Lambda([&Source] { return FText::FromString(Source); })]
-		+ SHorizontalBox::Slot().AutoWidth()[SAssignNew(Beside, SBox).WidthOverride(5)]);
+	Show(SNew(SHorizontalBox) +
+		SHorizontalBox::Slot().AutoWidth()[SAssignNew(Text, STextBlock).Text_Lambda([&Source] { return FText::FromString(Source); })] +
+		SHorizontalBox::Slot().AutoWidth()[SAssignNew(Beside, SBox).WidthOverride(5)]);
 	const float Before = GetRect(*Beside).Left;
 	const uint64 Made = ITextShaper::Get().GetCounters().ParagraphsMade;
 	for (int32 Frame = 0; Frame < 5; ++Frame)
@@ -131,10 +132,9 @@ TEST_F(FTextBlock, ShortTextsShareTheirLayoutUntilOneWraps)
 	TSharedPtr<STextBlock> One;
 	TSharedPtr<STextBlock> Other;
 	TSharedPtr<STextBlock> OtherCase;
-	Show(SNew(SVerticalBox)
-		+ SVerticalBox::Slot().AutoHeight()[SAssignNew(One, STextBlock).Text(INVTEXT("two words"))]
-		+ SVerticalBox::Slot().AutoHeight()[SAssignNew(OtherCase, STextBlock).Text(INVTEXT("Two words"))]
-		+ SVerticalBox::Slot().AutoHeight()[SAssignNew(Other, STextBlock).Text(FText::FromString(TEXT("two words")))]);
+	Show(SNew(SVerticalBox) + SVerticalBox::Slot().AutoHeight()[SAssignNew(One, STextBlock).Text(INVTEXT("two words"))] +
+		SVerticalBox::Slot().AutoHeight()[SAssignNew(OtherCase, STextBlock).Text(INVTEXT("Two words"))] +
+		SVerticalBox::Slot().AutoHeight()[SAssignNew(Other, STextBlock).Text(FText::FromString(TEXT("two words")))]);
 	EXPECT_EQ(One->Paragraph, Other->Paragraph);
 	EXPECT_NE(One->Paragraph, OtherCase->Paragraph);
 
@@ -157,9 +157,11 @@ TEST_F(FTextBlock, TooLongTextIsCutOff)
 	TSharedPtr<STextBlock> Clipped;
 	TSharedPtr<STextBlock> Elided;
 	const auto Narrow = [](const TSharedRef<SWidget>& Content) -> TSharedRef<SWidget> { return SNew(SBox).WidthOverride(60)[Content]; };
-	Show(SNew(SVerticalBox)
-		+ SVerticalBox::Slot().AutoHeight().HAlign(HAlign_Left)[Narrow(SAssignNew(Clipped, STextBlock).Text(INVTEXT("Player dash with cooldown")))]
-		+ SVerticalBox::Slot().AutoHeight().HAlign(HAlign_Left)[Narrow(SAssignNew(Elided, STextBlock).Text(INVTEXT("Player dash with cooldown")).OverflowPolicy(ETextOverflowPolicy::Ellipsis))]);
+	Show(SNew(SVerticalBox) +
+		SVerticalBox::Slot().AutoHeight().HAlign(
+			HAlign_Left)[Narrow(SAssignNew(Clipped, STextBlock).Text(INVTEXT("Player dash with cooldown")))] +
+		SVerticalBox::Slot().AutoHeight().HAlign(HAlign_Left)[Narrow(
+			SAssignNew(Elided, STextBlock).Text(INVTEXT("Player dash with cooldown")).OverflowPolicy(ETextOverflowPolicy::Ellipsis))]);
 	for (const FSlateDrawElement& Run : GlyphRuns())
 	{
 		EXPECT_LE(Run.Clip.Right, 60.0f) << "no glyph outside its widget";
@@ -170,7 +172,8 @@ TEST_F(FTextBlock, TooLongTextIsCutOff)
 	EXPECT_FALSE(Clipped->Elided.IsValid());
 
 	// A room too small for anything, and graphemes of several units, must not hang or split.
-	Elided->SetText(FText::FromString(TEXT("\U0001F468\u200D\U0001F469\u200D\U0001F467\U0001F468\u200D\U0001F469\u200D\U0001F467\U0001F468\u200D\U0001F469\u200D\U0001F467 family")));
+	Elided->SetText(FText::FromString(TEXT("\U0001F468\u200D\U0001F469\u200D\U0001F467\U0001F468\u200D\U0001F469\u200D\U0001F467\U0001F468"
+										   "\u200D\U0001F469\u200D\U0001F467 family")));
 	PumpFrame();
 	EXPECT_LE(Elided->Elided->Paragraph->GetUnwrappedWidth(), 60.0f);
 	Elided->SetText(FText::FromString(FString(1, TEXT("\xD800")) + TEXT("lone surrogate at the start")));
@@ -180,7 +183,8 @@ TEST_F(FTextBlock, TooLongTextIsCutOff)
 
 TEST_F(FTextBlock, JustificationMovesLines)
 {
-	const auto LeftEdgeOf = [this](ETextJustify::Type Justification) {
+	const auto LeftEdgeOf = [this](ETextJustify::Type Justification)
+	{
 		Show(SNew(STextBlock).Text(INVTEXT("word")).Justification(Justification));
 		return GlyphRuns()[0].Rect.Left;
 	};
@@ -204,14 +208,17 @@ TEST_F(FTextBlock, OnlyLinesInViewArePainted)
 
 TEST_F(FTextBlock, ColoursComeFromStyleArgumentOrForeground)
 {
-	const auto ColourOf = [this](const TSharedRef<SWidget>& Widget) {
+	const auto ColourOf = [this](const TSharedRef<SWidget>& Widget)
+	{
 		Show(Widget);
 		return GlyphRuns()[0].Color;
 	};
 	EXPECT_EQ(ColourOf(SNew(STextBlock).Text(INVTEXT("a"))), FColor(0xCB, 0xCB, 0xCB, 0xFF));
-	EXPECT_EQ(ColourOf(SNew(STextBlock).Text(INVTEXT("a")).TextStyle(FAppStyle::Get(), "NormalText.Important")), FColor(0xE6, 0xE6, 0xE6, 0xFF));
+	EXPECT_EQ(
+		ColourOf(SNew(STextBlock).Text(INVTEXT("a")).TextStyle(FAppStyle::Get(), "NormalText.Important")), FColor(0xE6, 0xE6, 0xE6, 0xFF));
 	EXPECT_EQ(ColourOf(SNew(STextBlock).Text(INVTEXT("a")).ColorAndOpacity(FLinearColor(FColor(1, 2, 3, 255)))), FColor(1, 2, 3, 255));
-	EXPECT_EQ(ColourOf(SNew(STextBlock).Text(INVTEXT("a")).ColorAndOpacity(FSlateColor::UseSubduedForeground())), FColor(0x99, 0x99, 0x99, 0xFF));
+	EXPECT_EQ(
+		ColourOf(SNew(STextBlock).Text(INVTEXT("a")).ColorAndOpacity(FSlateColor::UseSubduedForeground())), FColor(0x99, 0x99, 0x99, 0xFF));
 	EXPECT_EQ(ColourOf(SNew(STextBlock).Text(INVTEXT("a")).RenderOpacity(0.5f)).A, 128);
 }
 
@@ -224,14 +231,16 @@ TEST_F(FTextBlock, AnUnknownFontIsChequered)
 
 TEST_F(FTextBlock, StrikeAndUnderlineFollowTheirLines)
 {
-	static const FTextBlockStyle Struck = [] {
+	static const FTextBlockStyle Struck = []
+	{
 		FTextBlockStyle Style = FAppStyle::Get().GetWidgetStyle<FTextBlockStyle>("NormalText");
 		FSlateBrush Line;
 		Line.TintColor = FSlateColor(FLinearColor(FColor(0xE6, 0xE6, 0xE6, 0xFF)));
 		return Style.SetStrikeBrush(Line);
 	}();
 	TSharedPtr<STextBlock> Text;
-	Show(SNew(SBox).HAlign(HAlign_Left)[SNew(SBox).WidthOverride(200)[SAssignNew(Text, STextBlock).Text(Words(20)).TextStyle(&Struck).AutoWrapText(true)]]);
+	Show(SNew(SBox).HAlign(
+		HAlign_Left)[SNew(SBox).WidthOverride(200)[SAssignNew(Text, STextBlock).Text(Words(20)).TextStyle(&Struck).AutoWrapText(true)]]);
 	int32 Lines = 0;
 	for (const FSlateDrawElement& Element : App().GetLastElements().GetElements())
 	{

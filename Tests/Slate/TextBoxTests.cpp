@@ -33,8 +33,10 @@ protected:
 	{
 		Arguments.AutoWrapText(true)
 			.OnTextChanged_Lambda([this](const FText& Text) { Events.push_back("text " + Utf8(Text)); })
-			.OnTextCommitted_Lambda([this](const FText& Text, ETextCommit::Type Type) { Events.push_back((Type == ETextCommit::OnEnter ? "enter " : "left ") + Utf8(Text)); })
-			.OnCursorMoved_Lambda([this](const FTextLocation& Place) { Events.push_back("cursor " + std::to_string(Place.GetLineIndex()) + "," + std::to_string(Place.GetOffset())); });
+			.OnTextCommitted_Lambda([this](const FText& Text, ETextCommit::Type Type)
+				{ Events.push_back((Type == ETextCommit::OnEnter ? "enter " : "left ") + Utf8(Text)); })
+			.OnCursorMoved_Lambda([this](const FTextLocation& Place)
+				{ Events.push_back("cursor " + std::to_string(Place.GetLineIndex()) + "," + std::to_string(Place.GetOffset())); });
 		Box = MakeShared<SMultiLineEditableTextBox>();
 		Box->SetType(FName(TEXT("SMultiLineEditableTextBox")));
 		Box->SWidgetConstruct(Arguments);
@@ -142,11 +144,12 @@ TEST_F(FTextBoxTest, TheKeyHandlerComesFirst)
 {
 	int32 Asked = 0;
 	ShowBox();
-	Box->SetOnKeyDownHandler(FOnKeyDown::CreateLambda([&Asked](const FGeometry&, const FKeyEvent& Event)
-	{
-		++Asked;
-		return Event.GetKey() == EKeys::Enter ? FReply::Handled() : FReply::Unhandled();
-	}));
+	Box->SetOnKeyDownHandler(FOnKeyDown::CreateLambda(
+		[&Asked](const FGeometry&, const FKeyEvent& Event)
+		{
+			++Asked;
+			return Event.GetKey() == EKeys::Enter ? FReply::Handled() : FReply::Unhandled();
+		}));
 	TypeText("a\nb");
 	PressKey("Left");
 	EXPECT_EQ(Text(), "ab");
@@ -229,7 +232,8 @@ TEST_F(FTextBoxTest, MousePlacesSelectsWordsAndLines)
 	PumpSeconds(1.0);
 	ClickAt(At(280.0f, 90.0f));
 	EXPECT_TRUE(Box->GetCursorLocation() == FTextLocation(1, 5)) << "below the last line is at its end or column";
-	App().GetMessageHandler().OnMouseDown(EKeys::LeftMouseButton, At(1.0f, 4.0f), FModifierKeysState(true, false, false, false, false, false));
+	App().GetMessageHandler().OnMouseDown(
+		EKeys::LeftMouseButton, At(1.0f, 4.0f), FModifierKeysState(true, false, false, false, false, false));
 	ReleaseMouse(At(1.0f, 4.0f));
 	EXPECT_EQ(Utf8(Box->GetSelectedText()), "alpha beta\ngamma");
 }
@@ -396,10 +400,12 @@ TEST_F(FTextBoxTest, RandomInputKeepsTextCaretAndViewTogether)
 	ShowBox();
 	std::mt19937 Random(99);
 	const auto Below = [&Random](int32 Limit) { return std::uniform_int_distribution<int32>(0, Limit - 1)(Random); };
-	const char* const Keys[] = { "Left", "Right", "Up", "Down", "Home", "End", "PageUp", "PageDown", "BackSpace", "Delete", "Enter", "Insert", "Z", "Y", "X", "C", "V", "A" };
+	const char* const Keys[] = { "Left", "Right", "Up", "Down", "Home", "End", "PageUp", "PageDown", "BackSpace", "Delete", "Enter",
+		"Insert", "Z", "Y", "X", "C", "V", "A" };
 	const char* const Modifiers[] = { "", "SHIFT+", "CTRL+", "CTRL+SHIFT+" };
 	const FString Lone = FString::Chr(TCHAR(0xDC00)) + FString::Chr(TCHAR(0xD83D));
-	const FString Pieces[] = { TEXT("a"), TEXT("word and "), TEXT("\u05D0\u05D1 \u0627\u0644"), TEXT("\U0001F469\u200D\U0001F467"), TEXT("e\u0301"), Lone, FString::ChrN(5000, TEXT('m')), TEXT("\r\n"), TEXT("x\ny\n") };
+	const FString Pieces[] = { TEXT("a"), TEXT("word and "), TEXT("\u05D0\u05D1 \u0627\u0644"), TEXT("\U0001F469\u200D\U0001F467"),
+		TEXT("e\u0301"), Lone, FString::ChrN(5000, TEXT('m')), TEXT("\r\n"), TEXT("x\ny\n") };
 	for (int32 Round = 0; Round < 600; ++Round)
 	{
 		const FVector2D Place = At(static_cast<float>(Below(320) - 10), static_cast<float>(Below(120) - 10));
@@ -465,7 +471,8 @@ TEST_F(FTextBoxTest, OneLineBoxes)
 			[
 				SNew(SBox).WidthOverride(100.0f)
 				[
-					SAssignNew(Single, SEditableTextBox).SelectAllTextWhenFocused(true).RevertTextOnEscape(true).Text(FText::FromString(TEXT("start")))
+					SAssignNew(Single, SEditableTextBox).SelectAllTextWhenFocused(true)
+						.RevertTextOnEscape(true).Text(FText::FromString(TEXT("start")))
 					.OnTextCommitted_Lambda([&Committed](const FText& Text, ETextCommit::Type) { Committed.push_back(Utf8(Text)); })
 				]
 			]

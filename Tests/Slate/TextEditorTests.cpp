@@ -72,10 +72,14 @@ namespace
 	/** Commands by word; "s:" in front selects. Time passes only by "wait". */
 	void RunCommands(FTextEditor& Editor, const std::vector<std::string>& Commands, double& Now)
 	{
+		// clang-format off
 		static const std::vector<std::pair<std::string, ETextMove>> Moves = {
-			{ "left", ETextMove::Left }, { "right", ETextMove::Right }, { "wordleft", ETextMove::WordLeft }, { "wordright", ETextMove::WordRight },
-			{ "home", ETextMove::LineBegin }, { "end", ETextMove::LineEnd }, { "top", ETextMove::DocumentBegin }, { "bottom", ETextMove::DocumentEnd },
+			{ "left", ETextMove::Left }, { "right", ETextMove::Right }, { "wordleft", ETextMove::WordLeft },
+			{ "wordright", ETextMove::WordRight },
+			{ "home", ETextMove::LineBegin }, { "end", ETextMove::LineEnd }, { "top", ETextMove::DocumentBegin },
+			{ "bottom", ETextMove::DocumentEnd },
 		};
+		// clang-format on
 		for (const std::string& Command : Commands)
 		{
 			const bool bSelect = Command.rfind("s:", 0) == 0;
@@ -230,9 +234,9 @@ TEST_F(FTextEditorTest, OneStepOfUndoIsOneThingDone)
 
 TEST_F(FTextEditorTest, ClustersAreNeverCut)
 {
-	const std::string Flag = "\xF0\x9F\x87\xA9\xF0\x9F\x87\xAA";                                                         // Two regional letters.
-	const std::string Family = "\xF0\x9F\x91\xA9\xE2\x80\x8D\xF0\x9F\x91\xA9\xE2\x80\x8D\xF0\x9F\x91\xA7";               // Three joined persons.
-	const std::string Accented = "e\xCC\x81";                                                                            // Letter and combining accent.
+	const std::string Flag = "\xF0\x9F\x87\xA9\xF0\x9F\x87\xAA"; // Two regional letters.
+	const std::string Family = "\xF0\x9F\x91\xA9\xE2\x80\x8D\xF0\x9F\x91\xA9\xE2\x80\x8D\xF0\x9F\x91\xA7"; // Three joined persons.
+	const std::string Accented = "e\xCC\x81"; // Letter and combining accent.
 	for (const std::string& Cluster : { Flag, Family, Accented })
 	{
 		Check({
@@ -347,7 +351,8 @@ TEST_F(FTextEditorTest, RandomEditsMatchAPlainString)
 	for (std::size_t Step = History.size() - 1; Step > 0; --Step)
 	{
 		ASSERT_TRUE(Editor.Undo());
-		ASSERT_TRUE(Editor.GetDocument().Equals(FStringView(History[Step - 1].data(), static_cast<int32>(History[Step - 1].size())))) << Step;
+		ASSERT_TRUE(Editor.GetDocument().Equals(FStringView(History[Step - 1].data(), static_cast<int32>(History[Step - 1].size()))))
+			<< Step;
 	}
 	for (std::size_t Step = 1; Step < History.size(); ++Step)
 	{

@@ -142,11 +142,12 @@ TEST_F(FTextViewTest, AVeryLongLineIsLaidOutInPieces)
 	// Every unit belongs to exactly one row, also across the pieces.
 	View->ScrollToShow(View->PlaceOf(FTextLocation(0, FTextView::MaxSegment), false), 1.0f);
 	int32 Expected = -1;
-	View->ForEachRow([&Expected](const FTextRow& Row)
-	{
-		EXPECT_TRUE(Expected < 0 || Row.Begin == Expected) << Row.Begin;
-		Expected = Row.End;
-	});
+	View->ForEachRow(
+		[&Expected](const FTextRow& Row)
+		{
+			EXPECT_TRUE(Expected < 0 || Row.Begin == Expected) << Row.Begin;
+			Expected = Row.End;
+		});
 }
 
 TEST_F(FTextViewTest, PreeditIsPartOfTheLineWhileItLasts)
@@ -174,7 +175,8 @@ TEST_F(FTextViewTest, RandomEditsLeaveTheSameLayoutAsAFreshOne)
 		const int32 Line = Below(Document.GetLineCount() - 1);
 		return FTextLocation(Line, Below(Document.GetLineLength(Line)));
 	};
-	const TCHAR* Pieces[] = { TEXT(""), TEXT("x"), TEXT("some words that wrap around the edge"), TEXT("\n"), TEXT("two\nlines\n"), TEXT("a\nb\nc\nd") };
+	const TCHAR* Pieces[] = { TEXT(""), TEXT("x"), TEXT("some words that wrap around the edge"), TEXT("\n"), TEXT("two\nlines\n"),
+		TEXT("a\nb\nc\nd") };
 	for (int32 Round = 0; Round < 150; ++Round)
 	{
 		FTextLocation From = AnyPlace();

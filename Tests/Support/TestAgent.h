@@ -62,7 +62,8 @@ public:
 	// What it reports.
 
 	void FireMessage(const FString& Text, bool bHasToolCalls = false) const { Call(MessageReceived, Text, bHasToolCalls); }
-	void FireToolStarted(const FString& Id, const FString& Name, const FString& Parameters = TEXT("{}"), const FString& ToolMetadata = TEXT("{}")) const
+	void FireToolStarted(
+		const FString& Id, const FString& Name, const FString& Parameters = TEXT("{}"), const FString& ToolMetadata = TEXT("{}")) const
 	{
 		Call(ToolStarted, Id, Name, Parameters, ToolMetadata);
 	}
@@ -78,7 +79,10 @@ public:
 		Call(StateChanged, OldState, NewState, Reason);
 	}
 	void FireError(const FString& Error) const { Call(ErrorReported, Error); }
-	void FireConversationCompleted(bool bSuccess, const FString& Summary = FString()) const { Call(ConversationCompleted, bSuccess, Summary); }
+	void FireConversationCompleted(bool bSuccess, const FString& Summary = FString()) const
+	{
+		Call(ConversationCompleted, bSuccess, Summary);
+	}
 	void FireConversationLoaded(const FString& Id) const { Call(ConversationLoaded, Id); }
 	void FireProcessMessage(const FString& Text) const { Call(ProcessMessage, Text); }
 	void FirePlanUpdate(const FString& PlanText)

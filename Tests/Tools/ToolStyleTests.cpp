@@ -10,12 +10,12 @@ using Velmora::FToolStyleResolver;
 namespace
 {
 
-/** "color | display name | icon | category | verb". */
-std::string DumpStyle(const FResolvedToolStyle& Style)
-{
-	return Utf8(Style.Color) + " | " + Utf8(Style.DisplayName) + " | " + Utf8(Style.Icon) + " | " + Utf8(Style.Category) + " | "
-		+ Utf8(Style.ActionVerb);
-}
+	/** "color | display name | icon | category | verb". */
+	std::string DumpStyle(const FResolvedToolStyle& Style)
+	{
+		return Utf8(Style.Color) + " | " + Utf8(Style.DisplayName) + " | " + Utf8(Style.Icon) + " | " + Utf8(Style.Category) + " | " +
+			Utf8(Style.ActionVerb);
+	}
 
 } // namespace
 
@@ -43,7 +43,8 @@ TEST(ToolStyle, WorkedExamples)
 		{ TEXT("wipe"), TEXT(R"({"operation_type":"delete"})"), "#EF4444 | Wipe | tool | Deletion | Deleting" },
 		{ TEXT("make"), TEXT(R"({"operation_type":"CREATE","data_type":"blueprint"})"),
 			"#10B981 | Create Blueprint | blueprint | Asset Creation - blueprint | Creating" },
-		{ TEXT("x_y"), TEXT(R"({"operation_type":"frob","data_type":"Blackboard"})"), "#14B8A6 | Frob Blackboard | blackboard | AI System | Frob" },
+		{ TEXT("x_y"), TEXT(R"({"operation_type":"frob","data_type":"Blackboard"})"),
+			"#14B8A6 | Frob Blackboard | blackboard | AI System | Frob" },
 		{ TEXT("Compile"), TEXT(R"({"toolkit_module":"M"})"), "#3B82F6 | Compile | tool | General | Processing" },
 		{ TEXT("read_x"), TEXT(R"({"sub_operation":"EVENT"})"), "#3B82F6 | Read X | tool | General | Reading event" },
 		{ TEXT("Look"), TEXT(R"({"Operation_Type":"list"})"), "#95CBFF | Look | tool | Discovery | Scanning" },

@@ -9,25 +9,25 @@
 namespace
 {
 
-class FMessageBatcherTest : public testing::Test
-{
-protected:
-	void SetUp() override { FHostClock::UseSimulatedTime(FDateTime(2026, 1, 31, 0, 0, 9)); }
-	void TearDown() override { FHostClock::UseRealTime(); }
-};
-
-class FTrackedLayout : public FChatMessageLayout
-{
-public:
-	explicit FTrackedLayout(bool& bInGone)
-		: bGone(bInGone)
+	class FMessageBatcherTest : public testing::Test
 	{
-	}
-	~FTrackedLayout() override { bGone = true; }
+	protected:
+		void SetUp() override { FHostClock::UseSimulatedTime(FDateTime(2026, 1, 31, 0, 0, 9)); }
+		void TearDown() override { FHostClock::UseRealTime(); }
+	};
 
-private:
-	bool& bGone;
-};
+	class FTrackedLayout : public FChatMessageLayout
+	{
+	public:
+		explicit FTrackedLayout(bool& bInGone)
+			: bGone(bInGone)
+		{
+		}
+		~FTrackedLayout() override { bGone = true; }
+
+	private:
+		bool& bGone;
+	};
 
 } // namespace
 

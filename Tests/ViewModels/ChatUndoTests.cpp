@@ -8,57 +8,58 @@
 namespace
 {
 
-/** A conversation of two messages of the user with an undo point each, and somebody who answers dialogs. */
-class FChatUndoTest : public testing::Test
-{
-protected:
-	void SetUp() override
+	/** A conversation of two messages of the user with an undo point each, and somebody who answers dialogs. */
+	class FChatUndoTest : public testing::Test
 	{
-		Agent = MakeShared<FTestAgent>();
-		Agent->HoldConversation(TEXT("c1"));
-		ViewModel = MakeShared<FChatViewModel>();
-		ASSERT_TRUE(ViewModel->Initialize(Agent));
-		First = Send(TEXT("first"), TEXT("transaction-1"));
-		ViewModel->AddMessage(FChatMessage::CreateAIMessage(TEXT("answer"), false));
-		Second = Send(TEXT("second"), TEXT("transaction-2"));
-		ViewModel->AddMessage(FChatMessage::CreateToolSummaryMessage());
-		ViewModel->OnMessagesChanged().AddLambda([this] { ++ChangedCount; });
-		Agent->Calls.clear();
-		FHostServices::SetMessageDialogHook([this](const FHostMessageDialog& Dialog)
+	protected:
+		void SetUp() override
 		{
-			Dialogs.push_back(Dialog);
-			return Answer;
-		});
-	}
-
-	void TearDown() override { FHostServices::SetMessageDialogHook(nullptr); }
-
-	TSharedPtr<FChatMessage> Send(const TCHAR* Text, const TCHAR* TransactionId)
-	{
-		Agent->TransactionId = TransactionId;
-		EXPECT_TRUE(ViewModel->SendMessage(Text));
-		return ViewModel->GetMessages().Last();
-	}
-
-	/** "first|answer|second|": the texts of the list. */
-	std::string Shown() const
-	{
-		std::string Result;
-		for (const TSharedPtr<FChatMessage>& Message : ViewModel->GetMessages())
-		{
-			Result += Utf8(Message->Content) + "|";
+			Agent = MakeShared<FTestAgent>();
+			Agent->HoldConversation(TEXT("c1"));
+			ViewModel = MakeShared<FChatViewModel>();
+			ASSERT_TRUE(ViewModel->Initialize(Agent));
+			First = Send(TEXT("first"), TEXT("transaction-1"));
+			ViewModel->AddMessage(FChatMessage::CreateAIMessage(TEXT("answer"), false));
+			Second = Send(TEXT("second"), TEXT("transaction-2"));
+			ViewModel->AddMessage(FChatMessage::CreateToolSummaryMessage());
+			ViewModel->OnMessagesChanged().AddLambda([this] { ++ChangedCount; });
+			Agent->Calls.clear();
+			FHostServices::SetMessageDialogHook(
+				[this](const FHostMessageDialog& Dialog)
+				{
+					Dialogs.push_back(Dialog);
+					return Answer;
+				});
 		}
-		return Result;
-	}
 
-	TSharedPtr<FTestAgent> Agent;
-	TSharedPtr<FChatViewModel> ViewModel;
-	TSharedPtr<FChatMessage> First;
-	TSharedPtr<FChatMessage> Second;
-	EAppReturnType::Type Answer = EAppReturnType::Yes;
-	std::vector<FHostMessageDialog> Dialogs;
-	int32 ChangedCount = 0;
-};
+		void TearDown() override { FHostServices::SetMessageDialogHook(nullptr); }
+
+		TSharedPtr<FChatMessage> Send(const TCHAR* Text, const TCHAR* TransactionId)
+		{
+			Agent->TransactionId = TransactionId;
+			EXPECT_TRUE(ViewModel->SendMessage(Text));
+			return ViewModel->GetMessages().Last();
+		}
+
+		/** "first|answer|second|": the texts of the list. */
+		std::string Shown() const
+		{
+			std::string Result;
+			for (const TSharedPtr<FChatMessage>& Message : ViewModel->GetMessages())
+			{
+				Result += Utf8(Message->Content) + "|";
+			}
+			return Result;
+		}
+
+		TSharedPtr<FTestAgent> Agent;
+		TSharedPtr<FChatViewModel> ViewModel;
+		TSharedPtr<FChatMessage> First;
+		TSharedPtr<FChatMessage> Second;
+		EAppReturnType::Type Answer = EAppReturnType::Yes;
+		std::vector<FHostMessageDialog> Dialogs;
+		int32 ChangedCount = 0;
+	};
 
 } // namespace
 

@@ -14,69 +14,70 @@ using Velmora::EUpdateGateState;
 namespace
 {
 
-/** "AI: text" per message; under a group one line per tool run with its header, status and sentence. */
-std::string Dump(const TArray<TSharedPtr<FChatMessage>>& Messages)
-{
-	std::string Result;
-	for (const TSharedPtr<FChatMessage>& Message : Messages)
+	/** "AI: text" per message; under a group one line per tool run with its header, status and sentence. */
+	std::string Dump(const TArray<TSharedPtr<FChatMessage>>& Messages)
 	{
-		if (Message->Type != EChatMessageType::ToolSummary)
+		std::string Result;
+		for (const TSharedPtr<FChatMessage>& Message : Messages)
 		{
-			Result += Utf8(Message->GetSenderName()) + ": " + Utf8(Message->Content) + "\n";
-			continue;
+			if (Message->Type != EChatMessageType::ToolSummary)
+			{
+				Result += Utf8(Message->GetSenderName()) + ": " + Utf8(Message->Content) + "\n";
+				continue;
+			}
+			Result += std::string("Tools") + (Message->bIsComplete ? ", complete" : "") + (Message->bIsExpanded ? "" : ", closed") + "\n";
+			for (const TSharedPtr<FChatMessage>& Row : Message->ToolExecutions)
+			{
+				const char* Status = Row->ToolStatus == EToolStatus::Running ? "running"
+					: Row->ToolStatus == EToolStatus::Success				 ? "success"
+																			 : "failed";
+				Result += "  " + Utf8(Row->ToolActionVerb) + " " + Utf8(Row->ToolDisplayParameter) + " [" + Status + "] " +
+					Utf8(Row->Content) + "\n";
+			}
 		}
-		Result += std::string("Tools") + (Message->bIsComplete ? ", complete" : "") + (Message->bIsExpanded ? "" : ", closed") + "\n";
-		for (const TSharedPtr<FChatMessage>& Row : Message->ToolExecutions)
+		return Result;
+	}
+
+	class FChatViewModelTest : public testing::Test
+	{
+	protected:
+		void SetUp() override
 		{
-			const char* Status = Row->ToolStatus == EToolStatus::Running ? "running"
-				: Row->ToolStatus == EToolStatus::Success				   ? "success"
-																		   : "failed";
-			Result += "  " + Utf8(Row->ToolActionVerb) + " " + Utf8(Row->ToolDisplayParameter) + " [" + Status + "] " + Utf8(Row->Content) + "\n";
+			Velmora::FUpdateGateControl::SetState(EUpdateGateState::Ready, FString(), FString());
+			Agent = MakeShared<FTestAgent>();
+			Agent->HoldConversation(TEXT("c1"));
+			ViewModel = MakeShared<FChatViewModel>();
+			// The clock of the batches is one for all view models: a frame with nothing waiting sets it back.
+			ViewModel->Tick(0.0f);
+			ViewModel->OnMessagesChanged().AddLambda([this] { ++MessagesChangedCount; });
+			ViewModel->OnStateChanged().AddLambda([this](EConversationState State) { States.push_back(State); });
+			ViewModel->OnError().AddLambda([this](const FString& Error) { Errors += Utf8(Error) + "\n"; });
+			ViewModel->OnContextFilesChanged().AddLambda([this] { ++ContextFilesChangedCount; });
 		}
-	}
-	return Result;
-}
 
-class FChatViewModelTest : public testing::Test
-{
-protected:
-	void SetUp() override
-	{
-		Velmora::FUpdateGateControl::SetState(EUpdateGateState::Ready, FString(), FString());
-		Agent = MakeShared<FTestAgent>();
-		Agent->HoldConversation(TEXT("c1"));
-		ViewModel = MakeShared<FChatViewModel>();
-		// The clock of the batches is one for all view models: a frame with nothing waiting sets it back.
-		ViewModel->Tick(0.0f);
-		ViewModel->OnMessagesChanged().AddLambda([this] { ++MessagesChangedCount; });
-		ViewModel->OnStateChanged().AddLambda([this](EConversationState State) { States.push_back(State); });
-		ViewModel->OnError().AddLambda([this](const FString& Error) { Errors += Utf8(Error) + "\n"; });
-		ViewModel->OnContextFilesChanged().AddLambda([this] { ++ContextFilesChangedCount; });
-	}
+		void TearDown() override { Velmora::FUpdateGateControl::SetState(EUpdateGateState::Ready, FString(), FString()); }
 
-	void TearDown() override { Velmora::FUpdateGateControl::SetState(EUpdateGateState::Ready, FString(), FString()); }
+		void Connect()
+		{
+			ASSERT_TRUE(ViewModel->Initialize(Agent));
+			MessagesChangedCount = 0;
+		}
 
-	void Connect()
-	{
-		ASSERT_TRUE(ViewModel->Initialize(Agent));
-		MessagesChangedCount = 0;
-	}
+		std::string Shown() const { return Dump(ViewModel->GetMessages()); }
+		std::string LastCall() const { return Agent->Calls.empty() ? std::string() : Agent->Calls.back(); }
 
-	std::string Shown() const { return Dump(ViewModel->GetMessages()); }
-	std::string LastCall() const { return Agent->Calls.empty() ? std::string() : Agent->Calls.back(); }
+		TSharedPtr<FTestAgent> Agent;
+		TSharedPtr<FChatViewModel> ViewModel;
+		int32 MessagesChangedCount = 0;
+		int32 ContextFilesChangedCount = 0;
+		std::vector<EConversationState> States;
+		std::string Errors;
+	};
 
-	TSharedPtr<FTestAgent> Agent;
-	TSharedPtr<FChatViewModel> ViewModel;
-	int32 MessagesChangedCount = 0;
-	int32 ContextFilesChangedCount = 0;
-	std::vector<EConversationState> States;
-	std::string Errors;
-};
-
-using FChatCommands = FChatViewModelTest;
-using FChatAgentEvents = FChatViewModelTest;
-using FChatBatching = FChatViewModelTest;
-using FChatReload = FChatViewModelTest;
+	using FChatCommands = FChatViewModelTest;
+	using FChatAgentEvents = FChatViewModelTest;
+	using FChatBatching = FChatViewModelTest;
+	using FChatReload = FChatViewModelTest;
 
 } // namespace
 
@@ -477,8 +478,7 @@ TEST_F(FChatAgentEvents, IdGoesBeforeName)
 	Agent->FireToolStarted(TEXT("1"), TEXT("read_file"), TEXT("{\"path\":\"a\"}"));
 	Agent->FireToolStarted(TEXT("2"), TEXT("read_file"), TEXT("{\"path\":\"b\"}"));
 	Agent->FireToolCompleted(TEXT("2"), TEXT("read_file"));
-	EXPECT_EQ(Shown(),
-		"Tools\n  Analyzing a [running] Executing read_file...\n  Analyzing b [success] read_file completed successfully\n");
+	EXPECT_EQ(Shown(), "Tools\n  Analyzing a [running] Executing read_file...\n  Analyzing b [success] read_file completed successfully\n");
 }
 
 TEST_F(FChatAgentEvents, EmptyIdMatchesARowWithoutOne)

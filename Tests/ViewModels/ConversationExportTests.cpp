@@ -11,69 +11,68 @@ using EFormat = EConversationExportFormat;
 namespace
 {
 
-/** A conversation at a fixed time, exported to files. */
-class FConversationExportTest : public testing::Test
-{
-protected:
-	void SetUp() override
+	/** A conversation at a fixed time, exported to files. */
+	class FConversationExportTest : public testing::Test
 	{
-		FHostClock::UseSimulatedTime(FDateTime(2026, 1, 31, 9, 5, 7));
-		ViewModel = MakeShared<FChatViewModel>();
-	}
-
-	void TearDown() override { FHostClock::UseRealTime(); }
-
-	void Say(EChatMessageType Type, const FString& Text)
-	{
-		const TSharedPtr<FChatMessage> Message = FChatMessage::CreateUserMessage(Text);
-		Message->Type = Type;
-		ViewModel->Messages.Add(Message);
-	}
-
-	/** Everything that could go wrong: pictographs, line breaks, quotes, markup, rows that are not written. */
-	void SayEverything()
-	{
-		Say(EChatMessageType::User, TEXT("Give it a dash 🚀\nwith a \"cooldown\""));
-		ViewModel->Messages.Add(nullptr);
-		Say(EChatMessageType::ToolSummary, TEXT("left out"));
-		Say(EChatMessageType::Tool, TEXT("left out"));
-		Say(EChatMessageType::AI, TEXT("Done: <b>it's</b> in C:\\Dash & more\r\n\tédité"));
-		Say(EChatMessageType::System, TEXT("Conversation ended"));
-		ViewModel->PendingMessages.Add(FChatMessage::CreateAIMessage(TEXT("left out"), false));
-	}
-
-	std::string Export(EFormat Format)
-	{
-		EXPECT_TRUE(ViewModel->ExportConversation(Folder.At(TEXT("file")), Format));
-		return Folder.Read("file");
-	}
-
-	/** The bytes of a text as UTF-16, little endian, behind its mark. */
-	static std::string ToUtf16(const FString& Text)
-	{
-		std::string Bytes = "\xff\xfe";
-		for (const TCHAR Unit : FStringView(Text))
+	protected:
+		void SetUp() override
 		{
-			Bytes += static_cast<char>(Unit & 0xff);
-			Bytes += static_cast<char>(Unit >> 8);
+			FHostClock::UseSimulatedTime(FDateTime(2026, 1, 31, 9, 5, 7));
+			ViewModel = MakeShared<FChatViewModel>();
 		}
-		return Bytes;
-	}
 
-	FTempFolder Folder;
-	TSharedPtr<FChatViewModel> ViewModel;
-};
+		void TearDown() override { FHostClock::UseRealTime(); }
+
+		void Say(EChatMessageType Type, const FString& Text)
+		{
+			const TSharedPtr<FChatMessage> Message = FChatMessage::CreateUserMessage(Text);
+			Message->Type = Type;
+			ViewModel->Messages.Add(Message);
+		}
+
+		/** Everything that could go wrong: pictographs, line breaks, quotes, markup, rows that are not written. */
+		void SayEverything()
+		{
+			Say(EChatMessageType::User, TEXT("Give it a dash 🚀\nwith a \"cooldown\""));
+			ViewModel->Messages.Add(nullptr);
+			Say(EChatMessageType::ToolSummary, TEXT("left out"));
+			Say(EChatMessageType::Tool, TEXT("left out"));
+			Say(EChatMessageType::AI, TEXT("Done: <b>it's</b> in C:\\Dash & more\r\n\tédité"));
+			Say(EChatMessageType::System, TEXT("Conversation ended"));
+			ViewModel->PendingMessages.Add(FChatMessage::CreateAIMessage(TEXT("left out"), false));
+		}
+
+		std::string Export(EFormat Format)
+		{
+			EXPECT_TRUE(ViewModel->ExportConversation(Folder.At(TEXT("file")), Format));
+			return Folder.Read("file");
+		}
+
+		/** The bytes of a text as UTF-16, little endian, behind its mark. */
+		static std::string ToUtf16(const FString& Text)
+		{
+			std::string Bytes = "\xff\xfe";
+			for (const TCHAR Unit : FStringView(Text))
+			{
+				Bytes += static_cast<char>(Unit & 0xff);
+				Bytes += static_cast<char>(Unit >> 8);
+			}
+			return Bytes;
+		}
+
+		FTempFolder Folder;
+		TSharedPtr<FChatViewModel> ViewModel;
+	};
 
 } // namespace
 
 TEST_F(FConversationExportTest, Markdown)
 {
 	SayEverything();
-	const FString Expected =
-		TEXT("# Conversation Export\n\n**Exported:** 2026.01.31-09.05.07\n\n**Total Messages:** 6\n\n---\n\n")
+	const FString Expected = TEXT("# Conversation Export\n\n**Exported:** 2026.01.31-09.05.07\n\n**Total Messages:** 6\n\n---\n\n")
 		TEXT("*09:05:07*\n\n**👤 You:**\n\nGive it a dash 🚀\nwith a \"cooldown\"\n\n---\n\n")
-		TEXT("*09:05:07*\n\n**🤖 Velmora:**\n\nDone: <b>it's</b> in C:\\Dash & more\r\n\tédité\n\n---\n\n")
-		TEXT("*09:05:07*\n\n**ℹ️ System:**\n\nConversation ended\n\n---\n\n");
+			TEXT("*09:05:07*\n\n**🤖 Velmora:**\n\nDone: <b>it's</b> in C:\\Dash & more\r\n\tédité\n\n---\n\n")
+				TEXT("*09:05:07*\n\n**ℹ️ System:**\n\nConversation ended\n\n---\n\n");
 	EXPECT_EQ(Export(EFormat::Markdown), ToUtf16(Expected));
 	EXPECT_EQ(Export(static_cast<EFormat>(9)), ToUtf16(Expected));
 }
@@ -81,11 +80,10 @@ TEST_F(FConversationExportTest, Markdown)
 TEST_F(FConversationExportTest, PlainText)
 {
 	SayEverything();
-	const FString Expected =
-		TEXT("CONVERSATION EXPORT\n==================\n\nExported: 2026.01.31-09.05.07\nTotal Messages: 6\n\n")
+	const FString Expected = TEXT("CONVERSATION EXPORT\n==================\n\nExported: 2026.01.31-09.05.07\nTotal Messages: 6\n\n")
 		TEXT("[09:05:07] You:\nGive it a dash 🚀\nwith a \"cooldown\"\n\n----------------------------------------\n\n")
-		TEXT("[09:05:07] Velmora:\nDone: <b>it's</b> in C:\\Dash & more\r\n\tédité\n\n----------------------------------------\n\n")
-		TEXT("[09:05:07] System:\nConversation ended\n\n----------------------------------------\n\n");
+			TEXT("[09:05:07] Velmora:\nDone: <b>it's</b> in C:\\Dash & more\r\n\tédité\n\n----------------------------------------\n\n")
+				TEXT("[09:05:07] System:\nConversation ended\n\n----------------------------------------\n\n");
 	EXPECT_EQ(Export(EFormat::PlainText), ToUtf16(Expected));
 }
 
@@ -147,15 +145,14 @@ TEST_F(FConversationExportTest, Html)
 TEST_F(FConversationExportTest, Json)
 {
 	SayEverything();
-	const FString Expected =
-		TEXT("{\r\n\t\"messages\": [\r\n")
+	const FString Expected = TEXT("{\r\n\t\"messages\": [\r\n")
 		TEXT("\t\t{\r\n\t\t\t\"sender\": \"You\",\r\n\t\t\t\"content\": \"Give it a dash 🚀\\nwith a \\\"cooldown\\\"\",\r\n")
-		TEXT("\t\t\t\"timestamp\": \"09:05:07\",\r\n\t\t\t\"type\": \"You\"\r\n\t\t},\r\n")
-		TEXT("\t\t{\r\n\t\t\t\"sender\": \"Velmora AI\",\r\n\t\t\t\"content\": \"Done: <b>it's</b> in C:\\\\Dash & more\\r\\n\\tédité\",\r\n")
-		TEXT("\t\t\t\"timestamp\": \"09:05:07\",\r\n\t\t\t\"type\": \"Velmora\"\r\n\t\t},\r\n")
-		TEXT("\t\t{\r\n\t\t\t\"sender\": \"System\",\r\n\t\t\t\"content\": \"Conversation ended\",\r\n")
-		TEXT("\t\t\t\"timestamp\": \"09:05:07\",\r\n\t\t\t\"type\": \"System\"\r\n\t\t}\r\n")
-		TEXT("\t],\r\n\t\"exported_at\": \"2026.01.31-09.05.07\",\r\n\t\"message_count\": 6\r\n}");
+			TEXT("\t\t\t\"timestamp\": \"09:05:07\",\r\n\t\t\t\"type\": \"You\"\r\n\t\t},\r\n")
+				TEXT("\t\t{\r\n\t\t\t\"sender\": \"Velmora AI\",\r\n\t\t\t\"content\": \"Done: <b>it's</b> in C:\\\\Dash & "
+					 "more\\r\\n\\tédité\",\r\n") TEXT("\t\t\t\"timestamp\": \"09:05:07\",\r\n\t\t\t\"type\": \"Velmora\"\r\n\t\t},\r\n")
+					TEXT("\t\t{\r\n\t\t\t\"sender\": \"System\",\r\n\t\t\t\"content\": \"Conversation ended\",\r\n")
+						TEXT("\t\t\t\"timestamp\": \"09:05:07\",\r\n\t\t\t\"type\": \"System\"\r\n\t\t}\r\n")
+							TEXT("\t],\r\n\t\"exported_at\": \"2026.01.31-09.05.07\",\r\n\t\"message_count\": 6\r\n}");
 	EXPECT_EQ(Export(EFormat::JSON), ToUtf16(Expected));
 }
 

@@ -10,22 +10,22 @@ using Velmora::FConversationMetadata;
 namespace
 {
 
-std::string TitleOf(const FString& FirstMessage)
-{
-	FConversationMetadata Conversation;
-	Conversation.Messages.Add(FTestAgent::MakeStored(EConversationRole::User, FirstMessage));
-	return Utf8(FConversationLabel::MakeTitle(Conversation));
-}
-
-FString Repeat(const TCHAR* Text, int32 Count)
-{
-	FString Result;
-	for (int32 Index = 0; Index < Count; ++Index)
+	std::string TitleOf(const FString& FirstMessage)
 	{
-		Result += Text;
+		FConversationMetadata Conversation;
+		Conversation.Messages.Add(FTestAgent::MakeStored(EConversationRole::User, FirstMessage));
+		return Utf8(FConversationLabel::MakeTitle(Conversation));
 	}
-	return Result;
-}
+
+	FString Repeat(const TCHAR* Text, int32 Count)
+	{
+		FString Result;
+		for (int32 Index = 0; Index < Count; ++Index)
+		{
+			Result += Text;
+		}
+		return Result;
+	}
 
 } // namespace
 

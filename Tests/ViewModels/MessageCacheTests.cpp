@@ -11,12 +11,12 @@
 namespace
 {
 
-std::string DumpStats(const FMessageCacheManager& Manager)
-{
-	const FCacheStats Stats = Manager.GetCacheStats();
-	return std::to_string(Stats.CachedLayouts) + " " + std::to_string(Stats.CachedWidgets) + " " + std::to_string(Stats.CacheHits) + " "
-		+ std::to_string(Stats.CacheMisses);
-}
+	std::string DumpStats(const FMessageCacheManager& Manager)
+	{
+		const FCacheStats Stats = Manager.GetCacheStats();
+		return std::to_string(Stats.CachedLayouts) + " " + std::to_string(Stats.CachedWidgets) + " " + std::to_string(Stats.CacheHits) +
+			" " + std::to_string(Stats.CacheMisses);
+	}
 
 } // namespace
 
@@ -62,7 +62,8 @@ TEST(MessageCache, TheOldestMessagesGo)
 		int32 MaxToKeep;
 		int32 Removed;
 	};
-	for (const FCase& Case : { FCase{ 150, 100, 50 }, FCase{ 100, 100, 0 }, FCase{ 3, 100, 0 }, FCase{ 3, 0, 3 }, FCase{ 3, -1, 3 }, FCase{ 0, 0, 0 } })
+	for (const FCase& Case :
+		{ FCase{ 150, 100, 50 }, FCase{ 100, 100, 0 }, FCase{ 3, 100, 0 }, FCase{ 3, 0, 3 }, FCase{ 3, -1, 3 }, FCase{ 0, 0, 0 } })
 	{
 		TArray<TSharedPtr<FChatMessage>> Messages;
 		for (int32 Index = 0; Index < Case.Count; ++Index)

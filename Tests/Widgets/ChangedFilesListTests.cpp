@@ -46,12 +46,16 @@ protected:
 
 	void AddFile(const TCHAR* Group, const TCHAR* Path, uint8 Action, double SecondsAgo, const TCHAR* Id = TEXT("c1"))
 	{
-		FFileHistoryTracker::Get().Operations.FindOrAdd(Id).FindOrAdd(Group).Add({ Path, Action, Now - FTimespan::FromSeconds(SecondsAgo) });
+		FFileHistoryTracker::Get().Operations.FindOrAdd(Id).FindOrAdd(Group).Add(
+			{ Path, Action, Now - FTimespan::FromSeconds(SecondsAgo) });
 	}
 
 	void AddAsset(const TCHAR* Path, uint8 Action, double SecondsAgo)
 	{
-		FAssetHistoryTracker::Get().Operations.FindOrAdd(TEXT("c1")).FindOrAdd(TEXT("g")).Add({ Path, Action, Now - FTimespan::FromSeconds(SecondsAgo) });
+		FAssetHistoryTracker::Get()
+			.Operations.FindOrAdd(TEXT("c1"))
+			.FindOrAdd(TEXT("g"))
+			.Add({ Path, Action, Now - FTimespan::FromSeconds(SecondsAgo) });
 	}
 
 	/** The rows from above: tooltip's first line and, in brackets, whether it is an asset. */
@@ -101,18 +105,33 @@ TEST_F(FChangedFilesListTest, OneRowAPathWithWhatHappenedLast)
 		FTextList Rows;
 	};
 	const FStep Steps[] = {
-		{ "newest first", [this]() { AddFile(TEXT("g"), TEXT("A.h"), 1, 50); AddFile(TEXT("g"), TEXT("B.h"), 3, 20); AddFile(TEXT("g"), TEXT("C.h"), 2, 90); },
+		{ "newest first",
+			[this]()
+			{
+				AddFile(TEXT("g"), TEXT("A.h"), 1, 50);
+				AddFile(TEXT("g"), TEXT("B.h"), 3, 20);
+				AddFile(TEXT("g"), TEXT("C.h"), 2, 90);
+			},
 			{ "Deleted: B.h", "Created: A.h", "Modified: C.h" } },
-		{ "a later one in the same list", [this]() { AddFile(TEXT("g"), TEXT("A.h"), 2, 10); }, { "Modified: A.h", "Deleted: B.h", "Modified: C.h" } },
-		{ "an earlier one in another list", [this]() { AddFile(TEXT("h"), TEXT("B.h"), 1, 60); }, { "Modified: A.h", "Deleted: B.h", "Modified: C.h" } },
-		{ "a later one in another list", [this]() { AddFile(TEXT("h"), TEXT("C.h"), 3, 5); }, { "Deleted: C.h", "Modified: A.h", "Deleted: B.h" } },
-		{ "another conversation", [this]() { AddFile(TEXT("g"), TEXT("D.h"), 1, 1, TEXT("c2")); }, { "Deleted: C.h", "Modified: A.h", "Deleted: B.h" } },
-		{ "of two spellings the newer one's", [this]() { AddFile(TEXT("g"), TEXT("a.H"), 3, 4); }, { "Deleted: a.H", "Deleted: C.h", "Deleted: B.h" } },
+		{ "a later one in the same list", [this]() { AddFile(TEXT("g"), TEXT("A.h"), 2, 10); },
+			{ "Modified: A.h", "Deleted: B.h", "Modified: C.h" } },
+		{ "an earlier one in another list", [this]() { AddFile(TEXT("h"), TEXT("B.h"), 1, 60); },
+			{ "Modified: A.h", "Deleted: B.h", "Modified: C.h" } },
+		{ "a later one in another list", [this]() { AddFile(TEXT("h"), TEXT("C.h"), 3, 5); },
+			{ "Deleted: C.h", "Modified: A.h", "Deleted: B.h" } },
+		{ "another conversation", [this]() { AddFile(TEXT("g"), TEXT("D.h"), 1, 1, TEXT("c2")); },
+			{ "Deleted: C.h", "Modified: A.h", "Deleted: B.h" } },
+		{ "of two spellings the newer one's", [this]() { AddFile(TEXT("g"), TEXT("a.H"), 3, 4); },
+			{ "Deleted: a.H", "Deleted: C.h", "Deleted: B.h" } },
 		{ "an older spelling", [this]() { AddFile(TEXT("g"), TEXT("C.H"), 1, 70); }, { "Deleted: a.H", "Deleted: C.h", "Deleted: B.h" } },
-		{ "assets, too", [this]() { AddAsset(TEXT("/Game/X"), 2, 2); }, { "Modified: /Game/X (asset)", "Deleted: a.H", "Deleted: C.h", "Deleted: B.h" } },
-		{ "at equal times the file stays", [this]() { AddAsset(TEXT("B.h"), 1, 20); }, { "Modified: /Game/X (asset)", "Deleted: a.H", "Deleted: C.h", "Deleted: B.h" } },
-		{ "a later asset", [this]() { AddAsset(TEXT("b.h"), 1, 19.9); }, { "Modified: /Game/X (asset)", "Deleted: a.H", "Deleted: C.h", "Created: b.h (asset)" } },
-		{ "of equal times the first stays", [this]() { AddFile(TEXT("z"), TEXT("C.h"), 1, 5); }, { "Modified: /Game/X (asset)", "Deleted: a.H", "Deleted: C.h", "Created: b.h (asset)" } },
+		{ "assets, too", [this]() { AddAsset(TEXT("/Game/X"), 2, 2); },
+			{ "Modified: /Game/X (asset)", "Deleted: a.H", "Deleted: C.h", "Deleted: B.h" } },
+		{ "at equal times the file stays", [this]() { AddAsset(TEXT("B.h"), 1, 20); },
+			{ "Modified: /Game/X (asset)", "Deleted: a.H", "Deleted: C.h", "Deleted: B.h" } },
+		{ "a later asset", [this]() { AddAsset(TEXT("b.h"), 1, 19.9); },
+			{ "Modified: /Game/X (asset)", "Deleted: a.H", "Deleted: C.h", "Created: b.h (asset)" } },
+		{ "of equal times the first stays", [this]() { AddFile(TEXT("z"), TEXT("C.h"), 1, 5); },
+			{ "Modified: /Game/X (asset)", "Deleted: a.H", "Deleted: C.h", "Created: b.h (asset)" } },
 	};
 	for (const FStep& Step : Steps)
 	{

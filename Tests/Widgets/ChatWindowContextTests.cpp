@@ -79,7 +79,8 @@ TEST_F(FChatWindowContextTest, ChipsAreNamedByWhatIsAttached)
 {
 	Project.Write("Source/Game/A.cpp", "");
 	Project.Write("Source/v1.2/A.cpp", "");
-	EXPECT_FALSE(IsShown(FWidgetTest::FindByTag("InputTextBox")) && FWidgetFinder::FindByTag("ContextChips").IsValid()) << "no files, no row";
+	EXPECT_FALSE(IsShown(FWidgetTest::FindByTag("InputTextBox")) && FWidgetFinder::FindByTag("ContextChips").IsValid())
+		<< "no files, no row";
 	struct FCase
 	{
 		const TCHAR* File;

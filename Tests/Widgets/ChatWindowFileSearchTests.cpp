@@ -141,8 +141,9 @@ TEST_F(FChatWindowFileSearchTest, TabAndMousePickToo)
 	EXPECT_EQ(GetAttached(), (FTextList{ "zebra.txt", "wolf33.ini", "wolf4444.uasset" }));
 	EXPECT_TRUE(IsShown(FindByText("wolf4444"))) << "its chip";
 	PressKey("CTRL+Enter");
-	EXPECT_EQ(Agent->Calls, (std::vector<std::string>{ "SendMessage 'zebra.txt wolf33.ini wolf4444 ' [" + Project.PathOf("src/zebra.txt") + ", "
-			+ Project.PathOf("src/wolf33.ini") + ", " + Project.PathOf("wolf4444.uasset") + "]" }));
+	EXPECT_EQ(Agent->Calls,
+		(std::vector<std::string>{ "SendMessage 'zebra.txt wolf33.ini wolf4444 ' [" + Project.PathOf("src/zebra.txt") + ", " +
+			Project.PathOf("src/wolf33.ini") + ", " + Project.PathOf("wolf4444.uasset") + "]" }));
 	EXPECT_EQ(GetAttached(), FTextList());
 	EXPECT_EQ(Dump(), "¦");
 }
@@ -222,7 +223,8 @@ TEST_F(FChatWindowFileSearchTest, TheDropdownStandsAboveThePromptWhateverItsSize
 	EXPECT_LT(GetRect(*Window->FileSearchDropdown).Height(), 140.0f);
 	PressKey("Up");
 	PumpFrame();
-	EXPECT_TRUE(IsShown(FindByText(Utf8(Window->FileSearchDropdown->ListItems.Last()->Entry.DisplayPath)))) << "the selected one is in view";
+	EXPECT_TRUE(IsShown(FindByText(Utf8(Window->FileSearchDropdown->ListItems.Last()->Entry.DisplayPath))))
+		<< "the selected one is in view";
 }
 
 TEST_F(FChatWindowFileSearchTest, AFileThatIsGoneIsAttachedAllTheSame)
@@ -329,7 +331,8 @@ TEST_F(FChatWindowFileSearchTest, PlacesAndIndexesMapOntoEachOther)
 	{
 		const FString Line = FString::ChrN(Length, TEXT('x')) + TEXT("\n");
 		const FString Text = Line + Line + TEXT("end");
-		const auto ToLinear = [&Text](int32 LineIndex, int32 Offset) { return SChatWindow::TextLocationToLinearIndexForTests(Text, FTextLocation(LineIndex, Offset)); };
+		const auto ToLinear = [&Text](int32 LineIndex, int32 Offset)
+		{ return SChatWindow::TextLocationToLinearIndexForTests(Text, FTextLocation(LineIndex, Offset)); };
 		EXPECT_EQ(ToLinear(1, Length - 1), Line.Len() + Length - 1);
 		EXPECT_EQ(ToLinear(1, Length), Line.Len() + Length);
 		EXPECT_EQ(ToLinear(1, Length + 1), Text.Len()) << "beyond its line";
@@ -346,7 +349,8 @@ TEST_F(FChatWindowFileSearchTest, PlacesAndIndexesMapOntoEachOther)
 	};
 	for (const FCase& Case : ToLocation)
 	{
-		EXPECT_TRUE(SChatWindow::LinearIndexToTextLocationForTests(Case.Text, Case.Index) == Case.Location) << Utf8(Case.Text) << " " << Case.Index;
+		EXPECT_TRUE(SChatWindow::LinearIndexToTextLocationForTests(Case.Text, Case.Index) == Case.Location)
+			<< Utf8(Case.Text) << " " << Case.Index;
 	}
 	FString Long;
 	for (int32 Index = 0; Index < 1500; ++Index)

@@ -15,11 +15,12 @@ protected:
 	void SetUp() override
 	{
 		FChatWindowTest::SetUp();
-		FHostServices::SetMessageDialogHook([this](const FHostMessageDialog& Dialog)
-		{
-			Dialogs.push_back(Dialog);
-			return Answer;
-		});
+		FHostServices::SetMessageDialogHook(
+			[this](const FHostMessageDialog& Dialog)
+			{
+				Dialogs.push_back(Dialog);
+				return Answer;
+			});
 	}
 
 	void TearDown() override
@@ -44,7 +45,8 @@ protected:
 TEST_F(FChatWindowHeaderTest, ButtonsHaveLabelsAndTips)
 {
 	Connect();
-	EXPECT_EQ(GetToolTipOf("NewConversationButton"), "VelmoraUI,NewConversationTooltip_Short: Start a new chat and keep this conversation in history.");
+	EXPECT_EQ(GetToolTipOf("NewConversationButton"),
+		"VelmoraUI,NewConversationTooltip_Short: Start a new chat and keep this conversation in history.");
 	EXPECT_EQ(GetToolTipOf("ExportButton"), "VelmoraUI,ExportTooltip_Short: Export this chat as a file.");
 	EXPECT_EQ(GetToolTipOf("ClearButton"), "VelmoraUI,ClearTooltip_Short: Delete this chat from history. This can’t be undone.");
 	EXPECT_EQ(GetToolTipOf("ConversationComboBox"),
@@ -123,15 +125,16 @@ TEST_F(FChatWindowHeaderTest, ExportAsksForAFile)
 	ConnectWithMessage();
 	FHostDialogs::SetAnswering(true);
 	TOptional<FHostOpenSaveDialog> Asked;
-	App().SetFrameHook([&Asked]
-	{
-		FHostClock::Advance(1.0 / 60.0);
-		if (!Asked.IsSet())
+	App().SetFrameHook(
+		[&Asked]
 		{
-			Asked = FHostFileDialogs::GetOpen();
-			FHostFileDialogs::PressOpen(TEXT("Cancel"));
-		}
-	});
+			FHostClock::Advance(1.0 / 60.0);
+			if (!Asked.IsSet())
+			{
+				Asked = FHostFileDialogs::GetOpen();
+				FHostFileDialogs::PressOpen(TEXT("Cancel"));
+			}
+		});
 	Window->OnExportClicked();
 	App().SetFrameHook(nullptr);
 	FHostDialogs::SetAnswering(false);
@@ -142,8 +145,9 @@ TEST_F(FChatWindowHeaderTest, ExportAsksForAFile)
 	EXPECT_EQ(Asked->Name.Len(), FString(TEXT("conversation_20260131_120000")).Len());
 
 	const FTempFolder Folder;
-	for (const auto& [Name, Start] : { std::pair("a.HTM", "<!DOCTYPE html>"), std::pair("b", "# Conversation Export"),
-			 std::pair("c.log", "# Conversation Export"), std::pair("d.txt", "CONVERSATION EXPORT"), std::pair("e.json", "{\r\n\t\"messages\"") })
+	for (const auto& [Name, Start] :
+		{ std::pair("a.HTM", "<!DOCTYPE html>"), std::pair("b", "# Conversation Export"), std::pair("c.log", "# Conversation Export"),
+			std::pair("d.txt", "CONVERSATION EXPORT"), std::pair("e.json", "{\r\n\t\"messages\"") })
 	{
 		FHostFileDialogs::QueueAnswer(Folder.At(*FString(Name)));
 		Click(FindByTag("ExportButton"));
@@ -181,8 +185,10 @@ TEST_F(FChatWindowHeaderTest, TheUpdateButtonByTable)
 		{ EGate::Downloading, TEXT(""), TEXT("2.4.0"), true, false, "Downloading...", "Downloading update...", true },
 		{ EGate::Downloading, TEXT("Fetching"), TEXT("2.4.0"), true, false, "Downloading...", "Fetching", true },
 		{ EGate::Downloading, TEXT("Fetching 41%, wait"), TEXT("2.4.0"), true, false, "Fetching 41%, wait", "Fetching 41%, wait", true },
-		{ EGate::RestartRequired, TEXT(""), TEXT(""), true, false, "Restart Required", "A Velmora update has been downloaded. Restart the editor to install.", true },
-		{ EGate::RestartRequired, TEXT("Please restart"), TEXT("2.4.0"), true, false, "Restart Required", "Please restart (Version: 2.4.0)", true },
+		{ EGate::RestartRequired, TEXT(""), TEXT(""), true, false, "Restart Required",
+			"A Velmora update has been downloaded. Restart the editor to install.", true },
+		{ EGate::RestartRequired, TEXT("Please restart"), TEXT("2.4.0"), true, false, "Restart Required", "Please restart (Version: 2.4.0)",
+			true },
 		{ static_cast<EGate>(9), TEXT("m"), TEXT(""), false, false, "", "", false },
 	};
 	Connect();

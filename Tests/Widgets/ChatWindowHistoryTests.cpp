@@ -51,9 +51,9 @@ protected:
 	/** "2 running, queued": how many refreshes have begun, and the flags. */
 	std::string DumpRefresh() const
 	{
-		return std::to_string(Window->GetConversationHistoryRefreshRequestIdForTests())
-			+ (Window->IsConversationHistoryRefreshInFlightForTests() ? " running" : "")
-			+ (Window->IsConversationHistoryRefreshQueuedForTests() ? ", queued" : "");
+		return std::to_string(Window->GetConversationHistoryRefreshRequestIdForTests()) +
+			(Window->IsConversationHistoryRefreshInFlightForTests() ? " running" : "") +
+			(Window->IsConversationHistoryRefreshQueuedForTests() ? ", queued" : "");
 	}
 
 	/** Lets the worker under way end and takes in what it found, no more. */
@@ -259,7 +259,8 @@ TEST_F(FChatWindowHistoryTest, RowsShowTitleIdAgeAndTheCurrentOne)
 	const auto Dump = [this](const FConversationMetadata& Conversation)
 	{ return DumpWidgets(*Window->OnGenerateConversationWidget(MakeShared<FConversationMetadata>(Conversation))); };
 	EXPECT_EQ(Dump(MakeConversation(TEXT("7F3A9CDD"), TEXT("Add a dash"), 130.0)),
-		"SBorder[SVerticalBox[SHorizontalBox[STextBlock 'Add a dash', SBorder[STextBlock 'Current']], STextBlock '[7F3A9C] · 2 mins ago']]");
+		"SBorder[SVerticalBox[SHorizontalBox[STextBlock 'Add a dash', SBorder[STextBlock 'Current']], STextBlock '[7F3A9C] · 2 mins "
+		"ago']]");
 	EXPECT_EQ(Dump(MakeConversation(TEXT("ab"))),
 		"SBorder[SVerticalBox[SHorizontalBox[STextBlock 'New Conversation'], STextBlock '[ab] · just now']]");
 	EXPECT_EQ(DumpWidgets(*Window->OnGenerateConversationWidget(nullptr)), "STextBlock 'Invalid'");
@@ -270,8 +271,8 @@ TEST_F(FChatWindowHistoryTest, TheHeaderNamesTheCurrentConversation)
 {
 	const auto Dump = [this]
 	{
-		return Utf8(Window->GetConversationHeaderIdText().ToString()) + "|" + Utf8(Window->GetConversationHeaderTitleText().ToString()) + "|"
-			+ Utf8(Window->GetConversationHeaderTimeText().ToString()) + "|" + Utf8(Window->GetConversationDropdownText().ToString());
+		return Utf8(Window->GetConversationHeaderIdText().ToString()) + "|" + Utf8(Window->GetConversationHeaderTitleText().ToString()) +
+			"|" + Utf8(Window->GetConversationHeaderTimeText().ToString()) + "|" + Utf8(Window->GetConversationDropdownText().ToString());
 	};
 	EXPECT_EQ(Dump(), "|No chats yet||No chats yet");
 	Connect();

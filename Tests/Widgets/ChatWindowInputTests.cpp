@@ -121,7 +121,8 @@ TEST_F(FChatWindowInputTest, PauseContinueAndCancel)
 	EXPECT_EQ(GetMessageTexts(), (FTextList{ "shorter, please" })) << "the notice is gone";
 
 	Click(FindByTag("CancelButton"));
-	EXPECT_EQ(Agent->Calls, (std::vector<std::string>{ "PauseConversation", "ResumeConversation 'shorter, please'", "CancelConversation" }));
+	EXPECT_EQ(
+		Agent->Calls, (std::vector<std::string>{ "PauseConversation", "ResumeConversation 'shorter, please'", "CancelConversation" }));
 	EXPECT_EQ(GetMessageTexts().back(), "Conversation cancelled");
 }
 

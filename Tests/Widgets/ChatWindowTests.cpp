@@ -9,10 +9,12 @@ TEST_F(FChatWindowTest, WithoutAViewModelItSaysSo)
 	EXPECT_EQ(DumpControls(), "Not initialized: (Send) (Cancel) (New)");
 	EXPECT_EQ(DumpKey(Window->GetStatusText()), "VelmoraUI,NotInitialized: Not initialized");
 	EXPECT_TRUE(Window->GetStatusColor() == FSlateColor(FVelmoraUIStyles::GetStatusIdleColor()));
-	EXPECT_EQ(VisibleTexts(), (FTextList{ "No chats yet", "New", "Export", "Clear", "Changed Files", "General", "0 characters", "Not initialized" })) << "neither messages nor welcome";
+	EXPECT_EQ(VisibleTexts(),
+		(FTextList{ "No chats yet", "New", "Export", "Clear", "Changed Files", "General", "0 characters", "Not initialized" }))
+		<< "neither messages nor welcome";
 	for (const auto Handler : { &SChatWindow::OnSendButtonClicked, &SChatWindow::OnPauseClicked, &SChatWindow::OnContinueClicked,
-			 &SChatWindow::OnCancelClicked, &SChatWindow::OnNewConversationClicked, &SChatWindow::OnExportClicked, &SChatWindow::OnClearHistoryClicked,
-			 &SChatWindow::OnSidepanelButtonClicked })
+			 &SChatWindow::OnCancelClicked, &SChatWindow::OnNewConversationClicked, &SChatWindow::OnExportClicked,
+			 &SChatWindow::OnClearHistoryClicked, &SChatWindow::OnSidepanelButtonClicked })
 	{
 		EXPECT_TRUE((Window.Get()->*Handler)().IsEventHandled());
 	}
@@ -128,7 +130,8 @@ TEST_F(FChatWindowTest, TheWelcomeStandsUntilTheFirstMessage)
 	const FTextList Texts = VisibleTexts();
 	const auto Welcome = std::find(Texts.begin(), Texts.end(), "Welcome to Velmora");
 	ASSERT_GE(Texts.end() - Welcome, 2);
-	EXPECT_TRUE(Welcome[1].starts_with("Start a conversation by typing a message below.\n\nVelmora AI Co-Developer can help you with:\n\n  • Ideation"));
+	EXPECT_TRUE(Welcome[1].starts_with(
+		"Start a conversation by typing a message below.\n\nVelmora AI Co-Developer can help you with:\n\n  • Ideation"));
 	EXPECT_EQ(CountByType("SEmptyState"), 1);
 	Agent->FireMessage(TEXT("hello"));
 	PumpSeconds(0.3);

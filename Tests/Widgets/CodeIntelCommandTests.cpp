@@ -77,15 +77,19 @@ TEST_F(FCodeIntelCommandTest, TheyHaveTheirNamesWordsAndNoKeys)
 		Words.push_back(DumpKey(Command.GetLabel()) + " / " + DumpKey(Command.GetDescription()));
 	}
 	const std::string N = "CodeIntelCommands,";
-	EXPECT_EQ(Words, (FTextList{
-		N + "RebuildIndex: Rebuild Index / " + N + "RebuildIndex_ToolTip: Rebuild the entire code intelligence index from scratch",
-		N + "CompactIndex: Compact Index / " + N + "CompactIndex_ToolTip: Compact the index to remove stale data and reduce size",
-		N + "ReconcileIndex: Reconcile Index / " + N + "ReconcileIndex_ToolTip: Scan filesystem for files added or deleted while editor was closed",
-		N + "ViewStatus: View Index Status / " + N + "ViewStatus_ToolTip: View current index status and statistics",
-		N + "OpenSettings: Code Index Settings / " + N + "OpenSettings_ToolTip: Open code intelligence settings panel",
-		N + "RebuildEngineIndex: Rebuild Engine Index / " + N + "RebuildEngineIndex_ToolTip: Build or rebuild the Unreal Engine source code index (may take several minutes)",
-		N + "ClearEngineIndex: Clear Engine Index / " + N + "ClearEngineIndex_ToolTip: Delete the engine index to reclaim disk space",
-		N + "ReconcileEngineIndex: Reconcile Engine Index / " + N + "ReconcileEngineIndex_ToolTip: Scan engine filesystem for files added or deleted while editor was closed" }));
+	EXPECT_EQ(Words,
+		(FTextList{
+			N + "RebuildIndex: Rebuild Index / " + N + "RebuildIndex_ToolTip: Rebuild the entire code intelligence index from scratch",
+			N + "CompactIndex: Compact Index / " + N + "CompactIndex_ToolTip: Compact the index to remove stale data and reduce size",
+			N + "ReconcileIndex: Reconcile Index / " + N +
+				"ReconcileIndex_ToolTip: Scan filesystem for files added or deleted while editor was closed",
+			N + "ViewStatus: View Index Status / " + N + "ViewStatus_ToolTip: View current index status and statistics",
+			N + "OpenSettings: Code Index Settings / " + N + "OpenSettings_ToolTip: Open code intelligence settings panel",
+			N + "RebuildEngineIndex: Rebuild Engine Index / " + N +
+				"RebuildEngineIndex_ToolTip: Build or rebuild the Unreal Engine source code index (may take several minutes)",
+			N + "ClearEngineIndex: Clear Engine Index / " + N + "ClearEngineIndex_ToolTip: Delete the engine index to reclaim disk space",
+			N + "ReconcileEngineIndex: Reconcile Engine Index / " + N +
+				"ReconcileEngineIndex_ToolTip: Scan engine filesystem for files added or deleted while editor was closed" }));
 	const TSharedRef<FBindingContext> Context = FCodeIntelCommands::Get().GetBindingContext();
 	EXPECT_EQ(Utf8(Context->GetContextName().ToString()), "CodeIntel");
 	EXPECT_EQ(DumpKey(Context->GetContextDesc()), "Contexts,CodeIntel: Code Intelligence");
@@ -120,13 +124,17 @@ TEST_F(FCodeIntelCommandTest, WithoutAnIndex)
 {
 	Start();
 	EXPECT_EQ(Allowed(), (FTextList{ "RebuildIndex", "CompactIndex", "ViewStatus", "OpenSettings" }));
-	EXPECT_EQ(Report(), "=== PROJECT INDEX ===\n\nStatus: Not Ready\nThe project index has not been built yet.\n\n=== ENGINE INDEX ===\n\nStatus: Disabled\nEnable 'Include Engine Source' in Settings to use engine index.\n");
+	EXPECT_EQ(Report(),
+		"=== PROJECT INDEX ===\n\nStatus: Not Ready\nThe project index has not been built yet.\n\n=== ENGINE INDEX ===\n\nStatus: "
+		"Disabled\nEnable 'Include Engine Source' in Settings to use engine index.\n");
 	SetEngineIncluded(true);
-	EXPECT_EQ(Allowed(), (FTextList{ "RebuildIndex", "CompactIndex", "ViewStatus", "OpenSettings", "RebuildEngineIndex", "ClearEngineIndex" }));
+	EXPECT_EQ(
+		Allowed(), (FTextList{ "RebuildIndex", "CompactIndex", "ViewStatus", "OpenSettings", "RebuildEngineIndex", "ClearEngineIndex" }));
 	EXPECT_TRUE(Report().ends_with("=== ENGINE INDEX ===\n\nStatus: Not Initialized\n")) << Report();
 	Manager().InitializeEngineIndex();
 	Settle();
-	EXPECT_TRUE(Report().ends_with("=== ENGINE INDEX ===\n\nStatus: Not Ready\nUse 'Rebuild Engine Index' to build the engine index.\n")) << Report();
+	EXPECT_TRUE(Report().ends_with("=== ENGINE INDEX ===\n\nStatus: Not Ready\nUse 'Rebuild Engine Index' to build the engine index.\n"))
+		<< Report();
 	Run(FCodeIntelCommands::Get().CompactIndex);
 	Run(FCodeIntelCommands::Get().ReconcileEngineIndex);
 	EXPECT_EQ(TakeToasts(), (FTextList{ Failed("Cannot compact: index not ready"), Failed("Cannot reconcile: engine index not ready") }));
@@ -150,8 +158,11 @@ TEST_F(FCodeIntelCommandTest, BuildCompactAndReconcile)
 	EXPECT_EQ(Toasts[0], "[2] Building code intelligence index...");
 	EXPECT_TRUE(Toasts[1].starts_with("[2] Code index ready! (1 symbols, ")) << Toasts[1];
 	EXPECT_EQ(Allowed().size(), 8u);
-	EXPECT_EQ(Report(), "=== PROJECT INDEX ===\n\nStatus: Ready\nTotal Files: 1\nFailed Files: 0\nEstimated Symbols: 2\nIndex Size: # MB\nLast Build Time: # seconds\nProject Root: PROJECT\n"
-						"\n=== ENGINE INDEX ===\n\nStatus: Ready\nTotal Files: 1\nFailed Files: 0\nEstimated Symbols: 1\nIndex Size: # MB\nLast Build Time: # seconds\nEngine Root: ENGINE\n");
+	EXPECT_EQ(Report(),
+		"=== PROJECT INDEX ===\n\nStatus: Ready\nTotal Files: 1\nFailed Files: 0\nEstimated Symbols: 2\nIndex Size: # MB\nLast Build Time: "
+		"# seconds\nProject Root: PROJECT\n"
+		"\n=== ENGINE INDEX ===\n\nStatus: Ready\nTotal Files: 1\nFailed Files: 0\nEstimated Symbols: 1\nIndex Size: # MB\nLast Build "
+		"Time: # seconds\nEngine Root: ENGINE\n");
 
 	ASSERT_TRUE(WaitUntil([] { return Manager().IsReindexerRunning() && Manager().IsEngineReindexerRunning(); }));
 	Run(Commands.ReconcileIndex);
@@ -199,7 +210,8 @@ TEST_F(FCodeIntelCommandTest, WhileABuildRuns)
 	TakeToasts();
 	Run(Commands.RebuildEngineIndex);
 	Run(Commands.ClearEngineIndex);
-	EXPECT_EQ(TakeToasts(), (FTextList{ Failed("Engine index build already in progress"), Failed("Cannot clear while engine index is building") }));
+	EXPECT_EQ(TakeToasts(),
+		(FTextList{ Failed("Engine index build already in progress"), Failed("Cannot clear while engine index is building") }));
 }
 
 TEST_F(FCodeIntelCommandTest, BuildsThatFailSaySo)
@@ -212,7 +224,8 @@ TEST_F(FCodeIntelCommandTest, BuildsThatFailSaySo)
 	EXPECT_EQ(TakeToasts(), (FTextList{ "[3] Building code intelligence index...", Failed("Rebuild failed - check log for details") }));
 	Run(FCodeIntelCommands::Get().RebuildEngineIndex);
 	Settle();
-	EXPECT_EQ(TakeToasts(), (FTextList{ "[3] Building code intelligence index...", Failed("Engine index rebuild failed - check log for details") }));
+	EXPECT_EQ(TakeToasts(),
+		(FTextList{ "[3] Building code intelligence index...", Failed("Engine index rebuild failed - check log for details") }));
 }
 
 TEST_F(FCodeIntelCommandTest, TheMenuHasItsEntriesAndGreysThemAtOnce)
@@ -306,20 +319,22 @@ TEST_F(FCodeIntelCommandTest, TheStatusStandsInAWindowThatClosesByItsButton)
 	int32 Frames = 0;
 	FTextList Seen;
 	// The window runs frames of its own until it is closed.
-	App().SetFrameHook([&] {
-		if (++Frames == 3)
+	App().SetFrameHook(
+		[&]
 		{
-			Seen = VisibleTexts();
-			EXPECT_EQ(App().GetActiveModalWindow()->GetClientSize(), FVector2D(600, 500));
-			const FVector2D Button = GetCenter(FindByText("Close"));
-			App().GetMessageHandler().OnMouseDown(EKeys::LeftMouseButton, Button, FModifierKeysState());
-			App().GetMessageHandler().OnMouseUp(EKeys::LeftMouseButton, Button, FModifierKeysState());
-		}
-		if (Frames > 100)
-		{
-			App().RequestExit();
-		}
-	});
+			if (++Frames == 3)
+			{
+				Seen = VisibleTexts();
+				EXPECT_EQ(App().GetActiveModalWindow()->GetClientSize(), FVector2D(600, 500));
+				const FVector2D Button = GetCenter(FindByText("Close"));
+				App().GetMessageHandler().OnMouseDown(EKeys::LeftMouseButton, Button, FModifierKeysState());
+				App().GetMessageHandler().OnMouseUp(EKeys::LeftMouseButton, Button, FModifierKeysState());
+			}
+			if (Frames > 100)
+			{
+				App().RequestExit();
+			}
+		});
 	Click(FindByText("View Index Status"));
 	App().SetFrameHook(nullptr);
 	EXPECT_EQ(Seen, (FTextList{ "Code Intelligence Status", Utf8(FActions::BuildStatusReport()), "Close" }));

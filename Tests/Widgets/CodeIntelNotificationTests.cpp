@@ -31,10 +31,7 @@ protected:
 		return List;
 	}
 
-	static std::string LastKey()
-	{
-		return DumpKey(FHostNotifications::GetVisible().Last().Text);
-	}
+	static std::string LastKey() { return DumpKey(FHostNotifications::GetVisible().Last().Text); }
 };
 
 TEST_F(FCodeIntelNotificationTest, EachHasItsWords)
@@ -124,10 +121,13 @@ TEST_F(FCodeIntelNotificationTest, ButtonsLeadToTheTabs)
 	FTextList Opened;
 	for (const char* Name : { "OutputLog", "VelmoraTab" })
 	{
-		FGlobalTabmanager::Get()->RegisterNomadTabSpawner(FName(Name), FOnSpawnTab::CreateLambda([&Opened, Name](const FSpawnTabArgs&) {
-			Opened.push_back(Name);
-			return SNew(SDockTab);
-		}));
+		FGlobalTabmanager::Get()->RegisterNomadTabSpawner(FName(Name),
+			FOnSpawnTab::CreateLambda(
+				[&Opened, Name](const FSpawnTabArgs&)
+				{
+					Opened.push_back(Name);
+					return SNew(SDockTab);
+				}));
 	}
 	FCodeIntelNotifications::ShowBuildFailed(TEXT("x"));
 	PumpFrame();

@@ -25,7 +25,10 @@ protected:
 			[
 				SAssignNew(Dropdown, SFileSearchDropdown)
 				.InitialQuery(Query)
-				.OnFileSelected_Lambda([this](const FFileIndexEntry& Entry) { Picked.push_back(Utf8(FPaths::GetCleanFilename(Entry.FilePath))); })
+				.OnFileSelected_Lambda([this](const FFileIndexEntry& Entry)
+				{
+					Picked.push_back(Utf8(FPaths::GetCleanFilename(Entry.FilePath)));
+				})
 				.OnCancelled_Lambda([this]() { Picked.push_back("cancelled"); })
 			]);
 		// clang-format on
@@ -244,6 +247,7 @@ TEST_F(FFileSearchItemTest, LooksFollowKindAndSelection)
 	Hover(Item.ToSharedRef());
 	EXPECT_TRUE(Item->GetBackgroundColor() == FSlateColor(FVelmoraUIStyles::FromHexSRGB(TEXT("2B2A2A")).CopyWithNewOpacity(0.5f)));
 	Item->SetIsSelected(true);
-	EXPECT_TRUE(Item->GetBackgroundColor() == FSlateColor(FVelmoraUIStyles::FromHexSRGB(TEXT("95E7FFFF")) * 0.6f)) << "selected goes before hovered";
+	EXPECT_TRUE(Item->GetBackgroundColor() == FSlateColor(FVelmoraUIStyles::FromHexSRGB(TEXT("95E7FFFF")) * 0.6f))
+		<< "selected goes before hovered";
 	EXPECT_TRUE(Item->GetTextColor() == FSlateColor(FLinearColor::White));
 }

@@ -46,7 +46,8 @@ TEST_F(FIndexProgressTest, FollowsABuildFromStartToFadeOut)
 	Widget->UpdateProgress(0, 0, FString(), 0.0);
 	EXPECT_TRUE(Widget->IsBuilding());
 	PumpFrame(0.1);
-	EXPECT_EQ(VisibleTexts(), (FTextList{ "Code Intelligence Index", "Starting index build...", "Calculating time remaining...", "Cancel" }));
+	EXPECT_EQ(
+		VisibleTexts(), (FTextList{ "Code Intelligence Index", "Starting index build...", "Calculating time remaining...", "Cancel" }));
 	EXPECT_GT(Opacity(), 0.0f);
 	EXPECT_LT(Opacity(), 1.0f);
 	PumpSeconds(0.3);
@@ -56,7 +57,9 @@ TEST_F(FIndexProgressTest, FollowsABuildFromStartToFadeOut)
 	PumpSeconds(2.0);
 	const double Elapsed = Widget->ElapsedSeconds;
 	EXPECT_NEAR(Elapsed, 2.4, 0.05) << "counted from the first update";
-	EXPECT_EQ(VisibleTexts(), (FTextList{ "Code Intelligence Index", "Building index: 1,234/10,000 files (12%)", "Current: Source/A.cpp", "Estimated: 17 seconds remaining", "Cancel" }));
+	EXPECT_EQ(VisibleTexts(),
+		(FTextList{ "Code Intelligence Index", "Building index: 1,234/10,000 files (12%)", "Current: Source/A.cpp",
+			"Estimated: 17 seconds remaining", "Cancel" }));
 	EXPECT_NEAR(Widget->GetProgressPercent().GetValue(), 0.1234f, 0.0001f);
 
 	Widget->SetComplete(true, FText::GetEmpty());
@@ -109,7 +112,8 @@ TEST_F(FIndexProgressTest, EstimatesTheTimeLeft)
 	};
 	for (const auto& Case : Cases)
 	{
-		EXPECT_EQ(TimeLeft(Case.Processed, Case.Total, Case.Elapsed), Case.Text) << Case.Processed << '/' << Case.Total << ' ' << Case.Elapsed;
+		EXPECT_EQ(TimeLeft(Case.Processed, Case.Total, Case.Elapsed), Case.Text)
+			<< Case.Processed << '/' << Case.Total << ' ' << Case.Elapsed;
 	}
 }
 

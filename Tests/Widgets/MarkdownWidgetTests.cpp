@@ -20,38 +20,35 @@ using Velmora::Markdown::FMarkdownToken;
 namespace
 {
 
-class FMarkdownWidgetTest : public FVelmoraWidgetTest
-{
-protected:
-	TSharedRef<SMarkdownTextBlock> Make(const FString& Text)
+	class FMarkdownWidgetTest : public FVelmoraWidgetTest
 	{
-		return SNew(SMarkdownTextBlock).Text(Text);
-	}
+	protected:
+		TSharedRef<SMarkdownTextBlock> Make(const FString& Text) { return SNew(SMarkdownTextBlock).Text(Text); }
 
-	/** The column's slots, one per line. */
-	static std::string DumpColumn(const TSharedRef<SMarkdownTextBlock>& Block)
-	{
-		std::string Result;
-		FChildren* Slots = Block->ContentBox->GetChildren();
-		for (int32 Index = 0; Index < Slots->Num(); ++Index)
+		/** The column's slots, one per line. */
+		static std::string DumpColumn(const TSharedRef<SMarkdownTextBlock>& Block)
 		{
-			Result += DumpWidgets(*Slots->GetChildAt(Index)) + "\n";
+			std::string Result;
+			FChildren* Slots = Block->ContentBox->GetChildren();
+			for (int32 Index = 0; Index < Slots->Num(); ++Index)
+			{
+				Result += DumpWidgets(*Slots->GetChildAt(Index)) + "\n";
+			}
+			return Result;
 		}
-		return Result;
-	}
 
-	std::string Dump(const FString& Text) { return DumpColumn(Make(Text)); }
+		std::string Dump(const FString& Text) { return DumpColumn(Make(Text)); }
 
-	static std::string LaunchedTargets()
-	{
-		std::string Result;
-		for (const FHostLaunchRequest& Request : FHostServices::GetLaunchRecord())
+		static std::string LaunchedTargets()
 		{
-			Result += (Request.Kind == FHostLaunchRequest::EKind::Url ? "url " : "file ") + Utf8(Request.Target) + "\n";
+			std::string Result;
+			for (const FHostLaunchRequest& Request : FHostServices::GetLaunchRecord())
+			{
+				Result += (Request.Kind == FHostLaunchRequest::EKind::Url ? "url " : "file ") + Utf8(Request.Target) + "\n";
+			}
+			return Result;
 		}
-		return Result;
-	}
-};
+	};
 
 } // namespace
 
@@ -69,7 +66,8 @@ TEST_F(FMarkdownWidgetTest, OneWidgetPerConstruct)
 		{ "a line end is an empty row", TEXT("a\nb"), "STextBlock 'a'\nSTextBlock ''\nSTextBlock 'b'\n" },
 		{ "an empty line makes two", TEXT("a\n\nb"), "STextBlock 'a'\nSTextBlock ''\nSTextBlock ''\nSTextBlock 'b'\n" },
 		{ "a styled word splits the line", TEXT("a **b** c"), "SWrapBox[STextBlock 'a ', STextBlock 'b', STextBlock ' c']\n" },
-		{ "every inline style", TEXT("*i* ***bi*** ~~s~~"), "SWrapBox[STextBlock 'i', STextBlock ' ', STextBlock 'bi', STextBlock ' ', STextBlock 's']\n" },
+		{ "every inline style", TEXT("*i* ***bi*** ~~s~~"),
+			"SWrapBox[STextBlock 'i', STextBlock ' ', STextBlock 'bi', STextBlock ' ', STextBlock 's']\n" },
 		{ "inner markers stay text", TEXT("**a *b* c**"), "SWrapBox[STextBlock 'a *b* c']\n" },
 		{ "code is a chip", TEXT("`code`"), "SWrapBox[SBorder[SEditableText 'code']]\n" },
 		{ "a link", TEXT("[x](http://y)"), "SWrapBox[SHyperlink[STextBlock 'x']]\n" },
@@ -93,8 +91,7 @@ TEST_F(FMarkdownWidgetTest, OneWidgetPerConstruct)
 
 TEST_F(FMarkdownWidgetTest, TablesLeaveOutTheSeparatorAndMoveCellsLeft)
 {
-	EXPECT_EQ(
-		Dump(TEXT("| A | B |\n|:--|--:|\n| [x](http://y) |  |\n|| `c` |")),
+	EXPECT_EQ(Dump(TEXT("| A | B |\n|:--|--:|\n| [x](http://y) |  |\n|| `c` |")),
 		"SBox[SVerticalBox["
 		"SHorizontalBox[SBorder[STextBlock 'A'], SBorder[STextBlock 'B']], "
 		"SHorizontalBox[SBorder[SWrapBox[SHyperlink[STextBlock 'x']]], SBorder[STextBlock '']], "
@@ -102,7 +99,8 @@ TEST_F(FMarkdownWidgetTest, TablesLeaveOutTheSeparatorAndMoveCellsLeft)
 		"]]\n");
 
 	const TSharedRef<SMarkdownTextBlock> Block = Make(TEXT("x"));
-	EXPECT_EQ(DumpWidgets(*Block->BuildTable(FMarkdownToken(ETokenType::Table, TEXT("| A |"), TEXT("left"), 0))), "STextBlock '[Invalid Table]'");
+	EXPECT_EQ(
+		DumpWidgets(*Block->BuildTable(FMarkdownToken(ETokenType::Table, TEXT("| A |"), TEXT("left"), 0))), "STextBlock '[Invalid Table]'");
 }
 
 TEST_F(FMarkdownWidgetTest, ColumnsAreAlignedByTheirWords)
@@ -139,11 +137,18 @@ TEST_F(FMarkdownWidgetTest, CodeIsColouredTokenByToken)
 		std::vector<std::vector<FPiece>> Lines;
 	};
 	const FCase Cases[] = {
-		{ TEXT("cpp"), TEXT("#if X\nFName N; // c"), { { { "#if X", "C586C0FF" } }, { { "FName", "C586C0FF" }, { " ", "D4D4D4FF" }, { "N", "D4D4D4FF" }, { ";", "D4D4D4FF" }, { " ", "D4D4D4FF" }, { "// c", "6A9955" } } } },
+		{ TEXT("cpp"), TEXT("#if X\nFName N; // c"),
+			{ { { "#if X", "C586C0FF" } },
+				{ { "FName", "C586C0FF" }, { " ", "D4D4D4FF" }, { "N", "D4D4D4FF" }, { ";", "D4D4D4FF" }, { " ", "D4D4D4FF" },
+					{ "// c", "6A9955" } } } },
 		// Blanks that cross the end of a line are shown in none: a coloured line begins with its first word.
-		{ TEXT("cpp"), TEXT("f(\n\t\"s\", 1)"), { { { "f", "DCDCAAFF" }, { "(", "D4D4D4FF" } }, { { "\"s\"", "CE9178FF" }, { ",", "D4D4D4FF" }, { " ", "D4D4D4FF" }, { "1", "B5CEA8FF" }, { ")", "D4D4D4FF" } } } },
+		{ TEXT("cpp"), TEXT("f(\n\t\"s\", 1)"),
+			{ { { "f", "DCDCAAFF" }, { "(", "D4D4D4FF" } },
+				{ { "\"s\"", "CE9178FF" }, { ",", "D4D4D4FF" }, { " ", "D4D4D4FF" }, { "1", "B5CEA8FF" }, { ")", "D4D4D4FF" } } } },
 		// Lines inside of a comment belong to no token; one that has others shows those alone.
-		{ TEXT("cpp"), TEXT("int a; /* b\n  c\nd */ e"), { { { "int", "95CBFFFF" }, { " ", "D4D4D4FF" }, { "a", "D4D4D4FF" }, { ";", "D4D4D4FF" }, { " ", "D4D4D4FF" } }, { { "  c", "E6E6E6FF" } }, { { " ", "D4D4D4FF" }, { "e", "D4D4D4FF" } } } },
+		{ TEXT("cpp"), TEXT("int a; /* b\n  c\nd */ e"),
+			{ { { "int", "95CBFFFF" }, { " ", "D4D4D4FF" }, { "a", "D4D4D4FF" }, { ";", "D4D4D4FF" }, { " ", "D4D4D4FF" } },
+				{ { "  c", "E6E6E6FF" } }, { { " ", "D4D4D4FF" }, { "e", "D4D4D4FF" } } } },
 		{ TEXT("sh"), TEXT("echo a"), { { { "echo a", "D4D4D4FF" } } } },
 		{ TEXT("sh"), TEXT("echo a\n\techo b"), { { { "echo a", "E6E6E6FF" } }, { { "\techo b", "E6E6E6FF" } } } },
 		{ TEXT("json"), TEXT("TRUE"), { { { "true", "95CBFFFF" } } } },
@@ -163,7 +168,9 @@ TEST_F(FMarkdownWidgetTest, CodeIsColouredTokenByToken)
 			{
 				const STextBlock& Shown = static_cast<const STextBlock&>(*Pieces->GetChildAt(Piece));
 				EXPECT_EQ(Utf8(Shown.GetText().ToString()), Expected[Piece].Text);
-				EXPECT_EQ(Shown.Look->ColorAndOpacity.Get().GetSpecifiedColor(), FVelmoraUIStyles::FromHexSRGB(*FString(Expected[Piece].Hex))) << Expected[Piece].Text;
+				EXPECT_EQ(
+					Shown.Look->ColorAndOpacity.Get().GetSpecifiedColor(), FVelmoraUIStyles::FromHexSRGB(*FString(Expected[Piece].Hex)))
+					<< Expected[Piece].Text;
 			}
 		}
 	}

@@ -38,7 +38,6 @@ protected:
 		return Rows;
 	}
 
-
 	static bool IsAtEnd(const SMessageList& List)
 	{
 		const float End = List.ScrollBox->GetScrollOffsetOfEnd();
@@ -181,9 +180,9 @@ TEST_F(FMessageListTest, RowsAskAndTellTheOwnerOfTheList)
 	bool bCanUndo = false;
 	const FMessages Messages = MakeMessages(2);
 	const TSharedRef<SMessageList> List = SNew(SMessageList)
-		.Messages(Messages)
-		.CanUndo_Lambda([&bCanUndo] { return bCanUndo; })
-		.OnUndoToMessage_Lambda([&Undone](TSharedPtr<FChatMessage> Message) { Undone.Add(Message); });
+											  .Messages(Messages)
+											  .CanUndo_Lambda([&bCanUndo] { return bCanUndo; })
+											  .OnUndoToMessage_Lambda([&Undone](TSharedPtr<FChatMessage> Message) { Undone.Add(Message); });
 	List->SetCanUndo(true);
 	EXPECT_FALSE(GetRows(*List)[0]->GetUndoButtonEnabled()) << "rows ask the delegate";
 	bCanUndo = true;

@@ -19,10 +19,10 @@ protected:
 	TSharedRef<SMessageRow> ShowRow(const TSharedPtr<FChatMessage>& Message, bool bIsLatest = false)
 	{
 		const TSharedRef<SMessageRow> Row = SNew(SMessageRow)
-			.Message(Message)
-			.IsLatestMessage(bIsLatest)
-			.CanUndo_Lambda([this] { return bCanUndo; })
-			.OnUndo_Lambda([this] { ++UndoCount; });
+												.Message(Message)
+												.IsLatestMessage(bIsLatest)
+												.CanUndo_Lambda([this] { return bCanUndo; })
+												.OnUndo_Lambda([this] { ++UndoCount; });
 		Show(SNew(SVerticalBox) + SVerticalBox::Slot().AutoHeight()[Row]);
 		return Row;
 	}

@@ -47,9 +47,10 @@ protected:
 TEST_F(FConversationPlanTest, WithoutAPlanItSaysWhatWillStandHere)
 {
 	const FTextList Placeholder = VisibleTexts();
-	EXPECT_EQ(Placeholder, (FTextList{
-		"No plan available yet.", "When the agent creates a plan, it will appear here with:",
-		"\xE2\x80\xA2", "Goals", "\xE2\x80\xA2", "High-level approach", "\xE2\x80\xA2", "Implementation steps with status indicators", "\xE2\x80\xA2", "Progress tracking" }));
+	EXPECT_EQ(Placeholder,
+		(FTextList{ "No plan available yet.", "When the agent creates a plan, it will appear here with:", "\xE2\x80\xA2", "Goals",
+			"\xE2\x80\xA2", "High-level approach", "\xE2\x80\xA2", "Implementation steps with status indicators", "\xE2\x80\xA2",
+			"Progress tracking" }));
 	const FString Own = Panel->PlaceholderText;
 	for (const FString& Plan : { FString(), Own, Own.ToUpper() })
 	{
@@ -108,9 +109,12 @@ protected:
 		const TCHAR* Key;
 	};
 	static constexpr FSection Sections[] = {
-		{ "Project Description", "Describe your project (e.g., 'A first-person shooter set in a sci-fi environment')", &UVelmoraSettings::ProjectDescription, TEXT("ProjectDescription") },
-		{ "Current Area of Focus", "What are you currently working on? (e.g., 'Player movement system')", &UVelmoraSettings::CurrentAreaOfFocus, TEXT("CurrentAreaOfFocus") },
-		{ "Guidelines and Tips", "Coding standards, best practices, or tips for Velmora to follow", &UVelmoraSettings::GuidelinesAndTips, TEXT("GuidelinesAndTips") },
+		{ "Project Description", "Describe your project (e.g., 'A first-person shooter set in a sci-fi environment')",
+			&UVelmoraSettings::ProjectDescription, TEXT("ProjectDescription") },
+		{ "Current Area of Focus", "What are you currently working on? (e.g., 'Player movement system')",
+			&UVelmoraSettings::CurrentAreaOfFocus, TEXT("CurrentAreaOfFocus") },
+		{ "Guidelines and Tips", "Coding standards, best practices, or tips for Velmora to follow", &UVelmoraSettings::GuidelinesAndTips,
+			TEXT("GuidelinesAndTips") },
 		{ "Constraints", "Any limitations or constraints Velmora should be aware of", &UVelmoraSettings::Constraints, TEXT("Constraints") },
 	};
 
@@ -153,7 +157,8 @@ TEST_F(FCustomizeBehaviorTest, EachKeystrokeIsSaved)
 {
 	const TArray<TSharedPtr<SMultiLineEditableTextBox>> Boxes = ShowPanel();
 	const FTextList Texts = VisibleTexts();
-	EXPECT_NE(std::find(Texts.begin(), Texts.end(), "This information will be sent in every conversation to customize Velmora's behavior"), Texts.end());
+	EXPECT_NE(std::find(Texts.begin(), Texts.end(), "This information will be sent in every conversation to customize Velmora's behavior"),
+		Texts.end());
 	for (int32 Index = 0; Index < 4; ++Index)
 	{
 		const FSection& Section = Sections[Index];

@@ -23,8 +23,8 @@ TEST_F(FStatusWidgetTest, TheErrorFadesInAndWaitsForItsHost)
 {
 	int32 Dismissed = 0;
 	const TSharedRef<SErrorNotification> Error = SNew(SErrorNotification)
-		.ErrorMessage(INVTEXT("Failed to send message. Please try again."))
-		.OnDismissed_Lambda([&Dismissed] { ++Dismissed; });
+													 .ErrorMessage(INVTEXT("Failed to send message. Please try again."))
+													 .OnDismissed_Lambda([&Dismissed] { ++Dismissed; });
 	EXPECT_TRUE(Error->Animator.IsAnimating());
 	App().SetRootContent(Error);
 	PumpFrame(0.15);

@@ -12,17 +12,17 @@
 namespace
 {
 
-std::string DumpColor(const FLinearColor& Color)
-{
-	const FColor Bytes = Color.ToFColorSRGB();
-	char Text[16];
-	std::snprintf(Text, sizeof(Text), "%02X%02X%02X%02X", Bytes.R, Bytes.G, Bytes.B, Bytes.A);
-	return Text;
-}
+	std::string DumpColor(const FLinearColor& Color)
+	{
+		const FColor Bytes = Color.ToFColorSRGB();
+		char Text[16];
+		std::snprintf(Text, sizeof(Text), "%02X%02X%02X%02X", Bytes.R, Bytes.G, Bytes.B, Bytes.A);
+		return Text;
+	}
 
-class FVelmoraStyleTest : public FVelmoraWidgetTest
-{
-};
+	class FVelmoraStyleTest : public FVelmoraWidgetTest
+	{
+	};
 
 } // namespace
 
@@ -151,7 +151,8 @@ TEST_F(FVelmoraStyleTest, MarkdownTextStyles)
 	EXPECT_EQ(FVelmoraUIStyles::GetTextStyle("Velmora.Markdown.Text").StrikeBrush.DrawAs, ESlateBrushDrawType::NoDrawType);
 	EXPECT_EQ(FVelmoraUIStyles::GetTextStyle("Velmora.Markdown.Strikethrough").StrikeBrush.DrawAs, ESlateBrushDrawType::Image);
 	const FLinearColor Link = FVelmoraUIStyles::GetMarkdownLinkColor();
-	EXPECT_TRUE(FVelmoraUIStyles::GetTextStyle("Velmora.Markdown.Link.Hover").ColorAndOpacity.GetSpecifiedColor().Equals(Link * 1.1f, 1e-6f));
+	EXPECT_TRUE(
+		FVelmoraUIStyles::GetTextStyle("Velmora.Markdown.Link.Hover").ColorAndOpacity.GetSpecifiedColor().Equals(Link * 1.1f, 1e-6f));
 }
 
 TEST(AnimationHelper, CurvesMeetTheirEndsAndClamp)

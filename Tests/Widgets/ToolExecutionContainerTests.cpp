@@ -9,15 +9,15 @@
 namespace
 {
 
-TSharedPtr<FChatMessage> MakeTool(const TCHAR* Verb, const TCHAR* Parameter, const TCHAR* DisplayName = TEXT("Some tool"))
-{
-	const TSharedPtr<FChatMessage> Message = FChatMessage::CreateToolMessage(TEXT("some_tool"), TEXT("{}"), EToolStatus::Running);
-	Message->Timestamp = FDateTime(2026, 1, 31, 14, 2, 31);
-	Message->ToolActionVerb = Verb;
-	Message->ToolDisplayParameter = Parameter;
-	Message->ToolDisplayName = DisplayName;
-	return Message;
-}
+	TSharedPtr<FChatMessage> MakeTool(const TCHAR* Verb, const TCHAR* Parameter, const TCHAR* DisplayName = TEXT("Some tool"))
+	{
+		const TSharedPtr<FChatMessage> Message = FChatMessage::CreateToolMessage(TEXT("some_tool"), TEXT("{}"), EToolStatus::Running);
+		Message->Timestamp = FDateTime(2026, 1, 31, 14, 2, 31);
+		Message->ToolActionVerb = Verb;
+		Message->ToolDisplayParameter = Parameter;
+		Message->ToolDisplayName = DisplayName;
+		return Message;
+	}
 
 } // namespace
 
@@ -27,9 +27,9 @@ protected:
 	void ShowTools(const TArray<TSharedPtr<FChatMessage>>& Tools)
 	{
 		Container = SNew(SToolExecutionContainer)
-			.ToolExecutions(Tools)
-			.IsExpanded_Lambda([this] { return bExpanded; })
-			.OnToggleExpanded_Lambda([this] { bExpanded = !bExpanded; });
+						.ToolExecutions(Tools)
+						.IsExpanded_Lambda([this] { return bExpanded; })
+						.OnToggleExpanded_Lambda([this] { bExpanded = !bExpanded; });
 		Show(SNew(SVerticalBox) + SVerticalBox::Slot().AutoHeight()[Container.ToSharedRef()]);
 	}
 
@@ -43,7 +43,8 @@ TEST_F(FToolContainerTest, TheHeaderCounts)
 	EXPECT_EQ(VisibleTexts(), (FTextList{ "Tool Executions" }));
 	EXPECT_EQ(DumpKey(Container->GetToolExecutionsText()), "VelmoraUI,ToolExecutionsHeader: Tool Executions");
 	ShowTools({ MakeTool(TEXT("Creating"), TEXT("A")), nullptr, MakeTool(TEXT("Reading"), TEXT("B")) });
-	EXPECT_EQ(VisibleTexts(), (FTextList{ "Tool Executions (3)", "Creating A", "14:02:31", "Reading B", "14:02:31" })) << "a null entry counts and has no row";
+	EXPECT_EQ(VisibleTexts(), (FTextList{ "Tool Executions (3)", "Creating A", "14:02:31", "Reading B", "14:02:31" }))
+		<< "a null entry counts and has no row";
 }
 
 TEST_F(FToolContainerTest, TheLabelIsVerbAndParameter)
@@ -63,11 +64,13 @@ TEST_F(FToolContainerTest, AClickOnTheHeaderAsksTheOwner)
 {
 	ShowTools({ MakeTool(TEXT("Creating"), TEXT("A")) });
 	const TSharedRef<SWidget> Header = FindByTag("ToolExecutionsHeader");
-	EXPECT_EQ(Utf8(Container->GetChevronBrush()->GetResourceName().ToString()), Utf8(FAppStyle::GetBrush("TreeArrow_Expanded")->GetResourceName().ToString()));
+	EXPECT_EQ(Utf8(Container->GetChevronBrush()->GetResourceName().ToString()),
+		Utf8(FAppStyle::GetBrush("TreeArrow_Expanded")->GetResourceName().ToString()));
 	Click(Header);
 	EXPECT_FALSE(bExpanded);
 	EXPECT_EQ(VisibleTexts(), (FTextList{ "Tool Executions (1)" }));
-	EXPECT_EQ(Utf8(Container->GetChevronBrush()->GetResourceName().ToString()), Utf8(FAppStyle::GetBrush("TreeArrow_Collapsed")->GetResourceName().ToString()));
+	EXPECT_EQ(Utf8(Container->GetChevronBrush()->GetResourceName().ToString()),
+		Utf8(FAppStyle::GetBrush("TreeArrow_Collapsed")->GetResourceName().ToString()));
 	Click(Header);
 	EXPECT_EQ(VisibleTexts().size(), 3u);
 
@@ -95,7 +98,8 @@ TEST_F(FToolContainerTest, TheListOnlyGrows)
 
 	Container->UpdateToolList({});
 	PumpFrame();
-	EXPECT_EQ(VisibleTexts(), (FTextList{ "Tool Executions", "Creating A", "14:02:31", "Reading B", "14:02:31" })) << "only the count drops";
+	EXPECT_EQ(VisibleTexts(), (FTextList{ "Tool Executions", "Creating A", "14:02:31", "Reading B", "14:02:31" }))
+		<< "only the count drops";
 }
 
 TEST_F(FToolContainerTest, TheMarkFollowsTheStatus)
@@ -110,9 +114,9 @@ TEST_F(FToolContainerTest, TheMarkFollowsTheStatus)
 		const FSlateColor Color = Mark->ColorAndOpacity.Get();
 		const std::string Path = Brush ? Utf8(Brush->GetResourceName().ToString()) : "none";
 		const std::string Tint = Color == FSlateColor(FVelmoraUIStyles::GetToolStatusSuccessColor()) ? "green"
-			: Color == FSlateColor(FVelmoraUIStyles::GetToolStatusFailedColor())					  ? "red"
-			: Color == FSlateColor(FLinearColor::White)												  ? "white"
-																									  : "other";
+			: Color == FSlateColor(FVelmoraUIStyles::GetToolStatusFailedColor())					 ? "red"
+			: Color == FSlateColor(FLinearColor::White)												 ? "white"
+																									 : "other";
 		return Path.substr(Path.rfind('/') + 1) + " " + Tint;
 	};
 	EXPECT_EQ(DumpMark(), "ProgressCycle32.png green");

@@ -51,7 +51,9 @@ TEST_F(FVelmoraModuleWatchTest, ItTellsOfBuildsThatItDidNotStart)
 	ASSERT_EQ(Toasts.size(), 1u);
 	EXPECT_TRUE(Toasts[0].starts_with("[2] Code index ready! (0 symbols, ")) << Toasts[0];
 	const std::string Told = DumpKey(Watched.ProgressWidget->GetCompletionMessage());
-	EXPECT_TRUE(Told.starts_with("FVelmoraModule,BuildSuccessMsg: Successfully indexed 0 symbols in ") || Told.starts_with("-,-: Successfully indexed 0 symbols in ")) << Told;
+	EXPECT_TRUE(Told.starts_with("FVelmoraModule,BuildSuccessMsg: Successfully indexed 0 symbols in ") ||
+		Told.starts_with("-,-: Successfully indexed 0 symbols in "))
+		<< Told;
 	EXPECT_TRUE(Watched.bProgressVisible && Watched.bHidePending);
 	EXPECT_FLOAT_EQ(Watched.HideCountdown, 2.0f) << "the poll that saw the end counts, too";
 	Watched.Poll(1.5f);
@@ -72,7 +74,8 @@ TEST_F(FVelmoraModuleWatchTest, ABuildThatLeavesNoIndexHasFailed)
 	TakeToasts();
 	Watched.Poll(1.0f);
 	EXPECT_EQ(TakeToasts(), FTextList{ Failed("Index build failed - check log for details") });
-	EXPECT_EQ(DumpKey(Watched.ProgressWidget->GetCompletionMessage()), "FVelmoraModule,BuildFailedMsg: Index build failed - see log for details");
+	EXPECT_EQ(
+		DumpKey(Watched.ProgressWidget->GetCompletionMessage()), "FVelmoraModule,BuildFailedMsg: Index build failed - see log for details");
 }
 
 TEST_F(FVelmoraModuleWatchTest, TheTickerPollsOnceASecond)
@@ -98,7 +101,8 @@ TEST_F(FVelmoraModuleWatchTest, ItTakesDownWhatItPutUp)
 	EXPECT_EQ(DumpKey(Entry->GetTooltipText()), "FVelmoraModule,VelmoraTabTooltip: Open Velmora AI Assistant");
 	EXPECT_EQ(Entry->GetIcon().GetStyleName(), FName("Logo_App_20"));
 	EXPECT_EQ(Entry->GetIcon().GetStyleSetName(), FVelmoraUIStyles::GetStyleSetName());
-	EXPECT_TRUE(WorkspaceMenu::GetMenuStructure().GetToolsCategory()->GetChildItems().ContainsByPredicate([Entry](const TSharedRef<FWorkspaceItem>& Item) { return &*Item == Entry; }));
+	EXPECT_TRUE(WorkspaceMenu::GetMenuStructure().GetToolsCategory()->GetChildItems().ContainsByPredicate(
+		[Entry](const TSharedRef<FWorkspaceItem>& Item) { return &*Item == Entry; }));
 
 	// The section, as the menu shows it.
 	FMenuBuilder Builder(true, nullptr, FHostLevelEditor::GetMenuExtenders());

@@ -31,29 +31,29 @@
 namespace
 {
 
-bool IsOnScreen(const FTextList& Texts, const std::string& Text)
-{
-	return std::find(Texts.begin(), Texts.end(), Text) != Texts.end();
-}
-
-/** Writes its end down, too. */
-class FMortalAgent : public FTestAgent
-{
-public:
-	explicit FMortalAgent(std::vector<std::string>& InLog)
-		: Log(InLog)
+	bool IsOnScreen(const FTextList& Texts, const std::string& Text)
 	{
-	}
-	~FMortalAgent() override { Log.push_back("destroyed"); }
-	void EndConversation() override
-	{
-		FTestAgent::EndConversation();
-		Log.push_back("EndConversation");
+		return std::find(Texts.begin(), Texts.end(), Text) != Texts.end();
 	}
 
-private:
-	std::vector<std::string>& Log;
-};
+	/** Writes its end down, too. */
+	class FMortalAgent : public FTestAgent
+	{
+	public:
+		explicit FMortalAgent(std::vector<std::string>& InLog)
+			: Log(InLog)
+		{
+		}
+		~FMortalAgent() override { Log.push_back("destroyed"); }
+		void EndConversation() override
+		{
+			FTestAgent::EndConversation();
+			Log.push_back("EndConversation");
+		}
+
+	private:
+		std::vector<std::string>& Log;
+	};
 
 } // namespace
 
@@ -212,7 +212,8 @@ TEST_F(FTabShellTest, TheTwoPagesTakeTurnsAndAreRemembered)
 		std::string Expected = Step.File;
 		if (const size_t Comma = Expected.find(','); Comma != std::string::npos)
 		{
-			Expected = "{\n\t\"ShowPlan\": " + Expected.substr(0, Comma) + ",\n\t\"ShowCustomizeBehavior\": " + Expected.substr(Comma + 2) + "\n}";
+			Expected =
+				"{\n\t\"ShowPlan\": " + Expected.substr(0, Comma) + ",\n\t\"ShowCustomizeBehavior\": " + Expected.substr(Comma + 2) + "\n}";
 		}
 		std::string Found = Saved.Read(StateFile);
 		Found.erase(std::remove(Found.begin(), Found.end(), '\r'), Found.end());
@@ -325,26 +326,34 @@ TEST_F(FTabShellTest, TheSidePanelIsResizedAndKeepsItsSizeWhileHidden)
 
 namespace
 {
-/** Writes down what it is asked for. */
-class FSettingsRecorder final : public ISettingsModule
-{
-public:
-	TSharedPtr<ISettingsSection> RegisterSettings(const FName& Container, const FName& Category, const FName& Section, const FText& DisplayName, const FText& Description, const TWeakObjectPtr<UObject>& Object) override
+	/** Writes down what it is asked for. */
+	class FSettingsRecorder final : public ISettingsModule
 	{
-		Calls.push_back("register " + Join(Container, Category, Section) + ": " + DumpKey(DisplayName) + "; " + DumpKey(Description) + (Object == GetDefault<UVelmoraSettings>() ? "" : "; another object"));
-		return nullptr;
-	}
-	void UnregisterSettings(const FName& Container, const FName& Category, const FName& Section) override { Calls.push_back("unregister " + Join(Container, Category, Section)); }
-	void ShowViewer(const FName& Container, const FName& Category, const FName& Section) override { Calls.push_back("show " + Join(Container, Category, Section)); }
+	public:
+		TSharedPtr<ISettingsSection> RegisterSettings(const FName& Container, const FName& Category, const FName& Section,
+			const FText& DisplayName, const FText& Description, const TWeakObjectPtr<UObject>& Object) override
+		{
+			Calls.push_back("register " + Join(Container, Category, Section) + ": " + DumpKey(DisplayName) + "; " + DumpKey(Description) +
+				(Object == GetDefault<UVelmoraSettings>() ? "" : "; another object"));
+			return nullptr;
+		}
+		void UnregisterSettings(const FName& Container, const FName& Category, const FName& Section) override
+		{
+			Calls.push_back("unregister " + Join(Container, Category, Section));
+		}
+		void ShowViewer(const FName& Container, const FName& Category, const FName& Section) override
+		{
+			Calls.push_back("show " + Join(Container, Category, Section));
+		}
 
-	inline static std::vector<std::string> Calls;
+		inline static std::vector<std::string> Calls;
 
-private:
-	static std::string Join(const FName& Container, const FName& Category, const FName& Section)
-	{
-		return Utf8(Container.ToString()) + "/" + Utf8(Category.ToString()) + "/" + Utf8(Section.ToString());
-	}
-};
+	private:
+		static std::string Join(const FName& Container, const FName& Category, const FName& Section)
+		{
+			return Utf8(Container.ToString()) + "/" + Utf8(Category.ToString()) + "/" + Utf8(Section.ToString());
+		}
+	};
 } // namespace
 
 TEST_F(FTabShellTest, TheGearOpensTheSettingsWhereThereAreAny)
@@ -369,9 +378,11 @@ TEST_F(FTabShellTest, TheGearOpensTheSettingsWhereThereAreAny)
 	FModuleManager::Get().UnloadModule("LevelEditor");
 	FModuleManager::Get().UnloadModule("Settings");
 	FHostModules::Unregister("Settings");
-	EXPECT_EQ(FSettingsRecorder::Calls, (std::vector<std::string>{
-		"register Project/Plugins/Velmora: FVelmoraModule,SettingsName: Velmora AI; FVelmoraModule,SettingsDescription: Configure Velmora AI settings",
-		"show Project/Plugins/Velmora" })) << "the page stays registered";
+	EXPECT_EQ(FSettingsRecorder::Calls,
+		(std::vector<std::string>{ "register Project/Plugins/Velmora: FVelmoraModule,SettingsName: Velmora AI; "
+								   "FVelmoraModule,SettingsDescription: Configure Velmora AI settings",
+			"show Project/Plugins/Velmora" }))
+		<< "the page stays registered";
 }
 
 class FVelmoraModuleTest : public FVelmoraTabTest

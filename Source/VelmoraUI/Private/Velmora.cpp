@@ -33,17 +33,17 @@ using Velmora::CodeIntel::FIndexStats;
 namespace
 {
 
-constexpr float PollSeconds = 1.0f;
-constexpr float HideSeconds = 3.0f;
-constexpr float FileIndexRefreshSeconds = 30.0f;
-/** Fewer files than these are indexed again without a word, and no word follows another one sooner. */
-constexpr int32 LeastReindexCount = 5;
-constexpr double ReindexNoticeSeconds = 10.0;
+	constexpr float PollSeconds = 1.0f;
+	constexpr float HideSeconds = 3.0f;
+	constexpr float FileIndexRefreshSeconds = 30.0f;
+	/** Fewer files than these are indexed again without a word, and no word follows another one sooner. */
+	constexpr int32 LeastReindexCount = 5;
+	constexpr double ReindexNoticeSeconds = 10.0;
 
-FSlateIcon GetVelmoraIcon()
-{
-	return FSlateIcon(FVelmoraUIStyles::GetStyleSetName(), "Logo_App_20");
-}
+	FSlateIcon GetVelmoraIcon()
+	{
+		return FSlateIcon(FVelmoraUIStyles::GetStyleSetName(), "Logo_App_20");
+	}
 
 } // namespace
 
@@ -81,7 +81,8 @@ void FVelmoraModule::ShutdownModule()
 
 void FVelmoraModule::RegisterTab()
 {
-	FGlobalTabmanager::Get()->RegisterNomadTabSpawner(SVelmoraTab::GetTabName(), FOnSpawnTab::CreateRaw(this, &FVelmoraModule::SpawnTab))
+	FGlobalTabmanager::Get()
+		->RegisterNomadTabSpawner(SVelmoraTab::GetTabName(), FOnSpawnTab::CreateRaw(this, &FVelmoraModule::SpawnTab))
 		.SetDisplayName(LOCTEXT("VelmoraTabTitle", "Velmora AI"))
 		.SetTooltipText(LOCTEXT("VelmoraTabTooltip", "Open Velmora AI Assistant"))
 		.SetGroup(WorkspaceMenu::GetMenuStructure().GetToolsCategory())
@@ -98,7 +99,8 @@ void FVelmoraModule::RegisterCommands()
 void FVelmoraModule::ExtendMenu()
 {
 	MenuExtender = MakeShared<FExtender>();
-	MenuExtender->AddMenuExtension("Programming", EExtensionHook::After, CommandList, FMenuExtensionDelegate::CreateRaw(this, &FVelmoraModule::BuildMenu));
+	MenuExtender->AddMenuExtension(
+		"Programming", EExtensionHook::After, CommandList, FMenuExtensionDelegate::CreateRaw(this, &FVelmoraModule::BuildMenu));
 	FModuleManager::LoadModuleChecked<FLevelEditorModule>("LevelEditor").GetMenuExtensibilityManager()->AddExtender(MenuExtender);
 }
 
@@ -106,7 +108,8 @@ void FVelmoraModule::RegisterSettingsPage()
 {
 	if (ISettingsModule* Settings = FModuleManager::GetModulePtr<ISettingsModule>("Settings"))
 	{
-		Settings->RegisterSettings("Project", "Plugins", "Velmora", LOCTEXT("SettingsName", "Velmora AI"), LOCTEXT("SettingsDescription", "Configure Velmora AI settings"), GetMutableDefault<UVelmoraSettings>());
+		Settings->RegisterSettings("Project", "Plugins", "Velmora", LOCTEXT("SettingsName", "Velmora AI"),
+			LOCTEXT("SettingsDescription", "Configure Velmora AI settings"), GetMutableDefault<UVelmoraSettings>());
 	}
 }
 
@@ -120,11 +123,13 @@ TSharedRef<SDockTab> FVelmoraModule::SpawnTab(const FSpawnTabArgs& Args)
 void FVelmoraModule::BuildMenu(FMenuBuilder& Builder)
 {
 	Builder.BeginSection("VelmoraCodeIntel", LOCTEXT("VelmoraSection", "Velmora AI"));
-	Builder.AddMenuEntry(LOCTEXT("OpenVelmoraMenuItem", "Velmora AI"), LOCTEXT("OpenVelmoraTooltip", "Open Velmora AI Assistant"), GetVelmoraIcon(),
+	Builder.AddMenuEntry(LOCTEXT("OpenVelmoraMenuItem", "Velmora AI"), LOCTEXT("OpenVelmoraTooltip", "Open Velmora AI Assistant"),
+		GetVelmoraIcon(),
 		FUIAction(FExecuteAction::CreateLambda([] { FGlobalTabmanager::Get()->TryInvokeTab(FTabId(SVelmoraTab::GetTabName())); })));
 	Builder.AddMenuSeparator();
 	Builder.AddSubMenu(LOCTEXT("CodeIndexSubMenu", "Code Index"), LOCTEXT("CodeIndexSubMenuTooltip", "Code intelligence index operations"),
-		FNewMenuDelegate::CreateRaw(this, &FVelmoraModule::BuildCodeIndexMenu), false, FSlateIcon(FAppStyle::GetAppStyleSetName(), "Icons.Search"));
+		FNewMenuDelegate::CreateRaw(this, &FVelmoraModule::BuildCodeIndexMenu), false,
+		FSlateIcon(FAppStyle::GetAppStyleSetName(), "Icons.Search"));
 	Builder.EndSection();
 }
 
@@ -132,17 +137,24 @@ void FVelmoraModule::BuildCodeIndexMenu(FMenuBuilder& Builder)
 {
 	const FCodeIntelCommands& Commands = FCodeIntelCommands::Get();
 	Builder.BeginSection("ProjectIndex", LOCTEXT("ProjectIndexSection", "Project Index"));
-	Builder.AddMenuEntry(Commands.RebuildIndex, NAME_None, LOCTEXT("RebuildIndexEntry", "Rebuild Project Index"), LOCTEXT("RebuildIndexEntryTooltip", "Rebuild the project code intelligence index from scratch"));
-	Builder.AddMenuEntry(Commands.CompactIndex, NAME_None, LOCTEXT("CompactIndexEntry", "Compact Project Index"), LOCTEXT("CompactIndexEntryTooltip", "Compact the project index to remove stale data and reduce size"));
-	Builder.AddMenuEntry(Commands.ReconcileIndex, NAME_None, LOCTEXT("ReconcileIndexEntry", "Reconcile Project Index"), LOCTEXT("ReconcileIndexEntryTooltip", "Scan filesystem for files added or deleted while editor was closed"));
+	Builder.AddMenuEntry(Commands.RebuildIndex, NAME_None, LOCTEXT("RebuildIndexEntry", "Rebuild Project Index"),
+		LOCTEXT("RebuildIndexEntryTooltip", "Rebuild the project code intelligence index from scratch"));
+	Builder.AddMenuEntry(Commands.CompactIndex, NAME_None, LOCTEXT("CompactIndexEntry", "Compact Project Index"),
+		LOCTEXT("CompactIndexEntryTooltip", "Compact the project index to remove stale data and reduce size"));
+	Builder.AddMenuEntry(Commands.ReconcileIndex, NAME_None, LOCTEXT("ReconcileIndexEntry", "Reconcile Project Index"),
+		LOCTEXT("ReconcileIndexEntryTooltip", "Scan filesystem for files added or deleted while editor was closed"));
 	Builder.EndSection();
 	Builder.BeginSection("EngineIndex", LOCTEXT("EngineIndexSection", "Engine Index"));
-	Builder.AddMenuEntry(Commands.RebuildEngineIndex, NAME_None, LOCTEXT("RebuildEngineIndexEntry", "Rebuild Engine Index"), LOCTEXT("RebuildEngineIndexEntryTooltip", "Build or rebuild the Unreal Engine source code index"));
-	Builder.AddMenuEntry(Commands.ClearEngineIndex, NAME_None, LOCTEXT("ClearEngineIndexEntry", "Clear Engine Index"), LOCTEXT("ClearEngineIndexEntryTooltip", "Delete the engine index to reclaim disk space"));
+	Builder.AddMenuEntry(Commands.RebuildEngineIndex, NAME_None, LOCTEXT("RebuildEngineIndexEntry", "Rebuild Engine Index"),
+		LOCTEXT("RebuildEngineIndexEntryTooltip", "Build or rebuild the Unreal Engine source code index"));
+	Builder.AddMenuEntry(Commands.ClearEngineIndex, NAME_None, LOCTEXT("ClearEngineIndexEntry", "Clear Engine Index"),
+		LOCTEXT("ClearEngineIndexEntryTooltip", "Delete the engine index to reclaim disk space"));
 	Builder.EndSection();
 	Builder.BeginSection("General", LOCTEXT("GeneralSection", "General"));
-	Builder.AddMenuEntry(Commands.ViewStatus, NAME_None, LOCTEXT("ViewStatusEntry", "View Index Status"), LOCTEXT("ViewStatusEntryTooltip", "View current index status and statistics"));
-	Builder.AddMenuEntry(Commands.OpenSettings, NAME_None, LOCTEXT("OpenSettingsEntry", "Code Index Settings..."), LOCTEXT("OpenSettingsEntryTooltip", "Open code intelligence settings panel"));
+	Builder.AddMenuEntry(Commands.ViewStatus, NAME_None, LOCTEXT("ViewStatusEntry", "View Index Status"),
+		LOCTEXT("ViewStatusEntryTooltip", "View current index status and statistics"));
+	Builder.AddMenuEntry(Commands.OpenSettings, NAME_None, LOCTEXT("OpenSettingsEntry", "Code Index Settings..."),
+		LOCTEXT("OpenSettingsEntryTooltip", "Open code intelligence settings panel"));
 	Builder.EndSection();
 }
 
@@ -225,7 +237,8 @@ void FVelmoraModule::FinishProgress()
 	{
 		const int32 Seconds = FMath::FloorToInt32(Stats.LastBuildTimeSeconds + 0.5);
 		ProgressWidget->SetComplete(bSuccess,
-			bSuccess ? FText::Format(LOCTEXT("BuildSuccessMsg", "Successfully indexed {0} symbols in {1}s"), FText::AsNumber(Stats.EstimatedSymbols), FText::AsNumber(Seconds))
+			bSuccess ? FText::Format(LOCTEXT("BuildSuccessMsg", "Successfully indexed {0} symbols in {1}s"),
+						   FText::AsNumber(Stats.EstimatedSymbols), FText::AsNumber(Seconds))
 					 : LOCTEXT("BuildFailedMsg", "Index build failed - see log for details"));
 	}
 	bHidePending = true;

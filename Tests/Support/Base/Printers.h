@@ -99,18 +99,18 @@ void PrintTo(const TArray<T, A>& Value, std::ostream* Out)
 
 // EXPECT_EQ and its kin on such types would pass a wrong letter case, so they do not compile. Compare Utf8 of both.
 template <typename A, typename B>
-	requires TestPrinting::CIgnoringCase<A, B>
-testing::AssertionResult CmpHelperEQ(const char*, const char*, const A&, const B&) = delete;
+requires TestPrinting::CIgnoringCase<A, B> testing::AssertionResult CmpHelperEQ(const char*, const char*, const A&, const B&)
+= delete;
 
 namespace testing::internal
 {
 	template <typename A, typename B>
-		requires TestPrinting::CIgnoringCase<A, B>
-	AssertionResult CmpHelperNE(const char*, const char*, const A&, const B&) = delete;
+	requires TestPrinting::CIgnoringCase<A, B> AssertionResult CmpHelperNE(const char*, const char*, const A&, const B&)
+	= delete;
 	template <typename A, typename B>
-		requires TestPrinting::CIgnoringCase<A, B>
-	AssertionResult CmpHelperLT(const char*, const char*, const A&, const B&) = delete;
+	requires TestPrinting::CIgnoringCase<A, B> AssertionResult CmpHelperLT(const char*, const char*, const A&, const B&)
+	= delete;
 	template <typename A, typename B>
-		requires TestPrinting::CIgnoringCase<A, B>
-	AssertionResult CmpHelperGT(const char*, const char*, const A&, const B&) = delete;
+	requires TestPrinting::CIgnoringCase<A, B> AssertionResult CmpHelperGT(const char*, const char*, const A&, const B&)
+	= delete;
 }

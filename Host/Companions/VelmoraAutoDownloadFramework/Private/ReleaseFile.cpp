@@ -56,7 +56,8 @@ namespace Velmora
 
 	FString FReleaseFile::MakeProgressMessage(const FString& Message, int32 Percent)
 	{
-		return FString::Printf(TEXT("%s %d%%"), Message.IsEmpty() ? TEXT("Downloading update...") : *Message, FMath::Clamp(Percent, 0, 100));
+		return FString::Printf(
+			TEXT("%s %d%%"), Message.IsEmpty() ? TEXT("Downloading update...") : *Message, FMath::Clamp(Percent, 0, 100));
 	}
 
 	FString FReleaseFile::Read(const FString& Path, FReleaseFile& OutRelease)
@@ -64,7 +65,8 @@ namespace Velmora
 		FString Text;
 		TSharedPtr<FJsonObject> Object;
 		const bool bFile = HostGetPathKind(Path) == EHostPathKind::File && IFileManager::Get().FileSize(*Path) <= MaxReleaseBytes;
-		if (!bFile || !FFileHelper::LoadFileToString(Text, *Path) || !FJsonSerializer::Deserialize(TJsonReaderFactory<>::Create(Text), Object) || !Object)
+		if (!bFile || !FFileHelper::LoadFileToString(Text, *Path) ||
+			!FJsonSerializer::Deserialize(TJsonReaderFactory<>::Create(Text), Object) || !Object)
 		{
 			return FString::Printf(TEXT("The release file \"%s\" cannot be read as a JSON object."), *Path);
 		}
@@ -73,7 +75,8 @@ namespace Velmora
 		Object->TryGetStringField(TEXT("state"), Word);
 		if (!FindState(Word, Release.State))
 		{
-			return FString::Printf(TEXT("The release file \"%s\" names no known state. The states are: %s."), *Path, *FUpdateGateControl::GetStateWords());
+			return FString::Printf(
+				TEXT("The release file \"%s\" names no known state. The states are: %s."), *Path, *FUpdateGateControl::GetStateWords());
 		}
 		Object->TryGetStringField(TEXT("version"), Release.Version);
 		Object->TryGetStringField(TEXT("message"), Release.Message);
@@ -82,7 +85,8 @@ namespace Velmora
 		{
 			Release.Message = MakeProgressMessage(Release.Message, static_cast<int32>(FMath::Clamp(Progress, 0.0, 100.0)));
 		}
-		if (Object->TryGetStringField(TEXT("package"), Release.Package) && !Release.Package.IsEmpty() && !Release.Package.StartsWith(TEXT("/")))
+		if (Object->TryGetStringField(TEXT("package"), Release.Package) && !Release.Package.IsEmpty() &&
+			!Release.Package.StartsWith(TEXT("/")))
 		{
 			Release.Package = FPaths::GetPath(Path) + TEXT("/") + Release.Package;
 		}

@@ -73,11 +73,12 @@ namespace Velmora
 				Complaint.Reset();
 			}
 		}
-		PollTicker = FTSTicker::GetCoreTicker().AddTicker(TEXT("ReleaseFile"), PollSeconds, [this](float)
-		{
-			Poll();
-			return true;
-		});
+		PollTicker = FTSTicker::GetCoreTicker().AddTicker(TEXT("ReleaseFile"), PollSeconds,
+			[this](float)
+			{
+				Poll();
+				return true;
+			});
 	}
 
 	FReleaseFollower::~FReleaseFollower()
@@ -97,7 +98,8 @@ namespace Velmora
 		{
 			return std::string();
 		}
-		return std::to_string(Info.st_ino) + " " + std::to_string(Info.st_size) + " " + std::to_string(Info.st_mtim.tv_sec) + "." + std::to_string(Info.st_mtim.tv_nsec);
+		return std::to_string(Info.st_ino) + " " + std::to_string(Info.st_size) + " " + std::to_string(Info.st_mtim.tv_sec) + "." +
+			std::to_string(Info.st_mtim.tv_nsec);
 	}
 
 	void FReleaseFollower::Poll()
@@ -175,29 +177,32 @@ namespace Velmora
 		CopyStart = FPlatformTime::Seconds();
 		const FString Source = Release.Package;
 		const FString Target = DownloadFolder + TEXT("/") + FPaths::GetCleanFilename(Source);
-		Async(EAsyncExecution::ThreadPool, [Running = Copy, Source, Target]()
-		{
-			const auto OnProgress = [&Running](int64 Done, int64 Total)
+		Async(EAsyncExecution::ThreadPool,
+			[Running = Copy, Source, Target]()
 			{
-				Running->Percent = Total > 0 ? static_cast<int32>(FMath::Min<int64>(Done * 100 / Total, 100)) : 100;
-				return !Running->bStop;
-			};
-			Running->bDone = HostCopyFile(Source, Target, HostWritePrivate, OnProgress, Running->Reason);
-			Running->bEnded = true;
-		});
+				const auto OnProgress = [&Running](int64 Done, int64 Total)
+				{
+					Running->Percent = Total > 0 ? static_cast<int32>(FMath::Min<int64>(Done * 100 / Total, 100)) : 100;
+					return !Running->bStop;
+				};
+				Running->bDone = HostCopyFile(Source, Target, HostWritePrivate, OnProgress, Running->Reason);
+				Running->bEnded = true;
+			});
 		FUpdateGateControl::SetState(EUpdateGateState::Downloading, FReleaseFile::MakeProgressMessage(FString(), 0), Release.Version);
-		DownloadTicker = FTSTicker::GetCoreTicker().AddTicker(TEXT("Download"), 0.0f, [this](float)
-		{
-			TickDownload();
-			return Copy.IsValid();
-		});
+		DownloadTicker = FTSTicker::GetCoreTicker().AddTicker(TEXT("Download"), 0.0f,
+			[this](float)
+			{
+				TickDownload();
+				return Copy.IsValid();
+			});
 	}
 
 	void FReleaseFollower::TickDownload()
 	{
 		const bool bEnded = Copy->bEnded;
 		const double Elapsed = FPlatformTime::Seconds() - CopyStart;
-		const int32 AllowedPercent = Elapsed >= Release.DownloadSeconds ? 100 : static_cast<int32>(Elapsed * 100.0 / Release.DownloadSeconds);
+		const int32 AllowedPercent =
+			Elapsed >= Release.DownloadSeconds ? 100 : static_cast<int32>(Elapsed * 100.0 / Release.DownloadSeconds);
 		if (!bEnded || (Copy->bDone && AllowedPercent < 100))
 		{
 			const FString Message = FReleaseFile::MakeProgressMessage(FString(), FMath::Min(Copy->Percent.load(), AllowedPercent));
@@ -243,7 +248,8 @@ namespace Velmora
 			Follower->StartDownload();
 			return;
 		}
-		SetState(EUpdateGateState::UpdateAvailable, TEXT("The update cannot be downloaded from here. Please install it by hand."), FUpdateGate::Get().GetVersion());
+		SetState(EUpdateGateState::UpdateAvailable, TEXT("The update cannot be downloaded from here. Please install it by hand."),
+			FUpdateGate::Get().GetVersion());
 	}
 
 	void FUpdateGateControl::SetProblemHandler(TFunction<void(const FString&)> Handler)

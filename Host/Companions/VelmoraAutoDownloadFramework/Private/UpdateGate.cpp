@@ -32,7 +32,8 @@ namespace Velmora
 		{
 			return false;
 		}
-		SetState(State, Progress.IsSet() ? FReleaseFile::MakeProgressMessage(FString(), Progress.GetValue()) : FString(), FUpdateGate::Get().Version);
+		SetState(State, Progress.IsSet() ? FReleaseFile::MakeProgressMessage(FString(), Progress.GetValue()) : FString(),
+			FUpdateGate::Get().Version);
 		return true;
 	}
 

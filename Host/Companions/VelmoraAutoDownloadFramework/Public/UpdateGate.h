@@ -8,11 +8,11 @@ namespace Velmora
 	/** Whether the installed version may be used. The numbers are part of the contract. */
 	enum class EUpdateGateState : uint8
 	{
-		Checking = 0,			// An update check runs.
-		Ready = 1,				// The installed version may be used.
-		UpdateAvailable = 2,	// A download is on offer.
+		Checking = 0, // An update check runs.
+		Ready = 1, // The installed version may be used.
+		UpdateAvailable = 2, // A download is on offer.
 		Downloading = 3,
-		RestartRequired = 4		// The update is in place and waits for a restart.
+		RestartRequired = 4 // The update is in place and waits for a restart.
 	};
 
 	/** Gate between the user and an outdated version. Game thread. Ready as long as no update is known. */

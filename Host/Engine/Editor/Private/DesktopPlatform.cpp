@@ -7,8 +7,8 @@ namespace
 	class FHostDesktopPlatform final : public IDesktopPlatform
 	{
 	public:
-		virtual bool SaveFileDialog(const void* ParentWindowHandle, const FString& DialogTitle, const FString& DefaultPath, const FString& DefaultFile, const FString& FileTypes, uint32 Flags,
-			TArray<FString>& OutFilenames) override
+		virtual bool SaveFileDialog(const void* ParentWindowHandle, const FString& DialogTitle, const FString& DefaultPath,
+			const FString& DefaultFile, const FString& FileTypes, uint32 Flags, TArray<FString>& OutFilenames) override
 		{
 			OutFilenames.Reset();
 			FHostSaveDialog Dialog;

@@ -39,11 +39,13 @@ void FTimerManager::ClearTimer(FTimerHandle& InHandle)
 
 void FTimerManager::Start(uint64 Number, const FTimerDelegate& Delegate, float Delay, float Rate, bool bLoop)
 {
-	Timers.Add(Number, FTSTicker::GetCoreTicker().AddTicker(TEXT("Timer"), Delay, [Weak = TWeakPtr<FTimerManager>(AsShared()), Number, Delegate, Delay, Rate, bLoop](float)
-	{
-		const TSharedPtr<FTimerManager> Manager = Weak.Pin();
-		return Manager.IsValid() && Manager->OnDue(Number, Delegate, Delay, Rate, bLoop);
-	}));
+	Timers.Add(Number,
+		FTSTicker::GetCoreTicker().AddTicker(TEXT("Timer"), Delay,
+			[Weak = TWeakPtr<FTimerManager>(AsShared()), Number, Delegate, Delay, Rate, bLoop](float)
+			{
+				const TSharedPtr<FTimerManager> Manager = Weak.Pin();
+				return Manager.IsValid() && Manager->OnDue(Number, Delegate, Delay, Rate, bLoop);
+			}));
 }
 
 bool FTimerManager::OnDue(uint64 Number, const FTimerDelegate& Delegate, float Delay, float Rate, bool bLoop)

@@ -11,12 +11,12 @@ namespace
 	{
 	public:
 		FHostWorkspaceMenuStructure()
-			: Root(FWorkspaceItem::NewGroup(LOCTEXT("Root", "Menu Root"))),
-			  LevelEditor(Root->AddGroup(LOCTEXT("LevelEditorCategory", "Level Editor"))),
-			  ToolsRoot(FWorkspaceItem::NewGroup(LOCTEXT("ToolsRoot", "Tools Menu Root"))),
-			  Tools(Root->AddGroup(LOCTEXT("ToolsCategory", "Tools"))),
-			  DeveloperLog(Root->AddGroup(LOCTEXT("DeveloperToolsLogCategory", "Log"))),
-			  DeveloperMisc(Root->AddGroup(LOCTEXT("DeveloperToolsMiscCategory", "Miscellaneous")))
+			: Root(FWorkspaceItem::NewGroup(LOCTEXT("Root", "Menu Root")))
+			, LevelEditor(Root->AddGroup(LOCTEXT("LevelEditorCategory", "Level Editor")))
+			, ToolsRoot(FWorkspaceItem::NewGroup(LOCTEXT("ToolsRoot", "Tools Menu Root")))
+			, Tools(Root->AddGroup(LOCTEXT("ToolsCategory", "Tools")))
+			, DeveloperLog(Root->AddGroup(LOCTEXT("DeveloperToolsLogCategory", "Log")))
+			, DeveloperMisc(Root->AddGroup(LOCTEXT("DeveloperToolsMiscCategory", "Miscellaneous")))
 		{
 		}
 		TSharedRef<FWorkspaceItem> GetStructureRoot() const override { return Root; }

@@ -28,6 +28,6 @@ public:
 	 * @param OutFilenames        The name as the user typed it, absolute; no extension is added. Empty when cancelled.
 	 * @return False when cancelled.
 	 */
-	virtual bool SaveFileDialog(const void* ParentWindowHandle, const FString& DialogTitle, const FString& DefaultPath, const FString& DefaultFile, const FString& FileTypes, uint32 Flags,
-		TArray<FString>& OutFilenames) = 0;
+	virtual bool SaveFileDialog(const void* ParentWindowHandle, const FString& DialogTitle, const FString& DefaultPath,
+		const FString& DefaultFile, const FString& FileTypes, uint32 Flags, TArray<FString>& OutFilenames) = 0;
 };

@@ -31,7 +31,8 @@ struct SLATECORE_API EKeys
 	static const FKey Left, Up, Right, Down, Insert, Delete;
 	static const FKey Zero, One, Two, Three, Four, Five, Six, Seven, Eight, Nine;
 	static const FKey A, B, C, D, E, F, G, H, I, J, K, L, M, N, O, P, Q, R, S, T, U, V, W, X, Y, Z;
-	static const FKey NumPadZero, NumPadOne, NumPadTwo, NumPadThree, NumPadFour, NumPadFive, NumPadSix, NumPadSeven, NumPadEight, NumPadNine;
+	static const FKey NumPadZero, NumPadOne, NumPadTwo, NumPadThree, NumPadFour, NumPadFive, NumPadSix, NumPadSeven, NumPadEight,
+		NumPadNine;
 	static const FKey Multiply, Add, Subtract, Decimal, Divide;
 	static const FKey F1, F2, F3, F4, F5, F6, F7, F8, F9, F10, F11, F12;
 	static const FKey LeftShift, RightShift, LeftControl, RightControl, LeftAlt, RightAlt, LeftCommand, RightCommand;

@@ -100,7 +100,10 @@ struct TLayoutSlotArguments : public TSlotArgumentsBase<SlotType, FThis>
 	}
 	FThis& Padding(float Uniform) { return Padding(TAttribute<FMargin>(FMargin(Uniform))); }
 	FThis& Padding(float Horizontal, float Vertical) { return Padding(TAttribute<FMargin>(FMargin(Horizontal, Vertical))); }
-	FThis& Padding(float Left, float Top, float Right, float Bottom) { return Padding(TAttribute<FMargin>(FMargin(Left, Top, Right, Bottom))); }
+	FThis& Padding(float Left, float Top, float Right, float Bottom)
+	{
+		return Padding(TAttribute<FMargin>(FMargin(Left, Top, Right, Bottom)));
+	}
 	FThis& HAlign(EHorizontalAlignment InAlignment)
 	{
 		_HAlign = InAlignment;

@@ -70,8 +70,8 @@ namespace
 		{
 			return DescribeExitCode(Code);
 		}
-		return FString::Printf(TEXT("the editor \"%s\" ended with code %d. %s should name an editor with a window of its own"), *GetProgramName(Editor), Code,
-			*HostFileNameFromBytes(Editor.Variable));
+		return FString::Printf(TEXT("the editor \"%s\" ended with code %d. %s should name an editor with a window of its own"),
+			*GetProgramName(Editor), Code, *HostFileNameFromBytes(Editor.Variable));
 	}
 
 	/** Waits for the opener on a thread of its own: it may run as long as the program that it started. */
@@ -90,7 +90,8 @@ namespace
 				}
 				if (WIFEXITED(Status) && WEXITSTATUS(Status) != 0)
 				{
-					PlatformState::ReportProblem(FString::Printf(TEXT("%s could not be opened: %s."), *OpenRules::MakeReadable(Target), *DescribeFailedExit(Editor, WEXITSTATUS(Status))));
+					PlatformState::ReportProblem(FString::Printf(TEXT("%s could not be opened: %s."), *OpenRules::MakeReadable(Target),
+						*DescribeFailedExit(Editor, WEXITSTATUS(Status))));
 				}
 			})
 			.detach();
@@ -99,14 +100,16 @@ namespace
 
 void FLauncher::Install(bool bStartNothing)
 {
-	FHostServices::SetLaunchHook([bStartNothing](const FHostLaunchRequest& Request, FString& OutError) { return Launch(Request, bStartNothing, OutError); });
+	FHostServices::SetLaunchHook(
+		[bStartNothing](const FHostLaunchRequest& Request, FString& OutError) { return Launch(Request, bStartNothing, OutError); });
 }
 
 bool FLauncher::Launch(const FHostLaunchRequest& Request, bool bStartNothing, FString& OutError)
 {
 	FString Target = Request.Target;
 	const FEditorCommand Editor = Request.Kind == FHostLaunchRequest::EKind::Source ? FEditorCommand::ReadEnvironment() : FEditorCommand();
-	FOpenDecision Decision = Request.Kind == FHostLaunchRequest::EKind::Url ? OpenRules::JudgeUrl(Target) : JudgeFile(Request, Editor, Target);
+	FOpenDecision Decision =
+		Request.Kind == FHostLaunchRequest::EKind::Url ? OpenRules::JudgeUrl(Target) : JudgeFile(Request, Editor, Target);
 	if (Decision.Verdict != EOpenVerdict::Refuse && !Request.Parameters.IsEmpty())
 	{
 		Decision = FOpenDecision{ EOpenVerdict::Refuse, TEXT("Parameters cannot be passed on to the program that opens it.") };
@@ -143,7 +146,9 @@ FOpenDecision FLauncher::JudgeFile(const FHostLaunchRequest& Request, const FEdi
 	FOpenDecision Decision = OpenRules::JudgeFile(Request.Target, ReadFacts(OutFullPath));
 	if (!Editor.bReadable)
 	{
-		Decision = FOpenDecision{ EOpenVerdict::Refuse, FString::Printf(TEXT("The editor cannot be started: in %s a quotation mark is not closed."), *HostFileNameFromBytes(Editor.Variable)) };
+		Decision = FOpenDecision{ EOpenVerdict::Refuse,
+			FString::Printf(
+				TEXT("The editor cannot be started: in %s a quotation mark is not closed."), *HostFileNameFromBytes(Editor.Variable)) };
 	}
 	else if (Decision.Verdict == EOpenVerdict::Ask && !Editor.Words.empty())
 	{
@@ -159,8 +164,10 @@ bool FLauncher::AskUser(const FHostLaunchRequest& Request, const FString& Target
 	{
 		return false;
 	}
-	const FText Message = FText::Format(LOCTEXT("OpenQuestion", "Open this?\n\n{0}\n\n{1}"), FText::FromString(OpenRules::MakeReadable(Target)), FText::FromString(Reason));
-	const FText Title = Request.Kind == FHostLaunchRequest::EKind::Url ? LOCTEXT("OpenAddressTitle", "Open Address") : LOCTEXT("OpenFileTitle", "Open File");
+	const FText Message = FText::Format(
+		LOCTEXT("OpenQuestion", "Open this?\n\n{0}\n\n{1}"), FText::FromString(OpenRules::MakeReadable(Target)), FText::FromString(Reason));
+	const FText Title = Request.Kind == FHostLaunchRequest::EKind::Url ? LOCTEXT("OpenAddressTitle", "Open Address")
+																	   : LOCTEXT("OpenFileTitle", "Open File");
 	return FMessageDialog::Open(EAppMsgCategory::Warning, EAppMsgType::YesNo, EAppReturnType::No, Message, Title) == EAppReturnType::Yes;
 }
 
@@ -203,13 +210,15 @@ bool FLauncher::Start(const FString& Target, const FEditorCommand& Editor, FStri
 	posix_spawn_file_actions_destroy(&Actions);
 	if (Failure != 0 && !Editor.Words.empty())
 	{
-		OutError = FString::Printf(TEXT("The editor \"%s\", named by %s, could not be started: %s."), *GetProgramName(Editor), *HostFileNameFromBytes(Editor.Variable), UTF8_TO_TCHAR(std::strerror(Failure)));
+		OutError = FString::Printf(TEXT("The editor \"%s\", named by %s, could not be started: %s."), *GetProgramName(Editor),
+			*HostFileNameFromBytes(Editor.Variable), UTF8_TO_TCHAR(std::strerror(Failure)));
 		return false;
 	}
 	if (Failure != 0)
 	{
-		OutError = Failure == ENOENT ? FString(TEXT("Nothing can be opened, since xdg-open is not installed. Please install the package xdg-utils."))
-									 : FString::Printf(TEXT("The program that opens addresses could not be started: %s."), UTF8_TO_TCHAR(std::strerror(Failure)));
+		OutError = Failure == ENOENT
+			? FString(TEXT("Nothing can be opened, since xdg-open is not installed. Please install the package xdg-utils."))
+			: FString::Printf(TEXT("The program that opens addresses could not be started: %s."), UTF8_TO_TCHAR(std::strerror(Failure)));
 		return false;
 	}
 	WaitForOpener(Process, Target, Editor);

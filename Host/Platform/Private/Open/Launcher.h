@@ -5,7 +5,8 @@
 
 struct FEditorCommand;
 
-/** Opens addresses and files in the desktop's programs, sources in the user's editor. Any thread; questions are asked on the game thread only. */
+/** Opens addresses and files in the desktop's programs, sources in the user's editor. Any thread; questions are asked on the game thread
+ * only. */
 class FLauncher
 {
 public:

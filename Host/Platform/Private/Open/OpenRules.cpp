@@ -11,13 +11,17 @@ namespace
 	constexpr const TCHAR* HarmlessSchemes[] = { TEXT("http"), TEXT("https"), TEXT("mailto") };
 
 	/** Files that a desktop runs, installs or interprets when they are opened. Lower case. */
+	// clang-format off
 	constexpr const TCHAR* RunnableExtensions[] = {
-		TEXT("appimage"), TEXT("apk"), TEXT("bash"), TEXT("bat"), TEXT("bin"), TEXT("cmd"), TEXT("com"), TEXT("command"), TEXT("cpl"), TEXT("csh"),
-		TEXT("deb"), TEXT("desktop"), TEXT("exe"), TEXT("fish"), TEXT("flatpak"), TEXT("flatpakref"), TEXT("flatpakrepo"), TEXT("hta"), TEXT("jar"), TEXT("jnlp"),
+		TEXT("appimage"), TEXT("apk"), TEXT("bash"), TEXT("bat"), TEXT("bin"), TEXT("cmd"), TEXT("com"), TEXT("command"), TEXT("cpl"),
+		TEXT("csh"),
+		TEXT("deb"), TEXT("desktop"), TEXT("exe"), TEXT("fish"), TEXT("flatpak"), TEXT("flatpakref"), TEXT("flatpakrepo"), TEXT("hta"),
+		TEXT("jar"), TEXT("jnlp"),
 		TEXT("js"), TEXT("ksh"), TEXT("lnk"), TEXT("msi"), TEXT("msp"), TEXT("out"), TEXT("php"), TEXT("pif"), TEXT("pl"), TEXT("ps1"),
 		TEXT("py"), TEXT("pyc"), TEXT("pyw"), TEXT("rb"), TEXT("rpm"), TEXT("run"), TEXT("scr"), TEXT("sh"), TEXT("snap"), TEXT("tcl"),
 		TEXT("url"), TEXT("vbe"), TEXT("vbs"), TEXT("wsf"), TEXT("wsh"), TEXT("x86_64"), TEXT("zsh"),
 	};
+	// clang-format on
 
 	template <size_t Count>
 	bool IsListed(const FString& Word, const TCHAR* const (&List)[Count])
@@ -63,7 +67,9 @@ namespace
 		}
 		if (Target[0] == TEXT('-'))
 		{
-			return FOpenDecision{ EOpenVerdict::Refuse, TEXT("An address that begins with a hyphen is not opened, since it would be taken for an option of the program that opens it.") };
+			return FOpenDecision{ EOpenVerdict::Refuse,
+				TEXT("An address that begins with a hyphen is not opened, since it would be taken for an option of the program that opens "
+					 "it.") };
 		}
 		if (Target.Len() > MaxTargetLength)
 		{
@@ -96,7 +102,8 @@ namespace OpenRules
 		}
 		if (!IsListed(Scheme, HarmlessSchemes))
 		{
-			return FOpenDecision{ EOpenVerdict::Ask, FString::Printf(TEXT("Addresses of the kind \"%s:\" are handled by another program, which may act on them."), *Scheme) };
+			return FOpenDecision{ EOpenVerdict::Ask,
+				FString::Printf(TEXT("Addresses of the kind \"%s:\" are handled by another program, which may act on them."), *Scheme) };
 		}
 		// Some mail programs attach a file that the address names.
 		if (Scheme.Equals(TEXT("mailto"), ESearchCase::IgnoreCase) && Target.Contains(TEXT("attach")))
@@ -121,7 +128,8 @@ namespace OpenRules
 		{
 			return Decision;
 		}
-		if (Facts.bExecutable || IsListed(FPaths::GetExtension(Path), RunnableExtensions) || IsListed(FPaths::GetExtension(Facts.RealPath), RunnableExtensions))
+		if (Facts.bExecutable || IsListed(FPaths::GetExtension(Path), RunnableExtensions) ||
+			IsListed(FPaths::GetExtension(Facts.RealPath), RunnableExtensions))
 		{
 			return FOpenDecision{ EOpenVerdict::Ask, TEXT("This file can be run as a program when it is opened.") };
 		}
@@ -136,8 +144,8 @@ namespace OpenRules
 		{
 			const TCHAR Unit = Target[Index];
 			const bool bControl = Unit < 0x20 || (Unit >= 0x7F && Unit < 0xA0);
-			const bool bHidden = Unit == 0x00AD || Unit == 0x061C || (Unit >= 0x200B && Unit <= 0x200F) || (Unit >= 0x2028 && Unit <= 0x202E)
-				|| (Unit >= 0x2060 && Unit <= 0x206F) || Unit == 0xFEFF;
+			const bool bHidden = Unit == 0x00AD || Unit == 0x061C || (Unit >= 0x200B && Unit <= 0x200F) ||
+				(Unit >= 0x2028 && Unit <= 0x202E) || (Unit >= 0x2060 && Unit <= 0x206F) || Unit == 0xFEFF;
 			if (bControl || bHidden)
 			{
 				Result += FString::Printf(TEXT("\\u%04X"), static_cast<uint32>(Unit));

@@ -15,7 +15,8 @@ namespace
 			return false;
 		}
 		const FSlateDrawElement& First = Elements.GetElements()[0];
-		return First.Type == ESlateDrawType::Box && First.Color.A == 255 && FPixelRect::Snap(First.Rect).Intersect(FPixelRect::Snap(First.Clip)).Intersect(Damage) == Damage;
+		return First.Type == ESlateDrawType::Box && First.Color.A == 255 &&
+			FPixelRect::Snap(First.Rect).Intersect(FPixelRect::Snap(First.Clip)).Intersect(Damage) == Damage;
 	}
 }
 
@@ -200,7 +201,8 @@ void FCairoPainter::Paint(const FSlateWindowElementList& Elements, const FPixelR
 			break;
 		case ESlateDrawType::RoundedBox:
 		{
-			const int32 LineWidth = Element.OutlineWidth > 0.0f ? std::max(1, static_cast<int32>(std::lround(std::min(Element.OutlineWidth, 1000.0f)))) : 0;
+			const int32 LineWidth =
+				Element.OutlineWidth > 0.0f ? std::max(1, static_cast<int32>(std::lround(std::min(Element.OutlineWidth, 1000.0f)))) : 0;
 			Canvas->FillRounded(FPixelRect::Snap(Element.Rect), Clip, Element.Radii, Element.Color, Element.OutlineColor, LineWidth);
 			break;
 		}
@@ -226,8 +228,8 @@ void FCairoPainter::PaintGlyphs(const FSlateDrawElement& Element, const FPixelRe
 	const FPlatformGlyphRun& Run = static_cast<const FPlatformGlyphRun&>(*Element.Glyphs);
 	const float X = std::round(Element.Rect.Left);
 	const float Y = std::round(Element.Rect.Top);
-	if (Y - Run.InkAbove >= static_cast<float>(Clip.Bottom) || Y + Run.InkBelow <= static_cast<float>(Clip.Top) || X + Run.InkLeft >= static_cast<float>(Clip.Right)
-		|| X + Run.InkRight <= static_cast<float>(Clip.Left))
+	if (Y - Run.InkAbove >= static_cast<float>(Clip.Bottom) || Y + Run.InkBelow <= static_cast<float>(Clip.Top) ||
+		X + Run.InkLeft >= static_cast<float>(Clip.Right) || X + Run.InkRight <= static_cast<float>(Clip.Left))
 	{
 		return;
 	}
@@ -259,7 +261,9 @@ void FCairoPainter::PaintShadow(const FSlateDrawElement& Element, const FPixelRe
 	{
 		return;
 	}
-	const int32 Offset = Element.ShadowOffset == Element.ShadowOffset ? static_cast<int32>(std::lround(std::clamp(Element.ShadowOffset, -1000.0f, 1000.0f))) : 0;
+	const int32 Offset = Element.ShadowOffset == Element.ShadowOffset
+		? static_cast<int32>(std::lround(std::clamp(Element.ShadowOffset, -1000.0f, 1000.0f)))
+		: 0;
 	const int32 Blur = Element.ShadowBlur > 0.0f ? static_cast<int32>(std::lround(std::min(Element.ShadowBlur, 128.0f))) : 0;
 	const float Radius = Element.Radii.X > 0.0f ? Element.Radii.X : 0.0f;
 	Rect = FPixelRect{ Rect.Left - Blur, Rect.Top - Blur + Offset, Rect.Right + Blur, Rect.Bottom + Blur + Offset };

@@ -98,7 +98,8 @@ bool FImageCache::Load(const FString& Path, FPixelImage& Image, FString& OutReas
 	Image.Data.SetNumUninitialized(Image.Width * Image.Height);
 	for (int32 Y = 0; Y < Image.Height; ++Y)
 	{
-		std::memcpy(Image.Data.GetData() + static_cast<int64>(Y) * Image.Width, Data + static_cast<int64>(Y) * Stride, static_cast<size_t>(Image.Width) * 4);
+		std::memcpy(Image.Data.GetData() + static_cast<int64>(Y) * Image.Width, Data + static_cast<int64>(Y) * Stride,
+			static_cast<size_t>(Image.Width) * 4);
 	}
 	cairo_surface_destroy(Scaled);
 	return true;

@@ -81,7 +81,8 @@ FPixelRect FPixelRect::Intersect(const FPixelRect& Other) const
 
 FPixelRect FPixelRect::Snap(const FSlateRect& Rect)
 {
-	FPixelRect Result{ ToPixel(std::floor(Rect.Left + 0.5f)), ToPixel(std::floor(Rect.Top + 0.5f)), ToPixel(std::floor(Rect.Right + 0.5f)), ToPixel(std::floor(Rect.Bottom + 0.5f)) };
+	FPixelRect Result{ ToPixel(std::floor(Rect.Left + 0.5f)), ToPixel(std::floor(Rect.Top + 0.5f)), ToPixel(std::floor(Rect.Right + 0.5f)),
+		ToPixel(std::floor(Rect.Bottom + 0.5f)) };
 	if (Result.Right == Result.Left && Rect.Width() >= 0.5f)
 	{
 		++Result.Right;
@@ -95,7 +96,8 @@ FPixelRect FPixelRect::Snap(const FSlateRect& Rect)
 
 FPixelRect FPixelRect::Cover(const FSlateRect& Rect)
 {
-	return FPixelRect{ ToPixel(std::floor(Rect.Left)), ToPixel(std::floor(Rect.Top)), ToPixel(std::ceil(Rect.Right)), ToPixel(std::ceil(Rect.Bottom)) };
+	return FPixelRect{ ToPixel(std::floor(Rect.Left)), ToPixel(std::floor(Rect.Top)), ToPixel(std::ceil(Rect.Right)),
+		ToPixel(std::ceil(Rect.Bottom)) };
 }
 
 FPixelCanvas::FPixelCanvas(uint32* InPixels, int32 InWidth, int32 InHeight, int32 InStride)
@@ -120,7 +122,8 @@ void FPixelCanvas::FillRect(const FPixelRect& Rect, const FPixelRect& Clip, cons
 	}
 }
 
-void FPixelCanvas::FillRounded(const FPixelRect& Rect, const FPixelRect& Clip, const FVector4f& InRadii, const FColor& Fill, const FColor& Outline, int32 OutlineWidth)
+void FPixelCanvas::FillRounded(
+	const FPixelRect& Rect, const FPixelRect& Clip, const FVector4f& InRadii, const FColor& Fill, const FColor& Outline, int32 OutlineWidth)
 {
 	const FPixelRect Area = Rect.Intersect(Clip).Intersect(GetRect());
 	if (Area.IsEmpty())
@@ -240,7 +243,8 @@ void FPixelCanvas::DrawImage(const FPixelImage& Image, int32 Left, int32 Top, co
 			if (bTint)
 			{
 				const auto Multiply = [](uint32 Value, uint32 Factor) { return (Value * Factor + 127u) / 255u; };
-				Pixel = (Pixel & Opaque) | (Multiply((Pixel >> 16) & 255u, Tint.R) << 16) | (Multiply((Pixel >> 8) & 255u, Tint.G) << 8) | Multiply(Pixel & 255u, Tint.B);
+				Pixel = (Pixel & Opaque) | (Multiply((Pixel >> 16) & 255u, Tint.R) << 16) | (Multiply((Pixel >> 8) & 255u, Tint.G) << 8) |
+					Multiply(Pixel & 255u, Tint.B);
 			}
 			Row[X] = Over(Tint.A == 255 ? Pixel : ScaleBytes(Pixel, Tint.A), Row[X]);
 		}

@@ -57,7 +57,8 @@ public:
 	 * inside the outline.
 	 * @param Radii  Top left, top right, bottom right, bottom left; shrunk together where they do not fit.
 	 */
-	void FillRounded(const FPixelRect& Rect, const FPixelRect& Clip, const FVector4f& Radii, const FColor& Fill, const FColor& Outline, int32 OutlineWidth);
+	void FillRounded(const FPixelRect& Rect, const FPixelRect& Clip, const FVector4f& Radii, const FColor& Fill, const FColor& Outline,
+		int32 OutlineWidth);
 	/** Squares of eight pixels in two reds. */
 	void FillChequer(const FPixelRect& Rect, const FPixelRect& Clip);
 	/** The image at its own size; its colours are multiplied by Tint if wanted, its alpha by Tint's always. */

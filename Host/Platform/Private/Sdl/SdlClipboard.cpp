@@ -57,7 +57,8 @@ void FSdlClipboard::Copy(const FString& Text)
 		SDL_SetClipboardText("");
 		State.Kept = Text;
 		State.KeptOwner = X11Support::GetClipboardOwner(State.Window);
-		PlatformState::ReportProblem(TEXT("The text is too long for the clipboard of the desktop. It can be pasted within this program only."));
+		PlatformState::ReportProblem(
+			TEXT("The text is too long for the clipboard of the desktop. It can be pasted within this program only."));
 		return;
 	}
 	if (SDL_SetClipboardText(Utf8.c_str()) != 0)
@@ -84,7 +85,8 @@ void FSdlClipboard::Paste(FString& OutText)
 	else if (X11Support::HasClipboardOwner(State.Window))
 	{
 		// A text of megabytes that its owner hands over in parts arrives as nothing, and so does a picture.
-		PlatformState::ReportProblem(TEXT("The clipboard could not be read as text. If it holds a very long text, please paste it in smaller parts."));
+		PlatformState::ReportProblem(
+			TEXT("The clipboard could not be read as text. If it holds a very long text, please paste it in smaller parts."));
 	}
 	SDL_free(Text);
 }

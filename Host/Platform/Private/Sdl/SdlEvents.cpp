@@ -106,7 +106,8 @@ void FSdlWindow::Dispatch(IHostMessageHandler& Handler, const SDL_Event& Event)
 	case SDL_MOUSEWHEEL:
 	{
 		const float Sign = Event.wheel.direction == SDL_MOUSEWHEEL_FLIPPED ? -1.0f : 1.0f;
-		Handler.OnMouseWheel(FVector2D(Event.wheel.preciseX * Sign, Event.wheel.preciseY * Sign), FVector2D(Event.wheel.mouseX, Event.wheel.mouseY), GetModifiers());
+		Handler.OnMouseWheel(FVector2D(Event.wheel.preciseX * Sign, Event.wheel.preciseY * Sign),
+			FVector2D(Event.wheel.mouseX, Event.wheel.mouseY), GetModifiers());
 		break;
 	}
 	case SDL_WINDOWEVENT:

@@ -191,6 +191,7 @@ namespace SdlKeys
 	{
 		const auto Has = [Modifiers](int Flag) { return (Modifiers & Flag) != 0; };
 		// The level shift of X11 is what other systems call the right Alt key.
-		return FModifierKeysState(Has(KMOD_LSHIFT), Has(KMOD_RSHIFT), Has(KMOD_LCTRL), Has(KMOD_RCTRL), Has(KMOD_LALT), Has(KMOD_RALT | KMOD_MODE), Has(KMOD_LGUI), Has(KMOD_RGUI));
+		return FModifierKeysState(Has(KMOD_LSHIFT), Has(KMOD_RSHIFT), Has(KMOD_LCTRL), Has(KMOD_RCTRL), Has(KMOD_LALT),
+			Has(KMOD_RALT | KMOD_MODE), Has(KMOD_LGUI), Has(KMOD_RGUI));
 	}
 }

@@ -86,8 +86,8 @@ TSharedPtr<FSdlWindow> FSdlWindow::Create(const FHostWindowOptions& Options, FSt
 	{
 		return nullptr;
 	}
-	SDL_Window* const Handle = SDL_CreateWindow(
-		TCHAR_TO_UTF8(*Options.Title), SDL_WINDOWPOS_UNDEFINED, SDL_WINDOWPOS_UNDEFINED, Options.PixelSize.X, Options.PixelSize.Y, SDL_WINDOW_RESIZABLE | SDL_WINDOW_SHOWN);
+	SDL_Window* const Handle = SDL_CreateWindow(TCHAR_TO_UTF8(*Options.Title), SDL_WINDOWPOS_UNDEFINED, SDL_WINDOWPOS_UNDEFINED,
+		Options.PixelSize.X, Options.PixelSize.Y, SDL_WINDOW_RESIZABLE | SDL_WINDOW_SHOWN);
 	if (!Handle)
 	{
 		OutError = FString::Printf(TEXT("The window could not be opened: %s."), UTF8_TO_TCHAR(SDL_GetError()));
@@ -135,8 +135,9 @@ void FSdlWindow::SetIcon(const FString& Path)
 	cairo_surface_t* Picture = cairo_image_surface_create_from_png(HostFileNameToBytes(Path).c_str());
 	if (cairo_surface_status(Picture) == CAIRO_STATUS_SUCCESS && cairo_image_surface_get_format(Picture) == CAIRO_FORMAT_ARGB32)
 	{
-		SDL_Surface* Icon = SDL_CreateRGBSurfaceWithFormatFrom(cairo_image_surface_get_data(Picture), cairo_image_surface_get_width(Picture),
-			cairo_image_surface_get_height(Picture), 32, cairo_image_surface_get_stride(Picture), SDL_PIXELFORMAT_ARGB8888);
+		SDL_Surface* Icon =
+			SDL_CreateRGBSurfaceWithFormatFrom(cairo_image_surface_get_data(Picture), cairo_image_surface_get_width(Picture),
+				cairo_image_surface_get_height(Picture), 32, cairo_image_surface_get_stride(Picture), SDL_PIXELFORMAT_ARGB8888);
 		if (Icon)
 		{
 			SDL_SetWindowIcon(Window, Icon);
@@ -251,7 +252,8 @@ bool FSdlWindow::EnsurePicture()
 	else
 	{
 		OwnPixels.assign(static_cast<size_t>(Current->w) * static_cast<size_t>(Current->h), 0xFF000000u);
-		OwnSurface = SDL_CreateRGBSurfaceWithFormatFrom(OwnPixels.data(), Current->w, Current->h, 32, Current->w * 4, SDL_PIXELFORMAT_RGB888);
+		OwnSurface =
+			SDL_CreateRGBSurfaceWithFormatFrom(OwnPixels.data(), Current->w, Current->h, 32, Current->w * 4, SDL_PIXELFORMAT_RGB888);
 		Painter.SetTarget(reinterpret_cast<unsigned char*>(OwnPixels.data()), Current->w, Current->h, Current->w * 4);
 	}
 	return Painter.HasTarget();
@@ -316,7 +318,8 @@ FColor FSdlWindow::GetPixel(int32 X, int32 Y) const
 	{
 		return FColor(0, 0, 0, 0);
 	}
-	const unsigned char* const Row = cairo_image_surface_get_data(Picture) + static_cast<int64>(Y) * cairo_image_surface_get_stride(Picture);
+	const unsigned char* const Row =
+		cairo_image_surface_get_data(Picture) + static_cast<int64>(Y) * cairo_image_surface_get_stride(Picture);
 	uint32 Pixel = 0;
 	std::memcpy(&Pixel, Row + static_cast<int64>(X) * 4, sizeof(Pixel));
 	return FColor(static_cast<uint8>(Pixel >> 16), static_cast<uint8>(Pixel >> 8), static_cast<uint8>(Pixel), 255);

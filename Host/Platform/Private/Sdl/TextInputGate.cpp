@@ -23,7 +23,8 @@ void FTextInputGate::OnKeyUp(IHostMessageHandler& Handler, const FKey& Key, cons
 {
 	bBehindKey = false;
 	bContinued = false;
-	const bool bDownHeld = std::any_of(Held.begin(), Held.end(), [&Key](const FHeld& Entry) { return Entry.Kind == EHeld::KeyDown && Entry.Key == Key; });
+	const bool bDownHeld =
+		std::any_of(Held.begin(), Held.end(), [&Key](const FHeld& Entry) { return Entry.Kind == EHeld::KeyDown && Entry.Key == Key; });
 	if (bDownHeld)
 	{
 		Held.push_back(FHeld{ EHeld::KeyUp, Key, Modifiers, false, FString() });

@@ -70,11 +70,13 @@ FComplexLine::FComplexLine(FShaperFont& Font, TextUnits::FView Text)
 
 	const int Bytes = static_cast<int>(Build.Utf8.size());
 	Build.Attributes.resize(Build.Units.size());
-	pango_get_log_attrs(Build.Utf8.c_str(), Bytes, -1, Font.GetLanguage(), Build.Attributes.data(), static_cast<int>(Build.Attributes.size()));
+	pango_get_log_attrs(
+		Build.Utf8.c_str(), Bytes, -1, Font.GetLanguage(), Build.Attributes.data(), static_cast<int>(Build.Attributes.size()));
 
 	bRightToLeft = TextUnits::StartsRightToLeft(Text);
 	PangoAttrList* NoAttributes = pango_attr_list_new();
-	GList* List = pango_itemize_with_base_dir(Font.GetContext(), bRightToLeft ? PANGO_DIRECTION_RTL : PANGO_DIRECTION_LTR, Build.Utf8.c_str(), 0, Bytes, NoAttributes, nullptr);
+	GList* List = pango_itemize_with_base_dir(
+		Font.GetContext(), bRightToLeft ? PANGO_DIRECTION_RTL : PANGO_DIRECTION_LTR, Build.Utf8.c_str(), 0, Bytes, NoAttributes, nullptr);
 	for (const GList* Node = List; Node; Node = Node->next)
 	{
 		AddItem(Build, *static_cast<const PangoItem*>(Node->data));
@@ -120,7 +122,8 @@ void FComplexLine::ShapePart(FBuild& Build, const PangoAnalysis& Analysis, const
 {
 	++Build.Font.GetSystem().GetCounters().WordsShaped;
 	PangoGlyphString& Shaped = *Build.Shaped;
-	pango_shape_with_flags(Start, Length, Build.Utf8.c_str(), static_cast<int>(Build.Utf8.size()), &Analysis, &Shaped, PANGO_SHAPE_ROUND_POSITIONS);
+	pango_shape_with_flags(
+		Start, Length, Build.Utf8.c_str(), static_cast<int>(Build.Utf8.size()), &Analysis, &Shaped, PANGO_SHAPE_ROUND_POSITIONS);
 
 	FItem& Item = Items.emplace_back();
 	Item.Font = Build.Font.GetSystem().FindOrAdd(Analysis.font);
@@ -211,7 +214,8 @@ void FComplexLine::ShapePart(FBuild& Build, const PangoAnalysis& Analysis, const
 
 int32 FComplexLine::FindStop(int32 Index) const
 {
-	const auto Above = std::upper_bound(Stops.begin(), Stops.end(), Index, [](int32 Value, const FStop& Stop) { return Value < Stop.Begin; });
+	const auto Above =
+		std::upper_bound(Stops.begin(), Stops.end(), Index, [](int32 Value, const FStop& Stop) { return Value < Stop.Begin; });
 	return std::max(0, static_cast<int32>(Above - Stops.begin()) - 1);
 }
 
@@ -233,7 +237,8 @@ int32 FComplexLine::FindLineEnd(int32 First, float Width) const
 		return Count;
 	}
 	// The first stop whose right end is beyond the limit. Blanks hang.
-	const auto Beyond = std::upper_bound(Stops.begin() + First + 1, Stops.end(), Limit, [](float Value, const FStop& Stop) { return Value < Stop.X; });
+	const auto Beyond =
+		std::upper_bound(Stops.begin() + First + 1, Stops.end(), Limit, [](float Value, const FStop& Stop) { return Value < Stop.X; });
 	int32 Fitting = static_cast<int32>(Beyond - Stops.begin()) - 1;
 	while (Fitting < Count && GetStop(Fitting).bBlank)
 	{

@@ -45,7 +45,9 @@ TArray<FString> FFontCheck::FindMissing()
 	{
 		if (!IsInstalled(Font.Family))
 		{
-			Sentences.Add(FString::Printf(TEXT("The font %s is not installed, another one stands in for it. Please install the package %s."), Font.Name, Font.Package));
+			Sentences.Add(
+				FString::Printf(TEXT("The font %s is not installed, another one stands in for it. Please install the package %s."),
+					Font.Name, Font.Package));
 		}
 	}
 	return Sentences;

@@ -192,7 +192,8 @@ FTextWordRef FShaperFont::Shape(TextUnits::FView Text)
 	}
 	else
 	{
-		GList* Items = pango_itemize_with_base_dir(Context, PANGO_DIRECTION_LTR, Utf8.c_str(), 0, static_cast<int>(Utf8.size()), NoAttributes, nullptr);
+		GList* Items = pango_itemize_with_base_dir(
+			Context, PANGO_DIRECTION_LTR, Utf8.c_str(), 0, static_cast<int>(Utf8.size()), NoAttributes, nullptr);
 		int32 Unit = 0;
 		for (const GList* Node = Items; Node; Node = Node->next)
 		{
@@ -214,9 +215,11 @@ FTextWordRef FShaperFont::Shape(TextUnits::FView Text)
 	return FTextWordRef(std::move(Word));
 }
 
-void FShaperFont::ShapeItem(FTextWord& Word, const std::string& Utf8, int32 Offset, int32 Length, const PangoAnalysis& Analysis, int32 FirstUnit, int32 UnitCount, float& X)
+void FShaperFont::ShapeItem(FTextWord& Word, const std::string& Utf8, int32 Offset, int32 Length, const PangoAnalysis& Analysis,
+	int32 FirstUnit, int32 UnitCount, float& X)
 {
-	pango_shape_with_flags(Utf8.c_str() + Offset, Length, Utf8.c_str(), static_cast<int>(Utf8.size()), &Analysis, Scratch, PANGO_SHAPE_ROUND_POSITIONS);
+	pango_shape_with_flags(
+		Utf8.c_str() + Offset, Length, Utf8.c_str(), static_cast<int>(Utf8.size()), &Analysis, Scratch, PANGO_SHAPE_ROUND_POSITIONS);
 	const std::shared_ptr<const FPlatformFont> Font = System->FindOrAdd(Analysis.font);
 	if (Word.Parts.empty() || Word.Parts.back().Font != Font)
 	{
@@ -251,7 +254,8 @@ void FShaperFont::ShapeItem(FTextWord& Word, const std::string& Utf8, int32 Offs
 		const float Width = X - Left;
 		for (int32 Index = 0; Index < ClusterUnits && Unit < EndUnit; ++Index, ++Unit)
 		{
-			Word.Offsets[static_cast<size_t>(Unit)] = Left + std::round(Width * static_cast<float>(Index) / static_cast<float>(ClusterUnits)) + LetterSpace * static_cast<float>(Index);
+			Word.Offsets[static_cast<size_t>(Unit)] = Left +
+				std::round(Width * static_cast<float>(Index) / static_cast<float>(ClusterUnits)) + LetterSpace * static_cast<float>(Index);
 		}
 		X += LetterSpace * static_cast<float>(ClusterUnits);
 	}

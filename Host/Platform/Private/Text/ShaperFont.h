@@ -58,7 +58,8 @@ public:
 
 private:
 	FTextWordRef Shape(TextUnits::FView Text);
-	void ShapeItem(FTextWord& Word, const std::string& Utf8, int32 Offset, int32 Length, const PangoAnalysis& Analysis, int32 FirstUnit, int32 UnitCount, float& X);
+	void ShapeItem(FTextWord& Word, const std::string& Utf8, int32 Offset, int32 Length, const PangoAnalysis& Analysis, int32 FirstUnit,
+		int32 UnitCount, float& X);
 	void DropUnusedWords();
 
 	std::shared_ptr<FFontSystem> System;

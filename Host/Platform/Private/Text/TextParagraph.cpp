@@ -40,7 +40,8 @@ namespace
 			for (size_t Part = 0; Part < Word.Parts.size(); ++Part)
 			{
 				Sink.SetFont(*Word.Parts[Part].Font);
-				const size_t GlyphEnd = Part + 1 < Word.Parts.size() ? static_cast<size_t>(Word.Parts[Part + 1].GlyphBegin) : Word.Glyphs.size();
+				const size_t GlyphEnd =
+					Part + 1 < Word.Parts.size() ? static_cast<size_t>(Word.Parts[Part + 1].GlyphBegin) : Word.Glyphs.size();
 				for (size_t Index = static_cast<size_t>(Word.Parts[Part].GlyphBegin); Index < GlyphEnd; ++Index)
 				{
 					const FWordGlyph& Glyph = Word.Glyphs[Index];
@@ -116,7 +117,8 @@ void FTextParagraph::AddTextLine(int32 Begin, int32 End, FPieces& Scratch)
 	else
 	{
 		Line.FirstPiece = ~static_cast<int32>(ComplexLines.size());
-		ComplexLines.push_back(std::make_unique<FComplexLine>(*Font, GetView().substr(static_cast<size_t>(Begin), static_cast<size_t>(End - Begin))));
+		ComplexLines.push_back(
+			std::make_unique<FComplexLine>(*Font, GetView().substr(static_cast<size_t>(Begin), static_cast<size_t>(End - Begin))));
 	}
 }
 
@@ -297,7 +299,8 @@ void FTextParagraph::WrapPlain(int32 TextLine, float Width, std::vector<FLine>& 
 
 		// The last piece that begins on the line; it fits or sticks out.
 		const float Limit = Left + Width;
-		const auto Behind = std::upper_bound(All.begin() + First + 1, All.begin() + Line.EndPiece, Limit, [](float Value, const FTextPiece& Piece) { return Value < Piece.X; });
+		const auto Behind = std::upper_bound(All.begin() + First + 1, All.begin() + Line.EndPiece, Limit,
+			[](float Value, const FTextPiece& Piece) { return Value < Piece.X; });
 		int32 Piece = static_cast<int32>(Behind - All.begin()) - 1;
 		const bool bFits = GetPiece(Piece).GetInkEnd() <= Limit;
 		const int32 Sticking = Piece;
@@ -389,7 +392,8 @@ void FTextParagraph::WrapComplex(int32 TextLine, float Width, std::vector<FLine>
 	{
 		const int32 End = Width > 0.0f ? Complex.FindLineEnd(First, Width) : Complex.GetStopCount();
 		const float InkEnd = Complex.GetStop(Complex.TrimBlanks(First, End)).X;
-		AddLine(OutLines, TextLine, Line.Begin + Complex.GetStop(First).Begin, Line.Begin + Complex.GetStop(End).Begin, First, InkEnd - Complex.GetStop(First).X);
+		AddLine(OutLines, TextLine, Line.Begin + Complex.GetStop(First).Begin, Line.Begin + Complex.GetStop(End).Begin, First,
+			InkEnd - Complex.GetStop(First).X);
 		First = End;
 	} while (First < Complex.GetStopCount());
 }

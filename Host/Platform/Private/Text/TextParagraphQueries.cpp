@@ -12,14 +12,16 @@ int32 FTextParagraph::ClampLine(int32 Line) const
 
 const FTextParagraph::FTextLine& FTextParagraph::GetTextLineOfIndex(int32 Index) const
 {
-	const auto Above = std::upper_bound(TextLines.begin(), TextLines.end(), Index, [](int32 Value, const FTextLine& Line) { return Value < Line.Begin; });
+	const auto Above =
+		std::upper_bound(TextLines.begin(), TextLines.end(), Index, [](int32 Value, const FTextLine& Line) { return Value < Line.Begin; });
 	return Above == TextLines.begin() ? TextLines.front() : *std::prev(Above);
 }
 
 int32 FTextParagraph::FindPiece(const FTextLine& Line, int32 Index) const
 {
 	const auto Begin = Pieces->begin() + Line.FirstPiece;
-	const auto Above = std::upper_bound(Begin, Pieces->begin() + Line.EndPiece, Index, [](int32 Value, const FTextPiece& Piece) { return Value < static_cast<int32>(Piece.Begin); });
+	const auto Above = std::upper_bound(Begin, Pieces->begin() + Line.EndPiece, Index,
+		[](int32 Value, const FTextPiece& Piece) { return Value < static_cast<int32>(Piece.Begin); });
 	return static_cast<int32>(Above - Pieces->begin()) - (Above == Begin ? 0 : 1);
 }
 
@@ -48,7 +50,8 @@ float FTextParagraph::GetPlainX(const FTextLine& Line, int32 Index) const
 int32 FTextParagraph::GetPlainIndexAt(const FTextLine& Line, float X) const
 {
 	const auto Begin = Pieces->begin() + Line.FirstPiece;
-	const auto Above = std::upper_bound(Begin, Pieces->begin() + Line.EndPiece, X, [](float Value, const FTextPiece& Piece) { return Value < Piece.X; });
+	const auto Above =
+		std::upper_bound(Begin, Pieces->begin() + Line.EndPiece, X, [](float Value, const FTextPiece& Piece) { return Value < Piece.X; });
 	const int32 PieceIndex = static_cast<int32>(Above - Pieces->begin()) - (Above == Begin ? 0 : 1);
 	if (PieceIndex >= Line.EndPiece)
 	{
@@ -92,7 +95,8 @@ int32 FTextParagraph::GetEndStop(const FLine& Line) const
 
 int32 FTextParagraph::GetLineOfIndex(int32 Index) const
 {
-	const auto Above = std::upper_bound(Lines.begin(), Lines.end(), Index, [](int32 Value, const FLine& Line) { return Value < Line.Public.BeginIndex; });
+	const auto Above =
+		std::upper_bound(Lines.begin(), Lines.end(), Index, [](int32 Value, const FLine& Line) { return Value < Line.Public.BeginIndex; });
 	return std::max(0, static_cast<int32>(Above - Lines.begin()) - 1);
 }
 

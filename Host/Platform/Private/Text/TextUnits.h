@@ -11,9 +11,18 @@ namespace TextUnits
 {
 	using FView = std::basic_string_view<TCHAR>;
 
-	inline bool IsHighSurrogate(TCHAR Unit) { return (Unit & 0xFC00) == 0xD800; }
-	inline bool IsLowSurrogate(TCHAR Unit) { return (Unit & 0xFC00) == 0xDC00; }
-	inline bool IsLineBreak(TCHAR Unit) { return Unit == TEXT('\n') || Unit == TEXT('\r'); }
+	inline bool IsHighSurrogate(TCHAR Unit)
+	{
+		return (Unit & 0xFC00) == 0xD800;
+	}
+	inline bool IsLowSurrogate(TCHAR Unit)
+	{
+		return (Unit & 0xFC00) == 0xDC00;
+	}
+	inline bool IsLineBreak(TCHAR Unit)
+	{
+		return Unit == TEXT('\n') || Unit == TEXT('\r');
+	}
 
 	/**
 	 * Whether a unit can be shaped word by word: one caret stop of its own, left to right, no effect beyond the blanks
@@ -44,5 +53,8 @@ namespace TextUnits
 		Extend,
 	};
 	EClass GetClass(uint32 Character);
-	inline bool IsWordClass(EClass Class) { return Class >= EClass::Word && Class <= EClass::Katakana; }
+	inline bool IsWordClass(EClass Class)
+	{
+		return Class >= EClass::Word && Class <= EClass::Katakana;
+	}
 }

@@ -25,87 +25,99 @@ using Velmora::CodeIntel::FIndexStats;
 namespace
 {
 
-bool IsEngineSourceIncluded()
-{
-	const UVelmoraSettings* Settings = GetDefault<UVelmoraSettings>();
-	return Settings && Settings->bIncludeEngineSource;
-}
+	bool IsEngineSourceIncluded()
+	{
+		const UVelmoraSettings* Settings = GetDefault<UVelmoraSettings>();
+		return Settings && Settings->bIncludeEngineSource;
+	}
 
-/** Work on a thread of its own, then Done with the seconds that it took on the game thread. */
-void RunIndexWork(TFunction<void(FCodeIntelIndexManager&)> Work, TFunction<void(FCodeIntelIndexManager&, double)> Done)
-{
-	FCodeIntelIndexManager& Manager = FCodeIntelIndexManager::Get();
-	Async(EAsyncExecution::Thread, [&Manager, Work = MoveTemp(Work), Done = MoveTemp(Done)]() mutable {
-		const double StartTime = FPlatformTime::Seconds();
-		Work(Manager);
-		const double Seconds = FPlatformTime::Seconds() - StartTime;
-		AsyncTask(ENamedThreads::GameThread, [&Manager, Done = MoveTemp(Done), Seconds] { Done(Manager, Seconds); });
-	});
-}
+	/** Work on a thread of its own, then Done with the seconds that it took on the game thread. */
+	void RunIndexWork(TFunction<void(FCodeIntelIndexManager&)> Work, TFunction<void(FCodeIntelIndexManager&, double)> Done)
+	{
+		FCodeIntelIndexManager& Manager = FCodeIntelIndexManager::Get();
+		Async(EAsyncExecution::Thread,
+			[&Manager, Work = MoveTemp(Work), Done = MoveTemp(Done)]() mutable
+			{
+				const double StartTime = FPlatformTime::Seconds();
+				Work(Manager);
+				const double Seconds = FPlatformTime::Seconds() - StartTime;
+				AsyncTask(ENamedThreads::GameThread, [&Manager, Done = MoveTemp(Done), Seconds] { Done(Manager, Seconds); });
+			});
+	}
 
-/** A reconcile is told in the words of a build or, when it found nothing, of a compaction. */
-void ShowReconcileResult(const TCHAR* Scope, int32 Deleted, int32 New)
-{
-	if (Deleted > 0 || New > 0)
+	/** A reconcile is told in the words of a build or, when it found nothing, of a compaction. */
+	void ShowReconcileResult(const TCHAR* Scope, int32 Deleted, int32 New)
 	{
-		[[maybe_unused]] const FString Summary = FString::Printf(TEXT("%s reconciliation complete: %d deleted, %d new files queued"), Scope, Deleted, New);
-		FCodeIntelNotifications::ShowBuildComplete(Deleted + New, 0.0);
-		return;
+		if (Deleted > 0 || New > 0)
+		{
+			[[maybe_unused]] const FString Summary =
+				FString::Printf(TEXT("%s reconciliation complete: %d deleted, %d new files queued"), Scope, Deleted, New);
+			FCodeIntelNotifications::ShowBuildComplete(Deleted + New, 0.0);
+			return;
+		}
+		FCodeIntelNotifications::ShowCompactionComplete(0.0);
 	}
-	FCodeIntelNotifications::ShowCompactionComplete(0.0);
-}
 
-FString DescribeReadyIndex(const FIndexStats& Stats, const TCHAR* RootName)
-{
-	return FString::Printf(
-		TEXT("Status: Ready\nTotal Files: %d\nFailed Files: %d\nEstimated Symbols: %d\nIndex Size: %.2f MB\nLast Build Time: %.2f seconds\n%s Root: %s\n"),
-		Stats.TotalFiles, Stats.FailedFiles, Stats.EstimatedSymbols, Stats.IndexSizeMB, Stats.LastBuildTimeSeconds, RootName, *Stats.RootPath);
-}
+	FString DescribeReadyIndex(const FIndexStats& Stats, const TCHAR* RootName)
+	{
+		return FString::Printf(TEXT("Status: Ready\nTotal Files: %d\nFailed Files: %d\nEstimated Symbols: %d\nIndex Size: %.2f MB\nLast "
+									"Build Time: %.2f seconds\n%s Root: %s\n"),
+			Stats.TotalFiles, Stats.FailedFiles, Stats.EstimatedSymbols, Stats.IndexSizeMB, Stats.LastBuildTimeSeconds, RootName,
+			*Stats.RootPath);
+	}
 
-FString DescribeProjectIndex(const FCodeIntelIndexManager& Manager)
-{
-	if (Manager.IsBuilding())
+	FString DescribeProjectIndex(const FCodeIntelIndexManager& Manager)
 	{
-		return TEXT("Status: Building...\n");
+		if (Manager.IsBuilding())
+		{
+			return TEXT("Status: Building...\n");
+		}
+		const FIndexStats Stats = Manager.GetIndexStats();
+		return Stats.bIsReady ? DescribeReadyIndex(Stats, TEXT("Project"))
+							  : FString(TEXT("Status: Not Ready\nThe project index has not been built yet.\n"));
 	}
-	const FIndexStats Stats = Manager.GetIndexStats();
-	return Stats.bIsReady ? DescribeReadyIndex(Stats, TEXT("Project")) : FString(TEXT("Status: Not Ready\nThe project index has not been built yet.\n"));
-}
 
-FString DescribeEngineIndex(const FCodeIntelIndexManager& Manager)
-{
-	if (!IsEngineSourceIncluded())
+	FString DescribeEngineIndex(const FCodeIntelIndexManager& Manager)
 	{
-		return TEXT("Status: Disabled\nEnable 'Include Engine Source' in Settings to use engine index.\n");
+		if (!IsEngineSourceIncluded())
+		{
+			return TEXT("Status: Disabled\nEnable 'Include Engine Source' in Settings to use engine index.\n");
+		}
+		if (!Manager.IsEngineIndexInitialized())
+		{
+			return TEXT("Status: Not Initialized\n");
+		}
+		if (Manager.IsEngineIndexBuilding())
+		{
+			return TEXT("Status: Building...\n");
+		}
+		if (!Manager.IsEngineIndexReady())
+		{
+			return TEXT("Status: Not Ready\nUse 'Rebuild Engine Index' to build the engine index.\n");
+		}
+		return DescribeReadyIndex(Manager.GetEngineIndexStats(), TEXT("Engine"));
 	}
-	if (!Manager.IsEngineIndexInitialized())
-	{
-		return TEXT("Status: Not Initialized\n");
-	}
-	if (Manager.IsEngineIndexBuilding())
-	{
-		return TEXT("Status: Building...\n");
-	}
-	if (!Manager.IsEngineIndexReady())
-	{
-		return TEXT("Status: Not Ready\nUse 'Rebuild Engine Index' to build the engine index.\n");
-	}
-	return DescribeReadyIndex(Manager.GetEngineIndexStats(), TEXT("Engine"));
-}
 
 } // namespace
 
 void FCodeIntelCommandActions::RegisterHandlers(TSharedPtr<FUICommandList> List)
 {
 	const FCodeIntelCommands& Commands = FCodeIntelCommands::Get();
-	List->MapAction(Commands.RebuildIndex, FExecuteAction::CreateStatic(&HandleRebuildIndex), FCanExecuteAction::CreateStatic(&CanExecuteIndexOperation));
-	List->MapAction(Commands.CompactIndex, FExecuteAction::CreateStatic(&HandleCompactIndex), FCanExecuteAction::CreateStatic(&CanExecuteIndexOperation));
-	List->MapAction(Commands.ReconcileIndex, FExecuteAction::CreateStatic(&HandleReconcileIndex), FCanExecuteAction::CreateStatic(&CanExecuteReconcile));
-	List->MapAction(Commands.ViewStatus, FExecuteAction::CreateStatic(&HandleViewStatus), FCanExecuteAction::CreateStatic(&CanExecuteIndexOperation));
+	List->MapAction(Commands.RebuildIndex, FExecuteAction::CreateStatic(&HandleRebuildIndex),
+		FCanExecuteAction::CreateStatic(&CanExecuteIndexOperation));
+	List->MapAction(Commands.CompactIndex, FExecuteAction::CreateStatic(&HandleCompactIndex),
+		FCanExecuteAction::CreateStatic(&CanExecuteIndexOperation));
+	List->MapAction(Commands.ReconcileIndex, FExecuteAction::CreateStatic(&HandleReconcileIndex),
+		FCanExecuteAction::CreateStatic(&CanExecuteReconcile));
+	List->MapAction(
+		Commands.ViewStatus, FExecuteAction::CreateStatic(&HandleViewStatus), FCanExecuteAction::CreateStatic(&CanExecuteIndexOperation));
 	List->MapAction(Commands.OpenSettings, FExecuteAction::CreateStatic(&HandleOpenSettings));
-	List->MapAction(Commands.RebuildEngineIndex, FExecuteAction::CreateStatic(&HandleRebuildEngineIndex), FCanExecuteAction::CreateStatic(&CanExecuteEngineIndexOperation));
-	List->MapAction(Commands.ClearEngineIndex, FExecuteAction::CreateStatic(&HandleClearEngineIndex), FCanExecuteAction::CreateStatic(&CanExecuteEngineIndexOperation));
-	List->MapAction(Commands.ReconcileEngineIndex, FExecuteAction::CreateStatic(&HandleReconcileEngineIndex), FCanExecuteAction::CreateStatic(&CanExecuteEngineReconcile));
+	List->MapAction(Commands.RebuildEngineIndex, FExecuteAction::CreateStatic(&HandleRebuildEngineIndex),
+		FCanExecuteAction::CreateStatic(&CanExecuteEngineIndexOperation));
+	List->MapAction(Commands.ClearEngineIndex, FExecuteAction::CreateStatic(&HandleClearEngineIndex),
+		FCanExecuteAction::CreateStatic(&CanExecuteEngineIndexOperation));
+	List->MapAction(Commands.ReconcileEngineIndex, FExecuteAction::CreateStatic(&HandleReconcileEngineIndex),
+		FCanExecuteAction::CreateStatic(&CanExecuteEngineReconcile));
 }
 
 bool FCodeIntelCommandActions::CanExecuteIndexOperation()
@@ -129,7 +141,8 @@ bool FCodeIntelCommandActions::CanExecuteEngineIndexOperation()
 bool FCodeIntelCommandActions::CanExecuteEngineReconcile()
 {
 	const FCodeIntelIndexManager& Manager = FCodeIntelIndexManager::Get();
-	return IsEngineSourceIncluded() && Manager.IsEngineIndexInitialized() && Manager.IsEngineIndexReady() && !Manager.IsEngineIndexBuilding();
+	return IsEngineSourceIncluded() && Manager.IsEngineIndexInitialized() && Manager.IsEngineIndexReady() &&
+		!Manager.IsEngineIndexBuilding();
 }
 
 void FCodeIntelCommandActions::HandleRebuildIndex()
@@ -146,9 +159,9 @@ void FCodeIntelCommandActions::HandleRebuildIndex()
 		return;
 	}
 	FCodeIntelNotifications::ShowBuildStarted();
-	RunIndexWork(
-		[](FCodeIntelIndexManager& Worker) { Worker.RebuildIndex(true); },
-		[](FCodeIntelIndexManager& Built, double Seconds) {
+	RunIndexWork([](FCodeIntelIndexManager& Worker) { Worker.RebuildIndex(true); },
+		[](FCodeIntelIndexManager& Built, double Seconds)
+		{
 			const FIndexStats Stats = Built.GetIndexStats();
 			if (Stats.bIsReady)
 			{
@@ -184,9 +197,9 @@ void FCodeIntelCommandActions::HandleRebuildEngineIndex()
 		return;
 	}
 	FCodeIntelNotifications::ShowBuildStarted();
-	RunIndexWork(
-		[](FCodeIntelIndexManager& Worker) { Worker.RebuildEngineIndex(true); },
-		[](FCodeIntelIndexManager& Built, double Seconds) {
+	RunIndexWork([](FCodeIntelIndexManager& Worker) { Worker.RebuildEngineIndex(true); },
+		[](FCodeIntelIndexManager& Built, double Seconds)
+		{
 			if (Built.IsEngineIndexReady())
 			{
 				FCodeIntelNotifications::ShowBuildComplete(Built.GetEngineIndexStats().EstimatedSymbols, Seconds);
@@ -207,9 +220,9 @@ void FCodeIntelCommandActions::HandleCompactIndex()
 		return;
 	}
 	const double SizeBefore = Manager.GetIndexStats().IndexSizeMB;
-	RunIndexWork(
-		[](FCodeIntelIndexManager& Worker) { Worker.CompactIndex(); },
-		[SizeBefore](FCodeIntelIndexManager& Compacted, double) { FCodeIntelNotifications::ShowCompactionComplete(SizeBefore - Compacted.GetIndexStats().IndexSizeMB); });
+	RunIndexWork([](FCodeIntelIndexManager& Worker) { Worker.CompactIndex(); },
+		[SizeBefore](FCodeIntelIndexManager& Compacted, double)
+		{ FCodeIntelNotifications::ShowCompactionComplete(SizeBefore - Compacted.GetIndexStats().IndexSizeMB); });
 }
 
 void FCodeIntelCommandActions::HandleClearEngineIndex()
@@ -277,16 +290,17 @@ FString FCodeIntelCommandActions::BuildStatusReport()
 	{
 		return TEXT("Index Manager: Not Initialized");
 	}
-	return TEXT("=== PROJECT INDEX ===\n\n") + DescribeProjectIndex(Manager) + TEXT("\n=== ENGINE INDEX ===\n\n") + DescribeEngineIndex(Manager);
+	return TEXT("=== PROJECT INDEX ===\n\n") + DescribeProjectIndex(Manager) + TEXT("\n=== ENGINE INDEX ===\n\n") +
+		DescribeEngineIndex(Manager);
 }
 
 void FCodeIntelCommandActions::HandleViewStatus()
 {
 	const TSharedRef<SWindow> Window = SNew(SWindow)
-		.Title(LOCTEXT("IndexStatusTitle", "Code Intelligence Status"))
-		.ClientSize(FVector2D(600.0, 500.0))
-		.SupportsMaximize(false)
-		.SupportsMinimize(false);
+										   .Title(LOCTEXT("IndexStatusTitle", "Code Intelligence Status"))
+										   .ClientSize(FVector2D(600.0, 500.0))
+										   .SupportsMaximize(false)
+										   .SupportsMinimize(false);
 	const TWeakPtr<SWindow> WeakWindow = Window;
 	// clang-format off
 	Window->SetContent(

@@ -13,49 +13,54 @@ TWeakPtr<SNotificationItem> FCodeIntelNotifications::ActiveStaleNotification;
 namespace
 {
 
-TWeakPtr<SNotificationItem> ActiveCompactionNotification;
-TWeakPtr<SNotificationItem> ActiveReconcileNotification;
+	TWeakPtr<SNotificationItem> ActiveCompactionNotification;
+	TWeakPtr<SNotificationItem> ActiveReconcileNotification;
 
-void FinishNotification(TWeakPtr<SNotificationItem>& Kept, SNotificationItem::ECompletionState State)
-{
-	if (const TSharedPtr<SNotificationItem> Item = Kept.Pin())
+	void FinishNotification(TWeakPtr<SNotificationItem>& Kept, SNotificationItem::ECompletionState State)
 	{
-		Item->SetCompletionState(State);
-		Item->ExpireAndFadeout();
+		if (const TSharedPtr<SNotificationItem> Item = Kept.Pin())
+		{
+			Item->SetCompletionState(State);
+			Item->ExpireAndFadeout();
+		}
+		Kept.Reset();
 	}
-	Kept.Reset();
-}
 
-FText FormatOneDecimal(double Value)
-{
-	return FText::FromString(FString::Printf(TEXT("%.1f"), Value));
-}
+	FText FormatOneDecimal(double Value)
+	{
+		return FText::FromString(FString::Printf(TEXT("%.1f"), Value));
+	}
 
 } // namespace
 
 void FCodeIntelNotifications::ShowBuildStarted()
 {
 	DismissAll();
-	ActiveBuildNotification = ShowNotification(LOCTEXT("BuildStarted", "Building code intelligence index..."), SNotificationItem::CS_Pending, 0.0f, false, FText::GetEmpty(), nullptr);
+	ActiveBuildNotification = ShowNotification(LOCTEXT("BuildStarted", "Building code intelligence index..."),
+		SNotificationItem::CS_Pending, 0.0f, false, FText::GetEmpty(), nullptr);
 }
 
 void FCodeIntelNotifications::ShowBuildComplete(int32 Symbols, double Seconds)
 {
 	FinishNotification(ActiveBuildNotification, SNotificationItem::CS_Success);
-	const FText Message = FText::Format(LOCTEXT("BuildComplete", "Code index ready! ({0} symbols, {1}s)"), FText::AsNumber(Symbols), FormatOneDecimal(Seconds));
+	const FText Message = FText::Format(
+		LOCTEXT("BuildComplete", "Code index ready! ({0} symbols, {1}s)"), FText::AsNumber(Symbols), FormatOneDecimal(Seconds));
 	ShowNotification(Message, SNotificationItem::CS_Success, 5.0f, false, FText::GetEmpty(), nullptr);
 }
 
 void FCodeIntelNotifications::ShowBuildFailed(const FString& Error)
 {
 	FinishNotification(ActiveBuildNotification, SNotificationItem::CS_Fail);
-	const FText Message = FText::Format(LOCTEXT("BuildFailed", "Index build failed: {0}"), FText::FromString(Error.IsEmpty() ? FString(TEXT("Unknown error")) : Error));
-	ShowNotification(Message, SNotificationItem::CS_Fail, 0.0f, true, LOCTEXT("ViewLog", "View Log"), [] { FGlobalTabmanager::Get()->TryInvokeTab(FTabId("OutputLog")); });
+	const FText Message = FText::Format(
+		LOCTEXT("BuildFailed", "Index build failed: {0}"), FText::FromString(Error.IsEmpty() ? FString(TEXT("Unknown error")) : Error));
+	ShowNotification(Message, SNotificationItem::CS_Fail, 0.0f, true, LOCTEXT("ViewLog", "View Log"),
+		[] { FGlobalTabmanager::Get()->TryInvokeTab(FTabId("OutputLog")); });
 }
 
 void FCodeIntelNotifications::ShowCompactionStarted()
 {
-	ActiveCompactionNotification = ShowNotification(LOCTEXT("CompactionStarted", "Compacting index..."), SNotificationItem::CS_Pending, 0.0f, false, FText::GetEmpty(), nullptr);
+	ActiveCompactionNotification = ShowNotification(
+		LOCTEXT("CompactionStarted", "Compacting index..."), SNotificationItem::CS_Pending, 0.0f, false, FText::GetEmpty(), nullptr);
 }
 
 void FCodeIntelNotifications::ShowCompactionComplete(double SavedMB)
@@ -67,13 +72,15 @@ void FCodeIntelNotifications::ShowCompactionComplete(double SavedMB)
 
 void FCodeIntelNotifications::ShowReconcileStarted()
 {
-	ActiveReconcileNotification = ShowNotification(LOCTEXT("ReconcileStarted", "Reconciling file changes..."), SNotificationItem::CS_Pending, 0.0f, false, FText::GetEmpty(), nullptr);
+	ActiveReconcileNotification = ShowNotification(
+		LOCTEXT("ReconcileStarted", "Reconciling file changes..."), SNotificationItem::CS_Pending, 0.0f, false, FText::GetEmpty(), nullptr);
 }
 
 void FCodeIntelNotifications::ShowReconcileComplete(int32 Deleted, int32 New)
 {
 	FinishNotification(ActiveReconcileNotification, SNotificationItem::CS_Success);
-	const FText Message = FText::Format(LOCTEXT("ReconcileComplete", "Reconciliation complete: {0} deleted, {1} new files"), FText::AsNumber(Deleted), FText::AsNumber(New));
+	const FText Message = FText::Format(LOCTEXT("ReconcileComplete", "Reconciliation complete: {0} deleted, {1} new files"),
+		FText::AsNumber(Deleted), FText::AsNumber(New));
 	ShowNotification(Message, SNotificationItem::CS_Success, 4.0f, false, FText::GetEmpty(), nullptr);
 }
 
@@ -93,7 +100,8 @@ void FCodeIntelNotifications::ShowIndexStale()
 	if (!ActiveStaleNotification.IsValid())
 	{
 		const FText Message = LOCTEXT("IndexStale", "Code index may be out of date. Consider rebuilding.");
-		ActiveStaleNotification = ShowNotification(Message, SNotificationItem::CS_None, 0.0f, true, LOCTEXT("RebuildNow", "Rebuild Now"), [] { FGlobalTabmanager::Get()->TryInvokeTab(FTabId(SVelmoraTab::GetTabName())); });
+		ActiveStaleNotification = ShowNotification(Message, SNotificationItem::CS_None, 0.0f, true, LOCTEXT("RebuildNow", "Rebuild Now"),
+			[] { FGlobalTabmanager::Get()->TryInvokeTab(FTabId(SVelmoraTab::GetTabName())); });
 	}
 }
 
@@ -104,7 +112,8 @@ void FCodeIntelNotifications::DismissAll()
 	FinishNotification(ActiveStaleNotification, SNotificationItem::CS_None);
 }
 
-TSharedPtr<SNotificationItem> FCodeIntelNotifications::ShowNotification(const FText& Text, SNotificationItem::ECompletionState State, float Duration, bool bButton, const FText& ButtonText, TFunction<void()> Callback)
+TSharedPtr<SNotificationItem> FCodeIntelNotifications::ShowNotification(const FText& Text, SNotificationItem::ECompletionState State,
+	float Duration, bool bButton, const FText& ButtonText, TFunction<void()> Callback)
 {
 	FNotificationInfo Info(Text);
 	Info.bFireAndForget = Duration > 0.0f;
@@ -114,7 +123,8 @@ TSharedPtr<SNotificationItem> FCodeIntelNotifications::ShowNotification(const FT
 	if (bButton && !ButtonText.IsEmpty() && Callback)
 	{
 		// A button shows in one state of its toast; this toast never leaves the state that it begins with.
-		Info.ButtonDetails.Add(FNotificationButtonInfo(ButtonText, FText::GetEmpty(), FSimpleDelegate::CreateLambda(MoveTemp(Callback)), State));
+		Info.ButtonDetails.Add(
+			FNotificationButtonInfo(ButtonText, FText::GetEmpty(), FSimpleDelegate::CreateLambda(MoveTemp(Callback)), State));
 	}
 	const TSharedPtr<SNotificationItem> Item = FSlateNotificationManager::Get().AddNotification(Info);
 	if (Item.IsValid())

@@ -6,90 +6,91 @@
 namespace Velmora::UI
 {
 
-namespace
-{
-
-/** Letters and digits are those of FChar, so that a token does not depend on the locale of the process. */
-bool IsAtTokenChar(TCHAR Char)
-{
-	return FChar::IsAlnum(Char) || Char == TEXT('_') || Char == TEXT('.') || Char == TEXT('-') || Char == TEXT('/') || Char == TEXT('\\');
-}
-
-constexpr int32 AtScanBlock = 2048;
-
-bool IsAtOrLineFeedInBlock(const TCHAR* Block)
-{
-	// As wide as the characters, so that many are compared at once.
-	uint16 Found = 0;
-	for (int32 Offset = 0; Offset < AtScanBlock; ++Offset)
+	namespace
 	{
-		Found |= static_cast<uint16>(Block[Offset] == TEXT('@')) | static_cast<uint16>(Block[Offset] == TEXT('\n'));
-	}
-	return Found != 0;
-}
 
-/**
- * Index of the nearest '@' to the left of the cursor on its line, -1 if there is none. Blanks do not end the walk. It is made
- * at each key, so a long line is passed in blocks, without a branch for each character.
- */
-int32 FindAtBefore(const TCHAR* Text, int32 Cursor)
-{
-	int32 Index = Cursor;
-	while (Index >= AtScanBlock && !IsAtOrLineFeedInBlock(Text + Index - AtScanBlock))
-	{
-		Index -= AtScanBlock;
-	}
-	while (--Index >= 0 && Text[Index] != TEXT('@'))
-	{
-		if (Text[Index] == TEXT('\n'))
+		/** Letters and digits are those of FChar, so that a token does not depend on the locale of the process. */
+		bool IsAtTokenChar(TCHAR Char)
 		{
-			return -1;
+			return FChar::IsAlnum(Char) || Char == TEXT('_') || Char == TEXT('.') || Char == TEXT('-') || Char == TEXT('/') ||
+				Char == TEXT('\\');
 		}
-	}
-	return Index;
-}
 
-} // namespace
+		constexpr int32 AtScanBlock = 2048;
 
-FAtTokenState ComputeAtTokenState(const FString& Text, int32 CursorIndex)
-{
-	FAtTokenState State;
-	const TCHAR* const Chars = *Text;
-	const int32 Length = Text.Len();
-	const int32 Cursor = FMath::Clamp(CursorIndex, 0, Length);
+		bool IsAtOrLineFeedInBlock(const TCHAR* Block)
+		{
+			// As wide as the characters, so that many are compared at once.
+			uint16 Found = 0;
+			for (int32 Offset = 0; Offset < AtScanBlock; ++Offset)
+			{
+				Found |= static_cast<uint16>(Block[Offset] == TEXT('@')) | static_cast<uint16>(Block[Offset] == TEXT('\n'));
+			}
+			return Found != 0;
+		}
 
-	State.AtIndex = FindAtBefore(Chars, Cursor);
-	if (State.AtIndex == -1)
+		/**
+		 * Index of the nearest '@' to the left of the cursor on its line, -1 if there is none. Blanks do not end the walk. It is made
+		 * at each key, so a long line is passed in blocks, without a branch for each character.
+		 */
+		int32 FindAtBefore(const TCHAR* Text, int32 Cursor)
+		{
+			int32 Index = Cursor;
+			while (Index >= AtScanBlock && !IsAtOrLineFeedInBlock(Text + Index - AtScanBlock))
+			{
+				Index -= AtScanBlock;
+			}
+			while (--Index >= 0 && Text[Index] != TEXT('@'))
+			{
+				if (Text[Index] == TEXT('\n'))
+				{
+					return -1;
+				}
+			}
+			return Index;
+		}
+
+	} // namespace
+
+	FAtTokenState ComputeAtTokenState(const FString& Text, int32 CursorIndex)
 	{
+		FAtTokenState State;
+		const TCHAR* const Chars = *Text;
+		const int32 Length = Text.Len();
+		const int32 Cursor = FMath::Clamp(CursorIndex, 0, Length);
+
+		State.AtIndex = FindAtBefore(Chars, Cursor);
+		if (State.AtIndex == -1)
+		{
+			return State;
+		}
+		State.TokenEnd = State.AtIndex + 1;
+		while (State.TokenEnd < Length && IsAtTokenChar(Chars[State.TokenEnd]))
+		{
+			++State.TokenEnd;
+		}
+		State.Query = Text.Mid(State.AtIndex + 1, State.TokenEnd - State.AtIndex - 1);
+		State.bActive = Cursor <= State.TokenEnd;
 		return State;
 	}
-	State.TokenEnd = State.AtIndex + 1;
-	while (State.TokenEnd < Length && IsAtTokenChar(Chars[State.TokenEnd]))
-	{
-		++State.TokenEnd;
-	}
-	State.Query = Text.Mid(State.AtIndex + 1, State.TokenEnd - State.AtIndex - 1);
-	State.bActive = Cursor <= State.TokenEnd;
-	return State;
-}
 
-void ApplyAtTokenReplacement(
-	const FString& Text, int32 StartIndex, int32 EndIndex, const FString& Replacement, FString& OutText, int32& OutCursorIndex)
-{
-	const int32 Length = Text.Len();
-	if (StartIndex < 0 || EndIndex < StartIndex || EndIndex > Length)
+	void ApplyAtTokenReplacement(
+		const FString& Text, int32 StartIndex, int32 EndIndex, const FString& Replacement, FString& OutText, int32& OutCursorIndex)
 	{
-		OutCursorIndex = FMath::Clamp(StartIndex, 0, Length);
-		OutText = Text;
-		return;
+		const int32 Length = Text.Len();
+		if (StartIndex < 0 || EndIndex < StartIndex || EndIndex > Length)
+		{
+			OutCursorIndex = FMath::Clamp(StartIndex, 0, Length);
+			OutText = Text;
+			return;
+		}
+		FString NewText;
+		NewText.Reserve(Length - (EndIndex - StartIndex) + Replacement.Len());
+		NewText.AppendChars(*Text, StartIndex);
+		NewText.Append(Replacement);
+		NewText.AppendChars(*Text + EndIndex, Length - EndIndex);
+		OutCursorIndex = StartIndex + Replacement.Len();
+		OutText = MoveTemp(NewText);
 	}
-	FString NewText;
-	NewText.Reserve(Length - (EndIndex - StartIndex) + Replacement.Len());
-	NewText.AppendChars(*Text, StartIndex);
-	NewText.Append(Replacement);
-	NewText.AppendChars(*Text + EndIndex, Length - EndIndex);
-	OutCursorIndex = StartIndex + Replacement.Len();
-	OutText = MoveTemp(NewText);
-}
 
 } // namespace Velmora::UI

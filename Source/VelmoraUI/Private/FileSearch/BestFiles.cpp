@@ -8,82 +8,82 @@
 namespace Velmora::UI
 {
 
-namespace
-{
-
-/** Letter case decides only between texts that differ in nothing else. */
-int32 CompareNames(FStringView A, FStringView B)
-{
-	const int32 Order = A.Compare(B, ESearchCase::IgnoreCase);
-	return Order != 0 ? Order : A.Compare(B, ESearchCase::CaseSensitive);
-}
-
-FStringView GetFileName(FStringView Path)
-{
-	int32 Slash = INDEX_NONE;
-	return Path.FindLastChar(TEXT('/'), Slash) ? Path.RightChop(Slash + 1) : Path;
-}
-
-} // namespace
-
-FBestFiles::FBestFiles(const TArray<FProjectFileCacheEntry>& InRecords, int32 InLimit)
-	: Records(InRecords)
-	, Limit(FMath::Clamp(InLimit, 0, InRecords.Num()))
-{
-}
-
-void FBestFiles::Offer(const FRankedFile& File)
-{
-	if (Limit == 0 || (bHasWorst && !IsBetter(File, Worst)))
+	namespace
 	{
-		return;
-	}
-	Kept.Add(File);
-	if (Kept.Num() - Limit >= Limit)
-	{
-		DropWorse();
-	}
-}
 
-TArray<FRankedFile> FBestFiles::Take()
-{
-	if (Kept.Num() > Limit)
-	{
-		DropWorse();
-	}
-	Kept.Sort([this](const FRankedFile& A, const FRankedFile& B) { return IsBetter(A, B); });
-	return MoveTemp(Kept);
-}
+		/** Letter case decides only between texts that differ in nothing else. */
+		int32 CompareNames(FStringView A, FStringView B)
+		{
+			const int32 Order = A.Compare(B, ESearchCase::IgnoreCase);
+			return Order != 0 ? Order : A.Compare(B, ESearchCase::CaseSensitive);
+		}
 
-bool FBestFiles::IsBetter(const FRankedFile& A, const FRankedFile& B) const
-{
-	if (A.Score != B.Score)
-	{
-		return A.Score > B.Score;
-	}
-	return A.DisplayLength != B.DisplayLength ? A.DisplayLength < B.DisplayLength : HasLesserName(A, B);
-}
+		FStringView GetFileName(FStringView Path)
+		{
+			int32 Slash = INDEX_NONE;
+			return Path.FindLastChar(TEXT('/'), Slash) ? Path.RightChop(Slash + 1) : Path;
+		}
 
-bool FBestFiles::HasLesserName(const FRankedFile& A, const FRankedFile& B) const
-{
-	const FStringView PathA = Records[A.Index].Path;
-	const FStringView PathB = Records[B.Index].Path;
-	if (const int32 Order = CompareNames(GetFileName(PathA.Left(A.DisplayLength)), GetFileName(PathB.Left(B.DisplayLength))))
-	{
-		return Order < 0;
-	}
-	// Only the extension, which is not shown, or nothing at all may differ here.
-	const int32 Order = CompareNames(PathA, PathB);
-	return Order != 0 ? Order < 0 : A.Index < B.Index;
-}
+	} // namespace
 
-void FBestFiles::DropWorse()
-{
-	std::nth_element(Kept.begin(), Kept.begin() + (Limit - 1), Kept.end(),
-		[this](const FRankedFile& A, const FRankedFile& B) { return IsBetter(A, B); });
-	Kept.SetNum(Limit, EAllowShrinking::No);
-	Worst = Kept.Last();
-	bHasWorst = true;
-}
+	FBestFiles::FBestFiles(const TArray<FProjectFileCacheEntry>& InRecords, int32 InLimit)
+		: Records(InRecords)
+		, Limit(FMath::Clamp(InLimit, 0, InRecords.Num()))
+	{
+	}
+
+	void FBestFiles::Offer(const FRankedFile& File)
+	{
+		if (Limit == 0 || (bHasWorst && !IsBetter(File, Worst)))
+		{
+			return;
+		}
+		Kept.Add(File);
+		if (Kept.Num() - Limit >= Limit)
+		{
+			DropWorse();
+		}
+	}
+
+	TArray<FRankedFile> FBestFiles::Take()
+	{
+		if (Kept.Num() > Limit)
+		{
+			DropWorse();
+		}
+		Kept.Sort([this](const FRankedFile& A, const FRankedFile& B) { return IsBetter(A, B); });
+		return MoveTemp(Kept);
+	}
+
+	bool FBestFiles::IsBetter(const FRankedFile& A, const FRankedFile& B) const
+	{
+		if (A.Score != B.Score)
+		{
+			return A.Score > B.Score;
+		}
+		return A.DisplayLength != B.DisplayLength ? A.DisplayLength < B.DisplayLength : HasLesserName(A, B);
+	}
+
+	bool FBestFiles::HasLesserName(const FRankedFile& A, const FRankedFile& B) const
+	{
+		const FStringView PathA = Records[A.Index].Path;
+		const FStringView PathB = Records[B.Index].Path;
+		if (const int32 Order = CompareNames(GetFileName(PathA.Left(A.DisplayLength)), GetFileName(PathB.Left(B.DisplayLength))))
+		{
+			return Order < 0;
+		}
+		// Only the extension, which is not shown, or nothing at all may differ here.
+		const int32 Order = CompareNames(PathA, PathB);
+		return Order != 0 ? Order < 0 : A.Index < B.Index;
+	}
+
+	void FBestFiles::DropWorse()
+	{
+		std::nth_element(Kept.begin(), Kept.begin() + (Limit - 1), Kept.end(),
+			[this](const FRankedFile& A, const FRankedFile& B) { return IsBetter(A, B); });
+		Kept.SetNum(Limit, EAllowShrinking::No);
+		Worst = Kept.Last();
+		bHasWorst = true;
+	}
 
 } // namespace Velmora::UI

@@ -5,45 +5,45 @@
 namespace Velmora::UI
 {
 
-void FFileSearchViewModel::SetSearchQuery(const FString& Query)
-{
-	if (Query.Equals(SearchQuery, ESearchCase::CaseSensitive))
+	void FFileSearchViewModel::SetSearchQuery(const FString& Query)
 	{
-		return;
+		if (Query.Equals(SearchQuery, ESearchCase::CaseSensitive))
+		{
+			return;
+		}
+		SearchQuery = Query;
+		const FFileIndexService& Index = FFileIndexService::Get();
+		if (!SearchQuery.IsEmpty() && Index.IsReady())
+		{
+			FilteredResults = Index.SearchFiles(SearchQuery, MaxResults);
+		}
+		else
+		{
+			FilteredResults.Empty();
+		}
+		ResultsChangedEvent.Broadcast(FilteredResults);
 	}
-	SearchQuery = Query;
-	const FFileIndexService& Index = FFileIndexService::Get();
-	if (!SearchQuery.IsEmpty() && Index.IsReady())
+
+	void FFileSearchViewModel::ClearSearch()
 	{
-		FilteredResults = Index.SearchFiles(SearchQuery, MaxResults);
-	}
-	else
-	{
+		SearchQuery.Empty();
 		FilteredResults.Empty();
+		ResultsChangedEvent.Broadcast(FilteredResults);
 	}
-	ResultsChangedEvent.Broadcast(FilteredResults);
-}
 
-void FFileSearchViewModel::ClearSearch()
-{
-	SearchQuery.Empty();
-	FilteredResults.Empty();
-	ResultsChangedEvent.Broadcast(FilteredResults);
-}
+	int32 FFileSearchViewModel::GetIndexedFileCount() const
+	{
+		return FFileIndexService::Get().GetFileCount();
+	}
 
-int32 FFileSearchViewModel::GetIndexedFileCount() const
-{
-	return FFileIndexService::Get().GetFileCount();
-}
+	bool FFileSearchViewModel::IsIndexing() const
+	{
+		return FFileIndexService::Get().IsIndexing();
+	}
 
-bool FFileSearchViewModel::IsIndexing() const
-{
-	return FFileIndexService::Get().IsIndexing();
-}
-
-bool FFileSearchViewModel::IsReady() const
-{
-	return FFileIndexService::Get().IsReady();
-}
+	bool FFileSearchViewModel::IsReady() const
+	{
+		return FFileIndexService::Get().IsReady();
+	}
 
 } // namespace Velmora::UI

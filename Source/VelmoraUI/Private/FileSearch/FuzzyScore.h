@@ -6,7 +6,7 @@
 namespace Velmora::UI
 {
 
-/** The score of FFileIndexService::CalculateFuzzyScore, for text that need not be a string of its own. Allocates nothing. */
-int32 ScoreFuzzyMatch(FStringView Path, FStringView Query);
+	/** The score of FFileIndexService::CalculateFuzzyScore, for text that need not be a string of its own. Allocates nothing. */
+	int32 ScoreFuzzyMatch(FStringView Path, FStringView Query);
 
 } // namespace Velmora::UI

@@ -6,357 +6,369 @@
 namespace Velmora::Markdown
 {
 
-namespace
-{
-
-/** Takes tokens in the order of the code, which spares AddSyntaxToken's look at all the tokens before. */
-class FTokenSink
-{
-public:
-	explicit FTokenSink(const FString& InCode)
-		: Code(InCode)
+	namespace
 	{
-		// Roughly one token for each five characters of ordinary code.
-		Tokens.Reserve(Code.Len() / 5 + 8);
-	}
 
-	void Add(ESyntaxTokenType Type, int32 Start, int32 End)
-	{
-		const int32 Length = FMath::Min(End, Code.Len()) - Start;
-		if (Length > 0)
+		/** Takes tokens in the order of the code, which spares AddSyntaxToken's look at all the tokens before. */
+		class FTokenSink
 		{
-			Append(Type, FString(Length, *Code + Start), Start, End);
-		}
-	}
-
-	void Add(ESyntaxTokenType Type, const TCHAR* Text, int32 Start, int32 End)
-	{
-		Append(Type, FString(Text), Start, End);
-	}
-
-	TArray<FSyntaxToken> Take() { return MoveTemp(Tokens); }
-
-private:
-	void Append(ESyntaxTokenType Type, FString&& Text, int32 Start, int32 End)
-	{
-		if (Start < FurthestEnd)
-		{
-			AddSyntaxToken(Tokens, Type, Text, Start, End);
-			return;
-		}
-		FSyntaxToken& Token = Tokens.AddDefaulted_GetRef();
-		Token.Type = Type;
-		Token.Text = MoveTemp(Text);
-		Token.Start = Start;
-		Token.End = End;
-		FurthestEnd = End;
-	}
-
-	const FString& Code;
-	TArray<FSyntaxToken> Tokens;
-	int32 FurthestEnd = 0;
-};
-
-/** Walks over one code. Each Skip returns the index behind what it skips and is given the index of its first character. */
-class FCodeScan
-{
-public:
-	explicit FCodeScan(const FString& Code)
-		: Text(*Code)
-		, Length(Code.Len())
-	{
-	}
-
-	int32 Len() const { return Length; }
-	TCHAR operator[](int32 Index) const { return Text[Index]; }
-	bool Has(int32 Index, TCHAR Char) const { return Index < Length && Text[Index] == Char; }
-	bool HasDigit(int32 Index) const { return Index < Length && FChar::IsDigit(Text[Index]); }
-
-	template <typename TestType>
-	int32 SkipWhile(int32 Index, TestType Test) const
-	{
-		while (Index < Length && Test(Text[Index]))
-		{
-			++Index;
-		}
-		return Index;
-	}
-
-	int32 SkipSpace(int32 Index) const { return SkipWhile(Index, [](TCHAR Char) { return FChar::IsWhitespace(Char); }); }
-	int32 SkipLine(int32 Index) const { return SkipWhile(Index, [](TCHAR Char) { return Char != TEXT('\n'); }); }
-	int32 SkipWord(int32 Index) const { return SkipWhile(Index, [](TCHAR Char) { return FChar::IsAlnum(Char) || Char == TEXT('_'); }); }
-
-	/** A backslash takes the next character along. One that is never closed ends one beyond the text. */
-	int32 SkipString(int32 Index) const
-	{
-		const TCHAR Quote = Text[Index];
-		int32 Position = Index + 1;
-		while (Position < Length && Text[Position] != Quote)
-		{
-			Position += Text[Position] == TEXT('\\') && Position + 1 < Length ? 2 : 1;
-		}
-		return Position + 1;
-	}
-
-	/** Stops at the last character when it is never closed, and so ends beyond the text. */
-	int32 SkipBlockComment(int32 Index) const
-	{
-		int32 Position = Index + 2;
-		while (Position < Length - 1 && !(Text[Position] == TEXT('*') && Text[Position + 1] == TEXT('/')))
-		{
-			++Position;
-		}
-		return Position + 2;
-	}
-
-	bool HasTripleQuote(int32 Index) const { return Index + 2 < Length && Text[Index + 1] == Text[Index] && Text[Index + 2] == Text[Index]; }
-
-	/** One that is never closed runs to the end of the text. */
-	int32 SkipTripleQuoted(int32 Index) const
-	{
-		const TCHAR Quote = Text[Index];
-		for (int32 Position = Index + 3; Position + 2 < Length; ++Position)
-		{
-			if (Text[Position] == Quote && HasTripleQuote(Position))
+		public:
+			explicit FTokenSink(const FString& InCode)
+				: Code(InCode)
 			{
-				return Position + 3;
+				// Roughly one token for each five characters of ordinary code.
+				Tokens.Reserve(Code.Len() / 5 + 8);
 			}
-		}
-		return Length;
-	}
 
-	/** The next characters are these lower-case letters, in any letter case. */
-	bool HasWord(int32 Index, const TCHAR* Word, int32 WordLength) const
-	{
-		if (Index + WordLength > Length)
-		{
-			return false;
-		}
-		for (int32 Offset = 0; Offset < WordLength; ++Offset)
-		{
-			if (FChar::ToLower(Text[Index + Offset]) != Word[Offset])
+			void Add(ESyntaxTokenType Type, int32 Start, int32 End)
 			{
-				return false;
-			}
-		}
-		return true;
-	}
-
-private:
-	const TCHAR* Text;
-	const int32 Length;
-};
-
-bool IsCppNumberChar(TCHAR Char)
-{
-	return FChar::IsDigit(Char) || Char == TEXT('.') || Char == TEXT('f') || Char == TEXT('u') || Char == TEXT('l') || Char == TEXT('L');
-}
-
-bool IsScientificNumberChar(TCHAR Char)
-{
-	return FChar::IsDigit(Char) || Char == TEXT('.') || Char == TEXT('e') || Char == TEXT('E') || Char == TEXT('+') || Char == TEXT('-');
-}
-
-bool StartsWord(TCHAR Char)
-{
-	return FChar::IsAlpha(Char) || Char == TEXT('_');
-}
-
-bool IsCppTypeWord(const TCHAR* Word, int32 Length)
-{
-	if (Length >= 2)
-	{
-		const TCHAR First = Word[0];
-		const bool bHasPrefix = First == TEXT('F') || First == TEXT('U') || First == TEXT('A') || First == TEXT('T') || First == TEXT('I') || First == TEXT('E');
-		if (bHasPrefix && FChar::IsUpper(Word[1]))
-		{
-			return true;
-		}
-	}
-	return GetCppTypeWords().Contains(Word, Length);
-}
-
-/** What the languages of words have different. */
-struct FWordRules
-{
-	const FCodeWords& Keywords;
-	bool (*IsNumberChar)(TCHAR);
-	/** C++: comments by slashes, lines of the preprocessor, types. Otherwise Python: comments by '#', triple quotes. */
-	bool bIsCpp;
-};
-
-ESyntaxTokenType ClassifyWord(const TCHAR* Word, int32 Length, bool bIsCalled, const FWordRules& Rules)
-{
-	if (Rules.Keywords.Contains(Word, Length))
-	{
-		return ESyntaxTokenType::Keyword;
-	}
-	if (Rules.bIsCpp && IsCppTypeWord(Word, Length))
-	{
-		return ESyntaxTokenType::Type;
-	}
-	return bIsCalled ? ESyntaxTokenType::Function : ESyntaxTokenType::Default;
-}
-
-TArray<FSyntaxToken> TokenizeWords(const FString& Code, const FWordRules& Rules)
-{
-	const FCodeScan Scan(Code);
-	FTokenSink Sink(Code);
-	for (int32 Index = 0; Index < Scan.Len();)
-	{
-		const TCHAR Char = Scan[Index];
-		int32 End = Index + 1;
-		ESyntaxTokenType Type = ESyntaxTokenType::Operator;
-		if (FChar::IsWhitespace(Char))
-		{
-			Type = ESyntaxTokenType::Default;
-			End = Scan.SkipSpace(End);
-		}
-		else if (StartsWord(Char))
-		{
-			End = Scan.SkipWord(End);
-			Type = ClassifyWord(*Code + Index, End - Index, Scan.Has(End, TEXT('(')), Rules);
-		}
-		else if (Rules.bIsCpp && Char == TEXT('/') && Scan.Has(Index + 1, TEXT('/')))
-		{
-			Type = ESyntaxTokenType::Comment;
-			End = Scan.SkipLine(End);
-		}
-		else if (Rules.bIsCpp && Char == TEXT('/') && Scan.Has(Index + 1, TEXT('*')))
-		{
-			Type = ESyntaxTokenType::Comment;
-			End = Scan.SkipBlockComment(Index);
-		}
-		else if (Char == TEXT('#'))
-		{
-			Type = Rules.bIsCpp ? ESyntaxTokenType::Preprocessor : ESyntaxTokenType::Comment;
-			End = Scan.SkipLine(End);
-		}
-		else if (Char == TEXT('"') || Char == TEXT('\''))
-		{
-			Type = ESyntaxTokenType::String;
-			End = !Rules.bIsCpp && Scan.HasTripleQuote(Index) ? Scan.SkipTripleQuoted(Index) : Scan.SkipString(Index);
-		}
-		else if (FChar::IsDigit(Char) || (Char == TEXT('.') && Scan.HasDigit(Index + 1)))
-		{
-			Type = ESyntaxTokenType::Number;
-			End = Scan.SkipWhile(End, Rules.IsNumberChar);
-		}
-		Sink.Add(Type, Index, End);
-		Index = End;
-	}
-	return Sink.Take();
-}
-
-} // namespace
-
-TArray<FSyntaxToken> TokenizeCode(const FString& Code, const FString& Language)
-{
-	const FString Tag = Language.ToLower();
-	if (Tag == TEXT("cpp") || Tag == TEXT("c++") || Tag == TEXT("h") || Tag == TEXT("hpp"))
-	{
-		return TokenizeCpp(Code);
-	}
-	if (Tag == TEXT("python") || Tag == TEXT("py"))
-	{
-		return TokenizePython(Code);
-	}
-	if (Tag == TEXT("json"))
-	{
-		return TokenizeJson(Code);
-	}
-	TArray<FSyntaxToken> Tokens;
-	Tokens.Add({ ESyntaxTokenType::Default, Code, 0, Code.Len() });
-	return Tokens;
-}
-
-void AddSyntaxToken(TArray<FSyntaxToken>& Tokens, ESyntaxTokenType Type, const FString& Text, int32 Start, int32 End)
-{
-	if (Text.IsEmpty())
-	{
-		return;
-	}
-	for (const FSyntaxToken& Token : Tokens)
-	{
-		if ((Start >= Token.Start && Start < Token.End) || (End > Token.Start && End <= Token.End))
-		{
-			return;
-		}
-	}
-	Tokens.Add({ Type, Text, Start, End });
-}
-
-bool IsCppTypeName(const FString& Word)
-{
-	return IsCppTypeWord(*Word, Word.Len());
-}
-
-TArray<FSyntaxToken> TokenizeCpp(const FString& Code)
-{
-	return TokenizeWords(Code, { GetCppKeywords(), IsCppNumberChar, true });
-}
-
-TArray<FSyntaxToken> TokenizePython(const FString& Code)
-{
-	return TokenizeWords(Code, { GetPythonKeywords(), IsScientificNumberChar, false });
-}
-
-TArray<FSyntaxToken> TokenizeJson(const FString& Code)
-{
-	struct FLiteral
-	{
-		const TCHAR* Text;
-		int32 Length;
-	};
-	static constexpr FLiteral Literals[] = { { TEXT("true"), 4 }, { TEXT("false"), 5 }, { TEXT("null"), 4 } };
-
-	const FCodeScan Scan(Code);
-	FTokenSink Sink(Code);
-	for (int32 Index = 0; Index < Scan.Len();)
-	{
-		const TCHAR Char = Scan[Index];
-		int32 End = Index + 1;
-		ESyntaxTokenType Type = ESyntaxTokenType::Operator;
-		const FLiteral* Found = nullptr;
-		if (FChar::IsWhitespace(Char))
-		{
-			Type = ESyntaxTokenType::Default;
-			End = Scan.SkipSpace(End);
-		}
-		else if (Char == TEXT('"'))
-		{
-			Type = ESyntaxTokenType::String;
-			End = Scan.SkipString(Index);
-		}
-		else if (FChar::IsDigit(Char) || (Char == TEXT('-') && Scan.HasDigit(Index + 1)))
-		{
-			Type = ESyntaxTokenType::Number;
-			End = Scan.SkipWhile(End, IsScientificNumberChar);
-		}
-		else
-		{
-			for (const FLiteral& Literal : Literals)
-			{
-				if (Scan.HasWord(Index, Literal.Text, Literal.Length))
+				const int32 Length = FMath::Min(End, Code.Len()) - Start;
+				if (Length > 0)
 				{
-					Found = &Literal;
-					break;
+					Append(Type, FString(Length, *Code + Start), Start, End);
 				}
 			}
-		}
-		if (Found)
+
+			void Add(ESyntaxTokenType Type, const TCHAR* Text, int32 Start, int32 End) { Append(Type, FString(Text), Start, End); }
+
+			TArray<FSyntaxToken> Take() { return MoveTemp(Tokens); }
+
+		private:
+			void Append(ESyntaxTokenType Type, FString&& Text, int32 Start, int32 End)
+			{
+				if (Start < FurthestEnd)
+				{
+					AddSyntaxToken(Tokens, Type, Text, Start, End);
+					return;
+				}
+				FSyntaxToken& Token = Tokens.AddDefaulted_GetRef();
+				Token.Type = Type;
+				Token.Text = MoveTemp(Text);
+				Token.Start = Start;
+				Token.End = End;
+				FurthestEnd = End;
+			}
+
+			const FString& Code;
+			TArray<FSyntaxToken> Tokens;
+			int32 FurthestEnd = 0;
+		};
+
+		/** Walks over one code. Each Skip returns the index behind what it skips and is given the index of its first character. */
+		class FCodeScan
 		{
-			// Drawn in lower case, however it was written.
-			End = Index + Found->Length;
-			Sink.Add(ESyntaxTokenType::Keyword, Found->Text, Index, End);
-		}
-		else
+		public:
+			explicit FCodeScan(const FString& Code)
+				: Text(*Code)
+				, Length(Code.Len())
+			{
+			}
+
+			int32 Len() const { return Length; }
+			TCHAR operator[](int32 Index) const { return Text[Index]; }
+			bool Has(int32 Index, TCHAR Char) const { return Index < Length && Text[Index] == Char; }
+			bool HasDigit(int32 Index) const { return Index < Length && FChar::IsDigit(Text[Index]); }
+
+			template <typename TestType>
+			int32 SkipWhile(int32 Index, TestType Test) const
+			{
+				while (Index < Length && Test(Text[Index]))
+				{
+					++Index;
+				}
+				return Index;
+			}
+
+			int32 SkipSpace(int32 Index) const
+			{
+				return SkipWhile(Index, [](TCHAR Char) { return FChar::IsWhitespace(Char); });
+			}
+			int32 SkipLine(int32 Index) const
+			{
+				return SkipWhile(Index, [](TCHAR Char) { return Char != TEXT('\n'); });
+			}
+			int32 SkipWord(int32 Index) const
+			{
+				return SkipWhile(Index, [](TCHAR Char) { return FChar::IsAlnum(Char) || Char == TEXT('_'); });
+			}
+
+			/** A backslash takes the next character along. One that is never closed ends one beyond the text. */
+			int32 SkipString(int32 Index) const
+			{
+				const TCHAR Quote = Text[Index];
+				int32 Position = Index + 1;
+				while (Position < Length && Text[Position] != Quote)
+				{
+					Position += Text[Position] == TEXT('\\') && Position + 1 < Length ? 2 : 1;
+				}
+				return Position + 1;
+			}
+
+			/** Stops at the last character when it is never closed, and so ends beyond the text. */
+			int32 SkipBlockComment(int32 Index) const
+			{
+				int32 Position = Index + 2;
+				while (Position < Length - 1 && !(Text[Position] == TEXT('*') && Text[Position + 1] == TEXT('/')))
+				{
+					++Position;
+				}
+				return Position + 2;
+			}
+
+			bool HasTripleQuote(int32 Index) const
+			{
+				return Index + 2 < Length && Text[Index + 1] == Text[Index] && Text[Index + 2] == Text[Index];
+			}
+
+			/** One that is never closed runs to the end of the text. */
+			int32 SkipTripleQuoted(int32 Index) const
+			{
+				const TCHAR Quote = Text[Index];
+				for (int32 Position = Index + 3; Position + 2 < Length; ++Position)
+				{
+					if (Text[Position] == Quote && HasTripleQuote(Position))
+					{
+						return Position + 3;
+					}
+				}
+				return Length;
+			}
+
+			/** The next characters are these lower-case letters, in any letter case. */
+			bool HasWord(int32 Index, const TCHAR* Word, int32 WordLength) const
+			{
+				if (Index + WordLength > Length)
+				{
+					return false;
+				}
+				for (int32 Offset = 0; Offset < WordLength; ++Offset)
+				{
+					if (FChar::ToLower(Text[Index + Offset]) != Word[Offset])
+					{
+						return false;
+					}
+				}
+				return true;
+			}
+
+		private:
+			const TCHAR* Text;
+			const int32 Length;
+		};
+
+		bool IsCppNumberChar(TCHAR Char)
 		{
-			Sink.Add(Type, Index, End);
+			return FChar::IsDigit(Char) || Char == TEXT('.') || Char == TEXT('f') || Char == TEXT('u') || Char == TEXT('l') ||
+				Char == TEXT('L');
 		}
-		Index = End;
+
+		bool IsScientificNumberChar(TCHAR Char)
+		{
+			return FChar::IsDigit(Char) || Char == TEXT('.') || Char == TEXT('e') || Char == TEXT('E') || Char == TEXT('+') ||
+				Char == TEXT('-');
+		}
+
+		bool StartsWord(TCHAR Char)
+		{
+			return FChar::IsAlpha(Char) || Char == TEXT('_');
+		}
+
+		bool IsCppTypeWord(const TCHAR* Word, int32 Length)
+		{
+			if (Length >= 2)
+			{
+				const TCHAR First = Word[0];
+				const bool bHasPrefix = First == TEXT('F') || First == TEXT('U') || First == TEXT('A') || First == TEXT('T') ||
+					First == TEXT('I') || First == TEXT('E');
+				if (bHasPrefix && FChar::IsUpper(Word[1]))
+				{
+					return true;
+				}
+			}
+			return GetCppTypeWords().Contains(Word, Length);
+		}
+
+		/** What the languages of words have different. */
+		struct FWordRules
+		{
+			const FCodeWords& Keywords;
+			bool (*IsNumberChar)(TCHAR);
+			/** C++: comments by slashes, lines of the preprocessor, types. Otherwise Python: comments by '#', triple quotes. */
+			bool bIsCpp;
+		};
+
+		ESyntaxTokenType ClassifyWord(const TCHAR* Word, int32 Length, bool bIsCalled, const FWordRules& Rules)
+		{
+			if (Rules.Keywords.Contains(Word, Length))
+			{
+				return ESyntaxTokenType::Keyword;
+			}
+			if (Rules.bIsCpp && IsCppTypeWord(Word, Length))
+			{
+				return ESyntaxTokenType::Type;
+			}
+			return bIsCalled ? ESyntaxTokenType::Function : ESyntaxTokenType::Default;
+		}
+
+		TArray<FSyntaxToken> TokenizeWords(const FString& Code, const FWordRules& Rules)
+		{
+			const FCodeScan Scan(Code);
+			FTokenSink Sink(Code);
+			for (int32 Index = 0; Index < Scan.Len();)
+			{
+				const TCHAR Char = Scan[Index];
+				int32 End = Index + 1;
+				ESyntaxTokenType Type = ESyntaxTokenType::Operator;
+				if (FChar::IsWhitespace(Char))
+				{
+					Type = ESyntaxTokenType::Default;
+					End = Scan.SkipSpace(End);
+				}
+				else if (StartsWord(Char))
+				{
+					End = Scan.SkipWord(End);
+					Type = ClassifyWord(*Code + Index, End - Index, Scan.Has(End, TEXT('(')), Rules);
+				}
+				else if (Rules.bIsCpp && Char == TEXT('/') && Scan.Has(Index + 1, TEXT('/')))
+				{
+					Type = ESyntaxTokenType::Comment;
+					End = Scan.SkipLine(End);
+				}
+				else if (Rules.bIsCpp && Char == TEXT('/') && Scan.Has(Index + 1, TEXT('*')))
+				{
+					Type = ESyntaxTokenType::Comment;
+					End = Scan.SkipBlockComment(Index);
+				}
+				else if (Char == TEXT('#'))
+				{
+					Type = Rules.bIsCpp ? ESyntaxTokenType::Preprocessor : ESyntaxTokenType::Comment;
+					End = Scan.SkipLine(End);
+				}
+				else if (Char == TEXT('"') || Char == TEXT('\''))
+				{
+					Type = ESyntaxTokenType::String;
+					End = !Rules.bIsCpp && Scan.HasTripleQuote(Index) ? Scan.SkipTripleQuoted(Index) : Scan.SkipString(Index);
+				}
+				else if (FChar::IsDigit(Char) || (Char == TEXT('.') && Scan.HasDigit(Index + 1)))
+				{
+					Type = ESyntaxTokenType::Number;
+					End = Scan.SkipWhile(End, Rules.IsNumberChar);
+				}
+				Sink.Add(Type, Index, End);
+				Index = End;
+			}
+			return Sink.Take();
+		}
+
+	} // namespace
+
+	TArray<FSyntaxToken> TokenizeCode(const FString& Code, const FString& Language)
+	{
+		const FString Tag = Language.ToLower();
+		if (Tag == TEXT("cpp") || Tag == TEXT("c++") || Tag == TEXT("h") || Tag == TEXT("hpp"))
+		{
+			return TokenizeCpp(Code);
+		}
+		if (Tag == TEXT("python") || Tag == TEXT("py"))
+		{
+			return TokenizePython(Code);
+		}
+		if (Tag == TEXT("json"))
+		{
+			return TokenizeJson(Code);
+		}
+		TArray<FSyntaxToken> Tokens;
+		Tokens.Add({ ESyntaxTokenType::Default, Code, 0, Code.Len() });
+		return Tokens;
 	}
-	return Sink.Take();
-}
+
+	void AddSyntaxToken(TArray<FSyntaxToken>& Tokens, ESyntaxTokenType Type, const FString& Text, int32 Start, int32 End)
+	{
+		if (Text.IsEmpty())
+		{
+			return;
+		}
+		for (const FSyntaxToken& Token : Tokens)
+		{
+			if ((Start >= Token.Start && Start < Token.End) || (End > Token.Start && End <= Token.End))
+			{
+				return;
+			}
+		}
+		Tokens.Add({ Type, Text, Start, End });
+	}
+
+	bool IsCppTypeName(const FString& Word)
+	{
+		return IsCppTypeWord(*Word, Word.Len());
+	}
+
+	TArray<FSyntaxToken> TokenizeCpp(const FString& Code)
+	{
+		return TokenizeWords(Code, { GetCppKeywords(), IsCppNumberChar, true });
+	}
+
+	TArray<FSyntaxToken> TokenizePython(const FString& Code)
+	{
+		return TokenizeWords(Code, { GetPythonKeywords(), IsScientificNumberChar, false });
+	}
+
+	TArray<FSyntaxToken> TokenizeJson(const FString& Code)
+	{
+		struct FLiteral
+		{
+			const TCHAR* Text;
+			int32 Length;
+		};
+		static constexpr FLiteral Literals[] = { { TEXT("true"), 4 }, { TEXT("false"), 5 }, { TEXT("null"), 4 } };
+
+		const FCodeScan Scan(Code);
+		FTokenSink Sink(Code);
+		for (int32 Index = 0; Index < Scan.Len();)
+		{
+			const TCHAR Char = Scan[Index];
+			int32 End = Index + 1;
+			ESyntaxTokenType Type = ESyntaxTokenType::Operator;
+			const FLiteral* Found = nullptr;
+			if (FChar::IsWhitespace(Char))
+			{
+				Type = ESyntaxTokenType::Default;
+				End = Scan.SkipSpace(End);
+			}
+			else if (Char == TEXT('"'))
+			{
+				Type = ESyntaxTokenType::String;
+				End = Scan.SkipString(Index);
+			}
+			else if (FChar::IsDigit(Char) || (Char == TEXT('-') && Scan.HasDigit(Index + 1)))
+			{
+				Type = ESyntaxTokenType::Number;
+				End = Scan.SkipWhile(End, IsScientificNumberChar);
+			}
+			else
+			{
+				for (const FLiteral& Literal : Literals)
+				{
+					if (Scan.HasWord(Index, Literal.Text, Literal.Length))
+					{
+						Found = &Literal;
+						break;
+					}
+				}
+			}
+			if (Found)
+			{
+				// Drawn in lower case, however it was written.
+				End = Index + Found->Length;
+				Sink.Add(ESyntaxTokenType::Keyword, Found->Text, Index, End);
+			}
+			else
+			{
+				Sink.Add(Type, Index, End);
+			}
+			Index = End;
+		}
+		return Sink.Take();
+	}
 
 } // namespace Velmora::Markdown

@@ -5,309 +5,311 @@
 namespace Velmora::Markdown
 {
 
-namespace
-{
-
-/** Fills everything but the level; the token ends at the read position. */
-void FillBlock(const FMarkdownParser::FParseContext& Context, FMarkdownToken& OutToken, ETokenType Type, int32 Start, FString Content)
-{
-	OutToken.Type = Type;
-	OutToken.Content = MoveTemp(Content);
-	OutToken.StartPos = Start;
-	OutToken.EndPos = Context.Position;
-}
-
-/** The rest of the line, trimmed; the read position moves behind its line feed. */
-FString ReadTrimmedLine(FMarkdownParser::FParseContext& Context)
-{
-	const int32 Start = Context.Position;
-	const int32 End = Context.SkipLine();
-	return Scan::MakeTrimmed(Context.Text, Start, End);
-}
-
-} // namespace
-
-void FMarkdownParser::ParseBlockElement(FParseContext& Context)
-{
-	// The rules are tried in the order code block, header, horizontal rule, list item, quote, table, section, footnote.
-	// The first character that is no blank tells which of them have a chance at all.
-	int32 First = Context.Position;
-	while (First < Context.Length && Scan::IsRawBlank(Context.Text[First]))
+	namespace
 	{
-		++First;
-	}
-	using FRule = bool (*)(FParseContext&, FMarkdownToken&);
-	FRule FirstColumnRule = nullptr; // Refuses any indentation.
-	FRule IndentedRule = nullptr;
-	switch (First < Context.Length ? Context.Text[First] : TEXT('\0'))
-	{
-	case TEXT('`'):
-		FirstColumnRule = TryParseCodeBlock;
-		break;
-	case TEXT('#'):
-		FirstColumnRule = TryParseHeader;
-		break;
-	case TEXT('-'):
-	case TEXT('*'):
-		FirstColumnRule = TryParseHorizontalRule;
-		IndentedRule = TryParseListItem;
-		break;
-	case TEXT('_'):
-		FirstColumnRule = TryParseHorizontalRule;
-		break;
-	case TEXT('>'):
-		FirstColumnRule = TryParseBlockquote;
-		break;
-	case TEXT('['):
-		FirstColumnRule = TryParseFootnoteDefinition;
-		break;
-	case TEXT('|'):
-		IndentedRule = TryParseTable;
-		break;
-	case TEXT('<'):
-		IndentedRule = TryParseCollapsibleSection;
-		break;
-	case TEXT('+'):
-	case TEXT('0'):
-	case TEXT('1'):
-	case TEXT('2'):
-	case TEXT('3'):
-	case TEXT('4'):
-	case TEXT('5'):
-	case TEXT('6'):
-	case TEXT('7'):
-	case TEXT('8'):
-	case TEXT('9'):
-		IndentedRule = TryParseListItem;
-		break;
-	default:
-		break;
-	}
-	if (First > Context.Position)
-	{
-		FirstColumnRule = nullptr;
-	}
-	if (FirstColumnRule || IndentedRule)
-	{
-		FMarkdownToken Token;
-		if ((FirstColumnRule && FirstColumnRule(Context, Token)) || (IndentedRule && IndentedRule(Context, Token)))
+
+		/** Fills everything but the level; the token ends at the read position. */
+		void FillBlock(
+			const FMarkdownParser::FParseContext& Context, FMarkdownToken& OutToken, ETokenType Type, int32 Start, FString Content)
 		{
-			Context.Tokens.Add(MoveTemp(Token));
-			return;
+			OutToken.Type = Type;
+			OutToken.Content = MoveTemp(Content);
+			OutToken.StartPos = Start;
+			OutToken.EndPos = Context.Position;
 		}
-	}
-	ParseInlineElement(Context);
-}
 
-// "```tag", a body, and the next three backticks wherever they stand. Without them the rest of the text is the body.
-bool FMarkdownParser::TryParseCodeBlock(FParseContext& Context, FMarkdownToken& OutToken)
-{
-	const int32 Start = Context.Position;
-	if (!Context.MatchAt(TEXT("```"), 3))
-	{
-		return false;
-	}
-	const int32 TagStart = Start + 3;
-	const int32 TagLimit = FMath::Min(Context.Length, TagStart + MAX_LINE_LENGTH);
-	const int32 TagEnd = Scan::FindChar(Context.Text, TagStart, TagLimit, TEXT('\n'));
-	// One character goes with the tag: its line feed, or the one at which an overlong tag was cut.
-	const int32 BodyStart = FMath::Min(TagEnd + 1, Context.Length);
-
-	const int32 SearchEnd = BodyStart + FMath::Min(Context.Length - BodyStart, MAX_SEARCH_LENGTH);
-	// A closer that begins inside of the search may reach out of it.
-	const int32 Reach = FMath::Min(Context.Length, SearchEnd + 2);
-	int32 BodyEnd = Scan::FindLiteral(Context.Text, BodyStart, Reach, TEXT("```"), 3);
-	Context.SearchCounter = FMath::Min(BodyEnd, SearchEnd) - BodyStart;
-	if (BodyEnd < Reach)
-	{
-		Context.Position = BodyEnd + 3;
-		Context.SkipLine(); // What stands behind a closer on its line is not shown.
-	}
-	else
-	{
-		BodyEnd = Context.Length;
-		Context.Position = Context.Length;
-	}
-	FillBlock(Context, OutToken, ETokenType::CodeBlock, Start, ExtractText(Context, BodyStart, BodyEnd));
-	OutToken.Metadata = Scan::MakeTrimmed(Context.Text, TagStart, TagEnd);
-	return true;
-}
-
-// "# text" with one to six marks in the first column. The text may stand on a later line: blank lines are skipped.
-bool FMarkdownParser::TryParseHeader(FParseContext& Context, FMarkdownToken& OutToken)
-{
-	Scan::FRewind Rewind(Context.Position);
-	const int32 Level = CountLeadingChars(Context, TEXT('#'));
-	if (Level < 1 || Level > 6)
-	{
-		return false;
-	}
-	Context.Position += Level;
-	const TCHAR Behind = Context.Peek();
-	if (!Context.IsAtEnd() && !Scan::IsBlankOrTab(Behind) && Behind != TEXT('\n'))
-	{
-		return false;
-	}
-	Context.SkipWhitespace();
-	FString Content = ReadTrimmedLine(Context);
-	FillBlock(Context, OutToken, ETokenType::Header, Rewind.GetStart(), MoveTemp(Content));
-	OutToken.Level = Level;
-	Rewind.Keep();
-	return true;
-}
-
-// Three or more adjacent "-", "*" or "_" in the first column, and nothing else on the line.
-bool FMarkdownParser::TryParseHorizontalRule(FParseContext& Context, FMarkdownToken& OutToken)
-{
-	Scan::FRewind Rewind(Context.Position);
-	const TCHAR Char = Context.Peek();
-	if (Char != TEXT('-') && Char != TEXT('*') && Char != TEXT('_'))
-	{
-		return false;
-	}
-	const int32 Count = CountLeadingChars(Context, Char);
-	if (Count < 3)
-	{
-		return false;
-	}
-	Context.Position += Count;
-	Context.SkipBlanks();
-	if (!Context.IsAtEnd() && Context.Peek() != TEXT('\n'))
-	{
-		return false;
-	}
-	Context.Advance();
-	FillBlock(Context, OutToken, ETokenType::HorizontalRule, Rewind.GetStart(), FString());
-	Rewind.Keep();
-	return true;
-}
-
-// "- text", "* text", "+ text" or "1. text", one line each. The indentation becomes the level, the number is not kept.
-bool FMarkdownParser::TryParseListItem(FParseContext& Context, FMarkdownToken& OutToken)
-{
-	Scan::FRewind Rewind(Context.Position);
-	const int32 Indent = Context.SkipBlanks();
-	const TCHAR Marker = Context.Peek();
-	const bool bBullet = Marker == TEXT('-') || Marker == TEXT('*') || Marker == TEXT('+');
-	if (!bBullet)
-	{
-		const int32 DigitsStart = Context.Position;
-		while (FChar::IsDigit(Context.Peek()))
+		/** The rest of the line, trimmed; the read position moves behind its line feed. */
+		FString ReadTrimmedLine(FMarkdownParser::FParseContext& Context)
 		{
-			Context.Advance();
+			const int32 Start = Context.Position;
+			const int32 End = Context.SkipLine();
+			return Scan::MakeTrimmed(Context.Text, Start, End);
 		}
-		if (Context.Position == DigitsStart || Context.Peek() != TEXT('.'))
+
+	} // namespace
+
+	void FMarkdownParser::ParseBlockElement(FParseContext& Context)
+	{
+		// The rules are tried in the order code block, header, horizontal rule, list item, quote, table, section, footnote.
+		// The first character that is no blank tells which of them have a chance at all.
+		int32 First = Context.Position;
+		while (First < Context.Length && Scan::IsRawBlank(Context.Text[First]))
+		{
+			++First;
+		}
+		using FRule = bool (*)(FParseContext&, FMarkdownToken&);
+		FRule FirstColumnRule = nullptr; // Refuses any indentation.
+		FRule IndentedRule = nullptr;
+		switch (First < Context.Length ? Context.Text[First] : TEXT('\0'))
+		{
+		case TEXT('`'):
+			FirstColumnRule = TryParseCodeBlock;
+			break;
+		case TEXT('#'):
+			FirstColumnRule = TryParseHeader;
+			break;
+		case TEXT('-'):
+		case TEXT('*'):
+			FirstColumnRule = TryParseHorizontalRule;
+			IndentedRule = TryParseListItem;
+			break;
+		case TEXT('_'):
+			FirstColumnRule = TryParseHorizontalRule;
+			break;
+		case TEXT('>'):
+			FirstColumnRule = TryParseBlockquote;
+			break;
+		case TEXT('['):
+			FirstColumnRule = TryParseFootnoteDefinition;
+			break;
+		case TEXT('|'):
+			IndentedRule = TryParseTable;
+			break;
+		case TEXT('<'):
+			IndentedRule = TryParseCollapsibleSection;
+			break;
+		case TEXT('+'):
+		case TEXT('0'):
+		case TEXT('1'):
+		case TEXT('2'):
+		case TEXT('3'):
+		case TEXT('4'):
+		case TEXT('5'):
+		case TEXT('6'):
+		case TEXT('7'):
+		case TEXT('8'):
+		case TEXT('9'):
+			IndentedRule = TryParseListItem;
+			break;
+		default:
+			break;
+		}
+		if (First > Context.Position)
+		{
+			FirstColumnRule = nullptr;
+		}
+		if (FirstColumnRule || IndentedRule)
+		{
+			FMarkdownToken Token;
+			if ((FirstColumnRule && FirstColumnRule(Context, Token)) || (IndentedRule && IndentedRule(Context, Token)))
+			{
+				Context.Tokens.Add(MoveTemp(Token));
+				return;
+			}
+		}
+		ParseInlineElement(Context);
+	}
+
+	// "```tag", a body, and the next three backticks wherever they stand. Without them the rest of the text is the body.
+	bool FMarkdownParser::TryParseCodeBlock(FParseContext& Context, FMarkdownToken& OutToken)
+	{
+		const int32 Start = Context.Position;
+		if (!Context.MatchAt(TEXT("```"), 3))
 		{
 			return false;
 		}
-	}
-	Context.Advance();
-	if (!Scan::IsBlankOrTab(Context.Peek()))
-	{
-		return false;
-	}
-	Context.SkipWhitespace();
+		const int32 TagStart = Start + 3;
+		const int32 TagLimit = FMath::Min(Context.Length, TagStart + MAX_LINE_LENGTH);
+		const int32 TagEnd = Scan::FindChar(Context.Text, TagStart, TagLimit, TEXT('\n'));
+		// One character goes with the tag: its line feed, or the one at which an overlong tag was cut.
+		const int32 BodyStart = FMath::Min(TagEnd + 1, Context.Length);
 
-	ETokenType Type = ETokenType::ListItem;
-	bool bChecked = false;
-	const int32 Box = Context.Position;
-	if (bBullet && Context.Peek() == TEXT('[') && Context.PeekAt(Box + 2) == TEXT(']') && Scan::IsBlankOrTab(Context.PeekAt(Box + 3)))
+		const int32 SearchEnd = BodyStart + FMath::Min(Context.Length - BodyStart, MAX_SEARCH_LENGTH);
+		// A closer that begins inside of the search may reach out of it.
+		const int32 Reach = FMath::Min(Context.Length, SearchEnd + 2);
+		int32 BodyEnd = Scan::FindLiteral(Context.Text, BodyStart, Reach, TEXT("```"), 3);
+		Context.SearchCounter = FMath::Min(BodyEnd, SearchEnd) - BodyStart;
+		if (BodyEnd < Reach)
+		{
+			Context.Position = BodyEnd + 3;
+			Context.SkipLine(); // What stands behind a closer on its line is not shown.
+		}
+		else
+		{
+			BodyEnd = Context.Length;
+			Context.Position = Context.Length;
+		}
+		FillBlock(Context, OutToken, ETokenType::CodeBlock, Start, ExtractText(Context, BodyStart, BodyEnd));
+		OutToken.Metadata = Scan::MakeTrimmed(Context.Text, TagStart, TagEnd);
+		return true;
+	}
+
+	// "# text" with one to six marks in the first column. The text may stand on a later line: blank lines are skipped.
+	bool FMarkdownParser::TryParseHeader(FParseContext& Context, FMarkdownToken& OutToken)
 	{
-		Type = ETokenType::TaskListItem;
-		bChecked = Context.PeekAt(Box + 1) == TEXT('x') || Context.PeekAt(Box + 1) == TEXT('X');
-		Context.Position = Box + 3;
+		Scan::FRewind Rewind(Context.Position);
+		const int32 Level = CountLeadingChars(Context, TEXT('#'));
+		if (Level < 1 || Level > 6)
+		{
+			return false;
+		}
+		Context.Position += Level;
+		const TCHAR Behind = Context.Peek();
+		if (!Context.IsAtEnd() && !Scan::IsBlankOrTab(Behind) && Behind != TEXT('\n'))
+		{
+			return false;
+		}
 		Context.SkipWhitespace();
+		FString Content = ReadTrimmedLine(Context);
+		FillBlock(Context, OutToken, ETokenType::Header, Rewind.GetStart(), MoveTemp(Content));
+		OutToken.Level = Level;
+		Rewind.Keep();
+		return true;
 	}
-	FString Content = ReadTrimmedLine(Context);
-	FillBlock(Context, OutToken, Type, Rewind.GetStart(), MoveTemp(Content));
-	if (Type == ETokenType::TaskListItem)
-	{
-		OutToken.Metadata = bChecked ? TEXT("checked") : TEXT("unchecked");
-	}
-	OutToken.Level = Indent / 2;
-	Rewind.Keep();
-	return true;
-}
 
-// "> text" up to the line feed. The text stays raw: ">> x" holds "> x", which the renderer parses again.
-bool FMarkdownParser::TryParseBlockquote(FParseContext& Context, FMarkdownToken& OutToken)
-{
-	const int32 Start = Context.Position;
-	if (Context.Peek() != TEXT('>'))
+	// Three or more adjacent "-", "*" or "_" in the first column, and nothing else on the line.
+	bool FMarkdownParser::TryParseHorizontalRule(FParseContext& Context, FMarkdownToken& OutToken)
 	{
-		return false;
-	}
-	Context.Advance();
-	if (Scan::IsBlankOrTab(Context.Peek()))
-	{
+		Scan::FRewind Rewind(Context.Position);
+		const TCHAR Char = Context.Peek();
+		if (Char != TEXT('-') && Char != TEXT('*') && Char != TEXT('_'))
+		{
+			return false;
+		}
+		const int32 Count = CountLeadingChars(Context, Char);
+		if (Count < 3)
+		{
+			return false;
+		}
+		Context.Position += Count;
+		Context.SkipBlanks();
+		if (!Context.IsAtEnd() && Context.Peek() != TEXT('\n'))
+		{
+			return false;
+		}
 		Context.Advance();
+		FillBlock(Context, OutToken, ETokenType::HorizontalRule, Rewind.GetStart(), FString());
+		Rewind.Keep();
+		return true;
 	}
-	const int32 ContentStart = Context.Position;
-	const int32 ContentEnd = Context.SkipLine();
-	FillBlock(Context, OutToken, ETokenType::Blockquote, Start, ExtractText(Context, ContentStart, ContentEnd));
-	return true;
-}
 
-// "<details><summary>S</summary>B</details>" over any number of lines. Sections do not nest: the first closer ends one.
-bool FMarkdownParser::TryParseCollapsibleSection(FParseContext& Context, FMarkdownToken& OutToken)
-{
-	Scan::FRewind Rewind(Context.Position);
-	constexpr int32 OpenerLength = 9;
-	constexpr int32 CloserLength = 10;
-	Context.SkipBlanks();
-	if (!Context.MatchAt(TEXT("<details>"), OpenerLength))
+	// "- text", "* text", "+ text" or "1. text", one line each. The indentation becomes the level, the number is not kept.
+	bool FMarkdownParser::TryParseListItem(FParseContext& Context, FMarkdownToken& OutToken)
 	{
-		return false;
-	}
-	Context.Position += OpenerLength;
-	Context.SkipBlanksAndLineFeeds();
-	if (!Context.MatchAt(TEXT("<summary>"), OpenerLength))
-	{
-		return false;
-	}
-	Context.Position += OpenerLength;
-	const int32 SummaryStart = Context.Position;
-	const int32 SummaryEnd = Context.FindCloser(ECloser::SummaryTag, SummaryStart);
-	if (SummaryEnd == INDEX_NONE || SummaryEnd == SummaryStart)
-	{
-		return false;
-	}
-	const int32 BodyStart = Context.FindSectionBody(SummaryEnd + CloserLength);
-	const int32 BodyEnd = Context.FindCloser(ECloser::DetailsTag, BodyStart);
-	if (BodyEnd == INDEX_NONE || BodyEnd == BodyStart)
-	{
-		return false;
-	}
-	Context.Position = BodyEnd + CloserLength;
-	Context.SkipLine(); // What stands behind a closer on its line is not shown.
-	FillBlock(Context, OutToken, ETokenType::CollapsibleSection, Rewind.GetStart(), Scan::MakeTrimmed(Context.Text, BodyStart, BodyEnd));
-	OutToken.Metadata = Scan::MakeTrimmed(Context.Text, SummaryStart, SummaryEnd);
-	Rewind.Keep();
-	return true;
-}
+		Scan::FRewind Rewind(Context.Position);
+		const int32 Indent = Context.SkipBlanks();
+		const TCHAR Marker = Context.Peek();
+		const bool bBullet = Marker == TEXT('-') || Marker == TEXT('*') || Marker == TEXT('+');
+		if (!bBullet)
+		{
+			const int32 DigitsStart = Context.Position;
+			while (FChar::IsDigit(Context.Peek()))
+			{
+				Context.Advance();
+			}
+			if (Context.Position == DigitsStart || Context.Peek() != TEXT('.'))
+			{
+				return false;
+			}
+		}
+		Context.Advance();
+		if (!Scan::IsBlankOrTab(Context.Peek()))
+		{
+			return false;
+		}
+		Context.SkipWhitespace();
 
-// "[^name]: text" on one line in the first column. The text may be empty, the name may not.
-bool FMarkdownParser::TryParseFootnoteDefinition(FParseContext& Context, FMarkdownToken& OutToken)
-{
-	Scan::FRewind Rewind(Context.Position);
-	if (!Context.IsAtLineStart() || !Context.MatchAt(TEXT("[^"), 2))
-	{
-		return false;
+		ETokenType Type = ETokenType::ListItem;
+		bool bChecked = false;
+		const int32 Box = Context.Position;
+		if (bBullet && Context.Peek() == TEXT('[') && Context.PeekAt(Box + 2) == TEXT(']') && Scan::IsBlankOrTab(Context.PeekAt(Box + 3)))
+		{
+			Type = ETokenType::TaskListItem;
+			bChecked = Context.PeekAt(Box + 1) == TEXT('x') || Context.PeekAt(Box + 1) == TEXT('X');
+			Context.Position = Box + 3;
+			Context.SkipWhitespace();
+		}
+		FString Content = ReadTrimmedLine(Context);
+		FillBlock(Context, OutToken, Type, Rewind.GetStart(), MoveTemp(Content));
+		if (Type == ETokenType::TaskListItem)
+		{
+			OutToken.Metadata = bChecked ? TEXT("checked") : TEXT("unchecked");
+		}
+		OutToken.Level = Indent / 2;
+		Rewind.Keep();
+		return true;
 	}
-	const int32 NameStart = Context.Position + 2;
-	const int32 NameEnd = Context.FindStop(ECloser::SquareBracket, NameStart);
-	Context.Position = NameEnd;
-	if (NameEnd == NameStart || !Context.MatchAt(TEXT("]:"), 2))
+
+	// "> text" up to the line feed. The text stays raw: ">> x" holds "> x", which the renderer parses again.
+	bool FMarkdownParser::TryParseBlockquote(FParseContext& Context, FMarkdownToken& OutToken)
 	{
-		return false;
+		const int32 Start = Context.Position;
+		if (Context.Peek() != TEXT('>'))
+		{
+			return false;
+		}
+		Context.Advance();
+		if (Scan::IsBlankOrTab(Context.Peek()))
+		{
+			Context.Advance();
+		}
+		const int32 ContentStart = Context.Position;
+		const int32 ContentEnd = Context.SkipLine();
+		FillBlock(Context, OutToken, ETokenType::Blockquote, Start, ExtractText(Context, ContentStart, ContentEnd));
+		return true;
 	}
-	Context.Position += 2;
-	Context.SkipBlanks();
-	FString Content = ReadTrimmedLine(Context);
-	FillBlock(Context, OutToken, ETokenType::FootnoteDefinition, Rewind.GetStart(), MoveTemp(Content));
-	OutToken.Metadata = Scan::MakeTrimmed(Context.Text, NameStart, NameEnd);
-	Rewind.Keep();
-	return true;
-}
+
+	// "<details><summary>S</summary>B</details>" over any number of lines. Sections do not nest: the first closer ends one.
+	bool FMarkdownParser::TryParseCollapsibleSection(FParseContext& Context, FMarkdownToken& OutToken)
+	{
+		Scan::FRewind Rewind(Context.Position);
+		constexpr int32 OpenerLength = 9;
+		constexpr int32 CloserLength = 10;
+		Context.SkipBlanks();
+		if (!Context.MatchAt(TEXT("<details>"), OpenerLength))
+		{
+			return false;
+		}
+		Context.Position += OpenerLength;
+		Context.SkipBlanksAndLineFeeds();
+		if (!Context.MatchAt(TEXT("<summary>"), OpenerLength))
+		{
+			return false;
+		}
+		Context.Position += OpenerLength;
+		const int32 SummaryStart = Context.Position;
+		const int32 SummaryEnd = Context.FindCloser(ECloser::SummaryTag, SummaryStart);
+		if (SummaryEnd == INDEX_NONE || SummaryEnd == SummaryStart)
+		{
+			return false;
+		}
+		const int32 BodyStart = Context.FindSectionBody(SummaryEnd + CloserLength);
+		const int32 BodyEnd = Context.FindCloser(ECloser::DetailsTag, BodyStart);
+		if (BodyEnd == INDEX_NONE || BodyEnd == BodyStart)
+		{
+			return false;
+		}
+		Context.Position = BodyEnd + CloserLength;
+		Context.SkipLine(); // What stands behind a closer on its line is not shown.
+		FillBlock(
+			Context, OutToken, ETokenType::CollapsibleSection, Rewind.GetStart(), Scan::MakeTrimmed(Context.Text, BodyStart, BodyEnd));
+		OutToken.Metadata = Scan::MakeTrimmed(Context.Text, SummaryStart, SummaryEnd);
+		Rewind.Keep();
+		return true;
+	}
+
+	// "[^name]: text" on one line in the first column. The text may be empty, the name may not.
+	bool FMarkdownParser::TryParseFootnoteDefinition(FParseContext& Context, FMarkdownToken& OutToken)
+	{
+		Scan::FRewind Rewind(Context.Position);
+		if (!Context.IsAtLineStart() || !Context.MatchAt(TEXT("[^"), 2))
+		{
+			return false;
+		}
+		const int32 NameStart = Context.Position + 2;
+		const int32 NameEnd = Context.FindStop(ECloser::SquareBracket, NameStart);
+		Context.Position = NameEnd;
+		if (NameEnd == NameStart || !Context.MatchAt(TEXT("]:"), 2))
+		{
+			return false;
+		}
+		Context.Position += 2;
+		Context.SkipBlanks();
+		FString Content = ReadTrimmedLine(Context);
+		FillBlock(Context, OutToken, ETokenType::FootnoteDefinition, Rewind.GetStart(), MoveTemp(Content));
+		OutToken.Metadata = Scan::MakeTrimmed(Context.Text, NameStart, NameEnd);
+		Rewind.Keep();
+		return true;
+	}
 
 } // namespace Velmora::Markdown

@@ -34,9 +34,5 @@ float FAnimationHelper::CalculateFadeOpacity(float Progress, bool bFadeIn)
 FLinearColor FAnimationHelper::LerpColor(const FLinearColor& A, const FLinearColor& B, float T)
 {
 	const float Eased = EaseInOut(T);
-	return FLinearColor(
-		A.R + (B.R - A.R) * Eased,
-		A.G + (B.G - A.G) * Eased,
-		A.B + (B.B - A.B) * Eased,
-		A.A + (B.A - A.A) * Eased);
+	return FLinearColor(A.R + (B.R - A.R) * Eased, A.G + (B.G - A.G) * Eased, A.B + (B.B - A.B) * Eased, A.A + (B.A - A.A) * Eased);
 }

@@ -3,28 +3,28 @@
 namespace
 {
 
-TSharedPtr<FChatMessage> MakeChatMessage(EChatMessageType Type, const FString& Content)
-{
-	TSharedPtr<FChatMessage> Message = MakeShared<FChatMessage>();
-	Message->Type = Type;
-	Message->Content = Content;
-	Message->Timestamp = FDateTime::Now();
-	return Message;
-}
-
-FString DescribeToolStatus(const FString& ToolName, EToolStatus Status)
-{
-	switch (Status)
+	TSharedPtr<FChatMessage> MakeChatMessage(EChatMessageType Type, const FString& Content)
 	{
-	case EToolStatus::Running:
-		return TEXT("Executing ") + ToolName + TEXT("...");
-	case EToolStatus::Success:
-		return ToolName + TEXT(" completed successfully");
-	case EToolStatus::Failed:
-		return ToolName + TEXT(" failed");
+		TSharedPtr<FChatMessage> Message = MakeShared<FChatMessage>();
+		Message->Type = Type;
+		Message->Content = Content;
+		Message->Timestamp = FDateTime::Now();
+		return Message;
 	}
-	return FString();
-}
+
+	FString DescribeToolStatus(const FString& ToolName, EToolStatus Status)
+	{
+		switch (Status)
+		{
+		case EToolStatus::Running:
+			return TEXT("Executing ") + ToolName + TEXT("...");
+		case EToolStatus::Success:
+			return ToolName + TEXT(" completed successfully");
+		case EToolStatus::Failed:
+			return ToolName + TEXT(" failed");
+		}
+		return FString();
+	}
 
 } // namespace
 
@@ -72,8 +72,8 @@ TSharedPtr<FChatMessage> FChatMessage::CreateToolSummaryMessage()
 FString FChatMessage::GetFormattedTimestamp() const
 {
 	const int64 Seconds = Timestamp.GetTicks() / ETimespan::TicksPerSecond;
-	return FString::Printf(TEXT("%02d:%02d:%02d"), static_cast<int32>(Seconds / 3600 % 24),
-		static_cast<int32>(Seconds / 60 % 60), static_cast<int32>(Seconds % 60));
+	return FString::Printf(TEXT("%02d:%02d:%02d"), static_cast<int32>(Seconds / 3600 % 24), static_cast<int32>(Seconds / 60 % 60),
+		static_cast<int32>(Seconds % 60));
 }
 
 FString FChatMessage::GetSenderName() const

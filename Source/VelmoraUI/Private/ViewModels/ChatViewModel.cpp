@@ -10,74 +10,74 @@ using Velmora::EConversationState;
 namespace
 {
 
-const TCHAR* GetConversationStateText(EConversationState State)
-{
-	switch (State)
+	const TCHAR* GetConversationStateText(EConversationState State)
 	{
-	case EConversationState::NotStarted:
-		return TEXT("Ready to start");
-	case EConversationState::Initializing:
-		return TEXT("Initializing");
-	case EConversationState::Ready:
-	case EConversationState::AwaitingInput:
-		return TEXT("Ready");
-	case EConversationState::Thinking:
-		return TEXT("Thinking");
-	case EConversationState::ExecutingTools:
-		return TEXT("Executing tools");
-	case EConversationState::Paused:
-		return TEXT("Paused");
-	case EConversationState::Completed:
-		return TEXT("Completed");
-	case EConversationState::Cancelled:
-		return TEXT("Cancelled");
-	case EConversationState::Error:
-		return TEXT("Error");
-	}
-	return TEXT("Unknown");
-}
-
-/** The mode's word in the opening line of a conversation. General has none. */
-const TCHAR* GetConversationModeWord(EConversationMode Mode)
-{
-	switch (Mode)
-	{
-	case EConversationMode::Advisor:
-		return TEXT("Advisor");
-	case EConversationMode::Code:
-		return TEXT("Code");
-	case EConversationMode::Assets:
-		return TEXT("Assets");
-	case EConversationMode::General:
-		break;
-	}
-	return TEXT("");
-}
-
-/** The last running row of the tool, rows inside of user messages included. */
-TSharedPtr<FChatMessage> FindLastRunningTool(const TArray<TSharedPtr<FChatMessage>>& Rows, const FString& ToolName)
-{
-	for (int32 Index = Rows.Num() - 1; Index >= 0; --Index)
-	{
-		const TSharedPtr<FChatMessage>& Row = Rows[Index];
-		if (!Row.IsValid())
+		switch (State)
 		{
-			continue;
+		case EConversationState::NotStarted:
+			return TEXT("Ready to start");
+		case EConversationState::Initializing:
+			return TEXT("Initializing");
+		case EConversationState::Ready:
+		case EConversationState::AwaitingInput:
+			return TEXT("Ready");
+		case EConversationState::Thinking:
+			return TEXT("Thinking");
+		case EConversationState::ExecutingTools:
+			return TEXT("Executing tools");
+		case EConversationState::Paused:
+			return TEXT("Paused");
+		case EConversationState::Completed:
+			return TEXT("Completed");
+		case EConversationState::Cancelled:
+			return TEXT("Cancelled");
+		case EConversationState::Error:
+			return TEXT("Error");
 		}
-		if (Row->IsToolRunning() && Row->ToolName == ToolName)
+		return TEXT("Unknown");
+	}
+
+	/** The mode's word in the opening line of a conversation. General has none. */
+	const TCHAR* GetConversationModeWord(EConversationMode Mode)
+	{
+		switch (Mode)
 		{
-			return Row;
+		case EConversationMode::Advisor:
+			return TEXT("Advisor");
+		case EConversationMode::Code:
+			return TEXT("Code");
+		case EConversationMode::Assets:
+			return TEXT("Assets");
+		case EConversationMode::General:
+			break;
 		}
-		if (Row->IsUserMessage())
+		return TEXT("");
+	}
+
+	/** The last running row of the tool, rows inside of user messages included. */
+	TSharedPtr<FChatMessage> FindLastRunningTool(const TArray<TSharedPtr<FChatMessage>>& Rows, const FString& ToolName)
+	{
+		for (int32 Index = Rows.Num() - 1; Index >= 0; --Index)
 		{
-			if (TSharedPtr<FChatMessage> Nested = FindLastRunningTool(Row->ToolExecutions, ToolName))
+			const TSharedPtr<FChatMessage>& Row = Rows[Index];
+			if (!Row.IsValid())
 			{
-				return Nested;
+				continue;
+			}
+			if (Row->IsToolRunning() && Row->ToolName == ToolName)
+			{
+				return Row;
+			}
+			if (Row->IsUserMessage())
+			{
+				if (TSharedPtr<FChatMessage> Nested = FindLastRunningTool(Row->ToolExecutions, ToolName))
+				{
+					return Nested;
+				}
 			}
 		}
+		return nullptr;
 	}
-	return nullptr;
-}
 
 } // namespace
 
@@ -113,14 +113,11 @@ void FChatViewModel::SetupAgentCallbacks()
 		return;
 	}
 	Agent->OnMessageReceived([this](const FString& Text, bool bHasToolCalls) { OnAgentMessageReceived(Text, bHasToolCalls); });
-	Agent->OnToolExecutionStarted(
-		[this](const FString& ToolId, const FString& ToolName, const FString& Parameters, const FString& Metadata)
+	Agent->OnToolExecutionStarted([this](const FString& ToolId, const FString& ToolName, const FString& Parameters, const FString& Metadata)
 		{ OnAgentToolStarted(ToolId, ToolName, Parameters, Metadata); });
-	Agent->OnToolExecutionCompleted(
-		[this](const FString& ToolId, const FString& ToolName, bool bSuccess, const FString& Result)
+	Agent->OnToolExecutionCompleted([this](const FString& ToolId, const FString& ToolName, bool bSuccess, const FString& Result)
 		{ OnAgentToolCompleted(ToolId, ToolName, bSuccess, Result); });
-	Agent->OnStateChanged(
-		[this](EConversationState OldState, EConversationState NewState, const FString& Reason)
+	Agent->OnStateChanged([this](EConversationState OldState, EConversationState NewState, const FString& Reason)
 		{ OnAgentStateChanged(OldState, NewState, Reason); });
 	Agent->OnError([this](const FString& Error) { OnAgentError(Error); });
 	Agent->OnConversationCompleted([this](bool bSuccess, const FString& Summary) { OnAgentConversationCompleted(bSuccess, Summary); });
@@ -211,11 +208,9 @@ void FChatViewModel::PauseConversation()
 	}
 	Agent->PauseConversation();
 	PausedNotice = FChatMessage::CreateSystemMessage(
-		TEXT("Conversation Paused\n\n")
-		TEXT("You have 3 options:\n")
-		TEXT("1. Press Continue to resume as if nothing happened\n")
-		TEXT("2. Add a prompt in the input box and press Continue to modify the request\n")
-		TEXT("3. Press Cancel to cancel the entire conversation"));
+		TEXT("Conversation Paused\n\n") TEXT("You have 3 options:\n") TEXT("1. Press Continue to resume as if nothing happened\n")
+			TEXT("2. Add a prompt in the input box and press Continue to modify the request\n")
+				TEXT("3. Press Cancel to cancel the entire conversation"));
 	AddMessage(PausedNotice);
 }
 
@@ -362,8 +357,8 @@ bool FChatViewModel::CanUndo() const
 
 bool FChatViewModel::CanSendMessage() const
 {
-	return Agent.IsValid() && Velmora::FUpdateGate::Get().GetState() == Velmora::EUpdateGateState::Ready
-		&& StateObserver->CanAcceptMessage();
+	return Agent.IsValid() && Velmora::FUpdateGate::Get().GetState() == Velmora::EUpdateGateState::Ready &&
+		StateObserver->CanAcceptMessage();
 }
 
 FString FChatViewModel::GetStatusText() const

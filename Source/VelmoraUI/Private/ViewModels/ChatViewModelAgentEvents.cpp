@@ -7,49 +7,49 @@ using Velmora::EConversationState;
 namespace
 {
 
-/** The first running tool row of a group that the test accepts. */
-template <typename TestType>
-TSharedPtr<FChatMessage> FindRunningRowInGroup(const FChatMessage& Group, const TestType& Test)
-{
-	for (const TSharedPtr<FChatMessage>& Row : Group.ToolExecutions)
+	/** The first running tool row of a group that the test accepts. */
+	template <typename TestType>
+	TSharedPtr<FChatMessage> FindRunningRowInGroup(const FChatMessage& Group, const TestType& Test)
 	{
-		if (Row.IsValid() && Row->IsToolRunning() && Test(*Row))
+		for (const TSharedPtr<FChatMessage>& Row : Group.ToolExecutions)
 		{
-			return Row;
-		}
-	}
-	return nullptr;
-}
-
-/** The same over all groups of a list, the newest group first. */
-template <typename TestType>
-TSharedPtr<FChatMessage> FindRunningRow(const TArray<TSharedPtr<FChatMessage>>& Messages, const TestType& Test)
-{
-	for (int32 Index = Messages.Num() - 1; Index >= 0; --Index)
-	{
-		const TSharedPtr<FChatMessage>& Message = Messages[Index];
-		if (Message.IsValid() && Message->Type == EChatMessageType::ToolSummary)
-		{
-			if (TSharedPtr<FChatMessage> Row = FindRunningRowInGroup(*Message, Test))
+			if (Row.IsValid() && Row->IsToolRunning() && Test(*Row))
 			{
 				return Row;
 			}
 		}
+		return nullptr;
 	}
-	return nullptr;
-}
 
-bool HasRunningChild(const FChatMessage& Group)
-{
-	for (const TSharedPtr<FChatMessage>& Row : Group.ToolExecutions)
+	/** The same over all groups of a list, the newest group first. */
+	template <typename TestType>
+	TSharedPtr<FChatMessage> FindRunningRow(const TArray<TSharedPtr<FChatMessage>>& Messages, const TestType& Test)
 	{
-		if (Row.IsValid() && Row->ToolStatus == EToolStatus::Running)
+		for (int32 Index = Messages.Num() - 1; Index >= 0; --Index)
 		{
-			return true;
+			const TSharedPtr<FChatMessage>& Message = Messages[Index];
+			if (Message.IsValid() && Message->Type == EChatMessageType::ToolSummary)
+			{
+				if (TSharedPtr<FChatMessage> Row = FindRunningRowInGroup(*Message, Test))
+				{
+					return Row;
+				}
+			}
 		}
+		return nullptr;
 	}
-	return false;
-}
+
+	bool HasRunningChild(const FChatMessage& Group)
+	{
+		for (const TSharedPtr<FChatMessage>& Row : Group.ToolExecutions)
+		{
+			if (Row.IsValid() && Row->ToolStatus == EToolStatus::Running)
+			{
+				return true;
+			}
+		}
+		return false;
+	}
 
 } // namespace
 
@@ -87,8 +87,7 @@ void FChatViewModel::ClearSeenToolHeaders()
 	CurrentToolSummary.Reset();
 }
 
-void FChatViewModel::OnAgentToolStarted(
-	const FString& ToolId, const FString& ToolName, const FString& Parameters, const FString& Metadata)
+void FChatViewModel::OnAgentToolStarted(const FString& ToolId, const FString& ToolName, const FString& Parameters, const FString& Metadata)
 {
 	const Velmora::FResolvedToolStyle Style = Velmora::FToolStyleResolver::ResolveStyle(ToolName, Metadata);
 	const FString DisplayParameter = Velmora::FToolStyleResolver::ExtractDisplayParameter(Parameters);

@@ -2,8 +2,8 @@
 
 namespace
 {
-constexpr float ChatBatchSeconds = 0.1f;
-constexpr int32 MaxWaitingChatMessages = 10;
+	constexpr float ChatBatchSeconds = 0.1f;
+	constexpr int32 MaxWaitingChatMessages = 10;
 } // namespace
 
 void FChatViewModel::AddToBatch(TSharedPtr<FChatMessage> Message)

@@ -8,14 +8,16 @@
 namespace
 {
 
-bool AskToUndo(const FString& TransactionId)
-{
-	// The text has no place for the id; a translation may have one.
-	const FText Question = FText::Format(
-		LOCTEXT("UndoConfirmMessage", "Undo all changes after this message?\n\nThis will revert:\n• Asset modifications (Enums, Structs, DataTables, etc.)\n• File changes\n• All subsequent messages\n\nThis action cannot be undone."),
-		FText::FromString(TransactionId.Left(8)));
-	return FMessageDialog::Open(EAppMsgType::YesNo, Question, LOCTEXT("UndoConfirmTitle", "Confirm Undo")) == EAppReturnType::Yes;
-}
+	bool AskToUndo(const FString& TransactionId)
+	{
+		// The text has no place for the id; a translation may have one.
+		const FText Question =
+			FText::Format(LOCTEXT("UndoConfirmMessage",
+							  "Undo all changes after this message?\n\nThis will revert:\n• Asset modifications (Enums, Structs, "
+							  "DataTables, etc.)\n• File changes\n• All subsequent messages\n\nThis action cannot be undone."),
+				FText::FromString(TransactionId.Left(8)));
+		return FMessageDialog::Open(EAppMsgType::YesNo, Question, LOCTEXT("UndoConfirmTitle", "Confirm Undo")) == EAppReturnType::Yes;
+	}
 
 } // namespace
 

@@ -12,73 +12,70 @@
 namespace
 {
 
-struct FExportSpeaker
-{
-	const TCHAR* Name;
-	const TCHAR* Pictograph;
-	const TCHAR* StyleClass;
-};
-
-/** Null for messages that are not exported. */
-const FExportSpeaker* FindExportSpeaker(const TSharedPtr<FChatMessage>& Message)
-{
-	static const FExportSpeaker User = { TEXT("You"), TEXT("👤"), TEXT("user") };
-	static const FExportSpeaker Agent = { TEXT("Velmora"), TEXT("🤖"), TEXT("ai") };
-	static const FExportSpeaker System = { TEXT("System"), TEXT("ℹ️"), TEXT("system") };
-	if (!Message.IsValid())
+	struct FExportSpeaker
 	{
+		const TCHAR* Name;
+		const TCHAR* Pictograph;
+		const TCHAR* StyleClass;
+	};
+
+	/** Null for messages that are not exported. */
+	const FExportSpeaker* FindExportSpeaker(const TSharedPtr<FChatMessage>& Message)
+	{
+		static const FExportSpeaker User = { TEXT("You"), TEXT("👤"), TEXT("user") };
+		static const FExportSpeaker Agent = { TEXT("Velmora"), TEXT("🤖"), TEXT("ai") };
+		static const FExportSpeaker System = { TEXT("System"), TEXT("ℹ️"), TEXT("system") };
+		if (!Message.IsValid())
+		{
+			return nullptr;
+		}
+		switch (Message->Type)
+		{
+		case EChatMessageType::User:
+			return &User;
+		case EChatMessageType::AI:
+			return &Agent;
+		case EChatMessageType::System:
+			return &System;
+		case EChatMessageType::Tool:
+		case EChatMessageType::ToolSummary:
+			break;
+		}
 		return nullptr;
 	}
-	switch (Message->Type)
-	{
-	case EChatMessageType::User:
-		return &User;
-	case EChatMessageType::AI:
-		return &Agent;
-	case EChatMessageType::System:
-		return &System;
-	case EChatMessageType::Tool:
-	case EChatMessageType::ToolSummary:
-		break;
-	}
-	return nullptr;
-}
 
-/** Appended rather than formatted: a text may be long and may hold a NUL. */
-void AppendExportParts(FString& Out, std::initializer_list<FStringView> Parts)
-{
-	for (const FStringView Part : Parts)
+	/** Appended rather than formatted: a text may be long and may hold a NUL. */
+	void AppendExportParts(FString& Out, std::initializer_list<FStringView> Parts)
 	{
-		Out.Append(Part);
+		for (const FStringView Part : Parts)
+		{
+			Out.Append(Part);
+		}
 	}
-}
 
-const TCHAR* const ExportPageStart =
-	TEXT("<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n")
-	TEXT("  <meta charset=\"UTF-8\">\n")
-	TEXT("  <meta name=\"viewport\" content=\"width=device-width, initial-scale=1.0\">\n")
-	TEXT("  <title>Conversation Export</title>\n")
-	TEXT("  <style>\n")
-	TEXT("    body { font-family: 'Segoe UI', Tahoma, Geneva, Verdana, sans-serif; max-width: 900px; margin: 0 auto; padding: 20px; background: #f5f5f5; }\n")
-	TEXT("    .header { background: white; padding: 20px; border-radius: 8px; margin-bottom: 20px; box-shadow: 0 2px 4px rgba(0,0,0,0.1); }\n")
-	TEXT("    .message { background: white; padding: 15px; margin-bottom: 15px; border-radius: 8px; box-shadow: 0 2px 4px rgba(0,0,0,0.1); }\n")
-	TEXT("    .message.user { border-left: 4px solid #4CAF50; }\n")
-	TEXT("    .message.ai { border-left: 4px solid #2196F3; }\n")
-	TEXT("    .message.system { border-left: 4px solid #FF9800; }\n")
-	TEXT("    .message.tool { border-left: 4px solid #9C27B0; }\n")
-	TEXT("    .sender { font-weight: bold; margin-bottom: 10px; color: #333; }\n")
-	TEXT("    .timestamp { font-size: 0.85em; color: #666; margin-bottom: 8px; }\n")
-	TEXT("    .content { line-height: 1.6; white-space: pre-wrap; word-wrap: break-word; }\n")
-	TEXT("    .tool-result { background: #f8f8f8; padding: 10px; border-radius: 4px; font-family: monospace; font-size: 0.9em; }\n")
-	TEXT("    h1 { margin: 0 0 10px 0; color: #333; }\n")
-	TEXT("    .meta { color: #666; font-size: 0.9em; }\n")
-	TEXT("  </style>\n</head>\n<body>\n")
-	TEXT("  <div class=\"header\">\n")
-	TEXT("    <h1>Conversation Export</h1>\n");
+	const TCHAR* const ExportPageStart = TEXT("<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n") TEXT("  <meta charset=\"UTF-8\">\n")
+		TEXT("  <meta name=\"viewport\" content=\"width=device-width, initial-scale=1.0\">\n")
+			TEXT("  <title>Conversation Export</title>\n") TEXT("  <style>\n") TEXT(
+				"    body { font-family: 'Segoe UI', Tahoma, Geneva, Verdana, sans-serif; max-width: 900px; margin: 0 auto; padding: "
+				"20px; background: #f5f5f5; }\n") TEXT("    .header { background: white; padding: 20px; border-radius: 8px; "
+													   "margin-bottom: 20px; box-shadow: 0 2px 4px rgba(0,0,0,0.1); }\n")
+				TEXT("    .message { background: white; padding: 15px; margin-bottom: 15px; border-radius: 8px; box-shadow: 0 2px 4px "
+					 "rgba(0,0,0,0.1); }\n") TEXT("    .message.user { border-left: 4px solid #4CAF50; }\n")
+					TEXT("    .message.ai { border-left: 4px solid #2196F3; }\n")
+						TEXT("    .message.system { border-left: 4px solid #FF9800; }\n")
+							TEXT("    .message.tool { border-left: 4px solid #9C27B0; }\n")
+								TEXT("    .sender { font-weight: bold; margin-bottom: 10px; color: #333; }\n")
+									TEXT("    .timestamp { font-size: 0.85em; color: #666; margin-bottom: 8px; }\n")
+										TEXT("    .content { line-height: 1.6; white-space: pre-wrap; word-wrap: break-word; }\n")
+											TEXT("    .tool-result { background: #f8f8f8; padding: 10px; border-radius: 4px; font-family: "
+												 "monospace; font-size: 0.9em; }\n") TEXT("    h1 { margin: 0 0 10px 0; color: #333; }\n")
+												TEXT("    .meta { color: #666; font-size: 0.9em; }\n") TEXT("  </style>\n</head>\n<body>\n")
+													TEXT("  <div class=\"header\">\n") TEXT("    <h1>Conversation Export</h1>\n");
 
 } // namespace
 
-FString FConversationExport::Export(const TArray<TSharedPtr<FChatMessage>>& Messages, EConversationExportFormat Format, const FDateTime& ExportTime)
+FString FConversationExport::Export(
+	const TArray<TSharedPtr<FChatMessage>>& Messages, EConversationExportFormat Format, const FDateTime& ExportTime)
 {
 	switch (Format)
 	{
@@ -105,7 +102,8 @@ FString FConversationExport::ExportToMarkdown(const TArray<TSharedPtr<FChatMessa
 		if (const FExportSpeaker* Speaker = FindExportSpeaker(Message))
 		{
 			AppendExportParts(Out, { TEXT("*"), Message->GetFormattedTimestamp(), TEXT("*\n\n") });
-			AppendExportParts(Out, { TEXT("**"), Speaker->Pictograph, TEXT(" "), Speaker->Name, TEXT(":**\n\n"), Message->Content, TEXT("\n\n") });
+			AppendExportParts(
+				Out, { TEXT("**"), Speaker->Pictograph, TEXT(" "), Speaker->Name, TEXT(":**\n\n"), Message->Content, TEXT("\n\n") });
 			Out += TEXT("---\n\n");
 		}
 	}
@@ -121,7 +119,8 @@ FString FConversationExport::ExportToPlainText(const TArray<TSharedPtr<FChatMess
 	{
 		if (const FExportSpeaker* Speaker = FindExportSpeaker(Message))
 		{
-			AppendExportParts(Out, { TEXT("["), Message->GetFormattedTimestamp(), TEXT("] "), Speaker->Name, TEXT(":\n"), Message->Content, TEXT("\n\n") });
+			AppendExportParts(Out,
+				{ TEXT("["), Message->GetFormattedTimestamp(), TEXT("] "), Speaker->Name, TEXT(":\n"), Message->Content, TEXT("\n\n") });
 			Out += TEXT("----------------------------------------\n\n");
 		}
 	}

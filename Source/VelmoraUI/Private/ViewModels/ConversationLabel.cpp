@@ -6,42 +6,42 @@
 namespace
 {
 
-constexpr int32 MaxTitleLength = 50;
-constexpr int32 ShortIdLength = 6;
+	constexpr int32 MaxTitleLength = 50;
+	constexpr int32 ShortIdLength = 6;
 
-/** The text without white space at its ends and with a blank for each line break, cut after MaxTitleLength. */
-FString MakeTitleLine(const FString& Text)
-{
-	const TCHAR* const Chars = *Text;
-	const int32 Length = Text.Len();
-	int32 Index = 0;
-	while (Index < Length && FChar::IsWhitespace(Chars[Index]))
+	/** The text without white space at its ends and with a blank for each line break, cut after MaxTitleLength. */
+	FString MakeTitleLine(const FString& Text)
 	{
-		++Index;
-	}
-	FString Title;
-	Title.Reserve(MaxTitleLength + 3);
-	for (; Index < Length && Title.Len() < MaxTitleLength; ++Index)
-	{
-		if (Chars[Index] == TEXT('\r') && Index + 1 < Length && Chars[Index + 1] == TEXT('\n'))
+		const TCHAR* const Chars = *Text;
+		const int32 Length = Text.Len();
+		int32 Index = 0;
+		while (Index < Length && FChar::IsWhitespace(Chars[Index]))
 		{
 			++Index;
 		}
-		const bool bLineBreak = Chars[Index] == TEXT('\r') || Chars[Index] == TEXT('\n');
-		Title.AppendChar(bLineBreak ? TEXT(' ') : Chars[Index]);
+		FString Title;
+		Title.Reserve(MaxTitleLength + 3);
+		for (; Index < Length && Title.Len() < MaxTitleLength; ++Index)
+		{
+			if (Chars[Index] == TEXT('\r') && Index + 1 < Length && Chars[Index + 1] == TEXT('\n'))
+			{
+				++Index;
+			}
+			const bool bLineBreak = Chars[Index] == TEXT('\r') || Chars[Index] == TEXT('\n');
+			Title.AppendChar(bLineBreak ? TEXT(' ') : Chars[Index]);
+		}
+		// White space that is left over belongs to the end.
+		while (Index < Length && FChar::IsWhitespace(Chars[Index]))
+		{
+			++Index;
+		}
+		if (Index < Length)
+		{
+			return Title + TEXT("...");
+		}
+		Title.TrimEndInline();
+		return Title;
 	}
-	// White space that is left over belongs to the end.
-	while (Index < Length && FChar::IsWhitespace(Chars[Index]))
-	{
-		++Index;
-	}
-	if (Index < Length)
-	{
-		return Title + TEXT("...");
-	}
-	Title.TrimEndInline();
-	return Title;
-}
 
 } // namespace
 

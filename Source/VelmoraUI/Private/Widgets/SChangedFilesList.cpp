@@ -21,69 +21,70 @@
 namespace
 {
 
-struct FChangeLook
-{
-	const TCHAR* Word;
-	const TCHAR* Color;
-	const TCHAR* Icon;
-};
-
-/** By EChangeActionType. */
-constexpr FChangeLook ChangeLooks[] = {
-	{ TEXT("Changed"), TEXT("999999FF"), TEXT("Icons.File") },
-	{ TEXT("Created"), TEXT("10B981FF"), TEXT("Icons.Plus") },
-	{ TEXT("Modified"), TEXT("95CBFFFF"), TEXT("Icons.CircleArrowRight") },
-	{ TEXT("Deleted"), TEXT("D97777FF"), TEXT("Icons.Delete") },
-};
-constexpr uint8 ChangeLookCount = sizeof(ChangeLooks) / sizeof(ChangeLooks[0]);
-
-EChangeActionType ToActionType(uint8 Action)
-{
-	return Action < ChangeLookCount ? static_cast<EChangeActionType>(Action) : EChangeActionType::Changed;
-}
-
-const FChangeLook& GetChangeLook(EChangeActionType ActionType)
-{
-	return ChangeLooks[static_cast<uint8>(ToActionType(static_cast<uint8>(ActionType)))];
-}
-
-/** Takes the operations of a conversation into the map; of equal times the one that is there already stays. */
-template <typename OperationType>
-void MergeOperations(const TMap<FString, TMap<FString, TArray<OperationType>>>& All, const FString& ConversationId, bool bIsAsset,
-	TMap<FString, FChangedItemEntry>& Items)
-{
-	const TMap<FString, TArray<OperationType>>* Groups = All.Find(ConversationId);
-	if (Groups == nullptr)
+	struct FChangeLook
 	{
-		return;
+		const TCHAR* Word;
+		const TCHAR* Color;
+		const TCHAR* Icon;
+	};
+
+	/** By EChangeActionType. */
+	constexpr FChangeLook ChangeLooks[] = {
+		{ TEXT("Changed"), TEXT("999999FF"), TEXT("Icons.File") },
+		{ TEXT("Created"), TEXT("10B981FF"), TEXT("Icons.Plus") },
+		{ TEXT("Modified"), TEXT("95CBFFFF"), TEXT("Icons.CircleArrowRight") },
+		{ TEXT("Deleted"), TEXT("D97777FF"), TEXT("Icons.Delete") },
+	};
+	constexpr uint8 ChangeLookCount = sizeof(ChangeLooks) / sizeof(ChangeLooks[0]);
+
+	EChangeActionType ToActionType(uint8 Action)
+	{
+		return Action < ChangeLookCount ? static_cast<EChangeActionType>(Action) : EChangeActionType::Changed;
 	}
-	for (const TPair<FString, TArray<OperationType>>& Group : *Groups)
+
+	const FChangeLook& GetChangeLook(EChangeActionType ActionType)
 	{
-		for (const OperationType& Operation : Group.Value)
+		return ChangeLooks[static_cast<uint8>(ToActionType(static_cast<uint8>(ActionType)))];
+	}
+
+	/** Takes the operations of a conversation into the map; of equal times the one that is there already stays. */
+	template <typename OperationType>
+	void MergeOperations(const TMap<FString, TMap<FString, TArray<OperationType>>>& All, const FString& ConversationId, bool bIsAsset,
+		TMap<FString, FChangedItemEntry>& Items)
+	{
+		const TMap<FString, TArray<OperationType>>* Groups = All.Find(ConversationId);
+		if (Groups == nullptr)
 		{
-			FChangedItemEntry* Held = Items.Find(Operation.Path);
-			if (Held == nullptr)
+			return;
+		}
+		for (const TPair<FString, TArray<OperationType>>& Group : *Groups)
+		{
+			for (const OperationType& Operation : Group.Value)
 			{
-				Items.Add(Operation.Path, FChangedItemEntry{ Operation.Path, ToActionType(Operation.Action), Operation.Time, bIsAsset });
-			}
-			else if (Operation.Time > Held->Timestamp)
-			{
-				*Held = FChangedItemEntry{ Operation.Path, ToActionType(Operation.Action), Operation.Time, bIsAsset };
+				FChangedItemEntry* Held = Items.Find(Operation.Path);
+				if (Held == nullptr)
+				{
+					Items.Add(
+						Operation.Path, FChangedItemEntry{ Operation.Path, ToActionType(Operation.Action), Operation.Time, bIsAsset });
+				}
+				else if (Operation.Time > Held->Timestamp)
+				{
+					*Held = FChangedItemEntry{ Operation.Path, ToActionType(Operation.Action), Operation.Time, bIsAsset };
+				}
 			}
 		}
 	}
-}
 
-/** The text for a number out of those that were made before. */
-const FText& FormatOnce(FText* Texts, const FText& Pattern, int64 Number)
-{
-	FText& Text = Texts[Number];
-	if (Text.IsEmpty())
+	/** The text for a number out of those that were made before. */
+	const FText& FormatOnce(FText* Texts, const FText& Pattern, int64 Number)
 	{
-		Text = FText::Format(Pattern, Number);
+		FText& Text = Texts[Number];
+		if (Text.IsEmpty())
+		{
+			Text = FText::Format(Pattern, Number);
+		}
+		return Text;
 	}
-	return Text;
-}
 
 } // namespace
 

@@ -24,8 +24,8 @@ const float SChatWindow::ConversationHistoryRefreshInterval = 60.0f;
 namespace
 {
 
-/** Seconds since the last refresh of the history. One for all windows: two of them ask twice as often, which does no harm. */
-float HistoryRefreshAccumulator = 0.0f;
+	/** Seconds since the last refresh of the history. One for all windows: two of them ask twice as often, which does no harm. */
+	float HistoryRefreshAccumulator = 0.0f;
 
 } // namespace
 
@@ -33,7 +33,8 @@ void SChatWindow::Construct(const FArguments& InArgs)
 {
 	using Velmora::EConversationMode;
 	ModeOptions.Empty();
-	for (const EConversationMode Mode : { EConversationMode::Advisor, EConversationMode::Code, EConversationMode::Assets, EConversationMode::General })
+	for (const EConversationMode Mode :
+		{ EConversationMode::Advisor, EConversationMode::Code, EConversationMode::Assets, EConversationMode::General })
 	{
 		ModeOptions.Add(MakeShared<EConversationMode>(Mode));
 	}
@@ -161,7 +162,12 @@ TSharedRef<SWidget> SChatWindow::BuildMessageArea()
 				.Tag(FName("EmptyState"))
 				.Visibility(this, &SChatWindow::GetEmptyStateVisibility)
 				.Title(LOCTEXT("EmptyStateTitle", "Welcome to Velmora"))
-				.Message(LOCTEXT("EmptyStateMessage", "Start a conversation by typing a message below.\n\nVelmora AI Co-Developer can help you with:\n\n  • Ideation, game design, and technical scoping\n  • Building gameplay systems in C++ and Blueprints\n  • Debugging, optimizing, and refactoring code & Blueprints\n  • Creating game AI and behaviors (BTs, EQS, etc.)\n  • Creating and updating assets (IA, DT, DA, Enums, configs, etc.)\n\n💡 Tip: Enable 'Include Engine Source' in Settings to search Unreal Engine code."))
+				.Message(LOCTEXT("EmptyStateMessage", "Start a conversation by typing a message below.\n\n"
+					"Velmora AI Co-Developer can help you with:\n\n  • Ideation, game design, and technical scoping\n"
+					"  • Building gameplay systems in C++ and Blueprints\n  • Debugging, optimizing, and refactoring code & Blueprints\n"
+					"  • Creating game AI and behaviors (BTs, EQS, etc.)\n"
+					"  • Creating and updating assets (IA, DT, DA, Enums, configs, etc.)\n\n"
+					"💡 Tip: Enable 'Include Engine Source' in Settings to search Unreal Engine code."))
 			]
 		];
 	// clang-format on

@@ -20,28 +20,28 @@
 namespace
 {
 
-/** Slate units between two chips. */
-constexpr float ChipGap = 4.0f;
+	/** Slate units between two chips. */
+	constexpr float ChipGap = 4.0f;
 
-bool IsAssetExtension(const FString& Extension)
-{
-	return Extension == TEXT("uasset") || Extension == TEXT("umap");
-}
+	bool IsAssetExtension(const FString& Extension)
+	{
+		return Extension == TEXT("uasset") || Extension == TEXT("umap");
+	}
 
-FString GetChipName(const FString& File)
-{
-	const FString Extension = FPaths::GetExtension(File).ToLower();
-	if (IsAssetExtension(Extension))
+	FString GetChipName(const FString& File)
 	{
-		return FPaths::GetBaseFilename(File);
+		const FString Extension = FPaths::GetExtension(File).ToLower();
+		if (IsAssetExtension(Extension))
+		{
+			return FPaths::GetBaseFilename(File);
+		}
+		// A folder without a dot in its name stands whole, since its name alone says little.
+		if (Extension.IsEmpty() && FPaths::DirectoryExists(FPaths::ProjectDir() / File))
+		{
+			return File;
+		}
+		return FPaths::GetCleanFilename(File);
 	}
-	// A folder without a dot in its name stands whole, since its name alone says little.
-	if (Extension.IsEmpty() && FPaths::DirectoryExists(FPaths::ProjectDir() / File))
-	{
-		return File;
-	}
-	return FPaths::GetCleanFilename(File);
-}
 
 } // namespace
 
@@ -72,7 +72,8 @@ TSharedRef<SWidget> SChatWindow::BuildContextChipsArea()
 
 TSharedRef<SWidget> SChatWindow::BuildContextChip(const FString& File, TSharedPtr<SButton>& OutRemoveButton)
 {
-	static const FSlateRoundedBoxBrush ChipBrush(FVelmoraUIStyles::GetInlineCodeBackgroundColor(), 6.0f, FVelmoraUIStyles::GetInlineCodeBorderColor(), 1.0f);
+	static const FSlateRoundedBoxBrush ChipBrush(
+		FVelmoraUIStyles::GetInlineCodeBackgroundColor(), 6.0f, FVelmoraUIStyles::GetInlineCodeBorderColor(), 1.0f);
 	// clang-format off
 	return SNew(SBorder)
 		.BorderImage(&ChipBrush)

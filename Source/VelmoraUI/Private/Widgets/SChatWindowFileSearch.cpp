@@ -14,65 +14,66 @@
 namespace
 {
 
-/** What stands in the text for a picked file. The full path travels apart from it. */
-FString GetInsertText(const Velmora::UI::FFileIndexEntry& Entry)
-{
-	if (Entry.bIsDirectory)
+	/** What stands in the text for a picked file. The full path travels apart from it. */
+	FString GetInsertText(const Velmora::UI::FFileIndexEntry& Entry)
 	{
-		return Entry.FilePath;
-	}
-	return Entry.FileType == Velmora::UI::EFileType::Asset ? FPaths::GetBaseFilename(Entry.FilePath) : FPaths::GetCleanFilename(Entry.FilePath);
-}
-
-// What follows runs at each key over all that stands before the cursor, so line feeds are counted in blocks, without a branch
-// for each character.
-constexpr int32 LineScanBlock = 256;
-
-int32 CountLineFeedsOfBlock(const TCHAR* Block)
-{
-	// As wide as the characters, so that many are compared at once.
-	uint16 LineFeeds = 0;
-	for (int32 Offset = 0; Offset < LineScanBlock; ++Offset)
-	{
-		LineFeeds += static_cast<uint16>(Block[Offset] == TEXT('\n'));
-	}
-	return LineFeeds;
-}
-
-/** Where a line begins; the text's length when there are not so many lines. */
-int32 FindLineBegin(const TCHAR* Text, int32 Length, int32 TargetLine)
-{
-	int32 Line = 0;
-	int32 Index = 0;
-	for (; Length - Index >= LineScanBlock; Index += LineScanBlock)
-	{
-		const int32 LineFeeds = CountLineFeedsOfBlock(Text + Index);
-		if (Line + LineFeeds >= TargetLine)
+		if (Entry.bIsDirectory)
 		{
-			break;
+			return Entry.FilePath;
 		}
-		Line += LineFeeds;
+		return Entry.FileType == Velmora::UI::EFileType::Asset ? FPaths::GetBaseFilename(Entry.FilePath)
+															   : FPaths::GetCleanFilename(Entry.FilePath);
 	}
-	for (; Line < TargetLine && Index < Length; ++Index)
-	{
-		Line += Text[Index] == TEXT('\n') ? 1 : 0;
-	}
-	return Index;
-}
 
-bool HasLineFeedBetween(const TCHAR* Text, int32 Begin, int32 End)
-{
-	int32 Index = Begin;
-	while (End - Index >= LineScanBlock && CountLineFeedsOfBlock(Text + Index) == 0)
+	// What follows runs at each key over all that stands before the cursor, so line feeds are counted in blocks, without a branch
+	// for each character.
+	constexpr int32 LineScanBlock = 256;
+
+	int32 CountLineFeedsOfBlock(const TCHAR* Block)
 	{
-		Index += LineScanBlock;
+		// As wide as the characters, so that many are compared at once.
+		uint16 LineFeeds = 0;
+		for (int32 Offset = 0; Offset < LineScanBlock; ++Offset)
+		{
+			LineFeeds += static_cast<uint16>(Block[Offset] == TEXT('\n'));
+		}
+		return LineFeeds;
 	}
-	while (Index < End && Text[Index] != TEXT('\n'))
+
+	/** Where a line begins; the text's length when there are not so many lines. */
+	int32 FindLineBegin(const TCHAR* Text, int32 Length, int32 TargetLine)
 	{
-		++Index;
+		int32 Line = 0;
+		int32 Index = 0;
+		for (; Length - Index >= LineScanBlock; Index += LineScanBlock)
+		{
+			const int32 LineFeeds = CountLineFeedsOfBlock(Text + Index);
+			if (Line + LineFeeds >= TargetLine)
+			{
+				break;
+			}
+			Line += LineFeeds;
+		}
+		for (; Line < TargetLine && Index < Length; ++Index)
+		{
+			Line += Text[Index] == TEXT('\n') ? 1 : 0;
+		}
+		return Index;
 	}
-	return Index < End;
-}
+
+	bool HasLineFeedBetween(const TCHAR* Text, int32 Begin, int32 End)
+	{
+		int32 Index = Begin;
+		while (End - Index >= LineScanBlock && CountLineFeedsOfBlock(Text + Index) == 0)
+		{
+			Index += LineScanBlock;
+		}
+		while (Index < End && Text[Index] != TEXT('\n'))
+		{
+			++Index;
+		}
+		return Index < End;
+	}
 
 } // namespace
 
@@ -82,7 +83,8 @@ TSharedRef<SWidget> SChatWindow::BuildFileSearchDropdownContent()
 	if (InputTextBox.IsValid())
 	{
 		const FString& Text = CurrentInputText.ToString();
-		const Velmora::UI::FAtTokenState State = Velmora::UI::ComputeAtTokenState(Text, TextLocationToLinearIndex(Text, InputTextBox->GetCursorLocation()));
+		const Velmora::UI::FAtTokenState State =
+			Velmora::UI::ComputeAtTokenState(Text, TextLocationToLinearIndex(Text, InputTextBox->GetCursorLocation()));
 		if (State.bActive)
 		{
 			Query = State.Query;

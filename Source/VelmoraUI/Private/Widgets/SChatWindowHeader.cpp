@@ -51,7 +51,8 @@ TSharedRef<SWidget> SChatWindow::BuildHeaderArea()
 				.IsEnabled(this, &SChatWindow::IsNewConversationButtonEnabled)
 				.ContentPadding(FMargin(6.0f, 4.0f))
 				[
-					BuildHeaderButtonContent("Toolbar_NewChat_32", LOCTEXT("NewConversationLabel", "New"), &SChatWindow::NewConversationButton)
+					BuildHeaderButtonContent("Toolbar_NewChat_32", LOCTEXT("NewConversationLabel", "New"),
+						&SChatWindow::NewConversationButton)
 				]
 			]
 			+ SHorizontalBox::Slot()
@@ -152,8 +153,11 @@ FReply SChatWindow::OnClearHistoryClicked()
 	{
 		return FReply::Handled();
 	}
-	const FText Question = LOCTEXT("ClearConversationConfirmMessage", "This will permanently delete this conversation from your history.\nAll messages in this chat will be removed.\n\nYou can’t undo this action.");
-	if (FMessageDialog::Open(EAppMsgType::YesNo, Question, LOCTEXT("ClearConversationConfirmTitle", "Delete this chat?")) != EAppReturnType::Yes)
+	const FText Question = LOCTEXT("ClearConversationConfirmMessage",
+		"This will permanently delete this conversation from your history.\nAll messages in this chat will be removed.\n\nYou can’t undo "
+		"this action.");
+	if (FMessageDialog::Open(EAppMsgType::YesNo, Question, LOCTEXT("ClearConversationConfirmTitle", "Delete this chat?")) !=
+		EAppReturnType::Yes)
 	{
 		return FReply::Handled();
 	}

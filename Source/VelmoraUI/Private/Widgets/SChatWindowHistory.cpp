@@ -25,15 +25,13 @@ using Velmora::FConversationMetadata;
 namespace
 {
 
-TAutoConsoleVariable<int32> ForceSyncHistoryRefresh(
-	TEXT("velmora.ConversationHistoryRefresh.ForceSync"),
-	0,
-	TEXT("If non-zero, forces synchronous conversation history refresh on the game thread (will stall UI)."));
+	TAutoConsoleVariable<int32> ForceSyncHistoryRefresh(TEXT("velmora.ConversationHistoryRefresh.ForceSync"), 0,
+		TEXT("If non-zero, forces synchronous conversation history refresh on the game thread (will stall UI)."));
 
-FString GetAgeOfConversation(const FConversationMetadata& Conversation)
-{
-	return FConversationLabel::MakeAge(Conversation.LastUpdated, FDateTime::Now());
-}
+	FString GetAgeOfConversation(const FConversationMetadata& Conversation)
+	{
+		return FConversationLabel::MakeAge(Conversation.LastUpdated, FDateTime::Now());
+	}
 
 } // namespace
 
@@ -113,20 +111,22 @@ void SChatWindow::RequestRefreshConversationHistoriesAsync()
 		return;
 	}
 	const uint64 RequestId = HistoryRefreshRequestId.fetch_add(1) + 1;
-	AsyncTask(ENamedThreads::AnyBackgroundThreadNormalTask, [WeakWindow = TWeakPtr<SChatWindow>(SharedThis(this)), RequestId]() mutable
-	{
-		// A store object of its own: they are not shared between threads.
-		Velmora::FConversationHistoryManager Manager;
-		Manager.Initialize(ReadHistorySaveDir(WeakWindow));
-		TArray<FConversationMetadata> Summaries = Manager.GetConversationSummaries();
-		AsyncTask(ENamedThreads::GameThread, [WeakWindow = MoveTemp(WeakWindow), RequestId, Summaries = MoveTemp(Summaries)]() mutable
+	AsyncTask(ENamedThreads::AnyBackgroundThreadNormalTask,
+		[WeakWindow = TWeakPtr<SChatWindow>(SharedThis(this)), RequestId]() mutable
 		{
-			if (const TSharedPtr<SChatWindow> Window = WeakWindow.Pin())
-			{
-				Window->FinishHistoryRefresh(RequestId, MoveTemp(Summaries));
-			}
+			// A store object of its own: they are not shared between threads.
+			Velmora::FConversationHistoryManager Manager;
+			Manager.Initialize(ReadHistorySaveDir(WeakWindow));
+			TArray<FConversationMetadata> Summaries = Manager.GetConversationSummaries();
+			AsyncTask(ENamedThreads::GameThread,
+				[WeakWindow = MoveTemp(WeakWindow), RequestId, Summaries = MoveTemp(Summaries)]() mutable
+				{
+					if (const TSharedPtr<SChatWindow> Window = WeakWindow.Pin())
+					{
+						Window->FinishHistoryRefresh(RequestId, MoveTemp(Summaries));
+					}
+				});
 		});
-	});
 }
 
 FString SChatWindow::ReadHistorySaveDir(const TWeakPtr<SChatWindow>& WeakWindow)

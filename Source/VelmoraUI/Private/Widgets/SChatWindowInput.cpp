@@ -25,67 +25,71 @@
 namespace
 {
 
-struct FModeWords
-{
-	FText Label;
-	FText ToolTip;
-};
-
-/** Made once: the selector asks each frame. */
-const FModeWords& GetModeWords(Velmora::EConversationMode Mode)
-{
-	using Velmora::EConversationMode;
-	static const FModeWords Advisor = { LOCTEXT("ModeAdvisor", "Advisor"), LOCTEXT("ModeAdvisor_Tooltip", "Project guidance and best practices (no code/asset changes). ") };
-	static const FModeWords Code = { LOCTEXT("ModeCode", "Code"), LOCTEXT("ModeCode_Tooltip", "C++ code generation, refactoring, and implementation work.") };
-	static const FModeWords Assets = { LOCTEXT("ModeAssets", "Assets"), LOCTEXT("ModeAssets_Tooltip", "Blueprints and asset-focused changes. ") };
-	static const FModeWords General = { LOCTEXT("ModeGeneral", "General"), LOCTEXT("ModeGeneral_Tooltip", "Multi-purpose assistance across code, assets, and guidance.") };
-	static const FModeWords Unknown = { LOCTEXT("UnknownMode", "Unknown"), LOCTEXT("UnknownMode_Tooltip", "Unknown conversation mode.") };
-	switch (Mode)
+	struct FModeWords
 	{
-	case EConversationMode::Advisor:
-		return Advisor;
-	case EConversationMode::Code:
-		return Code;
-	case EConversationMode::Assets:
-		return Assets;
-	case EConversationMode::General:
-		return General;
+		FText Label;
+		FText ToolTip;
+	};
+
+	/** Made once: the selector asks each frame. */
+	const FModeWords& GetModeWords(Velmora::EConversationMode Mode)
+	{
+		using Velmora::EConversationMode;
+		static const FModeWords Advisor = { LOCTEXT("ModeAdvisor", "Advisor"),
+			LOCTEXT("ModeAdvisor_Tooltip", "Project guidance and best practices (no code/asset changes). ") };
+		static const FModeWords Code = { LOCTEXT("ModeCode", "Code"),
+			LOCTEXT("ModeCode_Tooltip", "C++ code generation, refactoring, and implementation work.") };
+		static const FModeWords Assets = { LOCTEXT("ModeAssets", "Assets"),
+			LOCTEXT("ModeAssets_Tooltip", "Blueprints and asset-focused changes. ") };
+		static const FModeWords General = { LOCTEXT("ModeGeneral", "General"),
+			LOCTEXT("ModeGeneral_Tooltip", "Multi-purpose assistance across code, assets, and guidance.") };
+		static const FModeWords Unknown = { LOCTEXT("UnknownMode", "Unknown"),
+			LOCTEXT("UnknownMode_Tooltip", "Unknown conversation mode.") };
+		switch (Mode)
+		{
+		case EConversationMode::Advisor:
+			return Advisor;
+		case EConversationMode::Code:
+			return Code;
+		case EConversationMode::Assets:
+			return Assets;
+		case EConversationMode::General:
+			return General;
+		}
+		return Unknown;
 	}
-	return Unknown;
-}
 
-/** Settings and stored conversations hold a number that may be any; one that is not a mode means General. */
-Velmora::EConversationMode ToKnownMode(uint8 Number)
-{
-	using Velmora::EConversationMode;
-	return Number <= static_cast<uint8>(EConversationMode::Assets) ? static_cast<EConversationMode>(Number) : EConversationMode::General;
-}
+	/** Settings and stored conversations hold a number that may be any; one that is not a mode means General. */
+	Velmora::EConversationMode ToKnownMode(uint8 Number)
+	{
+		using Velmora::EConversationMode;
+		return Number <= static_cast<uint8>(EConversationMode::Assets) ? static_cast<EConversationMode>(Number)
+																	   : EConversationMode::General;
+	}
 
-Velmora::EConversationMode GetDefaultMode()
-{
-	const UVelmoraSettings* Settings = GetDefault<UVelmoraSettings>();
-	return Settings != nullptr ? ToKnownMode(Settings->DefaultConversationMode) : Velmora::EConversationMode::General;
-}
+	Velmora::EConversationMode GetDefaultMode()
+	{
+		const UVelmoraSettings* Settings = GetDefault<UVelmoraSettings>();
+		return Settings != nullptr ? ToKnownMode(Settings->DefaultConversationMode) : Velmora::EConversationMode::General;
+	}
 
-TSharedRef<SWidget> MakeActionIcon(FName Brush, double Size, const TAttribute<FSlateColor>& Tint)
-{
-	return SNew(SImage)
-		.Image(FVelmoraUIStyles::GetBrush(Brush))
-		.ColorAndOpacity(Tint)
-		.DesiredSizeOverride(FVector2D(Size, Size));
-}
+	TSharedRef<SWidget> MakeActionIcon(FName Brush, double Size, const TAttribute<FSlateColor>& Tint)
+	{
+		return SNew(SImage).Image(FVelmoraUIStyles::GetBrush(Brush)).ColorAndOpacity(Tint).DesiredSizeOverride(FVector2D(Size, Size));
+	}
 
-bool IsEitherControlDown(const FInputEvent& Event)
-{
-	return Event.IsLeftControlDown() || Event.IsRightControlDown();
-}
+	bool IsEitherControlDown(const FInputEvent& Event)
+	{
+		return Event.IsLeftControlDown() || Event.IsRightControlDown();
+	}
 
 } // namespace
 
 TSharedRef<SWidget> SChatWindow::BuildInputArea()
 {
 	AtTokenIndex = -1;
-	AtFileController = MakeUnique<Velmora::UI::FAtFileReferenceController>(&SChatWindow::TextLocationToLinearIndex, &SChatWindow::LinearIndexToTextLocation);
+	AtFileController = MakeUnique<Velmora::UI::FAtFileReferenceController>(
+		&SChatWindow::TextLocationToLinearIndex, &SChatWindow::LinearIndexToTextLocation);
 
 	// clang-format off
 	return SNew(SBorder)
@@ -147,7 +151,9 @@ TSharedRef<SWidget> SChatWindow::BuildPrompt()
 				.AutoWrapText(true)
 				.HintText(LOCTEXT("InputHint", "Let's build something amazing… (@ to add context, Ctrl+Enter to send)"))
 				.IsEnabled(this, &SChatWindow::IsInputTextBoxEnabled)
-				.ToolTipText(LOCTEXT("InputTooltip", "Multi-line message input\n\nEnter: New line\nCtrl+Enter: Send message\n@: Open file search\n\nYou can type multi-line prompts for Velmora AI.\nLonger, detailed prompts often get better results."))
+				.ToolTipText(LOCTEXT("InputTooltip", "Multi-line message input\n\nEnter: New line\nCtrl+Enter: Send message\n"
+					"@: Open file search\n\nYou can type multi-line prompts for Velmora AI.\n"
+					"Longer, detailed prompts often get better results."))
 				.OnTextCommitted(this, &SChatWindow::OnInputTextCommitted)
 				.OnTextChanged(this, &SChatWindow::OnInputTextChanged)
 				.OnCursorMoved(this, &SChatWindow::OnInputCursorMoved)
@@ -243,7 +249,8 @@ TSharedRef<SWidget> SChatWindow::BuildSendButton()
 		.OnClicked(this, &SChatWindow::OnSendButtonClicked)
 		.IsEnabled(this, &SChatWindow::IsSendButtonEnabled)
 		.Visibility(this, &SChatWindow::GetSendButtonVisibility)
-		.ToolTipText(LOCTEXT("SendTooltip", "Send message to Velmora AI\n\nKeyboard shortcut: Ctrl+Enter\n\nThe AI will process your message and respond\nbased on the current conversation mode."))
+		.ToolTipText(LOCTEXT("SendTooltip", "Send message to Velmora AI\n\nKeyboard shortcut: Ctrl+Enter\n\n"
+			"The AI will process your message and respond\nbased on the current conversation mode."))
 		[
 			MakeActionIcon("ChatAction_Send_50", 36.0, FSlateColor(FVelmoraUIStyles::GetPrimaryActionSendColor()))
 		];
@@ -293,7 +300,8 @@ TSharedRef<SWidget> SChatWindow::BuildCancelButton()
 		.ContentPadding(FMargin(6.0f))
 		.OnClicked(this, &SChatWindow::OnCancelClicked)
 		.IsEnabled(this, &SChatWindow::IsCancelButtonEnabled)
-		.ToolTipText(LOCTEXT("CancelTooltip", "Cancel ongoing operation\n\nStops the current AI response generation\nor tool execution in progress."))
+		.ToolTipText(LOCTEXT("CancelTooltip", "Cancel ongoing operation\n\nStops the current AI response generation\n"
+			"or tool execution in progress."))
 		[
 			MakeActionIcon("ChatAction_Cancel_50", 36.0, TAttribute<FSlateColor>::CreateSP(this, &SChatWindow::GetCancelButtonTint))
 		];
@@ -413,10 +421,7 @@ FText SChatWindow::GetCurrentModeText() const
 TSharedRef<SWidget> SChatWindow::GenerateModeWidget(TSharedPtr<Velmora::EConversationMode> Item)
 {
 	const FModeWords& Words = GetModeWords(Item.IsValid() ? *Item : Velmora::EConversationMode::General);
-	return SNew(STextBlock)
-		.Text(Words.Label)
-		.ToolTipText(Words.ToolTip)
-		.Font(FAppStyle::GetFontStyle("SmallFont"));
+	return SNew(STextBlock).Text(Words.Label).ToolTipText(Words.ToolTip).Font(FAppStyle::GetFontStyle("SmallFont"));
 }
 
 void SChatWindow::OnModeSelectionChanged(TSharedPtr<Velmora::EConversationMode> Item, ESelectInfo::Type SelectInfo)

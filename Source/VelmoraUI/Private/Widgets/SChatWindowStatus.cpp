@@ -14,35 +14,35 @@
 namespace
 {
 
-FLinearColor GetColorOfState(Velmora::EConversationState State)
-{
-	using Velmora::EConversationState;
-	switch (State)
+	FLinearColor GetColorOfState(Velmora::EConversationState State)
 	{
-	case EConversationState::Thinking:
-	case EConversationState::ExecutingTools:
-		return FVelmoraUIStyles::GetStatusBusyColor();
-	case EConversationState::AwaitingInput:
-		return FVelmoraUIStyles::GetStatusReadyColor();
-	case EConversationState::Error:
-		return FVelmoraUIStyles::GetStatusErrorColor();
-	case EConversationState::NotStarted:
-	case EConversationState::Initializing:
-	case EConversationState::Ready:
-	case EConversationState::Paused:
-	case EConversationState::Completed:
-	case EConversationState::Cancelled:
-		break;
+		using Velmora::EConversationState;
+		switch (State)
+		{
+		case EConversationState::Thinking:
+		case EConversationState::ExecutingTools:
+			return FVelmoraUIStyles::GetStatusBusyColor();
+		case EConversationState::AwaitingInput:
+			return FVelmoraUIStyles::GetStatusReadyColor();
+		case EConversationState::Error:
+			return FVelmoraUIStyles::GetStatusErrorColor();
+		case EConversationState::NotStarted:
+		case EConversationState::Initializing:
+		case EConversationState::Ready:
+		case EConversationState::Paused:
+		case EConversationState::Completed:
+		case EConversationState::Cancelled:
+			break;
+		}
+		return FVelmoraUIStyles::GetStatusIdleColor();
 	}
-	return FVelmoraUIStyles::GetStatusIdleColor();
-}
 
-/** The installed version may be used, whether or not there is a newer one. */
-bool DoesGateAllowInput()
-{
-	const Velmora::EUpdateGateState Gate = Velmora::FUpdateGate::Get().GetState();
-	return Gate == Velmora::EUpdateGateState::Ready || Gate == Velmora::EUpdateGateState::UpdateAvailable;
-}
+	/** The installed version may be used, whether or not there is a newer one. */
+	bool DoesGateAllowInput()
+	{
+		const Velmora::EUpdateGateState Gate = Velmora::FUpdateGate::Get().GetState();
+		return Gate == Velmora::EUpdateGateState::Ready || Gate == Velmora::EUpdateGateState::UpdateAvailable;
+	}
 
 } // namespace
 
@@ -50,8 +50,9 @@ void SChatWindow::OnStateChanged(Velmora::EConversationState NewState)
 {
 	const FLinearColor NewTarget = GetColorOfState(NewState);
 	constexpr float Tolerance = 0.01f;
-	const bool bSameTarget = FMath::Abs(NewTarget.R - TargetStatusColor.R) < Tolerance && FMath::Abs(NewTarget.G - TargetStatusColor.G) < Tolerance
-		&& FMath::Abs(NewTarget.B - TargetStatusColor.B) < Tolerance && FMath::Abs(NewTarget.A - TargetStatusColor.A) < Tolerance;
+	const bool bSameTarget = FMath::Abs(NewTarget.R - TargetStatusColor.R) < Tolerance &&
+		FMath::Abs(NewTarget.G - TargetStatusColor.G) < Tolerance && FMath::Abs(NewTarget.B - TargetStatusColor.B) < Tolerance &&
+		FMath::Abs(NewTarget.A - TargetStatusColor.A) < Tolerance;
 	if (!bSameTarget)
 	{
 		TargetStatusColor = NewTarget;
@@ -105,7 +106,8 @@ EVisibility SChatWindow::GetSendButtonVisibility() const
 		return EVisibility::Visible;
 	}
 	const EConversationState State = ViewModel->GetState();
-	return VisibleIf(State != EConversationState::Paused && State != EConversationState::Thinking && State != EConversationState::ExecutingTools);
+	return VisibleIf(
+		State != EConversationState::Paused && State != EConversationState::Thinking && State != EConversationState::ExecutingTools);
 }
 
 bool SChatWindow::IsSendButtonEnabled() const
@@ -143,7 +145,8 @@ FSlateColor SChatWindow::GetCancelButtonTint() const
 	const bool bEnabled = IsCancelButtonEnabled();
 	const float Alpha = bEnabled ? 1.0f : 0.4f;
 	const bool bHovered = bEnabled && CancelButton.IsValid() && CancelButton->IsHovered();
-	return FSlateColor(bHovered ? FVelmoraUIStyles::GetSecondaryActionNeutralHoverColor(Alpha) : FVelmoraUIStyles::GetSecondaryActionNeutralColor(Alpha));
+	return FSlateColor(
+		bHovered ? FVelmoraUIStyles::GetSecondaryActionNeutralHoverColor(Alpha) : FVelmoraUIStyles::GetSecondaryActionNeutralColor(Alpha));
 }
 
 bool SChatWindow::IsNewConversationButtonEnabled() const

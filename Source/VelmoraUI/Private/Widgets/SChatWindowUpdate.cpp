@@ -28,7 +28,8 @@ TSharedRef<SWidget> SChatWindow::BuildUpdateButton()
 			SAssignNew(UpdateButton, SButton)
 			.Tag(FName("UpdateButton"))
 			.ButtonStyle(FAppStyle::Get(), "SimpleButton")
-			.ToolTipText(LOCTEXT("UpdateAvailableTooltip", "A new version of Velmora is available. Click to download and install on next restart."))
+			.ToolTipText(LOCTEXT("UpdateAvailableTooltip", "A new version of Velmora is available. Click to download and install on "
+				"next restart."))
 			.OnClicked(this, &SChatWindow::OnUpdateButtonClicked)
 			.IsEnabled(this, &SChatWindow::IsUpdateButtonEnabled)
 			.ContentPadding(FMargin(8.0f, 4.0f))
@@ -118,8 +119,8 @@ FText SChatWindow::GetUpdateNoticeText() const
 		Notice = TEXT("Initializing (checking for updates…)");
 		break;
 	case EUpdateGateState::UpdateAvailable:
-		Notice = (Version.IsEmpty() ? FString(TEXT("Update available")) : TEXT("Update available: ") + Version)
-			+ TEXT(". Click the 'Update Available' button in the top bar to download.");
+		Notice = (Version.IsEmpty() ? FString(TEXT("Update available")) : TEXT("Update available: ") + Version) +
+			TEXT(". Click the 'Update Available' button in the top bar to download.");
 		break;
 	case EUpdateGateState::Downloading:
 		Notice = Message.IsEmpty() ? FString(TEXT("Downloading update...")) : Message;
@@ -141,16 +142,20 @@ EVisibility SChatWindow::GetUpdateNoticeVisibility() const
 {
 	// An offer needs no notice: its button says it.
 	const EUpdateGateState Gate = FUpdateGate::Get().GetState();
-	const bool bUnderWay = Gate == EUpdateGateState::Checking || Gate == EUpdateGateState::Downloading || Gate == EUpdateGateState::RestartRequired;
+	const bool bUnderWay =
+		Gate == EUpdateGateState::Checking || Gate == EUpdateGateState::Downloading || Gate == EUpdateGateState::RestartRequired;
 	return bUnderWay ? EVisibility::Visible : EVisibility::Collapsed;
 }
 
 FReply SChatWindow::OnUpdateButtonClicked()
 {
-	const FText Question = LOCTEXT("ConfirmUpdateMessage", "This will download and apply the update on next editor startup.\n\nDo you want to proceed?");
+	const FText Question =
+		LOCTEXT("ConfirmUpdateMessage", "This will download and apply the update on next editor startup.\n\nDo you want to proceed?");
 	if (FMessageDialog::Open(EAppMsgType::YesNo, Question, LOCTEXT("ConfirmUpdateTitle", "Download Update")) == EAppReturnType::Yes)
 	{
-		FModuleManager::Get().LoadModuleChecked<FVelmoraAutoDownloadFrameworkModule>("VelmoraAutoDownloadFramework").TriggerManualDownload();
+		FModuleManager::Get()
+			.LoadModuleChecked<FVelmoraAutoDownloadFrameworkModule>("VelmoraAutoDownloadFramework")
+			.TriggerManualDownload();
 	}
 	return FReply::Handled();
 }

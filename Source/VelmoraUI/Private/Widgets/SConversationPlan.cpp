@@ -19,17 +19,18 @@
 namespace
 {
 
-const FSlateBrush* GetPlanCardBrush()
-{
-	static const FSlateRoundedBoxBrush Brush(FLinearColor::White, 8.0f);
-	return &Brush;
-}
+	const FSlateBrush* GetPlanCardBrush()
+	{
+		static const FSlateRoundedBoxBrush Brush(FLinearColor::White, 8.0f);
+		return &Brush;
+	}
 
 } // namespace
 
 void SConversationPlan::Construct(const FArguments& InArgs)
 {
-	PlaceholderText = TEXT("No plan available yet.\n\nWhen the agent creates a plan, it will appear here with:\n- Goals\n- High-level approach\n- Implementation steps with status indicators\n- Progress tracking");
+	PlaceholderText = TEXT("No plan available yet.\n\nWhen the agent creates a plan, it will appear here with:\n- Goals\n- High-level "
+						   "approach\n- Implementation steps with status indicators\n- Progress tracking");
 	const auto GetCopyTint = [this]() { return GetActionIconTint(CopyButton); };
 
 	// clang-format off

@@ -58,7 +58,8 @@ TSharedRef<SWidget> SCustomizeBehavior::BuildContent()
 		[
 			BuildFieldSection(
 				LOCTEXT("ProjectDescriptionLabel", "Project Description"),
-				LOCTEXT("ProjectDescriptionPlaceholder", "Describe your project (e.g., 'A first-person shooter set in a sci-fi environment')"),
+				LOCTEXT("ProjectDescriptionPlaceholder", "Describe your project (e.g., 'A first-person shooter set in a sci-fi "
+					"environment')"),
 				ProjectDescriptionBox,
 				[this](const FText& Text) { OnProjectDescriptionChanged(Text); })
 		]
@@ -97,7 +98,8 @@ TSharedRef<SWidget> SCustomizeBehavior::BuildContent()
 		.Padding(0.0f, 0.0f, 0.0f, 20.0f)
 		[
 			SNew(STextBlock)
-			.Text(LOCTEXT("CustomizeBehaviorSubtitle", "This information will be sent in every conversation to customize Velmora's behavior"))
+			.Text(LOCTEXT("CustomizeBehaviorSubtitle", "This information will be sent in every conversation to customize Velmora's "
+				"behavior"))
 			.Font(FCoreStyle::GetDefaultFontStyle("Regular", 9))
 			.ColorAndOpacity(FSlateColor(FLinearColor(0.7f, 0.7f, 0.7f, 1.0f)))
 			.AutoWrapText(true)
@@ -105,7 +107,8 @@ TSharedRef<SWidget> SCustomizeBehavior::BuildContent()
 	// clang-format on
 }
 
-TSharedRef<SWidget> SCustomizeBehavior::BuildFieldSection(const FText& Label, const FText& Placeholder, TSharedPtr<SMultiLineEditableTextBox>& OutTextBox, TFunction<void(const FText&)> OnChanged)
+TSharedRef<SWidget> SCustomizeBehavior::BuildFieldSection(const FText& Label, const FText& Placeholder,
+	TSharedPtr<SMultiLineEditableTextBox>& OutTextBox, TFunction<void(const FText&)> OnChanged)
 {
 	// clang-format off
 	return SNew(SVerticalBox)
@@ -158,7 +161,7 @@ void SCustomizeBehavior::LoadSavedValues()
 	Load(ConstraintsBox, Settings->Constraints);
 }
 
-void SCustomizeBehavior::SaveText(FString UVelmoraSettings::* Field, const FText& Text)
+void SCustomizeBehavior::SaveText(FString UVelmoraSettings::*Field, const FText& Text)
 {
 	if (UVelmoraSettings* Settings = GetMutableDefault<UVelmoraSettings>())
 	{

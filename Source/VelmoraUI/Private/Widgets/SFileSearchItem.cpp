@@ -91,7 +91,8 @@ FSlateColor SFileSearchItem::GetBackgroundColor() const
 	{
 		return FSlateColor(FVelmoraUIStyles::GetAccentColor() * 0.6f);
 	}
-	return FSlateColor(IsHovered() ? FVelmoraUIStyles::GetToolMessageBackgroundColor().CopyWithNewOpacity(0.5f) : FLinearColor::Transparent);
+	return FSlateColor(
+		IsHovered() ? FVelmoraUIStyles::GetToolMessageBackgroundColor().CopyWithNewOpacity(0.5f) : FLinearColor::Transparent);
 }
 
 FSlateColor SFileSearchItem::GetTextColor() const

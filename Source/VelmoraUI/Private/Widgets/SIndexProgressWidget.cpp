@@ -20,8 +20,8 @@
 namespace
 {
 
-constexpr float CompletionSeconds = 3.0f;
-constexpr int32 MaxShownPathLength = 80;
+	constexpr float CompletionSeconds = 3.0f;
+	constexpr int32 MaxShownPathLength = 80;
 
 } // namespace
 
@@ -139,7 +139,8 @@ void SIndexProgressWidget::SetComplete(bool bInSuccess, const FText& Message)
 	{
 		// Nothing ever takes the timer back: it ends with the widget.
 		FTimerHandle Unused;
-		GEditor->GetTimerManager()->SetTimer(Unused, FTimerDelegate::CreateSP(this, &SIndexProgressWidget::StartCompletionFadeOut), CompletionSeconds, false);
+		GEditor->GetTimerManager()->SetTimer(
+			Unused, FTimerDelegate::CreateSP(this, &SIndexProgressWidget::StartCompletionFadeOut), CompletionSeconds, false);
 	}
 }
 
@@ -180,7 +181,8 @@ FText SIndexProgressWidget::GetStatusText() const
 		return LOCTEXT("BuildStarting", "Starting index build...");
 	}
 	const int32 Percent = FMath::FloorToInt32(static_cast<double>(FilesProcessed) / TotalFiles * 100.0 + 0.5);
-	return FText::Format(LOCTEXT("BuildProgress", "Building index: {0}/{1} files ({2}%)"), FText::AsNumber(FilesProcessed), FText::AsNumber(TotalFiles), FText::AsNumber(Percent));
+	return FText::Format(LOCTEXT("BuildProgress", "Building index: {0}/{1} files ({2}%)"), FText::AsNumber(FilesProcessed),
+		FText::AsNumber(TotalFiles), FText::AsNumber(Percent));
 }
 
 TOptional<float> SIndexProgressWidget::GetProgressPercent() const
@@ -225,9 +227,11 @@ FText SIndexProgressWidget::GetTimeRemainingText() const
 	{
 		const int32 Minutes = FMath::FloorToInt32(Remaining / 60.0);
 		const int32 Seconds = FMath::FloorToInt32(Remaining - Minutes * 60.0 + 0.5);
-		return FText::Format(LOCTEXT("MinutesRemaining", "Estimated: {0}m {1}s remaining"), FText::AsNumber(Minutes), FText::AsNumber(Seconds));
+		return FText::Format(
+			LOCTEXT("MinutesRemaining", "Estimated: {0}m {1}s remaining"), FText::AsNumber(Minutes), FText::AsNumber(Seconds));
 	}
-	return FText::Format(LOCTEXT("SecondsRemaining", "Estimated: {0} seconds remaining"), FText::AsNumber(FMath::FloorToInt32(Remaining + 0.5)));
+	return FText::Format(
+		LOCTEXT("SecondsRemaining", "Estimated: {0} seconds remaining"), FText::AsNumber(FMath::FloorToInt32(Remaining + 0.5)));
 }
 
 EVisibility SIndexProgressWidget::GetProgressVisibility() const

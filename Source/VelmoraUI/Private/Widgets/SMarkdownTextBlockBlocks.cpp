@@ -253,11 +253,8 @@ TSharedRef<SWidget> SMarkdownTextBlock::BuildTableRow(const FString& Row, const 
 
 TSharedRef<SWidget> SMarkdownTextBlock::BuildCollapsibleSection(const FMarkdownToken& Token)
 {
-	static const FSlateRoundedBoxBrush FrameBrush(
-		FVelmoraUIStyles::GetMarkdownCodeBlockBackgroundColor().CopyWithNewOpacity(0.8f),
-		4.0f,
-		FVelmoraUIStyles::GetMarkdownCodeBlockBorderColor().CopyWithNewOpacity(0.8f),
-		1.0f);
+	static const FSlateRoundedBoxBrush FrameBrush(FVelmoraUIStyles::GetMarkdownCodeBlockBackgroundColor().CopyWithNewOpacity(0.8f), 4.0f,
+		FVelmoraUIStyles::GetMarkdownCodeBlockBorderColor().CopyWithNewOpacity(0.8f), 1.0f);
 	// clang-format off
 	return SNew(SBorder)
 		.BorderImage(&FrameBrush)

@@ -20,11 +20,11 @@
 namespace
 {
 
-using Velmora::Markdown::FSyntaxToken;
+	using Velmora::Markdown::FSyntaxToken;
 
-void AddCodePiece(SHorizontalBox& LineBox, const FString& Text, const FTextBlockStyle& CodeStyle, const FLinearColor& Color)
-{
-	// clang-format off
+	void AddCodePiece(SHorizontalBox& LineBox, const FString& Text, const FTextBlockStyle& CodeStyle, const FLinearColor& Color)
+	{
+		// clang-format off
 	LineBox.AddSlot()
 	.AutoWidth()
 	[
@@ -33,18 +33,15 @@ void AddCodePiece(SHorizontalBox& LineBox, const FString& Text, const FTextBlock
 		.Font(CodeStyle.Font)
 		.ColorAndOpacity(FSlateColor(Color))
 	];
-	// clang-format on
-}
+		// clang-format on
+	}
 
 } // namespace
 
 TSharedRef<SWidget> SMarkdownTextBlock::BuildCodeBlock(const FMarkdownToken& Token)
 {
-	static const FSlateRoundedBoxBrush FrameBrush(
-		FVelmoraUIStyles::GetMarkdownCodeBlockBackgroundColor(),
-		FVelmoraUIStyles::GetMarkdownCodeBlockCornerRadius(),
-		FVelmoraUIStyles::GetMarkdownCodeBlockBorderColor(),
-		1.0f);
+	static const FSlateRoundedBoxBrush FrameBrush(FVelmoraUIStyles::GetMarkdownCodeBlockBackgroundColor(),
+		FVelmoraUIStyles::GetMarkdownCodeBlockCornerRadius(), FVelmoraUIStyles::GetMarkdownCodeBlockBorderColor(), 1.0f);
 	const FString Language = Token.Metadata.IsEmpty() ? FString(TEXT("text")) : Token.Metadata;
 	// clang-format off
 	return SNew(SBorder)

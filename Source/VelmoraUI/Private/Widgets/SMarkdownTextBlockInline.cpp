@@ -21,71 +21,64 @@
 namespace
 {
 
-using Velmora::Markdown::ETokenType;
-using Velmora::Markdown::FMarkdownToken;
+	using Velmora::Markdown::ETokenType;
+	using Velmora::Markdown::FMarkdownToken;
 
-/** On one line: the parser must not see a second one, nor a line of widgets break inside of a token. */
-FString JoinLines(const FString& Text)
-{
-	FString Line = Text;
-	Line.ReplaceCharInline(TEXT('\n'), TEXT(' '));
-	Line.ReplaceCharInline(TEXT('\r'), TEXT(' '));
-	return Line;
-}
-
-bool IsPlainText(const TArray<FMarkdownToken>& Tokens)
-{
-	for (const FMarkdownToken& Token : Tokens)
+	/** On one line: the parser must not see a second one, nor a line of widgets break inside of a token. */
+	FString JoinLines(const FString& Text)
 	{
-		if (Token.Type != ETokenType::Text)
+		FString Line = Text;
+		Line.ReplaceCharInline(TEXT('\n'), TEXT(' '));
+		Line.ReplaceCharInline(TEXT('\r'), TEXT(' '));
+		return Line;
+	}
+
+	bool IsPlainText(const TArray<FMarkdownToken>& Tokens)
+	{
+		for (const FMarkdownToken& Token : Tokens)
+		{
+			if (Token.Type != ETokenType::Text)
+			{
+				return false;
+			}
+		}
+		return true;
+	}
+
+	TSharedRef<SWidget> MakeWrappingText(const TArray<FMarkdownToken>& Tokens, const FTextBlockStyle& Style)
+	{
+		FString Joined;
+		for (const FMarkdownToken& Token : Tokens)
+		{
+			Joined += Token.Content;
+		}
+		return SNew(STextBlock).TextStyle(&Style).Text(FText::FromString(Joined)).AutoWrapText(true).WrapTextAt(0.0f);
+	}
+
+	TSharedRef<SWidget> MakeStyledWord(const FString& Text, const FName Style)
+	{
+		return SNew(STextBlock).TextStyle(&FVelmoraUIStyles::GetTextStyle(Style)).Text(FText::FromString(Text)).AutoWrapText(false);
+	}
+
+	void OpenLocalFile(const FString& Path)
+	{
+		const FString FullPath = FPaths::IsRelative(Path) ? FPaths::ConvertRelativePathToFull(Path) : Path;
+		if (FPaths::FileExists(FullPath))
+		{
+			FPlatformProcess::LaunchFileInDefaultExternalApplication(*FullPath);
+		}
+	}
+
+	/** True, with the part behind the scheme, for a link of that scheme in any letter case. */
+	bool TakeScheme(const FString& Url, const FString& Scheme, FString& OutRest)
+	{
+		if (!Url.StartsWith(Scheme))
 		{
 			return false;
 		}
+		OutRest = Url.Mid(Scheme.Len(), Url.Len());
+		return true;
 	}
-	return true;
-}
-
-TSharedRef<SWidget> MakeWrappingText(const TArray<FMarkdownToken>& Tokens, const FTextBlockStyle& Style)
-{
-	FString Joined;
-	for (const FMarkdownToken& Token : Tokens)
-	{
-		Joined += Token.Content;
-	}
-	return SNew(STextBlock)
-		.TextStyle(&Style)
-		.Text(FText::FromString(Joined))
-		.AutoWrapText(true)
-		.WrapTextAt(0.0f);
-}
-
-TSharedRef<SWidget> MakeStyledWord(const FString& Text, const FName Style)
-{
-	return SNew(STextBlock)
-		.TextStyle(&FVelmoraUIStyles::GetTextStyle(Style))
-		.Text(FText::FromString(Text))
-		.AutoWrapText(false);
-}
-
-void OpenLocalFile(const FString& Path)
-{
-	const FString FullPath = FPaths::IsRelative(Path) ? FPaths::ConvertRelativePathToFull(Path) : Path;
-	if (FPaths::FileExists(FullPath))
-	{
-		FPlatformProcess::LaunchFileInDefaultExternalApplication(*FullPath);
-	}
-}
-
-/** True, with the part behind the scheme, for a link of that scheme in any letter case. */
-bool TakeScheme(const FString& Url, const FString& Scheme, FString& OutRest)
-{
-	if (!Url.StartsWith(Scheme))
-	{
-		return false;
-	}
-	OutRest = Url.Mid(Scheme.Len(), Url.Len());
-	return true;
-}
 
 } // namespace
 
@@ -147,11 +140,8 @@ TSharedRef<SWidget> SMarkdownTextBlock::BuildStyledText(const FString& InText, c
 
 TSharedRef<SWidget> SMarkdownTextBlock::BuildCodeChip(const FString& Code)
 {
-	static const FSlateRoundedBoxBrush ChipBrush(
-		FVelmoraUIStyles::GetInlineCodeBackgroundColor(),
-		FVelmoraUIStyles::GetMarkdownInlineCodeCornerRadius(),
-		FVelmoraUIStyles::GetInlineCodeBorderColor(),
-		1.0f);
+	static const FSlateRoundedBoxBrush ChipBrush(FVelmoraUIStyles::GetInlineCodeBackgroundColor(),
+		FVelmoraUIStyles::GetMarkdownInlineCodeCornerRadius(), FVelmoraUIStyles::GetInlineCodeBorderColor(), 1.0f);
 	const FTextBlockStyle& Style = FVelmoraUIStyles::GetTextStyle("Velmora.Markdown.Code");
 	// Editable but read-only: code is the one text that people copy out of a sentence.
 	// clang-format off

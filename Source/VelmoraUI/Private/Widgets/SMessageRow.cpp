@@ -18,17 +18,17 @@
 namespace
 {
 
-constexpr float RowFadeSeconds = 0.3f;
+	constexpr float RowFadeSeconds = 0.3f;
 
-bool IsToolGroup(const TSharedPtr<FChatMessage>& Message)
-{
-	return Message.IsValid() && Message->Type == EChatMessageType::ToolSummary;
-}
+	bool IsToolGroup(const TSharedPtr<FChatMessage>& Message)
+	{
+		return Message.IsValid() && Message->Type == EChatMessageType::ToolSummary;
+	}
 
-int32 CountToolsOfGroup(const TSharedPtr<FChatMessage>& Message)
-{
-	return IsToolGroup(Message) ? Message->ToolExecutions.Num() : 0;
-}
+	int32 CountToolsOfGroup(const TSharedPtr<FChatMessage>& Message)
+	{
+		return IsToolGroup(Message) ? Message->ToolExecutions.Num() : 0;
+	}
 
 } // namespace
 

@@ -12,47 +12,49 @@
 namespace
 {
 
-/** The card behind a kind of message. Shared by all rows: widgets keep the pointer to the brush. */
-struct FCardLook
-{
-	FCardLook(const FLinearColor& InFill, const FLinearColor& InOutline, float OutlineWidth)
-		: Fill(InFill)
-		, Outline(InOutline)
-		, Brush(InFill, 8.0f, InOutline, OutlineWidth)
+	/** The card behind a kind of message. Shared by all rows: widgets keep the pointer to the brush. */
+	struct FCardLook
 	{
-	}
+		FCardLook(const FLinearColor& InFill, const FLinearColor& InOutline, float OutlineWidth)
+			: Fill(InFill)
+			, Outline(InOutline)
+			, Brush(InFill, 8.0f, InOutline, OutlineWidth)
+		{
+		}
 
-	FLinearColor Fill;
-	FLinearColor Outline;
-	FSlateRoundedBoxBrush Brush;
-};
+		FLinearColor Fill;
+		FLinearColor Outline;
+		FSlateRoundedBoxBrush Brush;
+	};
 
-const FCardLook& GetCardLook(const TSharedPtr<FChatMessage>& Message)
-{
-	static const FCardLook User(FVelmoraUIStyles::GetUserMessageBackgroundColor(), FVelmoraUIStyles::GetUserMessageBorderColor(), 1.0f);
-	static const FCardLook AI(FVelmoraUIStyles::GetVelmoraMessageBackgroundColor(), FVelmoraUIStyles::GetVelmoraMessageBorderColor(), 1.0f);
-	static const FCardLook System(FVelmoraUIStyles::GetSystemMessageBackgroundColor(), FVelmoraUIStyles::GetSystemMessageBorderColor(), 1.0f);
-	static const FCardLook Tool(FVelmoraUIStyles::GetToolMessageBackgroundColor(), FVelmoraUIStyles::GetToolMessageBorderColor(), 1.0f);
-	static const FCardLook ToolSummary(FLinearColor(0.0f, 0.0f, 0.0f, 0.0f), FLinearColor(0.0f, 0.0f, 0.0f, 0.0f), 0.0f);
-	if (!Message.IsValid())
+	const FCardLook& GetCardLook(const TSharedPtr<FChatMessage>& Message)
 	{
-		return Tool;
-	}
-	switch (Message->Type)
-	{
-	case EChatMessageType::User:
-		return User;
-	case EChatMessageType::AI:
-		return AI;
-	case EChatMessageType::System:
+		static const FCardLook User(FVelmoraUIStyles::GetUserMessageBackgroundColor(), FVelmoraUIStyles::GetUserMessageBorderColor(), 1.0f);
+		static const FCardLook AI(
+			FVelmoraUIStyles::GetVelmoraMessageBackgroundColor(), FVelmoraUIStyles::GetVelmoraMessageBorderColor(), 1.0f);
+		static const FCardLook System(
+			FVelmoraUIStyles::GetSystemMessageBackgroundColor(), FVelmoraUIStyles::GetSystemMessageBorderColor(), 1.0f);
+		static const FCardLook Tool(FVelmoraUIStyles::GetToolMessageBackgroundColor(), FVelmoraUIStyles::GetToolMessageBorderColor(), 1.0f);
+		static const FCardLook ToolSummary(FLinearColor(0.0f, 0.0f, 0.0f, 0.0f), FLinearColor(0.0f, 0.0f, 0.0f, 0.0f), 0.0f);
+		if (!Message.IsValid())
+		{
+			return Tool;
+		}
+		switch (Message->Type)
+		{
+		case EChatMessageType::User:
+			return User;
+		case EChatMessageType::AI:
+			return AI;
+		case EChatMessageType::System:
+			return System;
+		case EChatMessageType::Tool:
+			return Tool;
+		case EChatMessageType::ToolSummary:
+			return ToolSummary;
+		}
 		return System;
-	case EChatMessageType::Tool:
-		return Tool;
-	case EChatMessageType::ToolSummary:
-		return ToolSummary;
 	}
-	return System;
-}
 
 } // namespace
 
@@ -146,7 +148,9 @@ FText SMessageRow::GetUndoButtonTooltip() const
 {
 	if (GetUndoButtonEnabled())
 	{
-		return LOCTEXT("UndoTooltip", "Undo all changes made after this message.\n\nThis will revert:\n• Asset modifications (Enums, Structs, etc.)\n• File changes\n• All subsequent messages\n\nThis action cannot be undone.");
+		return LOCTEXT("UndoTooltip",
+			"Undo all changes made after this message.\n\nThis will revert:\n• Asset modifications (Enums, Structs, etc.)\n• File "
+			"changes\n• All subsequent messages\n\nThis action cannot be undone.");
 	}
 	return LOCTEXT("UndoDisabledTooltip", "Undo is disabled while AI is processing.\n\nPlease wait for the current operation to complete.");
 }
@@ -163,7 +167,8 @@ const FSlateBrush* SMessageRow::GetToolStatusIcon() const
 
 FSlateColor SMessageRow::GetToolStatusColor() const
 {
-	return Message.IsValid() && Message->IsToolMessage() ? FToolRowLook::GetStatusColor(Message->ToolStatus) : FSlateColor(FLinearColor::White);
+	return Message.IsValid() && Message->IsToolMessage() ? FToolRowLook::GetStatusColor(Message->ToolStatus)
+														 : FSlateColor(FLinearColor::White);
 }
 
 FText SMessageRow::GetToolStatusText() const

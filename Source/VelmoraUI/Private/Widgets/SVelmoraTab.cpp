@@ -34,8 +34,8 @@
 namespace
 {
 
-constexpr const TCHAR* ShowPlanKey = TEXT("ShowPlan");
-constexpr const TCHAR* ShowCustomizeBehaviorKey = TEXT("ShowCustomizeBehavior");
+	constexpr const TCHAR* ShowPlanKey = TEXT("ShowPlan");
+	constexpr const TCHAR* ShowCustomizeBehaviorKey = TEXT("ShowCustomizeBehavior");
 
 } // namespace
 

@@ -34,7 +34,8 @@ private:
 	 * @param bButton   With a button, if it has a text and something to do.
 	 * @return Null when there is nothing to show it on.
 	 */
-	static TSharedPtr<SNotificationItem> ShowNotification(const FText& Text, SNotificationItem::ECompletionState State, float Duration, bool bButton, const FText& ButtonText, TFunction<void()> Callback);
+	static TSharedPtr<SNotificationItem> ShowNotification(const FText& Text, SNotificationItem::ECompletionState State, float Duration,
+		bool bButton, const FText& ButtonText, TFunction<void()> Callback);
 
 	static TWeakPtr<SNotificationItem> ActiveBuildNotification;
 	static TWeakPtr<SNotificationItem> ActiveReindexNotification;

@@ -58,8 +58,14 @@ public:
 	static FLinearColor GetUpdateAvailableColor();
 
 	/** Slate units. */
-	static float GetMarkdownCodeBlockCornerRadius() { return 4.0f; }
-	static float GetMarkdownInlineCodeCornerRadius() { return 3.0f; }
+	static float GetMarkdownCodeBlockCornerRadius()
+	{
+		return 4.0f;
+	}
+	static float GetMarkdownInlineCodeCornerRadius()
+	{
+		return 3.0f;
+	}
 
 	static FSlateFontInfo GetBodyFont();
 	static FSlateFontInfo GetBoldFont();

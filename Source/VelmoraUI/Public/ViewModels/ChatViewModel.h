@@ -9,8 +9,8 @@
 
 namespace Velmora
 {
-class FAgent;
-class FAgentStateObserver;
+	class FAgent;
+	class FAgentStateObserver;
 }
 
 /**

@@ -45,10 +45,10 @@ public:
 	DECLARE_DELEGATE_OneParam(FOnFileClicked, const FString&);
 
 	SLATE_BEGIN_ARGS(SChangedFilesList) {}
-		/** Read at each update. Empty shows nothing as changed. */
-		SLATE_ATTRIBUTE(FString, ConversationId)
-		/** The path of the row, as the tracker gave it. */
-		SLATE_EVENT(FOnFileClicked, OnFileClicked)
+	/** Read at each update. Empty shows nothing as changed. */
+	SLATE_ATTRIBUTE(FString, ConversationId)
+	/** The path of the row, as the tracker gave it. */
+	SLATE_EVENT(FOnFileClicked, OnFileClicked)
 	SLATE_END_ARGS()
 
 	void Construct(const FArguments& InArgs);

@@ -33,7 +33,7 @@ class SOverlay;
 
 namespace Velmora::UI
 {
-struct FFileIndexEntry;
+	struct FFileIndexEntry;
 }
 
 /**
@@ -59,8 +59,14 @@ public:
 	virtual bool SupportsKeyboardFocus() const override { return true; }
 
 	// The mapping between places in the prompt and its text as one string.
-	static int32 TextLocationToLinearIndexForTests(const FString& Text, const FTextLocation& Location) { return TextLocationToLinearIndex(Text, Location); }
-	static FTextLocation LinearIndexToTextLocationForTests(const FString& Text, int32 Index) { return LinearIndexToTextLocation(Text, Index); }
+	static int32 TextLocationToLinearIndexForTests(const FString& Text, const FTextLocation& Location)
+	{
+		return TextLocationToLinearIndex(Text, Location);
+	}
+	static FTextLocation LinearIndexToTextLocationForTests(const FString& Text, int32 Index)
+	{
+		return LinearIndexToTextLocation(Text, Index);
+	}
 
 	int32 GetConversationDropdownOptionCountForTests() const { return ConversationHistories.Num(); }
 	uint64 GetConversationHistoryRefreshRequestIdForTests() const { return HistoryRefreshRequestId.load(); }

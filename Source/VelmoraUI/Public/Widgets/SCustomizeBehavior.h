@@ -24,14 +24,15 @@ public:
 
 private:
 	TSharedRef<SWidget> BuildContent();
-	TSharedRef<SWidget> BuildFieldSection(const FText& Label, const FText& Placeholder, TSharedPtr<SMultiLineEditableTextBox>& OutTextBox, TFunction<void(const FText&)> OnChanged);
+	TSharedRef<SWidget> BuildFieldSection(const FText& Label, const FText& Placeholder, TSharedPtr<SMultiLineEditableTextBox>& OutTextBox,
+		TFunction<void(const FText&)> OnChanged);
 	void LoadSavedValues();
 	void OnProjectDescriptionChanged(const FText& Text);
 	void OnCurrentAreaOfFocusChanged(const FText& Text);
 	void OnGuidelinesAndTipsChanged(const FText& Text);
 	void OnConstraintsChanged(const FText& Text);
 	/** Without settings the text stays in its box and is not kept. */
-	static void SaveText(FString UVelmoraSettings::* Field, const FText& Text);
+	static void SaveText(FString UVelmoraSettings::*Field, const FText& Text);
 
 	TSharedPtr<SMultiLineEditableTextBox> ProjectDescriptionBox;
 	TSharedPtr<SMultiLineEditableTextBox> CurrentAreaOfFocusBox;

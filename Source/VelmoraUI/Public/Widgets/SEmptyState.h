@@ -15,10 +15,10 @@ public:
 		: _Icon(nullptr)
 	{
 	}
-		SLATE_ATTRIBUTE(FText, Title)
-		SLATE_ATTRIBUTE(FText, Message)
-		/** A switch: any brush shows the question mark above the title, none hides it. */
-		SLATE_ARGUMENT(const FSlateBrush*, Icon)
+	SLATE_ATTRIBUTE(FText, Title)
+	SLATE_ATTRIBUTE(FText, Message)
+	/** A switch: any brush shows the question mark above the title, none hides it. */
+	SLATE_ARGUMENT(const FSlateBrush*, Icon)
 	SLATE_END_ARGS()
 
 	void Construct(const FArguments& InArgs);

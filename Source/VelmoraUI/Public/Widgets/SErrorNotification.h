@@ -16,8 +16,8 @@ class VELMORAUI_API SErrorNotification : public SCompoundWidget
 {
 public:
 	SLATE_BEGIN_ARGS(SErrorNotification) {}
-		SLATE_ATTRIBUTE(FText, ErrorMessage)
-		SLATE_EVENT(FSimpleDelegate, OnDismissed)
+	SLATE_ATTRIBUTE(FText, ErrorMessage)
+	SLATE_EVENT(FSimpleDelegate, OnDismissed)
 	SLATE_END_ARGS()
 
 	void Construct(const FArguments& InArgs);

@@ -18,7 +18,7 @@ class STableViewBase;
 
 namespace Velmora::UI
 {
-class FFileSearchViewModel;
+	class FFileSearchViewModel;
 }
 
 /**
@@ -31,9 +31,9 @@ public:
 	DECLARE_DELEGATE_OneParam(FOnFileSelected, const Velmora::UI::FFileIndexEntry&);
 
 	SLATE_BEGIN_ARGS(SFileSearchDropdown) {}
-		SLATE_ARGUMENT(FString, InitialQuery)
-		SLATE_EVENT(FOnFileSelected, OnFileSelected)
-		SLATE_EVENT(FSimpleDelegate, OnCancelled)
+	SLATE_ARGUMENT(FString, InitialQuery)
+	SLATE_EVENT(FOnFileSelected, OnFileSelected)
+	SLATE_EVENT(FSimpleDelegate, OnCancelled)
 	SLATE_END_ARGS()
 
 	void Construct(const FArguments& InArgs);

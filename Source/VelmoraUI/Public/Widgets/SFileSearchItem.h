@@ -17,10 +17,10 @@ public:
 		: _IsSelected(false)
 	{
 	}
-		SLATE_ARGUMENT(Velmora::UI::FFileIndexEntry, FileEntry)
-		/** What was searched for. Kept; nothing of the path is picked out. */
-		SLATE_ARGUMENT(FString, SearchQuery)
-		SLATE_ARGUMENT(bool, IsSelected)
+	SLATE_ARGUMENT(Velmora::UI::FFileIndexEntry, FileEntry)
+	/** What was searched for. Kept; nothing of the path is picked out. */
+	SLATE_ARGUMENT(FString, SearchQuery)
+	SLATE_ARGUMENT(bool, IsSelected)
 	SLATE_END_ARGS()
 
 	void Construct(const FArguments& InArgs);

@@ -13,9 +13,9 @@ public:
 		: _ShowThrobber(true)
 	{
 	}
-		/** Without dots of its own. Empty reads "Loading". */
-		SLATE_ATTRIBUTE(FText, Message)
-		SLATE_ARGUMENT(bool, ShowThrobber)
+	/** Without dots of its own. Empty reads "Loading". */
+	SLATE_ATTRIBUTE(FText, Message)
+	SLATE_ARGUMENT(bool, ShowThrobber)
 	SLATE_END_ARGS()
 
 	void Construct(const FArguments& InArgs);

@@ -28,12 +28,12 @@ public:
 		, _Margin(0.0f)
 	{
 	}
-		/** Read at construction; a later change comes through SetText. */
-		SLATE_ATTRIBUTE(FString, Text)
-		SLATE_ARGUMENT(bool, AutoWrapText)
-		/** Slate units; 0 wraps at the widget's width. */
-		SLATE_ARGUMENT(float, WrapTextAt)
-		SLATE_ARGUMENT(FMargin, Margin)
+	/** Read at construction; a later change comes through SetText. */
+	SLATE_ATTRIBUTE(FString, Text)
+	SLATE_ARGUMENT(bool, AutoWrapText)
+	/** Slate units; 0 wraps at the widget's width. */
+	SLATE_ARGUMENT(float, WrapTextAt)
+	SLATE_ARGUMENT(FMargin, Margin)
 	SLATE_END_ARGS()
 
 	void Construct(const FArguments& InArgs);

@@ -24,12 +24,12 @@ public:
 		: _AutoScroll(true)
 	{
 	}
-		SLATE_ARGUMENT(TArray<TSharedPtr<FChatMessage>>, Messages)
-		/** Follow the end at each change. */
-		SLATE_ARGUMENT(bool, AutoScroll)
-		SLATE_EVENT(FOnUndoToMessage, OnUndoToMessage)
-		/** Asked by the rows whether an undo may run now. */
-		SLATE_EVENT(FCanUndoMessage, CanUndo)
+	SLATE_ARGUMENT(TArray<TSharedPtr<FChatMessage>>, Messages)
+	/** Follow the end at each change. */
+	SLATE_ARGUMENT(bool, AutoScroll)
+	SLATE_EVENT(FOnUndoToMessage, OnUndoToMessage)
+	/** Asked by the rows whether an undo may run now. */
+	SLATE_EVENT(FCanUndoMessage, CanUndo)
 	SLATE_END_ARGS()
 
 	void Construct(const FArguments& InArgs);

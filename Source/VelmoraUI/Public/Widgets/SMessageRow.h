@@ -30,13 +30,13 @@ public:
 		: _IsLatestMessage(false)
 	{
 	}
-		SLATE_ARGUMENT(TSharedPtr<FChatMessage>, Message)
-		/** The row was the last one when it was made. */
-		SLATE_ARGUMENT(bool, IsLatestMessage)
-		/** Unbound means never. */
-		SLATE_EVENT(FCanUndoMessage, CanUndo)
-		/** The user asks to go back to before this message. */
-		SLATE_EVENT(FSimpleDelegate, OnUndo)
+	SLATE_ARGUMENT(TSharedPtr<FChatMessage>, Message)
+	/** The row was the last one when it was made. */
+	SLATE_ARGUMENT(bool, IsLatestMessage)
+	/** Unbound means never. */
+	SLATE_EVENT(FCanUndoMessage, CanUndo)
+	/** The user asks to go back to before this message. */
+	SLATE_EVENT(FSimpleDelegate, OnUndo)
 	SLATE_END_ARGS()
 
 	void Construct(const FArguments& InArgs);

@@ -24,11 +24,11 @@ public:
 		: _IsExpanded(true)
 	{
 	}
-		SLATE_ARGUMENT(TArray<TSharedPtr<FChatMessage>>, ToolExecutions)
-		/** Polled every frame. */
-		SLATE_ATTRIBUTE(bool, IsExpanded)
-		/** The header was clicked. The list opens or closes only if IsExpanded changes. */
-		SLATE_EVENT(FSimpleDelegate, OnToggleExpanded)
+	SLATE_ARGUMENT(TArray<TSharedPtr<FChatMessage>>, ToolExecutions)
+	/** Polled every frame. */
+	SLATE_ATTRIBUTE(bool, IsExpanded)
+	/** The header was clicked. The list opens or closes only if IsExpanded changes. */
+	SLATE_EVENT(FSimpleDelegate, OnToggleExpanded)
 	SLATE_END_ARGS()
 
 	void Construct(const FArguments& InArgs);

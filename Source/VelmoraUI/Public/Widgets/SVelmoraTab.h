@@ -19,7 +19,7 @@ struct FSlateBrush;
 
 namespace Velmora
 {
-class FAgent;
+	class FAgent;
 }
 
 /**

@@ -9,7 +9,8 @@ TSharedPtr<Velmora::FAgent> FAgentBuilder::CreateDefault()
 {
 	using Velmora::EConversationMode;
 	const uint8 StoredMode = GetDefault<UVelmoraSettings>()->DefaultConversationMode;
-	const EConversationMode Mode = StoredMode <= static_cast<uint8>(EConversationMode::General) ? static_cast<EConversationMode>(StoredMode) : EConversationMode::General;
+	const EConversationMode Mode = StoredMode <= static_cast<uint8>(EConversationMode::General) ? static_cast<EConversationMode>(StoredMode)
+																								: EConversationMode::General;
 
 	const TSharedRef<Velmora::FBuiltInAgent> Agent = MakeShared<Velmora::FBuiltInAgent>();
 	if (Agent->StartConversation(Mode).IsEmpty())

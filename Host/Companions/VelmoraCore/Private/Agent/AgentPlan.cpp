@@ -21,7 +21,8 @@ namespace Velmora
 		constexpr FQuotes QuoteMarks[] = { { "```", "```" }, { "`", "`" }, { "\"", "\"" }, { "«", "»" }, { "“", "”" }, { "„", "“" } };
 
 		/** Words that begin the next step, each after a blank or a separator. The longer phrase first. */
-		constexpr std::string_view StepWords[] = { "and after that", "after that", "and then", "and finally", "and lastly", "then", "finally", "lastly" };
+		constexpr std::string_view StepWords[] = { "and after that", "after that", "and then", "and finally", "and lastly", "then",
+			"finally", "lastly" };
 
 		constexpr std::string_view StatusMarks[] = { "⬜", "⏳", "✅", "❌", "⏹" };
 		constexpr std::string_view StatusWords[] = { "", " (running)", "", " (failed)", " (stopped)" };
@@ -51,7 +52,8 @@ namespace Velmora
 			for (const std::string_view Word : StepWords)
 			{
 				const size_t End = Start + Word.size();
-				if (Lower.compare(Start, Word.size(), Word) == 0 && End < Lower.size() && (IsBlank(Lower[End]) || Lower[End] == ',' || Lower[End] == ':'))
+				if (Lower.compare(Start, Word.size(), Word) == 0 && End < Lower.size() &&
+					(IsBlank(Lower[End]) || Lower[End] == ',' || Lower[End] == ':'))
 				{
 					return Word.size() + 1;
 				}
@@ -72,7 +74,8 @@ namespace Velmora
 			{
 				return 0;
 			}
-			const bool bIsMark = bHasNumber ? Text[Position] == '.' || Text[Position] == ')' : Text[Position] == '-' || Text[Position] == '*';
+			const bool bIsMark =
+				bHasNumber ? Text[Position] == '.' || Text[Position] == ')' : Text[Position] == '-' || Text[Position] == '*';
 			return bIsMark ? Position + 2 - Start : 0;
 		}
 
@@ -155,7 +158,8 @@ namespace Velmora
 
 	size_t FAgentPlan::CountSteps(EPlanStepStatus Status) const
 	{
-		return static_cast<size_t>(std::count_if(Steps.begin(), Steps.end(), [Status](const FPlanStep& Step) { return Step.Status == Status; }));
+		return static_cast<size_t>(
+			std::count_if(Steps.begin(), Steps.end(), [Status](const FPlanStep& Step) { return Step.Status == Status; }));
 	}
 
 	std::string FAgentPlan::ToMarkdown() const
@@ -165,19 +169,24 @@ namespace Velmora
 			return std::string();
 		}
 		// Each line feed between two blocks is an empty row on screen: one is enough.
-		std::string Out = "### Goal\n" + Goal + "\n### Approach\nThe steps run one after the other. The first one that fails ends the plan, so that nothing is built on it.\n### Steps\n";
+		std::string Out = "### Goal\n" + Goal +
+			"\n### Approach\nThe steps run one after the other. The first one that fails ends the plan, so that nothing is built on "
+			"it.\n### Steps\n";
 		for (size_t Index = 0; Index < Steps.size(); ++Index)
 		{
 			const size_t Status = static_cast<size_t>(Steps[Index].Status);
 			// A step may hold line feeds; its line in the list may not.
 			std::string Line = Utf8Text::Shorten(Steps[Index].Text, MaxStepCharacters);
 			std::replace(Line.begin(), Line.end(), '\n', ' ');
-			Out += std::to_string(Index + 1) + ". " + std::string(StatusMarks[Status]) + ' ' + Line + std::string(StatusWords[Status]) + '\n';
+			Out +=
+				std::to_string(Index + 1) + ". " + std::string(StatusMarks[Status]) + ' ' + Line + std::string(StatusWords[Status]) + '\n';
 		}
-		Out += "\n### Progress\n" + std::to_string(CountSteps(EPlanStepStatus::Done)) + " of " + Utf8Text::Count(Steps.size(), "step", "steps") + " done";
+		Out += "\n### Progress\n" + std::to_string(CountSteps(EPlanStepStatus::Done)) + " of " +
+			Utf8Text::Count(Steps.size(), "step", "steps") + " done";
 		if (LeftOutSteps > 0)
 		{
-			Out += "\n\nA plan has at most " + std::to_string(MaxSteps) + " steps; " + Utf8Text::Count(LeftOutSteps, "step is", "steps are") + " left out.";
+			Out += "\n\nA plan has at most " + std::to_string(MaxSteps) + " steps; " +
+				Utf8Text::Count(LeftOutSteps, "step is", "steps are") + " left out.";
 		}
 		return Out;
 	}
@@ -195,7 +204,8 @@ namespace Velmora
 			Start += Utf8Text::StartsWith(First, "first ") ? 6 : 0;
 			SplitSteps(Plan, Steps.substr(Start), true);
 		}
-		else if (Utf8Text::StartsWith(Opening, "first ") || Utf8Text::StartsWith(Opening, "first, ") || Utf8Text::StartsWith(Opening, "first:"))
+		else if (Utf8Text::StartsWith(Opening, "first ") || Utf8Text::StartsWith(Opening, "first, ") ||
+			Utf8Text::StartsWith(Opening, "first:"))
 		{
 			SplitSteps(Plan, Text.substr(5), false);
 			if (Plan.Steps.size() < 2)

@@ -12,7 +12,7 @@ namespace Velmora
 		Running,
 		Done,
 		Failed,
-		Stopped	// The user has ended the turn while it ran.
+		Stopped // The user has ended the turn while it ran.
 	};
 
 	struct FPlanStep

@@ -16,9 +16,11 @@ namespace Velmora
 			std::string_view Open;
 			std::string_view Close;
 		};
+		// clang-format off
 		constexpr FQuotePair QuotePairs[] = {
 			{ "«", "»" }, { "“", "”" }, { "„", "“" }, { "‘", "’" }, { "`", "`" }, { "\"", "\"" }, { "'", "'" },
 		};
+		// clang-format on
 
 		struct FPhraseRow
 		{
@@ -201,11 +203,14 @@ namespace Velmora
 		};
 
 		/** Courtesies in front of a request. */
+		// clang-format off
 		constexpr std::string_view OpeningCourtesies[] = {
 			"please", "pls", "kindly", "hello", "hi", "hey", "ok", "okay", "so", "now", "then", "and", "well", "velmora", "dear",
 			"can you", "could you", "would you", "will you", "can i", "could i", "may i", "can we", "i want to", "i want you to",
-			"i would like to", "i would like you to", "i'd like to", "i'd like you to", "i need to", "i need you to", "let's", "let us", "let me",
-			"do you know", "can you tell me", "could you tell me", "tell me", "help me to", "help me", "try to", "just", "quickly", "go and",
+			"i would like to", "i would like you to", "i'd like to", "i'd like you to", "i need to", "i need you to", "let's", "let us",
+			"let me",
+			"do you know", "can you tell me", "could you tell me", "tell me", "help me to", "help me", "try to", "just", "quickly",
+			"go and",
 		};
 
 		/** What may close a request without adding to it. */
@@ -216,29 +221,40 @@ namespace Velmora
 		/** Words in front of a target that only say what sort of thing it is. */
 		constexpr std::string_view TargetOpeners[] = {
 			"the", "a", "an", "all", "any", "every", "each", "of", "me", "my", "our", "this", "that", "for", "in", "on", "to", "inside",
-			"file", "files", "folder", "directory", "function", "functions", "class", "struct", "method", "symbol", "enum", "macro", "variable", "type", "namespace",
-			"text", "word", "string", "phrase", "term", "name", "named", "called", "content of", "contents of", "source of", "code of", "source code of", "body of",
-			"occurrence of", "occurrences of", "use of", "uses of", "usage of", "usages of", "reference to", "references to", "mention of", "mentions of",
-			"definition of", "declaration of", "implementation of", "places where", "where", "lines with", "lines in", "lines of", "calls to", "calls of",
+			"file", "files", "folder", "directory", "function", "functions", "class", "struct", "method", "symbol", "enum", "macro",
+			"variable", "type", "namespace",
+			"text", "word", "string", "phrase", "term", "name", "named", "called", "content of", "contents of", "source of", "code of",
+			"source code of", "body of",
+			"occurrence of", "occurrences of", "use of", "uses of", "usage of", "usages of", "reference to", "references to",
+			"mention of", "mentions of",
+			"definition of", "declaration of", "implementation of", "places where", "where", "lines with", "lines in", "lines of",
+			"calls to", "calls of",
 		};
 
 		/** Words behind a target that only say what is done with it. */
 		constexpr std::string_view TargetClosers[] = {
-			"do", "does", "work", "works", "mean", "means", "about", "for", "handled", "defined", "declared", "implemented", "used", "called", "located", "found", "mentioned",
+			"do", "does", "work", "works", "mean", "means", "about", "for", "handled", "defined", "declared", "implemented", "used",
+			"called", "located", "found", "mentioned",
 			"set", "initialised", "initialized", "created", "checked", "parsed", "read", "written", "stored", "is", "are", "being",
-			"function", "class", "struct", "method", "file", "folder", "directory", "symbol", "anywhere", "everywhere", "here", "there", "at",
-			"in the project", "in this project", "in my project", "in our project", "in the code", "in this code", "in the codebase", "in the sources", "in the source code", "in the repository", "of the project", "of this project",
+			"function", "class", "struct", "method", "file", "folder", "directory", "symbol", "anywhere", "everywhere", "here", "there",
+			"at",
+			"in the project", "in this project", "in my project", "in our project", "in the code", "in this code", "in the codebase",
+			"in the sources", "in the source code", "in the repository", "of the project", "of this project",
 		};
 
 		/** Names for everything there is. */
 		constexpr std::string_view WholeProjectNames[] = {
-			"", ".", "./", "/", "project", "the project", "this project", "my project", "our project", "the code", "code", "codebase", "the codebase", "this codebase",
-			"here", "it", "there", "repository", "the repository", "everything", "files", "all files", "root", "project folder", "project root",
+			"", ".", "./", "/", "project", "the project", "this project", "my project", "our project", "the code", "code", "codebase",
+			"the codebase", "this codebase",
+			"here", "it", "there", "repository", "the repository", "everything", "files", "all files", "root", "project folder",
+			"project root",
 			"are there", "files are there", "what", "all",
 		};
+		// clang-format on
 
 		/** Words that point at something said before, or at an attached file. */
-		constexpr std::string_view PointingWords[] = { "it", "this", "that", "them", "they", "these", "those", "this file", "file", "files", "attached file", "attached files", "attachment" };
+		constexpr std::string_view PointingWords[] = { "it", "this", "that", "them", "they", "these", "those", "this file", "file", "files",
+			"attached file", "attached files", "attachment" };
 
 		/** A request in two aligned views: bytes as written, and in lower case. */
 		struct FRequestText
@@ -267,7 +283,10 @@ namespace Velmora
 					First = Lower.size();
 				}
 				size_t End = Lower.size();
-				while (End > First && (Closers.find(Lower[End - 1]) != std::string_view::npos || (Lower[End - 1] == '.' && End - First > 1 && Lower[End - 2] != '.' && Lower[End - 2] != ' ' && Lower[End - 2] != '/')))
+				while (End > First &&
+					(Closers.find(Lower[End - 1]) != std::string_view::npos ||
+						(Lower[End - 1] == '.' && End - First > 1 && Lower[End - 2] != '.' && Lower[End - 2] != ' ' &&
+							Lower[End - 2] != '/')))
 				{
 					--End;
 				}
@@ -277,7 +296,10 @@ namespace Velmora
 
 		bool BeginsWithWords(std::string_view Text, std::string_view Words)
 		{
-			return Utf8Text::StartsWith(Text, Words) && (Text.size() == Words.size() || (!Utf8Text::IsWordByte(Text[Words.size()]) && Text[Words.size()] != '.' && Text[Words.size()] != '/' && Text[Words.size()] != ':'));
+			return Utf8Text::StartsWith(Text, Words) &&
+				(Text.size() == Words.size() ||
+					(!Utf8Text::IsWordByte(Text[Words.size()]) && Text[Words.size()] != '.' && Text[Words.size()] != '/' &&
+						Text[Words.size()] != ':'));
 		}
 
 		bool EndsWithWords(std::string_view Text, std::string_view Words)
@@ -352,10 +374,10 @@ namespace Velmora
 		bool AsksForDefinition(std::string_view Phrase, std::string_view Rest)
 		{
 			constexpr std::string_view Verbs[] = { "defined", "declared" };
-			return Utf8Text::StartsWith(Phrase, "where") && std::any_of(std::begin(Verbs), std::end(Verbs), [Rest](std::string_view Verb)
-			{
-				return EndsWithWords(Rest, Verb) || Rest.find(' ' + std::string(Verb) + " in ") != std::string_view::npos;
-			});
+			return Utf8Text::StartsWith(Phrase, "where") &&
+				std::any_of(std::begin(Verbs), std::end(Verbs),
+					[Rest](std::string_view Verb)
+					{ return EndsWithWords(Rest, Verb) || Rest.find(' ' + std::string(Verb) + " in ") != std::string_view::npos; });
 		}
 
 		bool IsWholeProject(std::string_view Target)
@@ -382,7 +404,8 @@ namespace Velmora
 					const bool bIsInWord = Open > 0 && Utf8Text::IsWordByte(Text[Open - 1]) && Pair.Open.size() == 1;
 					const size_t From = Open + Pair.Open.size();
 					size_t Close = Text.find(Pair.Close, From);
-					while (Pair.Close == "'" && Close != std::string::npos && Close + 1 < Text.size() && Utf8Text::IsWordByte(Text[Close + 1]))
+					while (
+						Pair.Close == "'" && Close != std::string::npos && Close + 1 < Text.size() && Utf8Text::IsWordByte(Text[Close + 1]))
 					{
 						Close = Text.find(Pair.Close, Close + 1);
 					}
@@ -466,10 +489,13 @@ namespace Velmora
 					return;
 				}
 				Last = First;
-				for (const std::string_view Separator : { std::string_view("-"), std::string_view(" - "), std::string_view("–"), std::string_view(" to "), std::string_view(".."), std::string_view(" through "), std::string_view(" until "), std::string_view(" and ") })
+				for (const std::string_view Separator :
+					{ std::string_view("-"), std::string_view(" - "), std::string_view("–"), std::string_view(" to "),
+						std::string_view(".."), std::string_view(" through "), std::string_view(" until "), std::string_view(" and ") })
 				{
 					size_t After = Index + Separator.size();
-					if (Utf8Text::StartsWith(Lower.substr(Index), Separator) && After < Lower.size() && Lower[After] >= '0' && Lower[After] <= '9')
+					if (Utf8Text::StartsWith(Lower.substr(Index), Separator) && After < Lower.size() && Lower[After] >= '0' &&
+						Lower[After] <= '9')
 					{
 						Last = ReadNumber(Lower, After);
 						Index = After;
@@ -534,7 +560,8 @@ namespace Velmora
 			}
 			for (const char Byte : Text)
 			{
-				if (Byte == '_' || Byte == '/' || Byte == '.' || Byte == ':' || (Byte >= '0' && Byte <= '9') || (Byte >= 'A' && Byte <= 'Z'))
+				if (Byte == '_' || Byte == '/' || Byte == '.' || Byte == ':' || (Byte >= '0' && Byte <= '9') ||
+					(Byte >= 'A' && Byte <= 'Z'))
 				{
 					return true;
 				}
@@ -567,7 +594,8 @@ namespace Velmora
 
 			size_t In = std::string::npos;
 			size_t InLength = 0;
-			for (const std::string_view Word : { std::string_view(" in "), std::string_view(" inside "), std::string_view(" under "), std::string_view(" within ") })
+			for (const std::string_view Word :
+				{ std::string_view(" in "), std::string_view(" inside "), std::string_view(" under "), std::string_view(" within ") })
 			{
 				const size_t At = Rest.Lower.rfind(Word);
 				if (At != std::string::npos && (In == std::string::npos || At > In))
@@ -654,7 +682,8 @@ namespace Velmora
 		}
 
 		Request.Kind = Phrase->Kind;
-		if (Request.Kind == ERequestKind::Help || Request.Kind == ERequestKind::Greeting || Request.Kind == ERequestKind::Thanks || Request.Kind == ERequestKind::ChangeFiles)
+		if (Request.Kind == ERequestKind::Help || Request.Kind == ERequestKind::Greeting || Request.Kind == ERequestKind::Thanks ||
+			Request.Kind == ERequestKind::ChangeFiles)
 		{
 			Request.Change = Request.Kind == ERequestKind::ChangeFiles ? ParseChangeRequest(Text) : FChangeRequest();
 			return Request;
@@ -675,8 +704,11 @@ namespace Velmora
 		{
 			Request.Target.resize(Request.Target.size() - 2);
 		}
-		const bool bPoints = std::find(std::begin(PointingWords), std::end(PointingWords), Utf8Text::ToLower(Request.Target)) != std::end(PointingWords);
-		if (!bIsQuoted && bPoints && (Request.Kind == ERequestKind::FindText || Request.Kind == ERequestKind::FindSymbol || Request.Kind == ERequestKind::Outline || Request.Kind == ERequestKind::WhichFiles || Request.Kind == ERequestKind::Explain || Request.Kind == ERequestKind::Show))
+		const bool bPoints =
+			std::find(std::begin(PointingWords), std::end(PointingWords), Utf8Text::ToLower(Request.Target)) != std::end(PointingWords);
+		if (!bIsQuoted && bPoints &&
+			(Request.Kind == ERequestKind::FindText || Request.Kind == ERequestKind::FindSymbol || Request.Kind == ERequestKind::Outline ||
+				Request.Kind == ERequestKind::WhichFiles || Request.Kind == ERequestKind::Explain || Request.Kind == ERequestKind::Show))
 		{
 			Request.Target.clear();
 			return Request;
@@ -692,7 +724,8 @@ namespace Velmora
 		{
 			Request.Kind = ERequestKind::Explain;
 		}
-		else if (bIsWholeProject && (Request.Kind == ERequestKind::List || Request.Kind == ERequestKind::Show || Request.Kind == ERequestKind::Count))
+		else if (bIsWholeProject &&
+			(Request.Kind == ERequestKind::List || Request.Kind == ERequestKind::Show || Request.Kind == ERequestKind::Count))
 		{
 			Request.Target.clear();
 			Request.Kind = Request.Kind == ERequestKind::Show ? ERequestKind::List : Request.Kind;

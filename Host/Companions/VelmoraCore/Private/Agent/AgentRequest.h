@@ -13,16 +13,16 @@ namespace Velmora
 		Help,
 		Greeting,
 		Thanks,
-		FindText,		// Where something stands.
-		FindSymbol,		// Where something is defined.
-		Outline,		// What a file defines.
-		WhichFiles,		// The same, asked for files instead of lines.
-		Explain,		// What a symbol or file is.
-		Show,			// A file, or some lines of it. A folder is listed.
-		List,			// A folder. A file is shown.
-		Summarise,		// The project as a whole.
-		Count,			// How many files or lines.
-		ChangeFiles		// Something is to be written or deleted.
+		FindText, // Where something stands.
+		FindSymbol, // Where something is defined.
+		Outline, // What a file defines.
+		WhichFiles, // The same, asked for files instead of lines.
+		Explain, // What a symbol or file is.
+		Show, // A file, or some lines of it. A folder is listed.
+		List, // A folder. A file is shown.
+		Summarise, // The project as a whole.
+		Count, // How many files or lines.
+		ChangeFiles // Something is to be written or deleted.
 	};
 
 	/** What a user's sentence asks for. */

@@ -17,7 +17,8 @@ namespace Velmora
 {
 	namespace
 	{
-		/** How long the end of an agent may wait for its workers. They look up between two files, so this is never reached but on a dead disk. */
+		/** How long the end of an agent may wait for its workers. They look up between two files, so this is never reached but on a dead
+		 * disk. */
 		constexpr double MaxWorkerWaitSeconds = 2.0;
 	}
 
@@ -86,7 +87,8 @@ namespace Velmora
 		DropTurn();
 		const TSharedRef<FTurnControl> Control = MakeShared<FTurnControl>();
 		Turn = Control;
-		const TSharedRef<FTurnRecorder> TurnRecorder = MakeShared<FTurnRecorder>(GetStore().AsShared(), Current->Id, StoredCount < Current->Messages.Num());
+		const TSharedRef<FTurnRecorder> TurnRecorder =
+			MakeShared<FTurnRecorder>(GetStore().AsShared(), Current->Id, StoredCount < Current->Messages.Num());
 		Recorder = TurnRecorder;
 
 		FTurnInput Input;
@@ -104,36 +106,40 @@ namespace Velmora
 		Input.TransactionId = HostFileNameToBytes(TransactionId);
 
 		Workers.RemoveAll([](const TFuture<void>& Worker) { return Worker.IsReady(); });
-		Workers.Add(Async(EAsyncExecution::Thread, [Input = MoveTemp(Input), Control, TurnRecorder, WeakSession = TWeakPtr<FAgentSession>(AsShared())]
-		{
-			FTurnRunner Runner(Input, *Control, [&Control, &TurnRecorder, &WeakSession](FTurnReport&& Report)
+		Workers.Add(Async(EAsyncExecution::Thread,
+			[Input = MoveTemp(Input), Control, TurnRecorder, WeakSession = TWeakPtr<FAgentSession>(AsShared())]
 			{
-				if (Control->IsCancelled())
-				{
-					return;
-				}
-				if (Report.Kind == ETurnReportKind::Answer)
-				{
-					TurnRecorder->Record({ Report.Text, EConversationRole::Assistant });
-				}
-				AsyncTask(ENamedThreads::GameThread, [Control, WeakSession, Report = MoveTemp(Report)]() mutable
-				{
-					if (const TSharedPtr<FAgentSession> Session = WeakSession.Pin())
+				FTurnRunner Runner(Input, *Control,
+					[&Control, &TurnRecorder, &WeakSession](FTurnReport&& Report)
 					{
-						Session->OnReport(Control, MoveTemp(Report));
-					}
-				});
-			});
-			Runner.Run();
-			// A change that was made when the turn was stopped is told all the same.
-			AsyncTask(ENamedThreads::GameThread, [WeakSession]
-			{
-				if (const TSharedPtr<FAgentSession> Session = WeakSession.Pin())
-				{
-					Session->PublishChanges();
-				}
-			});
-		}));
+						if (Control->IsCancelled())
+						{
+							return;
+						}
+						if (Report.Kind == ETurnReportKind::Answer)
+						{
+							TurnRecorder->Record({ Report.Text, EConversationRole::Assistant });
+						}
+						AsyncTask(ENamedThreads::GameThread,
+							[Control, WeakSession, Report = MoveTemp(Report)]() mutable
+							{
+								if (const TSharedPtr<FAgentSession> Session = WeakSession.Pin())
+								{
+									Session->OnReport(Control, MoveTemp(Report));
+								}
+							});
+					});
+				Runner.Run();
+				// A change that was made when the turn was stopped is told all the same.
+				AsyncTask(ENamedThreads::GameThread,
+					[WeakSession]
+					{
+						if (const TSharedPtr<FAgentSession> Session = WeakSession.Pin())
+						{
+							Session->PublishChanges();
+						}
+					});
+			}));
 	}
 
 	void FAgentSession::DropTurn()
@@ -183,7 +189,8 @@ namespace Velmora
 		if (Report.Kind == ETurnReportKind::Step || Report.Kind == ETurnReportKind::ToolStarted || Report.Kind == ETurnReportKind::Answer)
 		{
 			const bool bStartsTool = Report.Kind == ETurnReportKind::ToolStarted;
-			SetState(bStartsTool ? EConversationState::ExecutingTools : EConversationState::Thinking, bStartsTool ? Report.ToolName : FString(TEXT("Working on the request.")));
+			SetState(bStartsTool ? EConversationState::ExecutingTools : EConversationState::Thinking,
+				bStartsTool ? Report.ToolName : FString(TEXT("Working on the request.")));
 			if (Epoch != StartEpoch)
 			{
 				return;

@@ -35,20 +35,23 @@ namespace Velmora
 	{
 		if (!Current.IsValid() || HasTurn() || !Journal)
 		{
-			Fire(Callbacks.Error, FString(Current.IsValid() && HasTurn() ? TEXT("A request is under way; nothing was undone.") : TEXT("There is nothing to undo.")));
+			Fire(Callbacks.Error,
+				FString(Current.IsValid() && HasTurn() ? TEXT("A request is under way; nothing was undone.")
+													   : TEXT("There is nothing to undo.")));
 			return false;
 		}
-		const FUndoResult Result = Journal->Undo(HostFileNameToBytes(Id), HostFileNameToBytes(Current->Id), [this](int MessageIndex)
-		{
-			FString Problem;
-			if (GetStore().TruncateMessages(Current->Id, MessageIndex, Problem) == EStoreResult::Failed)
+		const FUndoResult Result = Journal->Undo(HostFileNameToBytes(Id), HostFileNameToBytes(Current->Id),
+			[this](int MessageIndex)
 			{
-				return HostFileNameToBytes(Problem);
-			}
-			Current->Messages.SetNum(FMath::Min(MessageIndex, Current->Messages.Num()));
-			StoredCount = FMath::Min(StoredCount, MessageIndex);
-			return std::string();
-		});
+				FString Problem;
+				if (GetStore().TruncateMessages(Current->Id, MessageIndex, Problem) == EStoreResult::Failed)
+				{
+					return HostFileNameToBytes(Problem);
+				}
+				Current->Messages.SetNum(FMath::Min(MessageIndex, Current->Messages.Num()));
+				StoredCount = FMath::Min(StoredCount, MessageIndex);
+				return std::string();
+			});
 		if (!Result.bSuccess)
 		{
 			Fire(Callbacks.Error, Utf8Text::ToString(Result.Problem));
@@ -62,19 +65,21 @@ namespace Velmora
 		for (const std::string& Notice : Result.Notices)
 		{
 			// Once the front end has cut its rows; one told before would go with them.
-			AsyncTask(ENamedThreads::GameThread, [WeakSession = TWeakPtr<FAgentSession>(AsShared()), Text = Utf8Text::ToString(Notice)]
-			{
-				if (const TSharedPtr<FAgentSession> Session = WeakSession.Pin())
+			AsyncTask(ENamedThreads::GameThread,
+				[WeakSession = TWeakPtr<FAgentSession>(AsShared()), Text = Utf8Text::ToString(Notice)]
 				{
-					Session->Fire(Session->Callbacks.ProcessMessage, Text);
-				}
-			});
+					if (const TSharedPtr<FAgentSession> Session = WeakSession.Pin())
+					{
+						Session->Fire(Session->Callbacks.ProcessMessage, Text);
+					}
+				});
 		}
 		return true;
 	}
 
 	void FAgentSession::CleanUpAfterOthers()
 	{
-		Workers.Add(Async(EAsyncExecution::Thread, [Folder = HostFileNameToBytes(GetStoreLocation().GetUndoFolder())] { FChangeJournal::RemoveDeadJournals(Folder); }));
+		Workers.Add(Async(EAsyncExecution::Thread,
+			[Folder = HostFileNameToBytes(GetStoreLocation().GetUndoFolder())] { FChangeJournal::RemoveDeadJournals(Folder); }));
 	}
 }

@@ -112,7 +112,8 @@ namespace Velmora
 		if (!bHasToldStoreProblem)
 		{
 			bHasToldStoreProblem = true;
-			Fire(Callbacks.Error, FString(TEXT("What is said is not stored for now; it will be with the next message that is. ")) + Problem);
+			Fire(
+				Callbacks.Error, FString(TEXT("What is said is not stored for now; it will be with the next message that is. ")) + Problem);
 		}
 	}
 
@@ -129,7 +130,9 @@ namespace Velmora
 		const EStoreResult Result = GetStore().Load(Id, Stored, Problem);
 		if (Result != EStoreResult::Done && !bIsCurrent)
 		{
-			Fire(Callbacks.Error, Result == EStoreResult::Missing ? FString(TEXT("The conversation is no longer in the store; it cannot be opened.")) : Problem);
+			Fire(Callbacks.Error,
+				Result == EStoreResult::Missing ? FString(TEXT("The conversation is no longer in the store; it cannot be opened."))
+												: Problem);
 			return false;
 		}
 		if (!bIsCurrent)
@@ -206,19 +209,21 @@ namespace Velmora
 		{
 			return FString();
 		}
-		const FConversationMessage* First = Current->Messages.FindByPredicate([](const FConversationMessage& Message) { return Message.IsUserMessage() && !Message.Content.IsEmpty(); });
+		const FConversationMessage* First = Current->Messages.FindByPredicate(
+			[](const FConversationMessage& Message) { return Message.IsUserMessage() && !Message.Content.IsEmpty(); });
 		return First ? MakeConversationTitle(First->Content) : FString();
 	}
 
 	void FAgentSession::ListenForNotices()
 	{
-		StoreNotices::SetListener([WeakSession = TWeakPtr<FAgentSession>(AsShared())]
-		{
-			if (const TSharedPtr<FAgentSession> Session = WeakSession.Pin())
+		StoreNotices::SetListener(
+			[WeakSession = TWeakPtr<FAgentSession>(AsShared())]
 			{
-				Session->TellNotices();
-			}
-		});
+				if (const TSharedPtr<FAgentSession> Session = WeakSession.Pin())
+				{
+					Session->TellNotices();
+				}
+			});
 		StoreNotices::Remind();
 	}
 

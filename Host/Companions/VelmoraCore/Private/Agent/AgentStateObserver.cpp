@@ -7,9 +7,7 @@ namespace Velmora
 	{
 	}
 
-	void FAgentStateObserver::Tick(float)
-	{
-	}
+	void FAgentStateObserver::Tick(float) {}
 
 	bool FAgentStateObserver::CanAcceptMessage() const
 	{

@@ -17,13 +17,19 @@ namespace Velmora::AnswerMarkdown
 			std::string_view Ending; // Of the lower-case file name.
 			std::string_view Tag;
 		};
+		// clang-format off
 		constexpr FLanguageRow Languages[] = {
 			{ ".cpp", "cpp" }, { ".cc", "cpp" }, { ".cxx", "cpp" }, { ".c", "cpp" }, { ".h", "cpp" }, { ".hpp", "cpp" }, { ".inl", "cpp" },
-			{ ".cs", "csharp" }, { ".py", "python" }, { ".js", "javascript" }, { ".ts", "typescript" }, { ".json", "json" }, { ".uproject", "json" }, { ".uplugin", "json" },
-			{ ".xml", "xml" }, { ".html", "html" }, { ".css", "css" }, { ".ini", "ini" }, { ".sh", "bash" }, { ".bat", "batch" }, { ".md", "markdown" },
-			{ ".lua", "lua" }, { ".rs", "rust" }, { ".go", "go" }, { ".java", "java" }, { ".yml", "yaml" }, { ".yaml", "yaml" }, { ".toml", "toml" },
-			{ ".cmake", "cmake" }, { "cmakelists.txt", "cmake" }, { ".sql", "sql" }, { ".usf", "hlsl" }, { ".ush", "hlsl" }, { ".hlsl", "hlsl" },
+			{ ".cs", "csharp" }, { ".py", "python" }, { ".js", "javascript" }, { ".ts", "typescript" }, { ".json", "json" },
+			{ ".uproject", "json" }, { ".uplugin", "json" },
+			{ ".xml", "xml" }, { ".html", "html" }, { ".css", "css" }, { ".ini", "ini" }, { ".sh", "bash" }, { ".bat", "batch" },
+			{ ".md", "markdown" },
+			{ ".lua", "lua" }, { ".rs", "rust" }, { ".go", "go" }, { ".java", "java" }, { ".yml", "yaml" }, { ".yaml", "yaml" },
+			{ ".toml", "toml" },
+			{ ".cmake", "cmake" }, { "cmakelists.txt", "cmake" }, { ".sql", "sql" }, { ".usf", "hlsl" }, { ".ush", "hlsl" },
+			{ ".hlsl", "hlsl" },
 		};
+		// clang-format on
 
 		void ReplaceEach(std::string& Text, std::string_view From, std::string_view To)
 		{
@@ -53,7 +59,8 @@ namespace Velmora::AnswerMarkdown
 	{
 		const std::string Name = Path.Relative.empty() ? std::string("the project folder") : OneLine(Path.Relative);
 		const std::string Suffix = Line > 0 ? ':' + std::to_string(Line) : std::string();
-		const bool bFits = Path.Absolute.find_first_of("()\n\r") == std::string::npos && Path.Absolute.find('\0') == std::string::npos && Utf8Text::Sanitise(Path.Absolute) == Path.Absolute;
+		const bool bFits = Path.Absolute.find_first_of("()\n\r") == std::string::npos && Path.Absolute.find('\0') == std::string::npos &&
+			Utf8Text::Sanitise(Path.Absolute) == Path.Absolute;
 		if (Path.bIsFolder || !bFits || Name.find_first_of("[]") != std::string::npos)
 		{
 			return InlineCode(Name + Suffix, 160);

@@ -10,8 +10,8 @@ namespace Velmora
 	namespace
 	{
 		/** Words that say nothing of their own between and around the names of files. */
-		constexpr std::string_view JoiningWords[] = { "a", "all", "and", "attached", "attachment", "attachments", "both", "each", "file", "files", "from", "it", "of", "or", "plus", "the",
-			"them", "these", "this", "those", "to", "versus", "vs", "with" };
+		constexpr std::string_view JoiningWords[] = { "a", "all", "and", "attached", "attachment", "attachments", "both", "each", "file",
+			"files", "from", "it", "of", "or", "plus", "the", "them", "these", "this", "those", "to", "versus", "vs", "with" };
 
 		bool IsBlank(char Byte)
 		{
@@ -43,7 +43,9 @@ namespace Velmora
 				const bool bStands = !Name.empty() && Text.compare(At, Name.size(), Name) == 0;
 				const size_t End = At + Name.size();
 				// A full stop may end the sentence.
-				const bool bEnds = bStands && (End == Text.size() || IsSeparator(Text[End]) || (Text[End] == '.' && (End + 1 == Text.size() || IsBlank(Text[End + 1]))));
+				const bool bEnds = bStands &&
+					(End == Text.size() || IsSeparator(Text[End]) ||
+						(Text[End] == '.' && (End + 1 == Text.size() || IsBlank(Text[End + 1]))));
 				if (bEnds && (Best == std::string_view::npos || Name.size() > Names[Best].size()))
 				{
 					Best = Index;
@@ -56,7 +58,9 @@ namespace Velmora
 		size_t SkipQuoted(std::string_view Text, size_t At)
 		{
 			const std::string_view Fence = "```";
-			const std::string_view Mark = Text.compare(At, Fence.size(), Fence) == 0 ? Fence : Text[At] == '"' || Text[At] == '`' ? Text.substr(At, 1) : std::string_view();
+			const std::string_view Mark = Text.compare(At, Fence.size(), Fence) == 0 ? Fence
+				: Text[At] == '"' || Text[At] == '`'								 ? Text.substr(At, 1)
+																					 : std::string_view();
 			const size_t End = Mark.empty() ? std::string_view::npos : Text.find(Mark, At + Mark.size());
 			return End == std::string_view::npos ? At : End + Mark.size();
 		}
@@ -133,7 +137,8 @@ namespace Velmora
 				At += Names[Index].size();
 				continue;
 			}
-			const size_t End = static_cast<size_t>(std::find_if(Text.begin() + static_cast<std::ptrdiff_t>(At), Text.end(), IsSeparator) - Text.begin());
+			const size_t End =
+				static_cast<size_t>(std::find_if(Text.begin() + static_cast<std::ptrdiff_t>(At), Text.end(), IsSeparator) - Text.begin());
 			const std::string Word = Utf8Text::ToLower(Text.substr(At, End - At));
 			if (std::find(std::begin(JoiningWords), std::end(JoiningWords), Word) == std::end(JoiningWords))
 			{

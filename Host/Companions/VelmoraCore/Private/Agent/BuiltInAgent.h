@@ -39,7 +39,8 @@ namespace Velmora
 		virtual FString GetCurrentPlan() const override;
 
 		virtual void OnMessageReceived(TFunction<void(const FString&, bool)> Callback) override;
-		virtual void OnToolExecutionStarted(TFunction<void(const FString&, const FString&, const FString&, const FString&)> Callback) override;
+		virtual void OnToolExecutionStarted(
+			TFunction<void(const FString&, const FString&, const FString&, const FString&)> Callback) override;
 		virtual void OnToolExecutionCompleted(TFunction<void(const FString&, const FString&, bool, const FString&)> Callback) override;
 		virtual void OnStateChanged(TFunction<void(EConversationState, EConversationState, const FString&)> Callback) override;
 		virtual void OnError(TFunction<void(const FString&)> Callback) override;

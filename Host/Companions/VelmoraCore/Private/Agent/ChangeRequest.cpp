@@ -11,20 +11,29 @@ namespace Velmora
 
 		// In each of these tables the longest phrase that fits is taken.
 
+		// clang-format off
 		constexpr std::string_view ContentSeparators[] = {
-			"with", "with the content", "with the contents", "with content", "with contents", "with the following", "with the following content", "with the following contents", "with the following text", "with the text", "with text",
-			"with the line", "with the lines", "with the words", "with the word", "with this content", "with this text", "with this", "with the code", "with the following code",
-			"containing", "that contains", "which contains", "that says", "which says", "saying", "that reads", "that holds", "holding", "contains", "and write", "and put", "as follows",
+			"with", "with the content", "with the contents", "with content", "with contents", "with the following",
+			"with the following content", "with the following contents", "with the following text", "with the text", "with text",
+			"with the line", "with the lines", "with the words", "with the word", "with this content", "with this text", "with this",
+			"with the code", "with the following code",
+			"containing", "that contains", "which contains", "that says", "which says", "saying", "that reads", "that holds", "holding",
+			"contains", "and write", "and put", "as follows",
 		};
 
 		constexpr std::string_view ContentOpeners[] = {
-			"the text", "text", "the line", "line", "the lines", "lines", "the word", "word", "the words", "words", "the passage", "the phrase", "the string", "the following", "the following text", "the following line", "the following lines", "the code", "this", "this text",
+			"the text", "text", "the line", "line", "the lines", "lines", "the word", "word", "the words", "words", "the passage",
+			"the phrase", "the string", "the following", "the following text", "the following line", "the following lines", "the code",
+			"this", "this text",
 			"a line", "a line saying", "a line that says", "a new line",
 		};
+		// clang-format on
 
-		constexpr std::string_view PlaceWords[] = { "to", "into", "in", "as", "at", "onto", "inside", "to a file", "into a file", "at the end of", "to the end of", "at the bottom of" };
+		constexpr std::string_view PlaceWords[] = { "to", "into", "in", "as", "at", "onto", "inside", "to a file", "into a file",
+			"at the end of", "to the end of", "at the bottom of" };
 		constexpr std::string_view InWords[] = { "in", "inside", "within", "from", "out of", "of" };
-		constexpr std::string_view WholeContentPhrases[] = { "the content of", "the contents of", "content of", "contents of", "everything in", "the whole content of", "all the content of", "all of" };
+		constexpr std::string_view WholeContentPhrases[] = { "the content of", "the contents of", "content of", "contents of",
+			"everything in", "the whole content of", "all the content of", "all of" };
 
 		/** Text without quotes becomes a line. */
 		std::string AsLines(std::string Text, bool bIsLiteral)
@@ -51,7 +60,10 @@ namespace Velmora
 			return !OutContent.empty();
 		}
 
-		FChangeRequest Unclear() { return FChangeRequest(); }
+		FChangeRequest Unclear()
+		{
+			return FChangeRequest();
+		}
 
 		FChangeRequest MakeRequest(EChangeRequest Kind, const std::string& File)
 		{
@@ -192,7 +204,8 @@ namespace Velmora
 							break;
 						}
 						// "foo in notes.md by bar"
-						if (Reader.Take(InWords) && Reader.TakeFile(Name) && !Name.empty() && (Reader.SkipBlanks(), Reader.MatchLongest(Separators) > 0))
+						if (Reader.Take(InWords) && Reader.TakeFile(Name) && !Name.empty() &&
+							(Reader.SkipBlanks(), Reader.MatchLongest(Separators) > 0))
 						{
 							bIsPlaced = true;
 							break;

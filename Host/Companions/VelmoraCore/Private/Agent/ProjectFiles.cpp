@@ -15,10 +15,10 @@ namespace Velmora
 		/** How well a path answers to a name; lower is better. */
 		enum class ENameMatch
 		{
-			Name,			// Last part, letter case aside.
-			PathEnd,		// Ends with it at a slash.
-			BaseName,		// Last part without its extension.
-			PartOfName,		// Somewhere in the last part.
+			Name, // Last part, letter case aside.
+			PathEnd, // Ends with it at a slash.
+			BaseName, // Last part without its extension.
+			PartOfName, // Somewhere in the last part.
 			None
 		};
 
@@ -126,15 +126,16 @@ namespace Velmora
 		}
 
 		std::vector<std::pair<ENameMatch, FProjectPath>> Found;
-		WalkProject(Root, [&Found, &LowerName](const FProjectWalkEntry& Entry)
-		{
-			const ENameMatch Match = MatchName(Utf8Text::ToLower(Entry.RelativePath), LowerName);
-			if (Match != ENameMatch::None)
+		WalkProject(Root,
+			[&Found, &LowerName](const FProjectWalkEntry& Entry)
 			{
-				Found.push_back({ Match, { std::string(Entry.AbsolutePath), std::string(Entry.RelativePath), Entry.bIsDirectory } });
-			}
-			return EProjectWalkStep::Continue;
-		});
+				const ENameMatch Match = MatchName(Utf8Text::ToLower(Entry.RelativePath), LowerName);
+				if (Match != ENameMatch::None)
+				{
+					Found.push_back({ Match, { std::string(Entry.AbsolutePath), std::string(Entry.RelativePath), Entry.bIsDirectory } });
+				}
+				return EProjectWalkStep::Continue;
+			});
 		std::stable_sort(Found.begin(), Found.end(), [](const auto& A, const auto& B) { return A.first < B.first; });
 
 		// A better kind of match is what was meant; weaker ones would only be noise beside it.
@@ -168,7 +169,8 @@ namespace Velmora
 		const std::string Problem = Access->Read(Relative, MaxFileBytes, Bytes, Info);
 		if (!Problem.empty())
 		{
-			return MakeProblem(Problem, Info.Kind == EEntryKind::File && Info.Size > MaxFileBytes ? EReadResult::TooLarge : EReadResult::Unreadable);
+			return MakeProblem(
+				Problem, Info.Kind == EEntryKind::File && Info.Size > MaxFileBytes ? EReadResult::TooLarge : EReadResult::Unreadable);
 		}
 
 		FProjectText Result;
@@ -182,7 +184,8 @@ namespace Velmora
 		{
 			return MakeProblem("it is a binary file", EReadResult::Binary);
 		}
-		Result.Text = Utf8Text::Sanitise(Utf8Text::StartsWith(Bytes, "\xEF\xBB\xBF") ? std::string_view(Bytes).substr(3) : std::string_view(Bytes));
+		Result.Text =
+			Utf8Text::Sanitise(Utf8Text::StartsWith(Bytes, "\xEF\xBB\xBF") ? std::string_view(Bytes).substr(3) : std::string_view(Bytes));
 		return Result;
 	}
 }

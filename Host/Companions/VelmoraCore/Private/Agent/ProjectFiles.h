@@ -58,10 +58,12 @@ namespace Velmora
 		/** The project folder exists. */
 		bool IsAvailable() const;
 
-		/** What a user may mean by a name, best first: the exact path, else every file or folder so called, else those that end or contain it. */
+		/** What a user may mean by a name, best first: the exact path, else every file or folder so called, else those that end or contain
+		 * it. */
 		std::vector<FProjectPath> Find(std::string_view Name, size_t MaxResults) const;
 
-		/** Existing file or folder at exactly that path, absolute or relative to the project. False when there is none or it lies outside. */
+		/** Existing file or folder at exactly that path, absolute or relative to the project. False when there is none or it lies outside.
+		 */
 		bool Resolve(std::string_view Path, FProjectPath& OutPath) const;
 
 		/** Whether the path is absolute and leads out of the project. */

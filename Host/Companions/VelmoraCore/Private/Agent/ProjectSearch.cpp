@@ -16,10 +16,13 @@ namespace Velmora
 		constexpr size_t MaxHitCharacters = 120;
 
 		/** Words in front of a name that define it, in the usual languages. */
+		// clang-format off
 		constexpr std::string_view DefiningWords[] = {
-			"class", "struct", "enum", "union", "namespace", "interface", "trait", "concept", "typedef", "using", "def", "function", "func", "fn", "sub",
+			"class", "struct", "enum", "union", "namespace", "interface", "trait", "concept", "typedef", "using", "def", "function",
+			"func", "fn", "sub",
 			"module", "package", "define", "type", "macro", "object", "record", "protocol", "impl", "alias",
 		};
+		// clang-format on
 
 		/** Words that define a name only when a value follows it. */
 		constexpr std::string_view ValueWords[] = { "const", "constexpr", "let", "var", "val", "auto", "set", "static" };
@@ -28,9 +31,12 @@ namespace Velmora
 		constexpr std::string_view ProseEndings[] = { ".md", ".txt", ".rst", ".html", ".log" };
 
 		/** Words after which a name and a bracket are a call and no definition. */
+		// clang-format off
 		constexpr std::string_view CallingWords[] = {
-			"return", "else", "new", "delete", "throw", "case", "in", "and", "or", "not", "await", "yield", "if", "while", "do", "co_return", "co_await", "emit",
+			"return", "else", "new", "delete", "throw", "case", "in", "and", "or", "not", "await", "yield", "if", "while", "do",
+			"co_return", "co_await", "emit",
 		};
+		// clang-format on
 
 		bool Contains(const std::string_view* Begin, const std::string_view* End, std::string_view Word)
 		{
@@ -67,7 +73,8 @@ namespace Velmora
 		{
 			const std::string_view Text = Utf8Text::Trim(Line);
 			// "#" opens a comment in some languages and a directive in others; only the blank tells.
-			return Utf8Text::StartsWith(Text, "//") || Utf8Text::StartsWith(Text, "/*") || Utf8Text::StartsWith(Text, "* ") || Text == "*" || Utf8Text::StartsWith(Text, "# ") || Utf8Text::StartsWith(Text, "--");
+			return Utf8Text::StartsWith(Text, "//") || Utf8Text::StartsWith(Text, "/*") || Utf8Text::StartsWith(Text, "* ") ||
+				Text == "*" || Utf8Text::StartsWith(Text, "# ") || Utf8Text::StartsWith(Text, "--");
 		}
 
 		/**
@@ -77,10 +84,13 @@ namespace Velmora
 		int RankOf(const FSearchHit& Hit, std::string_view Line, size_t Start, size_t End)
 		{
 			const std::string Path = Utf8Text::ToLower(Hit.File.Relative);
-			const bool bIsProse = std::any_of(std::begin(ProseEndings), std::end(ProseEndings), [&Path](std::string_view Ending) { return Utf8Text::EndsWith(Path, Ending); });
+			const bool bIsProse = std::any_of(std::begin(ProseEndings), std::end(ProseEndings),
+				[&Path](std::string_view Ending) { return Utf8Text::EndsWith(Path, Ending); });
 			const bool bIsTest = Path.find("test") != std::string::npos;
-			const bool bIsQuoted = Start > 0 && End < Line.size() && (Line[Start - 1] == '"' || Line[Start - 1] == '\'') && Line[End] == Line[Start - 1];
-			return static_cast<int>(Hit.Kind) * 20 + (Hit.bIsExactCase ? 0 : 100) + (bIsProse ? 8 : 0) + (bIsTest ? 4 : 0) + (IsComment(Line) ? 2 : 0) - (bIsQuoted ? 1 : 0);
+			const bool bIsQuoted =
+				Start > 0 && End < Line.size() && (Line[Start - 1] == '"' || Line[Start - 1] == '\'') && Line[End] == Line[Start - 1];
+			return static_cast<int>(Hit.Kind) * 20 + (Hit.bIsExactCase ? 0 : 100) + (bIsProse ? 8 : 0) + (bIsTest ? 4 : 0) +
+				(IsComment(Line) ? 2 : 0) - (bIsQuoted ? 1 : 0);
 		}
 
 		/** A term made ready: its bytes in lower case, and its words for the second attempt. */
@@ -121,7 +131,9 @@ namespace Velmora
 				const FProjectText Content = Files.Read(File.Absolute);
 				if (!Content.IsValid())
 				{
-					(Content.Result == EReadResult::Binary ? Result.BinaryFiles : Content.Result == EReadResult::TooLarge ? Result.LargeFiles : Result.UnreadableItems) += 1;
+					(Content.Result == EReadResult::Binary			  ? Result.BinaryFiles
+							: Content.Result == EReadResult::TooLarge ? Result.LargeFiles
+																	  : Result.UnreadableItems) += 1;
 					return;
 				}
 				++Result.SearchedFiles;
@@ -133,7 +145,8 @@ namespace Velmora
 				int Line = 1;
 				for (size_t At = Lower.find(Needle); At != std::string::npos;)
 				{
-					Line += static_cast<int>(std::count(Lower.begin() + static_cast<std::ptrdiff_t>(CountedTo), Lower.begin() + static_cast<std::ptrdiff_t>(At), '\n'));
+					Line += static_cast<int>(std::count(
+						Lower.begin() + static_cast<std::ptrdiff_t>(CountedTo), Lower.begin() + static_cast<std::ptrdiff_t>(At), '\n'));
 					CountedTo = At;
 					const size_t Before = Lower.rfind('\n', At);
 					const size_t LineStart = At == 0 || Before == std::string::npos ? 0 : Before + 1;
@@ -141,7 +154,8 @@ namespace Velmora
 					if (!bAllWords || HoldsAllWords(std::string_view(Lower).substr(LineStart, LineEnd - LineStart)))
 					{
 						++Matches;
-						AddHit(File, Line, std::string_view(Content.Text).substr(LineStart, LineEnd - LineStart), At - LineStart, Needle.size());
+						AddHit(File, Line, std::string_view(Content.Text).substr(LineStart, LineEnd - LineStart), At - LineStart,
+							Needle.size());
 					}
 					At = LineEnd >= Lower.size() ? std::string::npos : Lower.find(Needle, LineEnd);
 				}
@@ -158,7 +172,8 @@ namespace Velmora
 
 			FSearchResult Finish()
 			{
-				std::stable_sort(Result.Hits.begin(), Result.Hits.end(), [](const FSearchHit& A, const FSearchHit& B) { return A.Rank < B.Rank; });
+				std::stable_sort(
+					Result.Hits.begin(), Result.Hits.end(), [](const FSearchHit& A, const FSearchHit& B) { return A.Rank < B.Rank; });
 				Result.Hits.resize(std::min(Result.Hits.size(), MaxSearchHits));
 				return std::move(Result);
 			}
@@ -168,7 +183,8 @@ namespace Velmora
 		private:
 			bool HoldsAllWords(std::string_view LowerLine) const
 			{
-				return std::all_of(Term.LowerWords.begin(), Term.LowerWords.end(), [LowerLine](const std::string& Word) { return LowerLine.find(Word) != std::string_view::npos; });
+				return std::all_of(Term.LowerWords.begin(), Term.LowerWords.end(),
+					[LowerLine](const std::string& Word) { return LowerLine.find(Word) != std::string_view::npos; });
 			}
 
 			/** Of several places in a line the one that says most counts. */
@@ -179,7 +195,8 @@ namespace Velmora
 				const std::string LowerNeedle = LowerLine.substr(Start, Length);
 				// A line of megabytes may hold the term any number of times; a few places tell enough.
 				int PlacesLeft = 8;
-				for (size_t At = Start; At != std::string::npos && PlacesLeft > 0; At = LowerLine.find(LowerNeedle, At + Length), --PlacesLeft)
+				for (size_t At = Start; At != std::string::npos && PlacesLeft > 0;
+					 At = LowerLine.find(LowerNeedle, At + Length), --PlacesLeft)
 				{
 					FSearchHit Candidate;
 					Candidate.File = File;
@@ -212,7 +229,8 @@ namespace Velmora
 			const bool bAllWords;
 		};
 
-		FSearchResult RunSearch(const FProjectFiles& Files, const FProjectPath& Where, const FSearchTerm& Term, bool bAllWords, const std::function<bool()>& IsCancelled)
+		FSearchResult RunSearch(const FProjectFiles& Files, const FProjectPath& Where, const FSearchTerm& Term, bool bAllWords,
+			const std::function<bool()>& IsCancelled)
 		{
 			FSearch Search(Files, Term, bAllWords);
 			if (!Where.bIsFolder)
@@ -220,19 +238,21 @@ namespace Velmora
 				Search.SearchFile(Where);
 				return Search.Finish();
 			}
-			const FProjectWalkResult Walk = WalkProject(Where.Absolute, [&](const FProjectWalkEntry& Entry)
-			{
-				if (IsCancelled())
+			const FProjectWalkResult Walk = WalkProject(Where.Absolute,
+				[&](const FProjectWalkEntry& Entry)
 				{
-					return EProjectWalkStep::Stop;
-				}
-				if (!Entry.bIsDirectory)
-				{
-					const std::string Relative = Where.Relative.empty() ? std::string(Entry.RelativePath) : Where.Relative + '/' + std::string(Entry.RelativePath);
-					Search.SearchFile({ std::string(Entry.AbsolutePath), Relative, false });
-				}
-				return EProjectWalkStep::Continue;
-			});
+					if (IsCancelled())
+					{
+						return EProjectWalkStep::Stop;
+					}
+					if (!Entry.bIsDirectory)
+					{
+						const std::string Relative = Where.Relative.empty() ? std::string(Entry.RelativePath)
+																			: Where.Relative + '/' + std::string(Entry.RelativePath);
+						Search.SearchFile({ std::string(Entry.AbsolutePath), Relative, false });
+					}
+					return EProjectWalkStep::Continue;
+				});
 			Search.Result.UnreadableItems += static_cast<size_t>(Walk.UnreadableFolders);
 			Search.Result.bTruncated = Walk.bTruncated;
 			return Search.Finish();
@@ -242,7 +262,9 @@ namespace Velmora
 	EHitKind ClassifyHit(std::string_view Line, size_t Start, size_t End)
 	{
 		const bool bTermIsWord = Start < End && Utf8Text::IsWordByte(Line[Start]);
-		const bool bIsPart = bTermIsWord && ((Start > 0 && Utf8Text::IsWordByte(Line[Start - 1])) || (End < Line.size() && Utf8Text::IsWordByte(Line[End]) && Utf8Text::IsWordByte(Line[End - 1])));
+		const bool bIsPart = bTermIsWord &&
+			((Start > 0 && Utf8Text::IsWordByte(Line[Start - 1])) ||
+				(End < Line.size() && Utf8Text::IsWordByte(Line[End]) && Utf8Text::IsWordByte(Line[End - 1])));
 		if (bIsPart)
 		{
 			return EHitKind::Part;
@@ -275,7 +297,8 @@ namespace Velmora
 		{
 			return EHitKind::Word;
 		}
-		if (Contains(std::begin(ValueWords), std::end(ValueWords), Previous) && Utf8Text::StartsWith(After, "=") && !Utf8Text::StartsWith(After, "=="))
+		if (Contains(std::begin(ValueWords), std::end(ValueWords), Previous) && Utf8Text::StartsWith(After, "=") &&
+			!Utf8Text::StartsWith(After, "=="))
 		{
 			return EHitKind::Definition;
 		}
@@ -290,7 +313,8 @@ namespace Velmora
 		const bool bHasBracket = !After.empty() && After.front() == '(';
 		const std::string_view Lead = TrimRight(Before);
 		const char LastLead = Lead.empty() ? '\0' : Lead.back();
-		const bool bFollowsType = (!Previous.empty() && !Contains(std::begin(CallingWords), std::end(CallingWords), Previous)) || LastLead == '*' || LastLead == '&' || LastLead == '>' || LastLead == '~';
+		const bool bFollowsType = (!Previous.empty() && !Contains(std::begin(CallingWords), std::end(CallingWords), Previous)) ||
+			LastLead == '*' || LastLead == '&' || LastLead == '>' || LastLead == '~';
 		const bool bIsMember = Utf8Text::EndsWith(Lead, "->") || LastLead == '.';
 		const bool bIsArgument = Lead.find('=') != std::string_view::npos || Lead.find('(') != std::string_view::npos;
 		if (bHasBracket && !bIsMember && !bIsArgument && bFollowsType && (!bIsQualified || !Head.empty() || !Previous.empty()))
@@ -302,16 +326,19 @@ namespace Velmora
 		{
 			return EHitKind::Definition;
 		}
-		const bool bIsSet = !After.empty() && ((After.front() == '=' && !Utf8Text::StartsWith(After, "==")) || (After.front() == ':' && !Utf8Text::StartsWith(After, "::")));
+		const bool bIsSet = !After.empty() &&
+			((After.front() == '=' && !Utf8Text::StartsWith(After, "==")) || (After.front() == ':' && !Utf8Text::StartsWith(After, "::")));
 		const bool bOpensLine = Utf8Text::Trim(Before).empty() || Utf8Text::Trim(Before) == "\"";
-		if ((bIsSet && (bOpensLine || bFollowsType) && !bIsMember && !bIsArgument) || (bFollowsType && !bIsMember && !bIsArgument && After == ";"))
+		if ((bIsSet && (bOpensLine || bFollowsType) && !bIsMember && !bIsArgument) ||
+			(bFollowsType && !bIsMember && !bIsArgument && After == ";"))
 		{
 			return EHitKind::Declaration;
 		}
 		return EHitKind::Word;
 	}
 
-	FSearchResult SearchProject(const FProjectFiles& Files, const FProjectPath& Where, std::string_view Term, const std::function<bool()>& IsCancelled)
+	FSearchResult SearchProject(
+		const FProjectFiles& Files, const FProjectPath& Where, std::string_view Term, const std::function<bool()>& IsCancelled)
 	{
 		const FSearchTerm Ready(Utf8Text::Trim(Term));
 		if (Ready.LowerWords.empty())

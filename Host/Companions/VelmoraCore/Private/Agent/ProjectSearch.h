@@ -12,10 +12,10 @@ namespace Velmora
 	/** What a line with a term in it is to that term; the first is what a reader wants most. */
 	enum class EHitKind
 	{
-		Definition,		// Of a type, function, macro or constant of that name.
-		Declaration,	// Announced or assigned here.
-		Word,			// Used as a word of its own.
-		Part			// Inside a longer word.
+		Definition, // Of a type, function, macro or constant of that name.
+		Declaration, // Announced or assigned here.
+		Word, // Used as a word of its own.
+		Part // Inside a longer word.
 	};
 
 	struct FSearchHit
@@ -72,5 +72,6 @@ namespace Velmora
 	 *
 	 * @param IsCancelled  Asked between files; true ends the search with what it has.
 	 */
-	FSearchResult SearchProject(const FProjectFiles& Files, const FProjectPath& Where, std::string_view Term, const std::function<bool()>& IsCancelled);
+	FSearchResult SearchProject(
+		const FProjectFiles& Files, const FProjectPath& Where, std::string_view Term, const std::function<bool()>& IsCancelled);
 }

@@ -65,33 +65,35 @@ namespace Velmora
 	{
 		FFolderCount Result;
 		std::map<std::string, FKindCount> Kinds;
-		const FProjectWalkResult Walk = WalkProject(Folder.Absolute, [&](const FProjectWalkEntry& Entry)
-		{
-			if (IsCancelled())
+		const FProjectWalkResult Walk = WalkProject(Folder.Absolute,
+			[&](const FProjectWalkEntry& Entry)
 			{
-				return EProjectWalkStep::Stop;
-			}
-			if (Entry.bIsDirectory)
-			{
-				++Result.Folders;
+				if (IsCancelled())
+				{
+					return EProjectWalkStep::Stop;
+				}
+				if (Entry.bIsDirectory)
+				{
+					++Result.Folders;
+					return EProjectWalkStep::Continue;
+				}
+				++Result.Files;
+				FKindCount& Kind = Kinds[KindOf(Entry.RelativePath)];
+				++Kind.Files;
+				const FProjectText Content = Files.Read(std::string(Entry.AbsolutePath));
+				if (!Content.IsValid())
+				{
+					++Result.OtherFiles;
+					return EProjectWalkStep::Continue;
+				}
+				const bool bHasOpenLine = !Content.Text.empty() && Content.Text.back() != '\n';
+				const size_t Lines =
+					static_cast<size_t>(std::count(Content.Text.begin(), Content.Text.end(), '\n')) + (bHasOpenLine ? 1 : 0);
+				++Result.TextFiles;
+				Result.Lines += Lines;
+				Kind.Lines += Lines;
 				return EProjectWalkStep::Continue;
-			}
-			++Result.Files;
-			FKindCount& Kind = Kinds[KindOf(Entry.RelativePath)];
-			++Kind.Files;
-			const FProjectText Content = Files.Read(std::string(Entry.AbsolutePath));
-			if (!Content.IsValid())
-			{
-				++Result.OtherFiles;
-				return EProjectWalkStep::Continue;
-			}
-			const bool bHasOpenLine = !Content.Text.empty() && Content.Text.back() != '\n';
-			const size_t Lines = static_cast<size_t>(std::count(Content.Text.begin(), Content.Text.end(), '\n')) + (bHasOpenLine ? 1 : 0);
-			++Result.TextFiles;
-			Result.Lines += Lines;
-			Kind.Lines += Lines;
-			return EProjectWalkStep::Continue;
-		});
+			});
 		Result.UnreadableFolders = static_cast<size_t>(Walk.UnreadableFolders);
 		Result.bTruncated = Walk.bTruncated;
 		for (auto& [Name, Kind] : Kinds)
@@ -99,30 +101,36 @@ namespace Velmora
 			Kind.Kind = Name;
 			Result.Kinds.push_back(Kind);
 		}
-		std::stable_sort(Result.Kinds.begin(), Result.Kinds.end(), [](const FKindCount& A, const FKindCount& B) { return A.Files > B.Files; });
+		std::stable_sort(
+			Result.Kinds.begin(), Result.Kinds.end(), [](const FKindCount& A, const FKindCount& B) { return A.Files > B.Files; });
 		return Result;
 	}
 
-	bool ListFolder(const FProjectFiles& Files, const FProjectPath& Folder, const std::function<bool()>& IsCancelled, std::vector<FListedEntry>& OutEntries)
+	bool ListFolder(const FProjectFiles& Files, const FProjectPath& Folder, const std::function<bool()>& IsCancelled,
+		std::vector<FListedEntry>& OutEntries)
 	{
 		OutEntries.clear();
 		size_t CurrentFolder = 0;
-		const FProjectWalkResult Walk = WalkProject(Folder.Absolute, [&](const FProjectWalkEntry& Entry)
-		{
-			const bool bIsDirect = Entry.RelativePath.find('/') == std::string_view::npos;
-			if (bIsDirect)
+		const FProjectWalkResult Walk = WalkProject(Folder.Absolute,
+			[&](const FProjectWalkEntry& Entry)
 			{
-				CurrentFolder = OutEntries.size();
-				OutEntries.push_back({ { std::string(Entry.AbsolutePath), JoinRelative(Folder, Entry.RelativePath), Entry.bIsDirectory }, std::string(Entry.RelativePath), 0 });
-			}
-			else if (!Entry.bIsDirectory)
-			{
-				// A folder is met right before what is in it.
-				++OutEntries[CurrentFolder].FilesInside;
-			}
-			return IsCancelled() ? EProjectWalkStep::Stop : EProjectWalkStep::Continue;
-		});
-		std::stable_sort(OutEntries.begin(), OutEntries.end(), [](const FListedEntry& A, const FListedEntry& B) { return A.Path.bIsFolder && !B.Path.bIsFolder; });
+				const bool bIsDirect = Entry.RelativePath.find('/') == std::string_view::npos;
+				if (bIsDirect)
+				{
+					CurrentFolder = OutEntries.size();
+					OutEntries.push_back(
+						{ { std::string(Entry.AbsolutePath), JoinRelative(Folder, Entry.RelativePath), Entry.bIsDirectory },
+							std::string(Entry.RelativePath), 0 });
+				}
+				else if (!Entry.bIsDirectory)
+				{
+					// A folder is met right before what is in it.
+					++OutEntries[CurrentFolder].FilesInside;
+				}
+				return IsCancelled() ? EProjectWalkStep::Stop : EProjectWalkStep::Continue;
+			});
+		std::stable_sort(OutEntries.begin(), OutEntries.end(),
+			[](const FListedEntry& A, const FListedEntry& B) { return A.Path.bIsFolder && !B.Path.bIsFolder; });
 		// Without any entry the folder itself is the only one that was opened.
 		return !OutEntries.empty() || Walk.UnreadableFolders == 0;
 	}
@@ -132,15 +140,16 @@ namespace Velmora
 		std::vector<FProjectPath> Result;
 		const std::string LowerPattern = Utf8Text::ToLower(Pattern);
 		const bool bWholePath = LowerPattern.find('/') != std::string::npos;
-		WalkProject(Files.GetRoot(), [&](const FProjectWalkEntry& Entry)
-		{
-			const std::string Lower = Utf8Text::ToLower(bWholePath ? Entry.RelativePath : NameOf(Entry.RelativePath));
-			if (!Entry.bIsDirectory && MatchesPattern(Lower, LowerPattern))
+		WalkProject(Files.GetRoot(),
+			[&](const FProjectWalkEntry& Entry)
 			{
-				Result.push_back({ std::string(Entry.AbsolutePath), std::string(Entry.RelativePath), false });
-			}
-			return IsCancelled() ? EProjectWalkStep::Stop : EProjectWalkStep::Continue;
-		});
+				const std::string Lower = Utf8Text::ToLower(bWholePath ? Entry.RelativePath : NameOf(Entry.RelativePath));
+				if (!Entry.bIsDirectory && MatchesPattern(Lower, LowerPattern))
+				{
+					Result.push_back({ std::string(Entry.AbsolutePath), std::string(Entry.RelativePath), false });
+				}
+				return IsCancelled() ? EProjectWalkStep::Stop : EProjectWalkStep::Continue;
+			});
 		return Result;
 	}
 
@@ -181,7 +190,8 @@ namespace Velmora
 
 	std::vector<FOutlineLine> OutlineOf(std::string_view Text, size_t MaxLines)
 	{
-		constexpr std::string_view Openers[] = { "class ", "struct ", "enum ", "union ", "interface ", "def ", "function ", "func ", "fn ", "pub fn ", "pub struct ", "public class ", "template ", "#define ", "# ", "## ", "[" };
+		constexpr std::string_view Openers[] = { "class ", "struct ", "enum ", "union ", "interface ", "def ", "function ", "func ", "fn ",
+			"pub fn ", "pub struct ", "public class ", "template ", "#define ", "# ", "## ", "[" };
 		std::vector<FOutlineLine> Result;
 		int Number = 0;
 		for (const std::string_view Line : Utf8Text::SplitLines(Text))
@@ -190,14 +200,17 @@ namespace Velmora
 			// One step of indentation still is the outer level of a file in one namespace.
 			const std::string_view Trimmed = Utf8Text::Trim(Line);
 			const size_t Indent = Line.find_first_not_of(" \t");
-			const bool bIsOuter = Indent == 0 || (Indent == 1 && Line[0] == '\t') || (Indent != std::string_view::npos && Indent <= 4 && Line[0] == ' ');
+			const bool bIsOuter =
+				Indent == 0 || (Indent == 1 && Line[0] == '\t') || (Indent != std::string_view::npos && Indent <= 4 && Line[0] == ' ');
 			if (!bIsOuter || Trimmed.empty())
 			{
 				continue;
 			}
-			const bool bOpens = std::any_of(std::begin(Openers), std::end(Openers), [Trimmed](std::string_view Opener) { return Utf8Text::StartsWith(Trimmed, Opener); });
+			const bool bOpens = std::any_of(std::begin(Openers), std::end(Openers),
+				[Trimmed](std::string_view Opener) { return Utf8Text::StartsWith(Trimmed, Opener); });
 			const bool bIsAnnounced = Utf8Text::EndsWith(Trimmed, ";");
-			const bool bIsFunction = Indent == 0 && Utf8Text::EndsWith(Trimmed, ")") && Trimmed.find(' ') != std::string_view::npos && Utf8Text::IsWordByte(Trimmed.front());
+			const bool bIsFunction = Indent == 0 && Utf8Text::EndsWith(Trimmed, ")") && Trimmed.find(' ') != std::string_view::npos &&
+				Utf8Text::IsWordByte(Trimmed.front());
 			if ((bOpens && !bIsAnnounced) || bIsFunction)
 			{
 				Result.push_back({ Number, Utf8Text::Shorten(Trimmed, 90) });

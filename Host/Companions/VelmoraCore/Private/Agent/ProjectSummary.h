@@ -49,8 +49,10 @@ namespace Velmora
 		size_t FilesInside = 0;
 	};
 
-	/** What stands directly in a folder, folders first. Ignored folders, links and special files are left out. False when it cannot be read. */
-	bool ListFolder(const FProjectFiles& Files, const FProjectPath& Folder, const std::function<bool()>& IsCancelled, std::vector<FListedEntry>& OutEntries);
+	/** What stands directly in a folder, folders first. Ignored folders, links and special files are left out. False when it cannot be
+	 * read. */
+	bool ListFolder(const FProjectFiles& Files, const FProjectPath& Folder, const std::function<bool()>& IsCancelled,
+		std::vector<FListedEntry>& OutEntries);
 
 	/** Relative paths of all files that match a pattern of '*' and '?', letter case aside. One without '/' is compared with names. */
 	std::vector<FProjectPath> ListMatching(const FProjectFiles& Files, std::string_view Pattern, const std::function<bool()>& IsCancelled);

@@ -22,9 +22,12 @@ namespace Velmora
 		std::string_view Open;
 		std::string_view Close;
 	};
+	// clang-format off
 	constexpr FLiteralQuotes LiteralQuotes[] = {
-		{ "```", "```" }, { "~~~", "~~~" }, { "`", "`" }, { "\"", "\"" }, { "«", "»" }, { "“", "”" }, { "„", "“" }, { "‘", "’" }, { "'", "'" },
+		{ "```", "```" }, { "~~~", "~~~" }, { "`", "`" }, { "\"", "\"" }, { "«", "»" }, { "“", "”" }, { "„", "“" }, { "‘", "’" },
+		{ "'", "'" },
 	};
+	// clang-format on
 
 	enum class EVerb
 	{
@@ -44,36 +47,51 @@ namespace Velmora
 		std::string_view Phrase;
 		EVerb Verb;
 	};
+	// clang-format off
 	constexpr FVerbRow Verbs[] = {
 		{ "create", EVerb::Create }, { "make", EVerb::Create }, { "generate", EVerb::Create },
-		{ "write", EVerb::Write }, { "overwrite", EVerb::Write }, { "save", EVerb::Write }, { "store", EVerb::Write }, { "put", EVerb::Write },
+		{ "write", EVerb::Write }, { "overwrite", EVerb::Write }, { "save", EVerb::Write }, { "store", EVerb::Write },
+		{ "put", EVerb::Write },
 		{ "append", EVerb::Append }, { "add", EVerb::Add },
-		{ "replace", EVerb::Replace }, { "swap", EVerb::Replace }, { "change", EVerb::Change }, { "substitute", EVerb::Substitute }, { "edit", EVerb::Edit },
+		{ "replace", EVerb::Replace }, { "swap", EVerb::Replace }, { "change", EVerb::Change }, { "substitute", EVerb::Substitute },
+		{ "edit", EVerb::Edit },
 		{ "delete", EVerb::Delete }, { "remove", EVerb::Delete }, { "erase", EVerb::Delete }, { "get rid of", EVerb::Delete },
 	};
+	// clang-format on
 
 	// In each of these tables the longest phrase that fits is taken.
 
+	// clang-format off
 	constexpr std::string_view FileOpeners[] = {
-		"a", "an", "the", "this", "that", "my", "our", "new", "empty", "blank", "existing", "text", "whole", "attached", "file", "files", "document", "called", "named", "by the name of", "with the name",
+		"a", "an", "the", "this", "that", "my", "our", "new", "empty", "blank", "existing", "text", "whole", "attached", "file", "files",
+		"document", "called", "named", "by the name of", "with the name",
 		"end of", "the end of", "bottom of", "the bottom of",
 	};
+	// clang-format on
 
 	/** Openers after which any word is a file's name. */
 	constexpr std::string_view NamingOpeners[] = { "file", "files", "document", "called", "named", "by the name of", "with the name" };
 
+	// clang-format off
 	constexpr std::string_view PointingPhrases[] = {
-		"it", "this", "that", "them", "this file", "that file", "the file", "these files", "the files", "attached file", "the attached file", "the attached files", "attachment", "the attachment", "the attached document",
+		"it", "this", "that", "them", "this file", "that file", "the file", "these files", "the files", "attached file",
+		"the attached file", "the attached files", "attachment", "the attachment", "the attached document",
 	};
+	// clang-format on
 
 	/** Words that are never a file's name where one is expected. */
-	constexpr std::string_view SeparatorWords[] = { "with", "by", "to", "into", "in", "from", "as", "and", "or", "that", "which", "containing", "saying", "holding", "for", "of", "please", "now" };
+	constexpr std::string_view SeparatorWords[] = { "with", "by", "to", "into", "in", "from", "as", "and", "or", "that", "which",
+		"containing", "saying", "holding", "for", "of", "please", "now" };
 
-	constexpr std::string_view BareFileNames[] = { "makefile", "license", "licence", "readme", "changelog", "dockerfile", "todo", "notice", "authors", "copying", "install", "version" };
+	constexpr std::string_view BareFileNames[] = { "makefile", "license", "licence", "readme", "changelog", "dockerfile", "todo", "notice",
+		"authors", "copying", "install", "version" };
 
+	// clang-format off
 	constexpr std::string_view ChangeClosers[] = {
-		"please", "pls", "now", "thanks", "thank you", "for me", "right now", "again", "from the project", "from this project", "from disk", "from the disk", "in the project", "in this project", "too", "as well", "if you can", "file",
+		"please", "pls", "now", "thanks", "thank you", "for me", "right now", "again", "from the project", "from this project",
+		"from disk", "from the disk", "in the project", "in this project", "too", "as well", "if you can", "file",
 	};
+	// clang-format on
 
 	struct FLiteral
 	{
@@ -81,7 +99,10 @@ namespace Velmora
 		std::string Written;
 	};
 
-	inline bool IsBlankByte(char Byte) { return Byte == ' ' || Byte == '\t' || Byte == '\n'; }
+	inline bool IsBlankByte(char Byte)
+	{
+		return Byte == ' ' || Byte == '\t' || Byte == '\n';
+	}
 
 	/** Reads a request to change files from left to right, word by word, with quoted texts taken out. */
 	class FRequestReader
@@ -103,7 +124,8 @@ namespace Velmora
 
 		void SkipPunctuation()
 		{
-			while (At < Skeleton.size() && (IsBlankByte(Skeleton[At]) || std::string_view(",;:.!?").find(Skeleton[At]) != std::string_view::npos))
+			while (At < Skeleton.size() &&
+				(IsBlankByte(Skeleton[At]) || std::string_view(",;:.!?").find(Skeleton[At]) != std::string_view::npos))
 			{
 				++At;
 			}
@@ -133,8 +155,9 @@ namespace Velmora
 				}
 			}
 			// "to.md" and "in/x" are names, not words.
-			const bool bEnds = Position >= Lower.size() || IsBlankByte(Lower[Position]) || Lower[Position] == LiteralPlace
-				|| (std::string_view(",;:.!?").find(Lower[Position]) != std::string_view::npos && (Position + 1 >= Lower.size() || IsBlankByte(Lower[Position + 1]) || Lower[Position + 1] == LiteralPlace));
+			const bool bEnds = Position >= Lower.size() || IsBlankByte(Lower[Position]) || Lower[Position] == LiteralPlace ||
+				(std::string_view(",;:.!?").find(Lower[Position]) != std::string_view::npos &&
+					(Position + 1 >= Lower.size() || IsBlankByte(Lower[Position + 1]) || Lower[Position + 1] == LiteralPlace));
 			return bEnds ? Position - Place : 0;
 		}
 
@@ -315,7 +338,8 @@ namespace Velmora
 				return false;
 			}
 			const std::string Name = ReadName(Place);
-			return !Name.empty() && (LooksLikeFile(Name) || (MatchLongest(SeparatorWords, Place) == 0 && MatchLongest(ChangeClosers, Place) == 0));
+			return !Name.empty() &&
+				(LooksLikeFile(Name) || (MatchLongest(SeparatorWords, Place) == 0 && MatchLongest(ChangeClosers, Place) == 0));
 		}
 
 		/** The word at a place, without the punctuation behind it. */
@@ -340,12 +364,14 @@ namespace Velmora
 		static bool LooksLikeFile(std::string_view Name)
 		{
 			const std::string LowerName = Utf8Text::ToLower(Name);
-			return Name.find_first_of("./\\") != std::string_view::npos || std::find(std::begin(BareFileNames), std::end(BareFileNames), LowerName) != std::end(BareFileNames);
+			return Name.find_first_of("./\\") != std::string_view::npos ||
+				std::find(std::begin(BareFileNames), std::end(BareFileNames), LowerName) != std::end(BareFileNames);
 		}
 
 		const FLiteral& LiteralAt(size_t Place) const
 		{
-			return Literals[static_cast<size_t>(std::lower_bound(LiteralPlaces.begin(), LiteralPlaces.end(), Place) - LiteralPlaces.begin())];
+			return Literals[static_cast<size_t>(
+				std::lower_bound(LiteralPlaces.begin(), LiteralPlaces.end(), Place) - LiteralPlaces.begin())];
 		}
 
 		void TakeLiteralsOut(const std::string& Text)

@@ -83,7 +83,8 @@ namespace Velmora
 		}
 		if (Count < Named.size())
 		{
-			Text += Utf8Text::Count(Named.size() - Count, "more attached file was", "more attached files were") + " not read. Ask about fewer at a time.\n";
+			Text += Utf8Text::Count(Named.size() - Count, "more attached file was", "more attached files were") +
+				" not read. Ask about fewer at a time.\n";
 		}
 		Answer(Text);
 		return true;

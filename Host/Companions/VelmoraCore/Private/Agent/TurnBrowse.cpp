@@ -30,7 +30,8 @@ namespace Velmora
 					RestLines += Kind.Lines;
 					continue;
 				}
-				Text += "| " + AnswerMarkdown::TableCell(Kind.Kind) + " | " + std::to_string(Kind.Files) + " | " + std::to_string(Kind.Lines) + " |\n";
+				Text += "| " + AnswerMarkdown::TableCell(Kind.Kind) + " | " + std::to_string(Kind.Files) + " | " +
+					std::to_string(Kind.Lines) + " |\n";
 			}
 			if (RestFiles > 0)
 			{
@@ -41,10 +42,12 @@ namespace Velmora
 
 		std::string CountSentence(const FFolderCount& Count)
 		{
-			std::string Text = Utf8Text::Count(Count.Files, "file", "files") + " in " + Utf8Text::Count(Count.Folders, "folder", "folders") + ", " + Utf8Text::Count(Count.Lines, "line", "lines") + " of text.";
+			std::string Text = Utf8Text::Count(Count.Files, "file", "files") + " in " +
+				Utf8Text::Count(Count.Folders, "folder", "folders") + ", " + Utf8Text::Count(Count.Lines, "line", "lines") + " of text.";
 			if (Count.OtherFiles > 0)
 			{
-				Text += ' ' + Utf8Text::Count(Count.OtherFiles, "file is", "files are") + " binary, too large or unreadable and not counted in lines.";
+				Text += ' ' + Utf8Text::Count(Count.OtherFiles, "file is", "files are") +
+					" binary, too large or unreadable and not counted in lines.";
 			}
 			if (Count.UnreadableFolders > 0)
 			{
@@ -59,8 +62,9 @@ namespace Velmora
 
 		std::string FolderItem(const FListedEntry& Entry)
 		{
-			return Entry.Path.bIsFolder ? "- " + AnswerMarkdown::InlineCode(Entry.Name + '/', 100) + ' ' + Utf8Text::Count(Entry.FilesInside, "file", "files") + '\n'
-				: "- " + AnswerMarkdown::FileLink(Entry.Path) + '\n';
+			return Entry.Path.bIsFolder ? "- " + AnswerMarkdown::InlineCode(Entry.Name + '/', 100) + ' ' +
+					Utf8Text::Count(Entry.FilesInside, "file", "files") + '\n'
+										: "- " + AnswerMarkdown::FileLink(Entry.Path) + '\n';
 		}
 
 		std::string DisplayName(const FProjectPath& Path)
@@ -109,7 +113,8 @@ namespace Velmora
 			return Found.front().bIsFolder ? AnswerFolder(Found.front()) : AnswerFile(Found.front());
 		}
 		// "show X": no file, but perhaps a symbol.
-		const bool bIsWord = std::all_of(Request.Target.begin(), Request.Target.end(), [](char Byte) { return Utf8Text::IsWordByte(Byte) || Byte == ':'; });
+		const bool bIsWord =
+			std::all_of(Request.Target.begin(), Request.Target.end(), [](char Byte) { return Utf8Text::IsWordByte(Byte) || Byte == ':'; });
 		if (Found.empty() && (bIsWord || !Request.TargetInScope.empty()))
 		{
 			return RunExplain();
@@ -119,7 +124,7 @@ namespace Velmora
 		{
 			const bool bIsOutside = Request.Target.front() == '/' && Files.IsOutside(Request.Target);
 			Text = bIsOutside ? AnswerMarkdown::InlineCode(Request.Target) + " lies outside the project, so I do not open it.\n"
-				: "There is no file " + AnswerMarkdown::InlineCode(Request.Target) + " in the project.\n";
+							  : "There is no file " + AnswerMarkdown::InlineCode(Request.Target) + " in the project.\n";
 			Text += "I looked below " + AnswerMarkdown::InlineCode(Files.GetRoot(), 160) + "\n";
 		}
 		else
@@ -181,8 +186,11 @@ namespace Velmora
 			Body += std::string(Lines[Line - 1]) + '\n';
 		}
 		const bool bIsWhole = First == 1 && Last == Count;
-		const std::string Range = bIsWhole ? Utf8Text::Count(Lines.size(), "line", "lines") : "lines " + std::to_string(First) + " to " + std::to_string(Last) + " of " + std::to_string(Count);
-		Answer(AnswerMarkdown::FileLink(File, First > 1 ? First : 0) + ' ' + Range + '\n' + AnswerMarkdown::CodeBlock(Body, AnswerMarkdown::LanguageOf(File.Relative)));
+		const std::string Range = bIsWhole
+			? Utf8Text::Count(Lines.size(), "line", "lines")
+			: "lines " + std::to_string(First) + " to " + std::to_string(Last) + " of " + std::to_string(Count);
+		Answer(AnswerMarkdown::FileLink(File, First > 1 ? First : 0) + ' ' + Range + '\n' +
+			AnswerMarkdown::CodeBlock(Body, AnswerMarkdown::LanguageOf(File.Relative)));
 		return true;
 	}
 
@@ -262,8 +270,9 @@ namespace Velmora
 		{
 			return AnswerFile(Found.front());
 		}
-		std::string Text = Found.empty() ? "There is no folder " + AnswerMarkdown::InlineCode(Request.Target) + " in the project.\nI looked below " + AnswerMarkdown::InlineCode(Files.GetRoot(), 160) + "\n"
-			: "These names fit " + AnswerMarkdown::InlineCode(Request.Target) + ":\n";
+		std::string Text = Found.empty() ? "There is no folder " + AnswerMarkdown::InlineCode(Request.Target) +
+				" in the project.\nI looked below " + AnswerMarkdown::InlineCode(Files.GetRoot(), 160) + "\n"
+										 : "These names fit " + AnswerMarkdown::InlineCode(Request.Target) + ":\n";
 		for (const FProjectPath& Path : Found)
 		{
 			Text += "- " + AnswerMarkdown::FileLink(Path) + '\n';
@@ -281,11 +290,14 @@ namespace Velmora
 		{
 			return false;
 		}
-		const bool bIsAlive = RunTool("list_directory", "list", "Directory", { { "display_text", Name }, { "path", Folder.Relative.empty() ? std::string(".") : Folder.Relative } }, [&]
-		{
-			bIsReadable = ListFolder(Files, Folder, CancelCheck(), Entries);
-			return FToolOutcome{ bIsReadable, bIsReadable ? Utf8Text::Count(Entries.size(), "entry", "entries") : std::string("Not read") };
-		});
+		const bool bIsAlive = RunTool("list_directory", "list", "Directory",
+			{ { "display_text", Name }, { "path", Folder.Relative.empty() ? std::string(".") : Folder.Relative } },
+			[&]
+			{
+				bIsReadable = ListFolder(Files, Folder, CancelCheck(), Entries);
+				return FToolOutcome{ bIsReadable,
+					bIsReadable ? Utf8Text::Count(Entries.size(), "entry", "entries") : std::string("Not read") };
+			});
 		if (!bIsAlive)
 		{
 			return false;
@@ -321,16 +333,19 @@ namespace Velmora
 		{
 			return false;
 		}
-		const bool bIsAlive = RunTool("find_file", "search", "File", { { "display_text", Pattern }, { "name", Pattern } }, [&]
-		{
-			Found = ListMatching(Files, Pattern, CancelCheck());
-			return FToolOutcome{ true, Utf8Text::Count(Found.size(), "file", "files") };
-		});
+		const bool bIsAlive = RunTool("find_file", "search", "File", { { "display_text", Pattern }, { "name", Pattern } },
+			[&]
+			{
+				Found = ListMatching(Files, Pattern, CancelCheck());
+				return FToolOutcome{ true, Utf8Text::Count(Found.size(), "file", "files") };
+			});
 		if (!bIsAlive)
 		{
 			return false;
 		}
-		std::string Text = Found.empty() ? "No file is called like " + AnswerMarkdown::InlineCode(Pattern) + "\nI looked below " + AnswerMarkdown::InlineCode(Files.GetRoot(), 160) + "\n"
+		std::string Text = Found.empty()
+			? "No file is called like " + AnswerMarkdown::InlineCode(Pattern) + "\nI looked below " +
+				AnswerMarkdown::InlineCode(Files.GetRoot(), 160) + "\n"
 			: Utf8Text::Count(Found.size(), "file is", "files are") + " called like " + AnswerMarkdown::InlineCode(Pattern) + "\n";
 		for (size_t Index = 0; Index < std::min(Found.size(), MaxListedEntries); ++Index)
 		{
@@ -381,20 +396,27 @@ namespace Velmora
 			{
 				return false;
 			}
-			Answer(AnswerMarkdown::FileLink(Place) + (Content.IsValid() ? " has " + Utf8Text::Count(Utf8Text::SplitLines(Content.Text).size(), "line", "lines") : " was not counted: " + Content.Problem) + ".\n");
+			Answer(AnswerMarkdown::FileLink(Place) +
+				(Content.IsValid() ? " has " + Utf8Text::Count(Utf8Text::SplitLines(Content.Text).size(), "line", "lines")
+								   : " was not counted: " + Content.Problem) +
+				".\n");
 			return true;
 		}
 		FFolderCount Count;
-		const bool bIsAlive = RunTool("count_lines", "get", "Directory", { { "display_text", Name }, { "path", Place.Relative.empty() ? std::string(".") : Place.Relative } }, [&]
-		{
-			Count = CountFolder(Files, Place, CancelCheck());
-			return FToolOutcome{ true, Utf8Text::Count(Count.Files, "file", "files") + ", " + Utf8Text::Count(Count.Lines, "line", "lines") };
-		});
+		const bool bIsAlive = RunTool("count_lines", "get", "Directory",
+			{ { "display_text", Name }, { "path", Place.Relative.empty() ? std::string(".") : Place.Relative } },
+			[&]
+			{
+				Count = CountFolder(Files, Place, CancelCheck());
+				return FToolOutcome{ true,
+					Utf8Text::Count(Count.Files, "file", "files") + ", " + Utf8Text::Count(Count.Lines, "line", "lines") };
+			});
 		if (!bIsAlive)
 		{
 			return false;
 		}
-		Answer(AnswerMarkdown::InlineCode(Place.Relative.empty() ? Place.Absolute : Place.Relative + '/', 160) + "\n" + CountSentence(Count) + "\n" + (Count.Kinds.empty() ? std::string() : KindTable(Count)));
+		Answer(AnswerMarkdown::InlineCode(Place.Relative.empty() ? Place.Absolute : Place.Relative + '/', 160) + "\n" +
+			CountSentence(Count) + "\n" + (Count.Kinds.empty() ? std::string() : KindTable(Count)));
 		return true;
 	}
 
@@ -409,28 +431,35 @@ namespace Velmora
 		{
 			return false;
 		}
-		const bool bIsCounted = RunTool("count_lines", "get", "Directory", { { "display_text", Name }, { "path", "." } }, [&]
-		{
-			Count = CountFolder(Files, Project, CancelCheck());
-			return FToolOutcome{ true, Utf8Text::Count(Count.Files, "file", "files") + ", " + Utf8Text::Count(Count.Lines, "line", "lines") };
-		});
-		const bool bIsListed = bIsCounted && RunTool("list_directory", "list", "Directory", { { "display_text", Name }, { "path", "." } }, [&]
-		{
-			const bool bIsReadable = ListFolder(Files, Project, CancelCheck(), Entries);
-			return FToolOutcome{ bIsReadable, bIsReadable ? Utf8Text::Count(Entries.size(), "entry", "entries") : std::string("Not read") };
-		});
+		const bool bIsCounted = RunTool("count_lines", "get", "Directory", { { "display_text", Name }, { "path", "." } },
+			[&]
+			{
+				Count = CountFolder(Files, Project, CancelCheck());
+				return FToolOutcome{ true,
+					Utf8Text::Count(Count.Files, "file", "files") + ", " + Utf8Text::Count(Count.Lines, "line", "lines") };
+			});
+		const bool bIsListed = bIsCounted &&
+			RunTool("list_directory", "list", "Directory", { { "display_text", Name }, { "path", "." } },
+				[&]
+				{
+					const bool bIsReadable = ListFolder(Files, Project, CancelCheck(), Entries);
+					return FToolOutcome{ bIsReadable,
+						bIsReadable ? Utf8Text::Count(Entries.size(), "entry", "entries") : std::string("Not read") };
+				});
 		if (!bIsListed)
 		{
 			return false;
 		}
-		const bool bHasReadme = std::any_of(Entries.begin(), Entries.end(), [](const FListedEntry& Entry) { return Utf8Text::StartsWith(Utf8Text::ToLower(Entry.Name), "readme"); });
+		const bool bHasReadme = std::any_of(Entries.begin(), Entries.end(),
+			[](const FListedEntry& Entry) { return Utf8Text::StartsWith(Utf8Text::ToLower(Entry.Name), "readme"); });
 		if (bHasReadme)
 		{
-			const bool bIsRead = RunTool("read_file", "read", "File", { { "path", "README" } }, [&]
-			{
-				Readme = ReadReadme(Files);
-				return FToolOutcome{ true, Readme.Title.empty() ? std::string("No heading in it") : Readme.Title };
-			});
+			const bool bIsRead = RunTool("read_file", "read", "File", { { "path", "README" } },
+				[&]
+				{
+					Readme = ReadReadme(Files);
+					return FToolOutcome{ true, Readme.Title.empty() ? std::string("No heading in it") : Readme.Title };
+				});
 			if (!bIsRead)
 			{
 				return false;

@@ -30,11 +30,12 @@ namespace Velmora
 
 	bool FTurnRunner::FindAttachment(const std::string& Name, FProjectPath& OutPath) const
 	{
-		const auto Found = std::find_if(Attachments.begin(), Attachments.end(), [&Name](const FProjectPath& File)
-		{
-			const std::string Relative = NameInWords(File.Relative);
-			return !Name.empty() && (Relative == Name || LastPartOf(Relative) == Name || NameInWords(File.Absolute) == Name);
-		});
+		const auto Found = std::find_if(Attachments.begin(), Attachments.end(),
+			[&Name](const FProjectPath& File)
+			{
+				const std::string Relative = NameInWords(File.Relative);
+				return !Name.empty() && (Relative == Name || LastPartOf(Relative) == Name || NameInWords(File.Absolute) == Name);
+			});
 		if (Found == Attachments.end())
 		{
 			return false;
@@ -43,7 +44,8 @@ namespace Velmora
 		return true;
 	}
 
-	bool FTurnRunner::FindChangeTarget(const std::string& Name, bool bMustExist, bool bFollowsLinks, std::string& OutPath, std::string& OutQuestion) const
+	bool FTurnRunner::FindChangeTarget(
+		const std::string& Name, bool bMustExist, bool bFollowsLinks, std::string& OutPath, std::string& OutQuestion) const
 	{
 		FProjectPath Place;
 		if (Name.empty())
@@ -53,7 +55,8 @@ namespace Velmora
 				OutPath = Attachments.empty() ? Input.ContextFiles.front() : Attachments.front().Relative;
 				return true;
 			}
-			OutQuestion = Input.ContextFiles.empty() ? "Which file do you mean? Name it, or attach it with @.\n" : "Several files are attached. Name the one you mean.\n";
+			OutQuestion = Input.ContextFiles.empty() ? "Which file do you mean? Name it, or attach it with @.\n"
+													 : "Several files are attached. Name the one you mean.\n";
 			return false;
 		}
 		OutPath = Name;
@@ -75,7 +78,8 @@ namespace Velmora
 		// Only a file of that very name: what merely resembles it was not meant to be changed.
 		std::vector<FProjectPath> Found = Files.Find(Name, MaxCandidates);
 		const std::string Last = Utf8Text::ToLower(LastPartOf(Name));
-		std::erase_if(Found, [&Last](const FProjectPath& Path) { return Path.bIsFolder || Utf8Text::ToLower(LastPartOf(Path.Relative)) != Last; });
+		std::erase_if(
+			Found, [&Last](const FProjectPath& Path) { return Path.bIsFolder || Utf8Text::ToLower(LastPartOf(Path.Relative)) != Last; });
 		if (Found.size() > 1)
 		{
 			OutQuestion = "Several files are called " + AnswerMarkdown::InlineCode(Name) + ". Which one do you mean?\n";
@@ -99,12 +103,12 @@ namespace Velmora
 		{
 			bHasFailed = true;
 			Answer("I did not understand which change to make. I can do, for example:\n"
-				"- `create notes.md with \"some text\"`, also with a fenced block\n"
-				"- `write \"some text\" to notes.md`\n"
-				"- `replace \"a\" by \"b\" in notes.md`\n"
-				"- `append \"a line\" to notes.md`\n"
-				"- `delete notes.md`\n"
-				"What stands in quotes is taken to the letter. A file attached with @ may be called `it`.\n");
+				   "- `create notes.md with \"some text\"`, also with a fenced block\n"
+				   "- `write \"some text\" to notes.md`\n"
+				   "- `replace \"a\" by \"b\" in notes.md`\n"
+				   "- `append \"a line\" to notes.md`\n"
+				   "- `delete notes.md`\n"
+				   "What stands in quotes is taken to the letter. A file attached with @ may be called `it`.\n");
 			return true;
 		}
 		if (Input.bIsAdvisor || !Input.Journal)
@@ -184,11 +188,12 @@ namespace Velmora
 		}
 
 		FChangeOutcome Outcome;
-		const bool bGoesOn = RunTool(ToolName, Operation, "File", Parameters, [&]
-		{
-			Outcome = Work();
-			return FToolOutcome{ Outcome.bSuccess, Outcome.Sentence };
-		});
+		const bool bGoesOn = RunTool(ToolName, Operation, "File", Parameters,
+			[&]
+			{
+				Outcome = Work();
+				return FToolOutcome{ Outcome.bSuccess, Outcome.Sentence };
+			});
 		if (!bGoesOn)
 		{
 			return false;
@@ -204,11 +209,13 @@ namespace Velmora
 			OutAnswer += "Deleted " + AnswerMarkdown::InlineCode(Outcome.Path, 160) + ".\n";
 			return true;
 		}
-		OutAnswer += (Outcome.Action == EChangeAction::Created ? "Created " : "Changed ") + AnswerMarkdown::FileLink(File) + " as follows.\n";
+		OutAnswer +=
+			(Outcome.Action == EChangeAction::Created ? "Created " : "Changed ") + AnswerMarkdown::FileLink(File) + " as follows.\n";
 		if (Change.Kind == EChangeRequest::Replace)
 		{
 			std::string Difference;
-			for (const auto& [Text, Mark] : { std::pair(std::string_view(Change.Old), "- "), std::pair(std::string_view(Change.Content), "+ ") })
+			for (const auto& [Text, Mark] :
+				{ std::pair(std::string_view(Change.Old), "- "), std::pair(std::string_view(Change.Content), "+ ") })
 			{
 				for (const std::string_view Line : Utf8Text::SplitLines(Text))
 				{

@@ -15,7 +15,8 @@ namespace Velmora
 		FString MakeJsonObject(const std::vector<std::pair<std::string_view, std::string>>& Fields)
 		{
 			FString Out;
-			const TSharedRef<TJsonWriter<TCHAR, TCondensedJsonPrintPolicy<TCHAR>>> Writer = TJsonWriterFactory<TCHAR, TCondensedJsonPrintPolicy<TCHAR>>::Create(&Out);
+			const TSharedRef<TJsonWriter<TCHAR, TCondensedJsonPrintPolicy<TCHAR>>> Writer =
+				TJsonWriterFactory<TCHAR, TCondensedJsonPrintPolicy<TCHAR>>::Create(&Out);
 			Writer->WriteObjectStart();
 			for (const auto& [Key, Value] : Fields)
 			{
@@ -42,7 +43,8 @@ namespace Velmora
 			FTurnReport Item;
 			Item.Kind = ETurnReportKind::Failed;
 			Item.Text = Input.ProjectFolder.empty() ? FString(TEXT("There is no project folder to work on."))
-				: Utf8Text::ToString("The project folder " + Input.ProjectFolder + " cannot be opened. Check that it still exists, then send the message again.");
+													: Utf8Text::ToString("The project folder " + Input.ProjectFolder +
+														  " cannot be opened. Check that it still exists, then send the message again.");
 			Report(std::move(Item));
 			return;
 		}
@@ -77,7 +79,8 @@ namespace Velmora
 			SetPlanStep(Index, EPlanStepStatus::Running);
 			FTurnReport Step;
 			Step.Kind = ETurnReportKind::Step;
-			Step.Text = Utf8Text::ToString("Executing step " + std::to_string(Index + 1) + ": " + Utf8Text::Shorten(Plan.Steps[Index].Text, 80));
+			Step.Text =
+				Utf8Text::ToString("Executing step " + std::to_string(Index + 1) + ": " + Utf8Text::Shorten(Plan.Steps[Index].Text, 80));
 			Report(std::move(Step));
 
 			bHasFailed = false;
@@ -165,7 +168,8 @@ namespace Velmora
 			FProjectPath Place;
 			if (Files.Resolve(Path, Place))
 			{
-				const bool bIsKnown = std::any_of(Attachments.begin(), Attachments.end(), [&Place](const FProjectPath& Other) { return Other.Absolute == Place.Absolute; });
+				const bool bIsKnown = std::any_of(Attachments.begin(), Attachments.end(),
+					[&Place](const FProjectPath& Other) { return Other.Absolute == Place.Absolute; });
 				if (!bIsKnown)
 				{
 					Attachments.push_back(Place);
@@ -178,7 +182,8 @@ namespace Velmora
 			// The row of the tool tells the same where the user looks first.
 			const bool bIsBelow = Utf8Text::StartsWith(Path, Files.GetRoot() + '/');
 			FProjectText Ignored;
-			const FProjectPath Missing = { Utf8Text::StartsWith(Path, "/") ? Path : Files.GetRoot() + '/' + Path, bIsBelow ? Path.substr(Files.GetRoot().size() + 1) : Path, false };
+			const FProjectPath Missing = { Utf8Text::StartsWith(Path, "/") ? Path : Files.GetRoot() + '/' + Path,
+				bIsBelow ? Path.substr(Files.GetRoot().size() + 1) : Path, false };
 			if (!RunReadTool(Missing, 0, 0, Ignored))
 			{
 				return false;
@@ -204,7 +209,8 @@ namespace Velmora
 		return true;
 	}
 
-	bool FTurnRunner::RunTool(std::string_view Name, std::string_view Operation, std::string_view DataType, const FParameters& Parameters, const std::function<FToolOutcome()>& Work)
+	bool FTurnRunner::RunTool(std::string_view Name, std::string_view Operation, std::string_view DataType, const FParameters& Parameters,
+		const std::function<FToolOutcome()>& Work)
 	{
 		if (!Control.WaitUntilRunning())
 		{
@@ -239,14 +245,16 @@ namespace Velmora
 		{
 			Parameters.push_back({ "scope", Where.Relative });
 		}
-		return RunTool("search_files", "search", "File", Parameters, [&]
-		{
-			OutResult = SearchProject(Files, Where, Term, CancelCheck());
-			FToolOutcome Outcome;
-			Outcome.Sentence = OutResult.MatchCount == 0 ? "No match in " + Utf8Text::Count(OutResult.SearchedFiles, "file", "files")
-				: Utf8Text::Count(OutResult.MatchCount, "match", "matches") + " in " + Utf8Text::Count(OutResult.FileCount, "file", "files");
-			return Outcome;
-		});
+		return RunTool("search_files", "search", "File", Parameters,
+			[&]
+			{
+				OutResult = SearchProject(Files, Where, Term, CancelCheck());
+				FToolOutcome Outcome;
+				Outcome.Sentence = OutResult.MatchCount == 0 ? "No match in " + Utf8Text::Count(OutResult.SearchedFiles, "file", "files")
+															 : Utf8Text::Count(OutResult.MatchCount, "match", "matches") + " in " +
+						Utf8Text::Count(OutResult.FileCount, "file", "files");
+				return Outcome;
+			});
 	}
 
 	bool FTurnRunner::RunReadTool(const FProjectPath& File, int FirstLine, int LastLine, FProjectText& OutText)
@@ -256,23 +264,28 @@ namespace Velmora
 		{
 			Parameters.push_back({ "lines", std::to_string(FirstLine) + '-' + std::to_string(LastLine) });
 		}
-		return RunTool("read_file", "read", "File", Parameters, [&]
-		{
-			OutText = Files.Read(File.Absolute);
-			FToolOutcome Outcome;
-			Outcome.bSuccess = OutText.IsValid();
-			Outcome.Sentence = OutText.IsValid() ? "Read " + Utf8Text::Count(Utf8Text::SplitLines(OutText.Text).size(), "line", "lines") : "Not read: " + OutText.Problem;
-			return Outcome;
-		});
+		return RunTool("read_file", "read", "File", Parameters,
+			[&]
+			{
+				OutText = Files.Read(File.Absolute);
+				FToolOutcome Outcome;
+				Outcome.bSuccess = OutText.IsValid();
+				Outcome.Sentence = OutText.IsValid() ? "Read " + Utf8Text::Count(Utf8Text::SplitLines(OutText.Text).size(), "line", "lines")
+													 : "Not read: " + OutText.Problem;
+				return Outcome;
+			});
 	}
 
 	bool FTurnRunner::RunFindFileTool(const std::string& Name, std::vector<FProjectPath>& OutPaths)
 	{
-		return RunTool("find_file", "search", "File", { { "name", Name } }, [&]
-		{
-			OutPaths = Files.Find(Name, MaxSearchHits);
-			return FToolOutcome{ true, OutPaths.empty() ? std::string("No file of that name") : Utf8Text::Count(OutPaths.size(), "file or folder", "files or folders") + " of that name" };
-		});
+		return RunTool("find_file", "search", "File", { { "name", Name } },
+			[&]
+			{
+				OutPaths = Files.Find(Name, MaxSearchHits);
+				return FToolOutcome{ true,
+					OutPaths.empty() ? std::string("No file of that name")
+									 : Utf8Text::Count(OutPaths.size(), "file or folder", "files or folders") + " of that name" };
+			});
 	}
 
 	FProjectPath FTurnRunner::GetProjectPath() const
@@ -324,7 +337,8 @@ namespace Velmora
 
 	void FTurnRunner::AnswerHelp(std::string_view Opening)
 	{
-		Answer(std::string(Opening) + "\nYou can ask, for example:\n"
+		Answer(std::string(Opening) +
+			"\nYou can ask, for example:\n"
 			"- `find TryParseTable` looks for text and shows the best place\n"
 			"- `what is class FThing?` shows a definition\n"
 			"- `where is FThing defined?` and `outline README.md` ask the code index\n"

@@ -22,13 +22,13 @@ namespace Velmora
 
 	enum class ETurnReportKind
 	{
-		Step,			// Text: the progress text.
-		ToolStarted,	// ToolId, ToolName, Parameters, Metadata.
-		ToolCompleted,	// ToolId, ToolName, bSuccess, Text: the result.
-		Answer,			// Text: the answer.
-		Plan,			// Plan; Text: what has changed in it.
-		Failed,			// Text: why. The turn is over.
-		Finished		// The turn is over.
+		Step, // Text: the progress text.
+		ToolStarted, // ToolId, ToolName, Parameters, Metadata.
+		ToolCompleted, // ToolId, ToolName, bSuccess, Text: the result.
+		Answer, // Text: the answer.
+		Plan, // Plan; Text: what has changed in it.
+		Failed, // Text: why. The turn is over.
+		Finished // The turn is over.
 	};
 
 	/** One thing that happened in a turn, on its way to the game thread. */
@@ -90,7 +90,8 @@ namespace Velmora
 
 		// Each of these returns false when the turn has been cancelled; the caller then returns at once.
 		bool BeginStep(std::string_view What);
-		bool RunTool(std::string_view Name, std::string_view Operation, std::string_view DataType, const FParameters& Parameters, const std::function<FToolOutcome()>& Work);
+		bool RunTool(std::string_view Name, std::string_view Operation, std::string_view DataType, const FParameters& Parameters,
+			const std::function<FToolOutcome()>& Work);
 
 		bool ReadAttachments();
 
@@ -164,7 +165,8 @@ namespace Velmora
 		std::vector<FProjectPath> FindNamedAttachments(const std::string& Text) const;
 
 		/** What file a request to change one means; false with a question to the user. */
-		bool FindChangeTarget(const std::string& Name, bool bMustExist, bool bFollowsLinks, std::string& OutPath, std::string& OutQuestion) const;
+		bool FindChangeTarget(
+			const std::string& Name, bool bMustExist, bool bFollowsLinks, std::string& OutPath, std::string& OutQuestion) const;
 		std::function<bool()> CancelCheck() const;
 		void Report(FTurnReport&& Item);
 

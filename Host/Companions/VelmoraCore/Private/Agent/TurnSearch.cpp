@@ -50,15 +50,17 @@ namespace Velmora
 		bool IsCommentLine(std::string_view Line)
 		{
 			const std::string_view Text = Utf8Text::Trim(Line);
-			return Utf8Text::StartsWith(Text, "//") || Utf8Text::StartsWith(Text, "/*") || Utf8Text::StartsWith(Text, "*") || Utf8Text::StartsWith(Text, "# ") || Utf8Text::StartsWith(Text, "--");
+			return Utf8Text::StartsWith(Text, "//") || Utf8Text::StartsWith(Text, "/*") || Utf8Text::StartsWith(Text, "*") ||
+				Utf8Text::StartsWith(Text, "# ") || Utf8Text::StartsWith(Text, "--");
 		}
 
 		/** Stands between a comment and what it describes. */
 		bool IsPrefixLine(std::string_view Line)
 		{
 			const std::string_view Text = Utf8Text::Trim(Line);
-			return Utf8Text::StartsWith(Text, "template") || Utf8Text::StartsWith(Text, "[[") || Utf8Text::StartsWith(Text, "@") || Utf8Text::StartsWith(Text, "UCLASS(") || Utf8Text::StartsWith(Text, "USTRUCT(")
-				|| Utf8Text::StartsWith(Text, "UENUM(") || Utf8Text::StartsWith(Text, "UFUNCTION(") || Utf8Text::StartsWith(Text, "UPROPERTY(");
+			return Utf8Text::StartsWith(Text, "template") || Utf8Text::StartsWith(Text, "[[") || Utf8Text::StartsWith(Text, "@") ||
+				Utf8Text::StartsWith(Text, "UCLASS(") || Utf8Text::StartsWith(Text, "USTRUCT(") || Utf8Text::StartsWith(Text, "UENUM(") ||
+				Utf8Text::StartsWith(Text, "UFUNCTION(") || Utf8Text::StartsWith(Text, "UPROPERTY(");
 		}
 
 		size_t IndentOf(std::string_view Line)
@@ -86,7 +88,8 @@ namespace Velmora
 		{
 			const std::string_view Text = Lines[At - 1];
 			const bool bIsOuter = At > Start && !Utf8Text::Trim(Text).empty() && IndentOf(Text) <= IndentOf(Lines[Start - 1]);
-			if (!bHasOpened && bIsOuter && Utf8Text::Trim(Text).front() != '{' && Utf8Text::Trim(Text).front() != ')' && Utf8Text::Trim(Text).front() != ':')
+			if (!bHasOpened && bIsOuter && Utf8Text::Trim(Text).front() != '{' && Utf8Text::Trim(Text).front() != ')' &&
+				Utf8Text::Trim(Text).front() != ':')
 			{
 				break;
 			}
@@ -111,7 +114,8 @@ namespace Velmora
 	{
 		FProjectText Content;
 		const bool bIsDefinition = Hit.Kind == EHitKind::Definition;
-		if (!RunReadTool(Hit.File, std::max(1, Hit.Line - NeighbourLines), Hit.Line + (bIsDefinition ? MaxDefinitionLines : NeighbourLines), Content))
+		if (!RunReadTool(Hit.File, std::max(1, Hit.Line - NeighbourLines), Hit.Line + (bIsDefinition ? MaxDefinitionLines : NeighbourLines),
+				Content))
 		{
 			return false;
 		}
@@ -122,7 +126,8 @@ namespace Velmora
 		}
 		const std::vector<std::string_view> Lines = Utf8Text::SplitLines(Content.Text);
 		const int Count = static_cast<int>(Lines.size());
-		auto [First, Last] = bIsDefinition ? MeasureDefinition(Lines, Hit.Line) : std::pair<int, int>{ Hit.Line - NeighbourLines, Hit.Line + NeighbourLines };
+		auto [First, Last] = bIsDefinition ? MeasureDefinition(Lines, Hit.Line)
+										   : std::pair<int, int>{ Hit.Line - NeighbourLines, Hit.Line + NeighbourLines };
 		First = std::max(First, 1);
 		Last = std::min(Last, Count);
 		std::string Body;
@@ -171,11 +176,13 @@ namespace Velmora
 				Sum.MatchCount += Result.MatchCount;
 				Sum.FileCount += Result.FileCount;
 			}
-			std::stable_sort(OutSearch.Attached.Hits.begin(), OutSearch.Attached.Hits.end(), [](const FSearchHit& A, const FSearchHit& B) { return A.Rank < B.Rank; });
+			std::stable_sort(OutSearch.Attached.Hits.begin(), OutSearch.Attached.Hits.end(),
+				[](const FSearchHit& A, const FSearchHit& B) { return A.Rank < B.Rank; });
 			OutSearch.Attached.Hits.resize(std::min(OutSearch.Attached.Hits.size(), MaxSearchHits));
 		}
 		const std::string Place = OutSearch.bHasScope && !OutSearch.Where.Relative.empty() ? OutSearch.Where.Relative : "the project";
-		return BeginStep("Searching " + Place + " for " + OutSearch.Term) && RunSearchTool(OutSearch.Where, OutSearch.Term, OutSearch.Project);
+		return BeginStep("Searching " + Place + " for " + OutSearch.Term) &&
+			RunSearchTool(OutSearch.Where, OutSearch.Term, OutSearch.Project);
 	}
 
 	bool FTurnRunner::RunFindText()
@@ -196,9 +203,14 @@ namespace Velmora
 		}
 
 		// A definition wins over a mention, then the attached files over the rest.
-		const bool bStartAttached = !Search.Attached.Hits.empty() && (Search.Project.Hits.empty() || Search.Attached.Hits.front().Kind <= Search.Project.Hits.front().Kind);
+		const bool bStartAttached = !Search.Attached.Hits.empty() &&
+			(Search.Project.Hits.empty() || Search.Attached.Hits.front().Kind <= Search.Project.Hits.front().Kind);
 		const FSearchHit& Best = bStartAttached ? Search.Attached.Hits.front() : Search.Project.Hits.front();
-		std::string Text = AnswerMarkdown::InlineCode(Search.Term) + (Best.Kind == EHitKind::Definition ? " is defined in " : Best.Kind == EHitKind::Declaration ? " is declared in " : " is found in ") + AnswerMarkdown::FileLink(Best.File, Best.Line) + '\n';
+		std::string Text = AnswerMarkdown::InlineCode(Search.Term) +
+			(Best.Kind == EHitKind::Definition			 ? " is defined in "
+					: Best.Kind == EHitKind::Declaration ? " is declared in "
+														 : " is found in ") +
+			AnswerMarkdown::FileLink(Best.File, Best.Line) + '\n';
 		if (!AppendSnippet(Best, Text))
 		{
 			return false;
@@ -212,7 +224,10 @@ namespace Velmora
 				Text += HitItem(Hit);
 			}
 		}
-		Text += "**" + std::string(Search.bHasScope ? "" : "In the project: ") + MatchCount(Search.Project) + (Search.Project.MatchCount > Search.Project.Hits.size() ? ", the best " + std::to_string(Search.Project.Hits.size()) : std::string()) + "**\n";
+		Text += "**" + std::string(Search.bHasScope ? "" : "In the project: ") + MatchCount(Search.Project) +
+			(Search.Project.MatchCount > Search.Project.Hits.size() ? ", the best " + std::to_string(Search.Project.Hits.size())
+																	: std::string()) +
+			"**\n";
 		for (const FSearchHit& Hit : Search.Project.Hits)
 		{
 			Text += HitItem(Hit);
@@ -244,7 +259,8 @@ namespace Velmora
 		{
 			Text = "Nothing was found for " + Code + "\n";
 		}
-		Text += "I searched " + Looked + (Search.Project.SearchedFiles == 0 && !Search.Where.bIsFolder ? "" : " below") + ' ' + AnswerMarkdown::InlineCode(Search.Where.Absolute, 160) + "\n";
+		Text += "I searched " + Looked + (Search.Project.SearchedFiles == 0 && !Search.Where.bIsFolder ? "" : " below") + ' ' +
+			AnswerMarkdown::InlineCode(Search.Where.Absolute, 160) + "\n";
 		Answer(Text + LeftOutNotes(Search.Project));
 		return true;
 	}
@@ -326,11 +342,14 @@ namespace Velmora
 			}
 			return AnswerNotFound(Search);
 		}
-		const bool bStartAttached = !Search.Attached.Hits.empty() && (Search.Project.Hits.empty() || Search.Attached.Hits.front().Kind <= Search.Project.Hits.front().Kind);
+		const bool bStartAttached = !Search.Attached.Hits.empty() &&
+			(Search.Project.Hits.empty() || Search.Attached.Hits.front().Kind <= Search.Project.Hits.front().Kind);
 		const FSearchHit Best = bStartAttached ? Search.Attached.Hits.front() : Search.Project.Hits.front();
 		const std::string Code = AnswerMarkdown::InlineCode(Search.Term);
-		std::string Text = Best.Kind == EHitKind::Definition ? Code + " is defined in " + AnswerMarkdown::FileLink(Best.File, Best.Line) + '\n'
-			: Best.Kind == EHitKind::Declaration ? "I found no definition of " + Code + ", but a declaration in " + AnswerMarkdown::FileLink(Best.File, Best.Line) + '\n'
+		std::string Text = Best.Kind == EHitKind::Definition
+			? Code + " is defined in " + AnswerMarkdown::FileLink(Best.File, Best.Line) + '\n'
+			: Best.Kind == EHitKind::Declaration
+			? "I found no definition of " + Code + ", but a declaration in " + AnswerMarkdown::FileLink(Best.File, Best.Line) + '\n'
 			: "I found no definition of " + Code + ". It is mentioned in " + AnswerMarkdown::FileLink(Best.File, Best.Line) + '\n';
 		if (!AppendSnippet(Best, Text))
 		{
@@ -349,7 +368,8 @@ namespace Velmora
 		if (OtherCount > 0)
 		{
 			const std::string Total = MatchCount(Search.Project) + " in all";
-			Text += OtherCount > 6 ? AnswerMarkdown::Collapsible("Other places (" + Total + ")", Others) : "**Other places** (" + Total + ")\n" + Others;
+			Text += OtherCount > 6 ? AnswerMarkdown::Collapsible("Other places (" + Total + ")", Others)
+								   : "**Other places** (" + Total + ")\n" + Others;
 		}
 		Answer(Text + LeftOutNotes(Search.Project));
 		return true;

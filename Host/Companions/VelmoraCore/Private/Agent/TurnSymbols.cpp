@@ -30,7 +30,8 @@ namespace Velmora
 		{
 			constexpr std::string_view DottedEndings[] = { ".cs", ".py", ".ini", ".json", ".uplugin", ".uproject" };
 			const std::string Lower = Utf8Text::ToLower(Symbol.Path);
-			const bool bHasColons = std::none_of(std::begin(DottedEndings), std::end(DottedEndings), [&Lower](std::string_view Ending) { return Utf8Text::EndsWith(Lower, Ending); });
+			const bool bHasColons = std::none_of(std::begin(DottedEndings), std::end(DottedEndings),
+				[&Lower](std::string_view Ending) { return Utf8Text::EndsWith(Lower, Ending); });
 			const std::string Whole = Symbol.Scope.empty() ? Symbol.Name : Symbol.Scope + (bHasColons ? "::" : ".") + Symbol.Name;
 			return AnswerMarkdown::PlainText(Symbol.Kind) + ' ' + AnswerMarkdown::InlineCode(Whole, 120);
 		}
@@ -95,8 +96,10 @@ namespace Velmora
 			for (const FIndexSymbol& Symbol : Symbols)
 			{
 				const std::string Number = std::to_string(Symbol.Line);
-				const size_t Depth = std::min<size_t>(Symbol.Scope.find_first_not_of('.') == std::string::npos ? Symbol.Scope.size() : CountScopes(Symbol.Scope), 8);
-				Text += std::string(Width - std::min(Width, Number.size()), ' ') + Number + std::string(2 + 2 * Depth, ' ') + Utf8Text::Sanitise(Symbol.Kind + ' ' + Symbol.Name) + '\n';
+				const size_t Depth = std::min<size_t>(
+					Symbol.Scope.find_first_not_of('.') == std::string::npos ? Symbol.Scope.size() : CountScopes(Symbol.Scope), 8);
+				Text += std::string(Width - std::min(Width, Number.size()), ' ') + Number + std::string(2 + 2 * Depth, ' ') +
+					Utf8Text::Sanitise(Symbol.Kind + ' ' + Symbol.Name) + '\n';
 			}
 			return Text;
 		}
@@ -127,29 +130,35 @@ namespace Velmora
 
 		FIndexLookup Found;
 		FIndexLookup Engine;
-		const bool bIsAlive = BeginStep("Looking up " + Name + " in the code index") && RunTool("find_symbol", "search", "Symbol", { { "name", Name } }, [&]
-		{
-			Found = FCodeIndexControl::FindSymbol(Name, MaxFoundSymbols);
-			if (!CanAskIndex(Found, Files))
-			{
-				Found = FIndexLookup();
-				return FToolOutcome{ true, "The code index is not ready" };
-			}
-			if (bHasScope)
-			{
-				const auto IsElsewhere = [&Where](const FIndexSymbol& Symbol) { return Symbol.Path != Where.Relative && !Utf8Text::StartsWith(Symbol.Path, Where.Relative + '/'); };
-				if (!Where.Relative.empty())
+		const bool bIsAlive = BeginStep("Looking up " + Name + " in the code index") &&
+			RunTool("find_symbol", "search", "Symbol", { { "name", Name } },
+				[&]
 				{
-					Found.Symbols.erase(std::remove_if(Found.Symbols.begin(), Found.Symbols.end(), IsElsewhere), Found.Symbols.end());
-				}
-			}
-			else if (!Found.bIsExact)
-			{
-				Engine = FCodeIndexControl::FindSymbol(Name, MaxFoundSymbols, EIndexKind::Engine);
-			}
-			const size_t Count = Found.bIsExact ? Found.Symbols.size() : Engine.bIsExact ? Engine.Symbols.size() : 0;
-			return FToolOutcome{ true, Count == 0 ? "No symbol of that name" : Utf8Text::Count(Count, "symbol", "symbols") + (Found.bIsExact ? "" : " in the engine") };
-		});
+					Found = FCodeIndexControl::FindSymbol(Name, MaxFoundSymbols);
+					if (!CanAskIndex(Found, Files))
+					{
+						Found = FIndexLookup();
+						return FToolOutcome{ true, "The code index is not ready" };
+					}
+					if (bHasScope)
+					{
+						const auto IsElsewhere = [&Where](const FIndexSymbol& Symbol)
+						{ return Symbol.Path != Where.Relative && !Utf8Text::StartsWith(Symbol.Path, Where.Relative + '/'); };
+						if (!Where.Relative.empty())
+						{
+							Found.Symbols.erase(
+								std::remove_if(Found.Symbols.begin(), Found.Symbols.end(), IsElsewhere), Found.Symbols.end());
+						}
+					}
+					else if (!Found.bIsExact)
+					{
+						Engine = FCodeIndexControl::FindSymbol(Name, MaxFoundSymbols, EIndexKind::Engine);
+					}
+					const size_t Count = Found.bIsExact ? Found.Symbols.size() : Engine.bIsExact ? Engine.Symbols.size() : 0;
+					return FToolOutcome{ true,
+						Count == 0 ? "No symbol of that name"
+								   : Utf8Text::Count(Count, "symbol", "symbols") + (Found.bIsExact ? "" : " in the engine") };
+				});
 		if (!bIsAlive)
 		{
 			return false;
@@ -161,21 +170,29 @@ namespace Velmora
 		if (Engine.bIsExact && !Engine.Symbols.empty())
 		{
 			const FIndexSymbol& Best = Engine.Symbols.front();
-			std::string Text = Code + " is defined in the engine: " + AnswerMarkdown::InlineCode(Engine.Root + '/' + Best.Path + ':' + std::to_string(Best.Line), 200) + " (" + DescribeSymbol(Best) + ")\n";
+			std::string Text = Code + " is defined in the engine: " +
+				AnswerMarkdown::InlineCode(Engine.Root + '/' + Best.Path + ':' + std::to_string(Best.Line), 200) + " (" +
+				DescribeSymbol(Best) + ")\n";
 			for (size_t Index = 1; Index < std::min(Engine.Symbols.size(), MaxOpenPlaces + 1); ++Index)
 			{
-				Text += "- " + AnswerMarkdown::InlineCode(Engine.Symbols[Index].Path + ':' + std::to_string(Engine.Symbols[Index].Line), 160) + ' ' + DescribeSymbol(Engine.Symbols[Index]) + '\n';
+				Text += "- " +
+					AnswerMarkdown::InlineCode(Engine.Symbols[Index].Path + ':' + std::to_string(Engine.Symbols[Index].Line), 160) + ' ' +
+					DescribeSymbol(Engine.Symbols[Index]) + '\n';
 			}
 			Answer(Text);
 			return true;
 		}
-		AttachmentNotes += Found.bIsReady ? "The code index has no symbol " + Code + ", so I searched the text instead.\n" : std::string("The code index is not ready, so I searched the text instead.\n");
+		AttachmentNotes += Found.bIsReady ? "The code index has no symbol " + Code + ", so I searched the text instead.\n"
+										  : std::string("The code index is not ready, so I searched the text instead.\n");
 		if (!Found.bIsExact && !Found.Symbols.empty())
 		{
 			std::string Names;
 			for (size_t Index = 0; Index < std::min(Found.Symbols.size(), MaxOpenPlaces); ++Index)
 			{
-				Names += "- " + AnswerMarkdown::FileLink({ Files.GetRoot() + '/' + Found.Symbols[Index].Path, Found.Symbols[Index].Path, false }, Found.Symbols[Index].Line) + ' ' + DescribeSymbol(Found.Symbols[Index]) + '\n';
+				Names += "- " +
+					AnswerMarkdown::FileLink({ Files.GetRoot() + '/' + Found.Symbols[Index].Path, Found.Symbols[Index].Path, false },
+						Found.Symbols[Index].Line) +
+					' ' + DescribeSymbol(Found.Symbols[Index]) + '\n';
 			}
 			AttachmentNotes += "**Symbols whose names begin so**\n" + Names;
 		}
@@ -189,7 +206,8 @@ namespace Velmora
 		Hit.File = { Files.GetRoot() + '/' + Best.Path, Best.Path, false };
 		Hit.Line = Best.Line;
 		Hit.Kind = EHitKind::Definition;
-		std::string Text = AnswerMarkdown::InlineCode(Name) + (Best.Kind == "prototype" ? " is declared in " : " is defined in ") + AnswerMarkdown::FileLink(Hit.File, Hit.Line) + " (" + DescribeSymbol(Best) + ")\n";
+		std::string Text = AnswerMarkdown::InlineCode(Name) + (Best.Kind == "prototype" ? " is declared in " : " is defined in ") +
+			AnswerMarkdown::FileLink(Hit.File, Hit.Line) + " (" + DescribeSymbol(Best) + ")\n";
 		if (!AppendSnippet(Hit, Text))
 		{
 			return false;
@@ -197,7 +215,9 @@ namespace Velmora
 		std::string Others;
 		for (size_t Index = 1; Index < Symbols.size(); ++Index)
 		{
-			Others += "- " + AnswerMarkdown::FileLink({ Files.GetRoot() + '/' + Symbols[Index].Path, Symbols[Index].Path, false }, Symbols[Index].Line) + ' ' + DescribeSymbol(Symbols[Index]) + '\n';
+			Others += "- " +
+				AnswerMarkdown::FileLink({ Files.GetRoot() + '/' + Symbols[Index].Path, Symbols[Index].Path, false }, Symbols[Index].Line) +
+				' ' + DescribeSymbol(Symbols[Index]) + '\n';
 		}
 		if (Symbols.size() > 1)
 		{
@@ -234,7 +254,8 @@ namespace Velmora
 				return false;
 			}
 			bHasFailed |= Named.empty();
-			std::string Text = Named.empty() ? "There is no file " + AnswerMarkdown::InlineCode(Request.Target) + " in the project.\n" : "Which of these do you mean?\n";
+			std::string Text = Named.empty() ? "There is no file " + AnswerMarkdown::InlineCode(Request.Target) + " in the project.\n"
+											 : "Which of these do you mean?\n";
 			for (const FProjectPath& Path : Named)
 			{
 				Text += "- " + AnswerMarkdown::FileLink(Path) + '\n';
@@ -250,30 +271,34 @@ namespace Velmora
 		FIndexLookup Outline;
 		std::string Problem;
 		const bool bIsMarkdown = IsMarkdown(Place.Relative);
-		const bool bIsAlive = BeginStep("Outlining " + Place.Relative) && RunTool("outline", "list", "Symbols", { { "path", Place.Relative } }, [&]
-		{
-			FCodeIndexControl::WaitUntilOpened(OpeningSeconds);
-			Outline = FCodeIndexControl::Outline(Place.Relative, MaxOutlineSymbols + 1);
-			if (!CanAskIndex(Outline, Files) || !Outline.bIsExact)
-			{
-				// Files that the index does not hold, or not yet, are read now.
-				Outline.Symbols.clear();
-				const FProjectText Content = Files.Read(Place.Absolute);
-				Problem = Content.Problem;
-				if (Content.IsValid() && bIsMarkdown)
+		const bool bIsAlive = BeginStep("Outlining " + Place.Relative) &&
+			RunTool("outline", "list", "Symbols", { { "path", Place.Relative } },
+				[&]
 				{
-					Outline.Symbols = FindHeadings(Content.Text);
-				}
-				else if (Content.IsValid())
-				{
-					FCodeIndexControl::OutlineFile(Place.Absolute, Outline.Symbols, Problem);
-				}
-			}
-			FToolOutcome Outcome;
-			Outcome.bSuccess = Problem.empty();
-			Outcome.Sentence = !Problem.empty() ? "Not outlined: " + Problem : bIsMarkdown ? Utf8Text::Count(Outline.Symbols.size(), "heading", "headings") : Utf8Text::Count(Outline.Symbols.size(), "symbol", "symbols");
-			return Outcome;
-		});
+					FCodeIndexControl::WaitUntilOpened(OpeningSeconds);
+					Outline = FCodeIndexControl::Outline(Place.Relative, MaxOutlineSymbols + 1);
+					if (!CanAskIndex(Outline, Files) || !Outline.bIsExact)
+					{
+						// Files that the index does not hold, or not yet, are read now.
+						Outline.Symbols.clear();
+						const FProjectText Content = Files.Read(Place.Absolute);
+						Problem = Content.Problem;
+						if (Content.IsValid() && bIsMarkdown)
+						{
+							Outline.Symbols = FindHeadings(Content.Text);
+						}
+						else if (Content.IsValid())
+						{
+							FCodeIndexControl::OutlineFile(Place.Absolute, Outline.Symbols, Problem);
+						}
+					}
+					FToolOutcome Outcome;
+					Outcome.bSuccess = Problem.empty();
+					Outcome.Sentence = !Problem.empty() ? "Not outlined: " + Problem
+						: bIsMarkdown					? Utf8Text::Count(Outline.Symbols.size(), "heading", "headings")
+														: Utf8Text::Count(Outline.Symbols.size(), "symbol", "symbols");
+					return Outcome;
+				});
 		if (!bIsAlive)
 		{
 			return false;
@@ -294,8 +319,10 @@ namespace Velmora
 		{
 			Outline.Symbols.resize(MaxOutlineSymbols);
 		}
-		const std::string Count = bIsMarkdown ? Utf8Text::Count(Outline.Symbols.size(), "heading", "headings") : Utf8Text::Count(Outline.Symbols.size(), "symbol", "symbols");
-		Answer("Outline of " + Link + (bIsCut ? ", the first " : ", ") + Count + " with their lines:\n" + AnswerMarkdown::CodeBlock(MakeOutlineText(Outline.Symbols), ""));
+		const std::string Count = bIsMarkdown ? Utf8Text::Count(Outline.Symbols.size(), "heading", "headings")
+											  : Utf8Text::Count(Outline.Symbols.size(), "symbol", "symbols");
+		Answer("Outline of " + Link + (bIsCut ? ", the first " : ", ") + Count + " with their lines:\n" +
+			AnswerMarkdown::CodeBlock(MakeOutlineText(Outline.Symbols), ""));
 		return true;
 	}
 }

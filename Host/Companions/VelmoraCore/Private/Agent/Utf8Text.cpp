@@ -94,7 +94,8 @@ namespace Velmora::Utf8Text
 	std::string FromString(const FString& Text)
 	{
 		const TCHAR* Units = *Text;
-		return JoinUtf16(static_cast<size_t>(Text.Len()), [Units](size_t Index) { return static_cast<char32_t>(static_cast<char16_t>(Units[Index])); });
+		return JoinUtf16(
+			static_cast<size_t>(Text.Len()), [Units](size_t Index) { return static_cast<char32_t>(static_cast<char16_t>(Units[Index])); });
 	}
 
 	FString ToString(std::string_view Text)
@@ -126,12 +127,13 @@ namespace Velmora::Utf8Text
 
 	std::string FromUtf16Bytes(std::string_view Bytes, bool bBigEndian)
 	{
-		return JoinUtf16(Bytes.size() / 2, [Bytes, bBigEndian](size_t Index)
-		{
-			const unsigned First = static_cast<unsigned char>(Bytes[2 * Index]);
-			const unsigned Second = static_cast<unsigned char>(Bytes[2 * Index + 1]);
-			return static_cast<char32_t>(bBigEndian ? First << 8 | Second : Second << 8 | First);
-		});
+		return JoinUtf16(Bytes.size() / 2,
+			[Bytes, bBigEndian](size_t Index)
+			{
+				const unsigned First = static_cast<unsigned char>(Bytes[2 * Index]);
+				const unsigned Second = static_cast<unsigned char>(Bytes[2 * Index + 1]);
+				return static_cast<char32_t>(bBigEndian ? First << 8 | Second : Second << 8 | First);
+			});
 	}
 
 	std::string ToLower(std::string_view Text)
@@ -149,7 +151,8 @@ namespace Velmora::Utf8Text
 
 	bool IsWordByte(char Byte)
 	{
-		return (Byte >= 'a' && Byte <= 'z') || (Byte >= 'A' && Byte <= 'Z') || (Byte >= '0' && Byte <= '9') || Byte == '_' || static_cast<unsigned char>(Byte) >= 0x80;
+		return (Byte >= 'a' && Byte <= 'z') || (Byte >= 'A' && Byte <= 'Z') || (Byte >= '0' && Byte <= '9') || Byte == '_' ||
+			static_cast<unsigned char>(Byte) >= 0x80;
 	}
 
 	std::string_view Trim(std::string_view Text)

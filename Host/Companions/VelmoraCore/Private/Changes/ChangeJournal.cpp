@@ -74,7 +74,8 @@ namespace Velmora
 		std::string DescribeState(const FEntryState& State)
 		{
 			constexpr const char* Names[] = { "absent", "file", "folder", "link", "other" };
-			return std::string(Names[static_cast<int>(State.Kind)]) + '\t' + std::to_string(State.Mode) + '\t' + State.Hash + '\t' + EscapeField(State.LinkTarget);
+			return std::string(Names[static_cast<int>(State.Kind)]) + '\t' + std::to_string(State.Mode) + '\t' + State.Hash + '\t' +
+				EscapeField(State.LinkTarget);
 		}
 
 		/** Removes the half-written files that a log speaks of. Fields: "change", root, path, temporary name … */
@@ -153,7 +154,8 @@ namespace Velmora
 	std::shared_ptr<FChangeJournal::FTransaction> FChangeJournal::FindTransaction(const std::string& Id) const
 	{
 		const std::scoped_lock Guard(ListMutex);
-		const auto Found = std::find_if(Transactions.begin(), Transactions.end(), [&Id](const std::shared_ptr<FTransaction>& Transaction) { return Transaction->Id == Id; });
+		const auto Found = std::find_if(Transactions.begin(), Transactions.end(),
+			[&Id](const std::shared_ptr<FTransaction>& Transaction) { return Transaction->Id == Id; });
 		return Found == Transactions.end() ? nullptr : *Found;
 	}
 
@@ -163,7 +165,8 @@ namespace Velmora
 		return std::exchange(Performed, {});
 	}
 
-	std::string FChangeJournal::Change(const std::string& TransactionId, const FProjectAccess& Access, const std::string& Root, const std::string& Path, const FMakeContent& MakeContent)
+	std::string FChangeJournal::Change(const std::string& TransactionId, const FProjectAccess& Access, const std::string& Root,
+		const std::string& Path, const FMakeContent& MakeContent)
 	{
 		const std::scoped_lock Guard(WorkMutex);
 		const std::shared_ptr<FTransaction> Transaction = FindTransaction(TransactionId);
@@ -209,8 +212,10 @@ namespace Velmora
 		{
 			return Problem;
 		}
-		Record.TemporaryName = ".velmora-" + std::filesystem::path(Folder).filename().native().substr(0, 12) + '-' + std::to_string(++RecordCount) + ".tmp";
-		std::string Line = "change\t" + EscapeField(Root) + '\t' + EscapeField(Path) + '\t' + Record.TemporaryName + '\t' + TransactionId + '\t' + DescribeState(Record.Before) + '\t' + DescribeState(Record.After);
+		Record.TemporaryName =
+			".velmora-" + std::filesystem::path(Folder).filename().native().substr(0, 12) + '-' + std::to_string(++RecordCount) + ".tmp";
+		std::string Line = "change\t" + EscapeField(Root) + '\t' + EscapeField(Path) + '\t' + Record.TemporaryName + '\t' + TransactionId +
+			'\t' + DescribeState(Record.Before) + '\t' + DescribeState(Record.After);
 		for (const std::string& Made : Record.MadeFolders)
 		{
 			Line += '\t' + EscapeField(Made);
@@ -250,7 +255,9 @@ namespace Velmora
 			Record.After.Mode = Now.Mode;
 		}
 		Record.MadeFolders = Made;
-		const EChangeAction Action = Content.bIsDeletion ? EChangeAction::Deleted : Info.Kind == EEntryKind::File ? EChangeAction::Modified : EChangeAction::Created;
+		const EChangeAction Action = Content.bIsDeletion ? EChangeAction::Deleted
+			: Info.Kind == EEntryKind::File				 ? EChangeAction::Modified
+														 : EChangeAction::Created;
 		const std::scoped_lock ListGuard(ListMutex);
 		Performed.push_back({ TransactionId, Transaction->ConversationId, Root, Path, Action });
 		Transaction->Records.push_back(std::move(Record));
@@ -279,7 +286,8 @@ namespace Velmora
 		{
 			NewLock = FFileDescriptor(open((Fresh + '/' + LockName).c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
 			NewLog = FFileDescriptor(open((Fresh + '/' + LogName).c_str(), O_WRONLY | O_CREAT | O_EXCL | O_APPEND | O_CLOEXEC, 0600));
-			bDone = NewLock.IsOpen() && NewLog.IsOpen() && flock(NewLock.Get(), LOCK_EX | LOCK_NB) == 0 && rename(Fresh.c_str(), Final.c_str()) == 0;
+			bDone = NewLock.IsOpen() && NewLog.IsOpen() && flock(NewLock.Get(), LOCK_EX | LOCK_NB) == 0 &&
+				rename(Fresh.c_str(), Final.c_str()) == 0;
 		}
 		const int MakeError = errno;
 		auto NewStore = std::make_unique<FProjectAccess>(Final);
@@ -410,7 +418,8 @@ namespace Velmora
 			{
 				// Another process may be making it right now; it takes no time.
 				std::error_code Ignored;
-				if (std::filesystem::last_write_time(It->path(), Ignored) < std::filesystem::file_time_type::clock::now() - std::chrono::hours(1))
+				if (std::filesystem::last_write_time(It->path(), Ignored) <
+					std::filesystem::file_time_type::clock::now() - std::chrono::hours(1))
 				{
 					std::filesystem::remove_all(Path, Ignored);
 				}

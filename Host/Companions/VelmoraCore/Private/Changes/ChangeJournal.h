@@ -111,7 +111,8 @@ namespace Velmora
 		 * @param Path    As FProjectAccess::Normalise gives it.
 		 * @return        A clause that says why nothing was changed, or nothing.
 		 */
-		std::string Change(const std::string& TransactionId, const FProjectAccess& Access, const std::string& Root, const std::string& Path, const FMakeContent& MakeContent);
+		std::string Change(const std::string& TransactionId, const FProjectAccess& Access, const std::string& Root, const std::string& Path,
+			const FMakeContent& MakeContent);
 
 		/**
 		 * Undoes a transaction and the later ones of the same conversation, all or nothing.
@@ -119,7 +120,8 @@ namespace Velmora
 		 * @param Commit  Called when all files are restored, with the place of the first message undone; when it gives a
 		 *                sentence the files go back to what they were.
 		 */
-		FUndoResult Undo(const std::string& TransactionId, const std::string& ConversationId, const std::function<std::string(int MessageIndex)>& Commit);
+		FUndoResult Undo(const std::string& TransactionId, const std::string& ConversationId,
+			const std::function<std::string(int MessageIndex)>& Commit);
 
 		/** The changes since the last call. */
 		std::vector<FPerformedChange> TakePerformed();

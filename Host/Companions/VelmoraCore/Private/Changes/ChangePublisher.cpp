@@ -20,7 +20,8 @@ namespace Velmora
 		std::string GetAssetPath(const std::string& Path)
 		{
 			const std::string Lower = Utf8Text::ToLower(Path);
-			const bool bIsAsset = Utf8Text::StartsWith(Path, ContentFolder) && (Utf8Text::EndsWith(Lower, ".uasset") || Utf8Text::EndsWith(Lower, ".umap"));
+			const bool bIsAsset =
+				Utf8Text::StartsWith(Path, ContentFolder) && (Utf8Text::EndsWith(Lower, ".uasset") || Utf8Text::EndsWith(Lower, ".umap"));
 			return bIsAsset ? "/Game/" + Path.substr(ContentFolder.size(), Path.rfind('.') - ContentFolder.size()) : std::string();
 		}
 
@@ -58,11 +59,13 @@ namespace Velmora
 			const FDateTime Time = TakeTime();
 			if (AssetPath.empty())
 			{
-				FFileHistoryTracker::Get().AddOperation(ConversationId, Group, { HostFileNameFromBytes(GetRelativePath(Change)), static_cast<uint8>(Change.Action), Time });
+				FFileHistoryTracker::Get().AddOperation(
+					ConversationId, Group, { HostFileNameFromBytes(GetRelativePath(Change)), static_cast<uint8>(Change.Action), Time });
 			}
 			else
 			{
-				FAssetHistoryTracker::Get().AddOperation(ConversationId, Group, { HostFileNameFromBytes(AssetPath), static_cast<uint8>(Change.Action), Time });
+				FAssetHistoryTracker::Get().AddOperation(
+					ConversationId, Group, { HostFileNameFromBytes(AssetPath), static_cast<uint8>(Change.Action), Time });
 			}
 		}
 	}

@@ -48,36 +48,40 @@ namespace Velmora
 	{
 	}
 
-	FChangeOutcome FChangeTools::Change(std::string_view Path, bool bNeedsFile, const std::function<std::string(const FEntryInfo&, const std::string&, FNewContent&)>& MakeContent)
+	FChangeOutcome FChangeTools::Change(std::string_view Path, bool bNeedsFile,
+		const std::function<std::string(const FEntryInfo&, const std::string&, FNewContent&)>& MakeContent)
 	{
 		FChangeOutcome Outcome;
 		size_t Lines = 0;
 		Outcome.Problem = Access.IsOpen() ? Access.Normalise(Path, Outcome.Path) : Access.DescribeRefusal();
 		if (Outcome.Problem.empty())
 		{
-			Outcome.Problem = Journal.Change(TransactionId, Access, Root, Outcome.Path, [&](const FEntryInfo& Info, const std::string& Bytes, FNewContent& OutContent) -> std::string
-			{
-				if (IsCancelled && IsCancelled())
+			Outcome.Problem = Journal.Change(TransactionId, Access, Root, Outcome.Path,
+				[&](const FEntryInfo& Info, const std::string& Bytes, FNewContent& OutContent) -> std::string
 				{
-					return "the request was stopped";
-				}
-				if (bNeedsFile && Info.Kind == EEntryKind::Absent)
-				{
-					return "it cannot be found";
-				}
-				if (Info.Kind == EEntryKind::File && !Access.IsWritable(Outcome.Path))
-				{
-					return "it is read-only";
-				}
-				const std::string Problem = MakeContent(Info, Bytes, OutContent);
-				if (Problem.empty() && OutContent.Bytes.size() > MaxWrittenBytes)
-				{
-					return "the new content is larger than 4 MB";
-				}
-				Outcome.Action = OutContent.bIsDeletion ? EChangeAction::Deleted : Info.Kind == EEntryKind::Absent ? EChangeAction::Created : EChangeAction::Modified;
-				Lines = Utf8Text::SplitLines(OutContent.Bytes).size();
-				return Problem;
-			});
+					if (IsCancelled && IsCancelled())
+					{
+						return "the request was stopped";
+					}
+					if (bNeedsFile && Info.Kind == EEntryKind::Absent)
+					{
+						return "it cannot be found";
+					}
+					if (Info.Kind == EEntryKind::File && !Access.IsWritable(Outcome.Path))
+					{
+						return "it is read-only";
+					}
+					const std::string Problem = MakeContent(Info, Bytes, OutContent);
+					if (Problem.empty() && OutContent.Bytes.size() > MaxWrittenBytes)
+					{
+						return "the new content is larger than 4 MB";
+					}
+					Outcome.Action = OutContent.bIsDeletion ? EChangeAction::Deleted
+						: Info.Kind == EEntryKind::Absent	? EChangeAction::Created
+															: EChangeAction::Modified;
+					Lines = Utf8Text::SplitLines(OutContent.Bytes).size();
+					return Problem;
+				});
 		}
 		Outcome.bSuccess = Outcome.Problem.empty();
 		if (!Outcome.bSuccess)
@@ -95,54 +99,62 @@ namespace Velmora
 
 	FChangeOutcome FChangeTools::CreateFile(std::string_view Path, std::string_view Bytes)
 	{
-		return Change(Path, false, [&](const FEntryInfo& Info, const std::string&, FNewContent& OutContent) -> std::string
-		{
-			OutContent.Bytes = Bytes;
-			return Info.Kind == EEntryKind::Absent ? std::string() : Info.Kind == EEntryKind::Folder ? "a folder of that name is there already" : "it is there already";
-		});
+		return Change(Path, false,
+			[&](const FEntryInfo& Info, const std::string&, FNewContent& OutContent) -> std::string
+			{
+				OutContent.Bytes = Bytes;
+				return Info.Kind == EEntryKind::Absent ? std::string()
+					: Info.Kind == EEntryKind::Folder  ? "a folder of that name is there already"
+													   : "it is there already";
+			});
 	}
 
 	FChangeOutcome FChangeTools::WriteFile(std::string_view Path, std::string_view Bytes)
 	{
-		return Change(Path, false, [&](const FEntryInfo& Info, const std::string& Old, FNewContent& OutContent)
-		{
-			OutContent.Bytes = TextPassage::Rewrite(Old, Bytes);
-			return RefuseEntry(Info);
-		});
+		return Change(Path, false,
+			[&](const FEntryInfo& Info, const std::string& Old, FNewContent& OutContent)
+			{
+				OutContent.Bytes = TextPassage::Rewrite(Old, Bytes);
+				return RefuseEntry(Info);
+			});
 	}
 
 	FChangeOutcome FChangeTools::EditFile(std::string_view Path, std::string_view Old, std::string_view New)
 	{
-		return Change(Path, true, [&](const FEntryInfo& Info, const std::string& Bytes, FNewContent& OutContent)
-		{
-			const std::string EntryProblem = RefuseEntry(Info);
-			const std::string Problem = EntryProblem.empty() ? RefuseText(Bytes) : EntryProblem;
-			size_t Count = 0;
-			if (!Problem.empty() || TextPassage::Replace(Bytes, Old, New, Count, OutContent.Bytes))
+		return Change(Path, true,
+			[&](const FEntryInfo& Info, const std::string& Bytes, FNewContent& OutContent)
 			{
-				return Problem;
-			}
-			return Old.empty() ? std::string("no text to replace was given") : Count == 0 ? std::string("the text to replace does not stand in it (0 occurrences)")
-				: "the text to replace stands in it " + std::to_string(Count) + " times; it must be one passage only";
-		});
+				const std::string EntryProblem = RefuseEntry(Info);
+				const std::string Problem = EntryProblem.empty() ? RefuseText(Bytes) : EntryProblem;
+				size_t Count = 0;
+				if (!Problem.empty() || TextPassage::Replace(Bytes, Old, New, Count, OutContent.Bytes))
+				{
+					return Problem;
+				}
+				return Old.empty() ? std::string("no text to replace was given")
+					: Count == 0   ? std::string("the text to replace does not stand in it (0 occurrences)")
+								   : "the text to replace stands in it " + std::to_string(Count) + " times; it must be one passage only";
+			});
 	}
 
 	FChangeOutcome FChangeTools::AppendToFile(std::string_view Path, std::string_view Text)
 	{
-		return Change(Path, false, [&](const FEntryInfo& Info, const std::string& Bytes, FNewContent& OutContent)
-		{
-			const std::string Problem = RefuseEntry(Info);
-			OutContent.Bytes = TextPassage::Append(Bytes, Text);
-			return Problem.empty() ? RefuseText(Bytes) : Problem;
-		});
+		return Change(Path, false,
+			[&](const FEntryInfo& Info, const std::string& Bytes, FNewContent& OutContent)
+			{
+				const std::string Problem = RefuseEntry(Info);
+				OutContent.Bytes = TextPassage::Append(Bytes, Text);
+				return Problem.empty() ? RefuseText(Bytes) : Problem;
+			});
 	}
 
 	FChangeOutcome FChangeTools::DeleteFile(std::string_view Path)
 	{
-		return Change(Path, true, [&](const FEntryInfo& Info, const std::string&, FNewContent& OutContent)
-		{
-			OutContent.bIsDeletion = true;
-			return Info.Kind == EEntryKind::Link ? std::string() : RefuseEntry(Info);
-		});
+		return Change(Path, true,
+			[&](const FEntryInfo& Info, const std::string&, FNewContent& OutContent)
+			{
+				OutContent.bIsDeletion = true;
+				return Info.Kind == EEntryKind::Link ? std::string() : RefuseEntry(Info);
+			});
 	}
 }

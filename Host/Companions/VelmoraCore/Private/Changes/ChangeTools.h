@@ -36,7 +36,8 @@ namespace Velmora
 		/** No tool writes a larger file. In bytes. */
 		static constexpr size_t MaxWrittenBytes = 4 * 1024 * 1024;
 
-		FChangeTools(const std::string& InRoot, FChangeJournal& InJournal, std::string InTransactionId, EAccessMethod Method = EAccessMethod::Automatic);
+		FChangeTools(const std::string& InRoot, FChangeJournal& InJournal, std::string InTransactionId,
+			EAccessMethod Method = EAccessMethod::Automatic);
 
 		/** While it is true nothing is changed any more; asked right before each change. */
 		void SetCancelCheck(std::function<bool()> InIsCancelled) { IsCancelled = std::move(InIsCancelled); }
@@ -61,7 +62,8 @@ namespace Velmora
 
 	private:
 		/** @param bNeedsFile  Refuses what is not there. */
-		FChangeOutcome Change(std::string_view Path, bool bNeedsFile, const std::function<std::string(const FEntryInfo&, const std::string&, FNewContent&)>& MakeContent);
+		FChangeOutcome Change(std::string_view Path, bool bNeedsFile,
+			const std::function<std::string(const FEntryInfo&, const std::string&, FNewContent&)>& MakeContent);
 
 		const std::string Root;
 		FProjectAccess Access;

@@ -90,7 +90,9 @@ namespace Velmora
 				{
 					Problem = Target.Access->Read(Target.Path, MaxFileBytes, Bytes, Info);
 				}
-				const bool bIsOurFolder = Info.Kind == EEntryKind::Folder && std::any_of(MadeFolders.begin(), MadeFolders.end(), [&Target](const FFolder& Made) { return Made.Path == Target.Path; });
+				const bool bIsOurFolder = Info.Kind == EEntryKind::Folder &&
+					std::any_of(
+						MadeFolders.begin(), MadeFolders.end(), [&Target](const FFolder& Made) { return Made.Path == Target.Path; });
 				if (Problem.empty() && ((Info.Kind == EEntryKind::Folder && !bIsOurFolder) || Info.Kind == EEntryKind::Other))
 				{
 					Problem = "something that is no file has taken its place";
@@ -137,9 +139,11 @@ namespace Velmora
 			{
 				FEntryInfo Parent;
 				const std::string Folder = GetFolderOf(Target.Path);
-				const bool bHasFolder = Folder.empty() || (Target.Access->Look(Folder.substr(0, Folder.size() - 1), Parent).empty() && Parent.Kind == EEntryKind::Folder);
+				const bool bHasFolder = Folder.empty() ||
+					(Target.Access->Look(Folder.substr(0, Folder.size() - 1), Parent).empty() && Parent.Kind == EEntryKind::Folder);
 				const bool bIsInPlace = Target.Present == Target.Wanted;
-				if (Target.Wanted.Kind != EEntryKind::File || bIsInPlace || Target.bIsOurFolder || Target.Present.Kind == EEntryKind::Link || !bHasFolder)
+				if (Target.Wanted.Kind != EEntryKind::File || bIsInPlace || Target.bIsOurFolder ||
+					Target.Present.Kind == EEntryKind::Link || !bHasFolder)
 				{
 					continue;
 				}
@@ -156,14 +160,17 @@ namespace Velmora
 			{
 				return std::string();
 			}
-			const bool bFlushAll = std::count_if(Targets.begin(), Targets.end(), [](const FTarget& Target) { return Target.bIsWrittenBeside; }) > MaxSingleFlushes;
+			const bool bFlushAll = std::count_if(Targets.begin(), Targets.end(),
+									   [](const FTarget& Target) { return Target.bIsWrittenBeside; }) > MaxSingleFlushes;
 			if (bFlushAll)
 			{
 				FlushAll();
 			}
 			for (FTarget& Target : Targets)
 			{
-				const std::string Problem = Target.bIsWrittenBeside && !bFlushAll ? Target.Access->FlushFile(GetFolderOf(Target.Path) + Target.TemporaryName) : std::string();
+				const std::string Problem = Target.bIsWrittenBeside && !bFlushAll
+					? Target.Access->FlushFile(GetFolderOf(Target.Path) + Target.TemporaryName)
+					: std::string();
 				if (!Problem.empty())
 				{
 					return "`" + Target.Path + "` cannot be restored: " + Problem;
@@ -176,7 +183,8 @@ namespace Velmora
 		/** Waits until all that was done is on the disk. */
 		void Flush() const
 		{
-			if (std::count_if(Targets.begin(), Targets.end(), [](const FTarget& Target) { return !(Target.Present == Target.Wanted); }) > MaxSingleFlushes)
+			if (std::count_if(Targets.begin(), Targets.end(), [](const FTarget& Target) { return !(Target.Present == Target.Wanted); }) >
+				MaxSingleFlushes)
 			{
 				FlushAll();
 				return;
@@ -220,16 +228,18 @@ namespace Velmora
 				}
 			}
 			// The inner ones first. One that holds something of the user's stays.
-			std::stable_sort(MadeFolders.begin(), MadeFolders.end(), [](const FFolder& A, const FFolder& B) { return A.Path.size() > B.Path.size(); });
+			std::stable_sort(
+				MadeFolders.begin(), MadeFolders.end(), [](const FFolder& A, const FFolder& B) { return A.Path.size() > B.Path.size(); });
 			for (const FFolder& Made : MadeFolders)
 			{
 				if (Made.Access->RemoveFolder(Made.Path).empty())
 				{
-					Steps.push_back([Made]
-					{
-						std::vector<std::string> Again;
-						return Made.Access->MakeParents(Made.Path + "/x", Again);
-					});
+					Steps.push_back(
+						[Made]
+						{
+							std::vector<std::string> Again;
+							return Made.Access->MakeParents(Made.Path + "/x", Again);
+						});
 				}
 			}
 			for (FTarget& Target : Targets)
@@ -323,18 +333,20 @@ namespace Velmora
 			}
 			if (Problem.empty())
 			{
-				Problem = Target.bIsWrittenBeside ? Target.Access->PutInPlace(Target.Path, MakeOptions(Target, Target.Wanted)) : Put(Target, Target.Wanted);
+				Problem = Target.bIsWrittenBeside ? Target.Access->PutInPlace(Target.Path, MakeOptions(Target, Target.Wanted))
+												  : Put(Target, Target.Wanted);
 				Target.bIsWrittenBeside = false; // In place, or cleared away.
 			}
 			if (!Problem.empty())
 			{
 				return "`" + Target.Path + "` cannot be restored: " + Problem;
 			}
-			Steps.push_back([this, &Target]
-			{
-				const std::string Failure = Put(Target, Target.Present);
-				return Failure.empty() ? Failure : "`" + Target.Path + "`: " + Failure;
-			});
+			Steps.push_back(
+				[this, &Target]
+				{
+					const std::string Failure = Put(Target, Target.Present);
+					return Failure.empty() ? Failure : "`" + Target.Path + "`: " + Failure;
+				});
 			return std::string();
 		}
 
@@ -353,7 +365,9 @@ namespace Velmora
 			std::string Bytes;
 			const bool bIsHeld = &State == &Target.Present && Target.PresentKept.empty();
 			const std::string Problem = bIsHeld ? std::string() : Journal.ReadKept(State.Hash, Bytes);
-			return bIsHeld ? Target.Access->Write(Target.Path, Target.PresentBytes, Options) : Problem.empty() ? Target.Access->Write(Target.Path, Bytes, Options) : Problem;
+			return bIsHeld		  ? Target.Access->Write(Target.Path, Target.PresentBytes, Options)
+				: Problem.empty() ? Target.Access->Write(Target.Path, Bytes, Options)
+								  : Problem;
 		}
 
 		/** Keeps what somebody else made of a file, under a name beside it. */
@@ -365,7 +379,8 @@ namespace Velmora
 				Notices.push_back(Name + " had been removed since; it is back as it was.");
 				return std::string();
 			}
-			const bool bIsOnlyMode = Target.Present.Kind == EEntryKind::File && (Target.Present.Hash == Target.Wanted.Hash || Target.Present.Hash == Target.Expected.Hash);
+			const bool bIsOnlyMode = Target.Present.Kind == EEntryKind::File &&
+				(Target.Present.Hash == Target.Wanted.Hash || Target.Present.Hash == Target.Expected.Hash);
 			if (bIsOnlyMode)
 			{
 				return std::string();
@@ -393,8 +408,10 @@ namespace Velmora
 							Copy.Access->FlushFile(Copy.Path);
 							Copy.Access->FlushFolderOf(Copy.Path);
 						}
-						const char* const Now = Target.Wanted.Kind == EEntryKind::Absent ? "It is gone again, as before the request" : "It is back as it was before the request";
-						Notices.push_back(Name + " had been changed by hand since. " + Now + "; what you had made of it is in `" + Copy.Path + "`.");
+						const char* const Now = Target.Wanted.Kind == EEntryKind::Absent ? "It is gone again, as before the request"
+																						 : "It is back as it was before the request";
+						Notices.push_back(
+							Name + " had been changed by hand since. " + Now + "; what you had made of it is in `" + Copy.Path + "`.");
 					}
 					return Problem;
 				}
@@ -415,14 +432,18 @@ namespace Velmora
 		std::vector<std::function<std::string()>> Steps;
 	};
 
-	FUndoResult FChangeJournal::Undo(const std::string& TransactionId, const std::string& ConversationId, const std::function<std::string(int MessageIndex)>& Commit)
+	FUndoResult FChangeJournal::Undo(
+		const std::string& TransactionId, const std::string& ConversationId, const std::function<std::string(int MessageIndex)>& Commit)
 	{
 		const std::scoped_lock Guard(WorkMutex);
 		FTransactions Undone;
 		{
 			const std::scoped_lock ListGuard(ListMutex);
-			const auto First = std::find_if(Transactions.begin(), Transactions.end(), [&](const std::shared_ptr<FTransaction>& Transaction) { return Transaction->Id == TransactionId && Transaction->ConversationId == ConversationId; });
-			std::copy_if(First, Transactions.end(), std::back_inserter(Undone), [&](const std::shared_ptr<FTransaction>& Transaction) { return Transaction->ConversationId == ConversationId; });
+			const auto First = std::find_if(Transactions.begin(), Transactions.end(),
+				[&](const std::shared_ptr<FTransaction>& Transaction)
+				{ return Transaction->Id == TransactionId && Transaction->ConversationId == ConversationId; });
+			std::copy_if(First, Transactions.end(), std::back_inserter(Undone),
+				[&](const std::shared_ptr<FTransaction>& Transaction) { return Transaction->ConversationId == ConversationId; });
 		}
 		FUndoResult Result;
 		if (Undone.empty())
@@ -430,9 +451,11 @@ namespace Velmora
 			Result.Problem = "What was done after that message is not known any more, so nothing was undone.";
 			return Result;
 		}
-		if (std::any_of(Undone.begin(), Undone.end(), [](const std::shared_ptr<FTransaction>& Transaction) { return Transaction->bIsDropped; }))
+		if (std::any_of(
+				Undone.begin(), Undone.end(), [](const std::shared_ptr<FTransaction>& Transaction) { return Transaction->bIsDropped; }))
 		{
-			Result.Problem = "Former contents are kept up to " + std::to_string(Limit / (1024 * 1024)) + " MB; those of that message had to make room for later ones, so nothing was undone.";
+			Result.Problem = "Former contents are kept up to " + std::to_string(Limit / (1024 * 1024)) +
+				" MB; those of that message had to make room for later ones, so nothing was undone.";
 			return Result;
 		}
 
@@ -472,7 +495,8 @@ namespace Velmora
 		{
 			bMayHaveLeftovers = true;
 			Problem += Problem.back() == '.' ? "" : ".";
-			Result.Problem = Lost.empty() ? "Nothing was undone. " + Problem : "The undo stopped half-way and could not be taken back; try it again. " + Problem + Lost;
+			Result.Problem = Lost.empty() ? "Nothing was undone. " + Problem
+										  : "The undo stopped half-way and could not be taken back; try it again. " + Problem + Lost;
 			return Result;
 		}
 
@@ -480,8 +504,15 @@ namespace Velmora
 		Result.Notices = std::move(Run.Notices);
 		{
 			const std::scoped_lock ListGuard(ListMutex);
-			std::erase_if(Transactions, [&Undone](const std::shared_ptr<FTransaction>& Transaction) { return std::find(Undone.begin(), Undone.end(), Transaction) != Undone.end(); });
-			std::erase_if(Performed, [&](const FPerformedChange& Change) { return std::any_of(Undone.begin(), Undone.end(), [&Change](const std::shared_ptr<FTransaction>& Transaction) { return Transaction->Id == Change.TransactionId; }); });
+			std::erase_if(Transactions,
+				[&Undone](const std::shared_ptr<FTransaction>& Transaction)
+				{ return std::find(Undone.begin(), Undone.end(), Transaction) != Undone.end(); });
+			std::erase_if(Performed,
+				[&](const FPerformedChange& Change)
+				{
+					return std::any_of(Undone.begin(), Undone.end(),
+						[&Change](const std::shared_ptr<FTransaction>& Transaction) { return Transaction->Id == Change.TransactionId; });
+				});
 		}
 		for (const std::shared_ptr<FTransaction>& Transaction : Undone)
 		{

@@ -10,6 +10,7 @@ namespace Velmora
 	{
 		constexpr size_t BlockBytes = 64;
 
+		// clang-format off
 		constexpr std::array<uint32_t, 64> RoundConstants = {
 			0x428a2f98, 0x71374491, 0xb5c0fbcf, 0xe9b5dba5, 0x3956c25b, 0x59f111f1, 0x923f82a4, 0xab1c5ed5,
 			0xd807aa98, 0x12835b01, 0x243185be, 0x550c7dc3, 0x72be5d74, 0x80deb1fe, 0x9bdc06a7, 0xc19bf174,
@@ -20,6 +21,7 @@ namespace Velmora
 			0x19a4c116, 0x1e376c08, 0x2748774c, 0x34b0bcb5, 0x391c0cb3, 0x4ed8aa4a, 0x5b9cca4f, 0x682e6ff3,
 			0x748f82ee, 0x78a5636f, 0x84c87814, 0x8cc70208, 0x90befffa, 0xa4506ceb, 0xbef9a3f7, 0xc67178f2,
 		};
+		// clang-format on
 
 		using FHashState = std::array<uint32_t, 8>;
 
@@ -39,14 +41,16 @@ namespace Velmora
 			{
 				const uint32_t A = Schedule[Index - 15];
 				const uint32_t B = Schedule[Index - 2];
-				Schedule[Index] = Schedule[Index - 16] + (std::rotr(A, 7) ^ std::rotr(A, 18) ^ A >> 3) + Schedule[Index - 7] + (std::rotr(B, 17) ^ std::rotr(B, 19) ^ B >> 10);
+				Schedule[Index] = Schedule[Index - 16] + (std::rotr(A, 7) ^ std::rotr(A, 18) ^ A >> 3) + Schedule[Index - 7] +
+					(std::rotr(B, 17) ^ std::rotr(B, 19) ^ B >> 10);
 			}
 			FHashState W = State;
 			for (size_t Index = 0; Index < 64; ++Index)
 			{
 				const uint32_t Choice = (W[4] & W[5]) ^ (~W[4] & W[6]);
 				const uint32_t Majority = (W[0] & W[1]) ^ (W[0] & W[2]) ^ (W[1] & W[2]);
-				const uint32_t First = W[7] + (std::rotr(W[4], 6) ^ std::rotr(W[4], 11) ^ std::rotr(W[4], 25)) + Choice + RoundConstants[Index] + Schedule[Index];
+				const uint32_t First = W[7] + (std::rotr(W[4], 6) ^ std::rotr(W[4], 11) ^ std::rotr(W[4], 25)) + Choice +
+					RoundConstants[Index] + Schedule[Index];
 				const uint32_t Second = (std::rotr(W[0], 2) ^ std::rotr(W[0], 13) ^ std::rotr(W[0], 22)) + Majority;
 				W = { First + Second, W[0], W[1], W[2], W[3] + First, W[4], W[5], W[6] };
 			}

@@ -61,12 +61,18 @@ namespace Velmora
 			}
 		}
 
-		std::string DescribeLastError() { return DescribeError(errno); }
+		std::string DescribeLastError()
+		{
+			return DescribeError(errno);
+		}
 
 		FEntryInfo ToEntryInfo(const struct stat& Status)
 		{
 			FEntryInfo Info;
-			Info.Kind = S_ISREG(Status.st_mode) ? EEntryKind::File : S_ISDIR(Status.st_mode) ? EEntryKind::Folder : S_ISLNK(Status.st_mode) ? EEntryKind::Link : EEntryKind::Other;
+			Info.Kind = S_ISREG(Status.st_mode) ? EEntryKind::File
+				: S_ISDIR(Status.st_mode)		? EEntryKind::Folder
+				: S_ISLNK(Status.st_mode)		? EEntryKind::Link
+												: EEntryKind::Other;
 			Info.Mode = Status.st_mode & 07777;
 			Info.Size = static_cast<uint64_t>(Status.st_size);
 			return Info;
@@ -284,7 +290,8 @@ namespace Velmora
 			return false;
 		}
 		// To the superuser everything is writable; a file marked as read-only is meant to stay all the same.
-		return S_ISLNK(Status.st_mode) || ((Status.st_mode & 0222) != 0 && faccessat(Folder.Get(), Name.c_str(), W_OK, AT_EACCESS | AT_SYMLINK_NOFOLLOW) == 0);
+		return S_ISLNK(Status.st_mode) ||
+			((Status.st_mode & 0222) != 0 && faccessat(Folder.Get(), Name.c_str(), W_OK, AT_EACCESS | AT_SYMLINK_NOFOLLOW) == 0);
 	}
 
 	std::string FProjectAccess::Write(const std::string& Path, std::string_view Bytes, const FWriteOptions& Options) const
@@ -306,7 +313,8 @@ namespace Velmora
 		return Folder.IsOpen() ? WriteBeside(Folder, Name, Bytes, Options, EFlush::Begin) : DescribeLastError();
 	}
 
-	std::string FProjectAccess::WriteBeside(const FFileDescriptor& Folder, const std::string& Name, std::string_view Bytes, const FWriteOptions& Options, EFlush Flushing) const
+	std::string FProjectAccess::WriteBeside(
+		const FFileDescriptor& Folder, const std::string& Name, std::string_view Bytes, const FWriteOptions& Options, EFlush Flushing) const
 	{
 		struct stat Old = {};
 		const bool bHasOld = fstatat(Folder.Get(), Name.c_str(), &Old, AT_SYMLINK_NOFOLLOW) == 0;

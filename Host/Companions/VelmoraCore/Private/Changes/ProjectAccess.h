@@ -34,7 +34,8 @@ namespace Velmora
 	/** How FProjectAccess keeps a path below its folder. */
 	enum class EAccessMethod
 	{
-		/** The system resolves it in one step below the folder; links that stay inside are followed. Where the system refuses that, the walk. */
+		/** The system resolves it in one step below the folder; links that stay inside are followed. Where the system refuses that, the
+		   walk. */
 		Automatic,
 
 		/** Folder by folder; no link is followed. */
@@ -130,7 +131,8 @@ namespace Velmora
 		FFileDescriptor OpenBeneath(const std::string& Path, int Flags) const;
 		FFileDescriptor OpenByWalk(const std::string& Path, int Flags) const;
 		FFileDescriptor OpenParent(const std::string& Path, std::string& OutName) const;
-		std::string WriteBeside(const FFileDescriptor& Folder, const std::string& Name, std::string_view Bytes, const FWriteOptions& Options, EFlush Flushing) const;
+		std::string WriteBeside(const FFileDescriptor& Folder, const std::string& Name, std::string_view Bytes,
+			const FWriteOptions& Options, EFlush Flushing) const;
 		std::string PutInPlace(const FFileDescriptor& Folder, const std::string& Name, const FWriteOptions& Options) const;
 		void Flush(const FFileDescriptor& Folder) const;
 

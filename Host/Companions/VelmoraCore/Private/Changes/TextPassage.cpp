@@ -24,7 +24,10 @@ namespace Velmora::TextPassage
 			bool bHasCarriageReturns = false;
 		};
 
-		size_t UnitBytes(const FShape& Shape) { return Shape.Encoding == EEncoding::Bytes ? 1 : 2; }
+		size_t UnitBytes(const FShape& Shape)
+		{
+			return Shape.Encoding == EEncoding::Bytes ? 1 : 2;
+		}
 
 		std::string Encode(std::string_view Text, const FShape& Shape)
 		{
@@ -71,7 +74,8 @@ namespace Velmora::TextPassage
 			const std::string LineFeed = Encode("\n", Shape);
 			const std::string CarriageReturn = Encode("\r", Shape);
 			const size_t First = FindUnits(Bytes, LineFeed, Shape.MarkBytes, Shape);
-			Shape.bHasCarriageReturns = First != std::string_view::npos && First >= Shape.MarkBytes + CarriageReturn.size() && Bytes.substr(First - CarriageReturn.size(), CarriageReturn.size()) == CarriageReturn;
+			Shape.bHasCarriageReturns = First != std::string_view::npos && First >= Shape.MarkBytes + CarriageReturn.size() &&
+				Bytes.substr(First - CarriageReturn.size(), CarriageReturn.size()) == CarriageReturn;
 			return Shape;
 		}
 
@@ -131,7 +135,9 @@ namespace Velmora::TextPassage
 			if (Count == 1)
 			{
 				bIsFound = true;
-				OutBytes = std::string(Bytes.substr(0, First)) + Encode(WithLineEnds(New, bHasLines ? bHasCarriageReturns : Shape.bHasCarriageReturns), Shape) + std::string(Bytes.substr(First + Part.size()));
+				OutBytes = std::string(Bytes.substr(0, First)) +
+					Encode(WithLineEnds(New, bHasLines ? bHasCarriageReturns : Shape.bHasCarriageReturns), Shape) +
+					std::string(Bytes.substr(First + Part.size()));
 			}
 		}
 		return bIsFound && OutCount == 1;

@@ -25,9 +25,11 @@ namespace Velmora
 		constexpr int32 MaxWaitingPages = 8000;
 
 		const TCHAR* const BusyProblem = TEXT("The conversation store is busy: another program is using it. Try again in a moment.");
-		/** The store has one user at a time; on a slow disk the first opening, or a message of the agent's, can take longer than a frame may wait. */
+		/** The store has one user at a time; on a slow disk the first opening, or a message of the agent's, can take longer than a frame
+		 * may wait. */
 		const TCHAR* const OccupiedProblem = TEXT("The conversation store is still at work on the disk. Try again in a moment.");
-		const TCHAR* const DamagedProblem = TEXT("The conversation store is damaged. It is being set aside and what can be read is recovered. Try again in a moment.");
+		const TCHAR* const DamagedProblem =
+			TEXT("The conversation store is damaged. It is being set aside and what can be read is recovered. Try again in a moment.");
 
 		/** Weak, so that the last one who uses a store closes it. */
 		struct FDefaultStore
@@ -87,38 +89,39 @@ namespace Velmora
 	EStoreResult FConversationStore::Append(FConversationMetadata& InOutConversation, int32 First, FString& OutProblem)
 	{
 		const FDateTime Now = FDateTime::UtcNow();
-		const EStoreResult Result = Run(EAccess::Write, FramePatienceMilliseconds, OutProblem, [&](FSqliteConnection& Database)
-		{
-			StoreSchema::FConversationRow Row;
-			const StoreSchema::EFound Found = StoreSchema::FindConversation(Database, InOutConversation.Id, Row);
-			if (Found == StoreSchema::EFound::Failed || Found == StoreSchema::EFound::Damaged)
+		const EStoreResult Result = Run(EAccess::Write, FramePatienceMilliseconds, OutProblem,
+			[&](FSqliteConnection& Database)
 			{
-				bHasFoundRot = Found == StoreSchema::EFound::Damaged;
-				return EStoreResult::Failed;
-			}
-			const bool bIsNew = Found == StoreSchema::EFound::No;
-			const int32 Start = bIsNew ? 0 : First;
-			Row.Mode = static_cast<int64>(InOutConversation.Mode);
-			Row.Updated = Now.GetTicks();
-			Row.Opening = StoreSchema::MakeOpening(InOutConversation.Messages);
-			if (bIsNew)
-			{
-				Row.Id = StoreSchema::EncodeId(InOutConversation.Id);
-			}
-			if (!(bIsNew ? StoreSchema::InsertConversation(Database, Row) : StoreSchema::UpdateConversation(Database, Row)))
-			{
-				return EStoreResult::Failed;
-			}
-			for (int32 Index = Start; Index < InOutConversation.Messages.Num(); ++Index)
-			{
-				int64 Key = 0;
-				if (!StoreSchema::AddMessage(Database, Row.Number, InOutConversation.Messages[Index], Key))
+				StoreSchema::FConversationRow Row;
+				const StoreSchema::EFound Found = StoreSchema::FindConversation(Database, InOutConversation.Id, Row);
+				if (Found == StoreSchema::EFound::Failed || Found == StoreSchema::EFound::Damaged)
+				{
+					bHasFoundRot = Found == StoreSchema::EFound::Damaged;
+					return EStoreResult::Failed;
+				}
+				const bool bIsNew = Found == StoreSchema::EFound::No;
+				const int32 Start = bIsNew ? 0 : First;
+				Row.Mode = static_cast<int64>(InOutConversation.Mode);
+				Row.Updated = Now.GetTicks();
+				Row.Opening = StoreSchema::MakeOpening(InOutConversation.Messages);
+				if (bIsNew)
+				{
+					Row.Id = StoreSchema::EncodeId(InOutConversation.Id);
+				}
+				if (!(bIsNew ? StoreSchema::InsertConversation(Database, Row) : StoreSchema::UpdateConversation(Database, Row)))
 				{
 					return EStoreResult::Failed;
 				}
-			}
-			return EStoreResult::Done;
-		});
+				for (int32 Index = Start; Index < InOutConversation.Messages.Num(); ++Index)
+				{
+					int64 Key = 0;
+					if (!StoreSchema::AddMessage(Database, Row.Number, InOutConversation.Messages[Index], Key))
+					{
+						return EStoreResult::Failed;
+					}
+				}
+				return EStoreResult::Done;
+			});
 		if (Result == EStoreResult::Done)
 		{
 			InOutConversation.LastUpdated = StoreSchema::ToLocalTime(Now.GetTicks());
@@ -126,81 +129,90 @@ namespace Velmora
 		return Result;
 	}
 
-	EStoreResult FConversationStore::AppendMessage(const FString& Id, const FConversationMessage& Message, int64& OutKey, FString& OutProblem)
+	EStoreResult FConversationStore::AppendMessage(
+		const FString& Id, const FConversationMessage& Message, int64& OutKey, FString& OutProblem)
 	{
-		return Run(EAccess::Write, WorkerPatienceMilliseconds, OutProblem, [&](FSqliteConnection& Database)
-		{
-			StoreSchema::FConversationRow Row;
-			const StoreSchema::EFound Found = StoreSchema::FindConversation(Database, Id, Row);
-			if (Found != StoreSchema::EFound::Yes)
+		return Run(EAccess::Write, WorkerPatienceMilliseconds, OutProblem,
+			[&](FSqliteConnection& Database)
 			{
-				bHasFoundRot = Found == StoreSchema::EFound::Damaged;
-				return Found == StoreSchema::EFound::No ? EStoreResult::Missing : EStoreResult::Failed;
-			}
-			Row.Updated = FDateTime::UtcNow().GetTicks();
-			return StoreSchema::UpdateConversation(Database, Row) && StoreSchema::AddMessage(Database, Row.Number, Message, OutKey) ? EStoreResult::Done : EStoreResult::Failed;
-		});
+				StoreSchema::FConversationRow Row;
+				const StoreSchema::EFound Found = StoreSchema::FindConversation(Database, Id, Row);
+				if (Found != StoreSchema::EFound::Yes)
+				{
+					bHasFoundRot = Found == StoreSchema::EFound::Damaged;
+					return Found == StoreSchema::EFound::No ? EStoreResult::Missing : EStoreResult::Failed;
+				}
+				Row.Updated = FDateTime::UtcNow().GetTicks();
+				return StoreSchema::UpdateConversation(Database, Row) && StoreSchema::AddMessage(Database, Row.Number, Message, OutKey)
+					? EStoreResult::Done
+					: EStoreResult::Failed;
+			});
 	}
 
 	EStoreResult FConversationStore::Withdraw(const FString& Id, int64 Key, FString& OutProblem)
 	{
-		return Run(EAccess::Write, FramePatienceMilliseconds, OutProblem, [&](FSqliteConnection& Database)
-		{
-			// Deleted meanwhile, its number may belong to another conversation.
-			StoreSchema::FConversationRow Row;
-			const StoreSchema::EFound Found = StoreSchema::FindConversation(Database, Id, Row);
-			if (Found != StoreSchema::EFound::Yes || Row.Number != StoreSchema::GetNumber(Key))
+		return Run(EAccess::Write, FramePatienceMilliseconds, OutProblem,
+			[&](FSqliteConnection& Database)
 			{
-				return Found == StoreSchema::EFound::Failed ? EStoreResult::Failed : EStoreResult::Missing;
-			}
-			return StoreSchema::DeleteMessage(Database, Key) ? EStoreResult::Done : EStoreResult::Failed;
-		});
+				// Deleted meanwhile, its number may belong to another conversation.
+				StoreSchema::FConversationRow Row;
+				const StoreSchema::EFound Found = StoreSchema::FindConversation(Database, Id, Row);
+				if (Found != StoreSchema::EFound::Yes || Row.Number != StoreSchema::GetNumber(Key))
+				{
+					return Found == StoreSchema::EFound::Failed ? EStoreResult::Failed : EStoreResult::Missing;
+				}
+				return StoreSchema::DeleteMessage(Database, Key) ? EStoreResult::Done : EStoreResult::Failed;
+			});
 	}
 
 	EStoreResult FConversationStore::TruncateMessages(const FString& Id, int32 KeepCount, FString& OutProblem)
 	{
-		return Run(EAccess::Write, FramePatienceMilliseconds, OutProblem, [&](FSqliteConnection& Database)
-		{
-			StoreSchema::FConversationRow Row;
-			const StoreSchema::EFound Found = StoreSchema::FindConversation(Database, Id, Row);
-			if (Found != StoreSchema::EFound::Yes)
+		return Run(EAccess::Write, FramePatienceMilliseconds, OutProblem,
+			[&](FSqliteConnection& Database)
 			{
-				bHasFoundRot = Found == StoreSchema::EFound::Damaged;
-				return Found == StoreSchema::EFound::No ? EStoreResult::Missing : EStoreResult::Failed;
-			}
-			if (KeepCount <= 0)
-			{
-				return StoreSchema::DeleteConversation(Database, Row.Number) ? EStoreResult::Done : EStoreResult::Failed;
-			}
-			if (!StoreSchema::DeleteMessagesBehind(Database, Row.Number, KeepCount))
-			{
-				return EStoreResult::Failed;
-			}
-			TArray<FConversationMessage> Head;
-			if (StoreSchema::ReadMessages(Database, Row.Number, StoreSchema::MaxOpeningMessages, Head) != StoreSchema::EFound::Yes)
-			{
-				return EStoreResult::Failed;
-			}
-			Row.Opening = StoreSchema::MakeOpening(Head);
-			Row.Updated = FDateTime::UtcNow().GetTicks();
-			return StoreSchema::UpdateConversation(Database, Row) ? EStoreResult::Done : EStoreResult::Failed;
-		});
+				StoreSchema::FConversationRow Row;
+				const StoreSchema::EFound Found = StoreSchema::FindConversation(Database, Id, Row);
+				if (Found != StoreSchema::EFound::Yes)
+				{
+					bHasFoundRot = Found == StoreSchema::EFound::Damaged;
+					return Found == StoreSchema::EFound::No ? EStoreResult::Missing : EStoreResult::Failed;
+				}
+				if (KeepCount <= 0)
+				{
+					return StoreSchema::DeleteConversation(Database, Row.Number) ? EStoreResult::Done : EStoreResult::Failed;
+				}
+				if (!StoreSchema::DeleteMessagesBehind(Database, Row.Number, KeepCount))
+				{
+					return EStoreResult::Failed;
+				}
+				TArray<FConversationMessage> Head;
+				if (StoreSchema::ReadMessages(Database, Row.Number, StoreSchema::MaxOpeningMessages, Head) != StoreSchema::EFound::Yes)
+				{
+					return EStoreResult::Failed;
+				}
+				Row.Opening = StoreSchema::MakeOpening(Head);
+				Row.Updated = FDateTime::UtcNow().GetTicks();
+				return StoreSchema::UpdateConversation(Database, Row) ? EStoreResult::Done : EStoreResult::Failed;
+			});
 	}
 
 	EStoreResult FConversationStore::Load(const FString& Id, FConversationMetadata& OutConversation, FString& OutProblem)
 	{
-		return Run(EAccess::Read, FramePatienceMilliseconds, OutProblem, [&](FSqliteConnection& Database)
-		{
-			StoreSchema::FConversationRow Row;
-			StoreSchema::EFound Found = StoreSchema::FindConversation(Database, Id, Row);
-			if (Found == StoreSchema::EFound::Yes)
+		return Run(EAccess::Read, FramePatienceMilliseconds, OutProblem,
+			[&](FSqliteConnection& Database)
 			{
-				OutConversation = StoreSchema::ToMetadata(Row);
-				Found = StoreSchema::ReadMessages(Database, Row.Number, -1, OutConversation.Messages);
-			}
-			bHasFoundRot = Found == StoreSchema::EFound::Damaged;
-			return Found == StoreSchema::EFound::Yes ? EStoreResult::Done : Found == StoreSchema::EFound::No ? EStoreResult::Missing : EStoreResult::Failed;
-		});
+				StoreSchema::FConversationRow Row;
+				StoreSchema::EFound Found = StoreSchema::FindConversation(Database, Id, Row);
+				if (Found == StoreSchema::EFound::Yes)
+				{
+					OutConversation = StoreSchema::ToMetadata(Row);
+					Found = StoreSchema::ReadMessages(Database, Row.Number, -1, OutConversation.Messages);
+				}
+				bHasFoundRot = Found == StoreSchema::EFound::Damaged;
+				return Found == StoreSchema::EFound::Yes ? EStoreResult::Done
+					: Found == StoreSchema::EFound::No	 ? EStoreResult::Missing
+														 : EStoreResult::Failed;
+			});
 	}
 
 	EStoreResult FConversationStore::Delete(const FString& Id, FString& OutProblem)
@@ -210,20 +222,19 @@ namespace Velmora
 
 	EStoreResult FConversationStore::Clear(FString& OutProblem)
 	{
-		return Run(EAccess::Write, FramePatienceMilliseconds, OutProblem, [](FSqliteConnection& Database)
-		{
-			return StoreSchema::DeleteAll(Database) ? EStoreResult::Done : EStoreResult::Failed;
-		});
+		return Run(EAccess::Write, FramePatienceMilliseconds, OutProblem,
+			[](FSqliteConnection& Database) { return StoreSchema::DeleteAll(Database) ? EStoreResult::Done : EStoreResult::Failed; });
 	}
 
 	EStoreResult FConversationStore::GetSummaries(TArray<FConversationMetadata>& OutSummaries, FString& OutProblem)
 	{
-		return Run(EAccess::Read, FramePatienceMilliseconds, OutProblem, [&](FSqliteConnection& Database)
-		{
-			const StoreSchema::EFound Found = StoreSchema::ReadSummaries(Database, OutSummaries);
-			bHasFoundRot = Found == StoreSchema::EFound::Damaged;
-			return Found == StoreSchema::EFound::Yes ? EStoreResult::Done : EStoreResult::Failed;
-		});
+		return Run(EAccess::Read, FramePatienceMilliseconds, OutProblem,
+			[&](FSqliteConnection& Database)
+			{
+				const StoreSchema::EFound Found = StoreSchema::ReadSummaries(Database, OutSummaries);
+				bHasFoundRot = Found == StoreSchema::EFound::Damaged;
+				return Found == StoreSchema::EFound::Yes ? EStoreResult::Done : EStoreResult::Failed;
+			});
 	}
 
 	bool FConversationStore::ReadSummaries(const FString& Path, TArray<FConversationMetadata>& OutSummaries, bool& bOutIsDamaged)
@@ -244,7 +255,8 @@ namespace Velmora
 		if (Database.Open(Bytes, true))
 		{
 			Database.SetPatience(WorkerPatienceMilliseconds);
-			if (Database.ReadInteger("PRAGMA application_id", 0) == StoreSchema::ApplicationId && Database.ReadInteger("PRAGMA user_version", 0) == StoreSchema::Version)
+			if (Database.ReadInteger("PRAGMA application_id", 0) == StoreSchema::ApplicationId &&
+				Database.ReadInteger("PRAGMA user_version", 0) == StoreSchema::Version)
 			{
 				const StoreSchema::EFound Found = StoreSchema::ReadSummaries(Database, OutSummaries);
 				bOutIsDamaged = Found == StoreSchema::EFound::Damaged || (Found == StoreSchema::EFound::Failed && Database.IsDamaged());
@@ -257,7 +269,8 @@ namespace Velmora
 		return false;
 	}
 
-	EStoreResult FConversationStore::Run(EAccess Access, int32 PatienceMilliseconds, FString& OutProblem, const TFunction<EStoreResult(FSqliteConnection&)>& Work)
+	EStoreResult FConversationStore::Run(
+		EAccess Access, int32 PatienceMilliseconds, FString& OutProblem, const TFunction<EStoreResult(FSqliteConnection&)>& Work)
 	{
 		OutProblem.Empty();
 		const FTurn Turn(*this, PatienceMilliseconds);
@@ -300,7 +313,8 @@ namespace Velmora
 		// take it for done. So it stays, unless it cannot even begin.
 		if (Connection)
 		{
-			const bool bIsOfUse = Connection->IsBusy() || (bHasBegun && !bHasFoundRot && !Connection->IsDamaged() && !Connection->IsReadOnly());
+			const bool bIsOfUse =
+				Connection->IsBusy() || (bHasBegun && !bHasFoundRot && !Connection->IsDamaged() && !Connection->IsReadOnly());
 			if (bHasBegun)
 			{
 				Connection->Execute("ROLLBACK");
@@ -349,7 +363,8 @@ namespace Velmora
 				Connection.reset();
 				if (Error != ENOENT)
 				{
-					OutProblem = FString(TEXT("The conversation store ")) + Path + TEXT(" cannot be used: ") + DescribeSystemError(Error) + TEXT(".");
+					OutProblem = FString(TEXT("The conversation store ")) + Path + TEXT(" cannot be used: ") + DescribeSystemError(Error) +
+						TEXT(".");
 					return false;
 				}
 				bIsOpening = true;

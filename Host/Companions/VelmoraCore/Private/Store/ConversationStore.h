@@ -19,9 +19,9 @@ namespace Velmora
 	/** How an operation on the store ended. */
 	enum class EStoreResult
 	{
-		Done,		// For changes: on disk.
-		Missing,	// The store has no such conversation. Nothing has changed.
-		Failed		// The problem says why. Nothing has changed.
+		Done, // For changes: on disk.
+		Missing, // The store has no such conversation. Nothing has changed.
+		Failed // The problem says why. Nothing has changed.
 	};
 
 	/**
@@ -73,7 +73,8 @@ namespace Velmora
 		EStoreResult Delete(const FString& Id, FString& OutProblem);
 		EStoreResult Clear(FString& OutProblem);
 
-		/** All conversations, the latest first, each with its messages up to the first one of the user (see StoreSchema::MakeOpening) and no more. */
+		/** All conversations, the latest first, each with its messages up to the first one of the user (see StoreSchema::MakeOpening) and
+		 * no more. */
 		EStoreResult GetSummaries(TArray<FConversationMetadata>& OutSummaries, FString& OutProblem);
 
 		/**
@@ -105,9 +106,9 @@ namespace Velmora
 		enum class EDamage
 		{
 			None = 0,
-			Broken = 1,		// Not readable as a database, or not consistent.
-			Foreign = 2,	// Another program's.
-			Newer = 3		// Of a later version of this one.
+			Broken = 1, // Not readable as a database, or not consistent.
+			Foreign = 2, // Another program's.
+			Newer = 3 // Of a later version of this one.
 		};
 
 		enum class EAccess
@@ -117,7 +118,8 @@ namespace Velmora
 		};
 
 		/** Opens what must be open and does the work in one transaction, which is kept if the work is done. */
-		EStoreResult Run(EAccess Access, int32 PatienceMilliseconds, FString& OutProblem, const TFunction<EStoreResult(FSqliteConnection&)>& Work);
+		EStoreResult Run(
+			EAccess Access, int32 PatienceMilliseconds, FString& OutProblem, const TFunction<EStoreResult(FSqliteConnection&)>& Work);
 
 		// The caller of these has the turn.
 		bool Open(int32 PatienceMilliseconds, FString& OutProblem);
@@ -137,7 +139,7 @@ namespace Velmora
 		{
 			Sound,
 			Damaged,
-			Unknown	// It could not be read to its end.
+			Unknown // It could not be read to its end.
 		};
 		EVerdict CheckWholeFile() const;
 		void RecoverPending();

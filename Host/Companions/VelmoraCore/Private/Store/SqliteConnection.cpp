@@ -108,7 +108,8 @@ namespace Velmora
 
 	bool FSqliteConnection::Open(const std::string& Path, bool bReadOnly)
 	{
-		OpenCode = sqlite3_open_v2(Path.c_str(), &Database, (bReadOnly ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE) | SQLITE_OPEN_NOMUTEX, nullptr);
+		OpenCode = sqlite3_open_v2(
+			Path.c_str(), &Database, (bReadOnly ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE) | SQLITE_OPEN_NOMUTEX, nullptr);
 		if (!Database)
 		{
 			return false;
@@ -135,11 +136,14 @@ namespace Velmora
 		constexpr int StepsBetween = 10000;
 		StopFunction = ShouldStop;
 		StopContext = Context;
-		sqlite3_progress_handler(Database, StepsBetween, [](void* Self)
-		{
-			const FSqliteConnection& Connection = *static_cast<FSqliteConnection*>(Self);
-			return Connection.StopFunction(Connection.StopContext) ? 1 : 0;
-		}, this);
+		sqlite3_progress_handler(
+			Database, StepsBetween,
+			[](void* Self)
+			{
+				const FSqliteConnection& Connection = *static_cast<FSqliteConnection*>(Self);
+				return Connection.StopFunction(Connection.StopContext) ? 1 : 0;
+			},
+			this);
 	}
 
 	bool FSqliteConnection::Execute(const char* Sql)
@@ -182,7 +186,8 @@ namespace Velmora
 
 	bool FSqliteConnection::Checkpoint(bool bEmptiesLog)
 	{
-		const bool bDone = sqlite3_wal_checkpoint_v2(Database, nullptr, bEmptiesLog ? SQLITE_CHECKPOINT_TRUNCATE : SQLITE_CHECKPOINT_PASSIVE, nullptr, nullptr) == SQLITE_OK;
+		const bool bDone = sqlite3_wal_checkpoint_v2(Database, nullptr,
+							   bEmptiesLog ? SQLITE_CHECKPOINT_TRUNCATE : SQLITE_CHECKPOINT_PASSIVE, nullptr, nullptr) == SQLITE_OK;
 		WaitingPages = 0;
 		return bDone;
 	}

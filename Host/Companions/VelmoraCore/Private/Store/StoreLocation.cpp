@@ -52,7 +52,8 @@ namespace Velmora
 		std::string Name;
 		for (const char Letter : Real.substr(Real.rfind('/') + 1).substr(0, MaxReadableName))
 		{
-			const bool bIsPlain = (Letter >= 'a' && Letter <= 'z') || (Letter >= 'A' && Letter <= 'Z') || (Letter >= '0' && Letter <= '9') || Letter == '-' || Letter == '_';
+			const bool bIsPlain = (Letter >= 'a' && Letter <= 'z') || (Letter >= 'A' && Letter <= 'Z') ||
+				(Letter >= '0' && Letter <= '9') || Letter == '-' || Letter == '_';
 			Name += bIsPlain ? Letter : '_';
 		}
 		char Hash[17];
@@ -72,7 +73,8 @@ namespace Velmora
 			{
 				if (mkdir(Part.c_str(), 0700) != 0 && errno != EEXIST)
 				{
-					OutProblem = FString(TEXT("The folder ")) + HostFileNameFromBytes(Part) + TEXT(" cannot be made: ") + HostFileNameFromBytes(strerror(errno)) + TEXT(".");
+					OutProblem = FString(TEXT("The folder ")) + HostFileNameFromBytes(Part) + TEXT(" cannot be made: ") +
+						HostFileNameFromBytes(strerror(errno)) + TEXT(".");
 					return false;
 				}
 			}

@@ -44,12 +44,13 @@ namespace Velmora::StoreNotices
 				return;
 			}
 		}
-		AsyncTask(ENamedThreads::GameThread, []
-		{
-			if (const TFunction<void()> Copy = NoticeListener)
+		AsyncTask(ENamedThreads::GameThread,
+			[]
 			{
-				Copy();
-			}
-		});
+				if (const TFunction<void()> Copy = NoticeListener)
+				{
+					Copy();
+				}
+			});
 	}
 }

@@ -53,8 +53,9 @@ namespace Velmora
 			bool bIsComplete = false;
 			{
 				FSqliteConnection Database;
-				bIsComplete = Database.Open(Path, false) && Database.ReadInteger("PRAGMA application_id", 0) == StoreSchema::ApplicationId
-					&& Database.ReadInteger("PRAGMA user_version", 0) == StoreSchema::Version && StoreSchema::HasTables(Database);
+				bIsComplete = Database.Open(Path, false) &&
+					Database.ReadInteger("PRAGMA application_id", 0) == StoreSchema::ApplicationId &&
+					Database.ReadInteger("PRAGMA user_version", 0) == StoreSchema::Version && StoreSchema::HasTables(Database);
 				FSqliteQuery Query = Database.Query("SELECT file FROM recoveries");
 				if (bIsComplete && Query.Next())
 				{
@@ -77,9 +78,10 @@ namespace Velmora
 			bool bIsMade = false;
 			{
 				FSqliteConnection Database;
-				bIsMade = Database.Open(Path, false) && StoreSchema::Create(Database)
-					&& (Pending.empty() || Database.Query("INSERT INTO recoveries(file, damage) VALUES(?, ?)").BindText(Pending).Bind(Damage).Finish())
-					&& Database.Execute("PRAGMA journal_mode=WAL");
+				bIsMade = Database.Open(Path, false) && StoreSchema::Create(Database) &&
+					(Pending.empty() ||
+						Database.Query("INSERT INTO recoveries(file, damage) VALUES(?, ?)").BindText(Pending).Bind(Damage).Finish()) &&
+					Database.Execute("PRAGMA journal_mode=WAL");
 				if (!bIsMade)
 				{
 					OutProblem = DescribeUnmade(Path, Utf8Text::FromString(Database.DescribeError()));
@@ -99,7 +101,8 @@ namespace Velmora
 		{
 			const uint64 Hash = StoreSchema::HashConversation(Number, Name, 0, 0, std::string_view());
 			char Digits[33];
-			snprintf(Digits, sizeof(Digits), "%016llX%016llX", static_cast<unsigned long long>(Hash), static_cast<unsigned long long>(Number));
+			snprintf(
+				Digits, sizeof(Digits), "%016llX%016llX", static_cast<unsigned long long>(Hash), static_cast<unsigned long long>(Number));
 			return Digits;
 		}
 
@@ -107,8 +110,8 @@ namespace Velmora
 		const TCHAR* DescribeDamage(int64 Damage)
 		{
 			return Damage == 3 ? TEXT("The conversation store was written by a later version of this program.")
-				: Damage == 2 ? TEXT("The file of the conversation store belongs to another program.")
-							  : TEXT("The conversation store was damaged.");
+				: Damage == 2  ? TEXT("The file of the conversation store belongs to another program.")
+							   : TEXT("The conversation store was damaged.");
 		}
 	}
 
@@ -122,7 +125,8 @@ namespace Velmora
 		const StoreFiles::FFolderLock Lock(Folder, FramePatienceMilliseconds);
 		if (!Lock.IsHeld())
 		{
-			OutProblem = Lock.GetError() == 0 ? FString(TEXT("The conversation store is busy: another program makes it just now. Try again in a moment."))
+			OutProblem = Lock.GetError() == 0
+				? FString(TEXT("The conversation store is busy: another program makes it just now. Try again in a moment."))
 				: DescribeFailure(TEXT("The folder of the conversation store cannot be used"), Lock.GetError());
 			return false;
 		}
@@ -177,7 +181,10 @@ namespace Velmora
 			}
 		}
 		const std::string NewPath = PathBytes + NewSuffix;
-		const std::string AsidePath = StoreFiles::MakeAsideName(PathBytes, Damage == EDamage::Broken ? "damaged" : Damage == EDamage::Newer ? "newer" : "foreign");
+		const std::string AsidePath = StoreFiles::MakeAsideName(PathBytes,
+			Damage == EDamage::Broken	   ? "damaged"
+				: Damage == EDamage::Newer ? "newer"
+										   : "foreign");
 		if (!MakeEmptyStore(NewPath, StoreFiles::GetName(AsidePath), static_cast<int64>(Damage), OutProblem))
 		{
 			return false;
@@ -204,7 +211,8 @@ namespace Velmora
 		const std::scoped_lock Lock(CheckMutex);
 		bIsCheckComing = false;
 		FString Problem;
-		if (Run(EAccess::Read, WorkerPatienceMilliseconds, Problem, [](FSqliteConnection&) { return EStoreResult::Done; }) != EStoreResult::Done)
+		if (Run(EAccess::Read, WorkerPatienceMilliseconds, Problem, [](FSqliteConnection&) { return EStoreResult::Done; }) !=
+			EStoreResult::Done)
 		{
 			return;
 		}
@@ -244,17 +252,18 @@ namespace Velmora
 			bIsLong = true;
 			FString Problem;
 			// Zeros at the end of the log mean nothing to readers. The lock keeps them from falling on what others write.
-			Run(EAccess::Write, WorkerPatienceMilliseconds, Problem, [&](FSqliteConnection&)
-			{
-				struct stat Status;
-				Log = Log >= 0 ? Log : open(LogPath.c_str(), O_WRONLY | O_CLOEXEC);
-				if (Log >= 0 && fstat(Log, &Status) == 0 && Status.st_size < ReservedLogBytes)
+			Run(EAccess::Write, WorkerPatienceMilliseconds, Problem,
+				[&](FSqliteConnection&)
 				{
-					// Without the room the log grows as it is written, as it would have done.
-					bIsLong = pwrite(Log, Zeros.data(), Zeros.size(), Status.st_size) <= 0;
-				}
-				return EStoreResult::Missing;
-			});
+					struct stat Status;
+					Log = Log >= 0 ? Log : open(LogPath.c_str(), O_WRONLY | O_CLOEXEC);
+					if (Log >= 0 && fstat(Log, &Status) == 0 && Status.st_size < ReservedLogBytes)
+					{
+						// Without the room the log grows as it is written, as it would have done.
+						bIsLong = pwrite(Log, Zeros.data(), Zeros.size(), Status.st_size) <= 0;
+					}
+					return EStoreResult::Missing;
+				});
 		}
 		if (Log >= 0)
 		{
@@ -304,17 +313,18 @@ namespace Velmora
 			std::string Name;
 			int64 Damage = 0;
 			FString Problem;
-			const EStoreResult Result = Run(EAccess::Read, WorkerPatienceMilliseconds, Problem, [&Name, &Damage](FSqliteConnection& Database)
-			{
-				FSqliteQuery Query = Database.Query("SELECT file, damage FROM recoveries LIMIT 1");
-				if (!Query.Next())
+			const EStoreResult Result = Run(EAccess::Read, WorkerPatienceMilliseconds, Problem,
+				[&Name, &Damage](FSqliteConnection& Database)
 				{
-					return Query.HasFailed() ? EStoreResult::Failed : EStoreResult::Missing;
-				}
-				Name = Query.GetBytes(0);
-				Damage = Query.GetInteger(1);
-				return EStoreResult::Done;
-			});
+					FSqliteQuery Query = Database.Query("SELECT file, damage FROM recoveries LIMIT 1");
+					if (!Query.Next())
+					{
+						return Query.HasFailed() ? EStoreResult::Failed : EStoreResult::Missing;
+					}
+					Name = Query.GetBytes(0);
+					Damage = Query.GetInteger(1);
+					return EStoreResult::Done;
+				});
 			if (Result != EStoreResult::Done || !RecoverFile(Name, static_cast<EDamage>(Damage)))
 			{
 				return;
@@ -333,7 +343,8 @@ namespace Velmora
 			Numbers = Salvage.GetNumbers();
 		}
 		struct stat Status;
-		const FDateTime FileTime = stat(AsidePath.c_str(), &Status) == 0 ? FDateTime::FromUnixTimestamp(Status.st_mtime) : FDateTime::UtcNow();
+		const FDateTime FileTime =
+			stat(AsidePath.c_str(), &Status) == 0 ? FDateTime::FromUnixTimestamp(Status.st_mtime) : FDateTime::UtcNow();
 		FString Problem;
 		int32 RecoveredCount = 0;
 		for (size_t Next = 0; Next < Numbers.size();)
@@ -345,65 +356,72 @@ namespace Velmora
 			LetOthersGoFirst();
 			size_t End = Next;
 			int32 Added = 0;
-			const EStoreResult Result = Run(EAccess::Write, WorkerPatienceMilliseconds, Problem, [&](FSqliteConnection& Database)
-			{
-				End = Next;
-				Added = 0;
-				for (int64 Units = 0; End < Numbers.size() && Units < RecoveredUnitsPerTransaction; ++End)
+			const EStoreResult Result = Run(EAccess::Write, WorkerPatienceMilliseconds, Problem,
+				[&](FSqliteConnection& Database)
 				{
-					StoreSchema::FConversationRow Row;
-					TArray<FConversationMessage> Messages;
-					Salvage.Read(Numbers[End], Row, Messages);
-					if (Row.Id.empty())
+					End = Next;
+					Added = 0;
+					for (int64 Units = 0; End < Numbers.size() && Units < RecoveredUnitsPerTransaction; ++End)
 					{
-						Row.Id = MakeRecoveredId(Name, Numbers[End]);
-						Row.Mode = static_cast<int64>(EConversationMode::General);
-						Row.Updated = FileTime.GetTicks();
-					}
-					StoreSchema::FConversationRow Known;
-					const StoreSchema::EFound Found = StoreSchema::FindConversation(Database, Utf8Text::ToString(Row.Id), Known);
-					if (Found == StoreSchema::EFound::Yes || Messages.Num() == 0)
-					{
-						continue;
-					}
-					Row.Opening = StoreSchema::MakeOpening(Messages);
-					if (Found != StoreSchema::EFound::No || !StoreSchema::InsertConversation(Database, Row))
-					{
-						return EStoreResult::Failed;
-					}
-					for (const FConversationMessage& Message : Messages)
-					{
-						int64 Key = 0;
-						if (!StoreSchema::AddMessage(Database, Row.Number, Message, Key))
+						StoreSchema::FConversationRow Row;
+						TArray<FConversationMessage> Messages;
+						Salvage.Read(Numbers[End], Row, Messages);
+						if (Row.Id.empty())
+						{
+							Row.Id = MakeRecoveredId(Name, Numbers[End]);
+							Row.Mode = static_cast<int64>(EConversationMode::General);
+							Row.Updated = FileTime.GetTicks();
+						}
+						StoreSchema::FConversationRow Known;
+						const StoreSchema::EFound Found = StoreSchema::FindConversation(Database, Utf8Text::ToString(Row.Id), Known);
+						if (Found == StoreSchema::EFound::Yes || Messages.Num() == 0)
+						{
+							continue;
+						}
+						Row.Opening = StoreSchema::MakeOpening(Messages);
+						if (Found != StoreSchema::EFound::No || !StoreSchema::InsertConversation(Database, Row))
 						{
 							return EStoreResult::Failed;
 						}
-						Units += Message.Content.Len() + 100;
+						for (const FConversationMessage& Message : Messages)
+						{
+							int64 Key = 0;
+							if (!StoreSchema::AddMessage(Database, Row.Number, Message, Key))
+							{
+								return EStoreResult::Failed;
+							}
+							Units += Message.Content.Len() + 100;
+						}
+						++Added;
 					}
-					++Added;
-				}
-				return EStoreResult::Done;
-			});
+					return EStoreResult::Done;
+				});
 			if (Result != EStoreResult::Done)
 			{
-				StoreNotices::Add(FString(DescribeDamage(static_cast<int64>(Damage))) + TEXT(" It is kept as ") + HostFileNameFromBytes(AsidePath)
-					+ TEXT(". What can be read of it could not be taken over yet: ") + Problem + TEXT(" This is tried again at the next start."));
+				StoreNotices::Add(FString(DescribeDamage(static_cast<int64>(Damage))) + TEXT(" It is kept as ") +
+					HostFileNameFromBytes(AsidePath) + TEXT(". What can be read of it could not be taken over yet: ") + Problem +
+					TEXT(" This is tried again at the next start."));
 				return false;
 			}
 			RecoveredCount += Added;
 			Next = End;
 		}
-		if (bStopsChecking || Run(EAccess::Write, WorkerPatienceMilliseconds, Problem, [&Name](FSqliteConnection& Database)
-			{
-				return Database.Query("DELETE FROM recoveries WHERE file=?").BindText(Name).Finish() ? EStoreResult::Done : EStoreResult::Failed;
-			}) != EStoreResult::Done)
+		if (bStopsChecking ||
+			Run(EAccess::Write, WorkerPatienceMilliseconds, Problem,
+				[&Name](FSqliteConnection& Database) {
+					return Database.Query("DELETE FROM recoveries WHERE file=?").BindText(Name).Finish() ? EStoreResult::Done
+																										 : EStoreResult::Failed;
+				}) != EStoreResult::Done)
 		{
 			return false;
 		}
 		const FString What = Damage != EDamage::Broken ? FString(TEXT("A new store begins."))
-			: RecoveredCount == 0 ? FString(TEXT("Nothing could be recovered from it; a new store begins."))
-			: Utf8Text::ToString(Utf8Text::Count(static_cast<size_t>(RecoveredCount), "conversation was", "conversations were") + " recovered from it.");
-		StoreNotices::Add(FString(DescribeDamage(static_cast<int64>(Damage))) + TEXT(" The old file is kept as ") + HostFileNameFromBytes(AsidePath) + TEXT(". ") + What);
+			: RecoveredCount == 0
+			? FString(TEXT("Nothing could be recovered from it; a new store begins."))
+			: Utf8Text::ToString(
+				  Utf8Text::Count(static_cast<size_t>(RecoveredCount), "conversation was", "conversations were") + " recovered from it.");
+		StoreNotices::Add(FString(DescribeDamage(static_cast<int64>(Damage))) + TEXT(" The old file is kept as ") +
+			HostFileNameFromBytes(AsidePath) + TEXT(". ") + What);
 		return true;
 	}
 }

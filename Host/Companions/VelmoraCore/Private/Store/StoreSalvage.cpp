@@ -124,7 +124,10 @@ namespace Velmora
 				return static_cast<int64>(Value);
 			}
 
-			std::string_view GetBytes(size_t Column) const { return Columns[Column].Type >= 12 ? Columns[Column].Bytes : std::string_view(); }
+			std::string_view GetBytes(size_t Column) const
+			{
+				return Columns[Column].Type >= 12 ? Columns[Column].Bytes : std::string_view();
+			}
 
 		private:
 			static size_t SizeOf(uint64 Type)
@@ -219,7 +222,8 @@ namespace Velmora
 	void FStoreSalvage::ReadLogIndex()
 	{
 		unsigned char Header[LogHeaderSize];
-		if (Log < 0 || !ReadAt(Log, 0, Header, sizeof(Header)) || (ReadBig32(Header) & ~1u) != 0x377f0682 || ReadBig32(Header + 8) != PageSize)
+		if (Log < 0 || !ReadAt(Log, 0, Header, sizeof(Header)) || (ReadBig32(Header) & ~1u) != 0x377f0682 ||
+			ReadBig32(Header + 8) != PageSize)
 		{
 			return;
 		}
@@ -252,7 +256,8 @@ namespace Velmora
 		{
 			Sum(Frame.data(), 8);
 			Sum(Frame.data() + FrameHeaderSize, PageSize);
-			if (memcmp(Frame.data() + 8, Header + 16, 8) != 0 || First != ReadBig32(Frame.data() + 16) || Second != ReadBig32(Frame.data() + 20))
+			if (memcmp(Frame.data() + 8, Header + 16, 8) != 0 || First != ReadBig32(Frame.data() + 16) ||
+				Second != ReadBig32(Frame.data() + 20))
 			{
 				return;
 			}
@@ -354,7 +359,8 @@ namespace Velmora
 		OutRow.Mode = Record.GetInteger(2);
 		OutRow.Updated = Record.GetInteger(3);
 		OutRow.Opening = Record.GetBytes(4);
-		return StoreSchema::HashConversation(OutRow.Number, OutRow.Id, OutRow.Mode, OutRow.Updated, OutRow.Opening) == static_cast<uint64>(Record.GetInteger(5));
+		return StoreSchema::HashConversation(OutRow.Number, OutRow.Id, OutRow.Mode, OutRow.Updated, OutRow.Opening) ==
+			static_cast<uint64>(Record.GetInteger(5));
 	}
 
 	bool FStoreSalvage::TakeMessage(const FCell& Cell, FConversationMessage& OutMessage) const
@@ -416,7 +422,8 @@ namespace Velmora
 		{
 			const FPlace& Place = Position->second;
 			FConversationMessage Message;
-			if ((Place.Page == LastPage || ReadPage(Place.Page, Bytes)) && ReadCell(Place.Page, Bytes, Place.Cell, Cell) && TakeMessage(Cell, Message))
+			if ((Place.Page == LastPage || ReadPage(Place.Page, Bytes)) && ReadCell(Place.Page, Bytes, Place.Cell, Cell) &&
+				TakeMessage(Cell, Message))
 			{
 				LastPage = Place.Page;
 				OutMessages.Add(MoveTemp(Message));

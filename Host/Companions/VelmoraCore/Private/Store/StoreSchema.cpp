@@ -12,19 +12,22 @@ namespace Velmora::StoreSchema
 		constexpr int32 MaxOpeningUnits = 1024;
 		constexpr TCHAR Ellipsis = 0x2026;
 
-		constexpr char CreateSql[] =
-			"BEGIN IMMEDIATE;"
-			"CREATE TABLE conversations(number INTEGER PRIMARY KEY, id TEXT NOT NULL COLLATE NOCASE UNIQUE, mode INTEGER NOT NULL, updated INTEGER NOT NULL, opening BLOB NOT NULL, checksum INTEGER NOT NULL);"
-			"CREATE TABLE messages(key INTEGER PRIMARY KEY, role INTEGER NOT NULL, flags INTEGER NOT NULL, content BLOB NOT NULL, checksum INTEGER NOT NULL);"
-			"CREATE TABLE recoveries(file TEXT PRIMARY KEY, damage INTEGER NOT NULL);"
-			"PRAGMA application_id=1447382083;"
-			"PRAGMA user_version=1;"
-			"COMMIT";
+		constexpr char CreateSql[] = "BEGIN IMMEDIATE;"
+									 "CREATE TABLE conversations(number INTEGER PRIMARY KEY, id TEXT NOT NULL COLLATE NOCASE UNIQUE, mode "
+									 "INTEGER NOT NULL, updated INTEGER NOT NULL, opening BLOB NOT NULL, checksum INTEGER NOT NULL);"
+									 "CREATE TABLE messages(key INTEGER PRIMARY KEY, role INTEGER NOT NULL, flags INTEGER NOT NULL, "
+									 "content BLOB NOT NULL, checksum INTEGER NOT NULL);"
+									 "CREATE TABLE recoveries(file TEXT PRIMARY KEY, damage INTEGER NOT NULL);"
+									 "PRAGMA application_id=1447382083;"
+									 "PRAGMA user_version=1;"
+									 "COMMIT";
 		static_assert(ApplicationId == 1447382083 && Version == 1);
 
 		constexpr char FindSql[] = "SELECT number, id, mode, updated, opening, checksum FROM conversations WHERE id=?";
-		constexpr char AllConversationsSql[] = "SELECT number, id, mode, updated, opening, checksum FROM conversations ORDER BY updated DESC, number DESC";
-		constexpr char InsertConversationSql[] = "INSERT INTO conversations(number, id, mode, updated, opening, checksum) VALUES(?, ?, ?, ?, ?, ?)";
+		constexpr char AllConversationsSql[] =
+			"SELECT number, id, mode, updated, opening, checksum FROM conversations ORDER BY updated DESC, number DESC";
+		constexpr char InsertConversationSql[] =
+			"INSERT INTO conversations(number, id, mode, updated, opening, checksum) VALUES(?, ?, ?, ?, ?, ?)";
 		constexpr char UpdateConversationSql[] = "UPDATE conversations SET mode=?, updated=?, opening=?, checksum=? WHERE number=?";
 		constexpr char LastNumberSql[] = "SELECT max(number) FROM conversations";
 		constexpr char DeleteConversationSql[] = "DELETE FROM conversations WHERE number=?";
@@ -33,7 +36,8 @@ namespace Velmora::StoreSchema
 		constexpr char DeleteMessageSql[] = "DELETE FROM messages WHERE key=?";
 		constexpr char DeleteMessagesSql[] = "DELETE FROM messages WHERE key>=? AND key<?";
 		constexpr char KeyAtSql[] = "SELECT key FROM messages WHERE key>=? AND key<? ORDER BY key LIMIT 1 OFFSET ?";
-		constexpr char MessagesSql[] = "SELECT key, role, flags, content, checksum FROM messages WHERE key>=? AND key<? ORDER BY key LIMIT ?";
+		constexpr char MessagesSql[] =
+			"SELECT key, role, flags, content, checksum FROM messages WHERE key>=? AND key<? ORDER BY key LIMIT ?";
 
 		/** Eight bytes at a time, each mixed into all bits. */
 		class FHash
@@ -77,7 +81,8 @@ namespace Velmora::StoreSchema
 			OutRow.Mode = Query.GetInteger(2);
 			OutRow.Updated = Query.GetInteger(3);
 			OutRow.Opening = Query.GetBytes(4);
-			return HashConversation(OutRow.Number, OutRow.Id, OutRow.Mode, OutRow.Updated, OutRow.Opening) == static_cast<uint64>(Query.GetInteger(5));
+			return HashConversation(OutRow.Number, OutRow.Id, OutRow.Mode, OutRow.Updated, OutRow.Opening) ==
+				static_cast<uint64>(Query.GetInteger(5));
 		}
 
 		std::string_view BytesOf(FStringView Text)
@@ -125,7 +130,8 @@ namespace Velmora::StoreSchema
 
 	bool HasTables(FSqliteConnection& Connection)
 	{
-		for (const char* Sql : { "SELECT number, id, mode, updated, opening, checksum FROM conversations LIMIT 1", "SELECT key, role, flags, content, checksum FROM messages LIMIT 1", "SELECT file, damage FROM recoveries LIMIT 1" })
+		for (const char* Sql : { "SELECT number, id, mode, updated, opening, checksum FROM conversations LIMIT 1",
+				 "SELECT key, role, flags, content, checksum FROM messages LIMIT 1", "SELECT file, damage FROM recoveries LIMIT 1" })
 		{
 			FSqliteQuery Query = Connection.Query(Sql);
 			Query.Next();
@@ -233,20 +239,32 @@ namespace Velmora::StoreSchema
 			InOutRow.Number = Query.GetInteger(0) + 1;
 		}
 		const uint64 Checksum = HashConversation(InOutRow.Number, InOutRow.Id, InOutRow.Mode, InOutRow.Updated, InOutRow.Opening);
-		return Connection.Query(InsertConversationSql).Bind(InOutRow.Number).BindText(InOutRow.Id).Bind(InOutRow.Mode).Bind(InOutRow.Updated)
-			.BindBytes(InOutRow.Opening).Bind(static_cast<int64>(Checksum)).Finish();
+		return Connection.Query(InsertConversationSql)
+			.Bind(InOutRow.Number)
+			.BindText(InOutRow.Id)
+			.Bind(InOutRow.Mode)
+			.Bind(InOutRow.Updated)
+			.BindBytes(InOutRow.Opening)
+			.Bind(static_cast<int64>(Checksum))
+			.Finish();
 	}
 
 	bool UpdateConversation(FSqliteConnection& Connection, const FConversationRow& Row)
 	{
 		const uint64 Checksum = HashConversation(Row.Number, Row.Id, Row.Mode, Row.Updated, Row.Opening);
-		return Connection.Query(UpdateConversationSql).Bind(Row.Mode).Bind(Row.Updated).BindBytes(Row.Opening).Bind(static_cast<int64>(Checksum)).Bind(Row.Number).Finish();
+		return Connection.Query(UpdateConversationSql)
+			.Bind(Row.Mode)
+			.Bind(Row.Updated)
+			.BindBytes(Row.Opening)
+			.Bind(static_cast<int64>(Checksum))
+			.Bind(Row.Number)
+			.Finish();
 	}
 
 	bool DeleteConversation(FSqliteConnection& Connection, int64 Number)
 	{
-		return Connection.Query(DeleteMessagesSql).Bind(MakeKey(Number, 0)).Bind(MakeKey(Number + 1, 0)).Finish()
-			&& Connection.Query(DeleteConversationSql).Bind(Number).Finish();
+		return Connection.Query(DeleteMessagesSql).Bind(MakeKey(Number, 0)).Bind(MakeKey(Number + 1, 0)).Finish() &&
+			Connection.Query(DeleteConversationSql).Bind(Number).Finish();
 	}
 
 	bool DeleteAll(FSqliteConnection& Connection)
@@ -267,8 +285,13 @@ namespace Velmora::StoreSchema
 		const int64 Role = static_cast<int64>(Message.Role);
 		const int64 Flags = Message.bHasToolCalls ? HasToolCallsFlag : 0;
 		const FStringView Content(Message.Content);
-		return Connection.Query(InsertMessageSql).Bind(OutKey).Bind(Role).Bind(Flags).BindUnits(Content)
-			.Bind(static_cast<int64>(HashMessage(OutKey, Role, Flags, BytesOf(Content)))).Finish();
+		return Connection.Query(InsertMessageSql)
+			.Bind(OutKey)
+			.Bind(Role)
+			.Bind(Flags)
+			.BindUnits(Content)
+			.Bind(static_cast<int64>(HashMessage(OutKey, Role, Flags, BytesOf(Content))))
+			.Finish();
 	}
 
 	bool DeleteMessage(FSqliteConnection& Connection, int64 Key)
@@ -349,7 +372,8 @@ namespace Velmora::StoreSchema
 		FSqliteQuery Query = Connection.Query("SELECT key, role, flags, content, checksum FROM messages");
 		while (Query.Next())
 		{
-			if (HashMessage(Query.GetInteger(0), Query.GetInteger(1), Query.GetInteger(2), Query.GetBytes(3)) != static_cast<uint64>(Query.GetInteger(4)))
+			if (HashMessage(Query.GetInteger(0), Query.GetInteger(1), Query.GetInteger(2), Query.GetBytes(3)) !=
+				static_cast<uint64>(Query.GetInteger(4)))
 			{
 				return EFound::Damaged;
 			}
@@ -373,12 +397,14 @@ namespace Velmora::StoreSchema
 
 	EConversationMode ToMode(int64 Stored)
 	{
-		return Stored >= 0 && Stored < static_cast<int64>(EConversationMode::General) ? static_cast<EConversationMode>(Stored) : EConversationMode::General;
+		return Stored >= 0 && Stored < static_cast<int64>(EConversationMode::General) ? static_cast<EConversationMode>(Stored)
+																					  : EConversationMode::General;
 	}
 
 	EConversationRole ToRole(int64 Stored)
 	{
-		return Stored >= 0 && Stored < static_cast<int64>(EConversationRole::Tool) ? static_cast<EConversationRole>(Stored) : EConversationRole::Tool;
+		return Stored >= 0 && Stored < static_cast<int64>(EConversationRole::Tool) ? static_cast<EConversationRole>(Stored)
+																				   : EConversationRole::Tool;
 	}
 
 	FDateTime ToLocalTime(int64 UtcTicks)

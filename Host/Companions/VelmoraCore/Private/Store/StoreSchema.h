@@ -33,8 +33,14 @@ namespace Velmora::StoreSchema
 	/** Bit of the flags of a message. */
 	constexpr int64 HasToolCallsFlag = 1;
 
-	constexpr int64 MakeKey(int64 Number, int64 Position) { return (Number << PositionBits) + Position; }
-	constexpr int64 GetNumber(int64 Key) { return Key >> PositionBits; }
+	constexpr int64 MakeKey(int64 Number, int64 Position)
+	{
+		return (Number << PositionBits) + Position;
+	}
+	constexpr int64 GetNumber(int64 Key)
+	{
+		return Key >> PositionBits;
+	}
 
 	/** Makes tables in a new file. One transaction, marked complete by its version. */
 	bool Create(FSqliteConnection& Connection);

@@ -109,13 +109,17 @@ namespace Velmora
 		virtual void OnMessageReceived(TFunction<void(const FString& Text, bool bHasToolCalls)> Callback) = 0;
 
 		/** A tool starts. Parameters and Metadata are JSON objects in a string. */
-		virtual void OnToolExecutionStarted(TFunction<void(const FString& ToolId, const FString& ToolName, const FString& Parameters, const FString& Metadata)> Callback) = 0;
+		virtual void OnToolExecutionStarted(
+			TFunction<void(const FString& ToolId, const FString& ToolName, const FString& Parameters, const FString& Metadata)>
+				Callback) = 0;
 
 		/** A tool has ended. ToolId and ToolName are those of its start. Result is a sentence for people. */
-		virtual void OnToolExecutionCompleted(TFunction<void(const FString& ToolId, const FString& ToolName, bool bSuccess, const FString& Result)> Callback) = 0;
+		virtual void OnToolExecutionCompleted(
+			TFunction<void(const FString& ToolId, const FString& ToolName, bool bSuccess, const FString& Result)> Callback) = 0;
 
 		/** The state has changed; GetState gives the new one already. */
-		virtual void OnStateChanged(TFunction<void(EConversationState OldState, EConversationState NewState, const FString& Reason)> Callback) = 0;
+		virtual void OnStateChanged(
+			TFunction<void(EConversationState OldState, EConversationState NewState, const FString& Reason)> Callback) = 0;
 
 		/** Something went wrong that the user should know. */
 		virtual void OnError(TFunction<void(const FString& Error)> Callback) = 0;

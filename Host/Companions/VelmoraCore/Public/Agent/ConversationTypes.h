@@ -8,22 +8,22 @@ namespace Velmora
 	/** The life of a conversation as the agent sees it. The numbers are part of the contract. */
 	enum class EConversationState : uint8
 	{
-		NotStarted = 0,		// No conversation is running.
-		Initializing = 1,	// The agent prepares; it takes no message yet.
-		Ready = 2,			// Idle, nothing asked yet.
-		Thinking = 3,		// A turn runs, between tools.
-		ExecutingTools = 4,	// A turn runs a tool.
-		AwaitingInput = 5,	// A turn has ended well; the next message is awaited.
-		Paused = 6,			// A turn waits to be resumed or cancelled.
-		Completed = 7,		// The conversation has reached its end.
-		Cancelled = 8,		// The user has stopped the last turn.
-		Error = 9			// The last turn has failed.
+		NotStarted = 0, // No conversation is running.
+		Initializing = 1, // The agent prepares; it takes no message yet.
+		Ready = 2, // Idle, nothing asked yet.
+		Thinking = 3, // A turn runs, between tools.
+		ExecutingTools = 4, // A turn runs a tool.
+		AwaitingInput = 5, // A turn has ended well; the next message is awaited.
+		Paused = 6, // A turn waits to be resumed or cancelled.
+		Completed = 7, // The conversation has reached its end.
+		Cancelled = 8, // The user has stopped the last turn.
+		Error = 9 // The last turn has failed.
 	};
 
 	/** What the agent may work on. Any other number counts as General. */
 	enum class EConversationMode : uint8
 	{
-		Advisor = 0,	// Answers, changes nothing on disk.
+		Advisor = 0, // Answers, changes nothing on disk.
 		Code = 1,
 		Assets = 2,
 		General = 3
@@ -34,7 +34,7 @@ namespace Velmora
 	{
 		User = 0,
 		Assistant = 1,
-		Tool = 2	// Traffic between the agent and its tools; not shown.
+		Tool = 2 // Traffic between the agent and its tools; not shown.
 	};
 
 	/** One stored message of a conversation. */

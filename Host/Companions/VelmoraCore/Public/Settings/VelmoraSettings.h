@@ -22,7 +22,8 @@ public:
 	UPROPERTY(Config, EditAnywhere, Category = "Code Index")
 	bool bIncludeEngineSource = false;
 
-	/** Absolute folder of the engine source. Empty for the folder "Source" of the engine, if there is one. Read when its index is first asked for. */
+	/** Absolute folder of the engine source. Empty for the folder "Source" of the engine, if there is one. Read when its index is first
+	 * asked for. */
 	UPROPERTY(Config, EditAnywhere, Category = "Code Index")
 	FString EngineSourceFolder;
 

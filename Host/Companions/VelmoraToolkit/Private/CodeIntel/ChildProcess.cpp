@@ -101,7 +101,8 @@ namespace Velmora::CodeIntel
 		}
 
 		/** Finished means that the child has closed its output. */
-		EChildEnd ReadOutput(int Output, size_t MaxBytes, FClock::time_point End, const std::atomic<bool>& bStop, const std::function<void(std::string_view)>& TakeOutput)
+		EChildEnd ReadOutput(int Output, size_t MaxBytes, FClock::time_point End, const std::atomic<bool>& bStop,
+			const std::function<void(std::string_view)>& TakeOutput)
 		{
 			constexpr size_t BufferBytes = 64 * 1024;
 			const std::unique_ptr<char[]> Buffer = std::make_unique<char[]>(BufferBytes);
@@ -166,9 +167,11 @@ namespace Velmora::CodeIntel
 		}
 	}
 
-	EChildEnd RunChild(const FChildRun& Run, const std::atomic<bool>& bStop, const std::function<void(std::string_view)>& TakeOutput, std::string& OutReason)
+	EChildEnd RunChild(const FChildRun& Run, const std::atomic<bool>& bStop, const std::function<void(std::string_view)>& TakeOutput,
+		std::string& OutReason)
 	{
-		const FClock::time_point End = FClock::now() + std::chrono::duration_cast<FClock::duration>(std::chrono::duration<double>(Run.Seconds));
+		const FClock::time_point End =
+			FClock::now() + std::chrono::duration_cast<FClock::duration>(std::chrono::duration<double>(Run.Seconds));
 		FDescriptor Input(MakeInput(Run.Input));
 		int Pipe[2] = { -1, -1 };
 		if (Input.Get() < 0 || pipe2(Pipe, O_CLOEXEC) != 0)

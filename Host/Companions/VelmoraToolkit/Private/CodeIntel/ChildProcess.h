@@ -11,11 +11,11 @@ namespace Velmora::CodeIntel
 {
 	enum class EChildEnd
 	{
-		Finished,	// Exit code 0.
-		Failed,		// Another exit code, or a signal.
+		Finished, // Exit code 0.
+		Failed, // Another exit code, or a signal.
 		NotStarted,
 		TimedOut,
-		TooMuch,	// It wrote more than was allowed.
+		TooMuch, // It wrote more than was allowed.
 		Stopped
 	};
 
@@ -38,5 +38,6 @@ namespace Velmora::CodeIntel
 	 * @param TakeOutput  Given its standard output piece by piece.
 	 * @param OutReason   On any end but Finished, a clause such as "it was ended by signal 11".
 	 */
-	EChildEnd RunChild(const FChildRun& Run, const std::atomic<bool>& bStop, const std::function<void(std::string_view)>& TakeOutput, std::string& OutReason);
+	EChildEnd RunChild(const FChildRun& Run, const std::atomic<bool>& bStop, const std::function<void(std::string_view)>& TakeOutput,
+		std::string& OutReason);
 }

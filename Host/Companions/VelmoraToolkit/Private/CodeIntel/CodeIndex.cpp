@@ -40,15 +40,17 @@ namespace Velmora::CodeIntel
 		bIsOpening = true;
 		bThreadHasEnded = false;
 		UpdateBusy();
-		std::thread([Self = shared_from_this()]
-		{
-			Self->Run();
-			const std::scoped_lock Ending(Self->StateMutex);
-			Self->bIsRunning = false;
-			Self->bThreadHasEnded = true;
-			Self->Busy.reset();
-			Self->Changed.notify_all();
-		}).detach();
+		std::thread(
+			[Self = shared_from_this()]
+			{
+				Self->Run();
+				const std::scoped_lock Ending(Self->StateMutex);
+				Self->bIsRunning = false;
+				Self->bThreadHasEnded = true;
+				Self->Busy.reset();
+				Self->Changed.notify_all();
+			})
+			.detach();
 	}
 
 	void FCodeIndex::Stop()
@@ -66,7 +68,8 @@ namespace Velmora::CodeIntel
 			std::unique_lock Lock(StateMutex);
 			bStop = true;
 			Changed.notify_all();
-			bHasEnded = Changed.wait_for(Lock, std::chrono::duration<double>(TimeoutSeconds), [this] { return bThreadHasEnded && Operations == 0; });
+			bHasEnded = Changed.wait_for(
+				Lock, std::chrono::duration<double>(TimeoutSeconds), [this] { return bThreadHasEnded && Operations == 0; });
 			Busy.reset();
 			Unanswered.swap(Reconciles);
 		}
@@ -76,7 +79,8 @@ namespace Velmora::CodeIntel
 		}
 		if (!bHasEnded)
 		{
-			UE_LOG(LogCodeIndex, Warning, TEXT("The file system does not answer, so the work on the %s index is left behind"), *Setup.Label);
+			UE_LOG(
+				LogCodeIndex, Warning, TEXT("The file system does not answer, so the work on the %s index is left behind"), *Setup.Label);
 			return false;
 		}
 		bIsReady = false;
@@ -93,7 +97,8 @@ namespace Velmora::CodeIntel
 
 	void FCodeIndex::UpdateBusy()
 	{
-		const bool bIsBusy = !bStop && bIsRunning && (bIsOpening || bIsWorking || bEraseWanted || bCompareWanted || !Reconciles.empty() || !Waiting.empty());
+		const bool bIsBusy =
+			!bStop && bIsRunning && (bIsOpening || bIsWorking || bEraseWanted || bCompareWanted || !Reconciles.empty() || !Waiting.empty());
 		if (bIsBusy && !Busy)
 		{
 			Busy.emplace();
@@ -114,7 +119,8 @@ namespace Velmora::CodeIntel
 			bIsWorking = false;
 			UpdateBusy();
 			Changed.notify_all();
-			Changed.wait(Lock, [this] { return bStop || bEraseWanted || bRepairWanted || bCompareWanted || !Reconciles.empty() || !Waiting.empty(); });
+			Changed.wait(Lock,
+				[this] { return bStop || bEraseWanted || bRepairWanted || bCompareWanted || !Reconciles.empty() || !Waiting.empty(); });
 			bIsWorking = true;
 			Lock.unlock();
 			Work();
@@ -201,7 +207,8 @@ namespace Velmora::CodeIntel
 			}
 			else
 			{
-				Setup.Tell(FString::Printf(TEXT("The %s index could not be opened: %s."), *Setup.Label, Writer ? *Writer->DescribeError() : TEXT("its folder cannot be made")));
+				Setup.Tell(FString::Printf(TEXT("The %s index could not be opened: %s."), *Setup.Label,
+					Writer ? *Writer->DescribeError() : TEXT("its folder cannot be made")));
 			}
 		}
 		if (bIsDamaged || (Setup.bBuildWhenMissing && !bIsComplete))
@@ -247,7 +254,8 @@ namespace Velmora::CodeIntel
 		// They belong to the damaged file and would spoil another.
 		unlink((Setup.DatabasePath + "-wal").c_str());
 		unlink((Setup.DatabasePath + "-shm").c_str());
-		Setup.Tell(FString::Printf(TEXT("The %s index was damaged and is built anew. The old file was kept as %s."), *Setup.Label, *HostFileNameFromBytes(Aside)));
+		Setup.Tell(FString::Printf(
+			TEXT("The %s index was damaged and is built anew. The old file was kept as %s."), *Setup.Label, *HostFileNameFromBytes(Aside)));
 	}
 
 	void FCodeIndex::RefreshStats()
@@ -257,7 +265,8 @@ namespace Velmora::CodeIntel
 		{
 			return;
 		}
-		const double Megabytes = static_cast<double>(GetFileBytes(Setup.DatabasePath) + GetFileBytes(Setup.DatabasePath + "-wal")) / (1024.0 * 1024.0);
+		const double Megabytes =
+			static_cast<double>(GetFileBytes(Setup.DatabasePath) + GetFileBytes(Setup.DatabasePath + "-wal")) / (1024.0 * 1024.0);
 		const std::scoped_lock Lock(StateMutex);
 		if (bEraseWanted)
 		{
@@ -277,7 +286,8 @@ namespace Velmora::CodeIntel
 	{
 		const FOperation Operation(*this);
 		std::unique_lock Lock(StateMutex);
-		Changed.wait_for(Lock, std::chrono::duration<double>(TimeoutSeconds), [this] { return !bIsOpening || bIsReady || bIsBuilding || bStop; });
+		Changed.wait_for(
+			Lock, std::chrono::duration<double>(TimeoutSeconds), [this] { return !bIsOpening || bIsReady || bIsBuilding || bStop; });
 		return bIsReady && !bStop;
 	}
 

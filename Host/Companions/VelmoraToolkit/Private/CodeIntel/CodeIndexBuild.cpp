@@ -106,17 +106,21 @@ namespace Velmora::CodeIntel
 		std::vector<FIndexFile> Files;
 		if (ListIndexFiles(Setup.Root, bStop, Files) != EFileListing::Complete)
 		{
-			OutProblem = FString::Printf(TEXT("The %s index could not be built: the folder \"%s\" cannot be read."), *Setup.Label, *HostFileNameFromBytes(Setup.Root));
+			OutProblem = FString::Printf(TEXT("The %s index could not be built: the folder \"%s\" cannot be read."), *Setup.Label,
+				*HostFileNameFromBytes(Setup.Root));
 			return false;
 		}
 		FString Reason;
 		bool bIsStored = true;
 		FSymbolExtractor Extractor(Setup.Root, Setup.Extractor, bStop);
-		const bool bIsExtracted = Extractor.Extract(Files, [&](const FIndexFile& File, FFileSymbols&& Symbols)
-		{
-			bIsStored = Writer->AddBuilt(File, Symbols);
-			return bIsStored;
-		}, Reason);
+		const bool bIsExtracted = Extractor.Extract(
+			Files,
+			[&](const FIndexFile& File, FFileSymbols&& Symbols)
+			{
+				bIsStored = Writer->AddBuilt(File, Symbols);
+				return bIsStored;
+			},
+			Reason);
 		if (!bIsStored)
 		{
 			Reason = FString::Printf(TEXT("The %s index could not be built: %s."), *Setup.Label, *Writer->DescribeError());
@@ -137,7 +141,8 @@ namespace Velmora::CodeIntel
 		{
 			if (!bStop)
 			{
-				Setup.Tell(FString::Printf(TEXT("The %s index could not be compacted: %s."), *Setup.Label, Writer ? *Writer->DescribeError() : TEXT("its folder cannot be made")));
+				Setup.Tell(FString::Printf(TEXT("The %s index could not be compacted: %s."), *Setup.Label,
+					Writer ? *Writer->DescribeError() : TEXT("its folder cannot be made")));
 			}
 			return;
 		}

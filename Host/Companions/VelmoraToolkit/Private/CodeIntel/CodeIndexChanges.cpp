@@ -12,7 +12,8 @@ namespace Velmora::CodeIntel
 			const std::scoped_lock Lock(WriterMutex);
 			std::vector<FIndexFile> Files;
 			std::unordered_map<std::string, FIndexFile> Known;
-			if (bIsReady && EnsureWriter() && ListIndexFiles(Setup.Root, bStop, Files) == EFileListing::Complete && Writer->ReadFiles(Known))
+			if (bIsReady && EnsureWriter() && ListIndexFiles(Setup.Root, bStop, Files) == EFileListing::Complete &&
+				Writer->ReadFiles(Known))
 			{
 				std::vector<std::string> Differing;
 				for (const FIndexFile& File : Files)
@@ -94,11 +95,15 @@ namespace Velmora::CodeIntel
 		// Nobody else shall wait for the extractor, so the files are changed when it is through.
 		std::vector<std::pair<FIndexFile, FFileSymbols>> Extracted;
 		FSymbolExtractor Extractor(Setup.Root, Setup.Extractor, bStop);
-		const bool bIsExtracted = Files.empty() || Extractor.Extract(Files, [&Extracted](const FIndexFile& File, FFileSymbols&& Symbols)
-		{
-			Extracted.emplace_back(File, std::move(Symbols));
-			return true;
-		}, OutProblem);
+		const bool bIsExtracted = Files.empty() ||
+			Extractor.Extract(
+				Files,
+				[&Extracted](const FIndexFile& File, FFileSymbols&& Symbols)
+				{
+					Extracted.emplace_back(File, std::move(Symbols));
+					return true;
+				},
+				OutProblem);
 		bool bIsStored = Writer->BeginChanges();
 		for (size_t Index = 0; bIsStored && Index < Extracted.size(); ++Index)
 		{

@@ -38,19 +38,20 @@ namespace Velmora::CodeIntel
 		void TellProblem(const FString& Sentence)
 		{
 			UE_LOG(LogCodeIndexControl, Error, TEXT("%s"), *Sentence);
-			AsyncTask(ENamedThreads::GameThread, [Sentence]
-			{
-				TFunction<void(const FString&)> Handler;
+			AsyncTask(ENamedThreads::GameThread,
+				[Sentence]
 				{
-					FIndexTable& Table = GetIndexTable();
-					const std::scoped_lock Lock(Table.Mutex);
-					Handler = Table.ProblemHandler;
-				}
-				if (Handler)
-				{
-					Handler(Sentence);
-				}
-			});
+					TFunction<void(const FString&)> Handler;
+					{
+						FIndexTable& Table = GetIndexTable();
+						const std::scoped_lock Lock(Table.Mutex);
+						Handler = Table.ProblemHandler;
+					}
+					if (Handler)
+					{
+						Handler(Sentence);
+					}
+				});
 		}
 
 		std::string MakeRoot(const FString& Folder)

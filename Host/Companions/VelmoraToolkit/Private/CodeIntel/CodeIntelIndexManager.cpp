@@ -15,13 +15,14 @@ namespace Velmora::CodeIntel
 				return;
 			}
 			// Nothing to compare without an index; the caller still gets its answer where it expects it.
-			AsyncTask(ENamedThreads::GameThread, [Done = MoveTemp(Done)]
-			{
-				if (Done)
+			AsyncTask(ENamedThreads::GameThread,
+				[Done = MoveTemp(Done)]
 				{
-					Done(0, 0);
-				}
-			});
+					if (Done)
+					{
+						Done(0, 0);
+					}
+				});
 		}
 	}
 

@@ -97,7 +97,8 @@ namespace Velmora::CodeIntel
 
 		// Where the project itself lies is no reason to ignore what is in it.
 		const FString Project = GetProjectFolder();
-		const bool bIsInside = !Project.IsEmpty() && (FPaths::IsRelative(Normal) || Normal.StartsWith(Project + TEXT("/"), ESearchCase::CaseSensitive));
+		const bool bIsInside =
+			!Project.IsEmpty() && (FPaths::IsRelative(Normal) || Normal.StartsWith(Project + TEXT("/"), ESearchCase::CaseSensitive));
 		if (bIsInside && !FPaths::IsRelative(Normal))
 		{
 			Normal = Normal.RightChop(Project.Len() + 1);
@@ -124,7 +125,9 @@ namespace Velmora::CodeIntel
 		if (!Patterns.IsEmpty())
 		{
 			const FIgnoreFile Own(JoinLines(Patterns));
-			if (AnyOnTheWay(Bytes, [&Own, bIsFolder](std::string_view Part, bool bIsAbove) { return Own.Judge(Part, bIsAbove || bIsFolder) == EIgnoreVerdict::Ignore; }))
+			if (AnyOnTheWay(Bytes,
+					[&Own, bIsFolder](std::string_view Part, bool bIsAbove)
+					{ return Own.Judge(Part, bIsAbove || bIsFolder) == EIgnoreVerdict::Ignore; }))
 			{
 				return true;
 			}
@@ -134,6 +137,7 @@ namespace Velmora::CodeIntel
 			return false;
 		}
 		FIgnoreFilesOnTheWay Files(Root);
-		return AnyOnTheWay(Bytes, [&Files, bIsFolder](std::string_view Part, bool bIsAbove) { return Files.Ignores(Part, bIsAbove || bIsFolder); });
+		return AnyOnTheWay(
+			Bytes, [&Files, bIsFolder](std::string_view Part, bool bIsAbove) { return Files.Ignores(Part, bIsAbove || bIsFolder); });
 	}
 }

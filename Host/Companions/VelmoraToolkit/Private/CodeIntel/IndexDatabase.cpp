@@ -29,26 +29,31 @@ namespace Velmora::CodeIntel
 		};
 
 		/** What a reader who asks for a name wants first. */
+		// clang-format off
 		constexpr FKindRank KindRanks[] = {
 			{ "class", 0 }, { "struct", 0 }, { "interface", 0 }, { "enum", 0 }, { "union", 0 },
 			{ "function", 1 }, { "method", 1 }, { "macro", 1 }, { "typedef", 1 },
 			{ "variable", 2 }, { "property", 2 }, { "event", 2 },
 			{ "member", 3 }, { "field", 3 }, { "enumerator", 3 },
 			{ "prototype", 4 }, { "namespace", 4 },
-			{ "section", 6 }, { "key", 6 }, { "object", 7 }, { "array", 7 }, { "string", 7 }, { "number", 7 }, { "boolean", 7 }, { "null", 7 },
+			{ "section", 6 }, { "key", 6 }, { "object", 7 }, { "array", 7 }, { "string", 7 }, { "number", 7 }, { "boolean", 7 },
+			{ "null", 7 },
 		};
+		// clang-format on
 		constexpr int OtherRank = 5;
 
 		int GetRank(std::string_view Kind)
 		{
-			const auto Found = std::find_if(std::begin(KindRanks), std::end(KindRanks), [Kind](const FKindRank& Row) { return Row.Kind == Kind; });
+			const auto Found =
+				std::find_if(std::begin(KindRanks), std::end(KindRanks), [Kind](const FKindRank& Row) { return Row.Kind == Kind; });
 			return Found == std::end(KindRanks) ? OtherRank : Found->Rank;
 		}
 
 		std::string ToLowerLetters(std::string_view Text)
 		{
 			std::string Lower(Text);
-			std::transform(Lower.begin(), Lower.end(), Lower.begin(), [](char Byte) { return Byte >= 'A' && Byte <= 'Z' ? static_cast<char>(Byte - 'A' + 'a') : Byte; });
+			std::transform(Lower.begin(), Lower.end(), Lower.begin(),
+				[](char Byte) { return Byte >= 'A' && Byte <= 'Z' ? static_cast<char>(Byte - 'A' + 'a') : Byte; });
 			return Lower;
 		}
 
@@ -83,8 +88,8 @@ namespace Velmora::CodeIntel
 		bool IsWithin(std::string_view Scope, std::string_view Wanted)
 		{
 			const std::string Folded = FoldScope(Scope);
-			return Folded.size() >= Wanted.size() && Folded.compare(Folded.size() - Wanted.size(), Wanted.size(), Wanted) == 0
-				&& (Folded.size() == Wanted.size() || Folded[Folded.size() - Wanted.size() - 1] == '.');
+			return Folded.size() >= Wanted.size() && Folded.compare(Folded.size() - Wanted.size(), Wanted.size(), Wanted) == 0 &&
+				(Folded.size() == Wanted.size() || Folded[Folded.size() - Wanted.size() - 1] == '.');
 		}
 	}
 
@@ -148,7 +153,8 @@ namespace Velmora::CodeIntel
 		std::string GetBytes(int Column) const
 		{
 			const void* const Bytes = sqlite3_column_blob(Statement, Column);
-			return Bytes ? std::string(static_cast<const char*>(Bytes), static_cast<size_t>(sqlite3_column_bytes(Statement, Column))) : std::string();
+			return Bytes ? std::string(static_cast<const char*>(Bytes), static_cast<size_t>(sqlite3_column_bytes(Statement, Column)))
+						 : std::string();
 		}
 
 	private:
@@ -191,7 +197,8 @@ namespace Velmora::CodeIntel
 		sqlite3_db_config(Database, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
 		sqlite3_db_config(Database, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
 		sqlite3_busy_handler(Database, &FIndexDatabase::OnBusy, this);
-		sqlite3_progress_handler(Database, StepsBetweenChecks, [](void* Self) { return static_cast<FIndexDatabase*>(Self)->bStop ? 1 : 0; }, this);
+		sqlite3_progress_handler(
+			Database, StepsBetweenChecks, [](void* Self) { return static_cast<FIndexDatabase*>(Self)->bStop ? 1 : 0; }, this);
 		return true;
 	}
 
@@ -214,8 +221,8 @@ namespace Velmora::CodeIntel
 			close(Made);
 		}
 		// With a write-ahead log lookups go on during a build, and an unfinished build is as if it had never begun.
-		return Open(Path, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE) && Execute("PRAGMA journal_mode=WAL") && Execute("PRAGMA synchronous=NORMAL")
-			&& Execute("PRAGMA cache_size=-8192") && Prepare();
+		return Open(Path, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE) && Execute("PRAGMA journal_mode=WAL") &&
+			Execute("PRAGMA synchronous=NORMAL") && Execute("PRAGMA cache_size=-8192") && Prepare();
 	}
 
 	bool FIndexDatabase::OpenForReading(const std::string& Path)
@@ -288,12 +295,16 @@ namespace Velmora::CodeIntel
 	{
 		ForgetStatements();
 		const std::string Version = "PRAGMA user_version=" + std::to_string(FormatVersion);
-		const bool bAreMade = Execute("DROP TABLE IF EXISTS symbols; DROP TABLE IF EXISTS files; DROP TABLE IF EXISTS new_symbols; DROP TABLE IF EXISTS new_files; DROP TABLE IF EXISTS build;"
-			"CREATE TABLE build (root BLOB NOT NULL, is_complete INTEGER NOT NULL, seconds REAL NOT NULL);"
-			"CREATE TABLE files (id INTEGER PRIMARY KEY, path BLOB NOT NULL UNIQUE, modified INTEGER NOT NULL, size INTEGER NOT NULL, has_failed INTEGER NOT NULL);"
-			"CREATE TABLE symbols (file INTEGER NOT NULL, line INTEGER NOT NULL, rank INTEGER NOT NULL, kind TEXT NOT NULL, name TEXT NOT NULL COLLATE NOCASE, scope TEXT NOT NULL);"
-			"CREATE INDEX symbols_by_name ON symbols (name, rank, scope);"
-			"CREATE INDEX symbols_by_file ON symbols (file, line);") && Execute(Version.c_str());
+		const bool bAreMade = Execute("DROP TABLE IF EXISTS symbols; DROP TABLE IF EXISTS files; DROP TABLE IF EXISTS new_symbols; DROP "
+									  "TABLE IF EXISTS new_files; DROP TABLE IF EXISTS build;"
+									  "CREATE TABLE build (root BLOB NOT NULL, is_complete INTEGER NOT NULL, seconds REAL NOT NULL);"
+									  "CREATE TABLE files (id INTEGER PRIMARY KEY, path BLOB NOT NULL UNIQUE, modified INTEGER NOT NULL, "
+									  "size INTEGER NOT NULL, has_failed INTEGER NOT NULL);"
+									  "CREATE TABLE symbols (file INTEGER NOT NULL, line INTEGER NOT NULL, rank INTEGER NOT NULL, kind "
+									  "TEXT NOT NULL, name TEXT NOT NULL COLLATE NOCASE, scope TEXT NOT NULL);"
+									  "CREATE INDEX symbols_by_name ON symbols (name, rank, scope);"
+									  "CREATE INDEX symbols_by_file ON symbols (file, line);") &&
+			Execute(Version.c_str());
 		return bAreMade && FStatement(Get("INSERT INTO build VALUES (?, 0, 0)")).BindBytes(Root).Finish();
 	}
 
@@ -324,13 +335,16 @@ namespace Velmora::CodeIntel
 	{
 		ForgetStatements();
 		return Execute("BEGIN IMMEDIATE;"
-			"CREATE TABLE new_files (id INTEGER PRIMARY KEY, path BLOB NOT NULL UNIQUE, modified INTEGER NOT NULL, size INTEGER NOT NULL, has_failed INTEGER NOT NULL);"
-			"CREATE TABLE new_symbols (file INTEGER NOT NULL, line INTEGER NOT NULL, rank INTEGER NOT NULL, kind TEXT NOT NULL, name TEXT NOT NULL COLLATE NOCASE, scope TEXT NOT NULL)");
+					   "CREATE TABLE new_files (id INTEGER PRIMARY KEY, path BLOB NOT NULL UNIQUE, modified INTEGER NOT NULL, size INTEGER "
+					   "NOT NULL, has_failed INTEGER NOT NULL);"
+					   "CREATE TABLE new_symbols (file INTEGER NOT NULL, line INTEGER NOT NULL, rank INTEGER NOT NULL, kind TEXT NOT NULL, "
+					   "name TEXT NOT NULL COLLATE NOCASE, scope TEXT NOT NULL)");
 	}
 
 	bool FIndexDatabase::AddBuilt(const FIndexFile& File, const FFileSymbols& Symbols)
 	{
-		return Insert("INSERT INTO new_files (path, modified, size, has_failed) VALUES (?, ?, ?, ?)", "INSERT INTO new_symbols VALUES (?, ?, ?, ?, ?, ?)", File, Symbols);
+		return Insert("INSERT INTO new_files (path, modified, size, has_failed) VALUES (?, ?, ?, ?)",
+			"INSERT INTO new_symbols VALUES (?, ?, ?, ?, ?, ?)", File, Symbols);
 	}
 
 	bool FIndexDatabase::Insert(const char* FileSql, const char* SymbolSql, const FIndexFile& File, const FFileSymbols& Symbols)
@@ -342,7 +356,14 @@ namespace Velmora::CodeIntel
 		const int64_t Id = sqlite3_last_insert_rowid(Database);
 		for (const FIndexSymbol& Symbol : Symbols.Symbols)
 		{
-			if (!FStatement(Get(SymbolSql)).Bind(Id).Bind(Symbol.Line).Bind(GetRank(Symbol.Kind)).BindText(Symbol.Kind).BindText(Symbol.Name).BindText(Symbol.Scope).Finish())
+			if (!FStatement(Get(SymbolSql))
+					 .Bind(Id)
+					 .Bind(Symbol.Line)
+					 .Bind(GetRank(Symbol.Kind))
+					 .BindText(Symbol.Kind)
+					 .BindText(Symbol.Name)
+					 .BindText(Symbol.Scope)
+					 .Finish())
 			{
 				return false;
 			}
@@ -355,10 +376,10 @@ namespace Velmora::CodeIntel
 		ForgetStatements();
 		// Indexes made at the end are quicker than kept ones, and closely packed.
 		const bool bIsSwapped = Execute("DROP TABLE symbols; DROP TABLE files;"
-			"ALTER TABLE new_files RENAME TO files; ALTER TABLE new_symbols RENAME TO symbols;"
-			"CREATE INDEX symbols_by_name ON symbols (name, rank, scope);"
-			"CREATE INDEX symbols_by_file ON symbols (file, line);")
-			&& FStatement(Get("UPDATE build SET is_complete = 1, seconds = ?")).BindReal(Seconds).Finish();
+										"ALTER TABLE new_files RENAME TO files; ALTER TABLE new_symbols RENAME TO symbols;"
+										"CREATE INDEX symbols_by_name ON symbols (name, rank, scope);"
+										"CREATE INDEX symbols_by_file ON symbols (file, line);") &&
+			FStatement(Get("UPDATE build SET is_complete = 1, seconds = ?")).BindReal(Seconds).Finish();
 		if (!bIsSwapped || !Execute("COMMIT"))
 		{
 			return false;
@@ -375,17 +396,26 @@ namespace Velmora::CodeIntel
 
 	bool FIndexDatabase::ReplaceFile(const FIndexFile& File, const FFileSymbols& Symbols)
 	{
-		return FStatement(Get("DELETE FROM symbols WHERE file = (SELECT id FROM files WHERE path = ?)")).BindBytes(File.Path).Finish()
-			&& FStatement(Get("DELETE FROM files WHERE path = ?")).BindBytes(File.Path).Finish()
-			&& Insert("INSERT INTO files (path, modified, size, has_failed) VALUES (?, ?, ?, ?)", "INSERT INTO symbols VALUES (?, ?, ?, ?, ?, ?)", File, Symbols);
+		return FStatement(Get("DELETE FROM symbols WHERE file = (SELECT id FROM files WHERE path = ?)")).BindBytes(File.Path).Finish() &&
+			FStatement(Get("DELETE FROM files WHERE path = ?")).BindBytes(File.Path).Finish() &&
+			Insert("INSERT INTO files (path, modified, size, has_failed) VALUES (?, ?, ?, ?)",
+				"INSERT INTO symbols VALUES (?, ?, ?, ?, ?, ?)", File, Symbols);
 	}
 
 	bool FIndexDatabase::RemoveFile(const std::string& Path)
 	{
 		const std::string First = Path + '/';
 		const std::string Last = Path + static_cast<char>('/' + 1);
-		return FStatement(Get("DELETE FROM symbols WHERE file IN (SELECT id FROM files WHERE path = ? OR (path > ? AND path < ?))")).BindBytes(Path).BindBytes(First).BindBytes(Last).Finish()
-			&& FStatement(Get("DELETE FROM files WHERE path = ? OR (path > ? AND path < ?)")).BindBytes(Path).BindBytes(First).BindBytes(Last).Finish();
+		return FStatement(Get("DELETE FROM symbols WHERE file IN (SELECT id FROM files WHERE path = ? OR (path > ? AND path < ?))"))
+				   .BindBytes(Path)
+				   .BindBytes(First)
+				   .BindBytes(Last)
+				   .Finish() &&
+			FStatement(Get("DELETE FROM files WHERE path = ? OR (path > ? AND path < ?)"))
+				.BindBytes(Path)
+				.BindBytes(First)
+				.BindBytes(Last)
+				.Finish();
 	}
 
 	bool FIndexDatabase::FinishChanges()
@@ -402,7 +432,8 @@ namespace Velmora::CodeIntel
 		{
 			Execute("ROLLBACK");
 		}
-		sqlite3_progress_handler(Database, 20000, [](void* Self) { return static_cast<FIndexDatabase*>(Self)->bStop ? 1 : 0; }, this);
+		sqlite3_progress_handler(
+			Database, 20000, [](void* Self) { return static_cast<FIndexDatabase*>(Self)->bStop ? 1 : 0; }, this);
 	}
 
 	bool FIndexDatabase::ReadFiles(std::unordered_map<std::string, FIndexFile>& Out)
@@ -439,7 +470,8 @@ namespace Velmora::CodeIntel
 		return true;
 	}
 
-	bool FIndexDatabase::RunFinding(const char* Sql, std::string_view First, std::string_view Last, std::string_view Scope, int32 MaxCount, std::vector<FIndexSymbol>& Out)
+	bool FIndexDatabase::RunFinding(const char* Sql, std::string_view First, std::string_view Last, std::string_view Scope, int32 MaxCount,
+		std::vector<FIndexSymbol>& Out)
 	{
 		FStatement Finding(Get(Sql));
 		Finding.BindText(First);
@@ -448,7 +480,8 @@ namespace Velmora::CodeIntel
 		Finding.Bind(Last.empty() ? int64_t{ MaxCount } * RowsForOne : MaxCount);
 		while (Finding.Next())
 		{
-			FIndexSymbol Symbol = { Finding.GetBytes(0), Finding.GetBytes(1), Finding.GetBytes(2), Finding.GetBytes(3), static_cast<int32>(Finding.GetInteger(4)) };
+			FIndexSymbol Symbol = { Finding.GetBytes(0), Finding.GetBytes(1), Finding.GetBytes(2), Finding.GetBytes(3),
+				static_cast<int32>(Finding.GetInteger(4)) };
 			if (Scope.empty() || IsWithin(Symbol.Scope, Scope))
 			{
 				Out.push_back(std::move(Symbol));
@@ -467,21 +500,24 @@ namespace Velmora::CodeIntel
 		{
 			Scope.pop_back();
 		}
-		constexpr const char* ByName = "SELECT s.name, s.kind, s.scope, f.path, s.line FROM symbols s JOIN files f ON f.id = s.file WHERE s.name = ? AND replace(s.scope, '::', '.') LIKE ? ESCAPE '\\' ORDER BY s.rank LIMIT ?";
+		constexpr const char* ByName = "SELECT s.name, s.kind, s.scope, f.path, s.line FROM symbols s JOIN files f ON f.id = s.file WHERE "
+									   "s.name = ? AND replace(s.scope, '::', '.') LIKE ? ESCAPE '\\' ORDER BY s.rank LIMIT ?";
 		// A key or a file's name may have dots of its own.
-		if (!RunFinding(ByName, Last, {}, Scope, MaxCount, Out.Symbols) || (Out.Symbols.empty() && !Scope.empty() && !RunFinding(ByName, Name, {}, {}, MaxCount, Out.Symbols)))
+		if (!RunFinding(ByName, Last, {}, Scope, MaxCount, Out.Symbols) ||
+			(Out.Symbols.empty() && !Scope.empty() && !RunFinding(ByName, Name, {}, {}, MaxCount, Out.Symbols)))
 		{
 			return false;
 		}
 		Out.bIsExact = !Out.Symbols.empty();
 		if (Out.bIsExact)
 		{
-			std::stable_sort(Out.Symbols.begin(), Out.Symbols.end(), [Last](const FIndexSymbol& A, const FIndexSymbol& B)
-			{
-				const int RankA = GetRank(A.Kind);
-				const int RankB = GetRank(B.Kind);
-				return RankA != RankB ? RankA < RankB : A.Name == Last && B.Name != Last;
-			});
+			std::stable_sort(Out.Symbols.begin(), Out.Symbols.end(),
+				[Last](const FIndexSymbol& A, const FIndexSymbol& B)
+				{
+					const int RankA = GetRank(A.Kind);
+					const int RankB = GetRank(B.Kind);
+					return RankA != RankB ? RankA < RankB : A.Name == Last && B.Name != Last;
+				});
 			Out.Symbols.resize(std::min(Out.Symbols.size(), static_cast<size_t>(std::max(MaxCount, 0))));
 			return true;
 		}
@@ -491,7 +527,9 @@ namespace Velmora::CodeIntel
 		}
 		// Behind every name that begins so: no name holds the last character there is.
 		const std::string End = std::string(Last) + "\xF4\x8F\xBF\xBF";
-		return RunFinding("SELECT s.name, s.kind, s.scope, f.path, s.line FROM symbols s JOIN files f ON f.id = s.file WHERE s.name >= ? AND s.name < ? ORDER BY s.name, s.rank LIMIT ?", Last, End, {}, MaxCount, Out.Symbols);
+		return RunFinding("SELECT s.name, s.kind, s.scope, f.path, s.line FROM symbols s JOIN files f ON f.id = s.file WHERE s.name >= ? "
+						  "AND s.name < ? ORDER BY s.name, s.rank LIMIT ?",
+			Last, End, {}, MaxCount, Out.Symbols);
 	}
 
 	bool FIndexDatabase::ReadOutline(std::string_view Path, int32 MaxCount, FIndexLookup& Out)
@@ -506,7 +544,8 @@ namespace Velmora::CodeIntel
 		Symbols.Bind(File.GetInteger(0)).Bind(MaxCount);
 		while (Symbols.Next())
 		{
-			Out.Symbols.push_back({ Symbols.GetBytes(0), Symbols.GetBytes(1), Symbols.GetBytes(2), std::string(Path), static_cast<int32>(Symbols.GetInteger(3)) });
+			Out.Symbols.push_back({ Symbols.GetBytes(0), Symbols.GetBytes(1), Symbols.GetBytes(2), std::string(Path),
+				static_cast<int32>(Symbols.GetInteger(3)) });
 		}
 		return !Symbols.HasFailed();
 	}

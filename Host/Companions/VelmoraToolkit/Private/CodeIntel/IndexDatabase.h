@@ -104,7 +104,8 @@ namespace Velmora::CodeIntel
 		sqlite3_stmt* Get(const char* Sql);
 		void ForgetStatements();
 		bool Insert(const char* FileSql, const char* SymbolSql, const FIndexFile& File, const FFileSymbols& Symbols);
-		bool RunFinding(const char* Sql, std::string_view First, std::string_view Last, std::string_view Scope, int32 MaxCount, std::vector<FIndexSymbol>& Out);
+		bool RunFinding(const char* Sql, std::string_view First, std::string_view Last, std::string_view Scope, int32 MaxCount,
+			std::vector<FIndexSymbol>& Out);
 		static int OnBusy(void* Self, int Count);
 
 		const std::atomic<bool>& bStop;

@@ -12,9 +12,11 @@ namespace Velmora::CodeIntel
 	namespace
 	{
 		/** Lower case. */
+		// clang-format off
 		constexpr std::string_view IndexedExtensions[] = {
 			"c", "cc", "cpp", "cxx", "h", "hh", "hpp", "hxx", "inl", "ipp", "cs", "py", "ini", "json", "uplugin", "uproject",
 		};
+		// clang-format on
 	}
 
 	bool IsIndexedFile(std::string_view Path)
@@ -26,7 +28,8 @@ namespace Velmora::CodeIntel
 			return false;
 		}
 		std::string Extension(Name.substr(Dot + 1));
-		std::transform(Extension.begin(), Extension.end(), Extension.begin(), [](char Byte) { return Byte >= 'A' && Byte <= 'Z' ? static_cast<char>(Byte - 'A' + 'a') : Byte; });
+		std::transform(Extension.begin(), Extension.end(), Extension.begin(),
+			[](char Byte) { return Byte >= 'A' && Byte <= 'Z' ? static_cast<char>(Byte - 'A' + 'a') : Byte; });
 		return std::find(std::begin(IndexedExtensions), std::end(IndexedExtensions), Extension) != std::end(IndexedExtensions);
 	}
 

@@ -22,12 +22,16 @@ namespace Velmora::CodeIntel
 		constexpr int HopelessFailures = 40;
 
 		/** Declarations are wanted as well, and what macros hide is not mistaken for them. */
+		// clang-format off
 		constexpr const char* CommonArguments[] = {
 			"--options=NONE", "--output-format=json", "-f", "-", "--sort=no", "--quiet=yes", "--tag-relative=no", "--fields=NFnKs",
-			"--kinds-C=+p", "--kinds-C++=+p", "-I", "UCLASS+,USTRUCT+,UENUM+,UPROPERTY+,UFUNCTION+,UMETA+,GENERATED_BODY+,GENERATED_UCLASS_BODY+",
-			"--map-C++=+.ipp", "--map-C++=+.CPP", "--map-C++=+.INL", "--map-C#=+.CS", "--map-Python=+.PY", "--map-Iniconf=+.INI", "--map-JSON=+.JSON",
+			"--kinds-C=+p", "--kinds-C++=+p", "-I",
+			"UCLASS+,USTRUCT+,UENUM+,UPROPERTY+,UFUNCTION+,UMETA+,GENERATED_BODY+,GENERATED_UCLASS_BODY+",
+			"--map-C++=+.ipp", "--map-C++=+.CPP", "--map-C++=+.INL", "--map-C#=+.CS", "--map-Python=+.PY", "--map-Iniconf=+.INI",
+			"--map-JSON=+.JSON",
 			"--map-JSON=+.uplugin", "--map-JSON=+.uproject",
 		};
+		// clang-format on
 		constexpr const char* IndexedLanguages = "--languages=C,C++,C#,Python,Iniconf,JSON";
 
 		std::vector<std::string> MakeArguments(const FExtractorOptions& Options)
@@ -44,7 +48,8 @@ namespace Velmora::CodeIntel
 			{
 				return false;
 			}
-			return std::none_of(Path.begin(), Path.end(), [](char Byte) { return static_cast<unsigned char>(Byte) < 0x20 || Byte == 0x7F || Byte == '\\'; });
+			return std::none_of(Path.begin(), Path.end(),
+				[](char Byte) { return static_cast<unsigned char>(Byte) < 0x20 || Byte == 0x7F || Byte == '\\'; });
 		}
 
 		/** Places in an array are no names. */
@@ -74,13 +79,16 @@ namespace Velmora::CodeIntel
 		Run.Seconds = CheckSeconds;
 		Run.MaxOutputBytes = MaxOutputOfRun;
 		std::string Reason;
-		const EChildEnd End = RunChild(Run, bStop, [](std::string_view) {}, Reason);
+		const EChildEnd End = RunChild(
+			Run, bStop, [](std::string_view) {}, Reason);
 		if (End == EChildEnd::Finished || End == EChildEnd::Stopped)
 		{
 			return End == EChildEnd::Finished;
 		}
 		const TCHAR* const What = End == EChildEnd::NotStarted ? TEXT("could not be started") : TEXT("cannot be used");
-		OutProblem = FString::Printf(TEXT("The code index needs a program that finds symbols. \"%s\" %s: %s. Install the package universal-ctags."), *Options.Program, What, UTF8_TO_TCHAR(Reason.c_str()));
+		OutProblem =
+			FString::Printf(TEXT("The code index needs a program that finds symbols. \"%s\" %s: %s. Install the package universal-ctags."),
+				*Options.Program, What, UTF8_TO_TCHAR(Reason.c_str()));
 		return false;
 	}
 
@@ -89,7 +97,8 @@ namespace Velmora::CodeIntel
 		return Options.BatchSeconds + Options.FileSeconds * static_cast<double>(FileCount);
 	}
 
-	std::vector<FSymbolExtractor::FBatch> FSymbolExtractor::MakeBatches(const std::vector<FIndexFile>& Files, const FTake& Take, bool& bGoesOn) const
+	std::vector<FSymbolExtractor::FBatch> FSymbolExtractor::MakeBatches(
+		const std::vector<FIndexFile>& Files, const FTake& Take, bool& bGoesOn) const
 	{
 		std::vector<FBatch> Batches;
 		FBatch Plain;
@@ -98,7 +107,8 @@ namespace Velmora::CodeIntel
 			const bool bIsTooLarge = File.Size > MaxIndexedBytes;
 			if (bIsTooLarge || access((Root + '/' + File.Path).c_str(), R_OK) != 0)
 			{
-				UE_LOG(LogSymbolExtractor, Warning, TEXT("%s is not in the code index: it %s"), *HostFileNameFromBytes(File.Path), bIsTooLarge ? TEXT("is larger than 8 MB") : TEXT("cannot be read"));
+				UE_LOG(LogSymbolExtractor, Warning, TEXT("%s is not in the code index: it %s"), *HostFileNameFromBytes(File.Path),
+					bIsTooLarge ? TEXT("is larger than 8 MB") : TEXT("cannot be read"));
 				bGoesOn = Take(File, { {}, true });
 				if (!bGoesOn)
 				{
@@ -162,32 +172,35 @@ namespace Velmora::CodeIntel
 			}
 			size_t Last = 0;
 			std::string LastPath;
-			FTagReader Reader([&](FTag&& Tag)
-			{
-				if (!bIsAlone && Tag.Path != LastPath)
+			FTagReader Reader(
+				[&](FTag&& Tag)
 				{
-					const auto Found = Places.find(Tag.Path);
-					if (Found == Places.end())
+					if (!bIsAlone && Tag.Path != LastPath)
 					{
-						return;
+						const auto Found = Places.find(Tag.Path);
+						if (Found == Places.end())
+						{
+							return;
+						}
+						Last = Found->second;
+						LastPath = Tag.Path;
 					}
-					Last = Found->second;
-					LastPath = Tag.Path;
-				}
-				if (IsSymbol(Tag))
-				{
-					Results[Last].Symbols.push_back(MakeSymbol(std::move(Tag)));
-				}
-			});
+					if (IsSymbol(Tag))
+					{
+						Results[Last].Symbols.push_back(MakeSymbol(std::move(Tag)));
+					}
+				});
 			std::string Reason;
-			const EChildEnd End = RunChild(Run, bStop, [&Reader](std::string_view Piece) { Reader.Add(Piece); }, Reason);
+			const EChildEnd End = RunChild(
+				Run, bStop, [&Reader](std::string_view Piece) { Reader.Add(Piece); }, Reason);
 			if (End == EChildEnd::Stopped)
 			{
 				return false;
 			}
 			if (End == EChildEnd::NotStarted)
 			{
-				OutProblem = FString::Printf(TEXT("The program \"%s\" could not be started: %s. Install the package universal-ctags."), *Options.Program, UTF8_TO_TCHAR(Reason.c_str()));
+				OutProblem = FString::Printf(TEXT("The program \"%s\" could not be started: %s. Install the package universal-ctags."),
+					*Options.Program, UTF8_TO_TCHAR(Reason.c_str()));
 				return false;
 			}
 			if (End != EChildEnd::Finished && !bIsAlone)
@@ -199,11 +212,13 @@ namespace Velmora::CodeIntel
 			}
 			if (End != EChildEnd::Finished)
 			{
-				UE_LOG(LogSymbolExtractor, Warning, TEXT("%s is not in the code index: \"%s\" failed on it, %s"), *HostFileNameFromBytes(Batch.front()->Path), *Options.Program, UTF8_TO_TCHAR(Reason.c_str()));
+				UE_LOG(LogSymbolExtractor, Warning, TEXT("%s is not in the code index: \"%s\" failed on it, %s"),
+					*HostFileNameFromBytes(Batch.front()->Path), *Options.Program, UTF8_TO_TCHAR(Reason.c_str()));
 				Results.front() = { {}, true };
 				if (++Failures >= HopelessFailures && !bHasWorked)
 				{
-					OutProblem = FString::Printf(TEXT("The program \"%s\" fails on every file: %s. Install the package universal-ctags."), *Options.Program, UTF8_TO_TCHAR(Reason.c_str()));
+					OutProblem = FString::Printf(TEXT("The program \"%s\" fails on every file: %s. Install the package universal-ctags."),
+						*Options.Program, UTF8_TO_TCHAR(Reason.c_str()));
 					return false;
 				}
 			}
@@ -223,14 +238,16 @@ namespace Velmora::CodeIntel
 		Run.Arguments.push_back(AbsolutePath);
 		Run.Seconds = GetSeconds(1);
 		Run.MaxOutputBytes = MaxOutputOfRun;
-		FTagReader Reader([&Out](FTag&& Tag)
-		{
-			if (IsSymbol(Tag))
+		FTagReader Reader(
+			[&Out](FTag&& Tag)
 			{
-				Out.push_back(MakeSymbol(std::move(Tag)));
-			}
-		});
-		const bool bIsDone = RunChild(Run, bStop, [&Reader](std::string_view Piece) { Reader.Add(Piece); }, OutReason) == EChildEnd::Finished;
+				if (IsSymbol(Tag))
+				{
+					Out.push_back(MakeSymbol(std::move(Tag)));
+				}
+			});
+		const bool bIsDone = RunChild(
+								 Run, bStop, [&Reader](std::string_view Piece) { Reader.Add(Piece); }, OutReason) == EChildEnd::Finished;
 		std::stable_sort(Out.begin(), Out.end(), [](const FIndexSymbol& A, const FIndexSymbol& B) { return A.Line < B.Line; });
 		return bIsDone;
 	}

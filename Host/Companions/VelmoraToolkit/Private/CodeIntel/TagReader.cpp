@@ -47,8 +47,13 @@ namespace Velmora::CodeIntel
 				if (Depth == 1)
 				{
 					bIsLine = Name == "line";
-					Text = Name == "_type" ? &Type : Name == "name" ? &Tag.Name : Name == "path" ? &Tag.Path : Name == "kind" ? &Tag.Kind
-						: Name == "scope" ? &Tag.Scope : Name == "scopeKind" ? &Tag.ScopeKind : nullptr;
+					Text = Name == "_type"	  ? &Type
+						: Name == "name"	  ? &Tag.Name
+						: Name == "path"	  ? &Tag.Path
+						: Name == "kind"	  ? &Tag.Kind
+						: Name == "scope"	  ? &Tag.Scope
+						: Name == "scopeKind" ? &Tag.ScopeKind
+											  : nullptr;
 				}
 				return true;
 			}
@@ -102,7 +107,8 @@ namespace Velmora::CodeIntel
 		rapidjson::MemoryStream Stream(Text.data(), Text.size());
 		rapidjson::Reader Reader;
 		const bool bIsRead = !Reader.Parse<rapidjson::kParseIterativeFlag>(Stream, Handler).IsError();
-		if (bIsRead && Handler.Type == "tag" && !Handler.Tag.Name.empty() && Handler.Tag.Name.size() <= MaxNameBytes && Handler.Tag.Line > 0)
+		if (bIsRead && Handler.Type == "tag" && !Handler.Tag.Name.empty() && Handler.Tag.Name.size() <= MaxNameBytes &&
+			Handler.Tag.Line > 0)
 		{
 			Take(std::move(Handler.Tag));
 		}

@@ -19,7 +19,7 @@ namespace Velmora
 	enum class EFolderRead : uint8_t
 	{
 		Complete,
-		Partly,		// An error, more entries than were asked for, or stopped.
+		Partly, // An error, more entries than were asked for, or stopped.
 		Failed
 	};
 

@@ -10,15 +10,17 @@ namespace Velmora
 {
 	namespace
 	{
-		constexpr uint32_t WatchedEvents = IN_CREATE | IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO | IN_CLOSE_WRITE | IN_ATTRIB | IN_DELETE_SELF | IN_MOVE_SELF;
+		constexpr uint32_t WatchedEvents =
+			IN_CREATE | IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO | IN_CLOSE_WRITE | IN_ATTRIB | IN_DELETE_SELF | IN_MOVE_SELF;
 
 		bool ToFolderEvent(uint32_t Mask, EFolderEvent& OutEvent)
 		{
-			OutEvent = (Mask & IN_Q_OVERFLOW) != 0 ? EFolderEvent::Overflow
+			OutEvent = (Mask & IN_Q_OVERFLOW) != 0										  ? EFolderEvent::Overflow
 				: (Mask & (IN_IGNORED | IN_DELETE_SELF | IN_MOVE_SELF | IN_UNMOUNT)) != 0 ? EFolderEvent::Gone
-				: (Mask & (IN_CREATE | IN_MOVED_TO)) != 0 ? EFolderEvent::Entered
-				: (Mask & (IN_DELETE | IN_MOVED_FROM)) != 0 ? EFolderEvent::Left
-				: (Mask & IN_CLOSE_WRITE) != 0 ? EFolderEvent::Written : EFolderEvent::Permissions;
+				: (Mask & (IN_CREATE | IN_MOVED_TO)) != 0								  ? EFolderEvent::Entered
+				: (Mask & (IN_DELETE | IN_MOVED_FROM)) != 0								  ? EFolderEvent::Left
+				: (Mask & IN_CLOSE_WRITE) != 0											  ? EFolderEvent::Written
+																						  : EFolderEvent::Permissions;
 			return OutEvent != EFolderEvent::Permissions || (Mask & IN_ATTRIB) != 0;
 		}
 	}

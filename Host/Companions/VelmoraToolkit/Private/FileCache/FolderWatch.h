@@ -10,12 +10,12 @@ namespace Velmora
 {
 	enum class EFolderEvent : uint8_t
 	{
-		Entered,	// A name has come, by being made or moved.
-		Left,		// A name has gone.
-		Written,	// A file has been closed by someone who wrote to it.
+		Entered, // A name has come, by being made or moved.
+		Left, // A name has gone.
+		Written, // A file has been closed by someone who wrote to it.
 		Permissions,
-		Gone,		// The watched folder itself has been deleted, moved or unmounted, or its watch has ended.
-		Overflow	// Events were lost.
+		Gone, // The watched folder itself has been deleted, moved or unmounted, or its watch has ended.
+		Overflow // Events were lost.
 	};
 
 	struct FFolderChange

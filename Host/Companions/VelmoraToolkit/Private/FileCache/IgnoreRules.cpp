@@ -26,12 +26,30 @@ namespace Velmora
 		}
 
 		// ASCII on purpose: ignore files mean the same in every locale.
-		bool IsDigitByte(unsigned char Byte) { return IsBetween(Byte, '0', '9'); }
-		bool IsLowerByte(unsigned char Byte) { return IsBetween(Byte, 'a', 'z'); }
-		bool IsUpperByte(unsigned char Byte) { return IsBetween(Byte, 'A', 'Z'); }
-		bool IsAlphaByte(unsigned char Byte) { return IsLowerByte(Byte) || IsUpperByte(Byte); }
-		bool IsAlnumByte(unsigned char Byte) { return IsAlphaByte(Byte) || IsDigitByte(Byte); }
-		bool IsGraphByte(unsigned char Byte) { return IsBetween(Byte, 0x21, 0x7E); }
+		bool IsDigitByte(unsigned char Byte)
+		{
+			return IsBetween(Byte, '0', '9');
+		}
+		bool IsLowerByte(unsigned char Byte)
+		{
+			return IsBetween(Byte, 'a', 'z');
+		}
+		bool IsUpperByte(unsigned char Byte)
+		{
+			return IsBetween(Byte, 'A', 'Z');
+		}
+		bool IsAlphaByte(unsigned char Byte)
+		{
+			return IsLowerByte(Byte) || IsUpperByte(Byte);
+		}
+		bool IsAlnumByte(unsigned char Byte)
+		{
+			return IsAlphaByte(Byte) || IsDigitByte(Byte);
+		}
+		bool IsGraphByte(unsigned char Byte)
+		{
+			return IsBetween(Byte, 0x21, 0x7E);
+		}
 
 		constexpr FNamedSet NamedSets[] = {
 			{ "alnum", IsAlnumByte },
@@ -114,7 +132,8 @@ namespace Velmora
 			{
 				const size_t End = std::min(Pattern.find_first_not_of('*', Index), Pattern.size());
 				const std::string_view Rest = Pattern.substr(End);
-				const bool bStandsAlone = (Index == 0 || Pattern[Index - 1] == '/') && (Rest.empty() || Rest[0] == '/' || Rest.substr(0, 2) == "\\/");
+				const bool bStandsAlone =
+					(Index == 0 || Pattern[Index - 1] == '/') && (Rest.empty() || Rest[0] == '/' || Rest.substr(0, 2) == "\\/");
 				const bool bIsWide = bIsPath && End - Index >= 2 && bStandsAlone;
 				const bool bTakesSlash = bIsWide && !Rest.empty() && Rest[0] == '/';
 				Tokens.push_back({ bTakesSlash ? EToken::Folders : bIsWide ? EToken::Anything : EToken::Star });

@@ -27,12 +27,12 @@ namespace Velmora
 	private:
 		enum class EToken : uint8_t
 		{
-			Byte,		// Exactly that byte.
-			AnyByte,	// Any byte but '/'.
-			Set,		// A byte of a bracket expression.
-			Star,		// Any run without '/'.
-			Anything,	// Any run.
-			Folders		// Nothing, or any run that ends with '/'.
+			Byte, // Exactly that byte.
+			AnyByte, // Any byte but '/'.
+			Set, // A byte of a bracket expression.
+			Star, // Any run without '/'.
+			Anything, // Any run.
+			Folders // Nothing, or any run that ends with '/'.
 		};
 
 		struct FToken
@@ -46,8 +46,8 @@ namespace Velmora
 		enum class EShape : uint8_t
 		{
 			Never,
-			Literal,	// No wildcard at all.
-			Suffix,		// A star and a literal; names only.
+			Literal, // No wildcard at all.
+			Suffix, // A star and a literal; names only.
 			Tokens
 		};
 
@@ -66,9 +66,9 @@ namespace Velmora
 
 	enum class EIgnoreVerdict : uint8_t
 	{
-		None,	// No line speaks of the path.
+		None, // No line speaks of the path.
 		Ignore,
-		Keep	// A line with '!' takes it back.
+		Keep // A line with '!' takes it back.
 	};
 
 	/** The lines of one ignore file, with git's meaning. Immutable. */

@@ -316,7 +316,8 @@ namespace Velmora
 
 	void FProjectFileMonitor::DropOldLists()
 	{
-		OldLists.erase(std::remove_if(OldLists.begin(), OldLists.end(), [](const auto& Old) { return Old.use_count() == 1; }), OldLists.end());
+		OldLists.erase(
+			std::remove_if(OldLists.begin(), OldLists.end(), [](const auto& Old) { return Old.use_count() == 1; }), OldLists.end());
 	}
 
 	FProjectFileMonitor::FClock::time_point FProjectFileMonitor::GetCompareTime() const
@@ -350,7 +351,8 @@ namespace Velmora
 		{
 			return -1;
 		}
-		return static_cast<int>(std::clamp<int64_t>(std::chrono::duration_cast<std::chrono::milliseconds>(Until - Now + 999us).count(), 0, 60000));
+		return static_cast<int>(
+			std::clamp<int64_t>(std::chrono::duration_cast<std::chrono::milliseconds>(Until - Now + 999us).count(), 0, 60000));
 	}
 
 	void FProjectFileMonitor::Wait(const FProjectTree& Tree)

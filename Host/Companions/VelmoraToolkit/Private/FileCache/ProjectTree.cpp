@@ -115,7 +115,8 @@ namespace Velmora
 	bool FProjectTree::IsRootInPlace() const
 	{
 		struct stat Status = {};
-		return RootDescriptor >= 0 && stat(RootPath.c_str(), &Status) == 0 && Status.st_dev == RootStamp.Device && Status.st_ino == RootStamp.Inode;
+		return RootDescriptor >= 0 && stat(RootPath.c_str(), &Status) == 0 && Status.st_dev == RootStamp.Device &&
+			Status.st_ino == RootStamp.Inode;
 	}
 
 	void FProjectTree::Enqueue(FProjectTreeFolder& Folder)
@@ -190,7 +191,8 @@ namespace Velmora
 		{
 			const FIgnoreScope* const Old = Folder.Scope.get();
 			const bool bIsSame = Old && Old->FolderLength == Prefix.size() && Old->Above == Above && Old->File.GetText() == Text;
-			Scope = bIsSame ? Folder.Scope : std::make_shared<const FIgnoreScope>(FIgnoreScope{ Above, FIgnoreFile(std::move(Text)), Prefix.size() });
+			Scope = bIsSame ? Folder.Scope
+							: std::make_shared<const FIgnoreScope>(FIgnoreScope{ Above, FIgnoreFile(std::move(Text)), Prefix.size() });
 		}
 		const bool bRescoped = Scope != Folder.Scope;
 		Folder.Scope = Scope;

@@ -16,7 +16,8 @@ namespace Velmora
 	bool FProjectTree::HasChanged(const FProjectTreeFolder& Folder, const std::string& Path) const
 	{
 		struct stat Status = {};
-		if (fstatat(RootDescriptor, Path.empty() ? "." : Path.c_str(), &Status, AT_SYMLINK_NOFOLLOW) != 0 || FDiskStamp::Of(Status) != Folder.Stamp)
+		if (fstatat(RootDescriptor, Path.empty() ? "." : Path.c_str(), &Status, AT_SYMLINK_NOFOLLOW) != 0 ||
+			FDiskStamp::Of(Status) != Folder.Stamp)
 		{
 			return true;
 		}
@@ -29,8 +30,8 @@ namespace Velmora
 			return false;
 		}
 		const std::string IgnorePath = Path.empty() ? IgnoreFileName : Path + '/' + IgnoreFileName;
-		return fstatat(RootDescriptor, IgnorePath.c_str(), &Status, AT_SYMLINK_NOFOLLOW) != 0 || FDiskStamp::Of(Status) != Folder.IgnoreStamp
-			|| std::llabs(Folder.ReadAt - Folder.IgnoreStamp.Changed) < CoarsestTime;
+		return fstatat(RootDescriptor, IgnorePath.c_str(), &Status, AT_SYMLINK_NOFOLLOW) != 0 ||
+			FDiskStamp::Of(Status) != Folder.IgnoreStamp || std::llabs(Folder.ReadAt - Folder.IgnoreStamp.Changed) < CoarsestTime;
 	}
 
 	void FProjectTree::QueueChanged()
@@ -92,12 +93,13 @@ namespace Velmora
 	{
 		bool bHasAny = false;
 		bool bHasOverflown = false;
-		Watch->Read([this, &bHasAny, &bHasOverflown](const FFolderChange& Change)
-		{
-			bHasAny = true;
-			bHasOverflown = bHasOverflown || Change.Event == EFolderEvent::Overflow;
-			TakeEvent(Change);
-		});
+		Watch->Read(
+			[this, &bHasAny, &bHasOverflown](const FFolderChange& Change)
+			{
+				bHasAny = true;
+				bHasOverflown = bHasOverflown || Change.Event == EFolderEvent::Overflow;
+				TakeEvent(Change);
+			});
 		if (bHasOverflown)
 		{
 			StartOver();
@@ -152,7 +154,8 @@ namespace Velmora
 		}
 		if (Change.Event == EFolderEvent::Permissions)
 		{
-			const auto Child = std::find_if(Folder.Folders.begin(), Folder.Folders.end(), [&Change](const auto& Each) { return Each->Name == Change.Name; });
+			const auto Child = std::find_if(
+				Folder.Folders.begin(), Folder.Folders.end(), [&Change](const auto& Each) { return Each->Name == Change.Name; });
 			if (Change.bIsFolder && Child != Folder.Folders.end())
 			{
 				Enqueue(**Child);

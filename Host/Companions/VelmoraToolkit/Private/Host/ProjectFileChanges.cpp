@@ -51,7 +51,8 @@ namespace Velmora
 		FFileListenerTable& Table = GetFileListenerTable();
 		{
 			const std::scoped_lock Lock(Table.Mutex);
-			const auto Found = std::find_if(Table.Listeners.begin(), Table.Listeners.end(), [Handle](const auto& Listener) { return Listener->Handle == Handle; });
+			const auto Found = std::find_if(
+				Table.Listeners.begin(), Table.Listeners.end(), [Handle](const auto& Listener) { return Listener->Handle == Handle; });
 			if (Found == Table.Listeners.end())
 			{
 				return;

@@ -14,6 +14,7 @@ namespace Velmora
 	namespace
 	{
 		/** Lower case. */
+		// clang-format off
 		constexpr std::string_view IgnoredFolderNames[] = {
 			// Version control.
 			".git", ".hg", ".svn", ".bzr", ".jj", "_darcs", "cvs",
@@ -24,6 +25,7 @@ namespace Velmora
 			// Fetched packages.
 			".venv", "bower_components", "node_modules",
 		};
+		// clang-format on
 
 		char ToLowerAscii(char Byte)
 		{
@@ -57,10 +59,11 @@ namespace Velmora
 
 	bool IsIgnoredFolderName(std::string_view Name)
 	{
-		return std::any_of(std::begin(IgnoredFolderNames), std::end(IgnoredFolderNames), [Name](std::string_view Ignored)
-		{
-			return std::equal(Name.begin(), Name.end(), Ignored.begin(), Ignored.end(), [](char A, char B) { return ToLowerAscii(A) == B; });
-		});
+		return std::any_of(std::begin(IgnoredFolderNames), std::end(IgnoredFolderNames),
+			[Name](std::string_view Ignored) {
+				return std::equal(
+					Name.begin(), Name.end(), Ignored.begin(), Ignored.end(), [](char A, char B) { return ToLowerAscii(A) == B; });
+			});
 	}
 
 	FProjectWalkResult WalkProject(const std::string& Root, const std::function<EProjectWalkStep(const FProjectWalkEntry&)>& Visit)
@@ -85,7 +88,8 @@ namespace Velmora
 			if (Folder.Depth > 0)
 			{
 				++VisitedCount;
-				const EProjectWalkStep Step = Visit({ Folder.AbsolutePath, std::string_view(Folder.AbsolutePath).substr(Base.size()), true });
+				const EProjectWalkStep Step =
+					Visit({ Folder.AbsolutePath, std::string_view(Folder.AbsolutePath).substr(Base.size()), true });
 				if (Step == EProjectWalkStep::Stop)
 				{
 					return Result;

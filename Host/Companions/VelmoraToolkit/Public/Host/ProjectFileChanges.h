@@ -24,10 +24,12 @@ namespace Velmora
 	public:
 		using FListener = TFunction<void(const FProjectFileChanges&)>;
 
-		/** The listener is called on the cache's own thread, once the list shows the changes. It must be quick and may call anything here. */
+		/** The listener is called on the cache's own thread, once the list shows the changes. It must be quick and may call anything here.
+		 */
 		static int32 Add(FListener Listener);
 
-		/** Afterwards the listener is not called any more; a call that runs on another thread is waited for. Unknown numbers are passed over. */
+		/** Afterwards the listener is not called any more; a call that runs on another thread is waited for. Unknown numbers are passed
+		 * over. */
 		static void Remove(int32 Handle);
 
 		static void Broadcast(const FProjectFileChanges& Changes);

@@ -20,7 +20,7 @@ namespace Velmora
 	enum class EProjectWalkStep
 	{
 		Continue,
-		SkipFolder,	// Do not go into the folder just visited.
+		SkipFolder, // Do not go into the folder just visited.
 		Stop
 	};
 
@@ -44,7 +44,8 @@ namespace Velmora
 	 * it and files before folders. Ignored folders (IsIgnoredFolderName) are not visited. Symbolic links are not
 	 * followed: what they point to is either visited in its own place or lies outside. Any thread.
 	 */
-	VELMORATOOLKIT_API FProjectWalkResult WalkProject(const std::string& Root, const std::function<EProjectWalkStep(const FProjectWalkEntry&)>& Visit);
+	VELMORATOOLKIT_API FProjectWalkResult WalkProject(
+		const std::string& Root, const std::function<EProjectWalkStep(const FProjectWalkEntry&)>& Visit);
 
 	/** Version control, build output, saved data and package folders, in any letter case. */
 	VELMORATOOLKIT_API bool IsIgnoredFolderName(std::string_view Name);

@@ -205,10 +205,7 @@ namespace
 			bool bFinished = false;
 		};
 
-		static std::size_t MaxWorkers()
-		{
-			return std::clamp<std::size_t>(std::thread::hardware_concurrency(), 2, 8);
-		}
+		static std::size_t MaxWorkers() { return std::clamp<std::size_t>(std::thread::hardware_concurrency(), 2, 8); }
 
 		int32 CountLocked() const
 		{
@@ -348,8 +345,8 @@ void HostAsyncPrivate::Run(EAsyncExecution Execution, TUniqueFunction<void()> Ta
 
 void AsyncTask(ENamedThreads::Type Thread, TUniqueFunction<void()> Task)
 {
-	HostAsyncPrivate::Run(
-		Thread == ENamedThreads::GameThread ? EAsyncExecution::TaskGraphMainThread : EAsyncExecution::TaskGraph, static_cast<FTask&&>(Task));
+	HostAsyncPrivate::Run(Thread == ENamedThreads::GameThread ? EAsyncExecution::TaskGraphMainThread : EAsyncExecution::TaskGraph,
+		static_cast<FTask&&>(Task));
 }
 
 void FHostTasks::SetGameThread()

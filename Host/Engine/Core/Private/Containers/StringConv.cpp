@@ -16,7 +16,7 @@ void FTCHARToUTF8::Append(std::string& Out, FStringView Text)
 		{
 			if (Code <= 0xdbff && It + 1 < End && It[1] >= 0xdc00 && It[1] <= 0xdfff)
 			{
-				Code = 0x10000 + ((Code - 0xd800) << 10) + ((uint32)*++It - 0xdc00);
+				Code = 0x10000 + ((Code - 0xd800) << 10) + ((uint32) * ++It - 0xdc00);
 			}
 			else
 			{

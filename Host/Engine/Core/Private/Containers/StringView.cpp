@@ -53,7 +53,8 @@ int32 UE::String::FindFirst(const TCHAR* String, int32 Len, const TCHAR* Sub, in
 	}
 	if (SearchCase == ESearchCase::CaseSensitive)
 	{
-		const std::size_t Found = std::u16string_view(String, (std::size_t)Len).find(std::u16string_view(Sub, (std::size_t)SubLen), (std::size_t)Start);
+		const std::size_t Found =
+			std::u16string_view(String, (std::size_t)Len).find(std::u16string_view(Sub, (std::size_t)SubLen), (std::size_t)Start);
 		return Found == std::u16string_view::npos ? INDEX_NONE : (int32)Found;
 	}
 	if (SubLen == 0)

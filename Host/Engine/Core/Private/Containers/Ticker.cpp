@@ -14,7 +14,9 @@ class FTSTicker::FElement
 {
 public:
 	FElement(FTSTicker& InOwner, TFunction<bool(float)>&& InFunction, float InDelay)
-		: Owner(InOwner), Delay(InDelay), Function(MoveTemp(InFunction))
+		: Owner(InOwner)
+		, Delay(InDelay)
+		, Function(MoveTemp(InFunction))
 	{
 	}
 

@@ -21,7 +21,8 @@ namespace
 		if (!Text.IsEmpty())
 		{
 			int32 Start = 0;
-			const auto AddPiece = [&](int32 End) {
+			const auto AddPiece = [&](int32 End)
+			{
 				if (End > Start || !bCullEmpty)
 				{
 					Pieces.Emplace(Text.Mid(Start, End - Start));
@@ -185,7 +186,8 @@ bool FString::MatchesWildcard(FStringView Wildcard, ESearchCase::Type SearchCase
 	int32 Pattern = 0;
 	int32 StarPattern = INDEX_NONE;
 	int32 StarText = 0;
-	const auto Same = [SearchCase](TCHAR A, TCHAR B) { return A == B || (SearchCase == ESearchCase::IgnoreCase && FChar::ToLower(A) == FChar::ToLower(B)); };
+	const auto Same = [SearchCase](TCHAR A, TCHAR B)
+	{ return A == B || (SearchCase == ESearchCase::IgnoreCase && FChar::ToLower(A) == FChar::ToLower(B)); };
 	while (Text < Len())
 	{
 		if (Pattern < Wildcard.Len() && Wildcard[Pattern] == '*')
@@ -459,7 +461,8 @@ FString FString::RightPad(int32 Length) const
 	return *this + ChrN(Length - Len(), TEXT(' '));
 }
 
-bool FString::Split(FStringView Separator, FString* LeftPart, FString* RightPart, ESearchCase::Type SearchCase, ESearchDir::Type SearchDir) const
+bool FString::Split(
+	FStringView Separator, FString* LeftPart, FString* RightPart, ESearchCase::Type SearchCase, ESearchDir::Type SearchDir) const
 {
 	const int32 Found = Separator.IsEmpty() ? INDEX_NONE : Find(Separator, SearchCase, SearchDir);
 	if (Found == INDEX_NONE)
@@ -491,16 +494,19 @@ int32 FString::ParseIntoArray(TArray<FString>& OutArray, const TCHAR* const* Del
 	{
 		Views.Emplace(Delimiters[Index]);
 	}
-	return CutIntoPieces(*this, OutArray, bCullEmpty, [&Views](FStringView Text, int32 Index) {
-		for (const FStringView& Delimiter : Views)
+	return CutIntoPieces(*this, OutArray, bCullEmpty,
+		[&Views](FStringView Text, int32 Index)
 		{
-			if (!Delimiter.IsEmpty() && Text[Index] == Delimiter[0] && Text.RightChop(Index).StartsWith(Delimiter, ESearchCase::CaseSensitive))
+			for (const FStringView& Delimiter : Views)
 			{
-				return Delimiter.Len();
+				if (!Delimiter.IsEmpty() && Text[Index] == Delimiter[0] &&
+					Text.RightChop(Index).StartsWith(Delimiter, ESearchCase::CaseSensitive))
+				{
+					return Delimiter.Len();
+				}
 			}
-		}
-		return 0;
-	});
+			return 0;
+		});
 }
 
 int32 FString::ParseIntoArrayLines(TArray<FString>& OutArray, bool bCullEmpty) const
@@ -511,13 +517,15 @@ int32 FString::ParseIntoArrayLines(TArray<FString>& OutArray, bool bCullEmpty) c
 int32 FString::ParseIntoArrayWS(TArray<FString>& OutArray, const TCHAR* ExtraDelimiter, bool bCullEmpty) const
 {
 	const FStringView Extra(ExtraDelimiter);
-	return CutIntoPieces(*this, OutArray, bCullEmpty, [Extra](FStringView Text, int32 Index) {
-		if (FChar::IsWhitespace(Text[Index]))
+	return CutIntoPieces(*this, OutArray, bCullEmpty,
+		[Extra](FStringView Text, int32 Index)
 		{
-			return 1;
-		}
-		return !Extra.IsEmpty() && Text.RightChop(Index).StartsWith(Extra, ESearchCase::CaseSensitive) ? Extra.Len() : 0;
-	});
+			if (FChar::IsWhitespace(Text[Index]))
+			{
+				return 1;
+			}
+			return !Extra.IsEmpty() && Text.RightChop(Index).StartsWith(Extra, ESearchCase::CaseSensitive) ? Extra.Len() : 0;
+		});
 }
 
 FString FString::FromInt(int64 Number)
@@ -568,27 +576,96 @@ FString FString::SanitizeFloat(double Number, int32 MinFractionalDigits)
 	return Result;
 }
 
-FString LexToString(int8 Value) { return FString::FromInt(Value); }
-FString LexToString(int16 Value) { return FString::FromInt(Value); }
-FString LexToString(int32 Value) { return FString::FromInt(Value); }
-FString LexToString(int64 Value) { return FString::FromInt(Value); }
-FString LexToString(uint8 Value) { return FString::FromInt(Value); }
-FString LexToString(uint16 Value) { return FString::FromInt(Value); }
-FString LexToString(uint32 Value) { return FString::FromInt(Value); }
-FString LexToString(uint64 Value) { return FString::Printf(TEXT("%llu"), Value); }
-FString LexToString(float Value) { return FString::Printf(TEXT("%f"), Value); }
-FString LexToString(double Value) { return FString::Printf(TEXT("%f"), Value); }
-FString LexToString(bool bValue) { return bValue ? TEXT("true") : TEXT("false"); }
-FString LexToSanitizedString(double Value) { return FString::SanitizeFloat(Value); }
+FString LexToString(int8 Value)
+{
+	return FString::FromInt(Value);
+}
+FString LexToString(int16 Value)
+{
+	return FString::FromInt(Value);
+}
+FString LexToString(int32 Value)
+{
+	return FString::FromInt(Value);
+}
+FString LexToString(int64 Value)
+{
+	return FString::FromInt(Value);
+}
+FString LexToString(uint8 Value)
+{
+	return FString::FromInt(Value);
+}
+FString LexToString(uint16 Value)
+{
+	return FString::FromInt(Value);
+}
+FString LexToString(uint32 Value)
+{
+	return FString::FromInt(Value);
+}
+FString LexToString(uint64 Value)
+{
+	return FString::Printf(TEXT("%llu"), Value);
+}
+FString LexToString(float Value)
+{
+	return FString::Printf(TEXT("%f"), Value);
+}
+FString LexToString(double Value)
+{
+	return FString::Printf(TEXT("%f"), Value);
+}
+FString LexToString(bool bValue)
+{
+	return bValue ? TEXT("true") : TEXT("false");
+}
+FString LexToSanitizedString(double Value)
+{
+	return FString::SanitizeFloat(Value);
+}
 
-void LexFromString(int8& OutValue, const TCHAR* Buffer) { OutValue = (int8)FCString::Atoi(Buffer); }
-void LexFromString(int16& OutValue, const TCHAR* Buffer) { OutValue = (int16)FCString::Atoi(Buffer); }
-void LexFromString(int32& OutValue, const TCHAR* Buffer) { OutValue = FCString::Atoi(Buffer); }
-void LexFromString(int64& OutValue, const TCHAR* Buffer) { OutValue = FCString::Atoi64(Buffer); }
-void LexFromString(uint8& OutValue, const TCHAR* Buffer) { OutValue = (uint8)FCString::Atoi(Buffer); }
-void LexFromString(uint16& OutValue, const TCHAR* Buffer) { OutValue = (uint16)FCString::Atoi(Buffer); }
-void LexFromString(uint32& OutValue, const TCHAR* Buffer) { OutValue = (uint32)FCString::Atoi64(Buffer); }
-void LexFromString(uint64& OutValue, const TCHAR* Buffer) { OutValue = FCString::Strtoui64(Buffer, nullptr, 10); }
-void LexFromString(float& OutValue, const TCHAR* Buffer) { OutValue = FCString::Atof(Buffer); }
-void LexFromString(double& OutValue, const TCHAR* Buffer) { OutValue = FCString::Atod(Buffer); }
-void LexFromString(bool& bOutValue, const TCHAR* Buffer) { bOutValue = FCString::ToBool(Buffer); }
+void LexFromString(int8& OutValue, const TCHAR* Buffer)
+{
+	OutValue = (int8)FCString::Atoi(Buffer);
+}
+void LexFromString(int16& OutValue, const TCHAR* Buffer)
+{
+	OutValue = (int16)FCString::Atoi(Buffer);
+}
+void LexFromString(int32& OutValue, const TCHAR* Buffer)
+{
+	OutValue = FCString::Atoi(Buffer);
+}
+void LexFromString(int64& OutValue, const TCHAR* Buffer)
+{
+	OutValue = FCString::Atoi64(Buffer);
+}
+void LexFromString(uint8& OutValue, const TCHAR* Buffer)
+{
+	OutValue = (uint8)FCString::Atoi(Buffer);
+}
+void LexFromString(uint16& OutValue, const TCHAR* Buffer)
+{
+	OutValue = (uint16)FCString::Atoi(Buffer);
+}
+void LexFromString(uint32& OutValue, const TCHAR* Buffer)
+{
+	OutValue = (uint32)FCString::Atoi64(Buffer);
+}
+void LexFromString(uint64& OutValue, const TCHAR* Buffer)
+{
+	OutValue = FCString::Strtoui64(Buffer, nullptr, 10);
+}
+void LexFromString(float& OutValue, const TCHAR* Buffer)
+{
+	OutValue = FCString::Atof(Buffer);
+}
+void LexFromString(double& OutValue, const TCHAR* Buffer)
+{
+	OutValue = FCString::Atod(Buffer);
+}
+void LexFromString(bool& bOutValue, const TCHAR* Buffer)
+{
+	bOutValue = FCString::ToBool(Buffer);
+}

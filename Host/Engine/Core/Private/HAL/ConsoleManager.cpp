@@ -43,7 +43,10 @@ namespace
 	class TConsoleValue
 	{
 	public:
-		explicit TConsoleValue(const T& InValue) : Value(InValue) {}
+		explicit TConsoleValue(const T& InValue)
+			: Value(InValue)
+		{
+		}
 		T Get() const { return Value.load(std::memory_order_relaxed); }
 		/** Whether it was another value before. */
 		bool Set(const T& NewValue) { return Value.exchange(NewValue, std::memory_order_relaxed) != NewValue; }
@@ -56,7 +59,10 @@ namespace
 	class TConsoleValue<FString>
 	{
 	public:
-		explicit TConsoleValue(const FString& InValue) : Value(InValue) {}
+		explicit TConsoleValue(const FString& InValue)
+			: Value(InValue)
+		{
+		}
 		FString Get() const
 		{
 			const std::lock_guard<std::mutex> Lock(Mutex);
@@ -75,17 +81,32 @@ namespace
 		FString Value;
 	};
 
-	FString ValueText(bool bValue) { return bValue ? TEXT("true") : TEXT("false"); }
-	FString ValueText(int32 Value) { return FString::FromInt(Value); }
-	FString ValueText(float Value) { return ToText(Value); }
-	FString ValueText(const FString& Value) { return Value; }
+	FString ValueText(bool bValue)
+	{
+		return bValue ? TEXT("true") : TEXT("false");
+	}
+	FString ValueText(int32 Value)
+	{
+		return FString::FromInt(Value);
+	}
+	FString ValueText(float Value)
+	{
+		return ToText(Value);
+	}
+	FString ValueText(const FString& Value)
+	{
+		return Value;
+	}
 
 	template <typename T>
 	class TConsoleVariable final : public IConsoleVariable
 	{
 	public:
 		TConsoleVariable(const T& InDefault, const TCHAR* InHelp, uint32 InFlags)
-			: Default(InDefault), Value(InDefault), Help(InHelp), Flags(EConsoleVariableFlags(InFlags))
+			: Default(InDefault)
+			, Value(InDefault)
+			, Help(InHelp)
+			, Flags(EConsoleVariableFlags(InFlags))
 		{
 		}
 
@@ -205,7 +226,9 @@ namespace
 	{
 	public:
 		FHostConsoleCommand(const TCHAR* InHelp, uint32 InFlags, const FConsoleCommandWithArgsDelegate& InCommand)
-			: Help(InHelp), Flags(EConsoleVariableFlags(InFlags)), Command(InCommand)
+			: Help(InHelp)
+			, Flags(EConsoleVariableFlags(InFlags))
+			, Command(InCommand)
 		{
 		}
 		const TCHAR* GetHelp() const override { return *Help; }
@@ -436,7 +459,8 @@ namespace
 			*Prefix);
 		if (OutLines.IsEmpty())
 		{
-			OutLines.Add(Prefix.IsEmpty() ? FString(TEXT("There are no console variables.")) : FString::Printf(TEXT("No console variable begins with \"%s\"."), *Prefix));
+			OutLines.Add(Prefix.IsEmpty() ? FString(TEXT("There are no console variables."))
+										  : FString::Printf(TEXT("No console variable begins with \"%s\"."), *Prefix));
 		}
 	}
 

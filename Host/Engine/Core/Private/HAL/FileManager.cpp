@@ -135,25 +135,25 @@ namespace
 			{
 				return FDateTime::MinValue();
 			}
-			const int64 Ticks = FDateTime(1970, 1, 1).GetTicks() + int64(Info.st_mtim.tv_sec) * ETimespan::TicksPerSecond
-				+ int64(Info.st_mtim.tv_nsec) / 100;
+			const int64 Ticks = FDateTime(1970, 1, 1).GetTicks() + int64(Info.st_mtim.tv_sec) * ETimespan::TicksPerSecond +
+				int64(Info.st_mtim.tv_nsec) / 100;
 			return FDateTime(Ticks);
 		}
 
 		bool IsReadOnly(const TCHAR* Filename) override
 		{
 			struct stat Info;
-			return GetInfo(Filename, Info)
-				&& (HostFileSystem::IsMarkedReadOnly(Info) || access(HostFileSystem::ToBytes(Filename).c_str(), W_OK) != 0);
+			return GetInfo(Filename, Info) &&
+				(HostFileSystem::IsMarkedReadOnly(Info) || access(HostFileSystem::ToBytes(Filename).c_str(), W_OK) != 0);
 		}
 
 		bool MakeDirectory(const TCHAR* Path, bool Tree) override
 		{
 			const std::string Bytes = HostFileSystem::ToBytes(Path);
 			struct stat Info;
-			const bool bMade = !Bytes.empty()
-				&& (Tree ? HostFileSystem::MakeFolders(Bytes)
-						 : mkdir(Bytes.c_str(), 0777) == 0 || (errno == EEXIST && stat(Bytes.c_str(), &Info) == 0 && S_ISDIR(Info.st_mode)));
+			const bool bMade = !Bytes.empty() &&
+				(Tree ? HostFileSystem::MakeFolders(Bytes)
+					  : mkdir(Bytes.c_str(), 0777) == 0 || (errno == EEXIST && stat(Bytes.c_str(), &Info) == 0 && S_ISDIR(Info.st_mode)));
 			UE_CLOG(!bMade, LogFileManager, Warning, TEXT("Cannot make the folder %s: %s"), Path, *HostFileSystem::Describe(errno));
 			return bMade;
 		}
@@ -167,7 +167,8 @@ namespace
 				UE_CLOG(RequireExists && !Quiet, LogFileManager, Warning, TEXT("Cannot delete %s: it does not exist"), Filename);
 				return !RequireExists;
 			}
-			const bool bAllowed = !S_ISDIR(Info.st_mode) && (EvenReadOnly || S_ISLNK(Info.st_mode) || !HostFileSystem::IsMarkedReadOnly(Info));
+			const bool bAllowed =
+				!S_ISDIR(Info.st_mode) && (EvenReadOnly || S_ISLNK(Info.st_mode) || !HostFileSystem::IsMarkedReadOnly(Info));
 			errno = S_ISDIR(Info.st_mode) ? EISDIR : EACCES;
 			const bool bDeleted = bAllowed && unlink(Bytes.c_str()) == 0;
 			UE_CLOG(!bDeleted && !Quiet, LogFileManager, Warning, TEXT("Cannot delete %s: %s"), Filename, *HostFileSystem::Describe(errno));
@@ -294,8 +295,8 @@ namespace
 			// To another disk: a copy first, then the old one goes.
 			TArray<uint8> Bytes;
 			FString Reason;
-			return FFileHelper::LoadFileToArray(Bytes, Src) && HostSaveFile(Dest, Bytes.GetData(), Bytes.Num(), FILEWRITE_EvenIfReadOnly, Reason)
-				&& unlink(From.c_str()) == 0;
+			return FFileHelper::LoadFileToArray(Bytes, Src) &&
+				HostSaveFile(Dest, Bytes.GetData(), Bytes.Num(), FILEWRITE_EvenIfReadOnly, Reason) && unlink(From.c_str()) == 0;
 		}
 	};
 }

@@ -17,7 +17,10 @@ namespace
 	class FDescriptor
 	{
 	public:
-		explicit FDescriptor(int InFile) : File(InFile) {}
+		explicit FDescriptor(int InFile)
+			: File(InFile)
+		{
+		}
 		~FDescriptor() { Close(); }
 		FDescriptor(const FDescriptor&) = delete;
 		FDescriptor& operator=(const FDescriptor&) = delete;
@@ -164,10 +167,9 @@ namespace
 					}
 				}
 			}
-			const bool bNamed = File->Close()
-				&& (bMayReplace ? rename(Temporary.c_str(), Path.c_str())
-								: renameat2(AT_FDCWD, Temporary.c_str(), AT_FDCWD, Path.c_str(), RENAME_NOREPLACE))
-					== 0;
+			const bool bNamed = File->Close() &&
+				(bMayReplace ? rename(Temporary.c_str(), Path.c_str())
+							 : renameat2(AT_FDCWD, Temporary.c_str(), AT_FDCWD, Path.c_str(), RENAME_NOREPLACE)) == 0;
 			if (bNamed)
 			{
 				Temporary.clear();
@@ -193,13 +195,14 @@ namespace
 	};
 
 	/** @param WriteContents  Fills the open file; false with errno on failure. */
-	bool ReplaceWhole(const std::string& Path, TFunctionRef<bool(int)> WriteContents, const struct stat* Existing, mode_t NewMode, bool bMayReplace)
+	bool ReplaceWhole(
+		const std::string& Path, TFunctionRef<bool(int)> WriteContents, const struct stat* Existing, mode_t NewMode, bool bMayReplace)
 	{
 		const std::string Folder = HostFileSystem::GetParent(Path);
 		// What replaces a file that others may not read must not be readable while it is made.
 		FUnfinishedFile File(Folder, Existing ? 0600 : NewMode);
-		const bool bDone = File.IsOpen() && WriteContents(File.Get()) && (!Existing || fchmod(File.Get(), Existing->st_mode & 07777) == 0)
-			&& fsync(File.Get()) == 0 && File.TakeName(Path, bMayReplace);
+		const bool bDone = File.IsOpen() && WriteContents(File.Get()) &&
+			(!Existing || fchmod(File.Get(), Existing->st_mode & 07777) == 0) && fsync(File.Get()) == 0 && File.TakeName(Path, bMayReplace);
 		if (bDone)
 		{
 			FlushFolder(Folder);
@@ -268,7 +271,8 @@ namespace
 	}
 }
 
-bool HostCopyFile(const FString& Source, const FString& Target, uint32 WriteFlags, TFunctionRef<bool(int64 Done, int64 Total)> OnProgress, FString& OutReason)
+bool HostCopyFile(const FString& Source, const FString& Target, uint32 WriteFlags, TFunctionRef<bool(int64 Done, int64 Total)> OnProgress,
+	FString& OutReason)
 {
 	OutReason.Reset();
 	const std::string From = HostFileSystem::ToBytes(Source);
@@ -290,7 +294,8 @@ bool HostCopyFile(const FString& Source, const FString& Target, uint32 WriteFlag
 	struct stat Existing;
 	const bool bMade = FollowLinks(To) && HostFileSystem::MakeFolders(HostFileSystem::GetParent(To));
 	const bool bExists = bMade && stat(To.c_str(), &Existing) == 0;
-	const auto WriteContents = [&File, &Info, &OnProgress](int Opened) { return CopyContents(File.Get(), Opened, int64(Info.st_size), OnProgress); };
+	const auto WriteContents = [&File, &Info, &OnProgress](int Opened)
+	{ return CopyContents(File.Get(), Opened, int64(Info.st_size), OnProgress); };
 	const mode_t NewMode = (WriteFlags & HostWritePrivate) ? 0600 : 0666;
 	if (!bMade || !ReplaceWhole(To, WriteContents, bExists ? &Existing : nullptr, NewMode, !(WriteFlags & FILEWRITE_NoReplaceExisting)))
 	{

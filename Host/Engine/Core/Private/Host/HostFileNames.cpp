@@ -55,7 +55,10 @@ namespace
 			OutCode = First;
 			return 1;
 		}
-		const std::size_t Length = First >= 0xC2 && First <= 0xDF ? 2 : First >= 0xE0 && First <= 0xEF ? 3 : First >= 0xF0 && First <= 0xF4 ? 4 : 0;
+		const std::size_t Length = First >= 0xC2 && First <= 0xDF ? 2
+			: First >= 0xE0 && First <= 0xEF					  ? 3
+			: First >= 0xF0 && First <= 0xF4					  ? 4
+																  : 0;
 		if (Length == 0)
 		{
 			return 0;

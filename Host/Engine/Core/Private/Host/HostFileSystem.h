@@ -15,7 +15,10 @@ namespace HostFileSystem
 	/** Folder part without final slash; "." and "/" where there is none. */
 	std::string GetParent(const std::string& Path);
 	/** No one may write by mode, whoever asks. */
-	inline bool IsMarkedReadOnly(const struct stat& Info) { return (Info.st_mode & 0222) == 0; }
+	inline bool IsMarkedReadOnly(const struct stat& Info)
+	{
+		return (Info.st_mode & 0222) == 0;
+	}
 	/** Sentence for an errno value, the same in every locale. */
 	FString Describe(int Error);
 }

@@ -29,15 +29,16 @@ namespace
 		{
 			Rows.push_back(FRow{ Entry.Name.ToLower(), MoveTemp(Entry) });
 		}
-		std::sort(Rows.begin(), Rows.end(), [&View](const FRow& A, const FRow& B)
-		{
-			if (A.Entry.bIsFolder != B.Entry.bIsFolder)
+		std::sort(Rows.begin(), Rows.end(),
+			[&View](const FRow& A, const FRow& B)
 			{
-				return A.Entry.bIsFolder;
-			}
-			const int Order = View(A.Lower).compare(View(B.Lower));
-			return Order != 0 ? Order < 0 : View(A.Entry.Name) < View(B.Entry.Name);
-		});
+				if (A.Entry.bIsFolder != B.Entry.bIsFolder)
+				{
+					return A.Entry.bIsFolder;
+				}
+				const int Order = View(A.Lower).compare(View(B.Lower));
+				return Order != 0 ? Order < 0 : View(A.Entry.Name) < View(B.Entry.Name);
+			});
 		Entries.Reset();
 		for (FRow& Row : Rows)
 		{

@@ -47,7 +47,8 @@ namespace
 		}
 		const bool bHigh = Unit < 0xDC00;
 		const int32 Other = bHigh ? Index + 1 : Index - 1;
-		const bool bPaired = Other >= 0 && Other < Text.Len() && (bHigh ? Text[Other] >= 0xDC00 && Text[Other] <= 0xDFFF : Text[Other] >= 0xD800 && Text[Other] < 0xDC00);
+		const bool bPaired = Other >= 0 && Other < Text.Len() &&
+			(bHigh ? Text[Other] >= 0xDC00 && Text[Other] <= 0xDFFF : Text[Other] >= 0xD800 && Text[Other] < 0xDC00);
 		return !bPaired;
 	}
 
@@ -64,7 +65,8 @@ namespace
 		for (int32 Index = 0; Index < Text.Len(); ++Index)
 		{
 			const TCHAR Unit = Text[Index];
-			const bool bSpecial = Unit < 0x80 && Unit != 0 && std::string_view(Special).find(static_cast<char>(Unit)) != std::string_view::npos;
+			const bool bSpecial =
+				Unit < 0x80 && Unit != 0 && std::string_view(Special).find(static_cast<char>(Unit)) != std::string_view::npos;
 			if (Unit >= 0x20 && Unit != 0x7F && !bSpecial && !IsLoneSurrogate(Text, Index))
 			{
 				Plain.AppendChar(Unit);
@@ -106,7 +108,10 @@ namespace
 		for (int32 Index = Start; Index < Start + 4; ++Index)
 		{
 			const TCHAR Digit = Index < Text.Len() ? Text[Index] : TEXT('x');
-			const int32 Nibble = Digit >= TEXT('0') && Digit <= TEXT('9') ? Digit - TEXT('0') : Digit >= TEXT('A') && Digit <= TEXT('F') ? Digit - TEXT('A') + 10 : Digit >= TEXT('a') && Digit <= TEXT('f') ? Digit - TEXT('a') + 10 : -1;
+			const int32 Nibble = Digit >= TEXT('0') && Digit <= TEXT('9') ? Digit - TEXT('0')
+				: Digit >= TEXT('A') && Digit <= TEXT('F')				  ? Digit - TEXT('A') + 10
+				: Digit >= TEXT('a') && Digit <= TEXT('f')				  ? Digit - TEXT('a') + 10
+																		  : -1;
 			if (Nibble < 0)
 			{
 				return false;
@@ -190,7 +195,8 @@ std::string HostWriteIniValue(const FString& Value)
 	const std::string Escaped = Escape(Value, "\\\"");
 	const std::string Plain = ToUtf8(Value);
 	// A text that reads back as itself stays readable: paths with backslashes, too.
-	const bool bPlain = HostReadIniValue(Plain).Equals(Value) && Plain.find_first_of("\r\n") == std::string::npos && Plain.find('\0') == std::string::npos;
+	const bool bPlain =
+		HostReadIniValue(Plain).Equals(Value) && Plain.find_first_of("\r\n") == std::string::npos && Plain.find('\0') == std::string::npos;
 	return bPlain ? Plain : "\"" + Escaped + "\"";
 }
 
@@ -230,7 +236,9 @@ FHostIniFile::FHostIniFile(std::string_view Bytes)
 		const std::size_t Length = Feed == std::string_view::npos ? Bytes.size() : Feed;
 		const bool bReturn = Feed != std::string_view::npos && Feed > 0 && Bytes[Feed - 1] == '\r';
 		const std::string_view Line = Bytes.substr(0, bReturn ? Length - 1 : Length);
-		const std::string_view End = Feed == std::string_view::npos ? std::string_view() : bReturn ? std::string_view("\r\n") : std::string_view("\n");
+		const std::string_view End = Feed == std::string_view::npos ? std::string_view()
+			: bReturn												? std::string_view("\r\n")
+																	: std::string_view("\n");
 		Lines.Add(ReadLine(Line, End, Section));
 		Bytes.remove_prefix(Line.size() + End.size());
 	}

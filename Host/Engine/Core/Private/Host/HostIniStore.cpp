@@ -123,7 +123,8 @@ struct FHostIniStore::FState
 				return;
 			}
 			Apply(Entry.Document, { NewChange });
-			Entry.Changes.RemoveAll([&NewChange](const FIniChange& Other) { return Other.Key == NewChange.Key && Other.Section == NewChange.Section; });
+			Entry.Changes.RemoveAll(
+				[&NewChange](const FIniChange& Other) { return Other.Key == NewChange.Key && Other.Section == NewChange.Section; });
 			Entry.Changes.Add(MoveTemp(NewChange));
 		}
 		Writer.Request();
@@ -165,7 +166,8 @@ struct FHostIniStore::FState
 			const std::string Before = Document.GetBytes();
 			Apply(Document, Writing);
 			const std::string After = Document.GetBytes();
-			bWritten = Before == After || HostSaveFile(Entry.Path, After.data(), static_cast<int64>(After.size()), HostWritePrivate, Reason);
+			bWritten =
+				Before == After || HostSaveFile(Entry.Path, After.data(), static_cast<int64>(After.size()), HostWritePrivate, Reason);
 		}
 		FString Told;
 		{
@@ -179,10 +181,11 @@ struct FHostIniStore::FState
 			else
 			{
 				// They wait again, in front of what was set meanwhile.
-				Writing.RemoveAll([&Entry](const FIniChange& Old)
-				{
-					return Entry.Changes.ContainsByPredicate([&Old](const FIniChange& New) { return New.Key == Old.Key && New.Section == Old.Section; });
-				});
+				Writing.RemoveAll(
+					[&Entry](const FIniChange& Old) {
+						return Entry.Changes.ContainsByPredicate(
+							[&Old](const FIniChange& New) { return New.Key == Old.Key && New.Section == Old.Section; });
+					});
 				Writing.Append(Entry.Changes);
 				Entry.Changes = MoveTemp(Writing);
 				Told = Entry.Failure.Equals(Reason) ? FString() : Reason;

@@ -11,7 +11,10 @@ namespace
 	{
 	public:
 		FHostPlugin(const FString& InName, const FString& InBaseDir, const FPluginDescriptor& InDescriptor)
-			: Name(InName), BaseDir(InBaseDir), File(InBaseDir / (InName + TEXT(".uplugin"))), Descriptor(InDescriptor)
+			: Name(InName)
+			, BaseDir(InBaseDir)
+			, File(InBaseDir / (InName + TEXT(".uplugin")))
+			, Descriptor(InDescriptor)
 		{
 			if (Descriptor.FriendlyName.IsEmpty())
 			{

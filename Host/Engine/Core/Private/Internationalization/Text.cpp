@@ -11,9 +11,10 @@ namespace
 		return Empty;
 	}
 
-	constexpr const TCHAR* MonthNames[] = { TEXT("January"), TEXT("February"), TEXT("March"), TEXT("April"), TEXT("May"), TEXT("June"), TEXT("July"),
-		TEXT("August"), TEXT("September"), TEXT("October"), TEXT("November"), TEXT("December") };
-	constexpr const TCHAR* DayNames[] = { TEXT("Monday"), TEXT("Tuesday"), TEXT("Wednesday"), TEXT("Thursday"), TEXT("Friday"), TEXT("Saturday"), TEXT("Sunday") };
+	constexpr const TCHAR* MonthNames[] = { TEXT("January"), TEXT("February"), TEXT("March"), TEXT("April"), TEXT("May"), TEXT("June"),
+		TEXT("July"), TEXT("August"), TEXT("September"), TEXT("October"), TEXT("November"), TEXT("December") };
+	constexpr const TCHAR* DayNames[] = { TEXT("Monday"), TEXT("Tuesday"), TEXT("Wednesday"), TEXT("Thursday"), TEXT("Friday"),
+		TEXT("Saturday"), TEXT("Sunday") };
 
 	/** The fields to show: those of local time, or as they are for the invariant zone and UTC. Other zones are not known here. */
 	FDateTime InZone(const FDateTime& DateTime, const FString& TimeZone)
@@ -89,12 +90,14 @@ bool FText::IsEmptyOrWhitespace() const
 
 FText FText::Join(const FText& Delimiter, const FFormatOrderedArguments& Arguments)
 {
-	return FromString(FString::JoinBy(Arguments, *Delimiter.ToString(), [](const FFormatArgumentValue& Each) -> const FString& { return Each.Text.ToString(); }));
+	return FromString(FString::JoinBy(
+		Arguments, *Delimiter.ToString(), [](const FFormatArgumentValue& Each) -> const FString& { return Each.Text.ToString(); }));
 }
 
 FText FText::Join(const FText& Delimiter, const TArray<FText>& Arguments)
 {
-	return FromString(FString::JoinBy(Arguments, *Delimiter.ToString(), [](const FText& Each) -> const FString& { return Each.ToString(); }));
+	return FromString(
+		FString::JoinBy(Arguments, *Delimiter.ToString(), [](const FText& Each) -> const FString& { return Each.ToString(); }));
 }
 
 FText FText::AsDate(const FDateTime& DateTime, EDateTimeStyle::Type Style, const FString& TimeZone, const FCulturePtr&)
@@ -107,7 +110,8 @@ FText FText::AsTime(const FDateTime& DateTime, EDateTimeStyle::Type Style, const
 	return FromString(FormatTime(InZone(DateTime, TimeZone), Style));
 }
 
-FText FText::AsDateTime(const FDateTime& DateTime, EDateTimeStyle::Type DateStyle, EDateTimeStyle::Type TimeStyle, const FString& TimeZone, const FCulturePtr&)
+FText FText::AsDateTime(
+	const FDateTime& DateTime, EDateTimeStyle::Type DateStyle, EDateTimeStyle::Type TimeStyle, const FString& TimeZone, const FCulturePtr&)
 {
 	const FDateTime Fields = InZone(DateTime, TimeZone);
 	return FromString(FormatDate(Fields, DateStyle) + TEXT(", ") + FormatTime(Fields, TimeStyle));

@@ -62,8 +62,10 @@ FText FText::Format(const FTextFormat& Pattern, const FFormatNamedArguments& Arg
 
 FText FText::Format(const FTextFormat& Pattern, const FFormatOrderedArguments& Arguments)
 {
-	return FillIn(Pattern, [&Arguments](FStringView Name) -> const FFormatArgumentValue* {
-		const int32 Index = ToArgumentIndex(Name);
-		return Arguments.IsValidIndex(Index) ? &Arguments[Index] : nullptr;
-	});
+	return FillIn(Pattern,
+		[&Arguments](FStringView Name) -> const FFormatArgumentValue*
+		{
+			const int32 Index = ToArgumentIndex(Name);
+			return Arguments.IsValidIndex(Index) ? &Arguments[Index] : nullptr;
+		});
 }

@@ -44,13 +44,20 @@ namespace
 		const char Last = !Decimal.Fraction.empty() ? Decimal.Fraction.back() : (Decimal.Whole.empty() ? '0' : Decimal.Whole.back());
 		switch (Mode)
 		{
-		case HalfToEven: return bAboveHalf || (bHalf && (Last - '0') % 2 == 1);
-		case HalfFromZero: return bAboveHalf || bHalf;
-		case HalfToZero: return bAboveHalf;
-		case FromZero: return true;
-		case ToZero: return false;
-		case ToNegativeInfinity: return Decimal.bNegative;
-		case ToPositiveInfinity: return !Decimal.bNegative;
+		case HalfToEven:
+			return bAboveHalf || (bHalf && (Last - '0') % 2 == 1);
+		case HalfFromZero:
+			return bAboveHalf || bHalf;
+		case HalfToZero:
+			return bAboveHalf;
+		case FromZero:
+			return true;
+		case ToZero:
+			return false;
+		case ToNegativeInfinity:
+			return Decimal.bNegative;
+		case ToPositiveInfinity:
+			return !Decimal.bNegative;
 		}
 		return false;
 	}
@@ -84,7 +91,8 @@ namespace
 				AddOneInLastPlace(Decimal);
 			}
 		}
-		while (!Decimal.Fraction.empty() && (int32)Decimal.Fraction.size() > Options.MinimumFractionalDigits && Decimal.Fraction.back() == '0')
+		while (
+			!Decimal.Fraction.empty() && (int32)Decimal.Fraction.size() > Options.MinimumFractionalDigits && Decimal.Fraction.back() == '0')
 		{
 			Decimal.Fraction.pop_back();
 		}
@@ -92,10 +100,12 @@ namespace
 		{
 			Decimal.Fraction.push_back('0');
 		}
-		Decimal.Whole.erase(0, Decimal.Whole.find_first_not_of('0') == std::string::npos ? Decimal.Whole.size() : Decimal.Whole.find_first_not_of('0'));
+		Decimal.Whole.erase(
+			0, Decimal.Whole.find_first_not_of('0') == std::string::npos ? Decimal.Whole.size() : Decimal.Whole.find_first_not_of('0'));
 		if ((int32)Decimal.Whole.size() > Options.MaximumIntegralDigits)
 		{
-			Decimal.Whole.erase(0, Decimal.Whole.size() - (std::size_t)(Options.MaximumIntegralDigits < 0 ? 0 : Options.MaximumIntegralDigits));
+			Decimal.Whole.erase(
+				0, Decimal.Whole.size() - (std::size_t)(Options.MaximumIntegralDigits < 0 ? 0 : Options.MaximumIntegralDigits));
 		}
 		if ((int32)Decimal.Whole.size() < Options.MinimumIntegralDigits)
 		{

@@ -30,7 +30,10 @@ namespace
 }
 
 FLinearColor::FLinearColor(const FColor& Color)
-	: R(sRGBToLinearTable[Color.R]), G(sRGBToLinearTable[Color.G]), B(sRGBToLinearTable[Color.B]), A(Color.A / 255.0f)
+	: R(sRGBToLinearTable[Color.R])
+	, G(sRGBToLinearTable[Color.G])
+	, B(sRGBToLinearTable[Color.B])
+	, A(Color.A / 255.0f)
 {
 }
 
@@ -51,7 +54,8 @@ FColor FLinearColor::QuantizeRound() const
 
 FLinearColor FLinearColor::GetClamped(float InMin, float InMax) const
 {
-	return FLinearColor(FMath::Clamp(R, InMin, InMax), FMath::Clamp(G, InMin, InMax), FMath::Clamp(B, InMin, InMax), FMath::Clamp(A, InMin, InMax));
+	return FLinearColor(
+		FMath::Clamp(R, InMin, InMax), FMath::Clamp(G, InMin, InMax), FMath::Clamp(B, InMin, InMax), FMath::Clamp(A, InMin, InMax));
 }
 
 FLinearColor FLinearColor::Desaturate(float Desaturation) const
@@ -88,12 +92,18 @@ FLinearColor FLinearColor::HSVToLinearRGB() const
 	const float T = B * (1.0f - (1.0f - Fraction) * G);
 	switch (((FMath::FloorToInt32(Sector) % 6) + 6) % 6)
 	{
-	case 0: return FLinearColor(B, T, P, A);
-	case 1: return FLinearColor(Q, B, P, A);
-	case 2: return FLinearColor(P, B, T, A);
-	case 3: return FLinearColor(P, Q, B, A);
-	case 4: return FLinearColor(T, P, B, A);
-	default: return FLinearColor(B, P, Q, A);
+	case 0:
+		return FLinearColor(B, T, P, A);
+	case 1:
+		return FLinearColor(Q, B, P, A);
+	case 2:
+		return FLinearColor(P, B, T, A);
+	case 3:
+		return FLinearColor(P, Q, B, A);
+	case 4:
+		return FLinearColor(T, P, B, A);
+	default:
+		return FLinearColor(B, P, Q, A);
 	}
 }
 
@@ -107,7 +117,8 @@ FLinearColor FLinearColor::LerpUsingHSV(const FLinearColor& From, const FLinearC
 	{
 		(EndHue > StartHue ? StartHue : EndHue) += 360.0f; // The short way round.
 	}
-	FLinearColor Mixed(FMath::Fmod(FMath::Lerp(StartHue, EndHue, Progress), 360.0f), FMath::Lerp(Start.G, End.G, Progress), FMath::Lerp(Start.B, End.B, Progress));
+	FLinearColor Mixed(FMath::Fmod(FMath::Lerp(StartHue, EndHue, Progress), 360.0f), FMath::Lerp(Start.G, End.G, Progress),
+		FMath::Lerp(Start.B, End.B, Progress));
 	Mixed = Mixed.HSVToLinearRGB();
 	Mixed.A = FMath::Lerp(From.A, To.A, Progress);
 	return Mixed;
@@ -115,7 +126,8 @@ FLinearColor FLinearColor::LerpUsingHSV(const FLinearColor& From, const FLinearC
 
 bool FLinearColor::Equals(const FLinearColor& C, float Tolerance) const
 {
-	return FMath::Abs(R - C.R) < Tolerance && FMath::Abs(G - C.G) < Tolerance && FMath::Abs(B - C.B) < Tolerance && FMath::Abs(A - C.A) < Tolerance;
+	return FMath::Abs(R - C.R) < Tolerance && FMath::Abs(G - C.G) < Tolerance && FMath::Abs(B - C.B) < Tolerance &&
+		FMath::Abs(A - C.A) < Tolerance;
 }
 
 FString FLinearColor::ToString() const

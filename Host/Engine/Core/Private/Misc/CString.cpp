@@ -50,7 +50,8 @@ namespace
 		for (; DigitValue(*It) < Base; ++It)
 		{
 			const uint64 Digit = (uint64)DigitValue(*It);
-			Value = Value > (std::numeric_limits<uint64>::max() - Digit) / (uint64)Base ? std::numeric_limits<uint64>::max() : Value * (uint64)Base + Digit;
+			Value = Value > (std::numeric_limits<uint64>::max() - Digit) / (uint64)Base ? std::numeric_limits<uint64>::max()
+																						: Value * (uint64)Base + Digit;
 			OutEnd = It + 1;
 		}
 		return Value;
@@ -220,8 +221,8 @@ double FCString::Atod(const TCHAR* String)
 	if (Result.ec == std::errc::result_out_of_range)
 	{
 		// Too large or too small: the exponent's sign tells which.
-		const bool bSmall = Narrow.find("e-") != std::string::npos || Narrow.find("E-") != std::string::npos
-			|| (Narrow.find_first_not_of("-.0") != std::string::npos && Narrow.find('.') < Narrow.find_first_of("123456789"));
+		const bool bSmall = Narrow.find("e-") != std::string::npos || Narrow.find("E-") != std::string::npos ||
+			(Narrow.find_first_not_of("-.0") != std::string::npos && Narrow.find('.') < Narrow.find_first_of("123456789"));
 		Value = bSmall ? 0.0 : HUGE_VAL;
 		return Narrow[0] == '-' ? -Value : Value;
 	}

@@ -79,8 +79,8 @@ FDateTime::FDateTime(int32 Year, int32 Month, int32 Day, int32 Hour, int32 Minut
 {
 	check(Validate(Year, Month, Day, Hour, Minute, Second, Millisecond));
 	const int64 Days = DaysBeforeYear(Year) + DaysBeforeMonth[Month - 1] + (Month > 2 && IsLeapYear(Year) ? 1 : 0) + Day - 1;
-	Ticks = Days * ETimespan::TicksPerDay + Hour * ETimespan::TicksPerHour + Minute * ETimespan::TicksPerMinute + Second * ETimespan::TicksPerSecond
-		+ Millisecond * ETimespan::TicksPerMillisecond;
+	Ticks = Days * ETimespan::TicksPerDay + Hour * ETimespan::TicksPerHour + Minute * ETimespan::TicksPerMinute +
+		Second * ETimespan::TicksPerSecond + Millisecond * ETimespan::TicksPerMillisecond;
 }
 
 void FDateTime::GetDate(int32& OutYear, int32& OutMonth, int32& OutDay) const
@@ -132,8 +132,8 @@ int32 FDateTime::DaysInMonth(int32 Year, int32 Month)
 
 bool FDateTime::Validate(int32 Year, int32 Month, int32 Day, int32 Hour, int32 Minute, int32 Second, int32 Millisecond)
 {
-	return Year >= 1 && Year <= 9999 && Month >= 1 && Month <= 12 && Day >= 1 && Day <= DaysInMonth(Year, Month) && Hour >= 0 && Hour <= 23
-		&& Minute >= 0 && Minute <= 59 && Second >= 0 && Second <= 59 && Millisecond >= 0 && Millisecond <= 999;
+	return Year >= 1 && Year <= 9999 && Month >= 1 && Month <= 12 && Day >= 1 && Day <= DaysInMonth(Year, Month) && Hour >= 0 &&
+		Hour <= 23 && Minute >= 0 && Minute <= 59 && Second >= 0 && Second <= 59 && Millisecond >= 0 && Millisecond <= 999;
 }
 
 FString FDateTime::ToString() const
@@ -157,19 +157,45 @@ FString FDateTime::ToString(const TCHAR* Format) const
 		}
 		switch (*++Format)
 		{
-		case 'a': Result += IsMorning() ? TEXT("am") : TEXT("pm"); break;
-		case 'A': Result += IsMorning() ? TEXT("AM") : TEXT("PM"); break;
-		case 'd': Result += FString::Printf(TEXT("%02d"), Day); break;
-		case 'D': Result += FString::Printf(TEXT("%03d"), GetDayOfYear()); break;
-		case 'm': Result += FString::Printf(TEXT("%02d"), Month); break;
-		case 'y': Result += FString::Printf(TEXT("%02d"), Year % 100); break;
-		case 'Y': Result += FString::Printf(TEXT("%04d"), Year); break;
-		case 'h': Result += FString::Printf(TEXT("%02d"), GetHour12()); break;
-		case 'H': Result += FString::Printf(TEXT("%02d"), GetHour()); break;
-		case 'M': Result += FString::Printf(TEXT("%02d"), GetMinute()); break;
-		case 'S': Result += FString::Printf(TEXT("%02d"), GetSecond()); break;
-		case 's': Result += FString::Printf(TEXT("%03d"), GetMillisecond()); break;
-		default: Result.AppendChar(*Format); break;
+		case 'a':
+			Result += IsMorning() ? TEXT("am") : TEXT("pm");
+			break;
+		case 'A':
+			Result += IsMorning() ? TEXT("AM") : TEXT("PM");
+			break;
+		case 'd':
+			Result += FString::Printf(TEXT("%02d"), Day);
+			break;
+		case 'D':
+			Result += FString::Printf(TEXT("%03d"), GetDayOfYear());
+			break;
+		case 'm':
+			Result += FString::Printf(TEXT("%02d"), Month);
+			break;
+		case 'y':
+			Result += FString::Printf(TEXT("%02d"), Year % 100);
+			break;
+		case 'Y':
+			Result += FString::Printf(TEXT("%04d"), Year);
+			break;
+		case 'h':
+			Result += FString::Printf(TEXT("%02d"), GetHour12());
+			break;
+		case 'H':
+			Result += FString::Printf(TEXT("%02d"), GetHour());
+			break;
+		case 'M':
+			Result += FString::Printf(TEXT("%02d"), GetMinute());
+			break;
+		case 'S':
+			Result += FString::Printf(TEXT("%02d"), GetSecond());
+			break;
+		case 's':
+			Result += FString::Printf(TEXT("%03d"), GetMillisecond());
+			break;
+		default:
+			Result.AppendChar(*Format);
+			break;
 		}
 	}
 	return Result;

@@ -99,7 +99,8 @@ namespace
 		switch (Encoding)
 		{
 		case FFileHelper::EEncodingOptions::AutoDetect:
-			return Encode(Text, IsAscii(Text) ? FFileHelper::EEncodingOptions::ForceAnsi : FFileHelper::EEncodingOptions::ForceUnicode, bMark);
+			return Encode(
+				Text, IsAscii(Text) ? FFileHelper::EEncodingOptions::ForceAnsi : FFileHelper::EEncodingOptions::ForceUnicode, bMark);
 		case FFileHelper::EEncodingOptions::ForceAnsi:
 			Out.reserve(std::size_t(Text.Len()));
 			AppendNarrow(Out, Text);

@@ -69,8 +69,8 @@ EAppReturnType::Type FMessageDialog::Open(
 	return Open(MessageCategory, MessageType, DefaultValue, Message, FText::GetEmpty());
 }
 
-EAppReturnType::Type FMessageDialog::Open(EAppMsgCategory MessageCategory, EAppMsgType::Type MessageType,
-	EAppReturnType::Type DefaultValue, const FText& Message, const FText& Title)
+EAppReturnType::Type FMessageDialog::Open(EAppMsgCategory MessageCategory, EAppMsgType::Type MessageType, EAppReturnType::Type DefaultValue,
+	const FText& Message, const FText& Title)
 {
 	FHostMessageDialog Dialog;
 	Dialog.Type = MessageType;

@@ -101,10 +101,12 @@ namespace UE::StringFormat
 			}
 			else
 			{
-				const std::chars_format Format = Kind == 'f' ? std::chars_format::fixed : (Kind == 'e' ? std::chars_format::scientific : std::chars_format::general);
+				const std::chars_format Format =
+					Kind == 'f' ? std::chars_format::fixed : (Kind == 'e' ? std::chars_format::scientific : std::chars_format::general);
 				const int32 Precision = Spec.Precision == INDEX_NONE ? 6 : Spec.Precision;
 				Body.resize((std::size_t)Precision + 340); // The largest double has 309 digits before the point.
-				const std::to_chars_result Result = std::to_chars(Body.data(), Body.data() + Body.size(), std::fabs(Value), Format, Precision);
+				const std::to_chars_result Result =
+					std::to_chars(Body.data(), Body.data() + Body.size(), std::fabs(Value), Format, Precision);
 				Body.resize((std::size_t)(Result.ptr - Body.data()));
 			}
 			if (bUpper)
@@ -126,7 +128,12 @@ namespace UE::StringFormat
 		{
 			switch (Spec.Conversion)
 			{
-			case 'f': case 'F': case 'g': case 'G': case 'e': case 'E':
+			case 'f':
+			case 'F':
+			case 'g':
+			case 'G':
+			case 'e':
+			case 'E':
 				AppendFloat(Out, Spec, Arg.Float);
 				break;
 			case 'c':
@@ -135,14 +142,16 @@ namespace UE::StringFormat
 				AppendPadded(Out, Spec, "", FStringView(&Char, 1), false);
 				break;
 			}
-			case 's': case 'S':
+			case 's':
+			case 'S':
 				if (Arg.Kind == EArg::AnsiString)
 				{
 					AppendText(Out, Spec, FUTF8ToTCHAR(Arg.AnsiString ? Arg.AnsiString : "(null)").Get());
 				}
 				else if (Arg.String && Spec.Precision != INDEX_NONE)
 				{
-					AppendText(Out, Spec, FStringView(Arg.String, FCString::Strnlen(Arg.String, (SIZE_T)Spec.Precision))); // May lack its null.
+					AppendText(
+						Out, Spec, FStringView(Arg.String, FCString::Strnlen(Arg.String, (SIZE_T)Spec.Precision))); // May lack its null.
 				}
 				else
 				{
@@ -156,7 +165,7 @@ namespace UE::StringFormat
 				Hex.bAlternate = true;
 				FArg Address;
 				Address.Kind = EArg::Int64;
-				Address.Integer = (int64)reinterpret_cast<PTRINT>(Arg.Pointer);
+				Address.Integer = (int64) reinterpret_cast<PTRINT>(Arg.Pointer);
 				AppendInteger(Out, Hex, Address);
 				break;
 			}
@@ -170,7 +179,8 @@ namespace UE::StringFormat
 	void Append(FString& Out, const TCHAR* Format, const FArg* Args, int32 NumArgs)
 	{
 		int32 Next = 0;
-		const auto Take = [&]() -> const FArg& {
+		const auto Take = [&]() -> const FArg&
+		{
 			check(Next < NumArgs);
 			return Args[Next++];
 		};

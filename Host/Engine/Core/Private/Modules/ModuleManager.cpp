@@ -97,7 +97,8 @@ struct FModuleManager::FImpl
 			{
 				const char* Reason = dlerror();
 				OutResult = EModuleLoadResult::CouldNotBeLoadedByOS;
-				LastError = FString::Printf(TEXT("%s cannot be loaded: %s"), *Path, Reason ? UTF8_TO_TCHAR(Reason) : TEXT("no reason given"));
+				LastError =
+					FString::Printf(TEXT("%s cannot be loaded: %s"), *Path, Reason ? UTF8_TO_TCHAR(Reason) : TEXT("no reason given"));
 				return Module;
 			}
 			const FInitializeModule Initialize = reinterpret_cast<FInitializeModule>(FindOwnSymbol(Library, "InitializeModule"));
@@ -125,7 +126,8 @@ struct FModuleManager::FImpl
 	FModulesChangedEvent Changed;
 };
 
-FModuleManager::FModuleManager() : Impl(MakeUnique<FImpl>())
+FModuleManager::FModuleManager()
+	: Impl(MakeUnique<FImpl>())
 {
 	Impl->Folders.Add(FPlatformProcess::BaseDir());
 }

@@ -64,7 +64,10 @@ class TFuture
 
 public:
 	TFuture() = default;
-	explicit TFuture(const TSharedPtr<FState>& InState) : State(InState) {}
+	explicit TFuture(const TSharedPtr<FState>& InState)
+		: State(InState)
+	{
+	}
 	TFuture(TFuture&&) = default;
 	TFuture& operator=(TFuture&&) = default;
 	TFuture(const TFuture&) = delete;
@@ -110,7 +113,10 @@ class TPromise
 	using FState = HostFuturePrivate::TState<FStored>;
 
 public:
-	TPromise() : State(MakeShared<FState>()) {}
+	TPromise()
+		: State(MakeShared<FState>())
+	{
+	}
 	TPromise(TPromise&&) = default;
 	TPromise& operator=(TPromise&&) = default;
 	TPromise(const TPromise&) = delete;

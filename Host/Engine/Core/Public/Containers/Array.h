@@ -16,7 +16,10 @@ namespace UE::Array
 	struct FBoolCell
 	{
 		FBoolCell() = default;
-		FBoolCell(bool bInValue) : bValue(bInValue) {}
+		FBoolCell(bool bInValue)
+			: bValue(bInValue)
+		{
+		}
 		operator bool() const { return bValue; }
 		bool bValue = false;
 	};
@@ -26,7 +29,8 @@ namespace UE::Array
 	template <typename T, typename PredicateType>
 	auto DereferencingPredicate(const PredicateType& Predicate)
 	{
-		return [&Predicate](const T& A, const T& B) -> bool {
+		return [&Predicate](const T& A, const T& B) -> bool
+		{
 			if constexpr (std::is_pointer_v<T>)
 			{
 				return Predicate(*A, *B);
@@ -54,23 +58,23 @@ public:
 	using RangedForConstIteratorType = const T*;
 
 	TArray() = default;
-	TArray(std::initializer_list<T> List) : Cells(List.begin(), List.end()) {}
+	TArray(std::initializer_list<T> List)
+		: Cells(List.begin(), List.end())
+	{
+	}
 	TArray(const T* Source, int32 Count)
 	{
 		check(Count >= 0);
 		Cells.assign(Source, Source + Count);
 	}
 	template <typename OtherType>
-		requires std::is_constructible_v<T, OtherType&>
-	explicit TArray(TArrayView<OtherType> View) : Cells(View.begin(), View.end())
+	requires std::is_constructible_v<T, OtherType&>
+	explicit TArray(TArrayView<OtherType> View)
+		: Cells(View.begin(), View.end())
 	{
 	}
 	template <typename OtherAllocator>
-		requires(!std::is_same_v<Allocator, OtherAllocator>)
-	explicit TArray(const TArray<T, OtherAllocator>& Other)
-	{
-		Append(Other);
-	}
+	requires(!std::is_same_v<Allocator, OtherAllocator>) explicit TArray(const TArray<T, OtherAllocator>& Other) { Append(Other); }
 	TArray(const TArray&) = default;
 	TArray(TArray&&) noexcept = default;
 	TArray& operator=(const TArray&) = default;
@@ -239,11 +243,7 @@ public:
 		Source.Cells.clear();
 	}
 	void Append(TArrayView<const T> Source) { Append(Source.GetData(), Source.Num()); }
-	void Append(TArrayView<T> Source)
-		requires(!std::is_const_v<T>)
-	{
-		Append(Source.GetData(), Source.Num());
-	}
+	void Append(TArrayView<T> Source) requires(!std::is_const_v<T>) { Append(Source.GetData(), Source.Num()); }
 	void Append(std::initializer_list<T> List) { Cells.insert(Cells.end(), List.begin(), List.end()); }
 	/** Source must not lie in this array. */
 	void Append(const T* Source, int32 Count)
@@ -332,7 +332,8 @@ public:
 	template <typename PredicateType>
 	int32 RemoveAll(const PredicateType& Predicate)
 	{
-		const auto NewEnd = std::remove_if(Cells.begin(), Cells.end(), [&Predicate](const CellType& Cell) -> bool { return !!Predicate(ToElement(Cell)); });
+		const auto NewEnd =
+			std::remove_if(Cells.begin(), Cells.end(), [&Predicate](const CellType& Cell) -> bool { return !!Predicate(ToElement(Cell)); });
 		const int32 Removed = (int32)(Cells.end() - NewEnd);
 		Cells.erase(NewEnd, Cells.end());
 		return Removed;
@@ -497,7 +498,10 @@ public:
 	class TIndexIterator
 	{
 	public:
-		explicit TIndexIterator(ArrayType& InArray) : Array(InArray) {}
+		explicit TIndexIterator(ArrayType& InArray)
+			: Array(InArray)
+		{
+		}
 		explicit operator bool() const { return Array.IsValidIndex(Index); }
 		ItemType& operator*() const { return Array[Index]; }
 		ItemType* operator->() const { return &Array[Index]; }
@@ -527,18 +531,35 @@ public:
 private:
 	static T* ToElements(CellType* Cells)
 	{
-		if constexpr (std::is_same_v<T, bool>) { return reinterpret_cast<bool*>(Cells); } else { return Cells; }
+		if constexpr (std::is_same_v<T, bool>)
+		{
+			return reinterpret_cast<bool*>(Cells);
+		}
+		else
+		{
+			return Cells;
+		}
 	}
 	static const T* ToElements(const CellType* Cells)
 	{
-		if constexpr (std::is_same_v<T, bool>) { return reinterpret_cast<const bool*>(Cells); } else { return Cells; }
+		if constexpr (std::is_same_v<T, bool>)
+		{
+			return reinterpret_cast<const bool*>(Cells);
+		}
+		else
+		{
+			return Cells;
+		}
 	}
 	static const T& ToElement(const CellType& Cell) { return *ToElements(&Cell); }
 	std::vector<CellType> Cells;
 };
 
 template <typename T, typename Allocator>
-	requires requires(const T& Item) { GetTypeHash(Item); }
+requires requires(const T& Item)
+{
+	GetTypeHash(Item);
+}
 uint32 GetTypeHash(const TArray<T, Allocator>& Array)
 {
 	uint32 Hash = (uint32)Array.Num();

@@ -13,21 +13,32 @@ public:
 	using SizeType = int32;
 
 	TArrayView() = default;
-	TArrayView(T* InData, int32 InNum) : Data(InData), Count(InNum) { check(InNum >= 0); }
+	TArrayView(T* InData, int32 InNum)
+		: Data(InData)
+		, Count(InNum)
+	{
+		check(InNum >= 0);
+	}
 	template <typename OtherRangeType>
-		requires(!std::is_same_v<std::decay_t<OtherRangeType>, TArrayView> && !std::is_array_v<std::remove_reference_t<OtherRangeType>>
-			&& requires(OtherRangeType& Range) { { ::GetData(Range) } -> std::convertible_to<T*>; ::GetNum(Range); })
-	TArrayView(OtherRangeType&& Range) : Data(::GetData(Range)), Count((int32)::GetNum(Range))
+	requires(!std::is_same_v<std::decay_t<OtherRangeType>, TArrayView> && !std::is_array_v<std::remove_reference_t<OtherRangeType>> &&
+		requires(OtherRangeType & Range) {
+			{
+				::GetData(Range)
+				} -> std::convertible_to<T*>;
+			::GetNum(Range);
+		}) TArrayView(OtherRangeType&& Range)
+		: Data(::GetData(Range))
+		, Count((int32)::GetNum(Range))
 	{
 	}
 	template <std::size_t N>
-	TArrayView(T (&Array)[N]) : Data(Array), Count((int32)N)
+	TArrayView(T (&Array)[N])
+		: Data(Array)
+		, Count((int32)N)
 	{
 	}
 	/** Only for parameters: the list lives to the end of the call. */
-	TArrayView(std::initializer_list<std::remove_const_t<T>> List)
-		requires std::is_const_v<T>
-		: Count((int32)List.size())
+	TArrayView(std::initializer_list<std::remove_const_t<T>> List) requires std::is_const_v<T> : Count((int32)List.size())
 	{
 		Data = List.begin();
 	}

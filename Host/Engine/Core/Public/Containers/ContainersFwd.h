@@ -16,7 +16,8 @@ template <typename KeyType, typename ValueType>
 struct TDefaultMapHashableKeyFuncs;
 template <typename ElementType>
 struct DefaultKeyFuncs;
-template <typename KeyType, typename ValueType, typename Allocator = FDefaultSetAllocator, typename KeyFuncs = TDefaultMapHashableKeyFuncs<KeyType, ValueType>>
+template <typename KeyType, typename ValueType, typename Allocator = FDefaultSetAllocator,
+	typename KeyFuncs = TDefaultMapHashableKeyFuncs<KeyType, ValueType>>
 class TMap;
 template <typename ElementType, typename KeyFuncs = DefaultKeyFuncs<ElementType>, typename Allocator = FDefaultSetAllocator>
 class TSet;

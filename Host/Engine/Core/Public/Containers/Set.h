@@ -49,8 +49,14 @@ public:
 	}
 	FSetElementId FindId(const ElementType& Key) const { return { FindSlot(Key) }; }
 
-	FSetElementId Add(const ElementType& Element, bool* bIsAlreadyInSetPtr = nullptr) { return Emplace(ElementType(Element), bIsAlreadyInSetPtr); }
-	FSetElementId Add(ElementType&& Element, bool* bIsAlreadyInSetPtr = nullptr) { return Emplace(static_cast<ElementType&&>(Element), bIsAlreadyInSetPtr); }
+	FSetElementId Add(const ElementType& Element, bool* bIsAlreadyInSetPtr = nullptr)
+	{
+		return Emplace(ElementType(Element), bIsAlreadyInSetPtr);
+	}
+	FSetElementId Add(ElementType&& Element, bool* bIsAlreadyInSetPtr = nullptr)
+	{
+		return Emplace(static_cast<ElementType&&>(Element), bIsAlreadyInSetPtr);
+	}
 	FSetElementId Emplace(ElementType&& Element, bool* bIsAlreadyInSetPtr = nullptr)
 	{
 		const uint32 Hash = KeyFuncs::GetKeyHash(Element);
@@ -79,7 +85,7 @@ public:
 		return Table.At(Slot);
 	}
 	template <typename RangeType>
-		requires requires(const RangeType& Range) { Range.begin(); }
+	requires requires(const RangeType& Range) { Range.begin(); }
 	void Append(const RangeType& Range)
 	{
 		for (const auto& Element : Range)
@@ -115,7 +121,10 @@ public:
 	void Compact() { Table.Compact(); }
 	void CompactStable() { Table.Compact(); }
 	void Shrink() {}
-	void Sort() { Sort([](const ElementType& A, const ElementType& B) { return A < B; }); }
+	void Sort()
+	{
+		Sort([](const ElementType& A, const ElementType& B) { return A < B; });
+	}
 	template <typename PredicateType>
 	void Sort(const PredicateType& Predicate)
 	{
@@ -183,7 +192,9 @@ public:
 private:
 	int32 FindSlot(const ElementType& Key) const
 	{
-		return Num() == 0 ? INDEX_NONE : Table.Find(KeyFuncs::GetKeyHash(Key), [&Key](const ElementType& Other) { return KeyFuncs::Matches(Other, Key); });
+		return Num() == 0
+			? INDEX_NONE
+			: Table.Find(KeyFuncs::GetKeyHash(Key), [&Key](const ElementType& Other) { return KeyFuncs::Matches(Other, Key); });
 	}
 	FTable Table;
 };

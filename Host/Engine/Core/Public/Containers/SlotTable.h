@@ -211,7 +211,11 @@ namespace UE::Slots
 	class TSlotIterator
 	{
 	public:
-		TSlotIterator(TableType& InTable, int32 InSlot) : Table(&InTable), Slot(InTable.NextUsed(InSlot)) {}
+		TSlotIterator(TableType& InTable, int32 InSlot)
+			: Table(&InTable)
+			, Slot(InTable.NextUsed(InSlot))
+		{
+		}
 		explicit operator bool() const { return Slot < Table->NumSlots(); }
 		ElementType& operator*() const { return Table->At(Slot); }
 		ElementType* operator->() const { return &Table->At(Slot); }

@@ -10,9 +10,15 @@
 class FTCHARToUTF8
 {
 public:
-	explicit FTCHARToUTF8(const TCHAR* Text) : FTCHARToUTF8(FStringView(Text)) {}
+	explicit FTCHARToUTF8(const TCHAR* Text)
+		: FTCHARToUTF8(FStringView(Text))
+	{
+	}
 	explicit FTCHARToUTF8(FStringView Text) { Append(Result, Text); }
-	FTCHARToUTF8(const TCHAR* Text, int32 Length) : FTCHARToUTF8(FStringView(Text, Length)) {}
+	FTCHARToUTF8(const TCHAR* Text, int32 Length)
+		: FTCHARToUTF8(FStringView(Text, Length))
+	{
+	}
 	const ANSICHAR* Get() const { return Result.c_str(); }
 	operator const ANSICHAR*() const { return Get(); }
 	/** Bytes, without the ending null. */
@@ -27,7 +33,10 @@ private:
 class FUTF8ToTCHAR
 {
 public:
-	explicit FUTF8ToTCHAR(const ANSICHAR* Text) : FUTF8ToTCHAR(Text, Text ? (int32)std::char_traits<char>::length(Text) : 0) {}
+	explicit FUTF8ToTCHAR(const ANSICHAR* Text)
+		: FUTF8ToTCHAR(Text, Text ? (int32)std::char_traits<char>::length(Text) : 0)
+	{
+	}
 	FUTF8ToTCHAR(const ANSICHAR* Text, int32 Length) { Append(Result, Text, Length); }
 	const TCHAR* Get() const { return Result.c_str(); }
 	operator const TCHAR*() const { return Get(); }

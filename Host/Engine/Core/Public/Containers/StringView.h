@@ -31,12 +31,21 @@ public:
 	using ViewType = TStringView;
 
 	constexpr TStringView() = default;
-	constexpr TStringView(const CharType* InData) : Data(InData), Size(InData ? (int32)std::char_traits<CharType>::length(InData) : 0) {}
-	constexpr TStringView(const CharType* InData, int32 InSize) : Data(InData), Size(InSize) {}
+	constexpr TStringView(const CharType* InData)
+		: Data(InData)
+		, Size(InData ? (int32)std::char_traits<CharType>::length(InData) : 0)
+	{
+	}
+	constexpr TStringView(const CharType* InData, int32 InSize)
+		: Data(InData)
+		, Size(InSize)
+	{
+	}
 	constexpr TStringView(std::nullptr_t) {}
 	template <typename StringType>
-		requires(std::is_same_v<StringType, FString> && std::is_same_v<CharType, TCHAR>)
-	TStringView(const StringType& String) : Data(*String), Size(String.Len())
+	requires(std::is_same_v<StringType, FString>&& std::is_same_v<CharType, TCHAR>) TStringView(const StringType& String)
+		: Data(*String)
+		, Size(String.Len())
 	{
 	}
 
@@ -94,7 +103,8 @@ public:
 	// Comparing. Operators ignore case, as FString's do.
 	bool Equals(TStringView Other, ESearchCase::Type SearchCase = ESearchCase::CaseSensitive) const
 	{
-		return SearchCase == ESearchCase::CaseSensitive ? AsStd() == Other.AsStd() : UE::String::EqualsIgnoreCase(Data, Size, Other.Data, Other.Size);
+		return SearchCase == ESearchCase::CaseSensitive ? AsStd() == Other.AsStd()
+														: UE::String::EqualsIgnoreCase(Data, Size, Other.Data, Other.Size);
 	}
 	int32 Compare(TStringView Other, ESearchCase::Type SearchCase = ESearchCase::CaseSensitive) const
 	{

@@ -26,12 +26,25 @@ public:
 
 	FString() = default;
 	FString(const FString&) = default;
-	FString(FString&& Other) noexcept : Data(static_cast<std::u16string&&>(Other.Data)) { Other.Data.clear(); }
-	FString(const TCHAR* String) : Data(String ? String : TEXT("")) {}
+	FString(FString&& Other) noexcept
+		: Data(static_cast<std::u16string&&>(Other.Data))
+	{
+		Other.Data.clear();
+	}
+	FString(const TCHAR* String)
+		: Data(String ? String : TEXT(""))
+	{
+	}
 	/** UTF-8. */
 	explicit FString(const char* String);
-	explicit FString(FStringView View) : Data(View.GetData() ? View.GetData() : TEXT(""), (std::size_t)View.Len()) {}
-	FString(int32 Len, const TCHAR* String) : Data(String, (std::size_t)Len) {}
+	explicit FString(FStringView View)
+		: Data(View.GetData() ? View.GetData() : TEXT(""), (std::size_t)View.Len())
+	{
+	}
+	FString(int32 Len, const TCHAR* String)
+		: Data(String, (std::size_t)Len)
+	{
+	}
 	FString& operator=(const FString&) = default;
 	FString& operator=(FString&& Other) noexcept
 	{
@@ -150,20 +163,33 @@ public:
 	void MidInline(int32 Start, int32 Count = 0x7fffffff, EAllowShrinking AllowShrinking = EAllowShrinking::Default);
 
 	// Comparing.
-	bool Equals(const FString& Other, ESearchCase::Type SearchCase = ESearchCase::CaseSensitive) const { return FStringView(*this).Equals(Other, SearchCase); }
-	int32 Compare(const FString& Other, ESearchCase::Type SearchCase = ESearchCase::CaseSensitive) const { return FStringView(*this).Compare(Other, SearchCase); }
+	bool Equals(const FString& Other, ESearchCase::Type SearchCase = ESearchCase::CaseSensitive) const
+	{
+		return FStringView(*this).Equals(Other, SearchCase);
+	}
+	int32 Compare(const FString& Other, ESearchCase::Type SearchCase = ESearchCase::CaseSensitive) const
+	{
+		return FStringView(*this).Compare(Other, SearchCase);
+	}
 
 	// Searching. INDEX_NONE when not found.
-	int32 Find(FStringView Sub, ESearchCase::Type SearchCase = ESearchCase::IgnoreCase, ESearchDir::Type SearchDir = ESearchDir::FromStart, int32 StartPosition = INDEX_NONE) const;
-	int32 Find(const TCHAR* Sub, ESearchCase::Type SearchCase = ESearchCase::IgnoreCase, ESearchDir::Type SearchDir = ESearchDir::FromStart, int32 StartPosition = INDEX_NONE) const
+	int32 Find(FStringView Sub, ESearchCase::Type SearchCase = ESearchCase::IgnoreCase, ESearchDir::Type SearchDir = ESearchDir::FromStart,
+		int32 StartPosition = INDEX_NONE) const;
+	int32 Find(const TCHAR* Sub, ESearchCase::Type SearchCase = ESearchCase::IgnoreCase, ESearchDir::Type SearchDir = ESearchDir::FromStart,
+		int32 StartPosition = INDEX_NONE) const
 	{
 		return Find(FStringView(Sub), SearchCase, SearchDir, StartPosition);
 	}
-	int32 Find(const FString& Sub, ESearchCase::Type SearchCase = ESearchCase::IgnoreCase, ESearchDir::Type SearchDir = ESearchDir::FromStart, int32 StartPosition = INDEX_NONE) const
+	int32 Find(const FString& Sub, ESearchCase::Type SearchCase = ESearchCase::IgnoreCase,
+		ESearchDir::Type SearchDir = ESearchDir::FromStart, int32 StartPosition = INDEX_NONE) const
 	{
 		return Find(FStringView(Sub), SearchCase, SearchDir, StartPosition);
 	}
-	bool Contains(FStringView Sub, ESearchCase::Type SearchCase = ESearchCase::IgnoreCase, ESearchDir::Type SearchDir = ESearchDir::FromStart) const { return Find(Sub, SearchCase, SearchDir) != INDEX_NONE; }
+	bool Contains(
+		FStringView Sub, ESearchCase::Type SearchCase = ESearchCase::IgnoreCase, ESearchDir::Type SearchDir = ESearchDir::FromStart) const
+	{
+		return Find(Sub, SearchCase, SearchDir) != INDEX_NONE;
+	}
 	bool FindChar(TCHAR Char, int32& OutIndex) const { return FStringView(*this).FindChar(Char, OutIndex); }
 	bool FindLastChar(TCHAR Char, int32& OutIndex) const { return FStringView(*this).FindLastChar(Char, OutIndex); }
 	template <typename Predicate>
@@ -183,8 +209,14 @@ public:
 	{
 		return FindLastCharByPredicate(Pred, Len());
 	}
-	bool StartsWith(FStringView Prefix, ESearchCase::Type SearchCase = ESearchCase::IgnoreCase) const { return FStringView(*this).StartsWith(Prefix, SearchCase); }
-	bool EndsWith(FStringView Suffix, ESearchCase::Type SearchCase = ESearchCase::IgnoreCase) const { return FStringView(*this).EndsWith(Suffix, SearchCase); }
+	bool StartsWith(FStringView Prefix, ESearchCase::Type SearchCase = ESearchCase::IgnoreCase) const
+	{
+		return FStringView(*this).StartsWith(Prefix, SearchCase);
+	}
+	bool EndsWith(FStringView Suffix, ESearchCase::Type SearchCase = ESearchCase::IgnoreCase) const
+	{
+		return FStringView(*this).EndsWith(Suffix, SearchCase);
+	}
 	/** * stands for any run, ? for one unit. */
 	bool MatchesWildcard(FStringView Wildcard, ESearchCase::Type SearchCase = ESearchCase::IgnoreCase) const;
 	bool IsNumeric() const { return !IsEmpty() && FCString::IsNumeric(**this); }
@@ -224,7 +256,8 @@ public:
 	UE_NODISCARD FString RightPad(int32 Length) const;
 
 	// Taking apart. Both outputs may be the string itself; neither is touched when there is no separator.
-	bool Split(FStringView Separator, FString* LeftPart, FString* RightPart, ESearchCase::Type SearchCase = ESearchCase::IgnoreCase, ESearchDir::Type SearchDir = ESearchDir::FromStart) const;
+	bool Split(FStringView Separator, FString* LeftPart, FString* RightPart, ESearchCase::Type SearchCase = ESearchCase::IgnoreCase,
+		ESearchDir::Type SearchDir = ESearchDir::FromStart) const;
 	/** Pieces between delimiters, which are matched exactly. Returns their number. */
 	int32 ParseIntoArray(TArray<FString>& OutArray, const TCHAR* Delimiter, bool bCullEmpty = true) const;
 	int32 ParseIntoArray(TArray<FString>& OutArray, const TCHAR* const* Delimiters, int32 NumDelimiters, bool bCullEmpty = true) const;
@@ -349,9 +382,18 @@ CORE_API FString LexToString(uint64 Value);
 CORE_API FString LexToString(float Value);
 CORE_API FString LexToString(double Value);
 CORE_API FString LexToString(bool bValue);
-inline FString LexToString(const TCHAR* Value) { return FString(Value); }
-inline FString LexToString(const FString& Value) { return Value; }
-inline FString LexToString(FString&& Value) { return static_cast<FString&&>(Value); }
+inline FString LexToString(const TCHAR* Value)
+{
+	return FString(Value);
+}
+inline FString LexToString(const FString& Value)
+{
+	return Value;
+}
+inline FString LexToString(FString&& Value)
+{
+	return static_cast<FString&&>(Value);
+}
 /** Without needless zeros: 2.5, 1.0. */
 CORE_API FString LexToSanitizedString(double Value);
 
@@ -367,7 +409,10 @@ CORE_API void LexFromString(uint64& OutValue, const TCHAR* Buffer);
 CORE_API void LexFromString(float& OutValue, const TCHAR* Buffer);
 CORE_API void LexFromString(double& OutValue, const TCHAR* Buffer);
 CORE_API void LexFromString(bool& bOutValue, const TCHAR* Buffer);
-inline void LexFromString(FString& OutValue, const TCHAR* Buffer) { OutValue = Buffer; }
+inline void LexFromString(FString& OutValue, const TCHAR* Buffer)
+{
+	OutValue = Buffer;
+}
 /** False, and 0, unless the text is numeric. */
 template <typename T>
 bool LexTryParseString(T& OutValue, const TCHAR* Buffer)

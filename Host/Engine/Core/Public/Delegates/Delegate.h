@@ -48,8 +48,7 @@ public:
 		return Kept->Execute(Forward<P>(Params)...);
 	}
 	/** False when nothing was called. */
-	bool ExecuteIfBound(P... Params) const
-		requires std::is_void_v<R>
+	bool ExecuteIfBound(P... Params) const requires std::is_void_v<R>
 	{
 		const std::shared_ptr<FInstance> Kept = Instance;
 		return Kept && Kept->ExecuteIfSafe(Forward<P>(Params)...);
@@ -134,11 +133,14 @@ public:
 	}
 	bool IsBound() const
 	{
-		return List && std::any_of(List->Entries.begin(), List->Entries.end(), [](const auto& Entry) { return Entry && Entry->IsSafeToExecute(); });
+		return List &&
+			std::any_of(List->Entries.begin(), List->Entries.end(), [](const auto& Entry) { return Entry && Entry->IsSafeToExecute(); });
 	}
 	bool IsBoundToObject(const void* Object) const
 	{
-		return List && Object && std::any_of(List->Entries.begin(), List->Entries.end(), [Object](const auto& Entry) { return Entry && Entry->GetObject() == Object; });
+		return List && Object &&
+			std::any_of(
+				List->Entries.begin(), List->Entries.end(), [Object](const auto& Entry) { return Entry && Entry->GetObject() == Object; });
 	}
 	void Broadcast(P... Params) const
 	{

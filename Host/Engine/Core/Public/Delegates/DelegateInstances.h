@@ -36,7 +36,10 @@ namespace UE::Delegates
 	class TInstance<R(P...)>
 	{
 	public:
-		TInstance() : Handle(FDelegateHandle::GenerateNewHandle) {}
+		TInstance()
+			: Handle(FDelegateHandle::GenerateNewHandle)
+		{
+		}
 		virtual ~TInstance() = default;
 		/** False when the object is gone; then nothing was called. Result is where the return value goes. */
 		virtual R Execute(P... Params) = 0;
@@ -67,7 +70,11 @@ namespace UE::Delegates
 	template <typename T, ESPMode Mode>
 	struct TSPHolder
 	{
-		explicit TSPHolder(const TSharedRef<T, Mode>& Ref) : Weak(Ref), Address(&Ref.Get()) {}
+		explicit TSPHolder(const TSharedRef<T, Mode>& Ref)
+			: Weak(Ref)
+			, Address(&Ref.Get())
+		{
+		}
 		TSharedPtr<T, Mode> Pin() const { return Weak.Pin(); }
 		bool IsAlive() const { return Weak.IsValid(); }
 		const void* GetObject() const { return Address; }
@@ -79,7 +86,11 @@ namespace UE::Delegates
 	template <typename T>
 	struct TUObjectHolder
 	{
-		explicit TUObjectHolder(T* InObject) : Weak(InObject), Address(InObject) {}
+		explicit TUObjectHolder(T* InObject)
+			: Weak(InObject)
+			, Address(InObject)
+		{
+		}
 		T* Pin() const { return Weak.Get(); }
 		bool IsAlive() const { return Weak.IsValid(); }
 		const void* GetObject() const { return Address; }
@@ -97,7 +108,10 @@ namespace UE::Delegates
 	{
 		return Pointer.Get();
 	}
-	inline bool ToAddress(bool bAlive) { return bAlive; }
+	inline bool ToAddress(bool bAlive)
+	{
+		return bAlive;
+	}
 
 	template <typename FuncType, typename HolderType, typename CallableType, typename... PayloadTypes>
 	class TBound;
@@ -108,7 +122,9 @@ namespace UE::Delegates
 	public:
 		template <typename HolderArg, typename CallableArg, typename... PayloadArgs>
 		TBound(HolderArg&& InHolder, CallableArg&& InCallable, PayloadArgs&&... InPayload)
-			: Holder(Forward<HolderArg>(InHolder)), Callable(Forward<CallableArg>(InCallable)), Payload(Forward<PayloadArgs>(InPayload)...)
+			: Holder(Forward<HolderArg>(InHolder))
+			, Callable(Forward<CallableArg>(InCallable))
+			, Payload(Forward<PayloadArgs>(InPayload)...)
 		{
 		}
 		R Execute(P... Params) override
@@ -136,7 +152,8 @@ namespace UE::Delegates
 		{
 			// By name: with payloads g++ 12 gives the lambda a wrong "this" under the undefined-behaviour sanitizer.
 			return std::apply(
-				[&, &Callee = Callable](PayloadTypes&... Each) -> R {
+				[&, &Callee = Callable](PayloadTypes&... Each) -> R
+				{
 					if constexpr (std::is_member_function_pointer_v<CallableType>)
 					{
 						auto& Object = *ToAddress(Pinned);
@@ -181,73 +198,82 @@ namespace UE::Delegates
  * The ways of binding, once for CreateX, BindX and AddX: Use takes the new instance. Stands in a class with R, P and the two
  * method types. Written out per kind of object and method, since the address of an overloaded method cannot be forwarded.
  */
-#define UE_DELEGATE_FAMILY(ResultSpec, Prefix, Use)                                                                             \
-	template <typename... Vars>                                                                                                 \
-	ResultSpec Prefix##Static(std::type_identity_t<R (*)(P..., std::decay_t<Vars>...)> Func, Vars&&... Payload)                 \
-	{                                                                                                                           \
-		check(Func != nullptr);                                                                                                 \
-		return Use(UE::Delegates::MakeInstance<R(P...)>(UE::Delegates::FNoHolder(), Func, Forward<Vars>(Payload)...));          \
-	}                                                                                                                           \
-	template <typename FunctorType, typename... Vars>                                                                           \
-	ResultSpec Prefix##Lambda(FunctorType&& Functor, Vars&&... Payload)                                                         \
-	{                                                                                                                           \
-		return Use(UE::Delegates::MakeInstance<R(P...)>(UE::Delegates::FNoHolder(), Forward<FunctorType>(Functor), Forward<Vars>(Payload)...)); \
-	}                                                                                                                           \
-	template <typename UserClass, typename... Vars>                                                                             \
-	ResultSpec Prefix##Raw(UserClass* Object, TMethodPtr<UserClass, std::decay_t<Vars>...> Func, Vars&&... Payload)             \
-	{                                                                                                                           \
-		check(Object != nullptr);                                                                                               \
+#define UE_DELEGATE_FAMILY(ResultSpec, Prefix, Use) \
+	template <typename... Vars> \
+	ResultSpec Prefix##Static(std::type_identity_t<R (*)(P..., std::decay_t<Vars>...)> Func, Vars&&... Payload) \
+	{ \
+		check(Func != nullptr); \
+		return Use(UE::Delegates::MakeInstance<R(P...)>(UE::Delegates::FNoHolder(), Func, Forward<Vars>(Payload)...)); \
+	} \
+	template <typename FunctorType, typename... Vars> \
+	ResultSpec Prefix##Lambda(FunctorType&& Functor, Vars&&... Payload) \
+	{ \
+		return Use( \
+			UE::Delegates::MakeInstance<R(P...)>(UE::Delegates::FNoHolder(), Forward<FunctorType>(Functor), Forward<Vars>(Payload)...)); \
+	} \
+	template <typename UserClass, typename... Vars> \
+	ResultSpec Prefix##Raw(UserClass* Object, TMethodPtr<UserClass, std::decay_t<Vars>...> Func, Vars&&... Payload) \
+	{ \
+		check(Object != nullptr); \
 		return Use(UE::Delegates::MakeInstance<R(P...)>(UE::Delegates::TRawHolder<UserClass>{ Object }, Func, Forward<Vars>(Payload)...)); \
-	}                                                                                                                           \
-	template <typename UserClass, typename... Vars>                                                                             \
-	ResultSpec Prefix##Raw(const UserClass* Object, TConstMethodPtr<UserClass, std::decay_t<Vars>...> Func, Vars&&... Payload)  \
-	{                                                                                                                           \
-		check(Object != nullptr);                                                                                               \
-		return Use(UE::Delegates::MakeInstance<R(P...)>(UE::Delegates::TRawHolder<const UserClass>{ Object }, Func, Forward<Vars>(Payload)...)); \
-	}                                                                                                                           \
-	template <typename UserClass, ESPMode Mode, typename... Vars>                                                               \
+	} \
+	template <typename UserClass, typename... Vars> \
+	ResultSpec Prefix##Raw(const UserClass* Object, TConstMethodPtr<UserClass, std::decay_t<Vars>...> Func, Vars&&... Payload) \
+	{ \
+		check(Object != nullptr); \
+		return Use( \
+			UE::Delegates::MakeInstance<R(P...)>(UE::Delegates::TRawHolder<const UserClass>{ Object }, Func, Forward<Vars>(Payload)...)); \
+	} \
+	template <typename UserClass, ESPMode Mode, typename... Vars> \
 	ResultSpec Prefix##SP(const TSharedRef<UserClass, Mode>& Object, TMethodPtr<UserClass, std::decay_t<Vars>...> Func, Vars&&... Payload) \
-	{                                                                                                                           \
+	{ \
 		return Use(UE::Delegates::MakeInstance<R(P...)>(UE::Delegates::MakeSPHolder(Object), Func, Forward<Vars>(Payload)...)); \
-	}                                                                                                                           \
-	template <typename UserClass, ESPMode Mode, typename... Vars>                                                               \
-	ResultSpec Prefix##SP(const TSharedRef<UserClass, Mode>& Object, TConstMethodPtr<UserClass, std::decay_t<Vars>...> Func, Vars&&... Payload) \
-	{                                                                                                                           \
+	} \
+	template <typename UserClass, ESPMode Mode, typename... Vars> \
+	ResultSpec Prefix##SP( \
+		const TSharedRef<UserClass, Mode>& Object, TConstMethodPtr<UserClass, std::decay_t<Vars>...> Func, Vars&&... Payload) \
+	{ \
 		return Use(UE::Delegates::MakeInstance<R(P...)>(UE::Delegates::MakeSPHolder(Object), Func, Forward<Vars>(Payload)...)); \
-	}                                                                                                                           \
-	template <typename UserClass, typename... Vars>                                                                             \
-	ResultSpec Prefix##SP(UserClass* Object, TMethodPtr<UserClass, std::decay_t<Vars>...> Func, Vars&&... Payload)              \
-	{                                                                                                                           \
-		return Use(UE::Delegates::MakeInstance<R(P...)>(UE::Delegates::MakeSPHolder(UE::Delegates::ToSharedRef(Object)), Func, Forward<Vars>(Payload)...)); \
-	}                                                                                                                           \
-	template <typename UserClass, typename... Vars>                                                                             \
-	ResultSpec Prefix##SP(const UserClass* Object, TConstMethodPtr<UserClass, std::decay_t<Vars>...> Func, Vars&&... Payload)   \
-	{                                                                                                                           \
-		return Use(UE::Delegates::MakeInstance<R(P...)>(UE::Delegates::MakeSPHolder(UE::Delegates::ToSharedRef(Object)), Func, Forward<Vars>(Payload)...)); \
-	}                                                                                                                           \
-	template <typename UserClass, typename FunctorType, typename... Vars>                                                       \
-	ResultSpec Prefix##SPLambda(UserClass* Object, FunctorType&& Functor, Vars&&... Payload)                                    \
-	{                                                                                                                           \
-		return Use(UE::Delegates::MakeInstance<R(P...)>(                                                                        \
+	} \
+	template <typename UserClass, typename... Vars> \
+	ResultSpec Prefix##SP(UserClass* Object, TMethodPtr<UserClass, std::decay_t<Vars>...> Func, Vars&&... Payload) \
+	{ \
+		return Use(UE::Delegates::MakeInstance<R(P...)>( \
+			UE::Delegates::MakeSPHolder(UE::Delegates::ToSharedRef(Object)), Func, Forward<Vars>(Payload)...)); \
+	} \
+	template <typename UserClass, typename... Vars> \
+	ResultSpec Prefix##SP(const UserClass* Object, TConstMethodPtr<UserClass, std::decay_t<Vars>...> Func, Vars&&... Payload) \
+	{ \
+		return Use(UE::Delegates::MakeInstance<R(P...)>( \
+			UE::Delegates::MakeSPHolder(UE::Delegates::ToSharedRef(Object)), Func, Forward<Vars>(Payload)...)); \
+	} \
+	template <typename UserClass, typename FunctorType, typename... Vars> \
+	ResultSpec Prefix##SPLambda(UserClass* Object, FunctorType&& Functor, Vars&&... Payload) \
+	{ \
+		return Use(UE::Delegates::MakeInstance<R(P...)>( \
 			UE::Delegates::MakeSPHolder(UE::Delegates::ToSharedRef(Object)), Forward<FunctorType>(Functor), Forward<Vars>(Payload)...)); \
-	}                                                                                                                           \
-	template <typename UserClass, ESPMode Mode, typename FunctorType, typename... Vars>                                         \
-	ResultSpec Prefix##SPLambda(const TSharedRef<UserClass, Mode>& Object, FunctorType&& Functor, Vars&&... Payload)            \
-	{                                                                                                                           \
-		return Use(UE::Delegates::MakeInstance<R(P...)>(UE::Delegates::MakeSPHolder(Object), Forward<FunctorType>(Functor), Forward<Vars>(Payload)...)); \
-	}                                                                                                                           \
-	template <typename UserClass, typename... Vars>                                                                             \
-	ResultSpec Prefix##UObject(UserClass* Object, TMethodPtr<UserClass, std::decay_t<Vars>...> Func, Vars&&... Payload)         \
-	{                                                                                                                           \
-		return Use(UE::Delegates::MakeInstance<R(P...)>(UE::Delegates::TUObjectHolder<UserClass>(Object), Func, Forward<Vars>(Payload)...)); \
-	}                                                                                                                           \
-	template <typename UserClass, typename... Vars>                                                                             \
+	} \
+	template <typename UserClass, ESPMode Mode, typename FunctorType, typename... Vars> \
+	ResultSpec Prefix##SPLambda(const TSharedRef<UserClass, Mode>& Object, FunctorType&& Functor, Vars&&... Payload) \
+	{ \
+		return Use(UE::Delegates::MakeInstance<R(P...)>( \
+			UE::Delegates::MakeSPHolder(Object), Forward<FunctorType>(Functor), Forward<Vars>(Payload)...)); \
+	} \
+	template <typename UserClass, typename... Vars> \
+	ResultSpec Prefix##UObject(UserClass* Object, TMethodPtr<UserClass, std::decay_t<Vars>...> Func, Vars&&... Payload) \
+	{ \
+		return Use( \
+			UE::Delegates::MakeInstance<R(P...)>(UE::Delegates::TUObjectHolder<UserClass>(Object), Func, Forward<Vars>(Payload)...)); \
+	} \
+	template <typename UserClass, typename... Vars> \
 	ResultSpec Prefix##UObject(const UserClass* Object, TConstMethodPtr<UserClass, std::decay_t<Vars>...> Func, Vars&&... Payload) \
-	{                                                                                                                           \
-		return Use(UE::Delegates::MakeInstance<R(P...)>(UE::Delegates::TUObjectHolder<const UserClass>(Object), Func, Forward<Vars>(Payload)...)); \
-	}                                                                                                                           \
-	template <typename UserClass, typename FunctorType, typename... Vars>                                                       \
-	ResultSpec Prefix##WeakLambda(UserClass* Object, FunctorType&& Functor, Vars&&... Payload)                                  \
-	{                                                                                                                           \
-		return Use(UE::Delegates::MakeInstance<R(P...)>(UE::Delegates::TUObjectHolder<UserClass>(Object), Forward<FunctorType>(Functor), Forward<Vars>(Payload)...)); \
+	{ \
+		return Use(UE::Delegates::MakeInstance<R(P...)>( \
+			UE::Delegates::TUObjectHolder<const UserClass>(Object), Func, Forward<Vars>(Payload)...)); \
+	} \
+	template <typename UserClass, typename FunctorType, typename... Vars> \
+	ResultSpec Prefix##WeakLambda(UserClass* Object, FunctorType&& Functor, Vars&&... Payload) \
+	{ \
+		return Use(UE::Delegates::MakeInstance<R(P...)>( \
+			UE::Delegates::TUObjectHolder<UserClass>(Object), Forward<FunctorType>(Functor), Forward<Vars>(Payload)...)); \
 	}

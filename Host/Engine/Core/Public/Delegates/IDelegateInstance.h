@@ -12,7 +12,10 @@ public:
 	};
 
 	FDelegateHandle() = default;
-	explicit FDelegateHandle(EGenerateNewHandleType) : Id(NewId()) {}
+	explicit FDelegateHandle(EGenerateNewHandleType)
+		: Id(NewId())
+	{
+	}
 	bool IsValid() const { return Id != 0; }
 	void Reset() { Id = 0; }
 	bool operator==(const FDelegateHandle&) const = default;

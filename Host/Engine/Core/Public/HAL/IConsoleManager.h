@@ -126,7 +126,10 @@ public:
 	virtual ~FAutoConsoleObject();
 
 protected:
-	explicit FAutoConsoleObject(IConsoleObject* InTarget) : Target(InTarget) {}
+	explicit FAutoConsoleObject(IConsoleObject* InTarget)
+		: Target(InTarget)
+	{
+	}
 	IConsoleVariable* AsVariable() { return Target ? Target->AsVariable() : nullptr; }
 	const IConsoleVariable* AsVariable() const { return const_cast<FAutoConsoleObject*>(this)->AsVariable(); }
 

@@ -16,8 +16,8 @@ struct CORE_API FPlatformProcess
 {
 	/** @param Error  Filled with a sentence when the address could not be opened, else emptied. May be null. */
 	static void LaunchURL(const TCHAR* Url, const TCHAR* Parms, FString* Error);
-	static bool LaunchFileInDefaultExternalApplication(
-		const TCHAR* FileName, const TCHAR* Parms = nullptr, ELaunchVerb::Type Verb = ELaunchVerb::Open, bool bPromptToOpenOnFailure = true);
+	static bool LaunchFileInDefaultExternalApplication(const TCHAR* FileName, const TCHAR* Parms = nullptr,
+		ELaunchVerb::Type Verb = ELaunchVerb::Open, bool bPromptToOpenOnFailure = true);
 
 	/** Real time, not the host clock. Not positive: gives the processor up once. */
 	static void Sleep(float Seconds);

@@ -25,4 +25,5 @@ CORE_API bool HostSaveFile(const FString& Path, const void* Data, int64 Size, ui
  *
  * @param OnProgress  Told how many bytes of how many are copied, on the same thread; false stops the copy.
  */
-CORE_API bool HostCopyFile(const FString& Source, const FString& Target, uint32 WriteFlags, TFunctionRef<bool(int64 Done, int64 Total)> OnProgress, FString& OutReason);
+CORE_API bool HostCopyFile(const FString& Source, const FString& Target, uint32 WriteFlags,
+	TFunctionRef<bool(int64 Done, int64 Total)> OnProgress, FString& OutReason);

@@ -135,9 +135,15 @@ public:
 	bool IsEmptyOrWhitespace() const;
 	bool IsCultureInvariant() const { return !Data || Data->Key.IsEmpty(); }
 	/** Letter by letter, respecting case. */
-	bool EqualTo(const FText& Other, ETextComparisonLevel::Type Level = ETextComparisonLevel::Default) const { return Data == Other.Data || ToString().Equals(Other.ToString()); }
+	bool EqualTo(const FText& Other, ETextComparisonLevel::Type Level = ETextComparisonLevel::Default) const
+	{
+		return Data == Other.Data || ToString().Equals(Other.ToString());
+	}
 	bool EqualToCaseIgnored(const FText& Other) const { return ToString() == Other.ToString(); }
-	int32 CompareTo(const FText& Other, ETextComparisonLevel::Type Level = ETextComparisonLevel::Default) const { return ToString().Compare(Other.ToString()); }
+	int32 CompareTo(const FText& Other, ETextComparisonLevel::Type Level = ETextComparisonLevel::Default) const
+	{
+		return ToString().Compare(Other.ToString());
+	}
 	int32 CompareToCaseIgnored(const FText& Other) const { return ToString().Compare(Other.ToString(), ESearchCase::IgnoreCase); }
 	/** Shares its data with Other. Equal texts made apart are not identical. */
 	bool IdenticalTo(const FText& Other) const { return Data == Other.Data; }
@@ -148,8 +154,8 @@ public:
 	static FText Format(const FTextFormat& Pattern, const FFormatNamedArguments& Arguments);
 	static FText Format(const FTextFormat& Pattern, const FFormatOrderedArguments& Arguments);
 	template <typename... ArgTypes>
-		requires(sizeof...(ArgTypes) > 0 && (std::is_constructible_v<FFormatArgumentValue, const ArgTypes&> && ...))
-	static FText Format(const FTextFormat& Pattern, const ArgTypes&... Arguments);
+	requires(sizeof...(ArgTypes) > 0 && (std::is_constructible_v<FFormatArgumentValue, const ArgTypes&> && ...)) static FText
+		Format(const FTextFormat& Pattern, const ArgTypes&... Arguments);
 	template <typename... ArgTypes>
 	static FText FormatOrdered(const FTextFormat& Pattern, const ArgTypes&... Arguments);
 	/** Names and values in turn. */
@@ -158,24 +164,51 @@ public:
 	static FText Join(const FText& Delimiter, const FFormatOrderedArguments& Arguments);
 	static FText Join(const FText& Delimiter, const TArray<FText>& Arguments);
 
-	static FText AsNumber(int8 Value, const FNumberFormattingOptions* Options = nullptr, const FCulturePtr& Culture = nullptr) { return AsNumber((int64)Value, Options); }
-	static FText AsNumber(int16 Value, const FNumberFormattingOptions* Options = nullptr, const FCulturePtr& Culture = nullptr) { return AsNumber((int64)Value, Options); }
-	static FText AsNumber(int32 Value, const FNumberFormattingOptions* Options = nullptr, const FCulturePtr& Culture = nullptr) { return AsNumber((int64)Value, Options); }
-	static FText AsNumber(uint8 Value, const FNumberFormattingOptions* Options = nullptr, const FCulturePtr& Culture = nullptr) { return AsNumber((int64)Value, Options); }
-	static FText AsNumber(uint16 Value, const FNumberFormattingOptions* Options = nullptr, const FCulturePtr& Culture = nullptr) { return AsNumber((int64)Value, Options); }
-	static FText AsNumber(uint32 Value, const FNumberFormattingOptions* Options = nullptr, const FCulturePtr& Culture = nullptr) { return AsNumber((int64)Value, Options); }
-	static FText AsNumber(long Value, const FNumberFormattingOptions* Options = nullptr, const FCulturePtr& Culture = nullptr) { return AsNumber((int64)Value, Options); }
+	static FText AsNumber(int8 Value, const FNumberFormattingOptions* Options = nullptr, const FCulturePtr& Culture = nullptr)
+	{
+		return AsNumber((int64)Value, Options);
+	}
+	static FText AsNumber(int16 Value, const FNumberFormattingOptions* Options = nullptr, const FCulturePtr& Culture = nullptr)
+	{
+		return AsNumber((int64)Value, Options);
+	}
+	static FText AsNumber(int32 Value, const FNumberFormattingOptions* Options = nullptr, const FCulturePtr& Culture = nullptr)
+	{
+		return AsNumber((int64)Value, Options);
+	}
+	static FText AsNumber(uint8 Value, const FNumberFormattingOptions* Options = nullptr, const FCulturePtr& Culture = nullptr)
+	{
+		return AsNumber((int64)Value, Options);
+	}
+	static FText AsNumber(uint16 Value, const FNumberFormattingOptions* Options = nullptr, const FCulturePtr& Culture = nullptr)
+	{
+		return AsNumber((int64)Value, Options);
+	}
+	static FText AsNumber(uint32 Value, const FNumberFormattingOptions* Options = nullptr, const FCulturePtr& Culture = nullptr)
+	{
+		return AsNumber((int64)Value, Options);
+	}
+	static FText AsNumber(long Value, const FNumberFormattingOptions* Options = nullptr, const FCulturePtr& Culture = nullptr)
+	{
+		return AsNumber((int64)Value, Options);
+	}
 	static FText AsNumber(int64 Value, const FNumberFormattingOptions* Options = nullptr, const FCulturePtr& Culture = nullptr);
 	static FText AsNumber(uint64 Value, const FNumberFormattingOptions* Options = nullptr, const FCulturePtr& Culture = nullptr);
-	static FText AsNumber(float Value, const FNumberFormattingOptions* Options = nullptr, const FCulturePtr& Culture = nullptr) { return AsNumber((double)Value, Options); }
+	static FText AsNumber(float Value, const FNumberFormattingOptions* Options = nullptr, const FCulturePtr& Culture = nullptr)
+	{
+		return AsNumber((double)Value, Options);
+	}
 	static FText AsNumber(double Value, const FNumberFormattingOptions* Options = nullptr, const FCulturePtr& Culture = nullptr);
 	/** 0.25 gives 25%. */
 	static FText AsPercent(double Value, const FNumberFormattingOptions* Options = nullptr, const FCulturePtr& Culture = nullptr);
 	/** The value is UTC and shown in local time, unless the time zone is the invariant one. */
-	static FText AsDate(const FDateTime& DateTime, EDateTimeStyle::Type Style = EDateTimeStyle::Default, const FString& TimeZone = FString(), const FCulturePtr& Culture = nullptr);
-	static FText AsTime(const FDateTime& DateTime, EDateTimeStyle::Type Style = EDateTimeStyle::Default, const FString& TimeZone = FString(), const FCulturePtr& Culture = nullptr);
-	static FText AsDateTime(const FDateTime& DateTime, EDateTimeStyle::Type DateStyle = EDateTimeStyle::Default, EDateTimeStyle::Type TimeStyle = EDateTimeStyle::Default,
+	static FText AsDate(const FDateTime& DateTime, EDateTimeStyle::Type Style = EDateTimeStyle::Default,
 		const FString& TimeZone = FString(), const FCulturePtr& Culture = nullptr);
+	static FText AsTime(const FDateTime& DateTime, EDateTimeStyle::Type Style = EDateTimeStyle::Default,
+		const FString& TimeZone = FString(), const FCulturePtr& Culture = nullptr);
+	static FText AsDateTime(const FDateTime& DateTime, EDateTimeStyle::Type DateStyle = EDateTimeStyle::Default,
+		EDateTimeStyle::Type TimeStyle = EDateTimeStyle::Default, const FString& TimeZone = FString(),
+		const FCulturePtr& Culture = nullptr);
 	static FString GetInvariantTimeZone();
 
 	static FText TrimPreceding(const FText& Text);
@@ -184,7 +217,10 @@ public:
 
 private:
 	friend class FTextInspector;
-	explicit FText(TSharedPtr<const FTextData>&& InData) : Data(static_cast<TSharedPtr<const FTextData>&&>(InData)) {}
+	explicit FText(TSharedPtr<const FTextData>&& InData)
+		: Data(static_cast<TSharedPtr<const FTextData>&&>(InData))
+	{
+	}
 	/** Null for the empty text. */
 	TSharedPtr<const FTextData> Data;
 };
@@ -193,7 +229,10 @@ class FTextFormat
 {
 public:
 	FTextFormat() = default;
-	FTextFormat(const FText& InSource) : Source(InSource) {}
+	FTextFormat(const FText& InSource)
+		: Source(InSource)
+	{
+	}
 	static FTextFormat FromString(const FString& Text) { return FTextFormat(FText::FromString(Text)); }
 	const FText& GetSourceText() const { return Source; }
 
@@ -205,10 +244,14 @@ private:
 struct FFormatArgumentValue
 {
 	FFormatArgumentValue() = default;
-	FFormatArgumentValue(const FText& Value) : Text(Value) {}
+	FFormatArgumentValue(const FText& Value)
+		: Text(Value)
+	{
+	}
 	template <typename NumberType>
-		requires(std::is_arithmetic_v<NumberType> && !std::is_same_v<NumberType, bool> && !std::is_same_v<NumberType, char> && !std::is_same_v<NumberType, TCHAR>)
-	FFormatArgumentValue(NumberType Value) : Text(FText::AsNumber(Value))
+	requires(std::is_arithmetic_v<NumberType> && !std::is_same_v<NumberType, bool> && !std::is_same_v<NumberType, char> &&
+		!std::is_same_v<NumberType, TCHAR>) FFormatArgumentValue(NumberType Value)
+		: Text(FText::AsNumber(Value))
 	{
 	}
 	/** As it is shown. */
@@ -216,8 +259,8 @@ struct FFormatArgumentValue
 };
 
 template <typename... ArgTypes>
-	requires(sizeof...(ArgTypes) > 0 && (std::is_constructible_v<FFormatArgumentValue, const ArgTypes&> && ...))
-FText FText::Format(const FTextFormat& Pattern, const ArgTypes&... Arguments)
+requires(sizeof...(ArgTypes) > 0 && (std::is_constructible_v<FFormatArgumentValue, const ArgTypes&> && ...)) FText FText::Format(
+	const FTextFormat& Pattern, const ArgTypes&... Arguments)
 {
 	return Format(Pattern, FFormatOrderedArguments{ FFormatArgumentValue(Arguments)... });
 }
@@ -258,11 +301,13 @@ public:
 };
 
 // Made once per place and shared from then on. The text is a plain narrow literal.
-#define UE_TEXT_LITERAL(Namespace, Key, Source)                                                   \
-	([]() -> FText {                                                                              \
-		static const FText Made = FText::AsLocalizable_Advanced(Namespace, TEXT(Key), TEXT(Source)); \
-		return Made;                                                                              \
-	}())
+#define UE_TEXT_LITERAL(Namespace, Key, Source) \
+	( \
+		[]() -> FText \
+		{ \
+			static const FText Made = FText::AsLocalizable_Advanced(Namespace, TEXT(Key), TEXT(Source)); \
+			return Made; \
+		}())
 #define NSLOCTEXT(Namespace, Key, Source) UE_TEXT_LITERAL(TEXT(Namespace), Key, Source)
 /** In the namespace LOCTEXT_NAMESPACE. */
 #define LOCTEXT(Key, Source) UE_TEXT_LITERAL(TEXT(LOCTEXT_NAMESPACE), Key, Source)

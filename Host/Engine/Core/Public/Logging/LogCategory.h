@@ -10,7 +10,9 @@ struct CORE_API FLogCategoryBase
 {
 	/** InName must outlive the category (a literal). */
 	constexpr FLogCategoryBase(const TCHAR* InName, ELogVerbosity::Type InDefault, ELogVerbosity::Type InCompileTime)
-		: Name(InName), Limit(InDefault), CompileTimeLimit(InCompileTime)
+		: Name(InName)
+		, Limit(InDefault)
+		, CompileTimeLimit(InCompileTime)
 	{
 	}
 	FLogCategoryBase(const FLogCategoryBase&) = delete;
@@ -33,5 +35,8 @@ template <ELogVerbosity::Type InDefault, ELogVerbosity::Type InCompileTime>
 struct FLogCategory : public FLogCategoryBase
 {
 	static constexpr ELogVerbosity::Type CompileTimeVerbosity = InCompileTime;
-	explicit constexpr FLogCategory(const TCHAR* InName) : FLogCategoryBase(InName, InDefault, InCompileTime) {}
+	explicit constexpr FLogCategory(const TCHAR* InName)
+		: FLogCategoryBase(InName, InDefault, InCompileTime)
+	{
+	}
 };

@@ -12,7 +12,10 @@ namespace HostLogPrivate
 #define DECLARE_LOG_CATEGORY_EXTERN(CategoryName, DefaultVerbosity, CompileTimeVerbosity) \
 	extern struct FLogCategory##CategoryName : public FLogCategory<ELogVerbosity::DefaultVerbosity, ELogVerbosity::CompileTimeVerbosity> \
 	{ \
-		constexpr FLogCategory##CategoryName() : FLogCategory(TEXT(#CategoryName)) {} \
+		constexpr FLogCategory##CategoryName() \
+			: FLogCategory(TEXT(#CategoryName)) \
+		{ \
+		} \
 	} CategoryName
 
 #define DEFINE_LOG_CATEGORY(CategoryName) FLogCategory##CategoryName CategoryName
@@ -21,15 +24,18 @@ namespace HostLogPrivate
 	[[maybe_unused]] static struct FLogCategory##CategoryName \
 		: public FLogCategory<ELogVerbosity::DefaultVerbosity, ELogVerbosity::CompileTimeVerbosity> \
 	{ \
-		constexpr FLogCategory##CategoryName() : FLogCategory(TEXT(#CategoryName)) {} \
+		constexpr FLogCategory##CategoryName() \
+			: FLogCategory(TEXT(#CategoryName)) \
+		{ \
+		} \
 	} CategoryName
 
 #define DECLARE_LOG_CATEGORY_CLASS(CategoryName, DefaultVerbosity, CompileTimeVerbosity) \
 	DEFINE_LOG_CATEGORY_STATIC(CategoryName, DefaultVerbosity, CompileTimeVerbosity)
 
 #define UE_LOG_ACTIVE(CategoryName, Verbosity) \
-	(ELogVerbosity::Verbosity <= std::remove_cvref_t<decltype(CategoryName)>::CompileTimeVerbosity \
-		&& !CategoryName.IsSuppressed(ELogVerbosity::Verbosity))
+	(ELogVerbosity::Verbosity <= std::remove_cvref_t<decltype(CategoryName)>::CompileTimeVerbosity && \
+		!CategoryName.IsSuppressed(ELogVerbosity::Verbosity))
 
 /** The arguments are evaluated only when the line is to be written. */
 #define UE_LOG(CategoryName, Verbosity, Format, ...) \

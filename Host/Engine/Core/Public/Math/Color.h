@@ -14,9 +14,27 @@ struct CORE_API FLinearColor
 	float B;
 	float A;
 
-	constexpr FLinearColor() : R(0), G(0), B(0), A(0) {}
-	constexpr explicit FLinearColor(EForceInit) : R(0), G(0), B(0), A(0) {}
-	constexpr FLinearColor(float InR, float InG, float InB, float InA = 1.0f) : R(InR), G(InG), B(InB), A(InA) {}
+	constexpr FLinearColor()
+		: R(0)
+		, G(0)
+		, B(0)
+		, A(0)
+	{
+	}
+	constexpr explicit FLinearColor(EForceInit)
+		: R(0)
+		, G(0)
+		, B(0)
+		, A(0)
+	{
+	}
+	constexpr FLinearColor(float InR, float InG, float InB, float InA = 1.0f)
+		: R(InR)
+		, G(InG)
+		, B(InB)
+		, A(InA)
+	{
+	}
 	/** The bytes are taken as sRGB. */
 	explicit FLinearColor(const FColor& Color);
 	static FLinearColor FromSRGBColor(const FColor& Color);
@@ -81,9 +99,21 @@ struct CORE_API FColor
 
 	constexpr FColor() = default;
 	constexpr explicit FColor(EForceInit) {}
-	constexpr FColor(uint8 InR, uint8 InG, uint8 InB, uint8 InA = 255) : B(InB), G(InG), R(InR), A(InA) {}
+	constexpr FColor(uint8 InR, uint8 InG, uint8 InB, uint8 InA = 255)
+		: B(InB)
+		, G(InG)
+		, R(InR)
+		, A(InA)
+	{
+	}
 	/** 0xAARRGGBB. */
-	constexpr explicit FColor(uint32 InColor) : B((uint8)InColor), G((uint8)(InColor >> 8)), R((uint8)(InColor >> 16)), A((uint8)(InColor >> 24)) {}
+	constexpr explicit FColor(uint32 InColor)
+		: B((uint8)InColor)
+		, G((uint8)(InColor >> 8))
+		, R((uint8)(InColor >> 16))
+		, A((uint8)(InColor >> 24))
+	{
+	}
 
 	constexpr bool operator==(const FColor&) const = default;
 	/** Three, six or eight hexadecimal digits, "#" in front or not: RGB, RRGGBB, RRGGBBAA. Anything else gives (0,0,0,0). */

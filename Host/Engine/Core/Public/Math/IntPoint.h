@@ -8,8 +8,16 @@ struct FIntPoint
 	int32 Y = 0;
 
 	constexpr FIntPoint() = default;
-	constexpr FIntPoint(int32 InX, int32 InY) : X(InX), Y(InY) {}
-	constexpr explicit FIntPoint(int32 InXY) : X(InXY), Y(InXY) {}
+	constexpr FIntPoint(int32 InX, int32 InY)
+		: X(InX)
+		, Y(InY)
+	{
+	}
+	constexpr explicit FIntPoint(int32 InXY)
+		: X(InXY)
+		, Y(InXY)
+	{
+	}
 	constexpr bool operator==(const FIntPoint&) const = default;
 	constexpr FIntPoint operator+(const FIntPoint& P) const { return FIntPoint(X + P.X, Y + P.Y); }
 	constexpr FIntPoint operator-(const FIntPoint& P) const { return FIntPoint(X - P.X, Y - P.Y); }

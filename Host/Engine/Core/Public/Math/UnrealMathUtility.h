@@ -18,34 +18,71 @@
 struct FMath
 {
 	template <typename T>
-	static constexpr T Abs(T A) { return A < T(0) ? T(-A) : A; }
+	static constexpr T Abs(T A)
+	{
+		return A < T(0) ? T(-A) : A;
+	}
 	template <typename T>
-	static constexpr T Sign(T A) { return A > T(0) ? T(1) : (A < T(0) ? T(-1) : T(0)); }
+	static constexpr T Sign(T A)
+	{
+		return A > T(0) ? T(1) : (A < T(0) ? T(-1) : T(0));
+	}
 	template <typename T>
-	static constexpr T Max(T A, T B) { return B < A ? A : B; }
+	static constexpr T Max(T A, T B)
+	{
+		return B < A ? A : B;
+	}
 	template <typename T>
-	static constexpr T Min(T A, T B) { return A < B ? A : B; }
+	static constexpr T Min(T A, T B)
+	{
+		return A < B ? A : B;
+	}
 	// float beside double, as in mixed maths.
 	template <typename A, typename B>
-		requires(!std::is_same_v<A, B> && std::is_floating_point_v<A> && std::is_floating_point_v<B>)
-	static constexpr double Max(A X, B Y) { return Max<double>(X, Y); }
+	requires(!std::is_same_v<A, B> && std::is_floating_point_v<A> && std::is_floating_point_v<B>) static constexpr double Max(A X, B Y)
+	{
+		return Max<double>(X, Y);
+	}
 	template <typename A, typename B>
-		requires(!std::is_same_v<A, B> && std::is_floating_point_v<A> && std::is_floating_point_v<B>)
-	static constexpr double Min(A X, B Y) { return Min<double>(X, Y); }
+	requires(!std::is_same_v<A, B> && std::is_floating_point_v<A> && std::is_floating_point_v<B>) static constexpr double Min(A X, B Y)
+	{
+		return Min<double>(X, Y);
+	}
 	template <typename T>
-	static constexpr T Max3(T A, T B, T C) { return Max(Max(A, B), C); }
+	static constexpr T Max3(T A, T B, T C)
+	{
+		return Max(Max(A, B), C);
+	}
 	template <typename T>
-	static constexpr T Min3(T A, T B, T C) { return Min(Min(A, B), C); }
+	static constexpr T Min3(T A, T B, T C)
+	{
+		return Min(Min(A, B), C);
+	}
 	template <typename T>
-	static constexpr T Clamp(T X, std::type_identity_t<T> MinValue, std::type_identity_t<T> MaxValue) { return Max(Min(X, MaxValue), MinValue); }
+	static constexpr T Clamp(T X, std::type_identity_t<T> MinValue, std::type_identity_t<T> MaxValue)
+	{
+		return Max(Min(X, MaxValue), MinValue);
+	}
 	template <typename T>
-	static constexpr T Square(T A) { return A * A; }
+	static constexpr T Square(T A)
+	{
+		return A * A;
+	}
 	template <typename T>
-	static constexpr bool IsWithin(T Value, std::type_identity_t<T> MinValue, std::type_identity_t<T> MaxValue) { return Value >= MinValue && Value < MaxValue; }
+	static constexpr bool IsWithin(T Value, std::type_identity_t<T> MinValue, std::type_identity_t<T> MaxValue)
+	{
+		return Value >= MinValue && Value < MaxValue;
+	}
 	template <typename T>
-	static constexpr bool IsWithinInclusive(T Value, std::type_identity_t<T> MinValue, std::type_identity_t<T> MaxValue) { return Value >= MinValue && Value <= MaxValue; }
+	static constexpr bool IsWithinInclusive(T Value, std::type_identity_t<T> MinValue, std::type_identity_t<T> MaxValue)
+	{
+		return Value >= MinValue && Value <= MaxValue;
+	}
 	template <typename T>
-	static constexpr T DivideAndRoundUp(T Dividend, T Divisor) { return (Dividend + Divisor - 1) / Divisor; }
+	static constexpr T DivideAndRoundUp(T Dividend, T Divisor)
+	{
+		return (Dividend + Divisor - 1) / Divisor;
+	}
 
 	// Half rounds up: 2.5 gives 3, -2.5 gives -2. Values that do not fit are clamped, not-a-number gives 0.
 	static int32 RoundToInt32(double F) { return (int32)ToInteger(std::floor(F + 0.5), MIN_int32, MAX_int32); }
@@ -64,42 +101,96 @@ struct FMath
 	static int64 TruncToInt(double F) { return ToInteger(std::trunc(F), MIN_int64, MAX_int64); }
 	static int32 TruncToInt32(double F) { return (int32)ToInteger(std::trunc(F), MIN_int32, MAX_int32); }
 	template <typename T>
-	static T RoundToFloat(T F) { return std::floor(F + T(0.5)); }
+	static T RoundToFloat(T F)
+	{
+		return std::floor(F + T(0.5));
+	}
 	template <typename T>
-	static T FloorToFloat(T F) { return std::floor(F); }
+	static T FloorToFloat(T F)
+	{
+		return std::floor(F);
+	}
 	template <typename T>
-	static T CeilToFloat(T F) { return std::ceil(F); }
+	static T CeilToFloat(T F)
+	{
+		return std::ceil(F);
+	}
 	template <typename T>
-	static T Fmod(T X, T Y) { return std::fmod(X, Y); }
+	static T Fmod(T X, T Y)
+	{
+		return std::fmod(X, Y);
+	}
 	template <typename T>
-	static T Frac(T X) { return X - std::floor(X); }
+	static T Frac(T X)
+	{
+		return X - std::floor(X);
+	}
 	template <typename T>
-	static T Sqrt(T X) { return std::sqrt(X); }
+	static T Sqrt(T X)
+	{
+		return std::sqrt(X);
+	}
 	template <typename A, typename B>
-	static auto Pow(A X, B Y) { return std::pow(X, Y); }
+	static auto Pow(A X, B Y)
+	{
+		return std::pow(X, Y);
+	}
 	template <typename T>
-	static T Exp(T X) { return std::exp(X); }
+	static T Exp(T X)
+	{
+		return std::exp(X);
+	}
 	template <typename T>
-	static T Loge(T X) { return std::log(X); }
+	static T Loge(T X)
+	{
+		return std::log(X);
+	}
 	template <typename T>
-	static T Log2(T X) { return std::log2(X); }
+	static T Log2(T X)
+	{
+		return std::log2(X);
+	}
 	template <typename T>
-	static T LogX(T Base, T X) { return std::log(X) / std::log(Base); }
+	static T LogX(T Base, T X)
+	{
+		return std::log(X) / std::log(Base);
+	}
 	template <typename T>
-	static T Sin(T X) { return std::sin(X); }
+	static T Sin(T X)
+	{
+		return std::sin(X);
+	}
 	template <typename T>
-	static T Cos(T X) { return std::cos(X); }
+	static T Cos(T X)
+	{
+		return std::cos(X);
+	}
 	template <typename T>
-	static T Tan(T X) { return std::tan(X); }
+	static T Tan(T X)
+	{
+		return std::tan(X);
+	}
 	template <typename T>
-	static T Atan2(T Y, T X) { return std::atan2(Y, X); }
+	static T Atan2(T Y, T X)
+	{
+		return std::atan2(Y, X);
+	}
 	template <typename T>
-	static bool IsFinite(T X) { return std::isfinite(X); }
+	static bool IsFinite(T X)
+	{
+		return std::isfinite(X);
+	}
 	template <typename T>
-	static bool IsNaN(T X) { return std::isnan(X); }
+	static bool IsNaN(T X)
+	{
+		return std::isnan(X);
+	}
 
 	template <typename T, typename U>
-	static constexpr T Lerp(const T& A, const T& B, const U& Alpha) { return (T)(A + Alpha * (B - A)); }
+	static constexpr T Lerp(const T& A, const T& B, const U& Alpha)
+	{
+		return (T)(A + Alpha * (B - A));
+	}
 	static bool IsNearlyEqual(float A, float B, float Tolerance = UE_SMALL_NUMBER) { return Abs(A - B) <= Tolerance; }
 	static bool IsNearlyEqual(double A, double B, double Tolerance = UE_DOUBLE_SMALL_NUMBER) { return Abs(A - B) <= Tolerance; }
 	static bool IsNearlyZero(float A, float Tolerance = UE_SMALL_NUMBER) { return Abs(A) <= Tolerance; }
@@ -110,7 +201,10 @@ struct FMath
 		return InMin == InMax ? OutMin : OutMin + (OutMax - OutMin) * Clamp((Value - InMin) / (InMax - InMin), T(0), T(1));
 	}
 	template <typename T>
-	static constexpr T DegreesToRadians(T Degrees) { return Degrees * T(UE_DOUBLE_PI / 180.0); }
+	static constexpr T DegreesToRadians(T Degrees)
+	{
+		return Degrees * T(UE_DOUBLE_PI / 180.0);
+	}
 	/** Moves Current towards Target, faster when it is far; Speed 0 jumps. */
 	template <typename T>
 	static constexpr T FInterpTo(T Current, T Target, T DeltaTime, T Speed)

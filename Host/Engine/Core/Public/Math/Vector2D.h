@@ -16,13 +16,30 @@ namespace UE::Math
 		T X;
 		T Y;
 
-		constexpr TVector2() : X(0), Y(0) {}
-		constexpr explicit TVector2(T InF) : X(InF), Y(InF) {}
-		constexpr TVector2(T InX, T InY) : X(InX), Y(InY) {}
-		explicit TVector2(EForceInit) : X(0), Y(0) {}
+		constexpr TVector2()
+			: X(0)
+			, Y(0)
+		{
+		}
+		constexpr explicit TVector2(T InF)
+			: X(InF)
+			, Y(InF)
+		{
+		}
+		constexpr TVector2(T InX, T InY)
+			: X(InX)
+			, Y(InY)
+		{
+		}
+		explicit TVector2(EForceInit)
+			: X(0)
+			, Y(0)
+		{
+		}
 		template <typename U>
-			requires(!std::same_as<T, U>)
-		constexpr explicit TVector2(const TVector2<U>& Other) : X((T)Other.X), Y((T)Other.Y)
+		requires(!std::same_as<T, U>) constexpr explicit TVector2(const TVector2<U>& Other)
+			: X((T)Other.X)
+			, Y((T)Other.Y)
 		{
 		}
 
@@ -31,23 +48,14 @@ namespace UE::Math
 		constexpr TVector2 operator*(const TVector2& V) const { return TVector2(X * V.X, Y * V.Y); }
 		constexpr TVector2 operator/(const TVector2& V) const { return TVector2(X / V.X, Y / V.Y); }
 		template <typename N>
-			requires std::is_arithmetic_v<N>
-		constexpr TVector2 operator*(N Scale) const
-		{
-			return TVector2(X * (T)Scale, Y * (T)Scale);
-		}
+		requires std::is_arithmetic_v<N>
+		constexpr TVector2 operator*(N Scale) const { return TVector2(X * (T)Scale, Y * (T)Scale); }
 		template <typename N>
-			requires std::is_arithmetic_v<N>
-		constexpr TVector2 operator/(N Scale) const
-		{
-			return TVector2(X / (T)Scale, Y / (T)Scale);
-		}
+		requires std::is_arithmetic_v<N>
+		constexpr TVector2 operator/(N Scale) const { return TVector2(X / (T)Scale, Y / (T)Scale); }
 		template <typename N>
-			requires std::is_arithmetic_v<N>
-		friend constexpr TVector2 operator*(N Scale, const TVector2& V)
-		{
-			return V * Scale;
-		}
+		requires std::is_arithmetic_v<N>
+		friend constexpr TVector2 operator*(N Scale, const TVector2& V) { return V * Scale; }
 		constexpr TVector2 operator+(T A) const { return TVector2(X + A, Y + A); }
 		constexpr TVector2 operator-(T A) const { return TVector2(X - A, Y - A); }
 		constexpr TVector2 operator-() const { return TVector2(-X, -Y); }
@@ -56,22 +64,19 @@ namespace UE::Math
 		constexpr TVector2& operator*=(const TVector2& V) { return *this = *this * V; }
 		constexpr TVector2& operator/=(const TVector2& V) { return *this = *this / V; }
 		template <typename N>
-			requires std::is_arithmetic_v<N>
-		constexpr TVector2& operator*=(N Scale)
-		{
-			return *this = *this * Scale;
-		}
+		requires std::is_arithmetic_v<N>
+		constexpr TVector2& operator*=(N Scale) { return *this = *this * Scale; }
 		template <typename N>
-			requires std::is_arithmetic_v<N>
-		constexpr TVector2& operator/=(N Scale)
-		{
-			return *this = *this / Scale;
-		}
+		requires std::is_arithmetic_v<N>
+		constexpr TVector2& operator/=(N Scale) { return *this = *this / Scale; }
 		constexpr bool operator==(const TVector2&) const = default;
 		T& operator[](int32 Index) { return Index == 0 ? X : Y; }
 		T operator[](int32 Index) const { return Index == 0 ? X : Y; }
 
-		bool Equals(const TVector2& V, T Tolerance = (T)UE_KINDA_SMALL_NUMBER) const { return FMath::Abs(X - V.X) <= Tolerance && FMath::Abs(Y - V.Y) <= Tolerance; }
+		bool Equals(const TVector2& V, T Tolerance = (T)UE_KINDA_SMALL_NUMBER) const
+		{
+			return FMath::Abs(X - V.X) <= Tolerance && FMath::Abs(Y - V.Y) <= Tolerance;
+		}
 		bool IsZero() const { return X == 0 && Y == 0; }
 		bool IsNearlyZero(T Tolerance = (T)UE_KINDA_SMALL_NUMBER) const { return FMath::Abs(X) <= Tolerance && FMath::Abs(Y) <= Tolerance; }
 		T Size() const { return FMath::Sqrt(SizeSquared()); }

@@ -12,22 +12,22 @@ namespace UE::Assert
 
 // Conditions are evaluated in every configuration, as in an editor build. The forms with a message need FString.
 
-#define check(Expression)                                                              \
-	do                                                                                 \
-	{                                                                                  \
-		if (UNLIKELY(!(Expression)))                                                   \
-		{                                                                              \
-			::UE::Assert::Failed(#Expression, __FILE__, __LINE__, nullptr);            \
-		}                                                                              \
+#define check(Expression) \
+	do \
+	{ \
+		if (UNLIKELY(!(Expression))) \
+		{ \
+			::UE::Assert::Failed(#Expression, __FILE__, __LINE__, nullptr); \
+		} \
 	} while (false)
 
-#define checkf(Expression, Format, ...)                                                \
-	do                                                                                 \
-	{                                                                                  \
-		if (UNLIKELY(!(Expression)))                                                   \
-		{                                                                              \
+#define checkf(Expression, Format, ...) \
+	do \
+	{ \
+		if (UNLIKELY(!(Expression))) \
+		{ \
 			::UE::Assert::Failed(#Expression, __FILE__, __LINE__, *FString::Printf(Format __VA_OPT__(, ) __VA_ARGS__)); \
-		}                                                                              \
+		} \
 	} while (false)
 
 #define checkSlow(Expression) check(Expression)
@@ -36,11 +36,11 @@ namespace UE::Assert
 #define checkNoEntry() ::UE::Assert::Failed("Enclosing block should never be called", __FILE__, __LINE__, nullptr)
 #define unimplemented() ::UE::Assert::Failed("Unimplemented function called", __FILE__, __LINE__, nullptr)
 
-#define ensure(Expression) \
-	(LIKELY(!!(Expression)) || ::UE::Assert::EnsureFailed(#Expression, __FILE__, __LINE__, nullptr, false))
-#define ensureAlways(Expression) \
-	(LIKELY(!!(Expression)) || ::UE::Assert::EnsureFailed(#Expression, __FILE__, __LINE__, nullptr, true))
+#define ensure(Expression) (LIKELY(!!(Expression)) || ::UE::Assert::EnsureFailed(#Expression, __FILE__, __LINE__, nullptr, false))
+#define ensureAlways(Expression) (LIKELY(!!(Expression)) || ::UE::Assert::EnsureFailed(#Expression, __FILE__, __LINE__, nullptr, true))
 #define ensureMsgf(Expression, Format, ...) \
-	(LIKELY(!!(Expression)) || ::UE::Assert::EnsureFailed(#Expression, __FILE__, __LINE__, *FString::Printf(Format __VA_OPT__(, ) __VA_ARGS__), false))
+	(LIKELY(!!(Expression)) || \
+		::UE::Assert::EnsureFailed(#Expression, __FILE__, __LINE__, *FString::Printf(Format __VA_OPT__(, ) __VA_ARGS__), false))
 #define ensureAlwaysMsgf(Expression, Format, ...) \
-	(LIKELY(!!(Expression)) || ::UE::Assert::EnsureFailed(#Expression, __FILE__, __LINE__, *FString::Printf(Format __VA_OPT__(, ) __VA_ARGS__), true))
+	(LIKELY(!!(Expression)) || \
+		::UE::Assert::EnsureFailed(#Expression, __FILE__, __LINE__, *FString::Printf(Format __VA_OPT__(, ) __VA_ARGS__), true))

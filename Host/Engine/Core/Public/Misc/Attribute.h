@@ -37,23 +37,29 @@ public:
 
 	TAttribute() = default;
 	template <typename OtherType>
-		requires(!std::same_as<std::decay_t<OtherType>, TAttribute> && std::convertible_to<OtherType, ObjectType>)
-	TAttribute(OtherType&& InValue) : Value(Forward<OtherType>(InValue)), bIsSet(true)
+	requires(!std::same_as<std::decay_t<OtherType>, TAttribute> && std::convertible_to<OtherType, ObjectType>)
+		TAttribute(OtherType&& InValue)
+		: Value(Forward<OtherType>(InValue))
+		, bIsSet(true)
 	{
 	}
 	/** Binds a method of an object owned by a shared pointer. */
 	template <class SourceType>
-	TAttribute(const TSharedRef<SourceType>& Object, typename FGetter::template TConstMethodPtr<SourceType> Method) : Getter(FGetter::CreateSP(Object, Method)), bIsSet(true)
+	TAttribute(const TSharedRef<SourceType>& Object, typename FGetter::template TConstMethodPtr<SourceType> Method)
+		: Getter(FGetter::CreateSP(Object, Method))
+		, bIsSet(true)
 	{
 	}
 	template <class SourceType>
-	TAttribute(SourceType* Object, typename FGetter::template TConstMethodPtr<SourceType> Method) : Getter(FGetter::CreateSP(Object, Method)), bIsSet(true)
+	TAttribute(SourceType* Object, typename FGetter::template TConstMethodPtr<SourceType> Method)
+		: Getter(FGetter::CreateSP(Object, Method))
+		, bIsSet(true)
 	{
 	}
 
 	/** Replaces a bound function too. */
 	template <typename OtherType>
-		requires std::convertible_to<OtherType, ObjectType>
+	requires std::convertible_to<OtherType, ObjectType>
 	void Set(OtherType&& InValue)
 	{
 		Getter.Unbind();
@@ -85,8 +91,8 @@ public:
 		bIsSet = true;
 	}
 	template <typename FunctorType>
-		requires(!std::same_as<std::decay_t<FunctorType>, FGetter> && std::is_invocable_r_v<ObjectType, FunctorType&>)
-	void Bind(FunctorType&& Functor)
+	requires(!std::same_as<std::decay_t<FunctorType>, FGetter> && std::is_invocable_r_v<ObjectType, FunctorType&>) void Bind(
+		FunctorType&& Functor)
 	{
 		Bind(FGetter::CreateLambda(Forward<FunctorType>(Functor)));
 	}
@@ -102,8 +108,8 @@ public:
 		return Result;
 	}
 	template <typename FunctorType>
-		requires(!std::same_as<std::decay_t<FunctorType>, FGetter> && std::is_invocable_r_v<ObjectType, FunctorType&>)
-	static TAttribute Create(FunctorType&& Functor)
+	requires(!std::same_as<std::decay_t<FunctorType>, FGetter> && std::is_invocable_r_v<ObjectType, FunctorType&>) static TAttribute
+		Create(FunctorType&& Functor)
 	{
 		return Create(FGetter::CreateLambda(Forward<FunctorType>(Functor)));
 	}
@@ -154,7 +160,8 @@ TAttribute<std::decay_t<T>> MakeAttributeSP(UserClass* Object, T (UserClass::*Me
 	return TAttribute<std::decay_t<T>>::CreateSP(Object, Method, Forward<Vars>(Payload)...);
 }
 template <typename T, typename UserClass, typename... Vars>
-TAttribute<std::decay_t<T>> MakeAttributeRaw(const UserClass* Object, T (UserClass::*Method)(std::decay_t<Vars>...) const, Vars&&... Payload)
+TAttribute<std::decay_t<T>> MakeAttributeRaw(
+	const UserClass* Object, T (UserClass::*Method)(std::decay_t<Vars>...) const, Vars&&... Payload)
 {
 	return TAttribute<std::decay_t<T>>::CreateRaw(Object, Method, Forward<Vars>(Payload)...);
 }

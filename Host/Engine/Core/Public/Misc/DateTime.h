@@ -33,7 +33,10 @@ enum class EMonthOfYear
 struct FDateTime
 {
 	constexpr FDateTime() = default;
-	constexpr explicit FDateTime(int64 InTicks) : Ticks(InTicks) {}
+	constexpr explicit FDateTime(int64 InTicks)
+		: Ticks(InTicks)
+	{
+	}
 	/** The fields must be valid; see Validate. */
 	CORE_API FDateTime(int32 Year, int32 Month, int32 Day, int32 Hour = 0, int32 Minute = 0, int32 Second = 0, int32 Millisecond = 0);
 

@@ -18,7 +18,13 @@ enum class EGuidFormats
 struct CORE_API FGuid
 {
 	constexpr FGuid() = default;
-	constexpr FGuid(uint32 InA, uint32 InB, uint32 InC, uint32 InD) : A(InA), B(InB), C(InC), D(InD) {}
+	constexpr FGuid(uint32 InA, uint32 InB, uint32 InC, uint32 InD)
+		: A(InA)
+		, B(InB)
+		, C(InC)
+		, D(InD)
+	{
+	}
 
 	bool IsValid() const { return (A | B | C | D) != 0; }
 	void Invalidate() { *this = FGuid(); }

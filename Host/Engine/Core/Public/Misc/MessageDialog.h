@@ -22,6 +22,6 @@ public:
 		EAppMsgCategory MessageCategory, EAppMsgType::Type MessageType, const FText& Message, const FText& Title);
 	static EAppReturnType::Type Open(
 		EAppMsgCategory MessageCategory, EAppMsgType::Type MessageType, EAppReturnType::Type DefaultValue, const FText& Message);
-	static EAppReturnType::Type Open(EAppMsgCategory MessageCategory, EAppMsgType::Type MessageType,
-		EAppReturnType::Type DefaultValue, const FText& Message, const FText& Title);
+	static EAppReturnType::Type Open(EAppMsgCategory MessageCategory, EAppMsgType::Type MessageType, EAppReturnType::Type DefaultValue,
+		const FText& Message, const FText& Title);
 };

@@ -21,10 +21,17 @@ public:
 
 	TOptional() = default;
 	TOptional(FNullOpt) {}
-	TOptional(const OptionalType& InValue) : Value(InValue) {}
-	TOptional(OptionalType&& InValue) : Value(static_cast<OptionalType&&>(InValue)) {}
+	TOptional(const OptionalType& InValue)
+		: Value(InValue)
+	{
+	}
+	TOptional(OptionalType&& InValue)
+		: Value(static_cast<OptionalType&&>(InValue))
+	{
+	}
 	template <typename... ArgTypes>
-	explicit TOptional(std::in_place_t, ArgTypes&&... Args) : Value(std::in_place, Forward<ArgTypes>(Args)...)
+	explicit TOptional(std::in_place_t, ArgTypes&&... Args)
+		: Value(std::in_place, Forward<ArgTypes>(Args)...)
 	{
 	}
 	TOptional& operator=(const OptionalType& InValue)
@@ -70,7 +77,10 @@ public:
 	OptionalType* GetPtrOrNull() { return IsSet() ? &*Value : nullptr; }
 	const OptionalType* GetPtrOrNull() const { return IsSet() ? &*Value : nullptr; }
 
-	friend bool operator==(const TOptional& A, const TOptional& B) { return A.IsSet() == B.IsSet() && (!A.IsSet() || *A.Value == *B.Value); }
+	friend bool operator==(const TOptional& A, const TOptional& B)
+	{
+		return A.IsSet() == B.IsSet() && (!A.IsSet() || *A.Value == *B.Value);
+	}
 	friend uint32 GetTypeHash(const TOptional& Optional) { return Optional.IsSet() ? GetTypeHash(*Optional.Value) : 0; }
 
 private:

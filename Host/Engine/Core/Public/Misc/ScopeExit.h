@@ -8,7 +8,10 @@ namespace UE::ScopeExit
 	class TGuard : private FNoncopyable
 	{
 	public:
-		explicit TGuard(FuncType&& InFunc) : Func(static_cast<FuncType&&>(InFunc)) {}
+		explicit TGuard(FuncType&& InFunc)
+			: Func(static_cast<FuncType&&>(InFunc))
+		{
+		}
 		~TGuard() { Func(); }
 
 	private:

@@ -6,7 +6,8 @@
 class FScopeLock
 {
 public:
-	[[nodiscard]] explicit FScopeLock(FCriticalSection* InSection) : Section(InSection)
+	[[nodiscard]] explicit FScopeLock(FCriticalSection* InSection)
+		: Section(InSection)
 	{
 		if (Section)
 		{

@@ -5,7 +5,11 @@
 class FReadScopeLock
 {
 public:
-	[[nodiscard]] explicit FReadScopeLock(FRWLock& InLock) : Lock(InLock) { Lock.ReadLock(); }
+	[[nodiscard]] explicit FReadScopeLock(FRWLock& InLock)
+		: Lock(InLock)
+	{
+		Lock.ReadLock();
+	}
 	~FReadScopeLock() { Lock.ReadUnlock(); }
 	FReadScopeLock(const FReadScopeLock&) = delete;
 	FReadScopeLock& operator=(const FReadScopeLock&) = delete;
@@ -17,7 +21,11 @@ private:
 class FWriteScopeLock
 {
 public:
-	[[nodiscard]] explicit FWriteScopeLock(FRWLock& InLock) : Lock(InLock) { Lock.WriteLock(); }
+	[[nodiscard]] explicit FWriteScopeLock(FRWLock& InLock)
+		: Lock(InLock)
+	{
+		Lock.WriteLock();
+	}
 	~FWriteScopeLock() { Lock.WriteUnlock(); }
 	FWriteScopeLock(const FWriteScopeLock&) = delete;
 	FWriteScopeLock& operator=(const FWriteScopeLock&) = delete;

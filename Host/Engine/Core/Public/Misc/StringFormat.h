@@ -24,14 +24,38 @@ namespace UE::StringFormat
 	template <typename T>
 	consteval EArg KindOf()
 	{
-		if constexpr (std::is_same_v<T, TCHAR> || std::is_same_v<T, char>) { return EArg::Char; }
-		else if constexpr (std::is_floating_point_v<T>) { return EArg::Float; }
-		else if constexpr (std::is_same_v<T, unsigned long> || std::is_same_v<T, long>) { return EArg::Size; }
-		else if constexpr (std::is_integral_v<T> || (std::is_enum_v<T> && std::is_convertible_v<T, int64>)) { return sizeof(T) == 8 ? EArg::Int64 : EArg::Int; }
-		else if constexpr (std::is_same_v<T, const TCHAR*> || std::is_same_v<T, TCHAR*>) { return EArg::String; }
-		else if constexpr (std::is_same_v<T, const char*> || std::is_same_v<T, char*>) { return EArg::AnsiString; }
-		else if constexpr (std::is_pointer_v<T> || std::is_null_pointer_v<T>) { return EArg::Pointer; }
-		else { return EArg::Bad; }
+		if constexpr (std::is_same_v<T, TCHAR> || std::is_same_v<T, char>)
+		{
+			return EArg::Char;
+		}
+		else if constexpr (std::is_floating_point_v<T>)
+		{
+			return EArg::Float;
+		}
+		else if constexpr (std::is_same_v<T, unsigned long> || std::is_same_v<T, long>)
+		{
+			return EArg::Size;
+		}
+		else if constexpr (std::is_integral_v<T> || (std::is_enum_v<T> && std::is_convertible_v<T, int64>))
+		{
+			return sizeof(T) == 8 ? EArg::Int64 : EArg::Int;
+		}
+		else if constexpr (std::is_same_v<T, const TCHAR*> || std::is_same_v<T, TCHAR*>)
+		{
+			return EArg::String;
+		}
+		else if constexpr (std::is_same_v<T, const char*> || std::is_same_v<T, char*>)
+		{
+			return EArg::AnsiString;
+		}
+		else if constexpr (std::is_pointer_v<T> || std::is_null_pointer_v<T>)
+		{
+			return EArg::Pointer;
+		}
+		else
+		{
+			return EArg::Bad;
+		}
 	}
 
 	struct FArg
@@ -53,15 +77,33 @@ namespace UE::StringFormat
 	{
 		FArg Arg;
 		Arg.Kind = KindOf<T>();
-		if constexpr (KindOf<T>() == EArg::Float) { Arg.Float = (double)Value; }
-		else if constexpr (KindOf<T>() == EArg::String) { Arg.String = Value; }
-		else if constexpr (KindOf<T>() == EArg::AnsiString) { Arg.AnsiString = Value; }
-		else if constexpr (KindOf<T>() == EArg::Pointer) { Arg.Pointer = (const void*)Value; }
+		if constexpr (KindOf<T>() == EArg::Float)
+		{
+			Arg.Float = (double)Value;
+		}
+		else if constexpr (KindOf<T>() == EArg::String)
+		{
+			Arg.String = Value;
+		}
+		else if constexpr (KindOf<T>() == EArg::AnsiString)
+		{
+			Arg.AnsiString = Value;
+		}
+		else if constexpr (KindOf<T>() == EArg::Pointer)
+		{
+			Arg.Pointer = (const void*)Value;
+		}
 		else
 		{
 			Arg.Integer = (int64)Value;
-			if constexpr (std::is_enum_v<T>) { Arg.bSigned = std::is_signed_v<std::underlying_type_t<T>>; }
-			else { Arg.bSigned = std::is_signed_v<T>; }
+			if constexpr (std::is_enum_v<T>)
+			{
+				Arg.bSigned = std::is_signed_v<std::underlying_type_t<T>>;
+			}
+			else
+			{
+				Arg.bSigned = std::is_signed_v<T>;
+			}
 		}
 		return Arg;
 	}
@@ -88,12 +130,30 @@ namespace UE::StringFormat
 	{
 		for (;; ++Format)
 		{
-			if (*Format == '-') { Out.bLeft = true; }
-			else if (*Format == '+') { Out.bPlus = true; }
-			else if (*Format == ' ') { Out.bSpace = true; }
-			else if (*Format == '0') { Out.bZero = true; }
-			else if (*Format == '#') { Out.bAlternate = true; }
-			else { break; }
+			if (*Format == '-')
+			{
+				Out.bLeft = true;
+			}
+			else if (*Format == '+')
+			{
+				Out.bPlus = true;
+			}
+			else if (*Format == ' ')
+			{
+				Out.bSpace = true;
+			}
+			else if (*Format == '0')
+			{
+				Out.bZero = true;
+			}
+			else if (*Format == '#')
+			{
+				Out.bAlternate = true;
+			}
+			else
+			{
+				break;
+			}
 		}
 		if (*Format == '*')
 		{
@@ -136,15 +196,32 @@ namespace UE::StringFormat
 	{
 		switch (Spec.Conversion)
 		{
-		case 'd': case 'i': case 'u': case 'x': case 'X': case 'o':
-			return Spec.Length == 'l' ? Kind == EArg::Int64 : Spec.Length == 'z' ? Kind == EArg::Size
-				: Spec.Length == 0 && (Kind == EArg::Int || Kind == EArg::Char);
-		case 'c': return Spec.Length == 0 && (Kind == EArg::Char || Kind == EArg::Int);
-		case 'f': case 'F': case 'g': case 'G': case 'e': case 'E': return Spec.Length == 0 && Kind == EArg::Float;
-		case 's': return Spec.Length == 'h' ? Kind == EArg::AnsiString : Spec.Length == 0 && Kind == EArg::String;
-		case 'S': return Spec.Length == 0 && Kind == EArg::AnsiString;
-		case 'p': return Spec.Length == 0 && (Kind == EArg::Pointer || Kind == EArg::String || Kind == EArg::AnsiString);
-		default: return false;
+		case 'd':
+		case 'i':
+		case 'u':
+		case 'x':
+		case 'X':
+		case 'o':
+			return Spec.Length == 'l' ? Kind == EArg::Int64
+				: Spec.Length == 'z'  ? Kind == EArg::Size
+									  : Spec.Length == 0 && (Kind == EArg::Int || Kind == EArg::Char);
+		case 'c':
+			return Spec.Length == 0 && (Kind == EArg::Char || Kind == EArg::Int);
+		case 'f':
+		case 'F':
+		case 'g':
+		case 'G':
+		case 'e':
+		case 'E':
+			return Spec.Length == 0 && Kind == EArg::Float;
+		case 's':
+			return Spec.Length == 'h' ? Kind == EArg::AnsiString : Spec.Length == 0 && Kind == EArg::String;
+		case 'S':
+			return Spec.Length == 0 && Kind == EArg::AnsiString;
+		case 'p':
+			return Spec.Length == 0 && (Kind == EArg::Pointer || Kind == EArg::String || Kind == EArg::AnsiString);
+		default:
+			return false;
 		}
 	}
 
@@ -158,7 +235,8 @@ namespace UE::StringFormat
 	struct TCheckedFormat
 	{
 		template <std::size_t N>
-		consteval TCheckedFormat(const TCHAR (&Literal)[N]) : Text(Literal)
+		consteval TCheckedFormat(const TCHAR (&Literal)[N])
+			: Text(Literal)
 		{
 			constexpr EArg Kinds[] = { KindOf<ArgTypes>()..., EArg::Bad };
 			std::size_t Next = 0;
@@ -177,12 +255,24 @@ namespace UE::StringFormat
 				Format = ParseSpec(Format, Spec);
 				for (int32 Star = (Spec.bStarWidth ? 1 : 0) + (Spec.bStarPrecision ? 1 : 0); Star > 0; --Star)
 				{
-					if (Next >= sizeof...(ArgTypes)) { FormatHasMoreConversionsThanArguments(); }
-					else if (Kinds[Next] != EArg::Int) { FormatConversionDoesNotFitItsArgument(); }
+					if (Next >= sizeof...(ArgTypes))
+					{
+						FormatHasMoreConversionsThanArguments();
+					}
+					else if (Kinds[Next] != EArg::Int)
+					{
+						FormatConversionDoesNotFitItsArgument();
+					}
 					++Next;
 				}
-				if (Next >= sizeof...(ArgTypes)) { FormatHasMoreConversionsThanArguments(); }
-				else if (!Accepts(Spec, Kinds[Next])) { FormatConversionDoesNotFitItsArgument(); }
+				if (Next >= sizeof...(ArgTypes))
+				{
+					FormatHasMoreConversionsThanArguments();
+				}
+				else if (!Accepts(Spec, Kinds[Next]))
+				{
+					FormatConversionDoesNotFitItsArgument();
+				}
 				++Next;
 			}
 			if (Next < sizeof...(ArgTypes))

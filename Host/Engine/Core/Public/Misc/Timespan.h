@@ -20,11 +20,17 @@ namespace ETimespan
 struct FTimespan
 {
 	constexpr FTimespan() = default;
-	constexpr explicit FTimespan(int64 InTicks) : Ticks(InTicks) {}
-	constexpr FTimespan(int32 Hours, int32 Minutes, int32 Seconds) : FTimespan(0, Hours, Minutes, Seconds) {}
+	constexpr explicit FTimespan(int64 InTicks)
+		: Ticks(InTicks)
+	{
+	}
+	constexpr FTimespan(int32 Hours, int32 Minutes, int32 Seconds)
+		: FTimespan(0, Hours, Minutes, Seconds)
+	{
+	}
 	constexpr FTimespan(int32 Days, int32 Hours, int32 Minutes, int32 Seconds, int32 FractionNano = 0)
-		: Ticks(Days * ETimespan::TicksPerDay + Hours * ETimespan::TicksPerHour + Minutes * ETimespan::TicksPerMinute
-			+ Seconds * ETimespan::TicksPerSecond + FractionNano / ETimespan::NanosecondsPerTick)
+		: Ticks(Days * ETimespan::TicksPerDay + Hours * ETimespan::TicksPerHour + Minutes * ETimespan::TicksPerMinute +
+			  Seconds * ETimespan::TicksPerSecond + FractionNano / ETimespan::NanosecondsPerTick)
 	{
 	}
 

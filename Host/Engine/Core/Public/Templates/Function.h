@@ -28,7 +28,8 @@ namespace UE::Function
 	struct TCallable final : ICallable<ReturnType, ParamTypes...>
 	{
 		template <typename ArgType>
-		explicit TCallable(ArgType&& InFunctor) : Functor(Forward<ArgType>(InFunctor))
+		explicit TCallable(ArgType&& InFunctor)
+			: Functor(Forward<ArgType>(InFunctor))
 		{
 		}
 		ReturnType Call(ParamTypes... Params) override { return (ReturnType)Functor(Forward<ParamTypes>(Params)...); }
@@ -113,11 +114,11 @@ public:
 	}
 	TFunction(TFunction&&) noexcept = default;
 	template <typename FunctorType>
-		// The unique function is told apart first: asking whether it can be copied would ask this very question again.
-		requires(!std::is_same_v<std::decay_t<FunctorType>, TFunction> && !std::is_same_v<std::decay_t<FunctorType>, TUniqueFunction<ReturnType(ParamTypes...)>>
-			&& std::is_copy_constructible_v<std::decay_t<FunctorType>>
-			&& UE::Function::CCallable<std::decay_t<FunctorType>, ReturnType, ParamTypes...>)
-	TFunction(FunctorType&& Functor)
+	// The unique function is told apart first: asking whether it can be copied would ask this very question again.
+	requires(!std::is_same_v<std::decay_t<FunctorType>, TFunction> &&
+		!std::is_same_v<std::decay_t<FunctorType>, TUniqueFunction<ReturnType(ParamTypes...)>> &&
+		std::is_copy_constructible_v<std::decay_t<FunctorType>> &&
+		UE::Function::CCallable<std::decay_t<FunctorType>, ReturnType, ParamTypes...>) TFunction(FunctorType&& Functor)
 	{
 		this->Set(Forward<FunctorType>(Functor));
 	}
@@ -144,15 +145,14 @@ public:
 	TUniqueFunction(TUniqueFunction&&) noexcept = default;
 	/** A template, so that asking whether this class can be copied does not ask what converts to TFunction. */
 	template <typename OtherType>
-		requires std::is_same_v<OtherType, TFunction<ReturnType(ParamTypes...)>>
-	TUniqueFunction(OtherType&& Other)
+	requires std::is_same_v<OtherType, TFunction<ReturnType(ParamTypes...)>> TUniqueFunction(OtherType&& Other)
 	{
 		this->Callable = static_cast<decltype(Other.Callable)&&>(Other.Callable);
 	}
 	template <typename FunctorType>
-		requires(!std::is_same_v<std::decay_t<FunctorType>, TUniqueFunction> && !std::is_same_v<FunctorType, TFunction<ReturnType(ParamTypes...)>>
-			&& UE::Function::CCallable<std::decay_t<FunctorType>, ReturnType, ParamTypes...>)
-	TUniqueFunction(FunctorType&& Functor)
+	requires(!std::is_same_v<std::decay_t<FunctorType>, TUniqueFunction> &&
+		!std::is_same_v<FunctorType, TFunction<ReturnType(ParamTypes...)>> &&
+		UE::Function::CCallable<std::decay_t<FunctorType>, ReturnType, ParamTypes...>) TUniqueFunction(FunctorType&& Functor)
 	{
 		this->Set(Forward<FunctorType>(Functor));
 	}
@@ -166,20 +166,22 @@ class TFunctionRef<ReturnType(ParamTypes...)>
 {
 public:
 	template <typename FunctorType>
-		requires(!std::is_same_v<std::decay_t<FunctorType>, TFunctionRef> && std::is_invocable_r_v<ReturnType, FunctorType&, ParamTypes...>)
-	TFunctionRef(FunctorType&& Functor)
+	requires(!std::is_same_v<std::decay_t<FunctorType>, TFunctionRef> && std::is_invocable_r_v<ReturnType, FunctorType&, ParamTypes...>)
+		TFunctionRef(FunctorType&& Functor)
 	{
 		using RawType = std::remove_reference_t<FunctorType>;
 		if constexpr (std::is_function_v<RawType>)
 		{
 			Object = reinterpret_cast<void*>(&Functor);
-			Thunk = [](void* InObject, ParamTypes... Params) -> ReturnType { return (ReturnType)reinterpret_cast<RawType*>(InObject)(Forward<ParamTypes>(Params)...); };
+			Thunk = [](void* InObject, ParamTypes... Params) -> ReturnType
+			{ return (ReturnType) reinterpret_cast<RawType*>(InObject)(Forward<ParamTypes>(Params)...); };
 		}
 		else
 		{
 			check(UE::Function::IsCallableBound<std::decay_t<FunctorType>>(Functor));
 			Object = const_cast<void*>(static_cast<const void*>(&Functor));
-			Thunk = [](void* InObject, ParamTypes... Params) -> ReturnType { return (ReturnType)(*static_cast<RawType*>(InObject))(Forward<ParamTypes>(Params)...); };
+			Thunk = [](void* InObject, ParamTypes... Params) -> ReturnType
+			{ return (ReturnType)(*static_cast<RawType*>(InObject))(Forward<ParamTypes>(Params)...); };
 		}
 	}
 	ReturnType operator()(ParamTypes... Params) const { return Thunk(Object, Forward<ParamTypes>(Params)...); }

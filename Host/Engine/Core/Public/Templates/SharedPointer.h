@@ -44,17 +44,21 @@ public:
 	using ElementType = ObjectType;
 	static constexpr ESPMode ModeValue = Mode;
 
-	explicit TSharedRef(ObjectType* InObject) : Object(InObject) { check(InObject != nullptr); }
+	explicit TSharedRef(ObjectType* InObject)
+		: Object(InObject)
+	{
+		check(InObject != nullptr);
+	}
 	template <class OtherType>
-		requires UE::SharedPointer::CConvertible<OtherType, ObjectType>
-	TSharedRef(UE::SharedPointer::TRawProxy<OtherType>&& Proxy) : Object(static_cast<std::shared_ptr<OtherType>&&>(Proxy.Owner))
+	requires UE::SharedPointer::CConvertible<OtherType, ObjectType> TSharedRef(UE::SharedPointer::TRawProxy<OtherType>&& Proxy)
+		: Object(static_cast<std::shared_ptr<OtherType>&&>(Proxy.Owner))
 	{
 		check(Object != nullptr);
 	}
 	TSharedRef(const TSharedRef& Other) = default;
 	template <class OtherType>
-		requires UE::SharedPointer::CConvertible<OtherType, ObjectType>
-	TSharedRef(const TSharedRef<OtherType, Mode>& Other) : Object(Other.Object)
+	requires UE::SharedPointer::CConvertible<OtherType, ObjectType> TSharedRef(const TSharedRef<OtherType, Mode>& Other)
+		: Object(Other.Object)
 	{
 	}
 	TSharedRef& operator=(const TSharedRef& Other) = default;
@@ -68,7 +72,10 @@ public:
 	bool IsUnique() const { return Object.use_count() == 1; }
 
 	/** For the conversions of this header. Owner must not be null. */
-	static TSharedRef FromStd(std::shared_ptr<ObjectType> Owner) { return TSharedRef(FStdTag(), static_cast<std::shared_ptr<ObjectType>&&>(Owner)); }
+	static TSharedRef FromStd(std::shared_ptr<ObjectType> Owner)
+	{
+		return TSharedRef(FStdTag(), static_cast<std::shared_ptr<ObjectType>&&>(Owner));
+	}
 	const std::shared_ptr<ObjectType>& ToStd() const { return Object; }
 
 	friend uint32 GetTypeHash(const TSharedRef& Ref) { return PointerHash(Ref.Object.get()); }
@@ -77,7 +84,11 @@ private:
 	struct FStdTag
 	{
 	};
-	TSharedRef(FStdTag, std::shared_ptr<ObjectType> Owner) : Object(static_cast<std::shared_ptr<ObjectType>&&>(Owner)) { check(Object != nullptr); }
+	TSharedRef(FStdTag, std::shared_ptr<ObjectType> Owner)
+		: Object(static_cast<std::shared_ptr<ObjectType>&&>(Owner))
+	{
+		check(Object != nullptr);
+	}
 	template <class OtherType, ESPMode OtherMode>
 	friend class TSharedRef;
 	template <class OtherType, ESPMode OtherMode>
@@ -98,40 +109,42 @@ public:
 	TSharedPtr() = default;
 	TSharedPtr(std::nullptr_t) {}
 	template <class OtherType>
-		requires UE::SharedPointer::CConvertible<OtherType, ObjectType>
-	explicit TSharedPtr(OtherType* InObject) : Object(InObject)
+	requires UE::SharedPointer::CConvertible<OtherType, ObjectType>
+	explicit TSharedPtr(OtherType* InObject)
+		: Object(InObject)
 	{
 	}
 	template <class OtherType, class DeleterType>
-		requires UE::SharedPointer::CConvertible<OtherType, ObjectType>
-	TSharedPtr(OtherType* InObject, DeleterType&& Deleter) : Object(InObject, Forward<DeleterType>(Deleter))
+	requires UE::SharedPointer::CConvertible<OtherType, ObjectType> TSharedPtr(OtherType* InObject, DeleterType&& Deleter)
+		: Object(InObject, Forward<DeleterType>(Deleter))
 	{
 	}
 	template <class OtherType>
-		requires UE::SharedPointer::CConvertible<OtherType, ObjectType>
-	TSharedPtr(UE::SharedPointer::TRawProxy<OtherType>&& Proxy) : Object(static_cast<std::shared_ptr<OtherType>&&>(Proxy.Owner))
+	requires UE::SharedPointer::CConvertible<OtherType, ObjectType> TSharedPtr(UE::SharedPointer::TRawProxy<OtherType>&& Proxy)
+		: Object(static_cast<std::shared_ptr<OtherType>&&>(Proxy.Owner))
 	{
 	}
 	TSharedPtr(const TSharedPtr&) = default;
 	TSharedPtr(TSharedPtr&&) noexcept = default;
 	template <class OtherType>
-		requires UE::SharedPointer::CConvertible<OtherType, ObjectType>
-	TSharedPtr(const TSharedPtr<OtherType, Mode>& Other) : Object(Other.Object)
+	requires UE::SharedPointer::CConvertible<OtherType, ObjectType> TSharedPtr(const TSharedPtr<OtherType, Mode>& Other)
+		: Object(Other.Object)
 	{
 	}
 	template <class OtherType>
-		requires UE::SharedPointer::CConvertible<OtherType, ObjectType>
-	TSharedPtr(TSharedPtr<OtherType, Mode>&& Other) : Object(static_cast<std::shared_ptr<OtherType>&&>(Other.Object))
+	requires UE::SharedPointer::CConvertible<OtherType, ObjectType> TSharedPtr(TSharedPtr<OtherType, Mode>&& Other)
+		: Object(static_cast<std::shared_ptr<OtherType>&&>(Other.Object))
 	{
 	}
 	template <class OtherType>
-		requires UE::SharedPointer::CConvertible<OtherType, ObjectType>
-	TSharedPtr(const TSharedRef<OtherType, Mode>& Other) : Object(Other.Object)
+	requires UE::SharedPointer::CConvertible<OtherType, ObjectType> TSharedPtr(const TSharedRef<OtherType, Mode>& Other)
+		: Object(Other.Object)
 	{
 	}
 	/** Shares ownership with Other but points to InObject, usually a part of it. */
 	template <class OtherType>
-	TSharedPtr(const TSharedPtr<OtherType, Mode>& Other, ObjectType* InObject) : Object(Other.Object, InObject)
+	TSharedPtr(const TSharedPtr<OtherType, Mode>& Other, ObjectType* InObject)
+		: Object(Other.Object, InObject)
 	{
 	}
 	TSharedPtr& operator=(const TSharedPtr&) = default;
@@ -156,7 +169,10 @@ public:
 		return Object.get();
 	}
 	TSharedRef<ObjectType, Mode> ToSharedRef() const& { return TSharedRef<ObjectType, Mode>::FromStd(Object); }
-	TSharedRef<ObjectType, Mode> ToSharedRef() && { return TSharedRef<ObjectType, Mode>::FromStd(static_cast<std::shared_ptr<ObjectType>&&>(Object)); }
+	TSharedRef<ObjectType, Mode> ToSharedRef() &&
+	{
+		return TSharedRef<ObjectType, Mode>::FromStd(static_cast<std::shared_ptr<ObjectType>&&>(Object));
+	}
 	TWeakPtr<ObjectType, Mode> ToWeakPtr() const { return TWeakPtr<ObjectType, Mode>(*this); }
 	void Reset() { Object.reset(); }
 	int32 GetSharedReferenceCount() const { return (int32)Object.use_count(); }
@@ -192,18 +208,18 @@ public:
 	TWeakPtr(const TWeakPtr&) = default;
 	TWeakPtr(TWeakPtr&&) noexcept = default;
 	template <class OtherType>
-		requires UE::SharedPointer::CConvertible<OtherType, ObjectType>
-	TWeakPtr(const TSharedRef<OtherType, Mode>& Other) : Object(Other.Object)
+	requires UE::SharedPointer::CConvertible<OtherType, ObjectType> TWeakPtr(const TSharedRef<OtherType, Mode>& Other)
+		: Object(Other.Object)
 	{
 	}
 	template <class OtherType>
-		requires UE::SharedPointer::CConvertible<OtherType, ObjectType>
-	TWeakPtr(const TSharedPtr<OtherType, Mode>& Other) : Object(Other.Object)
+	requires UE::SharedPointer::CConvertible<OtherType, ObjectType> TWeakPtr(const TSharedPtr<OtherType, Mode>& Other)
+		: Object(Other.Object)
 	{
 	}
 	template <class OtherType>
-		requires UE::SharedPointer::CConvertible<OtherType, ObjectType>
-	TWeakPtr(const TWeakPtr<OtherType, Mode>& Other) : Object(Other.Object)
+	requires UE::SharedPointer::CConvertible<OtherType, ObjectType> TWeakPtr(const TWeakPtr<OtherType, Mode>& Other)
+		: Object(Other.Object)
 	{
 	}
 	TWeakPtr& operator=(const TWeakPtr&) = default;
@@ -266,8 +282,8 @@ bool operator==(const TSharedPtr<A, Mode>& X, std::nullptr_t)
 	return !X.IsValid();
 }
 template <class A, class B, ESPMode Mode>
-	requires(UE::SharedPointer::CConvertible<A, const volatile void> && UE::SharedPointer::CConvertible<B, const volatile void>)
-bool operator==(const TSharedPtr<A, Mode>& X, B* Y)
+requires(UE::SharedPointer::CConvertible<A, const volatile void>&& UE::SharedPointer::CConvertible<B, const volatile void>) bool operator==(
+	const TSharedPtr<A, Mode>& X, B* Y)
 {
 	return X.Get() == Y;
 }
@@ -287,7 +303,10 @@ public:
 		std::shared_ptr<const ObjectType> Owner = this->weak_from_this().lock();
 		return TSharedRef<const ObjectType, Mode>::FromStd(static_cast<std::shared_ptr<const ObjectType>&&>(Owner));
 	}
-	TWeakPtr<ObjectType, Mode> AsWeak() { return TWeakPtr<ObjectType, Mode>(TSharedPtr<ObjectType, Mode>::FromStd(this->weak_from_this().lock())); }
+	TWeakPtr<ObjectType, Mode> AsWeak()
+	{
+		return TWeakPtr<ObjectType, Mode>(TSharedPtr<ObjectType, Mode>::FromStd(this->weak_from_this().lock()));
+	}
 	TWeakPtr<const ObjectType, Mode> AsWeak() const
 	{
 		return TWeakPtr<const ObjectType, Mode>(TSharedPtr<const ObjectType, Mode>::FromStd(this->weak_from_this().lock()));

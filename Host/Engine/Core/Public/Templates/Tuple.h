@@ -11,22 +11,39 @@ struct TTuple
 {
 	TTuple() = default;
 	template <typename... ArgTypes>
-		requires(sizeof...(ArgTypes) == sizeof...(Types) && sizeof...(Types) > 0 && (std::is_constructible_v<Types, ArgTypes&&> && ...))
-	TTuple(ArgTypes&&... Args) : Values(Forward<ArgTypes>(Args)...)
+	requires(sizeof...(ArgTypes) == sizeof...(Types) && sizeof...(Types) > 0 && (std::is_constructible_v<Types, ArgTypes&&> && ...))
+		TTuple(ArgTypes&&... Args)
+		: Values(Forward<ArgTypes>(Args)...)
 	{
 	}
 
 	template <std::size_t Index>
-	auto& Get() & { return std::get<Index>(Values); }
+	auto& Get() &
+	{
+		return std::get<Index>(Values);
+	}
 	template <std::size_t Index>
-	const auto& Get() const& { return std::get<Index>(Values); }
+	const auto& Get() const&
+	{
+		return std::get<Index>(Values);
+	}
 	template <std::size_t Index>
-	auto&& Get() && { return std::get<Index>(static_cast<std::tuple<Types...>&&>(Values)); }
+	auto&& Get() &&
+	{
+		return std::get<Index>(static_cast<std::tuple<Types...>&&>(Values));
+	}
 
 	bool operator==(const TTuple& Other) const { return Values == Other.Values; }
 	friend uint32 GetTypeHash(const TTuple& Tuple)
 	{
-		return std::apply([](const auto&... Each) { uint32 Hash = 0; ((Hash = HashCombine(Hash, GetTypeHash(Each))), ...); return Hash; }, Tuple.Values);
+		return std::apply(
+			[](const auto&... Each)
+			{
+				uint32 Hash = 0;
+				((Hash = HashCombine(Hash, GetTypeHash(Each))), ...);
+				return Hash;
+			},
+			Tuple.Values);
 	}
 
 	std::tuple<Types...> Values;
@@ -35,23 +52,46 @@ struct TTuple
 template <typename KeyType, typename ValueType>
 struct TTuple<KeyType, ValueType>
 {
-	TTuple() : Key(), Value() {}
-	TTuple(const KeyType& InKey, const ValueType& InValue) : Key(InKey), Value(InValue) {}
+	TTuple()
+		: Key()
+		, Value()
+	{
+	}
+	TTuple(const KeyType& InKey, const ValueType& InValue)
+		: Key(InKey)
+		, Value(InValue)
+	{
+	}
 	template <typename A, typename B>
-		requires(std::is_constructible_v<KeyType, A &&> && std::is_constructible_v<ValueType, B &&>)
-	TTuple(A&& InKey, B&& InValue) : Key(Forward<A>(InKey)), Value(Forward<B>(InValue))
+	requires(std::is_constructible_v<KeyType, A&&>&& std::is_constructible_v<ValueType, B&&>) TTuple(A&& InKey, B&& InValue)
+		: Key(Forward<A>(InKey))
+		, Value(Forward<B>(InValue))
 	{
 	}
 
 	template <std::size_t Index>
 	auto& Get()
 	{
-		if constexpr (Index == 0) { return Key; } else { return Value; }
+		if constexpr (Index == 0)
+		{
+			return Key;
+		}
+		else
+		{
+			return Value;
+		}
 	}
 	template <std::size_t Index>
 	const auto& Get() const
 	{
-		if constexpr (Index == 0) { return Key; } else { return Value; }
+		if constexpr (Index == 0)
+		{
+			return Key;
+		}
+		else
+		{
+			return Value;
+		}
 	}
 
 	bool operator==(const TTuple& Other) const { return Key == Other.Key && Value == Other.Value; }

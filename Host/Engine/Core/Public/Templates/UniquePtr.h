@@ -18,18 +18,25 @@ public:
 
 	TUniquePtr() = default;
 	TUniquePtr(std::nullptr_t) {}
-	explicit TUniquePtr(ElementType* InPtr) : Ptr(InPtr) {}
-	TUniquePtr(ElementType* InPtr, Deleter InDeleter) : Ptr(InPtr, static_cast<Deleter&&>(InDeleter)) {}
+	explicit TUniquePtr(ElementType* InPtr)
+		: Ptr(InPtr)
+	{
+	}
+	TUniquePtr(ElementType* InPtr, Deleter InDeleter)
+		: Ptr(InPtr, static_cast<Deleter&&>(InDeleter))
+	{
+	}
 	TUniquePtr(TUniquePtr&&) = default;
 	template <typename OtherT, typename OtherDeleter>
-		requires std::is_convertible_v<std::unique_ptr<OtherT, OtherDeleter>, std::unique_ptr<T, Deleter>>
-	TUniquePtr(TUniquePtr<OtherT, OtherDeleter>&& Other) : Ptr(static_cast<std::unique_ptr<OtherT, OtherDeleter>&&>(Other.Ptr))
+	requires std::is_convertible_v<std::unique_ptr<OtherT, OtherDeleter>, std::unique_ptr<T, Deleter>> TUniquePtr(
+		TUniquePtr<OtherT, OtherDeleter>&& Other)
+		: Ptr(static_cast<std::unique_ptr<OtherT, OtherDeleter>&&>(Other.Ptr))
 	{
 	}
 	TUniquePtr& operator=(TUniquePtr&&) = default;
 	template <typename OtherT, typename OtherDeleter>
-		requires std::is_convertible_v<std::unique_ptr<OtherT, OtherDeleter>, std::unique_ptr<T, Deleter>>
-	TUniquePtr& operator=(TUniquePtr<OtherT, OtherDeleter>&& Other)
+	requires std::is_convertible_v<std::unique_ptr<OtherT, OtherDeleter>, std::unique_ptr<T, Deleter>> TUniquePtr& operator=(
+		TUniquePtr<OtherT, OtherDeleter>&& Other)
 	{
 		Ptr = static_cast<std::unique_ptr<OtherT, OtherDeleter>&&>(Other.Ptr);
 		return *this;
@@ -45,11 +52,7 @@ public:
 	ElementType* Get() const { return Ptr.get(); }
 	ElementType* operator->() const { return Ptr.get(); }
 	ElementType& operator*() const { return *Ptr; }
-	ElementType& operator[](SIZE_T Index) const
-		requires std::is_array_v<T>
-	{
-		return Ptr[Index];
-	}
+	ElementType& operator[](SIZE_T Index) const requires std::is_array_v<T> { return Ptr[Index]; }
 	/** Gives up ownership without destroying the object. */
 	UE_NODISCARD ElementType* Release() { return Ptr.release(); }
 	void Reset(ElementType* InPtr = nullptr) { Ptr.reset(InPtr); }
@@ -70,15 +73,13 @@ private:
 };
 
 template <typename T, typename... ArgTypes>
-	requires(!std::is_array_v<T>)
-TUniquePtr<T> MakeUnique(ArgTypes&&... Args)
+requires(!std::is_array_v<T>) TUniquePtr<T> MakeUnique(ArgTypes&&... Args)
 {
 	return TUniquePtr<T>(new T(Forward<ArgTypes>(Args)...));
 }
 
 template <typename T>
-	requires std::is_unbounded_array_v<T>
-TUniquePtr<T> MakeUnique(SIZE_T Size)
+requires std::is_unbounded_array_v<T> TUniquePtr<T> MakeUnique(SIZE_T Size)
 {
 	return TUniquePtr<T>(new std::remove_extent_t<T>[Size]());
 }

@@ -100,9 +100,9 @@ public:
 	FNoncopyable& operator=(const FNoncopyable&) = delete;
 };
 
-#define UE_NONCOPYABLE(TypeName)                   \
-	TypeName(TypeName&&) = delete;                 \
-	TypeName(const TypeName&) = delete;            \
+#define UE_NONCOPYABLE(TypeName) \
+	TypeName(TypeName&&) = delete; \
+	TypeName(const TypeName&) = delete; \
 	TypeName& operator=(const TypeName&) = delete; \
 	TypeName& operator=(TypeName&&) = delete;
 
@@ -111,7 +111,9 @@ template <typename RefType, typename AssignedType = RefType>
 class TGuardValue : private FNoncopyable
 {
 public:
-	TGuardValue(RefType& InVariable, const AssignedType& NewValue) : Variable(InVariable), OldValue(InVariable)
+	TGuardValue(RefType& InVariable, const AssignedType& NewValue)
+		: Variable(InVariable)
+		, OldValue(InVariable)
 	{
 		Variable = NewValue;
 	}

@@ -23,10 +23,22 @@ class FName
 public:
 	constexpr FName() = default;
 	constexpr FName(EName) {}
-	FName(const TCHAR* Name) : Entry(Intern(Name)) {}
-	FName(const ANSICHAR* Name) : Entry(Intern(*FString(Name))) {}
-	explicit FName(const FString& Name) : Entry(Intern(Name)) {}
-	explicit FName(FStringView Name) : Entry(Intern(Name)) {}
+	FName(const TCHAR* Name)
+		: Entry(Intern(Name))
+	{
+	}
+	FName(const ANSICHAR* Name)
+		: Entry(Intern(*FString(Name)))
+	{
+	}
+	explicit FName(const FString& Name)
+		: Entry(Intern(Name))
+	{
+	}
+	explicit FName(FStringView Name)
+		: Entry(Intern(Name))
+	{
+	}
 
 	bool IsNone() const { return Entry == nullptr; }
 	bool IsValid() const { return true; }
@@ -37,7 +49,10 @@ public:
 	void AppendString(FString& Out) const { Out += GetText(); }
 	int32 GetStringLength() const { return GetText().Len(); }
 	/** Alphabetical, ignoring case. */
-	int32 Compare(const FName& Other) const { return Entry == Other.Entry ? 0 : GetText().Compare(Other.GetText(), ESearchCase::IgnoreCase); }
+	int32 Compare(const FName& Other) const
+	{
+		return Entry == Other.Entry ? 0 : GetText().Compare(Other.GetText(), ESearchCase::IgnoreCase);
+	}
 	bool LexicalLess(const FName& Other) const { return Compare(Other) < 0; }
 	/** Any fixed order within one process. */
 	bool FastLess(const FName& Other) const { return Entry < Other.Entry; }

@@ -4,15 +4,15 @@
 
 UClass* UObject::StaticClass()
 {
-	static UClass* const Class = UClass::Register(TEXT("UObject"), TEXT("CoreUObject"), nullptr,
-		[]() -> TUniquePtr<UObject> { return MakeUnique<UObject>(); });
+	static UClass* const Class =
+		UClass::Register(TEXT("UObject"), TEXT("CoreUObject"), nullptr, []() -> TUniquePtr<UObject> { return MakeUnique<UObject>(); });
 	return Class;
 }
 
 UClass* UClass::StaticClass()
 {
-	static UClass* const Class = UClass::Register(TEXT("UClass"), TEXT("CoreUObject"), UObject::StaticClass(),
-		[]() -> TUniquePtr<UObject> { return MakeUnique<UClass>(); });
+	static UClass* const Class = UClass::Register(
+		TEXT("UClass"), TEXT("CoreUObject"), UObject::StaticClass(), []() -> TUniquePtr<UObject> { return MakeUnique<UClass>(); });
 	return Class;
 }
 

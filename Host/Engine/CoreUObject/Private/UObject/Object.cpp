@@ -62,7 +62,9 @@ namespace
 	{
 	public:
 		FConfigWriter(IHostConfigStore& InStore, const FString& InFile, const FString& InSection)
-			: Store(InStore), File(InFile), Section(InSection)
+			: Store(InStore)
+			, File(InFile)
+			, Section(InSection)
 		{
 		}
 		void Property(const TCHAR* Name, FString& Value) override { Store.Set(File, Section, Name, Value); }
@@ -74,7 +76,8 @@ namespace
 		{
 			FString OldText;
 			int32 OldNum = 0;
-			if (Store.Get(File, Section, ListKey(Name, TEXT("Num")), OldText) && FHostConfigNumber::Read(OldText, OldNum) && OldNum <= MaxListLength)
+			if (Store.Get(File, Section, ListKey(Name, TEXT("Num")), OldText) && FHostConfigNumber::Read(OldText, OldNum) &&
+				OldNum <= MaxListLength)
 			{
 				for (int32 Index = Value.Num(); Index < OldNum; ++Index)
 				{
@@ -98,7 +101,9 @@ namespace
 	{
 	public:
 		FConfigReader(const IHostConfigStore& InStore, const FString& InFile, const FString& InSection)
-			: Store(InStore), File(InFile), Section(InSection)
+			: Store(InStore)
+			, File(InFile)
+			, Section(InSection)
 		{
 		}
 		void Property(const TCHAR* Name, FString& Value) override { Store.Get(File, Section, Name, Value); }

@@ -90,8 +90,8 @@ UObject* StaticLoadObject(UClass* Class, UObject* Outer, FStringView Name, FStri
 	FString PackageName;
 	FString AssetName;
 	UObject* Object = nullptr;
-	if (!FHostAssets::FindAssetFile(Name).IsEmpty() && FHostAssets::SplitObjectPath(Name, PackageName, AssetName)
-		&& FPaths::GetCleanFilename(PackageName) == AssetName)
+	if (!FHostAssets::FindAssetFile(Name).IsEmpty() && FHostAssets::SplitObjectPath(Name, PackageName, AssetName) &&
+		FPaths::GetCleanFilename(PackageName) == AssetName)
 	{
 		Object = FindOrMakeAsset(PackageName, AssetName);
 	}

@@ -56,7 +56,7 @@ public:
 	void Choice(const TCHAR* Name, int32& Value, TArrayView<const TCHAR* const> Choices);
 	/** Kept as its number. */
 	template <typename TEnum>
-		requires std::is_enum_v<TEnum>
+	requires std::is_enum_v<TEnum>
 	void Enum(const TCHAR* Name, TEnum& Value, TEnum First, TEnum Last)
 	{
 		int32 Number = static_cast<int32>(Value);

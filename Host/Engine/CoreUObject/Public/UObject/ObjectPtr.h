@@ -13,10 +13,13 @@ struct TObjectPtr
 
 	TObjectPtr() = default;
 	TObjectPtr(std::nullptr_t) {}
-	TObjectPtr(T* InObject) : Object(InObject) {}
+	TObjectPtr(T* InObject)
+		: Object(InObject)
+	{
+	}
 	template <typename OtherT>
-		requires(!std::is_same_v<OtherT, T> && std::is_convertible_v<OtherT*, T*>)
-	TObjectPtr(const TObjectPtr<OtherT>& Other) : Object(Other.Get())
+	requires(!std::is_same_v<OtherT, T> && std::is_convertible_v<OtherT*, T*>) TObjectPtr(const TObjectPtr<OtherT>& Other)
+		: Object(Other.Get())
 	{
 	}
 

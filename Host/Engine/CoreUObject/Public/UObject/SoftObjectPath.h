@@ -7,9 +7,18 @@
 struct COREUOBJECT_API FSoftObjectPath
 {
 	FSoftObjectPath() = default;
-	explicit FSoftObjectPath(const FString& InPath) : Path(InPath) {}
-	explicit FSoftObjectPath(const TCHAR* InPath) : Path(InPath) {}
-	explicit FSoftObjectPath(const UObject* Object) : Path(Object ? Object->GetPathName() : FString()) {}
+	explicit FSoftObjectPath(const FString& InPath)
+		: Path(InPath)
+	{
+	}
+	explicit FSoftObjectPath(const TCHAR* InPath)
+		: Path(InPath)
+	{
+	}
+	explicit FSoftObjectPath(const UObject* Object)
+		: Path(Object ? Object->GetPathName() : FString())
+	{
+	}
 
 	const FString& ToString() const { return Path; }
 	/** "/Game/Folder/Asset" of "/Game/Folder/Asset.Asset". */

@@ -6,7 +6,10 @@
 struct FWeakObjectPtr
 {
 	FWeakObjectPtr() = default;
-	FWeakObjectPtr(const UObject* InObject) : Object(const_cast<UObject*>(InObject)) {}
+	FWeakObjectPtr(const UObject* InObject)
+		: Object(const_cast<UObject*>(InObject))
+	{
+	}
 
 	UObject* Get() const { return ::IsValid(Object) ? Object : nullptr; }
 	bool IsValid() const { return ::IsValid(Object); }

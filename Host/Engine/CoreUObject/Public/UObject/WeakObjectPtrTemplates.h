@@ -14,18 +14,18 @@ struct TWeakObjectPtr
 	TWeakObjectPtr() = default;
 	TWeakObjectPtr(std::nullptr_t) {}
 	template <typename OtherT>
-		requires std::is_convertible_v<OtherT*, T*>
-	TWeakObjectPtr(OtherT* InObject) : Object(InObject)
+	requires std::is_convertible_v<OtherT*, T*> TWeakObjectPtr(OtherT* InObject)
+		: Object(InObject)
 	{
 	}
 	template <typename OtherT>
-		requires std::is_convertible_v<OtherT*, T*>
-	TWeakObjectPtr(const TObjectPtr<OtherT>& InObject) : Object(InObject.Get())
+	requires std::is_convertible_v<OtherT*, T*> TWeakObjectPtr(const TObjectPtr<OtherT>& InObject)
+		: Object(InObject.Get())
 	{
 	}
 	template <typename OtherT>
-		requires std::is_convertible_v<OtherT*, T*>
-	TWeakObjectPtr(const TWeakObjectPtr<OtherT>& Other) : Object(Other.Get())
+	requires std::is_convertible_v<OtherT*, T*> TWeakObjectPtr(const TWeakObjectPtr<OtherT>& Other)
+		: Object(Other.Get())
 	{
 	}
 

@@ -148,7 +148,8 @@ void SSettingsPage::OnSearchChanged(const FText& Text)
 
 bool SSettingsPage::IsFound(const FRow& Row) const
 {
-	return Search.IsEmpty() || Row.Label.Contains(Search) || Row.Property.Group.Contains(Search) || Section->GetDisplayName().ToString().Contains(Search);
+	return Search.IsEmpty() || Row.Label.Contains(Search) || Row.Property.Group.Contains(Search) ||
+		Section->GetDisplayName().ToString().Contains(Search);
 }
 
 bool SSettingsPage::IsFound(const FSettingsSection& Other) const
@@ -158,8 +159,9 @@ bool SSettingsPage::IsFound(const FSettingsSection& Other) const
 		return true;
 	}
 	UObject* const Object = Other.GetSettingsObject().Get();
-	return Object && FSettingsProperties::List(*Object).ContainsByPredicate([this](const FSettingsProperty& Property)
-	{ return Property.GetLabel().Contains(Search) || Property.Group.Contains(Search); });
+	return Object &&
+		FSettingsProperties::List(*Object).ContainsByPredicate(
+			[this](const FSettingsProperty& Property) { return Property.GetLabel().Contains(Search) || Property.Group.Contains(Search); });
 }
 
 TSharedRef<SWidget> SSettingsPage::MakeSearchBox()
@@ -245,7 +247,8 @@ void SSettingsPage::RebuildSections()
 	}
 	if (SectionList->NumSlots() == 0)
 	{
-		const FText Nothing = Search.IsEmpty() ? LOCTEXT("NoSettings", "There are no settings.") : LOCTEXT("NothingFound", "No setting has this name.");
+		const FText Nothing =
+			Search.IsEmpty() ? LOCTEXT("NoSettings", "There are no settings.") : LOCTEXT("NothingFound", "No setting has this name.");
 		// clang-format off
 		SectionList->AddSlot()
 		.AutoHeight()

@@ -30,7 +30,8 @@ TSharedRef<SWidget> SSettingsPage::MakeGroupHeading(const FString& Group)
 {
 	const auto GetHeadingVisibility = [this, Group]()
 	{
-		const bool bAny = Rows.ContainsByPredicate([this, &Group](const TSharedRef<FRow>& Row) { return Row->Property.Group.Equals(Group) && IsFound(*Row); });
+		const bool bAny = Rows.ContainsByPredicate(
+			[this, &Group](const TSharedRef<FRow>& Row) { return Row->Property.Group.Equals(Group) && IsFound(*Row); });
 		return bAny ? EVisibility::Visible : EVisibility::Collapsed;
 	};
 	// clang-format off
@@ -185,8 +186,10 @@ TSharedRef<SWidget> SSettingsPage::MakeNumberEditor(const TSharedRef<FRow>& Row)
 TSharedRef<SWidget> SSettingsPage::MakeCheckBox(const TSharedRef<FRow>& Row)
 {
 	FRow* const Plain = &Row.Get();
-	const auto GetState = [this, Plain]() { return GetValue(*Plain) == TEXT("True") ? ECheckBoxState::Checked : ECheckBoxState::Unchecked; };
-	const auto OnChanged = [this, Row](ECheckBoxState State) { SetValue(*Row, State == ECheckBoxState::Checked ? TEXT("True") : TEXT("False")); };
+	const auto GetState = [this, Plain]()
+	{ return GetValue(*Plain) == TEXT("True") ? ECheckBoxState::Checked : ECheckBoxState::Unchecked; };
+	const auto OnChanged = [this, Row](ECheckBoxState State)
+	{ SetValue(*Row, State == ECheckBoxState::Checked ? TEXT("True") : TEXT("False")); };
 	// The mark is bound, so there is nothing to refresh.
 	Row->Refresh = []() {};
 	// clang-format off

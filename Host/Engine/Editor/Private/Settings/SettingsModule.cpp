@@ -19,7 +19,8 @@ FName FSettingsModule::GetTabName()
 
 void FSettingsModule::StartupModule()
 {
-	FGlobalTabmanager::Get()->RegisterNomadTabSpawner(GetTabName(), FOnSpawnTab::CreateRaw(this, &FSettingsModule::SpawnTab))
+	FGlobalTabmanager::Get()
+		->RegisterNomadTabSpawner(GetTabName(), FOnSpawnTab::CreateRaw(this, &FSettingsModule::SpawnTab))
 		.SetDisplayName(LOCTEXT("TabTitle", "Project Settings"))
 		.SetTooltipText(LOCTEXT("TabTooltip", "Edit the settings of the project and its plug-ins"))
 		.SetGroup(WorkspaceMenu::GetMenuStructure().GetToolsCategory())
@@ -38,21 +39,19 @@ TSharedRef<SDockTab> FSettingsModule::SpawnTab(const FSpawnTabArgs& Args)
 	const TWeakPtr<SSettingsPage> WeakPage = NewPage;
 	return SNew(SDockTab)
 		.TabRole(ETabRole::NomadTab)
-		.OnTabActivated_Lambda([WeakPage](TSharedRef<SDockTab>, ETabActivationCause)
-		{
-			// Values may have been changed elsewhere while another tab was in front.
-			if (const TSharedPtr<SSettingsPage> Shown = WeakPage.Pin())
+		.OnTabActivated_Lambda(
+			[WeakPage](TSharedRef<SDockTab>, ETabActivationCause)
 			{
-				Shown->RefreshValues();
-			}
-		})
-		[
-			NewPage
-		];
+				// Values may have been changed elsewhere while another tab was in front.
+				if (const TSharedPtr<SSettingsPage> Shown = WeakPage.Pin())
+				{
+					Shown->RefreshValues();
+				}
+			})[NewPage];
 }
 
-TSharedPtr<ISettingsSection> FSettingsModule::RegisterSettings(const FName& ContainerName, const FName& CategoryName, const FName& SectionName,
-	const FText& DisplayName, const FText& Description, const TWeakObjectPtr<UObject>& SettingsObject)
+TSharedPtr<ISettingsSection> FSettingsModule::RegisterSettings(const FName& ContainerName, const FName& CategoryName,
+	const FName& SectionName, const FText& DisplayName, const FText& Description, const TWeakObjectPtr<UObject>& SettingsObject)
 {
 	if (!SettingsObject.IsValid())
 	{

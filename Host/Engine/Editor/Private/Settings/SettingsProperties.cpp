@@ -123,7 +123,8 @@ namespace
 				Value = Word == TEXT("true");
 				return;
 			}
-			Complaint = FString::Printf(TEXT("\"%s\" is neither True nor False. The value stays %s."), *Text, Value ? TEXT("True") : TEXT("False"));
+			Complaint =
+				FString::Printf(TEXT("\"%s\" is neither True nor False. The value stays %s."), *Text, Value ? TEXT("True") : TEXT("False"));
 		}
 		void Visit(int32& Value) override { Take(Value, TEXT("a whole number")); }
 		void Visit(float& Value) override { Take(Value, TEXT("a number")); }

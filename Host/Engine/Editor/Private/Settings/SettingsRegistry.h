@@ -8,8 +8,8 @@
 class FSettingsSection final : public ISettingsSection
 {
 public:
-	FSettingsSection(const FName& InContainer, const FName& InCategory, const FName& InName, const FText& InDisplayName, const FText& InDescription,
-		const TWeakObjectPtr<UObject>& InObject)
+	FSettingsSection(const FName& InContainer, const FName& InCategory, const FName& InName, const FText& InDisplayName,
+		const FText& InDescription, const TWeakObjectPtr<UObject>& InObject)
 		: Container(InContainer)
 		, Category(InCategory)
 		, Name(InName)

@@ -20,7 +20,8 @@ namespace
 			return FString(std::isnan(Number) ? TEXT("nan") : Number > 0.0 ? TEXT("inf") : TEXT("-inf"));
 		}
 		char Buffer[400]; // The largest double has 309 digits, the smallest 324 behind the point and 17 of its own.
-		const std::to_chars_result Result = std::to_chars(Buffer, Buffer + sizeof(Buffer), Number == 0.0 ? 0.0 : Number, std::chars_format::fixed);
+		const std::to_chars_result Result =
+			std::to_chars(Buffer, Buffer + sizeof(Buffer), Number == 0.0 ? 0.0 : Number, std::chars_format::fixed);
 		FString Text;
 		for (const char* Position = Buffer; Position != Result.ptr; ++Position)
 		{
@@ -159,8 +160,9 @@ bool FJsonValue::TryGetInteger(T& OutNumber) const
 	int64 Exact = 0;
 	if (TryGetExactInteger(Exact))
 	{
-		const bool bFits = std::is_unsigned_v<T> ? Exact >= 0 && uint64(Exact) <= uint64(std::numeric_limits<T>::max())
-												 : Exact >= int64(std::numeric_limits<T>::min()) && Exact <= int64(std::numeric_limits<T>::max());
+		const bool bFits = std::is_unsigned_v<T>
+			? Exact >= 0 && uint64(Exact) <= uint64(std::numeric_limits<T>::max())
+			: Exact >= int64(std::numeric_limits<T>::min()) && Exact <= int64(std::numeric_limits<T>::max());
 		if (bFits)
 		{
 			OutNumber = T(Exact);

@@ -17,7 +17,11 @@ namespace
 	{
 	public:
 		using Ch = TCHAR;
-		FTextStream(const TCHAR* InText, int32 InLength) : Text(InText), Length(std::size_t(InLength)) {}
+		FTextStream(const TCHAR* InText, int32 InLength)
+			: Text(InText)
+			, Length(std::size_t(InLength))
+		{
+		}
 		Ch Peek() const { return Position < Length ? Text[Position] : TCHAR(0); }
 		Ch Take() { return Position < Length ? Text[Position++] : TCHAR(0); }
 		std::size_t Tell() const { return Position; }
@@ -196,9 +200,8 @@ TSharedPtr<FJsonValue> FHostJsonReader::ReadAll()
 	}
 	if (Result.IsError())
 	{
-		Error = Result.Code() == rapidjson::kParseErrorTermination
-			? FString::Printf(TEXT("Nested deeper than %d levels."), MaxDepth)
-			: FString(rapidjson::GetParseError_En(Result.Code()));
+		Error = Result.Code() == rapidjson::kParseErrorTermination ? FString::Printf(TEXT("Nested deeper than %d levels."), MaxDepth)
+																   : FString(rapidjson::GetParseError_En(Result.Code()));
 		Error += DescribePlace(Text, Result.Offset());
 		return nullptr;
 	}

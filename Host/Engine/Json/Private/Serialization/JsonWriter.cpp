@@ -4,7 +4,9 @@
 #include <cmath>
 
 FHostJsonWriter::FHostJsonWriter(FString* InOut, int32 InInitialIndent, bool bInPretty)
-	: Out(*InOut), InitialIndent(InInitialIndent), bPretty(bInPretty)
+	: Out(*InOut)
+	, InitialIndent(InInitialIndent)
+	, bPretty(bInPretty)
 {
 }
 

@@ -50,7 +50,10 @@ public:
 	static bool CompareEqual(const FJsonValue& A, const FJsonValue& B);
 
 protected:
-	explicit FJsonValue(EJson InType) : Type(InType) {}
+	explicit FJsonValue(EJson InType)
+		: Type(InType)
+	{
+	}
 	/** For integers that a double would not hold exactly. */
 	virtual bool TryGetExactInteger(int64& OutNumber) const { return false; }
 
@@ -63,8 +66,16 @@ private:
 class JSON_API FJsonValueString : public FJsonValue
 {
 public:
-	explicit FJsonValueString(const FString& InString) : FJsonValue(EJson::String), Value(InString) {}
-	explicit FJsonValueString(FString&& InString) : FJsonValue(EJson::String), Value(MoveTemp(InString)) {}
+	explicit FJsonValueString(const FString& InString)
+		: FJsonValue(EJson::String)
+		, Value(InString)
+	{
+	}
+	explicit FJsonValueString(FString&& InString)
+		: FJsonValue(EJson::String)
+		, Value(MoveTemp(InString))
+	{
+	}
 	bool TryGetString(FString& OutString) const override;
 	bool TryGetNumber(double& OutNumber) const override;
 	bool TryGetBool(bool& OutBool) const override;
@@ -78,7 +89,11 @@ protected:
 class JSON_API FJsonValueNumber : public FJsonValue
 {
 public:
-	explicit FJsonValueNumber(double InNumber) : FJsonValue(EJson::Number), Value(InNumber) {}
+	explicit FJsonValueNumber(double InNumber)
+		: FJsonValue(EJson::Number)
+		, Value(InNumber)
+	{
+	}
 	bool TryGetString(FString& OutString) const override;
 	bool TryGetNumber(double& OutNumber) const override;
 	bool TryGetBool(bool& OutBool) const override;
@@ -91,7 +106,11 @@ protected:
 class JSON_API FJsonValueBoolean : public FJsonValue
 {
 public:
-	explicit FJsonValueBoolean(bool InBool) : FJsonValue(EJson::Boolean), Value(InBool) {}
+	explicit FJsonValueBoolean(bool InBool)
+		: FJsonValue(EJson::Boolean)
+		, Value(InBool)
+	{
+	}
 	bool TryGetString(FString& OutString) const override;
 	bool TryGetNumber(double& OutNumber) const override;
 	bool TryGetBool(bool& OutBool) const override;
@@ -104,8 +123,16 @@ protected:
 class JSON_API FJsonValueArray : public FJsonValue
 {
 public:
-	explicit FJsonValueArray(const TArray<TSharedPtr<FJsonValue>>& InArray) : FJsonValue(EJson::Array), Value(InArray) {}
-	explicit FJsonValueArray(TArray<TSharedPtr<FJsonValue>>&& InArray) : FJsonValue(EJson::Array), Value(MoveTemp(InArray)) {}
+	explicit FJsonValueArray(const TArray<TSharedPtr<FJsonValue>>& InArray)
+		: FJsonValue(EJson::Array)
+		, Value(InArray)
+	{
+	}
+	explicit FJsonValueArray(TArray<TSharedPtr<FJsonValue>>&& InArray)
+		: FJsonValue(EJson::Array)
+		, Value(MoveTemp(InArray))
+	{
+	}
 	bool TryGetArray(const TArray<TSharedPtr<FJsonValue>>*& OutArray) const override;
 
 protected:
@@ -115,7 +142,11 @@ protected:
 class JSON_API FJsonValueObject : public FJsonValue
 {
 public:
-	explicit FJsonValueObject(TSharedPtr<FJsonObject> InObject) : FJsonValue(EJson::Object), Value(MoveTemp(InObject)) {}
+	explicit FJsonValueObject(TSharedPtr<FJsonObject> InObject)
+		: FJsonValue(EJson::Object)
+		, Value(MoveTemp(InObject))
+	{
+	}
 	bool TryGetObject(const TSharedPtr<FJsonObject>*& OutObject) const override;
 
 protected:
@@ -125,5 +156,8 @@ protected:
 class JSON_API FJsonValueNull : public FJsonValue
 {
 public:
-	FJsonValueNull() : FJsonValue(EJson::Null) {}
+	FJsonValueNull()
+		: FJsonValue(EJson::Null)
+	{
+	}
 };

@@ -16,7 +16,10 @@ class JSON_API FHostJsonReader
 public:
 	static constexpr int32 MaxDepth = 512;
 
-	explicit FHostJsonReader(FString InText) : Text(MoveTemp(InText)) {}
+	explicit FHostJsonReader(FString InText)
+		: Text(MoveTemp(InText))
+	{
+	}
 	/** Reads the whole text. A second call fails. @return Null on failure. */
 	TSharedPtr<FJsonValue> ReadAll();
 	/** What is wrong and where (line and column from 1); empty before and after a success. */

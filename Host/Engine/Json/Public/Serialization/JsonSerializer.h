@@ -32,8 +32,8 @@ public:
 		return Serialize(Object, static_cast<FHostJsonWriter&>(*Writer), bCloseWriter);
 	}
 	template <class CharType, class PrintPolicy>
-	static bool Serialize(const TArray<TSharedPtr<FJsonValue>>& Array, const TSharedRef<TJsonWriter<CharType, PrintPolicy>>& Writer,
-		bool bCloseWriter = true)
+	static bool Serialize(
+		const TArray<TSharedPtr<FJsonValue>>& Array, const TSharedRef<TJsonWriter<CharType, PrintPolicy>>& Writer, bool bCloseWriter = true)
 	{
 		return Serialize(Array, static_cast<FHostJsonWriter&>(*Writer), bCloseWriter);
 	}

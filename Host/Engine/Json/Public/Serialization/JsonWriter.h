@@ -121,9 +121,15 @@ class TJsonWriter : public FHostJsonWriter
 	static_assert(std::is_same_v<CharType, TCHAR>, "The text written is an FString.");
 
 public:
-	explicit TJsonWriter(FString* InOut, int32 InInitialIndent = 0) : FHostJsonWriter(InOut, InInitialIndent, PrintPolicy::bPretty) {}
+	explicit TJsonWriter(FString* InOut, int32 InInitialIndent = 0)
+		: FHostJsonWriter(InOut, InInitialIndent, PrintPolicy::bPretty)
+	{
+	}
 	/** The engine's name for a writer into a text. */
-	static TSharedRef<TJsonWriter> Create(FString* InOut, int32 InInitialIndent = 0) { return MakeShared<TJsonWriter>(InOut, InInitialIndent); }
+	static TSharedRef<TJsonWriter> Create(FString* InOut, int32 InInitialIndent = 0)
+	{
+		return MakeShared<TJsonWriter>(InOut, InInitialIndent);
+	}
 };
 
 template <class CharType = TCHAR, class PrintPolicy = TPrettyJsonPrintPolicy<CharType>>

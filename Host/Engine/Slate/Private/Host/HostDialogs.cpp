@@ -55,7 +55,8 @@ namespace
 	EAppReturnType::Type TakeDefaultAnswer(const FHostMessageDialog& Dialog)
 	{
 		const FString Title = Dialog.Title.IsEmpty() ? FString() : Dialog.Title.ToString() + TEXT(": ");
-		const FString Line = FString::Printf(TEXT("Nobody to ask, taking \"%s\": %s%s"), LexToString(Dialog.DefaultAnswer), *Title, *Dialog.Message.ToString());
+		const FString Line = FString::Printf(
+			TEXT("Nobody to ask, taking \"%s\": %s%s"), LexToString(Dialog.DefaultAnswer), *Title, *Dialog.Message.ToString());
 		std::fprintf(stderr, "%s\n", FTCHARToUTF8(FStringView(Line)).Get());
 		return Dialog.DefaultAnswer;
 	}

@@ -63,7 +63,8 @@ bool FHostFileDialogs::AskForSaveFile(const FHostSaveDialog& Dialog, FString& Ou
 	OutFile.Reset();
 	FSaveDialogState& State = GetSaveDialogState();
 	FHostSaveDialog Asked = Dialog;
-	Asked.Folder = FSaveTarget::Collapse(FPaths::IsRelative(Dialog.Folder) ? FPaths::ConvertRelativePathToFull(Dialog.Folder) : Dialog.Folder);
+	Asked.Folder =
+		FSaveTarget::Collapse(FPaths::IsRelative(Dialog.Folder) ? FPaths::ConvertRelativePathToFull(Dialog.Folder) : Dialog.Folder);
 	if (State.QueuedAnswers.Num() > 0)
 	{
 		const FString Path = State.QueuedAnswers[0];

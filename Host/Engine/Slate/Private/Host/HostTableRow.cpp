@@ -2,7 +2,8 @@
 
 #include "Rendering/DrawElements.h"
 
-void SHostTableRow::ConstructRow(const FTableRowStyle* InStyle, const TAttribute<FMargin>& InPadding, bool bInShowSelection, const TSharedRef<SWidget>& InContent, const TSharedRef<STableViewBase>& InOwner)
+void SHostTableRow::ConstructRow(const FTableRowStyle* InStyle, const TAttribute<FMargin>& InPadding, bool bInShowSelection,
+	const TSharedRef<SWidget>& InContent, const TSharedRef<STableViewBase>& InOwner)
 {
 	Owner = InOwner;
 	Style = InStyle ? InStyle : &InOwner->GetRowStyle();
@@ -51,7 +52,8 @@ FReply SHostTableRow::OnMouseButtonDoubleClick(const FGeometry& MyGeometry, cons
 	return FReply::Handled();
 }
 
-int32 SHostTableRow::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect, FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const
+int32 SHostTableRow::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect,
+	FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const
 {
 	const bool bEnabled = ShouldBeEnabled(bParentEnabled);
 	const bool bSelected = bShowSelection && IsSelected();
@@ -67,7 +69,8 @@ int32 SHostTableRow::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGe
 	}
 	if (Brush)
 	{
-		OutDrawElements.AddBrush(AllottedGeometry.GetLayoutBoundingRect(), *Brush, FLinearColor::White, InWidgetStyle.GetColorAndOpacityTint());
+		OutDrawElements.AddBrush(
+			AllottedGeometry.GetLayoutBoundingRect(), *Brush, FLinearColor::White, InWidgetStyle.GetColorAndOpacityTint());
 	}
 	FWidgetStyle RowStyle = InWidgetStyle;
 	const FSlateColor& Text = !bEnabled ? Style->DisabledTextColor : bSelected || bHovered ? Style->SelectedTextColor : Style->TextColor;

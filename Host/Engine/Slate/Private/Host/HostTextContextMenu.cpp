@@ -61,7 +61,10 @@ namespace
 			// clang-format on
 			SetForegroundColor(TAttribute<FSlateColor>::CreateSP(this, &STextMenuRow::GetForeground));
 		}
-		virtual FReply OnMouseButtonDown(const FGeometry& MyGeometry, const FPointerEvent& MouseEvent) override { return FReply::Handled(); }
+		virtual FReply OnMouseButtonDown(const FGeometry& MyGeometry, const FPointerEvent& MouseEvent) override
+		{
+			return FReply::Handled();
+		}
 		virtual FReply OnMouseButtonUp(const FGeometry& MyGeometry, const FPointerEvent& MouseEvent) override
 		{
 			const TFunction<void()> Execute = Row.Execute;
@@ -71,18 +74,23 @@ namespace
 		}
 
 	protected:
-		virtual int32 OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect, FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const override
+		virtual int32 OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect,
+			FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const override
 		{
 			if (IsHovered() && Row.bEnabled)
 			{
-				OutDrawElements.AddBrush(AllottedGeometry.GetLayoutBoundingRect(), GetStyle().HoveredBrush, FLinearColor::White, InWidgetStyle.GetColorAndOpacityTint());
+				OutDrawElements.AddBrush(AllottedGeometry.GetLayoutBoundingRect(), GetStyle().HoveredBrush, FLinearColor::White,
+					InWidgetStyle.GetColorAndOpacityTint());
 			}
 			return SCompoundWidget::OnPaint(Args, AllottedGeometry, MyCullingRect, OutDrawElements, LayerId, InWidgetStyle, bParentEnabled);
 		}
 
 	private:
 		static const FTableRowStyle& GetStyle() { return FAppStyle::Get().GetWidgetStyle<FTableRowStyle>(TEXT("Menu.Row")); }
-		FSlateColor GetForeground() const { return !Row.bEnabled ? GetStyle().DisabledTextColor : IsHovered() ? GetStyle().SelectedTextColor : GetStyle().TextColor; }
+		FSlateColor GetForeground() const
+		{
+			return !Row.bEnabled ? GetStyle().DisabledTextColor : IsHovered() ? GetStyle().SelectedTextColor : GetStyle().TextColor;
+		}
 		FTextMenuRow Row;
 	};
 }

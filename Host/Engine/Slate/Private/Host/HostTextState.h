@@ -14,7 +14,8 @@ struct FHostTextState
 		: Editor(Breaks)
 		, View(Editor.GetDocument())
 	{
-		Editor.GetDocument().SetOnLinesChanged([this](int32 First, int32 Removed, int32 Added) { View.NoteLinesChanged(First, Removed, Added); });
+		Editor.GetDocument().SetOnLinesChanged(
+			[this](int32 First, int32 Removed, int32 Added) { View.NoteLinesChanged(First, Removed, Added); });
 	}
 
 	FShapedTextBreaks Breaks;

@@ -18,9 +18,11 @@ void SHostTextWidget::SetUp(FHostTextSetup&& InSetup)
 	Setup = MoveTemp(InSetup);
 	if (!Setup.TextStyle)
 	{
-		Setup.TextStyle = Setup.BoxStyle ? &Setup.BoxStyle->TextStyle : &FAppStyle::Get().GetWidgetStyle<FEditableTextStyle>(TEXT("NormalEditableText"));
+		Setup.TextStyle =
+			Setup.BoxStyle ? &Setup.BoxStyle->TextStyle : &FAppStyle::Get().GetWidgetStyle<FEditableTextStyle>(TEXT("NormalEditableText"));
 	}
-	for (const bool bBound : { Setup.Text.IsBound(), Setup.HintText.IsBound(), Setup.Font.IsBound(), Setup.Padding.IsBound(), Setup.AutoWrapText.IsBound(), Setup.WrapTextAt.IsBound(), Setup.MinDesiredWidth.IsBound() })
+	for (const bool bBound : { Setup.Text.IsBound(), Setup.HintText.IsBound(), Setup.Font.IsBound(), Setup.Padding.IsBound(),
+			 Setup.AutoWrapText.IsBound(), Setup.WrapTextAt.IsBound(), Setup.MinDesiredWidth.IsBound() })
 	{
 		if (bBound)
 		{
@@ -145,7 +147,8 @@ void SHostTextWidget::GoTo(ETextLocation NewLocation)
 	{
 		const FGeometry& Geometry = GetCachedGeometry();
 		UpdateLayout(Geometry);
-		const int32 Page = FMath::Max(FMath::FloorToInt32(GetTextRect(Geometry).Height() / FMath::Max(GetView().GetMetrics().LineHeight, 1.0f)) - 1, 1);
+		const int32 Page =
+			FMath::Max(FMath::FloorToInt32(GetTextRect(Geometry).Height() / FMath::Max(GetView().GetMetrics().LineHeight, 1.0f)) - 1, 1);
 		MoveRows(NewLocation == ETextLocation::NextPage ? Page : -Page, false);
 		return;
 	}
@@ -156,7 +159,8 @@ void SHostTextWidget::GoTo(ETextLocation NewLocation)
 void SHostTextWidget::ScrollTo(const FTextLocation& NewLocation)
 {
 	UpdateLayout(GetCachedGeometry());
-	GetView().ScrollToShow(GetView().PlaceOf(GetEditor().GetDocument().Clamp(NewLocation), false), GetCaretWidth(GetCachedGeometry().GetAccumulatedScale()));
+	GetView().ScrollToShow(
+		GetView().PlaceOf(GetEditor().GetDocument().Clamp(NewLocation), false), GetCaretWidth(GetCachedGeometry().GetAccumulatedScale()));
 	State->bScrollToCaret = false;
 }
 

@@ -103,7 +103,8 @@ FReply SHostTextWidget::HandleKey(const FGeometry& Geometry, const FKeyEvent& Ev
 			return FReply::Unhandled();
 		}
 		EndPreedit();
-		FinishEdit(Key == EKeys::BackSpace ? GetEditor().DeleteBackward(bControl, GetNow()) : GetEditor().DeleteForward(bControl, GetNow()));
+		FinishEdit(
+			Key == EKeys::BackSpace ? GetEditor().DeleteBackward(bControl, GetNow()) : GetEditor().DeleteForward(bControl, GetNow()));
 		return FReply::Handled();
 	}
 	if (Key == EKeys::Insert && (bControl || Event.IsShiftDown()))
@@ -177,7 +178,8 @@ bool SHostTextWidget::HandleMove(const FGeometry& Geometry, const FKeyEvent& Eve
 	if (Key == EKeys::Left || Key == EKeys::Right)
 	{
 		const bool bLeft = Key == EKeys::Left;
-		Editor.Move(bControl ? (bLeft ? ETextMove::WordLeft : ETextMove::WordRight) : (bLeft ? ETextMove::Left : ETextMove::Right), bSelect);
+		Editor.Move(
+			bControl ? (bLeft ? ETextMove::WordLeft : ETextMove::WordRight) : (bLeft ? ETextMove::Left : ETextMove::Right), bSelect);
 		FinishEdit(false);
 	}
 	else if (Key == EKeys::Home || Key == EKeys::End)
@@ -286,7 +288,9 @@ FTextLocation SHostTextWidget::HitTest(const FGeometry& Geometry, const FVector2
 {
 	UpdateLayout(Geometry);
 	const FSlateRect Rect = GetTextRect(Geometry);
-	return GetView().Hit(FVector2f(static_cast<float>(Position.X) - Rect.Left + GetView().GetScrollX(), static_cast<float>(Position.Y) - Rect.Top), bOutRowEnd);
+	return GetView().Hit(
+		FVector2f(static_cast<float>(Position.X) - Rect.Left + GetView().GetScrollX(), static_cast<float>(Position.Y) - Rect.Top),
+		bOutRowEnd);
 }
 
 void SHostTextWidget::BeginDrag(const FGeometry& Geometry, const FPointerEvent& Event, EDragUnit Unit)
@@ -403,7 +407,8 @@ FReply SHostTextWidget::OnMouseButtonDown(const FGeometry& MyGeometry, const FPo
 		const FSlateRect Text = GetTextRect(MyGeometry);
 		const float Scale = MyGeometry.GetAccumulatedScale();
 		const FScrollBarStyle& Style = Setup.BoxStyle->ScrollBarStyle;
-		const FSlateRect Thumb = FScrollThumb::GetThumb(Bar, Text.Height(), GetView().GetContentHeight(), GetView().GetScrollOffset(), Style, Scale);
+		const FSlateRect Thumb =
+			FScrollThumb::GetThumb(Bar, Text.Height(), GetView().GetContentHeight(), GetView().GetScrollOffset(), Style, Scale);
 		const float Y = static_cast<float>(Position.Y);
 		// A press beside the thumb brings the thumb's middle there.
 		const bool bOnThumb = Y >= Thumb.Top && Y < Thumb.Bottom;
@@ -411,12 +416,14 @@ FReply SHostTextWidget::OnMouseButtonDown(const FGeometry& MyGeometry, const FPo
 		State->Thumb.Grip = bOnThumb ? Y - Thumb.Top : Thumb.Height() * 0.5f;
 		if (!bOnThumb)
 		{
-			GetView().SetScrollOffset(FScrollThumb::GetOffsetFor(Bar, Y - State->Thumb.Grip, Text.Height(), GetView().GetContentHeight(), Style, Scale));
+			GetView().SetScrollOffset(
+				FScrollThumb::GetOffsetFor(Bar, Y - State->Thumb.Grip, Text.Height(), GetView().GetContentHeight(), Style, Scale));
 		}
 		return FReply::Handled().CaptureMouse(AsShared()).SetUserFocus(AsShared(), EFocusCause::Mouse);
 	}
 	const FVector2D Moved = Position - State->LastDoubleClickPosition;
-	const bool bTriple = State->LastDoubleClick >= 0.0 && GetNow() - State->LastDoubleClick <= TripleClickSeconds && FMath::Abs(Moved.X) <= TripleClickDistance && FMath::Abs(Moved.Y) <= TripleClickDistance;
+	const bool bTriple = State->LastDoubleClick >= 0.0 && GetNow() - State->LastDoubleClick <= TripleClickSeconds &&
+		FMath::Abs(Moved.X) <= TripleClickDistance && FMath::Abs(Moved.Y) <= TripleClickDistance;
 	State->LastDoubleClick = -1.0;
 	BeginDrag(MyGeometry, MouseEvent, bTriple ? EDragUnit::Line : EDragUnit::Character);
 	return FReply::Handled().CaptureMouse(AsShared()).SetUserFocus(AsShared(), EFocusCause::Mouse);
@@ -424,7 +431,8 @@ FReply SHostTextWidget::OnMouseButtonDown(const FGeometry& MyGeometry, const FPo
 
 FReply SHostTextWidget::OnMouseButtonDoubleClick(const FGeometry& MyGeometry, const FPointerEvent& MouseEvent)
 {
-	if (MouseEvent.GetEffectingButton() != EKeys::LeftMouseButton || GetBarRect(MyGeometry).ContainsPoint(MouseEvent.GetScreenSpacePosition()))
+	if (MouseEvent.GetEffectingButton() != EKeys::LeftMouseButton ||
+		GetBarRect(MyGeometry).ContainsPoint(MouseEvent.GetScreenSpacePosition()))
 	{
 		return OnMouseButtonDown(MyGeometry, MouseEvent);
 	}
@@ -461,7 +469,9 @@ FReply SHostTextWidget::OnMouseMove(const FGeometry& MyGeometry, const FPointerE
 	}
 	if (State->Thumb.bDragging)
 	{
-		GetView().SetScrollOffset(FScrollThumb::GetOffsetFor(Bar, static_cast<float>(Position.Y) - State->Thumb.Grip, GetTextRect(MyGeometry).Height(), GetView().GetContentHeight(), Setup.BoxStyle->ScrollBarStyle, MyGeometry.GetAccumulatedScale()));
+		GetView().SetScrollOffset(
+			FScrollThumb::GetOffsetFor(Bar, static_cast<float>(Position.Y) - State->Thumb.Grip, GetTextRect(MyGeometry).Height(),
+				GetView().GetContentHeight(), Setup.BoxStyle->ScrollBarStyle, MyGeometry.GetAccumulatedScale()));
 		return FReply::Handled();
 	}
 	if (DragUnit != EDragUnit::None)
@@ -523,13 +533,18 @@ void SHostTextWidget::OpenContextMenu(const FGeometry& Geometry, const FVector2D
 		};
 	};
 	const TArray<FTextMenuRow> Rows = {
-		{ NSLOCTEXT("HostText", "Cut", "Cut"), FText::FromString(TEXT("Ctrl+X")), FName(TEXT("Icons.Cut")), bSelected && CanEdit(), MakeCommand(&SHostTextWidget::CutSelectedText) },
-		{ NSLOCTEXT("HostText", "Copy", "Copy"), FText::FromString(TEXT("Ctrl+C")), FName(TEXT("Icons.Copy")), bSelected, MakeCommand(&SHostTextWidget::CopySelectedText) },
-		{ NSLOCTEXT("HostText", "Paste", "Paste"), FText::FromString(TEXT("Ctrl+V")), FName(TEXT("Icons.Paste")), !Clipboard.IsEmpty(), MakeCommand(&SHostTextWidget::PasteText) },
-		{ NSLOCTEXT("HostText", "SelectAll", "Select All"), FText::FromString(TEXT("Ctrl+A")), FName(), !GetEditor().GetDocument().IsEmpty(), MakeCommand(&SHostTextWidget::SelectAllText) },
+		{ NSLOCTEXT("HostText", "Cut", "Cut"), FText::FromString(TEXT("Ctrl+X")), FName(TEXT("Icons.Cut")), bSelected && CanEdit(),
+			MakeCommand(&SHostTextWidget::CutSelectedText) },
+		{ NSLOCTEXT("HostText", "Copy", "Copy"), FText::FromString(TEXT("Ctrl+C")), FName(TEXT("Icons.Copy")), bSelected,
+			MakeCommand(&SHostTextWidget::CopySelectedText) },
+		{ NSLOCTEXT("HostText", "Paste", "Paste"), FText::FromString(TEXT("Ctrl+V")), FName(TEXT("Icons.Paste")), !Clipboard.IsEmpty(),
+			MakeCommand(&SHostTextWidget::PasteText) },
+		{ NSLOCTEXT("HostText", "SelectAll", "Select All"), FText::FromString(TEXT("Ctrl+A")), FName(),
+			!GetEditor().GetDocument().IsEmpty(), MakeCommand(&SHostTextWidget::SelectAllText) },
 	};
 	const float X = static_cast<float>(Position.X);
 	const float Y = static_cast<float>(Position.Y);
 	// The keyboard stays here, so that opening a menu commits nothing.
-	State->ContextMenu = FSlateApplication::Get().PushMenu(AsShared(), MakeTextMenu(Rows), FSlateRect(X, Y, X, Y), MenuPlacement_BelowAnchor, false, EHostOwnerPress::ClosesAndReaches);
+	State->ContextMenu = FSlateApplication::Get().PushMenu(
+		AsShared(), MakeTextMenu(Rows), FSlateRect(X, Y, X, Y), MenuPlacement_BelowAnchor, false, EHostOwnerPress::ClosesAndReaches);
 }

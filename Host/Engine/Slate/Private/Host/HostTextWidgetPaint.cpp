@@ -24,7 +24,8 @@ FSlateRect SHostTextWidget::GetTextRect(const FGeometry& Geometry) const
 	const FSlateRect Bounds = Geometry.GetLayoutBoundingRect();
 	const FMargin Padding = GetTextPadding();
 	const float Room = Setup.BoxStyle && State->bBar ? FMath::Max(Setup.BoxStyle->ScrollBarStyle.Room, Padding.Right) : Padding.Right;
-	FSlateRect Rect(Bounds.Left + Padding.Left * Scale, Bounds.Top + Padding.Top * Scale, Bounds.Right - Room * Scale, Bounds.Bottom - Padding.Bottom * Scale);
+	FSlateRect Rect(Bounds.Left + Padding.Left * Scale, Bounds.Top + Padding.Top * Scale, Bounds.Right - Room * Scale,
+		Bounds.Bottom - Padding.Bottom * Scale);
 	Rect.Left = FMath::RoundToFloat(Rect.Left);
 	Rect.Top = FMath::RoundToFloat(Rect.Top);
 	Rect.Right = FMath::Max(FMath::RoundToFloat(Rect.Right), Rect.Left);
@@ -40,7 +41,8 @@ FSlateRect SHostTextWidget::GetBarRect(const FGeometry& Geometry) const
 	}
 	const float Scale = Geometry.GetAccumulatedScale();
 	const FSlateRect Bounds = Geometry.GetLayoutBoundingRect();
-	return FSlateRect(Bounds.Right - Setup.BoxStyle->ScrollBarStyle.Room * Scale, Bounds.Top + 2.0f * Scale, Bounds.Right, Bounds.Bottom - 2.0f * Scale);
+	return FSlateRect(
+		Bounds.Right - Setup.BoxStyle->ScrollBarStyle.Room * Scale, Bounds.Top + 2.0f * Scale, Bounds.Right, Bounds.Bottom - 2.0f * Scale);
 }
 
 void SHostTextWidget::UpdateLayout(const FGeometry& Geometry) const
@@ -74,7 +76,8 @@ void SHostTextWidget::UpdateLayout(const FGeometry& Geometry) const
 	if (State->bScrollToCaret)
 	{
 		State->bScrollToCaret = false;
-		const FTextCaretPlace Place = View.HasPreedit() ? View.PlaceInPreedit(State->PreeditCursor) : View.PlaceOf(GetEditor().GetCaret(), State->bCaretRowEnd);
+		const FTextCaretPlace Place =
+			View.HasPreedit() ? View.PlaceInPreedit(State->PreeditCursor) : View.PlaceOf(GetEditor().GetCaret(), State->bCaretRowEnd);
 		View.ScrollToShow(Place, GetCaretWidth(Scale));
 	}
 	if (MeasureText(Scale) != State->DesiredSize)
@@ -108,7 +111,8 @@ FVector2D SHostTextWidget::MeasureText(float Scale) const
 	}
 	Width += IsReadOnly() ? 0.0f : GetCaretWidth(Scale);
 	const FMargin Padding = GetTextPadding();
-	return FVector2D(FMath::Max(Width / Scale + Padding.Left + Padding.Right, Setup.MinDesiredWidth.Get()), Height / Scale + Padding.Top + Padding.Bottom);
+	return FVector2D(FMath::Max(Width / Scale + Padding.Left + Padding.Right, Setup.MinDesiredWidth.Get()),
+		Height / Scale + Padding.Top + Padding.Bottom);
 }
 
 FVector2D SHostTextWidget::ComputeDesiredSize(float LayoutScaleMultiplier) const
@@ -144,7 +148,8 @@ bool SHostTextWidget::IsCaretOn(double Now) const
 bool SHostTextWidget::FindCaret(const FGeometry& Geometry, FSlateRect& OutRect) const
 {
 	FTextView& View = GetView();
-	const FTextCaretPlace Place = View.HasPreedit() ? View.PlaceInPreedit(State->PreeditCursor) : View.PlaceOf(GetEditor().GetCaret(), State->bCaretRowEnd);
+	const FTextCaretPlace Place =
+		View.HasPreedit() ? View.PlaceInPreedit(State->PreeditCursor) : View.PlaceOf(GetEditor().GetCaret(), State->bCaretRowEnd);
 	float BlockTop = 0.0f;
 	if (!View.FindTop(Place.Block, BlockTop))
 	{
@@ -203,8 +208,10 @@ void SHostTextWidget::PaintBox(const FGeometry& Geometry, FSlateWindowElementLis
 	// A colour of the box's own replaces the fill only: a translucent one must not take the line along.
 	const FSlateBrushOutlineSettings& Line = Brush->OutlineSettings;
 	const float Scale = Geometry.GetAccumulatedScale();
-	const FVector4f Radii(static_cast<float>(Line.CornerRadii.X) * Scale, static_cast<float>(Line.CornerRadii.Y) * Scale, static_cast<float>(Line.CornerRadii.Z) * Scale, static_cast<float>(Line.CornerRadii.W) * Scale);
-	Out.AddRoundedBox(Rect, Radii, GetTextPaintColor(Setup.BackgroundColor.Get(), Style), GetTextPaintColor(Line.Color, Style), Line.Width * Scale);
+	const FVector4f Radii(static_cast<float>(Line.CornerRadii.X) * Scale, static_cast<float>(Line.CornerRadii.Y) * Scale,
+		static_cast<float>(Line.CornerRadii.Z) * Scale, static_cast<float>(Line.CornerRadii.W) * Scale);
+	Out.AddRoundedBox(
+		Rect, Radii, GetTextPaintColor(Setup.BackgroundColor.Get(), Style), GetTextPaintColor(Line.Color, Style), Line.Width * Scale);
 }
 
 void SHostTextWidget::PaintHint(const FSlateRect& Rect, FSlateWindowElementList& Out, const FWidgetStyle& Style) const
@@ -225,7 +232,8 @@ void SHostTextWidget::PaintHint(const FSlateRect& Rect, FSlateWindowElementList&
 	}
 }
 
-void SHostTextWidget::PaintRow(const FTextRow& Row, const FSlateRect& Rect, FSlateWindowElementList& Out, const FWidgetStyle& Style, bool bEnabled) const
+void SHostTextWidget::PaintRow(
+	const FTextRow& Row, const FSlateRect& Rect, FSlateWindowElementList& Out, const FWidgetStyle& Style, bool bEnabled) const
 {
 	FTextView& View = GetView();
 	const FTextEditor& Editor = GetEditor();
@@ -241,14 +249,16 @@ void SHostTextWidget::PaintRow(const FTextRow& Row, const FSlateRect& Rect, FSla
 	{
 		const int32 From = Begin.GetLineIndex() < LineIndex ? Row.Begin : FMath::Clamp(View.ToShown(Begin), Row.Begin, Row.End);
 		const int32 To = End.GetLineIndex() > LineIndex ? Row.End : FMath::Clamp(View.ToShown(End), Row.Begin, Row.End);
-		const FColor Color = GetTextPaintColor(HasKeyboardFocus() ? GetTextStyle().SelectionColor : GetTextStyle().InactiveSelectionColor, Style);
+		const FColor Color =
+			GetTextPaintColor(HasKeyboardFocus() ? GetTextStyle().SelectionColor : GetTextStyle().InactiveSelectionColor, Style);
 		if (From < To)
 		{
 			Row.Paragraph->GetSpans(Row.Row, From - Row.SegmentBegin, To - Row.SegmentBegin, Spans);
 		}
 		for (const FParagraphSpan& Span : Spans)
 		{
-			Out.AddBox(FSlateRect(FMath::RoundToFloat(Left + Span.Left), Top, FMath::RoundToFloat(Left + Span.Right), Top + Line.Height), Color);
+			Out.AddBox(
+				FSlateRect(FMath::RoundToFloat(Left + Span.Left), Top, FMath::RoundToFloat(Left + Span.Right), Top + Line.Height), Color);
 		}
 		if (Row.bEndsLine && LineIndex < End.GetLineIndex())
 		{
@@ -257,7 +267,9 @@ void SHostTextWidget::PaintRow(const FTextRow& Row, const FSlateRect& Rect, FSla
 		}
 	}
 
-	const FSlateColor& TextColor = !bEnabled ? GetTextStyle().DisabledColor : Setup.ForegroundColor.IsSet() ? Setup.ForegroundColor.Get() : GetTextStyle().ColorAndOpacity;
+	const FSlateColor& TextColor = !bEnabled ? GetTextStyle().DisabledColor
+		: Setup.ForegroundColor.IsSet()		 ? Setup.ForegroundColor.Get()
+											 : GetTextStyle().ColorAndOpacity;
 	const FColor Color = GetTextPaintColor(TextColor, Style);
 	const float Baseline = Top + Line.Baseline;
 	for (const FParagraphRun& Run : Row.Paragraph->GetRuns(Row.Row))
@@ -281,12 +293,15 @@ void SHostTextWidget::PaintRow(const FTextRow& Row, const FSlateRect& Rect, FSla
 		const float Y = FMath::RoundToFloat(Baseline + Metrics.UnderlineOffset);
 		for (const FParagraphSpan& Span : Spans)
 		{
-			Out.AddBox(FSlateRect(FMath::RoundToFloat(Left + Span.Left), Y, FMath::RoundToFloat(Left + Span.Right), Y + FMath::Max(FMath::RoundToFloat(Metrics.LineThickness), 1.0f)), Color);
+			Out.AddBox(FSlateRect(FMath::RoundToFloat(Left + Span.Left), Y, FMath::RoundToFloat(Left + Span.Right),
+						   Y + FMath::Max(FMath::RoundToFloat(Metrics.LineThickness), 1.0f)),
+				Color);
 		}
 	}
 }
 
-int32 SHostTextWidget::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect, FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const
+int32 SHostTextWidget::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect,
+	FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const
 {
 	UpdateLayout(AllottedGeometry);
 	const float Scale = AllottedGeometry.GetAccumulatedScale();
@@ -309,7 +324,8 @@ int32 SHostTextWidget::OnPaint(const FPaintArgs& Args, const FGeometry& Allotted
 	}
 	View.ForEachRow([&](const FTextRow& Row) { PaintRow(Row, Rect, OutDrawElements, InWidgetStyle, bEnabled); });
 	FSlateRect Caret;
-	if (HasKeyboardFocus() && bEnabled && FHostFocus::Get().bWindowActive && IsCaretOn(Args.GetCurrentTime()) && FindCaret(AllottedGeometry, Caret))
+	if (HasKeyboardFocus() && bEnabled && FHostFocus::Get().bWindowActive && IsCaretOn(Args.GetCurrentTime()) &&
+		FindCaret(AllottedGeometry, Caret))
 	{
 		OutDrawElements.AddBox(Caret, GetTextPaintColor(GetTextStyle().CaretColor, InWidgetStyle));
 	}
@@ -319,7 +335,8 @@ int32 SHostTextWidget::OnPaint(const FPaintArgs& Args, const FGeometry& Allotted
 	{
 		const FScrollBarStyle& BarStyle = Setup.BoxStyle->ScrollBarStyle;
 		const FSlateRect Bar = GetBarRect(AllottedGeometry);
-		const FSlateRect Thumb = FScrollThumb::GetThumb(Bar, Rect.Height(), View.GetContentHeight(), View.GetScrollOffset(), BarStyle, Scale);
+		const FSlateRect Thumb =
+			FScrollThumb::GetThumb(Bar, Rect.Height(), View.GetContentHeight(), View.GetScrollOffset(), BarStyle, Scale);
 		State->Thumb.Paint(Bar, Thumb, OutDrawElements, BarStyle, InWidgetStyle, Scale);
 	}
 	return LayerId;

@@ -7,12 +7,12 @@ class SButton;
 
 DECLARE_DELEGATE_OneParam(FOnMessageDialogAnswer, EAppReturnType::Type)
 
-/** What a message dialog's window holds: a mark, the message and the buttons. */
-class SMessageDialog : public SCompoundWidget
+	/** What a message dialog's window holds: a mark, the message and the buttons. */
+	class SMessageDialog : public SCompoundWidget
 {
 public:
 	SLATE_BEGIN_ARGS(SMessageDialog) {}
-		SLATE_EVENT(FOnMessageDialogAnswer, OnAnswer)
+	SLATE_EVENT(FOnMessageDialogAnswer, OnAnswer)
 	SLATE_END_ARGS()
 
 	void Construct(const FArguments& InArgs, const FHostMessageDialog& Dialog);

@@ -25,7 +25,9 @@ void SSaveDialog::ShowEntries()
 			Entries.Add(MakeShared<FHostFolderEntry>(Entry));
 		}
 	}
-	EmptyNote = Entries.Num() > Fixed ? FString() : Found.Num() > 0 ? FString(TEXT("No file here fits the type.")) : FString(TEXT("This folder is empty."));
+	EmptyNote = Entries.Num() > Fixed ? FString()
+		: Found.Num() > 0			  ? FString(TEXT("No file here fits the type."))
+									  : FString(TEXT("This folder is empty."));
 	List->ScrollToTop();
 	List->RequestListRefresh();
 }
@@ -127,7 +129,9 @@ bool SSaveDialog::AskToReplace(const FString& Path) const
 	Question.Category = EAppMsgCategory::Warning;
 	Question.DefaultAnswer = EAppReturnType::No;
 	Question.Title = NSLOCTEXT("HostSaveDialog", "ReplaceTitle", "Replace File");
-	Question.Message = FText::Format(NSLOCTEXT("HostSaveDialog", "Replace", "The file \"{0}\" exists already.\n\nDo you want to replace it?"), FText::FromString(FSaveTarget::GetLeaf(Path)));
+	Question.Message =
+		FText::Format(NSLOCTEXT("HostSaveDialog", "Replace", "The file \"{0}\" exists already.\n\nDo you want to replace it?"),
+			FText::FromString(FSaveTarget::GetLeaf(Path)));
 	return FHostServices::OpenMessageDialog(Question) == EAppReturnType::Yes;
 }
 
@@ -205,7 +209,8 @@ void SSaveDialog::ShowNewFolder(bool bShow)
 	NewFolderBox->SetText(FText::GetEmpty());
 	if (bShow || bHadFocus)
 	{
-		FSlateApplication::Get().SetKeyboardFocus(bShow ? StaticCastSharedPtr<SWidget>(NewFolderBox) : StaticCastSharedPtr<SWidget>(List), EFocusCause::SetDirectly);
+		FSlateApplication::Get().SetKeyboardFocus(
+			bShow ? StaticCastSharedPtr<SWidget>(NewFolderBox) : StaticCastSharedPtr<SWidget>(List), EFocusCause::SetDirectly);
 	}
 }
 
@@ -216,7 +221,8 @@ void SSaveDialog::MakeNewFolder()
 	FString Reason;
 	if (Name.TrimStartAndEnd().IsEmpty() || Name.Equals(TEXT(".")) || Name.Equals(TEXT("..")) || Name.FindChar(TEXT('/'), Slash))
 	{
-		Problem = Name.TrimStartAndEnd().IsEmpty() ? FString(TEXT("Type a name for the folder.")) : FString::Printf(TEXT("A folder cannot be called \"%s\"."), *Name);
+		Problem = Name.TrimStartAndEnd().IsEmpty() ? FString(TEXT("Type a name for the folder."))
+												   : FString::Printf(TEXT("A folder cannot be called \"%s\"."), *Name);
 		return;
 	}
 	const FString Path = FSaveTarget::Join(Folder, Name);

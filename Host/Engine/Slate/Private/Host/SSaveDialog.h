@@ -10,18 +10,18 @@ class SEditableTextBox;
 
 DECLARE_DELEGATE_OneParam(FOnSaveFileChosen, const FString&)
 
-/**
- * What a save dialog's window holds: the folder, what is in it, the name and the filter. Tab goes through them in this order;
- * Enter opens a folder of the list, and saves anywhere else; Backspace in the list and Alt+Up anywhere go one folder up.
- */
-class SSaveDialog : public SCompoundWidget
+	/**
+	 * What a save dialog's window holds: the folder, what is in it, the name and the filter. Tab goes through them in this order;
+	 * Enter opens a folder of the list, and saves anywhere else; Backspace in the list and Alt+Up anywhere go one folder up.
+	 */
+	class SSaveDialog : public SCompoundWidget
 {
 public:
 	SLATE_BEGIN_ARGS(SSaveDialog) {}
-		/** Units. */
-		SLATE_ARGUMENT_DEFAULT(float, ListHeight) = 240.0f;
-		SLATE_EVENT(FOnSaveFileChosen, OnChosen)
-		SLATE_EVENT(FSimpleDelegate, OnCancelled)
+	/** Units. */
+	SLATE_ARGUMENT_DEFAULT(float, ListHeight) = 240.0f;
+	SLATE_EVENT(FOnSaveFileChosen, OnChosen)
+	SLATE_EVENT(FSimpleDelegate, OnCancelled)
 	SLATE_END_ARGS()
 
 	void Construct(const FArguments& InArgs, const FHostSaveDialog& Dialog);

@@ -98,7 +98,9 @@ void SSaveDialog::Construct(const FArguments& InArgs, const FHostSaveDialog& Dia
 	ShowEntries();
 	if (!bRead)
 	{
-		EmptyNote = HostGetPathKind(Folder) == EHostPathKind::Missing ? FString(TEXT("This folder does not exist yet. It is made when you save.")) : FString::Printf(TEXT("This folder cannot be read: %s."), *Reason);
+		EmptyNote = HostGetPathKind(Folder) == EHostPathKind::Missing
+			? FString(TEXT("This folder does not exist yet. It is made when you save."))
+			: FString::Printf(TEXT("This folder cannot be read: %s."), *Reason);
 	}
 	ShowFolderPath();
 	SetName(SuggestedName);
@@ -184,7 +186,9 @@ TSharedRef<SWidget> SSaveDialog::MakeList(float Height)
 			.BorderImage_Lambda([this]()
 			{
 				// A list without a marked row shows by its frame alone that it has the keyboard.
-				return List->HasKeyboardFocus() ? &FAppStyle::Get().GetWidgetStyle<FEditableTextBoxStyle>(TEXT("NormalEditableTextBox")).BackgroundImageFocused : FAppStyle::GetBrush(TEXT("ExpandableArea.Border"));
+				return List->HasKeyboardFocus()
+					? &FAppStyle::Get().GetWidgetStyle<FEditableTextBoxStyle>(TEXT("NormalEditableTextBox")).BackgroundImageFocused
+					: FAppStyle::GetBrush(TEXT("ExpandableArea.Border"));
 			})
 			.Padding(FMargin(4.0f))
 			[
@@ -282,7 +286,10 @@ TSharedRef<SWidget> SSaveDialog::MakeFilterRow()
 			.OptionsSource(&Filters)
 			.InitiallySelectedItem(Filter)
 			.OnSelectionChanged(this, &SSaveDialog::OnFilterPicked)
-			.OnGenerateWidget_Lambda([](FFilter Row) -> TSharedRef<SWidget> { return SNew(STextBlock).Text(FText::FromString(Row->Label)).TextStyle(&GetSaveTextStyle()); })
+			.OnGenerateWidget_Lambda([](FFilter Row) -> TSharedRef<SWidget>
+			{
+				return SNew(STextBlock).Text(FText::FromString(Row->Label)).TextStyle(&GetSaveTextStyle());
+			})
 			[
 				SNew(STextBlock)
 				.Text_Lambda([this]() { return FText::FromString(Filter->Label); })

@@ -9,7 +9,8 @@ namespace
 	}
 }
 
-FSlateRect FScrollThumb::GetThumb(const FSlateRect& Bar, double View, double Content, double Offset, const FScrollBarStyle& Style, float Scale)
+FSlateRect FScrollThumb::GetThumb(
+	const FSlateRect& Bar, double View, double Content, double Offset, const FScrollBarStyle& Style, float Scale)
 {
 	if (Content <= View || Bar.IsEmpty())
 	{
@@ -20,13 +21,15 @@ FSlateRect FScrollThumb::GetThumb(const FSlateRect& Bar, double View, double Con
 	return FSlateRect(Bar.Left, FMath::RoundToFloat(Top), Bar.Right, FMath::RoundToFloat(Top + Length));
 }
 
-double FScrollThumb::GetOffsetFor(const FSlateRect& Bar, float ThumbTop, double View, double Content, const FScrollBarStyle& Style, float Scale)
+double FScrollThumb::GetOffsetFor(
+	const FSlateRect& Bar, float ThumbTop, double View, double Content, const FScrollBarStyle& Style, float Scale)
 {
 	const float Room = Bar.Height() - GetScrollThumbLength(Bar, View, Content, Style, Scale);
 	return Room > 0.0f ? FMath::Clamp((ThumbTop - Bar.Top) / Room, 0.0f, 1.0f) * FMath::Max(Content - View, 0.0) : 0.0;
 }
 
-void FScrollThumb::Paint(const FSlateRect& Bar, const FSlateRect& Thumb, FSlateWindowElementList& Out, const FScrollBarStyle& Style, const FWidgetStyle& WidgetStyle, float Scale) const
+void FScrollThumb::Paint(const FSlateRect& Bar, const FSlateRect& Thumb, FSlateWindowElementList& Out, const FScrollBarStyle& Style,
+	const FWidgetStyle& WidgetStyle, float Scale) const
 {
 	if (Thumb.IsEmpty())
 	{
@@ -37,5 +40,6 @@ void FScrollThumb::Paint(const FSlateRect& Bar, const FSlateRect& Thumb, FSlateW
 	const float Left = FMath::RoundToFloat((Bar.Left + Bar.Right - Width) * 0.5f);
 	const float Radius = Width * 0.5f;
 	const FLinearColor Fill = Color.GetColor(WidgetStyle) * WidgetStyle.GetColorAndOpacityTint();
-	Out.AddRoundedBox(FSlateRect(Left, Thumb.Top, Left + Width, Thumb.Bottom), FVector4f(Radius, Radius, Radius, Radius), Fill.ToFColorSRGB(), FColor(0, 0, 0, 0), 0.0f);
+	Out.AddRoundedBox(FSlateRect(Left, Thumb.Top, Left + Width, Thumb.Bottom), FVector4f(Radius, Radius, Radius, Radius),
+		Fill.ToFColorSRGB(), FColor(0, 0, 0, 0), 0.0f);
 }

@@ -13,8 +13,11 @@ struct FScrollThumb
 	float Grip = 0.0f;
 
 	/** The thumb's extent along the bar. Empty without overflow. */
-	static FSlateRect GetThumb(const FSlateRect& Bar, double View, double Content, double Offset, const FScrollBarStyle& Style, float Scale);
+	static FSlateRect GetThumb(
+		const FSlateRect& Bar, double View, double Content, double Offset, const FScrollBarStyle& Style, float Scale);
 	/** The scroll offset that puts the thumb's top at a height. */
-	static double GetOffsetFor(const FSlateRect& Bar, float ThumbTop, double View, double Content, const FScrollBarStyle& Style, float Scale);
-	void Paint(const FSlateRect& Bar, const FSlateRect& Thumb, FSlateWindowElementList& Out, const FScrollBarStyle& Style, const FWidgetStyle& WidgetStyle, float Scale) const;
+	static double GetOffsetFor(
+		const FSlateRect& Bar, float ThumbTop, double View, double Content, const FScrollBarStyle& Style, float Scale);
+	void Paint(const FSlateRect& Bar, const FSlateRect& Thumb, FSlateWindowElementList& Out, const FScrollBarStyle& Style,
+		const FWidgetStyle& WidgetStyle, float Scale) const;
 };

@@ -36,13 +36,14 @@ TArray<TSharedRef<SWidget>> FWidgetFinder::FindAll(TFunctionRef<bool(SWidget&)> 
 	const TArray<TSharedRef<SWidget>> Roots = FSlateApplication::Get().GetLayerRoots();
 	for (int32 Index = Roots.Num() - 1; Index >= 0; --Index)
 	{
-		VisitShown(Roots[Index], 0, [&](const TSharedRef<SWidget>& Widget, int32 Depth)
-		{
-			if (Test(Widget.Get()))
+		VisitShown(Roots[Index], 0,
+			[&](const TSharedRef<SWidget>& Widget, int32 Depth)
 			{
-				Found.Add(Widget);
-			}
-		});
+				if (Test(Widget.Get()))
+				{
+					Found.Add(Widget);
+				}
+			});
 	}
 	return Found;
 }
@@ -61,21 +62,23 @@ TArray<TSharedRef<SWidget>> FWidgetFinder::FindByType(FName Type)
 TArray<TSharedRef<SWidget>> FWidgetFinder::FindByText(FStringView Text)
 {
 	const FString Wanted(Text);
-	return FindAll([&Wanted](SWidget& Widget)
-	{
-		const FText Shown = Widget.GetDisplayedText();
-		return !Shown.IsEmpty() && Shown.ToString().Equals(Wanted);
-	});
+	return FindAll(
+		[&Wanted](SWidget& Widget)
+		{
+			const FText Shown = Widget.GetDisplayedText();
+			return !Shown.IsEmpty() && Shown.ToString().Equals(Wanted);
+		});
 }
 
 TArray<TSharedRef<SWidget>> FWidgetFinder::FindByToolTip(FStringView FirstLine)
 {
 	const FString Wanted(FirstLine);
-	return FindAll([&Wanted](SWidget& Widget)
-	{
-		const FText ToolTip = Widget.GetToolTipText();
-		return !ToolTip.IsEmpty() && GetFirstLine(ToolTip.ToString()).Equals(Wanted);
-	});
+	return FindAll(
+		[&Wanted](SWidget& Widget)
+		{
+			const FText ToolTip = Widget.GetToolTipText();
+			return !ToolTip.IsEmpty() && GetFirstLine(ToolTip.ToString()).Equals(Wanted);
+		});
 }
 
 TArray<TSharedRef<SWidget>> FWidgetFinder::FindByName(const FString& Name)
@@ -92,15 +95,16 @@ TArray<TSharedRef<SWidget>> FWidgetFinder::FindByName(const FString& Name)
 TArray<FString> FWidgetFinder::GetVisibleTexts()
 {
 	TArray<FString> Texts;
-	FindAll([&Texts](SWidget& Widget)
-	{
-		const FText Text = Widget.GetDisplayedText();
-		if (!Text.IsEmpty())
+	FindAll(
+		[&Texts](SWidget& Widget)
 		{
-			Texts.Add(Text.ToString());
-		}
-		return false;
-	});
+			const FText Text = Widget.GetDisplayedText();
+			if (!Text.IsEmpty())
+			{
+				Texts.Add(Text.ToString());
+			}
+			return false;
+		});
 	return Texts;
 }
 
@@ -113,21 +117,22 @@ FString FWidgetFinder::DumpTree()
 	}
 	for (const TSharedRef<SWidget>& Root : FSlateApplication::Get().GetLayerRoots())
 	{
-		VisitShown(Root, 0, [&Out](const TSharedRef<SWidget>& Widget, int32 Depth)
-		{
-			const FSlateRect Rect = Widget->GetCachedGeometry().GetLayoutBoundingRect();
-			Out += FString::ChrN(Depth, TEXT('\t')) + Widget->GetType().ToString();
-			if (!Widget->GetTag().IsNone())
+		VisitShown(Root, 0,
+			[&Out](const TSharedRef<SWidget>& Widget, int32 Depth)
 			{
-				Out += TEXT(" #") + Widget->GetTag().ToString();
-			}
-			const FText Text = Widget->GetDisplayedText();
-			if (!Text.IsEmpty())
-			{
-				Out += TEXT(" \"") + Text.ToString().ReplaceCharWithEscapedChar() + TEXT("\"");
-			}
-			Out += FString::Printf(TEXT(" (%.1f, %.1f, %.1f, %.1f)\n"), Rect.Left, Rect.Top, Rect.Width(), Rect.Height());
-		});
+				const FSlateRect Rect = Widget->GetCachedGeometry().GetLayoutBoundingRect();
+				Out += FString::ChrN(Depth, TEXT('\t')) + Widget->GetType().ToString();
+				if (!Widget->GetTag().IsNone())
+				{
+					Out += TEXT(" #") + Widget->GetTag().ToString();
+				}
+				const FText Text = Widget->GetDisplayedText();
+				if (!Text.IsEmpty())
+				{
+					Out += TEXT(" \"") + Text.ToString().ReplaceCharWithEscapedChar() + TEXT("\"");
+				}
+				Out += FString::Printf(TEXT(" (%.1f, %.1f, %.1f, %.1f)\n"), Rect.Left, Rect.Top, Rect.Width(), Rect.Height());
+			});
 	}
 	return Out;
 }

@@ -21,6 +21,7 @@ void SToolTip::Construct(const FArguments& InArgs)
 	{
 		const FMargin Margin = InArgs._TextMargin.Get();
 		const FTextBlockStyle& Style = FAppStyle::Get().GetWidgetStyle<FTextBlockStyle>("SmallText");
+		// clang-format off
 		Content = SNew(SBox)
 			.MaxDesiredWidth(ToolTipMaxWidth - Margin.Left - Margin.Right)
 			[
@@ -31,6 +32,7 @@ void SToolTip::Construct(const FArguments& InArgs)
 				.LineHeightPercentage(FHostWidgetPaint::GetLineHeightPercentage(Style.Font, ToolTipLineHeight))
 				.AutoWrapText(true)
 			];
+		// clang-format on
 	}
 	ChildSlot.Padding(InArgs._TextMargin)[Content];
 }
@@ -40,8 +42,10 @@ bool SToolTip::HasContent() const
 	return bOwnContent || !Text.Get().IsEmpty();
 }
 
-int32 SToolTip::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect, FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const
+int32 SToolTip::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect,
+	FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const
 {
-	FHostWidgetPaint::AddToolTipSurface(OutDrawElements, AllottedGeometry.GetLayoutBoundingRect(), AllottedGeometry.GetAccumulatedScale(), InWidgetStyle);
+	FHostWidgetPaint::AddToolTipSurface(
+		OutDrawElements, AllottedGeometry.GetLayoutBoundingRect(), AllottedGeometry.GetAccumulatedScale(), InWidgetStyle);
 	return SCompoundWidget::OnPaint(Args, AllottedGeometry, MyCullingRect, OutDrawElements, LayerId, InWidgetStyle, bParentEnabled);
 }

@@ -28,7 +28,8 @@ public:
 
 	/** The topmost last. */
 	static TArray<FHostOpenDialog> GetOpenDialogs();
-	/** Answers the topmost dialog by a button's name, ignoring case; it closes in the next frame. False when there is no such button or dialog. */
+	/** Answers the topmost dialog by a button's name, ignoring case; it closes in the next frame. False when there is no such button or
+	 * dialog. */
 	static bool AnswerOpenDialog(const FString& ButtonName);
 	/** Answers the topmost dialog as Escape does. Returns the button taken, empty without a dialog. */
 	static FString DismissOpenDialog();

@@ -18,8 +18,10 @@ public:
 	virtual FReply OnMouseButtonDoubleClick(const FGeometry& MyGeometry, const FPointerEvent& MouseEvent) override;
 
 protected:
-	void ConstructRow(const FTableRowStyle* InStyle, const TAttribute<FMargin>& InPadding, bool bInShowSelection, const TSharedRef<SWidget>& InContent, const TSharedRef<STableViewBase>& InOwner);
-	virtual int32 OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect, FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const override;
+	void ConstructRow(const FTableRowStyle* InStyle, const TAttribute<FMargin>& InPadding, bool bInShowSelection,
+		const TSharedRef<SWidget>& InContent, const TSharedRef<STableViewBase>& InOwner);
+	virtual int32 OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect,
+		FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const override;
 
 private:
 	TWeakPtr<STableViewBase> Owner;

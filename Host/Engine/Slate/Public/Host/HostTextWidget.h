@@ -15,8 +15,8 @@ struct FTextRow;
 /** The caret moved, for whatever reason. */
 DECLARE_DELEGATE_OneParam(FHostOnCursorMoved, const FTextLocation&)
 
-/** What the editable widgets differ in. Unset attributes take their value from the style. */
-struct FHostTextSetup
+	/** What the editable widgets differ in. Unset attributes take their value from the style. */
+	struct FHostTextSetup
 {
 	TAttribute<FText> Text;
 	TAttribute<FText> HintText;
@@ -123,7 +123,8 @@ protected:
 	/** To be called once, from Construct. */
 	void SetUp(FHostTextSetup&& InSetup);
 
-	virtual int32 OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect, FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const override;
+	virtual int32 OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect,
+		FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const override;
 	virtual FVector2D ComputeDesiredSize(float LayoutScaleMultiplier) const override;
 
 private:
@@ -158,7 +159,8 @@ private:
 	// Painting.
 	void PaintBox(const FGeometry& Geometry, FSlateWindowElementList& Out, const FWidgetStyle& Style, bool bEnabled) const;
 	void PaintHint(const FSlateRect& Rect, FSlateWindowElementList& Out, const FWidgetStyle& Style) const;
-	void PaintRow(const FTextRow& Row, const FSlateRect& Rect, FSlateWindowElementList& Out, const FWidgetStyle& Style, bool bEnabled) const;
+	void PaintRow(
+		const FTextRow& Row, const FSlateRect& Rect, FSlateWindowElementList& Out, const FWidgetStyle& Style, bool bEnabled) const;
 
 	// Changes.
 	void PullBoundText();

@@ -16,7 +16,8 @@ public:
 	 * @param Rect    Device pixels.
 	 * @param Radius  Of the corners, in units.
 	 */
-	static void AddFocusRing(FSlateWindowElementList& OutDrawElements, const FSlateRect& Rect, float Radius, float Scale, const FWidgetStyle& Style);
+	static void AddFocusRing(
+		FSlateWindowElementList& OutDrawElements, const FSlateRect& Rect, float Radius, float Scale, const FWidgetStyle& Style);
 	/** Shadow and fill of a tooltip. */
 	static void AddToolTipSurface(FSlateWindowElementList& OutDrawElements, const FSlateRect& Rect, float Scale, const FWidgetStyle& Style);
 	/** Shadow and fill of a toast. */

@@ -13,11 +13,11 @@ public:
 	{
 		_Visibility = EVisibility::HitTestInvisible;
 	}
-		SLATE_ATTRIBUTE(FText, Text)
-		/** Around text and content alike. */
-		SLATE_ATTRIBUTE(FMargin, TextMargin)
-		HOST_MARGIN_NUMBERS(TextMargin)
-		SLATE_DEFAULT_SLOT(FArguments, Content)
+	SLATE_ATTRIBUTE(FText, Text)
+	/** Around text and content alike. */
+	SLATE_ATTRIBUTE(FMargin, TextMargin)
+	HOST_MARGIN_NUMBERS(TextMargin)
+	SLATE_DEFAULT_SLOT(FArguments, Content)
 	SLATE_END_ARGS()
 
 	void Construct(const FArguments& InArgs);
@@ -27,7 +27,8 @@ public:
 	virtual bool HasContent() const override;
 
 protected:
-	virtual int32 OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect, FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const override;
+	virtual int32 OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect,
+		FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const override;
 
 private:
 	TAttribute<FText> Text;

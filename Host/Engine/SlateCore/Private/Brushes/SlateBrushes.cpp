@@ -55,7 +55,8 @@ FSlateRoundedBoxBrush::FSlateRoundedBoxBrush(const FSlateColor& InColor, const F
 }
 
 FSlateRoundedBoxBrush::FSlateRoundedBoxBrush(const FSlateColor& InColor, float InRadius, const FVector2D& InImageSize)
-	: FSlateRoundedBoxBrush(InColor, FVector4(InRadius, InRadius, InRadius, InRadius), FLinearColor(0.0f, 0.0f, 0.0f, 0.0f), 0.0f, InImageSize)
+	: FSlateRoundedBoxBrush(
+		  InColor, FVector4(InRadius, InRadius, InRadius, InRadius), FLinearColor(0.0f, 0.0f, 0.0f, 0.0f), 0.0f, InImageSize)
 {
 }
 
@@ -64,12 +65,14 @@ FSlateRoundedBoxBrush::FSlateRoundedBoxBrush(const FSlateColor& InColor, const F
 {
 }
 
-FSlateRoundedBoxBrush::FSlateRoundedBoxBrush(const FSlateColor& InColor, float InRadius, const FSlateColor& InOutline, float InOutlineWidth, const FVector2D& InImageSize)
+FSlateRoundedBoxBrush::FSlateRoundedBoxBrush(
+	const FSlateColor& InColor, float InRadius, const FSlateColor& InOutline, float InOutlineWidth, const FVector2D& InImageSize)
 	: FSlateRoundedBoxBrush(InColor, FVector4(InRadius, InRadius, InRadius, InRadius), InOutline, InOutlineWidth, InImageSize)
 {
 }
 
-FSlateRoundedBoxBrush::FSlateRoundedBoxBrush(const FSlateColor& InColor, const FVector4& InRadii, const FSlateColor& InOutline, float InOutlineWidth, const FVector2D& InImageSize)
+FSlateRoundedBoxBrush::FSlateRoundedBoxBrush(
+	const FSlateColor& InColor, const FVector4& InRadii, const FSlateColor& InOutline, float InOutlineWidth, const FVector2D& InImageSize)
 	: FSlateBrush(ESlateBrushDrawType::RoundedBox, FName(), InImageSize, InColor)
 {
 	OutlineSettings.CornerRadii = InRadii;

@@ -77,7 +77,8 @@ void FChildWatch::MeasureInTurn(int32 ShownBegin, int32 ShownEnd, bool bAll, TFu
 	const uint64 MeasuredLimit = bAll ? ~uint64(0) : Measured + (bTooManyBound ? MeasuredInTurn : MeasuredTogether);
 	const TArray<int32>& Children = GetBound();
 	const int32 Count = Children.Num();
-	const int32 First = static_cast<int32>(std::lower_bound(Children.GetData(), Children.GetData() + Count, TurnIndex) - Children.GetData());
+	const int32 First =
+		static_cast<int32>(std::lower_bound(Children.GetData(), Children.GetData() + Count, TurnIndex) - Children.GetData());
 	TurnIndex = 0;
 	for (int32 Step = 0; Step < Count; ++Step)
 	{

@@ -116,10 +116,12 @@ const FKey EKeys::Invalid;
 
 FKey EKeys::Find(FName Name)
 {
-	static const FKey* const All[] = { &BackSpace, &Tab, &Enter, &Pause, &CapsLock, &Escape, &SpaceBar, &PageUp, &PageDown, &End, &Home, &Left, &Up, &Right, &Down, &Insert, &Delete,
-		&Zero, &One, &Two, &Three, &Four, &Five, &Six, &Seven, &Eight, &Nine, &A, &B, &C, &D, &E, &F, &G, &H, &I, &J, &K, &L, &M, &N, &O, &P, &Q, &R, &S, &T, &U, &V, &W, &X, &Y, &Z,
-		&Multiply, &Add, &Subtract, &Decimal, &Divide, &F1, &F2, &F3, &F4, &F5, &F6, &F7, &F8, &F9, &F10, &F11, &F12, &LeftShift, &RightShift, &LeftControl, &RightControl, &LeftAlt, &RightAlt,
-		&Semicolon, &Equals, &Comma, &Hyphen, &Period, &Slash, &Tilde, &LeftBracket, &Backslash, &RightBracket, &Apostrophe };
+	static const FKey* const All[] = { &BackSpace, &Tab, &Enter, &Pause, &CapsLock, &Escape, &SpaceBar, &PageUp, &PageDown, &End, &Home,
+		&Left, &Up, &Right, &Down, &Insert, &Delete, &Zero, &One, &Two, &Three, &Four, &Five, &Six, &Seven, &Eight, &Nine, &A, &B, &C, &D,
+		&E, &F, &G, &H, &I, &J, &K, &L, &M, &N, &O, &P, &Q, &R, &S, &T, &U, &V, &W, &X, &Y, &Z, &Multiply, &Add, &Subtract, &Decimal,
+		&Divide, &F1, &F2, &F3, &F4, &F5, &F6, &F7, &F8, &F9, &F10, &F11, &F12, &LeftShift, &RightShift, &LeftControl, &RightControl,
+		&LeftAlt, &RightAlt, &Semicolon, &Equals, &Comma, &Hyphen, &Period, &Slash, &Tilde, &LeftBracket, &Backslash, &RightBracket,
+		&Apostrophe };
 	for (const FKey* Key : All)
 	{
 		if (Key->GetFName() == Name)
@@ -132,11 +134,12 @@ FKey EKeys::Find(FName Name)
 
 bool FKey::IsMouseButton() const
 {
-	return *this == EKeys::LeftMouseButton || *this == EKeys::RightMouseButton || *this == EKeys::MiddleMouseButton || *this == EKeys::ThumbMouseButton || *this == EKeys::ThumbMouseButton2;
+	return *this == EKeys::LeftMouseButton || *this == EKeys::RightMouseButton || *this == EKeys::MiddleMouseButton ||
+		*this == EKeys::ThumbMouseButton || *this == EKeys::ThumbMouseButton2;
 }
 
 bool FKey::IsModifierKey() const
 {
-	return *this == EKeys::LeftShift || *this == EKeys::RightShift || *this == EKeys::LeftControl || *this == EKeys::RightControl || *this == EKeys::LeftAlt || *this == EKeys::RightAlt
-		|| *this == EKeys::LeftCommand || *this == EKeys::RightCommand;
+	return *this == EKeys::LeftShift || *this == EKeys::RightShift || *this == EKeys::LeftControl || *this == EKeys::RightControl ||
+		*this == EKeys::LeftAlt || *this == EKeys::RightAlt || *this == EKeys::LeftCommand || *this == EKeys::RightCommand;
 }

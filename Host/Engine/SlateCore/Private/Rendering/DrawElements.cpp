@@ -17,10 +17,10 @@ namespace
 
 bool FSlateDrawElement::operator==(const FSlateDrawElement& Other) const
 {
-	return Type == Other.Type && bTintImage == Other.bTintImage && IsSameColor(Color, Other.Color) && IsSameColor(OutlineColor, Other.OutlineColor)
-		&& OutlineWidth == Other.OutlineWidth && ShadowBlur == Other.ShadowBlur && ShadowOffset == Other.ShadowOffset && Radii.X == Other.Radii.X
-		&& Radii.Y == Other.Radii.Y && Radii.Z == Other.Radii.Z && Radii.W == Other.Radii.W && Rect == Other.Rect && Clip == Other.Clip
-		&& Image == Other.Image && Glyphs == Other.Glyphs;
+	return Type == Other.Type && bTintImage == Other.bTintImage && IsSameColor(Color, Other.Color) &&
+		IsSameColor(OutlineColor, Other.OutlineColor) && OutlineWidth == Other.OutlineWidth && ShadowBlur == Other.ShadowBlur &&
+		ShadowOffset == Other.ShadowOffset && Radii.X == Other.Radii.X && Radii.Y == Other.Radii.Y && Radii.Z == Other.Radii.Z &&
+		Radii.W == Other.Radii.W && Rect == Other.Rect && Clip == Other.Clip && Image == Other.Image && Glyphs == Other.Glyphs;
 }
 
 FSlateRect FSlateDrawElement::GetBounds() const
@@ -64,7 +64,8 @@ void FSlateWindowElementList::Reset(const FVector2D& InWindowSize, float InScale
 void FSlateWindowElementList::PushClip(const FSlateRect& DeviceRect)
 {
 	// Whole pixels, so that an edge inside a pixel does not let a neighbour shine through.
-	const FSlateRect Snapped(FMath::RoundToFloat(DeviceRect.Left), FMath::RoundToFloat(DeviceRect.Top), FMath::RoundToFloat(DeviceRect.Right), FMath::RoundToFloat(DeviceRect.Bottom));
+	const FSlateRect Snapped(FMath::RoundToFloat(DeviceRect.Left), FMath::RoundToFloat(DeviceRect.Top),
+		FMath::RoundToFloat(DeviceRect.Right), FMath::RoundToFloat(DeviceRect.Bottom));
 	Clips.Add(Clips.Last().IntersectionWith(Snapped));
 }
 
@@ -92,7 +93,8 @@ void FSlateWindowElementList::AddBox(const FSlateRect& Rect, const FColor& Color
 	Element.Color = Color;
 }
 
-void FSlateWindowElementList::AddRoundedBox(const FSlateRect& Rect, const FVector4f& Radii, const FColor& Fill, const FColor& Outline, float OutlineWidth)
+void FSlateWindowElementList::AddRoundedBox(
+	const FSlateRect& Rect, const FVector4f& Radii, const FColor& Fill, const FColor& Outline, float OutlineWidth)
 {
 	const bool bOutline = Outline.A != 0 && OutlineWidth > 0.0f;
 	if ((Fill.A == 0 && !bOutline) || !IsVisible(Rect))
@@ -166,7 +168,8 @@ void FSlateWindowElementList::AddChequer(const FSlateRect& Rect)
 	Element.Color = FColor(255, 0, 0, 255);
 }
 
-void FSlateWindowElementList::AddBrush(const FSlateRect& Rect, const FSlateBrush& Brush, const FLinearColor& Color, const FLinearColor& InheritedTint)
+void FSlateWindowElementList::AddBrush(
+	const FSlateRect& Rect, const FSlateBrush& Brush, const FLinearColor& Color, const FLinearColor& InheritedTint)
 {
 	if (Brush.IsUnknown())
 	{
@@ -192,7 +195,8 @@ void FSlateWindowElementList::AddBrush(const FSlateRect& Rect, const FSlateBrush
 		return;
 	}
 	const FSlateBrushOutlineSettings& Settings = Brush.OutlineSettings;
-	FVector4f Radii(static_cast<float>(Settings.CornerRadii.X), static_cast<float>(Settings.CornerRadii.Y), static_cast<float>(Settings.CornerRadii.Z), static_cast<float>(Settings.CornerRadii.W));
+	FVector4f Radii(static_cast<float>(Settings.CornerRadii.X), static_cast<float>(Settings.CornerRadii.Y),
+		static_cast<float>(Settings.CornerRadii.Z), static_cast<float>(Settings.CornerRadii.W));
 	if (Settings.RoundingType == ESlateBrushRoundingType::HalfHeightRadius)
 	{
 		const float Half = Rect.Height() * 0.5f / Scale;

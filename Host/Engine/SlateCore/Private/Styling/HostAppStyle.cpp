@@ -156,7 +156,8 @@ namespace
 		return Style;
 	}
 
-	FButtonStyle MakeFilledButton(const TCHAR* Fill, const TCHAR* Line, const TCHAR* HoverFill, const TCHAR* HoverLine, const TCHAR* PressFill, const TCHAR* Text)
+	FButtonStyle MakeFilledButton(
+		const TCHAR* Fill, const TCHAR* Line, const TCHAR* HoverFill, const TCHAR* HoverLine, const TCHAR* PressFill, const TCHAR* Text)
 	{
 		FButtonStyle Style;
 		Style.SetNormal(Outlined(Fill, 4.0f, Line)).SetHovered(Outlined(HoverFill, 4.0f, HoverLine));
@@ -173,11 +174,14 @@ namespace
 		FButtonStyle Bare;
 		Bare.DisabledContentOpacity = 0.6f;
 		Set.Set(FName(TEXT("NoBorder")), Bare);
-		Set.Set(FName(TEXT("Button")), MakeFilledButton(TEXT("20242D"), TEXT("343946"), TEXT("2A2F3A"), TEXT("434959"), TEXT("191C23"), TEXT("E6E6E6")));
-		Set.Set(FName(TEXT("PrimaryButton")), MakeFilledButton(TEXT("24527F"), TEXT("3B76AE"), TEXT("2D6498"), TEXT("4F8CC6"), TEXT("1D4469"), TEXT("FFFFFF")));
+		Set.Set(FName(TEXT("Button")),
+			MakeFilledButton(TEXT("20242D"), TEXT("343946"), TEXT("2A2F3A"), TEXT("434959"), TEXT("191C23"), TEXT("E6E6E6")));
+		Set.Set(FName(TEXT("PrimaryButton")),
+			MakeFilledButton(TEXT("24527F"), TEXT("3B76AE"), TEXT("2D6498"), TEXT("4F8CC6"), TEXT("1D4469"), TEXT("FFFFFF")));
 
 		FComboButtonStyle Combo;
-		Combo.ButtonStyle = MakeFilledButton(TEXT("20242D"), TEXT("343946"), TEXT("2A2F3A"), TEXT("434959"), TEXT("20242D"), TEXT("CBCBCB"));
+		Combo.ButtonStyle =
+			MakeFilledButton(TEXT("20242D"), TEXT("343946"), TEXT("2A2F3A"), TEXT("434959"), TEXT("20242D"), TEXT("CBCBCB"));
 		Combo.ButtonStyle.MinSize = FVector2D(0, 0);
 		Combo.ButtonStyle.DisabledForeground = Hex(TEXT("CBCBCB"));
 		Combo.ButtonStyle.DisabledContentOpacity = 0.6f;
@@ -232,7 +236,8 @@ namespace
 		Box.BackgroundImageFocused = Outlined(TEXT("0A0B0F"), 4.0f, TEXT("7CB9FF"));
 		Box.BackgroundImageReadOnly = Box.BackgroundImageNormal;
 		Box.BackgroundImageDisabled = Outlined(TEXT("121319"), 4.0f, TEXT("23262F"));
-		for (FSlateBrush* Brush : { &Box.BackgroundImageNormal, &Box.BackgroundImageHovered, &Box.BackgroundImageFocused, &Box.BackgroundImageReadOnly, &Box.BackgroundImageDisabled })
+		for (FSlateBrush* Brush : { &Box.BackgroundImageNormal, &Box.BackgroundImageHovered, &Box.BackgroundImageFocused,
+				 &Box.BackgroundImageReadOnly, &Box.BackgroundImageDisabled })
 		{
 			Brush->SetSurface(true);
 		}

@@ -104,7 +104,8 @@ struct SBoxPanel::FKeptSizes
 		if (bMaxAcrossStale)
 		{
 			bMaxAcrossStale = false;
-			MaxAcross = Acrosses.Num() > 0 ? FMath::Max(*std::max_element(Acrosses.GetData(), Acrosses.GetData() + Acrosses.Num()), 0.0) : 0.0;
+			MaxAcross =
+				Acrosses.Num() > 0 ? FMath::Max(*std::max_element(Acrosses.GetData(), Acrosses.GetData() + Acrosses.Num()), 0.0) : 0.0;
 		}
 		const int32 Count = Lengths.Num();
 		if (Starts.Num() != Count + 1)
@@ -186,7 +187,8 @@ void SBoxPanel::PrepassChildren(float LayoutScale, bool bOwnChange)
 	}
 	const TArray<int32>& Bound = Kept->Watch.GetBound();
 	const int32* const BoundEnd = Bound.GetData() + Bound.Num();
-	for (const int32* Index = std::lower_bound(Bound.GetData(), BoundEnd, Kept->ShownBegin); Index != BoundEnd && *Index < Kept->ShownEnd; ++Index)
+	for (const int32* Index = std::lower_bound(Bound.GetData(), BoundEnd, Kept->ShownBegin); Index != BoundEnd && *Index < Kept->ShownEnd;
+		 ++Index)
 	{
 		if (!Measure(*Index))
 		{
@@ -327,7 +329,8 @@ void SBoxPanel::ArrangeKept(const FGeometry& AllottedGeometry, FArrangedChildren
 	}
 }
 
-void SBoxPanel::ArrangeChild(const FGeometry& AllottedGeometry, int32 Index, double Start, float Along, FArrangedChildren& ArrangedChildren) const
+void SBoxPanel::ArrangeChild(
+	const FGeometry& AllottedGeometry, int32 Index, double Start, float Along, FArrangedChildren& ArrangedChildren) const
 {
 	const bool bVertical = Orientation == Orient_Vertical;
 	const FVector2D& Size = AllottedGeometry.GetLocalSize();
@@ -341,7 +344,8 @@ void SBoxPanel::ArrangeChild(const FGeometry& AllottedGeometry, int32 Index, dou
 	const FAlignedAxis X = AlignChild(Slot.GetHorizontalAlignment(), SlotX, static_cast<float>(Desired.X), Padding);
 	const FAlignedAxis Y = AlignChild(Slot.GetVerticalAlignment(), SlotY, static_cast<float>(Desired.Y), Padding);
 	const FVector2D Position = bVertical ? FVector2D(X.Offset, Start + Y.Offset) : FVector2D(Start + X.Offset, Y.Offset);
-	ArrangedChildren.AddWidget(Widget->GetVisibility(), FArrangedWidget(Widget, AllottedGeometry.MakeChild(Position, FVector2D(X.Size, Y.Size))));
+	ArrangedChildren.AddWidget(
+		Widget->GetVisibility(), FArrangedWidget(Widget, AllottedGeometry.MakeChild(Position, FVector2D(X.Size, Y.Size))));
 }
 
 void SBoxPanel::ArrangeAll(const FGeometry& AllottedGeometry, FArrangedChildren& ArrangedChildren) const

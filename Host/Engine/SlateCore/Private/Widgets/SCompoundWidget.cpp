@@ -42,11 +42,13 @@ FWidgetStyle SCompoundWidget::GetChildStyle(const FWidgetStyle& InWidgetStyle) c
 	return Style;
 }
 
-int32 SCompoundWidget::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect, FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const
+int32 SCompoundWidget::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect,
+	FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const
 {
 	FArrangedChildren Arranged(EVisibility::Visible, OutDrawElements.GetClip());
 	ArrangeChildren(AllottedGeometry, Arranged);
-	return PaintArrangedChildren(Args, Arranged, MyCullingRect, OutDrawElements, LayerId, GetChildStyle(InWidgetStyle), ShouldBeEnabled(bParentEnabled));
+	return PaintArrangedChildren(
+		Args, Arranged, MyCullingRect, OutDrawElements, LayerId, GetChildStyle(InWidgetStyle), ShouldBeEnabled(bParentEnabled));
 }
 
 FVector2D SCompoundWidget::ComputeDesiredSize(float LayoutScaleMultiplier) const
@@ -70,12 +72,15 @@ void SCompoundWidget::OnArrangeChildren(const FGeometry& AllottedGeometry, FArra
 	const FVector2D& Size = AllottedGeometry.GetLocalSize();
 	const FVector2D& Desired = Child->GetDesiredSize();
 	const FMargin Padding = ChildSlot.GetPadding();
-	const FAlignedAxis X = AlignChild(ChildSlot.GetHorizontalAlignment(), static_cast<float>(Size.X), static_cast<float>(Desired.X), Padding);
+	const FAlignedAxis X =
+		AlignChild(ChildSlot.GetHorizontalAlignment(), static_cast<float>(Size.X), static_cast<float>(Desired.X), Padding);
 	const FAlignedAxis Y = AlignChild(ChildSlot.GetVerticalAlignment(), static_cast<float>(Size.Y), static_cast<float>(Desired.Y), Padding);
-	ArrangedChildren.AddWidget(FArrangedWidget(Child, AllottedGeometry.MakeChild(FVector2D(X.Offset, Y.Offset), FVector2D(X.Size, Y.Size))));
+	ArrangedChildren.AddWidget(
+		FArrangedWidget(Child, AllottedGeometry.MakeChild(FVector2D(X.Offset, Y.Offset), FVector2D(X.Size, Y.Size))));
 }
 
-int32 SPanel::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect, FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const
+int32 SPanel::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect,
+	FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const
 {
 	FArrangedChildren Arranged(EVisibility::Visible, OutDrawElements.GetClip());
 	ArrangeChildren(AllottedGeometry, Arranged);

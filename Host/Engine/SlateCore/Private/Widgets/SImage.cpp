@@ -3,7 +3,8 @@
 void SImage::Construct(const FArguments& InArgs)
 {
 	SetCanTick(false);
-	AssignSizeAttribute(Image, InArgs._Image.IsSet() ? InArgs._Image : TAttribute<const FSlateBrush*>(static_cast<const FSlateBrush*>(nullptr)));
+	AssignSizeAttribute(
+		Image, InArgs._Image.IsSet() ? InArgs._Image : TAttribute<const FSlateBrush*>(static_cast<const FSlateBrush*>(nullptr)));
 	ColorAndOpacity = InArgs._ColorAndOpacity;
 	AssignSizeAttribute(DesiredSizeOverride, InArgs._DesiredSizeOverride);
 	if (InArgs._OnMouseButtonDown.IsBound())
@@ -32,11 +33,13 @@ FReply SImage::OnMouseButtonDown(const FGeometry& MyGeometry, const FPointerEven
 	return FReply::Unhandled();
 }
 
-int32 SImage::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect, FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const
+int32 SImage::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect,
+	FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const
 {
 	if (const FSlateBrush* Brush = Image.Get())
 	{
-		OutDrawElements.AddBrush(AllottedGeometry.GetLayoutBoundingRect(), *Brush, ColorAndOpacity.Get().GetColor(InWidgetStyle), InWidgetStyle.GetColorAndOpacityTint());
+		OutDrawElements.AddBrush(AllottedGeometry.GetLayoutBoundingRect(), *Brush, ColorAndOpacity.Get().GetColor(InWidgetStyle),
+			InWidgetStyle.GetColorAndOpacityTint());
 	}
 	return LayerId;
 }

@@ -43,8 +43,10 @@ void SOverlay::OnArrangeChildren(const FGeometry& AllottedGeometry, FArrangedChi
 		}
 		const FVector2D& Desired = Child->GetDesiredSize();
 		const FMargin Padding = Slot.GetPadding();
-		const FAlignedAxis X = AlignChild(Slot.GetHorizontalAlignment(), static_cast<float>(Size.X), static_cast<float>(Desired.X), Padding);
+		const FAlignedAxis X =
+			AlignChild(Slot.GetHorizontalAlignment(), static_cast<float>(Size.X), static_cast<float>(Desired.X), Padding);
 		const FAlignedAxis Y = AlignChild(Slot.GetVerticalAlignment(), static_cast<float>(Size.Y), static_cast<float>(Desired.Y), Padding);
-		ArrangedChildren.AddWidget(FArrangedWidget(Child, AllottedGeometry.MakeChild(FVector2D(X.Offset, Y.Offset), FVector2D(X.Size, Y.Size))));
+		ArrangedChildren.AddWidget(
+			FArrangedWidget(Child, AllottedGeometry.MakeChild(FVector2D(X.Offset, Y.Offset), FVector2D(X.Size, Y.Size))));
 	}
 }

@@ -107,17 +107,11 @@ FReply SWidget::OnMouseButtonDoubleClick(const FGeometry& MyGeometry, const FPoi
 	return FReply::Unhandled();
 }
 
-void SWidget::OnMouseEnter(const FGeometry& MyGeometry, const FPointerEvent& MouseEvent)
-{
-}
+void SWidget::OnMouseEnter(const FGeometry& MyGeometry, const FPointerEvent& MouseEvent) {}
 
-void SWidget::OnMouseLeave(const FPointerEvent& MouseEvent)
-{
-}
+void SWidget::OnMouseLeave(const FPointerEvent& MouseEvent) {}
 
-void SWidget::OnMouseCaptureLost()
-{
-}
+void SWidget::OnMouseCaptureLost() {}
 
 FCursorReply SWidget::OnCursorQuery(const FGeometry& MyGeometry, const FPointerEvent& CursorEvent) const
 {
@@ -134,9 +128,7 @@ FReply SWidget::OnFocusReceived(const FGeometry& MyGeometry, const FFocusEvent& 
 	return FReply::Unhandled();
 }
 
-void SWidget::OnFocusLost(const FFocusEvent& InFocusEvent)
-{
-}
+void SWidget::OnFocusLost(const FFocusEvent& InFocusEvent) {}
 
 bool SWidget::SupportsKeyboardFocus() const
 {
@@ -153,9 +145,7 @@ bool SWidget::GetTextInputArea(FSlateRect& OutCaret) const
 	return false;
 }
 
-void SWidget::Tick(const FGeometry& AllottedGeometry, const double InCurrentTime, const float InDeltaTime)
-{
-}
+void SWidget::Tick(const FGeometry& AllottedGeometry, const double InCurrentTime, const float InDeltaTime) {}
 
 void SWidget::SlatePrepass(float LayoutScale)
 {
@@ -201,7 +191,8 @@ void SWidget::ArrangeChildren(const FGeometry& AllottedGeometry, FArrangedChildr
 	OnArrangeChildren(AllottedGeometry, ArrangedChildren);
 }
 
-int32 SWidget::Paint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect, FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const
+int32 SWidget::Paint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect,
+	FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const
 {
 	CachedGeometry = AllottedGeometry;
 	if (Args.ShouldTick())
@@ -236,7 +227,8 @@ int32 SWidget::Paint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, 
 	return Result;
 }
 
-int32 SWidget::PaintArrangedChildren(const FPaintArgs& Args, const FArrangedChildren& ArrangedChildren, const FSlateRect& MyCullingRect, FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const
+int32 SWidget::PaintArrangedChildren(const FPaintArgs& Args, const FArrangedChildren& ArrangedChildren, const FSlateRect& MyCullingRect,
+	FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const
 {
 	int32 MaxLayer = LayerId;
 	for (int32 Index = 0; Index < ArrangedChildren.Num(); ++Index)
@@ -247,7 +239,8 @@ int32 SWidget::PaintArrangedChildren(const FPaintArgs& Args, const FArrangedChil
 		// Edges count: a widget without size at a place in view still ticks.
 		if (Bounds.Left <= Clip.Right && Bounds.Right >= Clip.Left && Bounds.Top <= Clip.Bottom && Bounds.Bottom >= Clip.Top)
 		{
-			MaxLayer = FMath::Max(MaxLayer, Child.Widget->Paint(Args, Child.Geometry, MyCullingRect, OutDrawElements, LayerId, InWidgetStyle, bParentEnabled));
+			MaxLayer = FMath::Max(MaxLayer,
+				Child.Widget->Paint(Args, Child.Geometry, MyCullingRect, OutDrawElements, LayerId, InWidgetStyle, bParentEnabled));
 		}
 	}
 	return MaxLayer;
@@ -274,9 +267,7 @@ void SWidget::Invalidate(EInvalidateWidgetReason InvalidateReason)
 	}
 }
 
-void SWidget::OnChildChanged(SWidget& Child)
-{
-}
+void SWidget::OnChildChanged(SWidget& Child) {}
 
 TSharedPtr<SWidget> SWidget::GetParentWidget() const
 {
@@ -389,7 +380,8 @@ void SWidget::UnRegisterActiveTimer(const TSharedRef<FActiveTimerHandle>& Active
 	{
 		return;
 	}
-	Rare->ActiveTimers.RemoveAll([&ActiveTimerHandle](const TSharedRef<FActiveTimerHandle>& Timer) { return &Timer.Get() == &ActiveTimerHandle.Get(); });
+	Rare->ActiveTimers.RemoveAll(
+		[&ActiveTimerHandle](const TSharedRef<FActiveTimerHandle>& Timer) { return &Timer.Get() == &ActiveTimerHandle.Get(); });
 }
 
 void SWidget::RunActiveTimers(double Now)

@@ -6,5 +6,6 @@
 struct SLATECORE_API FSlateImageBrush : public FSlateBrush
 {
 	/** @param InPath  Full path with extension. A file that cannot be read is drawn as a red chequer. */
-	FSlateImageBrush(const FString& InPath, const FVector2D& InImageSize, const FSlateColor& InTint = FSlateColor(FLinearColor(1.0f, 1.0f, 1.0f, 1.0f)));
+	FSlateImageBrush(
+		const FString& InPath, const FVector2D& InImageSize, const FSlateColor& InTint = FSlateColor(FLinearColor(1.0f, 1.0f, 1.0f, 1.0f)));
 };

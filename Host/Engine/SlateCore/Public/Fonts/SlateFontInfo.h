@@ -35,8 +35,8 @@ struct SLATECORE_API FSlateFontInfo
 	bool IsItalic() const;
 	bool operator==(const FSlateFontInfo& Other) const
 	{
-		return TypefaceFontName == Other.TypefaceFontName && Size == Other.Size && LetterSpacing == Other.LetterSpacing
-			&& OutlineSettings == Other.OutlineSettings && FamilyName == Other.FamilyName;
+		return TypefaceFontName == Other.TypefaceFontName && Size == Other.Size && LetterSpacing == Other.LetterSpacing &&
+			OutlineSettings == Other.OutlineSettings && FamilyName == Other.FamilyName;
 	}
 	bool operator!=(const FSlateFontInfo& Other) const { return !(*this == Other); }
 };

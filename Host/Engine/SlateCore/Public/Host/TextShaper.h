@@ -17,7 +17,7 @@ struct FFontLineMetrics
 	float Descent = 0.0f;
 	float LineHeight = 0.0f;
 	float UnderlineOffset = 0.0f; // From the baseline, downwards.
-	float StrikeOffset = 0.0f;    // From the baseline, upwards.
+	float StrikeOffset = 0.0f; // From the baseline, upwards.
 	float LineThickness = 1.0f;
 };
 
@@ -37,7 +37,7 @@ struct FParagraphLine
 	float Top = 0.0f;
 	float Height = 0.0f;
 	float Baseline = 0.0f; // From Top.
-	float Width = 0.0f;    // Of the ink-bearing text; hanging blanks do not count.
+	float Width = 0.0f; // Of the ink-bearing text; hanging blanks do not count.
 };
 
 /** A stretch of a line between two x positions, device pixels from the line's left edge. */

@@ -8,7 +8,8 @@ class FModifierKeysState
 {
 public:
 	FModifierKeysState() = default;
-	FModifierKeysState(bool bLeftShift, bool bRightShift, bool bLeftControl, bool bRightControl, bool bLeftAlt, bool bRightAlt, bool bLeftCommand = false, bool bRightCommand = false)
+	FModifierKeysState(bool bLeftShift, bool bRightShift, bool bLeftControl, bool bRightControl, bool bLeftAlt, bool bRightAlt,
+		bool bLeftCommand = false, bool bRightCommand = false)
 		: bIsLeftShiftDown(bLeftShift)
 		, bIsRightShiftDown(bRightShift)
 		, bIsLeftControlDown(bLeftControl)
@@ -127,7 +128,8 @@ private:
 struct FPointerEvent : public FInputEvent
 {
 	FPointerEvent() = default;
-	FPointerEvent(const FVector2D& InPosition, const FVector2D& InLastPosition, const FKey& InButton, const FVector2D& InWheel, const FModifierKeysState& InModifiers, bool bInLeftDown = false)
+	FPointerEvent(const FVector2D& InPosition, const FVector2D& InLastPosition, const FKey& InButton, const FVector2D& InWheel,
+		const FModifierKeysState& InModifiers, bool bInLeftDown = false)
 		: FInputEvent(InModifiers, false)
 		, Position(InPosition)
 		, LastPosition(InLastPosition)

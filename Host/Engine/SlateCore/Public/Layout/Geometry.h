@@ -32,10 +32,14 @@ public:
 	float GetAccumulatedScale() const { return Scale; }
 	FSlateRect GetLayoutBoundingRect() const
 	{
-		return FSlateRect(static_cast<float>(AbsolutePosition.X), static_cast<float>(AbsolutePosition.Y), static_cast<float>(AbsolutePosition.X + Size.X * Scale), static_cast<float>(AbsolutePosition.Y + Size.Y * Scale));
+		return FSlateRect(static_cast<float>(AbsolutePosition.X), static_cast<float>(AbsolutePosition.Y),
+			static_cast<float>(AbsolutePosition.X + Size.X * Scale), static_cast<float>(AbsolutePosition.Y + Size.Y * Scale));
 	}
 	/** The device rectangle of a part given in this geometry's units. */
-	FSlateRect ToDevice(const FVector2D& LocalOffset, const FVector2D& LocalSize) const { return MakeChild(LocalOffset, LocalSize).GetLayoutBoundingRect(); }
+	FSlateRect ToDevice(const FVector2D& LocalOffset, const FVector2D& LocalSize) const
+	{
+		return MakeChild(LocalOffset, LocalSize).GetLayoutBoundingRect();
+	}
 	FVector2D AbsoluteToLocal(const FVector2D& Absolute) const { return (Absolute - AbsolutePosition) / static_cast<double>(Scale); }
 	FVector2D LocalToAbsolute(const FVector2D& Local) const { return AbsolutePosition + Local * static_cast<double>(Scale); }
 	bool IsUnderLocation(const FVector2D& Absolute) const { return GetLayoutBoundingRect().ContainsPoint(Absolute); }

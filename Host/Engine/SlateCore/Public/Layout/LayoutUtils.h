@@ -11,6 +11,9 @@ struct FAlignedAxis
 	float Size = 0.0f;
 };
 
-/** Places a child along one axis of a slot: fill takes all room, the others the desired size, clamped to the room unless told otherwise. Pure. */
-SLATECORE_API FAlignedAxis AlignChild(EHorizontalAlignment Alignment, float SlotSize, float DesiredSize, const FMargin& Padding, bool bClampToSlot = true);
-SLATECORE_API FAlignedAxis AlignChild(EVerticalAlignment Alignment, float SlotSize, float DesiredSize, const FMargin& Padding, bool bClampToSlot = true);
+/** Places a child along one axis of a slot: fill takes all room, the others the desired size, clamped to the room unless told otherwise.
+ * Pure. */
+SLATECORE_API FAlignedAxis AlignChild(
+	EHorizontalAlignment Alignment, float SlotSize, float DesiredSize, const FMargin& Padding, bool bClampToSlot = true);
+SLATECORE_API FAlignedAxis AlignChild(
+	EVerticalAlignment Alignment, float SlotSize, float DesiredSize, const FMargin& Padding, bool bClampToSlot = true);

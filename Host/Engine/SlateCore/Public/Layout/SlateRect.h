@@ -23,14 +23,12 @@ public:
 	float Width() const { return Right - Left; }
 	float Height() const { return Bottom - Top; }
 	bool IsEmpty() const { return !(Left < Right && Top < Bottom); }
-	bool ContainsPoint(const FVector2D& Point) const
-	{
-		return Point.X >= Left && Point.X < Right && Point.Y >= Top && Point.Y < Bottom;
-	}
+	bool ContainsPoint(const FVector2D& Point) const { return Point.X >= Left && Point.X < Right && Point.Y >= Top && Point.Y < Bottom; }
 	/** The common part; empty (and possibly inverted) when there is none. */
 	FSlateRect IntersectionWith(const FSlateRect& Other) const
 	{
-		return FSlateRect(FMath::Max(Left, Other.Left), FMath::Max(Top, Other.Top), FMath::Min(Right, Other.Right), FMath::Min(Bottom, Other.Bottom));
+		return FSlateRect(
+			FMath::Max(Left, Other.Left), FMath::Max(Top, Other.Top), FMath::Min(Right, Other.Right), FMath::Min(Bottom, Other.Bottom));
 	}
 	/** The smallest rectangle around both; an empty one adds nothing. */
 	FSlateRect Expand(const FSlateRect& Other) const
@@ -43,7 +41,8 @@ public:
 		{
 			return *this;
 		}
-		return FSlateRect(FMath::Min(Left, Other.Left), FMath::Min(Top, Other.Top), FMath::Max(Right, Other.Right), FMath::Max(Bottom, Other.Bottom));
+		return FSlateRect(
+			FMath::Min(Left, Other.Left), FMath::Min(Top, Other.Top), FMath::Max(Right, Other.Right), FMath::Max(Bottom, Other.Bottom));
 	}
 	/** Grown by the same amount on every side. */
 	FSlateRect ExtendBy(float Amount) const { return FSlateRect(Left - Amount, Top - Amount, Right + Amount, Bottom + Amount); }

@@ -10,12 +10,12 @@ class FGeometry;
 /** What one element draws. */
 enum class ESlateDrawType : uint8
 {
-	Box,        // A filled rectangle, edges snapped to pixels.
+	Box, // A filled rectangle, edges snapped to pixels.
 	RoundedBox, // Filled and outlined, each corner with its radius. The outline lies inside the edge.
-	Image,      // A picture file, stretched to the rectangle, tinted when TintImage is set.
-	Glyphs,     // A run; Rect.Left is the pen, Rect.Top the baseline.
-	Shadow,     // A soft shadow around a rounded rectangle.
-	Chequer,    // Red squares: a name that the host does not know.
+	Image, // A picture file, stretched to the rectangle, tinted when TintImage is set.
+	Glyphs, // A run; Rect.Left is the pen, Rect.Top the baseline.
+	Shadow, // A soft shadow around a rounded rectangle.
+	Chequer, // Red squares: a name that the host does not know.
 };
 
 /** One thing to paint. All lengths are device pixels, colours are sRGB bytes with straight alpha. */
@@ -70,10 +70,12 @@ public:
 	void AddChequer(const FSlateRect& Rect);
 	/**
 	 * Draws a brush over a rectangle.
-	 * @param Color          The colour that the widget gives its brush: multiplied with the brush's tint, or put in its place for a surface brush.
+	 * @param Color          The colour that the widget gives its brush: multiplied with the brush's tint, or put in its place for a surface
+	 * brush.
 	 * @param InheritedTint  Product of the tints and opacities of all ancestors.
 	 */
-	void AddBrush(const FSlateRect& Rect, const FSlateBrush& Brush, const FLinearColor& Color, const FLinearColor& InheritedTint = FLinearColor::White);
+	void AddBrush(const FSlateRect& Rect, const FSlateBrush& Brush, const FLinearColor& Color,
+		const FLinearColor& InheritedTint = FLinearColor::White);
 
 	/** Unknown names drawn in this list. A test fails when it is not zero. */
 	int32 GetChequerCount() const { return ChequerCount; }

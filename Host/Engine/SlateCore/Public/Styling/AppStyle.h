@@ -9,8 +9,14 @@ class SLATECORE_API FAppStyle
 public:
 	static const ISlateStyle& Get();
 	static const FName& GetAppStyleSetName();
-	static const FSlateBrush* GetBrush(FName PropertyName, const char* Specifier = nullptr) { return Get().GetBrush(PropertyName, Specifier); }
-	static FSlateFontInfo GetFontStyle(FName PropertyName, const char* Specifier = nullptr) { return Get().GetFontStyle(PropertyName, Specifier); }
+	static const FSlateBrush* GetBrush(FName PropertyName, const char* Specifier = nullptr)
+	{
+		return Get().GetBrush(PropertyName, Specifier);
+	}
+	static FSlateFontInfo GetFontStyle(FName PropertyName, const char* Specifier = nullptr)
+	{
+		return Get().GetFontStyle(PropertyName, Specifier);
+	}
 	static FLinearColor GetColor(FName PropertyName, const char* Specifier = nullptr) { return Get().GetColor(PropertyName, Specifier); }
 	static const FSlateBrush* GetNoBrush();
 };

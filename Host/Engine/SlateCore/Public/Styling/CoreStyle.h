@@ -9,5 +9,6 @@ class SLATECORE_API FCoreStyle
 public:
 	static const ISlateStyle& Get();
 	/** The default font: "Regular", "Bold", "Italic", "BoldItalic" or "Mono" in points; an unknown typeface takes the first. */
-	static FSlateFontInfo GetDefaultFontStyle(FName InTypefaceFontName, float InSize, const FFontOutlineSettings& InOutlineSettings = FFontOutlineSettings());
+	static FSlateFontInfo GetDefaultFontStyle(
+		FName InTypefaceFontName, float InSize, const FFontOutlineSettings& InOutlineSettings = FFontOutlineSettings());
 };

@@ -16,7 +16,8 @@ public:
 	virtual const FName& GetStyleSetName() const = 0;
 	virtual const FSlateBrush* GetBrush(FName PropertyName, const char* Specifier = nullptr) const = 0;
 	/** Null (or the default given) for an unknown name, without a complaint. */
-	virtual const FSlateBrush* GetOptionalBrush(FName PropertyName, const char* Specifier = nullptr, const FSlateBrush* DefaultBrush = nullptr) const = 0;
+	virtual const FSlateBrush* GetOptionalBrush(
+		FName PropertyName, const char* Specifier = nullptr, const FSlateBrush* DefaultBrush = nullptr) const = 0;
 	virtual FSlateFontInfo GetFontStyle(FName PropertyName, const char* Specifier = nullptr) const = 0;
 	virtual FLinearColor GetColor(FName PropertyName, const char* Specifier = nullptr) const = 0;
 	virtual float GetFloat(FName PropertyName, const char* Specifier = nullptr) const = 0;

@@ -19,7 +19,8 @@ public:
 	FString RootToContentDir(const FString& RelativePath) const;
 
 	virtual const FSlateBrush* GetBrush(FName PropertyName, const char* Specifier = nullptr) const override;
-	virtual const FSlateBrush* GetOptionalBrush(FName PropertyName, const char* Specifier = nullptr, const FSlateBrush* DefaultBrush = nullptr) const override;
+	virtual const FSlateBrush* GetOptionalBrush(
+		FName PropertyName, const char* Specifier = nullptr, const FSlateBrush* DefaultBrush = nullptr) const override;
 	virtual FSlateFontInfo GetFontStyle(FName PropertyName, const char* Specifier = nullptr) const override;
 	virtual FLinearColor GetColor(FName PropertyName, const char* Specifier = nullptr) const override;
 	virtual float GetFloat(FName PropertyName, const char* Specifier = nullptr) const override;
@@ -28,14 +29,12 @@ public:
 
 	/** Takes ownership of a brush made with new. */
 	template <typename BrushType>
-		requires(std::is_base_of_v<FSlateBrush, BrushType>)
-	void Set(FName PropertyName, BrushType* InBrush)
+	requires(std::is_base_of_v<FSlateBrush, BrushType>) void Set(FName PropertyName, BrushType* InBrush)
 	{
 		SetBrush(PropertyName, TUniquePtr<FSlateBrush>(InBrush));
 	}
 	template <typename StyleType>
-		requires(std::is_base_of_v<FSlateWidgetStyle, StyleType>)
-	void Set(FName PropertyName, const StyleType& InStyle)
+	requires(std::is_base_of_v<FSlateWidgetStyle, StyleType>) void Set(FName PropertyName, const StyleType& InStyle)
 	{
 		SetWidgetStyle(PropertyName, MakeUnique<StyleType>(InStyle));
 	}

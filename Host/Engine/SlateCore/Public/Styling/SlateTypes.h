@@ -9,7 +9,10 @@
 
 #define SLATE_STYLE_TYPE(StyleType) \
 	static FName TypeName(); \
-	virtual FName GetTypeName() const override { return TypeName(); } \
+	virtual FName GetTypeName() const override \
+	{ \
+		return TypeName(); \
+	} \
 	static const StyleType& GetDefault();
 
 /** Look of a text. */
@@ -22,12 +25,36 @@ struct SLATECORE_API FTextBlockStyle : public FSlateWidgetStyle
 	FVector2D ShadowOffset = FVector2D(0, 0);
 	FSlateBrush StrikeBrush = FSlateNoResource();
 	FSlateBrush UnderlineBrush = FSlateNoResource();
-	FTextBlockStyle& SetFont(const FSlateFontInfo& InFont) { Font = InFont; return *this; }
-	FTextBlockStyle& SetFontSize(float InSize) { Font.Size = InSize; return *this; }
-	FTextBlockStyle& SetTypefaceFontName(FName InName) { Font.TypefaceFontName = InName; return *this; }
-	FTextBlockStyle& SetColorAndOpacity(const FSlateColor& InColor) { ColorAndOpacity = InColor; return *this; }
-	FTextBlockStyle& SetStrikeBrush(const FSlateBrush& InBrush) { StrikeBrush = InBrush; return *this; }
-	FTextBlockStyle& SetUnderlineBrush(const FSlateBrush& InBrush) { UnderlineBrush = InBrush; return *this; }
+	FTextBlockStyle& SetFont(const FSlateFontInfo& InFont)
+	{
+		Font = InFont;
+		return *this;
+	}
+	FTextBlockStyle& SetFontSize(float InSize)
+	{
+		Font.Size = InSize;
+		return *this;
+	}
+	FTextBlockStyle& SetTypefaceFontName(FName InName)
+	{
+		Font.TypefaceFontName = InName;
+		return *this;
+	}
+	FTextBlockStyle& SetColorAndOpacity(const FSlateColor& InColor)
+	{
+		ColorAndOpacity = InColor;
+		return *this;
+	}
+	FTextBlockStyle& SetStrikeBrush(const FSlateBrush& InBrush)
+	{
+		StrikeBrush = InBrush;
+		return *this;
+	}
+	FTextBlockStyle& SetUnderlineBrush(const FSlateBrush& InBrush)
+	{
+		UnderlineBrush = InBrush;
+		return *this;
+	}
 };
 
 /** Look of a button in its states. MinSize and Padding are the frame's own, besides the content padding of the widget. */
@@ -49,10 +76,26 @@ struct SLATECORE_API FButtonStyle : public FSlateWidgetStyle
 	FVector2D MinSize = FVector2D(0, 0);
 	/** Corner radius of the focus ring. */
 	float Radius = 4.0f;
-	FButtonStyle& SetNormal(const FSlateBrush& InBrush) { Normal = InBrush; return *this; }
-	FButtonStyle& SetHovered(const FSlateBrush& InBrush) { Hovered = InBrush; return *this; }
-	FButtonStyle& SetPressed(const FSlateBrush& InBrush) { Pressed = InBrush; return *this; }
-	FButtonStyle& SetDisabled(const FSlateBrush& InBrush) { Disabled = InBrush; return *this; }
+	FButtonStyle& SetNormal(const FSlateBrush& InBrush)
+	{
+		Normal = InBrush;
+		return *this;
+	}
+	FButtonStyle& SetHovered(const FSlateBrush& InBrush)
+	{
+		Hovered = InBrush;
+		return *this;
+	}
+	FButtonStyle& SetPressed(const FSlateBrush& InBrush)
+	{
+		Pressed = InBrush;
+		return *this;
+	}
+	FButtonStyle& SetDisabled(const FSlateBrush& InBrush)
+	{
+		Disabled = InBrush;
+		return *this;
+	}
 };
 
 /** Look of a combo button or combo box. */

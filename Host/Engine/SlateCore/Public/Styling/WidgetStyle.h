@@ -13,7 +13,8 @@ public:
 	const FLinearColor& GetSubduedForegroundColor() const { return SubduedForeground; }
 	FWidgetStyle& BlendColorAndOpacityTint(const FLinearColor& Tint)
 	{
-		ColorAndOpacityTint = FLinearColor(ColorAndOpacityTint.R * Tint.R, ColorAndOpacityTint.G * Tint.G, ColorAndOpacityTint.B * Tint.B, ColorAndOpacityTint.A * Tint.A);
+		ColorAndOpacityTint = FLinearColor(
+			ColorAndOpacityTint.R * Tint.R, ColorAndOpacityTint.G * Tint.G, ColorAndOpacityTint.B * Tint.B, ColorAndOpacityTint.A * Tint.A);
 		return *this;
 	}
 	FWidgetStyle& BlendOpacity(float Opacity)

@@ -15,10 +15,13 @@ class IToolTip;
 class ISlateStyle;
 
 /** SNew(SWidgetClass, positional arguments).Argument(..)[ child ] makes a widget and gives a TSharedRef to it. */
-#define SNew(WidgetType, ...) MakeSlateDeclaration<WidgetType>(FName(TEXT(#WidgetType)) __VA_OPT__(, ) __VA_ARGS__) <<= typename WidgetType::FArguments()
+#define SNew(WidgetType, ...) \
+	MakeSlateDeclaration<WidgetType>(FName(TEXT(#WidgetType)) __VA_OPT__(, ) __VA_ARGS__) <<= typename WidgetType::FArguments()
 
 /** As SNew, and leaves the widget in a TSharedPtr before its Construct runs. */
-#define SAssignNew(ExposeAs, WidgetType, ...) MakeSlateDeclaration<WidgetType>(FName(TEXT(#WidgetType)) __VA_OPT__(, ) __VA_ARGS__).Expose(ExposeAs) <<= typename WidgetType::FArguments()
+#define SAssignNew(ExposeAs, WidgetType, ...) \
+	MakeSlateDeclaration<WidgetType>(FName(TEXT(#WidgetType)) __VA_OPT__(, ) __VA_ARGS__).Expose(ExposeAs) <<= \
+		typename WidgetType::FArguments()
 
 #define SLATE_BEGIN_ARGS(InWidgetType) \
 public: \
@@ -29,7 +32,8 @@ public: \
 		FArguments()
 
 #define SLATE_END_ARGS() \
-	};
+	} \
+	;
 
 #define SLATE_PRIVATE_ATTRIBUTE_FUNCTION(AttrType, AttrName) \
 	WidgetArgsType& AttrName(TAttribute<AttrType> InAttribute) \
@@ -38,7 +42,8 @@ public: \
 		return static_cast<WidgetArgsType&>(*this); \
 	} \
 	template <typename UserClass, typename OwnerClass, typename... VarTypes> \
-	WidgetArgsType& AttrName(const UserClass* InUserObject, AttrType (OwnerClass::*InFunction)(std::type_identity_t<VarTypes>...) const, VarTypes... Vars) \
+	WidgetArgsType& AttrName( \
+		const UserClass* InUserObject, AttrType (OwnerClass::*InFunction)(std::type_identity_t<VarTypes>...) const, VarTypes... Vars) \
 	{ \
 		_##AttrName = TAttribute<AttrType>::CreateSP(InUserObject, InFunction, Vars...); \
 		return static_cast<WidgetArgsType&>(*this); \
@@ -104,8 +109,8 @@ public: \
 		return static_cast<WidgetArgsType&>(*this); \
 	} \
 	template <typename UserClass, typename FunctionType, typename... VarTypes> \
-		requires(std::is_member_function_pointer_v<FunctionType>) \
-	WidgetArgsType& EventName(UserClass* InUserObject, FunctionType InFunction, VarTypes... Vars) \
+	requires(std::is_member_function_pointer_v<FunctionType>) WidgetArgsType& EventName( \
+		UserClass* InUserObject, FunctionType InFunction, VarTypes... Vars) \
 	{ \
 		_##EventName = DelegateName::CreateSP(InUserObject, InFunction, Vars...); \
 		return static_cast<WidgetArgsType&>(*this); \
@@ -131,7 +136,10 @@ public: \
 
 /** A slot with a name of its own: .Header()[ widget ]. */
 #define SLATE_NAMED_SLOT(DeclarationType, SlotName) \
-	TSlateNamedSlot<DeclarationType> SlotName() { return TSlateNamedSlot<DeclarationType>(static_cast<DeclarationType&>(*this), _##SlotName); } \
+	TSlateNamedSlot<DeclarationType> SlotName() \
+	{ \
+		return TSlateNamedSlot<DeclarationType>(static_cast<DeclarationType&>(*this), _##SlotName); \
+	} \
 	FSlateNamedSlotContent _##SlotName;
 
 /** The slot that [ widget ] fills. */
@@ -245,7 +253,8 @@ struct TSlateDeclaration
 	TSharedRef<WidgetType> operator<<=(const typename WidgetType::FArguments& InArgs)
 	{
 		Widget->SWidgetConstruct(InArgs);
-		std::apply([this, &InArgs](auto&&... Arguments) { Widget->Construct(InArgs, std::forward<decltype(Arguments)>(Arguments)...); }, std::move(Required));
+		std::apply([this, &InArgs](auto&&... Arguments) { Widget->Construct(InArgs, std::forward<decltype(Arguments)>(Arguments)...); },
+			std::move(Required));
 		return Widget;
 	}
 

@@ -124,7 +124,7 @@ class SLATECORE_API SHorizontalBox : public SBoxPanel
 {
 public:
 	SLATE_BEGIN_ARGS(SHorizontalBox) {}
-		SLATE_SLOT_ARGUMENT(SBoxPanel::FSlot, Slots)
+	SLATE_SLOT_ARGUMENT(SBoxPanel::FSlot, Slots)
 	SLATE_END_ARGS()
 
 	SHorizontalBox();
@@ -135,7 +135,7 @@ class SLATECORE_API SVerticalBox : public SBoxPanel
 {
 public:
 	SLATE_BEGIN_ARGS(SVerticalBox) {}
-		SLATE_SLOT_ARGUMENT(SBoxPanel::FSlot, Slots)
+	SLATE_SLOT_ARGUMENT(SBoxPanel::FSlot, Slots)
 	SLATE_END_ARGS()
 
 	SVerticalBox();

@@ -20,8 +20,14 @@ public:
 		}
 		FCompoundWidgetOneChildSlot& Padding(TAttribute<FMargin> InPadding);
 		FCompoundWidgetOneChildSlot& Padding(float Uniform) { return Padding(TAttribute<FMargin>(FMargin(Uniform))); }
-		FCompoundWidgetOneChildSlot& Padding(float Horizontal, float Vertical) { return Padding(TAttribute<FMargin>(FMargin(Horizontal, Vertical))); }
-		FCompoundWidgetOneChildSlot& Padding(float Left, float Top, float Right, float Bottom) { return Padding(TAttribute<FMargin>(FMargin(Left, Top, Right, Bottom))); }
+		FCompoundWidgetOneChildSlot& Padding(float Horizontal, float Vertical)
+		{
+			return Padding(TAttribute<FMargin>(FMargin(Horizontal, Vertical)));
+		}
+		FCompoundWidgetOneChildSlot& Padding(float Left, float Top, float Right, float Bottom)
+		{
+			return Padding(TAttribute<FMargin>(FMargin(Left, Top, Right, Bottom)));
+		}
 		FCompoundWidgetOneChildSlot& HAlign(EHorizontalAlignment InAlignment);
 		FCompoundWidgetOneChildSlot& VAlign(EVerticalAlignment InAlignment);
 		void SetPadding(TAttribute<FMargin> InPadding) { Padding(MoveTemp(InPadding)); }
@@ -43,7 +49,8 @@ public:
 protected:
 	SCompoundWidget();
 
-	virtual int32 OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect, FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const override;
+	virtual int32 OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect,
+		FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const override;
 	virtual FVector2D ComputeDesiredSize(float LayoutScaleMultiplier) const override;
 	virtual void OnArrangeChildren(const FGeometry& AllottedGeometry, FArrangedChildren& ArrangedChildren) const override;
 	/** What children inherit: this widget's tint blended in, and its foreground colour when one was given. */

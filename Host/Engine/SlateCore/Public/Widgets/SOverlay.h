@@ -19,7 +19,7 @@ public:
 	using FScopedWidgetSlotArguments = TPanelChildren<FOverlaySlot>::FScopedWidgetSlotArguments;
 
 	SLATE_BEGIN_ARGS(SOverlay) {}
-		SLATE_SLOT_ARGUMENT(SOverlay::FOverlaySlot, Slots)
+	SLATE_SLOT_ARGUMENT(SOverlay::FOverlaySlot, Slots)
 	SLATE_END_ARGS()
 
 	SOverlay();

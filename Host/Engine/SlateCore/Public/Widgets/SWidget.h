@@ -79,7 +79,8 @@ public:
 	const FVector2D& GetDesiredSize() const;
 	void ArrangeChildren(const FGeometry& AllottedGeometry, FArrangedChildren& ArrangedChildren) const;
 	/** Ticks (unless Args say otherwise) and paints this widget and what lies in view below it. Returns the topmost layer. */
-	int32 Paint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect, FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const;
+	int32 Paint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect,
+		FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const;
 	/** Marks the widget as changed. Layout and anything that moves children measures it again, and all above it. */
 	void Invalidate(EInvalidateWidgetReason InvalidateReason);
 	bool NeedsPrepass() const { return bNeedsPrepass || bDescendantNeedsPrepass; }
@@ -141,12 +142,14 @@ public:
 protected:
 	SWidget();
 
-	virtual int32 OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect, FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const = 0;
+	virtual int32 OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect,
+		FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const = 0;
 	/** Desired size in units from the desired sizes of the children. */
 	virtual FVector2D ComputeDesiredSize(float LayoutScaleMultiplier) const = 0;
 	virtual void OnArrangeChildren(const FGeometry& AllottedGeometry, FArrangedChildren& ArrangedChildren) const = 0;
 	/** Paints all children of an arrangement that meet the clip, in order. */
-	int32 PaintArrangedChildren(const FPaintArgs& Args, const FArrangedChildren& ArrangedChildren, const FSlateRect& MyCullingRect, FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const;
+	int32 PaintArrangedChildren(const FPaintArgs& Args, const FArrangedChildren& ArrangedChildren, const FSlateRect& MyCullingRect,
+		FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const;
 	/** Counts a bound attribute that can change the size; false takes one back. Call it when an attribute is given. */
 	void NoteSizeBinding(bool bBound);
 	/** Replaces one size attribute by another: counts bindings and asks for a new layout. */

@@ -19,13 +19,15 @@ class SLATECORE_API SWindow : public SCompoundWidget
 public:
 	DECLARE_DELEGATE_OneParam(FOnWindowClosed, const TSharedRef<SWindow>&)
 
-	SLATE_BEGIN_ARGS(SWindow) {}
-		SLATE_ATTRIBUTE(FText, Title)
-		SLATE_ARGUMENT_DEFAULT(FVector2D, ClientSize) = FVector2D(0, 0);
-		SLATE_ARGUMENT_DEFAULT(ESizingRule, SizingRule) = ESizingRule::UserSized;
-		SLATE_ARGUMENT_DEFAULT(bool, SupportsMinimize) = true;
-		SLATE_ARGUMENT_DEFAULT(bool, SupportsMaximize) = true;
-		SLATE_DEFAULT_SLOT(FArguments, Content)
+		SLATE_BEGIN_ARGS(SWindow)
+	{
+	}
+	SLATE_ATTRIBUTE(FText, Title)
+	SLATE_ARGUMENT_DEFAULT(FVector2D, ClientSize) = FVector2D(0, 0);
+	SLATE_ARGUMENT_DEFAULT(ESizingRule, SizingRule) = ESizingRule::UserSized;
+	SLATE_ARGUMENT_DEFAULT(bool, SupportsMinimize) = true;
+	SLATE_ARGUMENT_DEFAULT(bool, SupportsMaximize) = true;
+	SLATE_DEFAULT_SLOT(FArguments, Content)
 	SLATE_END_ARGS()
 
 	void Construct(const FArguments& InArgs);

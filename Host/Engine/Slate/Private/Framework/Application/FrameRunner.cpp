@@ -144,7 +144,8 @@ void FFrameRunner::RunFrame()
 		LayOutAndPaint(Now, static_cast<float>(FMath::Min(Elapsed, MaxWidgetDelta)), Next);
 
 		const FSlateRect Whole(0.0f, 0.0f, static_cast<float>(Next.GetWindowSize().X), static_cast<float>(Next.GetWindowSize().Y));
-		const bool bWhole = Input.TakeExposed() || !bHasPicture || Next.GetWindowSize() != Elements.GetWindowSize() || Next.GetScale() != Elements.GetScale();
+		const bool bWhole = Input.TakeExposed() || !bHasPicture || Next.GetWindowSize() != Elements.GetWindowSize() ||
+			Next.GetScale() != Elements.GetScale();
 		const FSlateRect Damage = bWhole ? Whole : GetDamage(Elements.GetElements(), Next.GetElements()).IntersectionWith(Whole);
 		Stats.LastPaintedPixels = 0.0;
 		if (!Damage.IsEmpty())

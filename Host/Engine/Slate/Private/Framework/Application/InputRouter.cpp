@@ -262,7 +262,8 @@ void FInputRouter::UpdateHover(const FPointerEvent& Event)
 	if (const TSharedPtr<SWidget> Captor = FHostFocus::Get().MouseCaptor.Pin())
 	{
 		// While captured only the captor and what holds it can be hovered, and only while the pointer is on the captor.
-		const int32 Index = Path.Widgets.IndexOfByPredicate([&Captor](const FArrangedWidget& Entry) { return &Entry.Widget.Get() == Captor.Get(); });
+		const int32 Index =
+			Path.Widgets.IndexOfByPredicate([&Captor](const FArrangedWidget& Entry) { return &Entry.Widget.Get() == Captor.Get(); });
 		Shorten(Path.Widgets, Index + 1);
 	}
 	const TArray<TWeakPtr<SWidget>> Before = Hovered;
@@ -274,7 +275,8 @@ void FInputRouter::UpdateHover(const FPointerEvent& Event)
 	for (int32 Index = Before.Num() - 1; Index >= 0; --Index)
 	{
 		const TSharedPtr<SWidget> Widget = Before[Index].Pin();
-		if (Widget && !Path.Widgets.ContainsByPredicate([&Widget](const FArrangedWidget& Entry) { return &Entry.Widget.Get() == Widget.Get(); }))
+		if (Widget &&
+			!Path.Widgets.ContainsByPredicate([&Widget](const FArrangedWidget& Entry) { return &Entry.Widget.Get() == Widget.Get(); }))
 		{
 			Widget->bIsHovered = false;
 			Widget->bIsDirectlyHovered = false;
@@ -355,7 +357,8 @@ void FInputRouter::OnMouseDown(const FKey& Button, const FVector2D& Position, co
 
 	const double Now = FPlatformTime::Seconds();
 	const FVector2D Moved = Position - LastPressPosition;
-	const bool bDouble = LastPressButton == Button && LastPressTime >= 0.0 && Now - LastPressTime <= DoubleClickSeconds && FMath::Abs(Moved.X) <= DoubleClickDistance && FMath::Abs(Moved.Y) <= DoubleClickDistance;
+	const bool bDouble = LastPressButton == Button && LastPressTime >= 0.0 && Now - LastPressTime <= DoubleClickSeconds &&
+		FMath::Abs(Moved.X) <= DoubleClickDistance && FMath::Abs(Moved.Y) <= DoubleClickDistance;
 	LastPressButton = Button;
 	LastPressPosition = Position;
 	// A third press is a single one again: widgets count it from the double click before it.
@@ -540,7 +543,8 @@ void FInputRouter::MoveFocusByTab(bool bBackward)
 	{
 		return;
 	}
-	int32 Index = All.IndexOfByPredicate([&Focused](const TSharedRef<SWidget>& Widget) { return Focused && (&Widget.Get() == Focused.Get() || Widget->HasFocusedDescendants()); });
+	int32 Index = All.IndexOfByPredicate([&Focused](const TSharedRef<SWidget>& Widget)
+		{ return Focused && (&Widget.Get() == Focused.Get() || Widget->HasFocusedDescendants()); });
 	// The innermost match counts: an outer stop may hold the focused one.
 	for (int32 Other = Index + 1; Focused && Other < All.Num(); ++Other)
 	{
@@ -592,7 +596,12 @@ void FInputRouter::UpdateToolTip(double Now)
 		if (!ToolTip)
 		{
 			const TWeakPtr<SWidget> WeakOwner = Owner;
-			ToolTip = SNew(SToolTip).Text_Lambda([WeakOwner]() { const TSharedPtr<SWidget> Pinned = WeakOwner.Pin(); return Pinned ? Pinned->GetToolTipText() : FText::GetEmpty(); });
+			ToolTip = SNew(SToolTip).Text_Lambda(
+				[WeakOwner]()
+				{
+					const TSharedPtr<SWidget> Pinned = WeakOwner.Pin();
+					return Pinned ? Pinned->GetToolTipText() : FText::GetEmpty();
+				});
 		}
 		ToolTipOwner = Owner;
 		Layers.SetToolTip(ToolTip->AsWidget(), Pointer, Owner);

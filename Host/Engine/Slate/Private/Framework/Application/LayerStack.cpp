@@ -132,7 +132,8 @@ FLayerStack::~FLayerStack() = default;
 
 FGeometry FLayerStack::PlaceFloating(const SWidget& Widget, const FSlateRect& Rect, float Scale) const
 {
-	return FGeometry::MakeRoot(FVector2D(Rect.Width() / Scale, Rect.Height() / Scale), FVector2D(FMath::RoundToFloat(Rect.Left), FMath::RoundToFloat(Rect.Top)), Scale);
+	return FGeometry::MakeRoot(FVector2D(Rect.Width() / Scale, Rect.Height() / Scale),
+		FVector2D(FMath::RoundToFloat(Rect.Left), FMath::RoundToFloat(Rect.Top)), Scale);
 }
 
 void FLayerStack::Arrange(const FVector2D& PixelSize, float Scale)
@@ -156,7 +157,8 @@ void FLayerStack::Arrange(const FVector2D& PixelSize, float Scale)
 		Popup->Frame->SlatePrepass(Scale);
 		const FVector2D Corner = Owner->GetCachedGeometry().GetAbsolutePosition();
 		const FSlateRect& Relative = Popup->RelativeAnchor;
-		FSlateRect Anchor(Relative.Left + static_cast<float>(Corner.X), Relative.Top + static_cast<float>(Corner.Y), Relative.Right + static_cast<float>(Corner.X), Relative.Bottom + static_cast<float>(Corner.Y));
+		FSlateRect Anchor(Relative.Left + static_cast<float>(Corner.X), Relative.Top + static_cast<float>(Corner.Y),
+			Relative.Right + static_cast<float>(Corner.X), Relative.Bottom + static_cast<float>(Corner.Y));
 		if (Popup->bFollowsOwnerSize)
 		{
 			Anchor = Owner->GetCachedGeometry().GetLayoutBoundingRect();
@@ -167,7 +169,8 @@ void FLayerStack::Arrange(const FVector2D& PixelSize, float Scale)
 		{
 			Size.Y = LimitHelpHeight(Size.Y, Anchor, PixelSize.Y, Scale);
 		}
-		Layers.Add({ Popup->Frame, PlaceFloating(*Popup->Frame, FPopup::PlacePopup(Anchor, Size, Popup->Placement, PixelSize), Scale), false, false });
+		Layers.Add({ Popup->Frame, PlaceFloating(*Popup->Frame, FPopup::PlacePopup(Anchor, Size, Popup->Placement, PixelSize), Scale),
+			false, false });
 	}
 	if (Toasts)
 	{
@@ -175,7 +178,8 @@ void FLayerStack::Arrange(const FVector2D& PixelSize, float Scale)
 		const FVector2D Size = Toasts->GetDesiredSize() * static_cast<double>(Scale);
 		const float Right = static_cast<float>(PixelSize.X);
 		const float Bottom = static_cast<float>(PixelSize.Y);
-		const FSlateRect Rect(FMath::Max(Right - static_cast<float>(Size.X), 0.0f), FMath::Max(Bottom - static_cast<float>(Size.Y), 0.0f), Right, Bottom);
+		const FSlateRect Rect(
+			FMath::Max(Right - static_cast<float>(Size.X), 0.0f), FMath::Max(Bottom - static_cast<float>(Size.Y), 0.0f), Right, Bottom);
 		Layers.Add({ Toasts.ToSharedRef(), PlaceFloating(*Toasts, Rect, Scale), false, false });
 	}
 	if (ToolTip)
@@ -195,12 +199,14 @@ FSlateRect FLayerStack::PlaceToolTip(const FVector2D& Size, const FVector2D& Pix
 		// Beside the menu, so that it covers no other row.
 		const FSlateRect Row = Owner->GetCachedGeometry().GetLayoutBoundingRect();
 		const float Outside = MenuToolTipGap * Scale;
-		return FPopup::PlacePopup(FSlateRect(Row.Left - Outside, Row.Top + PopupGap, Row.Right + Outside, Row.Bottom), Size, MenuPlacement_MenuRight, PixelSize);
+		return FPopup::PlacePopup(
+			FSlateRect(Row.Left - Outside, Row.Top + PopupGap, Row.Right + Outside, Row.Bottom), Size, MenuPlacement_MenuRight, PixelSize);
 	}
 	const float X = static_cast<float>(ToolTipPointer.X);
 	const float Y = static_cast<float>(ToolTipPointer.Y);
 	// The pointer's own place is the anchor, so that the tip moves above it when there is no room below.
-	return FPopup::PlacePopup(FSlateRect(X, Y - PopupGap, X, Y + ToolTipDrop * Scale - PopupGap), Size, MenuPlacement_BelowAnchor, PixelSize);
+	return FPopup::PlacePopup(
+		FSlateRect(X, Y - PopupGap, X, Y + ToolTipDrop * Scale - PopupGap), Size, MenuPlacement_BelowAnchor, PixelSize);
 }
 
 bool FLayerStack::NeedsPrepass() const
@@ -272,9 +278,9 @@ TSharedRef<SWidget> FLayerStack::GetInputRoot() const
 
 bool FLayerStack::IsLayerRoot(const SWidget& Root) const
 {
-	return &Content.Get() == &Root || Toasts.Get() == &Root
-		|| Windows.ContainsByPredicate([&Root](const FWindowLayer& Layer) { return &Layer.Frame.Get() == &Root; })
-		|| Popups.ContainsByPredicate([&Root](const TSharedRef<FPopup>& Popup) { return Popup->bOpen && &Popup->Frame.Get() == &Root; });
+	return &Content.Get() == &Root || Toasts.Get() == &Root ||
+		Windows.ContainsByPredicate([&Root](const FWindowLayer& Layer) { return &Layer.Frame.Get() == &Root; }) ||
+		Popups.ContainsByPredicate([&Root](const TSharedRef<FPopup>& Popup) { return Popup->bOpen && &Popup->Frame.Get() == &Root; });
 }
 
 bool FLayerStack::TakesKeyboard(const SWidget& Root) const
@@ -288,8 +294,8 @@ bool FLayerStack::TakesKeyboard(const SWidget& Root) const
 		if (Windows[Index].bModal)
 		{
 			// Popups and toasts lie over the windows.
-			return &Content.Get() != &Root && IsLayerRoot(Root)
-				&& !Windows.ContainsByPredicate([&Root](const FWindowLayer& Layer) { return &Layer.Frame.Get() == &Root; });
+			return &Content.Get() != &Root && IsLayerRoot(Root) &&
+				!Windows.ContainsByPredicate([&Root](const FWindowLayer& Layer) { return &Layer.Frame.Get() == &Root; });
 		}
 	}
 	return IsLayerRoot(Root);

@@ -31,7 +31,8 @@ public:
 	virtual TSharedPtr<SWidget> GetContent() const override { return Content; }
 
 	/** Where the popup goes: beside its anchor, moved into the window. Pure but for the desired size of the frame. */
-	static FSlateRect PlacePopup(const FSlateRect& Anchor, const FVector2D& PopupSize, EMenuPlacement Placement, const FVector2D& WindowSize);
+	static FSlateRect PlacePopup(
+		const FSlateRect& Anchor, const FVector2D& PopupSize, EMenuPlacement Placement, const FVector2D& WindowSize);
 
 	TWeakPtr<SWidget> Owner;
 	TSharedRef<SWidget> Content;

@@ -36,14 +36,16 @@ FVector2D SPopupFrame::ComputeDesiredSize(float LayoutScaleMultiplier) const
 	return FVector2D(FMath::Max(Wanted.X, static_cast<double>(MinWidth)), Wanted.Y);
 }
 
-int32 SPopupFrame::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect, FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const
+int32 SPopupFrame::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect,
+	FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const
 {
 	const float Scale = AllottedGeometry.GetAccumulatedScale();
 	const FSlateRect Rect = AllottedGeometry.GetLayoutBoundingRect();
 	const float Radius = PopupRadius * Scale;
 	OutDrawElements.AddShadow(Rect, Radius, 24.0f * Scale, 8.0f * Scale, FColor(0, 0, 0, 140));
 	// Opaque, so that a translucent list lets no text below shine through.
-	OutDrawElements.AddRoundedBox(Rect, FVector4f(Radius, Radius, Radius, Radius), FAppStyle::GetColor(TEXT("Colors.Popup")).ToFColorSRGB(), FColor(0, 0, 0, 0), 0.0f);
+	OutDrawElements.AddRoundedBox(Rect, FVector4f(Radius, Radius, Radius, Radius), FAppStyle::GetColor(TEXT("Colors.Popup")).ToFColorSRGB(),
+		FColor(0, 0, 0, 0), 0.0f);
 	return SCompoundWidget::OnPaint(Args, AllottedGeometry, MyCullingRect, OutDrawElements, LayerId, InWidgetStyle, bParentEnabled);
 }
 
@@ -80,7 +82,11 @@ void SWindowFrame::Construct(const FArguments& InArgs, const TSharedRef<SWindow>
 					.Padding(16.0f, 0.0f)
 					[
 						SNew(STextBlock)
-						.Text_Lambda([WeakWindow]() { const TSharedPtr<SWindow> Pinned = WeakWindow.Pin(); return Pinned ? Pinned->GetTitle() : FText::GetEmpty(); })
+						.Text_Lambda([WeakWindow]()
+						{
+							const TSharedPtr<SWindow> Pinned = WeakWindow.Pin();
+							return Pinned ? Pinned->GetTitle() : FText::GetEmpty();
+						})
 						.TextStyle(FAppStyle::Get(), TEXT("NormalText.Important"))
 					]
 					+ SHorizontalBox::Slot()
@@ -142,7 +148,8 @@ FReply SWindowFrame::OnKeyDown(const FGeometry& MyGeometry, const FKeyEvent& InK
 	return FReply::Unhandled();
 }
 
-int32 SWindowFrame::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect, FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const
+int32 SWindowFrame::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect,
+	FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const
 {
 	const float Scale = AllottedGeometry.GetAccumulatedScale();
 	if (bModal)
@@ -156,5 +163,6 @@ int32 SWindowFrame::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeo
 		const FSlateRect Rect = Arranged[Index].Geometry.GetLayoutBoundingRect();
 		OutDrawElements.AddShadow(Rect, PopupRadius * Scale, 40.0f * Scale, 16.0f * Scale, FColor(0, 0, 0, 153));
 	}
-	return PaintArrangedChildren(Args, Arranged, MyCullingRect, OutDrawElements, LayerId, GetChildStyle(InWidgetStyle), ShouldBeEnabled(bParentEnabled));
+	return PaintArrangedChildren(
+		Args, Arranged, MyCullingRect, OutDrawElements, LayerId, GetChildStyle(InWidgetStyle), ShouldBeEnabled(bParentEnabled));
 }

@@ -8,15 +8,16 @@ class SPopupFrame : public SCompoundWidget
 {
 public:
 	SLATE_BEGIN_ARGS(SPopupFrame) {}
-		SLATE_DEFAULT_SLOT(FArguments, Content)
-		/** Units; zero for none. */
-		SLATE_ARGUMENT_DEFAULT(float, MinWidth) = 0.0f;
+	SLATE_DEFAULT_SLOT(FArguments, Content)
+	/** Units; zero for none. */
+	SLATE_ARGUMENT_DEFAULT(float, MinWidth) = 0.0f;
 	SLATE_END_ARGS()
 
 	void Construct(const FArguments& InArgs);
 
 protected:
-	virtual int32 OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect, FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const override;
+	virtual int32 OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect,
+		FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const override;
 	virtual FVector2D ComputeDesiredSize(float LayoutScaleMultiplier) const override;
 
 private:
@@ -36,7 +37,8 @@ public:
 	virtual bool SupportsKeyboardFocus() const override { return true; }
 
 protected:
-	virtual int32 OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect, FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const override;
+	virtual int32 OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect,
+		FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const override;
 
 private:
 	TSharedPtr<SWindow> Window;

@@ -170,7 +170,8 @@ FVector2D FSlateApplication::GetCursorPos() const
 	return Input->GetPointer();
 }
 
-TSharedRef<IMenu> FSlateApplication::PushMenu(const TSharedRef<SWidget>& Owner, const TSharedRef<SWidget>& Content, const FSlateRect& Anchor, EMenuPlacement Placement, bool bFocus, EHostOwnerPress OwnerPress, float MinWidth)
+TSharedRef<IMenu> FSlateApplication::PushMenu(const TSharedRef<SWidget>& Owner, const TSharedRef<SWidget>& Content,
+	const FSlateRect& Anchor, EMenuPlacement Placement, bool bFocus, EHostOwnerPress OwnerPress, float MinWidth)
 {
 	// clang-format off
 	const TSharedRef<SWidget> Frame = SNew(SPopupFrame)
@@ -181,7 +182,8 @@ TSharedRef<IMenu> FSlateApplication::PushMenu(const TSharedRef<SWidget>& Owner, 
 	// clang-format on
 	const TSharedRef<FPopup> Popup = MakeShared<FPopup>(Owner, Content, Frame);
 	const FVector2D Corner = Owner->GetCachedGeometry().GetAbsolutePosition();
-	Popup->RelativeAnchor = FSlateRect(Anchor.Left - static_cast<float>(Corner.X), Anchor.Top - static_cast<float>(Corner.Y), Anchor.Right - static_cast<float>(Corner.X), Anchor.Bottom - static_cast<float>(Corner.Y));
+	Popup->RelativeAnchor = FSlateRect(Anchor.Left - static_cast<float>(Corner.X), Anchor.Top - static_cast<float>(Corner.Y),
+		Anchor.Right - static_cast<float>(Corner.X), Anchor.Bottom - static_cast<float>(Corner.Y));
 	Popup->Placement = Placement;
 	Popup->bFollowsOwnerSize = Anchor == Owner->GetCachedGeometry().GetLayoutBoundingRect();
 	Popup->bTookFocus = bFocus;
@@ -195,19 +197,20 @@ TSharedRef<IMenu> FSlateApplication::PushMenu(const TSharedRef<SWidget>& Owner, 
 		Input->SetFocus(Content, EFocusCause::SetDirectly);
 		const TWeakPtr<FPopup> WeakPopup = Popup;
 		// The keyboard goes back where it was, unless the pick has moved it already.
-		Popup->GetOnMenuDismissed().AddLambda([WeakPopup](TSharedRef<IMenu>)
-		{
-			const TSharedPtr<FPopup> Closed = WeakPopup.Pin();
-			if (!Closed || !FSlateApplication::IsInitialized())
+		Popup->GetOnMenuDismissed().AddLambda(
+			[WeakPopup](TSharedRef<IMenu>)
 			{
-				return;
-			}
-			const TSharedPtr<SWidget> Focused = FHostFocus::Get().Focused.Pin();
-			if (!Focused || Closed->Frame->HasFocusedDescendants())
-			{
-				FSlateApplication::Get().SetKeyboardFocus(Closed->FocusBefore.Pin(), EFocusCause::SetDirectly);
-			}
-		});
+				const TSharedPtr<FPopup> Closed = WeakPopup.Pin();
+				if (!Closed || !FSlateApplication::IsInitialized())
+				{
+					return;
+				}
+				const TSharedPtr<SWidget> Focused = FHostFocus::Get().Focused.Pin();
+				if (!Focused || Closed->Frame->HasFocusedDescendants())
+				{
+					FSlateApplication::Get().SetKeyboardFocus(Closed->FocusBefore.Pin(), EFocusCause::SetDirectly);
+				}
+			});
 	}
 	NoteActivity();
 	return Popup;

@@ -30,7 +30,8 @@ void FHostCommandSets::Set(const char* ClassName, TSharedPtr<void> Commands)
 	}
 }
 
-void FUICommandInfo::MakeCommandInfo(const TSharedRef<FBindingContext>& Context, TSharedPtr<FUICommandInfo>& OutCommand, FName Name, const FText& Label, const FText& Description, const FSlateIcon& Icon, EUserInterfaceActionType Type, const FInputChord& DefaultChord)
+void FUICommandInfo::MakeCommandInfo(const TSharedRef<FBindingContext>& Context, TSharedPtr<FUICommandInfo>& OutCommand, FName Name,
+	const FText& Label, const FText& Description, const FSlateIcon& Icon, EUserInterfaceActionType Type, const FInputChord& DefaultChord)
 {
 	const TSharedRef<FUICommandInfo> Command = MakeShared<FUICommandInfo>();
 	Command->Name = Name;
@@ -44,7 +45,10 @@ void FUICommandInfo::MakeCommandInfo(const TSharedRef<FBindingContext>& Context,
 	OutCommand = Command;
 }
 
-void MakeUICommand_InternalUseOnly(FBindingContext* Context, TSharedPtr<FUICommandInfo>& OutCommand, const TCHAR* Namespace, const TCHAR* Key, const TCHAR* ToolTipKey, const TCHAR* Name, const TCHAR* Label, const TCHAR* Description, EUserInterfaceActionType Type, const FInputChord& DefaultChord)
+void MakeUICommand_InternalUseOnly(FBindingContext* Context, TSharedPtr<FUICommandInfo>& OutCommand, const TCHAR* Namespace,
+	const TCHAR* Key, const TCHAR* ToolTipKey, const TCHAR* Name, const TCHAR* Label, const TCHAR* Description,
+	EUserInterfaceActionType Type, const FInputChord& DefaultChord)
 {
-	FUICommandInfo::MakeCommandInfo(Context->AsShared(), OutCommand, FName(Name), FText::AsLocalizable_Advanced(Namespace, Key, Label), FText::AsLocalizable_Advanced(Namespace, ToolTipKey, Description), FSlateIcon(), Type, DefaultChord);
+	FUICommandInfo::MakeCommandInfo(Context->AsShared(), OutCommand, FName(Name), FText::AsLocalizable_Advanced(Namespace, Key, Label),
+		FText::AsLocalizable_Advanced(Namespace, ToolTipKey, Description), FSlateIcon(), Type, DefaultChord);
 }

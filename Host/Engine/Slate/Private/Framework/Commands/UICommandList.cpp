@@ -38,8 +38,8 @@ bool FUICommandList::ProcessCommandBindings(const FKeyEvent& KeyEvent)
 	for (const auto& Mapped : Actions)
 	{
 		const FInputChord& Chord = Mapped.Key->GetDefaultChord();
-		const bool bMatches = Chord.IsValidChord() && Chord.Key == KeyEvent.GetKey() && Chord.bShift == KeyEvent.IsShiftDown()
-			&& Chord.bCtrl == KeyEvent.IsControlDown() && Chord.bAlt == KeyEvent.IsAltDown() && Chord.bCmd == KeyEvent.IsCommandDown();
+		const bool bMatches = Chord.IsValidChord() && Chord.Key == KeyEvent.GetKey() && Chord.bShift == KeyEvent.IsShiftDown() &&
+			Chord.bCtrl == KeyEvent.IsControlDown() && Chord.bAlt == KeyEvent.IsAltDown() && Chord.bCmd == KeyEvent.IsCommandDown();
 		if (bMatches)
 		{
 			const TSharedPtr<const FUICommandInfo> Command = Mapped.Key;

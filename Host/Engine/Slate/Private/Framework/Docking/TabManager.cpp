@@ -52,7 +52,8 @@ const TSharedRef<FGlobalTabmanager>& FGlobalTabmanager::Get()
 	return Instance;
 }
 
-FTabSpawnerEntry& FGlobalTabmanager::RegisterNomadTabSpawner(const FName TabId, const FOnSpawnTab& OnSpawnTab, const FCanSpawnTab& CanSpawnTab)
+FTabSpawnerEntry& FGlobalTabmanager::RegisterNomadTabSpawner(
+	const FName TabId, const FOnSpawnTab& OnSpawnTab, const FCanSpawnTab& CanSpawnTab)
 {
 	UnregisterNomadTabSpawner(TabId);
 	Spawners.Add(MakeShared<FTabSpawnerEntry>(TabId, OnSpawnTab, CanSpawnTab));

@@ -15,7 +15,8 @@ TSharedRef<FWorkspaceItem> FWorkspaceItem::NewGroup(const FText& DisplayName, co
 	return NewGroup(DisplayName, FText::GetEmpty(), Icon, bSortChildren);
 }
 
-TSharedRef<FWorkspaceItem> FWorkspaceItem::NewGroup(const FText& DisplayName, const FText& ToolTipText, const FSlateIcon& Icon, bool bSortChildren)
+TSharedRef<FWorkspaceItem> FWorkspaceItem::NewGroup(
+	const FText& DisplayName, const FText& ToolTipText, const FSlateIcon& Icon, bool bSortChildren)
 {
 	return MakeShared<FWorkspaceItem>(DisplayName, ToolTipText, Icon, bSortChildren);
 }
@@ -25,7 +26,8 @@ TSharedRef<FWorkspaceItem> FWorkspaceItem::AddGroup(const FText& InDisplayName, 
 	return AddGroup(InDisplayName, FText::GetEmpty(), InIcon, bInSortChildren);
 }
 
-TSharedRef<FWorkspaceItem> FWorkspaceItem::AddGroup(const FText& InDisplayName, const FText& InToolTipText, const FSlateIcon& InIcon, bool bInSortChildren)
+TSharedRef<FWorkspaceItem> FWorkspaceItem::AddGroup(
+	const FText& InDisplayName, const FText& InToolTipText, const FSlateIcon& InIcon, bool bInSortChildren)
 {
 	const TSharedRef<FWorkspaceItem> Group = NewGroup(InDisplayName, InToolTipText, InIcon, bInSortChildren);
 	AddItem(Group);
@@ -42,7 +44,8 @@ void FWorkspaceItem::AddItem(const TSharedRef<FWorkspaceItem>& Item)
 	Children.Add(Item);
 	if (bSortChildren)
 	{
-		Children.StableSort([](const TSharedRef<FWorkspaceItem>& A, const TSharedRef<FWorkspaceItem>& B) { return A->DisplayName.ToString() < B->DisplayName.ToString(); });
+		Children.StableSort([](const TSharedRef<FWorkspaceItem>& A, const TSharedRef<FWorkspaceItem>& B)
+			{ return A->DisplayName.ToString() < B->DisplayName.ToString(); });
 	}
 }
 

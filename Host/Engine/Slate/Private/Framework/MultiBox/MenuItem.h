@@ -36,7 +36,8 @@ struct FMenuItem
 	bool IsEnabled() const { return Kind == EKind::SubMenu || (Action.IsBound() && Action.CanExecute()); }
 	bool IsChecked() const
 	{
-		const bool bCheckable = Type == EUserInterfaceActionType::ToggleButton || Type == EUserInterfaceActionType::RadioButton || Type == EUserInterfaceActionType::Check;
+		const bool bCheckable = Type == EUserInterfaceActionType::ToggleButton || Type == EUserInterfaceActionType::RadioButton ||
+			Type == EUserInterfaceActionType::Check;
 		return bCheckable && Action.IsChecked();
 	}
 };

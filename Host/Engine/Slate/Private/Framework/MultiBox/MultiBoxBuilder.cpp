@@ -8,41 +8,41 @@
 namespace
 {
 
-/** Separators and sections as they are drawn: none at an end, none twice, no heading without entries. */
-TArray<TSharedRef<FMenuItem>> TidyMenuItems(const TArray<TSharedRef<FMenuItem>>& Items)
-{
-	TArray<TSharedRef<FMenuItem>> Tidy;
-	TSharedPtr<FMenuItem> Waiting;
-	for (const TSharedRef<FMenuItem>& Item : Items)
+	/** Separators and sections as they are drawn: none at an end, none twice, no heading without entries. */
+	TArray<TSharedRef<FMenuItem>> TidyMenuItems(const TArray<TSharedRef<FMenuItem>>& Items)
 	{
-		if (Item->Kind == FMenuItem::EKind::Section || Item->Kind == FMenuItem::EKind::Separator)
+		TArray<TSharedRef<FMenuItem>> Tidy;
+		TSharedPtr<FMenuItem> Waiting;
+		for (const TSharedRef<FMenuItem>& Item : Items)
 		{
-			// A line asked for right behind a heading would part it from its entries.
-			const bool bHeadingWaits = Waiting && Waiting->Kind == FMenuItem::EKind::Section && !Waiting->Label.Get().IsEmpty();
-			if (!bHeadingWaits || Item->Kind == FMenuItem::EKind::Section)
+			if (Item->Kind == FMenuItem::EKind::Section || Item->Kind == FMenuItem::EKind::Separator)
 			{
-				Waiting = Item;
+				// A line asked for right behind a heading would part it from its entries.
+				const bool bHeadingWaits = Waiting && Waiting->Kind == FMenuItem::EKind::Section && !Waiting->Label.Get().IsEmpty();
+				if (!bHeadingWaits || Item->Kind == FMenuItem::EKind::Section)
+				{
+					Waiting = Item;
+				}
+				continue;
 			}
-			continue;
+			if (Waiting)
+			{
+				if (Tidy.Num() > 0)
+				{
+					const TSharedRef<FMenuItem> Line = MakeShared<FMenuItem>();
+					Line->Kind = FMenuItem::EKind::Separator;
+					Tidy.Add(Line);
+				}
+				if (Waiting->Kind == FMenuItem::EKind::Section && !Waiting->Label.Get().IsEmpty())
+				{
+					Tidy.Add(Waiting.ToSharedRef());
+				}
+				Waiting.Reset();
+			}
+			Tidy.Add(Item);
 		}
-		if (Waiting)
-		{
-			if (Tidy.Num() > 0)
-			{
-				const TSharedRef<FMenuItem> Line = MakeShared<FMenuItem>();
-				Line->Kind = FMenuItem::EKind::Separator;
-				Tidy.Add(Line);
-			}
-			if (Waiting->Kind == FMenuItem::EKind::Section && !Waiting->Label.Get().IsEmpty())
-			{
-				Tidy.Add(Waiting.ToSharedRef());
-			}
-			Waiting.Reset();
-		}
-		Tidy.Add(Item);
+		return Tidy;
 	}
-	return Tidy;
-}
 
 } // namespace
 
@@ -81,7 +81,8 @@ void FMultiBoxBuilder::PopExtender()
 	Extenders.Pop();
 }
 
-FMenuBuilder::FMenuBuilder(bool bInShouldCloseWindowAfterMenuSelection, TSharedPtr<const FUICommandList> InCommandList, TSharedPtr<FExtender> InExtender)
+FMenuBuilder::FMenuBuilder(
+	bool bInShouldCloseWindowAfterMenuSelection, TSharedPtr<const FUICommandList> InCommandList, TSharedPtr<FExtender> InExtender)
 	: FMultiBoxBuilder(InCommandList, InExtender)
 	, bCloseAfterSelection(bInShouldCloseWindowAfterMenuSelection)
 {
@@ -91,7 +92,8 @@ FMenuBuilder::~FMenuBuilder() = default;
 
 void FMenuBuilder::ApplyHook(FName Hook, EExtensionHook::Position Position)
 {
-	const bool bActive = ActiveHooks.ContainsByPredicate([Hook, Position](const FActiveHook& Active) { return Active.Hook == Hook && Active.Position == Position; });
+	const bool bActive = ActiveHooks.ContainsByPredicate(
+		[Hook, Position](const FActiveHook& Active) { return Active.Hook == Hook && Active.Position == Position; });
 	const TSharedPtr<FExtender> Extender = Extenders.Last();
 	if (Hook.IsNone() || !Extender || bActive)
 	{
@@ -137,7 +139,8 @@ void FMenuBuilder::EndSection()
 	ApplyHook(Section.Hook, EExtensionHook::After);
 }
 
-void FMenuBuilder::AddMenuEntry(const TSharedPtr<const FUICommandInfo> InCommand, FName InExtensionHook, const TAttribute<FText>& InLabelOverride, const TAttribute<FText>& InToolTipOverride, const FSlateIcon& InIconOverride)
+void FMenuBuilder::AddMenuEntry(const TSharedPtr<const FUICommandInfo> InCommand, FName InExtensionHook,
+	const TAttribute<FText>& InLabelOverride, const TAttribute<FText>& InToolTipOverride, const FSlateIcon& InIconOverride)
 {
 	check(InCommand.IsValid());
 	FMenuItem Item;
@@ -153,15 +156,18 @@ void FMenuBuilder::AddMenuEntry(const TSharedPtr<const FUICommandInfo> InCommand
 		const TSharedRef<const FUICommandInfo> Command = InCommand.ToSharedRef();
 		Item.Action.ExecuteAction = FExecuteAction::CreateLambda([List, Command] { List->ExecuteAction(Command); });
 		Item.Action.CanExecuteAction = FCanExecuteAction::CreateLambda([List, Command] { return List->CanExecuteAction(Command); });
-		Item.Action.GetActionCheckState = FIsActionChecked::CreateLambda([List, Command] {
-			const FUIAction* Action = List->GetActionForCommand(Command.ToSharedPtr());
-			return Action && Action->IsChecked();
-		});
+		Item.Action.GetActionCheckState = FIsActionChecked::CreateLambda(
+			[List, Command]
+			{
+				const FUIAction* Action = List->GetActionForCommand(Command.ToSharedPtr());
+				return Action && Action->IsChecked();
+			});
 	}
 	AddItem(MoveTemp(Item), InExtensionHook);
 }
 
-void FMenuBuilder::AddMenuEntry(const TAttribute<FText>& InLabel, const TAttribute<FText>& InToolTip, const FSlateIcon& InIcon, const FUIAction& InAction, FName InExtensionHook, EUserInterfaceActionType UserInterfaceActionType)
+void FMenuBuilder::AddMenuEntry(const TAttribute<FText>& InLabel, const TAttribute<FText>& InToolTip, const FSlateIcon& InIcon,
+	const FUIAction& InAction, FName InExtensionHook, EUserInterfaceActionType UserInterfaceActionType)
 {
 	FMenuItem Item;
 	Item.Label = InLabel;
@@ -173,7 +179,8 @@ void FMenuBuilder::AddMenuEntry(const TAttribute<FText>& InLabel, const TAttribu
 	AddItem(MoveTemp(Item), InExtensionHook);
 }
 
-void FMenuBuilder::AddSubMenu(const TAttribute<FText>& InLabel, const TAttribute<FText>& InToolTip, const FNewMenuDelegate& InSubMenu, bool bInOpenSubMenuOnClick, const FSlateIcon& InIcon, bool bInShouldCloseWindowAfterMenuSelection, FName InExtensionHook)
+void FMenuBuilder::AddSubMenu(const TAttribute<FText>& InLabel, const TAttribute<FText>& InToolTip, const FNewMenuDelegate& InSubMenu,
+	bool bInOpenSubMenuOnClick, const FSlateIcon& InIcon, bool bInShouldCloseWindowAfterMenuSelection, FName InExtensionHook)
 {
 	FMenuItem Item;
 	Item.Kind = FMenuItem::EKind::SubMenu;
@@ -219,9 +226,11 @@ FMenuBarBuilder::FMenuBarBuilder(TSharedPtr<const FUICommandList> InCommandList,
 
 FMenuBarBuilder::~FMenuBarBuilder() = default;
 
-void FMenuBarBuilder::AddPullDownMenu(const TAttribute<FText>& InMenuLabel, const TAttribute<FText>& InToolTip, const FNewMenuDelegate& InPullDownMenu, FName InExtensionHook)
+void FMenuBarBuilder::AddPullDownMenu(
+	const TAttribute<FText>& InMenuLabel, const TAttribute<FText>& InToolTip, const FNewMenuDelegate& InPullDownMenu, FName InExtensionHook)
 {
-	PullDowns.Add(MakeShared<FMenuBarPullDown>(FMenuBarPullDown{ InMenuLabel, InToolTip, InPullDownMenu, GetTopCommandList(), Extenders.Last() }));
+	PullDowns.Add(
+		MakeShared<FMenuBarPullDown>(FMenuBarPullDown{ InMenuLabel, InToolTip, InPullDownMenu, GetTopCommandList(), Extenders.Last() }));
 }
 
 TSharedRef<SWidget> FMenuBarBuilder::MakeWidget()

@@ -3,7 +3,8 @@
 #include "Framework/Commands/UICommandList.h"
 #include "Framework/MultiBox/MultiBoxBuilder.h"
 
-FExtensionBase::FExtensionBase(FName InHook, EExtensionHook::Position InPosition, const TSharedPtr<FUICommandList>& InCommandList, const FMenuExtensionDelegate& InBuild)
+FExtensionBase::FExtensionBase(FName InHook, EExtensionHook::Position InPosition, const TSharedPtr<FUICommandList>& InCommandList,
+	const FMenuExtensionDelegate& InBuild)
 	: Hook(InHook)
 	, Position(InPosition)
 	, CommandList(InCommandList)
@@ -13,9 +14,11 @@ FExtensionBase::FExtensionBase(FName InHook, EExtensionHook::Position InPosition
 
 FExtensionBase::~FExtensionBase() = default;
 
-TSharedRef<const FExtensionBase> FExtender::AddMenuExtension(FName ExtensionHook, EExtensionHook::Position HookPosition, const TSharedPtr<FUICommandList>& CommandList, const FMenuExtensionDelegate& MenuExtensionDelegate)
+TSharedRef<const FExtensionBase> FExtender::AddMenuExtension(FName ExtensionHook, EExtensionHook::Position HookPosition,
+	const TSharedPtr<FUICommandList>& CommandList, const FMenuExtensionDelegate& MenuExtensionDelegate)
 {
-	const TSharedRef<const FExtensionBase> Extension = MakeShared<FExtensionBase>(ExtensionHook, HookPosition, CommandList, MenuExtensionDelegate);
+	const TSharedRef<const FExtensionBase> Extension =
+		MakeShared<FExtensionBase>(ExtensionHook, HookPosition, CommandList, MenuExtensionDelegate);
 	Extensions.Add(Extension);
 	return Extension;
 }

@@ -14,11 +14,11 @@
 namespace
 {
 
-constexpr float MenuPadding = 4.0f;
-constexpr float MenuTextLeft = 32.0f;
-constexpr float MenuHeadingHeight = 25.0f;
-constexpr float MenuSeparatorSide = 8.0f;
-constexpr double SubMenuDelay = 0.15;
+	constexpr float MenuPadding = 4.0f;
+	constexpr float MenuTextLeft = 32.0f;
+	constexpr float MenuHeadingHeight = 25.0f;
+	constexpr float MenuSeparatorSide = 8.0f;
+	constexpr double SubMenuDelay = 0.15;
 
 } // namespace
 
@@ -254,7 +254,8 @@ void SMenu::OpenSubMenu(int32 Index, bool bByKeyboard)
 	FSlateRect Anchor = GetCachedGeometry().GetLayoutBoundingRect();
 	Anchor.Top = Rows[Index]->GetCachedGeometry().GetLayoutBoundingRect().Top - Content->FirstRowTop * Scale;
 	Anchor.Bottom = Rows[Index]->GetCachedGeometry().GetLayoutBoundingRect().Bottom;
-	const TSharedRef<IMenu> Opened = FSlateApplication::Get().PushMenu(Rows[Index], Content, Anchor, MenuPlacement_MenuRight, false, EHostOwnerPress::Reaches);
+	const TSharedRef<IMenu> Opened =
+		FSlateApplication::Get().PushMenu(Rows[Index], Content, Anchor, MenuPlacement_MenuRight, false, EHostOwnerPress::Reaches);
 	Opened->GetOnMenuDismissed().AddSP(this, &SMenu::OnSubMenuClosed);
 	SubMenu = Opened;
 	SubMenuContent = Content;

@@ -22,7 +22,10 @@ public:
 
 	/** The bar gets the keys that lead to its other menus. */
 	void SetBar(const TWeakPtr<SMenuBar>& InBar) { Bar = InBar; }
-	bool IsHighlighted(int32 Index) const { return Highlighted != INDEX_NONE ? Index == Highlighted : Index != INDEX_NONE && Index == OpenIndex; }
+	bool IsHighlighted(int32 Index) const
+	{
+		return Highlighted != INDEX_NONE ? Index == Highlighted : Index != INDEX_NONE && Index == OpenIndex;
+	}
 	void HighlightFirst() { MoveHighlight(INDEX_NONE, 1); }
 
 	// What rows tell.

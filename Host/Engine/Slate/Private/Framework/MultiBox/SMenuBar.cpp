@@ -13,16 +13,16 @@
 namespace
 {
 
-constexpr float MenuBarHeight = 28.0f;
-constexpr float MenuBarSide = 4.0f;
-constexpr float LeastMenuWidth = 180.0f;
+	constexpr float MenuBarHeight = 28.0f;
+	constexpr float MenuBarSide = 4.0f;
+	constexpr float LeastMenuWidth = 180.0f;
 
-const FSlateBrush& GetMenuBarEntryBrush(bool bOpen)
-{
-	static const FSlateRoundedBoxBrush Hovered(FLinearColor(FColor(255, 255, 255, 0x14)), 4.0f);
-	static const FSlateRoundedBoxBrush Open(FLinearColor(FColor(255, 255, 255, 0x1A)), 4.0f);
-	return bOpen ? Open : Hovered;
-}
+	const FSlateBrush& GetMenuBarEntryBrush(bool bOpen)
+	{
+		static const FSlateRoundedBoxBrush Hovered(FLinearColor(FColor(255, 255, 255, 0x14)), 4.0f);
+		static const FSlateRoundedBoxBrush Open(FLinearColor(FColor(255, 255, 255, 0x1A)), 4.0f);
+		return bOpen ? Open : Hovered;
+	}
 
 } // namespace
 
@@ -38,7 +38,8 @@ public:
 		Bar = InBar;
 		Index = InIndex;
 		SetToolTipText(PullDown.ToolTip);
-		ChildSlot.Padding(10.0f, 4.0f, 10.0f, 4.0f).VAlign(VAlign_Center)[SNew(STextBlock).Text(PullDown.Label).ColorAndOpacity(this, &SMenuBarEntry::GetTextColor)];
+		ChildSlot.Padding(10.0f, 4.0f, 10.0f, 4.0f)
+			.VAlign(VAlign_Center)[SNew(STextBlock).Text(PullDown.Label).ColorAndOpacity(this, &SMenuBarEntry::GetTextColor)];
 	}
 
 	virtual void OnMouseEnter(const FGeometry& MyGeometry, const FPointerEvent& MouseEvent) override
@@ -59,14 +60,19 @@ public:
 		}
 		return FReply::Handled();
 	}
-	virtual FReply OnMouseButtonDoubleClick(const FGeometry& MyGeometry, const FPointerEvent& MouseEvent) override { return OnMouseButtonDown(MyGeometry, MouseEvent); }
+	virtual FReply OnMouseButtonDoubleClick(const FGeometry& MyGeometry, const FPointerEvent& MouseEvent) override
+	{
+		return OnMouseButtonDown(MyGeometry, MouseEvent);
+	}
 
 protected:
-	virtual int32 OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect, FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const override
+	virtual int32 OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect,
+		FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const override
 	{
 		if (IsOpen() || IsHovered())
 		{
-			OutDrawElements.AddBrush(AllottedGeometry.GetLayoutBoundingRect(), GetMenuBarEntryBrush(IsOpen()), FLinearColor::White, InWidgetStyle.GetColorAndOpacityTint());
+			OutDrawElements.AddBrush(AllottedGeometry.GetLayoutBoundingRect(), GetMenuBarEntryBrush(IsOpen()), FLinearColor::White,
+				InWidgetStyle.GetColorAndOpacityTint());
 		}
 		return SCompoundWidget::OnPaint(Args, AllottedGeometry, MyCullingRect, OutDrawElements, LayerId, InWidgetStyle, bParentEnabled);
 	}
@@ -152,7 +158,8 @@ void SMenuBar::Open(int32 Index, bool bByKeyboard)
 	const TSharedRef<SMenu> Content = StaticCastSharedRef<SMenu>(Builder.MakeWidget());
 	Content->SetBar(SharedThis(this));
 	const FSlateRect Anchor = Entries[Index]->GetCachedGeometry().GetLayoutBoundingRect();
-	const TSharedRef<IMenu> Opened = Application.PushMenu(Entries[Index], Content, Anchor, MenuPlacement_BelowAnchor, true, EHostOwnerPress::OnlyCloses, LeastMenuWidth);
+	const TSharedRef<IMenu> Opened =
+		Application.PushMenu(Entries[Index], Content, Anchor, MenuPlacement_BelowAnchor, true, EHostOwnerPress::OnlyCloses, LeastMenuWidth);
 	Opened->GetOnMenuDismissed().AddSP(this, &SMenuBar::OnMenuClosed);
 	OpenMenu = Opened;
 	OpenIndex = Index;

@@ -10,16 +10,16 @@
 namespace
 {
 
-constexpr float MenuRowHeight = 26.0f;
-constexpr float MenuRowSide = 8.0f;
-constexpr float MenuMarkSize = 16.0f;
-constexpr float MenuKeyTextGap = 24.0f;
-constexpr float MenuArrowGap = 16.0f;
+	constexpr float MenuRowHeight = 26.0f;
+	constexpr float MenuRowSide = 8.0f;
+	constexpr float MenuMarkSize = 16.0f;
+	constexpr float MenuKeyTextGap = 24.0f;
+	constexpr float MenuArrowGap = 16.0f;
 
-const FTableRowStyle& GetMenuRowStyle()
-{
-	return FAppStyle::Get().GetWidgetStyle<FTableRowStyle>("Menu.Row");
-}
+	const FTableRowStyle& GetMenuRowStyle()
+	{
+		return FAppStyle::Get().GetWidgetStyle<FTableRowStyle>("Menu.Row");
+	}
 
 } // namespace
 
@@ -33,9 +33,9 @@ void SMenuRow::Construct(const FArguments& InArgs, const TSharedRef<FMenuItem>& 
 	const bool bSubMenu = Item->Kind == FMenuItem::EKind::SubMenu;
 	const TSharedRef<SWidget> AtTheRight = bSubMenu
 		? StaticCastSharedRef<SWidget>(SNew(SImage)
-				  .Image(FAppStyle::GetBrush("Icons.ChevronRight"))
-				  .DesiredSizeOverride(TOptional<FVector2D>(FVector2D(MenuMarkSize, MenuMarkSize)))
-				  .ColorAndOpacity(this, &SMenuRow::GetIconColor))
+										   .Image(FAppStyle::GetBrush("Icons.ChevronRight"))
+										   .DesiredSizeOverride(TOptional<FVector2D>(FVector2D(MenuMarkSize, MenuMarkSize)))
+										   .ColorAndOpacity(this, &SMenuRow::GetIconColor))
 		: StaticCastSharedRef<SWidget>(SNew(STextBlock).Text(Item->KeyText).ColorAndOpacity(this, &SMenuRow::GetKeyTextColor));
 	// clang-format off
 	ChildSlot
@@ -157,11 +157,13 @@ FReply SMenuRow::OnMouseButtonUp(const FGeometry& MyGeometry, const FPointerEven
 	return FReply::Handled();
 }
 
-int32 SMenuRow::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect, FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const
+int32 SMenuRow::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect,
+	FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const
 {
 	if (IsHighlighted())
 	{
-		OutDrawElements.AddBrush(AllottedGeometry.GetLayoutBoundingRect(), GetMenuRowStyle().HoveredBrush, FLinearColor::White, InWidgetStyle.GetColorAndOpacityTint());
+		OutDrawElements.AddBrush(AllottedGeometry.GetLayoutBoundingRect(), GetMenuRowStyle().HoveredBrush, FLinearColor::White,
+			InWidgetStyle.GetColorAndOpacityTint());
 	}
 	return SCompoundWidget::OnPaint(Args, AllottedGeometry, MyCullingRect, OutDrawElements, LayerId, InWidgetStyle, bParentEnabled);
 }

@@ -33,8 +33,14 @@ public:
 
 namespace TextUnits
 {
-	inline bool IsLeadSurrogate(TCHAR Unit) { return (Unit & 0xFC00) == 0xD800; }
-	inline bool IsTrailSurrogate(TCHAR Unit) { return (Unit & 0xFC00) == 0xDC00; }
+	inline bool IsLeadSurrogate(TCHAR Unit)
+	{
+		return (Unit & 0xFC00) == 0xD800;
+	}
+	inline bool IsTrailSurrogate(TCHAR Unit)
+	{
+		return (Unit & 0xFC00) == 0xDC00;
+	}
 	/** True when a cut before Offset would part the two halves of one character. */
 	inline bool IsInsidePair(FStringView Line, int32 Offset)
 	{

@@ -216,14 +216,16 @@ FTextLocation FTextEditor::Step(const FTextLocation& From, ETextMove Kind) const
 		{
 			return Line > 0 ? FTextLocation(Line - 1, Document.GetLineLength(Line - 1)) : From;
 		}
-		return FTextLocation(Line, Kind == ETextMove::Left ? Breaks.GetPreviousGrapheme(Text, From.GetOffset()) : Breaks.GetPreviousWord(Text, From.GetOffset()));
+		return FTextLocation(Line,
+			Kind == ETextMove::Left ? Breaks.GetPreviousGrapheme(Text, From.GetOffset()) : Breaks.GetPreviousWord(Text, From.GetOffset()));
 	case ETextMove::Right:
 	case ETextMove::WordRight:
 		if (From.GetOffset() >= Text.Len())
 		{
 			return Line + 1 < Document.GetLineCount() ? FTextLocation(Line + 1, 0) : From;
 		}
-		return FTextLocation(Line, Kind == ETextMove::Right ? Breaks.GetNextGrapheme(Text, From.GetOffset()) : Breaks.GetNextWord(Text, From.GetOffset()));
+		return FTextLocation(
+			Line, Kind == ETextMove::Right ? Breaks.GetNextGrapheme(Text, From.GetOffset()) : Breaks.GetNextWord(Text, From.GetOffset()));
 	case ETextMove::LineBegin:
 		return FTextLocation(Line, 0);
 	case ETextMove::LineEnd:

@@ -470,14 +470,17 @@ int32 FTextView::CountShapedLines() const
 	int32 Count = 0;
 	for (const FLineEntry& Entry : Entries)
 	{
-		Count += Entry.Segments && Entry.Segments->ContainsByPredicate([](const FSegment& Segment) { return Segment.Paragraph.IsValid(); }) ? 1 : 0;
+		Count += Entry.Segments && Entry.Segments->ContainsByPredicate([](const FSegment& Segment) { return Segment.Paragraph.IsValid(); })
+			? 1
+			: 0;
 	}
 	return Count;
 }
 
 int32 FTextView::ToShown(const FTextLocation& Location) const
 {
-	const bool bBehind = HasPreedit() && Location.GetLineIndex() == PreeditPlace.GetLineIndex() && Location.GetOffset() > PreeditPlace.GetOffset();
+	const bool bBehind =
+		HasPreedit() && Location.GetLineIndex() == PreeditPlace.GetLineIndex() && Location.GetOffset() > PreeditPlace.GetOffset();
 	return Location.GetOffset() + (bBehind ? PreeditText.Len() : 0);
 }
 
@@ -685,6 +688,7 @@ FTextLocation FTextView::LocationAt(const FTextViewBlock& Block, int32 Row, floa
 	const int32 Index = Segment.Paragraph->GetIndexAt(Row, X);
 	const bool bLastRow = Row + 1 == Segment.Paragraph->GetLineCount();
 	const bool bLastSegment = Block.Segment + 1 == GetSegments(Block.Line).Num();
-	bOutRowEnd = (!bLastRow && Index >= Segment.Paragraph->GetLine(Row).EndIndex) || (bLastRow && !bLastSegment && Index >= Segment.End - Segment.Begin);
+	bOutRowEnd = (!bLastRow && Index >= Segment.Paragraph->GetLine(Row).EndIndex) ||
+		(bLastRow && !bLastSegment && Index >= Segment.End - Segment.Begin);
 	return FromShown(Block.Line, Segment.Begin + Index);
 }

@@ -217,7 +217,8 @@ EVisibility SDockTab::GetIconVisibility() const
 	return Icon.Get() ? EVisibility::HitTestInvisible : EVisibility::Collapsed;
 }
 
-int32 SDockTab::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect, FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const
+int32 SDockTab::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect,
+	FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const
 {
 	const FSlateRect Rect = AllottedGeometry.GetLayoutBoundingRect();
 	const float Scale = AllottedGeometry.GetAccumulatedScale();
@@ -226,9 +227,7 @@ int32 SDockTab::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometr
 	const FLinearColor& Tint = InWidgetStyle.GetColorAndOpacityTint();
 	const bool bFront = IsForeground();
 	const auto AddShape = [&](const FSlateRect& Shape, const TCHAR* Color)
-	{
-		OutDrawElements.AddRoundedBox(Shape, Radii, (FAppStyle::GetColor(Color) * Tint).ToFColorSRGB(), FColor(0, 0, 0, 0), 0.0f);
-	};
+	{ OutDrawElements.AddRoundedBox(Shape, Radii, (FAppStyle::GetColor(Color) * Tint).ToFColorSRGB(), FColor(0, 0, 0, 0), 0.0f); };
 	if (bFront)
 	{
 		// The bar is what the lower shape leaves of the upper one, so that it follows the corners.
@@ -240,7 +239,9 @@ int32 SDockTab::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometr
 		AddShape(Rect, TEXT("Colors.TabHover"));
 	}
 	FWidgetStyle Style = InWidgetStyle;
-	Style.SetForegroundColor(FAppStyle::GetColor(bFront ? TEXT("Colors.ForegroundStrong") : IsHovered() ? TEXT("Colors.Foreground") : TEXT("Colors.ForegroundSubdued")));
+	Style.SetForegroundColor(FAppStyle::GetColor(bFront ? TEXT("Colors.ForegroundStrong")
+			: IsHovered()								? TEXT("Colors.Foreground")
+														: TEXT("Colors.ForegroundSubdued")));
 	const int32 Layer = SCompoundWidget::OnPaint(Args, AllottedGeometry, MyCullingRect, OutDrawElements, LayerId, Style, bParentEnabled);
 	if (ShouldShowFocusRing())
 	{

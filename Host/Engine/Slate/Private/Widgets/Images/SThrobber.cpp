@@ -34,7 +34,8 @@ FVector2D SThrobber::ComputeDesiredSize(float LayoutScaleMultiplier) const
 	return FVector2D(NumPieces * ThrobberDisc + (NumPieces - 1) * ThrobberGap, ThrobberDisc);
 }
 
-int32 SThrobber::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect, FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const
+int32 SThrobber::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect,
+	FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const
 {
 	const int32 Bright = GetBrightPiece(Args.GetCurrentTime(), NumPieces);
 	const FVector2D& Size = AllottedGeometry.GetLocalSize();
@@ -46,7 +47,8 @@ int32 SThrobber::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeomet
 	{
 		FLinearColor Disc = Color;
 		Disc.A *= GetDiscOpacity((Piece - Bright + NumPieces) % NumPieces);
-		const FSlateRect Rect = AllottedGeometry.ToDevice(Corner + FVector2D(Piece * (ThrobberDisc + ThrobberGap), 0.0), FVector2D(ThrobberDisc, ThrobberDisc));
+		const FSlateRect Rect =
+			AllottedGeometry.ToDevice(Corner + FVector2D(Piece * (ThrobberDisc + ThrobberGap), 0.0), FVector2D(ThrobberDisc, ThrobberDisc));
 		OutDrawElements.AddRoundedBox(Rect, FVector4f(Radius, Radius, Radius, Radius), Disc.ToFColorSRGB(), FColor(0, 0, 0, 0), 0.0f);
 	}
 	return LayerId;

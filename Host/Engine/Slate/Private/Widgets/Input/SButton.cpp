@@ -32,11 +32,9 @@ void SButton::Construct(const FArguments& InArgs)
 	const bool bLeaf = Content->GetChildren()->Num() == 0;
 	const FMargin Padding = Style->MinSize.X > 0.0 ? FMargin(16.0f, 2.0f) : FMargin(4.0f, 2.0f);
 	SBorder::FArguments BorderArguments;
-	BorderArguments
-		.HAlign(InArgs._HAlign.Get(bLeaf ? HAlign_Center : HAlign_Fill))
+	BorderArguments.HAlign(InArgs._HAlign.Get(bLeaf ? HAlign_Center : HAlign_Fill))
 		.VAlign(InArgs._VAlign.Get(VAlign_Center))
-		.Padding(InArgs._ContentPadding.IsSet() ? InArgs._ContentPadding : TAttribute<FMargin>(Padding))
-		[Content];
+		.Padding(InArgs._ContentPadding.IsSet() ? InArgs._ContentPadding : TAttribute<FMargin>(Padding))[Content];
 	if (InArgs._ForegroundColor.IsSet())
 	{
 		BorderArguments.ForegroundColor(InArgs._ForegroundColor);
@@ -167,7 +165,8 @@ void SButton::OnMouseCaptureLost()
 	}
 }
 
-int32 SButton::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect, FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const
+int32 SButton::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect,
+	FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const
 {
 	const bool bEnabled = ShouldBeEnabled(bParentEnabled);
 	const FSlateBrush* Brush = &Style->Normal;

@@ -112,7 +112,8 @@ void SCheckBox::OnArrangeChildren(const FGeometry& AllottedGeometry, FArrangedCh
 	SCompoundWidget::OnArrangeChildren(AllottedGeometry.MakeChild(FVector2D(Style->BoxSize.X, 0.0), Room), ArrangedChildren);
 }
 
-int32 SCheckBox::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect, FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const
+int32 SCheckBox::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect,
+	FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const
 {
 	const bool bEnabled = ShouldBeEnabled(bParentEnabled);
 	const bool bLit = IsHovered() || bPressed || bKeyPressed;

@@ -46,10 +46,12 @@ void SComboButton::Construct(const FArguments& InArgs)
 	{
 		SetForegroundColor(InArgs._ForegroundColor);
 	}
-	ConstructButton(InArgs._ComboButtonStyle, InArgs._ButtonStyle, InArgs._ButtonContent.Widget, InArgs._ContentPadding, InArgs._HasDownArrow);
+	ConstructButton(
+		InArgs._ComboButtonStyle, InArgs._ButtonStyle, InArgs._ButtonContent.Widget, InArgs._ContentPadding, InArgs._HasDownArrow);
 }
 
-void SComboButton::ConstructButton(const FComboButtonStyle* InStyle, const FButtonStyle* InButtonStyle, const TSharedRef<SWidget>& InContent, const TAttribute<FMargin>& InPadding, bool bHasDownArrow)
+void SComboButton::ConstructButton(const FComboButtonStyle* InStyle, const FButtonStyle* InButtonStyle,
+	const TSharedRef<SWidget>& InContent, const TAttribute<FMargin>& InPadding, bool bHasDownArrow)
 {
 	Style = InStyle ? InStyle : &FAppStyle::Get().GetWidgetStyle<FComboButtonStyle>(TEXT("ComboButton"));
 	Button = InButtonStyle ? InButtonStyle : &Style->ButtonStyle;
@@ -177,7 +179,8 @@ FVector2D SComboButton::ComputeDesiredSize(float LayoutScaleMultiplier) const
 	return FVector2D(FMath::Max(Wanted.X, Button->MinSize.X), FMath::Max(Wanted.Y, Button->MinSize.Y));
 }
 
-int32 SComboButton::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect, FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const
+int32 SComboButton::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect,
+	FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const
 {
 	const bool bEnabled = ShouldBeEnabled(bParentEnabled);
 	const FSlateRect Rect = AllottedGeometry.GetLayoutBoundingRect();

@@ -10,7 +10,8 @@ void SEditableText::Construct(const FArguments& InArgs)
 	NewSetup.IsReadOnly = InArgs._IsReadOnly;
 	NewSetup.SelectAllTextWhenFocused = InArgs._SelectAllTextWhenFocused;
 	NewSetup.RevertTextOnEscape = InArgs._RevertTextOnEscape;
-	NewSetup.ClearKeyboardFocusOnCommit = InArgs._ClearKeyboardFocusOnCommit.IsSet() ? InArgs._ClearKeyboardFocusOnCommit : TAttribute<bool>(true);
+	NewSetup.ClearKeyboardFocusOnCommit =
+		InArgs._ClearKeyboardFocusOnCommit.IsSet() ? InArgs._ClearKeyboardFocusOnCommit : TAttribute<bool>(true);
 	NewSetup.AllowContextMenu = InArgs._AllowContextMenu.IsSet() ? InArgs._AllowContextMenu : TAttribute<bool>(true);
 	NewSetup.MinDesiredWidth = InArgs._MinDesiredWidth;
 	NewSetup.TextStyle = InArgs._Style;

@@ -3,7 +3,8 @@
 void SEditableTextBox::Construct(const FArguments& InArgs)
 {
 	FHostTextSetup NewSetup;
-	NewSetup.BoxStyle = InArgs._Style ? InArgs._Style : &FAppStyle::Get().GetWidgetStyle<FEditableTextBoxStyle>(TEXT("NormalEditableTextBox"));
+	NewSetup.BoxStyle =
+		InArgs._Style ? InArgs._Style : &FAppStyle::Get().GetWidgetStyle<FEditableTextBoxStyle>(TEXT("NormalEditableTextBox"));
 	NewSetup.Text = InArgs._Text;
 	NewSetup.HintText = InArgs._HintText;
 	NewSetup.Font = InArgs._Font;
@@ -12,7 +13,8 @@ void SEditableTextBox::Construct(const FArguments& InArgs)
 	NewSetup.IsReadOnly = InArgs._IsReadOnly;
 	NewSetup.SelectAllTextWhenFocused = InArgs._SelectAllTextWhenFocused;
 	NewSetup.RevertTextOnEscape = InArgs._RevertTextOnEscape;
-	NewSetup.ClearKeyboardFocusOnCommit = InArgs._ClearKeyboardFocusOnCommit.IsSet() ? InArgs._ClearKeyboardFocusOnCommit : TAttribute<bool>(true);
+	NewSetup.ClearKeyboardFocusOnCommit =
+		InArgs._ClearKeyboardFocusOnCommit.IsSet() ? InArgs._ClearKeyboardFocusOnCommit : TAttribute<bool>(true);
 	NewSetup.AllowContextMenu = InArgs._AllowContextMenu.IsSet() ? InArgs._AllowContextMenu : TAttribute<bool>(true);
 	NewSetup.MinDesiredWidth = InArgs._MinDesiredWidth;
 	NewSetup.Padding = InArgs._Padding;

@@ -18,6 +18,7 @@ void SHyperlink::Construct(const FArguments& InArgs)
 	LinkStyle = InArgs._Style ? InArgs._Style : &FAppStyle::Get().GetWidgetStyle<FHyperlinkStyle>("Hyperlink");
 	LinkTextStyle = InArgs._TextStyle ? InArgs._TextStyle : &LinkStyle->TextStyle;
 	NavigateHandler = InArgs._OnNavigate;
+	// clang-format off
 	SButton::Construct(SButton::FArguments()
 		.ButtonStyle(FAppStyle::Get(), "NoBorder")
 		.ContentPadding(InArgs._Padding.IsSet() ? InArgs._Padding : TAttribute<FMargin>(FMargin(0.0f)))
@@ -28,6 +29,7 @@ void SHyperlink::Construct(const FArguments& InArgs)
 			.TextStyle(LinkTextStyle)
 			.ColorAndOpacity(FSlateColor::UseForeground())
 		]);
+	// clang-format on
 	SetCursor(TOptional<EMouseCursor::Type>(EMouseCursor::Hand));
 }
 
@@ -37,7 +39,8 @@ FReply SHyperlink::ExecuteOnClick()
 	return FReply::Handled();
 }
 
-int32 SHyperlink::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect, FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const
+int32 SHyperlink::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect,
+	FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const
 {
 	const bool bEnabled = ShouldBeEnabled(bParentEnabled);
 	const bool bPressedLook = bEnabled && LooksPressed();
@@ -67,7 +70,8 @@ int32 SHyperlink::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeome
 	}
 	if (bEnabled && ShouldShowFocusRing())
 	{
-		FHostWidgetPaint::AddFocusRing(OutDrawElements, AllottedGeometry.GetLayoutBoundingRect().ExtendBy(LinkRingGap * Scale), LinkRingRadius, Scale, InWidgetStyle);
+		FHostWidgetPaint::AddFocusRing(
+			OutDrawElements, AllottedGeometry.GetLayoutBoundingRect().ExtendBy(LinkRingGap * Scale), LinkRingRadius, Scale, InWidgetStyle);
 	}
 	return Result;
 }

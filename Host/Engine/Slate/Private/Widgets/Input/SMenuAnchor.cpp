@@ -36,7 +36,8 @@ void SMenuAnchor::SetIsOpen(bool bInIsOpen, bool bFocusMenu, int32 FocusUserInde
 	if (const TSharedPtr<SWidget> Content = MakeMenuContent())
 	{
 		const EHostOwnerPress OwnerPress = bFocusMenu || OpensByPress() ? EHostOwnerPress::OnlyCloses : EHostOwnerPress::Reaches;
-		Menu = FSlateApplication::Get().PushMenu(AsShared(), Content.ToSharedRef(), GetCachedGeometry().GetLayoutBoundingRect(), Placement.Get(), bFocusMenu, OwnerPress);
+		Menu = FSlateApplication::Get().PushMenu(
+			AsShared(), Content.ToSharedRef(), GetCachedGeometry().GetLayoutBoundingRect(), Placement.Get(), bFocusMenu, OwnerPress);
 		Menu->GetOnMenuDismissed().AddSP(this, &SMenuAnchor::OnMenuDismissed);
 		OnOpenChanged(true);
 	}

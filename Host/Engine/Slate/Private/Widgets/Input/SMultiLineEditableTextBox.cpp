@@ -3,7 +3,8 @@
 void SMultiLineEditableTextBox::Construct(const FArguments& InArgs)
 {
 	FHostTextSetup NewSetup;
-	NewSetup.BoxStyle = InArgs._Style ? InArgs._Style : &FAppStyle::Get().GetWidgetStyle<FEditableTextBoxStyle>(TEXT("NormalEditableTextBox"));
+	NewSetup.BoxStyle =
+		InArgs._Style ? InArgs._Style : &FAppStyle::Get().GetWidgetStyle<FEditableTextBoxStyle>(TEXT("NormalEditableTextBox"));
 	Marshaller = InArgs._Marshaller;
 	NewSetup.Text = InArgs._Text;
 	NewSetup.HintText = InArgs._HintText;
@@ -12,7 +13,8 @@ void SMultiLineEditableTextBox::Construct(const FArguments& InArgs)
 	if (InArgs._TextStyle)
 	{
 		NewSetup.Font = NewSetup.Font.IsSet() ? NewSetup.Font : TAttribute<FSlateFontInfo>(InArgs._TextStyle->Font);
-		NewSetup.ForegroundColor = NewSetup.ForegroundColor.IsSet() ? NewSetup.ForegroundColor : TAttribute<FSlateColor>(InArgs._TextStyle->ColorAndOpacity);
+		NewSetup.ForegroundColor =
+			NewSetup.ForegroundColor.IsSet() ? NewSetup.ForegroundColor : TAttribute<FSlateColor>(InArgs._TextStyle->ColorAndOpacity);
 	}
 	NewSetup.BackgroundColor = InArgs._BackgroundColor;
 	NewSetup.IsReadOnly = InArgs._IsReadOnly;
@@ -31,12 +33,13 @@ void SMultiLineEditableTextBox::Construct(const FArguments& InArgs)
 	{
 		const TAttribute<FMargin> Padding = InArgs._Padding.IsSet() ? InArgs._Padding : TAttribute<FMargin>(NewSetup.BoxStyle->Padding);
 		const TAttribute<FMargin> Margin = InArgs._Margin;
-		NewSetup.Padding = TAttribute<FMargin>::CreateLambda([Padding, Margin]()
-		{
-			const FMargin Outer = Padding.Get();
-			const FMargin Inner = Margin.Get();
-			return FMargin(Outer.Left + Inner.Left, Outer.Top + Inner.Top, Outer.Right + Inner.Right, Outer.Bottom + Inner.Bottom);
-		});
+		NewSetup.Padding = TAttribute<FMargin>::CreateLambda(
+			[Padding, Margin]()
+			{
+				const FMargin Outer = Padding.Get();
+				const FMargin Inner = Margin.Get();
+				return FMargin(Outer.Left + Inner.Left, Outer.Top + Inner.Top, Outer.Right + Inner.Right, Outer.Bottom + Inner.Bottom);
+			});
 	}
 	NewSetup.OnTextChanged = InArgs._OnTextChanged;
 	NewSetup.OnTextCommitted = InArgs._OnTextCommitted;

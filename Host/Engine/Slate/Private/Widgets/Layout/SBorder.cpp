@@ -36,11 +36,13 @@ FReply SBorder::OnMouseButtonDoubleClick(const FGeometry& MyGeometry, const FPoi
 	return MouseDoubleClickHandler.IsBound() ? MouseDoubleClickHandler.Execute(MyGeometry, MouseEvent) : FReply::Unhandled();
 }
 
-int32 SBorder::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect, FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const
+int32 SBorder::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect,
+	FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const
 {
 	if (const FSlateBrush* Brush = BorderImage.Get())
 	{
-		OutDrawElements.AddBrush(AllottedGeometry.GetLayoutBoundingRect(), *Brush, BorderBackgroundColor.Get().GetColor(InWidgetStyle), InWidgetStyle.GetColorAndOpacityTint());
+		OutDrawElements.AddBrush(AllottedGeometry.GetLayoutBoundingRect(), *Brush, BorderBackgroundColor.Get().GetColor(InWidgetStyle),
+			InWidgetStyle.GetColorAndOpacityTint());
 	}
 	return SCompoundWidget::OnPaint(Args, AllottedGeometry, MyCullingRect, OutDrawElements, LayerId, InWidgetStyle, bParentEnabled);
 }

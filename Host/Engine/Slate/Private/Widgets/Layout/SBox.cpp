@@ -36,7 +36,6 @@ void SBox::Construct(const FArguments& InArgs)
 FVector2D SBox::ComputeDesiredSize(float LayoutScaleMultiplier) const
 {
 	const FVector2D Content = SCompoundWidget::ComputeDesiredSize(LayoutScaleMultiplier);
-	return FVector2D(
-		LimitBoxSize(Content.X, WidthOverride.Get(), MinDesiredWidth.Get(), MaxDesiredWidth.Get()),
+	return FVector2D(LimitBoxSize(Content.X, WidthOverride.Get(), MinDesiredWidth.Get(), MaxDesiredWidth.Get()),
 		LimitBoxSize(Content.Y, HeightOverride.Get(), MinDesiredHeight.Get(), MaxDesiredHeight.Get()));
 }

@@ -62,10 +62,11 @@ TSharedRef<SWidget> SExpandableArea::MakeHeader(const FArguments& InArgs)
 	if (IsEmptySlot(InArgs._HeaderContent))
 	{
 		Content = SNew(STextBlock)
-			.Text(InArgs._AreaTitle)
-			.Font(InArgs._AreaTitleFont.IsSet() ? InArgs._AreaTitleFont : TAttribute<FSlateFontInfo>(FAppStyle::GetFontStyle("NormalFontBold")))
-			.ColorAndOpacity(FSlateColor(FAppStyle::GetColor("Colors.ForegroundStrong")))
-			.Margin(FMargin(2.0f, 6.0f));
+					  .Text(InArgs._AreaTitle)
+					  .Font(InArgs._AreaTitleFont.IsSet() ? InArgs._AreaTitleFont
+														  : TAttribute<FSlateFontInfo>(FAppStyle::GetFontStyle("NormalFontBold")))
+					  .ColorAndOpacity(FSlateColor(FAppStyle::GetColor("Colors.ForegroundStrong")))
+					  .Margin(FMargin(2.0f, 6.0f));
 	}
 	const bool bOwnPadding = InArgs._HeaderPadding.IsSet();
 	// clang-format off

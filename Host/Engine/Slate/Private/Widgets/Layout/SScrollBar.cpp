@@ -97,7 +97,8 @@ FVector2D SScrollBar::ComputeDesiredSize(float LayoutScaleMultiplier) const
 	return Orientation == Orient_Vertical ? FVector2D(Room, 0.0) : FVector2D(0.0, Room);
 }
 
-int32 SScrollBar::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect, FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const
+int32 SScrollBar::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect,
+	FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const
 {
 	if (!IsNeeded())
 	{
@@ -111,8 +112,10 @@ int32 SScrollBar::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeome
 	float End = 0.0f;
 	GetThumb(GetAlong(Size), Start, End);
 	const double Side = (Across - Width) * 0.5;
-	FSlateRect Thumb = Orientation == Orient_Vertical ? AllottedGeometry.ToDevice(FVector2D(Side, Start), FVector2D(Width, End - Start)) : AllottedGeometry.ToDevice(FVector2D(Start, Side), FVector2D(End - Start, Width));
-	Thumb = FSlateRect(FMath::RoundToFloat(Thumb.Left), FMath::RoundToFloat(Thumb.Top), FMath::RoundToFloat(Thumb.Right), FMath::RoundToFloat(Thumb.Bottom));
+	FSlateRect Thumb = Orientation == Orient_Vertical ? AllottedGeometry.ToDevice(FVector2D(Side, Start), FVector2D(Width, End - Start))
+													  : AllottedGeometry.ToDevice(FVector2D(Start, Side), FVector2D(End - Start, Width));
+	Thumb = FSlateRect(FMath::RoundToFloat(Thumb.Left), FMath::RoundToFloat(Thumb.Top), FMath::RoundToFloat(Thumb.Right),
+		FMath::RoundToFloat(Thumb.Bottom));
 	const FSlateColor& Which = bDragging ? Style->DraggedThumb : (bThumbHovered ? Style->HoveredThumb : Style->NormalThumb);
 	const float Radius = static_cast<float>(Width) * 0.5f * AllottedGeometry.GetAccumulatedScale();
 	const FLinearColor Color = Which.GetColor(InWidgetStyle) * InWidgetStyle.GetColorAndOpacityTint();

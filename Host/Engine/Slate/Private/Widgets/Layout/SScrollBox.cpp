@@ -58,10 +58,10 @@ void SScrollBox::Construct(const FArguments& InArgs)
 	UserScrolledHandler = InArgs._OnUserScrolled;
 	BarVisibility = InArgs._ScrollBarVisibility;
 	Bar = SNew(SScrollBar)
-		.Style(InArgs._ScrollBarStyle)
-		.Orientation(Orientation)
-		.Room(static_cast<float>(Orientation == Orient_Vertical ? InArgs._ScrollBarThickness.X : InArgs._ScrollBarThickness.Y))
-		.OnUserScrolled(this, &SScrollBox::OnBarScrolled);
+			  .Style(InArgs._ScrollBarStyle)
+			  .Orientation(Orientation)
+			  .Room(static_cast<float>(Orientation == Orient_Vertical ? InArgs._ScrollBarThickness.X : InArgs._ScrollBarThickness.Y))
+			  .OnUserScrolled(this, &SScrollBox::OnBarScrolled);
 	BarSlot.AttachWidget(Bar.ToSharedRef());
 	Slots.AddSlots(InArgs._Slots);
 }
@@ -97,7 +97,8 @@ void SScrollBox::ScrollToEnd()
 	PendingView.Reset();
 }
 
-void SScrollBox::ScrollDescendantIntoView(const TSharedPtr<SWidget>& WidgetToScrollIntoView, bool bAnimateScroll, EDescendantScrollDestination Destination, float Padding)
+void SScrollBox::ScrollDescendantIntoView(
+	const TSharedPtr<SWidget>& WidgetToScrollIntoView, bool bAnimateScroll, EDescendantScrollDestination Destination, float Padding)
 {
 	PendingView = WidgetToScrollIntoView;
 	PendingDestination = Destination;
@@ -189,7 +190,8 @@ void SScrollBox::PrepassChildren(float LayoutScale, bool bOwnChange)
 			return;
 		}
 	}
-	Watch.MeasureInTurn(ShownBegin, ShownEnd, bMeasureEverything, [this, LayoutScale](int32 Index) { return MeasureChild(Index, LayoutScale); });
+	Watch.MeasureInTurn(
+		ShownBegin, ShownEnd, bMeasureEverything, [this, LayoutScale](int32 Index) { return MeasureChild(Index, LayoutScale); });
 }
 
 bool SScrollBox::TakeChildren(float LayoutScale)
@@ -357,7 +359,8 @@ void SScrollBox::UpdateView(const FVector2D& Size) const
 		PickAnchor(FindFirstInView());
 	}
 	const double Length = GetContentLength();
-	Bar->SetState(Length > 0.0 ? static_cast<float>(Offset / Length) : 0.0f, Length > ViewLength + ScrollTolerance ? static_cast<float>(ViewLength / Length) : 1.0f);
+	Bar->SetState(Length > 0.0 ? static_cast<float>(Offset / Length) : 0.0f,
+		Length > ViewLength + ScrollTolerance ? static_cast<float>(ViewLength / Length) : 1.0f);
 }
 
 FVector2D SScrollBox::ComputeDesiredSize(float LayoutScaleMultiplier) const
@@ -425,7 +428,8 @@ void SScrollBox::OnArrangeChildren(const FGeometry& AllottedGeometry, FArrangedC
 	}
 }
 
-int32 SScrollBox::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect, FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const
+int32 SScrollBox::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect,
+	FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const
 {
 	if (HoldFrame == NextFrame)
 	{
@@ -471,7 +475,8 @@ void SScrollBox::SettlePendingView(const FGeometry& AllottedGeometry) const
 			}
 		}
 	}
-	double Begin = Offset + GetAlong(Place.GetAbsolutePosition() - AllottedGeometry.GetAbsolutePosition()) / AllottedGeometry.GetAccumulatedScale();
+	double Begin =
+		Offset + GetAlong(Place.GetAbsolutePosition() - AllottedGeometry.GetAbsolutePosition()) / AllottedGeometry.GetAccumulatedScale();
 	double Length = GetAlong(Place.GetLocalSize());
 	Begin -= PendingPadding;
 	Length += PendingPadding * 2.0;

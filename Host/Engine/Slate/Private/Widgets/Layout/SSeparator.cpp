@@ -11,7 +11,8 @@ void SSeparator::Construct(const FArguments& InArgs)
 	ColorAndOpacity = InArgs._ColorAndOpacity;
 }
 
-int32 SSeparator::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect, FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const
+int32 SSeparator::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect,
+	FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const
 {
 	// Centred, and never thicker than asked for when it is given more room.
 	FSlateRect Line = AllottedGeometry.GetLayoutBoundingRect();
@@ -26,7 +27,8 @@ int32 SSeparator::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeome
 		Line.Left = FMath::RoundToFloat((Line.Left + Line.Right - Width) * 0.5f);
 		Line.Right = Line.Left + Width;
 	}
-	const FLinearColor Color = ColorAndOpacity.IsSet() ? ColorAndOpacity.Get().GetColor(InWidgetStyle) : FAppStyle::GetColor("Colors.PopupLine");
+	const FLinearColor Color =
+		ColorAndOpacity.IsSet() ? ColorAndOpacity.Get().GetColor(InWidgetStyle) : FAppStyle::GetColor("Colors.PopupLine");
 	OutDrawElements.AddBox(Line, (Color * InWidgetStyle.GetColorAndOpacityTint()).ToFColorSRGB());
 	return LayerId;
 }

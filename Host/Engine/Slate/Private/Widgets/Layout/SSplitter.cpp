@@ -193,11 +193,13 @@ void SSplitter::OnArrangeChildren(const FGeometry& AllottedGeometry, FArrangedCh
 	for (const FPart& Part : LayOut(AllottedGeometry))
 	{
 		const TSharedRef<SWidget>& Child = Children[Part.Index].GetWidget();
-		ArrangedChildren.AddWidget(Child->GetVisibility(), FArrangedWidget(Child, AllottedGeometry.MakeChild(MakeVector(Part.Start, 0.0), MakeVector(Part.Size, Across))));
+		ArrangedChildren.AddWidget(Child->GetVisibility(),
+			FArrangedWidget(Child, AllottedGeometry.MakeChild(MakeVector(Part.Start, 0.0), MakeVector(Part.Size, Across))));
 	}
 }
 
-int32 SSplitter::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect, FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const
+int32 SSplitter::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect,
+	FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const
 {
 	const bool bEnabled = ShouldBeEnabled(bParentEnabled);
 	FArrangedChildren Arranged(EVisibility::Visible, OutDrawElements.GetClip());
@@ -208,7 +210,8 @@ int32 SSplitter::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeomet
 		const FArrangedWidget& Child = Arranged[Index];
 		OutDrawElements.PushClip(Child.Geometry.GetLayoutBoundingRect());
 		const FSlateRect Culling = OutDrawElements.GetClip();
-		MaxLayer = FMath::Max(MaxLayer, Child.Widget->Paint(Args, Child.Geometry, Culling, OutDrawElements, LayerId, InWidgetStyle, bEnabled));
+		MaxLayer =
+			FMath::Max(MaxLayer, Child.Widget->Paint(Args, Child.Geometry, Culling, OutDrawElements, LayerId, InWidgetStyle, bEnabled));
 		OutDrawElements.PopClip();
 	}
 
@@ -305,7 +308,9 @@ void SSplitter::DragTo(const FGeometry& Geometry, double Along)
 
 FReply SSplitter::OnMouseButtonDown(const FGeometry& MyGeometry, const FPointerEvent& MouseEvent)
 {
-	const int32 Handle = MouseEvent.GetEffectingButton() == EKeys::LeftMouseButton ? FindHandle(MyGeometry, MouseEvent.GetScreenSpacePosition()) : INDEX_NONE;
+	const int32 Handle = MouseEvent.GetEffectingButton() == EKeys::LeftMouseButton
+		? FindHandle(MyGeometry, MouseEvent.GetScreenSpacePosition())
+		: INDEX_NONE;
 	if (Handle == INDEX_NONE)
 	{
 		return FReply::Unhandled();

@@ -61,5 +61,6 @@ void SWidgetSwitcher::OnArrangeChildren(const FGeometry& AllottedGeometry, FArra
 	const FMargin Padding = Slot->GetPadding();
 	const FAlignedAxis X = AlignChild(Slot->GetHorizontalAlignment(), static_cast<float>(Size.X), static_cast<float>(Desired.X), Padding);
 	const FAlignedAxis Y = AlignChild(Slot->GetVerticalAlignment(), static_cast<float>(Size.Y), static_cast<float>(Desired.Y), Padding);
-	ArrangedChildren.AddWidget(Widget->GetVisibility(), FArrangedWidget(Widget, AllottedGeometry.MakeChild(FVector2D(X.Offset, Y.Offset), FVector2D(X.Size, Y.Size))));
+	ArrangedChildren.AddWidget(Widget->GetVisibility(),
+		FArrangedWidget(Widget, AllottedGeometry.MakeChild(FVector2D(X.Offset, Y.Offset), FVector2D(X.Size, Y.Size))));
 }

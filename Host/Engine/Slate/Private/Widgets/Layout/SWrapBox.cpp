@@ -154,7 +154,8 @@ void SWrapBox::OnArrangeChildren(const FGeometry& AllottedGeometry, FArrangedChi
 		const double ViewBegin = (bHorizontal ? Clip->Top - Corner.Y : Clip->Left - Corner.X) / Scale - Overhang;
 		ViewEnd = (bHorizontal ? Clip->Bottom - Corner.Y : Clip->Right - Corner.X) / Scale + Overhang;
 		const FLine* Begin = Lines.GetData();
-		const FLine* Found = std::lower_bound(Begin, Begin + Lines.Num(), ViewBegin, [](const FLine& Line, double Where) { return Line.Across + Line.Thickness < Where; });
+		const FLine* Found = std::lower_bound(
+			Begin, Begin + Lines.Num(), ViewBegin, [](const FLine& Line, double Where) { return Line.Across + Line.Thickness < Where; });
 		FirstPlaced = Found == Begin + Lines.Num() ? Placed.Num() : Found->FirstPlaced;
 	}
 	for (int32 PlaceIndex = FirstPlaced; PlaceIndex < Placed.Num(); ++PlaceIndex)
@@ -187,7 +188,9 @@ void SWrapBox::OnArrangeChildren(const FGeometry& AllottedGeometry, FArrangedChi
 		const float SlotY = bHorizontal ? Line.Thickness : Length;
 		const FAlignedAxis X = AlignChild(Slot.GetHorizontalAlignment(), SlotX, static_cast<float>(Wanted.X), Padding);
 		const FAlignedAxis Y = AlignChild(Slot.GetVerticalAlignment(), SlotY, static_cast<float>(Wanted.Y), Padding);
-		const FVector2D Position = bHorizontal ? FVector2D(Along + X.Offset, Line.Across + Y.Offset) : FVector2D(Line.Across + X.Offset, Along + Y.Offset);
-		ArrangedChildren.AddWidget(Widget->GetVisibility(), FArrangedWidget(Widget, AllottedGeometry.MakeChild(Position, FVector2D(X.Size, Y.Size))));
+		const FVector2D Position =
+			bHorizontal ? FVector2D(Along + X.Offset, Line.Across + Y.Offset) : FVector2D(Line.Across + X.Offset, Along + Y.Offset);
+		ArrangedChildren.AddWidget(
+			Widget->GetVisibility(), FArrangedWidget(Widget, AllottedGeometry.MakeChild(Position, FVector2D(X.Size, Y.Size))));
 	}
 }

@@ -24,7 +24,8 @@ namespace
 	constexpr float ToastDismissSize = 10.0f;
 }
 
-FNotificationButtonInfo::FNotificationButtonInfo(TAttribute<FText> InText, TAttribute<FText> InToolTip, FSimpleDelegate InCallback, SNotificationItem::ECompletionState InVisibleInState)
+FNotificationButtonInfo::FNotificationButtonInfo(
+	TAttribute<FText> InText, TAttribute<FText> InToolTip, FSimpleDelegate InCallback, SNotificationItem::ECompletionState InVisibleInState)
 	: Text(MoveTemp(InText))
 	, ToolTip(MoveTemp(InToolTip))
 	, Callback(MoveTemp(InCallback))
@@ -117,6 +118,7 @@ TSharedRef<SWidget> SNotificationItem::MakeActions(const FNotificationInfo& Info
 {
 	const TSharedRef<SHorizontalBox> Row = SNew(SHorizontalBox);
 	HyperlinkHandler = Info.Hyperlink;
+	// clang-format off
 	Row->AddSlot()
 	.AutoWidth()
 	.VAlign(VAlign_Center)
@@ -124,6 +126,7 @@ TSharedRef<SWidget> SNotificationItem::MakeActions(const FNotificationInfo& Info
 		SAssignNew(LinkBox, SBox)
 		.Visibility(EVisibility::Collapsed)
 	];
+	// clang-format on
 	if (Info.Hyperlink.IsBound() || Info.HyperlinkText.IsSet())
 	{
 		SetHyperlink(Info.Hyperlink, Info.HyperlinkText);
@@ -132,12 +135,14 @@ TSharedRef<SWidget> SNotificationItem::MakeActions(const FNotificationInfo& Info
 	{
 		const FSimpleDelegate Callback = Button.Callback;
 		const TSharedRef<SWidget> Widget = SNew(SButton)
-			.Text(Button.Text)
-			.ToolTipText(Button.ToolTip)
-			.OnClicked_Lambda([Callback]() {
-				Callback.ExecuteIfBound();
-				return FReply::Handled();
-			});
+											   .Text(Button.Text)
+											   .ToolTipText(Button.ToolTip)
+											   .OnClicked_Lambda(
+												   [Callback]()
+												   {
+													   Callback.ExecuteIfBound();
+													   return FReply::Handled();
+												   });
 		Buttons.Add({ Widget, Button.VisibleInState });
 		Row->AddSlot().AutoWidth().Padding(ToastActionGap, 0.0f, 0.0f, 0.0f)[Widget];
 	}
@@ -182,8 +187,12 @@ void SNotificationItem::SetCompletionState(ECompletionState InState)
 void SNotificationItem::ApplyState()
 {
 	TSharedPtr<SWidget> Sign;
-	const auto MakeIcon = [](const FSlateBrush* Brush, const FLinearColor& Color) -> TSharedRef<SWidget> {
-		return SNew(SImage).Image(Brush).ColorAndOpacity(FSlateColor(Color)).DesiredSizeOverride(TOptional<FVector2D>(FVector2D(ToastMarkSize, ToastMarkSize)));
+	const auto MakeIcon = [](const FSlateBrush* Brush, const FLinearColor& Color) -> TSharedRef<SWidget>
+	{
+		return SNew(SImage)
+			.Image(Brush)
+			.ColorAndOpacity(FSlateColor(Color))
+			.DesiredSizeOverride(TOptional<FVector2D>(FVector2D(ToastMarkSize, ToastMarkSize)));
 	};
 	switch (State)
 	{
@@ -274,8 +283,10 @@ void SNotificationItem::Tick(const FGeometry& AllottedGeometry, const double InC
 	SetRenderOpacity(static_cast<float>(Opacity));
 }
 
-int32 SNotificationItem::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect, FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const
+int32 SNotificationItem::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect,
+	FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const
 {
-	FHostWidgetPaint::AddToastSurface(OutDrawElements, AllottedGeometry.GetLayoutBoundingRect(), AllottedGeometry.GetAccumulatedScale(), InWidgetStyle);
+	FHostWidgetPaint::AddToastSurface(
+		OutDrawElements, AllottedGeometry.GetLayoutBoundingRect(), AllottedGeometry.GetAccumulatedScale(), InWidgetStyle);
 	return SCompoundWidget::OnPaint(Args, AllottedGeometry, MyCullingRect, OutDrawElements, LayerId, InWidgetStyle, bParentEnabled);
 }

@@ -13,11 +13,13 @@ void SNotificationList::Construct(const FArguments& InArgs)
 {
 	// Only the toasts themselves take the mouse.
 	SetVisibility(EVisibility::SelfHitTestInvisible);
+	// clang-format off
 	ChildSlot.HAlign(HAlign_Right).VAlign(VAlign_Bottom).Padding(0.0f, 0.0f, ToastEdge, ToastEdge)
 	[
 		SAssignNew(Stack, SVerticalBox)
 		.Visibility(EVisibility::SelfHitTestInvisible)
 	];
+	// clang-format on
 }
 
 TSharedRef<SNotificationItem> SNotificationList::AddNotification(const FNotificationInfo& Info)

@@ -24,7 +24,8 @@ FVector2D SProgressBar::ComputeDesiredSize(float LayoutScaleMultiplier) const
 	return FVector2D(LeastBarWidth, Style->Height);
 }
 
-int32 SProgressBar::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect, FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const
+int32 SProgressBar::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect,
+	FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const
 {
 	const FVector2D& Size = AllottedGeometry.GetLocalSize();
 	const FLinearColor& Tint = InWidgetStyle.GetColorAndOpacityTint();

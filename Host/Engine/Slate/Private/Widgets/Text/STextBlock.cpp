@@ -11,7 +11,8 @@ namespace
 
 	const FTextBlockStyle& GetPlainTextStyle()
 	{
-		static const FTextBlockStyle Style = FTextBlockStyle(FAppStyle::Get().GetWidgetStyle<FTextBlockStyle>("NormalText")).SetColorAndOpacity(FSlateColor::UseForeground());
+		static const FTextBlockStyle Style = FTextBlockStyle(FAppStyle::Get().GetWidgetStyle<FTextBlockStyle>("NormalText"))
+												 .SetColorAndOpacity(FSlateColor::UseForeground());
 		return Style;
 	}
 
@@ -23,7 +24,8 @@ namespace
 
 	TSharedRef<ITextParagraph> MakeParagraphOf(const FString& Text, const FSlateFontInfo& Font, float Scale)
 	{
-		return Text.Len() <= FSharedParagraphs::MaxLength ? FSharedParagraphs::Get(Text, Font, Scale) : ITextShaper::Get().MakeParagraph(Text, Font, Scale);
+		return Text.Len() <= FSharedParagraphs::MaxLength ? FSharedParagraphs::Get(Text, Font, Scale)
+														  : ITextShaper::Get().MakeParagraph(Text, Font, Scale);
 	}
 
 	bool IsBlank(TCHAR Char)
@@ -184,7 +186,8 @@ void STextBlock::UpdateParagraph(float Scale) const
 	const FText& Current = Text.Get();
 	const FSlateFontInfo& CurrentFont = ReadFont();
 	// Exact comparison: the operators of texts ignore case.
-	if (Paragraph && ShapedScale == Scale && ShapedFont == CurrentFont && (Current.IdenticalTo(ShapedText) || Current.ToString().Equals(ShapedText.ToString())))
+	if (Paragraph && ShapedScale == Scale && ShapedFont == CurrentFont &&
+		(Current.IdenticalTo(ShapedText) || Current.ToString().Equals(ShapedText.ToString())))
 	{
 		bShapeAnew = false;
 		return;
@@ -254,7 +257,8 @@ FVector2D STextBlock::MeasureParagraph(float Scale) const
 	const float Fixed = Rare ? FMath::Max(Rare->WrapTextAt.Get(), 0.0f) * Scale : 0.0f;
 	if (Fixed > 0.0f)
 	{
-		Width = WrapsToAllotted() ? FMath::Min(Width, FMath::CeilToFloat(Fixed)) : (WrapPixels > 0.0f ? FMath::CeilToFloat(Wrapped.X) : Width);
+		Width =
+			WrapsToAllotted() ? FMath::Min(Width, FMath::CeilToFloat(Fixed)) : (WrapPixels > 0.0f ? FMath::CeilToFloat(Wrapped.X) : Width);
 	}
 	const float Height = FMath::RoundToFloat(Wrapped.Y * GetLineHeight());
 	const FMargin Margin = GetMargin();
@@ -314,7 +318,8 @@ const ITextParagraph& STextBlock::GetElided(float RoomPixels) const
 	return *Elided->Paragraph;
 }
 
-int32 STextBlock::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect, FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const
+int32 STextBlock::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect,
+	FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const
 {
 	if (IsUnknownFont(ReadFont()))
 	{
@@ -339,7 +344,8 @@ int32 STextBlock::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeome
 	const float Room = (Width - Margin.Left - Margin.Right) * Scale;
 	const FVector2D& Corner = AllottedGeometry.GetAbsolutePosition();
 	const FVector2D Origin(FMath::RoundToFloat(Corner.X + Margin.Left * Scale), Corner.Y + Margin.Top * Scale);
-	const FLinearColor Color = (Look && Look->ColorAndOpacity.IsSet() ? Look->ColorAndOpacity.Get() : TextStyle->ColorAndOpacity).GetColor(InWidgetStyle);
+	const FLinearColor Color =
+		(Look && Look->ColorAndOpacity.IsSet() ? Look->ColorAndOpacity.Get() : TextStyle->ColorAndOpacity).GetColor(InWidgetStyle);
 	const FLinearColor& Tint = InWidgetStyle.GetColorAndOpacityTint();
 	const bool bTooWide = Paragraph->GetSize().X > Room + WidthTolerance;
 	if (!bTooWide)
@@ -357,7 +363,8 @@ int32 STextBlock::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeome
 	return LayerId;
 }
 
-void STextBlock::PaintLines(const ITextParagraph& Lines, const FVector2D& Origin, float RoomPixels, const FLinearColor& Color, const FLinearColor& Tint, FSlateWindowElementList& OutDrawElements, float Scale) const
+void STextBlock::PaintLines(const ITextParagraph& Lines, const FVector2D& Origin, float RoomPixels, const FLinearColor& Color,
+	const FLinearColor& Tint, FSlateWindowElementList& OutDrawElements, float Scale) const
 {
 	const float LineHeight = GetLineHeight();
 	const ETextJustify::Type Justify = GetJustification();
@@ -386,7 +393,8 @@ void STextBlock::PaintLines(const ITextParagraph& Lines, const FVector2D& Origin
 	{
 		const FParagraphLine& Line = Lines.GetLine(Index);
 		// The added or missing height stands half above and half below the font's own.
-		const float Top = static_cast<float>(Origin.Y) + FMath::RoundToFloat(Line.Top * LineHeight) + FMath::RoundToFloat(Line.Height * (LineHeight - 1.0f) * 0.5f);
+		const float Top = static_cast<float>(Origin.Y) + FMath::RoundToFloat(Line.Top * LineHeight) +
+			FMath::RoundToFloat(Line.Height * (LineHeight - 1.0f) * 0.5f);
 		if (Top >= Clip.Bottom)
 		{
 			break;
@@ -405,7 +413,8 @@ void STextBlock::PaintLines(const ITextParagraph& Lines, const FVector2D& Origin
 			if (bStrike)
 			{
 				const float Y = FMath::RoundToFloat(Baseline - Metrics.StrikeOffset);
-				OutDrawElements.AddBrush(FSlateRect(Left, Y, Left + Line.Width, Y + Thickness), TextStyle->StrikeBrush, FLinearColor(1.0f, 1.0f, 1.0f, Color.A), Tint);
+				OutDrawElements.AddBrush(FSlateRect(Left, Y, Left + Line.Width, Y + Thickness), TextStyle->StrikeBrush,
+					FLinearColor(1.0f, 1.0f, 1.0f, Color.A), Tint);
 			}
 			if (bUnderline)
 			{

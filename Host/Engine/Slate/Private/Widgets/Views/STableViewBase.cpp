@@ -285,7 +285,8 @@ void STableViewBase::UpdateRows(const FGeometry& Geometry)
 		TopDistance += FindOrMakeRow(--TopIndex, Kept).Height;
 	}
 	TopDistance = FMath::Max(TopDistance, 0.0f);
-	for (float Height = FindOrMakeRow(TopIndex, Kept).Height; TopDistance >= Height && TopIndex + 1 < Count; Height = FindOrMakeRow(TopIndex, Kept).Height)
+	for (float Height = FindOrMakeRow(TopIndex, Kept).Height; TopDistance >= Height && TopIndex + 1 < Count;
+		 Height = FindOrMakeRow(TopIndex, Kept).Height)
 	{
 		TopDistance -= Height;
 		++TopIndex;
@@ -367,11 +368,13 @@ void STableViewBase::OnArrangeChildren(const FGeometry& AllottedGeometry, FArran
 	for (const FRow& Row : Rows)
 	{
 		const TSharedRef<SWidget> Widget = Row.Row->AsWidget();
-		ArrangedChildren.AddWidget(Widget->GetVisibility(), FArrangedWidget(Widget, AllottedGeometry.MakeChild(FVector2D(0.0, Row.Top), FVector2D(Width, Row.Height))));
+		ArrangedChildren.AddWidget(Widget->GetVisibility(),
+			FArrangedWidget(Widget, AllottedGeometry.MakeChild(FVector2D(0.0, Row.Top), FVector2D(Width, Row.Height))));
 	}
 }
 
-int32 STableViewBase::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect, FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const
+int32 STableViewBase::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect,
+	FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const
 {
 	const_cast<STableViewBase*>(this)->UpdateRows(AllottedGeometry);
 	const int32 Layer = SPanel::OnPaint(Args, AllottedGeometry, MyCullingRect, OutDrawElements, LayerId, InWidgetStyle, bParentEnabled);
@@ -379,12 +382,14 @@ int32 STableViewBase::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedG
 	if (!Bar.IsEmpty())
 	{
 		const float Scale = AllottedGeometry.GetAccumulatedScale();
-		const FSlateRect ThumbRect = FScrollThumb::GetThumb(Bar, AllottedGeometry.GetLocalSize().Y, GetContentHeight(), GetScrollOffset(), GetTableBarStyle(), Scale);
+		const FSlateRect ThumbRect = FScrollThumb::GetThumb(
+			Bar, AllottedGeometry.GetLocalSize().Y, GetContentHeight(), GetScrollOffset(), GetTableBarStyle(), Scale);
 		Thumb->Paint(Bar, ThumbRect, OutDrawElements, GetTableBarStyle(), InWidgetStyle, Scale);
 	}
 	if (ShouldShowFocusRing())
 	{
-		FHostWidgetPaint::AddFocusRing(OutDrawElements, AllottedGeometry.GetLayoutBoundingRect(), 4.0f, AllottedGeometry.GetAccumulatedScale(), InWidgetStyle);
+		FHostWidgetPaint::AddFocusRing(
+			OutDrawElements, AllottedGeometry.GetLayoutBoundingRect(), 4.0f, AllottedGeometry.GetAccumulatedScale(), InWidgetStyle);
 	}
 	return Layer;
 }
@@ -392,19 +397,22 @@ int32 STableViewBase::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedG
 FReply STableViewBase::OnMouseButtonDown(const FGeometry& MyGeometry, const FPointerEvent& MouseEvent)
 {
 	const FSlateRect Bar = GetBarRect(MyGeometry);
-	if (MouseEvent.GetEffectingButton() != EKeys::LeftMouseButton || Bar.IsEmpty() || !Bar.ContainsPoint(MouseEvent.GetScreenSpacePosition()))
+	if (MouseEvent.GetEffectingButton() != EKeys::LeftMouseButton || Bar.IsEmpty() ||
+		!Bar.ContainsPoint(MouseEvent.GetScreenSpacePosition()))
 	{
 		return FReply::Unhandled();
 	}
 	const float Scale = MyGeometry.GetAccumulatedScale();
 	const float Y = static_cast<float>(MouseEvent.GetScreenSpacePosition().Y);
-	const FSlateRect ThumbRect = FScrollThumb::GetThumb(Bar, MyGeometry.GetLocalSize().Y, GetContentHeight(), GetScrollOffset(), GetTableBarStyle(), Scale);
+	const FSlateRect ThumbRect =
+		FScrollThumb::GetThumb(Bar, MyGeometry.GetLocalSize().Y, GetContentHeight(), GetScrollOffset(), GetTableBarStyle(), Scale);
 	const bool bOnThumb = Y >= ThumbRect.Top && Y < ThumbRect.Bottom;
 	Thumb->bDragging = true;
 	Thumb->Grip = bOnThumb ? Y - ThumbRect.Top : ThumbRect.Height() * 0.5f;
 	if (!bOnThumb)
 	{
-		SetScrollOffset(FScrollThumb::GetOffsetFor(Bar, Y - Thumb->Grip, MyGeometry.GetLocalSize().Y, GetContentHeight(), GetTableBarStyle(), Scale));
+		SetScrollOffset(
+			FScrollThumb::GetOffsetFor(Bar, Y - Thumb->Grip, MyGeometry.GetLocalSize().Y, GetContentHeight(), GetTableBarStyle(), Scale));
 	}
 	return FReply::Handled().CaptureMouse(AsShared());
 }
@@ -428,7 +436,8 @@ FReply STableViewBase::OnMouseMove(const FGeometry& MyGeometry, const FPointerEv
 		return FReply::Unhandled();
 	}
 	const float ThumbTop = static_cast<float>(MouseEvent.GetScreenSpacePosition().Y) - Thumb->Grip;
-	SetScrollOffset(FScrollThumb::GetOffsetFor(Bar, ThumbTop, MyGeometry.GetLocalSize().Y, GetContentHeight(), GetTableBarStyle(), MyGeometry.GetAccumulatedScale()));
+	SetScrollOffset(FScrollThumb::GetOffsetFor(
+		Bar, ThumbTop, MyGeometry.GetLocalSize().Y, GetContentHeight(), GetTableBarStyle(), MyGeometry.GetAccumulatedScale()));
 	return FReply::Handled();
 }
 

@@ -9,8 +9,7 @@ class SLATE_API IMenu
 {
 public:
 	virtual ~IMenu();
-	DECLARE_MULTICAST_DELEGATE_OneParam(FOnMenuDismissed, TSharedRef<IMenu>)
-	virtual FOnMenuDismissed& GetOnMenuDismissed() = 0;
+	DECLARE_MULTICAST_DELEGATE_OneParam(FOnMenuDismissed, TSharedRef<IMenu>) virtual FOnMenuDismissed& GetOnMenuDismissed() = 0;
 	virtual void Dismiss() = 0;
 	virtual bool IsOpen() const = 0;
 	virtual TSharedPtr<SWidget> GetContent() const = 0;

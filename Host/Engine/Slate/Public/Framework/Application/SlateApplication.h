@@ -94,7 +94,8 @@ public:
 	 * @param bFocus False leaves the keyboard where it is. A popup whose owner has the keyboard closes when it goes elsewhere.
 	 * @param MinWidth  Units; a combo list is at least as wide as its box.
 	 */
-	TSharedRef<IMenu> PushMenu(const TSharedRef<SWidget>& Owner, const TSharedRef<SWidget>& Content, const FSlateRect& Anchor, EMenuPlacement Placement, bool bFocus, EHostOwnerPress OwnerPress = EHostOwnerPress::OnlyCloses, float MinWidth = 0.0f);
+	TSharedRef<IMenu> PushMenu(const TSharedRef<SWidget>& Owner, const TSharedRef<SWidget>& Content, const FSlateRect& Anchor,
+		EMenuPlacement Placement, bool bFocus, EHostOwnerPress OwnerPress = EHostOwnerPress::OnlyCloses, float MinWidth = 0.0f);
 	void DismissAllMenus();
 	bool AnyMenusVisible() const;
 	/** Closes the tooltip until the pointer rests anew. */

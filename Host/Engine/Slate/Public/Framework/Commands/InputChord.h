@@ -19,7 +19,10 @@ struct SLATE_API FInputChord
 	bool IsValidChord() const { return Key.IsValid() && !Key.IsModifierKey(); }
 	/** For menus, "Ctrl+Shift+R"; empty for the empty chord. */
 	FText GetInputText() const;
-	bool operator==(const FInputChord& Other) const { return Key == Other.Key && bShift == Other.bShift && bCtrl == Other.bCtrl && bAlt == Other.bAlt && bCmd == Other.bCmd; }
+	bool operator==(const FInputChord& Other) const
+	{
+		return Key == Other.Key && bShift == Other.bShift && bCtrl == Other.bCtrl && bAlt == Other.bAlt && bCmd == Other.bCmd;
+	}
 
 	FKey Key;
 	bool bShift = false;

@@ -11,7 +11,8 @@ DECLARE_DELEGATE_RetVal(bool, FIsActionButtonVisible);
 struct FUIAction
 {
 	FUIAction() = default;
-	FUIAction(FExecuteAction InExecute, FCanExecuteAction InCanExecute = FCanExecuteAction(), FIsActionChecked InIsChecked = FIsActionChecked())
+	FUIAction(
+		FExecuteAction InExecute, FCanExecuteAction InCanExecute = FCanExecuteAction(), FIsActionChecked InIsChecked = FIsActionChecked())
 		: ExecuteAction(MoveTemp(InExecute))
 		, CanExecuteAction(MoveTemp(InCanExecute))
 		, GetActionCheckState(MoveTemp(InIsChecked))

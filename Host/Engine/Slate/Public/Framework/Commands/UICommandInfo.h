@@ -22,7 +22,9 @@ class SLATE_API FUICommandInfo
 {
 public:
 	/** Makes a command and lists it in its context. */
-	static void MakeCommandInfo(const TSharedRef<FBindingContext>& Context, TSharedPtr<FUICommandInfo>& OutCommand, FName Name, const FText& Label, const FText& Description, const FSlateIcon& Icon, EUserInterfaceActionType Type, const FInputChord& DefaultChord);
+	static void MakeCommandInfo(const TSharedRef<FBindingContext>& Context, TSharedPtr<FUICommandInfo>& OutCommand, FName Name,
+		const FText& Label, const FText& Description, const FSlateIcon& Icon, EUserInterfaceActionType Type,
+		const FInputChord& DefaultChord);
 
 	FName GetCommandName() const { return Name; }
 	const FText& GetLabel() const { return Label; }
@@ -73,8 +75,11 @@ private:
 };
 
 /** Of the macro UI_COMMAND alone. */
-SLATE_API void MakeUICommand_InternalUseOnly(FBindingContext* Context, TSharedPtr<FUICommandInfo>& OutCommand, const TCHAR* Namespace, const TCHAR* Key, const TCHAR* ToolTipKey, const TCHAR* Name, const TCHAR* Label, const TCHAR* Description, EUserInterfaceActionType Type, const FInputChord& DefaultChord);
+SLATE_API void MakeUICommand_InternalUseOnly(FBindingContext* Context, TSharedPtr<FUICommandInfo>& OutCommand, const TCHAR* Namespace,
+	const TCHAR* Key, const TCHAR* ToolTipKey, const TCHAR* Name, const TCHAR* Label, const TCHAR* Description,
+	EUserInterfaceActionType Type, const FInputChord& DefaultChord);
 
 /** Stands in RegisterCommands; the keys of the texts are the member's name, and that with "_ToolTip" behind it. */
 #define UI_COMMAND(CommandId, FriendlyName, InDescription, CommandType, InDefaultChord) \
-	MakeUICommand_InternalUseOnly(this->GetContext(), CommandId, TEXT("" LOCTEXT_NAMESPACE), TEXT(#CommandId), TEXT(#CommandId "_ToolTip"), TEXT(#CommandId), TEXT(FriendlyName), TEXT(InDescription), CommandType, InDefaultChord)
+	MakeUICommand_InternalUseOnly(this->GetContext(), CommandId, TEXT("" LOCTEXT_NAMESPACE), TEXT(#CommandId), \
+		TEXT(#CommandId "_ToolTip"), TEXT(#CommandId), TEXT(FriendlyName), TEXT(InDescription), CommandType, InDefaultChord)

@@ -10,9 +10,19 @@ class SLATE_API FUICommandList : public TSharedFromThis<FUICommandList>
 {
 public:
 	void MapAction(const TSharedPtr<const FUICommandInfo> Command, const FUIAction& Action);
-	void MapAction(const TSharedPtr<const FUICommandInfo> Command, FExecuteAction Execute) { MapAction(Command, FUIAction(MoveTemp(Execute))); }
-	void MapAction(const TSharedPtr<const FUICommandInfo> Command, FExecuteAction Execute, FCanExecuteAction CanExecute) { MapAction(Command, FUIAction(MoveTemp(Execute), MoveTemp(CanExecute))); }
-	void MapAction(const TSharedPtr<const FUICommandInfo> Command, FExecuteAction Execute, FCanExecuteAction CanExecute, FIsActionChecked IsChecked) { MapAction(Command, FUIAction(MoveTemp(Execute), MoveTemp(CanExecute), MoveTemp(IsChecked))); }
+	void MapAction(const TSharedPtr<const FUICommandInfo> Command, FExecuteAction Execute)
+	{
+		MapAction(Command, FUIAction(MoveTemp(Execute)));
+	}
+	void MapAction(const TSharedPtr<const FUICommandInfo> Command, FExecuteAction Execute, FCanExecuteAction CanExecute)
+	{
+		MapAction(Command, FUIAction(MoveTemp(Execute), MoveTemp(CanExecute)));
+	}
+	void MapAction(
+		const TSharedPtr<const FUICommandInfo> Command, FExecuteAction Execute, FCanExecuteAction CanExecute, FIsActionChecked IsChecked)
+	{
+		MapAction(Command, FUIAction(MoveTemp(Execute), MoveTemp(CanExecute), MoveTemp(IsChecked)));
+	}
 	void UnmapAction(const TSharedPtr<const FUICommandInfo> Command);
 	bool IsActionMapped(const TSharedPtr<const FUICommandInfo> Command) const { return GetActionForCommand(Command) != nullptr; }
 	/** Null when it is not mapped. */

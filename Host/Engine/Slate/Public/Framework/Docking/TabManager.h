@@ -46,10 +46,10 @@ namespace ETabSpawnerMenuType
 }
 
 DECLARE_DELEGATE_RetVal_OneParam(TSharedRef<SDockTab>, FOnSpawnTab, const FSpawnTabArgs&)
-DECLARE_DELEGATE_RetVal_OneParam(bool, FCanSpawnTab, const FSpawnTabArgs&)
+	DECLARE_DELEGATE_RetVal_OneParam(bool, FCanSpawnTab, const FSpawnTabArgs&)
 
-/** How a tab is made and how menus offer it. */
-class SLATE_API FTabSpawnerEntry : public FWorkspaceItem
+	/** How a tab is made and how menus offer it. */
+	class SLATE_API FTabSpawnerEntry : public FWorkspaceItem
 {
 public:
 	FTabSpawnerEntry(const FName& InTabType, const FOnSpawnTab& InSpawnTab, const FCanSpawnTab& InCanSpawnTab);
@@ -82,7 +82,8 @@ public:
 	static const TSharedRef<FGlobalTabmanager>& Get();
 
 	/** Replaces a spawner of the same id. The entry lives until it is unregistered. */
-	FTabSpawnerEntry& RegisterNomadTabSpawner(const FName TabId, const FOnSpawnTab& OnSpawnTab, const FCanSpawnTab& CanSpawnTab = FCanSpawnTab());
+	FTabSpawnerEntry& RegisterNomadTabSpawner(
+		const FName TabId, const FOnSpawnTab& OnSpawnTab, const FCanSpawnTab& CanSpawnTab = FCanSpawnTab());
 	/** False when there is none. Open tabs stay. */
 	bool UnregisterNomadTabSpawner(const FName TabId);
 	bool HasTabSpawner(FName TabId) const;

@@ -14,10 +14,12 @@ public:
 
 	/** A group without a parent. */
 	static TSharedRef<FWorkspaceItem> NewGroup(const FText& DisplayName, const FSlateIcon& Icon = FSlateIcon(), bool bSortChildren = false);
-	static TSharedRef<FWorkspaceItem> NewGroup(const FText& DisplayName, const FText& ToolTipText, const FSlateIcon& Icon, bool bSortChildren = false);
+	static TSharedRef<FWorkspaceItem> NewGroup(
+		const FText& DisplayName, const FText& ToolTipText, const FSlateIcon& Icon, bool bSortChildren = false);
 	/** A group below this one. */
 	TSharedRef<FWorkspaceItem> AddGroup(const FText& InDisplayName, const FSlateIcon& InIcon = FSlateIcon(), bool bSortChildren = false);
-	TSharedRef<FWorkspaceItem> AddGroup(const FText& InDisplayName, const FText& InToolTipText, const FSlateIcon& InIcon, bool bSortChildren = false);
+	TSharedRef<FWorkspaceItem> AddGroup(
+		const FText& InDisplayName, const FText& InToolTipText, const FSlateIcon& InIcon, bool bSortChildren = false);
 
 	const FText& GetDisplayName() const { return DisplayName; }
 	const FText& GetTooltipText() const { return ToolTipText; }

@@ -13,8 +13,8 @@ struct FMenuItem;
 
 DECLARE_DELEGATE_OneParam(FNewMenuDelegate, FMenuBuilder&)
 
-/** What builders of menus have in common: where commands find what they do, and who may add to the menu. Game thread. */
-class SLATE_API FMultiBoxBuilder
+	/** What builders of menus have in common: where commands find what they do, and who may add to the menu. Game thread. */
+	class SLATE_API FMultiBoxBuilder
 {
 public:
 	FMultiBoxBuilder(const TSharedPtr<const FUICommandList>& InCommandList, const TSharedPtr<FExtender>& InExtender);
@@ -39,17 +39,24 @@ class SLATE_API FMenuBuilder : public FMultiBoxBuilder
 {
 public:
 	/** @param bInShouldCloseWindowAfterMenuSelection  False keeps the menus open when an entry was picked. */
-	FMenuBuilder(bool bInShouldCloseWindowAfterMenuSelection, TSharedPtr<const FUICommandList> InCommandList, TSharedPtr<FExtender> InExtender = nullptr);
+	FMenuBuilder(bool bInShouldCloseWindowAfterMenuSelection, TSharedPtr<const FUICommandList> InCommandList,
+		TSharedPtr<FExtender> InExtender = nullptr);
 	virtual ~FMenuBuilder() override;
 
 	/** A section without entries is left out, its heading too; what extends its hook is not. */
 	void BeginSection(FName InExtensionHook, const TAttribute<FText>& InHeadingText = TAttribute<FText>());
 	void EndSection();
 	/** A command that no list maps stands there greyed. Label, tooltip and icon are the command's unless given. */
-	void AddMenuEntry(const TSharedPtr<const FUICommandInfo> InCommand, FName InExtensionHook = NAME_None, const TAttribute<FText>& InLabelOverride = TAttribute<FText>(), const TAttribute<FText>& InToolTipOverride = TAttribute<FText>(), const FSlateIcon& InIconOverride = FSlateIcon());
-	void AddMenuEntry(const TAttribute<FText>& InLabel, const TAttribute<FText>& InToolTip, const FSlateIcon& InIcon, const FUIAction& InAction, FName InExtensionHook = NAME_None, EUserInterfaceActionType UserInterfaceActionType = EUserInterfaceActionType::Button);
+	void AddMenuEntry(const TSharedPtr<const FUICommandInfo> InCommand, FName InExtensionHook = NAME_None,
+		const TAttribute<FText>& InLabelOverride = TAttribute<FText>(), const TAttribute<FText>& InToolTipOverride = TAttribute<FText>(),
+		const FSlateIcon& InIconOverride = FSlateIcon());
+	void AddMenuEntry(const TAttribute<FText>& InLabel, const TAttribute<FText>& InToolTip, const FSlateIcon& InIcon,
+		const FUIAction& InAction, FName InExtensionHook = NAME_None,
+		EUserInterfaceActionType UserInterfaceActionType = EUserInterfaceActionType::Button);
 	/** The delegate is called each time the sub-menu opens. @param bInOpenSubMenuOnClick  Not yet when the pointer rests on it. */
-	void AddSubMenu(const TAttribute<FText>& InLabel, const TAttribute<FText>& InToolTip, const FNewMenuDelegate& InSubMenu, bool bInOpenSubMenuOnClick = false, const FSlateIcon& InIcon = FSlateIcon(), bool bInShouldCloseWindowAfterMenuSelection = true, FName InExtensionHook = NAME_None);
+	void AddSubMenu(const TAttribute<FText>& InLabel, const TAttribute<FText>& InToolTip, const FNewMenuDelegate& InSubMenu,
+		bool bInOpenSubMenuOnClick = false, const FSlateIcon& InIcon = FSlateIcon(), bool bInShouldCloseWindowAfterMenuSelection = true,
+		FName InExtensionHook = NAME_None);
 	/** None is drawn at an end of the menu or beside another one. */
 	void AddMenuSeparator(FName InExtensionHook = NAME_None);
 	void AddSeparator(FName InExtensionHook = NAME_None) { AddMenuSeparator(InExtensionHook); }
@@ -88,7 +95,8 @@ public:
 	virtual ~FMenuBarBuilder() override;
 
 	/** The delegate is called each time the menu opens. */
-	void AddPullDownMenu(const TAttribute<FText>& InMenuLabel, const TAttribute<FText>& InToolTip, const FNewMenuDelegate& InPullDownMenu, FName InExtensionHook = NAME_None);
+	void AddPullDownMenu(const TAttribute<FText>& InMenuLabel, const TAttribute<FText>& InToolTip, const FNewMenuDelegate& InPullDownMenu,
+		FName InExtensionHook = NAME_None);
 	/** An SMenuBar. */
 	TSharedRef<SWidget> MakeWidget();
 

@@ -20,11 +20,12 @@ namespace EExtensionHook
 
 DECLARE_DELEGATE_OneParam(FMenuExtensionDelegate, FMenuBuilder&)
 
-/** What one AddMenuExtension added; serves to take it away again. */
-class SLATE_API FExtensionBase
+	/** What one AddMenuExtension added; serves to take it away again. */
+	class SLATE_API FExtensionBase
 {
 public:
-	FExtensionBase(FName InHook, EExtensionHook::Position InPosition, const TSharedPtr<FUICommandList>& InCommandList, const FMenuExtensionDelegate& InBuild);
+	FExtensionBase(FName InHook, EExtensionHook::Position InPosition, const TSharedPtr<FUICommandList>& InCommandList,
+		const FMenuExtensionDelegate& InBuild);
 	virtual ~FExtensionBase();
 
 private:
@@ -41,7 +42,8 @@ class SLATE_API FExtender
 {
 public:
 	/** @param CommandList  For commands that the delegate adds; may be null. */
-	TSharedRef<const FExtensionBase> AddMenuExtension(FName ExtensionHook, EExtensionHook::Position HookPosition, const TSharedPtr<FUICommandList>& CommandList, const FMenuExtensionDelegate& MenuExtensionDelegate);
+	TSharedRef<const FExtensionBase> AddMenuExtension(FName ExtensionHook, EExtensionHook::Position HookPosition,
+		const TSharedPtr<FUICommandList>& CommandList, const FMenuExtensionDelegate& MenuExtensionDelegate);
 	void RemoveExtension(const TSharedRef<const FExtensionBase>& Extension);
 	/** Calls the delegates of a place in the order in which they were added. */
 	void Apply(FName ExtensionHook, EExtensionHook::Position HookPosition, FMenuBuilder& MenuBuilder) const;

@@ -18,24 +18,24 @@ enum class ETabActivationCause : uint8
 };
 
 DECLARE_DELEGATE_OneParam(FOnTabClosedCallback, TSharedRef<SDockTab>)
-DECLARE_DELEGATE_TwoParams(FOnTabActivatedCallback, TSharedRef<SDockTab>, ETabActivationCause)
-DECLARE_DELEGATE_RetVal(bool, FCanCloseTab)
+	DECLARE_DELEGATE_TwoParams(FOnTabActivatedCallback, TSharedRef<SDockTab>, ETabActivationCause)
+		DECLARE_DELEGATE_RetVal(bool, FCanCloseTab)
 
-/**
- * A tab: this widget is what stands in the tab well; the content that it brings is shown by the dock area while the tab
- * is in front. Closing takes the content away, also from inside a handler of that content: it dies with its last user.
- */
-class SLATE_API SDockTab : public SBorder
+	/**
+	 * A tab: this widget is what stands in the tab well; the content that it brings is shown by the dock area while the tab
+	 * is in front. Closing takes the content away, also from inside a handler of that content: it dies with its last user.
+	 */
+	class SLATE_API SDockTab : public SBorder
 {
 public:
 	SLATE_BEGIN_ARGS(SDockTab) {}
-		SLATE_DEFAULT_SLOT(FArguments, Content)
-		SLATE_ARGUMENT_DEFAULT(ETabRole, TabRole) = ETabRole::PanelTab;
-		/** The spawner's display name unless given. */
-		SLATE_ATTRIBUTE(FText, Label)
-		SLATE_EVENT(FOnTabClosedCallback, OnTabClosed)
-		SLATE_EVENT(FOnTabActivatedCallback, OnTabActivated)
-		SLATE_EVENT(FCanCloseTab, OnCanCloseTab)
+	SLATE_DEFAULT_SLOT(FArguments, Content)
+	SLATE_ARGUMENT_DEFAULT(ETabRole, TabRole) = ETabRole::PanelTab;
+	/** The spawner's display name unless given. */
+	SLATE_ATTRIBUTE(FText, Label)
+	SLATE_EVENT(FOnTabClosedCallback, OnTabClosed)
+	SLATE_EVENT(FOnTabActivatedCallback, OnTabActivated)
+	SLATE_EVENT(FCanCloseTab, OnCanCloseTab)
 	SLATE_END_ARGS()
 
 	void Construct(const FArguments& InArgs);
@@ -75,7 +75,8 @@ public:
 	virtual FReply OnMouseButtonDown(const FGeometry& MyGeometry, const FPointerEvent& MouseEvent) override;
 
 protected:
-	virtual int32 OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect, FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const override;
+	virtual int32 OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect,
+		FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const override;
 
 private:
 	FSlateColor GetIconColor() const;

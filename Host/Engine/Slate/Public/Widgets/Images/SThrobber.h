@@ -7,7 +7,7 @@ class SLATE_API SThrobber : public SLeafWidget
 {
 public:
 	SLATE_BEGIN_ARGS(SThrobber) {}
-		SLATE_ARGUMENT_DEFAULT(int32, NumPieces) = 3;
+	SLATE_ARGUMENT_DEFAULT(int32, NumPieces) = 3;
 	SLATE_END_ARGS()
 
 	void Construct(const FArguments& InArgs);
@@ -15,7 +15,8 @@ public:
 	static int32 GetBrightPiece(double Time, int32 NumPieces);
 
 protected:
-	virtual int32 OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect, FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const override;
+	virtual int32 OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect,
+		FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const override;
 	virtual FVector2D ComputeDesiredSize(float LayoutScaleMultiplier) const override;
 
 private:

@@ -14,26 +14,26 @@ public:
 		: _ButtonColorAndOpacity(FSlateColor(FLinearColor::White))
 	{
 	}
-		/** The widget keeps the pointer. Without one: the style "Button". */
-		SLATE_STYLE_ARGUMENT(FButtonStyle, ButtonStyle)
-		SLATE_STYLE_ARGUMENT(FTextBlockStyle, TextStyle)
-		/** Unset: left alone a label or icon is centred, anything else fills the button. */
-		SLATE_ARGUMENT(TOptional<EHorizontalAlignment>, HAlign)
-		SLATE_ARGUMENT(TOptional<EVerticalAlignment>, VAlign)
-		/** Unset: 4 and 2, or 16 at the sides for a style with a minimum size. */
-		SLATE_ATTRIBUTE(FMargin, ContentPadding)
-		HOST_MARGIN_NUMBERS(ContentPadding)
-		/** A label, in place of content. */
-		SLATE_ATTRIBUTE(FText, Text)
-		SLATE_ATTRIBUTE(FSlateColor, ButtonColorAndOpacity)
-		SLATE_ATTRIBUTE(FSlateColor, ForegroundColor)
-		SLATE_ARGUMENT_DEFAULT(bool, IsFocusable) = true;
-		SLATE_EVENT(FOnClicked, OnClicked)
-		SLATE_EVENT(FSimpleDelegate, OnPressed)
-		SLATE_EVENT(FSimpleDelegate, OnReleased)
-		SLATE_EVENT(FSimpleDelegate, OnHovered)
-		SLATE_EVENT(FSimpleDelegate, OnUnhovered)
-		SLATE_DEFAULT_SLOT(FArguments, Content)
+	/** The widget keeps the pointer. Without one: the style "Button". */
+	SLATE_STYLE_ARGUMENT(FButtonStyle, ButtonStyle)
+	SLATE_STYLE_ARGUMENT(FTextBlockStyle, TextStyle)
+	/** Unset: left alone a label or icon is centred, anything else fills the button. */
+	SLATE_ARGUMENT(TOptional<EHorizontalAlignment>, HAlign)
+	SLATE_ARGUMENT(TOptional<EVerticalAlignment>, VAlign)
+	/** Unset: 4 and 2, or 16 at the sides for a style with a minimum size. */
+	SLATE_ATTRIBUTE(FMargin, ContentPadding)
+	HOST_MARGIN_NUMBERS(ContentPadding)
+	/** A label, in place of content. */
+	SLATE_ATTRIBUTE(FText, Text)
+	SLATE_ATTRIBUTE(FSlateColor, ButtonColorAndOpacity)
+	SLATE_ATTRIBUTE(FSlateColor, ForegroundColor)
+	SLATE_ARGUMENT_DEFAULT(bool, IsFocusable) = true;
+	SLATE_EVENT(FOnClicked, OnClicked)
+	SLATE_EVENT(FSimpleDelegate, OnPressed)
+	SLATE_EVENT(FSimpleDelegate, OnReleased)
+	SLATE_EVENT(FSimpleDelegate, OnHovered)
+	SLATE_EVENT(FSimpleDelegate, OnUnhovered)
+	SLATE_DEFAULT_SLOT(FArguments, Content)
 	SLATE_END_ARGS()
 
 	void Construct(const FArguments& InArgs);
@@ -55,7 +55,8 @@ public:
 	virtual void OnMouseCaptureLost() override;
 
 protected:
-	virtual int32 OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect, FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const override;
+	virtual int32 OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect,
+		FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const override;
 	virtual FVector2D ComputeDesiredSize(float LayoutScaleMultiplier) const override;
 	/** Runs the click handler; handled without one. */
 	virtual FReply ExecuteOnClick();

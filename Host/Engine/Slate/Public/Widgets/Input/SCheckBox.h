@@ -14,15 +14,15 @@ public:
 		, _Padding(FMargin(8.0f, 0.0f, 0.0f, 0.0f))
 	{
 	}
-		SLATE_STYLE_ARGUMENT(FCheckBoxStyle, Style)
-		/** When bound, only its owner changes the state. */
-		SLATE_ATTRIBUTE(ECheckBoxState, IsChecked)
-		/** Around the content; without content there is none. */
-		SLATE_ATTRIBUTE(FMargin, Padding)
-		HOST_MARGIN_NUMBERS(Padding)
-		SLATE_ARGUMENT_DEFAULT(bool, IsFocusable) = true;
-		SLATE_EVENT(FOnCheckStateChanged, OnCheckStateChanged)
-		SLATE_DEFAULT_SLOT(FArguments, Content)
+	SLATE_STYLE_ARGUMENT(FCheckBoxStyle, Style)
+	/** When bound, only its owner changes the state. */
+	SLATE_ATTRIBUTE(ECheckBoxState, IsChecked)
+	/** Around the content; without content there is none. */
+	SLATE_ATTRIBUTE(FMargin, Padding)
+	HOST_MARGIN_NUMBERS(Padding)
+	SLATE_ARGUMENT_DEFAULT(bool, IsFocusable) = true;
+	SLATE_EVENT(FOnCheckStateChanged, OnCheckStateChanged)
+	SLATE_DEFAULT_SLOT(FArguments, Content)
 	SLATE_END_ARGS()
 
 	void Construct(const FArguments& InArgs);
@@ -44,7 +44,8 @@ public:
 	virtual void OnMouseCaptureLost() override { bPressed = false; }
 
 protected:
-	virtual int32 OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect, FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const override;
+	virtual int32 OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect,
+		FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const override;
 	virtual FVector2D ComputeDesiredSize(float LayoutScaleMultiplier) const override;
 	virtual void OnArrangeChildren(const FGeometry& AllottedGeometry, FArrangedChildren& ArrangedChildren) const override;
 

@@ -20,23 +20,23 @@ public:
 	using FOnSelectionChanged = TDelegate<void(OptionType, ESelectInfo::Type)>;
 
 	SLATE_BEGIN_ARGS(SComboBox<OptionType>) {}
-		SLATE_DEFAULT_SLOT(typename SComboBox<OptionType>::FArguments, Content)
-		/** Must outlive the widget. */
-		SLATE_ARGUMENT_DEFAULT(const TArray<OptionType>*, OptionsSource) = nullptr;
-		SLATE_EVENT(FOnGenerateWidget, OnGenerateWidget)
-		SLATE_EVENT(FOnSelectionChanged, OnSelectionChanged)
-		SLATE_EVENT(FSimpleDelegate, OnComboBoxOpening)
-		/** Chosen from the start; tells nobody. */
-		SLATE_ARGUMENT(OptionType, InitiallySelectedItem)
-		SLATE_ATTRIBUTE(FMargin, ContentPadding)
-		HOST_MARGIN_NUMBERS(ContentPadding)
-		SLATE_ATTRIBUTE(FSlateColor, ForegroundColor)
-		SLATE_STYLE_ARGUMENT(FComboButtonStyle, ComboBoxStyle)
-		SLATE_STYLE_ARGUMENT(FButtonStyle, ButtonStyle)
-		SLATE_STYLE_ARGUMENT(FTableRowStyle, ItemStyle)
-		/** Units; zero or less means ten rows. */
-		SLATE_ARGUMENT_DEFAULT(float, MaxListHeight) = 0.0f;
-		SLATE_ARGUMENT_DEFAULT(bool, HasDownArrow) = true;
+	SLATE_DEFAULT_SLOT(typename SComboBox<OptionType>::FArguments, Content)
+	/** Must outlive the widget. */
+	SLATE_ARGUMENT_DEFAULT(const TArray<OptionType>*, OptionsSource) = nullptr;
+	SLATE_EVENT(FOnGenerateWidget, OnGenerateWidget)
+	SLATE_EVENT(FOnSelectionChanged, OnSelectionChanged)
+	SLATE_EVENT(FSimpleDelegate, OnComboBoxOpening)
+	/** Chosen from the start; tells nobody. */
+	SLATE_ARGUMENT(OptionType, InitiallySelectedItem)
+	SLATE_ATTRIBUTE(FMargin, ContentPadding)
+	HOST_MARGIN_NUMBERS(ContentPadding)
+	SLATE_ATTRIBUTE(FSlateColor, ForegroundColor)
+	SLATE_STYLE_ARGUMENT(FComboButtonStyle, ComboBoxStyle)
+	SLATE_STYLE_ARGUMENT(FButtonStyle, ButtonStyle)
+	SLATE_STYLE_ARGUMENT(FTableRowStyle, ItemStyle)
+	/** Units; zero or less means ten rows. */
+	SLATE_ARGUMENT_DEFAULT(float, MaxListHeight) = 0.0f;
+	SLATE_ARGUMENT_DEFAULT(bool, HasDownArrow) = true;
 	SLATE_END_ARGS()
 
 	void Construct(const FArguments& InArgs)

@@ -14,21 +14,21 @@ class SLATE_API SComboButton : public SMenuAnchor
 {
 public:
 	SLATE_BEGIN_ARGS(SComboButton) {}
-		/** The widget keeps the pointer. Without one: "ComboButton". */
-		SLATE_STYLE_ARGUMENT(FComboButtonStyle, ComboButtonStyle)
-		/** Takes the place of the style's own button. */
-		SLATE_STYLE_ARGUMENT(FButtonStyle, ButtonStyle)
-		SLATE_NAMED_SLOT(FArguments, ButtonContent)
-		SLATE_NAMED_SLOT(FArguments, MenuContent)
-		SLATE_EVENT(FOnGetContent, OnGetMenuContent)
-		SLATE_EVENT(FOnIsOpenChanged, OnMenuOpenChanged)
-		SLATE_EVENT(FSimpleDelegate, OnComboBoxOpened)
-		SLATE_ATTRIBUTE(FMargin, ContentPadding)
-		HOST_MARGIN_NUMBERS(ContentPadding)
-		SLATE_ATTRIBUTE(FSlateColor, ForegroundColor)
-		SLATE_ATTRIBUTE(EMenuPlacement, MenuPlacement)
-		SLATE_ARGUMENT_DEFAULT(bool, HasDownArrow) = true;
-		SLATE_ARGUMENT_DEFAULT(bool, IsFocusable) = true;
+	/** The widget keeps the pointer. Without one: "ComboButton". */
+	SLATE_STYLE_ARGUMENT(FComboButtonStyle, ComboButtonStyle)
+	/** Takes the place of the style's own button. */
+	SLATE_STYLE_ARGUMENT(FButtonStyle, ButtonStyle)
+	SLATE_NAMED_SLOT(FArguments, ButtonContent)
+	SLATE_NAMED_SLOT(FArguments, MenuContent)
+	SLATE_EVENT(FOnGetContent, OnGetMenuContent)
+	SLATE_EVENT(FOnIsOpenChanged, OnMenuOpenChanged)
+	SLATE_EVENT(FSimpleDelegate, OnComboBoxOpened)
+	SLATE_ATTRIBUTE(FMargin, ContentPadding)
+	HOST_MARGIN_NUMBERS(ContentPadding)
+	SLATE_ATTRIBUTE(FSlateColor, ForegroundColor)
+	SLATE_ATTRIBUTE(EMenuPlacement, MenuPlacement)
+	SLATE_ARGUMENT_DEFAULT(bool, HasDownArrow) = true;
+	SLATE_ARGUMENT_DEFAULT(bool, IsFocusable) = true;
 	SLATE_END_ARGS()
 
 	void Construct(const FArguments& InArgs);
@@ -42,7 +42,8 @@ public:
 
 protected:
 	/** The parts that a typed combo box passes on. */
-	void ConstructButton(const FComboButtonStyle* InStyle, const FButtonStyle* InButtonStyle, const TSharedRef<SWidget>& InContent, const TAttribute<FMargin>& InPadding, bool bHasDownArrow);
+	void ConstructButton(const FComboButtonStyle* InStyle, const FButtonStyle* InButtonStyle, const TSharedRef<SWidget>& InContent,
+		const TAttribute<FMargin>& InPadding, bool bHasDownArrow);
 	virtual TSharedPtr<SWidget> MakeMenuContent() override;
 	virtual void OnOpenChanged(bool bIsOpen) override;
 	virtual bool OpensByPress() const override { return true; }
@@ -52,7 +53,8 @@ protected:
 	TSharedRef<SWidget> MakeMenuSurface(const TSharedRef<SWidget>& InContent) const;
 	const FComboButtonStyle& GetStyle() const { return *Style; }
 
-	virtual int32 OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect, FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const override;
+	virtual int32 OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect,
+		FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const override;
 	virtual FVector2D ComputeDesiredSize(float LayoutScaleMultiplier) const override;
 
 private:

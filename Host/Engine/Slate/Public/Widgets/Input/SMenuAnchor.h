@@ -8,12 +8,11 @@
 
 DECLARE_DELEGATE_OneParam(FOnIsOpenChanged, bool)
 
-/** Whether a popup is a window of its own. The host shows every popup as a layer of its one window. */
-enum class EPopupMethod : uint8
-{
-	CreateNewWindow,
-	UseCurrentWindow,
-};
+	/** Whether a popup is a window of its own. The host shows every popup as a layer of its one window. */
+	enum class EPopupMethod : uint8 {
+		CreateNewWindow,
+		UseCurrentWindow,
+	};
 
 /**
  * Content that a popup can be opened beside. The popup is a layer of the program's window, stays inside it and follows
@@ -23,17 +22,17 @@ class SLATE_API SMenuAnchor : public SCompoundWidget
 {
 public:
 	SLATE_BEGIN_ARGS(SMenuAnchor) {}
-		SLATE_DEFAULT_SLOT(FArguments, Content)
-		/** Asked at each opening; goes before MenuContent. */
-		SLATE_EVENT(FOnGetContent, OnGetMenuContent)
-		SLATE_ARGUMENT(TSharedPtr<SWidget>, MenuContent)
-		SLATE_EVENT(FOnIsOpenChanged, OnMenuOpenChanged)
-		/** Below the anchor unless given. */
-		SLATE_ATTRIBUTE(EMenuPlacement, Placement)
-		SLATE_ARGUMENT(TOptional<EPopupMethod>, Method)
-		/** Popups always fit. */
-		SLATE_ATTRIBUTE(bool, FitInWindow)
-		SLATE_ARGUMENT_DEFAULT(bool, UseApplicationMenuStack) = true;
+	SLATE_DEFAULT_SLOT(FArguments, Content)
+	/** Asked at each opening; goes before MenuContent. */
+	SLATE_EVENT(FOnGetContent, OnGetMenuContent)
+	SLATE_ARGUMENT(TSharedPtr<SWidget>, MenuContent)
+	SLATE_EVENT(FOnIsOpenChanged, OnMenuOpenChanged)
+	/** Below the anchor unless given. */
+	SLATE_ATTRIBUTE(EMenuPlacement, Placement)
+	SLATE_ARGUMENT(TOptional<EPopupMethod>, Method)
+	/** Popups always fit. */
+	SLATE_ATTRIBUTE(bool, FitInWindow)
+	SLATE_ARGUMENT_DEFAULT(bool, UseApplicationMenuStack) = true;
 	SLATE_END_ARGS()
 
 	virtual ~SMenuAnchor() override;

@@ -16,19 +16,19 @@ public:
 		, _Padding(FMargin(2.0f))
 	{
 	}
-		/** The widget keeps the pointer. Null, the default, draws nothing. */
-		SLATE_ATTRIBUTE(const FSlateBrush*, BorderImage)
-		SLATE_ATTRIBUTE(FSlateColor, BorderBackgroundColor)
-		SLATE_ATTRIBUTE(FLinearColor, ColorAndOpacity)
-		SLATE_ATTRIBUTE(FSlateColor, ForegroundColor)
-		SLATE_ATTRIBUTE(FMargin, Padding)
-		HOST_MARGIN_NUMBERS(Padding)
-		SLATE_ARGUMENT_DEFAULT(EHorizontalAlignment, HAlign) = HAlign_Fill;
-		SLATE_ARGUMENT_DEFAULT(EVerticalAlignment, VAlign) = VAlign_Fill;
-		SLATE_EVENT(FPointerEventHandler, OnMouseButtonDown)
-		SLATE_EVENT(FPointerEventHandler, OnMouseButtonUp)
-		SLATE_EVENT(FPointerEventHandler, OnMouseDoubleClick)
-		SLATE_DEFAULT_SLOT(FArguments, Content)
+	/** The widget keeps the pointer. Null, the default, draws nothing. */
+	SLATE_ATTRIBUTE(const FSlateBrush*, BorderImage)
+	SLATE_ATTRIBUTE(FSlateColor, BorderBackgroundColor)
+	SLATE_ATTRIBUTE(FLinearColor, ColorAndOpacity)
+	SLATE_ATTRIBUTE(FSlateColor, ForegroundColor)
+	SLATE_ATTRIBUTE(FMargin, Padding)
+	HOST_MARGIN_NUMBERS(Padding)
+	SLATE_ARGUMENT_DEFAULT(EHorizontalAlignment, HAlign) = HAlign_Fill;
+	SLATE_ARGUMENT_DEFAULT(EVerticalAlignment, VAlign) = VAlign_Fill;
+	SLATE_EVENT(FPointerEventHandler, OnMouseButtonDown)
+	SLATE_EVENT(FPointerEventHandler, OnMouseButtonUp)
+	SLATE_EVENT(FPointerEventHandler, OnMouseDoubleClick)
+	SLATE_DEFAULT_SLOT(FArguments, Content)
 	SLATE_END_ARGS()
 
 	void Construct(const FArguments& InArgs);
@@ -50,7 +50,8 @@ public:
 	virtual FReply OnMouseButtonDoubleClick(const FGeometry& MyGeometry, const FPointerEvent& MouseEvent) override;
 
 protected:
-	virtual int32 OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect, FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const override;
+	virtual int32 OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect,
+		FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const override;
 
 private:
 	TAttribute<const FSlateBrush*> BorderImage = static_cast<const FSlateBrush*>(nullptr);

@@ -8,17 +8,17 @@ class SLATE_API SBox : public SCompoundWidget
 {
 public:
 	SLATE_BEGIN_ARGS(SBox) {}
-		SLATE_ARGUMENT_DEFAULT(EHorizontalAlignment, HAlign) = HAlign_Fill;
-		SLATE_ARGUMENT_DEFAULT(EVerticalAlignment, VAlign) = VAlign_Fill;
-		SLATE_ATTRIBUTE(FMargin, Padding)
-		HOST_MARGIN_NUMBERS(Padding)
-		SLATE_ATTRIBUTE(FOptionalSize, WidthOverride)
-		SLATE_ATTRIBUTE(FOptionalSize, HeightOverride)
-		SLATE_ATTRIBUTE(FOptionalSize, MinDesiredWidth)
-		SLATE_ATTRIBUTE(FOptionalSize, MinDesiredHeight)
-		SLATE_ATTRIBUTE(FOptionalSize, MaxDesiredWidth)
-		SLATE_ATTRIBUTE(FOptionalSize, MaxDesiredHeight)
-		SLATE_DEFAULT_SLOT(FArguments, Content)
+	SLATE_ARGUMENT_DEFAULT(EHorizontalAlignment, HAlign) = HAlign_Fill;
+	SLATE_ARGUMENT_DEFAULT(EVerticalAlignment, VAlign) = VAlign_Fill;
+	SLATE_ATTRIBUTE(FMargin, Padding)
+	HOST_MARGIN_NUMBERS(Padding)
+	SLATE_ATTRIBUTE(FOptionalSize, WidthOverride)
+	SLATE_ATTRIBUTE(FOptionalSize, HeightOverride)
+	SLATE_ATTRIBUTE(FOptionalSize, MinDesiredWidth)
+	SLATE_ATTRIBUTE(FOptionalSize, MinDesiredHeight)
+	SLATE_ATTRIBUTE(FOptionalSize, MaxDesiredWidth)
+	SLATE_ATTRIBUTE(FOptionalSize, MaxDesiredHeight)
+	SLATE_DEFAULT_SLOT(FArguments, Content)
 	SLATE_END_ARGS()
 
 	void Construct(const FArguments& InArgs);

@@ -17,30 +17,30 @@ public:
 		, _Padding(FMargin(0.0f))
 	{
 	}
-		SLATE_STYLE_ARGUMENT(FExpandableAreaStyle, Style)
-		/** Around header and body; the widget keeps the pointer. Unset: "ExpandableArea.Border". */
-		SLATE_ARGUMENT(const FSlateBrush*, BorderImage)
-		SLATE_ATTRIBUTE(FSlateColor, BorderBackgroundColor)
-		/** Behind the body. Unset: nothing. */
-		SLATE_ARGUMENT(const FSlateBrush*, BodyBorderImage)
-		SLATE_ATTRIBUTE(FSlateColor, BodyBorderBackgroundColor)
-		/** Around arrow and header content. Unset: room for the arrow at the sides, none above and below. */
-		SLATE_ATTRIBUTE(FMargin, HeaderPadding)
-		HOST_MARGIN_NUMBERS(HeaderPadding)
-		/** Around the body. */
-		SLATE_ATTRIBUTE(FMargin, Padding)
-		HOST_MARGIN_NUMBERS(Padding)
-		/** Title of a header without content of its own. */
-		SLATE_ATTRIBUTE(FText, AreaTitle)
-		SLATE_ATTRIBUTE(FSlateFontInfo, AreaTitleFont)
-		SLATE_ARGUMENT_DEFAULT(bool, InitiallyCollapsed) = false;
-		/** Of the body, units; zero or less means none. */
-		SLATE_ARGUMENT_DEFAULT(float, MaxHeight) = 0.0f;
-		/** Taken and without effect: this host never animates it. */
-		SLATE_ARGUMENT_DEFAULT(bool, AllowAnimatedTransition) = true;
-		SLATE_EVENT(FOnBooleanValueChanged, OnAreaExpansionChanged)
-		SLATE_NAMED_SLOT(FArguments, HeaderContent);
-		SLATE_NAMED_SLOT(FArguments, BodyContent);
+	SLATE_STYLE_ARGUMENT(FExpandableAreaStyle, Style)
+	/** Around header and body; the widget keeps the pointer. Unset: "ExpandableArea.Border". */
+	SLATE_ARGUMENT(const FSlateBrush*, BorderImage)
+	SLATE_ATTRIBUTE(FSlateColor, BorderBackgroundColor)
+	/** Behind the body. Unset: nothing. */
+	SLATE_ARGUMENT(const FSlateBrush*, BodyBorderImage)
+	SLATE_ATTRIBUTE(FSlateColor, BodyBorderBackgroundColor)
+	/** Around arrow and header content. Unset: room for the arrow at the sides, none above and below. */
+	SLATE_ATTRIBUTE(FMargin, HeaderPadding)
+	HOST_MARGIN_NUMBERS(HeaderPadding)
+	/** Around the body. */
+	SLATE_ATTRIBUTE(FMargin, Padding)
+	HOST_MARGIN_NUMBERS(Padding)
+	/** Title of a header without content of its own. */
+	SLATE_ATTRIBUTE(FText, AreaTitle)
+	SLATE_ATTRIBUTE(FSlateFontInfo, AreaTitleFont)
+	SLATE_ARGUMENT_DEFAULT(bool, InitiallyCollapsed) = false;
+	/** Of the body, units; zero or less means none. */
+	SLATE_ARGUMENT_DEFAULT(float, MaxHeight) = 0.0f;
+	/** Taken and without effect: this host never animates it. */
+	SLATE_ARGUMENT_DEFAULT(bool, AllowAnimatedTransition) = true;
+	SLATE_EVENT(FOnBooleanValueChanged, OnAreaExpansionChanged)
+	SLATE_NAMED_SLOT(FArguments, HeaderContent);
+	SLATE_NAMED_SLOT(FArguments, BodyContent);
 	SLATE_END_ARGS()
 
 	void Construct(const FArguments& InArgs);

@@ -7,17 +7,17 @@
 /** Where the user has scrolled to; what the number counts is said where the event is. */
 DECLARE_DELEGATE_OneParam(FOnUserScrolled, float)
 
-/** A thumb without a track. It shows and changes which part of a longer content is in view. */
-class SLATE_API SScrollBar : public SLeafWidget
+	/** A thumb without a track. It shows and changes which part of a longer content is in view. */
+	class SLATE_API SScrollBar : public SLeafWidget
 {
 public:
 	SLATE_BEGIN_ARGS(SScrollBar) {}
-		SLATE_STYLE_ARGUMENT(FScrollBarStyle, Style)
-		SLATE_ARGUMENT_DEFAULT(EOrientation, Orientation) = Orient_Vertical;
-		/** Room of the bar across its direction; zero takes the style's. The thumb is never thicker. */
-		SLATE_ARGUMENT_DEFAULT(float, Room) = 0.0f;
-		/** Start of the view as a fraction of the content, as in SetState. */
-		SLATE_EVENT(FOnUserScrolled, OnUserScrolled)
+	SLATE_STYLE_ARGUMENT(FScrollBarStyle, Style)
+	SLATE_ARGUMENT_DEFAULT(EOrientation, Orientation) = Orient_Vertical;
+	/** Room of the bar across its direction; zero takes the style's. The thumb is never thicker. */
+	SLATE_ARGUMENT_DEFAULT(float, Room) = 0.0f;
+	/** Start of the view as a fraction of the content, as in SetState. */
+	SLATE_EVENT(FOnUserScrolled, OnUserScrolled)
 	SLATE_END_ARGS()
 
 	void Construct(const FArguments& InArgs);
@@ -41,7 +41,8 @@ public:
 	virtual void OnMouseCaptureLost() override { bDragging = false; }
 
 protected:
-	virtual int32 OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect, FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const override;
+	virtual int32 OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect,
+		FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const override;
 	virtual FVector2D ComputeDesiredSize(float LayoutScaleMultiplier) const override;
 
 private:

@@ -49,20 +49,20 @@ public:
 	using FScopedWidgetSlotArguments = TPanelChildren<FSlot>::FScopedWidgetSlotArguments;
 
 	SLATE_BEGIN_ARGS(SScrollBox) {}
-		SLATE_SLOT_ARGUMENT(SScrollBox::FSlot, Slots)
-		SLATE_ARGUMENT_DEFAULT(EOrientation, Orientation) = Orient_Vertical;
-		SLATE_STYLE_ARGUMENT(FScrollBarStyle, ScrollBarStyle)
-		/** Room of the bar: X of a vertical one, Y of a horizontal one. Zero takes the style's. */
-		SLATE_ARGUMENT_DEFAULT(FVector2D, ScrollBarThickness) = FVector2D(0, 0);
-		/** Anything but visible takes the bar and its room away. */
-		SLATE_ATTRIBUTE(EVisibility, ScrollBarVisibility)
-		/** Keeps the bar's room while everything fits. */
-		SLATE_ARGUMENT_DEFAULT(bool, ScrollBarAlwaysVisible) = false;
-		SLATE_ARGUMENT_DEFAULT(EConsumeMouseWheel, ConsumeMouseWheel) = EConsumeMouseWheel::WhenScrollingPossible;
-		/** Taken and without effect: this host never animates scrolling. */
-		SLATE_ARGUMENT_DEFAULT(bool, AnimateWheelScrolling) = false;
-		/** The new offset in units, after the user has scrolled. */
-		SLATE_EVENT(FOnUserScrolled, OnUserScrolled)
+	SLATE_SLOT_ARGUMENT(SScrollBox::FSlot, Slots)
+	SLATE_ARGUMENT_DEFAULT(EOrientation, Orientation) = Orient_Vertical;
+	SLATE_STYLE_ARGUMENT(FScrollBarStyle, ScrollBarStyle)
+	/** Room of the bar: X of a vertical one, Y of a horizontal one. Zero takes the style's. */
+	SLATE_ARGUMENT_DEFAULT(FVector2D, ScrollBarThickness) = FVector2D(0, 0);
+	/** Anything but visible takes the bar and its room away. */
+	SLATE_ATTRIBUTE(EVisibility, ScrollBarVisibility)
+	/** Keeps the bar's room while everything fits. */
+	SLATE_ARGUMENT_DEFAULT(bool, ScrollBarAlwaysVisible) = false;
+	SLATE_ARGUMENT_DEFAULT(EConsumeMouseWheel, ConsumeMouseWheel) = EConsumeMouseWheel::WhenScrollingPossible;
+	/** Taken and without effect: this host never animates scrolling. */
+	SLATE_ARGUMENT_DEFAULT(bool, AnimateWheelScrolling) = false;
+	/** The new offset in units, after the user has scrolled. */
+	SLATE_EVENT(FOnUserScrolled, OnUserScrolled)
 	SLATE_END_ARGS()
 
 	SScrollBox();
@@ -89,7 +89,8 @@ public:
 	void ScrollToStart() { SetScrollOffset(0.0f); }
 	void ScrollToEnd();
 	/** Takes effect in the next layout. A widget that is not below this box moves nothing. */
-	void ScrollDescendantIntoView(const TSharedPtr<SWidget>& WidgetToScrollIntoView, bool bAnimateScroll = true, EDescendantScrollDestination Destination = EDescendantScrollDestination::IntoView, float Padding = 0.0f);
+	void ScrollDescendantIntoView(const TSharedPtr<SWidget>& WidgetToScrollIntoView, bool bAnimateScroll = true,
+		EDescendantScrollDestination Destination = EDescendantScrollDestination::IntoView, float Padding = 0.0f);
 	EOrientation GetOrientation() const { return Orientation; }
 
 	/** For tests: every child, here and in long panels, is measured in every frame, as if there were few. */
@@ -101,7 +102,8 @@ public:
 	virtual FReply OnKeyDown(const FGeometry& MyGeometry, const FKeyEvent& InKeyEvent) override;
 
 protected:
-	virtual int32 OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect, FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const override;
+	virtual int32 OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect,
+		FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const override;
 	virtual FVector2D ComputeDesiredSize(float LayoutScaleMultiplier) const override;
 	virtual void OnArrangeChildren(const FGeometry& AllottedGeometry, FArrangedChildren& ArrangedChildren) const override;
 	virtual void PrepassChildren(float LayoutScale, bool bOwnChange) override;
@@ -112,9 +114,9 @@ private:
 	enum class EHold : uint8
 	{
 		FirstInView, // The first child in view.
-		Anchor,      // For one frame the child that was held when the user scrolled, so that late measuring moves nothing in view.
-		Offset,      // For one frame the offset, as it was asked for.
-		End,         // The end, until something else is asked for.
+		Anchor, // For one frame the child that was held when the user scrolled, so that late measuring moves nothing in view.
+		Offset, // For one frame the offset, as it was asked for.
+		End, // The end, until something else is asked for.
 	};
 	/** Slots and bar as one list. */
 	class FAllChildren : public FChildren

@@ -26,7 +26,7 @@ public:
 	/** The new value of a slot that a handle resizes. */
 	DECLARE_DELEGATE_OneParam(FOnSlotResized, float)
 
-	class FSlot;
+		class FSlot;
 	struct SLATE_API FSlotArguments : public TSlotArgumentsBase<FSlot, FSlotArguments>
 	{
 		/** Share among the slots that share; the sum may be any number. */
@@ -68,13 +68,13 @@ public:
 	using FScopedWidgetSlotArguments = TPanelChildren<FSlot>::FScopedWidgetSlotArguments;
 
 	SLATE_BEGIN_ARGS(SSplitter) {}
-		SLATE_SLOT_ARGUMENT(SSplitter::FSlot, Slots)
-		/** Horizontal: the children stand side by side. */
-		SLATE_ARGUMENT_DEFAULT(EOrientation, Orientation) = Orient_Horizontal;
-		/** Units between two children. */
-		SLATE_ARGUMENT_DEFAULT(float, PhysicalSplitterHandleSize) = 4.0f;
-		/** The user has let a handle go. */
-		SLATE_EVENT(FSimpleDelegate, OnSplitterFinishedResizing)
+	SLATE_SLOT_ARGUMENT(SSplitter::FSlot, Slots)
+	/** Horizontal: the children stand side by side. */
+	SLATE_ARGUMENT_DEFAULT(EOrientation, Orientation) = Orient_Horizontal;
+	/** Units between two children. */
+	SLATE_ARGUMENT_DEFAULT(float, PhysicalSplitterHandleSize) = 4.0f;
+	/** The user has let a handle go. */
+	SLATE_EVENT(FSimpleDelegate, OnSplitterFinishedResizing)
 	SLATE_END_ARGS()
 
 	SSplitter();
@@ -95,7 +95,8 @@ public:
 	virtual FCursorReply OnCursorQuery(const FGeometry& MyGeometry, const FPointerEvent& CursorEvent) const override;
 
 protected:
-	virtual int32 OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect, FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const override;
+	virtual int32 OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect,
+		FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const override;
 	virtual FVector2D ComputeDesiredSize(float LayoutScaleMultiplier) const override;
 	virtual void OnArrangeChildren(const FGeometry& AllottedGeometry, FArrangedChildren& ArrangedChildren) const override;
 
@@ -114,7 +115,10 @@ private:
 	using FParts = TArray<FPart>;
 
 	double GetAlong(const FVector2D& Vector) const { return Orientation == Orient_Horizontal ? Vector.X : Vector.Y; }
-	FVector2D MakeVector(double Along, double Across) const { return Orientation == Orient_Horizontal ? FVector2D(Along, Across) : FVector2D(Across, Along); }
+	FVector2D MakeVector(double Along, double Across) const
+	{
+		return Orientation == Orient_Horizontal ? FVector2D(Along, Across) : FVector2D(Across, Along);
+	}
 	FParts LayOut(const FGeometry& Geometry) const;
 	/** Shares what is left by value; a slot that meets its minimum is closed at it. */
 	static void Share(FParts& Parts, float Room);

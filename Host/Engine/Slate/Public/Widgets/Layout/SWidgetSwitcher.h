@@ -22,9 +22,9 @@ public:
 		: _WidgetIndex(0)
 	{
 	}
-		SLATE_SLOT_ARGUMENT(SWidgetSwitcher::FSlot, Slots)
-		/** An index without a child shows nothing. */
-		SLATE_ATTRIBUTE(int32, WidgetIndex)
+	SLATE_SLOT_ARGUMENT(SWidgetSwitcher::FSlot, Slots)
+	/** An index without a child shows nothing. */
+	SLATE_ATTRIBUTE(int32, WidgetIndex)
 	SLATE_END_ARGS()
 
 	SWidgetSwitcher();

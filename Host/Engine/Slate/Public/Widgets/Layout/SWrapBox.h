@@ -51,15 +51,15 @@ public:
 		, _HAlign(HAlign_Left)
 	{
 	}
-		SLATE_SLOT_ARGUMENT(SWrapBox::FSlot, Slots)
-		/** Length of a line unless UseAllottedSize is set. */
-		SLATE_ATTRIBUTE(float, PreferredSize)
-		/** Room between neighbours of a line (X) and between lines (Y). */
-		SLATE_ARGUMENT_DEFAULT(FVector2D, InnerSlotPadding) = FVector2D(0, 0);
-		SLATE_ARGUMENT_DEFAULT(bool, UseAllottedSize) = false;
-		SLATE_ARGUMENT_DEFAULT(EOrientation, Orientation) = Orient_Horizontal;
-		/** Where each line stands. */
-		SLATE_ATTRIBUTE(EHorizontalAlignment, HAlign)
+	SLATE_SLOT_ARGUMENT(SWrapBox::FSlot, Slots)
+	/** Length of a line unless UseAllottedSize is set. */
+	SLATE_ATTRIBUTE(float, PreferredSize)
+	/** Room between neighbours of a line (X) and between lines (Y). */
+	SLATE_ARGUMENT_DEFAULT(FVector2D, InnerSlotPadding) = FVector2D(0, 0);
+	SLATE_ARGUMENT_DEFAULT(bool, UseAllottedSize) = false;
+	SLATE_ARGUMENT_DEFAULT(EOrientation, Orientation) = Orient_Horizontal;
+	/** Where each line stands. */
+	SLATE_ATTRIBUTE(EHorizontalAlignment, HAlign)
 	SLATE_END_ARGS()
 
 	SWrapBox();

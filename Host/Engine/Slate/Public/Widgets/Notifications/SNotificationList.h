@@ -46,7 +46,8 @@ public:
 	virtual void Tick(const FGeometry& AllottedGeometry, const double InCurrentTime, const float InDeltaTime) override;
 
 protected:
-	virtual int32 OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect, FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const override;
+	virtual int32 OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect,
+		FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const override;
 
 private:
 	struct FStateButton
@@ -85,7 +86,8 @@ private:
 struct SLATE_API FNotificationButtonInfo
 {
 	/** @param VisibleInState  The one state of the toast in which the button shows. */
-	FNotificationButtonInfo(TAttribute<FText> InText, TAttribute<FText> InToolTip, FSimpleDelegate InCallback, SNotificationItem::ECompletionState VisibleInState = SNotificationItem::CS_Pending);
+	FNotificationButtonInfo(TAttribute<FText> InText, TAttribute<FText> InToolTip, FSimpleDelegate InCallback,
+		SNotificationItem::ECompletionState VisibleInState = SNotificationItem::CS_Pending);
 
 	TAttribute<FText> Text;
 	TAttribute<FText> ToolTip;

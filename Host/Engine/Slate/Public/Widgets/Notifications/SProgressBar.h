@@ -11,10 +11,10 @@ public:
 		: _FillColorAndOpacity(FSlateColor(FLinearColor::White))
 	{
 	}
-		SLATE_STYLE_ARGUMENT(FProgressBarStyle, Style)
-		/** From 0 to 1; clamped. */
-		SLATE_ATTRIBUTE(TOptional<float>, Percent)
-		SLATE_ATTRIBUTE(FSlateColor, FillColorAndOpacity)
+	SLATE_STYLE_ARGUMENT(FProgressBarStyle, Style)
+	/** From 0 to 1; clamped. */
+	SLATE_ATTRIBUTE(TOptional<float>, Percent)
+	SLATE_ATTRIBUTE(FSlateColor, FillColorAndOpacity)
 	SLATE_END_ARGS()
 
 	void Construct(const FArguments& InArgs);
@@ -22,7 +22,8 @@ public:
 	void SetFillColorAndOpacity(TAttribute<FSlateColor> InColor) { FillColorAndOpacity = MoveTemp(InColor); }
 
 protected:
-	virtual int32 OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect, FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const override;
+	virtual int32 OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect,
+		FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const override;
 	virtual FVector2D ComputeDesiredSize(float LayoutScaleMultiplier) const override;
 
 private:

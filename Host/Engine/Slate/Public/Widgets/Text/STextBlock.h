@@ -24,22 +24,22 @@ class SLATE_API STextBlock : public SLeafWidget
 {
 public:
 	SLATE_BEGIN_ARGS(STextBlock) {}
-		SLATE_ATTRIBUTE(FText, Text)
-		/** The widget keeps the pointer. Without a style: normal text in the foreground colour. */
-		SLATE_STYLE_ARGUMENT(FTextBlockStyle, TextStyle)
-		SLATE_ATTRIBUTE(FSlateFontInfo, Font)
-		SLATE_ATTRIBUTE(FSlateColor, ColorAndOpacity)
-		SLATE_ATTRIBUTE(bool, AutoWrapText)
-		/** Units; zero or less means none. With AutoWrapText the smaller width counts. */
-		SLATE_ATTRIBUTE(float, WrapTextAt)
-		SLATE_ATTRIBUTE(FMargin, Margin)
-		/** 1 is the font's own line height. */
-		SLATE_ATTRIBUTE(float, LineHeightPercentage)
-		SLATE_ATTRIBUTE(ETextJustify::Type, Justification)
-		SLATE_ATTRIBUTE(float, MinDesiredWidth)
-		/** Concerns text that does not wrap. */
-		SLATE_ARGUMENT(TOptional<ETextOverflowPolicy>, OverflowPolicy)
-		SLATE_EVENT(FOnClicked, OnDoubleClicked)
+	SLATE_ATTRIBUTE(FText, Text)
+	/** The widget keeps the pointer. Without a style: normal text in the foreground colour. */
+	SLATE_STYLE_ARGUMENT(FTextBlockStyle, TextStyle)
+	SLATE_ATTRIBUTE(FSlateFontInfo, Font)
+	SLATE_ATTRIBUTE(FSlateColor, ColorAndOpacity)
+	SLATE_ATTRIBUTE(bool, AutoWrapText)
+	/** Units; zero or less means none. With AutoWrapText the smaller width counts. */
+	SLATE_ATTRIBUTE(float, WrapTextAt)
+	SLATE_ATTRIBUTE(FMargin, Margin)
+	/** 1 is the font's own line height. */
+	SLATE_ATTRIBUTE(float, LineHeightPercentage)
+	SLATE_ATTRIBUTE(ETextJustify::Type, Justification)
+	SLATE_ATTRIBUTE(float, MinDesiredWidth)
+	/** Concerns text that does not wrap. */
+	SLATE_ARGUMENT(TOptional<ETextOverflowPolicy>, OverflowPolicy)
+	SLATE_EVENT(FOnClicked, OnDoubleClicked)
 	SLATE_END_ARGS()
 
 	void Construct(const FArguments& InArgs);
@@ -62,7 +62,8 @@ public:
 	virtual FReply OnMouseButtonDoubleClick(const FGeometry& MyGeometry, const FPointerEvent& MouseEvent) override;
 
 protected:
-	virtual int32 OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect, FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const override;
+	virtual int32 OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect,
+		FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const override;
 	virtual FVector2D ComputeDesiredSize(float LayoutScaleMultiplier) const override;
 
 private:
@@ -107,7 +108,8 @@ private:
 	FVector2D MeasureParagraph(float Scale) const;
 	/** The shaped text, cut and ended by an ellipsis where it is too wide. */
 	const ITextParagraph& GetElided(float RoomPixels) const;
-	void PaintLines(const ITextParagraph& Lines, const FVector2D& Origin, float RoomPixels, const FLinearColor& Color, const FLinearColor& Tint, FSlateWindowElementList& OutDrawElements, float Scale) const;
+	void PaintLines(const ITextParagraph& Lines, const FVector2D& Origin, float RoomPixels, const FLinearColor& Color,
+		const FLinearColor& Tint, FSlateWindowElementList& OutDrawElements, float Scale) const;
 
 	TAttribute<FText> Text;
 	const FTextBlockStyle* TextStyle = nullptr;

@@ -17,18 +17,18 @@ public:
 	using FOnMouseButtonDoubleClick = TDelegate<void(ItemType)>;
 
 	SLATE_BEGIN_ARGS(SListView<ItemType>) {}
-		SLATE_ARGUMENT_DEFAULT(const TArray<ItemType>*, ListItemsSource) = nullptr;
-		SLATE_EVENT(FOnGenerateRow, OnGenerateRow)
-		/** The item is a default one when the selection was cleared. */
-		SLATE_EVENT(FOnSelectionChanged, OnSelectionChanged)
-		SLATE_EVENT(FOnMouseButtonClick, OnMouseButtonClick)
-		SLATE_EVENT(FOnMouseButtonDoubleClick, OnMouseButtonDoubleClick)
-		/** None, or one row at a time. */
-		SLATE_ARGUMENT_DEFAULT(ESelectionMode::Type, SelectionMode) = ESelectionMode::Single;
-		SLATE_ARGUMENT_DEFAULT(bool, IsFocusable) = true;
-		/** The list wants the height of at most so many rows; zero means no limit. */
-		SLATE_ARGUMENT_DEFAULT(int32, MaxVisibleRows) = 0;
-		SLATE_STYLE_ARGUMENT(FTableRowStyle, RowStyle)
+	SLATE_ARGUMENT_DEFAULT(const TArray<ItemType>*, ListItemsSource) = nullptr;
+	SLATE_EVENT(FOnGenerateRow, OnGenerateRow)
+	/** The item is a default one when the selection was cleared. */
+	SLATE_EVENT(FOnSelectionChanged, OnSelectionChanged)
+	SLATE_EVENT(FOnMouseButtonClick, OnMouseButtonClick)
+	SLATE_EVENT(FOnMouseButtonDoubleClick, OnMouseButtonDoubleClick)
+	/** None, or one row at a time. */
+	SLATE_ARGUMENT_DEFAULT(ESelectionMode::Type, SelectionMode) = ESelectionMode::Single;
+	SLATE_ARGUMENT_DEFAULT(bool, IsFocusable) = true;
+	/** The list wants the height of at most so many rows; zero means no limit. */
+	SLATE_ARGUMENT_DEFAULT(int32, MaxVisibleRows) = 0;
+	SLATE_STYLE_ARGUMENT(FTableRowStyle, RowStyle)
 	SLATE_END_ARGS()
 
 	void Construct(const FArguments& InArgs)
@@ -47,7 +47,10 @@ public:
 		Source = InSource;
 		RequestListRefresh();
 	}
-	TArrayView<const ItemType> GetItems() const { return Source ? TArrayView<const ItemType>(Source->GetData(), Source->Num()) : TArrayView<const ItemType>(); }
+	TArrayView<const ItemType> GetItems() const
+	{
+		return Source ? TArrayView<const ItemType>(Source->GetData(), Source->Num()) : TArrayView<const ItemType>();
+	}
 	/** Tells OnSelectionChanged unless the item is selected already. */
 	void SetSelection(ItemType SoleSelectedItem, ESelectInfo::Type SelectInfo = ESelectInfo::Direct)
 	{

@@ -7,19 +7,19 @@
 /** A mouse event handed to an owner. */
 DECLARE_DELEGATE_RetVal_TwoParams(FReply, FPointerEventHandler, const FGeometry&, const FPointerEvent&)
 
-/** Draws a brush. Without a brush it draws nothing and has no size. */
-class SLATECORE_API SImage : public SLeafWidget
+	/** Draws a brush. Without a brush it draws nothing and has no size. */
+	class SLATECORE_API SImage : public SLeafWidget
 {
 public:
 	SLATE_BEGIN_ARGS(SImage)
 		: _ColorAndOpacity(FSlateColor(FLinearColor(1.0f, 1.0f, 1.0f, 1.0f)))
 	{
 	}
-		SLATE_ATTRIBUTE(const FSlateBrush*, Image)
-		SLATE_ATTRIBUTE(FSlateColor, ColorAndOpacity)
-		/** Takes the place of the brush's own size. */
-		SLATE_ATTRIBUTE(TOptional<FVector2D>, DesiredSizeOverride)
-		SLATE_EVENT(FPointerEventHandler, OnMouseButtonDown)
+	SLATE_ATTRIBUTE(const FSlateBrush*, Image)
+	SLATE_ATTRIBUTE(FSlateColor, ColorAndOpacity)
+	/** Takes the place of the brush's own size. */
+	SLATE_ATTRIBUTE(TOptional<FVector2D>, DesiredSizeOverride)
+	SLATE_EVENT(FPointerEventHandler, OnMouseButtonDown)
 	SLATE_END_ARGS()
 
 	void Construct(const FArguments& InArgs);
@@ -30,7 +30,8 @@ public:
 	virtual FReply OnMouseButtonDown(const FGeometry& MyGeometry, const FPointerEvent& MouseEvent) override;
 
 protected:
-	virtual int32 OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect, FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const override;
+	virtual int32 OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect,
+		FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const override;
 	virtual FVector2D ComputeDesiredSize(float LayoutScaleMultiplier) const override;
 
 private:
