@@ -1,5 +1,7 @@
 #include "Text/ComplexLine.h"
 
+#include "Host/HostUtf8.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -64,7 +66,7 @@ FComplexLine::FComplexLine(FShaperFont& Font, TextUnits::FView Text)
 	for (int32 Unit = 0; Unit < static_cast<int32>(Text.size());)
 	{
 		Build.Units.push_back(Unit);
-		TextUnits::AppendUtf8(Build.Utf8, TextUnits::GetDrawn(TextUnits::Decode(Text, Unit)));
+		HostAppendUtf8(Build.Utf8, TextUnits::GetDrawn(TextUnits::Decode(Text, Unit)));
 	}
 	Build.Units.push_back(static_cast<int32>(Text.size()));
 

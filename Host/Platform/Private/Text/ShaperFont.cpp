@@ -1,5 +1,7 @@
 #include "Text/ShaperFont.h"
 
+#include "Host/HostUtf8.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -182,7 +184,7 @@ FTextWordRef FShaperFont::Shape(TextUnits::FView Text)
 	{
 		const uint32 Drawn = TextUnits::GetDrawn(Unit);
 		bAscii = bAscii && Drawn < 0x80;
-		TextUnits::AppendUtf8(Utf8, Drawn);
+		HostAppendUtf8(Utf8, Drawn);
 	}
 
 	float X = 0.0f;
@@ -270,7 +272,7 @@ void FShaperFont::FindBreaks(TextUnits::FView Text, std::vector<int32>& OutBreak
 	std::string Utf8;
 	for (const TCHAR Unit : Text)
 	{
-		TextUnits::AppendUtf8(Utf8, TextUnits::GetDrawn(Unit));
+		HostAppendUtf8(Utf8, TextUnits::GetDrawn(Unit));
 	}
 	std::vector<PangoLogAttr> Attributes(Text.size() + 1);
 	pango_get_log_attrs(Utf8.c_str(), static_cast<int>(Utf8.size()), 0, Language, Attributes.data(), static_cast<int>(Attributes.size()));

@@ -71,32 +71,6 @@ namespace TextUnits
 		return (Character & 0xFFFE) == 0xFFFE ? 0xFFFD : Character;
 	}
 
-	void AppendUtf8(std::string& Out, uint32 Character)
-	{
-		if (Character < 0x80)
-		{
-			Out.push_back(static_cast<char>(Character));
-		}
-		else if (Character < 0x800)
-		{
-			Out.push_back(static_cast<char>(0xC0 | (Character >> 6)));
-			Out.push_back(static_cast<char>(0x80 | (Character & 0x3F)));
-		}
-		else if (Character < 0x10000)
-		{
-			Out.push_back(static_cast<char>(0xE0 | (Character >> 12)));
-			Out.push_back(static_cast<char>(0x80 | ((Character >> 6) & 0x3F)));
-			Out.push_back(static_cast<char>(0x80 | (Character & 0x3F)));
-		}
-		else
-		{
-			Out.push_back(static_cast<char>(0xF0 | (Character >> 18)));
-			Out.push_back(static_cast<char>(0x80 | ((Character >> 12) & 0x3F)));
-			Out.push_back(static_cast<char>(0x80 | ((Character >> 6) & 0x3F)));
-			Out.push_back(static_cast<char>(0x80 | (Character & 0x3F)));
-		}
-	}
-
 	bool StartsRightToLeft(FView Text)
 	{
 		for (int32 Index = 0; Index < static_cast<int32>(Text.size());)

@@ -34,7 +34,6 @@ namespace TextUnits
 	uint32 Decode(FView Text, int32& Index);
 	/** What is drawn for a character: line separators and tabs as blanks, other control characters as U+FFFD. */
 	uint32 GetDrawn(uint32 Character);
-	void AppendUtf8(std::string& Out, uint32 Character);
 
 	/** Whether the first letter is of a script that is written from right to left. */
 	bool StartsRightToLeft(FView Text);

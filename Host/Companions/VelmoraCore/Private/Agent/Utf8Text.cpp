@@ -2,70 +2,21 @@
 
 #include <algorithm>
 
+#include "Host/HostUtf8.h"
+
 namespace Velmora::Utf8Text
 {
 	namespace
 	{
 		constexpr char32_t Replacement = 0xFFFD;
 
-		void AppendCodePoint(std::string& Out, char32_t Code)
-		{
-			if (Code < 0x80)
-			{
-				Out.push_back(static_cast<char>(Code));
-				return;
-			}
-			if (Code < 0x800)
-			{
-				Out.push_back(static_cast<char>(0xC0 | (Code >> 6)));
-			}
-			else
-			{
-				if (Code < 0x10000)
-				{
-					Out.push_back(static_cast<char>(0xE0 | (Code >> 12)));
-				}
-				else
-				{
-					Out.push_back(static_cast<char>(0xF0 | (Code >> 18)));
-					Out.push_back(static_cast<char>(0x80 | ((Code >> 12) & 0x3F)));
-				}
-				Out.push_back(static_cast<char>(0x80 | ((Code >> 6) & 0x3F)));
-			}
-			Out.push_back(static_cast<char>(0x80 | (Code & 0x3F)));
-		}
-
 		/** Reads one code point; anything ill-formed costs one byte and reads as the replacement character. */
 		char32_t ReadCodePoint(std::string_view Text, size_t& Index)
 		{
-			const auto ByteAt = [Text](size_t At) { return static_cast<unsigned char>(Text[At]); };
-			const unsigned char Lead = ByteAt(Index);
-			const size_t Start = Index++;
-			if (Lead < 0x80)
-			{
-				return Lead;
-			}
-			const int Extra = Lead >= 0xC2 && Lead < 0xE0 ? 1 : Lead >= 0xE0 && Lead < 0xF0 ? 2 : Lead >= 0xF0 && Lead < 0xF5 ? 3 : 0;
-			if (Extra == 0 || Start + Extra >= Text.size())
-			{
-				return Replacement;
-			}
-			char32_t Code = Lead & (0x3F >> Extra);
-			for (int Step = 1; Step <= Extra; ++Step)
-			{
-				if ((ByteAt(Start + Step) & 0xC0) != 0x80)
-				{
-					return Replacement;
-				}
-				Code = (Code << 6) | (ByteAt(Start + Step) & 0x3F);
-			}
-			const bool bIsTooLong = (Extra == 2 && Code < 0x800) || (Extra == 3 && Code < 0x10000);
-			if (bIsTooLong || Code > 0x10FFFF || (Code >= 0xD800 && Code < 0xE000))
-			{
-				return Replacement;
-			}
-			Index = Start + Extra + 1;
-			return Code;
+			char32_t Code = Replacement;
+			const size_t Length = HostDecodeUtf8(Text.substr(Index), Code);
+			Index += Length == 0 ? 1 : Length;
+			return Length == 0 ? Replacement : Code;
 		}
 
 		/** Joins UTF-16 units read by a function of their index. */
@@ -85,7 +36,7 @@ namespace Velmora::Utf8Text
 				{
 					Code = Replacement;
 				}
-				AppendCodePoint(Out, Code);
+				HostAppendUtf8(Out, Code);
 			}
 			return Out;
 		}
@@ -120,7 +71,7 @@ namespace Velmora::Utf8Text
 				continue;
 			}
 			const bool bIsControl = (Code < 0x20 && Code != '\t' && Code != '\n') || Code == 0x7F;
-			AppendCodePoint(Out, bIsControl ? U' ' : Code);
+			HostAppendUtf8(Out, bIsControl ? U' ' : Code);
 		}
 		return Out;
 	}

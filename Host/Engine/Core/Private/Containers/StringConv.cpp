@@ -1,5 +1,7 @@
 #include "Containers/StringConv.h"
 
+#include "Host/HostUtf8.h"
+
 void FTCHARToUTF8::Append(std::string& Out, FStringView Text)
 {
 	Out.reserve(Out.size() + (std::size_t)Text.Len());
@@ -23,22 +25,7 @@ void FTCHARToUTF8::Append(std::string& Out, FStringView Text)
 				Code = 0xfffd;
 			}
 		}
-		if (Code < 0x800)
-		{
-			Out.push_back((char)(0xc0 | Code >> 6));
-		}
-		else if (Code < 0x10000)
-		{
-			Out.push_back((char)(0xe0 | Code >> 12));
-			Out.push_back((char)(0x80 | (Code >> 6 & 0x3f)));
-		}
-		else
-		{
-			Out.push_back((char)(0xf0 | Code >> 18));
-			Out.push_back((char)(0x80 | (Code >> 12 & 0x3f)));
-			Out.push_back((char)(0x80 | (Code >> 6 & 0x3f)));
-		}
-		Out.push_back((char)(0x80 | (Code & 0x3f)));
+		HostAppendUtf8(Out, Code);
 	}
 }
 

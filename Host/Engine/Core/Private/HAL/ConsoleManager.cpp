@@ -1,6 +1,7 @@
 #include "HAL/IConsoleManager.h"
 
 #include "Host/HostConsole.h"
+#include "Host/HostNumbers.h"
 #include "Logging/LogMacros.h"
 #include "Math/UnrealMathUtility.h"
 #include "Templates/UniquePtr.h"
@@ -23,19 +24,6 @@ namespace
 	float ToFloat(const FString& Text)
 	{
 		return Text == TEXT("true") || Text == TEXT("on") || Text == TEXT("yes") ? 1.0f : FCString::Atof(*Text);
-	}
-
-	/** Shortest text that reads back as the same number. */
-	FString ToText(float Value)
-	{
-		char Buffer[64];
-		const std::to_chars_result Result = std::to_chars(Buffer, Buffer + sizeof(Buffer), Value);
-		FString Text;
-		for (const char* Position = Buffer; Position != Result.ptr; ++Position)
-		{
-			Text.AppendChar(TCHAR(*Position));
-		}
-		return Text;
 	}
 
 	/** A value that any thread may read. */
@@ -91,7 +79,7 @@ namespace
 	}
 	FString ValueText(float Value)
 	{
-		return ToText(Value);
+		return HostNumberToText(Value);
 	}
 	FString ValueText(const FString& Value)
 	{

@@ -3,6 +3,7 @@
 #include "Host/HostAtomicFile.h"
 #include "Host/HostFileNames.h"
 #include "Host/HostFileSystem.h"
+#include "Host/HostSystemErrors.h"
 #include "Logging/LogMacros.h"
 #include "Misc/FileHelper.h"
 #include "Misc/Paths.h"
@@ -37,12 +38,12 @@ namespace
 	std::vector<FFolderEntry> ReadFolder(const std::string& Folder)
 	{
 		std::vector<FFolderEntry> Entries;
-		DIR* Stream = opendir(Folder.empty() ? "." : Folder.c_str());
+		const auto Stream = HostFileSystem::OpenFolder(Folder.empty() ? "." : Folder);
 		if (!Stream)
 		{
 			return Entries;
 		}
-		while (const dirent* Read = readdir(Stream))
+		while (const dirent* Read = readdir(Stream.get()))
 		{
 			FFolderEntry Entry;
 			Entry.Name = Read->d_name;
@@ -55,12 +56,11 @@ namespace
 			if (Read->d_type == DT_LNK || Read->d_type == DT_UNKNOWN)
 			{
 				struct stat Info;
-				Entry.bLink = fstatat(dirfd(Stream), Read->d_name, &Info, AT_SYMLINK_NOFOLLOW) == 0 && S_ISLNK(Info.st_mode);
-				Entry.bFolder = fstatat(dirfd(Stream), Read->d_name, &Info, 0) == 0 && S_ISDIR(Info.st_mode);
+				Entry.bLink = fstatat(dirfd(Stream.get()), Read->d_name, &Info, AT_SYMLINK_NOFOLLOW) == 0 && S_ISLNK(Info.st_mode);
+				Entry.bFolder = fstatat(dirfd(Stream.get()), Read->d_name, &Info, 0) == 0 && S_ISDIR(Info.st_mode);
 			}
 			Entries.push_back(std::move(Entry));
 		}
-		closedir(Stream);
 		std::sort(Entries.begin(), Entries.end(), [](const FFolderEntry& A, const FFolderEntry& B) { return A.Name < B.Name; });
 		return Entries;
 	}
@@ -73,6 +73,16 @@ namespace
 	bool IsWanted(const FFolderEntry& Entry, const FString& Name, const FString& Wildcard, bool bFiles, bool bDirectories)
 	{
 		return (Entry.bFolder ? bDirectories : bFiles) && (Wildcard.IsEmpty() || Name.MatchesWildcard(Wildcard));
+	}
+
+	bool RemoveEntry(const std::string& Path)
+	{
+		return HostRetryInterrupted([&Path] { return unlink(Path.c_str()); }) == 0;
+	}
+
+	bool RemoveFolder(const std::string& Path)
+	{
+		return HostRetryInterrupted([&Path] { return rmdir(Path.c_str()); }) == 0;
 	}
 
 	/** Removes what is below a folder and the folder. Deep trees do not use up the stack. */
@@ -93,7 +103,7 @@ namespace
 				{
 					Open.push_back(Path);
 				}
-				else if (unlink(Path.c_str()) != 0)
+				else if (!RemoveEntry(Path))
 				{
 					bAll = false;
 				}
@@ -102,7 +112,7 @@ namespace
 		// Each folder stands behind its parent in the list.
 		for (std::size_t Index = Folders.size(); Index-- > 0;)
 		{
-			bAll = rmdir(Folders[Index].c_str()) == 0 && bAll;
+			bAll = RemoveFolder(Folders[Index]) && bAll;
 		}
 		return bAll;
 	}
@@ -153,7 +163,8 @@ namespace
 			struct stat Info;
 			const bool bMade = !Bytes.empty() &&
 				(Tree ? HostFileSystem::MakeFolders(Bytes)
-					  : mkdir(Bytes.c_str(), 0777) == 0 || (errno == EEXIST && stat(Bytes.c_str(), &Info) == 0 && S_ISDIR(Info.st_mode)));
+					  : HostRetryInterrupted([&Bytes] { return mkdir(Bytes.c_str(), 0777); }) == 0 ||
+							(errno == EEXIST && stat(Bytes.c_str(), &Info) == 0 && S_ISDIR(Info.st_mode)));
 			UE_CLOG(!bMade, LogFileManager, Warning, TEXT("Cannot make the folder %s: %s"), Path, *HostFileSystem::Describe(errno));
 			return bMade;
 		}
@@ -170,7 +181,7 @@ namespace
 			const bool bAllowed =
 				!S_ISDIR(Info.st_mode) && (EvenReadOnly || S_ISLNK(Info.st_mode) || !HostFileSystem::IsMarkedReadOnly(Info));
 			errno = S_ISDIR(Info.st_mode) ? EISDIR : EACCES;
-			const bool bDeleted = bAllowed && unlink(Bytes.c_str()) == 0;
+			const bool bDeleted = bAllowed && RemoveEntry(Bytes);
 			UE_CLOG(!bDeleted && !Quiet, LogFileManager, Warning, TEXT("Cannot delete %s: %s"), Filename, *HostFileSystem::Describe(errno));
 			return bDeleted;
 		}
@@ -187,9 +198,9 @@ namespace
 			{
 				return !RequireExists;
 			}
-			const bool bDeleted = S_ISLNK(Info.st_mode) ? unlink(Bytes.c_str()) == 0
+			const bool bDeleted = S_ISLNK(Info.st_mode) ? RemoveEntry(Bytes)
 				: Tree && S_ISDIR(Info.st_mode)			? RemoveTree(Bytes)
-														: rmdir(Bytes.c_str()) == 0;
+														: RemoveFolder(Bytes);
 			UE_CLOG(!bDeleted, LogFileManager, Warning, TEXT("Cannot delete the folder %s: %s"), Path, *HostFileSystem::Describe(errno));
 			return bDeleted;
 		}
@@ -284,7 +295,7 @@ namespace
 			{
 				return false;
 			}
-			if (rename(From.c_str(), To.c_str()) == 0)
+			if (HostRetryInterrupted([&From, &To] { return rename(From.c_str(), To.c_str()); }) == 0)
 			{
 				return true;
 			}
@@ -296,7 +307,7 @@ namespace
 			TArray<uint8> Bytes;
 			FString Reason;
 			return FFileHelper::LoadFileToArray(Bytes, Src) &&
-				HostSaveFile(Dest, Bytes.GetData(), Bytes.Num(), FILEWRITE_EvenIfReadOnly, Reason) && unlink(From.c_str()) == 0;
+				HostSaveFile(Dest, Bytes.GetData(), Bytes.Num(), FILEWRITE_EvenIfReadOnly, Reason) && RemoveEntry(From);
 		}
 	};
 }

@@ -1,62 +1,18 @@
 #include "Host/HostAtomicFile.h"
 
 #include "HAL/FileManager.h"
+#include "Host/FileDescriptor.h"
 #include "Host/HostFileSystem.h"
-#include "Templates/UniquePtr.h"
+#include "Host/HostSystemErrors.h"
 
 #include <atomic>
 #include <cerrno>
 #include <cstdio>
 #include <fcntl.h>
 #include <unistd.h>
-#include <vector>
 
 namespace
 {
-	/** An open file that is closed at the end. */
-	class FDescriptor
-	{
-	public:
-		explicit FDescriptor(int InFile)
-			: File(InFile)
-		{
-		}
-		~FDescriptor() { Close(); }
-		FDescriptor(const FDescriptor&) = delete;
-		FDescriptor& operator=(const FDescriptor&) = delete;
-		bool IsOpen() const { return File >= 0; }
-		int Get() const { return File; }
-		/** Some file systems report a full disk only here. */
-		bool Close()
-		{
-			const int Closing = File;
-			File = -1;
-			return Closing < 0 || close(Closing) == 0;
-		}
-
-	private:
-		int File;
-	};
-
-	bool WriteAll(int File, const void* Data, int64 Size)
-	{
-		const char* Position = static_cast<const char*>(Data);
-		while (Size > 0)
-		{
-			const ssize_t Written = write(File, Position, std::size_t(Size));
-			if (Written < 0 && errno != EINTR)
-			{
-				return false;
-			}
-			if (Written > 0)
-			{
-				Position += Written;
-				Size -= Written;
-			}
-		}
-		return true;
-	}
-
 	/** The file behind links, also when it does not exist yet. False with errno when the links never end. */
 	bool FollowLinks(std::string& Path)
 	{
@@ -78,34 +34,31 @@ namespace
 	/** Makes the folder entry itself last. Not every file system can, and the data are safe by then. */
 	void FlushFolder(const std::string& Folder)
 	{
-		const FDescriptor File(open(Folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-		if (File.IsOpen())
-		{
-			fsync(File.Get());
-		}
+		const FFileDescriptor File = FFileDescriptor::Open(Folder, O_RDONLY | O_DIRECTORY);
+		(void)(File.IsOpen() && File.Flush());
 	}
 
-	bool WriteStraight(const std::string& Path, const void* Data, int64 Size)
+	bool WriteStraight(const std::string& Path, std::string_view Bytes)
 	{
 		// Without waiting for a reader at the other end of a pipe.
-		FDescriptor File(open(Path.c_str(), O_WRONLY | O_CLOEXEC | O_NONBLOCK));
-		return File.IsOpen() && WriteAll(File.Get(), Data, Size) && File.Close();
+		FFileDescriptor File = FFileDescriptor::Open(Path, O_WRONLY | O_NONBLOCK);
+		return File.IsOpen() && File.Write(Bytes) && File.Close();
 	}
 
-	bool AppendInPlace(const std::string& Path, const void* Data, int64 Size, mode_t NewMode)
+	bool AppendInPlace(const std::string& Path, std::string_view Bytes, mode_t NewMode)
 	{
-		FDescriptor File(open(Path.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, NewMode));
+		FFileDescriptor File = FFileDescriptor::Open(Path, O_WRONLY | O_CREAT | O_APPEND, NewMode);
 		struct stat Before;
 		if (!File.IsOpen() || fstat(File.Get(), &Before) != 0)
 		{
 			return false;
 		}
-		if (WriteAll(File.Get(), Data, Size) && fsync(File.Get()) == 0)
+		if (File.Write(Bytes) && File.Flush())
 		{
 			return File.Close();
 		}
 		const int Error = errno;
-		if (ftruncate(File.Get(), Before.st_size) != 0)
+		if (HostRetryInterrupted([&File, &Before] { return ftruncate(File.Get(), Before.st_size); }) != 0)
 		{
 			return false;
 		}
@@ -125,18 +78,17 @@ namespace
 		{
 			// A nameless file gets its name through this folder.
 			static const bool bCanBeNamed = access("/proc/self/fd", X_OK) == 0;
-			int Opened = bCanBeNamed ? open(Folder.c_str(), O_WRONLY | O_TMPFILE | O_CLOEXEC, Mode) : -1;
-			while (Opened < 0)
+			File = bCanBeNamed ? FFileDescriptor::Open(Folder, O_WRONLY | O_TMPFILE, Mode) : FFileDescriptor();
+			while (!File.IsOpen())
 			{
 				Temporary = MakeName();
-				Opened = open(Temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, Mode);
-				if (Opened < 0 && errno != EEXIST)
+				File = FFileDescriptor::Open(Temporary, O_WRONLY | O_CREAT | O_EXCL, Mode);
+				if (!File.IsOpen() && errno != EEXIST)
 				{
 					Temporary.clear();
 					break;
 				}
 			}
-			File = MakeUnique<FDescriptor>(Opened);
 		}
 		~FUnfinishedFile()
 		{
@@ -149,16 +101,16 @@ namespace
 		}
 		FUnfinishedFile(const FUnfinishedFile&) = delete;
 		FUnfinishedFile& operator=(const FUnfinishedFile&) = delete;
-		bool IsOpen() const { return File->IsOpen(); }
-		int Get() const { return File->Get(); }
+		const FFileDescriptor& Get() const { return File; }
 		bool TakeName(const std::string& Path, bool bMayReplace)
 		{
 			// A link cannot replace a file, so a nameless one becomes a hidden one first.
 			while (Temporary.empty())
 			{
 				Temporary = MakeName();
-				const std::string Open = "/proc/self/fd/" + std::to_string(Get());
-				if (linkat(AT_FDCWD, Open.c_str(), AT_FDCWD, Temporary.c_str(), AT_SYMLINK_FOLLOW) != 0)
+				const std::string Open = "/proc/self/fd/" + std::to_string(File.Get());
+				const auto Link = [this, &Open] { return linkat(AT_FDCWD, Open.c_str(), AT_FDCWD, Temporary.c_str(), AT_SYMLINK_FOLLOW); };
+				if (HostRetryInterrupted(Link) != 0)
 				{
 					Temporary.clear();
 					if (errno != EEXIST)
@@ -167,9 +119,9 @@ namespace
 					}
 				}
 			}
-			const bool bNamed = File->Close() &&
-				(bMayReplace ? rename(Temporary.c_str(), Path.c_str())
-							 : renameat2(AT_FDCWD, Temporary.c_str(), AT_FDCWD, Path.c_str(), RENAME_NOREPLACE)) == 0;
+			const auto Rename = [this, &Path, bMayReplace]
+			{ return renameat2(AT_FDCWD, Temporary.c_str(), AT_FDCWD, Path.c_str(), bMayReplace ? 0 : RENAME_NOREPLACE); };
+			const bool bNamed = File.Close() && HostRetryInterrupted(Rename) == 0;
 			if (bNamed)
 			{
 				Temporary.clear();
@@ -191,18 +143,19 @@ namespace
 		const std::string Folder;
 		/** Empty while the file has no name. */
 		std::string Temporary;
-		TUniquePtr<FDescriptor> File;
+		FFileDescriptor File;
 	};
 
 	/** @param WriteContents  Fills the open file; false with errno on failure. */
-	bool ReplaceWhole(
-		const std::string& Path, TFunctionRef<bool(int)> WriteContents, const struct stat* Existing, mode_t NewMode, bool bMayReplace)
+	bool ReplaceWhole(const std::string& Path, TFunctionRef<bool(const FFileDescriptor&)> WriteContents, const struct stat* Existing,
+		mode_t NewMode, bool bMayReplace)
 	{
 		const std::string Folder = HostFileSystem::GetParent(Path);
 		// What replaces a file that others may not read must not be readable while it is made.
 		FUnfinishedFile File(Folder, Existing ? 0600 : NewMode);
-		const bool bDone = File.IsOpen() && WriteContents(File.Get()) &&
-			(!Existing || fchmod(File.Get(), Existing->st_mode & 07777) == 0) && fsync(File.Get()) == 0 && File.TakeName(Path, bMayReplace);
+		const auto TakeMode = [&File, Existing] { return Existing ? fchmod(File.Get().Get(), Existing->st_mode & 07777) : 0; };
+		const bool bDone = File.Get().IsOpen() && WriteContents(File.Get()) && HostRetryInterrupted(TakeMode) == 0 && File.Get().Flush() &&
+			File.TakeName(Path, bMayReplace);
 		if (bDone)
 		{
 			FlushFolder(Folder);
@@ -210,7 +163,7 @@ namespace
 		return bDone;
 	}
 
-	bool SaveBytes(std::string Path, const void* Data, int64 Size, uint32 WriteFlags)
+	bool SaveBytes(std::string Path, std::string_view Bytes, uint32 WriteFlags)
 	{
 		if (!FollowLinks(Path) || !HostFileSystem::MakeFolders(HostFileSystem::GetParent(Path)))
 		{
@@ -228,40 +181,41 @@ namespace
 			}
 			if (!S_ISREG(Info.st_mode))
 			{
-				return WriteStraight(Path, Data, Size);
+				return WriteStraight(Path, Bytes);
 			}
 		}
 		const mode_t NewMode = (WriteFlags & HostWritePrivate) ? 0600 : 0666;
 		if (WriteFlags & FILEWRITE_Append)
 		{
-			return AppendInPlace(Path, Data, Size, NewMode);
+			return AppendInPlace(Path, Bytes, NewMode);
 		}
-		const auto WriteContents = [Data, Size](int File) { return WriteAll(File, Data, Size); };
+		const auto WriteContents = [Bytes](const FFileDescriptor& File) { return File.Write(Bytes); };
 		return ReplaceWhole(Path, WriteContents, bExists ? &Info : nullptr, NewMode, !(WriteFlags & FILEWRITE_NoReplaceExisting));
 	}
 
-	bool CopyContents(int From, int To, int64 Total, TFunctionRef<bool(int64, int64)> OnProgress)
+	bool CopyContents(const FFileDescriptor& From, const FFileDescriptor& To, int64 Total, TFunctionRef<bool(int64, int64)> OnProgress)
 	{
-		std::vector<char> Buffer(1024 * 1024);
+		constexpr uint64 PieceBytes = 1024 * 1024;
+		std::string Piece;
 		int64 Done = 0;
 		for (;;)
 		{
-			const ssize_t Count = read(From, Buffer.data(), Buffer.size());
-			if (Count < 0 && errno == EINTR)
-			{
-				continue;
-			}
-			if (Count <= 0)
-			{
-				// One that became shorter meanwhile is not whole.
-				errno = Count < 0 ? errno : EIO;
-				return Count == 0 && Done >= Total;
-			}
-			if (!WriteAll(To, Buffer.data(), Count))
+			Piece.clear();
+			if (!From.Read(Piece, PieceBytes))
 			{
 				return false;
 			}
-			Done += Count;
+			if (Piece.empty())
+			{
+				// One that became shorter meanwhile is not whole.
+				errno = EIO;
+				return Done >= Total;
+			}
+			if (!To.Write(Piece))
+			{
+				return false;
+			}
+			Done += static_cast<int64>(Piece.size());
 			if (!OnProgress(Done, Total))
 			{
 				errno = ECANCELED;
@@ -279,7 +233,7 @@ bool HostCopyFile(const FString& Source, const FString& Target, uint32 WriteFlag
 	std::string To = HostFileSystem::ToBytes(Target);
 	errno = EINVAL;
 	// Without waiting for the other end of a pipe.
-	const FDescriptor File(From.empty() || To.empty() ? -1 : open(From.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+	const FFileDescriptor File = From.empty() || To.empty() ? FFileDescriptor() : FFileDescriptor::Open(From, O_RDONLY | O_NONBLOCK);
 	struct stat Info;
 	if (!File.IsOpen() || fstat(File.Get(), &Info) != 0)
 	{
@@ -294,8 +248,8 @@ bool HostCopyFile(const FString& Source, const FString& Target, uint32 WriteFlag
 	struct stat Existing;
 	const bool bMade = FollowLinks(To) && HostFileSystem::MakeFolders(HostFileSystem::GetParent(To));
 	const bool bExists = bMade && stat(To.c_str(), &Existing) == 0;
-	const auto WriteContents = [&File, &Info, &OnProgress](int Opened)
-	{ return CopyContents(File.Get(), Opened, int64(Info.st_size), OnProgress); };
+	const auto WriteContents = [&File, &Info, &OnProgress](const FFileDescriptor& Opened)
+	{ return CopyContents(File, Opened, int64(Info.st_size), OnProgress); };
 	const mode_t NewMode = (WriteFlags & HostWritePrivate) ? 0600 : 0666;
 	if (!bMade || !ReplaceWhole(To, WriteContents, bExists ? &Existing : nullptr, NewMode, !(WriteFlags & FILEWRITE_NoReplaceExisting)))
 	{
@@ -314,7 +268,7 @@ bool HostSaveFile(const FString& Path, const void* Data, int64 Size, uint32 Writ
 		OutReason = TEXT("not a valid file name");
 		return false;
 	}
-	if (!SaveBytes(Bytes, Data, Size, WriteFlags))
+	if (!SaveBytes(Bytes, std::string_view(static_cast<const char*>(Data), static_cast<std::size_t>(Size)), WriteFlags))
 	{
 		OutReason = HostFileSystem::Describe(errno);
 		return false;

@@ -1,8 +1,11 @@
 #include "Host/HostFileSystem.h"
 
+#include "Host/FileDescriptor.h"
 #include "Host/HostFileNames.h"
+#include "Host/HostSystemErrors.h"
 
 #include <cerrno>
+#include <fcntl.h>
 
 std::string HostFileSystem::ToBytes(const FString& Path)
 {
@@ -27,7 +30,8 @@ bool HostFileSystem::MakeFolders(const std::string& Path)
 	for (std::size_t Slash = Path.find('/', 1);; Slash = Path.find('/', Slash + 1))
 	{
 		const std::string Part = Path.substr(0, Slash);
-		if (Part.back() != '/' && mkdir(Part.c_str(), 0777) != 0 && errno != EEXIST)
+		const auto Make = [&Part] { return mkdir(Part.c_str(), 0777); };
+		if (Part.back() != '/' && HostRetryInterrupted(Make) != 0 && errno != EEXIST)
 		{
 			const int Error = errno;
 			// A parent on a read-only or foreign file system answers with another error although it is there.
@@ -50,6 +54,17 @@ bool HostFileSystem::MakeFolders(const std::string& Path)
 	return S_ISDIR(Info.st_mode);
 }
 
+std::unique_ptr<DIR, HostFileSystem::FCloseFolder> HostFileSystem::OpenFolder(const std::string& Path)
+{
+	FFileDescriptor Folder = FFileDescriptor::Open(Path, O_RDONLY | O_DIRECTORY);
+	std::unique_ptr<DIR, FCloseFolder> Stream(Folder.IsOpen() ? fdopendir(Folder.Get()) : nullptr);
+	if (Stream)
+	{
+		(void)Folder.Release(); // It is the stream's now.
+	}
+	return Stream;
+}
+
 std::string HostFileSystem::GetParent(const std::string& Path)
 {
 	const std::size_t Slash = Path.rfind('/');
@@ -58,45 +73,5 @@ std::string HostFileSystem::GetParent(const std::string& Path)
 
 FString HostFileSystem::Describe(int Error)
 {
-	switch (Error)
-	{
-	case EACCES:
-	case EPERM:
-		return TEXT("no permission");
-	case ENOENT:
-		return TEXT("no such file or folder");
-	case EEXIST:
-		return TEXT("the file exists");
-	case ENOTDIR:
-		return TEXT("a part of the path is no folder");
-	case EISDIR:
-		return TEXT("the path is a folder");
-	case ESPIPE:
-		return TEXT("the path is a pipe or a device");
-	case ENOTEMPTY:
-		return TEXT("the folder is not empty");
-	case ENOSPC:
-		return TEXT("no space left on the disk");
-	case EDQUOT:
-		return TEXT("the disk quota is used up");
-	case EFBIG:
-		return TEXT("the file would become too large");
-	case EROFS:
-		return TEXT("the file system is read-only");
-	case ENAMETOOLONG:
-		return TEXT("the name is too long");
-	case ELOOP:
-		return TEXT("the links go round in a circle");
-	case EMFILE:
-	case ENFILE:
-		return TEXT("too many open files");
-	case EIO:
-		return TEXT("the disk reports an error");
-	case ECANCELED:
-		return TEXT("it was stopped");
-	case ENXIO:
-		return TEXT("nobody reads from it");
-	default:
-		return FString::Printf(TEXT("system error %d"), Error);
-	}
+	return HostFileNameFromBytes(HostDescribeSystemError(Error));
 }

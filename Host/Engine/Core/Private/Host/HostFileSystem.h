@@ -2,6 +2,8 @@
 
 #include "Containers/UnrealString.h"
 
+#include <dirent.h>
+#include <memory>
 #include <string>
 #include <sys/stat.h>
 
@@ -12,6 +14,12 @@ namespace HostFileSystem
 	std::string ToBytes(const FString& Path);
 	/** Makes the folder and its parents. errno tells why not. */
 	bool MakeFolders(const std::string& Path);
+	struct FCloseFolder
+	{
+		void operator()(DIR* Stream) const { closedir(Stream); }
+	};
+	/** For reading entries. Null with errno when it cannot be read. */
+	std::unique_ptr<DIR, FCloseFolder> OpenFolder(const std::string& Path);
 	/** Folder part without final slash; "." and "/" where there is none. */
 	std::string GetParent(const std::string& Path);
 	/** No one may write by mode, whoever asks. */

@@ -51,14 +51,13 @@ bool HostListFolder(const FString& Folder, TArray<FHostFolderEntry>& OutEntries,
 {
 	OutEntries.Reset();
 	const std::string Bytes = HostFileSystem::ToBytes(Folder);
-	errno = ENOENT;
-	DIR* const Stream = Bytes.empty() ? nullptr : opendir(Bytes.c_str());
+	const auto Stream = HostFileSystem::OpenFolder(Bytes);
 	if (!Stream)
 	{
 		OutReason = HostFileSystem::Describe(errno);
 		return false;
 	}
-	while (const dirent* Read = readdir(Stream))
+	while (const dirent* Read = readdir(Stream.get()))
 	{
 		const std::string_view Name(Read->d_name);
 		if (Name == "." || Name == "..")
@@ -69,11 +68,10 @@ bool HostListFolder(const FString& Folder, TArray<FHostFolderEntry>& OutEntries,
 		if (Read->d_type == DT_LNK || Read->d_type == DT_UNKNOWN)
 		{
 			struct stat Info;
-			bIsFolder = fstatat(dirfd(Stream), Read->d_name, &Info, 0) == 0 && S_ISDIR(Info.st_mode);
+			bIsFolder = fstatat(dirfd(Stream.get()), Read->d_name, &Info, 0) == 0 && S_ISDIR(Info.st_mode);
 		}
 		OutEntries.Add(FHostFolderEntry{ HostFileNameFromBytes(Name), bIsFolder });
 	}
-	closedir(Stream);
 	SortEntries(OutEntries);
 	return true;
 }

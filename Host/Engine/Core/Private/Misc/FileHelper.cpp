@@ -1,9 +1,11 @@
 #include "Misc/FileHelper.h"
 
 #include "Containers/StringConv.h"
+#include "Host/FileDescriptor.h"
 #include "Host/HostAtomicFile.h"
 #include "Host/HostFileSystem.h"
 #include "Host/HostServices.h"
+#include "Host/HostSystemErrors.h"
 #include "Logging/LogMacros.h"
 
 #include <cerrno>
@@ -19,14 +21,10 @@ namespace
 	bool ReadBytes(const std::string& Path, TArray<uint8>& OutBytes)
 	{
 		// Without waiting for the other end of a pipe.
-		const int File = open(Path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+		const FFileDescriptor File = FFileDescriptor::Open(Path, O_RDONLY | O_NONBLOCK);
 		struct stat Info;
-		if (File < 0 || fstat(File, &Info) != 0)
+		if (!File.IsOpen() || fstat(File.Get(), &Info) != 0)
 		{
-			if (File >= 0)
-			{
-				close(File);
-			}
 			return false;
 		}
 		constexpr int64 MaxSize = std::numeric_limits<int32>::max() - 1;
@@ -46,18 +44,18 @@ namespace
 				}
 				OutBytes.SetNumUninitialized(Count + (Count < Info.st_size ? 0 : 4096));
 			}
-			const ssize_t Read = read(File, OutBytes.GetData() + Count, std::size_t(OutBytes.Num() - Count));
+			const ssize_t Read = HostRetryInterrupted(
+				[&File, &OutBytes, Count] { return read(File.Get(), OutBytes.GetData() + Count, std::size_t(OutBytes.Num() - Count)); });
 			if (Read == 0)
 			{
 				break;
 			}
-			if (Read < 0 && errno != EINTR)
+			if (Read < 0)
 			{
 				Error = errno;
 			}
 			Count += Read > 0 ? int32(Read) : 0;
 		}
-		close(File);
 		OutBytes.SetNum(Error == 0 ? Count : 0);
 		errno = Error;
 		return Error == 0;

@@ -2,6 +2,7 @@
 
 #include "Host/HostConfig.h"
 #include "Host/HostConfigStore.h"
+#include "Host/HostNumbers.h"
 #include "Misc/AssertionMacros.h"
 #include "UObject/ObjectTable.h"
 #include "UObject/UObjectGlobals.h"
@@ -13,19 +14,6 @@
 namespace
 {
 	constexpr int32 MaxListLength = 100000; // A hand-edited count beyond this is a slip.
-
-	template <typename T>
-	FString MakeNumberText(T Value)
-	{
-		char Buffer[64];
-		const std::to_chars_result Result = std::to_chars(Buffer, Buffer + sizeof(Buffer), Value);
-		FString Text;
-		for (const char* Position = Buffer; Position != Result.ptr; ++Position)
-		{
-			Text.AppendChar(TCHAR(*Position));
-		}
-		return Text;
-	}
 
 	template <typename T>
 	bool ReadNumberText(const FString& Text, T& OutValue)
@@ -166,17 +154,17 @@ namespace
 
 FString FHostConfigNumber::ToText(int32 Value)
 {
-	return MakeNumberText(Value);
+	return HostNumberToText(Value);
 }
 
 FString FHostConfigNumber::ToText(float Value)
 {
-	return MakeNumberText(Value);
+	return HostNumberToText(Value);
 }
 
 FString FHostConfigNumber::ToText(double Value)
 {
-	return MakeNumberText(Value);
+	return HostNumberToText(Value);
 }
 
 bool FHostConfigNumber::Read(const FString& Text, int32& OutValue)

@@ -1,6 +1,7 @@
 #include "Dom/JsonValue.h"
 
 #include "Dom/JsonObject.h"
+#include "Host/HostNumbers.h"
 #include "Misc/CString.h"
 
 #include <charconv>
@@ -19,15 +20,7 @@ namespace
 		{
 			return FString(std::isnan(Number) ? TEXT("nan") : Number > 0.0 ? TEXT("inf") : TEXT("-inf"));
 		}
-		char Buffer[400]; // The largest double has 309 digits, the smallest 324 behind the point and 17 of its own.
-		const std::to_chars_result Result =
-			std::to_chars(Buffer, Buffer + sizeof(Buffer), Number == 0.0 ? 0.0 : Number, std::chars_format::fixed);
-		FString Text;
-		for (const char* Position = Buffer; Position != Result.ptr; ++Position)
-		{
-			Text.AppendChar(TCHAR(*Position));
-		}
-		return Text;
+		return HostNumberToText(Number == 0.0 ? 0.0 : Number, std::chars_format::fixed);
 	}
 
 	/** The text as bytes for the number parsers, empty when it cannot be a number. A leading plus is dropped. */

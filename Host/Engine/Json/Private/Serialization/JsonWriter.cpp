@@ -1,6 +1,7 @@
 #include "Serialization/JsonWriter.h"
 
-#include <charconv>
+#include "Host/HostNumbers.h"
+
 #include <cmath>
 
 FHostJsonWriter::FHostJsonWriter(FString* InOut, int32 InInitialIndent, bool bInPretty)
@@ -8,14 +9,6 @@ FHostJsonWriter::FHostJsonWriter(FString* InOut, int32 InInitialIndent, bool bIn
 	, InitialIndent(InInitialIndent)
 	, bPretty(bInPretty)
 {
-}
-
-void FHostJsonWriter::AppendAscii(const char* Text, SIZE_T Count)
-{
-	for (SIZE_T Index = 0; Index < Count; ++Index)
-	{
-		Out.AppendChar(TCHAR(Text[Index]));
-	}
 }
 
 void FHostJsonWriter::AppendNewLine()
@@ -191,9 +184,7 @@ void FHostJsonWriter::WriteValue(double Value)
 	}
 	if (BeginValue(EKind::Short))
 	{
-		char Buffer[64];
-		const std::to_chars_result Result = std::to_chars(Buffer, Buffer + sizeof(Buffer), Value, std::chars_format::general, 17);
-		AppendAscii(Buffer, SIZE_T(Result.ptr - Buffer));
+		HostAppendNumber(Out, Value, std::chars_format::general, 17);
 		Last = EToken::Short;
 	}
 }
@@ -202,9 +193,7 @@ void FHostJsonWriter::WriteValue(int64 Value)
 {
 	if (BeginValue(EKind::Short))
 	{
-		char Buffer[32];
-		const std::to_chars_result Result = std::to_chars(Buffer, Buffer + sizeof(Buffer), Value);
-		AppendAscii(Buffer, SIZE_T(Result.ptr - Buffer));
+		HostAppendNumber(Out, Value);
 		Last = EToken::Short;
 	}
 }
@@ -213,9 +202,7 @@ void FHostJsonWriter::WriteValue(uint64 Value)
 {
 	if (BeginValue(EKind::Short))
 	{
-		char Buffer[32];
-		const std::to_chars_result Result = std::to_chars(Buffer, Buffer + sizeof(Buffer), Value);
-		AppendAscii(Buffer, SIZE_T(Result.ptr - Buffer));
+		HostAppendNumber(Out, Value);
 		Last = EToken::Short;
 	}
 }

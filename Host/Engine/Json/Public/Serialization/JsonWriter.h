@@ -103,7 +103,6 @@ private:
 	void WriteString(FStringView Text);
 	void AppendQuoted(FStringView Text);
 	void AppendNewLine();
-	void AppendAscii(const char* Text, SIZE_T Count);
 	void WriteEnd(bool bObject);
 
 	FString& Out;
