@@ -7,10 +7,12 @@
 #include "Support/Base/Printers.h"
 #include "Support/Base/TempFolder.h"
 
+#include <algorithm>
 #include <atomic>
 #include <gtest/gtest.h>
 #include <random>
 #include <sys/stat.h>
+#include <thread>
 #include <vector>
 
 namespace
@@ -159,6 +161,57 @@ TEST_F(IniStore, TwoProgramsOnOneFileMergeByKey)
 	Second.Finish();
 	EXPECT_EQ(Folder.Read("Settings.ini"), "[S]\na=2\nb=3\nc=1\n");
 	EXPECT_EQ(Get(Second, TEXT("S"), TEXT("a")), "2");
+}
+
+TEST_F(IniStore, NobodyEmptiesWhatHeHasNotRead)
+{
+	Folder.Write("Settings.ini", "[S]\na=old\nb=old\n");
+	FHostIniStore First(Folder.At());
+	FHostIniStore Second(Folder.At());
+	for (const TCHAR* Key : { TEXT("a"), TEXT("b"), TEXT("late") })
+	{
+		Get(First, TEXT("S"), Key);
+	}
+	for (const TCHAR* Key : { TEXT("a"), TEXT("late"), TEXT("later") })
+	{
+		Second.Set(TEXT("Settings"), TEXT("S"), Key, TEXT("theirs"));
+	}
+	Second.Finish();
+	First.Set(TEXT("Settings"), TEXT("S"), TEXT("a"), TEXT(""));
+	First.Remove(TEXT("Settings"), TEXT("S"), TEXT("later"));
+	First.Set(TEXT("Settings"), TEXT("S"), TEXT("late"), TEXT("x"));
+	First.Set(TEXT("Settings"), TEXT("S"), TEXT("late"), TEXT(""));
+	First.Set(TEXT("Settings"), TEXT("S"), TEXT("b"), TEXT(""));
+	First.Finish();
+	EXPECT_EQ(Folder.Read("Settings.ini"), "[S]\na=theirs\nb=\nlate=theirs\nlater=theirs\n") << "its own it may empty";
+	EXPECT_EQ(Get(First, TEXT("S"), TEXT("a")), "theirs");
+	First.Set(TEXT("Settings"), TEXT("S"), TEXT("a"), TEXT(""));
+	First.Finish();
+	EXPECT_EQ(Folder.Read("Settings.ini"), "[S]\na=\nb=\nlate=theirs\nlater=theirs\n") << "now it has read it";
+}
+
+TEST_F(IniStore, WritesAtTheSameTimeLoseNothing)
+{
+	std::vector<std::thread> Programs;
+	for (int Program = 0; Program < 4; ++Program)
+	{
+		Programs.emplace_back(
+			[this, Program]()
+			{
+				FHostIniStore Store(Folder.At());
+				for (int Round = 0; Round < 25; ++Round)
+				{
+					Store.Set(TEXT("Settings"), TEXT("S"), FString::FromInt(Program * 100 + Round), TEXT("x"));
+					Store.Finish();
+				}
+			});
+	}
+	for (std::thread& Program : Programs)
+	{
+		Program.join();
+	}
+	const std::string Bytes = Folder.Read("Settings.ini");
+	EXPECT_EQ(std::count(Bytes.begin(), Bytes.end(), 'x'), 100);
 }
 
 TEST_F(IniStore, AFailedWriteIsToldOnceAndTriedAgain)

@@ -129,6 +129,39 @@ TEST(UObjects, ConfigurationRoundTrip)
 	EXPECT_FALSE(GConfig->GetString(TEXT("/Script/UObjectTests.TestSettings"), TEXT("Files.2"), Stale, GEditorPerProjectIni));
 }
 
+TEST(UObjects, SavingLeavesAloneWhatDidNotChangeHere)
+{
+	IHostConfigStore::SetCurrent(nullptr);
+	const TCHAR* const Section = TEXT("/Script/UObjectTests.TestSettings");
+	UTestSettings* Settings = NewObject<UTestSettings>();
+	Settings->LoadConfig();
+	// Another program writes what this one has not: one that is new, one that is a list.
+	GConfig->SetString(Section, TEXT("Language"), TEXT("theirs"), GEditorPerProjectIni);
+	GConfig->SetString(Section, TEXT("Files.Num"), TEXT("1"), GEditorPerProjectIni);
+	GConfig->SetString(Section, TEXT("Files.0"), TEXT("their file"), GEditorPerProjectIni);
+	for (const int32 Count : { 20, 30 })
+	{
+		Settings->MaxCount = Count;
+		Settings->SaveConfig();
+	}
+	UTestSettings* Other = NewObject<UTestSettings>();
+	Other->LoadConfig();
+	EXPECT_EQ(Other->MaxCount, 30);
+	EXPECT_EQ(Utf8(Other->Language), "theirs");
+	EXPECT_EQ(Utf8(FString::Join(Other->Files, TEXT("|"))), "their file");
+	// What is changed here is written, also back to what it was; and everything where nothing is known.
+	Settings->MaxCount = 10;
+	Settings->SaveConfig();
+	Other->LoadConfig();
+	EXPECT_EQ(Other->MaxCount, 10);
+	IHostConfigStore::SetCurrent(nullptr);
+	Other->SaveConfig();
+	FString Language;
+	EXPECT_TRUE(GConfig->GetString(Section, TEXT("Language"), Language, GEditorPerProjectIni));
+	EXPECT_EQ(Utf8(Language), "theirs");
+	IHostConfigStore::SetCurrent(nullptr);
+}
+
 TEST(UObjects, HandEditedValuesAreChecked)
 {
 	IHostConfigStore::SetCurrent(nullptr);

@@ -1,7 +1,9 @@
 #include "Host/HostIniStore.h"
 
+#include "Containers/Map.h"
 #include "Host/HostAtomicFile.h"
 #include "Host/HostDelayedWork.h"
+#include "Host/HostFileSystem.h"
 #include "Host/HostFolders.h"
 #include "Host/HostIniFile.h"
 #include "Host/HostServices.h"
@@ -10,12 +12,20 @@
 #include "Misc/Optional.h"
 #include "Misc/Paths.h"
 
+#include <cerrno>
+#include <chrono>
+#include <fcntl.h>
 #include <mutex>
+#include <sys/file.h>
+#include <thread>
+#include <unistd.h>
 #include <utility>
 
 namespace
 {
 	constexpr double IniWriteSeconds = 0.5;
+	/** Of 5 ms each. A write takes a few. */
+	constexpr int32 IniLockTries = 200;
 	/** No configuration is nearly as long; a file that is one is something else. */
 	constexpr int64 MaxIniBytes = 32 * 1024 * 1024;
 
@@ -25,12 +35,74 @@ namespace
 		FString Key;
 		/** Unset takes the key away. */
 		TOptional<FString> Value;
+		/** What this program last knew of the key when it began to change it. */
+		TOptional<FString> Before;
+	};
+
+	/** What this program has read or set last, by section and key. A line feed occurs in no name of an ini file. */
+	using FIniKnown = TMap<FString, TOptional<FString>>;
+
+	FString MakeKnownKey(const FString& Section, const FString& Key)
+	{
+		return Section + TEXT("\n") + Key;
+	}
+
+	TOptional<FString> GetValue(const FHostIniFile& Document, const FString& Section, const FString& Key)
+	{
+		FString Value;
+		return Document.Get(Section, Key, Value) ? TOptional<FString>(MoveTemp(Value)) : TOptional<FString>();
+	}
+
+	bool IsSame(const TOptional<FString>& Left, const TOptional<FString>& Right)
+	{
+		return Left.IsSet() == Right.IsSet() && (!Left.IsSet() || Left.GetValue().Equals(Right.GetValue()));
+	}
+
+	bool IsEmptyValue(const TOptional<FString>& Value)
+	{
+		return !Value.IsSet() || Value.GetValue().IsEmpty();
+	}
+
+	/**
+	 * Keeps other programs out while a file is read, changed and written, so that none of two changes is lost. By a lock of
+	 * the folder, which leaves nothing behind. Where there are no locks, or somebody sits on one, it goes on without.
+	 */
+	class FIniFolderLock
+	{
+	public:
+		explicit FIniFolderLock(const FString& Path)
+		{
+			const FString Folder = FPaths::GetPath(Path);
+			IFileManager::Get().MakeDirectory(*Folder, true);
+			Descriptor = open(HostFileSystem::ToBytes(Folder).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+			for (int32 Try = 0; Descriptor >= 0 && Try < IniLockTries && flock(Descriptor, LOCK_EX | LOCK_NB) != 0; ++Try)
+			{
+				if (errno != EWOULDBLOCK && errno != EINTR)
+				{
+					break;
+				}
+				std::this_thread::sleep_for(std::chrono::milliseconds(5));
+			}
+		}
+		~FIniFolderLock()
+		{
+			if (Descriptor >= 0)
+			{
+				close(Descriptor);
+			}
+		}
+		FIniFolderLock(const FIniFolderLock&) = delete;
+		FIniFolderLock& operator=(const FIniFolderLock&) = delete;
+
+	private:
+		int Descriptor = -1;
 	};
 
 	struct FIniEntry
 	{
 		FString Path;
 		FHostIniFile Document;
+		FIniKnown Known;
 		/** What is not on the disk yet, in order; each key once. */
 		TArray<FIniChange> Changes;
 		/** What was told last about the file; empty while it can be written. */
@@ -115,14 +187,20 @@ struct FHostIniStore::FState
 		{
 			const std::lock_guard<std::mutex> Lock(Mutex);
 			FIniEntry& Entry = FindEntry(Path);
-			FString Old;
-			const bool bHas = Entry.Document.Get(NewChange.Section, NewChange.Key, Old);
-			const bool bSame = NewChange.Value.IsSet() ? bHas && Old.Equals(NewChange.Value.GetValue()) : !bHas;
-			if (bSame)
+			const TOptional<FString> Old = GetValue(Entry.Document, NewChange.Section, NewChange.Key);
+			TOptional<FString>* const Known = Entry.Known.Find(MakeKnownKey(NewChange.Section, NewChange.Key));
+			NewChange.Before = Known ? *Known : Old;
+			Entry.Known.Add(MakeKnownKey(NewChange.Section, NewChange.Key), NewChange.Value);
+			if (IsSame(Old, NewChange.Value))
 			{
 				return;
 			}
 			Apply(Entry.Document, { NewChange });
+			if (const FIniChange* const Waiting = Entry.Changes.FindByPredicate(
+					[&NewChange](const FIniChange& Other) { return Other.Key == NewChange.Key && Other.Section == NewChange.Section; }))
+			{
+				NewChange.Before = Waiting->Before;
+			}
 			Entry.Changes.RemoveAll(
 				[&NewChange](const FIniChange& Other) { return Other.Key == NewChange.Key && Other.Section == NewChange.Section; });
 			Entry.Changes.Add(MoveTemp(NewChange));
@@ -158,12 +236,20 @@ struct FHostIniStore::FState
 			std::swap(Writing, Entry.Changes);
 		}
 		// What stands there now, not what stood there at the start: somebody else may have written.
+		const FIniFolderLock Lock(Entry.Path);
 		FHostIniFile Document;
 		FString Reason;
 		bool bWritten = ReadIni(Entry.Path, Document, Reason);
 		if (bWritten)
 		{
 			const std::string Before = Document.GetBytes();
+			// Nobody empties what he has not seen.
+			Writing.RemoveAll(
+				[&Document](const FIniChange& Change)
+				{
+					const TOptional<FString> There = GetValue(Document, Change.Section, Change.Key);
+					return IsEmptyValue(Change.Value) && !IsEmptyValue(There) && !IsSame(There, Change.Before);
+				});
 			Apply(Document, Writing);
 			const std::string After = Document.GetBytes();
 			bWritten =
@@ -229,17 +315,21 @@ bool FHostIniStore::Get(const FString& File, const FString& Section, const FStri
 {
 	const FString Path = GetPath(File);
 	const std::lock_guard<std::mutex> Lock(State->Mutex);
-	return State->FindEntry(Path).Document.Get(Section, Key, OutValue);
+	FIniEntry& Entry = State->FindEntry(Path);
+	const TOptional<FString> Value = GetValue(Entry.Document, Section, Key);
+	Entry.Known.Add(MakeKnownKey(Section, Key), Value);
+	OutValue = Value.Get(OutValue);
+	return Value.IsSet();
 }
 
 void FHostIniStore::Set(const FString& File, const FString& Section, const FString& Key, const FString& Value)
 {
-	State->Change(GetPath(File), FIniChange{ Section, Key, Value });
+	State->Change(GetPath(File), FIniChange{ Section, Key, Value, {} });
 }
 
 void FHostIniStore::Remove(const FString& File, const FString& Section, const FString& Key)
 {
-	State->Change(GetPath(File), FIniChange{ Section, Key, TOptional<FString>() });
+	State->Change(GetPath(File), FIniChange{ Section, Key, {}, {} });
 }
 
 bool FHostIniStore::Flush(const FString& File)

@@ -6,7 +6,8 @@
 /**
  * Keeps configurations in ini files. What is set can be got at once and is written by a thread of its own, at most every
  * half second, and by Finish. Only keys that were set here are written: comments, order, keys of others, and what others
- * have changed in the file meanwhile stay. Files are private to the user.
+ * have changed in the file meanwhile stay. Of one key the last write counts, but nothing that another program wrote is emptied
+ * or removed by one that has never read it. Files are private to the user.
  *
  * A write that fails is told once by FHostServices::ReportSaveFailure, and tried again at the next change and at the end; the
  * values stay in memory. A file that is there and cannot be read is never written.

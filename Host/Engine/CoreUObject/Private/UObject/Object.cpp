@@ -1,5 +1,6 @@
 #include "UObject/Object.h"
 
+#include "Containers/Map.h"
 #include "Host/HostConfig.h"
 #include "Host/HostConfigStore.h"
 #include "Host/HostNumbers.h"
@@ -46,43 +47,80 @@ namespace
 		return FString(Name) + TEXT(".") + Index;
 	}
 
+	/** Texts by the name of the property. */
+	using FConfigTexts = TMap<FString, FString>;
+
+	/** Writes what differs from the known texts, and brings these up to date. */
 	class FConfigWriter final : public FHostConfigVisitor
 	{
 	public:
-		FConfigWriter(IHostConfigStore& InStore, const FString& InFile, const FString& InSection)
+		/** @param InStore  Null for learning the texts alone. */
+		FConfigWriter(IHostConfigStore* InStore, const FString& InFile, const FString& InSection, FConfigTexts& InKnown)
 			: Store(InStore)
 			, File(InFile)
 			, Section(InSection)
+			, Known(InKnown)
 		{
 		}
-		void Property(const TCHAR* Name, FString& Value) override { Store.Set(File, Section, Name, Value); }
-		void Property(const TCHAR* Name, bool& Value) override { Store.Set(File, Section, Name, Value ? TEXT("True") : TEXT("False")); }
-		void Property(const TCHAR* Name, int32& Value) override { Store.Set(File, Section, Name, FString::FromInt(Value)); }
-		void Property(const TCHAR* Name, float& Value) override { Store.Set(File, Section, Name, FHostConfigNumber::ToText(Value)); }
-		void Property(const TCHAR* Name, double& Value) override { Store.Set(File, Section, Name, FHostConfigNumber::ToText(Value)); }
+		void Property(const TCHAR* Name, FString& Value) override { Write(Name, Value); }
+		void Property(const TCHAR* Name, bool& Value) override { Write(Name, Value ? TEXT("True") : TEXT("False")); }
+		void Property(const TCHAR* Name, int32& Value) override { Write(Name, FString::FromInt(Value)); }
+		void Property(const TCHAR* Name, float& Value) override { Write(Name, FHostConfigNumber::ToText(Value)); }
+		void Property(const TCHAR* Name, double& Value) override { Write(Name, FHostConfigNumber::ToText(Value)); }
 		void Property(const TCHAR* Name, TArray<FString>& Value) override
 		{
-			FString OldText;
-			int32 OldNum = 0;
-			if (Store.Get(File, Section, ListKey(Name, TEXT("Num")), OldText) && FHostConfigNumber::Read(OldText, OldNum) &&
-				OldNum <= MaxListLength)
+			FString Text;
+			for (const FString& Item : Value)
 			{
-				for (int32 Index = Value.Num(); Index < OldNum; ++Index)
-				{
-					Store.Remove(File, Section, ListKey(Name, FString::FromInt(Index)));
-				}
+				Text += FString::FromInt(Item.Len()) + TEXT(":") + Item;
 			}
-			Store.Set(File, Section, ListKey(Name, TEXT("Num")), FString::FromInt(Value.Num()));
-			for (int32 Index = 0; Index < Value.Num(); ++Index)
+			if (Learn(Name, Text) && Store)
 			{
-				Store.Set(File, Section, ListKey(Name, FString::FromInt(Index)), Value[Index]);
+				WriteList(Name, Value);
 			}
 		}
 
 	private:
-		IHostConfigStore& Store;
+		bool Learn(const TCHAR* Name, const FString& Text)
+		{
+			const FString* const Last = Known.Find(Name);
+			const bool bNew = !Last || !Last->Equals(Text);
+			if (bNew)
+			{
+				Known.Add(Name, Text);
+			}
+			return bNew;
+		}
+		void Write(const TCHAR* Name, const FString& Text)
+		{
+			if (Learn(Name, Text) && Store)
+			{
+				Store->Set(File, Section, Name, Text);
+			}
+		}
+		void WriteList(const TCHAR* Name, const TArray<FString>& Value)
+		{
+			FString OldText;
+			int32 OldNum = 0;
+			if (Store->Get(File, Section, ListKey(Name, TEXT("Num")), OldText) && FHostConfigNumber::Read(OldText, OldNum) &&
+				OldNum <= MaxListLength)
+			{
+				for (int32 Index = Value.Num(); Index < OldNum; ++Index)
+				{
+					Store->Remove(File, Section, ListKey(Name, FString::FromInt(Index)));
+				}
+			}
+			Store->Set(File, Section, ListKey(Name, TEXT("Num")), FString::FromInt(Value.Num()));
+			for (int32 Index = 0; Index < Value.Num(); ++Index)
+			{
+				Store->Set(File, Section, ListKey(Name, FString::FromInt(Index)), Value[Index]);
+			}
+		}
+
+		IHostConfigStore* const Store;
 		const FString File;
 		const FString Section;
+		FConfigTexts& Known;
 	};
 
 	class FConfigReader final : public FHostConfigVisitor
@@ -202,6 +240,14 @@ void FHostConfigVisitor::Property(const TCHAR* Name, double& Value, double Min, 
 	Value = Value < Min ? Min : Value > Max ? Max : Value;
 }
 
+struct UObject::FConfigMemory
+{
+	/** What is known holds for this file of this store alone. */
+	TWeakPtr<IHostConfigStore> Store;
+	FString File;
+	FConfigTexts Texts;
+};
+
 UObject::UObject()
 {
 	const FHostObjectTable::FBirth*& Birth = FHostObjectTable::CurrentBirth();
@@ -259,7 +305,11 @@ FString UObject::GetDefaultConfigFilename() const
 bool UObject::WriteConfig(const FString& File)
 {
 	const TSharedRef<IHostConfigStore> Store = IHostConfigStore::GetCurrent();
-	FConfigWriter Writer(*Store, File, GetClass()->GetPathName());
+	if (!ConfigMemory || ConfigMemory->Store.Pin() != Store || !ConfigMemory->File.Equals(File))
+	{
+		ConfigMemory = MakeUnique<FConfigMemory>(FConfigMemory{ Store, File, {} });
+	}
+	FConfigWriter Writer(&*Store, File, GetClass()->GetPathName(), ConfigMemory->Texts);
 	VisitConfigProperties(Writer);
 	return Store->Flush(File);
 }
@@ -280,4 +330,10 @@ void UObject::LoadConfig(UClass* ConfigClass, const TCHAR* Filename)
 	const FString File = Filename && *Filename ? FString(Filename) : GetDefaultConfigFilename();
 	FConfigReader Reader(*Store, File, (ConfigClass ? ConfigClass : GetClass())->GetPathName());
 	VisitConfigProperties(Reader);
+	if (!ConfigClass || ConfigClass == GetClass())
+	{
+		ConfigMemory = MakeUnique<FConfigMemory>(FConfigMemory{ Store, File, {} });
+		FConfigWriter Learner(nullptr, File, FString(), ConfigMemory->Texts);
+		VisitConfigProperties(Learner);
+	}
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Containers/UnrealString.h"
+#include "Templates/UniquePtr.h"
 #include "UObject/NameTypes.h"
 #include "UObject/ObjectMacros.h"
 
@@ -48,8 +49,10 @@ public:
 	bool IsGarbage() const { return bGarbage; }
 
 	/**
-	 * Writes the properties that VisitConfigProperties names to the configuration store and flushes it. The defaults
-	 * take the configuration that the class names; PropertyFlags and Config are there for the call form.
+	 * Writes the properties that VisitConfigProperties names to the configuration store and flushes it. Of an object that
+	 * was read from there only those that have changed since: what another program wrote meanwhile is not undone by an old
+	 * value, nor by an empty one. The defaults take the configuration that the class names; PropertyFlags and Config are
+	 * there for the call form.
 	 */
 	void SaveConfig(uint64 PropertyFlags = CPF_Config, const TCHAR* Filename = nullptr, FConfigCacheIni* Config = nullptr,
 		bool bAllowCopyToDefaultObject = true);
@@ -69,6 +72,7 @@ public:
 
 private:
 	friend class FHostObjectTable;
+	struct FConfigMemory;
 	bool WriteConfig(const FString& File);
 
 	UClass* Class = nullptr;
@@ -76,6 +80,8 @@ private:
 	FName Name;
 	EObjectFlags Flags = RF_NoFlags;
 	bool bGarbage = false;
+	/** What the store held of this object when it was last read or written. Null before. */
+	TUniquePtr<FConfigMemory> ConfigMemory;
 };
 
 /** False for null and for garbage. */
