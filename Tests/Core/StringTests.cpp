@@ -69,6 +69,9 @@ TEST(StringSlices, Clamp)
 		{ "mid to the end", Text.Mid(3), "de" },
 		{ "mid beyond", Text.Mid(7, 3), "" },
 		{ "mid before", Text.Mid(-2, 3), "a" },
+		{ "mid long before", Text.Mid(MIN_int32, 3), "" },
+		{ "mid of nothing from long before", Text.Mid(MIN_int32, MIN_int32), "" },
+		{ "mid to the end from long before", Text.Mid(MIN_int32), "abcde" },
 		{ "mid huge count", Text.Mid(4, MAX_int32), "e" },
 	};
 	for (const FCase& Case : Cases)

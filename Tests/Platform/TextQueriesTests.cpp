@@ -124,6 +124,22 @@ TEST_F(TextQueries, AnyTextAnswersAtEveryPixelAndOffset)
 	}
 }
 
+TEST_F(TextQueries, AFontWithoutWidthAnswersToo)
+{
+	for (const float Size : { 0.0f, 0.01f })
+	{
+		for (const TCHAR* const Line : { TEXT("\ta\t\tb"), TEXT("\t\u05E9\t\u05DC") })
+		{
+			const FStringView Text(Line);
+			const TSharedRef<ITextParagraph> Paragraph =
+				Shaper().MakeParagraph(Text, FSlateFontInfo(FName(TEXT("Mono")), Size, FName(TEXT("Mono"))), 1.0f);
+			Paragraph->Wrap(10.0f);
+			AskEveryPixel(*Paragraph, Text.Len());
+			AskEveryOffset(*Paragraph, Text.Len());
+		}
+	}
+}
+
 TEST_F(TextQueries, VeryLongWordsAnswerToo)
 {
 	for (const TCHAR* const Around : { TEXT(""), TEXT(" "), TEXT("\t") })

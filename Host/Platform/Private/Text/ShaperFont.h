@@ -2,8 +2,8 @@
 
 #include "Text/TextWord.h"
 
+#include <algorithm>
 #include <pango/pangocairo.h>
-
 #include <unordered_map>
 
 /** The font map and every font that was shaped with. Game thread only. */
@@ -37,7 +37,8 @@ public:
 	const FFontLineMetrics& GetMetrics() const { return Metrics; }
 	float GetBlankAdvance() const { return BlankAdvance; }
 	/** Tabs stop at multiples of this. */
-	float GetTabWidth() const { return BlankAdvance * 4.0f; }
+	/** Never 0: blanks of a tiny font have no width, and positions are divided by this one. */
+	float GetTabWidth() const { return std::max(BlankAdvance * 4.0f, 1.0f); }
 	/** Whole pixels behind every letter. */
 	float GetLetterSpace() const { return LetterSpace; }
 	PangoContext* GetContext() const { return Context; }

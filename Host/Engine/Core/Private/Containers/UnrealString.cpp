@@ -1,6 +1,7 @@
 #include "Containers/UnrealString.h"
 
 #include "Containers/StringConv.h"
+#include "Math/UnrealMathUtility.h"
 
 namespace
 {
@@ -129,7 +130,7 @@ FString FString::Mid(int32 Start, int32 Count) const&
 	// A start before the text takes its share of the count, as the slice would.
 	if (Start < 0 && Count != 0x7fffffff)
 	{
-		Count = Count > -Start ? Count + Start : 0;
+		Count = static_cast<int32>(FMath::Max<int64>(int64(Count) + Start, 0));
 	}
 	return FString(FStringView(*this).Mid(Start, Count));
 }

@@ -4,8 +4,11 @@
 #include "Host/HostClock.h"
 #include "Math/UnrealMathUtility.h"
 
+#include <algorithm>
 #include <ctime>
 #include <locale.h>
+#include <string>
+#include <string_view>
 
 namespace
 {
@@ -27,6 +30,32 @@ namespace
 			OutValue = OutValue * 10 + (*It - '0');
 		}
 		return Digits >= MinDigits;
+	}
+
+	/** The pattern with no field wider than any date is written: strftime pads up to the width, gigabytes where that is asked for. */
+	std::string LimitFieldWidths(std::string_view Pattern)
+	{
+		constexpr std::size_t MaxWidthDigits = 3;
+		std::string Limited;
+		for (std::size_t Index = 0; Index < Pattern.size(); ++Index)
+		{
+			Limited.push_back(Pattern[Index]);
+			if (Pattern[Index] != '%')
+			{
+				continue;
+			}
+			const std::size_t Width = std::min(Pattern.find_first_not_of("_-0^#+", Index + 1), Pattern.size());
+			const std::size_t Field = std::min(Pattern.find_first_not_of("0123456789", Width), Pattern.size());
+			Limited += Pattern.substr(Index + 1, Width - Index - 1);
+			Limited += Field - Width > MaxWidthDigits ? std::string_view("999") : Pattern.substr(Width, Field - Width);
+			Index = Field - 1;
+			if (Field < Pattern.size())
+			{
+				// "%%" begins no field.
+				Limited.push_back(Pattern[++Index]);
+			}
+		}
+		return Limited;
 	}
 
 	/** The milliseconds of a fraction of any length; further digits are dropped. */
@@ -216,8 +245,7 @@ FString FDateTime::ToFormattedString(const TCHAR* Format) const
 	Fields.tm_yday = GetDayOfYear() - 1;
 	static const locale_t Plain = newlocale(LC_ALL_MASK, "C", nullptr);
 	// A trailing unit tells an empty result from a buffer that was too small.
-	std::string Pattern;
-	FTCHARToUTF8::Append(Pattern, Format);
+	std::string Pattern = LimitFieldWidths(FTCHARToUTF8(Format).Get());
 	Pattern.push_back(' ');
 	std::string Buffer;
 	std::size_t Written = 0;

@@ -160,6 +160,43 @@ namespace
 		return Result;
 	}
 
+	/**
+	 * Blanks out the exponents of zeros, which the parser computes wrongly: it takes the highest bit of the digits, and zero
+	 * has none. Other places of the text stay where they are.
+	 */
+	void BlankExponentsOfZero(FString& Text)
+	{
+		bool bInString = false;
+		const int32 Length = Text.Len();
+		for (int32 Index = 0; Index < Length; ++Index)
+		{
+			const TCHAR Letter = Text[Index];
+			Index += bInString && Letter == TEXT('\\') ? 1 : 0;
+			bInString = bInString != (Letter == TEXT('"'));
+			if (bInString || (Letter != TEXT('e') && Letter != TEXT('E')) || Index == 0 || Text[Index - 1] != TEXT('0'))
+			{
+				continue;
+			}
+			int32 Begin = Index;
+			while (Begin > 0 && (Text[Begin - 1] == TEXT('0') || Text[Begin - 1] == TEXT('.')))
+			{
+				--Begin;
+			}
+			int32 End = Index + 1;
+			End += End < Length && (Text[End] == TEXT('+') || Text[End] == TEXT('-')) ? 1 : 0;
+			const int32 Digits = End;
+			while (End < Length && FChar::IsDigit(Text[End]))
+			{
+				++End;
+			}
+			const bool bZero = Begin == 0 || !FChar::IsDigit(Text[Begin - 1]);
+			for (int32 Blank = Index; bZero && End > Digits && Blank < End; ++Blank)
+			{
+				Text[Blank] = TEXT(' ');
+			}
+		}
+	}
+
 	FString DescribePlace(const FString& Text, std::size_t Offset)
 	{
 		int32 Line = 1;
@@ -183,6 +220,7 @@ TSharedPtr<FJsonValue> FHostJsonReader::ReadAll()
 	}
 	bUsed = true;
 	Error.Reset();
+	BlankExponentsOfZero(Text);
 	FTextStream Stream(*Text, Text.Len());
 	FValueBuilder Builder;
 	rapidjson::GenericReader<FUtf16, FUtf16> Reader;
