@@ -5,7 +5,9 @@
 #include "Support/Base/Printers.h"
 #include "Support/Base/TempFolder.h"
 
+#include <filesystem>
 #include <gtest/gtest.h>
+#include <link.h>
 
 namespace
 {
@@ -91,6 +93,37 @@ TEST_F(SystemModules, RefusesWhatIsNoModule)
 		EXPECT_NE(Utf8(FHostModules::GetLastError()).find(Case.Words), std::string::npos) << Utf8(FHostModules::GetLastError());
 		EXPECT_FALSE(Manager.IsModuleLoaded(Case.Name));
 	}
+}
+
+TEST_F(SystemModules, RefusesASecondCopyOfALibraryBeforeAnyOfItRuns)
+{
+	FTempFolder Temp;
+	const std::filesystem::path Library = std::filesystem::canonical("/proc/self/exe").parent_path() / "libCoreTestModule.so";
+	for (const char* Folder : { "First", "Second" })
+	{
+		std::filesystem::create_directory(Temp.AtBytes(Folder));
+		std::filesystem::copy_file(Library, Temp.AtBytes(Folder) + "/libCoreTestTwin.so");
+		FModuleManager::Get().AddBinariesDirectory(*Temp.At(UTF8_TO_TCHAR(Folder)), false);
+	}
+	ASSERT_NE(FModuleManager::Get().LoadModule("CoreTestTwin"), nullptr) << Utf8(FHostModules::GetLastError());
+	EXPECT_TRUE(FModuleManager::Get().UnloadModule("CoreTestTwin"));
+	EXPECT_NE(FModuleManager::Get().LoadModule("CoreTestTwin"), nullptr) << "the same one may start again";
+	EXPECT_TRUE(FModuleManager::Get().UnloadModule("CoreTestTwin"));
+
+	std::filesystem::remove_all(Temp.AtBytes("First"));
+	const auto CountLibraries = []()
+	{
+		int Count = 0;
+		dl_iterate_phdr([](dl_phdr_info*, std::size_t, void* Data) { return ++*static_cast<int*>(Data), 0; }, &Count);
+		return Count;
+	};
+	const int Before = CountLibraries();
+	EModuleLoadResult Result = EModuleLoadResult::Success;
+	EXPECT_EQ(FModuleManager::Get().LoadModuleWithFailureReason("CoreTestTwin", Result), nullptr);
+	EXPECT_EQ(Result, EModuleLoadResult::CouldNotBeLoadedByOS);
+	EXPECT_EQ(CountLibraries(), Before) << "nothing of it was loaded";
+	EXPECT_NE(Utf8(FHostModules::GetLastError()).find("please start the program again"), std::string::npos)
+		<< Utf8(FHostModules::GetLastError());
 }
 
 TEST_F(SystemModules, RegisteredModulesStartAndStopInOrder)

@@ -12,6 +12,8 @@
 #include <dlfcn.h>
 #include <link.h>
 #include <mutex>
+#include <string>
+#include <string_view>
 
 DEFINE_LOG_CATEGORY_STATIC(LogModuleManager, Log, All);
 
@@ -39,6 +41,30 @@ namespace
 		Dl_info Own;
 		const bool bKnown = Map->l_ld && dladdr(Map->l_ld, &Own) != 0;
 		return bKnown && Own.dli_fbase == Info.dli_fbase ? Address : nullptr;
+	}
+
+	/** Where a library of this file name was loaded from; empty if none was. */
+	FString FindLoadedLibrary(const FString& FileName)
+	{
+		struct FSearch
+		{
+			std::string Ending;
+			std::string Found;
+		};
+		FSearch Search{ "/" + HostFileNameToBytes(FileName), {} };
+		dl_iterate_phdr(
+			[](dl_phdr_info* Library, std::size_t, void* Data)
+			{
+				FSearch& Wanted = *static_cast<FSearch*>(Data);
+				const std::string_view Path(Library->dlpi_name ? Library->dlpi_name : "");
+				if (Path.ends_with(Wanted.Ending))
+				{
+					Wanted.Found = Path;
+				}
+				return 0;
+			},
+			&Search);
+		return HostFileNameFromBytes(Search.Found.c_str());
 	}
 }
 
@@ -91,8 +117,24 @@ struct FModuleManager::FImpl
 				LastError = FString::Printf(TEXT("there is no module or library \"%s\""), *Name.ToString());
 				return Module;
 			}
-			// Never closed again: threads and delegates may point into the library for as long as the process lives.
-			void* Library = dlopen(HostFileNameToBytes(Path).c_str(), RTLD_NOW | RTLD_LOCAL);
+			// What is loaded already is found by its name or as the same file. A file that took its place since would be loaded as a
+			// second library, whose data both sides take for theirs.
+			void* Library = dlopen(HostFileNameToBytes(Path).c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NOLOAD);
+			const FString Other = Library ? FString() : FindLoadedLibrary(FPaths::GetCleanFilename(Path));
+			if (!Other.IsEmpty())
+			{
+				OutResult = EModuleLoadResult::CouldNotBeLoadedByOS;
+				LastError = FString::Printf(
+					TEXT("%s is not the library that the program was started with (%s), it may have been replaced since; please start ")
+						TEXT("the program again"),
+					*Path, *Other);
+				return Module;
+			}
+			if (!Library)
+			{
+				// Never closed again: threads and delegates may point into the library for as long as the process lives.
+				Library = dlopen(HostFileNameToBytes(Path).c_str(), RTLD_NOW | RTLD_LOCAL);
+			}
 			if (!Library)
 			{
 				const char* Reason = dlerror();
