@@ -45,9 +45,9 @@ TEST(DateTimes, Written)
 	EXPECT_EQ(Utf8(Time.ToFormattedString(TEXT("%A, %d %b %Y ü"))), "Friday, 02 Jan 2026 ü");
 	EXPECT_EQ(Utf8(Time.ToFormattedString(TEXT(""))), "");
 	EXPECT_EQ(Utf8(Time.ToFormattedString(TEXT("%%5d %6d %-d %_5m %^3b %"))), "%5d 000002 2     1 JAN %");
-	for (const TCHAR* const Huge : { TEXT("%999999999d"), TEXT("%+0999999999999999999999d"), TEXT("%0002147483648Ey") })
+	for (const TCHAR* const Huge : { TEXT("%999999999d"), TEXT("%^0999999999999999999999d"), TEXT("%0002147483648Ey") })
 	{
-		EXPECT_LT(Time.ToFormattedString(Huge).Len(), 1100) << Utf8(Huge);
+		EXPECT_EQ(Time.ToFormattedString(Huge).Len(), 999) << Utf8(Huge);
 	}
 }
 

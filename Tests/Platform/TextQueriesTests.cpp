@@ -124,15 +124,18 @@ TEST_F(TextQueries, AnyTextAnswersAtEveryPixelAndOffset)
 	}
 }
 
-TEST_F(TextQueries, AFontWithoutWidthAnswersToo)
+TEST_F(TextQueries, BlanksWithoutWidthAnswerToo)
 {
-	for (const float Size : { 0.0f, 0.01f })
+	FSlateFontInfo Tiny = Body();
+	Tiny.Size = 0.0f;
+	FSlateFontInfo Tight = Mono();
+	Tight.LetterSpacing = -2000;
+	for (const FSlateFontInfo& Font : { Tiny, Tight })
 	{
 		for (const TCHAR* const Line : { TEXT("\ta\t\tb"), TEXT("\t\u05E9\t\u05DC") })
 		{
 			const FStringView Text(Line);
-			const TSharedRef<ITextParagraph> Paragraph =
-				Shaper().MakeParagraph(Text, FSlateFontInfo(FName(TEXT("Mono")), Size, FName(TEXT("Mono"))), 1.0f);
+			const TSharedRef<ITextParagraph> Paragraph = Shaper().MakeParagraph(Text, Font, 1.0f);
 			Paragraph->Wrap(10.0f);
 			AskEveryPixel(*Paragraph, Text.Len());
 			AskEveryOffset(*Paragraph, Text.Len());

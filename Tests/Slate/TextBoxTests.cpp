@@ -2,6 +2,7 @@
 
 #include "Framework/Text/PlainTextLayoutMarshaller.h"
 #include "Host/HostClock.h"
+#include "Host/HostNotifications.h"
 #include "Host/HostServices.h"
 #include "Slate/Private/Framework/Text/TextEditor.h"
 #include "Slate/Private/Framework/Text/TextView.h"
@@ -502,4 +503,24 @@ TEST_F(FTextBoxTest, OneLineBoxes)
 	EXPECT_NEAR(ChipWidth, ITextShaper::Get().MakeParagraph(TEXT("Code"), Chip->GetFont(), 1.0f)->GetUnwrappedWidth(), 0.51f);
 	ClickAt(GetCenter(Chip.ToSharedRef()), 2);
 	EXPECT_EQ(Utf8(Chip->GetSelectedText()), "Code");
+}
+
+TEST_F(FTextBoxTest, WhatIsTooLongIsRefusedInWords)
+{
+	ShowBox();
+	Box->SetText(FText::FromString(TEXT("kept")));
+	TakeEvents();
+	const FString TooLong(std::u16string(static_cast<std::size_t>(FTextEditor::MaxLength - 3), u'x').c_str());
+	Box->InsertTextAtCursor(TooLong);
+	Box->InsertTextAtCursor(TooLong);
+	EXPECT_EQ(Text(), "kept");
+	EXPECT_EQ(TakeEvents(), FEvents());
+	ASSERT_EQ(FHostNotifications::GetVisible().Num(), 1) << "told once";
+	EXPECT_EQ(Utf8(FHostNotifications::GetVisible()[0].Text),
+		"A text can be 67 million characters long at most. With what was to be inserted it would be longer, so nothing was inserted.");
+	// What takes the place of the selection has its room.
+	Box->SelectAllText();
+	Box->InsertTextAtCursor(TooLong);
+	EXPECT_EQ(Box->GetText().ToString().Len(), TooLong.Len());
+	FHostNotifications::Clear();
 }

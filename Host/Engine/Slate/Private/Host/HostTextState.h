@@ -18,6 +18,9 @@ struct FHostTextState
 			[this](int32 First, int32 Removed, int32 Added) { View.NoteLinesChanged(First, Removed, Added); });
 	}
 
+	/** Whether the text can be inserted. Says so in a toast if it cannot. */
+	bool HasRoomFor(FStringView Text) const;
+
 	FShapedTextBreaks Breaks;
 	FTextEditor Editor;
 	FTextView View;

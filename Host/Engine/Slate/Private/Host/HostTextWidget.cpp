@@ -1,10 +1,39 @@
 #include "Host/HostTextWidget.h"
 
 #include "Framework/Application/SlateApplication.h"
+#include "Framework/Notifications/NotificationManager.h"
 #include "HAL/PlatformTime.h"
+#include "Host/HostNotifications.h"
 #include "Host/HostServices.h"
 #include "Host/HostTextState.h"
 #include "Styling/AppStyle.h"
+
+namespace
+{
+	constexpr float TooLongSeconds = 8.0f;
+}
+
+bool FHostTextState::HasRoomFor(FStringView Text) const
+{
+	if (Editor.HasRoomFor(Text.Len()))
+	{
+		return true;
+	}
+	FNotificationInfo Info(FText::Format(
+		NSLOCTEXT("HostText", "TooLong",
+			"A text can be {0} million characters long at most. With what was to be inserted it would be longer, so nothing was inserted."),
+		static_cast<int32>(FTextEditor::MaxLength / 1000000)));
+	Info.ExpireDuration = TooLongSeconds;
+	// A refusal that comes again while it is told needs no second toast.
+	const bool bShown = FHostNotifications::GetVisible().ContainsByPredicate(
+		[&Info](const FHostToast& Toast) { return Toast.Text.ToString().Equals(Info.Text.Get().ToString()); });
+	const TSharedPtr<SNotificationItem> Toast = bShown ? nullptr : FSlateNotificationManager::Get().AddNotification(Info);
+	if (Toast)
+	{
+		Toast->SetCompletionState(SNotificationItem::CS_Fail);
+	}
+	return false;
+}
 
 SHostTextWidget::SHostTextWidget()
 	: State(MakeUnique<FHostTextState>())
@@ -166,6 +195,10 @@ void SHostTextWidget::ScrollTo(const FTextLocation& NewLocation)
 
 void SHostTextWidget::InsertTextAtCursor(const FString& InString)
 {
+	if (!State->HasRoomFor(InString))
+	{
+		return;
+	}
 	EndPreedit();
 	GetEditor().SetAllowMultiLine(IsMultiLine());
 	FinishEdit(GetEditor().Insert(InString, ETextInsert::Pasted, GetNow()));

@@ -47,6 +47,10 @@ FReply SHostTextWidget::OnKeyChar(const FGeometry& MyGeometry, const FCharacterE
 	{
 		return FReply::Unhandled();
 	}
+	if (!State->HasRoomFor(Typed))
+	{
+		return FReply::Handled();
+	}
 	EndPreedit();
 	GetEditor().SetAllowMultiLine(IsMultiLine());
 	FinishEdit(GetEditor().Insert(Typed, ETextInsert::Typed, GetNow()));
@@ -259,6 +263,10 @@ FReply SHostTextWidget::HandleEnter(const FKeyEvent& Event)
 	EndPreedit();
 	if (IsMultiLine() && bNewLine)
 	{
+		if (!State->HasRoomFor(TEXT("\n")))
+		{
+			return FReply::Handled();
+		}
 		GetEditor().SetAllowMultiLine(true);
 		FinishEdit(GetEditor().Insert(TEXT("\n"), ETextInsert::Typed, GetNow()));
 		return FReply::Handled();

@@ -1,5 +1,7 @@
 #include "Framework/Text/TextEditor.h"
 
+#include <string_view>
+
 namespace
 {
 	/** A pause this long ends a run of typing, in seconds. */
@@ -105,13 +107,22 @@ bool FTextEditor::SetText(FStringView Text, bool bUndoable)
 	return true;
 }
 
+bool FTextEditor::HasRoomFor(int32 Units) const
+{
+	const int64 Whole = Document.GetLength() + Units;
+	return Whole <= MaxLength || Whole - FTextDocument::GetLength(Document.Copy(GetSelectionBegin(), GetSelectionEnd())) <= MaxLength;
+}
+
 bool FTextEditor::Insert(FStringView Text, ETextInsert Kind, double Now)
 {
-	if (Text.IsEmpty())
+	if (Text.IsEmpty() || !HasRoomFor(Text.Len()))
 	{
 		return false;
 	}
-	FTextFragment Piece = FTextDocument::Parse(NormalizeBreaks(Text, bAllowMultiLine));
+	// Tens of megabytes come in by a paste; they are not copied once more for breaks that they have not got.
+	const std::u16string_view All(Text.GetData(), static_cast<std::size_t>(Text.Len()));
+	const bool bAsItIs = All.find(TEXT('\r')) == All.npos && (bAllowMultiLine || All.find(TEXT('\n')) == All.npos);
+	FTextFragment Piece = bAsItIs ? FTextDocument::Parse(Text) : FTextDocument::Parse(NormalizeBreaks(Text, bAllowMultiLine));
 	const bool bRun = Kind == ETextInsert::Typed && Piece.Num() == 1;
 	Apply(GetSelectionBegin(), GetSelectionEnd(), MoveTemp(Piece), bRun ? EStepKind::Typing : EStepKind::Single, Now);
 	return true;

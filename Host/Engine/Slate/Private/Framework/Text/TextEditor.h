@@ -35,6 +35,9 @@ enum class ETextInsert : uint8
 class FTextEditor
 {
 public:
+	/** In units; 128 MB. Copies and histories of a text must stay far below what a string can hold. */
+	static constexpr int64 MaxLength = 64 * 1024 * 1024;
+
 	/** @param InBreaks  Outlives the editor. */
 	explicit FTextEditor(const ITextBreaks& InBreaks);
 
@@ -68,7 +71,9 @@ public:
 	 * @param bUndoable  False begins a new history.
 	 */
 	bool SetText(FStringView Text, bool bUndoable);
-	/** Replaces the selection. Line breaks of any kind come in as "\n". */
+	/** Whether Insert takes a text of this length: with it the whole is not longer than MaxLength. */
+	bool HasRoomFor(int32 Units) const;
+	/** Replaces the selection. Line breaks of any kind come in as "\n". Nothing happens where there is no room for the text. */
 	bool Insert(FStringView Text, ETextInsert Kind, double Now);
 	/** Deletes the selection, or the cluster or word before the caret. */
 	bool DeleteBackward(bool bWord, double Now);
