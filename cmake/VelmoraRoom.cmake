@@ -47,9 +47,10 @@ function(velmora_room Name)
 	target_link_libraries(${Name} ${Scope} ${Arg_PUBLIC})
 endfunction()
 
-# velmora_test(NAME [FOLDERS dirs...] [LINK rooms...]): one program per area, one CTest entry per suite.
+# velmora_test(NAME [FOLDERS dirs...] [LINK rooms...] [PRIVATE_ACCESS files...]): one program per area, one CTest entry per
+# suite. The files named after PRIVATE_ACCESS reach private operations; each says at its top why.
 function(velmora_test Name)
-	cmake_parse_arguments(Arg "" "" "FOLDERS;LINK" ${ARGN})
+	cmake_parse_arguments(Arg "" "" "FOLDERS;LINK;PRIVATE_ACCESS" ${ARGN})
 	set(Sources)
 	foreach(Folder ${Arg_FOLDERS})
 		file(GLOB_RECURSE Found CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/${Folder}/*.cpp)
@@ -59,8 +60,10 @@ function(velmora_test Name)
 		return()
 	endif()
 	add_executable(${Name} ${Sources})
-	# Tests reach private operations without friends in the tested classes.
-	target_compile_options(${Name} PRIVATE -fno-access-control)
+	foreach(File ${Arg_PRIVATE_ACCESS})
+		# A precompiled header is made with one set of flags.
+		set_source_files_properties(${File} PROPERTIES COMPILE_OPTIONS -fno-access-control SKIP_PRECOMPILE_HEADERS ON)
+	endforeach()
 	target_link_libraries(${Name} PRIVATE VelmoraFlags VelmoraTestSupport ${Arg_LINK})
 	if(VELMORA_PCH)
 		target_precompile_headers(${Name} PRIVATE <gtest/gtest.h> <CoreMinimal.h>)

@@ -3,7 +3,6 @@
 #include "FileSearch/FileIndexService.h"
 #include "FileSearch/FileSearchViewModel.h"
 #include "FileSearch/LiteralFuzzyScore.h"
-#include "Velmora.h"
 
 #include <algorithm>
 #include <chrono>
@@ -67,7 +66,6 @@ TEST(FileSearchBeforeTheFirstScan, FindsNothing)
 	EXPECT_EQ(Calls, 1) << "listeners hear that there is nothing";
 
 	FFileIndexService::Get().StartIndexing();
-	EXPECT_EQ(FFileIndexService::Get().bIsReady.load() || FFileIndexService::Get().bIsIndexing.load(), true);
 	WaitForScan();
 	Model.SetSearchQuery(TEXT("player"));
 	EXPECT_EQ(Model.GetResultCount(), 0) << "the same query is not searched for again";
@@ -114,72 +112,44 @@ TEST(FileIndex, TypesByName)
 	{
 		EXPECT_EQ(FFileIndexService::ClassifyFile(FString(Case.Path)), Case.Type) << Case.Path;
 	}
-	const EFileType Converted[] = { EFileType::Code, EFileType::Asset, EFileType::Config, EFileType::Other, EFileType::Other };
-	for (int32 Value = 0; Value < 5; ++Value)
-	{
-		EXPECT_EQ(FFileIndexService::ConvertFileType(static_cast<Velmora::EProjectFileType>(Value)), Converted[Value]) << Value;
-	}
-	EXPECT_EQ(FFileIndexService::ConvertFileType(static_cast<Velmora::EProjectFileType>(255)), EFileType::Other);
 	EXPECT_TRUE(FFileIndexService::ShouldIgnorePath(TEXT("x/.git/config")));
 	EXPECT_FALSE(FFileIndexService::ShouldIgnorePath(TEXT("Source/A.cpp")));
 }
 
-TEST(FileIndex, DisplayPathsOfAssetsLoseTheExtension)
+TEST(FileSearch, ResultsShowAssetsWithoutTheirExtension)
 {
-	const char* const Cases[][2] = {
-		{ "Content/Maps/Arena.umap", "Content/Maps/Arena" },
-		{ "Arena.UMAP", "Arena" },
-		{ "a.b/Mesh.v2.uasset", "a.b/Mesh.v2" },
-		{ "Arena.uasset.bak", "Arena.uasset.bak" },
-		{ "Source/Game/Player.cpp", "Source/Game/Player.cpp" },
-		{ "uasset", "uasset" },
-		{ "Notumap", "Notumap" },
-		{ ".umap", "" },
-		{ "", "" },
-	};
-	for (const auto& Case : Cases)
+	struct FCase
 	{
-		EXPECT_EQ(Utf8(FFileIndexService::CreateDisplayPath(FString(Case[0]))), Case[1]);
+		const char* Path;
+		const char* Shown;
+		EFileType Type;
+	};
+	const FCase Cases[] = {
+		{ "d/Content/Maps/Arena.umap", "d/Content/Maps/Arena", EFileType::Asset },
+		{ "d/Arena.UMAP", "d/Arena", EFileType::Asset },
+		{ "d/a.b/Mesh.v2.uasset", "d/a.b/Mesh.v2", EFileType::Asset },
+		{ "d/Arena.uasset.bak", "d/Arena.uasset.bak", EFileType::Other },
+		{ "d/Source/Game/Player.cpp", "d/Source/Game/Player.cpp", EFileType::Code },
+		{ "d/uasset", "d/uasset", EFileType::Other },
+		{ "d/Notumap", "d/Notumap", EFileType::Other },
+		{ "d/Game.ini", "d/Game.ini", EFileType::Config },
+	};
+	FTemporaryProject Project;
+	for (const FCase& Case : Cases)
+	{
+		Project.Write(Case.Path, "x");
 	}
-}
-
-TEST(FileIndex, AFinishedScanReplacesTheStoreUnlessItFailed)
-{
-	FFileIndexService& Service = FFileIndexService::Get();
-	const auto MakeResult = [](const TCHAR* Path)
+	Scan();
+	const TArray<FFileSearchResult> Results = FFileIndexService::Get().SearchFiles(TEXT("d/"), 50);
+	EXPECT_EQ(Results.Num(), 8);
+	for (const FCase& Case : Cases)
 	{
-		FFileIndexEntry Entry;
-		Entry.FilePath = Path;
-		return TOptional<TArray<FFileIndexEntry>>(TArray<FFileIndexEntry>{ Entry });
-	};
-	Service.bIsReady = false;
-	Service.bIsIndexing = true;
-	Service.OnIndexingComplete(MakeResult(TEXT("a")), 1.0, FString());
-	EXPECT_TRUE(Service.bIsReady);
-	EXPECT_FALSE(Service.bIsIndexing);
-	ASSERT_EQ(Service.Entries.Num(), 1);
-
-	Service.bIsReady = false;
-	Service.bIsIndexing = true;
-	Service.OnIndexingComplete(MakeResult(TEXT("b")), 1.0, TEXT("the disk is gone"));
-	EXPECT_FALSE(Service.bIsIndexing);
-	Service.bIsIndexing = true;
-	Service.OnIndexingComplete(TOptional<TArray<FFileIndexEntry>>(), 1.0, FString());
-	EXPECT_FALSE(Service.bIsIndexing);
-	EXPECT_FALSE(Service.bIsReady);
-	ASSERT_EQ(Service.Entries.Num(), 1);
-	EXPECT_EQ(Utf8(Service.Entries[0].FilePath), "a");
-
-	TArray<FFileIndexEntry> Untouched = Service.Entries;
-	Service.ScanDirectory(TEXT("/"), Untouched);
-	EXPECT_EQ(Untouched.Num(), 1);
-
-	const bool bWasReady = Service.IsReady();
-	Service.Shutdown();
-	Service.Shutdown();
-	EXPECT_EQ(Service.Entries.Num(), 0);
-	EXPECT_TRUE(Service.bShutdownRequested);
-	EXPECT_EQ(Service.IsReady(), bWasReady) << "the cache goes on";
+		const FFileSearchResult* Found =
+			Results.FindByPredicate([&Case](const FFileSearchResult& Result) { return Utf8(Result.Entry.FilePath) == Case.Path; });
+		ASSERT_NE(Found, nullptr) << Case.Path;
+		EXPECT_EQ(Utf8(Found->Entry.DisplayPath), Case.Shown);
+		EXPECT_EQ(Found->Entry.FileType, Case.Type) << Case.Path;
+	}
 }
 
 TEST(FileSearch, RanksFilesAndTellsEqualsApart)
@@ -218,10 +188,6 @@ TEST(FileSearch, RanksFilesAndTellsEqualsApart)
 	EXPECT_EQ(Assets[0].Entry.FileType, EFileType::Asset);
 	EXPECT_EQ(Assets[0].Entry.ModifiedTime.GetTicks(), 0);
 	EXPECT_TRUE(Search(Name + ".uasset").empty()) << "an asset's extension takes no part";
-
-	const TArray<FFileIndexEntry> All = FFileIndexService::Get().ScanFilesystem();
-	EXPECT_EQ(All.Num(), FFileIndexService::Get().GetFileCount());
-	EXPECT_TRUE(std::any_of(All.begin(), All.end(), [](const FFileIndexEntry& Entry) { return Entry.bIsDirectory; }));
 }
 
 TEST(FileSearch, FindsTheSameAsScoringAndSortingAll)
@@ -238,8 +204,18 @@ TEST(FileSearch, FindsTheSameAsScoringAndSortingAll)
 		Project.Write(Path + (File % 5 ? ".x" : ".umap"), "");
 	}
 	Scan();
-	TArray<FFileIndexEntry> Files = FFileIndexService::Get().ScanFilesystem();
-	Files.RemoveAll([](const FFileIndexEntry& Entry) { return Entry.bIsDirectory; });
+	TArray<Velmora::FProjectFileCacheEntry> Records;
+	FProjectFileCache::Get().GetCachedFiles(Records);
+	TArray<FFileIndexEntry> Files;
+	for (const Velmora::FProjectFileCacheEntry& Record : Records)
+	{
+		if (!Record.bIsDirectory)
+		{
+			FFileIndexEntry& Entry = Files.Emplace_GetRef();
+			Entry.FilePath = Record.Path;
+			Entry.DisplayPath = Record.Path.EndsWith(TEXT(".umap")) ? Record.Path.LeftChop(5) : Record.Path;
+		}
+	}
 	ASSERT_GT(Files.Num(), 100);
 
 	const auto NameOf = [](const FString& Path)
@@ -322,30 +298,4 @@ TEST(FileSearchModel, SearchesOnceForEachNewQueryAndTellsOfEveryChange)
 	EXPECT_EQ(Model.GetIndexedFileCount(), 60);
 	EXPECT_TRUE(Model.IsReady());
 	EXPECT_FALSE(Model.IsIndexing());
-}
-
-TEST(FileIndexRefresh, ComesEveryThirtySeconds)
-{
-	FVelmoraModule Module;
-	FTemporaryProject Former;
-	Former.Write("One.txt", "");
-	Scan();
-	EXPECT_EQ(FFileIndexService::Get().GetFileCount(), 1);
-	{
-		FTemporaryProject Other;
-		Other.Write("One.txt", "");
-		Other.Write("Two.txt", "");
-		for (int32 Second = 1; Second < 30; ++Second)
-		{
-			EXPECT_TRUE(Module.Poll(1.0f));
-		}
-		EXPECT_FLOAT_EQ(Module.RefreshElapsed, 29.0f);
-		WaitForScan();
-		EXPECT_EQ(FFileIndexService::Get().GetFileCount(), 1) << "nothing was scanned yet";
-		EXPECT_TRUE(Module.Poll(1.0f));
-		EXPECT_FLOAT_EQ(Module.RefreshElapsed, 0.0f);
-		WaitForScan();
-		EXPECT_EQ(FFileIndexService::Get().GetFileCount(), 2);
-	}
-	Scan();
 }

@@ -10,6 +10,14 @@ using Velmora::FToolStyleResolver;
 namespace
 {
 
+	/** The style of a tool without a word in its name, with this metadata. */
+	FResolvedToolStyle Resolve(const FString& Operation, const FString& DataType, const FString& SubOperation = FString())
+	{
+		return FToolStyleResolver::ResolveStyle(TEXT("x"),
+			FString::Printf(
+				TEXT(R"({"operation_type":"%s","data_type":"%s","sub_operation":"%s"})"), *Operation, *DataType, *SubOperation));
+	}
+
 	/** "color | display name | icon | category | verb". */
 	std::string DumpStyle(const FResolvedToolStyle& Style)
 	{
@@ -48,86 +56,17 @@ TEST(ToolStyle, WorkedExamples)
 		{ TEXT("Compile"), TEXT(R"({"toolkit_module":"M"})"), "#3B82F6 | Compile | tool | General | Processing" },
 		{ TEXT("read_x"), TEXT(R"({"sub_operation":"EVENT"})"), "#3B82F6 | Read X | tool | General | Reading event" },
 		{ TEXT("Look"), TEXT(R"({"Operation_Type":"list"})"), "#95CBFF | Look | tool | Discovery | Scanning" },
+		{ TEXT("x"), TEXT(R"({"operation_type":"update"})"), "#F59E0B | X | tool | Data Modification | Updating" },
+		{ TEXT("x"), TEXT(R"({"operation_type":"validate"})"), "#8B5CF6 | X | tool | Validation | Validating" },
+		{ TEXT("x"), TEXT(R"({"operation_type":"run"})"), "#6366F1 | X | tool | Execution | Running" },
+		{ TEXT("x"), TEXT(R"({"data_type":"MATERIALINSTANCE"})"), "#FB923C | X | tool | Material System | Processing" },
+		{ TEXT("x"), TEXT(R"({"data_type":"NiagaraSystem"})"), "#A855F7 | X | particles | VFX System | Processing" },
+		{ TEXT("x"), TEXT(R"({"data_type":"datatable"})"), "#06B6D4 | X | table | Asset - datatable | Processing" },
 	};
 	for (const FCase& Case : Cases)
 	{
 		SCOPED_TRACE(Utf8(Case.Name) + " " + Utf8(Case.Metadata));
 		EXPECT_EQ(DumpStyle(FToolStyleResolver::ResolveStyle(Case.Name, Case.Metadata)), Case.Style);
-	}
-}
-
-TEST(ToolStyle, EveryOperationHasItsColourAndVerb)
-{
-	struct FCase
-	{
-		const TCHAR* Operation;
-		const char* Color;
-		const char* Verb;
-	};
-	const FCase Cases[] = {
-		{ TEXT("create"), "#10B981", "Creating" },
-		{ TEXT("read"), "#95CBFF", "Analyzing" },
-		{ TEXT("list"), "#95CBFF", "Scanning" },
-		{ TEXT("search"), "#95CBFF", "Searching" },
-		{ TEXT("get"), "#95CBFF", "Fetching" },
-		{ TEXT("update"), "#F59E0B", "Updating" },
-		{ TEXT("modify"), "#F59E0B", "Modifying" },
-		{ TEXT("edit"), "#F59E0B", "Editing" },
-		{ TEXT("delete"), "#EF4444", "Deleting" },
-		{ TEXT("remove"), "#EF4444", "Removing" },
-		{ TEXT("validate"), "#8B5CF6", "Validating" },
-		{ TEXT("compile"), "#8B5CF6", "Compiling" },
-		{ TEXT("check"), "#8B5CF6", "Checking" },
-		{ TEXT("execute"), "#6366F1", "Executing" },
-		{ TEXT("run"), "#6366F1", "Running" },
-	};
-	FToolStyleResolver::InitializeMaps();
-	EXPECT_EQ(FToolStyleResolver::OperationColors.Num(), 15);
-	for (const FCase& Case : Cases)
-	{
-		const FResolvedToolStyle Style =
-			FToolStyleResolver::ResolveStyle(TEXT("x"), TEXT("{\"operation_type\":\"") + FString(Case.Operation) + TEXT("\"}"));
-		EXPECT_EQ(Utf8(Style.Color), Case.Color) << Utf8(Case.Operation);
-		EXPECT_EQ(Utf8(Style.ActionVerb), Case.Verb) << Utf8(Case.Operation);
-	}
-}
-
-TEST(ToolStyle, EveryDataTypeHasItsColourAndIcon)
-{
-	struct FCase
-	{
-		const TCHAR* DataType;
-		const char* Color;
-		const char* Icon;
-	};
-	const FCase Cases[] = {
-		{ TEXT("Enum"), "#A855F7", "enum" },
-		{ TEXT("DataAsset"), "#10B981", "asset" },
-		{ TEXT("DataTable"), "#06B6D4", "table" },
-		{ TEXT("Struct"), "#F59E0B", "struct" },
-		{ TEXT("Blueprint"), "#95CBFF", "blueprint" },
-		{ TEXT("WidgetBlueprint"), "#A855F7", "widget" },
-		{ TEXT("AnimBlueprint"), "#EC4899", "anim" },
-		{ TEXT("BehaviorTree"), "#10B981", "tree" },
-		{ TEXT("Blackboard"), "#14B8A6", "blackboard" },
-		{ TEXT("Material"), "#F97316", "material" },
-		{ TEXT("MaterialInstance"), "#FB923C", "tool" },
-		{ TEXT("NiagaraSystem"), "#A855F7", "particles" },
-		{ TEXT("NiagaraEmitter"), "#A78BFA", "tool" },
-		{ TEXT("InputMappingContext"), "#6366F1", "input" },
-		{ TEXT("InputAction"), "#818CF8", "tool" },
-		{ TEXT("File"), "#6B7280", "file" },
-		{ TEXT("Directory"), "#9CA3AF", "tool" },
-	};
-	FToolStyleResolver::InitializeMaps();
-	EXPECT_EQ(FToolStyleResolver::DataTypeColors.Num(), 17);
-	EXPECT_EQ(FToolStyleResolver::DataTypeIcons.Num(), 13);
-	for (const FCase& Case : Cases)
-	{
-		const FResolvedToolStyle Style =
-			FToolStyleResolver::ResolveStyle(TEXT("x"), TEXT("{\"data_type\":\"") + FString(Case.DataType).ToUpper() + TEXT("\"}"));
-		EXPECT_EQ(Utf8(Style.Color), Case.Color) << Utf8(Case.DataType);
-		EXPECT_EQ(Utf8(Style.Icon), Case.Icon) << Utf8(Case.DataType);
 	}
 }
 
@@ -158,7 +97,7 @@ TEST(ToolText, Verbs)
 	};
 	for (const FCase& Case : Cases)
 	{
-		EXPECT_EQ(Utf8(FToolStyleResolver::GetActionVerb(Case.Operation, Case.SubOperation)), Case.Verb);
+		EXPECT_EQ(Utf8(Resolve(Case.Operation, FString(), Case.SubOperation).ActionVerb), Case.Verb);
 	}
 }
 
@@ -199,7 +138,7 @@ TEST(ToolText, Categories)
 	};
 	for (const FCase& Case : Cases)
 	{
-		EXPECT_EQ(Utf8(FToolStyleResolver::GetCategory(Case.Operation, Case.DataType)), Case.Category);
+		EXPECT_EQ(Utf8(Resolve(Case.Operation, Case.DataType).Category), Case.Category);
 	}
 }
 
@@ -222,7 +161,7 @@ TEST(ToolText, NamesForPeople)
 	};
 	for (const FCase& Case : Cases)
 	{
-		EXPECT_EQ(Utf8(FToolStyleResolver::PrettifyToolName(Case.Name)), Case.Pretty);
+		EXPECT_EQ(Utf8(FToolStyleResolver::ResolveStyle(Case.Name, FString()).DisplayName), Case.Pretty);
 	}
 }
 

@@ -19,9 +19,10 @@ namespace
 			ViewModel = MakeShared<FChatViewModel>();
 			ASSERT_TRUE(ViewModel->Initialize(Agent));
 			First = Send(TEXT("first"), TEXT("transaction-1"));
-			ViewModel->AddMessage(FChatMessage::CreateAIMessage(TEXT("answer"), false));
+			Agent->FireMessage(TEXT("answer"));
+			ViewModel->Tick(0.2f);
 			Second = Send(TEXT("second"), TEXT("transaction-2"));
-			ViewModel->AddMessage(FChatMessage::CreateToolSummaryMessage());
+			Agent->FireToolStarted(TEXT("1"), TEXT("read_file"));
 			ViewModel->OnMessagesChanged().AddLambda([this] { ++ChangedCount; });
 			Agent->Calls.clear();
 			FHostServices::SetMessageDialogHook(
@@ -106,6 +107,26 @@ TEST_F(FChatUndoTest, RefusalsAreRows)
 	EXPECT_EQ(ViewModel->GetMessages().Last()->Type, EChatMessageType::System);
 }
 
+TEST_F(FChatUndoTest, ABusyAgentIsNamedBeforeAMissingUndoPoint)
+{
+	Second->TransactionId.Empty();
+	Agent->bCanUndo = false;
+	EXPECT_FALSE(ViewModel->UndoToMessage(Second));
+	EXPECT_EQ(Utf8(ViewModel->GetMessages().Last()->Content),
+		"Cannot undo while AI is processing. Please wait for the current operation to complete.");
+}
+
+TEST_F(FChatUndoTest, ThePauseNoticeStaysWhenTheUndoFails)
+{
+	ViewModel->PauseConversation();
+	const std::string Before = Shown();
+	Agent->bUndoes = false;
+	EXPECT_FALSE(ViewModel->UndoToMessage(Second));
+	EXPECT_EQ(Shown(), Before + "Failed to undo changes. Please check the logs for details.|");
+	ViewModel->ResumeConversation(FString());
+	EXPECT_EQ(Shown(), "first|answer|second||Failed to undo changes. Please check the logs for details.|");
+}
+
 TEST_F(FChatUndoTest, NothingToUndoIsSilent)
 {
 	EXPECT_FALSE(ViewModel->UndoToMessage(nullptr));
@@ -119,16 +140,18 @@ TEST_F(FChatUndoTest, ThePauseNoticeGoesAndAWaitingMessageStays)
 	ViewModel->PauseConversation();
 	Agent->FireMessage(TEXT("late"));
 	EXPECT_TRUE(ViewModel->UndoToMessage(Second));
-	EXPECT_FALSE(ViewModel->PausedNotice.IsValid());
 	EXPECT_EQ(Shown(), "first|answer|");
 	ViewModel->Tick(0.2f);
 	EXPECT_EQ(Shown(), "first|answer|late|");
+	ChangedCount = 0;
+	ViewModel->ResumeConversation(FString());
+	EXPECT_EQ(ChangedCount, 0) << "there is no notice to take away any more";
 }
 
 TEST_F(FChatUndoTest, AMessageThatIsNotListedAnyMoreIsUndoneAllTheSame)
 {
 	ViewModel->ClearHistory();
-	ViewModel->AddMessage(FChatMessage::CreateUserMessage(TEXT("second"))); // The same words, another message.
+	Send(TEXT("second"), TEXT("transaction-3")); // The same words, another message.
 	ChangedCount = 0;
 	EXPECT_TRUE(ViewModel->UndoToMessage(Second));
 	EXPECT_EQ(Shown(), "second|");

@@ -18,28 +18,29 @@ namespace
 		void SetUp() override
 		{
 			FHostClock::UseSimulatedTime(FDateTime(2026, 1, 31, 9, 5, 7));
+			Agent = MakeShared<FTestAgent>();
+			Agent->HoldConversation(TEXT("c1"));
 			ViewModel = MakeShared<FChatViewModel>();
+			ASSERT_TRUE(ViewModel->Initialize(Agent));
 		}
 
 		void TearDown() override { FHostClock::UseRealTime(); }
 
 		void Say(EChatMessageType Type, const FString& Text)
 		{
-			const TSharedPtr<FChatMessage> Message = FChatMessage::CreateUserMessage(Text);
-			Message->Type = Type;
-			ViewModel->Messages.Add(Message);
+			ASSERT_TRUE(ViewModel->SendMessage(Text));
+			ViewModel->GetMessages().Last()->Type = Type;
 		}
 
 		/** Everything that could go wrong: pictographs, line breaks, quotes, markup, rows that are not written. */
 		void SayEverything()
 		{
 			Say(EChatMessageType::User, TEXT("Give it a dash 🚀\nwith a \"cooldown\""));
-			ViewModel->Messages.Add(nullptr);
 			Say(EChatMessageType::ToolSummary, TEXT("left out"));
 			Say(EChatMessageType::Tool, TEXT("left out"));
 			Say(EChatMessageType::AI, TEXT("Done: <b>it's</b> in C:\\Dash & more\r\n\tédité"));
 			Say(EChatMessageType::System, TEXT("Conversation ended"));
-			ViewModel->PendingMessages.Add(FChatMessage::CreateAIMessage(TEXT("left out"), false));
+			Agent->FireMessage(TEXT("left out: it waits for its batch"));
 		}
 
 		std::string Export(EFormat Format)
@@ -61,6 +62,7 @@ namespace
 		}
 
 		FTempFolder Folder;
+		TSharedPtr<FTestAgent> Agent;
 		TSharedPtr<FChatViewModel> ViewModel;
 	};
 
@@ -69,7 +71,7 @@ namespace
 TEST_F(FConversationExportTest, Markdown)
 {
 	SayEverything();
-	const FString Expected = TEXT("# Conversation Export\n\n**Exported:** 2026.01.31-09.05.07\n\n**Total Messages:** 6\n\n---\n\n")
+	const FString Expected = TEXT("# Conversation Export\n\n**Exported:** 2026.01.31-09.05.07\n\n**Total Messages:** 5\n\n---\n\n")
 		TEXT("*09:05:07*\n\n**👤 You:**\n\nGive it a dash 🚀\nwith a \"cooldown\"\n\n---\n\n")
 			TEXT("*09:05:07*\n\n**🤖 Velmora:**\n\nDone: <b>it's</b> in C:\\Dash & more\r\n\tédité\n\n---\n\n")
 				TEXT("*09:05:07*\n\n**ℹ️ System:**\n\nConversation ended\n\n---\n\n");
@@ -80,7 +82,7 @@ TEST_F(FConversationExportTest, Markdown)
 TEST_F(FConversationExportTest, PlainText)
 {
 	SayEverything();
-	const FString Expected = TEXT("CONVERSATION EXPORT\n==================\n\nExported: 2026.01.31-09.05.07\nTotal Messages: 6\n\n")
+	const FString Expected = TEXT("CONVERSATION EXPORT\n==================\n\nExported: 2026.01.31-09.05.07\nTotal Messages: 5\n\n")
 		TEXT("[09:05:07] You:\nGive it a dash 🚀\nwith a \"cooldown\"\n\n----------------------------------------\n\n")
 			TEXT("[09:05:07] Velmora:\nDone: <b>it's</b> in C:\\Dash & more\r\n\tédité\n\n----------------------------------------\n\n")
 				TEXT("[09:05:07] System:\nConversation ended\n\n----------------------------------------\n\n");
@@ -116,7 +118,7 @@ TEST_F(FConversationExportTest, Html)
   <div class="header">
     <h1>Conversation Export</h1>
     <div class="meta">Exported: 2026.01.31-09.05.07</div>
-    <div class="meta">Total Messages: 6</div>
+    <div class="meta">Total Messages: 5</div>
   </div>
 
   <div class="message user">
@@ -152,7 +154,7 @@ TEST_F(FConversationExportTest, Json)
 					 "more\\r\\n\\tédité\",\r\n") TEXT("\t\t\t\"timestamp\": \"09:05:07\",\r\n\t\t\t\"type\": \"Velmora\"\r\n\t\t},\r\n")
 					TEXT("\t\t{\r\n\t\t\t\"sender\": \"System\",\r\n\t\t\t\"content\": \"Conversation ended\",\r\n")
 						TEXT("\t\t\t\"timestamp\": \"09:05:07\",\r\n\t\t\t\"type\": \"System\"\r\n\t\t}\r\n")
-							TEXT("\t],\r\n\t\"exported_at\": \"2026.01.31-09.05.07\",\r\n\t\"message_count\": 6\r\n}");
+							TEXT("\t],\r\n\t\"exported_at\": \"2026.01.31-09.05.07\",\r\n\t\"message_count\": 5\r\n}");
 	EXPECT_EQ(Export(EFormat::JSON), ToUtf16(Expected));
 }
 
