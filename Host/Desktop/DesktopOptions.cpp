@@ -190,8 +190,8 @@ FString FDesktopOptions::GetHelp()
 													   TEXT("\n") TEXT("Steps of a script:\n")) +
 		FScriptFile::GetHelp() +
 		TEXT("NAME is #Tag (the tags are in a dump), the whole text of a widget, or the first\n")
-			TEXT("line of its tooltip. It must name exactly one thing. A line that begins with #\n")
-				TEXT("is a comment. A dialog that no step answers takes No or Cancel.\n") TEXT("\n")
-					TEXT("Exit codes: 0 all went well, 1 something failed, 2 a wrong option or a script\n")
+			TEXT("line of its tooltip; it must name exactly one thing. @X%,Y% is a place in the\n")
+				TEXT("window. A line that begins with #\n") TEXT("is a comment. A dialog that no step answers takes No or Cancel.\n")
+					TEXT("\n") TEXT("Exit codes: 0 all went well, 1 something failed, 2 a wrong option or a script\n")
 						TEXT("that could not be run to its end (the message names the line).\n");
 }

@@ -210,6 +210,11 @@ void FScriptRunner::PressKey(const FKey& Key, const FModifierKeysState& Modifier
 
 void FScriptRunner::Point(const FScriptStep& Step, bool bMayScroll)
 {
+	if (const TOptional<FVector2D> Place = FScriptTarget::GetPlace(Step.Text, FSlateApplication::Get().GetWindow().GetPixelSize()))
+	{
+		PointAt(Step, Place.GetValue());
+		return;
+	}
 	FScriptTarget Target;
 	FString Complaint = FScriptTarget::Find(Step.Text, Target.Widget);
 	if (Complaint.IsEmpty() && bMayScroll && !FScriptTarget::GetVisiblePoint(*Target.Widget).IsSet() &&
@@ -229,7 +234,11 @@ void FScriptRunner::Point(const FScriptStep& Step, bool bMayScroll)
 		Fail(Step, Complaint);
 		return;
 	}
-	const FVector2D From = Target.Point;
+	PointAt(Step, Target.Point);
+}
+
+void FScriptRunner::PointAt(const FScriptStep& Step, const FVector2D& From)
+{
 	const FModifierKeysState None;
 	GetScriptInput().OnMouseMove(From, None);
 	if (Step.Verb == EScriptVerb::Scroll)
@@ -328,6 +337,12 @@ bool FScriptRunner::IsDialogAnswered() const
 		{
 			TSharedPtr<SWidget> Widget;
 			const TSharedPtr<SWindow> Dialog = FSlateApplication::Get().GetActiveModalWindow();
+			const FIntPoint Size = FSlateApplication::Get().GetWindow().GetPixelSize();
+			if (FScriptTarget::GetPlace(Steps[Index].Text, Size).IsSet())
+			{
+				// Wherever it is, the dialog takes it, or takes it away from what lies below.
+				return Dialog.IsValid();
+			}
 			return Dialog && FScriptTarget::Find(Steps[Index].Text, Widget).IsEmpty() &&
 				GetLayerRoot(Widget) == GetLayerRoot(Dialog->GetContent());
 		}

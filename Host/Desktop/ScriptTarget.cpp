@@ -2,6 +2,7 @@
 
 #include "Framework/Application/SlateApplication.h"
 #include "Host/WidgetFinder.h"
+#include "Misc/CString.h"
 #include "Widgets/Layout/SScrollBox.h"
 
 namespace
@@ -67,6 +68,25 @@ FString FScriptTarget::Find(const FString& Name, TSharedPtr<SWidget>& OutWidget)
 	}
 	OutWidget = Hits[0];
 	return FString();
+}
+
+TOptional<FVector2D> FScriptTarget::GetPlace(const FString& Name, const FIntPoint& WindowSize)
+{
+	TArray<FString> Parts;
+	Name.RightChop(1).ParseIntoArray(Parts, TEXT(","), false);
+	FVector2D Place(0, 0);
+	for (int32 Axis = 0; Axis < 2; ++Axis)
+	{
+		const FString Number = Parts.Num() == 2 ? Parts[Axis].LeftChop(1) : FString();
+		const double Share = FCString::Atod(*Number) / 100.0;
+		if (!Name.StartsWith(TEXT("@")) || !Number.IsNumeric() || !Parts[Axis].EndsWith(TEXT("%")) || Share < 0.0 || Share > 1.0)
+		{
+			return TOptional<FVector2D>();
+		}
+		const int32 Length = Axis == 0 ? WindowSize.X : WindowSize.Y;
+		(Axis == 0 ? Place.X : Place.Y) = FMath::FloorToInt32(Share * FMath::Max(Length - 1, 0));
+	}
+	return Place;
 }
 
 TOptional<FVector2D> FScriptTarget::GetVisiblePoint(const SWidget& Widget)

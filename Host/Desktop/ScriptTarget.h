@@ -15,6 +15,8 @@ struct FScriptTarget
 	 * @return Empty when there is exactly one; else a sentence that says what was found instead.
 	 */
 	static FString Find(const FString& Name, TSharedPtr<SWidget>& OutWidget);
+	/** Reads "@X%,Y%", a place in the window, 100% being its last pixel. Nothing for any other name. */
+	static TOptional<FVector2D> GetPlace(const FString& Name, const FIntPoint& WindowSize);
 	/** Asks the nearest scroll box around a widget to bring it into view in the next frame. False when there is none. */
 	static bool BringIntoView(const TSharedRef<SWidget>& Widget);
 	/** Where the pointer reaches the widget. Empty when it does; else a sentence that says why not. */

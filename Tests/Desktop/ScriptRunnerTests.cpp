@@ -194,6 +194,24 @@ TEST_F(ScriptRunner, BringsWhatIsScrolledAwayIntoView)
 	EXPECT_EQ(Clicks, 1);
 }
 
+TEST_F(ScriptRunner, PointsAtAPlaceOfTheWindow)
+{
+	int32 Clicks = 0;
+	// clang-format off
+	Show(
+		SNew(SButton)
+		.Text(FText::FromString(TEXT("All")))
+		.OnClicked_Lambda([&Clicks]() { ++Clicks; return FReply::Handled(); }));
+	// clang-format on
+	EXPECT_EQ(RunLines({ TEXT("click @0%,0%"), TEXT("click @100%,100%"), TEXT("move @50%,12.5%"), TEXT("scroll @1%,99% -3") }), "");
+	EXPECT_EQ(Clicks, 2) << "both ends lie within the window";
+	for (const TCHAR* const Name :
+		{ TEXT("@"), TEXT("@1%"), TEXT("@101%,0%"), TEXT("@-1%,0%"), TEXT("@1,2"), TEXT("@nan%,0%"), TEXT("@1%,2%,3%") })
+	{
+		EXPECT_EQ(RunLines({ TEXT("click ") + FString(Name) }), "script t:1: Nothing on screen is called \"" + Utf8(Name) + "\".");
+	}
+}
+
 TEST_F(ScriptRunner, WaitsUntilThePictureStandsStill)
 {
 	const double Start = FPlatformTime::Seconds();
