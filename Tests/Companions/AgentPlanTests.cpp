@@ -1,6 +1,6 @@
 #include "AgentFixture.h"
 
-#include "Agent/AgentPlan.h"
+#include "Request/AgentPlan.h"
 
 using Velmora::EConversationState;
 using Velmora::EPlanStepStatus;

@@ -1,5 +1,5 @@
 #include "AgentFixture.h"
-#include "Agent/AgentRequest.h"
+#include "Request/AgentRequest.h"
 #include "CodeIntel/CodeIntelIndexManager.h"
 #include "Host/CodeIndexControl.h"
 

@@ -115,7 +115,7 @@ TEST_F(AgentTurns, TakesOneMessageAtATime)
 {
 	Velmora::FAgentStateObserver Observer(Agent);
 	EXPECT_TRUE(Observer.CanAcceptMessage());
-	EXPECT_FALSE(Agent->SendMessage(TEXT("  \n"), {}));
+	EXPECT_FALSE(Agent->SendMessage(FString(), {}));
 	ASSERT_TRUE(Agent->SendMessage(TEXT("find Snail"), {}));
 	EXPECT_EQ(Agent->GetCurrentConversationMetadata()->GetMessageCount(), 1);
 	EXPECT_TRUE(Observer.IsBusy());

@@ -1,4 +1,4 @@
-#include "Agent/AttachedNames.h"
+#include "Request/AttachedNames.h"
 
 #include <gtest/gtest.h>
 

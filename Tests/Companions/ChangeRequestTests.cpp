@@ -1,5 +1,5 @@
-#include "Agent/AgentRequest.h"
-#include "Agent/ChangeRequest.h"
+#include "Request/AgentRequest.h"
+#include "Request/ChangeRequest.h"
 
 #include <gtest/gtest.h>
 

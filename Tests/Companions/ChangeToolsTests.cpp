@@ -1,7 +1,7 @@
 #include "ChangeFixture.h"
 
 #include "Changes/ContentHash.h"
-#include "Changes/TextPassage.h"
+#include "Text/TextPassage.h"
 
 #include <csignal>
 #include <sys/resource.h>

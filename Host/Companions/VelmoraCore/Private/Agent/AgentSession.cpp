@@ -1,6 +1,7 @@
 #include "Agent/AgentSession.h"
 
 #include "Async/Async.h"
+#include "HAL/PlatformTime.h"
 #include "Host/BuiltInAgentOptions.h"
 #include "Host/HostFileNames.h"
 #include "Host/ProjectFolder.h"
@@ -8,7 +9,7 @@
 #include "UObject/Class.h"
 #include "UObject/UObjectGlobals.h"
 
-#include "Agent/Utf8Text.h"
+#include "Text/Utf8Text.h"
 #include "Settings/VelmoraSettings.h"
 #include "Store/ConversationStore.h"
 #include "Store/TurnRecorder.h"
@@ -20,6 +21,15 @@ namespace Velmora
 		/** How long the end of an agent may wait for its workers. They look up between two files, so this is never reached but on a dead
 		 * disk. */
 		constexpr double MaxWorkerWaitSeconds = 2.0;
+
+		FConversationMessage MakeMessage(const FTurnReport& Report)
+		{
+			FConversationMessage Message;
+			Message.Content = Report.Text;
+			Message.Role = Report.Kind == ETurnReportKind::Answer ? EConversationRole::Assistant : EConversationRole::Tool;
+			Message.bHasToolCalls = Report.bHasToolCalls;
+			return Message;
+		}
 	}
 
 	void FAgentSession::Abandon()
@@ -64,7 +74,7 @@ namespace Velmora
 
 	bool FAgentSession::SendMessage(const FString& Text, const TArray<FString>& ContextFiles)
 	{
-		if (!Current.IsValid() || HasTurn() || Text.TrimStartAndEnd().IsEmpty())
+		if (!Current.IsValid() || HasTurn() || Text.IsEmpty())
 		{
 			return false;
 		}
@@ -75,7 +85,15 @@ namespace Velmora
 			Fire(Callbacks.Error, Problem);
 			return false;
 		}
-		OpenTransaction();
+		if (Text.TrimStartAndEnd().IsEmpty())
+		{
+			// Nothing can be changed for a prompt of blanks, so there is nothing to undo.
+			TransactionId.Empty();
+		}
+		else
+		{
+			OpenTransaction();
+		}
 		TurnContextFiles = ContextFiles;
 		StartTurn(Text);
 		SetState(EConversationState::Thinking, TEXT("A message was sent."));
@@ -91,45 +109,22 @@ namespace Velmora
 			MakeShared<FTurnRecorder>(GetStore().AsShared(), Current->Id, StoredCount < Current->Messages.Num());
 		Recorder = TurnRecorder;
 
-		FTurnInput Input;
-		Input.ProjectFolder = HostFileNameToBytes(GetProjectFolderPath());
-		Input.Prompt = Utf8Text::FromString(Prompt);
-		for (const FString& File : TurnContextFiles)
+		FTurnInput Input = MakeTurnInput(Prompt);
+		std::unique_ptr<ITurnRunner> Runner = MakeTurnRunner(Input);
+		if (Runner->NeedsTranscript())
 		{
-			Input.ContextFiles.push_back(HostFileNameToBytes(File));
+			// The prompt itself stands last.
+			Input.Transcript = Current->Messages;
+			Input.Transcript.Pop();
 		}
-		Input.ProjectDescription = Utf8Text::FromString(GetDefault<UVelmoraSettings>()->ProjectDescription);
-		Input.MinimumToolSeconds = GetBuiltInAgentOptions().MinimumToolSeconds;
-		Input.ToolIdPrefix = Utf8Text::FromString(FGuid::NewGuid().ToString());
-		Input.bIsAdvisor = Current->Mode == EConversationMode::Advisor;
-		Input.Journal = Journal;
-		Input.TransactionId = HostFileNameToBytes(TransactionId);
-
 		Workers.RemoveAll([](const TFuture<void>& Worker) { return Worker.IsReady(); });
 		Workers.Add(Async(EAsyncExecution::Thread,
-			[Input = MoveTemp(Input), Control, TurnRecorder, WeakSession = TWeakPtr<FAgentSession>(AsShared())]
+			[Input = MoveTemp(Input), Runner = std::shared_ptr<ITurnRunner>(MoveTemp(Runner)), Control, TurnRecorder,
+				WeakSession = TWeakPtr<FAgentSession>(AsShared())]
 			{
-				FTurnRunner Runner(Input, *Control,
+				Runner->Run(Input, *Control,
 					[&Control, &TurnRecorder, &WeakSession](FTurnReport&& Report)
-					{
-						if (Control->IsCancelled())
-						{
-							return;
-						}
-						if (Report.Kind == ETurnReportKind::Answer)
-						{
-							TurnRecorder->Record({ Report.Text, EConversationRole::Assistant });
-						}
-						AsyncTask(ENamedThreads::GameThread,
-							[Control, WeakSession, Report = MoveTemp(Report)]() mutable
-							{
-								if (const TSharedPtr<FAgentSession> Session = WeakSession.Pin())
-								{
-									Session->OnReport(Control, MoveTemp(Report));
-								}
-							});
-					});
-				Runner.Run();
+					{ TakeReport(MoveTemp(Report), Control, TurnRecorder, WeakSession); });
 				// A change that was made when the turn was stopped is told all the same.
 				AsyncTask(ENamedThreads::GameThread,
 					[WeakSession]
@@ -140,6 +135,54 @@ namespace Velmora
 						}
 					});
 			}));
+	}
+
+	FTurnInput FAgentSession::MakeTurnInput(const FString& Prompt)
+	{
+		const UVelmoraSettings* const Settings = GetDefault<UVelmoraSettings>();
+		FTurnInput Input;
+		Input.ProjectFolder = HostFileNameToBytes(GetProjectFolderPath());
+		Input.Prompt = Utf8Text::FromString(Prompt);
+		for (const FString& File : TurnContextFiles)
+		{
+			Input.ContextFiles.push_back(HostFileNameToBytes(File));
+		}
+		Input.Mode = Current->Mode;
+		Input.Behaviour.ProjectDescription = Utf8Text::FromString(Settings->ProjectDescription);
+		Input.Behaviour.CurrentAreaOfFocus = Utf8Text::FromString(Settings->CurrentAreaOfFocus);
+		Input.Behaviour.GuidelinesAndTips = Utf8Text::FromString(Settings->GuidelinesAndTips);
+		Input.Behaviour.Constraints = Utf8Text::FromString(Settings->Constraints);
+		Input.MinimumToolSeconds = GetBuiltInAgentOptions().MinimumToolSeconds;
+		Input.ToolIdPrefix = Utf8Text::FromString(FGuid::NewGuid().ToString());
+		Input.Journal = Input.IsAdvisor() ? nullptr : Journal;
+		Input.TransactionId = HostFileNameToBytes(TransactionId);
+		Input.Rules = GetRules();
+		Input.bCanAsk = GetBuiltInAgentOptions().bCanAsk;
+		return Input;
+	}
+
+	void FAgentSession::TakeReport(FTurnReport&& Report, const TSharedRef<FTurnControl>& Control,
+		const TSharedRef<FTurnRecorder>& TurnRecorder, const TWeakPtr<FAgentSession>& WeakSession)
+	{
+		if (Control->IsCancelled())
+		{
+			return;
+		}
+		// The front end counts and breaks lines at line feeds alone.
+		Report.Text.ReplaceInline(TEXT("\r\n"), TEXT("\n"));
+		Report.Text.ReplaceInline(TEXT("\r"), TEXT("\n"));
+		if (Report.Kind == ETurnReportKind::Answer || Report.Kind == ETurnReportKind::ToolTraffic)
+		{
+			TurnRecorder->Record(MakeMessage(Report));
+		}
+		AsyncTask(ENamedThreads::GameThread,
+			[Control, WeakSession, Report = MoveTemp(Report)]() mutable
+			{
+				if (const TSharedPtr<FAgentSession> Session = WeakSession.Pin())
+				{
+					Session->OnReport(Control, MoveTemp(Report));
+				}
+			});
 	}
 
 	void FAgentSession::DropTurn()
@@ -155,6 +198,7 @@ namespace Velmora
 			Dropped->Drop();
 		}
 		HeldReports.clear();
+		ForgetQuestion();
 	}
 
 	void FAgentSession::OnReport(const TSharedRef<FTurnControl>& From, FTurnReport&& Report)
@@ -185,7 +229,7 @@ namespace Velmora
 
 	void FAgentSession::Deliver(FTurnReport&& Report)
 	{
-		uint32 StartEpoch = Epoch;
+		const uint32 StartEpoch = Epoch;
 		if (Report.Kind == ETurnReportKind::Step || Report.Kind == ETurnReportKind::ToolStarted || Report.Kind == ETurnReportKind::Answer)
 		{
 			const bool bStartsTool = Report.Kind == ETurnReportKind::ToolStarted;
@@ -220,10 +264,14 @@ namespace Velmora
 			return;
 
 		case ETurnReportKind::Answer:
+		case ETurnReportKind::ToolTraffic:
 		{
 			FString Problem;
-			const bool bIsRecorded = RecordAnswer(Report.Text, Problem);
-			Fire(Callbacks.MessageReceived, Report.Text, false);
+			const bool bIsRecorded = RecordReported(Report, Problem);
+			if (Report.Kind == ETurnReportKind::Answer)
+			{
+				Fire(Callbacks.MessageReceived, Report.Text, Report.bHasToolCalls);
+			}
 			if (!bIsRecorded && Epoch == StartEpoch)
 			{
 				TellStoreProblem(Problem);
@@ -235,33 +283,47 @@ namespace Velmora
 			SetPlan(MoveTemp(Report.Plan), Report.Text);
 			return;
 
-		case ETurnReportKind::Failed:
-			DropTurn();
-			StartEpoch = Epoch;
-			CloseOpenTools(Report.Text);
-			if (Epoch == StartEpoch)
-			{
-				StopPlan(EPlanStepStatus::Failed, Report.Text);
-			}
-			if (Epoch == StartEpoch)
-			{
-				SetState(EConversationState::Error, Report.Text);
-			}
-			if (Epoch == StartEpoch)
-			{
-				Fire(Callbacks.Error, Report.Text);
-			}
+		case ETurnReportKind::Decision:
+			AskQuestion(MoveTemp(Report.Question));
 			return;
 
+		case ETurnReportKind::Failed:
 		case ETurnReportKind::Finished:
-			DropTurn();
+			DeliverEnd(MoveTemp(Report));
+			return;
+		}
+	}
+
+	void FAgentSession::DeliverEnd(FTurnReport&& Report)
+	{
+		DropTurn();
+		if (Report.Kind == ETurnReportKind::Finished)
+		{
 			SetState(EConversationState::AwaitingInput, TEXT("The turn is complete."));
 			return;
+		}
+		const uint32 StartEpoch = Epoch;
+		CloseOpenTools(Report.Text);
+		if (Epoch == StartEpoch)
+		{
+			StopPlan(EPlanStepStatus::Failed, Report.Text);
+		}
+		if (Epoch == StartEpoch)
+		{
+			SetState(EConversationState::Error, Report.Text);
+		}
+		if (Epoch == StartEpoch)
+		{
+			Fire(Callbacks.Error, Report.Text);
 		}
 	}
 
 	void FAgentSession::PauseConversation()
 	{
+		if (Question)
+		{
+			Question->bAskAgain = true;
+		}
 		if (!HasTurn() || State == EConversationState::Paused)
 		{
 			return;
@@ -277,6 +339,12 @@ namespace Velmora
 		{
 			return;
 		}
+		if (Question)
+		{
+			ContinueAtQuestion(Prompt);
+			return;
+		}
+		LastContinue = FPlatformTime::Seconds();
 		if (Prompt.TrimStartAndEnd().IsEmpty())
 		{
 			Turn->SetPaused(false);

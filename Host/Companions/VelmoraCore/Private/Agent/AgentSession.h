@@ -2,21 +2,30 @@
 
 #include <deque>
 #include <memory>
+#include <optional>
 
 #include "Async/Future.h"
 #include "CoreMinimal.h"
 #include "Templates/Function.h"
 #include "Templates/SharedPointer.h"
 
-#include "Agent/AgentPlan.h"
+#include "Request/AgentPlan.h"
 #include "Agent/ConversationTypes.h"
-#include "Agent/TurnControl.h"
-#include "Agent/TurnRunner.h"
+#include "Host/AgentQuestions.h"
+#include "Turn/TurnControl.h"
+#include "Turn/TurnRunner.h"
 
 namespace Velmora
 {
+	class FAgentSession;
 	class FConversationStore;
+	class FPermissionRules;
 	class FTurnRecorder;
+
+	// What AgentQuestions.h hands on: a number for a question of that session, the question itself, and its end.
+	uint32 OpenQuestion(const TSharedRef<FAgentSession>& Session);
+	void AnnounceQuestion(const FAgentQuestion& Question);
+	void WithdrawQuestion(uint32 Id);
 
 	/**
 	 * What the built-in agent is made of, apart from its face so that it lives through a callback that lets go of
@@ -76,6 +85,15 @@ namespace Velmora
 		/** A turn is running or paused. */
 		bool HasTurn() const { return Turn.IsValid(); }
 
+		/** A turn is running: it neither waits for the user nor is there none. */
+		bool IsWorking() const { return HasTurn() && State != EConversationState::Paused; }
+
+		/** Answers the question that is open. False when there is none, or it takes no such answer. */
+		bool AnswerQuestion(EAgentAnswer Answer);
+
+		/** Of the project that is open. */
+		const std::shared_ptr<FPermissionRules>& GetRules();
+
 	private:
 		struct FOpenTool
 		{
@@ -83,7 +101,34 @@ namespace Velmora
 			FString Name;
 		};
 
+		/** The question that the turn waits on. */
+		struct FOpenQuestion
+		{
+			FTurnQuestion Asked;
+			uint32 Id = 0;
+
+			/** From when on it is on screen, in seconds of the clock. */
+			double ShownAt = 0.0;
+
+			/** The user wanted to pause when it came: the next Continue shows it again. */
+			bool bAskAgain = false;
+		};
+
 		void StartTurn(const FString& Prompt);
+		FTurnInput MakeTurnInput(const FString& Prompt);
+
+		/** What a worker reports: stored where it must be, then on its way to the game thread. */
+		static void TakeReport(FTurnReport&& Report, const TSharedRef<FTurnControl>& Control, const TSharedRef<FTurnRecorder>& TurnRecorder,
+			const TWeakPtr<FAgentSession>& WeakSession);
+
+		void AskQuestion(FTurnQuestion&& Asked);
+		void ShowQuestion(const FString& Text);
+		void ContinueAtQuestion(const FString& Prompt);
+
+		/** Hands the answer to the turn, which goes on. */
+		void CloseQuestion(FDecision&& Decision, const TCHAR* Reason);
+		void ForgetQuestion();
+		void DeliverEnd(FTurnReport&& Report);
 
 		/** Opens the transaction of the message that was recorded last. */
 		void OpenTransaction();
@@ -118,7 +163,7 @@ namespace Velmora
 
 		// False when the message stands in the conversation and is not in the store.
 		bool RecordUserMessage(const FString& Text, FString& OutProblem);
-		bool RecordAnswer(const FString& Text, FString& OutProblem);
+		bool RecordReported(const FTurnReport& Report, FString& OutProblem);
 
 		/** Stores what the store lacks of the conversation. */
 		bool CatchUp(FString& OutProblem);
@@ -126,7 +171,7 @@ namespace Velmora
 		/** Once until the store works again. */
 		void TellStoreProblem(const FString& Problem);
 		void TellNotices();
-		void AddMessage(const FString& Text, EConversationRole Role);
+		void AddMessage(const FString& Text, EConversationRole Role, bool bHasToolCalls = false);
 		void OpenEmptyConversation(EConversationMode Mode);
 
 		/**
@@ -162,6 +207,15 @@ namespace Velmora
 		FString JournalFolder;
 		FString TransactionId;
 		TArray<FOpenTool> OpenTools;
+
+		std::optional<FOpenQuestion> Question;
+
+		/** When the user continued last, in seconds of the clock. */
+		double LastContinue = -1.0e9;
+
+		/** Made with the first turn of a project. */
+		std::shared_ptr<FPermissionRules> Rules;
+		FString RulesPath;
 
 		/** Of the last request of several steps in this conversation. */
 		FAgentPlan Plan;

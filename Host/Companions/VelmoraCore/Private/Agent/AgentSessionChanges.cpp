@@ -5,8 +5,10 @@
 #include "Host/StoreLocation.h"
 #include "Misc/Guid.h"
 
-#include "Agent/Utf8Text.h"
+#include "Text/Utf8Text.h"
+#include "Agent/PermissionRules.h"
 #include "Changes/ChangeJournal.h"
+#include "Host/BuiltInAgentOptions.h"
 #include "Changes/ChangePublisher.h"
 #include "Store/ConversationStore.h"
 
@@ -33,6 +35,11 @@ namespace Velmora
 
 	bool FAgentSession::UndoToTransaction(const FString& Id)
 	{
+		if (HasTurn() && !IsWorking())
+		{
+			// What the turn still wanted to do is not done any more; what a tool does at this moment is undone with the rest.
+			CancelConversation();
+		}
 		if (!Current.IsValid() || HasTurn() || !Journal)
 		{
 			Fire(Callbacks.Error,
@@ -75,6 +82,22 @@ namespace Velmora
 				});
 		}
 		return true;
+	}
+
+	const std::shared_ptr<FPermissionRules>& FAgentSession::GetRules()
+	{
+		const FString Path = GetStoreLocation().GetRulesPath();
+		if (!Rules || RulesPath != Path)
+		{
+			std::vector<std::string> AllowedCalls;
+			for (const FString& Call : GetBuiltInAgentOptions().AllowedCalls)
+			{
+				AllowedCalls.push_back(Utf8Text::FromString(Call));
+			}
+			Rules = std::make_shared<FPermissionRules>(HostFileNameToBytes(Path), MoveTemp(AllowedCalls));
+			RulesPath = Path;
+		}
+		return Rules;
 	}
 
 	void FAgentSession::CleanUpAfterOthers()

@@ -66,13 +66,14 @@ namespace Velmora
 		return *Store;
 	}
 
-	void FAgentSession::AddMessage(const FString& Text, EConversationRole Role)
+	void FAgentSession::AddMessage(const FString& Text, EConversationRole Role, bool bHasToolCalls)
 	{
 		// An undo may have dropped messages, here and in the store.
 		StoredCount = FMath::Min(StoredCount, Current->Messages.Num());
 		FConversationMessage Message;
 		Message.Content = Text;
 		Message.Role = Role;
+		Message.bHasToolCalls = bHasToolCalls;
 		Current->Messages.Add(MoveTemp(Message));
 	}
 
@@ -82,9 +83,10 @@ namespace Velmora
 		return CatchUp(OutProblem);
 	}
 
-	bool FAgentSession::RecordAnswer(const FString& Text, FString& OutProblem)
+	bool FAgentSession::RecordReported(const FTurnReport& Report, FString& OutProblem)
 	{
-		AddMessage(Text, EConversationRole::Assistant);
+		AddMessage(Report.Text, Report.Kind == ETurnReportKind::Answer ? EConversationRole::Assistant : EConversationRole::Tool,
+			Report.bHasToolCalls);
 		Current->LastUpdated = FDateTime::Now();
 		if (Recorder->TakeStored())
 		{
@@ -119,6 +121,10 @@ namespace Velmora
 
 	bool FAgentSession::LoadConversation(const FString& Id)
 	{
+		if (HasTurn() && !IsWorking())
+		{
+			CancelConversation();
+		}
 		if (HasTurn())
 		{
 			Fire(Callbacks.Error, FString(TEXT("Another conversation can be opened when the agent has finished or is stopped.")));
@@ -179,6 +185,10 @@ namespace Velmora
 
 	void FAgentSession::ClearAllHistories()
 	{
+		if (HasTurn() && !IsWorking())
+		{
+			CancelConversation();
+		}
 		FString Problem;
 		if (GetStore().Clear(Problem) == EStoreResult::Failed)
 		{

@@ -103,7 +103,7 @@ namespace Velmora
 
 	bool FBuiltInAgent::CanUndo() const
 	{
-		return !Session->HasTurn();
+		return !Session->IsWorking();
 	}
 
 	FString FBuiltInAgent::GetCurrentTransactionId() const

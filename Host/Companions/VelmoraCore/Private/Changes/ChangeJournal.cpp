@@ -232,8 +232,8 @@ namespace Velmora
 			const bool bIsNew = Info.Kind != EEntryKind::File;
 			FProjectAccess::FWriteOptions Options;
 			Options.TemporaryName = Record.TemporaryName;
-			Options.Mode = bIsNew ? 0666 : Info.Mode;
-			Options.bObeysMask = bIsNew;
+			Options.Mode = !bIsNew ? Info.Mode : Content.Mode != 0 ? Content.Mode : 0666;
+			Options.bObeysMask = bIsNew && Content.Mode == 0;
 			Options.bMayReplace = !bIsNew;
 			Problem = Access.MakeParents(Path, Made);
 			Problem = Problem.empty() ? Access.Write(Path, Content.Bytes, Options) : Problem;

@@ -53,6 +53,9 @@ namespace Velmora
 		/** The file goes; the rest does not count. */
 		bool bIsDeletion = false;
 		std::string Bytes;
+
+		/** Permission bits of a file that is new; zero for those of any new file. */
+		uint32_t Mode = 0;
 	};
 
 	struct FUndoResult

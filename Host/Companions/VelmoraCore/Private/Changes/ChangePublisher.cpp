@@ -2,7 +2,7 @@
 
 #include <filesystem>
 
-#include "Agent/Utf8Text.h"
+#include "Text/Utf8Text.h"
 #include "History/AssetHistoryTracker.h"
 #include "History/FileHistoryTracker.h"
 #include "Host/HostFileNames.h"

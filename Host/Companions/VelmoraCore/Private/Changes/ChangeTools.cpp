@@ -1,7 +1,7 @@
 #include "Changes/ChangeTools.h"
 
-#include "Agent/Utf8Text.h"
-#include "Changes/TextPassage.h"
+#include "Text/Utf8Text.h"
+#include "Text/TextPassage.h"
 
 namespace Velmora
 {
@@ -49,7 +49,7 @@ namespace Velmora
 	}
 
 	FChangeOutcome FChangeTools::Change(std::string_view Path, bool bNeedsFile,
-		const std::function<std::string(const FEntryInfo&, const std::string&, FNewContent&)>& MakeContent)
+		const std::function<std::string(const FEntryInfo&, const std::string&, FNewContent&)>& MakeContent, uint64_t MaxBytes)
 	{
 		FChangeOutcome Outcome;
 		size_t Lines = 0;
@@ -71,10 +71,14 @@ namespace Velmora
 					{
 						return "it is read-only";
 					}
-					const std::string Problem = MakeContent(Info, Bytes, OutContent);
-					if (Problem.empty() && OutContent.Bytes.size() > MaxWrittenBytes)
+					std::string Problem = MakeContent(Info, Bytes, OutContent);
+					if (Problem.empty() && OutContent.Bytes.size() > MaxBytes)
 					{
 						return "the new content is larger than 4 MB";
+					}
+					if (Problem.empty() && Guard)
+					{
+						Problem = Guard(Outcome.Path, Info, Bytes, OutContent);
 					}
 					Outcome.Action = OutContent.bIsDeletion ? EChangeAction::Deleted
 						: Info.Kind == EEntryKind::Absent	? EChangeAction::Created
@@ -156,5 +160,61 @@ namespace Velmora
 				OutContent.bIsDeletion = true;
 				return Info.Kind == EEntryKind::Link ? std::string() : RefuseEntry(Info);
 			});
+	}
+
+	FChangeOutcome FChangeTools::MoveFile(std::string_view From, std::string_view To)
+	{
+		// 1. What is moved, as it is now.
+		FChangeOutcome Outcome;
+		FEntryInfo Info;
+		std::string Bytes;
+		Outcome.Problem = Access.IsOpen() ? Access.Normalise(From, Outcome.Path) : Access.DescribeRefusal();
+		if (Outcome.Problem.empty())
+		{
+			Outcome.Problem = Access.Look(Outcome.Path, Info);
+		}
+		if (Outcome.Problem.empty())
+		{
+			Outcome.Problem = Info.Kind == EEntryKind::Absent ? "it cannot be found" : RefuseEntry(Info);
+		}
+		if (Outcome.Problem.empty())
+		{
+			Outcome.Problem = Access.Read(Outcome.Path, FChangeJournal::MaxFileBytes, Bytes, Info);
+		}
+		if (!Outcome.Problem.empty())
+		{
+			Outcome.Sentence = "Not changed: " + Outcome.Problem;
+			return Outcome;
+		}
+
+		// 2. The new file first, so that at no moment there is none.
+		FChangeOutcome Made = Change(
+			To, false,
+			[&](const FEntryInfo& There, const std::string&, FNewContent& OutContent) -> std::string
+			{
+				OutContent.Bytes = Bytes;
+				OutContent.Mode = Info.Mode;
+				return There.Kind == EEntryKind::Absent ? std::string() : "something of that name is there already";
+			},
+			FChangeJournal::MaxFileBytes);
+		if (!Made.bSuccess)
+		{
+			return Made;
+		}
+
+		// 3. Then the old one goes, unless somebody has written to it meanwhile; the new one is taken back then.
+		const FChangeOutcome Removed = Change(From, true,
+			[&](const FEntryInfo&, const std::string& Now, FNewContent& OutContent) -> std::string
+			{
+				OutContent.bIsDeletion = true;
+				return Now == Bytes ? std::string() : "it was changed by somebody else at that moment";
+			});
+		if (!Removed.bSuccess)
+		{
+			DeleteFile(To);
+			return Removed;
+		}
+		Made.Sentence = "Moved " + Removed.Path + " to " + Made.Path;
+		return Made;
 	}
 }

@@ -42,6 +42,14 @@ namespace Velmora
 		/** While it is true nothing is changed any more; asked right before each change. */
 		void SetCancelCheck(std::function<bool()> InIsCancelled) { IsCancelled = std::move(InIsCancelled); }
 
+		/**
+		 * Looks at a change that is about to be made, with the file as it is then. A clause refuses it, and nothing is changed.
+		 * Path is below the project, links resolved by the system not taken into account.
+		 */
+		using FGuard =
+			std::function<std::string(const std::string& Path, const FEntryInfo&, const std::string& OldBytes, const FNewContent&)>;
+		void SetGuard(FGuard InGuard) { Guard = std::move(InGuard); }
+
 		/** A file that is not there yet. Missing folders are made. */
 		FChangeOutcome CreateFile(std::string_view Path, std::string_view Bytes);
 
@@ -57,18 +65,26 @@ namespace Velmora
 		/** A file, or a link itself. */
 		FChangeOutcome DeleteFile(std::string_view Path);
 
+		/** To a path where nothing stands; what was named keeps its bytes and permissions. Two changes for undo, or none. */
+		FChangeOutcome MoveFile(std::string_view From, std::string_view To);
+
 		const FProjectAccess& GetAccess() const { return Access; }
 		void SetDurable(bool bIsDurable) { Access.SetDurable(bIsDurable); }
 
 	private:
-		/** @param bNeedsFile  Refuses what is not there. */
+		/**
+		 * @param bNeedsFile  Refuses what is not there.
+		 * @param MaxBytes    No larger content is written.
+		 */
 		FChangeOutcome Change(std::string_view Path, bool bNeedsFile,
-			const std::function<std::string(const FEntryInfo&, const std::string&, FNewContent&)>& MakeContent);
+			const std::function<std::string(const FEntryInfo&, const std::string&, FNewContent&)>& MakeContent,
+			uint64_t MaxBytes = MaxWrittenBytes);
 
 		const std::string Root;
 		FProjectAccess Access;
 		FChangeJournal& Journal;
 		const std::string TransactionId;
 		std::function<bool()> IsCancelled;
+		FGuard Guard;
 	};
 }

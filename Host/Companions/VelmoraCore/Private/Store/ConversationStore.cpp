@@ -4,7 +4,7 @@
 #include <cstring>
 #include <sys/stat.h>
 
-#include "Agent/Utf8Text.h"
+#include "Text/Utf8Text.h"
 #include "Async/Async.h"
 #include "Host/HostFileNames.h"
 #include "Host/StoreLocation.h"

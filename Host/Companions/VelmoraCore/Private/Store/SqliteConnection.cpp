@@ -5,7 +5,7 @@
 #include <cstring>
 #include <sqlite3.h>
 
-#include "Agent/Utf8Text.h"
+#include "Text/Utf8Text.h"
 
 namespace Velmora
 {

@@ -9,7 +9,7 @@
 #include <thread>
 #include <unistd.h>
 
-#include "Agent/Utf8Text.h"
+#include "Text/Utf8Text.h"
 
 namespace Velmora::StoreFiles
 {

@@ -10,7 +10,7 @@
 #include <unistd.h>
 #include <vector>
 
-#include "Agent/Utf8Text.h"
+#include "Text/Utf8Text.h"
 #include "Async/Async.h"
 #include "Host/HostFileNames.h"
 #include "Host/StoreLocation.h"

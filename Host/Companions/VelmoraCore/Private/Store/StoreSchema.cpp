@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include "Agent/Utf8Text.h"
+#include "Text/Utf8Text.h"
 #include "Host/HostClock.h"
 
 namespace Velmora::StoreSchema

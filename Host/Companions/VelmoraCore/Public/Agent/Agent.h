@@ -33,6 +33,8 @@ namespace Velmora
 		 * disk, when this returns true; the answer comes through callbacks, each message stored before it is told.
 		 *
 		 * @param ContextFiles  Files to look at first, absolute or relative to the project.
+		 * A message of blanks is answered, and opens no transaction.
+		 *
 		 * @return False when nothing was sent: no conversation, a turn is running or paused, the text is empty, or
 		 *         the store did not take it in time, which OnError explains.
 		 */
@@ -42,7 +44,8 @@ namespace Velmora
 		virtual void PauseConversation() = 0;
 
 		/**
-		 * Continues a paused turn; nothing when none is paused.
+		 * Continues a paused turn; nothing when none is paused. Where a question is open, an empty prompt allows what it asks
+		 * once, unless it comes too soon for anybody to have read it; a text refuses it and is passed on.
 		 *
 		 * @param Prompt  Empty to go on as if nothing had happened. Otherwise the new request of the same turn,
 		 *                which replaces the old one and is recorded as a message of the user.
@@ -58,8 +61,8 @@ namespace Velmora
 		/**
 		 * Makes a stored conversation current and fires OnConversationLoaded, before or after this returns.
 		 *
-		 * @return False when the store does not have it, cannot be read, or a turn is running; nothing has happened
-		 *         then but that OnError has told why.
+		 * @return False when the store does not have it, cannot be read, or a turn is running (one that is paused is stopped); nothing has
+		 * happened then but that OnError has told why.
 		 */
 		virtual bool LoadConversation(const FString& Id) = 0;
 
@@ -71,7 +74,8 @@ namespace Velmora
 		 */
 		virtual bool DeleteConversationHistory(const FString& Id) = 0;
 
-		/** Empties the store. The current conversation stays current and is stored again with its next message. */
+		/** Empties the store, and stops a turn that is paused. The current conversation stays current and is stored again with its next
+		 * message. */
 		virtual void ClearAllHistories() = 0;
 
 		/**
@@ -96,7 +100,7 @@ namespace Velmora
 		 */
 		virtual TArray<FConversationMetadata> GetConversationHistories() const = 0;
 
-		/** An undo may run now, that is, no turn is running or paused. */
+		/** An undo may run now, that is, no turn is running. It stops one that is paused. */
 		virtual bool CanUndo() const = 0;
 
 		/** Undo transaction of the message just accepted, valid right after SendMessage. Empty when there is none to go back to. */

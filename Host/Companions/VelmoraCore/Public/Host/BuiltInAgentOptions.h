@@ -9,6 +9,12 @@ namespace Velmora
 	{
 		/** Seconds that each tool takes at least, so that a person (or a test) can watch it run. Zero for no wait. */
 		double MinimumToolSeconds = 0.0;
+
+		/** Somebody can answer a question. Otherwise what would be asked is refused, unless it is allowed here or by a rule. */
+		bool bCanAsk = true;
+
+		/** Beginnings of "tool subject", such as "edit_file .vscode/", that are allowed without asking in this run. */
+		TArray<FString> AllowedCalls;
 	};
 
 	/** Game thread. */

@@ -19,6 +19,9 @@ namespace Velmora
 		/** Former contents of files that the agent has changed. */
 		FString GetUndoFolder() const { return Folder + TEXT("/") + ProjectName + TEXT(".undo"); }
 
+		/** What the user has allowed and refused for good in the project. */
+		FString GetRulesPath() const { return Folder + TEXT("/") + ProjectName + TEXT(".rules"); }
+
 		/** Text of the prompt that was not sent yet. */
 		FString GetDraftPath() const { return Folder + TEXT("/") + ProjectName + TEXT(".draft"); }
 	};

@@ -1,0 +1,69 @@
+#include "Host/AgentQuestions.h"
+
+#include "Agent/AgentSession.h"
+
+namespace Velmora
+{
+	namespace
+	{
+		struct FQuestionState
+		{
+			TFunction<void(const FAgentQuestion*)> Listener;
+			TWeakPtr<FAgentSession> Session;
+			uint32 OpenId = 0;
+			uint32 LastId = 0;
+		};
+
+		FQuestionState& GetQuestionState()
+		{
+			static FQuestionState State;
+			return State;
+		}
+
+		/** On a copy, since a listener may set another one. */
+		void TellListener(const FAgentQuestion* Question)
+		{
+			if (const TFunction<void(const FAgentQuestion*)> Listener = GetQuestionState().Listener)
+			{
+				Listener(Question);
+			}
+		}
+	}
+
+	void FAgentQuestions::SetListener(TFunction<void(const FAgentQuestion*)> Listener)
+	{
+		GetQuestionState().Listener = MoveTemp(Listener);
+	}
+
+	bool FAgentQuestions::Answer(uint32 Id, EAgentAnswer Answer)
+	{
+		const TSharedPtr<FAgentSession> Session = GetQuestionState().Session.Pin();
+		if (Id == 0 || GetQuestionState().OpenId != Id || !Session.IsValid())
+		{
+			return false;
+		}
+		return Session->AnswerQuestion(Answer);
+	}
+
+	uint32 OpenQuestion(const TSharedRef<FAgentSession>& Session)
+	{
+		FQuestionState& State = GetQuestionState();
+		State.Session = Session;
+		State.OpenId = ++State.LastId;
+		return State.OpenId;
+	}
+
+	void AnnounceQuestion(const FAgentQuestion& Question)
+	{
+		TellListener(&Question);
+	}
+
+	void WithdrawQuestion(uint32 Id)
+	{
+		if (GetQuestionState().OpenId == Id)
+		{
+			GetQuestionState().OpenId = 0;
+			TellListener(nullptr);
+		}
+	}
+}

@@ -1,0 +1,369 @@
+#include "Request/ChangeRequest.h"
+
+#include "Request/RequestReader.h"
+
+namespace Velmora
+{
+	namespace
+	{
+		/** A file named at the end of a request is looked for in no more than this. */
+		constexpr size_t MaxClosingFileBytes = 600;
+
+		// In each of these tables the longest phrase that fits is taken.
+
+		// clang-format off
+		constexpr std::string_view ContentSeparators[] = {
+			"with", "with the content", "with the contents", "with content", "with contents", "with the following",
+			"with the following content", "with the following contents", "with the following text", "with the text", "with text",
+			"with the line", "with the lines", "with the words", "with the word", "with this content", "with this text", "with this",
+			"with the code", "with the following code",
+			"containing", "that contains", "which contains", "that says", "which says", "saying", "that reads", "that holds", "holding",
+			"contains", "and write", "and put", "as follows",
+		};
+
+		constexpr std::string_view ContentOpeners[] = {
+			"the text", "text", "the line", "line", "the lines", "lines", "the word", "word", "the words", "words", "the passage",
+			"the phrase", "the string", "the following", "the following text", "the following line", "the following lines", "the code",
+			"this", "this text",
+			"a line", "a line saying", "a line that says", "a new line",
+		};
+		// clang-format on
+
+		constexpr std::string_view PlaceWords[] = { "to", "into", "in", "as", "at", "onto", "inside", "to a file", "into a file",
+			"at the end of", "to the end of", "at the bottom of" };
+		constexpr std::string_view InWords[] = { "in", "inside", "within", "from", "out of", "of" };
+		constexpr std::string_view WholeContentPhrases[] = { "the content of", "the contents of", "content of", "contents of",
+			"everything in", "the whole content of", "all the content of", "all of" };
+
+		/** Text without quotes becomes a line. */
+		std::string AsLines(std::string Text, bool bIsLiteral)
+		{
+			return bIsLiteral || Text.empty() || Text.back() == '\n' ? Text : Text + '\n';
+		}
+
+		/** All that is left is the content. False when nothing is. */
+		bool TakeContent(FRequestReader& Reader, std::string& OutContent)
+		{
+			Reader.SkipPunctuation();
+			Reader.Take(ContentSeparators);
+			Reader.Take(ContentOpeners);
+			Reader.SkipPunctuation();
+			const size_t Start = Reader.GetPlace();
+			std::string Literal;
+			if (Reader.TakeLiteral(Literal) && Reader.IsAtEnd())
+			{
+				OutContent = Literal;
+				return true;
+			}
+			bool bIsLiteral = false;
+			OutContent = AsLines(Reader.Meant(Start, Reader.GetEnd(), bIsLiteral), bIsLiteral);
+			return !OutContent.empty();
+		}
+
+		FChangeRequest Unclear()
+		{
+			return FChangeRequest();
+		}
+
+		FChangeRequest MakeRequest(EChangeRequest Kind, const std::string& File)
+		{
+			FChangeRequest Request;
+			Request.Kind = Kind;
+			if (!File.empty())
+			{
+				Request.Files.push_back(File);
+			}
+			return Request;
+		}
+
+		/** The last place from which on a phrase and a file's name end the request. Npos when there is none; the reader stays. */
+		template <size_t Size>
+		size_t FindClosingFile(FRequestReader& Reader, const std::string_view (&Phrases)[Size], std::string& OutFile)
+		{
+			const size_t From = Reader.GetPlace();
+			size_t Found = std::string::npos;
+			const size_t Last = Reader.GetEnd();
+			for (size_t Place = Last; Place-- > From && Found == std::string::npos && Last - Place < MaxClosingFileBytes;)
+			{
+				Reader.SetPlace(Place);
+				const bool bBeginsWord = Place == From || Reader.IsAt(' ') || Reader.IsAt('\n') || Reader.IsAt('\t');
+				if (bBeginsWord && Reader.Take(Phrases) && Reader.TakeFile(OutFile) && Reader.IsAtEnd())
+				{
+					Found = Place;
+				}
+			}
+			Reader.SetPlace(From);
+			return Found;
+		}
+
+		FChangeRequest ReadCreate(FRequestReader& Reader)
+		{
+			std::string File;
+			if (!Reader.TakeFile(File) || File.empty())
+			{
+				return Unclear();
+			}
+			FChangeRequest Request = MakeRequest(EChangeRequest::Create, File);
+			if (!Reader.IsAtEnd())
+			{
+				TakeContent(Reader, Request.Content);
+			}
+			return Request;
+		}
+
+		/** "X to FILE", "to FILE: X", "FILE with X". */
+		FChangeRequest ReadWrite(FRequestReader& Reader, EChangeRequest Kind)
+		{
+			std::string File;
+			const size_t Start = Reader.GetPlace();
+			Reader.Take(ContentOpeners);
+			Reader.SkipPunctuation();
+			const size_t ContentStart = Reader.GetPlace();
+			if (Reader.Take(PlaceWords))
+			{
+				FChangeRequest Request;
+				if (Reader.TakeFile(File))
+				{
+					Request = MakeRequest(Kind, File);
+				}
+				return Request.Kind == Kind && TakeContent(Reader, Request.Content) ? Request : Unclear();
+			}
+			std::string Literal;
+			if (Reader.TakeLiteral(Literal) && Reader.Take(PlaceWords))
+			{
+				if (Reader.TakeFile(File) && Reader.IsAtEnd())
+				{
+					FChangeRequest Request = MakeRequest(Kind, File);
+					Request.Content = Literal;
+					return Request;
+				}
+				return Unclear();
+			}
+			Reader.SetPlace(Start);
+			if (Reader.TakeFile(File) && !File.empty())
+			{
+				FChangeRequest Request = MakeRequest(Kind, File);
+				return TakeContent(Reader, Request.Content) ? Request : Unclear();
+			}
+			Reader.SetPlace(ContentStart);
+			const size_t Place = FindClosingFile(Reader, PlaceWords, File);
+			if (Place == std::string::npos)
+			{
+				return Unclear();
+			}
+			FChangeRequest Request = MakeRequest(Kind, File);
+			bool bIsLiteral = false;
+			Request.Content = AsLines(Reader.Meant(ContentStart, Place, bIsLiteral), bIsLiteral);
+			return Request.Content.empty() ? Unclear() : Request;
+		}
+
+		/** "A by B in FILE", "A in FILE by B", "the content of FILE by B". */
+		template <size_t Size>
+		FChangeRequest ReadReplace(FRequestReader& Reader, const std::string_view (&Separators)[Size], bool bIsReversed, std::string File)
+		{
+			std::string Name;
+			const bool bIsGiven = !File.empty();
+			if (Reader.Take(WholeContentPhrases))
+			{
+				FChangeRequest Request;
+				if (Reader.TakeFile(Name) && Reader.Take(Separators))
+				{
+					Request = MakeRequest(EChangeRequest::Write, Name);
+				}
+				return Request.Kind == EChangeRequest::Write && TakeContent(Reader, Request.Content) ? Request : Unclear();
+			}
+			Reader.Take(ContentOpeners);
+			const size_t OldStart = Reader.GetPlace();
+			std::string Ignored;
+			size_t OldEnd = OldStart;
+			bool bIsPlaced = false;
+			if (Reader.TakeLiteral(Ignored))
+			{
+				OldEnd = Reader.GetPlace();
+				Reader.SkipBlanks();
+				if (Reader.MatchLongest(Separators) == 0 && Reader.Take(InWords))
+				{
+					bIsPlaced = Reader.TakeFile(Name);
+				}
+			}
+			else
+			{
+				for (; OldEnd < Reader.GetEnd(); ++OldEnd)
+				{
+					Reader.SetPlace(OldEnd);
+					if (Reader.IsAt(LiteralPlace))
+					{
+						return Unclear();
+					}
+					if (OldEnd > OldStart && Reader.IsAt(' '))
+					{
+						Reader.SkipBlanks();
+						const size_t WordStart = Reader.GetPlace();
+						if (Reader.MatchLongest(Separators) > 0)
+						{
+							break;
+						}
+						// "foo in notes.md by bar"
+						if (Reader.Take(InWords) && Reader.TakeFile(Name) && !Name.empty() &&
+							(Reader.SkipBlanks(), Reader.MatchLongest(Separators) > 0))
+						{
+							bIsPlaced = true;
+							break;
+						}
+						Reader.SetPlace(WordStart);
+						Name.clear();
+					}
+				}
+			}
+			if (!Reader.Take(Separators))
+			{
+				return Unclear();
+			}
+			Reader.Take(ContentOpeners);
+			const size_t NewStart = Reader.GetPlace();
+			size_t NewEnd = Reader.GetEnd();
+			if (Reader.TakeLiteral(Ignored))
+			{
+				NewEnd = Reader.GetPlace();
+				if (!Reader.IsAtEnd())
+				{
+					Reader.SetPlace(NewEnd);
+					if (bIsPlaced || !Reader.Take(InWords) || !Reader.TakeFile(Name) || !Reader.IsAtEnd())
+					{
+						return Unclear();
+					}
+				}
+			}
+			else if (!bIsPlaced)
+			{
+				std::string Found;
+				const size_t Place = FindClosingFile(Reader, InWords, Found);
+				if (Place != std::string::npos)
+				{
+					NewEnd = Place;
+					Name = Found;
+				}
+			}
+			FChangeRequest Request = MakeRequest(EChangeRequest::Replace, bIsGiven && Name.empty() ? File : Name);
+			bool bIsLiteral = false;
+			const std::string First = Reader.Meant(OldStart, OldEnd, bIsLiteral);
+			const std::string Second = Reader.Meant(NewStart, NewEnd, bIsLiteral);
+			Request.Old = bIsReversed ? Second : First;
+			Request.Content = bIsReversed ? First : Second;
+			return Request.Old.empty() ? Unclear() : Request;
+		}
+
+		constexpr std::string_view ReplaceSeparators[] = { "by", "with", "->", "=>", "→" };
+		constexpr std::string_view ChangeSeparators[] = { "to", "into", "by", "with", "->", "=>", "→" };
+		constexpr std::string_view SubstituteSeparators[] = { "for" };
+
+		FChangeRequest ReadVerb(FRequestReader& Reader, EVerb Verb, const std::string& File);
+
+		/** "edit FILE: replace …", "edit FILE and …". */
+		FChangeRequest ReadEdit(FRequestReader& Reader)
+		{
+			std::string File;
+			EVerb Verb = EVerb::Edit;
+			if (!Reader.TakeFile(File))
+			{
+				return Unclear();
+			}
+			Reader.SkipPunctuation();
+			return Reader.FindVerb(Verb) && Verb != EVerb::Edit ? ReadVerb(Reader, Verb, File) : Unclear();
+		}
+
+		FChangeRequest ReadDelete(FRequestReader& Reader)
+		{
+			const size_t Start = Reader.GetPlace();
+			std::string File;
+			std::string Passage;
+			Reader.Take(ContentOpeners);
+			if (Reader.TakeLiteral(Passage) && Reader.Take(InWords) && Reader.TakeFile(File) && Reader.IsAtEnd())
+			{
+				FChangeRequest Request = MakeRequest(EChangeRequest::Replace, File);
+				Request.Old = Passage;
+				return Request;
+			}
+			Reader.SetPlace(Start);
+			FChangeRequest Request;
+			for (;;)
+			{
+				if (!Reader.TakeFile(File) || (File.empty() && !Request.Files.empty()))
+				{
+					return Unclear();
+				}
+				const bool bPoints = File.empty();
+				if (!bPoints)
+				{
+					Request.Files.push_back(File);
+				}
+				if (Reader.IsAtEnd())
+				{
+					Request.Kind = EChangeRequest::Delete;
+					return Request;
+				}
+				constexpr std::string_view And[] = { "and" };
+				Reader.SkipPunctuation();
+				Reader.Take(And);
+				if (bPoints)
+				{
+					return Unclear();
+				}
+			}
+		}
+
+		FChangeRequest ReadVerb(FRequestReader& Reader, EVerb Verb, const std::string& File)
+		{
+			switch (Verb)
+			{
+			case EVerb::Create:
+				return ReadCreate(Reader);
+			case EVerb::Write:
+				return ReadWrite(Reader, EChangeRequest::Write);
+			case EVerb::Append:
+				return ReadWrite(Reader, EChangeRequest::Append);
+			case EVerb::Add:
+			{
+				// "add notes.md with …" makes a file, "add … to notes.md" lengthens one.
+				const size_t Start = Reader.GetPlace();
+				std::string Name;
+				if (!Reader.IsAt(LiteralPlace) && Reader.TakeFile(Name) && !Name.empty())
+				{
+					Reader.SetPlace(Start);
+					return ReadCreate(Reader);
+				}
+				Reader.SetPlace(Start);
+				return ReadWrite(Reader, EChangeRequest::Append);
+			}
+			case EVerb::Replace:
+				return ReadReplace(Reader, ReplaceSeparators, false, File);
+			case EVerb::Change:
+				return ReadReplace(Reader, ChangeSeparators, false, File);
+			case EVerb::Substitute:
+				return ReadReplace(Reader, SubstituteSeparators, true, File);
+			case EVerb::Edit:
+				return ReadEdit(Reader);
+			case EVerb::Delete:
+				return ReadDelete(Reader);
+			}
+			return Unclear();
+		}
+	}
+
+	FChangeRequest ParseChangeRequest(std::string_view Text)
+	{
+		FRequestReader Reader(Text);
+		Reader.SkipPunctuation();
+		EVerb Verb = EVerb::Edit;
+		std::string File;
+		constexpr std::string_view In[] = { "in" };
+		const bool bNamesFileFirst = Reader.Take(In) && Reader.TakeFile(File) && !File.empty();
+		if (!bNamesFileFirst)
+		{
+			Reader.SetPlace(0);
+			File.clear();
+		}
+		Reader.SkipPunctuation();
+		return Reader.FindVerb(Verb) ? ReadVerb(Reader, Verb, File) : FChangeRequest();
+	}
+}

@@ -1,0 +1,437 @@
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <iterator>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "Text/Utf8Text.h"
+
+namespace Velmora
+{
+	/** Stands for a text in quotes or a fence. No sanitised text holds it. */
+	inline constexpr char LiteralPlace = '\x01';
+
+	/** Courtesies in front of the verb are no longer than this. */
+	constexpr size_t MaxWordsBeforeVerb = 12;
+
+	struct FLiteralQuotes
+	{
+		std::string_view Open;
+		std::string_view Close;
+	};
+	// clang-format off
+	constexpr FLiteralQuotes LiteralQuotes[] = {
+		{ "```", "```" }, { "~~~", "~~~" }, { "`", "`" }, { "\"", "\"" }, { "«", "»" }, { "“", "”" }, { "„", "“" }, { "‘", "’" },
+		{ "'", "'" },
+	};
+	// clang-format on
+
+	enum class EVerb
+	{
+		Create,
+		Write,
+		Append,
+		Add,
+		Replace,
+		Change,
+		Substitute,
+		Edit,
+		Delete
+	};
+
+	struct FVerbRow
+	{
+		std::string_view Phrase;
+		EVerb Verb;
+	};
+	// clang-format off
+	constexpr FVerbRow Verbs[] = {
+		{ "create", EVerb::Create }, { "make", EVerb::Create }, { "generate", EVerb::Create },
+		{ "write", EVerb::Write }, { "overwrite", EVerb::Write }, { "save", EVerb::Write }, { "store", EVerb::Write },
+		{ "put", EVerb::Write },
+		{ "append", EVerb::Append }, { "add", EVerb::Add },
+		{ "replace", EVerb::Replace }, { "swap", EVerb::Replace }, { "change", EVerb::Change }, { "substitute", EVerb::Substitute },
+		{ "edit", EVerb::Edit },
+		{ "delete", EVerb::Delete }, { "remove", EVerb::Delete }, { "erase", EVerb::Delete }, { "get rid of", EVerb::Delete },
+	};
+	// clang-format on
+
+	// In each of these tables the longest phrase that fits is taken.
+
+	// clang-format off
+	constexpr std::string_view FileOpeners[] = {
+		"a", "an", "the", "this", "that", "my", "our", "new", "empty", "blank", "existing", "text", "whole", "attached", "file", "files",
+		"document", "called", "named", "by the name of", "with the name",
+		"end of", "the end of", "bottom of", "the bottom of",
+	};
+	// clang-format on
+
+	/** Openers after which any word is a file's name. */
+	constexpr std::string_view NamingOpeners[] = { "file", "files", "document", "called", "named", "by the name of", "with the name" };
+
+	// clang-format off
+	constexpr std::string_view PointingPhrases[] = {
+		"it", "this", "that", "them", "this file", "that file", "the file", "these files", "the files", "attached file",
+		"the attached file", "the attached files", "attachment", "the attachment", "the attached document",
+	};
+	// clang-format on
+
+	/** Words that are never a file's name where one is expected. */
+	constexpr std::string_view SeparatorWords[] = { "with", "by", "to", "into", "in", "from", "as", "and", "or", "that", "which",
+		"containing", "saying", "holding", "for", "of", "please", "now" };
+
+	constexpr std::string_view BareFileNames[] = { "makefile", "license", "licence", "readme", "changelog", "dockerfile", "todo", "notice",
+		"authors", "copying", "install", "version" };
+
+	// clang-format off
+	constexpr std::string_view ChangeClosers[] = {
+		"please", "pls", "now", "thanks", "thank you", "for me", "right now", "again", "from the project", "from this project",
+		"from disk", "from the disk", "in the project", "in this project", "too", "as well", "if you can", "file",
+	};
+	// clang-format on
+
+	struct FLiteral
+	{
+		std::string Text;
+		std::string Written;
+	};
+
+	inline bool IsBlankByte(char Byte)
+	{
+		return Byte == ' ' || Byte == '\t' || Byte == '\n';
+	}
+
+	/** Reads a request to change files from left to right, word by word, with quoted texts taken out. */
+	class FRequestReader
+	{
+	public:
+		explicit FRequestReader(std::string_view Text)
+		{
+			TakeLiteralsOut(Utf8Text::Sanitise(Text));
+			Lower = Utf8Text::ToLower(Skeleton);
+		}
+
+		void SkipBlanks()
+		{
+			while (At < Skeleton.size() && IsBlankByte(Skeleton[At]))
+			{
+				++At;
+			}
+		}
+
+		void SkipPunctuation()
+		{
+			while (At < Skeleton.size() &&
+				(IsBlankByte(Skeleton[At]) || std::string_view(",;:.!?").find(Skeleton[At]) != std::string_view::npos))
+			{
+				++At;
+			}
+		}
+
+		/** Length of a phrase of whole words at a place, each blank of it standing for any number; zero when it is not there. */
+		size_t MatchAt(size_t Place, std::string_view Phrase) const
+		{
+			size_t Position = Place;
+			for (const char Byte : Phrase)
+			{
+				if (Byte == ' ')
+				{
+					const size_t Start = Position;
+					while (Position < Lower.size() && IsBlankByte(Lower[Position]))
+					{
+						++Position;
+					}
+					if (Position == Start)
+					{
+						return 0;
+					}
+				}
+				else if (Position >= Lower.size() || Lower[Position++] != Byte)
+				{
+					return 0;
+				}
+			}
+			// "to.md" and "in/x" are names, not words.
+			const bool bEnds = Position >= Lower.size() || IsBlankByte(Lower[Position]) || Lower[Position] == LiteralPlace ||
+				(std::string_view(",;:.!?").find(Lower[Position]) != std::string_view::npos &&
+					(Position + 1 >= Lower.size() || IsBlankByte(Lower[Position + 1]) || Lower[Position + 1] == LiteralPlace));
+			return bEnds ? Position - Place : 0;
+		}
+
+		template <size_t Size>
+		size_t MatchLongest(const std::string_view (&Phrases)[Size], size_t Place) const
+		{
+			size_t Longest = 0;
+			for (const std::string_view Phrase : Phrases)
+			{
+				Longest = std::max(Longest, MatchAt(Place, Phrase));
+			}
+			return Longest;
+		}
+
+		template <size_t Size>
+		size_t MatchLongest(const std::string_view (&Phrases)[Size]) const
+		{
+			return MatchLongest(Phrases, At);
+		}
+
+		template <size_t Size>
+		bool Take(const std::string_view (&Phrases)[Size])
+		{
+			SkipBlanks();
+			const size_t Length = MatchLongest(Phrases);
+			At += Length;
+			SkipBlanks();
+			return Length > 0;
+		}
+
+		bool TakeLiteral(std::string& OutText)
+		{
+			SkipBlanks();
+			if (At >= Skeleton.size() || Skeleton[At] != LiteralPlace)
+			{
+				return false;
+			}
+			OutText = LiteralAt(At).Text;
+			++At;
+			return true;
+		}
+
+		/** Nothing is left but courtesies. */
+		bool IsAtEnd()
+		{
+			do
+			{
+				SkipPunctuation();
+			} while (Take(ChangeClosers));
+			return At >= Skeleton.size();
+		}
+
+		/** What stands between two places, as the user wrote it, without blanks around. */
+		std::string Written(size_t From, size_t To) const
+		{
+			std::string Out;
+			for (size_t Index = From; Index < To; ++Index)
+			{
+				Out += Skeleton[Index] == LiteralPlace ? LiteralAt(Index).Written : std::string(1, Skeleton[Index]);
+			}
+			return std::string(Utf8Text::Trim(Out));
+		}
+
+		/** A text in quotes, or else the words between two places. */
+		std::string Meant(size_t From, size_t To, bool& bOutIsLiteral) const
+		{
+			while (From < To && IsBlankByte(Skeleton[From]))
+			{
+				++From;
+			}
+			while (To > From && IsBlankByte(Skeleton[To - 1]))
+			{
+				--To;
+			}
+			bOutIsLiteral = To == From + 1 && Skeleton[From] == LiteralPlace;
+			return bOutIsLiteral ? LiteralAt(From).Text : Written(From, To);
+		}
+
+		bool FindVerb(EVerb& OutVerb)
+		{
+			size_t Words = 0;
+			for (SkipBlanks(); At < Skeleton.size() && Words < MaxWordsBeforeVerb && Skeleton[At] != LiteralPlace; ++Words)
+			{
+				size_t Longest = 0;
+				for (const FVerbRow& Row : Verbs)
+				{
+					const size_t Length = MatchAt(At, Row.Phrase);
+					if (Length > Longest)
+					{
+						Longest = Length;
+						OutVerb = Row.Verb;
+					}
+				}
+				if (Longest > 0)
+				{
+					At += Longest;
+					SkipBlanks();
+					return true;
+				}
+				while (At < Skeleton.size() && !IsBlankByte(Skeleton[At]) && Skeleton[At] != LiteralPlace)
+				{
+					++At;
+				}
+				SkipBlanks();
+			}
+			return false;
+		}
+
+		/**
+		 * Takes a file's name, or words that point at the attached one, for which the name is empty. On false nothing
+		 * is taken.
+		 */
+		bool TakeFile(std::string& OutName)
+		{
+			const size_t Start = At;
+			OutName.clear();
+			bool bIsNamed = false;
+			for (;;)
+			{
+				SkipBlanks();
+				const size_t Opener = MatchLongest(FileOpeners);
+				if (Opener == 0)
+				{
+					break;
+				}
+				const size_t Pointer = MatchLongest(PointingPhrases);
+				if (Pointer >= Opener && !HasFileAfter(At + Pointer))
+				{
+					At += Pointer;
+					return true;
+				}
+				bIsNamed = bIsNamed || MatchLongest(NamingOpeners) == Opener;
+				At += Opener;
+			}
+			if (TakeLiteral(OutName))
+			{
+				OutName = Utf8Text::Trim(OutName);
+				if (!OutName.empty() && OutName.find('\n') == std::string::npos)
+				{
+					return true;
+				}
+			}
+			else if (const size_t Pointer = MatchLongest(PointingPhrases))
+			{
+				At += Pointer;
+				return true;
+			}
+			else if (MatchLongest(SeparatorWords) == 0)
+			{
+				const size_t NameStart = At;
+				OutName = ReadName(At);
+				if (!OutName.empty() && (bIsNamed || LooksLikeFile(OutName)))
+				{
+					At = NameStart + OutName.size();
+					return true;
+				}
+			}
+			OutName.clear();
+			At = Start;
+			return false;
+		}
+
+		size_t GetPlace() const { return At; }
+		void SetPlace(size_t Place) { At = Place; }
+		size_t GetEnd() const { return Skeleton.size(); }
+		bool IsAt(char Byte) const { return At < Skeleton.size() && Skeleton[At] == Byte; }
+
+	private:
+		/** "this file" points, unless a name follows: "this file notes.md". */
+		bool HasFileAfter(size_t Place) const
+		{
+			while (Place < Skeleton.size() && IsBlankByte(Skeleton[Place]))
+			{
+				++Place;
+			}
+			if (Place >= Skeleton.size())
+			{
+				return false;
+			}
+			const std::string Name = ReadName(Place);
+			return !Name.empty() &&
+				(LooksLikeFile(Name) || (MatchLongest(SeparatorWords, Place) == 0 && MatchLongest(ChangeClosers, Place) == 0));
+		}
+
+		/** The word at a place, without the punctuation behind it. */
+		std::string ReadName(size_t Place) const
+		{
+			size_t End = Place;
+			while (End < Skeleton.size() && !IsBlankByte(Skeleton[End]) && Skeleton[End] != LiteralPlace)
+			{
+				++End;
+			}
+			while (End > Place && std::string_view(",;:!?").find(Skeleton[End - 1]) != std::string_view::npos)
+			{
+				--End;
+			}
+			if (End > Place + 1 && Skeleton[End - 1] == '.' && Skeleton[End - 2] != '.' && Skeleton[End - 2] != '/')
+			{
+				--End;
+			}
+			return Skeleton.substr(Place, End - Place);
+		}
+
+		static bool LooksLikeFile(std::string_view Name)
+		{
+			const std::string LowerName = Utf8Text::ToLower(Name);
+			return Name.find_first_of("./\\") != std::string_view::npos ||
+				std::find(std::begin(BareFileNames), std::end(BareFileNames), LowerName) != std::end(BareFileNames);
+		}
+
+		const FLiteral& LiteralAt(size_t Place) const
+		{
+			return Literals[static_cast<size_t>(
+				std::lower_bound(LiteralPlaces.begin(), LiteralPlaces.end(), Place) - LiteralPlaces.begin())];
+		}
+
+		void TakeLiteralsOut(const std::string& Text)
+		{
+			// A mark whose partner is missing from here on is not looked for again.
+			bool bIsUnclosed[std::size(LiteralQuotes)] = {};
+			for (size_t Position = 0; Position < Text.size();)
+			{
+				size_t End = Position;
+				for (size_t Index = 0; Index < std::size(LiteralQuotes) && End == Position; ++Index)
+				{
+					const FLiteralQuotes& Quotes = LiteralQuotes[Index];
+					const bool bIsInWord = Position > 0 && Utf8Text::IsWordByte(Text[Position - 1]) && Quotes.Open == "'";
+					if (!bIsUnclosed[Index] && !bIsInWord && Utf8Text::StartsWith(std::string_view(Text).substr(Position), Quotes.Open))
+					{
+						End = ReadLiteral(Text, Position, Quotes, bIsUnclosed[Index]);
+					}
+				}
+				if (End == Position)
+				{
+					Skeleton += Text[Position++];
+					continue;
+				}
+				Literals.back().Written = Text.substr(Position, End - Position);
+				LiteralPlaces.push_back(Skeleton.size());
+				Skeleton += LiteralPlace;
+				Position = End;
+			}
+		}
+
+		/** Gives the place behind the literal, or Position when it does not end. */
+		size_t ReadLiteral(const std::string& Text, size_t Position, const FLiteralQuotes& Quotes, bool& bOutIsUnclosed)
+		{
+			size_t From = Position + Quotes.Open.size();
+			const size_t LineEnd = Text.find('\n', From);
+			size_t Close = Text.find(Quotes.Close, From);
+			if (Quotes.Open.size() == 3 && Quotes.Open == Quotes.Close && LineEnd < Close)
+			{
+				// A fence: what stands behind its first mark is the language, and its last one stands on a line of its own.
+				From = LineEnd + 1;
+				Close = Text.find('\n' + std::string(Quotes.Close), LineEnd);
+				Close = Close == std::string::npos ? Close : Close + 1;
+			}
+			while (Quotes.Close == "'" && Close != std::string::npos && Close + 1 < Text.size() && Utf8Text::IsWordByte(Text[Close + 1]))
+			{
+				Close = Text.find(Quotes.Close, Close + 1);
+			}
+			if (Close == std::string::npos)
+			{
+				bOutIsUnclosed = true;
+				return Position;
+			}
+			Literals.push_back({ Text.substr(From, Close - From), {} });
+			return Close + Quotes.Close.size();
+		}
+
+		std::string Skeleton;
+		std::string Lower;
+		std::vector<FLiteral> Literals;
+		std::vector<size_t> LiteralPlaces;
+		size_t At = 0;
+	};
+}

@@ -1,0 +1,166 @@
+#include "Text/Utf8Text.h"
+
+#include <algorithm>
+
+#include "Host/HostUtf8.h"
+
+namespace Velmora::Utf8Text
+{
+	namespace
+	{
+		constexpr char32_t Replacement = 0xFFFD;
+
+		/** Reads one code point; anything ill-formed costs one byte and reads as the replacement character. */
+		char32_t ReadCodePoint(std::string_view Text, size_t& Index)
+		{
+			char32_t Code = Replacement;
+			const size_t Length = HostDecodeUtf8(Text.substr(Index), Code);
+			Index += Length == 0 ? 1 : Length;
+			return Length == 0 ? Replacement : Code;
+		}
+
+		/** Joins UTF-16 units read by a function of their index. */
+		template <typename FUnitAt>
+		std::string JoinUtf16(size_t Count, FUnitAt UnitAt)
+		{
+			std::string Out;
+			Out.reserve(Count + Count / 2);
+			for (size_t Index = 0; Index < Count; ++Index)
+			{
+				char32_t Code = UnitAt(Index);
+				if (Code >= 0xD800 && Code < 0xDC00 && Index + 1 < Count && UnitAt(Index + 1) >= 0xDC00 && UnitAt(Index + 1) < 0xE000)
+				{
+					Code = 0x10000 + ((Code - 0xD800) << 10) + (UnitAt(++Index) - 0xDC00);
+				}
+				else if (Code == 0 || (Code >= 0xD800 && Code < 0xE000))
+				{
+					Code = Replacement;
+				}
+				HostAppendUtf8(Out, Code);
+			}
+			return Out;
+		}
+	}
+
+	std::string FromString(const FString& Text)
+	{
+		const TCHAR* Units = *Text;
+		return JoinUtf16(
+			static_cast<size_t>(Text.Len()), [Units](size_t Index) { return static_cast<char32_t>(static_cast<char16_t>(Units[Index])); });
+	}
+
+	FString ToString(std::string_view Text)
+	{
+		const std::string Clean = Sanitise(Text);
+		return FString(UTF8_TO_TCHAR(Clean.c_str()));
+	}
+
+	std::string Sanitise(std::string_view Bytes)
+	{
+		std::string Out;
+		Out.reserve(Bytes.size());
+		for (size_t Index = 0; Index < Bytes.size();)
+		{
+			const char32_t Code = ReadCodePoint(Bytes, Index);
+			if (Code == '\r')
+			{
+				if (Index >= Bytes.size() || Bytes[Index] != '\n')
+				{
+					Out.push_back('\n');
+				}
+				continue;
+			}
+			const bool bIsControl = (Code < 0x20 && Code != '\t' && Code != '\n') || Code == 0x7F;
+			HostAppendUtf8(Out, bIsControl ? U' ' : Code);
+		}
+		return Out;
+	}
+
+	std::string FromUtf16Bytes(std::string_view Bytes, bool bBigEndian)
+	{
+		return JoinUtf16(Bytes.size() / 2,
+			[Bytes, bBigEndian](size_t Index)
+			{
+				const unsigned First = static_cast<unsigned char>(Bytes[2 * Index]);
+				const unsigned Second = static_cast<unsigned char>(Bytes[2 * Index + 1]);
+				return static_cast<char32_t>(bBigEndian ? First << 8 | Second : Second << 8 | First);
+			});
+	}
+
+	std::string ToLower(std::string_view Text)
+	{
+		std::string Out(Text);
+		for (char& Byte : Out)
+		{
+			if (Byte >= 'A' && Byte <= 'Z')
+			{
+				Byte = static_cast<char>(Byte - 'A' + 'a');
+			}
+		}
+		return Out;
+	}
+
+	bool IsWordByte(char Byte)
+	{
+		return (Byte >= 'a' && Byte <= 'z') || (Byte >= 'A' && Byte <= 'Z') || (Byte >= '0' && Byte <= '9') || Byte == '_' ||
+			static_cast<unsigned char>(Byte) >= 0x80;
+	}
+
+	std::string_view Trim(std::string_view Text)
+	{
+		constexpr std::string_view Blanks = " \t\r\n";
+		const size_t First = Text.find_first_not_of(Blanks);
+		return First == std::string_view::npos ? std::string_view() : Text.substr(First, Text.find_last_not_of(Blanks) - First + 1);
+	}
+
+	bool StartsWith(std::string_view Text, std::string_view Prefix)
+	{
+		return Text.substr(0, Prefix.size()) == Prefix;
+	}
+
+	bool EndsWith(std::string_view Text, std::string_view Suffix)
+	{
+		return Text.size() >= Suffix.size() && Text.substr(Text.size() - Suffix.size()) == Suffix;
+	}
+
+	std::string Shorten(std::string_view Text, size_t MaxCharacters)
+	{
+		size_t Characters = 0;
+		for (size_t Index = 0; Index < Text.size(); ++Index)
+		{
+			const bool bStartsCharacter = (static_cast<unsigned char>(Text[Index]) & 0xC0) != 0x80;
+			if (bStartsCharacter && ++Characters > MaxCharacters)
+			{
+				return std::string(Text.substr(0, Index)) + "…";
+			}
+		}
+		return std::string(Text);
+	}
+
+	std::vector<std::string_view> SplitLines(std::string_view Text)
+	{
+		std::vector<std::string_view> Lines;
+		while (!Text.empty())
+		{
+			const size_t End = Text.find('\n');
+			Lines.push_back(Text.substr(0, End));
+			if (End == std::string_view::npos)
+			{
+				break;
+			}
+			Text.remove_prefix(End + 1);
+		}
+		return Lines;
+	}
+
+	std::string Count(size_t Number, std::string_view Singular, std::string_view Plural)
+	{
+		std::string Digits = std::to_string(Number);
+		for (size_t Place = Digits.size(); Place > 3;)
+		{
+			Place -= 3;
+			Digits.insert(Place, ",");
+		}
+		return Digits + ' ' + std::string(Number == 1 ? Singular : Plural);
+	}
+}

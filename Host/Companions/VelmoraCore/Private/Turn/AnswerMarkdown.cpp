@@ -1,0 +1,151 @@
+#include "Turn/AnswerMarkdown.h"
+
+#include <algorithm>
+
+#include "Text/Utf8Text.h"
+
+namespace Velmora::AnswerMarkdown
+{
+	namespace
+	{
+		/** A fence is searched for its end over 50,000 characters; a block stays well below. */
+		constexpr size_t MaxBlockBytes = 24000;
+		constexpr size_t MaxBlockLineCharacters = 240;
+
+		struct FLanguageRow
+		{
+			std::string_view Ending; // Of the lower-case file name.
+			std::string_view Tag;
+		};
+		// clang-format off
+		constexpr FLanguageRow Languages[] = {
+			{ ".cpp", "cpp" }, { ".cc", "cpp" }, { ".cxx", "cpp" }, { ".c", "cpp" }, { ".h", "cpp" }, { ".hpp", "cpp" }, { ".inl", "cpp" },
+			{ ".cs", "csharp" }, { ".py", "python" }, { ".js", "javascript" }, { ".ts", "typescript" }, { ".json", "json" },
+			{ ".uproject", "json" }, { ".uplugin", "json" },
+			{ ".xml", "xml" }, { ".html", "html" }, { ".css", "css" }, { ".ini", "ini" }, { ".sh", "bash" }, { ".bat", "batch" },
+			{ ".md", "markdown" },
+			{ ".lua", "lua" }, { ".rs", "rust" }, { ".go", "go" }, { ".java", "java" }, { ".yml", "yaml" }, { ".yaml", "yaml" },
+			{ ".toml", "toml" },
+			{ ".cmake", "cmake" }, { "cmakelists.txt", "cmake" }, { ".sql", "sql" }, { ".usf", "hlsl" }, { ".ush", "hlsl" },
+			{ ".hlsl", "hlsl" },
+		};
+		// clang-format on
+
+		void ReplaceEach(std::string& Text, std::string_view From, std::string_view To)
+		{
+			for (size_t At = Text.find(From); At != std::string::npos; At = Text.find(From, At + To.size()))
+			{
+				Text.replace(At, From.size(), To);
+			}
+		}
+
+		std::string OneLine(std::string_view Text)
+		{
+			std::string Out = Utf8Text::Sanitise(Text);
+			std::replace(Out.begin(), Out.end(), '\n', ' ');
+			std::replace(Out.begin(), Out.end(), '\t', ' ');
+			return std::string(Utf8Text::Trim(Out));
+		}
+	}
+
+	std::string InlineCode(std::string_view Text, size_t MaxCharacters)
+	{
+		std::string Out = Utf8Text::Shorten(OneLine(Text), MaxCharacters);
+		std::replace(Out.begin(), Out.end(), '`', '\'');
+		return '`' + (Out.empty() ? std::string("(empty)") : Out) + '`';
+	}
+
+	std::string FileLink(const FProjectPath& Path, int Line)
+	{
+		const std::string Name = Path.Relative.empty() ? std::string("the project folder") : OneLine(Path.Relative);
+		const std::string Suffix = Line > 0 ? ':' + std::to_string(Line) : std::string();
+		const bool bFits = Path.Absolute.find_first_of("()\n\r") == std::string::npos && Path.Absolute.find('\0') == std::string::npos &&
+			Utf8Text::Sanitise(Path.Absolute) == Path.Absolute;
+		if (Path.bIsFolder || !bFits || Name.find_first_of("[]") != std::string::npos)
+		{
+			return InlineCode(Name + Suffix, 160);
+		}
+		return '[' + Name + Suffix + "](file://" + Path.Absolute + ')';
+	}
+
+	std::string PlainText(std::string_view Text)
+	{
+		std::string Out = OneLine(Text);
+		std::replace(Out.begin(), Out.end(), '[', '(');
+		std::replace(Out.begin(), Out.end(), ']', ')');
+		for (const char Delimiter : { '*', '`', '~' })
+		{
+			Out.erase(std::remove(Out.begin(), Out.end(), Delimiter), Out.end());
+		}
+		// At the start of a line these open a block or get lost.
+		const size_t First = Out.find_first_not_of("#>-+_=| ");
+		Out.erase(0, std::min(First, Out.size()));
+		ReplaceEach(Out, " _", " ");
+		return Out;
+	}
+
+	std::string TableCell(std::string_view Text)
+	{
+		std::string Out = PlainText(Text);
+		std::replace(Out.begin(), Out.end(), '|', '/');
+		return Out.empty() ? std::string("none") : Out;
+	}
+
+	std::string CodeBlock(std::string_view Text, std::string_view Language)
+	{
+		const std::string Clean = Utf8Text::Sanitise(Text);
+		std::string Body;
+		size_t CutLines = 0;
+		size_t LeftOut = 0;
+		for (const std::string_view Line : Utf8Text::SplitLines(Clean))
+		{
+			if (LeftOut > 0 || Body.size() > MaxBlockBytes)
+			{
+				++LeftOut;
+				continue;
+			}
+			const std::string Short = Utf8Text::Shorten(Line, MaxBlockLineCharacters);
+			CutLines += Short.size() != Line.size() ? 1 : 0;
+			Body += Short + '\n';
+		}
+		const bool bHoldsFence = Body.find("```") != std::string::npos;
+		ReplaceEach(Body, "```", "'''");
+
+		std::string Out = "```" + std::string(Language) + '\n' + Body + "```\n";
+		if (CutLines > 0)
+		{
+			Out += Utf8Text::Count(CutLines, "line is", "lines are") + " longer than shown here.\n";
+		}
+		if (LeftOut > 0)
+		{
+			Out += Utf8Text::Count(LeftOut, "more line follows", "more lines follow") + ".\n";
+		}
+		if (bHoldsFence)
+		{
+			Out += "Fences of three backticks in the file are shown as three apostrophes.\n";
+		}
+		return Out;
+	}
+
+	std::string LanguageOf(std::string_view Path)
+	{
+		const std::string Lower = Utf8Text::ToLower(Path);
+		for (const FLanguageRow& Row : Languages)
+		{
+			if (Utf8Text::EndsWith(Lower, Row.Ending))
+			{
+				return std::string(Row.Tag);
+			}
+		}
+		return std::string();
+	}
+
+	std::string Collapsible(std::string_view Summary, std::string_view Body)
+	{
+		std::string Safe(Body);
+		ReplaceEach(Safe, "</details>", "<details>");
+		std::string Title(Summary);
+		ReplaceEach(Title, "</summary>", "");
+		return "<details><summary>" + Title + "</summary>\n" + Safe + (Utf8Text::EndsWith(Safe, "\n") ? "" : "\n") + "</details>\n";
+	}
+}

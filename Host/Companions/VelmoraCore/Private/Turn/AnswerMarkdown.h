@@ -1,0 +1,39 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "Tools/ProjectFiles.h"
+
+/**
+ * Pieces of answers in the chat's Markdown, in which there is no escape: a delimiter that would be misread is
+ * replaced. Whatever goes in (bytes from disk, a user's words) comes out as one well-formed piece. All pure.
+ */
+namespace Velmora::AnswerMarkdown
+{
+	/** A piece of code inside a line, at most MaxCharacters long. Never empty. What follows it must not be a letter or digit. */
+	std::string InlineCode(std::string_view Text, size_t MaxCharacters = 80);
+
+	/** A link that opens the file, shown by its relative path and the line (0 for none). Plain code for a path that no link can hold, and
+	 * for a folder. */
+	std::string FileLink(const FProjectPath& Path, int Line = 0);
+
+	/** Words for one line of plain text: no line ends, nothing that would open a link, code or emphasis. */
+	std::string PlainText(std::string_view Text);
+
+	/** As PlainText, for a cell of a table. Never empty. */
+	std::string TableCell(std::string_view Text);
+
+	/**
+	 * A fenced block. Long lines are cut, and what goes beyond the bound of bytes is left out; both are said below it.
+	 *
+	 * @param Text  Whole lines.
+	 */
+	std::string CodeBlock(std::string_view Text, std::string_view Language);
+
+	/** Tag of a fence for a file, by its name. Empty when there is none. */
+	std::string LanguageOf(std::string_view Path);
+
+	/** A section that opens on a click. The body must not hold another one. */
+	std::string Collapsible(std::string_view Summary, std::string_view Body);
+}

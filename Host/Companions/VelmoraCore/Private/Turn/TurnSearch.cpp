@@ -1,0 +1,377 @@
+#include "Turn/LocalTurnRunner.h"
+
+#include <algorithm>
+
+#include "Turn/AnswerMarkdown.h"
+#include "Text/Utf8Text.h"
+
+namespace Velmora
+{
+	namespace
+	{
+		/** Lines of code shown at most for a definition, and on each side of a mere mention. */
+		constexpr int MaxDefinitionLines = 40;
+		constexpr int MaxCommentLines = 15;
+		constexpr int NeighbourLines = 2;
+
+		std::string HitItem(const FSearchHit& Hit)
+		{
+			return "- " + AnswerMarkdown::FileLink(Hit.File, Hit.Line) + ' ' + AnswerMarkdown::InlineCode(Hit.Text, 90) + '\n';
+		}
+
+		std::string MatchCount(const FSearchResult& Result)
+		{
+			return Utf8Text::Count(Result.MatchCount, "match", "matches") + " in " + Utf8Text::Count(Result.FileCount, "file", "files");
+		}
+
+		/** What a search could not look into. Binary files are worth a word only when nothing else was found. */
+		std::string LeftOutNotes(const FSearchResult& Result)
+		{
+			std::string Notes;
+			if (Result.MatchCount == 0 && Result.BinaryFiles > 0)
+			{
+				Notes += Utf8Text::Count(Result.BinaryFiles, "binary file was", "binary files were") + " left out.\n";
+			}
+			if (Result.LargeFiles > 0)
+			{
+				Notes += Utf8Text::Count(Result.LargeFiles, "file was", "files were") + " left out as larger than 4 MB.\n";
+			}
+			if (Result.UnreadableItems > 0)
+			{
+				Notes += Utf8Text::Count(Result.UnreadableItems, "file or folder", "files or folders") + " could not be read.\n";
+			}
+			if (Result.bTruncated)
+			{
+				Notes += "The project is larger than one search takes, so not all of it was searched.\n";
+			}
+			return Notes;
+		}
+
+		bool IsCommentLine(std::string_view Line)
+		{
+			const std::string_view Text = Utf8Text::Trim(Line);
+			return Utf8Text::StartsWith(Text, "//") || Utf8Text::StartsWith(Text, "/*") || Utf8Text::StartsWith(Text, "*") ||
+				Utf8Text::StartsWith(Text, "# ") || Utf8Text::StartsWith(Text, "--");
+		}
+
+		/** Stands between a comment and what it describes. */
+		bool IsPrefixLine(std::string_view Line)
+		{
+			const std::string_view Text = Utf8Text::Trim(Line);
+			return Utf8Text::StartsWith(Text, "template") || Utf8Text::StartsWith(Text, "[[") || Utf8Text::StartsWith(Text, "@") ||
+				Utf8Text::StartsWith(Text, "UCLASS(") || Utf8Text::StartsWith(Text, "USTRUCT(") || Utf8Text::StartsWith(Text, "UENUM(") ||
+				Utf8Text::StartsWith(Text, "UFUNCTION(") || Utf8Text::StartsWith(Text, "UPROPERTY(");
+		}
+
+		size_t IndentOf(std::string_view Line)
+		{
+			const size_t Indent = Line.find_first_not_of(" \t");
+			return Indent == std::string_view::npos ? 0 : Indent;
+		}
+	}
+
+	std::pair<int, int> MeasureDefinition(const std::vector<std::string_view>& Lines, int Line)
+	{
+		const int Count = static_cast<int>(Lines.size());
+		const int Start = std::clamp(Line, 1, std::max(Count, 1));
+		int First = Start;
+		while (First > 1 && Start - First < MaxCommentLines && (IsCommentLine(Lines[First - 2]) || IsPrefixLine(Lines[First - 2])))
+		{
+			--First;
+		}
+
+		// The body ends where its braces close; without braces, before the next line that is indented no deeper.
+		int Depth = 0;
+		bool bHasOpened = false;
+		int Last = Start;
+		for (int At = Start; At <= Count && At - Start < MaxDefinitionLines; ++At)
+		{
+			const std::string_view Text = Lines[At - 1];
+			const bool bIsOuter = At > Start && !Utf8Text::Trim(Text).empty() && IndentOf(Text) <= IndentOf(Lines[Start - 1]);
+			if (!bHasOpened && bIsOuter && Utf8Text::Trim(Text).front() != '{' && Utf8Text::Trim(Text).front() != ')' &&
+				Utf8Text::Trim(Text).front() != ':')
+			{
+				break;
+			}
+			for (const char Byte : Text)
+			{
+				bHasOpened |= Byte == '{';
+				Depth += Byte == '{' ? 1 : Byte == '}' ? -1 : 0;
+			}
+			if (!Utf8Text::Trim(Text).empty())
+			{
+				Last = At;
+			}
+			if ((bHasOpened && Depth <= 0) || (!bHasOpened && Utf8Text::EndsWith(Utf8Text::Trim(Text), ";")))
+			{
+				break;
+			}
+		}
+		return { First, Last };
+	}
+
+	bool FLocalTurn::AppendSnippet(const FSearchHit& Hit, std::string& Answer)
+	{
+		FProjectText Content;
+		const bool bIsDefinition = Hit.Kind == EHitKind::Definition;
+		if (!RunReadTool(Hit.File, std::max(1, Hit.Line - NeighbourLines), Hit.Line + (bIsDefinition ? MaxDefinitionLines : NeighbourLines),
+				Content))
+		{
+			return false;
+		}
+		if (!Content.IsValid())
+		{
+			Answer += "The file could not be shown: " + Content.Problem + ".\n";
+			return true;
+		}
+		const std::vector<std::string_view> Lines = Utf8Text::SplitLines(Content.Text);
+		const int Count = static_cast<int>(Lines.size());
+		auto [First, Last] = bIsDefinition ? MeasureDefinition(Lines, Hit.Line)
+										   : std::pair<int, int>{ Hit.Line - NeighbourLines, Hit.Line + NeighbourLines };
+		First = std::max(First, 1);
+		Last = std::min(Last, Count);
+		std::string Body;
+		for (int Line = First; Line <= Last; ++Line)
+		{
+			Body += std::string(Lines[Line - 1]) + '\n';
+		}
+		Answer += AnswerMarkdown::CodeBlock(Body, AnswerMarkdown::LanguageOf(Hit.File.Relative));
+		if (bIsDefinition && Last - Hit.Line + 1 >= MaxDefinitionLines && Last < Count)
+		{
+			Answer += "It goes on below line " + std::to_string(Last) + ".\n";
+		}
+		return true;
+	}
+
+	bool FLocalTurn::RunCombinedSearch(FCombinedSearch& OutSearch)
+	{
+		OutSearch.Term = Request.Target;
+		OutSearch.Where = GetProjectPath();
+		if (!Request.TargetInScope.empty() && FindPlace(Request.Scope, OutSearch.Where))
+		{
+			OutSearch.Term = Request.TargetInScope;
+			OutSearch.bHasScope = true;
+		}
+		else
+		{
+			OutSearch.Where = GetProjectPath();
+		}
+
+		if (!Attachments.empty() && !OutSearch.bHasScope)
+		{
+			if (!BeginStep("Searching the attached files for " + OutSearch.Term))
+			{
+				return false;
+			}
+			for (const FProjectPath& Attachment : Attachments)
+			{
+				FSearchResult Result;
+				if (!RunSearchTool(Attachment, OutSearch.Term, Result))
+				{
+					return false;
+				}
+				FSearchResult& Sum = OutSearch.Attached;
+				Sum.Hits.insert(Sum.Hits.end(), Result.Hits.begin(), Result.Hits.end());
+				Sum.Files.insert(Sum.Files.end(), Result.Files.begin(), Result.Files.end());
+				Sum.MatchCount += Result.MatchCount;
+				Sum.FileCount += Result.FileCount;
+			}
+			std::stable_sort(OutSearch.Attached.Hits.begin(), OutSearch.Attached.Hits.end(),
+				[](const FSearchHit& A, const FSearchHit& B) { return A.Rank < B.Rank; });
+			OutSearch.Attached.Hits.resize(std::min(OutSearch.Attached.Hits.size(), MaxSearchHits));
+		}
+		const std::string Place = OutSearch.bHasScope && !OutSearch.Where.Relative.empty() ? OutSearch.Where.Relative : "the project";
+		return BeginStep("Searching " + Place + " for " + OutSearch.Term) &&
+			RunSearchTool(OutSearch.Where, OutSearch.Term, OutSearch.Project);
+	}
+
+	bool FLocalTurn::RunFindText()
+	{
+		if (Request.Target.empty())
+		{
+			Answer("What should I look for? For example: `find TryParseTable`\n");
+			return true;
+		}
+		FCombinedSearch Search;
+		if (!RunCombinedSearch(Search))
+		{
+			return false;
+		}
+		if (Search.Project.MatchCount == 0 && Search.Attached.MatchCount == 0)
+		{
+			return AnswerNotFound(Search);
+		}
+
+		// A definition wins over a mention, then the attached files over the rest.
+		const bool bStartAttached = !Search.Attached.Hits.empty() &&
+			(Search.Project.Hits.empty() || Search.Attached.Hits.front().Kind <= Search.Project.Hits.front().Kind);
+		const FSearchHit& Best = bStartAttached ? Search.Attached.Hits.front() : Search.Project.Hits.front();
+		std::string Text = AnswerMarkdown::InlineCode(Search.Term) +
+			(Best.Kind == EHitKind::Definition			 ? " is defined in "
+					: Best.Kind == EHitKind::Declaration ? " is declared in "
+														 : " is found in ") +
+			AnswerMarkdown::FileLink(Best.File, Best.Line) + '\n';
+		if (!AppendSnippet(Best, Text))
+		{
+			return false;
+		}
+
+		if (Search.Attached.MatchCount > 0)
+		{
+			Text += "**In the attached files: " + MatchCount(Search.Attached) + "**\n";
+			for (const FSearchHit& Hit : Search.Attached.Hits)
+			{
+				Text += HitItem(Hit);
+			}
+		}
+		Text += "**" + std::string(Search.bHasScope ? "" : "In the project: ") + MatchCount(Search.Project) +
+			(Search.Project.MatchCount > Search.Project.Hits.size() ? ", the best " + std::to_string(Search.Project.Hits.size())
+																	: std::string()) +
+			"**\n";
+		for (const FSearchHit& Hit : Search.Project.Hits)
+		{
+			Text += HitItem(Hit);
+		}
+		Answer(Text + LeftOutNotes(Search.Project));
+		return true;
+	}
+
+	bool FLocalTurn::AnswerNotFound(const FCombinedSearch& Search)
+	{
+		// What stands in no text may still be the name of a file.
+		std::vector<FProjectPath> Named;
+		if (!RunFindFileTool(Search.Term, Named))
+		{
+			return false;
+		}
+		const std::string Code = AnswerMarkdown::InlineCode(Search.Term);
+		const std::string Looked = Utf8Text::Count(Search.Project.SearchedFiles, "text file", "text files");
+		std::string Text;
+		if (!Named.empty())
+		{
+			Text = "No text holds " + Code + ", but these names do:\n";
+			for (const FProjectPath& Path : Named)
+			{
+				Text += "- " + AnswerMarkdown::FileLink(Path) + '\n';
+			}
+		}
+		else
+		{
+			Text = "Nothing was found for " + Code + "\n";
+		}
+		Text += "I searched " + Looked + (Search.Project.SearchedFiles == 0 && !Search.Where.bIsFolder ? "" : " below") + ' ' +
+			AnswerMarkdown::InlineCode(Search.Where.Absolute, 160) + "\n";
+		Answer(Text + LeftOutNotes(Search.Project));
+		return true;
+	}
+
+	bool FLocalTurn::RunWhichFiles()
+	{
+		if (Request.Target.empty())
+		{
+			Answer("Which text should the files hold? For example: `which files mention Health?`\n");
+			return true;
+		}
+		FCombinedSearch Search;
+		if (!RunCombinedSearch(Search))
+		{
+			return false;
+		}
+		if (Search.Project.MatchCount == 0)
+		{
+			return AnswerNotFound(Search);
+		}
+		std::string Text = AnswerMarkdown::InlineCode(Search.Term) + ": " + MatchCount(Search.Project) + "\n";
+		size_t Shown = 0;
+		for (const auto& [File, Matches] : Search.Project.Files)
+		{
+			if (++Shown > 50)
+			{
+				break;
+			}
+			Text += "- " + AnswerMarkdown::FileLink(File) + ' ' + Utf8Text::Count(Matches, "line", "lines") + '\n';
+		}
+		if (Search.Project.FileCount > 50)
+		{
+			Text += Utf8Text::Count(Search.Project.FileCount - 50, "more file", "more files") + " are not listed.\n";
+		}
+		Answer(Text + LeftOutNotes(Search.Project));
+		return true;
+	}
+
+	bool FLocalTurn::RunExplain()
+	{
+		if (Request.Target.empty())
+		{
+			if (!Attachments.empty())
+			{
+				return AnswerAttachments(Attachments);
+			}
+			Answer("What should I explain? For example: `what is class FThing?`\n");
+			return true;
+		}
+		if (Attachments.size() > 1)
+		{
+			const std::vector<FProjectPath> Named = FindNamedAttachments(Request.Target);
+			if (!Named.empty())
+			{
+				return AnswerAttachments(Named);
+			}
+		}
+		const bool bLooksLikeFile = Request.Target.find_first_of("./") != std::string::npos;
+		FProjectPath Place;
+		if (bLooksLikeFile && FindPlace(Request.Target, Place))
+		{
+			if (Place.bIsFolder)
+			{
+				return AnswerFolder(Place);
+			}
+			return Request.FirstLine > 0 ? AnswerFile(Place) : AnswerDescription(Place);
+		}
+		FCombinedSearch Search;
+		if (!RunCombinedSearch(Search))
+		{
+			return false;
+		}
+		if (Search.Project.MatchCount == 0 && Search.Attached.MatchCount == 0)
+		{
+			// "explain this" with a file attached means the file.
+			if (!Attachments.empty())
+			{
+				return AnswerAttachments(Attachments);
+			}
+			return AnswerNotFound(Search);
+		}
+		const bool bStartAttached = !Search.Attached.Hits.empty() &&
+			(Search.Project.Hits.empty() || Search.Attached.Hits.front().Kind <= Search.Project.Hits.front().Kind);
+		const FSearchHit Best = bStartAttached ? Search.Attached.Hits.front() : Search.Project.Hits.front();
+		const std::string Code = AnswerMarkdown::InlineCode(Search.Term);
+		std::string Text = Best.Kind == EHitKind::Definition
+			? Code + " is defined in " + AnswerMarkdown::FileLink(Best.File, Best.Line) + '\n'
+			: Best.Kind == EHitKind::Declaration
+			? "I found no definition of " + Code + ", but a declaration in " + AnswerMarkdown::FileLink(Best.File, Best.Line) + '\n'
+			: "I found no definition of " + Code + ". It is mentioned in " + AnswerMarkdown::FileLink(Best.File, Best.Line) + '\n';
+		if (!AppendSnippet(Best, Text))
+		{
+			return false;
+		}
+		std::string Others;
+		size_t OtherCount = 0;
+		for (const FSearchHit& Hit : Search.Project.Hits)
+		{
+			if (Hit.Line != Best.Line || Hit.File.Absolute != Best.File.Absolute)
+			{
+				Others += HitItem(Hit);
+				++OtherCount;
+			}
+		}
+		if (OtherCount > 0)
+		{
+			const std::string Total = MatchCount(Search.Project) + " in all";
+			Text += OtherCount > 6 ? AnswerMarkdown::Collapsible("Other places (" + Total + ")", Others)
+								   : "**Other places** (" + Total + ")\n" + Others;
+		}
+		Answer(Text + LeftOutNotes(Search.Project));
+		return true;
+	}
+}
