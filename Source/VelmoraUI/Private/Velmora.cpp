@@ -55,7 +55,8 @@ void FVelmoraModule::StartupModule()
 	RegisterCommands();
 	ExtendMenu();
 	RegisterSettingsPage();
-	TickerHandle = FTSTicker::GetCoreTicker().AddTicker(FTickerDelegate::CreateRaw(this, &FVelmoraModule::Poll), PollSeconds);
+	LastPollTime = FPlatformTime::Seconds();
+	TickerHandle = FTSTicker::GetCoreTicker().AddTicker(FTickerDelegate::CreateRaw(this, &FVelmoraModule::OnTicker), PollSeconds);
 }
 
 void FVelmoraModule::ShutdownModule()
@@ -156,6 +157,14 @@ void FVelmoraModule::BuildCodeIndexMenu(FMenuBuilder& Builder)
 	Builder.AddMenuEntry(Commands.OpenSettings, NAME_None, LOCTEXT("OpenSettingsEntry", "Code Index Settings..."),
 		LOCTEXT("OpenSettingsEntryTooltip", "Open code intelligence settings panel"));
 	Builder.EndSection();
+}
+
+bool FVelmoraModule::OnTicker(float DeltaTime)
+{
+	const double Now = FPlatformTime::Seconds();
+	const float Passed = static_cast<float>(Now - LastPollTime);
+	LastPollTime = Now;
+	return Poll(Passed);
 }
 
 bool FVelmoraModule::Poll(float DeltaTime)

@@ -28,7 +28,9 @@ private:
 	void BuildMenu(FMenuBuilder& Builder);
 	void BuildCodeIndexMenu(FMenuBuilder& Builder);
 
-	/** Called once a second while the module is loaded. */
+	/** Called about once a second while the module is loaded. The ticker's delta is that of the editor's loop. */
+	bool OnTicker(float DeltaTime);
+	/** @param DeltaTime  Seconds since the last poll. */
 	bool Poll(float DeltaTime);
 	/** Tells by toasts when a build of the project index begins and ends, whoever started it, and when much is indexed again. */
 	void WatchCodeIndex();
@@ -45,6 +47,8 @@ private:
 	/** The progress widget follows a build, or still shows its end. */
 	bool bProgressVisible = false;
 	FTSTicker::FDelegateHandle TickerHandle;
+	/** Platform time. */
+	double LastPollTime = 0.0;
 	bool bHidePending = false;
 	/** Seconds until the progress widget is hidden. */
 	float HideCountdown = 0.0f;

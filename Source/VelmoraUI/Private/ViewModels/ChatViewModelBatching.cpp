@@ -12,6 +12,10 @@ void FChatViewModel::AddToBatch(TSharedPtr<FChatMessage> Message)
 	{
 		PendingMessages.Add(MoveTemp(Message));
 		bHasPendingUpdates = true;
+		if (MessageWaitsHook)
+		{
+			MessageWaitsHook();
+		}
 	}
 }
 

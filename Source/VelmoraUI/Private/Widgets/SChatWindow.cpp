@@ -39,6 +39,7 @@ void SChatWindow::Construct(const FArguments& InArgs)
 		ModeOptions.Add(MakeShared<EConversationMode>(Mode));
 	}
 
+	SetUpStayingAwake();
 	const TSharedRef<SWidget> Header = BuildHeaderArea();
 	const TSharedRef<SWidget> Messages = BuildMessageArea();
 	const TSharedRef<SWidget> Input = BuildInputArea();
@@ -93,7 +94,9 @@ void SChatWindow::SetViewModel(TSharedPtr<FChatViewModel> InViewModel)
 		Velmora::FUpdateGate::Get().OnStateChanged().Remove(UpdateGateHandle);
 		UpdateGateHandle.Reset();
 	}
+	const TSharedPtr<FChatViewModel> OldViewModel = ViewModel;
 	ViewModel = InViewModel;
+	HearOfChanges(OldViewModel);
 	if (!ViewModel.IsValid())
 	{
 		return;
@@ -136,6 +139,8 @@ void SChatWindow::Tick(const FGeometry& AllottedGeometry, const double InCurrent
 		RequestRefreshConversationHistoriesAsync();
 		HistoryRefreshAccumulator = 0.0f;
 	}
+	StayAwake.Update();
+	LookNowAndThen.Update();
 }
 
 TSharedRef<SWidget> SChatWindow::BuildMessageArea()

@@ -166,6 +166,7 @@ void SChatWindow::OnContextFilesChanged()
 		// clang-format on
 	}
 
+	StayAwake.Start();
 	if (FocusedChip == INDEX_NONE)
 	{
 		return;

@@ -196,6 +196,7 @@ void SChatWindow::SetConversationOptions(TArray<FConversationMetadata>&& Summari
 		}
 		SyncComboBoxSelection(false);
 	}
+	StayAwake.Start();
 }
 
 TSharedPtr<FConversationMetadata> SChatWindow::FindConversationOption(const TSharedPtr<FConversationMetadata>& Conversation) const

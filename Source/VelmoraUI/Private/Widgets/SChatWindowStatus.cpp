@@ -58,6 +58,7 @@ void SChatWindow::OnStateChanged(Velmora::EConversationState NewState)
 		TargetStatusColor = NewTarget;
 		ColorTransitionProgress = 0.0f;
 	}
+	StayAwake.Start();
 }
 
 void SChatWindow::OnMessagesChanged()
@@ -72,6 +73,7 @@ void SChatWindow::OnMessagesChanged()
 		ChangedFilesList->UpdateFileList();
 	}
 	SyncComboBoxSelection(true);
+	StayAwake.Start();
 }
 
 FText SChatWindow::GetStatusText() const

@@ -15,6 +15,7 @@ void SErrorNotification::Construct(const FArguments& InArgs)
 	ErrorMessage = InArgs._ErrorMessage;
 	OnDismissed = InArgs._OnDismissed;
 	Animator.FadeIn(0.3f);
+	StayAwake.SetUp(*this, [this] { return Animator.IsAnimating(); });
 
 	// clang-format off
 	ChildSlot
@@ -69,6 +70,7 @@ void SErrorNotification::Tick(const FGeometry& AllottedGeometry, const double In
 {
 	SCompoundWidget::Tick(AllottedGeometry, InCurrentTime, InDeltaTime);
 	Animator.Tick(InDeltaTime);
+	StayAwake.Update();
 }
 
 FLinearColor SErrorNotification::GetAnimatedOpacity() const

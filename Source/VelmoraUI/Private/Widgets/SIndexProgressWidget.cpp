@@ -27,6 +27,7 @@ namespace
 
 void SIndexProgressWidget::Construct(const FArguments& InArgs)
 {
+	StayAwake.SetUp(*this, [this] { return bIsBuilding || FadeInAnimator.IsAnimating() || FadeOutAnimator.IsAnimating(); });
 	// clang-format off
 	ChildSlot
 	[
@@ -126,6 +127,7 @@ void SIndexProgressWidget::UpdateProgress(int32 InFilesProcessed, int32 InTotalF
 		BuildStartTime = FPlatformTime::Seconds();
 		FadeInAnimator.FadeIn(0.3f);
 	}
+	StayAwake.Start();
 }
 
 void SIndexProgressWidget::SetComplete(bool bInSuccess, const FText& Message)
@@ -135,6 +137,7 @@ void SIndexProgressWidget::SetComplete(bool bInSuccess, const FText& Message)
 	CompletionMessage = !Message.IsEmpty() ? Message
 		: bSuccess						   ? LOCTEXT("BuildSuccess", "Index build completed successfully!")
 										   : LOCTEXT("BuildFailed", "Index build failed. Check log for details.");
+	StayAwake.Start();
 	if (GEditor)
 	{
 		// Nothing ever takes the timer back: it ends with the widget.
@@ -147,6 +150,7 @@ void SIndexProgressWidget::SetComplete(bool bInSuccess, const FText& Message)
 void SIndexProgressWidget::StartCompletionFadeOut()
 {
 	FadeOutAnimator.FadeOut(0.5f);
+	StayAwake.Start();
 }
 
 void SIndexProgressWidget::Reset()
@@ -161,6 +165,7 @@ void SIndexProgressWidget::Reset()
 	CompletionMessage = FText::GetEmpty();
 	FadeInAnimator.Reset();
 	FadeOutAnimator.Reset();
+	StayAwake.Start();
 }
 
 void SIndexProgressWidget::Tick(const FGeometry& AllottedGeometry, const double InCurrentTime, const float InDeltaTime)
@@ -172,6 +177,7 @@ void SIndexProgressWidget::Tick(const FGeometry& AllottedGeometry, const double 
 	{
 		ElapsedSeconds = FPlatformTime::Seconds() - BuildStartTime;
 	}
+	StayAwake.Update();
 }
 
 FText SIndexProgressWidget::GetStatusText() const
@@ -265,6 +271,7 @@ FLinearColor SIndexProgressWidget::GetAnimatedOpacity() const
 FReply SIndexProgressWidget::OnCancelClicked()
 {
 	FadeOutAnimator.FadeOut(0.3f);
+	StayAwake.Start();
 	return FReply::Handled();
 }
 

@@ -13,6 +13,10 @@ void SLoadingIndicator::Construct(const FArguments& InArgs)
 {
 	Message = InArgs._Message;
 	bShowThrobber = InArgs._ShowThrobber;
+	// The dots change three times a second.
+	constexpr float FrameSeconds = 0.1f;
+	StayAwake.SetUp(
+		*this, [] { return true; }, FrameSeconds);
 
 	// clang-format off
 	ChildSlot
@@ -54,6 +58,7 @@ void SLoadingIndicator::Tick(const FGeometry& AllottedGeometry, const double InC
 	{
 		AnimationTime = 0.0f;
 	}
+	StayAwake.Update();
 }
 
 FText SLoadingIndicator::GetAnimatedMessage() const

@@ -10,6 +10,7 @@ void SMessageList::Construct(const FArguments& InArgs)
 	bAutoScroll = InArgs._AutoScroll;
 	CanUndoDelegate = InArgs._CanUndo;
 	OnUndoToMessageDelegate = InArgs._OnUndoToMessage;
+	StayAwake.SetUp(*this, [this] { return bPendingScrollToBottom; });
 
 	// clang-format off
 	ChildSlot
@@ -50,6 +51,7 @@ void SMessageList::SetMessages(const TArray<TSharedPtr<FChatMessage>>& NewMessag
 	{
 		RequestScrollToEnd();
 	}
+	StayAwake.Start();
 }
 
 void SMessageList::RebuildMessageList()
@@ -118,6 +120,7 @@ void SMessageList::RequestScrollToEnd()
 {
 	bPendingScrollToBottom = true;
 	ScrollDelayFrames = 2;
+	StayAwake.Start();
 }
 
 void SMessageList::ScrollToTop()
@@ -141,19 +144,19 @@ void SMessageList::SetCanUndo(bool bInCanUndo)
 void SMessageList::Tick(const FGeometry& AllottedGeometry, const double InCurrentTime, const float InDeltaTime)
 {
 	SCompoundWidget::Tick(AllottedGeometry, InCurrentTime, InDeltaTime);
-	if (!bPendingScrollToBottom || !ScrollBox.IsValid())
+	if (bPendingScrollToBottom && ScrollBox.IsValid())
 	{
-		return;
+		if (ScrollDelayFrames < 1)
+		{
+			ScrollBox->ScrollToEnd();
+			bPendingScrollToBottom = false;
+		}
+		else
+		{
+			--ScrollDelayFrames;
+		}
 	}
-	if (ScrollDelayFrames < 1)
-	{
-		ScrollBox->ScrollToEnd();
-		bPendingScrollToBottom = false;
-	}
-	else
-	{
-		--ScrollDelayFrames;
-	}
+	StayAwake.Update();
 }
 
 void SMessageList::RequestUndo(TSharedPtr<FChatMessage> Message)

@@ -40,6 +40,7 @@ void SMessageRow::Construct(const FArguments& InArgs)
 	OnUndoDelegate = InArgs._OnUndo;
 	LastToolCount = CountToolsOfGroup(Message);
 	FadeAnimator.FadeIn(RowFadeSeconds);
+	StayAwake.SetUp(*this, [this] { return FadeAnimator.IsAnimating(); });
 
 	// clang-format off
 	ChildSlot
@@ -86,6 +87,7 @@ void SMessageRow::SetMessage(TSharedPtr<FChatMessage> NewMessage)
 	ToolContainer.Reset();
 	LastToolCount = CountToolsOfGroup(Message);
 	FadeAnimator.FadeIn(RowFadeSeconds);
+	StayAwake.Start();
 	Invalidate(EInvalidateWidgetReason::Layout);
 }
 
@@ -94,6 +96,7 @@ void SMessageRow::SetIsLatestMessage(bool bNewIsLatest)
 	if (bIsLatestMessage != bNewIsLatest)
 	{
 		bIsLatestMessage = bNewIsLatest;
+		StayAwake.Start();
 		Invalidate(EInvalidateWidgetReason::Layout);
 	}
 }
@@ -120,6 +123,7 @@ void SMessageRow::Tick(const FGeometry& AllottedGeometry, const double InCurrent
 		LastToolCount = ToolCount;
 		ToolContainer->UpdateToolList(Message->ToolExecutions);
 	}
+	StayAwake.Update();
 }
 
 TSharedRef<SWidget> SMessageRow::BuildMessageHeader() const

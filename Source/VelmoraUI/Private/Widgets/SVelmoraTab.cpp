@@ -51,6 +51,7 @@ SVelmoraTab::~SVelmoraTab()
 void SVelmoraTab::Construct(const FArguments& InArgs, const TSharedRef<SDockTab>& InOwnerTab)
 {
 	OwnerTab = InOwnerTab;
+	StayAwake.SetUp(*this, [] { return false; });
 	TabStatePath = FPaths::ProjectSavedDir() / TEXT("Velmora") / TEXT("TabState.json");
 	InitializeAgent();
 	RestoreTabState();
@@ -285,6 +286,7 @@ void SVelmoraTab::ToggleCustomizeBehaviorVisibility()
 void SVelmoraTab::Tick(const FGeometry& AllottedGeometry, const double InCurrentTime, const float InDeltaTime)
 {
 	SCompoundWidget::Tick(AllottedGeometry, InCurrentTime, InDeltaTime);
+	StayAwake.Update();
 }
 
 void SVelmoraTab::OnPlanUpdate(const FString& First, const FString& PlanText)
@@ -292,6 +294,7 @@ void SVelmoraTab::OnPlanUpdate(const FString& First, const FString& PlanText)
 	if (PlanPanel.IsValid())
 	{
 		PlanPanel->UpdatePlan(PlanText);
+		StayAwake.Start();
 	}
 }
 

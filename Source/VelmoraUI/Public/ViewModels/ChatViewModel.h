@@ -3,6 +3,7 @@
 #include "CoreMinimal.h"
 #include "Agent/ConversationTypes.h"
 #include "Delegates/Delegate.h"
+#include "Templates/Function.h"
 #include "Templates/SharedPointer.h"
 #include "ViewModels/ChatMessage.h"
 #include "ViewModels/ConversationExport.h"
@@ -116,6 +117,9 @@ public:
 	FOnContextFilesChanged& OnContextFilesChanged() { return ContextFilesChangedEvent; }
 
 private:
+	/** Ticks the view model, so it has to know when a message waits for that. */
+	friend class SChatWindow;
+
 	void SetupAgentCallbacks();
 
 	void AddMessage(TSharedPtr<FChatMessage> Message);
@@ -165,4 +169,6 @@ private:
 	TSharedPtr<FChatMessage> CurrentToolSummary;
 	TArray<TSharedPtr<FChatMessage>> PendingMessages;
 	bool bHasPendingUpdates = false;
+	/** Called when a message waits for the next ticks; set by the window that ticks. */
+	TFunction<void()> MessageWaitsHook;
 };

@@ -16,6 +16,7 @@
 #include "Widgets/DeclarativeSyntaxSupport.h"
 #include "Widgets/Input/SComboBox.h"
 #include "Widgets/SCompoundWidget.h"
+#include "Widgets/StayAwake.h"
 
 #include <atomic>
 
@@ -39,7 +40,8 @@ namespace Velmora::UI
 /**
  * The chat: header, messages, prompt and status in one column, and the only widget that drives the view model for the
  * conversation as a whole. Comes to life with SetViewModel. What is shown and enabled is a function of the conversation's
- * state and of the update gate, polled each frame; only the array of messages is pushed.
+ * state and of the update gate, polled each frame; only the array of messages is pushed. Frames come while something is due and
+ * once after each report of a change.
  */
 class VELMORAUI_API SChatWindow : public SCompoundWidget
 {
@@ -187,6 +189,16 @@ private:
 
 	void OnUndoToMessage(TSharedPtr<FChatMessage> Message);
 
+	// What Slate stays awake for.
+	void SetUpStayingAwake();
+	/** Lets the view model and the update gate bring frames, and those of before no longer. */
+	void HearOfChanges(const TSharedPtr<FChatViewModel>& OldViewModel);
+	void BringFrameForGate(Velmora::EUpdateGateState NewState);
+	/** Something moves, or waits for the next ticks. */
+	bool IsFrameDue() const;
+	/** Something that is only polled may change by itself. */
+	bool IsLookDue() const;
+
 	// Stored conversations. The store is read on a worker, by one at a time; what is asked for meanwhile is done once more
 	// after it.
 	void RequestRefreshConversationHistoriesAsync();
@@ -259,4 +271,8 @@ private:
 	TArray<TSharedPtr<Velmora::FConversationMetadata>> ConversationHistories;
 	/** What the window holds for chosen, by which it tells a pick from the echo of its own doing. */
 	TSharedPtr<Velmora::FConversationMetadata> SelectedConversation;
+	FStayAwake StayAwake;
+	FStayAwake LookNowAndThen;
+	/** All that depends on the gate is polled, with a frame. */
+	FDelegateHandle GateFrameHandle;
 };

@@ -7,6 +7,7 @@
 #include "Style/WidgetAnimator.h"
 #include "Widgets/DeclarativeSyntaxSupport.h"
 #include "Widgets/SCompoundWidget.h"
+#include "Widgets/StayAwake.h"
 
 /**
  * A bar with an error that stays until the user dismisses it. Fades in by itself; taking it away is the host's part, on
@@ -30,4 +31,5 @@ private:
 	TAttribute<FText> ErrorMessage;
 	FSimpleDelegate OnDismissed;
 	FWidgetAnimator Animator;
+	FStayAwake StayAwake;
 };

@@ -8,6 +8,7 @@
 #include "Styling/SlateColor.h"
 #include "Widgets/DeclarativeSyntaxSupport.h"
 #include "Widgets/SCompoundWidget.h"
+#include "Widgets/StayAwake.h"
 
 /**
  * Progress of an index build: counts, a bar, the current file, an estimate, and at the end whether it went well. Fades in
@@ -63,4 +64,5 @@ private:
 	FText CompletionMessage;
 	FWidgetAnimator FadeInAnimator;
 	FWidgetAnimator FadeOutAnimator;
+	FStayAwake StayAwake;
 };

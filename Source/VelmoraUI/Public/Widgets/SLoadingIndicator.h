@@ -4,6 +4,7 @@
 #include "Misc/Attribute.h"
 #include "Widgets/DeclarativeSyntaxSupport.h"
 #include "Widgets/SCompoundWidget.h"
+#include "Widgets/StayAwake.h"
 
 /** A throbber beside a text whose trailing dots cycle from none to three. */
 class VELMORAUI_API SLoadingIndicator : public SCompoundWidget
@@ -28,4 +29,5 @@ private:
 	bool bShowThrobber = true;
 	/** Seconds into the cycle of 1.5. */
 	float AnimationTime = 0.0f;
+	FStayAwake StayAwake;
 };

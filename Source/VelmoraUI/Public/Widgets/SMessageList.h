@@ -7,6 +7,7 @@
 #include "Widgets/DeclarativeSyntaxSupport.h"
 #include "Widgets/SCompoundWidget.h"
 #include "Widgets/SMessageRow.h"
+#include "Widgets/StayAwake.h"
 
 class SScrollBox;
 
@@ -74,4 +75,5 @@ private:
 	FCanUndoMessage CanUndoDelegate;
 	bool bCanUndo = false;
 	FOnUndoToMessage OnUndoToMessageDelegate;
+	FStayAwake StayAwake;
 };

@@ -10,6 +10,7 @@
 #include "ViewModels/ChatMessage.h"
 #include "Widgets/DeclarativeSyntaxSupport.h"
 #include "Widgets/SCompoundWidget.h"
+#include "Widgets/StayAwake.h"
 
 class SBox;
 class SButton;
@@ -86,6 +87,7 @@ private:
 	int32 LastToolCount = 0;
 	float TypingAnimationTime = 0.0f;
 	FWidgetAnimator FadeAnimator;
+	FStayAwake StayAwake;
 	FSimpleDelegate OnUndoDelegate;
 	TSharedPtr<SButton> UndoButton;
 	TSharedPtr<SButton> CopyButton;

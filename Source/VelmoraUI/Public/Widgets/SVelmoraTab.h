@@ -7,6 +7,7 @@
 #include "Templates/SharedPointer.h"
 #include "Widgets/DeclarativeSyntaxSupport.h"
 #include "Widgets/SCompoundWidget.h"
+#include "Widgets/StayAwake.h"
 
 class FChatViewModel;
 class SButton;
@@ -93,4 +94,6 @@ private:
 	bool bShowPlan = true;
 	bool bShowCustomizeBehavior = false;
 	FString TabStatePath;
+	/** For the plan, which comes at any time; the chat has its own. */
+	FStayAwake StayAwake;
 };

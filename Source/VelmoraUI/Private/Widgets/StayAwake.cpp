@@ -1,0 +1,78 @@
+#include "Widgets/StayAwake.h"
+
+#include "Types/WidgetActiveTimerDelegate.h"
+#include "Widgets/SWidget.h"
+
+namespace
+{
+
+	/** Two looks without a call: the first may fall into one long turn of the loop, such as one that loads a level. */
+	constexpr float WatchSeconds = 0.5f;
+	constexpr int32 LooksUntilHidden = 2;
+
+} // namespace
+
+FStayAwake::~FStayAwake()
+{
+	StopWatching();
+}
+
+void FStayAwake::SetUp(SWidget& InOwner, TFunction<bool()> InIsDue, float InPeriod)
+{
+	Owner = &InOwner;
+	IsDue = MoveTemp(InIsDue);
+	Period = InPeriod;
+}
+
+void FStayAwake::Start()
+{
+	if (!bWasPainted || Timer.IsValid())
+	{
+		return;
+	}
+	MissedLooks = 0;
+	const auto OnTimer = [this](double Now, float DeltaTime)
+	{
+		MissedLooks = 0;
+		if (IsDue())
+		{
+			return EActiveTimerReturnType::Continue;
+		}
+		Timer.Reset();
+		StopWatching();
+		return EActiveTimerReturnType::Stop;
+	};
+	Timer = Owner->RegisterActiveTimer(Period, FWidgetActiveTimerDelegate::CreateLambda(OnTimer));
+	Watch =
+		FTSTicker::GetCoreTicker().AddTicker(FTickerDelegate::CreateLambda([this](float DeltaTime) { return WatchTimer(); }), WatchSeconds);
+}
+
+void FStayAwake::Update()
+{
+	bWasPainted = true;
+	if (!Timer.IsValid() && IsDue())
+	{
+		Start();
+	}
+}
+
+bool FStayAwake::WatchTimer()
+{
+	if (++MissedLooks <= LooksUntilHidden)
+	{
+		return true;
+	}
+	Owner->UnRegisterActiveTimer(Timer.ToSharedRef());
+	Timer.Reset();
+	Watch.Reset();
+	return false;
+}
+
+void FStayAwake::StopWatching()
+{
+	if (Watch.IsValid())
+	{
+		FTSTicker::RemoveTicker(Watch);
+		Watch.Reset();
+	}
+}
