@@ -93,7 +93,8 @@ FString FDesktopOptions::Parse(const TArray<FString>& Arguments)
 			continue;
 		}
 		const bool bKnown = Is(TEXT("--project")) || Is(TEXT("--size")) || Is(TEXT("--scale")) || Is(TEXT("--prompt")) ||
-			Is(TEXT("--dump")) || Is(TEXT("--screenshot")) || Is(TEXT("--script")) || Is(TEXT("--now")) || Is(TEXT("--set"));
+			Is(TEXT("--dump")) || Is(TEXT("--screenshot")) || Is(TEXT("--script")) || Is(TEXT("--frames")) || Is(TEXT("--now")) ||
+			Is(TEXT("--set"));
 		if (!bKnown)
 		{
 			return FString::Printf(TEXT("Unknown option \"%s\". Try --help."), *Arguments[Index]);
@@ -135,6 +136,10 @@ FString FDesktopOptions::Parse(const TArray<FString>& Arguments)
 		else if (Is(TEXT("--script")))
 		{
 			ScriptFile = Value;
+		}
+		else if (Is(TEXT("--frames")))
+		{
+			FramesFile = Value;
 		}
 		else if (Is(TEXT("--now")))
 		{
@@ -178,16 +183,18 @@ FString FDesktopOptions::GetHelp()
 							   "                     time pass by a sixtieth of a second a frame: the same run\n")
 							   TEXT("                     gives the same pictures and dumps, byte by byte\n") TEXT(
 								   "  --set NAME=VALUE   set a console variable; may be given several times\n")
-								   TEXT("  --draft            put back the prompt that was not sent last time, and keep this\n") TEXT(
-									   "                     one, as a session in a window does; for scripts\n")
-									   TEXT("  --headless         no window: the same program, painted into memory\n") TEXT(
-										   "  --size WxH         size of the window in pixels (default 1280x800)\n")
-										   TEXT("  --scale F          pixels per unit, 0.5 to 4 (default: GDK_SCALE, or 1)\n") TEXT(
-											   "  --help, --version\n") TEXT("\n") TEXT("Without a display and with nothing to do "
-																						"(--prompt, --script, --dump or\n")
-											   TEXT("--screenshot) the program reads prompts from standard input, one a line, and\n")
-												   TEXT("answers each. --prompt comes before --script, --dump and --screenshot after it.\n")
-													   TEXT("\n") TEXT("Steps of a script:\n")) +
+								   TEXT("  --frames FILE      write a line for each frame of a session in a window: seconds\n") TEXT(
+									   "                     since 1970, milliseconds of work, pixels painted\n")
+									   TEXT("  --draft            put back the prompt that was not sent last time, and keep this\n") TEXT(
+										   "                     one, as a session in a window does; for scripts\n")
+										   TEXT("  --headless         no window: the same program, painted into memory\n") TEXT(
+											   "  --size WxH         size of the window in pixels (default 1280x800)\n")
+											   TEXT("  --scale F          pixels per unit, 0.5 to 4 (default: GDK_SCALE, or 1)\n") TEXT(
+												   "  --help, --version\n") TEXT("\n") TEXT("Without a display and with nothing to do "
+																							"(--prompt, --script, --dump or\n")
+												   TEXT("--screenshot) the program reads prompts from standard input, one a line, and\n")
+													   TEXT("answers each. --prompt comes before --script, --dump and --screenshot after "
+															"it.\n") TEXT("\n") TEXT("Steps of a script:\n")) +
 		FScriptFile::GetHelp() +
 		TEXT("NAME is #Tag (the tags are in a dump), the whole text of a widget, or the first\n")
 			TEXT("line of its tooltip; it must name exactly one thing. @X%,Y% is a place in the\n")

@@ -16,6 +16,8 @@ struct FDesktopOptions
 	FString DumpFile;
 	FString ScreenshotFile;
 	FString ScriptFile;
+	/** Where to write down the frames of a session in a window. */
+	FString FramesFile;
 	/** Keep and restore the unsent prompt as a session in a window does. */
 	bool bDraft = false;
 	/** Console variables to set before anything is made, in this order. */

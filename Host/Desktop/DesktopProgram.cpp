@@ -4,6 +4,7 @@
 #include "CodeIntel/CodeIntelIndexManager.h"
 #include "EditorServices.h"
 #include "DraftKeeper.h"
+#include "FrameLog.h"
 #include "Framework/Application/SlateApplication.h"
 #include "Framework/Docking/TabManager.h"
 #include "HAL/PlatformProcess.h"
@@ -54,6 +55,8 @@ namespace
 	constexpr double RestSeconds = 0.3;
 	/** What is shown has settled after this time: rows have faded in and lists have scrolled. */
 	constexpr double SettleSeconds = 0.6;
+	/** Between two looks at what the program waits for. */
+	constexpr double LookSeconds = 1.0 / 60.0;
 
 	/** The folder above the executable that holds the plug-in's description. */
 	FString FindHomeFolder()
@@ -194,6 +197,10 @@ bool FDesktopProgram::SetUpWindow()
 			{
 				Script->OnFrame();
 			}
+			if (Draft)
+			{
+				Draft->NoteTurn();
+			}
 			FSimulatedTime::BeginFrame();
 		});
 	FHostDialogs::Install();
@@ -299,9 +306,7 @@ bool FDesktopProgram::RunFramesUntil(TFunctionRef<bool()> Test, double Seconds)
 		{
 			return false;
 		}
-		// Waiting for an answer is no time to doze.
-		Application.NoteActivity();
-		Application.RunFrame();
+		Application.RunTurn(LookSeconds);
 	}
 	return true;
 }
@@ -340,7 +345,7 @@ bool FDesktopProgram::Answer(const FString& Prompt)
 			Keyboard.OnTextInput(Lines[Index]);
 		}
 	}
-	Application.RunFrame();
+	Application.RunTurn(LookSeconds);
 	const FModifierKeysState Control(false, false, true, false, false, false);
 	Keyboard.OnKeyDown(EKeys::Enter, Control, false);
 	Keyboard.OnKeyUp(EKeys::Enter, FModifierKeysState());
@@ -467,10 +472,18 @@ int32 FDesktopProgram::RunActions()
 
 int32 FDesktopProgram::RunWindow()
 {
+	FFrameLog Frames;
+	if (!Options.FramesFile.IsEmpty() && !Frames.Open(MakeAbsolute(Options.FramesFile)))
+	{
+		return Fail(FString::Printf(TEXT("The frames could not be written to \"%s\"."), *Options.FramesFile));
+	}
 	FSlateApplication& Application = FSlateApplication::Get();
 	while (!Application.IsExitRequested())
 	{
-		Application.RunFrame();
+		if (Application.RunTurn())
+		{
+			Frames.NoteFrame();
+		}
 	}
 	return 0;
 }

@@ -1,5 +1,6 @@
 #include "DraftKeeper.h"
 
+#include "Framework/Application/SlateApplication.h"
 #include "HAL/FileManager.h"
 #include "Host/HostAtomicFile.h"
 #include "Host/HostFolders.h"
@@ -17,6 +18,11 @@ namespace
 	constexpr double DraftWriteSeconds = 0.4;
 	/** No prompt is nearly as long; a file that is one is something else. */
 	constexpr int64 MaxDraftBytes = 256 * 1024 * 1024;
+
+	uint64 CountFrames()
+	{
+		return FSlateApplication::IsInitialized() ? FSlateApplication::Get().GetFrameStats().FrameCount : 0;
+	}
 
 	/** UTF-16 with its mark, which keeps every text as it is. */
 	std::string EncodeDraft(const FString& Text)
@@ -38,12 +44,7 @@ FDraftKeeper::FDraftKeeper(const FString& InPath)
 	, Writer([this]() { Write(); }, DraftWriteSeconds)
 {
 	Look();
-	Ticker = FTSTicker::GetCoreTicker().AddTicker(TEXT("Draft"), DraftLookSeconds,
-		[this](float)
-		{
-			Look();
-			return true;
-		});
+	StartLooking();
 }
 
 FDraftKeeper::~FDraftKeeper()
@@ -51,6 +52,31 @@ FDraftKeeper::~FDraftKeeper()
 	FTSTicker::RemoveTicker(Ticker);
 	Look();
 	Finish();
+}
+
+void FDraftKeeper::StartLooking()
+{
+	Ticker = FTSTicker::GetCoreTicker().AddTicker(TEXT("Draft"), DraftLookSeconds,
+		[this](float)
+		{
+			const uint64 Frames = CountFrames();
+			const bool bGoesOn = Frames != SeenFrames;
+			SeenFrames = Frames;
+			Look();
+			if (!bGoesOn)
+			{
+				Ticker.Reset();
+			}
+			return bGoesOn;
+		});
+}
+
+void FDraftKeeper::NoteTurn()
+{
+	if (!Ticker.IsValid() && CountFrames() != SeenFrames)
+	{
+		StartLooking();
+	}
 }
 
 TSharedPtr<SHostTextWidget> FDraftKeeper::FindBox()
@@ -87,6 +113,10 @@ void FDraftKeeper::Restore(SHostTextWidget& NewBox)
 	}
 	NewBox.SetText(FText::FromString(MoveTemp(Stored)));
 	NewBox.GoTo(ETextLocation::EndOfDocument);
+	if (FSlateApplication::IsInitialized())
+	{
+		FSlateApplication::Get().NoteActivity();
+	}
 	const std::lock_guard<std::mutex> Lock(Mutex);
 	Text = NewBox.GetText();
 }

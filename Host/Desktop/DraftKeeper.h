@@ -24,8 +24,10 @@ public:
 	FDraftKeeper(const FDraftKeeper&) = delete;
 	FDraftKeeper& operator=(const FDraftKeeper&) = delete;
 
-	/** Looks at the box; called by itself four times a second. */
+	/** Looks at the box; called by itself four times a second while there are frames. */
 	void Look();
+	/** Before each turn of the loop: goes on looking when there was a frame, without which no text changes. */
+	void NoteTurn();
 	/** Writes what was seen last, and waits for it. Any thread; for a program that must end at once. */
 	void Finish() { Writer.Finish(); }
 
@@ -44,7 +46,11 @@ private:
 	FText Text;
 	/** What was told last about the file; empty while it can be written. Writer's thread. */
 	FString Failure;
+	void StartLooking();
+
+	/** Not valid while nothing happens. */
 	FTSTicker::FDelegateHandle Ticker;
+	uint64 SeenFrames = 0;
 	/** Last: its thread uses the others. */
 	FHostDelayedWork Writer;
 };

@@ -1,7 +1,23 @@
 #include "OutputLog.h"
 
+#include "Async/Async.h"
+#include "Async/TaskGraphInterfaces.h"
+#include "Framework/Application/SlateApplication.h"
+
 namespace
 {
+	void WakeForLog()
+	{
+		AsyncTask(ENamedThreads::GameThread,
+			[]()
+			{
+				if (FSlateApplication::IsInitialized())
+				{
+					FSlateApplication::Get().NoteActivity();
+				}
+			});
+	}
+
 	FString MakePrefix(const FHostLogLine& Line)
 	{
 		FHostLogLine Head;
@@ -23,6 +39,10 @@ FOutputLog::FOutputLog()
 				Waiting.RemoveAt(0, MaxLines / 10);
 			}
 			Waiting.Add(Line);
+			if (bIsWatched.exchange(false))
+			{
+				WakeForLog();
+			}
 		});
 	for (const FHostLogLine& Line : FHostLog::GetRecentLines())
 	{
@@ -42,6 +62,7 @@ void FOutputLog::Update()
 		const std::lock_guard<std::mutex> Lock(WaitingMutex);
 		Taken = MoveTemp(Waiting);
 		Waiting.Reset();
+		bIsWatched = true;
 	}
 	for (const FHostLogLine& Line : Taken)
 	{

@@ -3,6 +3,7 @@
 #include "CoreMinimal.h"
 #include "Host/HostLog.h"
 
+#include <atomic>
 #include <mutex>
 
 /** One line as it is shown. Numbers go up by one and never come again. */
@@ -31,7 +32,7 @@ public:
 	FOutputLog(const FOutputLog&) = delete;
 	FOutputLog& operator=(const FOutputLog&) = delete;
 
-	/** Takes over what was logged since. */
+	/** Takes over what was logged since. For windows that show lines, once a frame; the line after the call wakes Slate. */
 	void Update();
 	/** A line of the console's own, which goes nowhere else. */
 	void Add(const FString& Text, ELogVerbosity::Type Verbosity);
@@ -46,6 +47,8 @@ private:
 	void Append(const FString& Prefix, const FString& Text, ELogVerbosity::Type Verbosity);
 	void Trim();
 
+	/** Somebody shows the lines, and has all that are there. */
+	std::atomic<bool> bIsWatched = false;
 	std::mutex WaitingMutex;
 	TArray<FHostLogLine> Waiting;
 	int32 SinkHandle = 0;

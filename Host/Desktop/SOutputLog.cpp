@@ -2,6 +2,7 @@
 
 #include "HAL/PlatformApplicationMisc.h"
 #include "Host/HostConsole.h"
+#include "Host/HostSleep.h"
 #include "Styling/AppStyle.h"
 #include "Styling/CoreStyle.h"
 #include "Widgets/Input/SButton.h"
@@ -161,6 +162,10 @@ void SOutputLog::Tick(const FGeometry& AllottedGeometry, const double InCurrentT
 	const bool bFollow = List->IsAtBottom();
 	Log->Update();
 	GoOnFiltering();
+	if (!Filter.IsEmpty() && NextNumber < Log->GetFirstNumber() + Log->GetLines().Num())
+	{
+		FHostSleep::RequestFrameAt(InCurrentTime);
+	}
 	if (SeenFirstNumber != Log->GetFirstNumber())
 	{
 		SeenFirstNumber = Log->GetFirstNumber();

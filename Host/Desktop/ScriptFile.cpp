@@ -53,7 +53,7 @@ namespace
 			TEXT("until the agent rests and the picture stands still") },
 		{ TEXT("wait state"), EScriptVerb::WaitState, EScriptArguments::StateAndSeconds, TEXT("wait state NAME SECONDS"),
 			TEXT("until the conversation is in that state") },
-		{ TEXT("tick"), EScriptVerb::Tick, EScriptArguments::Frames, TEXT("tick N"), TEXT("lets N frames pass") },
+		{ TEXT("tick"), EScriptVerb::Tick, EScriptArguments::Frames, TEXT("tick N"), TEXT("lets N sixtieths of a second pass") },
 		{ TEXT("resize"), EScriptVerb::Resize, EScriptArguments::Size, TEXT("resize W H"),
 			TEXT("changes the size of the window (pixels)") },
 		{ TEXT("answer file"), EScriptVerb::AnswerFile, EScriptArguments::Name, TEXT("answer file PATH"),

@@ -79,12 +79,12 @@ void FScriptRunner::OnFrame()
 	{
 		return;
 	}
-	FSlateApplication::Get().NoteActivity();
 	if (Pending.Num() > 0)
 	{
 		// Taken out first: it may open a dialog, whose loop comes back here.
 		const TFunction<void()> Action = MoveTemp(Pending[0]);
 		Pending.RemoveAt(0);
+		FSlateApplication::Get().RequestFrame();
 		Action();
 		return;
 	}
@@ -99,6 +99,7 @@ void FScriptRunner::OnFrame()
 	if (bJustOpened)
 	{
 		// The frame that follows lays it out; before that nothing in it can be found.
+		FSlateApplication::Get().RequestFrame();
 		return;
 	}
 	if (OpenDialogs > 0 && !IsDialogAnswered())
@@ -118,6 +119,11 @@ void FScriptRunner::OnFrame()
 		return;
 	}
 	++Next;
+	// What a step does is on screen before the next one. Steps that wait bring no frame, so that they see what a user would.
+	if (Step.Verb != EScriptVerb::Tick)
+	{
+		FSlateApplication::Get().RequestFrame();
+	}
 	Begin(Step);
 }
 

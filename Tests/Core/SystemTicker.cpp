@@ -1,4 +1,5 @@
 #include "Containers/Ticker.h"
+#include "Host/HostClock.h"
 #include "Support/Base/Printers.h"
 
 #include <atomic>
@@ -8,7 +9,7 @@
 #include <thread>
 #include <vector>
 
-TEST(SystemTicker, DeltasAreTrueSeconds)
+TEST(SystemTicker, DeltasAreThoseOfTheTick)
 {
 	FTSTicker Ticker;
 	std::vector<float> Slow;
@@ -32,14 +33,41 @@ TEST(SystemTicker, DeltasAreTrueSeconds)
 		Ticker.Tick(0.1f);
 	}
 	ASSERT_EQ(Slow.size(), 1u) << "ten tenths make a second";
-	EXPECT_FLOAT_EQ(Slow[0], 1.0f);
+	EXPECT_FLOAT_EQ(Slow[0], 0.1f) << "not the second that has passed since it was added";
 	EXPECT_EQ(Fast.size(), 10u);
 	EXPECT_FLOAT_EQ(Fast[3], 0.1f);
 	Ticker.Tick(3.5f);
 	ASSERT_EQ(Slow.size(), 2u) << "a long gap is one call";
 	EXPECT_FLOAT_EQ(Slow[1], 3.5f);
+	Ticker.Tick(0.25f);
+	Ticker.Tick(0.75f);
+	ASSERT_EQ(Slow.size(), 3u);
+	EXPECT_FLOAT_EQ(Slow[2], 0.75f);
 	Ticker.Tick(-1.0f);
 	EXPECT_FLOAT_EQ(Fast.back(), 0.0f) << "time does not run backwards";
+}
+
+TEST(SystemTicker, WhatIsAddedInALongTickWaitsItsWholeDelay)
+{
+	FHostClock::UseSimulatedTime(FDateTime(2026, 1, 31));
+	FTSTicker Ticker;
+	int32 Calls = 0;
+	const auto Count = [&Calls](float)
+	{
+		++Calls;
+		return true;
+	};
+	Ticker.SetFollowsClock(true);
+	Ticker.Tick(0.1f);
+	FHostClock::Advance(10.0);
+	Ticker.AddTicker(TEXT(""), 1.0f, Count);
+	Ticker.Tick(10.0f);
+	EXPECT_EQ(Calls, 0) << "the ten seconds were over when it came";
+	EXPECT_FLOAT_EQ(Ticker.GetTimeUntilNextCall(), 1.0f);
+	FHostClock::Advance(1.0);
+	Ticker.Tick(1.0f);
+	EXPECT_EQ(Calls, 1);
+	FHostClock::UseRealTime();
 }
 
 TEST(SystemTicker, ChangesWhileTicking)

@@ -48,6 +48,21 @@ TEST_F(DesktopRun, AnswersWhatIsTypedOnTheKeyboard)
 	EXPECT_EQ(ReadFile(Project.Path("answer.png")).substr(1, 3), "PNG");
 }
 
+TEST_F(DesktopRun, AnAnswerIsOnScreenWhileNobodyTouchesAnything)
+{
+	const FRandomProject Project;
+	// Steps that wait bring no frame. The caret has come to rest before the pictures; the pointer's move brings a frame at last.
+	Project.Write("run.txt",
+		"wait state AwaitingInput 60\ntick 720\nscreenshot shown.png\ndump answer.json\nmove #StatusText\ntick 60\n"
+		"screenshot true.png\n");
+	const FRun Run = RunBeside({ "--project", Project.Folder.string(), "--script", "run.txt" },
+		"sleep 0.5; xdotool windowfocus --sync $W type --delay 20 'find " + Project.Symbol + "' && xdotool key ctrl+Return",
+		Project.OutFolder.string());
+	EXPECT_EQ(Run.ExitCode, 0) << Run.Error;
+	EXPECT_TRUE(Contains(ReadFile(Project.Path("answer.json")), Project.File));
+	EXPECT_TRUE(ReadFile(Project.Path("shown.png")) == ReadFile(Project.Path("true.png"))) << "something waited for a hand";
+}
+
 TEST_F(DesktopRun, GoesOnWhileHiddenAndShowsItAfterwards)
 {
 	const FRandomProject Project;

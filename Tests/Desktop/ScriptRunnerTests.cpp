@@ -60,7 +60,7 @@ protected:
 			});
 		for (int32 Frame = 0; Frame < 3000 && !Runner.IsFinished(); ++Frame)
 		{
-			App().RunFrame();
+			App().RunTurn();
 		}
 		App().SetFrameHook(nullptr);
 		EXPECT_TRUE(Runner.IsFinished());

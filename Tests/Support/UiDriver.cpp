@@ -85,6 +85,31 @@ void FWidgetTest::PumpSeconds(double Seconds)
 	}
 }
 
+void FWidgetTest::LetTimePass(double Seconds)
+{
+	WaitFor([] { return false; }, Seconds);
+}
+
+double FWidgetTest::WaitFor(const std::function<bool()>& Test, double Seconds)
+{
+	constexpr double TurnSeconds = 1.0 / 60.0;
+	double Passed = 0.0;
+	while (!Test() && Passed < Seconds - 1e-9)
+	{
+		FHostClock::Advance(TurnSeconds);
+		App().RunTurn(0.0);
+		Passed += TurnSeconds;
+	}
+	return Passed;
+}
+
+int32 FWidgetTest::CountFrames(double Seconds)
+{
+	const uint64 Before = App().GetFrameStats().FrameCount;
+	LetTimePass(Seconds);
+	return static_cast<int32>(App().GetFrameStats().FrameCount - Before);
+}
+
 void FWidgetTest::Resize(int32 Width, int32 Height)
 {
 	App().GetWindow().Resize(FIntPoint(Width, Height));

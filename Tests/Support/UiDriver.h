@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -34,6 +35,16 @@ protected:
 	void PumpFrame(double Seconds = 1.0 / 60.0);
 	/** Frames of a sixtieth second until so much time has passed. */
 	void PumpSeconds(double Seconds);
+
+	// What comes to the screen without being pumped.
+	/** From here on input brings one frame, and nothing but active timers brings another. */
+	static void SleepStrictly() { App().SetStrictSleep(true); }
+	/** Turns of the loop, a sixtieth second each. Slate has its frames among them when it is awake, and only then. */
+	void LetTimePass(double Seconds);
+	/** Seconds of such turns until the test holds; the whole time when it never does. */
+	double WaitFor(const std::function<bool()>& Test, double Seconds);
+	/** Frames that so much time brings. */
+	int32 CountFrames(double Seconds);
 	void Resize(int32 Width, int32 Height);
 
 	// Input. Positions are device pixels.

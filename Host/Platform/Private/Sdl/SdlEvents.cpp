@@ -28,25 +28,14 @@ void FSdlWindow::PumpEvents(IHostMessageHandler& Handler, double MaxWaitSeconds)
 	}
 	bCloseSent = false;
 	SDL_Event Event;
-	bool bAny = false;
 	const bool bMaySleep = MaxWaitSeconds > 0.0 && !FHostClock::IsSimulated();
-	int32 Count = 0;
-	while (Count < MaxEventsPerPump && SDL_PollEvent(&Event))
+	// Rather a little late than twice. Does not wait when something is there.
+	const int Milliseconds = static_cast<int>(std::ceil(std::min(MaxWaitSeconds, 3600.0) * 1000.0));
+	bool bAny = bMaySleep ? SDL_WaitEventTimeout(&Event, Milliseconds) == 1 : SDL_PollEvent(&Event) == 1;
+	for (int32 Count = 0; bAny && Count < MaxEventsPerPump; ++Count)
 	{
 		Dispatch(Handler, Event);
-		bAny = true;
-		++Count;
-	}
-	if (!bAny && bMaySleep)
-	{
-		const int Milliseconds = std::max(1, static_cast<int>(std::min(MaxWaitSeconds, 3600.0) * 1000.0));
-		if (SDL_WaitEventTimeout(&Event, Milliseconds))
-		{
-			do
-			{
-				Dispatch(Handler, Event);
-			} while (++Count < MaxEventsPerPump && SDL_PollEvent(&Event));
-		}
+		bAny = Count + 1 < MaxEventsPerPump && SDL_PollEvent(&Event) == 1;
 	}
 	SendMouseMove(Handler);
 	Gate.OnBatchEnd(Handler);

@@ -1,5 +1,6 @@
 #include "Containers/Ticker.h"
 
+#include "HAL/PlatformTime.h"
 #include "Templates/UnrealTemplate.h"
 
 #include <algorithm>
@@ -24,7 +25,6 @@ public:
 	const double Delay;
 
 	// Guarded by the owner's lock.
-	double LastTime = 0.0;
 	double NextTime = 0.0;
 	uint64 LastTick = 0;
 	uint64 Order = 0;
@@ -65,8 +65,8 @@ FTSTicker::FDelegateHandle FTSTicker::AddTicker(const TCHAR* Name, float Delay, 
 FTSTicker::FDelegateHandle FTSTicker::AddElement(TSharedPtr<FElement> Element, float Delay)
 {
 	const std::lock_guard<std::mutex> Lock(Mutex);
-	Element->LastTime = CurrentTime;
-	Element->NextTime = CurrentTime + Element->Delay;
+	const double SinceTick = ClockAtTick >= 0.0 ? std::max(FPlatformTime::Seconds() - ClockAtTick, 0.0) : 0.0;
+	Element->NextTime = CurrentTime + SinceTick + Element->Delay;
 	Element->Order = NextOrder++;
 	Elements.Add(Element);
 	return Element;
@@ -96,12 +96,14 @@ void FTSTicker::RemoveTicker(FDelegateHandle Handle)
 
 void FTSTicker::Tick(float DeltaTime)
 {
+	const float Passed = std::max(DeltaTime, 0.0f);
 	static std::atomic<uint64> TickCounter{ 0 };
 	const uint64 ThisTick = ++TickCounter;
 	std::vector<TSharedPtr<FElement>> Due;
 	{
 		const std::lock_guard<std::mutex> Lock(Mutex);
-		CurrentTime += DeltaTime > 0.0f ? double(DeltaTime) : 0.0;
+		CurrentTime += double(Passed);
+		ClockAtTick = ClockAtTick >= 0.0 ? FPlatformTime::Seconds() : ClockAtTick;
 		for (const TSharedPtr<FElement>& Element : Elements)
 		{
 			if (Element->NextTime <= CurrentTime + DueTolerance)
@@ -123,15 +125,12 @@ void FTSTicker::Tick(float DeltaTime)
 			}
 			Element->Executing = std::this_thread::get_id();
 		}
-		float Passed = 0.0f;
 		bool bCall = false;
 		{
 			const std::lock_guard<std::mutex> Lock(Mutex);
 			bCall = Element->LastTick < ThisTick; // Else a loop inside an earlier delegate has called it.
 			if (bCall)
 			{
-				Passed = float(CurrentTime - Element->LastTime);
-				Element->LastTime = CurrentTime;
 				Element->NextTime = CurrentTime + Element->Delay;
 				Element->LastTick = ThisTick;
 			}
@@ -165,6 +164,12 @@ float FTSTicker::GetTimeUntilNextCall() const
 		Soonest = std::min(Soonest, std::max(0.0, Element->NextTime - CurrentTime));
 	}
 	return float(Soonest);
+}
+
+void FTSTicker::SetFollowsClock(bool bFollows)
+{
+	const std::lock_guard<std::mutex> Lock(Mutex);
+	ClockAtTick = bFollows ? FPlatformTime::Seconds() : -1.0;
 }
 
 void FTSTicker::Reset()

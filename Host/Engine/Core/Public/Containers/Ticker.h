@@ -7,14 +7,14 @@
 
 #include <mutex>
 
-/** Returns true to be called again. DeltaTime is in seconds. */
+/** Returns true to be called again. DeltaTime is the time since the ticker's last tick, in seconds, whenever the last call was. */
 using FTickerDelegate = TDelegate<bool(float)>;
 
 /**
- * Calls delegates every so often. The host gives a delegate the time since it was last called (for the first call:
- * since it was added), so that sums of the deltas are true seconds also with a delay. A delegate may add and remove
- * tickers, itself included, and may run a loop that ticks again: it is not entered twice. Add and remove on any
- * thread; Tick on the game thread.
+ * Calls delegates every so often. All get the time since the last tick, that is, for the core ticker, since the last turn
+ * of the program's loop: whoever is called with a delay and wants to know how long ago asks the clock. A delegate may add
+ * and remove tickers, itself included, and may run a loop that ticks again: it is not entered twice. Add and remove on
+ * any thread; Tick on the game thread.
  */
 class CORE_API FTSTicker
 {
@@ -22,7 +22,7 @@ public:
 	class FElement;
 	using FDelegateHandle = TWeakPtr<FElement>;
 
-	/** Ticked once a frame by the program's loop. */
+	/** Ticked in every turn of the program's loop. */
 	static FTSTicker& GetCoreTicker();
 
 	FTSTicker();
@@ -45,6 +45,11 @@ public:
 	float GetTimeUntilNextCall() const;
 	/** Removes everything. */
 	void Reset();
+	/**
+	 * Delays of what is added between two ticks count from the adding by FPlatformTime, and not from the tick before: for a
+	 * ticker whose deltas are that clock's, and may be long. Game thread.
+	 */
+	void SetFollowsClock(bool bFollows);
 
 private:
 	FDelegateHandle AddElement(TSharedPtr<FElement> Element, float Delay);
@@ -52,5 +57,7 @@ private:
 	mutable std::mutex Mutex;
 	TArray<TSharedPtr<FElement>> Elements;
 	double CurrentTime = 0.0;
+	/** The clock at the last tick; below zero when the clock is not followed. */
+	double ClockAtTick = -1.0;
 	uint64 NextOrder = 0;
 };

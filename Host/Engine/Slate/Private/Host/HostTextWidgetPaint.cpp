@@ -1,4 +1,5 @@
 #include "Host/HostFocus.h"
+#include "Host/HostSleep.h"
 #include "Host/HostTextState.h"
 #include "Host/HostTextWidget.h"
 #include "Rendering/DrawElements.h"
@@ -131,6 +132,7 @@ void SHostTextWidget::Tick(const FGeometry& AllottedGeometry, const double InCur
 	if (DragUnit != EDragUnit::None)
 	{
 		ScrollWhileDragging(AllottedGeometry, InDeltaTime);
+		FHostSleep::RequestFrameAt(InCurrentTime);
 	}
 }
 
@@ -142,7 +144,14 @@ bool SHostTextWidget::IsCaretOn(double Now) const
 		State->LastInput = Now;
 	}
 	const double Elapsed = Now - State->LastInput;
-	return Elapsed < 0.0 || Elapsed >= CaretRestSeconds || static_cast<int64>(Elapsed / CaretBlinkSeconds) % 2 == 0;
+	if (Elapsed < 0.0 || Elapsed >= CaretRestSeconds)
+	{
+		return true;
+	}
+	const int64 Blinks = static_cast<int64>(Elapsed / CaretBlinkSeconds);
+	const double Next = FMath::Min((static_cast<double>(Blinks) + 1.0) * CaretBlinkSeconds, CaretRestSeconds);
+	FHostSleep::RequestFrameAt(State->LastInput + Next);
+	return Blinks % 2 == 0;
 }
 
 bool SHostTextWidget::FindCaret(const FGeometry& Geometry, FSlateRect& OutRect) const

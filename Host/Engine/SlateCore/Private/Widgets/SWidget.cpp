@@ -2,6 +2,7 @@
 
 #include "HAL/PlatformTime.h"
 #include "Host/HostFocus.h"
+#include "Host/HostSleep.h"
 #include "Widgets/DeclarativeSyntaxSupport.h"
 #include "Widgets/IToolTip.h"
 
@@ -18,6 +19,14 @@ SWidget::~SWidget()
 	if (FHostFocus::Get().MouseCaptor.HasSameObject(this))
 	{
 		FHostFocus::Get().MouseCaptor.Reset();
+	}
+	if (Rare)
+	{
+		// Somebody may hold a handle longer than the widget lives.
+		for (const TSharedRef<FActiveTimerHandle>& Timer : Rare->ActiveTimers)
+		{
+			FHostSleep::RemoveTimer(Timer.Get());
+		}
 	}
 }
 
@@ -248,6 +257,7 @@ int32 SWidget::PaintArrangedChildren(const FPaintArgs& Args, const FArrangedChil
 
 void SWidget::Invalidate(EInvalidateWidgetReason InvalidateReason)
 {
+	FHostSleep::NoteChange();
 	if (InvalidateReason == EInvalidateWidgetReason::None || InvalidateReason == EInvalidateWidgetReason::Paint)
 	{
 		// Painting reads everything anew in each frame.
@@ -276,6 +286,7 @@ TSharedPtr<SWidget> SWidget::GetParentWidget() const
 
 void SWidget::SetVisibility(TAttribute<EVisibility> InVisibility)
 {
+	FHostSleep::NoteChange();
 	if (!InVisibility.IsBound() && !bVisibilityBound)
 	{
 		const EVisibility Wanted = InVisibility.Get();
@@ -296,6 +307,7 @@ void SWidget::SetVisibility(TAttribute<EVisibility> InVisibility)
 
 void SWidget::SetEnabled(TAttribute<bool> InEnabled)
 {
+	FHostSleep::NoteChange();
 	bEnabledBound = InEnabled.IsBound();
 	if (bEnabledBound)
 	{
@@ -329,6 +341,7 @@ void SWidget::SetCursor(const TAttribute<TOptional<EMouseCursor::Type>>& InCurso
 
 void SWidget::SetRenderOpacity(float InOpacity)
 {
+	FHostSleep::NoteChange();
 	RenderOpacity = InOpacity;
 }
 
@@ -371,6 +384,7 @@ TSharedRef<FActiveTimerHandle> SWidget::RegisterActiveTimer(float TickPeriod, FW
 	const TSharedRef<FActiveTimerHandle> Handle = MakeShared<FActiveTimerHandle>(TickPeriod, MoveTemp(TickFunction), Now + TickPeriod);
 	Handle->LastTime = Now;
 	GetRareState().ActiveTimers.Add(Handle);
+	FHostSleep::AddTimer(Handle);
 	return Handle;
 }
 
@@ -380,6 +394,7 @@ void SWidget::UnRegisterActiveTimer(const TSharedRef<FActiveTimerHandle>& Active
 	{
 		return;
 	}
+	FHostSleep::RemoveTimer(ActiveTimerHandle.Get());
 	Rare->ActiveTimers.RemoveAll(
 		[&ActiveTimerHandle](const TSharedRef<FActiveTimerHandle>& Timer) { return &Timer.Get() == &ActiveTimerHandle.Get(); });
 }

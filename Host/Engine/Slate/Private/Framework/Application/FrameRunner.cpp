@@ -2,6 +2,7 @@
 
 #include "Containers/Ticker.h"
 #include "HAL/PlatformTime.h"
+#include "Host/HostSleep.h"
 #include "Host/HostTasks.h"
 #include "InputRouter.h"
 #include "LayerStack.h"
@@ -10,10 +11,12 @@
 
 namespace
 {
-	constexpr double IdleFrameSeconds = 0.1;
 	constexpr double ActiveFrameSeconds = 1.0 / 60.0;
 	constexpr double ActivitySeconds = 0.5;
 	constexpr double MaxWidgetDelta = 0.25;
+	constexpr double MaxWaitSeconds = 3600.0;
+	/** Windows wait for whole milliseconds, so a turn may come a little before its time. */
+	constexpr double FrameTolerance = 0.0006;
 	/** Text that wraps and boxes that wrap settle in two walks; the rest is a safety net. */
 	constexpr int32 MaxLayoutPasses = 4;
 
@@ -30,14 +33,42 @@ FFrameRunner::FFrameRunner(FLayerStack& InLayers, FInputRouter& InInput, IHostWi
 	, Window(InWindow)
 	, Elements(FVector2D(0, 0), 1.0f)
 	, Spare(FVector2D(0, 0), 1.0f)
-	, LastFrameTime(FPlatformTime::Seconds())
-	, ActiveUntil(LastFrameTime + ActivitySeconds)
+	, LastTurnTime(FPlatformTime::Seconds())
+	, LastFrameTime(LastTurnTime)
+	, LastBeat(LastTurnTime)
+	, ActiveUntil(LastTurnTime + ActivitySeconds)
 {
 }
 
 void FFrameRunner::NoteActivity()
 {
-	ActiveUntil = FPlatformTime::Seconds() + ActivitySeconds;
+	const double Now = FPlatformTime::Seconds();
+	ActiveUntil = bStrictSleep ? Now : Now + ActivitySeconds;
+	FHostSleep::RequestFrameAt(Now);
+}
+
+void FFrameRunner::SetStrictSleep(bool bStrict)
+{
+	bStrictSleep = bStrict;
+	ActiveUntil = FPlatformTime::Seconds();
+}
+
+double FFrameRunner::GetNextFrameTime() const
+{
+	if (!Window.IsVisible())
+	{
+		return FHostSleep::Never();
+	}
+	if (bFrameWanted || Input.HasActivity())
+	{
+		return LastFrameTime;
+	}
+	const double Beat = LastBeat + ActiveFrameSeconds - FrameTolerance;
+	if ((!bStrictSleep && Layers.IsAnythingOpen()) || Layers.CountOpen() != ShownLayers || Beat <= ActiveUntil)
+	{
+		return Beat;
+	}
+	return FMath::Max(Beat, FHostSleep::GetNextFrameTime());
 }
 
 double FFrameRunner::GetWait() const
@@ -46,10 +77,10 @@ double FFrameRunner::GetWait() const
 	{
 		return 0.0;
 	}
-	const double Now = FPlatformTime::Seconds();
-	const bool bActive = Now < ActiveUntil || Layers.IsAnythingOpen();
-	const double Period = bActive ? ActiveFrameSeconds : IdleFrameSeconds;
-	return FMath::Clamp(LastFrameTime + Period - Now, 0.0, Period);
+	// A ticker without a delay is called as often as there are frames at full rate.
+	const double TickerWait = FMath::Max<double>(FTSTicker::GetCoreTicker().GetTimeUntilNextCall(), ActiveFrameSeconds);
+	const double Next = FMath::Min(GetNextFrameTime(), LastTurnTime + TickerWait);
+	return FMath::Clamp(Next - FPlatformTime::Seconds(), 0.0, MaxWaitSeconds);
 }
 
 FSlateRect FFrameRunner::GetDamage(const TArray<FSlateDrawElement>& Before, const TArray<FSlateDrawElement>& Now)
@@ -111,60 +142,93 @@ void FFrameRunner::LayOutAndPaint(double Now, float DeltaTime, FSlateWindowEleme
 		}
 		if (!Layers.NeedsPrepass())
 		{
-			break;
+			bUnsettled = false;
+			return;
 		}
+	}
+	// What swings for ever is not worth every frame.
+	if (!bUnsettled)
+	{
+		bUnsettled = true;
+		FHostSleep::RequestFrameAt(Now);
 	}
 }
 
-void FFrameRunner::RunFrame()
+bool FFrameRunner::RunTurn(bool bForce)
 {
 	const double WorkStart = GetWorkSeconds();
 	const double Now = FPlatformTime::Seconds();
-	const double Elapsed = FMath::Max(Now - LastFrameTime, 0.0);
-	LastFrameTime = Now;
+	const double Elapsed = FMath::Max(Now - LastTurnTime, 0.0);
+	LastTurnTime = Now;
 
-	if (FHostTasks::HasPending())
+	// 1. What was handed over. A task that changes a widget has something to show; one that changes what widgets only ask for
+	// has to be waited for by them.
+	const uint64 ChangesBefore = FHostSleep::GetChangeCount();
+	FHostTasks::RunGameThreadTasks();
+	if (!bStrictSleep && FHostSleep::GetChangeCount() != ChangesBefore)
 	{
 		NoteActivity();
 	}
-	FHostTasks::RunGameThreadTasks();
+	// 2. The core ticker.
 	FTSTicker::GetCoreTicker().Tick(static_cast<float>(Elapsed));
+	// 3. Layers that have come to their end.
 	Layers.PrunePopups(Now);
 	for (const TSharedRef<SWindow>& Closed : Layers.RemoveClosedWindows())
 	{
 		Closed->NotifyClosed();
 		NoteActivity();
 	}
+	// 4. The frame, if there is reason for one.
+	const bool bFrame = bForce || Now >= GetNextFrameTime();
+	if (bFrame)
+	{
+		RunFrame(Now);
+		Stats.LastFrameSeconds = GetWorkSeconds() - WorkStart;
+	}
+	++Stats.TurnCount;
+	Stats.WorstFrameSeconds = FMath::Max(Stats.WorstFrameSeconds, GetWorkSeconds() - WorkStart);
+	return bFrame;
+}
 
+void FFrameRunner::RunFrame(double Now)
+{
+	const double Elapsed = FMath::Max(Now - LastFrameTime, 0.0);
+	LastFrameTime = Now;
+	LastBeat = Now - LastBeat < 2.0 * ActiveFrameSeconds ? FMath::Min(Now, LastBeat + ActiveFrameSeconds) : Now;
+	bFrameWanted = false;
+	if (Input.TakeActivity() || Layers.CountOpen() != ShownLayers)
+	{
+		NoteActivity();
+	}
+	// From here on whoever wants another frame says so.
+	FHostSleep::BeginFrame();
+	ShownLayers = Layers.CountOpen();
 	if (Window.IsVisible())
 	{
 		// Taken out of the members while in use: a dialog opened by a tick runs frames of its own in here.
 		FSlateWindowElementList Next = MoveTemp(Spare);
 		Spare = FSlateWindowElementList(FVector2D(0, 0), 1.0f);
 		LayOutAndPaint(Now, static_cast<float>(FMath::Min(Elapsed, MaxWidgetDelta)), Next);
-
-		const FSlateRect Whole(0.0f, 0.0f, static_cast<float>(Next.GetWindowSize().X), static_cast<float>(Next.GetWindowSize().Y));
-		const bool bWhole = Input.TakeExposed() || !bHasPicture || Next.GetWindowSize() != Elements.GetWindowSize() ||
-			Next.GetScale() != Elements.GetScale();
-		const FSlateRect Damage = bWhole ? Whole : GetDamage(Elements.GetElements(), Next.GetElements()).IntersectionWith(Whole);
-		Stats.LastPaintedPixels = 0.0;
-		if (!Damage.IsEmpty())
-		{
-			Window.PaintAndPresent(Next, Damage);
-			Stats.LastPaintedPixels = static_cast<double>(Damage.Width()) * Damage.Height();
-			++Stats.PaintedFrames;
-			bHasPicture = true;
-			NoteActivity();
-		}
-		Spare = MoveTemp(Elements);
-		Elements = MoveTemp(Next);
+		Present(MoveTemp(Next));
 		Input.Update(Now);
 	}
-	if (Input.TakeActivity())
-	{
-		NoteActivity();
-	}
 	++Stats.FrameCount;
-	Stats.LastFrameSeconds = GetWorkSeconds() - WorkStart;
-	Stats.WorstFrameSeconds = FMath::Max(Stats.WorstFrameSeconds, Stats.LastFrameSeconds);
+}
+
+void FFrameRunner::Present(FSlateWindowElementList&& Next)
+{
+	const FSlateRect Whole(0.0f, 0.0f, static_cast<float>(Next.GetWindowSize().X), static_cast<float>(Next.GetWindowSize().Y));
+	const bool bWhole =
+		Input.TakeExposed() || !bHasPicture || Next.GetWindowSize() != Elements.GetWindowSize() || Next.GetScale() != Elements.GetScale();
+	const FSlateRect Damage = bWhole ? Whole : GetDamage(Elements.GetElements(), Next.GetElements()).IntersectionWith(Whole);
+	Stats.LastPaintedPixels = 0.0;
+	if (!Damage.IsEmpty())
+	{
+		Window.PaintAndPresent(Next, Damage);
+		Stats.LastPaintedPixels = static_cast<double>(Damage.Width()) * Damage.Height();
+		++Stats.PaintedFrames;
+		bHasPicture = true;
+	}
+	Spare = MoveTemp(Elements);
+	Elements = MoveTemp(Next);
 }

@@ -2,6 +2,7 @@
 
 #include "HAL/PlatformTime.h"
 #include "Host/HostFocus.h"
+#include "Host/HostSleep.h"
 #include "LayerStack.h"
 #include "Widgets/IToolTip.h"
 #include "Widgets/SToolTip.h"
@@ -252,8 +253,9 @@ void FInputRouter::OnPreedit(FStringView Text, int32 Cursor)
 	}
 }
 
-void FInputRouter::UpdateHover(const FPointerEvent& Event)
+bool FInputRouter::UpdateHover(const FPointerEvent& Event)
 {
+	bool bChanged = false;
 	FEventPath Path;
 	if (bPointerInside)
 	{
@@ -278,6 +280,7 @@ void FInputRouter::UpdateHover(const FPointerEvent& Event)
 		if (Widget &&
 			!Path.Widgets.ContainsByPredicate([&Widget](const FArrangedWidget& Entry) { return &Entry.Widget.Get() == Widget.Get(); }))
 		{
+			bChanged = true;
 			Widget->bIsHovered = false;
 			Widget->bIsDirectlyHovered = false;
 			Widget->OnMouseLeave(Event);
@@ -289,10 +292,12 @@ void FInputRouter::UpdateHover(const FPointerEvent& Event)
 		Widget.bIsDirectlyHovered = Index == Path.Widgets.Num() - 1;
 		if (!Widget.bIsHovered)
 		{
+			bChanged = true;
 			Widget.bIsHovered = true;
 			Widget.OnMouseEnter(Path.Widgets[Index].Geometry, Event);
 		}
 	}
+	return bChanged;
 }
 
 void FInputRouter::OnMouseMove(const FVector2D& Position, const FModifierKeysState& InModifiers)
@@ -587,10 +592,15 @@ void FInputRouter::UpdateToolTip(double Now)
 		{
 			Layers.SetToolTip(nullptr, Pointer);
 			ToolTipOwner.Reset();
+			bActivity = true;
 		}
 		return;
 	}
-	if (Owner && Now - RestSince >= ToolTipDelaySeconds)
+	if (Owner && Now - RestSince < ToolTipDelaySeconds)
+	{
+		FHostSleep::RequestFrameAt(RestSince + ToolTipDelaySeconds);
+	}
+	else if (Owner)
 	{
 		TSharedPtr<IToolTip> ToolTip = Owner->GetToolTip();
 		if (!ToolTip)
@@ -611,7 +621,11 @@ void FInputRouter::UpdateToolTip(double Now)
 
 void FInputRouter::Update(double Now)
 {
-	UpdateHover(MakePointerEvent(FKey()));
+	if (UpdateHover(MakePointerEvent(FKey())))
+	{
+		// What moved under the resting pointer looks otherwise now.
+		bActivity = true;
+	}
 	UpdateToolTip(Now);
 
 	EMouseCursor::Type Wanted = EMouseCursor::Default;

@@ -49,6 +49,7 @@ public:
 	const FModifierKeysState& GetModifiers() const { return Modifiers; }
 	/** True once after something happened; the loop runs at full rate for a while then. */
 	bool TakeActivity();
+	bool HasActivity() const { return bActivity; }
 	bool TakeExposed();
 
 	/** Asked when the user closes the window; false keeps it open. */
@@ -61,7 +62,8 @@ private:
 	/** The focused widget, unless it has left the window or lies below a modal one. */
 	TSharedPtr<SWidget> GetReachableFocus() const;
 	bool IsReachable(const TSharedRef<SWidget>& Widget) const;
-	void UpdateHover(const FPointerEvent& Event);
+	/** True when something came under the pointer or left it. */
+	bool UpdateHover(const FPointerEvent& Event);
 	void ApplyReply(const FReply& Reply, const FEventPath& Path);
 	void MoveFocusByTab(bool bBackward);
 	FPointerEvent MakePointerEvent(const FKey& Button, const FVector2D& Wheel = FVector2D(0, 0)) const;

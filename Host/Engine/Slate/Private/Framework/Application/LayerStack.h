@@ -64,7 +64,8 @@ public:
 	const TArray<FLayer>& GetLayers() const { return Layers; }
 	bool NeedsPrepass() const;
 	/** True while a popup or a window is open: the loop runs at full rate then. */
-	bool IsAnythingOpen() const { return Popups.Num() > 0 || Windows.Num() > 0; }
+	bool IsAnythingOpen() const { return CountOpen() > 0; }
+	int32 CountOpen() const { return Popups.Num() + Windows.Num(); }
 
 	void SetContent(const TSharedRef<SWidget>& InContent) { Content = InContent; }
 	void SetToasts(const TSharedPtr<SWidget>& InToasts) { Toasts = InToasts; }

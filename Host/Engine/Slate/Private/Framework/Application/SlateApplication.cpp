@@ -1,5 +1,6 @@
 #include "Framework/Application/SlateApplication.h"
 
+#include "Containers/Ticker.h"
 #include "FrameRunner.h"
 #include "Host/HostFocus.h"
 #include "Host/HostTasks.h"
@@ -21,11 +22,13 @@ void FSlateApplication::Create(const TSharedRef<IHostWindow>& Window)
 	checkf(!GetApplicationSlot(), TEXT("There is one application"));
 	GetApplicationSlot() = TUniquePtr<FSlateApplication>(new FSlateApplication(Window));
 	FHostTasks::SetWakeHook([Window]() { Window->Wake(); });
+	FTSTicker::GetCoreTicker().SetFollowsClock(true);
 }
 
 void FSlateApplication::Shutdown()
 {
 	FHostTasks::SetWakeHook(nullptr);
+	FTSTicker::GetCoreTicker().SetFollowsClock(false);
 	if (GetApplicationSlot())
 	{
 		// Widgets may ask for the application while they die.
@@ -61,6 +64,7 @@ FSlateApplication::~FSlateApplication() = default;
 void FSlateApplication::SetRootContent(const TSharedRef<SWidget>& Content)
 {
 	Layers->SetContent(Content);
+	NoteActivity();
 }
 
 IHostWindow& FSlateApplication::GetWindow()
@@ -68,7 +72,7 @@ IHostWindow& FSlateApplication::GetWindow()
 	return *Window;
 }
 
-void FSlateApplication::RunFrame()
+bool FSlateApplication::RunTurn(double MaxWaitSeconds)
 {
 	if (Frames->FrameHook)
 	{
@@ -76,13 +80,13 @@ void FSlateApplication::RunFrame()
 		const TFunction<void()> Step = Frames->FrameHook;
 		Step();
 	}
-	Window->PumpEvents(*Input, Frames->GetWait());
-	Frames->RunFrame();
+	Window->PumpEvents(*Input, FMath::Min(Frames->GetWait(), MaxWaitSeconds));
+	return Frames->RunTurn(false);
 }
 
 void FSlateApplication::Tick()
 {
-	Frames->RunFrame();
+	Frames->RunTurn(true);
 }
 
 const FSlateWindowElementList& FSlateApplication::GetLastElements() const
@@ -103,6 +107,16 @@ void FSlateApplication::SetFrameHook(TFunction<void()> Step)
 void FSlateApplication::NoteActivity()
 {
 	Frames->NoteActivity();
+}
+
+void FSlateApplication::RequestFrame()
+{
+	Frames->RequestFrame();
+}
+
+void FSlateApplication::SetStrictSleep(bool bStrict)
+{
+	Frames->SetStrictSleep(bStrict);
 }
 
 bool FSlateApplication::IsExitRequested() const
@@ -249,7 +263,7 @@ void FSlateApplication::AddModalWindow(const TSharedRef<SWindow>& InWindow, cons
 	}
 	while (Layers->ContainsWindow(InWindow) && !IsExitRequested())
 	{
-		RunFrame();
+		RunTurn();
 	}
 	if (Layers->ContainsWindow(InWindow))
 	{
@@ -282,6 +296,7 @@ TSharedPtr<SWindow> FSlateApplication::GetActiveTopLevelWindow() const
 void FSlateApplication::SetToastLayer(const TSharedPtr<SWidget>& Widget)
 {
 	Layers->SetToasts(Widget);
+	NoteActivity();
 }
 
 TArray<TSharedRef<SWidget>> FSlateApplication::GetPathUnderPoint(const FVector2D& Position) const

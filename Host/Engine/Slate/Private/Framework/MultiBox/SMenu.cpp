@@ -2,6 +2,7 @@
 
 #include "Framework/Application/SlateApplication.h"
 #include "HAL/PlatformTime.h"
+#include "Host/HostSleep.h"
 #include "Host/SMenuBar.h"
 #include "SMenuRow.h"
 #include "Styling/AppStyle.h"
@@ -146,6 +147,10 @@ void SMenu::Tick(const FGeometry& AllottedGeometry, const double InCurrentTime, 
 {
 	SCompoundWidget::Tick(AllottedGeometry, InCurrentTime, InDeltaTime);
 	const bool bRests = Highlighted != INDEX_NONE && PointerSince >= 0.0 && FPlatformTime::Seconds() - PointerSince >= SubMenuDelay;
+	if (!bRests && Highlighted != INDEX_NONE && PointerSince >= 0.0)
+	{
+		FHostSleep::RequestFrameAt(PointerSince + SubMenuDelay);
+	}
 	if (!bRests || Highlighted == OpenIndex)
 	{
 		return;

@@ -1,6 +1,8 @@
 #include "Widgets/Notifications/SNotificationList.h"
 
+#include "Framework/Application/SlateApplication.h"
 #include "HAL/PlatformTime.h"
+#include "Host/HostSleep.h"
 #include "Host/HostWidgetPaint.h"
 #include "Rendering/DrawElements.h"
 #include "Styling/AppStyle.h"
@@ -22,6 +24,15 @@ namespace
 	constexpr float ToastMarkGap = 10.0f;
 	constexpr float ToastActionGap = 8.0f;
 	constexpr float ToastDismissSize = 10.0f;
+
+	/** Toasts are told of from tickers and timers, which wake nobody; the engine's move by animations, which do. */
+	void WakeForToast()
+	{
+		if (FSlateApplication::IsInitialized())
+		{
+			FSlateApplication::Get().NoteActivity();
+		}
+	}
 }
 
 FNotificationButtonInfo::FNotificationButtonInfo(
@@ -152,6 +163,7 @@ TSharedRef<SWidget> SNotificationItem::MakeActions(const FNotificationInfo& Info
 void SNotificationItem::SetText(const TAttribute<FText>& InText)
 {
 	TextBlock->SetText(InText);
+	WakeForToast();
 }
 
 FText SNotificationItem::GetText() const
@@ -181,6 +193,7 @@ void SNotificationItem::SetCompletionState(ECompletionState InState)
 	{
 		State = InState;
 		ApplyState();
+		WakeForToast();
 	}
 }
 
@@ -252,6 +265,7 @@ void SNotificationItem::ExpireAndFadeout()
 	if (FadeAt < 0.0)
 	{
 		FadeAt = FPlatformTime::Seconds() + ExpireDuration;
+		WakeForToast();
 	}
 }
 
@@ -259,6 +273,7 @@ void SNotificationItem::Fadeout()
 {
 	const double Now = FPlatformTime::Seconds();
 	FadeAt = FadeAt < 0.0 ? Now : FMath::Min(FadeAt, Now);
+	WakeForToast();
 }
 
 void SNotificationItem::Tick(const FGeometry& AllottedGeometry, const double InCurrentTime, const float InDeltaTime)
@@ -279,6 +294,16 @@ void SNotificationItem::Tick(const FGeometry& AllottedGeometry, const double InC
 		const double Left = FadeOutDuration > 0.0f ? 1.0 - (InCurrentTime - FadeAt) / FadeOutDuration : 0.0;
 		bGone = Left <= 0.0;
 		Opacity = FMath::Min(Opacity, FMath::Max(Left, 0.0));
+	}
+	const bool bFadesIn = FadeInDuration > 0.0f && InCurrentTime < ShownSince + FadeInDuration;
+	if (bFadesIn)
+	{
+		FHostSleep::RequestFrameAt(InCurrentTime);
+	}
+	else if (FadeAt >= 0.0 && (bDismissed || !IsHovered()))
+	{
+		// Once more after the end as well: the list takes it out then.
+		FHostSleep::RequestFrameAt(FMath::Max(FadeAt, InCurrentTime));
 	}
 	SetRenderOpacity(static_cast<float>(Opacity));
 }

@@ -1,5 +1,6 @@
 #include "Widgets/Notifications/SProgressBar.h"
 
+#include "Host/HostSleep.h"
 #include "Rendering/DrawElements.h"
 #include "Styling/AppStyle.h"
 
@@ -40,6 +41,7 @@ int32 SProgressBar::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeo
 	}
 	else
 	{
+		FHostSleep::RequestFrameAt(Args.GetCurrentTime());
 		const double Phase = FMath::Fmod(Args.GetCurrentTime(), MarqueeRound) / MarqueeRound;
 		Begin = FMath::Max(Phase * (1.0 + MarqueeShare) - MarqueeShare, 0.0);
 		End = FMath::Min(Phase * (1.0 + MarqueeShare), 1.0);

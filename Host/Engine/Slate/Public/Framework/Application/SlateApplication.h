@@ -12,11 +12,13 @@ class FInputRouter;
 class FFrameRunner;
 class FLayerStack;
 
-/** What one frame did, for tests, dumps and benchmarks. */
+/** What the frames did, for tests, dumps and benchmarks. */
 struct FHostFrameStats
 {
 	uint64 FrameCount = 0;
-	/** Seconds of work of the last and of the slowest frame, waiting excluded. */
+	/** Turns of the loop, with a frame and without. */
+	uint64 TurnCount = 0;
+	/** Seconds of work of the last frame and of the slowest turn, waiting excluded. */
 	double LastFrameSeconds = 0.0;
 	double WorstFrameSeconds = 0.0;
 	/** Pixels painted again by the last frame. */
@@ -53,18 +55,32 @@ public:
 	void SetRootContent(const TSharedRef<SWidget>& Content);
 	IHostWindow& GetWindow();
 
-	// Frames.
-	/** Waits for input as long as idleness allows, then runs one frame. */
-	void RunFrame();
-	/** One frame without waiting: game-thread tasks, core ticker, layout, painting. */
+	// Frames. The loop turns on while Slate sleeps: a turn runs game-thread tasks and the core ticker, and has a frame when there
+	// was input, an active timer is due, a task has changed a widget, or a popup or a window is open.
+	/** The longest wait of a turn, for those who watch nothing but the application. */
+	static constexpr double AnyWait = 3600.0;
+	/**
+	 * Waits until there is something to do, then runs one turn.
+	 * @param MaxWaitSeconds  The turn comes no later than this.
+	 * @return Whether the turn had a frame.
+	 */
+	bool RunTurn(double MaxWaitSeconds = AnyWait);
+	/** One turn without waiting, with a frame in any case. */
 	void Tick();
 	/** Layout and painting of everything visible into a list, without presenting; for drivers. Valid until the next frame. */
 	const FSlateWindowElementList& GetLastElements() const;
 	const FHostFrameStats& GetFrameStats() const;
-	/** Runs Step before each frame, also inside modal loops. One at a time; null removes it. */
+	/** Runs Step before each turn, also inside modal loops. One at a time; null removes it. */
 	void SetFrameHook(TFunction<void()> Step);
 	/** Asks for full frame rate for half a second. */
 	void NoteActivity();
+	/** The next turn has a frame. */
+	void RequestFrame();
+	/**
+	 * For tests of widgets that must wake Slate by themselves: input brings one frame and no more, and open popups and tasks that
+	 * change widgets bring none.
+	 */
+	void SetStrictSleep(bool bStrict);
 	bool IsExitRequested() const;
 	void RequestExit();
 	/** Asked when the user closes the window; false keeps it open. */
