@@ -61,6 +61,14 @@ namespace
 		return Index;
 	}
 
+	/** Boxes join their lines in one way, so the first line end tells of all. */
+	bool HasCarriageReturns(const FString& Text)
+	{
+		const int32 SecondLine = FindLineBegin(*Text, Text.Len(), 1);
+		return SecondLine >= 2 && SecondLine <= Text.Len() && (*Text)[SecondLine - 1] == TEXT('\n') &&
+			(*Text)[SecondLine - 2] == TEXT('\r');
+	}
+
 	bool HasLineFeedBetween(const TCHAR* Text, int32 Begin, int32 End)
 	{
 		int32 Index = Begin;
@@ -141,7 +149,10 @@ FReply SChatWindow::OnInputKeyDown(const FGeometry& MyGeometry, const FKeyEvent&
 
 void SChatWindow::OnInputTextChanged(const FText& NewText)
 {
-	CurrentInputText = NewText;
+	// Lines may come with carriage returns, while places in the box count line ends as one: all rules work on line feeds alone.
+	CurrentInputText = HasCarriageReturns(NewText.ToString())
+		? FText::FromString(NewText.ToString().Replace(TEXT("\r\n"), TEXT("\n"), ESearchCase::CaseSensitive))
+		: NewText;
 	if (InputTextBox.IsValid())
 	{
 		UpdateFileSearch(InputTextBox->GetCursorLocation());

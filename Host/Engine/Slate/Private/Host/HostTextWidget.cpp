@@ -11,6 +11,8 @@
 namespace
 {
 	constexpr float TooLongSeconds = 8.0f;
+
+	bool bJoinsLinesWithCarriageReturns = false;
 }
 
 bool FHostTextState::HasRoomFor(FStringView Text) const
@@ -33,6 +35,11 @@ bool FHostTextState::HasRoomFor(FStringView Text) const
 		Toast->SetCompletionState(SNotificationItem::CS_Fail);
 	}
 	return false;
+}
+
+void SHostTextWidget::SetJoinsLinesWithCarriageReturns(bool bJoins)
+{
+	bJoinsLinesWithCarriageReturns = bJoins;
 }
 
 SHostTextWidget::SHostTextWidget()
@@ -89,7 +96,12 @@ FMargin SHostTextWidget::GetTextPadding() const
 
 FText SHostTextWidget::GetText() const
 {
-	return GetEditor().GetDocument().GetDisplayText();
+	const FText& Text = GetEditor().GetDocument().GetDisplayText();
+	if (bJoinsLinesWithCarriageReturns && GetEditor().GetDocument().GetLineCount() > 1)
+	{
+		return FText::FromString(Text.ToString().Replace(TEXT("\n"), TEXT("\r\n")));
+	}
+	return Text;
 }
 
 void SHostTextWidget::SetText(const TAttribute<FText>& InText)

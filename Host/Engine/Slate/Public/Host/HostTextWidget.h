@@ -61,6 +61,12 @@ class SLATE_API SHostTextWidget : public SBorder
 public:
 	virtual ~SHostTextWidget() override;
 
+	/**
+	 * Text of several lines leaves a box with line feeds, or with carriage returns before them: the engine's boxes do that on some
+	 * systems. For tests; off at the start. Places are the same with both.
+	 */
+	static void SetJoinsLinesWithCarriageReturns(bool bJoins);
+
 	FText GetText() const;
 	FText GetPlainText() const { return GetText(); }
 	void SetText(const TAttribute<FText>& InText);
