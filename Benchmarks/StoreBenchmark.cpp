@@ -203,4 +203,21 @@ namespace
 	BENCHMARK(CheckWholeStore)->Iterations(5)->Unit(benchmark::kMillisecond);
 }
 
-BENCHMARK_MAIN();
+/** "--fill DATABASE COUNT" adds one conversation of so many messages to a store, for measuring the program with it. */
+int main(int ArgumentCount, char** Arguments)
+{
+	if (ArgumentCount == 4 && std::string(Arguments[1]) == "--fill")
+	{
+		FMadeStore::Fill(UTF8_TO_TCHAR(Arguments[2]), 1, std::atoi(Arguments[3]),
+			[](int32 Number)
+			{ return FString::Printf(TEXT("Message %d, long enough to fill more than one line of a narrow window."), Number); });
+		return 0;
+	}
+	benchmark::Initialize(&ArgumentCount, Arguments);
+	if (benchmark::ReportUnrecognizedArguments(ArgumentCount, Arguments))
+	{
+		return 1;
+	}
+	benchmark::RunSpecifiedBenchmarks();
+	return 0;
+}
