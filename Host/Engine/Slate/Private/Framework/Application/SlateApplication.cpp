@@ -256,6 +256,7 @@ void FSlateApplication::AddModalWindow(const TSharedRef<SWindow>& InWindow, cons
 	Input->ReleaseCapture();
 	const TWeakPtr<SWidget> FocusBefore = FHostFocus::Get().Focused;
 	Layers->AddWindow(InWindow, true);
+	Frames->RequestFrame();
 	if (!Input->SetFocus(InWindow->GetContent(), EFocusCause::SetDirectly) && !Input->FocusFirstBelow(InWindow->GetContent()))
 	{
 		// Nothing in it takes the keyboard, and what it covers must not look as if it had it.
