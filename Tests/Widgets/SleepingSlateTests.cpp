@@ -1,4 +1,5 @@
 #include "ChatWindowTest.h"
+#include "CodeIntelModuleTest.h"
 
 #include "FileSearchProject.h"
 #include "Host/HostSleep.h"
@@ -270,4 +271,27 @@ TEST_F(FSleepingWidgets, TheProgressOfABuildMovesAndGoes)
 	EXPECT_LE(WaitForChange(5.0), SoonSeconds);
 	LetTimePass(5.0);
 	ExpectRest();
+}
+
+/** The module's poll, under a ticker whose deltas are those of the loop's turns. */
+class FModulePoll : public FCodeIntelModuleTest
+{
+};
+
+TEST_F(FModulePoll, HalfAMinuteIsThatOfTheClock)
+{
+	const Velmora::FProjectFileCache& Cache = Velmora::FProjectFileCache::Get();
+	const auto IsListed = [&Cache]() { return Cache.IsReady() && !Cache.IsIndexing(); };
+	ASSERT_TRUE(WaitUntil(IsListed));
+	const int32 Before = Cache.GetFileCount();
+	FTemporaryProject Other;
+	for (const char* Name : { "1.txt", "2.txt", "3.txt", "4.txt", "5.txt" })
+	{
+		Other.Write(Name, "");
+	}
+	LetTimePass(25.0);
+	ASSERT_TRUE(WaitUntil(IsListed));
+	EXPECT_EQ(Cache.GetFileCount(), Before);
+	LetTimePass(7.0);
+	EXPECT_TRUE(WaitUntil([&Cache]() { return Cache.GetFileCount() == 5; }));
 }
