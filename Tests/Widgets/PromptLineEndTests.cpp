@@ -76,11 +76,11 @@ TEST_P(FPromptLineEnds, ATokenOnALaterLineIsFoundAndReplaced)
 	EXPECT_EQ(Count(), "0 characters");
 }
 
-TEST_P(FPromptLineEnds, TheCursorInAnEarlierLineKeepsItsToken)
+TEST_P(FPromptLineEnds, ATokenOnAnEarlierLineIsReplacedThere)
 {
-	TypeKeys("@zeb\nrest");
+	TypeKeys("\nrest");
 	PressKey("Up");
-	PressKey("End");
+	TypeKeys("@zeb");
 	ASSERT_TRUE(App().AnyMenusVisible());
 	PressKey("Enter");
 	PressKey("CTRL+Enter");

@@ -92,7 +92,7 @@ TEST_F(FSleepingChat, AtRestNothingIsRegisteredAndTheHistoryIsNotRead)
 	EXPECT_EQ(Window->GetConversationHistoryRefreshRequestIdForTests(), Refreshes) << "its minute counts while the window ticks";
 	FillConversation(300);
 	EXPECT_EQ(CountFrames(60.0), 0);
-	ExpectRest();
+	EXPECT_EQ(FHostSleep::GetActiveTimerCount(), 0);
 }
 
 TEST_F(FSleepingChat, AMessageIsOnScreenSoonAndThenNothingMoves)
@@ -238,6 +238,7 @@ TEST_F(FSleepingWidgets, FadesComeToTheirEnd)
 	LetTimePass(0.5);
 	ExpectRest();
 
+	PumpFrame();
 	const TSharedPtr<FChatMessage> Message = FChatMessage::CreateUserMessage(TEXT("a row by itself"));
 	Show(SNew(SBox)[SNew(SMessageRow).Message(Message)]);
 	EXPECT_GE(CountFrames(0.3), 15);

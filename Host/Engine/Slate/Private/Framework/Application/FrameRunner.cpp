@@ -43,14 +43,14 @@ FFrameRunner::FFrameRunner(FLayerStack& InLayers, FInputRouter& InInput, IHostWi
 void FFrameRunner::NoteActivity()
 {
 	const double Now = FPlatformTime::Seconds();
-	ActiveUntil = bStrictSleep ? Now : Now + ActivitySeconds;
+	ActiveUntil = bStrictSleep ? ActiveUntil : Now + ActivitySeconds;
 	FHostSleep::RequestFrameAt(Now);
 }
 
 void FFrameRunner::SetStrictSleep(bool bStrict)
 {
 	bStrictSleep = bStrict;
-	ActiveUntil = FPlatformTime::Seconds();
+	ActiveUntil = LastFrameTime;
 }
 
 double FFrameRunner::GetNextFrameTime() const
