@@ -15,6 +15,7 @@ public class VelmoraUI : ModuleRules
 			"InputCore",
 			"Slate",
 			"SlateCore",
+			"VelmoraAutoDownloadFramework",
 			"VelmoraCore",
 		});
 
@@ -29,7 +30,6 @@ public class VelmoraUI : ModuleRules
 			"Projects",
 			"Settings",
 			"UnrealEd",
-			"VelmoraAutoDownloadFramework",
 			"VelmoraToolkit",
 			"WorkspaceMenuStructure",
 		});

@@ -79,8 +79,9 @@ namespace Velmora::UI
 
 	void FBestFiles::DropWorse()
 	{
-		std::nth_element(Kept.begin(), Kept.begin() + (Limit - 1), Kept.end(),
-			[this](const FRankedFile& A, const FRankedFile& B) { return IsBetter(A, B); });
+		FRankedFile* const First = Kept.GetData();
+		std::nth_element(
+			First, First + (Limit - 1), First + Kept.Num(), [this](const FRankedFile& A, const FRankedFile& B) { return IsBetter(A, B); });
 		Kept.SetNum(Limit, EAllowShrinking::No);
 		Worst = Kept.Last();
 		bHasWorst = true;

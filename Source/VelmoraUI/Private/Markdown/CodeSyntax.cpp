@@ -25,7 +25,7 @@ namespace Velmora::Markdown
 				const int32 Length = FMath::Min(End, Code.Len()) - Start;
 				if (Length > 0)
 				{
-					Append(Type, FString(Length, *Code + Start), Start, End);
+					Append(Type, FString::ConstructFromPtrSize(*Code + Start, Length), Start, End);
 				}
 			}
 

@@ -15,6 +15,7 @@
 #include "Widgets/Input/SMultiLineEditableTextBox.h"
 #include "Widgets/Layout/SBorder.h"
 #include "Widgets/Layout/SBox.h"
+#include "Widgets/PromptBox.h"
 #include "Widgets/SBoxPanel.h"
 #include "Widgets/SChangedFilesList.h"
 #include "Widgets/SFileSearchDropdown.h"
@@ -144,7 +145,8 @@ TSharedRef<SWidget> SChatWindow::BuildPrompt()
 			.BorderImage(FAppStyle::GetBrush("ToolPanel.GroupBorder"))
 			.Padding(FMargin(4.0f))
 			[
-				SAssignNew(InputTextBox, SMultiLineEditableTextBox)
+				SAssignNew(InputTextBox, TPromptBox<SMultiLineEditableTextBox>,
+					FOnPromptCursorMoved::CreateSP(this, &SChatWindow::OnInputCursorMoved))
 				.Tag(FName("InputTextBox"))
 				.Marshaller(FPlainTextLayoutMarshaller::Create())
 				.AllowMultiLine(true)
@@ -156,7 +158,6 @@ TSharedRef<SWidget> SChatWindow::BuildPrompt()
 					"Longer, detailed prompts often get better results."))
 				.OnTextCommitted(this, &SChatWindow::OnInputTextCommitted)
 				.OnTextChanged(this, &SChatWindow::OnInputTextChanged)
-				.OnCursorMoved(this, &SChatWindow::OnInputCursorMoved)
 				.OnKeyDownHandler(this, &SChatWindow::OnInputKeyDown)
 			]
 		];
