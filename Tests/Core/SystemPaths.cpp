@@ -1,7 +1,9 @@
 #include "Misc/Paths.h"
 
 #include "Containers/Array.h"
+#include "HAL/FileManager.h"
 #include "Host/HostPaths.h"
+#include "Support/Base/FolderMode.h"
 #include "Support/Base/Printers.h"
 #include "Support/Base/TempFolder.h"
 
@@ -135,4 +137,23 @@ TEST(SystemPaths, ProjectFolders)
 	FHostPaths::SetBaseDir(Temp.At());
 	EXPECT_EQ(Utf8(FPaths::ConvertRelativePathToFull(TEXT("a\\..\\b.txt"))), Temp.AtBytes("b.txt"));
 	EXPECT_EQ(Utf8(FPaths::ConvertRelativePathToFull(TEXT("/r"), TEXT("../b"))), "/b");
+}
+
+TEST(SystemPaths, FoldersAreRelativeAsInTheEditor)
+{
+	const FTempFolder Temp;
+	Temp.Write("Game/Content/A.uasset", "x");
+	FHostPaths::SetProjectDir(Temp.At(TEXT("Game")));
+	{
+		const FFolderMode Mode(true, Temp.At(TEXT("Engine/Binaries/Win64")));
+		EXPECT_EQ(Utf8(FPaths::ProjectDir()), "../../../Game/");
+		EXPECT_EQ(Utf8(FPaths::ProjectContentDir()), "../../../Game/Content/");
+		EXPECT_EQ(Utf8(FPaths::ProjectLogDir()), "../../../Game/Saved/Logs/");
+		EXPECT_EQ(Utf8(FPaths::ConvertRelativePathToFull(FPaths::ProjectDir())), Temp.AtBytes("Game/"));
+		EXPECT_TRUE(IFileManager::Get().FileExists(*(FPaths::ProjectContentDir() / TEXT("A.uasset"))));
+		EXPECT_TRUE(FPaths::DirectoryExists(FPaths::ProjectDir()));
+		FHostPaths::SetBaseDir(Temp.At(TEXT("Game")));
+		EXPECT_EQ(Utf8(FPaths::ProjectDir()), "./");
+	}
+	EXPECT_EQ(Utf8(FPaths::ProjectDir()), Temp.AtBytes("Game/"));
 }

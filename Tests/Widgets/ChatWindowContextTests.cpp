@@ -4,6 +4,7 @@
 #include "Host/HostEditor.h"
 #include "Host/HostPaths.h"
 #include "Misc/Paths.h"
+#include "Support/Base/FolderMode.h"
 #include "Support/Base/TempFolder.h"
 #include "Widgets/Layout/SExpandableArea.h"
 #include "Widgets/SBoxPanel.h"
@@ -230,3 +231,55 @@ TEST_F(FChatWindowContextTest, AClickOpensWhatThePathNames)
 		EXPECT_EQ(Opened, Case.Opened) << Utf8(Case.Path);
 	}
 }
+
+/** Folders as the editor has them and as a command line has them: what is opened is the same. */
+class FChatWindowFolderTest : public FChatWindowContextTest, public testing::WithParamInterface<bool>
+{
+protected:
+	void ShowChangedFile(const TCHAR* Path)
+	{
+		FFileHistoryTracker::Get().AddOperation(TEXT("c1"), TEXT("g"), { Path, 1, FDateTime::Now() });
+		Agent->FireMessage(TEXT("done"));
+		PumpSeconds(0.5);
+		FindOne<SExpandableArea>("SExpandableArea")->SetExpanded(true);
+		PumpFrame();
+	}
+};
+
+TEST_P(FChatWindowFolderTest, AChangedSourceOpensByItsFullPath)
+{
+	const FFolderMode Mode(GetParam(), Project.At(TEXT("Engine/Binaries/Win64")));
+	Project.Write("Source/A.cpp", "");
+	ShowChangedFile(TEXT("Source/A.cpp"));
+	Click(FindByText("A.cpp"));
+	ASSERT_EQ(FHostEditor::GetOpenedSources().Num(), 1);
+	EXPECT_EQ(Utf8(FHostEditor::GetOpenedSources()[0].Path), Project.AtBytes("Source/A.cpp"));
+}
+
+TEST_P(FChatWindowFolderTest, AChangedAssetIsFoundByItsPathInTheContentFolder)
+{
+	// A drive's letter, since a path that begins with a slash is an object's.
+	Project.Write("C:/Game/Content/Maps/Start.umap", "");
+	const std::filesystem::path Before = std::filesystem::current_path();
+	std::filesystem::current_path(Project.AtBytes());
+	const FFolderMode Mode(GetParam(), TEXT("C:/Engine/Binaries/Win64"));
+	FHostPaths::SetProjectDir(TEXT("C:/Game"));
+	ShowChangedFile(TEXT("c:/Game/Content/Maps/Start.umap"));
+	Click(FindByText("Start.umap"));
+	EXPECT_EQ(FHostEditor::GetOpenedAssets().Num(), 1);
+	if (FHostEditor::GetOpenedAssets().Num() == 1)
+	{
+		EXPECT_EQ(Utf8(FHostEditor::GetOpenedAssets()[0]), "/Game/Maps/Start.Start");
+	}
+	std::filesystem::current_path(Before);
+}
+
+TEST_P(FChatWindowFolderTest, AFolderAmongTheChipsStandsWhole)
+{
+	const FFolderMode Mode(GetParam(), Project.At(TEXT("Engine/Binaries/Win64")));
+	Project.Write("Source/Game/A.cpp", "");
+	Attach({ TEXT("Source/Game"), TEXT("Source/Game/A.cpp"), TEXT("Source/None") });
+	EXPECT_EQ(GetChips(), (FTextList{ "Source/Game", "A.cpp", "None" }));
+}
+
+INSTANTIATE_TEST_SUITE_P(Folders, FChatWindowFolderTest, testing::Bool());

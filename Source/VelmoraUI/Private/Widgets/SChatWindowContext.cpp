@@ -12,6 +12,7 @@
 #include "Widgets/Input/SButton.h"
 #include "Widgets/Input/SMultiLineEditableTextBox.h"
 #include "Widgets/Layout/SBorder.h"
+#include "Widgets/ProjectPath.h"
 #include "Widgets/SBoxPanel.h"
 #include "Widgets/Text/STextBlock.h"
 
@@ -36,7 +37,7 @@ namespace
 			return FPaths::GetBaseFilename(File);
 		}
 		// A folder without a dot in its name stands whole, since its name alone says little.
-		if (Extension.IsEmpty() && FPaths::DirectoryExists(FPaths::ProjectDir() / File))
+		if (Extension.IsEmpty() && FPaths::DirectoryExists(GetFullProjectDir() / File))
 		{
 			return File;
 		}
@@ -206,7 +207,7 @@ void SChatWindow::OnFileClicked(const FString& Path)
 	if (IsAssetExtension(FPaths::GetExtension(Path).ToLower()))
 	{
 		FString ObjectPath = Path;
-		const FString ContentDir = FPaths::ProjectContentDir();
+		const FString ContentDir = FPaths::ConvertRelativePathToFull(FPaths::ProjectContentDir());
 		if (!FPaths::IsRelative(Path) && Path.StartsWith(ContentDir, ESearchCase::IgnoreCase))
 		{
 			ObjectPath = TEXT("/Game/") + FPaths::GetBaseFilename(Path.RightChop(ContentDir.Len()), false);
@@ -214,7 +215,7 @@ void SChatWindow::OnFileClicked(const FString& Path)
 		OpenAssetEditor(ObjectPath);
 		return;
 	}
-	FString FullPath = FPaths::ConvertRelativePathToFull(FPaths::ProjectDir(), Path);
+	FString FullPath = ToFullProjectPath(Path);
 	FPaths::NormalizeFilename(FullPath);
 	FSourceCodeNavigation::OpenSourceFile(FullPath, 0, 0);
 }

@@ -13,6 +13,7 @@
 #include "Widgets/Layout/SBorder.h"
 #include "Widgets/Layout/SBox.h"
 #include "Widgets/Layout/SWrapBox.h"
+#include "Widgets/ProjectPath.h"
 #include "Widgets/SNullWidget.h"
 #include "Widgets/Text/STextBlock.h"
 
@@ -62,7 +63,7 @@ namespace
 
 	void OpenLocalFile(const FString& Path)
 	{
-		const FString FullPath = FPaths::IsRelative(Path) ? FPaths::ConvertRelativePathToFull(Path) : Path;
+		const FString FullPath = FPaths::IsRelative(Path) ? ToFullProjectPath(Path) : Path;
 		if (FPaths::FileExists(FullPath))
 		{
 			FPlatformProcess::LaunchFileInDefaultExternalApplication(*FullPath);

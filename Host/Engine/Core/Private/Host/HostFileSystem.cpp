@@ -2,14 +2,17 @@
 
 #include "Host/FileDescriptor.h"
 #include "Host/HostFileNames.h"
+#include "Host/HostPaths.h"
 #include "Host/HostSystemErrors.h"
+#include "Misc/Paths.h"
 
 #include <cerrno>
 #include <fcntl.h>
 
 std::string HostFileSystem::ToBytes(const FString& Path)
 {
-	std::string Bytes = HostFileNameToBytes(Path);
+	const bool bFromBase = FHostPaths::AreFoldersRelative() && !Path.IsEmpty() && FPaths::IsRelative(Path);
+	std::string Bytes = HostFileNameToBytes(bFromBase ? FPaths::ConvertRelativePathToFull(Path) : Path);
 	if (Bytes.find('\0') != std::string::npos)
 	{
 		Bytes.clear();

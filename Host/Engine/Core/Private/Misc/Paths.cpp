@@ -6,6 +6,7 @@
 #include "Host/HostFileNames.h"
 #include "Host/HostPaths.h"
 
+#include <atomic>
 #include <memory>
 #include <mutex>
 #include <unistd.h>
@@ -82,6 +83,7 @@ namespace
 		FString Engine;
 		FString EngineSaved;
 		FString Base;
+		std::atomic<bool> bRelative = false;
 	};
 
 	FFolders& GetFolders()
@@ -104,10 +106,20 @@ namespace
 		return Folder;
 	}
 
+	/** As callers want it: absolute, or as seen from the base folder. */
+	FString HandOut(FString Folder)
+	{
+		if (GetFolders().bRelative && FPaths::MakePathRelativeTo(Folder, *FHostPaths::GetBaseDir()) && Folder.IsEmpty())
+		{
+			Folder = TEXT("./");
+		}
+		return Folder;
+	}
+
 	FString GetFolderOr(const FString& Folder, const FString& Parent, const TCHAR* Below)
 	{
 		const FString Set = GetFolder(Folder);
-		return Set.IsEmpty() ? Parent + Below : Set;
+		return Set.IsEmpty() ? Parent + Below : HandOut(Set);
 	}
 }
 
@@ -161,10 +173,20 @@ FString FHostPaths::GetBaseDir()
 	return Set.IsEmpty() ? FString(FPlatformProcess::BaseDir()) : Set;
 }
 
+void FHostPaths::UseRelativeFolders(bool bRelative)
+{
+	GetFolders().bRelative = bRelative;
+}
+
+bool FHostPaths::AreFoldersRelative()
+{
+	return GetFolders().bRelative;
+}
+
 FString FPaths::ProjectDir()
 {
 	const FString Set = GetFolder(GetFolders().Project);
-	return Set.IsEmpty() ? MakeFolder(FString()) : Set;
+	return HandOut(Set.IsEmpty() ? MakeFolder(FString()) : Set);
 }
 
 FString FPaths::ProjectContentDir()
@@ -205,7 +227,7 @@ FString FPaths::GetProjectFilePath()
 FString FPaths::EngineDir()
 {
 	const FString Set = GetFolder(GetFolders().Engine);
-	return Set.IsEmpty() ? FString(FPlatformProcess::BaseDir()) : Set;
+	return HandOut(Set.IsEmpty() ? FString(FPlatformProcess::BaseDir()) : Set);
 }
 
 FString FPaths::EngineContentDir()

@@ -3,8 +3,8 @@
 #include "Containers/UnrealString.h"
 
 /**
- * The folders of engine and project, and pure operations on path texts. The folders are absolute here and end with a
- * slash; the program sets them through FHostPaths. Both '/' and '\' separate the parts of a path text.
+ * The folders of engine and project, and pure operations on path texts. The folders end with a slash; the program sets them, and
+ * whether they come absolute or relative to the base folder, through FHostPaths. Both '/' and '\' separate the parts of a path text.
  */
 class CORE_API FPaths
 {
