@@ -1,10 +1,13 @@
 #include "CodeIntelModuleTest.h"
 
+#include "FileCache/ProjectFileCache.h"
+#include "Framework/Application/SlateApplication.h"
 #include "Framework/MultiBox/MultiBoxBuilder.h"
 #include "Host/HostEditor.h"
 #include "Styling/SlateStyleRegistry.h"
 #include "Widgets/Docking/SDockTab.h"
 #include "Widgets/SIndexProgressWidget.h"
+#include "Widgets/SNullWidget.h"
 #include "Widgets/SVelmoraTab.h"
 #include "WorkspaceMenuStructure.h"
 #include "WorkspaceMenuStructureModule.h"
@@ -130,4 +133,63 @@ TEST_F(FVelmoraModuleWatchTest, ItTakesDownWhatItPutUp)
 	EXPECT_EQ(VisibleTexts(), FTextList());
 	App().DismissAllMenus();
 	ASSERT_NE(FModuleManager::Get().LoadModule("VelmoraUI"), nullptr) << "and comes back";
+}
+
+TEST_F(FVelmoraModuleWatchTest, AnOpenTabIsClosedBeforeItsStylesGo)
+{
+	ASSERT_TRUE(FGlobalTabmanager::Get()->TryInvokeTab(FTabId(SVelmoraTab::GetTabName())).IsValid());
+	const TSharedPtr<SDockTab> Tab = FGlobalTabmanager::Get()->FindExistingLiveTab(FTabId(SVelmoraTab::GetTabName()));
+	const TWeakPtr<SWidget> Content = Tab->GetContent();
+	Show(Tab->GetContent());
+	FModuleManager::Get().UnloadModule("VelmoraUI");
+	EXPECT_FALSE(FGlobalTabmanager::Get()->FindExistingLiveTab(FTabId(SVelmoraTab::GetTabName())).IsValid());
+	EXPECT_EQ(Tab->GetContent(), SNullWidget::NullWidget) << "whoever holds the tab holds nothing of the module";
+	Show(Root);
+	EXPECT_FALSE(Content.IsValid());
+	ASSERT_NE(FModuleManager::Get().LoadModule("VelmoraUI"), nullptr);
+}
+
+TEST_F(FVelmoraModuleWatchTest, IndexWorkThatOutlivesTheModuleEndsWithoutAWord)
+{
+	HoldBuilds();
+	Start();
+	FActions::HandleRebuildIndex();
+	ASSERT_TRUE(WaitUntil([] { return Manager().IsBuilding(); }));
+	EXPECT_EQ(TakeToasts(), FTextList{ "[1] Building code intelligence index..." });
+	FModuleManager::Get().UnloadModule("VelmoraUI");
+	FHostNotifications::Clear();
+	Go();
+	Settle();
+	EXPECT_EQ(TakeToasts(), FTextList());
+
+	// A build of the next life is reported again.
+	ASSERT_NE(FModuleManager::Get().LoadModule("VelmoraUI"), nullptr);
+	FActions::HandleRebuildIndex();
+	Settle();
+	const FTextList Toasts = TakeToasts();
+	ASSERT_FALSE(Toasts.empty());
+	EXPECT_TRUE(Toasts.back().starts_with("[2] Code index ready!")) << Toasts.back();
+}
+
+/** A process that shows nothing, such as a commandlet or a cook. */
+class FVelmoraModuleWithoutSlateTest : public testing::Test
+{
+};
+
+TEST_F(FVelmoraModuleWithoutSlateTest, NothingIsScannedOrRegistered)
+{
+	ASSERT_FALSE(FSlateApplication::IsInitialized());
+	FHostLevelEditor::Install();
+	const bool bWasIndexing = Velmora::FProjectFileCache::Get().IsIndexing() || Velmora::FProjectFileCache::Get().IsReady();
+	ASSERT_NE(FModuleManager::Get().LoadModule("VelmoraUI"), nullptr);
+	EXPECT_FALSE(FCodeIntelCommands::IsRegistered());
+	EXPECT_FALSE(FGlobalTabmanager::Get()->HasTabSpawner(SVelmoraTab::GetTabName()));
+	EXPECT_EQ(FSlateStyleRegistry::FindSlateStyle(FVelmoraUIStyles::GetStyleSetName()), nullptr);
+	EXPECT_EQ(Velmora::FProjectFileCache::Get().IsIndexing() || Velmora::FProjectFileCache::Get().IsReady(), bWasIndexing);
+	FModuleManager::Get().UnloadModule("VelmoraUI");
+	for (const char* Name : { "VelmoraUI", "LevelEditor" })
+	{
+		FModuleManager::Get().UnloadModule(Name);
+		FHostModules::Unregister(Name);
+	}
 }

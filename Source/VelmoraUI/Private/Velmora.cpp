@@ -5,6 +5,7 @@
 #include "Commands/CodeIntelCommands.h"
 #include "Commands/CodeIntelNotifications.h"
 #include "FileSearch/FileIndexService.h"
+#include "Framework/Application/SlateApplication.h"
 #include "Framework/Commands/UICommandList.h"
 #include "Framework/Docking/TabManager.h"
 #include "Framework/MultiBox/MultiBoxBuilder.h"
@@ -21,6 +22,7 @@
 #include "UObject/UObjectGlobals.h"
 #include "Widgets/Docking/SDockTab.h"
 #include "Widgets/SIndexProgressWidget.h"
+#include "Widgets/SNullWidget.h"
 #include "Widgets/SVelmoraTab.h"
 #include "WorkspaceMenuStructure.h"
 #include "WorkspaceMenuStructureModule.h"
@@ -49,6 +51,12 @@ namespace
 
 void FVelmoraModule::StartupModule()
 {
+	if (!FSlateApplication::IsInitialized())
+	{
+		// Commandlets and cooking load editor modules, too: there is nobody to show anything to.
+		return;
+	}
+	bIsStarted = true;
 	FVelmoraUIStyles::Initialize();
 	Velmora::UI::FFileIndexService::Get().StartIndexing();
 	RegisterTab();
@@ -61,6 +69,14 @@ void FVelmoraModule::StartupModule()
 
 void FVelmoraModule::ShutdownModule()
 {
+	if (!bIsStarted)
+	{
+		return;
+	}
+	bIsStarted = false;
+	// The tab asks for its styles as long as it is shown, and work on the index would tell of its end.
+	CloseTab();
+	FCodeIntelCommandActions::CutOffRunningWork();
 	HideProgress();
 	Velmora::UI::FFileIndexService::Get().Shutdown();
 	if (TickerHandle.IsValid())
@@ -78,6 +94,16 @@ void FVelmoraModule::ShutdownModule()
 	FCodeIntelCommands::Unregister();
 	FGlobalTabmanager::Get()->UnregisterNomadTabSpawner(SVelmoraTab::GetTabName());
 	FVelmoraUIStyles::Shutdown();
+}
+
+void FVelmoraModule::CloseTab()
+{
+	if (const TSharedPtr<SDockTab> Tab = FGlobalTabmanager::Get()->FindExistingLiveTab(FTabId(SVelmoraTab::GetTabName())))
+	{
+		// Others may hold the tab for a while; its content is the module's.
+		Tab->RequestCloseTab();
+		Tab->SetContent(SNullWidget::NullWidget);
+	}
 }
 
 void FVelmoraModule::RegisterTab()

@@ -20,6 +20,7 @@ public:
 	virtual void ShutdownModule() override;
 
 private:
+	void CloseTab();
 	void RegisterTab();
 	void RegisterCommands();
 	void ExtendMenu();
@@ -40,6 +41,8 @@ private:
 	/** Has the project scanned again every so often, but not while a scan runs or before the first one is complete. */
 	void RefreshFileIndex(float DeltaTime);
 
+	/** Not without a Slate application. */
+	bool bIsStarted = false;
 	TSharedPtr<FUICommandList> CommandList;
 	TSharedPtr<FExtender> MenuExtender;
 	/** Made at the first build, and told of builds; it stands in no window. */

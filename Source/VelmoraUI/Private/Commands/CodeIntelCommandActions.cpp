@@ -10,6 +10,8 @@
 #include "ISettingsModule.h"
 #include "Modules/ModuleManager.h"
 #include "Settings/VelmoraSettings.h"
+#include "Templates/Function.h"
+#include "Templates/SharedPointer.h"
 #include "UObject/UObjectGlobals.h"
 #include "Widgets/Input/SButton.h"
 #include "Widgets/Layout/SBox.h"
@@ -31,21 +33,48 @@ namespace
 		return Settings && Settings->bIncludeEngineSource;
 	}
 
-	/** Work on a thread of its own, then Done with the seconds that it took on the game thread. */
+	/** Lives until the module ends, and work that outlives it has nobody to report to. */
+	struct FIndexWorkOwner
+	{
+	};
+
+	/** Game thread. */
+	TSharedPtr<FIndexWorkOwner>& GetIndexWorkOwner()
+	{
+		static TSharedPtr<FIndexWorkOwner> Owner;
+		if (!Owner.IsValid())
+		{
+			Owner = MakeShared<FIndexWorkOwner>();
+		}
+		return Owner;
+	}
+
+	/** Work on a thread of its own, then Done with the seconds that it took on the game thread, unless the module has ended meanwhile. */
 	void RunIndexWork(TFunction<void(FCodeIntelIndexManager&)> Work, TFunction<void(FCodeIntelIndexManager&, double)> Done)
 	{
 		FCodeIntelIndexManager& Manager = FCodeIntelIndexManager::Get();
 		Async(EAsyncExecution::Thread,
-			[&Manager, Work = MoveTemp(Work), Done = MoveTemp(Done)]() mutable
+			[&Manager, Owner = TWeakPtr<FIndexWorkOwner>(GetIndexWorkOwner()), Work = MoveTemp(Work), Done = MoveTemp(Done)]() mutable
 			{
+				if (!Owner.IsValid())
+				{
+					return;
+				}
 				const double StartTime = FPlatformTime::Seconds();
 				Work(Manager);
 				const double Seconds = FPlatformTime::Seconds() - StartTime;
-				AsyncTask(ENamedThreads::GameThread, [&Manager, Done = MoveTemp(Done), Seconds] { Done(Manager, Seconds); });
+				AsyncTask(ENamedThreads::GameThread,
+					[&Manager, Owner = MoveTemp(Owner), Done = MoveTemp(Done), Seconds]
+					{
+						if (Owner.IsValid())
+						{
+							Done(Manager, Seconds);
+						}
+					});
 			});
 	}
 
-	/** A reconcile is told in the words of a build or, when it found nothing, of a compaction. */
+	/** A reconcile is reported in the words of a build or, when it found nothing, of a compaction. */
 	void ShowReconcileResult(const TCHAR* Scope, int32 Deleted, int32 New)
 	{
 		if (Deleted > 0 || New > 0)
@@ -56,6 +85,18 @@ namespace
 			return;
 		}
 		FCodeIntelNotifications::ShowCompactionComplete(0.0);
+	}
+
+	/** What a reconcile calls at its end. */
+	TFunction<void(int32, int32)> MakeReconcileReport(const TCHAR* Scope)
+	{
+		return [Owner = TWeakPtr<FIndexWorkOwner>(GetIndexWorkOwner()), Scope](int32 Deleted, int32 New)
+		{
+			if (Owner.IsValid())
+			{
+				ShowReconcileResult(Scope, Deleted, New);
+			}
+		};
 	}
 
 	FString DescribeReadyIndex(const FIndexStats& Stats, const TCHAR* RootName)
@@ -118,6 +159,12 @@ void FCodeIntelCommandActions::RegisterHandlers(TSharedPtr<FUICommandList> List)
 		FCanExecuteAction::CreateStatic(&CanExecuteEngineIndexOperation));
 	List->MapAction(Commands.ReconcileEngineIndex, FExecuteAction::CreateStatic(&HandleReconcileEngineIndex),
 		FCanExecuteAction::CreateStatic(&CanExecuteEngineReconcile));
+}
+
+void FCodeIntelCommandActions::CutOffRunningWork()
+{
+	GetIndexWorkOwner().Reset();
+	FCodeIntelNotifications::DismissAll();
 }
 
 bool FCodeIntelCommandActions::CanExecuteIndexOperation()
@@ -256,7 +303,7 @@ void FCodeIntelCommandActions::HandleReconcileIndex()
 		FCodeIntelNotifications::ShowBuildFailed(TEXT("Cannot reconcile: reindexer not running"));
 		return;
 	}
-	Manager.ReconcileFileChangesAsync([](int32 Deleted, int32 New) { ShowReconcileResult(TEXT("Project"), Deleted, New); });
+	Manager.ReconcileFileChangesAsync(MakeReconcileReport(TEXT("Project")));
 }
 
 void FCodeIntelCommandActions::HandleReconcileEngineIndex()
@@ -272,7 +319,7 @@ void FCodeIntelCommandActions::HandleReconcileEngineIndex()
 		FCodeIntelNotifications::ShowBuildFailed(TEXT("Cannot reconcile: engine reindexer not running"));
 		return;
 	}
-	Manager.ReconcileEngineFileChangesAsync([](int32 Deleted, int32 New) { ShowReconcileResult(TEXT("Engine"), Deleted, New); });
+	Manager.ReconcileEngineFileChangesAsync(MakeReconcileReport(TEXT("Engine")));
 }
 
 void FCodeIntelCommandActions::HandleOpenSettings()
