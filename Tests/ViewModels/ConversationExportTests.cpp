@@ -182,6 +182,15 @@ TEST_F(FConversationExportTest, BrokenTextIsWrittenAsItStands)
 	EXPECT_EQ(Export(EFormat::PlainText), ToUtf16(Expected));
 }
 
+TEST_F(FConversationExportTest, TheContentsOfEveryFormatCanBeHadWithoutAFile)
+{
+	SayEverything();
+	EXPECT_EQ(Export(EFormat::Markdown), ToUtf16(ViewModel->ExportToMarkdown()));
+	EXPECT_EQ(Export(EFormat::PlainText), ToUtf16(ViewModel->ExportToPlainText()));
+	EXPECT_EQ(Export(EFormat::HTML), ToUtf16(ViewModel->ExportToHTML()));
+	EXPECT_EQ(Export(EFormat::JSON), ToUtf16(ViewModel->ExportToJSON()));
+}
+
 TEST_F(FConversationExportTest, NothingIsWrittenWithoutMessages)
 {
 	EXPECT_FALSE(ViewModel->ExportConversation(Folder.At(TEXT("file")), EFormat::Markdown));

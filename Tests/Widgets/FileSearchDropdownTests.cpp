@@ -151,6 +151,22 @@ TEST_F(FFileSearchDropdownTest, TheMousePicksAndTheKeyboardSelectionStaysInView)
 	EXPECT_EQ(TakePicked(), (FTextList{ "wolf11.h" }));
 }
 
+TEST_F(FFileSearchDropdownTest, ARowUnderThePointerTakesItsHoverColour)
+{
+	const FFileSearchProject Project({ "wolf.h", "wolf2.h" });
+	ShowDropdown(TEXT("wolf"));
+	const std::vector<TSharedRef<SWidget>> Rows = FindByType("SFileSearchItem");
+	ASSERT_EQ(Rows.size(), 2u);
+	const auto GetColor = [](const TSharedRef<SWidget>& Row)
+	{ return StaticCastSharedRef<SBorder>(Row->GetChildren()->GetChildAt(0))->GetBorderBackgroundColor().GetSpecifiedColor(); };
+	Hover(Rows[1]);
+	PumpFrame();
+	EXPECT_EQ(GetColor(Rows[0]).A, 0.0f);
+	EXPECT_EQ(GetColor(Rows[1]), FVelmoraUIStyles::GetToolMessageBackgroundColor().CopyWithNewOpacity(0.5f));
+	ClickAt(GetCenter(Rows[1]));
+	EXPECT_EQ(TakePicked(), (FTextList{ "wolf2.h" })) << "and the click still reaches the row";
+}
+
 TEST_F(FFileSearchDropdownTest, ItStaysQuietWithoutAViewModel)
 {
 	ShowDropdown();

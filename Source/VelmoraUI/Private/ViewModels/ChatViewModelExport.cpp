@@ -12,3 +12,23 @@ bool FChatViewModel::ExportConversation(const FString& FilePath, EConversationEx
 	// One byte per character as long as all are ASCII, else UTF-16.
 	return FFileHelper::SaveStringToFile(Text, *FilePath, FFileHelper::EEncodingOptions::AutoDetect);
 }
+
+FString FChatViewModel::ExportToMarkdown() const
+{
+	return FConversationExport::ExportToMarkdown(Messages, FDateTime::Now());
+}
+
+FString FChatViewModel::ExportToPlainText() const
+{
+	return FConversationExport::ExportToPlainText(Messages, FDateTime::Now());
+}
+
+FString FChatViewModel::ExportToHTML() const
+{
+	return FConversationExport::ExportToHTML(Messages, FDateTime::Now());
+}
+
+FString FChatViewModel::ExportToJSON() const
+{
+	return FConversationExport::ExportToJSON(Messages, FDateTime::Now());
+}

@@ -3,7 +3,6 @@
 #include "Agent/ConversationHistoryManager.h"
 #include "Async/Async.h"
 #include "HAL/IConsoleManager.h"
-#include "Logging/LogMacros.h"
 #include "Misc/AssertionMacros.h"
 #include "Misc/DateTime.h"
 #include "Style/VelmoraUIStyles.h"
@@ -17,8 +16,6 @@
 #include "Widgets/Text/STextBlock.h"
 
 #define LOCTEXT_NAMESPACE "VelmoraUI"
-
-DEFINE_LOG_CATEGORY_STATIC(LogConversationHistory, Log, All);
 
 using Velmora::FConversationMetadata;
 
@@ -123,7 +120,7 @@ void SChatWindow::RequestRefreshConversationHistoriesAsync()
 				{
 					if (const TSharedPtr<SChatWindow> Window = WeakWindow.Pin())
 					{
-						Window->FinishHistoryRefresh(RequestId, MoveTemp(Summaries));
+						Window->FinishHistoryRefresh(RequestId, Summaries);
 					}
 				});
 		});
@@ -142,10 +139,9 @@ FString SChatWindow::ReadHistorySaveDir(const TWeakPtr<SChatWindow>& WeakWindow)
 	return SaveDir;
 }
 
-void SChatWindow::FinishHistoryRefresh(uint64 RequestId, TArray<FConversationMetadata>&& Summaries)
+void SChatWindow::FinishHistoryRefresh(uint64 RequestId, const TArray<FConversationMetadata>& Summaries)
 {
-	UE_LOG(LogConversationHistory, Verbose, TEXT("Refresh %llu found %d conversations."), RequestId, Summaries.Num());
-	RebuildConversationHistoriesFrom(MoveTemp(Summaries));
+	RebuildConversationHistoriesFrom(Summaries);
 	// In this order no request is lost: after the first store it starts a worker, before the second it is seen there.
 	bHistoryRefreshInFlight.store(false);
 	if (bHistoryRefreshQueued.exchange(false))
@@ -162,16 +158,16 @@ void SChatWindow::RefreshConversationHistories()
 	}
 }
 
-void SChatWindow::RebuildConversationHistoriesFrom(TArray<FConversationMetadata> Summaries)
+void SChatWindow::RebuildConversationHistoriesFrom(const TArray<FConversationMetadata>& Summaries)
 {
 	check(IsInGameThread());
 	if (ViewModel.IsValid())
 	{
-		SetConversationOptions(MoveTemp(Summaries));
+		SetConversationOptions(Summaries);
 	}
 }
 
-void SChatWindow::SetConversationOptions(TArray<FConversationMetadata>&& Summaries)
+void SChatWindow::SetConversationOptions(const TArray<FConversationMetadata>& Summaries)
 {
 	ConversationHistories.Empty(Summaries.Num() + 1);
 	const TSharedPtr<FConversationMetadata> Current = ViewModel->GetCurrentConversationMetadata();
@@ -181,9 +177,9 @@ void SChatWindow::SetConversationOptions(TArray<FConversationMetadata>&& Summari
 		// Not stored yet; it stands at the top all the same.
 		ConversationHistories.Add(Current);
 	}
-	for (FConversationMetadata& Summary : Summaries)
+	for (const FConversationMetadata& Summary : Summaries)
 	{
-		ConversationHistories.Add(MakeShared<FConversationMetadata>(MoveTemp(Summary)));
+		ConversationHistories.Add(MakeShared<FConversationMetadata>(Summary));
 	}
 	if (ConversationComboBox.IsValid())
 	{

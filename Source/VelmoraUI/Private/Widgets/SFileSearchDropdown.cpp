@@ -202,12 +202,10 @@ FReply SFileSearchDropdown::OnPreviewKeyDown(const FGeometry& MyGeometry, const 
 
 TSharedRef<ITableRow> SFileSearchDropdown::OnGenerateRow(FItem Item, const TSharedRef<STableViewBase>& OwnerTable)
 {
-	// The pointer meets the row alone, so that a hovered row has one look and not two.
 	// clang-format off
 	return SNew(STableRow<FItem>, OwnerTable)
 		[
 			SNew(SFileSearchItem)
-			.Visibility(EVisibility::HitTestInvisible)
 			.FileEntry(Item->Entry)
 			.SearchQuery(GetSearchQuery())
 			.IsSelected(false)

@@ -83,6 +83,12 @@ public:
 	/** Writes the list to a file. False when there is nothing to write or the file cannot be written. */
 	bool ExportConversation(const FString& FilePath, EConversationExportFormat Format) const;
 
+	// The contents of such a file, with the present as the time of export.
+	FString ExportToMarkdown() const;
+	FString ExportToPlainText() const;
+	FString ExportToHTML() const;
+	FString ExportToJSON() const;
+
 	// Files that go out with the next message. Paths are compared without letter case.
 
 	void AddContextFile(const FString& Path);

@@ -204,11 +204,12 @@ private:
 	void RequestRefreshConversationHistoriesAsync();
 	/** Reads through the agent, on the game thread: stalls. */
 	void RefreshConversationHistories();
-	void RebuildConversationHistoriesFrom(TArray<Velmora::FConversationMetadata> Summaries);
-	void SetConversationOptions(TArray<Velmora::FConversationMetadata>&& Summaries);
+	void RebuildConversationHistoriesFrom(const TArray<Velmora::FConversationMetadata>& Summaries);
+	void SetConversationOptions(const TArray<Velmora::FConversationMetadata>& Summaries);
 	/** Any thread. */
 	static FString ReadHistorySaveDir(const TWeakPtr<SChatWindow>& WeakWindow);
-	void FinishHistoryRefresh(uint64 RequestId, TArray<Velmora::FConversationMetadata>&& Summaries);
+	/** The id goes with the work and decides nothing: one refresh runs at a time. */
+	void FinishHistoryRefresh(uint64 RequestId, const TArray<Velmora::FConversationMetadata>& Summaries);
 	/** The option for a conversation; null when it is not listed, or for null. */
 	TSharedPtr<Velmora::FConversationMetadata> FindConversationOption(const TSharedPtr<Velmora::FConversationMetadata>& Conversation) const;
 	/** Makes the box show the current conversation. One that is not listed can ask for a fresh list. */
