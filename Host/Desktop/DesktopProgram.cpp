@@ -7,6 +7,7 @@
 #include "FrameLog.h"
 #include "Framework/Application/SlateApplication.h"
 #include "Framework/Docking/TabManager.h"
+#include "HAL/IConsoleManager.h"
 #include "HAL/PlatformProcess.h"
 #include "HAL/PlatformTime.h"
 #include "Host/CodeIndexControl.h"
@@ -229,6 +230,11 @@ bool FDesktopProgram::LoadModule()
 	{
 		Fail(TEXT("The module could not be loaded: ") + FHostModules::GetLastError());
 		return false;
+	}
+	// The program shows code as it was written; in the editor that is for the user to switch on.
+	if (IConsoleVariable* KeepLayout = IConsoleManager::Get().FindConsoleVariable(TEXT("velmora.Code.KeepLayout")))
+	{
+		KeepLayout->Set(1);
 	}
 	return true;
 }

@@ -1,11 +1,13 @@
 #include "Widgets/SMarkdownTextBlock.h"
 
+#include "HAL/IConsoleManager.h"
 #include "HAL/PlatformApplicationMisc.h"
 #include "Host/HostEditor.h"
 #include "Host/HostPaths.h"
 #include "Host/HostServices.h"
 #include "Markdown/MarkdownParser.h"
 #include "Misc/Paths.h"
+#include "Support/Base/FolderMode.h"
 #include "Support/Base/TempFolder.h"
 #include "VelmoraWidgetTest.h"
 #include "Widgets/Input/SCheckBox.h"
@@ -176,6 +178,34 @@ TEST_F(FMarkdownWidgetTest, CodeIsColouredTokenByToken)
 	}
 }
 
+TEST_F(FMarkdownWidgetTest, CodeIsShownAsWrittenWhereThatIsAskedFor)
+{
+	const FString Text = TEXT("```cpp\nif (a)\n\t\tn = 1'000;\n  b();\n```");
+	IConsoleVariable* const KeepLayout = IConsoleManager::Get().FindConsoleVariable(TEXT("velmora.Code.KeepLayout"));
+	ASSERT_NE(KeepLayout, nullptr);
+	EXPECT_EQ(KeepLayout->GetInt(), 0);
+	const auto GetShown = [this, &Text](FString& OutCopied)
+	{
+		Show(Make(Text));
+		Click(FindByToolTip("Copy code to clipboard"));
+		FPlatformApplicationMisc::ClipboardPaste(OutCopied);
+		std::string Joined;
+		for (const std::string& Piece : VisibleTexts())
+		{
+			Joined += "[" + Piece + "]";
+		}
+		return Joined;
+	};
+	FString CopiedByDefault;
+	EXPECT_EQ(GetShown(CopiedByDefault), "[cpp][if][ ][(][a][)][n][ ][=][ ][1][  b();]");
+	KeepLayout->Set(1);
+	FString Copied;
+	EXPECT_EQ(GetShown(Copied), "[cpp][if ][(][a][)][\t\tn ][= ][1]['000;][  b();]");
+	KeepLayout->Set(0);
+	EXPECT_EQ(Utf8(Copied), Utf8(CopiedByDefault));
+	EXPECT_EQ(Utf8(Copied), "if (a)\n\t\tn = 1'000;\n  b();\n");
+}
+
 TEST_F(FMarkdownWidgetTest, TheLanguageIsShownAsWrittenAndTextIsNot)
 {
 	struct FCase
@@ -307,6 +337,23 @@ TEST_F(FMarkdownWidgetTest, LinksGoWhereTheirSchemeSays)
 		Block->OnLinkClicked(FString(UTF8_TO_TCHAR(Case.Url.c_str())));
 		EXPECT_EQ(LaunchedTargets(), Case.Launched) << Case.Url;
 	}
+}
+
+TEST_F(FMarkdownWidgetTest, ARelativeFileLinkStartsAtTheProjectFolder)
+{
+	const FTempFolder Project;
+	Project.Write("Docs/notes.txt", "x");
+	const FString OldProject = FPaths::ProjectDir();
+	FHostPaths::SetProjectDir(Project.At());
+	for (const bool bRelative : { false, true })
+	{
+		const FFolderMode Mode(bRelative, Project.At(TEXT("Engine/Binaries/Win64")));
+		FHostServices::ClearLaunchRecord();
+		Show(Make(TEXT("see [the notes](file://Docs/notes.txt)")));
+		Click(FindByToolTip("Open: file://Docs/notes.txt"));
+		EXPECT_EQ(LaunchedTargets(), "file " + Project.AtBytes("Docs/notes.txt") + "\n") << bRelative;
+	}
+	FHostPaths::SetProjectDir(OldProject);
 }
 
 TEST_F(FMarkdownWidgetTest, AssetLinksOpenTheAssetInTheEditor)

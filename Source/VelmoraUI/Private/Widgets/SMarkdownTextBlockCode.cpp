@@ -1,7 +1,9 @@
 #include "Widgets/SMarkdownTextBlock.h"
 
 #include "Brushes/SlateRoundedBoxBrush.h"
+#include "HAL/IConsoleManager.h"
 #include "HAL/PlatformApplicationMisc.h"
+#include "Markdown/CodeLines.h"
 #include "Markdown/CodeSyntax.h"
 #include "Style/VelmoraUIStyles.h"
 #include "Styling/AppStyle.h"
@@ -20,7 +22,11 @@
 namespace
 {
 
+	using Velmora::Markdown::FCodePiece;
 	using Velmora::Markdown::FSyntaxToken;
+
+	TAutoConsoleVariable<int32> KeepCodeLayout(TEXT("velmora.Code.KeepLayout"), 0,
+		TEXT("If non-zero, code blocks show every line with its indentation and every character of it. For blocks built from then on."));
 
 	void AddCodePiece(SHorizontalBox& LineBox, const FString& Text, const FTextBlockStyle& CodeStyle, const FLinearColor& Color)
 	{
@@ -124,8 +130,21 @@ TSharedRef<SWidget> SMarkdownTextBlock::BuildCodeLines(const FString& Code, cons
 		// clang-format on
 		return CodeBox;
 	}
-	// In the order of the code, as the lines are: both are walked once.
 	const TArray<FSyntaxToken> Tokens = Velmora::Markdown::TokenizeCode(Code, Language);
+	if (KeepCodeLayout.GetValueOnGameThread() != 0)
+	{
+		for (const TArray<FCodePiece>& Line : Velmora::Markdown::SplitIntoCodeLines(Code, Tokens))
+		{
+			const TSharedRef<SHorizontalBox> LineBox = SNew(SHorizontalBox);
+			for (const FCodePiece& Piece : Line)
+			{
+				AddCodePiece(*LineBox, Piece.Text, CodeStyle, FVelmoraUIStyles::GetSyntaxTokenColor(Piece.Type));
+			}
+			CodeBox->AddSlot().AutoHeight()[LineBox];
+		}
+		return CodeBox;
+	}
+	// In the order of the code, as the lines are: both are walked once.
 	int32 NextToken = 0;
 	TArray<FString> Lines;
 	Code.ParseIntoArrayLines(Lines, /*bCullEmpty*/ false);
