@@ -3,10 +3,13 @@
 #include <algorithm>
 #include <cctype>
 #include <cstdio>
+#include <cstdlib>
+#include <cstring>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <set>
 #include <sstream>
+#include <unistd.h>
 
 // What other modules of the editor may link against: the marker of the module, and every operation and static that the
 // public headers declare. The list comes from the headers, so that nothing can be forgotten.
@@ -302,4 +305,53 @@ TEST(PluginFace, DescriptorAndBuildFileNameRealModules)
 		}
 	}
 	EXPECT_GE(Count, 12);
+}
+
+TEST(PluginFace, TheCompanionsStartBeforeTheModule)
+{
+	const std::string Descriptor = ReadFile(fs::path(VELMORA_SOURCE_DIR) / "Velmora.uplugin");
+	const size_t Module = Descriptor.find("\"Name\": \"VelmoraUI\"");
+	for (const char* Name : { "VelmoraToolkit", "VelmoraAutoDownloadFramework", "VelmoraCore" })
+	{
+		const size_t Start = Descriptor.find("\"Name\": \"" + std::string(Name) + "\"");
+		ASSERT_LT(Start, Module) << Name;
+		const std::string Entry = Descriptor.substr(Start, Descriptor.find('}', Start) - Start);
+		EXPECT_TRUE(Contains(Entry, "\"Type\": \"Editor\"") && Contains(Entry, "\"LoadingPhase\": \"PreDefault\"")) << Entry;
+		EXPECT_TRUE(fs::exists(fs::path(VELMORA_SOURCE_DIR) / "Host/Companions" / Name / "Public")) << Name;
+	}
+}
+
+TEST(PluginFace, ThePackageHoldsWhatTheEditorReads)
+{
+	const fs::path Root = VELMORA_SOURCE_DIR;
+	const fs::path Archive = fs::temp_directory_path() / ("velmora-plugin-" + std::to_string(getpid()) + ".zip");
+	ASSERT_EQ(std::system(("'" + (Root / "Scripts/make-plugin").native() + "' '" + Archive.native() + "' >/dev/null").c_str()), 0);
+	std::set<std::string> Packed;
+	FILE* const Pipe = popen(("cmake -E tar tf '" + Archive.native() + "'").c_str(), "r");
+	ASSERT_NE(Pipe, nullptr);
+	for (char Line[1024]; fgets(Line, sizeof(Line), Pipe);)
+	{
+		Packed.insert(std::string(Line, strcspn(Line, "\n")));
+	}
+	pclose(Pipe);
+	fs::remove(Archive);
+
+	// Every file of the module, the description, and each icon in the form that is drawn.
+	std::set<std::string> Expected = { "Velmora/Velmora.uplugin" };
+	for (const char* Folder : { "Source", "Resources" })
+	{
+		for (const fs::directory_entry& Entry : fs::recursive_directory_iterator(Root / Folder))
+		{
+			if (Entry.is_regular_file() && Entry.path().extension() != ".svg")
+			{
+				Expected.insert("Velmora/" + fs::relative(Entry.path(), Root).native());
+			}
+		}
+	}
+	EXPECT_EQ(Packed, Expected);
+	for (const char* File : { "Velmora/Source/VelmoraUI/VelmoraUI.Build.cs", "Velmora/Resources/Icons/App/Icon40.png" })
+	{
+		EXPECT_EQ(Packed.count(File), 1u) << File;
+	}
+	EXPECT_EQ(Packed.count("Velmora/Source/VelmoraUI/CMakeLists.txt"), 0u);
 }

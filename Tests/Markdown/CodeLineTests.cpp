@@ -14,7 +14,7 @@ namespace
 	TArray<TArray<FCodePiece>> SplitCode(const std::string& Code, const char* Language)
 	{
 		const FString Text(UTF8_TO_TCHAR(Code.c_str()));
-		return SplitIntoCodeLines(Text, TokenizeCode(Text, Language));
+		return SplitIntoCodeLines(Text, TokenizeCode(Text, FString(Language)));
 	}
 
 	/** "Keyword[int] Default[ a]" for each line. */

@@ -33,9 +33,10 @@ TYPED_TEST(FPromptBoxTest, ReportsEachMoveOfTheCursorOnce)
 	TSharedPtr<TPromptBox<TypeParam>> Box;
 	using FBox = TPromptBox<TypeParam>;
 	this->Show(SAssignNew(Box, FBox,
-		FOnPromptCursorMoved::CreateLambda([&Moves](const FTextLocation& Location)
-			{ Moves += std::to_string(Location.GetLineIndex()) + "," + std::to_string(Location.GetOffset()) + " "; }))
-				   .Text(FText::FromString(TEXT("one\ntwo"))));
+		FOnPromptCursorMoved::CreateLambda(
+			[&Moves](const FTextLocation& Location) {
+				Moves += std::to_string(Location.GetLineIndex()) + "," + std::to_string(Location.GetOffset()) + " ";
+			})).Text(FText::FromString(TEXT("one\ntwo"))));
 	this->App().SetKeyboardFocus(Box);
 	this->PumpFrame();
 	this->PressKey("CTRL+Home");

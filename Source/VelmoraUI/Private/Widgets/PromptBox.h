@@ -3,6 +3,7 @@
 #include "CoreMinimal.h"
 #include "Delegates/Delegate.h"
 #include "Framework/Text/TextLayout.h"
+#include "Layout/Geometry.h"
 #include "Templates/UnrealTemplate.h"
 
 /** Where the cursor of a prompt stands now. */
@@ -22,7 +23,10 @@ public:
 	template <typename ArgumentsType>
 	static constexpr bool HasCursorArgument()
 	{
-		return requires(ArgumentsType & Arguments) { Arguments.OnCursorMoved_Lambda([](const FTextLocation&) {}); };
+		return requires(ArgumentsType & Arguments)
+		{
+			Arguments.OnCursorMoved_Lambda([](const FTextLocation&) {});
+		};
 	}
 	static constexpr bool bReportsCursor = HasCursorArgument<FArguments>();
 
@@ -55,7 +59,8 @@ private:
 	{
 		if constexpr (bReportsCursor)
 		{
-			Arguments.OnCursorMoved_Lambda([Moved = OnPromptCursorMoved](const FTextLocation& Location) { Moved.ExecuteIfBound(Location); });
+			Arguments.OnCursorMoved_Lambda(
+				[Moved = OnPromptCursorMoved](const FTextLocation& Location) { Moved.ExecuteIfBound(Location); });
 		}
 	}
 
