@@ -85,7 +85,8 @@ TSharedPtr<SHostTextWidget> FDraftKeeper::FindBox()
 	if (!Found)
 	{
 		Found = FWidgetFinder::FindByTag(TEXT("InputTextBox"));
-		if (!Found || Found->GetType() != FName(TEXT("SMultiLineEditableTextBox")))
+		// By what it is and not by its type's name: the prompt may be a box of its own kind.
+		if (!dynamic_cast<SHostTextWidget*>(Found.Get()))
 		{
 			return nullptr;
 		}
