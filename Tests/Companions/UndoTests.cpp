@@ -226,6 +226,72 @@ TEST_F(Undo, WhatSomebodyElseChangedIsSetAside)
 	EXPECT_NE(All.find("`removed.md` had been removed since; it is back as it was."), std::string::npos) << All;
 }
 
+TEST_F(Undo, WhatWasMadeByHandBetweenTwoChangesIsSetAside)
+{
+	Project.Write("a.md", "before\n");
+	Project.Write("back.md", "before\n");
+	Project.Write("mode.md", "before\n");
+	Project.Write("removed.md", "before\n");
+	const auto ChangeAll = [this](const std::string& Transaction, const std::string& Text)
+	{
+		Velmora::FChangeTools Tools = MakeTools(Transaction);
+		for (const char* Path : { "a.md", "back.md", "mode.md", "removed.md", "made/new.md" })
+		{
+			ASSERT_TRUE(Tools.WriteFile(Path, Text).bSuccess) << Path;
+		}
+	};
+	ChangeAll("T1", "agent 1\n");
+	Project.Write("a.md", "by hand 1\n");
+	Project.Write("back.md", "before\n");
+	SetMode("mode.md", 0600);
+	std::filesystem::remove(Project.Root / "removed.md");
+	Project.Write("made/new.md", "by hand 1\n");
+	Journal->OpenTransaction("T2", "C", 2);
+	ChangeAll("T2", "agent 2\n");
+	Project.Write("a.md", "by hand 2\n");
+	ASSERT_TRUE(MakeTools("T2").WriteFile("a.md", "agent 3\n").bSuccess);
+	Project.Write("a.md", "by hand 3\n");
+
+	const FUndoResult Result = UndoRequest("T1");
+	ASSERT_TRUE(Result.bSuccess) << Result.Problem;
+	for (const char* Path : { "a.md", "back.md", "mode.md", "removed.md" })
+	{
+		EXPECT_EQ(ReadFile(Path), "before\n") << Path;
+	}
+	EXPECT_EQ(ReadFile("a.conflict-1.md"), "by hand 1\n");
+	EXPECT_EQ(ReadFile("a.conflict-2.md"), "by hand 2\n");
+	EXPECT_EQ(ReadFile("a.conflict-3.md"), "by hand 3\n");
+	EXPECT_EQ(ReadFile("made/new.conflict-1.md"), "by hand 1\n");
+	EXPECT_EQ(ListProject().size(), 9u) << "and no other copy";
+	const std::string Between = " had been changed by hand between two changes. ";
+	EXPECT_EQ(Result.Notices,
+		(std::vector<std::string>{
+			"`a.md`" + Between + "It is back as it was before the request; what you had made of it then is in `a.conflict-1.md`.",
+			"`a.md`" + Between + "It is back as it was before the request; what you had made of it then is in `a.conflict-2.md`.",
+			"`a.md` had been changed by hand since. It is back as it was before the request; what you had made of it is in "
+			"`a.conflict-3.md`.",
+			"`made/new.md`" + Between +
+				"It is gone again, as before the request; what you had made of it then is in `made/new.conflict-1.md`." }));
+}
+
+TEST_F(Undo, AnotherFolderInThePlaceOfTheProjectIsLeftAlone)
+{
+	Project.Write("a.md", "before\n");
+	ASSERT_TRUE(MakeTools().WriteFile("a.md", "agent\n").bSuccess);
+	const std::filesystem::path Away = Project.Root.native() + "-away";
+	std::filesystem::rename(Project.Root, Away);
+	Project.Write("a.md", "agent\n");
+	const std::vector<std::string> Before = ListProject();
+	EXPECT_EQ(UndoRequest().Problem,
+		"Nothing was undone. `a.md` cannot be restored: the folder " + Project.Root.native() + " is another one than when it was changed.");
+	EXPECT_EQ(ListProject(), Before);
+
+	std::filesystem::remove_all(Project.Root);
+	std::filesystem::rename(Away, Project.Root);
+	ASSERT_TRUE(UndoRequest().bSuccess) << "it is back";
+	EXPECT_EQ(ReadFile("a.md"), "before\n");
+}
+
 TEST_F(Undo, ChangesNothingWhenItCannotRestoreAll)
 {
 	Project.Write("a.md", "before a\n");

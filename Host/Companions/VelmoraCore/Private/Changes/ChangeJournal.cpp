@@ -23,8 +23,6 @@ namespace Velmora
 	{
 		constexpr const char* LockName = "lock";
 		constexpr const char* LogName = "changes.log";
-		constexpr const char* BlobFolderName = "contents";
-
 		/** A folder on its way to being a journal has this in front of its name until its lock is held. */
 		constexpr const char* NewFolderPrefix = ".new-";
 
@@ -143,7 +141,7 @@ namespace Velmora
 
 	void FChangeJournal::OpenTransaction(const std::string& Id, const std::string& ConversationId, int MessageIndex)
 	{
-		const auto Transaction = std::make_shared<FTransaction>();
+		const auto Transaction = std::make_shared<FChangeTransaction>();
 		Transaction->Id = Id;
 		Transaction->ConversationId = ConversationId;
 		Transaction->MessageIndex = MessageIndex;
@@ -151,11 +149,11 @@ namespace Velmora
 		Transactions.push_back(Transaction);
 	}
 
-	std::shared_ptr<FChangeJournal::FTransaction> FChangeJournal::FindTransaction(const std::string& Id) const
+	std::shared_ptr<FChangeTransaction> FChangeJournal::FindTransaction(const std::string& Id) const
 	{
 		const std::scoped_lock Guard(ListMutex);
 		const auto Found = std::find_if(Transactions.begin(), Transactions.end(),
-			[&Id](const std::shared_ptr<FTransaction>& Transaction) { return Transaction->Id == Id; });
+			[&Id](const std::shared_ptr<FChangeTransaction>& Transaction) { return Transaction->Id == Id; });
 		return Found == Transactions.end() ? nullptr : *Found;
 	}
 
@@ -169,7 +167,7 @@ namespace Velmora
 		const std::string& Path, const FMakeContent& MakeContent)
 	{
 		const std::scoped_lock Guard(WorkMutex);
-		const std::shared_ptr<FTransaction> Transaction = FindTransaction(TransactionId);
+		const std::shared_ptr<FChangeTransaction> Transaction = FindTransaction(TransactionId);
 		if (!Transaction || Transaction->bIsDropped)
 		{
 			return "the request it belongs to is over";
@@ -192,8 +190,9 @@ namespace Velmora
 			return Problem;
 		}
 
-		FRecord Record;
+		FChangeRecord Record;
 		Record.Root = Root;
+		Record.RootIdentity = Access.GetIdentity();
 		Record.Path = Path;
 		Record.Before = MakeEntryState(Info, Bytes);
 		if (!Content.bIsDeletion)
@@ -206,7 +205,7 @@ namespace Velmora
 		Problem = OpenFolder();
 		if (Problem.empty() && Info.Kind == EEntryKind::File)
 		{
-			Problem = Keep(Bytes, Record.Before.Hash, Transaction.get());
+			Problem = Keep(Bytes, Record.Before.Hash, *Transaction);
 		}
 		if (!Problem.empty())
 		{
@@ -244,7 +243,7 @@ namespace Velmora
 			{
 				Access.RemoveFolder(Made.back());
 			}
-			Release(Record.Before.Hash);
+			Contents->Release(Record.Before.Hash);
 			bMayHaveLeftovers = true;
 			return Problem;
 		}
@@ -281,7 +280,7 @@ namespace Velmora
 		const std::string Final = UndoFolder + '/' + Name;
 		FFileDescriptor NewLock;
 		FFileDescriptor NewLog;
-		bool bDone = mkdir(Fresh.c_str(), 0700) == 0 && mkdir((Fresh + '/' + BlobFolderName).c_str(), 0700) == 0;
+		bool bDone = mkdir(Fresh.c_str(), 0700) == 0 && mkdir((Fresh + '/' + FKeptContents::FolderName).c_str(), 0700) == 0;
 		if (bDone)
 		{
 			NewLock = FFileDescriptor(open((Fresh + '/' + LockName).c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
@@ -290,15 +289,15 @@ namespace Velmora
 				rename(Fresh.c_str(), Final.c_str()) == 0;
 		}
 		const int MakeError = errno;
-		auto NewStore = std::make_unique<FProjectAccess>(Final);
-		if (!bDone || !NewStore->IsOpen())
+		auto NewContents = std::make_unique<FKeptContents>(Final);
+		if (!bDone || !NewContents->DescribeRefusal().empty())
 		{
-			const std::string Reason = bDone ? NewStore->DescribeRefusal() : strerror(MakeError);
+			const std::string Reason = bDone ? NewContents->DescribeRefusal() : strerror(MakeError);
 			std::error_code Error;
 			std::filesystem::remove_all(bDone ? Final : Fresh, Error);
 			return Refusal + Reason;
 		}
-		NewStore->SetDurable(bIsDurable);
+		NewContents->SetDurable(bIsDurable);
 		if (bIsDurable)
 		{
 			for (const std::string& Made : { Final, UndoFolder })
@@ -309,87 +308,42 @@ namespace Velmora
 		}
 		Lock = std::move(NewLock);
 		Log = std::move(NewLog);
-		Store = std::move(NewStore);
+		Contents = std::move(NewContents);
 		Folder = Final;
 		return std::string();
 	}
 
-	std::string FChangeJournal::Keep(const std::string& Bytes, const std::string& Hash, const FTransaction* ForTransaction)
+	std::string FChangeJournal::Keep(const std::string& Bytes, const std::string& Hash, const FChangeTransaction& ForTransaction)
 	{
-		const auto Known = Kept.find(Hash);
-		if (Known != Kept.end())
-		{
-			++Known->second.Users;
-			return std::string();
-		}
+		const uint64_t Needed = Contents->Holds(Hash) ? 0 : Bytes.size();
 		FTransactions Snapshot;
 		{
 			const std::scoped_lock Guard(ListMutex);
 			Snapshot = Transactions;
 		}
-		for (const std::shared_ptr<FTransaction>& Oldest : Snapshot)
+		for (auto Oldest = Snapshot.begin(); Oldest != Snapshot.end() && Contents->GetBytes() + Needed > Limit; ++Oldest)
 		{
-			if (!ForTransaction || KeptBytes + Bytes.size() <= Limit)
+			if (Oldest->get() != &ForTransaction && !(*Oldest)->Records.empty())
 			{
-				break;
-			}
-			if (Oldest.get() != ForTransaction && !Oldest->Records.empty())
-			{
-				DropTransaction(*Oldest);
+				DropTransaction(**Oldest);
 			}
 		}
-		if (ForTransaction && KeptBytes + Bytes.size() > Limit)
-		{
-			return "its former content cannot be kept: the undo store holds " + std::to_string(Limit / (1024 * 1024)) + " MB and is full";
-		}
-		FProjectAccess::FWriteOptions Options;
-		Options.TemporaryName = "new.tmp";
-		Options.Mode = 0600;
-		const std::string Problem = Store->Write(std::string(BlobFolderName) + '/' + Hash, Bytes, Options);
-		if (!Problem.empty())
-		{
-			return "its former content cannot be kept: " + Problem;
-		}
-		Kept[Hash] = { Bytes.size(), 1 };
-		KeptBytes += Bytes.size();
-		return std::string();
+		return Contents->GetBytes() + Needed <= Limit
+			? Contents->Keep(Bytes, Hash)
+			: "its former content cannot be kept: the undo store holds " + std::to_string(Limit / (1024 * 1024)) + " MB and is full";
 	}
 
-	void FChangeJournal::Release(const std::string& Hash)
+	void FChangeJournal::DropTransaction(FChangeTransaction& Transaction)
 	{
-		const auto Found = Kept.find(Hash);
-		if (Found != Kept.end() && --Found->second.Users == 0)
-		{
-			Store->SetDurable(false); // It need not be gone for good.
-			Store->Remove(std::string(BlobFolderName) + '/' + Hash);
-			Store->SetDurable(bIsDurable);
-			KeptBytes -= Found->second.Size;
-			Kept.erase(Found);
-		}
-	}
-
-	std::string FChangeJournal::ReadKept(const std::string& Hash, std::string& OutBytes) const
-	{
-		FEntryInfo Info;
-		std::string Problem = Store->Read(std::string(BlobFolderName) + '/' + Hash, MaxFileBytes, OutBytes, Info);
-		if (Problem.empty() && HashContent(OutBytes) != Hash)
-		{
-			Problem = "it is damaged";
-		}
-		return Problem;
-	}
-
-	void FChangeJournal::DropTransaction(FTransaction& Transaction)
-	{
-		std::vector<FRecord> Records;
+		std::vector<FChangeRecord> Records;
 		{
 			const std::scoped_lock Guard(ListMutex);
 			Records = std::exchange(Transaction.Records, {});
 			Transaction.bIsDropped = true;
 		}
-		for (const FRecord& Record : Records)
+		for (const FChangeRecord& Record : Records)
 		{
-			Release(Record.Before.Hash);
+			Contents->Release(Record.Before.Hash);
 		}
 	}
 

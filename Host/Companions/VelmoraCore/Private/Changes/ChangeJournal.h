@@ -2,33 +2,18 @@
 
 #include <atomic>
 #include <functional>
-#include <map>
 #include <memory>
 #include <mutex>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "Changes/ChangeRecord.h"
+#include "Changes/KeptContents.h"
 #include "Changes/ProjectAccess.h"
 
 namespace Velmora
 {
-	/** What stood or stands under a name, as far as undo brings it back. */
-	struct FEntryState
-	{
-		EEntryKind Kind = EEntryKind::Absent;
-		uint32_t Mode = 0;
-
-		/** Of a file's bytes (HashContent). */
-		std::string Hash;
-		std::string LinkTarget;
-
-		bool operator==(const FEntryState&) const = default;
-	};
-
-	/** @param Bytes  Of a file; nothing for what is none. */
-	FEntryState MakeEntryState(const FEntryInfo& Info, const std::string& Bytes);
-
 	/** The numbers are those of the history trackers. */
 	enum class EChangeAction : uint8_t
 	{
@@ -89,7 +74,7 @@ namespace Velmora
 		static constexpr uint64_t MaxKeptBytes = 256 * 1024 * 1024;
 
 		/** A file larger than this is not changed, since its content could not be kept. */
-		static constexpr uint64_t MaxFileBytes = 64 * 1024 * 1024;
+		static constexpr uint64_t MaxFileBytes = FKeptContents::MaxFileBytes;
 
 		/** Nothing is written before the first change. */
 		explicit FChangeJournal(std::string InUndoFolder, uint64_t InMaxKeptBytes = MaxKeptBytes);
@@ -130,7 +115,7 @@ namespace Velmora
 		std::vector<FPerformedChange> TakePerformed();
 
 		/** Bytes of former contents kept now. */
-		uint64_t GetKeptBytes() const { return KeptBytes; }
+		uint64_t GetKeptBytes() const { return Contents ? Contents->GetBytes() : 0; }
 
 		/** Removes what journals of dead processes have left, also half-written files beside those they were to replace. */
 		static void RemoveDeadJournals(const std::string& UndoFolder);
@@ -139,37 +124,19 @@ namespace Velmora
 		void SetDurable(bool bInDurable) { bIsDurable = bInDurable; }
 
 	private:
-		struct FRecord
-		{
-			std::string Root;
-			std::string Path;
-			FEntryState Before;
-			FEntryState After;
-
-			/** Folders made for it, the outer ones first. */
-			std::vector<std::string> MadeFolders;
-			std::string TemporaryName;
-		};
-		struct FTransaction
-		{
-			std::string Id;
-			std::string ConversationId;
-			int MessageIndex = 0;
-			std::vector<FRecord> Records;
-
-			/** Its former contents had to make room. */
-			bool bIsDropped = false;
-		};
-		using FTransactions = std::vector<std::shared_ptr<FTransaction>>;
-		class FUndoRun;
+		using FTransactions = std::vector<std::shared_ptr<FChangeTransaction>>;
 
 		std::string OpenFolder();
-		std::string Keep(const std::string& Bytes, const std::string& Hash, const FTransaction* ForTransaction);
-		void Release(const std::string& Hash);
-		std::string ReadKept(const std::string& Hash, std::string& OutBytes) const;
-		void DropTransaction(FTransaction& Transaction);
+
+		/** Lets the oldest contents go until there is room. */
+		std::string Keep(const std::string& Bytes, const std::string& Hash, const FChangeTransaction& ForTransaction);
+		void DropTransaction(FChangeTransaction& Transaction);
+		void Forget(const FTransactions& Undone);
 		std::string AppendToLog(const std::string& Line);
-		std::shared_ptr<FTransaction> FindTransaction(const std::string& Id) const;
+		std::shared_ptr<FChangeTransaction> FindTransaction(const std::string& Id) const;
+
+		/** A transaction and the later ones of its conversation. */
+		FTransactions ListFrom(const std::string& TransactionId, const std::string& ConversationId) const;
 
 		const std::string UndoFolder;
 		const uint64_t Limit;
@@ -178,16 +145,9 @@ namespace Velmora
 		/** Held during a change and an undo; guards all that follows. */
 		std::mutex WorkMutex;
 		std::string Folder;
-		std::unique_ptr<FProjectAccess> Store;
+		std::unique_ptr<FKeptContents> Contents;
 		FFileDescriptor Lock;
 		FFileDescriptor Log;
-		struct FKeptContent
-		{
-			uint64_t Size = 0;
-			int Users = 0;
-		};
-		std::map<std::string, FKeptContent> Kept;
-		std::atomic<uint64_t> KeptBytes = 0;
 		int RecordCount = 0;
 
 		/** A write or an undo has failed, so a half-written file may stand in the project. */

@@ -11,6 +11,7 @@
 #include <linux/openat2.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
+#include <sys/sysmacros.h>
 
 namespace Velmora
 {
@@ -120,6 +121,13 @@ namespace Velmora
 	{
 		char Resolved[PATH_MAX];
 		RealRoot = realpath(Root.c_str(), Resolved) ? Resolved : Root;
+		struct statx Status = {};
+		if (statx(RootFolder.Get(), "", AT_EMPTY_PATH, STATX_INO | STATX_BTIME, &Status) == 0)
+		{
+			Identity.Device = makedev(Status.stx_dev_major, Status.stx_dev_minor);
+			Identity.Number = Status.stx_ino;
+			Identity.BornAt = (Status.stx_mask & STATX_BTIME) != 0 ? Status.stx_btime.tv_sec * 1'000'000'000 + Status.stx_btime.tv_nsec : 0;
+		}
 	}
 
 	std::string FProjectAccess::DescribeRefusal() const

@@ -31,6 +31,18 @@ namespace Velmora
 		std::string LinkTarget;
 	};
 
+	/** Which folder it is, whatever its name: also one that came to stand under the same number later is another one. */
+	struct FFolderIdentity
+	{
+		uint64_t Device = 0;
+		uint64_t Number = 0;
+
+		/** In nanoseconds; zero where the file system does not say. */
+		int64_t BornAt = 0;
+
+		bool operator==(const FFolderIdentity&) const = default;
+	};
+
 	/** How FProjectAccess keeps a path below its folder. */
 	enum class EAccessMethod
 	{
@@ -59,6 +71,8 @@ namespace Velmora
 
 		/** Why not: a clause. Empty when it is open. */
 		std::string DescribeRefusal() const;
+
+		const FFolderIdentity& GetIdentity() const { return Identity; }
 
 		/**
 		 * Makes a path relative: takes away a leading project folder, empty parts and ".". Refuses "..", absolute paths
@@ -141,6 +155,7 @@ namespace Velmora
 		/** Root with links resolved. */
 		std::string RealRoot;
 		FFileDescriptor RootFolder;
+		FFolderIdentity Identity;
 
 		/** Of the system, zero when the folder is open. */
 		int OpenError = 0;
