@@ -274,6 +274,36 @@ TEST_F(Undo, WhatWasMadeByHandBetweenTwoChangesIsSetAside)
 				"It is gone again, as before the request; what you had made of it then is in `made/new.conflict-1.md`." }));
 }
 
+TEST_F(Undo, AFileIsTheSameUnderEveryNameThatLinksGiveIt)
+{
+	Project.Write("real/deep/a.md", "before\n");
+	std::filesystem::create_directory_symlink("real/deep", Project.Root / "short");
+	std::filesystem::create_directory_symlink("../real", Project.Root / "real/around");
+	std::filesystem::create_directory_symlink("nowhere", Project.Root / "broken");
+	const std::vector<std::string> Before = ListProject();
+	const char* const Names[] = { "real/deep/a.md", "short/a.md", "real/around/around/deep/a.md", "short/a.md", "real/deep/a.md" };
+	for (size_t Index = 0; Index < std::size(Names); ++Index)
+	{
+		const std::string Transaction = 'N' + std::to_string(Index);
+		Journal->OpenTransaction(Transaction, "C", static_cast<int>(Index));
+		ASSERT_TRUE(MakeTools(Transaction).WriteFile(Names[Index], "agent " + std::to_string(Index) + '\n').bSuccess) << Names[Index];
+		const Velmora::FPerformedChange Performed = Journal->TakePerformed().back();
+		EXPECT_EQ(Performed.Path, "real/deep/a.md");
+	}
+	ASSERT_TRUE(MakeTools("N4").WriteFile("short/sub/new.md", "new\n").bSuccess);
+	ASSERT_TRUE(MakeTools("N4").DeleteFile("real/deep/sub/new.md").bSuccess);
+	EXPECT_FALSE(MakeTools("N4").WriteFile("broken/new.md", "x").bSuccess);
+
+	for (const size_t Index : { 3, 0 })
+	{
+		const FUndoResult Result = UndoRequest('N' + std::to_string(Index));
+		ASSERT_TRUE(Result.bSuccess) << Result.Problem;
+		EXPECT_TRUE(Result.Notices.empty()) << Result.Notices[0];
+		EXPECT_EQ(ReadFile("real/deep/a.md"), Index == 0 ? "before\n" : "agent " + std::to_string(Index - 1) + '\n');
+	}
+	EXPECT_EQ(ListProject(), Before);
+}
+
 TEST_F(Undo, AnotherFolderInThePlaceOfTheProjectIsLeftAlone)
 {
 	Project.Write("a.md", "before\n");

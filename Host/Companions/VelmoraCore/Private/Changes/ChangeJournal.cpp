@@ -164,9 +164,11 @@ namespace Velmora
 	}
 
 	std::string FChangeJournal::Change(const std::string& TransactionId, const FProjectAccess& Access, const std::string& Root,
-		const std::string& Path, const FMakeContent& MakeContent)
+		const std::string& GivenPath, const FMakeContent& MakeContent)
 	{
 		const std::scoped_lock Guard(WorkMutex);
+		// Whatever links lead to it, a file has one name here.
+		const std::string Path = Access.ResolveFolders(GivenPath);
 		const std::shared_ptr<FChangeTransaction> Transaction = FindTransaction(TransactionId);
 		if (!Transaction || Transaction->bIsDropped)
 		{

@@ -96,11 +96,11 @@ namespace Velmora
 		 * Changes one file: reads it, asks what it shall become, keeps the former content, then changes it as a whole.
 		 *
 		 * @param Access  Of the folder Root.
-		 * @param Path    As FProjectAccess::Normalise gives it.
+		 * @param GivenPath  As FProjectAccess::Normalise gives it, through whatever links.
 		 * @return        A clause that says why nothing was changed, or nothing.
 		 */
-		std::string Change(const std::string& TransactionId, const FProjectAccess& Access, const std::string& Root, const std::string& Path,
-			const FMakeContent& MakeContent);
+		std::string Change(const std::string& TransactionId, const FProjectAccess& Access, const std::string& Root,
+			const std::string& GivenPath, const FMakeContent& MakeContent);
 
 		/**
 		 * Undoes a transaction and the later ones of the same conversation, all or nothing.

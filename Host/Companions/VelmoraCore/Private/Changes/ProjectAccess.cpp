@@ -19,6 +19,9 @@ namespace Velmora
 	{
 		/** A folder above the path was renamed while it was resolved; the next try usually settles it. */
 		constexpr int MaxResolveTries = 32;
+
+		/** As many as the system follows in one path. */
+		constexpr int MaxLinks = 40;
 		constexpr int FolderFlags = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
 
 		/** The system has no openat2, or a filter refuses it: known after the first try. */
@@ -171,6 +174,58 @@ namespace Velmora
 			}
 		}
 		return OutRelative.empty() ? "it names no file" : std::string();
+	}
+
+	std::string FProjectAccess::ResolveFolders(const std::string& Path) const
+	{
+		// What the system follows, or would if a folder at the end were made, can be followed by its text.
+		std::string Name;
+		if (!OpenParent(Path, Name).IsOpen() && errno != ENOENT)
+		{
+			return Path;
+		}
+		std::string Rest = Path.substr(0, Path.size() - Name.size());
+		std::string Folder; // With the slash behind it; no link is in it.
+		size_t GivenLength = Rest.size(); // What is in front of this many characters comes from a link.
+		for (int Links = 0; !Rest.empty();)
+		{
+			const bool bIsGiven = Rest.size() <= GivenLength;
+			const size_t Slash = Rest.find('/');
+			const std::string Part = Rest.substr(0, Slash);
+			Rest.erase(0, Slash + 1);
+			if (Part.empty() || Part == ".")
+			{
+				continue;
+			}
+			if (Part == "..")
+			{
+				if (Folder.empty())
+				{
+					return Path;
+				}
+				Folder.erase(Folder.rfind('/', Folder.size() - 2) + 1);
+				continue;
+			}
+			char Target[PATH_MAX];
+			const ssize_t Length = readlinkat(RootFolder.Get(), (Folder + Part).c_str(), Target, sizeof(Target));
+			if (Length < 0)
+			{
+				// A link to what is not there makes no folder.
+				if (errno == ENOENT && !bIsGiven)
+				{
+					return Path;
+				}
+				Folder += Part + '/';
+				continue;
+			}
+			if (Length == 0 || Target[0] == '/' || ++Links > MaxLinks)
+			{
+				return Path;
+			}
+			GivenLength = bIsGiven ? Rest.size() : GivenLength;
+			Rest.insert(0, std::string(Target, static_cast<size_t>(Length)) + '/');
+		}
+		return Folder + Name;
 	}
 
 	FFileDescriptor FProjectAccess::OpenBeneath(const std::string& Path, int Flags) const

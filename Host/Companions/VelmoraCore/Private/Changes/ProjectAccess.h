@@ -1,5 +1,6 @@
 #pragma once
 
+#include <compare>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -40,7 +41,7 @@ namespace Velmora
 		/** In nanoseconds; zero where the file system does not say. */
 		int64_t BornAt = 0;
 
-		bool operator==(const FFolderIdentity&) const = default;
+		auto operator<=>(const FFolderIdentity&) const = default;
 	};
 
 	/** How FProjectAccess keeps a path below its folder. */
@@ -79,6 +80,12 @@ namespace Velmora
 		 * that lead elsewhere, NULs and the folder itself.
 		 */
 		std::string Normalise(std::string_view Path, std::string& OutRelative) const;
+
+		/**
+		 * The same file by the folders that it really lies in, links among them followed: two names of one file become one.
+		 * What cannot be followed stays; the operations on it say why.
+		 */
+		std::string ResolveFolders(const std::string& Path) const;
 
 		/** What stands there itself, links not followed. A name that is not there, nor its folder, is Absent. */
 		std::string Look(const std::string& Path, FEntryInfo& OutInfo) const;

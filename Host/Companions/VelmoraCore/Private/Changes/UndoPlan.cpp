@@ -68,7 +68,7 @@ namespace Velmora
 			{
 				ReplacedRoots[Access.get()] = Record->Root;
 			}
-			const auto [Known, bIsNew] = Indices.try_emplace({ Record->Root, Record->Path }, Targets.size());
+			const auto [Known, bIsNew] = Indices.try_emplace({ Record->RootIdentity, Record->Path }, Targets.size());
 			if (bIsNew)
 			{
 				FUndoTarget& Added = Targets.emplace_back();
@@ -180,7 +180,8 @@ namespace Velmora
 				return Problem;
 			}
 			Saved.push_back(State);
-			Notices.push_back(Name + " had been changed by hand " + When + ". " + Now + "; what you had made of it " + Which + "is in `" + Path + "`.");
+			Notices.push_back(
+				Name + " had been changed by hand " + When + ". " + Now + "; what you had made of it " + Which + "is in `" + Path + "`.");
 			return std::string();
 		};
 

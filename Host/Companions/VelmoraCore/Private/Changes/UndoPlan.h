@@ -97,7 +97,7 @@ namespace Velmora
 		FKeptContents& Contents;
 
 		/** Place of a target by project folder and path. */
-		std::map<std::pair<std::string, std::string>, size_t> Indices;
+		std::map<std::pair<FFolderIdentity, std::string>, size_t> Indices;
 
 		/** Folders that are others now than those in which the changes were made. */
 		std::map<const FProjectAccess*, std::string> ReplacedRoots;

@@ -73,9 +73,8 @@ namespace Velmora
 		for (size_t Index = 0; Index < Plan.Targets.size(); ++Index)
 		{
 			const FUndoTarget& Target = Plan.Targets[Index];
-			const std::string Problem = bIsWrittenBeside[Index] && !bFlushAll
-				? Target.Access->FlushFile(Target.GetFolder() + Target.TemporaryName)
-				: std::string();
+			const std::string Problem =
+				bIsWrittenBeside[Index] && !bFlushAll ? Target.Access->FlushFile(Target.GetFolder() + Target.TemporaryName) : std::string();
 			if (!Problem.empty())
 			{
 				return Refuse(Target, Problem);
