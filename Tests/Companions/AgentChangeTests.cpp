@@ -2,9 +2,11 @@
 
 #include "Agent/BuiltInAgent.h"
 #include "Changes/ChangeJournal.h"
+#include "Changes/ChangeLog.h"
 #include "History/AssetHistoryTracker.h"
 #include "History/FileHistoryTracker.h"
 #include "Host/HostFileNames.h"
+#include "Host/StoreLocation.h"
 #include "Misc/Paths.h"
 
 #include <fstream>
@@ -230,6 +232,64 @@ TEST_F(AgentChanges, UndoRestoresFilesAndMessages)
 	Agent->StartConversation(EConversationMode::General);
 	ASSERT_TRUE(Agent->LoadConversation(Id));
 	EXPECT_EQ(CountMessages(), 2);
+}
+
+TEST_F(AgentChanges, AnUndoThatTheLastProcessDidNotFinishTakesItsMessagesToo)
+{
+	struct FCase
+	{
+		std::vector<std::string> Dropped;
+		int32 Left;
+		const char* Told;
+	};
+	const FCase Cases[] = {
+		// The store may lack the answer.
+		{ { "second", "answer", "more" }, 2, "the files and the conversation are as they were before the request." },
+		{ { "second", "answer" }, 2, "the files and the conversation are as they were before the request." },
+		{ { "second" }, 4,
+			"the files are as they were before the request. Its conversation had gone on by then, so all of its messages stay." },
+		{ { "other", "answer" }, 4,
+			"the files are as they were before the request. Its conversation had gone on by then, so all of its messages stay." },
+	};
+	for (const FCase& Case : Cases)
+	{
+		SCOPED_TRACE(Case.Dropped.size());
+		Ask("first");
+		const std::string Answer = (Ask("second"), LastAnswer);
+		const FString Id = GetId();
+		Agent.Reset();
+		PumpUntilQuiet();
+
+		Velmora::FLoggedUndo Undo;
+		Undo.ConversationId = Utf8(Id);
+		Undo.MessageIndex = 2;
+		for (const std::string& Dropped : Case.Dropped)
+		{
+			Undo.MessageMarks.push_back(Velmora::HashMessageText(Dropped == "answer" ? Answer : Dropped));
+		}
+		const std::filesystem::path Dead = HostFileNameToBytes(Velmora::GetStoreLocation().GetUndoFolder()) + "/dead";
+		std::filesystem::create_directories(Dead / "contents");
+		std::ofstream(Dead / "lock").flush();
+		Velmora::FChangeLog Log;
+		ASSERT_TRUE(Log.Create(Dead.native()));
+		ASSERT_EQ(Log.AppendUndo(Undo), "");
+
+		Agent = FAgentBuilder::CreateDefault();
+		Listen();
+		Events.clear();
+		ASSERT_TRUE(Agent->LoadConversation(Id));
+		PumpUntilQuiet();
+		EXPECT_EQ(EventsOf("progress"),
+			(std::vector<std::string>{
+				std::string("An undo had been cut short when the program ended. It is finished now: ") + Case.Told }));
+		EXPECT_EQ(CountMessages(), Case.Left);
+		EXPECT_GE(EventsOf("loaded").size(), 1u);
+		EXPECT_FALSE(std::filesystem::exists(Dead));
+		Agent->StartConversation(EConversationMode::General);
+		ASSERT_TRUE(Agent->LoadConversation(Id));
+		EXPECT_EQ(CountMessages(), Case.Left);
+		Agent->StartConversation(EConversationMode::General);
+	}
 }
 
 TEST_F(AgentChanges, AChangeOfACancelledTurnIsToldAndUndone)

@@ -47,7 +47,35 @@ protected:
 
 	Velmora::FUndoResult UndoRequest(const std::string& Transaction = "T1")
 	{
-		return Journal->Undo(Transaction, "C", [](int) { return std::string(); });
+		return Undo(Transaction, [](int) { return std::string(); });
+	}
+
+	Velmora::FUndoResult Undo(
+		const std::string& Transaction, std::function<std::string(int MessageIndex)> Commit, const std::string& Conversation = "C")
+	{
+		Velmora::FUndoRequest Request;
+		Request.TransactionId = Transaction;
+		Request.ConversationId = Conversation;
+		Request.Commit = std::move(Commit);
+		Request.MarkMessages = [](int MessageIndex) { return std::vector<std::string>{ "mark" + std::to_string(MessageIndex) }; };
+		return Journal->Undo(Request);
+	}
+
+	/** What a later start does; says which messages are to go. */
+	std::vector<Velmora::FRecoveredUndo> RecoverAll(const std::string& MessageProblem = std::string())
+	{
+		return Velmora::FChangeJournal::RecoverDeadJournals(
+			UndoFolder,
+			[&](const Velmora::FLoggedUndo& Undo, std::string&)
+			{
+				FinishedMessages = Undo.ConversationId + ' ' + std::to_string(Undo.MessageIndex);
+				for (const std::string& Mark : Undo.MessageMarks)
+				{
+					FinishedMessages += ' ' + Mark;
+				}
+				return MessageProblem;
+			},
+			false);
 	}
 
 	std::string ReadFile(const std::string& Path) const
@@ -85,5 +113,6 @@ protected:
 
 	FTemporaryProject Project;
 	std::string UndoFolder;
+	std::string FinishedMessages;
 	std::unique_ptr<Velmora::FChangeJournal> Journal;
 };

@@ -7,7 +7,6 @@
 #include <sys/file.h>
 #include <sys/wait.h>
 
-using Velmora::FChangeJournal;
 using Velmora::FUndoResult;
 
 namespace
@@ -155,12 +154,14 @@ TEST_F(Undo, RandomEditScriptsLeaveNoTrace)
 		for (const int Request : { From, 0 })
 		{
 			int MessageIndex = -1;
-			const FUndoResult Result = Journal->Undo(std::to_string(Script) + '-' + std::to_string(Request), "S" + std::to_string(Script),
+			const FUndoResult Result = FChangeTest::Undo(
+				std::to_string(Script) + '-' + std::to_string(Request),
 				[&MessageIndex](int Index)
 				{
 					MessageIndex = Index;
 					return std::string();
-				});
+				},
+				"S" + std::to_string(Script));
 			if (Request == 0 && From == 0 && !Result.bSuccess)
 			{
 				break; // Already undone.
@@ -333,7 +334,7 @@ TEST_F(Undo, ChangesNothingWhenItCannotRestoreAll)
 
 	// The conversation's messages could not be cut.
 	std::vector<std::string> Before = ListProject();
-	FUndoResult Result = Journal->Undo("T1", "C", [](int) { return std::string("The store is busy."); });
+	FUndoResult Result = FChangeTest::Undo("T1", [](int) { return std::string("The store is busy."); });
 	EXPECT_EQ(Result.Problem, "Nothing was undone. The store is busy.");
 	EXPECT_EQ(ListProject(), Before);
 
@@ -348,7 +349,7 @@ TEST_F(Undo, ChangesNothingWhenItCannotRestoreAll)
 	// What cannot be taken back is no longer as it was, so nobody says that it is.
 	std::filesystem::remove_all(Project.Root / "z.md");
 	Project.Write("z.md", "agent\n");
-	Result = Journal->Undo("T1", "C",
+	Result = FChangeTest::Undo("T1",
 		[this](int)
 		{
 			std::filesystem::remove(Project.Root / "z.md");
@@ -375,7 +376,9 @@ TEST_F(Undo, ChangesNothingWhenItCannotRestoreAll)
 	EXPECT_NE(Result.Problem.find("its former content is lost (it is damaged)"), std::string::npos) << Result.Problem;
 	EXPECT_EQ(ListProject(), Before);
 
-	EXPECT_EQ(Journal->Undo("T1", "another conversation", [](int) { return std::string(); }).Problem,
+	EXPECT_EQ(FChangeTest::Undo(
+				  "T1", [](int) { return std::string(); }, "another conversation")
+				  .Problem,
 		"What was done after that message is not known any more, so nothing was undone.");
 }
 
@@ -430,7 +433,7 @@ TEST_F(Undo, ContentsArePrivateAndGoWithTheJournal)
 		Files += Entry.is_regular_file();
 	}
 	EXPECT_EQ(Files, 3) << "lock, list of changes, one content";
-	FChangeJournal::RemoveDeadJournals(UndoFolder);
+	EXPECT_TRUE(RecoverAll().empty());
 	ASSERT_TRUE(UndoRequest().bSuccess) << "a living journal is left alone";
 	Journal.reset();
 	EXPECT_FALSE(std::filesystem::exists(UndoFolder));
@@ -457,8 +460,190 @@ TEST_F(Undo, WhatAProcessLeftThatDiedIsRemoved)
 	// Another one died while it removed its own folder.
 	std::filesystem::create_directories(UndoFolder + "/0123456789abcdef0123456789abcdef/contents");
 	ASSERT_EQ(ListProject().size(), 3u);
-	FChangeJournal::RemoveDeadJournals(UndoFolder);
+	EXPECT_TRUE(RecoverAll().empty());
 	EXPECT_TRUE(std::filesystem::is_empty(UndoFolder));
 	EXPECT_EQ(ListProject().size(), 2u);
 	EXPECT_EQ(ReadFile("sub/a.md"), "x");
+}
+
+namespace
+{
+	/** A process that dies in the middle of an undo, and what the next one makes of it. */
+	class UndoRecovery : public FChangeTest
+	{
+	protected:
+		void SetUp() override
+		{
+			FChangeTest::SetUp();
+			Journal.reset();
+		}
+
+		void Populate() const
+		{
+			for (const std::filesystem::directory_entry& Entry : std::filesystem::directory_iterator(Project.Root))
+			{
+				std::filesystem::remove_all(Entry);
+			}
+			for (const char* Path : { "a.md", "b.md", "z.md" })
+			{
+				Project.Write(Path, "before\n");
+			}
+		}
+
+		/** Runs it in a process that ends without a word. */
+		template <typename FWork>
+		void DieIn(const FWork& Work)
+		{
+			const pid_t Child = fork();
+			if (Child == 0)
+			{
+				OpenJournal();
+				Work();
+				_exit(0);
+			}
+			int Status = 0;
+			ASSERT_EQ(waitpid(Child, &Status, 0), Child);
+			ASSERT_EQ(WEXITSTATUS(Status), 0);
+		}
+
+		/** Two requests, with a file changed by hand between them and one afterwards. */
+		void ChangeFiles()
+		{
+			bool bDone = MakeTools("T1").WriteFile("a.md", "agent 1\n").bSuccess;
+			bDone = MakeTools("T1").CreateFile("made/new.md", "agent 1\n").bSuccess && bDone;
+			Project.Write("a.md", "by hand 1\n");
+			Journal->OpenTransaction("T2", "C", 2);
+			for (const char* Path : { "a.md", "b.md" })
+			{
+				bDone = MakeTools("T2").WriteFile(Path, "agent 2\n").bSuccess && bDone;
+			}
+			bDone = MakeTools("T2").DeleteFile("z.md").bSuccess && bDone;
+			bDone = !MakeTools("T2").CreateFile("b.md/x", "it is no folder").bSuccess && bDone;
+			Project.Write("b.md", "by hand 2\n");
+			bDone ? void() : _exit(1);
+		}
+
+		/** The files are back, the messages are not gone. */
+		void DieInUndo()
+		{
+			DieIn(
+				[this]
+				{
+					ChangeFiles();
+					Undo("T1", [](int) -> std::string { _exit(0); });
+					_exit(2);
+				});
+		}
+	};
+}
+
+TEST_F(UndoRecovery, TheNextStartFinishesItWhereverItStopped)
+{
+	// What each step of an undo has not done yet.
+	const std::function<void()> NotDone[] = { [this] { Project.Write("a.md", "agent 2\n"); },
+		[this] { Project.Write("b.md", "by hand 2\n"); }, [this] { Project.Write("made/new.md", "agent 1\n"); },
+		[this] { std::filesystem::remove(Project.Root / "z.md"); },
+		[this]
+		{
+			Project.Write("b.md", "by hand 2\n");
+			std::filesystem::remove(Project.Root / "b.conflict-1.md");
+		},
+		[this] { std::filesystem::remove(Project.Root / "a.conflict-1.md"); } };
+	for (unsigned Mask = 0; Mask < 1u << std::size(NotDone) && !HasFailure(); ++Mask)
+	{
+		SCOPED_TRACE(Mask);
+		Populate();
+		DieInUndo();
+		for (size_t Step = 0; Step < std::size(NotDone); ++Step)
+		{
+			if (Mask >> Step & 1)
+			{
+				NotDone[Step]();
+			}
+		}
+		FinishedMessages.clear();
+		const std::vector<Velmora::FRecoveredUndo> All = RecoverAll();
+		ASSERT_EQ(All.size(), 1u);
+		EXPECT_TRUE(All[0].bIsFinished);
+		EXPECT_EQ(All[0].Sentences,
+			(std::vector<std::string>{
+				"An undo had been cut short when the program ended. It is finished now: the files and the conversation are as they were "
+				"before the request.",
+				"`b.md` had been changed by hand since. It is back as it was before the request; what you had made of it is in "
+				"`b.conflict-1.md`.",
+				"`a.md` had been changed by hand between two changes. It is back as it was before the request; what you had made of it "
+				"then "
+				"is in `a.conflict-1.md`." }));
+		EXPECT_EQ(FinishedMessages, "C 0 mark0");
+		for (const char* Path : { "a.md", "b.md", "z.md" })
+		{
+			EXPECT_EQ(ReadFile(Path), "before\n") << Path;
+		}
+		EXPECT_EQ(ReadFile("a.conflict-1.md"), "by hand 1\n");
+		EXPECT_EQ(ReadFile("b.conflict-1.md"), "by hand 2\n");
+		EXPECT_EQ(ListProject().size(), 5u);
+		EXPECT_TRUE(std::filesystem::is_empty(UndoFolder));
+	}
+}
+
+TEST_F(UndoRecovery, WhatCannotBeFinishedIsTriedAgainAndGivenUpInTheEnd)
+{
+	Populate();
+	DieInUndo();
+	Project.Write("a.md", "by hand 3\n");
+	std::vector<Velmora::FRecoveredUndo> All = RecoverAll("The store is busy.");
+	ASSERT_EQ(All.size(), 1u);
+	EXPECT_FALSE(All[0].bIsFinished);
+	EXPECT_EQ(All[0].Sentences,
+		(std::vector<std::string>{
+			"An undo had been cut short when the program ended and could not be finished. The store is busy. Some of "
+			"its files may be restored and others not. It is tried again at the next start." }));
+	EXPECT_EQ(ReadFile("a.md"), "by hand 3\n");
+	All = RecoverAll();
+	ASSERT_EQ(All.size(), 1u);
+	EXPECT_TRUE(All[0].bIsFinished);
+	EXPECT_EQ(ReadFile("a.md"), "before\n");
+	EXPECT_EQ(ReadFile("a.conflict-2.md"), "by hand 3\n") << "made since the process died";
+	EXPECT_EQ(All[0].Sentences.size(), 4u);
+
+	Populate();
+	DieInUndo();
+	std::filesystem::remove(Project.Root / "z.md");
+	Project.Write("z.md/inside.txt", "mine");
+	for (const char* Last : { "It is tried again at the next start.", "It is tried again at the next start.", "It is not tried again." })
+	{
+		All = RecoverAll();
+		ASSERT_EQ(All.size(), 1u);
+		const std::string Told = All[0].Sentences[0];
+		EXPECT_NE(Told.find("`z.md` cannot be restored: something that is no file has taken its place."), std::string::npos) << Told;
+		EXPECT_EQ(Told.substr(Told.size() - std::string(Last).size()), Last);
+	}
+	EXPECT_TRUE(RecoverAll().empty());
+}
+
+TEST_F(UndoRecovery, AnUndoThatWasOverIsLeftAlone)
+{
+	const std::function<void()> Ends[] = { [this] { UndoRequest("T2"); },
+		[this] { Undo("T2", [](int) { return std::string("The store is busy."); }); },
+		[this]
+		{
+			UndoRequest("T2");
+			MakeTools("T1").WriteFile("z.md", "agent 3\n");
+		} };
+	for (size_t Index = 0; Index < std::size(Ends); ++Index)
+	{
+		SCOPED_TRACE(Index);
+		Populate();
+		DieIn(
+			[&]
+			{
+				ChangeFiles();
+				Ends[Index]();
+				Project.Write("a.md", "by hand at last\n");
+			});
+		const std::vector<std::string> Before = ListProject();
+		EXPECT_TRUE(RecoverAll().empty());
+		EXPECT_EQ(ListProject(), Before);
+		EXPECT_TRUE(std::filesystem::is_empty(UndoFolder));
+	}
 }

@@ -3,6 +3,8 @@
 #include <deque>
 #include <memory>
 #include <optional>
+#include <string>
+#include <vector>
 
 #include "Async/Future.h"
 #include "CoreMinimal.h"
@@ -21,6 +23,7 @@ namespace Velmora
 	class FConversationStore;
 	class FPermissionRules;
 	class FTurnRecorder;
+	struct FRecoveredUndo;
 
 	// What AgentQuestions.h hands on: a number for a question of that session, the question itself, and its end.
 	uint32 OpenQuestion(const TSharedRef<FAgentSession>& Session);
@@ -72,7 +75,10 @@ namespace Velmora
 		/** Of the last message that was accepted in this conversation; empty before the first. */
 		const FString& GetTransactionId() const { return TransactionId; }
 
-		/** Removes in the background what a process that died has left of its changes. */
+		/**
+		 * Goes in the background through what a process that died has left of its changes: an undo that was under way is
+		 * finished and told, the rest is removed.
+		 */
 		void CleanUpAfterOthers();
 
 		EConversationState GetState() const { return State; }
@@ -132,6 +138,10 @@ namespace Velmora
 
 		/** Opens the transaction of the message that was recorded last. */
 		void OpenTransaction();
+
+		/** As progress texts, in a task of their own. */
+		void TellSoon(const std::vector<std::string>& Sentences);
+		void OnUndoRecovered(const FRecoveredUndo& Recovered);
 
 		/** Tells the history trackers what has been changed since the last call; false when nothing has. */
 		bool PublishChanges();

@@ -1,7 +1,10 @@
 #include "Agent/AgentSession.h"
 
+#include <algorithm>
+
 #include "Async/Async.h"
 #include "Host/HostFileNames.h"
+#include "Host/ProjectFolder.h"
 #include "Host/StoreLocation.h"
 #include "Misc/Guid.h"
 
@@ -14,6 +17,41 @@
 
 namespace Velmora
 {
+	namespace
+	{
+		/** What a later start knows the messages from a place on by. */
+		std::vector<std::string> MarkMessages(const TArray<FConversationMessage>& Messages, int32 First)
+		{
+			std::vector<std::string> Marks;
+			for (int32 Index = First; Index < Messages.Num(); ++Index)
+			{
+				Marks.push_back(HashMessageText(HostFileNameToBytes(Messages[Index].Content)));
+			}
+			return Marks;
+		}
+
+		/** Cuts the messages that an undo of a process that died was to cut, unless the conversation has gone on since. */
+		std::string FinishMessages(FConversationStore& Store, const FLoggedUndo& Undo, std::string& OutNotice)
+		{
+			const FString Id = HostFileNameFromBytes(Undo.ConversationId);
+			bool bHasGoneOn = false;
+			FString Problem;
+			const EStoreResult Result = Store.TruncateMessagesIf(
+				Id, Undo.MessageIndex,
+				[&Undo, &bHasGoneOn](const TArray<FConversationMessage>& Messages)
+				{
+					// The store may have been a message behind.
+					const std::vector<std::string> Marks = MarkMessages(Messages, Undo.MessageIndex);
+					bHasGoneOn =
+						Marks.size() > Undo.MessageMarks.size() || !std::equal(Marks.begin(), Marks.end(), Undo.MessageMarks.begin());
+					return !bHasGoneOn && !Marks.empty();
+				},
+				Problem);
+			OutNotice = bHasGoneOn ? "Its conversation had gone on by then, so all of its messages stay." : "";
+			return Result == EStoreResult::Failed ? HostFileNameToBytes(Problem) : std::string();
+		}
+	}
+
 	void FAgentSession::OpenTransaction()
 	{
 		const FString Folder = GetStoreLocation().GetUndoFolder();
@@ -47,18 +85,22 @@ namespace Velmora
 													   : TEXT("There is nothing to undo.")));
 			return false;
 		}
-		const FUndoResult Result = Journal->Undo(HostFileNameToBytes(Id), HostFileNameToBytes(Current->Id),
-			[this](int MessageIndex)
+		FUndoRequest Request;
+		Request.TransactionId = HostFileNameToBytes(Id);
+		Request.ConversationId = HostFileNameToBytes(Current->Id);
+		Request.MarkMessages = [this](int MessageIndex) { return MarkMessages(Current->Messages, MessageIndex); };
+		Request.Commit = [this](int MessageIndex)
+		{
+			FString Problem;
+			if (GetStore().TruncateMessages(Current->Id, MessageIndex, Problem) == EStoreResult::Failed)
 			{
-				FString Problem;
-				if (GetStore().TruncateMessages(Current->Id, MessageIndex, Problem) == EStoreResult::Failed)
-				{
-					return HostFileNameToBytes(Problem);
-				}
-				Current->Messages.SetNum(FMath::Min(MessageIndex, Current->Messages.Num()));
-				StoredCount = FMath::Min(StoredCount, MessageIndex);
-				return std::string();
-			});
+				return HostFileNameToBytes(Problem);
+			}
+			Current->Messages.SetNum(FMath::Min(MessageIndex, Current->Messages.Num()));
+			StoredCount = FMath::Min(StoredCount, MessageIndex);
+			return std::string();
+		};
+		const FUndoResult Result = Journal->Undo(Request);
 		if (!Result.bSuccess)
 		{
 			Fire(Callbacks.Error, Utf8Text::ToString(Result.Problem));
@@ -69,11 +111,17 @@ namespace Velmora
 		TransactionId.Empty();
 		Current->LastUpdated = FDateTime::Now();
 		SetPlan(FAgentPlan(), TEXT("The request was undone."));
-		for (const std::string& Notice : Result.Notices)
+		TellSoon(Result.Notices);
+		return true;
+	}
+
+	void FAgentSession::TellSoon(const std::vector<std::string>& Sentences)
+	{
+		for (const std::string& Sentence : Sentences)
 		{
 			// Once the front end has cut its rows; one told before would go with them.
 			AsyncTask(ENamedThreads::GameThread,
-				[WeakSession = TWeakPtr<FAgentSession>(AsShared()), Text = Utf8Text::ToString(Notice)]
+				[WeakSession = TWeakPtr<FAgentSession>(AsShared()), Text = Utf8Text::ToString(Sentence)]
 				{
 					if (const TSharedPtr<FAgentSession> Session = WeakSession.Pin())
 					{
@@ -81,7 +129,6 @@ namespace Velmora
 					}
 				});
 		}
-		return true;
 	}
 
 	const std::shared_ptr<FPermissionRules>& FAgentSession::GetRules()
@@ -102,7 +149,39 @@ namespace Velmora
 
 	void FAgentSession::CleanUpAfterOthers()
 	{
+		if (GetProjectFolder().IsEmpty())
+		{
+			return;
+		}
 		Workers.Add(Async(EAsyncExecution::Thread,
-			[Folder = HostFileNameToBytes(GetStoreLocation().GetUndoFolder())] { FChangeJournal::RemoveDeadJournals(Folder); }));
+			[Folder = HostFileNameToBytes(GetStoreLocation().GetUndoFolder()), DefaultStore = FConversationStore::GetDefault(),
+				WeakSession = TWeakPtr<FAgentSession>(AsShared())]
+			{
+				const std::vector<FRecoveredUndo> AllRecovered = FChangeJournal::RecoverDeadJournals(Folder,
+					[&DefaultStore](const FLoggedUndo& Undo, std::string& OutNotice)
+					{ return FinishMessages(*DefaultStore, Undo, OutNotice); });
+				for (const FRecoveredUndo& Recovered : AllRecovered)
+				{
+					AsyncTask(ENamedThreads::GameThread,
+						[WeakSession, Recovered]
+						{
+							if (const TSharedPtr<FAgentSession> Session = WeakSession.Pin())
+							{
+								Session->OnUndoRecovered(Recovered);
+							}
+						});
+				}
+			}));
+	}
+
+	void FAgentSession::OnUndoRecovered(const FRecoveredUndo& Recovered)
+	{
+		const FString Id = HostFileNameFromBytes(Recovered.ConversationId);
+		if (Recovered.bIsFinished && Current.IsValid() && Current->Id == Id && !HasTurn())
+		{
+			// It was opened before its messages were cut.
+			LoadConversation(Id);
+		}
+		TellSoon(Recovered.Sentences);
 	}
 }

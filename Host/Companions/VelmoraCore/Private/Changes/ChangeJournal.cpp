@@ -21,91 +21,9 @@ namespace Velmora
 {
 	namespace
 	{
-		constexpr const char* LockName = "lock";
-		constexpr const char* LogName = "changes.log";
-		/** A folder on its way to being a journal has this in front of its name until its lock is held. */
-		constexpr const char* NewFolderPrefix = ".new-";
-
 		std::string MakeIdentifier()
 		{
 			return HostFileNameToBytes(FGuid::NewGuid().ToString(EGuidFormats::DigitsLower));
-		}
-
-		/** For a field of the log: no tab, no line feed. */
-		std::string EscapeField(std::string_view Text)
-		{
-			std::string Out;
-			for (const char Byte : Text)
-			{
-				if (Byte == '%' || static_cast<unsigned char>(Byte) < 0x20)
-				{
-					Out += '%';
-					Out += "0123456789abcdef"[static_cast<unsigned char>(Byte) >> 4];
-					Out += "0123456789abcdef"[Byte & 15];
-				}
-				else
-				{
-					Out += Byte;
-				}
-			}
-			return Out;
-		}
-
-		std::string UnescapeField(std::string_view Text)
-		{
-			std::string Out;
-			for (size_t Index = 0; Index < Text.size(); ++Index)
-			{
-				if (Text[Index] == '%' && Index + 2 < Text.size())
-				{
-					Out += static_cast<char>(std::strtol(std::string(Text.substr(Index + 1, 2)).c_str(), nullptr, 16));
-					Index += 2;
-				}
-				else
-				{
-					Out += Text[Index];
-				}
-			}
-			return Out;
-		}
-
-		std::string DescribeState(const FEntryState& State)
-		{
-			constexpr const char* Names[] = { "absent", "file", "folder", "link", "other" };
-			return std::string(Names[static_cast<int>(State.Kind)]) + '\t' + std::to_string(State.Mode) + '\t' + State.Hash + '\t' +
-				EscapeField(State.LinkTarget);
-		}
-
-		/** Removes the half-written files that a log speaks of. Fields: "change", root, path, temporary name … */
-		void RemoveTemporaries(const std::string& LogPath)
-		{
-			std::ifstream Log(LogPath, std::ios::binary);
-			std::map<std::string, std::unique_ptr<FProjectAccess>> Accesses;
-			for (std::string Line; std::getline(Log, Line);)
-			{
-				std::vector<std::string> Fields;
-				for (size_t Start = 0; Fields.size() < 4 && Start <= Line.size();)
-				{
-					const size_t End = std::min(Line.find('\t', Start), Line.size());
-					Fields.push_back(UnescapeField(std::string_view(Line).substr(Start, End - Start)));
-					Start = End + 1;
-				}
-				if (Fields.size() < 4 || Fields[0] != "change" || Fields[3].find('/') != std::string::npos)
-				{
-					continue;
-				}
-				std::unique_ptr<FProjectAccess>& Access = Accesses[Fields[1]];
-				if (!Access)
-				{
-					Access = std::make_unique<FProjectAccess>(Fields[1]);
-				}
-				std::string Path;
-				if (Access->IsOpen() && Access->Normalise(Fields[2].substr(0, Fields[2].rfind('/') + 1) + Fields[3], Path).empty())
-				{
-					Access->Remove(Path);
-					Access->Remove(Path + FChangeJournal::CopyEnding);
-				}
-			}
 		}
 	}
 
@@ -131,12 +49,18 @@ namespace Velmora
 		{
 			if (bMayHaveLeftovers)
 			{
-				RemoveTemporaries(Folder + '/' + LogName);
+				RemoveTemporaries(FChangeLog::Read(Folder));
 			}
 			std::error_code Error;
 			std::filesystem::remove_all(Folder, Error);
 			std::filesystem::remove(UndoFolder, Error); // Only when it is empty.
 		}
+	}
+
+	void FChangeJournal::SetDurable(bool bInDurable)
+	{
+		bIsDurable = bInDurable;
+		Log.SetDurable(bInDurable);
 	}
 
 	void FChangeJournal::OpenTransaction(const std::string& Id, const std::string& ConversationId, int MessageIndex)
@@ -215,13 +139,12 @@ namespace Velmora
 		}
 		Record.TemporaryName =
 			".velmora-" + std::filesystem::path(Folder).filename().native().substr(0, 12) + '-' + std::to_string(++RecordCount) + ".tmp";
-		std::string Line = "change\t" + EscapeField(Root) + '\t' + EscapeField(Path) + '\t' + Record.TemporaryName + '\t' + TransactionId +
-			'\t' + DescribeState(Record.Before) + '\t' + DescribeState(Record.After);
-		for (const std::string& Made : Record.MadeFolders)
+		Problem = Log.AppendChange(Record, TransactionId);
+		if (!Problem.empty())
 		{
-			Line += '\t' + EscapeField(Made);
+			Contents->Release(Record.Before.Hash);
+			return Problem;
 		}
-		Problem = AppendToLog(Line + '\n');
 
 		std::vector<std::string> Made;
 		if (Problem.empty() && Content.bIsDeletion)
@@ -246,6 +169,7 @@ namespace Velmora
 				Access.RemoveFolder(Made.back());
 			}
 			Contents->Release(Record.Before.Hash);
+			Log.AppendFailure();
 			bMayHaveLeftovers = true;
 			return Problem;
 		}
@@ -281,13 +205,13 @@ namespace Velmora
 		const std::string Fresh = UndoFolder + '/' + NewFolderPrefix + Name;
 		const std::string Final = UndoFolder + '/' + Name;
 		FFileDescriptor NewLock;
-		FFileDescriptor NewLog;
+		FChangeLog NewLog;
+		NewLog.SetDurable(bIsDurable);
 		bool bDone = mkdir(Fresh.c_str(), 0700) == 0 && mkdir((Fresh + '/' + FKeptContents::FolderName).c_str(), 0700) == 0;
 		if (bDone)
 		{
 			NewLock = FFileDescriptor(open((Fresh + '/' + LockName).c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
-			NewLog = FFileDescriptor(open((Fresh + '/' + LogName).c_str(), O_WRONLY | O_CREAT | O_EXCL | O_APPEND | O_CLOEXEC, 0600));
-			bDone = NewLock.IsOpen() && NewLog.IsOpen() && flock(NewLock.Get(), LOCK_EX | LOCK_NB) == 0 &&
+			bDone = NewLog.Create(Fresh) && NewLock.IsOpen() && flock(NewLock.Get(), LOCK_EX | LOCK_NB) == 0 &&
 				rename(Fresh.c_str(), Final.c_str()) == 0;
 		}
 		const int MakeError = errno;
@@ -346,50 +270,6 @@ namespace Velmora
 		for (const FChangeRecord& Record : Records)
 		{
 			Contents->Release(Record.Before.Hash);
-		}
-	}
-
-	std::string FChangeJournal::AppendToLog(const std::string& Line)
-	{
-		struct stat Before = {};
-		fstat(Log.Get(), &Before);
-		const ssize_t Count = write(Log.Get(), Line.data(), Line.size());
-		if (Count != static_cast<ssize_t>(Line.size()) || (bIsDurable && fdatasync(Log.Get()) != 0))
-		{
-			const std::string Reason = Count >= 0 && Count < static_cast<ssize_t>(Line.size()) ? "the disk is full" : strerror(errno);
-			// Half a line would spoil the next one.
-			[[maybe_unused]] const int Ignored = ftruncate(Log.Get(), Before.st_size);
-			return "it cannot be written down for undo: " + Reason;
-		}
-		return std::string();
-	}
-
-	void FChangeJournal::RemoveDeadJournals(const std::string& UndoFolder)
-	{
-		std::error_code Error;
-		for (std::filesystem::directory_iterator It(UndoFolder, Error), End; !Error && It != End; It.increment(Error))
-		{
-			const std::string Path = It->path().native();
-			if (It->path().filename().native().rfind(NewFolderPrefix, 0) == 0)
-			{
-				// Another process may be making it right now; it takes no time.
-				std::error_code Ignored;
-				if (std::filesystem::last_write_time(It->path(), Ignored) <
-					std::filesystem::file_time_type::clock::now() - std::chrono::hours(1))
-				{
-					std::filesystem::remove_all(Path, Ignored);
-				}
-				continue;
-			}
-			const FFileDescriptor TheirLock(open((Path + '/' + LockName).c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
-			// Every journal has had a lock since it took its name; one without is half removed.
-			const bool bIsHalfRemoved = !TheirLock.IsOpen() && errno == ENOENT;
-			if (bIsHalfRemoved || (TheirLock.IsOpen() && flock(TheirLock.Get(), LOCK_EX | LOCK_NB) == 0))
-			{
-				RemoveTemporaries(Path + '/' + LogName);
-				std::error_code Ignored;
-				std::filesystem::remove_all(Path, Ignored);
-			}
 		}
 	}
 }

@@ -8,12 +8,15 @@
 #include <string_view>
 #include <vector>
 
+#include "Changes/ChangeLog.h"
 #include "Changes/ChangeRecord.h"
 #include "Changes/KeptContents.h"
 #include "Changes/ProjectAccess.h"
 
 namespace Velmora
 {
+	struct FUndoEnd;
+
 	/** The numbers are those of the history trackers. */
 	enum class EChangeAction : uint8_t
 	{
@@ -43,6 +46,19 @@ namespace Velmora
 		uint32_t Mode = 0;
 	};
 
+	/** What shall be undone: a transaction and the later ones of its conversation. */
+	struct FUndoRequest
+	{
+		std::string TransactionId;
+		std::string ConversationId;
+
+		/** Called when all files are restored, with the place of the first message undone; when it gives a sentence the files go back. */
+		std::function<std::string(int MessageIndex)> Commit;
+
+		/** Gives what a later start knows the messages from a place on by (HashMessageText). May be empty. */
+		std::function<std::vector<std::string>(int MessageIndex)> MarkMessages;
+	};
+
 	struct FUndoResult
 	{
 		bool bSuccess = false;
@@ -57,11 +73,22 @@ namespace Velmora
 		std::vector<std::string> TransactionIds;
 	};
 
+	/** What became of an undo that was cut short by the end of its process. */
+	struct FRecoveredUndo
+	{
+		std::string ConversationId;
+		bool bIsFinished = false;
+
+		/** For the user, the first one on the whole. */
+		std::vector<std::string> Sentences;
+	};
+
 	/**
 	 * All changes of files go through here: each is written down with the former content before it is made, so that
 	 * the transaction it belongs to can be undone. Former contents lie in a folder of this journal's own below the
 	 * undo folder, private to the user, at most MaxKeptBytes together: beyond, the oldest transactions are let go.
-	 * The folder goes with the journal; that of a process that died is removed by RemoveDeadJournals.
+	 * The folder goes with the journal; that of a process that died is removed by RecoverDeadJournals,
+	 * which first finishes the undo that was under way.
 	 *
 	 * Any thread. Changes and undo take turns; opening a transaction never waits for the disk.
 	 */
@@ -102,14 +129,8 @@ namespace Velmora
 		std::string Change(const std::string& TransactionId, const FProjectAccess& Access, const std::string& Root,
 			const std::string& GivenPath, const FMakeContent& MakeContent);
 
-		/**
-		 * Undoes a transaction and the later ones of the same conversation, all or nothing.
-		 *
-		 * @param Commit  Called when all files are restored, with the place of the first message undone; when it gives a
-		 *                sentence the files go back to what they were.
-		 */
-		FUndoResult Undo(const std::string& TransactionId, const std::string& ConversationId,
-			const std::function<std::string(int MessageIndex)>& Commit);
+		/** All or nothing. What a plan says is written down first, so that a later start can finish it. */
+		FUndoResult Undo(const FUndoRequest& Request);
 
 		/** The changes since the last call. */
 		std::vector<FPerformedChange> TakePerformed();
@@ -117,11 +138,21 @@ namespace Velmora
 		/** Bytes of former contents kept now. */
 		uint64_t GetKeptBytes() const { return Contents ? Contents->GetBytes() : 0; }
 
-		/** Removes what journals of dead processes have left, also half-written files beside those they were to replace. */
-		static void RemoveDeadJournals(const std::string& UndoFolder);
+		/**
+		 * Cuts the messages of an undo that was under way. Gives a sentence that says why not, or nothing; in OutNotice
+		 * what the user should know about them.
+		 */
+		using FFinishMessages = std::function<std::string(const FLoggedUndo& Undo, std::string& OutNotice)>;
+
+		/**
+		 * Goes through what journals of dead processes have left: an undo that was under way is finished, half-written
+		 * files and the journals themselves are removed. Takes its time.
+		 */
+		static std::vector<FRecoveredUndo> RecoverDeadJournals(
+			const std::string& UndoFolder, const FFinishMessages& FinishMessages, bool bIsDurable = true);
 
 		/** False: nothing is flushed, for runs in which only the result counts. */
-		void SetDurable(bool bInDurable) { bIsDurable = bInDurable; }
+		void SetDurable(bool bInDurable);
 
 	private:
 		using FTransactions = std::vector<std::shared_ptr<FChangeTransaction>>;
@@ -131,8 +162,14 @@ namespace Velmora
 		/** Lets the oldest contents go until there is room. */
 		std::string Keep(const std::string& Bytes, const std::string& Hash, const FChangeTransaction& ForTransaction);
 		void DropTransaction(FChangeTransaction& Transaction);
+		FUndoEnd UndoFiles(const FTransactions& Undone, const FUndoRequest& Request, std::vector<std::string>& OutNotices);
 		void Forget(const FTransactions& Undone);
-		std::string AppendToLog(const std::string& Line);
+		static void RemoveTemporaries(const FLoggedHistory& History);
+
+		static constexpr const char* LockName = "lock";
+
+		/** A folder on its way to being a journal has this in front of its name until its lock is held. */
+		static constexpr const char* NewFolderPrefix = ".new-";
 		std::shared_ptr<FChangeTransaction> FindTransaction(const std::string& Id) const;
 
 		/** A transaction and the later ones of its conversation. */
@@ -147,7 +184,7 @@ namespace Velmora
 		std::string Folder;
 		std::unique_ptr<FKeptContents> Contents;
 		FFileDescriptor Lock;
-		FFileDescriptor Log;
+		FChangeLog Log;
 		int RecordCount = 0;
 
 		/** A write or an undo has failed, so a half-written file may stand in the project. */

@@ -19,11 +19,10 @@ namespace Velmora
 		return Found;
 	}
 
-	FUndoResult FChangeJournal::Undo(
-		const std::string& TransactionId, const std::string& ConversationId, const std::function<std::string(int MessageIndex)>& Commit)
+	FUndoResult FChangeJournal::Undo(const FUndoRequest& Request)
 	{
 		const std::scoped_lock Guard(WorkMutex);
-		const FTransactions Undone = ListFrom(TransactionId, ConversationId);
+		const FTransactions Undone = ListFrom(Request.TransactionId, Request.ConversationId);
 		FUndoResult Result;
 		if (Undone.empty())
 		{
@@ -37,46 +36,14 @@ namespace Velmora
 				" MB; those of that message had to make room for later ones, so nothing was undone.";
 			return Result;
 		}
-
-		std::string Lost;
-		std::string Problem = Contents ? std::string() : Commit(Undone.front()->MessageIndex);
-		if (Contents)
-		{
-			Contents->SetDurable(false); // What is kept meanwhile serves this run only.
-			FUndoPlan Plan(*Contents);
-			for (auto Transaction = Undone.rbegin(); Transaction != Undone.rend(); ++Transaction)
-			{
-				Plan.Add(**Transaction);
-			}
-			Problem = Plan.Inspect();
-			FUndoRun Run(Plan, bIsDurable);
-			Problem = Problem.empty() ? Run.PrepareFiles() : Problem;
-			if (Problem.empty())
-			{
-				Problem = Run.Apply();
-				if (Problem.empty())
-				{
-					if (bIsDurable)
-					{
-						Run.Flush();
-					}
-					Problem = Commit(Undone.front()->MessageIndex);
-				}
-				if (!Problem.empty())
-				{
-					Lost = Run.GoBack();
-				}
-			}
-			Result.Notices = std::move(Plan.Notices);
-			Contents->SetDurable(bIsDurable);
-		}
-		if (!Problem.empty())
+		const FUndoEnd End = UndoFiles(Undone, Request, Result.Notices);
+		if (!End.Problem.empty())
 		{
 			bMayHaveLeftovers = true;
-			Problem += Problem.back() == '.' ? "" : ".";
 			Result.Notices.clear();
-			Result.Problem = Lost.empty() ? "Nothing was undone. " + Problem
-										  : "The undo stopped half-way and could not be taken back; try it again. " + Problem + Lost;
+			Result.Problem = End.Lost.empty()
+				? "Nothing was undone. " + End.Problem
+				: "The undo stopped half-way and could not be taken back; try it again. " + End.Problem + End.Lost;
 			return Result;
 		}
 		Result.bSuccess = true;
@@ -86,6 +53,49 @@ namespace Velmora
 		}
 		Forget(Undone);
 		return Result;
+	}
+
+	FUndoEnd FChangeJournal::UndoFiles(const FTransactions& Undone, const FUndoRequest& Request, std::vector<std::string>& OutNotices)
+	{
+		const int MessageIndex = Undone.front()->MessageIndex;
+		if (std::all_of(Undone.begin(), Undone.end(),
+				[](const std::shared_ptr<FChangeTransaction>& Transaction) { return Transaction->Records.empty(); }))
+		{
+			// Messages alone go in one piece.
+			return { Request.Commit(MessageIndex), std::string() };
+		}
+		Contents->SetDurable(false); // What is kept meanwhile serves this run only.
+		FUndoEnd End;
+		{
+			FUndoPlan Plan(*Contents);
+			FLoggedUndo Logged;
+			Logged.ConversationId = Request.ConversationId;
+			Logged.MessageIndex = MessageIndex;
+			Logged.MessageMarks = Request.MarkMessages ? Request.MarkMessages(MessageIndex) : std::vector<std::string>();
+			for (auto Transaction = Undone.rbegin(); Transaction != Undone.rend(); ++Transaction)
+			{
+				Plan.Add(**Transaction);
+				Logged.TransactionIds.insert(Logged.TransactionIds.begin(), (*Transaction)->Id);
+			}
+			bool bIsWrittenDown = false;
+			End = PerformUndo(
+				Plan, bIsDurable,
+				[&]
+				{
+					Logged.Notices = Plan.Notices;
+					const std::string Problem = Log.AppendUndo(Logged);
+					bIsWrittenDown = Problem.empty();
+					return Problem;
+				},
+				[&] { return Request.Commit(MessageIndex); });
+			if (bIsWrittenDown)
+			{
+				Log.AppendEndOfUndo();
+			}
+			OutNotices = std::move(Plan.Notices);
+		}
+		Contents->SetDurable(bIsDurable);
+		return End;
 	}
 
 	void FChangeJournal::Forget(const FTransactions& Undone)

@@ -261,4 +261,37 @@ namespace Velmora
 			}
 		}
 	}
+
+	FUndoEnd PerformUndo(
+		FUndoPlan& Plan, bool bIsDurable, const std::function<std::string()>& WriteDown, const std::function<std::string()>& Commit)
+	{
+		FUndoEnd End;
+		FUndoRun Run(Plan, bIsDurable);
+		// 1. All that can fail without a trace.
+		End.Problem = Plan.Inspect();
+		End.Problem = End.Problem.empty() ? Run.PrepareFiles() : End.Problem;
+		End.Problem = End.Problem.empty() ? WriteDown() : End.Problem;
+		if (!End.Problem.empty())
+		{
+			End.Problem += End.Problem.back() == '.' ? "" : ".";
+			return End;
+		}
+		// 2. The files, then the messages: until they are gone, everything can go back.
+		End.Problem = Run.Apply();
+		if (End.Problem.empty() && bIsDurable)
+		{
+			Run.Flush();
+		}
+		End.Problem = End.Problem.empty() ? Commit() : End.Problem;
+		if (!End.Problem.empty())
+		{
+			End.Problem += End.Problem.back() == '.' ? "" : ".";
+			End.Lost = Run.GoBack();
+			if (bIsDurable)
+			{
+				Run.Flush();
+			}
+		}
+		return End;
+	}
 }

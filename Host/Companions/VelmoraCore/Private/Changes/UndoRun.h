@@ -52,4 +52,24 @@ namespace Velmora
 		/** What takes each change back, in the order of the changes. */
 		std::vector<std::function<std::string()>> Steps;
 	};
+
+	/** How an undo ended. */
+	struct FUndoEnd
+	{
+		/** Empty when all is undone; otherwise sentences that say why nothing is. */
+		std::string Problem;
+
+		/** Nothing but for this: sentences on what could not be brought back. */
+		std::string Lost;
+	};
+
+	/**
+	 * Does all that a plan says, or nothing.
+	 *
+	 * @param WriteDown  Called when all is ready and nothing is changed yet; what it has done makes sure that a later
+	 *                   start can finish it.
+	 * @param Commit     Called when all files are restored.
+	 */
+	FUndoEnd PerformUndo(
+		FUndoPlan& Plan, bool bIsDurable, const std::function<std::string()>& WriteDown, const std::function<std::string()>& Commit);
 }

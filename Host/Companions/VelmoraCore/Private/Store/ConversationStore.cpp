@@ -167,7 +167,19 @@ namespace Velmora
 
 	EStoreResult FConversationStore::TruncateMessages(const FString& Id, int32 KeepCount, FString& OutProblem)
 	{
-		return Run(EAccess::Write, FramePatienceMilliseconds, OutProblem,
+		return Truncate(Id, KeepCount, nullptr, FramePatienceMilliseconds, OutProblem);
+	}
+
+	EStoreResult FConversationStore::TruncateMessagesIf(
+		const FString& Id, int32 KeepCount, const TFunction<bool(const TArray<FConversationMessage>&)>& MayDrop, FString& OutProblem)
+	{
+		return Truncate(Id, KeepCount, MayDrop, WorkerPatienceMilliseconds, OutProblem);
+	}
+
+	EStoreResult FConversationStore::Truncate(const FString& Id, int32 KeepCount,
+		const TFunction<bool(const TArray<FConversationMessage>&)>& MayDrop, int32 PatienceMilliseconds, FString& OutProblem)
+	{
+		return Run(EAccess::Write, PatienceMilliseconds, OutProblem,
 			[&](FSqliteConnection& Database)
 			{
 				StoreSchema::FConversationRow Row;
@@ -177,16 +189,23 @@ namespace Velmora
 					bHasFoundRot = Found == StoreSchema::EFound::Damaged;
 					return Found == StoreSchema::EFound::No ? EStoreResult::Missing : EStoreResult::Failed;
 				}
+				if (MayDrop)
+				{
+					TArray<FConversationMessage> Messages;
+					const StoreSchema::EFound Read = StoreSchema::ReadMessages(Database, Row.Number, -1, Messages);
+					bHasFoundRot = Read == StoreSchema::EFound::Damaged;
+					if (Read != StoreSchema::EFound::Yes || !MayDrop(Messages))
+					{
+						return Read == StoreSchema::EFound::Yes ? EStoreResult::Missing : EStoreResult::Failed;
+					}
+				}
 				if (KeepCount <= 0)
 				{
 					return StoreSchema::DeleteConversation(Database, Row.Number) ? EStoreResult::Done : EStoreResult::Failed;
 				}
-				if (!StoreSchema::DeleteMessagesBehind(Database, Row.Number, KeepCount))
-				{
-					return EStoreResult::Failed;
-				}
 				TArray<FConversationMessage> Head;
-				if (StoreSchema::ReadMessages(Database, Row.Number, StoreSchema::MaxOpeningMessages, Head) != StoreSchema::EFound::Yes)
+				if (!StoreSchema::DeleteMessagesBehind(Database, Row.Number, KeepCount) ||
+					StoreSchema::ReadMessages(Database, Row.Number, StoreSchema::MaxOpeningMessages, Head) != StoreSchema::EFound::Yes)
 				{
 					return EStoreResult::Failed;
 				}

@@ -68,6 +68,10 @@ namespace Velmora
 		/** Drops all messages of a conversation but the first KeepCount, and the whole conversation when that is zero. */
 		EStoreResult TruncateMessages(const FString& Id, int32 KeepCount, FString& OutProblem);
 
+		/** The same when MayDrop, which is given all messages, agrees; otherwise nothing has changed and it is Missing. For workers. */
+		EStoreResult TruncateMessagesIf(
+			const FString& Id, int32 KeepCount, const TFunction<bool(const TArray<FConversationMessage>&)>& MayDrop, FString& OutProblem);
+
 		/** Reads one conversation with all its messages. */
 		EStoreResult Load(const FString& Id, FConversationMetadata& OutConversation, FString& OutProblem);
 		EStoreResult Delete(const FString& Id, FString& OutProblem);
@@ -120,6 +124,9 @@ namespace Velmora
 		/** Opens what must be open and does the work in one transaction, which is kept if the work is done. */
 		EStoreResult Run(
 			EAccess Access, int32 PatienceMilliseconds, FString& OutProblem, const TFunction<EStoreResult(FSqliteConnection&)>& Work);
+
+		EStoreResult Truncate(const FString& Id, int32 KeepCount, const TFunction<bool(const TArray<FConversationMessage>&)>& MayDrop,
+			int32 PatienceMilliseconds, FString& OutProblem);
 
 		// The caller of these has the turn.
 		bool Open(int32 PatienceMilliseconds, FString& OutProblem);

@@ -1,0 +1,300 @@
+#include "Changes/ChangeLog.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include "Changes/ContentHash.h"
+
+namespace Velmora
+{
+	namespace
+	{
+		constexpr const char* KindNames[] = { "absent", "file", "folder", "link", "other" };
+		constexpr size_t MarkLength = 16;
+
+		/** For a field of the log: no tab, no line feed. */
+		std::string EscapeField(std::string_view Text)
+		{
+			std::string Out;
+			for (const char Byte : Text)
+			{
+				if (Byte == '%' || static_cast<unsigned char>(Byte) < 0x20)
+				{
+					Out += '%';
+					Out += "0123456789abcdef"[static_cast<unsigned char>(Byte) >> 4];
+					Out += "0123456789abcdef"[Byte & 15];
+				}
+				else
+				{
+					Out += Byte;
+				}
+			}
+			return Out;
+		}
+
+		std::string UnescapeField(std::string_view Text)
+		{
+			std::string Out;
+			for (size_t Index = 0; Index < Text.size(); ++Index)
+			{
+				if (Text[Index] == '%' && Index + 2 < Text.size())
+				{
+					Out += static_cast<char>(std::strtol(std::string(Text.substr(Index + 1, 2)).c_str(), nullptr, 16));
+					Index += 2;
+				}
+				else
+				{
+					Out += Text[Index];
+				}
+			}
+			return Out;
+		}
+
+		/** Writes the fields of a line one by one. */
+		class FLine
+		{
+		public:
+			explicit FLine(const char* Kind)
+				: Text(Kind)
+			{
+			}
+			FLine& Add(std::string_view Field)
+			{
+				Text += '\t' + EscapeField(Field);
+				return *this;
+			}
+			FLine& Add(uint64_t Number) { return Add(std::to_string(Number)); }
+			FLine& Add(const std::vector<std::string>& Fields)
+			{
+				Add(Fields.size());
+				for (const std::string& Field : Fields)
+				{
+					Add(Field);
+				}
+				return *this;
+			}
+			FLine& Add(const FEntryState& State)
+			{
+				return Add(KindNames[static_cast<size_t>(State.Kind)]).Add(State.Mode).Add(State.Hash).Add(State.LinkTarget);
+			}
+			std::string Take() { return std::move(Text) + '\n'; }
+
+		private:
+			std::string Text;
+		};
+
+		/** Reads them again. What is missing is empty, and the line does not count. */
+		class FFields
+		{
+		public:
+			explicit FFields(std::string_view Line)
+				: Rest(Line)
+			{
+			}
+			std::string Take()
+			{
+				bIsWhole = bIsWhole && !bIsAtEnd;
+				const size_t End = std::min(Rest.find('\t'), Rest.size());
+				std::string Field = UnescapeField(Rest.substr(0, End));
+				bIsAtEnd = End == Rest.size();
+				Rest.remove_prefix(bIsAtEnd ? End : End + 1);
+				return Field;
+			}
+			uint64_t TakeNumber() { return std::strtoull(Take().c_str(), nullptr, 10); }
+			std::vector<std::string> TakeList()
+			{
+				std::vector<std::string> List;
+				for (uint64_t Count = TakeNumber(); Count > 0 && bIsWhole; --Count)
+				{
+					List.push_back(Take());
+				}
+				return List;
+			}
+			FEntryState TakeState()
+			{
+				FEntryState State;
+				const std::string Kind = Take();
+				const auto Known = std::find(std::begin(KindNames), std::end(KindNames), Kind);
+				bIsWhole = bIsWhole && Known != std::end(KindNames);
+				State.Kind = bIsWhole ? static_cast<EEntryKind>(Known - std::begin(KindNames)) : EEntryKind::Absent;
+				State.Mode = static_cast<uint32_t>(TakeNumber());
+				State.Hash = Take();
+				State.LinkTarget = Take();
+				return State;
+			}
+			bool IsWhole() const { return bIsWhole; }
+
+		private:
+			std::string_view Rest;
+			bool bIsAtEnd = false;
+			bool bIsWhole = true;
+		};
+
+		void TakeChange(FFields& Fields, FLoggedHistory& History, FChangeTransaction*& OutLast)
+		{
+			FChangeRecord Record;
+			Record.Root = Fields.Take();
+			Record.RootIdentity.Device = Fields.TakeNumber();
+			Record.RootIdentity.Number = Fields.TakeNumber();
+			Record.RootIdentity.BornAt = static_cast<int64_t>(Fields.TakeNumber());
+			Record.Path = Fields.Take();
+			Record.TemporaryName = Fields.Take();
+			const std::string TransactionId = Fields.Take();
+			Record.Before = Fields.TakeState();
+			Record.After = Fields.TakeState();
+			Record.MadeFolders = Fields.TakeList();
+			OutLast = nullptr;
+			if (!Fields.IsWhole() || Record.TemporaryName.find('/') != std::string::npos)
+			{
+				return;
+			}
+			auto Known = std::find_if(History.Transactions.begin(), History.Transactions.end(),
+				[&TransactionId](const FChangeTransaction& Transaction) { return Transaction.Id == TransactionId; });
+			if (Known == History.Transactions.end())
+			{
+				Known = History.Transactions.emplace(Known);
+				Known->Id = TransactionId;
+			}
+			Known->Records.push_back(std::move(Record));
+			OutLast = &*Known;
+		}
+	}
+
+	std::string HashMessageText(std::string_view Text)
+	{
+		return HashContent(Text).substr(0, MarkLength);
+	}
+
+	bool FChangeLog::Create(const std::string& Folder)
+	{
+		File = FFileDescriptor(open((Folder + '/' + FileName).c_str(), O_WRONLY | O_CREAT | O_EXCL | O_APPEND | O_CLOEXEC, 0600));
+		return File.IsOpen();
+	}
+
+	bool FChangeLog::OpenAgain(const std::string& Folder)
+	{
+		File = FFileDescriptor(open((Folder + '/' + FileName).c_str(), O_WRONLY | O_APPEND | O_CLOEXEC | O_NOFOLLOW));
+		return File.IsOpen();
+	}
+
+	std::string FChangeLog::Append(const std::string& Line)
+	{
+		struct stat Before = {};
+		fstat(File.Get(), &Before);
+		const ssize_t Count = write(File.Get(), Line.data(), Line.size());
+		if (Count != static_cast<ssize_t>(Line.size()) || (bIsDurable && fdatasync(File.Get()) != 0))
+		{
+			const std::string Reason = Count >= 0 && Count < static_cast<ssize_t>(Line.size()) ? "the disk is full" : strerror(errno);
+			// Half a line would spoil the next one.
+			[[maybe_unused]] const int Ignored = ftruncate(File.Get(), Before.st_size);
+			return "it cannot be written down for undo: " + Reason;
+		}
+		return std::string();
+	}
+
+	std::string FChangeLog::CutTo(off_t Size)
+	{
+		const bool bIsCut = ftruncate(File.Get(), Size) == 0 && (!bIsDurable || fdatasync(File.Get()) == 0);
+		return bIsCut ? std::string() : std::string("the list of changes cannot be written: ") + strerror(errno);
+	}
+
+	std::string FChangeLog::AppendChange(const FChangeRecord& Record, const std::string& TransactionId)
+	{
+		LastStart = lseek(File.Get(), 0, SEEK_END);
+		FLine Line("change");
+		Line.Add(Record.Root).Add(Record.RootIdentity.Device).Add(Record.RootIdentity.Number);
+		Line.Add(static_cast<uint64_t>(Record.RootIdentity.BornAt)).Add(Record.Path).Add(Record.TemporaryName).Add(TransactionId);
+		return Append(Line.Add(Record.Before).Add(Record.After).Add(Record.MadeFolders).Take());
+	}
+
+	std::string FChangeLog::AppendFailure()
+	{
+		// On a full disk there is room for less, but not for more.
+		const std::string Problem = Append("failed\n");
+		return Problem.empty() ? Problem : CutTo(LastStart);
+	}
+
+	std::string FChangeLog::AppendUndo(const FLoggedUndo& Undo)
+	{
+		LastStart = lseek(File.Get(), 0, SEEK_END);
+		FLine Line("undo");
+		Line.Add(Undo.ConversationId).Add(static_cast<uint64_t>(Undo.MessageIndex)).Add(Undo.MessageMarks);
+		return Append(Line.Add(Undo.TransactionIds).Add(Undo.Notices).Take());
+	}
+
+	std::string FChangeLog::AppendNotices(const std::vector<std::string>& Notices)
+	{
+		return Append(FLine("notices").Add(Notices).Take());
+	}
+
+	std::string FChangeLog::AppendTry()
+	{
+		return Append("tried\n");
+	}
+
+	std::string FChangeLog::AppendEndOfUndo()
+	{
+		const std::string Problem = Append("ended\n");
+		return Problem.empty() ? Problem : CutTo(LastStart);
+	}
+
+	FLoggedHistory FChangeLog::Read(const std::string& Folder)
+	{
+		FLoggedHistory History;
+		std::ifstream Log(Folder + '/' + FileName, std::ios::binary);
+		FChangeTransaction* LastChanged = nullptr;
+		for (std::string Line; std::getline(Log, Line) && !Log.eof();)
+		{
+			FFields Fields(Line);
+			const std::string Kind = Fields.Take();
+			if (Kind == "change")
+			{
+				// Nothing is changed while an undo is under way: that one was over.
+				History.OpenUndo.reset();
+				TakeChange(Fields, History, LastChanged);
+			}
+			else if (Kind == "failed" && LastChanged)
+			{
+				History.FailedRecords.push_back(std::move(LastChanged->Records.back()));
+				LastChanged->Records.pop_back();
+				LastChanged = nullptr;
+			}
+			else if (Kind == "undo")
+			{
+				FLoggedUndo Undo;
+				Undo.ConversationId = Fields.Take();
+				Undo.MessageIndex = static_cast<int>(Fields.TakeNumber());
+				Undo.MessageMarks = Fields.TakeList();
+				Undo.TransactionIds = Fields.TakeList();
+				Undo.Notices = Fields.TakeList();
+				History.OpenUndo.reset();
+				if (Fields.IsWhole())
+				{
+					History.OpenUndo = std::move(Undo);
+				}
+			}
+			else if (Kind == "notices" && History.OpenUndo)
+			{
+				for (std::string& Notice : Fields.TakeList())
+				{
+					History.OpenUndo->Notices.push_back(std::move(Notice));
+				}
+			}
+			else if (Kind == "tried" && History.OpenUndo)
+			{
+				++History.OpenUndo->Tries;
+			}
+			else if (Kind == "ended")
+			{
+				History.OpenUndo.reset();
+			}
+		}
+		return History;
+	}
+}
