@@ -1,0 +1,153 @@
+#include "Http/EventStreamReader.h"
+
+#include <cstring>
+#include <utility>
+
+namespace Velmora
+{
+	namespace
+	{
+		constexpr std::string_view ByteOrderMark = "\xEF\xBB\xBF";
+
+		size_t FindByte(std::string_view Bytes, char Byte)
+		{
+			const void* Found = Bytes.empty() ? nullptr : std::memchr(Bytes.data(), Byte, Bytes.size());
+			return Found ? static_cast<size_t>(static_cast<const char*>(Found) - Bytes.data()) : std::string_view::npos;
+		}
+	}
+
+	FEventStreamReader::FEventStreamReader(FOnEvent InOnEvent, size_t InMaxEventBytes)
+		: OnEvent(std::move(InOnEvent))
+		, MaxEventBytes(InMaxEventBytes)
+	{
+	}
+
+	FEventStreamReader::EState FEventStreamReader::Push(std::string_view Bytes)
+	{
+		// The next line feed is looked for once, so that lines that end with CR alone cost no search to the end each.
+		size_t LineFeed = FindByte(Bytes, '\n');
+		size_t Start = 0;
+		while (State == EState::Open && Start < Bytes.size())
+		{
+			if (std::exchange(bSkipsLineFeed, false) && Bytes[Start] == '\n')
+			{
+				++Start;
+				LineFeed = FindByte(Bytes.substr(Start), '\n');
+				LineFeed = LineFeed == std::string_view::npos ? LineFeed : LineFeed + Start;
+				continue;
+			}
+			const std::string_view Rest = Bytes.substr(Start);
+			const size_t Return = FindByte(Bytes.substr(Start, LineFeed == std::string_view::npos ? LineFeed : LineFeed - Start), '\r');
+			const size_t Length = Return != std::string_view::npos ? Return
+				: LineFeed != std::string_view::npos			   ? LineFeed - Start
+																   : std::string_view::npos;
+			if (PartialLine.size() + DataText.size() + Rest.substr(0, Length).size() > MaxEventBytes)
+			{
+				State = EState::TooLarge;
+				break;
+			}
+			if (Length == std::string_view::npos)
+			{
+				PartialLine += Rest;
+				break;
+			}
+			bSkipsLineFeed = Rest[Length] == '\r';
+			if (PartialLine.empty())
+			{
+				TakeLine(Rest.substr(0, Length), true);
+			}
+			else
+			{
+				PartialLine += Rest.substr(0, Length);
+				TakeLine(PartialLine, false);
+				PartialLine.clear();
+			}
+			Start += Length + 1;
+			if (LineFeed != std::string_view::npos && LineFeed < Start)
+			{
+				LineFeed = FindByte(Bytes.substr(Start), '\n');
+				LineFeed = LineFeed == std::string_view::npos ? LineFeed : LineFeed + Start;
+			}
+		}
+		KeepData();
+		return State;
+	}
+
+	FEventStreamReader::EState FEventStreamReader::End()
+	{
+		if (State == EState::Open && !PartialLine.empty())
+		{
+			const std::string Line = std::exchange(PartialLine, std::string());
+			TakeLine(Line, false);
+		}
+		if (State == EState::Open && bHasData)
+		{
+			Dispatch(true);
+		}
+		return State;
+	}
+
+	void FEventStreamReader::TakeLine(std::string_view Line, bool bLineStays)
+	{
+		if (std::exchange(bIsFirstLine, false) && Line.starts_with(ByteOrderMark))
+		{
+			Line.remove_prefix(ByteOrderMark.size());
+		}
+		if (Line.empty())
+		{
+			Dispatch(false);
+			return;
+		}
+		const size_t Colon = FindByte(Line, ':');
+		const std::string_view Name = Line.substr(0, Colon);
+		std::string_view Value = Colon == std::string_view::npos ? std::string_view() : Line.substr(Colon + 1);
+		if (Value.starts_with(' '))
+		{
+			Value.remove_prefix(1);
+		}
+		if (Name == "data")
+		{
+			AddData(Value, bLineStays);
+		}
+		else if (Name == "event")
+		{
+			Type = Value;
+		}
+	}
+
+	void FEventStreamReader::AddData(std::string_view Value, bool bValueStays)
+	{
+		if (!bHasData && bValueStays)
+		{
+			DataView = Value;
+			bDataIsView = true;
+			bHasData = true;
+			return;
+		}
+		KeepData();
+		if (std::exchange(bHasData, true))
+		{
+			DataText += '\n';
+		}
+		DataText += Value;
+	}
+
+	void FEventStreamReader::KeepData()
+	{
+		if (std::exchange(bDataIsView, false))
+		{
+			DataText = DataView;
+		}
+	}
+
+	void FEventStreamReader::Dispatch(bool bIsCutOff)
+	{
+		if (std::exchange(bHasData, false) && !OnEvent({ Type, bDataIsView ? DataView : std::string_view(DataText), bIsCutOff }))
+		{
+			State = EState::Stopped;
+		}
+		bDataIsView = false;
+		DataText.clear();
+		Type.clear();
+	}
+}

@@ -1,0 +1,431 @@
+#include "Model/ChatChunkReader.h"
+
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
+namespace Velmora
+{
+	namespace
+	{
+		using ENode = FChatChunkReader::ENode;
+		using EField = FChatChunkReader::EField;
+
+		/** Which object or array lies below which name of which other. */
+		struct FNodeRow
+		{
+			ENode Parent;
+			std::string_view Key;
+			ENode Child;
+		};
+
+		// clang-format off
+		constexpr FNodeRow NodeRows[] = {
+			{ ENode::Root,      "choices",                   ENode::Choices },
+			{ ENode::Root,      "usage",                     ENode::Usage },
+			{ ENode::Root,      "error",                     ENode::Error },
+			{ ENode::Choice,    "delta",                     ENode::Delta },
+			{ ENode::Choice,    "message",                   ENode::Delta },
+			{ ENode::Choice,    "error",                     ENode::Error },
+			{ ENode::Delta,     "content",                   ENode::Parts },
+			{ ENode::Delta,     "tool_calls",                ENode::Calls },
+			{ ENode::Delta,     "function_call",             ENode::LegacyFunction },
+			{ ENode::Call,      "function",                  ENode::Function },
+			{ ENode::Function,  "arguments",                 ENode::Arguments },
+			{ ENode::Usage,     "prompt_tokens_details",     ENode::PromptDetails },
+			{ ENode::Usage,     "completion_tokens_details", ENode::CompletionDetails },
+		};
+
+		/** What the elements of an array are. */
+		constexpr std::pair<ENode, ENode> ElementRows[] = {
+			{ ENode::Choices, ENode::Choice },
+			{ ENode::Parts,   ENode::Part },
+			{ ENode::Calls,   ENode::Call },
+		};
+
+		struct FFieldRow
+		{
+			ENode Node;
+			std::string_view Key;
+			EField Field;
+		};
+
+		constexpr FFieldRow FieldRows[] = {
+			{ ENode::Delta,             "content",           EField::Text },
+			{ ENode::Delta,             "refusal",           EField::Text },
+			{ ENode::Delta,             "reasoning_content", EField::Thinking },
+			{ ENode::Delta,             "reasoning",         EField::Thinking },
+			{ ENode::Delta,             "thinking",          EField::Thinking },
+			{ ENode::Part,              "text",              EField::Text },
+			{ ENode::Choice,            "finish_reason",     EField::Finish },
+			{ ENode::Choice,            "index",             EField::ChoiceIndex },
+			{ ENode::Choice,            "text",              EField::Text },
+			{ ENode::Call,              "index",             EField::CallIndex },
+			{ ENode::Call,              "id",                EField::CallId },
+			{ ENode::Function,          "name",              EField::CallName },
+			{ ENode::Function,          "arguments",         EField::CallArguments },
+			{ ENode::LegacyFunction,    "name",              EField::CallName },
+			{ ENode::LegacyFunction,    "arguments",         EField::CallArguments },
+			{ ENode::Usage,             "prompt_tokens",     EField::PromptTokens },
+			{ ENode::Usage,             "completion_tokens", EField::CompletionTokens },
+			{ ENode::PromptDetails,     "cached_tokens",     EField::CachedTokens },
+			{ ENode::CompletionDetails, "reasoning_tokens",  EField::ReasoningTokens },
+			{ ENode::Root,              "model",             EField::ModelName },
+			{ ENode::Root,              "error",             EField::ErrorText },
+			{ ENode::Root,              "message",           EField::RootMessage },
+			{ ENode::Root,              "detail",            EField::RootMessage },
+			{ ENode::Error,             "message",           EField::ErrorText },
+			{ ENode::Error,             "type",              EField::ErrorType },
+			{ ENode::Error,             "code",              EField::ErrorCode },
+			{ ENode::Error,             "n_ctx",             EField::ErrorContext },
+		};
+
+		constexpr std::pair<std::string_view, EModelFinish> FinishRows[] = {
+			{ "stop",           EModelFinish::Stop },
+			{ "eos",            EModelFinish::Stop },
+			{ "end_turn",       EModelFinish::Stop },
+			{ "tool_calls",     EModelFinish::Calls },
+			{ "function_call",  EModelFinish::Calls },
+			{ "tool_use",       EModelFinish::Calls },
+			{ "length",         EModelFinish::Length },
+			{ "max_tokens",     EModelFinish::Length },
+			{ "model_length",   EModelFinish::Length },
+			{ "content_filter", EModelFinish::Filtered },
+			{ "safety",         EModelFinish::Filtered },
+		};
+		// clang-format on
+	}
+
+	void FChatChunkReader::FCallPart::Clear()
+	{
+		Index = -1;
+		Id.clear();
+		Name.clear();
+		Arguments.clear();
+	}
+
+	FChatChunkReader::FChatChunkReader(FReplyBuilder& InBuilder)
+		: Builder(InBuilder)
+		, ArgumentWriter(ArgumentText)
+	{
+	}
+
+	bool FChatChunkReader::Read(std::string_view Json)
+	{
+		Depth = SkippedDepth = ArgumentDepth = 0;
+		Field = EField::None;
+		NextNode = ENode::Root;
+		Call.Clear();
+		Text.clear();
+		Thinking.clear();
+		Finish.clear();
+		ChoiceIndex = 0;
+		Error = FErrorWords();
+		bHasUsage = false;
+		rapidjson::MemoryStream Stream(Json.data(), Json.size());
+		// Iterative, since the depth is the server's; numbers such as NaN come from servers whose language has them.
+		constexpr unsigned Flags = rapidjson::kParseIterativeFlag | rapidjson::kParseNanAndInfFlag;
+		const bool bIsRead = JsonReader.Parse<Flags>(Stream, *this);
+		if (bHasUsage)
+		{
+			Builder.SetUsage(Usage);
+		}
+		return bIsRead;
+	}
+
+	FChatChunkReader::EField FChatChunkReader::TakeField()
+	{
+		NextNode = ENode::Skip;
+		return std::exchange(Field, EField::None);
+	}
+
+	bool FChatChunkReader::Default()
+	{
+		TakeField();
+		// A text or a number alone is no chunk, and none that could be used.
+		return Depth + SkippedDepth + ArgumentDepth > 0;
+	}
+
+	bool FChatChunkReader::Null()
+	{
+		return ArgumentDepth > 0 ? ArgumentWriter.Null() : Default();
+	}
+
+	bool FChatChunkReader::Bool(bool bValue)
+	{
+		return ArgumentDepth > 0 ? ArgumentWriter.Bool(bValue) : Default();
+	}
+
+	bool FChatChunkReader::Double(double Value)
+	{
+		if (ArgumentDepth > 0)
+		{
+			return Value - Value == 0.0 ? ArgumentWriter.Double(Value) : ArgumentWriter.Null();
+		}
+		return Default();
+	}
+
+	bool FChatChunkReader::Number(int64_t Value)
+	{
+		if (ArgumentDepth > 0)
+		{
+			return ArgumentWriter.Int64(Value);
+		}
+		if (const EField Target = TakeField(); Target != EField::None)
+		{
+			SetNumber(Target, Value);
+		}
+		return Default();
+	}
+
+	bool FChatChunkReader::String(const char* Bytes, rapidjson::SizeType Length, bool)
+	{
+		if (ArgumentDepth > 0)
+		{
+			return ArgumentWriter.String(Bytes, Length);
+		}
+		const EField Target = TakeField();
+		if (Target == EField::None && Depth > 0 && SkippedDepth == 0 && Nodes[Depth - 1] == ENode::Parts)
+		{
+			// A part may be a plain text.
+			SetText(EField::Text, std::string_view(Bytes, Length));
+		}
+		else if (Target != EField::None)
+		{
+			SetText(Target, std::string_view(Bytes, Length));
+		}
+		return Default();
+	}
+
+	bool FChatChunkReader::Key(const char* Bytes, rapidjson::SizeType Length, bool)
+	{
+		if (ArgumentDepth > 0)
+		{
+			return ArgumentWriter.Key(Bytes, Length);
+		}
+		TakeField();
+		if (SkippedDepth > 0 || Depth == 0)
+		{
+			return true;
+		}
+		const std::string_view Name(Bytes, Length);
+		const ENode Parent = Nodes[Depth - 1];
+		const auto FieldRow = std::find_if(
+			std::begin(FieldRows), std::end(FieldRows), [&](const FFieldRow& Row) { return Row.Node == Parent && Row.Key == Name; });
+		Field = FieldRow != std::end(FieldRows) ? FieldRow->Field : EField::None;
+		const auto NodeRow = std::find_if(
+			std::begin(NodeRows), std::end(NodeRows), [&](const FNodeRow& Row) { return Row.Parent == Parent && Row.Key == Name; });
+		NextNode = NodeRow != std::end(NodeRows) ? NodeRow->Child : ENode::Skip;
+		return true;
+	}
+
+	bool FChatChunkReader::Open(bool bIsArray)
+	{
+		if (ArgumentDepth > 0)
+		{
+			// A depth that no tool's arguments have; the writer keeps count of it.
+			return ++ArgumentDepth <= MaxDepth && (bIsArray ? ArgumentWriter.StartArray() : ArgumentWriter.StartObject());
+		}
+		ENode Node = NextNode;
+		if (SkippedDepth == 0 && Depth > 0 && Field == EField::None && Node == ENode::Skip)
+		{
+			const auto Row = std::find_if(
+				std::begin(ElementRows), std::end(ElementRows), [this](const auto& Pair) { return Pair.first == Nodes[Depth - 1]; });
+			Node = Row != std::end(ElementRows) ? Row->second : ENode::Skip;
+		}
+		TakeField();
+		if (Depth == 0 && SkippedDepth == 0 && bIsArray)
+		{
+			return false;
+		}
+		if (SkippedDepth == 0 && Node == ENode::Arguments)
+		{
+			ArgumentText.Clear();
+			ArgumentWriter.Reset(ArgumentText);
+			ArgumentDepth = 1;
+			return bIsArray ? ArgumentWriter.StartArray() : ArgumentWriter.StartObject();
+		}
+		if (SkippedDepth > 0 || Node == ENode::Skip || Depth == MaxDepth)
+		{
+			// The reader below keeps a few bytes for each level: an object of a million levels is no chunk.
+			return ++SkippedDepth <= 1000;
+		}
+		Error.bIsThere |= Node == ENode::Error;
+		Nodes[Depth++] = Node;
+		return true;
+	}
+
+	bool FChatChunkReader::Close()
+	{
+		if (SkippedDepth > 0)
+		{
+			--SkippedDepth;
+			return true;
+		}
+		const ENode Node = Nodes[--Depth];
+		if (Node == ENode::Call || Node == ENode::LegacyFunction)
+		{
+			CommitCall();
+		}
+		else if (Node == ENode::Choice)
+		{
+			CommitChoice();
+		}
+		TakeField();
+		return true;
+	}
+
+	bool FChatChunkReader::StartObject()
+	{
+		return Open(false);
+	}
+
+	bool FChatChunkReader::StartArray()
+	{
+		return Open(true);
+	}
+
+	bool FChatChunkReader::EndObject(rapidjson::SizeType)
+	{
+		if (ArgumentDepth > 0)
+		{
+			const bool bIsWritten = ArgumentWriter.EndObject();
+			if (--ArgumentDepth == 0)
+			{
+				Call.Arguments.assign(ArgumentText.GetString(), ArgumentText.GetSize());
+			}
+			return bIsWritten;
+		}
+		return Close();
+	}
+
+	bool FChatChunkReader::EndArray(rapidjson::SizeType)
+	{
+		if (ArgumentDepth > 0)
+		{
+			const bool bIsWritten = ArgumentWriter.EndArray();
+			if (--ArgumentDepth == 0)
+			{
+				Call.Arguments.assign(ArgumentText.GetString(), ArgumentText.GetSize());
+			}
+			return bIsWritten;
+		}
+		return Close();
+	}
+
+	void FChatChunkReader::SetText(EField Target, std::string_view Value)
+	{
+		switch (Target)
+		{
+		case EField::Text:
+			Text += Value;
+			return;
+		case EField::Thinking:
+			// Some servers send the same thought under two names.
+			Thinking = Value;
+			return;
+		case EField::Finish:
+			Finish = Value;
+			return;
+		case EField::CallId:
+			Call.Id = Value;
+			return;
+		case EField::CallName:
+			Call.Name = Value;
+			return;
+		case EField::CallArguments:
+			Call.Arguments = Value;
+			return;
+		case EField::ModelName:
+			Builder.SetModel(Value);
+			return;
+		case EField::ErrorText:
+			Error.bIsThere = true;
+			Error.Text = Value;
+			return;
+		case EField::ErrorType:
+			Error.Type = Value;
+			return;
+		case EField::ErrorCode:
+			Error.Code = Value;
+			return;
+		case EField::RootMessage:
+			Error.RootMessage = Value;
+			return;
+		default:
+			return;
+		}
+	}
+
+	void FChatChunkReader::SetNumber(EField Target, int64_t Value)
+	{
+		const auto SetUsage = [this, Value](int64_t& Figure)
+		{
+			Figure = Value;
+			bHasUsage = true;
+		};
+		switch (Target)
+		{
+		case EField::ChoiceIndex:
+			ChoiceIndex = Value;
+			return;
+		case EField::CallIndex:
+			Call.Index = Value >= 0 && Value < 1000000 ? static_cast<int>(Value) : -1;
+			return;
+		case EField::PromptTokens:
+			SetUsage(Usage.PromptTokens);
+			return;
+		case EField::CompletionTokens:
+			SetUsage(Usage.CompletionTokens);
+			return;
+		case EField::CachedTokens:
+			SetUsage(Usage.CachedTokens);
+			return;
+		case EField::ReasoningTokens:
+			SetUsage(Usage.ReasoningTokens);
+			return;
+		case EField::ErrorCode:
+			Error.Code = std::to_string(Value);
+			return;
+		case EField::ErrorContext:
+			Error.ContextTokens = Value;
+			return;
+		default:
+			return;
+		}
+	}
+
+	void FChatChunkReader::CommitCall()
+	{
+		if (ChoiceIndex == 0)
+		{
+			Builder.AddCall(Call.Index, Call.Id, Call.Name, Call.Arguments);
+		}
+		Call.Clear();
+	}
+
+	void FChatChunkReader::CommitChoice()
+	{
+		if (ChoiceIndex == 0)
+		{
+			if (!Thinking.empty())
+			{
+				Builder.AddThinking(Thinking);
+			}
+			if (!Text.empty())
+			{
+				Builder.AddText(Text);
+			}
+			if (!Finish.empty())
+			{
+				const auto Row =
+					std::find_if(std::begin(FinishRows), std::end(FinishRows), [this](const auto& Pair) { return Pair.first == Finish; });
+				Builder.SetFinish(Row != std::end(FinishRows) ? Row->second : EModelFinish::Stop);
+			}
+		}
+		Text.clear();
+		Thinking.clear();
+		Finish.clear();
+		ChoiceIndex = 0;
+	}
+}

@@ -1,0 +1,227 @@
+#include "Model/ChatCompletions.h"
+
+#include <rapidjson/document.h>
+
+#include "Http/WebAddress.h"
+#include "Model/ChatChunkReader.h"
+#include "Model/ChatRequestWriter.h"
+#include "Model/ModelFaults.h"
+
+namespace Velmora
+{
+	namespace
+	{
+		constexpr size_t MaxModels = 10000;
+
+		std::vector<std::string> MakeHeaders(const FModelServer& Server)
+		{
+			std::vector<std::string> Headers = { "Content-Type: application/json", "Accept: text/event-stream, application/json" };
+			if (!Server.Key.empty())
+			{
+				Headers.push_back("Authorization: Bearer " + Server.Key);
+			}
+			return Headers;
+		}
+
+		FHttpRequest MakeHttpRequest(const FModelServer& Server, std::string_view Path)
+		{
+			FHttpRequest Http;
+			Http.Url = FChatCompletions::MakeBaseUrl(Server.BaseUrl) + std::string(Path);
+			Http.Headers = MakeHeaders(Server);
+			Http.CaFile = Server.CaFile;
+			Http.Proxy = Server.Proxy;
+			Http.Limits = Server.Limits;
+			return Http;
+		}
+
+		class FChatReader : public IReplyReader
+		{
+		public:
+			explicit FChatReader(FReplyBuilder& InBuilder)
+				: Builder(InBuilder)
+				, Chunk(InBuilder)
+			{
+			}
+
+			virtual bool OnEvent(const FServerEvent& Event) override
+			{
+				if (Event.Data == "[DONE]")
+				{
+					Builder.SetEnded();
+					return false;
+				}
+				if (Event.Data.empty())
+				{
+					return true;
+				}
+				if (!Chunk.Read(Event.Data))
+				{
+					// What was cut off is told by the end of the stream.
+					if (!Event.bIsCutOff)
+					{
+						Builder.Fail(EModelFault::BadAnswer, "a part of the stream is no JSON object");
+					}
+					return false;
+				}
+				if (Chunk.GetError().bIsThere || Event.Type == "error")
+				{
+					FailByWords(200, std::string_view());
+					return false;
+				}
+				return true;
+			}
+
+			virtual void OnBody(std::string_view Body) override
+			{
+				if (!Chunk.Read(Body))
+				{
+					Builder.Fail(EModelFault::BadAnswer, "the answer is no JSON object");
+				}
+				else if (Chunk.GetError().bIsThere)
+				{
+					FailByWords(200, std::string_view());
+				}
+				Builder.SetEnded();
+			}
+
+			virtual void OnRefusal(int Status, std::string_view Body) override
+			{
+				const size_t Start = Body.find_first_not_of(" \t\r\n");
+				const bool bIsObject = Start != std::string_view::npos && Body[Start] == '{' && Chunk.Read(Body);
+				// A page for people says nothing that fits into a line.
+				const bool bIsPage = Start != std::string_view::npos && Body[Start] == '<';
+				FailByWords(Status, bIsObject || bIsPage ? std::string_view() : Body);
+			}
+
+		private:
+			void FailByWords(int Status, std::string_view PlainText)
+			{
+				const FChatChunkReader::FErrorWords& Words = Chunk.GetError();
+				const std::string_view Text = !Words.Text.empty() ? std::string_view(Words.Text)
+					: !Words.RootMessage.empty()				  ? std::string_view(Words.RootMessage)
+					: !PlainText.empty()						  ? PlainText
+					: !Words.Type.empty()						  ? std::string_view(Words.Type)
+																  : std::string_view(Words.Code);
+				FModelProblem Problem;
+				Problem.Fault = ModelFaults::FromRefusal(Status, { Text, Words.Type, Words.Code });
+				Problem.Detail = Text;
+				Problem.Status = Status;
+				Problem.ContextTokens = Words.ContextTokens > 0 ? Words.ContextTokens : ModelFaults::FindContextTokens(Text);
+				Builder.Fail(std::move(Problem));
+			}
+
+			FReplyBuilder& Builder;
+			FChatChunkReader Chunk;
+		};
+
+		int64_t FindNumber(const rapidjson::Value& Object, const char* Name)
+		{
+			const auto Member = Object.FindMember(Name);
+			return Member != Object.MemberEnd() && Member->value.IsInt64() && Member->value.GetInt64() > 0 ? Member->value.GetInt64() : 0;
+		}
+
+		std::string FindText(const rapidjson::Value& Object, const char* Name)
+		{
+			const auto Member = Object.FindMember(Name);
+			return Member != Object.MemberEnd() && Member->value.IsString()
+				? std::string(Member->value.GetString(), Member->value.GetStringLength())
+				: std::string();
+		}
+
+		/** Each server has a name of its own for how long a conversation may be. */
+		int64_t FindContextSize(const rapidjson::Value& Model)
+		{
+			for (const char* Name : { "max_model_len", "context_length", "context_window", "max_context_length" })
+			{
+				if (const int64_t Size = FindNumber(Model, Name))
+				{
+					return Size;
+				}
+			}
+			const auto Meta = Model.FindMember("meta");
+			return Meta != Model.MemberEnd() && Meta->value.IsObject() ? FindNumber(Meta->value, "n_ctx") : 0;
+		}
+	}
+
+	std::string FChatCompletions::MakeBaseUrl(std::string_view Address)
+	{
+		FWebAddress Parsed;
+		std::string Problem;
+		if (!FWebAddress::Parse(Address, Parsed, Problem))
+		{
+			return std::string(Address);
+		}
+		for (const std::string_view Call : { "/chat/completions", "/models" })
+		{
+			if (Parsed.Path.ends_with(Call))
+			{
+				Parsed.Path.erase(Parsed.Path.size() - Call.size());
+			}
+		}
+		if (Parsed.Path.empty())
+		{
+			Parsed.Path = "/v1";
+		}
+		return Parsed.ToString();
+	}
+
+	FHttpRequest FChatCompletions::MakeRequest(const FModelServer& Server, const FModelRequest& Request) const
+	{
+		FHttpRequest Http = MakeHttpRequest(Server, "/chat/completions");
+		Http.Body = WriteChatRequest(Request);
+		return Http;
+	}
+
+	std::unique_ptr<IReplyReader> FChatCompletions::MakeReader(FReplyBuilder& Builder) const
+	{
+		return std::make_unique<FChatReader>(Builder);
+	}
+
+	FHttpRequest FChatCompletions::MakeListRequest(const FModelServer& Server) const
+	{
+		FHttpRequest Http = MakeHttpRequest(Server, "/models");
+		Http.Limits.MaxBodyBytes = 4 * 1024 * 1024;
+		Http.Limits.FirstByteSeconds = std::min(Http.Limits.FirstByteSeconds, 20.0);
+		Http.Limits.TotalSeconds = 30.0;
+		return Http;
+	}
+
+	bool FChatCompletions::ReadList(std::string_view Body, std::vector<FModelInfo>& OutModels) const
+	{
+		rapidjson::Document Parsed;
+		Parsed.Parse<rapidjson::kParseIterativeFlag | rapidjson::kParseNanAndInfFlag>(Body.data(), Body.size());
+		if (Parsed.HasParseError())
+		{
+			return false;
+		}
+		const rapidjson::Value* List = &Parsed;
+		for (const char* Name : { "data", "models" })
+		{
+			if (Parsed.IsObject() && List == &Parsed)
+			{
+				const auto Member = Parsed.FindMember(Name);
+				List = Member != Parsed.MemberEnd() && Member->value.IsArray() ? &Member->value : List;
+			}
+		}
+		if (!List->IsArray())
+		{
+			return false;
+		}
+		for (const rapidjson::Value& Model : List->GetArray())
+		{
+			if (!Model.IsObject() || OutModels.size() >= MaxModels)
+			{
+				continue;
+			}
+			FModelInfo Info;
+			Info.Id = FindText(Model, "id");
+			Info.Id = Info.Id.empty() ? FindText(Model, "name") : Info.Id;
+			Info.ContextTokens = FindContextSize(Model);
+			if (!Info.Id.empty())
+			{
+				OutModels.push_back(std::move(Info));
+			}
+		}
+		return true;
+	}
+}

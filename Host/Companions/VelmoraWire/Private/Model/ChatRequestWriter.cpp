@@ -1,0 +1,171 @@
+#include "Model/ChatRequestWriter.h"
+
+#include <algorithm>
+#include <iterator>
+
+#include <rapidjson/document.h>
+#include <rapidjson/stringbuffer.h>
+#include <rapidjson/writer.h>
+
+#include "Text/WireText.h"
+
+namespace Velmora
+{
+	namespace
+	{
+		using FWriter = rapidjson::Writer<rapidjson::StringBuffer>;
+
+		/** What the request says itself; options of the user's cannot say it otherwise. */
+		constexpr std::string_view OwnMembers[] = { "model", "messages", "tools", "stream", "stream_options", "n" };
+
+		void WriteName(FWriter& Writer, std::string_view Name)
+		{
+			Writer.Key(Name.data(), static_cast<rapidjson::SizeType>(Name.size()));
+		}
+
+		void WriteText(FWriter& Writer, std::string_view Text)
+		{
+			if (WireText::IsUtf8(Text))
+			{
+				Writer.String(Text.data(), static_cast<rapidjson::SizeType>(Text.size()));
+				return;
+			}
+			const std::string Repaired = WireText::RepairUtf8(std::string(Text));
+			Writer.String(Repaired.data(), static_cast<rapidjson::SizeType>(Repaired.size()));
+		}
+
+		void WriteMember(FWriter& Writer, std::string_view Name, std::string_view Text)
+		{
+			WriteName(Writer, Name);
+			WriteText(Writer, Text);
+		}
+
+		std::string_view NameRole(EModelRole Role)
+		{
+			switch (Role)
+			{
+			case EModelRole::System:
+				return "system";
+			case EModelRole::User:
+				return "user";
+			case EModelRole::Assistant:
+				return "assistant";
+			case EModelRole::Tool:
+				return "tool";
+			}
+			return "user";
+		}
+
+		void WriteMessage(FWriter& Writer, const FModelMessage& Message)
+		{
+			Writer.StartObject();
+			WriteMember(Writer, "role", NameRole(Message.Role));
+			WriteName(Writer, "content");
+			if (Message.Text.empty() && !Message.Calls.empty())
+			{
+				Writer.Null();
+			}
+			else
+			{
+				WriteText(Writer, Message.Text);
+			}
+			if (Message.Role == EModelRole::Tool)
+			{
+				WriteMember(Writer, "tool_call_id", Message.CallId);
+			}
+			if (!Message.Calls.empty())
+			{
+				WriteName(Writer, "tool_calls");
+				Writer.StartArray();
+				for (const FModelCall& Call : Message.Calls)
+				{
+					Writer.StartObject();
+					WriteMember(Writer, "id", Call.Id);
+					WriteMember(Writer, "type", "function");
+					WriteName(Writer, "function");
+					Writer.StartObject();
+					WriteMember(Writer, "name", Call.Name);
+					WriteMember(Writer, "arguments", Call.Arguments);
+					Writer.EndObject();
+					Writer.EndObject();
+				}
+				Writer.EndArray();
+			}
+			Writer.EndObject();
+		}
+
+		void WriteTools(FWriter& Writer, const std::vector<FModelTool>& Tools)
+		{
+			WriteName(Writer, "tools");
+			Writer.StartArray();
+			for (const FModelTool& Tool : Tools)
+			{
+				Writer.StartObject();
+				WriteMember(Writer, "type", "function");
+				WriteName(Writer, "function");
+				Writer.StartObject();
+				WriteMember(Writer, "name", Tool.Name);
+				WriteMember(Writer, "description", Tool.Description);
+				WriteName(Writer, "parameters");
+				Writer.RawValue(Tool.Parameters.data(), Tool.Parameters.size(), rapidjson::kObjectType);
+				Writer.EndObject();
+				Writer.EndObject();
+			}
+			Writer.EndArray();
+		}
+
+		void WriteOptions(FWriter& Writer, const std::string& Options)
+		{
+			rapidjson::Document Parsed;
+			Parsed.Parse<rapidjson::kParseIterativeFlag>(Options.data(), Options.size());
+			if (Parsed.HasParseError() || !Parsed.IsObject())
+			{
+				return;
+			}
+			for (const auto& Member : Parsed.GetObject())
+			{
+				const std::string_view Name(Member.name.GetString(), Member.name.GetStringLength());
+				if (std::find(std::begin(OwnMembers), std::end(OwnMembers), Name) == std::end(OwnMembers))
+				{
+					WriteName(Writer, Name);
+					Member.value.Accept(Writer);
+				}
+			}
+		}
+	}
+
+	std::string WriteChatRequest(const FModelRequest& Request)
+	{
+		rapidjson::StringBuffer Buffer;
+		FWriter Writer(Buffer);
+		Writer.StartObject();
+		WriteMember(Writer, "model", Request.Model);
+		WriteName(Writer, "messages");
+		Writer.StartArray();
+		for (const FModelMessage& Message : Request.Messages)
+		{
+			WriteMessage(Writer, Message);
+		}
+		Writer.EndArray();
+		if (!Request.Tools.empty())
+		{
+			WriteTools(Writer, Request.Tools);
+		}
+		WriteName(Writer, "stream");
+		Writer.Bool(true);
+		if (Request.bAsksForUsage)
+		{
+			WriteName(Writer, "stream_options");
+			Writer.StartObject();
+			WriteName(Writer, "include_usage");
+			Writer.Bool(true);
+			Writer.EndObject();
+		}
+		if (!Request.Options.empty())
+		{
+			WriteOptions(Writer, Request.Options);
+		}
+		Writer.EndObject();
+		return std::string(Buffer.GetString(), Buffer.GetSize());
+	}
+}

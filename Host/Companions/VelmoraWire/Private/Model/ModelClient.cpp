@@ -1,0 +1,220 @@
+#include "Model/ModelClient.h"
+
+#include "Http/WebAddress.h"
+#include "Model/ModelFaults.h"
+#include "Text/WireText.h"
+
+namespace Velmora
+{
+	namespace
+	{
+		/** Of a refusal or a page that is no answer: what is beyond says nothing more. */
+		constexpr size_t MaxRefusalBytes = 64 * 1024;
+
+		/** Of an answer that does not stream: its text with what JSON adds to it. */
+		constexpr size_t MaxBodyBytes = 24 * 1024 * 1024;
+
+		bool IsRedirect(int Status)
+		{
+			return Status >= 300 && Status < 400;
+		}
+
+		/** Gives what comes to the dialect: a stream of events, one body, or a refusal. */
+		class FAnswerReader : public IHttpReader
+		{
+		public:
+			FAnswerReader(IReplyReader& InReader, FReplyBuilder& InBuilder)
+				: Reader(InReader)
+				, Builder(InBuilder)
+				, Events([this](const FServerEvent& Event) { return Reader.OnEvent(Event); })
+			{
+			}
+
+			virtual void OnHead(const FHttpHead& InHead) override { Head = InHead; }
+
+			virtual EFlow OnBytes(std::string_view Bytes) override
+			{
+				if (Head.Status != 200)
+				{
+					Body += Bytes.substr(0, MaxRefusalBytes - Body.size());
+					return Body.size() < MaxRefusalBytes ? EFlow::More : EFlow::Stop;
+				}
+				if (Form == EForm::Unknown)
+				{
+					DecideForm(Bytes);
+				}
+				switch (Form)
+				{
+				case EForm::Unknown:
+					return EFlow::More;
+				case EForm::Page:
+					return EFlow::Stop;
+				case EForm::Body:
+					if (Body.size() + Bytes.size() > MaxBodyBytes)
+					{
+						Builder.Fail(EModelFault::TooLarge, std::string());
+						return EFlow::Stop;
+					}
+					Body += Bytes;
+					return EFlow::More;
+				case EForm::Events:
+					break;
+				}
+				const FEventStreamReader::EState State = Events.Push(Bytes);
+				if (State == FEventStreamReader::EState::TooLarge)
+				{
+					Builder.Fail(EModelFault::TooLarge, std::string());
+				}
+				return Builder.HasFailed() ? EFlow::Stop : State == FEventStreamReader::EState::Open ? EFlow::More : EFlow::Enough;
+			}
+
+			/** After the last byte. @param bIsWhole  The server has ended the body in order. */
+			void Finish(bool bIsWhole)
+			{
+				if (Head.Status >= 400)
+				{
+					Reader.OnRefusal(Head.Status, Body);
+				}
+				else if (IsRedirect(Head.Status))
+				{
+					Builder.Fail(EModelFault::Redirected, Head.Location);
+				}
+				else if (Head.Status != 0 && (Head.Status != 200 || Form == EForm::Page))
+				{
+					Builder.Fail(EModelFault::NoModelServer,
+						Form == EForm::Page ? std::string("it answered with a web page") : "status " + std::to_string(Head.Status));
+				}
+				else if (Form == EForm::Events)
+				{
+					Events.End();
+				}
+				else if (Form == EForm::Body && bIsWhole)
+				{
+					Reader.OnBody(Body);
+				}
+			}
+
+			int GetStatus() const { return Head.Status; }
+
+		private:
+			enum class EForm
+			{
+				Unknown,
+				Events,
+				Body,
+				Page
+			};
+
+			/** By what comes rather than by what it is called: servers are wrong about that. */
+			void DecideForm(std::string_view Bytes)
+			{
+				const size_t Start = Bytes.find_first_not_of(" \t\r\n");
+				if (Start == std::string_view::npos)
+				{
+					return;
+				}
+				Form = Bytes[Start] == '{' || Bytes[Start] == '[' ? EForm::Body : Bytes[Start] == '<' ? EForm::Page : EForm::Events;
+			}
+
+			IReplyReader& Reader;
+			FReplyBuilder& Builder;
+			FEventStreamReader Events;
+			FHttpHead Head;
+			std::string Body;
+			EForm Form = EForm::Unknown;
+		};
+
+		/** The whole body of a short answer. */
+		class FBodyReader : public IHttpReader
+		{
+		public:
+			virtual void OnHead(const FHttpHead& InHead) override { Status = InHead.Status; }
+			virtual EFlow OnBytes(std::string_view Bytes) override
+			{
+				Body += Bytes;
+				return EFlow::More;
+			}
+
+			std::string Body;
+			int Status = 0;
+		};
+	}
+
+	FModelClient::FModelClient(const IModelDialect& InDialect, const FModelServer& InServer)
+		: Dialect(InDialect)
+		, Server(InServer)
+	{
+	}
+
+	FModelReply FModelClient::Ask(const FModelRequest& Request, FReplyBuilder::FOnPiece OnPiece)
+	{
+		FReplyBuilder Builder(std::move(OnPiece));
+		const std::unique_ptr<IReplyReader> Reader = Dialect.MakeReader(Builder);
+		FAnswerReader Answer(*Reader, Builder);
+		const FHttpReply Exchange = Http.Run(Dialect.MakeRequest(Server, Request), Answer);
+
+		// 1. A refusal says more than how its connection ended.
+		const bool bIsCancelled = Exchange.End == EHttpEnd::Cancelled;
+		if (bIsCancelled)
+		{
+			Builder.Fail(EModelFault::Cancelled, std::string());
+		}
+		else
+		{
+			Answer.Finish(Exchange.End == EHttpEnd::Complete);
+		}
+
+		// 2. Then the connection: what has the mark of its end is whole, however it closed.
+		if (!Builder.HasEnded())
+		{
+			if (const EModelFault Fault = ModelFaults::FromEnd(Exchange.End); Fault != EModelFault::None)
+			{
+				Builder.Fail(
+					Fault, Exchange.End == EHttpEnd::Compressed ? std::string("it sent compressed data unasked") : Exchange.Detail);
+			}
+		}
+
+		// 3. Then the answer itself: an end that was not told, unless the reason was.
+		const bool bHasEnded = Builder.HasEnded();
+		FModelReply Reply = Builder.Take(Server.Key);
+		if (!Reply.Problem && !bHasEnded && Reply.Finish == EModelFinish::Missing)
+		{
+			Reply.Problem.Fault = EModelFault::CutShort;
+		}
+		if (Reply.Finish == EModelFinish::Missing && !Reply.Problem)
+		{
+			Reply.Finish = EModelFinish::Stop;
+		}
+		Reply.Problem.Status = Reply.Problem && Reply.Problem.Status == 0 ? Answer.GetStatus() : Reply.Problem.Status;
+		Reply.Problem.RetryAfterSeconds = Exchange.RetryAfterSeconds;
+		Reply.FirstByteSeconds = Exchange.FirstByteSeconds;
+		Reply.Seconds = Exchange.Seconds;
+		Reply.ReceivedBytes = Exchange.ReceivedBytes;
+		return Reply;
+	}
+
+	FModelProblem FModelClient::ListModels(std::vector<FModelInfo>& OutModels)
+	{
+		FReplyBuilder Builder;
+		const std::unique_ptr<IReplyReader> Refusal = Dialect.MakeReader(Builder);
+		FBodyReader Body;
+		const FHttpReply Reply = Http.Run(Dialect.MakeListRequest(Server), Body);
+		if (Body.Status >= 400)
+		{
+			Refusal->OnRefusal(Body.Status, std::string_view(Body.Body).substr(0, MaxRefusalBytes));
+		}
+		else if (IsRedirect(Body.Status))
+		{
+			Builder.Fail(EModelFault::Redirected, Reply.Head.Location);
+		}
+		else if (const EModelFault Fault = ModelFaults::FromEnd(Reply.End); Fault != EModelFault::None)
+		{
+			Builder.Fail(Fault, Reply.Detail);
+		}
+		else if (!Dialect.ReadList(Body.Body, OutModels))
+		{
+			Builder.Fail(EModelFault::NoModelServer, "its answer is no list of models");
+		}
+		return Builder.Take(Server.Key).Problem;
+	}
+}

@@ -1,0 +1,276 @@
+#include "Model/ReplyBuilder.h"
+
+#include <algorithm>
+#include <unordered_set>
+#include <utility>
+
+#include "Text/WireText.h"
+
+namespace Velmora
+{
+	namespace
+	{
+		constexpr std::string_view ThinkMark = "<think>";
+		constexpr std::string_view ThinkEndMark = "</think>";
+		constexpr std::string_view Whitespace = " \t\r\n";
+		constexpr size_t MaxNameBytes = 256;
+		constexpr size_t MaxDetailBytes = 1000;
+
+		/** How many bytes at the end of a text may be the beginning of a mark. */
+		size_t MeasurePartialMark(std::string_view Text, std::string_view Mark)
+		{
+			for (size_t Length = std::min(Text.size(), Mark.size() - 1); Length > 0; --Length)
+			{
+				if (Text.substr(Text.size() - Length) == Mark.substr(0, Length))
+				{
+					return Length;
+				}
+			}
+			return 0;
+		}
+
+		/** What a server says, as one line. */
+		std::string MakeOneLine(std::string Text)
+		{
+			Text = WireText::RepairUtf8(std::string(WireText::CutUtf8(Text, MaxDetailBytes)));
+			std::string Line;
+			for (const char Byte : Text)
+			{
+				const bool bIsBlank = static_cast<unsigned char>(Byte) <= 0x20 || Byte == 0x7F;
+				if (!bIsBlank)
+				{
+					Line += Byte;
+				}
+				else if (!Line.empty() && Line.back() != ' ')
+				{
+					Line += ' ';
+				}
+			}
+			while (Line.ends_with(' '))
+			{
+				Line.pop_back();
+			}
+			return Line;
+		}
+	}
+
+	FReplyBuilder::FReplyBuilder(FOnPiece InOnPiece, const FReplyLimits& InLimits)
+		: OnPiece(std::move(InOnPiece))
+		, Limits(InLimits)
+	{
+	}
+
+	void FReplyBuilder::Tell(FReplyPiece::EKind Kind, std::string_view Bytes) const
+	{
+		if (OnPiece && !Bytes.empty())
+		{
+			OnPiece({ Kind, Bytes });
+		}
+	}
+
+	void FReplyBuilder::AddText(std::string_view Bytes)
+	{
+		if (Opening == EOpening::Answers)
+		{
+			KeepText(Bytes);
+			return;
+		}
+		Held += Bytes;
+		ReadOpening();
+	}
+
+	void FReplyBuilder::ReadOpening()
+	{
+		if (Opening == EOpening::Undecided)
+		{
+			const size_t Start = Held.find_first_not_of(Whitespace);
+			if (Start == std::string::npos)
+			{
+				return;
+			}
+			const std::string_view Rest = std::string_view(Held).substr(Start);
+			if (Rest.size() < ThinkMark.size() && ThinkMark.starts_with(Rest))
+			{
+				return;
+			}
+			if (!Rest.starts_with(ThinkMark))
+			{
+				Opening = EOpening::Answers;
+				KeepText(std::exchange(Held, std::string()));
+				return;
+			}
+			Opening = EOpening::Thinks;
+			Held.erase(0, Start + ThinkMark.size());
+		}
+		const size_t End = Held.find(ThinkEndMark);
+		if (End == std::string::npos)
+		{
+			const size_t KeptLength = MeasurePartialMark(Held, ThinkEndMark);
+			KeepThinking(std::string_view(Held).substr(0, Held.size() - KeptLength));
+			Held.erase(0, Held.size() - KeptLength);
+			return;
+		}
+		KeepThinking(std::string_view(Held).substr(0, End));
+		Opening = EOpening::Answers;
+		const std::string Answer = std::exchange(Held, std::string()).substr(End + ThinkEndMark.size());
+		KeepText(Answer);
+	}
+
+	void FReplyBuilder::KeepText(std::string_view Bytes)
+	{
+		const size_t Room = Limits.MaxTextBytes - Reply.Text.size();
+		Reply.Text += Bytes.substr(0, Room);
+		Tell(FReplyPiece::EKind::Text, Bytes.substr(0, Room));
+		if (Bytes.size() > Room)
+		{
+			Fail(EModelFault::TooLarge, std::string());
+		}
+	}
+
+	void FReplyBuilder::AddThinking(std::string_view Bytes)
+	{
+		KeepThinking(Bytes);
+	}
+
+	void FReplyBuilder::KeepThinking(std::string_view Bytes)
+	{
+		Reply.Thinking += Bytes.substr(0, Limits.MaxThinkingBytes - Reply.Thinking.size());
+		Tell(FReplyPiece::EKind::Thinking, Bytes);
+	}
+
+	FReplyBuilder::FOpenCall* FReplyBuilder::FindCall(int Index, std::string_view Id, std::string_view Name)
+	{
+		// Without a number the id tells which call is meant; a name begins one, anything else goes on with the latest.
+		if (Index < 0)
+		{
+			const auto Found =
+				std::find_if(Calls.rbegin(), Calls.rend(), [Id](const FOpenCall& Open) { return !Id.empty() && Open.Call.Id == Id; });
+			return Found != Calls.rend() ? &*Found : Name.empty() && !Calls.empty() ? &Calls.back() : nullptr;
+		}
+		// Some servers give every call the number 0: a part with a name and another id begins a call of its own.
+		const auto Found = std::find_if(Calls.rbegin(), Calls.rend(), [Index](const FOpenCall& Open) { return Open.Index == Index; });
+		const bool bBeginsAnother =
+			Found != Calls.rend() && !Name.empty() && !Id.empty() && !Found->Call.Id.empty() && Found->Call.Id != Id;
+		return Found == Calls.rend() || bBeginsAnother ? nullptr : &*Found;
+	}
+
+	void FReplyBuilder::AddCall(int Index, std::string_view Id, std::string_view Name, std::string_view Arguments)
+	{
+		FOpenCall* Open = FindCall(Index, Id, Name);
+		if (!Open && Calls.size() < Limits.MaxCalls)
+		{
+			Calls.push_back({ FModelCall(), Index });
+			Open = &Calls.back();
+		}
+		if (!Open || (bDropsCall && Name.empty() && Index < 0))
+		{
+			Reply.DroppedCalls += !Name.empty();
+			bDropsCall = true;
+			return;
+		}
+		bDropsCall = false;
+		if (Open->Call.Id.empty())
+		{
+			Open->Call.Id = Id.substr(0, MaxNameBytes);
+		}
+		if (!Name.empty() && Open->Call.Name != Name && Open->Call.Name.size() + Name.size() <= MaxNameBytes)
+		{
+			Open->Call.Name += Name;
+			Tell(FReplyPiece::EKind::CallName, Name);
+		}
+		if (Open->Call.bIsTooLarge)
+		{
+			return;
+		}
+		if (ArgumentBytes + Arguments.size() > Limits.MaxArgumentBytes)
+		{
+			ArgumentBytes -= Open->Call.Arguments.size();
+			std::string().swap(Open->Call.Arguments);
+			Open->Call.bIsTooLarge = true;
+			return;
+		}
+		ArgumentBytes += Arguments.size();
+		Open->Call.Arguments += Arguments;
+		Tell(FReplyPiece::EKind::CallArguments, Arguments);
+	}
+
+	void FReplyBuilder::SetModel(std::string_view Model)
+	{
+		if (Reply.Model.empty())
+		{
+			Reply.Model = WireText::CutUtf8(Model, MaxNameBytes);
+		}
+	}
+
+	void FReplyBuilder::Fail(EModelFault Fault, std::string Detail)
+	{
+		FModelProblem Problem;
+		Problem.Fault = Fault;
+		Problem.Detail = std::move(Detail);
+		Fail(std::move(Problem));
+	}
+
+	void FReplyBuilder::Fail(FModelProblem&& Problem)
+	{
+		if (!HasFailed())
+		{
+			Reply.Problem = std::move(Problem);
+		}
+	}
+
+	bool FReplyBuilder::IsEmpty() const
+	{
+		return Reply.Text.empty() && Reply.Thinking.empty() && Calls.empty() && Held.empty();
+	}
+
+	FModelReply FReplyBuilder::Take(std::string_view Key)
+	{
+		// 1. What was held back is what it looks like after all.
+		if (Opening == EOpening::Thinks)
+		{
+			KeepThinking(std::exchange(Held, std::string()));
+		}
+		else
+		{
+			KeepText(std::exchange(Held, std::string()));
+		}
+
+		// 2. Each call gets an id of its own, since its result is found by it.
+		std::unordered_set<std::string> Ids;
+		int Number = 0;
+		for (FOpenCall& Open : Calls)
+		{
+			FModelCall& Call = Open.Call;
+			Call.Id = WireText::RepairUtf8(std::move(Call.Id));
+			while (Call.Id.empty() || !Ids.insert(Call.Id).second)
+			{
+				Call.Id = "call_" + std::to_string(++Number);
+			}
+			Call.Name = WireText::RepairUtf8(std::move(Call.Name));
+			Call.Arguments = WireText::RepairUtf8(std::move(Call.Arguments));
+			WireText::HideKey(Call.Arguments, Key);
+			if (Call.Arguments.find_first_not_of(Whitespace) == std::string::npos || Call.Arguments == "null")
+			{
+				Call.Arguments = "{}";
+			}
+			Reply.Calls.push_back(std::move(Call));
+		}
+
+		// 3. Texts, without what only separated thinking from the answer.
+		Reply.Text = WireText::RepairUtf8(std::move(Reply.Text));
+		if (!Reply.Thinking.empty())
+		{
+			Reply.Text.erase(0, std::min(Reply.Text.find_first_not_of(Whitespace), Reply.Text.size()));
+		}
+		Reply.Thinking = WireText::RepairUtf8(std::move(Reply.Thinking));
+		Reply.Model = WireText::RepairUtf8(std::move(Reply.Model));
+		// Before it is cut, since half a key is one that nobody would find.
+		WireText::HideKey(Reply.Problem.Detail, Key);
+		Reply.Problem.Detail = MakeOneLine(std::move(Reply.Problem.Detail));
+		for (std::string* Text : { &Reply.Text, &Reply.Thinking, &Reply.Model, &Reply.Problem.Detail })
+		{
+			WireText::HideKey(*Text, Key);
+		}
+		return std::move(Reply);
+	}
+}

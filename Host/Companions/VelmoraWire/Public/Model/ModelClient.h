@@ -1,0 +1,39 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "CoreMinimal.h"
+#include "Http/HttpStream.h"
+#include "Model/ModelDialect.h"
+
+namespace Velmora
+{
+	/**
+	 * Asks one server, once per call: neither repeats nor waits. Whatever the server does comes back as an answer with
+	 * or without a problem. Blocks on the calling worker. The server's address is the only one that is ever called.
+	 */
+	class VELMORAWIRE_API FModelClient
+	{
+	public:
+		/** The dialect must outlive the client. */
+		FModelClient(const IModelDialect& InDialect, const FModelServer& InServer);
+
+		/** @param OnPiece  Called on this thread as the answer comes. */
+		FModelReply Ask(const FModelRequest& Request, FReplyBuilder::FOnPiece OnPiece = nullptr);
+
+		/** Returns no problem with the list, or a problem and no list. */
+		FModelProblem ListModels(std::vector<FModelInfo>& OutModels);
+
+		/** For good: what is under way ends at once, its connection is closed. Any thread. */
+		void Cancel() { Http.Cancel(); }
+
+	private:
+		const IModelDialect& Dialect;
+		const FModelServer Server;
+		FHttpStream Http;
+	};
+
+	/** One or two sentences for people: what went wrong with that server and what to do about it. Pure. */
+	VELMORAWIRE_API std::string DescribeProblem(const FModelProblem& Problem, const FModelServer& Server, std::string_view Model);
+}
