@@ -80,7 +80,8 @@ FString FDesktopOptions::Parse(const TArray<FString>& Arguments)
 			}
 		}
 		const auto Is = [&Name](const TCHAR* Option) { return Name.Equals(Option); };
-		if (Is(TEXT("--headless")) || Is(TEXT("--draft")) || Is(TEXT("--help")) || Is(TEXT("-h")) || Is(TEXT("--version")))
+		if (Is(TEXT("--headless")) || Is(TEXT("--draft")) || Is(TEXT("--help")) || Is(TEXT("-h")) || Is(TEXT("--version")) ||
+			Is(TEXT("--list-connections")) || Is(TEXT("--list-models")))
 		{
 			if (bHasValue)
 			{
@@ -90,11 +91,13 @@ FString FDesktopOptions::Parse(const TArray<FString>& Arguments)
 			bDraft = bDraft || Is(TEXT("--draft"));
 			bShowHelp = bShowHelp || Is(TEXT("--help")) || Is(TEXT("-h"));
 			bShowVersion = bShowVersion || Is(TEXT("--version"));
+			bListConnections = bListConnections || Is(TEXT("--list-connections"));
+			bListModels = bListModels || Is(TEXT("--list-models"));
 			continue;
 		}
 		const bool bKnown = Is(TEXT("--project")) || Is(TEXT("--size")) || Is(TEXT("--scale")) || Is(TEXT("--prompt")) ||
 			Is(TEXT("--dump")) || Is(TEXT("--screenshot")) || Is(TEXT("--script")) || Is(TEXT("--frames")) || Is(TEXT("--now")) ||
-			Is(TEXT("--set"));
+			Is(TEXT("--set")) || Is(TEXT("--connection")) || Is(TEXT("--server")) || Is(TEXT("--model")) || Is(TEXT("--allow"));
 		if (!bKnown)
 		{
 			return FString::Printf(TEXT("Unknown option \"%s\". Try --help."), *Arguments[Index]);
@@ -157,6 +160,22 @@ FString FDesktopOptions::Parse(const TArray<FString>& Arguments)
 			}
 			Variables.Add(MoveTemp(Variable));
 		}
+		else if (Is(TEXT("--connection")))
+		{
+			Connection = Value;
+		}
+		else if (Is(TEXT("--server")))
+		{
+			Server = Value;
+		}
+		else if (Is(TEXT("--model")))
+		{
+			Model = Value;
+		}
+		else if (Is(TEXT("--allow")))
+		{
+			AllowedCalls.Add(Value);
+		}
 		else if (Is(TEXT("--dump")))
 		{
 			DumpFile = Value;
@@ -166,39 +185,67 @@ FString FDesktopOptions::Parse(const TArray<FString>& Arguments)
 			ScreenshotFile = Value;
 		}
 	}
+	const bool bHasModelServer = !Connection.IsEmpty() || !Server.IsEmpty();
+	if (!Connection.IsEmpty() && !Server.IsEmpty())
+	{
+		return TEXT("--connection and --server exclude each other.");
+	}
+	if (!bHasModelServer && (!Model.IsEmpty() || bListModels))
+	{
+		return TEXT("--model and --list-models go with --connection or --server.");
+	}
 	// Simulated time moves only while something is done.
 	return Now.IsSet() && !HasAction() ? FString(TEXT("--now is for runs with --script, --prompt, --dump or --screenshot.")) : FString();
 }
 
 FString FDesktopOptions::GetHelp()
 {
-	return FString(TEXT("Velmora UI: the chat of an AI co-developer, in a window of its own.\n") TEXT("\n") TEXT(
-			   "  velmora [options]\n") TEXT("\n") TEXT("  --project DIR      the project that the agent works on (default: this folder)\n")
-				   TEXT("  --prompt TEXT      type one prompt, send it, print the answer as Markdown on\n") TEXT(
-					   "                     standard output and the tools on standard error, then end\n")
-					   TEXT("  --dump FILE        write what is on screen and in the conversation as JSON\n") TEXT(
-						   "  --screenshot FILE  write what is on screen as a PNG picture\n") TEXT("  --script FILE      run the steps of "
-																								   "a script, one a line, then end\n")
-						   TEXT("  --now TIME         begin at this local time, such as 2026-01-31T12:00:00, and let\n") TEXT(
-							   "                     time pass by a sixtieth of a second a frame: the same run\n")
-							   TEXT("                     gives the same pictures and dumps, byte by byte\n") TEXT(
-								   "  --set NAME=VALUE   set a console variable; may be given several times\n")
-								   TEXT("  --frames FILE      write a line for each frame of a session in a window: seconds\n") TEXT(
-									   "                     since 1970, milliseconds of work, pixels painted\n")
-									   TEXT("  --draft            put back the prompt that was not sent last time, and keep this\n") TEXT(
-										   "                     one, as a session in a window does; for scripts\n")
-										   TEXT("  --headless         no window: the same program, painted into memory\n") TEXT(
-											   "  --size WxH         size of the window in pixels (default 1280x800)\n")
-											   TEXT("  --scale F          pixels per unit, 0.5 to 4 (default: GDK_SCALE, or 1)\n") TEXT(
-												   "  --help, --version\n") TEXT("\n") TEXT("Without a display and with nothing to do "
-																							"(--prompt, --script, --dump or\n")
-												   TEXT("--screenshot) the program reads prompts from standard input, one a line, and\n")
-													   TEXT("answers each. --prompt comes before --script, --dump and --screenshot after "
-															"it.\n") TEXT("\n") TEXT("Steps of a script:\n")) +
+	// clang-format off
+	return FString(
+		TEXT("Velmora UI: the chat of an AI co-developer, in a window of its own.\n")
+		TEXT("\n")
+		TEXT("  velmora [options]\n")
+		TEXT("\n")
+		TEXT("  --project DIR      the project that the agent works on (default: this folder)\n")
+		TEXT("  --prompt TEXT      type one prompt, send it, print the answer as Markdown on\n")
+		TEXT("                     standard output and the tools on standard error, then end\n")
+		TEXT("  --dump FILE        write what is on screen and in the conversation as JSON\n")
+		TEXT("  --screenshot FILE  write what is on screen as a PNG picture\n")
+		TEXT("  --script FILE      run the steps of a script, one a line, then end\n")
+		TEXT("  --now TIME         begin at this local time, such as 2026-01-31T12:00:00, and let\n")
+		TEXT("                     time pass by a sixtieth of a second a frame: the same run\n")
+		TEXT("                     gives the same pictures and dumps, byte by byte\n")
+		TEXT("  --set NAME=VALUE   set a console variable; may be given several times\n")
+		TEXT("  --connection NAME  let a model answer instead of the built-in agent, by one of the\n")
+		TEXT("                     connections in velmora-ui/connections.json of your\n")
+		TEXT("                     configuration folder\n")
+		TEXT("  --server URL       the same for this run only; a key is taken from the variable\n")
+		TEXT("                     VELMORA_SERVER_KEY\n")
+		TEXT("  --model NAME       with either: this model\n")
+		TEXT("  --list-connections, --list-models\n")
+		TEXT("  --allow PREFIX     allow what would be asked, by the beginning of tool and path,\n")
+		TEXT("                     such as \"edit_file .vscode/\"; may be given several times\n")
+		TEXT("  --frames FILE      write a line for each frame of a session in a window: seconds\n")
+		TEXT("                     since 1970, milliseconds of work, pixels painted\n")
+		TEXT("  --draft            put back the prompt that was not sent last time, and keep this\n")
+		TEXT("                     one, as a session in a window does; for scripts\n")
+		TEXT("  --headless         no window: the same program, painted into memory\n")
+		TEXT("  --size WxH         size of the window in pixels (default 1280x800)\n")
+		TEXT("  --scale F          pixels per unit, 0.5 to 4 (default: GDK_SCALE, or 1)\n")
+		TEXT("  --help, --version\n")
+		TEXT("\n")
+		TEXT("Without a display and with nothing to do (--prompt, --script, --dump or\n")
+		TEXT("--screenshot) the program reads prompts from standard input, one a line, and\n")
+		TEXT("answers each. --prompt comes before --script, --dump and --screenshot after it.\n")
+		TEXT("\n")
+		TEXT("Steps of a script:\n")) +
 		FScriptFile::GetHelp() +
 		TEXT("NAME is #Tag (the tags are in a dump), the whole text of a widget, or the first\n")
-			TEXT("line of its tooltip; it must name exactly one thing. @X%,Y% is a place in the\n")
-				TEXT("window. A line that begins with #\n") TEXT("is a comment. A dialog that no step answers takes No or Cancel.\n")
-					TEXT("\n") TEXT("Exit codes: 0 all went well, 1 something failed, 2 a wrong option or a script\n")
-						TEXT("that could not be run to its end (the message names the line).\n");
+		TEXT("line of its tooltip; it must name exactly one thing. @X%,Y% is a place in the\n")
+		TEXT("window. A line that begins with # is a comment. A dialog that no step answers\n")
+		TEXT("takes No or Cancel.\n")
+		TEXT("\n")
+		TEXT("Exit codes: 0 all went well, 1 something failed, 2 a wrong option or a script\n")
+		TEXT("that could not be run to its end (the message names the line).\n");
+	// clang-format on
 }

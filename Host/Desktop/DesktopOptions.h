@@ -20,6 +20,15 @@ struct FDesktopOptions
 	FString FramesFile;
 	/** Keep and restore the unsent prompt as a session in a window does. */
 	bool bDraft = false;
+	/** Who answers: a connection of the user's, or a server for this run; both empty for the built-in agent. */
+	FString Connection;
+	FString Server;
+	/** Instead of the connection's own, or of the first that the server lists. */
+	FString Model;
+	bool bListConnections = false;
+	bool bListModels = false;
+	/** Beginnings of "tool subject" that are allowed without asking in this run. */
+	TArray<FString> AllowedCalls;
 	/** Console variables to set before anything is made, in this order. */
 	TArray<TPair<FString, FString>> Variables;
 	/** The local time at which simulated time begins; unset for real time. */

@@ -1,5 +1,6 @@
 #include "DesktopProgram.h"
 
+#include "ConnectionChoice.h"
 #include "ConversationPrinter.h"
 #include "CodeIntel/CodeIntelIndexManager.h"
 #include "EditorServices.h"
@@ -10,6 +11,7 @@
 #include "HAL/IConsoleManager.h"
 #include "HAL/PlatformProcess.h"
 #include "HAL/PlatformTime.h"
+#include "Host/BuiltInAgentOptions.h"
 #include "Host/CodeIndexControl.h"
 #include "Host/HostAppStyle.h"
 #include "Host/HostDialogs.h"
@@ -526,8 +528,17 @@ int32 FDesktopProgram::Run()
 	{
 		return WrongUsage;
 	}
+	if (Options.bListConnections || Options.bListModels)
+	{
+		return ConnectionChoice::List(Options);
+	}
 	if (!Options.ScriptFile.IsEmpty() && !LoadScript())
 	{
+		return WrongUsage;
+	}
+	if (const FString Complaint = ConnectionChoice::Select(Options); !Complaint.IsEmpty())
+	{
+		Fail(Complaint);
 		return WrongUsage;
 	}
 	if (Options.Now.IsSet())
@@ -544,6 +555,11 @@ int32 FDesktopProgram::Run()
 	{
 		Draft = MakeUnique<FDraftKeeper>(Velmora::GetStoreLocation().GetDraftPath());
 	}
+	// Where nobody watches, nobody can be asked.
+	Velmora::FBuiltInAgentOptions AgentOptions = Velmora::GetBuiltInAgentOptions();
+	AgentOptions.bCanAsk = !Options.Prompt.IsSet() && (!Options.ScriptFile.IsEmpty() || bHasDisplay);
+	AgentOptions.AllowedCalls = Options.AllowedCalls;
+	Velmora::SetBuiltInAgentOptions(AgentOptions);
 	const int32 Result = Options.HasAction() ? RunActions() : (bHasDisplay ? RunWindow() : RunLines());
 
 	// In the order in which an editor goes down: tabs, modules, threads, window.

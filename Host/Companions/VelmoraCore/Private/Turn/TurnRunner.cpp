@@ -2,6 +2,7 @@
 
 #include "Text/Utf8Text.h"
 #include "Turn/LocalTurnRunner.h"
+#include "Turn/ModelTurnRunner.h"
 
 namespace Velmora
 {
@@ -30,6 +31,10 @@ namespace Velmora
 		if (Utf8Text::Trim(Input.Prompt).empty())
 		{
 			return std::make_unique<FBlankPromptRunner>();
+		}
+		if (std::optional<FModelConnection> Connection = GetSelectedModel())
+		{
+			return std::make_unique<FModelTurnRunner>(std::move(Connection.value()));
 		}
 		return std::make_unique<FLocalTurnRunner>();
 	}

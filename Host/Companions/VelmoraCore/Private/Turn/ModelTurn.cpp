@@ -1,0 +1,384 @@
+#include "Turn/ModelTurn.h"
+
+#include <algorithm>
+#include <mutex>
+
+#include "Agent/Transcript.h"
+#include "Http/WebAddress.h"
+#include "Text/Utf8Text.h"
+#include "Text/WireText.h"
+#include "Turn/ModelPrompt.h"
+
+namespace Velmora
+{
+	namespace
+	{
+		constexpr int MaxTries = 4;
+
+		/** A server that asks to wait longer than this is told to the user instead. */
+		constexpr double MaxWaitSeconds = 60.0;
+
+		/** How many bytes a token has at least, as text and code go. */
+		constexpr size_t BytesPerToken = 3;
+
+		/** Without a figure of the server's: what most models take. */
+		constexpr size_t UnknownContextBytes = 400 * 1024;
+
+		/** Consents of this process, by project, subject and tool. */
+		class FConsents
+		{
+		public:
+			bool Has(const std::string& Subject)
+			{
+				const std::scoped_lock Lock(Mutex);
+				return Given.count(Subject) > 0;
+			}
+			void Add(const std::string& Subject)
+			{
+				const std::scoped_lock Lock(Mutex);
+				Given.insert(Subject);
+			}
+
+		private:
+			std::mutex Mutex;
+			std::set<std::string> Given;
+		};
+
+		FConsents& GetConsents()
+		{
+			static FConsents Consents;
+			return Consents;
+		}
+	}
+
+	FModelTurn::FModelTurn(
+		const FModelConnection& InConnection, const FTurnInput& InInput, FTurnControl& InControl, const ITurnRunner::FReportSink& InSink)
+		: Connection(InConnection)
+		, Input(InInput)
+		, Control(InControl)
+		, Sink(InSink)
+		, Files(InInput.ProjectFolder)
+		, Tools(Files, InInput.IsAdvisor() ? nullptr : InInput.Journal.get(), InInput.TransactionId,
+			  [&InControl] { return InControl.IsCancelled(); })
+		, Client(Dialect, InConnection.Server)
+	{
+		Control.SetCancelHook([this] { Client.Cancel(); });
+	}
+
+	FModelTurn::~FModelTurn()
+	{
+		Control.SetCancelHook(nullptr);
+	}
+
+	void FModelTurn::Tell(ETurnReportKind Kind, std::string_view Text)
+	{
+		FTurnReport Report;
+		Report.Kind = Kind;
+		Report.Text = Utf8Text::ToString(Text);
+		Sink(std::move(Report));
+	}
+
+	void FModelTurn::TellAnswer(const std::string& Text, bool bHasToolCalls)
+	{
+		FTurnReport Report;
+		Report.Kind = ETurnReportKind::Answer;
+		Report.Text = Utf8Text::ToString(Text);
+		Report.bHasToolCalls = bHasToolCalls;
+		Sink(std::move(Report));
+	}
+
+	void FModelTurn::Fail(const std::string& Text)
+	{
+		Tell(ETurnReportKind::Failed, Text);
+	}
+
+	std::string FModelTurn::Describe(const FModelProblem& Problem) const
+	{
+		return DescribeProblem(Problem, Connection.Server, Request.Model.empty() ? Connection.Model : Request.Model);
+	}
+
+	void FModelTurn::Run()
+	{
+		if (!Files.IsAvailable())
+		{
+			Fail("The project folder cannot be opened. Check that it still exists, then send the message again.");
+			return;
+		}
+		if (!AskToConnect() || !PickModel() || !MakeMessages())
+		{
+			return;
+		}
+		for (int Round = 1;; ++Round)
+		{
+			FModelReply Reply;
+			if (!AskForMoreRounds(Round) || !Control.WaitUntilRunning() || !AskModel(Reply))
+			{
+				return;
+			}
+			if (Reply.Calls.empty())
+			{
+				TellAnswer(Reply.Text, false);
+				break;
+			}
+			// Stored before anything is done, so that whatever happens to the turn the calls are known.
+			TellAnswer(Reply.Text, true);
+			FTurnReport Traffic;
+			Traffic.Kind = ETurnReportKind::ToolTraffic;
+			Traffic.Text = Transcript::WriteCalls(Reply.Calls);
+			Sink(std::move(Traffic));
+			BeginRound(Round, Reply);
+			if (!RunCalls(Reply))
+			{
+				return;
+			}
+		}
+		if (Control.WaitUntilRunning())
+		{
+			Tell(ETurnReportKind::Finished, std::string_view());
+		}
+	}
+
+	bool FModelTurn::AskOnce(const FTurnQuestion& Question, FPermissionAnswer& OutAnswer)
+	{
+		const std::string Key = Input.ProjectFolder + '\n' + Question.Tool + '\n' + Question.Subject;
+		if (GetConsents().Has(Key))
+		{
+			OutAnswer.Decision.Kind = EDecision::AllowedOnce;
+			return true;
+		}
+		OutAnswer = AskUser(Input, Control, Sink, Question);
+		if (OutAnswer.Decision.IsAllowed())
+		{
+			GetConsents().Add(Key);
+		}
+		return OutAnswer.Decision.Kind != EDecision::Stopped;
+	}
+
+	bool FModelTurn::AskToConnect()
+	{
+		FWebAddress Address;
+		std::string Problem;
+		if (!FWebAddress::Parse(Connection.Server.BaseUrl, Address, Problem))
+		{
+			Fail(Problem);
+			return false;
+		}
+		if (Address.IsLoopback())
+		{
+			return true;
+		}
+		FTurnQuestion Question;
+		Question.Tool = "connect";
+		Question.Subject = Address.GetOrigin();
+		Question.Text = "May this project be sent to **" + Address.GetOrigin() +
+			"**? What leaves this machine: your messages, the files that you attach, whatever the model reads with its tools, the "
+			"texts about the project and AGENTS.md.";
+		if (!Address.IsEncrypted())
+		{
+			Question.Text += " **The connection is not encrypted**: everybody on the way can read it, the key included.";
+		}
+		FPermissionAnswer Answer;
+		if (!AskOnce(Question, Answer))
+		{
+			return false;
+		}
+		if (!Answer.Decision.IsAllowed())
+		{
+			Fail("Nothing was sent to " + Address.GetOrigin() + ": " + Answer.Why + ".");
+			return false;
+		}
+		return true;
+	}
+
+	bool FModelTurn::PickModel()
+	{
+		Request.Model = Connection.Model;
+		Request.Options = Connection.Options;
+		if (!Request.Model.empty())
+		{
+			return true;
+		}
+		std::vector<FModelInfo> Models;
+		const FModelProblem Problem = Client.ListModels(Models);
+		if (Control.IsCancelled())
+		{
+			return false;
+		}
+		if (Problem || Models.empty())
+		{
+			Fail(Problem ? Describe(Problem) : "The server lists no model. Load one there, or name one in the connection.");
+			return false;
+		}
+		Request.Model = Models.front().Id;
+		return true;
+	}
+
+	bool FModelTurn::AskForBackground(const std::string& Background, bool& bOutIsAllowed)
+	{
+		// Some of it may have come with the project rather than from this user.
+		const std::string Hash = std::to_string(std::hash<std::string>()(Background));
+		FTurnQuestion Question;
+		Question.Tool = "background";
+		Question.Subject = Hash;
+		Question.Text = "May the model be told this about the project? It comes from the project's settings and its AGENTS.md, so somebody "
+						"else may have written it.\n\n````\n" +
+			Utf8Text::Shorten(Background, 4000) + "\n````";
+		FPermissionAnswer Answer;
+		if (!AskOnce(Question, Answer))
+		{
+			return false;
+		}
+		bOutIsAllowed = Answer.Decision.IsAllowed();
+		return true;
+	}
+
+	bool FModelTurn::MakeMessages()
+	{
+		for (const FToolRow& Row : FToolBox::GetRows())
+		{
+			if (!Input.IsAdvisor() || FToolBox::IsReading(Row.Kind))
+			{
+				Request.Tools.push_back({ std::string(Row.Name), std::string(Row.Description), std::string(Row.Parameters) });
+			}
+		}
+		const std::string Background = ModelPrompt::MakeBackground(Input, Files);
+		bool bHasBackground = false;
+		if (!Background.empty() && !AskForBackground(Background, bHasBackground))
+		{
+			return false;
+		}
+		std::vector<FModelMessage>& Messages = Request.Messages;
+		Messages.push_back({ EModelRole::System, ModelPrompt::MakeInstructions(Input, true), {}, {} });
+		if (bHasBackground)
+		{
+			Messages.push_back({ EModelRole::User, Background, {}, {} });
+		}
+		for (FModelMessage& Message : Transcript::Read(Input.Transcript))
+		{
+			Transcript::Append(Messages, std::move(Message));
+		}
+		const std::string Prompt = ModelPrompt::MakeAttachments(Input, Files, Tools) + Input.Prompt;
+		Transcript::Append(Messages, { EModelRole::User, Prompt, {}, {} });
+
+		const size_t MaxBytes =
+			Connection.ContextTokens > 0 ? static_cast<size_t>(Connection.ContextTokens) * BytesPerToken * 4 / 5 : UnknownContextBytes * 8;
+		if (Transcript::Shorten(Messages, MaxBytes).IsAny())
+		{
+			Tell(ETurnReportKind::Step,
+				"The conversation is longer than the model can take: its oldest parts are left out. All of it is kept.");
+		}
+		return true;
+	}
+
+	bool FModelTurn::AskForMoreRounds(int Round)
+	{
+		if ((Round - 1) % Connection.MaxRounds != 0 || Round == 1)
+		{
+			return true;
+		}
+		FTurnQuestion Question;
+		Question.Tool = "rounds";
+		Question.Subject = std::to_string(Connection.MaxRounds);
+		Question.Text = "The model has been asked " + std::to_string(Round - 1) + " times in this turn. May it go on?";
+		Question.bMayBeRemembered = false;
+		const FPermissionAnswer Answer = AskUser(Input, Control, Sink, Question);
+		if (Answer.Decision.Kind != EDecision::Stopped && !Answer.Decision.IsAllowed())
+		{
+			Fail("The turn was ended after " + std::to_string(Round - 1) + " rounds: " + Answer.Why + ". What was done is kept.");
+		}
+		return Answer.Decision.IsAllowed();
+	}
+
+	bool FModelTurn::AskModel(FModelReply& OutReply)
+	{
+		for (int Try = 1;;)
+		{
+			OutReply = Client.Ask(Request);
+			if (Control.IsCancelled())
+			{
+				return false;
+			}
+			switch (Mend(OutReply, Try))
+			{
+			case ENext::Again:
+				continue;
+			case ENext::Give:
+				return true;
+			case ENext::Over:
+				return false;
+			}
+		}
+	}
+
+	FModelTurn::ENext FModelTurn::Mend(FModelReply& Reply, int& Try)
+	{
+		const FModelProblem& Problem = Reply.Problem;
+		const bool bHasNothing = Reply.Text.empty() && Reply.Calls.empty();
+		// 1. An answer in order.
+		const bool bIsCut = Reply.Finish == EModelFinish::Length || Reply.Finish == EModelFinish::Filtered;
+		if (!Problem && !bIsCut && !bHasNothing)
+		{
+			return ENext::Give;
+		}
+
+		// 2. What another request can do without.
+		if (Problem.Fault == EModelFault::NoUsage && Request.bAsksForUsage)
+		{
+			Request.bAsksForUsage = false;
+			return ENext::Again;
+		}
+		if (Problem.Fault == EModelFault::NoTools && !Request.Tools.empty() && bHasNothing)
+		{
+			Request.Tools.clear();
+			Request.Messages.front().Text = ModelPrompt::MakeInstructions(Input, false);
+			Tell(ETurnReportKind::Step, "This model cannot use tools: it answers without looking at the project.");
+			return ENext::Again;
+		}
+		if (Problem.Fault == EModelFault::ContextFull && bHasNothing && MakeRoom(Problem))
+		{
+			return ENext::Again;
+		}
+
+		// 3. What passes.
+		const bool bPasses = Problem.Fault == EModelFault::RateLimited || Problem.Fault == EModelFault::Overloaded;
+		const double Wait = Problem.RetryAfterSeconds >= 0.0 ? Problem.RetryAfterSeconds : static_cast<double>(1 << (Try - 1));
+		if (bPasses && bHasNothing && Try < MaxTries && Wait <= MaxWaitSeconds)
+		{
+			++Try;
+			Tell(ETurnReportKind::Step,
+				std::string(
+					Problem.Fault == EModelFault::RateLimited ? "The server takes no more requests for now" : "The server is overloaded") +
+					"; trying again in " + std::to_string(static_cast<int>(Wait)) + " s (try " + std::to_string(Try) + " of " +
+					std::to_string(MaxTries) + ").");
+			return Control.Sleep(Wait) && Control.WaitUntilRunning() ? ENext::Again : ENext::Over;
+		}
+
+		// 4. What was said is kept; calls of half an answer are never run.
+		if (!Reply.Text.empty())
+		{
+			TellAnswer(Reply.Text, false);
+		}
+		Fail(Problem ? Describe(Problem)
+				: Reply.Finish == EModelFinish::Length
+				? "The answer was cut: no room was left for it. Ask for less at a time, or raise the limit of the model."
+				: Reply.Finish == EModelFinish::Filtered
+				? "The server held the rest of the answer back. Ask in other words."
+				: "The model gave an empty answer. Send the message again, or pick another model.");
+		return ENext::Over;
+	}
+
+	bool FModelTurn::MakeRoom(const FModelProblem& Problem)
+	{
+		// At least a quarter less each time, so that the same refusal cannot come for ever.
+		const size_t Now = Transcript::Measure(Request.Messages);
+		const size_t Room = Problem.ContextTokens > 0 ? static_cast<size_t>(Problem.ContextTokens) * BytesPerToken * 3 / 4 : Now;
+		if (!Transcript::Shorten(Request.Messages, std::min(Room, Now * 3 / 4)).IsAny() ||
+			Transcript::Measure(Request.Messages) > Now * 9 / 10)
+		{
+			return false;
+		}
+		Tell(
+			ETurnReportKind::Step, "The conversation is longer than the model can take: its oldest parts are left out. All of it is kept.");
+		return true;
+	}
+}

@@ -1,0 +1,87 @@
+#pragma once
+
+#include <set>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "Agent/ModelConnection.h"
+#include "Model/ChatCompletions.h"
+#include "Model/ModelClient.h"
+#include "Tools/ProjectFiles.h"
+#include "Tools/ToolBox.h"
+#include "Turn/TurnPermissions.h"
+#include "Turn/TurnRunner.h"
+
+namespace Velmora
+{
+	/** One turn with a language model, on a worker. */
+	class FModelTurn
+	{
+	public:
+		FModelTurn(const FModelConnection& InConnection, const FTurnInput& InInput, FTurnControl& InControl,
+			const ITurnRunner::FReportSink& InSink);
+		~FModelTurn();
+		FModelTurn(const FModelTurn&) = delete;
+		FModelTurn& operator=(const FModelTurn&) = delete;
+
+		/** Ends with Finished or Failed, or with nothing when cancelled. */
+		void Run();
+
+	private:
+		// Each of these returns false when the turn is over; the caller then returns at once.
+		bool AskToConnect();
+		bool AskForBackground(const std::string& Background, bool& bOutIsAllowed);
+		bool PickModel();
+		bool MakeMessages();
+		bool AskModel(FModelReply& OutReply);
+		bool AskForMoreRounds(int Round);
+		bool RunCalls(FModelReply& Reply);
+		bool RunCall(const FModelCall& Call, std::string& OutText);
+
+		/** Asks for consent that holds for this process when it is given once. */
+		bool AskOnce(const FTurnQuestion& Question, FPermissionAnswer& OutAnswer);
+
+		enum class ENext
+		{
+			Again,
+			Give, // What came is the answer.
+			Over
+		};
+		/** What to do about an answer with a problem. */
+		ENext Mend(FModelReply& Reply, int& Try);
+		bool MakeRoom(const FModelProblem& Problem);
+
+		void BeginRound(int Round, const FModelReply& Reply);
+		void TellPlan(FAgentPlan&& Plan);
+		void TellToolStart(const FToolRow& Row, const FToolArguments& Arguments, FTurnReport& OutStart);
+
+		/** What a row of the chat is called: unique in its step, since a second one of the same name would not be shown. */
+		std::vector<std::pair<std::string_view, std::string>> MakeRowParameters(const FToolRow& Row, const FToolArguments& Arguments);
+
+		void Tell(ETurnReportKind Kind, std::string_view Text);
+		void TellAnswer(const std::string& Text, bool bHasToolCalls);
+		void Fail(const std::string& Text);
+		std::string Describe(const FModelProblem& Problem) const;
+
+		const FModelConnection& Connection;
+		const FTurnInput& Input;
+		FTurnControl& Control;
+		const ITurnRunner::FReportSink& Sink;
+		const FProjectFiles Files;
+		FToolBox Tools;
+		const FChatCompletions Dialect;
+		FModelClient Client;
+		FModelRequest Request;
+
+		/** What the user said instead of agreeing; told to the model behind the results of the round. */
+		std::string UserWords;
+		std::set<std::string> RowNames;
+		FAgentPlan Plan;
+		int ToolCount = 0;
+	};
+
+	/** A condensed JSON object of texts. Pure. */
+	FString MakeJsonObject(const std::vector<std::pair<std::string_view, std::string>>& Fields);
+}

@@ -1,0 +1,20 @@
+#pragma once
+
+#include "Agent/ModelConnection.h"
+#include "Turn/TurnRunner.h"
+
+namespace Velmora
+{
+	/** Lets a language model answer: it is asked, its tools are run, it is asked again, until it calls no more. */
+	class FModelTurnRunner : public ITurnRunner
+	{
+	public:
+		explicit FModelTurnRunner(FModelConnection InConnection);
+
+		virtual bool NeedsTranscript() const override { return true; }
+		virtual void Run(const FTurnInput& Input, FTurnControl& Control, const FReportSink& Sink) override;
+
+	private:
+		const FModelConnection Connection;
+	};
+}

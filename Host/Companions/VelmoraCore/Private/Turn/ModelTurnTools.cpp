@@ -1,0 +1,248 @@
+#include "Turn/ModelTurn.h"
+
+#include <algorithm>
+
+#include <rapidjson/document.h>
+#include <rapidjson/stringbuffer.h>
+#include <rapidjson/writer.h>
+
+#include "Agent/Transcript.h"
+#include "Text/Utf8Text.h"
+
+// The calls of a model: carried out one after the other, shown as rows, their results kept for the next request.
+
+namespace Velmora
+{
+	namespace
+	{
+		constexpr size_t MaxStepCharacters = 80;
+		constexpr size_t MaxRowCharacters = 60;
+
+		/** Some models give the text of an object as one text. */
+		std::string UnwrapText(const std::string& Json)
+		{
+			const size_t Start = Json.find_first_not_of(" \t\r\n");
+			if (Start == std::string::npos || Json[Start] != '"')
+			{
+				return Json;
+			}
+			rapidjson::Document Parsed;
+			Parsed.Parse<rapidjson::kParseIterativeFlag>(Json.data(), Json.size());
+			return !Parsed.HasParseError() && Parsed.IsString() ? std::string(Parsed.GetString(), Parsed.GetStringLength()) : Json;
+		}
+
+		/** The front end takes a path's folders and ending away, so in other words a name is made of letters and blanks. */
+		std::string MakePlainWords(std::string_view Path)
+		{
+			std::string Words(Path.substr(Path.find_last_of('/') + 1));
+			std::replace(Words.begin(), Words.end(), '.', ' ');
+			return Words;
+		}
+
+		std::string_view GetStem(std::string_view Path)
+		{
+			const std::string_view Name = Path.substr(Path.find_last_of('/') + 1);
+			return Name.substr(0, Name.find_last_of('.'));
+		}
+	}
+
+	FString MakeJsonObject(const std::vector<std::pair<std::string_view, std::string>>& Fields)
+	{
+		rapidjson::StringBuffer Buffer;
+		rapidjson::Writer<rapidjson::StringBuffer> Writer(Buffer);
+		Writer.StartObject();
+		for (const auto& [Name, Value] : Fields)
+		{
+			Writer.Key(Name.data(), static_cast<rapidjson::SizeType>(Name.size()));
+			const std::string Text = Utf8Text::Sanitise(Value);
+			Writer.String(Text.data(), static_cast<rapidjson::SizeType>(Text.size()));
+		}
+		Writer.EndObject();
+		return Utf8Text::ToString(std::string_view(Buffer.GetString(), Buffer.GetSize()));
+	}
+
+	void FModelTurn::BeginRound(int Round, const FModelReply& Reply)
+	{
+		// A step of the plan says for itself what goes on.
+		if (Round == 1 || !Plan.IsEmpty())
+		{
+			return;
+		}
+		const std::string_view Said = Utf8Text::Trim(Reply.Text);
+		std::string What = Utf8Text::Shorten(Said.substr(0, Said.find('\n')), MaxStepCharacters);
+		if (What.empty())
+		{
+			const FToolRow* const Row = FToolBox::Find(Reply.Calls.front().Name);
+			What = Row && !FToolBox::IsReading(Row->Kind) ? "changing files" : "looking further";
+		}
+		RowNames.clear();
+		Tell(ETurnReportKind::Step, "Executing step " + std::to_string(Round) + ": " + What);
+	}
+
+	void FModelTurn::TellPlan(FAgentPlan&& NewPlan)
+	{
+		const auto FindRunning = [](const FAgentPlan& Which)
+		{
+			const auto Found = std::find_if(
+				Which.Steps.begin(), Which.Steps.end(), [](const FPlanStep& Step) { return Step.Status == EPlanStepStatus::Running; });
+			return static_cast<size_t>(Found - Which.Steps.begin());
+		};
+		const size_t Before = Plan.IsEmpty() ? std::string::npos : FindRunning(Plan);
+		Plan = std::move(NewPlan);
+		const size_t Now = FindRunning(Plan);
+		FTurnReport Report;
+		Report.Kind = ETurnReportKind::Plan;
+		Report.Text = TEXT("The plan has changed.");
+		Report.Plan = Plan;
+		Sink(std::move(Report));
+		if (Now != Before && Now < Plan.Steps.size())
+		{
+			RowNames.clear();
+			Tell(ETurnReportKind::Step,
+				"Executing step " + std::to_string(Now + 1) + ": " + Utf8Text::Shorten(Plan.Steps[Now].Text, MaxStepCharacters));
+		}
+	}
+
+	bool FModelTurn::RunCalls(FModelReply& Reply)
+	{
+		FModelMessage Said = { EModelRole::Assistant, Reply.Text, {}, {} };
+		std::vector<FModelMessage> Results;
+		for (const FModelCall& Call : Reply.Calls)
+		{
+			std::string Text;
+			if (!UserWords.empty())
+			{
+				Text = "Not done: the user has changed the course meanwhile.";
+			}
+			else if (!RunCall(Call, Text))
+			{
+				return false;
+			}
+			if (Reply.DroppedCalls > 0 && &Call == &Reply.Calls.back())
+			{
+				Text += "\n[" + std::to_string(Reply.DroppedCalls) + " further calls were left out; make fewer at a time.]";
+			}
+			FTurnReport Traffic;
+			Traffic.Kind = ETurnReportKind::ToolTraffic;
+			Traffic.Text = Transcript::WriteResult(Call.Id, Text);
+			Sink(std::move(Traffic));
+			Results.push_back({ EModelRole::Tool, std::move(Text), {}, Call.Id });
+		}
+		Said.Calls = std::move(Reply.Calls);
+		Request.Messages.push_back(std::move(Said));
+		for (FModelMessage& Result : Results)
+		{
+			Request.Messages.push_back(std::move(Result));
+		}
+		if (!UserWords.empty())
+		{
+			Request.Messages.push_back({ EModelRole::User, std::exchange(UserWords, std::string()), {}, {} });
+		}
+		return true;
+	}
+
+	bool FModelTurn::RunCall(const FModelCall& Call, std::string& OutText)
+	{
+		if (!Control.WaitUntilRunning())
+		{
+			return false;
+		}
+		// 1. What cannot be run is told to the model, and is no row.
+		const FToolRow* const Row = FToolBox::Find(Call.Name);
+		FToolArguments Arguments;
+		std::string Problem =
+			Call.bIsTooLarge ? std::string("the arguments are larger than 4 MiB; write the file in parts") : std::string();
+		if (Problem.empty())
+		{
+			FToolArguments::Parse(UnwrapText(Call.Arguments), Arguments, Problem);
+		}
+		if (!Row || !Problem.empty())
+		{
+			OutText = Row ? "Not done: " + Problem + "." : Tools.Run(Call.Name, Arguments).Text;
+			return true;
+		}
+
+		// 2. The plan is shown in a place of its own.
+		if (Row->Kind == EToolKind::Plan)
+		{
+			FToolResult Result = Tools.Run(Call.Name, Arguments);
+			OutText = Result.Text;
+			if (Result.bSuccess)
+			{
+				TellPlan(std::move(Result.Plan));
+			}
+			return true;
+		}
+
+		// 3. The tool itself, again when the user has agreed to what it does.
+		FTurnReport End;
+		TellToolStart(*Row, Arguments, End);
+		FToolResult Result = Tools.Run(Call.Name, Arguments);
+		if (Result.Question && !Control.IsCancelled())
+		{
+			FTurnQuestion Question;
+			Question.Tool = Row->Name;
+			Question.Subject = Result.Question->Subject;
+			Question.Text = Result.Question->Reason + (Result.Question->Details.empty() ? "" : "\n\n" + Result.Question->Details);
+			FPermissionAnswer Answer = AskUser(Input, Control, Sink, Question);
+			if (Answer.Decision.Kind == EDecision::Stopped)
+			{
+				return false;
+			}
+			if (Answer.Decision.IsAllowed())
+			{
+				Result = Tools.Run(Call.Name, Arguments, true);
+			}
+			else
+			{
+				Result.Sentence = "Not done: " + Answer.Why;
+				Result.Text = "Not done: the user was asked and has not agreed (" + Answer.Why + "). Do not try it again in other ways.";
+				UserWords = std::move(Answer.Decision.Words);
+			}
+		}
+		if (Control.IsCancelled() || (Input.MinimumToolSeconds > 0.0 && !Control.Sleep(Input.MinimumToolSeconds)))
+		{
+			return false;
+		}
+		End.Kind = ETurnReportKind::ToolCompleted;
+		End.bSuccess = Result.bSuccess;
+		End.Text = Utf8Text::ToString(Result.Sentence);
+		Sink(std::move(End));
+		OutText = Result.Text.empty() ? Result.Sentence + "." : std::move(Result.Text);
+		return true;
+	}
+
+	void FModelTurn::TellToolStart(const FToolRow& Row, const FToolArguments& Arguments, FTurnReport& OutStart)
+	{
+		OutStart.Kind = ETurnReportKind::ToolStarted;
+		OutStart.ToolId = Utf8Text::ToString(Input.ToolIdPrefix + '-' + std::to_string(++ToolCount));
+		OutStart.ToolName = Utf8Text::ToString(Row.Name);
+		OutStart.Parameters = MakeJsonObject(MakeRowParameters(Row, Arguments));
+		OutStart.Metadata =
+			MakeJsonObject({ { "operation_type", std::string(Row.Operation) }, { "data_type", std::string(Row.DataType) } });
+		Sink(FTurnReport(OutStart));
+	}
+
+	std::vector<std::pair<std::string_view, std::string>> FModelTurn::MakeRowParameters(
+		const FToolRow& Row, const FToolArguments& Arguments)
+	{
+		const std::string Subject = Utf8Text::Shorten(Utf8Text::Sanitise(FToolBox::GetSubject(Arguments)), 200);
+		const bool bIsPath = Arguments.Has("path") && Subject == Utf8Text::Sanitise(Arguments.GetText("path"));
+		const auto IsNew = [&](std::string_view Name)
+		{ return RowNames.insert(std::string(Row.Operation) + ' ' + std::string(Name)).second; };
+		if (bIsPath && IsNew(GetStem(Subject)))
+		{
+			return { { "path", Subject } };
+		}
+		const std::string Words = Utf8Text::Shorten(bIsPath ? MakePlainWords(Subject)
+				: Subject.empty()							? std::string("the project")
+															: MakePlainWords(Subject),
+			MaxRowCharacters);
+		std::string Name = Words;
+		for (int Number = 2; !IsNew(Name); ++Number)
+		{
+			Name = Words + ' ' + std::to_string(Number);
+		}
+		return { { "display_text", Name } };
+	}
+}

@@ -1,0 +1,89 @@
+#include "ConnectionChoice.h"
+
+#include "ConversationPrinter.h"
+#include "DesktopOptions.h"
+#include "Host/AgentConnections.h"
+
+namespace
+{
+	/** With --server: named for nothing else, so that no key goes where it was not meant to go. */
+	const TCHAR* ServerKeyVariable = TEXT("VELMORA_SERVER_KEY");
+
+	/** The connection that the options name; false with a sentence, or with none when they name none. */
+	bool FindChosen(const FDesktopOptions& Options, Velmora::FAgentConnection& OutConnection, FString& OutProblem)
+	{
+		if (!Options.Server.IsEmpty())
+		{
+			OutConnection.Name = Options.Server;
+			OutConnection.Url = Options.Server;
+			OutConnection.KeyVariable = ServerKeyVariable;
+		}
+		else if (!Options.Connection.IsEmpty())
+		{
+			const TArray<Velmora::FAgentConnection> Known = Velmora::FAgentConnections::List(OutProblem);
+			const Velmora::FAgentConnection* const Found =
+				Known.FindByPredicate([&Options](const Velmora::FAgentConnection& Item) { return Item.Name.Equals(Options.Connection); });
+			if (!Found)
+			{
+				OutProblem = OutProblem.IsEmpty()
+					? FString::Printf(TEXT("There is no connection \"%s\". --list-connections shows those there are."), *Options.Connection)
+					: OutProblem;
+				return false;
+			}
+			OutConnection = *Found;
+		}
+		else
+		{
+			return false;
+		}
+		if (!Options.Model.IsEmpty())
+		{
+			OutConnection.Model = Options.Model;
+		}
+		OutProblem = Velmora::FAgentConnections::Check(OutConnection);
+		return OutProblem.IsEmpty();
+	}
+}
+
+FString ConnectionChoice::Select(const FDesktopOptions& Options)
+{
+	Velmora::FAgentConnection Connection;
+	FString Problem;
+	if (FindChosen(Options, Connection, Problem))
+	{
+		Velmora::FAgentConnections::Select(Connection);
+	}
+	return Problem;
+}
+
+int32 ConnectionChoice::List(const FDesktopOptions& Options)
+{
+	FString Problem;
+	TArray<FString> Lines;
+	if (Options.bListModels)
+	{
+		Velmora::FAgentConnection Connection;
+		if (FindChosen(Options, Connection, Problem))
+		{
+			Velmora::FAgentConnections::ListModels(Connection, Lines, Problem);
+		}
+	}
+	else
+	{
+		for (const Velmora::FAgentConnection& Connection : Velmora::FAgentConnections::List(Problem))
+		{
+			Lines.Add(
+				Connection.Name + TEXT("  ") + Connection.Url + (Connection.Model.IsEmpty() ? FString() : TEXT("  ") + Connection.Model));
+		}
+	}
+	for (const FString& Line : Lines)
+	{
+		PrintToStandardOutput(Line + TEXT("\n"));
+	}
+	if (!Problem.IsEmpty())
+	{
+		PrintToStandardError(TEXT("velmora: ") + Problem + TEXT("\n"));
+		return 1;
+	}
+	return 0;
+}
