@@ -90,9 +90,8 @@ namespace
 	public:
 		explicit FOpenTab(TFunctionRef<void(const FString& Database)> FillStore)
 		{
-			FString Problem;
 			const Velmora::FStoreLocation Location = Velmora::GetStoreLocation();
-			Velmora::MakePrivateFolder(Location.Folder, Problem);
+			(void)Velmora::MakePrivateFolder(Location.Folder);
 			FillStore(Location.GetDatabasePath());
 			DockTab = SNew(SDockTab).TabRole(ETabRole::NomadTab);
 			Tab = SNew(SVelmoraTab, DockTab.ToSharedRef());

@@ -15,7 +15,6 @@
 
 // The conversation store on the disk that holds the working folder: run it where the user's data would lie, not in memory.
 
-using Velmora::EStoreResult;
 using Velmora::FConversationMessage;
 using Velmora::FConversationMetadata;
 using Velmora::FConversationStore;
@@ -85,17 +84,15 @@ namespace
 	{
 		const FBenchmarkFolder Folder;
 		Fill(Folder.GetDatabase(), 1000, 4);
-		const TSharedRef<FConversationStore> Store = MakeShared<FConversationStore>(Folder.GetDatabase());
+		const TSharedRef<FConversationStore> Store = MakeShared<FConversationStore>(HostFileNameToBytes(Folder.GetDatabase()));
 		Store->Check(); // As an agent has it done when it starts.
 		FConversationMetadata Conversation;
 		Conversation.Id = TEXT("measured");
 		std::vector<double> Milliseconds;
-		FString Problem;
 		for (auto _ : State)
 		{
 			Conversation.Messages.Add(MakeMessage(Conversation.Messages.Num()));
-			Measure(State, Milliseconds,
-				[&] { return Store->Append(Conversation, Conversation.Messages.Num() - 1, Problem) == EStoreResult::Done; });
+			Measure(State, Milliseconds, [&] { return Store->Append(Conversation, Conversation.Messages.Num() - 1).IsDone(); });
 		}
 		Report(State, Milliseconds);
 	}
@@ -105,16 +102,13 @@ namespace
 	{
 		const FBenchmarkFolder Folder;
 		Fill(Folder.GetDatabase(), 1000, 4);
-		const TSharedRef<FConversationStore> Store = MakeShared<FConversationStore>(Folder.GetDatabase());
+		const TSharedRef<FConversationStore> Store = MakeShared<FConversationStore>(HostFileNameToBytes(Folder.GetDatabase()));
 		Store->Check();
 		std::vector<double> Milliseconds;
-		FString Problem;
-		int64 Key = 0;
 		for (auto _ : State)
 		{
 			const FConversationMessage Message = MakeMessage(static_cast<int32>(Milliseconds.size()));
-			Measure(State, Milliseconds,
-				[&] { return Store->AppendMessage(FMadeStore::GetConversationId(5), Message, Key, Problem) == EStoreResult::Done; });
+			Measure(State, Milliseconds, [&] { return Store->AppendMessage(FMadeStore::GetConversationId(5), Message).IsDone(); });
 		}
 		Report(State, Milliseconds);
 	}
@@ -123,7 +117,7 @@ namespace
 	{
 		const FBenchmarkFolder Folder;
 		Fill(Folder.GetDatabase(), 10'000, 4);
-		const FString Database = Folder.GetDatabase();
+		const std::string Database = HostFileNameToBytes(Folder.GetDatabase());
 		std::vector<double> Milliseconds;
 		for (auto _ : State)
 		{
@@ -131,8 +125,7 @@ namespace
 				[&]
 				{
 					TArray<FConversationMetadata> Summaries;
-					bool bIsDamaged = false;
-					return FConversationStore::ReadSummaries(Database, Summaries, bIsDamaged) && Summaries.Num() == 10'000;
+					return FConversationStore::ReadSummaries(Database, Summaries) && Summaries.Num() == 10'000;
 				});
 		}
 		Report(State, Milliseconds);
@@ -144,14 +137,13 @@ namespace
 		const FBenchmarkFolder Folder;
 		Fill(Folder.GetDatabase(), 10'000, 4);
 		std::vector<double> Milliseconds;
-		FString Problem;
 		for (auto _ : State)
 		{
 			FConversationMetadata Conversation;
 			Conversation.Id.AppendInt(static_cast<int32>(Milliseconds.size()));
 			Conversation.Messages.Add(MakeMessage(0));
-			const TSharedRef<FConversationStore> Store = MakeShared<FConversationStore>(Folder.GetDatabase());
-			Measure(State, Milliseconds, [&] { return Store->Append(Conversation, 0, Problem) == EStoreResult::Done; });
+			const TSharedRef<FConversationStore> Store = MakeShared<FConversationStore>(HostFileNameToBytes(Folder.GetDatabase()));
+			Measure(State, Milliseconds, [&] { return Store->Append(Conversation, 0).IsDone(); });
 		}
 		Report(State, Milliseconds);
 	}
@@ -160,17 +152,15 @@ namespace
 	{
 		const FBenchmarkFolder Folder;
 		Fill(Folder.GetDatabase(), 1, 10'000);
-		const TSharedRef<FConversationStore> Store = MakeShared<FConversationStore>(Folder.GetDatabase());
+		const TSharedRef<FConversationStore> Store = MakeShared<FConversationStore>(HostFileNameToBytes(Folder.GetDatabase()));
 		std::vector<double> Milliseconds;
-		FString Problem;
 		for (auto _ : State)
 		{
 			Measure(State, Milliseconds,
 				[&]
 				{
-					FConversationMetadata Conversation;
-					return Store->Load(FMadeStore::GetConversationId(0), Conversation, Problem) == EStoreResult::Done &&
-						Conversation.Messages.Num() == 10'000;
+					const TOutcome<FConversationMetadata> Loaded = Store->Load(FMadeStore::GetConversationId(0));
+					return Loaded && Loaded->Messages.Num() == 10'000;
 				});
 		}
 		Report(State, Milliseconds);
@@ -184,7 +174,7 @@ namespace
 		std::vector<double> Milliseconds;
 		for (auto _ : State)
 		{
-			const TSharedRef<FConversationStore> Store = MakeShared<FConversationStore>(Folder.GetDatabase());
+			const TSharedRef<FConversationStore> Store = MakeShared<FConversationStore>(HostFileNameToBytes(Folder.GetDatabase()));
 			Measure(State, Milliseconds,
 				[&]
 				{

@@ -1,8 +1,8 @@
 #include "MadeStore.h"
 
 #include "Host/HostFileNames.h"
+#include "Host/Sqlite.h"
 #include "Store/ConversationStore.h"
-#include "Store/SqliteConnection.h"
 #include "Store/StoreSchema.h"
 
 #include <cstdio>
@@ -29,11 +29,10 @@ FString FMadeStore::GetConversationId(int32 ConversationNumber)
 
 void FMadeStore::Fill(const FString& Database, int32 ConversationCount, int32 MessageCount, FMakeText MakeText)
 {
-	FString Problem;
-	Velmora::FConversationMetadata None;
-	MakeShared<FConversationStore>(Database)->Load(TEXT("none"), None, Problem); // Makes the file.
+	(void)MakeShared<FConversationStore>(HostFileNameToBytes(Database))->Load(TEXT("none")); // Makes the file.
 	Velmora::FSqliteConnection Connection;
-	bool bIsFilled = Connection.Open(HostFileNameToBytes(Database), false) && Connection.Execute("BEGIN");
+	bool bIsFilled =
+		Velmora::StoreSchema::Open(Connection, HostFileNameToBytes(Database), Velmora::ESqliteAccess::Write) && Connection.Execute("BEGIN");
 	for (int32 Number = 0; Number < ConversationCount; ++Number)
 	{
 		TArray<FConversationMessage> Messages;
@@ -50,8 +49,7 @@ void FMadeStore::Fill(const FString& Database, int32 ConversationCount, int32 Me
 		bIsFilled = bIsFilled && Velmora::StoreSchema::InsertConversation(Connection, Row);
 		for (const FConversationMessage& Message : Messages)
 		{
-			int64 Key = 0;
-			bIsFilled = bIsFilled && Velmora::StoreSchema::AddMessage(Connection, Row.Number, Message, Key);
+			bIsFilled = bIsFilled && Velmora::StoreSchema::AddMessage(Connection, Row.Number, Message);
 		}
 	}
 	if (!bIsFilled || !Connection.Execute("COMMIT") || !Connection.Checkpoint(true))

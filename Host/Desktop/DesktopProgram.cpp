@@ -247,8 +247,7 @@ void FDesktopProgram::StartCodeIndex()
 	FCodeIndexControl::SetProblemHandler([](const FString& Sentence) { FProblemToasts::Tell(Sentence); });
 	const Velmora::FStoreLocation Location = Velmora::GetStoreLocation();
 	// The folder holds conversations as well. What keeps it from being made is told by whoever cannot write there.
-	FString Problem;
-	Velmora::MakePrivateFolder(Location.Folder, Problem);
+	(void)Velmora::MakePrivateFolder(Location.Folder);
 
 	Velmora::CodeIntel::FCodeIndexOptions Wanted;
 	Wanted.ProjectFolder = Velmora::GetProjectFolder();

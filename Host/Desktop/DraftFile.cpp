@@ -40,8 +40,7 @@ namespace
 FDraftFile::FDraftFile(const FString& Path)
 	: Own(Path)
 {
-	FString Reason;
-	bool bIsPossible = Velmora::MakePrivateFolder(FPaths::GetPath(Path), Reason);
+	bool bIsPossible = Velmora::MakePrivateFolder(FPaths::GetPath(Path)).IsDone();
 	for (int32 Number = 1; Number <= MaxPrograms && bIsPossible && Lock < 0; ++Number)
 	{
 		Own = MakeDraftPath(Path, Number);

@@ -3,6 +3,7 @@
 #include "Framework/Application/SlateApplication.h"
 #include "HAL/FileManager.h"
 #include "Host/HostAtomicFile.h"
+#include "Host/HostFileNames.h"
 #include "Host/HostFolders.h"
 #include "Host/HostServices.h"
 #include "Host/HostTextWidget.h"
@@ -157,7 +158,11 @@ void FDraftKeeper::Write()
 			Reason = TEXT("it cannot be deleted");
 		}
 	}
-	else if (Velmora::MakePrivateFolder(FPaths::GetPath(Path), Reason))
+	else if (const FOutcome Made = Velmora::MakePrivateFolder(FPaths::GetPath(Path)); !Made)
+	{
+		Reason = HostFileNameFromBytes(Made.GetWords());
+	}
+	else
 	{
 		const std::string Bytes = EncodeDraft(Current.ToString());
 		HostSaveFile(Path, Bytes.data(), static_cast<int64>(Bytes.size()), HostWritePrivate, Reason);

@@ -1,9 +1,9 @@
 #include "AgentFixture.h"
 
 #include "Host/HostFileNames.h"
+#include "Host/Sqlite.h"
 #include "Host/StoreLocation.h"
 #include "Store/ConversationStore.h"
-#include "Store/SqliteConnection.h"
 #include "Store/StoreNotices.h"
 
 #include <fstream>
@@ -29,14 +29,13 @@ namespace
 		/** Texts in the store, "(missing)" for no such conversation. */
 		static std::vector<std::string> ReadStored(const FString& Id)
 		{
-			Velmora::FConversationMetadata Metadata;
-			FString Problem;
-			const TSharedRef<Velmora::FConversationStore> Other = MakeShared<Velmora::FConversationStore>(StorePath());
-			if (Other->Load(Id, Metadata, Problem) != Velmora::EStoreResult::Done)
+			const TSharedRef<Velmora::FConversationStore> Other = MakeShared<Velmora::FConversationStore>(HostFileNameToBytes(StorePath()));
+			const TOutcome<Velmora::FConversationMetadata> Loaded = Other->Load(Id);
+			if (!Loaded)
 			{
-				return { Problem.IsEmpty() ? "(missing)" : Utf8(Problem) };
+				return { Loaded.Is(EOutcome::Missing) ? "(missing)" : Loaded.GetWords() };
 			}
-			return TextsOf(Metadata);
+			return TextsOf(*Loaded);
 		}
 
 		static std::vector<std::string> TextsOf(const Velmora::FConversationMetadata& Metadata)
@@ -89,8 +88,8 @@ TEST_F(AgentStoring, ABusyStoreRefusesTheMessageInWords)
 {
 	Ask("find Snail");
 	Velmora::FSqliteConnection Other;
-	ASSERT_TRUE(Other.Open(HostFileNameToBytes(StorePath()), false));
-	Other.SetPatience(5000); // The check at the start may be writing.
+	ASSERT_TRUE(Other.Open(HostFileNameToBytes(StorePath()), Velmora::ESqliteAccess::Write));
+	Other.SetTimeout(5000); // The check at the start may be writing.
 	ASSERT_TRUE(Other.Execute("BEGIN IMMEDIATE"));
 	const std::vector<std::string> Before = CurrentTexts();
 	Events.clear();
@@ -112,8 +111,8 @@ TEST_F(AgentStoring, AnAnswerThatCannotBeStoredIsToldAndStoredLater)
 	Velmora::SetBuiltInAgentOptions(Slow);
 	Events.clear();
 	ASSERT_TRUE(Agent->SendMessage(TEXT("find Snail"), {}));
-	ASSERT_TRUE(Other.Open(HostFileNameToBytes(StorePath()), false));
-	Other.SetPatience(5000); // The check at the start may be writing.
+	ASSERT_TRUE(Other.Open(HostFileNameToBytes(StorePath()), Velmora::ESqliteAccess::Write));
+	Other.SetTimeout(5000); // The check at the start may be writing.
 	ASSERT_TRUE(Other.Execute("BEGIN IMMEDIATE"));
 	ASSERT_TRUE(PumpUntil([this] { return HasTurnEnded(); }));
 	EXPECT_FALSE(LastAnswer.empty());
@@ -180,12 +179,10 @@ TEST_F(AgentStoring, WhatWasClearedMeanwhileIsStoredAgain)
 
 	// And what another program has said in it is there when it is opened again.
 	{
-		const TSharedRef<Velmora::FConversationStore> Other = MakeShared<Velmora::FConversationStore>(StorePath());
+		const TSharedRef<Velmora::FConversationStore> Other = MakeShared<Velmora::FConversationStore>(HostFileNameToBytes(StorePath()));
 		Velmora::FConversationMessage Message;
 		Message.Content = TEXT("from elsewhere");
-		int64 Key = 0;
-		FString Problem;
-		ASSERT_EQ(Other->AppendMessage(CurrentId(), Message, Key, Problem), Velmora::EStoreResult::Done);
+		ASSERT_TRUE(Other->AppendMessage(CurrentId(), Message));
 	}
 	ASSERT_TRUE(Agent->LoadConversation(CurrentId()));
 	EXPECT_EQ(CurrentTexts().back(), "from elsewhere");

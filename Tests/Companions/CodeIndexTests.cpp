@@ -279,6 +279,49 @@ TEST_F(CodeIndex, AnExtractorThatFailsOnEverythingEndsTheBuild)
 	EXPECT_NE(Problems.front().find("fails on every file"), std::string::npos) << Problems.front();
 }
 
+TEST_F(CodeIndex, AnExtractorThatAnswersWithNothingOrGarbageIsToldAndTheOldIndexStays)
+{
+	const FLines Kept = { "A.cpp:1 class FKept" };
+	for (const char* const Body :
+		{ "cat > /dev/null < /dev/null\n", "echo 'no tag of ours'\n", "echo '{}'\n", "printf '{\"_type\": \"tag\", \"na'\n" })
+	{
+		SCOPED_TRACE(Body);
+		Options.Extractor.Program = TEXT("ctags");
+		std::filesystem::remove(GetIndexPath());
+		Project.Write("A.cpp", "class FKept { };\n");
+		Project.Write("Note.cpp", "// Nothing in it.\n");
+		OpenAndBuild();
+		ASSERT_EQ(Find("FKept"), Kept);
+		UseScript(Body);
+		Problems.clear();
+		OpenAndBuild();
+		ASSERT_EQ(Problems.size(), 1u);
+		EXPECT_NE(Problems.front().find("A.cpp"), std::string::npos) << Problems.front();
+		EXPECT_NE(Problems.front().find("The earlier index stays in use."), std::string::npos) << Problems.front();
+		EXPECT_EQ(Find("FKept"), Kept);
+
+		// The same for a file that was changed meanwhile.
+		Problems.clear();
+		Project.Write("A.cpp", "class FKept { int New; };\n");
+		Manager().ReconcileFileChangesAsync(nullptr);
+		Settle();
+		Settle();
+		ASSERT_EQ(Problems.size(), 1u);
+		EXPECT_NE(Problems.front().find("A.cpp"), std::string::npos) << Problems.front();
+		EXPECT_EQ(Find("FKept"), Kept);
+	}
+	// Taken out by somebody, with an extractor that works: that is no fault.
+	Options.Extractor.Program = TEXT("ctags");
+	Open();
+	Problems.clear();
+	Project.Write("A.cpp", "// All gone.\n");
+	Manager().ReconcileFileChangesAsync(nullptr);
+	Settle();
+	Settle();
+	EXPECT_EQ(Problems, FLines());
+	EXPECT_EQ(Find("FKept"), FLines());
+}
+
 TEST_F(CodeIndex, ADamagedFileIsSetAsideAndBuiltAnew)
 {
 	for (int Index = 0; Index < 50; ++Index)

@@ -14,7 +14,6 @@
 
 using Velmora::EConversationMode;
 using Velmora::EConversationRole;
-using Velmora::EStoreResult;
 using Velmora::FConversationMetadata;
 
 namespace
@@ -47,9 +46,9 @@ TEST_F(ConversationStores, TextsComeBackUnitByUnit)
 		Written.Messages[1].bHasToolCalls = true;
 		Put(*Store, Written);
 	}
-	FConversationMetadata Stored;
-	FString Problem;
-	ASSERT_EQ(OpenStore()->Load(TEXT("a"), Stored, Problem), EStoreResult::Done) << "Letter case of ids does not matter. " << Utf8(Problem);
+	const TOutcome<FConversationMetadata> Loaded = OpenStore()->Load(TEXT("a"));
+	ASSERT_TRUE(Loaded) << "Letter case of ids does not matter. " << Loaded.GetWords();
+	const FConversationMetadata& Stored = *Loaded;
 	EXPECT_EQ(Utf8(Stored.Id), "A");
 	EXPECT_EQ(Stored.Mode, EConversationMode::Assets);
 	ASSERT_EQ(Stored.Messages.Num(), static_cast<int32>(Texts.size()) + 1);
@@ -87,7 +86,7 @@ TEST_F(ConversationStores, SummariesEndWithTheFirstMessageOfTheUser)
 	Late.Messages.Add(Message(TEXT("more")));
 	Put(*Store, Late);
 	Velmora::FConversationHistoryManager Manager;
-	Manager.DatabasePath = Store->GetPath();
+	Manager.DatabasePath = Folder.At(TEXT("Velmora/Game.db"));
 	TArray<FConversationMetadata> Summaries = Manager.GetConversationSummaries();
 	ASSERT_EQ(Summaries.Num(), 2);
 	EXPECT_EQ(Utf8(Summaries[0].Id), "late");
@@ -100,9 +99,7 @@ TEST_F(ConversationStores, SummariesEndWithTheFirstMessageOfTheUser)
 
 	// The one that was said something in comes first.
 	FHostClock::Advance(60.0);
-	int64 Key = 0;
-	FString Problem;
-	EXPECT_EQ(Store->AppendMessage(TEXT("old"), Message(TEXT("third")), Key, Problem), EStoreResult::Done);
+	EXPECT_TRUE(Store->AppendMessage(TEXT("old"), Message(TEXT("third"))));
 	EXPECT_EQ(ReadIds(*Store), "old late ");
 	FHostClock::UseRealTime();
 }
@@ -143,15 +140,14 @@ TEST_F(ConversationStores, MessagesAreDroppedFromTheEnd)
 	for (int32 Keep = 0; Keep < 5; ++Keep)
 	{
 		const TSharedRef<FStore> Store = OpenStore();
-		FString Problem;
-		Store->Clear(Problem);
+		ASSERT_TRUE(Store->Clear());
 		Put(*Store, Conversation(TEXT("other"), { TEXT("z") }));
 		Put(*Store, Conversation(TEXT("A"), { TEXT("a"), TEXT("b"), TEXT("c") }));
 		Put(*Store, Conversation(TEXT("third"), { TEXT("y") }));
-		EXPECT_EQ(Store->TruncateMessages(TEXT("A"), Keep, Problem), EStoreResult::Done);
+		EXPECT_TRUE(Store->TruncateMessages(TEXT("A"), Keep));
 		EXPECT_EQ(Read(*Store, TEXT("A")), Expected[Keep]) << Keep;
 		EXPECT_EQ(Read(*Store, TEXT("other")) + Read(*Store, TEXT("third")), "zy");
-		EXPECT_EQ(Store->TruncateMessages(TEXT("none"), Keep, Problem), EStoreResult::Missing);
+		EXPECT_TRUE(Store->TruncateMessages(TEXT("none"), Keep).Is(EOutcome::Missing));
 	}
 }
 
@@ -159,14 +155,13 @@ TEST_F(ConversationStores, WhatWasNotToldIsTakenBackAlone)
 {
 	const TSharedRef<FStore> Store = OpenStore();
 	Put(*Store, Conversation(TEXT("A"), { TEXT("a") }));
-	int64 Key = 0;
-	FString Problem;
-	ASSERT_EQ(Store->AppendMessage(TEXT("A"), Message(TEXT("untold")), Key, Problem), EStoreResult::Done);
-	EXPECT_EQ(Store->Withdraw(TEXT("other"), Key, Problem), EStoreResult::Missing);
+	const TOutcome<int64> Key = Store->AppendMessage(TEXT("A"), Message(TEXT("untold")));
+	ASSERT_TRUE(Key);
+	EXPECT_TRUE(Store->Withdraw(TEXT("other"), *Key).Is(EOutcome::Missing));
 	EXPECT_EQ(Read(*Store, TEXT("A")), "a|untold");
-	EXPECT_EQ(Store->Withdraw(TEXT("A"), Key, Problem), EStoreResult::Done);
+	EXPECT_TRUE(Store->Withdraw(TEXT("A"), *Key));
 	EXPECT_EQ(Read(*Store, TEXT("A")), "a");
-	EXPECT_EQ(Store->AppendMessage(TEXT("none"), Message(TEXT("x")), Key, Problem), EStoreResult::Missing);
+	EXPECT_TRUE(Store->AppendMessage(TEXT("none"), Message(TEXT("x"))).Is(EOutcome::Missing));
 }
 
 TEST_F(ConversationStores, TwoProgramsShareOneStore)
@@ -174,24 +169,24 @@ TEST_F(ConversationStores, TwoProgramsShareOneStore)
 	const TSharedRef<FStore> First = OpenStore();
 	const TSharedRef<FStore> Second = OpenStore();
 	FConversationMetadata Mine = Conversation(TEXT("A"), { TEXT("a") });
-	FString Problem;
-	ASSERT_EQ(First->Append(Mine, 0, Problem), EStoreResult::Done);
-	FConversationMetadata Theirs;
-	ASSERT_EQ(Second->Load(TEXT("A"), Theirs, Problem), EStoreResult::Done);
+	ASSERT_TRUE(First->Append(Mine, 0));
+	TOutcome<FConversationMetadata> Loaded = Second->Load(TEXT("A"));
+	ASSERT_TRUE(Loaded);
+	FConversationMetadata& Theirs = *Loaded;
 
 	// Both go on with it: nothing of either is lost.
 	Mine.Messages.Add(Message(TEXT("mine")));
 	Theirs.Messages.Add(Message(TEXT("theirs")));
-	EXPECT_EQ(First->Append(Mine, 1, Problem), EStoreResult::Done);
-	EXPECT_EQ(Second->Append(Theirs, 1, Problem), EStoreResult::Done);
+	EXPECT_TRUE(First->Append(Mine, 1));
+	EXPECT_TRUE(Second->Append(Theirs, 1));
 	EXPECT_EQ(Read(*First, TEXT("A")), "a|mine|theirs");
 
 	// One deletes it: the other stores it again, whole, with its next message.
-	EXPECT_EQ(Second->Delete(TEXT("A"), Problem), EStoreResult::Done);
-	EXPECT_EQ(Second->Delete(TEXT("A"), Problem), EStoreResult::Missing);
+	EXPECT_TRUE(Second->Delete(TEXT("A")));
+	EXPECT_TRUE(Second->Delete(TEXT("A")).Is(EOutcome::Missing));
 	EXPECT_EQ(Read(*First, TEXT("A")), "(missing)");
 	Mine.Messages.Add(Message(TEXT("again")));
-	EXPECT_EQ(First->Append(Mine, 2, Problem), EStoreResult::Done);
+	EXPECT_TRUE(First->Append(Mine, 2));
 	EXPECT_EQ(Read(*Second, TEXT("A")), "a|mine|again");
 
 	// One closes it and the other goes on.
@@ -205,32 +200,32 @@ TEST_F(ConversationStores, ABusyStoreRefusesInWords)
 	const TSharedRef<FStore> Store = OpenStore();
 	Put(*Store, Conversation(TEXT("A"), { TEXT("a") }));
 	Velmora::FSqliteConnection Other;
-	ASSERT_TRUE(Other.Open(PathBytes(), false));
+	ASSERT_TRUE(Other.Open(PathBytes(), Velmora::ESqliteAccess::Write));
 	ASSERT_TRUE(Other.Execute("BEGIN IMMEDIATE"));
 	FConversationMetadata Metadata = Conversation(TEXT("B"), { TEXT("b") });
-	FString Problem;
-	EXPECT_EQ(Store->Append(Metadata, 0, Problem), EStoreResult::Failed);
-	EXPECT_TRUE(Holds(Utf8(Problem), "is busy")) << Utf8(Problem);
+	FOutcome Stored = Store->Append(Metadata, 0);
+	EXPECT_TRUE(Stored.Is(EOutcome::Busy));
+	EXPECT_TRUE(Holds(Stored.GetWords(), "is busy")) << Stored.GetWords();
 	EXPECT_EQ(Read(*Store, TEXT("A")), "a") << "Readers are not held up.";
 	ASSERT_TRUE(Other.Execute("COMMIT"));
 	{
-		const FStore::FTurn Ours(*Store, FStore::FramePatienceMilliseconds);
-		EXPECT_EQ(Store->Append(Metadata, 0, Problem), EStoreResult::Failed);
-		EXPECT_TRUE(Holds(Utf8(Problem), "still at work on the disk")) << Utf8(Problem) << " (no other program is to blame)";
+		const FStore::FTurn Ours(*Store, FStore::FrameTimeoutMilliseconds);
+		Stored = Store->Append(Metadata, 0);
+		EXPECT_TRUE(Stored.Is(EOutcome::Busy));
+		EXPECT_TRUE(Holds(Stored.GetWords(), "still at work on the disk")) << Stored.GetWords() << " (no other program is to blame)";
 	}
-	EXPECT_EQ(Store->Append(Metadata, 0, Problem), EStoreResult::Done);
-	EXPECT_EQ(Utf8(Problem), "");
+	EXPECT_TRUE(Store->Append(Metadata, 0));
 }
 
 TEST_F(ConversationStores, WorksAgainWhenAFaultIsGone)
 {
 	const TSharedRef<FStore> Store = OpenStore();
 	FConversationMetadata Metadata = Conversation(TEXT("A"), { TEXT("a") });
-	FString Problem;
 
 	Folder.Write("Velmora", "a file where the folder should be");
-	EXPECT_EQ(Store->Append(Metadata, 0, Problem), EStoreResult::Failed);
-	EXPECT_TRUE(Holds(Utf8(Problem), "Not a directory") || Holds(Utf8(Problem), "is a file")) << Utf8(Problem);
+	FOutcome Stored = Store->Append(Metadata, 0);
+	EXPECT_FALSE(Stored);
+	EXPECT_TRUE(Holds(Stored.GetWords(), "part of the path is no folder") || Holds(Stored.GetWords(), "is a file")) << Stored.GetWords();
 	std::filesystem::remove(Folder.AtBytes("Velmora"));
 
 	// No file can be opened. Those that the process has already go on working.
@@ -241,15 +236,15 @@ TEST_F(ConversationStores, WorksAgainWhenAFaultIsGone)
 	Tight.rlim_cur = static_cast<rlim_t>(Next);
 	close(Next);
 	ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &Tight), 0);
-	const EStoreResult Result = Store->Append(Metadata, 0, Problem);
+	Stored = Store->Append(Metadata, 0);
 	ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &Limit), 0);
-	EXPECT_EQ(Result, EStoreResult::Failed);
-	EXPECT_TRUE(Holds(Utf8(Problem), "Too many open files")) << Utf8(Problem);
-	EXPECT_EQ(Store->Append(Metadata, 0, Problem), EStoreResult::Done) << Utf8(Problem);
+	EXPECT_FALSE(Stored);
+	EXPECT_TRUE(Holds(Stored.GetWords(), "too many open files")) << Stored.GetWords();
+	EXPECT_TRUE(Store->Append(Metadata, 0));
 
 	// Removed while it is in use: another one begins.
 	std::filesystem::remove_all(Folder.AtBytes("Velmora"));
-	EXPECT_EQ(Store->Append(Metadata, 0, Problem), EStoreResult::Done) << Utf8(Problem);
+	EXPECT_TRUE(Store->Append(Metadata, 0));
 	Store->Close();
 	EXPECT_EQ(Read(*OpenStore(), TEXT("A")), "a");
 }
@@ -270,12 +265,10 @@ TEST_F(ConversationStores, ManyThreadsAndProgramsWriteAndRead)
 				const TSharedRef<FStore> Store = Index % 2 == 0 ? Shared : OpenStore();
 				for (int Count = 0; Count < MessageCount; ++Count)
 				{
-					int64 Key = 0;
-					FString Problem;
 					// Refused when another one has been busy for too long; what was taken must be there.
-					Stored += Store->AppendMessage(TEXT("A"), Message(TEXT("m")), Key, Problem) == EStoreResult::Done ? 1 : 0;
+					Stored += Store->AppendMessage(TEXT("A"), Message(TEXT("m"))) ? 1 : 0;
 					Velmora::FConversationHistoryManager Manager;
-					Manager.DatabasePath = Store->GetPath();
+					Manager.DatabasePath = Folder.At(TEXT("Velmora/Game.db"));
 					EXPECT_EQ(Manager.GetConversationSummaries().Num(), 1);
 				}
 			});
@@ -284,9 +277,8 @@ TEST_F(ConversationStores, ManyThreadsAndProgramsWriteAndRead)
 	{
 		Thread.join();
 	}
-	FConversationMetadata All;
-	FString Problem;
-	ASSERT_EQ(Shared->Load(TEXT("A"), All, Problem), EStoreResult::Done) << Utf8(Problem);
-	EXPECT_EQ(All.Messages.Num(), Stored.load());
+	const TOutcome<FConversationMetadata> All = Shared->Load(TEXT("A"));
+	ASSERT_TRUE(All) << All.GetWords();
+	EXPECT_EQ(All->Messages.Num(), Stored.load());
 	EXPECT_GT(Stored.load(), MessageCount);
 }

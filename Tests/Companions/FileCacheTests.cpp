@@ -448,12 +448,7 @@ TEST_F(FileCacheTests, FoldersAreOpenedWithoutFollowingLinks)
 				 { "link", false }, { "link/inner", false }, { "real/inner/x", false }, { "gone", false } })
 		{
 			SCOPED_TRACE(Path);
-			const int Folder = Open(Root, Path);
-			EXPECT_EQ(Folder >= 0, bOpens);
-			if (Folder >= 0)
-			{
-				close(Folder);
-			}
+			EXPECT_EQ(Open(Root, Path).IsOpen(), bOpens);
 		}
 	}
 	close(Root);

@@ -1,8 +1,9 @@
 #pragma once
 
+#include "Host/HostFileNames.h"
 #include "Host/HostTasks.h"
+#include "Host/Sqlite.h"
 #include "Store/ConversationStore.h"
-#include "Store/SqliteConnection.h"
 #include "Store/StoreNotices.h"
 #include "Support/Base/Printers.h"
 #include "Support/Base/TempFolder.h"
@@ -25,7 +26,7 @@ protected:
 		FHostTasks::RunGameThreadTasks();
 	}
 
-	TSharedRef<FStore> OpenStore() const { return MakeShared<FStore>(Folder.At(TEXT("Velmora/Game.db"))); }
+	TSharedRef<FStore> OpenStore() const { return MakeShared<FStore>(PathBytes()); }
 	std::string PathBytes() const { return Folder.AtBytes("Velmora/Game.db"); }
 
 	static Velmora::FConversationMessage Message(const FString& Text, Velmora::EConversationRole Role = Velmora::EConversationRole::User)
@@ -50,22 +51,20 @@ protected:
 
 	static void Put(FStore& Store, Velmora::FConversationMetadata Metadata)
 	{
-		FString Problem;
-		ASSERT_EQ(Store.Append(Metadata, 0, Problem), Velmora::EStoreResult::Done) << Utf8(Problem);
+		const FOutcome Stored = Store.Append(Metadata, 0);
+		ASSERT_TRUE(Stored) << Stored.GetWords();
 	}
 
 	/** Its messages in one line, "(missing)" or the problem. */
 	static std::string Read(FStore& Store, const FString& Id)
 	{
-		Velmora::FConversationMetadata Metadata;
-		FString Problem;
-		const Velmora::EStoreResult Result = Store.Load(Id, Metadata, Problem);
-		if (Result != Velmora::EStoreResult::Done)
+		const TOutcome<Velmora::FConversationMetadata> Loaded = Store.Load(Id);
+		if (!Loaded)
 		{
-			return Result == Velmora::EStoreResult::Missing ? "(missing)" : Utf8(Problem);
+			return Loaded.Is(EOutcome::Missing) ? "(missing)" : Loaded.GetWords();
 		}
 		std::string Line;
-		for (const Velmora::FConversationMessage& Stored : Metadata.Messages)
+		for (const Velmora::FConversationMessage& Stored : Loaded->Messages)
 		{
 			Line += (Line.empty() ? "" : "|") + Utf8(Stored.Content);
 		}
@@ -74,11 +73,13 @@ protected:
 
 	static std::string ReadIds(FStore& Store)
 	{
-		TArray<Velmora::FConversationMetadata> Summaries;
-		FString Problem;
-		EXPECT_EQ(Store.GetSummaries(Summaries, Problem), Velmora::EStoreResult::Done) << Utf8(Problem);
+		const TOutcome<TArray<Velmora::FConversationMetadata>> Summaries = Store.GetSummaries();
+		if (!Summaries)
+		{
+			return Summaries.GetWords();
+		}
 		std::string Line;
-		for (const Velmora::FConversationMetadata& Summary : Summaries)
+		for (const Velmora::FConversationMetadata& Summary : *Summaries)
 		{
 			Line += Utf8(Summary.Id) + ' ';
 		}

@@ -10,7 +10,6 @@
 #include <set>
 #include <sys/stat.h>
 
-using Velmora::EStoreResult;
 using Velmora::FConversationMetadata;
 
 namespace
@@ -141,7 +140,7 @@ TEST_F(StoreRecovery, WhatIsNoStoreIsSetAsideAndTold)
 	{
 		Velmora::FSqliteConnection Database;
 		Folder.Write("foreign.db", "");
-		ASSERT_TRUE(Database.Open(Folder.AtBytes("foreign.db"), false));
+		ASSERT_TRUE(Database.Open(Folder.AtBytes("foreign.db"), Velmora::ESqliteAccess::Write));
 		ASSERT_TRUE(Database.Execute("CREATE TABLE shopping(item TEXT)"));
 	}
 	Foreign = Folder.Read("foreign.db");
@@ -184,17 +183,17 @@ TEST_F(StoreRecovery, WhatIsNoStoreIsSetAsideAndTold)
 		ASSERT_FALSE(Aside.empty());
 		EXPECT_EQ(Aside[0].rfind(std::string("Game.db.") + Case.Word + '-', 0), 0u) << Aside[0];
 		EXPECT_EQ(Folder.Read("Velmora/" + Aside[0]), Case.Bytes) << "The old file is not touched.";
-		const TArray<FString> Notices = Velmora::StoreNotices::Take();
-		ASSERT_EQ(Notices.Num(), 1);
-		EXPECT_TRUE(Holds(Utf8(Notices[0]), Case.Notice)) << Utf8(Notices[0]);
-		EXPECT_TRUE(Holds(Utf8(Notices[0]), Aside[0])) << Utf8(Notices[0]);
+		const std::vector<std::string> Notices = Velmora::StoreNotices::Take();
+		ASSERT_EQ(Notices.size(), 1u);
+		EXPECT_TRUE(Holds(Notices[0], Case.Notice)) << Notices[0];
+		EXPECT_TRUE(Holds(Notices[0], Aside[0])) << Notices[0];
 		EXPECT_EQ(Read(*Store, TEXT("new")), "works at once");
 		if (Case.bComesBack)
 		{
 			ExpectAllBut(*Store, {});
 		}
 		CheckStore(*Store);
-		EXPECT_EQ(Velmora::StoreNotices::Take().Num(), 0) << "Told once.";
+		EXPECT_EQ(Velmora::StoreNotices::Take().size(), 0u) << "Told once.";
 	}
 }
 
@@ -214,7 +213,7 @@ TEST_F(StoreRecovery, WhatIsNoFileIsSetAside)
 		CheckStore(*Store);
 		EXPECT_EQ(Read(*Store, TEXT("new")), "works");
 		EXPECT_EQ(ListAside().size(), 1u);
-		EXPECT_EQ(Velmora::StoreNotices::Take().Num(), 1);
+		EXPECT_EQ(Velmora::StoreNotices::Take().size(), 1u);
 	}
 }
 
@@ -255,7 +254,7 @@ TEST_F(StoreRecovery, OneLostPageCostsOnlyWhatLiesOnIt)
 		const TSharedRef<FStore> Store = OpenStore();
 		CheckStore(*Store);
 		ExpectAllBut(*Store, Lost);
-		EXPECT_EQ(Velmora::StoreNotices::Take().Num(), 1);
+		EXPECT_EQ(Velmora::StoreNotices::Take().size(), 1u);
 	}
 }
 
@@ -335,7 +334,7 @@ TEST_F(StoreRecovery, RottenTextIsNoticedWhenItIsRead)
 	CheckStore(*Store);
 	ExpectAllBut(*Store, { Written.begin()->first });
 	EXPECT_EQ(ListAside().size(), 1u) << "Set aside once, however often it is noticed.";
-	EXPECT_EQ(Velmora::StoreNotices::Take().Num(), 1);
+	EXPECT_EQ(Velmora::StoreNotices::Take().size(), 1u);
 }
 
 TEST_F(StoreRecovery, ARecoveryThatWasCutOffGoesOnAtTheNextStart)
@@ -349,14 +348,14 @@ TEST_F(StoreRecovery, ARecoveryThatWasCutOffGoesOnAtTheNextStart)
 		const TSharedRef<FStore> Store = OpenStore();
 		Store->bIsCheckComing = true; // Nobody looks after it yet.
 		Put(*Store, Conversation(FString(First.c_str()), { TEXT("said since") }));
-		EXPECT_EQ(Velmora::StoreNotices::Take().Num(), 0);
+		EXPECT_EQ(Velmora::StoreNotices::Take().size(), 0u);
 	}
 	const TSharedRef<FStore> Store = OpenStore();
 	CheckStore(*Store);
 	EXPECT_EQ(Read(*Store, FString(First.c_str())), "said since") << "What is newer stays.";
 	Written.erase(First);
 	ExpectAllBut(*Store, {});
-	EXPECT_EQ(Velmora::StoreNotices::Take().Num(), 1);
+	EXPECT_EQ(Velmora::StoreNotices::Take().size(), 1u);
 }
 
 TEST_F(StoreRecovery, ASetAsideThatWasCutOffIsFinished)
@@ -369,8 +368,7 @@ TEST_F(StoreRecovery, ASetAsideThatWasCutOffIsFinished)
 		const TSharedRef<FStore> Store = OpenStore();
 		Store->bIsCheckComing = true;
 		Put(*Store, Conversation(TEXT("new"), { TEXT("a") }));
-		FString Problem;
-		Store->Delete(TEXT("new"), Problem);
+		EXPECT_TRUE(Store->Delete(TEXT("new")));
 	}
 	// Died between the two renamings: the old file has its new name, the new one not yet.
 	std::filesystem::rename(PathBytes(), PathBytes() + ".new");
@@ -388,8 +386,7 @@ TEST_F(StoreRecovery, WhatOthersWriteWhileAFileIsSetAsideIsNotLost)
 	Put(*Other, Conversation(TEXT("A"), { TEXT("a") }));
 	const TSharedRef<FStore> Store = OpenStore();
 	ASSERT_EQ(Read(*Store, TEXT("A")), "a");
-	FString Problem;
-	ASSERT_TRUE(Store->SetAside(FStore::EDamage::Broken, Problem)) << Utf8(Problem);
+	ASSERT_TRUE(Store->SetAside(FStore::EDamage::Broken));
 	// The other one has the old file open still.
 	Put(*Other, Conversation(TEXT("B"), { TEXT("b") }));
 	EXPECT_EQ(Read(*Store, TEXT("B")), "b");

@@ -78,11 +78,10 @@ namespace Velmora
 		{
 			return false;
 		}
-		FString Problem;
-		if (!RecordUserMessage(Text, Problem))
+		if (const FOutcome Recorded = RecordUserMessage(Text); !Recorded)
 		{
 			Current->Messages.Pop();
-			Fire(Callbacks.Error, Problem);
+			Fire(Callbacks.Error, Utf8Text::ToString(Recorded.GetWords()));
 			return false;
 		}
 		if (Text.TrimStartAndEnd().IsEmpty())
@@ -266,15 +265,14 @@ namespace Velmora
 		case ETurnReportKind::Answer:
 		case ETurnReportKind::ToolTraffic:
 		{
-			FString Problem;
-			const bool bIsRecorded = RecordReported(Report, Problem);
+			const FOutcome Recorded = RecordReported(Report);
 			if (Report.Kind == ETurnReportKind::Answer)
 			{
 				Fire(Callbacks.MessageReceived, Report.Text, Report.bHasToolCalls);
 			}
-			if (!bIsRecorded && Epoch == StartEpoch)
+			if (!Recorded && Epoch == StartEpoch)
 			{
-				TellStoreProblem(Problem);
+				TellStoreProblem(Recorded);
 			}
 			return;
 		}
@@ -352,13 +350,12 @@ namespace Velmora
 			DeliverHeldReports();
 			return;
 		}
-		FString Problem;
-		const bool bIsRecorded = RecordUserMessage(Prompt, Problem);
+		const FOutcome Recorded = RecordUserMessage(Prompt);
 		StartTurn(Prompt);
 		const uint32 StartEpoch = Epoch;
-		if (!bIsRecorded)
+		if (!Recorded)
 		{
-			TellStoreProblem(Problem);
+			TellStoreProblem(Recorded);
 		}
 		if (Epoch != StartEpoch)
 		{

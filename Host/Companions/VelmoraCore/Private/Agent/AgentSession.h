@@ -14,6 +14,7 @@
 #include "Request/AgentPlan.h"
 #include "Agent/ConversationTypes.h"
 #include "Host/AgentQuestions.h"
+#include "Host/Outcome.h"
 #include "Turn/TurnControl.h"
 #include "Turn/TurnRunner.h"
 
@@ -171,15 +172,15 @@ namespace Velmora
 		void OpenStore();
 		FConversationStore& GetStore();
 
-		// False when the message stands in the conversation and is not in the store.
-		bool RecordUserMessage(const FString& Text, FString& OutProblem);
-		bool RecordReported(const FTurnReport& Report, FString& OutProblem);
+		// Done when the message is in the store; it stands in the conversation in any case.
+		FOutcome RecordUserMessage(const FString& Text);
+		FOutcome RecordReported(const FTurnReport& Report);
 
 		/** Stores what the store lacks of the conversation. */
-		bool CatchUp(FString& OutProblem);
+		FOutcome CatchUp();
 
 		/** Once until the store works again. */
-		void TellStoreProblem(const FString& Problem);
+		void TellStoreProblem(const FOutcome& Failure);
 		void TellNotices();
 		void AddMessage(const FString& Text, EConversationRole Role, bool bHasToolCalls = false);
 		void OpenEmptyConversation(EConversationMode Mode);

@@ -35,9 +35,7 @@ namespace Velmora
 		{
 			const FString Id = HostFileNameFromBytes(Undo.ConversationId);
 			bool bHasGoneOn = false;
-			FString Problem;
-			const EStoreResult Result = Store.TruncateMessagesIf(
-				Id, Undo.MessageIndex,
+			const FOutcome Cut = Store.TruncateMessagesIf(Id, Undo.MessageIndex,
 				[&Undo, &bHasGoneOn](const TArray<FConversationMessage>& Messages)
 				{
 					// The store may have been a message behind.
@@ -45,10 +43,9 @@ namespace Velmora
 					bHasGoneOn =
 						Marks.size() > Undo.MessageMarks.size() || !std::equal(Marks.begin(), Marks.end(), Undo.MessageMarks.begin());
 					return !bHasGoneOn && !Marks.empty();
-				},
-				Problem);
+				});
 			OutNotice = bHasGoneOn ? "Its conversation had gone on by then, so all of its messages stay." : "";
-			return Result == EStoreResult::Failed ? HostFileNameToBytes(Problem) : std::string();
+			return Cut || Cut.Is(EOutcome::Missing) ? std::string() : Cut.GetWords();
 		}
 	}
 
@@ -91,10 +88,10 @@ namespace Velmora
 		Request.MarkMessages = [this](int MessageIndex) { return MarkMessages(Current->Messages, MessageIndex); };
 		Request.Commit = [this](int MessageIndex)
 		{
-			FString Problem;
-			if (GetStore().TruncateMessages(Current->Id, MessageIndex, Problem) == EStoreResult::Failed)
+			const FOutcome Cut = GetStore().TruncateMessages(Current->Id, MessageIndex);
+			if (!Cut && !Cut.Is(EOutcome::Missing))
 			{
-				return HostFileNameToBytes(Problem);
+				return Cut.GetWords();
 			}
 			Current->Messages.SetNum(FMath::Min(MessageIndex, Current->Messages.Num()));
 			StoredCount = FMath::Min(StoredCount, MessageIndex);

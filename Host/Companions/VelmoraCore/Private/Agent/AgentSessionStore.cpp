@@ -3,6 +3,7 @@
 #include "Store/ConversationStore.h"
 #include "Store/StoreNotices.h"
 #include "Store/TurnRecorder.h"
+#include "Text/Utf8Text.h"
 
 // What the session does with the conversation store. Everything that a callback tells is in the store before.
 
@@ -77,13 +78,13 @@ namespace Velmora
 		Current->Messages.Add(MoveTemp(Message));
 	}
 
-	bool FAgentSession::RecordUserMessage(const FString& Text, FString& OutProblem)
+	FOutcome FAgentSession::RecordUserMessage(const FString& Text)
 	{
 		AddMessage(Text, EConversationRole::User);
-		return CatchUp(OutProblem);
+		return CatchUp();
 	}
 
-	bool FAgentSession::RecordReported(const FTurnReport& Report, FString& OutProblem)
+	FOutcome FAgentSession::RecordReported(const FTurnReport& Report)
 	{
 		AddMessage(Report.Text, Report.Kind == ETurnReportKind::Answer ? EConversationRole::Assistant : EConversationRole::Tool,
 			Report.bHasToolCalls);
@@ -92,30 +93,31 @@ namespace Velmora
 		{
 			StoredCount = Current->Messages.Num();
 		}
-		return CatchUp(OutProblem);
+		return CatchUp();
 	}
 
-	bool FAgentSession::CatchUp(FString& OutProblem)
+	FOutcome FAgentSession::CatchUp()
 	{
 		if (StoredCount < Current->Messages.Num())
 		{
-			if (GetStore().Append(*Current, StoredCount, OutProblem) != EStoreResult::Done)
+			if (FOutcome Stored = GetStore().Append(*Current, StoredCount); !Stored)
 			{
-				return false;
+				return Stored;
 			}
 			StoredCount = Current->Messages.Num();
 		}
 		bHasToldStoreProblem = false;
-		return true;
+		return FOutcome::Done();
 	}
 
-	void FAgentSession::TellStoreProblem(const FString& Problem)
+	void FAgentSession::TellStoreProblem(const FOutcome& Failure)
 	{
 		if (!bHasToldStoreProblem)
 		{
 			bHasToldStoreProblem = true;
-			Fire(
-				Callbacks.Error, FString(TEXT("What is said is not stored for now; it will be with the next message that is. ")) + Problem);
+			Fire(Callbacks.Error,
+				FString(TEXT("What is said is not stored for now; it will be with the next message that is. ")) +
+					Utf8Text::ToString(Failure.GetWords()));
 		}
 	}
 
@@ -130,27 +132,25 @@ namespace Velmora
 			Fire(Callbacks.Error, FString(TEXT("Another conversation can be opened when the agent has finished or is stopped.")));
 			return false;
 		}
-		FConversationMetadata Stored;
-		FString Problem;
 		const bool bIsCurrent = Current.IsValid() && Current->Id == Id;
-		const EStoreResult Result = GetStore().Load(Id, Stored, Problem);
-		if (Result != EStoreResult::Done && !bIsCurrent)
+		TOutcome<FConversationMetadata> Stored = GetStore().Load(Id);
+		if (!Stored && !bIsCurrent)
 		{
 			Fire(Callbacks.Error,
-				Result == EStoreResult::Missing ? FString(TEXT("The conversation is no longer in the store; it cannot be opened."))
-												: Problem);
+				Stored.Is(EOutcome::Missing) ? FString(TEXT("The conversation is no longer in the store; it cannot be opened."))
+											 : Utf8Text::ToString(Stored.GetWords()));
 			return false;
 		}
 		if (!bIsCurrent)
 		{
 			EndConversation();
-			Current = MakeShared<FConversationMetadata>(MoveTemp(Stored));
+			Current = MakeShared<FConversationMetadata>(MoveTemp(*Stored));
 			StoredCount = Current->Messages.Num();
 		}
-		else if (Result == EStoreResult::Done && StoredCount == Current->Messages.Num())
+		else if (Stored && StoredCount == Current->Messages.Num())
 		{
 			// Another program may have gone on with it.
-			Current->Messages = MoveTemp(Stored.Messages);
+			Current->Messages = MoveTemp(Stored->Messages);
 			StoredCount = Current->Messages.Num();
 		}
 		const FString LoadedId = Current->Id;
@@ -165,16 +165,15 @@ namespace Velmora
 
 	bool FAgentSession::DeleteConversationHistory(const FString& Id)
 	{
-		FString Problem;
-		const EStoreResult Result = GetStore().Delete(Id, Problem);
-		if (Result == EStoreResult::Failed)
+		const FOutcome Deleted = GetStore().Delete(Id);
+		if (!Deleted && !Deleted.Is(EOutcome::Missing))
 		{
-			Fire(Callbacks.Error, Problem);
+			Fire(Callbacks.Error, Utf8Text::ToString(Deleted.GetWords()));
 			return false;
 		}
 		if (!Current.IsValid() || Current->Id != Id)
 		{
-			return Result == EStoreResult::Done;
+			return Deleted.IsDone();
 		}
 		const EConversationMode Mode = Current->Mode;
 		EndConversation();
@@ -189,10 +188,9 @@ namespace Velmora
 		{
 			CancelConversation();
 		}
-		FString Problem;
-		if (GetStore().Clear(Problem) == EStoreResult::Failed)
+		if (const FOutcome Cleared = GetStore().Clear(); !Cleared)
 		{
-			Fire(Callbacks.Error, Problem);
+			Fire(Callbacks.Error, Utf8Text::ToString(Cleared.GetWords()));
 			return;
 		}
 		StoredCount = 0;
@@ -204,13 +202,13 @@ namespace Velmora
 
 	TArray<FConversationMetadata> FAgentSession::GetHistories()
 	{
-		TArray<FConversationMetadata> Summaries;
-		FString Problem;
-		if (GetStore().GetSummaries(Summaries, Problem) == EStoreResult::Failed)
+		TOutcome<TArray<FConversationMetadata>> Summaries = GetStore().GetSummaries();
+		if (!Summaries)
 		{
-			Fire(Callbacks.Error, Problem);
+			Fire(Callbacks.Error, Utf8Text::ToString(Summaries.GetWords()));
+			return TArray<FConversationMetadata>();
 		}
-		return Summaries;
+		return MoveTemp(*Summaries);
 	}
 
 	FString FAgentSession::GetTitle() const
@@ -244,9 +242,9 @@ namespace Velmora
 		{
 			return;
 		}
-		for (const FString& Notice : StoreNotices::Take())
+		for (const std::string& Notice : StoreNotices::Take())
 		{
-			Fire(Callbacks.Error, Notice);
+			Fire(Callbacks.Error, Utf8Text::ToString(Notice));
 		}
 	}
 }

@@ -1,5 +1,6 @@
 #include "Agent/ConversationHistoryManager.h"
 
+#include "Host/HostFileNames.h"
 #include "Host/StoreLocation.h"
 #include "Store/ConversationStore.h"
 
@@ -15,8 +16,8 @@ namespace Velmora
 	TArray<FConversationMetadata> FConversationHistoryManager::GetConversationSummaries() const
 	{
 		TArray<FConversationMetadata> Summaries;
-		bool bIsDamaged = false;
-		if (DatabasePath.IsEmpty() || FConversationStore::ReadSummaries(DatabasePath, Summaries, bIsDamaged) || !bIsDamaged)
+		const std::string Path = HostFileNameToBytes(DatabasePath);
+		if (Path.empty() || !FConversationStore::ReadSummaries(Path, Summaries).Is(EOutcome::Damaged))
 		{
 			return Summaries;
 		}
@@ -25,7 +26,7 @@ namespace Velmora
 		{
 			FConversationStore::GetDefault()->Check();
 			Summaries.Empty();
-			FConversationStore::ReadSummaries(DatabasePath, Summaries, bIsDamaged);
+			(void)FConversationStore::ReadSummaries(Path, Summaries); // What there is.
 		}
 		return Summaries;
 	}

@@ -145,10 +145,9 @@ namespace Velmora
 			Bytes += std::string(Rule.bAllows ? AllowWord : DenyWord) + '\t' + Escape(Rule.Tool) + '\t' + Escape(Rule.Prefix) + '\n';
 		}
 		const auto [Folder, Name] = SplitPath(Path);
-		FString FolderProblem;
-		if (!MakePrivateFolder(HostFileNameFromBytes(Folder), FolderProblem))
+		if (const FOutcome Made = MakePrivateFolder(HostFileNameFromBytes(Folder)); !Made)
 		{
-			return "The rule was not stored. " + HostFileNameToBytes(FolderProblem);
+			return "The rule was not stored. " + Made.GetWords();
 		}
 		const FProjectAccess Access(Folder);
 		FProjectAccess::FWriteOptions Options;

@@ -196,10 +196,9 @@ namespace Velmora
 			return std::string();
 		}
 		const std::string Refusal = "its former content cannot be kept: ";
-		FString Problem;
-		if (!MakePrivateFolder(HostFileNameFromBytes(UndoFolder), Problem))
+		if (const FOutcome Made = MakePrivateFolder(HostFileNameFromBytes(UndoFolder)); !Made)
 		{
-			return Refusal + HostFileNameToBytes(Problem);
+			return Refusal + Made.GetWords();
 		}
 		const std::string Name = MakeIdentifier();
 		const std::string Fresh = UndoFolder + '/' + NewFolderPrefix + Name;

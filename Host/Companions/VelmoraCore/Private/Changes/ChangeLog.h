@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "Changes/ChangeRecord.h"
-#include "Changes/FileDescriptor.h"
+#include "Host/FileDescriptor.h"
 
 namespace Velmora
 {

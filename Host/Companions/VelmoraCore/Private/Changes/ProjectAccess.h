@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "Changes/FileDescriptor.h"
+#include "Host/FileDescriptor.h"
 
 namespace Velmora
 {

@@ -1,15 +1,13 @@
 #include "Store/ConversationStore.h"
 
 #include <cerrno>
-#include <cstring>
 #include <sys/stat.h>
 
-#include "Text/Utf8Text.h"
 #include "Async/Async.h"
 #include "Host/HostFileNames.h"
+#include "Host/Sqlite.h"
 #include "Host/StoreLocation.h"
 #include "Misc/ScopeExit.h"
-#include "Store/SqliteConnection.h"
 #include "Store/StoreFiles.h"
 #include "Store/StoreSchema.h"
 #include "Store/StoreTurn.h"
@@ -24,12 +22,15 @@ namespace Velmora
 		/** And anybody does, when no worker has come along. */
 		constexpr int32 MaxWaitingPages = 8000;
 
-		const TCHAR* const BusyProblem = TEXT("The conversation store is busy: another program is using it. Try again in a moment.");
-		/** The store has one user at a time; on a slow disk the first opening, or a message of the agent's, can take longer than a frame
-		 * may wait. */
-		const TCHAR* const OccupiedProblem = TEXT("The conversation store is still at work on the disk. Try again in a moment.");
-		const TCHAR* const DamagedProblem =
-			TEXT("The conversation store is damaged. It is being set aside and what can be read is recovered. Try again in a moment.");
+		constexpr const char* BusyProblem = "The conversation store is busy: another program is using it. Try again in a moment.";
+
+		/** On a slow disk the first opening, or a message of the agent's, can take longer than a frame may wait. */
+		constexpr const char* OccupiedProblem = "The conversation store is still at work on the disk. Try again in a moment.";
+		constexpr const char* DamagedProblem =
+			"The conversation store is damaged. It is being set aside and what can be read is recovered. Try again in a moment.";
+
+		/** How often a transaction is begun anew that a signal has ended. */
+		constexpr int MaxInterruptedRuns = 20;
 
 		/** Weak, so that the last one who uses a store closes it. */
 		struct FDefaultStore
@@ -43,20 +44,15 @@ namespace Velmora
 			static FDefaultStore Instance;
 			return Instance;
 		}
-
-		FString DescribeSystemError(int Error)
-		{
-			return Utf8Text::ToString(strerror(Error));
-		}
 	}
 
 	TSharedRef<FConversationStore> FConversationStore::GetDefault()
 	{
-		const FString Path = GetStoreLocation().GetDatabasePath();
+		const std::string Path = HostFileNameToBytes(GetStoreLocation().GetDatabasePath());
 		FDefaultStore& Default = GetDefaultStore();
 		const std::scoped_lock Lock(Default.Mutex);
 		TSharedPtr<FConversationStore> Known = Default.Store.Pin();
-		if (!Known.IsValid() || !Known->Path.Equals(Path, ESearchCase::CaseSensitive))
+		if (!Known.IsValid() || Known->Path != Path)
 		{
 			Known = MakeShared<FConversationStore>(Path);
 			Default.Store = Known;
@@ -64,9 +60,8 @@ namespace Velmora
 		return Known.ToSharedRef();
 	}
 
-	FConversationStore::FConversationStore(const FString& InPath)
+	FConversationStore::FConversationStore(const std::string& InPath)
 		: Path(InPath)
-		, PathBytes(HostFileNameToBytes(InPath))
 	{
 	}
 
@@ -77,30 +72,28 @@ namespace Velmora
 
 	void FConversationStore::Close()
 	{
-		const FTurn Turn(*this, WorkerPatienceMilliseconds);
+		const FTurn Turn(*this, WorkerTimeoutMilliseconds);
 		if (Turn.IsMine() && Connection)
 		{
-			Connection->SetPatience(FramePatienceMilliseconds);
-			Connection->Checkpoint(true);
+			Connection->SetTimeout(FrameTimeoutMilliseconds);
+			(void)Connection->Checkpoint(true); // What stays in the log is as safe there.
 			Connection.reset();
 		}
 	}
 
-	EStoreResult FConversationStore::Append(FConversationMetadata& InOutConversation, int32 First, FString& OutProblem)
+	FOutcome FConversationStore::Append(FConversationMetadata& InOutConversation, int32 First)
 	{
 		const FDateTime Now = FDateTime::UtcNow();
-		const EStoreResult Result = Run(EAccess::Write, FramePatienceMilliseconds, OutProblem,
+		FOutcome Stored = Run(EAccess::Write, FrameTimeoutMilliseconds,
 			[&](FSqliteConnection& Database)
 			{
 				StoreSchema::FConversationRow Row;
-				const StoreSchema::EFound Found = StoreSchema::FindConversation(Database, InOutConversation.Id, Row);
-				if (Found == StoreSchema::EFound::Failed || Found == StoreSchema::EFound::Damaged)
+				FOutcome Found = StoreSchema::FindConversation(Database, InOutConversation.Id, Row);
+				const bool bIsNew = Found.Is(EOutcome::Missing);
+				if (!Found && !bIsNew)
 				{
-					bHasFoundRot = Found == StoreSchema::EFound::Damaged;
-					return EStoreResult::Failed;
+					return Found;
 				}
-				const bool bIsNew = Found == StoreSchema::EFound::No;
-				const int32 Start = bIsNew ? 0 : First;
 				Row.Mode = static_cast<int64>(InOutConversation.Mode);
 				Row.Updated = Now.GetTicks();
 				Row.Opening = StoreSchema::MakeOpening(InOutConversation.Messages);
@@ -108,265 +101,267 @@ namespace Velmora
 				{
 					Row.Id = StoreSchema::EncodeId(InOutConversation.Id);
 				}
-				if (!(bIsNew ? StoreSchema::InsertConversation(Database, Row) : StoreSchema::UpdateConversation(Database, Row)))
+				FOutcome Step = bIsNew ? StoreSchema::InsertConversation(Database, Row) : StoreSchema::UpdateConversation(Database, Row);
+				for (int32 Index = bIsNew ? 0 : First; Step && Index < InOutConversation.Messages.Num(); ++Index)
 				{
-					return EStoreResult::Failed;
+					Step = StoreSchema::AddMessage(Database, Row.Number, InOutConversation.Messages[Index]);
 				}
-				for (int32 Index = Start; Index < InOutConversation.Messages.Num(); ++Index)
-				{
-					int64 Key = 0;
-					if (!StoreSchema::AddMessage(Database, Row.Number, InOutConversation.Messages[Index], Key))
-					{
-						return EStoreResult::Failed;
-					}
-				}
-				return EStoreResult::Done;
+				return Step;
 			});
-		if (Result == EStoreResult::Done)
+		if (Stored)
 		{
 			InOutConversation.LastUpdated = StoreSchema::ToLocalTime(Now.GetTicks());
+		}
+		return Stored;
+	}
+
+	TOutcome<int64> FConversationStore::AppendMessage(const FString& Id, const FConversationMessage& Message)
+	{
+		int64 Key = 0;
+		const FOutcome Stored = Run(EAccess::Write, WorkerTimeoutMilliseconds,
+			[&](FSqliteConnection& Database) -> FOutcome
+			{
+				StoreSchema::FConversationRow Row;
+				if (FOutcome Found = StoreSchema::FindConversation(Database, Id, Row); !Found)
+				{
+					return Found;
+				}
+				Row.Updated = FDateTime::UtcNow().GetTicks();
+				if (FOutcome Updated = StoreSchema::UpdateConversation(Database, Row); !Updated)
+				{
+					return Updated;
+				}
+				TOutcome<int64> Added = StoreSchema::AddMessage(Database, Row.Number, Message);
+				Key = Added ? *Added : 0;
+				return Added;
+			});
+		return Stored ? TOutcome<int64>(Key) : TOutcome<int64>(Stored);
+	}
+
+	FOutcome FConversationStore::Withdraw(const FString& Id, int64 Key)
+	{
+		return Run(EAccess::Write, FrameTimeoutMilliseconds,
+			[&](FSqliteConnection& Database)
+			{
+				StoreSchema::FConversationRow Row;
+				if (FOutcome Found = StoreSchema::FindConversation(Database, Id, Row); !Found)
+				{
+					return Found;
+				}
+				// Deleted meanwhile, its number may belong to another conversation.
+				return Row.Number == StoreSchema::GetNumber(Key) ? StoreSchema::DeleteMessage(Database, Key)
+																 : FOutcome(EOutcome::Missing, "The message is no longer in the store.");
+			});
+	}
+
+	FOutcome FConversationStore::TruncateMessages(const FString& Id, int32 KeepCount)
+	{
+		return Truncate(Id, KeepCount, nullptr, FrameTimeoutMilliseconds);
+	}
+
+	FOutcome FConversationStore::TruncateMessagesIf(const FString& Id, int32 KeepCount, const FMayDrop& MayDrop)
+	{
+		return Truncate(Id, KeepCount, MayDrop, WorkerTimeoutMilliseconds);
+	}
+
+	FOutcome FConversationStore::Truncate(const FString& Id, int32 KeepCount, const FMayDrop& MayDrop, int32 TimeoutMilliseconds)
+	{
+		return Run(EAccess::Write, TimeoutMilliseconds,
+			[&](FSqliteConnection& Database)
+			{
+				StoreSchema::FConversationRow Row;
+				FOutcome Step = StoreSchema::FindConversation(Database, Id, Row);
+				if (Step && MayDrop)
+				{
+					TArray<FConversationMessage> Messages;
+					Step = StoreSchema::ReadMessages(Database, Row.Number, -1, Messages);
+					if (Step && !MayDrop(Messages))
+					{
+						return FOutcome(EOutcome::Missing, "The messages are not those that were to go.");
+					}
+				}
+				if (Step && KeepCount <= 0)
+				{
+					return StoreSchema::DeleteConversation(Database, Row.Number);
+				}
+				Step = Step ? StoreSchema::DeleteMessagesAfter(Database, Row.Number, KeepCount) : Step;
+				TArray<FConversationMessage> Head;
+				Step = Step ? StoreSchema::ReadMessages(Database, Row.Number, StoreSchema::MaxOpeningMessages, Head) : Step;
+				if (!Step)
+				{
+					return Step;
+				}
+				Row.Opening = StoreSchema::MakeOpening(Head);
+				Row.Updated = FDateTime::UtcNow().GetTicks();
+				return StoreSchema::UpdateConversation(Database, Row);
+			});
+	}
+
+	TOutcome<FConversationMetadata> FConversationStore::Load(const FString& Id)
+	{
+		FConversationMetadata Loaded;
+		const FOutcome Read = Run(EAccess::Read, FrameTimeoutMilliseconds,
+			[&](FSqliteConnection& Database)
+			{
+				StoreSchema::FConversationRow Row;
+				if (FOutcome Found = StoreSchema::FindConversation(Database, Id, Row); !Found)
+				{
+					return Found;
+				}
+				Loaded = StoreSchema::ToMetadata(Row);
+				return StoreSchema::ReadMessages(Database, Row.Number, -1, Loaded.Messages);
+			});
+		return Read ? TOutcome<FConversationMetadata>(MoveTemp(Loaded)) : TOutcome<FConversationMetadata>(Read);
+	}
+
+	FOutcome FConversationStore::Delete(const FString& Id)
+	{
+		return TruncateMessages(Id, 0);
+	}
+
+	FOutcome FConversationStore::Clear()
+	{
+		return Run(EAccess::Write, FrameTimeoutMilliseconds, [](FSqliteConnection& Database) { return StoreSchema::DeleteAll(Database); });
+	}
+
+	TOutcome<TArray<FConversationMetadata>> FConversationStore::GetSummaries()
+	{
+		using FSummaries = TArray<FConversationMetadata>;
+		FSummaries Summaries;
+		const FOutcome Read = Run(EAccess::Read, FrameTimeoutMilliseconds,
+			[&](FSqliteConnection& Database)
+			{
+				Summaries.Empty();
+				return StoreSchema::ReadSummaries(Database, Summaries);
+			});
+		return Read ? TOutcome<FSummaries>(MoveTemp(Summaries)) : TOutcome<FSummaries>(Read);
+	}
+
+	FOutcome FConversationStore::ReadSummaries(const std::string& Path, TArray<FConversationMetadata>& OutSummaries)
+	{
+		struct stat Status;
+		if (stat(Path.c_str(), &Status) != 0)
+		{
+			return errno == ENOENT ? FOutcome::Done() : FOutcome::FromSystem(errno, Path);
+		}
+		const FOutcome NoStore(EOutcome::Damaged, "it is no store of conversations", Path);
+		if (!S_ISREG(Status.st_mode) || Status.st_size == 0)
+		{
+			return NoStore;
+		}
+		FSqliteConnection Database;
+		if (FOutcome Opened = StoreSchema::Open(Database, Path, ESqliteAccess::Read); !Opened)
+		{
+			return Opened;
+		}
+		Database.SetTimeout(WorkerTimeoutMilliseconds);
+		if (Database.ReadInteger("PRAGMA application_id", 0) == StoreSchema::ApplicationId &&
+			Database.ReadInteger("PRAGMA user_version", 0) == StoreSchema::Version)
+		{
+			return StoreSchema::ReadSummaries(Database, OutSummaries);
+		}
+		return Database.IsBusy() ? Database.GetError() : NoStore;
+	}
+
+	FOutcome FConversationStore::Run(EAccess Access, int32 TimeoutMilliseconds, const FWork& Work)
+	{
+		const FTurn Turn(*this, TimeoutMilliseconds);
+		if (!Turn.IsMine())
+		{
+			return FOutcome(EOutcome::Busy, OccupiedProblem, Path);
+		}
+		const bool bMayTakeTime = TimeoutMilliseconds > FrameTimeoutMilliseconds;
+		FOutcome Result = RunOnce(Access, Turn.GetMilliseconds(), bMayTakeTime, Work);
+		// The database library takes a flush that a signal interrupts for a failed one; nothing has changed then.
+		for (int Count = 0; !Result && bWasInterrupted && Count < MaxInterruptedRuns; ++Count)
+		{
+			Result = RunOnce(Access, Turn.GetMilliseconds(), bMayTakeTime, Work);
 		}
 		return Result;
 	}
 
-	EStoreResult FConversationStore::AppendMessage(
-		const FString& Id, const FConversationMessage& Message, int64& OutKey, FString& OutProblem)
+	FOutcome FConversationStore::Begin(EAccess Access, int32 TimeoutMilliseconds)
 	{
-		return Run(EAccess::Write, WorkerPatienceMilliseconds, OutProblem,
-			[&](FSqliteConnection& Database)
-			{
-				StoreSchema::FConversationRow Row;
-				const StoreSchema::EFound Found = StoreSchema::FindConversation(Database, Id, Row);
-				if (Found != StoreSchema::EFound::Yes)
-				{
-					bHasFoundRot = Found == StoreSchema::EFound::Damaged;
-					return Found == StoreSchema::EFound::No ? EStoreResult::Missing : EStoreResult::Failed;
-				}
-				Row.Updated = FDateTime::UtcNow().GetTicks();
-				return StoreSchema::UpdateConversation(Database, Row) && StoreSchema::AddMessage(Database, Row.Number, Message, OutKey)
-					? EStoreResult::Done
-					: EStoreResult::Failed;
-			});
-	}
-
-	EStoreResult FConversationStore::Withdraw(const FString& Id, int64 Key, FString& OutProblem)
-	{
-		return Run(EAccess::Write, FramePatienceMilliseconds, OutProblem,
-			[&](FSqliteConnection& Database)
-			{
-				// Deleted meanwhile, its number may belong to another conversation.
-				StoreSchema::FConversationRow Row;
-				const StoreSchema::EFound Found = StoreSchema::FindConversation(Database, Id, Row);
-				if (Found != StoreSchema::EFound::Yes || Row.Number != StoreSchema::GetNumber(Key))
-				{
-					return Found == StoreSchema::EFound::Failed ? EStoreResult::Failed : EStoreResult::Missing;
-				}
-				return StoreSchema::DeleteMessage(Database, Key) ? EStoreResult::Done : EStoreResult::Failed;
-			});
-	}
-
-	EStoreResult FConversationStore::TruncateMessages(const FString& Id, int32 KeepCount, FString& OutProblem)
-	{
-		return Truncate(Id, KeepCount, nullptr, FramePatienceMilliseconds, OutProblem);
-	}
-
-	EStoreResult FConversationStore::TruncateMessagesIf(
-		const FString& Id, int32 KeepCount, const TFunction<bool(const TArray<FConversationMessage>&)>& MayDrop, FString& OutProblem)
-	{
-		return Truncate(Id, KeepCount, MayDrop, WorkerPatienceMilliseconds, OutProblem);
-	}
-
-	EStoreResult FConversationStore::Truncate(const FString& Id, int32 KeepCount,
-		const TFunction<bool(const TArray<FConversationMessage>&)>& MayDrop, int32 PatienceMilliseconds, FString& OutProblem)
-	{
-		return Run(EAccess::Write, PatienceMilliseconds, OutProblem,
-			[&](FSqliteConnection& Database)
-			{
-				StoreSchema::FConversationRow Row;
-				const StoreSchema::EFound Found = StoreSchema::FindConversation(Database, Id, Row);
-				if (Found != StoreSchema::EFound::Yes)
-				{
-					bHasFoundRot = Found == StoreSchema::EFound::Damaged;
-					return Found == StoreSchema::EFound::No ? EStoreResult::Missing : EStoreResult::Failed;
-				}
-				if (MayDrop)
-				{
-					TArray<FConversationMessage> Messages;
-					const StoreSchema::EFound Read = StoreSchema::ReadMessages(Database, Row.Number, -1, Messages);
-					bHasFoundRot = Read == StoreSchema::EFound::Damaged;
-					if (Read != StoreSchema::EFound::Yes || !MayDrop(Messages))
-					{
-						return Read == StoreSchema::EFound::Yes ? EStoreResult::Missing : EStoreResult::Failed;
-					}
-				}
-				if (KeepCount <= 0)
-				{
-					return StoreSchema::DeleteConversation(Database, Row.Number) ? EStoreResult::Done : EStoreResult::Failed;
-				}
-				TArray<FConversationMessage> Head;
-				if (!StoreSchema::DeleteMessagesBehind(Database, Row.Number, KeepCount) ||
-					StoreSchema::ReadMessages(Database, Row.Number, StoreSchema::MaxOpeningMessages, Head) != StoreSchema::EFound::Yes)
-				{
-					return EStoreResult::Failed;
-				}
-				Row.Opening = StoreSchema::MakeOpening(Head);
-				Row.Updated = FDateTime::UtcNow().GetTicks();
-				return StoreSchema::UpdateConversation(Database, Row) ? EStoreResult::Done : EStoreResult::Failed;
-			});
-	}
-
-	EStoreResult FConversationStore::Load(const FString& Id, FConversationMetadata& OutConversation, FString& OutProblem)
-	{
-		return Run(EAccess::Read, FramePatienceMilliseconds, OutProblem,
-			[&](FSqliteConnection& Database)
-			{
-				StoreSchema::FConversationRow Row;
-				StoreSchema::EFound Found = StoreSchema::FindConversation(Database, Id, Row);
-				if (Found == StoreSchema::EFound::Yes)
-				{
-					OutConversation = StoreSchema::ToMetadata(Row);
-					Found = StoreSchema::ReadMessages(Database, Row.Number, -1, OutConversation.Messages);
-				}
-				bHasFoundRot = Found == StoreSchema::EFound::Damaged;
-				return Found == StoreSchema::EFound::Yes ? EStoreResult::Done
-					: Found == StoreSchema::EFound::No	 ? EStoreResult::Missing
-														 : EStoreResult::Failed;
-			});
-	}
-
-	EStoreResult FConversationStore::Delete(const FString& Id, FString& OutProblem)
-	{
-		return TruncateMessages(Id, 0, OutProblem);
-	}
-
-	EStoreResult FConversationStore::Clear(FString& OutProblem)
-	{
-		return Run(EAccess::Write, FramePatienceMilliseconds, OutProblem,
-			[](FSqliteConnection& Database) { return StoreSchema::DeleteAll(Database) ? EStoreResult::Done : EStoreResult::Failed; });
-	}
-
-	EStoreResult FConversationStore::GetSummaries(TArray<FConversationMetadata>& OutSummaries, FString& OutProblem)
-	{
-		return Run(EAccess::Read, FramePatienceMilliseconds, OutProblem,
-			[&](FSqliteConnection& Database)
-			{
-				const StoreSchema::EFound Found = StoreSchema::ReadSummaries(Database, OutSummaries);
-				bHasFoundRot = Found == StoreSchema::EFound::Damaged;
-				return Found == StoreSchema::EFound::Yes ? EStoreResult::Done : EStoreResult::Failed;
-			});
-	}
-
-	bool FConversationStore::ReadSummaries(const FString& Path, TArray<FConversationMetadata>& OutSummaries, bool& bOutIsDamaged)
-	{
-		bOutIsDamaged = false;
-		const std::string Bytes = HostFileNameToBytes(Path);
-		struct stat Status;
-		if (stat(Bytes.c_str(), &Status) != 0)
+		constexpr int MaxAttempts = 3;
+		for (int Attempt = 0; Attempt < MaxAttempts; ++Attempt)
 		{
-			return errno == ENOENT;
-		}
-		if (!S_ISREG(Status.st_mode) || Status.st_size == 0)
-		{
-			bOutIsDamaged = true;
-			return false;
-		}
-		FSqliteConnection Database;
-		if (Database.Open(Bytes, true))
-		{
-			Database.SetPatience(WorkerPatienceMilliseconds);
-			if (Database.ReadInteger("PRAGMA application_id", 0) == StoreSchema::ApplicationId &&
-				Database.ReadInteger("PRAGMA user_version", 0) == StoreSchema::Version)
-			{
-				const StoreSchema::EFound Found = StoreSchema::ReadSummaries(Database, OutSummaries);
-				bOutIsDamaged = Found == StoreSchema::EFound::Damaged || (Found == StoreSchema::EFound::Failed && Database.IsDamaged());
-				return Found == StoreSchema::EFound::Yes;
-			}
-			bOutIsDamaged = !Database.IsBusy();
-			return false;
-		}
-		bOutIsDamaged = Database.IsDamaged();
-		return false;
-	}
-
-	EStoreResult FConversationStore::Run(
-		EAccess Access, int32 PatienceMilliseconds, FString& OutProblem, const TFunction<EStoreResult(FSqliteConnection&)>& Work)
-	{
-		OutProblem.Empty();
-		const FTurn Turn(*this, PatienceMilliseconds);
-		if (!Turn.IsMine())
-		{
-			OutProblem = OccupiedProblem;
-			return EStoreResult::Failed;
-		}
-		bool bHasBegun = false;
-		for (int Attempt = 0; Attempt < 3 && !bHasBegun; ++Attempt)
-		{
-			if (!Open(Turn.GetMilliseconds(), OutProblem))
-			{
-				return EStoreResult::Failed;
-			}
-			if (!Connection->Execute(Access == EAccess::Write ? "BEGIN IMMEDIATE" : "BEGIN"))
-			{
-				break;
-			}
-			// Another program may have set the file aside until we had the lock: what is written to it now would be lost.
-			bHasBegun = Access == EAccess::Read || IsStillInPlace();
-			if (!bHasBegun)
+			if (FOutcome Opened = Open(TimeoutMilliseconds); !Opened)
 			{
 				Connection.reset();
+				return Opened;
 			}
-		}
-		bHasFoundRot = false;
-		EStoreResult Result = bHasBegun ? Work(*Connection) : EStoreResult::Failed;
-		if (Result != EStoreResult::Failed && Connection->Execute(Result == EStoreResult::Done ? "COMMIT" : "ROLLBACK"))
-		{
-			const int32 MaxPages = PatienceMilliseconds > FramePatienceMilliseconds ? PagesBeforeCheckpoint : MaxWaitingPages;
-			if (Connection->GetWaitingPages() > MaxPages)
+			if (FOutcome Begun = Connection->Execute(Access == EAccess::Write ? "BEGIN IMMEDIATE" : "BEGIN"); !Begun)
 			{
-				Connection->Checkpoint(false);
+				return Explain(Begun);
 			}
-			return Result;
+			// Another program may have set the file aside until we had the lock: what is written to it now would be lost.
+			if (Access == EAccess::Read || IsStillInPlace())
+			{
+				return FOutcome::Done();
+			}
+			Connection.reset();
 		}
-		OutProblem = Connection ? Explain(*Connection) : FString(BusyProblem);
+		return FOutcome(EOutcome::Busy, BusyProblem, Path);
+	}
+
+	FOutcome FConversationStore::RunOnce(EAccess Access, int32 TimeoutMilliseconds, bool bMayTakeTime, const FWork& Work)
+	{
+		bWasInterrupted = false;
+		const FOutcome Begun = Begin(Access, TimeoutMilliseconds);
+		FOutcome Result = Begun ? Work(*Connection) : Begun;
+		if (Begun && (Result || Result.Is(EOutcome::Missing)))
+		{
+			const FOutcome Ended = Connection->Execute(Result ? "COMMIT" : "ROLLBACK");
+			if (Ended)
+			{
+				if (Connection->GetWaitingPages() > (bMayTakeTime ? PagesBeforeCheckpoint : MaxWaitingPages))
+				{
+					(void)Connection->Checkpoint(false); // The log only grows a little longer.
+				}
+				return Result;
+			}
+			Result = Ended;
+		}
 		// A commit whose flush failed may be complete in the log: this connection overwrites it next, a new one would
 		// take it for done. So it stays, unless it cannot even begin.
 		if (Connection)
 		{
-			const bool bIsOfUse =
-				Connection->IsBusy() || (bHasBegun && !bHasFoundRot && !Connection->IsDamaged() && !Connection->IsReadOnly());
-			if (bHasBegun)
+			const bool bIsOfUse = Result.Is(EOutcome::Busy) || (Begun && !Result.Is(EOutcome::Damaged) && !Connection->IsReadOnly());
+			bWasInterrupted = Connection->WasInterruptedBySignal();
+			if (Begun)
 			{
-				Connection->Execute("ROLLBACK");
+				(void)Connection->Execute("ROLLBACK"); // Perhaps the library has done it.
 			}
 			if (!bIsOfUse)
 			{
 				Connection.reset();
 			}
 		}
-		return EStoreResult::Failed;
+		return Begun ? Explain(Result) : Result;
 	}
 
-	FString FConversationStore::Explain(const FSqliteConnection& Failed)
+	FOutcome FConversationStore::Explain(const FOutcome& Failure)
 	{
-		if (bHasFoundRot || Failed.IsDamaged())
+		switch (Failure.GetCode())
 		{
+		case EOutcome::Damaged:
 			bNeedsCheck = true;
 			CheckSoon();
-			return DamagedProblem;
+			return FOutcome(EOutcome::Damaged, DamagedProblem, Path);
+		case EOutcome::Busy:
+			return FOutcome(EOutcome::Busy, BusyProblem, Path);
+		default:
+			return FOutcome(Failure.Is(EOutcome::Missing) ? EOutcome::Failed : Failure.GetCode(),
+				"The conversation store " + Path + " cannot be used: " + Failure.GetWords() + ".", Path);
 		}
-		if (Failed.IsBusy())
-		{
-			return BusyProblem;
-		}
-		return FString(TEXT("The conversation store ")) + Path + TEXT(" cannot be used: ") + Failed.DescribeError() + TEXT(".");
 	}
 
 	bool FConversationStore::IsStillInPlace() const
 	{
-		return StoreFiles::GetFileNumber(PathBytes) == FileNumber;
+		return StoreFiles::GetFileNumber(Path) == FileNumber;
 	}
 
-	bool FConversationStore::Open(int32 PatienceMilliseconds, FString& OutProblem)
+	FOutcome FConversationStore::Open(int32 TimeoutMilliseconds)
 	{
 		constexpr int MaxAttempts = 3;
 		ON_SCOPE_EXIT
@@ -376,81 +371,66 @@ namespace Velmora
 		for (int Attempt = 0; Attempt < MaxAttempts; ++Attempt)
 		{
 			struct stat Status;
-			if (stat(PathBytes.c_str(), &Status) != 0)
+			if (stat(Path.c_str(), &Status) != 0)
 			{
 				const int Error = errno;
 				Connection.reset();
 				if (Error != ENOENT)
 				{
-					OutProblem = FString(TEXT("The conversation store ")) + Path + TEXT(" cannot be used: ") + DescribeSystemError(Error) +
-						TEXT(".");
-					return false;
+					return Explain(FOutcome::FromSystem(Error));
 				}
 				bIsOpening = true;
-				if (!CreateFile(OutProblem))
+				if (FOutcome Created = CreateFile(); !Created)
 				{
-					return false;
+					return Created;
 				}
 				continue;
 			}
 			if (Connection && FileNumber == static_cast<uint64>(Status.st_ino))
 			{
-				Connection->SetPatience(PatienceMilliseconds);
-				return true;
+				Connection->SetTimeout(TimeoutMilliseconds);
+				return FOutcome::Done();
 			}
 			Connection.reset();
 			bIsOpening = true;
-			EDamage Damage = EDamage::None;
-			if (!S_ISREG(Status.st_mode))
+			FileNumber = static_cast<uint64>(Status.st_ino);
+			const TOutcome<EDamage> Connected = !S_ISREG(Status.st_mode) ? TOutcome<EDamage>(EDamage::Foreign)
+				: Status.st_size == 0									 ? TOutcome<EDamage>(EDamage::Broken)
+																		 : ConnectSurely(TimeoutMilliseconds);
+			if (!Connected)
 			{
-				Damage = EDamage::Foreign;
+				Connection.reset();
+				return Connected;
 			}
-			else if (Status.st_size == 0)
+			if (*Connected == EDamage::None)
 			{
-				Damage = EDamage::Broken;
-			}
-			else
-			{
-				FileNumber = static_cast<uint64>(Status.st_ino);
-				Damage = Connect(PatienceMilliseconds, OutProblem);
-				if (Damage != EDamage::None && OutProblem.IsEmpty())
-				{
-					Damage = Connect(PatienceMilliseconds, OutProblem); // A fault of the disk can look like damage once.
-				}
-				if (!OutProblem.IsEmpty())
-				{
-					Connection.reset();
-					return false;
-				}
-			}
-			if (Damage == EDamage::None)
-			{
-				return true;
+				return FOutcome::Done();
 			}
 			Connection.reset();
-			FileNumber = static_cast<uint64>(Status.st_ino);
-			if (!SetAside(Damage, OutProblem))
+			if (FOutcome Aside = SetAside(*Connected); !Aside)
 			{
-				return false;
+				return Aside;
 			}
 			CheckSoon();
 		}
-		OutProblem = BusyProblem;
-		return false;
+		return FOutcome(EOutcome::Busy, BusyProblem, Path);
 	}
 
-	FConversationStore::EDamage FConversationStore::Connect(int32 PatienceMilliseconds, FString& OutProblem)
+	TOutcome<FConversationStore::EDamage> FConversationStore::ConnectSurely(int32 TimeoutMilliseconds)
+	{
+		TOutcome<EDamage> Connected = Connect(TimeoutMilliseconds);
+		// A fault of the disk can look like damage once.
+		return Connected && *Connected != EDamage::None ? Connect(TimeoutMilliseconds) : Connected;
+	}
+
+	TOutcome<FConversationStore::EDamage> FConversationStore::Connect(int32 TimeoutMilliseconds)
 	{
 		Connection = std::make_unique<FSqliteConnection>();
-		if (!Connection->Open(PathBytes, false))
+		if (const FOutcome Opened = StoreSchema::Open(*Connection, Path, ESqliteAccess::Write); !Opened)
 		{
-			if (!Connection->IsDamaged())
-			{
-				OutProblem = Explain(*Connection);
-			}
-			return EDamage::Broken;
+			return Opened.Is(EOutcome::Damaged) ? TOutcome<EDamage>(EDamage::Broken) : TOutcome<EDamage>(Explain(Opened));
 		}
-		Connection->SetPatience(PatienceMilliseconds);
+		Connection->SetTimeout(TimeoutMilliseconds);
 		constexpr int64 Unreadable = -1;
 		const int64 Application = Connection->ReadInteger("PRAGMA application_id", Unreadable);
 		const int64 Version = Application == Unreadable ? Unreadable : Connection->ReadInteger("PRAGMA user_version", Unreadable);
@@ -461,8 +441,7 @@ namespace Velmora
 		}
 		if (!bHasTables && !Connection->IsDamaged() && !Connection->LacksTable())
 		{
-			OutProblem = Explain(*Connection);
-			return EDamage::Broken;
+			return Explain(Connection->GetError());
 		}
 		if (Application == StoreSchema::ApplicationId)
 		{

@@ -5,8 +5,10 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <vector>
 
 #include "CoreMinimal.h"
+#include "Host/Outcome.h"
 #include "Templates/Function.h"
 #include "Templates/SharedPointer.h"
 
@@ -16,18 +18,18 @@ namespace Velmora
 {
 	class FSqliteConnection;
 
-	/** How an operation on the store ended. */
-	enum class EStoreResult
+	namespace StoreSchema
 	{
-		Done, // For changes: on disk.
-		Missing, // The store has no such conversation. Nothing has changed.
-		Failed // The problem says why. Nothing has changed.
-	};
+		struct FConversationRow;
+	}
 
 	/**
 	 * The conversations of one project in one SQLite file. Any thread: one operation at a time, on one connection that
 	 * is opened when it is first needed and opened anew after a fault. Each change is one transaction, and is on the
 	 * disk when it is reported as done. Other programs may use the same file.
+	 *
+	 * Operations are done, or nothing has changed: Missing when the store has no such conversation, Busy when it is worth
+	 * another try, and for any other reason. The words are a sentence for the user.
 	 *
 	 * Ids are compared without letter case. Texts come back unit by unit as they were given, whatever they hold.
 	 */
@@ -38,48 +40,48 @@ namespace Velmora
 		static TSharedRef<FConversationStore> GetDefault();
 
 		/** @param Path  The database file. Neither it nor its folder need exist. */
-		explicit FConversationStore(const FString& Path);
+		explicit FConversationStore(const std::string& Path);
 		~FConversationStore();
 		FConversationStore(const FConversationStore&) = delete;
 		FConversationStore& operator=(const FConversationStore&) = delete;
 
 		/** How long an operation waits for its turn: a frame can spare little, a worker has time. */
-		static constexpr int32 FramePatienceMilliseconds = 50;
-		static constexpr int32 WorkerPatienceMilliseconds = 1000;
+		static constexpr int32 FrameTimeoutMilliseconds = 50;
+		static constexpr int32 WorkerTimeoutMilliseconds = 1000;
 
 		/**
-		 * Stores the messages of a conversation from index First on, and its mode, behind those that the store has. If
+		 * Stores the messages of a conversation from index First on, and its mode, after those that the store has. If
 		 * the store does not have the conversation (or no longer), all of its messages are stored.
 		 *
 		 * @param InOutConversation  Its LastUpdated becomes the time of this change.
 		 */
-		EStoreResult Append(FConversationMetadata& InOutConversation, int32 First, FString& OutProblem);
+		FOutcome Append(FConversationMetadata& InOutConversation, int32 First);
 
 		/**
 		 * Stores one more message of a conversation that the store must have already. For workers.
 		 *
-		 * @param OutKey  Names the message, for Withdraw.
+		 * @return Names the message, for Withdraw.
 		 */
-		EStoreResult AppendMessage(const FString& Id, const FConversationMessage& Message, int64& OutKey, FString& OutProblem);
+		TOutcome<int64> AppendMessage(const FString& Id, const FConversationMessage& Message);
 
 		/** Takes back one message that was stored and never told. */
-		EStoreResult Withdraw(const FString& Id, int64 Key, FString& OutProblem);
+		FOutcome Withdraw(const FString& Id, int64 Key);
 
 		/** Drops all messages of a conversation but the first KeepCount, and the whole conversation when that is zero. */
-		EStoreResult TruncateMessages(const FString& Id, int32 KeepCount, FString& OutProblem);
+		FOutcome TruncateMessages(const FString& Id, int32 KeepCount);
 
 		/** The same when MayDrop, which is given all messages, agrees; otherwise nothing has changed and it is Missing. For workers. */
-		EStoreResult TruncateMessagesIf(
-			const FString& Id, int32 KeepCount, const TFunction<bool(const TArray<FConversationMessage>&)>& MayDrop, FString& OutProblem);
+		using FMayDrop = TFunction<bool(const TArray<FConversationMessage>&)>;
+		FOutcome TruncateMessagesIf(const FString& Id, int32 KeepCount, const FMayDrop& MayDrop);
 
 		/** Reads one conversation with all its messages. */
-		EStoreResult Load(const FString& Id, FConversationMetadata& OutConversation, FString& OutProblem);
-		EStoreResult Delete(const FString& Id, FString& OutProblem);
-		EStoreResult Clear(FString& OutProblem);
+		TOutcome<FConversationMetadata> Load(const FString& Id);
+		FOutcome Delete(const FString& Id);
+		FOutcome Clear();
 
 		/** All conversations, the latest first, each with its messages up to the first one of the user (see StoreSchema::MakeOpening) and
 		 * no more. */
-		EStoreResult GetSummaries(TArray<FConversationMetadata>& OutSummaries, FString& OutProblem);
+		TOutcome<TArray<FConversationMetadata>> GetSummaries();
 
 		/**
 		 * Opens the store if that has not happened, goes through the whole file, sets it aside if it is damaged, and
@@ -97,10 +99,11 @@ namespace Velmora
 		/** Writes what is pending into the main file and closes it. The next operation opens it again. */
 		void Close();
 
-		/** Reads summaries of any store on a connection of its own, for readers on other threads. A missing file is an empty store. */
-		static bool ReadSummaries(const FString& Path, TArray<FConversationMetadata>& OutSummaries, bool& bOutIsDamaged);
-
-		const FString& GetPath() const { return Path; }
+		/**
+		 * Reads summaries of any store on a connection of its own, for readers on other threads. A missing file is an empty store.
+		 * Of a damaged one, what can be read.
+		 */
+		static FOutcome ReadSummaries(const std::string& Path, TArray<FConversationMetadata>& OutSummaries);
 
 	private:
 		/** The right to use the connection, for one operation. */
@@ -122,19 +125,25 @@ namespace Velmora
 		};
 
 		/** Opens what must be open and does the work in one transaction, which is kept if the work is done. */
-		EStoreResult Run(
-			EAccess Access, int32 PatienceMilliseconds, FString& OutProblem, const TFunction<EStoreResult(FSqliteConnection&)>& Work);
+		using FWork = TFunction<FOutcome(FSqliteConnection&)>;
+		FOutcome Run(EAccess Access, int32 TimeoutMilliseconds, const FWork& Work);
 
-		EStoreResult Truncate(const FString& Id, int32 KeepCount, const TFunction<bool(const TArray<FConversationMessage>&)>& MayDrop,
-			int32 PatienceMilliseconds, FString& OutProblem);
+		FOutcome Truncate(const FString& Id, int32 KeepCount, const FMayDrop& MayDrop, int32 TimeoutMilliseconds);
 
 		// The caller of these has the turn.
-		bool Open(int32 PatienceMilliseconds, FString& OutProblem);
-		EDamage Connect(int32 PatienceMilliseconds, FString& OutProblem);
-		bool CreateFile(FString& OutProblem);
-		bool SetAside(EDamage Damage, FString& OutProblem);
+		FOutcome RunOnce(EAccess Access, int32 TimeoutMilliseconds, bool bMayTakeTime, const FWork& Work);
+		FOutcome Begin(EAccess Access, int32 TimeoutMilliseconds);
+		FOutcome Open(int32 TimeoutMilliseconds);
+
+		/** Done with what is wrong with the file, if anything is; an outcome of its own when that cannot be told. */
+		TOutcome<EDamage> Connect(int32 TimeoutMilliseconds);
+		TOutcome<EDamage> ConnectSurely(int32 TimeoutMilliseconds);
+		FOutcome CreateFile();
+		FOutcome SetAside(EDamage Damage);
 		bool IsStillInPlace() const;
-		FString Explain(const FSqliteConnection& Failed);
+
+		/** As a sentence, and never Missing, which is for conversations. Has a damaged file looked through. */
+		FOutcome Explain(const FOutcome& Failure);
 
 		/** Makes the log as long as it will be, since to make a file longer costs the disk more than to write into it. */
 		void ReserveLog();
@@ -151,11 +160,21 @@ namespace Velmora
 		EVerdict CheckWholeFile() const;
 		void RecoverPending();
 
+		/** Gives one conversation by its number there; without an id when its own row is lost. */
+		using FConversationSource = TFunction<void(int64, StoreSchema::FConversationRow&, TArray<FConversationMessage>&)>;
+
+		/** Fills in what a lost row leaves open. */
+		using FTakenName = TFunction<void(int64, StoreSchema::FConversationRow&)>;
+
+		/** Adds the conversations of another file that the store does not have, in transactions short enough for others to go between. */
+		FOutcome TakeOver(const FConversationSource& Source, const std::vector<int64>& Numbers, const FTakenName& MakeId, int32& OutCount);
+		FOutcome AddRecovered(FSqliteConnection& Database, StoreSchema::FConversationRow& Row, const TArray<FConversationMessage>& Messages,
+			int64& InOutUnits, int32& InOutAdded);
+
 		/** False when it has to be done again. */
 		bool RecoverFile(const std::string& Name, EDamage Damage);
 
-		const FString Path;
-		const std::string PathBytes;
+		const std::string Path;
 
 		std::mutex TurnMutex;
 		std::condition_variable TurnEnded;
@@ -166,7 +185,7 @@ namespace Velmora
 		// What follows belongs to whoever has the turn.
 		std::unique_ptr<FSqliteConnection> Connection;
 		uint64 FileNumber = 0;
-		bool bHasFoundRot = false;
+		bool bWasInterrupted = false;
 
 		/** One thread at a time goes through the whole file. */
 		std::mutex CheckMutex;

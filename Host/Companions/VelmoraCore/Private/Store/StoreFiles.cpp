@@ -9,6 +9,7 @@
 #include <thread>
 #include <unistd.h>
 
+#include "CoreMinimal.h"
 #include "Text/Utf8Text.h"
 
 namespace Velmora::StoreFiles
@@ -18,49 +19,35 @@ namespace Velmora::StoreFiles
 		constexpr const char* Companions[] = { "-wal", "-shm", "-journal" };
 	}
 
-	FFolderLock::FFolderLock(const std::string& Path, int32 PatienceMilliseconds)
+	FFolderLock::FFolderLock(const std::string& Path, int32 TimeoutMilliseconds)
+		: Folder(FFileDescriptor::Open(Path, O_RDONLY | O_DIRECTORY))
 	{
-		const int Handle = open(Path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-		if (Handle < 0)
+		if (!Folder.IsOpen())
 		{
-			Error = errno;
+			Outcome = FOutcome::FromSystem(errno, Path);
 			return;
 		}
-		const auto End = std::chrono::steady_clock::now() + std::chrono::milliseconds(PatienceMilliseconds);
-		while (flock(Handle, LOCK_EX | LOCK_NB) != 0)
+		const auto End = std::chrono::steady_clock::now() + std::chrono::milliseconds(TimeoutMilliseconds);
+		while (HostRetryInterrupted([this] { return flock(Folder.Get(), LOCK_EX | LOCK_NB); }) != 0)
 		{
 			if (errno != EWOULDBLOCK || std::chrono::steady_clock::now() > End)
 			{
-				Error = errno == EWOULDBLOCK ? 0 : errno;
-				close(Handle);
+				Outcome = FOutcome::FromSystem(errno, Path);
 				return;
 			}
 			std::this_thread::sleep_for(std::chrono::milliseconds(1));
 		}
-		Folder = Handle;
 	}
 
-	FFolderLock::~FFolderLock()
+	FOutcome FFolderLock::Flush() const
 	{
-		if (Folder >= 0)
-		{
-			close(Folder);
-		}
-	}
-
-	bool FFolderLock::Flush() const
-	{
-		return fsync(Folder) == 0;
+		return Folder.Flush() ? FOutcome::Done() : FOutcome::FromSystem(errno);
 	}
 
 	void FlushFolder(const std::string& Path)
 	{
-		const int Handle = open(Path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-		if (Handle >= 0)
-		{
-			fsync(Handle);
-			close(Handle);
-		}
+		const FFileDescriptor Folder = FFileDescriptor::Open(Path, O_RDONLY | O_DIRECTORY);
+		(void)(Folder.IsOpen() && Folder.Flush());
 	}
 
 	std::string GetFolder(const std::string& Path)
@@ -74,20 +61,27 @@ namespace Velmora::StoreFiles
 		return Path.substr(Path.rfind('/') + 1);
 	}
 
-	bool CreateEmpty(const std::string& Path)
+	FOutcome CreateEmpty(const std::string& Path)
 	{
-		const int Handle = open(Path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
-		return Handle >= 0 && close(Handle) == 0;
+		FFileDescriptor File = FFileDescriptor::Open(Path, O_RDWR | O_CREAT | O_EXCL, 0600);
+		const bool bIsMade = File.IsOpen() && HostRetryInterrupted([&File] { return fchmod(File.Get(), 0600); }) == 0 && File.Close();
+		return bIsMade ? FOutcome::Done() : FOutcome::FromSystem(errno, Path);
 	}
 
-	bool Rename(const std::string& From, const std::string& To)
+	FOutcome Move(const std::string& From, const std::string& To)
 	{
-		if (rename(From.c_str(), To.c_str()) != 0)
+		const int Moved = HostRetryInterrupted([&From, &To] { return rename(From.c_str(), To.c_str()); });
+		return Moved == 0 ? FOutcome::Done() : FOutcome::FromSystem(errno, From);
+	}
+
+	FOutcome Rename(const std::string& From, const std::string& To)
+	{
+		FOutcome Moved = Move(From, To);
+		if (Moved)
 		{
-			return false;
+			RenameCompanions(From, To);
 		}
-		RenameCompanions(From, To);
-		return true;
+		return Moved;
 	}
 
 	void RenameCompanions(const std::string& From, const std::string& To)
@@ -99,13 +93,13 @@ namespace Velmora::StoreFiles
 			{
 				Target += '_';
 			}
-			rename((From + Companion).c_str(), Target.c_str());
+			(void)Move(From + Companion, Target); // There may be none.
 		}
 	}
 
 	void Remove(const std::string& Path)
 	{
-		unlink(Path.c_str());
+		HostRetryInterrupted([&Path] { return unlink(Path.c_str()); });
 		RemoveCompanions(Path);
 	}
 
@@ -113,7 +107,8 @@ namespace Velmora::StoreFiles
 	{
 		for (const char* Companion : Companions)
 		{
-			unlink((Path + Companion).c_str());
+			const std::string Name = Path + Companion;
+			HostRetryInterrupted([&Name] { return unlink(Name.c_str()); });
 		}
 	}
 

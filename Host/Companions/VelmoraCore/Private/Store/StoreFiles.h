@@ -2,7 +2,8 @@
 
 #include <string>
 
-#include "CoreMinimal.h"
+#include "Host/FileDescriptor.h"
+#include "Host/Outcome.h"
 
 /** The files of a store: the database, and what the database library keeps beside it. Any thread. */
 namespace Velmora::StoreFiles
@@ -12,22 +13,17 @@ namespace Velmora::StoreFiles
 	{
 	public:
 		/** Tries for that long. */
-		FFolderLock(const std::string& Folder, int32 PatienceMilliseconds);
-		~FFolderLock();
-		FFolderLock(const FFolderLock&) = delete;
-		FFolderLock& operator=(const FFolderLock&) = delete;
+		FFolderLock(const std::string& Path, int32 TimeoutMilliseconds);
 
-		bool IsHeld() const { return Folder >= 0; }
-
-		/** Number of the system's error when it is not held; 0 when another program holds it. */
-		int GetError() const { return Error; }
+		/** Done when it is held, Busy when another program holds it. */
+		const FOutcome& GetOutcome() const { return Outcome; }
 
 		/** Makes renamings and new files in the folder last. */
-		bool Flush() const;
+		FOutcome Flush() const;
 
 	private:
-		int Folder = -1;
-		int Error = 0;
+		FFileDescriptor Folder;
+		FOutcome Outcome;
 	};
 
 	/** Makes new entries of a folder last; what cannot be flushed is left to the system. */
@@ -36,11 +32,14 @@ namespace Velmora::StoreFiles
 	std::string GetFolder(const std::string& Path);
 	std::string GetName(const std::string& Path);
 
-	/** An empty file for the user alone. Sets errno on failure, also when there is one. */
-	bool CreateEmpty(const std::string& Path);
+	/** An empty file for the user alone, whatever the mask. Exists when there is one. */
+	FOutcome CreateEmpty(const std::string& Path);
 
-	/** Gives a database and its companions another name; a companion that does not exist is passed over. Sets errno on failure. */
-	bool Rename(const std::string& From, const std::string& To);
+	/** Gives a file another name, in one step. */
+	FOutcome Move(const std::string& From, const std::string& To);
+
+	/** Gives a database and its companions another name; a companion that does not exist is passed over. */
+	FOutcome Rename(const std::string& From, const std::string& To);
 
 	/** The companions alone. */
 	void RenameCompanions(const std::string& From, const std::string& To);

@@ -5,7 +5,6 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <string>
 #include <sys/stat.h>
 
@@ -62,7 +61,7 @@ namespace Velmora
 		return Location;
 	}
 
-	bool MakePrivateFolder(const FString& Folder, FString& OutProblem)
+	FOutcome MakePrivateFolder(const FString& Folder)
 	{
 		const std::string Path = HostFileNameToBytes(Folder);
 		for (size_t End = Path.find('/', 1);; End = Path.find('/', End + 1))
@@ -71,21 +70,18 @@ namespace Velmora
 			struct stat Status;
 			if (stat(Part.c_str(), &Status) != 0)
 			{
-				if (mkdir(Part.c_str(), 0700) != 0 && errno != EEXIST)
+				if (HostRetryInterrupted([&Part] { return mkdir(Part.c_str(), 0700); }) != 0 && errno != EEXIST)
 				{
-					OutProblem = FString(TEXT("The folder ")) + HostFileNameFromBytes(Part) + TEXT(" cannot be made: ") +
-						HostFileNameFromBytes(strerror(errno)) + TEXT(".");
-					return false;
+					return FOutcome::FromSystem(errno, Part).Explain("The folder " + Part + " cannot be made");
 				}
 			}
 			else if (!S_ISDIR(Status.st_mode))
 			{
-				OutProblem = HostFileNameFromBytes(Part) + TEXT(" is a file, not a folder.");
-				return false;
+				return FOutcome(EOutcome::Exists, Part + " is a file, not a folder.", Part);
 			}
 			if (End == std::string::npos)
 			{
-				return true;
+				return FOutcome::Done();
 			}
 		}
 	}

@@ -1,6 +1,7 @@
 #include "Store/StoreNotices.h"
 
 #include <mutex>
+#include <utility>
 
 #include "Async/Async.h"
 
@@ -9,25 +10,25 @@ namespace Velmora::StoreNotices
 	namespace
 	{
 		std::mutex NoticesMutex;
-		TArray<FString> WaitingNotices;
+		std::vector<std::string> WaitingNotices;
 
 		/** Game thread. */
 		TFunction<void()> NoticeListener;
 	}
 
-	void Add(const FString& Sentence)
+	void Add(std::string Sentence)
 	{
 		{
 			const std::scoped_lock Lock(NoticesMutex);
-			WaitingNotices.Add(Sentence);
+			WaitingNotices.push_back(std::move(Sentence));
 		}
 		Remind();
 	}
 
-	TArray<FString> Take()
+	std::vector<std::string> Take()
 	{
 		const std::scoped_lock Lock(NoticesMutex);
-		return MoveTemp(WaitingNotices);
+		return std::exchange(WaitingNotices, {});
 	}
 
 	void SetListener(TFunction<void()> Listener)
@@ -39,7 +40,7 @@ namespace Velmora::StoreNotices
 	{
 		{
 			const std::scoped_lock Lock(NoticesMutex);
-			if (WaitingNotices.Num() == 0)
+			if (WaitingNotices.empty())
 			{
 				return;
 			}

@@ -1,19 +1,21 @@
 #pragma once
 
-#include "CoreMinimal.h"
+#include <string>
+#include <vector>
+
 #include "Templates/Function.h"
 
 /**
  * What the store has to tell the user: that a damaged file was set aside, for one. Each sentence waits until an agent
- * can tell it, and is told once.
+ * can tell it, and is told once. UTF-8.
  */
 namespace Velmora::StoreNotices
 {
 	/** Any thread. */
-	void Add(const FString& Sentence);
+	void Add(std::string Sentence);
 
 	/** What waits, the oldest first; it waits no longer. Any thread. */
-	TArray<FString> Take();
+	std::vector<std::string> Take();
 
 	/** Called on the game thread, in a task of its own, when something begins to wait. Replaces the one before; game thread. */
 	void SetListener(TFunction<void()> Listener);

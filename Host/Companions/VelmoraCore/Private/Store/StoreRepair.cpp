@@ -1,9 +1,7 @@
 #include "Store/ConversationStore.h"
 
-#include <cerrno>
 #include <chrono>
 #include <cstdio>
-#include <cstring>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <thread>
@@ -12,9 +10,11 @@
 
 #include "Text/Utf8Text.h"
 #include "Async/Async.h"
+#include "Host/FileDescriptor.h"
 #include "Host/HostFileNames.h"
+#include "Host/HostSystemErrors.h"
+#include "Host/Sqlite.h"
 #include "Host/StoreLocation.h"
-#include "Store/SqliteConnection.h"
 #include "Store/StoreFiles.h"
 #include "Store/StoreNotices.h"
 #include "Store/StoreSalvage.h"
@@ -37,14 +37,9 @@ namespace Velmora
 		/** A little more than the log takes until a worker empties it. */
 		constexpr int64 ReservedLogBytes = 4'500'000;
 
-		FString DescribeFailure(const TCHAR* What, int Error)
+		FOutcome ExplainUnmade(const std::string& Path, const FOutcome& Failure)
 		{
-			return FString(What) + TEXT(": ") + Utf8Text::ToString(strerror(Error)) + TEXT(".");
-		}
-
-		FString DescribeUnmade(const std::string& Path, const std::string& Reason)
-		{
-			return Utf8Text::ToString("The conversation store " + Path + " cannot be made: " + Reason + ".");
+			return Failure.Explain("The conversation store " + Path + " cannot be made");
 		}
 
 		/** @param OutPending  The file that it is to recover from, empty without one. */
@@ -53,7 +48,7 @@ namespace Velmora
 			bool bIsComplete = false;
 			{
 				FSqliteConnection Database;
-				bIsComplete = Database.Open(Path, false) &&
+				bIsComplete = StoreSchema::Open(Database, Path, ESqliteAccess::Write) &&
 					Database.ReadInteger("PRAGMA application_id", 0) == StoreSchema::ApplicationId &&
 					Database.ReadInteger("PRAGMA user_version", 0) == StoreSchema::Version && StoreSchema::HasTables(Database);
 				FSqliteQuery Query = Database.Query("SELECT file FROM recoveries");
@@ -66,34 +61,34 @@ namespace Velmora
 			return bIsComplete;
 		}
 
+		FOutcome FillEmptyStore(const std::string& Path, const std::string& Pending, int64 Damage)
+		{
+			FSqliteConnection Database;
+			FOutcome Step = StoreSchema::Open(Database, Path, ESqliteAccess::Write);
+			Step = Step ? StoreSchema::Create(Database) : Step;
+			if (Step && !Pending.empty())
+			{
+				Step = Database.Query("INSERT INTO recoveries(file, damage) VALUES(?, ?)").BindText(Pending).Bind(Damage).Finish();
+			}
+			return Step ? Database.Execute("PRAGMA journal_mode=WAL") : Step;
+		}
+
 		/** A store without conversations, which remembers one to recover from if Pending is not empty. */
-		bool MakeEmptyStore(const std::string& Path, const std::string& Pending, int64 Damage, FString& OutProblem)
+		FOutcome MakeEmptyStore(const std::string& Path, const std::string& Pending, int64 Damage)
 		{
 			StoreFiles::Remove(Path);
-			if (!StoreFiles::CreateEmpty(Path))
+			FOutcome Made = StoreFiles::CreateEmpty(Path);
+			if (Made)
 			{
-				OutProblem = DescribeUnmade(Path, strerror(errno));
-				return false;
-			}
-			bool bIsMade = false;
-			{
-				FSqliteConnection Database;
-				bIsMade = Database.Open(Path, false) && StoreSchema::Create(Database) &&
-					(Pending.empty() ||
-						Database.Query("INSERT INTO recoveries(file, damage) VALUES(?, ?)").BindText(Pending).Bind(Damage).Finish()) &&
-					Database.Execute("PRAGMA journal_mode=WAL");
-				if (!bIsMade)
+				Made = FillEmptyStore(Path, Pending, Damage);
+				if (!Made)
 				{
-					OutProblem = DescribeUnmade(Path, Utf8Text::FromString(Database.DescribeError()));
+					StoreFiles::Remove(Path);
 				}
-			}
-			if (!bIsMade)
-			{
-				StoreFiles::Remove(Path);
 			}
 			// The log is empty yet; under the final name it would be in the way of another program's.
 			StoreFiles::RemoveCompanions(Path);
-			return bIsMade;
+			return Made ? Made : ExplainUnmade(Path, Made);
 		}
 
 		/** 32 digits like those of any conversation; the same each time, so that a recovery that was cut off does not add it twice. */
@@ -107,94 +102,96 @@ namespace Velmora
 		}
 
 		/** @param Damage  See FConversationStore::EDamage. */
-		const TCHAR* DescribeDamage(int64 Damage)
+		std::string DescribeDamage(int64 Damage)
 		{
-			return Damage == 3 ? TEXT("The conversation store was written by a later version of this program.")
-				: Damage == 2  ? TEXT("The file of the conversation store belongs to another program.")
-							   : TEXT("The conversation store was damaged.");
+			return Damage == 3 ? "The conversation store was written by a later version of this program."
+				: Damage == 2  ? "The file of the conversation store belongs to another program."
+							   : "The conversation store was damaged.";
 		}
 	}
 
-	bool FConversationStore::CreateFile(FString& OutProblem)
+	FOutcome FConversationStore::CreateFile()
 	{
-		const std::string Folder = StoreFiles::GetFolder(PathBytes);
-		if (!MakePrivateFolder(HostFileNameFromBytes(Folder), OutProblem))
+		const std::string Folder = StoreFiles::GetFolder(Path);
+		if (FOutcome Made = MakePrivateFolder(HostFileNameFromBytes(Folder)); !Made)
 		{
-			return false;
+			return Made;
 		}
-		const StoreFiles::FFolderLock Lock(Folder, FramePatienceMilliseconds);
-		if (!Lock.IsHeld())
+		const StoreFiles::FFolderLock Lock(Folder, FrameTimeoutMilliseconds);
+		if (Lock.GetOutcome().Is(EOutcome::Busy))
 		{
-			OutProblem = Lock.GetError() == 0
-				? FString(TEXT("The conversation store is busy: another program makes it just now. Try again in a moment."))
-				: DescribeFailure(TEXT("The folder of the conversation store cannot be used"), Lock.GetError());
-			return false;
+			return FOutcome(
+				EOutcome::Busy, "The conversation store is busy: another program makes it just now. Try again in a moment.", Path);
 		}
-		if (StoreFiles::GetFileNumber(PathBytes) != 0)
+		if (!Lock.GetOutcome())
 		{
-			return true;
+			return Lock.GetOutcome().Explain("The folder of the conversation store cannot be used");
 		}
-		const std::string NewPath = PathBytes + NewSuffix;
+		if (StoreFiles::GetFileNumber(Path) != 0)
+		{
+			return FOutcome::Done();
+		}
+		const std::string NewPath = Path + NewSuffix;
 		std::string Pending;
 		const bool bIsTakenOver = StoreFiles::GetFileNumber(NewPath) != 0 && IsComplete(NewPath, Pending);
-		if (!bIsTakenOver && !MakeEmptyStore(NewPath, std::string(), 0, OutProblem))
+		if (FOutcome Made = bIsTakenOver ? FOutcome::Done() : MakeEmptyStore(NewPath, std::string(), 0); !Made)
 		{
-			return false;
+			return Made;
 		}
 		// What a store that is gone has left behind must not be taken for the log of the new one.
-		StoreFiles::RenameCompanions(PathBytes, Pending.empty() ? StoreFiles::MakeAsideName(PathBytes, "left") : Folder + '/' + Pending);
-		if (rename(NewPath.c_str(), PathBytes.c_str()) != 0 || !Lock.Flush())
+		StoreFiles::RenameCompanions(Path, Pending.empty() ? StoreFiles::MakeAsideName(Path, "left") : Folder + '/' + Pending);
+		FOutcome Placed = StoreFiles::Move(NewPath, Path);
+		Placed = Placed ? Lock.Flush() : Placed;
+		if (!Placed)
 		{
-			OutProblem = DescribeUnmade(PathBytes, strerror(errno));
-			return false;
+			return ExplainUnmade(Path, Placed);
 		}
 		StoreFiles::FlushFolder(StoreFiles::GetFolder(Folder)); // Where the store's folder may be new.
 		if (bIsTakenOver)
 		{
 			CheckSoon();
 		}
-		return true;
+		return FOutcome::Done();
 	}
 
-	bool FConversationStore::SetAside(EDamage Damage, FString& OutProblem)
+	FOutcome FConversationStore::SetAside(EDamage Damage)
 	{
-		const StoreFiles::FFolderLock Lock(StoreFiles::GetFolder(PathBytes), FramePatienceMilliseconds);
-		if (!Lock.IsHeld())
+		const StoreFiles::FFolderLock Lock(StoreFiles::GetFolder(Path), FrameTimeoutMilliseconds);
+		if (!Lock.GetOutcome())
 		{
-			OutProblem = TEXT("The conversation store is damaged and cannot be set aside just now. Try again in a moment.");
-			return false;
+			return FOutcome(
+				EOutcome::Busy, "The conversation store is damaged and cannot be set aside just now. Try again in a moment.", Path);
 		}
 		if (!IsStillInPlace())
 		{
-			return true; // Another program was quicker.
+			return FOutcome::Done(); // Another program was quicker.
 		}
-		// As long as we could write, nobody else does: whoever waits finds another file afterwards (see Run).
+		// As long as we could write, nobody else does: whoever waits finds another file afterwards (see Begin).
 		FSqliteConnection Guard;
 		struct stat Status;
-		if (stat(PathBytes.c_str(), &Status) == 0 && S_ISREG(Status.st_mode) && Status.st_size > 0 && Guard.Open(PathBytes, false))
+		if (stat(Path.c_str(), &Status) == 0 && S_ISREG(Status.st_mode) && Status.st_size > 0 &&
+			StoreSchema::Open(Guard, Path, ESqliteAccess::Write))
 		{
-			Guard.SetPatience(FramePatienceMilliseconds);
-			if (!Guard.Execute("BEGIN IMMEDIATE") && Guard.IsBusy())
+			Guard.SetTimeout(FrameTimeoutMilliseconds);
+			if (Guard.Execute("BEGIN IMMEDIATE").Is(EOutcome::Busy))
 			{
-				OutProblem = TEXT("The conversation store is damaged and another program is using it. Try again in a moment.");
-				return false;
+				return FOutcome(
+					EOutcome::Busy, "The conversation store is damaged and another program is using it. Try again in a moment.", Path);
 			}
 		}
-		const std::string NewPath = PathBytes + NewSuffix;
-		const std::string AsidePath = StoreFiles::MakeAsideName(PathBytes,
+		const std::string NewPath = Path + NewSuffix;
+		const std::string AsidePath = StoreFiles::MakeAsideName(Path,
 			Damage == EDamage::Broken	   ? "damaged"
 				: Damage == EDamage::Newer ? "newer"
 										   : "foreign");
-		if (!MakeEmptyStore(NewPath, StoreFiles::GetName(AsidePath), static_cast<int64>(Damage), OutProblem))
+		if (FOutcome Made = MakeEmptyStore(NewPath, StoreFiles::GetName(AsidePath), static_cast<int64>(Damage)); !Made)
 		{
-			return false;
+			return Made;
 		}
-		if (!StoreFiles::Rename(PathBytes, AsidePath) || rename(NewPath.c_str(), PathBytes.c_str()) != 0 || !Lock.Flush())
-		{
-			OutProblem = DescribeFailure(TEXT("The conversation store is damaged and cannot be set aside"), errno);
-			return false;
-		}
-		return true;
+		FOutcome Step = StoreFiles::Rename(Path, AsidePath);
+		Step = Step ? StoreFiles::Move(NewPath, Path) : Step;
+		Step = Step ? Lock.Flush() : Step;
+		return Step ? Step : Step.Explain("The conversation store is damaged and cannot be set aside");
 	}
 
 	void FConversationStore::CheckSoon()
@@ -210,16 +207,14 @@ namespace Velmora
 	{
 		const std::scoped_lock Lock(CheckMutex);
 		bIsCheckComing = false;
-		FString Problem;
-		if (Run(EAccess::Read, WorkerPatienceMilliseconds, Problem, [](FSqliteConnection&) { return EStoreResult::Done; }) !=
-			EStoreResult::Done)
+		if (!Run(EAccess::Read, WorkerTimeoutMilliseconds, [](FSqliteConnection&) { return FOutcome::Done(); }))
 		{
-			return;
+			return; // Whoever uses the store is told.
 		}
 		ReserveLog();
 		if (bNeedsCheck.exchange(false) || !bIsChecked)
 		{
-			const uint64 CheckedFile = StoreFiles::GetFileNumber(PathBytes);
+			const uint64 CheckedFile = StoreFiles::GetFileNumber(Path);
 			EVerdict Verdict = CheckWholeFile();
 			if (Verdict == EVerdict::Damaged)
 			{
@@ -228,12 +223,12 @@ namespace Velmora
 			bIsChecked = Verdict == EVerdict::Sound;
 			if (Verdict == EVerdict::Damaged)
 			{
-				const FTurn Turn(*this, WorkerPatienceMilliseconds);
-				if (Turn.IsMine() && StoreFiles::GetFileNumber(PathBytes) == CheckedFile)
+				const FTurn Turn(*this, WorkerTimeoutMilliseconds);
+				if (Turn.IsMine() && StoreFiles::GetFileNumber(Path) == CheckedFile)
 				{
 					Connection.reset();
 					FileNumber = CheckedFile;
-					bIsChecked = SetAside(EDamage::Broken, Problem);
+					bIsChecked = SetAside(EDamage::Broken).IsDone();
 				}
 			}
 		}
@@ -242,33 +237,35 @@ namespace Velmora
 
 	void FConversationStore::ReserveLog()
 	{
-		const std::string LogPath = PathBytes + "-wal";
+		const std::string LogPath = Path + "-wal";
 		const std::vector<char> Zeros(ReservedLogBytes / 16);
-		int Log = -1;
+		FFileDescriptor Log;
 		bool bIsLong = false;
 		while (!bIsLong && !bStopsChecking)
 		{
 			LetOthersGoFirst();
 			bIsLong = true;
-			FString Problem;
 			// Zeros at the end of the log mean nothing to readers. The lock keeps them from falling on what others write.
-			Run(EAccess::Write, WorkerPatienceMilliseconds, Problem,
+			(void)Run(EAccess::Write, WorkerTimeoutMilliseconds,
 				[&](FSqliteConnection&)
 				{
 					struct stat Status;
-					Log = Log >= 0 ? Log : open(LogPath.c_str(), O_WRONLY | O_CLOEXEC);
-					if (Log >= 0 && fstat(Log, &Status) == 0 && Status.st_size < ReservedLogBytes)
+					if (!Log.IsOpen())
+					{
+						Log = FFileDescriptor::Open(LogPath, O_WRONLY);
+					}
+					if (Log.IsOpen() && fstat(Log.Get(), &Status) == 0 && Status.st_size < ReservedLogBytes)
 					{
 						// Without the room the log grows as it is written, as it would have done.
-						bIsLong = pwrite(Log, Zeros.data(), Zeros.size(), Status.st_size) <= 0;
+						const auto Extend = [&] { return pwrite(Log.Get(), Zeros.data(), Zeros.size(), Status.st_size); };
+						bIsLong = HostRetryInterrupted(Extend) <= 0;
 					}
-					return EStoreResult::Missing;
+					return FOutcome(EOutcome::Missing, "nothing is to be kept of it");
 				});
 		}
-		if (Log >= 0)
+		if (Log.IsOpen())
 		{
-			fdatasync(Log);
-			close(Log);
+			HostRetryInterrupted([&Log] { return fdatasync(Log.Get()); });
 		}
 	}
 
@@ -283,13 +280,16 @@ namespace Velmora
 
 	FConversationStore::EVerdict FConversationStore::CheckWholeFile() const
 	{
+		const auto Judge = [](const FOutcome& Outcome) {
+			return Outcome.Is(EOutcome::Damaged) ? EVerdict::Damaged : Outcome ? EVerdict::Sound : EVerdict::Unknown;
+		};
 		FSqliteConnection Database;
-		if (!Database.Open(PathBytes, true))
+		if (const FOutcome Opened = StoreSchema::Open(Database, Path, ESqliteAccess::Read); !Opened)
 		{
-			return Database.IsDamaged() ? EVerdict::Damaged : EVerdict::Unknown;
+			return Judge(Opened);
 		}
-		Database.SetPatience(WorkerPatienceMilliseconds);
-		Database.SetStopCheck([](const void* Stops) { return static_cast<const std::atomic<bool>*>(Stops)->load(); }, &bStopsChecking);
+		Database.SetTimeout(WorkerTimeoutMilliseconds);
+		Database.SetStopFlag(&bStopsChecking);
 		{
 			FSqliteQuery Query = Database.Query("PRAGMA quick_check(1)");
 			if (!Query.Next())
@@ -301,9 +301,7 @@ namespace Velmora
 				return EVerdict::Damaged;
 			}
 		}
-		const StoreSchema::EFound Found = StoreSchema::VerifyRows(Database);
-		const bool bIsDamaged = Found == StoreSchema::EFound::Damaged || (Found == StoreSchema::EFound::Failed && Database.IsDamaged());
-		return bIsDamaged ? EVerdict::Damaged : Found == StoreSchema::EFound::Yes ? EVerdict::Sound : EVerdict::Unknown;
+		return Judge(StoreSchema::VerifyRows(Database));
 	}
 
 	void FConversationStore::RecoverPending()
@@ -312,29 +310,90 @@ namespace Velmora
 		{
 			std::string Name;
 			int64 Damage = 0;
-			FString Problem;
-			const EStoreResult Result = Run(EAccess::Read, WorkerPatienceMilliseconds, Problem,
+			const FOutcome Found = Run(EAccess::Read, WorkerTimeoutMilliseconds,
 				[&Name, &Damage](FSqliteConnection& Database)
 				{
 					FSqliteQuery Query = Database.Query("SELECT file, damage FROM recoveries LIMIT 1");
 					if (!Query.Next())
 					{
-						return Query.HasFailed() ? EStoreResult::Failed : EStoreResult::Missing;
+						return Query.HasFailed() ? Query.GetOutcome() : FOutcome(EOutcome::Missing, "there is nothing to recover");
 					}
 					Name = Query.GetBytes(0);
 					Damage = Query.GetInteger(1);
-					return EStoreResult::Done;
+					return FOutcome::Done();
 				});
-			if (Result != EStoreResult::Done || !RecoverFile(Name, static_cast<EDamage>(Damage)))
+			if (!Found || !RecoverFile(Name, static_cast<EDamage>(Damage)))
 			{
 				return;
 			}
 		}
 	}
 
+	FOutcome FConversationStore::TakeOver(
+		const FConversationSource& Source, const std::vector<int64>& Numbers, const FTakenName& MakeId, int32& OutCount)
+	{
+		OutCount = 0;
+		for (size_t Next = 0; Next < Numbers.size();)
+		{
+			if (bStopsChecking)
+			{
+				return FOutcome(EOutcome::Stopped, "it was stopped");
+			}
+			LetOthersGoFirst();
+			size_t End = Next;
+			int32 Added = 0;
+			FOutcome Stored = Run(EAccess::Write, WorkerTimeoutMilliseconds,
+				[&](FSqliteConnection& Database)
+				{
+					End = Next;
+					Added = 0;
+					FOutcome Step;
+					for (int64 Units = 0; Step && End < Numbers.size() && Units < RecoveredUnitsPerTransaction; ++End)
+					{
+						StoreSchema::FConversationRow Row;
+						TArray<FConversationMessage> Messages;
+						Source(Numbers[End], Row, Messages);
+						if (Row.Id.empty())
+						{
+							MakeId(Numbers[End], Row);
+						}
+						Step = AddRecovered(Database, Row, Messages, Units, Added);
+					}
+					return Step;
+				});
+			if (!Stored)
+			{
+				return Stored;
+			}
+			OutCount += Added;
+			Next = End;
+		}
+		return FOutcome::Done();
+	}
+
+	FOutcome FConversationStore::AddRecovered(FSqliteConnection& Database, StoreSchema::FConversationRow& Row,
+		const TArray<FConversationMessage>& Messages, int64& InOutUnits, int32& InOutAdded)
+	{
+		StoreSchema::FConversationRow Known;
+		const FOutcome Found = StoreSchema::FindConversation(Database, Utf8Text::ToString(Row.Id), Known);
+		if (Found || Messages.Num() == 0)
+		{
+			return FOutcome::Done();
+		}
+		Row.Opening = StoreSchema::MakeOpening(Messages);
+		FOutcome Step = Found.Is(EOutcome::Missing) ? StoreSchema::InsertConversation(Database, Row) : Found;
+		for (int32 Index = 0; Step && Index < Messages.Num(); ++Index)
+		{
+			Step = StoreSchema::AddMessage(Database, Row.Number, Messages[Index]);
+			InOutUnits += Messages[Index].Content.Len() + 100;
+		}
+		++InOutAdded;
+		return Step;
+	}
+
 	bool FConversationStore::RecoverFile(const std::string& Name, EDamage Damage)
 	{
-		const std::string AsidePath = StoreFiles::GetFolder(PathBytes) + '/' + Name;
+		const std::string AsidePath = StoreFiles::GetFolder(Path) + '/' + Name;
 		FStoreSalvage Salvage(AsidePath);
 		std::vector<int64> Numbers;
 		// A later version may mean something else by the same rows.
@@ -345,83 +404,38 @@ namespace Velmora
 		struct stat Status;
 		const FDateTime FileTime =
 			stat(AsidePath.c_str(), &Status) == 0 ? FDateTime::FromUnixTimestamp(Status.st_mtime) : FDateTime::UtcNow();
-		FString Problem;
-		int32 RecoveredCount = 0;
-		for (size_t Next = 0; Next < Numbers.size();)
+		const auto MakeId = [&Name, &FileTime](int64 Number, StoreSchema::FConversationRow& Row)
 		{
-			if (bStopsChecking)
-			{
-				return false;
-			}
-			LetOthersGoFirst();
-			size_t End = Next;
-			int32 Added = 0;
-			const EStoreResult Result = Run(EAccess::Write, WorkerPatienceMilliseconds, Problem,
-				[&](FSqliteConnection& Database)
-				{
-					End = Next;
-					Added = 0;
-					for (int64 Units = 0; End < Numbers.size() && Units < RecoveredUnitsPerTransaction; ++End)
-					{
-						StoreSchema::FConversationRow Row;
-						TArray<FConversationMessage> Messages;
-						Salvage.Read(Numbers[End], Row, Messages);
-						if (Row.Id.empty())
-						{
-							Row.Id = MakeRecoveredId(Name, Numbers[End]);
-							Row.Mode = static_cast<int64>(EConversationMode::General);
-							Row.Updated = FileTime.GetTicks();
-						}
-						StoreSchema::FConversationRow Known;
-						const StoreSchema::EFound Found = StoreSchema::FindConversation(Database, Utf8Text::ToString(Row.Id), Known);
-						if (Found == StoreSchema::EFound::Yes || Messages.Num() == 0)
-						{
-							continue;
-						}
-						Row.Opening = StoreSchema::MakeOpening(Messages);
-						if (Found != StoreSchema::EFound::No || !StoreSchema::InsertConversation(Database, Row))
-						{
-							return EStoreResult::Failed;
-						}
-						for (const FConversationMessage& Message : Messages)
-						{
-							int64 Key = 0;
-							if (!StoreSchema::AddMessage(Database, Row.Number, Message, Key))
-							{
-								return EStoreResult::Failed;
-							}
-							Units += Message.Content.Len() + 100;
-						}
-						++Added;
-					}
-					return EStoreResult::Done;
-				});
-			if (Result != EStoreResult::Done)
-			{
-				StoreNotices::Add(FString(DescribeDamage(static_cast<int64>(Damage))) + TEXT(" It is kept as ") +
-					HostFileNameFromBytes(AsidePath) + TEXT(". What can be read of it could not be taken over yet: ") + Problem +
-					TEXT(" This is tried again at the next start."));
-				return false;
-			}
-			RecoveredCount += Added;
-			Next = End;
-		}
-		if (bStopsChecking ||
-			Run(EAccess::Write, WorkerPatienceMilliseconds, Problem,
-				[&Name](FSqliteConnection& Database) {
-					return Database.Query("DELETE FROM recoveries WHERE file=?").BindText(Name).Finish() ? EStoreResult::Done
-																										 : EStoreResult::Failed;
-				}) != EStoreResult::Done)
+			Row.Id = MakeRecoveredId(Name, Number);
+			Row.Mode = static_cast<int64>(EConversationMode::General);
+			Row.Updated = FileTime.GetTicks();
+		};
+		const auto Read = [&Salvage](int64 Number, StoreSchema::FConversationRow& OutRow, TArray<FConversationMessage>& OutMessages)
+		{ Salvage.Read(Number, OutRow, OutMessages); };
+		int32 RecoveredCount = 0;
+		const FOutcome Taken = TakeOver(Read, Numbers, MakeId, RecoveredCount);
+		if (bStopsChecking)
 		{
 			return false;
 		}
-		const FString What = Damage != EDamage::Broken ? FString(TEXT("A new store begins."))
+		const std::string What = DescribeDamage(static_cast<int64>(Damage));
+		if (!Taken)
+		{
+			StoreNotices::Add(What + " It is kept as " + AsidePath +
+				". What can be read of it could not be taken over yet: " + Taken.GetWords() + " This is tried again at the next start.");
+			return false;
+		}
+		const auto Forget = [&Name](FSqliteConnection& Database)
+		{ return Database.Query("DELETE FROM recoveries WHERE file=?").BindText(Name).Finish(); };
+		if (!Run(EAccess::Write, WorkerTimeoutMilliseconds, Forget))
+		{
+			return false;
+		}
+		const std::string Result = Damage != EDamage::Broken ? std::string("A new store begins.")
 			: RecoveredCount == 0
-			? FString(TEXT("Nothing could be recovered from it; a new store begins."))
-			: Utf8Text::ToString(
-				  Utf8Text::Count(static_cast<size_t>(RecoveredCount), "conversation was", "conversations were") + " recovered from it.");
-		StoreNotices::Add(FString(DescribeDamage(static_cast<int64>(Damage))) + TEXT(" The old file is kept as ") +
-			HostFileNameFromBytes(AsidePath) + TEXT(". ") + What);
+			? "Nothing could be recovered from it; a new store begins."
+			: Utf8Text::Count(static_cast<size_t>(RecoveredCount), "conversation was", "conversations were") + " recovered from it.";
+		StoreNotices::Add(What + " The old file is kept as " + AsidePath + ". " + Result);
 		return true;
 	}
 }

@@ -6,6 +6,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "Host/HostSystemErrors.h"
+
 namespace Velmora
 {
 	namespace
@@ -32,12 +34,12 @@ namespace Velmora
 			return Size >= 512 && Size <= 65536 && (Size & (Size - 1)) == 0;
 		}
 
-		bool ReadAt(int Handle, int64 Offset, void* OutBytes, size_t Size)
+		bool ReadAt(const FFileDescriptor& File, int64 Offset, void* OutBytes, size_t Size)
 		{
 			char* Position = static_cast<char*>(OutBytes);
 			while (Size > 0)
 			{
-				const ssize_t Count = pread(Handle, Position, Size, Offset);
+				const ssize_t Count = HostRetryInterrupted([&] { return pread(File.Get(), Position, Size, Offset); });
 				if (Count <= 0)
 				{
 					return false;
@@ -147,26 +149,15 @@ namespace Velmora
 	}
 
 	FStoreSalvage::FStoreSalvage(const std::string& Path)
-		: File(open(Path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK))
-		, Log(open((Path + "-wal").c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK))
+		: File(FFileDescriptor::Open(Path, O_RDONLY | O_NONBLOCK))
+		, Log(FFileDescriptor::Open(Path + "-wal", O_RDONLY | O_NONBLOCK))
 	{
-	}
-
-	FStoreSalvage::~FStoreSalvage()
-	{
-		for (const int Handle : { File, Log })
-		{
-			if (Handle >= 0)
-			{
-				close(Handle);
-			}
-		}
 	}
 
 	bool FStoreSalvage::Scan(const std::atomic<bool>& bStops)
 	{
 		struct stat Status;
-		if (File < 0 || fstat(File, &Status) != 0 || !S_ISREG(Status.st_mode))
+		if (!File.IsOpen() || fstat(File.Get(), &Status) != 0 || !S_ISREG(Status.st_mode))
 		{
 			return false;
 		}
@@ -222,7 +213,7 @@ namespace Velmora
 	void FStoreSalvage::ReadLogIndex()
 	{
 		unsigned char Header[LogHeaderSize];
-		if (Log < 0 || !ReadAt(Log, 0, Header, sizeof(Header)) || (ReadBig32(Header) & ~1u) != 0x377f0682 ||
+		if (!Log.IsOpen() || !ReadAt(Log, 0, Header, sizeof(Header)) || (ReadBig32(Header) & ~1u) != 0x377f0682 ||
 			ReadBig32(Header + 8) != PageSize)
 		{
 			return;
@@ -291,7 +282,7 @@ namespace Velmora
 		}
 		// Of a page that is cut off, what is there counts.
 		const int64 Offset = static_cast<int64>(Page - 1) * PageSize;
-		return pread(File, OutBytes.data(), PageSize, Offset) > 0;
+		return HostRetryInterrupted([&] { return pread(File.Get(), OutBytes.data(), PageSize, Offset); }) > 0;
 	}
 
 	uint32 FStoreSalvage::CountCells(uint32 Page, const FBytes& Bytes) const
@@ -377,12 +368,7 @@ namespace Velmora
 		{
 			return false;
 		}
-		std::vector<TCHAR> Units(Content.size() / sizeof(TCHAR));
-		if (!Units.empty())
-		{
-			memcpy(Units.data(), Content.data(), Units.size() * sizeof(TCHAR));
-		}
-		OutMessage.Content = FString(static_cast<int32>(Units.size()), Units.empty() ? TEXT("") : Units.data());
+		OutMessage.Content = StoreSchema::ToText(Content);
 		OutMessage.Role = StoreSchema::ToRole(Role);
 		OutMessage.bHasToolCalls = (Flags & StoreSchema::HasToolCallsFlag) != 0;
 		return true;

@@ -11,6 +11,7 @@
 #include "CoreMinimal.h"
 
 #include "Agent/ConversationTypes.h"
+#include "Host/FileDescriptor.h"
 #include "Store/StoreSchema.h"
 
 namespace Velmora
@@ -28,9 +29,6 @@ namespace Velmora
 	public:
 		/** @param Path  The main file; the log is looked for beside it, with "-wal" behind the name. */
 		explicit FStoreSalvage(const std::string& Path);
-		~FStoreSalvage();
-		FStoreSalvage(const FStoreSalvage&) = delete;
-		FStoreSalvage& operator=(const FStoreSalvage&) = delete;
 
 		/** Finds what there is. False when the file cannot be read or the stop was asked for. */
 		bool Scan(const std::atomic<bool>& bStops);
@@ -66,8 +64,8 @@ namespace Velmora
 		bool TakeConversation(const FCell& Cell, StoreSchema::FConversationRow& OutRow) const;
 		bool TakeMessage(const FCell& Cell, FConversationMessage& OutMessage) const;
 
-		int File = -1;
-		int Log = -1;
+		const FFileDescriptor File;
+		const FFileDescriptor Log;
 		uint32 PageSize = 0;
 		uint32 UsableSize = 0;
 		uint32 PageCount = 0;

@@ -1,6 +1,7 @@
 #include "Store/StoreSchema.h"
 
 #include <cstring>
+#include <vector>
 
 #include "Text/Utf8Text.h"
 #include "Host/HostClock.h"
@@ -85,6 +86,11 @@ namespace Velmora::StoreSchema
 				static_cast<uint64>(Query.GetInteger(5));
 		}
 
+		FOutcome MakeDamaged()
+		{
+			return FOutcome(EOutcome::Damaged, "a row is not as it was written");
+		}
+
 		std::string_view BytesOf(FStringView Text)
 		{
 			return std::string_view(reinterpret_cast<const char*>(Text.GetData()), static_cast<size_t>(Text.Len()) * sizeof(TCHAR));
@@ -123,9 +129,20 @@ namespace Velmora::StoreSchema
 		}
 	}
 
-	bool Create(FSqliteConnection& Connection)
+	FOutcome Open(FSqliteConnection& Connection, const std::string& Path, ESqliteAccess Access)
 	{
-		return Connection.Execute("PRAGMA page_size=4096") && Connection.Execute(CreateSql);
+		if (FOutcome Opened = Connection.Open(Path, Access); !Opened)
+		{
+			return Opened;
+		}
+		Connection.KeepLogOnClose();
+		return Connection.Execute("PRAGMA synchronous=FULL; PRAGMA secure_delete=ON; PRAGMA cell_size_check=ON");
+	}
+
+	FOutcome Create(FSqliteConnection& Connection)
+	{
+		const FOutcome Sized = Connection.Execute("PRAGMA page_size=4096");
+		return Sized ? Connection.Execute(CreateSql) : Sized;
 	}
 
 	bool HasTables(FSqliteConnection& Connection)
@@ -141,6 +158,18 @@ namespace Velmora::StoreSchema
 			}
 		}
 		return true;
+	}
+
+	FString ToText(std::string_view Units)
+	{
+		// The bytes lie as the database has them, for units perhaps at an odd place.
+		std::vector<TCHAR> Aligned(Units.size() / sizeof(TCHAR));
+		if (Aligned.empty())
+		{
+			return FString();
+		}
+		memcpy(Aligned.data(), Units.data(), Aligned.size() * sizeof(TCHAR));
+		return FString(static_cast<int32>(Aligned.size()), Aligned.data());
 	}
 
 	// An opening is a list of: role, flags (one byte each), number of units (four), units.
@@ -179,13 +208,8 @@ namespace Velmora::StoreSchema
 			{
 				return false;
 			}
-			std::vector<TCHAR> Units(Size / sizeof(TCHAR));
-			if (Size > 0)
-			{
-				memcpy(Units.data(), Opening.data() + HeadSize, Size);
-			}
 			FConversationMessage Message;
-			Message.Content = FString(static_cast<int32>(Units.size()), Units.empty() ? TEXT("") : Units.data());
+			Message.Content = ToText(Opening.substr(HeadSize, Size));
 			Message.Role = ToRole(Opening[0]);
 			Message.bHasToolCalls = (Opening[1] & HasToolCallsFlag) != 0;
 			OutMessages.Add(MoveTemp(Message));
@@ -217,24 +241,24 @@ namespace Velmora::StoreSchema
 		return Hash.Get();
 	}
 
-	EFound FindConversation(FSqliteConnection& Connection, const FString& Id, FConversationRow& OutRow)
+	FOutcome FindConversation(FSqliteConnection& Connection, const FString& Id, FConversationRow& OutRow)
 	{
 		const std::string Bytes = EncodeId(Id);
 		FSqliteQuery Query = Connection.Query(FindSql);
 		if (!Query.BindText(Bytes).Next())
 		{
-			return Query.HasFailed() ? EFound::Failed : EFound::No;
+			return Query.HasFailed() ? Query.GetOutcome() : FOutcome(EOutcome::Missing, "there is no such conversation");
 		}
-		return ReadRow(Query, OutRow) ? EFound::Yes : EFound::Damaged;
+		return ReadRow(Query, OutRow) ? FOutcome::Done() : MakeDamaged();
 	}
 
-	bool InsertConversation(FSqliteConnection& Connection, FConversationRow& InOutRow)
+	FOutcome InsertConversation(FSqliteConnection& Connection, FConversationRow& InOutRow)
 	{
 		{
 			FSqliteQuery Query = Connection.Query(LastNumberSql);
 			if (!Query.Next())
 			{
-				return false;
+				return Query.GetOutcome();
 			}
 			InOutRow.Number = Query.GetInteger(0) + 1;
 		}
@@ -249,7 +273,7 @@ namespace Velmora::StoreSchema
 			.Finish();
 	}
 
-	bool UpdateConversation(FSqliteConnection& Connection, const FConversationRow& Row)
+	FOutcome UpdateConversation(FSqliteConnection& Connection, const FConversationRow& Row)
 	{
 		const uint64 Checksum = HashConversation(Row.Number, Row.Id, Row.Mode, Row.Updated, Row.Opening);
 		return Connection.Query(UpdateConversationSql)
@@ -261,59 +285,61 @@ namespace Velmora::StoreSchema
 			.Finish();
 	}
 
-	bool DeleteConversation(FSqliteConnection& Connection, int64 Number)
+	FOutcome DeleteConversation(FSqliteConnection& Connection, int64 Number)
 	{
-		return Connection.Query(DeleteMessagesSql).Bind(MakeKey(Number, 0)).Bind(MakeKey(Number + 1, 0)).Finish() &&
-			Connection.Query(DeleteConversationSql).Bind(Number).Finish();
+		const FOutcome Emptied = Connection.Query(DeleteMessagesSql).Bind(MakeKey(Number, 0)).Bind(MakeKey(Number + 1, 0)).Finish();
+		return Emptied ? Connection.Query(DeleteConversationSql).Bind(Number).Finish() : Emptied;
 	}
 
-	bool DeleteAll(FSqliteConnection& Connection)
+	FOutcome DeleteAll(FSqliteConnection& Connection)
 	{
-		return Connection.Query("DELETE FROM messages").Finish() && Connection.Query("DELETE FROM conversations").Finish();
+		return Connection.Execute("DELETE FROM messages; DELETE FROM conversations");
 	}
 
-	bool AddMessage(FSqliteConnection& Connection, int64 Number, const FConversationMessage& Message, int64& OutKey)
+	TOutcome<int64> AddMessage(FSqliteConnection& Connection, int64 Number, const FConversationMessage& Message)
 	{
+		int64 Key = 0;
 		{
 			FSqliteQuery Query = Connection.Query(LastKeySql);
 			if (!Query.Bind(MakeKey(Number, 0)).Bind(MakeKey(Number + 1, 0)).Next())
 			{
-				return false;
+				return Query.GetOutcome();
 			}
-			OutKey = Query.IsNull(0) ? MakeKey(Number, 0) : Query.GetInteger(0) + 1;
+			Key = Query.IsNull(0) ? MakeKey(Number, 0) : Query.GetInteger(0) + 1;
 		}
 		const int64 Role = static_cast<int64>(Message.Role);
 		const int64 Flags = Message.bHasToolCalls ? HasToolCallsFlag : 0;
 		const FStringView Content(Message.Content);
-		return Connection.Query(InsertMessageSql)
-			.Bind(OutKey)
-			.Bind(Role)
-			.Bind(Flags)
-			.BindUnits(Content)
-			.Bind(static_cast<int64>(HashMessage(OutKey, Role, Flags, BytesOf(Content))))
-			.Finish();
+		const FOutcome Inserted = Connection.Query(InsertMessageSql)
+									  .Bind(Key)
+									  .Bind(Role)
+									  .Bind(Flags)
+									  .BindBytes(BytesOf(Content))
+									  .Bind(static_cast<int64>(HashMessage(Key, Role, Flags, BytesOf(Content))))
+									  .Finish();
+		return Inserted ? TOutcome<int64>(Key) : TOutcome<int64>(Inserted);
 	}
 
-	bool DeleteMessage(FSqliteConnection& Connection, int64 Key)
+	FOutcome DeleteMessage(FSqliteConnection& Connection, int64 Key)
 	{
 		return Connection.Query(DeleteMessageSql).Bind(Key).Finish();
 	}
 
-	bool DeleteMessagesBehind(FSqliteConnection& Connection, int64 Number, int32 KeepCount)
+	FOutcome DeleteMessagesAfter(FSqliteConnection& Connection, int64 Number, int32 KeepCount)
 	{
 		int64 First = 0;
 		{
 			FSqliteQuery Query = Connection.Query(KeyAtSql);
 			if (!Query.Bind(MakeKey(Number, 0)).Bind(MakeKey(Number + 1, 0)).Bind(KeepCount).Next())
 			{
-				return !Query.HasFailed();
+				return Query.GetOutcome();
 			}
 			First = Query.GetInteger(0);
 		}
 		return Connection.Query(DeleteMessagesSql).Bind(First).Bind(MakeKey(Number + 1, 0)).Finish();
 	}
 
-	EFound ReadMessages(FSqliteConnection& Connection, int64 Number, int32 MaxCount, TArray<FConversationMessage>& OutMessages)
+	FOutcome ReadMessages(FSqliteConnection& Connection, int64 Number, int32 MaxCount, TArray<FConversationMessage>& OutMessages)
 	{
 		FSqliteQuery Query = Connection.Query(MessagesSql);
 		Query.Bind(MakeKey(Number, 0)).Bind(MakeKey(Number + 1, 0)).Bind(MaxCount);
@@ -323,36 +349,36 @@ namespace Velmora::StoreSchema
 			const int64 Flags = Query.GetInteger(2);
 			if (HashMessage(Query.GetInteger(0), Role, Flags, Query.GetBytes(3)) != static_cast<uint64>(Query.GetInteger(4)))
 			{
-				return EFound::Damaged;
+				return MakeDamaged();
 			}
 			FConversationMessage Message;
-			Message.Content = Query.GetUnits(3);
+			Message.Content = ToText(Query.GetBytes(3));
 			Message.Role = ToRole(Role);
 			Message.bHasToolCalls = (Flags & HasToolCallsFlag) != 0;
 			OutMessages.Add(MoveTemp(Message));
 		}
-		return Query.HasFailed() ? EFound::Failed : EFound::Yes;
+		return Query.GetOutcome();
 	}
 
-	EFound ReadSummaries(FSqliteConnection& Connection, TArray<FConversationMetadata>& OutSummaries)
+	FOutcome ReadSummaries(FSqliteConnection& Connection, TArray<FConversationMetadata>& OutSummaries)
 	{
 		FSqliteQuery Query = Connection.Query(AllConversationsSql);
-		EFound Found = EFound::Yes;
+		bool bIsDamaged = false;
 		FConversationRow Row;
 		while (Query.Next())
 		{
 			if (!ReadRow(Query, Row))
 			{
-				Found = EFound::Damaged;
+				bIsDamaged = true;
 				continue;
 			}
 			FConversationMetadata& Summary = OutSummaries.Add_GetRef(ToMetadata(Row));
 			ReadOpening(Row.Opening, Summary.Messages);
 		}
-		return Query.HasFailed() ? EFound::Failed : Found;
+		return Query.HasFailed() || !bIsDamaged ? Query.GetOutcome() : MakeDamaged();
 	}
 
-	EFound VerifyRows(FSqliteConnection& Connection)
+	FOutcome VerifyRows(FSqliteConnection& Connection)
 	{
 		{
 			FSqliteQuery Query = Connection.Query(AllConversationsSql);
@@ -361,12 +387,12 @@ namespace Velmora::StoreSchema
 			{
 				if (!ReadRow(Query, Row))
 				{
-					return EFound::Damaged;
+					return MakeDamaged();
 				}
 			}
 			if (Query.HasFailed())
 			{
-				return EFound::Failed;
+				return Query.GetOutcome();
 			}
 		}
 		FSqliteQuery Query = Connection.Query("SELECT key, role, flags, content, checksum FROM messages");
@@ -375,10 +401,10 @@ namespace Velmora::StoreSchema
 			if (HashMessage(Query.GetInteger(0), Query.GetInteger(1), Query.GetInteger(2), Query.GetBytes(3)) !=
 				static_cast<uint64>(Query.GetInteger(4)))
 			{
-				return EFound::Damaged;
+				return MakeDamaged();
 			}
 		}
-		return Query.HasFailed() ? EFound::Failed : EFound::Yes;
+		return Query.GetOutcome();
 	}
 
 	std::string EncodeId(const FString& Id)

@@ -6,11 +6,11 @@
 #include "CoreMinimal.h"
 
 #include "Agent/ConversationTypes.h"
-#include "Store/SqliteConnection.h"
+#include "Host/Sqlite.h"
 
 /**
  * How conversations lie in the database, and the statements on them. A function that changes something is called
- * within a transaction; all leave the reason of a failure in the connection.
+ * within a transaction. A row whose checksum is wrong is Damaged, one that is not there is Missing.
  *
  * conversations  number (row id), id, mode, updated (UTC, ticks), opening, checksum
  * messages       key (row id: number of the conversation * 2^31 + position), role, flags, content, checksum
@@ -42,8 +42,11 @@ namespace Velmora::StoreSchema
 		return Key >> PositionBits;
 	}
 
+	/** Opens an existing file as stores are worked with: with full flushes, deleted rows overwritten, the log left when it closes. */
+	FOutcome Open(FSqliteConnection& Connection, const std::string& Path, ESqliteAccess Access);
+
 	/** Makes tables in a new file. One transaction, marked complete by its version. */
-	bool Create(FSqliteConnection& Connection);
+	FOutcome Create(FSqliteConnection& Connection);
 
 	/** The application and version fit, and every table has its columns. False also when the file cannot be read. */
 	bool HasTables(FSqliteConnection& Connection);
@@ -69,34 +72,30 @@ namespace Velmora::StoreSchema
 		std::string Opening;
 	};
 
-	/** Found or not, or failed: see the connection. A row whose checksum is wrong counts as damage. */
-	enum class EFound
-	{
-		Yes,
-		No,
-		Failed,
-		Damaged
-	};
-	EFound FindConversation(FSqliteConnection& Connection, const FString& Id, FConversationRow& OutRow);
+	FOutcome FindConversation(FSqliteConnection& Connection, const FString& Id, FConversationRow& OutRow);
 
 	/** Gives the row its number. */
-	bool InsertConversation(FSqliteConnection& Connection, FConversationRow& InOutRow);
-	bool UpdateConversation(FSqliteConnection& Connection, const FConversationRow& Row);
-	bool DeleteConversation(FSqliteConnection& Connection, int64 Number);
-	bool DeleteAll(FSqliteConnection& Connection);
+	FOutcome InsertConversation(FSqliteConnection& Connection, FConversationRow& InOutRow);
+	FOutcome UpdateConversation(FSqliteConnection& Connection, const FConversationRow& Row);
+	FOutcome DeleteConversation(FSqliteConnection& Connection, int64 Number);
+	FOutcome DeleteAll(FSqliteConnection& Connection);
 
-	/** Behind the last message of the conversation. */
-	bool AddMessage(FSqliteConnection& Connection, int64 Number, const FConversationMessage& Message, int64& OutKey);
-	bool DeleteMessage(FSqliteConnection& Connection, int64 Key);
-	bool DeleteMessagesBehind(FSqliteConnection& Connection, int64 Number, int32 KeepCount);
+	/** After the last message of the conversation. @return Its key. */
+	TOutcome<int64> AddMessage(FSqliteConnection& Connection, int64 Number, const FConversationMessage& Message);
+	FOutcome DeleteMessage(FSqliteConnection& Connection, int64 Key);
+	FOutcome DeleteMessagesAfter(FSqliteConnection& Connection, int64 Number, int32 KeepCount);
 	/** @param MaxCount  Negative for all. */
-	EFound ReadMessages(FSqliteConnection& Connection, int64 Number, int32 MaxCount, TArray<FConversationMessage>& OutMessages);
-	EFound ReadSummaries(FSqliteConnection& Connection, TArray<FConversationMetadata>& OutSummaries);
+	FOutcome ReadMessages(FSqliteConnection& Connection, int64 Number, int32 MaxCount, TArray<FConversationMessage>& OutMessages);
+	/** All that can be read, also when some rows are damaged. */
+	FOutcome ReadSummaries(FSqliteConnection& Connection, TArray<FConversationMetadata>& OutSummaries);
 
-	/** Reads every row and compares checksums. Yes when all is well. */
-	EFound VerifyRows(FSqliteConnection& Connection);
+	/** Reads every row and compares checksums. */
+	FOutcome VerifyRows(FSqliteConnection& Connection);
 
 	std::string EncodeId(const FString& Id);
+
+	/** A stored content: UTF-16 units as they are. */
+	FString ToText(std::string_view Units);
 	FConversationMetadata ToMetadata(const FConversationRow& Row);
 	EConversationMode ToMode(int64 Stored);
 	EConversationRole ToRole(int64 Stored);

@@ -10,9 +10,9 @@ namespace Velmora
 	class FConversationStore::FTurn
 	{
 	public:
-		FTurn(FConversationStore& InStore, int32 PatienceMilliseconds)
+		FTurn(FConversationStore& InStore, int32 TimeoutMilliseconds)
 			: Store(InStore)
-			, End(std::chrono::steady_clock::now() + std::chrono::milliseconds(PatienceMilliseconds))
+			, End(std::chrono::steady_clock::now() + std::chrono::milliseconds(TimeoutMilliseconds))
 		{
 			std::unique_lock Lock(Store.TurnMutex);
 			++Store.WaitingCount;
@@ -21,7 +21,7 @@ namespace Velmora
 			if (!bIsMine && Store.bIsOpening)
 			{
 				// A worker makes or opens the file just now; to refuse would not be any quicker than to wait.
-				bIsMine = Store.TurnEnded.wait_until(Lock, End + std::chrono::milliseconds(WorkerPatienceMilliseconds), IsFree);
+				bIsMine = Store.TurnEnded.wait_until(Lock, End + std::chrono::milliseconds(WorkerTimeoutMilliseconds), IsFree);
 			}
 			--Store.WaitingCount;
 			Store.bIsTaken = Store.bIsTaken || bIsMine;
@@ -42,7 +42,7 @@ namespace Velmora
 
 		bool IsMine() const { return bIsMine; }
 
-		/** What is left of the patience. */
+		/** What is left of the timeout. */
 		int32 GetMilliseconds() const
 		{
 			const auto Left = std::chrono::duration_cast<std::chrono::milliseconds>(End - std::chrono::steady_clock::now());

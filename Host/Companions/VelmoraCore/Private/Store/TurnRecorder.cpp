@@ -22,23 +22,21 @@ namespace Velmora
 			}
 			StartGeneration = Generation;
 		}
-		int64 Key = 0;
-		FString Problem;
-		const bool bIsStored = Store->AppendMessage(ConversationId, Message, Key, Problem) == EStoreResult::Done;
+		const TOutcome<int64> Stored = Store->AppendMessage(ConversationId, Message);
 		{
 			const std::scoped_lock Lock(Mutex);
-			bIsBehind = !bIsStored || Generation != StartGeneration;
+			bIsBehind = !Stored || Generation != StartGeneration;
 			if (bIsBehind)
 			{
 				return;
 			}
 			if (!bIsDropped)
 			{
-				UntoldKeys.push_back(Key);
+				UntoldKeys.push_back(*Stored);
 				return;
 			}
 		}
-		Store->Withdraw(ConversationId, Key, Problem);
+		Withdraw(*Stored);
 	}
 
 	bool FTurnRecorder::TakeStored()
@@ -68,10 +66,15 @@ namespace Velmora
 			bIsDropped = true;
 			Keys.swap(UntoldKeys);
 		}
-		FString Problem;
 		for (const int64 Key : Keys)
 		{
-			Store->Withdraw(ConversationId, Key, Problem);
+			Withdraw(Key);
 		}
+	}
+
+	void FTurnRecorder::Withdraw(int64 Key)
+	{
+		// One that cannot be taken back now stays in the store: a sentence too many is better than one too few.
+		(void)Store->Withdraw(ConversationId, Key);
 	}
 }

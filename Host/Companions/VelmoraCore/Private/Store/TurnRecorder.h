@@ -36,6 +36,8 @@ namespace Velmora
 		void Drop();
 
 	private:
+		void Withdraw(int64 Key);
+
 		const TSharedRef<FConversationStore> Store;
 		const FString ConversationId;
 

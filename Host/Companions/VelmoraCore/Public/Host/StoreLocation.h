@@ -1,6 +1,7 @@
 #pragma once
 
 #include "CoreMinimal.h"
+#include "Host/Outcome.h"
 
 namespace Velmora
 {
@@ -30,9 +31,7 @@ namespace Velmora
 	VELMORACORE_API FStoreLocation GetStoreLocation();
 
 	/**
-	 * Makes a folder and the missing ones above it, each for the user alone (mode 0700). Any thread.
-	 *
-	 * @param OutProblem  A sentence on failure.
+	 * Makes a folder and the missing ones above it, each for the user alone (mode 0700). Any thread. Words are a sentence.
 	 */
-	VELMORACORE_API bool MakePrivateFolder(const FString& Folder, FString& OutProblem);
+	VELMORACORE_API FOutcome MakePrivateFolder(const FString& Folder);
 }

@@ -4,7 +4,6 @@
 #include <cerrno>
 #include <chrono>
 #include <csignal>
-#include <cstring>
 #include <memory>
 #include <thread>
 
@@ -15,6 +14,9 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "Host/FileDescriptor.h"
+#include "Host/HostSystemErrors.h"
+
 namespace Velmora::CodeIntel
 {
 	namespace
@@ -22,50 +24,12 @@ namespace Velmora::CodeIntel
 		using FClock = std::chrono::steady_clock;
 		constexpr int StopCheckMilliseconds = 50;
 
-		class FDescriptor
-		{
-		public:
-			explicit FDescriptor(int InNumber = -1)
-				: Number(InNumber)
-			{
-			}
-			~FDescriptor() { Close(); }
-			FDescriptor(const FDescriptor&) = delete;
-			FDescriptor& operator=(const FDescriptor&) = delete;
-
-			int Get() const { return Number; }
-			void Close()
-			{
-				if (Number >= 0)
-				{
-					close(Number);
-					Number = -1;
-				}
-			}
-
-		private:
-			int Number;
-		};
-
 		/** A file without a name is read like a pipe, but no writer has to wait for the reader or be told that it has gone. */
-		int MakeInput(std::string_view Text)
+		FFileDescriptor MakeInput(std::string_view Text)
 		{
-			const int Input = memfd_create("input", MFD_CLOEXEC);
-			for (size_t Written = 0; Input >= 0 && Written < Text.size();)
-			{
-				const ssize_t Count = write(Input, Text.data() + Written, Text.size() - Written);
-				if (Count <= 0 && errno != EINTR)
-				{
-					close(Input);
-					return -1;
-				}
-				Written += static_cast<size_t>(std::max<ssize_t>(Count, 0));
-			}
-			if (Input >= 0)
-			{
-				lseek(Input, 0, SEEK_SET);
-			}
-			return Input;
+			FFileDescriptor Input(memfd_create("input", MFD_CLOEXEC));
+			const bool bIsMade = Input.IsOpen() && Input.Write(Text) && lseek(Input.Get(), 0, SEEK_SET) == 0;
+			return bIsMade ? std::move(Input) : FFileDescriptor();
 		}
 
 		/** Zero or an error number. */
@@ -172,22 +136,22 @@ namespace Velmora::CodeIntel
 	{
 		const FClock::time_point End =
 			FClock::now() + std::chrono::duration_cast<FClock::duration>(std::chrono::duration<double>(Run.Seconds));
-		FDescriptor Input(MakeInput(Run.Input));
+		FFileDescriptor Input = MakeInput(Run.Input);
 		int Pipe[2] = { -1, -1 };
-		if (Input.Get() < 0 || pipe2(Pipe, O_CLOEXEC) != 0)
+		if (!Input.IsOpen() || pipe2(Pipe, O_CLOEXEC) != 0)
 		{
-			OutReason = strerror(errno);
+			OutReason = HostDescribeSystemError(errno);
 			return EChildEnd::NotStarted;
 		}
-		const FDescriptor Output(Pipe[0]);
-		FDescriptor ChildOutput(Pipe[1]);
+		const FFileDescriptor Output(Pipe[0]);
+		FFileDescriptor ChildOutput(Pipe[1]);
 		pid_t Child = -1;
 		const int Error = Spawn(Run, Input.Get(), ChildOutput.Get(), Child);
 		Input.Close();
 		ChildOutput.Close();
 		if (Error != 0)
 		{
-			OutReason = strerror(Error);
+			OutReason = HostDescribeSystemError(Error);
 			return EChildEnd::NotStarted;
 		}
 
@@ -199,9 +163,7 @@ namespace Velmora::CodeIntel
 		// Before its end is taken: afterwards the number could be another's.
 		kill(-Child, SIGKILL);
 		int Status = 0;
-		while (waitpid(Child, &Status, 0) < 0 && errno == EINTR)
-		{
-		}
+		HostRetryInterrupted([Child, &Status] { return waitpid(Child, &Status, 0); });
 		switch (Result)
 		{
 		case EChildEnd::TimedOut:

@@ -79,8 +79,8 @@ namespace Velmora::CodeIntel
 		}
 		if (!bHasEnded)
 		{
-			UE_LOG(
-				LogCodeIndex, Warning, TEXT("The file system does not answer, so the work on the %s index is left behind"), *Setup.Label);
+			UE_LOG(LogCodeIndex, Warning, TEXT("The file system does not answer, so the work on the %s index is left behind"),
+				UTF8_TO_TCHAR(Setup.Label.c_str()));
 			return false;
 		}
 		bIsReady = false;
@@ -190,25 +190,25 @@ namespace Velmora::CodeIntel
 		if (access(Setup.DatabasePath.c_str(), F_OK) == 0)
 		{
 			const std::scoped_lock Lock(WriterMutex);
-			const bool bIsWhole = EnsureWriter() && Writer->CheckWhole();
+			FOutcome Opened = EnsureWriter();
+			Opened = Opened ? Writer->CheckWhole() : Opened;
 			if (bStop)
 			{
 				return;
 			}
-			bIsDamaged = !bIsWhole && Writer && (Writer->GetError() == EIndexError::Damaged || Writer->GetError() == EIndexError::None);
+			bIsDamaged = Opened.Is(EOutcome::Damaged);
 			if (bIsDamaged)
 			{
 				SetAside();
 			}
-			else if (bIsWhole)
+			else if (Opened)
 			{
 				RefreshStats();
 				bIsComplete = bIsReady;
 			}
 			else
 			{
-				Setup.Tell(FString::Printf(TEXT("The %s index could not be opened: %s."), *Setup.Label,
-					Writer ? *Writer->DescribeError() : TEXT("its folder cannot be made")));
+				Setup.Tell(Opened.Explain(Say("could not be opened")).GetWords());
 			}
 		}
 		if (bIsDamaged || (Setup.bBuildWhenMissing && !bIsComplete))
@@ -222,20 +222,25 @@ namespace Velmora::CodeIntel
 		}
 	}
 
-	bool FCodeIndex::EnsureWriter()
+	FOutcome FCodeIndex::EnsureWriter()
 	{
 		if (Writer)
 		{
-			return true;
+			return FOutcome::Done();
 		}
 		FString Reason;
 		const FString Folder = FPaths::GetPath(HostFileNameFromBytes(Setup.DatabasePath));
 		if (!HostMakeFolder(Folder, Reason))
 		{
-			return false;
+			return FOutcome(EOutcome::Failed, "its folder cannot be made", HostFileNameToBytes(Folder));
 		}
-		Writer = std::make_unique<FIndexDatabase>(bStop);
-		return Writer->OpenForWriting(Setup.DatabasePath, Setup.Root);
+		auto Opening = std::make_unique<FIndexDatabase>(bStop);
+		FOutcome Opened = Opening->OpenForWriting(Setup.DatabasePath, Setup.Root);
+		if (Opened)
+		{
+			Writer = std::move(Opening);
+		}
+		return Opened;
 	}
 
 	void FCodeIndex::CloseFiles()
@@ -254,8 +259,7 @@ namespace Velmora::CodeIntel
 		// They belong to the damaged file and would spoil another.
 		unlink((Setup.DatabasePath + "-wal").c_str());
 		unlink((Setup.DatabasePath + "-shm").c_str());
-		Setup.Tell(FString::Printf(
-			TEXT("The %s index was damaged and is built anew. The old file was kept as %s."), *Setup.Label, *HostFileNameFromBytes(Aside)));
+		Setup.Tell(Say("was damaged and is built anew. The old file was kept as ") + Aside + '.');
 	}
 
 	void FCodeIndex::RefreshStats()
@@ -382,7 +386,7 @@ namespace Velmora::CodeIntel
 		Changed.notify_all();
 	}
 
-	bool FCodeIndex::Look(FIndexLookup& Out, TFunctionRef<bool(FIndexDatabase&)> Ask)
+	bool FCodeIndex::Look(FIndexLookup& Out, TFunctionRef<FOutcome(FIndexDatabase&)> Ask)
 	{
 		const FOperation Operation(*this);
 		if (!Operation.IsAllowed() || !bIsReady)
@@ -405,17 +409,17 @@ namespace Velmora::CodeIntel
 			}
 		}
 		Out.Root = Setup.Root;
-		if (Ask(*Reader))
+		const FOutcome Asked = Ask(*Reader);
+		if (Asked)
 		{
 			Out.bIsReady = true;
 			return true;
 		}
-		UE_LOG(LogCodeIndex, Warning, TEXT("The %s index could not be read: %s"), *Setup.Label, *Reader->DescribeError());
-		const bool bIsDamaged = Reader->GetError() == EIndexError::Damaged;
+		UE_LOG(LogCodeIndex, Warning, TEXT("%s"), *HostFileNameFromBytes(Asked.Explain(Say("could not be read")).GetWords()));
 		Reader.reset();
 		Out = FIndexLookup();
 		const std::scoped_lock StateLock(StateMutex);
-		bRepairWanted |= bIsDamaged;
+		bRepairWanted |= Asked.Is(EOutcome::Damaged);
 		Changed.notify_all();
 		return false;
 	}

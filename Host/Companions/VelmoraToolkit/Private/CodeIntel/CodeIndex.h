@@ -27,12 +27,12 @@ namespace Velmora::CodeIntel
 		std::string DatabasePath;
 
 		/** For sentences: "project" or "engine". */
-		FString Label;
+		std::string Label;
 		FExtractorOptions Extractor;
 		bool bBuildWhenMissing = false;
 
 		/** Told what the user should know, on any thread. */
-		TFunction<void(const FString&)> Tell;
+		TFunction<void(const std::string&)> Tell;
 	};
 
 	/**
@@ -85,18 +85,24 @@ namespace Velmora::CodeIntel
 		void Work();
 		void WorkOnQueue(const std::vector<std::string>& Paths);
 		void CompareWithDisk(const std::vector<FReconciled>& Callbacks);
-		bool ApplyChanges(const std::vector<FIndexFile>& Files, const std::vector<std::string>& Gone, FString& OutProblem);
+		FOutcome ApplyChanges(const std::vector<FIndexFile>& Files, const std::vector<std::string>& Gone);
+
+		/** Takes out those whose answer cannot be trusted, though the files had symbols: what is known of them stays. */
+		FOutcome DropUntrusted(const FSymbolExtractor& Extractor, std::vector<std::pair<FIndexFile, FFileSymbols>>& InOutExtracted);
 		void Erase();
 
 		// With the writer's lock held.
-		bool EnsureWriter();
-		bool BuildAll(bool bForce, FString& OutProblem);
-		bool FillBuild(FString& OutProblem);
+		FOutcome EnsureWriter();
+		FOutcome BuildAll(bool bForce);
+		FOutcome FillBuild();
+		/** "The project index could not be built", for Explain. */
+		std::string Say(const char* What) const { return "The " + Setup.Label + " index " + What; }
+		std::string GetProbePath() const { return Setup.DatabasePath + ".probe.cpp"; }
 		void SetAside();
 		void CloseFiles();
 		void RefreshStats();
 
-		bool Look(FIndexLookup& Out, TFunctionRef<bool(FIndexDatabase&)> Ask);
+		bool Look(FIndexLookup& Out, TFunctionRef<FOutcome(FIndexDatabase&)> Ask);
 		void Answer(const FReconciled& Done, int32 Deleted, int32 New) const;
 		void Queue(std::string&& Path);
 
@@ -115,7 +121,7 @@ namespace Velmora::CodeIntel
 		std::unique_ptr<FIndexDatabase> Writer;
 
 		/** What kept the index from following the files the last time: told once, not at every save. */
-		FString LastProblem;
+		std::string LastProblem;
 
 		std::mutex ReaderMutex;
 		std::unique_ptr<FIndexDatabase> Reader;

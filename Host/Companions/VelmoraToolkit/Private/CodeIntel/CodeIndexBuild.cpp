@@ -1,6 +1,7 @@
 #include "CodeIntel/CodeIndex.h"
 
 #include <chrono>
+#include <unordered_map>
 
 #include "Host/HostFileNames.h"
 
@@ -25,8 +26,7 @@ namespace Velmora::CodeIntel
 			bIsBuilding = true;
 			Changed.notify_all();
 		}
-		FString Problem;
-		bool bIsBuilt = false;
+		FOutcome Built;
 		{
 			const std::scoped_lock Lock(WriterMutex);
 			{
@@ -34,99 +34,115 @@ namespace Velmora::CodeIntel
 				const std::scoped_lock StateLock(StateMutex);
 				bEraseWanted = false;
 			}
-			bIsBuilt = BuildAll(bForce, Problem);
-			if (!bIsBuilt && Writer)
+			Built = BuildAll(bForce);
+			if (Built.Is(EOutcome::Damaged) && !bStop)
 			{
-				const bool bIsDamaged = Writer->GetError() == EIndexError::Damaged;
-				Writer->Cancel();
-				if (bIsDamaged && !bStop)
-				{
-					SetAside();
-					bIsBuilt = BuildAll(true, Problem);
-				}
+				SetAside();
+				Built = BuildAll(true);
 			}
-			if (bIsBuilt)
+			if (Built)
 			{
 				RefreshStats();
 			}
-			else if (Writer)
-			{
-				Writer->Cancel();
-			}
 		}
-		if (!bIsBuilt && !bStop)
+		if (!Built && !bStop)
 		{
-			Setup.Tell(Problem + (bIsReady ? TEXT(" The earlier index stays in use.") : TEXT("")));
+			Setup.Tell(Built.GetWords() + (bIsReady ? " The earlier index stays in use." : ""));
 		}
 		const std::scoped_lock Lock(StateMutex);
 		bIsBuilding = false;
 		Changed.notify_all();
 	}
 
-	bool FCodeIndex::BuildAll(bool bForce, FString& OutProblem)
+	FOutcome FCodeIndex::BuildAll(bool bForce)
 	{
 		const auto Start = std::chrono::steady_clock::now();
 		FSymbolExtractor Extractor(Setup.Root, Setup.Extractor, bStop);
-		if (!Extractor.Check(OutProblem))
+		if (FOutcome Checked = Extractor.Check(); !Checked)
 		{
-			return false;
+			return Checked;
 		}
-		OutProblem = FString::Printf(TEXT("The %s index could not be built: its folder cannot be made."), *Setup.Label);
-		if (!EnsureWriter() || !Writer->BeginBuild())
+		FOutcome Step = EnsureWriter();
+		Step = Step ? Writer->BeginBuild() : Step;
+		if (!Step)
 		{
-			if (Writer)
-			{
-				OutProblem = FString::Printf(TEXT("The %s index could not be built: %s."), *Setup.Label, *Writer->DescribeError());
-			}
-			return false;
+			return Step.Explain(Say("could not be built"));
 		}
 		FIndexFigures Figures;
 		if (!bForce && Writer->ReadFigures(Figures) && Figures.bIsComplete)
 		{
 			// Another program has built it while this one waited.
 			Writer->Cancel();
-			return true;
+			return FOutcome::Done();
 		}
-		if (!FillBuild(OutProblem))
-		{
-			return false;
-		}
+		Step = FillBuild();
 		const double Seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - Start).count();
-		if (!Writer->FinishBuild(Seconds))
+		if (Step)
 		{
-			OutProblem = FString::Printf(TEXT("The %s index could not be built: %s."), *Setup.Label, *Writer->DescribeError());
-			return false;
+			Step = Writer->FinishBuild(Seconds).Explain(Say("could not be built"));
 		}
-		UE_LOG(LogCodeIndexBuild, Log, TEXT("The %s index was built in %.2f seconds"), *Setup.Label, Seconds);
-		return true;
+		if (!Step)
+		{
+			Writer->Cancel();
+			return Step;
+		}
+		UE_LOG(LogCodeIndexBuild, Log, TEXT("The %s index was built in %.2f seconds"), UTF8_TO_TCHAR(Setup.Label.c_str()), Seconds);
+		return Step;
 	}
 
-	bool FCodeIndex::FillBuild(FString& OutProblem)
+	FOutcome FCodeIndex::FillBuild()
 	{
 		std::vector<FIndexFile> Files;
 		if (ListIndexFiles(Setup.Root, bStop, Files) != EFileListing::Complete)
 		{
-			OutProblem = FString::Printf(TEXT("The %s index could not be built: the folder \"%s\" cannot be read."), *Setup.Label,
-				*HostFileNameFromBytes(Setup.Root));
-			return false;
+			return FOutcome(EOutcome::Failed, Say("could not be built: the folder \"") + Setup.Root + "\" cannot be read.", Setup.Root);
 		}
-		FString Reason;
-		bool bIsStored = true;
+		std::unordered_map<std::string, FIndexedBefore> Before;
+		FOutcome Step = Writer->ReadWithSymbols(Before);
+		if (!Step)
+		{
+			return Step.Explain(Say("could not be built"));
+		}
+		FOutcome Stored;
+		size_t Lost = 0;
+		std::string FirstLost;
+		int64 SymbolCount = 0;
 		FSymbolExtractor Extractor(Setup.Root, Setup.Extractor, bStop);
-		const bool bIsExtracted = Extractor.Extract(
-			Files,
+		Step = Extractor.Extract(Files,
 			[&](const FIndexFile& File, FFileSymbols&& Symbols)
 			{
-				bIsStored = Writer->AddBuilt(File, Symbols);
-				return bIsStored;
-			},
-			Reason);
-		if (!bIsStored)
+				// A file is as it was and had symbols: if there are none now, it is the program that has changed.
+				const auto Known = Before.find(File.Path);
+				const bool bIsAsItWas = Known != Before.end() && Known->second.Modified == File.Modified && Known->second.Size == File.Size;
+				if (bIsAsItWas && (Symbols.bIsGarbage || (!Symbols.bFailed && Symbols.Symbols.empty())))
+				{
+					FirstLost = Lost++ == 0 ? File.Path : FirstLost;
+				}
+				SymbolCount += static_cast<int64>(Symbols.Symbols.size());
+				Stored = Writer->AddBuilt(File, Symbols);
+				return Stored.IsDone();
+			});
+		if (!Stored)
 		{
-			Reason = FString::Printf(TEXT("The %s index could not be built: %s."), *Setup.Label, *Writer->DescribeError());
+			return Stored.Explain(Say("could not be built"));
 		}
-		OutProblem = Reason;
-		return bIsExtracted && bIsStored;
+		if (!Step)
+		{
+			return Step;
+		}
+		if (Lost > 0)
+		{
+			const std::string Others = Lost > 1 ? " and " + std::to_string(Lost - 1) + " more" : std::string();
+			return FOutcome(EOutcome::Refused,
+				Say("was not replaced: \"") + HostFileNameToBytes(Setup.Extractor.Program) + "\" finds no symbols any more in " +
+					FirstLost + Others + ", which had some and did not change.");
+		}
+		if (SymbolCount == 0 && !Before.empty() && !Files.empty() && !Extractor.FindsSymbols(GetProbePath()))
+		{
+			return FOutcome(EOutcome::Refused,
+				Say("was not replaced: \"") + HostFileNameToBytes(Setup.Extractor.Program) + "\" finds no symbols any more in any file.");
+		}
+		return FOutcome::Done();
 	}
 
 	void FCodeIndex::Compact()
@@ -137,12 +153,13 @@ namespace Velmora::CodeIntel
 			return;
 		}
 		const std::scoped_lock Lock(WriterMutex);
-		if (!EnsureWriter() || !Writer->Compact())
+		FOutcome Compacted = EnsureWriter();
+		Compacted = Compacted ? Writer->Compact() : Compacted;
+		if (!Compacted)
 		{
 			if (!bStop)
 			{
-				Setup.Tell(FString::Printf(TEXT("The %s index could not be compacted: %s."), *Setup.Label,
-					Writer ? *Writer->DescribeError() : TEXT("its folder cannot be made")));
+				Setup.Tell(Compacted.Explain(Say("could not be compacted")).GetWords());
 			}
 			return;
 		}

@@ -1,6 +1,9 @@
 #include "CodeIntel/CodeIndex.h"
 
 #include <unordered_map>
+#include <utility>
+
+#include "Host/HostFileNames.h"
 
 namespace Velmora::CodeIntel
 {
@@ -34,8 +37,7 @@ namespace Velmora::CodeIntel
 				{
 					Gone.push_back(Path);
 				}
-				FString Problem;
-				if (ApplyChanges({}, Gone, Problem))
+				if (ApplyChanges({}, Gone))
 				{
 					Deleted = static_cast<int32>(Gone.size());
 				}
@@ -76,54 +78,89 @@ namespace Velmora::CodeIntel
 				Files.push_back(std::move(File));
 			}
 		}
-		FString Problem;
-		const bool bIsApplied = ApplyChanges(Files, Gone, Problem);
+		const FOutcome Applied = ApplyChanges(Files, Gone);
 		// The files keep their old stamps, so the next comparison with the disk finds them again.
-		if (!bIsApplied && !bStop && !Problem.Equals(LastProblem))
+		if (!Applied && !bStop && Applied.GetWords() != LastProblem)
 		{
-			Setup.Tell(FString::Printf(TEXT("The %s index is not up to date. %s"), *Setup.Label, *Problem));
+			Setup.Tell(Say("is not up to date. ") + Applied.GetWords());
 		}
-		LastProblem = bIsApplied ? FString() : Problem;
+		LastProblem = Applied.GetWords();
 	}
 
-	bool FCodeIndex::ApplyChanges(const std::vector<FIndexFile>& Files, const std::vector<std::string>& Gone, FString& OutProblem)
+	FOutcome FCodeIndex::DropUntrusted(const FSymbolExtractor& Extractor, std::vector<std::pair<FIndexFile, FFileSymbols>>& InOutExtracted)
+	{
+		std::string First;
+		size_t Dropped = 0;
+		bool bIsProbed = false;
+		bool bFindsSymbols = true;
+		std::erase_if(InOutExtracted,
+			[&](const std::pair<FIndexFile, FFileSymbols>& Answer)
+			{
+				const auto& [File, Symbols] = Answer;
+				const bool bIsNothing = !Symbols.bFailed && Symbols.Symbols.empty() && File.Size > 0;
+				if ((!Symbols.bIsGarbage && !bIsNothing) || !Writer->HasSymbols(File.Path))
+				{
+					return false;
+				}
+				// Somebody may have taken all code out of the file; one that has code for sure tells.
+				if (bIsNothing && !std::exchange(bIsProbed, true))
+				{
+					bFindsSymbols = Extractor.FindsSymbols(GetProbePath());
+				}
+				const bool bIsUntrusted = Symbols.bIsGarbage || !bFindsSymbols;
+				First = bIsUntrusted && Dropped == 0 ? File.Path : First;
+				Dropped += bIsUntrusted ? 1 : 0;
+				return bIsUntrusted;
+			});
+		if (Dropped == 0)
+		{
+			return FOutcome::Done();
+		}
+		const std::string Others = Dropped > 1 ? " and " + std::to_string(Dropped - 1) + " more" : std::string();
+		return FOutcome(EOutcome::Refused,
+			"\"" + HostFileNameToBytes(Setup.Extractor.Program) + "\" gives no answer that can be read for " + First + Others +
+				"; what was known of it stays.");
+	}
+
+	FOutcome FCodeIndex::ApplyChanges(const std::vector<FIndexFile>& Files, const std::vector<std::string>& Gone)
 	{
 		if (Files.empty() && Gone.empty())
 		{
-			return true;
+			return FOutcome::Done();
 		}
 		// Nobody else shall wait for the extractor, so the files are changed when it is through.
 		std::vector<std::pair<FIndexFile, FFileSymbols>> Extracted;
 		FSymbolExtractor Extractor(Setup.Root, Setup.Extractor, bStop);
-		const bool bIsExtracted = Files.empty() ||
-			Extractor.Extract(
-				Files,
+		FOutcome ExtractedAll;
+		if (!Files.empty())
+		{
+			ExtractedAll = Extractor.Extract(Files,
 				[&Extracted](const FIndexFile& File, FFileSymbols&& Symbols)
 				{
 					Extracted.emplace_back(File, std::move(Symbols));
 					return true;
-				},
-				OutProblem);
-		bool bIsStored = Writer->BeginChanges();
-		for (size_t Index = 0; bIsStored && Index < Extracted.size(); ++Index)
-		{
-			bIsStored = Writer->ReplaceFile(Extracted[Index].first, Extracted[Index].second);
+				});
+			const FOutcome Trusted = DropUntrusted(Extractor, Extracted);
+			ExtractedAll = ExtractedAll ? Trusted : ExtractedAll;
 		}
-		for (size_t Index = 0; bIsStored && Index < Gone.size(); ++Index)
+		FOutcome Stored = Writer->BeginChanges();
+		for (size_t Index = 0; Stored && Index < Extracted.size(); ++Index)
 		{
-			bIsStored = Writer->RemoveFile(Gone[Index]);
+			Stored = Writer->ReplaceFile(Extracted[Index].first, Extracted[Index].second);
 		}
-		bIsStored = bIsStored && Writer->FinishChanges();
-		if (!bIsStored)
+		for (size_t Index = 0; Stored && Index < Gone.size(); ++Index)
 		{
-			OutProblem = FString::Printf(TEXT("It could not be changed: %s."), *Writer->DescribeError());
-			const bool bIsDamaged = Writer->GetError() == EIndexError::Damaged;
+			Stored = Writer->RemoveFile(Gone[Index]);
+		}
+		Stored = Stored ? Writer->FinishChanges() : Stored;
+		if (!Stored)
+		{
 			Writer->Cancel();
 			const std::scoped_lock Lock(StateMutex);
-			bRepairWanted |= bIsDamaged;
-			return false;
+			bRepairWanted |= Stored.Is(EOutcome::Damaged);
+			return Stored.Explain("It could not be changed");
 		}
 		RefreshStats();
-		return bIsExtracted;
+		return ExtractedAll;
 	}
 }

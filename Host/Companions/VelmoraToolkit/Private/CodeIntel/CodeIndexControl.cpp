@@ -35,8 +35,9 @@ namespace Velmora::CodeIntel
 			return *Table;
 		}
 
-		void TellProblem(const FString& Sentence)
+		void TellProblem(const std::string& Words)
 		{
+			const FString Sentence = HostFileNameFromBytes(Words);
 			UE_LOG(LogCodeIndexControl, Error, TEXT("%s"), *Sentence);
 			AsyncTask(ENamedThreads::GameThread,
 				[Sentence]
@@ -82,7 +83,7 @@ namespace Velmora::CodeIntel
 			FCodeIndexSetup Setup;
 			Setup.Root = MakeRoot(bIsProject ? Options.ProjectFolder : GetEngineFolder(Options));
 			Setup.DatabasePath = HostFileNameToBytes(bIsProject ? Options.ProjectIndexPath : Options.EngineIndexPath);
-			Setup.Label = bIsProject ? TEXT("project") : TEXT("engine");
+			Setup.Label = bIsProject ? "project" : "engine";
 			Setup.Extractor = Options.Extractor;
 			Setup.bBuildWhenMissing = bIsProject && Options.bBuildWhenMissing;
 			Setup.Tell = &TellProblem;
@@ -213,6 +214,8 @@ namespace Velmora::CodeIntel
 			Options = Table.Options.Extractor;
 		}
 		const std::atomic<bool> bNever = false;
-		return FSymbolExtractor(std::string(), Options, bNever).ExtractAny(AbsolutePath, Out, OutReason);
+		const FOutcome Outlined = FSymbolExtractor(std::string(), Options, bNever).ExtractAny(AbsolutePath, Out);
+		OutReason = Outlined.GetWords();
+		return Outlined.IsDone();
 	}
 }

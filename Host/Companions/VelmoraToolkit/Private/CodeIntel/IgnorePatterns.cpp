@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include "FileCache/IgnoreRules.h"
+#include "Host/FileDescriptor.h"
 #include "Host/HostFileNames.h"
 #include "Host/ProjectFolder.h"
 #include "Host/ProjectWalk.h"
@@ -72,17 +73,12 @@ namespace Velmora::CodeIntel
 		private:
 			void Enter(const std::string& FolderPath)
 			{
-				const int Folder = open((Root + '/' + FolderPath).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-				if (Folder < 0)
-				{
-					return;
-				}
+				const FFileDescriptor Folder = FFileDescriptor::Open(Root + '/' + FolderPath, O_RDONLY | O_DIRECTORY);
 				std::string Text;
-				if (ReadIgnoreFile(Folder, Text))
+				if (Folder.IsOpen() && ReadIgnoreFile(Folder.Get(), Text))
 				{
 					Scope = std::make_shared<const FIgnoreScope>(FIgnoreScope{ Scope, FIgnoreFile(std::move(Text)), FolderPath.size() });
 				}
-				close(Folder);
 			}
 
 			const std::string Root;

@@ -11,21 +11,10 @@
 
 #include "CodeIntel/IndexFiles.h"
 #include "CodeIntel/SymbolExtractor.h"
-
-struct sqlite3;
-struct sqlite3_stmt;
+#include "Host/Sqlite.h"
 
 namespace Velmora::CodeIntel
 {
-	enum class EIndexError
-	{
-		None,
-		Busy,
-		Damaged,
-		Stopped,
-		Other
-	};
-
 	/** What the index says of itself. */
 	struct FIndexFigures
 	{
@@ -36,82 +25,76 @@ namespace Velmora::CodeIntel
 		double BuildSeconds = 0.0;
 	};
 
+	/** When a file was indexed last. */
+	struct FIndexedBefore
+	{
+		int64_t Modified = 0;
+		int64_t Size = 0;
+	};
+
 	/**
 	 * One connection to an index file. A build happens in one transaction beside the tables in use, so that whatever ends it
 	 * leaves these as they were, for other connections and programs too. One thread at a time.
 	 *
-	 * Operations return false on failure; GetError and DescribeError tell why.
+	 * An operation that fails says so by code (Busy, Damaged, Stopped) and with a clause.
 	 */
 	class FIndexDatabase
 	{
 	public:
 		explicit FIndexDatabase(const std::atomic<bool>& bInStop);
-		~FIndexDatabase();
 		FIndexDatabase(const FIndexDatabase&) = delete;
 		FIndexDatabase& operator=(const FIndexDatabase&) = delete;
 
 		/** Makes the file and its tables when there are none, and an index of another format or root empty. */
-		bool OpenForWriting(const std::string& Path, const std::string& InRoot);
+		FOutcome OpenForWriting(const std::string& Path, const std::string& InRoot);
 
 		/** An existing file. */
-		bool OpenForReading(const std::string& Path);
+		FOutcome OpenForReading(const std::string& Path);
 
 		/** Reads every page. */
-		bool CheckWhole();
-		bool ReadFigures(FIndexFigures& Out);
+		FOutcome CheckWhole();
+		FOutcome ReadFigures(FIndexFigures& Out);
 
 		// Full build.
-		bool BeginBuild();
-		bool AddBuilt(const FIndexFile& File, const FFileSymbols& Symbols);
-		bool FinishBuild(double Seconds);
+		FOutcome BeginBuild();
+		FOutcome AddBuilt(const FIndexFile& File, const FFileSymbols& Symbols);
+		FOutcome FinishBuild(double Seconds);
 
 		// Changes of single files, between BeginChanges and FinishChanges.
-		bool BeginChanges();
-		bool ReplaceFile(const FIndexFile& File, const FFileSymbols& Symbols);
+		FOutcome BeginChanges();
+		FOutcome ReplaceFile(const FIndexFile& File, const FFileSymbols& Symbols);
 
 		/** A file, or all below a folder of that name. */
-		bool RemoveFile(const std::string& Path);
-		bool FinishChanges();
+		FOutcome RemoveFile(const std::string& Path);
+		FOutcome FinishChanges();
 
 		/** Undoes what was begun. */
 		void Cancel();
 
 		/** What is indexed, with the stamps of then. */
-		bool ReadFiles(std::unordered_map<std::string, FIndexFile>& Out);
+		FOutcome ReadFiles(std::unordered_map<std::string, FIndexFile>& Out);
+
+		/** The stamps of files that have symbols. */
+		FOutcome ReadWithSymbols(std::unordered_map<std::string, FIndexedBefore>& Out);
+		bool HasSymbols(const std::string& Path);
 
 		/** The stamp of one file; false without one. */
 		bool ReadFile(const std::string& Path, FIndexFile& Out);
-		bool Compact();
+		FOutcome Compact();
 
-		bool FindSymbol(std::string_view Name, int32 MaxCount, FIndexLookup& Out);
-		bool ReadOutline(std::string_view Path, int32 MaxCount, FIndexLookup& Out);
-
-		EIndexError GetError() const;
-
-		/** A clause. */
-		FString DescribeError() const;
+		FOutcome FindSymbol(std::string_view Name, int32 MaxCount, FIndexLookup& Out);
+		FOutcome ReadOutline(std::string_view Path, int32 MaxCount, FIndexLookup& Out);
 
 	private:
-		class FStatement;
-
-		bool Open(const std::string& Path, int Flags);
-		bool Execute(const char* Sql);
-		bool Prepare();
-		bool CreateTables();
+		FOutcome Prepare();
+		FOutcome CreateTables();
 		bool IsOfThisFormat();
-
-		/** The statement of a literal, prepared once. */
-		sqlite3_stmt* Get(const char* Sql);
-		void ForgetStatements();
-		bool Insert(const char* FileSql, const char* SymbolSql, const FIndexFile& File, const FFileSymbols& Symbols);
-		bool RunFinding(const char* Sql, std::string_view First, std::string_view Last, std::string_view Scope, int32 MaxCount,
+		FOutcome Insert(const char* FileSql, const char* SymbolSql, const FIndexFile& File, const FFileSymbols& Symbols);
+		FOutcome RunFinding(const char* Sql, std::string_view First, std::string_view Last, std::string_view Scope, int32 MaxCount,
 			std::vector<FIndexSymbol>& Out);
-		static int OnBusy(void* Self, int Count);
 
 		const std::atomic<bool>& bStop;
-		sqlite3* Database = nullptr;
-		std::vector<std::pair<const char*, sqlite3_stmt*>> Statements;
+		FSqliteConnection Connection;
 		std::string Root;
-		int OpenCode = 0;
 	};
 }

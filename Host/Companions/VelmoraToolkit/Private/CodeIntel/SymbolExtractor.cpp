@@ -3,11 +3,14 @@
 #include <algorithm>
 #include <unordered_map>
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include "CodeIntel/ChildProcess.h"
 #include "CodeIntel/TagReader.h"
+#include "Host/FileDescriptor.h"
 #include "Host/HostFileNames.h"
+#include "Host/HostUtf8.h"
 
 DEFINE_LOG_CATEGORY_STATIC(LogSymbolExtractor, Log, All);
 
@@ -44,12 +47,18 @@ namespace Velmora::CodeIntel
 		/** A name that comes back in JSON as it went in as a line of text; others are given to the program by themselves. */
 		bool IsPlainName(const std::string& Path)
 		{
-			if (Path.empty() || Path.back() == ' ' || HostFileNameToBytes(FString(UTF8_TO_TCHAR(Path.c_str()))) != Path)
+			char32_t Character = 0;
+			for (size_t Index = 0, Length = 0; Index < Path.size(); Index += Length)
 			{
-				return false;
+				Length = HostDecodeUtf8(std::string_view(Path).substr(Index), Character);
+				if (Length == 0)
+				{
+					return false;
+				}
 			}
-			return std::none_of(Path.begin(), Path.end(),
-				[](char Byte) { return static_cast<unsigned char>(Byte) < 0x20 || Byte == 0x7F || Byte == '\\'; });
+			return !Path.empty() && Path.back() != ' ' &&
+				std::none_of(Path.begin(), Path.end(),
+					[](char Byte) { return static_cast<unsigned char>(Byte) < 0x20 || Byte == 0x7F || Byte == '\\'; });
 		}
 
 		/** Places in an array are no names. */
@@ -71,7 +80,7 @@ namespace Velmora::CodeIntel
 	{
 	}
 
-	bool FSymbolExtractor::Check(FString& OutProblem) const
+	FOutcome FSymbolExtractor::Check() const
 	{
 		FChildRun Run;
 		Run.Arguments = MakeArguments(Options);
@@ -81,15 +90,18 @@ namespace Velmora::CodeIntel
 		std::string Reason;
 		const EChildEnd End = RunChild(
 			Run, bStop, [](std::string_view) {}, Reason);
-		if (End == EChildEnd::Finished || End == EChildEnd::Stopped)
+		if (End == EChildEnd::Finished)
 		{
-			return End == EChildEnd::Finished;
+			return FOutcome::Done();
 		}
-		const TCHAR* const What = End == EChildEnd::NotStarted ? TEXT("could not be started") : TEXT("cannot be used");
-		OutProblem =
-			FString::Printf(TEXT("The code index needs a program that finds symbols. \"%s\" %s: %s. Install the package universal-ctags."),
-				*Options.Program, What, UTF8_TO_TCHAR(Reason.c_str()));
-		return false;
+		if (End == EChildEnd::Stopped)
+		{
+			return FOutcome(EOutcome::Stopped, "it was stopped");
+		}
+		return FOutcome(EOutcome::Failed,
+			"The code index needs a program that finds symbols. \"" + Run.Arguments.front() +
+				(End == EChildEnd::NotStarted ? "\" could not be started: " : "\" cannot be used: ") + Reason +
+				". Install the package universal-ctags.");
 	}
 
 	double FSymbolExtractor::GetSeconds(size_t FileCount) const
@@ -136,8 +148,67 @@ namespace Velmora::CodeIntel
 		return Batches;
 	}
 
-	bool FSymbolExtractor::Extract(const std::vector<FIndexFile>& Files, const FTake& Take, FString& OutProblem)
+	FSymbolExtractor::FResults FSymbolExtractor::RunBatch(const FBatch& Batch) const
 	{
+		FResults Results;
+		Results.Files.resize(Batch.size());
+		FChildRun Run;
+		Run.Arguments = MakeArguments(Options);
+		Run.Arguments.push_back(IndexedLanguages);
+		Run.Seconds = GetSeconds(Batch.size());
+		Run.MaxOutputBytes = MaxOutputOfRun;
+		const bool bIsAlone = Batch.size() == 1;
+		std::unordered_map<std::string, size_t> Places;
+		if (bIsAlone)
+		{
+			// Absolute, so no name is taken for an option.
+			Run.Arguments.push_back(Root + '/' + Batch.front()->Path);
+		}
+		else
+		{
+			Run.Arguments.insert(Run.Arguments.end(), { "-L", "-" });
+			for (size_t Index = 0; Index < Batch.size(); ++Index)
+			{
+				std::string Path = Root + '/' + Batch[Index]->Path;
+				Run.Input += Path + '\n';
+				Places.emplace(std::move(Path), Index);
+			}
+		}
+		size_t Last = 0;
+		std::string LastPath;
+		FTagReader Reader(
+			[&](FTag&& Tag)
+			{
+				if (!bIsAlone && Tag.Path != LastPath)
+				{
+					const auto Found = Places.find(Tag.Path);
+					if (Found == Places.end())
+					{
+						return;
+					}
+					Last = Found->second;
+					LastPath = Tag.Path;
+				}
+				if (IsSymbol(Tag))
+				{
+					Results.Files[Last].Symbols.push_back(MakeSymbol(std::move(Tag)));
+				}
+			});
+		Results.End = RunChild(
+			Run, bStop, [&Reader](std::string_view Piece) { Reader.Add(Piece); }, Results.Reason);
+		if (Results.End == EChildEnd::Finished && Reader.HasGarbage())
+		{
+			Results.End = EChildEnd::Failed;
+			Results.Reason = "what it answers cannot be read";
+			Results.Files.front().bIsGarbage = true;
+		}
+		return Results;
+	}
+
+	FOutcome FSymbolExtractor::Extract(const std::vector<FIndexFile>& Files, const FTake& Take)
+	{
+		const FOutcome Stopped(EOutcome::Stopped, "it was stopped");
+		const std::string Program = "The program \"" + HostFileNameToBytes(Options.Program) + "\" ";
 		bool bGoesOn = true;
 		std::vector<FBatch> Batches = MakeBatches(Files, Take, bGoesOn);
 		int Failures = 0;
@@ -146,92 +217,45 @@ namespace Velmora::CodeIntel
 		{
 			const FBatch Batch = std::move(Batches.back());
 			Batches.pop_back();
-
-			FChildRun Run;
-			Run.Arguments = MakeArguments(Options);
-			Run.Arguments.push_back(IndexedLanguages);
-			Run.Seconds = GetSeconds(Batch.size());
-			Run.MaxOutputBytes = MaxOutputOfRun;
-			const bool bIsAlone = Batch.size() == 1;
-			std::unordered_map<std::string, size_t> Places;
-			std::vector<FFileSymbols> Results(Batch.size());
-			if (bIsAlone)
+			FResults Results = RunBatch(Batch);
+			if (Results.End == EChildEnd::Stopped)
 			{
-				// Absolute, so no name is taken for an option.
-				Run.Arguments.push_back(Root + '/' + Batch.front()->Path);
+				return Stopped;
 			}
-			else
+			if (Results.End == EChildEnd::NotStarted)
 			{
-				Run.Arguments.insert(Run.Arguments.end(), { "-L", "-" });
-				for (size_t Index = 0; Index < Batch.size(); ++Index)
-				{
-					std::string Path = Root + '/' + Batch[Index]->Path;
-					Run.Input += Path + '\n';
-					Places.emplace(std::move(Path), Index);
-				}
+				return FOutcome(
+					EOutcome::Failed, Program + "could not be started: " + Results.Reason + ". Install the package universal-ctags.");
 			}
-			size_t Last = 0;
-			std::string LastPath;
-			FTagReader Reader(
-				[&](FTag&& Tag)
-				{
-					if (!bIsAlone && Tag.Path != LastPath)
-					{
-						const auto Found = Places.find(Tag.Path);
-						if (Found == Places.end())
-						{
-							return;
-						}
-						Last = Found->second;
-						LastPath = Tag.Path;
-					}
-					if (IsSymbol(Tag))
-					{
-						Results[Last].Symbols.push_back(MakeSymbol(std::move(Tag)));
-					}
-				});
-			std::string Reason;
-			const EChildEnd End = RunChild(
-				Run, bStop, [&Reader](std::string_view Piece) { Reader.Add(Piece); }, Reason);
-			if (End == EChildEnd::Stopped)
-			{
-				return false;
-			}
-			if (End == EChildEnd::NotStarted)
-			{
-				OutProblem = FString::Printf(TEXT("The program \"%s\" could not be started: %s. Install the package universal-ctags."),
-					*Options.Program, UTF8_TO_TCHAR(Reason.c_str()));
-				return false;
-			}
-			if (End != EChildEnd::Finished && !bIsAlone)
+			if (Results.End != EChildEnd::Finished && Batch.size() > 1)
 			{
 				const auto Middle = Batch.begin() + static_cast<ptrdiff_t>(Batch.size() / 2);
 				Batches.emplace_back(Middle, Batch.end());
 				Batches.emplace_back(Batch.begin(), Middle);
 				continue;
 			}
-			if (End != EChildEnd::Finished)
+			if (Results.End != EChildEnd::Finished)
 			{
 				UE_LOG(LogSymbolExtractor, Warning, TEXT("%s is not in the code index: \"%s\" failed on it, %s"),
-					*HostFileNameFromBytes(Batch.front()->Path), *Options.Program, UTF8_TO_TCHAR(Reason.c_str()));
-				Results.front() = { {}, true };
+					*HostFileNameFromBytes(Batch.front()->Path), *Options.Program, UTF8_TO_TCHAR(Results.Reason.c_str()));
+				Results.Files.front().Symbols.clear();
+				Results.Files.front().bFailed = true;
 				if (++Failures >= HopelessFailures && !bHasWorked)
 				{
-					OutProblem = FString::Printf(TEXT("The program \"%s\" fails on every file: %s. Install the package universal-ctags."),
-						*Options.Program, UTF8_TO_TCHAR(Reason.c_str()));
-					return false;
+					return FOutcome(
+						EOutcome::Failed, Program + "fails on every file: " + Results.Reason + ". Install the package universal-ctags.");
 				}
 			}
-			bHasWorked |= End == EChildEnd::Finished;
+			bHasWorked |= Results.End == EChildEnd::Finished;
 			for (size_t Index = 0; bGoesOn && Index < Batch.size(); ++Index)
 			{
-				bGoesOn = Take(*Batch[Index], std::move(Results[Index]));
+				bGoesOn = Take(*Batch[Index], std::move(Results.Files[Index]));
 			}
 		}
-		return bGoesOn && !bStop;
+		return bGoesOn && !bStop ? FOutcome::Done() : Stopped;
 	}
 
-	bool FSymbolExtractor::ExtractAny(const std::string& AbsolutePath, std::vector<FIndexSymbol>& Out, std::string& OutReason) const
+	FOutcome FSymbolExtractor::ExtractAny(const std::string& AbsolutePath, std::vector<FIndexSymbol>& Out) const
 	{
 		FChildRun Run;
 		Run.Arguments = MakeArguments(Options);
@@ -246,9 +270,32 @@ namespace Velmora::CodeIntel
 					Out.push_back(MakeSymbol(std::move(Tag)));
 				}
 			});
-		const bool bIsDone = RunChild(
-								 Run, bStop, [&Reader](std::string_view Piece) { Reader.Add(Piece); }, OutReason) == EChildEnd::Finished;
+		std::string Reason;
+		const EChildEnd End = RunChild(
+			Run, bStop, [&Reader](std::string_view Piece) { Reader.Add(Piece); }, Reason);
 		std::stable_sort(Out.begin(), Out.end(), [](const FIndexSymbol& A, const FIndexSymbol& B) { return A.Line < B.Line; });
-		return bIsDone;
+		if (End == EChildEnd::Finished && Reader.HasGarbage())
+		{
+			return FOutcome(EOutcome::Failed, "what it answers cannot be read", AbsolutePath);
+		}
+		return End == EChildEnd::Finished
+			? FOutcome::Done()
+			: FOutcome(End == EChildEnd::Stopped ? EOutcome::Stopped : EOutcome::Failed, Reason, AbsolutePath);
+	}
+
+	bool FSymbolExtractor::FindsSymbols(const std::string& ProbePath) const
+	{
+		std::vector<FIndexSymbol> Symbols;
+		{
+			FFileDescriptor Probe = FFileDescriptor::Open(ProbePath, O_WRONLY | O_CREAT | O_TRUNC, 0600);
+			if (!Probe.IsOpen() || !Probe.Write("class FProbe\n{\n};\n") || !Probe.Close())
+			{
+				return true; // The program is not to blame.
+			}
+		}
+		const FOutcome Extracted = ExtractAny(ProbePath, Symbols);
+		unlink(ProbePath.c_str());
+		return Extracted.Is(EOutcome::Stopped) ||
+			std::any_of(Symbols.begin(), Symbols.end(), [](const FIndexSymbol& Symbol) { return Symbol.Name == "FProbe"; });
 	}
 }

@@ -5,8 +5,10 @@
 #include <string>
 #include <vector>
 
+#include "CodeIntel/ChildProcess.h"
 #include "CodeIntel/IndexFiles.h"
 #include "Host/CodeIndexControl.h"
+#include "Host/Outcome.h"
 
 namespace Velmora::CodeIntel
 {
@@ -15,6 +17,9 @@ namespace Velmora::CodeIntel
 	{
 		std::vector<FIndexSymbol> Symbols;
 		bool bFailed = false;
+
+		/** It failed since the answer cannot be read. */
+		bool bIsGarbage = false;
 	};
 
 	/** Gets symbols out of files by running the extractor on batches of them. One thread. */
@@ -24,8 +29,8 @@ namespace Velmora::CodeIntel
 		/** @param bInStop  Ends an extraction early. */
 		FSymbolExtractor(std::string InRoot, const FExtractorOptions& InOptions, const std::atomic<bool>& bInStop);
 
-		/** Whether there is a program that can do it. @param OutProblem  A sentence that says what to install. */
-		bool Check(FString& OutProblem) const;
+		/** Whether there is a program that can do it. The words are a sentence that says what to install. */
+		FOutcome Check() const;
 
 		/** Called once for each file; false ends the extraction. */
 		using FTake = std::function<bool(const FIndexFile&, FFileSymbols&&)>;
@@ -33,16 +38,28 @@ namespace Velmora::CodeIntel
 		/**
 		 * A batch that crashes or hangs the program is halved until the file that is to blame stands alone.
 		 *
-		 * @return False when it was ended early, or when the program fails on whatever it is given; OutProblem is then a sentence.
+		 * @return Stopped when it was ended early, Failed with a sentence when the program fails on whatever it is given.
 		 */
-		bool Extract(const std::vector<FIndexFile>& Files, const FTake& Take, FString& OutProblem);
+		FOutcome Extract(const std::vector<FIndexFile>& Files, const FTake& Take);
 
-		/** All languages that the program knows, for one file. Absolute path. */
-		bool ExtractAny(const std::string& AbsolutePath, std::vector<FIndexSymbol>& Out, std::string& OutReason) const;
+		/** All languages that the program knows, for one file. Absolute path. The words are a clause. */
+		FOutcome ExtractAny(const std::string& AbsolutePath, std::vector<FIndexSymbol>& Out) const;
+
+		/** Whether the program finds anything at all: asked on a little source of ours, written for the moment under that name. */
+		bool FindsSymbols(const std::string& ProbePath) const;
 
 	private:
 		using FBatch = std::vector<const FIndexFile*>;
 
+		struct FResults
+		{
+			std::vector<FFileSymbols> Files;
+
+			/** Why the batch has none; empty when it has. */
+			std::string Reason;
+			EChildEnd End = EChildEnd::Finished;
+		};
+		FResults RunBatch(const FBatch& Batch) const;
 		std::vector<FBatch> MakeBatches(const std::vector<FIndexFile>& Files, const FTake& Take, bool& bGoesOn) const;
 		double GetSeconds(size_t FileCount) const;
 

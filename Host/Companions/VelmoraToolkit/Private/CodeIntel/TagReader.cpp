@@ -107,6 +107,7 @@ namespace Velmora::CodeIntel
 		rapidjson::MemoryStream Stream(Text.data(), Text.size());
 		rapidjson::Reader Reader;
 		const bool bIsRead = !Reader.Parse<rapidjson::kParseIterativeFlag>(Stream, Handler).IsError();
+		bHasGarbage = bHasGarbage || !bIsRead || Handler.Type.empty();
 		if (bIsRead && Handler.Type == "tag" && !Handler.Tag.Name.empty() && Handler.Tag.Name.size() <= MaxNameBytes &&
 			Handler.Tag.Line > 0)
 		{

@@ -17,7 +17,7 @@ namespace Velmora::CodeIntel
 		int Line = 0;
 	};
 
-	/** Cuts the extractor's output into lines and reads them. What is no tag is passed over. */
+	/** Cuts the extractor's output into lines and reads them. What is no tag is passed over, what is no answer at all is counted. */
 	class FTagReader
 	{
 	public:
@@ -26,13 +26,14 @@ namespace Velmora::CodeIntel
 		/** A piece of output, cut anywhere. */
 		void Add(std::string_view Piece);
 
-		/** A last line without a line feed has been cut off and is no tag. */
-		void Finish() { Rest.clear(); }
+		/** Something came that the extractor does not write, or the last line was cut off. */
+		bool HasGarbage() const { return bHasGarbage || !Rest.empty(); }
 
 	private:
 		void ReadLine(std::string_view Text);
 
 		const std::function<void(FTag&&)> Take;
 		std::string Rest;
+		bool bHasGarbage = false;
 	};
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <memory>
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -10,6 +11,8 @@
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
+
+#include "Host/HostSystemErrors.h"
 
 namespace Velmora
 {
@@ -32,19 +35,23 @@ namespace Velmora
 		}
 	}
 
-	EFolderRead ReadFolderEntries(int Folder, size_t MaxEntries, const std::atomic<bool>& bStop, std::vector<FFolderEntry>& Out)
+	EFolderRead ReadFolderEntries(FFileDescriptor Folder, size_t MaxEntries, const std::atomic<bool>& bStop, std::vector<FFolderEntry>& Out)
 	{
-		DIR* const Stream = fdopendir(Folder);
-		if (Stream == nullptr)
+		struct FClose
 		{
-			close(Folder);
+			void operator()(DIR* Stream) const { closedir(Stream); }
+		};
+		const std::unique_ptr<DIR, FClose> Stream(fdopendir(Folder.Get()));
+		if (!Stream)
+		{
 			return EFolderRead::Failed;
 		}
+		(void)Folder.Release(); // It is the stream's now.
 		EFolderRead Result = EFolderRead::Complete;
 		for (;;)
 		{
 			errno = 0;
-			const dirent* const Entry = readdir(Stream);
+			const dirent* const Entry = readdir(Stream.get());
 			if (Entry == nullptr)
 			{
 				Result = errno == 0 ? Result : EFolderRead::Partly;
@@ -54,7 +61,7 @@ namespace Velmora
 			{
 				continue;
 			}
-			const unsigned char Kind = GetEntryKind(dirfd(Stream), *Entry);
+			const unsigned char Kind = GetEntryKind(dirfd(Stream.get()), *Entry);
 			if (Kind != DT_DIR && Kind != DT_REG)
 			{
 				continue;
@@ -66,41 +73,34 @@ namespace Velmora
 			}
 			Out.push_back({ Entry->d_name, Entry->d_ino, Kind == DT_DIR });
 		}
-		closedir(Stream);
 		std::sort(Out.begin(), Out.end(), [](const FFolderEntry& A, const FFolderEntry& B) { return A.Name < B.Name; });
 		return Result;
 	}
 
-	int OpenFolderBeneath(int Root, const std::string& Path)
+	FFileDescriptor OpenFolderBeneath(int Root, const std::string& Path)
 	{
 		open_how How = {};
 		How.flags = FolderOpenFlags;
 		How.resolve = RESOLVE_BENEATH | RESOLVE_NO_SYMLINKS;
-		const long Folder = syscall(SYS_openat2, Root, Path.c_str(), &How, sizeof(How));
-		if (Folder >= 0 || (errno != ENOSYS && errno != EPERM))
+		FFileDescriptor Folder(static_cast<int>(
+			HostRetryInterrupted([Root, &Path, &How] { return syscall(SYS_openat2, Root, Path.c_str(), &How, sizeof(How)); })));
+		if (Folder.IsOpen() || (errno != ENOSYS && errno != EPERM))
 		{
-			return static_cast<int>(Folder);
+			return Folder;
 		}
 		return OpenFolderStepByStep(Root, Path);
 	}
 
-	int OpenFolderStepByStep(int Root, const std::string& Path)
+	FFileDescriptor OpenFolderStepByStep(int Root, const std::string& Path)
 	{
-		int Folder = -1;
+		FFileDescriptor Folder;
 		for (size_t Start = 0; Start <= Path.size();)
 		{
 			const size_t End = std::min(Path.find('/', Start), Path.size());
-			const int Next = openat(Folder < 0 ? Root : Folder, Path.substr(Start, End - Start).c_str(), FolderOpenFlags);
-			const int Error = errno;
-			if (Folder >= 0)
+			Folder = FFileDescriptor::OpenAt(Folder.IsOpen() ? Folder.Get() : Root, Path.substr(Start, End - Start), FolderOpenFlags);
+			if (!Folder.IsOpen())
 			{
-				close(Folder);
-			}
-			errno = Error;
-			Folder = Next;
-			if (Folder < 0)
-			{
-				return -1;
+				return Folder;
 			}
 			Start = End + 1;
 		}

@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "Host/FileDescriptor.h"
+
 namespace Velmora
 {
 	/** A regular file or a folder; everything else (links, pipes, devices) is left out of a project. */
@@ -23,12 +25,13 @@ namespace Velmora
 		Failed
 	};
 
-	/** The entries of an open folder in the order of their names. Takes the descriptor over and closes it. */
-	EFolderRead ReadFolderEntries(int Folder, size_t MaxEntries, const std::atomic<bool>& bStop, std::vector<FFolderEntry>& Out);
+	/** The entries of an open folder in the order of their names. Closes it. */
+	EFolderRead ReadFolderEntries(
+		FFileDescriptor Folder, size_t MaxEntries, const std::atomic<bool>& bStop, std::vector<FFolderEntry>& Out);
 
-	/** Opens a folder below another for reading without following a link anywhere on the way. -1 on failure, errno tells why. */
-	int OpenFolderBeneath(int Root, const std::string& Path);
+	/** Opens a folder below another for reading without following a link anywhere on the way. None on failure, errno tells why. */
+	FFileDescriptor OpenFolderBeneath(int Root, const std::string& Path);
 
 	/** The same for kernels and sandboxes that do not know or allow the one call it takes otherwise. */
-	int OpenFolderStepByStep(int Root, const std::string& Path);
+	FFileDescriptor OpenFolderStepByStep(int Root, const std::string& Path);
 }

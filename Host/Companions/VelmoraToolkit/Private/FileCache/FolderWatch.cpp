@@ -1,10 +1,11 @@
 #include "FileCache/FolderWatch.h"
 
-#include <cerrno>
 #include <cstring>
 
 #include <sys/inotify.h>
 #include <unistd.h>
+
+#include "Host/HostSystemErrors.h"
 
 namespace Velmora
 {
@@ -31,23 +32,15 @@ namespace Velmora
 	{
 	}
 
-	FFolderWatch::~FFolderWatch()
-	{
-		if (Queue >= 0)
-		{
-			close(Queue);
-		}
-	}
-
 	int FFolderWatch::Add(int Folder)
 	{
-		if (Queue < 0 || WatchCount >= MaxWatches)
+		if (!Queue.IsOpen() || WatchCount >= MaxWatches)
 		{
 			return -1;
 		}
 		// By its descriptor, so that what is watched is what is read, whatever happens to the path meanwhile.
 		const std::string Path = "/proc/self/fd/" + std::to_string(Folder);
-		const int Watch = inotify_add_watch(Queue, Path.c_str(), WatchedEvents | IN_ONLYDIR | IN_EXCL_UNLINK);
+		const int Watch = inotify_add_watch(Queue.Get(), Path.c_str(), WatchedEvents | IN_ONLYDIR | IN_EXCL_UNLINK);
 		if (Watch > HighestWatch)
 		{
 			// Numbers only go up, so a lower one is a folder that is watched already.
@@ -60,7 +53,7 @@ namespace Velmora
 	void FFolderWatch::Remove(int Watch)
 	{
 		// The end of the watch comes through the queue, like every other, and is counted there.
-		inotify_rm_watch(Queue, Watch);
+		inotify_rm_watch(Queue.Get(), Watch);
 	}
 
 	void FFolderWatch::Read(const std::function<void(const FFolderChange&)>& Take)
@@ -68,11 +61,7 @@ namespace Velmora
 		alignas(inotify_event) char Buffer[65536];
 		for (;;)
 		{
-			const ssize_t Count = Queue < 0 ? 0 : read(Queue, Buffer, sizeof(Buffer));
-			if (Count < 0 && errno == EINTR)
-			{
-				continue;
-			}
+			const ssize_t Count = Queue.IsOpen() ? HostRetryInterrupted([&] { return read(Queue.Get(), Buffer, sizeof(Buffer)); }) : 0;
 			if (Count <= 0)
 			{
 				return;

@@ -6,6 +6,8 @@
 #include <string>
 #include <string_view>
 
+#include "Host/FileDescriptor.h"
+
 namespace Velmora
 {
 	enum class EFolderEvent : uint8_t
@@ -39,13 +41,11 @@ namespace Velmora
 	public:
 		/** MaxWatches is a bound of our own, beside that of the system. */
 		explicit FFolderWatch(size_t InMaxWatches);
-		~FFolderWatch();
-
 		FFolderWatch(const FFolderWatch&) = delete;
 		FFolderWatch& operator=(const FFolderWatch&) = delete;
 
 		/** For poll; -1 when there is no queue. */
-		int GetDescriptor() const { return Queue; }
+		int GetDescriptor() const { return Queue.Get(); }
 
 		/** Watches an open folder. The number is that of an earlier watch if the folder has one. -1 when there are no more to be had. */
 		int Add(int Folder);
@@ -58,6 +58,6 @@ namespace Velmora
 		const size_t MaxWatches;
 		size_t WatchCount = 0;
 		int HighestWatch = -1;
-		int Queue = -1;
+		const FFileDescriptor Queue;
 	};
 }

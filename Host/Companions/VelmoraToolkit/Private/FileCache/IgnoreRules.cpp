@@ -8,6 +8,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "Host/FileDescriptor.h"
+
 namespace Velmora
 {
 	namespace
@@ -400,28 +402,9 @@ namespace Velmora
 	{
 		OutText.clear();
 		// Non-blocking, so that opening a pipe of that name does not wait for its writer.
-		const int File = openat(Folder, IgnoreFileName, O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
-		if (File < 0)
-		{
-			return false;
-		}
+		const FFileDescriptor File = FFileDescriptor::OpenAt(Folder, IgnoreFileName, O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
 		struct stat Status = {};
-		bool bIsGood = fstat(File, &Status) == 0 && S_ISREG(Status.st_mode);
-		char Buffer[16384];
-		while (bIsGood)
-		{
-			const ssize_t Count = read(File, Buffer, sizeof(Buffer));
-			if (Count == 0)
-			{
-				break;
-			}
-			if (Count > 0)
-			{
-				OutText.append(Buffer, static_cast<size_t>(Count));
-			}
-			bIsGood = (Count > 0 || errno == EINTR) && OutText.size() <= MaxIgnoreFileBytes;
-		}
-		close(File);
-		return bIsGood;
+		return File.IsOpen() && fstat(File.Get(), &Status) == 0 && S_ISREG(Status.st_mode) && File.Read(OutText, MaxIgnoreFileBytes + 1) &&
+			OutText.size() <= MaxIgnoreFileBytes;
 	}
 }

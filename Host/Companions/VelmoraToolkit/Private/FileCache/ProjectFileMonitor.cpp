@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include "Host/HostFileNames.h"
+#include "Host/HostSystemErrors.h"
 #include "Host/ProjectFolder.h"
 
 DEFINE_LOG_CATEGORY_STATIC(LogProjectFileCache, Log, All);
@@ -38,16 +39,8 @@ namespace Velmora
 
 	FProjectFileMonitor::FProjectFileMonitor(const FProjectTreeLimits& InLimits)
 		: Limits(InLimits)
-		, WakeDescriptor(eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC))
+		, WakeSignal(eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC))
 	{
-	}
-
-	FProjectFileMonitor::~FProjectFileMonitor()
-	{
-		if (WakeDescriptor >= 0)
-		{
-			close(WakeDescriptor);
-		}
 	}
 
 	void FProjectFileMonitor::Request()
@@ -110,7 +103,7 @@ namespace Velmora
 	{
 		const uint64_t One = 1;
 		// A full counter wakes as well.
-		[[maybe_unused]] const ssize_t Written = write(WakeDescriptor, &One, sizeof(One));
+		HostRetryInterrupted([this, &One] { return write(WakeSignal.Get(), &One, sizeof(One)); });
 	}
 
 	void FProjectFileMonitor::Shutdown(double TimeoutSeconds)
@@ -358,11 +351,11 @@ namespace Velmora
 	void FProjectFileMonitor::Wait(const FProjectTree& Tree)
 	{
 		// While changes are awaited the watch is asked now and then: a flood of them shall not wake the thread for each.
-		pollfd Descriptors[] = { { WakeDescriptor, POLLIN, 0 }, { bFollows ? -1 : Tree.GetWatchDescriptor(), POLLIN, 0 } };
+		pollfd Descriptors[] = { { WakeSignal.Get(), POLLIN, 0 }, { bFollows ? -1 : Tree.GetWatchDescriptor(), POLLIN, 0 } };
 		if (poll(Descriptors, std::size(Descriptors), GetTimeout(Tree)) > 0 && Descriptors[0].revents != 0)
 		{
 			uint64_t Ignored = 0;
-			[[maybe_unused]] const ssize_t Length = read(WakeDescriptor, &Ignored, sizeof(Ignored));
+			HostRetryInterrupted([this, &Ignored] { return read(WakeSignal.Get(), &Ignored, sizeof(Ignored)); });
 		}
 	}
 }

@@ -22,7 +22,6 @@ namespace Velmora
 	{
 	public:
 		explicit FProjectFileMonitor(const FProjectTreeLimits& InLimits = FProjectTreeLimits());
-		~FProjectFileMonitor();
 
 		/** Asks for a scan, of which the first starts the thread. */
 		void Request();
@@ -66,7 +65,7 @@ namespace Velmora
 		const FProjectTreeLimits Limits;
 
 		/** Wakes the thread out of its wait. */
-		const int WakeDescriptor;
+		const FFileDescriptor WakeSignal;
 
 		mutable std::mutex Mutex;
 		std::condition_variable ThreadEnded;

@@ -76,11 +76,7 @@ namespace Velmora
 		EntryCount = 0;
 		bHasUnwatched = false;
 		bRootHasMoved = false;
-		if (RootDescriptor >= 0)
-		{
-			close(RootDescriptor);
-			RootDescriptor = -1;
-		}
+		RootFolder.Close();
 	}
 
 	void FProjectTree::SetRoot(const std::string& Path)
@@ -92,9 +88,9 @@ namespace Velmora
 		}
 		Reset();
 		RootPath = Path;
-		RootDescriptor = Path.empty() ? -1 : open(Path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+		RootFolder = Path.empty() ? FFileDescriptor() : FFileDescriptor::Open(Path, O_RDONLY | O_DIRECTORY);
 		struct stat Status = {};
-		if (RootDescriptor < 0 || fstat(RootDescriptor, &Status) != 0)
+		if (!RootFolder.IsOpen() || fstat(RootFolder.Get(), &Status) != 0)
 		{
 			return;
 		}
@@ -115,7 +111,7 @@ namespace Velmora
 	bool FProjectTree::IsRootInPlace() const
 	{
 		struct stat Status = {};
-		return RootDescriptor >= 0 && stat(RootPath.c_str(), &Status) == 0 && Status.st_dev == RootStamp.Device &&
+		return RootFolder.IsOpen() && stat(RootPath.c_str(), &Status) == 0 && Status.st_dev == RootStamp.Device &&
 			Status.st_ino == RootStamp.Inode;
 	}
 
@@ -203,9 +199,9 @@ namespace Velmora
 	{
 		const std::string Prefix = MakePrefix(Folder);
 		const std::string Path = Prefix.substr(0, Prefix.size() - (Prefix.empty() ? 0 : 1));
-		const int Opened = OpenFolderBeneath(RootDescriptor, Path.empty() ? "." : Path);
+		FFileDescriptor Opened = OpenFolderBeneath(RootFolder.Get(), Path.empty() ? "." : Path);
 		Folder.bIsLost = false;
-		Folder.bIsPartial = Opened < 0;
+		Folder.bIsPartial = !Opened.IsOpen();
 		Folder.Stamp = FDiskStamp();
 		Folder.IgnoreStamp = FDiskStamp();
 		std::string IgnoreText;
@@ -213,12 +209,12 @@ namespace Velmora
 		std::vector<FFolderEntry> Entries;
 		const size_t OwnEntries = (Folder.Files ? static_cast<size_t>(Folder.Files->Num()) : 0) + Folder.Folders.size();
 		const size_t Room = Limits.MaxEntries - std::min(Limits.MaxEntries, EntryCount - std::min(EntryCount, OwnEntries));
-		if (Opened >= 0)
+		if (Opened.IsOpen())
 		{
 			// Watched first and read then, so that nothing falls in between.
 			if (Folder.Watch < 0)
 			{
-				Folder.Watch = Watch->Add(Opened);
+				Folder.Watch = Watch->Add(Opened.Get());
 				if (Folder.Watch >= 0)
 				{
 					Watched[Folder.Watch] = &Folder;
@@ -227,16 +223,16 @@ namespace Velmora
 			}
 			Folder.ReadAt = GetWallClock();
 			struct stat Status = {};
-			if (fstat(Opened, &Status) == 0)
+			if (fstat(Opened.Get(), &Status) == 0)
 			{
 				Folder.Stamp = FDiskStamp::Of(Status);
 			}
-			if (fstatat(Opened, IgnoreFileName, &Status, AT_SYMLINK_NOFOLLOW) == 0)
+			if (fstatat(Opened.Get(), IgnoreFileName, &Status, AT_SYMLINK_NOFOLLOW) == 0)
 			{
 				Folder.IgnoreStamp = FDiskStamp::Of(Status);
-				bHasIgnoreFile = ReadIgnoreFile(Opened, IgnoreText);
+				bHasIgnoreFile = ReadIgnoreFile(Opened.Get(), IgnoreText);
 			}
-			Folder.bIsPartial = ReadFolderEntries(Opened, 2 * Limits.MaxEntries, bStop, Entries) != EFolderRead::Complete;
+			Folder.bIsPartial = ReadFolderEntries(std::move(Opened), 2 * Limits.MaxEntries, bStop, Entries) != EFolderRead::Complete;
 		}
 		const bool bRescoped = Rescope(Folder, Prefix, bHasIgnoreFile, std::move(IgnoreText));
 
@@ -370,7 +366,7 @@ namespace Velmora
 		for (const std::string& Path : Touched)
 		{
 			struct stat Status = {};
-			if (fstatat(RootDescriptor, Path.c_str(), &Status, AT_SYMLINK_NOFOLLOW) == 0 && S_ISREG(Status.st_mode))
+			if (fstatat(RootFolder.Get(), Path.c_str(), &Status, AT_SYMLINK_NOFOLLOW) == 0 && S_ISREG(Status.st_mode))
 			{
 				NoteWritten(HostFileNameFromBytes(Path));
 			}

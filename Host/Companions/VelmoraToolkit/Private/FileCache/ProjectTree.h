@@ -145,7 +145,7 @@ namespace Velmora
 		const FProjectTreeLimits Limits;
 		const std::atomic<bool>& bStop;
 		std::string RootPath;
-		int RootDescriptor = -1;
+		FFileDescriptor RootFolder;
 		FDiskStamp RootStamp;
 		std::unique_ptr<FProjectTreeFolder> Root;
 		std::unique_ptr<FFolderWatch> Watch;

@@ -16,7 +16,7 @@ namespace Velmora
 	bool FProjectTree::HasChanged(const FProjectTreeFolder& Folder, const std::string& Path) const
 	{
 		struct stat Status = {};
-		if (fstatat(RootDescriptor, Path.empty() ? "." : Path.c_str(), &Status, AT_SYMLINK_NOFOLLOW) != 0 ||
+		if (fstatat(RootFolder.Get(), Path.empty() ? "." : Path.c_str(), &Status, AT_SYMLINK_NOFOLLOW) != 0 ||
 			FDiskStamp::Of(Status) != Folder.Stamp)
 		{
 			return true;
@@ -30,7 +30,7 @@ namespace Velmora
 			return false;
 		}
 		const std::string IgnorePath = Path.empty() ? IgnoreFileName : Path + '/' + IgnoreFileName;
-		return fstatat(RootDescriptor, IgnorePath.c_str(), &Status, AT_SYMLINK_NOFOLLOW) != 0 ||
+		return fstatat(RootFolder.Get(), IgnorePath.c_str(), &Status, AT_SYMLINK_NOFOLLOW) != 0 ||
 			FDiskStamp::Of(Status) != Folder.IgnoreStamp || std::llabs(Folder.ReadAt - Folder.IgnoreStamp.Changed) < CoarsestTime;
 	}
 

@@ -41,14 +41,14 @@ namespace Velmora
 		/** The names in a folder, sorted, links and special files left out. False when it cannot be read. */
 		bool ReadFolder(const std::string& Folder, std::vector<std::string>& OutFiles, std::vector<std::string>& OutFolders)
 		{
-			const int Opened = open(Folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+			FFileDescriptor Opened = FFileDescriptor::Open(Folder, O_RDONLY | O_DIRECTORY);
 			const std::atomic<bool> bStop = false;
 			std::vector<FFolderEntry> Entries;
-			if (Opened < 0)
+			if (!Opened.IsOpen())
 			{
 				return false;
 			}
-			const EFolderRead Result = ReadFolderEntries(Opened, SIZE_MAX, bStop, Entries);
+			const EFolderRead Result = ReadFolderEntries(std::move(Opened), SIZE_MAX, bStop, Entries);
 			for (FFolderEntry& Entry : Entries)
 			{
 				(Entry.bIsFolder ? OutFolders : OutFiles).push_back(std::move(Entry.Name));
