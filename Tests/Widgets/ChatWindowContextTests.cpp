@@ -24,7 +24,7 @@ protected:
 
 	void TearDown() override
 	{
-		FFileHistoryTracker::Get().Operations.Empty();
+		FFileHistoryTracker::Get().RemoveGroup(TEXT("c1"), TEXT("g"));
 		FHostEditor::ShutDown();
 		FHostPaths::SetProjectDir(ProjectDirBefore);
 		FChatWindowTest::TearDown();
@@ -39,11 +39,17 @@ protected:
 		PumpFrame();
 	}
 
+	FChildren* GetChipWidgets() const
+	{
+		const TSharedPtr<SWidget> Area = FWidgetFinder::FindByTag(FName("ContextChips"));
+		return (Area.IsValid() ? FindInside(*Area, "SHorizontalBox") : SNullWidget::NullWidget.ToSharedPtr())->GetChildren();
+	}
+
 	/** Names of the chips, clipped or not. */
 	FTextList GetChips() const
 	{
 		FTextList Names;
-		FChildren* Chips = Window->ContextChipsContainer->GetChildren();
+		FChildren* Chips = GetChipWidgets();
 		for (int32 Index = 0; Index < Chips->Num(); ++Index)
 		{
 			const std::string Dumped = DumpWidgets(*Chips->GetChildAt(Index));
@@ -60,7 +66,7 @@ protected:
 		for (int Step = 0; Step < 40; ++Step)
 		{
 			PressKey("Tab");
-			FChildren* Chips = Window->ContextChipsContainer->GetChildren();
+			FChildren* Chips = GetChipWidgets();
 			for (int32 Index = 0; Index < Chips->Num(); ++Index)
 			{
 				if (Chips->GetChildAt(Index)->HasFocusedDescendants())
@@ -112,11 +118,12 @@ TEST_F(FChatWindowContextTest, AChipGoesByItsCross)
 	Prompt("see A.h");
 	Click(FWidgetFinder::FindByText(TEXT("×"))[1]);
 	EXPECT_EQ(GetChips(), (FTextList{ "A.h", "C.h" }));
-	EXPECT_TRUE(Window->InputTextBox->HasKeyboardFocus()) << "who clicked goes on typing";
+	EXPECT_TRUE(InputBox()->HasKeyboardFocus()) << "who clicked goes on typing";
 	TypeText("!");
 	EXPECT_EQ(GetPrompt(), "see A.h!") << "the text stays";
-	Window->OnRemoveContextFile(TEXT("a.H"));
-	Window->OnRemoveContextFile(TEXT("Never.h"));
+	ViewModel->RemoveContextFile(TEXT("a.H"));
+	ViewModel->RemoveContextFile(TEXT("Never.h"));
+	PumpFrame();
 	EXPECT_EQ(GetChips(), (FTextList{ "C.h" }));
 	PressKey("CTRL+Enter");
 	EXPECT_EQ(GetChips(), FTextList()) << "what was sent is no longer attached";
@@ -134,14 +141,14 @@ TEST_F(FChatWindowContextTest, ARowWiderThanTheWindowIsClippedAndReachedByKey)
 	{
 		EXPECT_NE(Utf8(Widget->GetType().ToString()), "SButton") << "nothing of a chip reaches beyond the row";
 	}
-	Click(Window->InputTextBox.ToSharedRef());
+	Click(InputBox());
 	ASSERT_EQ(TabToChip(), 0);
 	for (int Index = 1; Index < 30; ++Index)
 	{
 		ASSERT_EQ(TabToChip(), Index);
 	}
 	PumpFrame();
-	const FSlateRect Last = GetRect(*Window->ContextChipsContainer->GetChildren()->GetChildAt(29));
+	const FSlateRect Last = GetRect(*GetChipWidgets()->GetChildAt(29));
 	EXPECT_TRUE(Last.Width() > 0.0f && Last.Left >= Row.Left && Last.Right <= Row.Right) << "it is in view while it has the keyboard";
 	PressKey("SpaceBar");
 	EXPECT_EQ(GetChips().size(), 29u);
@@ -153,7 +160,7 @@ TEST_F(FChatWindowContextTest, ARowWiderThanTheWindowIsClippedAndReachedByKey)
 		PressKey("Enter");
 	}
 	EXPECT_EQ(GetChips(), FTextList());
-	EXPECT_TRUE(Window->InputTextBox->HasKeyboardFocus()) << "behind the last chip comes the prompt";
+	EXPECT_TRUE(InputBox()->HasKeyboardFocus()) << "behind the last chip comes the prompt";
 }
 
 TEST_F(FChatWindowContextTest, AnotherViewModelTakesOver)
@@ -169,18 +176,16 @@ TEST_F(FChatWindowContextTest, AnotherViewModelTakesOver)
 	EXPECT_EQ(GetChips(), (FTextList{ "A.h" })) << "the old one is no longer listened to";
 	Other->AddContextFile(TEXT("C.h"));
 	EXPECT_EQ(GetChips(), (FTextList{ "C.h" }));
-	EXPECT_EQ(Utf8(Window->GetCurrentConversationId()), "c2");
-	Window->SetViewModel(nullptr);
-	EXPECT_EQ(Utf8(Window->GetCurrentConversationId()), "");
+	EXPECT_EQ(TextOf("ConversationId"), "[c2]");
 }
 
 TEST_F(FChatWindowContextTest, ChangedFilesFollowTheMessages)
 {
-	FFileHistoryTracker::Get().Operations.FindOrAdd(TEXT("c1")).FindOrAdd(TEXT("g")).Add({ TEXT("Source/A.cpp"), 1, FDateTime::Now() });
-	EXPECT_EQ(Utf8(Window->ChangedFilesList->GetChangedFilesCount()), "Changed Files");
+	FFileHistoryTracker::Get().AddOperation(TEXT("c1"), TEXT("g"), { TEXT("Source/A.cpp"), 1, FDateTime::Now() });
+	EXPECT_EQ(TextOf("ChangedFilesHeader"), "Changed Files");
 	Agent->FireMessage(TEXT("done"));
 	PumpSeconds(0.5);
-	EXPECT_EQ(Utf8(Window->ChangedFilesList->GetChangedFilesCount()), "Changed Files (1)");
+	EXPECT_EQ(TextOf("ChangedFilesHeader"), "Changed Files (1)");
 	Project.Write("Source/A.cpp", "");
 	FindOne<SExpandableArea>("SExpandableArea")->SetExpanded(true);
 	PumpFrame();
@@ -200,7 +205,7 @@ TEST_F(FChatWindowContextTest, AClickOpensWhatThePathNames)
 		FString Path;
 		std::string Opened;
 	};
-	const std::string Folder = Project.Bytes;
+	const std::string Folder = Project.AtBytes("");
 	const FCase Cases[] = {
 		{ TEXT("/Game/Maps/Start"), "asset /Game/Maps/Start.Start" },
 		{ TEXT("/Game/Maps/Missing"), "" },
@@ -215,10 +220,15 @@ TEST_F(FChatWindowContextTest, AClickOpensWhatThePathNames)
 		{ TEXT("Content/X.uasset"), "" },
 		{ TEXT(""), "" },
 	};
+	FindOne<SExpandableArea>("SExpandableArea")->SetExpanded(true);
 	for (const FCase& Case : Cases)
 	{
 		FHostEditor::ClearRecords();
-		Window->OnFileClicked(Case.Path);
+		FFileHistoryTracker::Get().RemoveGroup(TEXT("c1"), TEXT("g"));
+		FFileHistoryTracker::Get().AddOperation(TEXT("c1"), TEXT("g"), { Case.Path, 1, FDateTime::Now() });
+		ViewModel->OnMessagesChanged().Broadcast();
+		PumpFrame();
+		Click(FindByToolTip("Created: " + Utf8(Case.Path)));
 		std::string Opened;
 		for (const FString& Asset : FHostEditor::GetOpenedAssets())
 		{

@@ -3,6 +3,8 @@
 #include "HAL/IConsoleManager.h"
 #include "Host/HostClock.h"
 #include "Host/HostTasks.h"
+#include "Widgets/Input/SComboBox.h"
+#include "Widgets/Views/SListView.h"
 
 #include <algorithm>
 
@@ -37,14 +39,36 @@ protected:
 		return Result;
 	}
 
+	using FHistoryBox = SComboBox<TSharedPtr<FConversationMetadata>>;
+	using FHistoryList = SListView<TSharedPtr<FConversationMetadata>>;
+	static TSharedRef<FHistoryBox> HistoryBox() { return StaticCastSharedRef<FHistoryBox>(FindByTag("ConversationComboBox")); }
+	static std::string Selected()
+	{
+		const TSharedPtr<FConversationMetadata> Item = HistoryBox()->GetSelectedItem();
+		return Item ? Utf8(Item->Id) : "none";
+	}
+
+	/** Opens the box and gives its list; null when it stays closed. */
+	TSharedPtr<FHistoryList> OpenList()
+	{
+		Click(HistoryBox());
+		const TArray<TSharedRef<SWidget>> Lists =
+			FWidgetFinder::FindAll([](SWidget& Widget) { return Utf8(Widget.GetType().ToString()).starts_with("SListView"); });
+		return Lists.Num() == 1 ? StaticCastSharedRef<FHistoryList>(Lists[0]).ToSharedPtr() : nullptr;
+	}
+
 	/** "c1 s1 s2": the options by their ids. */
-	std::string DumpOptions() const
+	std::string DumpOptions()
 	{
 		std::string Result;
-		for (const TSharedPtr<FConversationMetadata>& Option : Window->ConversationHistories)
+		if (const TSharedPtr<FHistoryList> List = OpenList())
 		{
-			Result += (Result.empty() ? "" : " ") + Utf8(Option->Id);
+			for (const TSharedPtr<FConversationMetadata>& Option : List->GetItems())
+			{
+				Result += (Result.empty() ? "" : " ") + Utf8(Option->Id);
+			}
 		}
+		PressKey("Escape");
 		return Result;
 	}
 
@@ -82,20 +106,18 @@ TEST_F(FChatWindowHistoryTest, RequestsDuringARefreshBecomeOne)
 	EXPECT_EQ(DumpRefresh(), "0");
 	Window->RequestConversationHistoryRefreshForTests();
 	EXPECT_EQ(DumpRefresh(), "0") << "there is no view model";
-	ViewModel = MakeShared<FChatViewModel>();
-	ASSERT_TRUE(ViewModel->Initialize(Agent));
-	Window->ViewModel = ViewModel;
-	Window->RequestConversationHistoryRefreshForTests();
-	EXPECT_EQ(DumpRefresh(), "1 running");
-	for (int32 Index = 0; Index < 3; ++Index)
+	Connect();
+	FinishAll();
+	const uint64 Before = Window->GetConversationHistoryRefreshRequestIdForTests();
+	for (int32 Index = 0; Index < 4; ++Index)
 	{
 		Window->RequestConversationHistoryRefreshForTests();
 	}
-	EXPECT_EQ(DumpRefresh(), "1 running, queued");
+	EXPECT_EQ(DumpRefresh(), std::to_string(Before + 1) + " running, queued");
 	FinishOne();
-	EXPECT_EQ(DumpRefresh(), "2 running");
+	EXPECT_EQ(DumpRefresh(), std::to_string(Before + 2) + " running");
 	FinishOne();
-	EXPECT_EQ(DumpRefresh(), "2");
+	EXPECT_EQ(DumpRefresh(), std::to_string(Before + 2));
 }
 
 TEST_F(FChatWindowHistoryTest, AViewModelAsksForTheFirstRefresh)
@@ -125,7 +147,7 @@ TEST_F(FChatWindowHistoryTest, AConversationThatNoListHoldsAsksOnce)
 	FinishOne();
 	EXPECT_EQ(DumpRefresh(), std::to_string(Before + 1)) << "the rebuild asks for nothing";
 	EXPECT_EQ(DumpOptions(), "new");
-	EXPECT_EQ(Utf8(Window->SelectedConversation->Id), "new");
+	EXPECT_EQ(Selected(), "new");
 }
 
 TEST_F(FChatWindowHistoryTest, AForcedRefreshIsDoneAtOnce)
@@ -147,6 +169,7 @@ TEST_F(FChatWindowHistoryTest, AForcedRefreshIsDoneAtOnce)
 TEST_F(FChatWindowHistoryTest, OptionsByTable)
 {
 	Connect();
+	SetForceSync(1);
 	struct FCase
 	{
 		const TCHAR* Current;
@@ -167,17 +190,18 @@ TEST_F(FChatWindowHistoryTest, OptionsByTable)
 		{
 			Agent->HoldConversation(Case.Current);
 		}
-		TArray<FConversationMetadata> Stored;
+		Agent->Histories.Empty();
 		for (const TCHAR* Id : Case.Stored)
 		{
-			Stored.Add(MakeConversation(Id));
+			Agent->Histories.Add(MakeConversation(Id));
 		}
-		Window->RebuildConversationHistoriesFrom(Stored);
+		Window->RequestConversationHistoryRefreshForTests();
 		EXPECT_EQ(DumpOptions(), Case.Options);
 	}
 	Window->SetViewModel(nullptr);
-	Window->RebuildConversationHistoriesFrom({});
-	EXPECT_EQ(DumpOptions(), "b a") << "without a view model the list stays";
+	Agent->Histories.Empty();
+	Window->RequestConversationHistoryRefreshForTests();
+	EXPECT_EQ(Window->GetConversationDropdownOptionCountForTests(), 2) << "without a view model the list stays";
 }
 
 TEST_F(FChatWindowHistoryTest, OneRefreshAMinuteForAllWindows)
@@ -209,16 +233,15 @@ TEST_F(FChatWindowHistoryTest, APickLoadsAConversation)
 	Click(FindByText("Refactor the inventory"));
 	PumpSeconds(0.5);
 	EXPECT_EQ(CountCalls("LoadConversation 's2'"), 1);
-	EXPECT_EQ(Utf8(Window->GetConversationHeaderTitleText().ToString()), "Refactor the inventory");
-	EXPECT_EQ(Utf8(Window->SelectedConversation->Id), "s2");
+	EXPECT_EQ(TextOf("ConversationTitle"), "Refactor the inventory");
+	EXPECT_EQ(Selected(), "s2");
 	EXPECT_EQ(DumpOptions(), "s1 s2") << "the empty conversation was never stored";
-	EXPECT_EQ(Utf8(FindByTag("ConversationTitle")->GetDisplayedText().ToString()), "Refactor the inventory");
 	EXPECT_EQ(CountByType("SMessageRow"), 1);
 
 	Agent->Calls.clear();
-	Window->OnConversationSelected(MakeShared<FConversationMetadata>(MakeConversation(TEXT("S2"))), ESelectInfo::OnMouseClick);
+	HistoryBox()->SetSelectedItem(MakeShared<FConversationMetadata>(MakeConversation(TEXT("S2"))));
 	EXPECT_TRUE(Agent->Calls.empty()) << "it is there already";
-	Window->OnConversationSelected(nullptr, ESelectInfo::OnMouseClick);
+	HistoryBox()->ClearSelection();
 	EXPECT_TRUE(Agent->Calls.empty());
 }
 
@@ -228,13 +251,12 @@ TEST_F(FChatWindowHistoryTest, ARefreshKeepsTheChoice)
 	Agent->Histories.Add(MakeConversation(TEXT("s1")));
 	Connect();
 	Window->RequestConversationHistoryRefreshForTests();
-	EXPECT_EQ(Window->ConversationComboBox->GetSelectedItem(), Window->ConversationHistories[0]);
+	EXPECT_EQ(Selected(), "c1");
 	// Stored by now: it stands where the store has it.
 	Agent->Histories.Add(MakeConversation(TEXT("C1")));
 	Window->RequestConversationHistoryRefreshForTests();
 	EXPECT_EQ(DumpOptions(), "s1 C1");
-	EXPECT_EQ(Window->ConversationComboBox->GetSelectedItem(), Window->ConversationHistories[1]);
-	EXPECT_EQ(Window->SelectedConversation, Window->ConversationHistories[1]);
+	EXPECT_EQ(Selected(), "C1") << "the option as the store has it";
 	for (const std::string& Call : Agent->Calls)
 	{
 		EXPECT_FALSE(Call.starts_with("LoadConversation")) << Call;
@@ -245,45 +267,46 @@ TEST_F(FChatWindowHistoryTest, ARefusedLoadIsTakenBackWithTheNextMessage)
 {
 	SetForceSync(1);
 	Connect();
-	Window->OnConversationSelected(MakeShared<FConversationMetadata>(MakeConversation(TEXT("gone"))), ESelectInfo::OnMouseClick);
+	HistoryBox()->SetSelectedItem(MakeShared<FConversationMetadata>(MakeConversation(TEXT("gone"))));
 	EXPECT_EQ(CountCalls("LoadConversation 'gone'"), 1);
 	ViewModel->OnMessagesChanged().Broadcast();
-	EXPECT_EQ(Utf8(Window->SelectedConversation->Id), "c1");
+	EXPECT_EQ(Selected(), "c1");
 	EXPECT_EQ(CountCalls("LoadConversation 'c1'"), 0);
 }
 
 TEST_F(FChatWindowHistoryTest, RowsShowTitleIdAgeAndTheCurrentOne)
 {
-	Connect();
+	SetForceSync(1);
 	Agent->Metadata->Id = TEXT("7f3a9cdd");
-	const auto Dump = [this](const FConversationMetadata& Conversation)
-	{ return DumpWidgets(*Window->OnGenerateConversationWidget(MakeShared<FConversationMetadata>(Conversation))); };
-	EXPECT_EQ(Dump(MakeConversation(TEXT("7F3A9CDD"), TEXT("Add a dash"), 130.0)),
-		"SBorder[SVerticalBox[SHorizontalBox[STextBlock 'Add a dash', SBorder[STextBlock 'Current']], STextBlock '[7F3A9C] · 2 mins "
-		"ago']]");
-	EXPECT_EQ(Dump(MakeConversation(TEXT("ab"))),
-		"SBorder[SVerticalBox[SHorizontalBox[STextBlock 'New Conversation'], STextBlock '[ab] · just now']]");
-	EXPECT_EQ(DumpWidgets(*Window->OnGenerateConversationWidget(nullptr)), "STextBlock 'Invalid'");
-	EXPECT_EQ(Utf8(Window->OnGenerateConversationTitle(nullptr)), "");
+	Agent->Histories.Add(MakeConversation(TEXT("7F3A9CDD"), TEXT("Add a dash"), 130.0));
+	Agent->Histories.Add(MakeConversation(TEXT("ab")));
+	Connect();
+	const TSharedPtr<FHistoryList> List = OpenList();
+	ASSERT_TRUE(List.IsValid());
+	EXPECT_EQ(TextsIn(*List), (FTextList{ "Add a dash", "Current", "[7F3A9C] · 2 mins ago", "New Conversation", "[ab] · just now" }));
 }
 
 TEST_F(FChatWindowHistoryTest, TheHeaderNamesTheCurrentConversation)
 {
 	const auto Dump = [this]
 	{
-		return Utf8(Window->GetConversationHeaderIdText().ToString()) + "|" + Utf8(Window->GetConversationHeaderTitleText().ToString()) +
-			"|" + Utf8(Window->GetConversationHeaderTimeText().ToString()) + "|" + Utf8(Window->GetConversationDropdownText().ToString());
+		PumpFrame();
+		std::string Result;
+		for (const char* Tag : { "ConversationId", "ConversationTitle", "ConversationAge" })
+		{
+			const TSharedPtr<SWidget> Widget = FWidgetFinder::FindByTag(FName(Tag));
+			Result += (Result.empty() ? "" : "|") + (Widget ? Utf8(Widget->GetDisplayedText().ToString()) : std::string()) + "|";
+		}
+		return Result;
 	};
-	EXPECT_EQ(Dump(), "|No chats yet||No chats yet");
+	EXPECT_EQ(Dump(), "||No chats yet|||");
 	Connect();
-	EXPECT_EQ(Dump(), "[c1]|New Conversation|just now|Current: Test conversation");
+	EXPECT_EQ(Dump(), "[c1]||New Conversation||just now|");
 	*Agent->Metadata = MakeConversation(TEXT("7f3a9cdd"), TEXT("Add\na dash"), 7200.0);
-	EXPECT_EQ(Dump(), "[7f3a9c]|Add a dash|2 hrs ago|Current: Test conversation");
+	EXPECT_EQ(Dump(), "[7f3a9c]||Add a dash||2 hrs ago|");
 	Agent->Metadata.Reset();
-	Agent->Title.Empty();
-	EXPECT_EQ(Dump(), "|New conversation||Current: New chat");
-	EXPECT_EQ(DumpKey(Window->GetConversationHeaderTitleText()), "VelmoraUI,NewConversationHeaderTitle: New conversation");
-	EXPECT_EQ(DumpKey(Window->GetConversationDropdownText()), "VelmoraUI,NewConversationHeader: Current: New chat");
+	EXPECT_EQ(Dump(), "||New conversation|||");
+	EXPECT_EQ(DumpKey(FindByTag("ConversationTitle")->GetDisplayedText()), "VelmoraUI,NewConversationHeaderTitle: New conversation");
 }
 
 TEST_F(FChatWindowHistoryTest, AWindowThatIsGoneDropsWhatItsWorkerFinds)

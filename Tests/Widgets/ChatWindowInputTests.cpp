@@ -14,11 +14,15 @@ protected:
 		return Texts;
 	}
 
-	std::string GetCharacterCount() const { return Utf8(Window->GetCharacterCountText().ToString()); }
+	static std::string GetCharacterCount() { return TextOf("CharacterCount"); }
 
-	std::string GetSelectedMode() const
+	using FModeBox = SComboBox<TSharedPtr<EMode>>;
+	static TSharedRef<FModeBox> ModeBox() { return StaticCastSharedRef<FModeBox>(FindByTag("ModeComboBox")); }
+	static std::string GetModeLabel() { return TextsIn(*ModeBox()).at(0); }
+
+	static std::string GetSelectedMode()
 	{
-		const TSharedPtr<EMode> Selected = Window->ModeComboBox->GetSelectedItem();
+		const TSharedPtr<EMode> Selected = ModeBox()->GetSelectedItem();
 		return Selected ? std::to_string(static_cast<int>(*Selected)) : "none";
 	}
 };
@@ -75,23 +79,6 @@ TEST_F(FChatWindowInputTest, AClosedGateKeepsTheTextSilently)
 	EXPECT_EQ(Agent->Calls.size(), 1u);
 }
 
-TEST_F(FChatWindowInputTest, TheCommitIsASecondDoor)
-{
-	Connect();
-	Prompt("x");
-	const FText Text = Window->CurrentInputText;
-	Window->OnInputTextCommitted(Text, ETextCommit::OnEnter);
-	EXPECT_TRUE(Agent->Calls.empty()) << "not without Ctrl";
-
-	const FModifierKeysState RightControl(false, false, false, true, false, false);
-	App().GetMessageHandler().OnKeyDown(EKeys::RightControl, RightControl, false);
-	Window->OnInputTextCommitted(Text, ETextCommit::OnUserMovedFocus);
-	EXPECT_TRUE(Agent->Calls.empty()) << "not on a loss of focus";
-	Window->OnInputTextCommitted(Text, ETextCommit::OnEnter);
-	EXPECT_EQ(Agent->Calls, (std::vector<std::string>{ "SendMessage 'x' []" }));
-	App().GetMessageHandler().OnKeyUp(EKeys::RightControl, FModifierKeysState());
-}
-
 TEST_F(FChatWindowInputTest, OtherKeysAreLeftToThePrompt)
 {
 	Connect();
@@ -138,15 +125,17 @@ TEST_F(FChatWindowInputTest, ContinueWithoutATextGoesOn)
 TEST_F(FChatWindowInputTest, TheCancelIconDimsAndBrightens)
 {
 	Connect();
-	EXPECT_TRUE(Window->GetCancelButtonTint() == FSlateColor(FVelmoraUIStyles::GetSecondaryActionNeutralColor(0.4f)));
-	Hover(Window->CancelButton.ToSharedRef());
-	EXPECT_TRUE(Window->GetCancelButtonTint() == FSlateColor(FVelmoraUIStyles::GetSecondaryActionNeutralColor(0.4f)));
+	const auto GetIcon = []() -> std::string { return PaintedIn(*FindByTag("CancelButton"), ESlateDrawType::Image).at(0); };
+	const std::string Dim = GetIcon();
+	Hover(FindByTag("CancelButton"));
+	EXPECT_EQ(GetIcon(), Dim) << "disabled, it does not answer";
 	Agent->FireState(EState::Thinking);
 	PumpFrame();
-	Hover(Window->CancelButton.ToSharedRef());
-	EXPECT_TRUE(Window->GetCancelButtonTint() == FSlateColor(FVelmoraUIStyles::GetSecondaryActionNeutralHoverColor(1.0f)));
-	MoveMouse(FVelmoraWidgetTest::GetCenter(Window.ToSharedRef()));
-	EXPECT_TRUE(Window->GetCancelButtonTint() == FSlateColor(FVelmoraUIStyles::GetSecondaryActionNeutralColor(1.0f)));
+	Hover(FindByTag("CancelButton"));
+	EXPECT_TRUE(GetIcon().ends_with(" " + Hex(FVelmoraUIStyles::GetSecondaryActionNeutralHoverColor(1.0f)))) << GetIcon();
+	MoveMouse(GetCenter(Window.ToSharedRef()));
+	EXPECT_TRUE(GetIcon().ends_with(" " + Hex(FVelmoraUIStyles::GetSecondaryActionNeutralColor(1.0f)))) << GetIcon();
+	EXPECT_NE(GetIcon(), Dim);
 }
 
 TEST_F(FChatWindowInputTest, ANewChatTakesTheModeOfTheSettings)
@@ -171,7 +160,7 @@ TEST_F(FChatWindowInputTest, ANewChatTakesTheModeOfTheSettings)
 		GetMutableDefault<UVelmoraSettings>()->DefaultConversationMode = Case.Stored;
 		Click(FindByTag("NewConversationButton"));
 		EXPECT_EQ(Agent->Calls.back(), Case.Call);
-		EXPECT_EQ(Utf8(Window->GetCurrentModeText().ToString()), Case.Label);
+		EXPECT_EQ(GetModeLabel(), Case.Label);
 		EXPECT_EQ(GetSelectedMode(), std::string(1, std::string(Case.Call).back()));
 	}
 }
@@ -188,42 +177,42 @@ TEST_F(FChatWindowInputTest, AModeIsPickedFromTheList)
 	}
 	Click(FindByText("Code"));
 	EXPECT_EQ(Agent->Metadata->Mode, EMode::Code);
-	EXPECT_EQ(Utf8(Window->GetCurrentModeText().ToString()), "Code");
+	EXPECT_EQ(GetModeLabel(), "Code");
 	EXPECT_EQ(GetSelectedMode(), "1");
 }
 
-TEST_F(FChatWindowInputTest, ModesHaveWordsAndTips)
+TEST_F(FChatWindowInputTest, ModesHaveTips)
 {
-	struct FCase
+	Connect();
+	Click(ModeBox());
+	PumpFrame();
+	for (const auto& [Label, ToolTip] : {
+			 std::pair("Advisor", "VelmoraUI,ModeAdvisor_Tooltip: Project guidance and best practices (no code/asset changes). "),
+			 std::pair("Code", "VelmoraUI,ModeCode_Tooltip: C++ code generation, refactoring, and implementation work."),
+			 std::pair("Assets", "VelmoraUI,ModeAssets_Tooltip: Blueprints and asset-focused changes. "),
+			 std::pair("General", "VelmoraUI,ModeGeneral_Tooltip: Multi-purpose assistance across code, assets, and guidance."),
+		 })
 	{
-		int32 Mode;
-		const char* Label;
-		const char* ToolTip;
-	};
-	const FCase Cases[] = {
-		{ 0, "Advisor", "VelmoraUI,ModeAdvisor_Tooltip: Project guidance and best practices (no code/asset changes). " },
-		{ 1, "Code", "VelmoraUI,ModeCode_Tooltip: C++ code generation, refactoring, and implementation work." },
-		{ 2, "Assets", "VelmoraUI,ModeAssets_Tooltip: Blueprints and asset-focused changes. " },
-		{ 3, "General", "VelmoraUI,ModeGeneral_Tooltip: Multi-purpose assistance across code, assets, and guidance." },
-		{ 9, "Unknown", "VelmoraUI,UnknownMode_Tooltip: Unknown conversation mode." },
-	};
-	for (const FCase& Case : Cases)
-	{
-		const TSharedRef<SWidget> Row = Window->GenerateModeWidget(MakeShared<EMode>(static_cast<EMode>(Case.Mode)));
-		EXPECT_EQ(DumpWidgets(*Row), std::string("STextBlock '") + Case.Label + "'");
-		EXPECT_EQ(DumpKey(Row->GetToolTipText()), Case.ToolTip);
+		const std::string Words = ToolTip;
+		const TSharedRef<SWidget> Row = FindByToolTip(Words.substr(Words.find(' ') + 1));
+		EXPECT_EQ(Utf8(Row->GetDisplayedText().ToString()), Label);
+		EXPECT_EQ(DumpKey(Row->GetToolTipText()), ToolTip);
 	}
 }
 
 TEST_F(FChatWindowInputTest, TheModeIsFixedByTheFirstMessage)
 {
-	EXPECT_FALSE(Window->IsModeSelectorEnabled()) << "no view model";
+	EXPECT_FALSE(IsEnabled("ModeComboBox")) << "no view model";
 	Connect();
-	EXPECT_TRUE(Window->IsModeSelectorEnabled());
-	Prompt("x");
-	PressKey("CTRL+Enter");
-	EXPECT_FALSE(Window->IsModeSelectorEnabled());
-	Window->OnModeSelectionChanged(Window->ModeOptions[0], ESelectInfo::OnMouseClick);
+	EXPECT_TRUE(IsEnabled("ModeComboBox"));
+	Click(ModeBox());
+	EXPECT_TRUE(ViewModel->SendMessage(TEXT("x"))) << "while the list is open";
+	PumpFrame();
+	EXPECT_FALSE(IsEnabled("ModeComboBox"));
+	if (!FWidgetFinder::FindByText(TEXT("Code")).IsEmpty())
+	{
+		Click(FindByText("Code"));
+	}
 	EXPECT_EQ(Agent->Metadata->Mode, EMode::General);
 	EXPECT_EQ(GetSelectedMode(), "3") << "a refused change snaps back";
 }
@@ -231,9 +220,9 @@ TEST_F(FChatWindowInputTest, TheModeIsFixedByTheFirstMessage)
 TEST_F(FChatWindowInputTest, ASelectionFromCodeIsNoChoice)
 {
 	Connect();
-	Window->OnModeSelectionChanged(Window->ModeOptions[1], ESelectInfo::OnNavigation);
+	ModeBox()->SetSelectedItem(MakeShared<EMode>(EMode::Code));
 	EXPECT_EQ(Agent->Metadata->Mode, EMode::General);
-	Window->OnModeSelectionChanged(nullptr, ESelectInfo::OnMouseClick);
+	ModeBox()->ClearSelection();
 	EXPECT_EQ(Agent->Metadata->Mode, EMode::General);
 }
 
@@ -242,8 +231,8 @@ TEST_F(FChatWindowInputTest, WithoutAConversationTheDefaultModeIsShown)
 	GetMutableDefault<UVelmoraSettings>()->DefaultConversationMode = 2;
 	Agent->Metadata.Reset();
 	Connect();
-	EXPECT_EQ(Utf8(Window->GetCurrentModeText().ToString()), "Assets");
-	EXPECT_FALSE(Window->IsModeSelectorEnabled());
+	EXPECT_EQ(GetModeLabel(), "Assets");
+	EXPECT_FALSE(IsEnabled("ModeComboBox"));
 }
 
 TEST_F(FChatWindowInputTest, LongPromptsAreCountedAndStayInTheirBox)
@@ -254,9 +243,9 @@ TEST_F(FChatWindowInputTest, LongPromptsAreCountedAndStayInTheirBox)
 	{
 		Text += "twenty characters..\n";
 	}
-	Window->InputTextBox->SetText(FText::FromString(FString(UTF8_TO_TCHAR(Text.c_str()))));
+	InputBox()->SetText(FText::FromString(FString(UTF8_TO_TCHAR(Text.c_str()))));
 	PumpFrame();
 	EXPECT_EQ(GetCharacterCount(), "1,200 characters");
-	const FSlateRect Box = GetRect(*Window->InputTextBox);
+	const FSlateRect Box = GetRect(*InputBox());
 	EXPECT_LE(Box.Bottom - Box.Top, 200.0f);
 }

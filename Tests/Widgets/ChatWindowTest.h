@@ -64,17 +64,27 @@ protected:
 	/** Clicks into the prompt and types. */
 	void Prompt(const std::string& Text)
 	{
-		Click(Window->InputTextBox.ToSharedRef());
+		Click(InputBox());
 		TypeText(Text);
 	}
 
-	std::string GetPrompt() const { return Utf8(Window->InputTextBox->GetText().ToString()); }
+	static TSharedRef<SMultiLineEditableTextBox> InputBox()
+	{
+		return StaticCastSharedRef<SMultiLineEditableTextBox>(FindByTag("InputTextBox"));
+	}
+	static std::string GetPrompt() { return Utf8(InputBox()->GetText().ToString()); }
+	static std::string TextOf(const char* Tag) { return Utf8(FindByTag(Tag)->GetDisplayedText().ToString()); }
+	static bool IsEnabled(const char* Tag)
+	{
+		const TSharedPtr<SWidget> Widget = FWidgetFinder::FindByTag(FName(Tag));
+		return Widget.IsValid() && FWidgetFinder::IsEnabledInTree(*Widget);
+	}
 
 	/** What is shown of the buttons, in brackets where it is disabled: "Ready: Send (Cancel) New". */
 	std::string DumpControls()
 	{
 		PumpFrame();
-		std::string Result = Utf8(Window->GetStatusText().ToString()) + ":";
+		std::string Result = TextOf("StatusText") + ":";
 		for (const char* Name : { "Send", "Pause", "Continue", "Cancel", "NewConversation", "Update" })
 		{
 			const TSharedPtr<SWidget> Button = FWidgetFinder::FindByTag(FName((std::string(Name) + "Button").c_str()));

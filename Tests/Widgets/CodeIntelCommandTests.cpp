@@ -28,12 +28,45 @@ protected:
 		};
 	}
 
+	/** The handlers of a list of its own, as any part of an editor may register them. */
+	static TSharedRef<FUICommandList> Handlers()
+	{
+		const TSharedRef<FUICommandList> List = MakeShared<FUICommandList>();
+		FActions::RegisterHandlers(List);
+		return List;
+	}
+
+	/** What "View Index Status" shows. */
+	static std::string ReadStatus()
+	{
+		FTextList Seen;
+		int32 Frames = 0;
+		App().SetFrameHook(
+			[&Seen, &Frames]()
+			{
+				if (++Frames == 3)
+				{
+					Seen = VisibleTexts();
+					const FVector2D Button = GetCenter(FindByText("Close"));
+					App().GetMessageHandler().OnMouseDown(EKeys::LeftMouseButton, Button, FModifierKeysState());
+					App().GetMessageHandler().OnMouseUp(EKeys::LeftMouseButton, Button, FModifierKeysState());
+				}
+				if (Frames > 100)
+				{
+					App().RequestExit();
+				}
+			});
+		Run(FCodeIntelCommands::Get().ViewStatus);
+		App().SetFrameHook(nullptr);
+		return Seen.size() == 3 ? Seen[1] : std::string();
+	}
+
 	static FTextList Allowed()
 	{
 		FTextList Names;
 		for (const FCommandRow& Row : All())
 		{
-			if (Module().CommandList->CanExecuteAction(Row.Command.ToSharedRef()))
+			if (Handlers()->CanExecuteAction(Row.Command.ToSharedRef()))
 			{
 				Names.push_back(Row.Name);
 			}
@@ -42,12 +75,12 @@ protected:
 	}
 
 	/** By the command list, whether or not it may. */
-	static void Run(const TSharedPtr<FUICommandInfo>& Command) { EXPECT_TRUE(Module().CommandList->ExecuteAction(Command.ToSharedRef())); }
+	static void Run(const TSharedPtr<FUICommandInfo>& Command) { EXPECT_TRUE(Handlers()->ExecuteAction(Command.ToSharedRef())); }
 
 	/** The report with its figures that differ from run to run written as one sign. */
 	std::string Report() const
 	{
-		std::string Text = Utf8(FActions::BuildStatusReport());
+		std::string Text = ReadStatus();
 		Text = std::regex_replace(Text, std::regex("[0-9]+\\.[0-9][0-9] (MB|seconds)"), "# $1");
 		Text = std::regex_replace(Text, std::regex(Project.Root.native() + "(?!-)"), "PROJECT");
 		return std::regex_replace(Text, std::regex((Folder / "engine").native()), "ENGINE");
@@ -337,7 +370,7 @@ TEST_F(FCodeIntelCommandTest, TheStatusStandsInAWindowThatClosesByItsButton)
 		});
 	Click(FindByText("View Index Status"));
 	App().SetFrameHook(nullptr);
-	EXPECT_EQ(Seen, (FTextList{ "Code Intelligence Status", Utf8(FActions::BuildStatusReport()), "Close" }));
+	EXPECT_EQ(Seen, (FTextList{ "Code Intelligence Status", ReadStatus(), "Close" }));
 	EXPECT_LE(Frames, 5);
 	EXPECT_FALSE(App().GetActiveModalWindow().IsValid());
 }

@@ -16,7 +16,6 @@
 #include "Modules/ModuleManager.h"
 #include "Settings/VelmoraSettings.h"
 #include "UObject/UObjectGlobals.h"
-#include "Velmora.h"
 #include "VelmoraWidgetTest.h"
 #include "Widgets/Layout/SBox.h"
 
@@ -57,7 +56,7 @@ protected:
 		FControl::Shutdown();
 		Settle();
 		// The watch keeps what it saw last for good.
-		Module().Poll(1.0f);
+		PumpFrame(1.0);
 		SetEngineIncluded(false);
 		FCodeIntelNotifications::DismissAll();
 		FHostNotifications::Clear();
@@ -72,7 +71,6 @@ protected:
 		FVelmoraWidgetTest::TearDown();
 	}
 
-	static FVelmoraModule& Module() { return static_cast<FVelmoraModule&>(*FModuleManager::Get().GetModule("VelmoraUI")); }
 	static FManager& Manager() { return FManager::Get(); }
 	static void SetEngineIncluded(bool bIncluded) { GetMutableDefault<UVelmoraSettings>()->bIncludeEngineSource = bIncluded; }
 

@@ -27,6 +27,29 @@ protected:
 		return Row;
 	}
 
+	/** The card of a row that has faded in: "fill outline width radius"; empty without one. */
+	std::string DumpCard(const TSharedPtr<FChatMessage>& Message)
+	{
+		ShowRow(Message);
+		PumpSeconds(0.5);
+		std::string Cards;
+		for (const FSlateDrawElement& Element : App().GetLastElements().GetElements())
+		{
+			if (Element.Type == ESlateDrawType::RoundedBox)
+			{
+				Cards += Utf8(Element.Color.ToHex()) + " " + Utf8(Element.OutlineColor.ToHex()) + " " +
+					std::to_string(static_cast<int>(Element.OutlineWidth)) + " " + std::to_string(static_cast<int>(Element.Radii.X)) + ";";
+			}
+		}
+		return Cards;
+	}
+
+	static int32 AlphaOf(const std::string& Text)
+	{
+		const FTextList Painted = PaintedIn(*FindByText(Text), ESlateDrawType::Glyphs);
+		return Painted.empty() ? 0 : std::stoi(Painted[0].substr(6), nullptr, 16);
+	}
+
 	static std::string Clipboard()
 	{
 		FString Text;
@@ -71,37 +94,6 @@ TEST_F(FMessageRowTest, EachKindHasItsForm)
 	}
 }
 
-TEST_F(FMessageRowTest, CardsAreSharedPerKindAndAGroupHasNone)
-{
-	const TSharedRef<SMessageRow> One = ShowRow(FChatMessage::CreateUserMessage(TEXT("a")));
-	const TSharedRef<SMessageRow> Two = ShowRow(FChatMessage::CreateUserMessage(TEXT("b")));
-	EXPECT_EQ(One->GetBorderBrush(), Two->GetBorderBrush());
-	EXPECT_EQ(One->GetBorderBrush()->OutlineSettings.Width, 1.0f);
-	EXPECT_EQ(One->GetBorderBrush()->OutlineSettings.CornerRadii.X, 8.0);
-	EXPECT_TRUE(One->GetBackgroundColor() == FSlateColor(FVelmoraUIStyles::GetUserMessageBackgroundColor()));
-
-	const TSharedRef<SMessageRow> Group = ShowRow(FChatMessage::CreateToolSummaryMessage());
-	EXPECT_EQ(Group->GetBorderBrush()->TintColor.GetSpecifiedColor().A, 0.0f);
-	EXPECT_EQ(Group->GetBorderBrush()->OutlineSettings.Width, 0.0f);
-	EXPECT_EQ(Group->GetBorderColor().A, 0.0f);
-
-	const TSharedPtr<FChatMessage> Odd = FChatMessage::CreateUserMessage(TEXT("x"));
-	Odd->Type = static_cast<EChatMessageType>(77);
-	EXPECT_EQ(ShowRow(Odd)->GetBorderBrush(), ShowRow(FChatMessage::CreateSystemMessage(TEXT("s")))->GetBorderBrush());
-	EXPECT_TRUE(ShowRow(nullptr)->GetBackgroundColor() == FSlateColor(FVelmoraUIStyles::GetToolMessageBackgroundColor()));
-}
-
-TEST_F(FMessageRowTest, TheRowFadesInOnce)
-{
-	const TSharedRef<SMessageRow> Row = SNew(SMessageRow).Message(FChatMessage::CreateUserMessage(TEXT("a")));
-	App().SetRootContent(Row);
-	PumpFrame(0.15);
-	EXPECT_NEAR(Row->GetAnimatedOpacity().A, 0.5f, 0.01f);
-	PumpFrame(0.2);
-	EXPECT_EQ(Row->GetAnimatedOpacity().A, 1.0f);
-	EXPECT_FALSE(Row->FadeAnimator.IsAnimating());
-}
-
 TEST_F(FMessageRowTest, CopyTakesTheRawText)
 {
 	ShowRow(FChatMessage::CreateAIMessage(TEXT("a **b**\nc"), false));
@@ -138,58 +130,10 @@ TEST_F(FMessageRowTest, TheTypingDotsFollowTheMessageInTheLastRowAlone)
 TEST_F(FMessageRowTest, TextsAreFixedWhenTheRowIsMade)
 {
 	const TSharedPtr<FChatMessage> Message = Stamp(FChatMessage::CreateAIMessage(TEXT("first"), false));
-	const TSharedRef<SMessageRow> Row = ShowRow(Message);
-	EXPECT_TRUE(Row->CachedContent.IsValid());
+	ShowRow(Message);
 	Message->Content = TEXT("second");
 	PumpFrame();
 	EXPECT_EQ(VisibleTexts(), (FTextList{ "Velmora AI", "09:05:00", "first" }));
-}
-
-TEST_F(FMessageRowTest, UndoIsOfferedForATransactionAlone)
-{
-	const TSharedPtr<FChatMessage> Message = FChatMessage::CreateUserMessage(TEXT("x"));
-	const TSharedRef<SMessageRow> Row = ShowRow(Message);
-	EXPECT_EQ(Row->GetUndoButtonVisibility(), EVisibility::Collapsed);
-	Message->TransactionId = TEXT("t1");
-	PumpFrame();
-	EXPECT_EQ(DumpKey(Row->GetUndoButtonTooltip()).substr(0, 48), "VelmoraUI,UndoTooltip: Undo all changes made aft");
-	Click(FindByTag("UndoButton"));
-	EXPECT_EQ(UndoCount, 1);
-
-	bCanUndo = false;
-	EXPECT_TRUE(Row->GetUndoButtonTint() == FSlateColor(FVelmoraUIStyles::GetActionIconDisabledColor()));
-	EXPECT_EQ(DumpKey(Row->GetUndoButtonTooltip()).substr(0, 54), "VelmoraUI,UndoDisabledTooltip: Undo is disabled while ");
-	Click(FindByTag("UndoButton"));
-	EXPECT_EQ(UndoCount, 1);
-
-	const TSharedRef<SMessageRow> Bare = SNew(SMessageRow).Message(Message);
-	EXPECT_FALSE(Bare->GetUndoButtonEnabled());
-	EXPECT_TRUE(Bare->OnUndoButtonClicked().IsEventHandled());
-}
-
-TEST_F(FMessageRowTest, IconsAnswerThePointer)
-{
-	const TSharedRef<SMessageRow> Row = ShowRow(FChatMessage::CreateUserMessage(TEXT("x")));
-	EXPECT_TRUE(Row->GetCopyButtonTint() == FSlateColor(FVelmoraUIStyles::GetActionIconNormalColor()));
-	Hover(Row->CopyButton.ToSharedRef());
-	EXPECT_TRUE(Row->GetCopyButtonTint() == FSlateColor(FVelmoraUIStyles::GetActionIconHighlightColor()));
-}
-
-TEST_F(FMessageRowTest, AToolRowsWordsAndMarkByStatus)
-{
-	const TSharedPtr<FChatMessage> Tool = FChatMessage::CreateToolMessage(TEXT("t"), TEXT("{}"), EToolStatus::Running);
-	const TSharedRef<SMessageRow> Row = ShowRow(Tool);
-	EXPECT_EQ(DumpKey(Row->GetToolStatusText()), "VelmoraUI,ToolRunning: Running...");
-	Tool->ToolStatus = EToolStatus::Success;
-	EXPECT_EQ(DumpKey(Row->GetToolStatusText()), "VelmoraUI,ToolSuccess: Completed");
-	Tool->ToolStatus = EToolStatus::Failed;
-	EXPECT_EQ(DumpKey(Row->GetToolStatusText()), "VelmoraUI,ToolFailed: Failed");
-	EXPECT_EQ(Row->GetToolStatusIcon(), FAppStyle::GetBrush("Symbols.X"));
-
-	const TSharedRef<SMessageRow> Other = ShowRow(FChatMessage::CreateSystemMessage(TEXT("s")));
-	EXPECT_EQ(Other->GetToolStatusIcon(), nullptr);
-	EXPECT_TRUE(Other->GetToolStatusText().IsEmpty());
-	EXPECT_TRUE(Other->GetToolStatusColor() == FSlateColor(FLinearColor::White));
 }
 
 TEST_F(FMessageRowTest, AGroupGainsItsToolsAndTogglesItsMessage)
@@ -211,19 +155,81 @@ TEST_F(FMessageRowTest, AGroupGainsItsToolsAndTogglesItsMessage)
 	EXPECT_EQ(VisibleTexts(), (FTextList{ "Tool Executions (1)" }));
 }
 
+TEST_F(FMessageRowTest, EachKindHasItsCardAndAGroupHasNone)
+{
+	const TSharedPtr<FChatMessage> Odd = FChatMessage::CreateUserMessage(TEXT("x"));
+	Odd->Type = static_cast<EChatMessageType>(77);
+	const std::string System = DumpCard(FChatMessage::CreateSystemMessage(TEXT("s")));
+	EXPECT_EQ(DumpCard(FChatMessage::CreateUserMessage(TEXT("a"))), "?");
+	EXPECT_EQ(DumpCard(FChatMessage::CreateAIMessage(TEXT("a"), false)), "?");
+	EXPECT_EQ(System, "?");
+	EXPECT_EQ(DumpCard(nullptr), "?");
+	EXPECT_EQ(DumpCard(FChatMessage::CreateToolMessage(TEXT("t"), TEXT("{}"), EToolStatus::Success)), "?");
+	EXPECT_EQ(DumpCard(FChatMessage::CreateToolSummaryMessage()), "");
+	EXPECT_EQ(DumpCard(Odd), System);
+}
+
+TEST_F(FMessageRowTest, TheRowFadesInOnce)
+{
+	App().SetRootContent(SNew(SMessageRow).Message(FChatMessage::CreateUserMessage(TEXT("a"))));
+	PumpFrame(0.15);
+	EXPECT_NEAR(AlphaOf("a"), 128, 3);
+	PumpFrame(0.2);
+	EXPECT_EQ(AlphaOf("a"), 255);
+}
+
+TEST_F(FMessageRowTest, UndoIsOfferedForATransactionAlone)
+{
+	const TSharedPtr<FChatMessage> Message = FChatMessage::CreateUserMessage(TEXT("x"));
+	ShowRow(Message);
+	EXPECT_FALSE(FWidgetFinder::FindByTag(FName("UndoButton")).IsValid());
+	Message->TransactionId = TEXT("t1");
+	PumpSeconds(0.5);
+	const TSharedRef<SWidget> Button = FindByTag("UndoButton");
+	EXPECT_EQ(DumpKey(Button->GetToolTipText()),
+		"VelmoraUI,UndoTooltip: Undo all changes made after this message.\n\nThis will revert:\n• Asset modifications (Enums, Structs, "
+		"etc.)\n• File changes\n• All subsequent messages\n\nThis action cannot be undone.");
+	const FTextList Enabled = PaintedIn(*Button, ESlateDrawType::Image);
+	EXPECT_EQ(Enabled, (FTextList{ "MessageAction_Undo_32 " + Hex(FVelmoraUIStyles::GetActionIconNormalColor()) }));
+	Click(Button);
+	EXPECT_EQ(UndoCount, 1);
+
+	bCanUndo = false;
+	PumpFrame();
+	EXPECT_EQ(DumpKey(Button->GetToolTipText()),
+		"VelmoraUI,UndoDisabledTooltip: Undo is disabled while AI is processing.\n\nPlease wait for the current operation to complete.");
+	EXPECT_NE(PaintedIn(*Button, ESlateDrawType::Image), Enabled);
+	Click(Button);
+	EXPECT_EQ(UndoCount, 1);
+
+	Show(SNew(SMessageRow).Message(Message));
+	EXPECT_FALSE(FWidgetFinder::IsEnabledInTree(*FindByTag("UndoButton"))) << "nobody to ask";
+}
+
+TEST_F(FMessageRowTest, IconsAnswerThePointer)
+{
+	ShowRow(FChatMessage::CreateUserMessage(TEXT("x")));
+	PumpSeconds(0.5);
+	const TSharedRef<SWidget> Copy = FindByTag("CopyButton");
+	EXPECT_EQ(PaintedIn(*Copy, ESlateDrawType::Image),
+		(FTextList{ "MessageAction_Copy_32 " + Hex(FVelmoraUIStyles::GetActionIconNormalColor()) }));
+	Hover(Copy);
+	EXPECT_EQ(PaintedIn(*Copy, ESlateDrawType::Image),
+		(FTextList{ "MessageAction_Copy_32 " + Hex(FVelmoraUIStyles::GetActionIconHighlightColor()) }));
+}
+
 TEST_F(FMessageRowTest, AnotherMessageTakesOverWhatIsPolled)
 {
 	const TSharedPtr<FChatMessage> User = Stamp(FChatMessage::CreateUserMessage(TEXT("first")));
 	const TSharedRef<SMessageRow> Row = ShowRow(User);
 	PumpSeconds(0.5);
 	Row->SetMessage(User);
-	EXPECT_FALSE(Row->FadeAnimator.IsAnimating()) << "the same message is no change";
-	EXPECT_TRUE(Row->CachedContent.IsValid());
+	PumpFrame();
+	EXPECT_EQ(AlphaOf("first"), 255) << "the same message is no change";
 
 	Row->SetMessage(Stamp(FChatMessage::CreateSystemMessage(TEXT("second"))));
-	EXPECT_TRUE(Row->FadeAnimator.IsAnimating());
-	EXPECT_FALSE(Row->CachedContent.IsValid());
-	PumpFrame();
-	EXPECT_EQ(Row->GetCopyButtonVisibility(), EVisibility::Collapsed);
+	PumpFrame(0.1);
+	EXPECT_LT(AlphaOf("first"), 200) << "it fades in anew";
+	EXPECT_FALSE(FWidgetFinder::FindByTag(FName("CopyButton")).IsValid());
 	EXPECT_EQ(VisibleTexts(), (FTextList{ "You", "09:05:00", "first" })) << "rows are not recycled: texts stay";
 }

@@ -4,10 +4,13 @@
 #include "Misc/Paths.h"
 #include "Style/AnimationHelper.h"
 #include "Style/WidgetAnimator.h"
+#include "Styling/AppStyle.h"
 #include "Styling/SlateStyleRegistry.h"
 #include "VelmoraWidgetTest.h"
 
-#include <cctype>
+#include <algorithm>
+#include <string>
+#include <utility>
 
 namespace
 {
@@ -26,23 +29,73 @@ namespace
 
 } // namespace
 
-TEST(VelmoraPalette, EveryGetterGivesItsRow)
+/** Name and colour of each getter, without its "Get". */
+static const char* const Palette =
+	"AccentColor 95E7FFFF; ActionIconDisabledColor 4F586566; ActionIconHighlightColor 7CB9FFFF; "
+	"ActionIconNormalColor 6B7280FF; BackgroundColor 121217FF; BlockquoteBackgroundColor 18131F1A; "
+	"BlockquoteBorderColor 3C2F5480; CancelColor FF6464FF; CodeBlockBackgroundColor 1C1F26FF; "
+	"CodeBlockBorderColor 2E3342FF; CodeTextColor E5E8EDFF; DisabledColor 292E3880; ErrorColor E79595FF; "
+	"HorizontalRuleColor 2E334080; InactiveBrushColor 1212171A; InlineCodeBackgroundColor 262933FF; "
+	"InlineCodeBorderColor 383D52FF; InputBackgroundColor 171A21FF; LightBackgroundColor 1C212BFF; "
+	"LineNumbersColor 7A8499B3; LinkTextColor A87DFFFF; MarkdownCodeBlockBackgroundColor 1E1E1EFF; "
+	"MarkdownCodeBlockBorderColor 2B2A2AFF; MarkdownCodeBlockLanguageColor 95CBFFFF; "
+	"MarkdownInlineCodeBackgroundColor 1E1E1EFF; MarkdownInlineCodeForegroundColor 95CBFFFF; "
+	"MarkdownLinkColor 95CBFFFF; PauseColor B38000FF; PlanPanelBackgroundColor 272B38FF; "
+	"PrimaryActionPauseResumeColor FFA826FF; PrimaryActionSendColor 10B981FF; PrimaryTextColor E8E8EDFF; "
+	"SecondarySubduedTextColor A8ABB5FF; SecondaryTextColor CBCBCBFF; StatusBusyColor 95CBFFFF; "
+	"StatusErrorColor E79595FF; StatusIdleColor CBCBCBFF; StatusReadyColor 95E795FF; SuccessColor 95E795FF; "
+	"SystemMessageBackgroundColor 0F1317FF; SystemMessageBorderColor 1A1F28FF; SystemMessageColor C0C0C0FF; "
+	"TertiaryTextColor BCBCBCFF; TextColorPrimary E6E6E6FF; TextColorSecondary CBCBCBFF; "
+	"TextColorTertiary BCBCBCFF; TextHighEmphasisColor E6E6E6FF; TextMutedColor 808080FF; "
+	"TextSubduedColor 999999FF; ToolDataTypeCyanColor 06B6D4FF; ToolDataTypeGrayColor 6B7280FF; "
+	"ToolDataTypeGrayLightColor 9CA3AFFF; ToolDataTypeIndigoLightColor 818CF8FF; ToolDataTypeOrangeColor F97316FF; "
+	"ToolDataTypeOrangeLightColor FB923CFF; ToolDataTypePinkColor EC4899FF; ToolDataTypePurpleColor A855F7FF; "
+	"ToolDataTypePurpleLightColor A78BFAFF; ToolDataTypeTealColor 14B8A6FF; ToolMessageBackgroundColor 2B2A2AFF; "
+	"ToolMessageBorderColor 3A3939FF; ToolMessageColor D3D3D3FF; ToolMessageTextColor D3D3D3FF; "
+	"ToolOpDeleteColor EF4444FF; ToolOpExecuteColor 6366F1FF; ToolOpValidateColor 8B5CF6FF; "
+	"ToolStatusFailedColor D97777FF; ToolStatusSuccessColor 10B981FF; TransparentTextColor A8ABB580; "
+	"UserMessageBackgroundColor 1C242EFF; UserMessageBorderColor 2A3340FF; UserMessageColor 60A5FAFF; "
+	"VelmoraMessageBackgroundColor 1A1C24FF; VelmoraMessageBorderColor 252835FF; VelmoraMessageColor F59E0BFF; "
+	"WarningColor F3DA7CFF; ";
+
+TEST(VelmoraPalette, EveryGetterHasItsColour)
 {
-	struct FRow
-	{
-		const char* Name;
-		FLinearColor (*Getter)();
-		std::string Hex;
-	};
-	// A row with a digit too many or too few reads as transparent black, and bytes survive the way there and back.
-#define VELMORA_TEST_ROW(Name, Hex) { #Name, &FVelmoraUIStyles::Name, Hex },
-	const FRow Rows[] = { VELMORA_UI_PALETTE(VELMORA_TEST_ROW) };
+#define VELMORA_TEST_ROW(Name, Hex) { #Name, &FVelmoraUIStyles::Name },
+	const std::pair<std::string, FLinearColor (*)()> Getters[] = { VELMORA_UI_PALETTE(VELMORA_TEST_ROW) };
 #undef VELMORA_TEST_ROW
-	EXPECT_EQ(std::size(Rows), 76u);
-	for (const FRow& Row : Rows)
+	const std::string All = std::string("; ") + Palette;
+	for (const auto& [Name, Getter] : Getters)
 	{
-		EXPECT_EQ(DumpColor(Row.Getter()), Row.Hex.size() == 6 ? Row.Hex + "FF" : Row.Hex) << Row.Name;
+		const size_t Found = All.find("; " + Name.substr(3) + " ");
+		ASSERT_NE(Found, std::string::npos) << Name;
+		EXPECT_EQ(DumpColor(Getter()), All.substr(Found + Name.size(), 8)) << Name;
 	}
+	EXPECT_EQ(std::size(Getters), static_cast<size_t>(std::count(All.begin(), All.end(), ';') - 1));
+}
+
+TEST_F(FVelmoraStyleTest, FontsFlatBrushesAndSyntaxColours)
+{
+	const auto DumpFont = [](const FSlateFontInfo& Font)
+	{ return Utf8(Font.TypefaceFontName.ToString()) + " " + std::to_string(static_cast<int>(Font.Size)); };
+	EXPECT_EQ(DumpFont(FVelmoraUIStyles::GetMessageBodyFont()), "Regular 11");
+	EXPECT_EQ(DumpFont(FVelmoraUIStyles::GetMessageSenderFont()), "Bold 12");
+	EXPECT_EQ(DumpFont(FVelmoraUIStyles::GetTimestampFont()), "Regular 9");
+	EXPECT_EQ(DumpFont(FVelmoraUIStyles::GetSmallFont()), "Regular 9");
+	EXPECT_EQ(DumpFont(FVelmoraUIStyles::GetMonospaceFont()), "Mono 10");
+	EXPECT_EQ(DumpFont(FVelmoraUIStyles::GetMonospaceBoldFont()), "Bold 10");
+	EXPECT_EQ(DumpFont(FVelmoraUIStyles::GetToolMessageFont()), "Mono 9");
+	EXPECT_EQ(DumpFont(FVelmoraUIStyles::GetLargeTitleFont()), DumpFont(FAppStyle::GetFontStyle("HeadingLarge")));
+	EXPECT_EQ(DumpFont(FVelmoraUIStyles::GetMediumTitleFont()), DumpFont(FAppStyle::GetFontStyle("HeadingMedium")));
+	for (const auto& [Key, Tint] : { std::pair("Code.Background", "1E1E1EFF"), std::pair("CodeBlock.Background", "1E1E1EFF"),
+			 std::pair("CodeBlock.Border", "2B2A2AFF"), std::pair("Blockquote.Border", "6B7280FF") })
+	{
+		const FSlateBrush* Brush = FVelmoraUIStyles::GetBrush(FName((std::string("Velmora.Markdown.") + Key).c_str()));
+		EXPECT_EQ(DumpColor(Brush->TintColor.GetSpecifiedColor()), Tint) << Key;
+		EXPECT_EQ(Brush->DrawAs, ESlateBrushDrawType::Image) << Key;
+	}
+	EXPECT_EQ(FVelmoraUIStyles::GetBrush("Velmora.Markdown.TableCell")->TintColor.GetSpecifiedColor().A, 0.0f);
+	EXPECT_EQ(DumpColor(FVelmoraUIStyles::GetSyntaxTokenColor(static_cast<Velmora::Markdown::ESyntaxTokenType>(200))), "D4D4D4FF");
+	EXPECT_EQ(DumpColor(FVelmoraUIStyles::GetSecondaryActionNeutralColor(1.0f)), "E1E5EAFF");
 }
 
 TEST(VelmoraPalette, SixDigitsAreOpaqueAndCaseDoesNotCount)

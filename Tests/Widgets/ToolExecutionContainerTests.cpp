@@ -41,7 +41,7 @@ TEST_F(FToolContainerTest, TheHeaderCounts)
 {
 	ShowTools({});
 	EXPECT_EQ(VisibleTexts(), (FTextList{ "Tool Executions" }));
-	EXPECT_EQ(DumpKey(Container->GetToolExecutionsText()), "VelmoraUI,ToolExecutionsHeader: Tool Executions");
+	EXPECT_EQ(DumpKey(FindByText("Tool Executions")->GetDisplayedText()), "VelmoraUI,ToolExecutionsHeader: Tool Executions");
 	ShowTools({ MakeTool(TEXT("Creating"), TEXT("A")), nullptr, MakeTool(TEXT("Reading"), TEXT("B")) });
 	EXPECT_EQ(VisibleTexts(), (FTextList{ "Tool Executions (3)", "Creating A", "14:02:31", "Reading B", "14:02:31" }))
 		<< "a null entry counts and has no row";
@@ -64,19 +64,17 @@ TEST_F(FToolContainerTest, AClickOnTheHeaderAsksTheOwner)
 {
 	ShowTools({ MakeTool(TEXT("Creating"), TEXT("A")) });
 	const TSharedRef<SWidget> Header = FindByTag("ToolExecutionsHeader");
-	EXPECT_EQ(Utf8(Container->GetChevronBrush()->GetResourceName().ToString()),
-		Utf8(FAppStyle::GetBrush("TreeArrow_Expanded")->GetResourceName().ToString()));
+	EXPECT_TRUE(PaintedIn(*Header, ESlateDrawType::Image).at(0).starts_with("TreeArrow_Expanded "));
 	Click(Header);
 	EXPECT_FALSE(bExpanded);
 	EXPECT_EQ(VisibleTexts(), (FTextList{ "Tool Executions (1)" }));
-	EXPECT_EQ(Utf8(Container->GetChevronBrush()->GetResourceName().ToString()),
-		Utf8(FAppStyle::GetBrush("TreeArrow_Collapsed")->GetResourceName().ToString()));
+	EXPECT_TRUE(PaintedIn(*Header, ESlateDrawType::Image).at(0).starts_with("TreeArrow_Collapsed "));
 	Click(Header);
 	EXPECT_EQ(VisibleTexts().size(), 3u);
 
 	Container = SNew(SToolExecutionContainer).ToolExecutions({ MakeTool(TEXT("Creating"), TEXT("A")) });
 	Show(Container.ToSharedRef());
-	EXPECT_TRUE(Container->OnHeaderClicked().IsEventHandled());
+	Click(FindByTag("ToolExecutionsHeader"));
 	EXPECT_EQ(VisibleTexts().size(), 3u) << "without an owner nothing opens or closes";
 }
 
@@ -85,7 +83,7 @@ TEST_F(FToolContainerTest, TheListOnlyGrows)
 	const TSharedPtr<FChatMessage> First = MakeTool(TEXT("Creating"), TEXT("A"));
 	const TSharedPtr<FChatMessage> Second = MakeTool(TEXT("Reading"), TEXT("B"));
 	ShowTools({ First });
-	const TSharedRef<SWidget> FirstRow = Container->ToolListBox->GetChildren()->GetChildAt(0);
+	const TSharedRef<SWidget> FirstRow = FindByText("Creating A");
 
 	Container->UpdateToolList({ Second });
 	PumpFrame();
@@ -94,7 +92,7 @@ TEST_F(FToolContainerTest, TheListOnlyGrows)
 	Container->UpdateToolList({ First, Second });
 	PumpFrame();
 	EXPECT_EQ(VisibleTexts(), (FTextList{ "Tool Executions (2)", "Creating A", "14:02:31", "Reading B", "14:02:31" }));
-	EXPECT_EQ(Container->ToolListBox->GetChildren()->GetChildAt(0), FirstRow);
+	EXPECT_EQ(FindByText("Creating A"), FirstRow);
 
 	Container->UpdateToolList({});
 	PumpFrame();
@@ -106,24 +104,18 @@ TEST_F(FToolContainerTest, TheMarkFollowsTheStatus)
 {
 	const TSharedPtr<FChatMessage> Tool = MakeTool(TEXT("Creating"), TEXT("A"));
 	ShowTools({ Tool });
-	const TSharedRef<SHorizontalBox> Row = StaticCastSharedRef<SHorizontalBox>(Container->ToolListBox->GetChildren()->GetChildAt(0));
-	const TSharedRef<SImage> Mark = StaticCastSharedRef<SImage>(Row->GetChildren()->GetChildAt(2));
-	const auto DumpMark = [&Mark]
+	// The chevron, the dot, the mark.
+	const auto DumpMark = [this]() -> std::string
 	{
-		const FSlateBrush* Brush = Mark->GetImage();
-		const FSlateColor Color = Mark->ColorAndOpacity.Get();
-		const std::string Path = Brush ? Utf8(Brush->GetResourceName().ToString()) : "none";
-		const std::string Tint = Color == FSlateColor(FVelmoraUIStyles::GetToolStatusSuccessColor()) ? "green"
-			: Color == FSlateColor(FVelmoraUIStyles::GetToolStatusFailedColor())					 ? "red"
-			: Color == FSlateColor(FLinearColor::White)												 ? "white"
-																									 : "other";
-		return Path.substr(Path.rfind('/') + 1) + " " + Tint;
+		PumpFrame();
+		const FTextList Images = PaintedIn(*Container, ESlateDrawType::Image);
+		return Images.size() == 3 ? Images[2] : std::to_string(Images.size());
 	};
-	EXPECT_EQ(DumpMark(), "ProgressCycle32.png green");
+	EXPECT_EQ(DumpMark(), "ProgressCycle32 10B981FF");
 	Tool->ToolStatus = EToolStatus::Success;
-	EXPECT_EQ(DumpMark(), "Symbols.Check.png green");
+	EXPECT_EQ(DumpMark(), "Symbols.Check 10B981FF");
 	Tool->ToolStatus = EToolStatus::Failed;
-	EXPECT_EQ(DumpMark(), "Symbols.X.png red");
+	EXPECT_EQ(DumpMark(), "Symbols.X " + Hex(FVelmoraUIStyles::GetToolStatusFailedColor()));
 	Tool->ToolStatus = static_cast<EToolStatus>(9);
-	EXPECT_EQ(DumpMark(), "none white");
+	EXPECT_EQ(DumpMark(), "2");
 }

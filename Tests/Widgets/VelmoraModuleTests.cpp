@@ -2,6 +2,7 @@
 
 #include "FileCache/ProjectFileCache.h"
 #include "Framework/Application/SlateApplication.h"
+#include "FileSearch/FileIndexService.h"
 #include "Framework/MultiBox/MultiBoxBuilder.h"
 #include "Host/HostEditor.h"
 #include "Styling/SlateStyleRegistry.h"
@@ -37,48 +38,52 @@ protected:
 
 TEST_F(FVelmoraModuleWatchTest, ItTellsOfBuildsThatItDidNotStart)
 {
-	FVelmoraModule& Watched = Module();
-	Watched.Poll(1.0f);
-	EXPECT_FALSE(Watched.ProgressWidget.IsValid()) << "made at the first build";
+	PumpFrame(1.0);
 	BeginBuild();
-	EXPECT_TRUE(Watched.Poll(1.0f));
+	PumpFrame(1.0);
 	EXPECT_EQ(TakeToasts(), FTextList{ "[1] Building code intelligence index..." });
-	ASSERT_TRUE(Watched.ProgressWidget.IsValid());
-	EXPECT_TRUE(Watched.bProgressVisible);
-	Watched.Poll(1.0f);
+	PumpFrame(1.0);
 	EXPECT_EQ(TakeToasts(), FTextList());
 
 	EndBuild();
-	Watched.Poll(1.0f);
+	PumpFrame(1.0);
 	const FTextList Toasts = TakeToasts();
 	ASSERT_EQ(Toasts.size(), 1u);
 	EXPECT_TRUE(Toasts[0].starts_with("[2] Code index ready! (0 symbols, ")) << Toasts[0];
-	const std::string Told = DumpKey(Watched.ProgressWidget->GetCompletionMessage());
-	EXPECT_TRUE(Told.starts_with("FVelmoraModule,BuildSuccessMsg: Successfully indexed 0 symbols in ") ||
-		Told.starts_with("-,-: Successfully indexed 0 symbols in "))
-		<< Told;
-	EXPECT_TRUE(Watched.bProgressVisible && Watched.bHidePending);
-	EXPECT_FLOAT_EQ(Watched.HideCountdown, 2.0f) << "the poll that saw the end counts, too";
-	Watched.Poll(1.5f);
-	EXPECT_TRUE(Watched.bProgressVisible);
-	Watched.Poll(0.5f);
-	EXPECT_FALSE(Watched.bProgressVisible || Watched.bHidePending);
-	Watched.Poll(1.0f);
+	PumpFrame(1.0);
 	EXPECT_EQ(TakeToasts(), FTextList());
 }
 
 TEST_F(FVelmoraModuleWatchTest, ABuildThatLeavesNoIndexHasFailed)
 {
-	FVelmoraModule& Watched = Module();
 	BeginBuild();
-	Watched.Poll(1.0f);
+	PumpFrame(1.0);
 	FControl::Shutdown();
 	Builder.join();
 	TakeToasts();
-	Watched.Poll(1.0f);
+	PumpFrame(1.0);
 	EXPECT_EQ(TakeToasts(), FTextList{ Failed("Index build failed - check log for details") });
-	EXPECT_EQ(
-		DumpKey(Watched.ProgressWidget->GetCompletionMessage()), "FVelmoraModule,BuildFailedMsg: Index build failed - see log for details");
+}
+
+TEST_F(FVelmoraModuleWatchTest, TheFileIndexIsRefreshedEveryThirtySeconds)
+{
+	Velmora::UI::FFileIndexService& Index = Velmora::UI::FFileIndexService::Get();
+	const auto Wait = [&Index] { EXPECT_TRUE(WaitUntil([&Index] { return Index.IsReady() && !Index.IsIndexing(); })); };
+	Index.RefreshIndex();
+	Wait();
+	EXPECT_EQ(Index.GetFileCount(), 1);
+	const FTemporaryProject Other;
+	Other.Write("One.txt", "");
+	Other.Write("Two.txt", "");
+	for (int32 Second = 1; Second < 30; ++Second)
+	{
+		PumpFrame(1.0);
+	}
+	Wait();
+	EXPECT_EQ(Index.GetFileCount(), 1) << "nothing was scanned yet";
+	PumpFrame(1.0);
+	Wait();
+	EXPECT_EQ(Index.GetFileCount(), 2);
 }
 
 TEST_F(FVelmoraModuleWatchTest, TheTickerPollsOnceASecond)

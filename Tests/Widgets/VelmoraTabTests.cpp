@@ -36,25 +36,6 @@ namespace
 		return std::find(Texts.begin(), Texts.end(), Text) != Texts.end();
 	}
 
-	/** Writes its end down, too. */
-	class FMortalAgent : public FTestAgent
-	{
-	public:
-		explicit FMortalAgent(std::vector<std::string>& InLog)
-			: Log(InLog)
-		{
-		}
-		~FMortalAgent() override { Log.push_back("destroyed"); }
-		void EndConversation() override
-		{
-			FTestAgent::EndConversation();
-			Log.push_back("EndConversation");
-		}
-
-	private:
-		std::vector<std::string>& Log;
-	};
-
 } // namespace
 
 class FVelmoraTabTest : public FVelmoraWidgetTest
@@ -104,15 +85,14 @@ TEST_F(FVelmoraTabTest, OpensWithAnAgentOfTheProject)
 	const FTemporaryProject Project;
 	ShowTab();
 	EXPECT_EQ(Utf8(SVelmoraTab::GetTabName().ToString()), "VelmoraTab");
-	EXPECT_EQ(Tab->OwnerTab.Pin(), DockTab);
 	ASSERT_TRUE(Tab->GetViewModel().IsValid());
 	EXPECT_TRUE(Tab->GetViewModel()->IsInitialized());
 	EXPECT_TRUE(Tab->GetViewModel()->HasActiveConversation());
 	EXPECT_TRUE(IsOnScreen(VisibleTexts(), "Welcome to Velmora"));
 	EXPECT_TRUE(IsOnScreen(VisibleTexts(), "Ready"));
-	const TWeakPtr<Velmora::FAgent> Agent = Tab->Agent;
+	const TWeakPtr<const FChatViewModel> ViewModel = Tab->GetViewModel();
 	CloseTab();
-	EXPECT_FALSE(Agent.IsValid());
+	EXPECT_FALSE(ViewModel.IsValid());
 }
 
 TEST_F(FVelmoraTabTest, WithoutAnAgentTheChatSaysSo)
@@ -120,23 +100,10 @@ TEST_F(FVelmoraTabTest, WithoutAnAgentTheChatSaysSo)
 	Velmora::SetProjectFolder(TEXT("/there/is/no/such/folder"));
 	ShowTab();
 	Velmora::SetProjectFolder(FString());
-	EXPECT_FALSE(Tab->Agent.IsValid());
 	ASSERT_TRUE(Tab->GetViewModel().IsValid());
 	EXPECT_FALSE(Tab->GetViewModel()->IsInitialized());
 	EXPECT_TRUE(IsOnScreen(VisibleTexts(), "Not initialized"));
 	EXPECT_FALSE(IsOnScreen(VisibleTexts(), "Welcome to Velmora"));
-}
-
-TEST_F(FVelmoraTabTest, ClosingEndsTheConversationWhileTheAgentLives)
-{
-	const FTemporaryProject Project;
-	std::vector<std::string> Log;
-	ShowTab();
-	Tab->Agent = MakeShared<FMortalAgent>(Log);
-	Tab->InitializeViewModel();
-	Log.clear();
-	CloseTab();
-	EXPECT_EQ(Log, (std::vector<std::string>{ "EndConversation", "destroyed" }));
 }
 
 class FTabShellTest : public FVelmoraTabTest
@@ -165,14 +132,13 @@ protected:
 		}
 		return Pages;
 	}
+	SSplitter& Splitter() { return static_cast<SSplitter&>(*FindInside(*Tab, "SSplitter")); }
 	/** Path of the brush's file and its colour, of the image in a button. */
 	std::string GetIcon(const char* ToolTip)
 	{
 		const TSharedRef<SWidget> Button = FindByToolTip(ToolTip);
-		const TSharedRef<SImage> Image = StaticCastSharedRef<SImage>(StaticCastSharedRef<SButton>(Button)->GetContent());
-		const FLinearColor Color = Image->ColorAndOpacity.Get().GetSpecifiedColor();
-		const std::string Path = Utf8(Image->GetImage()->GetResourceName().ToString());
-		return std::filesystem::path(Path).stem().string() + " " + Utf8(Color.ToFColorSRGB().ToHex());
+		PumpFrame();
+		return PaintedIn(*Button, ESlateDrawType::Image).at(0);
 	}
 };
 
@@ -281,35 +247,13 @@ TEST_F(FTabShellTest, WhatIsNoFileGivesTheDefaultsAtOnce)
 	EXPECT_FALSE(Tab->IsCustomizeBehaviorVisible());
 }
 
-TEST_F(FTabShellTest, PlansReachThePanelWhetherItIsShownOrNot)
-{
-	const FTemporaryProject Project;
-	ShowTab();
-	const TSharedRef<FTestAgent> Agent = MakeShared<FTestAgent>();
-	Agent->Plan = TEXT("held before");
-	Tab->Agent = Agent;
-	Tab->InitializeViewModel();
-	PumpFrame();
-	EXPECT_TRUE(IsOnScreen(VisibleTexts(), "held before"));
-	Tab->TogglePlanVisibility();
-	Agent->FirePlanUpdate(TEXT("while hidden"));
-	PumpFrame();
-	EXPECT_FALSE(IsOnScreen(VisibleTexts(), "while hidden"));
-	Tab->TogglePlanVisibility();
-	PumpFrame();
-	EXPECT_TRUE(IsOnScreen(VisibleTexts(), "while hidden"));
-	// The agent outlives the tab here, and its plan must reach nothing that is gone.
-	CloseTab();
-	Agent->FirePlanUpdate(TEXT("too late"));
-}
-
 TEST_F(FTabShellTest, TheSidePanelIsResizedAndKeepsItsSizeWhileHidden)
 {
 	ShowShell();
-	const auto GetPanelWidth = [this]() { return std::lround(GetRect(*Tab->Splitter->SlotAt(1).GetWidget()).Width()); };
+	const auto GetPanelWidth = [this]() { return std::lround(GetRect(*Splitter().SlotAt(1).GetWidget()).Width()); };
 	// 1276 pixels beside the handle.
 	EXPECT_EQ(GetPanelWidth(), 383);
-	const FSlateRect Chat = GetRect(*Tab->Splitter->SlotAt(0).GetWidget());
+	const FSlateRect Chat = GetRect(*Splitter().SlotAt(0).GetWidget());
 	const FVector2D Handle(Chat.Right + 2.0, Chat.Top + 300.0);
 	MoveMouse(Handle);
 	PressMouse(Handle);
@@ -317,7 +261,7 @@ TEST_F(FTabShellTest, TheSidePanelIsResizedAndKeepsItsSizeWhileHidden)
 	ReleaseMouse(Handle - FVector2D(100.0, 0.0));
 	EXPECT_EQ(GetPanelWidth(), 483);
 	Click(FindByToolTip(PlanToolTip));
-	EXPECT_EQ(std::lround(GetRect(*Tab->Splitter->SlotAt(0).GetWidget()).Width()), 1280);
+	EXPECT_EQ(std::lround(GetRect(*Splitter().SlotAt(0).GetWidget()).Width()), 1280);
 	Click(FindByToolTip(PlanToolTip));
 	EXPECT_EQ(GetPanelWidth(), 483);
 	Resize(500, 600);

@@ -59,6 +59,70 @@ inline std::string DumpWidgets(SWidget& Widget)
 	return Inner.empty() ? Type : Type + "[" + Inner + "]";
 }
 
+/** Texts of a widget and of all in it, shown or not, in tree order. */
+inline FTextList TextsIn(SWidget& Widget)
+{
+	FTextList Texts;
+	const std::string Own = Utf8(Widget.GetDisplayedText().ToString());
+	if (!Own.empty())
+	{
+		Texts.push_back(Own);
+	}
+	FChildren* Children = Widget.GetChildren();
+	for (int32 Index = 0; Index < Children->Num(); ++Index)
+	{
+		for (const std::string& Text : TextsIn(*Children->GetChildAt(Index)))
+		{
+			Texts.push_back(Text);
+		}
+	}
+	return Texts;
+}
+
+/** The first widget of that type below another one, shown or not; null when there is none. */
+inline TSharedPtr<SWidget> FindInside(SWidget& Root, const std::string& Type)
+{
+	FChildren* Children = Root.GetChildren();
+	for (int32 Index = 0; Index < Children->Num(); ++Index)
+	{
+		const TSharedRef<SWidget> Child = Children->GetChildAt(Index);
+		if (Utf8(Child->GetType().ToString()).starts_with(Type))
+		{
+			return Child;
+		}
+		if (const TSharedPtr<SWidget> Found = FindInside(*Child, Type))
+		{
+			return Found;
+		}
+	}
+	return nullptr;
+}
+
+/** "RRGGBBAA", as the painter gets it. */
+inline std::string Hex(const FLinearColor& Color)
+{
+	return Utf8(Color.ToFColorSRGB().ToHex());
+}
+
+/** What the last frame painted within a widget, of one kind: "Picture RRGGBBAA", or the colour alone. */
+inline FTextList PaintedIn(const SWidget& Widget, ESlateDrawType Type)
+{
+	const FSlateRect Rect = Widget.GetCachedGeometry().GetLayoutBoundingRect();
+	FTextList Painted;
+	for (const FSlateDrawElement& Element : FSlateApplication::Get().GetLastElements().GetElements())
+	{
+		const FVector2D Place(Element.Rect.Left + 0.5, Element.Rect.Top + (Type == ESlateDrawType::Glyphs ? -0.5 : 0.5));
+		if (Element.Type != Type || Place.X < Rect.Left || Place.X > Rect.Right || Place.Y < Rect.Top || Place.Y > Rect.Bottom)
+		{
+			continue;
+		}
+		std::string Name = Type == ESlateDrawType::Image ? Utf8(Element.Image.ToString()) : std::string();
+		Name = Name.substr(Name.rfind('/') + 1);
+		Painted.push_back((Name.empty() ? "" : Name.substr(0, Name.rfind('.')) + " ") + Utf8(Element.Color.ToHex()));
+	}
+	return Painted;
+}
+
 /** A localised text with its identity: "VelmoraUI,Key: text". */
 inline std::string DumpKey(const FText& Text)
 {
