@@ -68,7 +68,16 @@ TEST(OpenRules, Files)
 	};
 	const FCase Cases[] = {
 		{ TEXT("/p/notes.md"), TEXT("/p/notes.md"), true, false, false, "open" },
-		{ TEXT("/p/Makefile"), TEXT("/p/Makefile"), true, false, false, "open" },
+		{ TEXT("/p/Makefile"), TEXT("/p/Makefile"), true, false, false, "ask" },
+		{ TEXT("/p/notes.md"), TEXT("/p/blob"), true, false, false, "ask" },
+		{ TEXT("/p/page.html"), TEXT("/p/page.html"), true, false, false, "ask" },
+		{ TEXT("/p/page.HTM"), TEXT("/p/page.HTM"), true, false, false, "ask" },
+		{ TEXT("/p/page.xhtml"), TEXT("/p/page.xhtml"), true, false, false, "ask" },
+		{ TEXT("/p/logo.svg"), TEXT("/p/logo.svg"), true, false, false, "ask" },
+		{ TEXT("/p/page.mht"), TEXT("/p/page.mht"), true, false, false, "ask" },
+		{ TEXT("/p/notes.txt"), TEXT("/p/page.html"), true, false, false, "ask" },
+		{ TEXT("/p/logo.png"), TEXT("/p/logo.png"), true, false, false, "open" },
+		{ TEXT("/p/.gitignore"), TEXT("/p/.gitignore"), true, false, false, "open" },
 		{ TEXT("/p/folder"), TEXT("/p/folder"), true, true, false, "open" },
 		{ TEXT("/p/tool"), TEXT("/p/tool"), true, false, true, "ask" },
 		{ TEXT("/p/x.desktop"), TEXT("/p/x.desktop"), true, false, false, "ask" },
@@ -87,6 +96,8 @@ TEST(OpenRules, Files)
 		const FOpenFileFacts Facts{ Case.bExists, Case.bDirectory, Case.bExecutable, Case.RealPath };
 		EXPECT_EQ(Verdict(OpenRules::JudgeFile(Case.Path, Facts)), Case.Verdict) << Utf8(Case.Path);
 	}
+	const FOpenFileFacts Disguised{ true, false, false, TEXT("/p/notes.md"), /*bBinaryProgram*/ true };
+	EXPECT_EQ(Verdict(OpenRules::JudgeFile(TEXT("/p/notes.md"), Disguised)), "ask");
 }
 
 TEST(OpenRules, WhatHidesIsSpelledOut)

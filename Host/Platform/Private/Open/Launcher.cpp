@@ -25,6 +25,20 @@
 
 namespace
 {
+	/** Programs and libraries of this system begin so. */
+	bool BeginsAsProgram(const std::string& Path)
+	{
+		// Non-blocking, so that a pipe of that name does not wait for its writer.
+		const int File = open(Path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+		char Start[4] = {};
+		const ssize_t Count = File < 0 ? 0 : read(File, Start, sizeof(Start));
+		if (File >= 0)
+		{
+			close(File);
+		}
+		return Count == sizeof(Start) && std::memcmp(Start, "\177ELF", sizeof(Start)) == 0;
+	}
+
 	FOpenFileFacts ReadFacts(const FString& Path)
 	{
 		FOpenFileFacts Facts;
@@ -37,6 +51,7 @@ namespace
 		Facts.bExists = true;
 		Facts.bDirectory = S_ISDIR(Status.st_mode);
 		Facts.bExecutable = !Facts.bDirectory && (Status.st_mode & (S_IXUSR | S_IXGRP | S_IXOTH)) != 0;
+		Facts.bBinaryProgram = S_ISREG(Status.st_mode) && BeginsAsProgram(Bytes);
 		if (char* Real = realpath(Bytes.c_str(), nullptr))
 		{
 			Facts.RealPath = HostFileNameFromBytes(Real);

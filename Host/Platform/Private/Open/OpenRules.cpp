@@ -23,6 +23,10 @@ namespace
 	};
 	// clang-format on
 
+	/** Files whose scripts a browser runs with the rights of local files. Lower case. */
+	constexpr const TCHAR* ScriptedExtensions[] = { TEXT("htm"), TEXT("html"), TEXT("mht"), TEXT("mhtml"), TEXT("shtml"), TEXT("svg"),
+		TEXT("svgz"), TEXT("xht"), TEXT("xhtml"), TEXT("xml"), TEXT("xsl"), TEXT("xslt") };
+
 	template <size_t Count>
 	bool IsListed(const FString& Word, const TCHAR* const (&List)[Count])
 	{
@@ -128,10 +132,22 @@ namespace OpenRules
 		{
 			return Decision;
 		}
-		if (Facts.bExecutable || IsListed(FPaths::GetExtension(Path), RunnableExtensions) ||
+		if (Facts.bExecutable || Facts.bBinaryProgram || IsListed(FPaths::GetExtension(Path), RunnableExtensions) ||
 			IsListed(FPaths::GetExtension(Facts.RealPath), RunnableExtensions))
 		{
 			return FOpenDecision{ EOpenVerdict::Ask, TEXT("This file can be run as a program when it is opened.") };
+		}
+		for (const FString& Name : { Path, Facts.RealPath })
+		{
+			if (IsListed(FPaths::GetExtension(Name), ScriptedExtensions))
+			{
+				return FOpenDecision{ EOpenVerdict::Ask, TEXT("A browser runs the scripts in this file when it is opened.") };
+			}
+		}
+		// Without an ending the system looks into the file to choose what opens it, and may run it.
+		if (FPaths::GetExtension(Path).IsEmpty() || FPaths::GetExtension(Facts.RealPath).IsEmpty())
+		{
+			return FOpenDecision{ EOpenVerdict::Ask, TEXT("The name of this file does not tell what opens it. Your system decides.") };
 		}
 		return Decision;
 	}

@@ -26,6 +26,8 @@ struct FOpenFileFacts
 	bool bExecutable = false;
 	/** The path with all links followed; an innocent name can point at a program. */
 	FString RealPath;
+	/** It begins as a program or library does, whatever its name. */
+	bool bBinaryProgram = false;
 };
 
 /** The rules of opening. Pure: the disk is asked by the caller. */
