@@ -34,6 +34,7 @@
 #include "Modules/ModuleManager.h"
 #include "PluginDescription.h"
 #include "ProblemToasts.h"
+#include "QuestionToasts.h"
 #include "Settings/VelmoraSettings.h"
 #include "SEditorFrame.h"
 #include "SimulatedTime.h"
@@ -208,6 +209,7 @@ bool FDesktopProgram::SetUpWindow()
 		});
 	FHostDialogs::Install();
 	FProblemToasts::Install(!bHasDisplay);
+	FQuestionToasts::Install();
 	Velmora::FUpdateGateControl::SetProblemHandler([](const FString& Sentence) { FProblemToasts::Tell(Sentence); });
 	FHostPlatform::SetDisplayLostHandler(
 		[this]()
@@ -576,6 +578,7 @@ int32 FDesktopProgram::Run()
 	Settings->Finish();
 	Velmora::FUpdateGateControl::SetProblemHandler(nullptr);
 	Velmora::CodeIntel::FCodeIndexControl::SetProblemHandler(nullptr);
+	FQuestionToasts::Uninstall();
 	FProblemToasts::Uninstall();
 	FEditorServices::Uninstall();
 	Velmora::FProjectFileCacheControl::Shutdown();

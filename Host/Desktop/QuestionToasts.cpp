@@ -1,0 +1,79 @@
+#include "QuestionToasts.h"
+
+#include "Framework/Notifications/NotificationManager.h"
+#include "Host/AgentQuestions.h"
+
+#define LOCTEXT_NAMESPACE "QuestionToasts"
+
+namespace
+{
+	using Velmora::EAgentAnswer;
+	using Velmora::FAgentQuestion;
+	using Velmora::FAgentQuestions;
+
+	/** Subjects beyond this are shown whole in the conversation only. */
+	constexpr int32 MaxShownSubject = 120;
+
+	TWeakPtr<SNotificationItem> QuestionToast;
+
+	void CloseToast()
+	{
+		if (const TSharedPtr<SNotificationItem> Toast = QuestionToast.Pin())
+		{
+			Toast->Fadeout();
+		}
+		QuestionToast.Reset();
+	}
+
+	FNotificationButtonInfo MakeAnswer(uint32 Id, EAgentAnswer Answer, const FText& Text, const FText& ToolTip)
+	{
+		return FNotificationButtonInfo(
+			Text, ToolTip, FSimpleDelegate::CreateLambda([Id, Answer]() { FAgentQuestions::Answer(Id, Answer); }));
+	}
+
+	void ShowToast(const FAgentQuestion& Question)
+	{
+		const FString Subject =
+			Question.Subject.Len() > MaxShownSubject ? Question.Subject.Left(MaxShownSubject) + TEXT("\u2026") : Question.Subject;
+		FNotificationInfo Info(FText::Format(LOCTEXT("Question", "The agent asks: {0} {1}\nThe conversation shows what it would do."),
+			FText::FromString(Question.Tool), FText::FromString(Subject)));
+		Info.bFireAndForget = false;
+		Info.bUseThrobber = false;
+		Info.ButtonDetails.Add(MakeAnswer(Question.Id, EAgentAnswer::AllowOnce, LOCTEXT("AllowOnce", "Allow once"),
+			LOCTEXT("AllowOnceTip", "Let the agent do this, this time")));
+		if (Question.bMayBeRemembered)
+		{
+			Info.ButtonDetails.Add(MakeAnswer(Question.Id, EAgentAnswer::AllowAlways, LOCTEXT("AllowAlways", "Always in this project"),
+				LOCTEXT("AllowAlwaysTip", "Let the agent do this, and do not ask again in this project")));
+		}
+		Info.ButtonDetails.Add(MakeAnswer(
+			Question.Id, EAgentAnswer::Refuse, LOCTEXT("Refuse", "Refuse"), LOCTEXT("RefuseTip", "The agent goes on without it")));
+		const TSharedPtr<SNotificationItem> Toast = FSlateNotificationManager::Get().AddNotification(Info);
+		if (Toast.IsValid())
+		{
+			Toast->SetCompletionState(SNotificationItem::CS_Pending);
+		}
+		QuestionToast = Toast;
+	}
+}
+
+void FQuestionToasts::Install()
+{
+	FAgentQuestions::SetListener(
+		[](const FAgentQuestion* Question)
+		{
+			CloseToast();
+			if (Question)
+			{
+				ShowToast(*Question);
+			}
+		});
+}
+
+void FQuestionToasts::Uninstall()
+{
+	FAgentQuestions::SetListener(nullptr);
+	CloseToast();
+}
+
+#undef LOCTEXT_NAMESPACE
