@@ -182,6 +182,70 @@ TEST_F(AgentAnswers, OtherTalkGetsAnHonestAnswerWithExamples)
 	EXPECT_TRUE(Holds(Ask("hello"), "Hello!"));
 }
 
+TEST_F(AgentAnswers, AFreeQuestionGetsTheTruthAndPlacesForItsMainWords)
+{
+	Project.Write("Source/Pads.cpp", "// A pad that throws players up.\nvoid LaunchFromPad();\nint JumpPadCount = 3;\n");
+	for (const char* Question :
+		{ "how do I make a jump pad in C++?", "Why does the jump pad not work?", "can you tell me how to make a jump pad please",
+			"should we use a jump pad here", "what would be the best way to make a jump pad" })
+	{
+		SCOPED_TRACE(Question);
+		const std::string Answer = Ask(Question);
+		EXPECT_EQ(Answer.find("I only carry out commands"), 0u) << Answer;
+		EXPECT_TRUE(Holds(Answer, "a model can be connected")) << Answer;
+		const size_t Both = Answer.find("JumpPadCount");
+		EXPECT_NE(Both, std::string::npos) << Answer;
+		EXPECT_LT(Both, Answer.find("LaunchFromPad")) << "More of the words come first. " << Answer;
+		for (const std::string& Start : EventsOf("start"))
+		{
+			EXPECT_EQ(Start.find("{\"term\":\"how"), std::string::npos) << Start;
+			EXPECT_EQ(Start.find(' ', Start.find("\"term\"")), Start.find("} ") + 1) << "One word at a time: " << Start;
+		}
+	}
+	// What a command answers is none.
+	EXPECT_TRUE(Holds(Ask("what does " + Symbol + " do?"), "is defined in"));
+	EXPECT_TRUE(Holds(Ask("how does " + Symbol + " work"), "is defined in"));
+}
+
+TEST_F(AgentAnswers, WhatIsIgnoredIsReadOnlyWhenItIsNamed)
+{
+	Project.Write(".gitignore", "secret.txt\n/private/\n*.log\n!kept.log\n");
+	Project.Write("secret.txt", "needle one\n");
+	Project.Write("private/deep/notes.md", "needle two\n");
+	Project.Write("sub/.gitignore", "inner.md\n");
+	Project.Write("sub/inner.md", "needle three\n");
+	Project.Write("run.log", "needle four\n");
+	Project.Write("kept.log", "needle five\n");
+	Project.Write("Saved/x.md", "needle six\n");
+	struct FCase
+	{
+		const char* Request;
+		const char* Held;
+		const char* NotHeld;
+	};
+	const FCase Cases[] = {
+		{ "find needle", "1 match in 1 file", "secret.txt" },
+		{ "find needle", "kept.log", "private/" },
+		{ "which files mention needle", "kept.log", "inner.md" },
+		{ "list", "kept.log", "secret.txt" },
+		{ "list sub", ".gitignore", "inner.md" },
+		{ "list *.md", "README.md", "notes.md" },
+		{ "show secret", "secret", "needle one" },
+		{ "show secret.txt", "needle one", "no file" },
+		{ "find needle in private", "needle two", "needle one" },
+		{ "list private/deep", "notes.md", "empty" },
+		{ "show Saved/x.md", "needle six", "no file" },
+	};
+	for (const FCase& Case : Cases)
+	{
+		SCOPED_TRACE(Case.Request);
+		const std::string Answer = Ask(Case.Request);
+		EXPECT_TRUE(Holds(Answer, Case.Held)) << Answer;
+		EXPECT_FALSE(Holds(Answer, Case.NotHeld)) << Answer;
+	}
+	EXPECT_TRUE(Holds(Ask("find needle", { "secret.txt" }), "needle one"));
+}
+
 TEST_F(AgentAnswers, AttachedFilesAreLookedAtFirst)
 {
 	const std::string Answer = Ask("find " + Symbol, { Project.PathOf("Source/Other.cpp") });

@@ -5,6 +5,7 @@
 #include "Async/Async.h"
 #include "Host/HostFileNames.h"
 #include "Host/ProjectFolder.h"
+#include "Host/ProjectWalk.h"
 #include "Host/StoreLocation.h"
 #include "Misc/Guid.h"
 
@@ -103,6 +104,7 @@ namespace Velmora
 			Fire(Callbacks.Error, Utf8Text::ToString(Result.Problem));
 			return false;
 		}
+		NoteProjectChange();
 		PublishChanges();
 		RemoveFromTrackers(HostFileNameToBytes(Current->Id), Result.TransactionIds);
 		TransactionId.Empty();

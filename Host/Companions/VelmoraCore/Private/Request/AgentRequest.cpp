@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "Request/MainWords.h"
+#include "Request/RequestWords.h"
 #include "Text/Utf8Text.h"
 
 namespace Velmora
@@ -21,240 +23,6 @@ namespace Velmora
 			{ "«", "»" }, { "“", "”" }, { "„", "“" }, { "‘", "’" }, { "`", "`" }, { "\"", "\"" }, { "'", "'" },
 		};
 		// clang-format on
-
-		struct FPhraseRow
-		{
-			std::string_view Phrase; // Lower case, words apart by one blank.
-			ERequestKind Kind;
-		};
-
-		/** How a request may begin. The longest phrase that fits decides, so the order is free. */
-		constexpr FPhraseRow RequestPhrases[] = {
-			{ "help", ERequestKind::Help },
-			{ "what can you do", ERequestKind::Help },
-			{ "what can i ask", ERequestKind::Help },
-			{ "what do you do", ERequestKind::Help },
-			{ "who are you", ERequestKind::Help },
-			{ "hello", ERequestKind::Greeting },
-			{ "hi", ERequestKind::Greeting },
-			{ "hey", ERequestKind::Greeting },
-			{ "good morning", ERequestKind::Greeting },
-			{ "good evening", ERequestKind::Greeting },
-			{ "thanks", ERequestKind::Thanks },
-			{ "thank you", ERequestKind::Thanks },
-
-			{ "find", ERequestKind::FindText },
-			{ "find all", ERequestKind::FindText },
-			{ "search", ERequestKind::FindText },
-			{ "search for", ERequestKind::FindText },
-			{ "grep", ERequestKind::FindText },
-			{ "grep for", ERequestKind::FindText },
-			{ "look for", ERequestKind::FindText },
-			{ "look up", ERequestKind::FindText },
-			{ "locate", ERequestKind::FindText },
-			{ "where", ERequestKind::FindText },
-			{ "where is", ERequestKind::FindText },
-			{ "where are", ERequestKind::FindText },
-			{ "where's", ERequestKind::FindText },
-			{ "wheres", ERequestKind::FindText },
-			{ "where do we", ERequestKind::FindText },
-			{ "where do you", ERequestKind::FindText },
-			{ "where does", ERequestKind::FindText },
-			{ "where can i find", ERequestKind::FindText },
-			{ "find out where", ERequestKind::FindText },
-			{ "who calls", ERequestKind::FindText },
-			{ "who uses", ERequestKind::FindText },
-			{ "what calls", ERequestKind::FindText },
-			{ "what uses", ERequestKind::FindText },
-
-			{ "find symbol", ERequestKind::FindSymbol },
-			{ "find the symbol", ERequestKind::FindSymbol },
-			{ "look up symbol", ERequestKind::FindSymbol },
-			{ "look up the symbol", ERequestKind::FindSymbol },
-			{ "definition of", ERequestKind::FindSymbol },
-			{ "find definition of", ERequestKind::FindSymbol },
-			{ "find the definition of", ERequestKind::FindSymbol },
-			{ "show definition of", ERequestKind::FindSymbol },
-			{ "show the definition of", ERequestKind::FindSymbol },
-			{ "show me the definition of", ERequestKind::FindSymbol },
-			{ "where is the definition of", ERequestKind::FindSymbol },
-			{ "go to definition of", ERequestKind::FindSymbol },
-			{ "go to the definition of", ERequestKind::FindSymbol },
-			{ "which file defines", ERequestKind::FindSymbol },
-
-			{ "outline", ERequestKind::Outline },
-			{ "outline of", ERequestKind::Outline },
-			{ "show outline of", ERequestKind::Outline },
-			{ "show the outline of", ERequestKind::Outline },
-			{ "show me the outline of", ERequestKind::Outline },
-			{ "show me an outline of", ERequestKind::Outline },
-			{ "give me the outline of", ERequestKind::Outline },
-			{ "give me an outline of", ERequestKind::Outline },
-			{ "list symbols in", ERequestKind::Outline },
-			{ "list the symbols in", ERequestKind::Outline },
-			{ "symbols in", ERequestKind::Outline },
-			{ "which symbols are in", ERequestKind::Outline },
-
-			{ "which files mention", ERequestKind::WhichFiles },
-			{ "which files contain", ERequestKind::WhichFiles },
-			{ "which files use", ERequestKind::WhichFiles },
-			{ "which files include", ERequestKind::WhichFiles },
-			{ "which files reference", ERequestKind::WhichFiles },
-			{ "which files have", ERequestKind::WhichFiles },
-			{ "which file mentions", ERequestKind::WhichFiles },
-			{ "which file contains", ERequestKind::WhichFiles },
-			{ "what files mention", ERequestKind::WhichFiles },
-			{ "what files contain", ERequestKind::WhichFiles },
-			{ "what files use", ERequestKind::WhichFiles },
-			{ "files that mention", ERequestKind::WhichFiles },
-			{ "how many files mention", ERequestKind::WhichFiles },
-			{ "how many files contain", ERequestKind::WhichFiles },
-			{ "how many files use", ERequestKind::WhichFiles },
-			{ "how many files include", ERequestKind::WhichFiles },
-			{ "list files that mention", ERequestKind::WhichFiles },
-			{ "list files containing", ERequestKind::WhichFiles },
-			{ "list the files that mention", ERequestKind::WhichFiles },
-			{ "list all files that mention", ERequestKind::WhichFiles },
-			{ "show files that mention", ERequestKind::WhichFiles },
-			{ "show me the files that mention", ERequestKind::WhichFiles },
-			{ "show me all files that mention", ERequestKind::WhichFiles },
-			{ "find files that mention", ERequestKind::WhichFiles },
-			{ "find files containing", ERequestKind::WhichFiles },
-
-			{ "what does", ERequestKind::Explain },
-			{ "what is", ERequestKind::Explain },
-			{ "what's", ERequestKind::Explain },
-			{ "whats", ERequestKind::Explain },
-			{ "what are", ERequestKind::Explain },
-			{ "explain", ERequestKind::Explain },
-			{ "describe", ERequestKind::Explain },
-			{ "tell me about", ERequestKind::Explain },
-			{ "how does", ERequestKind::Explain },
-			{ "how do", ERequestKind::Explain },
-			{ "explain how", ERequestKind::Explain },
-			{ "explain what", ERequestKind::Explain },
-
-			{ "show", ERequestKind::Show },
-			{ "show me", ERequestKind::Show },
-			{ "open", ERequestKind::Show },
-			{ "read", ERequestKind::Show },
-			{ "cat", ERequestKind::Show },
-			{ "print", ERequestKind::Show },
-			{ "display", ERequestKind::Show },
-			{ "view", ERequestKind::Show },
-
-			{ "list", ERequestKind::List },
-			{ "ls", ERequestKind::List },
-			{ "dir", ERequestKind::List },
-			{ "what is in", ERequestKind::List },
-			{ "what's in", ERequestKind::List },
-			{ "whats in", ERequestKind::List },
-			{ "what is inside", ERequestKind::List },
-			{ "what's inside", ERequestKind::List },
-			{ "what files are in", ERequestKind::List },
-			{ "which files are in", ERequestKind::List },
-			{ "what files are there in", ERequestKind::List },
-			{ "what does the folder", ERequestKind::List },
-			{ "show files in", ERequestKind::List },
-			{ "show the files in", ERequestKind::List },
-			{ "show me the files in", ERequestKind::List },
-			{ "show me what is in", ERequestKind::List },
-
-			{ "summarise", ERequestKind::Summarise },
-			{ "summarize", ERequestKind::Summarise },
-			{ "sum up", ERequestKind::Summarise },
-			{ "summary of", ERequestKind::Summarise },
-			{ "give me a summary of", ERequestKind::Summarise },
-			{ "give me an overview of", ERequestKind::Summarise },
-			{ "give me an overview", ERequestKind::Summarise },
-			{ "overview", ERequestKind::Summarise },
-			{ "overview of", ERequestKind::Summarise },
-
-			{ "how many", ERequestKind::Count },
-			{ "how big is", ERequestKind::Count },
-			{ "how large is", ERequestKind::Count },
-			{ "how long is", ERequestKind::Count },
-			{ "count", ERequestKind::Count },
-
-			{ "create", ERequestKind::ChangeFiles },
-			{ "add", ERequestKind::ChangeFiles },
-			{ "write", ERequestKind::ChangeFiles },
-			{ "delete", ERequestKind::ChangeFiles },
-			{ "remove", ERequestKind::ChangeFiles },
-			{ "rename", ERequestKind::ChangeFiles },
-			{ "replace", ERequestKind::ChangeFiles },
-			{ "edit", ERequestKind::ChangeFiles },
-			{ "change", ERequestKind::ChangeFiles },
-			{ "fix", ERequestKind::ChangeFiles },
-			{ "refactor", ERequestKind::ChangeFiles },
-			{ "implement", ERequestKind::ChangeFiles },
-			{ "make", ERequestKind::ChangeFiles },
-			{ "generate", ERequestKind::ChangeFiles },
-			{ "append", ERequestKind::ChangeFiles },
-			{ "overwrite", ERequestKind::ChangeFiles },
-			{ "save", ERequestKind::ChangeFiles },
-			{ "store", ERequestKind::ChangeFiles },
-			{ "put", ERequestKind::ChangeFiles },
-			{ "substitute", ERequestKind::ChangeFiles },
-			{ "swap", ERequestKind::ChangeFiles },
-			{ "erase", ERequestKind::ChangeFiles },
-			{ "get rid of", ERequestKind::ChangeFiles },
-			{ "move", ERequestKind::ChangeFiles },
-		};
-
-		/** Courtesies in front of a request. */
-		// clang-format off
-		constexpr std::string_view OpeningCourtesies[] = {
-			"please", "pls", "kindly", "hello", "hi", "hey", "ok", "okay", "so", "now", "then", "and", "well", "velmora", "dear",
-			"can you", "could you", "would you", "will you", "can i", "could i", "may i", "can we", "i want to", "i want you to",
-			"i would like to", "i would like you to", "i'd like to", "i'd like you to", "i need to", "i need you to", "let's", "let us",
-			"let me",
-			"do you know", "can you tell me", "could you tell me", "tell me", "help me to", "help me", "try to", "just", "quickly",
-			"go and",
-		};
-
-		/** What may close a request without adding to it. */
-		constexpr std::string_view ClosingCourtesies[] = {
-			"please", "pls", "thanks", "thank you", "for me", "now", "if you can", "would you", "right now", "again",
-		};
-
-		/** Words in front of a target that only say what sort of thing it is. */
-		constexpr std::string_view TargetOpeners[] = {
-			"the", "a", "an", "all", "any", "every", "each", "of", "me", "my", "our", "this", "that", "for", "in", "on", "to", "inside",
-			"file", "files", "folder", "directory", "function", "functions", "class", "struct", "method", "symbol", "enum", "macro",
-			"variable", "type", "namespace",
-			"text", "word", "string", "phrase", "term", "name", "named", "called", "content of", "contents of", "source of", "code of",
-			"source code of", "body of",
-			"occurrence of", "occurrences of", "use of", "uses of", "usage of", "usages of", "reference to", "references to",
-			"mention of", "mentions of",
-			"definition of", "declaration of", "implementation of", "places where", "where", "lines with", "lines in", "lines of",
-			"calls to", "calls of",
-		};
-
-		/** Words behind a target that only say what is done with it. */
-		constexpr std::string_view TargetClosers[] = {
-			"do", "does", "work", "works", "mean", "means", "about", "for", "handled", "defined", "declared", "implemented", "used",
-			"called", "located", "found", "mentioned",
-			"set", "initialised", "initialized", "created", "checked", "parsed", "read", "written", "stored", "is", "are", "being",
-			"function", "class", "struct", "method", "file", "folder", "directory", "symbol", "anywhere", "everywhere", "here", "there",
-			"at",
-			"in the project", "in this project", "in my project", "in our project", "in the code", "in this code", "in the codebase",
-			"in the sources", "in the source code", "in the repository", "of the project", "of this project",
-		};
-
-		/** Names for everything there is. */
-		constexpr std::string_view WholeProjectNames[] = {
-			"", ".", "./", "/", "project", "the project", "this project", "my project", "our project", "the code", "code", "codebase",
-			"the codebase", "this codebase",
-			"here", "it", "there", "repository", "the repository", "everything", "files", "all files", "root", "project folder",
-			"project root",
-			"are there", "files are there", "what", "all",
-		};
-		// clang-format on
-
-		/** Words that point at something said before, or at an attached file. */
-		constexpr std::string_view PointingWords[] = { "it", "this", "that", "them", "they", "these", "those", "this file", "file", "files",
-			"attached file", "attached files", "attachment" };
 
 		/** A request in two aligned views: bytes as written, and in lower case. */
 		struct FRequestText
@@ -307,10 +75,25 @@ namespace Velmora
 			return Utf8Text::EndsWith(Text, Words) && Text.size() > Words.size() && Text[Text.size() - Words.size() - 1] == ' ';
 		}
 
+		/** All openings of requests; a verb of the vocabulary opens one to change files. */
+		const std::vector<FPhraseRow>& GetPhrases()
+		{
+			static const std::vector<FPhraseRow> Phrases = []
+			{
+				std::vector<FPhraseRow> All(std::begin(RequestPhrases), std::end(RequestPhrases));
+				for (const FVerbRow& Row : Verbs)
+				{
+					All.push_back({ Row.Phrase, ERequestKind::ChangeFiles });
+				}
+				return All;
+			}();
+			return Phrases;
+		}
+
 		const FPhraseRow* FindPhrase(std::string_view Lower)
 		{
 			const FPhraseRow* Best = nullptr;
-			for (const FPhraseRow& Row : RequestPhrases)
+			for (const FPhraseRow& Row : GetPhrases())
 			{
 				if (BeginsWithWords(Lower, Row.Phrase) && (!Best || Row.Phrase.size() > Best->Phrase.size()))
 				{
@@ -632,10 +415,106 @@ namespace Velmora
 			}
 			Request.Target = Rest.Written;
 		}
+
+		/**
+		 * A sentence that asks for advice or an explanation at large: several words, none of them a name of code. "what is
+		 * FThing", "how does the cache work" and "explain notes.md" are none.
+		 */
+		bool IsFreeQuestion(const FRequestText& Words, const FPhraseRow* Phrase, std::string_view Target)
+		{
+			constexpr std::string_view Persons[] = { "i", "we", "you", "one", "to", "someone" };
+			constexpr size_t MaxNameWords = 3;
+			if (Words.Written.find(QuotePlace) != std::string::npos)
+			{
+				return false;
+			}
+			const std::vector<std::string> All = SplitWords(Words.Lower);
+			if (!Phrase)
+			{
+				return All.size() > 2 && IsOneOf(All.front(), QuestionWords);
+			}
+			const std::vector<std::string> Left = SplitWords(Target);
+			return Phrase->Kind == ERequestKind::Explain && !Left.empty() &&
+				((Utf8Text::StartsWith(Phrase->Phrase, "how") && Left.size() > 1 && IsOneOf(Utf8Text::ToLower(Left.front()), Persons)) ||
+					Left.size() > MaxNameWords);
+		}
+
+		FAgentRequest MakeFreeQuestion(const FRequestText& Words)
+		{
+			FAgentRequest Request;
+			Request.Kind = ERequestKind::FreeQuestion;
+			Request.Target = Words.Written;
+			Request.MainWords = FindMainWords(Words.Written);
+			return Request;
+		}
+
+		bool NeedsTarget(ERequestKind Kind)
+		{
+			return Kind == ERequestKind::FindText || Kind == ERequestKind::FindSymbol || Kind == ERequestKind::Outline ||
+				Kind == ERequestKind::WhichFiles || Kind == ERequestKind::Explain || Kind == ERequestKind::Show;
+		}
+
+		/** What a target such as "it" or "the project" makes of a request. */
+		void SettleTarget(FAgentRequest& Request, bool bIsQuoted)
+		{
+			if (!bIsQuoted && Utf8Text::EndsWith(Request.Target, "()"))
+			{
+				Request.Target.resize(Request.Target.size() - 2);
+			}
+			if (!bIsQuoted && NeedsTarget(Request.Kind) && IsOneOf(Utf8Text::ToLower(Request.Target), PointingWords))
+			{
+				Request.Target.clear();
+				return;
+			}
+			const bool bIsWholeProject = !bIsQuoted && IsWholeProject(Request.Target);
+			if (bIsWholeProject && (Request.Kind == ERequestKind::Explain || Request.Kind == ERequestKind::Summarise))
+			{
+				Request.Kind = ERequestKind::Summarise;
+				Request.Target.clear();
+			}
+			else if (Request.Kind == ERequestKind::Summarise)
+			{
+				Request.Kind = ERequestKind::Explain;
+			}
+			else if (bIsWholeProject &&
+				(Request.Kind == ERequestKind::List || Request.Kind == ERequestKind::Show || Request.Kind == ERequestKind::Count))
+			{
+				Request.Target.clear();
+				Request.Kind = Request.Kind == ERequestKind::Show ? ERequestKind::List : Request.Kind;
+			}
+		}
+
+		/** A request that opens with no phrase: a file first, a name alone, a question, or nothing that is known. */
+		FAgentRequest ReadWithoutPhrase(std::string_view Text, const FRequestText& Words, const std::string& Quoted)
+		{
+			FAgentRequest Request;
+			if (BeginsWithWords(Words.Lower, "in"))
+			{
+				// "In notes.md replace …"
+				Request.Change = ParseChangeRequest(Text);
+				if (Request.Change.Kind != EChangeRequest::Unclear)
+				{
+					Request.Kind = ERequestKind::ChangeFiles;
+					return Request;
+				}
+			}
+			if (IsFreeQuestion(Words, nullptr, std::string_view()))
+			{
+				return MakeFreeQuestion(Words);
+			}
+			Request.Target = PutBackQuoted(Words.Written, Quoted);
+			if (Words.Written == std::string(1, QuotePlace) || LooksLikeSymbol(Words.Written))
+			{
+				ReadTarget(Words, Quoted, Request);
+				Request.Kind = ERequestKind::Explain;
+			}
+			return Request;
+		}
 	}
 
 	FAgentRequest ParseAgentRequest(std::string_view Text)
 	{
+		// 1. Quotes out, blanks folded, courtesies off both ends.
 		FAgentRequest Request;
 		std::string Folded = FoldBlanks(Utf8Text::Sanitise(Text.substr(0, MaxRequestBytes)));
 		const std::string Quoted = TakeQuoted(Folded);
@@ -645,42 +524,21 @@ namespace Velmora
 		{
 			return Request;
 		}
-
 		const FRequestText Whole = Words;
 		CutOpeners(Words, OpeningCourtesies, /*bKeepRequests*/ true);
 		CutClosers(Words, ClosingCourtesies);
-		const FPhraseRow* Phrase = FindPhrase(Words.Lower);
-		if (!Phrase)
-		{
-			// "hi" and "thanks" are courtesies too, and may be all there is.
-			Phrase = FindPhrase(Whole.Lower);
-			if (Phrase && Phrase->Kind != ERequestKind::Greeting && Phrase->Kind != ERequestKind::Thanks)
-			{
-				Phrase = nullptr;
-			}
-		}
-		if (!Phrase && BeginsWithWords(Words.Lower, "in"))
-		{
-			// "In notes.md replace …"
-			Request.Change = ParseChangeRequest(Text);
-			if (Request.Change.Kind != EChangeRequest::Unclear)
-			{
-				Request.Kind = ERequestKind::ChangeFiles;
-				return Request;
-			}
-		}
-		if (!Phrase)
-		{
-			Request.Target = PutBackQuoted(Words.Written, Quoted);
-			const bool bIsQuotedAlone = Words.Written == std::string(1, QuotePlace);
-			if (bIsQuotedAlone || LooksLikeSymbol(Words.Written))
-			{
-				ReadTarget(Words, Quoted, Request);
-				Request.Kind = ERequestKind::Explain;
-			}
-			return Request;
-		}
 
+		// 2. What it opens with. "hi" and "thanks" are courtesies too, and may be all there is.
+		const FPhraseRow* Phrase = FindPhrase(Words.Lower);
+		const FPhraseRow* const WholePhrase = Phrase ? nullptr : FindPhrase(Whole.Lower);
+		if (WholePhrase && (WholePhrase->Kind == ERequestKind::Greeting || WholePhrase->Kind == ERequestKind::Thanks))
+		{
+			Phrase = WholePhrase;
+		}
+		if (!Phrase)
+		{
+			return ReadWithoutPhrase(Text, Words, Quoted);
+		}
 		Request.Kind = Phrase->Kind;
 		if (Request.Kind == ERequestKind::Help || Request.Kind == ERequestKind::Greeting || Request.Kind == ERequestKind::Thanks ||
 			Request.Kind == ERequestKind::ChangeFiles)
@@ -688,48 +546,23 @@ namespace Velmora
 			Request.Change = Request.Kind == ERequestKind::ChangeFiles ? ParseChangeRequest(Text) : FChangeRequest();
 			return Request;
 		}
+
+		// 3. What it is about.
 		FRequestText Rest = Words;
 		Rest.Keep(Phrase->Phrase.size(), std::string::npos);
 		Rest.TrimEnds();
 		ReadTarget(Rest, Quoted, Request);
+		if (IsFreeQuestion(Words, Phrase, Request.Target))
+		{
+			return MakeFreeQuestion(Words);
+		}
 		if (Request.Kind == ERequestKind::FindText && AsksForDefinition(Phrase->Phrase, Rest.Lower))
 		{
 			// Several words are no symbol.
 			const bool bIsOneWord = (Request.TargetInScope.empty() ? Request.Target : Request.TargetInScope).find(' ') == std::string::npos;
 			Request.Kind = bIsOneWord ? ERequestKind::FindSymbol : Request.Kind;
 		}
-
-		const bool bIsQuoted = Rest.Written.find(QuotePlace) != std::string::npos;
-		if (!bIsQuoted && Utf8Text::EndsWith(Request.Target, "()"))
-		{
-			Request.Target.resize(Request.Target.size() - 2);
-		}
-		const bool bPoints =
-			std::find(std::begin(PointingWords), std::end(PointingWords), Utf8Text::ToLower(Request.Target)) != std::end(PointingWords);
-		if (!bIsQuoted && bPoints &&
-			(Request.Kind == ERequestKind::FindText || Request.Kind == ERequestKind::FindSymbol || Request.Kind == ERequestKind::Outline ||
-				Request.Kind == ERequestKind::WhichFiles || Request.Kind == ERequestKind::Explain || Request.Kind == ERequestKind::Show))
-		{
-			Request.Target.clear();
-			return Request;
-		}
-
-		const bool bIsWholeProject = !bIsQuoted && IsWholeProject(Request.Target);
-		if (bIsWholeProject && (Request.Kind == ERequestKind::Explain || Request.Kind == ERequestKind::Summarise))
-		{
-			Request.Kind = ERequestKind::Summarise;
-			Request.Target.clear();
-		}
-		else if (Request.Kind == ERequestKind::Summarise)
-		{
-			Request.Kind = ERequestKind::Explain;
-		}
-		else if (bIsWholeProject &&
-			(Request.Kind == ERequestKind::List || Request.Kind == ERequestKind::Show || Request.Kind == ERequestKind::Count))
-		{
-			Request.Target.clear();
-			Request.Kind = Request.Kind == ERequestKind::Show ? ERequestKind::List : Request.Kind;
-		}
+		SettleTarget(Request, Rest.Written.find(QuotePlace) != std::string::npos);
 		return Request;
 	}
 }

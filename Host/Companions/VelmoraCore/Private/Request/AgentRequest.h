@@ -2,6 +2,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "Request/ChangeRequest.h"
 
@@ -22,6 +23,7 @@ namespace Velmora
 		List, // A folder. A file is shown.
 		Summarise, // The project as a whole.
 		Count, // How many files or lines.
+		FreeQuestion, // Something that no command answers; see MainWords.
 		ChangeFiles // Something is to be written or deleted.
 	};
 
@@ -45,6 +47,9 @@ namespace Velmora
 
 		/** Show that many lines from the end. Zero: not said. */
 		int TailLines = 0;
+
+		/** Of FreeQuestion: what it is about, each once, in the user's spelling and order. */
+		std::vector<std::string> MainWords;
 
 		/** Of ChangeFiles. */
 		FChangeRequest Change;

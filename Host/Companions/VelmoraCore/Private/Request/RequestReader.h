@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "Request/RequestWords.h"
 #include "Text/Utf8Text.h"
 
 namespace Velmora
@@ -26,70 +27,6 @@ namespace Velmora
 	constexpr FLiteralQuotes LiteralQuotes[] = {
 		{ "```", "```" }, { "~~~", "~~~" }, { "`", "`" }, { "\"", "\"" }, { "«", "»" }, { "“", "”" }, { "„", "“" }, { "‘", "’" },
 		{ "'", "'" },
-	};
-	// clang-format on
-
-	enum class EVerb
-	{
-		Create,
-		Write,
-		Append,
-		Add,
-		Replace,
-		Change,
-		Substitute,
-		Edit,
-		Delete
-	};
-
-	struct FVerbRow
-	{
-		std::string_view Phrase;
-		EVerb Verb;
-	};
-	// clang-format off
-	constexpr FVerbRow Verbs[] = {
-		{ "create", EVerb::Create }, { "make", EVerb::Create }, { "generate", EVerb::Create },
-		{ "write", EVerb::Write }, { "overwrite", EVerb::Write }, { "save", EVerb::Write }, { "store", EVerb::Write },
-		{ "put", EVerb::Write },
-		{ "append", EVerb::Append }, { "add", EVerb::Add },
-		{ "replace", EVerb::Replace }, { "swap", EVerb::Replace }, { "change", EVerb::Change }, { "substitute", EVerb::Substitute },
-		{ "edit", EVerb::Edit },
-		{ "delete", EVerb::Delete }, { "remove", EVerb::Delete }, { "erase", EVerb::Delete }, { "get rid of", EVerb::Delete },
-	};
-	// clang-format on
-
-	// In each of these tables the longest phrase that fits is taken.
-
-	// clang-format off
-	constexpr std::string_view FileOpeners[] = {
-		"a", "an", "the", "this", "that", "my", "our", "new", "empty", "blank", "existing", "text", "whole", "attached", "file", "files",
-		"document", "called", "named", "by the name of", "with the name",
-		"end of", "the end of", "bottom of", "the bottom of",
-	};
-	// clang-format on
-
-	/** Openers after which any word is a file's name. */
-	constexpr std::string_view NamingOpeners[] = { "file", "files", "document", "called", "named", "by the name of", "with the name" };
-
-	// clang-format off
-	constexpr std::string_view PointingPhrases[] = {
-		"it", "this", "that", "them", "this file", "that file", "the file", "these files", "the files", "attached file",
-		"the attached file", "the attached files", "attachment", "the attachment", "the attached document",
-	};
-	// clang-format on
-
-	/** Words that are never a file's name where one is expected. */
-	constexpr std::string_view SeparatorWords[] = { "with", "by", "to", "into", "in", "from", "as", "and", "or", "that", "which",
-		"containing", "saying", "holding", "for", "of", "please", "now" };
-
-	constexpr std::string_view BareFileNames[] = { "makefile", "license", "licence", "readme", "changelog", "dockerfile", "todo", "notice",
-		"authors", "copying", "install", "version" };
-
-	// clang-format off
-	constexpr std::string_view ChangeClosers[] = {
-		"please", "pls", "now", "thanks", "thank you", "for me", "right now", "again", "from the project", "from this project",
-		"from disk", "from the disk", "in the project", "in this project", "too", "as well", "if you can", "file",
 	};
 	// clang-format on
 
@@ -206,7 +143,7 @@ namespace Velmora
 			do
 			{
 				SkipPunctuation();
-			} while (Take(ChangeClosers));
+			} while (Take(ChangeClosers) || Take(ClosingCourtesies));
 			return At >= Skeleton.size();
 		}
 
@@ -339,7 +276,9 @@ namespace Velmora
 			}
 			const std::string Name = ReadName(Place);
 			return !Name.empty() &&
-				(LooksLikeFile(Name) || (MatchLongest(SeparatorWords, Place) == 0 && MatchLongest(ChangeClosers, Place) == 0));
+				(LooksLikeFile(Name) ||
+					(MatchLongest(SeparatorWords, Place) == 0 && MatchLongest(ChangeClosers, Place) == 0 &&
+						MatchLongest(ClosingCourtesies, Place) == 0));
 		}
 
 		/** The word at a place, without the punctuation behind it. */

@@ -1,5 +1,6 @@
 #include <algorithm>
 
+#include "Host/ProjectWalk.h"
 #include "Text/Utf8Text.h"
 #include "Tools/SteeringFiles.h"
 #include "Tools/ToolBox.h"
@@ -87,6 +88,10 @@ namespace Velmora
 				});
 		}
 		FChangeOutcome Outcome = Make(Tools);
+		if (Outcome.bSuccess)
+		{
+			NoteProjectChange();
+		}
 		OutResult.bSuccess = Outcome.bSuccess;
 		OutResult.Sentence = Outcome.Sentence;
 		OutResult.Text = Outcome.Sentence + ".\n";

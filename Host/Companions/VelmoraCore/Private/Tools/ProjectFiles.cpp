@@ -126,7 +126,7 @@ namespace Velmora
 		}
 
 		std::vector<std::pair<ENameMatch, FProjectPath>> Found;
-		WalkProject(Root,
+		WalkProject(Root, std::string(),
 			[&Found, &LowerName](const FProjectWalkEntry& Entry)
 			{
 				const ENameMatch Match = MatchName(Utf8Text::ToLower(Entry.RelativePath), LowerName);

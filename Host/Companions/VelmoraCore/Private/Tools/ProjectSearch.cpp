@@ -238,7 +238,7 @@ namespace Velmora
 				Search.SearchFile(Where);
 				return Search.Finish();
 			}
-			const FProjectWalkResult Walk = WalkProject(Where.Absolute,
+			const FProjectWalkResult Walk = WalkProject(Files.GetRoot(), Where.Relative,
 				[&](const FProjectWalkEntry& Entry)
 				{
 					if (IsCancelled())

@@ -65,7 +65,7 @@ namespace Velmora
 	{
 		FFolderCount Result;
 		std::map<std::string, FKindCount> Kinds;
-		const FProjectWalkResult Walk = WalkProject(Folder.Absolute,
+		const FProjectWalkResult Walk = WalkProject(Files.GetRoot(), Folder.Relative,
 			[&](const FProjectWalkEntry& Entry)
 			{
 				if (IsCancelled())
@@ -111,7 +111,7 @@ namespace Velmora
 	{
 		OutEntries.clear();
 		size_t CurrentFolder = 0;
-		const FProjectWalkResult Walk = WalkProject(Folder.Absolute,
+		const FProjectWalkResult Walk = WalkProject(Files.GetRoot(), Folder.Relative,
 			[&](const FProjectWalkEntry& Entry)
 			{
 				const bool bIsDirect = Entry.RelativePath.find('/') == std::string_view::npos;
@@ -140,7 +140,7 @@ namespace Velmora
 		std::vector<FProjectPath> Result;
 		const std::string LowerPattern = Utf8Text::ToLower(Pattern);
 		const bool bWholePath = LowerPattern.find('/') != std::string::npos;
-		WalkProject(Files.GetRoot(),
+		WalkProject(Files.GetRoot(), std::string(),
 			[&](const FProjectWalkEntry& Entry)
 			{
 				const std::string Lower = Utf8Text::ToLower(bWholePath ? Entry.RelativePath : NameOf(Entry.RelativePath));

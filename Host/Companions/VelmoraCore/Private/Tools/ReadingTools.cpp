@@ -1,9 +1,11 @@
 #include <algorithm>
 
 #include "Host/HostFileNames.h"
+#include "Host/ProjectWalk.h"
 #include "Text/Utf8Text.h"
 #include "Tools/ProjectSearch.h"
 #include "Tools/ProjectSummary.h"
+#include "Tools/SteeringFiles.h"
 #include "Tools/SymbolLookup.h"
 #include "Tools/ToolBox.h"
 
@@ -43,11 +45,24 @@ namespace Velmora
 		}
 	}
 
+	bool FToolBox::MayRead(const FProjectPath& Place, FToolResult& OutResult) const
+	{
+		const bool bIsSecret = IsSecretName(Place.Relative);
+		if (bIsPermitted || (!bIsSecret && !IsLeftOutOfProject(Files.GetRoot(), Place.Relative, Place.bIsFolder)))
+		{
+			return true;
+		}
+		OutResult.Question =
+			FToolQuestion{ Place.Relative, bIsSecret ? "it may hold secrets" : "the project's ignore rules leave it out", std::string() };
+		Fail(OutResult, "Not read: it needs the user's consent, since " + OutResult.Question->Reason);
+		return false;
+	}
+
 	void FToolBox::ListFolderTool(const FToolArguments& Arguments, FToolResult& OutResult)
 	{
 		FProjectPath Place;
 		std::vector<FListedEntry> Entries;
-		if (!FindPlace(Arguments, Place, OutResult))
+		if (!FindPlace(Arguments, Place, OutResult) || !MayRead(Place, OutResult))
 		{
 			return;
 		}
@@ -78,7 +93,7 @@ namespace Velmora
 		{
 			return Fail(OutResult, "Not read: lines are whole numbers from 1 on");
 		}
-		if (!FindPlace(Arguments, Place, OutResult))
+		if (!FindPlace(Arguments, Place, OutResult) || !MayRead(Place, OutResult))
 		{
 			return;
 		}
@@ -124,7 +139,7 @@ namespace Velmora
 	void FToolBox::SearchTool(const FToolArguments& Arguments, FToolResult& OutResult)
 	{
 		FProjectPath Place;
-		if (!FindPlace(Arguments, Place, OutResult))
+		if (!FindPlace(Arguments, Place, OutResult) || !MayRead(Place, OutResult))
 		{
 			return;
 		}
@@ -132,7 +147,11 @@ namespace Velmora
 		{
 			return Fail(OutResult, "Not searched: the text to look for is empty");
 		}
-		const FSearchResult Found = SearchProject(Files, Place, Arguments.GetText("term"), IsCancelled);
+		FSearchResult Found = SearchProject(Files, Place, Arguments.GetText("term"), IsCancelled);
+		if (Place.bIsFolder)
+		{
+			std::erase_if(Found.Hits, [](const FSearchHit& Hit) { return IsSecretName(Hit.File.Relative); });
+		}
 		if (Found.MatchCount == 0)
 		{
 			return Succeed(OutResult, "No match in " + Utf8Text::Count(Found.SearchedFiles, "file", "files"),
@@ -195,7 +214,7 @@ namespace Velmora
 	void FToolBox::OutlineTool(const FToolArguments& Arguments, FToolResult& OutResult)
 	{
 		FProjectPath Place;
-		if (!FindPlace(Arguments, Place, OutResult))
+		if (!FindPlace(Arguments, Place, OutResult) || !MayRead(Place, OutResult))
 		{
 			return;
 		}
@@ -215,7 +234,7 @@ namespace Velmora
 	void FToolBox::CountTool(const FToolArguments& Arguments, FToolResult& OutResult)
 	{
 		FProjectPath Place;
-		if (!FindPlace(Arguments, Place, OutResult))
+		if (!FindPlace(Arguments, Place, OutResult) || !MayRead(Place, OutResult))
 		{
 			return;
 		}

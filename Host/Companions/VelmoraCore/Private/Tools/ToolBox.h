@@ -134,6 +134,9 @@ namespace Velmora
 		void MoveFileTool(const FToolArguments& Arguments, FToolResult& OutResult);
 		void UpdatePlanTool(const FToolArguments& Arguments, FToolResult& OutResult);
 
+		/** What is left out of the project, or may hold secrets by its name, is read with the user's consent only. */
+		bool MayRead(const FProjectPath& Place, FToolResult& OutResult) const;
+
 		/** The folder or file that an argument names, the project when it was left out. False with a result that says so. */
 		bool FindPlace(const FToolArguments& Arguments, FProjectPath& OutPlace, FToolResult& OutResult) const;
 

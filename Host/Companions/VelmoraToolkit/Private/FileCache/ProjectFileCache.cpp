@@ -1,6 +1,7 @@
 #include "FileCache/ProjectFileCache.h"
 
 #include "FileCache/ProjectFileMonitor.h"
+#include "Host/HostFileNames.h"
 #include "Host/HostTasks.h"
 #include "Host/ProjectFileCacheControl.h"
 #include "Host/ProjectFolder.h"
@@ -64,5 +65,21 @@ namespace Velmora
 	void FProjectFileCacheControl::Shutdown()
 	{
 		FProjectFileCache::Get().Monitor->Shutdown(ShutdownSeconds);
+	}
+
+	bool FProjectFileCacheControl::GetSnapshot(const FString& Root, TArray<FProjectFileCacheEntry>& Out)
+	{
+		const FProjectFileMonitor& Monitor = *FProjectFileCache::Get().Monitor;
+		if (!Monitor.HasCompleted() || Monitor.IsRunning())
+		{
+			return false;
+		}
+		const std::shared_ptr<const FProjectFileList> List = Monitor.GetListOf(HostFileNameToBytes(Root));
+		if (!List)
+		{
+			return false;
+		}
+		List->CopyTo(Out);
+		return true;
 	}
 }

@@ -297,6 +297,7 @@ namespace Velmora
 			std::shared_ptr<const FProjectFileList> New = Tree.MakeList();
 			const std::scoped_lock Lock(Mutex);
 			Count = New->Num();
+			ListRoot = Tree.GetRoot();
 			List.swap(New);
 			OldLists.push_back(std::move(New));
 		}
@@ -305,6 +306,12 @@ namespace Velmora
 		{
 			FProjectFileListeners::Broadcast(Changes);
 		}
+	}
+
+	std::shared_ptr<const FProjectFileList> FProjectFileMonitor::GetListOf(const std::string& Root) const
+	{
+		const std::scoped_lock Lock(Mutex);
+		return ListRoot == Root ? List : nullptr;
 	}
 
 	void FProjectFileMonitor::DropOldLists()

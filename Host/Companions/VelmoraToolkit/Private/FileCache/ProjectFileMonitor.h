@@ -39,6 +39,9 @@ namespace Velmora
 		/** Never null. */
 		std::shared_ptr<const FProjectFileList> GetList() const;
 
+		/** Null when the list is that of another project folder. */
+		std::shared_ptr<const FProjectFileList> GetListOf(const std::string& Root) const;
+
 	private:
 		using FClock = std::chrono::steady_clock;
 
@@ -70,6 +73,9 @@ namespace Velmora
 		mutable std::mutex Mutex;
 		std::condition_variable ThreadEnded;
 		std::shared_ptr<const FProjectFileList> List = std::make_shared<const FProjectFileList>();
+
+		/** The project folder that the list is of. */
+		std::string ListRoot;
 
 		/** While a scan is wanted or runs, or changes have been seen that are not in the list yet. */
 		std::optional<FHostBackgroundWork> Work;

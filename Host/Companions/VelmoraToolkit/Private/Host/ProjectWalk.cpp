@@ -2,12 +2,19 @@
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <cstdint>
+#include <memory>
+#include <utility>
 #include <vector>
 
 #include <fcntl.h>
+#include <unistd.h>
 
 #include "FileCache/FolderReader.h"
+#include "FileCache/IgnoreRules.h"
+#include "Host/HostFileNames.h"
+#include "Host/ProjectFileCacheControl.h"
 
 namespace Velmora
 {
@@ -32,11 +39,75 @@ namespace Velmora
 			return Byte >= 'A' && Byte <= 'Z' ? static_cast<char>(Byte - 'A' + 'a') : Byte;
 		}
 
+		/** The list of the file cache shows a change within this; it gathers for a fraction of it. */
+		constexpr int64_t ShowingNanoseconds = 2'000'000'000;
+
+		std::atomic<int64_t> LastOwnChange = INT64_MIN / 2;
+
+		int64_t GetSteadyNanoseconds()
+		{
+			return std::chrono::duration_cast<std::chrono::nanoseconds>(std::chrono::steady_clock::now().time_since_epoch()).count();
+		}
+
+		using FScope = std::shared_ptr<const FIgnoreScope>;
+
 		struct FPendingFolder
 		{
-			std::string AbsolutePath;
+			/** Below the project. */
+			std::string Path;
 			int Depth = 0;
+
+			/** The ignore files that hold around it. */
+			FScope Scope;
 		};
+
+		std::string JoinPath(const std::string& Folder, std::string_view Name)
+		{
+			return Folder.empty() ? std::string(Name) : Folder + '/' + std::string(Name);
+		}
+
+		/** The ignore files that hold in a folder, given those around it. */
+		FScope TakeIgnoreFile(const std::string& Base, const std::string& Folder, const FScope& Above)
+		{
+			std::string Text;
+			const int Opened = open((Base + Folder).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+			const bool bHasText = Opened >= 0 && ReadIgnoreFile(Opened, Text);
+			if (Opened >= 0)
+			{
+				close(Opened);
+			}
+			return bHasText ? std::make_shared<const FIgnoreScope>(
+								  FIgnoreScope{ Above, FIgnoreFile(std::move(Text)), Folder.empty() ? 0 : Folder.size() + 1 })
+							: Above;
+		}
+
+		bool IsLeftOut(const FScope& Scope, const std::string& Path, std::string_view Name, bool bIsFolder)
+		{
+			// A worktree or submodule has a file where a repository has a folder.
+			return Name == ".git" || (bIsFolder && IsIgnoredFolderName(Name)) || (Scope && IsIgnored(Scope.get(), Path, bIsFolder));
+		}
+
+		/** Goes from the project folder down to a path: the ignore files around it, and whether it or a folder on the way is left out. */
+		FScope Descend(const std::string& Base, std::string_view Path, bool bIsFolder, bool& bOutIsLeftOut)
+		{
+			bOutIsLeftOut = false;
+			FScope Scope;
+			std::string Folder;
+			for (size_t Start = 0; Start < Path.size();)
+			{
+				Scope = TakeIgnoreFile(Base, Folder, Scope);
+				const size_t End = std::min(Path.find('/', Start), Path.size());
+				const std::string_view Name = Path.substr(Start, End - Start);
+				Folder = JoinPath(Folder, Name);
+				if (IsLeftOut(Scope, Folder, Name, bIsFolder || End < Path.size()))
+				{
+					bOutIsLeftOut = true;
+					Scope.reset();
+				}
+				Start = End + 1;
+			}
+			return Scope;
+		}
 
 		/** The names in a folder, sorted, links and special files left out. False when it cannot be read. */
 		bool ReadFolder(const std::string& Folder, std::vector<std::string>& OutFiles, std::vector<std::string>& OutFolders)
@@ -66,73 +137,148 @@ namespace Velmora
 			});
 	}
 
-	FProjectWalkResult WalkProject(const std::string& Root, const std::function<EProjectWalkStep(const FProjectWalkEntry&)>& Visit)
+	namespace
 	{
-		FProjectWalkResult Result;
-		const std::string Base = Root.empty() || Root.back() != '/' ? Root + '/' : Root;
-		int VisitedCount = 0;
-
-		// Folders wait on a stack, the next one on top, so that a deep tree costs no call depth. Each folder is
-		// visited when it leaves the stack, the root excepted.
-		std::vector<FPendingFolder> Pending;
-		Pending.push_back({ Base.substr(0, Base.size() - 1), 0 });
-		while (!Pending.empty())
+		/** Reads the disk. Base is the project folder with a '/' at the end. */
+		FProjectWalkResult WalkDisk(
+			const std::string& Base, const std::string& Below, const std::function<EProjectWalkStep(const FProjectWalkEntry&)>& Visit)
 		{
-			const FPendingFolder Folder = std::move(Pending.back());
-			Pending.pop_back();
-			if (VisitedCount >= MaxProjectEntries)
-			{
-				Result.bTruncated = true;
-				return Result;
-			}
-			if (Folder.Depth > 0)
-			{
-				++VisitedCount;
-				const EProjectWalkStep Step =
-					Visit({ Folder.AbsolutePath, std::string_view(Folder.AbsolutePath).substr(Base.size()), true });
-				if (Step == EProjectWalkStep::Stop)
-				{
-					return Result;
-				}
-				if (Step == EProjectWalkStep::SkipFolder)
-				{
-					continue;
-				}
-			}
-			if (Folder.Depth >= MaxProjectDepth)
-			{
-				Result.bTruncated = true;
-				continue;
-			}
+			FProjectWalkResult Result;
+			int VisitedCount = 0;
+			const size_t Shared = Base.size() + (Below.empty() ? 0 : Below.size() + 1);
 
-			std::vector<std::string> Files;
-			std::vector<std::string> Folders;
-			if (!ReadFolder(Folder.Depth == 0 ? Base : Folder.AbsolutePath, Files, Folders))
+			// Folders wait on a stack, the next one on top, so that a deep tree costs no call depth. Each folder is
+			// visited when it leaves the stack, the first one excepted.
+			bool bIsLeftOut = false;
+			std::vector<FPendingFolder> Pending;
+			Pending.push_back({ Below, 0, Descend(Base, Below, true, bIsLeftOut) });
+			while (!Pending.empty())
 			{
-				++Result.UnreadableFolders;
-			}
-			for (const std::string& Name : Files)
-			{
+				const FPendingFolder Folder = std::move(Pending.back());
+				Pending.pop_back();
 				if (VisitedCount >= MaxProjectEntries)
 				{
 					Result.bTruncated = true;
 					return Result;
 				}
-				++VisitedCount;
-				const std::string Path = Folder.AbsolutePath + '/' + Name;
-				if (Visit({ Path, std::string_view(Path).substr(Base.size()), false }) == EProjectWalkStep::Stop)
+				const std::string AbsolutePath = Base + Folder.Path;
+				if (Folder.Depth > 0)
 				{
-					return Result;
+					++VisitedCount;
+					const EProjectWalkStep Step = Visit({ AbsolutePath, std::string_view(AbsolutePath).substr(Shared), true });
+					if (Step == EProjectWalkStep::Stop)
+					{
+						return Result;
+					}
+					if (Step == EProjectWalkStep::SkipFolder)
+					{
+						continue;
+					}
+				}
+				if (Folder.Depth >= MaxProjectDepth)
+				{
+					Result.bTruncated = true;
+					continue;
+				}
+
+				std::vector<std::string> Files;
+				std::vector<std::string> Folders;
+				if (!ReadFolder(AbsolutePath, Files, Folders))
+				{
+					++Result.UnreadableFolders;
+				}
+				const bool bHasIgnoreFile = std::find(Files.begin(), Files.end(), IgnoreFileName) != Files.end();
+				const FScope Scope = bHasIgnoreFile ? TakeIgnoreFile(Base, Folder.Path, Folder.Scope) : Folder.Scope;
+				for (const std::string& Name : Files)
+				{
+					if (VisitedCount >= MaxProjectEntries)
+					{
+						Result.bTruncated = true;
+						return Result;
+					}
+					const std::string Path = JoinPath(Folder.Path, Name);
+					if (IsLeftOut(Scope, Path, Name, false))
+					{
+						continue;
+					}
+					++VisitedCount;
+					const std::string Absolute = Base + Path;
+					if (Visit({ Absolute, std::string_view(Absolute).substr(Shared), false }) == EProjectWalkStep::Stop)
+					{
+						return Result;
+					}
+				}
+				for (auto Name = Folders.rbegin(); Name != Folders.rend(); ++Name)
+				{
+					std::string Path = JoinPath(Folder.Path, *Name);
+					if (!IsLeftOut(Scope, Path, *Name, true))
+					{
+						Pending.push_back({ std::move(Path), Folder.Depth + 1, Scope });
+					}
 				}
 			}
-			for (auto Name = Folders.rbegin(); Name != Folders.rend(); ++Name)
-			{
-				if (!IsIgnoredFolderName(*Name))
-				{
-					Pending.push_back({ Folder.AbsolutePath + '/' + *Name, Folder.Depth + 1 });
-				}
-			}
+			return Result;
 		}
-		return Result;
+
+		/** Goes through the list of the file cache. False when it cannot be used, and nothing has been visited. */
+		bool WalkList(const std::string& Root, const std::string& Base, const std::string& Below,
+			const std::function<EProjectWalkStep(const FProjectWalkEntry&)>& Visit, FProjectWalkResult& OutResult)
+		{
+			TArray<FProjectFileCacheEntry> Entries;
+			if (GetSteadyNanoseconds() - LastOwnChange < ShowingNanoseconds ||
+				!FProjectFileCacheControl::GetSnapshot(HostFileNameFromBytes(Root), Entries))
+			{
+				return false;
+			}
+			const std::string Prefix = Below.empty() ? std::string() : Below + '/';
+			std::string Skipped;
+			int VisitedCount = 0;
+			for (const FProjectFileCacheEntry& Entry : Entries)
+			{
+				const std::string Path = HostFileNameToBytes(Entry.Path);
+				const bool bIsElsewhere =
+					Path.compare(0, Prefix.size(), Prefix) != 0 || (!Skipped.empty() && Path.compare(0, Skipped.size(), Skipped) == 0);
+				if (bIsElsewhere)
+				{
+					continue;
+				}
+				if (VisitedCount >= MaxProjectEntries)
+				{
+					OutResult.bTruncated = true;
+					break;
+				}
+				++VisitedCount;
+				const std::string Absolute = Base + Path;
+				const EProjectWalkStep Step =
+					Visit({ Absolute, std::string_view(Absolute).substr(Base.size() + Prefix.size()), Entry.bIsDirectory });
+				if (Step == EProjectWalkStep::Stop)
+				{
+					break;
+				}
+				Skipped = Step == EProjectWalkStep::SkipFolder ? Path + '/' : Skipped;
+			}
+			// A folder without an entry may be left out itself, or not be readable: the disk tells.
+			return VisitedCount > 0;
+		}
+	}
+
+	FProjectWalkResult WalkProject(
+		const std::string& Root, const std::string& Below, const std::function<EProjectWalkStep(const FProjectWalkEntry&)>& Visit)
+	{
+		const std::string Base = Root.empty() || Root.back() != '/' ? Root + '/' : Root;
+		FProjectWalkResult Result;
+		return WalkList(Root, Base, Below, Visit, Result) ? Result : WalkDisk(Base, Below, Visit);
+	}
+
+	bool IsLeftOutOfProject(const std::string& Root, std::string_view Path, bool bIsFolder)
+	{
+		bool bIsLeftOut = false;
+		Descend(Root.empty() || Root.back() != '/' ? Root + '/' : Root, Path, bIsFolder, bIsLeftOut);
+		return bIsLeftOut;
+	}
+
+	void NoteProjectChange()
+	{
+		LastOwnChange = GetSteadyNanoseconds();
 	}
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "CoreMinimal.h"
+#include "FileCache/ProjectFileCache.h"
 
 namespace Velmora
 {
@@ -13,5 +14,12 @@ namespace Velmora
 		 * behind after a second. A later request starts anew. Any thread but that of a listener.
 		 */
 		static void Shutdown();
+
+		/**
+		 * Copies the list if it is that of a project and nothing is known to be missing from it; false otherwise. Any thread.
+		 *
+		 * @param Root  The project folder, as GetProjectFolder gives it.
+		 */
+		static bool GetSnapshot(const FString& Root, TArray<FProjectFileCacheEntry>& Out);
 	};
 }

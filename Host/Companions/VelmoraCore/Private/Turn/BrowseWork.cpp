@@ -1,15 +1,19 @@
-#include "Turn/LocalTurnRunner.h"
+#include "Turn/BrowseWork.h"
 
 #include <algorithm>
 
-#include "Turn/AnswerMarkdown.h"
-#include "Tools/ProjectSummary.h"
 #include "Text/Utf8Text.h"
+#include "Tools/ProjectSummary.h"
+#include "Turn/AnswerMarkdown.h"
+#include "Turn/SearchWork.h"
 
 namespace Velmora
 {
 	namespace
 	{
+		/** Beyond these the answer would be too long to be read. */
+		constexpr size_t MaxDescribedAttachments = 10;
+
 		/** How much of a file is shown when nobody says how much, and how much at most. */
 		constexpr int DefaultShownLines = 120;
 		constexpr int MaxShownLines = 400;
@@ -75,15 +79,15 @@ namespace Velmora
 		}
 	}
 
-	bool FLocalTurn::RunShow()
+	bool FBrowseWork::RunShow()
 	{
 		if (Request.Target.empty())
 		{
-			if (!Attachments.empty())
+			if (!Desk.Attachments.empty())
 			{
-				return Attachments.size() == 1 ? AnswerFile(Attachments.front()) : AnswerAttachments(Attachments);
+				return Desk.Attachments.size() == 1 ? AnswerFile(Desk.Attachments.front()) : AnswerAttachments(Desk.Attachments);
 			}
-			Answer("Which file should I show? For example: `show README.md`\n");
+			Desk.Answer("Which file should I show? For example: `show README.md`\n");
 			return true;
 		}
 		if (Request.Target.find_first_of("*?") != std::string::npos)
@@ -91,20 +95,20 @@ namespace Velmora
 			return AnswerPattern(Request.Target);
 		}
 		FProjectPath Attached;
-		if (FindAttachment(Request.Target, Attached))
+		if (Desk.FindAttachment(Request.Target, Attached))
 		{
 			return AnswerFile(Attached);
 		}
-		if (Attachments.size() > 1)
+		if (Desk.Attachments.size() > 1)
 		{
-			const std::vector<FProjectPath> Named = FindNamedAttachments(Request.Target);
+			const std::vector<FProjectPath> Named = Desk.FindNamedAttachments(Request.Target);
 			if (!Named.empty())
 			{
 				return AnswerAttachments(Named);
 			}
 		}
 		std::vector<FProjectPath> Found;
-		if (!BeginStep("Opening " + Request.Target) || !RunFindFileTool(Request.Target, Found))
+		if (!Desk.BeginStep("Opening " + Request.Target) || !Desk.RunFindFileTool(Request.Target, Found))
 		{
 			return false;
 		}
@@ -117,15 +121,15 @@ namespace Velmora
 			std::all_of(Request.Target.begin(), Request.Target.end(), [](char Byte) { return Utf8Text::IsWordByte(Byte) || Byte == ':'; });
 		if (Found.empty() && (bIsWord || !Request.TargetInScope.empty()))
 		{
-			return RunExplain();
+			return FSearchWork(Desk, Request).RunExplain();
 		}
 		std::string Text;
 		if (Found.empty())
 		{
-			const bool bIsOutside = Request.Target.front() == '/' && Files.IsOutside(Request.Target);
+			const bool bIsOutside = Request.Target.front() == '/' && Desk.Files.IsOutside(Request.Target);
 			Text = bIsOutside ? AnswerMarkdown::InlineCode(Request.Target) + " lies outside the project, so I do not open it.\n"
 							  : "There is no file " + AnswerMarkdown::InlineCode(Request.Target) + " in the project.\n";
-			Text += "I looked below " + AnswerMarkdown::InlineCode(Files.GetRoot(), 160) + "\n";
+			Text += "I looked below " + AnswerMarkdown::InlineCode(Desk.Files.GetRoot(), 160) + "\n";
 		}
 		else
 		{
@@ -135,35 +139,35 @@ namespace Velmora
 				Text += "- " + AnswerMarkdown::FileLink(Path) + '\n';
 			}
 		}
-		Answer(Text);
+		Desk.Answer(Text);
 		return true;
 	}
 
-	bool FLocalTurn::AnswerFile(const FProjectPath& File)
+	bool FBrowseWork::AnswerFile(const FProjectPath& File)
 	{
 		if (File.bIsFolder)
 		{
 			return AnswerFolder(File);
 		}
-		if (StepCount == 0 && !BeginStep("Reading " + File.Relative))
+		if (Desk.StepCount == 0 && !Desk.BeginStep("Reading " + File.Relative))
 		{
 			return false;
 		}
 		FProjectText Content;
-		if (!RunReadTool(File, Request.FirstLine, Request.LastLine, Content))
+		if (!Desk.RunReadTool(File, Request.FirstLine, Request.LastLine, Content))
 		{
 			return false;
 		}
 		if (!Content.IsValid())
 		{
-			Answer(AnswerMarkdown::FileLink(File) + " cannot be shown: " + Content.Problem + ".\n");
+			Desk.Answer(AnswerMarkdown::FileLink(File) + " cannot be shown: " + Content.Problem + ".\n");
 			return true;
 		}
 		const std::vector<std::string_view> Lines = Utf8Text::SplitLines(Content.Text);
 		const int Count = static_cast<int>(Lines.size());
 		if (Count == 0)
 		{
-			Answer(AnswerMarkdown::FileLink(File) + " is empty.\n");
+			Desk.Answer(AnswerMarkdown::FileLink(File) + " is empty.\n");
 			return true;
 		}
 		int First = std::max(Request.FirstLine, 1);
@@ -175,7 +179,7 @@ namespace Velmora
 		}
 		if (First > Count)
 		{
-			Answer(AnswerMarkdown::FileLink(File) + " has only " + Utf8Text::Count(Lines.size(), "line", "lines") + ".\n");
+			Desk.Answer(AnswerMarkdown::FileLink(File) + " has only " + Utf8Text::Count(Lines.size(), "line", "lines") + ".\n");
 			return true;
 		}
 		Last = std::min({ Last, Count, First + MaxShownLines - 1 });
@@ -189,30 +193,30 @@ namespace Velmora
 		const std::string Range = bIsWhole
 			? Utf8Text::Count(Lines.size(), "line", "lines")
 			: "lines " + std::to_string(First) + " to " + std::to_string(Last) + " of " + std::to_string(Count);
-		Answer(AnswerMarkdown::FileLink(File, First > 1 ? First : 0) + ' ' + Range + '\n' +
+		Desk.Answer(AnswerMarkdown::FileLink(File, First > 1 ? First : 0) + ' ' + Range + '\n' +
 			AnswerMarkdown::CodeBlock(Body, AnswerMarkdown::LanguageOf(File.Relative)));
 		return true;
 	}
 
-	bool FLocalTurn::AnswerDescription(const FProjectPath& File)
+	bool FBrowseWork::AnswerDescription(const FProjectPath& File)
 	{
 		if (File.bIsFolder)
 		{
 			return AnswerFolder(File);
 		}
 		std::string Text;
-		if (!BeginStep("Reading " + File.Relative) || !DescribeFile(File, Text))
+		if (!Desk.BeginStep("Reading " + File.Relative) || !DescribeFile(File, Text))
 		{
 			return false;
 		}
-		Answer(Text);
+		Desk.Answer(Text);
 		return true;
 	}
 
-	bool FLocalTurn::DescribeFile(const FProjectPath& File, std::string& OutAnswer)
+	bool FBrowseWork::DescribeFile(const FProjectPath& File, std::string& OutAnswer)
 	{
 		FProjectText Content;
-		if (!RunReadTool(File, 0, 0, Content))
+		if (!Desk.RunReadTool(File, 0, 0, Content))
 		{
 			return false;
 		}
@@ -245,7 +249,7 @@ namespace Velmora
 		return true;
 	}
 
-	bool FLocalTurn::RunList()
+	bool FBrowseWork::RunList()
 	{
 		if (Request.Target.find_first_of("*?") != std::string::npos)
 		{
@@ -253,10 +257,10 @@ namespace Velmora
 		}
 		if (Request.Target.empty())
 		{
-			return AnswerFolder(GetProjectPath());
+			return AnswerFolder(Desk.GetProjectPath());
 		}
 		std::vector<FProjectPath> Found;
-		if (!BeginStep("Opening " + Request.Target) || !RunFindFileTool(Request.Target, Found))
+		if (!Desk.BeginStep("Opening " + Request.Target) || !Desk.RunFindFileTool(Request.Target, Found))
 		{
 			return false;
 		}
@@ -271,30 +275,30 @@ namespace Velmora
 			return AnswerFile(Found.front());
 		}
 		std::string Text = Found.empty() ? "There is no folder " + AnswerMarkdown::InlineCode(Request.Target) +
-				" in the project.\nI looked below " + AnswerMarkdown::InlineCode(Files.GetRoot(), 160) + "\n"
+				" in the project.\nI looked below " + AnswerMarkdown::InlineCode(Desk.Files.GetRoot(), 160) + "\n"
 										 : "These names fit " + AnswerMarkdown::InlineCode(Request.Target) + ":\n";
 		for (const FProjectPath& Path : Found)
 		{
 			Text += "- " + AnswerMarkdown::FileLink(Path) + '\n';
 		}
-		Answer(Text);
+		Desk.Answer(Text);
 		return true;
 	}
 
-	bool FLocalTurn::AnswerFolder(const FProjectPath& Folder)
+	bool FBrowseWork::AnswerFolder(const FProjectPath& Folder)
 	{
 		std::vector<FListedEntry> Entries;
 		bool bIsReadable = true;
 		const std::string Name = DisplayName(Folder);
-		if (StepCount == 0 && !BeginStep("Listing " + Name))
+		if (Desk.StepCount == 0 && !Desk.BeginStep("Listing " + Name))
 		{
 			return false;
 		}
-		const bool bIsAlive = RunTool("list_directory",
+		const bool bIsAlive = Desk.RunTool("list_directory",
 			{ { "display_text", Name }, { "path", Folder.Relative.empty() ? std::string(".") : Folder.Relative } },
 			[&]
 			{
-				bIsReadable = ListFolder(Files, Folder, CancelCheck(), Entries);
+				bIsReadable = ListFolder(Desk.Files, Folder, Desk.CancelCheck(), Entries);
 				return FToolOutcome{ bIsReadable,
 					bIsReadable ? Utf8Text::Count(Entries.size(), "entry", "entries") : std::string("Not read") };
 			});
@@ -305,12 +309,12 @@ namespace Velmora
 		std::string Text = AnswerMarkdown::InlineCode(Folder.Relative.empty() ? Folder.Absolute : Folder.Relative + '/', 160);
 		if (!bIsReadable)
 		{
-			Answer(Text + " cannot be read. Check that it still exists and that you may look into it.\n");
+			Desk.Answer(Text + " cannot be read. Check that it still exists and that you may look into it.\n");
 			return true;
 		}
 		if (Entries.empty())
 		{
-			Answer(Text + " is empty, or holds only what is ignored (version control, build output, saved data).\n");
+			Desk.Answer(Text + " is empty, or holds only what is ignored (version control, build output, saved data).\n");
 			return true;
 		}
 		Text += " has " + Utf8Text::Count(Entries.size(), "entry", "entries") + ".\n";
@@ -322,21 +326,21 @@ namespace Velmora
 		{
 			Text += Utf8Text::Count(Entries.size() - MaxListedEntries, "more entry is", "more entries are") + " not listed.\n";
 		}
-		Answer(Text);
+		Desk.Answer(Text);
 		return true;
 	}
 
-	bool FLocalTurn::AnswerPattern(const std::string& Pattern)
+	bool FBrowseWork::AnswerPattern(const std::string& Pattern)
 	{
 		std::vector<FProjectPath> Found;
-		if (!BeginStep("Looking for files like " + Pattern))
+		if (!Desk.BeginStep("Looking for files like " + Pattern))
 		{
 			return false;
 		}
-		const bool bIsAlive = RunTool("find_file", { { "display_text", Pattern }, { "name", Pattern } },
+		const bool bIsAlive = Desk.RunTool("find_file", { { "display_text", Pattern }, { "name", Pattern } },
 			[&]
 			{
-				Found = ListMatching(Files, Pattern, CancelCheck());
+				Found = ListMatching(Desk.Files, Pattern, Desk.CancelCheck());
 				return FToolOutcome{ true, Utf8Text::Count(Found.size(), "file", "files") };
 			});
 		if (!bIsAlive)
@@ -345,7 +349,7 @@ namespace Velmora
 		}
 		std::string Text = Found.empty()
 			? "No file is called like " + AnswerMarkdown::InlineCode(Pattern) + "\nI looked below " +
-				AnswerMarkdown::InlineCode(Files.GetRoot(), 160) + "\n"
+				AnswerMarkdown::InlineCode(Desk.Files.GetRoot(), 160) + "\n"
 			: Utf8Text::Count(Found.size(), "file is", "files are") + " called like " + AnswerMarkdown::InlineCode(Pattern) + "\n";
 		for (size_t Index = 0; Index < std::min(Found.size(), MaxListedEntries); ++Index)
 		{
@@ -355,18 +359,18 @@ namespace Velmora
 		{
 			Text += Utf8Text::Count(Found.size() - MaxListedEntries, "more file is", "more files are") + " not listed.\n";
 		}
-		Answer(Text);
+		Desk.Answer(Text);
 		return true;
 	}
 
-	bool FLocalTurn::RunCount()
+	bool FBrowseWork::RunCount()
 	{
 		if (Request.Target.find_first_of("*?") != std::string::npos)
 		{
 			return AnswerPattern(Request.Target);
 		}
 		// "how many lines does X have", "how many files are in Source": the place is one of the words.
-		FProjectPath Place = GetProjectPath();
+		FProjectPath Place = Desk.GetProjectPath();
 		std::vector<std::string> Words = { Request.Scope, Request.Target };
 		for (size_t Start = 0; Start < Request.Target.size();)
 		{
@@ -377,7 +381,8 @@ namespace Velmora
 		for (const std::string& Word : Words)
 		{
 			FProjectPath Candidate;
-			const bool bIsName = Files.Resolve(Word, Candidate) || (Word.find('.') != std::string::npos && FindPlace(Word, Candidate));
+			const bool bIsName =
+				Desk.Files.Resolve(Word, Candidate) || (Word.find('.') != std::string::npos && Desk.FindPlace(Word, Candidate));
 			if (bIsName)
 			{
 				Place = Candidate;
@@ -385,64 +390,64 @@ namespace Velmora
 			}
 		}
 		const std::string Name = DisplayName(Place);
-		if (!BeginStep("Counting " + Name))
+		if (!Desk.BeginStep("Counting " + Name))
 		{
 			return false;
 		}
 		if (!Place.bIsFolder)
 		{
 			FProjectText Content;
-			if (!RunReadTool(Place, 0, 0, Content))
+			if (!Desk.RunReadTool(Place, 0, 0, Content))
 			{
 				return false;
 			}
-			Answer(AnswerMarkdown::FileLink(Place) +
+			Desk.Answer(AnswerMarkdown::FileLink(Place) +
 				(Content.IsValid() ? " has " + Utf8Text::Count(Utf8Text::SplitLines(Content.Text).size(), "line", "lines")
 								   : " was not counted: " + Content.Problem) +
 				".\n");
 			return true;
 		}
 		FFolderCount Count;
-		const bool bIsAlive =
-			RunTool("count_lines", { { "display_text", Name }, { "path", Place.Relative.empty() ? std::string(".") : Place.Relative } },
-				[&]
-				{
-					Count = CountFolder(Files, Place, CancelCheck());
-					return FToolOutcome{ true,
-						Utf8Text::Count(Count.Files, "file", "files") + ", " + Utf8Text::Count(Count.Lines, "line", "lines") };
-				});
+		const bool bIsAlive = Desk.RunTool("count_lines",
+			{ { "display_text", Name }, { "path", Place.Relative.empty() ? std::string(".") : Place.Relative } },
+			[&]
+			{
+				Count = CountFolder(Desk.Files, Place, Desk.CancelCheck());
+				return FToolOutcome{ true,
+					Utf8Text::Count(Count.Files, "file", "files") + ", " + Utf8Text::Count(Count.Lines, "line", "lines") };
+			});
 		if (!bIsAlive)
 		{
 			return false;
 		}
-		Answer(AnswerMarkdown::InlineCode(Place.Relative.empty() ? Place.Absolute : Place.Relative + '/', 160) + "\n" +
+		Desk.Answer(AnswerMarkdown::InlineCode(Place.Relative.empty() ? Place.Absolute : Place.Relative + '/', 160) + "\n" +
 			CountSentence(Count) + "\n" + (Count.Kinds.empty() ? std::string() : KindTable(Count)));
 		return true;
 	}
 
-	bool FLocalTurn::RunSummarise()
+	bool FBrowseWork::RunSummarise()
 	{
-		const FProjectPath Project = GetProjectPath();
+		const FProjectPath Project = Desk.GetProjectPath();
 		const std::string Name = DisplayName(Project);
 		FFolderCount Count;
 		std::vector<FListedEntry> Entries;
 		FReadmeText Readme;
-		if (!BeginStep("Looking through " + Name))
+		if (!Desk.BeginStep("Looking through " + Name))
 		{
 			return false;
 		}
-		const bool bIsCounted = RunTool("count_lines", { { "display_text", Name }, { "path", "." } },
+		const bool bIsCounted = Desk.RunTool("count_lines", { { "display_text", Name }, { "path", "." } },
 			[&]
 			{
-				Count = CountFolder(Files, Project, CancelCheck());
+				Count = CountFolder(Desk.Files, Project, Desk.CancelCheck());
 				return FToolOutcome{ true,
 					Utf8Text::Count(Count.Files, "file", "files") + ", " + Utf8Text::Count(Count.Lines, "line", "lines") };
 			});
 		const bool bIsListed = bIsCounted &&
-			RunTool("list_directory", { { "display_text", Name }, { "path", "." } },
+			Desk.RunTool("list_directory", { { "display_text", Name }, { "path", "." } },
 				[&]
 				{
-					const bool bIsReadable = ListFolder(Files, Project, CancelCheck(), Entries);
+					const bool bIsReadable = ListFolder(Desk.Files, Project, Desk.CancelCheck(), Entries);
 					return FToolOutcome{ bIsReadable,
 						bIsReadable ? Utf8Text::Count(Entries.size(), "entry", "entries") : std::string("Not read") };
 				});
@@ -454,10 +459,10 @@ namespace Velmora
 			[](const FListedEntry& Entry) { return Utf8Text::StartsWith(Utf8Text::ToLower(Entry.Name), "readme"); });
 		if (bHasReadme)
 		{
-			const bool bIsRead = RunTool("read_file", { { "path", "README" } },
+			const bool bIsRead = Desk.RunTool("read_file", { { "path", "README" } },
 				[&]
 				{
-					Readme = ReadReadme(Files);
+					Readme = ReadReadme(Desk.Files);
 					return FToolOutcome{ true, Readme.Title.empty() ? std::string("No heading in it") : Readme.Title };
 				});
 			if (!bIsRead)
@@ -468,9 +473,9 @@ namespace Velmora
 
 		const std::string Title = AnswerMarkdown::PlainText(Readme.Title.empty() ? Name : Readme.Title);
 		std::string Text = "## " + (Title.empty() ? std::string("Project") : Title) + '\n';
-		if (!Input.Behaviour.ProjectDescription.empty())
+		if (!Desk.Input.Behaviour.ProjectDescription.empty())
 		{
-			Text += AnswerMarkdown::PlainText(Utf8Text::Shorten(Input.Behaviour.ProjectDescription, 600)) + '\n';
+			Text += AnswerMarkdown::PlainText(Utf8Text::Shorten(Desk.Input.Behaviour.ProjectDescription, 600)) + '\n';
 		}
 		if (!Readme.FirstLine.empty())
 		{
@@ -493,7 +498,35 @@ namespace Velmora
 				Text += Utf8Text::Count(Entries.size() - 25, "more entry is", "more entries are") + " not listed.\n";
 			}
 		}
-		Answer(Text);
+		Desk.Answer(Text);
+		return true;
+	}
+
+	bool FBrowseWork::AnswerAttachments(const std::vector<FProjectPath>& Named)
+	{
+		if (Named.size() == 1)
+		{
+			return AnswerDescription(Named.front());
+		}
+		if (!Desk.BeginStep("Reading the attached files"))
+		{
+			return false;
+		}
+		std::string Text;
+		const size_t Count = std::min(Named.size(), MaxDescribedAttachments);
+		for (size_t Index = 0; Index < Count; ++Index)
+		{
+			if (!DescribeFile(Named[Index], Text))
+			{
+				return false;
+			}
+		}
+		if (Count < Named.size())
+		{
+			Text += Utf8Text::Count(Named.size() - Count, "more attached file was", "more attached files were") +
+				" not read. Ask about fewer at a time.\n";
+		}
+		Desk.Answer(Text);
 		return true;
 	}
 }

@@ -1,9 +1,10 @@
-#include "Turn/LocalTurnRunner.h"
+#include "Turn/SearchWork.h"
 
 #include <algorithm>
 
-#include "Turn/AnswerMarkdown.h"
 #include "Text/Utf8Text.h"
+#include "Turn/AnswerMarkdown.h"
+#include "Turn/BrowseWork.h"
 
 namespace Velmora
 {
@@ -13,6 +14,10 @@ namespace Velmora
 		constexpr int MaxDefinitionLines = 40;
 		constexpr int MaxCommentLines = 15;
 		constexpr int NeighbourLines = 2;
+
+		/** Words of a free question that are looked for, and places shown for them. */
+		constexpr size_t MaxMainWords = 5;
+		constexpr size_t MaxQuestionHits = 8;
 
 		std::string HitItem(const FSearchHit& Hit)
 		{
@@ -110,12 +115,12 @@ namespace Velmora
 		return { First, Last };
 	}
 
-	bool FLocalTurn::AppendSnippet(const FSearchHit& Hit, std::string& Answer)
+	bool FSearchWork::AppendSnippet(const FSearchHit& Hit, std::string& Answer)
 	{
 		FProjectText Content;
 		const bool bIsDefinition = Hit.Kind == EHitKind::Definition;
-		if (!RunReadTool(Hit.File, std::max(1, Hit.Line - NeighbourLines), Hit.Line + (bIsDefinition ? MaxDefinitionLines : NeighbourLines),
-				Content))
+		if (!Desk.RunReadTool(Hit.File, std::max(1, Hit.Line - NeighbourLines),
+				Hit.Line + (bIsDefinition ? MaxDefinitionLines : NeighbourLines), Content))
 		{
 			return false;
 		}
@@ -143,30 +148,30 @@ namespace Velmora
 		return true;
 	}
 
-	bool FLocalTurn::RunCombinedSearch(FCombinedSearch& OutSearch)
+	bool FSearchWork::RunCombinedSearch(FCombinedSearch& OutSearch)
 	{
 		OutSearch.Term = Request.Target;
-		OutSearch.Where = GetProjectPath();
-		if (!Request.TargetInScope.empty() && FindPlace(Request.Scope, OutSearch.Where))
+		OutSearch.Where = Desk.GetProjectPath();
+		if (!Request.TargetInScope.empty() && Desk.FindPlace(Request.Scope, OutSearch.Where))
 		{
 			OutSearch.Term = Request.TargetInScope;
 			OutSearch.bHasScope = true;
 		}
 		else
 		{
-			OutSearch.Where = GetProjectPath();
+			OutSearch.Where = Desk.GetProjectPath();
 		}
 
-		if (!Attachments.empty() && !OutSearch.bHasScope)
+		if (!Desk.Attachments.empty() && !OutSearch.bHasScope)
 		{
-			if (!BeginStep("Searching the attached files for " + OutSearch.Term))
+			if (!Desk.BeginStep("Searching the attached files for " + OutSearch.Term))
 			{
 				return false;
 			}
-			for (const FProjectPath& Attachment : Attachments)
+			for (const FProjectPath& Attachment : Desk.Attachments)
 			{
 				FSearchResult Result;
-				if (!RunSearchTool(Attachment, OutSearch.Term, Result))
+				if (!Desk.RunSearchTool(Attachment, OutSearch.Term, Result))
 				{
 					return false;
 				}
@@ -181,15 +186,15 @@ namespace Velmora
 			OutSearch.Attached.Hits.resize(std::min(OutSearch.Attached.Hits.size(), MaxSearchHits));
 		}
 		const std::string Place = OutSearch.bHasScope && !OutSearch.Where.Relative.empty() ? OutSearch.Where.Relative : "the project";
-		return BeginStep("Searching " + Place + " for " + OutSearch.Term) &&
-			RunSearchTool(OutSearch.Where, OutSearch.Term, OutSearch.Project);
+		return Desk.BeginStep("Searching " + Place + " for " + OutSearch.Term) &&
+			Desk.RunSearchTool(OutSearch.Where, OutSearch.Term, OutSearch.Project);
 	}
 
-	bool FLocalTurn::RunFindText()
+	bool FSearchWork::RunFindText()
 	{
 		if (Request.Target.empty())
 		{
-			Answer("What should I look for? For example: `find TryParseTable`\n");
+			Desk.Answer("What should I look for? For example: `find TryParseTable`\n");
 			return true;
 		}
 		FCombinedSearch Search;
@@ -232,15 +237,15 @@ namespace Velmora
 		{
 			Text += HitItem(Hit);
 		}
-		Answer(Text + LeftOutNotes(Search.Project));
+		Desk.Answer(Text + LeftOutNotes(Search.Project));
 		return true;
 	}
 
-	bool FLocalTurn::AnswerNotFound(const FCombinedSearch& Search)
+	bool FSearchWork::AnswerNotFound(const FCombinedSearch& Search)
 	{
 		// What stands in no text may still be the name of a file.
 		std::vector<FProjectPath> Named;
-		if (!RunFindFileTool(Search.Term, Named))
+		if (!Desk.RunFindFileTool(Search.Term, Named))
 		{
 			return false;
 		}
@@ -261,15 +266,15 @@ namespace Velmora
 		}
 		Text += "I searched " + Looked + (Search.Project.SearchedFiles == 0 && !Search.Where.bIsFolder ? "" : " below") + ' ' +
 			AnswerMarkdown::InlineCode(Search.Where.Absolute, 160) + "\n";
-		Answer(Text + LeftOutNotes(Search.Project));
+		Desk.Answer(Text + LeftOutNotes(Search.Project));
 		return true;
 	}
 
-	bool FLocalTurn::RunWhichFiles()
+	bool FSearchWork::RunWhichFiles()
 	{
 		if (Request.Target.empty())
 		{
-			Answer("Which text should the files hold? For example: `which files mention Health?`\n");
+			Desk.Answer("Which text should the files hold? For example: `which files mention Health?`\n");
 			return true;
 		}
 		FCombinedSearch Search;
@@ -295,38 +300,39 @@ namespace Velmora
 		{
 			Text += Utf8Text::Count(Search.Project.FileCount - 50, "more file", "more files") + " are not listed.\n";
 		}
-		Answer(Text + LeftOutNotes(Search.Project));
+		Desk.Answer(Text + LeftOutNotes(Search.Project));
 		return true;
 	}
 
-	bool FLocalTurn::RunExplain()
+	bool FSearchWork::RunExplain()
 	{
 		if (Request.Target.empty())
 		{
-			if (!Attachments.empty())
+			if (!Desk.Attachments.empty())
 			{
-				return AnswerAttachments(Attachments);
+				return FBrowseWork(Desk, Request).AnswerAttachments(Desk.Attachments);
 			}
-			Answer("What should I explain? For example: `what is class FThing?`\n");
+			Desk.Answer("What should I explain? For example: `what is class FThing?`\n");
 			return true;
 		}
-		if (Attachments.size() > 1)
+		if (Desk.Attachments.size() > 1)
 		{
-			const std::vector<FProjectPath> Named = FindNamedAttachments(Request.Target);
+			const std::vector<FProjectPath> Named = Desk.FindNamedAttachments(Request.Target);
 			if (!Named.empty())
 			{
-				return AnswerAttachments(Named);
+				return FBrowseWork(Desk, Request).AnswerAttachments(Named);
 			}
 		}
 		const bool bLooksLikeFile = Request.Target.find_first_of("./") != std::string::npos;
 		FProjectPath Place;
-		if (bLooksLikeFile && FindPlace(Request.Target, Place))
+		if (bLooksLikeFile && Desk.FindPlace(Request.Target, Place))
 		{
 			if (Place.bIsFolder)
 			{
-				return AnswerFolder(Place);
+				return FBrowseWork(Desk, Request).AnswerFolder(Place);
 			}
-			return Request.FirstLine > 0 ? AnswerFile(Place) : AnswerDescription(Place);
+			return Request.FirstLine > 0 ? FBrowseWork(Desk, Request).AnswerFile(Place)
+										 : FBrowseWork(Desk, Request).AnswerDescription(Place);
 		}
 		FCombinedSearch Search;
 		if (!RunCombinedSearch(Search))
@@ -336,9 +342,9 @@ namespace Velmora
 		if (Search.Project.MatchCount == 0 && Search.Attached.MatchCount == 0)
 		{
 			// "explain this" with a file attached means the file.
-			if (!Attachments.empty())
+			if (!Desk.Attachments.empty())
 			{
-				return AnswerAttachments(Attachments);
+				return FBrowseWork(Desk, Request).AnswerAttachments(Desk.Attachments);
 			}
 			return AnswerNotFound(Search);
 		}
@@ -371,7 +377,67 @@ namespace Velmora
 			Text += OtherCount > 6 ? AnswerMarkdown::Collapsible("Other places (" + Total + ")", Others)
 								   : "**Other places** (" + Total + ")\n" + Others;
 		}
-		Answer(Text + LeftOutNotes(Search.Project));
+		Desk.Answer(Text + LeftOutNotes(Search.Project));
+		return true;
+	}
+
+	bool FSearchWork::RunFreeQuestion()
+	{
+		std::string Text = "I only carry out commands (`help` lists them); for a question like this one a model can be connected.\n";
+		if (!Desk.Attachments.empty() || Request.MainWords.empty())
+		{
+			Desk.AttachmentNotes = Text + Desk.AttachmentNotes;
+			return Desk.Attachments.empty() ? (Desk.Answer(std::string()), true)
+											: FBrowseWork(Desk, Request).AnswerAttachments(Desk.Attachments);
+		}
+
+		// 1. A search for each of the words. Those that stand everywhere tell nothing.
+		if (!Desk.BeginStep("Looking for " + Request.MainWords.front()))
+		{
+			return false;
+		}
+		struct FPlace
+		{
+			FSearchHit Hit;
+			size_t Words = 0;
+		};
+		std::vector<FPlace> Places;
+		const size_t Count = std::min(Request.MainWords.size(), MaxMainWords);
+		for (size_t Index = 0; Index < Count; ++Index)
+		{
+			FSearchResult Result;
+			if (!Desk.RunSearchTool(Desk.GetProjectPath(), Request.MainWords[Index], Result))
+			{
+				return false;
+			}
+			for (const FSearchHit& Hit : Result.Hits)
+			{
+				const auto Known = std::find_if(Places.begin(), Places.end(),
+					[&Hit](const FPlace& Place) { return Place.Hit.Line == Hit.Line && Place.Hit.File.Absolute == Hit.File.Absolute; });
+				if (Known != Places.end())
+				{
+					++Known->Words;
+				}
+				else
+				{
+					Places.push_back({ Hit, 1 });
+				}
+			}
+		}
+
+		// 2. Lines with more of the words first, then the better kind of place.
+		std::stable_sort(Places.begin(), Places.end(),
+			[](const FPlace& A, const FPlace& B) { return A.Words != B.Words ? A.Words > B.Words : A.Hit.Rank < B.Hit.Rank; });
+		Places.resize(std::min(Places.size(), MaxQuestionHits));
+		if (!Places.empty())
+		{
+			Text += "**Places in the project that may help**\n";
+		}
+		for (const FPlace& Place : Places)
+		{
+			Text += HitItem(Place.Hit);
+		}
+		Desk.Answer(Text);
 		return true;
 	}
 }

@@ -1,10 +1,10 @@
-#include "Turn/LocalTurnRunner.h"
+#include "Turn/ChangeWork.h"
 
 #include <algorithm>
 
-#include "Turn/AnswerMarkdown.h"
 #include "Text/Utf8Text.h"
-#include "Host/HostFileNames.h"
+#include "Tools/ToolBox.h"
+#include "Turn/AnswerMarkdown.h"
 
 namespace Velmora
 {
@@ -14,12 +14,6 @@ namespace Velmora
 
 		/** A value of a tool's parameters is for reading; the content itself is on disk. */
 		constexpr size_t MaxParameterCharacters = 200;
-
-		/** How a name reads in a user's prompt, which holds replacement characters for the bytes that are no text. */
-		std::string NameInWords(std::string_view Bytes)
-		{
-			return Utf8Text::FromString(HostFileNameFromBytes(Bytes));
-		}
 
 		/** What goes and what comes, as a fenced block. */
 		std::string MakeDifference(const FChangeRequest& Change)
@@ -42,45 +36,29 @@ namespace Velmora
 		}
 	}
 
-	bool FLocalTurn::FindAttachment(const std::string& Name, FProjectPath& OutPath) const
-	{
-		const auto Found = std::find_if(Attachments.begin(), Attachments.end(),
-			[&Name](const FProjectPath& File)
-			{
-				const std::string Relative = NameInWords(File.Relative);
-				return !Name.empty() && (Relative == Name || LastPartOf(Relative) == Name || NameInWords(File.Absolute) == Name);
-			});
-		if (Found == Attachments.end())
-		{
-			return false;
-		}
-		OutPath = *Found;
-		return true;
-	}
-
-	bool FLocalTurn::FindChangeTarget(
+	bool FChangeWork::FindChangeTarget(
 		const std::string& Name, bool bMustExist, bool bFollowsLinks, std::string& OutPath, std::string& OutQuestion) const
 	{
 		FProjectPath Place;
 		if (Name.empty())
 		{
-			if (Input.ContextFiles.size() == 1)
+			if (Desk.Input.ContextFiles.size() == 1)
 			{
-				OutPath = Attachments.empty() ? Input.ContextFiles.front() : Attachments.front().Relative;
+				OutPath = Desk.Attachments.empty() ? Desk.Input.ContextFiles.front() : Desk.Attachments.front().Relative;
 				return true;
 			}
-			OutQuestion = Input.ContextFiles.empty() ? "Which file do you mean? Name it, or attach it with @.\n"
-													 : "Several files are attached. Name the one you mean.\n";
+			OutQuestion = Desk.Input.ContextFiles.empty() ? "Which file do you mean? Name it, or attach it with @.\n"
+														  : "Several files are attached. Name the one you mean.\n";
 			return false;
 		}
 		OutPath = Name;
 		std::replace(OutPath.begin(), OutPath.end(), '\\', '/');
-		if (FindAttachment(Name, Place))
+		if (Desk.FindAttachment(Name, Place))
 		{
 			OutPath = Place.Relative;
 			return true;
 		}
-		if (Files.Resolve(Name, Place))
+		if (Desk.Files.Resolve(Name, Place))
 		{
 			OutPath = bFollowsLinks ? Place.Relative : OutPath;
 			return true;
@@ -90,7 +68,7 @@ namespace Velmora
 			return true;
 		}
 		// Only a file of that very name: what merely resembles it was not meant to be changed.
-		std::vector<FProjectPath> Found = Files.Find(Name, MaxCandidates);
+		std::vector<FProjectPath> Found = Desk.Files.Find(Name, MaxCandidates);
 		const std::string Last = Utf8Text::ToLower(LastPartOf(Name));
 		std::erase_if(
 			Found, [&Last](const FProjectPath& Path) { return Path.bIsFolder || Utf8Text::ToLower(LastPartOf(Path.Relative)) != Last; });
@@ -110,28 +88,28 @@ namespace Velmora
 		return true;
 	}
 
-	bool FLocalTurn::RunChange()
+	bool FChangeWork::RunChange()
 	{
 		const FChangeRequest& Change = Request.Change;
 		if (Change.Kind == EChangeRequest::Unclear)
 		{
-			bHasFailed = true;
-			Answer("I did not understand which change to make. I can do, for example:\n"
-				   "- `create notes.md with \"some text\"`, also with a fenced block\n"
-				   "- `write \"some text\" to notes.md`\n"
-				   "- `replace \"a\" by \"b\" in notes.md`\n"
-				   "- `append \"a line\" to notes.md`\n"
-				   "- `delete notes.md`\n"
-				   "What stands in quotes is taken to the letter. A file attached with @ may be called `it`.\n");
+			Desk.bHasFailed = true;
+			Desk.Answer("I did not understand which change to make. I can do, for example:\n"
+						"- `create notes.md with \"some text\"`, also with a fenced block\n"
+						"- `write \"some text\" to notes.md`\n"
+						"- `replace \"a\" by \"b\" in notes.md`\n"
+						"- `append \"a line\" to notes.md`\n"
+						"- `delete notes.md`\n"
+						"What stands in quotes is taken to the letter. A file attached with @ may be called `it`.\n");
 			return true;
 		}
-		if (Input.IsAdvisor() || !Input.Journal)
+		if (Desk.Input.IsAdvisor() || !Desk.Input.Journal)
 		{
-			bHasFailed = true;
-			Answer("In Advisor mode I change nothing on disk. Choose another mode in a new conversation, then ask again.\n");
+			Desk.bHasFailed = true;
+			Desk.Answer("In Advisor mode I change nothing on disk. Choose another mode in a new conversation, then ask again.\n");
 			return true;
 		}
-		if (!BeginStep("Changing " + (Change.Files.empty() ? std::string("the attached file") : Change.Files.front())))
+		if (!Desk.BeginStep("Changing " + (Change.Files.empty() ? std::string("the attached file") : Change.Files.front())))
 		{
 			return false;
 		}
@@ -145,8 +123,8 @@ namespace Velmora
 			std::string Question;
 			if (!FindChangeTarget(Name, bIsDeletion || Change.Kind == EChangeRequest::Replace, !bIsDeletion, Path, Question))
 			{
-				bHasFailed = true;
-				Answer(Question);
+				Desk.bHasFailed = true;
+				Desk.Answer(Question);
 				return true;
 			}
 			Paths.push_back(Path);
@@ -158,28 +136,28 @@ namespace Velmora
 			{
 				return false;
 			}
-			if (!NextPrompt.empty())
+			if (!Desk.NextPrompt.empty())
 			{
 				break; // The user wants something else.
 			}
 		}
-		Answer(Text);
+		Desk.Answer(Text);
 		return true;
 	}
 
-	bool FLocalTurn::AskForTool(std::string_view Tool, const FToolQuestion& Question, FPermissionAnswer& OutAnswer)
+	bool FChangeWork::AskForTool(std::string_view Tool, const FToolQuestion& Question, FPermissionAnswer& OutAnswer)
 	{
 		FTurnQuestion Asked;
 		Asked.Tool = Tool;
 		Asked.Subject = Question.Subject;
 		Asked.Text = "May I change " + AnswerMarkdown::InlineCode(Question.Subject, 160) + " with " + std::string(Tool) + "? I ask since " +
 			Question.Reason + ".\n" + Question.Details;
-		OutAnswer = AskUser(Input, Control, Sink, Asked);
-		NextPrompt = OutAnswer.Decision.Words;
+		OutAnswer = AskUser(Desk.Input, Desk.Control, Desk.Sink, Asked);
+		Desk.NextPrompt = OutAnswer.Decision.Words;
 		return OutAnswer.Decision.Kind != EDecision::Stopped;
 	}
 
-	bool FLocalTurn::RunChangeTool(const std::string& Path, std::string& OutAnswer)
+	bool FChangeWork::RunChangeTool(const std::string& Path, std::string& OutAnswer)
 	{
 		const FChangeRequest& Change = Request.Change;
 		std::string_view Tool = "write_file";
@@ -212,7 +190,7 @@ namespace Velmora
 		}
 
 		// 1. The content itself is on disk and in the answer; the row tells the path and the beginning of the rest.
-		FParameters Parameters = { { "path", Path } };
+		FToolParameters Parameters = { { "path", Path } };
 		for (const std::string_view Name : { "text", "old", "new" })
 		{
 			if (Arguments.Has(Name))
@@ -225,8 +203,8 @@ namespace Velmora
 		FToolResult Result;
 		FPermissionAnswer Answer;
 		bool bIsOver = false;
-		FToolBox Tools(Files, Input.Journal.get(), Input.TransactionId, CancelCheck());
-		const bool bGoesOn = RunTool(Tool, Parameters,
+		FToolBox Tools(Desk.Files, Desk.Input.Journal.get(), Desk.Input.TransactionId, Desk.CancelCheck());
+		const bool bGoesOn = Desk.RunTool(Tool, Parameters,
 			[&]
 			{
 				Result = Tools.Run(Tool, Arguments);
@@ -256,7 +234,7 @@ namespace Velmora
 			OutAnswer += AnswerMarkdown::InlineCode(Path, 160) + " was not changed: " + AnswerMarkdown::PlainText(Outcome.Problem) + ".\n";
 			return true;
 		}
-		const FProjectPath File = { Files.GetRoot() + '/' + Outcome.Path, Outcome.Path, false };
+		const FProjectPath File = { Desk.Files.GetRoot() + '/' + Outcome.Path, Outcome.Path, false };
 		if (Outcome.Action == EChangeAction::Deleted)
 		{
 			OutAnswer += "Deleted " + AnswerMarkdown::InlineCode(Outcome.Path, 160) + ".\n";

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "Turn/TurnDesk.h"
+
+namespace Velmora
+{
+	/** Shows, lists, counts and sums up what is in the project. */
+	class FBrowseWork : private FTurnWork
+	{
+	public:
+		FBrowseWork(FTurnDesk& InDesk, const FAgentRequest& InRequest)
+			: FTurnWork(InDesk, InRequest)
+		{
+		}
+
+		// False when the turn is over.
+		bool RunShow();
+		bool RunList();
+		bool RunCount();
+		bool RunSummarise();
+		bool AnswerFile(const FProjectPath& File);
+		bool AnswerFolder(const FProjectPath& Folder);
+
+		/** Size, outline and beginning of a file. */
+		bool AnswerDescription(const FProjectPath& File);
+
+		/** Each of them, when there are several. */
+		bool AnswerAttachments(const std::vector<FProjectPath>& Named);
+
+	private:
+		/** Adds the size, the outline and the beginning of a file to the answer. */
+		bool DescribeFile(const FProjectPath& File, std::string& OutAnswer);
+		bool AnswerPattern(const std::string& Pattern);
+	};
+}

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "Tools/ToolBox.h"
+#include "Turn/TurnPermissions.h"
+#include "Turn/TurnDesk.h"
+
+namespace Velmora
+{
+	/** Changes files by the tool box, and asks where that asks. */
+	class FChangeWork : private FTurnWork
+	{
+	public:
+		FChangeWork(FTurnDesk& InDesk, const FAgentRequest& InRequest)
+			: FTurnWork(InDesk, InRequest)
+		{
+		}
+
+		// False when the turn is over.
+		bool RunChange();
+
+	private:
+		/** What file a request to change one means; false with a question to the user. */
+		bool FindChangeTarget(
+			const std::string& Name, bool bMustExist, bool bFollowsLinks, std::string& OutPath, std::string& OutQuestion) const;
+
+		/** The tool of the request on one file; adds what became of it to the answer. */
+		bool RunChangeTool(const std::string& Path, std::string& OutAnswer);
+
+		/** Asks the user. */
+		bool AskForTool(std::string_view Tool, const FToolQuestion& Question, FPermissionAnswer& OutAnswer);
+	};
+}

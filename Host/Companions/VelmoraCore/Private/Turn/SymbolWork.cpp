@@ -1,0 +1,210 @@
+#include "Turn/SymbolWork.h"
+
+#include <algorithm>
+
+#include "Text/Utf8Text.h"
+#include "Tools/SymbolLookup.h"
+#include "Turn/AnswerMarkdown.h"
+#include "Turn/BrowseWork.h"
+#include "Turn/SearchWork.h"
+
+namespace Velmora
+{
+	namespace
+	{
+		using CodeIntel::FIndexSymbol;
+
+		/** Other places told without being folded away. */
+		constexpr size_t MaxOpenPlaces = 6;
+
+		/** "function `FThing::Run`". */
+		std::string DescribeSymbol(const FIndexSymbol& Symbol)
+		{
+			return AnswerMarkdown::PlainText(Symbol.Kind) + ' ' + AnswerMarkdown::InlineCode(GetWholeSymbolName(Symbol), 120);
+		}
+
+		/** The best of the engine's symbols, and the places of the next few. */
+		std::string DescribeEngineSymbols(const std::string& Code, const CodeIntel::FIndexLookup& Engine)
+		{
+			const FIndexSymbol& Best = Engine.Symbols.front();
+			std::string Text = Code + " is defined in the engine: " +
+				AnswerMarkdown::InlineCode(Engine.Root + '/' + Best.Path + ':' + std::to_string(Best.Line), 200) + " (" +
+				DescribeSymbol(Best) + ")\n";
+			for (size_t Index = 1; Index < std::min(Engine.Symbols.size(), MaxOpenPlaces + 1); ++Index)
+			{
+				const FIndexSymbol& Other = Engine.Symbols[Index];
+				Text += "- " + AnswerMarkdown::InlineCode(Other.Path + ':' + std::to_string(Other.Line), 160) + ' ' +
+					DescribeSymbol(Other) + '\n';
+			}
+			return Text;
+		}
+
+		std::string SymbolItem(const FProjectFiles& Files, const FIndexSymbol& Symbol)
+		{
+			return "- " + AnswerMarkdown::FileLink({ Files.GetRoot() + '/' + Symbol.Path, Symbol.Path, false }, Symbol.Line) + ' ' +
+				DescribeSymbol(Symbol) + '\n';
+		}
+	}
+
+	bool FSymbolWork::RunFindSymbol()
+	{
+		if (Request.Target.empty())
+		{
+			Desk.Answer("Which symbol should I look up? For example: `where is FThing defined?`\n");
+			return true;
+		}
+		FProjectPath Where = Desk.GetProjectPath();
+		if (Request.TargetInScope.empty() || !Desk.FindPlace(Request.Scope, Where))
+		{
+			Where = Desk.GetProjectPath();
+		}
+		const std::string Name = Request.TargetInScope.empty() ? Request.Target : Request.TargetInScope;
+		const std::string Code = AnswerMarkdown::InlineCode(Name);
+		FSymbolAnswer Found;
+		const bool bIsAlive = Desk.BeginStep("Looking up " + Name + " in the code index") &&
+			Desk.RunTool("find_symbol", { { "name", Name } },
+				[&]
+				{
+					Found = LookUpSymbol(Desk.Files, Name, Where);
+					const size_t Count = Found.Project.bIsExact ? Found.Project.Symbols.size()
+						: Found.Engine.bIsExact					? Found.Engine.Symbols.size()
+																: 0;
+					return FToolOutcome{ true,
+						!Found.bIsReady	 ? std::string("The code index is not ready")
+							: Count == 0 ? "No symbol of that name"
+										 : Utf8Text::Count(Count, "symbol", "symbols") + (Found.Project.bIsExact ? "" : " in the engine") };
+				});
+		if (!bIsAlive)
+		{
+			return false;
+		}
+		if (Found.Project.bIsExact && !Found.Project.Symbols.empty())
+		{
+			return AnswerSymbols(Name, Found.Project.Symbols);
+		}
+		if (Found.Engine.bIsExact && !Found.Engine.Symbols.empty())
+		{
+			Desk.Answer(DescribeEngineSymbols(Code, Found.Engine));
+			return true;
+		}
+		Desk.AttachmentNotes += Found.bIsReady ? "The code index has no symbol " + Code + ", so I searched the text instead.\n"
+											   : std::string("The code index is not ready, so I searched the text instead.\n");
+		if (!Found.Project.bIsExact && !Found.Project.Symbols.empty())
+		{
+			Desk.AttachmentNotes += "**Symbols whose names begin so**\n";
+			for (size_t Index = 0; Index < std::min(Found.Project.Symbols.size(), MaxOpenPlaces); ++Index)
+			{
+				Desk.AttachmentNotes += SymbolItem(Desk.Files, Found.Project.Symbols[Index]);
+			}
+		}
+		return FSearchWork(Desk, Request).RunFindText();
+	}
+
+	bool FSymbolWork::AnswerSymbols(const std::string& Name, const std::vector<CodeIntel::FIndexSymbol>& Symbols)
+	{
+		const FIndexSymbol& Best = Symbols.front();
+		FSearchHit Hit;
+		Hit.File = { Desk.Files.GetRoot() + '/' + Best.Path, Best.Path, false };
+		Hit.Line = Best.Line;
+		Hit.Kind = EHitKind::Definition;
+		std::string Text = AnswerMarkdown::InlineCode(Name) + (Best.Kind == "prototype" ? " is declared in " : " is defined in ") +
+			AnswerMarkdown::FileLink(Hit.File, Hit.Line) + " (" + DescribeSymbol(Best) + ")\n";
+		if (!FSearchWork(Desk, Request).AppendSnippet(Hit, Text))
+		{
+			return false;
+		}
+		std::string Others;
+		for (size_t Index = 1; Index < Symbols.size(); ++Index)
+		{
+			Others += "- " +
+				AnswerMarkdown::FileLink(
+					{ Desk.Files.GetRoot() + '/' + Symbols[Index].Path, Symbols[Index].Path, false }, Symbols[Index].Line) +
+				' ' + DescribeSymbol(Symbols[Index]) + '\n';
+		}
+		if (Symbols.size() > 1)
+		{
+			const std::string Total = Utf8Text::Count(Symbols.size() - 1, "more symbol", "more symbols") + " of that name";
+			Text += Symbols.size() - 1 > MaxOpenPlaces ? AnswerMarkdown::Collapsible(Total, Others) : "**" + Total + "**\n" + Others;
+		}
+		Desk.Answer(Text);
+		return true;
+	}
+
+	bool FSymbolWork::RunOutline()
+	{
+		const std::vector<FProjectPath> Named = Desk.FindNamedAttachments(Request.Target);
+		if (Named.size() > 1)
+		{
+			return FBrowseWork(Desk, Request).AnswerAttachments(Named);
+		}
+		FProjectPath Place;
+		if (Request.Target.empty() && !Desk.Attachments.empty())
+		{
+			Place = Desk.Attachments.front();
+		}
+		else if (Request.Target.empty())
+		{
+			Desk.Answer("Which file should I outline? For example: `outline README.md`\n");
+			return true;
+		}
+		else if (!Desk.FindPlace(Request.Target, Place))
+		{
+			return AskWhichFile();
+		}
+		if (Place.bIsFolder)
+		{
+			return FBrowseWork(Desk, Request).AnswerFolder(Place);
+		}
+
+		FFileOutline Outline;
+		const auto CountText = [&Outline]
+		{
+			return Outline.bIsMarkdown ? Utf8Text::Count(Outline.Symbols.size(), "heading", "headings")
+									   : Utf8Text::Count(Outline.Symbols.size(), "symbol", "symbols");
+		};
+		const bool bIsAlive = Desk.BeginStep("Outlining " + Place.Relative) &&
+			Desk.RunTool("outline", { { "path", Place.Relative } },
+				[&]
+				{
+					Outline = OutlineProjectFile(Desk.Files, Place);
+					return FToolOutcome{ Outline.Problem.empty(),
+						Outline.Problem.empty() ? CountText() : "Not outlined: " + Outline.Problem };
+				});
+		if (!bIsAlive)
+		{
+			return false;
+		}
+		const std::string Link = AnswerMarkdown::FileLink(Place);
+		if (!Outline.Problem.empty())
+		{
+			Desk.Answer(Link + " could not be outlined: " + AnswerMarkdown::PlainText(Outline.Problem) + ".\n");
+			return true;
+		}
+		if (Outline.Symbols.empty())
+		{
+			Desk.Answer(Link + (Outline.bIsMarkdown ? " has no headings.\n" : " has no symbols that I know of.\n"));
+			return true;
+		}
+		Desk.Answer("Outline of " + Link + (Outline.bIsCut ? ", the first " : ", ") + CountText() + " with their lines:\n" +
+			AnswerMarkdown::CodeBlock(MakeOutlineText(Outline.Symbols), ""));
+		return true;
+	}
+
+	bool FSymbolWork::AskWhichFile()
+	{
+		std::vector<FProjectPath> Named;
+		if (!Desk.BeginStep("Looking for " + Request.Target) || !Desk.RunFindFileTool(Request.Target, Named))
+		{
+			return false;
+		}
+		Desk.bHasFailed |= Named.empty();
+		std::string Text = Named.empty() ? "There is no file " + AnswerMarkdown::InlineCode(Request.Target) + " in the project.\n"
+										 : "Which of these do you mean?\n";
+		for (const FProjectPath& Path : Named)
+		{
+			Text += "- " + AnswerMarkdown::FileLink(Path) + '\n';
+		}
+		Desk.Answer(Text);
+		return true;
+	}
+}

@@ -1,0 +1,270 @@
+#include "Turn/TurnDesk.h"
+
+#include <algorithm>
+
+#include "Host/HostFileNames.h"
+#include "Policies/CondensedJsonPrintPolicy.h"
+#include "Request/AttachedNames.h"
+#include "Serialization/JsonWriter.h"
+#include "Text/Utf8Text.h"
+#include "Tools/ToolBox.h"
+#include "Turn/AnswerMarkdown.h"
+
+namespace Velmora
+{
+	namespace
+	{
+		FString MakeJsonObject(const std::vector<std::pair<std::string_view, std::string>>& Fields)
+		{
+			FString Out;
+			const TSharedRef<TJsonWriter<TCHAR, TCondensedJsonPrintPolicy<TCHAR>>> Writer =
+				TJsonWriterFactory<TCHAR, TCondensedJsonPrintPolicy<TCHAR>>::Create(&Out);
+			Writer->WriteObjectStart();
+			for (const auto& [Key, Value] : Fields)
+			{
+				Writer->WriteValue(Utf8Text::ToString(Key), Utf8Text::ToString(Value));
+			}
+			Writer->WriteObjectEnd();
+			Writer->Close();
+			return Out;
+		}
+
+		/** How a name reads in a user's prompt, which holds replacement characters for the bytes that are no text. */
+		std::string NameInWords(std::string_view Bytes)
+		{
+			return Utf8Text::FromString(HostFileNameFromBytes(Bytes));
+		}
+
+		std::string_view LastPartOf(std::string_view Path)
+		{
+			return Path.substr(Path.find_last_of("/\\") + 1);
+		}
+	}
+
+	FTurnDesk::FTurnDesk(const FTurnInput& InInput, FTurnControl& InControl, ITurnRunner::FReportSink InSink)
+		: Input(InInput)
+		, Control(InControl)
+		, Sink(std::move(InSink))
+		, Files(InInput.ProjectFolder)
+	{
+	}
+
+	bool FTurnDesk::ReadAttachments()
+	{
+		for (const std::string& Path : Input.ContextFiles)
+		{
+			FProjectPath Place;
+			if (Files.Resolve(Path, Place))
+			{
+				const bool bIsKnown = std::any_of(Attachments.begin(), Attachments.end(),
+					[&Place](const FProjectPath& Other) { return Other.Absolute == Place.Absolute; });
+				if (!bIsKnown)
+				{
+					Attachments.push_back(Place);
+				}
+				continue;
+			}
+			const char* Why = Files.IsOutside(Path) ? " lies outside the project, so I did not read it.\n" : " could not be found.\n";
+			AttachmentNotes += "Attached " + AnswerMarkdown::InlineCode(Path) + Why;
+
+			// The row of the tool tells the same where the user looks first.
+			const bool bIsBelow = Utf8Text::StartsWith(Path, Files.GetRoot() + '/');
+			FProjectText Ignored;
+			const FProjectPath Missing = { Utf8Text::StartsWith(Path, "/") ? Path : Files.GetRoot() + '/' + Path,
+				bIsBelow ? Path.substr(Files.GetRoot().size() + 1) : Path, false };
+			if (!RunReadTool(Missing, 0, 0, Ignored))
+			{
+				return false;
+			}
+		}
+		return !Control.IsCancelled();
+	}
+
+	bool FTurnDesk::BeginStep(std::string_view What)
+	{
+		if (!Control.WaitUntilRunning())
+		{
+			return false;
+		}
+		if (bHasPlan)
+		{
+			return true; // The plan's own step was told; what it takes is no step of the plan.
+		}
+		FTurnReport Item;
+		Item.Kind = ETurnReportKind::Step;
+		Item.Text = Utf8Text::ToString("Executing step " + std::to_string(++StepCount) + ": " + Utf8Text::Shorten(What, 80));
+		Report(std::move(Item));
+		return true;
+	}
+
+	bool FTurnDesk::RunTool(std::string_view Name, const FToolParameters& Parameters, const std::function<FToolOutcome()>& Work)
+	{
+		if (!Control.WaitUntilRunning())
+		{
+			return false;
+		}
+		FTurnReport Start;
+		Start.Kind = ETurnReportKind::ToolStarted;
+		Start.ToolId = Utf8Text::ToString(Input.ToolIdPrefix + '-' + std::to_string(++ToolCount));
+		Start.ToolName = Utf8Text::ToString(Name);
+		Start.Parameters = MakeJsonObject(Parameters);
+		if (const FToolRow* const Row = FToolBox::Find(Name))
+		{
+			Start.Metadata =
+				MakeJsonObject({ { "operation_type", std::string(Row->Operation) }, { "data_type", std::string(Row->DataType) } });
+		}
+		FTurnReport End = Start;
+		Report(std::move(Start));
+
+		const FToolOutcome Outcome = Work();
+		if (Control.IsCancelled() || (Input.MinimumToolSeconds > 0.0 && !Control.Sleep(Input.MinimumToolSeconds)))
+		{
+			return false;
+		}
+		End.Kind = ETurnReportKind::ToolCompleted;
+		End.bSuccess = Outcome.bSuccess;
+		bHasFailed |= !Outcome.bSuccess;
+		End.Text = Utf8Text::ToString(Outcome.Sentence);
+		Report(std::move(End));
+		return true;
+	}
+
+	bool FTurnDesk::RunSearchTool(const FProjectPath& Where, const std::string& Term, FSearchResult& OutResult)
+	{
+		FToolParameters Parameters = { { "term", Term } };
+		if (!Where.Relative.empty())
+		{
+			Parameters.push_back({ "scope", Where.Relative });
+		}
+		return RunTool("search_files", Parameters,
+			[&]
+			{
+				OutResult = SearchProject(Files, Where, Term, CancelCheck());
+				FToolOutcome Outcome;
+				Outcome.Sentence = OutResult.MatchCount == 0 ? "No match in " + Utf8Text::Count(OutResult.SearchedFiles, "file", "files")
+															 : Utf8Text::Count(OutResult.MatchCount, "match", "matches") + " in " +
+						Utf8Text::Count(OutResult.FileCount, "file", "files");
+				return Outcome;
+			});
+	}
+
+	bool FTurnDesk::RunReadTool(const FProjectPath& File, int FirstLine, int LastLine, FProjectText& OutText)
+	{
+		FToolParameters Parameters = { { "path", File.Relative } };
+		if (FirstLine > 0)
+		{
+			Parameters.push_back({ "lines", std::to_string(FirstLine) + '-' + std::to_string(LastLine) });
+		}
+		return RunTool("read_file", Parameters,
+			[&]
+			{
+				OutText = Files.Read(File.Absolute);
+				FToolOutcome Outcome;
+				Outcome.bSuccess = OutText.IsValid();
+				Outcome.Sentence = OutText.IsValid() ? "Read " + Utf8Text::Count(Utf8Text::SplitLines(OutText.Text).size(), "line", "lines")
+													 : "Not read: " + OutText.Problem;
+				return Outcome;
+			});
+	}
+
+	bool FTurnDesk::RunFindFileTool(const std::string& Name, std::vector<FProjectPath>& OutPaths)
+	{
+		return RunTool("find_file", { { "name", Name } },
+			[&]
+			{
+				OutPaths = Files.Find(Name, MaxSearchHits);
+				return FToolOutcome{ true,
+					OutPaths.empty() ? std::string("No file of that name")
+									 : Utf8Text::Count(OutPaths.size(), "file or folder", "files or folders") + " of that name" };
+			});
+	}
+
+	FProjectPath FTurnDesk::GetProjectPath() const
+	{
+		return { Files.GetRoot(), std::string(), true };
+	}
+
+	bool FTurnDesk::FindPlace(const std::string& Text, FProjectPath& OutPath) const
+	{
+		if (Text.empty())
+		{
+			return false;
+		}
+		if (FindAttachment(Text, OutPath) || Files.Resolve(Text, OutPath))
+		{
+			return true;
+		}
+		// A place must be meant, not merely resembled: one hit, or the words are part of the search.
+		const std::vector<FProjectPath> Found = Files.Find(Text, 2);
+		if (Found.size() != 1)
+		{
+			return false;
+		}
+		OutPath = Found.front();
+		return true;
+	}
+
+	std::function<bool()> FTurnDesk::CancelCheck() const
+	{
+		return [this] { return Control.IsCancelled(); };
+	}
+
+	void FTurnDesk::Answer(const std::string& Markdown)
+	{
+		if (!Control.WaitUntilRunning())
+		{
+			return;
+		}
+		std::string Text = Markdown + AttachmentNotes;
+		while (!Text.empty() && Text.back() == '\n')
+		{
+			Text.pop_back();
+		}
+		FTurnReport Item;
+		Item.Kind = ETurnReportKind::Answer;
+		Item.Text = Utf8Text::ToString(Text);
+		Report(std::move(Item));
+	}
+
+	void FTurnDesk::Report(FTurnReport&& Item)
+	{
+		Sink(std::move(Item));
+	}
+
+	std::vector<std::string> FTurnDesk::GetAttachedNames() const
+	{
+		std::vector<std::string> Names;
+		for (const FProjectPath& File : Attachments)
+		{
+			const std::string Name = Utf8Text::FromString(HostFileNameFromBytes(File.Relative));
+			Names.push_back(Name.substr(Name.rfind('/') + 1));
+		}
+		return Names;
+	}
+
+	std::vector<FProjectPath> FTurnDesk::FindNamedAttachments(const std::string& Text) const
+	{
+		std::vector<FProjectPath> Named;
+		for (const size_t Index : FindNamesIn(Text, GetAttachedNames()))
+		{
+			Named.push_back(Attachments[Index]);
+		}
+		return Named;
+	}
+
+	bool FTurnDesk::FindAttachment(const std::string& Name, FProjectPath& OutPath) const
+	{
+		const auto Found = std::find_if(Attachments.begin(), Attachments.end(),
+			[&Name](const FProjectPath& File)
+			{
+				const std::string Relative = NameInWords(File.Relative);
+				return !Name.empty() && (Relative == Name || LastPartOf(Relative) == Name || NameInWords(File.Absolute) == Name);
+			});
+		if (Found == Attachments.end())
+		{
+			return false;
+		}
+		OutPath = *Found;
+		return true;
+	}
+}
