@@ -3,7 +3,7 @@
 BUILD_PACKAGES="g++ cmake ninja-build pkg-config libsdl2-dev libcairo2-dev libpango1.0-dev libx11-dev rapidjson-dev libsqlite3-dev libcurl4-openssl-dev"
 RUN_PACKAGES="universal-ctags"
 FONT_PACKAGES="fontconfig fonts-roboto-unhinted fonts-noto-mono fonts-noto-color-emoji"
-TEST_PACKAGES="libgtest-dev fonts-dejavu-core fonts-droid-fallback"
+TEST_PACKAGES="libgtest-dev fonts-dejavu-core fonts-droid-fallback python3"
 
 # Installs what is missing of the packages named. Ends the script with 3 when nobody may install.
 need_packages() {
