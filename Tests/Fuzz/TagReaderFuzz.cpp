@@ -1,0 +1,36 @@
+#include "CodeIntel/TagReader.h"
+#include "Fuzz/FuzzInput.h"
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+namespace
+{
+	std::vector<std::string> Read(std::string_view Bytes, size_t PieceSize)
+	{
+		std::vector<std::string> Tags;
+		Velmora::CodeIntel::FTagReader Reader(
+			[&Tags](Velmora::CodeIntel::FTag&& Tag)
+			{
+				Tags.push_back(Tag.Name + "\n" + Tag.Path + "\n" + Tag.Kind + "\n" + Tag.Scope + "\n" + Tag.ScopeKind + "\n" +
+					std::to_string(Tag.Line));
+			});
+		for (; !Bytes.empty(); Bytes.remove_prefix(std::min(PieceSize, Bytes.size())))
+		{
+			Reader.Add(Bytes.substr(0, PieceSize));
+		}
+		Reader.Finish();
+		return Tags;
+	}
+}
+
+// The answer of the symbol extractor says the same in one piece and in pieces of any size.
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* Data, size_t Size)
+{
+	FFuzzInput Input(Data, Size);
+	const size_t PieceSize = 1 + Input.TakeByte() % 64;
+	const std::string_view Bytes = Input.TakeRest();
+	FUZZ_CHECK(Read(Bytes, PieceSize) == Read(Bytes, Bytes.size() + 1));
+	return 0;
+}
