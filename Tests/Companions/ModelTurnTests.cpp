@@ -213,10 +213,10 @@ TEST_F(ModelTurn, EveryFailureIsOneErrorAndThePromptIsUsableAtOnce)
 		{ "cut by length", Stream({ Say("Half"), Chunk("{}", "length"), "[DONE]" }), "The answer was cut", "Half" },
 		{ "a call cut by length", Stream({ Call(0, "c", "create_file", R"({"path":"x","content":"a"})"), Chunk("{}", "length"), "[DONE]" }),
 			"The answer was cut", "" },
-		{ "cut off", StreamHead() + Events({ Say("Half"), Call(0, "c", "create_file", R"({"path":"x","content":"a"})") }), "broke off",
-			"Half" },
-		{ "an error in the middle", StreamHead() + Events({ Say("Half"), R"({"error":{"message":"boom","type":"server_error"}})" }), "boom",
-			"Half" },
+		{ "cut off", StreamHead() + PeerText::Events({ Say("Half"), Call(0, "c", "create_file", R"({"path":"x","content":"a"})") }),
+			"broke off", "Half" },
+		{ "an error in the middle",
+			StreamHead() + PeerText::Events({ Say("Half"), R"({"error":{"message":"boom","type":"server_error"}})" }), "boom", "Half" },
 		{ "wait for an hour", Answer("429 No", "application/json", R"({"error":"slow"})", "Retry-After: 3600\r\n"),
 			"takes no more requests", "" },
 	};
@@ -252,7 +252,12 @@ TEST_F(ModelTurn, WhatPassesIsTriedAgain)
 
 TEST_F(ModelTurn, AnOverflowIsMetByLeavingOutTheOldest)
 {
-	Project.Write("big.md", std::string(30000, 'x') + "\n");
+	std::string Lines;
+	for (int Line = 0; Line < 1000; ++Line)
+	{
+		Lines += "a line of thirty letters or so\n";
+	}
+	Project.Write("big.md", Lines);
 	const std::string Full =
 		Answer("400 No", "application/json", R"({"error":{"type":"exceed_context_size_error","message":"too long","n_ctx":4096}})");
 	FScriptedPeer Peer(Give({ WithCalls("", { Call(0, "c", "read_file", R"({"path":"big.md"})") }), Full, Final("ok"), Full }));
@@ -282,7 +287,7 @@ TEST_F(ModelTurn, CancelClosesTheConnectionAndTheNextRequestIsValid)
 				}
 				else if (Count == 2)
 				{
-					Connection.Send(StreamHead() + Events({ Say("Half") }));
+					Connection.Send(StreamHead() + PeerText::Events({ Say("Half") }));
 					IsThere.set_value();
 					IsClosed.set_value(Connection.WaitForClose());
 					return;

@@ -22,8 +22,10 @@ TEST(SettingsTests, ValuesSurviveSavingAndLoading)
 	Settings->ProjectDescription = TEXT("one \"quoted\"\nline; and = more");
 	Settings->CurrentAreaOfFocus = TEXT("two");
 	Settings->GuidelinesAndTips = TEXT("three");
-	Settings->Constraints = TEXT("");
+	Settings->Constraints = TEXT("four");
 	Settings->EngineSourceFolder = TEXT("/opt/engine source");
+	Settings->SaveConfig();
+	Settings->Constraints = TEXT(""); // Emptied on purpose: that is a value too.
 	Settings->SaveConfig();
 	Settings->DefaultConversationMode = 2;
 	Settings->bIncludeEngineSource = false;

@@ -198,6 +198,14 @@ TEST_F(FUnwiredWidgetTest, ATabEndsTheConversationWhileItsAgentLives)
 	PumpFrame();
 	EXPECT_TRUE(IsOnScreen("while hidden"));
 
+	// The agent outlives the tab, and its plan must reach nothing that is gone.
+	App().SetRootContent(SNullWidget::NullWidget);
+	PumpFrame();
+	Tab.Reset();
+	Planner->FirePlanUpdate(TEXT("too late"));
+
+	Tab = SNew(SVelmoraTab, DockTab.ToSharedRef());
+	Show(Tab.ToSharedRef());
 	Tab->Agent = MakeShared<FMortalAgent>(Log);
 	Tab->InitializeViewModel();
 	Log.clear();
@@ -207,8 +215,6 @@ TEST_F(FUnwiredWidgetTest, ATabEndsTheConversationWhileItsAgentLives)
 	EXPECT_TRUE(FHostTasks::WaitForBackground(20.0));
 	FHostTasks::RunGameThreadTasks();
 	EXPECT_EQ(Log, (FTextList{ "EndConversation", "destroyed" }));
-	// The first agent outlives the tab, and its plan must reach nothing that is gone.
-	Planner->FirePlanUpdate(TEXT("too late"));
 }
 
 using FUnwiredProgressTest = FCodeIntelModuleTest;

@@ -95,6 +95,7 @@ TEST_F(FChatWindowTest, AnUpdateOutshinesAnError)
 	PumpSeconds(0.5);
 	EXPECT_EQ(GetStatusColor(), Hex(FVelmoraUIStyles::GetStatusErrorColor()));
 	SetGate(EGate::UpdateAvailable);
+	PumpFrame();
 	EXPECT_EQ(GetStatusColor(), Hex(FVelmoraUIStyles::GetUpdateAvailableColor()));
 }
 

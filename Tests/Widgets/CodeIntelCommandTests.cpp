@@ -2,6 +2,7 @@
 
 #include "Framework/MultiBox/MultiBoxBuilder.h"
 
+#include <algorithm>
 #include <regex>
 
 class FCodeIntelCommandTest : public FCodeIntelModuleTest
@@ -58,7 +59,9 @@ protected:
 			});
 		Run(FCodeIntelCommands::Get().ViewStatus);
 		App().SetFrameHook(nullptr);
-		return Seen.size() == 3 ? Seen[1] : std::string();
+		// Toasts may stand beside it.
+		const auto Title = std::find(Seen.begin(), Seen.end(), "Code Intelligence Status");
+		return Seen.end() - Title > 1 ? Title[1] : std::string();
 	}
 
 	static FTextList Allowed()

@@ -167,7 +167,7 @@ TEST_F(FFileSearchDropdownTest, ARowUnderThePointerTakesItsHoverColour)
 /** Alone in its process when the suites run one by one: the index is ready from the first scan on. */
 using FFileSearchFirstScan = FFileSearchDropdownTest;
 
-TEST_F(FFileSearchFirstScan, SaysWhatTheIndexIsDoing)
+TEST_F(FFileSearchFirstScan, SaysThatThereIsNoIndexYet)
 {
 	if (Velmora::FProjectFileCache::Get().IsReady())
 	{
@@ -179,23 +179,7 @@ TEST_F(FFileSearchFirstScan, SaysWhatTheIndexIsDoing)
 	PumpFrame();
 	EXPECT_EQ(VisibleTexts(), (FTextList{ "File index not ready" }));
 
-	// So many files that a scan lasts longer than a frame.
-	std::vector<std::string> Files = { "d/wolf1.h", "d/wolf3999.h" };
-	for (int32 Index = 0; Index < 3000; ++Index)
-	{
-		Files.push_back("e" + std::to_string(Index % 50) + "/f" + std::to_string(Index));
-	}
-	const FFileSearchProject Project(Files);
-	Velmora::FProjectFileCache& Cache = Velmora::FProjectFileCache::Get();
-	bool bSeen = false;
-	for (int32 Try = 0; Try < 20 && !bSeen; ++Try)
-	{
-		Cache.RefreshCache();
-		PumpFrame();
-		const FTextList Texts = VisibleTexts();
-		bSeen = Cache.IsIndexing() && Texts == FTextList{ "Indexing files..." };
-	}
-	EXPECT_TRUE(bSeen);
+	const FFileSearchProject Project({ "d/wolf1.h", "d/wolf3999.h" });
 	Project.Rescan();
 	PumpFrame();
 	EXPECT_EQ(VisibleTexts(), (FTextList{ "No files found" })) << "until a different query comes";
@@ -249,7 +233,11 @@ TEST_F(FFileSearchItemTest, LooksFollowKindAndSelection)
 	}
 	const auto Back = [&Item]() -> std::string
 	{
-		const FTextList Boxes = PaintedIn(*Item, ESlateDrawType::Box);
+		FTextList Boxes = PaintedIn(*Item, ESlateDrawType::Box);
+		for (const std::string& Card : PaintedIn(*Item, ESlateDrawType::RoundedBox))
+		{
+			Boxes.push_back(Card);
+		}
 		return Boxes.empty() ? "none" : Boxes[0];
 	};
 	EXPECT_EQ(Back(), "none");

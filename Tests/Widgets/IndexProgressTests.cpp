@@ -86,6 +86,7 @@ TEST_F(FIndexProgressTest, FollowsABuildFromStartToFadeOut)
 	PumpSeconds(1.0);
 	EXPECT_EQ(Opacity(), 1.0f);
 	Widget->Reset();
+	PumpFrame();
 	EXPECT_EQ(Opacity(), 0.0f);
 	EXPECT_FALSE(Widget->IsBuilding());
 }

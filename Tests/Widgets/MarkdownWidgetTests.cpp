@@ -161,7 +161,7 @@ TEST_F(FMarkdownWidgetTest, CodeIsColouredTokenByToken)
 	for (const FCase& Case : Cases)
 	{
 		SCOPED_TRACE(Utf8(Case.Code));
-		Show(Make(TEXT("```") + FString(Case.Language) + TEXT("\n") + FString(Case.Code) + TEXT("\n```")));
+		Show(Make(TEXT("```") + FString(Case.Language) + TEXT("\n") + FString(Case.Code) + TEXT("```")));
 		FTextList Expected;
 		for (const std::vector<FPiece>& Line : Case.Lines)
 		{

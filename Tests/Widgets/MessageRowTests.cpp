@@ -160,11 +160,11 @@ TEST_F(FMessageRowTest, EachKindHasItsCardAndAGroupHasNone)
 	const TSharedPtr<FChatMessage> Odd = FChatMessage::CreateUserMessage(TEXT("x"));
 	Odd->Type = static_cast<EChatMessageType>(77);
 	const std::string System = DumpCard(FChatMessage::CreateSystemMessage(TEXT("s")));
-	EXPECT_EQ(DumpCard(FChatMessage::CreateUserMessage(TEXT("a"))), "?");
-	EXPECT_EQ(DumpCard(FChatMessage::CreateAIMessage(TEXT("a"), false)), "?");
-	EXPECT_EQ(System, "?");
-	EXPECT_EQ(DumpCard(nullptr), "?");
-	EXPECT_EQ(DumpCard(FChatMessage::CreateToolMessage(TEXT("t"), TEXT("{}"), EToolStatus::Success)), "?");
+	EXPECT_EQ(DumpCard(FChatMessage::CreateUserMessage(TEXT("a"))), "1C242EFF 2A3340FF 1 8;");
+	EXPECT_EQ(DumpCard(FChatMessage::CreateAIMessage(TEXT("a"), false)), "1A1C24FF 252835FF 1 8;");
+	EXPECT_EQ(System, "0F1317FF 1A1F28FF 1 8;");
+	EXPECT_EQ(DumpCard(nullptr), "2B2A2AFF 3A3939FF 1 8;");
+	EXPECT_EQ(DumpCard(FChatMessage::CreateToolMessage(TEXT("t"), TEXT("{}"), EToolStatus::Success)), "2B2A2AFF 3A3939FF 1 8;");
 	EXPECT_EQ(DumpCard(FChatMessage::CreateToolSummaryMessage()), "");
 	EXPECT_EQ(DumpCard(Odd), System);
 }
@@ -190,7 +190,7 @@ TEST_F(FMessageRowTest, UndoIsOfferedForATransactionAlone)
 		"VelmoraUI,UndoTooltip: Undo all changes made after this message.\n\nThis will revert:\n• Asset modifications (Enums, Structs, "
 		"etc.)\n• File changes\n• All subsequent messages\n\nThis action cannot be undone.");
 	const FTextList Enabled = PaintedIn(*Button, ESlateDrawType::Image);
-	EXPECT_EQ(Enabled, (FTextList{ "MessageAction_Undo_32 " + Hex(FVelmoraUIStyles::GetActionIconNormalColor()) }));
+	EXPECT_EQ(Enabled, (FTextList{ "Undo32 " + Hex(FVelmoraUIStyles::GetActionIconNormalColor()) }));
 	Click(Button);
 	EXPECT_EQ(UndoCount, 1);
 
@@ -211,11 +211,9 @@ TEST_F(FMessageRowTest, IconsAnswerThePointer)
 	ShowRow(FChatMessage::CreateUserMessage(TEXT("x")));
 	PumpSeconds(0.5);
 	const TSharedRef<SWidget> Copy = FindByTag("CopyButton");
-	EXPECT_EQ(PaintedIn(*Copy, ESlateDrawType::Image),
-		(FTextList{ "MessageAction_Copy_32 " + Hex(FVelmoraUIStyles::GetActionIconNormalColor()) }));
+	EXPECT_EQ(PaintedIn(*Copy, ESlateDrawType::Image), (FTextList{ "Copy32 " + Hex(FVelmoraUIStyles::GetActionIconNormalColor()) }));
 	Hover(Copy);
-	EXPECT_EQ(PaintedIn(*Copy, ESlateDrawType::Image),
-		(FTextList{ "MessageAction_Copy_32 " + Hex(FVelmoraUIStyles::GetActionIconHighlightColor()) }));
+	EXPECT_EQ(PaintedIn(*Copy, ESlateDrawType::Image), (FTextList{ "Copy32 " + Hex(FVelmoraUIStyles::GetActionIconHighlightColor()) }));
 }
 
 TEST_F(FMessageRowTest, AnotherMessageTakesOverWhatIsPolled)

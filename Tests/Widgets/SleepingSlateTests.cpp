@@ -40,8 +40,12 @@ protected:
 	void FallAsleep()
 	{
 		this->SleepStrictly();
-		FHostTasks::WaitForBackground(20.0);
-		this->LetTimePass(3.0);
+		// What one piece of background work hands over may begin the next: the history is read again when that was asked meanwhile.
+		for (int32 Round = 0; Round < 3; ++Round)
+		{
+			FHostTasks::WaitForBackground(20.0);
+			this->LetTimePass(3.0);
+		}
 		ExpectRest();
 	}
 

@@ -45,19 +45,25 @@ TEST_F(FStatusWidgetTest, TheErrorFadesInAndWaitsForItsHost)
 TEST_F(FStatusWidgetTest, TheLoadingDotsCycle)
 {
 	App().SetRootContent(SNew(SLoadingIndicator));
-	const auto After = [this](double Seconds) -> std::string
+	PumpFrame();
+	PumpFrame(0.02);
+	// A frame counts for a quarter of a second at most.
+	const auto After = [this](int32 Steps) -> std::string
 	{
-		PumpFrame(Seconds);
+		for (int32 Step = 0; Step < Steps; ++Step)
+		{
+			PumpFrame(0.05);
+		}
 		return VisibleTexts().at(0);
 	};
-	EXPECT_EQ(After(0.01), "Loading");
-	EXPECT_EQ(After(0.33), "Loading.");
-	EXPECT_EQ(After(0.33), "Loading..");
-	EXPECT_EQ(After(0.5), "Loading...");
-	EXPECT_EQ(After(0.2), "Loading");
-	EXPECT_EQ(After(0.2), "Loading") << "past one and a half seconds the time begins anew";
-	EXPECT_EQ(After(0.3), "Loading");
-	EXPECT_EQ(After(0.05), "Loading.");
+	EXPECT_EQ(After(5), "Loading");
+	EXPECT_EQ(After(2), "Loading.");
+	EXPECT_EQ(After(7), "Loading..");
+	EXPECT_EQ(After(7), "Loading...");
+	EXPECT_EQ(After(7), "Loading");
+	EXPECT_EQ(After(2), "Loading") << "past one and a half seconds the time begins anew";
+	EXPECT_EQ(After(5), "Loading");
+	EXPECT_EQ(After(2), "Loading.");
 }
 
 TEST_F(FStatusWidgetTest, TheThrobberIsAnOption)

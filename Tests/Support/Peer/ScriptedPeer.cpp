@@ -191,7 +191,8 @@ FScriptedPeer::FScript FScriptedPeer::AnswerEach(FAnswer Answer)
 		FPeerConnection::FRequest Request;
 		while (Connection.ReadRequest(Request))
 		{
-			if (!Connection.Send(Answer(Request, (*Count)++)))
+			const std::string Text = Answer(Request, (*Count)++);
+			if (!Connection.Send(Text) || Text.find("\r\nConnection: close\r\n") != std::string::npos)
 			{
 				return;
 			}

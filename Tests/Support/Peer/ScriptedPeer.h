@@ -56,7 +56,7 @@ public:
 	/** Called for each connection, on a thread of its own; the connection closes when it returns. */
 	using FScript = std::function<void(FPeerConnection&)>;
 
-	/** Answers one request after the other on each connection. Number counts the requests of all from 0. */
+	/** Answers one request after the other on each connection, up to an answer that closes it. Number counts the requests of all from 0. */
 	using FAnswer = std::function<std::string(const FPeerConnection::FRequest& Request, int Number)>;
 
 	explicit FScriptedPeer(FScript InScript);

@@ -59,13 +59,12 @@ namespace Velmora
 		const double Now = FPlatformTime::Seconds();
 		if (!Prompt.TrimStartAndEnd().IsEmpty())
 		{
-			FString Problem;
 			const uint32 StartEpoch = Epoch;
-			const bool bIsRecorded = RecordUserMessage(Prompt, Problem);
+			const FOutcome Recorded = RecordUserMessage(Prompt);
 			CloseQuestion({ EDecision::Refused, Utf8Text::FromString(Prompt) }, TEXT("Refused by the user."));
-			if (!bIsRecorded && Epoch == StartEpoch)
+			if (!Recorded && Epoch == StartEpoch)
 			{
-				TellStoreProblem(Problem);
+				TellStoreProblem(Recorded);
 			}
 			return;
 		}
