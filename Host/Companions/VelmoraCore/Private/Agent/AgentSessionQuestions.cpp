@@ -24,7 +24,7 @@ namespace Velmora
 	void FAgentSession::AskQuestion(FTurnQuestion&& Asked)
 	{
 		const uint32 StartEpoch = Epoch;
-		Question.emplace();
+		Question = FOpenQuestion{};
 		Question->Asked = MoveTemp(Asked);
 		Question->ShownAt = FPlatformTime::Seconds() + ShowingSeconds;
 		const FString Text = Utf8Text::ToString(Question->Asked.Text);
