@@ -1,11 +1,13 @@
 #include "ChangeFixture.h"
 
 #include <cstdio>
+#include <cstring>
 #include <fcntl.h>
 #include <map>
 #include <random>
 #include <sys/file.h>
 #include <sys/wait.h>
+#include <sys/xattr.h>
 
 using Velmora::FUndoResult;
 
@@ -303,6 +305,84 @@ TEST_F(Undo, AFileIsTheSameUnderEveryNameThatLinksGiveIt)
 		EXPECT_EQ(ReadFile("real/deep/a.md"), Index == 0 ? "before\n" : "agent " + std::to_string(Index - 1) + '\n');
 	}
 	EXPECT_EQ(ListProject(), Before);
+}
+
+TEST_F(Undo, AFileKeepsItsNamesAttributesAndAccess)
+{
+	Project.Write("a.md", "before\n");
+	Project.Write("plain.md", "before\n");
+	std::filesystem::create_directory(Project.Root / "sub");
+	std::filesystem::create_hard_link(Project.Root / "a.md", Project.Root / "sub/b.md");
+	SetMode("a.md", 0640);
+	// user::rw-, user:12345:r--, group::r--, mask::r--, other::---
+	const unsigned char Access[] = { 2, 0, 0, 0, 1, 0, 6, 0, 255, 255, 255, 255, 2, 0, 4, 0, 57, 48, 0, 0, 4, 0, 4, 0, 255, 255, 255, 255,
+		16, 0, 4, 0, 255, 255, 255, 255, 32, 0, 0, 0, 255, 255, 255, 255 };
+	const std::string Path = Project.PathOf("a.md");
+	if (setxattr(Path.c_str(), "user.mark", "kept", 4, 0) != 0)
+	{
+		GTEST_SKIP() << "no extended attributes here";
+	}
+	const bool bHasAccessList = setxattr(Path.c_str(), "system.posix_acl_access", Access, sizeof(Access), 0) == 0;
+	const bool bIsSuperuser = geteuid() == 0 && chown(Path.c_str(), 1234, 2345) == 0;
+	const auto Check = [&](const std::string& Bytes)
+	{
+		for (const char* Name : { "a.md", "sub/b.md" })
+		{
+			SCOPED_TRACE(Name);
+			EXPECT_EQ(ReadFile(Name), Bytes);
+			struct stat Status = {};
+			char Mark[16] = {};
+			char List[sizeof(Access)] = {};
+			ASSERT_EQ(lstat(Project.PathOf(Name).c_str(), &Status), 0);
+			EXPECT_EQ(Status.st_nlink, 2u);
+			EXPECT_EQ(Status.st_mode & 07777, 0640u);
+			EXPECT_EQ(getxattr(Project.PathOf(Name).c_str(), "user.mark", Mark, sizeof(Mark)), 4);
+			EXPECT_STREQ(Mark, "kept");
+			if (bHasAccessList)
+			{
+				EXPECT_EQ(getxattr(Project.PathOf(Name).c_str(), "system.posix_acl_access", List, sizeof(List)), ssize_t(sizeof(List)));
+				EXPECT_EQ(memcmp(List, Access, sizeof(Access)), 0);
+			}
+			if (bIsSuperuser)
+			{
+				EXPECT_EQ(Status.st_uid, 1234u);
+				EXPECT_EQ(Status.st_gid, 2345u);
+			}
+		}
+	};
+	EXPECT_EQ(MakeTools().WriteFile("a.md", "agent\n").Sentence, "Changed a.md, 1 line");
+	Check("agent\n");
+	Journal->OpenTransaction("T2", "C", 2);
+	ASSERT_TRUE(MakeTools("T2").WriteFile("sub/b.md", "again\n").bSuccess);
+	Check("again\n");
+	ASSERT_TRUE(MakeTools("T2").DeleteFile("sub/b.md").bSuccess);
+	ASSERT_TRUE(MakeTools("T2").WriteFile("plain.md", "again\n").bSuccess);
+
+	FUndoResult Result = FChangeTest::Undo("T1", [](int) { return std::string("The store is busy."); });
+	EXPECT_EQ(Result.Problem, "Nothing was undone. The store is busy.");
+	EXPECT_EQ(ReadFile("a.md"), "again\n");
+	Result = UndoRequest("T2");
+	ASSERT_TRUE(Result.bSuccess) << Result.Problem;
+	EXPECT_TRUE(Result.Notices.empty()) << Result.Notices[0];
+	Check("agent\n");
+	Result = UndoRequest("T1");
+	ASSERT_TRUE(Result.bSuccess) << Result.Problem;
+	EXPECT_TRUE(Result.Notices.empty()) << Result.Notices[0];
+	Check("before\n");
+}
+
+TEST_F(Undo, NamesOfAFileOutsideTheProjectAreLeftAlone)
+{
+	Project.Write("a.md", "before\n");
+	const std::string Outside = Project.Root.native() + "-outside.md";
+	std::filesystem::create_hard_link(Project.Root / "a.md", Outside);
+	EXPECT_EQ(MakeTools().WriteFile("a.md", "agent\n").Sentence,
+		"Changed a.md, 1 line; it is no longer one file with its names outside the project");
+	std::ifstream File(Outside);
+	EXPECT_EQ(std::string(std::istreambuf_iterator<char>(File), {}), "before\n");
+	std::filesystem::remove(Outside);
+	ASSERT_TRUE(UndoRequest().bSuccess);
+	EXPECT_EQ(ReadFile("a.md"), "before\n");
 }
 
 TEST_F(Undo, AnotherFolderInThePlaceOfTheProjectIsLeftAlone)

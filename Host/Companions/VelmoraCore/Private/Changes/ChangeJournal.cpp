@@ -5,7 +5,7 @@
 #include <chrono>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
+#include <iterator>
 #include <system_error>
 
 #include <fcntl.h>
@@ -16,6 +16,7 @@
 #include "Host/HostFileNames.h"
 #include "Host/StoreLocation.h"
 #include "Misc/Guid.h"
+#include "Tools/SteeringFiles.h"
 
 namespace Velmora
 {
@@ -34,6 +35,7 @@ namespace Velmora
 		State.Mode = Info.Kind == EEntryKind::File ? Info.Mode : 0;
 		State.Hash = Info.Kind == EEntryKind::File ? HashContent(Bytes) : std::string();
 		State.LinkTarget = Info.LinkTarget;
+		State.Traits = Info.Kind == EEntryKind::File ? Info.Traits : FFileTraits();
 		return State;
 	}
 
@@ -88,17 +90,16 @@ namespace Velmora
 	}
 
 	std::string FChangeJournal::Change(const std::string& TransactionId, const FProjectAccess& Access, const std::string& Root,
-		const std::string& GivenPath, const FMakeContent& MakeContent)
+		const std::string& GivenPath, const FMakeContent& MakeContent, std::string* OutNote)
 	{
 		const std::scoped_lock Guard(WorkMutex);
-		// Whatever links lead to it, a file has one name here.
-		const std::string Path = Access.ResolveFolders(GivenPath);
 		const std::shared_ptr<FChangeTransaction> Transaction = FindTransaction(TransactionId);
 		if (!Transaction || Transaction->bIsDropped)
 		{
 			return "the request it belongs to is over";
 		}
-
+		// Whatever links lead to it, a file has one name here.
+		const std::string Path = Access.ResolveFolders(GivenPath);
 		FEntryInfo Info;
 		std::string Bytes;
 		std::string Problem = Access.Look(Path, Info);
@@ -107,10 +108,8 @@ namespace Velmora
 			Problem = Access.Read(Path, MaxFileBytes, Bytes, Info);
 		}
 		FNewContent Content;
-		if (Problem.empty())
-		{
-			Problem = MakeContent(Info, Bytes, Content);
-		}
+		Problem = Problem.empty() ? MakeContent(Info, Bytes, Content) : Problem;
+		Problem = Problem.empty() ? OpenFolder() : Problem;
 		if (!Problem.empty())
 		{
 			return Problem;
@@ -123,69 +122,140 @@ namespace Velmora
 		Record.Before = MakeEntryState(Info, Bytes);
 		if (!Content.bIsDeletion)
 		{
+			Record.After = Record.Before;
 			Record.After.Kind = EEntryKind::File;
-			Record.After.Mode = Info.Kind == EEntryKind::File ? Info.Mode : 0;
 			Record.After.Hash = HashContent(Content.Bytes);
+			Record.After.LinkTarget.clear();
 			Record.MadeFolders = Access.ListMissingParents(Path);
 		}
-		Problem = OpenFolder();
-		if (Problem.empty() && Info.Kind == EEntryKind::File)
+		std::string Note;
+		const bool bHasOtherNames = Info.Kind == EEntryKind::File && Info.NameCount > 1;
+		if (bHasOtherNames && !Access.ListOtherNames(Path, Info, Record.OtherNames) && !Content.bIsDeletion)
 		{
-			Problem = Keep(Bytes, Record.Before.Hash, *Transaction);
+			// Names outside are none of our business: what they stand for stays as it is.
+			Record.OtherNames.clear();
+			Note = "it is no longer one file with its names outside the project";
 		}
+		const auto Steering = std::find_if(
+			Record.OtherNames.begin(), Record.OtherNames.end(), [](const std::string& Name) { return !DescribeSteering(Name).empty(); });
+		if (Steering != Record.OtherNames.end() && !Content.bIsDeletion)
+		{
+			// Nobody was asked about that one.
+			Note = "it is no longer one file with `" + *Steering + '`';
+			Record.OtherNames.clear();
+		}
+		std::vector<FChangeRecord> Records = ListByName(Record, Content.bIsDeletion);
+		Problem = WriteDown(Records, Bytes, *Transaction);
 		if (!Problem.empty())
 		{
 			return Problem;
 		}
-		Record.TemporaryName =
-			".velmora-" + std::filesystem::path(Folder).filename().native().substr(0, 12) + '-' + std::to_string(++RecordCount) + ".tmp";
-		Problem = Log.AppendChange(Record, TransactionId);
+		Problem = Make(Access, Records, Info, Content, Note);
 		if (!Problem.empty())
 		{
-			Contents->Release(Record.Before.Hash);
+			for (const FChangeRecord& Failed : Records)
+			{
+				Contents->Release(Failed.Before.Hash);
+			}
+			Log.AppendFailure(Records.size());
+			bMayHaveLeftovers = true;
 			return Problem;
 		}
+		if (OutNote)
+		{
+			*OutNote = Note;
+		}
+		const EChangeAction Action = Content.bIsDeletion ? EChangeAction::Deleted
+			: Info.Kind == EEntryKind::File				 ? EChangeAction::Modified
+														 : EChangeAction::Created;
+		const std::scoped_lock ListGuard(ListMutex);
+		Performed.push_back({ TransactionId, Transaction->ConversationId, Root, Path, Action });
+		std::move(Records.begin(), Records.end(), std::back_inserter(Transaction->Records));
+		return std::string();
+	}
 
+	std::vector<FChangeRecord> FChangeJournal::ListByName(const FChangeRecord& Record, bool bIsDeletion)
+	{
+		std::vector<FChangeRecord> Records = { Record };
+		for (size_t Index = 0; Index < Record.OtherNames.size() && !bIsDeletion; ++Index)
+		{
+			FChangeRecord& Other = Records.emplace_back(Record);
+			std::swap(Other.Path, Other.OtherNames[Index]);
+			Other.MadeFolders.clear();
+		}
+		for (FChangeRecord& Named : Records)
+		{
+			Named.TemporaryName = ".velmora-" + std::filesystem::path(Folder).filename().native().substr(0, 12) + '-' +
+				std::to_string(++RecordCount) + ".tmp";
+		}
+		return Records;
+	}
+
+	std::string FChangeJournal::WriteDown(
+		const std::vector<FChangeRecord>& Records, const std::string& Bytes, const FChangeTransaction& Transaction)
+	{
+		std::string Problem;
+		size_t KeptCount = 0;
+		while (KeptCount < Records.size() && Problem.empty() && Records[KeptCount].Before.Kind == EEntryKind::File)
+		{
+			Problem = Keep(Bytes, Records[KeptCount].Before.Hash, Transaction);
+			KeptCount += Problem.empty();
+		}
+		Problem = Problem.empty() ? Log.AppendChanges(Records, Transaction.Id) : Problem;
+		while (!Problem.empty() && KeptCount > 0)
+		{
+			Contents->Release(Records[--KeptCount].Before.Hash);
+		}
+		return Problem;
+	}
+
+	std::string FChangeJournal::Make(const FProjectAccess& Access, std::vector<FChangeRecord>& Records, const FEntryInfo& Info,
+		const FNewContent& Content, std::string& InOutNote)
+	{
+		FChangeRecord& Record = Records.front();
+		if (Content.bIsDeletion)
+		{
+			return Access.Remove(Record.Path);
+		}
+		const bool bIsNew = Info.Kind != EEntryKind::File;
+		std::string Lost;
+		FProjectAccess::FWriteOptions Options;
+		Options.TemporaryName = Record.TemporaryName;
+		Options.Mode = !bIsNew ? Info.Mode : Content.Mode != 0 ? Content.Mode : 0666;
+		Options.bObeysMask = bIsNew && Content.Mode == 0;
+		Options.bMayReplace = !bIsNew;
+		Options.Traits = bIsNew ? nullptr : &Info.Traits;
+		Options.OutLost = &Lost;
 		std::vector<std::string> Made;
-		if (Problem.empty() && Content.bIsDeletion)
-		{
-			Problem = Access.Remove(Path);
-		}
-		else if (Problem.empty())
-		{
-			const bool bIsNew = Info.Kind != EEntryKind::File;
-			FProjectAccess::FWriteOptions Options;
-			Options.TemporaryName = Record.TemporaryName;
-			Options.Mode = !bIsNew ? Info.Mode : Content.Mode != 0 ? Content.Mode : 0666;
-			Options.bObeysMask = bIsNew && Content.Mode == 0;
-			Options.bMayReplace = !bIsNew;
-			Problem = Access.MakeParents(Path, Made);
-			Problem = Problem.empty() ? Access.Write(Path, Content.Bytes, Options) : Problem;
-		}
+		std::string Problem = Access.MakeParents(Record.Path, Made);
+		Problem = Problem.empty() ? Access.Write(Record.Path, Content.Bytes, Options) : Problem;
 		if (!Problem.empty())
 		{
 			for (; !Made.empty(); Made.pop_back())
 			{
 				Access.RemoveFolder(Made.back());
 			}
-			Contents->Release(Record.Before.Hash);
-			Log.AppendFailure();
-			bMayHaveLeftovers = true;
 			return Problem;
 		}
-
+		Record.MadeFolders = Made;
+		const auto Add = [&InOutNote](const std::string& Text) { InOutNote += (InOutNote.empty() ? "" : "; ") + Text; };
+		if (!Lost.empty())
+		{
+			Add(Lost + " could not be kept");
+		}
+		for (size_t Index = 1; Index < Records.size(); ++Index)
+		{
+			const std::string Refusal = Access.LinkTo(Record.Path, Records[Index].Path, Records[Index].TemporaryName);
+			if (!Refusal.empty())
+			{
+				Add("its other name `" + Records[Index].Path + "` still has the old content (" + Refusal + ')');
+			}
+		}
 		FEntryInfo Now;
-		if (Record.After.Kind == EEntryKind::File && Record.After.Mode == 0 && Access.Look(Path, Now).empty())
+		if (bIsNew && Access.Look(Record.Path, Now).empty())
 		{
 			Record.After.Mode = Now.Mode;
 		}
-		Record.MadeFolders = Made;
-		const EChangeAction Action = Content.bIsDeletion ? EChangeAction::Deleted
-			: Info.Kind == EEntryKind::File				 ? EChangeAction::Modified
-														 : EChangeAction::Created;
-		const std::scoped_lock ListGuard(ListMutex);
-		Performed.push_back({ TransactionId, Transaction->ConversationId, Root, Path, Action });
-		Transaction->Records.push_back(std::move(Record));
 		return std::string();
 	}
 

@@ -124,10 +124,11 @@ namespace Velmora
 		 *
 		 * @param Access  Of the folder Root.
 		 * @param GivenPath  As FProjectAccess::Normalise gives it, through whatever links.
+		 * @param OutNote    A clause on what of the file could not be kept, or nothing.
 		 * @return        A clause that says why nothing was changed, or nothing.
 		 */
 		std::string Change(const std::string& TransactionId, const FProjectAccess& Access, const std::string& Root,
-			const std::string& GivenPath, const FMakeContent& MakeContent);
+			const std::string& GivenPath, const FMakeContent& MakeContent, std::string* OutNote = nullptr);
 
 		/** All or nothing. What a plan says is written down first, so that a later start can finish it. */
 		FUndoResult Undo(const FUndoRequest& Request);
@@ -158,6 +159,14 @@ namespace Velmora
 		using FTransactions = std::vector<std::shared_ptr<FChangeTransaction>>;
 
 		std::string OpenFolder();
+
+		/** A file with several names is changed under each; deleted, it goes under one. */
+		std::vector<FChangeRecord> ListByName(const FChangeRecord& Record, bool bIsDeletion);
+		std::string WriteDown(const std::vector<FChangeRecord>& Records, const std::string& Bytes, const FChangeTransaction& Transaction);
+
+		/** The change itself. */
+		static std::string Make(const FProjectAccess& Access, std::vector<FChangeRecord>& Records, const FEntryInfo& Info,
+			const FNewContent& Content, std::string& InOutNote);
 
 		/** Lets the oldest contents go until there is room. */
 		std::string Keep(const std::string& Bytes, const std::string& Hash, const FChangeTransaction& ForTransaction);

@@ -81,7 +81,13 @@ namespace Velmora
 			}
 			FLine& Add(const FEntryState& State)
 			{
-				return Add(KindNames[static_cast<size_t>(State.Kind)]).Add(State.Mode).Add(State.Hash).Add(State.LinkTarget);
+				Add(KindNames[static_cast<size_t>(State.Kind)]).Add(State.Mode).Add(State.Hash).Add(State.LinkTarget);
+				Add(State.Traits.Owner).Add(State.Traits.Group).Add(State.Traits.Attributes.size());
+				for (const auto& [Name, Value] : State.Traits.Attributes)
+				{
+					Add(Name).Add(Value);
+				}
+				return *this;
 			}
 			std::string Take() { return std::move(Text) + '\n'; }
 
@@ -126,6 +132,13 @@ namespace Velmora
 				State.Mode = static_cast<uint32_t>(TakeNumber());
 				State.Hash = Take();
 				State.LinkTarget = Take();
+				State.Traits.Owner = static_cast<uint32_t>(TakeNumber());
+				State.Traits.Group = static_cast<uint32_t>(TakeNumber());
+				for (uint64_t Count = TakeNumber(); Count > 0 && bIsWhole; --Count)
+				{
+					std::string Name = Take();
+					State.Traits.Attributes.emplace_back(std::move(Name), Take());
+				}
 				return State;
 			}
 			bool IsWhole() const { return bIsWhole; }
@@ -149,6 +162,7 @@ namespace Velmora
 			Record.Before = Fields.TakeState();
 			Record.After = Fields.TakeState();
 			Record.MadeFolders = Fields.TakeList();
+			Record.OtherNames = Fields.TakeList();
 			OutLast = nullptr;
 			if (!Fields.IsWhole() || Record.TemporaryName.find('/') != std::string::npos)
 			{
@@ -204,19 +218,25 @@ namespace Velmora
 		return bIsCut ? std::string() : std::string("the list of changes cannot be written: ") + strerror(errno);
 	}
 
-	std::string FChangeLog::AppendChange(const FChangeRecord& Record, const std::string& TransactionId)
+	std::string FChangeLog::AppendChanges(const std::vector<FChangeRecord>& Records, const std::string& TransactionId)
 	{
 		LastStart = lseek(File.Get(), 0, SEEK_END);
-		FLine Line("change");
-		Line.Add(Record.Root).Add(Record.RootIdentity.Device).Add(Record.RootIdentity.Number);
-		Line.Add(static_cast<uint64_t>(Record.RootIdentity.BornAt)).Add(Record.Path).Add(Record.TemporaryName).Add(TransactionId);
-		return Append(Line.Add(Record.Before).Add(Record.After).Add(Record.MadeFolders).Take());
+		std::string Lines;
+		for (const FChangeRecord& Record : Records)
+		{
+			FLine Line("change");
+			Line.Add(Record.Root).Add(Record.RootIdentity.Device).Add(Record.RootIdentity.Number);
+			Line.Add(static_cast<uint64_t>(Record.RootIdentity.BornAt)).Add(Record.Path).Add(Record.TemporaryName).Add(TransactionId);
+			Line.Add(Record.Before).Add(Record.After).Add(Record.MadeFolders).Add(Record.OtherNames);
+			Lines += Line.Take();
+		}
+		return Append(Lines);
 	}
 
-	std::string FChangeLog::AppendFailure()
+	std::string FChangeLog::AppendFailure(size_t Count)
 	{
 		// On a full disk there is room for less, but not for more.
-		const std::string Problem = Append("failed\n");
+		const std::string Problem = Append(FLine("failed").Add(Count).Take());
 		return Problem.empty() ? Problem : CutTo(LastStart);
 	}
 
@@ -261,8 +281,11 @@ namespace Velmora
 			}
 			else if (Kind == "failed" && LastChanged)
 			{
-				History.FailedRecords.push_back(std::move(LastChanged->Records.back()));
-				LastChanged->Records.pop_back();
+				for (uint64_t Count = Fields.TakeNumber(); Count > 0 && !LastChanged->Records.empty(); --Count)
+				{
+					History.FailedRecords.push_back(std::move(LastChanged->Records.back()));
+					LastChanged->Records.pop_back();
+				}
 				LastChanged = nullptr;
 			}
 			else if (Kind == "undo")

@@ -60,10 +60,10 @@ namespace Velmora
 		bool IsOpen() const { return File.IsOpen(); }
 
 		/** Each gives a clause that says why not, or nothing. Half a line is never left. */
-		std::string AppendChange(const FChangeRecord& Record, const std::string& TransactionId);
+		std::string AppendChanges(const std::vector<FChangeRecord>& Records, const std::string& TransactionId);
 
-		/** The change that was written down last has failed. */
-		std::string AppendFailure();
+		/** The changes that were written down last, so many, have failed. */
+		std::string AppendFailure(size_t Count);
 		std::string AppendUndo(const FLoggedUndo& Undo);
 		std::string AppendNotices(const std::vector<std::string>& Notices);
 

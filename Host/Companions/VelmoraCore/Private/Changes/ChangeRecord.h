@@ -14,13 +14,16 @@ namespace Velmora
 		EEntryKind Kind = EEntryKind::Absent;
 		uint32_t Mode = 0;
 
+		/** Of a file. */
+		FFileTraits Traits;
+
 		/** Of a file's bytes (HashContent). */
 		std::string Hash;
 		std::string LinkTarget;
 
 		bool operator==(const FEntryState&) const = default;
 
-		/** The same but for what is said about the file: its mode. */
+		/** The same but for mode and traits. */
 		bool HoldsSame(const FEntryState& Other) const
 		{
 			return Kind == Other.Kind && Hash == Other.Hash && LinkTarget == Other.LinkTarget;
@@ -44,6 +47,9 @@ namespace Velmora
 		/** Folders made for it, the outer ones first. */
 		std::vector<std::string> MadeFolders;
 		std::string TemporaryName;
+
+		/** The other names of the same file in the project. */
+		std::vector<std::string> OtherNames;
 	};
 
 	/** What was done for one message of the user. */

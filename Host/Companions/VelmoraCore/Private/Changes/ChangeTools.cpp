@@ -53,10 +53,12 @@ namespace Velmora
 	{
 		FChangeOutcome Outcome;
 		size_t Lines = 0;
+		std::string Note;
 		Outcome.Problem = Access.IsOpen() ? Access.Normalise(Path, Outcome.Path) : Access.DescribeRefusal();
 		if (Outcome.Problem.empty())
 		{
-			Outcome.Problem = Journal.Change(TransactionId, Access, Root, Outcome.Path,
+			Outcome.Problem = Journal.Change(
+				TransactionId, Access, Root, Outcome.Path,
 				[&](const FEntryInfo& Info, const std::string& Bytes, FNewContent& OutContent) -> std::string
 				{
 					if (IsCancelled && IsCancelled())
@@ -85,7 +87,8 @@ namespace Velmora
 															: EChangeAction::Modified;
 					Lines = Utf8Text::SplitLines(OutContent.Bytes).size();
 					return Problem;
-				});
+				},
+				&Note);
 		}
 		Outcome.bSuccess = Outcome.Problem.empty();
 		if (!Outcome.bSuccess)
@@ -98,6 +101,7 @@ namespace Velmora
 		{
 			Outcome.Sentence += ", " + Utf8Text::Count(Lines, "line", "lines");
 		}
+		Outcome.Sentence += Note.empty() ? Note : "; " + Note;
 		return Outcome;
 	}
 

@@ -1,5 +1,7 @@
 #include "Changes/ProjectAccess.h"
 
+#include "Changes/FileTraits.h"
+
 #include <atomic>
 #include <cerrno>
 #include <climits>
@@ -79,6 +81,9 @@ namespace Velmora
 												: EEntryKind::Other;
 			Info.Mode = Status.st_mode & 07777;
 			Info.Size = static_cast<uint64_t>(Status.st_size);
+			Info.Device = Status.st_dev;
+			Info.Number = Status.st_ino;
+			Info.NameCount = Status.st_nlink;
 			return Info;
 		}
 
@@ -324,6 +329,7 @@ namespace Velmora
 		{
 			return OutInfo.Kind == EEntryKind::Folder ? "it is a folder" : "it is no regular file";
 		}
+		OutInfo.Traits = FileTraits::Read(File.Get());
 		// A file may grow while it is read; the bound holds all the same.
 		char Buffer[65536];
 		while (OutInfo.Size <= MaxBytes && OutBytes.size() <= MaxBytes)
@@ -401,10 +407,10 @@ namespace Velmora
 		bool bDone = WriteBytes(File.Get(), Bytes);
 		if (bDone && !Options.bObeysMask)
 		{
-			if (bHasOld && (Old.st_uid != geteuid() || Old.st_gid != getegid()))
+			const std::string Lost = Options.Traits ? FileTraits::Apply(File.Get(), *Options.Traits) : std::string();
+			if (Options.OutLost)
 			{
-				// Nobody but the superuser can, and then the file is the user's own.
-				[[maybe_unused]] const int Ignored = fchown(File.Get(), Old.st_uid, Old.st_gid);
+				*Options.OutLost = Lost;
 			}
 			bDone = fchmod(File.Get(), Options.Mode & 07777) == 0;
 		}
@@ -481,6 +487,23 @@ namespace Velmora
 		}
 		Flush(Folder);
 		return std::string();
+	}
+
+	std::string FProjectAccess::LinkTo(const std::string& Path, const std::string& OtherName, const std::string& TemporaryName) const
+	{
+		std::string Name;
+		std::string Other;
+		const FFileDescriptor Folder = OpenParent(Path, Name);
+		const FFileDescriptor OtherFolder = Folder.IsOpen() ? OpenParent(OtherName, Other) : FFileDescriptor();
+		const auto Link = [&] { return linkat(Folder.Get(), Name.c_str(), OtherFolder.Get(), TemporaryName.c_str(), 0) == 0; };
+		if (!OtherFolder.IsOpen() ||
+			(!Link() && (errno != EEXIST || unlinkat(OtherFolder.Get(), TemporaryName.c_str(), 0) != 0 || !Link())))
+		{
+			return DescribeLastError();
+		}
+		FWriteOptions Options;
+		Options.TemporaryName = TemporaryName;
+		return PutInPlace(OtherFolder, Other, Options);
 	}
 
 	std::string FProjectAccess::Remove(const std::string& Path) const

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "Host/FileDescriptor.h"
@@ -20,9 +21,29 @@ namespace Velmora
 		Other // Pipe, device, socket.
 	};
 
+	/** What a file has besides its bytes and mode. */
+	struct FFileTraits
+	{
+		uint32_t Owner = 0;
+		uint32_t Group = 0;
+
+		/** Extended attributes in order, the access list among them. Not those of the system's security, which go with the content. */
+		std::vector<std::pair<std::string, std::string>> Attributes;
+
+		bool operator==(const FFileTraits&) const = default;
+	};
+
 	struct FEntryInfo
 	{
 		EEntryKind Kind = EEntryKind::Absent;
+
+		/** Which file it is, and how many names it has. */
+		uint64_t Device = 0;
+		uint64_t Number = 0;
+		uint64_t NameCount = 0;
+
+		/** Known after Read. */
+		FFileTraits Traits;
 
 		/** Permission bits with set-id and sticky bits. */
 		uint32_t Mode = 0;
@@ -102,6 +123,10 @@ namespace Velmora
 			std::string TemporaryName;
 			uint32_t Mode = 0644;
 
+			/** What the file shall have, null for what a new one gets. In OutLost, if there is one: what it could not get, "its owner". */
+			const FFileTraits* Traits = nullptr;
+			std::string* OutLost = nullptr;
+
 			/** Bits that the user's mask takes away do not come through; for new files. */
 			bool bObeysMask = false;
 
@@ -125,6 +150,12 @@ namespace Velmora
 		void FlushAll() const;
 
 		std::string MakeLink(const std::string& Path, const std::string& Target, const FWriteOptions& Options) const;
+
+		/** The other names that a file has in the project. False when it has more, or they cannot be found. Takes its time. */
+		bool ListOtherNames(const std::string& Path, const FEntryInfo& Info, std::vector<std::string>& OutNames) const;
+
+		/** Makes another name stand for the file of a path, whatever stood there. */
+		std::string LinkTo(const std::string& Path, const std::string& OtherName, const std::string& TemporaryName) const;
 
 		/** A file or link. */
 		std::string Remove(const std::string& Path) const;

@@ -38,6 +38,7 @@ namespace Velmora
 		FProjectAccess::FWriteOptions Options;
 		Options.TemporaryName = TemporaryName;
 		Options.Mode = State.Mode;
+		Options.Traits = State.Kind == EEntryKind::File ? &State.Traits : nullptr;
 		return Options;
 	}
 
@@ -84,6 +85,7 @@ namespace Velmora
 				Target.HandEdits.push_back(Target.Wanted);
 			}
 			Target.Wanted = Record->Before;
+			Target.OtherNames = Record->OtherNames;
 			for (auto Made = Record->MadeFolders.rbegin(); Made != Record->MadeFolders.rend(); ++Made)
 			{
 				MadeFolders.push_back({ Access.get(), *Made });
@@ -146,6 +148,7 @@ namespace Velmora
 		{
 			return Problem;
 		}
+		Target.bHasMoreNames = Info.Kind == EEntryKind::File && Info.NameCount > 1;
 		Target.Present = Target.bIsOurFolder ? FEntryState() : MakeEntryState(Info, Bytes);
 		if (Target.IsInPlace() || Target.Present.Kind != EEntryKind::File)
 		{

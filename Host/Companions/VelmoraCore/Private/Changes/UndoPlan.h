@@ -30,6 +30,12 @@ namespace Velmora
 		/** What the user made of it between two changes of the agent, the latest first. The journal keeps the contents. */
 		std::vector<FEntryState> HandEdits;
 
+		/** With these it was one file. */
+		std::vector<std::string> OtherNames;
+
+		/** What stands there now has other names, too. */
+		bool bHasMoreNames = false;
+
 		/** A folder stands there that was made for a later file, and goes with it. */
 		bool bIsOurFolder = false;
 

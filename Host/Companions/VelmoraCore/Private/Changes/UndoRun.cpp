@@ -54,7 +54,18 @@ namespace Velmora
 			}
 			std::string Bytes;
 			std::string Problem = Plan.ReadBytes(Target, Target.Wanted, Bytes);
-			Problem = Problem.empty() ? Target.Access->WriteBeside(Target.Path, Bytes, Target.MakeOptions(Target.Wanted)) : Problem;
+			std::string Lost;
+			FProjectAccess::FWriteOptions Options = Target.MakeOptions(Target.Wanted);
+			Options.OutLost = &Lost;
+			Problem = Problem.empty() ? Target.Access->WriteBeside(Target.Path, Bytes, Options) : Problem;
+			if (!Lost.empty())
+			{
+				Plan.Notices.push_back("`" + Target.Path + "` is back as it was, but for " + Lost + '.');
+			}
+			if (Target.bHasMoreNames && Target.OtherNames.empty())
+			{
+				Plan.Notices.push_back("`" + Target.Path + "` is back as it was, but is no longer one file with its other names.");
+			}
 			if (!Problem.empty())
 			{
 				return Refuse(Target, Problem);
@@ -111,7 +122,44 @@ namespace Velmora
 					});
 			}
 		}
-		return RestoreAll(false);
+		Problem = RestoreAll(false);
+		if (Problem.empty())
+		{
+			LinkNames(true);
+		}
+		return Problem;
+	}
+
+	void FUndoRun::LinkNames(bool bTells)
+	{
+		std::set<std::pair<const FProjectAccess*, std::string>> Done;
+		for (const FUndoTarget& Target : Plan.Targets)
+		{
+			FEntryInfo Info;
+			std::string Bytes;
+			if (Target.OtherNames.empty() || !Done.insert({ Target.Access, Target.Path }).second ||
+				!Target.Access->Read(Target.Path, FKeptContents::MaxFileBytes, Bytes, Info).empty())
+			{
+				continue;
+			}
+			const FEntryState State = MakeEntryState(Info, Bytes);
+			for (const std::string& Name : Target.OtherNames)
+			{
+				FEntryInfo Other;
+				std::string OtherBytes;
+				const bool bIsNew = Done.insert({ Target.Access, Name }).second;
+				const bool bIsFile = bIsNew && Target.Access->Look(Name, Other).empty() && Other.Kind == EEntryKind::File &&
+					Target.Access->Read(Name, FKeptContents::MaxFileBytes, OtherBytes, Other).empty();
+				const bool bIsOne = bIsFile && Other.Number == Info.Number && Other.Device == Info.Device;
+				if (bIsNew && !bIsOne &&
+					(!bIsFile || !(MakeEntryState(Other, OtherBytes) == State) ||
+						!Target.Access->LinkTo(Target.Path, Name, Target.TemporaryName).empty()) &&
+					bTells)
+				{
+					Plan.Notices.push_back("`" + Target.Path + "` and `" + Name + "` are no longer one file.");
+				}
+			}
+		}
 	}
 
 	std::string FUndoRun::RestoreAll(bool bRemoves)
@@ -212,6 +260,7 @@ namespace Velmora
 			const std::string Problem = Steps.back()();
 			Lost += Problem.empty() ? std::string() : " " + Problem + ".";
 		}
+		LinkNames(false);
 		return Lost;
 	}
 

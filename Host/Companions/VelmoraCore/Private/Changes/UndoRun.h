@@ -34,6 +34,8 @@ namespace Velmora
 		std::string MakeCopy(const FUndoCopy& Copy);
 		std::string RestoreAll(bool bRemoves);
 		std::string Restore(size_t Index);
+		/** Names of one file become so again, where what they stand for is the same. */
+		void LinkNames(bool bTells);
 		std::string MakeParents(const FUndoTarget& Target, const std::string& Path);
 
 		/** Makes a name hold what a state says. */
