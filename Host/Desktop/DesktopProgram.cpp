@@ -1,5 +1,6 @@
 #include "DesktopProgram.h"
 
+#include "Async/Async.h"
 #include "ConnectionChoice.h"
 #include "ConversationPrinter.h"
 #include "CodeIntel/CodeIntelIndexManager.h"
@@ -14,6 +15,7 @@
 #include "Host/BuiltInAgentOptions.h"
 #include "Host/CodeIndexControl.h"
 #include "Host/HostAppStyle.h"
+#include "Host/HostAtomicFile.h"
 #include "Host/HostDialogs.h"
 #include "Host/HostConsole.h"
 #include "Host/HostIniStore.h"
@@ -159,6 +161,14 @@ void FDesktopProgram::SetUpServices()
 	Velmora::FUpdateGateControl::SetProblemHandler(
 		[](const FString& Sentence) { PrintToStandardError(TEXT("velmora: ") + Sentence + TEXT("\n")); });
 	const FString Folder = FPaths::EngineSavedDir() / TEXT("Velmora");
+	AsyncTask(ENamedThreads::AnyBackgroundThreadNormalTask,
+		[Folder, Saved = FPaths::ProjectSavedDir()]
+		{
+			constexpr int32 Depth = 3;
+			HostTidyFolder(Folder, Depth, true);
+			HostTidyFolder(Saved / TEXT("Config/LinuxEditor"), 0, true);
+			HostTidyFolder(Saved, Depth, false);
+		});
 	Velmora::FUpdateGateControl::Follow(Folder / TEXT("Release.json"), Folder / TEXT("Updates"));
 }
 

@@ -282,3 +282,32 @@ TEST_F(ConversationStores, ManyThreadsAndProgramsWriteAndRead)
 	EXPECT_EQ(All->Messages.Num(), Stored.load());
 	EXPECT_GT(Stored.load(), MessageCount);
 }
+
+TEST_F(ConversationStores, FilesAndFolderAreTheUsersAloneWhateverTheyWere)
+{
+	const auto ModeOf = [this](const std::string& Name)
+	{
+		struct stat Info;
+		return stat(Folder.AtBytes(Name.c_str()).c_str(), &Info) == 0 ? Info.st_mode & 0777 : 0u;
+	};
+	const auto ExpectPrivate = [&]
+	{
+		EXPECT_EQ(ModeOf("Velmora"), 0700u);
+		EXPECT_EQ(ModeOf("Velmora/Game.db"), 0600u);
+		EXPECT_EQ(ModeOf("Velmora/Game.db-wal"), 0600u);
+	};
+	const mode_t Mask = umask(0277);
+	const TSharedRef<FStore> First = OpenStore();
+	Put(*First, Conversation(TEXT("A"), { TEXT("a") }));
+	umask(Mask);
+	ExpectPrivate();
+	First->Close();
+	for (const char* const Name : { "Velmora/Game.db", "Velmora/Game.db-wal" })
+	{
+		chmod(Folder.AtBytes(Name).c_str(), 0666);
+	}
+	chmod(Folder.AtBytes("Velmora").c_str(), 0777);
+	const TSharedRef<FStore> Second = OpenStore();
+	EXPECT_EQ(Read(*Second, TEXT("A")), "a");
+	ExpectPrivate();
+}

@@ -8,12 +8,16 @@
 #include "Support/Base/Printers.h"
 #include "Support/Base/TempFolder.h"
 
+#include <algorithm>
 #include <cmath>
 #include <csignal>
 #include <fcntl.h>
+#include <filesystem>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <vector>
 #include <unistd.h>
 
 namespace
@@ -53,6 +57,11 @@ namespace
 	class SystemFiles : public ::testing::Test
 	{
 	protected:
+		mode_t ModeOf(const char* Name) const
+		{
+			struct stat Info;
+			return stat(Temp.AtBytes(Name).c_str(), &Info) == 0 ? Info.st_mode & 0777 : 0u;
+		}
 		void SetUp() override { FHostLog::SetStderrVerbosity(ELogVerbosity::NoLogging); }
 		void TearDown() override
 		{
@@ -210,19 +219,57 @@ TEST_F(SystemFiles, WhatIsKeptForTheProgramIsPrivateAndExportsFollowTheUmask)
 	IFileManager* const Files = &IFileManager::Get();
 	EXPECT_TRUE(FFileHelper::SaveStringToFile(TEXT("x"), *Temp.At(TEXT("export"))));
 	EXPECT_TRUE(FFileHelper::SaveStringToFile(TEXT("x"), *Temp.At(TEXT("ours")), EEncoding::AutoDetect, Files, HostWritePrivate));
-	// An existing file keeps its mode, and nothing readable stands beside it meanwhile.
+	// One that is found wider becomes the user's alone.
 	Temp.Write("shared", "old");
 	chmod(Temp.AtBytes("shared").c_str(), 0664);
 	EXPECT_TRUE(FFileHelper::SaveStringToFile(TEXT("x"), *Temp.At(TEXT("shared")), EEncoding::AutoDetect, Files, HostWritePrivate));
 	umask(OldMask);
-	const auto ModeOf = [this](const char* Name)
-	{
-		struct stat Info;
-		return stat(Temp.AtBytes(Name).c_str(), &Info) == 0 ? Info.st_mode & 0777 : 0u;
-	};
 	EXPECT_EQ(ModeOf("export"), 0640u);
 	EXPECT_EQ(ModeOf("ours"), 0600u);
-	EXPECT_EQ(ModeOf("shared"), 0664u);
+	EXPECT_EQ(ModeOf("shared"), 0600u);
+
+	const mode_t Strict = umask(0777);
+	EXPECT_TRUE(FFileHelper::SaveStringToFile(TEXT("x"), *Temp.At(TEXT("strict")), EEncoding::AutoDetect, Files, HostWritePrivate));
+	umask(Strict);
+	EXPECT_EQ(ModeOf("strict"), 0600u);
+}
+
+TEST_F(SystemFiles, WhatKilledSavesHaveLeftGoesAndNothingElse)
+{
+	// The number of a process that was there and is not any more.
+	const pid_t Gone = fork();
+	if (Gone == 0)
+	{
+		_exit(0);
+	}
+	ASSERT_EQ(waitpid(Gone, nullptr, 0), Gone);
+	const std::string Dead = ".save-" + std::to_string(Gone) + "-";
+	const std::string Alive = ".save-" + std::to_string(getppid()) + "-3.tmp";
+	for (const std::string& Name :
+		{ Dead + "1.tmp", "a/b/" + Dead + "2.tmp", "a/b/c/" + Dead + "2.tmp", Alive, Dead + "1.tmp.txt", "x" + Dead + "1.tmp" })
+	{
+		Temp.Write(Name.c_str(), "x");
+	}
+	chmod(Temp.AtBytes("a").c_str(), 0755);
+	chmod(Temp.AtBytes("a/b/c").c_str(), 0755);
+	HostTidyFolder(Temp.At(TEXT("")), 2, false);
+	EXPECT_EQ(ModeOf("a"), 0755u);
+	HostTidyFolder(Temp.At(TEXT("a")), 0, true);
+	EXPECT_EQ(ModeOf("a"), 0700u);
+	EXPECT_EQ(ModeOf("a/b"), 0700u);
+	EXPECT_EQ(ModeOf("a/b/c"), 0755u);
+	std::vector<std::string> Left;
+	for (const auto& Entry : std::filesystem::recursive_directory_iterator(Temp.AtBytes("")))
+	{
+		if (Entry.is_regular_file())
+		{
+			Left.push_back(Entry.path().lexically_relative(Temp.AtBytes("")).native());
+		}
+	}
+	std::sort(Left.begin(), Left.end());
+	std::vector<std::string> Expected = { Alive, Dead + "1.tmp.txt", "a/b/c/" + Dead + "2.tmp", "x" + Dead + "1.tmp" };
+	std::sort(Expected.begin(), Expected.end());
+	EXPECT_EQ(Left, Expected);
 }
 
 TEST_F(SystemFiles, ACopyIsWholeOrNothing)

@@ -425,6 +425,7 @@ namespace Velmora
 
 	TOutcome<FConversationStore::EDamage> FConversationStore::Connect(int32 TimeoutMilliseconds)
 	{
+		StoreFiles::MakePrivate(Path);
 		Connection = std::make_unique<FSqliteConnection>();
 		if (const FOutcome Opened = StoreSchema::Open(*Connection, Path, ESqliteAccess::Write); !Opened)
 		{

@@ -10,6 +10,8 @@
 #include <unistd.h>
 
 #include "CoreMinimal.h"
+#include "Host/HostFileNames.h"
+#include "Host/StoreLocation.h"
 #include "Text/Utf8Text.h"
 
 namespace Velmora::StoreFiles
@@ -66,6 +68,20 @@ namespace Velmora::StoreFiles
 		FFileDescriptor File = FFileDescriptor::Open(Path, O_RDWR | O_CREAT | O_EXCL, 0600);
 		const bool bIsMade = File.IsOpen() && HostRetryInterrupted([&File] { return fchmod(File.Get(), 0600); }) == 0 && File.Close();
 		return bIsMade ? FOutcome::Done() : FOutcome::FromSystem(errno, Path);
+	}
+
+	void MakePrivate(const std::string& Path)
+	{
+		(void)MakePrivateFolder(HostFileNameFromBytes(GetFolder(Path))); // It is there; only its mode may change.
+		for (const char* Ending : { "", "-wal", "-shm" })
+		{
+			const std::string Name = Path + Ending;
+			struct stat Status;
+			if (stat(Name.c_str(), &Status) == 0 && S_ISREG(Status.st_mode) && (Status.st_mode & 077) != 0)
+			{
+				HostRetryInterrupted([&Name, &Status] { return chmod(Name.c_str(), Status.st_mode & 0600); });
+			}
+		}
 	}
 
 	FOutcome Move(const std::string& From, const std::string& To)

@@ -35,6 +35,9 @@ namespace Velmora::StoreFiles
 	/** An empty file for the user alone, whatever the mask. Exists when there is one. */
 	FOutcome CreateEmpty(const std::string& Path);
 
+	/** Takes everybody else's rights to a database, its companions and its folder away, if they have any. */
+	void MakePrivate(const std::string& Path);
+
 	/** Gives a file another name, in one step. */
 	FOutcome Move(const std::string& From, const std::string& To);
 

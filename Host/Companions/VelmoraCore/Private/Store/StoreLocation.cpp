@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <string>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include "Host/HostFileNames.h"
 #include "Host/ProjectFolder.h"
@@ -67,10 +68,12 @@ namespace Velmora
 		for (size_t End = Path.find('/', 1);; End = Path.find('/', End + 1))
 		{
 			const std::string Part = Path.substr(0, End);
-			struct stat Status;
+			struct stat Status = {};
 			if (stat(Part.c_str(), &Status) != 0)
 			{
-				if (HostRetryInterrupted([&Part] { return mkdir(Part.c_str(), 0700); }) != 0 && errno != EEXIST)
+				const bool bIsMade = HostRetryInterrupted([&Part] { return mkdir(Part.c_str(), 0700); }) == 0;
+				// The mask may have taken bits away that the user needs.
+				if (bIsMade ? HostRetryInterrupted([&Part] { return chmod(Part.c_str(), 0700); }) != 0 : errno != EEXIST)
 				{
 					return FOutcome::FromSystem(errno, Part).Explain("The folder " + Part + " cannot be made");
 				}
@@ -81,6 +84,11 @@ namespace Velmora
 			}
 			if (End == std::string::npos)
 			{
+				// Found wider, from an earlier version or a copy: it is ours alone from now on. Somebody else's stays as it is.
+				if ((Status.st_mode & 077) != 0 && S_ISDIR(Status.st_mode) && Status.st_uid == geteuid())
+				{
+					HostRetryInterrupted([&Part, &Status] { return chmod(Part.c_str(), Status.st_mode & 0700); });
+				}
 				return FOutcome::Done();
 			}
 		}

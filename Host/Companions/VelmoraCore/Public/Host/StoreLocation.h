@@ -31,7 +31,8 @@ namespace Velmora
 	VELMORACORE_API FStoreLocation GetStoreLocation();
 
 	/**
-	 * Makes a folder and the missing ones above it, each for the user alone (mode 0700). Any thread. Words are a sentence.
+	 * Makes a folder and the missing ones above it, each for the user alone (mode 0700), whatever the mask. The folder itself
+	 * becomes so when it is found wider. Any thread. Words are a sentence.
 	 */
 	VELMORACORE_API FOutcome MakePrivateFolder(const FString& Folder);
 }

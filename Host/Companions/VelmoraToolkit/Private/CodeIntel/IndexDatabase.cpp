@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include <fcntl.h>
+#include <sys/stat.h>
 
 #include "Host/FileDescriptor.h"
 
@@ -102,6 +103,10 @@ namespace Velmora::CodeIntel
 		Root = InRoot;
 		// A new file is for the user alone, and so is the log that takes its mode from it.
 		(void)FFileDescriptor::Open(Path, O_WRONLY | O_CREAT | O_EXCL, 0600);
+		for (const char* const Ending : { "", "-wal", "-shm" })
+		{
+			HostRetryInterrupted([Name = Path + Ending] { return chmod(Name.c_str(), 0600); });
+		}
 		if (FOutcome Opened = Connection.Open(Path, ESqliteAccess::Create); !Opened)
 		{
 			return Opened;

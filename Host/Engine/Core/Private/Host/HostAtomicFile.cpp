@@ -7,7 +7,9 @@
 
 #include <atomic>
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
+#include <ctime>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -147,15 +149,18 @@ namespace
 	};
 
 	/** @param WriteContents  Fills the open file; false with errno on failure. */
-	bool ReplaceWhole(const std::string& Path, TFunctionRef<bool(const FFileDescriptor&)> WriteContents, const struct stat* Existing,
-		mode_t NewMode, bool bMayReplace)
+	bool ReplaceWhole(
+		const std::string& Path, TFunctionRef<bool(const FFileDescriptor&)> WriteContents, const struct stat* Existing, uint32 WriteFlags)
 	{
 		const std::string Folder = HostFileSystem::GetParent(Path);
+		const bool bPrivate = (WriteFlags & HostWritePrivate) != 0;
 		// What replaces a file that others may not read must not be readable while it is made.
-		FUnfinishedFile File(Folder, Existing ? 0600 : NewMode);
-		const auto TakeMode = [&File, Existing] { return Existing ? fchmod(File.Get().Get(), Existing->st_mode & 07777) : 0; };
+		FUnfinishedFile File(Folder, Existing || bPrivate ? 0600 : 0666);
+		// A file of our own is nobody else's, whatever the mask and whatever it was before.
+		const mode_t Mode = !Existing ? 0600 : Existing->st_mode & (bPrivate ? 0700 : 07777);
+		const auto TakeMode = [&] { return Existing || bPrivate ? fchmod(File.Get().Get(), Mode) : 0; };
 		const bool bDone = File.Get().IsOpen() && WriteContents(File.Get()) && HostRetryInterrupted(TakeMode) == 0 && File.Get().Flush() &&
-			File.TakeName(Path, bMayReplace);
+			File.TakeName(Path, (WriteFlags & FILEWRITE_NoReplaceExisting) == 0);
 		if (bDone)
 		{
 			FlushFolder(Folder);
@@ -184,13 +189,12 @@ namespace
 				return WriteStraight(Path, Bytes);
 			}
 		}
-		const mode_t NewMode = (WriteFlags & HostWritePrivate) ? 0600 : 0666;
 		if (WriteFlags & FILEWRITE_Append)
 		{
-			return AppendInPlace(Path, Bytes, NewMode);
+			return AppendInPlace(Path, Bytes, (WriteFlags & HostWritePrivate) ? 0600 : 0666);
 		}
 		const auto WriteContents = [Bytes](const FFileDescriptor& File) { return File.Write(Bytes); };
-		return ReplaceWhole(Path, WriteContents, bExists ? &Info : nullptr, NewMode, !(WriteFlags & FILEWRITE_NoReplaceExisting));
+		return ReplaceWhole(Path, WriteContents, bExists ? &Info : nullptr, WriteFlags);
 	}
 
 	bool CopyContents(const FFileDescriptor& From, const FFileDescriptor& To, int64 Total, TFunctionRef<bool(int64, int64)> OnProgress)
@@ -250,8 +254,7 @@ bool HostCopyFile(const FString& Source, const FString& Target, uint32 WriteFlag
 	const bool bExists = bMade && stat(To.c_str(), &Existing) == 0;
 	const auto WriteContents = [&File, &Info, &OnProgress](const FFileDescriptor& Opened)
 	{ return CopyContents(File, Opened, int64(Info.st_size), OnProgress); };
-	const mode_t NewMode = (WriteFlags & HostWritePrivate) ? 0600 : 0666;
-	if (!bMade || !ReplaceWhole(To, WriteContents, bExists ? &Existing : nullptr, NewMode, !(WriteFlags & FILEWRITE_NoReplaceExisting)))
+	if (!bMade || !ReplaceWhole(To, WriteContents, bExists ? &Existing : nullptr, WriteFlags))
 	{
 		OutReason = HostFileSystem::Describe(errno);
 		return false;
@@ -274,4 +277,75 @@ bool HostSaveFile(const FString& Path, const void* Data, int64 Size, uint32 Writ
 		return false;
 	}
 	return true;
+}
+
+namespace
+{
+	/** Of a save that came to a sudden end: its process is gone, or has had more than enough time. */
+	bool IsSaveLeftover(const std::string& Path, std::string_view Name)
+	{
+		constexpr std::time_t LongestSaveSeconds = 3600;
+		int Process = 0;
+		int Length = 0;
+		struct stat Info;
+		if (std::sscanf(std::string(Name).c_str(), ".save-%d-%*u.tmp%n", &Process, &Length) != 1 ||
+			static_cast<std::size_t>(Length) != Name.size() || lstat(Path.c_str(), &Info) != 0 || !S_ISREG(Info.st_mode))
+		{
+			return false;
+		}
+		const bool bIsGone = Process > 0 && kill(Process, 0) != 0 && errno == ESRCH;
+		return bIsGone || std::time(nullptr) - Info.st_mtime > LongestSaveSeconds;
+	}
+
+	/** Takes everybody else's rights to something of the user's away. */
+	void TakeOthersRights(const std::string& Path, bool bFollowLink)
+	{
+		struct stat Info;
+		const int Found = bFollowLink ? stat(Path.c_str(), &Info) : lstat(Path.c_str(), &Info);
+		if (Found == 0 && (S_ISREG(Info.st_mode) || S_ISDIR(Info.st_mode)) && (Info.st_mode & 077) != 0 && Info.st_uid == geteuid())
+		{
+			HostRetryInterrupted([&Path, &Info] { return chmod(Path.c_str(), Info.st_mode & 0700); });
+		}
+	}
+
+	void TidyBelow(const std::string& Folder, int32 Depth, bool bMakePrivate)
+	{
+		const auto Stream = HostFileSystem::OpenFolder(Folder);
+		while (const dirent* const Entry = Stream ? readdir(Stream.get()) : nullptr)
+		{
+			const std::string_view Name(Entry->d_name);
+			if (Name == "." || Name == "..")
+			{
+				continue;
+			}
+			const std::string Path = Folder + "/" + Entry->d_name;
+			if (IsSaveLeftover(Path, Name))
+			{
+				HostRetryInterrupted([&Path] { return unlink(Path.c_str()); });
+				continue;
+			}
+			if (bMakePrivate)
+			{
+				TakeOthersRights(Path, false);
+			}
+			if (Entry->d_type == DT_DIR && Depth > 0)
+			{
+				TidyBelow(Path, Depth - 1, bMakePrivate);
+			}
+		}
+	}
+}
+
+void HostTidyFolder(const FString& Folder, int32 Depth, bool bMakePrivate)
+{
+	const std::string Bytes = HostFileSystem::ToBytes(Folder);
+	if (Bytes.empty())
+	{
+		return;
+	}
+	if (bMakePrivate)
+	{
+		TakeOthersRights(Bytes, true); // A folder that the user has put elsewhere is theirs alone there, too.
+	}
+	TidyBelow(Bytes, Depth, bMakePrivate);
 }

@@ -4,8 +4,8 @@
 #include "Templates/Function.h"
 
 /**
- * Beside EFileWrite: a file that is new is for the user alone (mode 0600), whatever the umask. For what the program keeps
- * for itself; what the user asked to be saved follows the umask.
+ * Beside EFileWrite: the file is for the user alone (mode 0600), whatever the umask, and becomes so when it was not. For
+ * what the program keeps for itself; what the user asked to be saved follows the umask.
  */
 constexpr uint32 HostWritePrivate = 0x10000;
 
@@ -19,6 +19,14 @@ constexpr uint32 HostWritePrivate = 0x10000;
  * @param OutReason   Filled with a sentence on failure.
  */
 CORE_API bool HostSaveFile(const FString& Path, const void* Data, int64 Size, uint32 WriteFlags, FString& OutReason);
+
+/**
+ * Removes what saves that came to a sudden end have left in a folder and Depth levels below it. Saves of other programs that are
+ * under way stay. For the start; any thread.
+ *
+ * @param bMakePrivate  The folder and all that is found there become the user's alone, as far as they are the user's.
+ */
+CORE_API void HostTidyFolder(const FString& Folder, int32 Depth, bool bMakePrivate);
 
 /**
  * Copies a file of any size in the same way: the new one takes its name only when it is whole.
