@@ -1,6 +1,4 @@
-#include "AgentFixture.h"
-#include "Host/AgentConnections.h"
-#include "Support/Peer/ScriptedPeer.h"
+#include "ModelTurnFixture.h"
 
 #include <filesystem>
 #include <fstream>
@@ -15,66 +13,9 @@ using Velmora::FAgentConnections;
 
 namespace
 {
-	/** The agent with a scripted server as its model. */
-	class ModelTurn : public FAgentTest
+	class ModelTurn : public FModelTurnTest
 	{
-	protected:
-		void TearDown() override
-		{
-			FAgentTest::TearDown();
-			FAgentConnections::Select({});
-		}
-
-		static void Use(const FScriptedPeer& Peer, const TCHAR* Model = TEXT("m"))
-		{
-			FAgentConnection Connection;
-			Connection.Name = TEXT("peer");
-			Connection.Url = Text(Peer.GetUrl());
-			Connection.Model = Model;
-			FAgentConnections::Select(Connection);
-		}
-
-		/** A server that gives these answers in turn, and keeps what it was asked. */
-		FScriptedPeer::FScript Give(std::vector<std::string> Answers)
-		{
-			return FScriptedPeer::AnswerEach(
-				[this, Answers = std::move(Answers)](const FPeerConnection::FRequest& Request, int Number)
-				{
-					const std::scoped_lock Lock(Mutex);
-					Requests.push_back(Request);
-					return Answers[std::min<size_t>(static_cast<size_t>(Number), Answers.size() - 1)];
-				});
-		}
-
-		std::string LastBody()
-		{
-			const std::scoped_lock Lock(Mutex);
-			return Requests.empty() ? std::string() : Requests.back().Body;
-		}
-
-		std::string ReadFile(const std::string& Path) const
-		{
-			std::ifstream File(Project.PathOf(Path), std::ios::binary);
-			return std::string(std::istreambuf_iterator<char>(File), {});
-		}
-
-		std::mutex Mutex;
-		std::vector<FPeerConnection::FRequest> Requests;
 	};
-
-	std::string Final(std::string_view Text)
-	{
-		return Stream({ Say(Text), Chunk("{}", "stop"), "[DONE]" });
-	}
-
-	std::string WithCalls(std::string_view Text, const std::vector<std::string>& Calls)
-	{
-		std::vector<std::string> Datas = { Say(Text) };
-		Datas.insert(Datas.end(), Calls.begin(), Calls.end());
-		Datas.push_back(Chunk("{}", "tool_calls"));
-		Datas.push_back("[DONE]");
-		return Stream(Datas);
-	}
 }
 
 TEST_F(ModelTurn, RoundsOfCallsChangeFilesAndCanBeUndone)

@@ -1,8 +1,8 @@
 #include "Turn/ModelTurn.h"
 
 #include <algorithm>
-#include <mutex>
 
+#include "Agent/ModelConsents.h"
 #include "Agent/Transcript.h"
 #include "Http/WebAddress.h"
 #include "Text/Utf8Text.h"
@@ -23,32 +23,6 @@ namespace Velmora
 
 		/** Without a figure of the server's: what most models take. */
 		constexpr size_t UnknownContextBytes = 400 * 1024;
-
-		/** Consents of this process, by project, subject and tool. */
-		class FConsents
-		{
-		public:
-			bool Has(const std::string& Subject)
-			{
-				const std::scoped_lock Lock(Mutex);
-				return Given.count(Subject) > 0;
-			}
-			void Add(const std::string& Subject)
-			{
-				const std::scoped_lock Lock(Mutex);
-				Given.insert(Subject);
-			}
-
-		private:
-			std::mutex Mutex;
-			std::set<std::string> Given;
-		};
-
-		FConsents& GetConsents()
-		{
-			static FConsents Consents;
-			return Consents;
-		}
 	}
 
 	FModelTurn::FModelTurn(
@@ -61,6 +35,7 @@ namespace Velmora
 		, Tools(Files, InInput.IsAdvisor() ? nullptr : InInput.Journal.get(), InInput.TransactionId,
 			  [&InControl] { return InControl.IsCancelled(); })
 		, Client(Dialect, InConnection.Server)
+		, Activity(InConnection)
 	{
 		Control.SetCancelHook([this] { Client.Cancel(); });
 	}
@@ -140,8 +115,7 @@ namespace Velmora
 
 	bool FModelTurn::AskOnce(const FTurnQuestion& Question, FPermissionAnswer& OutAnswer)
 	{
-		const std::string Key = Input.ProjectFolder + '\n' + Question.Tool + '\n' + Question.Subject;
-		if (GetConsents().Has(Key))
+		if (ModelConsents::Has(Input.ProjectFolder, Question.Tool, Question.Subject))
 		{
 			OutAnswer.Decision.Kind = EDecision::AllowedOnce;
 			return true;
@@ -149,7 +123,7 @@ namespace Velmora
 		OutAnswer = AskUser(Input, Control, Sink, Question);
 		if (OutAnswer.Decision.IsAllowed())
 		{
-			GetConsents().Add(Key);
+			ModelConsents::Add(Input.ProjectFolder, Question.Tool, Question.Subject);
 		}
 		return OutAnswer.Decision.Kind != EDecision::Stopped;
 	}
@@ -293,7 +267,7 @@ namespace Velmora
 	{
 		for (int Try = 1;;)
 		{
-			OutReply = Client.Ask(Request);
+			OutReply = Activity.Ask(Client, Request);
 			if (Control.IsCancelled())
 			{
 				return false;
@@ -345,11 +319,12 @@ namespace Velmora
 		if (bPasses && bHasNothing && Try < MaxTries && Wait <= MaxWaitSeconds)
 		{
 			++Try;
-			Tell(ETurnReportKind::Step,
-				std::string(
-					Problem.Fault == EModelFault::RateLimited ? "The server takes no more requests for now" : "The server is overloaded") +
-					"; trying again in " + std::to_string(static_cast<int>(Wait)) + " s (try " + std::to_string(Try) + " of " +
-					std::to_string(MaxTries) + ").");
+			const std::string Why = std::string(Problem.Fault == EModelFault::RateLimited ? "The server takes no more requests for now"
+																						  : "The server is overloaded") +
+				"; trying again in " + std::to_string(static_cast<int>(Wait)) + " s (try " + std::to_string(Try) + " of " +
+				std::to_string(MaxTries) + ").";
+			Tell(ETurnReportKind::Step, Why);
+			const FModelActivity::FRow Row = Activity.OpenWait(Why);
 			return Control.Sleep(Wait) && Control.WaitUntilRunning() ? ENext::Again : ENext::Over;
 		}
 

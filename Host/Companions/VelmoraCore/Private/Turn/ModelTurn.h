@@ -11,6 +11,7 @@
 #include "Model/ModelClient.h"
 #include "Tools/ProjectFiles.h"
 #include "Tools/ToolBox.h"
+#include "Turn/ModelActivity.h"
 #include "Turn/TurnPermissions.h"
 #include "Turn/TurnRunner.h"
 
@@ -73,6 +74,7 @@ namespace Velmora
 		FToolBox Tools;
 		const FChatCompletions Dialect;
 		FModelClient Client;
+		FModelActivity Activity;
 		FModelRequest Request;
 
 		/** What the user said instead of agreeing; told to the model behind the results of the round. */

@@ -114,9 +114,14 @@ namespace Velmora
 			{
 				Text = "Not done: the user has changed the course meanwhile.";
 			}
-			else if (!RunCall(Call, Text))
+			else
 			{
-				return false;
+				FModelActivity::FRow Row = Activity.OpenCall(Call);
+				if (!RunCall(Call, Text))
+				{
+					return false;
+				}
+				Row.SetResult(Text);
 			}
 			if (Reply.DroppedCalls > 0 && &Call == &Reply.Calls.back())
 			{

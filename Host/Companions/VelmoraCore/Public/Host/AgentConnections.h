@@ -2,6 +2,7 @@
 
 #include "CoreMinimal.h"
 #include "Misc/Optional.h"
+#include "Templates/Function.h"
 
 namespace Velmora
 {
@@ -34,6 +35,51 @@ namespace Velmora
 
 		/** How often a turn may ask the model before the user is asked whether it may go on. */
 		int32 MaxRounds = 50;
+
+		// How long the server may be silent, in seconds.
+		int32 ConnectSeconds = 10;
+		int32 FirstByteSeconds = 120;
+		int32 SilenceSeconds = 60;
+
+		// For a million tokens each, in whatever currency the user thinks in; 0 where nothing is to be counted.
+		double PromptPrice = 0.0;
+		double CompletionPrice = 0.0;
+
+		// Beyond these the user is asked whether it may go on; 0 for no limit. A day ends at midnight, local time.
+		int64 MaxTurnTokens = 0;
+		int64 MaxDayTokens = 0;
+		double MaxTurnCost = 0.0;
+		double MaxDayCost = 0.0;
+	};
+
+	/** What a test of a connection has found. */
+	struct FConnectionReport
+	{
+		/** An answer came. */
+		bool bSuccess = false;
+
+		/** All of it in one sentence or two. */
+		FString Sentence;
+
+		/** That the server lists; empty when it lists none. */
+		TArray<FString> Models;
+
+		/** The one that was asked. */
+		FString Model;
+
+		/** 0 when the server does not say. */
+		int64 ContextTokens = 0;
+
+		enum class ETools : uint8
+		{
+			Unknown, // The server took the tools, and the model did not call the one that it was asked to call.
+			Yes,
+			No
+		};
+		ETools Tools = ETools::Unknown;
+
+		/** Of the answer; negative when none came. */
+		double FirstByteSeconds = -1.0;
 	};
 
 	/**
@@ -52,6 +98,31 @@ namespace Velmora
 		 * @param OutProblem  A sentence when there is a file that cannot be used; the list is empty then.
 		 */
 		static TArray<FAgentConnection> List(FString& OutProblem);
+
+		/**
+		 * Writes the whole list, whole or not at all, so that the user alone may read it. Names must differ and pass Check.
+		 *
+		 * @return Empty, or a sentence that says why nothing was written.
+		 */
+		[[nodiscard]] static FString Save(const TArray<FAgentConnection>& Connections);
+
+		/** The name of the connection that answers from the start of the program on; empty for the built-in agent. Any thread. */
+		static FString GetDefault();
+
+		/** Empty, or a sentence that says why nothing was written. */
+		[[nodiscard]] static FString SetDefault(const FString& Name);
+
+		/** Where a connection's key comes from, for people: "the variable X"; empty when there is none. Any thread; may wait for a keyring.
+		 */
+		static FString DescribeKey(const FAgentConnection& Connection);
+
+		/**
+		 * Keeps a key for the connection's scheme, host and port: in the user's keyring where there is one, else in a file that
+		 * only the user may read. An empty key is forgotten in both. Any thread; may wait for a keyring.
+		 *
+		 * @return Empty, or a sentence that says why it was not kept.
+		 */
+		[[nodiscard]] static FString StoreKey(const FAgentConnection& Connection, const FString& Key);
 
 		/** Empty, or a sentence that says what is wrong with it and how it is put right. */
 		static FString Check(const FAgentConnection& Connection);
@@ -72,5 +143,12 @@ namespace Velmora
 		 * @return False with a sentence when the server gives no list.
 		 */
 		static bool ListModels(const FAgentConnection& Connection, TArray<FString>& OutLines, FString& OutProblem);
+
+		/**
+		 * Lists the models and asks the model for a short answer and a call of a tool. Sends nothing of the project.
+		 *
+		 * @param Done  Called once on the game thread, when its tasks are run.
+		 */
+		static void Test(const FAgentConnection& Connection, TFunction<void(const FConnectionReport&)> Done);
 	};
 }

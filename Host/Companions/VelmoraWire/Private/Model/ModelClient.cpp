@@ -146,12 +146,17 @@ namespace Velmora
 	{
 	}
 
-	FModelReply FModelClient::Ask(const FModelRequest& Request, FReplyBuilder::FOnPiece OnPiece)
+	FModelReply FModelClient::Ask(const FModelRequest& Request, FReplyBuilder::FOnPiece OnPiece, const FOnSend& OnSend)
 	{
+		const FHttpRequest Http = Dialect.MakeRequest(Server, Request);
+		if (OnSend)
+		{
+			OnSend(Http.Body);
+		}
 		FReplyBuilder Builder(std::move(OnPiece));
 		const std::unique_ptr<IReplyReader> Reader = Dialect.MakeReader(Builder);
 		FAnswerReader Answer(*Reader, Builder);
-		const FHttpReply Exchange = Http.Run(Dialect.MakeRequest(Server, Request), Answer);
+		const FHttpReply Exchange = Stream.Run(Http, Answer);
 
 		// 1. A refusal says more than how its connection ended.
 		const bool bIsCancelled = Exchange.End == EHttpEnd::Cancelled;
@@ -198,7 +203,7 @@ namespace Velmora
 		FReplyBuilder Builder;
 		const std::unique_ptr<IReplyReader> Refusal = Dialect.MakeReader(Builder);
 		FBodyReader Body;
-		const FHttpReply Reply = Http.Run(Dialect.MakeListRequest(Server), Body);
+		const FHttpReply Reply = Stream.Run(Dialect.MakeListRequest(Server), Body);
 		if (Body.Status >= 400)
 		{
 			Refusal->OnRefusal(Body.Status, std::string_view(Body.Body).substr(0, MaxRefusalBytes));

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <functional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "CoreMinimal.h"
@@ -19,19 +21,22 @@ namespace Velmora
 		/** The dialect must outlive the client. */
 		FModelClient(const IModelDialect& InDialect, const FModelServer& InServer);
 
-		/** @param OnPiece  Called on this thread as the answer comes. */
-		FModelReply Ask(const FModelRequest& Request, FReplyBuilder::FOnPiece OnPiece = nullptr);
+		/** Gets the body of the request right before it is sent; the key is in none. */
+		using FOnSend = std::function<void(std::string_view Body)>;
+
+		/** @param OnPiece  Called on this thread as the answer comes; so is OnSend. */
+		FModelReply Ask(const FModelRequest& Request, FReplyBuilder::FOnPiece OnPiece = nullptr, const FOnSend& OnSend = nullptr);
 
 		/** Returns no problem with the list, or a problem and no list. */
 		FModelProblem ListModels(std::vector<FModelInfo>& OutModels);
 
 		/** For good: what is under way ends at once, its connection is closed. Any thread. */
-		void Cancel() { Http.Cancel(); }
+		void Cancel() { Stream.Cancel(); }
 
 	private:
 		const IModelDialect& Dialect;
 		const FModelServer Server;
-		FHttpStream Http;
+		FHttpStream Stream;
 	};
 
 	/** One or two sentences for people: what went wrong with that server and what to do about it. Pure. */

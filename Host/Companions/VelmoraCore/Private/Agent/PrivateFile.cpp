@@ -1,0 +1,83 @@
+#include "Agent/PrivateFile.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "Changes/ProjectAccess.h"
+#include "Host/FileDescriptor.h"
+#include "Host/HostFileNames.h"
+#include "Host/StoreLocation.h"
+
+namespace Velmora::PrivateFile
+{
+	namespace
+	{
+		constexpr size_t MaxFileBytes = 1024 * 1024;
+	}
+
+	std::string GetFolder()
+	{
+		const char* const Config = getenv("XDG_CONFIG_HOME");
+		if (Config && Config[0] == '/')
+		{
+			return std::string(Config) + "/velmora-ui";
+		}
+		const char* const Home = getenv("HOME");
+		return Home && Home[0] == '/' ? std::string(Home) + "/.config/velmora-ui" : std::string();
+	}
+
+	bool Read(const std::string& Name, std::string& OutText, std::string& OutProblem)
+	{
+		OutProblem.clear();
+		const std::string Path = GetFolder() + '/' + Name;
+		const FFileDescriptor File(open(Path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+		if (!File.IsOpen())
+		{
+			OutProblem = errno == ENOENT || errno == ENOTDIR ? std::string() : Path + " cannot be read.";
+			return false;
+		}
+		struct stat Info = {};
+		if (fstat(File.Get(), &Info) != 0 || !S_ISREG(Info.st_mode) || (Info.st_mode & 077) != 0)
+		{
+			OutProblem = Path + " may be read by others. Make it yours alone: chmod 600 \"" + Path + "\".";
+			return false;
+		}
+		OutText.resize(MaxFileBytes + 1);
+		size_t Length = 0;
+		ssize_t Count = 0;
+		while (Length < OutText.size() && (Count = read(File.Get(), OutText.data() + Length, OutText.size() - Length)) > 0)
+		{
+			Length += static_cast<size_t>(Count);
+		}
+		OutText.resize(Length);
+		if (Count < 0 || Length > MaxFileBytes)
+		{
+			OutText.clear();
+			OutProblem = Path + " cannot be read, or is larger than 1 MiB.";
+			return false;
+		}
+		return true;
+	}
+
+	std::string Write(const std::string& Name, std::string_view Text)
+	{
+		const std::string Folder = GetFolder();
+		if (Folder.empty())
+		{
+			return "There is no configuration folder: neither XDG_CONFIG_HOME nor HOME is set.";
+		}
+		if (const FOutcome Made = MakePrivateFolder(HostFileNameFromBytes(Folder)); !Made)
+		{
+			return Folder + " could not be made: " + Made.GetWords();
+		}
+		const FProjectAccess Access(Folder);
+		FProjectAccess::FWriteOptions Options;
+		Options.TemporaryName = Name + ".new";
+		Options.Mode = 0600;
+		const std::string Problem = Access.IsOpen() ? Access.Write(Name, Text, Options) : Access.DescribeRefusal();
+		return Problem.empty() ? std::string() : Folder + '/' + Name + " could not be written: " + Problem + '.';
+	}
+}

@@ -1,0 +1,70 @@
+#pragma once
+
+#include "AgentFixture.h"
+#include "Host/AgentConnections.h"
+#include "Support/Peer/ScriptedPeer.h"
+
+#include <algorithm>
+#include <fstream>
+#include <mutex>
+
+/** The agent with a scripted server as its model. */
+class FModelTurnTest : public FAgentTest
+{
+protected:
+	void TearDown() override
+	{
+		FAgentTest::TearDown();
+		Velmora::FAgentConnections::Select({});
+	}
+
+	static void Use(const FScriptedPeer& Peer, const TCHAR* Model = TEXT("m"))
+	{
+		Velmora::FAgentConnection Connection;
+		Connection.Name = TEXT("peer");
+		Connection.Url = Text(Peer.GetUrl());
+		Connection.Model = Model;
+		Velmora::FAgentConnections::Select(Connection);
+	}
+
+	/** A server that gives these answers in turn, and keeps what it was asked. */
+	FScriptedPeer::FScript Give(std::vector<std::string> Answers)
+	{
+		return FScriptedPeer::AnswerEach(
+			[this, Answers = std::move(Answers)](const FPeerConnection::FRequest& Request, int Number)
+			{
+				const std::scoped_lock Lock(Mutex);
+				Requests.push_back(Request);
+				return Answers[std::min<size_t>(static_cast<size_t>(Number), Answers.size() - 1)];
+			});
+	}
+
+	std::string LastBody()
+	{
+		const std::scoped_lock Lock(Mutex);
+		return Requests.empty() ? std::string() : Requests.back().Body;
+	}
+
+	std::string ReadFile(const std::string& Path) const
+	{
+		std::ifstream File(Project.PathOf(Path), std::ios::binary);
+		return std::string(std::istreambuf_iterator<char>(File), {});
+	}
+
+	std::mutex Mutex;
+	std::vector<FPeerConnection::FRequest> Requests;
+};
+
+inline std::string Final(std::string_view Text)
+{
+	return PeerText::Stream({ PeerText::Say(Text), PeerText::Chunk("{}", "stop"), "[DONE]" });
+}
+
+inline std::string WithCalls(std::string_view Text, const std::vector<std::string>& Calls)
+{
+	std::vector<std::string> Datas = { PeerText::Say(Text) };
+	Datas.insert(Datas.end(), Calls.begin(), Calls.end());
+	Datas.push_back(PeerText::Chunk("{}", "tool_calls"));
+	Datas.push_back("[DONE]");
+	return PeerText::Stream(Datas);
+}
