@@ -25,8 +25,23 @@ namespace Velmora::Utf8Text
 		{
 			std::string Out;
 			Out.reserve(Count + Count / 2);
+			const auto IsPlain = [&UnitAt](size_t Index) { return UnitAt(Index) != 0 && UnitAt(Index) < 0x80; };
 			for (size_t Index = 0; Index < Count; ++Index)
 			{
+				// Nearly all of a conversation is plain, and every message of it is in a request: a run at a time.
+				size_t End = Index;
+				while (End < Count && IsPlain(End))
+				{
+					++End;
+				}
+				const size_t Length = Out.size();
+				Out.resize(Length + (End - Index));
+				std::generate(Out.begin() + static_cast<ptrdiff_t>(Length), Out.end(),
+					[&UnitAt, &Index] { return static_cast<char>(UnitAt(Index++)); });
+				if (Index == Count)
+				{
+					break;
+				}
 				char32_t Code = UnitAt(Index);
 				if (Code >= 0xD800 && Code < 0xDC00 && Index + 1 < Count && UnitAt(Index + 1) >= 0xDC00 && UnitAt(Index + 1) < 0xE000)
 				{
