@@ -52,8 +52,8 @@ namespace
 	{
 		rusage Usage = {};
 		getrusage(RUSAGE_SELF, &Usage);
-		const std::string Head =
-			R"(data: {"id":"chatcmpl-1","object":"chat.completion.chunk","created":1,"model":"m","choices":[{"index":0,)";
+		const auto Seconds = [](const timeval& Time)
+		{ return static_cast<double>(Time.tv_sec) + static_cast<double>(Time.tv_usec) * 1e-6; };
 		return Seconds(Usage.ru_utime) + Seconds(Usage.ru_stime);
 	}
 
