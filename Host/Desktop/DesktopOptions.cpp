@@ -1,6 +1,7 @@
 #include "DesktopOptions.h"
 
 #include "Misc/CString.h"
+#include "Math/UnrealMathUtility.h"
 #include "ScriptFile.h"
 
 namespace
@@ -61,48 +62,236 @@ namespace
 		OutScale = Text.IsNumeric() ? static_cast<float>(FCString::Atof(*Text)) : 0.0f;
 		return OutScale >= MinScale && OutScale <= MaxScale;
 	}
+
+	/**
+	 * One option. Its name, whether it takes a value, what the help says of it and what it does stand in one row, so that a new
+	 * option is one row and can be forgotten nowhere.
+	 */
+	struct FOptionRow
+	{
+		const TCHAR* Name;
+		/** What the value is called in the help; null for a switch. */
+		const TCHAR* Argument;
+		/** Lines of the help, parted by line feeds. */
+		const TCHAR* Help;
+		/** Empty when the value can be used; else one sentence. A switch gets an empty value. */
+		FString (*Apply)(FDesktopOptions& Options, const FString& Value);
+	};
+
+	/** For values that are taken as they stand. */
+	template <FString FDesktopOptions::*Member>
+	FString SetText(FDesktopOptions& Options, const FString& Value)
+	{
+		Options.*Member = Value;
+		return FString();
+	}
+
+	template <bool FDesktopOptions::*Member>
+	FString SetSwitch(FDesktopOptions& Options, const FString& Value)
+	{
+		Options.*Member = true;
+		return FString();
+	}
+
+	FString SetPrompt(FDesktopOptions& Options, const FString& Value)
+	{
+		Options.Prompt = Value;
+		return Value.IsEmpty() ? FString(TEXT("--prompt wants a text to send.")) : FString();
+	}
+
+	FString SetStartTime(FDesktopOptions& Options, const FString& Value)
+	{
+		return ParseLocalTime(Value, Options.Now)
+			? FString()
+			: FString::Printf(TEXT("--now wants a local time such as 2026-01-31T12:00:00, not \"%s\"."), *Value);
+	}
+
+	FString AddVariable(FDesktopOptions& Options, const FString& Value)
+	{
+		TPair<FString, FString> Variable;
+		if (!Value.Split(TEXT("="), &Variable.Key, &Variable.Value) || Variable.Key.IsEmpty())
+		{
+			return FString::Printf(TEXT("--set wants NAME=VALUE, not \"%s\"."), *Value);
+		}
+		Options.Variables.Add(MoveTemp(Variable));
+		return FString();
+	}
+
+	FString AddAllowedCall(FDesktopOptions& Options, const FString& Value)
+	{
+		Options.AllowedCalls.Add(Value);
+		return FString();
+	}
+
+	FString SetSize(FDesktopOptions& Options, const FString& Value)
+	{
+		return ParseSize(Value, Options.Size)
+			? FString()
+			: FString::Printf(TEXT("--size wants two whole numbers such as 1280x800, not \"%s\"."), *Value);
+	}
+
+	FString SetScale(FDesktopOptions& Options, const FString& Value)
+	{
+		return ParseScale(Value, Options.Scale) ? FString()
+												: FString::Printf(TEXT("--scale wants a number from 0.5 to 4, not \"%s\"."), *Value);
+	}
+
+	// In the order of the help.
+	// clang-format off
+	constexpr FOptionRow OptionRows[] = {
+		{ TEXT("--project"), TEXT("DIR"),
+			TEXT("the project that the agent works on (default: this folder)"),
+			&SetText<&FDesktopOptions::ProjectFolder> },
+		{ TEXT("--prompt"), TEXT("TEXT"),
+			TEXT("type one prompt, send it, print the answer as Markdown on\n")
+			TEXT("standard output and the tools on standard error, then end"),
+			&SetPrompt },
+		{ TEXT("--dump"), TEXT("FILE"),
+			TEXT("write what is on screen and in the conversation as JSON"),
+			&SetText<&FDesktopOptions::DumpFile> },
+		{ TEXT("--screenshot"), TEXT("FILE"),
+			TEXT("write what is on screen as a PNG picture"),
+			&SetText<&FDesktopOptions::ScreenshotFile> },
+		{ TEXT("--script"), TEXT("FILE"),
+			TEXT("run the steps of a script, one a line, then end"),
+			&SetText<&FDesktopOptions::ScriptFile> },
+		{ TEXT("--now"), TEXT("TIME"),
+			TEXT("begin at this local time, such as 2026-01-31T12:00:00, and let\n")
+			TEXT("time pass by a sixtieth of a second a frame: the same run\n")
+			TEXT("gives the same pictures and dumps, byte by byte"),
+			&SetStartTime },
+		{ TEXT("--set"), TEXT("NAME=VALUE"),
+			TEXT("set a console variable; may be given several times"),
+			&AddVariable },
+		{ TEXT("--connection"), TEXT("NAME"),
+			TEXT("let a model answer instead of the built-in agent, by one of the\n")
+			TEXT("connections in velmora-ui/connections.json of your\n")
+			TEXT("configuration folder"),
+			&SetText<&FDesktopOptions::Connection> },
+		{ TEXT("--server"), TEXT("URL"),
+			TEXT("the same for this run only; a key is taken from the variable\n")
+			TEXT("VELMORA_SERVER_KEY"),
+			&SetText<&FDesktopOptions::Server> },
+		{ TEXT("--model"), TEXT("NAME"),
+			TEXT("with either: this model"),
+			&SetText<&FDesktopOptions::Model> },
+		{ TEXT("--list-connections"), nullptr,
+			TEXT("print the connections that are set up, then end"),
+			&SetSwitch<&FDesktopOptions::bListConnections> },
+		{ TEXT("--list-models"), nullptr,
+			TEXT("print the models of --connection or --server, then end"),
+			&SetSwitch<&FDesktopOptions::bListModels> },
+		{ TEXT("--allow"), TEXT("PREFIX"),
+			TEXT("allow what would be asked, by the beginning of tool and path,\n")
+			TEXT("such as \"edit_file .vscode/\"; may be given several times"),
+			&AddAllowedCall },
+		{ TEXT("--frames"), TEXT("FILE"),
+			TEXT("write a line for each frame of a session in a window: seconds\n")
+			TEXT("since 1970, milliseconds of work, pixels painted"),
+			&SetText<&FDesktopOptions::FramesFile> },
+		{ TEXT("--draft"), nullptr,
+			TEXT("put back the prompt that was not sent last time, and keep this\n")
+			TEXT("one, as a session in a window does; for scripts"),
+			&SetSwitch<&FDesktopOptions::bDraft> },
+		{ TEXT("--headless"), nullptr,
+			TEXT("no window: the same program, painted into memory"),
+			&SetSwitch<&FDesktopOptions::bHeadless> },
+		{ TEXT("--size"), TEXT("WxH"),
+			TEXT("size of the window in pixels (default 1280x800)"),
+			&SetSize },
+		{ TEXT("--scale"), TEXT("F"),
+			TEXT("pixels per unit, 0.5 to 4 (default: GDK_SCALE, or 1)"),
+			&SetScale },
+		{ TEXT("--help"), nullptr,
+			TEXT("print this, then end; so does -h"),
+			&SetSwitch<&FDesktopOptions::bShowHelp> },
+		{ TEXT("--version"), nullptr,
+			TEXT("print the version, then end"),
+			&SetSwitch<&FDesktopOptions::bShowVersion> },
+	};
+	// clang-format on
+
+	const FOptionRow* FindOption(const FString& Name)
+	{
+		// Letter case counts, as it does for the programs around this one; the engine's strings would ignore it.
+		const FString Wanted = Name.Equals(TEXT("-h")) ? FString(TEXT("--help")) : Name;
+		for (const FOptionRow& Row : OptionRows)
+		{
+			if (Wanted.Equals(Row.Name))
+			{
+				return &Row;
+			}
+		}
+		return nullptr;
+	}
+
+	/** The help of one option: its name at the left, its lines in a column, below a name that would reach into them. */
+	FString DescribeOption(const FOptionRow& Row)
+	{
+		constexpr int32 HelpColumn = 21;
+		FString Text = FString(TEXT("  ")) + Row.Name + (Row.Argument ? FString(TEXT(" ")) + Row.Argument : FString());
+		const auto Indent = [&Text](int32 Used) { Text += FString::ChrN(FMath::Max(HelpColumn - Used, 0), TEXT(' ')); };
+		if (Text.Len() + 2 > HelpColumn)
+		{
+			Text += TEXT("\n");
+			Indent(0);
+		}
+		else
+		{
+			Indent(Text.Len());
+		}
+		for (const TCHAR* At = Row.Help; *At; ++At)
+		{
+			Text.AppendChar(*At);
+			if (*At == TEXT('\n'))
+			{
+				Indent(0);
+			}
+		}
+		return Text + TEXT("\n");
+	}
+
+	/** What options forbid or need one another. */
+	FString CheckTogether(const FDesktopOptions& Options)
+	{
+		const bool bHasModelServer = !Options.Connection.IsEmpty() || !Options.Server.IsEmpty();
+		if (!Options.Connection.IsEmpty() && !Options.Server.IsEmpty())
+		{
+			return TEXT("--connection and --server exclude each other.");
+		}
+		if (!bHasModelServer && (!Options.Model.IsEmpty() || Options.bListModels))
+		{
+			return TEXT("--model and --list-models go with --connection or --server.");
+		}
+		// Simulated time moves only while something is done.
+		return Options.Now.IsSet() && !Options.HasAction()
+			? FString(TEXT("--now is for runs with --script, --prompt, --dump or --screenshot."))
+			: FString();
+	}
 }
 
 FString FDesktopOptions::Parse(const TArray<FString>& Arguments)
 {
 	for (int32 Index = 0; Index < Arguments.Num(); ++Index)
 	{
+		// 1. "--name=value" is one argument, "--name value" two. A value may hold more of "=" than the first.
 		FString Name = Arguments[Index];
 		FString Value;
-		bool bHasValue = false;
-		if (Name.StartsWith(TEXT("--")))
-		{
-			FString Left;
-			if (Name.Split(TEXT("="), &Left, &Value))
-			{
-				Name = Left;
-				bHasValue = true;
-			}
-		}
-		const auto Is = [&Name](const TCHAR* Option) { return Name.Equals(Option); };
-		if (Is(TEXT("--headless")) || Is(TEXT("--draft")) || Is(TEXT("--help")) || Is(TEXT("-h")) || Is(TEXT("--version")) ||
-			Is(TEXT("--list-connections")) || Is(TEXT("--list-models")))
-		{
-			if (bHasValue)
-			{
-				return FString::Printf(TEXT("%s takes no value."), *Name);
-			}
-			bHeadless = bHeadless || Is(TEXT("--headless"));
-			bDraft = bDraft || Is(TEXT("--draft"));
-			bShowHelp = bShowHelp || Is(TEXT("--help")) || Is(TEXT("-h"));
-			bShowVersion = bShowVersion || Is(TEXT("--version"));
-			bListConnections = bListConnections || Is(TEXT("--list-connections"));
-			bListModels = bListModels || Is(TEXT("--list-models"));
-			continue;
-		}
-		const bool bKnown = Is(TEXT("--project")) || Is(TEXT("--size")) || Is(TEXT("--scale")) || Is(TEXT("--prompt")) ||
-			Is(TEXT("--dump")) || Is(TEXT("--screenshot")) || Is(TEXT("--script")) || Is(TEXT("--frames")) || Is(TEXT("--now")) ||
-			Is(TEXT("--set")) || Is(TEXT("--connection")) || Is(TEXT("--server")) || Is(TEXT("--model")) || Is(TEXT("--allow"));
-		if (!bKnown)
+		FString Left;
+		const bool bHasValue = Name.StartsWith(TEXT("--")) && Name.Split(TEXT("="), &Left, &Value);
+		Name = bHasValue ? Left : Name;
+		const FOptionRow* const Row = FindOption(Name);
+		if (!Row)
 		{
 			return FString::Printf(TEXT("Unknown option \"%s\". Try --help."), *Arguments[Index]);
 		}
-		if (!bHasValue)
+
+		// 2. Its value, if it takes one.
+		if (!Row->Argument && bHasValue)
+		{
+			return FString::Printf(TEXT("%s takes no value."), *Name);
+		}
+		if (Row->Argument && !bHasValue)
 		{
 			if (Index + 1 >= Arguments.Num())
 			{
@@ -110,135 +299,36 @@ FString FDesktopOptions::Parse(const TArray<FString>& Arguments)
 			}
 			Value = Arguments[++Index];
 		}
-		if (Is(TEXT("--project")))
+
+		// 3. What it does.
+		if (const FString Complaint = Row->Apply(*this, Value); !Complaint.IsEmpty())
 		{
-			ProjectFolder = Value;
-		}
-		else if (Is(TEXT("--size")))
-		{
-			if (!ParseSize(Value, Size))
-			{
-				return FString::Printf(TEXT("--size wants two whole numbers such as 1280x800, not \"%s\"."), *Value);
-			}
-		}
-		else if (Is(TEXT("--scale")))
-		{
-			if (!ParseScale(Value, Scale))
-			{
-				return FString::Printf(TEXT("--scale wants a number from 0.5 to 4, not \"%s\"."), *Value);
-			}
-		}
-		else if (Is(TEXT("--prompt")))
-		{
-			if (Value.IsEmpty())
-			{
-				return TEXT("--prompt wants a text to send.");
-			}
-			Prompt = Value;
-		}
-		else if (Is(TEXT("--script")))
-		{
-			ScriptFile = Value;
-		}
-		else if (Is(TEXT("--frames")))
-		{
-			FramesFile = Value;
-		}
-		else if (Is(TEXT("--now")))
-		{
-			if (!ParseLocalTime(Value, Now))
-			{
-				return FString::Printf(TEXT("--now wants a local time such as 2026-01-31T12:00:00, not \"%s\"."), *Value);
-			}
-		}
-		else if (Is(TEXT("--set")))
-		{
-			TPair<FString, FString> Variable;
-			if (!Value.Split(TEXT("="), &Variable.Key, &Variable.Value) || Variable.Key.IsEmpty())
-			{
-				return FString::Printf(TEXT("--set wants NAME=VALUE, not \"%s\"."), *Value);
-			}
-			Variables.Add(MoveTemp(Variable));
-		}
-		else if (Is(TEXT("--connection")))
-		{
-			Connection = Value;
-		}
-		else if (Is(TEXT("--server")))
-		{
-			Server = Value;
-		}
-		else if (Is(TEXT("--model")))
-		{
-			Model = Value;
-		}
-		else if (Is(TEXT("--allow")))
-		{
-			AllowedCalls.Add(Value);
-		}
-		else if (Is(TEXT("--dump")))
-		{
-			DumpFile = Value;
-		}
-		else
-		{
-			ScreenshotFile = Value;
+			return Complaint;
 		}
 	}
-	const bool bHasModelServer = !Connection.IsEmpty() || !Server.IsEmpty();
-	if (!Connection.IsEmpty() && !Server.IsEmpty())
-	{
-		return TEXT("--connection and --server exclude each other.");
-	}
-	if (!bHasModelServer && (!Model.IsEmpty() || bListModels))
-	{
-		return TEXT("--model and --list-models go with --connection or --server.");
-	}
-	// Simulated time moves only while something is done.
-	return Now.IsSet() && !HasAction() ? FString(TEXT("--now is for runs with --script, --prompt, --dump or --screenshot.")) : FString();
+	return CheckTogether(*this);
 }
 
 FString FDesktopOptions::GetHelp()
 {
+	FString Rows;
+	for (const FOptionRow& Row : OptionRows)
+	{
+		Rows += DescribeOption(Row);
+	}
 	// clang-format off
 	return FString(
 		TEXT("Velmora UI: the chat of an AI co-developer, in a window of its own.\n")
 		TEXT("\n")
 		TEXT("  velmora [options]\n")
-		TEXT("\n")
-		TEXT("  --project DIR      the project that the agent works on (default: this folder)\n")
-		TEXT("  --prompt TEXT      type one prompt, send it, print the answer as Markdown on\n")
-		TEXT("                     standard output and the tools on standard error, then end\n")
-		TEXT("  --dump FILE        write what is on screen and in the conversation as JSON\n")
-		TEXT("  --screenshot FILE  write what is on screen as a PNG picture\n")
-		TEXT("  --script FILE      run the steps of a script, one a line, then end\n")
-		TEXT("  --now TIME         begin at this local time, such as 2026-01-31T12:00:00, and let\n")
-		TEXT("                     time pass by a sixtieth of a second a frame: the same run\n")
-		TEXT("                     gives the same pictures and dumps, byte by byte\n")
-		TEXT("  --set NAME=VALUE   set a console variable; may be given several times\n")
-		TEXT("  --connection NAME  let a model answer instead of the built-in agent, by one of the\n")
-		TEXT("                     connections in velmora-ui/connections.json of your\n")
-		TEXT("                     configuration folder\n")
-		TEXT("  --server URL       the same for this run only; a key is taken from the variable\n")
-		TEXT("                     VELMORA_SERVER_KEY\n")
-		TEXT("  --model NAME       with either: this model\n")
-		TEXT("  --list-connections, --list-models\n")
-		TEXT("  --allow PREFIX     allow what would be asked, by the beginning of tool and path,\n")
-		TEXT("                     such as \"edit_file .vscode/\"; may be given several times\n")
-		TEXT("  --frames FILE      write a line for each frame of a session in a window: seconds\n")
-		TEXT("                     since 1970, milliseconds of work, pixels painted\n")
-		TEXT("  --draft            put back the prompt that was not sent last time, and keep this\n")
-		TEXT("                     one, as a session in a window does; for scripts\n")
-		TEXT("  --headless         no window: the same program, painted into memory\n")
-		TEXT("  --size WxH         size of the window in pixels (default 1280x800)\n")
-		TEXT("  --scale F          pixels per unit, 0.5 to 4 (default: GDK_SCALE, or 1)\n")
-		TEXT("  --help, --version\n")
+		TEXT("\n")) +
+		Rows +
 		TEXT("\n")
 		TEXT("Without a display and with nothing to do (--prompt, --script, --dump or\n")
 		TEXT("--screenshot) the program reads prompts from standard input, one a line, and\n")
 		TEXT("answers each. --prompt comes before --script, --dump and --screenshot after it.\n")
 		TEXT("\n")
-		TEXT("Steps of a script:\n")) +
+		TEXT("Steps of a script:\n") +
 		FScriptFile::GetHelp() +
 		TEXT("NAME is #Tag (the tags are in a dump), the whole text of a widget, or the first\n")
 		TEXT("line of its tooltip; it must name exactly one thing. @X%,Y% is a place in the\n")
