@@ -7,6 +7,7 @@
 #include "ISettingsSection.h"
 #include "Modules/ModuleManager.h"
 #include "Support/UiDriver.h"
+#include "Widgets/Text/STextBlock.h"
 #include "UObject/UObjectGlobals.h"
 #include "Widgets/Input/SCheckBox.h"
 #include "Widgets/Input/SEditableTextBox.h"
@@ -125,6 +126,23 @@ TEST_F(FSettingsPageTest, ShowsEveryPropertyOfASection)
 		EXPECT_EQ(GetText(Tag), Value) << Tag;
 	}
 	EXPECT_EQ(ReadSaved(TEXT("MaxCount")), "<not saved>") << "showing saves nothing";
+}
+
+TEST_F(FSettingsPageTest, ShowsAPageOfItsOwnWhileItsOwnerKeepsIt)
+{
+	TSharedPtr<SWidget> Own = SNew(STextBlock).Text(FText::FromString(TEXT("Own page")));
+	Module().RegisterSettings(
+		"Project", "Plugins", "Own", FText::FromString(TEXT("Own")), FText::FromString(TEXT("What it is")), Own.ToSharedRef());
+	Open("Plugins", "Own");
+	EXPECT_TRUE(IsOnScreen("Own page"));
+	EXPECT_TRUE(IsOnScreen("What it is"));
+	EXPECT_FALSE(IsOnScreen("Max Count"));
+	Open();
+	EXPECT_FALSE(IsOnScreen("Own page"));
+	EXPECT_TRUE(IsOnScreen("Max Count"));
+	Own.Reset();
+	Open("Plugins", "Own");
+	EXPECT_FALSE(IsOnScreen("Max Count")) << "a page that is gone shows nothing";
 }
 
 TEST_F(FSettingsPageTest, EveryChangeIsSaved)

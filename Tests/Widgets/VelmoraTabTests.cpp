@@ -281,6 +281,12 @@ namespace
 				(Object == GetDefault<UVelmoraSettings>() ? "" : "; another object"));
 			return nullptr;
 		}
+		TSharedPtr<ISettingsSection> RegisterSettings(const FName& Container, const FName& Category, const FName& Section, const FText&,
+			const FText&, const TSharedRef<SWidget>&) override
+		{
+			Calls.push_back("register a widget " + Join(Container, Category, Section));
+			return nullptr;
+		}
 		void UnregisterSettings(const FName& Container, const FName& Category, const FName& Section) override
 		{
 			Calls.push_back("unregister " + Join(Container, Category, Section));

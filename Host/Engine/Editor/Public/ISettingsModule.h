@@ -6,6 +6,7 @@
 #include "UObject/WeakObjectPtrTemplates.h"
 
 class ISettingsSection;
+class SWidget;
 class UObject;
 
 /**
@@ -18,6 +19,9 @@ public:
 	/** A section of the same three names is replaced. Null without an object. */
 	virtual TSharedPtr<ISettingsSection> RegisterSettings(const FName& ContainerName, const FName& CategoryName, const FName& SectionName,
 		const FText& DisplayName, const FText& Description, const TWeakObjectPtr<UObject>& SettingsObject) = 0;
+	/** A page of its own in place of an object's properties. Whoever registers it keeps the widget alive. */
+	virtual TSharedPtr<ISettingsSection> RegisterSettings(const FName& ContainerName, const FName& CategoryName, const FName& SectionName,
+		const FText& DisplayName, const FText& Description, const TSharedRef<SWidget>& CustomWidget) = 0;
 	virtual void UnregisterSettings(const FName& ContainerName, const FName& CategoryName, const FName& SectionName) = 0;
 	/** Opens the page, or brings it to the front, at a section; at the first one when there is none of these names. */
 	virtual void ShowViewer(const FName& ContainerName, const FName& CategoryName, const FName& SectionName) = 0;

@@ -289,6 +289,15 @@ TSharedRef<SWidget> SSettingsPage::MakeTitle(const FSettingsSection& Shown)
 void SSettingsPage::RebuildRows()
 {
 	Rows.Reset();
+	if (const TSharedPtr<SWidget> Own = Section ? Section->GetCustomWidget().Pin() : nullptr)
+	{
+		// It has its own scrolling and its own way to save.
+		const TSharedRef<SVerticalBox> Page = SNew(SVerticalBox);
+		Page->AddSlot().AutoHeight().Padding(16.0f, 14.0f, 16.0f, 10.0f)[MakeTitle(*Section)];
+		Page->AddSlot().FillHeight(1.0f)[Own.ToSharedRef()];
+		RowHolder->SetContent(Page);
+		return;
+	}
 	UObject* const Object = GetObject();
 	if (!Object)
 	{

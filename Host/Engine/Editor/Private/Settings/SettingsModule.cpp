@@ -63,6 +63,15 @@ TSharedPtr<ISettingsSection> FSettingsModule::RegisterSettings(const FName& Cont
 	return Section;
 }
 
+TSharedPtr<ISettingsSection> FSettingsModule::RegisterSettings(const FName& ContainerName, const FName& CategoryName,
+	const FName& SectionName, const FText& DisplayName, const FText& Description, const TSharedRef<SWidget>& CustomWidget)
+{
+	const TSharedRef<FSettingsSection> Section = MakeShared<FSettingsSection>(
+		ContainerName, CategoryName, SectionName, DisplayName, Description, TWeakObjectPtr<UObject>(), CustomWidget);
+	Registry->Add(Section);
+	return Section;
+}
+
 void FSettingsModule::UnregisterSettings(const FName& ContainerName, const FName& CategoryName, const FName& SectionName)
 {
 	Registry->Remove(ContainerName, CategoryName, SectionName);

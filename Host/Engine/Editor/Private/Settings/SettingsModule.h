@@ -18,6 +18,8 @@ public:
 	virtual void ShutdownModule() override;
 	virtual TSharedPtr<ISettingsSection> RegisterSettings(const FName& ContainerName, const FName& CategoryName, const FName& SectionName,
 		const FText& DisplayName, const FText& Description, const TWeakObjectPtr<UObject>& SettingsObject) override;
+	virtual TSharedPtr<ISettingsSection> RegisterSettings(const FName& ContainerName, const FName& CategoryName, const FName& SectionName,
+		const FText& DisplayName, const FText& Description, const TSharedRef<SWidget>& CustomWidget) override;
 	virtual void UnregisterSettings(const FName& ContainerName, const FName& CategoryName, const FName& SectionName) override;
 	virtual void ShowViewer(const FName& ContainerName, const FName& CategoryName, const FName& SectionName) override;
 

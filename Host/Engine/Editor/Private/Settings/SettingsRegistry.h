@@ -3,19 +3,21 @@
 #include "CoreMinimal.h"
 #include "Delegates/Delegate.h"
 #include "ISettingsSection.h"
+#include "Widgets/SWidget.h"
 
 /** One section and where it stands. */
 class FSettingsSection final : public ISettingsSection
 {
 public:
 	FSettingsSection(const FName& InContainer, const FName& InCategory, const FName& InName, const FText& InDisplayName,
-		const FText& InDescription, const TWeakObjectPtr<UObject>& InObject)
+		const FText& InDescription, const TWeakObjectPtr<UObject>& InObject, const TSharedPtr<SWidget>& InWidget = nullptr)
 		: Container(InContainer)
 		, Category(InCategory)
 		, Name(InName)
 		, DisplayName(InDisplayName)
 		, Description(InDescription)
 		, Object(InObject)
+		, Widget(InWidget)
 	{
 	}
 
@@ -29,6 +31,7 @@ public:
 	virtual const FText& GetDisplayName() const override { return DisplayName; }
 	virtual const FText& GetDescription() const override { return Description; }
 	virtual TWeakObjectPtr<UObject> GetSettingsObject() const override { return Object; }
+	virtual TWeakPtr<SWidget> GetCustomWidget() const override { return Widget; }
 	virtual bool Save() override;
 
 private:
@@ -38,6 +41,7 @@ private:
 	const FText DisplayName;
 	const FText Description;
 	const TWeakObjectPtr<UObject> Object;
+	const TWeakPtr<SWidget> Widget;
 };
 
 /** All sections, those of a category side by side. */
