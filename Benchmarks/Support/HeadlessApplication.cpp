@@ -1,12 +1,8 @@
 #include "HeadlessApplication.h"
 
 #include "Containers/StringConv.h"
-#include "Host/HostAppStyle.h"
 #include "Host/HostClock.h"
 #include "Host/HostPaths.h"
-#include "Host/HostPlugins.h"
-#include "Host/HostTasks.h"
-#include "Host/Platform.h"
 #include "Style/VelmoraUIStyles.h"
 #include "Support/Base/PinnedFonts.h"
 
@@ -35,21 +31,15 @@ namespace
 		}
 	}
 
-	void SetUpProcess()
+	void SetUpProcessOnce()
 	{
-		static const bool bDone = []
+		static const bool bIsDone = []
 		{
 			UsePinnedFonts();
-			FHostTasks::SetGameThread();
 			UseTemporarySavedFolder();
-			FHostPlatform::InstallTextShaper();
-			const FString Root = UTF8_TO_TCHAR(VELMORA_SOURCE_DIR);
-			FHostPlugins::RegisterPlugin(TEXT("Velmora"), Root, TEXT("benchmark"));
-			FHostAppStyle::Initialize(Root / TEXT("Host/Engine/Resources/AppStyle"));
-			FVelmoraUIStyles::Initialize();
 			return true;
 		}();
-		(void)bDone;
+		(void)bIsDone;
 	}
 
 	const FVector2D MiddleOfWindow(640.0, 400.0);
@@ -57,17 +47,18 @@ namespace
 
 FHeadlessApplication::FHeadlessApplication()
 {
-	SetUpProcess();
-	FHostClock::UseSimulatedTime(FDateTime(2026, 1, 31, 12, 0, 0));
-	FSlateApplication::Create(FHostPlatform::CreateHeadlessWindow(FIntPoint(1280, 800), 1.0f));
+	SetUpProcessOnce();
+	FHostSessionOptions Options;
+	Options.HomeFolder = UTF8_TO_TCHAR(VELMORA_SOURCE_DIR);
+	Options.Plugin.VersionName = TEXT("benchmark");
+	Options.StartTime = FDateTime(2026, 1, 31, 12, 0, 0);
+	Session = MakeUnique<FHostSession>(Options);
+	static const bool bHasStyles = (FVelmoraUIStyles::Initialize(), true);
+	(void)bHasStyles;
 	PumpFrame();
 }
 
-FHeadlessApplication::~FHeadlessApplication()
-{
-	FSlateApplication::Shutdown();
-	FHostClock::UseRealTime();
-}
+FHeadlessApplication::~FHeadlessApplication() = default;
 
 void FHeadlessApplication::Show(const TSharedRef<SWidget>& Widget)
 {

@@ -2,6 +2,8 @@
 
 #include "CoreMinimal.h"
 #include "Framework/Application/SlateApplication.h"
+#include "Host/HostSession.h"
+#include "Templates/UniquePtr.h"
 
 /** The application without a screen, 1280×800, with pinned fonts and a clock that only PumpFrame moves. One at a time. */
 class FHeadlessApplication
@@ -25,4 +27,7 @@ public:
 	static double GetThreadSeconds();
 	/** Bytes of the process that are in memory. */
 	static double GetResidentBytes();
+
+private:
+	TUniquePtr<FHostSession> Session;
 };

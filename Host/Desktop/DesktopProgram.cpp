@@ -1,52 +1,24 @@
 #include "DesktopProgram.h"
 
-#include "Async/Async.h"
 #include "ConnectionChoice.h"
 #include "ConversationPrinter.h"
-#include "CodeIntel/CodeIntelIndexManager.h"
-#include "EditorServices.h"
-#include "DraftKeeper.h"
+#include "DesktopSession.h"
+#include "Environment.h"
 #include "FrameLog.h"
 #include "Framework/Application/SlateApplication.h"
 #include "Framework/Docking/TabManager.h"
 #include "HAL/IConsoleManager.h"
-#include "HAL/PlatformProcess.h"
 #include "HAL/PlatformTime.h"
-#include "Host/BuiltInAgentOptions.h"
-#include "Host/CodeIndexControl.h"
-#include "Host/HostAppStyle.h"
-#include "Host/HostAtomicFile.h"
-#include "Host/HostDialogs.h"
 #include "Host/HostConsole.h"
-#include "Host/HostIniStore.h"
-#include "Host/HostLevelEditor.h"
-#include "Host/HostModules.h"
-#include "Host/HostPaths.h"
-#include "Host/HostPlugins.h"
-#include "Host/HostSettings.h"
+#include "Host/HostDialogs.h"
 #include "Host/HostTasks.h"
-#include "Host/Platform.h"
-#include "Host/ProjectFileCacheControl.h"
-#include "Host/ProjectFolder.h"
-#include "Host/StoreLocation.h"
-#include "Host/UpdateGateControl.h"
-#include "Host/WidgetFinder.h"
 #include "Misc/FileHelper.h"
-#include "Misc/Paths.h"
-#include "Modules/ModuleManager.h"
-#include "PluginDescription.h"
-#include "ProblemToasts.h"
-#include "QuestionToasts.h"
-#include "Settings/VelmoraSettings.h"
-#include "SEditorFrame.h"
+#include "OutputLog.h"
 #include "SimulatedTime.h"
 #include "StandardInput.h"
 #include "StateDump.h"
-#include "Surroundings.h"
-#include "UObject/UObjectGlobals.h"
 #include "ViewModels/ChatViewModel.h"
 #include "Widgets/Docking/SDockTab.h"
-#include "Widgets/Input/SMultiLineEditableTextBox.h"
 #include "Widgets/SVelmoraTab.h"
 
 namespace
@@ -63,21 +35,6 @@ namespace
 	constexpr double SettleSeconds = 0.6;
 	/** Between two looks at what the program waits for. */
 	constexpr double LookSeconds = 1.0 / 60.0;
-
-	/** The folder above the executable that holds the plug-in's description. */
-	FString FindHomeFolder()
-	{
-		FString Folder = MakeAbsolute(FPlatformProcess::BaseDir());
-		for (int32 Depth = 0; Depth < 8 && !Folder.IsEmpty(); ++Depth)
-		{
-			if (FPaths::FileExists(Folder / TEXT("Velmora.uplugin")))
-			{
-				return Folder;
-			}
-			Folder = FPaths::GetPath(Folder);
-		}
-		return FString();
-	}
 }
 
 FDesktopProgram::FDesktopProgram(const FDesktopOptions& InOptions)
@@ -85,21 +42,7 @@ FDesktopProgram::FDesktopProgram(const FDesktopOptions& InOptions)
 {
 }
 
-FDesktopProgram::~FDesktopProgram()
-{
-	if (FSlateApplication::IsInitialized())
-	{
-		// The start failed half-way.
-		FGlobalTabmanager::Get()->SetDockArea(nullptr);
-		FSlateApplication::Shutdown();
-	}
-	Frame.Reset();
-	if (Settings)
-	{
-		Settings->Finish();
-		IHostConfigStore::SetCurrent(nullptr);
-	}
-}
+FDesktopProgram::~FDesktopProgram() = default;
 
 int32 FDesktopProgram::Fail(const FString& Sentence) const
 {
@@ -121,168 +64,6 @@ bool FDesktopProgram::SetVariables() const
 	return true;
 }
 
-bool FDesktopProgram::SetUpFolders()
-{
-	HomeFolder = FindHomeFolder();
-	if (HomeFolder.IsEmpty())
-	{
-		Fail(TEXT("The file Velmora.uplugin was not found above the program. Start it from its own clone with ./run.sh."));
-		return false;
-	}
-	const FString Project = Options.ProjectFolder.IsEmpty() ? GetWorkingFolder() : MakeAbsolute(Options.ProjectFolder);
-	if (!FPaths::DirectoryExists(Project))
-	{
-		Fail(FString::Printf(TEXT("The project folder \"%s\" does not exist."), *Project));
-		return false;
-	}
-	FHostPaths::SetProjectDir(Project);
-	// What the agent changes is told by paths from here, so they read as the project's own.
-	FHostPaths::SetBaseDir(Project);
-	FHostPaths::SetEngineDir(HomeFolder / TEXT("Host/Engine"));
-	FHostPaths::SetEngineSavedDir(GetUserDataFolder());
-	FPluginDescriptor Descriptor;
-	FString Complaint;
-	if (!ReadPluginDescription(HomeFolder / TEXT("Velmora.uplugin"), Descriptor, Complaint))
-	{
-		Fail(Complaint);
-		return false;
-	}
-	FHostPlugins::RegisterPlugin(TEXT("Velmora"), HomeFolder, Descriptor);
-	Velmora::SetProjectFolder(Project);
-	SetUpServices();
-	return true;
-}
-
-void FDesktopProgram::SetUpServices()
-{
-	Settings = MakeShared<FHostIniStore>(FPaths::ProjectSavedDir() / TEXT("Config/LinuxEditor"));
-	IHostConfigStore::SetCurrent(Settings);
-	// A broken release file keeps nobody from working. There is no place for a toast yet.
-	Velmora::FUpdateGateControl::SetProblemHandler(
-		[](const FString& Sentence) { PrintToStandardError(TEXT("velmora: ") + Sentence + TEXT("\n")); });
-	const FString Folder = FPaths::EngineSavedDir() / TEXT("Velmora");
-	AsyncTask(ENamedThreads::AnyBackgroundThreadNormalTask,
-		[Folder, Saved = FPaths::ProjectSavedDir()]
-		{
-			constexpr int32 Depth = 3;
-			HostTidyFolder(Folder, Depth, true);
-			HostTidyFolder(Saved / TEXT("Config/LinuxEditor"), 0, true);
-			HostTidyFolder(Saved, Depth, false);
-		});
-	Velmora::FUpdateGateControl::Follow(Folder / TEXT("Release.json"), Folder / TEXT("Updates"));
-}
-
-bool FDesktopProgram::SetUpWindow()
-{
-	for (const FString& Complaint : FHostPlatform::FindMissingFonts())
-	{
-		// Another face stands in, so the program goes on.
-		PrintToStandardError(TEXT("velmora: ") + Complaint + TEXT("\n"));
-	}
-	FHostPlatform::InstallTextShaper();
-	const float Scale = Options.Scale > 0.0f ? Options.Scale : GetEnvironmentScale();
-	if (!Options.bHeadless)
-	{
-		FHostWindowOptions Wanted;
-		Wanted.Title = TEXT("Velmora UI");
-		Wanted.PixelSize = Options.Size;
-		Wanted.Scale = Scale;
-		Wanted.IconPath = HomeFolder / TEXT("Resources/Icons/App/Icon128.png");
-		FString Complaint;
-		Window = FHostPlatform::CreateDesktopWindow(Wanted, Complaint);
-		bHasDisplay = Window.IsValid();
-		if (!bHasDisplay && !Options.HasAction())
-		{
-			PrintToStandardError(TEXT("velmora: There is no display, so prompts are read from standard input, one a line.\n"));
-		}
-	}
-	if (!Window)
-	{
-		Window = FHostPlatform::CreateHeadlessWindow(Options.Size, Scale);
-	}
-	FHostPlatform::InstallLauncher(!bHasDisplay);
-	FEditorServices::Install();
-	FHostAppStyle::Initialize(HomeFolder / TEXT("Host/Engine/Resources/AppStyle"));
-	FSlateApplication::Create(Window.ToSharedRef());
-	FSlateApplication::Get().SetFrameHook(
-		[this]()
-		{
-			if (bScriptRuns)
-			{
-				Script->OnFrame();
-			}
-			if (Draft)
-			{
-				Draft->NoteTurn();
-			}
-			FSimulatedTime::BeginFrame();
-		});
-	FHostDialogs::Install();
-	FProblemToasts::Install(!bHasDisplay);
-	FQuestionToasts::Install();
-	Velmora::FUpdateGateControl::SetProblemHandler([](const FString& Sentence) { FProblemToasts::Tell(Sentence); });
-	FHostPlatform::SetDisplayLostHandler(
-		[this]()
-		{
-			if (Draft)
-			{
-				Draft->Finish();
-			}
-			Settings->Finish();
-		});
-	FHostLevelEditor::Install();
-	FHostSettings::Install();
-	Frame = SNew(SEditorFrame, Log.ToSharedRef());
-	FGlobalTabmanager::Get()->SetDockArea(Frame->GetDockArea());
-	FSlateApplication::Get().SetRootContent(Frame.ToSharedRef());
-	return true;
-}
-
-bool FDesktopProgram::LoadModule()
-{
-	if (!FModuleManager::Get().LoadModule(FName(TEXT("VelmoraUI"))))
-	{
-		Fail(TEXT("The module could not be loaded: ") + FHostModules::GetLastError());
-		return false;
-	}
-	// The program shows code as it was written; in the editor that is for the user to switch on.
-	if (IConsoleVariable* KeepLayout = IConsoleManager::Get().FindConsoleVariable(TEXT("velmora.Code.KeepLayout")))
-	{
-		KeepLayout->Set(1);
-	}
-	return true;
-}
-
-void FDesktopProgram::StartCodeIndex()
-{
-	using Velmora::CodeIntel::FCodeIndexControl;
-	FCodeIndexControl::SetProblemHandler([](const FString& Sentence) { FProblemToasts::Tell(Sentence); });
-	const Velmora::FStoreLocation Location = Velmora::GetStoreLocation();
-	// The folder holds conversations as well. What keeps it from being made is told by whoever cannot write there.
-	(void)Velmora::MakePrivateFolder(Location.Folder);
-
-	Velmora::CodeIntel::FCodeIndexOptions Wanted;
-	Wanted.ProjectFolder = Velmora::GetProjectFolder();
-	Wanted.ProjectIndexPath = Location.Folder / (Location.ProjectName + TEXT(".index.db"));
-	Wanted.FindEngineFolder = [] { return GetDefault<UVelmoraSettings>()->EngineSourceFolder; };
-	Wanted.EngineIndexPath = Location.Folder / TEXT("engine.index.db");
-	// Nothing that ends by itself shall wait for a build, nor show one that was not asked for.
-	Wanted.bBuildWhenMissing = bHasDisplay && !Options.HasAction();
-	FCodeIndexControl::Initialize(Wanted);
-	if (GetDefault<UVelmoraSettings>()->bIncludeEngineSource)
-	{
-		Velmora::CodeIntel::FCodeIntelIndexManager::Get().InitializeEngineIndex();
-	}
-}
-
-void FDesktopProgram::OpenTab()
-{
-	InvokeTab();
-	FSimulatedTime::BeginFrame();
-	FSlateApplication::Get().Tick();
-	FocusPrompt();
-}
-
 void FDesktopProgram::InvokeTab()
 {
 	FGlobalTabmanager::Get()->TryInvokeTab(FTabId(SVelmoraTab::GetTabName()));
@@ -293,19 +74,6 @@ void FDesktopProgram::CloseTab()
 	if (const TSharedPtr<SDockTab> Tab = FGlobalTabmanager::Get()->FindExistingLiveTab(FTabId(SVelmoraTab::GetTabName())))
 	{
 		Tab->RequestCloseTab();
-	}
-}
-
-void FDesktopProgram::FocusPrompt()
-{
-	FSlateApplication::Get().SetKeyboardFocus(FWidgetFinder::FindByTag(TEXT("InputTextBox")), EFocusCause::SetDirectly);
-}
-
-void FDesktopProgram::ClearPrompt()
-{
-	if (const TSharedPtr<SWidget> Box = FWidgetFinder::FindByTag(TEXT("InputTextBox")))
-	{
-		StaticCastSharedPtr<SMultiLineEditableTextBox>(Box)->SetText(FText::GetEmpty());
 	}
 }
 
@@ -330,50 +98,41 @@ bool FDesktopProgram::RunFramesUntil(TFunctionRef<bool()> Test, double Seconds)
 	return true;
 }
 
+bool FDesktopProgram::SendPrompt(const FString& Prompt, const FChatViewModel& ViewModel, FConversationPrinter& Printer)
+{
+	if (!RunFramesUntil([&ViewModel]() { return ViewModel.CanSendMessage(); }, SendSeconds))
+	{
+		Fail(FString::Printf(TEXT("The agent takes no prompt now (%s)."), *ViewModel.GetStatusText()));
+		return false;
+	}
+	// What stands in the conversation by now is not printed again.
+	Printer.Begin(ViewModel.GetMessages());
+	const int32 CountBefore = ViewModel.GetMessageCount();
+	FPromptBox::TypeAndSend(Prompt);
+	if (ViewModel.GetMessageCount() == CountBefore)
+	{
+		Fail(TEXT("The prompt was not sent; it still stands in the box."));
+		return false;
+	}
+	return true;
+}
+
 bool FDesktopProgram::Answer(const FString& Prompt)
 {
-	TSharedPtr<const FChatViewModel> ViewModel = GetViewModel();
+	const TSharedPtr<const FChatViewModel> ViewModel = GetViewModel();
 	if (!ViewModel)
 	{
 		Fail(TEXT("There is no agent to ask: the project cannot be worked on."));
 		return false;
 	}
-	const auto CanSend = [&ViewModel]() { return ViewModel->CanSendMessage(); };
-	if (!RunFramesUntil(CanSend, SendSeconds))
-	{
-		Fail(FString::Printf(TEXT("The agent takes no prompt now (%s)."), *ViewModel->GetStatusText()));
-		return false;
-	}
+	// 1. Send, when the agent takes it.
 	FConversationPrinter Printer;
-	Printer.Begin(ViewModel->GetMessages());
-	const int32 CountBefore = ViewModel->GetMessageCount();
-
-	FSlateApplication& Application = FSlateApplication::Get();
-	FocusPrompt();
-	IHostMessageHandler& Keyboard = Application.GetMessageHandler();
-	TArray<FString> Lines;
-	Prompt.ParseIntoArrayLines(Lines, false);
-	for (int32 Index = 0; Index < Lines.Num(); ++Index)
+	if (!SendPrompt(Prompt, *ViewModel, Printer))
 	{
-		if (Index > 0)
-		{
-			Keyboard.OnKeyDown(EKeys::Enter, FModifierKeysState(), false);
-		}
-		if (!Lines[Index].IsEmpty())
-		{
-			Keyboard.OnTextInput(Lines[Index]);
-		}
-	}
-	Application.RunTurn(LookSeconds);
-	const FModifierKeysState Control(false, false, true, false, false, false);
-	Keyboard.OnKeyDown(EKeys::Enter, Control, false);
-	Keyboard.OnKeyUp(EKeys::Enter, FModifierKeysState());
-	if (ViewModel->GetMessageCount() == CountBefore)
-	{
-		Fail(TEXT("The prompt was not sent; it still stands in the box."));
 		return false;
 	}
 
+	// 2. Print what comes, until the agent has been at rest for a while.
 	double AtRestSince = -1.0;
 	const auto HasEnded = [&]()
 	{
@@ -392,6 +151,8 @@ bool FDesktopProgram::Answer(const FString& Prompt)
 		Fail(TEXT("No answer came before the program was to end."));
 		return false;
 	}
+
+	// 3. A turn that failed, or that said nothing, is a failure of the run.
 	if (!Printer.GetFailure().IsEmpty())
 	{
 		Fail(Printer.GetFailure());
@@ -413,7 +174,7 @@ bool FDesktopProgram::WriteDump(const FString& File)
 
 bool FDesktopProgram::WriteScreenshot(const FString& File)
 {
-	return Window->SaveScreenshot(MakeAbsolute(File));
+	return Session->GetWindow().SaveScreenshot(MakeAbsolute(File));
 }
 
 bool FDesktopProgram::WriteOutputs()
@@ -523,7 +284,7 @@ int32 FDesktopProgram::RunLines()
 		if (!Line.TrimStartAndEnd().IsEmpty())
 		{
 			// One that was refused stands in the box still, and would go out in place of this one.
-			ClearPrompt();
+			FPromptBox::Clear();
 			bAllAnswered = Answer(Line) && bAllAnswered;
 		}
 		Line.Reset();
@@ -533,8 +294,9 @@ int32 FDesktopProgram::RunLines()
 
 int32 FDesktopProgram::Run()
 {
+	// 1. What can be wrong about the command line is reported before anything is touched.
 	FHostTasks::SetGameThread();
-	Log = MakeShared<FOutputLog>();
+	const TSharedRef<FOutputLog> Log = MakeShared<FOutputLog>();
 	if (!SetVariables())
 	{
 		return WrongUsage;
@@ -547,53 +309,31 @@ int32 FDesktopProgram::Run()
 	{
 		return WrongUsage;
 	}
+	// Takes the key's variable out of the environment, so it comes before any thread or child.
 	if (const FString Complaint = ConnectionChoice::Select(Options); !Complaint.IsEmpty())
 	{
 		Fail(Complaint);
 		return WrongUsage;
 	}
+
+	// 2. Up, work, down: the session ends itself, whatever became of its start.
 	if (Options.Now.IsSet())
 	{
 		FSimulatedTime::Begin(Options.Now.GetValue());
 	}
-	if (!SetUpFolders() || !SetUpWindow() || !LoadModule())
-	{
-		return 1;
-	}
-	StartCodeIndex();
-	OpenTab();
-	if (Options.bDraft || (bHasDisplay && !Options.HasAction()))
-	{
-		Draft = MakeUnique<FDraftKeeper>(Velmora::GetStoreLocation().GetDraftPath());
-	}
-	// Where nobody watches, nobody can be asked.
-	Velmora::FBuiltInAgentOptions AgentOptions = Velmora::GetBuiltInAgentOptions();
-	AgentOptions.bCanAsk = !Options.Prompt.IsSet() && (!Options.ScriptFile.IsEmpty() || bHasDisplay);
-	AgentOptions.AllowedCalls = Options.AllowedCalls;
-	Velmora::SetBuiltInAgentOptions(AgentOptions);
-	const int32 Result = Options.HasAction() ? RunActions() : (bHasDisplay ? RunWindow() : RunLines());
-
-	// In the order in which an editor goes down: tabs, modules, threads, window.
-	FSlateApplication::Get().SetFrameHook(nullptr);
-	FHostPlatform::SetDisplayLostHandler(nullptr);
-	Draft.Reset();
-	Velmora::FUpdateGateControl::StopFollowing();
-	Velmora::CodeIntel::FCodeIndexControl::Shutdown();
-	FSlateApplication::Get().DismissAllMenus();
-	FGlobalTabmanager::Get()->CloseAllTabs();
-	FModuleManager::Get().UnloadModulesAtShutdown();
-	FGlobalTabmanager::Get()->SetDockArea(nullptr);
-	FSlateApplication::Get().SetRootContent(SNullWidget::NullWidget);
-	Frame.Reset();
-	Settings->Finish();
-	Velmora::FUpdateGateControl::SetProblemHandler(nullptr);
-	Velmora::CodeIntel::FCodeIndexControl::SetProblemHandler(nullptr);
-	FQuestionToasts::Uninstall();
-	FProblemToasts::Uninstall();
-	FEditorServices::Uninstall();
-	Velmora::FProjectFileCacheControl::Shutdown();
-	FHostTasks::Shutdown();
-	FSlateApplication::Shutdown();
-	Window.Reset();
+	Session = MakeUnique<FDesktopSession>(Options, Log);
+	const FString Complaint = Session->Start(
+		[this]
+		{
+			if (bScriptRuns)
+			{
+				Script->OnFrame();
+			}
+		});
+	const int32 Result = !Complaint.IsEmpty() ? Fail(Complaint)
+		: Options.HasAction()				  ? RunActions()
+		: Session->HasDisplay()				  ? RunWindow()
+											  : RunLines();
+	Session.Reset();
 	return Result;
 }

@@ -2,14 +2,12 @@
 
 #include "CoreMinimal.h"
 #include "DesktopOptions.h"
-#include "Host/HostWindow.h"
+#include "PromptBox.h"
 #include "ScriptRunner.h"
 
 class FChatViewModel;
-class FDraftKeeper;
-class FHostIniStore;
-class FOutputLog;
-class SEditorFrame;
+class FConversationPrinter;
+class FDesktopSession;
 
 /** The program: makes the window, loads the module as an editor would, opens its tab and runs frames. */
 class FDesktopProgram : private IScriptHost
@@ -26,7 +24,7 @@ private:
 	virtual TSharedPtr<const FChatViewModel> GetViewModel() const override;
 	virtual void InvokeTab() override;
 	virtual void CloseTab() override;
-	virtual void FocusPrompt() override;
+	virtual void FocusPrompt() override { FPromptBox::Focus(); }
 	virtual bool WriteDump(const FString& File) override;
 	virtual bool WriteScreenshot(const FString& File) override;
 
@@ -35,19 +33,12 @@ private:
 	int32 RunScript();
 	/** Console variables named on the command line; false after telling what is wrong. */
 	bool SetVariables() const;
-	bool SetUpFolders();
-	/** Settings, and the release file that says whether this version may be used. */
-	void SetUpServices();
-	bool SetUpWindow();
-	bool LoadModule();
-	/** Starts the code index; a session with a user builds it in the background when there is none. */
-	void StartCodeIndex();
-	void OpenTab();
 	int32 RunActions();
 	int32 RunWindow();
 	int32 RunLines();
-	void ClearPrompt();
-	/** Types a text into the tab's own box, sends it and waits for the end of the turn. False after telling why. */
+	/** Types a prompt into the tab's own box and sends it. False after saying why it was not taken. */
+	bool SendPrompt(const FString& Prompt, const FChatViewModel& ViewModel, FConversationPrinter& Printer);
+	/** Sends a prompt, prints what comes and waits for the end of the turn. False after saying why. */
 	bool Answer(const FString& Prompt);
 	bool WriteOutputs();
 	/** Runs frames until the test holds; false when the time is over or the program is to end. */
@@ -55,16 +46,7 @@ private:
 	int32 Fail(const FString& Sentence) const;
 
 	FDesktopOptions Options;
-	/** The folder with the plug-in's description and resources. */
-	FString HomeFolder;
-	TSharedPtr<IHostWindow> Window;
-	/** From the first line of the program on. */
-	TSharedPtr<FOutputLog> Log;
-	TSharedPtr<SEditorFrame> Frame;
 	TUniquePtr<FScriptRunner> Script;
-	/** Null in runs without a user, who would find a prompt that was not theirs. */
-	TUniquePtr<FDraftKeeper> Draft;
-	TSharedPtr<FHostIniStore> Settings;
+	TUniquePtr<FDesktopSession> Session;
 	bool bScriptRuns = false;
-	bool bHasDisplay = false;
 };

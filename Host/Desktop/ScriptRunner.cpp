@@ -8,7 +8,7 @@
 #include "Host/HostTasks.h"
 #include "Host/UpdateGateControl.h"
 #include "StateWords.h"
-#include "Surroundings.h"
+#include "Environment.h"
 #include "ViewModels/ChatViewModel.h"
 
 namespace

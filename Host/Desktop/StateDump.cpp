@@ -149,72 +149,91 @@ namespace
 		}
 		return static_cast<double>(Pages) * static_cast<double>(sysconf(_SC_PAGESIZE));
 	}
+
+	/** Messages and chips: what is in the conversation, whether it is on screen or not. */
+	void DescribeConversation(FJsonObject& Root, const FChatViewModel* ViewModel)
+	{
+		Root.SetStringField(TEXT("statusText"), ViewModel ? ViewModel->GetStatusText() : FString(TEXT("Not initialized")));
+		Root.SetStringField(TEXT("state"), FStateWords::Get(ViewModel ? ViewModel->GetState() : Velmora::EConversationState::NotStarted));
+		TArray<TSharedPtr<FJsonValue>> Messages;
+		TArray<FString> Chips;
+		if (ViewModel)
+		{
+			for (const TSharedPtr<FChatMessage>& Message : ViewModel->GetMessages())
+			{
+				Messages.Add(DescribeMessage(*Message));
+			}
+			Chips = ViewModel->GetContextFiles();
+		}
+		Root.SetArrayField(TEXT("messages"), Messages);
+		Root.SetArrayField(TEXT("chips"), ToValues(Chips));
+	}
+
+	TSharedPtr<FJsonValue> DescribeDialog(const FString& Title, const FString& Text, const TArray<FString>& Buttons)
+	{
+		const TSharedRef<FJsonObject> Object = MakeShared<FJsonObject>();
+		Object->SetStringField(TEXT("title"), Title);
+		Object->SetStringField(TEXT("text"), Text);
+		Object->SetArrayField(TEXT("buttons"), ToValues(Buttons));
+		return MakeShared<FJsonValueObject>(Object);
+	}
+
+	TArray<TSharedPtr<FJsonValue>> DescribeDialogs()
+	{
+		TArray<TSharedPtr<FJsonValue>> Dialogs;
+		// The save dialog comes first: messages are asked over it.
+		if (FHostFileDialogs::GetOpen().IsSet())
+		{
+			const FHostOpenSaveDialog Dialog = FHostFileDialogs::GetOpen().GetValue();
+			Dialogs.Add(DescribeDialog(Dialog.Title, Dialog.Problem, { TEXT("Save"), TEXT("Cancel") }));
+			Dialogs.Last()->AsObject()->SetStringField(TEXT("folder"), Dialog.Folder);
+			Dialogs.Last()->AsObject()->SetStringField(TEXT("file"), Dialog.Name);
+		}
+		for (const FHostOpenDialog& Dialog : FHostDialogs::GetOpenDialogs())
+		{
+			Dialogs.Add(DescribeDialog(Dialog.Title, Dialog.Message, Dialog.Buttons));
+		}
+		return Dialogs;
+	}
+
+	/** What is on screen, the window's own layers above the tab included. */
+	void DescribeScreen(FJsonObject& Root)
+	{
+		TArray<TSharedPtr<FJsonValue>> Controls;
+		for (const TSharedRef<SWidget>& Layer : FSlateApplication::Get().GetLayerRoots())
+		{
+			CollectControls(Layer, true, true, Controls);
+		}
+		Root.SetArrayField(TEXT("controls"), Controls);
+		Root.SetArrayField(TEXT("menu"), DescribeMenus());
+		const TSharedPtr<SWidget> Box = FWidgetFinder::FindByTag(TEXT("InputTextBox"));
+		Root.SetStringField(TEXT("promptText"), Box ? Box->GetDisplayedText().ToString() : FString());
+		Root.SetArrayField(TEXT("dialogs"), DescribeDialogs());
+		TArray<FString> Toasts;
+		for (const FHostToast& Toast : FHostNotifications::GetVisible())
+		{
+			Toasts.Add(Toast.Text.ToString());
+		}
+		Root.SetArrayField(TEXT("toasts"), ToValues(Toasts));
+	}
+
+	void DescribeCost(FJsonObject& Root)
+	{
+		const FHostFrameStats& Stats = FSlateApplication::Get().GetFrameStats();
+		Root.SetNumberField(TEXT("frameCount"), static_cast<double>(Stats.FrameCount));
+		// With simulated time a run repeats byte by byte, and its dump with it; what the machine takes differs.
+		const bool bRepeats = FHostClock::IsSimulated();
+		Root.SetNumberField(TEXT("worstFrameMs"), bRepeats ? 0.0 : Stats.WorstFrameSeconds * 1000.0);
+		Root.SetNumberField(TEXT("residentBytes"), bRepeats ? 0.0 : GetResidentBytes());
+	}
 }
 
 FString FStateDump::Make(const FChatViewModel* ViewModel)
 {
 	const TSharedRef<FJsonObject> Root = MakeShared<FJsonObject>();
-	Root->SetStringField(TEXT("statusText"), ViewModel ? ViewModel->GetStatusText() : FString(TEXT("Not initialized")));
-	Root->SetStringField(
-		TEXT("state"), ViewModel ? FStateWords::Get(ViewModel->GetState()) : FStateWords::Get(Velmora::EConversationState::NotStarted));
-	TArray<TSharedPtr<FJsonValue>> Messages;
-	TArray<FString> Chips;
-	if (ViewModel)
-	{
-		for (const TSharedPtr<FChatMessage>& Message : ViewModel->GetMessages())
-		{
-			Messages.Add(DescribeMessage(*Message));
-		}
-		Chips = ViewModel->GetContextFiles();
-	}
-	Root->SetArrayField(TEXT("messages"), Messages);
-
-	TArray<TSharedPtr<FJsonValue>> Controls;
-	for (const TSharedRef<SWidget>& Layer : FSlateApplication::Get().GetLayerRoots())
-	{
-		CollectControls(Layer, true, true, Controls);
-	}
-	Root->SetArrayField(TEXT("controls"), Controls);
-	Root->SetArrayField(TEXT("menu"), DescribeMenus());
-	const TSharedPtr<SWidget> Box = FWidgetFinder::FindByTag(TEXT("InputTextBox"));
-	Root->SetStringField(TEXT("promptText"), Box ? Box->GetDisplayedText().ToString() : FString());
-	Root->SetArrayField(TEXT("chips"), ToValues(Chips));
-
-	TArray<TSharedPtr<FJsonValue>> Dialogs;
-	for (const FHostOpenDialog& Dialog : FHostDialogs::GetOpenDialogs())
-	{
-		const TSharedRef<FJsonObject> Object = MakeShared<FJsonObject>();
-		Object->SetStringField(TEXT("title"), Dialog.Title);
-		Object->SetStringField(TEXT("text"), Dialog.Message);
-		Object->SetArrayField(TEXT("buttons"), ToValues(Dialog.Buttons));
-		Dialogs.Add(MakeShared<FJsonValueObject>(Object));
-	}
-	if (FHostFileDialogs::GetOpen().IsSet())
-	{
-		const FHostOpenSaveDialog Dialog = FHostFileDialogs::GetOpen().GetValue();
-		const TSharedRef<FJsonObject> Object = MakeShared<FJsonObject>();
-		Object->SetStringField(TEXT("title"), Dialog.Title);
-		Object->SetStringField(TEXT("text"), Dialog.Problem);
-		Object->SetStringField(TEXT("folder"), Dialog.Folder);
-		Object->SetStringField(TEXT("file"), Dialog.Name);
-		Object->SetArrayField(TEXT("buttons"), ToValues({ TEXT("Save"), TEXT("Cancel") }));
-		// Messages are asked over it.
-		Dialogs.Insert(MakeShared<FJsonValueObject>(Object), 0);
-	}
-	Root->SetArrayField(TEXT("dialogs"), Dialogs);
-	TArray<FString> Toasts;
-	for (const FHostToast& Toast : FHostNotifications::GetVisible())
-	{
-		Toasts.Add(Toast.Text.ToString());
-	}
-	Root->SetArrayField(TEXT("toasts"), ToValues(Toasts));
-
-	const FHostFrameStats& Stats = FSlateApplication::Get().GetFrameStats();
-	Root->SetNumberField(TEXT("frameCount"), static_cast<double>(Stats.FrameCount));
-	const bool bRepeats = FHostClock::IsSimulated();
-	Root->SetNumberField(TEXT("worstFrameMs"), bRepeats ? 0.0 : Stats.WorstFrameSeconds * 1000.0);
-	Root->SetNumberField(TEXT("residentBytes"), bRepeats ? 0.0 : GetResidentBytes());
-
+	DescribeConversation(*Root, ViewModel);
+	DescribeScreen(*Root);
+	DescribeCost(*Root);
 	FString Out;
 	const TSharedRef<TJsonWriter<>> Writer = TJsonWriterFactory<>::Create(&Out);
 	FJsonSerializer::Serialize(Root, Writer);

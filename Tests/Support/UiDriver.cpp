@@ -1,12 +1,9 @@
 #include "Support/UiDriver.h"
 
 #include "Containers/StringConv.h"
-#include "Host/HostAppStyle.h"
 #include "Host/HostClock.h"
-#include "Host/HostPlugins.h"
 #include "Host/HostServices.h"
-#include "Host/HostTasks.h"
-#include "Host/Platform.h"
+#include "Host/HostSession.h"
 #include "Styling/SlateStyle.h"
 #include "Support/Base/PinnedFonts.h"
 #include "Widgets/SNullWidget.h"
@@ -18,21 +15,8 @@ namespace
 		return FString(FUTF8ToTCHAR(Text.c_str(), static_cast<int32>(Text.size())));
 	}
 
-	/** Everything that is made once a process. */
-	void SetUpProcess()
-	{
-		static const bool bDone = []
-		{
-			UsePinnedFonts();
-			FHostTasks::SetGameThread();
-			FHostPlatform::InstallTextShaper();
-			const FString Root = UTF8_TO_TCHAR(VELMORA_SOURCE_DIR);
-			FHostPlugins::RegisterPlugin(TEXT("Velmora"), Root, TEXT("test"));
-			FHostAppStyle::Initialize(Root / TEXT("Host/Engine/Resources/AppStyle"));
-			return true;
-		}();
-		(void)bDone;
-	}
+	/** Of the test that runs; there is one at a time. */
+	TUniquePtr<FHostSession> CurrentSession;
 
 	FModifierKeysState MakeModifiers(bool bShift, bool bControl, bool bAlt)
 	{
@@ -45,10 +29,14 @@ FWidgetTest::~FWidgetTest() = default;
 
 void FWidgetTest::SetUp()
 {
-	SetUpProcess();
-	FHostClock::UseSimulatedTime(FDateTime(2026, 1, 31, 12, 0, 0));
+	// Before the first session reads the font configuration.
+	UsePinnedFonts();
 	FHostServices::ClearLaunchRecord();
-	FSlateApplication::Create(FHostPlatform::CreateHeadlessWindow(FIntPoint(1280, 800), 1.0f));
+	FHostSessionOptions Options;
+	Options.HomeFolder = UTF8_TO_TCHAR(VELMORA_SOURCE_DIR);
+	Options.Plugin.VersionName = TEXT("test");
+	Options.StartTime = FDateTime(2026, 1, 31, 12, 0, 0);
+	CurrentSession = MakeUnique<FHostSession>(Options);
 	UnknownNamesBefore = FSlateStyleSet::GetUnknownNameCount();
 	PumpFrame();
 }
@@ -61,8 +49,7 @@ void FWidgetTest::TearDown()
 		EXPECT_EQ(App().GetLastElements().GetChequerCount(), 0) << "a red chequer is on screen";
 		EXPECT_EQ(FSlateStyleSet::GetUnknownNameCount(), UnknownNamesBefore) << "an unknown brush, font or style was asked for";
 	}
-	FSlateApplication::Shutdown();
-	FHostClock::UseRealTime();
+	CurrentSession.Reset();
 }
 
 void FWidgetTest::Show(const TSharedRef<SWidget>& Widget)

@@ -1,4 +1,4 @@
-#include "Surroundings.h"
+#include "Environment.h"
 
 #include "Host/HostFileNames.h"
 #include "Misc/Paths.h"

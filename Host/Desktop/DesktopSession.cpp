@@ -1,0 +1,312 @@
+#include "DesktopSession.h"
+
+#include "Async/Async.h"
+#include "CodeIntel/CodeIntelIndexManager.h"
+#include "ConversationPrinter.h"
+#include "DraftKeeper.h"
+#include "EditorServices.h"
+#include "Environment.h"
+#include "Framework/Application/SlateApplication.h"
+#include "Framework/Docking/TabManager.h"
+#include "HAL/IConsoleManager.h"
+#include "HAL/PlatformProcess.h"
+#include "Host/BuiltInAgentOptions.h"
+#include "Host/CodeIndexControl.h"
+#include "Host/HostAtomicFile.h"
+#include "Host/HostDialogs.h"
+#include "Host/HostIniStore.h"
+#include "Host/HostLevelEditor.h"
+#include "Host/HostModules.h"
+#include "Host/HostPaths.h"
+#include "Host/HostSettings.h"
+#include "Host/HostTasks.h"
+#include "Host/Platform.h"
+#include "Host/ProjectFileCacheControl.h"
+#include "Host/ProjectFolder.h"
+#include "Host/StoreLocation.h"
+#include "Host/UpdateGateControl.h"
+#include "Misc/Paths.h"
+#include "Modules/ModuleManager.h"
+#include "PluginDescription.h"
+#include "ProblemToasts.h"
+#include "PromptBox.h"
+#include "QuestionToasts.h"
+#include "SEditorFrame.h"
+#include "Settings/VelmoraSettings.h"
+#include "SimulatedTime.h"
+#include "UObject/UObjectGlobals.h"
+#include "Widgets/SVelmoraTab.h"
+
+namespace
+{
+	/** The folder above the executable that holds the plug-in's description. */
+	FString FindHomeFolder()
+	{
+		FString Folder = MakeAbsolute(FPlatformProcess::BaseDir());
+		for (int32 Depth = 0; Depth < 8 && !Folder.IsEmpty(); ++Depth)
+		{
+			if (FPaths::FileExists(Folder / TEXT("Velmora.uplugin")))
+			{
+				return Folder;
+			}
+			Folder = FPaths::GetPath(Folder);
+		}
+		return FString();
+	}
+
+	void PrintProblem(const FString& Sentence)
+	{
+		PrintToStandardError(TEXT("velmora: ") + Sentence + TEXT("\n"));
+	}
+}
+
+FDesktopSession::FDesktopSession(const FDesktopOptions& InOptions, const TSharedRef<FOutputLog>& InLog)
+	: Options(InOptions)
+	, Log(InLog)
+{
+}
+
+FDesktopSession::~FDesktopSession()
+{
+	Host.Reset();
+	// The store comes before the host session, since that may read settings while it starts; so it goes after it.
+	if (Settings)
+	{
+		Settings->Finish();
+		IHostConfigStore::SetCurrent(nullptr);
+	}
+}
+
+FString FDesktopSession::Start(TFunction<void()> InOnFrame)
+{
+	OnFrame = MoveTemp(InOnFrame);
+	if (const FString Complaint = SetUpFolders(); !Complaint.IsEmpty())
+	{
+		return Complaint;
+	}
+	SetUpSettings();
+	SetUpWindow();
+	SetUpEditor();
+	SetUpFrame();
+	if (const FString Complaint = LoadModule(); !Complaint.IsEmpty())
+	{
+		return Complaint;
+	}
+	StartCodeIndex();
+	SetAgentOptions();
+	OpenTab();
+	KeepDraft();
+	return FString();
+}
+
+FString FDesktopSession::SetUpFolders()
+{
+	HomeFolder = FindHomeFolder();
+	if (HomeFolder.IsEmpty())
+	{
+		return TEXT("The file Velmora.uplugin was not found above the program. Start it from its own clone with ./run.sh.");
+	}
+	const FString Project = Options.ProjectFolder.IsEmpty() ? GetWorkingFolder() : MakeAbsolute(Options.ProjectFolder);
+	if (!FPaths::DirectoryExists(Project))
+	{
+		return FString::Printf(TEXT("The project folder \"%s\" does not exist."), *Project);
+	}
+	FHostPaths::SetProjectDir(Project);
+	// What the agent changes is told by paths from here, so they read as the project's own.
+	FHostPaths::SetBaseDir(Project);
+	FHostPaths::SetEngineDir(HomeFolder / TEXT("Host/Engine"));
+	FHostPaths::SetEngineSavedDir(GetUserDataFolder());
+	Velmora::SetProjectFolder(Project);
+	FString Complaint;
+	ReadPluginDescription(HomeFolder / TEXT("Velmora.uplugin"), Plugin, Complaint);
+	return Complaint;
+}
+
+void FDesktopSession::SetUpSettings()
+{
+	Settings = MakeShared<FHostIniStore>(FPaths::ProjectSavedDir() / TEXT("Config/LinuxEditor"));
+	IHostConfigStore::SetCurrent(Settings);
+	// What saves that were killed have left. Nobody waits for it.
+	AsyncTask(ENamedThreads::AnyBackgroundThreadNormalTask,
+		[Folder = FPaths::EngineSavedDir() / TEXT("Velmora"), Saved = FPaths::ProjectSavedDir()]
+		{
+			constexpr int32 Depth = 3;
+			HostTidyFolder(Folder, Depth, true);
+			HostTidyFolder(Saved / TEXT("Config/LinuxEditor"), 0, true);
+			HostTidyFolder(Saved, Depth, false);
+		});
+}
+
+TSharedPtr<IHostWindow> FDesktopSession::OpenWindow()
+{
+	const float Scale = Options.Scale > 0.0f ? Options.Scale : GetEnvironmentScale();
+	TSharedPtr<IHostWindow> Window;
+	if (!Options.bHeadless)
+	{
+		FHostWindowOptions Wanted;
+		Wanted.Title = TEXT("Velmora UI");
+		Wanted.PixelSize = Options.Size;
+		Wanted.Scale = Scale;
+		Wanted.IconPath = HomeFolder / TEXT("Resources/Icons/App/Icon128.png");
+		FString Complaint;
+		Window = FHostPlatform::CreateDesktopWindow(Wanted, Complaint);
+		bHasDisplay = Window.IsValid();
+		if (!bHasDisplay && !Options.HasAction())
+		{
+			PrintProblem(TEXT("There is no display, so prompts are read from standard input, one a line."));
+		}
+	}
+	// The same program, painted into memory.
+	return Window ? Window : FHostPlatform::CreateHeadlessWindow(Options.Size, Scale).ToSharedPtr();
+}
+
+void FDesktopSession::SetUpWindow()
+{
+	for (const FString& Complaint : FHostPlatform::FindMissingFonts())
+	{
+		// Another face stands in, so the program goes on.
+		PrintProblem(Complaint);
+	}
+	FHostSessionOptions Wanted;
+	Wanted.HomeFolder = HomeFolder;
+	Wanted.Plugin = Plugin;
+	Wanted.Window = OpenWindow();
+	Host = MakeUnique<FHostSession>(Wanted);
+
+	// Threads end while there still is an application that their last tasks may speak of.
+	Host->AtEnd([] { FHostTasks::Shutdown(); });
+	Host->AtEnd([] { Velmora::FProjectFileCacheControl::Shutdown(); });
+
+	FSlateApplication::Get().SetFrameHook(
+		[this]()
+		{
+			OnFrame();
+			if (Draft)
+			{
+				Draft->NoteTurn();
+			}
+			FSimulatedTime::BeginFrame();
+		});
+	Host->AtEnd([] { FSlateApplication::Get().SetFrameHook(nullptr); });
+}
+
+void FDesktopSession::SetUpEditor()
+{
+	FHostPlatform::InstallLauncher(!bHasDisplay);
+	FEditorServices::Install();
+	Host->AtEnd([] { FEditorServices::Uninstall(); });
+	FHostDialogs::Install();
+	FProblemToasts::Install(!bHasDisplay);
+	Host->AtEnd([] { FProblemToasts::Uninstall(); });
+	FQuestionToasts::Install();
+	Host->AtEnd([] { FQuestionToasts::Uninstall(); });
+
+	// A broken release file keeps nobody from working.
+	Velmora::FUpdateGateControl::SetProblemHandler([](const FString& Sentence) { FProblemToasts::Tell(Sentence); });
+	Host->AtEnd([] { Velmora::FUpdateGateControl::SetProblemHandler(nullptr); });
+	const FString Folder = FPaths::EngineSavedDir() / TEXT("Velmora");
+	Velmora::FUpdateGateControl::Follow(Folder / TEXT("Release.json"), Folder / TEXT("Updates"));
+	Host->AtEnd([] { Velmora::FUpdateGateControl::StopFollowing(); });
+
+	// The process ends within the handler, so what is not on disk yet is written here or never.
+	FHostPlatform::SetDisplayLostHandler(
+		[this]()
+		{
+			if (Draft)
+			{
+				Draft->Finish();
+			}
+			Settings->Finish();
+		});
+	Host->AtEnd([] { FHostPlatform::SetDisplayLostHandler(nullptr); });
+}
+
+void FDesktopSession::SetUpFrame()
+{
+	FHostLevelEditor::Install();
+	FHostSettings::Install();
+	Frame = SNew(SEditorFrame, Log);
+	FGlobalTabmanager::Get()->SetDockArea(Frame->GetDockArea());
+	FSlateApplication::Get().SetRootContent(Frame.ToSharedRef());
+	Host->AtEnd(
+		[this]
+		{
+			FGlobalTabmanager::Get()->SetDockArea(nullptr);
+			FSlateApplication::Get().SetRootContent(SNullWidget::NullWidget);
+			Frame.Reset();
+		});
+}
+
+FString FDesktopSession::LoadModule()
+{
+	if (!FModuleManager::Get().LoadModule(FName(TEXT("VelmoraUI"))))
+	{
+		return TEXT("The module could not be loaded: ") + FHostModules::GetLastError();
+	}
+	Host->AtEnd([] { FModuleManager::Get().UnloadModulesAtShutdown(); });
+	// The program shows code as it was written; in the editor that is for the user to switch on.
+	if (IConsoleVariable* KeepLayout = IConsoleManager::Get().FindConsoleVariable(TEXT("velmora.Code.KeepLayout")))
+	{
+		KeepLayout->Set(1);
+	}
+	return FString();
+}
+
+void FDesktopSession::StartCodeIndex()
+{
+	using Velmora::CodeIntel::FCodeIndexControl;
+	FCodeIndexControl::SetProblemHandler([](const FString& Sentence) { FProblemToasts::Tell(Sentence); });
+	Host->AtEnd([] { FCodeIndexControl::SetProblemHandler(nullptr); });
+	const Velmora::FStoreLocation Location = Velmora::GetStoreLocation();
+	// The folder holds conversations as well. What keeps it from being made is told by whoever cannot write there.
+	(void)Velmora::MakePrivateFolder(Location.Folder);
+
+	Velmora::CodeIntel::FCodeIndexOptions Wanted;
+	Wanted.ProjectFolder = Velmora::GetProjectFolder();
+	Wanted.ProjectIndexPath = Location.Folder / (Location.ProjectName + TEXT(".index.db"));
+	Wanted.FindEngineFolder = [] { return GetDefault<UVelmoraSettings>()->EngineSourceFolder; };
+	Wanted.EngineIndexPath = Location.Folder / TEXT("engine.index.db");
+	// Nothing that ends by itself shall wait for a build, nor show one that was not asked for.
+	Wanted.bBuildWhenMissing = bHasDisplay && !Options.HasAction();
+	FCodeIndexControl::Initialize(Wanted);
+	Host->AtEnd([] { FCodeIndexControl::Shutdown(); });
+	if (GetDefault<UVelmoraSettings>()->bIncludeEngineSource)
+	{
+		Velmora::CodeIntel::FCodeIntelIndexManager::Get().InitializeEngineIndex();
+	}
+}
+
+void FDesktopSession::SetAgentOptions() const
+{
+	// Where nobody watches, nobody can be asked.
+	Velmora::FBuiltInAgentOptions Agent = Velmora::GetBuiltInAgentOptions();
+	Agent.bCanAsk = !Options.Prompt.IsSet() && (!Options.ScriptFile.IsEmpty() || bHasDisplay);
+	Agent.AllowedCalls = Options.AllowedCalls;
+	Velmora::SetBuiltInAgentOptions(Agent);
+}
+
+void FDesktopSession::OpenTab()
+{
+	// Before the tab is made: a conversation that begins in it must find everything above in its place until it is closed.
+	Host->AtEnd(
+		[]
+		{
+			FSlateApplication::Get().DismissAllMenus();
+			FGlobalTabmanager::Get()->CloseAllTabs();
+		});
+	FGlobalTabmanager::Get()->TryInvokeTab(FTabId(SVelmoraTab::GetTabName()));
+	// The box takes the keyboard once it has been laid out.
+	FSimulatedTime::BeginFrame();
+	FSlateApplication::Get().Tick();
+	FPromptBox::Focus();
+}
+
+void FDesktopSession::KeepDraft()
+{
+	if (Options.bDraft || (bHasDisplay && !Options.HasAction()))
+	{
+		Draft = MakeUnique<FDraftKeeper>(Velmora::GetStoreLocation().GetDraftPath());
+		// The box must still be there: what stands in it is written once more.
+		Host->AtEnd([this] { Draft.Reset(); });
+	}
+}

@@ -1,0 +1,61 @@
+#pragma once
+
+#include "CoreMinimal.h"
+#include "DesktopOptions.h"
+#include "Host/HostSession.h"
+#include "PluginDescriptor.h"
+
+class FDraftKeeper;
+class FHostIniStore;
+class FOutputLog;
+class SEditorFrame;
+
+/**
+ * Everything that the program runs on, in the order in which an editor comes up: folders, settings, window, services of the editor,
+ * frame, module, code index, tab, draft. What was begun is ended in reverse order, also when the start fails half-way. Game thread.
+ */
+class FDesktopSession
+{
+public:
+	FDesktopSession(const FDesktopOptions& InOptions, const TSharedRef<FOutputLog>& InLog);
+	~FDesktopSession();
+	FDesktopSession(const FDesktopSession&) = delete;
+	FDesktopSession& operator=(const FDesktopSession&) = delete;
+
+	/** @param OnFrame  Called before each turn of the loop. Empty when all is up; else the sentence why not. */
+	FString Start(TFunction<void()> OnFrame);
+	/** Somebody can look at the window and use it. */
+	bool HasDisplay() const { return bHasDisplay; }
+	IHostWindow& GetWindow() const { return Host->GetWindow(); }
+
+private:
+	FString SetUpFolders();
+	/** Settings, and the release file that says whether this version may be used. */
+	void SetUpSettings();
+	TSharedPtr<IHostWindow> OpenWindow();
+	void SetUpWindow();
+	void SetUpEditor();
+	void SetUpFrame();
+	FString LoadModule();
+	/** Starts the code index; a session with a user builds it in the background when there is none. */
+	void StartCodeIndex();
+	/** Who may be asked, and what need not be. */
+	void SetAgentOptions() const;
+	void OpenTab();
+	/** A session with a user puts back the prompt that was not sent. */
+	void KeepDraft();
+
+	const FDesktopOptions& Options;
+	const TSharedRef<FOutputLog> Log;
+	TFunction<void()> OnFrame;
+	/** The folder with the plug-in's description and resources. */
+	FString HomeFolder;
+	FPluginDescriptor Plugin;
+	bool bHasDisplay = false;
+	TSharedPtr<FHostIniStore> Settings;
+	TSharedPtr<SEditorFrame> Frame;
+	/** Null in runs without a user, who would find a prompt that was not theirs. */
+	TUniquePtr<FDraftKeeper> Draft;
+	/** Last: what ends with it uses the others. */
+	TUniquePtr<FHostSession> Host;
+};

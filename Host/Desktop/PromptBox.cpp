@@ -1,0 +1,53 @@
+#include "PromptBox.h"
+
+#include "Framework/Application/SlateApplication.h"
+#include "Host/WidgetFinder.h"
+#include "Widgets/Input/SMultiLineEditableTextBox.h"
+
+namespace
+{
+	TSharedPtr<SWidget> FindPromptBox()
+	{
+		return FWidgetFinder::FindByTag(TEXT("InputTextBox"));
+	}
+}
+
+void FPromptBox::Focus()
+{
+	FSlateApplication::Get().SetKeyboardFocus(FindPromptBox(), EFocusCause::SetDirectly);
+}
+
+void FPromptBox::Clear()
+{
+	if (const TSharedPtr<SWidget> Box = FindPromptBox())
+	{
+		StaticCastSharedPtr<SMultiLineEditableTextBox>(Box)->SetText(FText::GetEmpty());
+	}
+}
+
+void FPromptBox::TypeAndSend(const FString& Text)
+{
+	Focus();
+	FSlateApplication& Application = FSlateApplication::Get();
+	IHostMessageHandler& Keyboard = Application.GetMessageHandler();
+	TArray<FString> Lines;
+	Text.ParseIntoArrayLines(Lines, false);
+	for (int32 Index = 0; Index < Lines.Num(); ++Index)
+	{
+		if (Index > 0)
+		{
+			// A line feed is a key of its own to the box, as from a keyboard.
+			Keyboard.OnKeyDown(EKeys::Enter, FModifierKeysState(), false);
+		}
+		if (!Lines[Index].IsEmpty())
+		{
+			Keyboard.OnTextInput(Lines[Index]);
+		}
+	}
+	// The box reports its change with a frame, and only a changed text can be sent.
+	constexpr double FrameSeconds = 1.0 / 60.0;
+	Application.RunTurn(FrameSeconds);
+	const FModifierKeysState Control(false, false, true, false, false, false);
+	Keyboard.OnKeyDown(EKeys::Enter, Control, false);
+	Keyboard.OnKeyUp(EKeys::Enter, FModifierKeysState());
+}

@@ -1,0 +1,13 @@
+#pragma once
+
+#include "CoreMinimal.h"
+
+/** The box of the tab that prompts are typed into, as a user reaches it: by focus and keys. Without a tab nothing happens. Game thread. */
+class FPromptBox
+{
+public:
+	static void Focus();
+	static void Clear();
+	/** Types a text behind what stands there and sends all of it. Needs a frame before anything else is typed. */
+	static void TypeAndSend(const FString& Text);
+};
