@@ -1,12 +1,16 @@
 #include "AgentFixture.h"
 
+#include "Containers/Ticker.h"
 #include "Host/HostFileNames.h"
+#include "Host/HostLog.h"
 #include "Host/Sqlite.h"
 #include "Host/StoreLocation.h"
 #include "Store/ConversationStore.h"
 #include "Store/StoreNotices.h"
+#include "Support/Base/SmallDisk.h"
 
 #include <fstream>
+#include <optional>
 
 using Velmora::EConversationMode;
 using Velmora::EConversationState;
@@ -84,23 +88,82 @@ TEST_F(AgentStoring, WhatWasToldIsInTheStore)
 	EXPECT_EQ(Utf8(Agent->GetCurrentConversationTitle()), "find Snail");
 }
 
-TEST_F(AgentStoring, ABusyStoreRefusesTheMessageInWords)
+TEST_F(AgentStoring, AStoreThatCannotBeWrittenStopsNobody)
 {
-	Ask("find Snail");
-	Velmora::FSqliteConnection Other;
-	ASSERT_TRUE(Other.Open(HostFileNameToBytes(StorePath()), Velmora::ESqliteAccess::Write));
-	Other.SetTimeout(5000); // The check at the start may be writing.
-	ASSERT_TRUE(Other.Execute("BEGIN IMMEDIATE"));
-	const std::vector<std::string> Before = CurrentTexts();
-	Events.clear();
-	EXPECT_FALSE(Agent->SendMessage(TEXT("find Hedgehog"), {}));
-	ASSERT_EQ(EventsOf("error").size(), 1u);
-	EXPECT_TRUE(Holds(EventsOf("error")[0], "busy")) << EventsOf("error")[0];
-	EXPECT_EQ(Events.size(), 1u) << "Nothing was sent.";
-	EXPECT_EQ(CurrentTexts(), Before);
-	ASSERT_TRUE(Other.Execute("COMMIT"));
-	EXPECT_TRUE(Holds(Ask("find Hedgehog"), "Source/B.cpp"));
-	EXPECT_EQ(ReadStored(CurrentId()), CurrentTexts());
+	for (const bool bIsDiskFull : { false, true })
+	{
+		SCOPED_TRACE(bIsDiskFull);
+		Agent->StartConversation(EConversationMode::General);
+		Ask("find Snail");
+		PumpUntilQuiet();
+		const FString Id = CurrentId();
+		const std::vector<std::string> Before = CurrentTexts();
+		Velmora::FSqliteConnection Other;
+		std::optional<FSmallDisk> SmallDisk;
+		if (bIsDiskFull)
+		{
+			SmallDisk.emplace(1);
+		}
+		else
+		{
+			ASSERT_TRUE(Other.Open(HostFileNameToBytes(StorePath()), Velmora::ESqliteAccess::Write));
+			Other.SetTimeout(5000); // The check at the start may be writing.
+			ASSERT_TRUE(Other.Execute("BEGIN IMMEDIATE"));
+		}
+		EXPECT_TRUE(Holds(Ask("find Hedgehog"), "Source/B.cpp"));
+		PumpUntilQuiet();
+		ASSERT_EQ(EventsOf("error").size(), 1u);
+		EXPECT_TRUE(Holds(EventsOf("error")[0], "not stored for now")) << EventsOf("error")[0];
+		EXPECT_TRUE(Holds(Ask("find Snail"), "Source/A.cpp"));
+		FTSTicker::GetCoreTicker().Tick(1.1f);
+		EXPECT_TRUE(EventsOf("error").empty()) << "It is told once.";
+		const std::vector<std::string> Said = CurrentTexts();
+		EXPECT_EQ(Said.size(), 6u);
+		EXPECT_EQ(ReadStored(Id), Before);
+
+		// Another conversation may begin, and the first is there still.
+		Agent->StartConversation(EConversationMode::General);
+		const FString SecondId = CurrentId();
+		Ask("find Hedgehog");
+		const std::vector<std::string> SaidSecond = CurrentTexts();
+		EXPECT_TRUE(Agent->LoadConversation(Id));
+		EXPECT_EQ(CurrentTexts(), Said);
+
+		// Everything is stored as soon as that works, without another message.
+		Events.clear();
+		SmallDisk.reset();
+		(void)Other.Execute("COMMIT");
+		FTSTicker::GetCoreTicker().Tick(1.1f);
+		EXPECT_EQ(ReadStored(Id), Said);
+		EXPECT_EQ(ReadStored(SecondId), SaidSecond);
+		PumpUntilQuiet();
+		EXPECT_EQ(EventsOf("progress"), std::vector<std::string>({ "All that was said is stored now." }));
+	}
+}
+
+TEST_F(AgentStoring, TheEndOfTheAgentTriesOnceMore)
+{
+	for (const bool bWorksAgain : { true, false })
+	{
+		SCOPED_TRACE(bWorksAgain);
+		Ask("find Snail");
+		PumpUntilQuiet();
+		const FString Id = CurrentId();
+		std::optional<FSmallDisk> SmallDisk(1);
+		Ask("find Hedgehog");
+		const std::vector<std::string> Said = CurrentTexts();
+		if (bWorksAgain)
+		{
+			SmallDisk.reset();
+		}
+		FHostLog::ResetCounts();
+		Agent.Reset();
+		SmallDisk.reset();
+		EXPECT_EQ(FHostLog::GetWarningCount(TEXT("LogConversationStore")), bWorksAgain ? 0 : 1);
+		EXPECT_EQ(ReadStored(Id) == Said, bWorksAgain);
+		CreateAgent();
+		Agent->StartConversation(EConversationMode::General);
+	}
 }
 
 TEST_F(AgentStoring, AnAnswerThatCannotBeStoredIsToldAndStoredLater)

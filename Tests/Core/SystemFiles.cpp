@@ -6,6 +6,7 @@
 #include "Misc/FileHelper.h"
 #include "Misc/Paths.h"
 #include "Support/Base/Printers.h"
+#include "Support/Base/SmallDisk.h"
 #include "Support/Base/TempFolder.h"
 
 #include <algorithm>
@@ -14,7 +15,6 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <vector>
@@ -30,28 +30,6 @@ namespace
 	{
 		return Utf8(FString::Join(Parts, TEXT("|")));
 	}
-
-	/** Lets no file grow beyond some bytes, as a full disk would. */
-	class FSmallDisk
-	{
-	public:
-		explicit FSmallDisk(rlim_t Bytes)
-		{
-			OldHandler = std::signal(SIGXFSZ, SIG_IGN);
-			getrlimit(RLIMIT_FSIZE, &Old);
-			const rlimit New{ Bytes, Old.rlim_max };
-			setrlimit(RLIMIT_FSIZE, &New);
-		}
-		~FSmallDisk()
-		{
-			setrlimit(RLIMIT_FSIZE, &Old);
-			std::signal(SIGXFSZ, OldHandler);
-		}
-
-	private:
-		rlimit Old{};
-		void (*OldHandler)(int) = nullptr;
-	};
 
 	/** Keeps the expected warnings off the test's output. */
 	class SystemFiles : public ::testing::Test

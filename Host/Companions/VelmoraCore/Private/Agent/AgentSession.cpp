@@ -47,6 +47,7 @@ namespace Velmora
 				Worker.WaitFor(FTimespan::FromSeconds(MaxWorkerWaitSeconds));
 			}
 		}
+		StoreAtLast();
 	}
 
 	FString FAgentSession::StartConversation(EConversationMode Mode)
@@ -70,6 +71,7 @@ namespace Velmora
 		Current->Mode = Mode;
 		Current->LastUpdated = FDateTime::Now();
 		StoredCount = 0;
+		bIsBehind = false;
 	}
 
 	bool FAgentSession::SendMessage(const FString& Text, const TArray<FString>& ContextFiles)
@@ -78,11 +80,10 @@ namespace Velmora
 		{
 			return false;
 		}
+		// A store that cannot be written stops nobody: the conversation goes on in memory until it can.
 		if (const FOutcome Recorded = RecordUserMessage(Text); !Recorded)
 		{
-			Current->Messages.Pop();
-			Fire(Callbacks.Error, Utf8Text::ToString(Recorded.GetWords()));
-			return false;
+			TellStoreProblemSoon(Recorded);
 		}
 		if (Text.TrimStartAndEnd().IsEmpty())
 		{
@@ -395,10 +396,8 @@ namespace Velmora
 	{
 		DropTurn();
 		OpenTools.Empty();
-		if (Current.IsValid())
-		{
-			Current.Reset();
-		}
+		KeepUnstored();
+		Current.Reset();
 		TransactionId.Empty();
 		State = EConversationState::NotStarted;
 	}

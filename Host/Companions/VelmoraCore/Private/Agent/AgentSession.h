@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "Async/Future.h"
+#include "Containers/Ticker.h"
 #include "CoreMinimal.h"
 #include "Templates/Function.h"
 #include "Templates/SharedPointer.h"
@@ -15,6 +16,7 @@
 #include "Agent/ConversationTypes.h"
 #include "Host/AgentQuestions.h"
 #include "Host/Outcome.h"
+#include "Store/UnstoredConversations.h"
 #include "Turn/TurnControl.h"
 #include "Turn/TurnRunner.h"
 
@@ -176,11 +178,22 @@ namespace Velmora
 		FOutcome RecordUserMessage(const FString& Text);
 		FOutcome RecordReported(const FTurnReport& Report);
 
-		/** Stores what the store lacks of the conversation. */
+		/** Stores what the store lacks, the conversations that were left first. What it does not take is tried again soon. */
 		FOutcome CatchUp();
+		FOutcome CatchUpOnce(int32 TimeoutMilliseconds);
+		void RetryLater();
+
+		/** Keeps what the store lacks of a conversation that is left. */
+		void KeepUnstored();
+
+		/** The last try, at the end of the agent: what is lost is told. */
+		void StoreAtLast();
 
 		/** Once until the store works again. */
 		void TellStoreProblem(const FOutcome& Failure);
+
+		/** The same in a task of its own, for a callback that has to come after the call under way. */
+		void TellStoreProblemSoon(const FOutcome& Failure);
 		void TellNotices();
 		void AddMessage(const FString& Text, EConversationRole Role, bool bHasToolCalls = false);
 		void OpenEmptyConversation(EConversationMode Mode);
@@ -204,9 +217,14 @@ namespace Velmora
 
 		TSharedPtr<FConversationStore> Store;
 
-		/** How many messages of the current conversation the store has; those behind are stored with the next one. */
+		/** How many messages of the current conversation the store has. */
 		int32 StoredCount = 0;
+
+		/** It is to have those behind, too. */
+		bool bIsBehind = false;
 		bool bHasToldStoreProblem = false;
+		FUnstoredConversations Unstored;
+		FTSTicker::FDelegateHandle RetryTicker;
 
 		/** Null between turns. */
 		TSharedPtr<FTurnControl> Turn;

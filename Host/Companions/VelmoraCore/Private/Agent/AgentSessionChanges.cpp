@@ -90,7 +90,8 @@ namespace Velmora
 		Request.Commit = [this](int MessageIndex)
 		{
 			const FOutcome Cut = GetStore().TruncateMessages(Current->Id, MessageIndex);
-			if (!Cut && !Cut.Is(EOutcome::Missing))
+			// A store that cannot be written keeps nothing back of what it never had.
+			if (!Cut && !Cut.Is(EOutcome::Missing) && StoredCount > MessageIndex)
 			{
 				return Cut.GetWords();
 			}

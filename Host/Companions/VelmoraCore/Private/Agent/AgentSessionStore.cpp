@@ -5,13 +5,24 @@
 #include "Store/TurnRecorder.h"
 #include "Text/Utf8Text.h"
 
-// What the session does with the conversation store. Everything that a callback tells is in the store before.
+#include "Async/Async.h"
+
+#include <utility>
+
+DEFINE_LOG_CATEGORY_STATIC(LogConversationStore, Log, All);
+
+// What the session does with the conversation store. Everything that a callback tells is in the store before, unless the store
+// cannot be written: then it goes on in memory, and is stored in order as soon as that works.
 
 namespace Velmora
 {
 	namespace
 	{
 		constexpr int32 MaxTitleLength = 50;
+
+		/** How often a store that does not take what was said is tried again, and how long a frame may wait for it then. */
+		constexpr float RetrySeconds = 1.0f;
+		constexpr int32 RetryTimeoutMilliseconds = 5;
 
 		/**
 		 * One line of at most 50 characters: each line break becomes a blank, white space at the ends goes, what is too
@@ -98,16 +109,86 @@ namespace Velmora
 
 	FOutcome FAgentSession::CatchUp()
 	{
-		if (StoredCount < Current->Messages.Num())
+		bIsBehind = StoredCount < Current->Messages.Num();
+		FOutcome Stored = CatchUpOnce(FConversationStore::FrameTimeoutMilliseconds);
+		if (!Stored)
 		{
-			if (FOutcome Stored = GetStore().Append(*Current, StoredCount); !Stored)
-			{
-				return Stored;
-			}
-			StoredCount = Current->Messages.Num();
+			RetryLater();
 		}
-		bHasToldStoreProblem = false;
-		return FOutcome::Done();
+		return Stored;
+	}
+
+	FOutcome FAgentSession::CatchUpOnce(int32 TimeoutMilliseconds)
+	{
+		FOutcome Stored = Unstored.Store(TimeoutMilliseconds);
+		if (bIsBehind)
+		{
+			Stored = Stored ? GetStore().Append(*Current, StoredCount, TimeoutMilliseconds) : Stored;
+			StoredCount = Stored ? Current->Messages.Num() : StoredCount;
+			bIsBehind = !Stored;
+		}
+		if (Stored && std::exchange(bHasToldStoreProblem, false))
+		{
+			TellSoon({ "All that was said is stored now." });
+		}
+		return Stored;
+	}
+
+	void FAgentSession::RetryLater()
+	{
+		if (RetryTicker.IsValid())
+		{
+			return;
+		}
+		RetryTicker = FTSTicker::GetCoreTicker().AddTicker(TEXT("StoreAgain"), RetrySeconds,
+			[WeakSession = TWeakPtr<FAgentSession>(AsShared())](float)
+			{
+				const TSharedPtr<FAgentSession> Session = WeakSession.Pin();
+				const bool bGoesOn = Session.IsValid() && !Session->CatchUpOnce(RetryTimeoutMilliseconds);
+				if (Session.IsValid() && !bGoesOn)
+				{
+					Session->RetryTicker.Reset();
+				}
+				return bGoesOn;
+			});
+	}
+
+	void FAgentSession::KeepUnstored()
+	{
+		if (Current.IsValid() && bIsBehind && StoredCount < Current->Messages.Num())
+		{
+			Unstored.Add(GetStore().AsShared(), Current.ToSharedRef(), StoredCount);
+			RetryLater();
+		}
+		bIsBehind = false;
+	}
+
+	void FAgentSession::StoreAtLast()
+	{
+		FTSTicker::RemoveTicker(RetryTicker);
+		KeepUnstored();
+		FTSTicker::RemoveTicker(RetryTicker);
+		const FOutcome Stored = Unstored.Store(FConversationStore::WorkerTimeoutMilliseconds);
+		if (!Stored)
+		{
+			const std::string Count = Utf8Text::Count(static_cast<size_t>(Unstored.CountMessages()), "message", "messages");
+			UE_LOG(LogConversationStore, Error, TEXT("%s could not be stored. %s"), *Utf8Text::ToString(Count),
+				*Utf8Text::ToString(Stored.GetWords()));
+		}
+		Unstored.Clear();
+	}
+
+	void FAgentSession::TellStoreProblemSoon(const FOutcome& Failure)
+	{
+		AsyncTask(ENamedThreads::GameThread,
+			[WeakSession = TWeakPtr<FAgentSession>(AsShared()), Failure]
+			{
+				const TSharedPtr<FAgentSession> Session = WeakSession.Pin();
+				if (Session.IsValid() && Session->bIsBehind)
+				{
+					Session->TellStoreProblem(Failure);
+				}
+			});
 	}
 
 	void FAgentSession::TellStoreProblem(const FOutcome& Failure)
@@ -116,7 +197,7 @@ namespace Velmora
 		{
 			bHasToldStoreProblem = true;
 			Fire(Callbacks.Error,
-				FString(TEXT("What is said is not stored for now; it will be with the next message that is. ")) +
+				FString(TEXT("What is said is not stored for now; it will be as soon as that works. ")) +
 					Utf8Text::ToString(Failure.GetWords()));
 		}
 	}
@@ -133,15 +214,22 @@ namespace Velmora
 			return false;
 		}
 		const bool bIsCurrent = Current.IsValid() && Current->Id == Id;
+		const bool bIsUnstored = !bIsCurrent && Unstored.Has(Id);
 		TOutcome<FConversationMetadata> Stored = GetStore().Load(Id);
-		if (!Stored && !bIsCurrent)
+		if (!Stored && !bIsCurrent && !bIsUnstored)
 		{
 			Fire(Callbacks.Error,
 				Stored.Is(EOutcome::Missing) ? FString(TEXT("The conversation is no longer in the store; it cannot be opened."))
 											 : Utf8Text::ToString(Stored.GetWords()));
 			return false;
 		}
-		if (!bIsCurrent)
+		if (bIsUnstored)
+		{
+			EndConversation();
+			Current = Unstored.Take(Id, StoredCount);
+			bIsBehind = true;
+		}
+		else if (!bIsCurrent)
 		{
 			EndConversation();
 			Current = MakeShared<FConversationMetadata>(MoveTemp(*Stored));
@@ -173,8 +261,11 @@ namespace Velmora
 		}
 		if (!Current.IsValid() || Current->Id != Id)
 		{
-			return Deleted.IsDone();
+			const bool bWasUnstored = Unstored.Has(Id);
+			Unstored.Remove(Id);
+			return Deleted.IsDone() || bWasUnstored;
 		}
+		bIsBehind = false;
 		const EConversationMode Mode = Current->Mode;
 		EndConversation();
 		OpenEmptyConversation(Mode);
@@ -194,6 +285,8 @@ namespace Velmora
 			return;
 		}
 		StoredCount = 0;
+		bIsBehind = false;
+		Unstored.Clear();
 		if (Recorder.IsValid())
 		{
 			Recorder->Forget();
@@ -208,7 +301,15 @@ namespace Velmora
 			Fire(Callbacks.Error, Utf8Text::ToString(Summaries.GetWords()));
 			return TArray<FConversationMetadata>();
 		}
-		return MoveTemp(*Summaries);
+		TArray<FConversationMetadata> All = Unstored.GetAll();
+		for (FConversationMetadata& Summary : *Summaries)
+		{
+			if (!Unstored.Has(Summary.Id))
+			{
+				All.Add(MoveTemp(Summary));
+			}
+		}
+		return All;
 	}
 
 	FString FAgentSession::GetTitle() const

@@ -69,11 +69,8 @@ namespace Velmora
 					{
 						return "it cannot be found";
 					}
-					if (Info.Kind == EEntryKind::File && !Access.IsWritable(Outcome.Path))
-					{
-						return "it is read-only";
-					}
-					std::string Problem = MakeContent(Info, Bytes, OutContent);
+					std::string Problem = Info.Kind == EEntryKind::File ? Access.RefuseWriting(Outcome.Path) : std::string();
+					Problem = Problem.empty() ? MakeContent(Info, Bytes, OutContent) : Problem;
 					if (Problem.empty() && OutContent.Bytes.size() > MaxBytes)
 					{
 						return "the new content is larger than 4 MB";

@@ -349,18 +349,26 @@ namespace Velmora
 		return "it is larger than " + std::to_string(MaxBytes / (1024 * 1024)) + " MB";
 	}
 
-	bool FProjectAccess::IsWritable(const std::string& Path) const
+	std::string FProjectAccess::RefuseWriting(const std::string& Path) const
 	{
 		std::string Name;
 		const FFileDescriptor Folder = OpenParent(Path, Name);
 		struct stat Status;
 		if (!Folder.IsOpen() || fstatat(Folder.Get(), Name.c_str(), &Status, AT_SYMLINK_NOFOLLOW) != 0)
 		{
-			return false;
+			return DescribeLastError();
+		}
+		if (S_ISLNK(Status.st_mode))
+		{
+			return std::string();
 		}
 		// To the superuser everything is writable; a file marked as read-only is meant to stay all the same.
-		return S_ISLNK(Status.st_mode) ||
-			((Status.st_mode & 0222) != 0 && faccessat(Folder.Get(), Name.c_str(), W_OK, AT_EACCESS | AT_SYMLINK_NOFOLLOW) == 0);
+		const bool bIsMarked = (Status.st_mode & 0222) == 0;
+		if (!bIsMarked && faccessat(Folder.Get(), Name.c_str(), W_OK, AT_EACCESS | AT_SYMLINK_NOFOLLOW) == 0)
+		{
+			return std::string();
+		}
+		return bIsMarked || errno == EACCES ? "it is read-only" : DescribeLastError();
 	}
 
 	std::string FProjectAccess::Write(const std::string& Path, std::string_view Bytes, const FWriteOptions& Options) const

@@ -114,8 +114,8 @@ namespace Velmora
 		/** Regular files only; never waits for the other end of a pipe. */
 		std::string Read(const std::string& Path, uint64_t MaxBytes, std::string& OutBytes, FEntryInfo& OutInfo) const;
 
-		/** Whether the user may write to what stands there, and its write bit is set at all. */
-		bool IsWritable(const std::string& Path) const;
+		/** Empty when the user may write to what stands there, and its write bit is set at all. */
+		std::string RefuseWriting(const std::string& Path) const;
 
 		struct FWriteOptions
 		{

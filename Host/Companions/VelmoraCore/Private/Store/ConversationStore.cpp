@@ -81,10 +81,10 @@ namespace Velmora
 		}
 	}
 
-	FOutcome FConversationStore::Append(FConversationMetadata& InOutConversation, int32 First)
+	FOutcome FConversationStore::Append(FConversationMetadata& InOutConversation, int32 First, int32 TimeoutMilliseconds)
 	{
 		const FDateTime Now = FDateTime::UtcNow();
-		FOutcome Stored = Run(EAccess::Write, FrameTimeoutMilliseconds,
+		FOutcome Stored = Run(EAccess::Write, TimeoutMilliseconds,
 			[&](FSqliteConnection& Database)
 			{
 				StoreSchema::FConversationRow Row;

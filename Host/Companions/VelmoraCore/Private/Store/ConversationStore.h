@@ -55,7 +55,7 @@ namespace Velmora
 		 *
 		 * @param InOutConversation  Its LastUpdated becomes the time of this change.
 		 */
-		FOutcome Append(FConversationMetadata& InOutConversation, int32 First);
+		FOutcome Append(FConversationMetadata& InOutConversation, int32 First, int32 TimeoutMilliseconds = FrameTimeoutMilliseconds);
 
 		/**
 		 * Stores one more message of a conversation that the store must have already. For workers.
