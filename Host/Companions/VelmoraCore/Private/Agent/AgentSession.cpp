@@ -227,24 +227,36 @@ namespace Velmora
 		}
 	}
 
+	bool FAgentSession::EnterStateOf(FTurnReport& Report)
+	{
+		if (Report.Kind != ETurnReportKind::Step && Report.Kind != ETurnReportKind::ToolStarted && Report.Kind != ETurnReportKind::Answer)
+		{
+			return true;
+		}
+		const uint32 StartEpoch = Epoch;
+		const bool bStartsTool = Report.Kind == ETurnReportKind::ToolStarted;
+		SetState(bStartsTool ? EConversationState::ExecutingTools : EConversationState::Thinking,
+			bStartsTool ? Report.ToolName : FString(TEXT("Working on the request.")));
+		// Who heard of it may have ended the turn, or paused it; then the report waits.
+		if (Epoch != StartEpoch)
+		{
+			return false;
+		}
+		if (State == EConversationState::Paused)
+		{
+			HeldReports.push_front(MoveTemp(Report));
+			return false;
+		}
+		return true;
+	}
+
 	void FAgentSession::Deliver(FTurnReport&& Report)
 	{
-		const uint32 StartEpoch = Epoch;
-		if (Report.Kind == ETurnReportKind::Step || Report.Kind == ETurnReportKind::ToolStarted || Report.Kind == ETurnReportKind::Answer)
+		if (!EnterStateOf(Report))
 		{
-			const bool bStartsTool = Report.Kind == ETurnReportKind::ToolStarted;
-			SetState(bStartsTool ? EConversationState::ExecutingTools : EConversationState::Thinking,
-				bStartsTool ? Report.ToolName : FString(TEXT("Working on the request.")));
-			if (Epoch != StartEpoch)
-			{
-				return;
-			}
-			if (State == EConversationState::Paused)
-			{
-				HeldReports.push_front(MoveTemp(Report));
-				return;
-			}
+			return;
 		}
+		const uint32 StartEpoch = Epoch;
 		switch (Report.Kind)
 		{
 		case ETurnReportKind::Step:

@@ -156,6 +156,9 @@ namespace Velmora
 		void DeliverHeldReports();
 		void Deliver(FTurnReport&& Report);
 
+		/** The state that goes with a report. False when the report is not to be told now. */
+		bool EnterStateOf(FTurnReport& Report);
+
 		/** Reports the tools under way as failed. */
 		void CloseOpenTools(const FString& Why);
 

@@ -80,7 +80,16 @@ namespace Velmora
 		{
 			static const std::vector<FPhraseRow> Phrases = []
 			{
-				std::vector<FPhraseRow> All(std::begin(RequestPhrases), std::end(RequestPhrases));
+				std::vector<FPhraseRow> All;
+				for (const FPhraseGroup& Group : RequestPhrases)
+				{
+					for (std::string_view Left = Group.Phrases; !Left.empty();)
+					{
+						const size_t Length = std::min(Left.find('|'), Left.size());
+						All.push_back({ Left.substr(0, Length), Group.Kind });
+						Left.remove_prefix(std::min(Length + 1, Left.size()));
+					}
+				}
 				for (const FVerbRow& Row : Verbs)
 				{
 					All.push_back({ Row.Phrase, ERequestKind::ChangeFiles });

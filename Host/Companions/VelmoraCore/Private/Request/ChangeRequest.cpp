@@ -157,99 +157,127 @@ namespace Velmora
 			return Request.Content.empty() ? Unclear() : Request;
 		}
 
+		/** What is known of "A by B in FILE" while it is read. */
+		struct FReplaceParts
+		{
+			size_t OldStart = 0;
+			size_t OldEnd = 0;
+			std::string File;
+
+			/** The file stood before the separator. */
+			bool bIsPlaced = false;
+		};
+
+		/** A, up to the separator, which is not taken; with "in FILE" behind it. False where a quoted text stands in the middle of words.
+		 */
+		template <size_t Size>
+		bool ReadOld(FRequestReader& Reader, const std::string_view (&Separators)[Size], FReplaceParts& Parts)
+		{
+			std::string Ignored;
+			Parts.OldStart = Parts.OldEnd = Reader.GetPlace();
+			if (Reader.TakeLiteral(Ignored))
+			{
+				Parts.OldEnd = Reader.GetPlace();
+				Reader.SkipBlanks();
+				// "by" may begin a name too, so the separator is looked for first.
+				if (Reader.MatchLongest(Separators) == 0 && Reader.Take(InWords))
+				{
+					Parts.bIsPlaced = Reader.TakeFile(Parts.File);
+				}
+				return true;
+			}
+			for (; Parts.OldEnd < Reader.GetEnd(); ++Parts.OldEnd)
+			{
+				Reader.SetPlace(Parts.OldEnd);
+				if (Reader.IsAt(LiteralPlace))
+				{
+					return false;
+				}
+				if (Parts.OldEnd == Parts.OldStart || !Reader.IsAt(' '))
+				{
+					continue;
+				}
+				Reader.SkipBlanks();
+				if (Reader.MatchLongest(Separators) > 0)
+				{
+					return true;
+				}
+				// "foo in notes.md by bar"
+				if (Reader.Take(InWords) && Reader.TakeFile(Parts.File) && !Parts.File.empty() &&
+					(Reader.SkipBlanks(), Reader.MatchLongest(Separators) > 0))
+				{
+					Parts.bIsPlaced = true;
+					return true;
+				}
+				Parts.File.clear();
+			}
+			return true;
+		}
+
+		/** B, with "in FILE" behind it unless the file is known. Gives where it ends; npos when something else follows it. */
+		size_t ReadNew(FRequestReader& Reader, FReplaceParts& Parts)
+		{
+			std::string Text;
+			if (Reader.TakeLiteral(Text))
+			{
+				const size_t End = Reader.GetPlace();
+				if (Reader.IsAtEnd())
+				{
+					return End;
+				}
+				Reader.SetPlace(End);
+				const bool bNamesFile = !Parts.bIsPlaced && Reader.Take(InWords) && Reader.TakeFile(Parts.File) && Reader.IsAtEnd();
+				return bNamesFile ? End : std::string::npos;
+			}
+			// Words of their own may hold "in" as well, so the file is looked for from the end.
+			const size_t Place = Parts.bIsPlaced ? std::string::npos : FindClosingFile(Reader, InWords, Text);
+			if (Place == std::string::npos)
+			{
+				return Reader.GetEnd();
+			}
+			Parts.File = Text;
+			return Place;
+		}
+
 		/** "A by B in FILE", "A in FILE by B", "the content of FILE by B". */
 		template <size_t Size>
 		FChangeRequest ReadReplace(FRequestReader& Reader, const std::string_view (&Separators)[Size], bool bIsReversed, std::string File)
 		{
-			std::string Name;
-			const bool bIsGiven = !File.empty();
+			// 1. All of a file.
+			FReplaceParts Parts;
 			if (Reader.Take(WholeContentPhrases))
 			{
 				FChangeRequest Request;
-				if (Reader.TakeFile(Name) && Reader.Take(Separators))
+				if (Reader.TakeFile(Parts.File) && Reader.Take(Separators))
 				{
-					Request = MakeRequest(EChangeRequest::Write, Name);
+					Request = MakeRequest(EChangeRequest::Write, Parts.File);
 				}
 				return Request.Kind == EChangeRequest::Write && TakeContent(Reader, Request.Content) ? Request : Unclear();
 			}
+
+			// 2. The two passages, and the file behind either of them.
 			Reader.Take(ContentOpeners);
-			const size_t OldStart = Reader.GetPlace();
-			std::string Ignored;
-			size_t OldEnd = OldStart;
-			bool bIsPlaced = false;
-			if (Reader.TakeLiteral(Ignored))
-			{
-				OldEnd = Reader.GetPlace();
-				Reader.SkipBlanks();
-				if (Reader.MatchLongest(Separators) == 0 && Reader.Take(InWords))
-				{
-					bIsPlaced = Reader.TakeFile(Name);
-				}
-			}
-			else
-			{
-				for (; OldEnd < Reader.GetEnd(); ++OldEnd)
-				{
-					Reader.SetPlace(OldEnd);
-					if (Reader.IsAt(LiteralPlace))
-					{
-						return Unclear();
-					}
-					if (OldEnd > OldStart && Reader.IsAt(' '))
-					{
-						Reader.SkipBlanks();
-						const size_t WordStart = Reader.GetPlace();
-						if (Reader.MatchLongest(Separators) > 0)
-						{
-							break;
-						}
-						// "foo in notes.md by bar"
-						if (Reader.Take(InWords) && Reader.TakeFile(Name) && !Name.empty() &&
-							(Reader.SkipBlanks(), Reader.MatchLongest(Separators) > 0))
-						{
-							bIsPlaced = true;
-							break;
-						}
-						Reader.SetPlace(WordStart);
-						Name.clear();
-					}
-				}
-			}
-			if (!Reader.Take(Separators))
+			if (!ReadOld(Reader, Separators, Parts) || !Reader.Take(Separators))
 			{
 				return Unclear();
 			}
 			Reader.Take(ContentOpeners);
 			const size_t NewStart = Reader.GetPlace();
-			size_t NewEnd = Reader.GetEnd();
-			if (Reader.TakeLiteral(Ignored))
+			const size_t NewEnd = ReadNew(Reader, Parts);
+			if (NewEnd == std::string::npos)
 			{
-				NewEnd = Reader.GetPlace();
-				if (!Reader.IsAtEnd())
-				{
-					Reader.SetPlace(NewEnd);
-					if (bIsPlaced || !Reader.Take(InWords) || !Reader.TakeFile(Name) || !Reader.IsAtEnd())
-					{
-						return Unclear();
-					}
-				}
+				return Unclear();
 			}
-			else if (!bIsPlaced)
-			{
-				std::string Found;
-				const size_t Place = FindClosingFile(Reader, InWords, Found);
-				if (Place != std::string::npos)
-				{
-					NewEnd = Place;
-					Name = Found;
-				}
-			}
-			FChangeRequest Request = MakeRequest(EChangeRequest::Replace, bIsGiven && Name.empty() ? File : Name);
+
+			// 3. "substitute B for A" names them the other way round.
+			FChangeRequest Request = MakeRequest(EChangeRequest::Replace, Parts.File.empty() ? File : Parts.File);
 			bool bIsLiteral = false;
-			const std::string First = Reader.Meant(OldStart, OldEnd, bIsLiteral);
-			const std::string Second = Reader.Meant(NewStart, NewEnd, bIsLiteral);
-			Request.Old = bIsReversed ? Second : First;
-			Request.Content = bIsReversed ? First : Second;
+			Request.Old = Reader.Meant(Parts.OldStart, Parts.OldEnd, bIsLiteral);
+			Request.Content = Reader.Meant(NewStart, NewEnd, bIsLiteral);
+			if (bIsReversed)
+			{
+				Request.Old.swap(Request.Content);
+			}
 			return Request.Old.empty() ? Unclear() : Request;
 		}
 

@@ -81,160 +81,57 @@ namespace Velmora
 		ERequestKind Kind;
 	};
 
-	/** How a request may begin. The longest phrase that fits decides, so the order is free. */
-	inline constexpr FPhraseRow RequestPhrases[] = {
-		{ "help", ERequestKind::Help },
-		{ "what can you do", ERequestKind::Help },
-		{ "what can i ask", ERequestKind::Help },
-		{ "what do you do", ERequestKind::Help },
-		{ "who are you", ERequestKind::Help },
-		{ "hello", ERequestKind::Greeting },
-		{ "hi", ERequestKind::Greeting },
-		{ "hey", ERequestKind::Greeting },
-		{ "good morning", ERequestKind::Greeting },
-		{ "good evening", ERequestKind::Greeting },
-		{ "thanks", ERequestKind::Thanks },
-		{ "thank you", ERequestKind::Thanks },
-
-		{ "find", ERequestKind::FindText },
-		{ "find all", ERequestKind::FindText },
-		{ "search", ERequestKind::FindText },
-		{ "search for", ERequestKind::FindText },
-		{ "grep", ERequestKind::FindText },
-		{ "grep for", ERequestKind::FindText },
-		{ "look for", ERequestKind::FindText },
-		{ "look up", ERequestKind::FindText },
-		{ "locate", ERequestKind::FindText },
-		{ "where", ERequestKind::FindText },
-		{ "where is", ERequestKind::FindText },
-		{ "where are", ERequestKind::FindText },
-		{ "where's", ERequestKind::FindText },
-		{ "wheres", ERequestKind::FindText },
-		{ "where do we", ERequestKind::FindText },
-		{ "where do you", ERequestKind::FindText },
-		{ "where does", ERequestKind::FindText },
-		{ "where can i find", ERequestKind::FindText },
-		{ "find out where", ERequestKind::FindText },
-		{ "who calls", ERequestKind::FindText },
-		{ "who uses", ERequestKind::FindText },
-		{ "what calls", ERequestKind::FindText },
-		{ "what uses", ERequestKind::FindText },
-
-		{ "find symbol", ERequestKind::FindSymbol },
-		{ "find the symbol", ERequestKind::FindSymbol },
-		{ "look up symbol", ERequestKind::FindSymbol },
-		{ "look up the symbol", ERequestKind::FindSymbol },
-		{ "definition of", ERequestKind::FindSymbol },
-		{ "find definition of", ERequestKind::FindSymbol },
-		{ "find the definition of", ERequestKind::FindSymbol },
-		{ "show definition of", ERequestKind::FindSymbol },
-		{ "show the definition of", ERequestKind::FindSymbol },
-		{ "show me the definition of", ERequestKind::FindSymbol },
-		{ "where is the definition of", ERequestKind::FindSymbol },
-		{ "go to definition of", ERequestKind::FindSymbol },
-		{ "go to the definition of", ERequestKind::FindSymbol },
-		{ "which file defines", ERequestKind::FindSymbol },
-
-		{ "outline", ERequestKind::Outline },
-		{ "outline of", ERequestKind::Outline },
-		{ "show outline of", ERequestKind::Outline },
-		{ "show the outline of", ERequestKind::Outline },
-		{ "show me the outline of", ERequestKind::Outline },
-		{ "show me an outline of", ERequestKind::Outline },
-		{ "give me the outline of", ERequestKind::Outline },
-		{ "give me an outline of", ERequestKind::Outline },
-		{ "list symbols in", ERequestKind::Outline },
-		{ "list the symbols in", ERequestKind::Outline },
-		{ "symbols in", ERequestKind::Outline },
-		{ "which symbols are in", ERequestKind::Outline },
-
-		{ "which files mention", ERequestKind::WhichFiles },
-		{ "which files contain", ERequestKind::WhichFiles },
-		{ "which files use", ERequestKind::WhichFiles },
-		{ "which files include", ERequestKind::WhichFiles },
-		{ "which files reference", ERequestKind::WhichFiles },
-		{ "which files have", ERequestKind::WhichFiles },
-		{ "which file mentions", ERequestKind::WhichFiles },
-		{ "which file contains", ERequestKind::WhichFiles },
-		{ "what files mention", ERequestKind::WhichFiles },
-		{ "what files contain", ERequestKind::WhichFiles },
-		{ "what files use", ERequestKind::WhichFiles },
-		{ "files that mention", ERequestKind::WhichFiles },
-		{ "how many files mention", ERequestKind::WhichFiles },
-		{ "how many files contain", ERequestKind::WhichFiles },
-		{ "how many files use", ERequestKind::WhichFiles },
-		{ "how many files include", ERequestKind::WhichFiles },
-		{ "list files that mention", ERequestKind::WhichFiles },
-		{ "list files containing", ERequestKind::WhichFiles },
-		{ "list the files that mention", ERequestKind::WhichFiles },
-		{ "list all files that mention", ERequestKind::WhichFiles },
-		{ "show files that mention", ERequestKind::WhichFiles },
-		{ "show me the files that mention", ERequestKind::WhichFiles },
-		{ "show me all files that mention", ERequestKind::WhichFiles },
-		{ "find files that mention", ERequestKind::WhichFiles },
-		{ "find files containing", ERequestKind::WhichFiles },
-
-		{ "what does", ERequestKind::Explain },
-		{ "what is", ERequestKind::Explain },
-		{ "what's", ERequestKind::Explain },
-		{ "whats", ERequestKind::Explain },
-		{ "what are", ERequestKind::Explain },
-		{ "explain", ERequestKind::Explain },
-		{ "describe", ERequestKind::Explain },
-		{ "tell me about", ERequestKind::Explain },
-		{ "how does", ERequestKind::Explain },
-		{ "how do", ERequestKind::Explain },
-		{ "explain how", ERequestKind::Explain },
-		{ "explain what", ERequestKind::Explain },
-
-		{ "show", ERequestKind::Show },
-		{ "show me", ERequestKind::Show },
-		{ "open", ERequestKind::Show },
-		{ "read", ERequestKind::Show },
-		{ "cat", ERequestKind::Show },
-		{ "print", ERequestKind::Show },
-		{ "display", ERequestKind::Show },
-		{ "view", ERequestKind::Show },
-
-		{ "list", ERequestKind::List },
-		{ "ls", ERequestKind::List },
-		{ "dir", ERequestKind::List },
-		{ "what is in", ERequestKind::List },
-		{ "what's in", ERequestKind::List },
-		{ "whats in", ERequestKind::List },
-		{ "what is inside", ERequestKind::List },
-		{ "what's inside", ERequestKind::List },
-		{ "what files are in", ERequestKind::List },
-		{ "which files are in", ERequestKind::List },
-		{ "what files are there in", ERequestKind::List },
-		{ "what does the folder", ERequestKind::List },
-		{ "show files in", ERequestKind::List },
-		{ "show the files in", ERequestKind::List },
-		{ "show me the files in", ERequestKind::List },
-		{ "show me what is in", ERequestKind::List },
-
-		{ "summarise", ERequestKind::Summarise },
-		{ "summarize", ERequestKind::Summarise },
-		{ "sum up", ERequestKind::Summarise },
-		{ "summary of", ERequestKind::Summarise },
-		{ "give me a summary of", ERequestKind::Summarise },
-		{ "give me an overview of", ERequestKind::Summarise },
-		{ "give me an overview", ERequestKind::Summarise },
-		{ "overview", ERequestKind::Summarise },
-		{ "overview of", ERequestKind::Summarise },
-
-		{ "how many", ERequestKind::Count },
-		{ "how big is", ERequestKind::Count },
-		{ "how large is", ERequestKind::Count },
-		{ "how long is", ERequestKind::Count },
-		{ "count", ERequestKind::Count },
-
-		{ "rename", ERequestKind::ChangeFiles },
-		{ "fix", ERequestKind::ChangeFiles },
-		{ "refactor", ERequestKind::ChangeFiles },
-		{ "implement", ERequestKind::ChangeFiles },
-		{ "move", ERequestKind::ChangeFiles },
+	/** What begins a request of one kind: phrases as above, apart by '|'. */
+	struct FPhraseGroup
+	{
+		ERequestKind Kind;
+		std::string_view Phrases;
 	};
+
+	/** How a request may begin. The longest phrase that fits decides, so the order is free. */
+	// clang-format off
+	inline constexpr FPhraseGroup RequestPhrases[] = {
+		{ ERequestKind::Help,
+			"help|what can you do|what can i ask|what do you do|who are you" },
+		{ ERequestKind::Greeting,
+			"hello|hi|hey|good morning|good evening" },
+		{ ERequestKind::Thanks,
+			"thanks|thank you" },
+		{ ERequestKind::FindText,
+			"find|find all|search|search for|grep|grep for|look for|look up|locate|where|where is|where are|where's|wheres"
+			"|where do we|where do you|where does|where can i find|find out where|who calls|who uses|what calls|what uses" },
+		{ ERequestKind::FindSymbol,
+			"find symbol|find the symbol|look up symbol|look up the symbol|definition of|find definition of"
+			"|find the definition of|show definition of|show the definition of|show me the definition of"
+			"|where is the definition of|go to definition of|go to the definition of|which file defines" },
+		{ ERequestKind::Outline,
+			"outline|outline of|show outline of|show the outline of|show me the outline of|show me an outline of"
+			"|give me the outline of|give me an outline of|list symbols in|list the symbols in|symbols in"
+			"|which symbols are in" },
+		{ ERequestKind::WhichFiles,
+			"which files mention|which files contain|which files use|which files include|which files reference"
+			"|which files have|which file mentions|which file contains|what files mention|what files contain|what files use"
+			"|files that mention|how many files mention|how many files contain|how many files use|how many files include"
+			"|list files that mention|list files containing|list the files that mention|list all files that mention"
+			"|show files that mention|show me the files that mention|show me all files that mention|find files that mention"
+			"|find files containing" },
+		{ ERequestKind::Explain,
+			"what does|what is|what's|whats|what are|explain|describe|tell me about|how does|how do|explain how|explain what" },
+		{ ERequestKind::Show,
+			"show|show me|open|read|cat|print|display|view" },
+		{ ERequestKind::List,
+			"list|ls|dir|what is in|what's in|whats in|what is inside|what's inside|what files are in|which files are in"
+			"|what files are there in|what does the folder|show files in|show the files in|show me the files in"
+			"|show me what is in" },
+		{ ERequestKind::Summarise,
+			"summarise|summarize|sum up|summary of|give me a summary of|give me an overview of|give me an overview|overview"
+			"|overview of" },
+		{ ERequestKind::Count,
+			"how many|how big is|how large is|how long is|count" },
+		{ ERequestKind::ChangeFiles,
+			"rename|fix|refactor|implement|move" },
+	};
+	// clang-format on
 
 	/** Courtesies in front of a request. */
 	// clang-format off

@@ -257,10 +257,80 @@ namespace Velmora
 			Search.Result.bTruncated = Walk.bTruncated;
 			return Search.Finish();
 		}
+
+		/** What stands around a name in its line, as far as it tells a definition from a mention. */
+		struct FHitContext
+		{
+			std::string_view Before;
+			std::string_view After;
+
+			/** Before without the qualifier and the word that follows. */
+			std::string_view Head;
+
+			/** The nearest word in front that is no marker in capitals: "class", "return", a type. */
+			std::string_view Previous;
+			bool bIsQualified = false;
+			bool bEndsStatement = false;
+
+			FHitContext(std::string_view Line, size_t Start, size_t End)
+				: Before(Line.substr(0, Start))
+				, After(Utf8Text::Trim(Line.substr(End)))
+				, Head(Before)
+				, bIsQualified(Utf8Text::EndsWith(Before, "::"))
+				, bEndsStatement(Utf8Text::EndsWith(Utf8Text::Trim(Line), ";"))
+			{
+				if (bIsQualified)
+				{
+					Head = Head.substr(0, Head.size() - 2);
+					TakeLastWord(Head);
+				}
+				Previous = TakeLastWord(Head);
+				while (IsMarker(Previous) && !Utf8Text::Trim(Head).empty())
+				{
+					Previous = TakeLastWord(Head);
+				}
+			}
+
+			/** Inside of brackets stand parameters and arguments. */
+			bool IsInBrackets() const
+			{
+				return std::count(Before.begin(), Before.end(), '(') > std::count(Before.begin(), Before.end(), ')');
+			}
+		};
+
+		/** A name without a word of the language in front: a function's head, a value that is set, or a mere mention. */
+		EHitKind ClassifyPlainName(const FHitContext& Hit)
+		{
+			const bool bHasBracket = !Hit.After.empty() && Hit.After.front() == '(';
+			const std::string_view Lead = TrimRight(Hit.Before);
+			const char LastLead = Lead.empty() ? '\0' : Lead.back();
+			const bool bFollowsType =
+				(!Hit.Previous.empty() && !Contains(std::begin(CallingWords), std::end(CallingWords), Hit.Previous)) || LastLead == '*' ||
+				LastLead == '&' || LastLead == '>' || LastLead == '~';
+			const bool bIsMember = Utf8Text::EndsWith(Lead, "->") || LastLead == '.';
+			const bool bIsArgument = Lead.find('=') != std::string_view::npos || Lead.find('(') != std::string_view::npos;
+			const bool bMayDeclare = !bIsMember && !bIsArgument;
+			if (bHasBracket && bMayDeclare && bFollowsType && (!Hit.bIsQualified || !Hit.Head.empty() || !Hit.Previous.empty()))
+			{
+				return Hit.bEndsStatement ? EHitKind::Declaration : EHitKind::Definition;
+			}
+			// A constructor: "FThing::FThing(" at the start of the line, no type in front.
+			if (bHasBracket && Hit.bIsQualified && !Hit.bEndsStatement && Utf8Text::Trim(Hit.Head).empty())
+			{
+				return EHitKind::Definition;
+			}
+			const bool bIsSet = !Hit.After.empty() &&
+				((Hit.After.front() == '=' && !Utf8Text::StartsWith(Hit.After, "==")) ||
+					(Hit.After.front() == ':' && !Utf8Text::StartsWith(Hit.After, "::")));
+			const bool bOpensLine = Utf8Text::Trim(Hit.Before).empty() || Utf8Text::Trim(Hit.Before) == "\"";
+			const bool bIsDeclared = (bIsSet && (bOpensLine || bFollowsType)) || (bFollowsType && Hit.After == ";");
+			return bMayDeclare && bIsDeclared ? EHitKind::Declaration : EHitKind::Word;
+		}
 	}
 
 	EHitKind ClassifyHit(std::string_view Line, size_t Start, size_t End)
 	{
+		// 1. Parts of words and comments define nothing.
 		const bool bTermIsWord = Start < End && Utf8Text::IsWordByte(Line[Start]);
 		const bool bIsPart = bTermIsWord &&
 			((Start > 0 && Utf8Text::IsWordByte(Line[Start - 1])) ||
@@ -273,68 +343,28 @@ namespace Velmora
 		{
 			return EHitKind::Word;
 		}
-
-		// The words in front of the name, the nearest first; markers in capitals say nothing.
-		std::string_view Before = Line.substr(0, Start);
-		const bool bIsQualified = Utf8Text::EndsWith(Before, "::");
-		std::string_view Head = Before;
-		if (bIsQualified)
-		{
-			Head = Head.substr(0, Head.size() - 2);
-			TakeLastWord(Head);
-		}
-		std::string_view Previous = TakeLastWord(Head);
-		while (IsMarker(Previous) && !Utf8Text::Trim(Head).empty())
-		{
-			Previous = TakeLastWord(Head);
-		}
-		const std::string_view After = Utf8Text::Trim(Line.substr(End));
-		const bool bEndsStatement = Utf8Text::EndsWith(Utf8Text::Trim(Line), ";");
-
-		// Inside of brackets stand parameters and arguments.
-		const auto Opened = std::count(Before.begin(), Before.end(), '(') - std::count(Before.begin(), Before.end(), ')');
-		if (Opened > 0)
+		const FHitContext Hit(Line, Start, End);
+		if (Hit.IsInBrackets())
 		{
 			return EHitKind::Word;
 		}
-		if (Contains(std::begin(ValueWords), std::end(ValueWords), Previous) && Utf8Text::StartsWith(After, "=") &&
-			!Utf8Text::StartsWith(After, "=="))
+
+		// 2. The word in front says what it is.
+		if (Contains(std::begin(ValueWords), std::end(ValueWords), Hit.Previous) && Utf8Text::StartsWith(Hit.After, "=") &&
+			!Utf8Text::StartsWith(Hit.After, "=="))
 		{
 			return EHitKind::Definition;
 		}
-		if (!Previous.empty() && Contains(std::begin(DefiningWords), std::end(DefiningWords), Previous))
+		if (!Hit.Previous.empty() && Contains(std::begin(DefiningWords), std::end(DefiningWords), Hit.Previous))
 		{
 			// "class X;" only announces. "friend class X" and "enum class X" differ in what stands before.
-			const bool bIsAnnounced = After == ";" && Previous != "using" && Previous != "namespace";
-			std::string_view Earlier = Head;
+			const bool bIsAnnounced = Hit.After == ";" && Hit.Previous != "using" && Hit.Previous != "namespace";
+			std::string_view Earlier = Hit.Head;
 			return bIsAnnounced || TakeLastWord(Earlier) == "friend" ? EHitKind::Declaration : EHitKind::Definition;
 		}
 
-		const bool bHasBracket = !After.empty() && After.front() == '(';
-		const std::string_view Lead = TrimRight(Before);
-		const char LastLead = Lead.empty() ? '\0' : Lead.back();
-		const bool bFollowsType = (!Previous.empty() && !Contains(std::begin(CallingWords), std::end(CallingWords), Previous)) ||
-			LastLead == '*' || LastLead == '&' || LastLead == '>' || LastLead == '~';
-		const bool bIsMember = Utf8Text::EndsWith(Lead, "->") || LastLead == '.';
-		const bool bIsArgument = Lead.find('=') != std::string_view::npos || Lead.find('(') != std::string_view::npos;
-		if (bHasBracket && !bIsMember && !bIsArgument && bFollowsType && (!bIsQualified || !Head.empty() || !Previous.empty()))
-		{
-			return bEndsStatement ? EHitKind::Declaration : EHitKind::Definition;
-		}
-		// A constructor: "FThing::FThing(" at the start of the line, no type in front.
-		if (bHasBracket && bIsQualified && !bEndsStatement && Utf8Text::Trim(Head).empty())
-		{
-			return EHitKind::Definition;
-		}
-		const bool bIsSet = !After.empty() &&
-			((After.front() == '=' && !Utf8Text::StartsWith(After, "==")) || (After.front() == ':' && !Utf8Text::StartsWith(After, "::")));
-		const bool bOpensLine = Utf8Text::Trim(Before).empty() || Utf8Text::Trim(Before) == "\"";
-		if ((bIsSet && (bOpensLine || bFollowsType) && !bIsMember && !bIsArgument) ||
-			(bFollowsType && !bIsMember && !bIsArgument && After == ";"))
-		{
-			return EHitKind::Declaration;
-		}
-		return EHitKind::Word;
+		// 3. Else only its form does.
+		return ClassifyPlainName(Hit);
 	}
 
 	FSearchResult SearchProject(

@@ -68,6 +68,18 @@ namespace Velmora::AnswerMarkdown
 		return '[' + Name + Suffix + "](file://" + Path.Absolute + ')';
 	}
 
+	std::string FileList(const std::vector<FProjectPath>& Paths, size_t MaxItems)
+	{
+		std::string Out;
+		for (size_t Index = 0; Index < std::min(Paths.size(), MaxItems); ++Index)
+		{
+			Out += "- " + FileLink(Paths[Index]) + '\n';
+		}
+		return Paths.size() <= MaxItems
+			? Out
+			: Out + Utf8Text::Count(Paths.size() - MaxItems, "more file is", "more files are") + " not listed.\n";
+	}
+
 	std::string PlainText(std::string_view Text)
 	{
 		std::string Out = OneLine(Text);
@@ -125,6 +137,16 @@ namespace Velmora::AnswerMarkdown
 			Out += "Fences of three backticks in the file are shown as three apostrophes.\n";
 		}
 		return Out;
+	}
+
+	std::string CodeLines(const std::vector<std::string_view>& Lines, int First, int Last, std::string_view Path)
+	{
+		std::string Body;
+		for (int Line = First; Line <= Last; ++Line)
+		{
+			Body += std::string(Lines[static_cast<size_t>(Line - 1)]) + '\n';
+		}
+		return CodeBlock(Body, LanguageOf(Path));
 	}
 
 	std::string LanguageOf(std::string_view Path)

@@ -2,6 +2,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "Tools/ProjectFiles.h"
 
@@ -18,6 +19,9 @@ namespace Velmora::AnswerMarkdown
 	 * for a folder. */
 	std::string FileLink(const FProjectPath& Path, int Line = 0);
 
+	/** A list of links; of what goes beyond MaxItems only the number. */
+	std::string FileList(const std::vector<FProjectPath>& Paths, size_t MaxItems = std::string::npos);
+
 	/** Words for one line of plain text: no line ends, nothing that would open a link, code or emphasis. */
 	std::string PlainText(std::string_view Text);
 
@@ -30,6 +34,9 @@ namespace Velmora::AnswerMarkdown
 	 * @param Text  Whole lines.
 	 */
 	std::string CodeBlock(std::string_view Text, std::string_view Language);
+
+	/** The same for lines of a file, from 1, both included. */
+	std::string CodeLines(const std::vector<std::string_view>& Lines, int First, int Last, std::string_view Path);
 
 	/** Tag of a fence for a file, by its name. Empty when there is none. */
 	std::string LanguageOf(std::string_view Path);

@@ -87,8 +87,7 @@ namespace Velmora
 			{
 				return Desk.Attachments.size() == 1 ? AnswerFile(Desk.Attachments.front()) : AnswerAttachments(Desk.Attachments);
 			}
-			Desk.Answer("Which file should I show? For example: `show README.md`\n");
-			return true;
+			return Say("Which file should I show? For example: `show README.md`\n");
 		}
 		if (Request.Target.find_first_of("*?") != std::string::npos)
 		{
@@ -123,24 +122,44 @@ namespace Velmora
 		{
 			return FSearchWork(Desk, Request).RunExplain();
 		}
-		std::string Text;
-		if (Found.empty())
+		if (!Found.empty())
 		{
-			const bool bIsOutside = Request.Target.front() == '/' && Desk.Files.IsOutside(Request.Target);
-			Text = bIsOutside ? AnswerMarkdown::InlineCode(Request.Target) + " lies outside the project, so I do not open it.\n"
-							  : "There is no file " + AnswerMarkdown::InlineCode(Request.Target) + " in the project.\n";
-			Text += "I looked below " + AnswerMarkdown::InlineCode(Desk.Files.GetRoot(), 160) + "\n";
+			return Say("Several names fit " + AnswerMarkdown::InlineCode(Request.Target) + ". Which one do you mean?\n" +
+				AnswerMarkdown::FileList(Found));
 		}
-		else
-		{
-			Text = "Several names fit " + AnswerMarkdown::InlineCode(Request.Target) + ". Which one do you mean?\n";
-			for (const FProjectPath& Path : Found)
+		const bool bIsOutside = Request.Target.front() == '/' && Desk.Files.IsOutside(Request.Target);
+		return Say((bIsOutside ? AnswerMarkdown::InlineCode(Request.Target) + " lies outside the project, so I do not open it.\n"
+							   : "There is no file " + AnswerMarkdown::InlineCode(Request.Target) + " in the project.\n") +
+			DescribeWhere());
+	}
+
+	std::string FBrowseWork::DescribeWhere() const
+	{
+		return "I looked below " + AnswerMarkdown::InlineCode(Desk.Files.GetRoot(), 160) + "\n";
+	}
+
+	bool FBrowseWork::RunListTool(const FProjectPath& Folder, std::vector<FListedEntry>& OutEntries, bool& bOutIsReadable)
+	{
+		return Desk.RunTool("list_directory",
+			{ { "display_text", DisplayName(Folder) }, { "path", Folder.Relative.empty() ? std::string(".") : Folder.Relative } },
+			[&]
 			{
-				Text += "- " + AnswerMarkdown::FileLink(Path) + '\n';
-			}
-		}
-		Desk.Answer(Text);
-		return true;
+				bOutIsReadable = ListFolder(Desk.Files, Folder, Desk.CancelCheck(), OutEntries);
+				return FToolOutcome{ bOutIsReadable,
+					bOutIsReadable ? Utf8Text::Count(OutEntries.size(), "entry", "entries") : std::string("Not read") };
+			});
+	}
+
+	bool FBrowseWork::RunCountTool(const FProjectPath& Folder, FFolderCount& OutCount)
+	{
+		return Desk.RunTool("count_lines",
+			{ { "display_text", DisplayName(Folder) }, { "path", Folder.Relative.empty() ? std::string(".") : Folder.Relative } },
+			[&]
+			{
+				OutCount = CountFolder(Desk.Files, Folder, Desk.CancelCheck());
+				return FToolOutcome{ true,
+					Utf8Text::Count(OutCount.Files, "file", "files") + ", " + Utf8Text::Count(OutCount.Lines, "line", "lines") };
+			});
 	}
 
 	bool FBrowseWork::AnswerFile(const FProjectPath& File)
@@ -160,15 +179,13 @@ namespace Velmora
 		}
 		if (!Content.IsValid())
 		{
-			Desk.Answer(AnswerMarkdown::FileLink(File) + " cannot be shown: " + Content.Problem + ".\n");
-			return true;
+			return Say(AnswerMarkdown::FileLink(File) + " cannot be shown: " + Content.Problem + ".\n");
 		}
 		const std::vector<std::string_view> Lines = Utf8Text::SplitLines(Content.Text);
 		const int Count = static_cast<int>(Lines.size());
 		if (Count == 0)
 		{
-			Desk.Answer(AnswerMarkdown::FileLink(File) + " is empty.\n");
-			return true;
+			return Say(AnswerMarkdown::FileLink(File) + " is empty.\n");
 		}
 		int First = std::max(Request.FirstLine, 1);
 		int Last = Request.FirstLine > 0 ? Request.LastLine : DefaultShownLines;
@@ -179,23 +196,16 @@ namespace Velmora
 		}
 		if (First > Count)
 		{
-			Desk.Answer(AnswerMarkdown::FileLink(File) + " has only " + Utf8Text::Count(Lines.size(), "line", "lines") + ".\n");
-			return true;
+			return Say(AnswerMarkdown::FileLink(File) + " has only " + Utf8Text::Count(Lines.size(), "line", "lines") + ".\n");
 		}
 		Last = std::min({ Last, Count, First + MaxShownLines - 1 });
 
-		std::string Body;
-		for (int Line = First; Line <= Last; ++Line)
-		{
-			Body += std::string(Lines[Line - 1]) + '\n';
-		}
 		const bool bIsWhole = First == 1 && Last == Count;
 		const std::string Range = bIsWhole
 			? Utf8Text::Count(Lines.size(), "line", "lines")
 			: "lines " + std::to_string(First) + " to " + std::to_string(Last) + " of " + std::to_string(Count);
-		Desk.Answer(AnswerMarkdown::FileLink(File, First > 1 ? First : 0) + ' ' + Range + '\n' +
-			AnswerMarkdown::CodeBlock(Body, AnswerMarkdown::LanguageOf(File.Relative)));
-		return true;
+		return Say(AnswerMarkdown::FileLink(File, First > 1 ? First : 0) + ' ' + Range + '\n' +
+			AnswerMarkdown::CodeLines(Lines, First, Last, File.Relative));
 	}
 
 	bool FBrowseWork::AnswerDescription(const FProjectPath& File)
@@ -209,8 +219,7 @@ namespace Velmora
 		{
 			return false;
 		}
-		Desk.Answer(Text);
-		return true;
+		return Say(Text);
 	}
 
 	bool FBrowseWork::DescribeFile(const FProjectPath& File, std::string& OutAnswer)
@@ -236,15 +245,10 @@ namespace Velmora
 				OutAnswer += "- " + AnswerMarkdown::InlineCode(Item.Text, 90) + " line " + std::to_string(Item.Line) + '\n';
 			}
 		}
-		std::string Body;
-		for (size_t Line = 0; Line < std::min<size_t>(Lines.size(), 30); ++Line)
-		{
-			Body += std::string(Lines[Line]) + '\n';
-		}
-		if (!Body.empty())
+		if (!Lines.empty())
 		{
 			OutAnswer += Lines.size() > 30 ? "**Its first 30 lines**\n" : "**Its text**\n";
-			OutAnswer += AnswerMarkdown::CodeBlock(Body, AnswerMarkdown::LanguageOf(File.Relative));
+			OutAnswer += AnswerMarkdown::CodeLines(Lines, 1, std::min(static_cast<int>(Lines.size()), 30), File.Relative);
 		}
 		return true;
 	}
@@ -274,15 +278,10 @@ namespace Velmora
 		{
 			return AnswerFile(Found.front());
 		}
-		std::string Text = Found.empty() ? "There is no folder " + AnswerMarkdown::InlineCode(Request.Target) +
-				" in the project.\nI looked below " + AnswerMarkdown::InlineCode(Desk.Files.GetRoot(), 160) + "\n"
-										 : "These names fit " + AnswerMarkdown::InlineCode(Request.Target) + ":\n";
-		for (const FProjectPath& Path : Found)
-		{
-			Text += "- " + AnswerMarkdown::FileLink(Path) + '\n';
-		}
-		Desk.Answer(Text);
-		return true;
+		std::string Text = Found.empty()
+			? "There is no folder " + AnswerMarkdown::InlineCode(Request.Target) + " in the project.\n" + DescribeWhere()
+			: "These names fit " + AnswerMarkdown::InlineCode(Request.Target) + ":\n";
+		return Say(Text + AnswerMarkdown::FileList(Found));
 	}
 
 	bool FBrowseWork::AnswerFolder(const FProjectPath& Folder)
@@ -294,28 +293,18 @@ namespace Velmora
 		{
 			return false;
 		}
-		const bool bIsAlive = Desk.RunTool("list_directory",
-			{ { "display_text", Name }, { "path", Folder.Relative.empty() ? std::string(".") : Folder.Relative } },
-			[&]
-			{
-				bIsReadable = ListFolder(Desk.Files, Folder, Desk.CancelCheck(), Entries);
-				return FToolOutcome{ bIsReadable,
-					bIsReadable ? Utf8Text::Count(Entries.size(), "entry", "entries") : std::string("Not read") };
-			});
-		if (!bIsAlive)
+		if (!RunListTool(Folder, Entries, bIsReadable))
 		{
 			return false;
 		}
 		std::string Text = AnswerMarkdown::InlineCode(Folder.Relative.empty() ? Folder.Absolute : Folder.Relative + '/', 160);
 		if (!bIsReadable)
 		{
-			Desk.Answer(Text + " cannot be read. Check that it still exists and that you may look into it.\n");
-			return true;
+			return Say(Text + " cannot be read. Check that it still exists and that you may look into it.\n");
 		}
 		if (Entries.empty())
 		{
-			Desk.Answer(Text + " is empty, or holds only what is ignored (version control, build output, saved data).\n");
-			return true;
+			return Say(Text + " is empty, or holds only what is ignored (version control, build output, saved data).\n");
 		}
 		Text += " has " + Utf8Text::Count(Entries.size(), "entry", "entries") + ".\n";
 		for (size_t Index = 0; Index < std::min(Entries.size(), MaxListedEntries); ++Index)
@@ -326,8 +315,7 @@ namespace Velmora
 		{
 			Text += Utf8Text::Count(Entries.size() - MaxListedEntries, "more entry is", "more entries are") + " not listed.\n";
 		}
-		Desk.Answer(Text);
-		return true;
+		return Say(Text);
 	}
 
 	bool FBrowseWork::AnswerPattern(const std::string& Pattern)
@@ -348,19 +336,9 @@ namespace Velmora
 			return false;
 		}
 		std::string Text = Found.empty()
-			? "No file is called like " + AnswerMarkdown::InlineCode(Pattern) + "\nI looked below " +
-				AnswerMarkdown::InlineCode(Desk.Files.GetRoot(), 160) + "\n"
+			? "No file is called like " + AnswerMarkdown::InlineCode(Pattern) + "\n" + DescribeWhere()
 			: Utf8Text::Count(Found.size(), "file is", "files are") + " called like " + AnswerMarkdown::InlineCode(Pattern) + "\n";
-		for (size_t Index = 0; Index < std::min(Found.size(), MaxListedEntries); ++Index)
-		{
-			Text += "- " + AnswerMarkdown::FileLink(Found[Index]) + '\n';
-		}
-		if (Found.size() > MaxListedEntries)
-		{
-			Text += Utf8Text::Count(Found.size() - MaxListedEntries, "more file is", "more files are") + " not listed.\n";
-		}
-		Desk.Answer(Text);
-		return true;
+		return Say(Text + AnswerMarkdown::FileList(Found, MaxListedEntries));
 	}
 
 	bool FBrowseWork::RunCount()
@@ -369,8 +347,36 @@ namespace Velmora
 		{
 			return AnswerPattern(Request.Target);
 		}
+		const FProjectPath Place = FindCountedPlace();
+		const std::string Name = DisplayName(Place);
+		if (!Desk.BeginStep("Counting " + Name))
+		{
+			return false;
+		}
+		if (!Place.bIsFolder)
+		{
+			FProjectText Content;
+			if (!Desk.RunReadTool(Place, 0, 0, Content))
+			{
+				return false;
+			}
+			return Say(AnswerMarkdown::FileLink(Place) +
+				(Content.IsValid() ? " has " + Utf8Text::Count(Utf8Text::SplitLines(Content.Text).size(), "line", "lines")
+								   : " was not counted: " + Content.Problem) +
+				".\n");
+		}
+		FFolderCount Count;
+		if (!RunCountTool(Place, Count))
+		{
+			return false;
+		}
+		return Say(AnswerMarkdown::InlineCode(Place.Relative.empty() ? Place.Absolute : Place.Relative + '/', 160) + "\n" +
+			CountSentence(Count) + "\n" + (Count.Kinds.empty() ? std::string() : KindTable(Count)));
+	}
+
+	FProjectPath FBrowseWork::FindCountedPlace() const
+	{
 		// "how many lines does X have", "how many files are in Source": the place is one of the words.
-		FProjectPath Place = Desk.GetProjectPath();
 		std::vector<std::string> Words = { Request.Scope, Request.Target };
 		for (size_t Start = 0; Start < Request.Target.size();)
 		{
@@ -385,44 +391,10 @@ namespace Velmora
 				Desk.Files.Resolve(Word, Candidate) || (Word.find('.') != std::string::npos && Desk.FindPlace(Word, Candidate));
 			if (bIsName)
 			{
-				Place = Candidate;
-				break;
+				return Candidate;
 			}
 		}
-		const std::string Name = DisplayName(Place);
-		if (!Desk.BeginStep("Counting " + Name))
-		{
-			return false;
-		}
-		if (!Place.bIsFolder)
-		{
-			FProjectText Content;
-			if (!Desk.RunReadTool(Place, 0, 0, Content))
-			{
-				return false;
-			}
-			Desk.Answer(AnswerMarkdown::FileLink(Place) +
-				(Content.IsValid() ? " has " + Utf8Text::Count(Utf8Text::SplitLines(Content.Text).size(), "line", "lines")
-								   : " was not counted: " + Content.Problem) +
-				".\n");
-			return true;
-		}
-		FFolderCount Count;
-		const bool bIsAlive = Desk.RunTool("count_lines",
-			{ { "display_text", Name }, { "path", Place.Relative.empty() ? std::string(".") : Place.Relative } },
-			[&]
-			{
-				Count = CountFolder(Desk.Files, Place, Desk.CancelCheck());
-				return FToolOutcome{ true,
-					Utf8Text::Count(Count.Files, "file", "files") + ", " + Utf8Text::Count(Count.Lines, "line", "lines") };
-			});
-		if (!bIsAlive)
-		{
-			return false;
-		}
-		Desk.Answer(AnswerMarkdown::InlineCode(Place.Relative.empty() ? Place.Absolute : Place.Relative + '/', 160) + "\n" +
-			CountSentence(Count) + "\n" + (Count.Kinds.empty() ? std::string() : KindTable(Count)));
-		return true;
+		return Desk.GetProjectPath();
 	}
 
 	bool FBrowseWork::RunSummarise()
@@ -436,22 +408,8 @@ namespace Velmora
 		{
 			return false;
 		}
-		const bool bIsCounted = Desk.RunTool("count_lines", { { "display_text", Name }, { "path", "." } },
-			[&]
-			{
-				Count = CountFolder(Desk.Files, Project, Desk.CancelCheck());
-				return FToolOutcome{ true,
-					Utf8Text::Count(Count.Files, "file", "files") + ", " + Utf8Text::Count(Count.Lines, "line", "lines") };
-			});
-		const bool bIsListed = bIsCounted &&
-			Desk.RunTool("list_directory", { { "display_text", Name }, { "path", "." } },
-				[&]
-				{
-					const bool bIsReadable = ListFolder(Desk.Files, Project, Desk.CancelCheck(), Entries);
-					return FToolOutcome{ bIsReadable,
-						bIsReadable ? Utf8Text::Count(Entries.size(), "entry", "entries") : std::string("Not read") };
-				});
-		if (!bIsListed)
+		bool bIsReadable = false;
+		if (!RunCountTool(Project, Count) || !RunListTool(Project, Entries, bIsReadable))
 		{
 			return false;
 		}
@@ -470,7 +428,13 @@ namespace Velmora
 				return false;
 			}
 		}
+		return Say(MakeSummary(Readme, Count, Entries));
+	}
 
+	std::string FBrowseWork::MakeSummary(
+		const FReadmeText& Readme, const FFolderCount& Count, const std::vector<FListedEntry>& Entries) const
+	{
+		const std::string Name = DisplayName(Desk.GetProjectPath());
 		const std::string Title = AnswerMarkdown::PlainText(Readme.Title.empty() ? Name : Readme.Title);
 		std::string Text = "## " + (Title.empty() ? std::string("Project") : Title) + '\n';
 		if (!Desk.Input.Behaviour.ProjectDescription.empty())
@@ -498,8 +462,7 @@ namespace Velmora
 				Text += Utf8Text::Count(Entries.size() - 25, "more entry is", "more entries are") + " not listed.\n";
 			}
 		}
-		Desk.Answer(Text);
-		return true;
+		return Text;
 	}
 
 	bool FBrowseWork::AnswerAttachments(const std::vector<FProjectPath>& Named)
@@ -526,7 +489,6 @@ namespace Velmora
 			Text += Utf8Text::Count(Named.size() - Count, "more attached file was", "more attached files were") +
 				" not read. Ask about fewer at a time.\n";
 		}
-		Desk.Answer(Text);
-		return true;
+		return Say(Text);
 	}
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Tools/ProjectSummary.h"
 #include "Turn/TurnDesk.h"
 
 namespace Velmora
@@ -31,5 +32,12 @@ namespace Velmora
 		/** Adds the size, the outline and the beginning of a file to the answer. */
 		bool DescribeFile(const FProjectPath& File, std::string& OutAnswer);
 		bool AnswerPattern(const std::string& Pattern);
+		bool RunListTool(const FProjectPath& Folder, std::vector<FListedEntry>& OutEntries, bool& bOutIsReadable);
+		bool RunCountTool(const FProjectPath& Folder, FFolderCount& OutCount);
+		FProjectPath FindCountedPlace() const;
+
+		/** Where something was looked for and not found: a line. */
+		std::string DescribeWhere() const;
+		std::string MakeSummary(const FReadmeText& Readme, const FFolderCount& Count, const std::vector<FListedEntry>& Entries) const;
 	};
 }

@@ -74,11 +74,8 @@ namespace Velmora
 			Found, [&Last](const FProjectPath& Path) { return Path.bIsFolder || Utf8Text::ToLower(LastPartOf(Path.Relative)) != Last; });
 		if (Found.size() > 1)
 		{
-			OutQuestion = "Several files are called " + AnswerMarkdown::InlineCode(Name) + ". Which one do you mean?\n";
-			for (const FProjectPath& Path : Found)
-			{
-				OutQuestion += "- " + AnswerMarkdown::FileLink(Path) + '\n';
-			}
+			OutQuestion = "Several files are called " + AnswerMarkdown::InlineCode(Name) + ". Which one do you mean?\n" +
+				AnswerMarkdown::FileList(Found);
 			return false;
 		}
 		if (!Found.empty())
@@ -94,20 +91,18 @@ namespace Velmora
 		if (Change.Kind == EChangeRequest::Unclear)
 		{
 			Desk.bHasFailed = true;
-			Desk.Answer("I did not understand which change to make. I can do, for example:\n"
-						"- `create notes.md with \"some text\"`, also with a fenced block\n"
-						"- `write \"some text\" to notes.md`\n"
-						"- `replace \"a\" by \"b\" in notes.md`\n"
-						"- `append \"a line\" to notes.md`\n"
-						"- `delete notes.md`\n"
-						"What stands in quotes is taken to the letter. A file attached with @ may be called `it`.\n");
-			return true;
+			return Say("I did not understand which change to make. I can do, for example:\n"
+					   "- `create notes.md with \"some text\"`, also with a fenced block\n"
+					   "- `write \"some text\" to notes.md`\n"
+					   "- `replace \"a\" by \"b\" in notes.md`\n"
+					   "- `append \"a line\" to notes.md`\n"
+					   "- `delete notes.md`\n"
+					   "What stands in quotes is taken to the letter. A file attached with @ may be called `it`.\n");
 		}
 		if (Desk.Input.IsAdvisor() || !Desk.Input.Journal)
 		{
 			Desk.bHasFailed = true;
-			Desk.Answer("In Advisor mode I change nothing on disk. Choose another mode in a new conversation, then ask again.\n");
-			return true;
+			return Say("In Advisor mode I change nothing on disk. Choose another mode in a new conversation, then ask again.\n");
 		}
 		if (!Desk.BeginStep("Changing " + (Change.Files.empty() ? std::string("the attached file") : Change.Files.front())))
 		{
@@ -124,8 +119,7 @@ namespace Velmora
 			if (!FindChangeTarget(Name, bIsDeletion || Change.Kind == EChangeRequest::Replace, !bIsDeletion, Path, Question))
 			{
 				Desk.bHasFailed = true;
-				Desk.Answer(Question);
-				return true;
+				return Say(Question);
 			}
 			Paths.push_back(Path);
 		}
@@ -141,8 +135,7 @@ namespace Velmora
 				break; // The user wants something else.
 			}
 		}
-		Desk.Answer(Text);
-		return true;
+		return Say(Text);
 	}
 
 	bool FChangeWork::AskForTool(std::string_view Tool, const FToolQuestion& Question, FPermissionAnswer& OutAnswer)
@@ -157,45 +150,51 @@ namespace Velmora
 		return OutAnswer.Decision.Kind != EDecision::Stopped;
 	}
 
-	bool FChangeWork::RunChangeTool(const std::string& Path, std::string& OutAnswer)
+	FChangeWork::FToolCall FChangeWork::MakeCall(const std::string& Path) const
 	{
 		const FChangeRequest& Change = Request.Change;
-		std::string_view Tool = "write_file";
-		std::string Details = AnswerMarkdown::CodeBlock(Change.Content, AnswerMarkdown::LanguageOf(Path));
-		FToolArguments Arguments;
-		Arguments.Set("path", Path);
+		FToolCall Call;
+		Call.Details = AnswerMarkdown::CodeBlock(Change.Content, AnswerMarkdown::LanguageOf(Path));
+		Call.Arguments.Set("path", Path);
 		switch (Change.Kind)
 		{
 		case EChangeRequest::Create:
-			Tool = "create_file";
-			Arguments.Set("content", Change.Content);
+			Call.Tool = "create_file";
+			Call.Arguments.Set("content", Change.Content);
 			break;
 		case EChangeRequest::Append:
-			Tool = "append_to_file";
-			Arguments.Set("text", Change.Content);
+			Call.Tool = "append_to_file";
+			Call.Arguments.Set("text", Change.Content);
 			break;
 		case EChangeRequest::Replace:
-			Tool = "edit_file";
-			Arguments.Set("old", Change.Old).Set("new", Change.Content);
-			Details = MakeDifference(Change);
+			Call.Tool = "edit_file";
+			Call.Arguments.Set("old", Change.Old).Set("new", Change.Content);
+			Call.Details = MakeDifference(Change);
 			break;
 		case EChangeRequest::Delete:
-			Tool = "delete_file";
-			Details.clear();
+			Call.Tool = "delete_file";
+			Call.Details.clear();
 			break;
 		case EChangeRequest::Write:
 		case EChangeRequest::Unclear:
-			Arguments.Set("content", Change.Content);
+			Call.Tool = "write_file";
+			Call.Arguments.Set("content", Change.Content);
 			break;
 		}
+		return Call;
+	}
+
+	bool FChangeWork::RunChangeTool(const std::string& Path, std::string& OutAnswer)
+	{
+		const FToolCall Call = MakeCall(Path);
 
 		// 1. The content itself is on disk and in the answer; the row tells the path and the beginning of the rest.
 		FToolParameters Parameters = { { "path", Path } };
 		for (const std::string_view Name : { "text", "old", "new" })
 		{
-			if (Arguments.Has(Name))
+			if (Call.Arguments.Has(Name))
 			{
-				Parameters.push_back({ Name, Utf8Text::Shorten(Arguments.GetText(Name), MaxParameterCharacters) });
+				Parameters.push_back({ Name, Utf8Text::Shorten(Call.Arguments.GetText(Name), MaxParameterCharacters) });
 			}
 		}
 
@@ -204,17 +203,17 @@ namespace Velmora
 		FPermissionAnswer Answer;
 		bool bIsOver = false;
 		FToolBox Tools(Desk.Files, Desk.Input.Journal.get(), Desk.Input.TransactionId, Desk.CancelCheck());
-		const bool bGoesOn = Desk.RunTool(Tool, Parameters,
+		const bool bGoesOn = Desk.RunTool(Call.Tool, Parameters,
 			[&]
 			{
-				Result = Tools.Run(Tool, Arguments);
+				Result = Tools.Run(Call.Tool, Call.Arguments);
 				if (Result.Question)
 				{
-					Result.Question->Details = Details;
-					bIsOver = !AskForTool(Tool, *Result.Question, Answer);
+					Result.Question->Details = Call.Details;
+					bIsOver = !AskForTool(Call.Tool, *Result.Question, Answer);
 					if (Answer.Decision.IsAllowed())
 					{
-						Result = Tools.Run(Tool, Arguments, /*bInIsPermitted*/ true);
+						Result = Tools.Run(Call.Tool, Call.Arguments, /*bInIsPermitted*/ true);
 					}
 					else
 					{
@@ -224,36 +223,25 @@ namespace Velmora
 				}
 				return FToolOutcome{ Result.bSuccess, Result.Sentence };
 			});
-		if (!bGoesOn || bIsOver)
-		{
-			return false;
-		}
-		const FChangeOutcome& Outcome = Result.Change;
+		OutAnswer += DescribeChange(Path, Result.Change);
+		return bGoesOn && !bIsOver;
+	}
+
+	std::string FChangeWork::DescribeChange(const std::string& Path, const FChangeOutcome& Outcome) const
+	{
 		if (!Outcome.bSuccess)
 		{
-			OutAnswer += AnswerMarkdown::InlineCode(Path, 160) + " was not changed: " + AnswerMarkdown::PlainText(Outcome.Problem) + ".\n";
-			return true;
+			return AnswerMarkdown::InlineCode(Path, 160) + " was not changed: " + AnswerMarkdown::PlainText(Outcome.Problem) + ".\n";
 		}
-		const FProjectPath File = { Desk.Files.GetRoot() + '/' + Outcome.Path, Outcome.Path, false };
 		if (Outcome.Action == EChangeAction::Deleted)
 		{
-			OutAnswer += "Deleted " + AnswerMarkdown::InlineCode(Outcome.Path, 160) + ".\n";
-			return true;
+			return "Deleted " + AnswerMarkdown::InlineCode(Outcome.Path, 160) + ".\n";
 		}
-		OutAnswer +=
-			(Outcome.Action == EChangeAction::Created ? "Created " : "Changed ") + AnswerMarkdown::FileLink(File) + " as follows.\n";
-		if (Change.Kind == EChangeRequest::Replace)
-		{
-			OutAnswer += MakeDifference(Change);
-		}
-		else if (Change.Content.empty())
-		{
-			OutAnswer += "It is empty.\n";
-		}
-		else
-		{
-			OutAnswer += AnswerMarkdown::CodeBlock(Change.Content, AnswerMarkdown::LanguageOf(Outcome.Path));
-		}
-		return true;
+		const FChangeRequest& Change = Request.Change;
+		const FProjectPath File = { Desk.Files.GetRoot() + '/' + Outcome.Path, Outcome.Path, false };
+		return (Outcome.Action == EChangeAction::Created ? "Created " : "Changed ") + AnswerMarkdown::FileLink(File) + " as follows.\n" +
+			(Change.Kind == EChangeRequest::Replace ? MakeDifference(Change)
+					: Change.Content.empty()		? std::string("It is empty.\n")
+													: AnswerMarkdown::CodeBlock(Change.Content, AnswerMarkdown::LanguageOf(Outcome.Path)));
 	}
 }

@@ -26,6 +26,18 @@ namespace Velmora
 		/** The tool of the request on one file; adds what became of it to the answer. */
 		bool RunChangeTool(const std::string& Path, std::string& OutAnswer);
 
+		/** The request as a call of the tool box. */
+		struct FToolCall
+		{
+			std::string_view Tool;
+			FToolArguments Arguments;
+
+			/** What a question shows of it: Markdown. */
+			std::string Details;
+		};
+		FToolCall MakeCall(const std::string& Path) const;
+		std::string DescribeChange(const std::string& Path, const FChangeOutcome& Outcome) const;
+
 		/** Asks the user. */
 		bool AskForTool(std::string_view Tool, const FToolQuestion& Question, FPermissionAnswer& OutAnswer);
 	};

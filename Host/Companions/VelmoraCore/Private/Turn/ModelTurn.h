@@ -40,6 +40,7 @@ namespace Velmora
 		bool AskForMoreRounds(int Round);
 		bool RunCalls(FModelReply& Reply);
 		bool RunCall(const FModelCall& Call, std::string& OutText);
+		bool AskForCall(const FToolRow& Row, const FToolArguments& Arguments, FToolResult& Result);
 
 		/** Asks for consent that holds for this process when it is given once. */
 		bool AskOnce(const FTurnQuestion& Question, FPermissionAnswer& OutAnswer);
@@ -83,7 +84,4 @@ namespace Velmora
 		FAgentPlan Plan;
 		int ToolCount = 0;
 	};
-
-	/** A condensed JSON object of texts. Pure. */
-	FString MakeJsonObject(const std::vector<std::pair<std::string_view, std::string>>& Fields);
 }

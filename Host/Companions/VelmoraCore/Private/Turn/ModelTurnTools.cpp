@@ -3,10 +3,9 @@
 #include <algorithm>
 
 #include <rapidjson/document.h>
-#include <rapidjson/stringbuffer.h>
-#include <rapidjson/writer.h>
 
 #include "Agent/Transcript.h"
+#include "Text/JsonText.h"
 #include "Text/Utf8Text.h"
 
 // The calls of a model: carried out one after the other, shown as rows, their results kept for the next request.
@@ -44,21 +43,6 @@ namespace Velmora
 			const std::string_view Name = Path.substr(Path.find_last_of('/') + 1);
 			return Name.substr(0, Name.find_last_of('.'));
 		}
-	}
-
-	FString MakeJsonObject(const std::vector<std::pair<std::string_view, std::string>>& Fields)
-	{
-		rapidjson::StringBuffer Buffer;
-		rapidjson::Writer<rapidjson::StringBuffer> Writer(Buffer);
-		Writer.StartObject();
-		for (const auto& [Name, Value] : Fields)
-		{
-			Writer.Key(Name.data(), static_cast<rapidjson::SizeType>(Name.size()));
-			const std::string Text = Utf8Text::Sanitise(Value);
-			Writer.String(Text.data(), static_cast<rapidjson::SizeType>(Text.size()));
-		}
-		Writer.EndObject();
-		return Utf8Text::ToString(std::string_view(Buffer.GetString(), Buffer.GetSize()));
 	}
 
 	void FModelTurn::BeginRound(int Round, const FModelReply& Reply)
@@ -183,27 +167,9 @@ namespace Velmora
 		FTurnReport End;
 		TellToolStart(*Row, Arguments, End);
 		FToolResult Result = Tools.Run(Call.Name, Arguments);
-		if (Result.Question && !Control.IsCancelled())
+		if (Result.Question && !Control.IsCancelled() && !AskForCall(*Row, Arguments, Result))
 		{
-			FTurnQuestion Question;
-			Question.Tool = Row->Name;
-			Question.Subject = Result.Question->Subject;
-			Question.Text = Result.Question->Reason + (Result.Question->Details.empty() ? "" : "\n\n" + Result.Question->Details);
-			FPermissionAnswer Answer = AskUser(Input, Control, Sink, Question);
-			if (Answer.Decision.Kind == EDecision::Stopped)
-			{
-				return false;
-			}
-			if (Answer.Decision.IsAllowed())
-			{
-				Result = Tools.Run(Call.Name, Arguments, true);
-			}
-			else
-			{
-				Result.Sentence = "Not done: " + Answer.Why;
-				Result.Text = "Not done: the user was asked and has not agreed (" + Answer.Why + "). Do not try it again in other ways.";
-				UserWords = std::move(Answer.Decision.Words);
-			}
+			return false;
 		}
 		if (Control.IsCancelled() || (Input.MinimumToolSeconds > 0.0 && !Control.Sleep(Input.MinimumToolSeconds)))
 		{
@@ -217,14 +183,36 @@ namespace Velmora
 		return true;
 	}
 
+	bool FModelTurn::AskForCall(const FToolRow& Row, const FToolArguments& Arguments, FToolResult& Result)
+	{
+		FTurnQuestion Question;
+		Question.Tool = Row.Name;
+		Question.Subject = Result.Question->Subject;
+		Question.Text = Result.Question->Reason + (Result.Question->Details.empty() ? "" : "\n\n" + Result.Question->Details);
+		FPermissionAnswer Answer = AskUser(Input, Control, Sink, Question);
+		if (Answer.Decision.Kind == EDecision::Stopped)
+		{
+			return false;
+		}
+		if (Answer.Decision.IsAllowed())
+		{
+			Result = Tools.Run(Row.Name, Arguments, true);
+			return true;
+		}
+		Result.Sentence = "Not done: " + Answer.Why;
+		Result.Text = "Not done: the user was asked and has not agreed (" + Answer.Why + "). Do not try it again in other ways.";
+		UserWords = std::move(Answer.Decision.Words);
+		return true;
+	}
+
 	void FModelTurn::TellToolStart(const FToolRow& Row, const FToolArguments& Arguments, FTurnReport& OutStart)
 	{
 		OutStart.Kind = ETurnReportKind::ToolStarted;
 		OutStart.ToolId = Utf8Text::ToString(Input.ToolIdPrefix + '-' + std::to_string(++ToolCount));
 		OutStart.ToolName = Utf8Text::ToString(Row.Name);
-		OutStart.Parameters = MakeJsonObject(MakeRowParameters(Row, Arguments));
+		OutStart.Parameters = JsonText::MakeObject(MakeRowParameters(Row, Arguments));
 		OutStart.Metadata =
-			MakeJsonObject({ { "operation_type", std::string(Row.Operation) }, { "data_type", std::string(Row.DataType) } });
+			JsonText::MakeObject({ { "operation_type", std::string(Row.Operation) }, { "data_type", std::string(Row.DataType) } });
 		Sink(FTurnReport(OutStart));
 	}
 

@@ -135,17 +135,20 @@ namespace Velmora
 										   : std::pair<int, int>{ Hit.Line - NeighbourLines, Hit.Line + NeighbourLines };
 		First = std::max(First, 1);
 		Last = std::min(Last, Count);
-		std::string Body;
-		for (int Line = First; Line <= Last; ++Line)
-		{
-			Body += std::string(Lines[Line - 1]) + '\n';
-		}
-		Answer += AnswerMarkdown::CodeBlock(Body, AnswerMarkdown::LanguageOf(Hit.File.Relative));
+		Answer += AnswerMarkdown::CodeLines(Lines, First, Last, Hit.File.Relative);
 		if (bIsDefinition && Last - Hit.Line + 1 >= MaxDefinitionLines && Last < Count)
 		{
 			Answer += "It goes on below line " + std::to_string(Last) + ".\n";
 		}
 		return true;
+	}
+
+	const FSearchHit& FSearchWork::FCombinedSearch::FindBest() const
+	{
+		// A definition wins over a mention, then the attached files over the rest.
+		const bool bIsAttached =
+			!Attached.Hits.empty() && (Project.Hits.empty() || Attached.Hits.front().Kind <= Project.Hits.front().Kind);
+		return bIsAttached ? Attached.Hits.front() : Project.Hits.front();
 	}
 
 	bool FSearchWork::RunCombinedSearch(FCombinedSearch& OutSearch)
@@ -194,23 +197,19 @@ namespace Velmora
 	{
 		if (Request.Target.empty())
 		{
-			Desk.Answer("What should I look for? For example: `find TryParseTable`\n");
-			return true;
+			return Say("What should I look for? For example: `find TryParseTable`\n");
 		}
 		FCombinedSearch Search;
 		if (!RunCombinedSearch(Search))
 		{
 			return false;
 		}
-		if (Search.Project.MatchCount == 0 && Search.Attached.MatchCount == 0)
+		if (!Search.HasFound())
 		{
 			return AnswerNotFound(Search);
 		}
 
-		// A definition wins over a mention, then the attached files over the rest.
-		const bool bStartAttached = !Search.Attached.Hits.empty() &&
-			(Search.Project.Hits.empty() || Search.Attached.Hits.front().Kind <= Search.Project.Hits.front().Kind);
-		const FSearchHit& Best = bStartAttached ? Search.Attached.Hits.front() : Search.Project.Hits.front();
+		const FSearchHit& Best = Search.FindBest();
 		std::string Text = AnswerMarkdown::InlineCode(Search.Term) +
 			(Best.Kind == EHitKind::Definition			 ? " is defined in "
 					: Best.Kind == EHitKind::Declaration ? " is declared in "
@@ -237,8 +236,7 @@ namespace Velmora
 		{
 			Text += HitItem(Hit);
 		}
-		Desk.Answer(Text + LeftOutNotes(Search.Project));
-		return true;
+		return Say(Text + LeftOutNotes(Search.Project));
 	}
 
 	bool FSearchWork::AnswerNotFound(const FCombinedSearch& Search)
@@ -254,11 +252,7 @@ namespace Velmora
 		std::string Text;
 		if (!Named.empty())
 		{
-			Text = "No text holds " + Code + ", but these names do:\n";
-			for (const FProjectPath& Path : Named)
-			{
-				Text += "- " + AnswerMarkdown::FileLink(Path) + '\n';
-			}
+			Text = "No text holds " + Code + ", but these names do:\n" + AnswerMarkdown::FileList(Named);
 		}
 		else
 		{
@@ -266,16 +260,14 @@ namespace Velmora
 		}
 		Text += "I searched " + Looked + (Search.Project.SearchedFiles == 0 && !Search.Where.bIsFolder ? "" : " below") + ' ' +
 			AnswerMarkdown::InlineCode(Search.Where.Absolute, 160) + "\n";
-		Desk.Answer(Text + LeftOutNotes(Search.Project));
-		return true;
+		return Say(Text + LeftOutNotes(Search.Project));
 	}
 
 	bool FSearchWork::RunWhichFiles()
 	{
 		if (Request.Target.empty())
 		{
-			Desk.Answer("Which text should the files hold? For example: `which files mention Health?`\n");
-			return true;
+			return Say("Which text should the files hold? For example: `which files mention Health?`\n");
 		}
 		FCombinedSearch Search;
 		if (!RunCombinedSearch(Search))
@@ -300,20 +292,19 @@ namespace Velmora
 		{
 			Text += Utf8Text::Count(Search.Project.FileCount - 50, "more file", "more files") + " are not listed.\n";
 		}
-		Desk.Answer(Text + LeftOutNotes(Search.Project));
-		return true;
+		return Say(Text + LeftOutNotes(Search.Project));
 	}
 
 	bool FSearchWork::RunExplain()
 	{
+		// 1. Attached files, and files by their name, are described.
 		if (Request.Target.empty())
 		{
 			if (!Desk.Attachments.empty())
 			{
 				return FBrowseWork(Desk, Request).AnswerAttachments(Desk.Attachments);
 			}
-			Desk.Answer("What should I explain? For example: `what is class FThing?`\n");
-			return true;
+			return Say("What should I explain? For example: `what is class FThing?`\n");
 		}
 		if (Desk.Attachments.size() > 1)
 		{
@@ -334,12 +325,14 @@ namespace Velmora
 			return Request.FirstLine > 0 ? FBrowseWork(Desk, Request).AnswerFile(Place)
 										 : FBrowseWork(Desk, Request).AnswerDescription(Place);
 		}
+
+		// 2. All else is a name that stands somewhere.
 		FCombinedSearch Search;
 		if (!RunCombinedSearch(Search))
 		{
 			return false;
 		}
-		if (Search.Project.MatchCount == 0 && Search.Attached.MatchCount == 0)
+		if (!Search.HasFound())
 		{
 			// "explain this" with a file attached means the file.
 			if (!Desk.Attachments.empty())
@@ -348,9 +341,12 @@ namespace Velmora
 			}
 			return AnswerNotFound(Search);
 		}
-		const bool bStartAttached = !Search.Attached.Hits.empty() &&
-			(Search.Project.Hits.empty() || Search.Attached.Hits.front().Kind <= Search.Project.Hits.front().Kind);
-		const FSearchHit Best = bStartAttached ? Search.Attached.Hits.front() : Search.Project.Hits.front();
+		return AnswerExplanation(Search);
+	}
+
+	bool FSearchWork::AnswerExplanation(const FCombinedSearch& Search)
+	{
+		const FSearchHit& Best = Search.FindBest();
 		const std::string Code = AnswerMarkdown::InlineCode(Search.Term);
 		std::string Text = Best.Kind == EHitKind::Definition
 			? Code + " is defined in " + AnswerMarkdown::FileLink(Best.File, Best.Line) + '\n'
@@ -377,8 +373,7 @@ namespace Velmora
 			Text += OtherCount > 6 ? AnswerMarkdown::Collapsible("Other places (" + Total + ")", Others)
 								   : "**Other places** (" + Total + ")\n" + Others;
 		}
-		Desk.Answer(Text + LeftOutNotes(Search.Project));
-		return true;
+		return Say(Text + LeftOutNotes(Search.Project));
 	}
 
 	bool FSearchWork::RunFreeQuestion()
@@ -437,7 +432,6 @@ namespace Velmora
 		{
 			Text += HitItem(Place.Hit);
 		}
-		Desk.Answer(Text);
-		return true;
+		return Say(Text);
 	}
 }

@@ -33,9 +33,15 @@ namespace Velmora
 			bool bHasScope = false;
 			FSearchResult Attached;
 			FSearchResult Project;
+
+			bool HasFound() const { return Attached.MatchCount + Project.MatchCount > 0; }
+
+			/** The place that is shown first, when something was found. */
+			const FSearchHit& FindBest() const;
 		};
 		bool RunCombinedSearch(FCombinedSearch& OutSearch);
 		bool AnswerNotFound(const FCombinedSearch& Search);
+		bool AnswerExplanation(const FCombinedSearch& Search);
 	};
 
 	/** Where to show a definition that starts at Line (from 1): first and last line, the comment above included. Pure. */

@@ -50,8 +50,7 @@ namespace Velmora
 	{
 		if (Request.Target.empty())
 		{
-			Desk.Answer("Which symbol should I look up? For example: `where is FThing defined?`\n");
-			return true;
+			return Say("Which symbol should I look up? For example: `where is FThing defined?`\n");
 		}
 		FProjectPath Where = Desk.GetProjectPath();
 		if (Request.TargetInScope.empty() || !Desk.FindPlace(Request.Scope, Where))
@@ -84,8 +83,7 @@ namespace Velmora
 		}
 		if (Found.Engine.bIsExact && !Found.Engine.Symbols.empty())
 		{
-			Desk.Answer(DescribeEngineSymbols(Code, Found.Engine));
-			return true;
+			return Say(DescribeEngineSymbols(Code, Found.Engine));
 		}
 		Desk.AttachmentNotes += Found.bIsReady ? "The code index has no symbol " + Code + ", so I searched the text instead.\n"
 											   : std::string("The code index is not ready, so I searched the text instead.\n");
@@ -116,18 +114,14 @@ namespace Velmora
 		std::string Others;
 		for (size_t Index = 1; Index < Symbols.size(); ++Index)
 		{
-			Others += "- " +
-				AnswerMarkdown::FileLink(
-					{ Desk.Files.GetRoot() + '/' + Symbols[Index].Path, Symbols[Index].Path, false }, Symbols[Index].Line) +
-				' ' + DescribeSymbol(Symbols[Index]) + '\n';
+			Others += SymbolItem(Desk.Files, Symbols[Index]);
 		}
 		if (Symbols.size() > 1)
 		{
 			const std::string Total = Utf8Text::Count(Symbols.size() - 1, "more symbol", "more symbols") + " of that name";
 			Text += Symbols.size() - 1 > MaxOpenPlaces ? AnswerMarkdown::Collapsible(Total, Others) : "**" + Total + "**\n" + Others;
 		}
-		Desk.Answer(Text);
-		return true;
+		return Say(Text);
 	}
 
 	bool FSymbolWork::RunOutline()
@@ -144,8 +138,7 @@ namespace Velmora
 		}
 		else if (Request.Target.empty())
 		{
-			Desk.Answer("Which file should I outline? For example: `outline README.md`\n");
-			return true;
+			return Say("Which file should I outline? For example: `outline README.md`\n");
 		}
 		else if (!Desk.FindPlace(Request.Target, Place))
 		{
@@ -177,17 +170,14 @@ namespace Velmora
 		const std::string Link = AnswerMarkdown::FileLink(Place);
 		if (!Outline.Problem.empty())
 		{
-			Desk.Answer(Link + " could not be outlined: " + AnswerMarkdown::PlainText(Outline.Problem) + ".\n");
-			return true;
+			return Say(Link + " could not be outlined: " + AnswerMarkdown::PlainText(Outline.Problem) + ".\n");
 		}
 		if (Outline.Symbols.empty())
 		{
-			Desk.Answer(Link + (Outline.bIsMarkdown ? " has no headings.\n" : " has no symbols that I know of.\n"));
-			return true;
+			return Say(Link + (Outline.bIsMarkdown ? " has no headings.\n" : " has no symbols that I know of.\n"));
 		}
-		Desk.Answer("Outline of " + Link + (Outline.bIsCut ? ", the first " : ", ") + CountText() + " with their lines:\n" +
+		return Say("Outline of " + Link + (Outline.bIsCut ? ", the first " : ", ") + CountText() + " with their lines:\n" +
 			AnswerMarkdown::CodeBlock(MakeOutlineText(Outline.Symbols), ""));
-		return true;
 	}
 
 	bool FSymbolWork::AskWhichFile()
@@ -200,11 +190,6 @@ namespace Velmora
 		Desk.bHasFailed |= Named.empty();
 		std::string Text = Named.empty() ? "There is no file " + AnswerMarkdown::InlineCode(Request.Target) + " in the project.\n"
 										 : "Which of these do you mean?\n";
-		for (const FProjectPath& Path : Named)
-		{
-			Text += "- " + AnswerMarkdown::FileLink(Path) + '\n';
-		}
-		Desk.Answer(Text);
-		return true;
+		return Say(Text + AnswerMarkdown::FileList(Named));
 	}
 }

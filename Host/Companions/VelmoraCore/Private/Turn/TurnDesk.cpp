@@ -3,9 +3,8 @@
 #include <algorithm>
 
 #include "Host/HostFileNames.h"
-#include "Policies/CondensedJsonPrintPolicy.h"
 #include "Request/AttachedNames.h"
-#include "Serialization/JsonWriter.h"
+#include "Text/JsonText.h"
 #include "Text/Utf8Text.h"
 #include "Tools/ToolBox.h"
 #include "Turn/AnswerMarkdown.h"
@@ -14,21 +13,6 @@ namespace Velmora
 {
 	namespace
 	{
-		FString MakeJsonObject(const std::vector<std::pair<std::string_view, std::string>>& Fields)
-		{
-			FString Out;
-			const TSharedRef<TJsonWriter<TCHAR, TCondensedJsonPrintPolicy<TCHAR>>> Writer =
-				TJsonWriterFactory<TCHAR, TCondensedJsonPrintPolicy<TCHAR>>::Create(&Out);
-			Writer->WriteObjectStart();
-			for (const auto& [Key, Value] : Fields)
-			{
-				Writer->WriteValue(Utf8Text::ToString(Key), Utf8Text::ToString(Value));
-			}
-			Writer->WriteObjectEnd();
-			Writer->Close();
-			return Out;
-		}
-
 		/** How a name reads in a user's prompt, which holds replacement characters for the bytes that are no text. */
 		std::string NameInWords(std::string_view Bytes)
 		{
@@ -107,11 +91,11 @@ namespace Velmora
 		Start.Kind = ETurnReportKind::ToolStarted;
 		Start.ToolId = Utf8Text::ToString(Input.ToolIdPrefix + '-' + std::to_string(++ToolCount));
 		Start.ToolName = Utf8Text::ToString(Name);
-		Start.Parameters = MakeJsonObject(Parameters);
+		Start.Parameters = JsonText::MakeObject(Parameters);
 		if (const FToolRow* const Row = FToolBox::Find(Name))
 		{
 			Start.Metadata =
-				MakeJsonObject({ { "operation_type", std::string(Row->Operation) }, { "data_type", std::string(Row->DataType) } });
+				JsonText::MakeObject({ { "operation_type", std::string(Row->Operation) }, { "data_type", std::string(Row->DataType) } });
 		}
 		FTurnReport End = Start;
 		Report(std::move(Start));

@@ -90,6 +90,13 @@ namespace Velmora
 		{
 		}
 
+		/** The answer to all of the request: the turn goes on. */
+		bool Say(const std::string& Markdown)
+		{
+			Desk.Answer(Markdown);
+			return true;
+		}
+
 		FTurnDesk& Desk;
 		const FAgentRequest& Request;
 	};

@@ -43,54 +43,69 @@ namespace Velmora
 			}
 			return false;
 		}
+
+		std::string ToLowerHost(std::string Host)
+		{
+			if (Host.size() > 2 && Host.front() == '[' && Host.back() == ']')
+			{
+				Host = Host.substr(1, Host.size() - 2);
+			}
+			for (char& Byte : Host)
+			{
+				Byte = Byte >= 'A' && Byte <= 'Z' ? static_cast<char>(Byte - 'A' + 'a') : Byte;
+			}
+			return Host;
+		}
+
+		/** What is wrong with the form of an address, up to its scheme; empty when nothing is. */
+		std::string FindFault(std::string_view Text)
+		{
+			if (Text.empty() || Text.size() > MaxAddressBytes || HasForbiddenByte(Text))
+			{
+				return Text.empty() ? "The address is missing" : "The address is none";
+			}
+			return Text.find("://") == std::string_view::npos ? "The address lacks http:// or https:// in front" : "";
+		}
+
+		/** What is wrong with its parts. Only a key's own place may hold a secret: a password in an address would be shown. */
+		std::string FindFault(CURLU* Parsed, const FWebAddress& Address)
+		{
+			if (Address.Scheme != "http" && Address.Scheme != "https")
+			{
+				return "The address begins with neither http nor https";
+			}
+			if (!GetPart(Parsed, CURLUPART_USER).empty() || !GetPart(Parsed, CURLUPART_PASSWORD).empty())
+			{
+				return "The address holds a user or a password. Leave it out and give the key by an environment variable or a key file";
+			}
+			if (!GetPart(Parsed, CURLUPART_QUERY).empty() || !GetPart(Parsed, CURLUPART_FRAGMENT).empty())
+			{
+				return "The address has something after '?' or '#'";
+			}
+			return Address.Host.empty() || Address.Port <= 0 ? "The address names no host" : "";
+		}
 	}
 
 	bool FWebAddress::Parse(std::string_view Text, FWebAddress& OutAddress, std::string& OutProblem)
 	{
-		constexpr const char* Form = "an address looks like http://127.0.0.1:8080/v1 or https://api.example.org/v1.";
-		if (Text.empty() || Text.size() > MaxAddressBytes || HasForbiddenByte(Text))
+		const auto Refuse = [&OutProblem](std::string&& Fault)
 		{
-			OutProblem = std::string(Text.empty() ? "The address is missing: " : "The address is none: ") + Form;
+			OutProblem = std::move(Fault) + ": an address looks like http://127.0.0.1:8080/v1 or https://api.example.org/v1.";
 			return false;
-		}
-		if (Text.find("://") == std::string_view::npos)
+		};
+		if (std::string Fault = FindFault(Text); !Fault.empty())
 		{
-			OutProblem = std::string("The address lacks http:// or https:// in front: ") + Form;
-			return false;
+			return Refuse(std::move(Fault));
 		}
 		const std::unique_ptr<CURLU, FAddressDeleter> Parsed(curl_url());
 		const std::string Whole(Text);
 		if (!Parsed || curl_url_set(Parsed.get(), CURLUPART_URL, Whole.c_str(), CURLU_NON_SUPPORT_SCHEME) != CURLUE_OK)
 		{
-			OutProblem = std::string("The address cannot be understood: ") + Form;
-			return false;
+			return Refuse("The address cannot be understood");
 		}
 		FWebAddress Address;
 		Address.Scheme = GetPart(Parsed.get(), CURLUPART_SCHEME);
-		if (Address.Scheme != "http" && Address.Scheme != "https")
-		{
-			OutProblem = std::string("The address begins with neither http nor https: ") + Form;
-			return false;
-		}
-		if (!GetPart(Parsed.get(), CURLUPART_USER).empty() || !GetPart(Parsed.get(), CURLUPART_PASSWORD).empty())
-		{
-			OutProblem = "The address holds a user or a password. Leave it out and give the key by an environment variable or a key file.";
-			return false;
-		}
-		if (!GetPart(Parsed.get(), CURLUPART_QUERY).empty() || !GetPart(Parsed.get(), CURLUPART_FRAGMENT).empty())
-		{
-			OutProblem = std::string("The address has something after '?' or '#': ") + Form;
-			return false;
-		}
-		Address.Host = GetPart(Parsed.get(), CURLUPART_HOST);
-		if (Address.Host.size() > 2 && Address.Host.front() == '[' && Address.Host.back() == ']')
-		{
-			Address.Host = Address.Host.substr(1, Address.Host.size() - 2);
-		}
-		for (char& Byte : Address.Host)
-		{
-			Byte = Byte >= 'A' && Byte <= 'Z' ? static_cast<char>(Byte - 'A' + 'a') : Byte;
-		}
+		Address.Host = ToLowerHost(GetPart(Parsed.get(), CURLUPART_HOST));
 		const std::string PortText = GetPart(Parsed.get(), CURLUPART_PORT);
 		Address.Port = PortText.empty() ? DefaultPort(Address.Scheme) : std::atoi(PortText.c_str());
 		Address.Path = GetPart(Parsed.get(), CURLUPART_PATH);
@@ -98,10 +113,9 @@ namespace Velmora
 		{
 			Address.Path.pop_back();
 		}
-		if (Address.Host.empty() || Address.Port <= 0)
+		if (std::string Fault = FindFault(Parsed.get(), Address); !Fault.empty())
 		{
-			OutProblem = std::string("The address names no host: ") + Form;
-			return false;
+			return Refuse(std::move(Fault));
 		}
 		OutAddress = std::move(Address);
 		return true;
