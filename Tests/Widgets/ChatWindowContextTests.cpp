@@ -176,6 +176,9 @@ TEST_F(FChatWindowContextTest, AnotherViewModelTakesOver)
 	EXPECT_EQ(GetChips(), FTextList()) << "the old one is no longer listened to";
 	Other->AddContextFile(TEXT("C.h"));
 	EXPECT_EQ(GetChips(), (FTextList{ "C.h" }));
+	const TSharedRef<SWidget> Chip = GetChipWidgets()->GetChildAt(0);
+	Before->AddContextFile(TEXT("D.h"));
+	EXPECT_EQ(GetChipWidgets()->GetChildAt(0), Chip) << "what stands there, perhaps under the mouse, is not built anew";
 	EXPECT_EQ(TextOf("ConversationId"), "[c2]");
 }
 

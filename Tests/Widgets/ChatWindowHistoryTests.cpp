@@ -1,8 +1,11 @@
 #include "ChatWindowTest.h"
 
+#include "Agent/AgentBuilder.h"
 #include "HAL/IConsoleManager.h"
 #include "Host/HostClock.h"
+#include "Host/HostPaths.h"
 #include "Host/HostTasks.h"
+#include "Misc/Paths.h"
 #include "Widgets/Input/SComboBox.h"
 #include "Widgets/Views/SListView.h"
 
@@ -134,6 +137,23 @@ TEST_F(FChatWindowHistoryTest, AViewModelAsksForTheFirstRefresh)
 	EXPECT_EQ(DumpOptions(), "c1") << "what the store holds, and the current one before it";
 	ViewModel->OnMessagesChanged().Broadcast();
 	EXPECT_EQ(DumpRefresh(), "2") << "the current conversation is listed";
+}
+
+TEST_F(FChatWindowHistoryTest, TheWorkerReadsTheStoreOfTheSaveFolder)
+{
+	const FTempFolder Saved;
+	const FString SavedBefore = FPaths::EngineSavedDir();
+	FHostPaths::SetEngineSavedDir(Saved.At());
+	const TSharedPtr<Velmora::FAgent> Writer = FAgentBuilder::CreateDefault();
+	const FString Id = Writer->StartConversation(EMode::Advisor);
+	EXPECT_TRUE(Writer->SendMessage(TEXT("help"), {}));
+	FHostTasks::WaitForBackground(20.0);
+	FHostTasks::RunGameThreadTasks();
+	FHostPaths::SetEngineSavedDir(SavedBefore);
+	Window->SetConversationHistorySaveDirForTests(Saved.At(TEXT("Velmora")));
+	Connect();
+	FinishAll();
+	EXPECT_EQ(DumpOptions(), "c1 " + Utf8(Id));
 }
 
 TEST_F(FChatWindowHistoryTest, AConversationThatNoListHoldsAsksOnce)

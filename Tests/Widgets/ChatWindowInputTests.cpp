@@ -111,15 +111,11 @@ TEST_F(FChatWindowInputTest, PauseContinueAndCancel)
 	EXPECT_EQ(
 		Agent->Calls, (std::vector<std::string>{ "PauseConversation", "ResumeConversation 'shorter, please'", "CancelConversation" }));
 	EXPECT_EQ(GetMessageTexts().back(), "Conversation cancelled");
-}
 
-TEST_F(FChatWindowInputTest, ContinueWithoutATextGoesOn)
-{
-	Connect();
 	Agent->FireState(EState::Paused);
 	PumpFrame();
 	Click(FindByTag("ContinueButton"));
-	EXPECT_EQ(Agent->Calls, (std::vector<std::string>{ "ResumeConversation ''" }));
+	EXPECT_EQ(Agent->Calls.back(), "ResumeConversation ''") << "without a text it goes on";
 }
 
 TEST_F(FChatWindowInputTest, TheCancelIconDimsAndBrightens)
@@ -171,21 +167,6 @@ TEST_F(FChatWindowInputTest, AModeIsPickedFromTheList)
 	EXPECT_EQ(GetSelectedMode(), "3");
 	Click(FindByTag("ModeComboBox"));
 	PumpFrame();
-	for (const char* Label : { "Advisor", "Code", "Assets" })
-	{
-		EXPECT_FALSE(FWidgetFinder::FindByText(FString(UTF8_TO_TCHAR(Label))).IsEmpty()) << Label;
-	}
-	Click(FindByText("Code"));
-	EXPECT_EQ(Agent->Metadata->Mode, EMode::Code);
-	EXPECT_EQ(GetModeLabel(), "Code");
-	EXPECT_EQ(GetSelectedMode(), "1");
-}
-
-TEST_F(FChatWindowInputTest, ModesHaveTips)
-{
-	Connect();
-	Click(ModeBox());
-	PumpFrame();
 	for (const auto& [Label, ToolTip] : {
 			 std::pair("Advisor", "VelmoraUI,ModeAdvisor_Tooltip: Project guidance and best practices (no code/asset changes). "),
 			 std::pair("Code", "VelmoraUI,ModeCode_Tooltip: C++ code generation, refactoring, and implementation work."),
@@ -198,6 +179,10 @@ TEST_F(FChatWindowInputTest, ModesHaveTips)
 		EXPECT_EQ(Utf8(Row->GetDisplayedText().ToString()), Label);
 		EXPECT_EQ(DumpKey(Row->GetToolTipText()), ToolTip);
 	}
+	Click(FindByText("Code"));
+	EXPECT_EQ(Agent->Metadata->Mode, EMode::Code);
+	EXPECT_EQ(GetModeLabel(), "Code");
+	EXPECT_EQ(GetSelectedMode(), "1");
 }
 
 TEST_F(FChatWindowInputTest, TheModeIsFixedByTheFirstMessage)

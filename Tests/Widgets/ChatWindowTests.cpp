@@ -142,34 +142,6 @@ TEST_F(FChatWindowTest, TheWelcomeStandsUntilTheFirstMessage)
 	EXPECT_EQ(CountByType("SMessageRow"), 1);
 }
 
-TEST_F(FChatWindowTest, MessagesArriveWithTheTicksOfTheWindow)
-{
-	Connect();
-	for (int32 Index = 0; Index < 30; ++Index)
-	{
-		Agent->FireMessage(FString::Printf(TEXT("answer %d"), Index));
-	}
-	PumpSeconds(0.5);
-	EXPECT_EQ(ViewModel->GetMessageCount(), 30);
-	const FSlateRect List = GetRect(*FindByTag("MessageList"));
-	const FSlateRect Newest = GetRect(*FindByText("answer 29"));
-	EXPECT_GT(Newest.Top, List.Top) << "the end is in view";
-	EXPECT_LT(Newest.Bottom, List.Bottom);
-}
-
-TEST_F(FChatWindowTest, ToolRunsAppearAsAGroupWithLiveMarks)
-{
-	Connect();
-	Agent->FireToolStarted(TEXT("id1"), TEXT("read_file"), TEXT("{\"path\":\"a.txt\"}"));
-	PumpSeconds(0.3);
-	EXPECT_EQ(CountByType("SToolExecutionContainer"), 1);
-	FindByText("Tool Executions (1)");
-	Agent->FireToolStarted(TEXT("id2"), TEXT("read_file"), TEXT("{\"path\":\"b.txt\"}"));
-	PumpSeconds(0.3);
-	FindByText("Tool Executions (2)");
-	EXPECT_EQ(CountByType("SMessageRow"), 1);
-}
-
 TEST_F(FChatWindowTest, AnotherViewModelTakesOver)
 {
 	Connect();
@@ -188,32 +160,4 @@ TEST_F(FChatWindowTest, AnotherViewModelTakesOver)
 	EXPECT_EQ(DumpControls(), "Not initialized: (Send) (Cancel) (New)");
 	EXPECT_FALSE(ViewModel->OnMessagesChanged().IsBound());
 	EXPECT_FALSE(Velmora::FUpdateGate::Get().OnStateChanged().IsBound());
-}
-
-TEST_F(FChatWindowTest, RowsAskTheViewModelForUndo)
-{
-	Connect();
-	Agent->TransactionId = TEXT("t1");
-	EXPECT_TRUE(ViewModel->SendMessage(TEXT("x")));
-	PumpSeconds(0.5);
-	for (const bool bCanUndo : { true, false })
-	{
-		Agent->bCanUndo = bCanUndo;
-		PumpFrame();
-		EXPECT_EQ(IsEnabled("UndoButton"), bCanUndo);
-	}
-}
-
-TEST_F(FChatWindowTest, AreasStandWhereTheyBelong)
-{
-	Connect();
-	PumpFrame();
-	const FSlateRect Whole = GetRect(*Window);
-	const FSlateRect Prompt = GetRect(*FindByTag("InputTextBox"));
-	const FSlateRect Status = GetRect(*FindByTag("StatusText"));
-	EXPECT_EQ(Whole.Bottom, 800.0f);
-	EXPECT_GE(Prompt.Bottom - Prompt.Top, 70.0f);
-	EXPECT_LE(Prompt.Bottom - Prompt.Top, 200.0f);
-	EXPECT_GT(Status.Top, 776.0f);
-	EXPECT_GT(Prompt.Top, GetRect(*FindByTag("EmptyState")).Bottom);
 }

@@ -3,6 +3,8 @@
 #include "VelmoraWidgetTest.h"
 #include "Widgets/SIndexProgressWidget.h"
 
+#include <algorithm>
+
 class FIndexProgressTest : public FVelmoraWidgetTest
 {
 protected:
@@ -45,12 +47,14 @@ protected:
 		return TextFrom("Current");
 	}
 
-	/** Of the title, which has no transparency of its own. */
-	static float Opacity()
+	static std::string ColorOf(const std::string& Text)
 	{
-		const FTextList Painted = PaintedIn(*FindByText("Code Intelligence Index"), ESlateDrawType::Glyphs);
-		return Painted.empty() ? 0.0f : std::stoi(Painted[0].substr(6), nullptr, 16) / 255.0f;
+		const FTextList Painted = PaintedIn(*FindByText(Text), ESlateDrawType::Glyphs);
+		return Painted.empty() ? "00000000" : Painted[0];
 	}
+
+	/** Of the title, which has no transparency of its own. */
+	static float Opacity() { return std::stoi(ColorOf("Code Intelligence Index").substr(6), nullptr, 16) / 255.0f; }
 
 	TSharedPtr<SIndexProgressWidget> Widget;
 };
@@ -75,6 +79,8 @@ TEST_F(FIndexProgressTest, FollowsABuildFromStartToFadeOut)
 	EXPECT_EQ(VisibleTexts(),
 		(FTextList{ "Code Intelligence Index", "Building index: 1,234/10,000 files (12%)", "Current: Source/A.cpp",
 			"Estimated: 17 seconds remaining", "Cancel" }));
+	const FTextList Bar = PaintedIn(*FindByType("SProgressBar").at(0), ESlateDrawType::RoundedBox);
+	EXPECT_NE(std::find(Bar.begin(), Bar.end(), "95E7FFFF"), Bar.end());
 
 	Widget->SetComplete(true, FText::GetEmpty());
 	PumpFrame();
@@ -85,6 +91,7 @@ TEST_F(FIndexProgressTest, FollowsABuildFromStartToFadeOut)
 	FHostEditor::ShutDown();
 	PumpSeconds(1.0);
 	EXPECT_EQ(Opacity(), 1.0f);
+	EXPECT_EQ(ColorOf("Index build completed successfully!"), "95E795FF");
 	Widget->Reset();
 	PumpFrame();
 	EXPECT_EQ(Opacity(), 0.0f);
@@ -97,12 +104,29 @@ TEST_F(FIndexProgressTest, TheCompletionFadesOutAfterThreeSeconds)
 	Widget->SetComplete(false, INVTEXT("No."));
 	PumpSeconds(0.5);
 	EXPECT_EQ(VisibleTexts().back(), "No.");
+	EXPECT_EQ(ColorOf("No."), "E79595FF");
 	EXPECT_EQ(Opacity(), 1.0f);
 	FTSTicker::GetCoreTicker().Tick(3.1f);
 	PumpFrame(0.25);
 	EXPECT_NEAR(Opacity(), 0.5f, 0.02f);
 	PumpFrame(0.3);
 	EXPECT_EQ(Opacity(), 1.0f);
+}
+
+TEST_F(FIndexProgressTest, AResetEndsWhateverFades)
+{
+	Widget->UpdateProgress(1, 2, FString(), 1.0);
+	PumpFrame(0.1);
+	Widget->Reset();
+	PumpFrame(0.1);
+	EXPECT_EQ(Opacity(), 0.0f) << "while it came";
+	Widget->UpdateProgress(1, 2, FString(), 1.0);
+	Widget->SetComplete(true, FText::GetEmpty());
+	FTSTicker::GetCoreTicker().Tick(3.1f);
+	PumpFrame(0.25);
+	Widget->Reset();
+	PumpFrame(0.1);
+	EXPECT_EQ(Opacity(), 0.0f) << "while it went";
 }
 
 TEST_F(FIndexProgressTest, EstimatesTheTimeLeft)

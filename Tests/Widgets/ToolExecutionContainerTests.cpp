@@ -54,12 +54,6 @@ TEST_F(FToolContainerTest, TheLabelIsVerbAndParameter)
 	EXPECT_EQ(Utf8(FToolRowLook::MakeLabel(*MakeTool(TEXT(""), TEXT("unused"), TEXT("Read file")))), "Read file");
 }
 
-TEST_F(FToolContainerTest, TheDotHasTheToolsColour)
-{
-	EXPECT_TRUE(FToolRowLook::ReadColor(TEXT("")) == FLinearColor::White);
-	EXPECT_TRUE(FToolRowLook::ReadColor(TEXT("#10B981")) == FVelmoraUIStyles::GetToolStatusSuccessColor());
-}
-
 TEST_F(FToolContainerTest, AClickOnTheHeaderAsksTheOwner)
 {
 	ShowTools({ MakeTool(TEXT("Creating"), TEXT("A")) });

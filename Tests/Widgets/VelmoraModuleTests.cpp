@@ -124,6 +124,8 @@ TEST_F(FVelmoraModuleWatchTest, ItTakesDownWhatItPutUp)
 	const TSharedPtr<SDockTab> Tab = FGlobalTabmanager::Get()->FindExistingLiveTab(FTabId(SVelmoraTab::GetTabName()));
 	ASSERT_TRUE(Tab.IsValid());
 	EXPECT_EQ(Tab->GetTabRole(), ETabRole::NomadTab);
+	EXPECT_EQ(Utf8(Tab->GetTabLabel().ToString()), "Velmora AI");
+	EXPECT_EQ(Utf8(Tab->GetContent()->GetType().ToString()), "SVelmoraTab");
 	Tab->RequestCloseTab();
 
 	FModuleManager::Get().UnloadModule("VelmoraUI");

@@ -334,27 +334,3 @@ TEST_F(FTabShellTest, TheGearOpensTheSettingsWhereThereAreAny)
 			"show Project/Plugins/Velmora" }))
 		<< "the page stays registered";
 }
-
-class FVelmoraModuleTest : public FVelmoraTabTest
-{
-};
-
-TEST_F(FVelmoraModuleTest, TheModuleOffersItsTabWhileItIsLoaded)
-{
-	FVelmoraUIStyles::Shutdown();
-	const FTemporaryProject Project;
-	FHostLevelEditor::Install();
-	ASSERT_NE(FModuleManager::Get().LoadModule("VelmoraUI"), nullptr);
-	EXPECT_NE(FSlateStyleRegistry::FindSlateStyle(FVelmoraUIStyles::GetStyleSetName()), nullptr);
-	TSharedPtr<SDockTab> Opened = FGlobalTabmanager::Get()->TryInvokeTab(FTabId(SVelmoraTab::GetTabName()));
-	ASSERT_TRUE(Opened.IsValid());
-	EXPECT_EQ(Utf8(Opened->GetTabLabel().ToString()), "Velmora AI");
-	EXPECT_EQ(Utf8(Opened->GetContent()->GetType().ToString()), "SVelmoraTab");
-	Opened->RequestCloseTab();
-	Opened.Reset();
-
-	FModuleManager::Get().UnloadModule("VelmoraUI");
-	FModuleManager::Get().UnloadModule("LevelEditor");
-	EXPECT_EQ(FSlateStyleRegistry::FindSlateStyle(FVelmoraUIStyles::GetStyleSetName()), nullptr);
-	EXPECT_FALSE(FGlobalTabmanager::Get()->TryInvokeTab(FTabId(SVelmoraTab::GetTabName())).IsValid());
-}
