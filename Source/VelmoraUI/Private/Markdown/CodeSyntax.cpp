@@ -36,6 +36,7 @@ namespace Velmora::Markdown
 		private:
 			void Append(ESyntaxTokenType Type, FString&& Text, int32 Start, int32 End)
 			{
+				// Only what begins before the end of an earlier token can overlap one. That is rare, and then the slow rule decides.
 				if (Start < FurthestEnd)
 				{
 					AddSyntaxToken(Tokens, Type, Text, Start, End);
@@ -175,6 +176,7 @@ namespace Velmora::Markdown
 
 		bool IsCppTypeWord(const TCHAR* Word, int32 Length)
 		{
+			// The engine's prefixes, before a capital.
 			if (Length >= 2)
 			{
 				const TCHAR First = Word[0];
@@ -219,16 +221,19 @@ namespace Velmora::Markdown
 				const TCHAR Char = Scan[Index];
 				int32 End = Index + 1;
 				ESyntaxTokenType Type = ESyntaxTokenType::Operator;
+				// 1. Blanks, by the run: a line feed and the indentation after it are one token.
 				if (FChar::IsWhitespace(Char))
 				{
 					Type = ESyntaxTokenType::Default;
 					End = Scan.SkipSpace(End);
 				}
+				// 2. Words: keyword, type, or a name that is called.
 				else if (StartsWord(Char))
 				{
 					End = Scan.SkipWord(End);
 					Type = ClassifyWord(*Code + Index, End - Index, Scan.Has(End, TEXT('(')), Rules);
 				}
+				// 3. Comments, before the operators that they begin with.
 				else if (Rules.bIsCpp && Char == TEXT('/') && Scan.Has(Index + 1, TEXT('/')))
 				{
 					Type = ESyntaxTokenType::Comment;
@@ -239,16 +244,19 @@ namespace Velmora::Markdown
 					Type = ESyntaxTokenType::Comment;
 					End = Scan.SkipBlockComment(Index);
 				}
+				// 4. The sign that is a comment in one language and the preprocessor in the other. A continued line is not followed.
 				else if (Char == TEXT('#'))
 				{
 					Type = Rules.bIsCpp ? ESyntaxTokenType::Preprocessor : ESyntaxTokenType::Comment;
 					End = Scan.SkipLine(End);
 				}
+				// 5. Texts. A separator of digits reads as the start of one: the rule looks at one character.
 				else if (Char == TEXT('"') || Char == TEXT('\''))
 				{
 					Type = ESyntaxTokenType::String;
 					End = !Rules.bIsCpp && Scan.HasTripleQuote(Index) ? Scan.SkipTripleQuoted(Index) : Scan.SkipString(Index);
 				}
+				// 6. Numbers, with the letters that may follow in the language. 7. All else is an operator, one character each.
 				else if (FChar::IsDigit(Char) || (Char == TEXT('.') && Scan.HasDigit(Index + 1)))
 				{
 					Type = ESyntaxTokenType::Number;
@@ -264,6 +272,7 @@ namespace Velmora::Markdown
 
 	TArray<FSyntaxToken> TokenizeCode(const FString& Code, const FString& Language)
 	{
+		// The tag is what stands after the fence, so its case is free.
 		const FString Tag = Language.ToLower();
 		if (Tag == TEXT("cpp") || Tag == TEXT("c++") || Tag == TEXT("h") || Tag == TEXT("hpp"))
 		{
@@ -277,6 +286,7 @@ namespace Velmora::Markdown
 		{
 			return TokenizeJson(Code);
 		}
+		// A language that is not known is one token in the colour of text.
 		TArray<FSyntaxToken> Tokens;
 		Tokens.Add({ ESyntaxTokenType::Default, Code, 0, Code.Len() });
 		return Tokens;
@@ -288,6 +298,7 @@ namespace Velmora::Markdown
 		{
 			return;
 		}
+		// Whoever came first keeps the range; one that only encloses older ones is not noticed and stands beside them.
 		for (const FSyntaxToken& Token : Tokens)
 		{
 			if ((Start >= Token.Start && Start < Token.End) || (End > Token.Start && End <= Token.End))

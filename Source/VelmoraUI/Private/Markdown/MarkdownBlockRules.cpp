@@ -28,76 +28,59 @@ namespace Velmora::Markdown
 
 	} // namespace
 
+	bool FMarkdownParser::TryBlockRulesFor(TCHAR First, bool bIndented, FParseContext& Context)
+	{
+		// The rules are tried in the order code block, header, horizontal rule, list item, quote, table, section, footnote. The first
+		// character tells which of them have a chance at all, and only list items, tables and sections may be indented.
+		switch (First)
+		{
+		case TEXT('`'):
+			return !bIndented && TryRule(TryParseCodeBlock, Context);
+		case TEXT('#'):
+			return !bIndented && TryRule(TryParseHeader, Context);
+		case TEXT('-'):
+		case TEXT('*'):
+			return (!bIndented && TryRule(TryParseHorizontalRule, Context)) || TryRule(TryParseListItem, Context);
+		case TEXT('_'):
+			return !bIndented && TryRule(TryParseHorizontalRule, Context);
+		case TEXT('>'):
+			return !bIndented && TryRule(TryParseBlockquote, Context);
+		case TEXT('|'):
+			return TryRule(TryParseTable, Context);
+		case TEXT('<'):
+			return TryRule(TryParseCollapsibleSection, Context);
+		case TEXT('['):
+			return !bIndented && TryRule(TryParseFootnoteDefinition, Context);
+		default:
+			return (First == TEXT('+') || (First >= TEXT('0') && First <= TEXT('9'))) && TryRule(TryParseListItem, Context);
+		}
+	}
+
+	bool FMarkdownParser::TryRule(FRule Rule, FParseContext& Context)
+	{
+		// Made here, since most lines begin with a letter and need none.
+		FMarkdownToken Token;
+		if (!Rule(Context, Token))
+		{
+			return false;
+		}
+		Context.Tokens.Add(MoveTemp(Token));
+		return true;
+	}
+
 	void FMarkdownParser::ParseBlockElement(FParseContext& Context)
 	{
-		// The rules are tried in the order code block, header, horizontal rule, list item, quote, table, section, footnote.
-		// The first character that is no blank tells which of them have a chance at all.
 		int32 First = Context.Position;
 		while (First < Context.Length && Scan::IsRawBlank(Context.Text[First]))
 		{
 			++First;
 		}
-		using FRule = bool (*)(FParseContext&, FMarkdownToken&);
-		FRule FirstColumnRule = nullptr; // Refuses any indentation.
-		FRule IndentedRule = nullptr;
-		switch (First < Context.Length ? Context.Text[First] : TEXT('\0'))
+		const TCHAR FirstChar = First < Context.Length ? Context.Text[First] : TEXT('\0');
+		if (!TryBlockRulesFor(FirstChar, First > Context.Position, Context))
 		{
-		case TEXT('`'):
-			FirstColumnRule = TryParseCodeBlock;
-			break;
-		case TEXT('#'):
-			FirstColumnRule = TryParseHeader;
-			break;
-		case TEXT('-'):
-		case TEXT('*'):
-			FirstColumnRule = TryParseHorizontalRule;
-			IndentedRule = TryParseListItem;
-			break;
-		case TEXT('_'):
-			FirstColumnRule = TryParseHorizontalRule;
-			break;
-		case TEXT('>'):
-			FirstColumnRule = TryParseBlockquote;
-			break;
-		case TEXT('['):
-			FirstColumnRule = TryParseFootnoteDefinition;
-			break;
-		case TEXT('|'):
-			IndentedRule = TryParseTable;
-			break;
-		case TEXT('<'):
-			IndentedRule = TryParseCollapsibleSection;
-			break;
-		case TEXT('+'):
-		case TEXT('0'):
-		case TEXT('1'):
-		case TEXT('2'):
-		case TEXT('3'):
-		case TEXT('4'):
-		case TEXT('5'):
-		case TEXT('6'):
-		case TEXT('7'):
-		case TEXT('8'):
-		case TEXT('9'):
-			IndentedRule = TryParseListItem;
-			break;
-		default:
-			break;
+			// A line that no rule accepts is text, and its leading blanks are part of it.
+			ParseInlineElement(Context);
 		}
-		if (First > Context.Position)
-		{
-			FirstColumnRule = nullptr;
-		}
-		if (FirstColumnRule || IndentedRule)
-		{
-			FMarkdownToken Token;
-			if ((FirstColumnRule && FirstColumnRule(Context, Token)) || (IndentedRule && IndentedRule(Context, Token)))
-			{
-				Context.Tokens.Add(MoveTemp(Token));
-				return;
-			}
-		}
-		ParseInlineElement(Context);
 	}
 
 	// "```tag", a body, and the next three backticks wherever they stand. Without them the rest of the text is the body.
@@ -108,17 +91,20 @@ namespace Velmora::Markdown
 		{
 			return false;
 		}
+		// 1. The tag, to the end of its line.
 		const int32 TagStart = Start + 3;
 		const int32 TagLimit = FMath::Min(Context.Length, TagStart + MAX_LINE_LENGTH);
 		const int32 TagEnd = Scan::FindChar(Context.Text, TagStart, TagLimit, TEXT('\n'));
 		// One character goes with the tag: its line feed, or the one at which an overlong tag was cut.
 		const int32 BodyStart = FMath::Min(TagEnd + 1, Context.Length);
 
+		// 2. The closer, within what a search may walk.
 		const int32 SearchEnd = BodyStart + FMath::Min(Context.Length - BodyStart, MAX_SEARCH_LENGTH);
 		// A closer that begins inside of the search may reach out of it.
 		const int32 Reach = FMath::Min(Context.Length, SearchEnd + 2);
 		int32 BodyEnd = Scan::FindLiteral(Context.Text, BodyStart, Reach, TEXT("```"), 3);
 		Context.SearchCounter = FMath::Min(BodyEnd, SearchEnd) - BodyStart;
+		// 3. Where to go on: after the line of the closer, or at the end when there is none.
 		if (BodyEnd < Reach)
 		{
 			Context.Position = BodyEnd + 3;
@@ -187,6 +173,7 @@ namespace Velmora::Markdown
 	bool FMarkdownParser::TryParseListItem(FParseContext& Context, FMarkdownToken& OutToken)
 	{
 		Scan::FRewind Rewind(Context.Position);
+		// 1. The indentation and the marker: a bullet, or digits and a full stop.
 		const int32 Indent = Context.SkipBlanks();
 		const TCHAR Marker = Context.Peek();
 		const bool bBullet = Marker == TEXT('-') || Marker == TEXT('*') || Marker == TEXT('+');
@@ -202,6 +189,7 @@ namespace Velmora::Markdown
 				return false;
 			}
 		}
+		// 2. A blank after it, or it is no marker. The text may stand on a later line.
 		Context.Advance();
 		if (!Scan::IsBlankOrTab(Context.Peek()))
 		{
@@ -209,6 +197,7 @@ namespace Velmora::Markdown
 		}
 		Context.SkipWhitespace();
 
+		// 3. The box of a task, for bullets only: any one character within brackets, and a blank after them.
 		ETokenType Type = ETokenType::ListItem;
 		bool bChecked = false;
 		const int32 Box = Context.Position;
@@ -219,6 +208,7 @@ namespace Velmora::Markdown
 			Context.Position = Box + 3;
 			Context.SkipWhitespace();
 		}
+		// 4. The text of one line. Two blanks, or two tabs, of indentation are one level.
 		FString Content = ReadTrimmedLine(Context);
 		FillBlock(Context, OutToken, Type, Rewind.GetStart(), MoveTemp(Content));
 		if (Type == ETokenType::TaskListItem)
@@ -255,6 +245,7 @@ namespace Velmora::Markdown
 		Scan::FRewind Rewind(Context.Position);
 		constexpr int32 OpenerLength = 9;
 		constexpr int32 CloserLength = 10;
+		// 1. The opener and its summary, with any empty lines between them.
 		Context.SkipBlanks();
 		if (!Context.MatchAt(TEXT("<details>"), OpenerLength))
 		{
@@ -273,6 +264,7 @@ namespace Velmora::Markdown
 		{
 			return false;
 		}
+		// 2. The body, to the first closer: sections within one end it.
 		const int32 BodyStart = Context.FindSectionBody(SummaryEnd + CloserLength);
 		const int32 BodyEnd = Context.FindCloser(ECloser::DetailsTag, BodyStart);
 		if (BodyEnd == INDEX_NONE || BodyEnd == BodyStart)
@@ -296,6 +288,7 @@ namespace Velmora::Markdown
 		{
 			return false;
 		}
+		// 1. The name, on this line and not empty. 2. The text.
 		const int32 NameStart = Context.Position + 2;
 		const int32 NameEnd = Context.FindStop(ECloser::SquareBracket, NameStart);
 		Context.Position = NameEnd;

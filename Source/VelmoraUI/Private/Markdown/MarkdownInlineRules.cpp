@@ -39,11 +39,13 @@ namespace Velmora::Markdown
 			const TCHAR* Text = Context.Text;
 			const int32 Start = Context.Position;
 			const TCHAR First = Text[Start];
+			// 1. A block marker that no block rule took does not begin a run: it is dropped, so that the rest of its line shows without it.
 			const bool bBlockMarker = First == TEXT('#') || First == TEXT('>') || First == TEXT('-') || First == TEXT('+');
 			if (bBlockMarker && Context.IsAtLineStart())
 			{
 				return Start;
 			}
+			// 2. On to where something may begin. A delimiter within a word begins nothing and belongs to the run.
 			const int32 Limit = FMath::Min(Context.Length - Start, FMarkdownParser::MAX_LINE_LENGTH) + Start;
 			for (int32 Index = Start; (Index = Scan::FindFirst(Text, Index, Limit, FIsRunStop())) < Limit; ++Index)
 			{
@@ -59,6 +61,7 @@ namespace Velmora::Markdown
 		bool ParseDelimited(FMarkdownParser::FParseContext& Context, FMarkdownToken& OutToken, ETokenType Type, int32 DelimiterLength,
 			FMarkdownParser::ECloser Closer)
 		{
+			// 1. The opener stands at the start of a word, and its text begins right after it.
 			const int32 Start = Context.Position;
 			const int32 ContentStart = Start + DelimiterLength;
 			if (!IsWordBoundary(Context, Start) || ContentStart >= Context.Length)
@@ -70,6 +73,7 @@ namespace Velmora::Markdown
 			{
 				return false;
 			}
+			// 2. The closer, on the same line.
 			const int32 ContentEnd = Context.FindCloser(Closer, ContentStart);
 			if (ContentEnd == INDEX_NONE)
 			{
@@ -113,6 +117,7 @@ namespace Velmora::Markdown
 			return;
 		}
 		const TCHAR First = Context.Text[Context.Position];
+		// 1. A line end is a token of its own: lines are not joined.
 		if (First == TEXT('\n'))
 		{
 			FMarkdownToken& Newline = Context.Tokens.Emplace_GetRef();
@@ -121,6 +126,7 @@ namespace Velmora::Markdown
 			Newline.EndPos = ++Context.Position;
 			return;
 		}
+		// 2. What may open something. A character that no rule takes is dropped by the caller when no text begins with it either.
 		if (First == TEXT('[') || (IsEmphasisChar(First) && IsWordBoundary(Context, Context.Position)))
 		{
 			FMarkdownToken Token;
@@ -130,6 +136,7 @@ namespace Velmora::Markdown
 				return;
 			}
 		}
+		// 3. Text, as far as it goes.
 		const int32 Start = Context.Position;
 		const int32 End = FindRunEnd(Context);
 		if (End > Start)

@@ -17,6 +17,7 @@ namespace Velmora::Markdown
 		 */
 		int32 FindDelimiterStop(const TCHAR* Text, int32 From, int32 Length, TCHAR Delimiter, int32 Count, bool bAlone)
 		{
+			// The next delimiter or the line end, whichever comes first. Whether it closes depends on its two neighbours alone.
 			int32 Index = From;
 			while (true)
 			{
@@ -105,11 +106,13 @@ namespace Velmora::Markdown
 
 	int32 FMarkdownParser::FParseContext::FindStop(ECloser Closer, int32 From)
 	{
+		// 1. A search from within the range of the last one stops where that one did.
 		FSearchMemo& Memo = Memos[static_cast<int32>(Closer)];
 		if (From >= Memo.From && From <= Memo.Stop)
 		{
 			return Memo.Stop;
 		}
+		// 2. Otherwise a walk.
 		int32 Stop = Length;
 		switch (Closer)
 		{
@@ -149,6 +152,7 @@ namespace Velmora::Markdown
 		case ECloser::Count:
 			break;
 		}
+		// 3. Kept for the openers that come before the stop.
 		Memo.From = From;
 		Memo.Stop = Stop;
 		return Stop;
@@ -158,6 +162,7 @@ namespace Velmora::Markdown
 	{
 		// A walk of MAX_SEARCH_LENGTH steps never reaches MAX_LOOP_ITERATIONS.
 		static_assert(MAX_SEARCH_LENGTH < MAX_LOOP_ITERATIONS);
+		// The stop is found without a bound, so that it can be shared. The bound is applied to each search by itself.
 		const int32 Stop = FindStop(Closer, From);
 		const int32 SearchLength = FMath::Min(Length - From, MAX_SEARCH_LENGTH);
 		SearchCounter = FMath::Min(Stop - From, SearchLength);
@@ -170,6 +175,7 @@ namespace Velmora::Markdown
 
 	int32 FMarkdownParser::FParseContext::FindSectionBody(int32 SummaryTagEnd)
 	{
+		// Kept like a search: many sections without an end would walk over the same empty lines again and again.
 		if (SectionBodyMemo.From != SummaryTagEnd || SectionBodyMemo.Stop == INDEX_NONE)
 		{
 			Scan::FRewind Rewind(Position);
@@ -183,16 +189,19 @@ namespace Velmora::Markdown
 
 	TArray<FMarkdownToken> FMarkdownParser::Parse(const FString& Input)
 	{
+		// 1. Blanks alone are no document; the block that shows them does so as text.
 		if (IsWhitespaceOnly(Input))
 		{
 			return TArray<FMarkdownToken>();
 		}
+		// 2. Room for a token in each fifty characters; a text with more of them grows it.
 		FParseContext Context(Input);
 		Context.Tokens.Reserve(FMath::Max(10, Context.Length / 50));
 		// Every turn moves on by one character at least, so the limit only guards against a rule that does not.
 		const int64 MaxTurns = 2 * static_cast<int64>(Context.Length);
 		for (int64 Turn = 0; !Context.IsAtEnd() && Turn < MaxTurns; ++Turn)
 		{
+			// 3. Blocks begin at the start of a line; anything else, also what a block left over, is inline.
 			const int32 Before = Context.Position;
 			if (Context.IsAtLineStart())
 			{

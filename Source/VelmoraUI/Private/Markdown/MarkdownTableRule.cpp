@@ -80,6 +80,7 @@ namespace Velmora::Markdown
 		{
 			return false;
 		}
+		// The rows as they stand, each on a line. More than the most of them are tried as a table of their own.
 		FString Content;
 		Content.AppendChars(Context.Text + Row.Start, Row.End - Row.Start);
 		Content += TEXT("\n");

@@ -153,6 +153,11 @@ namespace Velmora::Markdown
 		static bool TryParseInlineCode(FParseContext& Context, FMarkdownToken& OutToken);
 		static bool TryParseLink(FParseContext& Context, FMarkdownToken& OutToken);
 		static bool TryParseFootnoteReference(FParseContext& Context, FMarkdownToken& OutToken);
+		using FRule = bool (*)(FParseContext&, FMarkdownToken&);
+		/** Takes in what the rule made, if it accepts. */
+		static bool TryRule(FRule Rule, FParseContext& Context);
+		/** The block rules that a line can belong to: by its first character that is no blank, and whether blanks stand before it. */
+		static bool TryBlockRulesFor(TCHAR First, bool bIndented, FParseContext& Context);
 		/** The inline rules that a construct beginning with the character can belong to. */
 		static bool TryRulesFor(TCHAR First, FParseContext& Context, FMarkdownToken& OutToken);
 	};
