@@ -57,12 +57,16 @@ void FVelmoraModule::StartupModule()
 		return;
 	}
 	bIsStarted = true;
+	// 1. What the widgets and the menu draw with.
 	FVelmoraUIStyles::Initialize();
+	// 2. The scan of the project takes a while, and runs while the rest is set up.
 	Velmora::UI::FFileIndexService::Get().StartIndexing();
+	// 3. What the user reaches: tab, commands, menu and settings. The menu takes the commands along, so they come first.
 	RegisterTab();
 	RegisterCommands();
 	ExtendMenu();
 	RegisterSettingsPage();
+	// 4. The poll, from now on.
 	LastPollTime = FPlatformTime::Seconds();
 	TickerHandle = FTSTicker::GetCoreTicker().AddTicker(FTickerDelegate::CreateRaw(this, &FVelmoraModule::OnTicker), PollSeconds);
 }
@@ -79,6 +83,7 @@ void FVelmoraModule::ShutdownModule()
 	FCodeIntelCommandActions::CutOffRunningWork();
 	HideProgress();
 	Velmora::UI::FFileIndexService::Get().Shutdown();
+	// Whatever was registered goes again, the styles last: all others may draw.
 	if (TickerHandle.IsValid())
 	{
 		FTSTicker::RemoveTicker(TickerHandle);
@@ -187,6 +192,7 @@ void FVelmoraModule::BuildCodeIndexMenu(FMenuBuilder& Builder)
 
 bool FVelmoraModule::OnTicker(float DeltaTime)
 {
+	// The ticker hands out the time since the last turn of the loop and not since its last call of this, so the clock is asked.
 	const double Now = FPlatformTime::Seconds();
 	const float Passed = static_cast<float>(Now - LastPollTime);
 	LastPollTime = Now;
@@ -195,6 +201,7 @@ bool FVelmoraModule::OnTicker(float DeltaTime)
 
 bool FVelmoraModule::Poll(float DeltaTime)
 {
+	// 1. Builds that anybody started, 2. the end of the last one, 3. the files.
 	WatchCodeIndex();
 	if (bHidePending)
 	{
@@ -216,6 +223,7 @@ void FVelmoraModule::WatchCodeIndex()
 	static double LastNoticeTime = 0.0;
 
 	const FCodeIntelIndexManager& Manager = FCodeIntelIndexManager::Get();
+	// 1. By its edges: a build that begins and ends between two polls is not reported.
 	const bool bBuilding = Manager.IsBuilding();
 	if (bBuilding && !bWasBuilding)
 	{
@@ -227,6 +235,7 @@ void FVelmoraModule::WatchCodeIndex()
 		FinishProgress();
 	}
 	bWasBuilding = bBuilding;
+	// 2. The queue of files to be indexed again.
 	if (!Manager.IsReindexerRunning())
 	{
 		return;
@@ -238,6 +247,7 @@ void FVelmoraModule::WatchCodeIndex()
 		FCodeIntelNotifications::ShowReindexActive(QueueSize);
 		LastNoticeTime = Now;
 	}
+	// Only growth is reported: a queue that is worked off needs no word.
 	LastQueueSize = QueueSize;
 }
 
@@ -258,6 +268,7 @@ void FVelmoraModule::ShowProgress()
 void FVelmoraModule::FinishProgress()
 {
 	const FCodeIntelIndexManager& Manager = FCodeIntelIndexManager::Get();
+	// A build that failed leaves the last good index, which then counts as a success: the manager does not tell them apart.
 	const FIndexStats Stats = Manager.GetIndexStats();
 	const bool bSuccess = Manager.IsIndexReady();
 	if (bSuccess)
@@ -297,6 +308,7 @@ void FVelmoraModule::RefreshFileIndex(float DeltaTime)
 	{
 		Index.RefreshIndex();
 	}
+	// Also when no scan was started: it is tried again after as long.
 	RefreshElapsed = 0.0f;
 }
 

@@ -60,6 +60,7 @@ namespace
 				{
 					return;
 				}
+				// The figures of the manager are those of the last full build; what this run took is measured here.
 				const double StartTime = FPlatformTime::Seconds();
 				Work(Manager);
 				const double Seconds = FPlatformTime::Seconds() - StartTime;
@@ -77,6 +78,7 @@ namespace
 	/** A reconcile is reported in the words of a build or, when it found nothing, of a compaction. */
 	void ShowReconcileResult(const TCHAR* Scope, int32 Deleted, int32 New)
 	{
+		// Found files are indexed by what follows, which the words of a build describe.
 		if (Deleted > 0 || New > 0)
 		{
 			[[maybe_unused]] const FString Summary =
@@ -120,6 +122,7 @@ namespace
 
 	FString DescribeEngineIndex(const FCodeIntelIndexManager& Manager)
 	{
+		// From what the user can change to what only waiting helps.
 		if (!IsEngineSourceIncluded())
 		{
 			return TEXT("Status: Disabled\nEnable 'Include Engine Source' in Settings to use engine index.\n");
@@ -234,6 +237,7 @@ void FCodeIntelCommandActions::HandleRebuildEngineIndex()
 		FCodeIntelNotifications::ShowBuildFailed(TEXT("Index manager not initialized"));
 		return;
 	}
+	// The engine index has no object before it is first wanted.
 	if (!Manager.IsEngineIndexInitialized())
 	{
 		Manager.InitializeEngineIndex();
@@ -266,6 +270,7 @@ void FCodeIntelCommandActions::HandleCompactIndex()
 		FCodeIntelNotifications::ShowBuildFailed(TEXT("Cannot compact: index not ready"));
 		return;
 	}
+	// What is saved is a difference, and the size before is gone once the work has run.
 	const double SizeBefore = Manager.GetIndexStats().IndexSizeMB;
 	RunIndexWork([](FCodeIntelIndexManager& Worker) { Worker.CompactIndex(); },
 		[SizeBefore](FCodeIntelIndexManager& Compacted, double)

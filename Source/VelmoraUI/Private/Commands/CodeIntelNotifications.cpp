@@ -18,6 +18,7 @@ namespace
 
 	void FinishNotification(TWeakPtr<SNotificationItem>& Kept, SNotificationItem::ECompletionState State)
 	{
+		// Weak, since the user or its own time may have taken the toast away already.
 		if (const TSharedPtr<SNotificationItem> Item = Kept.Pin())
 		{
 			Item->SetCompletionState(State);
@@ -35,6 +36,7 @@ namespace
 
 void FCodeIntelNotifications::ShowBuildStarted()
 {
+	// A new build makes every word about the old index stale.
 	DismissAll();
 	ActiveBuildNotification = ShowNotification(LOCTEXT("BuildStarted", "Building code intelligence index..."),
 		SNotificationItem::CS_Pending, 0.0f, false, FText::GetEmpty(), nullptr);
@@ -89,6 +91,7 @@ void FCodeIntelNotifications::ShowReindexActive(int32 Count)
 	const FText Message = FText::Format(LOCTEXT("ReindexActive", "Reindexing {0} changed files..."), FText::AsNumber(Count));
 	if (const TSharedPtr<SNotificationItem> Item = ActiveReindexNotification.Pin())
 	{
+		// One toast that counts, and no column of them.
 		Item->SetText(Message);
 		return;
 	}
@@ -116,6 +119,7 @@ TSharedPtr<SNotificationItem> FCodeIntelNotifications::ShowNotification(const FT
 	float Duration, bool bButton, const FText& ButtonText, TFunction<void()> Callback)
 {
 	FNotificationInfo Info(Text);
+	// A toast without a time waits for the event that ends it.
 	Info.bFireAndForget = Duration > 0.0f;
 	Info.FadeOutDuration = 0.5f;
 	Info.ExpireDuration = Duration;
@@ -127,6 +131,7 @@ TSharedPtr<SNotificationItem> FCodeIntelNotifications::ShowNotification(const FT
 			FNotificationButtonInfo(ButtonText, FText::GetEmpty(), FSimpleDelegate::CreateLambda(MoveTemp(Callback)), State));
 	}
 	const TSharedPtr<SNotificationItem> Item = FSlateNotificationManager::Get().AddNotification(Info);
+	// Null where the editor shows no toasts, as when it runs without windows.
 	if (Item.IsValid())
 	{
 		Item->SetCompletionState(State);

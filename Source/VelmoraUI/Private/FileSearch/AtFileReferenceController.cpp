@@ -16,16 +16,19 @@ namespace Velmora::UI
 		{
 			return Delta;
 		}
+		// 1. What stands at the cursor decides alone whether the dropdown is open.
 		FAtTokenState State = ComputeState(Text, Cursor);
 		bTokenActive = State.bActive;
 		Delta.bShouldOpen = State.bActive;
 		Delta.bShouldClose = !State.bActive;
+		// 2. Closed: the next token begins with a query of its own, even if it reads like this one.
 		if (!State.bActive)
 		{
 			LastQuery.Empty();
 			return Delta;
 		}
 		Delta.AtIndex = State.AtIndex;
+		// 3. Open: a move of the cursor within the token asks for nothing anew, which keeps the row that was chosen.
 		if (!State.Query.Equals(LastQuery, ESearchCase::CaseSensitive))
 		{
 			LastQuery = State.Query;
@@ -48,6 +51,7 @@ namespace Velmora::UI
 		{
 			return Result;
 		}
+		// The blank parts the name from what is typed next, and is not doubled.
 		const bool bBlankFollows = State.TokenEnd < Text.Len() && Text[State.TokenEnd] == TEXT(' ');
 		int32 LinearCursor = 0;
 		ApplyAtTokenReplacement(

@@ -59,16 +59,19 @@ namespace Velmora::UI
 		const int32 Length = Text.Len();
 		const int32 Cursor = FMath::Clamp(CursorIndex, 0, Length);
 
+		// 1. The sign that the token begins with, on the line of the cursor.
 		State.AtIndex = FindAtBefore(Chars, Cursor);
 		if (State.AtIndex == -1)
 		{
 			return State;
 		}
+		// 2. Its end: the first character that no path holds, or the end of the text, and so past the cursor as well.
 		State.TokenEnd = State.AtIndex + 1;
 		while (State.TokenEnd < Length && IsAtTokenChar(Chars[State.TokenEnd]))
 		{
 			++State.TokenEnd;
 		}
+		// 3. All of the token is looked for, also what stands after the cursor; but only while the cursor touches it.
 		State.Query = Text.Mid(State.AtIndex + 1, State.TokenEnd - State.AtIndex - 1);
 		State.bActive = Cursor <= State.TokenEnd;
 		return State;
@@ -78,6 +81,7 @@ namespace Velmora::UI
 		const FString& Text, int32 StartIndex, int32 EndIndex, const FString& Replacement, FString& OutText, int32& OutCursorIndex)
 	{
 		const int32 Length = Text.Len();
+		// The text may have changed since the token was found: a range that is not there replaces nothing.
 		if (StartIndex < 0 || EndIndex < StartIndex || EndIndex > Length)
 		{
 			OutCursorIndex = FMath::Clamp(StartIndex, 0, Length);

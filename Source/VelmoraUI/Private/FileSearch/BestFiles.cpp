@@ -34,11 +34,13 @@ namespace Velmora::UI
 
 	void FBestFiles::Offer(const FRankedFile& File)
 	{
+		// Most files end here: once there is a worst one, a file that does not beat it costs one comparison.
 		if (Limit == 0 || (bHasWorst && !IsBetter(File, Worst)))
 		{
 			return;
 		}
 		Kept.Add(File);
+		// Twice the limit may gather before the worse half is dropped, so that each file that is kept costs a constant on average.
 		if (Kept.Num() - Limit >= Limit)
 		{
 			DropWorse();
@@ -57,6 +59,7 @@ namespace Velmora::UI
 
 	bool FBestFiles::IsBetter(const FRankedFile& A, const FRankedFile& B) const
 	{
+		// 1. The better match, 2. of equals the shorter path, which the query covers more of, 3. the order of names.
 		if (A.Score != B.Score)
 		{
 			return A.Score > B.Score;
@@ -80,9 +83,11 @@ namespace Velmora::UI
 	void FBestFiles::DropWorse()
 	{
 		FRankedFile* const First = Kept.GetData();
+		// No sort: which ones are kept matters now, their order only at the end.
 		std::nth_element(
 			First, First + (Limit - 1), First + Kept.Num(), [this](const FRankedFile& A, const FRankedFile& B) { return IsBetter(A, B); });
 		Kept.SetNum(Limit, EAllowShrinking::No);
+		// It stands last, since the selection parts the list there.
 		Worst = Kept.Last();
 		bHasWorst = true;
 	}

@@ -74,6 +74,7 @@ namespace Velmora::UI
 	void FFileIndexService::StartIndexing()
 	{
 		FProjectFileCache& Cache = FProjectFileCache::Get();
+		// The cache does the work. The flags mirror it for whoever reads them without asking it.
 		Cache.StartIndexing();
 		bIsIndexing.exchange(Cache.IsIndexing());
 		bIsReady.exchange(Cache.IsReady());
@@ -86,6 +87,7 @@ namespace Velmora::UI
 
 	void FFileIndexService::Shutdown()
 	{
+		// The cache belongs to the editor and goes on; only what is held here goes.
 		bShutdownRequested.exchange(true);
 		const FScopeLock Lock(&EntriesLock);
 		Entries.Empty();
@@ -114,9 +116,11 @@ namespace Velmora::UI
 		{
 			return Results;
 		}
+		// 1. A snapshot, so that a scan that ends meanwhile cannot pull the records away.
 		TArray<FProjectFileCacheEntry> Records;
 		Cache.GetCachedFiles(Records);
 
+		// 2. Each file is scored, but only the best are kept: a project has many times more files than a list has rows.
 		FBestFiles Best(Records, MaxResults);
 		for (int32 Index = 0; Index < Records.Num(); ++Index)
 		{
@@ -134,6 +138,7 @@ namespace Velmora::UI
 			}
 		}
 
+		// 3. Entries, with strings of their own, are made for those alone.
 		const TArray<FRankedFile> Ranked = Best.Take();
 		Results.Reserve(Ranked.Num());
 		for (const FRankedFile& File : Ranked)
@@ -190,6 +195,7 @@ namespace Velmora::UI
 		TOptional<TArray<FFileIndexEntry>>&& Result, double ElapsedSeconds, const FString& ErrorMessage)
 	{
 		bIsIndexing.exchange(false);
+		// A scan that failed leaves the files of the last good one.
 		if (!ErrorMessage.IsEmpty() || !Result.IsSet())
 		{
 			return;
@@ -213,6 +219,7 @@ namespace Velmora::UI
 
 	EFileType FFileIndexService::ConvertFileType(EProjectFileType Type)
 	{
+		// By number: the list of kinds is that of another library and may grow.
 		switch (static_cast<uint8>(Type))
 		{
 		case 0:

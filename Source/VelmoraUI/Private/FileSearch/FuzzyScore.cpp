@@ -19,6 +19,7 @@ namespace Velmora::UI
 		int32 ScoreRun(const PathType& Lowered, FStringView Path, int32 Position)
 		{
 			int32 Score = SubstringScore;
+			// 1. Where the run begins: at the start of the path, or of one of its names.
 			if (Position == 0)
 			{
 				Score += PathStartBonus;
@@ -27,6 +28,7 @@ namespace Velmora::UI
 			{
 				Score += BehindSlashBonus;
 			}
+			// 2. Whether it lies in the file name. A path without a folder has no such bonus: all of it is name.
 			if (!Lowered.HasSlash(Position, Path.Len()) && Lowered.HasSlash(0, Position))
 			{
 				Score += FileNameBonus;
@@ -55,6 +57,7 @@ namespace Velmora::UI
 			{
 				return ScoreRun(Lowered, Path, Position);
 			}
+			// Scattered: each character counts, each that was skipped between them counts against it.
 			return FMath::Max(0, Query.Len() * ScatteredCharScore + Match.BehindSlashCount * BehindSlashBonus - SkippedCount);
 		}
 
@@ -66,6 +69,7 @@ namespace Velmora::UI
 		{
 			return 0;
 		}
+		// Nearly all paths are short and ASCII, and for those many characters are compared at once.
 		FAsciiPath Ascii;
 		return Ascii.Assign(Path) ? ScoreLowered(Ascii, Path, Query) : ScoreLowered(FWidePath(Path), Path, Query);
 	}

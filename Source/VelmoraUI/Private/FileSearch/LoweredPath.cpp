@@ -62,8 +62,10 @@ namespace Velmora::UI
 			return false;
 		}
 		Length = PathLength;
+		// 1. The windows read beyond the end of the path: what stands there matches nothing.
 		std::memset(Chars + PathLength, NoChar, Lanes);
 		uint16 Seen = 0;
+		// 2. A short path, one by one.
 		if (PathLength < Lanes)
 		{
 			for (int32 Index = 0; Index < PathLength; ++Index)
@@ -73,6 +75,7 @@ namespace Velmora::UI
 			}
 			return Seen < 128;
 		}
+		// 3. A longer one by windows. Whether all of it is ASCII is gathered on the way: one bit above the seventh is enough to see.
 		uint16 SeenInLane[Lanes] = {};
 		for (int32 Done = 0; Done < PathLength; Done += Lanes)
 		{
@@ -103,8 +106,10 @@ namespace Velmora::UI
 		const TCHAR* const QueryEnd = Query.GetData() + Query.Len();
 		for (const TCHAR* Char = Query.GetData(); Char != QueryEnd; ++Char)
 		{
+			// 1. In this window, after the last match. Mostly the next character of the query is near.
 			const uint8 Wanted = ToWantedAscii(*Char);
 			uint32 Hits = FindInWindow(Base, Wanted) & Free;
+			// 2. In the windows after it.
 			while (Hits == 0)
 			{
 				Base += Lanes;
@@ -115,6 +120,8 @@ namespace Velmora::UI
 				Free = ~0u;
 				Hits = FindInWindow(Base, Wanted);
 			}
+			// 3. The first one is taken, whatever comes later: greedy, as the score is defined. Two shifts, since one by all bits is
+			// undefined.
 			const int32 Lane = std::countr_zero(Hits);
 			Free = ~0u << Lane << 1;
 			Match.Last = Base + Lane;
@@ -134,11 +141,13 @@ namespace Velmora::UI
 		const int32 End = Length - LastOffset;
 		for (int32 Base = From; Base < End; Base += Lanes)
 		{
+			// 1. Both ends of the run at once: where both fit, the middle nearly always does.
 			uint8 Hits[Lanes];
 			for (int32 Lane = 0; Lane < Lanes; ++Lane)
 			{
 				Hits[Lane] = static_cast<uint8>(Chars[Base + Lane] == First) & static_cast<uint8>(Chars[Base + LastOffset + Lane] == Last);
 			}
+			// 2. The candidates from the left, each struck off when its middle does not fit.
 			for (uint32 Mask = GatherBits(Hits); Mask != 0; Mask &= Mask - 1)
 			{
 				const int32 Start = Base + std::countr_zero(Mask);
@@ -203,6 +212,7 @@ namespace Velmora::UI
 		const TCHAR* const Wanted = Query.GetData();
 		FGreedyMatch Match;
 		int32 QueryIndex = 0;
+		// The same walk as that over ASCII, one character at a time; letters are lowered by the table.
 		for (int32 Index = 0; Index < Path.Len() && QueryIndex < Query.Len(); ++Index)
 		{
 			if (Lower[Text[Index]] == Lower[Wanted[QueryIndex]])

@@ -17,6 +17,7 @@ float FAnimationHelper::EaseOut(float T)
 float FAnimationHelper::EaseInOut(float T)
 {
 	const float Share = FMath::Clamp(T, 0.0f, 1.0f);
+	// Two cubic halves that meet at one half, with the same slope.
 	if (Share < 0.5f)
 	{
 		return 4.0f * Share * Share * Share;
@@ -33,6 +34,7 @@ float FAnimationHelper::CalculateFadeOpacity(float Progress, bool bFadeIn)
 
 FLinearColor FAnimationHelper::LerpColor(const FLinearColor& A, const FLinearColor& B, float T)
 {
+	// In linear light and channel by channel, which is how the colours are given.
 	const float Eased = EaseInOut(T);
 	return FLinearColor(A.R + (B.R - A.R) * Eased, A.G + (B.G - A.G) * Eased, A.B + (B.B - A.B) * Eased, A.A + (B.A - A.A) * Eased);
 }

@@ -92,6 +92,7 @@ namespace
 		const FLinearColor LinkColor = FVelmoraUIStyles::GetMarkdownLinkColor();
 		const FSlateFontInfo BodyFont = FVelmoraUIStyles::GetMessageBodyFont();
 
+		// All styles of Markdown are variants of the application's text, so that shadow and selection stay its own.
 		FTextBlockStyle Text = FAppStyle::Get().GetWidgetStyle<FTextBlockStyle>("NormalText");
 		Text.SetFont(BodyFont);
 		Text.SetColorAndOpacity(FSlateColor(TextColor));
@@ -130,6 +131,7 @@ TSharedPtr<FSlateStyleSet> FVelmoraUIStyles::StyleSet;
 
 void FVelmoraUIStyles::Initialize()
 {
+	// Once, however often it is asked for: brushes are handed out as pointers that must stay.
 	if (!StyleSet.IsValid())
 	{
 		StyleSet = Create();
@@ -172,6 +174,7 @@ const FTextBlockStyle& FVelmoraUIStyles::GetTextStyle(FName Key)
 TSharedRef<FSlateStyleSet> FVelmoraUIStyles::Create()
 {
 	TSharedRef<FSlateStyleSet> Style = MakeShared<FSlateStyleSet>(GetStyleSetName());
+	// Without the plug-in, as in a test of a single widget, the pictures are missing and all else is there.
 	const TSharedPtr<IPlugin> Plugin = IPluginManager::Get().FindPlugin(TEXT("Velmora"));
 	if (Plugin.IsValid())
 	{
@@ -227,6 +230,7 @@ FLinearColor FVelmoraUIStyles::GetSyntaxTokenColor(Velmora::Markdown::ESyntaxTok
 		FromHexSRGB(TEXT("C586C0FF")), // Type
 		FromHexSRGB(TEXT("DCDCAAFF")), // Function
 	};
+	// A type that is not known is drawn as text.
 	const uint8 Index = static_cast<uint8>(Type);
 	return Colors[Index < UE_ARRAY_COUNT(Colors) ? Index : 0];
 }

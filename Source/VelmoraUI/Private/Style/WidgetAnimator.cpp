@@ -31,6 +31,7 @@ void FWidgetAnimator::Tick(float DeltaTime)
 		return;
 	}
 	Progress += DeltaTime / Duration;
+	// The last step is the target itself: no rounding is left over, and nothing moves after it.
 	if (Progress < 1.0f)
 	{
 		CurrentOpacity = FAnimationHelper::CalculateFadeOpacity(Progress, bFadingIn);

@@ -145,11 +145,13 @@ namespace Velmora
 	{
 		static const TMap<FString, FString> Verbs = MakeWordMap(VerbRows);
 		const FString LowerOperation = Operation.ToLower();
+		// 1. A read says what it looks at: tools of this kind run often, and "Analyzing" alone would make all rows alike.
 		if (LowerOperation == TEXT("read") && !SubOperation.IsEmpty())
 		{
 			const TCHAR* Verb = FindWord(ReadVerbRows, SubOperation.ToLower());
 			return Verb ? FString(Verb) : TEXT("Analyzing ") + RaiseFirstLetter(SubOperation);
 		}
+		// 2. A verb that is known. 3. Otherwise the operation itself.
 		if (const FString* Verb = Verbs.Find(LowerOperation))
 		{
 			return *Verb;
@@ -159,6 +161,7 @@ namespace Velmora
 
 	FString FToolStyleResolver::GetCategory(const FString& Operation, const FString& DataType)
 	{
+		// 1. What is done goes before what it is done to.
 		for (const FOperationCategoryRow& Row : OperationCategoryRows)
 		{
 			if (Operation == Row.Operation)
@@ -170,6 +173,7 @@ namespace Velmora
 		{
 			return TEXT("General");
 		}
+		// 2. What it is done to, the first row that fits.
 		for (const FDataTypeCategoryRow& Row : DataTypeCategoryRows)
 		{
 			if (Row.bAnywhere ? DataType.Contains(Row.DataType, ESearchCase::IgnoreCase) : DataType == Row.DataType)
@@ -183,6 +187,7 @@ namespace Velmora
 	FString FToolStyleResolver::PrettifyToolName(const FString& Name)
 	{
 		int32 FirstUnderscore = INDEX_NONE;
+		// Two manners of naming: words joined by underscores, or by their capitals.
 		if (Name.FindChar(TEXT('_'), FirstUnderscore))
 		{
 			TArray<FString> Words;
@@ -216,6 +221,7 @@ namespace Velmora
 		// The first of these that has a text names what the tool works on.
 		static const TArray<FString> Keys = { TEXT("display_text"), TEXT("path"), TEXT("file_path"), TEXT("asset_path"), TEXT("term"),
 			TEXT("name"), TEXT("method"), TEXT("node") };
+		// 1. What says nothing is not parsed: most tools without parameters come with one of these.
 		if (Parameters.IsEmpty() || Parameters == TEXT("{}") || Parameters == TEXT("null"))
 		{
 			return FString();
@@ -227,6 +233,7 @@ namespace Velmora
 			return FString();
 		}
 
+		// 2. A build of single modules names them all, which no key below would.
 		FString Value;
 		const TArray<TSharedPtr<FJsonValue>>* Modules = nullptr;
 		if (Object->TryGetStringField(TEXT("method"), Value) && Value == TEXT("module_specific") &&
@@ -247,6 +254,7 @@ namespace Velmora
 			}
 		}
 
+		// 3. The keys, from the one made for people to the one that only a tool understands.
 		for (const FString& Key : Keys)
 		{
 			if (!Object->TryGetStringField(*Key, Value) || Value.IsEmpty())

@@ -93,6 +93,7 @@ namespace Velmora
 	bool FToolStyleResolver::ParseMetadata(
 		const FString& Metadata, FString& OutOperationType, FString& OutDataType, FString& OutToolkitModule, FString& OutSubOperation)
 	{
+		// 1. Nothing of an earlier call stays, whatever becomes of this one.
 		OutOperationType.Empty();
 		OutDataType.Empty();
 		OutToolkitModule.Empty();
@@ -101,6 +102,7 @@ namespace Velmora
 		{
 			return false;
 		}
+		// 2. The text comes from a tool and may be anything; what is no object counts as nothing.
 		TSharedPtr<FJsonObject> Object;
 		const TSharedRef<TJsonReader<>> Reader = TJsonReaderFactory<>::Create(Metadata);
 		if (!FJsonSerializer::Deserialize(Reader, Object) || !Object.IsValid())
@@ -111,6 +113,7 @@ namespace Velmora
 		Object->TryGetStringField(TEXT("data_type"), OutDataType);
 		Object->TryGetStringField(TEXT("toolkit_module"), OutToolkitModule);
 		Object->TryGetStringField(TEXT("sub_operation"), OutSubOperation);
+		// 3. These two are looked up in tables, the data type is shown as it is written.
 		OutOperationType.ToLowerInline();
 		OutSubOperation.ToLowerInline();
 		return !OutOperationType.IsEmpty() || !OutDataType.IsEmpty();
@@ -127,6 +130,7 @@ namespace Velmora
 		// The result does not matter: each text below is asked for itself, so a lone sub-operation still counts.
 		ParseMetadata(Metadata, OperationType, DataType, ToolkitModule, SubOperation);
 
+		// 1. The colour: that of what is done, else of what it is done to, else the one that a style begins with.
 		const FString* Color = OperationType.IsEmpty() ? nullptr : OperationColors.Find(OperationType);
 		if (!Color && !DataType.IsEmpty())
 		{
@@ -137,6 +141,7 @@ namespace Velmora
 			Style.Color = *Color;
 		}
 
+		// 2. The name: the two words when both are there, which read better than the name in the code.
 		if (!OperationType.IsEmpty() && !DataType.IsEmpty())
 		{
 			Style.DisplayName = PrettifyToolName(OperationType) + TEXT(" ") + PrettifyToolName(DataType);
@@ -146,6 +151,7 @@ namespace Velmora
 			Style.DisplayName = PrettifyToolName(ToolName);
 		}
 
+		// 3. The verb: of the operation, else of the first word of the name, as in "read_file".
 		int32 FirstUnderscore = INDEX_NONE;
 		if (!OperationType.IsEmpty())
 		{
@@ -160,6 +166,7 @@ namespace Velmora
 			Style.ActionVerb = TEXT("Processing");
 		}
 
+		// 4. Category and icon.
 		Style.Category = GetCategory(OperationType, DataType);
 
 		const FString* Icon = DataType.IsEmpty() ? nullptr : DataTypeIcons.Find(DataType);

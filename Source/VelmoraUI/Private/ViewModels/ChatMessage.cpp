@@ -58,6 +58,7 @@ TSharedPtr<FChatMessage> FChatMessage::CreateToolMessage(const FString& ToolName
 	Message->ToolName = ToolName;
 	Message->ToolParameters = Parameters;
 	Message->ToolStatus = Status;
+	// A run that was over before it was reported comes without a completion of its own.
 	Message->bIsComplete = Status != EToolStatus::Running;
 	return Message;
 }
@@ -65,12 +66,14 @@ TSharedPtr<FChatMessage> FChatMessage::CreateToolMessage(const FString& ToolName
 TSharedPtr<FChatMessage> FChatMessage::CreateToolSummaryMessage()
 {
 	TSharedPtr<FChatMessage> Message = MakeChatMessage(EChatMessageType::ToolSummary, FString());
+	// A group is complete when the last of its runs ends, which whoever adds the runs finds out.
 	Message->bIsComplete = false;
 	return Message;
 }
 
 FString FChatMessage::GetFormattedTimestamp() const
 {
+	// From the ticks and not through a calendar: rows are made by the hundred when a conversation is loaded.
 	const int64 Seconds = Timestamp.GetTicks() / ETimespan::TicksPerSecond;
 	return FString::Printf(TEXT("%02d:%02d:%02d"), static_cast<int32>(Seconds / 3600 % 24), static_cast<int32>(Seconds / 60 % 60),
 		static_cast<int32>(Seconds % 60));
@@ -96,5 +99,6 @@ FString FChatMessage::GetSenderName() const
 
 void FChatMessage::InvalidateLayout()
 {
+	// Only dropped: whoever draws the message next makes a new one.
 	CachedLayout.Reset();
 }

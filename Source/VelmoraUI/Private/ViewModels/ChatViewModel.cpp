@@ -57,6 +57,7 @@ namespace
 	/** The last running row of the tool, rows inside of user messages included. */
 	TSharedPtr<FChatMessage> FindLastRunningTool(const TArray<TSharedPtr<FChatMessage>>& Rows, const FString& ToolName)
 	{
+		// From the end: of two running rows with one name the younger is the one that is spoken of.
 		for (int32 Index = Rows.Num() - 1; Index >= 0; --Index)
 		{
 			const TSharedPtr<FChatMessage>& Row = Rows[Index];
@@ -68,6 +69,7 @@ namespace
 			{
 				return Row;
 			}
+			// Its own rows are younger than the message and older than what follows it.
 			if (Row->IsUserMessage())
 			{
 				if (TSharedPtr<FChatMessage> Nested = FindLastRunningTool(Row->ToolExecutions, ToolName))
@@ -87,6 +89,7 @@ FChatViewModel::~FChatViewModel()
 {
 	if (Agent.IsValid())
 	{
+		// The agent may outlive this object; an ended conversation has nothing more to report to it.
 		Agent->EndConversation();
 	}
 	Agent.Reset();
@@ -101,6 +104,7 @@ bool FChatViewModel::Initialize(TSharedPtr<Velmora::FAgent> InAgent)
 		return false;
 	}
 	Agent = InAgent;
+	// Before the callbacks are set, since one of them may ask at once whether the agent is busy.
 	StateObserver = MakeShared<Velmora::FAgentStateObserver>(Agent);
 	SetupAgentCallbacks();
 	return true;
@@ -124,6 +128,7 @@ void FChatViewModel::SetupAgentCallbacks()
 	Agent->OnConversationLoaded([this](const FString& ConversationId) { OnAgentConversationLoaded(ConversationId); });
 	Agent->OnProcessMessage([this](const FString& Text) { OnAgentProcessMessage(Text); });
 
+	// An agent that already holds a conversation reported its load to whoever listened before, so it is taken in here.
 	const TSharedPtr<Velmora::FConversationMetadata> Metadata = Agent->GetCurrentConversationMetadata();
 	if (Metadata.IsValid() && Metadata->GetMessageCount() > 0)
 	{
@@ -133,10 +138,12 @@ void FChatViewModel::SetupAgentCallbacks()
 
 void FChatViewModel::Tick(float DeltaTime)
 {
+	// 1. What the agent is doing, which buttons and rows ask for in this frame.
 	if (StateObserver.IsValid())
 	{
 		StateObserver->Tick(DeltaTime);
 	}
+	// 2. What it has said meanwhile.
 	ProcessPendingUpdates(DeltaTime);
 }
 
@@ -146,12 +153,15 @@ bool FChatViewModel::StartNewConversation(EConversationMode Mode)
 	{
 		return false;
 	}
+	// 1. The old conversation ends in its own list, where its last note still belongs.
 	if (HasActiveConversation())
 	{
 		EndConversation();
 	}
+	// 2. A load that is still under way would fill the new list with the old messages.
 	PendingLoadConversationId.Empty();
 	ClearHistory();
+	// 3. The new one; a failure is a row in the empty list, since the old one is gone either way.
 	if (Agent->StartConversation(Mode).IsEmpty())
 	{
 		AddSystemMessage(TEXT("Failed to start conversation. Please check your API key and connection."));
@@ -183,7 +193,9 @@ bool FChatViewModel::SendMessage(const FString& Text)
 	{
 		return false;
 	}
+	// 1. A prompt begins a new step, in which the same tool gets a row again.
 	ClearSeenToolHeaders();
+	// 2. The row stays when the agent refuses: what was typed is never lost, and the note after it says what became of it.
 	const TSharedPtr<FChatMessage> Message = FChatMessage::CreateUserMessage(Text);
 	AddMessage(Message); // The row is on screen before the agent is asked.
 	if (!Agent->SendMessage(Text, ContextFiles))
@@ -191,7 +203,9 @@ bool FChatViewModel::SendMessage(const FString& Text)
 		AddSystemMessage(TEXT("Failed to send message. Please try again."));
 		return false;
 	}
+	// 3. The files went out with this prompt. After a refusal they stay for the next try.
 	ClearContextFiles();
+	// 4. The agent opens the transaction while it takes the prompt, so its name is known only now. Without one there is no undo.
 	const FString TransactionId = Agent->GetCurrentTransactionId();
 	if (!TransactionId.IsEmpty())
 	{
@@ -220,6 +234,7 @@ void FChatViewModel::ResumeConversation(const FString& Prompt)
 	{
 		return;
 	}
+	// The notice first: it describes a choice that has been made by this call.
 	RemovePausedNotice();
 	if (!Prompt.IsEmpty())
 	{
@@ -255,7 +270,9 @@ bool FChatViewModel::LoadConversation(const FString& ConversationId)
 	{
 		return false;
 	}
+	// Remembered before the agent is asked, which may report the load from within the call.
 	PendingLoadConversationId = ConversationId;
+	// The old conversation goes at once; the window must not show it under the name of the new one.
 	Messages.Empty();
 	MessagesChangedEvent.Broadcast();
 	if (!Agent->LoadConversation(ConversationId))
@@ -275,6 +292,7 @@ void FChatViewModel::ClearHistory()
 {
 	Messages.Empty();
 	PendingMessages.Empty();
+	// What waits belongs to the conversation that is cleared, and must not appear in the next one.
 	bHasPendingUpdates = false;
 	MessagesChangedEvent.Broadcast();
 }
@@ -347,6 +365,7 @@ TArray<Velmora::FConversationMetadata> FChatViewModel::GetConversationHistories(
 
 bool FChatViewModel::IsBusy() const
 {
+	// The observer and not the state: only it knows of work that goes on through several states.
 	return Agent.IsValid() && StateObserver->IsBusy();
 }
 
@@ -357,6 +376,7 @@ bool FChatViewModel::CanUndo() const
 
 bool FChatViewModel::CanSendMessage() const
 {
+	// An offered update keeps the prompt open and the sending shut: the offer is to be answered first.
 	return Agent.IsValid() && Velmora::FUpdateGate::Get().GetState() == Velmora::EUpdateGateState::Ready &&
 		StateObserver->CanAcceptMessage();
 }
@@ -367,6 +387,7 @@ FString FChatViewModel::GetStatusText() const
 	{
 		return TEXT("Not initialized");
 	}
+	// The gate speaks before the conversation, since nothing can be sent while it is shut.
 	const Velmora::FUpdateGate& Gate = Velmora::FUpdateGate::Get();
 	if (Gate.GetState() == Velmora::EUpdateGateState::Checking)
 	{
@@ -427,6 +448,7 @@ TSharedPtr<FChatMessage> FChatViewModel::FindLastUserMessage() const
 
 TSharedPtr<FChatMessage> FChatViewModel::FindRunningToolMessage(const FString& ToolName) const
 {
+	// What waits is younger than all that is shown.
 	TSharedPtr<FChatMessage> Waiting = FindLastRunningTool(PendingMessages, ToolName);
 	return Waiting.IsValid() ? Waiting : FindLastRunningTool(Messages, ToolName);
 }

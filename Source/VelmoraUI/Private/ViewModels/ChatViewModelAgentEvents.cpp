@@ -57,12 +57,14 @@ void FChatViewModel::OnAgentMessageReceived(const FString& Text, bool bHasToolCa
 {
 	if (!Text.IsEmpty())
 	{
+		// Through the batch: a model may report a sentence word by word, and each change of the list lays it out again.
 		AddToBatch(FChatMessage::CreateAIMessage(Text, bHasToolCalls));
 	}
 }
 
 void FChatViewModel::OnAgentProcessMessage(const FString& Text)
 {
+	// Not through the batch: the group below must stand right after its text.
 	AddSystemMessage(Text);
 	if (Text.StartsWith(TEXT("Executing step"), ESearchCase::IgnoreCase) || Text.StartsWith(TEXT("Execute step"), ESearchCase::IgnoreCase))
 	{
@@ -83,12 +85,14 @@ void FChatViewModel::OnAgentStateChanged(EConversationState OldState, EConversat
 
 void FChatViewModel::ClearSeenToolHeaders()
 {
+	// Both together: the headers are those of the group, so that each step is told in full.
 	SeenToolHeaders.Empty();
 	CurrentToolSummary.Reset();
 }
 
 void FChatViewModel::OnAgentToolStarted(const FString& ToolId, const FString& ToolName, const FString& Parameters, const FString& Metadata)
 {
+	// 1. The words of the row. A repeated header is dropped by them and not by the name: reading two files is two rows.
 	const Velmora::FResolvedToolStyle Style = Velmora::FToolStyleResolver::ResolveStyle(ToolName, Metadata);
 	const FString DisplayParameter = Velmora::FToolStyleResolver::ExtractDisplayParameter(Parameters);
 	const FString Header = Style.ActionVerb + TEXT(" ") + DisplayParameter;
@@ -98,6 +102,7 @@ void FChatViewModel::OnAgentToolStarted(const FString& ToolId, const FString& To
 	}
 	SeenToolHeaders.Add(Header);
 
+	// 2. The row, with all that it shows, since its texts are fixed once it is drawn.
 	const TSharedPtr<FChatMessage> Row = FChatMessage::CreateToolMessage(ToolName, Parameters, EToolStatus::Running);
 	Row->ToolCallId = ToolId;
 	Row->ToolColor = Style.Color;
@@ -107,11 +112,13 @@ void FChatViewModel::OnAgentToolStarted(const FString& ToolId, const FString& To
 	Row->ToolActionVerb = Style.ActionVerb;
 	Row->ToolDisplayParameter = DisplayParameter;
 
+	// 3. Its group: a tool that runs outside of any step opens one.
 	if (!CurrentToolSummary.IsValid())
 	{
 		CurrentToolSummary = FChatMessage::CreateToolSummaryMessage();
 		AddMessage(CurrentToolSummary);
 	}
+	// 4. Into the group, which opens so that a run that begins is seen.
 	CurrentToolSummary->ToolExecutions.Add(Row);
 	CurrentToolSummary->bIsExpanded = true;
 	MessagesChangedEvent.Broadcast();
@@ -124,6 +131,7 @@ TSharedPtr<FChatMessage> FChatViewModel::FindToolForCompletion(const FString& To
 	TSharedPtr<FChatMessage> Row;
 	if (CurrentToolSummary.IsValid())
 	{
+		// Mostly it is in the group of the step; a tool that ran over the end of its step is in an older one.
 		Row = FindRunningRowInGroup(*CurrentToolSummary, HasId);
 	}
 	if (!Row.IsValid())
@@ -140,12 +148,14 @@ TSharedPtr<FChatMessage> FChatViewModel::FindToolForCompletion(const FString& To
 
 void FChatViewModel::OnAgentToolCompleted(const FString& ToolId, const FString& ToolName, bool bSuccess, const FString& Result)
 {
+	// 1. The row. Without one there is nothing to show: the run was never reported, or its conversation is gone.
 	const TSharedPtr<FChatMessage> Row = FindToolForCompletion(ToolId, ToolName);
 	if (!Row.IsValid())
 	{
 		return;
 	}
 	UpdateToolMessage(Row, bSuccess, Result);
+	// 2. The group is complete with the last of its runs.
 	if (CurrentToolSummary.IsValid() && CurrentToolSummary->ToolExecutions.Num() > 0 && !HasRunningChild(*CurrentToolSummary))
 	{
 		CurrentToolSummary->bIsComplete = true;
@@ -163,6 +173,7 @@ void FChatViewModel::UpdateToolMessage(TSharedPtr<FChatMessage> Row, bool bSucce
 	Row->ToolResult = Result;
 	Row->bIsComplete = true;
 	Row->Content = bSuccess ? Row->ToolName + TEXT(" completed successfully") : Row->ToolName + TEXT(" failed: ") + Result;
+	// The content is another one now.
 	Row->InvalidateLayout();
 }
 

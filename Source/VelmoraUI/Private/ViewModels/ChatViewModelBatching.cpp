@@ -12,6 +12,7 @@ void FChatViewModel::AddToBatch(TSharedPtr<FChatMessage> Message)
 	{
 		PendingMessages.Add(MoveTemp(Message));
 		bHasPendingUpdates = true;
+		// Nobody ticks while Slate sleeps, and the batch is emptied by a tick.
 		if (MessageWaitsHook)
 		{
 			MessageWaitsHook();
@@ -28,16 +29,19 @@ void FChatViewModel::ProcessPendingUpdates(float DeltaTime)
 {
 	// Seconds since the first frame in which something waited. One clock for all view models of the process.
 	static float BatchElapsed = 0.0f;
+	// 1. The clock starts with the first frame that finds something, so a message waits at least one batch and not a part of one.
 	if (!bHasPendingUpdates)
 	{
 		BatchElapsed = 0.0f;
 		return;
 	}
+	// 2. Ten may wait for their time; an eleventh says that they come faster than anybody reads.
 	BatchElapsed += DeltaTime;
 	if (BatchElapsed < ChatBatchSeconds && PendingMessages.Num() <= MaxWaitingChatMessages)
 	{
 		return;
 	}
+	// 3. All at once, in one report.
 	FlushPendingMessages();
 	BatchElapsed = 0.0f;
 }

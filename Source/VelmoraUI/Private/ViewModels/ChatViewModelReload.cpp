@@ -6,6 +6,7 @@
 void FChatViewModel::OnAgentConversationLoaded(const FString& ConversationId)
 {
 	const TSharedPtr<Velmora::FConversationMetadata> Metadata = GetCurrentConversationMetadata();
+	// 1. The report may be late: the agent is asked what it holds now, and a report about anything else is dropped.
 	if (!Metadata.IsValid() || Metadata->Id != ConversationId)
 	{
 		return;
@@ -14,6 +15,7 @@ void FChatViewModel::OnAgentConversationLoaded(const FString& ConversationId)
 	{
 		return; // The user has asked for another conversation in the meantime.
 	}
+	// 2. The rows, made anew. Empty texts are left out: a turn that only ran tools has stored one.
 	Messages.Empty();
 	for (const Velmora::FConversationMessage& Stored : Metadata->GetMessages())
 	{
@@ -30,6 +32,7 @@ void FChatViewModel::OnAgentConversationLoaded(const FString& ConversationId)
 			Messages.Add(FChatMessage::CreateAIMessage(Stored.Content, Stored.HasToolCalls()));
 		}
 	}
+	// 3. From here on reports of further loads count again.
 	PendingLoadConversationId.Empty();
 	MessagesChangedEvent.Broadcast();
 }

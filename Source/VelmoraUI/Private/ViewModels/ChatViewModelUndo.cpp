@@ -23,6 +23,7 @@ namespace
 
 bool FChatViewModel::UndoToMessage(TSharedPtr<FChatMessage> Message)
 {
+	// 1. May it be at all? Each refusal is told in a row of its own, busy before missing, since waiting helps only the first.
 	if (!Agent.IsValid() || !Message.IsValid())
 	{
 		return false;
@@ -37,15 +38,18 @@ bool FChatViewModel::UndoToMessage(TSharedPtr<FChatMessage> Message)
 		AddSystemMessage(TEXT("Cannot undo: Transaction ID not available. This feature requires the latest version."));
 		return false;
 	}
+	// 2. Is it wanted? The dialog runs frames of its own, in which the agent may have begun to work: it is asked by the call below.
 	if (!AskToUndo(Message->TransactionId))
 	{
 		return false;
 	}
+	// 3. The files first. If that fails, the messages that led to their state stay as well.
 	if (!Agent->UndoToTransaction(Message->TransactionId))
 	{
 		AddSystemMessage(TEXT("Failed to undo changes. Please check the logs for details."));
 		return false;
 	}
+	// 4. The turn that was paused is undone, and with it the choice that the notice offers.
 	RemovePausedNotice();
 	// The message goes, too: what it led to is part of the transaction.
 	const int32 Index = Messages.Find(Message);

@@ -95,6 +95,7 @@ FString FConversationExport::ExportToMarkdown(const TArray<TSharedPtr<FChatMessa
 {
 	FString Out = TEXT("# Conversation Export\n\n");
 	Out += FString::Printf(TEXT("**Exported:** %s\n\n"), *ExportTime.ToString());
+	// All messages count, also those that are not written: the number is that of the conversation.
 	Out += FString::Printf(TEXT("**Total Messages:** %d\n\n"), Messages.Num());
 	Out += TEXT("---\n\n");
 	for (const TSharedPtr<FChatMessage>& Message : Messages)
@@ -138,6 +139,7 @@ FString FConversationExport::ExportToHTML(const TArray<TSharedPtr<FChatMessage>>
 		if (const FExportSpeaker* Speaker = FindExportSpeaker(Message))
 		{
 			FString Content = Message->Content;
+			// The escapes of a string literal and not those of the page: files of this format are written so.
 			Content.ReplaceCharWithEscapedCharInline();
 			AppendExportParts(Out, { TEXT("  <div class=\"message "), Speaker->StyleClass, TEXT("\">\n") });
 			AppendExportParts(Out, { TEXT("    <div class=\"timestamp\">"), Message->GetFormattedTimestamp(), TEXT("</div>\n") });
@@ -166,6 +168,7 @@ FString FConversationExport::ExportToJSON(const TArray<TSharedPtr<FChatMessage>>
 		}
 	}
 	const TSharedRef<FJsonObject> Root = MakeShared<FJsonObject>();
+	// The order of the fields is the order in the file.
 	Root->SetArrayField(TEXT("messages"), Written);
 	Root->SetStringField(TEXT("exported_at"), ExportTime.ToString());
 	Root->SetNumberField(TEXT("message_count"), Messages.Num());
@@ -190,6 +193,7 @@ EConversationExportFormat FConversationExport::GetFormatOfFile(const FString& Fi
 		{ TEXT("htm"), EConversationExportFormat::HTML },
 		{ TEXT("json"), EConversationExportFormat::JSON },
 	};
+	// What was typed decides; whatever is not known is Markdown, the format that a reader can do most with.
 	const FString Extension = FPaths::GetExtension(FileName);
 	for (const FExtensionRow& Row : Rows)
 	{

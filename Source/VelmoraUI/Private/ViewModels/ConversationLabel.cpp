@@ -15,12 +15,14 @@ namespace
 		const TCHAR* const Chars = *Text;
 		const int32 Length = Text.Len();
 		int32 Index = 0;
+		// 1. To the first character that shows. The text may be a whole file, so nothing of it is copied but the title.
 		while (Index < Length && FChar::IsWhitespace(Chars[Index]))
 		{
 			++Index;
 		}
 		FString Title;
 		Title.Reserve(MaxTitleLength + 3);
+		// 2. As much as fits, on one line.
 		for (; Index < Length && Title.Len() < MaxTitleLength; ++Index)
 		{
 			if (Chars[Index] == TEXT('\r') && Index + 1 < Length && Chars[Index + 1] == TEXT('\n'))
@@ -35,6 +37,7 @@ namespace
 		{
 			++Index;
 		}
+		// 3. Whether anything that shows was left out.
 		if (Index < Length)
 		{
 			return Title + TEXT("...");
@@ -47,6 +50,7 @@ namespace
 
 FString FConversationLabel::MakeTitle(const Velmora::FConversationMetadata& Conversation)
 {
+	// The first thing that was asked names the conversation, as people remember it.
 	for (const Velmora::FConversationMessage& Message : Conversation.Messages)
 	{
 		if (Message.IsUserMessage() && !Message.Content.IsEmpty())
@@ -72,6 +76,7 @@ FString FConversationLabel::MakeAge(const FDateTime& LastUpdated, const FDateTim
 		{ 864000000000.0, 30.0, TEXT("day") },
 	};
 	const double Age = static_cast<double>((Now - LastUpdated).GetTicks());
+	// A negative age, of a clock that was set back, falls in here, too.
 	if (Age / Units[0].Ticks < 1.0)
 	{
 		return TEXT("just now");
@@ -98,5 +103,6 @@ FString FConversationLabel::MakeShortId(const Velmora::FConversationMetadata& Co
 
 bool FConversationLabel::IsSame(const Velmora::FConversationMetadata& A, const Velmora::FConversationMetadata& B)
 {
+	// By name and never by object: each refresh of the list makes all objects anew.
 	return A.Id.Equals(B.Id, ESearchCase::IgnoreCase);
 }

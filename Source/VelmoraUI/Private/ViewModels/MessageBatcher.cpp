@@ -14,6 +14,7 @@ void FMessageBatcher::AddMessage(TSharedPtr<FChatMessage> Message)
 	{
 		return;
 	}
+	// A batch is as old as its first message: one that is added later does not put it off.
 	if (PendingMessages.Num() == 0)
 	{
 		BatchStartTime = FPlatformTime::Seconds();
@@ -27,6 +28,7 @@ bool FMessageBatcher::ShouldFlush() const
 	{
 		return false;
 	}
+	// Full or old enough. The clock is asked, since nobody needs to tick a batch.
 	return PendingMessages.Num() >= BatchSize || FPlatformTime::Seconds() - BatchStartTime >= BatchTime;
 }
 
