@@ -59,6 +59,7 @@ namespace
 		}
 		for (const TPair<FString, TArray<OperationType>>& Group : *Groups)
 		{
+			// A path may stand in several groups, and in each several times: the list shows what happened to it last.
 			for (const OperationType& Operation : Group.Value)
 			{
 				FChangedItemEntry* Held = Items.Find(Operation.Path);
@@ -235,6 +236,7 @@ void SChangedFilesList::UpdateFileList()
 	{
 		return;
 	}
+	// 1. From nothing: rows hold their texts, and any of them may have changed.
 	FileListBox->ClearChildren();
 	ChangedItems.Empty();
 	const FString Id = ConversationId.Get();
@@ -243,9 +245,11 @@ void SChangedFilesList::UpdateFileList()
 		return;
 	}
 
+	// 2. One row a path. Files come before assets, and of equal times the first one stays.
 	TMap<FString, FChangedItemEntry> Items;
 	MergeOperations(FFileHistoryTracker::Get().GetAllFileOperations(), Id, false, Items);
 	MergeOperations(FAssetHistoryTracker::Get().GetAllAssetOperations(), Id, true, Items);
+	// 3. The latest on top; what has the same time keeps the order in which it was merged.
 	Items.ValueStableSort([](const FChangedItemEntry& A, const FChangedItemEntry& B) { return A.Timestamp > B.Timestamp; });
 	ChangedItems = MoveTemp(Items);
 	for (const TPair<FString, FChangedItemEntry>& Item : ChangedItems)
@@ -310,6 +314,7 @@ FText SChangedFilesList::GetRelativeTimestamp(FDateTime Timestamp) const
 	static FText Minutes[60];
 	static FText Hours[24];
 	static FText Days[7];
+	// A stamp in the future has a negative age, and is just now.
 	const int64 Age = (FDateTime::Now() - Timestamp).GetTicks();
 	if (Age < ETimespan::TicksPerMinute)
 	{

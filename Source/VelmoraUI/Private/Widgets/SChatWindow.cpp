@@ -11,6 +11,7 @@
 #include "Widgets/Layout/SBorder.h"
 #include "Widgets/Layout/SBox.h"
 #include "Widgets/SBoxPanel.h"
+#include "Widgets/SChangedFilesList.h"
 #include "Widgets/SEmptyState.h"
 #include "Widgets/SMessageList.h"
 #include "Widgets/SOverlay.h"
@@ -20,14 +21,6 @@
 
 const float SChatWindow::ColorTransitionDuration = 0.3f;
 const float SChatWindow::ConversationHistoryRefreshInterval = 60.0f;
-
-namespace
-{
-
-	/** Seconds since the last refresh of the history. One for all windows: two of them ask twice as often, which does no harm. */
-	float HistoryRefreshAccumulator = 0.0f;
-
-} // namespace
 
 void SChatWindow::Construct(const FArguments& InArgs)
 {
@@ -39,6 +32,7 @@ void SChatWindow::Construct(const FArguments& InArgs)
 		ModeOptions.Add(MakeShared<EConversationMode>(Mode));
 	}
 
+	// First of all, so that whatever asks for a frame finds whom to ask.
 	SetUpStayingAwake();
 	const TSharedRef<SWidget> Header = BuildHeaderArea();
 	const TSharedRef<SWidget> Messages = BuildMessageArea();
@@ -83,6 +77,7 @@ void SChatWindow::Construct(const FArguments& InArgs)
 
 void SChatWindow::SetViewModel(TSharedPtr<FChatViewModel> InViewModel)
 {
+	// 1. Nothing of the old conversation reaches this window any more.
 	if (ViewModel.IsValid())
 	{
 		ViewModel->OnMessagesChanged().RemoveAll(this);
@@ -94,6 +89,7 @@ void SChatWindow::SetViewModel(TSharedPtr<FChatViewModel> InViewModel)
 		Velmora::FUpdateGate::Get().OnStateChanged().Remove(UpdateGateHandle);
 		UpdateGateHandle.Reset();
 	}
+	// 2. Frames are brought by the new one from here on, even by none: the window has to show that there is none.
 	const TSharedPtr<FChatViewModel> OldViewModel = ViewModel;
 	ViewModel = InViewModel;
 	HearOfChanges(OldViewModel);
@@ -101,44 +97,68 @@ void SChatWindow::SetViewModel(TSharedPtr<FChatViewModel> InViewModel)
 	{
 		return;
 	}
+	// 3. What is pushed. All else is polled. The bindings are weak, so the end of the window needs no care.
 	ViewModel->OnMessagesChanged().AddSP(this, &SChatWindow::OnMessagesChanged);
 	ViewModel->OnStateChanged().AddSP(this, &SChatWindow::OnStateChanged);
 	ViewModel->OnContextFilesChanged().AddSP(this, &SChatWindow::OnContextFilesChanged);
 	UpdateGateHandle = Velmora::FUpdateGate::Get().OnStateChanged().AddSP(this, &SChatWindow::OnUpdateGateStateChanged);
 
+	// 4. The colour stands at once: a blend would tell of a change that nobody has made.
 	OnStateChanged(ViewModel->GetState());
 	CurrentStatusColor = TargetStatusColor;
 	ColorTransitionProgress = 1.0f;
 
+	// 5. What the conversation holds already, and the stored ones beside it.
 	OnMessagesChanged();
 	SyncModeComboBoxSelection();
 	RequestRefreshConversationHistoriesAsync();
 }
 
+void SChatWindow::OnMessagesChanged()
+{
+	// 1. The rows at once, but the scroll with the next tick: a burst of changes scrolls once.
+	if (ViewModel.IsValid() && MessageList.IsValid())
+	{
+		MessageList->SetMessages(ViewModel->GetMessages());
+		bPendingScrollToBottom = true;
+	}
+	// 2. A message may have come with changes of files.
+	if (ChangedFilesList.IsValid())
+	{
+		ChangedFilesList->UpdateFileList();
+	}
+	// 3. The first message of a conversation gives it its title, and with another one the whole list is another.
+	SyncComboBoxSelection(true);
+	StayAwake.Start();
+}
+
 void SChatWindow::Tick(const FGeometry& AllottedGeometry, const double InCurrentTime, const float InDeltaTime)
 {
 	SCompoundWidget::Tick(AllottedGeometry, InCurrentTime, InDeltaTime);
+	// 1. The agent and what it has said: from in here the reports come that set the flags below.
 	if (ViewModel.IsValid())
 	{
 		ViewModel->Tick(InDeltaTime);
 	}
+	// 2. One scroll for all messages of this frame.
 	if (bPendingScrollToBottom && MessageList.IsValid())
 	{
 		MessageList->ScrollToBottom();
 		bPendingScrollToBottom = false;
 	}
+	// 3. The colour of the status.
 	if (ColorTransitionProgress < 1.0f)
 	{
 		// Blends on from the colour of the last frame, so the target is near sooner than the curve alone would have it.
 		ColorTransitionProgress = FMath::Clamp(ColorTransitionProgress + InDeltaTime / ColorTransitionDuration, 0.0f, 1.0f);
 		CurrentStatusColor = FAnimationHelper::LerpColor(CurrentStatusColor, TargetStatusColor, ColorTransitionProgress);
 	}
-	HistoryRefreshAccumulator += InDeltaTime;
-	if (HistoryRefreshAccumulator >= ConversationHistoryRefreshInterval)
+	// 4. The stored conversations, which another editor may have changed. The minute counts while the window ticks and wakes nobody.
+	if (FConversationHistoryRefresh::IsDueAfter(InDeltaTime, ConversationHistoryRefreshInterval))
 	{
 		RequestRefreshConversationHistoriesAsync();
-		HistoryRefreshAccumulator = 0.0f;
 	}
+	// 5. Last, since all of the above decides whether another frame is due.
 	StayAwake.Update();
 	LookNowAndThen.Update();
 }

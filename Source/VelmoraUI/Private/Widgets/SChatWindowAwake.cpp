@@ -15,6 +15,7 @@ void SChatWindow::SetUpStayingAwake()
 
 void SChatWindow::HearOfChanges(const TSharedPtr<FChatViewModel>& OldViewModel)
 {
+	// The old ones may live on with other owners and must not wake this window.
 	if (OldViewModel.IsValid())
 	{
 		OldViewModel->MessageWaitsHook = nullptr;
@@ -24,11 +25,13 @@ void SChatWindow::HearOfChanges(const TSharedPtr<FChatViewModel>& OldViewModel)
 		Velmora::FUpdateGate::Get().OnStateChanged().Remove(GateFrameHandle);
 		GateFrameHandle.Reset();
 	}
+	// One frame, to show that there is no conversation.
 	if (!ViewModel.IsValid())
 	{
 		StayAwake.Start();
 		return;
 	}
+	// The window may end before the view model, hence the weak pointer: a plain function knows nothing of that.
 	ViewModel->MessageWaitsHook = [WeakWindow = TWeakPtr<SChatWindow>(SharedThis(this))]
 	{
 		if (const TSharedPtr<SChatWindow> Window = WeakWindow.Pin())
@@ -47,6 +50,7 @@ void SChatWindow::BringFrameForGate(Velmora::EUpdateGateState NewState)
 
 bool SChatWindow::IsFrameDue() const
 {
+	// These end by themselves, and with them the frames.
 	const bool bMessagesWait = ViewModel.IsValid() && ViewModel->HasPendingUpdates();
 	return bMessagesWait || bPendingScrollToBottom || ColorTransitionProgress < 1.0f;
 }
@@ -54,15 +58,18 @@ bool SChatWindow::IsFrameDue() const
 bool SChatWindow::IsLookDue() const
 {
 	using Velmora::EUpdateGateState;
+	// The gate moves while it checks or loads, without a report for each step.
 	const EUpdateGateState Gate = Velmora::FUpdateGate::Get().GetState();
 	if (Gate != EUpdateGateState::Ready && Gate != EUpdateGateState::UpdateAvailable)
 	{
 		return true;
 	}
+	// A busy agent is polled by its observer, so that a state that it does not report is still seen.
 	if (IsBusy())
 	{
 		return true;
 	}
+	// The list shows when the scan ends, and the cache does not say so.
 	const Velmora::UI::FFileIndexService& Index = Velmora::UI::FFileIndexService::Get();
 	return FileSearchAnchor.IsValid() && FileSearchAnchor->IsOpen() && (Index.IsIndexing() || !Index.IsReady());
 }

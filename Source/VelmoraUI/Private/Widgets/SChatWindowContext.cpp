@@ -31,6 +31,7 @@ namespace
 
 	FString GetChipName(const FString& File)
 	{
+		// An asset is known by its name alone, as the editor shows it; of a file the extension tells half of what it is.
 		const FString Extension = FPaths::GetExtension(File).ToLower();
 		if (IsAssetExtension(Extension))
 		{
@@ -123,6 +124,7 @@ FMargin SChatWindow::GetContextChipsPadding() const
 	const TSharedPtr<SWidget> Row = ContextChipsContainer->GetParentWidget();
 	const double ViewWidth = Row.IsValid() ? Row->GetCachedGeometry().GetLocalSize().X : 0.0;
 	FChildren* Chips = ContextChipsContainer->GetChildren();
+	// A row of chips that is too long shows its beginning, and is moved only for the one that has the keyboard.
 	double End = 0.0;
 	for (int32 Index = 0; Index < Chips->Num(); ++Index)
 	{
@@ -153,6 +155,7 @@ void SChatWindow::OnContextFilesChanged()
 		}
 	}
 
+	// All anew: there are few of them, and what differs may stand anywhere.
 	ContextChipsContainer->ClearChildren();
 	TArray<TSharedPtr<SButton>> RemoveButtons;
 	for (const FString& File : ViewModel->GetContextFiles())
@@ -199,11 +202,14 @@ FString SChatWindow::GetCurrentConversationId() const
 
 void SChatWindow::OnFileClicked(const FString& Path)
 {
+	// 1. What begins with a slash is the name of an asset already.
 	if (Path.StartsWith(TEXT("/"), ESearchCase::IgnoreCase))
 	{
 		OpenAssetEditor(Path);
 		return;
 	}
+	// 2. The file of an asset. Below the content folder its name follows from its path; both are absolute by then, as the folder of a
+	// project need not be.
 	if (IsAssetExtension(FPaths::GetExtension(Path).ToLower()))
 	{
 		FString ObjectPath = Path;
@@ -215,6 +221,7 @@ void SChatWindow::OnFileClicked(const FString& Path)
 		OpenAssetEditor(ObjectPath);
 		return;
 	}
+	// 3. Any other file opens in the code editor, from the project on.
 	FString FullPath = ToFullProjectPath(Path);
 	FPaths::NormalizeFilename(FullPath);
 	FSourceCodeNavigation::OpenSourceFile(FullPath, 0, 0);

@@ -4,11 +4,11 @@
 #include "FileSearch/FileIndexEntry.h"
 #include "Framework/Application/SlateApplication.h"
 #include "InputCoreTypes.h"
-#include "Math/UnrealMathUtility.h"
 #include "Misc/Paths.h"
 #include "ViewModels/ChatViewModel.h"
 #include "Widgets/Input/SMenuAnchor.h"
 #include "Widgets/Input/SMultiLineEditableTextBox.h"
+#include "Widgets/PromptLines.h"
 #include "Widgets/SFileSearchDropdown.h"
 
 namespace
@@ -25,68 +25,11 @@ namespace
 															   : FPaths::GetCleanFilename(Entry.FilePath);
 	}
 
-	// What follows runs at each key over all that stands before the cursor, so line feeds are counted in blocks, without a branch
-	// for each character.
-	constexpr int32 LineScanBlock = 256;
-
-	int32 CountLineFeedsOfBlock(const TCHAR* Block)
-	{
-		// As wide as the characters, so that many are compared at once.
-		uint16 LineFeeds = 0;
-		for (int32 Offset = 0; Offset < LineScanBlock; ++Offset)
-		{
-			LineFeeds += static_cast<uint16>(Block[Offset] == TEXT('\n'));
-		}
-		return LineFeeds;
-	}
-
-	/** Where a line begins; the text's length when there are not so many lines. */
-	int32 FindLineBegin(const TCHAR* Text, int32 Length, int32 TargetLine)
-	{
-		int32 Line = 0;
-		int32 Index = 0;
-		for (; Length - Index >= LineScanBlock; Index += LineScanBlock)
-		{
-			const int32 LineFeeds = CountLineFeedsOfBlock(Text + Index);
-			if (Line + LineFeeds >= TargetLine)
-			{
-				break;
-			}
-			Line += LineFeeds;
-		}
-		for (; Line < TargetLine && Index < Length; ++Index)
-		{
-			Line += Text[Index] == TEXT('\n') ? 1 : 0;
-		}
-		return Index;
-	}
-
-	/** Boxes join their lines in one way, so the first line end tells of all. */
-	bool HasCarriageReturns(const FString& Text)
-	{
-		const int32 SecondLine = FindLineBegin(*Text, Text.Len(), 1);
-		return SecondLine >= 2 && SecondLine <= Text.Len() && (*Text)[SecondLine - 1] == TEXT('\n') &&
-			(*Text)[SecondLine - 2] == TEXT('\r');
-	}
-
-	bool HasLineFeedBetween(const TCHAR* Text, int32 Begin, int32 End)
-	{
-		int32 Index = Begin;
-		while (End - Index >= LineScanBlock && CountLineFeedsOfBlock(Text + Index) == 0)
-		{
-			Index += LineScanBlock;
-		}
-		while (Index < End && Text[Index] != TEXT('\n'))
-		{
-			++Index;
-		}
-		return Index < End;
-	}
-
 } // namespace
 
 TSharedRef<SWidget> SChatWindow::BuildFileSearchDropdownContent()
 {
+	// 1. The token may have been typed before the dropdown was ever made, so its query is computed here once.
 	FString Query;
 	if (InputTextBox.IsValid())
 	{
@@ -98,6 +41,7 @@ TSharedRef<SWidget> SChatWindow::BuildFileSearchDropdownContent()
 			Query = State.Query;
 		}
 	}
+	// 2. Made once: with each opening a new one would forget what its list had laid out.
 	if (FileSearchDropdown.IsValid())
 	{
 		FileSearchDropdown->SetSearchQuery(Query);
@@ -110,6 +54,7 @@ TSharedRef<SWidget> SChatWindow::BuildFileSearchDropdownContent()
 			.OnFileSelected(this, &SChatWindow::OnFileSelected)
 			.OnCancelled(this, &SChatWindow::OnFileSearchCancelled);
 	}
+	// 3. The controller holds the same query, or it would ask for it once more with the next key.
 	if (AtFileController.IsValid())
 	{
 		AtFileController->SetLastQuery(Query);
@@ -123,6 +68,7 @@ FReply SChatWindow::OnInputKeyDown(const FGeometry& MyGeometry, const FKeyEvent&
 	{
 		return FReply::Unhandled();
 	}
+	// These five belong to the list; all others go on to the text, which has kept the keyboard.
 	const FKey Key = InKeyEvent.GetKey();
 	if (Key == EKeys::Enter || Key == EKeys::Tab)
 	{
@@ -147,18 +93,6 @@ FReply SChatWindow::OnInputKeyDown(const FGeometry& MyGeometry, const FKeyEvent&
 	return FReply::Handled();
 }
 
-void SChatWindow::OnInputTextChanged(const FText& NewText)
-{
-	// Lines may come with carriage returns, while places in the box count line ends as one: all rules work on line feeds alone.
-	CurrentInputText = HasCarriageReturns(NewText.ToString())
-		? FText::FromString(NewText.ToString().Replace(TEXT("\r\n"), TEXT("\n"), ESearchCase::CaseSensitive))
-		: NewText;
-	if (InputTextBox.IsValid())
-	{
-		UpdateFileSearch(InputTextBox->GetCursorLocation());
-	}
-}
-
 void SChatWindow::OnInputCursorMoved(const FTextLocation& NewLocation)
 {
 	if (InputTextBox.IsValid())
@@ -174,6 +108,7 @@ void SChatWindow::UpdateFileSearch(const FTextLocation& Cursor)
 		return;
 	}
 	const Velmora::UI::FAtFileReferenceController::FDropdownDelta Delta = AtFileController->Update(CurrentInputText.ToString(), Cursor);
+	// 1. Close before open: one change of the text never asks for both.
 	AtTokenIndex = Delta.AtIndex;
 	if (Delta.bShouldClose && FileSearchAnchor->IsOpen())
 	{
@@ -185,6 +120,7 @@ void SChatWindow::UpdateFileSearch(const FTextLocation& Cursor)
 		// The keyboard stays in the prompt.
 		FileSearchAnchor->SetIsOpen(true, false, 0);
 	}
+	// 2. At its first opening the dropdown has its query from BuildFileSearchDropdownContent.
 	if (Delta.bQueryChanged && FileSearchDropdown.IsValid())
 	{
 		FileSearchDropdown->SetSearchQuery(Delta.Query);
@@ -197,7 +133,9 @@ void SChatWindow::OnFileSelected(const Velmora::UI::FFileIndexEntry& Entry)
 	{
 		return;
 	}
+	// 1. The file itself. A pick counts even when the text cannot be changed.
 	ViewModel->AddContextFile(Entry.FilePath);
+	// 2. Its name in the text, in place of the token.
 	if (InputTextBox.IsValid() && AtFileController.IsValid())
 	{
 		const Velmora::UI::FAtFileReferenceController::FReplacement Replacement =
@@ -211,6 +149,7 @@ void SChatWindow::OnFileSelected(const Velmora::UI::FFileIndexEntry& Entry)
 			InputTextBox->GoTo(Replacement.NewCursor);
 		}
 	}
+	// 3. The keyboard stays with the text.
 	CloseFileSearch();
 }
 
@@ -238,29 +177,10 @@ void SChatWindow::CloseFileSearch()
 
 int32 SChatWindow::TextLocationToLinearIndex(const FString& Text, const FTextLocation& Location)
 {
-	const int32 TargetLine = FMath::Max(Location.GetLineIndex(), 0);
-	const int32 TargetOffset = FMath::Max(Location.GetOffset(), 0);
-	const TCHAR* const Begin = *Text;
-	const int32 Length = Text.Len();
-	const int32 LineBegin = FindLineBegin(Begin, Length, TargetLine);
-	// A column beyond its line is a place that does not exist.
-	const bool bExists = TargetOffset < Length - LineBegin && !HasLineFeedBetween(Begin, LineBegin, LineBegin + TargetOffset);
-	return bExists ? LineBegin + TargetOffset : Length;
+	return FPromptLines::ToLinearIndex(Text, Location);
 }
 
 FTextLocation SChatWindow::LinearIndexToTextLocation(const FString& Text, int32 Index)
 {
-	const TCHAR* const Begin = *Text;
-	const int32 End = FMath::Clamp(Index, 0, Text.Len());
-	int32 Line = 0;
-	int32 LineBegin = 0;
-	for (int32 Position = 0; Position < End; ++Position)
-	{
-		if (Begin[Position] == TEXT('\n'))
-		{
-			++Line;
-			LineBegin = Position + 1;
-		}
-	}
-	return FTextLocation(Line, End - LineBegin);
+	return FPromptLines::ToTextLocation(Text, Index);
 }

@@ -43,45 +43,19 @@ TSharedRef<SWidget> SChatWindow::BuildHeaderArea()
 			.AutoWidth()
 			.Padding(4.0f, 0.0f)
 			[
-				SAssignNew(NewConversationButton, SButton)
-				.Tag(FName("NewConversationButton"))
-				.ButtonStyle(FAppStyle::Get(), "SimpleButton")
-				.ToolTipText(LOCTEXT("NewConversationTooltip_Short", "Start a new chat and keep this conversation in history."))
-				.OnClicked(this, &SChatWindow::OnNewConversationClicked)
-				.IsEnabled(this, &SChatWindow::IsNewConversationButtonEnabled)
-				.ContentPadding(FMargin(6.0f, 4.0f))
-				[
-					BuildHeaderButtonContent("Toolbar_NewChat_32", LOCTEXT("NewConversationLabel", "New"),
-						&SChatWindow::NewConversationButton)
-				]
+				BuildNewConversationButton()
 			]
 			+ SHorizontalBox::Slot()
 			.AutoWidth()
 			.Padding(4.0f, 0.0f)
 			[
-				SAssignNew(ExportButton, SButton)
-				.Tag(FName("ExportButton"))
-				.ButtonStyle(FAppStyle::Get(), "SimpleButton")
-				.ToolTipText(LOCTEXT("ExportTooltip_Short", "Export this chat as a file."))
-				.OnClicked(this, &SChatWindow::OnExportClicked)
-				.ContentPadding(FMargin(6.0f, 4.0f))
-				[
-					BuildHeaderButtonContent("Toolbar_Export_32", LOCTEXT("ExportLabel", "Export"), &SChatWindow::ExportButton)
-				]
+				BuildExportButton()
 			]
 			+ SHorizontalBox::Slot()
 			.AutoWidth()
 			.Padding(4.0f, 0.0f)
 			[
-				SAssignNew(ClearButton, SButton)
-				.Tag(FName("ClearButton"))
-				.ButtonStyle(FAppStyle::Get(), "SimpleButton")
-				.ToolTipText(LOCTEXT("ClearTooltip_Short", "Delete this chat from history. This can’t be undone."))
-				.OnClicked(this, &SChatWindow::OnClearHistoryClicked)
-				.ContentPadding(FMargin(6.0f, 4.0f))
-				[
-					BuildHeaderButtonContent("Toolbar_ClearChat_32", LOCTEXT("ClearLabel", "Clear"), &SChatWindow::ClearButton)
-				]
+				BuildClearButton()
 			]
 			+ SHorizontalBox::Slot()
 			.AutoWidth()
@@ -93,11 +67,59 @@ TSharedRef<SWidget> SChatWindow::BuildHeaderArea()
 	// clang-format on
 }
 
-TSharedRef<SWidget> SChatWindow::BuildHeaderButtonContent(FName Brush, const FText& Label, TSharedPtr<SButton> SChatWindow::*Button)
+/** Wherein the plain buttons of the header differ. */
+struct SChatWindow::FHeaderButton
 {
-	// The button itself does not exist before its content does.
+	TSharedPtr<SButton> SChatWindow::*Button;
+	FName Tag;
+	FName Icon;
+	FText Label;
+	FText ToolTip;
+	FReply (SChatWindow::*OnClicked)();
+	TAttribute<bool> IsEnabled = true;
+};
+
+TSharedRef<SWidget> SChatWindow::BuildNewConversationButton()
+{
+	return BuildHeaderButton(
+		{ &SChatWindow::NewConversationButton, "NewConversationButton", "Toolbar_NewChat_32", LOCTEXT("NewConversationLabel", "New"),
+			LOCTEXT("NewConversationTooltip_Short", "Start a new chat and keep this conversation in history."),
+			&SChatWindow::OnNewConversationClicked, TAttribute<bool>::CreateSP(this, &SChatWindow::IsNewConversationButtonEnabled) });
+}
+
+TSharedRef<SWidget> SChatWindow::BuildExportButton()
+{
+	return BuildHeaderButton({ &SChatWindow::ExportButton, "ExportButton", "Toolbar_Export_32", LOCTEXT("ExportLabel", "Export"),
+		LOCTEXT("ExportTooltip_Short", "Export this chat as a file."), &SChatWindow::OnExportClicked });
+}
+
+TSharedRef<SWidget> SChatWindow::BuildClearButton()
+{
+	return BuildHeaderButton({ &SChatWindow::ClearButton, "ClearButton", "Toolbar_ClearChat_32", LOCTEXT("ClearLabel", "Clear"),
+		LOCTEXT("ClearTooltip_Short", "Delete this chat from history. This can’t be undone."), &SChatWindow::OnClearHistoryClicked });
+}
+
+TSharedRef<SWidget> SChatWindow::BuildHeaderButton(const FHeaderButton& Look)
+{
+	// clang-format off
+	return SAssignNew(this->*Look.Button, SButton)
+		.Tag(Look.Tag)
+		.ButtonStyle(FAppStyle::Get(), "SimpleButton")
+		.ToolTipText(Look.ToolTip)
+		.OnClicked(this, Look.OnClicked)
+		.IsEnabled(Look.IsEnabled)
+		.ContentPadding(FMargin(6.0f, 4.0f))
+		[
+			BuildHeaderButtonContent(Look)
+		];
+	// clang-format on
+}
+
+TSharedRef<SWidget> SChatWindow::BuildHeaderButtonContent(const FHeaderButton& Look)
+{
+	// The button itself does not exist before its content does, so its tint is asked for by where it will stand.
 	const TWeakPtr<SChatWindow> WeakWindow = SharedThis(this);
-	const auto GetTint = [WeakWindow, Button]
+	const auto GetTint = [WeakWindow, Button = Look.Button]
 	{
 		const TSharedPtr<SChatWindow> Window = WeakWindow.Pin();
 		return GetActionIconTint(Window.IsValid() ? Window.Get()->*Button : nullptr);
@@ -109,7 +131,7 @@ TSharedRef<SWidget> SChatWindow::BuildHeaderButtonContent(FName Brush, const FTe
 		.VAlign(VAlign_Center)
 		[
 			SNew(SImage)
-			.Image(FVelmoraUIStyles::GetBrush(Brush))
+			.Image(FVelmoraUIStyles::GetBrush(Look.Icon))
 			.ColorAndOpacity_Lambda(GetTint)
 			.DesiredSizeOverride(FVector2D(20.0, 20.0))
 		]
@@ -119,7 +141,7 @@ TSharedRef<SWidget> SChatWindow::BuildHeaderButtonContent(FName Brush, const FTe
 		.Padding(6.0f, 0.0f, 0.0f, 0.0f)
 		[
 			SNew(STextBlock)
-			.Text(Label)
+			.Text(Look.Label)
 			.Font(FAppStyle::GetFontStyle("NormalFont"))
 			.Visibility(this, &SChatWindow::GetHeaderLabelVisibility)
 		];
@@ -128,11 +150,13 @@ TSharedRef<SWidget> SChatWindow::BuildHeaderButtonContent(FName Brush, const FTe
 
 FReply SChatWindow::OnExportClicked()
 {
+	// Without a desktop there is nobody to ask for a name, and none is made up.
 	IDesktopPlatform* Desktop = ViewModel.IsValid() ? FDesktopPlatformModule::Get() : nullptr;
 	if (Desktop == nullptr)
 	{
 		return FReply::Handled();
 	}
+	// A suggestion; nothing appends an extension to what is typed instead.
 	const FString Folder = FPaths::Combine(FPaths::ProjectSavedDir(), TEXT("Velmora"));
 	const FString Name = FString::Printf(TEXT("conversation_%s"), *FDateTime::Now().ToString(TEXT("%Y%m%d_%H%M%S")));
 	const FString Types = TEXT("Markdown Files (*.md)|*.md|Plain Text (*.txt)|*.txt|HTML Files (*.html)|*.html|JSON Files (*.json)|*.json");
@@ -161,6 +185,7 @@ FReply SChatWindow::OnClearHistoryClicked()
 	{
 		return FReply::Handled();
 	}
+	// First what is stored, while its name is known; the list in the window is cleared in any case.
 	const TSharedPtr<Velmora::FConversationMetadata> Metadata = Cleared->GetCurrentConversationMetadata();
 	if (Metadata.IsValid())
 	{

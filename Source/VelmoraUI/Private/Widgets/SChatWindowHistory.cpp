@@ -1,7 +1,5 @@
 #include "Widgets/SChatWindow.h"
 
-#include "Agent/ConversationHistoryManager.h"
-#include "Async/Async.h"
 #include "HAL/IConsoleManager.h"
 #include "Misc/AssertionMacros.h"
 #include "Misc/DateTime.h"
@@ -28,6 +26,16 @@ namespace
 	FString GetAgeOfConversation(const FConversationMetadata& Conversation)
 	{
 		return FConversationLabel::MakeAge(Conversation.LastUpdated, FDateTime::Now());
+	}
+
+	/** What stands beside a title. */
+	TSharedRef<SWidget> MakeSideText(FName Tag, const TAttribute<FText>& Text)
+	{
+		return SNew(STextBlock)
+			.Tag(Tag)
+			.Text(Text)
+			.Font(FVelmoraUIStyles::GetSmallFont())
+			.ColorAndOpacity(FSlateColor(FVelmoraUIStyles::GetTextColorSecondary()));
 	}
 
 } // namespace
@@ -58,11 +66,7 @@ TSharedRef<SWidget> SChatWindow::BuildConversationSelector()
 			.VAlign(VAlign_Center)
 			.Padding(4.0f, 0.0f, 0.0f, 0.0f)
 			[
-				SNew(STextBlock)
-				.Tag(FName("ConversationId"))
-				.Text(this, &SChatWindow::GetConversationHeaderIdText)
-				.Font(FVelmoraUIStyles::GetSmallFont())
-				.ColorAndOpacity(FSlateColor(FVelmoraUIStyles::GetTextColorSecondary()))
+				MakeSideText("ConversationId", TAttribute<FText>::CreateSP(this, &SChatWindow::GetConversationHeaderIdText))
 			]
 			+ SHorizontalBox::Slot()
 			.FillWidth(1.0f)
@@ -80,11 +84,7 @@ TSharedRef<SWidget> SChatWindow::BuildConversationSelector()
 			.VAlign(VAlign_Center)
 			.Padding(6.0f, 0.0f, 0.0f, 0.0f)
 			[
-				SNew(STextBlock)
-				.Tag(FName("ConversationAge"))
-				.Text(this, &SChatWindow::GetConversationHeaderTimeText)
-				.Font(FVelmoraUIStyles::GetSmallFont())
-				.ColorAndOpacity(FSlateColor(FVelmoraUIStyles::GetTextColorSecondary()))
+				MakeSideText("ConversationAge", TAttribute<FText>::CreateSP(this, &SChatWindow::GetConversationHeaderTimeText))
 			]
 		];
 	// clang-format on
@@ -101,50 +101,21 @@ void SChatWindow::RequestRefreshConversationHistoriesAsync()
 	{
 		return;
 	}
-	bool bExpected = false;
-	if (!bHistoryRefreshInFlight.compare_exchange_strong(bExpected, true))
-	{
-		bHistoryRefreshQueued.store(true);
-		return;
-	}
-	const uint64 RequestId = HistoryRefreshRequestId.fetch_add(1) + 1;
-	AsyncTask(ENamedThreads::AnyBackgroundThreadNormalTask,
-		[WeakWindow = TWeakPtr<SChatWindow>(SharedThis(this)), RequestId]() mutable
+	HistoryRefresh.Request(ConversationHistorySaveDir,
+		[WeakWindow = TWeakPtr<SChatWindow>(SharedThis(this))](const TArray<FConversationMetadata>& Summaries)
 		{
-			// A store object of its own: they are not shared between threads.
-			Velmora::FConversationHistoryManager Manager;
-			Manager.Initialize(ReadHistorySaveDir(WeakWindow));
-			TArray<FConversationMetadata> Summaries = Manager.GetConversationSummaries();
-			AsyncTask(ENamedThreads::GameThread,
-				[WeakWindow = MoveTemp(WeakWindow), RequestId, Summaries = MoveTemp(Summaries)]() mutable
-				{
-					if (const TSharedPtr<SChatWindow> Window = WeakWindow.Pin())
-					{
-						Window->FinishHistoryRefresh(RequestId, Summaries);
-					}
-				});
+			if (const TSharedPtr<SChatWindow> Window = WeakWindow.Pin())
+			{
+				Window->FinishHistoryRefresh(Summaries);
+			}
 		});
 }
 
-FString SChatWindow::ReadHistorySaveDir(const TWeakPtr<SChatWindow>& WeakWindow)
-{
-	TSharedPtr<SChatWindow> Window = WeakWindow.Pin();
-	if (!Window.IsValid())
-	{
-		return FString();
-	}
-	const FString SaveDir = Window->ConversationHistorySaveDir;
-	// All others may have let go of the window in the meantime. It must not die here, so the reference goes to the game thread.
-	AsyncTask(ENamedThreads::GameThread, [Window = MoveTemp(Window)]() mutable { Window.Reset(); });
-	return SaveDir;
-}
-
-void SChatWindow::FinishHistoryRefresh(uint64 RequestId, const TArray<FConversationMetadata>& Summaries)
+void SChatWindow::FinishHistoryRefresh(const TArray<FConversationMetadata>& Summaries)
 {
 	RebuildConversationHistoriesFrom(Summaries);
-	// In this order no request is lost: after the first store it starts a worker, before the second it is seen there.
-	bHistoryRefreshInFlight.store(false);
-	if (bHistoryRefreshQueued.exchange(false))
+	// Through the front door once more: the way to read, or the conversation itself, may have changed meanwhile.
+	if (HistoryRefresh.Finish())
 	{
 		RequestRefreshConversationHistoriesAsync();
 	}
@@ -169,6 +140,7 @@ void SChatWindow::RebuildConversationHistoriesFrom(const TArray<FConversationMet
 
 void SChatWindow::SetConversationOptions(const TArray<FConversationMetadata>& Summaries)
 {
+	// 1. All objects are made anew, and one place more is kept for the conversation that is not stored yet.
 	ConversationHistories.Empty(Summaries.Num() + 1);
 	const TSharedPtr<FConversationMetadata> Current = ViewModel->GetCurrentConversationMetadata();
 	const auto IsCurrent = [&Current](const FConversationMetadata& Summary) { return FConversationLabel::IsSame(Summary, *Current); };
@@ -177,10 +149,12 @@ void SChatWindow::SetConversationOptions(const TArray<FConversationMetadata>& Su
 		// Not stored yet; it stands at the top all the same.
 		ConversationHistories.Add(Current);
 	}
+	// 2. The rest in the order of the store, which knows which is the latest.
 	for (const FConversationMetadata& Summary : Summaries)
 	{
 		ConversationHistories.Add(MakeShared<FConversationMetadata>(Summary));
 	}
+	// 3. The box shows the new objects; the choice is found again by its id.
 	if (ConversationComboBox.IsValid())
 	{
 		ConversationComboBox->RefreshOptions();
@@ -209,6 +183,7 @@ void SChatWindow::SyncComboBoxSelection(bool bRequestRefreshIfMissing)
 	{
 		return;
 	}
+	// Nothing to do for a conversation that the box shows already; this is what most calls find.
 	const TSharedPtr<FConversationMetadata> Current = ViewModel->GetCurrentConversationMetadata();
 	if (!Current.IsValid() || (SelectedConversation.IsValid() && FConversationLabel::IsSame(*SelectedConversation, *Current)))
 	{
@@ -228,6 +203,7 @@ void SChatWindow::SyncComboBoxSelection(bool bRequestRefreshIfMissing)
 
 void SChatWindow::OnConversationSelected(TSharedPtr<FConversationMetadata> Item, ESelectInfo::Type SelectInfo)
 {
+	// The box reports what it was told to show just as what was picked. Only the latter differs from what is held for chosen.
 	if (!Item.IsValid() || !ViewModel.IsValid())
 	{
 		return;
@@ -236,6 +212,7 @@ void SChatWindow::OnConversationSelected(TSharedPtr<FConversationMetadata> Item,
 	{
 		return;
 	}
+	// Before the load, whose own reports sync the box.
 	SelectedConversation = Item;
 	if (ViewModel->LoadConversation(Item->Id))
 	{

@@ -9,13 +9,13 @@
 #include "UObject/Class.h"
 #include "UObject/UObjectGlobals.h"
 #include "ViewModels/ChatViewModel.h"
-#include "Widgets/Images/SImage.h"
-#include "Widgets/Input/SButton.h"
+#include "Widgets/IconButton.h"
 #include "Widgets/Input/SMenuAnchor.h"
 #include "Widgets/Input/SMultiLineEditableTextBox.h"
 #include "Widgets/Layout/SBorder.h"
 #include "Widgets/Layout/SBox.h"
 #include "Widgets/PromptBox.h"
+#include "Widgets/PromptLines.h"
 #include "Widgets/SBoxPanel.h"
 #include "Widgets/SChangedFilesList.h"
 #include "Widgets/SFileSearchDropdown.h"
@@ -74,9 +74,16 @@ namespace
 		return Settings != nullptr ? ToKnownMode(Settings->DefaultConversationMode) : Velmora::EConversationMode::General;
 	}
 
-	TSharedRef<SWidget> MakeActionIcon(FName Brush, double Size, const TAttribute<FSlateColor>& Tint)
+	FIconButton MakeActionButtonLook(FName Tag, FName Icon, double IconSize, const TAttribute<FSlateColor>& Tint)
 	{
-		return SNew(SImage).Image(FVelmoraUIStyles::GetBrush(Brush)).ColorAndOpacity(Tint).DesiredSizeOverride(FVector2D(Size, Size));
+		FIconButton Look;
+		Look.Tag = Tag;
+		Look.Style = "SimpleButton";
+		Look.ContentPadding = FMargin(6.0f);
+		Look.Icon = Icon;
+		Look.IconSize = IconSize;
+		Look.Tint = Tint;
+		return Look;
 	}
 
 	bool IsEitherControlDown(const FInputEvent& Event)
@@ -88,6 +95,7 @@ namespace
 
 TSharedRef<SWidget> SChatWindow::BuildInputArea()
 {
+	// The controller knows nothing of text boxes: it is given the mapping between places and indexes.
 	AtTokenIndex = -1;
 	AtFileController = MakeUnique<Velmora::UI::FAtFileReferenceController>(
 		&SChatWindow::TextLocationToLinearIndex, &SChatWindow::LinearIndexToTextLocation);
@@ -242,71 +250,54 @@ TSharedRef<SWidget> SChatWindow::BuildModeSelector()
 
 TSharedRef<SWidget> SChatWindow::BuildSendButton()
 {
-	// clang-format off
-	return SAssignNew(SendButton, SButton)
-		.Tag(FName("SendButton"))
-		.ButtonStyle(FAppStyle::Get(), "SimpleButton")
-		.ContentPadding(FMargin(6.0f))
-		.OnClicked(this, &SChatWindow::OnSendButtonClicked)
-		.IsEnabled(this, &SChatWindow::IsSendButtonEnabled)
-		.Visibility(this, &SChatWindow::GetSendButtonVisibility)
-		.ToolTipText(LOCTEXT("SendTooltip", "Send message to Velmora AI\n\nKeyboard shortcut: Ctrl+Enter\n\n"
-			"The AI will process your message and respond\nbased on the current conversation mode."))
-		[
-			MakeActionIcon("ChatAction_Send_50", 36.0, FSlateColor(FVelmoraUIStyles::GetPrimaryActionSendColor()))
-		];
-	// clang-format on
+	FIconButton Look =
+		MakeActionButtonLook("SendButton", "ChatAction_Send_50", 36.0, FSlateColor(FVelmoraUIStyles::GetPrimaryActionSendColor()));
+	Look.OnClicked = FOnClicked::CreateSP(this, &SChatWindow::OnSendButtonClicked);
+	Look.IsEnabled = TAttribute<bool>::CreateSP(this, &SChatWindow::IsSendButtonEnabled);
+	Look.Visibility = TAttribute<EVisibility>::CreateSP(this, &SChatWindow::GetSendButtonVisibility);
+	Look.ToolTip = LOCTEXT("SendTooltip",
+		"Send message to Velmora AI\n\nKeyboard shortcut: Ctrl+Enter\n\n"
+		"The AI will process your message and respond\nbased on the current conversation mode.");
+	SendButton = MakeIconButton(Look);
+	return SendButton.ToSharedRef();
 }
 
 TSharedRef<SWidget> SChatWindow::BuildPauseButton()
 {
-	// clang-format off
-	return SAssignNew(PauseButton, SButton)
-		.Tag(FName("PauseButton"))
-		.ButtonStyle(FAppStyle::Get(), "SimpleButton")
-		.ContentPadding(FMargin(6.0f))
-		.OnClicked(this, &SChatWindow::OnPauseClicked)
-		.IsEnabled(this, &SChatWindow::IsPauseButtonEnabled)
-		.Visibility(this, &SChatWindow::GetPauseButtonVisibility)
-		.ToolTipText(LOCTEXT("PauseTooltip", "Pause processing\n\nYou can then continue, add more context via the input box, or cancel."))
-		[
-			MakeActionIcon("ChatAction_Pause_50", 40.0, FSlateColor(FVelmoraUIStyles::GetPrimaryActionPauseResumeColor()))
-		];
-	// clang-format on
+	FIconButton Look =
+		MakeActionButtonLook("PauseButton", "ChatAction_Pause_50", 40.0, FSlateColor(FVelmoraUIStyles::GetPrimaryActionPauseResumeColor()));
+	Look.OnClicked = FOnClicked::CreateSP(this, &SChatWindow::OnPauseClicked);
+	Look.IsEnabled = TAttribute<bool>::CreateSP(this, &SChatWindow::IsPauseButtonEnabled);
+	Look.Visibility = TAttribute<EVisibility>::CreateSP(this, &SChatWindow::GetPauseButtonVisibility);
+	Look.ToolTip = LOCTEXT("PauseTooltip", "Pause processing\n\nYou can then continue, add more context via the input box, or cancel.");
+	PauseButton = MakeIconButton(Look);
+	return PauseButton.ToSharedRef();
 }
 
 TSharedRef<SWidget> SChatWindow::BuildContinueButton()
 {
-	// clang-format off
-	return SAssignNew(ContinueButton, SButton)
-		.Tag(FName("ContinueButton"))
-		.ButtonStyle(FAppStyle::Get(), "SimpleButton")
-		.ContentPadding(FMargin(6.0f))
-		.OnClicked(this, &SChatWindow::OnContinueClicked)
-		.IsEnabled(this, &SChatWindow::IsContinueButtonEnabled)
-		.Visibility(this, &SChatWindow::GetContinueButtonVisibility)
-		.ToolTipText(LOCTEXT("ContinueTooltip", "Resume processing\n\nAny text in the input box will be sent as additional context."))
-		[
-			MakeActionIcon("ChatAction_Play_50", 36.0, FSlateColor(FVelmoraUIStyles::GetPrimaryActionPauseResumeColor()))
-		];
-	// clang-format on
+	FIconButton Look = MakeActionButtonLook(
+		"ContinueButton", "ChatAction_Play_50", 36.0, FSlateColor(FVelmoraUIStyles::GetPrimaryActionPauseResumeColor()));
+	Look.OnClicked = FOnClicked::CreateSP(this, &SChatWindow::OnContinueClicked);
+	Look.IsEnabled = TAttribute<bool>::CreateSP(this, &SChatWindow::IsContinueButtonEnabled);
+	Look.Visibility = TAttribute<EVisibility>::CreateSP(this, &SChatWindow::GetContinueButtonVisibility);
+	Look.ToolTip = LOCTEXT("ContinueTooltip", "Resume processing\n\nAny text in the input box will be sent as additional context.");
+	ContinueButton = MakeIconButton(Look);
+	return ContinueButton.ToSharedRef();
 }
 
 TSharedRef<SWidget> SChatWindow::BuildCancelButton()
 {
-	// clang-format off
-	return SAssignNew(CancelButton, SButton)
-		.Tag(FName("CancelButton"))
-		.ButtonStyle(FAppStyle::Get(), "SimpleButton")
-		.ContentPadding(FMargin(6.0f))
-		.OnClicked(this, &SChatWindow::OnCancelClicked)
-		.IsEnabled(this, &SChatWindow::IsCancelButtonEnabled)
-		.ToolTipText(LOCTEXT("CancelTooltip", "Cancel ongoing operation\n\nStops the current AI response generation\n"
-			"or tool execution in progress."))
-		[
-			MakeActionIcon("ChatAction_Cancel_50", 36.0, TAttribute<FSlateColor>::CreateSP(this, &SChatWindow::GetCancelButtonTint))
-		];
-	// clang-format on
+	// Never hidden: the row would jump under the pointer. It fades when there is nothing to cancel.
+	FIconButton Look = MakeActionButtonLook(
+		"CancelButton", "ChatAction_Cancel_50", 36.0, TAttribute<FSlateColor>::CreateSP(this, &SChatWindow::GetCancelButtonTint));
+	Look.OnClicked = FOnClicked::CreateSP(this, &SChatWindow::OnCancelClicked);
+	Look.IsEnabled = TAttribute<bool>::CreateSP(this, &SChatWindow::IsCancelButtonEnabled);
+	Look.ToolTip = LOCTEXT("CancelTooltip",
+		"Cancel ongoing operation\n\nStops the current AI response generation\n"
+		"or tool execution in progress.");
+	CancelButton = MakeIconButton(Look);
+	return CancelButton.ToSharedRef();
 }
 
 FText SChatWindow::GetCharacterCountText() const
@@ -316,12 +307,24 @@ FText SChatWindow::GetCharacterCountText() const
 
 FReply SChatWindow::OnPreviewKeyDown(const FGeometry& MyGeometry, const FKeyEvent& InKeyEvent)
 {
+	// Before the box sees the key, which would make a line of it. Not while sending is shut: then the key goes its usual way.
 	const bool bSendKey = InKeyEvent.GetKey() == EKeys::Enter && IsEitherControlDown(InKeyEvent);
 	if (bSendKey && InputTextBox.IsValid() && InputTextBox->HasKeyboardFocus() && IsSendButtonEnabled())
 	{
 		return OnSendButtonClicked();
 	}
 	return FReply::Unhandled();
+}
+
+void SChatWindow::OnInputTextChanged(const FText& NewText)
+{
+	// 1. From here on all rules work on line feeds alone: what the box shows and what is sent are the same text.
+	CurrentInputText = FPromptLines::WithLineFeeds(NewText);
+	// 2. The cursor may not have been reported yet, so the box is asked.
+	if (InputTextBox.IsValid())
+	{
+		UpdateFileSearch(InputTextBox->GetCursorLocation());
+	}
 }
 
 void SChatWindow::OnInputTextCommitted(const FText& NewText, ETextCommit::Type CommitType)
@@ -336,6 +339,7 @@ void SChatWindow::OnInputTextCommitted(const FText& NewText, ETextCommit::Type C
 
 void SChatWindow::ClearInput()
 {
+	// The mirror first: the box reports its change, and whoever looks then must not find the old text.
 	CurrentInputText = FText::GetEmpty();
 	if (InputTextBox.IsValid())
 	{
@@ -443,6 +447,7 @@ void SChatWindow::SyncModeComboBoxSelection()
 	{
 		return;
 	}
+	// By value: the options are objects of their own, made once in Construct.
 	const Velmora::EConversationMode Mode = GetEffectiveMode();
 	for (const TSharedPtr<Velmora::EConversationMode>& Option : ModeOptions)
 	{

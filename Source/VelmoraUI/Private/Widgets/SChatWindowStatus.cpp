@@ -5,8 +5,6 @@
 #include "UpdateGate.h"
 #include "ViewModels/ChatViewModel.h"
 #include "Widgets/Input/SButton.h"
-#include "Widgets/SChangedFilesList.h"
-#include "Widgets/SMessageList.h"
 #include "Widgets/WidgetLook.h"
 
 #define LOCTEXT_NAMESPACE "VelmoraUI"
@@ -48,6 +46,7 @@ namespace
 
 void SChatWindow::OnStateChanged(Velmora::EConversationState NewState)
 {
+	// Several states share a colour; a change between those must not start a running blend over.
 	const FLinearColor NewTarget = GetColorOfState(NewState);
 	constexpr float Tolerance = 0.01f;
 	const bool bSameTarget = FMath::Abs(NewTarget.R - TargetStatusColor.R) < Tolerance &&
@@ -61,21 +60,6 @@ void SChatWindow::OnStateChanged(Velmora::EConversationState NewState)
 	StayAwake.Start();
 }
 
-void SChatWindow::OnMessagesChanged()
-{
-	if (ViewModel.IsValid() && MessageList.IsValid())
-	{
-		MessageList->SetMessages(ViewModel->GetMessages());
-		bPendingScrollToBottom = true;
-	}
-	if (ChangedFilesList.IsValid())
-	{
-		ChangedFilesList->UpdateFileList();
-	}
-	SyncComboBoxSelection(true);
-	StayAwake.Start();
-}
-
 FText SChatWindow::GetStatusText() const
 {
 	return ViewModel.IsValid() ? FText::FromString(ViewModel->GetStatusText()) : LOCTEXT("NotInitialized", "Not initialized");
@@ -83,6 +67,7 @@ FText SChatWindow::GetStatusText() const
 
 FSlateColor SChatWindow::GetStatusColor() const
 {
+	// An update speaks louder than whatever the conversation does.
 	if (IsUpdateButtonVisible())
 	{
 		return FSlateColor(FVelmoraUIStyles::GetUpdateAvailableColor());
@@ -139,11 +124,13 @@ bool SChatWindow::IsContinueButtonEnabled() const
 
 bool SChatWindow::IsCancelButtonEnabled() const
 {
+	// While a turn is being paused it is still busy, and neither way out is open until it has stopped.
 	return ViewModel.IsValid() && (IsPaused() ? !IsBusy() : IsBusy());
 }
 
 FSlateColor SChatWindow::GetCancelButtonTint() const
 {
+	// A button that is disabled does not answer the pointer either.
 	const bool bEnabled = IsCancelButtonEnabled();
 	const float Alpha = bEnabled ? 1.0f : 0.4f;
 	const bool bHovered = bEnabled && CancelButton.IsValid() && CancelButton->IsHovered();

@@ -99,6 +99,7 @@ FText SChatWindow::GetUpdateButtonText() const
 	case EUpdateGateState::UpdateAvailable:
 		break;
 	}
+	// In every other state the button offers, or is not shown at all.
 	const FString Version = Gate.GetVersion();
 	if (Version.IsEmpty())
 	{
@@ -110,6 +111,7 @@ FText SChatWindow::GetUpdateButtonText() const
 FText SChatWindow::GetUpdateNoticeText() const
 {
 	const FUpdateGate& Gate = FUpdateGate::Get();
+	// The gate's own words come first where it has some: it knows best what goes on.
 	const FString Message = Gate.GetMessage();
 	const FString Version = Gate.GetVersion();
 	FString Notice;
@@ -151,6 +153,7 @@ FReply SChatWindow::OnUpdateButtonClicked()
 {
 	const FText Question =
 		LOCTEXT("ConfirmUpdateMessage", "This will download and apply the update on next editor startup.\n\nDo you want to proceed?");
+	// Asked first, since the download begins at once and installs at the next start.
 	if (FMessageDialog::Open(EAppMsgType::YesNo, Question, LOCTEXT("ConfirmUpdateTitle", "Download Update")) == EAppReturnType::Yes)
 	{
 		FModuleManager::Get()

@@ -4,8 +4,7 @@
 #include "HAL/PlatformApplicationMisc.h"
 #include "Style/VelmoraUIStyles.h"
 #include "Styling/AppStyle.h"
-#include "Widgets/Images/SImage.h"
-#include "Widgets/Input/SButton.h"
+#include "Widgets/IconButton.h"
 #include "Widgets/Layout/SBorder.h"
 #include "Widgets/Layout/SScrollBox.h"
 #include "Widgets/SBoxPanel.h"
@@ -31,7 +30,6 @@ void SConversationPlan::Construct(const FArguments& InArgs)
 {
 	PlaceholderText = TEXT("No plan available yet.\n\nWhen the agent creates a plan, it will appear here with:\n- Goals\n- High-level "
 						   "approach\n- Implementation steps with status indicators\n- Progress tracking");
-	const auto GetCopyTint = [this]() { return GetActionIconTint(CopyButton); };
 
 	// clang-format off
 	ChildSlot
@@ -45,39 +43,7 @@ void SConversationPlan::Construct(const FArguments& InArgs)
 			.AutoHeight()
 			.Padding(0.0f, 0.0f, 0.0f, 8.0f)
 			[
-				SNew(SHorizontalBox)
-				+ SHorizontalBox::Slot()
-				.AutoWidth()
-				.VAlign(VAlign_Center)
-				[
-					// Without words until a translation brings some.
-					SNew(STextBlock)
-					.Text(LOCTEXT("ConversationPlan", ""))
-					.Font(FVelmoraUIStyles::GetSmallTitleFont())
-				]
-				+ SHorizontalBox::Slot()
-				.FillWidth(1.0f)
-				[
-					SNullWidget::NullWidget
-				]
-				+ SHorizontalBox::Slot()
-				.AutoWidth()
-				.VAlign(VAlign_Center)
-				.Padding(8.0f, 0.0f, 0.0f, 0.0f)
-				[
-					SAssignNew(CopyButton, SButton)
-					.ButtonStyle(FAppStyle::Get(), "SimpleButton")
-					.Visibility(this, &SConversationPlan::GetCopyButtonVisibility)
-					.ToolTipText(this, &SConversationPlan::GetCopyButtonTooltip)
-					.ContentPadding(FMargin(6.0f, 4.0f, 6.0f, 4.0f))
-					.OnClicked(this, &SConversationPlan::OnCopyButtonClicked)
-					[
-						SNew(SImage)
-						.Image(FVelmoraUIStyles::GetBrush("MessageAction_Copy_32"))
-						.DesiredSizeOverride(FVector2D(20.0, 20.0))
-						.ColorAndOpacity_Lambda(GetCopyTint)
-					]
-				]
+				BuildHeader()
 			]
 			+ SVerticalBox::Slot()
 			.FillHeight(1.0f)
@@ -89,6 +55,44 @@ void SConversationPlan::Construct(const FArguments& InArgs)
 	// clang-format on
 
 	ClearPlan();
+}
+
+TSharedRef<SWidget> SConversationPlan::BuildHeader()
+{
+	FIconButton Look;
+	Look.Style = "SimpleButton";
+	Look.ContentPadding = FMargin(6.0f, 4.0f, 6.0f, 4.0f);
+	Look.Icon = "MessageAction_Copy_32";
+	Look.IconSize = 20.0;
+	Look.Tint = TAttribute<FSlateColor>::CreateLambda([this] { return GetActionIconTint(CopyButton); });
+	Look.Visibility = TAttribute<EVisibility>::CreateSP(this, &SConversationPlan::GetCopyButtonVisibility);
+	Look.ToolTip = TAttribute<FText>::CreateSP(this, &SConversationPlan::GetCopyButtonTooltip);
+	Look.OnClicked = FOnClicked::CreateSP(this, &SConversationPlan::OnCopyButtonClicked);
+	CopyButton = MakeIconButton(Look);
+	// clang-format off
+	return SNew(SHorizontalBox)
+		+ SHorizontalBox::Slot()
+		.AutoWidth()
+		.VAlign(VAlign_Center)
+		[
+			// Without words until a translation brings some.
+			SNew(STextBlock)
+			.Text(LOCTEXT("ConversationPlan", ""))
+			.Font(FVelmoraUIStyles::GetSmallTitleFont())
+		]
+		+ SHorizontalBox::Slot()
+		.FillWidth(1.0f)
+		[
+			SNullWidget::NullWidget
+		]
+		+ SHorizontalBox::Slot()
+		.AutoWidth()
+		.VAlign(VAlign_Center)
+		.Padding(8.0f, 0.0f, 0.0f, 0.0f)
+		[
+			CopyButton.ToSharedRef()
+		];
+	// clang-format on
 }
 
 TSharedRef<SWidget> SConversationPlan::BuildPlanDisplay()

@@ -41,70 +41,41 @@ void SCustomizeBehavior::Construct(const FArguments& InArgs)
 
 TSharedRef<SWidget> SCustomizeBehavior::BuildContent()
 {
-	// clang-format off
-	return SNew(SVerticalBox)
-		+ SVerticalBox::Slot()
-		.AutoHeight()
-		.Padding(0.0f, 0.0f, 0.0f, 8.0f)
-		[
-			// Without words until a translation brings some.
-			SNew(STextBlock)
-			.Text(LOCTEXT("CustomizeBehaviorTitle", ""))
-			.Font(FVelmoraUIStyles::GetSmallTitleFont())
-		]
-		+ SVerticalBox::Slot()
-		.AutoHeight()
-		.Padding(0.0f, 0.0f, 0.0f, 20.0f)
-		[
-			BuildFieldSection(
-				LOCTEXT("ProjectDescriptionLabel", "Project Description"),
-				LOCTEXT("ProjectDescriptionPlaceholder", "Describe your project (e.g., 'A first-person shooter set in a sci-fi "
-					"environment')"),
-				ProjectDescriptionBox,
-				[this](const FText& Text) { OnProjectDescriptionChanged(Text); })
-		]
-		+ SVerticalBox::Slot()
-		.AutoHeight()
-		.Padding(0.0f, 0.0f, 0.0f, 20.0f)
-		[
-			BuildFieldSection(
-				LOCTEXT("CurrentAreaOfFocusLabel", "Current Area of Focus"),
-				LOCTEXT("CurrentAreaOfFocusPlaceholder", "What are you currently working on? (e.g., 'Player movement system')"),
-				CurrentAreaOfFocusBox,
-				[this](const FText& Text) { OnCurrentAreaOfFocusChanged(Text); })
-		]
-		+ SVerticalBox::Slot()
-		.AutoHeight()
-		.Padding(0.0f, 0.0f, 0.0f, 20.0f)
-		[
-			BuildFieldSection(
-				LOCTEXT("GuidelinesAndTipsLabel", "Guidelines and Tips"),
-				LOCTEXT("GuidelinesAndTipsPlaceholder", "Coding standards, best practices, or tips for Velmora to follow"),
-				GuidelinesAndTipsBox,
-				[this](const FText& Text) { OnGuidelinesAndTipsChanged(Text); })
-		]
-		+ SVerticalBox::Slot()
-		.AutoHeight()
-		.Padding(0.0f, 0.0f, 0.0f, 20.0f)
-		[
-			BuildFieldSection(
-				LOCTEXT("ConstraintsLabel", "Constraints"),
-				LOCTEXT("ConstraintsPlaceholder", "Any limitations or constraints Velmora should be aware of"),
-				ConstraintsBox,
-				[this](const FText& Text) { OnConstraintsChanged(Text); })
-		]
-		+ SVerticalBox::Slot()
-		.AutoHeight()
-		.Padding(0.0f, 0.0f, 0.0f, 20.0f)
-		[
-			SNew(STextBlock)
-			.Text(LOCTEXT("CustomizeBehaviorSubtitle", "This information will be sent in every conversation to customize Velmora's "
-				"behavior"))
-			.Font(FCoreStyle::GetDefaultFontStyle("Regular", 9))
-			.ColorAndOpacity(FSlateColor(FLinearColor(0.7f, 0.7f, 0.7f, 1.0f)))
-			.AutoWrapText(true)
-		];
-	// clang-format on
+	const TSharedRef<SVerticalBox> Content = SNew(SVerticalBox);
+	const auto Add = [&Content](const TSharedRef<SWidget>& Section, float Below)
+	{ Content->AddSlot().AutoHeight().Padding(0.0f, 0.0f, 0.0f, Below)[Section]; };
+	constexpr float BelowTitle = 8.0f;
+	constexpr float BelowField = 20.0f;
+
+	// The title is without words until a translation brings some.
+	Add(SNew(STextBlock).Text(LOCTEXT("CustomizeBehaviorTitle", "")).Font(FVelmoraUIStyles::GetSmallTitleFont()), BelowTitle);
+	Add(BuildFieldSection(LOCTEXT("ProjectDescriptionLabel", "Project Description"),
+			LOCTEXT("ProjectDescriptionPlaceholder", "Describe your project (e.g., 'A first-person shooter set in a sci-fi environment')"),
+			ProjectDescriptionBox, [this](const FText& Text) { OnProjectDescriptionChanged(Text); }),
+		BelowField);
+	Add(BuildFieldSection(LOCTEXT("CurrentAreaOfFocusLabel", "Current Area of Focus"),
+			LOCTEXT("CurrentAreaOfFocusPlaceholder", "What are you currently working on? (e.g., 'Player movement system')"),
+			CurrentAreaOfFocusBox, [this](const FText& Text) { OnCurrentAreaOfFocusChanged(Text); }),
+		BelowField);
+	Add(BuildFieldSection(LOCTEXT("GuidelinesAndTipsLabel", "Guidelines and Tips"),
+			LOCTEXT("GuidelinesAndTipsPlaceholder", "Coding standards, best practices, or tips for Velmora to follow"),
+			GuidelinesAndTipsBox, [this](const FText& Text) { OnGuidelinesAndTipsChanged(Text); }),
+		BelowField);
+	Add(BuildFieldSection(LOCTEXT("ConstraintsLabel", "Constraints"),
+			LOCTEXT("ConstraintsPlaceholder", "Any limitations or constraints Velmora should be aware of"), ConstraintsBox,
+			[this](const FText& Text) { OnConstraintsChanged(Text); }),
+		BelowField);
+	Add(BuildNote(), BelowField);
+	return Content;
+}
+
+TSharedRef<SWidget> SCustomizeBehavior::BuildNote()
+{
+	return SNew(STextBlock)
+		.Text(LOCTEXT("CustomizeBehaviorSubtitle", "This information will be sent in every conversation to customize Velmora's behavior"))
+		.Font(FCoreStyle::GetDefaultFontStyle("Regular", 9))
+		.ColorAndOpacity(FSlateColor(FLinearColor(0.7f, 0.7f, 0.7f, 1.0f)))
+		.AutoWrapText(true);
 }
 
 TSharedRef<SWidget> SCustomizeBehavior::BuildFieldSection(const FText& Label, const FText& Placeholder,

@@ -80,6 +80,7 @@ FLinearColor SErrorNotification::GetAnimatedOpacity() const
 
 FReply SErrorNotification::OnDismissClicked()
 {
+	// Whoever shows it takes it away; it does not know where it stands.
 	OnDismissed.ExecuteIfBound();
 	return FReply::Handled();
 }

@@ -22,6 +22,7 @@ void SFileSearchDropdown::Construct(const FArguments& InArgs)
 	OnCancelled = InArgs._OnCancelled;
 	SelectedIndex = 0;
 	ViewModel = MakeShared<FFileSearchViewModel>();
+	// Before the query is set, whose results come by this way.
 	ViewModel->OnResultsChanged().AddSP(this, &SFileSearchDropdown::OnResultsChanged);
 	if (!InArgs._InitialQuery.IsEmpty())
 	{
@@ -46,41 +47,50 @@ void SFileSearchDropdown::Construct(const FArguments& InArgs)
 				.FillHeight(1.0f)
 				.Padding(4.0f, 0.0f)
 				[
-					SNew(SOverlay)
-					+ SOverlay::Slot()
-					[
-						SNew(SBox)
-						.Visibility(this, &SFileSearchDropdown::GetResultsListVisibility)
-						[
-							BuildResultsList()
-						]
-					]
-					+ SOverlay::Slot()
-					.HAlign(HAlign_Center)
-					.VAlign(VAlign_Center)
-					[
-						SNew(SBox)
-						.Visibility(this, &SFileSearchDropdown::GetNoResultsVisibility)
-						[
-							BuildNoResultsMessage()
-						]
-					]
-					+ SOverlay::Slot()
-					.HAlign(HAlign_Center)
-					.VAlign(VAlign_Center)
-					[
-						SNew(SBox)
-						.Visibility(this, &SFileSearchDropdown::GetLoadingVisibility)
-						[
-							BuildLoadingIndicator()
-						]
-					]
+					BuildBody()
 				]
 			]
 		]
 	];
 	// clang-format on
+	// The list exists only now, so what the query above found is selected here.
 	ShowSelectedIndex();
+}
+
+TSharedRef<SWidget> SFileSearchDropdown::BuildBody()
+{
+	// All three lie in one place, and each knows itself when it shows.
+	// clang-format off
+	return SNew(SOverlay)
+		+ SOverlay::Slot()
+		[
+			SNew(SBox)
+			.Visibility(this, &SFileSearchDropdown::GetResultsListVisibility)
+			[
+				BuildResultsList()
+			]
+		]
+		+ SOverlay::Slot()
+		.HAlign(HAlign_Center)
+		.VAlign(VAlign_Center)
+		[
+			SNew(SBox)
+			.Visibility(this, &SFileSearchDropdown::GetNoResultsVisibility)
+			[
+				BuildNoResultsMessage()
+			]
+		]
+		+ SOverlay::Slot()
+		.HAlign(HAlign_Center)
+		.VAlign(VAlign_Center)
+		[
+			SNew(SBox)
+			.Visibility(this, &SFileSearchDropdown::GetLoadingVisibility)
+			[
+				BuildLoadingIndicator()
+			]
+		];
+	// clang-format on
 }
 
 TSharedRef<SWidget> SFileSearchDropdown::BuildResultsList()
@@ -128,6 +138,7 @@ void SFileSearchDropdown::NavigateNext()
 {
 	if (ListItems.Num() > 0)
 	{
+		// Round at both ends.
 		SelectedIndex = SelectedIndex + 1 < ListItems.Num() ? SelectedIndex + 1 : 0;
 		ShowSelectedIndex();
 	}
@@ -226,6 +237,7 @@ void SFileSearchDropdown::OnListItemDoubleClicked(FItem Item)
 void SFileSearchDropdown::OnResultsChanged(const TArray<Velmora::UI::FFileSearchResult>& Results)
 {
 	using Velmora::UI::FFileSearchResult;
+	// The list goes by objects, so all are made anew: rows of an old query must not stay.
 	ListItems.Empty(Results.Num());
 	for (const FFileSearchResult& Result : Results)
 	{
@@ -271,6 +283,7 @@ EVisibility SFileSearchDropdown::GetNoResultsVisibility() const
 	{
 		return EVisibility::Collapsed;
 	}
+	// Nothing was found, or nothing can be: without a query there is neither.
 	const bool bNothingFound = ViewModel->IsReady() && !ViewModel->GetSearchQuery().IsEmpty() && ListItems.IsEmpty();
 	const bool bIdle = !ViewModel->IsReady() && !ViewModel->IsIndexing();
 	return VisibleIf(bNothingFound || bIdle);

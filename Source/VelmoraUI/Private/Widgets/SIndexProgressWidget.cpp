@@ -121,6 +121,7 @@ void SIndexProgressWidget::UpdateProgress(int32 InFilesProcessed, int32 InTotalF
 	TotalFiles = InTotalFiles;
 	CurrentFile = InCurrentFile;
 	ElapsedSeconds = InElapsedSeconds;
+	// The first report of a build begins it; nobody says so before.
 	if (!bIsBuilding)
 	{
 		bIsBuilding = true;
@@ -155,6 +156,7 @@ void SIndexProgressWidget::StartCompletionFadeOut()
 
 void SIndexProgressWidget::Reset()
 {
+	// Everything, also a fade that runs: the widget is used again for the next build.
 	FilesProcessed = 0;
 	TotalFiles = 0;
 	CurrentFile.Empty();
@@ -175,6 +177,7 @@ void SIndexProgressWidget::Tick(const FGeometry& AllottedGeometry, const double 
 	FadeOutAnimator.Tick(InDeltaTime);
 	if (bIsBuilding)
 	{
+		// By the clock between reports, so that the estimate goes down while one file takes long.
 		ElapsedSeconds = FPlatformTime::Seconds() - BuildStartTime;
 	}
 	StayAwake.Update();
@@ -186,6 +189,7 @@ FText SIndexProgressWidget::GetStatusText() const
 	{
 		return LOCTEXT("BuildStarting", "Starting index build...");
 	}
+	// Halves go up. In double, since the product may leave 32 bits.
 	const int32 Percent = FMath::FloorToInt32(static_cast<double>(FilesProcessed) / TotalFiles * 100.0 + 0.5);
 	return FText::Format(LOCTEXT("BuildProgress", "Building index: {0}/{1} files ({2}%)"), FText::AsNumber(FilesProcessed),
 		FText::AsNumber(TotalFiles), FText::AsNumber(Percent));
@@ -228,6 +232,7 @@ FText SIndexProgressWidget::GetTimeRemainingText() const
 	{
 		return LOCTEXT("Calculating", "Calculating time remaining...");
 	}
+	// As fast as so far: files differ, but over a project that evens out.
 	const double Remaining = ElapsedSeconds / FilesProcessed * (TotalFiles - FilesProcessed);
 	if (Remaining >= 60.0)
 	{
@@ -253,6 +258,7 @@ EVisibility SIndexProgressWidget::GetCompletionVisibility() const
 FLinearColor SIndexProgressWidget::GetAnimatedOpacity() const
 {
 	float Opacity = 1.0f;
+	// Going goes before coming: Cancel may be pressed while the widget still fades in.
 	if (FadeOutAnimator.IsAnimating())
 	{
 		Opacity = 1.0f - FadeOutAnimator.GetOpacity();
@@ -270,6 +276,7 @@ FLinearColor SIndexProgressWidget::GetAnimatedOpacity() const
 
 FReply SIndexProgressWidget::OnCancelClicked()
 {
+	// Only the display: nothing here can stop a build.
 	FadeOutAnimator.FadeOut(0.3f);
 	StayAwake.Start();
 	return FReply::Handled();

@@ -54,6 +54,7 @@ void SLoadingIndicator::Tick(const FGeometry& AllottedGeometry, const double InC
 	SCompoundWidget::Tick(AllottedGeometry, InCurrentTime, InDeltaTime);
 	constexpr float CycleSeconds = 1.5f;
 	AnimationTime += InDeltaTime;
+	// Back to no dots, where the message begins.
 	if (AnimationTime > CycleSeconds)
 	{
 		AnimationTime = 0.0f;

@@ -39,15 +39,18 @@ void SMarkdownTextBlock::RebuildContent()
 	{
 		return;
 	}
+	// 1. The same text again needs nothing, unless it has come to nothing before.
 	const FString CurrentText = Text.Get();
 	if (CurrentText == LastParsedText && ParsedTokens.Num() > 0)
 	{
 		return;
 	}
+	// 2. The tokens.
 	ContentBox->ClearChildren();
 	ParsedTokens = Velmora::Markdown::FMarkdownParser::Parse(CurrentText);
 	LastParsedText = CurrentText;
 
+	// 3. A widget for each block. Inline tokens are gathered until the next block, since they share their lines.
 	TArray<FMarkdownToken> Run;
 	for (const FMarkdownToken& Token : ParsedTokens)
 	{
@@ -66,6 +69,7 @@ void SMarkdownTextBlock::RebuildContent()
 		];
 		// clang-format on
 	}
+	// 4. What is left over has nothing below it to keep a distance from.
 	AddInlineRun(Run, FMargin(0.0f));
 
 	// Blanks alone parse to nothing, and still are a text.

@@ -50,6 +50,7 @@ TSharedRef<SWidget> SMarkdownTextBlock::BuildBlockToken(const FMarkdownToken& To
 
 TSharedRef<SWidget> SMarkdownTextBlock::BuildHeader(const FMarkdownToken& Token)
 {
+	// Clamped, since the token may be made by others than the parser.
 	const FString StyleName = FString::Printf(TEXT("Velmora.Markdown.Header%d"), FMath::Clamp(Token.Level, 1, 6));
 	// clang-format off
 	return SNew(SBorder)
@@ -184,6 +185,7 @@ TSharedRef<SWidget> SMarkdownTextBlock::BuildFootnoteDefinition(const FMarkdownT
 TSharedRef<SWidget> SMarkdownTextBlock::BuildTable(const FMarkdownToken& Token)
 {
 	TArray<FString> Rows;
+	// 1. The rows. The parser lets no table pass without its separator, but a token may be made by others.
 	Token.Content.ParseIntoArray(Rows, TEXT("\n"), true);
 	if (Rows.Num() < 2)
 	{
@@ -192,6 +194,7 @@ TSharedRef<SWidget> SMarkdownTextBlock::BuildTable(const FMarkdownToken& Token)
 	TArray<FString> Alignments;
 	Token.Metadata.ParseIntoArray(Alignments, TEXT(","), true);
 
+	// 2. All but the separator, which has become the alignments.
 	constexpr int32 SeparatorRow = 1;
 	const TSharedRef<SVerticalBox> Table = SNew(SVerticalBox);
 	for (int32 Index = 0; Index < Rows.Num(); ++Index)
@@ -221,6 +224,7 @@ TSharedRef<SWidget> SMarkdownTextBlock::BuildTable(const FMarkdownToken& Token)
 TSharedRef<SWidget> SMarkdownTextBlock::BuildTableRow(const FString& Row, const TArray<FString>& Alignments)
 {
 	TArray<FString> Cells;
+	// Empty cells fall away, those outside of the outer pipes among them; so one that is meant to be empty shifts its row.
 	Row.ParseIntoArray(Cells, TEXT("|"), true);
 	const TSharedRef<SHorizontalBox> Box = SNew(SHorizontalBox);
 	for (int32 Column = 0; Column < Cells.Num(); ++Column)

@@ -9,8 +9,7 @@
 #include "Styling/AppStyle.h"
 #include "Styling/CoreStyle.h"
 #include "Styling/SlateTypes.h"
-#include "Widgets/Images/SImage.h"
-#include "Widgets/Input/SButton.h"
+#include "Widgets/IconButton.h"
 #include "Widgets/Layout/SBorder.h"
 #include "Widgets/Layout/SScrollBox.h"
 #include "Widgets/SBoxPanel.h"
@@ -40,6 +39,55 @@ namespace
 		.ColorAndOpacity(FSlateColor(Color))
 	];
 		// clang-format on
+	}
+
+	/** Every character of the code stands there, indentation included. */
+	void AddLinesAsWritten(SVerticalBox& CodeBox, const FString& Code, const TArray<FSyntaxToken>& Tokens, const FTextBlockStyle& CodeStyle)
+	{
+		for (const TArray<FCodePiece>& Line : Velmora::Markdown::SplitIntoCodeLines(Code, Tokens))
+		{
+			const TSharedRef<SHorizontalBox> LineBox = SNew(SHorizontalBox);
+			for (const FCodePiece& Piece : Line)
+			{
+				AddCodePiece(*LineBox, Piece.Text, CodeStyle, FVelmoraUIStyles::GetSyntaxTokenColor(Piece.Type));
+			}
+			CodeBox.AddSlot().AutoHeight()[LineBox];
+		}
+	}
+
+	/**
+	 * A line is the tokens that lie within it. One that crosses the end of a line belongs to none: the blanks around a line feed are
+	 * one token, so the indentation of the next line goes with it. A line without any token stands as it is.
+	 */
+	void AddLinesOfTokens(SVerticalBox& CodeBox, const FString& Code, const TArray<FSyntaxToken>& Tokens, const FTextBlockStyle& CodeStyle)
+	{
+		TArray<FString> Lines;
+		Code.ParseIntoArrayLines(Lines, /*bCullEmpty*/ false);
+		// Tokens are in the order of the code, as the lines are: both are walked once.
+		int32 NextToken = 0;
+		int32 LineStart = 0;
+		for (const FString& Line : Lines)
+		{
+			const int32 LineEnd = LineStart + Line.Len();
+			const TSharedRef<SHorizontalBox> LineBox = SNew(SHorizontalBox);
+			bool bHasToken = false;
+			for (; NextToken < Tokens.Num() && Tokens[NextToken].Start <= LineEnd; ++NextToken)
+			{
+				const FSyntaxToken& Token = Tokens[NextToken];
+				if (Token.Start >= LineStart && Token.End <= LineEnd)
+				{
+					AddCodePiece(*LineBox, Token.Text, CodeStyle, FVelmoraUIStyles::GetSyntaxTokenColor(Token.Type));
+					bHasToken = true;
+				}
+			}
+			if (!bHasToken)
+			{
+				AddCodePiece(*LineBox, Line, CodeStyle, FVelmoraUIStyles::GetTextColorPrimary());
+			}
+			CodeBox.AddSlot().AutoHeight()[LineBox];
+			// One character for the line end, however it is written: with two of them the tokens no longer meet their lines.
+			LineStart = LineEnd + 1;
+		}
 	}
 
 } // namespace
@@ -80,6 +128,14 @@ TSharedRef<SWidget> SMarkdownTextBlock::BuildCodeHeader(const FString& Code, con
 {
 	// "text" is what a block without a tag is called; it would only tell the reader what he sees.
 	const bool bShowLanguage = Language != TEXT("text");
+	FIconButton Look;
+	Look.Tag = "CopyCodeButton";
+	Look.Style = "NoBorder";
+	Look.ContentPadding = FMargin(4.0f, 4.0f, 4.0f, 4.0f);
+	Look.Icon = "MessageAction_Copy_32";
+	Look.IconSize = 16.0;
+	Look.ToolTip = LOCTEXT("CopyCodeTooltip", "Copy code to clipboard");
+	Look.OnClicked = FOnClicked::CreateSP(this, &SMarkdownTextBlock::OnCopyCodeClicked, Code);
 	// clang-format off
 	return SNew(SHorizontalBox)
 		+ SHorizontalBox::Slot()
@@ -96,17 +152,7 @@ TSharedRef<SWidget> SMarkdownTextBlock::BuildCodeHeader(const FString& Code, con
 		.AutoWidth()
 		.VAlign(VAlign_Center)
 		[
-			SNew(SButton)
-			.Tag(FName("CopyCodeButton"))
-			.ButtonStyle(FAppStyle::Get(), "NoBorder")
-			.ContentPadding(FMargin(4.0f, 4.0f, 4.0f, 4.0f))
-			.ToolTipText(LOCTEXT("CopyCodeTooltip", "Copy code to clipboard"))
-			.OnClicked(this, &SMarkdownTextBlock::OnCopyCodeClicked, Code)
-			[
-				SNew(SImage)
-				.Image(FVelmoraUIStyles::GetBrush("MessageAction_Copy_32"))
-				.DesiredSizeOverride(FVector2D(16.0, 16.0))
-			]
+			MakeIconButton(Look)
 		];
 	// clang-format on
 }
@@ -133,49 +179,11 @@ TSharedRef<SWidget> SMarkdownTextBlock::BuildCodeLines(const FString& Code, cons
 	const TArray<FSyntaxToken> Tokens = Velmora::Markdown::TokenizeCode(Code, Language);
 	if (KeepCodeLayout.GetValueOnGameThread() != 0)
 	{
-		for (const TArray<FCodePiece>& Line : Velmora::Markdown::SplitIntoCodeLines(Code, Tokens))
-		{
-			const TSharedRef<SHorizontalBox> LineBox = SNew(SHorizontalBox);
-			for (const FCodePiece& Piece : Line)
-			{
-				AddCodePiece(*LineBox, Piece.Text, CodeStyle, FVelmoraUIStyles::GetSyntaxTokenColor(Piece.Type));
-			}
-			CodeBox->AddSlot().AutoHeight()[LineBox];
-		}
-		return CodeBox;
+		AddLinesAsWritten(*CodeBox, Code, Tokens, CodeStyle);
 	}
-	// In the order of the code, as the lines are: both are walked once.
-	int32 NextToken = 0;
-	TArray<FString> Lines;
-	Code.ParseIntoArrayLines(Lines, /*bCullEmpty*/ false);
-	int32 LineStart = 0;
-	for (const FString& Line : Lines)
+	else
 	{
-		const int32 LineEnd = LineStart + Line.Len();
-		const TSharedRef<SHorizontalBox> LineBox = SNew(SHorizontalBox);
-		bool bHasToken = false;
-		for (; NextToken < Tokens.Num() && Tokens[NextToken].Start <= LineEnd; ++NextToken)
-		{
-			// A token that crosses the end of a line belongs to none.
-			const FSyntaxToken& Token = Tokens[NextToken];
-			if (Token.Start >= LineStart && Token.End <= LineEnd)
-			{
-				AddCodePiece(*LineBox, Token.Text, CodeStyle, FVelmoraUIStyles::GetSyntaxTokenColor(Token.Type));
-				bHasToken = true;
-			}
-		}
-		if (!bHasToken)
-		{
-			AddCodePiece(*LineBox, Line, CodeStyle, FVelmoraUIStyles::GetTextColorPrimary());
-		}
-		// clang-format off
-		CodeBox->AddSlot()
-		.AutoHeight()
-		[
-			LineBox
-		];
-		// clang-format on
-		LineStart = LineEnd + 1;
+		AddLinesOfTokens(*CodeBox, Code, Tokens, CodeStyle);
 	}
 	return CodeBox;
 }

@@ -63,6 +63,7 @@ namespace
 
 	void OpenLocalFile(const FString& Path)
 	{
+		// From the project on, and not from wherever the program was started.
 		const FString FullPath = FPaths::IsRelative(Path) ? ToFullProjectPath(Path) : Path;
 		if (FPaths::FileExists(FullPath))
 		{
@@ -89,6 +90,7 @@ TSharedRef<SWidget> SMarkdownTextBlock::BuildInlineContent(const TArray<FMarkdow
 	{
 		return SNullWidget::NullWidget;
 	}
+	// One text wraps within its words; a row of widgets can only wrap between them. So plain text is one widget.
 	if (IsPlainText(Tokens))
 	{
 		return MakeWrappingText(Tokens, FVelmoraUIStyles::GetTextStyle("Velmora.Markdown.Text"));
@@ -193,6 +195,7 @@ TSharedRef<SWidget> SMarkdownTextBlock::ParseAndBuildInlineContentWithStyle(cons
 	TArray<FMarkdownToken> Tokens;
 	for (const FMarkdownToken& Token : Velmora::Markdown::FMarkdownParser::Parse(JoinLines(InText)))
 	{
+		// A heading or cell has one line: what reads like a block in it is left out.
 		if (Token.IsInline())
 		{
 			Tokens.Add(Token);
@@ -204,6 +207,7 @@ TSharedRef<SWidget> SMarkdownTextBlock::ParseAndBuildInlineContentWithStyle(cons
 void SMarkdownTextBlock::OnLinkClicked(FString Url)
 {
 	FString Rest;
+	// The schemes that are known, then all others the way of the first: the system knows more of them than this list.
 	if (TakeScheme(Url, TEXT("http://"), Rest) || TakeScheme(Url, TEXT("https://"), Rest))
 	{
 		FPlatformProcess::LaunchURL(*Url, nullptr, nullptr);

@@ -28,11 +28,13 @@ void SMessageList::Construct(const FArguments& InArgs)
 
 void SMessageList::SetMessages(const TArray<TSharedPtr<FChatMessage>>& NewMessages)
 {
+	// 1. Where the reader was, before the rows change.
 	const bool bWasAtBottom = IsScrolledToBottom();
 	const int32 OldCount = Messages.Num();
 	Messages = NewMessages;
 	const int32 NewCount = Messages.Num();
 
+	// 2. The least work that gives the rows: nearly always a message was added, sometimes the last one taken away.
 	const bool bRowsFitOldMessages = LastMessageCount == OldCount;
 	if (NewCount > LastMessageCount && bRowsFitOldMessages)
 	{
@@ -42,11 +44,13 @@ void SMessageList::SetMessages(const TArray<TSharedPtr<FChatMessage>>& NewMessag
 	{
 		RemoveLastMessage();
 	}
+	// What else there is, a load or an undo, makes all rows anew. As many as before means that only their flags have changed.
 	else if (NewCount != LastMessageCount)
 	{
 		RebuildMessageList();
 	}
 
+	// 3. Follow the end, unless the reader has gone up to read.
 	if (bAutoScroll && (!bUserScrolledUp || bWasAtBottom))
 	{
 		RequestScrollToEnd();
@@ -76,6 +80,7 @@ void SMessageList::AddRowsFrom(int32 StartIndex)
 	for (int32 Index = StartIndex; Index < Messages.Num(); ++Index)
 	{
 		const TSharedPtr<FChatMessage>& Message = Messages[Index];
+		// Leaves no row, and the count below still counts it: rows and messages are compared by number.
 		if (!Message.IsValid())
 		{
 			continue;
@@ -118,6 +123,7 @@ void SMessageList::ScrollToBottom()
 
 void SMessageList::RequestScrollToEnd()
 {
+	// Two frames later: the new rows are measured with the first, and only then the end is known.
 	bPendingScrollToBottom = true;
 	ScrollDelayFrames = 2;
 	StayAwake.Start();

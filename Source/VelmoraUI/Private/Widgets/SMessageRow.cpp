@@ -2,8 +2,7 @@
 
 #include "Style/VelmoraUIStyles.h"
 #include "Styling/AppStyle.h"
-#include "Widgets/Images/SImage.h"
-#include "Widgets/Input/SButton.h"
+#include "Widgets/IconButton.h"
 #include "Widgets/Layout/SBorder.h"
 #include "Widgets/Layout/SBox.h"
 #include "Widgets/SBoxPanel.h"
@@ -28,6 +27,17 @@ namespace
 	int32 CountToolsOfGroup(const TSharedPtr<FChatMessage>& Message)
 	{
 		return IsToolGroup(Message) ? Message->ToolExecutions.Num() : 0;
+	}
+
+	FIconButton MakeHeaderButtonLook(FName Tag, FName Icon)
+	{
+		FIconButton Look;
+		Look.Tag = Tag;
+		Look.Style = "NoBorder";
+		Look.ContentPadding = FMargin(4.0f);
+		Look.Icon = Icon;
+		Look.IconSize = 32.0;
+		return Look;
 	}
 
 } // namespace
@@ -83,6 +93,7 @@ void SMessageRow::SetMessage(TSharedPtr<FChatMessage> NewMessage)
 		return;
 	}
 	Message = NewMessage;
+	// What was made for the old message stays on screen until the row is built anew; nothing further is made for it.
 	CachedContent.Reset();
 	ToolContainer.Reset();
 	LastToolCount = CountToolsOfGroup(Message);
@@ -106,6 +117,7 @@ void SMessageRow::Tick(const FGeometry& AllottedGeometry, const double InCurrent
 	SCompoundWidget::Tick(AllottedGeometry, InCurrentTime, InDeltaTime);
 	FadeAnimator.Tick(InDeltaTime);
 
+	// The dots of an answer that is still being written.
 	if (GetTypingIndicatorVisibility() == EVisibility::Visible)
 	{
 		constexpr float CycleSeconds = 1.5f;
@@ -139,48 +151,13 @@ TSharedRef<SWidget> SMessageRow::BuildMessageHeader() const
 
 TSharedRef<SWidget> SMessageRow::BuildToolHeader()
 {
-	// clang-format off
-	return SNew(SHorizontalBox)
-		+ SHorizontalBox::Slot()
-		.AutoWidth()
-		.VAlign(VAlign_Center)
-		.Padding(0.0f, 0.0f, 8.0f, 0.0f)
-		[
-			SNew(SImage)
-			.Image(FAppStyle::GetBrush("Icons.FilledCircle"))
-			.ColorAndOpacity(FSlateColor(FToolRowLook::ReadColor(Message->ToolColor)))
-			.DesiredSizeOverride(FVector2D(8.0, 8.0))
-		]
-		+ SHorizontalBox::Slot()
-		.FillWidth(1.0f)
-		.VAlign(VAlign_Center)
-		.Padding(8.0f, 0.0f)
-		[
-			SNew(STextBlock)
-			.Text(FText::FromString(FToolRowLook::MakeLabel(*Message)))
-			.Font(FVelmoraUIStyles::GetToolMessageFont())
-			.ColorAndOpacity(FSlateColor(FVelmoraUIStyles::GetToolMessageTextColor()))
-		]
-		+ SHorizontalBox::Slot()
-		.AutoWidth()
-		.VAlign(VAlign_Center)
-		.Padding(0.0f, 0.0f, 8.0f, 0.0f)
-		[
-			SNew(SImage)
-			.Image(this, &SMessageRow::GetToolStatusIcon)
-			.ColorAndOpacity(this, &SMessageRow::GetToolStatusColor)
-			.DesiredSizeOverride(FVector2D(16.0, 16.0))
-		]
-		+ SHorizontalBox::Slot()
-		.AutoWidth()
-		.VAlign(VAlign_Center)
-		[
-			SNew(STextBlock)
-			.Text(FText::FromString(Message->GetFormattedTimestamp()))
-			.Font(FVelmoraUIStyles::GetTimestampFont())
-			.ColorAndOpacity(FSlateColor(FVelmoraUIStyles::GetTextColorSecondary()))
-		];
-	// clang-format on
+	FToolRowShape Shape;
+	Shape.LabelPadding = FMargin(8.0f, 0.0f);
+	Shape.StatusPadding = FMargin(0.0f, 0.0f, 8.0f, 0.0f);
+	Shape.StatusSize = FVector2D(16.0, 16.0);
+	Shape.StatusIcon = TAttribute<const FSlateBrush*>::CreateSP(this, &SMessageRow::GetToolStatusIcon);
+	Shape.StatusColor = TAttribute<FSlateColor>::CreateSP(this, &SMessageRow::GetToolStatusColor);
+	return FToolRowLook::MakeRow(*Message, Shape);
 }
 
 TSharedRef<SWidget> SMessageRow::BuildTextHeader()
@@ -201,39 +178,14 @@ TSharedRef<SWidget> SMessageRow::BuildTextHeader()
 		.VAlign(VAlign_Center)
 		.Padding(0.0f, 0.0f, 8.0f, 0.0f)
 		[
-			SAssignNew(UndoButton, SButton)
-			.Tag(FName("UndoButton"))
-			.ButtonStyle(FAppStyle::Get(), "NoBorder")
-			.ContentPadding(FMargin(4.0f))
-			.OnClicked(this, &SMessageRow::OnUndoButtonClicked)
-			.Visibility(this, &SMessageRow::GetUndoButtonVisibility)
-			.IsEnabled(this, &SMessageRow::GetUndoButtonEnabled)
-			.ToolTipText(this, &SMessageRow::GetUndoButtonTooltip)
-			[
-				SNew(SImage)
-				.Image(FVelmoraUIStyles::GetBrush("MessageAction_Undo_32"))
-				.ColorAndOpacity(this, &SMessageRow::GetUndoButtonTint)
-				.DesiredSizeOverride(FVector2D(32.0, 32.0))
-			]
+			BuildUndoButton()
 		]
 		+ SHorizontalBox::Slot()
 		.AutoWidth()
 		.VAlign(VAlign_Center)
 		.Padding(0.0f, 0.0f, 8.0f, 0.0f)
 		[
-			SAssignNew(CopyButton, SButton)
-			.Tag(FName("CopyButton"))
-			.ButtonStyle(FAppStyle::Get(), "NoBorder")
-			.ContentPadding(FMargin(4.0f))
-			.OnClicked(this, &SMessageRow::OnCopyButtonClicked)
-			.Visibility(this, &SMessageRow::GetCopyButtonVisibility)
-			.ToolTipText(this, &SMessageRow::GetCopyButtonTooltip)
-			[
-				SNew(SImage)
-				.Image(FVelmoraUIStyles::GetBrush("MessageAction_Copy_32"))
-				.ColorAndOpacity(this, &SMessageRow::GetCopyButtonTint)
-				.DesiredSizeOverride(FVector2D(32.0, 32.0))
-			]
+			BuildCopyButton()
 		]
 		+ SHorizontalBox::Slot()
 		.AutoWidth()
@@ -247,6 +199,29 @@ TSharedRef<SWidget> SMessageRow::BuildTextHeader()
 	// clang-format on
 }
 
+TSharedRef<SWidget> SMessageRow::BuildUndoButton()
+{
+	FIconButton Look = MakeHeaderButtonLook("UndoButton", "MessageAction_Undo_32");
+	Look.OnClicked = FOnClicked::CreateSP(this, &SMessageRow::OnUndoButtonClicked);
+	Look.IsEnabled = TAttribute<bool>::CreateSP(this, &SMessageRow::GetUndoButtonEnabled);
+	Look.Visibility = TAttribute<EVisibility>::CreateSP(this, &SMessageRow::GetUndoButtonVisibility);
+	Look.ToolTip = TAttribute<FText>::CreateSP(this, &SMessageRow::GetUndoButtonTooltip);
+	Look.Tint = TAttribute<FSlateColor>::CreateSP(this, &SMessageRow::GetUndoButtonTint);
+	UndoButton = MakeIconButton(Look);
+	return UndoButton.ToSharedRef();
+}
+
+TSharedRef<SWidget> SMessageRow::BuildCopyButton()
+{
+	FIconButton Look = MakeHeaderButtonLook("CopyButton", "MessageAction_Copy_32");
+	Look.OnClicked = FOnClicked::CreateSP(this, &SMessageRow::OnCopyButtonClicked);
+	Look.Visibility = TAttribute<EVisibility>::CreateSP(this, &SMessageRow::GetCopyButtonVisibility);
+	Look.ToolTip = TAttribute<FText>::CreateSP(this, &SMessageRow::GetCopyButtonTooltip);
+	Look.Tint = TAttribute<FSlateColor>::CreateSP(this, &SMessageRow::GetCopyButtonTint);
+	CopyButton = MakeIconButton(Look);
+	return CopyButton.ToSharedRef();
+}
+
 TSharedRef<SWidget> SMessageRow::BuildMessageContent()
 {
 	if (!Message.IsValid() || Message->IsToolMessage())
@@ -257,6 +232,7 @@ TSharedRef<SWidget> SMessageRow::BuildMessageContent()
 	{
 		return BuildToolGroup();
 	}
+	// A finished text is parsed and laid out once.
 	if (CachedContent.IsValid() && Message->bIsComplete && Message->ToolExecutions.Num() == 0)
 	{
 		return CachedContent.ToSharedRef();
@@ -287,6 +263,7 @@ TSharedRef<SWidget> SMessageRow::BuildMessageContent()
 			]
 		];
 	// clang-format on
+	// An unfinished one is not kept: its text grows.
 	if (Message->bIsComplete)
 	{
 		CachedContent = Content;
@@ -298,6 +275,7 @@ TSharedRef<SWidget> SMessageRow::BuildToolGroup()
 {
 	if (!ToolContainer.IsValid())
 	{
+		// The container asks the message that it was made for, whatever the row shows later.
 		const TSharedPtr<FChatMessage> Group = Message;
 		SAssignNew(ToolContainer, SToolExecutionContainer)
 			.ToolExecutions(Group->ToolExecutions)

@@ -36,6 +36,7 @@ namespace
 			FVelmoraUIStyles::GetSystemMessageBackgroundColor(), FVelmoraUIStyles::GetSystemMessageBorderColor(), 1.0f);
 		static const FCardLook Tool(FVelmoraUIStyles::GetToolMessageBackgroundColor(), FVelmoraUIStyles::GetToolMessageBorderColor(), 1.0f);
 		static const FCardLook ToolSummary(FLinearColor(0.0f, 0.0f, 0.0f, 0.0f), FLinearColor(0.0f, 0.0f, 0.0f, 0.0f), 0.0f);
+		// A row without a message looks like the plainest of all.
 		if (!Message.IsValid())
 		{
 			return Tool;
@@ -101,6 +102,7 @@ FSlateColor SMessageRow::GetSenderNameColor() const
 
 EVisibility SMessageRow::GetTypingIndicatorVisibility() const
 {
+	// Only the last row: an answer that was cut off stays incomplete for good and must not seem to go on.
 	const bool bTyping = Message.IsValid() && Message->IsAIMessage() && !Message->bIsComplete && bIsLatestMessage;
 	return VisibleIf(bTyping);
 }
@@ -135,12 +137,14 @@ FSlateColor SMessageRow::GetCopyButtonTint() const
 
 EVisibility SMessageRow::GetUndoButtonVisibility() const
 {
+	// Without a transaction there is nothing to go back to, and a button that can only refuse is worse than none.
 	const bool bHasTransaction = Message.IsValid() && Message->IsUserMessage() && !Message->TransactionId.IsEmpty();
 	return VisibleIf(bHasTransaction);
 }
 
 bool SMessageRow::GetUndoButtonEnabled() const
 {
+	// Asked in each frame: whether an undo may run is the conversation's matter and changes without a word to the rows.
 	return CanUndoDelegate.IsBound() && CanUndoDelegate.Execute();
 }
 

@@ -114,46 +114,13 @@ TSharedRef<SWidget> SToolExecutionContainer::BuildToolRow(TSharedPtr<FChatMessag
 	{
 		return SNullWidget::NullWidget;
 	}
-	// clang-format off
-	return SNew(SHorizontalBox)
-		+ SHorizontalBox::Slot()
-		.AutoWidth()
-		.VAlign(VAlign_Center)
-		.Padding(0.0f, 0.0f, 8.0f, 0.0f)
-		[
-			SNew(SImage)
-			.Image(FAppStyle::GetBrush("Icons.FilledCircle"))
-			.ColorAndOpacity(FSlateColor(FToolRowLook::ReadColor(Message->ToolColor)))
-			.DesiredSizeOverride(FVector2D(8.0, 8.0))
-		]
-		+ SHorizontalBox::Slot()
-		.FillWidth(1.0f)
-		.VAlign(VAlign_Center)
-		[
-			SNew(STextBlock)
-			.Text(FText::FromString(FToolRowLook::MakeLabel(*Message)))
-			.Font(FVelmoraUIStyles::GetToolMessageFont())
-			.ColorAndOpacity(FSlateColor(FVelmoraUIStyles::GetToolMessageTextColor()))
-		]
-		+ SHorizontalBox::Slot()
-		.AutoWidth()
-		.VAlign(VAlign_Center)
-		.Padding(8.0f, 0.0f)
-		[
-			SNew(SImage)
-			.Image_Lambda([Message]() { return FToolRowLook::GetStatusBrush(Message->ToolStatus); })
-			.ColorAndOpacity_Lambda([Message]() { return FToolRowLook::GetStatusColor(Message->ToolStatus); })
-		]
-		+ SHorizontalBox::Slot()
-		.AutoWidth()
-		.VAlign(VAlign_Center)
-		[
-			SNew(STextBlock)
-			.Text(FText::FromString(Message->GetFormattedTimestamp()))
-			.Font(FVelmoraUIStyles::GetTimestampFont())
-			.ColorAndOpacity(FSlateColor(FVelmoraUIStyles::GetTextColorSecondary()))
-		];
-	// clang-format on
+	// The row holds the message, which the container may have forgotten by the time the mark is asked for.
+	FToolRowShape Shape;
+	Shape.StatusPadding = FMargin(8.0f, 0.0f);
+	Shape.StatusIcon =
+		TAttribute<const FSlateBrush*>::CreateLambda([Message] { return FToolRowLook::GetStatusBrush(Message->ToolStatus); });
+	Shape.StatusColor = TAttribute<FSlateColor>::CreateLambda([Message] { return FToolRowLook::GetStatusColor(Message->ToolStatus); });
+	return FToolRowLook::MakeRow(*Message, Shape);
 }
 
 EVisibility SToolExecutionContainer::GetBodyVisibility() const

@@ -51,8 +51,10 @@ SVelmoraTab::~SVelmoraTab()
 void SVelmoraTab::Construct(const FArguments& InArgs, const TSharedRef<SDockTab>& InOwnerTab)
 {
 	OwnerTab = InOwnerTab;
+	// Nothing here moves by itself; a plan that comes asks for a single frame.
 	StayAwake.SetUp(*this, [] { return false; });
 	TabStatePath = FPaths::ProjectSavedDir() / TEXT("Velmora") / TEXT("TabState.json");
+	// The agent and the flags first, since the widgets ask for both while they are built.
 	InitializeAgent();
 	RestoreTabState();
 
@@ -94,8 +96,10 @@ void SVelmoraTab::InitializeViewModel()
 	{
 		return;
 	}
+	// The window before the plan: it sets up all that the conversation reports.
 	ChatWindow->SetViewModel(ViewModel);
 	Agent->OnPlanUpdate([this](const FString& First, const FString& PlanText) { OnPlanUpdate(First, PlanText); });
+	// A plan that was made before this tab was opened is reported to nobody again.
 	const FString PresentPlan = Agent->GetCurrentPlan();
 	if (!PresentPlan.IsEmpty())
 	{
@@ -105,6 +109,7 @@ void SVelmoraTab::InitializeViewModel()
 
 void SVelmoraTab::RestoreTabState()
 {
+	// No file, or one that cannot be read, is the first start: the flags keep what they begin with.
 	FString Text;
 	if (!FFileHelper::LoadFileToString(Text, *TabStatePath))
 	{
@@ -271,6 +276,7 @@ TSharedRef<SWidget> SVelmoraTab::BuildSidePanel()
 
 void SVelmoraTab::TogglePlanVisibility()
 {
+	// One page at a time: opening one closes the other, closing one leaves both closed.
 	bShowPlan = !bShowPlan;
 	bShowCustomizeBehavior = false;
 	SaveTabState();
@@ -294,6 +300,7 @@ void SVelmoraTab::OnPlanUpdate(const FString& First, const FString& PlanText)
 	if (PlanPanel.IsValid())
 	{
 		PlanPanel->UpdatePlan(PlanText);
+		// The plan comes from the agent, with no input that would bring a frame.
 		StayAwake.Start();
 	}
 }

@@ -2,6 +2,9 @@
 
 #include "Style/VelmoraUIStyles.h"
 #include "Styling/AppStyle.h"
+#include "Widgets/Images/SImage.h"
+#include "Widgets/SBoxPanel.h"
+#include "Widgets/Text/STextBlock.h"
 
 FString FToolRowLook::MakeLabel(const FChatMessage& Message)
 {
@@ -49,4 +52,50 @@ FSlateColor FToolRowLook::GetStatusColor(EToolStatus Status)
 		return FSlateColor(FVelmoraUIStyles::GetToolStatusFailedColor());
 	}
 	return FSlateColor(FLinearColor::White);
+}
+
+TSharedRef<SWidget> FToolRowLook::MakeRow(const FChatMessage& Message, const FToolRowShape& Shape)
+{
+	// clang-format off
+	return SNew(SHorizontalBox)
+		+ SHorizontalBox::Slot()
+		.AutoWidth()
+		.VAlign(VAlign_Center)
+		.Padding(0.0f, 0.0f, 8.0f, 0.0f)
+		[
+			SNew(SImage)
+			.Image(FAppStyle::GetBrush("Icons.FilledCircle"))
+			.ColorAndOpacity(FSlateColor(ReadColor(Message.ToolColor)))
+			.DesiredSizeOverride(FVector2D(8.0, 8.0))
+		]
+		+ SHorizontalBox::Slot()
+		.FillWidth(1.0f)
+		.VAlign(VAlign_Center)
+		.Padding(Shape.LabelPadding)
+		[
+			SNew(STextBlock)
+			.Text(FText::FromString(MakeLabel(Message)))
+			.Font(FVelmoraUIStyles::GetToolMessageFont())
+			.ColorAndOpacity(FSlateColor(FVelmoraUIStyles::GetToolMessageTextColor()))
+		]
+		+ SHorizontalBox::Slot()
+		.AutoWidth()
+		.VAlign(VAlign_Center)
+		.Padding(Shape.StatusPadding)
+		[
+			SNew(SImage)
+			.Image(Shape.StatusIcon)
+			.ColorAndOpacity(Shape.StatusColor)
+			.DesiredSizeOverride(Shape.StatusSize)
+		]
+		+ SHorizontalBox::Slot()
+		.AutoWidth()
+		.VAlign(VAlign_Center)
+		[
+			SNew(STextBlock)
+			.Text(FText::FromString(Message.GetFormattedTimestamp()))
+			.Font(FVelmoraUIStyles::GetTimestampFont())
+			.ColorAndOpacity(FSlateColor(FVelmoraUIStyles::GetTextColorSecondary()))
+		];
+	// clang-format on
 }

@@ -13,12 +13,11 @@
 #include "Templates/UniquePtr.h"
 #include "Types/SlateEnums.h"
 #include "UpdateGate.h"
+#include "Widgets/ConversationHistoryRefresh.h"
 #include "Widgets/DeclarativeSyntaxSupport.h"
 #include "Widgets/Input/SComboBox.h"
 #include "Widgets/SCompoundWidget.h"
 #include "Widgets/StayAwake.h"
-
-#include <atomic>
 
 class FChatMessage;
 class FChatViewModel;
@@ -60,7 +59,7 @@ public:
 	virtual FReply OnPreviewKeyDown(const FGeometry& MyGeometry, const FKeyEvent& InKeyEvent) override;
 	virtual bool SupportsKeyboardFocus() const override { return true; }
 
-	// The mapping between places in the prompt and its text as one string.
+	// The mapping between places in the prompt and its text as one string: that of FPromptLines.
 	static int32 TextLocationToLinearIndexForTests(const FString& Text, const FTextLocation& Location)
 	{
 		return TextLocationToLinearIndex(Text, Location);
@@ -71,9 +70,9 @@ public:
 	}
 
 	int32 GetConversationDropdownOptionCountForTests() const { return ConversationHistories.Num(); }
-	uint64 GetConversationHistoryRefreshRequestIdForTests() const { return HistoryRefreshRequestId.load(); }
-	bool IsConversationHistoryRefreshInFlightForTests() const { return bHistoryRefreshInFlight.load(); }
-	bool IsConversationHistoryRefreshQueuedForTests() const { return bHistoryRefreshQueued.load(); }
+	uint64 GetConversationHistoryRefreshRequestIdForTests() const { return HistoryRefresh.GetRequestId(); }
+	bool IsConversationHistoryRefreshInFlightForTests() const { return HistoryRefresh.IsInFlight(); }
+	bool IsConversationHistoryRefreshQueuedForTests() const { return HistoryRefresh.IsQueued(); }
 	void RequestConversationHistoryRefreshForTests() { RequestRefreshConversationHistoriesAsync(); }
 	/** To be called before the first refresh. */
 	void SetConversationHistorySaveDirForTests(const FString& SaveDir) { ConversationHistorySaveDir = SaveDir; }
@@ -82,7 +81,12 @@ private:
 	// Layout.
 	TSharedRef<SWidget> BuildHeaderArea();
 	TSharedRef<SWidget> BuildConversationSelector();
-	TSharedRef<SWidget> BuildHeaderButtonContent(FName Brush, const FText& Label, TSharedPtr<SButton> SChatWindow::*Button);
+	struct FHeaderButton;
+	TSharedRef<SWidget> BuildNewConversationButton();
+	TSharedRef<SWidget> BuildExportButton();
+	TSharedRef<SWidget> BuildClearButton();
+	TSharedRef<SWidget> BuildHeaderButton(const FHeaderButton& Look);
+	TSharedRef<SWidget> BuildHeaderButtonContent(const FHeaderButton& Look);
 	TSharedRef<SWidget> BuildUpdateButton();
 	TSharedRef<SWidget> BuildMessageArea();
 	TSharedRef<SWidget> BuildInputArea();
@@ -99,7 +103,7 @@ private:
 	TSharedRef<SWidget> BuildCancelButton();
 	TSharedRef<SWidget> BuildStatusBar();
 
-	// What the view model tells.
+	// What the view model reports.
 	void OnStateChanged(Velmora::EConversationState NewState);
 	void OnMessagesChanged();
 	void OnUpdateGateStateChanged(Velmora::EUpdateGateState NewState);
@@ -172,7 +176,6 @@ private:
 	/** Opens what a row of the changed files names: an asset or a file. */
 	void OnFileClicked(const FString& Path);
 
-	/** Lines end with a line feed alone. A place that does not exist counts as the end of the text. */
 	static int32 TextLocationToLinearIndex(const FString& Text, const FTextLocation& Location);
 	static FTextLocation LinearIndexToTextLocation(const FString& Text, int32 Index);
 
@@ -199,17 +202,13 @@ private:
 	/** Something that is only polled may change by itself. */
 	bool IsLookDue() const;
 
-	// Stored conversations. The store is read on a worker, by one at a time; what is asked for meanwhile is done once more
-	// after it.
+	// Stored conversations.
 	void RequestRefreshConversationHistoriesAsync();
 	/** Reads through the agent, on the game thread: stalls. */
 	void RefreshConversationHistories();
 	void RebuildConversationHistoriesFrom(const TArray<Velmora::FConversationMetadata>& Summaries);
 	void SetConversationOptions(const TArray<Velmora::FConversationMetadata>& Summaries);
-	/** Any thread. */
-	static FString ReadHistorySaveDir(const TWeakPtr<SChatWindow>& WeakWindow);
-	/** The id goes with the work and decides nothing: one refresh runs at a time. */
-	void FinishHistoryRefresh(uint64 RequestId, const TArray<Velmora::FConversationMetadata>& Summaries);
+	void FinishHistoryRefresh(const TArray<Velmora::FConversationMetadata>& Summaries);
 	/** The option for a conversation; null when it is not listed, or for null. */
 	TSharedPtr<Velmora::FConversationMetadata> FindConversationOption(const TSharedPtr<Velmora::FConversationMetadata>& Conversation) const;
 	/** Makes the box show the current conversation. One that is not listed can ask for a fresh list. */
@@ -259,13 +258,8 @@ private:
 	/** 0 to 1; 1 means that no transition is running. */
 	float ColorTransitionProgress = 0.0f;
 	FDelegateHandle UpdateGateHandle;
-	/** A worker or what it hands to the game thread is under way. */
-	std::atomic<bool> bHistoryRefreshInFlight{ false };
-	/** A refresh was asked for while one was under way. */
-	std::atomic<bool> bHistoryRefreshQueued{ false };
-	/** Counts the refreshes started. */
-	std::atomic<uint64> HistoryRefreshRequestId{ 0 };
-	/** A folder to read in place of the default store. Read by workers; written before the first of them. */
+	FConversationHistoryRefresh HistoryRefresh;
+	/** A folder to read in place of the default store. */
 	FString ConversationHistorySaveDir;
 	TSharedPtr<SComboBox<TSharedPtr<Velmora::FConversationMetadata>>> ConversationComboBox;
 	/** Replaced whole by each refresh: conversations are compared by their ids, never by their pointers. */

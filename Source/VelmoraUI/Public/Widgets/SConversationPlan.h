@@ -25,6 +25,7 @@ public:
 	void ClearPlan();
 
 private:
+	TSharedRef<SWidget> BuildHeader();
 	TSharedRef<SWidget> BuildPlanDisplay();
 	TSharedRef<SWidget> CreatePlanWidget(const FString& Content);
 	/** The one place for a filter of what is shown and copied. Nothing is filtered. */

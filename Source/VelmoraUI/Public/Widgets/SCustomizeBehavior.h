@@ -24,6 +24,7 @@ public:
 
 private:
 	TSharedRef<SWidget> BuildContent();
+	TSharedRef<SWidget> BuildNote();
 	TSharedRef<SWidget> BuildFieldSection(const FText& Label, const FText& Placeholder, TSharedPtr<SMultiLineEditableTextBox>& OutTextBox,
 		TFunction<void(const FText&)> OnChanged);
 	void LoadSavedValues();

@@ -56,6 +56,7 @@ public:
 private:
 	using FItem = TSharedPtr<Velmora::UI::FFileSearchResult>;
 
+	TSharedRef<SWidget> BuildBody();
 	TSharedRef<SWidget> BuildResultsList();
 	TSharedRef<SWidget> BuildNoResultsMessage();
 	TSharedRef<SWidget> BuildLoadingIndicator();

@@ -52,6 +52,8 @@ private:
 	TSharedRef<SWidget> BuildMessageHeader() const;
 	TSharedRef<SWidget> BuildToolHeader();
 	TSharedRef<SWidget> BuildTextHeader();
+	TSharedRef<SWidget> BuildUndoButton();
+	TSharedRef<SWidget> BuildCopyButton();
 	TSharedRef<SWidget> BuildMessageContent();
 	TSharedRef<SWidget> BuildToolGroup();
 	TSharedRef<SWidget> BuildToolIndicator() const;

@@ -1,10 +1,26 @@
 #pragma once
 
 #include "CoreMinimal.h"
+#include "Layout/Margin.h"
+#include "Misc/Attribute.h"
 #include "Styling/SlateColor.h"
+#include "Templates/SharedPointer.h"
 #include "ViewModels/ChatMessage.h"
 
+class SWidget;
 struct FSlateBrush;
+
+/** Wherein the row of a tool run differs by the place where it stands. */
+struct FToolRowShape
+{
+	FMargin LabelPadding;
+	FMargin StatusPadding;
+	/** Unset: the size of the mark's picture. */
+	TOptional<FVector2D> StatusSize;
+	/** Polled: a run ends while its row is shown. */
+	TAttribute<const FSlateBrush*> StatusIcon;
+	TAttribute<FSlateColor> StatusColor;
+};
 
 /** How one tool run looks, wherever its row stands. Pure functions on the message. */
 class VELMORAUI_API FToolRowLook
@@ -21,4 +37,7 @@ public:
 
 	/** White for a status out of range. */
 	static FSlateColor GetStatusColor(EToolStatus Status);
+
+	/** Dot, label, mark and time in one line. But for the mark the row is fixed when it is made. */
+	static TSharedRef<SWidget> MakeRow(const FChatMessage& Message, const FToolRowShape& Shape);
 };
