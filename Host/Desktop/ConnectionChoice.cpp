@@ -9,7 +9,10 @@ namespace
 	/** With --server: named for nothing else, so that no key goes where it was not meant to go. */
 	const TCHAR* ServerKeyVariable = TEXT("VELMORA_SERVER_KEY");
 
-	/** The connection that the options name; false with a sentence, or with none when they name none. */
+	/** Who answers in spite of a default. No connection that is named so can be reached by --connection. */
+	const TCHAR* BuiltInName = TEXT("built-in");
+
+	/** The connection that the options name, or the default; false with a sentence, or with none when they name none. */
 	bool FindChosen(const FDesktopOptions& Options, Velmora::FAgentConnection& OutConnection, FString& OutProblem)
 	{
 		if (!Options.Server.IsEmpty())
@@ -18,15 +21,16 @@ namespace
 			OutConnection.Url = Options.Server;
 			OutConnection.KeyVariable = ServerKeyVariable;
 		}
-		else if (!Options.Connection.IsEmpty())
+		else if (const FString Name = Options.Connection.IsEmpty() ? Velmora::FAgentConnections::GetDefault() : Options.Connection;
+				 !Name.IsEmpty() && !Name.Equals(BuiltInName))
 		{
 			const TArray<Velmora::FAgentConnection> Known = Velmora::FAgentConnections::List(OutProblem);
 			const Velmora::FAgentConnection* const Found =
-				Known.FindByPredicate([&Options](const Velmora::FAgentConnection& Item) { return Item.Name.Equals(Options.Connection); });
+				Known.FindByPredicate([&Name](const Velmora::FAgentConnection& Item) { return Item.Name.Equals(Name); });
 			if (!Found)
 			{
 				OutProblem = OutProblem.IsEmpty()
-					? FString::Printf(TEXT("There is no connection \"%s\". --list-connections shows those there are."), *Options.Connection)
+					? FString::Printf(TEXT("There is no connection \"%s\". --list-connections shows those there are."), *Name)
 					: OutProblem;
 				return false;
 			}
@@ -52,6 +56,13 @@ FString ConnectionChoice::Select(const FDesktopOptions& Options)
 	if (FindChosen(Options, Connection, Problem))
 	{
 		Velmora::FAgentConnections::Select(Connection);
+	}
+	if (!Problem.IsEmpty() && Options.Connection.IsEmpty() && Options.Server.IsEmpty())
+	{
+		// Nobody asked for it in this run, so it keeps nobody from working.
+		PrintToStandardError(
+			TEXT("velmora: The default connection cannot be used, so the built-in agent answers. ") + Problem + TEXT("\n"));
+		return FString();
 	}
 	return Problem;
 }

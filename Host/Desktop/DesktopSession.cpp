@@ -1,6 +1,8 @@
 #include "DesktopSession.h"
 
 #include "Async/Async.h"
+#include "AgentChoice.h"
+#include "AgentPages.h"
 #include "CodeIntel/CodeIntelIndexManager.h"
 #include "ConversationPrinter.h"
 #include "DraftKeeper.h"
@@ -244,6 +246,10 @@ FString FDesktopSession::LoadModule()
 		return TEXT("The module could not be loaded: ") + FHostModules::GetLastError();
 	}
 	Host->AtEnd([] { FModuleManager::Get().UnloadModulesAtShutdown(); });
+	// Behind the pages of the module, whose own comes first.
+	AgentPages = MakeUnique<FAgentPages>();
+	Host->AtEnd([this] { AgentPages.Reset(); });
+	FAgentChoice::ShowTitle();
 	// The program shows code as it was written; in the editor that is for the user to switch on.
 	if (IConsoleVariable* KeepLayout = IConsoleManager::Get().FindConsoleVariable(TEXT("velmora.Code.KeepLayout")))
 	{

@@ -5,6 +5,7 @@
 #include "Host/HostSession.h"
 #include "PluginDescriptor.h"
 
+class FAgentPages;
 class FDraftKeeper;
 class FHostIniStore;
 class FOutputLog;
@@ -54,6 +55,7 @@ private:
 	bool bHasDisplay = false;
 	TSharedPtr<FHostIniStore> Settings;
 	TSharedPtr<SEditorFrame> Frame;
+	TUniquePtr<FAgentPages> AgentPages;
 	/** Null in runs without a user, who would find a prompt that was not theirs. */
 	TUniquePtr<FDraftKeeper> Draft;
 	/** Last: what ends with it uses the others. */

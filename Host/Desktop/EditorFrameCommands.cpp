@@ -27,6 +27,15 @@ void FEditorFrameCommands::RegisterCommands()
 		FInputChord());
 	UI_COMMAND(RefreshFileIndex, "Refresh File Index", "Compare the list of the project's files with the disk",
 		EUserInterfaceActionType::Button, FInputChord());
+	// Function keys: no layout of a keyboard types anything with them, so no draft gets a stray letter.
+	UI_COMMAND(
+		AllowOnce, "Allow Once", "Let the agent do what it asks for, this time", EUserInterfaceActionType::Button, FInputChord(EKeys::F8));
+	UI_COMMAND(AllowAlways, "Always in This Project", "Let the agent do it, and do not ask again in this project",
+		EUserInterfaceActionType::Button, FInputChord(EKeys::F8, true, false));
+	UI_COMMAND(
+		RefuseQuestion, "Refuse", "The agent goes on without it", EUserInterfaceActionType::Button, FInputChord(EKeys::F8, false, true));
+	UI_COMMAND(Permissions, "Permissions", "Show what the agent may do in this project without asking", EUserInterfaceActionType::Button,
+		FInputChord());
 	UI_COMMAND(UserGuide, "User Guide", "Open the user guide", EUserInterfaceActionType::Button, FInputChord(EKeys::F1));
 	UI_COMMAND(About, "About Velmora UI", "Name and version of this program", EUserInterfaceActionType::Button, FInputChord());
 }

@@ -20,6 +20,11 @@ public:
 	TSharedPtr<FUICommandInfo> CloseTab;
 	TSharedPtr<FUICommandInfo> OpenProjectFolder;
 	TSharedPtr<FUICommandInfo> RefreshFileIndex;
+	// Answers to the question of the agent that is open.
+	TSharedPtr<FUICommandInfo> AllowOnce;
+	TSharedPtr<FUICommandInfo> AllowAlways;
+	TSharedPtr<FUICommandInfo> RefuseQuestion;
+	TSharedPtr<FUICommandInfo> Permissions;
 	TSharedPtr<FUICommandInfo> UserGuide;
 	TSharedPtr<FUICommandInfo> About;
 };

@@ -16,6 +16,10 @@ namespace
 
 	TWeakPtr<SNotificationItem> QuestionToast;
 
+	/** What the keys and the menu answer: no id while nothing is asked. */
+	uint32 OpenQuestionId = 0;
+	bool bOpenMayBeRemembered = false;
+
 	void CloseToast()
 	{
 		if (const TSharedPtr<SNotificationItem> Toast = QuestionToast.Pin())
@@ -40,14 +44,14 @@ namespace
 		Info.bFireAndForget = false;
 		Info.bUseThrobber = false;
 		Info.ButtonDetails.Add(MakeAnswer(Question.Id, EAgentAnswer::AllowOnce, LOCTEXT("AllowOnce", "Allow once"),
-			LOCTEXT("AllowOnceTip", "Let the agent do this, this time")));
+			LOCTEXT("AllowOnceTip", "Let the agent do this, this time (F8)")));
 		if (Question.bMayBeRemembered)
 		{
 			Info.ButtonDetails.Add(MakeAnswer(Question.Id, EAgentAnswer::AllowAlways, LOCTEXT("AllowAlways", "Always in this project"),
-				LOCTEXT("AllowAlwaysTip", "Let the agent do this, and do not ask again in this project")));
+				LOCTEXT("AllowAlwaysTip", "Let the agent do this, and do not ask again in this project (Shift+F8)")));
 		}
-		Info.ButtonDetails.Add(MakeAnswer(
-			Question.Id, EAgentAnswer::Refuse, LOCTEXT("Refuse", "Refuse"), LOCTEXT("RefuseTip", "The agent goes on without it")));
+		Info.ButtonDetails.Add(MakeAnswer(Question.Id, EAgentAnswer::Refuse, LOCTEXT("Refuse", "Refuse"),
+			LOCTEXT("RefuseTip", "The agent goes on without it (Ctrl+F8)")));
 		const TSharedPtr<SNotificationItem> Toast = FSlateNotificationManager::Get().AddNotification(Info);
 		if (Toast.IsValid())
 		{
@@ -63,6 +67,8 @@ void FQuestionToasts::Install()
 		[](const FAgentQuestion* Question)
 		{
 			CloseToast();
+			OpenQuestionId = Question ? Question->Id : 0;
+			bOpenMayBeRemembered = Question && Question->bMayBeRemembered;
 			if (Question)
 			{
 				ShowToast(*Question);
@@ -73,7 +79,21 @@ void FQuestionToasts::Install()
 void FQuestionToasts::Uninstall()
 {
 	FAgentQuestions::SetListener(nullptr);
+	OpenQuestionId = 0;
 	CloseToast();
+}
+
+bool FQuestionToasts::CanAnswer(EAgentAnswer Answer)
+{
+	return OpenQuestionId != 0 && (Answer != EAgentAnswer::AllowAlways || bOpenMayBeRemembered);
+}
+
+void FQuestionToasts::Answer(EAgentAnswer Answer)
+{
+	if (CanAnswer(Answer))
+	{
+		FAgentQuestions::Answer(OpenQuestionId, Answer);
+	}
 }
 
 #undef LOCTEXT_NAMESPACE

@@ -1,5 +1,7 @@
 #include "SEditorFrame.h"
 
+#include "ActivityText.h"
+#include "AgentMenus.h"
 #include "EditorFrameCommands.h"
 #include "FileCache/ProjectFileCache.h"
 #include "Framework/Application/SlateApplication.h"
@@ -12,9 +14,12 @@
 #include "Interfaces/IPluginManager.h"
 #include "Misc/MessageDialog.h"
 #include "Misc/Paths.h"
+#include "SAgentActivity.h"
 #include "SOutputLog.h"
 #include "Styling/AppStyle.h"
 #include "Widgets/SBoxPanel.h"
+#include "Widgets/SOverlay.h"
+#include "Widgets/Text/STextBlock.h"
 #include "WorkspaceMenuStructure.h"
 #include "WorkspaceMenuStructureModule.h"
 
@@ -22,6 +27,8 @@
 
 namespace
 {
+	/** A turn that takes no longer than this is shown by the window alone. */
+	constexpr double LongTurnSeconds = 15.0;
 
 	FSlateIcon GetFrameIcon(const TCHAR* Name)
 	{
@@ -87,6 +94,7 @@ void SEditorFrame::Construct(const FArguments& InArgs, const TSharedRef<FOutputL
 	FEditorFrameCommands::Register();
 	MapCommands();
 	RegisterLogTab();
+	RegisterActivityTab();
 	// clang-format off
 	ChildSlot
 	[
@@ -94,7 +102,24 @@ void SEditorFrame::Construct(const FArguments& InArgs, const TSharedRef<FOutputL
 		+ SVerticalBox::Slot()
 		.AutoHeight()
 		[
-			MakeMenuBar()
+			SNew(SOverlay)
+			+ SOverlay::Slot()
+			[
+				MakeMenuBar()
+			]
+			// The room behind the last menu: nothing moves when a long turn begins to be told of.
+			+ SOverlay::Slot()
+			.HAlign(HAlign_Right)
+			.VAlign(VAlign_Center)
+			.Padding(0.0f, 0.0f, 12.0f, 0.0f)
+			[
+				SNew(STextBlock)
+				.Tag("FrameStatus")
+				.Text(this, &SEditorFrame::GetTurnText)
+				.TextStyle(FAppStyle::Get(), TEXT("SmallText"))
+				.ColorAndOpacity(FSlateColor(FAppStyle::GetColor("Colors.ForegroundSubdued")))
+				.Visibility(EVisibility::HitTestInvisible)
+			]
 		]
 		+ SVerticalBox::Slot()
 		.FillHeight(1.0f)
@@ -107,12 +132,14 @@ void SEditorFrame::Construct(const FArguments& InArgs, const TSharedRef<FOutputL
 
 SEditorFrame::~SEditorFrame()
 {
+	FGlobalTabmanager::Get()->UnregisterNomadTabSpawner(GetActivityTabName());
 	FGlobalTabmanager::Get()->UnregisterNomadTabSpawner(GetLogTabName());
 	FEditorFrameCommands::Unregister();
 }
 
 void SEditorFrame::MapCommands()
 {
+	FAgentMenus::MapCommands(*CommandList);
 	const FEditorFrameCommands& Commands = FEditorFrameCommands::Get();
 	CommandList->MapAction(
 		Commands.Exit, FExecuteAction::CreateLambda([] { FSlateApplication::Get().GetMessageHandler().OnCloseRequested(); }));
@@ -207,6 +234,23 @@ void SEditorFrame::RegisterLogTab()
 		.SetIcon(GetFrameIcon(TEXT("Icons.OutputLog")));
 }
 
+void SEditorFrame::RegisterActivityTab()
+{
+	FGlobalTabmanager::Get()
+		->RegisterNomadTabSpawner(GetActivityTabName(),
+			FOnSpawnTab::CreateLambda(
+				[](const FSpawnTabArgs&) { return SNew(SDockTab).TabRole(ETabRole::NomadTab)[SNew(SAgentActivity)]; }))
+		.SetDisplayName(LOCTEXT("ActivityTab", "Agent Activity"))
+		.SetTooltipText(LOCTEXT("ActivityTabTooltip", "Show what goes to a model and what comes back"))
+		.SetGroup(WorkspaceMenu::GetMenuStructure().GetDeveloperToolsLogCategory())
+		.SetIcon(GetFrameIcon(TEXT("Icons.Info")));
+}
+
+FText SEditorFrame::GetTurnText() const
+{
+	return FText::FromString(ActivityText::DescribeTurn(Velmora::FAgentActivity::GetTurnStatus(), LongTurnSeconds));
+}
+
 void SEditorFrame::BuildFileMenu(FMenuBuilder& Builder)
 {
 	Builder.BeginSection("FileProject");
@@ -253,6 +297,7 @@ void SEditorFrame::BuildWindowMenu(FMenuBuilder& Builder)
 void SEditorFrame::BuildToolsMenu(FMenuBuilder& Builder)
 {
 	const FEditorFrameCommands& Commands = FEditorFrameCommands::Get();
+	FAgentMenus::BuildToolsSection(Builder);
 	Builder.BeginSection("Programming", LOCTEXT("ProgrammingSection", "Programming"));
 	Builder.AddMenuEntry(
 		Commands.OpenProjectFolder, NAME_None, TAttribute<FText>(), TAttribute<FText>(), GetFrameIcon(TEXT("Icons.FolderOpen")));

@@ -24,6 +24,7 @@ public:
 	virtual ~SEditorFrame() override;
 
 	static FName GetLogTabName() { return FName(TEXT("OutputLog")); }
+	static FName GetActivityTabName() { return FName(TEXT("AgentActivity")); }
 	const TSharedRef<SDockArea>& GetDockArea() const { return DockArea; }
 
 	virtual FReply OnKeyDown(const FGeometry& MyGeometry, const FKeyEvent& InKeyEvent) override;
@@ -36,6 +37,8 @@ private:
 	void MapTextCommand(const TSharedPtr<FUICommandInfo>& Command, FTextAction Action, bool (*CanDo)(const SHostTextWidget&));
 	TSharedRef<SWidget> MakeMenuBar();
 	void RegisterLogTab();
+	void RegisterActivityTab();
+	FText GetTurnText() const;
 	void BuildFileMenu(FMenuBuilder& Builder);
 	void BuildEditMenu(FMenuBuilder& Builder);
 	void BuildWindowMenu(FMenuBuilder& Builder);

@@ -1,5 +1,6 @@
 #include "StateDump.h"
 
+#include "AgentChoice.h"
 #include "ConversationPrinter.h"
 #include "Dom/JsonObject.h"
 #include "Framework/Application/SlateApplication.h"
@@ -199,6 +200,7 @@ namespace
 	/** What is on screen, the window's own layers above the tab included. */
 	void DescribeScreen(FJsonObject& Root)
 	{
+		Root.SetStringField(TEXT("windowTitle"), FAgentChoice::MakeTitle());
 		TArray<TSharedPtr<FJsonValue>> Controls;
 		for (const TSharedRef<SWidget>& Layer : FSlateApplication::Get().GetLayerRoots())
 		{

@@ -39,7 +39,8 @@ FRun RunProgram(
 	{
 		const std::string Text = *Entry;
 		// Neither the user's display nor what the user keeps for the program has a say here.
-		if (Text.rfind("DISPLAY=", 0) != 0 && Text.rfind("WAYLAND_DISPLAY=", 0) != 0 && Text.rfind("XDG_DATA_HOME=", 0) != 0)
+		if (Text.rfind("DISPLAY=", 0) != 0 && Text.rfind("WAYLAND_DISPLAY=", 0) != 0 && Text.rfind("XDG_DATA_HOME=", 0) != 0 &&
+			Text.rfind("XDG_CONFIG_HOME=", 0) != 0)
 		{
 			Environment.push_back(Text);
 		}
@@ -48,6 +49,11 @@ FRun RunProgram(
 	if (std::none_of(Extra.begin(), Extra.end(), [](const std::string& Entry) { return Entry.rfind("XDG_DATA_HOME=", 0) == 0; }))
 	{
 		Environment.push_back("XDG_DATA_HOME=" + Data.AtBytes("data"));
+	}
+	// Nor has a connection that the user has made the default.
+	if (std::none_of(Extra.begin(), Extra.end(), [](const std::string& Entry) { return Entry.rfind("XDG_CONFIG_HOME=", 0) == 0; }))
+	{
+		Environment.push_back("XDG_CONFIG_HOME=" + Data.AtBytes("config"));
 	}
 	Environment.insert(Environment.end(), Extra.begin(), Extra.end());
 	std::vector<char*> EnvironmentPointers;

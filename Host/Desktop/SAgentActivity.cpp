@@ -1,0 +1,521 @@
+#include "SAgentActivity.h"
+
+#include "ActivityText.h"
+#include "AgentChoice.h"
+#include "Framework/Application/SlateApplication.h"
+#include "HAL/PlatformApplicationMisc.h"
+#include "Host/HostSleep.h"
+#include "Styling/AppStyle.h"
+#include "Styling/CoreStyle.h"
+#include "Widgets/Input/SButton.h"
+#include "Widgets/Input/SCheckBox.h"
+#include "Widgets/Input/SMultiLineEditableTextBox.h"
+#include "Widgets/Layout/SBorder.h"
+#include "Widgets/Layout/SBox.h"
+#include "Widgets/Layout/SExpandableArea.h"
+#include "Widgets/Layout/SScrollBox.h"
+#include "Widgets/Layout/SSplitter.h"
+#include "Widgets/Notifications/SProgressBar.h"
+#include "Widgets/SBoxPanel.h"
+#include "Widgets/Text/STextBlock.h"
+
+#define LOCTEXT_NAMESPACE "AgentActivity"
+
+namespace
+{
+	using Velmora::EAgentActivityKind;
+	using Velmora::FAgentActivity;
+	using Velmora::FAgentActivityEntry;
+
+	constexpr double TakeOverSeconds = 0.1;
+	/** Of a text that grows: what is laid out anew each time. */
+	constexpr int32 MaxLiveLength = 4000;
+	/** Of one that stands. */
+	constexpr int32 MaxShownLength = 32000;
+	constexpr float ContextBarWidth = 96.0f;
+	constexpr float ContextBarHeight = 4.0f;
+	constexpr float FullContextShare = 0.8f;
+	constexpr float ActivityTextSide = 8.0f;
+	constexpr float ActivityBarRoom = 12.0f;
+
+	FSlateFontInfo GetMonoFont()
+	{
+		return FCoreStyle::GetDefaultFontStyle("Mono", 9.0f);
+	}
+
+	/** A caret-wide block stands where the next piece will. */
+	FString MakeLiveText(const FString& Text)
+	{
+		const FString Tail = Text.Len() > MaxLiveLength ? TEXT("\u2026") + Text.Right(MaxLiveLength) : Text;
+		return Tail + TEXT("\u258F");
+	}
+}
+
+void SAgentActivity::Construct(const FArguments& InArgs)
+{
+	// clang-format off
+	ChildSlot
+	[
+		SNew(SBorder)
+		.BorderImage(FAppStyle::GetBrush("ToolPanel.GroupBorder"))
+		.Padding(8.0f)
+		[
+			SNew(SVerticalBox)
+			+ SVerticalBox::Slot()
+			.AutoHeight()
+			.Padding(0.0f, 0.0f, 0.0f, 8.0f)
+			[
+				MakeBar()
+			]
+			+ SVerticalBox::Slot()
+			.FillHeight(1.0f)
+			[
+				SNew(SSplitter)
+				.Orientation(Orient_Vertical)
+				+ SSplitter::Slot()
+				.Value(0.4f)
+				[
+					SNew(SBorder)
+					.BorderImage(FAppStyle::GetBrush("ToolPanel.DarkGroupBorder"))
+					.Padding(FMargin(0.0f, 4.0f))
+					[
+						SAssignNew(List, SListView<FEntry>)
+						.Tag("ActivityList")
+						.Clipping(EWidgetClipping::ClipToBounds)
+						.ListItemsSource(&Entries)
+						.OnGenerateRow(this, &SAgentActivity::MakeRow)
+						.OnSelectionChanged_Lambda([this](FEntry Entry, ESelectInfo::Type)
+							{
+								bFollows = !Entry.IsValid();
+								ShowDetails();
+							})
+					]
+				]
+				+ SSplitter::Slot()
+				.Value(0.6f)
+				[
+					MakeDetails()
+				]
+			]
+		]
+	];
+	// clang-format on
+	// A batch of pieces is a change that only this tab shows, so nobody else brings the frame for it.
+	FAgentActivity::SetListener(
+		[]()
+		{
+			if (FSlateApplication::IsInitialized())
+			{
+				FSlateApplication::Get().NoteActivity();
+			}
+		});
+	TakeOver();
+	List->ScrollToBottom();
+}
+
+SAgentActivity::~SAgentActivity()
+{
+	FAgentActivity::SetListener(nullptr);
+}
+
+TSharedRef<SWidget> SAgentActivity::MakeBar()
+{
+	// clang-format off
+	return SNew(SHorizontalBox)
+		+ SHorizontalBox::Slot()
+		.FillWidth(1.0f)
+		.VAlign(VAlign_Center)
+		[
+			MakeFigures()
+		]
+		+ SHorizontalBox::Slot()
+		.AutoWidth()
+		.VAlign(VAlign_Center)
+		[
+			MakeButtons()
+		];
+	// clang-format on
+}
+
+TSharedRef<SWidget> SAgentActivity::MakeFigures()
+{
+	// clang-format off
+	return SNew(SVerticalBox)
+		+ SVerticalBox::Slot()
+		.AutoHeight()
+		[
+			SNew(SHorizontalBox)
+			+ SHorizontalBox::Slot()
+			.FillWidth(1.0f)
+			.VAlign(VAlign_Center)
+			[
+				SNew(STextBlock)
+				.Tag("ActivityModel")
+				.Text(this, &SAgentActivity::GetModelText)
+				.TextStyle(FAppStyle::Get(), TEXT("NormalText.Important"))
+				.OverflowPolicy(ETextOverflowPolicy::Ellipsis)
+			]
+			+ SHorizontalBox::Slot()
+			.AutoWidth()
+			.VAlign(VAlign_Center)
+			.Padding(8.0f, 0.0f, 12.0f, 0.0f)
+			[
+				SNew(SBox)
+				.WidthOverride(ContextBarWidth)
+				.HeightOverride(ContextBarHeight)
+				.ToolTipText(LOCTEXT("ContextTip", "How much of what the model can take the conversation uses"))
+				.Visibility_Lambda([this]() { return GetContextShare().IsSet() ? EVisibility::Visible : EVisibility::Hidden; })
+				[
+					SNew(SProgressBar)
+					.Percent(this, &SAgentActivity::GetContextShare)
+					.FillColorAndOpacity(this, &SAgentActivity::GetContextColor)
+				]
+			]
+		]
+		+ SVerticalBox::Slot()
+		.AutoHeight()
+		[
+			SNew(STextBlock)
+			.Tag("ActivityFigures")
+			.Text(this, &SAgentActivity::GetFiguresText)
+			.TextStyle(FAppStyle::Get(), TEXT("SmallText"))
+			.ColorAndOpacity(FSlateColor(FAppStyle::GetColor("Colors.ForegroundSubdued")))
+			.AutoWrapText(true)
+		];
+	// clang-format on
+}
+
+TSharedRef<SWidget> SAgentActivity::MakeButtons()
+{
+	const auto OnFollow = [this](ECheckBoxState State)
+	{
+		bFollows = State == ECheckBoxState::Checked;
+		if (bFollows)
+		{
+			List->ClearSelection();
+			List->ScrollToBottom();
+			bFollows = true;
+		}
+		ShowDetails();
+	};
+	const auto OnCopy = [this]()
+	{
+		const TArray<FEntry> Selected = List->GetSelectedItems();
+		const bool bHasOne = Selected.Num() > 0 && Selected[0];
+		FPlatformApplicationMisc::ClipboardCopy(*(bHasOne ? MakeCopy(*Selected[0]) : FAgentActivity::ToText()));
+		return FReply::Handled();
+	};
+	const auto OnClear = [this]()
+	{
+		FAgentActivity::Clear();
+		List->ClearSelection();
+		TakeOver();
+		return FReply::Handled();
+	};
+	// clang-format off
+	return SNew(SHorizontalBox)
+		+ SHorizontalBox::Slot()
+		.AutoWidth()
+		.VAlign(VAlign_Center)
+		[
+			SNew(SCheckBox)
+			.Tag("FollowActivity")
+			.ToolTipText(LOCTEXT("FollowTip", "Show what happens now; choosing an event stays with it"))
+			.IsChecked_Lambda([this]() { return bFollows ? ECheckBoxState::Checked : ECheckBoxState::Unchecked; })
+			.OnCheckStateChanged_Lambda(OnFollow)
+			[
+				SNew(STextBlock)
+				.Text(LOCTEXT("Follow", "Follow"))
+				.Margin(FMargin(4.0f, 0.0f, 0.0f, 0.0f))
+			]
+		]
+		+ SHorizontalBox::Slot()
+		.AutoWidth()
+		.Padding(8.0f, 0.0f, 0.0f, 0.0f)
+		[
+			SNew(SButton)
+			.Tag("CopyActivity")
+			.Text(LOCTEXT("Copy", "Copy"))
+			.ToolTipText(LOCTEXT("CopyTip", "Copy the chosen event with all that belongs to it, or all events; keys are never among them"))
+			.OnClicked_Lambda(OnCopy)
+		]
+		+ SHorizontalBox::Slot()
+		.AutoWidth()
+		.Padding(8.0f, 0.0f, 0.0f, 0.0f)
+		[
+			SNew(SButton)
+			.Tag("ClearActivity")
+			.Text(LOCTEXT("Clear", "Clear"))
+			.ToolTipText(LOCTEXT("ClearTip", "Take all events away; the conversation stays"))
+			.OnClicked_Lambda(OnClear)
+		];
+	// clang-format on
+}
+
+TSharedRef<SWidget> SAgentActivity::MakePart(const FText& Title, const char* Tag, bool bItalic, bool bCollapsed,
+	TSharedPtr<SMultiLineEditableTextBox>& OutBox, TSharedPtr<SExpandableArea>& OutArea)
+{
+	const FSlateFontInfo Font = bItalic ? FCoreStyle::GetDefaultFontStyle("Italic", 10.0f) : GetMonoFont();
+	// clang-format off
+	return SAssignNew(OutArea, SExpandableArea)
+		.AreaTitle(Title)
+		.InitiallyCollapsed(bCollapsed)
+		.Padding(FMargin(0.0f, 4.0f, 0.0f, 8.0f))
+		.BodyContent()
+		[
+			SAssignNew(OutBox, SMultiLineEditableTextBox)
+			.Tag(FName(Tag))
+			.IsReadOnly(true)
+			.AutoWrapText(true)
+			.Font(Font)
+			.ForegroundColor(FSlateColor(FAppStyle::GetColor(bItalic ? "Colors.ForegroundSubdued" : "Colors.Foreground")))
+		];
+	// clang-format on
+}
+
+TSharedRef<SWidget> SAgentActivity::MakeDetails()
+{
+	// clang-format off
+	return SAssignNew(Details, SScrollBox)
+		+ SScrollBox::Slot()
+		[
+			SNew(SVerticalBox)
+			+ SVerticalBox::Slot()
+			.AutoHeight()
+			[
+				MakePart(LOCTEXT("Thinking", "Thinking"), "ActivityThinking", true, true, ThinkingBox, ThinkingArea)
+			]
+			+ SVerticalBox::Slot()
+			.AutoHeight()
+			[
+				MakePart(LOCTEXT("Text", "Answer or Result"), "ActivityText", false, false, TextBox, TextArea)
+			]
+			+ SVerticalBox::Slot()
+			.AutoHeight()
+			[
+				MakePart(LOCTEXT("Sent", "Request as Sent, or Arguments"), "ActivitySent", false, true, SentBox, SentArea)
+			]
+		];
+	// clang-format on
+}
+
+TSharedRef<ITableRow> SAgentActivity::MakeRow(FEntry Entry, const TSharedRef<STableViewBase>& Owner)
+{
+	const auto GetText = [Entry]() { return FText::FromString(ActivityText::DescribeEntry(*Entry, FAgentActivity::GetSeconds(*Entry))); };
+	const auto GetColor = [Entry]()
+	{
+		const bool bHasFailed = Entry->bIsDone && !Entry->bSuccess;
+		return FSlateColor(FAppStyle::GetColor(bHasFailed ? "Colors.Error" : "Colors.Foreground"));
+	};
+	// clang-format off
+	return SNew(STableRow<FEntry>, Owner)
+		.Padding(FMargin(ActivityTextSide, 1.0f))
+		[
+			SNew(SHorizontalBox)
+			+ SHorizontalBox::Slot()
+			.AutoWidth()
+			.VAlign(VAlign_Top)
+			.Padding(0.0f, 0.0f, 8.0f, 0.0f)
+			[
+				SNew(STextBlock)
+				.Text(FText::FromString(Entry->StartedAt.ToString(TEXT("%H:%M:%S"))))
+				.Font(GetMonoFont())
+				.ColorAndOpacity(FSlateColor(FLinearColor(FColor::FromHex(TEXT("808896")))))
+			]
+			+ SHorizontalBox::Slot()
+			.FillWidth(1.0f)
+			[
+				SNew(STextBlock)
+				.Text_Lambda(GetText)
+				.Font(GetMonoFont())
+				.ColorAndOpacity_Lambda(GetColor)
+				.WrapTextAt(this, &SAgentActivity::GetWrapWidth)
+			]
+		];
+	// clang-format on
+}
+
+float SAgentActivity::GetWrapWidth() const
+{
+	constexpr float TimeRoom = 72.0f;
+	const float Width = static_cast<float>(List->GetCachedGeometry().GetLocalSize().X);
+	return FMath::Max(Width - 2.0f * ActivityTextSide - ActivityBarRoom - TimeRoom, 0.0f);
+}
+
+void SAgentActivity::Tick(const FGeometry& AllottedGeometry, const double InCurrentTime, const float InDeltaTime)
+{
+	SCompoundWidget::Tick(AllottedGeometry, InCurrentTime, InDeltaTime);
+	if (SeenRevision == FAgentActivity::GetRevision())
+	{
+		return;
+	}
+	if (InCurrentTime - LastTakeOver < TakeOverSeconds)
+	{
+		FHostSleep::RequestFrameAt(LastTakeOver + TakeOverSeconds);
+		return;
+	}
+	LastTakeOver = InCurrentTime;
+	TakeOver();
+}
+
+FReply SAgentActivity::OnKeyDown(const FGeometry& MyGeometry, const FKeyEvent& InKeyEvent)
+{
+	const TArray<FEntry> Selected = List->GetSelectedItems();
+	if (InKeyEvent.GetKey() == EKeys::C && InKeyEvent.IsControlDown() && Selected.Num() > 0 && Selected[0])
+	{
+		FPlatformApplicationMisc::ClipboardCopy(*MakeCopy(*Selected[0]));
+		return FReply::Handled();
+	}
+	return FReply::Unhandled();
+}
+
+void SAgentActivity::TakeOver()
+{
+	SeenRevision = FAgentActivity::GetRevision();
+	const TArray<TSharedRef<const FAgentActivityEntry>>& Kept = FAgentActivity::GetEntries();
+	const bool bIsSame =
+		Kept.Num() == Entries.Num() && (Kept.IsEmpty() || (Kept[0]->Id == Entries[0]->Id && Kept.Last()->Id == Entries.Last()->Id));
+	if (!bIsSame)
+	{
+		const bool bAtBottom = List->IsAtBottom();
+		Entries.Reset();
+		for (const TSharedRef<const FAgentActivityEntry>& Entry : Kept)
+		{
+			Entries.Add(Entry);
+		}
+		List->RequestListRefresh();
+		if (bAtBottom || bFollows)
+		{
+			List->ScrollToBottom();
+		}
+	}
+	ShowDetails();
+}
+
+SAgentActivity::FEntry SAgentActivity::GetLastRequest() const
+{
+	for (int32 Index = Entries.Num() - 1; Index >= 0; --Index)
+	{
+		if (Entries[Index]->Kind == EAgentActivityKind::Request)
+		{
+			return Entries[Index];
+		}
+	}
+	return nullptr;
+}
+
+SAgentActivity::FEntry SAgentActivity::GetShown() const
+{
+	const TArray<FEntry> Selected = List->GetSelectedItems();
+	if (!bFollows && Selected.Num() > 0 && Selected[0])
+	{
+		return Selected[0];
+	}
+	const FEntry Last = Entries.IsEmpty() ? nullptr : Entries.Last();
+	return Last && Last->Kind == EAgentActivityKind::Tool ? Last : GetLastRequest();
+}
+
+void SAgentActivity::ShowDetails()
+{
+	const FEntry Entry = GetShown();
+	const auto SetText = [](const TSharedPtr<SMultiLineEditableTextBox>& Box, const FString& Text)
+	{
+		if (!Box->GetText().ToString().Equals(Text, ESearchCase::CaseSensitive))
+		{
+			Box->SetText(FText::FromString(Text));
+		}
+	};
+	const auto SetPart = [&SetText](
+							 const TSharedPtr<SExpandableArea>& Area, const TSharedPtr<SMultiLineEditableTextBox>& Box, const FString& Text)
+	{
+		Area->SetVisibility(Text.IsEmpty() ? EVisibility::Collapsed : EVisibility::Visible);
+		SetText(Box, Text);
+	};
+	if (!Entry)
+	{
+		SetPart(TextArea, TextBox, FString());
+		SetPart(ThinkingArea, ThinkingBox, FString());
+		SetPart(SentArea, SentBox, FString());
+		ShownId = 0;
+		return;
+	}
+	const bool bIsLive = !Entry->bIsDone && Entry->Kind == EAgentActivityKind::Request;
+	SetPart(TextArea, TextBox, bIsLive ? MakeLiveText(Entry->Text) : ActivityText::CutForScreen(Entry->Text, MaxShownLength));
+	SetPart(ThinkingArea, ThinkingBox,
+		bIsLive && Entry->Thinking.Len() > MaxLiveLength ? MakeLiveText(Entry->Thinking)
+														 : ActivityText::CutForScreen(Entry->Thinking, MaxShownLength));
+	if (bIsLive && bFollows)
+	{
+		// The end is what grows.
+		Details->ScrollToEnd();
+	}
+	if (ShownId != Entry->Id)
+	{
+		// It does not change once the event is there, and may be long.
+		SetPart(SentArea, SentBox, ActivityText::CutForScreen(Entry->Input, MaxShownLength));
+		ShownId = Entry->Id;
+	}
+}
+
+FString SAgentActivity::MakeCopy(const FAgentActivityEntry& Entry)
+{
+	FString Text =
+		Entry.StartedAt.ToString() + TEXT("  ") + ActivityText::DescribeEntry(Entry, FAgentActivity::GetSeconds(Entry)) + TEXT("\n");
+	for (const FString* Part : { &Entry.Thinking, &Entry.Text, &Entry.Input })
+	{
+		Text += Part->IsEmpty() ? FString() : TEXT("\n") + *Part + TEXT("\n");
+	}
+	return Text;
+}
+
+TOptional<float> SAgentActivity::GetContextShare() const
+{
+	const FEntry Request = GetLastRequest();
+	int64 Used = 0;
+	int64 Left = 0;
+	if (!Request || !Request->GetContext(Used, Left))
+	{
+		return TOptional<float>();
+	}
+	return FMath::Clamp(static_cast<float>(static_cast<double>(Used) / static_cast<double>(Request->ContextTokens)), 0.0f, 1.0f);
+}
+
+FSlateColor SAgentActivity::GetContextColor() const
+{
+	const TOptional<float> Share = GetContextShare();
+	const bool bIsNearlyFull = Share.IsSet() && Share.GetValue() >= FullContextShare;
+	return FSlateColor(bIsNearlyFull ? FAppStyle::GetColor("Colors.Warning") : FLinearColor(FColor::FromHex(TEXT("7CB9FF"))));
+}
+
+FText SAgentActivity::GetModelText() const
+{
+	const FEntry Request = GetLastRequest();
+	return FText::FromString(Request ? Request->Title : FAgentChoice::GetName());
+}
+
+FText SAgentActivity::GetFiguresText() const
+{
+	const Velmora::FAgentTurnStatus Turn = FAgentActivity::GetTurnStatus();
+	if (Turn.bIsRunning)
+	{
+		return FText::FromString(ActivityText::DescribeTurn(Turn, 0.0));
+	}
+	int64 Tokens = 0;
+	double Cost = 0.0;
+	int32 Requests = 0;
+	for (const FEntry& Entry : Entries)
+	{
+		Requests += Entry->Kind == EAgentActivityKind::Request ? 1 : 0;
+		Tokens += FMath::Max<int64>(Entry->PromptTokens, 0) + FMath::Max<int64>(Entry->CompletionTokens, 0);
+		Cost += FMath::Max(Entry->Cost, 0.0);
+	}
+	if (Requests == 0)
+	{
+		return LOCTEXT("Nothing", "No request yet. What goes to a model, and what comes back, is shown here.");
+	}
+	const FString Sum =
+		FString::Printf(TEXT("%s requests, %s tokens"), *ActivityText::MakeCount(Requests), *ActivityText::MakeCount(Tokens));
+	return FText::FromString(Cost > 0.0 ? Sum + FString::Printf(TEXT(", cost %.4f"), Cost) : Sum);
+}
+
+#undef LOCTEXT_NAMESPACE
