@@ -1,7 +1,7 @@
 # Sourced by run.sh and test.sh: makes sure that Debian packages are there.
 
 BUILD_PACKAGES="g++ cmake ninja-build pkg-config libsdl2-dev libcairo2-dev libpango1.0-dev libx11-dev rapidjson-dev libsqlite3-dev libcurl4-openssl-dev"
-RUN_PACKAGES="universal-ctags"
+RUN_PACKAGES="universal-ctags bubblewrap"
 FONT_PACKAGES="fontconfig fonts-roboto-unhinted fonts-noto-mono fonts-noto-color-emoji"
 # What is of use and not needed: the fonts of more scripts, and the programs that open files and links.
 OPTIONAL_PACKAGES="fonts-noto-core fonts-noto-cjk xdg-utils bash-completion"

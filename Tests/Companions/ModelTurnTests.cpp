@@ -330,3 +330,35 @@ TEST_F(ModelTurn, ConnectionsAreTheUsersAlone)
 	EXPECT_TRUE(Holds(Utf8(Problem), "is no list of connections"));
 	Before ? setenv("XDG_CONFIG_HOME", Saved.c_str(), 1) : unsetenv("XDG_CONFIG_HOME");
 }
+
+TEST_F(ModelTurn, ACommandIsAskedForRunAndUndone)
+{
+	Project.Write("a.txt", "one\n");
+	const std::string Wish = WithCalls("", { Call(0, "c1", "run_command", R"({"command":"cat a.txt; echo two >> a.txt"})") });
+	FScriptedPeer Peer(Give({ Wish, Final("Done."), Wish, Final("Not done.") }));
+	Use(Peer);
+	Velmora::FBuiltInAgentOptions Options;
+	Options.bCanAsk = false;
+	Options.AllowedCalls = { TEXT("run_command cat a.txt; echo two >> a.txt") };
+	Velmora::SetBuiltInAgentOptions(Options);
+	CreateAgent();
+	EXPECT_EQ(Ask("go"), "Done.");
+	EXPECT_EQ(ReadFile("a.txt"), "one\ntwo\n");
+	EXPECT_TRUE(Holds(LastBody(), "Output:\\none\\n")) << LastBody();
+	ASSERT_EQ(EventsOf("start").size(), 1u);
+	EXPECT_TRUE(Holds(EventsOf("start")[0], R"("operation_type":"execute")")) << EventsOf("start")[0];
+	EXPECT_TRUE(Agent->UndoToTransaction(Agent->GetCurrentTransactionId()));
+	EXPECT_EQ(ReadFile("a.txt"), "one\n");
+
+	Options.AllowedCalls = {};
+	Options.bCanAsk = true;
+	Velmora::SetBuiltInAgentOptions(Options);
+	CreateAgent();
+	ASSERT_TRUE(Agent->SendMessage(TEXT("again"), {}));
+	ASSERT_TRUE(PumpUntil([this] { return Agent->GetState() == EConversationState::Paused; }));
+	EXPECT_TRUE(Holds(LastAnswer, "```bash\ncat a.txt; echo two >> a.txt\n```")) << LastAnswer;
+	Agent->ResumeConversation(TEXT("rather not"));
+	EXPECT_TRUE(PumpUntil([this] { return HasTurnEnded(); }));
+	EXPECT_EQ(ReadFile("a.txt"), "one\n");
+	EXPECT_TRUE(Holds(LastBody(), "rather not"));
+}

@@ -56,6 +56,16 @@ namespace Velmora
 			return !Out.Tool.empty() && (Out.bAllows || Line.substr(0, First) == DenyWord);
 		}
 
+		/**
+		 * Whether the beginning that was allowed speaks for the whole: what follows the beginning of a command may be further
+		 * words of it, and no other command. A rule without any beginning is meant for all.
+		 */
+		bool SpeaksForAll(std::string_view Tool, std::string_view Subject, std::string_view Prefix)
+		{
+			return Tool != "run_command" || Prefix.empty() ||
+				Subject.substr(Prefix.size()).find_first_of(";|&`$<>(){}\n\\!#") == std::string_view::npos;
+		}
+
 		std::pair<std::string, std::string> SplitPath(const std::string& Path)
 		{
 			const size_t Slash = Path.rfind('/');
@@ -72,8 +82,13 @@ namespace Velmora
 	EPermission FPermissionRules::Judge(std::string_view Tool, std::string_view Subject) const
 	{
 		const std::string Call = std::string(Tool) + ' ' + std::string(Subject);
-		EPermission Permission = std::any_of(AllowedCalls.begin(), AllowedCalls.end(),
-									 [&Call](const std::string& Prefix) { return !Prefix.empty() && Utf8Text::StartsWith(Call, Prefix); })
+		EPermission Permission =
+			std::any_of(AllowedCalls.begin(), AllowedCalls.end(),
+				[&](const std::string& Prefix)
+				{
+					const std::string_view OfSubject = std::string_view(Prefix).substr(std::min(Prefix.size(), Tool.size() + 1));
+					return !Prefix.empty() && Utf8Text::StartsWith(Call, Prefix) && SpeaksForAll(Tool, Subject, OfSubject);
+				})
 			? EPermission::Allowed
 			: EPermission::Ask;
 		for (const FPermissionRule& Rule : List())
@@ -84,7 +99,7 @@ namespace Velmora
 				{
 					return EPermission::Denied;
 				}
-				Permission = EPermission::Allowed;
+				Permission = SpeaksForAll(Tool, Subject, Rule.Prefix) ? EPermission::Allowed : Permission;
 			}
 		}
 		return Permission;

@@ -70,6 +70,11 @@ namespace Velmora
 				"Moves or renames a file to a path where nothing stands yet.",
 				R"({"type":"object","properties":{"path":{"type":"string"},"to":{"type":"string"}},"required":["path","to"]})",
 				"path to", &FToolBox::MoveFileTool },
+			{ "run_command", EToolKind::Command, "execute", "none",
+				"Runs a shell command in a sandbox that sees the project, has no network and at most two minutes; the user is asked first.",
+				R"({"type":"object","properties":{"command":{"type":"string","description":"For /bin/sh, in the project folder."}},)"
+				R"("required":["command"]})",
+				"command", &FToolBox::RunCommandTool },
 			{ "update_plan", EToolKind::Plan, "modify", "none",
 				"Shows the user the plan of the work: every step with its status, each time the whole of it.",
 				R"({"type":"object","properties":{"goal":{"type":"string"},"steps":{"type":"array","items":{"type":"object",)"
@@ -103,7 +108,7 @@ namespace Velmora
 
 	std::string FToolBox::GetSubject(const FToolArguments& Arguments)
 	{
-		for (const std::string_view Name : { "path", "term", "name", "goal" })
+		for (const std::string_view Name : { "command", "path", "term", "name", "goal" })
 		{
 			if (Arguments.Has(Name))
 			{

@@ -25,6 +25,7 @@ namespace Velmora
 		Edit,
 		Delete,
 		Move,
+		Command,
 		Plan // Changes nothing but the plan that is shown.
 	};
 
@@ -132,6 +133,7 @@ namespace Velmora
 		void AppendTool(const FToolArguments& Arguments, FToolResult& OutResult);
 		void DeleteFileTool(const FToolArguments& Arguments, FToolResult& OutResult);
 		void MoveFileTool(const FToolArguments& Arguments, FToolResult& OutResult);
+		void RunCommandTool(const FToolArguments& Arguments, FToolResult& OutResult);
 		void UpdatePlanTool(const FToolArguments& Arguments, FToolResult& OutResult);
 
 		/** What is left out of the project, or may hold secrets by its name, is read with the user's consent only. */
@@ -152,5 +154,8 @@ namespace Velmora
 		const std::string TransactionId;
 		const std::function<bool()> IsCancelled;
 		bool bIsPermitted = false;
+
+		/** The command that was asked for with the words that undo will not cover it. */
+		std::string AskedInPlace;
 	};
 }

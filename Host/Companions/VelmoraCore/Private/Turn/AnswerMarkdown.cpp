@@ -149,6 +149,19 @@ namespace Velmora::AnswerMarkdown
 		return CodeBlock(Body, LanguageOf(Path));
 	}
 
+	std::string Difference(std::string_view Old, std::string_view New)
+	{
+		std::string Body;
+		for (const auto& [Text, Mark] : { std::pair(Old, "- "), std::pair(New, "+ ") })
+		{
+			for (const std::string_view Line : Utf8Text::SplitLines(Text))
+			{
+				Body += Mark + std::string(Line) + '\n';
+			}
+		}
+		return CodeBlock(Body, "diff");
+	}
+
 	std::string LanguageOf(std::string_view Path)
 	{
 		const std::string Lower = Utf8Text::ToLower(Path);

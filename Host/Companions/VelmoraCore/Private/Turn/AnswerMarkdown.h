@@ -38,6 +38,9 @@ namespace Velmora::AnswerMarkdown
 	/** The same for lines of a file, from 1, both included. */
 	std::string CodeLines(const std::vector<std::string_view>& Lines, int First, int Last, std::string_view Path);
 
+	/** What goes and what comes, as a fenced block. */
+	std::string Difference(std::string_view Old, std::string_view New);
+
 	/** Tag of a fence for a file, by its name. Empty when there is none. */
 	std::string LanguageOf(std::string_view Path);
 

@@ -15,21 +15,6 @@ namespace Velmora
 		/** A value of a tool's parameters is for reading; the content itself is on disk. */
 		constexpr size_t MaxParameterCharacters = 200;
 
-		/** What goes and what comes, as a fenced block. */
-		std::string MakeDifference(const FChangeRequest& Change)
-		{
-			std::string Difference;
-			for (const auto& [Text, Mark] :
-				{ std::pair(std::string_view(Change.Old), "- "), std::pair(std::string_view(Change.Content), "+ ") })
-			{
-				for (const std::string_view Line : Utf8Text::SplitLines(Text))
-				{
-					Difference += Mark + std::string(Line) + '\n';
-				}
-			}
-			return AnswerMarkdown::CodeBlock(Difference, "diff");
-		}
-
 		std::string_view LastPartOf(std::string_view Path)
 		{
 			return Path.substr(Path.find_last_of("/\\") + 1);
@@ -169,7 +154,7 @@ namespace Velmora
 		case EChangeRequest::Replace:
 			Call.Tool = "edit_file";
 			Call.Arguments.Set("old", Change.Old).Set("new", Change.Content);
-			Call.Details = MakeDifference(Change);
+			Call.Details = AnswerMarkdown::Difference(Change.Old, Change.Content);
 			break;
 		case EChangeRequest::Delete:
 			Call.Tool = "delete_file";
@@ -240,7 +225,7 @@ namespace Velmora
 		const FChangeRequest& Change = Request.Change;
 		const FProjectPath File = { Desk.Files.GetRoot() + '/' + Outcome.Path, Outcome.Path, false };
 		return (Outcome.Action == EChangeAction::Created ? "Created " : "Changed ") + AnswerMarkdown::FileLink(File) + " as follows.\n" +
-			(Change.Kind == EChangeRequest::Replace ? MakeDifference(Change)
+			(Change.Kind == EChangeRequest::Replace ? AnswerMarkdown::Difference(Change.Old, Change.Content)
 					: Change.Content.empty()		? std::string("It is empty.\n")
 													: AnswerMarkdown::CodeBlock(Change.Content, AnswerMarkdown::LanguageOf(Outcome.Path)));
 	}

@@ -6,6 +6,7 @@
 #include "Agent/Transcript.h"
 #include "Http/WebAddress.h"
 #include "Text/Utf8Text.h"
+#include "Tools/CommandSandbox.h"
 #include "Text/WireText.h"
 #include "Turn/ModelPrompt.h"
 
@@ -210,7 +211,9 @@ namespace Velmora
 	{
 		for (const FToolRow& Row : FToolBox::GetRows())
 		{
-			if (!Input.IsAdvisor() || FToolBox::IsReading(Row.Kind))
+			const bool bIsOffered = Input.IsAdvisor() ? FToolBox::IsReading(Row.Kind)
+													  : Row.Kind != EToolKind::Command || FCommandSandbox::WhyUnavailable().empty();
+			if (bIsOffered)
 			{
 				Request.Tools.push_back({ std::string(Row.Name), std::string(Row.Description), std::string(Row.Parameters) });
 			}

@@ -7,6 +7,7 @@
 #include "Agent/Transcript.h"
 #include "Text/JsonText.h"
 #include "Text/Utf8Text.h"
+#include "Turn/AnswerMarkdown.h"
 
 // The calls of a model: carried out one after the other, shown as rows, their results kept for the next request.
 
@@ -36,6 +37,17 @@ namespace Velmora
 			std::string Words(Path.substr(Path.find_last_of('/') + 1));
 			std::replace(Words.begin(), Words.end(), '.', ' ');
 			return Words;
+		}
+
+		/** What a call would write: the passage that goes and the one that comes, or all of the new text. */
+		std::string ShowContent(const FToolArguments& Arguments, const std::string& Path)
+		{
+			if (Arguments.Has("old"))
+			{
+				return AnswerMarkdown::Difference(Arguments.GetText("old"), Arguments.GetText("new"));
+			}
+			const std::string& Text = Arguments.Has("content") ? Arguments.GetText("content") : Arguments.GetText("text");
+			return Text.empty() ? std::string() : AnswerMarkdown::CodeBlock(Text, AnswerMarkdown::LanguageOf(Path));
 		}
 
 		std::string_view GetStem(std::string_view Path)
@@ -188,7 +200,11 @@ namespace Velmora
 		FTurnQuestion Question;
 		Question.Tool = Row.Name;
 		Question.Subject = Result.Question->Subject;
-		Question.Text = Result.Question->Reason + (Result.Question->Details.empty() ? "" : "\n\n" + Result.Question->Details);
+		Question.Text = Row.Kind == EToolKind::Command ? Result.Question->Reason
+													   : "May the model use " + std::string(Row.Name) + " on " +
+				AnswerMarkdown::InlineCode(Question.Subject, 160) + "? I ask since " + Result.Question->Reason + '.';
+		const std::string Shown = Result.Question->Details.empty() ? ShowContent(Arguments, Question.Subject) : Result.Question->Details;
+		Question.Text += (Shown.empty() ? "" : "\n\n") + Shown;
 		FPermissionAnswer Answer = AskUser(Input, Control, Sink, Question);
 		if (Answer.Decision.Kind == EDecision::Stopped)
 		{
@@ -219,7 +235,13 @@ namespace Velmora
 	std::vector<std::pair<std::string_view, std::string>> FModelTurn::MakeRowParameters(
 		const FToolRow& Row, const FToolArguments& Arguments)
 	{
-		const std::string Subject = Utf8Text::Shorten(Utf8Text::Sanitise(FToolBox::GetSubject(Arguments)), 200);
+		std::string Subject = Utf8Text::Shorten(Utf8Text::Sanitise(FToolBox::GetSubject(Arguments)), 200);
+		if (Row.Kind == EToolKind::Command)
+		{
+			// All of a command counts, so nothing of it may look like folders.
+			std::replace(Subject.begin(), Subject.end(), '/', ' ');
+			std::replace(Subject.begin(), Subject.end(), '\n', ' ');
+		}
 		const bool bIsPath = Arguments.Has("path") && Subject == Utf8Text::Sanitise(Arguments.GetText("path"));
 		const auto IsNew = [&](std::string_view Name)
 		{ return RowNames.insert(std::string(Row.Operation) + ' ' + std::string(Name)).second; };

@@ -1,0 +1,387 @@
+#include "Tools/ProjectCopy.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <fcntl.h>
+#include <filesystem>
+#include <set>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "Changes/ChangeJournal.h"
+#include "Host/FileDescriptor.h"
+#include "Host/HostSystemErrors.h"
+#include "Tools/SteeringFiles.h"
+
+namespace Velmora
+{
+	namespace
+	{
+		namespace Files = std::filesystem;
+
+		/** What this program keeps below a project. */
+		constexpr std::string_view OwnFolder = "Saved";
+
+		constexpr size_t MaxNotes = 20;
+
+		int64_t InNanoseconds(const timespec& Time)
+		{
+			return int64_t(Time.tv_sec) * 1000000000 + Time.tv_nsec;
+		}
+
+		enum class EVisit
+		{
+			Continue,
+			SkipFolder,
+			Stop
+		};
+
+		/** Everything below a folder, folders before what is in them; links are met and not followed. False when it was not all. */
+		bool Visit(const std::string& Root, const std::function<EVisit(const std::string& Path, const struct stat& Info)>& Meet)
+		{
+			std::error_code Error;
+			Files::recursive_directory_iterator Entry(Root, Files::directory_options::skip_permission_denied, Error);
+			for (const Files::recursive_directory_iterator End; !Error && Entry != End; Entry.increment(Error))
+			{
+				const std::string& Absolute = Entry->path().native();
+				struct stat Info = {};
+				if (lstat(Absolute.c_str(), &Info) != 0)
+				{
+					continue;
+				}
+				const EVisit Next = Meet(Absolute.substr(Root.size() + 1), Info);
+				if (Next == EVisit::Stop)
+				{
+					return false;
+				}
+				if (Next == EVisit::SkipFolder && S_ISDIR(Info.st_mode))
+				{
+					Entry.disable_recursion_pending();
+				}
+			}
+			return !Error;
+		}
+
+		bool IsBelow(const std::string& Path, const std::string& Folder)
+		{
+			return Path == Folder ||
+				(Path.size() > Folder.size() && Path[Folder.size()] == '/' && Path.compare(0, Folder.size(), Folder) == 0);
+		}
+
+		bool Steers(const std::string& Path, bool bIsFolder)
+		{
+			return !DescribeSteering(bIsFolder ? Path + "/x" : Path).empty();
+		}
+
+		std::string ReadLink(const std::string& Path)
+		{
+			std::error_code Error;
+			return Files::read_symlink(Path, Error).native();
+		}
+
+		/** False with errno. */
+		bool CopyBytes(const FFileDescriptor& From, const FFileDescriptor& To, uint64_t Bytes)
+		{
+			// 1. The system shares the blocks where the file system can.
+			while (Bytes > 0)
+			{
+				const ssize_t Count =
+					HostRetryInterrupted([&] { return copy_file_range(From.Get(), nullptr, To.Get(), nullptr, Bytes, 0); });
+				if (Count <= 0)
+				{
+					break;
+				}
+				Bytes -= std::min(Bytes, static_cast<uint64_t>(Count));
+			}
+
+			// 2. Between two file systems, and where it does not know how, by hand: from where it has come to.
+			for (std::string Chunk; Bytes > 0; Chunk.clear())
+			{
+				if (!From.Read(Chunk, std::min<uint64_t>(Bytes, 1 << 20)) || !To.Write(Chunk))
+				{
+					return false;
+				}
+				if (Chunk.empty())
+				{
+					return true; // It has grown shorter meanwhile.
+				}
+				Bytes -= Chunk.size();
+			}
+			return true;
+		}
+
+		bool ReadWhole(const std::string& Path, std::string& OutBytes)
+		{
+			const FFileDescriptor File = FFileDescriptor::Open(Path, O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
+			return File.IsOpen() && File.Read(OutBytes, FChangeJournal::MaxFileBytes + 1);
+		}
+	}
+
+	FProjectPlan FProjectPlan::Make(const std::string& Root)
+	{
+		FProjectPlan Plan;
+		const bool bIsWhole = Visit(Root,
+			[&Plan](const std::string& Path, const struct stat& Info)
+			{
+				const bool bIsFolder = S_ISDIR(Info.st_mode);
+				if (Path == OwnFolder && bIsFolder)
+				{
+					Plan.OwnFolders.push_back(Path);
+					return EVisit::SkipFolder;
+				}
+				if (Steers(Path, bIsFolder))
+				{
+					Plan.Steering.push_back(Path);
+					return EVisit::SkipFolder;
+				}
+				if (!bIsFolder && IsSecretName(Path))
+				{
+					Plan.Secrets.push_back(Path);
+					return EVisit::Continue;
+				}
+				++Plan.Entries;
+				Plan.Bytes += S_ISREG(Info.st_mode) ? static_cast<uint64_t>(Info.st_size) : 0;
+				return EVisit::Continue;
+			});
+		Plan.bIsTooLarge = !bIsWhole || Plan.Entries > FProjectCopy::MaxEntries || Plan.Bytes > FProjectCopy::MaxBytes;
+		return Plan;
+	}
+
+	FProjectCopy::FProjectCopy(const std::string& InRoot, const FProjectPlan& InPlan)
+		: Root(InRoot)
+		, Plan(InPlan)
+	{
+	}
+
+	FProjectCopy::~FProjectCopy()
+	{
+		if (!Folder.empty())
+		{
+			// A command may have taken the right to write from its own folders, without which they cannot be emptied.
+			std::error_code Error;
+			Visit(Folder,
+				[this](const std::string& Path, const struct stat& Info)
+				{
+					if (S_ISDIR(Info.st_mode))
+					{
+						chmod((Folder + '/' + Path).c_str(), 0700);
+					}
+					return EVisit::Continue;
+				});
+			Files::remove_all(Folder, Error);
+		}
+	}
+
+	std::string FProjectCopy::Make(const std::function<bool()>& IsCancelled)
+	{
+		std::error_code Error;
+		std::string Pattern = Files::temp_directory_path(Error).native() + "/velmora-command-XXXXXX";
+		if (Error || !mkdtemp(Pattern.data()))
+		{
+			return "no folder for a copy of the project could be made: " + HostDescribeSystemError(errno);
+		}
+		Folder = Pattern;
+		std::string Problem;
+		Visit(Root,
+			[&](const std::string& Path, const struct stat& Info)
+			{
+				if (IsCancelled())
+				{
+					Problem = "the request was stopped";
+				}
+				else if (IsLeftOut(Path))
+				{
+					return EVisit::SkipFolder;
+				}
+				else if (S_ISDIR(Info.st_mode))
+				{
+					Problem = mkdir((Folder + '/' + Path).c_str(), (Info.st_mode & 0777) | 0700) == 0 ? std::string()
+																									  : HostDescribeSystemError(errno);
+				}
+				else if (S_ISLNK(Info.st_mode))
+				{
+					Problem = CopyLink(Path);
+				}
+				else if (S_ISREG(Info.st_mode))
+				{
+					Problem = CopyFile(Path);
+				}
+				return Problem.empty() ? EVisit::Continue : EVisit::Stop;
+			});
+		return Problem;
+	}
+
+	bool FProjectCopy::IsLeftOut(const std::string& Path) const
+	{
+		for (const std::vector<std::string>* List : { &Plan.Steering, &Plan.Secrets, &Plan.OwnFolders })
+		{
+			if (std::any_of(List->begin(), List->end(), [&Path](const std::string& Other) { return IsBelow(Path, Other); }))
+			{
+				return true;
+			}
+		}
+		return false;
+	}
+
+	std::string FProjectCopy::CopyLink(const std::string& Path)
+	{
+		FCopied Entry;
+		Entry.bIsLink = true;
+		Entry.LinkTarget = ReadLink(Root + '/' + Path);
+		if (symlink(Entry.LinkTarget.c_str(), (Folder + '/' + Path).c_str()) != 0)
+		{
+			return HostDescribeSystemError(errno);
+		}
+		Copied[Path] = Entry;
+		return std::string();
+	}
+
+	std::string FProjectCopy::CopyFile(const std::string& Path)
+	{
+		const FFileDescriptor From = FFileDescriptor::Open(Root + '/' + Path, O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
+		struct stat Info = {};
+		if (!From.IsOpen() || fstat(From.Get(), &Info) != 0)
+		{
+			return std::string(); // It cannot be read, or is gone: for the command it is not there.
+		}
+		const FFileDescriptor To = FFileDescriptor::Open(Folder + '/' + Path, O_WRONLY | O_CREAT | O_EXCL, Info.st_mode & 0777);
+		if (!To.IsOpen() || !CopyBytes(From, To, static_cast<uint64_t>(Info.st_size)))
+		{
+			return HostDescribeSystemError(errno);
+		}
+		// What builds by times must find them as they are; the mode may say less than it did, by the user's mask.
+		const timespec Times[2] = { Info.st_atim, Info.st_mtim };
+		struct stat Made = {};
+		if (fchmod(To.Get(), Info.st_mode & 0777) != 0 || futimens(To.Get(), Times) != 0 || fstat(To.Get(), &Made) != 0)
+		{
+			return HostDescribeSystemError(errno);
+		}
+		FCopied Entry;
+		Entry.OriginalSize = static_cast<uint64_t>(Info.st_size);
+		Entry.OriginalTime = InNanoseconds(Info.st_ctim);
+		Entry.Inode = Made.st_ino;
+		Entry.Size = static_cast<uint64_t>(Made.st_size);
+		Entry.ChangeTime = InNanoseconds(Made.st_ctim);
+		Copied[Path] = Entry;
+		return std::string();
+	}
+
+	bool FProjectCopy::HasOriginalChanged(const std::string& Path) const
+	{
+		struct stat Info = {};
+		const bool bIsThere = lstat((Root + '/' + Path).c_str(), &Info) == 0;
+		const auto Known = Copied.find(Path);
+		if (Known == Copied.end() || !bIsThere)
+		{
+			return bIsThere || Known != Copied.end();
+		}
+		return Known->second.bIsLink ? !S_ISLNK(Info.st_mode) || ReadLink(Root + '/' + Path) != Known->second.LinkTarget
+									 : static_cast<uint64_t>(Info.st_size) != Known->second.OriginalSize ||
+				InNanoseconds(Info.st_ctim) != Known->second.OriginalTime;
+	}
+
+	bool FProjectCopy::FindDifferences(std::vector<FDifference>& OutDifferences, std::vector<std::string>& OutNotes) const
+	{
+		std::set<std::string> Seen;
+		uint64_t Bytes = 0;
+		const bool bIsWhole = Visit(Folder,
+			[&](const std::string& Path, const struct stat& Info)
+			{
+				Seen.insert(Path);
+				const bool bIsFolder = S_ISDIR(Info.st_mode);
+				if (IsLeftOut(Path))
+				{
+					return EVisit::SkipFolder; // What stands there is the place that the sandbox put the original into.
+				}
+				if (Steers(Path, bIsFolder) || (Path == OwnFolder && bIsFolder))
+				{
+					OutNotes.push_back(Path + " was not taken over: " + DescribeSteering(bIsFolder ? Path + "/x" : Path) + '.');
+					return EVisit::SkipFolder;
+				}
+				const auto Known = Copied.find(Path);
+				if (S_ISLNK(Info.st_mode) && (Known == Copied.end() || Known->second.LinkTarget != ReadLink(Folder + '/' + Path)))
+				{
+					OutNotes.push_back(Path + " was not taken over: it is a link.");
+				}
+				if (!S_ISREG(Info.st_mode) ||
+					(Known != Copied.end() && !Known->second.bIsLink && Known->second.Inode == Info.st_ino &&
+						Known->second.Size == static_cast<uint64_t>(Info.st_size) &&
+						Known->second.ChangeTime == InNanoseconds(Info.st_ctim)))
+				{
+					return EVisit::Continue;
+				}
+				FDifference Difference;
+				Difference.Path = Path;
+				Difference.Mode = Info.st_mode & 0777;
+				std::string Original;
+				// As the project's own user a file that nobody may read can still be taken over.
+				chmod((Folder + '/' + Path).c_str(), 0600);
+				if (static_cast<uint64_t>(Info.st_size) > FChangeJournal::MaxFileBytes || !ReadWhole(Folder + '/' + Path, Difference.Bytes))
+				{
+					OutNotes.push_back(Path + " was not taken over: it is too large.");
+					return EVisit::Continue;
+				}
+				if (Known != Copied.end() && ReadWhole(Root + '/' + Path, Original) && Original == Difference.Bytes)
+				{
+					return EVisit::Continue; // Written again, and as it was.
+				}
+				Bytes += Difference.Bytes.size();
+				OutDifferences.push_back(std::move(Difference));
+				return Bytes > MaxAppliedBytes || OutDifferences.size() > MaxAppliedFiles ? EVisit::Stop : EVisit::Continue;
+			});
+		for (const auto& [Path, Entry] : Copied)
+		{
+			if (bIsWhole && Seen.count(Path) == 0)
+			{
+				// Deletions first, so that a folder can take the place of a file.
+				OutDifferences.insert(OutDifferences.begin(), { Path, true, {}, 0 });
+			}
+		}
+		return bIsWhole && OutDifferences.size() <= MaxAppliedFiles;
+	}
+
+	FCopyChanges FProjectCopy::Apply(FChangeJournal& Journal, const std::string& TransactionId) const
+	{
+		FCopyChanges Changes;
+		std::vector<FDifference> Differences;
+		if (!FindDifferences(Differences, Changes.Notes))
+		{
+			Changes.Notes = { "Nothing of what the command wrote was taken over: it is more than can be undone." };
+			return Changes;
+		}
+		const FProjectAccess Access(Root);
+		for (FDifference& Difference : Differences)
+		{
+			const std::string Problem = !Access.IsOpen()
+				? Access.DescribeRefusal()
+				: Journal.Change(TransactionId, Access, Root, Difference.Path,
+					  [&](const FEntryInfo&, const std::string&, FNewContent& OutContent) -> std::string
+					  {
+						  if (HasOriginalChanged(Difference.Path))
+						  {
+							  return "somebody else has changed it while the command ran";
+						  }
+						  OutContent.bIsDeletion = Difference.bIsDeletion;
+						  OutContent.Bytes = std::move(Difference.Bytes);
+						  OutContent.Mode = Difference.Mode;
+						  return std::string();
+					  });
+			if (Problem.empty())
+			{
+				Changes.Applied.push_back(Difference.Path);
+			}
+			else
+			{
+				Changes.Notes.push_back(Difference.Path + " was not taken over: " + Problem + '.');
+			}
+		}
+		if (Changes.Notes.size() > MaxNotes)
+		{
+			const size_t More = Changes.Notes.size() - MaxNotes;
+			Changes.Notes.resize(MaxNotes);
+			Changes.Notes.push_back(std::to_string(More) + " more files were not taken over.");
+		}
+		return Changes;
+	}
+}
