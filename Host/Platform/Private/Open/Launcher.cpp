@@ -21,6 +21,11 @@
 #include <unistd.h>
 #include <vector>
 
+// Hands addresses and files to the desktop. What to open comes from texts of models and from project files, so it is
+// judged before (OpenRules), the user is asked where opening might run something, and nothing passes a shell: the target
+// is one argument of one program. The opener is waited for on a thread of its own, since it may live as long as what it
+// opened.
+
 #define LOCTEXT_NAMESPACE "HostLauncher"
 
 namespace
@@ -39,6 +44,7 @@ namespace
 		return Count == sizeof(Start) && std::memcmp(Start, "\177ELF", sizeof(Start)) == 0;
 	}
 
+	// What the rules need to know, read once; links are followed to what would really be opened.
 	FOpenFileFacts ReadFacts(const FString& Path)
 	{
 		FOpenFileFacts Facts;
@@ -119,6 +125,7 @@ void FLauncher::Install(bool bStartNothing)
 		[bStartNothing](const FHostLaunchRequest& Request, FString& OutError) { return Launch(Request, bStartNothing, OutError); });
 }
 
+// 1. Judge. 2. Refuse, or ask. 3. Start, and report what went wrong.
 bool FLauncher::Launch(const FHostLaunchRequest& Request, bool bStartNothing, FString& OutError)
 {
 	FString Target = Request.Target;
@@ -173,6 +180,7 @@ FOpenDecision FLauncher::JudgeFile(const FHostLaunchRequest& Request, const FEdi
 	return Decision;
 }
 
+// Background threads cannot ask, and what was not confirmed stays shut.
 bool FLauncher::AskUser(const FHostLaunchRequest& Request, const FString& Target, const FString& Reason)
 {
 	if (!IsInGameThread())
@@ -186,6 +194,8 @@ bool FLauncher::AskUser(const FHostLaunchRequest& Request, const FString& Target
 	return FMessageDialog::Open(EAppMsgCategory::Warning, EAppMsgType::YesNo, EAppReturnType::No, Message, Title) == EAppReturnType::Yes;
 }
 
+// 1. The command: the user's editor for a place in a source, else the desktop's opener. 2. No terminal, no descriptors,
+// plain signals. 3. The process, and words for each way in which it can fail.
 bool FLauncher::Start(const FString& Target, const FEditorCommand& Editor, FString& OutError)
 {
 	std::vector<std::string> Words = Editor.Words;

@@ -2,6 +2,12 @@
 
 #include "Misc/Paths.h"
 
+// Which targets are opened, asked about or refused. Pure rules on text and facts, so that every case can be tested.
+//
+// Refused is what cannot be meant (options, control characters, nothing). Asked about is what may run: programs and
+// scripts by ending, by permission or by content, pages whose scripts would run as local files, addresses of unknown
+// kinds. Both the name that was given and the one that links lead to count.
+
 namespace
 {
 	/** Far above any address in use, below what fits on a command line. */
@@ -92,6 +98,7 @@ namespace
 
 namespace OpenRules
 {
+	// From the harmless kinds outwards; what is not known to be harmless is asked about.
 	FOpenDecision JudgeUrl(const FString& Target)
 	{
 		FOpenDecision Decision = JudgeAny(Target);
@@ -152,6 +159,7 @@ namespace OpenRules
 		return Decision;
 	}
 
+	// What the user confirms must be what is opened: signs that hide or turn text around are written out.
 	FString MakeReadable(const FString& Target)
 	{
 		FString Result;

@@ -5,6 +5,11 @@
 #include <algorithm>
 #include <cmath>
 
+// Paints a list of elements into memory. Boxes, images and shadows are written straight into the pixels, which needs
+// none of what a general drawing library provides for; glyphs go through Cairo, which knows fonts. Both see the same
+// memory, so each hears when the other one has written. Glyphs are collected and drawn together as long as font,
+// colour and clip stay.
+
 namespace
 {
 	/** Whether the first element covers all that is to be painted, so that nothing need be cleared. */
@@ -36,6 +41,7 @@ public:
 		Glyphs.clear();
 	}
 
+	// Cairo's state is set when glyphs are really drawn: many runs are clipped away whole.
 	void SetClipAndColor(const FPixelRect& InClip, const FColor& InColor)
 	{
 		if (!(InClip == Clip && bClipSet))
@@ -223,6 +229,7 @@ void FCairoPainter::Paint(const FSlateWindowElementList& Elements, const FPixelR
 	cairo_surface_flush(Target);
 }
 
+// Text out of the clip costs a comparison.
 void FCairoPainter::PaintGlyphs(const FSlateDrawElement& Element, const FPixelRect& Clip)
 {
 	const FPlatformGlyphRun& Run = static_cast<const FPlatformGlyphRun&>(*Element.Glyphs);
@@ -237,6 +244,7 @@ void FCairoPainter::PaintGlyphs(const FSlateDrawElement& Element, const FPixelRe
 	Run.Emit(*Sink, X, Y);
 }
 
+// An image that cannot be read shows as a chequer, so that the place of the mistake is seen.
 void FCairoPainter::PaintImage(const FSlateDrawElement& Element, const FPixelRect& Clip)
 {
 	const FPixelRect Rect = FPixelRect::Snap(Element.Rect);
@@ -254,6 +262,7 @@ void FCairoPainter::PaintImage(const FSlateDrawElement& Element, const FPixelRec
 	}
 }
 
+// Values come from widgets and are brought into bounds here: blurring costs time with the square of its width.
 void FCairoPainter::PaintShadow(const FSlateDrawElement& Element, const FPixelRect& Clip)
 {
 	FPixelRect Rect = FPixelRect::Snap(Element.Rect);

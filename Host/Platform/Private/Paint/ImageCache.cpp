@@ -7,6 +7,9 @@
 
 #include <cstring>
 
+// Images at the size in which they are shown, scaled once. A file that cannot be read is remembered as such and not
+// tried in each frame.
+
 DEFINE_LOG_CATEGORY_STATIC(LogImages, Log, All);
 
 size_t FImageCache::FKeyHash::operator()(const FKey& Key) const

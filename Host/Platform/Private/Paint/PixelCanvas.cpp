@@ -4,6 +4,12 @@
 #include <cmath>
 #include <cstring>
 
+// Filling and blending on 32-bit pixels, colours premultiplied. The target is opaque, so what is blended over it needs
+// no alpha of its own. Two channels are worked on at once in one 32-bit number, with room for the carry between them.
+//
+// Round corners are shaded by the distance of a pixel's middle from the edge, which is exact enough to look smooth and
+// needs no table; the pixels between the corners are filled in runs.
+
 namespace
 {
 	constexpr uint32 Opaque = 0xFF000000u;

@@ -4,6 +4,9 @@
 #include <cmath>
 #include <vector>
 
+// Shadows are blurred once for a radius and a blur and then stretched: corners are kept, sides repeat, so one small mask
+// serves boxes of every size.
+
 namespace
 {
 	/** Coverage of a rounded rectangle, placed Margin pixels inside its mask. */

@@ -8,6 +8,9 @@
 
 #include <string>
 
+// The clipboard of the desktop as UTF-8 text. It belongs to a window; without one the host's own hooks are taken out,
+// and texts stay within the program. So does a text that the X server could not take.
+
 namespace
 {
 	struct FClipboardState

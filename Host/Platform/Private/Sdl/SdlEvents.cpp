@@ -6,6 +6,9 @@
 #include <cmath>
 #include <cstring>
 
+// SDL's events into calls of the message handler, in the order of their coming. What waits is taken in one batch: a drag
+// may bring many moves between two frames, and only the last position counts.
+
 namespace
 {
 	/** A flood of events must not keep the window from being painted. */

@@ -1,5 +1,8 @@
 #include "Sdl/SdlKeys.h"
 
+// Keys by what they type, as users know shortcuts: Ctrl+Z is where their keyboard has Z. A keyboard of another script
+// types no Latin letters, so there the place of the key counts.
+
 namespace
 {
 	struct FKeyRow

@@ -10,11 +10,18 @@
 #include <cmath>
 #include <cstring>
 
+// The window on X11 or Wayland. The program paints into the window's own picture in memory and hands over the rectangles
+// that changed. SDL may replace that picture at any time (another size, another monitor), so it is asked for before each
+// painting, and a new one is painted whole. Where its pixels have another form or cannot be written to, a picture of our
+// own lies between.
+
 DEFINE_LOG_CATEGORY_STATIC(LogSdlWindow, Log, All);
 
 namespace
 {
 	/** SDL answers on machines without a display too, with drivers that show nothing. */
+	// 1. Settings, which SDL reads at the start alone. 2. A driver that shows something. 3. How pictures reach the
+	// screen.
 	bool StartVideo(FString& OutError)
 	{
 		SDL_SetMainReady();
@@ -117,6 +124,7 @@ FSdlWindow::FSdlWindow(SDL_Window* InWindow, float InScale)
 	FSdlClipboard::SetWindow(Window);
 }
 
+// In this order: the painter first, since its surface lies in the window's pixels.
 FSdlWindow::~FSdlWindow()
 {
 	FSdlClipboard::SetWindow(nullptr);
@@ -192,6 +200,7 @@ void FSdlWindow::SetCursor(EMouseCursor::Type Cursor)
 	SDL_SetCursor(Entry);
 }
 
+// The rectangle tells an input method where to show its list of candidates.
 void FSdlWindow::SetTextInput(bool bActive, const FSlateRect& Caret)
 {
 	if (bActive != bTextInput)
@@ -221,6 +230,7 @@ void FSdlWindow::SetTextInput(bool bActive, const FSlateRect& Caret)
 	}
 }
 
+// False while there is no picture; the frame is lost then, and the next one is painted whole.
 bool FSdlWindow::EnsurePicture()
 {
 	SDL_Surface* const Current = SDL_GetWindowSurface(Window);
@@ -287,6 +297,7 @@ void FSdlWindow::PaintAndPresent(const FSlateWindowElementList& Elements, const 
 	}
 }
 
+// Any thread. One event is enough for any number of calls, until it has been taken.
 void FSdlWindow::Wake()
 {
 	if (bWakePending.exchange(true))

@@ -2,6 +2,14 @@
 
 #include <algorithm>
 
+// Brings keys and text into the order in which the user means them. An input method sends its texts beside the keys and
+// not always in order: while its text is open, keys belong to it; when it closes, the confirmed text has to arrive
+// before the key that closed it, although SDL reports that key first. So keys that come between the closing and its text
+// are held back until the batch of events ends.
+//
+// Text after a key was typed by that key, and with Ctrl or Alt held it is a shortcut and no text. Text that comes alone
+// was committed by an input method and is text in any case.
+
 void FTextInputGate::OnKeyDown(IHostMessageHandler& Handler, const FKey& Key, const FModifierKeysState& Modifiers, bool bRepeat)
 {
 	bBehindKey = true;
@@ -19,6 +27,7 @@ void FTextInputGate::OnKeyDown(IHostMessageHandler& Handler, const FKey& Key, co
 	}
 }
 
+// The release of a key that is held back waits for its press.
 void FTextInputGate::OnKeyUp(IHostMessageHandler& Handler, const FKey& Key, const FModifierKeysState& Modifiers)
 {
 	bBehindKey = false;
@@ -37,6 +46,7 @@ void FTextInputGate::OnKeyUp(IHostMessageHandler& Handler, const FKey& Key, cons
 	}
 }
 
+// A long text comes in several pieces, which are judged like the first.
 void FTextInputGate::OnText(IHostMessageHandler& Handler, FStringView Text, bool bMore)
 {
 	const bool bTyped = bContinued ? bLastTyped : bBehindKey;
@@ -92,6 +102,7 @@ void FTextInputGate::OnPreedit(IHostMessageHandler& Handler, FStringView Text, i
 	Handler.OnPreedit(Text, std::clamp(Cursor, 0, Text.Len()));
 }
 
+// What had to come has come by now.
 void FTextInputGate::OnBatchEnd(IHostMessageHandler& Handler)
 {
 	// A key that comes in a later batch than its text cannot be behind it.
@@ -107,6 +118,7 @@ void FTextInputGate::OnBatchEnd(IHostMessageHandler& Handler)
 	}
 }
 
+// The field goes: everything that is held goes to it before.
 void FTextInputGate::Close(IHostMessageHandler& Handler)
 {
 	if (bOpen)
@@ -130,6 +142,7 @@ void FTextInputGate::SendText(IHostMessageHandler& Handler)
 	}
 }
 
+// Committed texts first, then the keys and what they typed, in order.
 void FTextInputGate::Release(IHostMessageHandler& Handler)
 {
 	bClosing = false;

@@ -5,6 +5,11 @@
 #include <algorithm>
 #include <cmath>
 
+// The long way for a line that has more than words in one direction. It is itemised (one direction, one font each),
+// shaped as a whole, and cut into stops: the places where a caret may stand, in the order of reading, with the width of
+// all that comes before. Wrapping chooses ranges of stops; only when such a range is placed are its items put into
+// visual order.
+
 namespace
 {
 	/** Characters. Shaping takes time with the square of a run of marks, and forever with a megabyte of them. */
@@ -58,6 +63,8 @@ struct FComplexLine::FBuild
 	float X = 0.0f;
 };
 
+// 1. The text as UTF-8, with the first unit of each character. 2. Where lines and graphemes may part. 3. Items, each
+// shaped in turn. 4. A last stop that ends the line.
 FComplexLine::FComplexLine(FShaperFont& Font, TextUnits::FView Text)
 {
 	FBuild Build{ Font, Text, {}, {}, {}, pango_glyph_string_new() };
@@ -120,6 +127,7 @@ void FComplexLine::AddItem(FBuild& Build, const PangoItem& PangoItem)
 	}
 }
 
+// Glyphs of the part, then its clusters.
 void FComplexLine::ShapePart(FBuild& Build, const PangoAnalysis& Analysis, const char* Start, int32 Length)
 {
 	++Build.Font.GetSystem().GetCounters().WordsShaped;
@@ -230,6 +238,8 @@ int32 FComplexLine::TrimBlanks(int32 First, int32 End) const
 	return End;
 }
 
+// 1. All that is left fits. 2. The last stop that fits, blanks not counted. 3. Back to where the line may part; else to
+// the last whole cluster; else, when not even one fits, over the first one.
 int32 FComplexLine::FindLineEnd(int32 First, float Width) const
 {
 	const int32 Count = GetStopCount();
@@ -272,6 +282,8 @@ int32 FComplexLine::FindLineEnd(int32 First, float Width) const
 	return Stop;
 }
 
+// 1. Segments of one item, in the order of reading. 2. That order turned into the visual one, level by level. 3. Their
+// places.
 void FComplexLine::LayOut(int32 First, int32 End, std::vector<FSegment>& OutSegments) const
 {
 	OutSegments.clear();
@@ -358,6 +370,8 @@ float FComplexLine::GetCaretX(int32 First, int32 End, int32 Index) const
 	return bRightToLeft ? 0.0f : LineEnd;
 }
 
+// Every stop of the line is tried: in mixed directions places do not grow with indices, so there is nothing to search
+// by.
 int32 FComplexLine::GetIndexAt(int32 First, int32 End, float X) const
 {
 	std::vector<FSegment> Segments;

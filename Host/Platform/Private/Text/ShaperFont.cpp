@@ -5,6 +5,14 @@
 #include <algorithm>
 #include <cmath>
 
+// One font at one size: its metrics and the words shaped with it. Shaping is by far the dearest step of laying out, and
+// the same words come again and again, so every word is shaped once and shared. Two shortcuts carry most text: words of
+// plain ASCII skip itemising, since one font covers them all, and words of letters and digits skip the search for places
+// to break.
+//
+// Fonts are asked for grey antialiasing, slight hinting and whole-pixel advances, whatever the desktop is set to: a
+// picture must look the same on every machine.
+
 namespace
 {
 	float ToPixels(int PangoUnits)
@@ -75,6 +83,7 @@ std::shared_ptr<const FPlatformFont> FFontSystem::FindOrAdd(PangoFont* Font)
 	return Entry;
 }
 
+// 1. Size, and the font of that size. 2. Metrics in whole pixels. 3. Whether one font covers ASCII.
 FShaperFont::FShaperFont(std::shared_ptr<FFontSystem> InSystem, const FSlateFontInfo& Info, float Scale)
 	: System(std::move(InSystem))
 {
@@ -157,6 +166,7 @@ FTextWordRef FShaperFont::GetWord(TextUnits::FView Text)
 	return Word;
 }
 
+// The table is bounded: a program that runs for weeks meets every identifier of a project.
 void FShaperFont::DropUnusedWords()
 {
 	for (auto Entry = Words.begin(); Entry != Words.end();)
@@ -217,6 +227,8 @@ FTextWordRef FShaperFont::Shape(TextUnits::FView Text)
 	return FTextWordRef(std::move(Word));
 }
 
+// Pango's glyphs into ours: positions relative to the word, one offset for each unit, so that a caret can stand before
+// it.
 void FShaperFont::ShapeItem(FTextWord& Word, const std::string& Utf8, int32 Offset, int32 Length, const PangoAnalysis& Analysis,
 	int32 FirstUnit, int32 UnitCount, float& X)
 {
@@ -285,6 +297,7 @@ void FShaperFont::FindBreaks(TextUnits::FView Text, std::vector<int32>& OutBreak
 	}
 }
 
+// Asked for every gap between words, so the answer is kept: in a table for ASCII, in a bounded map for all others.
 bool FShaperFont::CanBreakBetween(TCHAR Before, TCHAR After)
 {
 	const auto Ask = [this, Before, After]

@@ -4,6 +4,14 @@
 #include <cmath>
 #include <iterator>
 
+// A laid-out text. Nearly all text is plain: words of one direction between blanks. It is kept as pieces, one for each
+// word with the blanks after it, and words come shaped from the font, which keeps them; so wrapping is adding up
+// widths, and a text that is wrapped anew at another width shapes nothing. A line that cannot be taken word by word
+// (mixed directions, emoji sequences, scripts that join) goes to FComplexLine as a whole. Which way a line takes is
+// decided unit by unit in AddTextLine.
+//
+// All widths are whole pixels, so that letters are equally sharp wherever a line begins.
+
 namespace
 {
 	/** The glyphs of one line of words. Holds no glyphs itself: it refers to the words of its paragraph. */
@@ -55,6 +63,8 @@ namespace
 	};
 }
 
+// 1. Lines, by any kind of line break. 2. Their pieces, in one list that lines and runs share. 3. The width without
+// wrapping, which says later whether a width changes anything at all.
 FTextParagraph::FTextParagraph(std::shared_ptr<FShaperFont> InFont, FStringView InText)
 	: Font(std::move(InFont))
 	, Text(InText.GetData() ? InText.GetData() : TEXT(""), static_cast<size_t>(InText.Len()))
@@ -122,6 +132,8 @@ void FTextParagraph::AddTextLine(int32 Begin, int32 End, FPieces& Scratch)
 	}
 }
 
+// A piece may end a line if the text around its blanks may part there; blanks at a line's begin and tabs are pieces
+// without a word. A sentinel ends the list, so that the end of each piece is the begin of the next.
 void FTextParagraph::AddPieces(int32 Begin, int32 End, FPieces& Scratch)
 {
 	const size_t FirstPiece = Scratch.size();
@@ -181,6 +193,8 @@ void FTextParagraph::AddPieces(int32 Begin, int32 End, FPieces& Scratch)
 	Sentinel.X = X;
 }
 
+// A word of megabytes is shaped in parts: the time for shaping grows faster than the word. Parts join without a gap, but
+// ligatures across a cut are lost.
 void FTextParagraph::AddLongWord(TextUnits::FView Word, int32 Begin, float& X, FPieces& Scratch)
 {
 	std::vector<int32> Breaks;
@@ -210,6 +224,7 @@ void FTextParagraph::AddLongWord(TextUnits::FView Word, int32 Begin, float& X, F
 	}
 }
 
+// Most calls change nothing: the width is the same, or the text fits both the old and the new one.
 void FTextParagraph::Wrap(float Width)
 {
 	if (!(Width > 0.0f))
@@ -240,6 +255,7 @@ void FTextParagraph::Wrap(float Width)
 			WrapPlain(TextLine, Width, NewLines);
 		}
 	}
+	// Another width often breaks the same way.
 	// Lines that stayed as they were keep their runs, so that nothing is painted again for them.
 	const bool bSame = std::equal(NewLines.begin(), NewLines.end(), Lines.begin(), Lines.end(),
 		[](const FLine& A, const FLine& B) { return A.Public.BeginIndex == B.Public.BeginIndex; });
@@ -273,6 +289,7 @@ void FTextParagraph::AddLine(std::vector<FLine>& OutLines, int32 TextLine, int32
 	Line.First = First;
 }
 
+// Greedy: each line takes as much as fits. Every round moves on by one unit at least, so it ends for any width.
 void FTextParagraph::WrapPlain(int32 TextLine, float Width, std::vector<FLine>& OutLines) const
 {
 	const FTextLine& Line = TextLines[static_cast<size_t>(TextLine)];
@@ -383,6 +400,7 @@ void FTextParagraph::WrapPlain(int32 TextLine, float Width, std::vector<FLine>& 
 	}
 }
 
+// The same on stops in place of pieces.
 void FTextParagraph::WrapComplex(int32 TextLine, float Width, std::vector<FLine>& OutLines) const
 {
 	const FTextLine& Line = TextLines[static_cast<size_t>(TextLine)];
@@ -398,6 +416,9 @@ void FTextParagraph::WrapComplex(int32 TextLine, float Width, std::vector<FLine>
 	} while (First < Complex.GetStopCount());
 }
 
+// Made when a line is painted for the first time and kept: equal runs in two frames are the same object, which is how
+// the window sees that nothing there has changed. The ink is let out a little, since slanted letters reach over their
+// advance.
 TArrayView<const FParagraphRun> FTextParagraph::GetRuns(int32 LineIndex) const
 {
 	LineIndex = ClampLine(LineIndex);

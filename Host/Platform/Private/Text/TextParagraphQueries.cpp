@@ -3,6 +3,10 @@
 #include <algorithm>
 #include <cmath>
 
+// Where things are in a laid-out text: carets, hits, spans, letters and words. All by search in sorted lists, since a
+// paragraph may hold a whole file. Indices are clamped, never checked: they come from carets that may be a frame late
+// the text.
+
 using namespace TextUnits;
 
 int32 FTextParagraph::ClampLine(int32 Line) const
@@ -25,6 +29,7 @@ int32 FTextParagraph::FindPiece(const FTextLine& Line, int32 Index) const
 	return static_cast<int32>(Above - Pieces->begin()) - (Above == Begin ? 0 : 1);
 }
 
+// Within a word by its offsets, after it by the width of blanks.
 float FTextParagraph::GetPlainX(const FTextLine& Line, int32 Index) const
 {
 	const int32 PieceIndex = FindPiece(Line, Index);
@@ -47,6 +52,8 @@ float FTextParagraph::GetPlainX(const FTextLine& Line, int32 Index) const
 	return Piece.GetInkEnd() + Font->GetBlankAdvance() * static_cast<float>(Offset - Piece.GetLength());
 }
 
+// 1. The piece. 2. In its blanks: by share of their width, to the nearer edge. 3. In its word: the nearer edge of the
+// letter.
 int32 FTextParagraph::GetPlainIndexAt(const FTextLine& Line, float X) const
 {
 	const auto Begin = Pieces->begin() + Line.FirstPiece;
@@ -193,6 +200,7 @@ int32 FTextParagraph::GetPreviousGrapheme(int32 Index) const
 	return Line.IsComplex() ? Line.Begin + GetComplex(Line).GetPreviousStop(Index - Line.Begin) : Index - 1;
 }
 
+// What a character is for moving by words.
 EClass FTextParagraph::GetClassAt(int32 Index) const
 {
 	// Marks that belong to the character before them take its class. A heap of marks is not searched to its bottom.
@@ -214,6 +222,7 @@ EClass FTextParagraph::GetClassAt(int32 Index) const
 	return EClass::Mark;
 }
 
+// To the next begin of a word: a change of class into a class that words are made of.
 int32 FTextParagraph::GetNextWord(int32 Index) const
 {
 	const int32 Length = static_cast<int32>(Text.size());
@@ -238,6 +247,7 @@ int32 FTextParagraph::GetNextWord(int32 Index) const
 	return Length;
 }
 
+// Back over what is no word, then to the begin of the word before it.
 int32 FTextParagraph::GetPreviousWord(int32 Index) const
 {
 	Index = std::clamp(Index, 0, static_cast<int32>(Text.size()));

@@ -2,6 +2,10 @@
 
 #include <glib.h>
 
+// Facts about single characters that decide how text is laid out and how a caret moves. IsPlain is asked for every unit
+// of every text, so it looks at ranges written out here; the others are asked rarely and look the character up in a
+// library.
+
 namespace TextUnits
 {
 	bool IsPlain(TCHAR Unit)

@@ -19,6 +19,15 @@
 #include <utility>
 #include <vector>
 
+// Work off the game thread and back to it.
+//
+// Plain pthreads and not std::thread: starting one may fail when the system has no more, and that is no reason to end
+// the program. Work that finds no thread waits for the pool; when there is no pool either it runs in place, late but not
+// lost.
+//
+// Nothing is ever run or destroyed under a lock. What a task holds may be the last owner of something whose destructor
+// queues another task.
+
 DEFINE_LOG_CATEGORY_STATIC(LogHostTasks, Log, All);
 
 namespace
@@ -46,6 +55,8 @@ namespace
 			}
 		}
 
+		// Runs what was there at the beginning. A task that queues another one is not followed by it in the same run,
+		// else two tasks that queue each other would keep the frame for ever.
 		int32 Run()
 		{
 			uint64 End = 0;
@@ -111,6 +122,7 @@ namespace
 	public:
 		~FBackground() { Shutdown(); }
 
+		// Threads are started as work comes in, up to one per processor: a program that never asks has none.
 		void AddToPool(FTask&& Task)
 		{
 			{
@@ -137,6 +149,7 @@ namespace
 			RunOneHere();
 		}
 
+		// A task that may block for long gets a thread of its own, so that the pool's few are never all asleep.
 		void AddThread(FTask&& Task)
 		{
 			JoinFinished();
@@ -173,6 +186,8 @@ namespace
 			Changed.notify_all();
 		}
 
+		// Waits for all work, also for what that work queues meanwhile, and then lets the threads go. New work starts
+		// new ones.
 		void Shutdown()
 		{
 			if (bBackgroundThread)
@@ -205,8 +220,10 @@ namespace
 			bool bFinished = false;
 		};
 
+		// Two at least, so that one slow task does not stop all others on a machine with one processor.
 		static std::size_t MaxWorkers() { return std::clamp<std::size_t>(std::thread::hardware_concurrency(), 2, 8); }
 
+		// Waiting, running and foreign work alike: the program may end when nothing is left.
 		int32 CountLocked() const
 		{
 			const auto IsRunning = [](const FOwnThread& Own) { return !Own.bFinished; };
@@ -273,6 +290,8 @@ namespace
 			Changed.notify_all();
 		}
 
+		// A thread that has finished still holds memory until it is joined. Taken out of the list under the lock and
+		// joined outside.
 		void JoinFinished()
 		{
 			std::list<FOwnThread> Finished;
@@ -318,6 +337,7 @@ namespace
 	}
 }
 
+// Before anybody has said which thread it is, it is the process's first one.
 bool IsInGameThread()
 {
 	const std::thread::id Id = GameThreadId.load(std::memory_order_relaxed);

@@ -10,6 +10,14 @@
 #include <thread>
 #include <vector>
 
+// Delegates that are called with the turns of the program's loop. Anyone may add and remove them from any thread, and a
+// delegate may remove itself or others, or run the loop within itself (a modal window). Three rules follow:
+//
+// 1. Due ones are collected under the lock and called without it, in the order of their time and then of adding.
+// 2. An element that is executing is not called again by an inner loop, and not twice in the same turn.
+// 3. Removing waits until a call in another thread has returned, so that what the delegate uses may be destroyed after
+// it.
+
 /** One registered delegate. Its own lock guards the state that RemoveTicker and Tick meet on. */
 class FTSTicker::FElement
 {
@@ -62,6 +70,7 @@ FTSTicker::FDelegateHandle FTSTicker::AddTicker(const TCHAR* Name, float Delay, 
 	return AddElement(MakeShared<FElement>(*this, MoveTemp(Function), Delay), Delay);
 }
 
+// A delay counts from now, and now may be well after the last turn.
 FTSTicker::FDelegateHandle FTSTicker::AddElement(TSharedPtr<FElement> Element, float Delay)
 {
 	const std::lock_guard<std::mutex> Lock(Mutex);
@@ -166,6 +175,7 @@ float FTSTicker::GetTimeUntilNextCall() const
 	return float(Soonest);
 }
 
+// While a loop runs, time between its turns counts as well; a test that ticks by hand has its own time.
 void FTSTicker::SetFollowsClock(bool bFollows)
 {
 	const std::lock_guard<std::mutex> Lock(Mutex);

@@ -3,6 +3,10 @@
 #include "Containers/StringConv.h"
 #include "Math/UnrealMathUtility.h"
 
+// Text of 16-bit units as the editor has it: comparisons ignore letter case unless asked otherwise, positions count
+// units and not letters. Arguments may be parts of the text that is changed, so results are made aside where that could
+// matter.
+
 namespace
 {
 	int32 LineEndLength(FStringView Text, int32 Index)

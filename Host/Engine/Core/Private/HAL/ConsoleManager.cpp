@@ -12,6 +12,13 @@
 #include <mutex>
 #include <string>
 
+// Console variables are read by any thread at any time, so their values are atomic, or locked for texts; registering and
+// finding takes the manager's own lock. Several modules may register the same variable: it is there until the last one
+// leaves, and a value that was set by the user stays known for the next registration.
+//
+// Setting by text never fails here; what a user types is checked first (FindWrongValue), since a typing error that turns
+// into a silent zero is hard to find.
+
 DEFINE_LOG_CATEGORY_STATIC(LogConsole, Log, All);
 
 namespace
@@ -277,6 +284,7 @@ namespace
 			return Object ? Object->AsVariable() : nullptr;
 		}
 
+		// Names ignore letter case: the key is the name in small letters.
 		IConsoleObject* FindConsoleObject(const TCHAR* Name, bool) const override
 		{
 			const std::lock_guard<std::recursive_mutex> Lock(Mutex);
@@ -356,6 +364,7 @@ namespace
 										   : Variable.IsVariableString();
 		}
 
+		// 1. The same name and kind again is the same variable; another kind is refused.
 		template <typename T>
 		IConsoleVariable* RegisterVariable(const TCHAR* Name, const T& Default, const TCHAR* Help, uint32 Flags)
 		{
@@ -372,6 +381,7 @@ namespace
 				++Entry.Uses;
 				return Existing;
 			}
+			// 2. A new one; what was kept of an earlier life comes back.
 			Entry.Name = Entry.Name.IsEmpty() ? FString(Name) : Entry.Name;
 			Entry.Uses = 1;
 			Entry.Object = MakeUnique<TConsoleVariable<T>>(Default, Help, Flags);
@@ -403,6 +413,7 @@ namespace
 	}
 
 	/** One sentence when the text is no value of the variable's kind. */
+	// Numbers have to be whole texts: "5x" is no number although reading would give 5.
 	FString FindWrongValue(const FString& Name, const IConsoleVariable& Variable, const FString& Value)
 	{
 		double Number = 0.0;

@@ -17,6 +17,9 @@
 #include <unistd.h>
 #include <vector>
 
+// The file operations that the module asks for. Paths are taken apart by the host's rules, names stay bytes on the way
+// to the system. Reading a folder follows no links out of it, and a removal takes no more than it was asked for.
+
 DEFINE_LOG_CATEGORY_STATIC(LogFileManager, Log, All);
 
 namespace

@@ -13,6 +13,15 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+// Saving so that there is always a whole file: the old one or the new one, whatever happens in between.
+//
+// 1. The new contents go into a file without a name, or a hidden one where the file system knows no nameless ones. 2.
+// They are flushed to the disk. 3. The file takes the name in one step of the file system. 4. The folder is flushed.
+//
+// A sudden end before step 3 leaves the old file; with a nameless file it leaves nothing else. Links are followed, so
+// that a link stays a link. What is no plain file (a pipe, a device) is written straight, since nothing can replace it;
+// text that is appended is cut back to its old length when it could not be written whole.
+
 namespace
 {
 	/** The file behind links, also when it does not exist yet. False with errno when the links never end. */
@@ -47,6 +56,8 @@ namespace
 		return File.IsOpen() && File.Write(Bytes) && File.Close();
 	}
 
+	// Replacing the whole of a long log for each line would be worse than the risk, and what is lost is the new end
+	// alone.
 	bool AppendInPlace(const std::string& Path, std::string_view Bytes, mode_t NewMode)
 	{
 		FFileDescriptor File = FFileDescriptor::Open(Path, O_WRONLY | O_CREAT | O_APPEND, NewMode);
@@ -168,6 +179,7 @@ namespace
 		return bDone;
 	}
 
+	// Refusals first, in the words of the system (errno), before anything is made.
 	bool SaveBytes(std::string Path, std::string_view Bytes, uint32 WriteFlags)
 	{
 		if (!FollowLinks(Path) || !HostFileSystem::MakeFolders(HostFileSystem::GetParent(Path)))
@@ -197,6 +209,7 @@ namespace
 		return ReplaceWhole(Path, WriteContents, bExists ? &Info : nullptr, WriteFlags);
 	}
 
+	// In pieces, so that a large copy can be watched and cancelled.
 	bool CopyContents(const FFileDescriptor& From, const FFileDescriptor& To, int64 Total, TFunctionRef<bool(int64, int64)> OnProgress)
 	{
 		constexpr uint64 PieceBytes = 1024 * 1024;
@@ -229,6 +242,7 @@ namespace
 	}
 }
 
+// The size that counts is the one at the beginning: a file that grows meanwhile is copied as far as it then is.
 bool HostCopyFile(const FString& Source, const FString& Target, uint32 WriteFlags, TFunctionRef<bool(int64 Done, int64 Total)> OnProgress,
 	FString& OutReason)
 {

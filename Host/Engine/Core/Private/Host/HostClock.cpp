@@ -6,6 +6,9 @@
 #include <cmath>
 #include <ctime>
 
+// The time of the program: the system's, or a simulated one that stands still until a test moves it on. Local time goes
+// by the rules of the zone at that moment; an hour that does not exist is moved over the gap.
+
 namespace
 {
 	constexpr int64 EpochTicks = 719162 * ETimespan::TicksPerDay; // 1 January 1970.

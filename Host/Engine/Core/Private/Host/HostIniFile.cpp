@@ -5,6 +5,14 @@
 
 #include <cstdio>
 
+// A configuration file belongs to the user as much as to the program: comments, blank lines, order, line ends, a byte
+// order mark, keys and sections that nobody here knows stay as they are. So a file is kept as its lines, and setting a
+// key rewrites one of them or adds one.
+//
+// Values are written plainly where they read back as themselves, and quoted with escapes where they would not (line
+// breaks, quotes, blanks at the ends). Lone halves of surrogate pairs have no UTF-8 and are escaped too: no text is lost
+// on its way through a file.
+
 namespace
 {
 	FString FromUtf8(std::string_view Bytes)
@@ -38,6 +46,7 @@ namespace
 		return Text;
 	}
 
+	// Half of a pair without the other half beside it.
 	bool IsLoneSurrogate(const FString& Text, int32 Index)
 	{
 		const TCHAR Unit = Text[Index];
@@ -102,6 +111,7 @@ namespace
 		return Out;
 	}
 
+	// Four hexadecimal digits.
 	bool ReadCode(const FString& Text, int32 Start, TCHAR& OutUnit)
 	{
 		uint32 Value = 0;
@@ -166,6 +176,7 @@ namespace
 		return true;
 	}
 
+	// Names of keys and sections are escaped as values are, but never quoted.
 	FString ReadName(std::string_view Bytes)
 	{
 		const FString Name = FromUtf8(Bytes);
@@ -214,6 +225,8 @@ FString HostReadIniValue(std::string_view Text)
 	return FromUtf8(Trimmed);
 }
 
+// 1. Other programs write UTF-16 with a mark; such a file is taken over as UTF-8. 2. The mark of UTF-8 is kept. 3. The
+// lines, each with its own end.
 FHostIniFile::FHostIniFile(std::string_view Bytes)
 {
 	std::string Converted;
@@ -265,6 +278,7 @@ FHostIniFile::FLine FHostIniFile::ReadLine(std::string_view Bytes, std::string_v
 	return Line;
 }
 
+// The last of equal keys counts, as it does in the editor.
 int32 FHostIniFile::Find(const FString& Section, const FString& Key) const
 {
 	for (int32 Index = Lines.Num() - 1; Index >= 0; --Index)
@@ -290,6 +304,7 @@ bool FHostIniFile::Get(const FString& Section, const FString& Key, FString& OutV
 	return true;
 }
 
+// What most lines have.
 std::string FHostIniFile::GetNewLine() const
 {
 	int32 Returns = 0;
@@ -300,6 +315,7 @@ std::string FHostIniFile::GetNewLine() const
 	return Returns > 0 ? "\r\n" : "\n";
 }
 
+// 1. A key that is there is changed in its place, and only if its value differs: the spelling of what is equal stays.
 void FHostIniFile::Set(const FString& Section, const FString& Key, const FString& Value)
 {
 	const int32 Present = Find(Section, Key);
@@ -313,6 +329,7 @@ void FHostIniFile::Set(const FString& Section, const FString& Key, const FString
 		}
 		return;
 	}
+	// 2. A new key stands in its section, or opens one.
 	const std::string NewLine = GetNewLine();
 	// Behind the last line of the section that says anything, or in a section of its own at the end.
 	int32 At = INDEX_NONE;

@@ -21,6 +21,14 @@
 #include <unistd.h>
 #include <utility>
 
+// Settings in memory, written a moment after they change, on a thread of their own: a slider that is dragged sets a
+// value in each frame, and a slow disk must not hold up one of them.
+//
+// Several programs may have the same file open. So a change is not "the file as I know it" but "this key, from this
+// value to that": when it is written, the file is read afresh under a lock and the changes alone are applied. What
+// others wrote to other keys stays. A write that fails keeps its changes, in front of newer ones, and is tried again
+// with the next; the user hears of each new reason once.
+
 namespace
 {
 	constexpr double IniWriteSeconds = 0.5;
@@ -182,6 +190,7 @@ struct FHostIniStore::FState
 		return *Entry;
 	}
 
+	// 1. What stands in memory is changed at once, for whoever reads it next.
 	void Change(const FString& Path, FIniChange&& NewChange)
 	{
 		{
@@ -196,6 +205,7 @@ struct FHostIniStore::FState
 				return;
 			}
 			Apply(Entry.Document, { NewChange });
+			// 2. A key waits for the disk once, with its newest value and with what stood there before the first change.
 			if (const FIniChange* const Waiting = Entry.Changes.FindByPredicate(
 					[&NewChange](const FIniChange& Other) { return Other.Key == NewChange.Key && Other.Section == NewChange.Section; }))
 			{
@@ -228,6 +238,7 @@ struct FHostIniStore::FState
 		}
 	}
 
+	// 1. The changes are taken out; those that come meanwhile gather anew.
 	void Write(FIniEntry& Entry)
 	{
 		TArray<FIniChange> Writing;
@@ -236,6 +247,7 @@ struct FHostIniStore::FState
 			std::swap(Writing, Entry.Changes);
 		}
 		// What stands there now, not what stood there at the start: somebody else may have written.
+		// 2. Read, change, write, with everybody else locked out.
 		const FIniFolderLock Lock(Entry.Path);
 		FHostIniFile Document;
 		FString Reason;
@@ -255,6 +267,7 @@ struct FHostIniStore::FState
 			bWritten =
 				Before == After || HostSaveFile(Entry.Path, After.data(), static_cast<int64>(After.size()), HostWritePrivate, Reason);
 		}
+		// 3. Memory follows the disk, or the changes wait again.
 		FString Told;
 		{
 			const std::lock_guard<std::mutex> Lock(Mutex);
@@ -311,6 +324,7 @@ FString FHostIniStore::GetPath(const FString& File) const
 	return State->Folder / (File.EndsWith(TEXT(".ini")) ? File : File + TEXT(".ini"));
 }
 
+// A read counts as knowing the value: who clears a key afterwards means this value, and no newer one of another program.
 bool FHostIniStore::Get(const FString& File, const FString& Section, const FString& Key, FString& OutValue) const
 {
 	const FString Path = GetPath(File);

@@ -12,6 +12,10 @@
 #include <utility>
 #include <vector>
 
+// One way for every line of the log: standard error if it is important enough, counters for tests, the recent lines for
+// reports, then the sinks. Any thread may log, also from a sink; such a line is counted and kept but goes to no sink,
+// else two sinks would call each other for ever.
+
 namespace
 {
 	constexpr std::size_t MaxRecentLines = 2000;
@@ -40,6 +44,7 @@ namespace
 	std::atomic<ELogVerbosity::Type> StderrVerbosity{ ELogVerbosity::Warning };
 	thread_local bool bInsideSink = false;
 
+	// Sinks run one thread at a time and without the data lock, so that they may ask for counts and lines.
 	void CallSinks(const FHostLogLine& Line)
 	{
 		FLogState& State = GetLogState();

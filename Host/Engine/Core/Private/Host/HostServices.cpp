@@ -8,6 +8,10 @@
 #include <mutex>
 #include <utility>
 
+// Where the program hooks in what the engine's interfaces need and cannot do themselves: clipboard, dialogs, launching,
+// reports of failed saves. Without a hook each has an answer that does no harm. Hooks are copied before they are called,
+// since a call may run the program's loop.
+
 DEFINE_LOG_CATEGORY_STATIC(LogHostServices, Log, All);
 
 namespace

@@ -4,6 +4,10 @@
 #include <cmath>
 #include <string>
 
+// Numbers for people: commas between thousands, at most three decimals and halves to the even neighbour, unless options ask for
+// something else. Done on decimal digits, because a double is not what is written: 2.6755 is stored a little lower and would round the
+// other way.
+
 namespace
 {
 	/** A number in decimal digits: Whole and Fraction without sign. */

@@ -6,6 +6,9 @@
 #include <cmath>
 #include <limits>
 
+// Numbers read as the C library reads them, with two differences: the locale is never asked (a point is a point), and a
+// value that does not fit becomes the nearest one that does.
+
 namespace
 {
 	const TCHAR* SkipBlanks(const TCHAR* String)
@@ -203,6 +206,7 @@ int64 FCString::Atoi64(const TCHAR* String)
 	return Strtoi64(String, nullptr, 10);
 }
 
+// Longest prefix that is a number; anything else is zero.
 double FCString::Atod(const TCHAR* String)
 {
 	// Only the units a number can have are looked at, so the copy stays short.

@@ -10,10 +10,14 @@
 #include <string>
 #include <string_view>
 
+// Dates of the Gregorian calendar as ticks of 100 ns since the first day of year 1, without time zone. The
+// C library is asked for the words of a formatted date alone: its functions follow the locale and the environment.
+
 namespace
 {
 	constexpr int32 DaysBeforeMonth[] = { 0, 31, 59, 90, 120, 151, 181, 212, 243, 273, 304, 334, 365 };
 
+	// Every fourth year is a leap year, but of full centuries only every fourth.
 	int64 DaysBeforeYear(int32 Year)
 	{
 		const int64 Y = Year - 1;
@@ -112,6 +116,7 @@ FDateTime::FDateTime(int32 Year, int32 Month, int32 Day, int32 Hour, int32 Minut
 		Second * ETimespan::TicksPerSecond + Millisecond * ETimespan::TicksPerMillisecond;
 }
 
+// 1. The year, guessed from its average length (146097 days in 400 years) and put right by one at most.
 void FDateTime::GetDate(int32& OutYear, int32& OutMonth, int32& OutDay) const
 {
 	const int64 Days = Ticks / ETimespan::TicksPerDay;
@@ -124,6 +129,7 @@ void FDateTime::GetDate(int32& OutYear, int32& OutMonth, int32& OutDay) const
 	{
 		++Year;
 	}
+	// 2. Month and day, by counting the months off.
 	int32 Rest = (int32)(Days - DaysBeforeYear(Year));
 	int32 Month = 1;
 	while (Rest >= DaysInMonth(Year, Month))
@@ -272,6 +278,7 @@ FDateTime FDateTime::UtcNow()
 	return FDateTime(FHostClock::UtcNowTicks());
 }
 
+// What ToString writes: six numbers with separators, and perhaps a fraction. OutDateTime is left alone on failure.
 bool FDateTime::Parse(const FString& DateTimeString, FDateTime& OutDateTime)
 {
 	int32 Fields[7] = {};
@@ -302,6 +309,8 @@ bool FDateTime::Parse(const FString& DateTimeString, FDateTime& OutDateTime)
 	return true;
 }
 
+// 1. The date, which may stand alone. 2. Hours and minutes; seconds and their fraction may be missing. 3. The zone,
+// which is taken off so that the result is UTC. 4. A day that does not exist, or a result out of range, is refused.
 bool FDateTime::ParseIso8601(const TCHAR* DateTimeString, FDateTime& OutDateTime)
 {
 	int32 Year;

@@ -14,10 +14,14 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+// Whole files as bytes, text or lines. Reading recognises the byte order marks and takes anything else for UTF-8; what
+// is no UTF-8 becomes replacement characters and never an error. Writing goes through the atomic saver.
+
 DEFINE_LOG_CATEGORY_STATIC(LogFileHelper, Log, All);
 
 namespace
 {
+	// Plain files alone: a path that leads to a pipe or a device must not hang the program or fill its memory.
 	bool ReadBytes(const std::string& Path, TArray<uint8>& OutBytes)
 	{
 		// Without waiting for the other end of a pipe.
@@ -184,6 +188,7 @@ bool FFileHelper::LoadFileToString(FString& OutText, const TCHAR* Filename)
 	return true;
 }
 
+// All three kinds of line ends; a last line without one counts.
 bool FFileHelper::LoadFileToStringArray(TArray<FString>& OutLines, const TCHAR* Filename)
 {
 	OutLines.Reset();
@@ -213,6 +218,7 @@ bool FFileHelper::LoadFileToStringArray(TArray<FString>& OutLines, const TCHAR* 
 	return true;
 }
 
+// A mark stands only at the very beginning, so text that is appended has none.
 bool FFileHelper::SaveStringToFile(
 	FStringView Text, const TCHAR* Filename, EEncodingOptions Encoding, IFileManager* FileManager, uint32 WriteFlags)
 {

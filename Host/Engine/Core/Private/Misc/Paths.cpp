@@ -11,6 +11,13 @@
 #include <mutex>
 #include <unistd.h>
 
+// Paths are text here: nothing but FileExists and DirectoryExists looks at the disk, and "." and ".." are taken away
+// without regard to links. Both kinds of separators are read, forward slashes are written. Drive letters and server
+// names are understood, because the module meets paths of projects that were written elsewhere.
+//
+// Folders of project and engine may be set by any thread and are read by many; a folder that was not set follows from
+// another one.
+
 namespace
 {
 	bool IsSeparator(TCHAR Char)
@@ -107,6 +114,8 @@ namespace
 	}
 
 	/** As callers want it: absolute, or as seen from the base folder. */
+	// The editor gives its folders as seen from its binaries ("../../../Game/"), which is what code has to be ready for;
+	// a test switches that on. Storing them absolute keeps them right when the base folder changes.
 	FString HandOut(FString Folder)
 	{
 		if (GetFolders().bRelative && FPaths::MakePathRelativeTo(Folder, *FHostPaths::GetBaseDir()) && Folder.IsEmpty())
@@ -123,6 +132,7 @@ namespace
 	}
 }
 
+// A new project has its own folders: what was set for the old one is forgotten.
 void FHostPaths::SetProjectDir(const FString& Path)
 {
 	FFolders& Folders = GetFolders();
@@ -350,6 +360,7 @@ void FPaths::NormalizeDirectoryName(FString& Path)
 
 void FPaths::RemoveDuplicateSlashes(FString& Path)
 {
+	// 3. Up from the one, then down to the other.
 	FString Result;
 	Result.Reserve(Path.Len());
 	for (const TCHAR Char : static_cast<const FString&>(Path))
@@ -362,6 +373,7 @@ void FPaths::RemoveDuplicateSlashes(FString& Path)
 	Path = MoveTemp(Result);
 }
 
+// A relative path may lead up and out ("../x"); an absolute one that would leave its root is refused and left as it was.
 bool FPaths::CollapseRelativeDirectories(FString& Path)
 {
 	const int32 RootLength = GetRootLength(Path);
@@ -414,6 +426,7 @@ FString FPaths::ConvertRelativePathToFull(const FString& Base, const FString& Pa
 	return Full;
 }
 
+// 1. Both absolute, so that "." and ".." are gone. Different roots have no way between them.
 bool FPaths::MakePathRelativeTo(FString& Path, const TCHAR* RelativeTo)
 {
 	const FString Target = ConvertRelativePathToFull(Path);
@@ -428,6 +441,8 @@ bool FPaths::MakePathRelativeTo(FString& Path, const TCHAR* RelativeTo)
 	TArray<FString> SourceParts;
 	Target.RightChop(TargetRoot).ParseIntoArray(TargetParts, TEXT("/"), false);
 	GetPath(Source).RightChop(SourceRoot).ParseIntoArray(SourceParts, TEXT("/"), true);
+	// 2. The folders that both have in common. What stands after the last slash of RelativeTo is a file and does not
+	// count.
 	int32 Shared = 0;
 	while (Shared < TargetParts.Num() && Shared < SourceParts.Num() && TargetParts[Shared].Equals(SourceParts[Shared]))
 	{
@@ -490,6 +505,7 @@ FString FPaths::MakeValidFileName(const FString& Name, TCHAR Replacement)
 	return Result;
 }
 
+// Exactly one separator in between, however many the parts bring.
 void FPaths::AppendPart(FString& Path, const FString& Part)
 {
 	if (Part.IsEmpty())

@@ -7,6 +7,10 @@
 #include <cmath>
 #include <string>
 
+// Printf for 16-bit text, written out because the C library's follows the locale and knows no 16-bit characters. Which
+// argument a placeholder may have is checked by the compiler where the format is a literal (see the header); here it is
+// only formatted.
+
 namespace UE::StringFormat
 {
 	namespace
@@ -47,6 +51,8 @@ namespace UE::StringFormat
 			return bNegative ? "-" : (Spec.bPlus ? "+" : (Spec.bSpace ? " " : ""));
 		}
 
+		// 1. The value as C reads it. 2. Its digits. 3. Digits up to the precision. 4. Sign or prefix, and padding; a
+		// precision switches padding with zeros off.
 		void AppendInteger(FString& Out, const FSpec& Spec, const FArg& Arg)
 		{
 			const bool bNarrow = Arg.Kind == EArg::Int || Arg.Kind == EArg::Char;
@@ -89,6 +95,7 @@ namespace UE::StringFormat
 			AppendNarrow(Out, Spec, Prefix, Body, Spec.Precision == INDEX_NONE);
 		}
 
+		// Digits come from std::to_chars, which is exact and knows no locale.
 		void AppendFloat(FString& Out, const FSpec& Spec, double Value)
 		{
 			const bool bUpper = FChar::IsUpper(Spec.Conversion);
@@ -176,6 +183,8 @@ namespace UE::StringFormat
 		}
 	}
 
+	// 1. Plain text up to the next percent sign. 2. A doubled one stands for itself. 3. A placeholder, whose width and
+	// precision may be arguments of their own before the value.
 	void Append(FString& Out, const TCHAR* Format, const FArg* Args, int32 NumArgs)
 	{
 		int32 Next = 0;

@@ -15,6 +15,11 @@
 #include <string>
 #include <string_view>
 
+// Modules come from the program itself or from shared libraries. A library is other people's code that runs at the
+// moment of loading, so it is looked at before: it must carry the marker of a module itself, and it must not be a second
+// copy of one that is loaded already, which would have data of its own that both sides take for theirs. Unloading never
+// unmaps a library: code of it may still stand in delegates and virtual tables.
+
 DEFINE_LOG_CATEGORY_STATIC(LogModuleManager, Log, All);
 
 namespace

@@ -12,6 +12,10 @@
 #include <cmath>
 #include <string>
 
+// Objects, and how their settings reach a file. Each class visits its own properties (VisitConfigProperties); a writer
+// and a reader are two visitors of them. The writer remembers the texts that it knows to be in the file and writes what
+// differs, so that saving one setting does not write all the others over what another program has set meanwhile.
+
 namespace
 {
 	constexpr int32 MaxListLength = 100000; // A hand-edited count beyond this is a slip.
@@ -98,6 +102,7 @@ namespace
 				Store->Set(File, Section, Name, Text);
 			}
 		}
+		// Entries that a longer list has left are taken away first.
 		void WriteList(const TCHAR* Name, const TArray<FString>& Value)
 		{
 			FString OldText;
@@ -248,6 +253,7 @@ struct UObject::FConfigMemory
 	FConfigTexts Texts;
 };
 
+// Class, outer and name lie ready from NewObject: a constructor has no parameters to hand them over by.
 UObject::UObject()
 {
 	const FHostObjectTable::FBirth*& Birth = FHostObjectTable::CurrentBirth();
@@ -324,6 +330,7 @@ bool UObject::TryUpdateDefaultConfigFile(const FString& SpecificFile)
 	return WriteConfig(SpecificFile.IsEmpty() ? GetDefaultConfigFilename() : SpecificFile);
 }
 
+// What was read is what is known to be in the file.
 void UObject::LoadConfig(UClass* ConfigClass, const TCHAR* Filename)
 {
 	const TSharedRef<IHostConfigStore> Store = IHostConfigStore::GetCurrent();

@@ -15,6 +15,10 @@
 #include "Widgets/SOverlay.h"
 #include "Widgets/Text/STextBlock.h"
 
+// The page of settings: sections at the left, rows of the chosen one at the right. A row writes its property at once and
+// saves; values that change elsewhere are read again. While rows are refreshed their own change handlers are not
+// listened to, or each refresh would save.
+
 #define LOCTEXT_NAMESPACE "SettingsPage"
 
 namespace
@@ -98,6 +102,7 @@ void SSettingsPage::ShowSection(const TSharedPtr<FSettingsSection>& InSection)
 	RebuildSections();
 }
 
+// Modules come and go: the page stays at its place, also when that place is a new object now.
 void SSettingsPage::OnSectionsChanged()
 {
 	const bool bKept = Section && Registry->Sections.Contains(Section.ToSharedRef());

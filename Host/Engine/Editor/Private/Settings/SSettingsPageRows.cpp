@@ -12,6 +12,8 @@
 #include "Widgets/SBoxPanel.h"
 #include "Widgets/Text/STextBlock.h"
 
+// One control for each kind of property: check boxes, numbers, texts, choices, lists.
+
 namespace
 {
 	constexpr float NameShare = 0.36f;

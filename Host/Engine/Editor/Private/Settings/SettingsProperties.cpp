@@ -3,6 +3,9 @@
 #include "Host/HostConfig.h"
 #include "UObject/Object.h"
 
+// Properties of a settings object as texts, by visiting it as the configuration does. A text that does not fit changes
+// nothing and gives a sentence that says what would fit.
+
 namespace
 {
 	using EKind = FSettingsProperty::EKind;

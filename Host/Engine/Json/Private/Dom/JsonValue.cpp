@@ -9,6 +9,9 @@
 #include <limits>
 #include <string>
 
+// Values convert to each other where the editor converts them and nowhere else. A conversion that fails leaves its
+// output alone, and those that cannot fail report it in the log and give an empty value.
+
 DEFINE_LOG_CATEGORY(LogJson);
 
 namespace

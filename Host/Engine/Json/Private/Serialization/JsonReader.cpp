@@ -211,6 +211,8 @@ namespace
 	}
 }
 
+// 1. The library's parser, after what it computes wrongly was blanked out. 2. Once more for lone halves of pairs, which
+// it refuses. 3. Words and place of an error. 4. Nothing may follow the value.
 TSharedPtr<FJsonValue> FHostJsonReader::ReadAll()
 {
 	if (bUsed)

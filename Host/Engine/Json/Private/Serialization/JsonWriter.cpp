@@ -4,6 +4,9 @@
 
 #include <cmath>
 
+// Writes JSON piece by piece, laid out as the editor does. Calls in a wrong order (a value without a name in an object,
+// two outermost values) break the writer: nothing is written from then on, and Close says so.
+
 FHostJsonWriter::FHostJsonWriter(FString* InOut, int32 InInitialIndent, bool bInPretty)
 	: Out(*InOut)
 	, InitialIndent(InInitialIndent)

@@ -7,6 +7,10 @@
 
 #include <cstdio>
 
+// Message dialogs of the program. Three ways of getting an answer, in this order: one that a test or the command line
+// has queued for such buttons, the harmless one where nobody can be asked (no window, a headless one, a program about to
+// end), a modal window with the user in front of it.
+
 namespace
 {
 	/** Width of a message dialog's body: 520 less the frame's line on both sides. */
@@ -61,6 +65,7 @@ namespace
 		return Dialog.DefaultAnswer;
 	}
 
+	// A queued answer serves the first dialog that has such a button.
 	EAppReturnType::Type ShowMessageDialog(const FHostMessageDialog& Dialog)
 	{
 		FDialogState& State = GetDialogState();

@@ -10,6 +10,8 @@
 
 #include <cstdio>
 
+// Save dialogs, answered in the same order as message dialogs. Without anybody to ask the answer is to cancel.
+
 namespace
 {
 	constexpr double SaveDialogWidth = 640.0;

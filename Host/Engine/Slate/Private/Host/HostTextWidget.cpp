@@ -8,6 +8,13 @@
 #include "Host/HostTextState.h"
 #include "Styling/AppStyle.h"
 
+// What the text widgets share: setting up, the bound text, commands and focus. Document, history and view are classes of
+// their own (FTextEditor, FTextView); keys and mouse, and painting, have their own sources.
+//
+// The text that the owner sees and the one that the user edits are not the same thing while the user edits: a bound text
+// is pulled only when it changes by itself, so that an owner that takes each change over does not get its own echo as a
+// new text.
+
 namespace
 {
 	constexpr float TooLongSeconds = 8.0f;
@@ -15,6 +22,8 @@ namespace
 	bool bJoinsLinesWithCarriageReturns = false;
 }
 
+// A text has a largest length, because positions in it are 32 bits. A refusal is reported at once: what was pasted is still
+// on the clipboard then.
 bool FHostTextState::HasRoomFor(FStringView Text) const
 {
 	if (Editor.HasRoomFor(Text.Len()))
@@ -49,6 +58,7 @@ SHostTextWidget::SHostTextWidget()
 
 SHostTextWidget::~SHostTextWidget() = default;
 
+// Setting up is no edit: nothing is reported and nothing can be undone.
 void SHostTextWidget::SetUp(FHostTextSetup&& InSetup)
 {
 	Setup = MoveTemp(InSetup);
@@ -94,6 +104,8 @@ FMargin SHostTextWidget::GetTextPadding() const
 	return Setup.Padding.Get(Setup.BoxStyle ? Setup.BoxStyle->Padding : FMargin(0.0f));
 }
 
+// The editor joins lines with carriage returns on one platform; tests switch that on to see that the module is ready for
+// it.
 FText SHostTextWidget::GetText() const
 {
 	const FText& Text = GetEditor().GetDocument().GetDisplayText();
@@ -104,6 +116,8 @@ FText SHostTextWidget::GetText() const
 	return Text;
 }
 
+// A text that is set while the user types in the box becomes a step that can be undone; otherwise the history begins
+// anew.
 void SHostTextWidget::SetText(const TAttribute<FText>& InText)
 {
 	AssignSizeAttribute(Setup.Text, InText);
@@ -121,6 +135,8 @@ void SHostTextWidget::SetText(const TAttribute<FText>& InText)
 	}
 }
 
+// Compared with what the binding gave before, not with what stands in the box: the user's own text is not undone by a
+// binding that has not moved.
 void SHostTextWidget::PullBoundText()
 {
 	if (!Setup.Text.IsBound())
@@ -205,6 +221,7 @@ void SHostTextWidget::ScrollTo(const FTextLocation& NewLocation)
 	State->bScrollToCaret = false;
 }
 
+// Like a paste: one step of the history of its own.
 void SHostTextWidget::InsertTextAtCursor(const FString& InString)
 {
 	if (!State->HasRoomFor(InString))
@@ -315,6 +332,8 @@ void SHostTextWidget::NoteInput()
 	State->bInputSincePaint = true;
 }
 
+// After each edit and each move of the caret. The delegates come last, when everything is as it will be: they may ask
+// for text and caret, edit again or take the widget down.
 void SHostTextWidget::FinishEdit(bool bTextChanged)
 {
 	NoteInput();
@@ -340,6 +359,8 @@ void SHostTextWidget::FinishEdit(bool bTextChanged)
 	}
 }
 
+// What comes after a commit is a new step of the history. The guard keeps a handler that moves the focus from committing
+// the same text once more.
 void SHostTextWidget::Commit(ETextCommit::Type Type)
 {
 	GetEditor().SealStep();
@@ -370,6 +391,8 @@ FReply SHostTextWidget::OnFocusReceived(const FGeometry& MyGeometry, const FFocu
 	return FReply::Unhandled();
 }
 
+// 1. What an input method has not confirmed is dropped, as it does itself. 2. Leaving commits. 3. A bound text wins over
+// what stands in the box from now on.
 void SHostTextWidget::OnFocusLost(const FFocusEvent& InFocusEvent)
 {
 	EndPreedit();
@@ -388,6 +411,7 @@ void SHostTextWidget::OnFocusLost(const FFocusEvent& InFocusEvent)
 	}
 }
 
+// The text of an input method is shown in the line but is no part of the document until it is confirmed as typed text.
 bool SHostTextWidget::OnPreedit(FStringView Text, int32 Cursor)
 {
 	if (!CanEdit())

@@ -4,6 +4,13 @@
 #include "Host/HostTextState.h"
 #include "Host/HostTextWidget.h"
 
+// Keys and mouse of the text widget. Every edit goes the same way: an open text of an input method is confirmed first
+// (EndPreedit), since the editor knows nothing of it and offsets would be off by its length; then the editor changes the
+// document; then FinishEdit tells the view, the caret's blinking and the owner's delegates.
+//
+// A handler of the owner sees a key before anything else does and may keep it, as in the editor. Handlers are copied
+// before they are called: they may replace themselves, or take the widget out of the tree.
+
 namespace
 {
 	/** A press this soon behind a double click, at the same place, is the third one. */
@@ -130,6 +137,8 @@ FReply SHostTextWidget::HandleKey(const FGeometry& Geometry, const FKeyEvent& Ev
 	return HandleMove(Geometry, Event) ? FReply::Handled() : FReply::Unhandled();
 }
 
+// Held Ctrl and a letter. What has nothing to do, such as copying without a selection, is taken all the same: a shortcut
+// of the box that is on must not reach what lies around it.
 bool SHostTextWidget::HandleShortcut(const FKey& Key, bool bShift)
 {
 	if (Key == EKeys::A)
@@ -163,6 +172,8 @@ bool SHostTextWidget::HandleShortcut(const FKey& Key, bool bShift)
 	return true;
 }
 
+// Moves by letters and words are the editor's matter, which knows the text alone. Moves by rows need the layout, which
+// says where rows end and what stands above what.
 bool SHostTextWidget::HandleMove(const FGeometry& Geometry, const FKeyEvent& Event)
 {
 	const FKey Key = Event.GetKey();
@@ -224,6 +235,8 @@ bool SHostTextWidget::HandleMove(const FGeometry& Geometry, const FKeyEvent& Eve
 	return true;
 }
 
+// The wished X is that of the first step up or down; it is kept while such steps follow each other, so that the caret
+// comes back to its column after short rows.
 void SHostTextWidget::MoveRows(int32 Rows, bool bSelect)
 {
 	FTextEditor& Editor = GetEditor();
@@ -236,6 +249,8 @@ void SHostTextWidget::MoveRows(int32 Rows, bool bSelect)
 	State->WishedX = X;
 }
 
+// Exactly the modifier that was asked for makes a new line; Enter with any other commits. With None a plain Enter breaks
+// the line and every modifier commits.
 FReply SHostTextWidget::HandleEnter(const FKeyEvent& Event)
 {
 	if (!CanEdit())
@@ -281,6 +296,8 @@ FReply SHostTextWidget::HandleEnter(const FKeyEvent& Event)
 	return FReply::Handled();
 }
 
+// Escape means something here only while there is a change to take back. Otherwise it belongs to the popup or window
+// around.
 FReply SHostTextWidget::HandleEscape()
 {
 	if (!Setup.RevertTextOnEscape.Get() || !CanEdit() || GetEditor().GetDocument().Equals(State->TextAtFocus))
@@ -301,6 +318,8 @@ FTextLocation SHostTextWidget::HitTest(const FGeometry& Geometry, const FVector2
 		bOutRowEnd);
 }
 
+// A press selects a unit: nothing, a word or a line, by the number of clicks. DragBegin and DragEnd keep that unit while
+// the pointer moves, so that dragging back over it never loses a part of it.
 void SHostTextWidget::BeginDrag(const FGeometry& Geometry, const FPointerEvent& Event, EDragUnit Unit)
 {
 	EndPreedit();
@@ -364,6 +383,8 @@ void SHostTextWidget::DragTo(const FGeometry& Geometry, const FVector2D& Positio
 	State->bScrollToCaret = false;
 }
 
+// The further out the pointer is, the faster it goes. Called in each frame, since a pointer that rests outside of the
+// box sends nothing.
 void SHostTextWidget::ScrollWhileDragging(const FGeometry& Geometry, float DeltaTime)
 {
 	const FSlateRect Rect = GetTextRect(Geometry);
@@ -388,6 +409,7 @@ void SHostTextWidget::ScrollWhileDragging(const FGeometry& Geometry, float Delta
 FReply SHostTextWidget::OnMouseButtonDown(const FGeometry& MyGeometry, const FPointerEvent& MouseEvent)
 {
 	const FVector2D& Position = MouseEvent.GetScreenSpacePosition();
+	// 1. Right: a press on the selection keeps it, so that the menu can copy it; elsewhere the caret goes there first.
 	if (MouseEvent.GetEffectingButton() == EKeys::RightMouseButton)
 	{
 		bool bRowEnd = false;
@@ -410,6 +432,7 @@ FReply SHostTextWidget::OnMouseButtonDown(const FGeometry& MyGeometry, const FPo
 		return FReply::Unhandled();
 	}
 	const FSlateRect Bar = GetBarRect(MyGeometry);
+	// 2. Left on the scroll bar: nothing of the text changes.
 	if (!Bar.IsEmpty() && Bar.ContainsPoint(Position))
 	{
 		const FSlateRect Text = GetTextRect(MyGeometry);
@@ -429,6 +452,7 @@ FReply SHostTextWidget::OnMouseButtonDown(const FGeometry& MyGeometry, const FPo
 		}
 		return FReply::Handled().CaptureMouse(AsShared()).SetUserFocus(AsShared(), EFocusCause::Mouse);
 	}
+	// 3. Left on the text. The router tells double clicks; the third click is counted here, from the second.
 	const FVector2D Moved = Position - State->LastDoubleClickPosition;
 	const bool bTriple = State->LastDoubleClick >= 0.0 && GetNow() - State->LastDoubleClick <= TripleClickSeconds &&
 		FMath::Abs(Moved.X) <= TripleClickDistance && FMath::Abs(Moved.Y) <= TripleClickDistance;
@@ -450,6 +474,7 @@ FReply SHostTextWidget::OnMouseButtonDoubleClick(const FGeometry& MyGeometry, co
 	return FReply::Handled().CaptureMouse(AsShared()).SetUserFocus(AsShared(), EFocusCause::Mouse);
 }
 
+// A box that selects all when it is focused does so at the release: a drag that began with the same press wins.
 FReply SHostTextWidget::OnMouseButtonUp(const FGeometry& MyGeometry, const FPointerEvent& MouseEvent)
 {
 	if (MouseEvent.GetEffectingButton() != EKeys::LeftMouseButton || !HasMouseCapture())
@@ -521,6 +546,8 @@ FCursorReply SHostTextWidget::OnCursorQuery(const FGeometry& MyGeometry, const F
 	return FCursorReply::Cursor(bOnBar ? EMouseCursor::Default : EMouseCursor::TextEditBeam);
 }
 
+// The rows hold the widget weakly and the menu outlives nothing: a tab that closes meanwhile leaves rows that do
+// nothing.
 void SHostTextWidget::OpenContextMenu(const FGeometry& Geometry, const FVector2D& Position)
 {
 	const bool bSelected = GetEditor().HasSelection();

@@ -5,6 +5,10 @@
 #include "Rendering/DrawElements.h"
 #include "Styling/AppStyle.h"
 
+// Layout and painting of the text widget. The view is brought in line with size, font and document in each frame before
+// anything is asked of it (UpdateLayout). Painted from below: box, selection, letters, what an input method has open,
+// caret, scroll bar.
+
 namespace
 {
 	constexpr double CaretBlinkSeconds = 0.53;

@@ -4,6 +4,10 @@
 #include "Host/HostServices.h"
 #include "Widgets/Input/SEditableTextBox.h"
 
+// What the save dialog does; its looks are in SSaveDialogLayout.cpp, and what a typed name means in FSaveTarget. Nothing
+// is written here: the dialog makes folders that were asked for and hands the chosen path on. A refusal is a sentence
+// below the name, and leaves what was typed.
+
 namespace
 {
 	const TCHAR* const ParentEntryName = TEXT("..");
@@ -135,6 +139,8 @@ bool SSaveDialog::AskToReplace(const FString& Path) const
 	return FHostServices::OpenMessageDialog(Question) == EAppReturnType::Yes;
 }
 
+// 1. What the name means. 2. A folder is gone into. 3. An existing file is asked about. 4. The folder around a new file
+// is made.
 void SSaveDialog::Accept(bool bReplaceWithoutAsking)
 {
 	const FSaveTarget Target = FSaveTarget::Find(Folder, GetName());

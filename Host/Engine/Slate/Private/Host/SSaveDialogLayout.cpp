@@ -11,6 +11,8 @@
 #include "Widgets/SOverlay.h"
 #include "Widgets/Text/STextBlock.h"
 
+// The widgets of the save dialog, one function for each row from top to bottom.
+
 namespace
 {
 	constexpr float SaveGap = 8.0f;

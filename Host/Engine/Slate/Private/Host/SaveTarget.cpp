@@ -5,6 +5,10 @@
 
 #include <cstdlib>
 
+// What a user means by a name in a save dialog: a file here, a path elsewhere, a folder to go to, or nothing that can be
+// saved. Everything is decided before the dialog closes, so that a name never turns out to be impossible afterwards,
+// when the text of the file would be lost.
+
 bool FSaveFilter::Matches(const FString& Name) const
 {
 	for (const FString& Pattern : Patterns)

@@ -2,6 +2,9 @@
 
 #include "Framework/Application/SlateApplication.h"
 
+// Finds widgets as a user would name them: by what they show, by their tooltip or by a tag. Hidden ones are never found.
+// The topmost layer comes first, so that a dialog's button wins over one below it.
+
 namespace
 {
 	/** Visits shown widgets below one, itself first. */

@@ -4,6 +4,10 @@
 
 #include <algorithm>
 
+// Two flags for each child and lists made from them. Bound children out of view are the difficult ones: their size may
+// change at any time, and nobody says so. While they are few all are asked in each frame; when they are many, a share in
+// turn, so that a change is noticed some frames late instead of every frame being slow.
+
 namespace
 {
 	/**

@@ -2,6 +2,9 @@
 
 #include "Styling/SlateBrush.h"
 
+// What is to be painted, as a flat list. Nothing that cannot be seen gets in, so two lists differ only where the picture
+// does; every element carries its clip, so that any part of the list can be painted alone.
+
 namespace
 {
 	bool IsSameColor(const FColor& A, const FColor& B)
@@ -23,6 +26,7 @@ bool FSlateDrawElement::operator==(const FSlateDrawElement& Other) const
 		Radii.W == Other.Radii.W && Rect == Other.Rect && Clip == Other.Clip && Image == Other.Image && Glyphs == Other.Glyphs;
 }
 
+// Where the element may leave pixels. Glyphs reach over their advance, so for them it is the clip.
 FSlateRect FSlateDrawElement::GetBounds() const
 {
 	switch (Type)
@@ -168,6 +172,8 @@ void FSlateWindowElementList::AddChequer(const FSlateRect& Rect)
 	Element.Color = FColor(255, 0, 0, 255);
 }
 
+// 1. A brush that nobody knows shows as a chequer. 2. Its colour, from brush, widget and parents. 3. Image, box or round
+// box.
 void FSlateWindowElementList::AddBrush(
 	const FSlateRect& Rect, const FSlateBrush& Brush, const FLinearColor& Color, const FLinearColor& InheritedTint)
 {

@@ -7,6 +7,9 @@
 #include "Styling/SlateStyle.h"
 #include "Styling/SlateStyleRegistry.h"
 
+// The look of the program's own controls, under the names that the editor's style set has for them. Colours stand here
+// as the hexadecimal digits that a designer reads; every other source asks for them by name.
+
 namespace
 {
 	const FName& GetSetName()

@@ -6,6 +6,11 @@
 #include <algorithm>
 #include <array>
 
+// Rows and columns. A short panel looks at all its children in each layout. A long one, such as the messages of a
+// conversation, keeps what they want (FKeptSizes): measuring then costs what changed, and arranging what is in view.
+// That works only while starts can be looked up, so a panel whose children share room, or reach over each other, is
+// arranged as a short one.
+
 SBoxPanel::FSlotArguments& SBoxPanel::FSlotArguments::SetAuto()
 {
 	_Size.SizeRule = FSizeParam::SizeRule_Auto;

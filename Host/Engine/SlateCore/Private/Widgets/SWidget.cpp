@@ -6,6 +6,20 @@
 #include "Widgets/DeclarativeSyntaxSupport.h"
 #include "Widgets/IToolTip.h"
 
+// How a frame stays cheap. A window with a long conversation has tens of thousands of widgets, and nearly all of them
+// are the same as in the frame before. Three marks say which are not:
+//
+// - bNeedsPrepass: this widget itself changed and has to be measured.
+// - bDescendantNeedsPrepass: one below it changed; the way there is marked up to the root.
+// - SizeBindingCount: how many widgets here and below have a size that hangs on a bound function. Nobody says when such
+// a function would give another value, so these are asked in every frame.
+//
+// A subtree without any of the three is neither walked nor measured. Panels with many children go further and keep a
+// list of those that changed (WatchChildren, OnChildChanged).
+//
+// What few widgets have (tooltips, cursors, timers, bound visibility) lies in FRareState, which is made at need: a text
+// block is the most frequent widget by far and has none of it.
+
 namespace
 {
 	float CurrentLayoutScale = 1.0f;
@@ -30,6 +44,7 @@ SWidget::~SWidget()
 	}
 }
 
+// Made at the first use; what only reads looks at Rare itself, so that a question never costs memory.
 SWidget::FRareState& SWidget::GetRareState()
 {
 	if (!Rare)
@@ -156,6 +171,8 @@ bool SWidget::GetTextInputArea(FSlateRect& OutCaret) const
 
 void SWidget::Tick(const FGeometry& AllottedGeometry, const double InCurrentTime, const float InDeltaTime) {}
 
+// Measures from the leaves up. A widget that is measured in the middle of a frame by somebody else is not measured again
+// by its parent, since its marks are gone then.
 void SWidget::SlatePrepass(float LayoutScale)
 {
 	if (!NeedsPrepass() && SizeBindingCount == 0 && MeasuredScale == LayoutScale)
@@ -185,6 +202,7 @@ void SWidget::PrepassChildren(float LayoutScale, bool bOwnChange)
 	}
 }
 
+// Kept from the last prepass.
 const FVector2D& SWidget::GetDesiredSize() const
 {
 	// A child that was made or set since the prepass is measured where it is met.
@@ -203,7 +221,10 @@ void SWidget::ArrangeChildren(const FGeometry& AllottedGeometry, FArrangedChildr
 int32 SWidget::Paint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect,
 	FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const
 {
+	// 1. The place is noted even for what paints nothing: hit tests and tooltips go by it.
 	CachedGeometry = AllottedGeometry;
+	// 2. Work per frame comes before painting, so that what it changes is seen in this frame. Only widgets that are
+	// painted tick.
 	if (Args.ShouldTick())
 	{
 		SWidget* MutableThis = const_cast<SWidget*>(this);
@@ -217,6 +238,7 @@ int32 SWidget::Paint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, 
 			MutableThis->RunActiveTimers(Args.GetCurrentTime());
 		}
 	}
+	// 3. Opacity multiplies down the tree; so does the style that carries it.
 	++WidgetCounters.Painted;
 
 	FWidgetStyle Style = InWidgetStyle;
@@ -229,6 +251,7 @@ int32 SWidget::Paint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, 
 	{
 		return OnPaint(Args, AllottedGeometry, MyCullingRect, OutDrawElements, LayerId, Style, bParentEnabled);
 	}
+	// 4. Whoever clips also culls: children see the smaller rectangle.
 	OutDrawElements.PushClip(GetClipRect(AllottedGeometry));
 	const FSlateRect InnerCulling = OutDrawElements.GetClip();
 	const int32 Result = OnPaint(Args, AllottedGeometry, InnerCulling, OutDrawElements, LayerId, Style, bParentEnabled);
@@ -255,6 +278,7 @@ int32 SWidget::PaintArrangedChildren(const FPaintArgs& Args, const FArrangedChil
 	return MaxLayer;
 }
 
+// Marks the way to the root. It goes on to the top although an ancestor may be marked already.
 void SWidget::Invalidate(EInvalidateWidgetReason InvalidateReason)
 {
 	FHostSleep::NoteChange();
@@ -284,6 +308,8 @@ TSharedPtr<SWidget> SWidget::GetParentWidget() const
 	return ParentWidget ? TSharedPtr<SWidget>(ParentWidget->AsShared()) : nullptr;
 }
 
+// A fixed visibility lies in the widget itself; a bound one goes to the rare state and is polled. Coming and going
+// changes what the parents want, becoming merely hidden does not, but that difference is not worth a second path.
 void SWidget::SetVisibility(TAttribute<EVisibility> InVisibility)
 {
 	FHostSleep::NoteChange();
@@ -305,6 +331,7 @@ void SWidget::SetVisibility(TAttribute<EVisibility> InVisibility)
 	}
 }
 
+// Changes no size, so nothing is measured for it.
 void SWidget::SetEnabled(TAttribute<bool> InEnabled)
 {
 	FHostSleep::NoteChange();
@@ -355,6 +382,7 @@ bool SWidget::HasKeyboardFocus() const
 	return FHostFocus::Get().Focused.HasSameObject(this);
 }
 
+// From the focused widget up: the way to the root is short, the tree below is not.
 bool SWidget::HasFocusedDescendants() const
 {
 	const TSharedPtr<SWidget> Focused = FHostFocus::Get().Focused.Pin();
@@ -378,6 +406,7 @@ bool SWidget::ShouldShowFocusRing() const
 	return FHostFocus::Get().bShowRing && HasKeyboardFocus();
 }
 
+// The timer lies with the widget, which calls it when it is painted, and with the host's sleep, which wakes for it.
 TSharedRef<FActiveTimerHandle> SWidget::RegisterActiveTimer(float TickPeriod, FWidgetActiveTimerDelegate TickFunction)
 {
 	const double Now = FPlatformTime::Seconds();
@@ -399,6 +428,7 @@ void SWidget::UnRegisterActiveTimer(const TSharedRef<FActiveTimerHandle>& Active
 		[&ActiveTimerHandle](const TSharedRef<FActiveTimerHandle>& Timer) { return &Timer.Get() == &ActiveTimerHandle.Get(); });
 }
 
+// A timer that is late is not called twice to catch up: its period begins anew with the call.
 void SWidget::RunActiveTimers(double Now)
 {
 	// A copy: a timer may register or remove others.
@@ -444,6 +474,7 @@ void SWidget::NoteSizeBinding(bool bBound)
 	ChangeSizeBindings(bBound ? 1 : -1);
 }
 
+// The counts of size bindings move with the subtree from the old parents to the new ones.
 void SWidget::SetParent(SWidget* InParent)
 {
 	// The empty widget stands in many slots at once and belongs to none.
@@ -462,6 +493,8 @@ void SWidget::SetParent(SWidget* InParent)
 	}
 }
 
+// Counts add up to the root. A watching parent hears when a child gets its first such binding or loses its last, since
+// it keeps a list of the children that it has to ask.
 void SWidget::ChangeSizeBindings(int32 Delta)
 {
 	for (SWidget* Widget = this; Widget; Widget = Widget->ParentWidget)

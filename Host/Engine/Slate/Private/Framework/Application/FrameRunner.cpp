@@ -9,6 +9,14 @@
 
 #include <chrono>
 
+// When a frame is run, and what is painted in it. The program is idle most of the time and must cost nothing then: a
+// turn waits until input, a task, a timer or a ticker is due, and a frame comes only if something asked for one. After
+// activity frames go on at full rate for half a second, so that what answers a click over several frames does not have
+// to ask for each.
+//
+// The picture of a frame is a list of elements. Two lists are compared element by element, and only the rectangle around
+// what differs is painted; a blinking caret costs a few hundred pixels.
+
 namespace
 {
 	constexpr double ActiveFrameSeconds = 1.0 / 60.0;
@@ -47,12 +55,15 @@ void FFrameRunner::NoteActivity()
 	FHostSleep::RequestFrameAt(Now);
 }
 
+// In the editor nothing but user action and active timers brings frames. Tests of the module switch the kindness off.
 void FFrameRunner::SetStrictSleep(bool bStrict)
 {
 	bStrictSleep = bStrict;
 	ActiveUntil = LastFrameTime;
 }
 
+// 1. Nobody looks. 2. Something is wanted now. 3. Something is open or was active just now: the next beat. 4. Otherwise
+// when a timer is due.
 double FFrameRunner::GetNextFrameTime() const
 {
 	if (!Window.IsVisible())
@@ -71,6 +82,7 @@ double FFrameRunner::GetNextFrameTime() const
 	return FMath::Max(Beat, FHostSleep::GetNextFrameTime());
 }
 
+// How long the turn may sleep; the wait ends sooner when the window has an event or another thread wakes it.
 double FFrameRunner::GetWait() const
 {
 	if (FHostTasks::HasPending())
@@ -83,6 +95,7 @@ double FFrameRunner::GetWait() const
 	return FMath::Clamp(Next - FPlatformTime::Seconds(), 0.0, MaxWaitSeconds);
 }
 
+// Equally long lists differ in place, which is the rule: a colour, a caret, a scrolled text.
 FSlateRect FFrameRunner::GetDamage(const TArray<FSlateDrawElement>& Before, const TArray<FSlateDrawElement>& Now)
 {
 	FSlateRect Damage;
@@ -120,6 +133,8 @@ FSlateRect FFrameRunner::GetDamage(const TArray<FSlateDrawElement>& Before, cons
 	return Damage;
 }
 
+// Text learns its width only when it is arranged, and may then want another height. So a frame that left something to be
+// measured is laid out again before it is shown; nobody sees the state in between. Widgets tick in the first pass alone.
 void FFrameRunner::LayOutAndPaint(double Now, float DeltaTime, FSlateWindowElementList& Out)
 {
 	const FIntPoint PixelSize = Window.GetPixelSize();
@@ -190,6 +205,7 @@ bool FFrameRunner::RunTurn(bool bForce)
 	return bFrame;
 }
 
+// Frames keep to a beat of 60 a second. A late one does not shift the beat, unless it is late by more than a frame.
 void FFrameRunner::RunFrame(double Now)
 {
 	const double Elapsed = FMath::Max(Now - LastFrameTime, 0.0);
@@ -215,6 +231,8 @@ void FFrameRunner::RunFrame(double Now)
 	++Stats.FrameCount;
 }
 
+// The whole window is painted when it was covered, resized or scaled, and the damage otherwise. The old list becomes the
+// spare one, whose memory the next frame uses.
 void FFrameRunner::Present(FSlateWindowElementList&& Next)
 {
 	const FSlateRect Whole(0.0f, 0.0f, static_cast<float>(Next.GetWindowSize().X), static_cast<float>(Next.GetWindowSize().Y));

@@ -7,6 +7,13 @@
 #include "Widgets/IToolTip.h"
 #include "Widgets/SToolTip.h"
 
+// Turns what the platform reports into calls of widgets. Presses and wheels go to what lies under the pointer, keys to
+// what has the focus, both from the innermost widget outwards until one handles the event (bubbling); previews go the
+// other way before. A widget that captured the mouse gets everything of it until it lets go.
+//
+// Handlers may do anything: open windows, move the focus, take widgets away. So a path holds its widgets alive, and
+// nothing that was true before a call is taken for true after it.
+
 namespace
 {
 	constexpr double DoubleClickSeconds = 0.4;
@@ -161,6 +168,7 @@ TSharedPtr<SWidget> FInputRouter::GetReachableFocus() const
 	return Focused && IsReachable(Focused.ToSharedRef()) ? Focused : nullptr;
 }
 
+// The way that a key goes.
 FEventPath FInputRouter::GetFocusPath() const
 {
 	// Popups take the keyboard only when they asked for it.
@@ -173,6 +181,8 @@ FPointerEvent FInputRouter::MakePointerEvent(const FKey& Button, const FVector2D
 	return FPointerEvent(Pointer, LastPointer, Button, Wheel, Modifiers, bLeftDown);
 }
 
+// A reply asks for changes of capture and focus. They are made when the event is over, so that handlers further out
+// still see the state that the event came in.
 void FInputRouter::ApplyReply(const FReply& Reply, const FEventPath& Path)
 {
 	if (Reply.ShouldReleaseMouse())
@@ -193,6 +203,8 @@ void FInputRouter::ApplyReply(const FReply& Reply, const FEventPath& Path)
 	}
 }
 
+// 1. Previews, from outside in. 2. Handlers, from inside out. 3. What nobody took: Tab moves the focus, Escape closes a
+// popup.
 void FInputRouter::OnKeyDown(const FKey& Key, const FModifierKeysState& InModifiers, bool bRepeat)
 {
 	bActivity = true;
@@ -253,6 +265,7 @@ void FInputRouter::OnPreedit(FStringView Text, int32 Cursor)
 	}
 }
 
+// 1. What lies under the pointer now. 2. Leaving, from inside out. 3. Entering, from outside in.
 bool FInputRouter::UpdateHover(const FPointerEvent& Event)
 {
 	bool bChanged = false;
@@ -339,6 +352,8 @@ bool FInputRouter::DismissPopupsOutside(const FVector2D& Position)
 	return bSwallowed;
 }
 
+// 1. Popups outside of the press close; that may be all that it does. 2. Previews, then the double click, then the
+// press. 3. The focus.
 void FInputRouter::OnMouseDown(const FKey& Button, const FVector2D& Position, const FModifierKeysState& InModifiers)
 {
 	bActivity = true;
@@ -397,6 +412,8 @@ void FInputRouter::OnMouseDown(const FKey& Button, const FVector2D& Position, co
 	}
 }
 
+// What has the capture gets the release even outside of itself: that is how a button tells a click from a change of
+// mind.
 void FInputRouter::OnMouseUp(const FKey& Button, const FVector2D& Position, const FModifierKeysState& InModifiers)
 {
 	bActivity = true;
@@ -469,6 +486,8 @@ void FInputRouter::OnCloseRequested()
 	}
 }
 
+// 1. The widget or the nearest around it that takes the keyboard. 2. Refused below a modal window. 3. The old one hears
+// first, and the new one may pass the focus on.
 bool FInputRouter::SetFocus(const TSharedPtr<SWidget>& Widget, EFocusCause Cause)
 {
 	TSharedPtr<SWidget> Target = Widget;
@@ -531,6 +550,7 @@ void FInputRouter::ReleaseCapture()
 	}
 }
 
+// Within the popup that has the keyboard, else within the window that takes input; around the end.
 void FInputRouter::MoveFocusByTab(bool bBackward)
 {
 	TSharedRef<SWidget> Root = Layers.GetInputRoot();
@@ -619,6 +639,7 @@ void FInputRouter::UpdateToolTip(double Now)
 	}
 }
 
+// After layout, since widgets move under a pointer that rests.
 void FInputRouter::Update(double Now)
 {
 	if (UpdateHover(MakePointerEvent(FKey())))

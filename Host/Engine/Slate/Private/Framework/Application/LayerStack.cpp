@@ -136,6 +136,8 @@ FGeometry FLayerStack::PlaceFloating(const SWidget& Widget, const FSlateRect& Re
 		FVector2D(FMath::RoundToFloat(Rect.Left), FMath::RoundToFloat(Rect.Top)), Scale);
 }
 
+// The layers from bottom to top: content, windows, popups, toasts, tooltip. Each is measured and placed before the next
+// one, since a popup stands beside an owner in a layer below.
 void FLayerStack::Arrange(const FVector2D& PixelSize, float Scale)
 {
 	Layers.Reset();
@@ -190,6 +192,7 @@ void FLayerStack::Arrange(const FVector2D& PixelSize, float Scale)
 	}
 }
 
+// Below the pointer, far enough that the arrow does not cover it.
 FSlateRect FLayerStack::PlaceToolTip(const FVector2D& Size, const FVector2D& PixelSize, float Scale) const
 {
 	static const FName MenuRow(TEXT("SMenuRow"));
@@ -264,6 +267,7 @@ bool FLayerStack::ContainsWindow(const TSharedRef<SWindow>& Window) const
 	return Windows.ContainsByPredicate([&Window](const FWindowLayer& Layer) { return &Layer.Window.Get() == &Window.Get(); });
 }
 
+// Where keys go that no focused widget can take.
 TSharedRef<SWidget> FLayerStack::GetInputRoot() const
 {
 	for (int32 Index = Windows.Num() - 1; Index >= 0; --Index)
@@ -283,6 +287,7 @@ bool FLayerStack::IsLayerRoot(const SWidget& Root) const
 		Popups.ContainsByPredicate([&Root](const TSharedRef<FPopup>& Popup) { return Popup->bOpen && &Popup->Frame.Get() == &Root; });
 }
 
+// From the topmost window down: what lies under a modal one is out of reach.
 bool FLayerStack::TakesKeyboard(const SWidget& Root) const
 {
 	for (int32 Index = Windows.Num() - 1; Index >= 0; --Index)
@@ -301,6 +306,8 @@ bool FLayerStack::TakesKeyboard(const SWidget& Root) const
 	return IsLayerRoot(Root);
 }
 
+// A popup lives no longer than what it belongs to is shown; and one that left the keyboard with its owner goes when the
+// keyboard leaves both.
 void FLayerStack::PrunePopups(double FrameTime)
 {
 	// Closing one may close others, so the list is walked as a copy.

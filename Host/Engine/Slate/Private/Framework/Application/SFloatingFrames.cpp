@@ -10,6 +10,8 @@
 #include "Widgets/SBoxPanel.h"
 #include "Widgets/Text/STextBlock.h"
 
+// The surfaces around floating content: popups and windows within the program's one window.
+
 namespace
 {
 	constexpr float PopupRadius = 6.0f;

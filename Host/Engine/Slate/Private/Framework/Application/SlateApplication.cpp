@@ -8,6 +8,10 @@
 #include "LayerStack.h"
 #include "SFloatingFrames.h"
 
+// The face of the frame, layer and input machinery that widgets and the program see. It owns the three in the order in
+// which they need each other, and holds what has to touch several of them at once: popups take the focus, modal windows
+// run a loop.
+
 namespace
 {
 	TUniquePtr<FSlateApplication>& GetApplicationSlot()
@@ -25,6 +29,8 @@ void FSlateApplication::Create(const TSharedRef<IHostWindow>& Window)
 	FTSTicker::GetCoreTicker().SetFollowsClock(true);
 }
 
+// 1. Nobody calls in any more. 2. Everything that is shown goes while the application can still be asked. 3. The
+// application.
 void FSlateApplication::Shutdown()
 {
 	FHostTasks::SetWakeHook(nullptr);
@@ -72,6 +78,7 @@ IHostWindow& FSlateApplication::GetWindow()
 	return *Window;
 }
 
+// One turn of the program's loop: wait, hand over input, do what is due.
 bool FSlateApplication::RunTurn(double MaxWaitSeconds)
 {
 	if (Frames->FrameHook)
@@ -84,6 +91,7 @@ bool FSlateApplication::RunTurn(double MaxWaitSeconds)
 	return Frames->RunTurn(false);
 }
 
+// A frame at once, whether anything asked for it or not; for tests and pictures.
 void FSlateApplication::Tick()
 {
 	Frames->RunTurn(true);
@@ -184,6 +192,7 @@ FVector2D FSlateApplication::GetCursorPos() const
 	return Input->GetPointer();
 }
 
+// The anchor is kept relative to its owner, so that a popup follows a box that scrolls or grows while it is open.
 TSharedRef<IMenu> FSlateApplication::PushMenu(const TSharedRef<SWidget>& Owner, const TSharedRef<SWidget>& Content,
 	const FSlateRect& Anchor, EMenuPlacement Placement, bool bFocus, EHostOwnerPress OwnerPress, float MinWidth)
 {
@@ -249,6 +258,8 @@ void FSlateApplication::CloseToolTip()
 	Input->CloseToolTip();
 }
 
+// Returns when the window has closed. The loop inside is the program's own one, so tasks, timers and other windows go
+// on; what runs in it may even open another modal window.
 void FSlateApplication::AddModalWindow(const TSharedRef<SWindow>& InWindow, const TSharedPtr<const SWidget>& Parent)
 {
 	DismissAllMenus();

@@ -5,6 +5,9 @@
 #include "MenuItem.h"
 #include "SMenu.h"
 
+// Menus are collected as a list of items and built in the end. Extenders add their items in between, at the hooks where
+// they were asked for; what they leave empty or double is tidied away before anything is made.
+
 namespace
 {
 
@@ -90,6 +93,7 @@ FMenuBuilder::FMenuBuilder(
 
 FMenuBuilder::~FMenuBuilder() = default;
 
+// An extension may add an item with the same hook again, which must not call it for ever.
 void FMenuBuilder::ApplyHook(FName Hook, EExtensionHook::Position Position)
 {
 	const bool bActive = ActiveHooks.ContainsByPredicate(
@@ -179,6 +183,7 @@ void FMenuBuilder::AddMenuEntry(const TAttribute<FText>& InLabel, const TAttribu
 	AddItem(MoveTemp(Item), InExtensionHook);
 }
 
+// Only described here: its entries are built each time it opens.
 void FMenuBuilder::AddSubMenu(const TAttribute<FText>& InLabel, const TAttribute<FText>& InToolTip, const FNewMenuDelegate& InSubMenu,
 	bool bInOpenSubMenuOnClick, const FSlateIcon& InIcon, bool bInShouldCloseWindowAfterMenuSelection, FName InExtensionHook)
 {

@@ -12,6 +12,11 @@
 #include "Widgets/SBoxPanel.h"
 #include "Widgets/Text/STextBlock.h"
 
+// An open menu. Keys and pointer share one highlight, and whichever moved last has it; the time since which the pointer
+// rests says whether it was the pointer. A sub-menu opens where the pointer rests for a moment, so that a way across
+// other rows does not open theirs. Menu, sub-menus and bar know each other weakly: each may be closed by anyone at any
+// time.
+
 namespace
 {
 
@@ -112,6 +117,7 @@ void SMenu::NotePointerOver(int32 Index)
 	}
 }
 
+// A highlight that the keys made stays.
 void SMenu::NotePointerLeft(int32 Index)
 {
 	if (Highlighted == Index && PointerSince >= 0.0)
@@ -163,6 +169,7 @@ void SMenu::Tick(const FGeometry& AllottedGeometry, const double InCurrentTime, 
 	}
 }
 
+// Over rows that cannot be picked, around the end; a menu without any stays as it is.
 void SMenu::MoveHighlight(int32 From, int32 Step)
 {
 	const int32 Count = Rows.Num();
@@ -180,6 +187,7 @@ void SMenu::MoveHighlight(int32 From, int32 Step)
 	}
 }
 
+// The next entry that begins with the letter, from the present one on.
 void SMenu::HighlightByLetter(TCHAR Letter)
 {
 	for (int32 Step = 1; Step <= Rows.Num(); ++Step)
@@ -202,6 +210,7 @@ FReply SMenu::OnKeyDown(const FGeometry& MyGeometry, const FKeyEvent& InKeyEvent
 	return FReply::Handled();
 }
 
+// Left and Right mean the sub-menus first, then the neighbours in the bar.
 void SMenu::HandleKey(const FKey& Key)
 {
 	const bool bOnSubMenu = Rows.IsValidIndex(Highlighted) && Rows[Highlighted]->GetItem().Kind == FMenuItem::EKind::SubMenu;
@@ -237,6 +246,7 @@ void SMenu::HandleKey(const FKey& Key)
 	}
 }
 
+// Its first row stands beside the row that it belongs to. The keyboard goes over only when a key opened it.
 void SMenu::OpenSubMenu(int32 Index, bool bByKeyboard)
 {
 	if (OpenIndex == Index)
@@ -284,6 +294,7 @@ void SMenu::CloseSubMenu()
 	}
 }
 
+// The keyboard comes back if the sub-menu had it.
 void SMenu::OnSubMenuClosed(TSharedRef<IMenu> Closed)
 {
 	if (!SubMenu.HasSameObject(&Closed.Get()))

@@ -10,6 +10,9 @@
 #include "Widgets/SBoxPanel.h"
 #include "Widgets/Text/STextBlock.h"
 
+// The bar above the window. A press on a name opens its menu, and while one is open resting on another name is enough.
+// Menus are built at the moment they open, so that their entries are those of that moment.
+
 namespace
 {
 
@@ -117,6 +120,7 @@ void SMenuBar::Construct(const FArguments& InArgs, const TArray<TSharedRef<FMenu
 	// clang-format on
 }
 
+// F10 opens the first menu, Alt with a letter the first that begins with it.
 bool SMenuBar::HandleKey(const FKeyEvent& KeyEvent)
 {
 	if (KeyEvent.IsControlDown() || KeyEvent.IsShiftDown() || PullDowns.Num() == 0)

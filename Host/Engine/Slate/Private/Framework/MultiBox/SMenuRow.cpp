@@ -7,6 +7,8 @@
 #include "Widgets/SBoxPanel.h"
 #include "Widgets/Text/STextBlock.h"
 
+// A row of a menu. The menu decides what is highlighted and picked; the row reports the pointer and shows the state.
+
 namespace
 {
 

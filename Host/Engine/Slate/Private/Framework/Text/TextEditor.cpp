@@ -2,6 +2,12 @@
 
 #include <string_view>
 
+// Document, caret and history of edits; knows no layout and no widget.
+//
+// Every change is one replacement of a range (Apply), and a step of the history is such a replacement with both texts.
+// So undo and redo are replacements too, and no kind of edit needs an inverse of its own. Runs of typing, of backspaces
+// and of deletes grow one step, until a pause, a move of the caret or another kind of edit seals it.
+
 namespace
 {
 	/** A pause this long ends a run of typing, in seconds. */
@@ -26,6 +32,7 @@ void FTextEditor::MoveTo(const FTextLocation& Location, bool bSelect)
 	Select(bSelect ? Anchor : Location, Location);
 }
 
+// Left and Right on a selection go to its edge, they do not step.
 void FTextEditor::Move(ETextMove Kind, bool bSelect)
 {
 	if (!bSelect && HasSelection() && (Kind == ETextMove::Left || Kind == ETextMove::Right))
@@ -36,6 +43,7 @@ void FTextEditor::Move(ETextMove Kind, bool bSelect)
 	MoveTo(Step(Caret, Kind), bSelect);
 }
 
+// A caret that was moved seals the open step: what is typed elsewhere is undone apart.
 void FTextEditor::Select(const FTextLocation& InAnchor, const FTextLocation& InCaret)
 {
 	const FTextLocation NewCaret = Document.Clamp(InCaret);
@@ -75,6 +83,7 @@ void FTextEditor::GetLineAt(const FTextLocation& Location, FTextLocation& OutBeg
 	OutEnd = Line + 1 < Document.GetLineCount() ? FTextLocation(Line + 1, 0) : Document.GetEnd();
 }
 
+// The caret stays at its place as far as the new text has one, at the end of a cluster and not inside.
 bool FTextEditor::SetText(FStringView Text, bool bUndoable)
 {
 	if (Document.Equals(Text))
@@ -107,12 +116,14 @@ bool FTextEditor::SetText(FStringView Text, bool bUndoable)
 	return true;
 }
 
+// What the selection gives up counts, but is measured only when it matters: it may be megabytes.
 bool FTextEditor::HasRoomFor(int32 Units) const
 {
 	const int64 Whole = Document.GetLength() + Units;
 	return Whole <= MaxLength || Whole - FTextDocument::GetLength(Document.Copy(GetSelectionBegin(), GetSelectionEnd())) <= MaxLength;
 }
 
+// Only typing within one line goes on with the open step; a typed line break and a paste stand for themselves.
 bool FTextEditor::Insert(FStringView Text, ETextInsert Kind, double Now)
 {
 	if (Text.IsEmpty() || !HasRoomFor(Text.Len()))
@@ -138,6 +149,7 @@ bool FTextEditor::DeleteForward(bool bWord, double Now)
 	return DeleteStep(bWord ? ETextMove::WordRight : ETextMove::Right, EStepKind::Forward, Now);
 }
 
+// Joining two lines is a step of its own, as making them was.
 bool FTextEditor::DeleteStep(ETextMove Kind, EStepKind StepKind, double Now)
 {
 	if (HasSelection())
@@ -167,6 +179,7 @@ bool FTextEditor::DeleteSelection()
 	return true;
 }
 
+// The caret goes back to where it was before the step, with its selection.
 bool FTextEditor::Undo()
 {
 	if (!CanUndo())
@@ -194,6 +207,7 @@ bool FTextEditor::Redo()
 	return true;
 }
 
+// All kinds of breaks become line feeds; in a box of one line they become blanks, so that words do not run together.
 FString FTextEditor::NormalizeBreaks(FStringView Text, bool bAllowMultiLine)
 {
 	const TCHAR Break = bAllowMultiLine ? TEXT('\n') : TEXT(' ');

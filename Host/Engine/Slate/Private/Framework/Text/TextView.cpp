@@ -2,6 +2,12 @@
 
 #include "Framework/Text/TextBreaks.h"
 
+// The scroll position and everything that depends on it. It is kept as a block and a distance into it, and each step
+// over blocks lays the next one out; so scrolling costs what comes into view, in a text of any length.
+//
+// A place at a wrap belongs to two rows, the end of the upper and the begin of the lower one. Which is meant goes along
+// as bRowEnd wherever carets are placed or moved.
+
 namespace
 {
 	/** A text up to these is laid out whole for its size; a longer one is far taller than any box. */
@@ -147,6 +153,7 @@ float FTextView::GetUnwrappedWidth()
 	return Width;
 }
 
+// A box that grows with its text has to know its height, and estimates would make it jump.
 void FTextView::MeasureIfSmall()
 {
 	if (Entries.Num() > SmallTextLines || Document.GetLength() > SmallTextUnits)
@@ -160,6 +167,7 @@ void FTextView::MeasureIfSmall()
 	} while (StepBlock(Block, 1));
 }
 
+// Sum of what lies above, partly estimated: good for a scroll bar and nothing else.
 double FTextView::GetScrollOffset()
 {
 	double Offset = GetTop(ScrollBlock.Line) + ScrollDistance;
@@ -212,6 +220,7 @@ void FTextView::SetScrollX(float X)
 	ScrollX = FMath::Max(X, 0.0f);
 }
 
+// 1. As little as it takes to bring the row into view. 2. Sideways likewise, where lines are not wrapped.
 void FTextView::ScrollToShow(const FTextCaretPlace& Place, float CaretWidth)
 {
 	float Top = 0.0f;
@@ -248,6 +257,7 @@ void FTextView::ScrollToLine(int32 Line)
 	ClampScroll();
 }
 
+// No room stays empty below the end while something is hidden above.
 void FTextView::ClampScroll()
 {
 	ScrollBlock.Line = FMath::Clamp(ScrollBlock.Line, 0, Entries.Num() - 1);
@@ -298,6 +308,7 @@ FTextCaretPlace FTextView::PlaceInPreedit(int32 Cursor)
 	return PlaceOfShown(PreeditPlace.GetLineIndex(), PreeditPlace.GetOffset() + FMath::Clamp(Cursor, 0, PreeditText.Len()), false);
 }
 
+// 1. The segment. 2. Its row. 3. The place in it; at a wrap the earlier one where bRowEnd says so.
 FTextCaretPlace FTextView::PlaceOfShown(int32 Line, int32 Shown, bool bRowEnd)
 {
 	const TArray<FSegment>& Segments = GetSegments(Line);
@@ -344,6 +355,7 @@ bool FTextView::FindTop(const FTextViewBlock& Wanted, float& OutTop)
 	return false;
 }
 
+// 1. The block, up or down from the first in view. 2. The row. 3. The letter.
 FTextLocation FTextView::Hit(const FVector2f& Point, bool& bOutRowEnd)
 {
 	float Top = -ScrollDistance;
@@ -428,6 +440,7 @@ FTextLocation FTextView::GetRowEnd(const FTextLocation& Location, bool bRowEnd, 
 	return FromShown(Place.Block.Line, Index);
 }
 
+// From the first block in view down; rows above and below the view are passed over.
 void FTextView::ForEachRow(TFunctionRef<void(const FTextRow&)> Visit)
 {
 	float Top = -ScrollDistance;
@@ -682,6 +695,7 @@ void FTextView::ForgetFarParagraphs(int32 FirstLine, int32 LastLine)
 	}
 }
 
+// A hit after the last letter of a wrapped row is the end of that row.
 FTextLocation FTextView::LocationAt(const FTextViewBlock& Block, int32 Row, float X, bool& bOutRowEnd)
 {
 	const FSegment& Segment = Shape(Block);

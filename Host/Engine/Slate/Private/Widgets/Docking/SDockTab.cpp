@@ -9,6 +9,9 @@
 #include "Widgets/SBoxPanel.h"
 #include "Widgets/Text/STextBlock.h"
 
+// The head of a tab and what belongs to it. The dock area shows the content; the tab knows it weakly, since it lives on
+// while it is moved or closed by somebody else.
+
 namespace
 {
 	constexpr float DockTabHeight = 29.0f;
@@ -148,6 +151,7 @@ bool SDockTab::RequestCloseTab()
 	return true;
 }
 
+// Once only, and alive until the end: the handlers may close it again or let go of the last reference.
 void SDockTab::RemoveTabFromParent()
 {
 	const TSharedRef<SDockTab> KeepAlive = SharedThis(this);

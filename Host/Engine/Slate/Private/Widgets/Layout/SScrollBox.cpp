@@ -6,6 +6,16 @@
 
 #include <algorithm>
 
+// A box that scrolls long content without anything in view jumping. Content is measured late: rows out of view keep the
+// length they had, and turn out longer or shorter when they come in. So the offset is not what is kept in place. What is
+// kept is one child that was in view, the anchor, and its distance from the view's edge; when lengths change, the offset
+// follows it. Four things can be held: the first child in view (the rule), for one frame the anchor of the user's own
+// scrolling or an offset that was asked for, and the end, which is where a chat stays while it grows.
+//
+// One frame: PrepassChildren measures what changed, ComputeDesiredSize brings the starts in line (UpdateStarts),
+// OnArrangeChildren fits the offset to the view (UpdateView) and places what is in it, OnPaint ends what held for one
+// frame.
+
 namespace
 {
 	constexpr double WheelNotch = 48.0;
@@ -83,6 +93,7 @@ float SScrollBox::GetViewFraction() const
 	return Length > 0.0 ? static_cast<float>(FMath::Min(ViewLength / Length, 1.0)) : 1.0f;
 }
 
+// Held as an offset until the frame that shows it; the bounds are known only then.
 void SScrollBox::SetScrollOffset(float NewScrollOffset)
 {
 	Offset = FMath::Max(static_cast<double>(NewScrollOffset), 0.0);
@@ -97,6 +108,7 @@ void SScrollBox::ScrollToEnd()
 	PendingView.Reset();
 }
 
+// The descendant may not be arranged yet, so it waits for painting, and is tried for some frames.
 void SScrollBox::ScrollDescendantIntoView(
 	const TSharedPtr<SWidget>& WidgetToScrollIntoView, bool bAnimateScroll, EDescendantScrollDestination Destination, float Padding)
 {
@@ -106,6 +118,7 @@ void SScrollBox::ScrollDescendantIntoView(
 	PendingTries = PendingViewTries;
 }
 
+// A hold is for the next frame until that one has begun.
 bool SScrollBox::IsHoldFresh() const
 {
 	return HoldFrame == NextFrame || HoldFrame == GetCurrentFrame();
@@ -119,6 +132,7 @@ int32 SScrollBox::FindFirstInView() const
 	return Count > 0 ? static_cast<int32>(std::upper_bound(First + 1, First + 1 + Count, Offset) - (First + 1)) : 0;
 }
 
+// The widget is kept beside its index: children may come before it.
 void SScrollBox::PickAnchor(int32 Index) const
 {
 	if (Index < 0 || Index >= Slots.Num() || Index + 1 >= Starts.Num())
@@ -135,6 +149,7 @@ void SScrollBox::PickAnchor(int32 Index) const
 	AnchorDistance = Starts[Index] - Offset;
 }
 
+// Nearly always where it was; otherwise it is looked for among all.
 int32 SScrollBox::FindAnchor() const
 {
 	const TSharedPtr<SWidget> Widget = AnchorWidget.Pin();
@@ -162,6 +177,8 @@ void SScrollBox::SetMeasureEverything(bool bInMeasureEverything)
 	SBoxPanel::SetMeasureEverything(bInMeasureEverything);
 }
 
+// 1. The children that changed, or all after a change of the box itself. 2. Those in view. 3. Of the others whose size
+// hangs on bound functions, as many as a frame can bear.
 void SScrollBox::PrepassChildren(float LayoutScale, bool bOwnChange)
 {
 	Bar->SlatePrepass(LayoutScale);
@@ -240,6 +257,7 @@ void SScrollBox::OnChildChanged(SWidget& Child)
 	}
 }
 
+// Measuring calls bound functions, which may add or remove children.
 bool SScrollBox::MeasureChild(int32 Index, float LayoutScale)
 {
 	const int32 Count = Slots.Num();
@@ -376,6 +394,7 @@ float SScrollBox::GetChildAcross(const FGeometry& AllottedGeometry) const
 	return static_cast<float>(FMath::Max(GetAcross(AllottedGeometry.GetLocalSize()) - (bBarShown ? Bar->GetRoom() : 0.0f), 0.0));
 }
 
+// The offset in whole pixels is the same for all children.
 FGeometry SScrollBox::PlaceChild(const FGeometry& AllottedGeometry, int32 Index) const
 {
 	const bool bVertical = Orientation == Orient_Vertical;
@@ -515,6 +534,7 @@ void SScrollBox::SettlePendingView(const FGeometry& AllottedGeometry) const
 	const_cast<SScrollBox*>(this)->Invalidate(EInvalidateWidgetReason::Layout);
 }
 
+// The anchor moves along with the content, so its distance changes by as much.
 bool SScrollBox::ScrollByUser(double Distance)
 {
 	const double Target = FMath::Clamp(Offset + Distance, 0.0, GetEnd());
@@ -537,6 +557,7 @@ void SScrollBox::OnBarScrolled(float OffsetFraction)
 	UserScrolledHandler.ExecuteIfBound(static_cast<float>(Offset));
 }
 
+// What cannot scroll any further leaves the wheel to the box around it, unless it was set otherwise.
 FReply SScrollBox::OnMouseWheel(const FGeometry& MyGeometry, const FPointerEvent& MouseEvent)
 {
 	if (ConsumeMouseWheel == EConsumeMouseWheel::Never)

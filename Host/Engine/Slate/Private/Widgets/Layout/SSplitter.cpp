@@ -3,6 +3,10 @@
 #include "Rendering/DrawElements.h"
 #include "Styling/AppStyle.h"
 
+// Slots share the room by value; handles between them move value from one neighbour to the other. Values, not sizes, are
+// what is kept, so that a layout survives another window size. All parts of a layout are computed anew for each question
+// (LayOut): splitters have two or three slots, and what is not kept cannot be stale.
+
 SSplitter::FSlotArguments& SSplitter::FSlotArguments::Value(TAttribute<float> InValue)
 {
 	_Value = MoveTemp(InValue);
@@ -75,6 +79,8 @@ void SSplitter::Construct(const FArguments& InArgs)
 	Children.AddSlots(InArgs._Slots);
 }
 
+// By value, minimum sizes first: a slot that would fall below its own is closed at it and the rest is shared anew. Each
+// round closes one at least, so it ends.
 void SSplitter::Share(FParts& Parts, float Room)
 {
 	float ValueSum = 0.0f;
@@ -120,6 +126,8 @@ void SSplitter::Share(FParts& Parts, float Room)
 	}
 }
 
+// 1. Slots that take their desired size, and the handles, come off the room. 2. The others share what is left. 3. Edges
+// are rounded one after the other from the exact sums, so that errors do not add up.
 SSplitter::FParts SSplitter::LayOut(const FGeometry& Geometry) const
 {
 	FParts Parts;
@@ -230,6 +238,7 @@ int32 SSplitter::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeomet
 	return MaxLayer;
 }
 
+// A handle beside a slot that cannot be resized moves the next one that can.
 bool SSplitter::FindResized(const FParts& Parts, int32 Handle, int32& OutBefore, int32& OutAfter) const
 {
 	OutBefore = Handle;
@@ -262,6 +271,7 @@ int32 SSplitter::FindHandle(const FGeometry& Geometry, const FVector2D& Position
 	return INDEX_NONE;
 }
 
+// The pair as a whole keeps its size; nobody else moves.
 void SSplitter::DragTo(const FGeometry& Geometry, double Along)
 {
 	FParts Parts = LayOut(Geometry);
@@ -321,6 +331,7 @@ FReply SSplitter::OnMouseButtonDown(const FGeometry& MyGeometry, const FPointerE
 	return FReply::Handled().CaptureMouse(AsShared());
 }
 
+// A quick second press drags as well.
 FReply SSplitter::OnMouseButtonDoubleClick(const FGeometry& MyGeometry, const FPointerEvent& MouseEvent)
 {
 	return OnMouseButtonDown(MyGeometry, MouseEvent);
@@ -353,6 +364,7 @@ void SSplitter::OnMouseCaptureLost()
 	EndDrag();
 }
 
+// Reported once, however the drag ended.
 void SSplitter::EndDrag()
 {
 	if (DraggedHandle != INDEX_NONE)

@@ -4,6 +4,9 @@
 
 #include <algorithm>
 
+// Lines are broken when the box is measured, at the width of the last frame, and again when it is arranged at another
+// one. The result is kept with the width, so that a box of unchanged children breaks no lines at all.
+
 namespace
 {
 	/** Longer than any line: nothing wraps. */
@@ -62,6 +65,7 @@ float SWrapBox::GetLineLength(float Allotted) const
 	return Allotted > 0.0f ? Allotted : EndlessLine;
 }
 
+// Greedy. A child wider than a line gets one of its own.
 FVector2D SWrapBox::BreakLines(float LineLength) const
 {
 	const bool bHorizontal = Orientation == Orient_Horizontal;

@@ -15,6 +15,9 @@
 #include "Widgets/SOverlay.h"
 #include "Widgets/Text/STextBlock.h"
 
+// A toast: a sign of its state, a text, links and buttons, and a life of its own. It fades in, waits for its time when
+// it was asked to, and fades out; under the pointer it stays. Frames are asked for exactly while something of that moves.
+
 namespace
 {
 	constexpr float ToastWidth = 360.0f;
@@ -197,6 +200,7 @@ void SNotificationItem::SetCompletionState(ECompletionState InState)
 	}
 }
 
+// Sign and buttons follow the state; a row of actions without any takes no room.
 void SNotificationItem::ApplyState()
 {
 	TSharedPtr<SWidget> Sign;
@@ -269,6 +273,7 @@ void SNotificationItem::ExpireAndFadeout()
 	}
 }
 
+// An earlier end that was planned already stays.
 void SNotificationItem::Fadeout()
 {
 	const double Now = FPlatformTime::Seconds();
@@ -295,6 +300,7 @@ void SNotificationItem::Tick(const FGeometry& AllottedGeometry, const double InC
 		bGone = Left <= 0.0;
 		Opacity = FMath::Min(Opacity, FMath::Max(Left, 0.0));
 	}
+	// The next frame that will show something else.
 	const bool bFadesIn = FadeInDuration > 0.0f && InCurrentTime < ShownSince + FadeInDuration;
 	if (bFadesIn)
 	{

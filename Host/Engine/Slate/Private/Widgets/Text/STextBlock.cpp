@@ -4,6 +4,15 @@
 #include "SharedParagraphs.h"
 #include "Styling/AppStyle.h"
 
+// A text block is the most frequent widget: a long conversation holds tens of thousands. So it keeps little and does
+// little twice. Short texts share one laid-out paragraph with every block of the same text, font and scale
+// (FSharedParagraphs), as long as nobody wraps it; the first wrap takes a copy of its own. What few blocks set lies in
+// FLook and FRareArguments.
+//
+// A wrapped block has a chicken and an egg: how high it is depends on the width that it is given, and that is known only
+// when it is arranged. It measures itself at the width it had last, and asks for a new layout of the same frame when it
+// then meets another width.
+
 namespace
 {
 	/** Room that rounding may take away without a text being called too wide, device pixels. */
@@ -93,6 +102,7 @@ STextBlock::FRareArguments& STextBlock::GetRare()
 	return *Rare;
 }
 
+// Setting the same words again is frequent, by owners that poll, and must cost neither shaping nor a layout.
 void STextBlock::SetText(TAttribute<FText> InText)
 {
 	if (!InText.IsBound() && !Text.IsBound() && InText.Get().EqualTo(Text.Get()))
@@ -176,6 +186,7 @@ FReply STextBlock::OnMouseButtonDoubleClick(const FGeometry& MyGeometry, const F
 	return FReply::Unhandled();
 }
 
+// Cheap while nothing has changed. Bound texts are read in each frame and compared to what was shaped.
 void STextBlock::UpdateParagraph(float Scale) const
 {
 	const bool bPolled = Text.IsBound() || (Look && Look->Font.IsBound());
@@ -202,6 +213,7 @@ void STextBlock::UpdateParagraph(float Scale) const
 	NaturalPixels = GetNaturalPixels();
 }
 
+// The width without wrapping, whole pixels.
 float STextBlock::GetNaturalPixels() const
 {
 	// Blanks at a line's end hang over when text is wrapped, but between two widgets of a line they are the gap.
@@ -218,6 +230,7 @@ float STextBlock::GetNaturalPixels() const
 	return FMath::CeilToFloat(Width);
 }
 
+// Zero means no wrapping. A fixed width and the room that is there may both ask for one; the smaller wins.
 float STextBlock::GetWrapPixels(float AllottedWidth, float Scale) const
 {
 	const float Fixed = Rare ? Rare->WrapTextAt.Get() : 0.0f;
@@ -231,6 +244,7 @@ float STextBlock::GetWrapPixels(float AllottedWidth, float Scale) const
 	return Width;
 }
 
+// A text that fits is not wrapped at all, so that it can stay the shared one.
 void STextBlock::WrapTo(float Pixels) const
 {
 	if (Pixels > 0.0f && Paragraph->GetUnwrappedWidth() <= Pixels + WidthTolerance)
@@ -250,6 +264,8 @@ void STextBlock::WrapTo(float Pixels) const
 	}
 }
 
+// What the block wants. One that wraps to its room wants all the width it could use, so that a parent that has room
+// gives it; one that wraps at a fixed width wants what its lines take.
 FVector2D STextBlock::MeasureParagraph(float Scale) const
 {
 	const FVector2f Wrapped = Paragraph->GetSize();
@@ -281,6 +297,8 @@ FVector2D STextBlock::ComputeDesiredSize(float LayoutScaleMultiplier) const
 	return Measured = MeasureParagraph(LayoutScaleMultiplier);
 }
 
+// Each line that is too wide is cut before the first letter that would not leave room for the dots, blanks before them
+// dropped. Kept until the room changes.
 const ITextParagraph& STextBlock::GetElided(float RoomPixels) const
 {
 	if (Elided && Elided->Pixels == RoomPixels)
@@ -332,6 +350,7 @@ int32 STextBlock::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeome
 	{
 		LastAllottedWidth = Width;
 	}
+	// Painting may meet another scale or width than measuring did.
 	UpdateParagraph(Scale);
 	WrapTo(GetWrapPixels(Width, Scale));
 	if (!Measured.Equals(MeasureParagraph(Scale), 0.01))

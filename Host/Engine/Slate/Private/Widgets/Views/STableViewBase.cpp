@@ -4,6 +4,14 @@
 #include "Host/ScrollThumb.h"
 #include "Styling/AppStyle.h"
 
+// A list makes widgets only for the rows in view, and lets go of those that leave it: a history may have thousands of
+// rows. The scroll position is the index of the top row and the distance that it is scrolled out by, in units. Heights
+// of rows that were never made are unknown, so the scroll bar reckons with the average of those in view; it moves a
+// little when rows of other heights come in, the rows themselves do not.
+//
+// Rows are made while the list is painted, when its size is certain, and measured on the spot. One row is made before
+// that, as a probe of how high rows are, and taken over as the first row.
+
 namespace
 {
 	constexpr float TableWheelUnits = 54.0f;
@@ -34,6 +42,7 @@ void STableViewBase::ConstructBase(const FTableRowStyle* InRowStyle, bool bInFoc
 	SetClipping(EWidgetClipping::ClipToBounds);
 }
 
+// Rows are made anew by the next painting; the scroll position stays.
 void STableViewBase::RequestListRefresh()
 {
 	bRefresh = true;
@@ -59,6 +68,8 @@ void STableViewBase::ScrollToIndex(int32 Index)
 	WantedIndex = Index;
 }
 
+// By what was painted last: rows that came in since do not count, so that somebody who was at the bottom before they
+// came can be brought to the new one.
 bool STableViewBase::IsAtBottom() const
 {
 	if (Rows.IsEmpty())
@@ -98,6 +109,7 @@ void STableViewBase::NotifyRowDoubleClicked(int32 Index)
 	}
 }
 
+// Without a selection Down and Home begin at the top, Up and End at the bottom, as in a menu.
 bool STableViewBase::MoveSelectionByKey(const FKey& Key, ESelectInfo::Type SelectInfo)
 {
 	const int32 Count = GetItemCount();
@@ -150,6 +162,7 @@ FReply STableViewBase::OnKeyDown(const FGeometry& MyGeometry, const FKeyEvent& I
 	return bPlain && MoveSelectionByKey(InKeyEvent.GetKey(), ESelectInfo::OnNavigation) ? FReply::Handled() : FReply::Unhandled();
 }
 
+// The last average stays known while there are no rows, so that an emptied and refilled list does not jump.
 float STableViewBase::GetAverageHeight() const
 {
 	float Sum = 0.0f;
@@ -174,6 +187,7 @@ double STableViewBase::GetScrollOffset() const
 	return static_cast<double>(GetAverageHeight()) * TopIndex + TopDistance;
 }
 
+// The counterpart of GetScrollOffset, by the same average; UpdateRows settles the rest when the heights are known.
 void STableViewBase::SetScrollOffset(double Offset)
 {
 	const float Average = GetAverageHeight();
@@ -197,6 +211,8 @@ FSlateRect STableViewBase::GetBarRect(const FGeometry& Geometry) const
 	return FSlateRect(Bounds.Right - GetTableBarStyle().Room * Geometry.GetAccumulatedScale(), Bounds.Top, Bounds.Right, Bounds.Bottom);
 }
 
+// 1. Met already in this round. 2. In view in the frame before. 3. Made new, where the probe serves as row 0. Heights
+// are read anew in any case: a row may have grown.
 STableViewBase::FRow& STableViewBase::FindOrMakeRow(int32 Index, TArray<FRow>& Kept)
 {
 	const int32 Present = Kept.IndexOfByPredicate([Index](const FRow& Row) { return Row.Index == Index; });
@@ -229,6 +245,8 @@ void STableViewBase::DropRows()
 	Children.Empty();
 }
 
+// The whole round of a frame. Kept collects each row that is looked at, in view or on the way to it; what is not shown
+// in the end is let go of.
 void STableViewBase::UpdateRows(const FGeometry& Geometry)
 {
 	if (bRefresh)
@@ -246,6 +264,7 @@ void STableViewBase::UpdateRows(const FGeometry& Geometry)
 		TopDistance = 0.0f;
 		return;
 	}
+	// A wish for the bottom is kept until here, where the number of rows is certain.
 	if (bToBottom)
 	{
 		bToBottom = false;
@@ -333,6 +352,7 @@ void STableViewBase::UpdateRows(const FGeometry& Geometry)
 	Probe.Reset();
 }
 
+// As high as all rows, or as MaxRows of them. The width is that of the rows in view: asking all would mean making all.
 FVector2D STableViewBase::ComputeDesiredSize(float LayoutScaleMultiplier) const
 {
 	const int32 Count = GetItemCount();
@@ -361,6 +381,7 @@ FVector2D STableViewBase::ComputeDesiredSize(float LayoutScaleMultiplier) const
 	return FVector2D(Width, static_cast<double>(Height) * Shown);
 }
 
+// The rows have their places from UpdateRows, which paints call first.
 void STableViewBase::OnArrangeChildren(const FGeometry& AllottedGeometry, FArrangedChildren& ArrangedChildren) const
 {
 	const float Room = HasOverflow(AllottedGeometry) ? GetTableBarStyle().Room : 0.0f;
@@ -441,6 +462,7 @@ FReply STableViewBase::OnMouseMove(const FGeometry& MyGeometry, const FPointerEv
 	return FReply::Handled();
 }
 
+// At its end the list leaves the wheel to what holds it.
 FReply STableViewBase::OnMouseWheel(const FGeometry& MyGeometry, const FPointerEvent& MouseEvent)
 {
 	if (!HasOverflow(MyGeometry))
