@@ -9,11 +9,10 @@ namespace
 {
 
 	constexpr int32 LongestLine = 10000;
-	constexpr int32 MostSteps = 100000;
 	constexpr int32 MostTableRows = 1000;
 	constexpr int32 LongestSearch = 50000;
 
-	/** One parse, from the first character to the last. Every Try… gives up with the read position where it began. */
+	/** One parse, a character at a time and without any memory. Every Try… gives up with the read position where it began. */
 	class FLiteralParse
 	{
 	public:
@@ -23,621 +22,379 @@ namespace
 		{
 		}
 
-		TArray<FMarkdownToken> Run();
+		TArray<FMarkdownToken> Run()
+		{
+			while (!IsAtEnd() && !Text.TrimStartAndEnd().IsEmpty())
+			{
+				const int32 Before = Position;
+				if (!IsAtLineStart() ||
+					!(TryCodeBlock() || TryHeader() || TryHorizontalRule() || TryListItem() || TryBlockquote() || TryTable() ||
+						TryCollapsibleSection() || TryFootnoteDefinition()))
+				{
+					Inline();
+				}
+				Position += Position == Before ? 1 : 0; // The character that no rule accepts is dropped.
+			}
+			return Tokens;
+		}
 
 	private:
 		// Reading.
-		TCHAR PeekAt(int32 Index) const;
-		TCHAR Peek() const { return PeekAt(Position); }
-		TCHAR Advance();
 		bool IsAtEnd() const { return Position >= Length; }
 		bool IsAtLineStart() const { return Position == 0 || Text[Position - 1] == TEXT('\n'); }
-		bool MatchAt(const TCHAR* Literal) const;
-		void SkipWhitespace();
-		int32 SkipBlanksAndTabs();
-		void SkipBlanksTabsAndLineFeeds();
-		int32 CountLeadingChars(TCHAR Char) const;
-		FString Extract(int32 Start, int32 End) const { return Start < End ? Text.Mid(Start, End - Start) : FString(); }
-		FString ReadToLineEnd();
-		/** Index of the literal within the search limits from Position, or -1. */
-		int32 FindWithinLimits(const TCHAR* Literal);
+		TCHAR Peek(int32 Ahead = 0) const
+		{
+			const int32 Index = Position + Ahead;
+			const TCHAR Char = Index >= 0 && Index < Length ? Text[Index] : TEXT('\0');
+			const bool bControl = Char < 32 && Char != TEXT('\n') && Char != TEXT('\r') && Char != TEXT('\t');
+			return bControl && Index >= 0 && Index < Length ? TEXT(' ') : Char;
+		}
+		bool IsNext(const TCHAR* Literal) const { return Text.Mid(Position, FString(Literal).Len()).Equals(Literal); }
+		bool Take(const TCHAR* Literal)
+		{
+			const bool bTaken = IsNext(Literal);
+			Position += bTaken ? FString(Literal).Len() : 0;
+			return bTaken;
+		}
+		/** Passes characters that the test accepts, and says how many. */
+		template <typename TestType>
+		int32 Pass(const TestType& Test, int32 Most = MAX_int32)
+		{
+			const int32 Start = Position;
+			while (!IsAtEnd() && Position - Start < Most && Test(Peek()))
+			{
+				++Position;
+			}
+			return Position - Start;
+		}
+		int32 PassAll(TCHAR Char)
+		{
+			return Pass([Char](TCHAR Next) { return Next == Char; });
+		}
+		FString Since(int32 Start) const { return Text.Mid(Start, Position - Start); }
+		FString TakeLine()
+		{
+			const int32 Start = Position;
+			Pass([](TCHAR Char) { return Char != TEXT('\n'); });
+			const FString Line = Since(Start);
+			Position += IsAtEnd() ? 0 : 1;
+			return Line;
+		}
+		/** The text before the literal, which is taken, too; unset when it is too far away. */
+		TOptional<FString> TakeUntil(const TCHAR* Literal)
+		{
+			const int32 Start = Position;
+			const int32 SearchLength = FMath::Min(Length - Position, LongestSearch);
+			for (; Position - Start < SearchLength; ++Position)
+			{
+				const FString Before = IsNext(Literal) ? Since(Start) : FString();
+				if (Take(Literal))
+				{
+					return Before;
+				}
+			}
+			return {};
+		}
 
-		static bool IsBlankOrTab(TCHAR Char) { return Char == TEXT(' ') || Char == TEXT('\t'); }
+		static bool IsBlank(TCHAR Char) { return Char == TEXT(' ') || Char == TEXT('\t'); }
+		static bool IsBlankOrLineFeed(TCHAR Char) { return IsBlank(Char) || Char == TEXT('\n'); }
+		static bool IsSpace(TCHAR Char) { return FChar::IsWhitespace(Char); }
 		static bool IsWord(TCHAR Char) { return FChar::IsAlnum(Char) || Char == TEXT('_'); }
-		static bool IsDelimiter(TCHAR Char);
+		static bool InName(TCHAR Char) { return Char != TEXT(']') && Char != TEXT('\n'); }
+		static bool IsOneOf(const TCHAR* Set, TCHAR Char)
+		{
+			int32 Unused = 0;
+			return Char != 0 && FString(Set).FindChar(Char, Unused);
+		}
 
-		bool Fail(int32 Start);
-		bool Succeed(FMarkdownToken Token, int32 Start);
+		bool Fail(int32 Start)
+		{
+			Position = Start;
+			return false;
+		}
+		bool Succeed(int32 Start, ETokenType Type, const FString& Content, const FString& Metadata = FString(), int32 Level = 0)
+		{
+			FMarkdownToken Token(Type, Content, Metadata, Level);
+			Token.StartPos = Start;
+			Token.EndPos = Position;
+			Tokens.Add(Token);
+			return true;
+		}
 
-		// Rules.
-		bool TryCodeBlock();
-		bool TryHeader();
-		bool TryHorizontalRule();
-		bool TryListItem();
-		bool TryBlockquote();
-		bool TryTable();
-		bool TryCollapsibleSection();
-		bool TryFootnoteDefinition();
-		bool TryDelimited(ETokenType Type, const TCHAR* Delimiter);
-		bool TryLink();
-		bool TryFootnoteReference();
-		void Inline();
-		void Block();
+		// Blocks.
+		bool TryCodeBlock()
+		{
+			const int32 Start = Position;
+			if (!Take(TEXT("```")))
+			{
+				return false;
+			}
+			const int32 TagStart = Position;
+			Pass([](TCHAR Char) { return Char != TEXT('\n'); }, LongestLine);
+			const FString Tag = Since(TagStart).TrimStartAndEnd();
+			Position += IsAtEnd() ? 0 : 1;
+			const int32 BodyStart = Position;
+			if (const TOptional<FString> Body = TakeUntil(TEXT("```")))
+			{
+				TakeLine();
+				return Succeed(Start, ETokenType::CodeBlock, *Body, Tag);
+			}
+			Position = Length;
+			return Succeed(Start, ETokenType::CodeBlock, Since(BodyStart), Tag);
+		}
+
+		bool TryHeader()
+		{
+			const int32 Start = Position;
+			const int32 Level = PassAll(TEXT('#'));
+			if (Level < 1 || Level > 6 || (!IsAtEnd() && !IsBlankOrLineFeed(Peek())))
+			{
+				return Fail(Start);
+			}
+			Pass(IsSpace);
+			const FString Title = TakeLine().TrimStartAndEnd();
+			return Succeed(Start, ETokenType::Header, Title, FString(), Level);
+		}
+
+		bool TryHorizontalRule()
+		{
+			const int32 Start = Position;
+			if (!IsOneOf(TEXT("-*_"), Peek()) || PassAll(Peek()) < 3)
+			{
+				return Fail(Start);
+			}
+			Pass(IsBlank);
+			return TakeLine().IsEmpty() ? Succeed(Start, ETokenType::HorizontalRule, FString()) : Fail(Start);
+		}
+
+		bool TryListItem()
+		{
+			const int32 Start = Position;
+			const int32 Level = Pass(IsBlank) / 2;
+			const bool bBullet = IsOneOf(TEXT("-*+"), Peek());
+			if (bBullet ? (++Position, false) : !Pass(FChar::IsDigit) || !Take(TEXT(".")))
+			{
+				return Fail(Start);
+			}
+			if (!IsBlank(Peek()))
+			{
+				return Fail(Start);
+			}
+			Pass(IsSpace);
+			const bool bTask = bBullet && Peek() == TEXT('[') && Peek(2) == TEXT(']') && IsBlank(Peek(3));
+			const bool bChecked = IsOneOf(TEXT("xX"), Peek(1));
+			if (bTask)
+			{
+				Position += 3;
+				Pass(IsSpace);
+			}
+			const FString Content = TakeLine().TrimStartAndEnd();
+			return bTask ? Succeed(Start, ETokenType::TaskListItem, Content, bChecked ? TEXT("checked") : TEXT("unchecked"), Level)
+						 : Succeed(Start, ETokenType::ListItem, Content, FString(), Level);
+		}
+
+		bool TryBlockquote()
+		{
+			const int32 Start = Position;
+			if (!Take(TEXT(">")))
+			{
+				return false;
+			}
+			Pass(IsBlank, 1);
+			const FString Content = TakeLine();
+			return Succeed(Start, ETokenType::Blockquote, Content);
+		}
+
+		bool TryTable()
+		{
+			const int32 Start = Position;
+			TArray<FString> Rows;
+			for (int32 LineStart = Position; Rows.Num() < MostTableRows; LineStart = Position)
+			{
+				Pass(IsBlank);
+				if (Peek() != TEXT('|'))
+				{
+					Position = LineStart;
+					break;
+				}
+				Rows.Add(TakeLine().TrimStartAndEnd());
+			}
+			TArray<FString> Cells;
+			TArray<FString> Alignments;
+			(Rows.Num() < 2 ? FString() : Rows[1]).ParseIntoArray(Cells, TEXT("|"), true);
+			for (const FString& Cell : Cells)
+			{
+				const FString Trimmed = Cell.TrimStartAndEnd();
+				if (!Trimmed.IsEmpty())
+				{
+					if (!Trimmed.Contains(TEXT("-")))
+					{
+						return Fail(Start);
+					}
+					const bool bLeft = Trimmed.StartsWith(TEXT(":"));
+					Alignments.Add(!Trimmed.EndsWith(TEXT(":")) ? TEXT("left") : bLeft ? TEXT("center") : TEXT("right"));
+				}
+			}
+			return Alignments.IsEmpty()
+				? Fail(Start)
+				: Succeed(Start, ETokenType::Table, FString::Join(Rows, TEXT("\n")), FString::Join(Alignments, TEXT(",")));
+		}
+
+		bool TryCollapsibleSection()
+		{
+			const int32 Start = Position;
+			Pass(IsBlank);
+			if (!Take(TEXT("<details>")))
+			{
+				return Fail(Start);
+			}
+			Pass(IsBlankOrLineFeed);
+			if (!Take(TEXT("<summary>")))
+			{
+				return Fail(Start);
+			}
+			const TOptional<FString> Summary = TakeUntil(TEXT("</summary>"));
+			if (!Summary || Summary->IsEmpty())
+			{
+				return Fail(Start);
+			}
+			Pass(IsBlankOrLineFeed);
+			const TOptional<FString> Body = TakeUntil(TEXT("</details>"));
+			if (!Body || Body->IsEmpty())
+			{
+				return Fail(Start);
+			}
+			TakeLine();
+			return Succeed(Start, ETokenType::CollapsibleSection, Body->TrimStartAndEnd(), Summary->TrimStartAndEnd());
+		}
+
+		/** "[^name" and what follows it; the name is left empty where there is none. */
+		bool TakeFootnote(FString& OutName, const TCHAR* Behind)
+		{
+			const int32 Start = Position;
+			if (!Take(TEXT("[^")))
+			{
+				return false;
+			}
+			Pass(InName);
+			OutName = Since(Start + 2);
+			return !OutName.IsEmpty() && Take(Behind) ? true : Fail(Start);
+		}
+
+		bool TryFootnoteDefinition()
+		{
+			const int32 Start = Position;
+			FString Name;
+			if (!TakeFootnote(Name, TEXT("]:")))
+			{
+				return false;
+			}
+			Pass(IsBlank);
+			const FString Content = TakeLine().TrimStartAndEnd();
+			return Succeed(Start, ETokenType::FootnoteDefinition, Content, Name.TrimStartAndEnd());
+		}
+
+		// Within a line.
+		bool TryDelimited(ETokenType Type, const TCHAR* Delimiter)
+		{
+			const int32 Start = Position;
+			const int32 Width = FString(Delimiter).Len();
+			const bool bAlone = Type == ETokenType::Italic;
+			const TCHAR After = Peek(Width);
+			if (!IsNext(Delimiter) || (bAlone && After == Delimiter[0]) || (Type == ETokenType::Code && IsNext(TEXT("```"))) ||
+				(Start > 0 && IsWord(Peek(-1))) || Start + Width >= Length || IsBlankOrLineFeed(After))
+			{
+				return false;
+			}
+			Position += Width;
+			const int32 Most = FMath::Min(Length - Position, LongestSearch);
+			for (; Position - Start - Width < Most && Peek() != TEXT('\n'); ++Position)
+			{
+				const TCHAR Next = Peek(Width);
+				if (IsNext(Delimiter) && !IsBlank(Peek(-1)) && !IsWord(Next) && !(bAlone && Next == Delimiter[0]))
+				{
+					const FString Content = Since(Start + Width);
+					Position += Width;
+					return Succeed(Start, Type, Content);
+				}
+			}
+			return Fail(Start);
+		}
+
+		/** The text before the closer, which is taken, too; unset when the line ends before it or it is too far away. */
+		TOptional<FString> TakeLinkPart(TCHAR Closer)
+		{
+			const int32 Start = Position;
+			const int32 Most = FMath::Min(Length - Position, LongestSearch);
+			const int32 Passed = Pass([Closer](TCHAR Char) { return Char != Closer && Char != TEXT('\n'); }, Most);
+			if (Passed >= Most || Peek() != Closer)
+			{
+				return {};
+			}
+			const FString Part = Since(Start);
+			++Position;
+			return Part;
+		}
+
+		bool TryLink()
+		{
+			const int32 Start = Position;
+			if (!Take(TEXT("[")))
+			{
+				return false;
+			}
+			const TOptional<FString> Label = TakeLinkPart(TEXT(']'));
+			if (!Label || !Take(TEXT("(")))
+			{
+				return Fail(Start);
+			}
+			const TOptional<FString> Target = TakeLinkPart(TEXT(')'));
+			return Target ? Succeed(Start, ETokenType::Link, *Label, *Target) : Fail(Start);
+		}
+
+		bool TryFootnoteReference()
+		{
+			const int32 Start = Position;
+			FString Name;
+			if (!TakeFootnote(Name, TEXT("]")))
+			{
+				return false;
+			}
+			Name = Name.TrimStartAndEnd();
+			return Succeed(Start, ETokenType::FootnoteReference, TEXT("[") + Name + TEXT("]"), Name);
+		}
+
+		void Inline()
+		{
+			const int32 Start = Position;
+			if (Take(TEXT("\n")))
+			{
+				Succeed(Start, ETokenType::Newline, FString());
+				return;
+			}
+			if (TryDelimited(ETokenType::BoldItalic, TEXT("***")) || TryDelimited(ETokenType::Bold, TEXT("**")) ||
+				TryDelimited(ETokenType::Bold, TEXT("__")) || TryDelimited(ETokenType::Italic, TEXT("*")) ||
+				TryDelimited(ETokenType::Italic, TEXT("_")) || TryDelimited(ETokenType::Strikethrough, TEXT("~~")) ||
+				TryDelimited(ETokenType::Code, TEXT("`")) || TryLink() || TryFootnoteReference())
+			{
+				return;
+			}
+			const auto Goes = [this](TCHAR Char)
+			{
+				const bool bOpens = IsOneOf(TEXT("_*`~"), Char) && (Position == 0 || !IsWord(Peek(-1)));
+				return !bOpens && !IsOneOf(TEXT("[\n"), Char) && !(IsAtLineStart() && IsOneOf(TEXT("#>-+"), Char));
+			};
+			if (Pass(Goes, LongestLine) > 0)
+			{
+				Succeed(Start, ETokenType::Text, Since(Start));
+			}
+		}
 
 		const FString& Text;
 		int32 Length;
 		int32 Position = 0;
 		TArray<FMarkdownToken> Tokens;
 	};
-
-	TCHAR FLiteralParse::PeekAt(int32 Index) const
-	{
-		if (Index < 0 || Index >= Length)
-		{
-			return 0;
-		}
-		const TCHAR Char = Text[Index];
-		const bool bControl = Char < 32 && Char != TEXT('\n') && Char != TEXT('\r') && Char != TEXT('\t');
-		return bControl ? TEXT(' ') : Char;
-	}
-
-	TCHAR FLiteralParse::Advance()
-	{
-		const TCHAR Char = Peek();
-		if (!IsAtEnd())
-		{
-			++Position;
-		}
-		return Char;
-	}
-
-	bool FLiteralParse::MatchAt(const TCHAR* Literal) const
-	{
-		for (int32 Index = 0; Literal[Index] != 0; ++Index)
-		{
-			if (Position + Index >= Length || Text[Position + Index] != Literal[Index])
-			{
-				return false;
-			}
-		}
-		return true;
-	}
-
-	void FLiteralParse::SkipWhitespace()
-	{
-		while (!IsAtEnd() && FChar::IsWhitespace(Peek()))
-		{
-			Advance();
-		}
-	}
-
-	int32 FLiteralParse::SkipBlanksAndTabs()
-	{
-		int32 Count = 0;
-		while (IsBlankOrTab(Peek()))
-		{
-			Advance();
-			++Count;
-		}
-		return Count;
-	}
-
-	void FLiteralParse::SkipBlanksTabsAndLineFeeds()
-	{
-		while (IsBlankOrTab(Peek()) || Peek() == TEXT('\n'))
-		{
-			Advance();
-		}
-	}
-
-	int32 FLiteralParse::CountLeadingChars(TCHAR Char) const
-	{
-		int32 Count = 0;
-		while (Position + Count < Length && Text[Position + Count] == Char)
-		{
-			++Count;
-		}
-		return Count;
-	}
-
-	FString FLiteralParse::ReadToLineEnd()
-	{
-		const int32 Start = Position;
-		while (!IsAtEnd() && Peek() != TEXT('\n'))
-		{
-			Advance();
-		}
-		const int32 End = Position;
-		Advance();
-		return Extract(Start, End);
-	}
-
-	int32 FLiteralParse::FindWithinLimits(const TCHAR* Literal)
-	{
-		const int32 Start = Position;
-		const int32 SearchLength = FMath::Min(Length - Position, LongestSearch);
-		int32 Steps = 0;
-		int32 Found = INDEX_NONE;
-		while (!IsAtEnd() && Position - Start < SearchLength)
-		{
-			if (++Steps >= MostSteps)
-			{
-				break;
-			}
-			if (MatchAt(Literal))
-			{
-				Found = Position;
-				break;
-			}
-			Advance();
-		}
-		Position = Start;
-		return Found;
-	}
-
-	bool FLiteralParse::IsDelimiter(TCHAR Char)
-	{
-		return Char == TEXT('_') || Char == TEXT('*') || Char == TEXT('`') || Char == TEXT('~');
-	}
-
-	bool FLiteralParse::Fail(int32 Start)
-	{
-		Position = Start;
-		return false;
-	}
-
-	bool FLiteralParse::Succeed(FMarkdownToken Token, int32 Start)
-	{
-		Token.StartPos = Start;
-		Token.EndPos = Position;
-		Tokens.Add(Token);
-		return true;
-	}
-
-	bool FLiteralParse::TryCodeBlock()
-	{
-		const int32 Start = Position;
-		if (!MatchAt(TEXT("```")))
-		{
-			return false;
-		}
-		Position += 3;
-		const int32 TagStart = Position;
-		while (!IsAtEnd() && Peek() != TEXT('\n') && Position - TagStart < LongestLine)
-		{
-			Advance();
-		}
-		const FString Tag = Extract(TagStart, Position).TrimStartAndEnd();
-		Advance();
-		const int32 BodyStart = Position;
-		const int32 Closer = FindWithinLimits(TEXT("```"));
-		if (Closer == INDEX_NONE)
-		{
-			Position = Length;
-			return Succeed(FMarkdownToken(ETokenType::CodeBlock, Extract(BodyStart, Length), Tag, 0), Start);
-		}
-		Position = Closer + 3;
-		ReadToLineEnd();
-		return Succeed(FMarkdownToken(ETokenType::CodeBlock, Extract(BodyStart, Closer), Tag, 0), Start);
-	}
-
-	bool FLiteralParse::TryHeader()
-	{
-		const int32 Start = Position;
-		const int32 Level = CountLeadingChars(TEXT('#'));
-		if (Level < 1 || Level > 6)
-		{
-			return false;
-		}
-		Position += Level;
-		if (!IsAtEnd() && !IsBlankOrTab(Peek()) && Peek() != TEXT('\n'))
-		{
-			return Fail(Start);
-		}
-		SkipWhitespace();
-		const FString Title = ReadToLineEnd().TrimStartAndEnd();
-		return Succeed(FMarkdownToken(ETokenType::Header, Title, FString(), Level), Start);
-	}
-
-	bool FLiteralParse::TryHorizontalRule()
-	{
-		const int32 Start = Position;
-		const TCHAR Char = Peek();
-		if (Char != TEXT('-') && Char != TEXT('*') && Char != TEXT('_'))
-		{
-			return false;
-		}
-		const int32 Count = CountLeadingChars(Char);
-		if (Count < 3)
-		{
-			return false;
-		}
-		Position += Count;
-		SkipBlanksAndTabs();
-		if (!IsAtEnd() && Peek() != TEXT('\n'))
-		{
-			return Fail(Start);
-		}
-		Advance();
-		return Succeed(FMarkdownToken(ETokenType::HorizontalRule, FString()), Start);
-	}
-
-	bool FLiteralParse::TryListItem()
-	{
-		const int32 Start = Position;
-		const int32 Indent = SkipBlanksAndTabs();
-		const bool bBullet = Peek() == TEXT('-') || Peek() == TEXT('*') || Peek() == TEXT('+');
-		if (bBullet)
-		{
-			Advance();
-			if (IsAtEnd())
-			{
-				return Fail(Start);
-			}
-		}
-		else
-		{
-			if (!FChar::IsDigit(Peek()))
-			{
-				return Fail(Start);
-			}
-			while (FChar::IsDigit(Peek()))
-			{
-				Advance();
-			}
-			if (Peek() != TEXT('.'))
-			{
-				return Fail(Start);
-			}
-			Advance();
-		}
-		if (!IsBlankOrTab(Peek()))
-		{
-			return Fail(Start);
-		}
-		SkipWhitespace();
-		ETokenType Type = ETokenType::ListItem;
-		FString Metadata;
-		if (bBullet && Peek() == TEXT('['))
-		{
-			const int32 BoxStart = Position;
-			Advance();
-			const TCHAR Mark = Advance();
-			const bool bClosed = Peek() == TEXT(']');
-			Advance();
-			if (bClosed && IsBlankOrTab(Peek()))
-			{
-				Type = ETokenType::TaskListItem;
-				Metadata = Mark == TEXT('x') || Mark == TEXT('X') ? TEXT("checked") : TEXT("unchecked");
-				SkipWhitespace();
-			}
-			else
-			{
-				Position = BoxStart;
-			}
-		}
-		const FString Content = ReadToLineEnd().TrimStartAndEnd();
-		return Succeed(FMarkdownToken(Type, Content, Metadata, Indent / 2), Start);
-	}
-
-	bool FLiteralParse::TryBlockquote()
-	{
-		const int32 Start = Position;
-		if (Peek() != TEXT('>'))
-		{
-			return false;
-		}
-		Advance();
-		if (IsBlankOrTab(Peek()))
-		{
-			Advance();
-		}
-		const FString Content = ReadToLineEnd();
-		return Succeed(FMarkdownToken(ETokenType::Blockquote, Content), Start);
-	}
-
-	bool FLiteralParse::TryTable()
-	{
-		const int32 Start = Position;
-		TArray<FString> Rows;
-		while (!IsAtEnd() && Rows.Num() < MostTableRows)
-		{
-			const int32 LineStart = Position;
-			SkipBlanksAndTabs();
-			if (Peek() != TEXT('|'))
-			{
-				Position = LineStart;
-				break;
-			}
-			Rows.Add(ReadToLineEnd().TrimStartAndEnd());
-		}
-		if (Rows.Num() < 2)
-		{
-			return Fail(Start);
-		}
-		TArray<FString> Cells;
-		Rows[1].ParseIntoArray(Cells, TEXT("|"), true);
-		TArray<FString> Alignments;
-		for (const FString& Cell : Cells)
-		{
-			const FString Trimmed = Cell.TrimStartAndEnd();
-			if (Trimmed.IsEmpty())
-			{
-				continue;
-			}
-			if (!Trimmed.Contains(TEXT("-")))
-			{
-				return Fail(Start);
-			}
-			const bool bColonBefore = Trimmed[0] == TEXT(':');
-			const bool bColonBehind = Trimmed[Trimmed.Len() - 1] == TEXT(':');
-			Alignments.Add(bColonBefore && bColonBehind ? TEXT("center") : bColonBehind ? TEXT("right") : TEXT("left"));
-		}
-		if (Alignments.Num() == 0)
-		{
-			return Fail(Start);
-		}
-		return Succeed(FMarkdownToken(ETokenType::Table, FString::Join(Rows, TEXT("\n")), FString::Join(Alignments, TEXT(",")), 0), Start);
-	}
-
-	bool FLiteralParse::TryCollapsibleSection()
-	{
-		const int32 Start = Position;
-		SkipBlanksAndTabs();
-		if (!MatchAt(TEXT("<details>")))
-		{
-			return Fail(Start);
-		}
-		Position += 9;
-		SkipBlanksTabsAndLineFeeds();
-		if (!MatchAt(TEXT("<summary>")))
-		{
-			return Fail(Start);
-		}
-		Position += 9;
-		const int32 SummaryStart = Position;
-		const int32 SummaryEnd = FindWithinLimits(TEXT("</summary>"));
-		if (SummaryEnd == INDEX_NONE || SummaryEnd == SummaryStart)
-		{
-			return Fail(Start);
-		}
-		Position = SummaryEnd + 10;
-		SkipBlanksTabsAndLineFeeds();
-		const int32 BodyStart = Position;
-		const int32 BodyEnd = FindWithinLimits(TEXT("</details>"));
-		if (BodyEnd == INDEX_NONE || BodyEnd == BodyStart)
-		{
-			return Fail(Start);
-		}
-		Position = BodyEnd + 10;
-		ReadToLineEnd();
-		const FString Body = Extract(BodyStart, BodyEnd).TrimStartAndEnd();
-		const FString Summary = Extract(SummaryStart, SummaryEnd).TrimStartAndEnd();
-		return Succeed(FMarkdownToken(ETokenType::CollapsibleSection, Body, Summary, 0), Start);
-	}
-
-	bool FLiteralParse::TryFootnoteDefinition()
-	{
-		const int32 Start = Position;
-		if (!IsAtLineStart() || !MatchAt(TEXT("[^")))
-		{
-			return false;
-		}
-		Position += 2;
-		const int32 NameStart = Position;
-		while (!IsAtEnd() && Peek() != TEXT(']') && Peek() != TEXT('\n'))
-		{
-			Advance();
-		}
-		const FString Name = Extract(NameStart, Position);
-		if (!MatchAt(TEXT("]:")) || Name.IsEmpty())
-		{
-			return Fail(Start);
-		}
-		Position += 2;
-		SkipBlanksAndTabs();
-		const FString Content = ReadToLineEnd().TrimStartAndEnd();
-		return Succeed(FMarkdownToken(ETokenType::FootnoteDefinition, Content, Name.TrimStartAndEnd(), 0), Start);
-	}
-
-	bool FLiteralParse::TryDelimited(ETokenType Type, const TCHAR* Delimiter)
-	{
-		const int32 Start = Position;
-		const int32 DelimiterLength = FString(Delimiter).Len();
-		if (!MatchAt(Delimiter))
-		{
-			return false;
-		}
-		if (Type == ETokenType::Italic && PeekAt(Start + 1) == Delimiter[0])
-		{
-			return false;
-		}
-		if (Type == ETokenType::Code && MatchAt(TEXT("```")))
-		{
-			return false;
-		}
-		if (Start > 0 && IsWord(PeekAt(Start - 1)))
-		{
-			return false;
-		}
-		const TCHAR Behind = PeekAt(Start + DelimiterLength);
-		if (Start + DelimiterLength >= Length || IsBlankOrTab(Behind) || Behind == TEXT('\n'))
-		{
-			return false;
-		}
-		Position += DelimiterLength;
-		const int32 ContentStart = Position;
-		const int32 SearchLength = FMath::Min(Length - Position, LongestSearch);
-		int32 Steps = 0;
-		while (!IsAtEnd() && Position - ContentStart < SearchLength)
-		{
-			if (++Steps >= MostSteps)
-			{
-				break;
-			}
-			const TCHAR AfterCandidate = PeekAt(Position + DelimiterLength);
-			if (!MatchAt(Delimiter))
-			{
-				if (Peek() == TEXT('\n'))
-				{
-					break;
-				}
-				Advance();
-			}
-			else if (IsBlankOrTab(PeekAt(Position - 1)) || IsWord(AfterCandidate) ||
-				(Type == ETokenType::Italic && AfterCandidate == Delimiter[0]))
-			{
-				Advance();
-			}
-			else
-			{
-				const FString Content = Extract(ContentStart, Position);
-				Position += DelimiterLength;
-				return Succeed(FMarkdownToken(Type, Content), Start);
-			}
-		}
-		return Fail(Start);
-	}
-
-	bool FLiteralParse::TryLink()
-	{
-		const int32 Start = Position;
-		if (Peek() != TEXT('['))
-		{
-			return false;
-		}
-		Advance();
-		int32 Ends[2];
-		int32 Starts[2];
-		for (int32 Part = 0; Part < 2; ++Part)
-		{
-			const TCHAR Closer = Part == 0 ? TEXT(']') : TEXT(')');
-			Starts[Part] = Position;
-			const int32 SearchLength = FMath::Min(Length - Position, LongestSearch);
-			int32 Steps = 0;
-			while (!IsAtEnd() && Position - Starts[Part] < SearchLength && Peek() != Closer)
-			{
-				if (Peek() == TEXT('\n') || ++Steps >= MostSteps)
-				{
-					return Fail(Start);
-				}
-				Advance();
-			}
-			if (Position - Starts[Part] >= SearchLength)
-			{
-				return Fail(Start);
-			}
-			Ends[Part] = Position;
-			Advance();
-			if (Part == 0 && Advance() != TEXT('('))
-			{
-				return Fail(Start);
-			}
-		}
-		return Succeed(FMarkdownToken(ETokenType::Link, Extract(Starts[0], Ends[0]), Extract(Starts[1], Ends[1]), 0), Start);
-	}
-
-	bool FLiteralParse::TryFootnoteReference()
-	{
-		const int32 Start = Position;
-		if (!MatchAt(TEXT("[^")))
-		{
-			return false;
-		}
-		Position += 2;
-		const int32 NameStart = Position;
-		while (!IsAtEnd() && Peek() != TEXT(']') && Peek() != TEXT('\n'))
-		{
-			Advance();
-		}
-		const FString Name = Extract(NameStart, Position);
-		if (Peek() != TEXT(']') || Name.IsEmpty())
-		{
-			return Fail(Start);
-		}
-		Advance();
-		const FString Trimmed = Name.TrimStartAndEnd();
-		return Succeed(FMarkdownToken(ETokenType::FootnoteReference, TEXT("[") + Trimmed + TEXT("]"), Trimmed, 0), Start);
-	}
-
-	void FLiteralParse::Inline()
-	{
-		const int32 Start = Position;
-		if (Peek() == TEXT('\n'))
-		{
-			Advance();
-			Succeed(FMarkdownToken(ETokenType::Newline, FString()), Start);
-			return;
-		}
-		if (TryDelimited(ETokenType::BoldItalic, TEXT("***")) || TryDelimited(ETokenType::Bold, TEXT("**")) ||
-			TryDelimited(ETokenType::Bold, TEXT("__")) || TryDelimited(ETokenType::Italic, TEXT("*")) ||
-			TryDelimited(ETokenType::Italic, TEXT("_")) || TryDelimited(ETokenType::Strikethrough, TEXT("~~")) ||
-			TryDelimited(ETokenType::Code, TEXT("`")) || TryLink() || TryFootnoteReference())
-		{
-			return;
-		}
-		int32 RunLength = 0;
-		while (!IsAtEnd())
-		{
-			const TCHAR Char = Peek();
-			if (Char == TEXT('[') || Char == TEXT('\n'))
-			{
-				break;
-			}
-			if (IsDelimiter(Char) && (Position == 0 || !IsWord(PeekAt(Position - 1))))
-			{
-				break;
-			}
-			if (IsAtLineStart() && (Char == TEXT('#') || Char == TEXT('>') || Char == TEXT('-') || Char == TEXT('+')))
-			{
-				break;
-			}
-			if (++RunLength > LongestLine)
-			{
-				break;
-			}
-			Advance();
-		}
-		if (Position > Start)
-		{
-			Succeed(FMarkdownToken(ETokenType::Text, Extract(Start, Position)), Start);
-		}
-	}
-
-	void FLiteralParse::Block()
-	{
-		if (TryCodeBlock() || TryHeader() || TryHorizontalRule() || TryListItem() || TryBlockquote() || TryTable() ||
-			TryCollapsibleSection() || TryFootnoteDefinition())
-		{
-			return;
-		}
-		Inline();
-	}
-
-	TArray<FMarkdownToken> FLiteralParse::Run()
-	{
-		if (Text.TrimStartAndEnd().IsEmpty())
-		{
-			return Tokens;
-		}
-		while (!IsAtEnd())
-		{
-			const int32 Before = Position;
-			if (IsAtLineStart())
-			{
-				Block();
-			}
-			else
-			{
-				Inline();
-			}
-			if (Position == Before)
-			{
-				Advance(); // The character that no rule accepts is dropped.
-			}
-		}
-		return Tokens;
-	}
 
 } // namespace
 

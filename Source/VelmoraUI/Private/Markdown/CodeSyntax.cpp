@@ -67,6 +67,7 @@ namespace Velmora::Markdown
 
 			int32 Len() const { return Length; }
 			TCHAR operator[](int32 Index) const { return Text[Index]; }
+			const TCHAR* At(int32 Index) const { return Text + Index; }
 			bool Has(int32 Index, TCHAR Char) const { return Index < Length && Text[Index] == Char; }
 			bool HasDigit(int32 Index) const { return Index < Length && FChar::IsDigit(Text[Index]); }
 
@@ -212,60 +213,109 @@ namespace Velmora::Markdown
 			return bIsCalled ? ESyntaxTokenType::Function : ESyntaxTokenType::Default;
 		}
 
-		TArray<FSyntaxToken> TokenizeWords(const FString& Code, const FWordRules& Rules)
+		/** The token that a reader found at an index that it was given. */
+		struct FFound
+		{
+			ESyntaxTokenType Type;
+			int32 End;
+			/** What is drawn in place of the code; null to draw the code. */
+			const TCHAR* Text = nullptr;
+		};
+
+		/** Blanks are a token by the run: a line feed and the indentation after it stand together. All else is the reader's. */
+		template <typename ReadType>
+		TArray<FSyntaxToken> Tokenize(const FString& Code, const ReadType& Read)
 		{
 			const FCodeScan Scan(Code);
 			FTokenSink Sink(Code);
 			for (int32 Index = 0; Index < Scan.Len();)
 			{
-				const TCHAR Char = Scan[Index];
-				int32 End = Index + 1;
-				ESyntaxTokenType Type = ESyntaxTokenType::Operator;
-				// 1. Blanks, by the run: a line feed and the indentation after it are one token.
-				if (FChar::IsWhitespace(Char))
+				const FFound Found =
+					FChar::IsWhitespace(Scan[Index]) ? FFound{ ESyntaxTokenType::Default, Scan.SkipSpace(Index + 1) } : Read(Scan, Index);
+				if (Found.Text)
 				{
-					Type = ESyntaxTokenType::Default;
-					End = Scan.SkipSpace(End);
+					Sink.Add(Found.Type, Found.Text, Index, Found.End);
 				}
-				// 2. Words: keyword, type, or a name that is called.
-				else if (StartsWord(Char))
+				else
 				{
-					End = Scan.SkipWord(End);
-					Type = ClassifyWord(*Code + Index, End - Index, Scan.Has(End, TEXT('(')), Rules);
+					Sink.Add(Found.Type, Index, Found.End);
 				}
-				// 3. Comments, before the operators that they begin with.
-				else if (Rules.bIsCpp && Char == TEXT('/') && Scan.Has(Index + 1, TEXT('/')))
-				{
-					Type = ESyntaxTokenType::Comment;
-					End = Scan.SkipLine(End);
-				}
-				else if (Rules.bIsCpp && Char == TEXT('/') && Scan.Has(Index + 1, TEXT('*')))
-				{
-					Type = ESyntaxTokenType::Comment;
-					End = Scan.SkipBlockComment(Index);
-				}
-				// 4. The sign that is a comment in one language and the preprocessor in the other. A continued line is not followed.
-				else if (Char == TEXT('#'))
-				{
-					Type = Rules.bIsCpp ? ESyntaxTokenType::Preprocessor : ESyntaxTokenType::Comment;
-					End = Scan.SkipLine(End);
-				}
-				// 5. Texts. A separator of digits reads as the start of one: the rule looks at one character.
-				else if (Char == TEXT('"') || Char == TEXT('\''))
-				{
-					Type = ESyntaxTokenType::String;
-					End = !Rules.bIsCpp && Scan.HasTripleQuote(Index) ? Scan.SkipTripleQuoted(Index) : Scan.SkipString(Index);
-				}
-				// 6. Numbers, with the letters that may follow in the language. 7. All else is an operator, one character each.
-				else if (FChar::IsDigit(Char) || (Char == TEXT('.') && Scan.HasDigit(Index + 1)))
-				{
-					Type = ESyntaxTokenType::Number;
-					End = Scan.SkipWhile(End, Rules.IsNumberChar);
-				}
-				Sink.Add(Type, Index, End);
-				Index = End;
+				Index = Found.End;
 			}
 			return Sink.Take();
+		}
+
+		FFound ReadWordOrSign(const FCodeScan& Scan, int32 Index, const FWordRules& Rules)
+		{
+			const TCHAR Char = Scan[Index];
+			const int32 Next = Index + 1;
+			// 1. Words: keyword, type, or a name that is called.
+			if (StartsWord(Char))
+			{
+				const int32 End = Scan.SkipWord(Next);
+				return { ClassifyWord(Scan.At(Index), End - Index, Scan.Has(End, TEXT('(')), Rules), End };
+			}
+			// 2. Comments, before the operators that they begin with.
+			if (Rules.bIsCpp && Char == TEXT('/') && Scan.Has(Next, TEXT('/')))
+			{
+				return { ESyntaxTokenType::Comment, Scan.SkipLine(Next) };
+			}
+			if (Rules.bIsCpp && Char == TEXT('/') && Scan.Has(Next, TEXT('*')))
+			{
+				return { ESyntaxTokenType::Comment, Scan.SkipBlockComment(Index) };
+			}
+			// 3. The sign that is a comment in one language and the preprocessor in the other. A continued line is not followed.
+			if (Char == TEXT('#'))
+			{
+				return { Rules.bIsCpp ? ESyntaxTokenType::Preprocessor : ESyntaxTokenType::Comment, Scan.SkipLine(Next) };
+			}
+			// 4. Texts. A separator of digits reads as the start of one: the rule looks at one character.
+			if (Char == TEXT('"') || Char == TEXT('\''))
+			{
+				const bool bTriple = !Rules.bIsCpp && Scan.HasTripleQuote(Index);
+				return { ESyntaxTokenType::String, bTriple ? Scan.SkipTripleQuoted(Index) : Scan.SkipString(Index) };
+			}
+			// 5. Numbers, with the letters that may follow in the language.
+			if (FChar::IsDigit(Char) || (Char == TEXT('.') && Scan.HasDigit(Next)))
+			{
+				return { ESyntaxTokenType::Number, Scan.SkipWhile(Next, Rules.IsNumberChar) };
+			}
+			// 6. All else is an operator, one character each.
+			return { ESyntaxTokenType::Operator, Next };
+		}
+
+		TArray<FSyntaxToken> TokenizeWords(const FString& Code, const FWordRules& Rules)
+		{
+			return Tokenize(Code, [&Rules](const FCodeScan& Scan, int32 Index) { return ReadWordOrSign(Scan, Index, Rules); });
+		}
+
+		FFound ReadJson(const FCodeScan& Scan, int32 Index)
+		{
+			struct FLiteral
+			{
+				const TCHAR* Text;
+				int32 Length;
+			};
+			static constexpr FLiteral Literals[] = { { TEXT("true"), 4 }, { TEXT("false"), 5 }, { TEXT("null"), 4 } };
+			const TCHAR Char = Scan[Index];
+			const int32 Next = Index + 1;
+			if (Char == TEXT('"'))
+			{
+				return { ESyntaxTokenType::String, Scan.SkipString(Index) };
+			}
+			if (FChar::IsDigit(Char) || (Char == TEXT('-') && Scan.HasDigit(Next)))
+			{
+				return { ESyntaxTokenType::Number, Scan.SkipWhile(Next, IsScientificNumberChar) };
+			}
+			for (const FLiteral& Literal : Literals)
+			{
+				if (Scan.HasWord(Index, Literal.Text, Literal.Length))
+				{
+					// Drawn in lower case, however it was written.
+					return { ESyntaxTokenType::Keyword, Index + Literal.Length, Literal.Text };
+				}
+			}
+			return { ESyntaxTokenType::Operator, Next };
 		}
 
 	} // namespace
@@ -326,60 +376,7 @@ namespace Velmora::Markdown
 
 	TArray<FSyntaxToken> TokenizeJson(const FString& Code)
 	{
-		struct FLiteral
-		{
-			const TCHAR* Text;
-			int32 Length;
-		};
-		static constexpr FLiteral Literals[] = { { TEXT("true"), 4 }, { TEXT("false"), 5 }, { TEXT("null"), 4 } };
-
-		const FCodeScan Scan(Code);
-		FTokenSink Sink(Code);
-		for (int32 Index = 0; Index < Scan.Len();)
-		{
-			const TCHAR Char = Scan[Index];
-			int32 End = Index + 1;
-			ESyntaxTokenType Type = ESyntaxTokenType::Operator;
-			const FLiteral* Found = nullptr;
-			if (FChar::IsWhitespace(Char))
-			{
-				Type = ESyntaxTokenType::Default;
-				End = Scan.SkipSpace(End);
-			}
-			else if (Char == TEXT('"'))
-			{
-				Type = ESyntaxTokenType::String;
-				End = Scan.SkipString(Index);
-			}
-			else if (FChar::IsDigit(Char) || (Char == TEXT('-') && Scan.HasDigit(Index + 1)))
-			{
-				Type = ESyntaxTokenType::Number;
-				End = Scan.SkipWhile(End, IsScientificNumberChar);
-			}
-			else
-			{
-				for (const FLiteral& Literal : Literals)
-				{
-					if (Scan.HasWord(Index, Literal.Text, Literal.Length))
-					{
-						Found = &Literal;
-						break;
-					}
-				}
-			}
-			if (Found)
-			{
-				// Drawn in lower case, however it was written.
-				End = Index + Found->Length;
-				Sink.Add(ESyntaxTokenType::Keyword, Found->Text, Index, End);
-			}
-			else
-			{
-				Sink.Add(Type, Index, End);
-			}
-			Index = End;
-		}
-		return Sink.Take();
+		return Tokenize(Code, ReadJson);
 	}
 
 } // namespace Velmora::Markdown
