@@ -28,6 +28,16 @@ namespace
 		return FConversationLabel::MakeAge(Conversation.LastUpdated, FDateTime::Now());
 	}
 
+	/** Titles are as long as what was asked first, and the row is as wide as its box: they are cut where the room ends. */
+	TSharedRef<SWidget> MakeTitle(FName Tag, const TAttribute<FText>& Text)
+	{
+		return SNew(STextBlock)
+			.Tag(Tag)
+			.Text(Text)
+			.Font(FAppStyle::GetFontStyle("NormalFont"))
+			.OverflowPolicy(ETextOverflowPolicy::Ellipsis);
+	}
+
 	/** What stands beside a title. */
 	TSharedRef<SWidget> MakeSideText(FName Tag, const TAttribute<FText>& Text)
 	{
@@ -73,11 +83,7 @@ TSharedRef<SWidget> SChatWindow::BuildConversationSelector()
 			.VAlign(VAlign_Center)
 			.Padding(4.0f, 0.0f, 0.0f, 0.0f)
 			[
-				SNew(STextBlock)
-				.Tag(FName("ConversationTitle"))
-				.Text(this, &SChatWindow::GetConversationHeaderTitleText)
-				.Font(FAppStyle::GetFontStyle("NormalFont"))
-				.OverflowPolicy(ETextOverflowPolicy::Ellipsis)
+				MakeTitle("ConversationTitle", TAttribute<FText>::CreateSP(this, &SChatWindow::GetConversationHeaderTitleText))
 			]
 			+ SHorizontalBox::Slot()
 			.AutoWidth()
@@ -261,10 +267,7 @@ TSharedRef<SWidget> SChatWindow::OnGenerateConversationWidget(TSharedPtr<FConver
 				.FillWidth(1.0f)
 				.VAlign(VAlign_Center)
 				[
-					SNew(STextBlock)
-					.Text(FText::FromString(OnGenerateConversationTitle(Item)))
-					.Font(FAppStyle::GetFontStyle("NormalFont"))
-					.OverflowPolicy(ETextOverflowPolicy::Ellipsis)
+					MakeTitle(NAME_None, FText::FromString(OnGenerateConversationTitle(Item)))
 				]
 				+ SHorizontalBox::Slot()
 				.AutoWidth()

@@ -6,6 +6,7 @@
 #include "Widgets/Layout/SBorder.h"
 #include "Widgets/SBoxPanel.h"
 #include "Widgets/Text/STextBlock.h"
+#include "Widgets/WidgetLook.h"
 
 void SFileSearchItem::Construct(const FArguments& InArgs)
 {
@@ -15,6 +16,19 @@ void SFileSearchItem::Construct(const FArguments& InArgs)
 	bIsMatchLit = false;
 
 	// clang-format off
+	const TSharedRef<SHorizontalBox> Row = MakeMarkedRow(
+		SNew(SImage)
+		.Image(this, &SFileSearchItem::GetFileIcon)
+		.ColorAndOpacity(FSlateColor::UseForeground()));
+	Row->AddSlot()
+	.FillWidth(1.0f)
+	.VAlign(VAlign_Center)
+	[
+		SNew(STextBlock)
+		.Text(FText::FromString(FileEntry.DisplayPath))
+		.Font(FVelmoraUIStyles::GetBodyFont())
+		.ColorAndOpacity(this, &SFileSearchItem::GetTextColor)
+	];
 	ChildSlot
 	[
 		SNew(SBorder)
@@ -22,25 +36,7 @@ void SFileSearchItem::Construct(const FArguments& InArgs)
 		.BorderBackgroundColor(this, &SFileSearchItem::GetBackgroundColor)
 		.Padding(FMargin(8.0f, 4.0f))
 		[
-			SNew(SHorizontalBox)
-			+ SHorizontalBox::Slot()
-			.AutoWidth()
-			.VAlign(VAlign_Center)
-			.Padding(0.0f, 0.0f, 8.0f, 0.0f)
-			[
-				SNew(SImage)
-				.Image(this, &SFileSearchItem::GetFileIcon)
-				.ColorAndOpacity(FSlateColor::UseForeground())
-			]
-			+ SHorizontalBox::Slot()
-			.FillWidth(1.0f)
-			.VAlign(VAlign_Center)
-			[
-				SNew(STextBlock)
-				.Text(FText::FromString(FileEntry.DisplayPath))
-				.Font(FVelmoraUIStyles::GetBodyFont())
-				.ColorAndOpacity(this, &SFileSearchItem::GetTextColor)
-			]
+			Row
 		]
 	];
 	// clang-format on

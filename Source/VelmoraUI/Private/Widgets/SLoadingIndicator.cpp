@@ -19,6 +19,18 @@ void SLoadingIndicator::Construct(const FArguments& InArgs)
 		*this, [] { return true; }, FrameSeconds);
 
 	// clang-format off
+	const TSharedRef<SHorizontalBox> Row = MakeMarkedRow(
+		SNew(SThrobber)
+		.Visibility(VisibleIf(bShowThrobber)));
+	Row->AddSlot()
+	.AutoWidth()
+	.VAlign(VAlign_Center)
+	[
+		SNew(STextBlock)
+		.Text(this, &SLoadingIndicator::GetAnimatedMessage)
+		.Font(FAppStyle::GetFontStyle("NormalText"))
+		.ColorAndOpacity(FSlateColor(FVelmoraUIStyles::GetTextColorSecondary()))
+	];
 	ChildSlot
 	[
 		SNew(SBox)
@@ -26,24 +38,7 @@ void SLoadingIndicator::Construct(const FArguments& InArgs)
 		.VAlign(VAlign_Center)
 		.Padding(FMargin(16.0f))
 		[
-			SNew(SHorizontalBox)
-			+ SHorizontalBox::Slot()
-			.AutoWidth()
-			.VAlign(VAlign_Center)
-			.Padding(0.0f, 0.0f, 8.0f, 0.0f)
-			[
-				SNew(SThrobber)
-				.Visibility(VisibleIf(bShowThrobber))
-			]
-			+ SHorizontalBox::Slot()
-			.AutoWidth()
-			.VAlign(VAlign_Center)
-			[
-				SNew(STextBlock)
-				.Text(this, &SLoadingIndicator::GetAnimatedMessage)
-				.Font(FAppStyle::GetFontStyle("NormalText"))
-				.ColorAndOpacity(FSlateColor(FVelmoraUIStyles::GetTextColorSecondary()))
-			]
+			Row
 		]
 	];
 	// clang-format on

@@ -86,26 +86,21 @@ void SToolExecutionContainer::AddToolRow(const TSharedPtr<FChatMessage>& Message
 TSharedRef<SWidget> SToolExecutionContainer::BuildHeader()
 {
 	// clang-format off
-	return SNew(SHorizontalBox)
-		+ SHorizontalBox::Slot()
-		.AutoWidth()
-		.VAlign(VAlign_Center)
-		.Padding(0.0f, 0.0f, 8.0f, 0.0f)
-		[
-			SNew(SImage)
-			.Image(this, &SToolExecutionContainer::GetChevronBrush)
-			.ColorAndOpacity(FSlateColor(FVelmoraUIStyles::GetTextColorSecondary()))
-		]
-		+ SHorizontalBox::Slot()
-		.AutoWidth()
-		.VAlign(VAlign_Center)
-		[
-			SNew(STextBlock)
-			.Text(this, &SToolExecutionContainer::GetToolExecutionsText)
-			.Font(FAppStyle::GetFontStyle("NormalFontBold"))
-			.ColorAndOpacity(FSlateColor(FVelmoraUIStyles::GetTextColorPrimary()))
-		];
+	const TSharedRef<SHorizontalBox> Row = MakeMarkedRow(
+		SNew(SImage)
+		.Image(this, &SToolExecutionContainer::GetChevronBrush)
+		.ColorAndOpacity(FSlateColor(FVelmoraUIStyles::GetTextColorSecondary())));
+	Row->AddSlot()
+	.AutoWidth()
+	.VAlign(VAlign_Center)
+	[
+		SNew(STextBlock)
+		.Text(this, &SToolExecutionContainer::GetToolExecutionsText)
+		.Font(FAppStyle::GetFontStyle("NormalFontBold"))
+		.ColorAndOpacity(FSlateColor(FVelmoraUIStyles::GetTextColorPrimary()))
+	];
 	// clang-format on
+	return Row;
 }
 
 TSharedRef<SWidget> SToolExecutionContainer::BuildToolRow(TSharedPtr<FChatMessage> Message)

@@ -6,6 +6,7 @@
 #include "Styling/SlateColor.h"
 #include "Templates/SharedPointer.h"
 #include "Widgets/Input/SButton.h"
+#include "Widgets/SBoxPanel.h"
 
 /** What is not visible takes no room. */
 inline EVisibility VisibleIf(bool bCondition)
@@ -23,4 +24,12 @@ inline FSlateColor GetActionIconTint(bool bHighlighted)
 inline FSlateColor GetActionIconTint(const TSharedPtr<SButton>& Button)
 {
 	return GetActionIconTint(Button.IsValid() && Button->IsHovered());
+}
+
+/** A row that begins with a mark; what is added to it comes after a small distance. */
+inline TSharedRef<SHorizontalBox> MakeMarkedRow(const TSharedRef<SWidget>& Mark)
+{
+	const TSharedRef<SHorizontalBox> Row = SNew(SHorizontalBox);
+	Row->AddSlot().AutoWidth().VAlign(VAlign_Center).Padding(0.0f, 0.0f, 8.0f, 0.0f)[Mark];
+	return Row;
 }
