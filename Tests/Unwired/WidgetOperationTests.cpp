@@ -5,6 +5,7 @@
 #include "FileSearch/FileIndexEntry.h"
 #include "FileSearch/FileSearchResult.h"
 #include "Framework/Docking/TabManager.h"
+#include "Host/HostSleep.h"
 #include "Velmora.h"
 #include "Widgets/ChatWindowTest.h"
 #include "Widgets/CodeIntelModuleTest.h"
@@ -215,6 +216,55 @@ TEST_F(FUnwiredWidgetTest, ATabEndsTheConversationWhileItsAgentLives)
 	EXPECT_TRUE(FHostTasks::WaitForBackground(20.0));
 	FHostTasks::RunGameThreadTasks();
 	EXPECT_EQ(Log, (FTextList{ "EndConversation", "destroyed" }));
+}
+
+// The agent reports a plan while nobody touches anything, and Slate sleeps.
+TEST_F(FUnwiredWidgetTest, APlanIsOnScreenSoonAndThenNothingMoves)
+{
+	const FTemporaryProject Project;
+	Velmora::FUpdateGateControl::SetState(Velmora::EUpdateGateState::Ready, FString(), FString());
+	const TSharedRef<FTestAgent> Planner = MakeShared<FTestAgent>();
+	Planner->HoldConversation(TEXT("c1"));
+	const TSharedPtr<SDockTab> DockTab = SNew(SDockTab).TabRole(ETabRole::NomadTab);
+	TSharedPtr<SVelmoraTab> Tab = SNew(SVelmoraTab, DockTab.ToSharedRef());
+	Tab->Agent = Planner;
+	Tab->InitializeViewModel();
+	Show(Tab.ToSharedRef());
+	SleepStrictly();
+	for (int32 Round = 0; Round < 3; ++Round)
+	{
+		FHostTasks::WaitForBackground(20.0);
+		LetTimePass(3.0);
+	}
+	const auto ExpectRest = [this]
+	{
+		EXPECT_EQ(FHostSleep::GetActiveTimerCount(), 0);
+		EXPECT_EQ(CountFrames(2.0), 0);
+	};
+	ExpectRest();
+	for (const char* Step : { "look around", "change it" })
+	{
+		Planner->FirePlanUpdate(FString(Step));
+		const auto IsPainted = [Step]
+		{
+			for (const TSharedRef<SWidget>& Text : FWidgetFinder::FindByText(FString(Step)))
+			{
+				if (Text->GetCachedGeometry().GetLocalSize().X > 0.0)
+				{
+					return true;
+				}
+			}
+			return false;
+		};
+		EXPECT_LE(WaitFor(IsPainted, 5.0), 0.2) << Step;
+		LetTimePass(1.0);
+		ExpectRest();
+	}
+	App().SetRootContent(SNullWidget::NullWidget);
+	PumpFrame();
+	Tab.Reset();
+	EXPECT_TRUE(FHostTasks::WaitForBackground(20.0));
+	FHostTasks::RunGameThreadTasks();
 }
 
 using FUnwiredProgressTest = FCodeIntelModuleTest;

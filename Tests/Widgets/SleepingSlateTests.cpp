@@ -2,6 +2,7 @@
 #include "CodeIntelModuleTest.h"
 
 #include "FileSearchProject.h"
+#include "History/FileHistoryTracker.h"
 #include "Host/HostSleep.h"
 #include "Widgets/Input/SMenuAnchor.h"
 #include "Widgets/Layout/SBox.h"
@@ -154,6 +155,19 @@ TEST_F(FSleepingChat, ToolRunsAreShownAsTheyGo)
 	Agent->FireToolCompleted(TEXT("1"), TEXT("read_file"));
 	LetTimePass(1.0);
 	ExpectRest();
+}
+
+TEST_F(FSleepingChat, ChangedFilesAreListedWhenTheirToolEnds)
+{
+	Agent->FireToolStarted(TEXT("1"), TEXT("write_file"), TEXT("{\"path\":\"Source/One.cpp\"}"));
+	LetTimePass(1.0);
+	ExpectRest();
+	FFileHistoryTracker::Get().AddOperation(TEXT("c1"), TEXT("g"), { TEXT("Source/One.cpp"), 1, FDateTime::Now() });
+	Agent->FireToolCompleted(TEXT("1"), TEXT("write_file"));
+	EXPECT_LE(WaitFor([]() { return IsPainted("Changed Files (1)"); }, 5.0), SoonSeconds);
+	LetTimePass(1.0);
+	ExpectRest();
+	FFileHistoryTracker::Get().RemoveGroup(TEXT("c1"), TEXT("g"));
 }
 
 TEST_F(FSleepingChat, TheGateIsFollowed)

@@ -8,6 +8,8 @@
 #include "Framework/Commands/UICommandList.h"
 #include "HAL/PlatformTime.h"
 #include "ISettingsModule.h"
+#include "Math/UnrealMathUtility.h"
+#include "Misc/Timespan.h"
 #include "Modules/ModuleManager.h"
 #include "Settings/VelmoraSettings.h"
 #include "Templates/Function.h"
@@ -49,11 +51,20 @@ namespace
 		return Owner;
 	}
 
+	/** What may still run on threads of their own. Game thread. */
+	TArray<TFuture<void>>& GetRunningWork()
+	{
+		static TArray<TFuture<void>> Running;
+		return Running;
+	}
+
 	/** Work on a thread of its own, then Done with the seconds that it took on the game thread, unless the module has ended meanwhile. */
 	void RunIndexWork(TFunction<void(FCodeIntelIndexManager&)> Work, TFunction<void(FCodeIntelIndexManager&, double)> Done)
 	{
 		FCodeIntelIndexManager& Manager = FCodeIntelIndexManager::Get();
-		Async(EAsyncExecution::Thread,
+		TArray<TFuture<void>>& Running = GetRunningWork();
+		Running.RemoveAll([](const TFuture<void>& Future) { return Future.IsReady(); });
+		Running.Add(Async(EAsyncExecution::Thread,
 			[&Manager, Owner = TWeakPtr<FIndexWorkOwner>(GetIndexWorkOwner()), Work = MoveTemp(Work), Done = MoveTemp(Done)]() mutable
 			{
 				if (!Owner.IsValid())
@@ -72,7 +83,7 @@ namespace
 							Done(Manager, Seconds);
 						}
 					});
-			});
+			}));
 	}
 
 	/** A reconcile is reported in the words of a build or, when it found nothing, of a compaction. */
@@ -166,7 +177,18 @@ void FCodeIntelCommandActions::RegisterHandlers(TSharedPtr<FUICommandList> List)
 
 void FCodeIntelCommandActions::CutOffRunningWork()
 {
+	// 1. Nothing is reported from here on. Work that has not begun yet does not begin.
 	GetIndexWorkOwner().Reset();
+	// 2. What is about to end is waited for, so that no thread comes back into the module. A build may take minutes, which the
+	// end of the editor must not: that one goes on in the toolkit, and finds nobody to report to.
+	constexpr double LongestWaitSeconds = 1.0;
+	const double Until = FPlatformTime::Seconds() + LongestWaitSeconds;
+	for (const TFuture<void>& Work : GetRunningWork())
+	{
+		Work.WaitFor(FTimespan::FromSeconds(FMath::Max(Until - FPlatformTime::Seconds(), 0.0)));
+	}
+	GetRunningWork().Empty();
+	// 3. What it has shown so far.
 	FCodeIntelNotifications::DismissAll();
 }
 

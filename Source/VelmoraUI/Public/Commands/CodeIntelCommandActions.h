@@ -14,7 +14,10 @@ class VELMORAUI_API FCodeIntelCommandActions
 public:
 	/** Maps every command of FCodeIntelCommands, which must be registered. */
 	static void RegisterHandlers(TSharedPtr<FUICommandList> List);
-	/** What the handlers have started, and is still running, ends without a word; its open toasts go. For the module's end. */
+	/**
+	 * What the handlers have started, and is still running, is waited for up to a second; what takes longer ends without a word. Its
+	 * open toasts go. For the module's end.
+	 */
 	static void CutOffRunningWork();
 
 	static bool CanExecuteIndexOperation();
