@@ -5,7 +5,7 @@
 
 #include <string>
 
-/** The rules of scoring walked as they are told, for comparison: both texts are lowered, and every step is taken one by one. */
+/** The rules of scoring walked as they are written, for comparison: both texts are lowered, and every step is taken one by one. */
 inline int32 ScoreLiterally(const FString& Path, const FString& Query)
 {
 	if (Query.IsEmpty() || Path.IsEmpty())

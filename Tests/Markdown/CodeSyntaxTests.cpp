@@ -115,7 +115,7 @@ TEST(CodeSyntax, OverlappingTokensAreNotAdded)
 	Add(5, 11); // Ends in it.
 	Add(5, 20); // Ends where it ends.
 	Add(5, 10); // Fits between them.
-	Add(20, 22); // Fits behind.
+	Add(20, 22); // Fits after.
 	Add(30, 31, TEXT(""));
 	EXPECT_EQ(ShowAll(Tokens), "Default[x]10-20 Default[x]0-5 Default[x]5-10 Default[x]20-22 ");
 }

@@ -106,7 +106,7 @@ namespace
 		{ "quotes", TEXT(""), TEXT(">"), TEXT("") },
 		{ "digits", TEXT(""), TEXT("1"), TEXT("") },
 		{ "header marks", TEXT(""), TEXT("#"), TEXT("") },
-		{ "blank lines behind a bullet", TEXT("- "), TEXT("\n"), TEXT("a") },
+		{ "blank lines after a bullet", TEXT("- "), TEXT("\n"), TEXT("a") },
 		{ "indented lines", TEXT(""), TEXT("          \n"), TEXT("a") },
 		{ "rules with a text", TEXT(""), TEXT("------------ x\n"), TEXT("") },
 		{ "words", TEXT(""), TEXT("word_word*word "), TEXT("") },
@@ -155,7 +155,7 @@ TEST(MarkdownAgreement, OnSections)
 	}
 }
 
-// Every text of up to five characters over small alphabets, behind a head that puts it where a rule looks.
+// Every text of up to five characters over small alphabets, after a head that puts it where a rule looks.
 TEST(MarkdownAgreement, OnAllShortTexts)
 {
 	struct FCase

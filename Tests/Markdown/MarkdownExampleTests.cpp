@@ -90,7 +90,7 @@ TEST(MarkdownExamples, HorizontalRules)
 		{ "more, of each kind", TEXT("****\n___ \t\nx"), "HorizontalRule\nHorizontalRule\nText 'x'\n" },
 		{ "two are too few", TEXT("--"), "Text '-'\n" },
 		{ "not with blanks between", TEXT("- - -"), "ListItem '- -'\n" },
-		{ "not with a text behind", TEXT("---x"), "Text '--x'\n" },
+		{ "not with a text after", TEXT("---x"), "Text '--x'\n" },
 		{ "not when they open emphasis", TEXT("***a***"), "BoldItalic 'a'\n" },
 		{ "a rule under a text is a rule", TEXT("a\n---\n"), "Text 'a'\nNewline\nHorizontalRule\n" },
 	};
@@ -107,7 +107,7 @@ TEST(MarkdownExamples, Lists)
 		{ "two tabs are a level", TEXT("\t\t1. a"), "ListItem 'a' level 1\n" },
 		{ "task boxes", TEXT("- [ ] a\n- [x] b\n- [X] c\n- [?] d"),
 			"TaskListItem 'a' (unchecked)\nTaskListItem 'b' (checked)\nTaskListItem 'c' (checked)\nTaskListItem 'd' (unchecked)\n" },
-		{ "no boxes behind numbers", TEXT("1. [x] a"), "ListItem '[x] a'\n" },
+		{ "no boxes after numbers", TEXT("1. [x] a"), "ListItem '[x] a'\n" },
 		{ "a box at the end of the text is none", TEXT("- [x]"), "ListItem '[x]'\n" },
 		{ "a box at the end of a line is none", TEXT("- [x]\na"), "ListItem '[x]'\nText 'a'\n" },
 		{ "any character is a mark", TEXT("- []] a"), "TaskListItem 'a' (unchecked)\n" },
@@ -179,7 +179,7 @@ TEST(MarkdownExamples, Emphasis)
 		{ "not inside of a word", TEXT("a*b*c"), "Text 'a*b*c'\n" },
 		{ "nor here", TEXT("snake_case_word"), "Text 'snake_case_word'\n" },
 		{ "nor here", TEXT("2*3 and a~b"), "Text '2*3 and a~b'\n" },
-		{ "no closer behind a blank", TEXT("*a *"), "Text 'a '\n" },
+		{ "no closer after a blank", TEXT("*a *"), "Text 'a '\n" },
 		{ "no closer before a letter", TEXT("**a**b"), "Text 'a*'\nText 'b'\n" },
 		{ "two asterisks close one when a third does not follow", TEXT("**a **"), "Italic 'a *'\n" },
 		{ "the first closer counts", TEXT("**a***"), "Bold 'a'\n" },
@@ -209,7 +209,7 @@ TEST(MarkdownExamples, InlineCode)
 		{ "plain", TEXT("`a`"), "Code 'a'\n" },
 		{ "three in the middle of a line", TEXT("x ``` y"), "Text 'x '\nCode ''\nText ' y'\n" },
 		{ "two open one", TEXT("``a``"), "Code '`a'\n" },
-		{ "a backtick behind a blank does not close", TEXT("`a `b`"), "Code 'a `b'\n" },
+		{ "a backtick after a blank does not close", TEXT("`a `b`"), "Code 'a `b'\n" },
 		{ "markers inside stay raw", TEXT("`**a**`"), "Code '**a**'\n" },
 	};
 	CheckCases(Cases);

@@ -107,7 +107,7 @@ TEST(MarkdownLimits, TablesBreakAfterAThousandRows)
 	ASSERT_EQ(OneMore.Num(), 2);
 	EXPECT_EQ(Utf8(OneMore[1].Content), "|s|");
 	EXPECT_EQ(OneMore[1].Type, ETokenType::Text);
-	// The rows behind the limit are tried as a table of their own.
+	// The rows after the limit are tried as a table of their own.
 	const TArray<FMarkdownToken> Second = ParseBoth(Input + TEXT("|h|\n|-|\n"));
 	ASSERT_EQ(Second.Num(), 2);
 	EXPECT_EQ(Second[1].Type, ETokenType::Table);

@@ -269,7 +269,7 @@ TEST_F(FUnwiredWidgetTest, APlanIsOnScreenSoonAndThenNothingMoves)
 
 using FUnwiredProgressTest = FCodeIntelModuleTest;
 
-// The module tells a progress widget of builds that stands in no window.
+// The module reports builds to a progress widget that stands in no window.
 TEST_F(FUnwiredProgressTest, FollowsABuildAndIsHiddenThreeSecondsAfterIt)
 {
 	FVelmoraModule& Watched = static_cast<FVelmoraModule&>(*FModuleManager::Get().GetModule("VelmoraUI"));

@@ -78,7 +78,7 @@ void FVelmoraModule::ShutdownModule()
 		return;
 	}
 	bIsStarted = false;
-	// The tab asks for its styles as long as it is shown, and work on the index would tell of its end.
+	// The tab asks for its styles as long as it is shown, and work on the index would report its end.
 	CloseTab();
 	FCodeIntelCommandActions::CutOffRunningWork();
 	HideProgress();

@@ -45,7 +45,7 @@ private:
 	bool bIsStarted = false;
 	TSharedPtr<FUICommandList> CommandList;
 	TSharedPtr<FExtender> MenuExtender;
-	/** Made at the first build, and told of builds; it stands in no window. */
+	/** Made at the first build, and fed with builds; it stands in no window. */
 	TSharedPtr<SIndexProgressWidget> ProgressWidget;
 	/** The progress widget follows a build, or still shows its end. */
 	bool bProgressVisible = false;

@@ -12,7 +12,7 @@ namespace Velmora::UI
 	namespace
 	{
 
-		// Neither is an ASCII character: one stands behind the path, the other for what no such path holds.
+		// Neither is an ASCII character: one stands after the path, the other for what no such path holds.
 		constexpr uint8 NoChar = 0xFF;
 		constexpr uint8 NotInAsciiPath = 0xFE;
 
@@ -101,7 +101,7 @@ namespace Velmora::UI
 	{
 		FGreedyMatch Match;
 		int32 Base = 0;
-		// The lanes of the window behind the last match.
+		// The lanes of the window after the last match.
 		uint32 Free = ~0u;
 		const TCHAR* const QueryEnd = Query.GetData() + Query.Len();
 		for (const TCHAR* Char = Query.GetData(); Char != QueryEnd; ++Char)

@@ -11,7 +11,7 @@ namespace Velmora::UI
 	{
 		int32 First = INDEX_NONE;
 		int32 Last = INDEX_NONE;
-		/** How many of them stand right behind a slash. */
+		/** How many of them stand right after a slash. */
 		int32 BehindSlashCount = 0;
 	};
 
@@ -30,7 +30,7 @@ namespace Velmora::UI
 		/** False when some character of the query has no place. */
 		bool Walk(FStringView Query, FGreedyMatch& OutMatch) const;
 
-		/** First place at or behind From where the query stands as a run, INDEX_NONE if there is none. The query is not empty. */
+		/** First place at or after From where the query stands as a run, INDEX_NONE if there is none. The query is not empty. */
 		int32 FindRun(FStringView Query, int32 From) const;
 
 		bool HasSlash(int32 From, int32 End) const;
@@ -43,7 +43,7 @@ namespace Velmora::UI
 		static uint32 GatherBits(const uint8 (&Hits)[Lanes]);
 
 		int32 Length = 0;
-		/** With room for the rest of a window behind the path. */
+		/** With room for the rest of a window after the path. */
 		uint8 Chars[MaxLength + Lanes];
 	};
 

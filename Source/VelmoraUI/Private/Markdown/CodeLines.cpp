@@ -81,7 +81,7 @@ namespace Velmora::Markdown
 			{
 				Pieces.AddDefaulted();
 			}
-			// 3. On, behind the line end; the end of the code ends the last line.
+			// 3. On, after the line end; the end of the code ends the last line.
 			const bool bTwoUnits = LineEnd + 1 < Code.Len() && Code[LineEnd] == TEXT('\r') && Code[LineEnd + 1] == TEXT('\n');
 			LineStart = LineEnd + (bTwoUnits ? 2 : 1);
 		}

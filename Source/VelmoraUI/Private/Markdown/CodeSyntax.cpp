@@ -55,7 +55,7 @@ namespace Velmora::Markdown
 			int32 FurthestEnd = 0;
 		};
 
-		/** Walks over one code. Each Skip returns the index behind what it skips and is given the index of its first character. */
+		/** Walks over one code. Each Skip returns the index after what it skips and is given the index of its first character. */
 		class FCodeScan
 		{
 		public:

@@ -18,7 +18,7 @@ namespace Velmora::Markdown
 			OutToken.EndPos = Context.Position;
 		}
 
-		/** The rest of the line, trimmed; the read position moves behind its line feed. */
+		/** The rest of the line, trimmed; the read position moves after its line feed. */
 		FString ReadTrimmedLine(FMarkdownParser::FParseContext& Context)
 		{
 			const int32 Start = Context.Position;
@@ -108,7 +108,7 @@ namespace Velmora::Markdown
 		if (BodyEnd < Reach)
 		{
 			Context.Position = BodyEnd + 3;
-			Context.SkipLine(); // What stands behind a closer on its line is not shown.
+			Context.SkipLine(); // What stands after a closer on its line is not shown.
 		}
 		else
 		{
@@ -272,7 +272,7 @@ namespace Velmora::Markdown
 			return false;
 		}
 		Context.Position = BodyEnd + CloserLength;
-		Context.SkipLine(); // What stands behind a closer on its line is not shown.
+		Context.SkipLine(); // What stands after a closer on its line is not shown.
 		FillBlock(
 			Context, OutToken, ETokenType::CollapsibleSection, Rewind.GetStart(), Scan::MakeTrimmed(Context.Text, BodyStart, BodyEnd));
 		OutToken.Metadata = Scan::MakeTrimmed(Context.Text, SummaryStart, SummaryEnd);

@@ -12,7 +12,7 @@ namespace Velmora::Markdown
 	{
 
 		/**
-		 * First index at or behind From where a closer of Count equal characters stands or the line ends. A closer follows no
+		 * First index at or after From where a closer of Count equal characters stands or the line ends. A closer follows no
 		 * blank or tab and precedes no word character; where bAlone is set it precedes no further delimiter either.
 		 */
 		int32 FindDelimiterStop(const TCHAR* Text, int32 From, int32 Length, TCHAR Delimiter, int32 Count, bool bAlone)

@@ -52,7 +52,7 @@ namespace Velmora::Markdown::Scan
 		return Char <= 32 && Char != TEXT('\n') && Char != TEXT('\r');
 	}
 
-	/** Letters, digits and the underscore: no emphasis begins behind one or ends before one. */
+	/** Letters, digits and the underscore: no emphasis begins after one or ends before one. */
 	inline bool IsWordChar(TCHAR Char)
 	{
 		if (Char < 128)
@@ -112,7 +112,7 @@ namespace Velmora::Markdown::Scan
 			[A, B](uint16 Unit) { return static_cast<uint16>(static_cast<uint16>(Unit == A) + static_cast<uint16>(Unit == B)); });
 	}
 
-	/** First index at or behind From at which the literal stands, Length if there is none. */
+	/** First index at or after From at which the literal stands, Length if there is none. */
 	inline int32 FindLiteral(const TCHAR* Text, int32 From, int32 Length, const TCHAR* Literal, int32 LiteralLength)
 	{
 		const int32 End = Length - LiteralLength + 1;

@@ -85,7 +85,7 @@ void FChatViewModel::OnAgentStateChanged(EConversationState OldState, EConversat
 
 void FChatViewModel::ClearSeenToolHeaders()
 {
-	// Both together: the headers are those of the group, so that each step is told in full.
+	// Both together: the headers are those of the group, so that each step is shown in full.
 	SeenToolHeaders.Empty();
 	CurrentToolSummary.Reset();
 }

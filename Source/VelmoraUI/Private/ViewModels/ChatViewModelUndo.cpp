@@ -23,7 +23,7 @@ namespace
 
 bool FChatViewModel::UndoToMessage(TSharedPtr<FChatMessage> Message)
 {
-	// 1. May it be at all? Each refusal is told in a row of its own, busy before missing, since waiting helps only the first.
+	// 1. May it be at all? Each refusal is reported in a row of its own, busy before missing, since waiting helps only the first.
 	if (!Agent.IsValid() || !Message.IsValid())
 	{
 		return false;

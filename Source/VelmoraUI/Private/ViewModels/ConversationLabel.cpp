@@ -66,7 +66,7 @@ FString FConversationLabel::MakeAge(const FDateTime& LastUpdated, const FDateTim
 	struct FAgeUnit
 	{
 		double Ticks;
-		/** This many and more are told in the next unit. */
+		/** This many and more are given in the next unit. */
 		double Limit;
 		const TCHAR* Name;
 	};

@@ -164,7 +164,7 @@ FReply SChatWindow::OnExportClicked()
 	TArray<FString> Files;
 	if (Desktop->SaveFileDialog(nullptr, TEXT("Export Conversation"), Folder, Name, Types, 0, Files) && Files.Num() > 0)
 	{
-		// What was typed decides, not the filter. A failed save is told by whoever writes files.
+		// What was typed decides, not the filter. A failed save is reported by whoever writes files.
 		Exported->ExportConversation(Files[0], FConversationExport::GetFormatOfFile(Files[0]));
 	}
 	return FReply::Handled();

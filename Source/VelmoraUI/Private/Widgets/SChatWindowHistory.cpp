@@ -197,7 +197,7 @@ void SChatWindow::SyncComboBoxSelection(bool bRequestRefreshIfMissing)
 	}
 	if (const TSharedPtr<FConversationMetadata> Option = FindConversationOption(Current))
 	{
-		// First of all remembered: the box tells of the selection, and what is selected already is not loaded again.
+		// First of all remembered: the box reports the selection, and what is selected already is not loaded again.
 		SelectedConversation = Option;
 		ConversationComboBox->SetSelectedItem(Option);
 	}

@@ -88,7 +88,7 @@ FText SChatWindow::GetUpdateButtonText() const
 	{
 	case EUpdateGateState::Downloading:
 	{
-		// With a figure the message tells the progress.
+		// With a figure the message is the progress.
 		const FString Message = Gate.GetMessage();
 		return Message.Contains(TEXT("%")) ? FText::FromString(Message) : LOCTEXT("DownloadingUpdate", "Downloading...");
 	}

@@ -71,7 +71,7 @@ namespace
 		}
 	}
 
-	/** True, with the part behind the scheme, for a link of that scheme in any letter case. */
+	/** True, with the part after the scheme, for a link of that scheme in any letter case. */
 	bool TakeScheme(const FString& Url, const FString& Scheme, FString& OutRest)
 	{
 		if (!Url.StartsWith(Scheme))

@@ -7,7 +7,7 @@ class FUICommandList;
 
 /**
  * When the commands of the code indexes may run, and what they do. A handler may be run by other means than a menu, so it
- * checks again and tells by a toast why it does nothing. Game thread; long work runs on a thread of its own.
+ * checks again and reports by a toast why it does nothing. Game thread; long work runs on a thread of its own.
  */
 class VELMORAUI_API FCodeIntelCommandActions
 {

@@ -9,7 +9,7 @@ namespace Velmora::UI
 {
 
 	/**
-	 * Speaks the prompt box's lines and columns, and remembers what the dropdown was last told. Touches no widget: the owner
+	 * Speaks the prompt box's lines and columns, and remembers what the dropdown was last given. Touches no widget: the owner
 	 * acts on the records that come back. Game thread.
 	 */
 	class VELMORAUI_API FAtFileReferenceController
@@ -64,7 +64,7 @@ namespace Velmora::UI
 
 		/**
 		 * Either function may be unbound. Without the first the cursor counts as standing at the end of the text; without
-		 * the second a new cursor is told as a line index.
+		 * the second a new cursor is given as a line index.
 		 */
 		FAtFileReferenceController(FLocationToIndex InLocationToIndex, FIndexToLocation InIndexToLocation);
 
@@ -73,7 +73,7 @@ namespace Velmora::UI
 
 		/**
 		 * The text with the token at the cursor, '@' included, replaced by InsertText and exactly one blank. Applies also
-		 * when the cursor stands behind the token.
+		 * when the cursor stands after the token.
 		 */
 		FReplacement BuildReplacement(const FString& Text, const FTextLocation& Cursor, const FString& InsertText) const;
 

@@ -10,7 +10,7 @@ namespace Velmora::UI
 	{
 		/** Index of the '@', -1 if there is none. */
 		int32 AtIndex = -1;
-		/** Index just behind the last character of the token, -1 if there is none. */
+		/** Index just after the last character of the token, -1 if there is none. */
 		int32 TokenEnd = -1;
 		/** What stands between the '@' and TokenEnd, also to the right of the cursor. */
 		FString Query;
@@ -27,7 +27,7 @@ namespace Velmora::UI
 	VELMORAUI_API FAtTokenState ComputeAtTokenState(const FString& Text, int32 CursorIndex);
 
 	/**
-	 * Puts Replacement in the place of [StartIndex, EndIndex), with the cursor behind it. A range that makes no sense
+	 * Puts Replacement in the place of [StartIndex, EndIndex), with the cursor after it. A range that makes no sense
 	 * leaves the text as it is and the cursor at StartIndex, clamped to the text. OutText may be Text.
 	 */
 	VELMORAUI_API void ApplyAtTokenReplacement(

@@ -58,7 +58,7 @@ namespace Velmora::UI
 		/**
 		 * How well a path matches: 0 for not at all, more for better. Letter case does not matter. A query that stands in
 		 * the path as it is scores by its first place (100 to 200), one whose characters only follow each other scores by
-		 * their number, by those behind slashes, and by the gaps. Any thread; allocates nothing.
+		 * their number, by those after slashes, and by the gaps. Any thread; allocates nothing.
 		 */
 		static int32 CalculateFuzzyScore(const FString& FilePath, const FString& Query);
 

@@ -18,7 +18,7 @@ namespace Velmora::Markdown
 	 * type; what no token covers is Default. Blanks join what follows or, at the end of a line, what precedes, since they show no colour.
 	 *
 	 * @param Tokens  Of this code, in its order.
-	 * @return  At least one piece per line. Lines end with CR LF, LF or CR; behind the last line end stands one more, empty line.
+	 * @return  At least one piece per line. Lines end with CR LF, LF or CR; after the last line end stands one more, empty line.
 	 */
 	VELMORAUI_API TArray<TArray<FCodePiece>> SplitIntoCodeLines(const FString& Code, const TArray<FSyntaxToken>& Tokens);
 

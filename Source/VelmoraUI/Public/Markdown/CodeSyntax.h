@@ -31,7 +31,7 @@ namespace Velmora::Markdown
 		/** Index of the first character in the code. */
 		int32 Start = 0;
 
-		/** Index behind the last. A construct that is never closed may end one or two beyond the code. */
+		/** Index after the last. A construct that is never closed may end one or two beyond the code. */
 		int32 End = 0;
 	};
 
@@ -50,7 +50,7 @@ namespace Velmora::Markdown
 	/** Appends a token unless its text is empty, or its start or end falls into a token that is there already. */
 	VELMORAUI_API void AddSyntaxToken(TArray<FSyntaxToken>& Tokens, ESyntaxTokenType Type, const FString& Text, int32 Start, int32 End);
 
-	/** A word that follows the engine's naming scheme (an upper-case letter behind F, U, A, T, I or E), or a built-in type. */
+	/** A word that follows the engine's naming scheme (an upper-case letter after F, U, A, T, I or E), or a built-in type. */
 	VELMORAUI_API bool IsCppTypeName(const FString& Word);
 
 } // namespace Velmora::Markdown

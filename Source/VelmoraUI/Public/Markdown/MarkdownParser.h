@@ -23,7 +23,7 @@ namespace Velmora::Markdown
 		static constexpr int32 MAX_NESTING_DEPTH = 20;
 		/** Steps of one search for a closer. */
 		static constexpr int32 MAX_LOOP_ITERATIONS = 100000;
-		/** Rows of one table. The rows behind them are tried as a new table. */
+		/** Rows of one table. The rows after them are tried as a new table. */
 		static constexpr int32 MAX_TABLE_ROWS = 1000;
 		/** Characters that one search for a closer walks. A closer this far away, or farther, does not exist. */
 		static constexpr int32 MAX_SEARCH_LENGTH = 50000;
@@ -31,7 +31,7 @@ namespace Velmora::Markdown
 		/** Tokens in document order. Empty for a text of whitespace alone. */
 		static TArray<FMarkdownToken> Parse(const FString& Input);
 
-		/** What a rule looks for behind its opener. */
+		/** What a rule looks for after its opener. */
 		enum class ECloser : uint8
 		{
 			TripleStar,
@@ -92,7 +92,7 @@ namespace Velmora::Markdown
 			int32 SkipBlanks();
 			void SkipBlanksAndLineFeeds();
 
-			/** Moves behind the next line feed, or to the end. Returns the index of the line feed or of the end. */
+			/** Moves after the next line feed, or to the end. Returns the index of the line feed or of the end. */
 			int32 SkipLine();
 
 			/**
@@ -104,7 +104,7 @@ namespace Velmora::Markdown
 			/** Where a search for the closer stops when nothing bounds its length: at a closer, a line feed or the end. */
 			int32 FindStop(ECloser Closer, int32 From);
 
-			/** Where the body of a collapsible section begins, from the index behind its summary's closer. */
+			/** Where the body of a collapsible section begins, from the index after its summary's closer. */
 			int32 FindSectionBody(int32 SummaryTagEnd);
 
 			static TCHAR FilterControl(TCHAR Char)
@@ -116,7 +116,7 @@ namespace Velmora::Markdown
 		private:
 			/**
 			 * The outcome of a search: from every index in [From, Stop] it stops at Stop. Whether a closer is valid depends
-			 * on its own surroundings only, so one walk serves all openers before the closer, and any number of openers
+			 * on its neighbours only, so one walk serves all openers before the closer, and any number of openers
 			 * without one costs a single walk.
 			 */
 			struct FSearchMemo
@@ -136,7 +136,7 @@ namespace Velmora::Markdown
 		static int32 CountLeadingChars(const FParseContext& Context, TCHAR Char);
 		static FString ExtractText(const FParseContext& Context, int32 Start, int32 End);
 
-		// Each rule moves the read position behind its construct and fills the token, or gives up with the position where
+		// Each rule moves the read position after its construct and fills the token, or gives up with the position where
 		// it was.
 		static bool TryParseCodeBlock(FParseContext& Context, FMarkdownToken& OutToken);
 		static bool TryParseHeader(FParseContext& Context, FMarkdownToken& OutToken);

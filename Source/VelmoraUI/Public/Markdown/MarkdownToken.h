@@ -32,7 +32,7 @@ namespace Velmora::Markdown
 		FootnoteReference = 13,
 		/** Content: the note. Metadata: the identifier. */
 		FootnoteDefinition = 14,
-		/** Content: the line behind the marker, untrimmed. */
+		/** Content: the line after the marker, untrimmed. */
 		Blockquote = 15,
 		HorizontalRule = 16,
 		Newline = 17,
@@ -69,7 +69,7 @@ namespace Velmora::Markdown
 		int32 Level = 0;
 		/** Index of the first character in the parsed text, delimiters included. */
 		int32 StartPos = 0;
-		/** Index behind the last consumed character; the line feed counts where the rule consumes it. */
+		/** Index after the last consumed character; the line feed counts where the rule consumes it. */
 		int32 EndPos = 0;
 	};
 

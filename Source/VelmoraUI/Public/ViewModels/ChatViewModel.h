@@ -46,7 +46,7 @@ public:
 
 	// Commands. Without an agent they do nothing and return false.
 
-	/** Ends the current conversation and opens a new one. A failure is told in the list. */
+	/** Ends the current conversation and opens a new one. A failure is reported in the list. */
 	bool StartNewConversation(Velmora::EConversationMode Mode);
 
 	/** Changes the mode of a conversation in which nothing has been said yet. True if it has the mode afterwards. */
@@ -76,7 +76,7 @@ public:
 
 	/**
 	 * Asks the user, has the agent take back everything done since the message was sent, and cuts the list before it.
-	 * Waits for the answer. Refusals are told in the list. True when the agent has undone the changes.
+	 * Waits for the answer. Refusals are reported in the list. True when the agent has undone the changes.
 	 */
 	bool UndoToMessage(TSharedPtr<FChatMessage> Message);
 

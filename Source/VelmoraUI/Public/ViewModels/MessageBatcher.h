@@ -7,7 +7,7 @@ class FChatMessage;
 
 /**
  * Collects messages until a batch is due: when it holds enough of them, or when its first one has waited long enough.
- * Asks no one and tells no one; the owner polls ShouldFlush. No lock.
+ * Asks no one and reports to no one; the owner polls ShouldFlush. No lock.
  */
 class VELMORAUI_API FMessageBatcher
 {

@@ -42,7 +42,7 @@ public:
 	void ScrollToBottom();
 	void ScrollToTop();
 
-	/** Whether the user has stayed at the end, by what OnListScrolled was told; the offset is not measured. */
+	/** Whether the user has stayed at the end, by what OnListScrolled was given; the offset is not measured. */
 	bool IsScrolledToBottom() const;
 
 	/** Kept for callers that push; rows ask the CanUndo delegate. */

@@ -33,7 +33,7 @@ public:
 
 	void Construct(const FArguments& InArgs);
 
-	/** Adds rows for the messages behind those that are shown. Rows are never taken away or made anew. */
+	/** Adds rows for the messages after those that are shown. Rows are never taken away or made anew. */
 	void UpdateToolList(const TArray<TSharedPtr<FChatMessage>>& NewToolExecutions);
 
 private:
