@@ -1,3 +1,6 @@
+// A turn is cancelled between the change of a file and the end of its tool. Nobody outside can see that moment, so this file
+// reaches past access control to wait until the journal has written the change down.
+
 #include "AgentFixture.h"
 
 #include "Agent/BuiltInAgent.h"

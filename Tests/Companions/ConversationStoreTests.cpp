@@ -1,6 +1,5 @@
 #include "StoreFixture.h"
 
-#include "Agent/ConversationHistoryManager.h"
 #include "Host/HostClock.h"
 #include "Store/StoreSchema.h"
 #include "Store/StoreTurn.h"
@@ -85,9 +84,8 @@ TEST_F(ConversationStores, SummariesEndWithTheFirstMessageOfTheUser)
 	Late.Messages.Add(Message(TEXT("question")));
 	Late.Messages.Add(Message(TEXT("more")));
 	Put(*Store, Late);
-	Velmora::FConversationHistoryManager Manager;
-	Manager.DatabasePath = Folder.At(TEXT("Velmora/Game.db"));
-	TArray<FConversationMetadata> Summaries = Manager.GetConversationSummaries();
+	TArray<FConversationMetadata> Summaries;
+	ASSERT_TRUE(FStore::ReadSummaries(PathBytes(), Summaries));
 	ASSERT_EQ(Summaries.Num(), 2);
 	EXPECT_EQ(Utf8(Summaries[0].Id), "late");
 	EXPECT_EQ(Summaries[0].LastUpdated, FDateTime(2026, 7, 1, 12, 1, 0));
@@ -267,9 +265,9 @@ TEST_F(ConversationStores, ManyThreadsAndProgramsWriteAndRead)
 				{
 					// Refused when another one has been busy for too long; what was taken must be there.
 					Stored += Store->AppendMessage(TEXT("A"), Message(TEXT("m"))) ? 1 : 0;
-					Velmora::FConversationHistoryManager Manager;
-					Manager.DatabasePath = Folder.At(TEXT("Velmora/Game.db"));
-					EXPECT_EQ(Manager.GetConversationSummaries().Num(), 1);
+					TArray<FConversationMetadata> Summaries;
+					EXPECT_TRUE(FStore::ReadSummaries(PathBytes(), Summaries));
+					EXPECT_EQ(Summaries.Num(), 1);
 				}
 			});
 	}

@@ -1,3 +1,6 @@
+// A process that dies in the middle of a recovery leaves steps undone. To stop there, and to take one step alone, this file reaches
+// past access control.
+
 #include "StoreFixture.h"
 
 #include "Host/HostTasks.h"

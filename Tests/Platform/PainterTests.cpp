@@ -350,19 +350,10 @@ TEST_F(Painter, BrokenRectanglesAreHarmless)
 	for (const FSlateRect& Rect :
 		{ FSlateRect(-Odd, -Odd, Odd, Odd), FSlateRect(Nan, 0, Nan, 10), FSlateRect(10, 10, 5, 5), FSlateRect(-1e9f, 0, 1e9f, 1) })
 	{
-		FSlateDrawElement Element;
-		Element.Rect = Rect;
-		Element.Clip = FSlateRect(0, 0, Side, Side);
-		Element.Radii = FVector4f(4, Odd, Nan, -3);
-		Element.OutlineWidth = Odd;
-		Element.OutlineColor = PaintRed;
-		Element.ShadowBlur = Odd;
-		for (const ESlateDrawType Type :
-			{ ESlateDrawType::Box, ESlateDrawType::RoundedBox, ESlateDrawType::Chequer, ESlateDrawType::Shadow })
-		{
-			Element.Type = Type;
-			Elements.Elements.Add(Element);
-		}
+		Elements.AddBox(Rect, PaintRed);
+		Elements.AddRoundedBox(Rect, FVector4f(4, Odd, Nan, -3), PaintRed, PaintRed, Odd);
+		Elements.AddShadow(Rect, Odd, Odd, Odd, PaintRed);
+		Elements.AddChequer(Rect);
 	}
 	Paint();
 	EXPECT_EQ(Pixels.size(), static_cast<size_t>(Side * Side));

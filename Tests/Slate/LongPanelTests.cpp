@@ -1,3 +1,6 @@
+// A long panel lays out what is in view by sizes that it keeps. That it would lay out the same by looking at every child is proven by
+// calling the operation that does, which is private.
+
 #include "Host/ChildWatch.h"
 #include "Layout/ArrangedWidget.h"
 #include "Support/UiDriver.h"

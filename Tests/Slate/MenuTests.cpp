@@ -107,6 +107,18 @@ protected:
 		Menu.AddMenuSeparator();
 	}
 
+	/** Something is painted behind the whole row. */
+	static bool IsLit(const SWidget& Row)
+	{
+		return App().GetLastElements().GetElements().ContainsByPredicate(
+			[Rect = GetRect(Row)](const FSlateDrawElement& Element)
+			{
+				return (Element.Type == ESlateDrawType::Box || Element.Type == ESlateDrawType::RoundedBox) &&
+					FMath::Abs(Element.Rect.Top - Rect.Top) < 1.0f && FMath::Abs(Element.Rect.Bottom - Rect.Bottom) < 1.0f &&
+					FMath::Abs(Element.Rect.Left - Rect.Left) < 1.0f;
+			});
+	}
+
 	/** The rows, headings and lines of the open menus as they stand, greyed and highlighted ones marked. */
 	FTextList Lines()
 	{
@@ -124,7 +136,7 @@ protected:
 				if (Item->GetType() == FName("SMenuRow"))
 				{
 					const SMenuRow& Row = static_cast<SMenuRow&>(*Item);
-					Line += std::string(Row.IsEnabled() ? "" : " (grey)") + (Row.IsHighlighted() ? " *" : "") +
+					Line += std::string(Row.IsEnabled() ? "" : " (grey)") + (IsLit(Row) ? " *" : "") +
 						(Row.GetItem().IsChecked() ? " checked" : "");
 				}
 				else if (Item->GetType() == FName("SScrollBar"))
@@ -338,9 +350,20 @@ TEST_F(FMenuTest, ExtensionsStandAtTheirHooks)
 	FExtensibilityManager Manager;
 	Manager.AddExtender(Extender);
 	Manager.AddExtender(nullptr);
-	EXPECT_EQ(Manager.GetAllExtenders()->Extensions.Num(), Extender->Extensions.Num());
+	const auto CountTexts = [&Manager]() -> size_t
+	{
+		FMenuBuilder Menu(true, nullptr, Manager.GetAllExtenders());
+		Menu.BeginSection("Work", INVTEXT("Work"));
+		Menu.EndSection();
+		App().PushMenu(FindByText("First"), Menu.MakeWidget(), FSlateRect(10, 10, 20, 20), MenuPlacement_BelowAnchor, true);
+		App().Tick();
+		const size_t Count = VisibleTexts().size();
+		App().DismissAllMenus();
+		return Count;
+	};
+	const size_t Extended = CountTexts();
 	Manager.RemoveExtender(Extender);
-	EXPECT_EQ(Manager.GetAllExtenders()->Extensions.Num(), 0);
+	EXPECT_EQ(CountTexts() + 4, Extended) << "before, the heading, first and after";
 }
 
 TEST_F(FMenuTest, TooltipsStandBesideTheMenu)

@@ -1,3 +1,6 @@
+// Texts share what was shaped, and a cut text keeps what is shown of it. Neither can be told from a picture, so this file reaches
+// past access control.
+
 #include "Support/UiDriver.h"
 
 #include "Host/TextShaper.h"

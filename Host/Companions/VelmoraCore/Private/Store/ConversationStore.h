@@ -105,10 +105,10 @@ namespace Velmora
 		 */
 		static FOutcome ReadSummaries(const std::string& Path, TArray<FConversationMetadata>& OutSummaries);
 
-	private:
 		/** The right to use the connection, for one operation. */
 		class FTurn;
 
+	private:
 		/** What is wrong with a file that cannot be used. Numbers are stored. */
 		enum class EDamage
 		{
