@@ -1,12 +1,11 @@
 #include "ProgramDriver.h"
 
 #include <algorithm>
-#include <cctype>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <fstream>
 #include <gtest/gtest.h>
+#include <regex>
 #include <set>
 #include <sstream>
 #include <unistd.h>
@@ -20,197 +19,53 @@ namespace
 
 	const fs::path SourceFolder = fs::path(VELMORA_SOURCE_DIR) / "Source/VelmoraUI/Public";
 
-	/** Without comments, lines of the preprocessor and the contents of literals. */
-	std::string Bare(const std::string& Text)
+	/** Lines that a command prints. */
+	std::vector<std::string> RunForLines(const std::string& Command)
 	{
-		std::string Out;
-		for (size_t Index = 0; Index < Text.size(); ++Index)
+		std::vector<std::string> Lines;
+		FILE* const Pipe = popen(Command.c_str(), "r");
+		for (char Line[8192]; Pipe && fgets(Line, sizeof(Line), Pipe);)
 		{
-			const bool bAtLineStart = Out.empty() || Out.back() == '\n';
-			if (Text.compare(Index, 2, "//") == 0 || (bAtLineStart && Text[Index] == '#'))
-			{
-				while (Index < Text.size() && (Text[Index] != '\n' || Text[Index - 1] == '\\'))
-				{
-					++Index;
-				}
-				Out += '\n';
-			}
-			else if (Text.compare(Index, 2, "/*") == 0)
-			{
-				Index = Text.find("*/", Index) + 1;
-			}
-			else if (Text[Index] == '"')
-			{
-				do
-				{
-					Index += Text[Index] == '\\' ? 2 : 1;
-				} while (Text[Index] != '"');
-				Out += "\"\"";
-			}
-			else if (!(bAtLineStart && (Text[Index] == '\t' || Text[Index] == ' ')))
-			{
-				Out += Text[Index];
-			}
+			Lines.emplace_back(Line, strcspn(Line, "\n"));
 		}
-		return Out;
+		if (Pipe)
+		{
+			pclose(Pipe);
+		}
+		return Lines;
 	}
 
-	bool IsWord(char Letter)
-	{
-		return isalnum(static_cast<unsigned char>(Letter)) || Letter == '_' || Letter == '~';
-	}
-
-	bool HasWord(const std::string& Text, const std::string& Word)
-	{
-		for (size_t At = Text.find(Word); At != std::string::npos; At = Text.find(Word, At + 1))
-		{
-			if ((At == 0 || !IsWord(Text[At - 1])) && (At + Word.size() == Text.size() || !IsWord(Text[At + Word.size()])))
-			{
-				return true;
-			}
-		}
-		return false;
-	}
-
-	/** The word in front of Position, blanks skipped. */
-	std::string WordBefore(const std::string& Text, size_t Position)
-	{
-		while (Position > 0 && isspace(static_cast<unsigned char>(Text[Position - 1])))
-		{
-			--Position;
-		}
-		size_t Start = Position;
-		while (Start > 0 && IsWord(Text[Start - 1]))
-		{
-			--Start;
-		}
-		return Text.substr(Start, Position - Start);
-	}
-
-	/** What a declaration names, with "(" behind an operation: empty when the library has no symbol for it. */
-	std::string NameOf(const std::string& Declaration, bool bInClass)
-	{
-		for (const char* Word :
-			{ "using", "friend", "typedef", "template", "enum", "static_assert", "default", "delete", "constexpr", "operator" })
-		{
-			if (HasWord(Declaration, Word))
-			{
-				return "";
-			}
-		}
-		if (Declaration.find("= 0") != std::string::npos || Declaration.find("SLATE_") != std::string::npos ||
-			Declaration.find("DECLARE_") != std::string::npos)
-		{
-			return "";
-		}
-		int Angles = 0;
-		for (size_t Index = 0; Index < Declaration.size(); ++Index)
-		{
-			Angles += Declaration[Index] == '<' ? 1 : Declaration[Index] == '>' ? -1 : 0;
-			if (Declaration[Index] == '=' && Angles == 0)
-			{
-				return ""; // A member with its start value.
-			}
-			if (Declaration[Index] == '(' && Angles == 0)
-			{
-				const std::string Name = WordBefore(Declaration, Index);
-				return Name.empty() ? "" : Name + '(';
-			}
-		}
-		if (bInClass && HasWord(Declaration, "static") && Declaration.find('=') == std::string::npos)
-		{
-			return WordBefore(Declaration, Declaration.size());
-		}
-		return "";
-	}
-
-	/** Behind the brace that closes the one at Open. */
-	size_t SkipBraces(const std::string& Text, size_t Open)
-	{
-		int Depth = 0;
-		for (size_t Index = Open; Index < Text.size(); ++Index)
-		{
-			Depth += Text[Index] == '{' ? 1 : Text[Index] == '}' ? -1 : 0;
-			if (Depth == 0)
-			{
-				return Index + 1;
-			}
-		}
-		return Text.size();
-	}
-
-	/** Collects "FClass::Operation(" and "Free(" of one scope. A body in the header needs no symbol. */
-	void Collect(const std::string& Text, const std::string& Class, std::set<std::string>& OutNames)
-	{
-		std::string Statement;
-		for (size_t Index = 0; Index < Text.size(); ++Index)
-		{
-			const char Letter = Text[Index];
-			if (Letter == ':' && Index > 0 && Text[Index + 1] != ':' && Text[Index - 1] != ':')
-			{
-				const std::string Word = WordBefore(Text, Index);
-				if (Word == "public" || Word == "private" || Word == "protected")
-				{
-					Statement.clear();
-					continue;
-				}
-			}
-			if (Letter == '{')
-			{
-				const size_t End = SkipBraces(Text, Index);
-				const std::string Body = Text.substr(Index + 1, End - Index - 2);
-				const bool bIsType =
-					(HasWord(Statement, "class") || HasWord(Statement, "struct")) && Statement.find('(') == std::string::npos;
-				if (HasWord(Statement, "namespace"))
-				{
-					Collect(Body, "", OutNames);
-				}
-				else if (bIsType && Statement.find("VELMORAUI_API") != std::string::npos)
-				{
-					const std::string Head = Statement.substr(Statement.find("VELMORAUI_API") + 13);
-					const size_t Start = Head.find_first_not_of(" \n");
-					size_t Stop = Start;
-					while (Stop < Head.size() && IsWord(Head[Stop]))
-					{
-						++Stop;
-					}
-					Collect(Body, Head.substr(Start, Stop - Start), OutNames);
-				}
-				Statement.clear();
-				Index = End - 1;
-				// A type ends with a semicolon, a body in the header does not.
-				continue;
-			}
-			if (Letter == ';')
-			{
-				const bool bCounts = !Class.empty() || Statement.find("VELMORAUI_API") != std::string::npos;
-				const std::string Name = bCounts ? NameOf(Statement, !Class.empty()) : "";
-				if (!Name.empty())
-				{
-					OutNames.insert(Class.empty() ? Name : Class + "::" + Name);
-				}
-				Statement.clear();
-				continue;
-			}
-			Statement += Letter;
-		}
-	}
-
+	/** "FClass::Operation(", "FClass::Static" and "Free(": what is declared for export and not defined in the header itself. */
 	std::set<std::string> ListDeclared()
 	{
-		std::set<std::string> Names;
+		std::string Headers;
 		for (const fs::directory_entry& Entry : fs::recursive_directory_iterator(SourceFolder))
 		{
-			if (Entry.path().extension() == ".h")
+			Headers += Entry.path().extension() == ".h" ? ReadFile(Entry.path()) : std::string();
+		}
+		std::set<std::string> Exported;
+		const std::regex Mark(R"((?:class|struct) VELMORAUI_API (\w+)|VELMORAUI_API [^;{}]*?(\w+\())");
+		for (std::sregex_iterator Match(Headers.begin(), Headers.end(), Mark), End; Match != End; ++Match)
+		{
+			Exported.insert((*Match)[1].str() + (*Match)[2].str());
+		}
+		std::set<std::string> Names;
+		for (const std::string& Line :
+			RunForLines("ctags -x --_xformat='%N %K %{C++.properties}, %{scope}' --language-force=C++ --kinds-C++=pm "
+						"--fields-C++=+'{properties}' -I VELMORAUI_API -D 'SLATE_BEGIN_ARGS(x)=void Skip()' -D 'SLATE_END_ARGS()=;' -R '" +
+				SourceFolder.native() + "'"))
+		{
+			std::istringstream Fields(Line);
+			std::string Name, Kind, Properties, Scope;
+			Fields >> Name >> Kind >> Properties >> Scope;
+			const std::string Class = Scope.substr(Scope.rfind(':') + 1);
+			const bool bHasSymbol = Kind == "prototype"
+				? !Contains(Properties, "default") && !Contains(Properties, "delete") && !Contains(Properties, "pure") && Name != "Skip"
+				: Contains(Properties, "static");
+			Name += Kind == "prototype" ? "(" : "";
+			if (bHasSymbol && (Exported.count(Class) || Exported.count(Name)))
 			{
-				std::string Text = Bare(ReadFile(Entry.path()));
-				// The macro's arguments end without a semicolon and stand in nobody's way otherwise.
-				for (size_t At = Text.find("SLATE_BEGIN_ARGS"); At != std::string::npos; At = Text.find("SLATE_BEGIN_ARGS", At))
-				{
-					const size_t End = Text.find("SLATE_END_ARGS()", At);
-					Text.erase(At, End + 16 - At);
-				}
-				Collect(Text, "", Names);
+				Names.insert(Exported.count(Class) ? Class + "::" + Name : Name);
 			}
 		}
 		return Names;
@@ -221,19 +76,12 @@ namespace
 	{
 		const std::string Library = fs::path(VELMORA_PROGRAM).parent_path() / "libVelmoraUI.so";
 		std::vector<std::string> Names;
-		FILE* Pipe = popen(("nm -D -C --defined-only '" + Library + "'").c_str(), "r");
-		char Line[8192];
-		while (Pipe && fgets(Line, sizeof(Line), Pipe))
+		for (const std::string& Line : RunForLines("nm -D -C --defined-only '" + Library + "'"))
 		{
-			const std::string Text(Line);
-			if (Text.size() > 19)
+			if (Line.size() > 19)
 			{
-				Names.push_back(Text.substr(19, Text.find('\n') - 19));
+				Names.push_back(Line.substr(19));
 			}
-		}
-		if (Pipe)
-		{
-			pclose(Pipe);
 		}
 		return Names;
 	}
@@ -326,14 +174,8 @@ TEST(PluginFace, ThePackageHoldsWhatTheEditorReads)
 	const fs::path Root = VELMORA_SOURCE_DIR;
 	const fs::path Archive = fs::temp_directory_path() / ("velmora-plugin-" + std::to_string(getpid()) + ".zip");
 	ASSERT_EQ(std::system(("'" + (Root / "Scripts/make-plugin").native() + "' '" + Archive.native() + "' >/dev/null").c_str()), 0);
-	std::set<std::string> Packed;
-	FILE* const Pipe = popen(("cmake -E tar tf '" + Archive.native() + "'").c_str(), "r");
-	ASSERT_NE(Pipe, nullptr);
-	for (char Line[1024]; fgets(Line, sizeof(Line), Pipe);)
-	{
-		Packed.insert(std::string(Line, strcspn(Line, "\n")));
-	}
-	pclose(Pipe);
+	const std::vector<std::string> Listed = RunForLines("cmake -E tar tf '" + Archive.native() + "'");
+	const std::set<std::string> Packed(Listed.begin(), Listed.end());
 	fs::remove(Archive);
 
 	// Every file of the module, the description, and each icon in the form that is drawn.

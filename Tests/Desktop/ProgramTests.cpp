@@ -24,7 +24,10 @@ TEST(Program, HelpVersionAndWrongOptions)
 		{ { "--draft=1" }, 2, "", "--draft takes no value" },
 		{ { "--HEADLESS" }, 2, "", "Unknown option \"--HEADLESS\"" },
 		{ { "--set", "a=b=c", "--prompt" }, 2, "", "--prompt needs a value" },
-		{ { "--set", "=b" }, 2, "", "--set wants NAME=VALUE" },
+		{ { "--set", "=b" }, 2, "", "--set wants NAME=VALUE, not \"=b\"." },
+		{ { "--set", "name" }, 2, "", "--set wants NAME=VALUE, not \"name\"." },
+		{ { "--set", "nothing.there=1", "--headless" }, 2, "", "There is no console variable or command \"nothing.there\"." },
+		{ { "--set", "velmora.ConversationHistoryRefresh.ForceSync=maybe", "--headless" }, 2, "", "takes a whole number, not \"maybe\"." },
 		{ { "--prompt", "" }, 2, "", "--prompt wants a text" },
 		{ { "--size", "12" }, 2, "", "1280x800" },
 		{ { "--size", "0x5" }, 2, "", "1280x800" },
@@ -63,15 +66,6 @@ TEST(Program, AnswersAPromptAboutTheRealProject)
 	{
 		EXPECT_TRUE(Contains(Json, Part)) << Part << "\n" << Json;
 	}
-}
-
-TEST(Program, SaysThatNothingWasFound)
-{
-	const FRandomProject Project;
-	const FRun Run = RunProgram({ "--headless", "--project", Project.Folder.string(), "--prompt", "find zz" + Project.Symbol });
-	EXPECT_EQ(Run.ExitCode, 0) << Run.Error;
-	EXPECT_FALSE(Contains(Run.Output, Project.File)) << Run.Output;
-	EXPECT_TRUE(Contains(Run.Output, "zz" + Project.Symbol)) << Run.Output;
 }
 
 TEST(Program, ReadsPromptsLineByLineWithoutADisplay)

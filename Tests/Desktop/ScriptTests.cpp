@@ -127,14 +127,6 @@ TEST(Script, ListsBothWhenANameIsNotClear)
 	EXPECT_TRUE(Contains(Run.Error, "; STextBlock at ")) << Run.Error;
 }
 
-TEST(Script, PicksAModeFromTheList)
-{
-	const FRandomProject Project;
-	const FRun Run = RunScript(Project, "click #ModeComboBox\ntick 10\nclick Advisor\ntick 10\ndump mode.json\n");
-	EXPECT_EQ(Run.ExitCode, 0) << Run.Error;
-	EXPECT_TRUE(Contains(FindControl(ReadFile(Project.Path("mode.json")), "ModeComboBox"), "\"text\": \"Advisor\""));
-}
-
 TEST(Script, PausesContinuesAndCancels)
 {
 	const FRandomProject Project;

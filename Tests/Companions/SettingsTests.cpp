@@ -1,15 +1,11 @@
-#include "Agent/AgentStateObserver.h"
 #include "Misc/ConfigCacheIni.h"
 #include "Settings/VelmoraSettings.h"
 #include "Support/Base/Printers.h"
-#include "Support/TestAgent.h"
 #include "UObject/UObjectGlobals.h"
 
 #include <gtest/gtest.h>
 #include <string>
 #include <vector>
-
-using Velmora::EConversationState;
 
 TEST(SettingsTests, ValuesSurviveSavingAndLoading)
 {
@@ -56,41 +52,4 @@ TEST(SettingsTests, AnUnknownModeMeansGeneral)
 		Settings->LoadConfig();
 		EXPECT_EQ(Settings->DefaultConversationMode, 3);
 	}
-}
-
-TEST(AgentStateObserverTests, AnswersFollowTheState)
-{
-	struct FCase
-	{
-		EConversationState State;
-		bool bAccepts;
-		bool bBusy;
-	};
-	const FCase Cases[] = {
-		{ EConversationState::NotStarted, true, false },
-		{ EConversationState::Initializing, false, true },
-		{ EConversationState::Ready, true, false },
-		{ EConversationState::Thinking, false, true },
-		{ EConversationState::ExecutingTools, false, true },
-		{ EConversationState::AwaitingInput, true, false },
-		{ EConversationState::Paused, false, false },
-		{ EConversationState::Completed, true, false },
-		{ EConversationState::Cancelled, true, false },
-		{ EConversationState::Error, true, false },
-	};
-	const TSharedRef<FTestAgent> Agent = MakeShared<FTestAgent>();
-	const Velmora::FAgentStateObserver Observer(Agent);
-	for (const FCase& Case : Cases)
-	{
-		SCOPED_TRACE(static_cast<int>(Case.State));
-		Agent->State = Case.State;
-		Agent->Metadata.Reset();
-		EXPECT_FALSE(Observer.CanAcceptMessage());
-		Agent->HoldConversation(TEXT("c"));
-		EXPECT_EQ(Observer.CanAcceptMessage(), Case.bAccepts);
-		EXPECT_EQ(Observer.IsBusy(), Case.bBusy);
-	}
-	const Velmora::FAgentStateObserver Nobody(nullptr);
-	EXPECT_FALSE(Nobody.CanAcceptMessage());
-	EXPECT_FALSE(Nobody.IsBusy());
 }
