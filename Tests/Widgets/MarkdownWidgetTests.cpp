@@ -107,16 +107,6 @@ TEST_F(FMarkdownWidgetTest, TablesLeaveOutTheSeparatorAndMoveCellsLeft)
 		"]]\n");
 }
 
-TEST_F(FMarkdownWidgetTest, ColumnsAreAlignedByTheirWords)
-{
-	Show(Make(TEXT("| A | B | C |\n|:--|:-:|--:|\n| l | c | r |")));
-	const float Column = GetRect(*FindByText("A")).Left;
-	EXPECT_EQ(GetRect(*FindByText("l")).Left, Column);
-	EXPECT_NEAR(GetCenter(FindByText("c")).X, 640.0, 2.0);
-	EXPECT_EQ(GetRect(*FindByText("r")).Right, GetRect(*FindByText("C")).Right);
-	EXPECT_GT(GetRect(*FindByText("r")).Right, 1200.0f);
-}
-
 TEST_F(FMarkdownWidgetTest, CodeBlocksShowEveryLineWithItsIndentation)
 {
 	Show(Make(TEXT("```sh\nif x:\r\n\tdo()\n\n  y\n```")));
@@ -243,15 +233,6 @@ TEST_F(FMarkdownWidgetTest, CodeNeverWrapsAndScrollsSideways)
 	EXPECT_LT(Line.Bottom - Line.Top, 30.0f);
 }
 
-TEST_F(FMarkdownWidgetTest, CopyTakesTheWholeCode)
-{
-	Show(Make(TEXT("```cpp\nint X;\n\tint Y;\n```")));
-	Click(FindByToolTip("Copy code to clipboard"));
-	FString Copied;
-	FPlatformApplicationMisc::ClipboardPaste(Copied);
-	EXPECT_EQ(Utf8(Copied), "int X;\n\tint Y;\n");
-}
-
 TEST_F(FMarkdownWidgetTest, TasksAreDisplaysAndNotInputs)
 {
 	Show(Make(TEXT("- [x] done\n- [ ] open")));
@@ -262,13 +243,6 @@ TEST_F(FMarkdownWidgetTest, TasksAreDisplaysAndNotInputs)
 	Click(Boxes[1]);
 	EXPECT_EQ(StaticCastSharedRef<SCheckBox>(Boxes[1])->IsChecked(), false);
 	EXPECT_FALSE(Boxes[1]->IsEnabled());
-}
-
-TEST_F(FMarkdownWidgetTest, ListLevelsMoveRight)
-{
-	Show(Make(TEXT("- a\n  - b")));
-	const float First = GetRect(*FindByText("a")).Left;
-	EXPECT_EQ(GetRect(*FindByText("b")).Left - First, 20.0f);
 }
 
 TEST_F(FMarkdownWidgetTest, SectionsOpenAndTheirLinesJoin)
@@ -384,14 +358,6 @@ TEST_F(FMarkdownWidgetTest, AssetLinksOpenTheAssetInTheEditor)
 	FHostEditor::ShutDown();
 	FHostPaths::SetProjectDir(OldProject);
 	EXPECT_EQ(LaunchedTargets(), "");
-}
-
-TEST_F(FMarkdownWidgetTest, AClickOnALinkOpensIt)
-{
-	Show(Make(TEXT("see [the page](http://a.b/c)")));
-	const TSharedRef<SWidget> Link = FindByToolTip("Open: http://a.b/c");
-	Click(Link);
-	EXPECT_EQ(LaunchedTargets(), "url http://a.b/c\n");
 }
 
 TEST_F(FMarkdownWidgetTest, InlineCodeCanBeSelectedAndCopied)
