@@ -83,9 +83,8 @@ namespace
 	}
 	BENCHMARK(MemoryOfMessages)->Arg(1000)->Arg(10000)->Iterations(1)->Unit(benchmark::kMillisecond);
 
-	void OpenConversation(benchmark::State& State)
+	void OpenMessages(benchmark::State& State, const TArray<TSharedPtr<FChatMessage>>& Messages)
 	{
-		const TArray<TSharedPtr<FChatMessage>> Messages = FRecordedMix::MakeMany(static_cast<int32>(State.range(0)));
 		for (auto _ : State)
 		{
 			FHeadlessApplication Application;
@@ -99,6 +98,11 @@ namespace
 			State.SetIterationTime(FHeadlessApplication::GetThreadSeconds() - Start);
 		}
 	}
+
+	void OpenConversation(benchmark::State& State)
+	{
+		OpenMessages(State, FRecordedMix::MakeMany(static_cast<int32>(State.range(0))));
+	}
 	BENCHMARK(OpenConversation)->Arg(20)->Arg(1000)->Arg(10000)->UseManualTime()->Unit(benchmark::kMillisecond);
 
 	/** Answers of 1,500 characters each. */
@@ -109,17 +113,7 @@ namespace
 		{
 			Messages.Add(FChatMessage::CreateAIMessage(FRecordedMix::MakeWords(1500, Index), false));
 		}
-		for (auto _ : State)
-		{
-			FHeadlessApplication Application;
-			const double Start = FHeadlessApplication::GetThreadSeconds();
-			Application.Show(SNew(SMessageList).Messages(Messages));
-			for (int32 Frame = 0; Frame < 4; ++Frame)
-			{
-				Application.PumpFrame();
-			}
-			State.SetIterationTime(FHeadlessApplication::GetThreadSeconds() - Start);
-		}
+		OpenMessages(State, Messages);
 	}
 	BENCHMARK(OpenLongAnswers)->Arg(1000)->UseManualTime()->Unit(benchmark::kMillisecond);
 

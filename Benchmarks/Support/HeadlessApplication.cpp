@@ -6,11 +6,14 @@
 #include "Style/VelmoraUIStyles.h"
 #include "Support/Base/PinnedFonts.h"
 
+#include <algorithm>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
 #include <filesystem>
 #include <malloc.h>
+#include <thread>
 #include <unistd.h>
 
 namespace
@@ -130,4 +133,14 @@ double FHeadlessApplication::GetResidentBytes()
 		std::fclose(File);
 	}
 	return static_cast<double>(Resident) * static_cast<double>(sysconf(_SC_PAGESIZE));
+}
+
+void FPacedFrames::Pump(FHeadlessApplication& Application)
+{
+	using FClock = std::chrono::steady_clock;
+	const FClock::time_point Start = FClock::now();
+	Application.PumpFrame();
+	WorstMilliseconds = std::max(WorstMilliseconds, std::chrono::duration<double, std::milli>(FClock::now() - Start).count());
+	++Count;
+	std::this_thread::sleep_until(Start + std::chrono::microseconds(16667));
 }

@@ -31,3 +31,12 @@ public:
 private:
 	TUniquePtr<FHostSession> Session;
 };
+
+/** Frames of 1/60 s of real time beside work on other threads. */
+struct FPacedFrames
+{
+	void Pump(FHeadlessApplication& Application);
+
+	int64 Count = 0;
+	double WorstMilliseconds = 0.0;
+};
