@@ -6,6 +6,7 @@
 #include "Framework/Commands/UICommandList.h"
 #include "Framework/MultiBox/MultiBoxBuilder.h"
 #include "Host/AgentQuestions.h"
+#include "LastMessage.h"
 #include "QuestionToasts.h"
 
 #define LOCTEXT_NAMESPACE "AgentMenus"
@@ -27,7 +28,18 @@ void FAgentMenus::MapCommands(FUICommandList& Commands)
 	MapAnswer(Commands, Known.AllowOnce, EAgentAnswer::AllowOnce);
 	MapAnswer(Commands, Known.AllowAlways, EAgentAnswer::AllowAlways);
 	MapAnswer(Commands, Known.RefuseQuestion, EAgentAnswer::Refuse);
+	const FCanExecuteAction CanTakeBack = FCanExecuteAction::CreateStatic(&FLastMessageCommands::CanTakeBack);
+	Commands.MapAction(Known.SendAgain, FExecuteAction::CreateStatic(&FLastMessageCommands::SendAgain), CanTakeBack);
+	Commands.MapAction(Known.EditLast, FExecuteAction::CreateStatic(&FLastMessageCommands::Edit), CanTakeBack);
 	Commands.MapAction(Known.Permissions, FExecuteAction::CreateLambda([] { FAgentPages::Show(FAgentPages::GetPermissionsName()); }));
+}
+
+void FAgentMenus::BuildEditSection(FMenuBuilder& Builder)
+{
+	Builder.BeginSection("EditMessage", LOCTEXT("MessageSection", "Last Message"));
+	Builder.AddMenuEntry(FEditorFrameCommands::Get().SendAgain);
+	Builder.AddMenuEntry(FEditorFrameCommands::Get().EditLast);
+	Builder.EndSection();
 }
 
 void FAgentMenus::BuildToolsSection(FMenuBuilder& Builder)

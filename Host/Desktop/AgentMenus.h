@@ -13,6 +13,9 @@ public:
 	/** Makes the commands of the agent do what they say. */
 	static void MapCommands(FUICommandList& Commands);
 
+	/** In the menu Edit. */
+	static void BuildEditSection(FMenuBuilder& Builder);
+
 	/** In the menu Tools. */
 	static void BuildToolsSection(FMenuBuilder& Builder);
 };

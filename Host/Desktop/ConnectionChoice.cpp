@@ -17,6 +17,7 @@ namespace
 	{
 		if (!Options.Server.IsEmpty())
 		{
+			// Stored nowhere: the address is all there is to call it by.
 			OutConnection.Name = Options.Server;
 			OutConnection.Url = Options.Server;
 			OutConnection.KeyVariable = ServerKeyVariable;
@@ -87,6 +88,7 @@ int32 ConnectionChoice::List(const FDesktopOptions& Options)
 				Connection.Name + TEXT("  ") + Connection.Url + (Connection.Model.IsEmpty() ? FString() : TEXT("  ") + Connection.Model));
 		}
 	}
+	// What could be listed is printed, whatever went wrong after it.
 	for (const FString& Line : Lines)
 	{
 		PrintToStandardOutput(Line + TEXT("\n"));

@@ -6,6 +6,7 @@
 
 namespace
 {
+	/** Bytes as they are: no locale has a say in what a program prints. */
 	void PrintTo(FILE* Stream, const FString& Text)
 	{
 		const FTCHARToUTF8 Bytes(*Text, Text.Len());
@@ -26,6 +27,7 @@ void PrintToStandardError(const FString& Text)
 
 FString FConversationPrinter::GetToolLabel(const FChatMessage& Tool)
 {
+	// As the row in the window reads, so that both can be compared.
 	if (Tool.ToolActionVerb.IsEmpty())
 	{
 		return Tool.ToolDisplayName;
@@ -44,6 +46,7 @@ FString FConversationPrinter::DescribeTool(const FChatMessage& Tool)
 
 void FConversationPrinter::Begin(const TArray<TSharedPtr<FChatMessage>>& Messages)
 {
+	// By address: messages have no other identity, and are kept while they are in the list.
 	Printed.Reset();
 	Failure.Reset();
 	AnswerCount = 0;
@@ -63,6 +66,7 @@ void FConversationPrinter::PrintNew(const TArray<TSharedPtr<FChatMessage>>& Mess
 	{
 		for (const TSharedPtr<FChatMessage>& Tool : Message->ToolExecutions)
 		{
+			// Once it has ended: its line says how.
 			if (!Tool->IsToolRunning() && !Printed.Contains(Tool.Get()))
 			{
 				Printed.Add(Tool.Get());
@@ -76,6 +80,7 @@ void FConversationPrinter::PrintNew(const TArray<TSharedPtr<FChatMessage>>& Mess
 		Printed.Add(Message.Get());
 		if (Message->IsAIMessage())
 		{
+			// A blank line between two answers keeps Markdown from running them together.
 			PrintToStandardOutput(AnswerCount > 0 ? TEXT("\n") + Message->Content : Message->Content);
 			PrintToStandardOutput(Message->Content.EndsWith(TEXT("\n")) ? TEXT("") : TEXT("\n"));
 			++AnswerCount;
@@ -83,6 +88,7 @@ void FConversationPrinter::PrintNew(const TArray<TSharedPtr<FChatMessage>>& Mess
 		else if (Message->Type == EChatMessageType::System)
 		{
 			PrintToStandardError(Message->Content + TEXT("\n"));
+			// The window tells failures as notes of the system; these beginnings are how one knows them.
 			if (Failure.IsEmpty() && (Message->Content.StartsWith(TEXT("Error: ")) || Message->Content.StartsWith(TEXT("Failed to "))))
 			{
 				Failure = Message->Content;

@@ -185,6 +185,7 @@ bool FDesktopProgram::WriteOutputs()
 	{
 		return true;
 	}
+	// Rows fade in; a picture of the first frame would show half of them.
 	const double End = FPlatformTime::Seconds() + SettleSeconds;
 	RunFramesUntil([End]() { return FPlatformTime::Seconds() >= End; }, SettleSeconds * 2.0);
 	bool bWritten = true;
@@ -223,6 +224,7 @@ bool FDesktopProgram::LoadScript()
 
 int32 FDesktopProgram::RunScript()
 {
+	// Dialogs wait for a step while a script runs, instead of taking No at once.
 	FHostDialogs::SetAnswering(true);
 	bScriptRuns = true;
 	RunFramesUntil([this]() { return Script->IsFinished(); }, 1e9);
@@ -242,6 +244,7 @@ int32 FDesktopProgram::RunScript()
 
 int32 FDesktopProgram::RunActions()
 {
+	// What follows is done even if the prompt failed: its picture and dump say why.
 	int32 Result = !Options.Prompt.IsSet() || Answer(Options.Prompt.GetValue()) ? 0 : 1;
 	if (Script)
 	{
@@ -252,6 +255,7 @@ int32 FDesktopProgram::RunActions()
 
 int32 FDesktopProgram::RunWindow()
 {
+	// Opened before the first frame: what cannot be written is reported while somebody still reads the terminal.
 	FFrameLog Frames;
 	if (!Options.FramesFile.IsEmpty() && !Frames.Open(MakeAbsolute(Options.FramesFile)))
 	{
@@ -270,6 +274,7 @@ int32 FDesktopProgram::RunWindow()
 
 int32 FDesktopProgram::RunLines()
 {
+	// One prompt after the other: what comes meanwhile waits in the pipe.
 	FStandardInput Input;
 	FString Line;
 	bool bAllAnswered = true;

@@ -27,6 +27,7 @@ namespace
 	{
 		const std::string Name = HostFileNameToBytes(Path + TEXT(".lock"));
 		const int Handle = open(Name.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0600);
+		// The lock file stays: to delete one that another program is about to lock would give both the same draft.
 		bOutIsPossible = Handle >= 0;
 		if (Handle >= 0 && flock(Handle, LOCK_EX | LOCK_NB) != 0)
 		{
@@ -41,16 +42,19 @@ FDraftFile::FDraftFile(const FString& Path)
 	: Own(Path)
 {
 	bool bIsPossible = Velmora::MakePrivateFolder(FPaths::GetPath(Path)).IsDone();
+	// 1. The first file that no other program holds.
 	for (int32 Number = 1; Number <= MaxPrograms && bIsPossible && Lock < 0; ++Number)
 	{
 		Own = MakeDraftPath(Path, Number);
 		Lock = TryLock(Own, bIsPossible);
 	}
+	// 2. Where no lock can be had, all share the first one: better than no draft.
 	if (Lock < 0)
 	{
 		Own = Path;
 		return;
 	}
+	// 3. A draft that a program left which is no more is taken over, if there is none of our own.
 	for (int32 Number = 1; Number <= MaxPrograms && HostGetPathKind(Own) == EHostPathKind::Missing; ++Number)
 	{
 		const FString Other = MakeDraftPath(Path, Number);

@@ -50,6 +50,7 @@ FDraftKeeper::FDraftKeeper(const FString& InPath)
 
 FDraftKeeper::~FDraftKeeper()
 {
+	// The box may have changed since the last look.
 	FTSTicker::RemoveTicker(Ticker);
 	Look();
 	Finish();
@@ -74,6 +75,7 @@ void FDraftKeeper::StartLooking()
 
 void FDraftKeeper::NoteTurn()
 {
+	// Without a frame no text has changed, and a program at rest must not wake up four times a second.
 	if (!Ticker.IsValid() && CountFrames() != SeenFrames)
 	{
 		StartLooking();
@@ -125,6 +127,7 @@ void FDraftKeeper::Restore(SHostTextWidget& NewBox)
 
 void FDraftKeeper::Look()
 {
+	// The whole text is compared by identity and copied by reference: it may be megabytes long.
 	const TSharedPtr<SHostTextWidget> Found = FindBox();
 	if (!Found)
 	{

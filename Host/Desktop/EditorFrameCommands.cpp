@@ -34,6 +34,11 @@ void FEditorFrameCommands::RegisterCommands()
 		EUserInterfaceActionType::Button, FInputChord(EKeys::F8, true, false));
 	UI_COMMAND(
 		RefuseQuestion, "Refuse", "The agent goes on without it", EUserInterfaceActionType::Button, FInputChord(EKeys::F8, false, true));
+	// Without keys: each takes something back.
+	UI_COMMAND(SendAgain, "Send Last Message Again", "Undo to your last message and send it once more", EUserInterfaceActionType::Button,
+		FInputChord());
+	UI_COMMAND(EditLast, "Edit Last Message", "Undo to your last message and put it back into the box", EUserInterfaceActionType::Button,
+		FInputChord());
 	UI_COMMAND(Permissions, "Permissions", "Show what the agent may do in this project without asking", EUserInterfaceActionType::Button,
 		FInputChord());
 	UI_COMMAND(UserGuide, "User Guide", "Open the user guide", EUserInterfaceActionType::Button, FInputChord(EKeys::F1));

@@ -25,6 +25,8 @@ public:
 	TSharedPtr<FUICommandInfo> AllowAlways;
 	TSharedPtr<FUICommandInfo> RefuseQuestion;
 	TSharedPtr<FUICommandInfo> Permissions;
+	TSharedPtr<FUICommandInfo> SendAgain;
+	TSharedPtr<FUICommandInfo> EditLast;
 	TSharedPtr<FUICommandInfo> UserGuide;
 	TSharedPtr<FUICommandInfo> About;
 };

@@ -50,6 +50,7 @@ void FEditorServices::Install()
 {
 	FHostEditor::StartUp();
 	FHostEditor::SetOpenSourceHook([](const FHostOpenedSource& Source) { return Open(FHostLaunchRequest::EKind::Source, Source.Path); });
+	// In the editor nothing would happen; here a user has clicked on something and wants to know.
 	FHostEditor::SetMissingSourceHook([](const FString& Path) { FProblemToasts::Tell(Path + TEXT(" does not exist.")); });
 	FHostEditor::SetOpenAssetHook([](UObject* Asset) { return OpenAssetFile(*Asset); });
 }

@@ -27,6 +27,7 @@ FString MakeAbsolute(const FString& Path)
 
 float GetEnvironmentScale()
 {
+	// X11 tells no scale, and this is the variable that desktops set for programs like this one.
 	const char* Text = getenv("GDK_SCALE");
 	const double Value = Text ? strtod(Text, nullptr) : 1.0;
 	return Value >= 0.5 && Value <= 4.0 ? static_cast<float>(Value) : 1.0f;
@@ -34,6 +35,7 @@ float GetEnvironmentScale()
 
 FString GetUserDataFolder()
 {
+	// A relative path there counts as none, by the convention that made the variable.
 	const char* Data = getenv("XDG_DATA_HOME");
 	if (Data && Data[0] == '/')
 	{

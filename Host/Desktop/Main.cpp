@@ -18,6 +18,7 @@ int main(int ArgumentCount, char** Arguments)
 		// File names among the arguments keep bytes that are no text.
 		Words.Add(HostFileNameFromBytes(Arguments[Index]));
 	}
+	// A wrong option ends the run before anything of the user's is opened.
 	FDesktopOptions Options;
 	const FString Complaint = Options.Parse(Words);
 	if (!Complaint.IsEmpty())

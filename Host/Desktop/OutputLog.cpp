@@ -6,6 +6,7 @@
 
 namespace
 {
+	/** Lines come from any thread, and Slate may be asleep. */
 	void WakeForLog()
 	{
 		AsyncTask(ENamedThreads::GameThread,
@@ -18,6 +19,7 @@ namespace
 			});
 	}
 
+	/** Category and verbosity alone, which a line of several lines has only once. */
 	FString MakePrefix(const FHostLogLine& Line)
 	{
 		FHostLogLine Head;
@@ -34,11 +36,13 @@ FOutputLog::FOutputLog()
 		[this](const FHostLogLine& Line)
 		{
 			const std::lock_guard<std::mutex> Lock(WaitingMutex);
+			// Nobody takes them over while the game thread is held up; memory stays bounded all the same.
 			if (Waiting.Num() >= MaxLines)
 			{
 				Waiting.RemoveAt(0, MaxLines / 10);
 			}
 			Waiting.Add(Line);
+			// One wake a batch: a flood of lines must not become a flood of tasks.
 			if (bIsWatched.exchange(false))
 			{
 				WakeForLog();
@@ -97,6 +101,7 @@ void FOutputLog::Append(const FString& Prefix, const FString& Text, ELogVerbosit
 			Part = Part.Left(MaxLineLength) + FString::Printf(TEXT("\u2026 (%d more characters)"), Part.Len() - MaxLineLength);
 		}
 		const TSharedRef<FOutputLogLine> Line = MakeShared<FOutputLogLine>();
+		// Further lines stand indented below the first, so that a filter shows them apart.
 		Line->Text = Index == 0 ? Prefix + Part : TEXT("    ") + Part;
 		Line->Verbosity = Verbosity;
 		Line->Number = FirstNumber + Lines.Num();
@@ -108,6 +113,7 @@ void FOutputLog::Trim()
 {
 	if (Lines.Num() > MaxLines)
 	{
+		// A tenth more than needed, or every further line would move the whole array.
 		const int32 Surplus = Lines.Num() - MaxLines + MaxLines / 10;
 		Lines.RemoveAt(0, Surplus);
 		FirstNumber += Surplus;

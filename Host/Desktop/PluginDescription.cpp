@@ -7,6 +7,7 @@
 
 bool ReadPluginDescription(const FString& Path, FPluginDescriptor& OutDescriptor, FString& OutComplaint)
 {
+	// The file is part of what is installed; without it nothing finds the module's resources.
 	FString Text;
 	if (!FFileHelper::LoadFileToString(Text, *Path))
 	{
@@ -20,6 +21,7 @@ bool ReadPluginDescription(const FString& Path, FPluginDescriptor& OutDescriptor
 		OutComplaint = FString::Printf(TEXT("The plug-in's description \"%s\" is no JSON object."), *Path);
 		return false;
 	}
+	// Fields that are missing keep their defaults, as the editor takes them.
 	Object->TryGetNumberField(TEXT("Version"), OutDescriptor.Version);
 	Object->TryGetStringField(TEXT("VersionName"), OutDescriptor.VersionName);
 	Object->TryGetStringField(TEXT("FriendlyName"), OutDescriptor.FriendlyName);

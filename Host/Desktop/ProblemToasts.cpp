@@ -18,6 +18,7 @@ namespace
 
 	void ShowProblem(const FString& Sentence)
 	{
+		// Nobody sees the toasts of a run without a window.
 		if (bPrintsProblems)
 		{
 			PrintToStandardError(TEXT("velmora: ") + Sentence + TEXT("\n"));

@@ -25,6 +25,17 @@ void FPromptBox::Clear()
 	}
 }
 
+void FPromptBox::PutBefore(const FString& Text)
+{
+	if (const TSharedPtr<SWidget> Box = FindPromptBox())
+	{
+		SMultiLineEditableTextBox& Edited = static_cast<SMultiLineEditableTextBox&>(*Box);
+		const FString Draft = Edited.GetText().ToString();
+		Edited.SetText(FText::FromString(Draft.IsEmpty() ? Text : Text + TEXT("\n") + Draft));
+		Edited.GoTo(ETextLocation::EndOfDocument);
+	}
+}
+
 void FPromptBox::TypeAndSend(const FString& Text)
 {
 	Focus();

@@ -14,6 +14,9 @@ namespace
 	/** Subjects beyond this are shown whole in the conversation only. */
 	constexpr int32 MaxShownSubject = 120;
 
+	/** Three answers need more room than other toasts have. */
+	constexpr float QuestionToastWidth = 392.0f;
+
 	TWeakPtr<SNotificationItem> QuestionToast;
 
 	/** What the keys and the menu answer: no id while nothing is asked. */
@@ -41,10 +44,13 @@ namespace
 			Question.Subject.Len() > MaxShownSubject ? Question.Subject.Left(MaxShownSubject) + TEXT("\u2026") : Question.Subject;
 		FNotificationInfo Info(FText::Format(LOCTEXT("Question", "The agent asks: {0} {1}\nThe conversation shows what it would do."),
 			FText::FromString(Question.Tool), FText::FromString(Subject)));
+		// It stays until the question is answered, wherever that happens.
 		Info.bFireAndForget = false;
 		Info.bUseThrobber = false;
+		Info.WidthOverride = QuestionToastWidth;
 		Info.ButtonDetails.Add(MakeAnswer(Question.Id, EAgentAnswer::AllowOnce, LOCTEXT("AllowOnce", "Allow once"),
 			LOCTEXT("AllowOnceTip", "Let the agent do this, this time (F8)")));
+		// A question about this turn alone (how many rounds, how many tokens) can make no rule.
 		if (Question.bMayBeRemembered)
 		{
 			Info.ButtonDetails.Add(MakeAnswer(Question.Id, EAgentAnswer::AllowAlways, LOCTEXT("AllowAlways", "Always in this project"),

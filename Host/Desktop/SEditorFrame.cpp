@@ -35,6 +35,7 @@ namespace
 		return FSlateIcon(FAppStyle::GetAppStyleSetName(), Name);
 	}
 
+	/** What a spawner says of itself; a click opens its tab or brings it to the front. */
 	void AddTabEntry(FMenuBuilder& Builder, const TSharedRef<FTabSpawnerEntry>& Spawner)
 	{
 		if (Spawner->GetMenuType() != ETabSpawnerMenuType::Hidden)
@@ -143,6 +144,7 @@ void SEditorFrame::MapCommands()
 	const FEditorFrameCommands& Commands = FEditorFrameCommands::Get();
 	CommandList->MapAction(
 		Commands.Exit, FExecuteAction::CreateLambda([] { FSlateApplication::Get().GetMessageHandler().OnCloseRequested(); }));
+	// What the Edit menu does goes to the text that has the keyboard, or had it when the menu was opened.
 	MapTextCommand(Commands.Undo, &SHostTextWidget::Undo, [](const SHostTextWidget& Text) { return Text.CanUndo() && !Text.IsReadOnly(); });
 	MapTextCommand(Commands.Redo, &SHostTextWidget::Redo, [](const SHostTextWidget& Text) { return Text.CanRedo() && !Text.IsReadOnly(); });
 	MapTextCommand(Commands.Cut, &SHostTextWidget::CutSelectedText,
@@ -196,6 +198,7 @@ TSharedRef<SWidget> SEditorFrame::MakeMenuBar()
 		FText Label;
 		void (SEditorFrame::*Build)(FMenuBuilder&);
 	};
+	// One row a menu, in the order of the bar.
 	const FMenuRow Menus[] = {
 		{ LOCTEXT("FileMenu", "File"), &SEditorFrame::BuildFileMenu },
 		{ LOCTEXT("EditMenu", "Edit"), &SEditorFrame::BuildEditMenu },
@@ -271,6 +274,7 @@ void SEditorFrame::BuildEditMenu(FMenuBuilder& Builder)
 	Builder.AddMenuEntry(Commands.Paste, NAME_None, TAttribute<FText>(), TAttribute<FText>(), GetFrameIcon(TEXT("Icons.Paste")));
 	Builder.AddMenuEntry(Commands.SelectAll);
 	Builder.EndSection();
+	FAgentMenus::BuildEditSection(Builder);
 }
 
 void SEditorFrame::BuildWindowMenu(FMenuBuilder& Builder)
@@ -318,6 +322,7 @@ void SEditorFrame::BuildHelpMenu(FMenuBuilder& Builder)
 
 TSharedPtr<SHostTextWidget> SEditorFrame::GetFocusedText()
 {
+	// By what it is and not by its type's name: every text widget is one of these.
 	const TSharedPtr<SWidget> Focused = FSlateApplication::Get().GetKeyboardFocusedWidget();
 	return dynamic_cast<SHostTextWidget*>(Focused.Get()) ? StaticCastSharedPtr<SHostTextWidget>(Focused) : nullptr;
 }

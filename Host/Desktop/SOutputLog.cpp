@@ -159,6 +159,7 @@ float SOutputLog::GetWrapWidth() const
 void SOutputLog::Tick(const FGeometry& AllottedGeometry, const double InCurrentTime, const float InDeltaTime)
 {
 	SCompoundWidget::Tick(AllottedGeometry, InCurrentTime, InDeltaTime);
+	// Asked before the new lines: behind them the end is elsewhere.
 	const bool bFollow = List->IsAtBottom();
 	Log->Update();
 	GoOnFiltering();
@@ -196,12 +197,14 @@ void SOutputLog::GoOnFiltering()
 		return;
 	}
 	const int64 First = Log->GetFirstNumber();
+	// 1. What the log has dropped goes from the matches too.
 	int32 Gone = 0;
 	while (Gone < Matching.Num() && Matching[Gone]->Number < First)
 	{
 		++Gone;
 	}
 	Matching.RemoveAt(0, Gone);
+	// 2. So many lines further.
 	NextNumber = FMath::Max(NextNumber, First);
 	const TArray<FLine>& Lines = Log->GetLines();
 	const int64 End = FMath::Min(First + Lines.Num(), NextNumber + LinesFilteredAFrame);
@@ -254,6 +257,7 @@ void SOutputLog::OnConsoleCommitted(const FText& Text, ETextCommit::Type Type)
 	{
 		return;
 	}
+	// A line that is given again moves to the end of the history instead of standing there twice.
 	Commands.Remove(Line);
 	Commands.Add(Line);
 	RecalledCommand = Commands.Num();

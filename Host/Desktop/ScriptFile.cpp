@@ -6,6 +6,7 @@
 
 namespace
 {
+	// Bounds beyond which a number is a slip of the pen: a day, the largest window, a wheel for a long list, hours of frames.
 	constexpr double MaxSeconds = 86400.0;
 	constexpr double MaxPixels = 16384.0;
 	constexpr double MaxNotches = 10000.0;
@@ -38,6 +39,7 @@ namespace
 		const TCHAR* Help;
 	};
 
+	// Longer words come before their beginnings ("answer file" before "answer"): the first row that fits is taken.
 	constexpr FScriptVerbRow ScriptVerbs[] = {
 		{ TEXT("type"), EScriptVerb::Type, EScriptArguments::Escaped, TEXT("type TEXT"),
 			TEXT("types the rest of the line; \\n is Enter, \\t is Tab, \\\\ a backslash") },
@@ -78,6 +80,7 @@ namespace
 		const TCHAR* Name;
 	};
 
+	// As keyboards are lettered, beside the engine's names for the keys.
 	constexpr FKeyAlias KeyAliases[] = {
 		{ TEXT("ESC"), TEXT("Escape") },
 		{ TEXT("RETURN"), TEXT("Enter") },
@@ -135,6 +138,7 @@ namespace
 		{
 			return false;
 		}
+		// Digits were asked for before, so no text counts as zero.
 		OutValue = FCString::Atod(*Text);
 		return OutValue >= Min && OutValue <= Max && (!bWhole || static_cast<double>(static_cast<int64>(OutValue)) == OutValue);
 	}
@@ -148,6 +152,7 @@ namespace
 				Out.AppendChar(Text[Index]);
 				continue;
 			}
+			// An escape that means nothing is a mistake worth a line number, not a backslash.
 			const TCHAR Letter = ++Index < Text.Len() ? Text[Index] : TEXT('\0');
 			if (Letter != TEXT('n') && Letter != TEXT('t') && Letter != TEXT('\\'))
 			{
@@ -194,6 +199,7 @@ namespace
 			return !Rest.IsEmpty();
 		case EScriptArguments::NameAndMove:
 		{
+			// From the end: a name may hold blanks and numbers itself.
 			const FString Y = TakeLastWord(Rest);
 			const FString X = TakeLastWord(Rest);
 			Step.Text = Rest;
@@ -214,6 +220,7 @@ namespace
 		case EScriptArguments::GateState:
 		{
 			Step.Text = TakeFirstWord(Rest);
+			// No percentage.
 			Step.X = -1.0;
 			TArray<FString> States;
 			Velmora::FUpdateGateControl::GetStateWords().ParseIntoArray(States, TEXT(", "), true);
@@ -252,6 +259,7 @@ bool FScriptFile::ParseChord(const FString& Chord, FKey& OutKey, FModifierKeysSt
 			return false;
 		}
 	}
+	// What is left is the key itself, by its name or as it is lettered.
 	FString Name = Parts.IsEmpty() ? FString() : Parts.Last();
 	for (const FKeyAlias& Row : KeyAliases)
 	{
@@ -302,6 +310,7 @@ FString FScriptFile::Parse(const TArray<FString>& Lines, TArray<FScriptStep>& Ou
 		}
 		OutSteps.Add(MoveTemp(Step));
 	}
+	// Only now: a script with one wrong line does nothing at all.
 	OutErrorLine = 0;
 	return FString();
 }

@@ -19,11 +19,13 @@ namespace
 	constexpr double PictureSeconds = 1.2;
 	constexpr int32 DragMoves = 8;
 
+	/** Where events of the platform enter: what a script does goes the whole way that a user's hand would go. */
 	IHostMessageHandler& GetScriptInput()
 	{
 		return FSlateApplication::Get().GetMessageHandler();
 	}
 
+	/** Window content, popup, toast or dialog: widgets of the same layer have the same root. */
 	TSharedPtr<SWidget> GetLayerRoot(TSharedPtr<SWidget> Widget)
 	{
 		while (Widget && Widget->GetParentWidget())
@@ -36,6 +38,7 @@ namespace
 	/** The text that a key types by itself; empty for one that types nothing. */
 	FString GetTypedText(const FKey& Key, const FModifierKeysState& Modifiers)
 	{
+		// With these a key is a command; a keyboard sends no text for it.
 		if (Modifiers.IsControlDown() || Modifiers.IsAltDown())
 		{
 			return FString();
@@ -44,6 +47,7 @@ namespace
 		{
 			return TEXT(" ");
 		}
+		// Letters are named after themselves; digits and signs come by "type", whose layout is nobody's.
 		const FString Letter = Key.GetFName().ToString();
 		return Letter.Len() == 1 ? (Modifiers.IsShiftDown() ? Letter.ToUpper() : Letter.ToLower()) : FString();
 	}
@@ -58,6 +62,7 @@ FScriptRunner::FScriptRunner(const FString& InName, TArray<FScriptStep>&& InStep
 
 void FScriptRunner::Fail(const FScriptStep& Step, const FString& Sentence)
 {
+	// As compilers say it, so that editors find the line.
 	Error = FString::Printf(TEXT("script %s:%d: %s"), *Name, Step.Line, *Sentence);
 	Finish();
 }
@@ -79,6 +84,7 @@ void FScriptRunner::OnFrame()
 	{
 		return;
 	}
+	// 1. What a step still has to do comes before the next step: press, moves, release, a frame each.
 	if (Pending.Num() > 0)
 	{
 		// Taken out first: it may open a dialog, whose loop comes back here.
@@ -88,11 +94,13 @@ void FScriptRunner::OnFrame()
 		Action();
 		return;
 	}
+	// 2. Frames that a "tick" lets pass.
 	if (FramesLeft > 0)
 	{
 		--FramesLeft;
 		return;
 	}
+	// 3. A dialog holds the program up in a loop of its own, so it is dealt with before steps go on: by one of them, or by No.
 	const int32 OpenDialogs = CountOpenDialogs();
 	const bool bJustOpened = OpenDialogs > SeenDialogs;
 	SeenDialogs = OpenDialogs;
@@ -107,6 +115,7 @@ void FScriptRunner::OnFrame()
 		DismissDialog();
 		return;
 	}
+	// 4. The next step. A wait stays the next one until it is over.
 	if (Next >= Steps.Num())
 	{
 		Finish();
@@ -144,6 +153,7 @@ void FScriptRunner::Begin(const FScriptStep& Step)
 		Point(Step, true);
 		break;
 	case EScriptVerb::Tick:
+		// This frame is the first.
 		FramesLeft = static_cast<int64>(Step.X) - 1;
 		break;
 	case EScriptVerb::Resize:
@@ -169,6 +179,7 @@ void FScriptRunner::Begin(const FScriptStep& Step)
 		break;
 	case EScriptVerb::OpenTab:
 		Host.InvokeTab();
+		// The box takes the keyboard once the tab has been laid out.
 		Pending.Add([this]() { Host.FocusPrompt(); });
 		break;
 	case EScriptVerb::Quit:
@@ -186,6 +197,7 @@ void FScriptRunner::Type(const FString& Text)
 	int32 Start = 0;
 	for (int32 Index = 0; Index <= Text.Len(); ++Index)
 	{
+		// Enter and Tab are keys to every box; only what stands between them is text.
 		const TCHAR Letter = Index < Text.Len() ? Text[Index] : TEXT('\n');
 		if (Letter != TEXT('\n') && Letter != TEXT('\t'))
 		{
@@ -216,12 +228,14 @@ void FScriptRunner::PressKey(const FKey& Key, const FModifierKeysState& Modifier
 
 void FScriptRunner::Point(const FScriptStep& Step, bool bMayScroll)
 {
+	// 1. A place needs no widget.
 	if (const TOptional<FVector2D> Place = FScriptTarget::GetPlace(Step.Text, FSlateApplication::Get().GetWindow().GetPixelSize()))
 	{
 		PointAt(Step, Place.GetValue());
 		return;
 	}
 	FScriptTarget Target;
+	// 2. A widget that is scrolled away is brought into view first, as a user would do without a word.
 	FString Complaint = FScriptTarget::Find(Step.Text, Target.Widget);
 	if (Complaint.IsEmpty() && bMayScroll && !FScriptTarget::GetVisiblePoint(*Target.Widget).IsSet() &&
 		FScriptTarget::BringIntoView(Target.Widget.ToSharedRef()))
@@ -231,6 +245,7 @@ void FScriptRunner::Point(const FScriptStep& Step, bool bMayScroll)
 		Pending.Add([this, &Step]() { Point(Step, false); });
 		return;
 	}
+	// 3. What lies over it would take the click.
 	if (Complaint.IsEmpty())
 	{
 		Complaint = FScriptTarget::Reach(Step.Text, Target);
@@ -246,6 +261,7 @@ void FScriptRunner::Point(const FScriptStep& Step, bool bMayScroll)
 void FScriptRunner::PointAt(const FScriptStep& Step, const FVector2D& From)
 {
 	const FModifierKeysState None;
+	// The pointer is there before it presses: what appears on hover takes the press, as it would from a hand.
 	GetScriptInput().OnMouseMove(From, None);
 	if (Step.Verb == EScriptVerb::Scroll)
 	{
@@ -256,6 +272,7 @@ void FScriptRunner::PointAt(const FScriptStep& Step, const FVector2D& From)
 		return;
 	}
 	Pending.Add([From]() { GetScriptInput().OnMouseDown(EKeys::LeftMouseButton, From, FModifierKeysState()); });
+	// A drag in one move would be none: those who wait for a distance see it pass in pieces.
 	const FVector2D To = Step.Verb == EScriptVerb::Drag ? From + FVector2D(Step.X, Step.Y) : From;
 	for (int32 Move = 1; Step.Verb == EScriptVerb::Drag && Move <= DragMoves; ++Move)
 	{
@@ -267,6 +284,7 @@ void FScriptRunner::PointAt(const FScriptStep& Step, const FVector2D& From)
 
 bool FScriptRunner::HasStoodStill(double Now)
 {
+	// Elements, not pixels: they are there anyway, and a comparison of them is cheap enough for every frame.
 	const TArray<FSlateDrawElement>& Current = FSlateApplication::Get().GetLastElements().GetElements();
 	if (PictureTime >= 0.0 && Now - PictureTime < StillSeconds)
 	{
@@ -287,6 +305,7 @@ bool FScriptRunner::HasStoodStill(double Now)
 bool FScriptRunner::HasWaited(const FScriptStep& Step)
 {
 	const double Now = FPlatformTime::Seconds();
+	// The time runs from the first look, not from the step before: that may have opened a dialog.
 	if (WaitStart < 0.0)
 	{
 		WaitStart = Now;
@@ -304,6 +323,7 @@ bool FScriptRunner::HasWaited(const FScriptStep& Step)
 	else if ((ViewModel && ViewModel->IsBusy()) || FHostTasks::HasPending())
 	{
 		PictureTime = -1.0;
+		// What the agent still does will change the picture, so a picture from before proves nothing.
 		Sentence = FString::Printf(TEXT("The agent is still busy after %g seconds (%s)."), Step.X, *State);
 	}
 	else
@@ -315,6 +335,7 @@ bool FScriptRunner::HasWaited(const FScriptStep& Step)
 	{
 		return false;
 	}
+	// Over, well or badly: the next wait begins anew.
 	WaitStart = -1.0;
 	Picture.Reset();
 	if (!bReached)
@@ -341,6 +362,7 @@ bool FScriptRunner::IsDialogAnswered() const
 		case EScriptVerb::Click:
 		case EScriptVerb::Scroll:
 		{
+			// A click counts as an answer if it hits the dialog itself; what lies below it cannot be clicked.
 			TSharedPtr<SWidget> Widget;
 			const TSharedPtr<SWindow> Dialog = FSlateApplication::Get().GetActiveModalWindow();
 			const FIntPoint Size = FSlateApplication::Get().GetWindow().GetPixelSize();
@@ -352,6 +374,7 @@ bool FScriptRunner::IsDialogAnswered() const
 			return Dialog && FScriptTarget::Find(Steps[Index].Text, Widget).IsEmpty() &&
 				GetLayerRoot(Widget) == GetLayerRoot(Dialog->GetContent());
 		}
+			// Looking at a dialog answers nothing; who answers it comes later.
 		case EScriptVerb::Move:
 		case EScriptVerb::WaitIdle:
 		case EScriptVerb::WaitState:
@@ -373,6 +396,7 @@ bool FScriptRunner::IsDialogAnswered() const
 
 int32 FScriptRunner::CountOpenDialogs()
 {
+	// The save dialog is the host's own and not among the messages.
 	return FHostDialogs::GetOpenDialogs().Num() + (FHostFileDialogs::GetOpen().IsSet() ? 1 : 0);
 }
 

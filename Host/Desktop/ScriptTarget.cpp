@@ -7,8 +7,10 @@
 
 namespace
 {
+	/** Enough to see what a name has in common, few enough for one message. */
 	constexpr int32 MaxListedHits = 10;
 
+	/** The row of a menu, or anything inside one. */
 	bool IsInMenu(const SWidget& Widget)
 	{
 		static const FName Row(TEXT("SMenuRow"));
@@ -16,6 +18,7 @@ namespace
 		return Widget.GetType() == Row || (Parent && IsInMenu(*Parent));
 	}
 
+	/** By kind, tag and place, so that one of several can be told from the others in a picture. */
 	FString DescribeHit(const SWidget& Widget)
 	{
 		const FSlateRect Rect = Widget.GetCachedGeometry().GetLayoutBoundingRect();
@@ -56,6 +59,7 @@ FString FScriptTarget::Find(const FString& Name, TSharedPtr<SWidget>& OutWidget)
 	{
 		return FString::Printf(TEXT("Nothing on screen is called \"%s\"."), *Name);
 	}
+	// To pick one of several would make a script pass by luck.
 	if (Hits.Num() > 1)
 	{
 		FString List;
@@ -72,6 +76,7 @@ FString FScriptTarget::Find(const FString& Name, TSharedPtr<SWidget>& OutWidget)
 
 TOptional<FVector2D> FScriptTarget::GetPlace(const FString& Name, const FIntPoint& WindowSize)
 {
+	// "@40%,75%": shares of the window, so that a script does for every size.
 	TArray<FString> Parts;
 	Name.RightChop(1).ParseIntoArray(Parts, TEXT(","), false);
 	FVector2D Place(0, 0);
@@ -83,6 +88,7 @@ TOptional<FVector2D> FScriptTarget::GetPlace(const FString& Name, const FIntPoin
 		{
 			return TOptional<FVector2D>();
 		}
+		// 100 % is the last pixel, not the one after it.
 		const int32 Length = Axis == 0 ? WindowSize.X : WindowSize.Y;
 		(Axis == 0 ? Place.X : Place.Y) = FMath::FloorToInt32(Share * FMath::Max(Length - 1, 0));
 	}
@@ -92,6 +98,7 @@ TOptional<FVector2D> FScriptTarget::GetPlace(const FString& Name, const FIntPoin
 TOptional<FVector2D> FScriptTarget::GetVisiblePoint(const SWidget& Widget)
 {
 	const FIntPoint Size = FSlateApplication::Get().GetWindow().GetPixelSize();
+	// The middle of what can be seen: the middle of the whole may lie outside of a scrolled list.
 	FSlateRect Visible = Widget.GetCachedGeometry().GetLayoutBoundingRect().IntersectionWith(
 		FSlateRect(0.0f, 0.0f, static_cast<float>(Size.X), static_cast<float>(Size.Y)));
 	for (TSharedPtr<SWidget> Parent = Widget.GetParentWidget(); Parent; Parent = Parent->GetParentWidget())
@@ -112,6 +119,7 @@ bool FScriptTarget::BringIntoView(const TSharedRef<SWidget>& Widget)
 {
 	for (TSharedPtr<SWidget> Parent = Widget->GetParentWidget(); Parent; Parent = Parent->GetParentWidget())
 	{
+		// The innermost is enough: an outer one has it in view or is brought to it by the next try.
 		if (Parent->GetType() == FName(TEXT("SScrollBox")))
 		{
 			StaticCastSharedPtr<SScrollBox>(Parent)->ScrollDescendantIntoView(Widget, false);

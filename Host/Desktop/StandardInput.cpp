@@ -7,6 +7,7 @@
 
 bool FStandardInput::TakeLine(FString& OutLine, bool& bOutAtEnd)
 {
+	// 1. As much as is there, without waiting: frames go on while nobody types.
 	bOutAtEnd = false;
 	size_t End = Waiting.find('\n');
 	while (End == std::string::npos && !bClosed)
@@ -26,6 +27,7 @@ bool FStandardInput::TakeLine(FString& OutLine, bool& bOutAtEnd)
 		Waiting.append(Buffer, static_cast<size_t>(Count));
 		End = Waiting.find('\n');
 	}
+	// 2. A last line without a line feed is a line; only nothing at all is the end.
 	if (End == std::string::npos && Waiting.empty())
 	{
 		bOutAtEnd = true;
@@ -34,6 +36,7 @@ bool FStandardInput::TakeLine(FString& OutLine, bool& bOutAtEnd)
 	}
 	std::string Line = Waiting.substr(0, End);
 	Waiting.erase(0, End == std::string::npos ? Waiting.size() : End + 1);
+	// 3. Files from other systems end their lines with both.
 	if (!Line.empty() && Line.back() == '\r')
 	{
 		Line.pop_back();

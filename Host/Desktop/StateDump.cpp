@@ -51,6 +51,7 @@ namespace
 		return TEXT("Unknown");
 	}
 
+	/** A row of the conversation, its tools in it as they stand on screen. */
 	TSharedPtr<FJsonValue> DescribeMessage(const FChatMessage& Message)
 	{
 		const TSharedRef<FJsonObject> Object = MakeShared<FJsonObject>();
@@ -126,6 +127,7 @@ namespace
 		return Rows;
 	}
 
+	/** For the writer, which takes values only. */
 	TArray<TSharedPtr<FJsonValue>> ToValues(const TArray<FString>& Texts)
 	{
 		TArray<TSharedPtr<FJsonValue>> Values;
@@ -136,6 +138,7 @@ namespace
 		return Values;
 	}
 
+	/** Of this process, as the system counts it; zero where it does not tell. */
 	double GetResidentBytes()
 	{
 		long long Pages = 0;

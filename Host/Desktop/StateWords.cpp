@@ -8,6 +8,7 @@ namespace
 		const TCHAR* Word;
 	};
 
+	// Scripts and dumps of older versions name states by these words: they are never changed.
 	constexpr FStateRow StateRows[] = {
 		{ Velmora::EConversationState::NotStarted, TEXT("NotStarted") },
 		{ Velmora::EConversationState::Initializing, TEXT("Initializing") },

@@ -14,6 +14,7 @@
 
 #include "Request/AgentPlan.h"
 #include "Agent/ConversationTypes.h"
+#include "Host/AgentMessages.h"
 #include "Host/AgentQuestions.h"
 #include "Host/Outcome.h"
 #include "Store/UnstoredConversations.h"
@@ -32,6 +33,9 @@ namespace Velmora
 	uint32 OpenQuestion(const TSharedRef<FAgentSession>& Session);
 	void AnnounceQuestion(const FAgentQuestion& Question);
 	void WithdrawQuestion(uint32 Id);
+
+	/** What AgentMessages.h acts on from now on: the agent that was made last. */
+	void NoteSession(const TSharedRef<FAgentSession>& Session);
 
 	/**
 	 * What the built-in agent is made of, apart from its face so that it lives through a callback that lets go of
@@ -74,6 +78,10 @@ namespace Velmora
 
 		/** Restores files and messages as they were before the message of that transaction, or changes nothing and tells why. */
 		bool UndoToTransaction(const FString& TransactionId);
+
+		// As AgentMessages.h says.
+		TOptional<FLastMessage> GetLastMessage() const;
+		FString TakeBackLastMessage();
 
 		/** Of the last message that was accepted in this conversation; empty before the first. */
 		const FString& GetTransactionId() const { return TransactionId; }
@@ -138,6 +146,12 @@ namespace Velmora
 		void CloseQuestion(FDecision&& Decision, const TCHAR* Reason);
 		void ForgetQuestion();
 		void DeliverEnd(FTurnReport&& Report);
+
+		/** Cuts the conversation before a message, in the store first. */
+		FOutcome CutMessages(int32 MessageIndex);
+
+		/** The place of the user's last message, or of the one whose transaction goes on to the end; INDEX_NONE without one. */
+		int32 FindLastMessage(std::string& OutTransactionId) const;
 
 		/** Opens the transaction of the message that was recorded last. */
 		void OpenTransaction();

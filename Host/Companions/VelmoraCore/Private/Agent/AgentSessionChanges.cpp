@@ -89,15 +89,8 @@ namespace Velmora
 		Request.MarkMessages = [this](int MessageIndex) { return MarkMessages(Current->Messages, MessageIndex); };
 		Request.Commit = [this](int MessageIndex)
 		{
-			const FOutcome Cut = GetStore().TruncateMessages(Current->Id, MessageIndex);
-			// A store that cannot be written keeps nothing back of what it never had.
-			if (!Cut && !Cut.Is(EOutcome::Missing) && StoredCount > MessageIndex)
-			{
-				return Cut.GetWords();
-			}
-			Current->Messages.SetNum(FMath::Min(MessageIndex, Current->Messages.Num()));
-			StoredCount = FMath::Min(StoredCount, MessageIndex);
-			return std::string();
+			const FOutcome Cut = CutMessages(MessageIndex);
+			return Cut ? std::string() : Cut.GetWords();
 		};
 		const FUndoResult Result = Journal->Undo(Request);
 		if (!Result.bSuccess)
@@ -113,6 +106,95 @@ namespace Velmora
 		SetPlan(FAgentPlan(), TEXT("The request was undone."));
 		TellSoon(Result.Notices);
 		return true;
+	}
+
+	FOutcome FAgentSession::CutMessages(int32 MessageIndex)
+	{
+		const FOutcome Cut = GetStore().TruncateMessages(Current->Id, MessageIndex);
+		// A store that cannot be written keeps nothing back of what it never had.
+		if (!Cut && !Cut.Is(EOutcome::Missing) && StoredCount > MessageIndex)
+		{
+			return Cut;
+		}
+		Current->Messages.SetNum(FMath::Min(MessageIndex, Current->Messages.Num()));
+		StoredCount = FMath::Min(StoredCount, MessageIndex);
+		return FOutcome();
+	}
+
+	int32 FAgentSession::FindLastMessage(std::string& OutTransactionId) const
+	{
+		int32 Last = INDEX_NONE;
+		for (int32 Index = Current.IsValid() ? Current->Messages.Num() - 1 : INDEX_NONE; Index >= 0; --Index)
+		{
+			if (!Current->Messages[Index].IsUserMessage())
+			{
+				continue;
+			}
+			OutTransactionId = Journal ? Journal->FindTransactionOf(HostFileNameToBytes(Current->Id), Index) : std::string();
+			if (!OutTransactionId.empty())
+			{
+				// A text that changed the course of a paused turn belongs to the transaction of the message before it.
+				return Index;
+			}
+			Last = Last == INDEX_NONE ? Index : Last;
+		}
+		return Last;
+	}
+
+	TOptional<FLastMessage> FAgentSession::GetLastMessage() const
+	{
+		std::string Transaction;
+		const int32 Index = HasTurn() && State != EConversationState::Paused ? INDEX_NONE : FindLastMessage(Transaction);
+		if (Index == INDEX_NONE)
+		{
+			return TOptional<FLastMessage>();
+		}
+		FLastMessage Last;
+		Last.Text = Current->Messages[Index].Content;
+		Last.bCanUndo = !Transaction.empty();
+		if (Last.bCanUndo && HostFileNameToBytes(TransactionId) == Transaction)
+		{
+			Last.Files = TurnContextFiles;
+		}
+		return Last;
+	}
+
+	FString FAgentSession::TakeBackLastMessage()
+	{
+		const TSharedRef<FAgentSession> Keep = AsShared();
+		std::string Transaction;
+		const int32 Index = FindLastMessage(Transaction);
+		if (Index == INDEX_NONE || IsWorking())
+		{
+			return Index == INDEX_NONE ? FString(TEXT("There is no message to take back.")) : FString(TEXT("A request is under way."));
+		}
+		if (!Transaction.empty())
+		{
+			// What went wrong has been reported as an error of the conversation.
+			if (!UndoToTransaction(HostFileNameFromBytes(Transaction)))
+			{
+				return TEXT("The message was not taken back.");
+			}
+		}
+		else
+		{
+			if (HasTurn())
+			{
+				CancelConversation();
+			}
+			if (const FOutcome Cut = CutMessages(Index); !Cut)
+			{
+				return Utf8Text::ToString(Cut.GetWords());
+			}
+			TransactionId.Empty();
+			Current->LastUpdated = FDateTime::Now();
+			SetPlan(FAgentPlan(), TEXT("The request was taken back."));
+		}
+		if (Current.IsValid())
+		{
+			Fire(Callbacks.ConversationLoaded, FString(Current->Id));
+		}
+		return FString();
 	}
 
 	void FAgentSession::TellSoon(const std::vector<std::string>& Sentences)

@@ -5,6 +5,7 @@ namespace Velmora
 	FBuiltInAgent::FBuiltInAgent()
 		: Session(MakeShared<FAgentSession>())
 	{
+		NoteSession(Session);
 		Session->CleanUpAfterOthers();
 	}
 

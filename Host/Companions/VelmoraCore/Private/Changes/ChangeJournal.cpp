@@ -83,6 +83,20 @@ namespace Velmora
 		return Found == Transactions.end() ? nullptr : *Found;
 	}
 
+	std::string FChangeJournal::FindTransactionOf(const std::string& ConversationId, int MessageIndex) const
+	{
+		const std::scoped_lock Guard(ListMutex);
+		for (auto Transaction = Transactions.rbegin(); Transaction != Transactions.rend(); ++Transaction)
+		{
+			if ((*Transaction)->ConversationId == ConversationId && (*Transaction)->MessageIndex == MessageIndex &&
+				!(*Transaction)->bIsDropped)
+			{
+				return (*Transaction)->Id;
+			}
+		}
+		return std::string();
+	}
+
 	std::vector<FPerformedChange> FChangeJournal::TakePerformed()
 	{
 		const std::scoped_lock Guard(ListMutex);

@@ -133,6 +133,9 @@ namespace Velmora
 		/** All or nothing. What a plan says is written down first, so that a later start can finish it. */
 		FUndoResult Undo(const FUndoRequest& Request);
 
+		/** Of the message that stands there in that conversation; empty when it opened none, or its contents had to make room. */
+		std::string FindTransactionOf(const std::string& ConversationId, int MessageIndex) const;
+
 		/** The changes since the last call. */
 		std::vector<FPerformedChange> TakePerformed();
 

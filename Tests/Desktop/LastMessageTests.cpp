@@ -1,0 +1,95 @@
+#include "Desktop/ProgramDriver.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+namespace fs = std::filesystem;
+
+namespace
+{
+	int CountParts(const std::string& Text, const std::string& Part)
+	{
+		int Count = 0;
+		for (size_t At = Text.find(Part); At != std::string::npos; At = Text.find(Part, At + 1))
+		{
+			++Count;
+		}
+		return Count;
+	}
+
+	FRun RunScript(const FRandomProject& Project, const std::string& Steps)
+	{
+		const std::string Script = Project.Write("steps.txt", Steps);
+		return RunProgram({ "--headless", "--project", Project.Folder.string(), "--script", Script }, "", Project.OutFolder.string(),
+			{ "XDG_DATA_HOME=" + Project.Path("data") });
+	}
+
+	const char* const SendNotes = "type create notes.md with \"one\"\nkey CTRL+ENTER\nwait idle 30\n";
+}
+
+TEST(LastMessage, IsSentAgainAndPutBackIntoTheBox)
+{
+	const FRandomProject Project;
+	const FRun Run = RunScript(Project,
+		std::string(SendNotes) +
+			"type a draft\nclick Edit\nclick Send Last Message Again\nanswer Yes\nwait idle 30\ndump again.json\n"
+			"click Edit\nclick Edit Last Message\nanswer No\nwait idle 30\ndump no.json\n"
+			"click Edit\nclick Edit Last Message\nanswer Yes\nwait idle 30\ndump edited.json\n"
+			"click Edit\ndump menu.json\n");
+	EXPECT_EQ(Run.ExitCode, 0) << Run.Error;
+	const std::string Again = ReadFile(Project.Path("again.json"));
+	EXPECT_EQ(CountParts(Again, "\"type\": \"User\""), 1) << Again;
+	EXPECT_TRUE(Contains(Again, "\"promptText\": \"a draft\"")) << "what was not sent stays";
+	EXPECT_FALSE(Contains(Again, "already exists")) << "the file of the first time was undone";
+	EXPECT_EQ(CountParts(ReadFile(Project.Path("no.json")), "\"type\": \"User\""), 1) << "No changes nothing";
+	const std::string Edited = ReadFile(Project.Path("edited.json"));
+	EXPECT_EQ(CountParts(Edited, "\"type\": \"User\""), 0) << Edited;
+	EXPECT_TRUE(Contains(Edited, R"("promptText": "create notes.md with \"one\"\na draft")")) << Edited;
+	EXPECT_FALSE(fs::exists(Project.Folder / "notes.md"));
+	EXPECT_TRUE(Contains(ReadFile(Project.Path("menu.json")), "Edit Last Message")) << "greyed, but in its place";
+}
+
+TEST(LastMessage, IsTakenBackAfterARestartToo)
+{
+	const FRandomProject Project;
+	ASSERT_EQ(RunScript(Project, SendNotes).ExitCode, 0);
+	const FRun Run = RunScript(Project,
+		"wait idle 30\nclick Conversations are stored in the Velmora folder in your Engine's Saved folder\nkey DOWN\nkey ENTER\nwait idle "
+		"30\n"
+		"dump loaded.json\nclick Edit\nclick Edit Last Message\ndump question.json\nanswer Yes\nwait idle 30\ndump edited.json\n");
+	EXPECT_EQ(Run.ExitCode, 0) << Run.Error;
+	EXPECT_EQ(CountParts(ReadFile(Project.Path("loaded.json")), "\"type\": \"User\""), 1);
+	EXPECT_TRUE(Contains(ReadFile(Project.Path("question.json")), "can no longer be undone"));
+	const std::string Edited = ReadFile(Project.Path("edited.json"));
+	EXPECT_EQ(CountParts(Edited, "\"type\": \"User\""), 0) << Edited;
+	EXPECT_TRUE(Contains(Edited, R"("promptText": "create notes.md with \"one\"")")) << Edited;
+	EXPECT_EQ(ReadFile(Project.Folder / "notes.md"), "one") << "what was said of it in the question";
+}
+
+TEST(AgentQuestionKeys, AnswerWhatTheAgentAsks)
+{
+	struct FCase
+	{
+		const char* Key;
+		bool bIsDone;
+		bool bIsRule;
+	};
+	for (const FCase& Case : { FCase{ "F8", true, false }, FCase{ "SHIFT+F8", true, true }, FCase{ "CTRL+F8", false, false } })
+	{
+		SCOPED_TRACE(Case.Key);
+		const FRandomProject Project;
+		const FRun Run = RunScript(Project,
+			std::string("type create .vscode/tasks.json with \"x\"\nkey CTRL+ENTER\nwait state Paused 30\ntype a draft\nkey ") + Case.Key +
+				"\nwait idle 30\ndump after.json\n");
+		EXPECT_EQ(Run.ExitCode, 0) << Run.Error;
+		EXPECT_EQ(fs::exists(Project.Folder / ".vscode/tasks.json"), Case.bIsDone);
+		EXPECT_TRUE(Contains(ReadFile(Project.Path("after.json")), "\"promptText\": \"a draft\"")) << "the draft is left alone";
+		bool bHasRule = false;
+		for (const fs::directory_entry& Entry : fs::recursive_directory_iterator(Project.Path("data")))
+		{
+			bHasRule = bHasRule || Entry.path().extension() == ".rules";
+		}
+		EXPECT_EQ(bHasRule, Case.bIsRule);
+	}
+}
