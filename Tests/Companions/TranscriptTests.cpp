@@ -172,11 +172,11 @@ TEST(Transcript, WhatIsTooLongLosesResultsFirst)
 	std::vector<FModelMessage> Results = Messages;
 	Transcript::FShortening Shortening = Transcript::Shorten(Results, 8000);
 	EXPECT_EQ(Shortening.Results, 1);
-	EXPECT_EQ(Shortening.Messages, 0);
+	EXPECT_TRUE(Shortening.Messages.empty());
 	EXPECT_LT(Transcript::Measure(Results), 8000u);
 	EXPECT_EQ(Results.size(), Messages.size());
 	Shortening = Transcript::Shorten(Messages, 1000);
-	EXPECT_EQ(Shortening.Messages, 4);
+	EXPECT_EQ(Shortening.Messages.size(), 4u);
 	ASSERT_EQ(Messages.size(), 2u);
 	EXPECT_EQ(Messages[0].Text, "s");
 	EXPECT_TRUE(Messages[1].Text.ends_with("]\n\nc")) << Messages[1].Text;

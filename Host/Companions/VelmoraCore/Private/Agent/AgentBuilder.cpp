@@ -3,11 +3,15 @@
 #include "UObject/UObjectGlobals.h"
 
 #include "Agent/BuiltInAgent.h"
+#include "Host/AgentConnections.h"
 #include "Settings/VelmoraSettings.h"
 
 TSharedPtr<Velmora::FAgent> FAgentBuilder::CreateDefault()
 {
 	using Velmora::EConversationMode;
+
+	// Before anything can start another program: none of them shall find a key in its environment.
+	Velmora::FAgentConnections::HideKeys();
 	const uint8 StoredMode = GetDefault<UVelmoraSettings>()->DefaultConversationMode;
 	const EConversationMode Mode = StoredMode <= static_cast<uint8>(EConversationMode::General) ? static_cast<EConversationMode>(StoredMode)
 																								: EConversationMode::General;

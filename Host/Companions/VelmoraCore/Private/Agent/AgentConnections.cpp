@@ -66,15 +66,20 @@ namespace Velmora
 		FSelection& Selection = GetSelection();
 		const std::scoped_lock Lock(Selection.Mutex);
 		Selection.Connection = Connection;
-		// No child shall find a key in its environment, whichever connection answers.
+		HideKeys();
+		if (Connection.IsSet())
+		{
+			ModelKeys::TakeFromEnvironment(Utf8Text::FromString(Connection->KeyVariable));
+		}
+	}
+
+	void FAgentConnections::HideKeys()
+	{
+		// Those of connections that do not answer now, too.
 		FString Problem;
 		for (const FAgentConnection& Known : List(Problem))
 		{
 			ModelKeys::TakeFromEnvironment(Utf8Text::FromString(Known.KeyVariable));
-		}
-		if (Connection.IsSet())
-		{
-			ModelKeys::TakeFromEnvironment(Utf8Text::FromString(Connection->KeyVariable));
 		}
 	}
 

@@ -1,6 +1,7 @@
 #include "Agent/Transcript.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 #include <rapidjson/document.h>
@@ -297,10 +298,48 @@ namespace Velmora::Transcript
 		}
 		if (End > First)
 		{
-			Shortening.Messages = static_cast<int>(End - First);
-			Messages.erase(Messages.begin() + static_cast<std::ptrdiff_t>(First), Messages.begin() + static_cast<std::ptrdiff_t>(End));
+			const auto Begin = Messages.begin() + static_cast<std::ptrdiff_t>(First);
+			const auto Stop = Messages.begin() + static_cast<std::ptrdiff_t>(End);
+			Shortening.Messages.assign(std::make_move_iterator(Begin), std::make_move_iterator(Stop));
+			Messages.erase(Begin, Stop);
 			Messages[First].Text = std::string(LeftOutNote) + "\n\n" + Messages[First].Text;
 		}
 		return Shortening;
+	}
+
+	void PutSummary(std::vector<FModelMessage>& Messages, std::string_view Summary)
+	{
+		for (FModelMessage& Message : Messages)
+		{
+			if (Message.Role == EModelRole::User && Message.Text.starts_with(LeftOutNote))
+			{
+				Message.Text.replace(0, LeftOutNote.size(),
+					"[The beginning of this conversation was left out, since it was too long. A summary of it:]\n" + std::string(Summary));
+				return;
+			}
+		}
+	}
+
+	std::string WriteAsText(const std::vector<FModelMessage>& Messages, size_t MaxBytes)
+	{
+		std::string Text;
+		for (const FModelMessage& Message : Messages)
+		{
+			const char* const Who = Message.Role == EModelRole::User ? "User: "
+				: Message.Role == EModelRole::Tool					 ? "Result of a tool: "
+																	 : "Assistant: ";
+			Text += Who + Message.Text + '\n';
+			for (const FModelCall& Call : Message.Calls)
+			{
+				Text += "Called " + Call.Name + ' ' + Call.Arguments + '\n';
+			}
+		}
+		if (Text.size() <= MaxBytes)
+		{
+			return Text;
+		}
+		// What it began with and what was said last count for more than what lies between.
+		const std::string_view Head = WireText::CutUtf8(Text, MaxBytes / 2);
+		return WireText::RepairUtf8(std::string(Head) + "\n[…]\n" + Text.substr(Text.size() - MaxBytes / 2));
 	}
 }

@@ -34,9 +34,11 @@ namespace Velmora::Transcript
 	struct FShortening
 	{
 		int Results = 0;
-		int Messages = 0;
 
-		bool IsAny() const { return Results + Messages > 0; }
+		/** The oldest messages, which are gone. */
+		std::vector<FModelMessage> Messages;
+
+		bool IsAny() const { return Results > 0 || !Messages.empty(); }
 	};
 
 	/** About how large the messages are in a request. In bytes. */
@@ -47,4 +49,10 @@ namespace Velmora::Transcript
 	 * and what follows the last one of the user. A note stands where something was.
 	 */
 	FShortening Shorten(std::vector<FModelMessage>& Messages, size_t MaxBytes);
+
+	/** Puts a summary of what Shorten has left out in the place of its note. Nothing happens where there is no note. */
+	void PutSummary(std::vector<FModelMessage>& Messages, std::string_view Summary);
+
+	/** Messages as one text for people and models, of at most that many bytes: the beginning and the end of it. */
+	std::string WriteAsText(const std::vector<FModelMessage>& Messages, size_t MaxBytes);
 }

@@ -22,6 +22,9 @@ namespace Velmora
 		/** How many bytes a token has at least, as text and code go. */
 		constexpr size_t BytesPerToken = 3;
 
+		/** Of what was left out. */
+		constexpr size_t MaxSummaryCharacters = 4000;
+
 		/** Without a figure of the server's: what most models take. */
 		constexpr size_t UnknownContextBytes = 400 * 1024;
 	}
@@ -37,6 +40,8 @@ namespace Velmora
 			  [&InControl] { return InControl.IsCancelled(); })
 		, Client(Dialect, InConnection.Server)
 		, Activity(InConnection)
+		, Spending(InConnection)
+		, ContextTokens(InConnection.ContextTokens)
 	{
 		Control.SetCancelHook([this] { Client.Cancel(); });
 	}
@@ -87,7 +92,7 @@ namespace Velmora
 		for (int Round = 1;; ++Round)
 		{
 			FModelReply Reply;
-			if (!AskForMoreRounds(Round) || !Control.WaitUntilRunning() || !AskModel(Reply))
+			if (!AskForMoreRounds(Round) || !AskForBudget() || !Control.WaitUntilRunning() || !AskModel(Reply))
 			{
 				return;
 			}
@@ -185,6 +190,8 @@ namespace Velmora
 			return false;
 		}
 		Request.Model = Models.front().Id;
+		ContextTokens = ContextTokens > 0 ? ContextTokens : Models.front().ContextTokens;
+		Activity.SetContextTokens(ContextTokens);
 		return true;
 	}
 
@@ -218,12 +225,13 @@ namespace Velmora
 				Request.Tools.push_back({ std::string(Row.Name), std::string(Row.Description), std::string(Row.Parameters) });
 			}
 		}
-		const std::string Background = ModelPrompt::MakeBackground(Input, Files);
+		Background = ModelPrompt::MakeBackground(Input, Files);
 		bool bHasBackground = false;
 		if (!Background.empty() && !AskForBackground(Background, bHasBackground))
 		{
 			return false;
 		}
+		Background.resize(bHasBackground ? Background.size() : 0);
 		std::vector<FModelMessage>& Messages = Request.Messages;
 		Messages.push_back({ EModelRole::System, ModelPrompt::MakeInstructions(Input, true), {}, {} });
 		if (bHasBackground)
@@ -237,14 +245,82 @@ namespace Velmora
 		const std::string Prompt = ModelPrompt::MakeAttachments(Input, Files, Tools) + Input.Prompt;
 		Transcript::Append(Messages, { EModelRole::User, Prompt, {}, {} });
 
-		const size_t MaxBytes =
-			Connection.ContextTokens > 0 ? static_cast<size_t>(Connection.ContextTokens) * BytesPerToken * 4 / 5 : UnknownContextBytes * 8;
-		if (Transcript::Shorten(Messages, MaxBytes).IsAny())
+		const size_t MaxBytes = ContextTokens > 0 ? static_cast<size_t>(ContextTokens) * BytesPerToken * 4 / 5 : UnknownContextBytes * 8;
+		if (Transcript::Measure(Messages) > MaxBytes)
 		{
-			Tell(ETurnReportKind::Step,
-				"The conversation is longer than the model can take: its oldest parts are left out. All of it is kept.");
+			ShortenTo(MaxBytes);
 		}
+		return !Control.IsCancelled();
+	}
+
+	bool FModelTurn::ShortenTo(size_t MaxBytes)
+	{
+		Transcript::FShortening Left = Transcript::Shorten(Request.Messages, MaxBytes - std::min(MaxBytes / 2, Background.size()));
+		if (!Left.IsAny())
+		{
+			return false;
+		}
+		const bool bHasLostBackground = !Left.Messages.empty() && !Background.empty() && Left.Messages.front().Text.starts_with(Background);
+		if (bHasLostBackground)
+		{
+			Left.Messages.front().Text.erase(0, Background.size());
+		}
+		if (!Left.Messages.empty() && !bHasSummarised)
+		{
+			bHasSummarised = true;
+			Summarise(Left.Messages, MaxBytes);
+		}
+		if (bHasLostBackground)
+		{
+			// It stood in the oldest message of all, and is no part of what was said.
+			FModelMessage& First = Request.Messages[1];
+			First.Text = Background + "\n\n" + First.Text;
+		}
+		Tell(
+			ETurnReportKind::Step, "The conversation is longer than the model can take: its oldest parts are left out. All of it is kept.");
 		return true;
+	}
+
+	void FModelTurn::Summarise(const std::vector<FModelMessage>& Dropped, size_t MaxBytes)
+	{
+		FModelRequest Asked;
+		Asked.Model = Request.Model;
+		Asked.Options = Request.Options;
+		Asked.bAsksForUsage = Request.bAsksForUsage;
+		Asked.Messages = { { EModelRole::User,
+			"Sum up this beginning of a conversation about a software project for the one who has to go on with it: what was asked for, "
+			"what was found out, decided and done, with the names of files. At most 300 words, no introduction.\n\n" +
+				Transcript::WriteAsText(Dropped, MaxBytes / 2),
+			{}, {} } };
+		const FModelReply Reply = Activity.Ask(Client, Asked);
+		Spending.Add(Reply.Usage, static_cast<int64_t>((Transcript::Measure(Asked.Messages) + Reply.Text.size()) / BytesPerToken));
+		// Without a summary the note stays, which says that something is missing.
+		if (!Reply.Problem && !Reply.Text.empty())
+		{
+			Transcript::PutSummary(Request.Messages, Utf8Text::Shorten(Reply.Text, MaxSummaryCharacters));
+		}
+	}
+
+	bool FModelTurn::AskForBudget()
+	{
+		const std::string Reached = Spending.FindReached();
+		if (Reached.empty())
+		{
+			return true;
+		}
+		FTurnQuestion Question;
+		Question.Tool = "tokens";
+		Question.Subject = Connection.Name;
+		Question.Text =
+			Reached + " That is the limit which the connection **" + Connection.Name + "** has. May it go on, for as much again?";
+		Question.bMayBeRemembered = false;
+		const FPermissionAnswer Answer = AskUser(Input, Control, Sink, Question);
+		if (Answer.Decision.Kind != EDecision::Stopped && !Answer.Decision.IsAllowed())
+		{
+			Fail(Reached + " The turn was ended at this limit: " + Answer.Why + ". What was done is kept.");
+		}
+		Spending.Extend();
+		return Answer.Decision.IsAllowed();
 	}
 
 	bool FModelTurn::AskForMoreRounds(int Round)
@@ -271,6 +347,8 @@ namespace Velmora
 		for (int Try = 1;;)
 		{
 			OutReply = Activity.Ask(Client, Request);
+			Spending.Add(
+				OutReply.Usage, static_cast<int64_t>((Transcript::Measure(Request.Messages) + OutReply.Text.size()) / BytesPerToken));
 			if (Control.IsCancelled())
 			{
 				return false;
@@ -349,14 +427,12 @@ namespace Velmora
 	{
 		// At least a quarter less each time, so that the same refusal cannot come for ever.
 		const size_t Now = Transcript::Measure(Request.Messages);
-		const size_t Room = Problem.ContextTokens > 0 ? static_cast<size_t>(Problem.ContextTokens) * BytesPerToken * 3 / 4 : Now;
-		if (!Transcript::Shorten(Request.Messages, std::min(Room, Now * 3 / 4)).IsAny() ||
-			Transcript::Measure(Request.Messages) > Now * 9 / 10)
+		if (Problem.ContextTokens > 0)
 		{
-			return false;
+			ContextTokens = Problem.ContextTokens;
+			Activity.SetContextTokens(ContextTokens);
 		}
-		Tell(
-			ETurnReportKind::Step, "The conversation is longer than the model can take: its oldest parts are left out. All of it is kept.");
-		return true;
+		const size_t Room = ContextTokens > 0 ? static_cast<size_t>(ContextTokens) * BytesPerToken * 3 / 4 : Now;
+		return ShortenTo(std::min(Room, Now * 3 / 4)) && !Control.IsCancelled() && Transcript::Measure(Request.Messages) <= Now * 9 / 10;
 	}
 }

@@ -12,6 +12,7 @@
 #include "Tools/ProjectFiles.h"
 #include "Tools/ToolBox.h"
 #include "Turn/ModelActivity.h"
+#include "Turn/ModelBudget.h"
 #include "Turn/TurnPermissions.h"
 #include "Turn/TurnRunner.h"
 
@@ -38,6 +39,7 @@ namespace Velmora
 		bool MakeMessages();
 		bool AskModel(FModelReply& OutReply);
 		bool AskForMoreRounds(int Round);
+		bool AskForBudget();
 		bool RunCalls(FModelReply& Reply);
 		bool RunCall(const FModelCall& Call, std::string& OutText);
 		bool AskForCall(const FToolRow& Row, const FToolArguments& Arguments, FToolResult& Result);
@@ -54,6 +56,10 @@ namespace Velmora
 		/** What to do about an answer with a problem. */
 		ENext Mend(FModelReply& Reply, int& Try);
 		bool MakeRoom(const FModelProblem& Problem);
+
+		/** Makes the messages fit, and has the model sum up what must go. False when nothing could be left out. */
+		bool ShortenTo(size_t MaxBytes);
+		void Summarise(const std::vector<FModelMessage>& Dropped, size_t MaxBytes);
 
 		void BeginRound(int Round, const FModelReply& Reply);
 		void TellPlan(FAgentPlan&& Plan);
@@ -76,6 +82,7 @@ namespace Velmora
 		const FChatCompletions Dialect;
 		FModelClient Client;
 		FModelActivity Activity;
+		FModelSpending Spending;
 		FModelRequest Request;
 
 		/** What the user said instead of agreeing; told to the model behind the results of the round. */
@@ -83,5 +90,14 @@ namespace Velmora
 		std::set<std::string> RowNames;
 		FAgentPlan Plan;
 		int ToolCount = 0;
+
+		/** What the model was told about the project with the user's consent; it stays when the messages around it go. */
+		std::string Background;
+
+		/** Once per turn: a server that refuses for want of room would refuse that too. */
+		bool bHasSummarised = false;
+
+		/** Of the model, from the connection or the server; 0 when neither says. */
+		int64_t ContextTokens = 0;
 	};
 }

@@ -134,6 +134,12 @@ namespace Velmora
 		 */
 		static void Select(const TOptional<FAgentConnection>& Connection);
 
+		/**
+		 * Remembers the keys that stand in the environment for any of the user's connections, and takes them out of it, so that no
+		 * child gets them. Game thread.
+		 */
+		static void HideKeys();
+
 		/** Empty for the built-in agent. Any thread. */
 		static TOptional<FAgentConnection> GetSelected();
 

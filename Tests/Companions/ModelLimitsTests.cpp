@@ -1,0 +1,176 @@
+#include "ModelTurnFixture.h"
+
+#include <sys/stat.h>
+
+using namespace PeerText;
+using Velmora::EConversationState;
+using Velmora::FAgentConnection;
+using Velmora::FAgentConnections;
+
+namespace
+{
+	/** The user's configuration folder, with what was used today, is one of the test's. */
+	class ModelLimits : public FModelTurnTest
+	{
+	protected:
+		void SetUp() override
+		{
+			const char* const Before = getenv("XDG_CONFIG_HOME");
+			Saved = Before ? Before : "";
+			setenv("XDG_CONFIG_HOME", Project.PathOf("config").c_str(), 1);
+			FModelTurnTest::SetUp();
+		}
+		void TearDown() override
+		{
+			FModelTurnTest::TearDown();
+			Saved.empty() ? unsetenv("XDG_CONFIG_HOME") : setenv("XDG_CONFIG_HOME", Saved.c_str(), 1);
+		}
+
+		/** Each test with a connection of its own name, since what a day has used is kept by it. */
+		FAgentConnection Make(const FScriptedPeer& Peer)
+		{
+			FAgentConnection Connection;
+			Connection.Name = Text(Project.MakeName());
+			Connection.Url = Text(Peer.GetUrl());
+			Connection.Model = TEXT("m");
+			return Connection;
+		}
+
+		/** An answer that looks at the project once more, and says what it cost. */
+		static std::string Look(int Tokens)
+		{
+			return Stream({ Call(0, "c", "list_directory", "{}"), Chunk("{}", "tool_calls"), Usage(Tokens), "[DONE]" });
+		}
+
+		static std::string Done(int Tokens) { return Stream({ Say("Done."), Chunk("{}", "stop"), Usage(Tokens), "[DONE]" }); }
+
+		static std::string Usage(int Tokens)
+		{
+			return R"({"choices":[],"usage":{"prompt_tokens":)" + std::to_string(Tokens - 10) + R"(,"completion_tokens":10}})";
+		}
+
+		bool WaitForQuestion()
+		{
+			return PumpUntil([this] { return Agent->GetState() == EConversationState::Paused || HasTurnEnded(); }) &&
+				Agent->GetState() == EConversationState::Paused;
+		}
+
+		std::string Saved;
+	};
+}
+
+TEST_F(ModelLimits, ATurnThatHasUsedItsTokensAsks)
+{
+	FScriptedPeer Peer(Give({ Look(600), Look(600), Look(600), Done(600) }));
+	FAgentConnection Connection = Make(Peer);
+	Connection.MaxTurnTokens = 1000;
+	FAgentConnections::Select(Connection);
+	ASSERT_TRUE(Agent->SendMessage(TEXT("go"), {}));
+	ASSERT_TRUE(WaitForQuestion());
+	EXPECT_EQ(Requests.size(), 2u);
+	EXPECT_TRUE(Holds(LastAnswer, "This turn has used 1,200 tokens. That is the limit")) << LastAnswer;
+	Agent->ResumeConversation(TEXT("enough"));
+	EXPECT_TRUE(PumpUntil([this] { return HasTurnEnded(); }));
+	EXPECT_EQ(Agent->GetState(), EConversationState::Error);
+	EXPECT_EQ(Requests.size(), 2u) << "nothing is asked beyond it";
+	EXPECT_TRUE(Holds(EventsOf("error")[0], "was ended at this limit")) << EventsOf("error")[0];
+}
+
+TEST_F(ModelLimits, MoneyCountsByThePricesAndAYesLastsForAsMuchAgain)
+{
+	FScriptedPeer Peer(Give({ Look(1010), Look(1010), Done(1010) }));
+	FAgentConnection Connection = Make(Peer);
+	Connection.PromptPrice = 1000.0;
+	Connection.MaxTurnCost = 0.9;
+	FAgentConnections::Select(Connection);
+	Velmora::FBuiltInAgentOptions Options;
+	Options.bCanAsk = false;
+	Velmora::SetBuiltInAgentOptions(Options);
+	Ask("go");
+	ASSERT_EQ(EventsOf("error").size(), 1u);
+	EXPECT_TRUE(Holds(EventsOf("error")[0], "This turn has cost 1.00. The turn was ended")) << EventsOf("error")[0];
+	Options.AllowedCalls = { TEXT("tokens") };
+	Velmora::SetBuiltInAgentOptions(Options);
+	CreateAgent();
+	EXPECT_EQ(Ask("go"), "Done.") << "asked for twice and allowed";
+}
+
+TEST_F(ModelLimits, ADayCountsOverSeveralRuns)
+{
+	FScriptedPeer Peer(Give({ Done(700) }));
+	FAgentConnection Connection = Make(Peer);
+	Connection.MaxDayTokens = 1000;
+	FAgentConnections::Select(Connection);
+	EXPECT_EQ(Ask("one"), "Done.");
+	EXPECT_EQ(Ask("two"), "Done.");
+	struct stat Info = {};
+	ASSERT_EQ(stat(Project.PathOf("config/velmora-ui/usage").c_str(), &Info), 0);
+	EXPECT_EQ(Info.st_mode & 0777, 0600u);
+	EXPECT_TRUE(Holds(ReadFile("config/velmora-ui/usage"), "\t1400\t0\t" + Utf8(Connection.Name)));
+	ASSERT_TRUE(Agent->SendMessage(TEXT("three"), {}));
+	ASSERT_TRUE(WaitForQuestion());
+	EXPECT_TRUE(Holds(LastAnswer, "Today this connection has used 1,400 tokens.")) << LastAnswer;
+	EXPECT_EQ(Requests.size(), 2u);
+
+	// What another run has used counts as well, and yesterday does not.
+	Agent->CancelConversation();
+	std::string Line = ReadFile("config/velmora-ui/usage");
+	FAgentConnection Other = Make(Peer);
+	Other.MaxDayTokens = 1000;
+	Project.Write("config/velmora-ui/usage", Line.substr(0, 10) + "\t5000\t0\t" + Utf8(Other.Name) + "\n");
+	chmod(Project.PathOf("config/velmora-ui/usage").c_str(), 0600);
+	FAgentConnections::Select(Other);
+	ASSERT_TRUE(Agent->SendMessage(TEXT("four"), {}));
+	ASSERT_TRUE(WaitForQuestion());
+	Agent->CancelConversation();
+	FAgentConnection Yesterday = Make(Peer);
+	Yesterday.MaxDayTokens = 1000;
+	Project.Write("config/velmora-ui/usage", "2001-01-01\t5000\t0\t" + Utf8(Yesterday.Name) + "\n");
+	FAgentConnections::Select(Yesterday);
+	EXPECT_EQ(Ask("five"), "Done.");
+}
+
+TEST_F(ModelLimits, OldTurnsAreSummedUpByTheModel)
+{
+	Project.Write("AGENTS.md", "Always say moo.\n");
+	const std::string Long(3000, 'x');
+	FScriptedPeer Peer(Give({ Final("First."), Final("In short: you said xxx."), Final("Second.") }));
+	FAgentConnection Connection = Make(Peer);
+	Connection.ContextTokens = 2000;
+	FAgentConnections::Select(Connection);
+	Velmora::FBuiltInAgentOptions Options;
+	Options.bCanAsk = false;
+	Options.AllowedCalls = { TEXT("background") };
+	Velmora::SetBuiltInAgentOptions(Options);
+	CreateAgent();
+	EXPECT_EQ(Ask(Long), "First.");
+	EXPECT_EQ(Ask(Long + " and now?"), "Second.");
+	ASSERT_EQ(Requests.size(), 3u);
+	EXPECT_TRUE(Holds(Requests[1].Body, "Sum up this beginning")) << Requests[1].Body;
+	EXPECT_TRUE(Holds(Requests[1].Body, "Assistant: First."));
+	EXPECT_FALSE(Holds(Requests[1].Body, "\"tools\""));
+	EXPECT_TRUE(Holds(Requests[2].Body, "A summary of it:]\\nIn short: you said xxx.")) << Requests[2].Body;
+	EXPECT_TRUE(Holds(Requests[2].Body, "Always say moo.")) << "what is known of the project stays";
+	EXPECT_FALSE(Holds(Requests[2].Body, "First."));
+	ASSERT_EQ(EventsOf("progress").size(), 1u);
+	EXPECT_TRUE(Holds(EventsOf("progress")[0], "its oldest parts are left out"));
+	EXPECT_EQ(Agent->GetCurrentConversationMetadata()->GetMessageCount(), 4) << "all of it is kept";
+}
+
+TEST_F(ModelLimits, KeysOfAllConnectionsLeaveTheEnvironment)
+{
+	FAgentConnection First;
+	First.Name = TEXT("a");
+	First.Url = TEXT("https://a.example/v1");
+	First.KeyVariable = TEXT("VELMORA_TEST_KEY_A");
+	FAgentConnection Second = First;
+	Second.Name = TEXT("b");
+	Second.KeyVariable = TEXT("VELMORA_TEST_KEY_B");
+	ASSERT_EQ(Utf8(FAgentConnections::Save({ First, Second })), "");
+	setenv("VELMORA_TEST_KEY_A", "key-aaaaaaa", 1);
+	setenv("VELMORA_TEST_KEY_B", "key-bbbbbbb", 1);
+	CreateAgent();
+	EXPECT_EQ(getenv("VELMORA_TEST_KEY_A"), nullptr);
+	EXPECT_EQ(getenv("VELMORA_TEST_KEY_B"), nullptr) << "whichever of them answers";
+	EXPECT_EQ(Utf8(FAgentConnections::DescribeKey(Second)), "the environment variable VELMORA_TEST_KEY_B");
+}
