@@ -139,7 +139,6 @@ TEST_F(StoreRecovery, WhatIsNoStoreIsSetAsideAndTold)
 	WriteConversations(*OpenStore(), 30, 1);
 	const std::string Sound = Folder.Read("Velmora/Game.db");
 	std::string Foreign;
-	std::string Newer;
 	{
 		Velmora::FSqliteConnection Database;
 		Folder.Write("foreign.db", "");
@@ -147,8 +146,6 @@ TEST_F(StoreRecovery, WhatIsNoStoreIsSetAsideAndTold)
 		ASSERT_TRUE(Database.Execute("CREATE TABLE shopping(item TEXT)"));
 	}
 	Foreign = Folder.Read("foreign.db");
-	Newer = Sound;
-	Newer[63] = 2; // Last byte of the user version.
 	std::string BadHead = Sound;
 	BadHead.replace(0, 100, std::string(100, '\x5a'));
 	std::string Flipped = Sound;
@@ -172,7 +169,6 @@ TEST_F(StoreRecovery, WhatIsNoStoreIsSetAsideAndTold)
 		{ "a wrong first page", Flipped, "damaged", "30 conversations were recovered", true },
 		{ "a wrong mark", OtherApplication, "damaged", "30 conversations were recovered", true },
 		{ "another program's database", Foreign, "foreign", "belongs to another program", false },
-		{ "of a later version", Newer, "newer", "later version", false },
 	};
 	for (const FCase& Case : Cases)
 	{

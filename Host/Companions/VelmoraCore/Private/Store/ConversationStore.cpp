@@ -52,7 +52,7 @@ namespace Velmora
 		FDefaultStore& Default = GetDefaultStore();
 		const std::scoped_lock Lock(Default.Mutex);
 		TSharedPtr<FConversationStore> Known = Default.Store.Pin();
-		if (!Known.IsValid() || Known->Path != Path)
+		if (!Known.IsValid() || Known->BasePath != Path)
 		{
 			Known = MakeShared<FConversationStore>(Path);
 			Default.Store = Known;
@@ -61,7 +61,8 @@ namespace Velmora
 	}
 
 	FConversationStore::FConversationStore(const std::string& InPath)
-		: Path(InPath)
+		: BasePath(InPath)
+		, SidePath(StoreFiles::MakeSideName(InPath, StoreSchema::Version))
 	{
 	}
 
@@ -255,10 +256,18 @@ namespace Velmora
 			return Opened;
 		}
 		Database.SetTimeout(WorkerTimeoutMilliseconds);
-		if (Database.ReadInteger("PRAGMA application_id", 0) == StoreSchema::ApplicationId &&
-			Database.ReadInteger("PRAGMA user_version", 0) == StoreSchema::Version)
+		if (Database.ReadInteger("PRAGMA application_id", 0) == StoreSchema::ApplicationId)
 		{
-			return StoreSchema::ReadSummaries(Database, OutSummaries);
+			const int64 Version = StoreSchema::ReadVersion(Database);
+			const std::string SidePath = StoreFiles::MakeSideName(Path, StoreSchema::Version);
+			if (Version == StoreSchema::Version)
+			{
+				return StoreSchema::ReadSummaries(Database, OutSummaries);
+			}
+			if (Version > StoreSchema::Version && Path != SidePath)
+			{
+				return ReadSummaries(SidePath, OutSummaries);
+			}
 		}
 		return Database.IsBusy() ? Database.GetError() : NoStore;
 	}
@@ -268,7 +277,7 @@ namespace Velmora
 		const FTurn Turn(*this, TimeoutMilliseconds);
 		if (!Turn.IsMine())
 		{
-			return FOutcome(EOutcome::Busy, OccupiedProblem, Path);
+			return FOutcome(EOutcome::Busy, OccupiedProblem, GetPath());
 		}
 		const bool bMayTakeTime = TimeoutMilliseconds > FrameTimeoutMilliseconds;
 		FOutcome Result = RunOnce(Access, Turn.GetMilliseconds(), bMayTakeTime, Work);
@@ -295,13 +304,14 @@ namespace Velmora
 				return Explain(Begun);
 			}
 			// Another program may have set the file aside until we had the lock: what is written to it now would be lost.
-			if (Access == EAccess::Read || IsStillInPlace())
+			// A later version may have made it its own, too.
+			if ((Access == EAccess::Read || IsStillInPlace()) && StoreSchema::ReadVersion(*Connection) == StoreSchema::Version)
 			{
 				return FOutcome::Done();
 			}
 			Connection.reset();
 		}
-		return FOutcome(EOutcome::Busy, BusyProblem, Path);
+		return FOutcome(EOutcome::Busy, BusyProblem, GetPath());
 	}
 
 	FOutcome FConversationStore::RunOnce(EAccess Access, int32 TimeoutMilliseconds, bool bMayTakeTime, const FWork& Work)
@@ -347,18 +357,18 @@ namespace Velmora
 		case EOutcome::Damaged:
 			bNeedsCheck = true;
 			CheckSoon();
-			return FOutcome(EOutcome::Damaged, DamagedProblem, Path);
+			return FOutcome(EOutcome::Damaged, DamagedProblem, GetPath());
 		case EOutcome::Busy:
-			return FOutcome(EOutcome::Busy, BusyProblem, Path);
+			return FOutcome(EOutcome::Busy, BusyProblem, GetPath());
 		default:
 			return FOutcome(Failure.Is(EOutcome::Missing) ? EOutcome::Failed : Failure.GetCode(),
-				"The conversation store " + Path + " cannot be used: " + Failure.GetWords() + ".", Path);
+				"The conversation store " + GetPath() + " cannot be used: " + Failure.GetWords() + ".", GetPath());
 		}
 	}
 
 	bool FConversationStore::IsStillInPlace() const
 	{
-		return StoreFiles::GetFileNumber(Path) == FileNumber;
+		return StoreFiles::GetFileNumber(GetPath()) == FileNumber;
 	}
 
 	FOutcome FConversationStore::Open(int32 TimeoutMilliseconds)
@@ -371,7 +381,7 @@ namespace Velmora
 		for (int Attempt = 0; Attempt < MaxAttempts; ++Attempt)
 		{
 			struct stat Status;
-			if (stat(Path.c_str(), &Status) != 0)
+			if (stat(GetPath().c_str(), &Status) != 0)
 			{
 				const int Error = errno;
 				Connection.reset();
@@ -407,13 +417,18 @@ namespace Velmora
 				return FOutcome::Done();
 			}
 			Connection.reset();
+			if (*Connected == EDamage::Newer && !bIsBeside)
+			{
+				GoBeside();
+				continue;
+			}
 			if (FOutcome Aside = SetAside(*Connected); !Aside)
 			{
 				return Aside;
 			}
 			CheckSoon();
 		}
-		return FOutcome(EOutcome::Busy, BusyProblem, Path);
+		return FOutcome(EOutcome::Busy, BusyProblem, GetPath());
 	}
 
 	TOutcome<FConversationStore::EDamage> FConversationStore::ConnectSurely(int32 TimeoutMilliseconds)
@@ -425,17 +440,25 @@ namespace Velmora
 
 	TOutcome<FConversationStore::EDamage> FConversationStore::Connect(int32 TimeoutMilliseconds)
 	{
-		StoreFiles::MakePrivate(Path);
+		StoreFiles::MakePrivate(GetPath());
 		Connection = std::make_unique<FSqliteConnection>();
-		if (const FOutcome Opened = StoreSchema::Open(*Connection, Path, ESqliteAccess::Write); !Opened)
+		if (const FOutcome Opened = StoreSchema::Open(*Connection, GetPath(), ESqliteAccess::Write); !Opened)
 		{
 			return Opened.Is(EOutcome::Damaged) ? TOutcome<EDamage>(EDamage::Broken) : TOutcome<EDamage>(Explain(Opened));
 		}
 		Connection->SetTimeout(TimeoutMilliseconds);
 		constexpr int64 Unreadable = -1;
 		const int64 Application = Connection->ReadInteger("PRAGMA application_id", Unreadable);
-		const int64 Version = Application == Unreadable ? Unreadable : Connection->ReadInteger("PRAGMA user_version", Unreadable);
+		int64 Version = Application == Unreadable ? Unreadable : StoreSchema::ReadVersion(*Connection);
 		const bool bHasTables = Version != Unreadable && StoreSchema::HasTables(*Connection);
+		if (bHasTables && Application == StoreSchema::ApplicationId && Version > 0 && Version < StoreSchema::Version)
+		{
+			if (const FOutcome Upgraded = StoreSchema::Upgrade(*Connection); !Upgraded)
+			{
+				return Explain(Upgraded);
+			}
+			Version = StoreSchema::Version;
+		}
 		if (bHasTables && Application == StoreSchema::ApplicationId && Version == StoreSchema::Version)
 		{
 			return EDamage::None;

@@ -115,7 +115,8 @@ namespace Velmora
 			None = 0,
 			Broken = 1, // Not readable as a database, or not consistent.
 			Foreign = 2, // Another program's.
-			Newer = 3 // Of a later version of this one.
+			Newer = 3, // Of a later version of this one.
+			Beside = 4 // None: an earlier version kept it beside a store of this one.
 		};
 
 		enum class EAccess
@@ -166,15 +167,39 @@ namespace Velmora
 		/** Fills in what a lost row leaves open. */
 		using FTakenName = TFunction<void(int64, StoreSchema::FConversationRow&)>;
 
+		/** What becomes of a conversation that the store has already. */
+		enum class EKnown
+		{
+			IsLeft,
+			GoesOn // With the messages that the other file has more of.
+		};
+
 		/** Adds the conversations of another file that the store does not have, in transactions short enough for others to go between. */
-		FOutcome TakeOver(const FConversationSource& Source, const std::vector<int64>& Numbers, const FTakenName& MakeId, int32& OutCount);
+		FOutcome TakeOver(
+			const FConversationSource& Source, const std::vector<int64>& Numbers, const FTakenName& MakeId, EKnown Known, int32& OutCount);
 		FOutcome AddRecovered(FSqliteConnection& Database, StoreSchema::FConversationRow& Row, const TArray<FConversationMessage>& Messages,
-			int64& InOutUnits, int32& InOutAdded);
+			EKnown Known, int64& InOutUnits, int32& InOutAdded);
+		FOutcome GoOnWith(FSqliteConnection& Database, StoreSchema::FConversationRow& Stored, StoreSchema::FConversationRow& Row,
+			const TArray<FConversationMessage>& Messages, int64& InOutUnits, int32& InOutAdded);
 
 		/** False when it has to be done again. */
 		bool RecoverFile(const std::string& Name, EDamage Damage);
 
-		const std::string Path;
+		// A store that a later version has written is left where it is: this one then works on another beside it, NAME.v1.db
+		// for NAME.db in the first version. A later version takes over what it finds there.
+		const std::string& GetPath() const { return bIsBeside ? SidePath : BasePath; }
+		void GoBeside();
+		void TakeOverSideStores();
+
+		/** Renames it, so that nobody writes to it any more, and notes it as to be taken over. */
+		FOutcome ClaimSideStore(const std::string& Path);
+
+		/** When every row of it can be read. */
+		static bool RemoveSideStore(const std::string& Path);
+
+		const std::string BasePath;
+		const std::string SidePath;
+		std::atomic<bool> bIsBeside = false;
 
 		std::mutex TurnMutex;
 		std::condition_variable TurnEnded;

@@ -139,6 +139,27 @@ namespace Velmora::StoreFiles
 		return Name;
 	}
 
+	std::string MakeSideName(const std::string& Path, int64 Version)
+	{
+		constexpr std::string_view Ending = ".db";
+		const bool bHasEnding = Path.size() > Ending.size() && Path.compare(Path.size() - Ending.size(), Ending.size(), Ending) == 0;
+		return Path.substr(0, Path.size() - (bHasEnding ? Ending.size() : 0)) + ".v" + std::to_string(Version) + std::string(Ending);
+	}
+
+	std::vector<std::string> ListSideStores(const std::string& Path, int64 LastVersion)
+	{
+		std::vector<std::string> Found;
+		for (int64 Version = 1; Version <= LastVersion; ++Version)
+		{
+			const std::string Name = MakeSideName(Path, Version);
+			if (access(Name.c_str(), F_OK) == 0)
+			{
+				Found.push_back(Name);
+			}
+		}
+		return Found;
+	}
+
 	uint64 GetFileNumber(const std::string& Path)
 	{
 		struct stat Status;

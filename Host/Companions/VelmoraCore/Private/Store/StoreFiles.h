@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "Host/FileDescriptor.h"
 #include "Host/Outcome.h"
@@ -53,6 +54,12 @@ namespace Velmora::StoreFiles
 
 	/** A name beside Path that no file bears, with a word and the time in it. */
 	std::string MakeAsideName(const std::string& Path, const char* Word);
+
+	/** The store that a version keeps beside one of a later version: NAME.v1.db beside NAME.db. */
+	std::string MakeSideName(const std::string& Path, int64 Version);
+
+	/** Those that versions up to one have kept beside a store. */
+	std::vector<std::string> ListSideStores(const std::string& Path, int64 LastVersion);
 
 	/** Identity of a file; 0 when there is none. */
 	uint64 GetFileNumber(const std::string& Path);

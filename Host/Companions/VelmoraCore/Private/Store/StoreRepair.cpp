@@ -104,7 +104,8 @@ namespace Velmora
 		/** @param Damage  See FConversationStore::EDamage. */
 		std::string DescribeDamage(int64 Damage)
 		{
-			return Damage == 3 ? "The conversation store was written by a later version of this program."
+			return Damage == 4 ? "An earlier version of this program has kept conversations of its own beside the store."
+				: Damage == 3  ? "The conversation store was written by a later version of this program."
 				: Damage == 2  ? "The file of the conversation store belongs to another program."
 							   : "The conversation store was damaged.";
 		}
@@ -112,7 +113,7 @@ namespace Velmora
 
 	FOutcome FConversationStore::CreateFile()
 	{
-		const std::string Folder = StoreFiles::GetFolder(Path);
+		const std::string Folder = StoreFiles::GetFolder(GetPath());
 		if (FOutcome Made = MakePrivateFolder(HostFileNameFromBytes(Folder)); !Made)
 		{
 			return Made;
@@ -121,17 +122,17 @@ namespace Velmora
 		if (Lock.GetOutcome().Is(EOutcome::Busy))
 		{
 			return FOutcome(
-				EOutcome::Busy, "The conversation store is busy: another program makes it just now. Try again in a moment.", Path);
+				EOutcome::Busy, "The conversation store is busy: another program makes it just now. Try again in a moment.", GetPath());
 		}
 		if (!Lock.GetOutcome())
 		{
 			return Lock.GetOutcome().Explain("The folder of the conversation store cannot be used");
 		}
-		if (StoreFiles::GetFileNumber(Path) != 0)
+		if (StoreFiles::GetFileNumber(GetPath()) != 0)
 		{
 			return FOutcome::Done();
 		}
-		const std::string NewPath = Path + NewSuffix;
+		const std::string NewPath = GetPath() + NewSuffix;
 		std::string Pending;
 		const bool bIsTakenOver = StoreFiles::GetFileNumber(NewPath) != 0 && IsComplete(NewPath, Pending);
 		if (FOutcome Made = bIsTakenOver ? FOutcome::Done() : MakeEmptyStore(NewPath, std::string(), 0); !Made)
@@ -139,12 +140,12 @@ namespace Velmora
 			return Made;
 		}
 		// What a store that is gone has left behind must not be taken for the log of the new one.
-		StoreFiles::RenameCompanions(Path, Pending.empty() ? StoreFiles::MakeAsideName(Path, "left") : Folder + '/' + Pending);
-		FOutcome Placed = StoreFiles::Move(NewPath, Path);
+		StoreFiles::RenameCompanions(GetPath(), Pending.empty() ? StoreFiles::MakeAsideName(GetPath(), "left") : Folder + '/' + Pending);
+		FOutcome Placed = StoreFiles::Move(NewPath, GetPath());
 		Placed = Placed ? Lock.Flush() : Placed;
 		if (!Placed)
 		{
-			return ExplainUnmade(Path, Placed);
+			return ExplainUnmade(GetPath(), Placed);
 		}
 		StoreFiles::FlushFolder(StoreFiles::GetFolder(Folder)); // Where the store's folder may be new.
 		if (bIsTakenOver)
@@ -156,11 +157,11 @@ namespace Velmora
 
 	FOutcome FConversationStore::SetAside(EDamage Damage)
 	{
-		const StoreFiles::FFolderLock Lock(StoreFiles::GetFolder(Path), FrameTimeoutMilliseconds);
+		const StoreFiles::FFolderLock Lock(StoreFiles::GetFolder(GetPath()), FrameTimeoutMilliseconds);
 		if (!Lock.GetOutcome())
 		{
 			return FOutcome(
-				EOutcome::Busy, "The conversation store is damaged and cannot be set aside just now. Try again in a moment.", Path);
+				EOutcome::Busy, "The conversation store is damaged and cannot be set aside just now. Try again in a moment.", GetPath());
 		}
 		if (!IsStillInPlace())
 		{
@@ -169,18 +170,18 @@ namespace Velmora
 		// As long as we could write, nobody else does: whoever waits finds another file afterwards (see Begin).
 		FSqliteConnection Guard;
 		struct stat Status;
-		if (stat(Path.c_str(), &Status) == 0 && S_ISREG(Status.st_mode) && Status.st_size > 0 &&
-			StoreSchema::Open(Guard, Path, ESqliteAccess::Write))
+		if (stat(GetPath().c_str(), &Status) == 0 && S_ISREG(Status.st_mode) && Status.st_size > 0 &&
+			StoreSchema::Open(Guard, GetPath(), ESqliteAccess::Write))
 		{
 			Guard.SetTimeout(FrameTimeoutMilliseconds);
 			if (Guard.Execute("BEGIN IMMEDIATE").Is(EOutcome::Busy))
 			{
 				return FOutcome(
-					EOutcome::Busy, "The conversation store is damaged and another program is using it. Try again in a moment.", Path);
+					EOutcome::Busy, "The conversation store is damaged and another program is using it. Try again in a moment.", GetPath());
 			}
 		}
-		const std::string NewPath = Path + NewSuffix;
-		const std::string AsidePath = StoreFiles::MakeAsideName(Path,
+		const std::string NewPath = GetPath() + NewSuffix;
+		const std::string AsidePath = StoreFiles::MakeAsideName(GetPath(),
 			Damage == EDamage::Broken	   ? "damaged"
 				: Damage == EDamage::Newer ? "newer"
 										   : "foreign");
@@ -188,8 +189,8 @@ namespace Velmora
 		{
 			return Made;
 		}
-		FOutcome Step = StoreFiles::Rename(Path, AsidePath);
-		Step = Step ? StoreFiles::Move(NewPath, Path) : Step;
+		FOutcome Step = StoreFiles::Rename(GetPath(), AsidePath);
+		Step = Step ? StoreFiles::Move(NewPath, GetPath()) : Step;
 		Step = Step ? Lock.Flush() : Step;
 		return Step ? Step : Step.Explain("The conversation store is damaged and cannot be set aside");
 	}
@@ -214,7 +215,7 @@ namespace Velmora
 		ReserveLog();
 		if (bNeedsCheck.exchange(false) || !bIsChecked)
 		{
-			const uint64 CheckedFile = StoreFiles::GetFileNumber(Path);
+			const uint64 CheckedFile = StoreFiles::GetFileNumber(GetPath());
 			EVerdict Verdict = CheckWholeFile();
 			if (Verdict == EVerdict::Damaged)
 			{
@@ -224,7 +225,7 @@ namespace Velmora
 			if (Verdict == EVerdict::Damaged)
 			{
 				const FTurn Turn(*this, WorkerTimeoutMilliseconds);
-				if (Turn.IsMine() && StoreFiles::GetFileNumber(Path) == CheckedFile)
+				if (Turn.IsMine() && StoreFiles::GetFileNumber(GetPath()) == CheckedFile)
 				{
 					Connection.reset();
 					FileNumber = CheckedFile;
@@ -232,12 +233,16 @@ namespace Velmora
 				}
 			}
 		}
+		if (!bIsBeside)
+		{
+			TakeOverSideStores();
+		}
 		RecoverPending();
 	}
 
 	void FConversationStore::ReserveLog()
 	{
-		const std::string LogPath = Path + "-wal";
+		const std::string LogPath = GetPath() + "-wal";
 		const std::vector<char> Zeros(ReservedLogBytes / 16);
 		FFileDescriptor Log;
 		bool bIsLong = false;
@@ -284,7 +289,7 @@ namespace Velmora
 			return Outcome.Is(EOutcome::Damaged) ? EVerdict::Damaged : Outcome ? EVerdict::Sound : EVerdict::Unknown;
 		};
 		FSqliteConnection Database;
-		if (const FOutcome Opened = StoreSchema::Open(Database, Path, ESqliteAccess::Read); !Opened)
+		if (const FOutcome Opened = StoreSchema::Open(Database, GetPath(), ESqliteAccess::Read); !Opened)
 		{
 			return Judge(Opened);
 		}
@@ -330,7 +335,7 @@ namespace Velmora
 	}
 
 	FOutcome FConversationStore::TakeOver(
-		const FConversationSource& Source, const std::vector<int64>& Numbers, const FTakenName& MakeId, int32& OutCount)
+		const FConversationSource& Source, const std::vector<int64>& Numbers, const FTakenName& MakeId, EKnown Known, int32& OutCount)
 	{
 		OutCount = 0;
 		for (size_t Next = 0; Next < Numbers.size();)
@@ -357,7 +362,7 @@ namespace Velmora
 						{
 							MakeId(Numbers[End], Row);
 						}
-						Step = AddRecovered(Database, Row, Messages, Units, Added);
+						Step = AddRecovered(Database, Row, Messages, Known, Units, Added);
 					}
 					return Step;
 				});
@@ -372,10 +377,14 @@ namespace Velmora
 	}
 
 	FOutcome FConversationStore::AddRecovered(FSqliteConnection& Database, StoreSchema::FConversationRow& Row,
-		const TArray<FConversationMessage>& Messages, int64& InOutUnits, int32& InOutAdded)
+		const TArray<FConversationMessage>& Messages, EKnown Known, int64& InOutUnits, int32& InOutAdded)
 	{
-		StoreSchema::FConversationRow Known;
-		const FOutcome Found = StoreSchema::FindConversation(Database, Utf8Text::ToString(Row.Id), Known);
+		StoreSchema::FConversationRow Stored;
+		const FOutcome Found = StoreSchema::FindConversation(Database, Utf8Text::ToString(Row.Id), Stored);
+		if (Found && Known == EKnown::GoesOn)
+		{
+			return GoOnWith(Database, Stored, Row, Messages, InOutUnits, InOutAdded);
+		}
 		if (Found || Messages.Num() == 0)
 		{
 			return FOutcome::Done();
@@ -391,9 +400,46 @@ namespace Velmora
 		return Step;
 	}
 
+	FOutcome FConversationStore::GoOnWith(FSqliteConnection& Database, StoreSchema::FConversationRow& Stored,
+		StoreSchema::FConversationRow& Row, const TArray<FConversationMessage>& Messages, int64& InOutUnits, int32& InOutAdded)
+	{
+		TArray<FConversationMessage> Known;
+		if (FOutcome Read = StoreSchema::ReadMessages(Database, Stored.Number, -1, Known); !Read)
+		{
+			return Read;
+		}
+		int32 Same = 0;
+		while (Same < Known.Num() && Same < Messages.Num() && Known[Same].Role == Messages[Same].Role &&
+			Known[Same].Content.Equals(Messages[Same].Content))
+		{
+			++Same;
+		}
+		if (Same == Messages.Num())
+		{
+			return FOutcome::Done();
+		}
+		if (Same < Known.Num())
+		{
+			// It went on in both: the other one becomes a conversation of its own.
+			Row.Id = MakeRecoveredId(Row.Id, Same);
+			return AddRecovered(Database, Row, Messages, EKnown::IsLeft, InOutUnits, InOutAdded);
+		}
+		Stored.Mode = Row.Mode;
+		Stored.Updated = FMath::Max(Stored.Updated, Row.Updated);
+		Stored.Opening = StoreSchema::MakeOpening(Messages);
+		FOutcome Step = StoreSchema::UpdateConversation(Database, Stored);
+		for (int32 Index = Same; Step && Index < Messages.Num(); ++Index)
+		{
+			Step = StoreSchema::AddMessage(Database, Stored.Number, Messages[Index]);
+			InOutUnits += Messages[Index].Content.Len() + 100;
+		}
+		++InOutAdded;
+		return Step;
+	}
+
 	bool FConversationStore::RecoverFile(const std::string& Name, EDamage Damage)
 	{
-		const std::string AsidePath = StoreFiles::GetFolder(Path) + '/' + Name;
+		const std::string AsidePath = StoreFiles::GetFolder(GetPath()) + '/' + Name;
 		FStoreSalvage Salvage(AsidePath);
 		std::vector<int64> Numbers;
 		// A later version may mean something else by the same rows.
@@ -413,7 +459,7 @@ namespace Velmora
 		const auto Read = [&Salvage](int64 Number, StoreSchema::FConversationRow& OutRow, TArray<FConversationMessage>& OutMessages)
 		{ Salvage.Read(Number, OutRow, OutMessages); };
 		int32 RecoveredCount = 0;
-		const FOutcome Taken = TakeOver(Read, Numbers, MakeId, RecoveredCount);
+		const FOutcome Taken = TakeOver(Read, Numbers, MakeId, Damage == EDamage::Beside ? EKnown::GoesOn : EKnown::IsLeft, RecoveredCount);
 		if (bStopsChecking)
 		{
 			return false;
@@ -425,13 +471,25 @@ namespace Velmora
 				". What can be read of it could not be taken over yet: " + Taken.GetWords() + " This is tried again at the next start.");
 			return false;
 		}
+		// Taken over whole, it is of no more use.
+		const bool bIsKept = Damage != EDamage::Beside || !RemoveSideStore(AsidePath);
 		const auto Forget = [&Name](FSqliteConnection& Database)
 		{ return Database.Query("DELETE FROM recoveries WHERE file=?").BindText(Name).Finish(); };
 		if (!Run(EAccess::Write, WorkerTimeoutMilliseconds, Forget))
 		{
 			return false;
 		}
-		const std::string Result = Damage != EDamage::Broken ? std::string("A new store begins.")
+		if (!bIsKept)
+		{
+			if (RecoveredCount > 0)
+			{
+				StoreNotices::Add(What + ' ' +
+					Utf8Text::Count(static_cast<size_t>(RecoveredCount), "conversation was", "conversations were") + " taken over.");
+			}
+			return true;
+		}
+		const std::string Result = Damage == EDamage::Beside ? "What could be read of it was taken over."
+			: Damage != EDamage::Broken						 ? std::string("A new store begins.")
 			: RecoveredCount == 0
 			? "Nothing could be recovered from it; a new store begins."
 			: Utf8Text::Count(static_cast<size_t>(RecoveredCount), "conversation was", "conversations were") + " recovered from it.";

@@ -6,6 +6,10 @@
 #include "Text/Utf8Text.h"
 #include "Host/HostClock.h"
 
+#define VELMORA_TEXT_OF(Value) #Value
+#define VELMORA_TEXT_OF_VALUE(Value) VELMORA_TEXT_OF(Value)
+#define VELMORA_STORE_VERSION_TEXT VELMORA_TEXT_OF_VALUE(VELMORA_STORE_VERSION)
+
 namespace Velmora::StoreSchema
 {
 	namespace
@@ -20,9 +24,12 @@ namespace Velmora::StoreSchema
 									 "content BLOB NOT NULL, checksum INTEGER NOT NULL);"
 									 "CREATE TABLE recoveries(file TEXT PRIMARY KEY, damage INTEGER NOT NULL);"
 									 "PRAGMA application_id=1447382083;"
-									 "PRAGMA user_version=1;"
+									 "PRAGMA user_version=" VELMORA_STORE_VERSION_TEXT ";"
 									 "COMMIT";
-		static_assert(ApplicationId == 1447382083 && Version == 1);
+		static_assert(ApplicationId == 1447382083);
+
+		/** No version so far has changed what earlier ones wrote: the number is all there is to it. */
+		constexpr char UpgradeSql[] = "BEGIN IMMEDIATE; PRAGMA user_version=" VELMORA_STORE_VERSION_TEXT "; COMMIT";
 
 		constexpr char FindSql[] = "SELECT number, id, mode, updated, opening, checksum FROM conversations WHERE id=?";
 		constexpr char AllConversationsSql[] =
@@ -143,6 +150,21 @@ namespace Velmora::StoreSchema
 	{
 		const FOutcome Sized = Connection.Execute("PRAGMA page_size=4096");
 		return Sized ? Connection.Execute(CreateSql) : Sized;
+	}
+
+	int64 ReadVersion(FSqliteConnection& Connection)
+	{
+		return Connection.ReadInteger("PRAGMA user_version", -1);
+	}
+
+	FOutcome Upgrade(FSqliteConnection& Connection)
+	{
+		FOutcome Upgraded = Connection.Execute(UpgradeSql);
+		if (!Upgraded)
+		{
+			(void)Connection.Execute("ROLLBACK");
+		}
+		return Upgraded;
 	}
 
 	bool HasTables(FSqliteConnection& Connection)

@@ -24,7 +24,12 @@
 namespace Velmora::StoreSchema
 {
 	constexpr int64 ApplicationId = 0x56454c43; // "VELC"
-	constexpr int64 Version = 1;
+
+	// The build may raise it, to try how versions get along.
+#ifndef VELMORA_STORE_VERSION
+#define VELMORA_STORE_VERSION 1
+#endif
+	constexpr int64 Version = VELMORA_STORE_VERSION;
 	constexpr int64 PositionBits = 31;
 
 	/** How many messages an opening holds at most. */
@@ -47,6 +52,12 @@ namespace Velmora::StoreSchema
 
 	/** Makes tables in a new file. One transaction, marked complete by its version. */
 	FOutcome Create(FSqliteConnection& Connection);
+
+	/** What the file says; negative when it cannot be read. */
+	int64 ReadVersion(FSqliteConnection& Connection);
+
+	/** Makes a store of an earlier version one of this. One transaction. */
+	FOutcome Upgrade(FSqliteConnection& Connection);
 
 	/** The application and version fit, and every table has its columns. False also when the file cannot be read. */
 	bool HasTables(FSqliteConnection& Connection);
