@@ -46,6 +46,8 @@ namespace
 		{ TEXT("key"), EScriptVerb::Key, EScriptArguments::Chord, TEXT("key CHORD"),
 			TEXT("presses a key such as CTRL+ENTER, SHIFT+TAB, ESC, F5") },
 		{ TEXT("click"), EScriptVerb::Click, EScriptArguments::Name, TEXT("click NAME"), TEXT("clicks in the middle of a widget") },
+		{ TEXT("right-click"), EScriptVerb::RightClick, EScriptArguments::Name, TEXT("right-click NAME"),
+			TEXT("the same with the right button") },
 		{ TEXT("move"), EScriptVerb::Move, EScriptArguments::Name, TEXT("move NAME"), TEXT("moves the pointer there") },
 		{ TEXT("drag"), EScriptVerb::Drag, EScriptArguments::NameAndMove, TEXT("drag NAME X Y"),
 			TEXT("presses there, moves by X right and Y down (pixels), lets go") },

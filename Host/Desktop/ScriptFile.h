@@ -9,6 +9,7 @@ enum class EScriptVerb : uint8
 	Type,
 	Key,
 	Click,
+	RightClick,
 	Move,
 	Drag,
 	Scroll,

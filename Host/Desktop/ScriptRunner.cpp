@@ -147,6 +147,7 @@ void FScriptRunner::Begin(const FScriptStep& Step)
 		PressKey(Step.Key, Step.Modifiers);
 		break;
 	case EScriptVerb::Click:
+	case EScriptVerb::RightClick:
 	case EScriptVerb::Move:
 	case EScriptVerb::Drag:
 	case EScriptVerb::Scroll:
@@ -267,11 +268,12 @@ void FScriptRunner::PointAt(const FScriptStep& Step, const FVector2D& From)
 	{
 		GetScriptInput().OnMouseWheel(FVector2D(0.0, Step.X), From, None);
 	}
-	if (Step.Verb != EScriptVerb::Click && Step.Verb != EScriptVerb::Drag)
+	if (Step.Verb != EScriptVerb::Click && Step.Verb != EScriptVerb::RightClick && Step.Verb != EScriptVerb::Drag)
 	{
 		return;
 	}
-	Pending.Add([From]() { GetScriptInput().OnMouseDown(EKeys::LeftMouseButton, From, FModifierKeysState()); });
+	const FKey Button = Step.Verb == EScriptVerb::RightClick ? EKeys::RightMouseButton : EKeys::LeftMouseButton;
+	Pending.Add([From, Button]() { GetScriptInput().OnMouseDown(Button, From, FModifierKeysState()); });
 	// A drag in one move would be none: those who wait for a distance see it pass in pieces.
 	const FVector2D To = Step.Verb == EScriptVerb::Drag ? From + FVector2D(Step.X, Step.Y) : From;
 	for (int32 Move = 1; Step.Verb == EScriptVerb::Drag && Move <= DragMoves; ++Move)
@@ -279,7 +281,7 @@ void FScriptRunner::PointAt(const FScriptStep& Step, const FVector2D& From)
 		const FVector2D Position = From + (To - From) * (static_cast<double>(Move) / DragMoves);
 		Pending.Add([Position]() { GetScriptInput().OnMouseMove(Position, FModifierKeysState()); });
 	}
-	Pending.Add([To]() { GetScriptInput().OnMouseUp(EKeys::LeftMouseButton, To, FModifierKeysState()); });
+	Pending.Add([To, Button]() { GetScriptInput().OnMouseUp(Button, To, FModifierKeysState()); });
 }
 
 bool FScriptRunner::HasStoodStill(double Now)
@@ -360,6 +362,7 @@ bool FScriptRunner::IsDialogAnswered() const
 		case EScriptVerb::Type:
 			return !bIsMessage;
 		case EScriptVerb::Click:
+		case EScriptVerb::RightClick:
 		case EScriptVerb::Scroll:
 		{
 			// A click counts as an answer if it hits the dialog itself; what lies below it cannot be clicked.

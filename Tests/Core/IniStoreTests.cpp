@@ -121,6 +121,25 @@ TEST_F(IniStore, EveryTextComesBack)
 	}
 }
 
+TEST_F(IniStore, WhatIsSetReadsBackFromAnyFile)
+{
+	for (const char* const Bytes : { "", "\r", "[A]\r", "[A]\nk=1\r", "[A\r]\r", "[A]\r\nk=1\r\n[B\r", "k=1" })
+	{
+		for (const FString& Section : { FString(), FString(TEXT("A")), FString(TEXT("B")) })
+		{
+			for (const TCHAR* const Key : { TEXT("k"), TEXT("\uFEFF\r") })
+			{
+				FHostIniFile File{ std::string_view(Bytes) };
+				EXPECT_EQ(File.GetBytes(), Bytes);
+				File.Set(Section, Key, TEXT("new"));
+				FString Value;
+				EXPECT_TRUE(FHostIniFile(File.GetBytes()).Get(Section, Key, Value)) << Bytes << " becomes " << File.GetBytes();
+				EXPECT_EQ(Utf8(Value), "new");
+			}
+		}
+	}
+}
+
 TEST_F(IniStore, ReadsWhatTheEditorWritesInWideText)
 {
 	FHostIniFile File(std::string_view("\xFF\xFE[\0A\0]\0\r\0\n\0k\0=\0\xE4\0", 18));

@@ -42,6 +42,7 @@ TEST(ScriptFile, ReadsEveryStep)
 		{ "type  find \"x\" ", EScriptVerb::Type, " find \"x\" ", 0, 0 },
 		{ "type a\\nb\\tc\\\\d", EScriptVerb::Type, "a\nb\tc\\d", 0, 0 },
 		{ "click #SendButton", EScriptVerb::Click, "#SendButton", 0, 0 },
+		{ "right-click #InputTextBox", EScriptVerb::RightClick, "#InputTextBox", 0, 0 },
 		{ "  click Copy code to clipboard  ", EScriptVerb::Click, "Copy code to clipboard", 0, 0 },
 		{ "move New", EScriptVerb::Move, "New", 0, 0 },
 		{ "drag #InputTextBox -20 5.5", EScriptVerb::Drag, "#InputTextBox", -20, 5.5 },

@@ -76,7 +76,8 @@ namespace
 			const TCHAR Unit = Text[Index];
 			const bool bSpecial =
 				Unit < 0x80 && Unit != 0 && std::string_view(Special).find(static_cast<char>(Unit)) != std::string_view::npos;
-			if (Unit >= 0x20 && Unit != 0x7F && !bSpecial && !IsLoneSurrogate(Text, Index))
+			// The byte order mark would go as one at the start of a file.
+			if (Unit >= 0x20 && Unit != 0x7F && Unit != 0xFEFF && !bSpecial && !IsLoneSurrogate(Text, Index))
 			{
 				Plain.AppendChar(Unit);
 				continue;
@@ -247,11 +248,10 @@ FHostIniFile::FHostIniFile(std::string_view Bytes)
 	{
 		const std::size_t Feed = Bytes.find('\n');
 		const std::size_t Length = Feed == std::string_view::npos ? Bytes.size() : Feed;
-		const bool bReturn = Feed != std::string_view::npos && Feed > 0 && Bytes[Feed - 1] == '\r';
+		// Also of the last line, whose line feed may come with the next write.
+		const bool bReturn = Length > 0 && Bytes[Length - 1] == '\r';
 		const std::string_view Line = Bytes.substr(0, bReturn ? Length - 1 : Length);
-		const std::string_view End = Feed == std::string_view::npos ? std::string_view()
-			: bReturn												? std::string_view("\r\n")
-																	: std::string_view("\n");
+		const std::string_view End = Bytes.substr(Line.size(), Feed == std::string_view::npos ? std::string_view::npos : Feed + 1 - Line.size());
 		Lines.Add(ReadLine(Line, End, Section));
 		Bytes.remove_prefix(Line.size() + End.size());
 	}
@@ -339,9 +339,9 @@ void FHostIniFile::Set(const FString& Section, const FString& Key, const FString
 		At = bSays && Lines[Index].Section == Section ? Index + 1 : At;
 	}
 	const bool bAtEnd = At == Lines.Num() || (At == INDEX_NONE && !Section.IsEmpty());
-	if (bAtEnd && Lines.Num() > 0 && Lines.Last().End.empty())
+	if (bAtEnd && Lines.Num() > 0 && (Lines.Last().End.empty() || Lines.Last().End.back() != '\n'))
 	{
-		Lines.Last().End = NewLine;
+		Lines.Last().End = Lines.Last().End.empty() ? NewLine : "\r\n";
 	}
 	FString Heading = Section;
 	if (At == INDEX_NONE)
