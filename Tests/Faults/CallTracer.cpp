@@ -1,14 +1,14 @@
-// Runs a program and counts its state-changing system calls below some folders, over all of its threads in the order in which
-// they come. At a chosen one it kills the program or lets the call fail. strace can inject, too, but counts for each thread and
-// each kind of call by itself, so the calls of one turn's worker cannot be told from those of another.
+// Runs a program and counts its system calls on files below some folders that change, open or read them, over all of its threads in the
+// order in which they come. At a chosen one it kills the program or lets the call fail. strace can inject, too, but counts for each thread
+// and each kind of call by itself, so the calls of one turn's worker cannot be told from those of another.
 //
 //   CallTracer [--below FOLDER]… [--log FILE] [--changes] [--since FILE] [--kill N] [--fail ERROR --from N [--to M] [--until FILE]] --
 //   PROGRAM …
 //
-// --changes leaves out openings for reading. --since and --until are files: it counts when the one exists, and no more when the other
-// does. The log has a line per call: number, thread, call, the errors that it can give, path.
-// A call that cannot give the error is not failed.
-// Ends with the exit code of the program, or 128 and the signal; 77 where the system lets nobody trace; 2 for a wrong call.
+// --changes leaves out openings for reading, and reading itself. --since and --until are files: it counts when the one exists, and no more
+// when the other does. The log has a line per call: number, thread, call, the errors that it can give, path. A call that cannot give the
+// error is not failed. Ends with the exit code of the program, or 128 and the signal; 77 where the system lets nobody trace; 2 for a wrong
+// call.
 
 #include <cerrno>
 #include <csignal>
@@ -42,6 +42,7 @@ namespace
 	enum class EKind
 	{
 		Open,
+		Read,
 		Write,
 		Flush,
 		Make,
@@ -66,6 +67,10 @@ namespace
 		{ EKind::Open, SYS_creat, "creat", -1, 0, -1 },
 		{ EKind::Open, SYS_openat, "openat", 0, 1, -1, 2 },
 		{ EKind::Open, SYS_openat2, "openat2", 0, 1, -1, 2 },
+		{ EKind::Read, SYS_read, "read", -1, -1, 0 },
+		{ EKind::Read, SYS_readv, "readv", -1, -1, 0 },
+		{ EKind::Read, SYS_pread64, "pread64", -1, -1, 0 },
+		{ EKind::Read, SYS_preadv, "preadv", -1, -1, 0 },
 		{ EKind::Write, SYS_write, "write", -1, -1, 0 },
 		{ EKind::Write, SYS_writev, "writev", -1, -1, 0 },
 		{ EKind::Write, SYS_pwrite64, "pwrite64", -1, -1, 0 },
@@ -100,7 +105,7 @@ namespace
 	};
 
 	constexpr FErrorName ErrorNames[] = { { "ENOSPC", ENOSPC }, { "EIO", EIO }, { "EACCES", EACCES }, { "EROFS", EROFS },
-		{ "EMFILE", EMFILE } };
+		{ "EMFILE", EMFILE }, { "EINTR", EINTR } };
 
 	struct FOptions
 	{
@@ -310,12 +315,12 @@ namespace
 			return false;
 		}
 
-		/** Whether an opening may change what is there; everything else does. */
+		/** Whether an opening may change what is there; reading does not, everything else does. */
 		bool Changes(pid_t Thread, const FTracedCall& Call, const unsigned long long* Arguments) const
 		{
 			if (Call.Flags < 0)
 			{
-				return true;
+				return Call.Kind != EKind::Read;
 			}
 			unsigned long long Flags = Arguments[Call.Flags];
 			if (Call.Number == SYS_openat2)
@@ -334,7 +339,9 @@ namespace
 			case ENOSPC:
 				return bChanges && Call.Kind != EKind::Remove;
 			case EACCES:
-				return Call.Kind != EKind::Write && Call.Kind != EKind::Flush;
+				return Call.Kind != EKind::Read && Call.Kind != EKind::Write && Call.Kind != EKind::Flush;
+			case EINTR:
+				return Call.Kind != EKind::Make && Call.Kind != EKind::Remove;
 			case EROFS:
 				return bChanges && Call.Kind != EKind::Write && Call.Kind != EKind::Flush;
 			case EMFILE:

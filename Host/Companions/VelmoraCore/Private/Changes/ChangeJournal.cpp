@@ -312,7 +312,7 @@ namespace Velmora
 			for (const std::string& Made : { Final, UndoFolder })
 			{
 				const FFileDescriptor Opened(open(Made.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-				fsync(Opened.Get());
+				(void)Opened.Flush();
 			}
 		}
 		Lock = std::move(NewLock);

@@ -10,6 +10,7 @@
 #include <sys/stat.h>
 
 #include "Changes/ContentHash.h"
+#include "Host/HostSystemErrors.h"
 
 namespace Velmora
 {
@@ -193,7 +194,7 @@ namespace Velmora
 
 	bool FChangeLog::OpenAgain(const std::string& Folder)
 	{
-		File = FFileDescriptor(open((Folder + '/' + FileName).c_str(), O_WRONLY | O_APPEND | O_CLOEXEC | O_NOFOLLOW));
+		File = FFileDescriptor::Open(Folder + '/' + FileName, O_WRONLY | O_APPEND | O_NOFOLLOW);
 		return File.IsOpen();
 	}
 
@@ -201,8 +202,8 @@ namespace Velmora
 	{
 		struct stat Before = {};
 		fstat(File.Get(), &Before);
-		const ssize_t Count = write(File.Get(), Line.data(), Line.size());
-		if (Count != static_cast<ssize_t>(Line.size()) || (bIsDurable && fdatasync(File.Get()) != 0))
+		const ssize_t Count = HostRetryInterrupted([&] { return write(File.Get(), Line.data(), Line.size()); });
+		if (Count != static_cast<ssize_t>(Line.size()) || (bIsDurable && !File.Flush()))
 		{
 			const std::string Reason = Count >= 0 && Count < static_cast<ssize_t>(Line.size()) ? "the disk is full" : strerror(errno);
 			// Half a line would spoil the next one.
@@ -214,7 +215,7 @@ namespace Velmora
 
 	std::string FChangeLog::CutTo(off_t Size)
 	{
-		const bool bIsCut = ftruncate(File.Get(), Size) == 0 && (!bIsDurable || fdatasync(File.Get()) == 0);
+		const bool bIsCut = ftruncate(File.Get(), Size) == 0 && (!bIsDurable || File.Flush());
 		return bIsCut ? std::string() : std::string("the list of changes cannot be written: ") + strerror(errno);
 	}
 

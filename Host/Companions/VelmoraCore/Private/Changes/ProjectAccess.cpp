@@ -15,6 +15,8 @@
 #include <sys/syscall.h>
 #include <sys/sysmacros.h>
 
+#include "Host/HostSystemErrors.h"
+
 namespace Velmora
 {
 	namespace
@@ -95,7 +97,8 @@ namespace Velmora
 		/** One step of a walk: never through a link. */
 		FFileDescriptor OpenStep(const FFileDescriptor& Folder, const std::string& Name, int Flags)
 		{
-			FFileDescriptor Opened(openat(Folder.Get(), Name.c_str(), Flags | O_NOFOLLOW | O_CLOEXEC));
+			const auto Open = [&] { return openat(Folder.Get(), Name.c_str(), Flags | O_NOFOLLOW | O_CLOEXEC); };
+			FFileDescriptor Opened(HostRetryInterrupted(Open));
 			if (!Opened.IsOpen() && errno == ENOTDIR)
 			{
 				// A link is no folder either; which of the two it is deserves another word.
@@ -110,12 +113,12 @@ namespace Velmora
 		{
 			while (!Bytes.empty())
 			{
-				const ssize_t Count = write(Handle, Bytes.data(), Bytes.size());
-				if (Count < 0 && errno != EINTR)
+				const ssize_t Count = HostRetryInterrupted([&] { return write(Handle, Bytes.data(), Bytes.size()); });
+				if (Count < 0)
 				{
 					return false;
 				}
-				Bytes.remove_prefix(Count > 0 ? static_cast<size_t>(Count) : 0);
+				Bytes.remove_prefix(static_cast<size_t>(Count));
 			}
 			return true;
 		}
@@ -334,16 +337,12 @@ namespace Velmora
 		char Buffer[65536];
 		while (OutInfo.Size <= MaxBytes && OutBytes.size() <= MaxBytes)
 		{
-			const ssize_t Count = read(File.Get(), Buffer, sizeof(Buffer));
-			if (Count == 0)
+			const ssize_t Count = HostRetryInterrupted([&] { return read(File.Get(), Buffer, sizeof(Buffer)); });
+			if (Count <= 0)
 			{
-				return std::string();
+				return Count == 0 ? std::string() : DescribeLastError();
 			}
-			if (Count < 0 && errno != EINTR)
-			{
-				return DescribeLastError();
-			}
-			OutBytes.append(Buffer, Count > 0 ? static_cast<size_t>(Count) : 0);
+			OutBytes.append(Buffer, static_cast<size_t>(Count));
 		}
 		OutBytes.clear();
 		return "it is larger than " + std::to_string(MaxBytes / (1024 * 1024)) + " MB";
@@ -402,11 +401,12 @@ namespace Velmora
 		const char* const Temporary = Options.TemporaryName.c_str();
 		const mode_t FirstMode = Options.bObeysMask ? Options.Mode : 0600;
 		constexpr int NewFileFlags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
-		FFileDescriptor File(openat(Folder.Get(), Temporary, NewFileFlags, FirstMode));
+		const auto Make = [&] { return openat(Folder.Get(), Temporary, NewFileFlags, FirstMode); };
+		FFileDescriptor File(HostRetryInterrupted(Make));
 		if (!File.IsOpen() && errno == EEXIST && unlinkat(Folder.Get(), Temporary, 0) == 0)
 		{
 			// What an earlier failure could not clear away: nobody else has this name.
-			File = FFileDescriptor(openat(Folder.Get(), Temporary, NewFileFlags, FirstMode));
+			File = FFileDescriptor(HostRetryInterrupted(Make));
 		}
 		if (!File.IsOpen())
 		{
@@ -426,7 +426,7 @@ namespace Velmora
 		{
 			sync_file_range(File.Get(), 0, 0, SYNC_FILE_RANGE_WRITE);
 		}
-		bDone = bDone && (Flushing != EFlush::Wait || fsync(File.Get()) == 0) && File.Close();
+		bDone = bDone && (Flushing != EFlush::Wait || File.Flush()) && File.Close();
 		if (!bDone)
 		{
 			const int Error = errno;
@@ -446,14 +446,14 @@ namespace Velmora
 	std::string FProjectAccess::FlushFile(const std::string& Path) const
 	{
 		const FFileDescriptor File = OpenBeneath(Path, O_RDONLY | O_NONBLOCK | O_NOCTTY);
-		return File.IsOpen() && fsync(File.Get()) == 0 ? std::string() : DescribeLastError();
+		return File.IsOpen() && File.Flush() ? std::string() : DescribeLastError();
 	}
 
 	void FProjectAccess::FlushFolderOf(const std::string& Path) const
 	{
 		std::string Name;
 		const FFileDescriptor Folder = OpenParent(Path, Name);
-		fsync(Folder.Get());
+		(void)Folder.Flush();
 	}
 
 	void FProjectAccess::FlushAll() const
@@ -575,7 +575,7 @@ namespace Velmora
 		if (bIsDurable)
 		{
 			// Not every file system can; the bytes are safe by then.
-			fsync(Folder.Get());
+			(void)Folder.Flush();
 		}
 	}
 }
