@@ -319,3 +319,32 @@ TEST_F(AgentChanges, AChangeOfACancelledTurnIsToldAndUndone)
 	EXPECT_FALSE(std::filesystem::exists(Project.Root / "a.md"));
 	EXPECT_TRUE(Files().empty());
 }
+
+TEST_F(AgentChanges, NamesOfAnyCharacterAreReadAndChanged)
+{
+	for (const std::string Name : { "back\\slash.txt", "back`quote.txt", "st*r.txt", "why?", "what?.txt", "bell\x07.txt", "tab\tin.txt",
+			 "line\nin.txt", "both\"`.txt", "folder\\deeper/file.txt", "[x](y).txt", "-.txt", "#.txt" })
+	{
+		SCOPED_TRACE(Name);
+		const FString Id = Agent->StartConversation(EConversationMode::General);
+		Project.Write(Name, "int Snail;\n");
+		const std::string Seen = Ask("show it", { Name });
+		EXPECT_TRUE(Holds(Seen, "int Snail;")) << Seen;
+		const std::string First = Ask("append \"one\" to it", { Name });
+		EXPECT_EQ(ReadFile(Name), "int Snail;\none\n") << First;
+		// As the prompt box writes it, and in quotes without being attached.
+		const std::string Second = Ask("append \"two\" to " + Name, { Name });
+		EXPECT_EQ(ReadFile(Name), "int Snail;\none\ntwo\n") << Second;
+		if (Name.find('"') == std::string::npos)
+		{
+			const std::string Third = Ask("append \"three\" to \"" + Name + "\"");
+			EXPECT_EQ(ReadFile(Name), "int Snail;\none\ntwo\nthree\n") << Third;
+		}
+		const std::string Last = Ask("delete it", { Name });
+		EXPECT_FALSE(std::filesystem::exists(Project.Root / Name)) << Last;
+	}
+	// What sets folders apart elsewhere still does where nothing bears that name.
+	Project.Write("Source/A.cpp", "int Snail;\n");
+	Ask("append \"one\" to \"Source\\A.cpp\"");
+	EXPECT_EQ(ReadFile("Source/A.cpp"), "int Snail;\none\n");
+}

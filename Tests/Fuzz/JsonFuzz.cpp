@@ -14,8 +14,8 @@ namespace
 	FString Write(const TSharedPtr<FJsonValue>& Value)
 	{
 		FString Text;
-		FUZZ_CHECK(FJsonSerializer::Serialize(
-			Value, FString(), TJsonWriterFactory<TCHAR, TCondensedJsonPrintPolicy<TCHAR>>::Create(&Text)));
+		FUZZ_CHECK(
+			FJsonSerializer::Serialize(Value, FString(), TJsonWriterFactory<TCHAR, TCondensedJsonPrintPolicy<TCHAR>>::Create(&Text)));
 		return Text;
 	}
 }

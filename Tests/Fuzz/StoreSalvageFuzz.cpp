@@ -40,7 +40,8 @@ namespace
 				const std::string Id = std::to_string(Number);
 				const uint64 Checksum = StoreSchema::HashConversation(Number, Id, 1, 7, "");
 				Run(Database,
-					"INSERT INTO conversations VALUES(" + Id + ",'" + Id + "',1,7,x''," + std::to_string(static_cast<int64>(Checksum)) + ")");
+					"INSERT INTO conversations VALUES(" + Id + ",'" + Id + "',1,7,x''," + std::to_string(static_cast<int64>(Checksum)) +
+						")");
 				for (int64 Position = 0; Position < 8; ++Position)
 				{
 					const std::string Content(static_cast<size_t>(Position == 5 ? 6000 : Position * 2), 'x');

@@ -26,7 +26,7 @@ namespace Velmora
 
 		bool NeedsQuotes(std::string_view Name)
 		{
-			return Name.find_first_of(" \t\n\r\"'`,;") != std::string_view::npos;
+			return Name.find_first_of(" \t\n\r\"'`,;:&()?!") != std::string_view::npos;
 		}
 
 		/** The longest of the names that stands at that place as a whole; npos when none does. */

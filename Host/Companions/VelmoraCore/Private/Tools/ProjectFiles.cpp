@@ -78,16 +78,26 @@ namespace Velmora
 		return !IsInside(Normal, Root) && !IsInside(Normal, RealRoot);
 	}
 
+	std::string FProjectFiles::Spell(std::string_view Path) const
+	{
+		std::string Spelt(Path);
+		std::error_code Error;
+		if (Spelt.find('\\') != std::string::npos &&
+			!std::filesystem::exists(std::filesystem::symlink_status(std::filesystem::path(Root) / Spelt, Error)))
+		{
+			std::replace(Spelt.begin(), Spelt.end(), '\\', '/');
+		}
+		return Spelt;
+	}
+
 	bool FProjectFiles::Resolve(std::string_view Path, FProjectPath& OutPath) const
 	{
 		if (RealRoot.empty() || Path.empty() || Path.find('\0') != std::string_view::npos)
 		{
 			return false;
 		}
-		std::string Slashed(Path);
-		std::replace(Slashed.begin(), Slashed.end(), '\\', '/');
 		std::error_code Error;
-		const std::string Real = std::filesystem::canonical(std::filesystem::path(Root) / Slashed, Error).native();
+		const std::string Real = std::filesystem::canonical(std::filesystem::path(Root) / Spell(Path), Error).native();
 		if (Error || !IsInside(Real, RealRoot))
 		{
 			return false;
@@ -110,7 +120,9 @@ namespace Velmora
 		{
 			return { Exact };
 		}
-		std::string LowerName = Utf8Text::ToLower(Name);
+		// A name may hold a backslash, too.
+		const std::string LowerGiven = Utf8Text::ToLower(Name);
+		std::string LowerName = LowerGiven;
 		std::replace(LowerName.begin(), LowerName.end(), '\\', '/');
 		while (Utf8Text::StartsWith(LowerName, "./"))
 		{
@@ -127,9 +139,10 @@ namespace Velmora
 
 		std::vector<std::pair<ENameMatch, FProjectPath>> Found;
 		WalkProject(Root, std::string(),
-			[&Found, &LowerName](const FProjectWalkEntry& Entry)
+			[&Found, &LowerName, &LowerGiven](const FProjectWalkEntry& Entry)
 			{
-				const ENameMatch Match = MatchName(Utf8Text::ToLower(Entry.RelativePath), LowerName);
+				const std::string LowerPath = Utf8Text::ToLower(Entry.RelativePath);
+				const ENameMatch Match = std::min(MatchName(LowerPath, LowerName), MatchName(LowerPath, LowerGiven));
 				if (Match != ENameMatch::None)
 				{
 					Found.push_back({ Match, { std::string(Entry.AbsolutePath), std::string(Entry.RelativePath), Entry.bIsDirectory } });

@@ -66,6 +66,9 @@ namespace Velmora
 		 */
 		bool Resolve(std::string_view Path, FProjectPath& OutPath) const;
 
+		/** A path as it stands on disk: backslashes are part of a name that there is, and else what sets folders apart. */
+		std::string Spell(std::string_view Path) const;
+
 		/** Whether the path is absolute and leads out of the project. */
 		bool IsOutside(std::string_view Path) const;
 

@@ -36,8 +36,7 @@ namespace Velmora
 														  : "Several files are attached. Name the one you mean.\n";
 			return false;
 		}
-		OutPath = Name;
-		std::replace(OutPath.begin(), OutPath.end(), '\\', '/');
+		OutPath = Desk.Files.Spell(Name);
 		if (Desk.FindAttachment(Name, Place))
 		{
 			OutPath = Place.Relative;

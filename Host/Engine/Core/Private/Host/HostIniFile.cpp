@@ -251,7 +251,8 @@ FHostIniFile::FHostIniFile(std::string_view Bytes)
 		// Also of the last line, whose line feed may come with the next write.
 		const bool bReturn = Length > 0 && Bytes[Length - 1] == '\r';
 		const std::string_view Line = Bytes.substr(0, bReturn ? Length - 1 : Length);
-		const std::string_view End = Bytes.substr(Line.size(), Feed == std::string_view::npos ? std::string_view::npos : Feed + 1 - Line.size());
+		const std::string_view End =
+			Bytes.substr(Line.size(), Feed == std::string_view::npos ? std::string_view::npos : Feed + 1 - Line.size());
 		Lines.Add(ReadLine(Line, End, Section));
 		Bytes.remove_prefix(Line.size() + End.size());
 	}
