@@ -8,6 +8,7 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include "Changes/ContentHash.h"
 #include "Host/HostSystemErrors.h"
