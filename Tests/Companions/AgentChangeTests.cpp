@@ -335,7 +335,7 @@ TEST_F(AgentChanges, NamesOfAnyCharacterAreReadAndChanged)
 		// As the prompt box writes it, and in quotes without being attached.
 		const std::string Second = Ask("append \"two\" to " + Name, { Name });
 		EXPECT_EQ(ReadFile(Name), "int Snail;\none\ntwo\n") << Second;
-		if (Name.find('"') == std::string::npos)
+		if (Name.find_first_of("\"\x07\n") == std::string::npos)
 		{
 			const std::string Third = Ask("append \"three\" to \"" + Name + "\"");
 			EXPECT_EQ(ReadFile(Name), "int Snail;\none\ntwo\nthree\n") << Third;

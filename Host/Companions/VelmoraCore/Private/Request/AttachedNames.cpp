@@ -24,9 +24,16 @@ namespace Velmora
 			return IsBlank(Byte) || std::string_view(",;:&()?!").find(Byte) != std::string_view::npos;
 		}
 
+		/** Control characters do not reach the reader of requests. */
+		bool IsPrintable(std::string_view Name)
+		{
+			return std::none_of(Name.begin(), Name.end(),
+				[](char Byte) { return (static_cast<unsigned char>(Byte) < 0x20 && Byte != '\t') || Byte == 0x7F; });
+		}
+
 		bool NeedsQuotes(std::string_view Name)
 		{
-			return Name.find_first_of(" \t\n\r\"'`,;:&()?!") != std::string_view::npos;
+			return !IsPrintable(Name) || Name.find_first_of(" \t\n\r\"'`,;:&()?!") != std::string_view::npos;
 		}
 
 		/** The longest of the names that stands at that place as a whole; npos when none does. */
@@ -89,7 +96,7 @@ namespace Velmora
 			{
 				Result += Name;
 			}
-			else if (Name.find(Quote) == std::string::npos)
+			else if (IsPrintable(Name) && Name.find(Quote) == std::string::npos)
 			{
 				Result += Quote + Name + Quote;
 			}
