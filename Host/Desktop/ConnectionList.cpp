@@ -24,7 +24,7 @@ bool FEditedConnections::Reload()
 {
 	{
 		const std::lock_guard<std::mutex> Lock(Mutex);
-		if (Wanted.IsSet() || !WriteProblem.IsEmpty())
+		if (Wanted.IsSet() || bIsWriting || !WriteProblem.IsEmpty())
 		{
 			return false;
 		}
@@ -148,7 +148,10 @@ void FEditedConnections::Write()
 	TOptional<FWanted> Taken;
 	{
 		const std::lock_guard<std::mutex> Lock(Mutex);
-		Taken = Wanted;
+		// Taken out: a change that comes while this one is written is another one.
+		Taken = MoveTemp(Wanted);
+		Wanted.Reset();
+		bIsWriting = Taken.IsSet();
 	}
 	if (!Taken.IsSet())
 	{
@@ -161,5 +164,5 @@ void FEditedConnections::Write()
 	}
 	const std::lock_guard<std::mutex> Lock(Mutex);
 	WriteProblem = Problem;
-	Wanted.Reset();
+	bIsWriting = false;
 }

@@ -68,6 +68,7 @@ private:
 	FString ReadProblem;
 	mutable std::mutex Mutex;
 	TOptional<FWanted> Wanted;
+	bool bIsWriting = false;
 	/** Of the last write. */
 	FString WriteProblem;
 	/** Last: its thread uses the others. */
