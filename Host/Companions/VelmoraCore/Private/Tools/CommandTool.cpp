@@ -92,7 +92,13 @@ namespace Velmora
 			return;
 		}
 
-		// 3. The command, on the copy if there is one.
+		// 3. The command itself.
+		RunPermitted(Command, Plan, OutResult);
+	}
+
+	void FToolBox::RunPermitted(const std::string& Command, const FProjectPlan& Plan, FToolResult& OutResult)
+	{
+		// 1. On the copy, if there is one.
 		FSandboxedCommand Sandboxed;
 		Sandboxed.Line = Command;
 		Sandboxed.ProjectFolder = Sandboxed.WritableFolder = Files.GetRoot();
@@ -105,7 +111,8 @@ namespace Velmora
 		}
 		else if (const std::string Problem = Copy.Make(IsCancelled); !Problem.empty())
 		{
-			Refuse("Not run: " + Problem);
+			OutResult.Sentence = "Not run: " + Problem;
+			OutResult.Text = OutResult.Sentence + ".\n";
 			return;
 		}
 		else
@@ -114,7 +121,7 @@ namespace Velmora
 		}
 		const FCommandEnd End = FCommandSandbox::Run(Sandboxed, IsCancelled);
 
-		// 4. What it has done. Half of what a command that was stopped meant to do is worth nothing.
+		// 2. What it has done. Half of what a command that was stopped meant to do is worth nothing.
 		FCopyChanges Changes;
 		const bool bHasExited = End.Why == FCommandEnd::EWhy::Exited;
 		if (Plan.bIsTooLarge)

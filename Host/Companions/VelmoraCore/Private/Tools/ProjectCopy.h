@@ -28,7 +28,7 @@ namespace Velmora
 		/** There is more than is copied. */
 		bool bIsTooLarge = false;
 
-		/** Looks through the project; stops where the copy would be too large. */
+		/** Looks through all of the project: what steers and what is secret must be known of one that is too large, too. */
 		static FProjectPlan Make(const std::string& Root);
 	};
 

@@ -15,6 +15,7 @@
 namespace Velmora
 {
 	class FToolBox;
+	struct FProjectPlan;
 
 	/** What a tool does to the project; permissions and modes go by it. */
 	enum class EToolKind : uint8_t
@@ -134,6 +135,7 @@ namespace Velmora
 		void DeleteFileTool(const FToolArguments& Arguments, FToolResult& OutResult);
 		void MoveFileTool(const FToolArguments& Arguments, FToolResult& OutResult);
 		void RunCommandTool(const FToolArguments& Arguments, FToolResult& OutResult);
+		void RunPermitted(const std::string& Command, const FProjectPlan& Plan, FToolResult& OutResult);
 		void UpdatePlanTool(const FToolArguments& Arguments, FToolResult& OutResult);
 
 		/** What is left out of the project, or may hold secrets by its name, is read with the user's consent only. */
