@@ -1,6 +1,7 @@
 #include "ProgramDriver.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -59,6 +60,12 @@ namespace
 			std::string Name, Kind, Properties, Scope;
 			Fields >> Name >> Kind >> Properties >> Scope;
 			const std::string Class = Scope.substr(Scope.rfind(':') + 1);
+			// "SLATE_ATTRIBUTE" is a macro and "MAX_DEPTH" a constant of the compiler: neither has a symbol.
+			const std::string Begin = Name.substr(0, Name.find('_'));
+			if (Begin.size() > 1 && Begin.size() < Name.size() && std::all_of(Begin.begin(), Begin.end(), isupper))
+			{
+				continue;
+			}
 			const bool bHasSymbol = Kind == "prototype"
 				? !Contains(Properties, "default") && !Contains(Properties, "delete") && !Contains(Properties, "pure") && Name != "Skip"
 				: Contains(Properties, "static");
