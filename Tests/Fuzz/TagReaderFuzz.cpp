@@ -20,7 +20,7 @@ namespace
 		{
 			Reader.Add(Bytes.substr(0, PieceSize));
 		}
-		Reader.Finish();
+		Tags.push_back(Reader.HasGarbage() ? "garbage" : "clean");
 		return Tags;
 	}
 }
