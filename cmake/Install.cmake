@@ -3,7 +3,7 @@
 set(Private lib/velmora)
 set(Shared share/velmora)
 install(TARGETS velmora RUNTIME DESTINATION ${Private})
-install(TARGETS Core CoreUObject Json SlateCore Slate Editor Platform
+install(TARGETS Core CoreUObject Json SlateCore Slate Editor Platform Session
 	VelmoraCore VelmoraToolkit VelmoraAutoDownloadFramework VelmoraWire VelmoraUI LIBRARY DESTINATION ${Private})
 install(FILES Velmora.uplugin DESTINATION ${Shared})
 install(DIRECTORY Resources Host/Engine/Resources/AppStyle DESTINATION ${Shared} FILES_MATCHING PATTERN "*.png")
