@@ -154,7 +154,7 @@ void SConnectionsPage::Show(const TSharedPtr<FEditedConnection>& Item)
 	SetModelOptions({}, TEXT("Asking the server\u2026"));
 	RebuildList();
 	RebuildFields();
-	// A keyring may ask for its password, so it is not looked into before somebody looks here.
+	// Where the key comes from is looked up off this thread, and not before somebody looks here.
 	bWantsKey = true;
 }
 
@@ -379,7 +379,7 @@ TSharedRef<SWidget> SConnectionsPage::MakeKeyRow()
 				SNew(SButton)
 				.Tag("ForgetKey")
 				.Text(LOCTEXT("ForgetKey", "Forget"))
-				.ToolTipText(LOCTEXT("ForgetKeyTip", "Takes it out of the keyring and the key file"))
+				.ToolTipText(LOCTEXT("ForgetKeyTip", "Takes it out of the key file"))
 				.IsEnabled_Lambda([this]() { return !KeySource.IsEmpty(); })
 				.OnClicked_Lambda(OnForget)
 			]

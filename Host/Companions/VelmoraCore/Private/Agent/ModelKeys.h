@@ -5,7 +5,7 @@
 #include "Host/AgentConnections.h"
 
 /**
- * The keys of the user's servers: an environment variable that the connection names, the user's keyring, or a file that only
+ * The keys of the user's servers: an environment variable that the connection names, or a file that only
  * the user may read. A key belongs to scheme, host and port. Any thread.
  */
 namespace Velmora::ModelKeys

@@ -112,13 +112,13 @@ namespace Velmora
 		/** Empty, or a sentence that says why nothing was written. */
 		[[nodiscard]] static FString SetDefault(const FString& Name);
 
-		/** Where a connection's key comes from, for people: "the variable X"; empty when there is none. Any thread; may wait for a keyring.
+		/** Where a connection's key comes from, for people: "the variable X"; empty when there is none. Any thread; reads a file.
 		 */
 		static FString DescribeKey(const FAgentConnection& Connection);
 
 		/**
-		 * Keeps a key for the connection's scheme, host and port: in the user's keyring where there is one, else in a file that
-		 * only the user may read. An empty key is forgotten in both. Any thread; may wait for a keyring.
+		 * Keeps a key for the connection's scheme, host and port: in a file that only the user
+		 * may read. An empty key is forgotten. Any thread; writes a file.
 		 *
 		 * @return Empty, or a sentence that says why it was not kept.
 		 */
