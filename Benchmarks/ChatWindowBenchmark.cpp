@@ -335,7 +335,7 @@ namespace
 		{
 			Operation.Path = FString::Printf(TEXT("File%d.cpp"), Number);
 			Operation.Action = 2;
-			Operation.Time = FDateTime::Now() - FTimespan::FromMinutes(5.0 + Number);
+			Operation.Time = FDateTime::Now() - FTimespan::FromSeconds(60.0 * (5 + Number));
 			FFileHistoryTracker::Get().AddOperation(
 				Open.Tab->GetViewModel()->GetCurrentConversationMetadata()->Id, TEXT("measured"), Operation);
 		}

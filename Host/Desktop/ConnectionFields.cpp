@@ -1,5 +1,6 @@
 #include "ConnectionFields.h"
 
+#include "Host/HostNumbers.h"
 #include "Misc/CString.h"
 
 #define LOCTEXT_NAMESPACE "ConnectionFields"
@@ -26,7 +27,7 @@ namespace
 	FString GetNumber(const FAgentConnection& Connection)
 	{
 		const double Value = static_cast<double>(Connection.*Member);
-		return Value == 0.0 ? FString() : FString::SanitizeFloat(Value, 0);
+		return Value == 0.0 ? FString() : HostNumberToText(Value, std::chars_format::fixed);
 	}
 
 	/** @param Least  The smallest number that means something; an empty box means zero where that is allowed. */

@@ -25,7 +25,7 @@ namespace
 		const TSharedPtr<SDockTab> Tab = FGlobalTabmanager::Get()->FindExistingLiveTab(FTabId(SVelmoraTab::GetTabName()));
 		const TSharedPtr<const FChatViewModel> ViewModel =
 			Tab ? StaticCastSharedRef<SVelmoraTab>(Tab->GetContent())->GetViewModel() : nullptr;
-		return ConstCastSharedPtr<FChatViewModel>(ViewModel);
+		return ViewModel ? const_cast<FChatViewModel&>(*ViewModel).AsShared().ToSharedPtr() : nullptr;
 	}
 
 	/** The row that the window can undo by itself; null when the message was loaded. */

@@ -10,36 +10,35 @@ TEST(CharClasses, Facts)
 		bool bSpace;
 		bool bUpper;
 		bool bLower;
-		bool bPunct;
 	};
 	const FCase Cases[] = {
-		{ TEXT('a'), true, false, false, false, true, false },
-		{ TEXT('Z'), true, false, false, true, false, false },
-		{ TEXT('7'), true, true, false, false, false, false },
-		{ TEXT('_'), false, false, false, false, false, true },
-		{ TEXT('+'), false, false, false, false, false, true },
-		{ TEXT(' '), false, false, true, false, false, false },
-		{ TEXT('\v'), false, false, true, false, false, false },
-		{ 0x0, false, false, false, false, false, false },
-		{ 0x1c, false, false, false, false, false, false },
-		{ 0x7f, false, false, false, false, false, false },
-		{ 0x85, false, false, true, false, false, false },
-		{ 0xa0, false, false, true, false, false, false },
-		{ TEXT('é'), true, false, false, false, true, false },
-		{ TEXT('Ž'), true, false, false, true, false, false },
-		{ TEXT('ž'), true, false, false, false, true, false },
-		{ 0x00d7, false, false, false, false, false, false },
-		{ 0x0663, true, false, false, false, false, false },
-		{ 0x2163, false, false, false, false, false, false },
-		{ 0x4e2d, true, false, false, false, false, false },
-		{ 0xac00, true, false, false, false, false, false },
-		{ 0x2014, false, false, false, false, false, true },
-		{ 0x200b, false, false, false, false, false, false },
-		{ 0x180e, false, false, false, false, false, false },
-		{ 0x202f, false, false, true, false, false, false },
-		{ 0xd83d, false, false, false, false, false, false },
-		{ 0xdc64, false, false, false, false, false, false },
-		{ 0xfeff, false, false, false, false, false, false },
+		{ TEXT('a'), true, false, false, false, true },
+		{ TEXT('Z'), true, false, false, true, false },
+		{ TEXT('7'), true, true, false, false, false },
+		{ TEXT('_'), false, false, false, false, false },
+		{ TEXT('+'), false, false, false, false, false },
+		{ TEXT(' '), false, false, true, false, false },
+		{ TEXT('\v'), false, false, true, false, false },
+		{ 0x0, false, false, false, false, false },
+		{ 0x1c, false, false, false, false, false },
+		{ 0x7f, false, false, false, false, false },
+		{ 0x85, false, false, true, false, false },
+		{ 0xa0, false, false, true, false, false },
+		{ TEXT('é'), true, false, false, false, true },
+		{ TEXT('Ž'), true, false, false, true, false },
+		{ TEXT('ž'), true, false, false, false, true },
+		{ 0x00d7, false, false, false, false, false },
+		{ 0x0663, true, false, false, false, false },
+		{ 0x2163, false, false, false, false, false },
+		{ 0x4e2d, true, false, false, false, false },
+		{ 0xac00, true, false, false, false, false },
+		{ 0x2014, false, false, false, false, false },
+		{ 0x200b, false, false, false, false, false },
+		{ 0x180e, false, false, false, false, false },
+		{ 0x202f, false, false, true, false, false },
+		{ 0xd83d, false, false, false, false, false },
+		{ 0xdc64, false, false, false, false, false },
+		{ 0xfeff, false, false, false, false, false },
 	};
 	for (const FCase& Case : Cases)
 	{
@@ -49,7 +48,6 @@ TEST(CharClasses, Facts)
 		EXPECT_EQ(FChar::IsWhitespace(Case.Char), Case.bSpace);
 		EXPECT_EQ(FChar::IsUpper(Case.Char), Case.bUpper);
 		EXPECT_EQ(FChar::IsLower(Case.Char), Case.bLower);
-		EXPECT_EQ(FChar::IsPunct(Case.Char), Case.bPunct);
 	}
 }
 

@@ -44,21 +44,9 @@ TEST(SystemConsole, ValuesFromText)
 	EXPECT_EQ(TestRate.GetValueOnGameThread(), 0.25f);
 	TestRate->Set(1.0e30f);
 	EXPECT_EQ(TestRate->GetInt(), 2147483647);
-	EXPECT_EQ(Utf8(TestRate->GetDefaultValue()), "0.1");
 	TestName->Set(5);
 	EXPECT_EQ(Utf8(TestName.GetValueOnGameThread()), "5");
 	EXPECT_EQ(TestName->GetFloat(), 5.0f);
-}
-
-TEST(SystemConsole, ChangesAreToldOnce)
-{
-	TestCount->Set(1);
-	int32 Calls = 0;
-	const FDelegateHandle Handle = TestCount->OnChangedDelegate().AddLambda([&Calls](IConsoleVariable*) { ++Calls; });
-	TestCount->Set(2);
-	TestCount->Set(TEXT("2"));
-	EXPECT_EQ(Calls, 1) << "an equal value disturbs nobody";
-	TestCount->OnChangedDelegate().Remove(Handle);
 }
 
 TEST(SystemConsole, RegistrationsAreCounted)

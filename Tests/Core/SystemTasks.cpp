@@ -106,7 +106,7 @@ TEST_F(SystemTasks, ResultsComeBack)
 	EXPECT_TRUE(bCompleted);
 
 	TFuture<void> OnGameThread = Async(EAsyncExecution::TaskGraphMainThread, [] {});
-	EXPECT_FALSE(OnGameThread.WaitFor(FTimespan::FromMilliseconds(1)));
+	EXPECT_FALSE(OnGameThread.WaitFor(FTimespan::FromSeconds(0.001)));
 	FHostTasks::RunGameThreadTasks();
 	EXPECT_TRUE(OnGameThread.IsReady());
 	OnGameThread.Get();

@@ -28,10 +28,6 @@ TEST(JsonFields, NamesIgnoreCaseAndTheLastValueWins)
 		Order += Utf8(FString(*Pair.Key)) + " ";
 	}
 	EXPECT_EQ(Order, "First b ") << "order and spelling of the first appearance";
-	EXPECT_TRUE(Object->HasTypedField<EJson::Number>(TEXT("B")));
-	EXPECT_FALSE(Object->HasTypedField<EJson::String>(TEXT("b")));
-	Object->RemoveField(TEXT("B"));
-	EXPECT_FALSE(Object->HasField(TEXT("b")));
 }
 
 TEST(JsonFields, Conversions)
@@ -83,35 +79,4 @@ TEST(JsonFields, Conversions)
 	EXPECT_EQ(Small, -3);
 	EXPECT_TRUE(Object->TryGetNumberField(TEXT("big"), Wide));
 	EXPECT_EQ(Wide, 9007199254740993ll) << "digits in a text are not squeezed through a double";
-}
-
-TEST(JsonFields, PlainGettersReportWhatIsMissing)
-{
-	FHostLog::SetStderrVerbosity(ELogVerbosity::NoLogging);
-	FHostLog::ResetCounts();
-	const TSharedPtr<FJsonObject> Object = ParseObject(TEXT("{\"s\":\"x\",\"n\":-7.9,\"a\":[\"p\",1],\"mixed\":[{}]}"));
-	EXPECT_EQ(Utf8(Object->GetStringField(TEXT("s"))), "x");
-	EXPECT_EQ(Object->GetIntegerField(TEXT("n")), -7);
-	EXPECT_EQ(Object->GetArrayField(TEXT("a")).Num(), 2);
-	TArray<FString> Strings;
-	EXPECT_TRUE(Object->TryGetStringArrayField(TEXT("a"), Strings));
-	EXPECT_EQ(Utf8(FString::Join(Strings, TEXT("|"))), "p|1");
-	EXPECT_FALSE(Object->TryGetStringArrayField(TEXT("mixed"), Strings));
-	EXPECT_EQ(Strings.Num(), 2) << "left as it was";
-	EXPECT_EQ(FHostLog::GetCount(ELogVerbosity::Error), 0);
-	EXPECT_EQ(Utf8(Object->GetStringField(TEXT("missing"))), "");
-	EXPECT_EQ(Object->GetArrayField(TEXT("s")).Num(), 0);
-	EXPECT_FALSE(Object->GetObjectField(TEXT("s")).IsValid());
-	EXPECT_GE(FHostLog::GetWarningCount(TEXT("LogJson")), 3);
-	FHostLog::SetStderrVerbosity(ELogVerbosity::Warning);
-}
-
-TEST(JsonFields, NullsAreKept)
-{
-	FJsonObject Object;
-	Object.SetObjectField(TEXT("o"), nullptr);
-	Object.SetField(TEXT("f"), nullptr);
-	EXPECT_TRUE(Object.HasTypedField<EJson::Null>(TEXT("o")));
-	EXPECT_TRUE(Object.HasTypedField<EJson::Null>(TEXT("f")));
-	EXPECT_FALSE(Object.TryGetField(TEXT("g")).IsValid());
 }

@@ -71,8 +71,8 @@ TEST(JsonText, PrettyBytes)
 	Object->SetArrayField(TEXT("names"), { MakeShared<FJsonValueString>(TEXT("x")), MakeShared<FJsonValueString>(TEXT("y")) });
 	Object->SetArrayField(TEXT("sizes"), { MakeShared<FJsonValueNumber>(1), MakeShared<FJsonValueNumber>(2.5) });
 	const TSharedRef<FJsonObject> Nested = MakeShared<FJsonObject>();
-	Nested->SetField(TEXT("a"), MakeShared<FJsonValueNull>());
-	Object->SetObjectField(TEXT("nested"), Nested);
+	Nested->Values.Add(TEXT("a"), MakeShared<FJsonValueNull>());
+	Object->Values.Add(TEXT("nested"), MakeShared<FJsonValueObject>(Nested));
 	Object->SetBoolField(TEXT("ShowPlan"), true);
 	Object->SetNumberField(TEXT("message_count"), 2);
 
@@ -184,7 +184,10 @@ TEST(JsonText, OddTextsSurvive)
 	EXPECT_EQ(Parse(TEXT("\"\\u0000\\ud83d\\udc64\""))->AsString().Len(), 3);
 	const TSharedPtr<FJsonValue> Escaped = Parse(TEXT("{\"k\\\\ud800\": \"x\\ud800y\\uDC00\\ud800\\ud83d\\udc64\\\\\"}"));
 	ASSERT_TRUE(Escaped.IsValid()) << "half a pair may stand alone in an escape";
-	EXPECT_TRUE(Escaped->AsObject()->GetStringField(TEXT("k\\ud800")).Equals(Lone + FString(FStringView(TEXT("\xD800\xD83D\xDC64\\"), 4))));
+	EXPECT_TRUE(Escaped->AsObject()
+					->Values.FindRef(TEXT("k\\ud800"))
+					->AsString()
+					.Equals(Lone + FString(FStringView(TEXT("\xD800\xD83D\xDC64\\"), 4))));
 	const FString Long = FString::ChrN(10000000, TEXT('x'));
 	EXPECT_TRUE(Parse(TEXT("[\"") + Long + TEXT("\"]"))->AsArray()[0]->AsString().Equals(Long));
 }
@@ -199,12 +202,12 @@ TEST(JsonText, NestingIsBounded)
 	EXPECT_FALSE(Parse(Repeat(TEXT("{\"a\":"), 1000000)).IsValid());
 
 	const TSharedRef<FJsonObject> Circle = MakeShared<FJsonObject>();
-	Circle->SetObjectField(TEXT("self"), Circle);
+	Circle->Values.Add(TEXT("self"), MakeShared<FJsonValueObject>(Circle));
 	FString Out;
 	FHostLog::SetStderrVerbosity(ELogVerbosity::NoLogging);
 	EXPECT_FALSE(FJsonSerializer::Serialize(Circle, TJsonWriterFactory<>::Create(&Out)));
 	FHostLog::SetStderrVerbosity(ELogVerbosity::Warning);
-	Circle->RemoveField(TEXT("self"));
+	Circle->Values.Reset();
 }
 
 TEST(JsonText, OutermostKind)

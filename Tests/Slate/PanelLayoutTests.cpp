@@ -177,13 +177,6 @@ TEST_F(FPanelLayout, WrapBoxBreaksLines)
 			70, "0,5 30x10 | 35,0 30x20 | 2,25 40x10", "114x37" },
 		{ "a child wider than the line gets the line", SNew(W).UseAllottedSize(true).InnerSlotPadding(Gap) + W::Slot()[Block(300, 10)], 100,
 			"0,0 100x10", "300x10" },
-		{ "a forced line",
-			SNew(W).UseAllottedSize(true).InnerSlotPadding(Gap) + W::Slot()[Block(10, 10)] + W::Slot().ForceNewLine(true)[Block(10, 10)],
-			100, "0,0 10x10 | 0,13 10x10", "10x23" },
-		{ "the rest of a line",
-			SNew(W).UseAllottedSize(true).InnerSlotPadding(Gap) + W::Slot()[Block(10, 10)] + W::Slot().FillEmptySpace(true)[Block(10, 10)] +
-				W::Slot()[Block(10, 10)],
-			100, "0,0 10x10 | 15,0 70x10 | 90,0 10x10", "40x10" },
 		{ "collapsed children leave no gap",
 			SNew(W).UseAllottedSize(true).InnerSlotPadding(Gap) + W::Slot()[Block(10, 10)] +
 				W::Slot()[Block(10, 10, EVisibility::Collapsed)] + W::Slot()[Block(10, 10)],

@@ -20,10 +20,7 @@ namespace
 		{
 		}
 		TSharedRef<FWorkspaceItem> GetStructureRoot() const override { return Root; }
-		TSharedRef<FWorkspaceItem> GetToolsStructureRoot() const override { return ToolsRoot; }
-		TSharedRef<FWorkspaceItem> GetLevelEditorCategory() const override { return LevelEditor; }
 		TSharedRef<FWorkspaceItem> GetToolsCategory() const override { return Tools; }
-		TSharedRef<FWorkspaceItem> GetDeveloperToolsMiscCategory() const override { return DeveloperMisc; }
 		TSharedRef<FWorkspaceItem> GetDeveloperToolsLogCategory() const override { return DeveloperLog; }
 
 	private:

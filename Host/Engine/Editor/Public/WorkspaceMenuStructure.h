@@ -9,9 +9,6 @@ class EDITOR_API IWorkspaceMenuStructure
 public:
 	virtual ~IWorkspaceMenuStructure() = default;
 	virtual TSharedRef<FWorkspaceItem> GetStructureRoot() const = 0;
-	virtual TSharedRef<FWorkspaceItem> GetToolsStructureRoot() const = 0;
-	virtual TSharedRef<FWorkspaceItem> GetLevelEditorCategory() const = 0;
 	virtual TSharedRef<FWorkspaceItem> GetToolsCategory() const = 0;
-	virtual TSharedRef<FWorkspaceItem> GetDeveloperToolsMiscCategory() const = 0;
 	virtual TSharedRef<FWorkspaceItem> GetDeveloperToolsLogCategory() const = 0;
 };

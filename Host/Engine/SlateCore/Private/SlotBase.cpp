@@ -33,11 +33,6 @@ void FSlotBase::AttachWidget(const TSharedRef<SWidget>& InWidget)
 	}
 }
 
-void FSlotBase::DetachWidget()
-{
-	AttachWidget(SNullWidget::GetNullWidget());
-}
-
 void FSlotBase::SetOwner(SWidget* InOwner)
 {
 	if (Owner == InOwner)

@@ -13,7 +13,6 @@ struct SLATECORE_API FKey
 	FName GetFName() const { return KeyName; }
 	FString ToString() const { return KeyName.ToString(); }
 	bool IsValid() const { return !KeyName.IsNone(); }
-	bool IsMouseButton() const;
 	bool IsModifierKey() const;
 	bool operator==(const FKey& Other) const { return KeyName == Other.KeyName; }
 	bool operator!=(const FKey& Other) const { return KeyName != Other.KeyName; }

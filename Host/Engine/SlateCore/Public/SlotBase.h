@@ -49,10 +49,7 @@ public:
 	SWidget& GetWidgetRef() const { return *Widget; }
 	/** Puts a widget into the slot in place of the one before. */
 	void AttachWidget(const TSharedRef<SWidget>& InWidget);
-	/** Takes the widget out; an empty one takes its place. */
-	void DetachWidget();
 	void SetOwner(SWidget* InOwner);
-	SWidget* GetOwnerWidget() const { return Owner; }
 	/** True when an attribute of the slot that can change its size is bound. */
 	bool HasSizeBinding() const { return bBindingNoted; }
 	/** Asks for a new layout of a widget; for templates that do not see its class. */
@@ -127,22 +124,6 @@ public:
 	FMargin GetPadding() const { return PaddingAttribute.Get(); }
 	EHorizontalAlignment GetHorizontalAlignment() const { return HAlignment; }
 	EVerticalAlignment GetVerticalAlignment() const { return VAlignment; }
-	void SetPadding(TAttribute<FMargin> InPadding)
-	{
-		PaddingAttribute = InPadding;
-		NoteBinding(PaddingAttribute.IsBound());
-		InvalidateLayout();
-	}
-	void SetHorizontalAlignment(EHorizontalAlignment InAlignment)
-	{
-		HAlignment = InAlignment;
-		InvalidateLayout();
-	}
-	void SetVerticalAlignment(EVerticalAlignment InAlignment)
-	{
-		VAlignment = InAlignment;
-		InvalidateLayout();
-	}
 
 protected:
 	template <typename ArgumentsType>

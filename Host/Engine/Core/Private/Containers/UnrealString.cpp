@@ -155,11 +155,6 @@ void FString::LeftChopInline(int32 Count, EAllowShrinking)
 	}
 }
 
-void FString::RightInline(int32 Count, EAllowShrinking)
-{
-	RightChopInline(Len() - (Count < 0 ? 0 : Count));
-}
-
 void FString::RightChopInline(int32 Count, EAllowShrinking)
 {
 	if (Count > 0)
@@ -232,16 +227,6 @@ bool FString::RemoveFromStart(FStringView Prefix, ESearchCase::Type SearchCase)
 	return true;
 }
 
-bool FString::RemoveFromEnd(FStringView Suffix, ESearchCase::Type SearchCase)
-{
-	if (Suffix.IsEmpty() || !EndsWith(Suffix, SearchCase))
-	{
-		return false;
-	}
-	LeftChopInline(Suffix.Len());
-	return true;
-}
-
 FString FString::Replace(const TCHAR* From, const TCHAR* To, ESearchCase::Type SearchCase) const
 {
 	FString Result(*this);
@@ -276,13 +261,6 @@ int32 FString::ReplaceInline(const TCHAR* From, const TCHAR* To, ESearchCase::Ty
 	return Count;
 }
 
-FString FString::ReplaceChar(TCHAR From, TCHAR To, ESearchCase::Type SearchCase) const
-{
-	FString Result(*this);
-	Result.ReplaceCharInline(From, To, SearchCase);
-	return Result;
-}
-
 void FString::ReplaceCharInline(TCHAR From, TCHAR To, ESearchCase::Type SearchCase)
 {
 	for (TCHAR& Each : Data)
@@ -292,23 +270,6 @@ void FString::ReplaceCharInline(TCHAR From, TCHAR To, ESearchCase::Type SearchCa
 			Each = To;
 		}
 	}
-}
-
-FString FString::ReplaceQuotesWithEscapedQuotes() const
-{
-	FString Result;
-	Result.Reserve(Len());
-	bool bEscaped = false;
-	for (const TCHAR Each : Data)
-	{
-		if (Each == '"' && !bEscaped)
-		{
-			Result.AppendChar(TEXT('\\'));
-		}
-		bEscaped = Each == '\\' && !bEscaped;
-		Result.AppendChar(Each);
-	}
-	return Result;
 }
 
 void FString::ReplaceCharWithEscapedCharInline(const TArray<TCHAR>* Chars)
@@ -341,37 +302,6 @@ FString FString::ReplaceCharWithEscapedChar(const TArray<TCHAR>* Chars) const
 	return Result;
 }
 
-void FString::ReplaceEscapedCharWithCharInline(const TArray<TCHAR>* Chars)
-{
-	FString Result;
-	Result.Reserve(Len());
-	for (int32 Index = 0; Index < Len(); ++Index)
-	{
-		TCHAR Each = (*this)[Index];
-		if (Each == '\\' && Index + 1 < Len())
-		{
-			for (const FEscape& Escape : Escapes)
-			{
-				if (Escape.Letter == (*this)[Index + 1] && IsListed(Chars, Escape.Char))
-				{
-					Each = Escape.Char;
-					++Index;
-					break;
-				}
-			}
-		}
-		Result.AppendChar(Each);
-	}
-	*this = MoveTemp(Result);
-}
-
-FString FString::ReplaceEscapedCharWithChar(const TArray<TCHAR>* Chars) const
-{
-	FString Result(*this);
-	Result.ReplaceEscapedCharWithCharInline(Chars);
-	return Result;
-}
-
 void FString::TrimStartInline()
 {
 	RightChopInline(Len() - FStringView(*this).TrimStart().Len());
@@ -380,12 +310,6 @@ void FString::TrimStartInline()
 void FString::TrimEndInline()
 {
 	LeftInline(FStringView(*this).TrimEnd().Len());
-}
-
-void FString::TrimStartAndEndInline()
-{
-	TrimEndInline();
-	TrimStartInline();
 }
 
 void FString::TrimCharInline(TCHAR Char, bool* bCharRemoved)
@@ -444,28 +368,6 @@ FString FString::ToUpper() const
 	return Result;
 }
 
-FString FString::Reverse() const
-{
-	FString Result(*this);
-	Result.ReverseString();
-	return Result;
-}
-
-void FString::ReverseString()
-{
-	std::reverse(Data.begin(), Data.end());
-}
-
-FString FString::LeftPad(int32 Length) const
-{
-	return ChrN(Length - Len(), TEXT(' ')) + *this;
-}
-
-FString FString::RightPad(int32 Length) const
-{
-	return *this + ChrN(Length - Len(), TEXT(' '));
-}
-
 bool FString::Split(
 	FStringView Separator, FString* LeftPart, FString* RightPart, ESearchCase::Type SearchCase, ESearchDir::Type SearchDir) const
 {
@@ -519,20 +421,6 @@ int32 FString::ParseIntoArrayLines(TArray<FString>& OutArray, bool bCullEmpty) c
 	return CutIntoPieces(*this, OutArray, bCullEmpty, &LineEndLength);
 }
 
-int32 FString::ParseIntoArrayWS(TArray<FString>& OutArray, const TCHAR* ExtraDelimiter, bool bCullEmpty) const
-{
-	const FStringView Extra(ExtraDelimiter);
-	return CutIntoPieces(*this, OutArray, bCullEmpty,
-		[Extra](FStringView Text, int32 Index)
-		{
-			if (FChar::IsWhitespace(Text[Index]))
-			{
-				return 1;
-			}
-			return !Extra.IsEmpty() && Text.RightChop(Index).StartsWith(Extra, ESearchCase::CaseSensitive) ? Extra.Len() : 0;
-		});
-}
-
 FString FString::FromInt(int64 Number)
 {
 	return Printf(TEXT("%lld"), Number);
@@ -544,39 +432,6 @@ FString FString::ChrN(int32 Count, TCHAR Char)
 	if (Count > 0)
 	{
 		Result.Data.assign((std::size_t)Count, Char);
-	}
-	return Result;
-}
-
-FString FString::FormatAsNumber(int32 Number)
-{
-	FString Result = FromInt(Number);
-	for (int32 Index = Result.Len() - 3; Index > (Number < 0 ? 1 : 0); Index -= 3)
-	{
-		Result.InsertAt(Index, TEXT(','));
-	}
-	return Result;
-}
-
-FString FString::SanitizeFloat(double Number, int32 MinFractionalDigits)
-{
-	FString Result = Printf(TEXT("%f"), Number == 0.0 ? 0.0 : Number);
-	int32 Point;
-	if (!Result.FindChar(TEXT('.'), Point))
-	{
-		return Result; // Not a finite number.
-	}
-	while (Result.Len() > Point + 1 + MinFractionalDigits && Result[Result.Len() - 1] == '0')
-	{
-		Result.LeftChopInline(1);
-	}
-	if (Result.Len() == Point + 1)
-	{
-		Result.LeftChopInline(1);
-	}
-	else
-	{
-		Result += ChrN(Point + 1 + MinFractionalDigits - Result.Len(), TEXT('0'));
 	}
 	return Result;
 }
@@ -624,53 +479,4 @@ FString LexToString(double Value)
 FString LexToString(bool bValue)
 {
 	return bValue ? TEXT("true") : TEXT("false");
-}
-FString LexToSanitizedString(double Value)
-{
-	return FString::SanitizeFloat(Value);
-}
-
-void LexFromString(int8& OutValue, const TCHAR* Buffer)
-{
-	OutValue = (int8)FCString::Atoi(Buffer);
-}
-void LexFromString(int16& OutValue, const TCHAR* Buffer)
-{
-	OutValue = (int16)FCString::Atoi(Buffer);
-}
-void LexFromString(int32& OutValue, const TCHAR* Buffer)
-{
-	OutValue = FCString::Atoi(Buffer);
-}
-void LexFromString(int64& OutValue, const TCHAR* Buffer)
-{
-	OutValue = FCString::Atoi64(Buffer);
-}
-void LexFromString(uint8& OutValue, const TCHAR* Buffer)
-{
-	OutValue = (uint8)FCString::Atoi(Buffer);
-}
-void LexFromString(uint16& OutValue, const TCHAR* Buffer)
-{
-	OutValue = (uint16)FCString::Atoi(Buffer);
-}
-void LexFromString(uint32& OutValue, const TCHAR* Buffer)
-{
-	OutValue = (uint32)FCString::Atoi64(Buffer);
-}
-void LexFromString(uint64& OutValue, const TCHAR* Buffer)
-{
-	OutValue = FCString::Strtoui64(Buffer, nullptr, 10);
-}
-void LexFromString(float& OutValue, const TCHAR* Buffer)
-{
-	OutValue = FCString::Atof(Buffer);
-}
-void LexFromString(double& OutValue, const TCHAR* Buffer)
-{
-	OutValue = FCString::Atod(Buffer);
-}
-void LexFromString(bool& bOutValue, const TCHAR* Buffer)
-{
-	bOutValue = FCString::ToBool(Buffer);
 }

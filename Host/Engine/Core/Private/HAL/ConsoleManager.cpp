@@ -43,8 +43,7 @@ namespace
 		{
 		}
 		T Get() const { return Value.load(std::memory_order_relaxed); }
-		/** Whether it was another value before. */
-		bool Set(const T& NewValue) { return Value.exchange(NewValue, std::memory_order_relaxed) != NewValue; }
+		void Set(const T& NewValue) { Value.store(NewValue, std::memory_order_relaxed); }
 
 	private:
 		std::atomic<T> Value;
@@ -63,12 +62,10 @@ namespace
 			const std::lock_guard<std::mutex> Lock(Mutex);
 			return Value;
 		}
-		bool Set(const FString& NewValue)
+		void Set(const FString& NewValue)
 		{
 			const std::lock_guard<std::mutex> Lock(Mutex);
-			const bool bChanged = !Value.Equals(NewValue);
 			Value = NewValue;
-			return bChanged;
 		}
 
 	private:
@@ -98,15 +95,13 @@ namespace
 	{
 	public:
 		TConsoleVariable(const T& InDefault, const TCHAR* InHelp, uint32 InFlags)
-			: Default(InDefault)
-			, Value(InDefault)
+			: Value(InDefault)
 			, Help(InHelp)
 			, Flags(EConsoleVariableFlags(InFlags))
 		{
 		}
 
 		const TCHAR* GetHelp() const override { return *Help; }
-		void SetHelp(const TCHAR* NewHelp) override { Help = NewHelp; }
 		EConsoleVariableFlags GetFlags() const override { return Flags; }
 
 		void Set(const TCHAR* Text, EConsoleVariableFlags SetBy) override
@@ -114,19 +109,19 @@ namespace
 			const FString String(Text);
 			if constexpr (std::is_same_v<T, bool>)
 			{
-				Change(ToFloat(String) != 0.0f);
+				Value.Set(ToFloat(String) != 0.0f);
 			}
 			else if constexpr (std::is_same_v<T, int32>)
 			{
-				Change(ToInteger(String));
+				Value.Set(ToInteger(String));
 			}
 			else if constexpr (std::is_same_v<T, float>)
 			{
-				Change(ToFloat(String));
+				Value.Set(ToFloat(String));
 			}
 			else
 			{
-				Change(String);
+				Value.Set(String);
 			}
 		}
 		void Set(bool bNewValue, EConsoleVariableFlags SetBy) override { SetNumber(bNewValue); }
@@ -172,15 +167,11 @@ namespace
 			}
 		}
 		FString GetString() const override { return ValueText(Value.Get()); }
-		FString GetDefaultValue() const override { return ValueText(Default); }
 
 		bool IsVariableBool() const override { return std::is_same_v<T, bool>; }
 		bool IsVariableInt() const override { return std::is_same_v<T, int32>; }
 		bool IsVariableFloat() const override { return std::is_same_v<T, float>; }
 		bool IsVariableString() const override { return std::is_same_v<T, FString>; }
-
-		void SetOnChangedCallback(const FConsoleVariableDelegate& NewCallback) override { Callback = NewCallback; }
-		FConsoleVariableMulticastDelegate& OnChangedDelegate() override { return OnChanged; }
 
 	private:
 		template <typename TNumber>
@@ -188,33 +179,21 @@ namespace
 		{
 			if constexpr (std::is_same_v<T, FString>)
 			{
-				Change(ValueText(Number));
+				Value.Set(ValueText(Number));
 			}
 			else if constexpr (std::is_same_v<T, int32> && std::is_same_v<TNumber, float>)
 			{
-				Change(Number >= 2147483648.0f ? MAX_int32 : Number >= -2147483648.0f ? int32(Number) : MIN_int32);
+				Value.Set(Number >= 2147483648.0f ? MAX_int32 : Number >= -2147483648.0f ? int32(Number) : MIN_int32);
 			}
 			else
 			{
-				Change(T(Number));
+				Value.Set(T(Number));
 			}
 		}
 
-		void Change(const T& NewValue)
-		{
-			if (Value.Set(NewValue))
-			{
-				Callback.ExecuteIfBound(this);
-				OnChanged.Broadcast(this);
-			}
-		}
-
-		const T Default;
 		TConsoleValue<T> Value;
 		FString Help;
 		const EConsoleVariableFlags Flags;
-		FConsoleVariableDelegate Callback;
-		FConsoleVariableMulticastDelegate OnChanged;
 	};
 
 	class FHostConsoleCommand final : public IConsoleCommand
@@ -227,7 +206,6 @@ namespace
 		{
 		}
 		const TCHAR* GetHelp() const override { return *Help; }
-		void SetHelp(const TCHAR* NewHelp) override { Help = NewHelp; }
 		EConsoleVariableFlags GetFlags() const override { return Flags; }
 		bool Execute(const TArray<FString>& Args) override { return Command.ExecuteIfBound(Args); }
 

@@ -26,17 +26,6 @@ namespace
 		return Path.FindLastChar(TEXT('/'), Slash) ? Path.Left(Slash + 1) : FString(TEXT("/"));
 	}
 
-	FString MakeTempDir()
-	{
-		const char* Variable = std::getenv("TMPDIR");
-		FString Path = HostFileNameFromBytes(Variable && *Variable ? Variable : "/tmp");
-		if (!Path.EndsWith(TEXT("/")))
-		{
-			Path += TEXT("/");
-		}
-		return Path;
-	}
-
 	bool LaunchTarget(FHostLaunchRequest::EKind Kind, const TCHAR* Target, const TCHAR* Parms, FString& OutError)
 	{
 		FHostLaunchRequest Request;
@@ -87,15 +76,4 @@ const TCHAR* FPlatformProcess::BaseDir()
 {
 	static const FString Path = MakeBaseDir();
 	return *Path;
-}
-
-const TCHAR* FPlatformProcess::UserTempDir()
-{
-	static const FString Path = MakeTempDir();
-	return *Path;
-}
-
-uint32 FPlatformProcess::GetCurrentProcessId()
-{
-	return static_cast<uint32>(getpid());
 }

@@ -97,8 +97,3 @@ double FPlatformTime::Seconds()
 {
 	return FHostClock::Seconds();
 }
-
-uint64 FPlatformTime::Cycles64()
-{
-	return (uint64)std::llround(FHostClock::Seconds() * 1e9);
-}

@@ -177,11 +177,6 @@ void FHostLog::SetStderrVerbosity(ELogVerbosity::Type Verbosity)
 	StderrVerbosity.store(Verbosity, std::memory_order_relaxed);
 }
 
-ELogVerbosity::Type FHostLog::GetStderrVerbosity()
-{
-	return StderrVerbosity.load(std::memory_order_relaxed);
-}
-
 int32 FHostLog::GetCount(ELogVerbosity::Type Verbosity)
 {
 	FLogState& State = GetLogState();

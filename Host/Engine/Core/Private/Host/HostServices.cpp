@@ -3,7 +3,6 @@
 #include "Async/TaskGraphInterfaces.h"
 #include "Host/HostStderr.h"
 #include "Logging/LogMacros.h"
-#include "Misc/App.h"
 
 #include <mutex>
 #include <utility>
@@ -136,7 +135,7 @@ void FHostServices::SetMessageDialogHook(FMessageDialogHook Hook)
 
 EAppReturnType::Type FHostServices::OpenMessageDialog(const FHostMessageDialog& Dialog)
 {
-	if (!FApp::IsUnattended() && IsInGameThread())
+	if (IsInGameThread())
 	{
 		if (const FMessageDialogHook Hook = CopyHook(GetServiceState().Dialog))
 		{

@@ -22,10 +22,7 @@ namespace
 			}
 		}
 		const FString& GetName() const override { return Name; }
-		const FString& GetFriendlyName() const override { return Descriptor.FriendlyName; }
 		FString GetBaseDir() const override { return BaseDir; }
-		FString GetContentDir() const override { return BaseDir / TEXT("Content"); }
-		const FString& GetDescriptorFileName() const override { return File; }
 		const FPluginDescriptor& GetDescriptor() const override { return Descriptor; }
 		bool IsEnabled() const override { return true; }
 
@@ -50,12 +47,6 @@ namespace
 				}
 			}
 			return nullptr;
-		}
-		TArray<TSharedRef<IPlugin>> GetEnabledPlugins() override { return GetDiscoveredPlugins(); }
-		TArray<TSharedRef<IPlugin>> GetDiscoveredPlugins() override
-		{
-			const std::lock_guard<std::mutex> Lock(Mutex);
-			return Plugins;
 		}
 
 		void Remove(const FString& Name)

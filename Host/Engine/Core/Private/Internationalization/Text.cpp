@@ -42,15 +42,6 @@ namespace
 		}
 	}
 
-	FString FormatTime(const FDateTime& Fields, EDateTimeStyle::Type Style)
-	{
-		const TCHAR* HalfDay = Fields.IsMorning() ? TEXT("AM") : TEXT("PM");
-		if (Style == EDateTimeStyle::Short)
-		{
-			return FString::Printf(TEXT("%d:%02d %s"), Fields.GetHour12(), Fields.GetMinute(), HalfDay);
-		}
-		return FString::Printf(TEXT("%d:%02d:%02d %s"), Fields.GetHour12(), Fields.GetMinute(), Fields.GetSecond(), HalfDay);
-	}
 }
 
 const FText& FText::GetEmpty()
@@ -83,11 +74,6 @@ const FString& FText::ToString() const
 	return Data ? Data->Display : GetEmptyString();
 }
 
-bool FText::IsEmptyOrWhitespace() const
-{
-	return FStringView(ToString()).TrimStart().IsEmpty();
-}
-
 FText FText::Join(const FText& Delimiter, const FFormatOrderedArguments& Arguments)
 {
 	return FromString(FString::JoinBy(
@@ -105,36 +91,9 @@ FText FText::AsDate(const FDateTime& DateTime, EDateTimeStyle::Type Style, const
 	return FromString(FormatDate(InZone(DateTime, TimeZone), Style));
 }
 
-FText FText::AsTime(const FDateTime& DateTime, EDateTimeStyle::Type Style, const FString& TimeZone, const FCulturePtr&)
-{
-	return FromString(FormatTime(InZone(DateTime, TimeZone), Style));
-}
-
-FText FText::AsDateTime(
-	const FDateTime& DateTime, EDateTimeStyle::Type DateStyle, EDateTimeStyle::Type TimeStyle, const FString& TimeZone, const FCulturePtr&)
-{
-	const FDateTime Fields = InZone(DateTime, TimeZone);
-	return FromString(FormatDate(Fields, DateStyle) + TEXT(", ") + FormatTime(Fields, TimeStyle));
-}
-
 FString FText::GetInvariantTimeZone()
 {
 	return TEXT("Etc/Unknown");
-}
-
-FText FText::TrimPreceding(const FText& Text)
-{
-	return FromString(Text.ToString().TrimStart());
-}
-
-FText FText::TrimTrailing(const FText& Text)
-{
-	return FromString(Text.ToString().TrimEnd());
-}
-
-FText FText::TrimPrecedingAndTrailing(const FText& Text)
-{
-	return FromString(Text.ToString().TrimStartAndEnd());
 }
 
 TOptional<FString> FTextInspector::GetNamespace(const FText& Text)
@@ -145,9 +104,4 @@ TOptional<FString> FTextInspector::GetNamespace(const FText& Text)
 TOptional<FString> FTextInspector::GetKey(const FText& Text)
 {
 	return Text.Data && !Text.Data->Key.IsEmpty() ? TOptional<FString>(Text.Data->Key) : TOptional<FString>();
-}
-
-const FString* FTextInspector::GetSourceString(const FText& Text)
-{
-	return &Text.ToString();
 }

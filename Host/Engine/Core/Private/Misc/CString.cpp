@@ -94,67 +94,9 @@ int32 FCString::Strnlen(const TCHAR* String, SIZE_T StringSize)
 	return (int32)Length;
 }
 
-int32 FCString::Strcmp(const TCHAR* A, const TCHAR* B)
-{
-	return CompareUpTo(A, B, std::numeric_limits<SIZE_T>::max(), false);
-}
-
 int32 FCString::Stricmp(const TCHAR* A, const TCHAR* B)
 {
 	return CompareUpTo(A, B, std::numeric_limits<SIZE_T>::max(), true);
-}
-
-int32 FCString::Strncmp(const TCHAR* A, const TCHAR* B, SIZE_T Count)
-{
-	return CompareUpTo(A, B, Count, false);
-}
-
-int32 FCString::Strnicmp(const TCHAR* A, const TCHAR* B, SIZE_T Count)
-{
-	return CompareUpTo(A, B, Count, true);
-}
-
-const TCHAR* FCString::Strchr(const TCHAR* String, TCHAR Char)
-{
-	for (;; ++String)
-	{
-		if (*String == Char)
-		{
-			return String;
-		}
-		if (!*String)
-		{
-			return nullptr;
-		}
-	}
-}
-
-const TCHAR* FCString::Strrchr(const TCHAR* String, TCHAR Char)
-{
-	const TCHAR* Last = nullptr;
-	for (;; ++String)
-	{
-		if (*String == Char)
-		{
-			Last = String;
-		}
-		if (!*String)
-		{
-			return Last;
-		}
-	}
-}
-
-const TCHAR* FCString::Strstr(const TCHAR* String, const TCHAR* Find)
-{
-	const int32 Index = UE::String::FindFirst(String, Strlen(String), Find, Strlen(Find), ESearchCase::CaseSensitive, 0);
-	return Index == INDEX_NONE ? nullptr : String + Index;
-}
-
-const TCHAR* FCString::Stristr(const TCHAR* String, const TCHAR* Find)
-{
-	const int32 Index = UE::String::FindFirst(String, Strlen(String), Find, Strlen(Find), ESearchCase::IgnoreCase, 0);
-	return Index == INDEX_NONE ? nullptr : String + Index;
 }
 
 int64 FCString::Strtoi64(const TCHAR* Start, TCHAR** OutEnd, int32 Base)
@@ -199,11 +141,6 @@ int32 FCString::Strtoi(const TCHAR* Start, TCHAR** OutEnd, int32 Base)
 int32 FCString::Atoi(const TCHAR* String)
 {
 	return Strtoi(String, nullptr, 10);
-}
-
-int64 FCString::Atoi64(const TCHAR* String)
-{
-	return Strtoi64(String, nullptr, 10);
 }
 
 // Longest prefix that is a number; anything else is zero.

@@ -67,11 +67,6 @@ bool FChar::IsLowerSlow(TCHAR Char)
 	return FindRow(LowerRanges, Char) != nullptr;
 }
 
-bool FChar::IsPunctSlow(TCHAR Char)
-{
-	return FindRow(PunctRanges, Char) != nullptr;
-}
-
 bool FChar::IsWhitespaceSlow(TCHAR Char)
 {
 	switch (Char)

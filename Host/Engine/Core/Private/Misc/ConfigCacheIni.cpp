@@ -54,29 +54,6 @@ void FConfigCacheIni::SetString(const TCHAR* Section, const TCHAR* Key, const TC
 	IHostConfigStore::GetCurrent()->Set(File, Section, Key, Value);
 }
 
-void FConfigCacheIni::SetInt(const TCHAR* Section, const TCHAR* Key, int32 Value, const FString& File)
-{
-	SetString(Section, Key, *FString::FromInt(Value), File);
-}
-
-void FConfigCacheIni::SetFloat(const TCHAR* Section, const TCHAR* Key, float Value, const FString& File)
-{
-	SetString(Section, Key, *FString::SanitizeFloat(double(Value)), File);
-}
-
-void FConfigCacheIni::SetBool(const TCHAR* Section, const TCHAR* Key, bool Value, const FString& File)
-{
-	SetString(Section, Key, Value ? TEXT("True") : TEXT("False"), File);
-}
-
-bool FConfigCacheIni::RemoveKey(const TCHAR* Section, const TCHAR* Key, const FString& File)
-{
-	FString Old;
-	const bool bFound = GetString(Section, Key, Old, File);
-	IHostConfigStore::GetCurrent()->Remove(File, Section, Key);
-	return bFound;
-}
-
 void FConfigCacheIni::Flush(bool bRemoveFromCache, const FString& File)
 {
 	IHostConfigStore::GetCurrent()->Flush(File);

@@ -36,32 +36,6 @@ namespace
 		return Digits >= MinDigits;
 	}
 
-	/** The pattern with no field wider than any date is written: strftime pads up to the width, gigabytes where that is asked for. */
-	std::string LimitFieldWidths(std::string_view Pattern)
-	{
-		constexpr std::size_t MaxWidthDigits = 3;
-		std::string Limited;
-		for (std::size_t Index = 0; Index < Pattern.size(); ++Index)
-		{
-			Limited.push_back(Pattern[Index]);
-			if (Pattern[Index] != '%')
-			{
-				continue;
-			}
-			const std::size_t Width = std::min(Pattern.find_first_not_of("_-0^#+", Index + 1), Pattern.size());
-			const std::size_t Field = std::min(Pattern.find_first_not_of("0123456789", Width), Pattern.size());
-			Limited += Pattern.substr(Index + 1, Width - Index - 1);
-			Limited += Field - Width > MaxWidthDigits ? std::string_view("999") : Pattern.substr(Width, Field - Width);
-			Index = Field - 1;
-			if (Field < Pattern.size())
-			{
-				// "%%" begins no field.
-				Limited.push_back(Pattern[++Index]);
-			}
-		}
-		return Limited;
-	}
-
 	/** The milliseconds of a fraction of any length; further digits are dropped. */
 	int32 ReadFraction(const TCHAR*& It)
 	{
@@ -154,11 +128,6 @@ int32 FDateTime::GetDayOfYear() const
 	return (int32)(Ticks / ETimespan::TicksPerDay - DaysBeforeYear(GetYear())) + 1;
 }
 
-double FDateTime::GetJulianDay() const
-{
-	return 1721425.5 + (double)Ticks / ETimespan::TicksPerDay;
-}
-
 int32 FDateTime::DaysInMonth(int32 Year, int32 Month)
 {
 	check(Month >= 1 && Month <= 12);
@@ -234,38 +203,6 @@ FString FDateTime::ToString(const TCHAR* Format) const
 		}
 	}
 	return Result;
-}
-
-FString FDateTime::ToFormattedString(const TCHAR* Format) const
-{
-	std::tm Fields = {};
-	int32 Year;
-	int32 Month;
-	GetDate(Year, Month, Fields.tm_mday);
-	Fields.tm_year = Year - 1900;
-	Fields.tm_mon = Month - 1;
-	Fields.tm_hour = GetHour();
-	Fields.tm_min = GetMinute();
-	Fields.tm_sec = GetSecond();
-	Fields.tm_wday = ((int32)GetDayOfWeek() + 1) % 7;
-	Fields.tm_yday = GetDayOfYear() - 1;
-	static const locale_t Plain = newlocale(LC_ALL_MASK, "C", nullptr);
-	// A trailing unit tells an empty result from a buffer that was too small.
-	std::string Pattern = LimitFieldWidths(FTCHARToUTF8(Format).Get());
-	Pattern.push_back(' ');
-	std::string Buffer;
-	std::size_t Written = 0;
-	for (std::size_t Size = Pattern.size() * 2 + 64; Written == 0 && Size < (1u << 28); Size *= 2)
-	{
-		Buffer.resize(Size);
-		Written = strftime_l(Buffer.data(), Buffer.size(), Pattern.c_str(), &Fields, Plain);
-	}
-	return FString(FUTF8ToTCHAR(Buffer.c_str(), Written > 0 ? (int32)Written - 1 : 0).Get());
-}
-
-FString FDateTime::ToIso8601() const
-{
-	return ToString(TEXT("%Y-%m-%dT%H:%M:%S.%sZ"));
 }
 
 FDateTime FDateTime::Now()

@@ -226,20 +226,3 @@ bool FFileHelper::SaveStringToFile(
 	const std::string Bytes = Encode(Text, Encoding, !bContinues);
 	return SaveBytes(Bytes.data(), Bytes.size(), Filename, WriteFlags);
 }
-
-bool FFileHelper::SaveStringArrayToFile(
-	const TArray<FString>& Lines, const TCHAR* Filename, EEncodingOptions Encoding, IFileManager* FileManager, uint32 WriteFlags)
-{
-	FString Text;
-	for (const FString& Line : Lines)
-	{
-		Text += Line;
-		Text += TEXT('\n');
-	}
-	return SaveStringToFile(Text, Filename, Encoding, FileManager, WriteFlags);
-}
-
-bool FFileHelper::SaveArrayToFile(TArrayView<const uint8> Bytes, const TCHAR* Filename, IFileManager* FileManager, uint32 WriteFlags)
-{
-	return SaveBytes(Bytes.GetData(), std::size_t(Bytes.Num()), Filename, WriteFlags);
-}

@@ -142,21 +142,9 @@ void FHostPaths::SetProjectDir(const FString& Path)
 	Folders.ProjectSaved.Reset();
 }
 
-void FHostPaths::SetProjectContentDir(const FString& Path)
-{
-	SetFolder(GetFolders().ProjectContent, Path);
-}
-
 void FHostPaths::SetProjectSavedDir(const FString& Path)
 {
 	SetFolder(GetFolders().ProjectSaved, Path);
-}
-
-void FHostPaths::SetProjectFilePath(const FString& Path)
-{
-	const FString Full = Path.IsEmpty() ? FString() : FPaths::ConvertRelativePathToFull(GetWorkingDirectory(), Path);
-	const std::lock_guard<std::mutex> Lock(GetFolders().Mutex);
-	GetFolders().ProjectFile = Full;
 }
 
 void FHostPaths::SetEngineDir(const FString& Path)
@@ -204,50 +192,15 @@ FString FPaths::ProjectContentDir()
 	return GetFolderOr(GetFolders().ProjectContent, ProjectDir(), TEXT("Content/"));
 }
 
-FString FPaths::ProjectConfigDir()
-{
-	return ProjectDir() + TEXT("Config/");
-}
-
 FString FPaths::ProjectSavedDir()
 {
 	return GetFolderOr(GetFolders().ProjectSaved, ProjectDir(), TEXT("Saved/"));
-}
-
-FString FPaths::ProjectIntermediateDir()
-{
-	return ProjectDir() + TEXT("Intermediate/");
-}
-
-FString FPaths::ProjectPluginsDir()
-{
-	return ProjectDir() + TEXT("Plugins/");
-}
-
-FString FPaths::ProjectLogDir()
-{
-	return ProjectSavedDir() + TEXT("Logs/");
-}
-
-FString FPaths::GetProjectFilePath()
-{
-	return GetFolder(GetFolders().ProjectFile);
 }
 
 FString FPaths::EngineDir()
 {
 	const FString Set = GetFolder(GetFolders().Engine);
 	return HandOut(Set.IsEmpty() ? FString(FPlatformProcess::BaseDir()) : Set);
-}
-
-FString FPaths::EngineContentDir()
-{
-	return EngineDir() + TEXT("Content/");
-}
-
-FString FPaths::EngineConfigDir()
-{
-	return EngineDir() + TEXT("Config/");
 }
 
 FString FPaths::EngineSavedDir()
@@ -301,35 +254,6 @@ FString FPaths::GetPath(const FString& Path)
 	return Separator == INDEX_NONE ? FString() : Path.Left(Separator);
 }
 
-FString FPaths::GetPathLeaf(const FString& Path)
-{
-	int32 End = Path.Len();
-	while (End > 0 && IsSeparator(Path[End - 1]))
-	{
-		--End;
-	}
-	return GetCleanFilename(Path.Left(End));
-}
-
-FString FPaths::ChangeExtension(const FString& Path, const FString& NewExtension)
-{
-	return FindExtensionDot(Path) == INDEX_NONE ? Path : SetExtension(Path, NewExtension);
-}
-
-FString FPaths::SetExtension(const FString& Path, const FString& NewExtension)
-{
-	FString Result = GetBaseFilename(Path, false);
-	if (!NewExtension.IsEmpty())
-	{
-		if (NewExtension[0] != TEXT('.'))
-		{
-			Result += TEXT('.');
-		}
-		Result += NewExtension;
-	}
-	return Result;
-}
-
 void FPaths::Split(const FString& Path, FString& OutPath, FString& OutFilename, FString& OutExtension)
 {
 	const FString Whole = Path; // An output may be the input.
@@ -356,21 +280,6 @@ void FPaths::NormalizeDirectoryName(FString& Path)
 	{
 		Path.LeftChopInline(1);
 	}
-}
-
-void FPaths::RemoveDuplicateSlashes(FString& Path)
-{
-	// 3. Up from the one, then down to the other.
-	FString Result;
-	Result.Reserve(Path.Len());
-	for (const TCHAR Char : static_cast<const FString&>(Path))
-	{
-		if (Char != TEXT('/') || Result.IsEmpty() || Result[Result.Len() - 1] != TEXT('/'))
-		{
-			Result.AppendChar(Char);
-		}
-	}
-	Path = MoveTemp(Result);
 }
 
 // A relative path may lead up and out ("../x"); an absolute one that would leave its root is refused and left as it was.
@@ -463,46 +372,6 @@ bool FPaths::MakePathRelativeTo(FString& Path, const TCHAR* RelativeTo)
 	}
 	Path = MoveTemp(Result);
 	return true;
-}
-
-bool FPaths::IsSamePath(const FString& A, const FString& B)
-{
-	FString FullA = ConvertRelativePathToFull(A);
-	FString FullB = ConvertRelativePathToFull(B);
-	NormalizeDirectoryName(FullA);
-	NormalizeDirectoryName(FullB);
-	return FullA.Equals(FullB);
-}
-
-bool FPaths::IsUnderDirectory(const FString& Path, const FString& Directory)
-{
-	FString Full = ConvertRelativePathToFull(Path);
-	FString Folder = ConvertRelativePathToFull(Directory);
-	NormalizeDirectoryName(Full);
-	NormalizeDirectoryName(Folder);
-	if (Full.Equals(Folder))
-	{
-		return true;
-	}
-	if (!Folder.EndsWith(TEXT("/")))
-	{
-		Folder += TEXT("/");
-	}
-	return Full.StartsWith(Folder, ESearchCase::CaseSensitive);
-}
-
-FString FPaths::MakeValidFileName(const FString& Name, TCHAR Replacement)
-{
-	FString Result = Name;
-	for (TCHAR& Char : Result)
-	{
-		int32 Found = INDEX_NONE;
-		if (Char < 0x20 || Char == 0x7F || FStringView(TEXT("\"*/:<>?\\|")).FindChar(Char, Found))
-		{
-			Char = Replacement;
-		}
-	}
-	return Result;
 }
 
 // Exactly one separator in between, however many the parts bring.

@@ -16,12 +16,12 @@ namespace UE::StringFormat
 	namespace
 	{
 		/** Sign or prefix, then body, padded to the width. Zeros go between the two. */
-		void AppendPadded(FString& Out, const FSpec& Spec, const char* Prefix, FStringView Body, bool bZeroAllowed)
+		void AppendPadded(FString& Out, const FPlaceholder& Placeholder, const char* Prefix, FStringView Body, bool bZeroAllowed)
 		{
 			int32 PrefixLen = (int32)std::char_traits<char>::length(Prefix);
-			int32 Fill = Spec.Width - PrefixLen - Body.Len();
-			const bool bZeros = Spec.bZero && !Spec.bLeft && bZeroAllowed;
-			for (; !Spec.bLeft && !bZeros && Fill > 0; --Fill)
+			int32 Fill = Placeholder.Width - PrefixLen - Body.Len();
+			const bool bZeros = Placeholder.bZero && !Placeholder.bLeft && bZeroAllowed;
+			for (; !Placeholder.bLeft && !bZeros && Fill > 0; --Fill)
 			{
 				Out.AppendChar(TEXT(' '));
 			}
@@ -40,23 +40,23 @@ namespace UE::StringFormat
 			}
 		}
 
-		void AppendNarrow(FString& Out, const FSpec& Spec, const char* Prefix, const std::string& Body, bool bZeroAllowed)
+		void AppendNarrow(FString& Out, const FPlaceholder& Placeholder, const char* Prefix, const std::string& Body, bool bZeroAllowed)
 		{
 			const std::u16string Wide(Body.begin(), Body.end());
-			AppendPadded(Out, Spec, Prefix, FStringView(Wide.data(), (int32)Wide.size()), bZeroAllowed);
+			AppendPadded(Out, Placeholder, Prefix, FStringView(Wide.data(), (int32)Wide.size()), bZeroAllowed);
 		}
 
-		const char* SignOf(bool bNegative, const FSpec& Spec)
+		const char* SignOf(bool bNegative, const FPlaceholder& Placeholder)
 		{
-			return bNegative ? "-" : (Spec.bPlus ? "+" : (Spec.bSpace ? " " : ""));
+			return bNegative ? "-" : (Placeholder.bPlus ? "+" : (Placeholder.bSpace ? " " : ""));
 		}
 
 		// 1. The value as C reads it. 2. Its digits. 3. Digits up to the precision. 4. Sign or prefix, and padding; a
 		// precision switches padding with zeros off.
-		void AppendInteger(FString& Out, const FSpec& Spec, const FArg& Arg)
+		void AppendInteger(FString& Out, const FPlaceholder& Placeholder, const FArg& Arg)
 		{
 			const bool bNarrow = Arg.Kind == EArg::Int || Arg.Kind == EArg::Char;
-			const bool bDecimalSigned = Spec.Conversion == 'd' || Spec.Conversion == 'i';
+			const bool bDecimalSigned = Placeholder.Conversion == 'd' || Placeholder.Conversion == 'i';
 			int64 Signed = Arg.Integer;
 			if (bNarrow && bDecimalSigned)
 			{
@@ -68,38 +68,39 @@ namespace UE::StringFormat
 			{
 				Magnitude = (uint32)Arg.Integer;
 			}
-			const int32 Base = Spec.Conversion == 'x' || Spec.Conversion == 'X' ? 16 : (Spec.Conversion == 'o' ? 8 : 10);
+			const int32 Base =
+				Placeholder.Conversion == 'x' || Placeholder.Conversion == 'X' ? 16 : (Placeholder.Conversion == 'o' ? 8 : 10);
 			char Buffer[72];
 			const char* End = std::to_chars(Buffer, Buffer + sizeof(Buffer), Magnitude, Base).ptr;
 			std::string Body(static_cast<const char*>(Buffer), End);
-			if (Spec.Conversion == 'X')
+			if (Placeholder.Conversion == 'X')
 			{
 				for (char& Each : Body)
 				{
 					Each = (char)FChar::ToUpper((TCHAR)Each);
 				}
 			}
-			if (Spec.Precision == 0 && Magnitude == 0)
+			if (Placeholder.Precision == 0 && Magnitude == 0)
 			{
 				Body.clear();
 			}
-			if ((int32)Body.size() < Spec.Precision)
+			if ((int32)Body.size() < Placeholder.Precision)
 			{
-				Body.insert(0, (std::size_t)Spec.Precision - Body.size(), '0');
+				Body.insert(0, (std::size_t)Placeholder.Precision - Body.size(), '0');
 			}
-			const char* Prefix = bDecimalSigned ? SignOf(bNegative, Spec) : "";
-			if (Spec.bAlternate && Magnitude != 0 && Base == 16)
+			const char* Prefix = bDecimalSigned ? SignOf(bNegative, Placeholder) : "";
+			if (Placeholder.bAlternate && Magnitude != 0 && Base == 16)
 			{
-				Prefix = Spec.Conversion == 'X' ? "0X" : "0x";
+				Prefix = Placeholder.Conversion == 'X' ? "0X" : "0x";
 			}
-			AppendNarrow(Out, Spec, Prefix, Body, Spec.Precision == INDEX_NONE);
+			AppendNarrow(Out, Placeholder, Prefix, Body, Placeholder.Precision == INDEX_NONE);
 		}
 
 		// Digits come from std::to_chars, which is exact and knows no locale.
-		void AppendFloat(FString& Out, const FSpec& Spec, double Value)
+		void AppendFloat(FString& Out, const FPlaceholder& Placeholder, double Value)
 		{
-			const bool bUpper = FChar::IsUpper(Spec.Conversion);
-			const TCHAR Kind = FChar::ToLower(Spec.Conversion);
+			const bool bUpper = FChar::IsUpper(Placeholder.Conversion);
+			const TCHAR Kind = FChar::ToLower(Placeholder.Conversion);
 			const bool bNegative = std::signbit(Value);
 			std::string Body;
 			if (!std::isfinite(Value))
@@ -110,7 +111,7 @@ namespace UE::StringFormat
 			{
 				const std::chars_format Format =
 					Kind == 'f' ? std::chars_format::fixed : (Kind == 'e' ? std::chars_format::scientific : std::chars_format::general);
-				const int32 Precision = Spec.Precision == INDEX_NONE ? 6 : Spec.Precision;
+				const int32 Precision = Placeholder.Precision == INDEX_NONE ? 6 : Placeholder.Precision;
 				Body.resize((std::size_t)Precision + 340); // The largest double has 309 digits before the point.
 				const std::to_chars_result Result =
 					std::to_chars(Body.data(), Body.data() + Body.size(), std::fabs(Value), Format, Precision);
@@ -123,17 +124,17 @@ namespace UE::StringFormat
 					Each = (char)FChar::ToUpper((TCHAR)Each);
 				}
 			}
-			AppendNarrow(Out, Spec, SignOf(bNegative, Spec), Body, std::isfinite(Value));
+			AppendNarrow(Out, Placeholder, SignOf(bNegative, Placeholder), Body, std::isfinite(Value));
 		}
 
-		void AppendText(FString& Out, const FSpec& Spec, FStringView Text)
+		void AppendText(FString& Out, const FPlaceholder& Placeholder, FStringView Text)
 		{
-			AppendPadded(Out, Spec, "", Spec.Precision == INDEX_NONE ? Text : Text.Left(Spec.Precision), false);
+			AppendPadded(Out, Placeholder, "", Placeholder.Precision == INDEX_NONE ? Text : Text.Left(Placeholder.Precision), false);
 		}
 
-		void AppendOne(FString& Out, const FSpec& Spec, const FArg& Arg)
+		void AppendOne(FString& Out, const FPlaceholder& Placeholder, const FArg& Arg)
 		{
-			switch (Spec.Conversion)
+			switch (Placeholder.Conversion)
 			{
 			case 'f':
 			case 'F':
@@ -141,33 +142,33 @@ namespace UE::StringFormat
 			case 'G':
 			case 'e':
 			case 'E':
-				AppendFloat(Out, Spec, Arg.Float);
+				AppendFloat(Out, Placeholder, Arg.Float);
 				break;
 			case 'c':
 			{
 				const TCHAR Char = (TCHAR)Arg.Integer;
-				AppendPadded(Out, Spec, "", FStringView(&Char, 1), false);
+				AppendPadded(Out, Placeholder, "", FStringView(&Char, 1), false);
 				break;
 			}
 			case 's':
 			case 'S':
 				if (Arg.Kind == EArg::AnsiString)
 				{
-					AppendText(Out, Spec, FUTF8ToTCHAR(Arg.AnsiString ? Arg.AnsiString : "(null)").Get());
+					AppendText(Out, Placeholder, FUTF8ToTCHAR(Arg.AnsiString ? Arg.AnsiString : "(null)").Get());
 				}
-				else if (Arg.String && Spec.Precision != INDEX_NONE)
+				else if (Arg.String && Placeholder.Precision != INDEX_NONE)
 				{
-					AppendText(
-						Out, Spec, FStringView(Arg.String, FCString::Strnlen(Arg.String, (SIZE_T)Spec.Precision))); // May lack its null.
+					AppendText(Out, Placeholder,
+						FStringView(Arg.String, FCString::Strnlen(Arg.String, (SIZE_T)Placeholder.Precision))); // May lack its null.
 				}
 				else
 				{
-					AppendText(Out, Spec, Arg.String ? Arg.String : TEXT("(null)"));
+					AppendText(Out, Placeholder, Arg.String ? Arg.String : TEXT("(null)"));
 				}
 				break;
 			case 'p':
 			{
-				FSpec Hex = Spec;
+				FPlaceholder Hex = Placeholder;
 				Hex.Conversion = 'x';
 				Hex.bAlternate = true;
 				FArg Address;
@@ -177,7 +178,7 @@ namespace UE::StringFormat
 				break;
 			}
 			default:
-				AppendInteger(Out, Spec, Arg);
+				AppendInteger(Out, Placeholder, Arg);
 				break;
 			}
 		}
@@ -212,23 +213,23 @@ namespace UE::StringFormat
 				++Format;
 				continue;
 			}
-			FSpec Spec;
-			Format = ParseSpec(Format, Spec);
-			if (Spec.bStarWidth)
+			FPlaceholder Placeholder;
+			Format = ParsePlaceholder(Format, Placeholder);
+			if (Placeholder.bStarWidth)
 			{
-				Spec.Width = (int32)Take().Integer;
-				if (Spec.Width < 0)
+				Placeholder.Width = (int32)Take().Integer;
+				if (Placeholder.Width < 0)
 				{
-					Spec.bLeft = true;
-					Spec.Width = -Spec.Width;
+					Placeholder.bLeft = true;
+					Placeholder.Width = -Placeholder.Width;
 				}
 			}
-			if (Spec.bStarPrecision)
+			if (Placeholder.bStarPrecision)
 			{
-				Spec.Precision = (int32)Take().Integer;
-				Spec.Precision = Spec.Precision < 0 ? INDEX_NONE : Spec.Precision;
+				Placeholder.Precision = (int32)Take().Integer;
+				Placeholder.Precision = Placeholder.Precision < 0 ? INDEX_NONE : Placeholder.Precision;
 			}
-			AppendOne(Out, Spec, Take());
+			AppendOne(Out, Placeholder, Take());
 		}
 	}
 }

@@ -63,32 +63,7 @@ FString FTimespan::ToString(const TCHAR* Format) const
 	return Result;
 }
 
-FTimespan FTimespan::FromDays(double Days)
-{
-	return FTimespan(FMath::RoundToInt64(Days * ETimespan::TicksPerDay));
-}
-
-FTimespan FTimespan::FromHours(double Hours)
-{
-	return FTimespan(FMath::RoundToInt64(Hours * ETimespan::TicksPerHour));
-}
-
-FTimespan FTimespan::FromMinutes(double Minutes)
-{
-	return FTimespan(FMath::RoundToInt64(Minutes * ETimespan::TicksPerMinute));
-}
-
 FTimespan FTimespan::FromSeconds(double Seconds)
 {
 	return FTimespan(FMath::RoundToInt64(Seconds * ETimespan::TicksPerSecond));
-}
-
-FTimespan FTimespan::FromMilliseconds(double Milliseconds)
-{
-	return FTimespan(FMath::RoundToInt64(Milliseconds * ETimespan::TicksPerMillisecond));
-}
-
-FTimespan FTimespan::FromMicroseconds(double Microseconds)
-{
-	return FTimespan(FMath::RoundToInt64(Microseconds * ETimespan::TicksPerMicrosecond));
 }

@@ -170,7 +170,6 @@ struct FModuleManager::FImpl
 	TMap<FName, TFunction<TUniquePtr<IModuleInterface>()>> Makers;
 	TArray<FString> Folders;
 	FString LastError;
-	FModulesChangedEvent Changed;
 };
 
 FModuleManager::FModuleManager()
@@ -214,7 +213,6 @@ IModuleInterface* FModuleManager::LoadModuleWithFailureReason(FName Name, EModul
 	}
 	Module->StartupModule();
 	Module->PostLoadCallback();
-	Impl->Changed.Broadcast(Name, EModuleChangeReason::ModuleLoaded);
 	return Module;
 }
 
@@ -242,11 +240,6 @@ bool FModuleManager::IsModuleLoaded(FName Name) const
 	return Impl->Find(Name) != nullptr;
 }
 
-bool FModuleManager::ModuleExists(const TCHAR* Name) const
-{
-	return Impl->Makers.Contains(FName(Name)) || !Impl->FindLibrary(Name).IsEmpty();
-}
-
 bool FModuleManager::UnloadModule(FName Name, bool bIsShutdown)
 {
 	IModuleInterface* Module = Impl->Find(Name);
@@ -266,7 +259,6 @@ bool FModuleManager::UnloadModule(FName Name, bool bIsShutdown)
 			Impl->Loaded.RemoveAt(Index);
 		}
 	}
-	Impl->Changed.Broadcast(Name, EModuleChangeReason::ModuleUnloaded);
 	return true;
 }
 
@@ -289,17 +281,7 @@ void FModuleManager::UnloadModulesAtShutdown()
 
 void FModuleManager::AddBinariesDirectory(const TCHAR* Directory, bool bIsGameDirectory)
 {
-	const FString Full = FPaths::ConvertRelativePathToFull(Directory);
-	const auto IsSame = [&Full](const FString& Folder) { return FPaths::IsSamePath(Folder, Full); };
-	if (Impl->Folders.IndexOfByPredicate(IsSame) == INDEX_NONE)
-	{
-		Impl->Folders.Add(Full);
-	}
-}
-
-FModuleManager::FModulesChangedEvent& FModuleManager::OnModulesChanged()
-{
-	return Impl->Changed;
+	Impl->Folders.AddUnique(FPaths::ConvertRelativePathToFull(Directory));
 }
 
 void FHostModules::Register(FName Name, TFunction<TUniquePtr<IModuleInterface>()> Make)

@@ -58,11 +58,5 @@ auto Async(EAsyncExecution Execution, TCallable&& Callable, TUniqueFunction<void
 	return Future;
 }
 
-template <typename TCallable>
-auto AsyncThread(TCallable&& Callable, uint32 StackSize = 0) -> TFuture<std::invoke_result_t<std::decay_t<TCallable>&>>
-{
-	return Async(EAsyncExecution::Thread, std::forward<TCallable>(Callable));
-}
-
 /** Queues a task for the game thread, also when called there, or hands it to the background pool. */
 CORE_API void AsyncTask(ENamedThreads::Type Thread, TUniqueFunction<void()> Task);

@@ -125,17 +125,7 @@ public:
 	TFuture<T> GetFuture() { return TFuture<T>(State); }
 	void SetValue(FStored InValue) requires(!std::is_void_v<T>) { State->Set(static_cast<FStored&&>(InValue)); }
 	void SetValue() requires(std::is_void_v<T>) { State->Set(FStored()); }
-	void EmplaceValue(FStored InValue) requires(!std::is_void_v<T>) { State->Set(static_cast<FStored&&>(InValue)); }
 
 private:
 	TSharedPtr<FState> State;
 };
-
-/** A future that is ready already. */
-template <typename T>
-TFuture<std::decay_t<T>> MakeFulfilledPromiseFuture(T&& Value)
-{
-	TPromise<std::decay_t<T>> Promise;
-	Promise.SetValue(static_cast<T&&>(Value));
-	return Promise.GetFuture();
-}

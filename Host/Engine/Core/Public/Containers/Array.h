@@ -89,7 +89,6 @@ public:
 	int32 Num() const { return (int32)Cells.size(); }
 	int32 Max() const { return (int32)Cells.capacity(); }
 	bool IsEmpty() const { return Cells.empty(); }
-	SIZE_T GetAllocatedSize() const { return Cells.capacity() * sizeof(T); }
 	T* GetData() { return ToElements(Cells.data()); }
 	const T* GetData() const { return ToElements(Cells.data()); }
 	bool IsValidIndex(int32 Index) const { return Index >= 0 && (SIZE_T)Index < Cells.size(); }
@@ -158,8 +157,6 @@ public:
 		AddDefaulted();
 		return Last();
 	}
-	int32 AddZeroed(int32 Count = 1) { return AddDefaulted(Count); }
-	int32 AddUninitialized(int32 Count = 1) { return AddDefaulted(Count); }
 	int32 AddUnique(const T& Item)
 	{
 		const int32 Index = Find(Item);
@@ -170,8 +167,6 @@ public:
 		const int32 Index = Find(Item);
 		return Index != INDEX_NONE ? Index : Add(static_cast<T&&>(Item));
 	}
-	void Push(const T& Item) { Add(Item); }
-	void Push(T&& Item) { Add(static_cast<T&&>(Item)); }
 	int32 Insert(const T& Item, int32 Index)
 	{
 		check(Index >= 0 && Index <= Num());
@@ -208,12 +203,6 @@ public:
 		const int32 OldNum = AddDefaulted(Count);
 		std::rotate(Cells.begin() + Index, Cells.begin() + OldNum, Cells.end());
 		return Index;
-	}
-	template <typename... ArgTypes>
-	void EmplaceAt(int32 Index, ArgTypes&&... Args)
-	{
-		check(Index >= 0 && Index <= Num());
-		Cells.emplace(Cells.begin() + Index, Forward<ArgTypes>(Args)...);
 	}
 	template <typename OtherAllocator>
 	void Append(const TArray<T, OtherAllocator>& Source)
@@ -292,42 +281,11 @@ public:
 		check(Index >= 0 && Count >= 0 && Count <= Num() - Index);
 		Cells.erase(Cells.begin() + Index, Cells.begin() + Index + Count);
 	}
-	/** The last element takes the place of the removed one. */
-	void RemoveAtSwap(int32 Index, EAllowShrinking AllowShrinking = EAllowShrinking::Default)
-	{
-		check(IsValidIndex(Index));
-		if (Index != Num() - 1)
-		{
-			Cells[(SIZE_T)Index] = static_cast<CellType&&>(Cells.back());
-		}
-		Cells.pop_back();
-	}
 	/** How many were removed. */
 	int32 Remove(const T& Item)
 	{
 		const CellType Copy(Item); // The item may be an element that is about to move.
 		return RemoveAll([&Copy](const T& Other) { return Other == (const T&)Copy; });
-	}
-	int32 RemoveSingle(const T& Item)
-	{
-		const int32 Index = Find(Item);
-		if (Index == INDEX_NONE)
-		{
-			return 0;
-		}
-		RemoveAt(Index);
-		return 1;
-	}
-	int32 RemoveSwap(const T& Item) { return Remove(Item); }
-	int32 RemoveSingleSwap(const T& Item, EAllowShrinking AllowShrinking = EAllowShrinking::Default)
-	{
-		const int32 Index = Find(Item);
-		if (Index == INDEX_NONE)
-		{
-			return 0;
-		}
-		RemoveAtSwap(Index);
-		return 1;
 	}
 	template <typename PredicateType>
 	int32 RemoveAll(const PredicateType& Predicate)
@@ -337,11 +295,6 @@ public:
 		const int32 Removed = (int32)(Cells.end() - NewEnd);
 		Cells.erase(NewEnd, Cells.end());
 		return Removed;
-	}
-	template <typename PredicateType>
-	int32 RemoveAllSwap(const PredicateType& Predicate, EAllowShrinking AllowShrinking = EAllowShrinking::Default)
-	{
-		return RemoveAll(Predicate);
 	}
 
 	// Size.
@@ -491,7 +444,6 @@ public:
 			std::swap(GetData()[A], GetData()[B]);
 		}
 	}
-	void SwapMemory(int32 A, int32 B) { Swap(A, B); }
 
 	/** Walks by index, so the array may change meanwhile. */
 	template <typename ArrayType, typename ItemType>
@@ -516,7 +468,6 @@ public:
 			return *this;
 		}
 		int32 GetIndex() const { return Index; }
-		void RemoveCurrent() { Array.RemoveAt(Index--); }
 		void Reset() { Index = 0; }
 
 	private:
@@ -525,8 +476,6 @@ public:
 	};
 	using TIterator = TIndexIterator<TArray, T>;
 	using TConstIterator = TIndexIterator<const TArray, const T>;
-	TIterator CreateIterator() { return TIterator(*this); }
-	TConstIterator CreateConstIterator() const { return TConstIterator(*this); }
 
 private:
 	static T* ToElements(CellType* Cells)

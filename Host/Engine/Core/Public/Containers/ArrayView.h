@@ -53,11 +53,6 @@ public:
 		return Data[Index];
 	}
 	T& Last(int32 IndexFromTheEnd = 0) const { return (*this)[Count - IndexFromTheEnd - 1]; }
-	TArrayView Slice(int32 Index, int32 InNum) const
-	{
-		check(Index >= 0 && InNum >= 0 && InNum <= Count - Index);
-		return TArrayView(Data + Index, InNum);
-	}
 	TArrayView Left(int32 N) const { return TArrayView(Data, Clamped(N)); }
 	TArrayView Right(int32 N) const { return TArrayView(Data + Count - Clamped(N), Clamped(N)); }
 	TArrayView RightChop(int32 N) const { return TArrayView(Data + Clamped(N), Count - Clamped(N)); }
@@ -104,19 +99,3 @@ private:
 	T* Data = nullptr;
 	int32 Count = 0;
 };
-
-template <typename T>
-auto MakeArrayView(T&& Range)
-{
-	return TArrayView<std::remove_pointer_t<decltype(GetData(Range))>>(GetData(Range), (int32)GetNum(Range));
-}
-template <typename T>
-TArrayView<T> MakeArrayView(T* Data, int32 Num)
-{
-	return TArrayView<T>(Data, Num);
-}
-template <typename T>
-TArrayView<const T> MakeConstArrayView(const T* Data, int32 Num)
-{
-	return TArrayView<const T>(Data, Num);
-}

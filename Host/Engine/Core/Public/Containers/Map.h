@@ -155,25 +155,6 @@ public:
 		Table.Remove(Slot);
 		return 1;
 	}
-	bool RemoveAndCopyValue(const KeyType& Key, ValueType& OutRemovedValue)
-	{
-		const int32 Slot = FindSlot(Key);
-		if (Slot == INDEX_NONE)
-		{
-			return false;
-		}
-		OutRemovedValue = static_cast<ValueType&&>(Table.At(Slot).Value);
-		Table.Remove(Slot);
-		return true;
-	}
-	ValueType FindAndRemoveChecked(const KeyType& Key)
-	{
-		const int32 Slot = FindSlot(Key);
-		check(Slot != INDEX_NONE);
-		ValueType Result = static_cast<ValueType&&>(Table.At(Slot).Value);
-		Table.Remove(Slot);
-		return Result;
-	}
 	void Reset() { Table.Clear(/*bKeepMemory*/ true); }
 	void Empty(int32 ExpectedNumElements = 0)
 	{
@@ -182,19 +163,8 @@ public:
 	}
 	void Reserve(int32 Number) { Table.Reserve(Number); }
 	void Compact() { Table.Compact(); }
-	void CompactStable() { Table.Compact(); }
 	void Shrink() {}
 
-	template <typename PredicateType>
-	void KeySort(const PredicateType& Predicate)
-	{
-		Table.Sort([&Predicate](const ElementType& A, const ElementType& B) { return Predicate(A.Key, B.Key); });
-	}
-	template <typename PredicateType>
-	void KeyStableSort(const PredicateType& Predicate)
-	{
-		KeySort(Predicate);
-	}
 	template <typename PredicateType>
 	void ValueSort(const PredicateType& Predicate)
 	{
@@ -204,41 +174,6 @@ public:
 	void ValueStableSort(const PredicateType& Predicate)
 	{
 		ValueSort(Predicate);
-	}
-	void GenerateKeyArray(TArray<KeyType>& OutArray) const
-	{
-		OutArray.Reset(Num());
-		for (const ElementType& Element : *this)
-		{
-			OutArray.Add(Element.Key);
-		}
-	}
-	void GenerateValueArray(TArray<ValueType>& OutArray) const
-	{
-		OutArray.Reset(Num());
-		for (const ElementType& Element : *this)
-		{
-			OutArray.Add(Element.Value);
-		}
-	}
-	/** Keys as array or set. */
-	template <typename SetAllocator>
-	void GetKeys(TArray<KeyType, SetAllocator>& OutKeys) const
-	{
-		OutKeys.Reset(Num());
-		for (const ElementType& Element : *this)
-		{
-			OutKeys.Add(Element.Key);
-		}
-	}
-	int32 GetKeys(TSet<KeyType>& OutKeys) const
-	{
-		OutKeys.Reset();
-		for (const ElementType& Element : *this)
-		{
-			OutKeys.Add(Element.Key);
-		}
-		return OutKeys.Num();
 	}
 	template <typename PredicateType>
 	TMap FilterByPredicate(const PredicateType& Predicate) const
@@ -253,26 +188,7 @@ public:
 		}
 		return Result;
 	}
-	/** Same pairs in any order. */
-	bool OrderIndependentCompareEqual(const TMap& Other) const
-	{
-		if (Num() != Other.Num())
-		{
-			return false;
-		}
-		for (const ElementType& Element : *this)
-		{
-			const ValueType* Value = Other.Find(Element.Key);
-			if (!Value || !(*Value == Element.Value))
-			{
-				return false;
-			}
-		}
-		return true;
-	}
 
-	TIterator CreateIterator() { return TIterator(Table, 0); }
-	TConstIterator CreateConstIterator() const { return TConstIterator(Table, 0); }
 	TIterator begin() { return TIterator(Table, 0); }
 	TIterator end() { return TIterator(Table, Table.NumSlots()); }
 	TConstIterator begin() const { return TConstIterator(Table, 0); }

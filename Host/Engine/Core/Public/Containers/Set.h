@@ -14,8 +14,6 @@ struct DefaultKeyFuncs
 struct FSetElementId
 {
 	int32 Index = INDEX_NONE;
-	bool IsValidId() const { return Index != INDEX_NONE; }
-	int32 AsInteger() const { return Index; }
 	bool operator==(const FSetElementId&) const = default;
 };
 
@@ -47,7 +45,6 @@ public:
 		const int32 Slot = FindSlot(Key);
 		return Slot != INDEX_NONE ? &Table.At(Slot) : nullptr;
 	}
-	FSetElementId FindId(const ElementType& Key) const { return { FindSlot(Key) }; }
 
 	FSetElementId Add(const ElementType& Element, bool* bIsAlreadyInSetPtr = nullptr)
 	{
@@ -119,7 +116,6 @@ public:
 	}
 	void Reserve(int32 Number) { Table.Reserve(Number); }
 	void Compact() { Table.Compact(); }
-	void CompactStable() { Table.Compact(); }
 	void Shrink() {}
 	void Sort()
 	{
@@ -138,12 +134,6 @@ public:
 		{
 			Result.Add(Element);
 		}
-		return Result;
-	}
-	TSet Union(const TSet& Other) const
-	{
-		TSet Result(*this);
-		Result.Append(Other);
 		return Result;
 	}
 	TSet Intersect(const TSet& Other) const
@@ -170,20 +160,7 @@ public:
 		}
 		return Result;
 	}
-	bool Includes(const TSet& Other) const
-	{
-		for (const ElementType& Element : Other)
-		{
-			if (!Contains(Element))
-			{
-				return false;
-			}
-		}
-		return true;
-	}
 
-	TIterator CreateIterator() { return TIterator(Table, 0); }
-	TConstIterator CreateConstIterator() const { return TConstIterator(Table, 0); }
 	TIterator begin() { return TIterator(Table, 0); }
 	TIterator end() { return TIterator(Table, Table.NumSlots()); }
 	TConstIterator begin() const { return TConstIterator(Table, 0); }

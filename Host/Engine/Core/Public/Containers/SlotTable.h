@@ -225,8 +225,6 @@ namespace UE::Slots
 			return *this;
 		}
 		bool operator==(const TSlotIterator& Other) const { return Slot == Other.Slot; }
-		/** The iterator stands between elements until it is advanced. */
-		void RemoveCurrent() { Table->Remove(Slot); }
 
 	protected:
 		TableType* Table;

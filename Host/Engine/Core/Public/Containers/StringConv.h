@@ -67,18 +67,6 @@ namespace UE::StringConv
 	};
 }
 
-/** StringCast<ANSICHAR>(Tchars) or StringCast<TCHAR>(Bytes); narrow text is UTF-8. */
-template <typename To, typename From>
-typename UE::StringConv::TCast<To>::Type StringCast(const From* Text)
-{
-	return typename UE::StringConv::TCast<To>::Type(Text);
-}
-template <typename To, typename From>
-typename UE::StringConv::TCast<To>::Type StringCast(const From* Text, int32 Length)
-{
-	return typename UE::StringConv::TCast<To>::Type(Text, Length);
-}
-
 // The pointer is good to the end of the full expression only.
 #define TCHAR_TO_UTF8(String) (FTCHARToUTF8((const TCHAR*)(String)).Get())
 #define UTF8_TO_TCHAR(String) (FUTF8ToTCHAR((const ANSICHAR*)(String)).Get())

@@ -51,7 +51,6 @@ public:
 
 	constexpr const CharType* GetData() const { return Data; }
 	constexpr int32 Len() const { return Size; }
-	constexpr int32 NumBytes() const { return Size * (int32)sizeof(CharType); }
 	constexpr bool IsEmpty() const { return Size == 0; }
 	constexpr bool IsValidIndex(int32 Index) const { return Index >= 0 && Index < Size; }
 	constexpr const CharType& operator[](int32 Index) const
@@ -69,14 +68,10 @@ public:
 	constexpr TStringView Right(int32 Count) const { return TStringView(Data + (Size - Clamped(Count)), Clamped(Count)); }
 	constexpr TStringView RightChop(int32 Count) const { return TStringView(Data + Clamped(Count), Size - Clamped(Count)); }
 	constexpr TStringView Mid(int32 Position, int32 Count = MAX_int32Value) const { return RightChop(Position).Left(Count); }
-	constexpr TStringView SubStr(int32 Position, int32 Count) const { return Mid(Position, Count); }
 	constexpr void LeftInline(int32 Count) { *this = Left(Count); }
 	constexpr void LeftChopInline(int32 Count) { *this = LeftChop(Count); }
-	constexpr void RightInline(int32 Count) { *this = Right(Count); }
 	constexpr void RightChopInline(int32 Count) { *this = RightChop(Count); }
 	constexpr void MidInline(int32 Position, int32 Count = MAX_int32Value) { *this = Mid(Position, Count); }
-	constexpr void RemovePrefix(int32 Count) { RightChopInline(Count); }
-	constexpr void RemoveSuffix(int32 Count) { LeftChopInline(Count); }
 	TStringView TrimStart() const
 	{
 		int32 Start = 0;
@@ -98,7 +93,6 @@ public:
 	TStringView TrimStartAndEnd() const { return TrimStart().TrimEnd(); }
 	void TrimStartInline() { *this = TrimStart(); }
 	void TrimEndInline() { *this = TrimEnd(); }
-	void TrimStartAndEndInline() { *this = TrimStartAndEnd(); }
 
 	// Comparing. Operators ignore case, as FString's do.
 	bool Equals(TStringView Other, ESearchCase::Type SearchCase = ESearchCase::CaseSensitive) const

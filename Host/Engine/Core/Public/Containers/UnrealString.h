@@ -88,7 +88,6 @@ public:
 	TCHAR* end() { return Data.data() + Data.size(); }
 	const TCHAR* begin() const { return Data.data(); }
 	const TCHAR* end() const { return Data.data() + Data.size(); }
-	SIZE_T GetAllocatedSize() const { return Data.capacity() * sizeof(TCHAR); }
 
 	void Empty(int32 Slack = 0)
 	{
@@ -158,7 +157,6 @@ public:
 	FString Mid(int32 Start) const& { return Mid(Start, 0x7fffffff); }
 	void LeftInline(int32 Count, EAllowShrinking AllowShrinking = EAllowShrinking::Default);
 	void LeftChopInline(int32 Count, EAllowShrinking AllowShrinking = EAllowShrinking::Default);
-	void RightInline(int32 Count, EAllowShrinking AllowShrinking = EAllowShrinking::Default);
 	void RightChopInline(int32 Count, EAllowShrinking AllowShrinking = EAllowShrinking::Default);
 	void MidInline(int32 Start, int32 Count = 0x7fffffff, EAllowShrinking AllowShrinking = EAllowShrinking::Default);
 
@@ -224,21 +222,15 @@ public:
 
 	// Changing.
 	bool RemoveFromStart(FStringView Prefix, ESearchCase::Type SearchCase = ESearchCase::IgnoreCase);
-	bool RemoveFromEnd(FStringView Suffix, ESearchCase::Type SearchCase = ESearchCase::IgnoreCase);
 	UE_NODISCARD FString Replace(const TCHAR* From, const TCHAR* To, ESearchCase::Type SearchCase = ESearchCase::IgnoreCase) const;
 	/** How many places were replaced. */
 	int32 ReplaceInline(const TCHAR* From, const TCHAR* To, ESearchCase::Type SearchCase = ESearchCase::IgnoreCase);
-	UE_NODISCARD FString ReplaceChar(TCHAR From, TCHAR To, ESearchCase::Type SearchCase = ESearchCase::IgnoreCase) const;
 	void ReplaceCharInline(TCHAR From, TCHAR To, ESearchCase::Type SearchCase = ESearchCase::IgnoreCase);
-	UE_NODISCARD FString ReplaceQuotesWithEscapedQuotes() const;
 	/** Line feed, carriage return, tab, quotes and backslash become two characters each; or only those listed. */
 	void ReplaceCharWithEscapedCharInline(const TArray<TCHAR>* Chars = nullptr);
 	UE_NODISCARD FString ReplaceCharWithEscapedChar(const TArray<TCHAR>* Chars = nullptr) const;
-	void ReplaceEscapedCharWithCharInline(const TArray<TCHAR>* Chars = nullptr);
-	UE_NODISCARD FString ReplaceEscapedCharWithChar(const TArray<TCHAR>* Chars = nullptr) const;
 	void TrimStartInline();
 	void TrimEndInline();
-	void TrimStartAndEndInline();
 	UE_NODISCARD FString TrimStart() const { return FString(FStringView(*this).TrimStart()); }
 	UE_NODISCARD FString TrimEnd() const { return FString(FStringView(*this).TrimEnd()); }
 	UE_NODISCARD FString TrimStartAndEnd() const { return FString(FStringView(*this).TrimStartAndEnd()); }
@@ -250,10 +242,6 @@ public:
 	void ToUpperInline();
 	UE_NODISCARD FString ToLower() const;
 	UE_NODISCARD FString ToUpper() const;
-	UE_NODISCARD FString Reverse() const;
-	void ReverseString();
-	UE_NODISCARD FString LeftPad(int32 Length) const;
-	UE_NODISCARD FString RightPad(int32 Length) const;
 
 	// Taking apart. Both outputs may be the string itself; neither is touched when there is no separator.
 	bool Split(FStringView Separator, FString* LeftPart, FString* RightPart, ESearchCase::Type SearchCase = ESearchCase::IgnoreCase,
@@ -263,7 +251,6 @@ public:
 	int32 ParseIntoArray(TArray<FString>& OutArray, const TCHAR* const* Delimiters, int32 NumDelimiters, bool bCullEmpty = true) const;
 	/** Splits at CR LF, LF and CR. */
 	int32 ParseIntoArrayLines(TArray<FString>& OutArray, bool bCullEmpty = true) const;
-	int32 ParseIntoArrayWS(TArray<FString>& OutArray, const TCHAR* ExtraDelimiter = nullptr, bool bCullEmpty = true) const;
 
 	// Making.
 	template <typename... ArgTypes>
@@ -274,21 +261,9 @@ public:
 		UE::StringFormat::Append(Result, Format.Text, Packed, (int32)sizeof...(ArgTypes));
 		return Result;
 	}
-	template <typename... ArgTypes>
-	FString& Appendf(UE::StringFormat::TCheckedFormat<std::type_identity_t<ArgTypes>...> Format, ArgTypes... Args)
-	{
-		const UE::StringFormat::FArg Packed[] = { UE::StringFormat::MakeArg(Args)..., UE::StringFormat::FArg() };
-		FString Result; // The arguments may point into this string.
-		UE::StringFormat::Append(Result, Format.Text, Packed, (int32)sizeof...(ArgTypes));
-		return Append(Result);
-	}
 	static FString FromInt(int64 Number);
 	static FString Chr(TCHAR Char) { return FString(FStringView(&Char, 1)); }
 	static FString ChrN(int32 Count, TCHAR Char);
-	/** 1,234,567. */
-	static FString FormatAsNumber(int32 Number);
-	/** Shortest text with at least MinFractionalDigits digits behind the point and no needless zeros. */
-	static FString SanitizeFloat(double Number, int32 MinFractionalDigits = 1);
 	template <typename RangeType>
 	static FString Join(const RangeType& Range, const TCHAR* Separator)
 	{
@@ -393,30 +368,4 @@ inline FString LexToString(const FString& Value)
 inline FString LexToString(FString&& Value)
 {
 	return static_cast<FString&&>(Value);
-}
-/** Without needless zeros: 2.5, 1.0. */
-CORE_API FString LexToSanitizedString(double Value);
-
-// As Atoi and its kin: bad text gives 0.
-CORE_API void LexFromString(int8& OutValue, const TCHAR* Buffer);
-CORE_API void LexFromString(int16& OutValue, const TCHAR* Buffer);
-CORE_API void LexFromString(int32& OutValue, const TCHAR* Buffer);
-CORE_API void LexFromString(int64& OutValue, const TCHAR* Buffer);
-CORE_API void LexFromString(uint8& OutValue, const TCHAR* Buffer);
-CORE_API void LexFromString(uint16& OutValue, const TCHAR* Buffer);
-CORE_API void LexFromString(uint32& OutValue, const TCHAR* Buffer);
-CORE_API void LexFromString(uint64& OutValue, const TCHAR* Buffer);
-CORE_API void LexFromString(float& OutValue, const TCHAR* Buffer);
-CORE_API void LexFromString(double& OutValue, const TCHAR* Buffer);
-CORE_API void LexFromString(bool& bOutValue, const TCHAR* Buffer);
-inline void LexFromString(FString& OutValue, const TCHAR* Buffer)
-{
-	OutValue = Buffer;
-}
-/** False, and 0, unless the text is numeric. */
-template <typename T>
-bool LexTryParseString(T& OutValue, const TCHAR* Buffer)
-{
-	LexFromString(OutValue, Buffer);
-	return OutValue != T() || FCString::IsNumeric(Buffer);
 }

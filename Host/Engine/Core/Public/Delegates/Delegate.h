@@ -37,7 +37,6 @@ public:
 	TDelegate(std::nullptr_t) {}
 
 	bool IsBound() const { return Instance && Instance->IsSafeToExecute(); }
-	bool IsBoundToObject(const void* Object) const { return Instance && Object && Instance->GetObject() == Object; }
 	FDelegateHandle GetHandle() const { return Instance ? Instance->Handle : FDelegateHandle(); }
 	void Unbind() { Instance.reset(); }
 	/** Must be bound. The handler may unbind or destroy this delegate. */
@@ -135,12 +134,6 @@ public:
 	{
 		return List &&
 			std::any_of(List->Entries.begin(), List->Entries.end(), [](const auto& Entry) { return Entry && Entry->IsSafeToExecute(); });
-	}
-	bool IsBoundToObject(const void* Object) const
-	{
-		return List && Object &&
-			std::any_of(
-				List->Entries.begin(), List->Entries.end(), [Object](const auto& Entry) { return Entry && Entry->GetObject() == Object; });
 	}
 	void Broadcast(P... Params) const
 	{

@@ -27,8 +27,6 @@ enum EConsoleVariableFlags : uint32
 class IConsoleVariable;
 class IConsoleCommand;
 
-DECLARE_MULTICAST_DELEGATE_OneParam(FConsoleVariableMulticastDelegate, IConsoleVariable*);
-DECLARE_DELEGATE_OneParam(FConsoleVariableDelegate, IConsoleVariable*);
 DECLARE_DELEGATE(FConsoleCommandDelegate);
 DECLARE_DELEGATE_OneParam(FConsoleCommandWithArgsDelegate, const TArray<FString>&);
 
@@ -38,7 +36,6 @@ class CORE_API IConsoleObject
 public:
 	virtual ~IConsoleObject() = default;
 	virtual const TCHAR* GetHelp() const = 0;
-	virtual void SetHelp(const TCHAR* Help) = 0;
 	virtual EConsoleVariableFlags GetFlags() const = 0;
 	virtual IConsoleVariable* AsVariable() { return nullptr; }
 	virtual IConsoleCommand* AsCommand() { return nullptr; }
@@ -63,15 +60,11 @@ public:
 	virtual float GetFloat() const = 0;
 	/** Booleans read "true" and "false". */
 	virtual FString GetString() const = 0;
-	virtual FString GetDefaultValue() const = 0;
 
 	virtual bool IsVariableBool() const { return false; }
 	virtual bool IsVariableInt() const { return false; }
 	virtual bool IsVariableFloat() const { return false; }
 	virtual bool IsVariableString() const { return false; }
-
-	virtual void SetOnChangedCallback(const FConsoleVariableDelegate& Callback) = 0;
-	virtual FConsoleVariableMulticastDelegate& OnChangedDelegate() = 0;
 
 	IConsoleVariable* AsVariable() override { return this; }
 };

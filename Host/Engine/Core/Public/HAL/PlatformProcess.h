@@ -21,13 +21,9 @@ struct CORE_API FPlatformProcess
 
 	/** Real time, not the host clock. Not positive: gives the processor up once. */
 	static void Sleep(float Seconds);
-	static void SleepNoStats(float Seconds) { Sleep(Seconds); }
 
 	/** Folder of the executable with a final slash. */
 	static const TCHAR* BaseDir();
 	/** Full path of the executable. */
 	static const TCHAR* ExecutablePath();
-	/** Folder for temporary files with a final slash. */
-	static const TCHAR* UserTempDir();
-	static uint32 GetCurrentProcessId();
 };

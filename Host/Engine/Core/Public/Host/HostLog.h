@@ -40,7 +40,6 @@ public:
 
 	/** Lines up to this verbosity go to the standard error stream. NoLogging turns it off. */
 	static void SetStderrVerbosity(ELogVerbosity::Type Verbosity);
-	static ELogVerbosity::Type GetStderrVerbosity();
 
 	/** How many lines of exactly this verbosity were written since start or the last ResetCounts. */
 	static int32 GetCount(ELogVerbosity::Type Verbosity);

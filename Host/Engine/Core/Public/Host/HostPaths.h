@@ -12,9 +12,7 @@ class CORE_API FHostPaths
 public:
 	/** Sets content, config and saved folder below it too. */
 	static void SetProjectDir(const FString& Path);
-	static void SetProjectContentDir(const FString& Path);
 	static void SetProjectSavedDir(const FString& Path);
-	static void SetProjectFilePath(const FString& Path);
 	/** Sets the engine's saved folder below it too. */
 	static void SetEngineDir(const FString& Path);
 	static void SetEngineSavedDir(const FString& Path);

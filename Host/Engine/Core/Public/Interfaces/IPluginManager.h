@@ -12,11 +12,8 @@ class CORE_API IPlugin
 public:
 	virtual ~IPlugin() = default;
 	virtual const FString& GetName() const = 0;
-	virtual const FString& GetFriendlyName() const = 0;
 	/** Absolute, without final slash. */
 	virtual FString GetBaseDir() const = 0;
-	virtual FString GetContentDir() const = 0;
-	virtual const FString& GetDescriptorFileName() const = 0;
 	virtual const FPluginDescriptor& GetDescriptor() const = 0;
 	virtual bool IsEnabled() const = 0;
 };
@@ -29,6 +26,4 @@ public:
 	virtual ~IPluginManager() = default;
 	/** Ignores letter case. @return Null when there is none. */
 	virtual TSharedPtr<IPlugin> FindPlugin(FStringView Name) = 0;
-	virtual TArray<TSharedRef<IPlugin>> GetEnabledPlugins() = 0;
-	virtual TArray<TSharedRef<IPlugin>> GetDiscoveredPlugins() = 0;
 };

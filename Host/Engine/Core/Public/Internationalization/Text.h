@@ -40,67 +40,6 @@ namespace ETextComparisonLevel
 	};
 }
 
-enum ERoundingMode : int32
-{
-	HalfToEven,
-	HalfFromZero,
-	HalfToZero,
-	FromZero,
-	ToZero,
-	ToNegativeInfinity,
-	ToPositiveInfinity
-};
-
-/** How AsNumber and AsPercent write a number. */
-struct CORE_API FNumberFormattingOptions
-{
-	bool AlwaysSign = false;
-	bool UseGrouping = true;
-	ERoundingMode RoundingMode = HalfToEven;
-	int32 MinimumIntegralDigits = 1;
-	int32 MaximumIntegralDigits = 324;
-	int32 MinimumFractionalDigits = 0;
-	int32 MaximumFractionalDigits = 3;
-
-	FNumberFormattingOptions& SetAlwaysSign(bool bInValue)
-	{
-		AlwaysSign = bInValue;
-		return *this;
-	}
-	FNumberFormattingOptions& SetUseGrouping(bool bInValue)
-	{
-		UseGrouping = bInValue;
-		return *this;
-	}
-	FNumberFormattingOptions& SetRoundingMode(ERoundingMode InValue)
-	{
-		RoundingMode = InValue;
-		return *this;
-	}
-	FNumberFormattingOptions& SetMinimumIntegralDigits(int32 InValue)
-	{
-		MinimumIntegralDigits = InValue;
-		return *this;
-	}
-	FNumberFormattingOptions& SetMaximumIntegralDigits(int32 InValue)
-	{
-		MaximumIntegralDigits = InValue;
-		return *this;
-	}
-	FNumberFormattingOptions& SetMinimumFractionalDigits(int32 InValue)
-	{
-		MinimumFractionalDigits = InValue;
-		return *this;
-	}
-	FNumberFormattingOptions& SetMaximumFractionalDigits(int32 InValue)
-	{
-		MaximumFractionalDigits = InValue;
-		return *this;
-	}
-	static const FNumberFormattingOptions& DefaultWithGrouping();
-	static const FNumberFormattingOptions& DefaultNoGrouping();
-};
-
 /** What a text is made of. Immutable and shared by copies. */
 struct FTextData
 {
@@ -124,7 +63,6 @@ public:
 	static const FText& GetEmpty();
 	static FText FromString(const FString& String);
 	static FText FromString(FString&& String);
-	static FText FromStringView(FStringView String) { return FromString(FString(String)); }
 	static FText FromName(const FName& Name) { return FromString(Name.ToString()); }
 	static FText AsCultureInvariant(const FString& String) { return FromString(String); }
 	/** What LOCTEXT and NSLOCTEXT make. */
@@ -132,19 +70,11 @@ public:
 
 	const FString& ToString() const;
 	bool IsEmpty() const { return ToString().IsEmpty(); }
-	bool IsEmptyOrWhitespace() const;
-	bool IsCultureInvariant() const { return !Data || Data->Key.IsEmpty(); }
 	/** Letter by letter, respecting case. */
 	bool EqualTo(const FText& Other, ETextComparisonLevel::Type Level = ETextComparisonLevel::Default) const
 	{
 		return Data == Other.Data || ToString().Equals(Other.ToString());
 	}
-	bool EqualToCaseIgnored(const FText& Other) const { return ToString() == Other.ToString(); }
-	int32 CompareTo(const FText& Other, ETextComparisonLevel::Type Level = ETextComparisonLevel::Default) const
-	{
-		return ToString().Compare(Other.ToString());
-	}
-	int32 CompareToCaseIgnored(const FText& Other) const { return ToString().Compare(Other.ToString(), ESearchCase::IgnoreCase); }
 	/** Shares its data with Other. Equal texts made apart are not identical. */
 	bool IdenticalTo(const FText& Other) const { return Data == Other.Data; }
 	FText ToLower() const { return FromString(ToString().ToLower()); }
@@ -156,64 +86,24 @@ public:
 	template <typename... ArgTypes>
 	requires(sizeof...(ArgTypes) > 0 && (std::is_constructible_v<FFormatArgumentValue, const ArgTypes&> && ...)) static FText
 		Format(const FTextFormat& Pattern, const ArgTypes&... Arguments);
-	template <typename... ArgTypes>
-	static FText FormatOrdered(const FTextFormat& Pattern, const ArgTypes&... Arguments);
-	/** Names and values in turn. */
-	template <typename... ArgTypes>
-	static FText FormatNamed(const FTextFormat& Pattern, const ArgTypes&... NamesAndValues);
 	static FText Join(const FText& Delimiter, const FFormatOrderedArguments& Arguments);
 	static FText Join(const FText& Delimiter, const TArray<FText>& Arguments);
 
-	static FText AsNumber(int8 Value, const FNumberFormattingOptions* Options = nullptr, const FCulturePtr& Culture = nullptr)
-	{
-		return AsNumber((int64)Value, Options);
-	}
-	static FText AsNumber(int16 Value, const FNumberFormattingOptions* Options = nullptr, const FCulturePtr& Culture = nullptr)
-	{
-		return AsNumber((int64)Value, Options);
-	}
-	static FText AsNumber(int32 Value, const FNumberFormattingOptions* Options = nullptr, const FCulturePtr& Culture = nullptr)
-	{
-		return AsNumber((int64)Value, Options);
-	}
-	static FText AsNumber(uint8 Value, const FNumberFormattingOptions* Options = nullptr, const FCulturePtr& Culture = nullptr)
-	{
-		return AsNumber((int64)Value, Options);
-	}
-	static FText AsNumber(uint16 Value, const FNumberFormattingOptions* Options = nullptr, const FCulturePtr& Culture = nullptr)
-	{
-		return AsNumber((int64)Value, Options);
-	}
-	static FText AsNumber(uint32 Value, const FNumberFormattingOptions* Options = nullptr, const FCulturePtr& Culture = nullptr)
-	{
-		return AsNumber((int64)Value, Options);
-	}
-	static FText AsNumber(long Value, const FNumberFormattingOptions* Options = nullptr, const FCulturePtr& Culture = nullptr)
-	{
-		return AsNumber((int64)Value, Options);
-	}
-	static FText AsNumber(int64 Value, const FNumberFormattingOptions* Options = nullptr, const FCulturePtr& Culture = nullptr);
-	static FText AsNumber(uint64 Value, const FNumberFormattingOptions* Options = nullptr, const FCulturePtr& Culture = nullptr);
-	static FText AsNumber(float Value, const FNumberFormattingOptions* Options = nullptr, const FCulturePtr& Culture = nullptr)
-	{
-		return AsNumber((double)Value, Options);
-	}
-	static FText AsNumber(double Value, const FNumberFormattingOptions* Options = nullptr, const FCulturePtr& Culture = nullptr);
-	/** 0.25 gives 25%. */
-	static FText AsPercent(double Value, const FNumberFormattingOptions* Options = nullptr, const FCulturePtr& Culture = nullptr);
+	static FText AsNumber(int8 Value) { return AsNumber((int64)Value); }
+	static FText AsNumber(int16 Value) { return AsNumber((int64)Value); }
+	static FText AsNumber(int32 Value) { return AsNumber((int64)Value); }
+	static FText AsNumber(uint8 Value) { return AsNumber((int64)Value); }
+	static FText AsNumber(uint16 Value) { return AsNumber((int64)Value); }
+	static FText AsNumber(uint32 Value) { return AsNumber((int64)Value); }
+	static FText AsNumber(long Value) { return AsNumber((int64)Value); }
+	static FText AsNumber(int64 Value);
+	static FText AsNumber(uint64 Value);
+	static FText AsNumber(float Value) { return AsNumber((double)Value); }
+	static FText AsNumber(double Value);
 	/** The value is UTC and shown in local time, unless the time zone is the invariant one. */
 	static FText AsDate(const FDateTime& DateTime, EDateTimeStyle::Type Style = EDateTimeStyle::Default,
 		const FString& TimeZone = FString(), const FCulturePtr& Culture = nullptr);
-	static FText AsTime(const FDateTime& DateTime, EDateTimeStyle::Type Style = EDateTimeStyle::Default,
-		const FString& TimeZone = FString(), const FCulturePtr& Culture = nullptr);
-	static FText AsDateTime(const FDateTime& DateTime, EDateTimeStyle::Type DateStyle = EDateTimeStyle::Default,
-		EDateTimeStyle::Type TimeStyle = EDateTimeStyle::Default, const FString& TimeZone = FString(),
-		const FCulturePtr& Culture = nullptr);
 	static FString GetInvariantTimeZone();
-
-	static FText TrimPreceding(const FText& Text);
-	static FText TrimTrailing(const FText& Text);
-	static FText TrimPrecedingAndTrailing(const FText& Text);
 
 private:
 	friend class FTextInspector;
@@ -265,12 +155,6 @@ requires(sizeof...(ArgTypes) > 0 && (std::is_constructible_v<FFormatArgumentValu
 	return Format(Pattern, FFormatOrderedArguments{ FFormatArgumentValue(Arguments)... });
 }
 
-template <typename... ArgTypes>
-FText FText::FormatOrdered(const FTextFormat& Pattern, const ArgTypes&... Arguments)
-{
-	return Format(Pattern, FFormatOrderedArguments{ FFormatArgumentValue(Arguments)... });
-}
-
 namespace UE::Text
 {
 	inline void AddNamed(FFormatNamedArguments&) {}
@@ -282,22 +166,12 @@ namespace UE::Text
 	}
 }
 
-template <typename... ArgTypes>
-FText FText::FormatNamed(const FTextFormat& Pattern, const ArgTypes&... NamesAndValues)
-{
-	FFormatNamedArguments Arguments;
-	UE::Text::AddNamed(Arguments, NamesAndValues...);
-	return Format(Pattern, Arguments);
-}
-
 /** Looks into a text. Unset where a text has no such part. */
 class CORE_API FTextInspector
 {
 public:
 	static TOptional<FString> GetNamespace(const FText& Text);
 	static TOptional<FString> GetKey(const FText& Text);
-	static const FString* GetSourceString(const FText& Text);
-	static const FString& GetDisplayString(const FText& Text) { return Text.ToString(); }
 };
 
 // Made once per place and shared from then on. The text is a plain narrow literal.

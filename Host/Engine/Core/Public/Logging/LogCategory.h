@@ -21,8 +21,6 @@ struct CORE_API FLogCategoryBase
 	bool IsSuppressed(ELogVerbosity::Type Verbosity) const { return Verbosity > Limit.load(std::memory_order_relaxed); }
 	/** Cannot be raised above the limit chosen at compile time. */
 	void SetVerbosity(ELogVerbosity::Type Verbosity);
-	ELogVerbosity::Type GetVerbosity() const { return Limit.load(std::memory_order_relaxed); }
-	ELogVerbosity::Type GetCompileTimeVerbosity() const { return CompileTimeLimit; }
 	FName GetCategoryName() const { return FName(Name); }
 
 private:

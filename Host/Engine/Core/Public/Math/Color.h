@@ -37,25 +37,13 @@ struct CORE_API FLinearColor
 	}
 	/** The bytes are taken as sRGB. */
 	explicit FLinearColor(const FColor& Color);
-	static FLinearColor FromSRGBColor(const FColor& Color);
 
 	/** Linear value of each sRGB byte. */
 	static const float sRGBToLinearTable[256];
 
 	/** Bytes along the sRGB curve; alpha is not curved. Clamped. */
 	FColor ToFColorSRGB() const;
-	FColor ToFColor(bool bSRGB) const;
-	/** Rounds without the curve. */
-	FColor QuantizeRound() const;
 	constexpr FLinearColor CopyWithNewOpacity(float NewOpacity) const { return FLinearColor(R, G, B, NewOpacity); }
-	float GetLuminance() const { return R * 0.3f + G * 0.59f + B * 0.11f; }
-	float ComputeLuminance() const { return GetLuminance(); }
-	FLinearColor GetClamped(float InMin = 0.0f, float InMax = 1.0f) const;
-	/** Towards grey of the same luminance, by a fraction. */
-	FLinearColor Desaturate(float Desaturation) const;
-	static FLinearColor LerpUsingHSV(const FLinearColor& From, const FLinearColor& To, float Progress);
-	FLinearColor LinearRGBToHSV() const;
-	FLinearColor HSVToLinearRGB() const;
 
 	// Arithmetic is on all four.
 	constexpr FLinearColor operator+(const FLinearColor& C) const { return FLinearColor(R + C.R, G + C.G, B + C.B, A + C.A); }
@@ -71,7 +59,6 @@ struct CORE_API FLinearColor
 	constexpr FLinearColor& operator/=(float Scale) { return *this = *this / Scale; }
 	constexpr bool operator==(const FLinearColor&) const = default;
 	bool Equals(const FLinearColor& C, float Tolerance = UE_KINDA_SMALL_NUMBER) const;
-	bool IsAlmostBlack() const { return FMath::Square(R) < MIN_flt && FMath::Square(G) < MIN_flt && FMath::Square(B) < MIN_flt; }
 	/** "(R=1.000000,G=0.000000,B=0.000000,A=1.000000)" */
 	FString ToString() const;
 	friend uint32 GetTypeHash(const FLinearColor& C)
@@ -122,13 +109,8 @@ struct CORE_API FColor
 	FString ToHex() const;
 	/** "(R=1,G=2,B=3,A=4)" */
 	FString ToString() const;
-	constexpr FColor WithAlpha(uint8 Alpha) const { return FColor(R, G, B, Alpha); }
-	/** Bytes as fractions, without the curve. */
-	constexpr FLinearColor ReinterpretAsLinear() const { return FLinearColor(R / 255.0f, G / 255.0f, B / 255.0f, A / 255.0f); }
 	/** 0xAARRGGBB. */
 	constexpr uint32 DWColor() const { return (uint32)A << 24 | (uint32)R << 16 | (uint32)G << 8 | (uint32)B; }
-	constexpr uint32 ToPackedARGB() const { return DWColor(); }
-	constexpr uint32 ToPackedRGBA() const { return (uint32)R << 24 | (uint32)G << 16 | (uint32)B << 8 | (uint32)A; }
 	friend uint32 GetTypeHash(const FColor& Color) { return Color.DWColor(); }
 
 	static const FColor White;
@@ -143,8 +125,3 @@ struct CORE_API FColor
 	static const FColor Orange;
 	static const FColor Silver;
 };
-
-inline FLinearColor FLinearColor::FromSRGBColor(const FColor& Color)
-{
-	return FLinearColor(Color);
-}

@@ -49,66 +49,27 @@ struct FMath
 		return Min<double>(X, Y);
 	}
 	template <typename T>
-	static constexpr T Max3(T A, T B, T C)
-	{
-		return Max(Max(A, B), C);
-	}
-	template <typename T>
-	static constexpr T Min3(T A, T B, T C)
-	{
-		return Min(Min(A, B), C);
-	}
-	template <typename T>
 	static constexpr T Clamp(T X, std::type_identity_t<T> MinValue, std::type_identity_t<T> MaxValue)
 	{
 		return Max(Min(X, MaxValue), MinValue);
-	}
-	template <typename T>
-	static constexpr T Square(T A)
-	{
-		return A * A;
 	}
 	template <typename T>
 	static constexpr bool IsWithin(T Value, std::type_identity_t<T> MinValue, std::type_identity_t<T> MaxValue)
 	{
 		return Value >= MinValue && Value < MaxValue;
 	}
-	template <typename T>
-	static constexpr bool IsWithinInclusive(T Value, std::type_identity_t<T> MinValue, std::type_identity_t<T> MaxValue)
-	{
-		return Value >= MinValue && Value <= MaxValue;
-	}
-	template <typename T>
-	static constexpr T DivideAndRoundUp(T Dividend, T Divisor)
-	{
-		return (Dividend + Divisor - 1) / Divisor;
-	}
 
 	// Half rounds up: 2.5 gives 3, -2.5 gives -2. Values that do not fit are clamped, not-a-number gives 0.
 	static int32 RoundToInt32(double F) { return (int32)ToInteger(std::floor(F + 0.5), MIN_int32, MAX_int32); }
 	static int64 RoundToInt64(double F) { return ToInteger(std::floor(F + 0.5), MIN_int64, MAX_int64); }
-	static int32 RoundToInt(float F) { return RoundToInt32(F); }
-	static int64 RoundToInt(double F) { return RoundToInt64(F); }
 	static int32 FloorToInt32(double F) { return (int32)ToInteger(std::floor(F), MIN_int32, MAX_int32); }
 	static int64 FloorToInt64(double F) { return ToInteger(std::floor(F), MIN_int64, MAX_int64); }
 	static int32 FloorToInt(float F) { return FloorToInt32(F); }
 	static int64 FloorToInt(double F) { return FloorToInt64(F); }
-	static int32 CeilToInt32(double F) { return (int32)ToInteger(std::ceil(F), MIN_int32, MAX_int32); }
-	static int64 CeilToInt64(double F) { return ToInteger(std::ceil(F), MIN_int64, MAX_int64); }
-	static int32 CeilToInt(float F) { return CeilToInt32(F); }
-	static int64 CeilToInt(double F) { return CeilToInt64(F); }
-	static int32 TruncToInt(float F) { return (int32)ToInteger(std::trunc((double)F), MIN_int32, MAX_int32); }
-	static int64 TruncToInt(double F) { return ToInteger(std::trunc(F), MIN_int64, MAX_int64); }
-	static int32 TruncToInt32(double F) { return (int32)ToInteger(std::trunc(F), MIN_int32, MAX_int32); }
 	template <typename T>
 	static T RoundToFloat(T F)
 	{
 		return std::floor(F + T(0.5));
-	}
-	template <typename T>
-	static T FloorToFloat(T F)
-	{
-		return std::floor(F);
 	}
 	template <typename T>
 	static T CeilToFloat(T F)
@@ -121,95 +82,14 @@ struct FMath
 		return std::fmod(X, Y);
 	}
 	template <typename T>
-	static T Frac(T X)
-	{
-		return X - std::floor(X);
-	}
-	template <typename T>
 	static T Sqrt(T X)
 	{
 		return std::sqrt(X);
-	}
-	template <typename A, typename B>
-	static auto Pow(A X, B Y)
-	{
-		return std::pow(X, Y);
-	}
-	template <typename T>
-	static T Exp(T X)
-	{
-		return std::exp(X);
-	}
-	template <typename T>
-	static T Loge(T X)
-	{
-		return std::log(X);
-	}
-	template <typename T>
-	static T Log2(T X)
-	{
-		return std::log2(X);
-	}
-	template <typename T>
-	static T LogX(T Base, T X)
-	{
-		return std::log(X) / std::log(Base);
-	}
-	template <typename T>
-	static T Sin(T X)
-	{
-		return std::sin(X);
-	}
-	template <typename T>
-	static T Cos(T X)
-	{
-		return std::cos(X);
-	}
-	template <typename T>
-	static T Tan(T X)
-	{
-		return std::tan(X);
-	}
-	template <typename T>
-	static T Atan2(T Y, T X)
-	{
-		return std::atan2(Y, X);
 	}
 	template <typename T>
 	static bool IsFinite(T X)
 	{
 		return std::isfinite(X);
-	}
-	template <typename T>
-	static bool IsNaN(T X)
-	{
-		return std::isnan(X);
-	}
-
-	template <typename T, typename U>
-	static constexpr T Lerp(const T& A, const T& B, const U& Alpha)
-	{
-		return (T)(A + Alpha * (B - A));
-	}
-	static bool IsNearlyEqual(float A, float B, float Tolerance = UE_SMALL_NUMBER) { return Abs(A - B) <= Tolerance; }
-	static bool IsNearlyEqual(double A, double B, double Tolerance = UE_DOUBLE_SMALL_NUMBER) { return Abs(A - B) <= Tolerance; }
-	static bool IsNearlyZero(float A, float Tolerance = UE_SMALL_NUMBER) { return Abs(A) <= Tolerance; }
-	static bool IsNearlyZero(double A, double Tolerance = UE_DOUBLE_SMALL_NUMBER) { return Abs(A) <= Tolerance; }
-	template <typename T>
-	static constexpr T GetMappedRangeValueClamped(T InMin, T InMax, T OutMin, T OutMax, T Value)
-	{
-		return InMin == InMax ? OutMin : OutMin + (OutMax - OutMin) * Clamp((Value - InMin) / (InMax - InMin), T(0), T(1));
-	}
-	template <typename T>
-	static constexpr T DegreesToRadians(T Degrees)
-	{
-		return Degrees * T(UE_DOUBLE_PI / 180.0);
-	}
-	/** Moves Current towards Target, faster when it is far; Speed 0 jumps. */
-	template <typename T>
-	static constexpr T FInterpTo(T Current, T Target, T DeltaTime, T Speed)
-	{
-		return Speed <= T(0) ? Target : Current + (Target - Current) * Clamp(DeltaTime * Speed, T(0), T(1));
 	}
 
 private:

@@ -77,22 +77,15 @@ namespace UE::Math
 		{
 			return FMath::Abs(X - V.X) <= Tolerance && FMath::Abs(Y - V.Y) <= Tolerance;
 		}
-		bool IsZero() const { return X == 0 && Y == 0; }
-		bool IsNearlyZero(T Tolerance = (T)UE_KINDA_SMALL_NUMBER) const { return FMath::Abs(X) <= Tolerance && FMath::Abs(Y) <= Tolerance; }
 		T Size() const { return FMath::Sqrt(SizeSquared()); }
 		T Length() const { return Size(); }
 		T SizeSquared() const { return X * X + Y * Y; }
-		T GetMax() const { return FMath::Max(X, Y); }
-		T GetMin() const { return FMath::Min(X, Y); }
-		TVector2 GetAbs() const { return TVector2(FMath::Abs(X), FMath::Abs(Y)); }
-		TVector2 RoundToVector() const { return TVector2(FMath::RoundToFloat(X), FMath::RoundToFloat(Y)); }
 		void Set(T InX, T InY)
 		{
 			X = InX;
 			Y = InY;
 		}
 		static T Distance(const TVector2& A, const TVector2& B) { return (A - B).Size(); }
-		static T DistSquared(const TVector2& A, const TVector2& B) { return (A - B).SizeSquared(); }
 		static TVector2 Max(const TVector2& A, const TVector2& B) { return TVector2(FMath::Max(A.X, B.X), FMath::Max(A.Y, B.Y)); }
 		static TVector2 Min(const TVector2& A, const TVector2& B) { return TVector2(FMath::Min(A.X, B.X), FMath::Min(A.Y, B.Y)); }
 		/** "X=1.000 Y=2.000" */

@@ -34,7 +34,6 @@ namespace UE::Assert
 #define verify(Expression) check(Expression)
 #define verifyf(Expression, Format, ...) checkf(Expression, Format __VA_OPT__(, ) __VA_ARGS__)
 #define checkNoEntry() ::UE::Assert::Failed("Enclosing block should never be called", __FILE__, __LINE__, nullptr)
-#define unimplemented() ::UE::Assert::Failed("Unimplemented function called", __FILE__, __LINE__, nullptr)
 
 #define ensure(Expression) (LIKELY(!!(Expression)) || ::UE::Assert::EnsureFailed(#Expression, __FILE__, __LINE__, nullptr, false))
 #define ensureAlways(Expression) (LIKELY(!!(Expression)) || ::UE::Assert::EnsureFailed(#Expression, __FILE__, __LINE__, nullptr, true))

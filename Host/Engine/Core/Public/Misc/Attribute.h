@@ -79,10 +79,8 @@ public:
 	}
 	/** The caller's default unless set. */
 	ObjectType Get(const ObjectType& DefaultValue) const { return bIsSet ? Get() : DefaultValue; }
-	void UpdateValue() { (void)Get(); }
 
 	bool IsBound() const { return Getter.IsBound(); }
-	const FGetter& GetBinding() const { return Getter; }
 	/** Keeps the value read last. */
 	void Unbind() { Getter.Unbind(); }
 	void Bind(const FGetter& InGetter)
@@ -143,25 +141,3 @@ private:
 	FGetter Getter;
 	bool bIsSet = false;
 };
-
-template <typename T>
-TAttribute<std::decay_t<T>> MakeAttribute(T&& Value)
-{
-	return TAttribute<std::decay_t<T>>(Forward<T>(Value));
-}
-template <typename LambdaType>
-auto MakeAttributeLambda(LambdaType&& Lambda)
-{
-	return TAttribute<std::decay_t<decltype(Lambda())>>::CreateLambda(Forward<LambdaType>(Lambda));
-}
-template <typename T, typename UserClass, typename... Vars>
-TAttribute<std::decay_t<T>> MakeAttributeSP(UserClass* Object, T (UserClass::*Method)(std::decay_t<Vars>...) const, Vars&&... Payload)
-{
-	return TAttribute<std::decay_t<T>>::CreateSP(Object, Method, Forward<Vars>(Payload)...);
-}
-template <typename T, typename UserClass, typename... Vars>
-TAttribute<std::decay_t<T>> MakeAttributeRaw(
-	const UserClass* Object, T (UserClass::*Method)(std::decay_t<Vars>...) const, Vars&&... Payload)
-{
-	return TAttribute<std::decay_t<T>>::CreateRaw(Object, Method, Forward<Vars>(Payload)...);
-}

@@ -7,18 +7,9 @@ struct CORE_API FCString
 {
 	static int32 Strlen(const TCHAR* String);
 	static int32 Strnlen(const TCHAR* String, SIZE_T StringSize);
-	static int32 Strcmp(const TCHAR* A, const TCHAR* B);
 	static int32 Stricmp(const TCHAR* A, const TCHAR* B);
-	static int32 Strncmp(const TCHAR* A, const TCHAR* B, SIZE_T Count);
-	static int32 Strnicmp(const TCHAR* A, const TCHAR* B, SIZE_T Count);
-	/** Null when not found, as with the two below. */
-	static const TCHAR* Strchr(const TCHAR* String, TCHAR Char);
-	static const TCHAR* Strrchr(const TCHAR* String, TCHAR Char);
-	static const TCHAR* Strstr(const TCHAR* String, const TCHAR* Find);
-	static const TCHAR* Stristr(const TCHAR* String, const TCHAR* Find);
 	/** Leading white space, a sign and digits; what follows is ignored. 0 without digits; clamped to the type's range. */
 	static int32 Atoi(const TCHAR* String);
-	static int64 Atoi64(const TCHAR* String);
 	static float Atof(const TCHAR* String);
 	static double Atod(const TCHAR* String);
 	/** OutEnd, if not null, is set behind the last unit used. Base 2 to 36, or 0 for the C prefixes. */

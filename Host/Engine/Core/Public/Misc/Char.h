@@ -14,22 +14,12 @@ struct FChar
 	static bool IsLower(TCHAR Char) { return Char < 128 ? Char >= 'a' && Char <= 'z' : IsLowerSlow(Char); }
 	/** ASCII 0 to 9. */
 	static constexpr bool IsDigit(TCHAR Char) { return Char >= '0' && Char <= '9'; }
-	static constexpr bool IsOctDigit(TCHAR Char) { return Char >= '0' && Char <= '7'; }
 	static constexpr bool IsHexDigit(TCHAR Char) { return IsDigit(Char) || (Char >= 'a' && Char <= 'f') || (Char >= 'A' && Char <= 'F'); }
 	static bool IsWhitespace(TCHAR Char) { return Char < 128 ? Char == ' ' || (Char >= 9 && Char <= 13) : IsWhitespaceSlow(Char); }
-	static constexpr bool IsLinebreak(TCHAR Char) { return (Char >= 10 && Char <= 13) || Char == 0x85 || Char == 0x2028 || Char == 0x2029; }
-	/** ASCII punctuation and symbols, and the punctuation of the Basic Multilingual Plane. */
-	static bool IsPunct(TCHAR Char);
-	static constexpr bool IsControl(TCHAR Char) { return Char < 32 || (Char >= 127 && Char < 160); }
-	static bool IsPrint(TCHAR Char) { return !IsControl(Char); }
-	static bool IsGraph(TCHAR Char) { return IsPrint(Char) && !IsWhitespace(Char); }
-	static constexpr bool IsUnderscore(TCHAR Char) { return Char == '_'; }
-	static bool IsIdentifier(TCHAR Char) { return IsAlnum(Char) || IsUnderscore(Char); }
 
 	/** One unit to one unit. */
 	static TCHAR ToLower(TCHAR Char) { return Char < 128 ? (TCHAR)(Char + (Char >= 'A' && Char <= 'Z' ? 32 : 0)) : ToLowerSlow(Char); }
 	static TCHAR ToUpper(TCHAR Char) { return Char < 128 ? (TCHAR)(Char - (Char >= 'a' && Char <= 'z' ? 32 : 0)) : ToUpperSlow(Char); }
-	static constexpr int32 ConvertCharDigitToInt(TCHAR Char) { return (int32)Char - '0'; }
 
 private:
 	static constexpr bool IsAsciiLetter(TCHAR Char) { return (Char >= 'a' && Char <= 'z') || (Char >= 'A' && Char <= 'Z'); }
@@ -38,12 +28,6 @@ private:
 	CORE_API static bool IsUpperSlow(TCHAR Char);
 	CORE_API static bool IsLowerSlow(TCHAR Char);
 	CORE_API static bool IsWhitespaceSlow(TCHAR Char);
-	CORE_API static bool IsPunctSlow(TCHAR Char);
 	CORE_API static TCHAR ToLowerSlow(TCHAR Char);
 	CORE_API static TCHAR ToUpperSlow(TCHAR Char);
 };
-
-inline bool FChar::IsPunct(TCHAR Char)
-{
-	return Char < 128 ? Char > 32 && Char < 127 && !IsDigit(Char) && !IsAsciiLetter(Char) : IsPunctSlow(Char);
-}

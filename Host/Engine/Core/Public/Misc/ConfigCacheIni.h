@@ -12,10 +12,6 @@ public:
 	bool GetFloat(const TCHAR* Section, const TCHAR* Key, float& OutValue, const FString& File) const;
 	bool GetBool(const TCHAR* Section, const TCHAR* Key, bool& OutValue, const FString& File) const;
 	void SetString(const TCHAR* Section, const TCHAR* Key, const TCHAR* Value, const FString& File);
-	void SetInt(const TCHAR* Section, const TCHAR* Key, int32 Value, const FString& File);
-	void SetFloat(const TCHAR* Section, const TCHAR* Key, float Value, const FString& File);
-	void SetBool(const TCHAR* Section, const TCHAR* Key, bool Value, const FString& File);
-	bool RemoveKey(const TCHAR* Section, const TCHAR* Key, const FString& File);
 	void Flush(bool bRemoveFromCache, const FString& File);
 };
 

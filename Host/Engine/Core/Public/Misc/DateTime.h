@@ -44,9 +44,6 @@ struct FDateTime
 	CORE_API void GetDate(int32& OutYear, int32& OutMonth, int32& OutDay) const;
 	FDateTime GetDate() const { return FDateTime(Ticks - Ticks % ETimespan::TicksPerDay); }
 	int32 GetYear() const { return Field(0); }
-	int32 GetMonth() const { return Field(1); }
-	EMonthOfYear GetMonthOfYear() const { return (EMonthOfYear)GetMonth(); }
-	int32 GetDay() const { return Field(2); }
 	/** 1 to 366. */
 	CORE_API int32 GetDayOfYear() const;
 	EDayOfWeek GetDayOfWeek() const { return (EDayOfWeek)(Ticks / ETimespan::TicksPerDay % 7); }
@@ -56,10 +53,7 @@ struct FDateTime
 	int32 GetMinute() const { return (int32)(Ticks / ETimespan::TicksPerMinute % 60); }
 	int32 GetSecond() const { return (int32)(Ticks / ETimespan::TicksPerSecond % 60); }
 	int32 GetMillisecond() const { return (int32)(Ticks / ETimespan::TicksPerMillisecond % 1000); }
-	FTimespan GetTimeOfDay() const { return FTimespan(Ticks % ETimespan::TicksPerDay); }
-	bool IsAfternoon() const { return GetHour() >= 12; }
 	bool IsMorning() const { return GetHour() < 12; }
-	CORE_API double GetJulianDay() const;
 
 	/** yyyy.mm.dd-hh.mm.ss */
 	CORE_API FString ToString() const;
@@ -68,18 +62,10 @@ struct FDateTime
 	 * Another letter stands for itself.
 	 */
 	CORE_API FString ToString(const TCHAR* Format) const;
-	/** The letters of strftime in the C locale. */
-	CORE_API FString ToFormattedString(const TCHAR* Format) const;
-	/** yyyy-mm-ddThh:mm:ss.mmmZ */
-	CORE_API FString ToIso8601() const;
-	/** Whole seconds since 1970. */
-	int64 ToUnixTimestamp() const { return (Ticks - UnixEpochTicks) / ETimespan::TicksPerSecond; }
-	double ToUnixTimestampDecimal() const { return (double)(Ticks - UnixEpochTicks) / ETimespan::TicksPerSecond; }
 
 	/** Local time of the host clock. */
 	CORE_API static FDateTime Now();
 	CORE_API static FDateTime UtcNow();
-	static FDateTime Today() { return Now().GetDate(); }
 	static FDateTime FromUnixTimestamp(int64 UnixTime) { return FDateTime(UnixEpochTicks + UnixTime * ETimespan::TicksPerSecond); }
 	/** The form of ToString(), milliseconds behind a point or colon allowed. False, and OutDateTime untouched, on anything else. */
 	CORE_API static bool Parse(const FString& DateTimeString, FDateTime& OutDateTime);
@@ -90,7 +76,6 @@ struct FDateTime
 	static constexpr FDateTime MaxValue() { return FDateTime(3652059 * ETimespan::TicksPerDay - 1); }
 	CORE_API static bool Validate(int32 Year, int32 Month, int32 Day, int32 Hour, int32 Minute, int32 Second, int32 Millisecond);
 	CORE_API static int32 DaysInMonth(int32 Year, int32 Month);
-	static int32 DaysInYear(int32 Year) { return IsLeapYear(Year) ? 366 : 365; }
 	static constexpr bool IsLeapYear(int32 Year) { return Year % 4 == 0 && (Year % 100 != 0 || Year % 400 == 0); }
 
 	constexpr FDateTime operator+(FTimespan Other) const { return FDateTime(Ticks + Other.GetTicks()); }

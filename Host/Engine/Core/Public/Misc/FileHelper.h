@@ -34,10 +34,4 @@ struct CORE_API FFileHelper
 
 	static bool SaveStringToFile(FStringView Text, const TCHAR* Filename, EEncodingOptions Encoding = EEncodingOptions::AutoDetect,
 		IFileManager* FileManager = &IFileManager::Get(), uint32 WriteFlags = FILEWRITE_None);
-	/** Each line gets a line feed. */
-	static bool SaveStringArrayToFile(const TArray<FString>& Lines, const TCHAR* Filename,
-		EEncodingOptions Encoding = EEncodingOptions::AutoDetect, IFileManager* FileManager = &IFileManager::Get(),
-		uint32 WriteFlags = FILEWRITE_None);
-	static bool SaveArrayToFile(TArrayView<const uint8> Bytes, const TCHAR* Filename, IFileManager* FileManager = &IFileManager::Get(),
-		uint32 WriteFlags = FILEWRITE_None);
 };

@@ -74,8 +74,6 @@ public:
 	OptionalType* operator->() { return &GetValue(); }
 	/** Default must outlive the result. */
 	const OptionalType& Get(const OptionalType& Default) const { return IsSet() ? *Value : Default; }
-	OptionalType* GetPtrOrNull() { return IsSet() ? &*Value : nullptr; }
-	const OptionalType* GetPtrOrNull() const { return IsSet() ? &*Value : nullptr; }
 
 	friend bool operator==(const TOptional& A, const TOptional& B)
 	{

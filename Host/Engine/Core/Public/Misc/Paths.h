@@ -11,16 +11,8 @@ class CORE_API FPaths
 public:
 	static FString ProjectDir();
 	static FString ProjectContentDir();
-	static FString ProjectConfigDir();
 	static FString ProjectSavedDir();
-	static FString ProjectIntermediateDir();
-	static FString ProjectPluginsDir();
-	static FString ProjectLogDir();
-	/** Path of the project's description file, empty when no project is open. */
-	static FString GetProjectFilePath();
 	static FString EngineDir();
-	static FString EngineContentDir();
-	static FString EngineConfigDir();
 	static FString EngineSavedDir();
 
 	static bool FileExists(const FString& Path);
@@ -38,19 +30,12 @@ public:
 	static FString GetBaseFilename(const FString& Path, bool bRemovePath = true);
 	/** What stands before the last separator, without it. Empty when there is none. */
 	static FString GetPath(const FString& Path);
-	/** The last part, also when a separator follows it. */
-	static FString GetPathLeaf(const FString& Path);
-	/** Replaces an extension that is there; a path without one is returned unchanged. */
-	static FString ChangeExtension(const FString& Path, const FString& NewExtension);
-	/** Replaces the extension or adds one. */
-	static FString SetExtension(const FString& Path, const FString& NewExtension);
 	static void Split(const FString& Path, FString& OutPath, FString& OutFilename, FString& OutExtension);
 
 	/** Backslashes become slashes. */
 	static void NormalizeFilename(FString& Path);
 	/** The same, and a final slash goes, except from a root. */
 	static void NormalizeDirectoryName(FString& Path);
-	static void RemoveDuplicateSlashes(FString& Path);
 	/**
 	 * Resolves "." and ".." in a normalised path, by text alone.
 	 * @return False, with Path left as it was, when ".." climbs above a root. Relative paths keep a leading "..".
@@ -65,13 +50,7 @@ public:
 	 * @return False, with Path left as it was, when the two share no root.
 	 */
 	static bool MakePathRelativeTo(FString& Path, const TCHAR* RelativeTo);
-	/** Compares full, collapsed paths; letter case counts. */
-	static bool IsSamePath(const FString& A, const FString& B);
-	/** True for the folder itself as well. */
-	static bool IsUnderDirectory(const FString& Path, const FString& Directory);
 
-	/** Replaces every character that some file system forbids in a name. */
-	static FString MakeValidFileName(const FString& Name, TCHAR Replacement = TEXT('_'));
 	/** Joins with exactly one slash between the parts; empty parts vanish. */
 	template <typename... TParts>
 	static FString Combine(const TParts&... Parts)

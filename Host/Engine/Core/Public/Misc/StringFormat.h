@@ -109,7 +109,7 @@ namespace UE::StringFormat
 	}
 
 	/** The conversion at Format, which points behind the percent sign. */
-	struct FSpec
+	struct FPlaceholder
 	{
 		bool bLeft = false;
 		bool bPlus = false;
@@ -126,7 +126,7 @@ namespace UE::StringFormat
 		TCHAR Conversion = 0;
 	};
 
-	constexpr const TCHAR* ParseSpec(const TCHAR* Format, FSpec& Out)
+	constexpr const TCHAR* ParsePlaceholder(const TCHAR* Format, FPlaceholder& Out)
 	{
 		for (;; ++Format)
 		{
@@ -192,9 +192,9 @@ namespace UE::StringFormat
 		return *Format ? Format + 1 : Format;
 	}
 
-	constexpr bool Accepts(const FSpec& Spec, EArg Kind)
+	constexpr bool Accepts(const FPlaceholder& Placeholder, EArg Kind)
 	{
-		switch (Spec.Conversion)
+		switch (Placeholder.Conversion)
 		{
 		case 'd':
 		case 'i':
@@ -202,24 +202,24 @@ namespace UE::StringFormat
 		case 'x':
 		case 'X':
 		case 'o':
-			return Spec.Length == 'l' ? Kind == EArg::Int64
-				: Spec.Length == 'z'  ? Kind == EArg::Size
-									  : Spec.Length == 0 && (Kind == EArg::Int || Kind == EArg::Char);
+			return Placeholder.Length == 'l' ? Kind == EArg::Int64
+				: Placeholder.Length == 'z'	 ? Kind == EArg::Size
+											 : Placeholder.Length == 0 && (Kind == EArg::Int || Kind == EArg::Char);
 		case 'c':
-			return Spec.Length == 0 && (Kind == EArg::Char || Kind == EArg::Int);
+			return Placeholder.Length == 0 && (Kind == EArg::Char || Kind == EArg::Int);
 		case 'f':
 		case 'F':
 		case 'g':
 		case 'G':
 		case 'e':
 		case 'E':
-			return Spec.Length == 0 && Kind == EArg::Float;
+			return Placeholder.Length == 0 && Kind == EArg::Float;
 		case 's':
-			return Spec.Length == 'h' ? Kind == EArg::AnsiString : Spec.Length == 0 && Kind == EArg::String;
+			return Placeholder.Length == 'h' ? Kind == EArg::AnsiString : Placeholder.Length == 0 && Kind == EArg::String;
 		case 'S':
-			return Spec.Length == 0 && Kind == EArg::AnsiString;
+			return Placeholder.Length == 0 && Kind == EArg::AnsiString;
 		case 'p':
-			return Spec.Length == 0 && (Kind == EArg::Pointer || Kind == EArg::String || Kind == EArg::AnsiString);
+			return Placeholder.Length == 0 && (Kind == EArg::Pointer || Kind == EArg::String || Kind == EArg::AnsiString);
 		default:
 			return false;
 		}
@@ -251,9 +251,9 @@ namespace UE::StringFormat
 					++Format;
 					continue;
 				}
-				FSpec Spec;
-				Format = ParseSpec(Format, Spec);
-				for (int32 Star = (Spec.bStarWidth ? 1 : 0) + (Spec.bStarPrecision ? 1 : 0); Star > 0; --Star)
+				FPlaceholder Placeholder;
+				Format = ParsePlaceholder(Format, Placeholder);
+				for (int32 Star = (Placeholder.bStarWidth ? 1 : 0) + (Placeholder.bStarPrecision ? 1 : 0); Star > 0; --Star)
 				{
 					if (Next >= sizeof...(ArgTypes))
 					{
@@ -269,7 +269,7 @@ namespace UE::StringFormat
 				{
 					FormatHasMoreConversionsThanArguments();
 				}
-				else if (!Accepts(Spec, Kinds[Next]))
+				else if (!Accepts(Placeholder, Kinds[Next]))
 				{
 					FormatConversionDoesNotFitItsArgument();
 				}

@@ -48,22 +48,13 @@ struct FTimespan
 	constexpr double GetTotalHours() const { return (double)Ticks / ETimespan::TicksPerHour; }
 	constexpr double GetTotalMinutes() const { return (double)Ticks / ETimespan::TicksPerMinute; }
 	constexpr double GetTotalSeconds() const { return (double)Ticks / ETimespan::TicksPerSecond; }
-	constexpr double GetTotalMilliseconds() const { return (double)Ticks / ETimespan::TicksPerMillisecond; }
-	constexpr double GetTotalMicroseconds() const { return (double)Ticks / ETimespan::TicksPerMicrosecond; }
-	constexpr FTimespan GetDuration() const { return FTimespan(Ticks < 0 ? -Ticks : Ticks); }
-	constexpr bool IsZero() const { return Ticks == 0; }
 
 	/** "+hh:mm:ss.fff", with days in front when there are any. */
 	CORE_API FString ToString() const;
 	/** After %: d days, h m s, f milliseconds, u microseconds, n sign, D H M S total. */
 	CORE_API FString ToString(const TCHAR* Format) const;
 
-	CORE_API static FTimespan FromDays(double Days);
-	CORE_API static FTimespan FromHours(double Hours);
-	CORE_API static FTimespan FromMinutes(double Minutes);
 	CORE_API static FTimespan FromSeconds(double Seconds);
-	CORE_API static FTimespan FromMilliseconds(double Milliseconds);
-	CORE_API static FTimespan FromMicroseconds(double Microseconds);
 	static constexpr FTimespan Zero() { return FTimespan(0); }
 	static constexpr FTimespan MinValue() { return FTimespan(ETimespan::MinTicks); }
 	static constexpr FTimespan MaxValue() { return FTimespan(ETimespan::MaxTicks); }

@@ -13,9 +13,6 @@ public:
 	virtual void ShutdownModule() {}
 	virtual void PreUnloadCallback() {}
 	virtual void PostLoadCallback() {}
-	virtual bool SupportsDynamicReloading() { return true; }
-	virtual bool SupportsAutomaticShutdown() { return true; }
-	virtual bool IsGameModule() const { return false; }
 };
 
 class FDefaultModuleImpl : public IModuleInterface

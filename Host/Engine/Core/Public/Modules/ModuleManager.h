@@ -18,12 +18,6 @@ enum class EModuleLoadResult
 	FailedToInitialize,
 };
 
-enum class EModuleChangeReason
-{
-	ModuleLoaded,
-	ModuleUnloaded,
-};
-
 /**
  * Loads modules by name: those that the program registered (Host/HostModules.h), else a shared library "lib<Name>.so"
  * in one of the binary folders, first of all the executable's. A library is taken only if it carries the marker of
@@ -46,8 +40,6 @@ public:
 	/** @return nullptr when it is not loaded. */
 	IModuleInterface* GetModule(FName Name);
 	bool IsModuleLoaded(FName Name) const;
-	/** Whether a registration or a library file of that name is there. */
-	bool ModuleExists(const TCHAR* Name) const;
 	/** @return False when it was not loaded. */
 	bool UnloadModule(FName Name, bool bIsShutdown = false);
 	/** Unloads everything, the last loaded first. */
@@ -55,14 +47,6 @@ public:
 	/** A further folder to look for libraries in. */
 	void AddBinariesDirectory(const TCHAR* Directory, bool bIsGameDirectory);
 
-	using FModulesChangedEvent = TMulticastDelegate<void(FName, EModuleChangeReason)>;
-	FModulesChangedEvent& OnModulesChanged();
-
-	template <typename T>
-	static T* LoadModulePtr(const FName Name)
-	{
-		return static_cast<T*>(Get().LoadModule(Name));
-	}
 	template <typename T>
 	static T& LoadModuleChecked(const FName Name)
 	{

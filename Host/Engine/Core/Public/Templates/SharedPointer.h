@@ -67,9 +67,6 @@ public:
 	ObjectType& operator*() const { return *Object; }
 	ObjectType* operator->() const { return Object.get(); }
 	TSharedPtr<ObjectType, Mode> ToSharedPtr() const { return TSharedPtr<ObjectType, Mode>(*this); }
-	TWeakPtr<ObjectType, Mode> ToWeakPtr() const { return TWeakPtr<ObjectType, Mode>(*this); }
-	int32 GetSharedReferenceCount() const { return (int32)Object.use_count(); }
-	bool IsUnique() const { return Object.use_count() == 1; }
 
 	/** For the conversions of this header. Owner must not be null. */
 	static TSharedRef FromStd(std::shared_ptr<ObjectType> Owner)
@@ -173,10 +170,7 @@ public:
 	{
 		return TSharedRef<ObjectType, Mode>::FromStd(static_cast<std::shared_ptr<ObjectType>&&>(Object));
 	}
-	TWeakPtr<ObjectType, Mode> ToWeakPtr() const { return TWeakPtr<ObjectType, Mode>(*this); }
 	void Reset() { Object.reset(); }
-	int32 GetSharedReferenceCount() const { return (int32)Object.use_count(); }
-	bool IsUnique() const { return Object.use_count() == 1; }
 
 	static TSharedPtr FromStd(std::shared_ptr<ObjectType> Owner)
 	{
@@ -303,16 +297,6 @@ public:
 		std::shared_ptr<const ObjectType> Owner = this->weak_from_this().lock();
 		return TSharedRef<const ObjectType, Mode>::FromStd(static_cast<std::shared_ptr<const ObjectType>&&>(Owner));
 	}
-	TWeakPtr<ObjectType, Mode> AsWeak()
-	{
-		return TWeakPtr<ObjectType, Mode>(TSharedPtr<ObjectType, Mode>::FromStd(this->weak_from_this().lock()));
-	}
-	TWeakPtr<const ObjectType, Mode> AsWeak() const
-	{
-		return TWeakPtr<const ObjectType, Mode>(TSharedPtr<const ObjectType, Mode>::FromStd(this->weak_from_this().lock()));
-	}
-	/** False in the constructor and the destructor. */
-	bool DoesSharedInstanceExist() const { return !this->weak_from_this().expired(); }
 
 protected:
 	/** AsShared with the type of the pointer: SharedThis(this). */
@@ -331,19 +315,6 @@ TSharedRef<ObjectType, Mode> MakeShared(ArgTypes&&... Args)
 	return TSharedRef<ObjectType, Mode>::FromStd(std::make_shared<ObjectType>(Forward<ArgTypes>(Args)...));
 }
 
-/** Hands a new object over to shared ownership. */
-template <class ObjectType>
-UE::SharedPointer::TRawProxy<ObjectType> MakeShareable(ObjectType* InObject)
-{
-	return { std::shared_ptr<ObjectType>(InObject) };
-}
-
-template <class ObjectType, class DeleterType>
-UE::SharedPointer::TRawProxy<ObjectType> MakeShareable(ObjectType* InObject, DeleterType&& Deleter)
-{
-	return { std::shared_ptr<ObjectType>(InObject, Forward<DeleterType>(Deleter)) };
-}
-
 template <class CastTo, class CastFrom, ESPMode Mode>
 TSharedPtr<CastTo, Mode> StaticCastSharedPtr(const TSharedPtr<CastFrom, Mode>& Pointer)
 {
@@ -354,22 +325,4 @@ template <class CastTo, class CastFrom, ESPMode Mode>
 TSharedRef<CastTo, Mode> StaticCastSharedRef(const TSharedRef<CastFrom, Mode>& Reference)
 {
 	return TSharedRef<CastTo, Mode>::FromStd(std::static_pointer_cast<CastTo>(Reference.ToStd()));
-}
-
-template <class CastTo, class CastFrom, ESPMode Mode>
-TWeakPtr<CastTo, Mode> StaticCastWeakPtr(const TWeakPtr<CastFrom, Mode>& Pointer)
-{
-	return TWeakPtr<CastTo, Mode>(StaticCastSharedPtr<CastTo>(Pointer.Pin()));
-}
-
-template <class CastTo, class CastFrom, ESPMode Mode>
-TSharedPtr<CastTo, Mode> ConstCastSharedPtr(const TSharedPtr<CastFrom, Mode>& Pointer)
-{
-	return TSharedPtr<CastTo, Mode>::FromStd(std::const_pointer_cast<CastTo>(Pointer.ToStd()));
-}
-
-template <class CastTo, class CastFrom, ESPMode Mode>
-TSharedRef<CastTo, Mode> ConstCastSharedRef(const TSharedRef<CastFrom, Mode>& Reference)
-{
-	return TSharedRef<CastTo, Mode>::FromStd(std::const_pointer_cast<CastTo>(Reference.ToStd()));
 }

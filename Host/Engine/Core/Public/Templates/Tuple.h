@@ -105,12 +105,6 @@ struct TTuple<KeyType, ValueType>
 template <typename KeyType, typename ValueType>
 using TPair = TTuple<KeyType, ValueType>;
 
-template <typename... Types>
-TTuple<std::decay_t<Types>...> MakeTuple(Types&&... Args)
-{
-	return TTuple<std::decay_t<Types>...>(Forward<Types>(Args)...);
-}
-
 // Structured bindings for tuples of other sizes; a pair binds to its two members.
 namespace std
 {

@@ -11,11 +11,6 @@ constexpr uint32 HashCombine(uint32 A, uint32 B)
 	return A;
 }
 
-constexpr uint32 HashCombineFast(uint32 A, uint32 B)
-{
-	return HashCombine(A, B);
-}
-
 constexpr uint32 GetTypeHash(bool Value)
 {
 	return Value ? 1u : 0u;

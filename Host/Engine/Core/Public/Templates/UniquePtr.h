@@ -56,7 +56,6 @@ public:
 	/** Gives up ownership without destroying the object. */
 	UE_NODISCARD ElementType* Release() { return Ptr.release(); }
 	void Reset(ElementType* InPtr = nullptr) { Ptr.reset(InPtr); }
-	Deleter& GetDeleter() { return Ptr.get_deleter(); }
 
 	friend bool operator==(const TUniquePtr& A, std::nullptr_t) { return !A.IsValid(); }
 	template <typename OtherT, typename OtherDeleter>

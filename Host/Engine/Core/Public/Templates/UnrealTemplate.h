@@ -17,13 +17,6 @@ constexpr std::remove_reference_t<T>&& MoveTemp(T&& Object) noexcept
 	return static_cast<CastType&&>(Object);
 }
 
-/** MoveTemp without the checks, for generic code. */
-template <typename T>
-constexpr std::remove_reference_t<T>&& MoveTempIfPossible(T&& Object) noexcept
-{
-	return static_cast<std::remove_reference_t<T>&&>(Object);
-}
-
 template <typename T>
 constexpr T&& Forward(std::remove_reference_t<T>& Object) noexcept
 {
@@ -37,25 +30,11 @@ constexpr T&& Forward(std::remove_reference_t<T>&& Object) noexcept
 }
 
 template <typename T>
-constexpr T CopyTemp(T& Object)
-{
-	return const_cast<const T&>(Object);
-}
-
-template <typename T>
 constexpr void Swap(T& A, T& B)
 {
 	T Temp = static_cast<T&&>(A);
 	A = static_cast<T&&>(B);
 	B = static_cast<T&&>(Temp);
-}
-
-template <typename A, typename B = A>
-constexpr A Exchange(A& Object, B&& NewValue)
-{
-	A Old = static_cast<A&&>(Object);
-	Object = Forward<B>(NewValue);
-	return Old;
 }
 
 // Contiguous containers by their own members, and C arrays.
@@ -118,7 +97,6 @@ public:
 		Variable = NewValue;
 	}
 	~TGuardValue() { Variable = OldValue; }
-	const AssignedType& GetOriginalValue() const { return OldValue; }
 
 private:
 	RefType& Variable;

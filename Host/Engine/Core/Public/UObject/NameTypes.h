@@ -45,9 +45,6 @@ public:
 	CORE_API const FString& GetText() const;
 	FString ToString() const { return GetText(); }
 	void ToString(FString& Out) const { Out = GetText(); }
-	FString GetPlainNameString() const { return GetText(); }
-	void AppendString(FString& Out) const { Out += GetText(); }
-	int32 GetStringLength() const { return GetText().Len(); }
 	/** Alphabetical, ignoring case. */
 	int32 Compare(const FName& Other) const
 	{
@@ -56,7 +53,6 @@ public:
 	bool LexicalLess(const FName& Other) const { return Compare(Other) < 0; }
 	/** Any fixed order within one process. */
 	bool FastLess(const FName& Other) const { return Entry < Other.Entry; }
-	bool IsEqual(const FName& Other) const { return Entry == Other.Entry; }
 
 	friend bool operator==(FName A, FName B) { return A.Entry == B.Entry; }
 	friend bool operator==(FName A, EName) { return A.Entry == nullptr; }
@@ -81,8 +77,4 @@ struct FNameFastLess
 inline FString LexToString(const FName& Name)
 {
 	return Name.ToString();
-}
-inline void LexFromString(FName& OutName, const TCHAR* Text)
-{
-	OutName = FName(Text);
 }

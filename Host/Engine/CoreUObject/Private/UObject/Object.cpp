@@ -288,11 +288,6 @@ FString UObject::GetPathName() const
 	return Outer ? Outer->GetPathName() + TEXT(".") + GetName() : GetName();
 }
 
-FString UObject::GetFullName() const
-{
-	return GetClass()->GetName() + TEXT(" ") + GetPathName();
-}
-
 bool UObject::IsA(const UClass* OtherClass) const
 {
 	return GetClass()->IsChildOf(OtherClass);
@@ -323,11 +318,6 @@ bool UObject::WriteConfig(const FString& File)
 void UObject::SaveConfig(uint64 PropertyFlags, const TCHAR* Filename, FConfigCacheIni* Config, bool bAllowCopyToDefaultObject)
 {
 	WriteConfig(Filename && *Filename ? FString(Filename) : GetDefaultConfigFilename());
-}
-
-bool UObject::TryUpdateDefaultConfigFile(const FString& SpecificFile)
-{
-	return WriteConfig(SpecificFile.IsEmpty() ? GetDefaultConfigFilename() : SpecificFile);
 }
 
 // What was read is what is known to be in the file.

@@ -129,25 +129,3 @@ UObject* StaticConstructObject(UClass* Class, UObject* Outer, FName Name, EObjec
 	Object->PostInitProperties();
 	return Object;
 }
-
-FString FSoftObjectPath::GetLongPackageName() const
-{
-	int32 Dot = INDEX_NONE;
-	return Path.FindChar(TEXT('.'), Dot) ? Path.Left(Dot) : Path;
-}
-
-FString FSoftObjectPath::GetAssetName() const
-{
-	int32 Dot = INDEX_NONE;
-	return Path.FindChar(TEXT('.'), Dot) ? Path.RightChop(Dot + 1) : FString();
-}
-
-UObject* FSoftObjectPath::TryLoad() const
-{
-	return IsNull() ? nullptr : StaticLoadObject(UObject::StaticClass(), nullptr, Path);
-}
-
-UObject* FSoftObjectPath::ResolveObject() const
-{
-	return StaticFindObject(nullptr, nullptr, Path);
-}

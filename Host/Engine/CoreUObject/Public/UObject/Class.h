@@ -18,7 +18,6 @@ public:
 	 */
 	static UClass* Register(const TCHAR* CppName, const TCHAR* Module, UClass* SuperClass, FMakeObject MakeObject);
 
-	UClass* GetSuperClass() const { return SuperClass; }
 	/** True for the class itself. */
 	bool IsChildOf(const UClass* Other) const;
 	template <typename T>

@@ -33,8 +33,6 @@ public:
 	FString GetName() const { return Name.ToString(); }
 	/** Names from the outermost to this one: "/Game/Folder/Asset.Asset". */
 	FString GetPathName() const;
-	/** Class name, blank, path name. */
-	FString GetFullName() const;
 
 	bool IsA(const UClass* OtherClass) const;
 	template <typename T>
@@ -42,8 +40,6 @@ public:
 	{
 		return IsA(T::StaticClass());
 	}
-	bool HasAnyFlags(EObjectFlags Any) const { return (uint32(Flags) & uint32(Any)) != 0; }
-	void SetFlags(EObjectFlags More) { Flags = EObjectFlags(uint32(Flags) | uint32(More)); }
 	/** Says that the object is no longer in use. Cannot be taken back. */
 	void MarkAsGarbage() { bGarbage = true; }
 	bool IsGarbage() const { return bGarbage; }
@@ -58,8 +54,6 @@ public:
 		bool bAllowCopyToDefaultObject = true);
 	/** Reads them back; a property that the store does not hold, or holds in a form that cannot be read, is left as it is. */
 	void LoadConfig(UClass* ConfigClass = nullptr, const TCHAR* Filename = nullptr);
-	/** SaveConfig into the class's default file. @return Whether the store could be written. */
-	bool TryUpdateDefaultConfigFile(const FString& SpecificFile = FString());
 	/** Name of the class's configuration. */
 	FString GetDefaultConfigFilename() const;
 

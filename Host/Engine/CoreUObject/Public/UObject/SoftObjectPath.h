@@ -21,16 +21,8 @@ struct COREUOBJECT_API FSoftObjectPath
 	}
 
 	const FString& ToString() const { return Path; }
-	/** "/Game/Folder/Asset" of "/Game/Folder/Asset.Asset". */
-	FString GetLongPackageName() const;
-	/** What stands behind the first dot. */
-	FString GetAssetName() const;
 	bool IsNull() const { return Path.IsEmpty(); }
 	bool IsValid() const { return !IsNull(); }
-	/** Loads it (StaticLoadObject). */
-	UObject* TryLoad() const;
-	/** The object if it was loaded before. */
-	UObject* ResolveObject() const;
 	friend bool operator==(const FSoftObjectPath& A, const FSoftObjectPath& B) { return A.Path == B.Path; }
 
 private:

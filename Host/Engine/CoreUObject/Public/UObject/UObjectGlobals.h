@@ -17,12 +17,6 @@
 COREUOBJECT_API UObject* StaticLoadObject(
 	UClass* Class, UObject* Outer, FStringView Name, FStringView Filename = FStringView(), uint32 LoadFlags = LOAD_None);
 
-template <typename T>
-T* LoadObject(UObject* Outer, FStringView Name, FStringView Filename = FStringView(), uint32 LoadFlags = LOAD_None)
-{
-	return static_cast<T*>(StaticLoadObject(T::StaticClass(), Outer, Name, Filename, LoadFlags));
-}
-
 /** An object that was made or loaded before, by path name. Letter case is ignored. */
 COREUOBJECT_API UObject* StaticFindObject(UClass* Class, UObject* Outer, FStringView Name);
 

@@ -13,8 +13,6 @@ struct FWeakObjectPtr
 
 	UObject* Get() const { return ::IsValid(Object) ? Object : nullptr; }
 	bool IsValid() const { return ::IsValid(Object); }
-	/** Was set, and its object has become garbage since. */
-	bool IsStale() const { return Object && !::IsValid(Object); }
 	void Reset() { Object = nullptr; }
 	friend bool operator==(const FWeakObjectPtr& A, const FWeakObjectPtr& B) { return A.Get() == B.Get(); }
 

@@ -33,8 +33,6 @@ struct TWeakObjectPtr
 	T* operator->() const { return Get(); }
 	T& operator*() const { return *Get(); }
 	bool IsValid() const { return ::IsValid(Object); }
-	bool IsStale() const { return Object && !::IsValid(Object); }
-	bool IsExplicitlyNull() const { return !Object; }
 	explicit operator bool() const { return IsValid(); }
 	void Reset() { Object = nullptr; }
 
@@ -47,9 +45,3 @@ struct TWeakObjectPtr
 private:
 	T* Object = nullptr;
 };
-
-template <typename T>
-TWeakObjectPtr<T> MakeWeakObjectPtr(T* Object)
-{
-	return TWeakObjectPtr<T>(Object);
-}

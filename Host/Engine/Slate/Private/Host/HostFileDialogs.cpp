@@ -4,7 +4,6 @@
 #include "Framework/Application/SlateApplication.h"
 #include "Host/HostDialogs.h"
 #include "Host/SSaveDialog.h"
-#include "Misc/App.h"
 #include "Misc/Paths.h"
 #include "Widgets/SWindow.h"
 
@@ -43,7 +42,7 @@ namespace
 
 	bool CanShowSaveDialog()
 	{
-		if (FApp::IsUnattended() || !FSlateApplication::IsInitialized() || FSlateApplication::Get().IsExitRequested())
+		if (!FSlateApplication::IsInitialized() || FSlateApplication::Get().IsExitRequested())
 		{
 			return false;
 		}
@@ -118,11 +117,6 @@ bool FHostFileDialogs::AskForSaveFile(const FHostSaveDialog& Dialog, FString& Ou
 void FHostFileDialogs::QueueAnswer(const FString& Path)
 {
 	GetSaveDialogState().QueuedAnswers.Add(Path);
-}
-
-void FHostFileDialogs::ClearQueuedAnswers()
-{
-	GetSaveDialogState().QueuedAnswers.Reset();
 }
 
 TOptional<FHostOpenSaveDialog> FHostFileDialogs::GetOpen()

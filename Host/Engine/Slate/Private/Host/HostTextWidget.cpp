@@ -160,11 +160,6 @@ void SHostTextWidget::PullBoundText()
 	}
 }
 
-void SHostTextWidget::SetHintText(const TAttribute<FText>& InHintText)
-{
-	AssignSizeAttribute(Setup.HintText, InHintText);
-}
-
 void SHostTextWidget::SetFont(const TAttribute<FSlateFontInfo>& InFont)
 {
 	AssignSizeAttribute(Setup.Font, InFont);
@@ -211,14 +206,6 @@ void SHostTextWidget::GoTo(ETextLocation NewLocation)
 	}
 	}
 	FinishEdit(false);
-}
-
-void SHostTextWidget::ScrollTo(const FTextLocation& NewLocation)
-{
-	UpdateLayout(GetCachedGeometry());
-	GetView().ScrollToShow(
-		GetView().PlaceOf(GetEditor().GetDocument().Clamp(NewLocation), false), GetCaretWidth(GetCachedGeometry().GetAccumulatedScale()));
-	State->bScrollToCaret = false;
 }
 
 // Like a paste: one step of the history of its own.

@@ -39,7 +39,6 @@ public:
 
 	/** Answers the next save dialog without showing it: a path, relative to the dialog's folder, or empty to cancel. */
 	static void QueueAnswer(const FString& Path);
-	static void ClearQueuedAnswers();
 
 	/** The topmost open dialog. */
 	static TOptional<FHostOpenSaveDialog> GetOpen();

@@ -9,7 +9,6 @@ class SLATE_API SHostTableRow : public SBorder, public ITableRow
 {
 public:
 	virtual TSharedRef<SWidget> AsWidget() override { return AsShared(); }
-	virtual int32 GetIndexInList() override { return IndexInList; }
 	virtual void SetIndexInList(int32 InIndex) override { IndexInList = InIndex; }
 	bool IsSelected() const;
 

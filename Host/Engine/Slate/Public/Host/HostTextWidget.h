@@ -68,26 +68,17 @@ public:
 	static void SetJoinsLinesWithCarriageReturns(bool bJoins);
 
 	FText GetText() const;
-	FText GetPlainText() const { return GetText(); }
 	void SetText(const TAttribute<FText>& InText);
 	FText GetHintText() const { return Setup.HintText.Get(); }
-	void SetHintText(const TAttribute<FText>& InHintText);
 	void SetFont(const TAttribute<FSlateFontInfo>& InFont);
-	void SetIsReadOnly(const TAttribute<bool>& InIsReadOnly) { Setup.IsReadOnly = InIsReadOnly; }
 	bool IsReadOnly() const { return Setup.IsReadOnly.Get(); }
-	void SetTextBoxForegroundColor(const TAttribute<FSlateColor>& InColor) { Setup.ForegroundColor = InColor; }
-	void SetTextBoxBackgroundColor(const TAttribute<FSlateColor>& InColor) { Setup.BackgroundColor = InColor; }
 	void SetOnKeyDownHandler(FOnKeyDown InHandler) { Setup.OnKeyDownHandler = MoveTemp(InHandler); }
-	void SetOnKeyCharHandler(FOnKeyChar InHandler) { Setup.OnKeyCharHandler = MoveTemp(InHandler); }
 	void SetOnTextChanged(FOnTextChanged InHandler) { Setup.OnTextChanged = MoveTemp(InHandler); }
-	void SetOnTextCommitted(FOnTextCommitted InHandler) { Setup.OnTextCommitted = MoveTemp(InHandler); }
 
 	FTextLocation GetCursorLocation() const;
 	/** Moves the caret, clamped to the text, and brings it into view. */
 	void GoTo(const FTextLocation& NewLocation);
 	void GoTo(ETextLocation NewLocation);
-	/** Brings a place into view and leaves the caret. */
-	void ScrollTo(const FTextLocation& NewLocation);
 	/** Replaces the selection as a paste would, also in a read-only box. Line breaks of any kind become "\n". */
 	void InsertTextAtCursor(const FString& InString);
 	void InsertTextAtCursor(const FText& InText) { InsertTextAtCursor(InText.ToString()); }

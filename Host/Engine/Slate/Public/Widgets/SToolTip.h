@@ -21,7 +21,6 @@ public:
 	SLATE_END_ARGS()
 
 	void Construct(const FArguments& InArgs);
-	const FText& GetTextTooltip() const { return Text.Get(); }
 
 	virtual TSharedRef<SWidget> AsWidget() override { return AsShared(); }
 	virtual bool HasContent() const override;

@@ -132,12 +132,6 @@ FKey EKeys::Find(FName Name)
 	return Invalid;
 }
 
-bool FKey::IsMouseButton() const
-{
-	return *this == EKeys::LeftMouseButton || *this == EKeys::RightMouseButton || *this == EKeys::MiddleMouseButton ||
-		*this == EKeys::ThumbMouseButton || *this == EKeys::ThumbMouseButton2;
-}
-
 bool FKey::IsModifierKey() const
 {
 	return *this == EKeys::LeftShift || *this == EKeys::RightShift || *this == EKeys::LeftControl || *this == EKeys::RightControl ||

@@ -76,12 +76,6 @@ const FSlateBrush* FSlateStyleSet::GetBrush(FName PropertyName, const char* Spec
 	return &FSlateBrush::GetUnknownBrush();
 }
 
-const FSlateBrush* FSlateStyleSet::GetOptionalBrush(FName PropertyName, const char* Specifier, const FSlateBrush* DefaultBrush) const
-{
-	const TUniquePtr<FSlateBrush>* Found = Brushes.Find(JoinSpecifier(PropertyName, Specifier));
-	return Found ? Found->Get() : DefaultBrush;
-}
-
 FSlateFontInfo FSlateStyleSet::GetFontStyle(FName PropertyName, const char* Specifier) const
 {
 	const FName Key = JoinSpecifier(PropertyName, Specifier);
@@ -118,17 +112,6 @@ float FSlateStyleSet::GetFloat(FName PropertyName, const char* Specifier) const
 	}
 	ReportUnknown(TEXT("number"), Key);
 	return 0.0f;
-}
-
-FVector2D FSlateStyleSet::GetVector(FName PropertyName, const char* Specifier) const
-{
-	const FName Key = JoinSpecifier(PropertyName, Specifier);
-	if (const FVector2D* Found = Vectors.Find(Key))
-	{
-		return *Found;
-	}
-	ReportUnknown(TEXT("vector"), Key);
-	return FVector2D(0, 0);
 }
 
 FMargin FSlateStyleSet::GetMargin(FName PropertyName, const char* Specifier) const
@@ -186,11 +169,6 @@ const FSlateWidgetStyle* FSlateStyleSet::FindWidgetStyle(FName TypeName, FName P
 	}
 	ReportUnknown(TEXT("widget style"), Key);
 	return nullptr;
-}
-
-bool FSlateStyleSet::HasWidgetStyleOfType(FName TypeName, FName PropertyName) const
-{
-	return WidgetStyles.Contains(JoinType(TypeName, PropertyName));
 }
 
 void FSlateStyleRegistry::RegisterSlateStyle(const ISlateStyle& InSlateStyle)

@@ -47,12 +47,6 @@ void SBoxPanel::FSlot::Construct(const FSlotArguments& Arguments)
 	NoteBinding(Arguments._Padding.IsBound() || Weight.IsBound() || MaxSize.IsBound() || MinSize.IsBound());
 }
 
-void SBoxPanel::FSlot::SetMaxHeight(TAttribute<float> InSize)
-{
-	MaxSize = InSize;
-	InvalidateLayout();
-}
-
 void SBoxPanel::FSlot::SetAuto()
 {
 	SizeRule = FSizeParam::SizeRule_Auto;

@@ -18,11 +18,6 @@ void SImage::SetImage(TAttribute<const FSlateBrush*> InImage)
 	AssignSizeAttribute(Image, MoveTemp(InImage));
 }
 
-void SImage::SetDesiredSizeOverride(TAttribute<TOptional<FVector2D>> InSize)
-{
-	AssignSizeAttribute(DesiredSizeOverride, MoveTemp(InSize));
-}
-
 FReply SImage::OnMouseButtonDown(const FGeometry& MyGeometry, const FPointerEvent& MouseEvent)
 {
 	if (OnMouseDown.IsBound())

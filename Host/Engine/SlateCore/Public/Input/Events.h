@@ -21,14 +21,11 @@ public:
 	{
 	}
 	bool IsShiftDown() const { return bIsLeftShiftDown || bIsRightShiftDown; }
-	bool IsLeftShiftDown() const { return bIsLeftShiftDown; }
-	bool IsRightShiftDown() const { return bIsRightShiftDown; }
 	bool IsControlDown() const { return bIsLeftControlDown || bIsRightControlDown; }
 	bool IsLeftControlDown() const { return bIsLeftControlDown; }
 	bool IsRightControlDown() const { return bIsRightControlDown; }
 	bool IsAltDown() const { return bIsLeftAltDown || bIsRightAltDown; }
 	bool IsLeftAltDown() const { return bIsLeftAltDown; }
-	bool IsRightAltDown() const { return bIsRightAltDown; }
 	bool IsCommandDown() const { return bIsLeftCommandDown || bIsRightCommandDown; }
 	bool AnyModifiersDown() const { return IsShiftDown() || IsControlDown() || IsAltDown() || IsCommandDown(); }
 
@@ -85,7 +82,6 @@ struct FInputEvent
 	bool IsRightControlDown() const { return Modifiers.IsRightControlDown(); }
 	bool IsAltDown() const { return Modifiers.IsAltDown(); }
 	bool IsCommandDown() const { return Modifiers.IsCommandDown(); }
-	uint32 GetUserIndex() const { return 0; }
 
 private:
 	FModifierKeysState Modifiers;
@@ -140,12 +136,10 @@ struct FPointerEvent : public FInputEvent
 	}
 	const FVector2D& GetScreenSpacePosition() const { return Position; }
 	const FVector2D& GetLastScreenSpacePosition() const { return LastPosition; }
-	FVector2D GetCursorDelta() const { return Position - LastPosition; }
 	FKey GetEffectingButton() const { return Button; }
 	/** Notches, up positive. */
 	float GetWheelDelta() const { return static_cast<float>(Wheel.Y); }
 	const FVector2D& GetWheelDelta2D() const { return Wheel; }
-	bool IsMouseButtonDown(const FKey& InButton) const { return bLeftDown && InButton == EKeys::LeftMouseButton; }
 
 private:
 	FVector2D Position = FVector2D(0, 0);

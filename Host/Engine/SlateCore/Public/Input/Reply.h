@@ -18,11 +18,6 @@ public:
 		FocusCause = Cause;
 		return *this;
 	}
-	FReply& ClearUserFocus()
-	{
-		bReleaseFocus = true;
-		return *this;
-	}
 	FReply& CaptureMouse(TSharedRef<SWidget> Widget)
 	{
 		MouseCaptor = Widget;

@@ -27,7 +27,6 @@ public:
 	}
 
 	const FVector2D& GetLocalSize() const { return Size; }
-	FVector2D GetAbsoluteSize() const { return Size * static_cast<double>(Scale); }
 	const FVector2D& GetAbsolutePosition() const { return AbsolutePosition; }
 	float GetAccumulatedScale() const { return Scale; }
 	FSlateRect GetLayoutBoundingRect() const
@@ -41,7 +40,6 @@ public:
 		return MakeChild(LocalOffset, LocalSize).GetLayoutBoundingRect();
 	}
 	FVector2D AbsoluteToLocal(const FVector2D& Absolute) const { return (Absolute - AbsolutePosition) / static_cast<double>(Scale); }
-	FVector2D LocalToAbsolute(const FVector2D& Local) const { return AbsolutePosition + Local * static_cast<double>(Scale); }
 	bool IsUnderLocation(const FVector2D& Absolute) const { return GetLayoutBoundingRect().ContainsPoint(Absolute); }
 	bool operator==(const FGeometry& Other) const
 	{

@@ -34,11 +34,6 @@ struct FMargin
 	{
 	}
 	FVector2D GetDesiredSize() const { return FVector2D(Left + Right, Top + Bottom); }
-	template <EOrientation Orientation>
-	float GetTotalSpaceAlong() const
-	{
-		return Orientation == Orient_Horizontal ? Left + Right : Top + Bottom;
-	}
 	bool operator==(const FMargin& Other) const
 	{
 		return Left == Other.Left && Top == Other.Top && Right == Other.Right && Bottom == Other.Bottom;

@@ -15,13 +15,9 @@ public:
 	virtual ~ISlateStyle();
 	virtual const FName& GetStyleSetName() const = 0;
 	virtual const FSlateBrush* GetBrush(FName PropertyName, const char* Specifier = nullptr) const = 0;
-	/** Null (or the default given) for an unknown name, without a complaint. */
-	virtual const FSlateBrush* GetOptionalBrush(
-		FName PropertyName, const char* Specifier = nullptr, const FSlateBrush* DefaultBrush = nullptr) const = 0;
 	virtual FSlateFontInfo GetFontStyle(FName PropertyName, const char* Specifier = nullptr) const = 0;
 	virtual FLinearColor GetColor(FName PropertyName, const char* Specifier = nullptr) const = 0;
 	virtual float GetFloat(FName PropertyName, const char* Specifier = nullptr) const = 0;
-	virtual FVector2D GetVector(FName PropertyName, const char* Specifier = nullptr) const = 0;
 	virtual FMargin GetMargin(FName PropertyName, const char* Specifier = nullptr) const = 0;
 	template <typename WidgetStyleType>
 	const WidgetStyleType& GetWidgetStyle(FName PropertyName) const
@@ -29,13 +25,7 @@ public:
 		const FSlateWidgetStyle* Style = FindWidgetStyle(WidgetStyleType::TypeName(), PropertyName);
 		return Style ? static_cast<const WidgetStyleType&>(*Style) : WidgetStyleType::GetDefault();
 	}
-	template <typename WidgetStyleType>
-	bool HasWidgetStyle(FName PropertyName) const
-	{
-		return HasWidgetStyleOfType(WidgetStyleType::TypeName(), PropertyName);
-	}
 
 protected:
 	virtual const FSlateWidgetStyle* FindWidgetStyle(FName TypeName, FName PropertyName) const = 0;
-	virtual bool HasWidgetStyleOfType(FName TypeName, FName PropertyName) const = 0;
 };

@@ -18,10 +18,7 @@ struct FSlateColor
 	}
 	static FSlateColor UseForeground() { return FSlateColor(ERule::Foreground); }
 	static FSlateColor UseSubduedForeground() { return FSlateColor(ERule::Subdued); }
-	/** The colour of the style that is in force, such as a button's. Behaves as the foreground here. */
-	static FSlateColor UseStyle() { return FSlateColor(ERule::Foreground); }
 
-	bool IsColorSpecified() const { return Rule == ERule::Specified; }
 	/** White unless a colour was given. */
 	const FLinearColor& GetSpecifiedColor() const { return SpecifiedColor; }
 	const FLinearColor& GetColor(const FWidgetStyle& Style) const

@@ -19,12 +19,9 @@ public:
 	FString RootToContentDir(const FString& RelativePath) const;
 
 	virtual const FSlateBrush* GetBrush(FName PropertyName, const char* Specifier = nullptr) const override;
-	virtual const FSlateBrush* GetOptionalBrush(
-		FName PropertyName, const char* Specifier = nullptr, const FSlateBrush* DefaultBrush = nullptr) const override;
 	virtual FSlateFontInfo GetFontStyle(FName PropertyName, const char* Specifier = nullptr) const override;
 	virtual FLinearColor GetColor(FName PropertyName, const char* Specifier = nullptr) const override;
 	virtual float GetFloat(FName PropertyName, const char* Specifier = nullptr) const override;
-	virtual FVector2D GetVector(FName PropertyName, const char* Specifier = nullptr) const override;
 	virtual FMargin GetMargin(FName PropertyName, const char* Specifier = nullptr) const override;
 
 	/** Takes ownership of a brush made with new. */
@@ -50,7 +47,6 @@ public:
 
 protected:
 	virtual const FSlateWidgetStyle* FindWidgetStyle(FName TypeName, FName PropertyName) const override;
-	virtual bool HasWidgetStyleOfType(FName TypeName, FName PropertyName) const override;
 
 private:
 	void SetBrush(FName PropertyName, TUniquePtr<FSlateBrush> Brush);

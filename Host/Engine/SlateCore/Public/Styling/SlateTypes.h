@@ -30,16 +30,6 @@ struct SLATECORE_API FTextBlockStyle : public FSlateWidgetStyle
 		Font = InFont;
 		return *this;
 	}
-	FTextBlockStyle& SetFontSize(float InSize)
-	{
-		Font.Size = InSize;
-		return *this;
-	}
-	FTextBlockStyle& SetTypefaceFontName(FName InName)
-	{
-		Font.TypefaceFontName = InName;
-		return *this;
-	}
 	FTextBlockStyle& SetColorAndOpacity(const FSlateColor& InColor)
 	{
 		ColorAndOpacity = InColor;
@@ -48,11 +38,6 @@ struct SLATECORE_API FTextBlockStyle : public FSlateWidgetStyle
 	FTextBlockStyle& SetStrikeBrush(const FSlateBrush& InBrush)
 	{
 		StrikeBrush = InBrush;
-		return *this;
-	}
-	FTextBlockStyle& SetUnderlineBrush(const FSlateBrush& InBrush)
-	{
-		UnderlineBrush = InBrush;
 		return *this;
 	}
 };

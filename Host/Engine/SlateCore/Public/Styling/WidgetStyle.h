@@ -27,11 +27,6 @@ public:
 		ForegroundColor = Color;
 		return *this;
 	}
-	FWidgetStyle& SetSubduedForegroundColor(const FLinearColor& Color)
-	{
-		SubduedForeground = Color;
-		return *this;
-	}
 
 private:
 	FLinearColor ColorAndOpacityTint = FLinearColor(1.0f, 1.0f, 1.0f, 1.0f);

@@ -37,7 +37,6 @@ public:
 		FSlotArguments& FillWidth(TAttribute<float> Weight) { return SetFill(MoveTemp(Weight)); }
 		FSlotArguments& MaxHeight(TAttribute<float> Size) { return SetMax(MoveTemp(Size)); }
 		FSlotArguments& MaxWidth(TAttribute<float> Size) { return SetMax(MoveTemp(Size)); }
-		FSlotArguments& MinHeight(TAttribute<float> Size) { return SetMin(MoveTemp(Size)); }
 		FSlotArguments& MinWidth(TAttribute<float> Size) { return SetMin(MoveTemp(Size)); }
 		FSizeParam _Size;
 		TAttribute<float> _MaxSize = 0.0f;
@@ -61,12 +60,6 @@ public:
 		/** Zero means none. */
 		float GetMaxSize() const { return MaxSize.Get(); }
 		float GetMinSize() const { return MinSize.Get(); }
-		void SetAutoHeight() { SetAuto(); }
-		void SetAutoWidth() { SetAuto(); }
-		void SetFillHeight(TAttribute<float> Weight) { SetFill(MoveTemp(Weight)); }
-		void SetFillWidth(TAttribute<float> Weight) { SetFill(MoveTemp(Weight)); }
-		void SetMaxHeight(TAttribute<float> InSize);
-		void SetMaxWidth(TAttribute<float> InSize) { SetMaxHeight(MoveTemp(InSize)); }
 
 	private:
 		void SetAuto();
@@ -82,7 +75,6 @@ public:
 	FScopedWidgetSlotArguments AddSlot() { return FScopedWidgetSlotArguments(Children, INDEX_NONE); }
 	FScopedWidgetSlotArguments InsertSlot(int32 Index) { return FScopedWidgetSlotArguments(Children, Index); }
 	int32 NumSlots() const { return Children.Num(); }
-	bool IsValidSlotIndex(int32 Index) const { return Index >= 0 && Index < Children.Num(); }
 	FSlot& GetSlot(int32 Index) { return Children[Index]; }
 	const FSlot& GetSlot(int32 Index) const { return Children[Index]; }
 	/** Index of the removed slot, or INDEX_NONE. */

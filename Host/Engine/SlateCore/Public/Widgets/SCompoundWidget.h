@@ -30,7 +30,6 @@ public:
 		}
 		FCompoundWidgetOneChildSlot& HAlign(EHorizontalAlignment InAlignment);
 		FCompoundWidgetOneChildSlot& VAlign(EVerticalAlignment InAlignment);
-		void SetPadding(TAttribute<FMargin> InPadding) { Padding(MoveTemp(InPadding)); }
 		FMargin GetPadding() const { return PaddingAttribute.Get(); }
 		EHorizontalAlignment GetHorizontalAlignment() const { return HAlignment; }
 		EVerticalAlignment GetVerticalAlignment() const { return VAlignment; }

@@ -28,7 +28,6 @@ public:
 	FScopedWidgetSlotArguments AddSlot() { return FScopedWidgetSlotArguments(Children, INDEX_NONE); }
 	void RemoveSlot(const TSharedRef<SWidget>& Widget) { Children.Remove(Widget); }
 	void ClearChildren() { Children.Empty(); }
-	int32 GetNumWidgets() const { return Children.Num(); }
 	virtual FChildren* GetChildren() override { return &Children; }
 
 protected:

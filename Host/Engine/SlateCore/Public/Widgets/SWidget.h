@@ -91,12 +91,9 @@ public:
 
 	/** All children, in order, whatever their visibility. */
 	virtual FChildren* GetChildren() = 0;
-	bool IsParentValid() const { return ParentWidget != nullptr; }
 	TSharedPtr<SWidget> GetParentWidget() const;
 	/** Geometry of the last paint; zero before the first. */
 	const FGeometry& GetCachedGeometry() const { return CachedGeometry; }
-	const FGeometry& GetTickSpaceGeometry() const { return CachedGeometry; }
-	const FGeometry& GetPaintSpaceGeometry() const { return CachedGeometry; }
 
 	// State.
 	EVisibility GetVisibility() const { return bVisibilityBound ? Rare->Visibility.Get() : Visibility; }
@@ -117,11 +114,9 @@ public:
 	void SetTag(FName InTag) { Tag = InTag; }
 	FName GetTag() const { return Tag; }
 	void SetCanTick(bool bInCanTick) { bCanTick = bInCanTick; }
-	bool GetCanTick() const { return bCanTick; }
 	virtual bool IsHovered() const { return bIsHovered; }
 	bool IsDirectlyHovered() const { return bIsDirectlyHovered; }
 	bool HasKeyboardFocus() const;
-	bool HasAnyUserFocus() const { return HasKeyboardFocus(); }
 	bool HasFocusedDescendants() const;
 	bool HasMouseCapture() const;
 	/** True when the focus ring is to be drawn: focused, and the keyboard moved the focus here. */

@@ -35,11 +35,9 @@ public:
 	const TSharedRef<SWidget>& GetContent() const { return Content; }
 	FText GetTitle() const { return Title.Get(); }
 	const FVector2D& GetClientSize() const { return ClientSize; }
-	ESizingRule GetSizingRule() const { return SizingRule; }
 	/** Closes the window at the end of the current event; AddModalWindow returns then. */
 	void RequestDestroyWindow();
 	bool IsDestroyRequested() const { return bDestroyRequested; }
-	void SetOnWindowClosed(const FOnWindowClosed& InDelegate) { OnWindowClosed = InDelegate; }
 	/** The application calls this once the window is gone. */
 	void NotifyClosed();
 

@@ -45,7 +45,6 @@ public:
 	void ReleaseCapture();
 	void CloseToolTip();
 	FEventPath GetPathUnder(const FVector2D& Position) const;
-	const FVector2D& GetPointer() const { return Pointer; }
 	const FModifierKeysState& GetModifiers() const { return Modifiers; }
 	/** True once after something happened; the loop runs at full rate for a while then. */
 	bool TakeActivity();

@@ -137,11 +137,6 @@ void FSlateApplication::RequestExit()
 	Input->bExitRequested = true;
 }
 
-void FSlateApplication::SetOnCloseRequested(TFunction<bool()> Handler)
-{
-	Input->CloseHandler = MoveTemp(Handler);
-}
-
 bool FSlateApplication::SetKeyboardFocus(const TSharedPtr<SWidget>& Widget, EFocusCause Cause)
 {
 	return Input->SetFocus(Widget, Cause);
@@ -162,19 +157,9 @@ bool FSlateApplication::HasFocusedDescendants(const TSharedRef<const SWidget>& W
 	return Widget->HasFocusedDescendants();
 }
 
-bool FSlateApplication::IsFocusVisible() const
-{
-	return FHostFocus::Get().bShowRing;
-}
-
 FModifierKeysState FSlateApplication::GetModifierKeys() const
 {
 	return Input->GetModifiers();
-}
-
-bool FSlateApplication::IsActive() const
-{
-	return FHostFocus::Get().bWindowActive;
 }
 
 TSharedPtr<SWidget> FSlateApplication::GetMouseCaptor() const
@@ -185,11 +170,6 @@ TSharedPtr<SWidget> FSlateApplication::GetMouseCaptor() const
 void FSlateApplication::ReleaseMouseCapture()
 {
 	Input->ReleaseCapture();
-}
-
-FVector2D FSlateApplication::GetCursorPos() const
-{
-	return Input->GetPointer();
 }
 
 // The anchor is kept relative to its owner, so that a popup follows a box that scrolls or grows while it is open.
@@ -298,11 +278,6 @@ TSharedRef<SWindow> FSlateApplication::AddWindow(const TSharedRef<SWindow>& InWi
 TSharedPtr<SWindow> FSlateApplication::GetActiveModalWindow() const
 {
 	return Layers->GetTopWindow(true);
-}
-
-TSharedPtr<SWindow> FSlateApplication::GetActiveTopLevelWindow() const
-{
-	return Layers->GetTopWindow(false);
 }
 
 void FSlateApplication::SetToastLayer(const TSharedPtr<SWidget>& Widget)

@@ -6,11 +6,6 @@ void FUICommandList::MapAction(const TSharedPtr<const FUICommandInfo> Command, c
 	Actions.Add(Command, Action);
 }
 
-void FUICommandList::UnmapAction(const TSharedPtr<const FUICommandInfo> Command)
-{
-	Actions.Remove(Command);
-}
-
 const FUIAction* FUICommandList::GetActionForCommand(const TSharedPtr<const FUICommandInfo> Command) const
 {
 	return Actions.Find(Command);

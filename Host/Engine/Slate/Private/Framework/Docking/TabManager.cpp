@@ -35,12 +35,6 @@ FTabSpawnerEntry& FTabSpawnerEntry::SetGroup(const TSharedRef<FWorkspaceItem>& I
 	return *this;
 }
 
-FTabSpawnerEntry& FTabSpawnerEntry::SetMenuType(const TAttribute<ETabSpawnerMenuType::Type>& InMenuType)
-{
-	MenuType = InMenuType;
-	return *this;
-}
-
 TSharedPtr<FTabSpawnerEntry> FTabSpawnerEntry::AsSpawnerEntry()
 {
 	return StaticCastSharedRef<FTabSpawnerEntry>(AsShared());

@@ -57,15 +57,6 @@ void FWorkspaceItem::RemoveItem(const TSharedRef<FWorkspaceItem>& Item)
 	}
 }
 
-void FWorkspaceItem::ClearItems()
-{
-	for (const TSharedRef<FWorkspaceItem>& Item : Children)
-	{
-		Item->Parent.Reset();
-	}
-	Children.Reset();
-}
-
 TSharedPtr<FTabSpawnerEntry> FWorkspaceItem::AsSpawnerEntry()
 {
 	return nullptr;

@@ -23,11 +23,6 @@ TSharedRef<const FExtensionBase> FExtender::AddMenuExtension(FName ExtensionHook
 	return Extension;
 }
 
-void FExtender::RemoveExtension(const TSharedRef<const FExtensionBase>& Extension)
-{
-	Extensions.Remove(Extension);
-}
-
 void FExtender::Apply(FName ExtensionHook, EExtensionHook::Position HookPosition, FMenuBuilder& MenuBuilder) const
 {
 	// A copy: a delegate may add and remove extensions.

@@ -6,8 +6,3 @@ TSharedRef<FPlainTextLayoutMarshaller> FPlainTextLayoutMarshaller::Create()
 {
 	return MakeShared<FPlainTextLayoutMarshaller>();
 }
-
-bool FPlainTextLayoutMarshaller::RequiresLiveUpdate() const
-{
-	return false;
-}

@@ -56,9 +56,6 @@ public:
 	/** Replaces what lies between two existing places, Begin not behind End. Returns the place behind the new piece. */
 	FTextLocation Replace(const FTextLocation& Begin, const FTextLocation& End, const FTextFragment& Piece);
 
-	/** Counts changes. */
-	uint64 GetRevision() const { return Revision; }
-
 	/** Cuts at "\n" and "\r\n". */
 	static FTextFragment Parse(FStringView Text);
 	static FString ToString(const FTextFragment& Piece);

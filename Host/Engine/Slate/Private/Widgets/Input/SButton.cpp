@@ -42,15 +42,6 @@ void SButton::Construct(const FArguments& InArgs)
 	SBorder::Construct(BorderArguments);
 }
 
-void SButton::SetButtonStyle(const FButtonStyle* InStyle)
-{
-	if (InStyle && InStyle != Style)
-	{
-		Style = InStyle;
-		Invalidate(EInvalidateWidgetReason::Layout);
-	}
-}
-
 bool SButton::SupportsKeyboardFocus() const
 {
 	return bFocusable;

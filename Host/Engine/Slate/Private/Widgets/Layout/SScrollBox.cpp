@@ -81,18 +81,6 @@ float SScrollBox::GetScrollOffsetOfEnd() const
 	return static_cast<float>(GetEnd());
 }
 
-float SScrollBox::GetScrollOffsetFraction() const
-{
-	const double End = GetEnd();
-	return End > 0.0 ? static_cast<float>(Offset / End) : 0.0f;
-}
-
-float SScrollBox::GetViewFraction() const
-{
-	const double Length = GetContentLength();
-	return Length > 0.0 ? static_cast<float>(FMath::Min(ViewLength / Length, 1.0)) : 1.0f;
-}
-
 // Held as an offset until the frame that shows it; the bounds are known only then.
 void SScrollBox::SetScrollOffset(float NewScrollOffset)
 {

@@ -31,19 +31,12 @@ SSplitter::FSlotArguments& SSplitter::FSlotArguments::Resizable(TAttribute<bool>
 	return *this;
 }
 
-SSplitter::FSlotArguments& SSplitter::FSlotArguments::OnSlotResized(FOnSlotResized InHandler)
-{
-	_OnSlotResized = MoveTemp(InHandler);
-	return *this;
-}
-
 void SSplitter::FSlot::Construct(const FSlotArguments& Arguments)
 {
 	Value = Arguments._Value;
 	MinSize = Arguments._MinSize;
 	SizeRule = Arguments._SizeRule;
 	Resizable = Arguments._Resizable;
-	SlotResizedHandler = Arguments._OnSlotResized;
 	// The values share out what is given; only the minimum is part of what is wanted.
 	NoteBinding(MinSize.IsBound());
 	if (Arguments._Child)
@@ -55,13 +48,6 @@ void SSplitter::FSlot::Construct(const FSlotArguments& Arguments)
 
 void SSplitter::FSlot::Resize(float NewValue)
 {
-	if (SlotResizedHandler.IsBound())
-	{
-		// A copy: the handler may take the slot away.
-		const FOnSlotResized Handler = SlotResizedHandler;
-		Handler.Execute(NewValue);
-		return;
-	}
 	Value = NewValue;
 }
 

@@ -20,24 +20,6 @@ const SWidgetSwitcher::FSlot* SWidgetSwitcher::GetActiveSlot() const
 	return Index >= 0 && Index < Children.Num() ? &Children[Index] : nullptr;
 }
 
-TSharedPtr<SWidget> SWidgetSwitcher::GetActiveWidget() const
-{
-	const FSlot* Slot = GetActiveSlot();
-	return Slot ? TSharedPtr<SWidget>(Slot->GetWidget()) : nullptr;
-}
-
-void SWidgetSwitcher::SetActiveWidget(const TSharedRef<SWidget>& Widget)
-{
-	for (int32 Index = 0; Index < Children.Num(); ++Index)
-	{
-		if (&Children.GetChildRefAt(Index) == &Widget.Get())
-		{
-			SetActiveWidgetIndex(Index);
-			return;
-		}
-	}
-}
-
 FVector2D SWidgetSwitcher::ComputeDesiredSize(float LayoutScaleMultiplier) const
 {
 	const FSlot* Slot = GetActiveSlot();

@@ -17,21 +17,7 @@ namespace
 
 void SWrapBox::FSlot::Construct(const FSlotArguments& Arguments)
 {
-	bFillEmptySpace = Arguments._bFillEmptySpace;
-	bForceNewLine = Arguments._bForceNewLine;
 	ConstructLayout(Arguments);
-}
-
-void SWrapBox::FSlot::SetFillEmptySpace(bool bInFill)
-{
-	bFillEmptySpace = bInFill;
-	InvalidateLayout();
-}
-
-void SWrapBox::FSlot::SetForceNewLine(bool bInForce)
-{
-	bForceNewLine = bInForce;
-	InvalidateLayout();
 }
 
 SWrapBox::SWrapBox()
@@ -48,12 +34,6 @@ void SWrapBox::Construct(const FArguments& InArgs)
 	Orientation = InArgs._Orientation;
 	bUseAllottedSize = InArgs._UseAllottedSize;
 	Children.AddSlots(InArgs._Slots);
-}
-
-void SWrapBox::SetInnerSlotPadding(const FVector2D& InPadding)
-{
-	InnerSlotPadding = InPadding;
-	Invalidate(EInvalidateWidgetReason::Layout);
 }
 
 float SWrapBox::GetLineLength(float Allotted) const
@@ -74,9 +54,8 @@ FVector2D SWrapBox::BreakLines(float LineLength) const
 	Placed.Reset();
 	Lines.Reset();
 	float Longest = 0.0f;
-	// Length with the forced breaks alone.
+	// Length of all children in one line.
 	float Natural = 0.0f;
-	float LongestNatural = 0.0f;
 	for (int32 Index = 0; Index < Children.Num(); ++Index)
 	{
 		const FSlot& Slot = Children[Index];
@@ -90,8 +69,7 @@ FVector2D SWrapBox::BreakLines(float LineLength) const
 		const float Length = FMath::Min(Wanted, LineLength);
 		const float Thickness = static_cast<float>(bHorizontal ? Size.Y : Size.X);
 		const bool bFirst = Lines.Num() == 0;
-		const bool bForced = bFirst || Slot.ForcesNewLine();
-		if (bForced || Lines.Last().Length + Gap + Length > LineLength + LineTolerance)
+		if (bFirst || Lines.Last().Length + Gap + Length > LineLength + LineTolerance)
 		{
 			FLine Line;
 			Line.Across = bFirst ? 0.0f : Lines.Last().Across + Lines.Last().Thickness + LineGap;
@@ -108,10 +86,9 @@ FVector2D SWrapBox::BreakLines(float LineLength) const
 		Line.Length = Place.Along + Length;
 		Line.Thickness = FMath::Max(Line.Thickness, Thickness);
 		Longest = FMath::Max(Longest, Line.Length);
-		Natural = bForced ? Wanted : Natural + Gap + Wanted;
-		LongestNatural = FMath::Max(LongestNatural, Natural);
+		Natural = bFirst ? Wanted : Natural + Gap + Wanted;
 	}
-	const float Along = bUseAllottedSize ? LongestNatural : Longest;
+	const float Along = bUseAllottedSize ? Natural : Longest;
 	const float Across = Lines.Num() > 0 ? Lines.Last().Across + Lines.Last().Thickness : 0.0f;
 	BrokenLength = LineLength;
 	Broken = bHorizontal ? FVector2D(Along, Across) : FVector2D(Across, Along);
@@ -145,7 +122,6 @@ void SWrapBox::OnArrangeChildren(const FGeometry& AllottedGeometry, FArrangedChi
 	const EHorizontalAlignment Alignment = HAlign.Get();
 	int32 CurrentLine = -1;
 	float Start = 0.0f;
-	float Grown = 0.0f;
 	int32 FirstPlaced = 0;
 	double ViewEnd = static_cast<double>(EndlessLine);
 	const FSlateRect* Clip = ArrangedChildren.GetClip();
@@ -176,20 +152,13 @@ void SWrapBox::OnArrangeChildren(const FGeometry& AllottedGeometry, FArrangedChi
 			CurrentLine = Place.Line;
 			const float Slack = FMath::Max(Room - Line.Length, 0.0f);
 			Start = Alignment == HAlign_Center ? Slack * 0.5f : (Alignment == HAlign_Right ? Slack : 0.0f);
-			Grown = 0.0f;
 		}
-		float Length = Place.Length;
-		const float Along = Start + Place.Along + Grown;
-		if (Slot.FillsEmptySpace() && Grown == 0.0f)
-		{
-			Grown = FMath::Max(Room - Start - Line.Length, 0.0f);
-			Length += Grown;
-		}
+		const float Along = Start + Place.Along;
 		const TSharedRef<SWidget>& Widget = Slot.GetWidget();
 		const FVector2D& Wanted = Widget->GetDesiredSize();
 		const FMargin Padding = Slot.GetPadding();
-		const float SlotX = bHorizontal ? Length : Line.Thickness;
-		const float SlotY = bHorizontal ? Line.Thickness : Length;
+		const float SlotX = bHorizontal ? Place.Length : Line.Thickness;
+		const float SlotY = bHorizontal ? Line.Thickness : Place.Length;
 		const FAlignedAxis X = AlignChild(Slot.GetHorizontalAlignment(), SlotX, static_cast<float>(Wanted.X), Padding);
 		const FAlignedAxis Y = AlignChild(Slot.GetVerticalAlignment(), SlotY, static_cast<float>(Wanted.Y), Padding);
 		const FVector2D Position =

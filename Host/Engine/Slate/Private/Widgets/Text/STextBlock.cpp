@@ -121,13 +121,6 @@ void STextBlock::SetFont(TAttribute<FSlateFontInfo> InFont)
 	AssignSizeAttribute(GetLook().Font, MoveTemp(InFont));
 }
 
-void STextBlock::SetTextStyle(const FTextBlockStyle* InTextStyle)
-{
-	bShapeAnew = true;
-	TextStyle = InTextStyle ? InTextStyle : &GetPlainTextStyle();
-	Invalidate(EInvalidateWidgetReason::Layout);
-}
-
 void STextBlock::SetAutoWrapText(TAttribute<bool> InAutoWrapText)
 {
 	if (!InAutoWrapText.IsBound() && !bAutoWrapBound)

@@ -83,24 +83,17 @@ public:
 	void SetStrictSleep(bool bStrict);
 	bool IsExitRequested() const;
 	void RequestExit();
-	/** Asked when the user closes the window; false keeps it open. */
-	void SetOnCloseRequested(TFunction<bool()> Handler);
 
 	// Focus.
 	bool SetKeyboardFocus(const TSharedPtr<SWidget>& Widget, EFocusCause Cause = EFocusCause::SetDirectly);
 	void ClearKeyboardFocus(EFocusCause Cause = EFocusCause::SetDirectly);
 	TSharedPtr<SWidget> GetKeyboardFocusedWidget() const;
-	TSharedPtr<SWidget> GetUserFocusedWidget(uint32 UserIndex) const { return GetKeyboardFocusedWidget(); }
 	bool HasFocusedDescendants(const TSharedRef<const SWidget>& Widget) const;
-	bool IsFocusVisible() const;
 	FModifierKeysState GetModifierKeys() const;
-	bool IsActive() const;
 
 	// Mouse.
 	TSharedPtr<SWidget> GetMouseCaptor() const;
 	void ReleaseMouseCapture();
-	/** Device pixels in the window. */
-	FVector2D GetCursorPos() const;
 
 	// Popups.
 	/**
@@ -122,8 +115,6 @@ public:
 	void AddModalWindow(const TSharedRef<SWindow>& Window, const TSharedPtr<const SWidget>& Parent);
 	TSharedRef<SWindow> AddWindow(const TSharedRef<SWindow>& Window);
 	TSharedPtr<SWindow> GetActiveModalWindow() const;
-	TSharedPtr<SWindow> GetActiveTopLevelWindow() const;
-	const void* FindBestParentWindowHandleForDialogs(const TSharedPtr<SWidget>& Widget) const { return nullptr; }
 
 	/** A layer above windows and popups that is never focused: the toast stack. */
 	void SetToastLayer(const TSharedPtr<SWidget>& Widget);

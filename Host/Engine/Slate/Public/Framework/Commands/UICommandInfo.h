@@ -59,7 +59,6 @@ public:
 
 	FName GetContextName() const { return Name; }
 	const FText& GetContextDesc() const { return Description; }
-	FName GetContextParent() const { return Parent; }
 	FName GetStyleSetName() const { return StyleSet; }
 	/** In the order in which they were made. */
 	const TArray<TSharedRef<FUICommandInfo>>& GetCommands() const { return Commands; }

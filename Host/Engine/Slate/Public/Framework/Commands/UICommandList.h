@@ -23,8 +23,6 @@ public:
 	{
 		MapAction(Command, FUIAction(MoveTemp(Execute), MoveTemp(CanExecute), MoveTemp(IsChecked)));
 	}
-	void UnmapAction(const TSharedPtr<const FUICommandInfo> Command);
-	bool IsActionMapped(const TSharedPtr<const FUICommandInfo> Command) const { return GetActionForCommand(Command) != nullptr; }
 	/** Null when it is not mapped. */
 	const FUIAction* GetActionForCommand(const TSharedPtr<const FUICommandInfo> Command) const;
 

@@ -28,7 +28,6 @@ public:
 		: TabId(InTabId)
 	{
 	}
-	const FTabId& GetTabId() const { return TabId; }
 
 private:
 	FTabId TabId;
@@ -58,7 +57,6 @@ public:
 	FTabSpawnerEntry& SetTooltipText(const FText& InToolTipText);
 	FTabSpawnerEntry& SetIcon(const FSlateIcon& InIcon);
 	FTabSpawnerEntry& SetGroup(const TSharedRef<FWorkspaceItem>& InGroup);
-	FTabSpawnerEntry& SetMenuType(const TAttribute<ETabSpawnerMenuType::Type>& InMenuType);
 
 	FName GetTabType() const { return TabType; }
 	ETabSpawnerMenuType::Type GetMenuType() const { return MenuType.Get(); }
@@ -97,8 +95,6 @@ public:
 	TSharedPtr<SDockArea> GetDockArea() const { return DockArea; }
 	/** In the order of registration. */
 	const TArray<TSharedRef<FTabSpawnerEntry>>& GetSpawners() const { return Spawners; }
-	/** In the order of opening. */
-	const TArray<TSharedRef<SDockTab>>& GetLiveTabs() const { return LiveTabs; }
 	/** Closes all, asking none. */
 	void CloseAllTabs();
 	/** A closing tab calls this. */

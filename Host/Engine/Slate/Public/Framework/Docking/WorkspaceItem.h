@@ -28,7 +28,6 @@ public:
 	const TArray<TSharedRef<FWorkspaceItem>>& GetChildItems() const { return Children; }
 	void AddItem(const TSharedRef<FWorkspaceItem>& Item);
 	void RemoveItem(const TSharedRef<FWorkspaceItem>& Item);
-	void ClearItems();
 	/** Null for a group. */
 	virtual TSharedPtr<FTabSpawnerEntry> AsSpawnerEntry();
 

@@ -59,7 +59,6 @@ public:
 		FName InExtensionHook = NAME_None);
 	/** None is drawn at an end of the menu or beside another one. */
 	void AddMenuSeparator(FName InExtensionHook = NAME_None);
-	void AddSeparator(FName InExtensionHook = NAME_None) { AddMenuSeparator(InExtensionHook); }
 	void AddWidget(TSharedRef<SWidget> InWidget, const FText& Label, bool bNoIndent = false);
 	/** Once; the builder is empty afterwards. */
 	TSharedRef<SWidget> MakeWidget();

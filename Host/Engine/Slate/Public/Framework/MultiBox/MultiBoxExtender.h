@@ -44,7 +44,6 @@ public:
 	/** @param CommandList  For commands that the delegate adds; may be null. */
 	TSharedRef<const FExtensionBase> AddMenuExtension(FName ExtensionHook, EExtensionHook::Position HookPosition,
 		const TSharedPtr<FUICommandList>& CommandList, const FMenuExtensionDelegate& MenuExtensionDelegate);
-	void RemoveExtension(const TSharedRef<const FExtensionBase>& Extension);
 	/** Calls the delegates of a place in the order in which they were added. */
 	void Apply(FName ExtensionHook, EExtensionHook::Position HookPosition, FMenuBuilder& MenuBuilder) const;
 	/** One that offers what all offer; null ones are left out. */

@@ -7,6 +7,4 @@ class SLATE_API ITextLayoutMarshaller
 {
 public:
 	virtual ~ITextLayoutMarshaller();
-	/** True when every change of the text is to be marshalled anew. */
-	virtual bool RequiresLiveUpdate() const = 0;
 };

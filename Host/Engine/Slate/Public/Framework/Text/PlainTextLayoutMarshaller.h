@@ -7,5 +7,4 @@ class SLATE_API FPlainTextLayoutMarshaller : public ITextLayoutMarshaller
 {
 public:
 	static TSharedRef<FPlainTextLayoutMarshaller> Create();
-	virtual bool RequiresLiveUpdate() const override;
 };

@@ -44,12 +44,10 @@ public:
 	const FTabId& GetLayoutIdentifier() const { return TabId; }
 	FText GetTabLabel() const { return Label.Get(); }
 	void SetLabel(const TAttribute<FText>& InLabel);
-	void SetTabIcon(const TAttribute<const FSlateBrush*>& InIcon) { Icon = InIcon; }
 	const FSlateBrush* GetTabIcon() const { return Icon.Get(); }
 	const TSharedRef<SWidget>& GetContent() const { return TabContent; }
 	void SetContent(const TSharedRef<SWidget>& InContent);
 	void SetOnTabClosed(const FOnTabClosedCallback& InHandler) { TabClosedHandler = InHandler; }
-	void SetOnTabActivated(const FOnTabActivatedCallback& InHandler) { TabActivatedHandler = InHandler; }
 	void SetCanCloseTab(const FCanCloseTab& InHandler) { CanCloseHandler = InHandler; }
 
 	/** Closes unless OnCanCloseTab objects; false then. */
@@ -58,7 +56,6 @@ public:
 	void RemoveTabFromParent();
 	void ActivateInParent(ETabActivationCause ActivationCause);
 	bool IsForeground() const;
-	bool IsActive() const { return IsForeground(); }
 
 	// Host only.
 	void SetUpBySpawner(const FTabId& InTabId, const FTabSpawnerEntry& Spawner);

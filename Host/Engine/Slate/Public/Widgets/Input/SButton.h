@@ -39,9 +39,6 @@ public:
 	void Construct(const FArguments& InArgs);
 
 	bool IsPressed() const { return bMousePressed || bKeyPressed; }
-	void SetButtonStyle(const FButtonStyle* InStyle);
-	void SetContentPadding(TAttribute<FMargin> InPadding) { SetPadding(MoveTemp(InPadding)); }
-	void SetOnClicked(FOnClicked InHandler) { ClickHandler = MoveTemp(InHandler); }
 
 	virtual bool SupportsKeyboardFocus() const override;
 	virtual FReply OnKeyDown(const FGeometry& MyGeometry, const FKeyEvent& InKeyEvent) override;

@@ -29,7 +29,6 @@ public:
 
 	bool IsChecked() const { return GetCheckedState() == ECheckBoxState::Checked; }
 	ECheckBoxState GetCheckedState() const { return CheckedState.Get(); }
-	void SetIsChecked(TAttribute<ECheckBoxState> InState) { CheckedState = MoveTemp(InState); }
 	/** As a click: unchecked and undetermined become checked. */
 	void ToggleCheckedState();
 	bool IsPressed() const { return bPressed; }

@@ -67,14 +67,6 @@ public:
 			List->RequestListRefresh();
 		}
 	}
-	void SetOptionsSource(const TArray<OptionType>* InOptions)
-	{
-		Options = InOptions;
-		if (List)
-		{
-			List->SetItemsSource(InOptions);
-		}
-	}
 
 	virtual FReply OnKeyDown(const FGeometry& MyGeometry, const FKeyEvent& InKeyEvent) override
 	{

@@ -39,8 +39,6 @@ public:
 	void Construct(const FArguments& InArgs);
 
 	void SetContent(const TSharedRef<SWidget>& InContent) { ChildSlot[InContent]; }
-	void SetMenuContent(const TSharedRef<SWidget>& InMenuContent) { MenuContent = InMenuContent; }
-	void SetMenuPlacement(const TAttribute<EMenuPlacement>& InPlacement) { Placement = InPlacement; }
 	/**
 	 * Opens or closes the popup; nothing happens when it is so already.
 	 * @param bFocusMenu  False leaves the keyboard where it is.

@@ -35,15 +35,7 @@ public:
 
 	void SetContent(const TSharedRef<SWidget>& InContent) { ChildSlot.AttachWidget(InContent); }
 	const TSharedRef<SWidget>& GetContent() const { return ChildSlot.GetWidget(); }
-	void ClearContent() { ChildSlot.DetachWidget(); }
-	void SetBorderImage(TAttribute<const FSlateBrush*> InBorderImage) { BorderImage = MoveTemp(InBorderImage); }
-	const FSlateBrush* GetBorderImage() const { return BorderImage.Get(); }
-	void SetBorderBackgroundColor(TAttribute<FSlateColor> InColor) { BorderBackgroundColor = MoveTemp(InColor); }
 	FSlateColor GetBorderBackgroundColor() const { return BorderBackgroundColor.Get(); }
-	void SetPadding(TAttribute<FMargin> InPadding) { ChildSlot.SetPadding(MoveTemp(InPadding)); }
-	void SetHAlign(EHorizontalAlignment InAlignment) { ChildSlot.HAlign(InAlignment); }
-	void SetVAlign(EVerticalAlignment InAlignment) { ChildSlot.VAlign(InAlignment); }
-	void SetOnMouseButtonDown(FPointerEventHandler InHandler) { MouseButtonDownHandler = MoveTemp(InHandler); }
 
 	virtual FReply OnMouseButtonDown(const FGeometry& MyGeometry, const FPointerEvent& MouseEvent) override;
 	virtual FReply OnMouseButtonUp(const FGeometry& MyGeometry, const FPointerEvent& MouseEvent) override;

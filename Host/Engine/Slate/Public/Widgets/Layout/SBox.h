@@ -24,9 +24,6 @@ public:
 	void Construct(const FArguments& InArgs);
 
 	void SetContent(const TSharedRef<SWidget>& InContent) { ChildSlot.AttachWidget(InContent); }
-	void SetPadding(TAttribute<FMargin> InPadding) { ChildSlot.SetPadding(MoveTemp(InPadding)); }
-	void SetHAlign(EHorizontalAlignment InAlignment) { ChildSlot.HAlign(InAlignment); }
-	void SetVAlign(EVerticalAlignment InAlignment) { ChildSlot.VAlign(InAlignment); }
 	void SetWidthOverride(TAttribute<FOptionalSize> InSize) { AssignSizeAttribute(WidthOverride, MoveTemp(InSize)); }
 	void SetHeightOverride(TAttribute<FOptionalSize> InSize) { AssignSizeAttribute(HeightOverride, MoveTemp(InSize)); }
 	void SetMinDesiredWidth(TAttribute<FOptionalSize> InSize) { AssignSizeAttribute(MinDesiredWidth, MoveTemp(InSize)); }

@@ -47,7 +47,6 @@ public:
 
 	/** Announces a change, not a value that is the same. */
 	void SetExpanded(bool bExpanded);
-	void SetExpanded_Animated(bool bExpanded) { SetExpanded(bExpanded); }
 	bool IsExpanded() const { return bAreaExpanded; }
 
 private:

@@ -28,7 +28,6 @@ public:
 	 */
 	void SetState(float InOffsetFraction, float InThumbSizeFraction);
 	bool IsNeeded() const { return ThumbSizeFraction < 1.0f; }
-	bool IsScrolling() const { return bDragging; }
 	float GetRoom() const { return Room; }
 	/** Where the thumb lies in a bar of that length: its start and its end, units. */
 	void GetThumb(float BarLength, float& OutStart, float& OutEnd) const;

@@ -81,9 +81,6 @@ public:
 	float GetScrollOffset() const { return static_cast<float>(Offset); }
 	/** The largest offset of the last layout. */
 	float GetScrollOffsetOfEnd() const;
-	/** From 0 at the start to 1 at the end. */
-	float GetScrollOffsetFraction() const;
-	float GetViewFraction() const;
 	/** Limited to what the next layout allows. */
 	void SetScrollOffset(float NewScrollOffset);
 	void ScrollToStart() { SetScrollOffset(0.0f); }

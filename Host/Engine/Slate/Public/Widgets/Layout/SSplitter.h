@@ -24,9 +24,8 @@ public:
 	};
 
 	/** The new value of a slot that a handle resizes. */
-	DECLARE_DELEGATE_OneParam(FOnSlotResized, float)
 
-		class FSlot;
+	class FSlot;
 	struct SLATE_API FSlotArguments : public TSlotArgumentsBase<FSlot, FSlotArguments>
 	{
 		/** Share among the slots that share; the sum may be any number. */
@@ -35,14 +34,11 @@ public:
 		FSlotArguments& MinSize(TAttribute<float> InMinSize);
 		FSlotArguments& SizeRule(TAttribute<ESizeRule> InSizeRule);
 		FSlotArguments& Resizable(TAttribute<bool> bInResizable);
-		/** Takes the new value in place of the slot, whose owner gives it back by a bound Value. */
-		FSlotArguments& OnSlotResized(FOnSlotResized InHandler);
 
 		TAttribute<float> _Value = 1.0f;
 		TAttribute<float> _MinSize = 0.0f;
 		TAttribute<ESizeRule> _SizeRule = FractionOfParent;
 		TAttribute<bool> _Resizable = true;
-		FOnSlotResized _OnSlotResized;
 	};
 
 	class SLATE_API FSlot : public FSlotBase
@@ -54,7 +50,6 @@ public:
 		float GetMinSize() const { return FMath::Max(MinSize.Get(), 0.0f); }
 		ESizeRule GetSizeRule() const { return SizeRule.Get(); }
 		bool CanBeResized() const { return Resizable.Get() && GetSizeRule() == FractionOfParent; }
-		void SetSizeValue(TAttribute<float> InValue) { Value = MoveTemp(InValue); }
 		/** A new value by a handle. */
 		void Resize(float NewValue);
 
@@ -63,7 +58,6 @@ public:
 		TAttribute<float> MinSize = 0.0f;
 		TAttribute<ESizeRule> SizeRule = FractionOfParent;
 		TAttribute<bool> Resizable = true;
-		FOnSlotResized SlotResizedHandler;
 	};
 	using FScopedWidgetSlotArguments = TPanelChildren<FSlot>::FScopedWidgetSlotArguments;
 

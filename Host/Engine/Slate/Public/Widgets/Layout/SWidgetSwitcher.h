@@ -32,11 +32,6 @@ public:
 	static FSlotArguments Slot() { return FSlotArguments(); }
 	FScopedWidgetSlotArguments AddSlot() { return FScopedWidgetSlotArguments(Children, INDEX_NONE); }
 	int32 RemoveSlot(const TSharedRef<SWidget>& Widget) { return Children.Remove(Widget); }
-	int32 GetNumWidgets() const { return Children.Num(); }
-	int32 GetActiveWidgetIndex() const { return WidgetIndex.Get(); }
-	TSharedPtr<SWidget> GetActiveWidget() const;
-	void SetActiveWidgetIndex(int32 Index) { AssignSizeAttribute(WidgetIndex, Index); }
-	void SetActiveWidget(const TSharedRef<SWidget>& Widget);
 	virtual FChildren* GetChildren() override { return &Children; }
 
 protected:

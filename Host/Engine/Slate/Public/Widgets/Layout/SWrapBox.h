@@ -16,33 +16,12 @@ public:
 	class FSlot;
 	struct FSlotArguments : public TLayoutSlotArguments<FSlot, FSlotArguments>
 	{
-		/** The child takes what its line leaves over. */
-		FSlotArguments& FillEmptySpace(bool bInFill)
-		{
-			_bFillEmptySpace = bInFill;
-			return *this;
-		}
-		FSlotArguments& ForceNewLine(bool bInForce)
-		{
-			_bForceNewLine = bInForce;
-			return *this;
-		}
-		bool _bFillEmptySpace = false;
-		bool _bForceNewLine = false;
 	};
 	class SLATE_API FSlot : public TBasicLayoutWidgetSlot<FSlot>
 	{
 	public:
 		using FSlotArguments = SWrapBox::FSlotArguments;
 		void Construct(const FSlotArguments& Arguments);
-		bool FillsEmptySpace() const { return bFillEmptySpace; }
-		bool ForcesNewLine() const { return bForceNewLine; }
-		void SetFillEmptySpace(bool bInFill);
-		void SetForceNewLine(bool bInForce);
-
-	private:
-		bool bFillEmptySpace = false;
-		bool bForceNewLine = false;
 	};
 	using FScopedWidgetSlotArguments = TPanelChildren<FSlot>::FScopedWidgetSlotArguments;
 
@@ -70,8 +49,6 @@ public:
 	int32 RemoveSlot(const TSharedRef<SWidget>& Widget) { return Children.Remove(Widget); }
 	void ClearChildren() { Children.Empty(); }
 	int32 NumSlots() const { return Children.Num(); }
-	void SetInnerSlotPadding(const FVector2D& InPadding);
-	void SetHorizontalAlignment(TAttribute<EHorizontalAlignment> InAlignment) { HAlign = MoveTemp(InAlignment); }
 	virtual FChildren* GetChildren() override { return &Children; }
 
 protected:

@@ -29,10 +29,6 @@ public:
 	void SetText(const TAttribute<FText>& InText);
 	FText GetText() const;
 	void SetHyperlink(const FSimpleDelegate& InHyperlink, const TAttribute<FText>& InHyperlinkText = TAttribute<FText>());
-	/** Seconds between ExpireAndFadeout and the start of the fade. */
-	void SetExpireDuration(float InExpireDuration) { ExpireDuration = InExpireDuration; }
-	void SetFadeInDuration(float InFadeInDuration) { FadeInDuration = InFadeInDuration; }
-	void SetFadeOutDuration(float InFadeOutDuration) { FadeOutDuration = InFadeOutDuration; }
 	ECompletionState GetCompletionState() const { return State; }
 	/** Chooses the mark and which buttons show. */
 	void SetCompletionState(ECompletionState InState);
@@ -55,7 +51,6 @@ private:
 		TSharedRef<SWidget> Widget;
 		ECompletionState VisibleIn;
 	};
-	TSharedRef<SWidget> MakeMark(const FNotificationInfo& Info);
 	TSharedRef<SWidget> MakeActions(const FNotificationInfo& Info);
 	void ApplyState();
 	void OnHyperlinkClicked();

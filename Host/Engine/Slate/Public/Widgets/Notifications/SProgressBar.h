@@ -18,8 +18,6 @@ public:
 	SLATE_END_ARGS()
 
 	void Construct(const FArguments& InArgs);
-	void SetPercent(TAttribute<TOptional<float>> InPercent) { Percent = MoveTemp(InPercent); }
-	void SetFillColorAndOpacity(TAttribute<FSlateColor> InColor) { FillColorAndOpacity = MoveTemp(InColor); }
 
 protected:
 	virtual int32 OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect,

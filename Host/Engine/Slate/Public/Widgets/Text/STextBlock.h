@@ -47,7 +47,6 @@ public:
 	FText GetText() const { return Text.Get(); }
 	void SetText(TAttribute<FText> InText);
 	void SetFont(TAttribute<FSlateFontInfo> InFont);
-	void SetTextStyle(const FTextBlockStyle* InTextStyle);
 	void SetColorAndOpacity(const TAttribute<FSlateColor>& InColorAndOpacity) { GetLook().ColorAndOpacity = InColorAndOpacity; }
 	void SetAutoWrapText(TAttribute<bool> InAutoWrapText);
 	void SetWrapTextAt(TAttribute<float> InWrapTextAt);

@@ -10,7 +10,6 @@ class SLATE_API ITableRow
 public:
 	virtual ~ITableRow();
 	virtual TSharedRef<SWidget> AsWidget() = 0;
-	virtual int32 GetIndexInList() = 0;
 	/** The list tells the row where it stands. */
 	virtual void SetIndexInList(int32 InIndex) = 0;
 };

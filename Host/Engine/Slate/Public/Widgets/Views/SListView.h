@@ -76,7 +76,6 @@ public:
 		OutItems = Selected;
 		return Selected.Num();
 	}
-	int32 GetNumItemsSelected() const { return Selected.Num(); }
 	bool IsItemSelected(const ItemType& Item) const { return Selected.Contains(Item); }
 	/** At the next paint. */
 	void RequestScrollIntoView(ItemType Item, uint32 UserIndex = 0) { ScrollToIndex(Find(Item)); }

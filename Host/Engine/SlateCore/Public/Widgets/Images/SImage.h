@@ -25,8 +25,6 @@ public:
 	void Construct(const FArguments& InArgs);
 	void SetImage(TAttribute<const FSlateBrush*> InImage);
 	void SetColorAndOpacity(const TAttribute<FSlateColor>& InColorAndOpacity) { ColorAndOpacity = InColorAndOpacity; }
-	void SetDesiredSizeOverride(TAttribute<TOptional<FVector2D>> InSize);
-	const FSlateBrush* GetImage() const { return Image.Get(); }
 	virtual FReply OnMouseButtonDown(const FGeometry& MyGeometry, const FPointerEvent& MouseEvent) override;
 
 protected:
