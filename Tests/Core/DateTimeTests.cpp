@@ -82,7 +82,7 @@ TEST(Timespans, PartsAndTotals)
 	const FTimespan Span = FDateTime(2026, 1, 3, 1, 2, 3, 500) - FDateTime(2026, 1, 1);
 	EXPECT_EQ(Span.GetDays(), 2);
 	EXPECT_EQ(Span.GetHours(), 1);
-	EXPECT_DOUBLE_EQ(Span.GetTotalHours(), 49.0 + 2.0 / 60 + 3.5 / 3600);
+	EXPECT_DOUBLE_EQ(Span.GetTotalSeconds(), 49.0 * 3600 + 2 * 60 + 3.5);
 	EXPECT_EQ(Utf8(Span.ToString()), "+2.01:02:03.500");
 	EXPECT_EQ(Utf8((-FTimespan(0, 1, 2)).ToString()), "-00:01:02.000");
 	EXPECT_EQ(FTimespan::FromSeconds(0.1).GetTicks(), 1000000);

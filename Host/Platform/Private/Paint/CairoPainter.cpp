@@ -200,33 +200,38 @@ void FCairoPainter::Paint(const FSlateWindowElementList& Elements, const FPixelR
 		}
 		// What is collected lies below this element unless they do not touch; telling costs more than painting.
 		Sink->Flush();
-		switch (Element.Type)
-		{
-		case ESlateDrawType::Box:
-			Canvas->FillRect(FPixelRect::Snap(Element.Rect), Clip, Element.Color);
-			break;
-		case ESlateDrawType::RoundedBox:
-		{
-			const int32 LineWidth =
-				Element.OutlineWidth > 0.0f ? std::max(1, static_cast<int32>(std::lround(std::min(Element.OutlineWidth, 1000.0f)))) : 0;
-			Canvas->FillRounded(FPixelRect::Snap(Element.Rect), Clip, Element.Radii, Element.Color, Element.OutlineColor, LineWidth);
-			break;
-		}
-		case ESlateDrawType::Image:
-			PaintImage(Element, Clip);
-			break;
-		case ESlateDrawType::Shadow:
-			PaintShadow(Element, Clip);
-			break;
-		case ESlateDrawType::Chequer:
-			Canvas->FillChequer(FPixelRect::Snap(Element.Rect), Clip);
-			break;
-		case ESlateDrawType::Glyphs:
-			break;
-		}
+		PaintShape(Element, Clip);
 	}
 	Sink->Flush();
 	cairo_surface_flush(Target);
+}
+
+void FCairoPainter::PaintShape(const FSlateDrawElement& Element, const FPixelRect& Clip)
+{
+	switch (Element.Type)
+	{
+	case ESlateDrawType::Box:
+		Canvas->FillRect(FPixelRect::Snap(Element.Rect), Clip, Element.Color);
+		break;
+	case ESlateDrawType::RoundedBox:
+	{
+		const int32 LineWidth =
+			Element.OutlineWidth > 0.0f ? std::max(1, static_cast<int32>(std::lround(std::min(Element.OutlineWidth, 1000.0f)))) : 0;
+		Canvas->FillRounded(FPixelRect::Snap(Element.Rect), Clip, Element.Radii, Element.Color, Element.OutlineColor, LineWidth);
+		break;
+	}
+	case ESlateDrawType::Image:
+		PaintImage(Element, Clip);
+		break;
+	case ESlateDrawType::Shadow:
+		PaintShadow(Element, Clip);
+		break;
+	case ESlateDrawType::Chequer:
+		Canvas->FillChequer(FPixelRect::Snap(Element.Rect), Clip);
+		break;
+	case ESlateDrawType::Glyphs:
+		break;
+	}
 }
 
 // Text out of the clip costs a comparison.

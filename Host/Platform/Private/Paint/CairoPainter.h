@@ -30,6 +30,8 @@ private:
 	class FSink;
 	void PaintImage(const FSlateDrawElement& Element, const FPixelRect& Clip);
 	void PaintShadow(const FSlateDrawElement& Element, const FPixelRect& Clip);
+	/** Any element but glyphs. */
+	void PaintShape(const FSlateDrawElement& Element, const FPixelRect& Clip);
 	void PaintGlyphs(const FSlateDrawElement& Element, const FPixelRect& Clip);
 	void ReleaseTarget();
 

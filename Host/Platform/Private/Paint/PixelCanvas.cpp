@@ -128,6 +128,70 @@ void FPixelCanvas::FillRect(const FPixelRect& Rect, const FPixelRect& Clip, cons
 	}
 }
 
+namespace
+{
+	/** The corners of a box: radii from the left top clockwise, none below zero, shrunk alike until two that share a side fit. */
+	FVector4f FitRadii(const FVector4f& Wanted, float Width, float Height)
+	{
+		const auto Clean = [](float Radius) { return Radius > 0.0f ? std::min(Radius, 100000.0f) : 0.0f; };
+		const FVector4f Radii(Clean(Wanted.X), Clean(Wanted.Y), Clean(Wanted.Z), Clean(Wanted.W));
+		float Shrink = 1.0f;
+		const auto FitSide = [&Shrink](float Side, float Sum) { Shrink = Sum > Side ? std::min(Shrink, Side / Sum) : Shrink; };
+		FitSide(Width, Radii.X + Radii.Y);
+		FitSide(Width, Radii.W + Radii.Z);
+		FitSide(Height, Radii.X + Radii.W);
+		FitSide(Height, Radii.Y + Radii.Z);
+		return FVector4f(Radii.X * Shrink, Radii.Y * Shrink, Radii.Z * Shrink, Radii.W * Shrink);
+	}
+
+	/** A box with round corners: says how far inside of it a point lies. */
+	struct FRoundedShape
+	{
+		float Width = 0.0f;
+		float Height = 0.0f;
+		FVector4f Radii;
+
+		/** Distance from the nearest edge, below zero outside. Exact within one pixel of the edge, which is where it matters. */
+		float GetDepth(float X, float Y) const
+		{
+			const bool bRightHalf = X > Width * 0.5f;
+			const bool bLowerHalf = Y > Height * 0.5f;
+			const float FromSide = bRightHalf ? Width - X : X;
+			const float FromEnd = bLowerHalf ? Height - Y : Y;
+			const float Radius = bLowerHalf ? (bRightHalf ? Radii.Z : Radii.W) : (bRightHalf ? Radii.Y : Radii.X);
+			if (FromSide < Radius && FromEnd < Radius)
+			{
+				const float DX = Radius - FromSide;
+				const float DY = Radius - FromEnd;
+				return Radius - std::sqrt(DX * DX + DY * DY);
+			}
+			return std::min(FromSide, FromEnd);
+		}
+	};
+
+	/** How the pixels of a box with round corners are mixed: premultiplied colours, and the outline's width within the box. */
+	struct FRoundedPaint
+	{
+		FRoundedShape Shape;
+		uint32 FillSource = 0;
+		uint32 LineSource = 0;
+		int32 Line = 0;
+
+		/** Any pixel, by the depth of its middle; X and Y count from the box's corner. */
+		void Shade(int32 X, int32 Y, uint32& Target) const
+		{
+			const float Depth = Shape.GetDepth(static_cast<float>(X) + 0.5f, static_cast<float>(Y) + 0.5f);
+			const uint32 Outer = ToByte(Depth + 0.5f);
+			const uint32 Inner = Line > 0 ? std::min(Outer, ToByte(Depth - static_cast<float>(Line) + 0.5f)) : Outer;
+			if (Outer > 0)
+			{
+				// The two shares add up to the outer coverage, so their sum never overflows.
+				Target = Over(ScaleBytes(FillSource, Inner) + ScaleBytes(LineSource, Outer - Inner), Target);
+			}
+		}
+	};
+}
+
 void FPixelCanvas::FillRounded(
 	const FPixelRect& Rect, const FPixelRect& Clip, const FVector4f& InRadii, const FColor& Fill, const FColor& Outline, int32 OutlineWidth)
 {
@@ -136,85 +200,48 @@ void FPixelCanvas::FillRounded(
 	{
 		return;
 	}
-	const float BoxWidth = static_cast<float>(Rect.Width());
-	const float BoxHeight = static_cast<float>(Rect.Height());
-	const auto Clean = [](float Radius) { return Radius > 0.0f ? std::min(Radius, 100000.0f) : 0.0f; };
-	FVector4f Radii(Clean(InRadii.X), Clean(InRadii.Y), Clean(InRadii.Z), Clean(InRadii.W));
-	float Shrink = 1.0f;
-	const auto FitSide = [&Shrink](float Side, float Sum) { Shrink = Sum > Side ? std::min(Shrink, Side / Sum) : Shrink; };
-	FitSide(BoxWidth, Radii.X + Radii.Y);
-	FitSide(BoxWidth, Radii.W + Radii.Z);
-	FitSide(BoxHeight, Radii.X + Radii.W);
-	FitSide(BoxHeight, Radii.Y + Radii.Z);
-	Radii = FVector4f(Radii.X * Shrink, Radii.Y * Shrink, Radii.Z * Shrink, Radii.W * Shrink);
-
+	FRoundedPaint Paint;
+	Paint.Shape = { static_cast<float>(Rect.Width()), static_cast<float>(Rect.Height()), FVector4f() };
+	Paint.Shape.Radii = FitRadii(InRadii, Paint.Shape.Width, Paint.Shape.Height);
 	const bool bOutline = OutlineWidth > 0 && Outline.A > 0;
-	const int32 Line = bOutline ? OutlineWidth : 0;
-	const uint32 FillSource = Premultiply(Fill);
-	const uint32 LineSource = bOutline ? Premultiply(Outline) : 0;
-	const float LeftZone = std::ceil(std::max(Radii.X, Radii.W));
-	const float RightZone = std::ceil(std::max(Radii.Y, Radii.Z));
+	Paint.Line = bOutline ? OutlineWidth : 0;
+	Paint.FillSource = Premultiply(Fill);
+	Paint.LineSource = bOutline ? Premultiply(Outline) : 0;
+
+	const FVector4f& Radii = Paint.Shape.Radii;
+	const int32 LeftZone = static_cast<int32>(std::ceil(std::max(Radii.X, Radii.W)));
+	const int32 RightZone = static_cast<int32>(std::ceil(std::max(Radii.Y, Radii.Z)));
 	const float TopZone = std::max(Radii.X, Radii.Y);
 	const float BottomZone = std::max(Radii.W, Radii.Z);
-
-	// Any pixel, by its distance from the edge.
-	const auto Shade = [&](int32 PixelX, int32 PixelY, uint32& Target)
-	{
-		const float X = static_cast<float>(PixelX - Rect.Left) + 0.5f;
-		const float Y = static_cast<float>(PixelY - Rect.Top) + 0.5f;
-		const bool bRightHalf = X > BoxWidth * 0.5f;
-		const bool bLowerHalf = Y > BoxHeight * 0.5f;
-		const float FromSide = bRightHalf ? BoxWidth - X : X;
-		const float FromEnd = bLowerHalf ? BoxHeight - Y : Y;
-		const float Radius = bLowerHalf ? (bRightHalf ? Radii.Z : Radii.W) : (bRightHalf ? Radii.Y : Radii.X);
-		float Distance = std::min(FromSide, FromEnd);
-		if (FromSide < Radius && FromEnd < Radius)
-		{
-			const float DX = Radius - FromSide;
-			const float DY = Radius - FromEnd;
-			Distance = Radius - std::sqrt(DX * DX + DY * DY);
-		}
-		const uint32 Outer = ToByte(Distance + 0.5f);
-		const uint32 Inner = bOutline ? std::min(Outer, ToByte(Distance - static_cast<float>(Line) + 0.5f)) : Outer;
-		if (Outer > 0)
-		{
-			// The two shares add up to the outer coverage, so their sum never overflows.
-			Target = Over(ScaleBytes(FillSource, Inner) + ScaleBytes(LineSource, Outer - Inner), Target);
-		}
-	};
-
 	for (int32 Y = Area.Top; Y < Area.Bottom; ++Y)
 	{
 		uint32* const Row = GetRow(Y);
-		const float Below = static_cast<float>(Y - Rect.Top);
-		const float Above = static_cast<float>(Rect.Bottom - Y - 1);
-		const bool bCorner = Below < TopZone || Above < BottomZone;
 		int32 Left = Area.Left;
 		int32 Right = Area.Right;
-		if (bCorner)
+		// 1. What may be cut by a corner is shaded pixel by pixel, from both ends.
+		if (static_cast<float>(Y - Rect.Top) < TopZone || static_cast<float>(Rect.Bottom - Y - 1) < BottomZone)
 		{
-			const int32 LeftEnd = std::min(Area.Right, Rect.Left + static_cast<int32>(LeftZone));
-			for (; Left < LeftEnd; ++Left)
+			for (const int32 LeftEnd = std::min(Area.Right, Rect.Left + LeftZone); Left < LeftEnd; ++Left)
 			{
-				Shade(Left, Y, Row[Left]);
+				Paint.Shade(Left - Rect.Left, Y - Rect.Top, Row[Left]);
 			}
-			const int32 RightBegin = std::max(Left, Rect.Right - static_cast<int32>(RightZone));
-			for (; Right > RightBegin; --Right)
+			for (const int32 RightBegin = std::max(Left, Rect.Right - RightZone); Right > RightBegin; --Right)
 			{
-				Shade(Right - 1, Y, Row[Right - 1]);
+				Paint.Shade(Right - 1 - Rect.Left, Y - Rect.Top, Row[Right - 1]);
 			}
 		}
-		const bool bLineRow = Y - Rect.Top < Line || Rect.Bottom - Y <= Line;
-		if (bLineRow)
+		// 2. What is left of a row within the outline is of its colour.
+		if (Y - Rect.Top < Paint.Line || Rect.Bottom - Y <= Paint.Line)
 		{
-			FillRow(Row + Left, Right - Left, LineSource);
+			FillRow(Row + Left, Right - Left, Paint.LineSource);
 			continue;
 		}
-		const int32 LineLeft = std::clamp(Rect.Left + Line, Left, std::max(Left, Right));
-		const int32 LineRight = std::clamp(Rect.Right - Line, LineLeft, std::max(LineLeft, Right));
-		FillRow(Row + Left, LineLeft - Left, LineSource);
-		FillRow(Row + LineLeft, LineRight - LineLeft, FillSource);
-		FillRow(Row + LineRight, Right - LineRight, LineSource);
+		// 3. Any other row is outline, filling, outline.
+		const int32 LineLeft = std::clamp(Rect.Left + Paint.Line, Left, std::max(Left, Right));
+		const int32 LineRight = std::clamp(Rect.Right - Paint.Line, LineLeft, std::max(LineLeft, Right));
+		FillRow(Row + Left, LineLeft - Left, Paint.LineSource);
+		FillRow(Row + LineLeft, LineRight - LineLeft, Paint.FillSource);
+		FillRow(Row + LineRight, Right - LineRight, Paint.LineSource);
 	}
 }
 

@@ -74,12 +74,8 @@ void FSdlWindow::Dispatch(IHostMessageHandler& Handler, const SDL_Event& Event)
 		Gate.OnKeyUp(Handler, SdlKeys::FromKeysym(Event.key.keysym), SdlKeys::FromModifiers(Event.key.keysym.mod));
 		break;
 	case SDL_TEXTINPUT:
-	{
-		const size_t Length = std::strlen(Event.text.text);
-		const FUTF8ToTCHAR Text(Event.text.text, static_cast<int32>(Length));
-		Gate.OnText(Handler, FStringView(Text.Get(), Text.Length()), Length >= ShortestFullPiece);
+		DispatchText(Handler, Event.text.text);
 		break;
-	}
 	case SDL_TEXTEDITING:
 		DispatchPreedit(Handler, Event.edit.text, Event.edit.start);
 		break;
@@ -96,12 +92,8 @@ void FSdlWindow::Dispatch(IHostMessageHandler& Handler, const SDL_Event& Event)
 		DispatchMouseButton(Handler, Event.button);
 		break;
 	case SDL_MOUSEWHEEL:
-	{
-		const float Sign = Event.wheel.direction == SDL_MOUSEWHEEL_FLIPPED ? -1.0f : 1.0f;
-		Handler.OnMouseWheel(FVector2D(Event.wheel.preciseX * Sign, Event.wheel.preciseY * Sign),
-			FVector2D(Event.wheel.mouseX, Event.wheel.mouseY), GetModifiers());
+		DispatchWheel(Handler, Event.wheel);
 		break;
-	}
 	case SDL_WINDOWEVENT:
 		DispatchWindowEvent(Handler, Event.window);
 		break;
@@ -116,6 +108,20 @@ void FSdlWindow::Dispatch(IHostMessageHandler& Handler, const SDL_Event& Event)
 	default:
 		break;
 	}
+}
+
+void FSdlWindow::DispatchText(IHostMessageHandler& Handler, const char* Bytes)
+{
+	const size_t Length = std::strlen(Bytes);
+	const FUTF8ToTCHAR Text(Bytes, static_cast<int32>(Length));
+	Gate.OnText(Handler, FStringView(Text.Get(), Text.Length()), Length >= ShortestFullPiece);
+}
+
+// Precise deltas, so that touchpads scroll smoothly.
+void FSdlWindow::DispatchWheel(IHostMessageHandler& Handler, const SDL_MouseWheelEvent& Event)
+{
+	const float Sign = Event.direction == SDL_MOUSEWHEEL_FLIPPED ? -1.0f : 1.0f;
+	Handler.OnMouseWheel(FVector2D(Event.preciseX * Sign, Event.preciseY * Sign), FVector2D(Event.mouseX, Event.mouseY), GetModifiers());
 }
 
 void FSdlWindow::DispatchPreedit(IHostMessageHandler& Handler, const char* Text, int32 CursorCharacter)

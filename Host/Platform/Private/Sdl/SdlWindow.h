@@ -42,6 +42,8 @@ private:
 	void Dispatch(IHostMessageHandler& Handler, const SDL_Event& Event);
 	void DispatchWindowEvent(IHostMessageHandler& Handler, const SDL_WindowEvent& Event);
 	void DispatchMouseButton(IHostMessageHandler& Handler, const SDL_MouseButtonEvent& Event);
+	void DispatchText(IHostMessageHandler& Handler, const char* Bytes);
+	void DispatchWheel(IHostMessageHandler& Handler, const SDL_MouseWheelEvent& Event);
 	void DispatchPreedit(IHostMessageHandler& Handler, const char* Text, int32 CursorCharacter);
 	void SendMouseMove(IHostMessageHandler& Handler);
 

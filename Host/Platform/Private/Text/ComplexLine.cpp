@@ -63,6 +63,19 @@ struct FComplexLine::FBuild
 	float X = 0.0f;
 };
 
+/** Glyphs that stand for characters together; lines part between clusters, never within one. */
+struct FComplexLine::FCluster
+{
+	/** The first one in the text's order of glyphs, as FStop::Glyph. */
+	int32 Glyph = 0;
+	int32 FirstCharacter = 0;
+	/** Characters before which a caret may stand. */
+	int32 CaretCount = 0;
+	float Width = 0.0f;
+	/** Takes what widens the cluster. */
+	FGlyph* LastGlyph = nullptr;
+};
+
 // 1. The text as UTF-8, with the first unit of each character. 2. Where lines and graphemes may part. 3. Items, each
 // shaped in turn. 4. A last stop that ends the line.
 FComplexLine::FComplexLine(FShaperFont& Font, TextUnits::FView Text)
@@ -158,68 +171,84 @@ void FComplexLine::ShapePart(FBuild& Build, const PangoAnalysis& Analysis, const
 	const char* Cursor = Start;
 	for (int32 Glyph = bBackwards ? Shaped.num_glyphs - 1 : 0; Glyph != GlyphStop;)
 	{
-		const int32 ClusterGlyph = Item.GlyphBegin + (bBackwards ? Glyph + 1 : Glyph);
-		const int32 Cluster = Shaped.log_clusters[Glyph];
-		float Width = 0.0f;
-		FGlyph* LastGlyph = nullptr;
-		for (; Glyph != GlyphStop && Shaped.log_clusters[Glyph] == Cluster; Glyph += Step)
+		// 1. The glyphs that share the cluster's first byte.
+		FCluster Cluster;
+		Cluster.Glyph = Item.GlyphBegin + (bBackwards ? Glyph + 1 : Glyph);
+		const int32 FirstByte = Shaped.log_clusters[Glyph];
+		for (; Glyph != GlyphStop && Shaped.log_clusters[Glyph] == FirstByte; Glyph += Step)
 		{
-			LastGlyph = &Glyphs[static_cast<size_t>(Item.GlyphBegin + Glyph)];
-			Width += LastGlyph->Width;
+			Cluster.LastGlyph = &Glyphs[static_cast<size_t>(Item.GlyphBegin + Glyph)];
+			Cluster.Width += Cluster.LastGlyph->Width;
 		}
+
+		// 2. Its characters, up to where the next cluster begins.
 		const char* const ClusterEnd = Start + (Glyph != GlyphStop ? Shaped.log_clusters[Glyph] : Length);
-		const int32 FirstCharacter = Build.Character;
-		int32 CaretCount = 0;
+		Cluster.FirstCharacter = Build.Character;
 		for (; Cursor < ClusterEnd; Cursor = g_utf8_next_char(Cursor), ++Build.Character)
 		{
-			CaretCount += Build.Attributes[static_cast<size_t>(Build.Character)].is_cursor_position ? 1 : 0;
+			Cluster.CaretCount += Build.Attributes[static_cast<size_t>(Build.Character)].is_cursor_position ? 1 : 0;
 		}
-		if (Build.Character == FirstCharacter)
+		if (Build.Character == Cluster.FirstCharacter)
 		{
 			continue;
 		}
 
-		const TCHAR Unit = Build.Text[static_cast<size_t>(Build.Units[static_cast<size_t>(FirstCharacter)])];
-		if (Unit == TEXT('\t') && LastGlyph)
-		{
-			const float Tab = Build.Font.GetTabWidth();
-			Width = (std::floor(Build.X / Tab) + 1.0f) * Tab - Build.X;
-			LastGlyph->Width = static_cast<int16>(std::clamp(std::lround(Width), 0L, 32767L));
-		}
-		else if (Build.Font.GetLetterSpace() != 0.0f && LastGlyph && CaretCount > 0)
-		{
-			const float Extra = Build.Font.GetLetterSpace() * static_cast<float>(CaretCount);
-			LastGlyph->Width = static_cast<int16>(std::lround(static_cast<float>(LastGlyph->Width) + Extra));
-			Width += Extra;
-		}
-
-		int32 Caret = 0;
-		const int32 StopCount = std::max(CaretCount, 1);
-		for (int32 Character = FirstCharacter; Character < Build.Character; ++Character)
-		{
-			const PangoLogAttr& Attribute = Build.Attributes[static_cast<size_t>(Character)];
-			const bool bClusterStart = Character == FirstCharacter;
-			// A cluster that goes on with the grapheme before it needs no stop unless its item is new.
-			const bool bForced = bClusterStart && static_cast<int32>(Stops.size()) == Item.FirstStop;
-			if (!Attribute.is_cursor_position && !bForced)
-			{
-				continue;
-			}
-			FStop& Stop = Stops.emplace_back();
-			Stop.Begin = Build.Units[static_cast<size_t>(Character)];
-			Stop.Glyph = ClusterGlyph;
-			Stop.X = Build.X + std::round(Width * static_cast<float>(Caret) / static_cast<float>(StopCount));
-			Stop.Item = static_cast<int32>(Items.size()) - 1;
-			Stop.bBreakBefore = Attribute.is_line_break && Attribute.is_cursor_position && bClusterStart;
-			const uint32 Drawn = TextUnits::GetDrawn(Build.Text[static_cast<size_t>(Stop.Begin)]);
-			Stop.bBlank = Drawn == 0x20 || Drawn == 0x3000 || (Drawn >= 0x2000 && Drawn <= 0x200B && Drawn != 0x2007);
-			Stop.bCluster = bClusterStart;
-			Stop.bCaret = Attribute.is_cursor_position;
-			++Caret;
-		}
-		Build.X += Width;
+		// 3. Its width, and the places within it where a caret may stand.
+		StretchCluster(Build, Cluster);
+		AddStops(Build, Cluster, static_cast<int32>(Stops.size()) == Item.FirstStop);
+		Build.X += Cluster.Width;
 	}
 	Item.EndStop = static_cast<int32>(Stops.size());
+}
+
+void FComplexLine::StretchCluster(const FBuild& Build, FCluster& Cluster)
+{
+	if (!Cluster.LastGlyph)
+	{
+		return;
+	}
+	FGlyph& Last = *Cluster.LastGlyph;
+	const TCHAR Unit = Build.Text[static_cast<size_t>(Build.Units[static_cast<size_t>(Cluster.FirstCharacter)])];
+	if (Unit == TEXT('\t'))
+	{
+		const float Tab = Build.Font.GetTabWidth();
+		Cluster.Width = (std::floor(Build.X / Tab) + 1.0f) * Tab - Build.X;
+		Last.Width = static_cast<int16>(std::clamp(std::lround(Cluster.Width), 0L, 32767L));
+	}
+	else if (Build.Font.GetLetterSpace() != 0.0f && Cluster.CaretCount > 0)
+	{
+		const float Extra = Build.Font.GetLetterSpace() * static_cast<float>(Cluster.CaretCount);
+		Last.Width = static_cast<int16>(std::lround(static_cast<float>(Last.Width) + Extra));
+		Cluster.Width += Extra;
+	}
+}
+
+void FComplexLine::AddStops(const FBuild& Build, const FCluster& Cluster, bool bFirstOfItem)
+{
+	// A ligature is one picture of several letters; the caret stands at even shares of its width.
+	int32 Caret = 0;
+	const int32 StopCount = std::max(Cluster.CaretCount, 1);
+	for (int32 Character = Cluster.FirstCharacter; Character < Build.Character; ++Character)
+	{
+		const PangoLogAttr& Attribute = Build.Attributes[static_cast<size_t>(Character)];
+		const bool bClusterStart = Character == Cluster.FirstCharacter;
+		// A cluster that goes on with the grapheme before it needs no stop unless its item is new.
+		if (!Attribute.is_cursor_position && !(bClusterStart && bFirstOfItem))
+		{
+			continue;
+		}
+		FStop& Stop = Stops.emplace_back();
+		Stop.Begin = Build.Units[static_cast<size_t>(Character)];
+		Stop.Glyph = Cluster.Glyph;
+		Stop.X = Build.X + std::round(Cluster.Width * static_cast<float>(Caret) / static_cast<float>(StopCount));
+		Stop.Item = static_cast<int32>(Items.size()) - 1;
+		Stop.bBreakBefore = Attribute.is_line_break && Attribute.is_cursor_position && bClusterStart;
+		const uint32 Drawn = TextUnits::GetDrawn(Build.Text[static_cast<size_t>(Stop.Begin)]);
+		Stop.bBlank = Drawn == 0x20 || Drawn == 0x3000 || (Drawn >= 0x2000 && Drawn <= 0x200B && Drawn != 0x2007);
+		Stop.bCluster = bClusterStart;
+		Stop.bCaret = Attribute.is_cursor_position;
+		++Caret;
+	}
 }
 
 int32 FComplexLine::FindStop(int32 Index) const

@@ -79,8 +79,12 @@ private:
 		int32 EndStop = 0;
 	};
 	struct FBuild;
+	struct FCluster;
 	void AddItem(FBuild& Build, const PangoItem& Item);
 	void ShapePart(FBuild& Build, const PangoAnalysis& Analysis, const char* Start, int32 Length);
+	/** Brings a tab to the next stop, and room between letters after every caret. */
+	static void StretchCluster(const FBuild& Build, FCluster& Cluster);
+	void AddStops(const FBuild& Build, const FCluster& Cluster, bool bFirstOfItem);
 	/** In visual order. */
 	void LayOut(int32 First, int32 End, std::vector<FSegment>& OutSegments) const;
 

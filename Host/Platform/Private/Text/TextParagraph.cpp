@@ -293,7 +293,6 @@ void FTextParagraph::AddLine(std::vector<FLine>& OutLines, int32 TextLine, int32
 void FTextParagraph::WrapPlain(int32 TextLine, float Width, std::vector<FLine>& OutLines) const
 {
 	const FTextLine& Line = TextLines[static_cast<size_t>(TextLine)];
-	const FPieces& All = *Pieces;
 	int32 LastInk = Line.EndPiece - 1;
 	while (LastInk >= Line.FirstPiece && !GetPiece(LastInk).Word)
 	{
@@ -301,103 +300,86 @@ void FTextParagraph::WrapPlain(int32 TextLine, float Width, std::vector<FLine>& 
 	}
 	const float InkEnd = LastInk >= Line.FirstPiece ? GetPiece(LastInk).GetInkEnd() : 0.0f;
 
-	int32 First = Line.FirstPiece;
-	int32 Offset = 0; // Units of the first piece that stand on lines before.
-	while (true)
+	FPlace Start{ Line.FirstPiece, 0 };
+	do
 	{
-		const FTextPiece& FirstPiece = GetPiece(First);
-		const float Left = FirstPiece.GetUnitX(Offset);
-		const int32 Begin = static_cast<int32>(FirstPiece.Begin) + Offset;
+		// 1. What is left fits: the last line.
+		const float Left = GetPiece(Start.Piece).GetUnitX(Start.Offset);
+		const int32 Begin = static_cast<int32>(GetPiece(Start.Piece).Begin) + Start.Offset;
 		if (Width <= 0.0f || InkEnd - Left <= Width)
 		{
-			AddLine(OutLines, TextLine, Begin, Line.End, First, InkEnd - Left);
+			AddLine(OutLines, TextLine, Begin, Line.End, Start.Piece, InkEnd - Left);
 			return;
 		}
-
-		// The last piece that begins on the line; it fits or sticks out.
-		const float Limit = Left + Width;
-		const auto Behind = std::upper_bound(All.begin() + First + 1, All.begin() + Line.EndPiece, Limit,
-			[](float Value, const FTextPiece& Piece) { return Value < Piece.X; });
-		int32 Piece = static_cast<int32>(Behind - All.begin()) - 1;
-		const bool bFits = GetPiece(Piece).GetInkEnd() <= Limit;
-		const int32 Sticking = Piece;
-		if (bFits)
+		// 2. Where the next line begins.
+		const FPlace Next = FindLineEnd(Line, Start, Left + Width);
+		// 3. Blanks hang: the line ends with the ink of its last word.
+		float LineInkEnd = GetPiece(Next.Piece).GetUnitX(Next.Offset);
+		if (Next.Offset == 0)
 		{
-			while (Piece + 1 < Line.EndPiece && !GetPiece(Piece + 1).Word)
-			{
-				++Piece; // Blanks and tabs hang.
-			}
-		}
-
-		// The last place at which the line may end, from here back to its begin.
-		int32 BreakPiece = INDEX_NONE;
-		int32 BreakOffset = 0;
-		for (int32 Candidate = Piece; Candidate >= First && BreakPiece == INDEX_NONE; --Candidate)
-		{
-			const FTextPiece& Tried = GetPiece(Candidate);
-			const bool bWhole = Candidate < Sticking || bFits;
-			if (bWhole && Tried.bBreakAfter)
-			{
-				BreakPiece = Candidate + 1;
-			}
-			else if (Tried.Word)
-			{
-				const std::vector<uint16>& Breaks = Tried.Word->Breaks;
-				const int32 Taken = Candidate == First ? Offset : 0;
-				for (auto Break = Breaks.rbegin(); Break != Breaks.rend() && *Break > Taken; ++Break)
-				{
-					if (Tried.X + Tried.Word->Offsets[*Break] <= Limit)
-					{
-						BreakPiece = Candidate;
-						BreakOffset = *Break;
-						break;
-					}
-				}
-			}
-		}
-		if (BreakPiece == INDEX_NONE)
-		{
-			// A word wider than the line.
-			if (bFits)
-			{
-				BreakPiece = Piece + 1;
-			}
-			else
-			{
-				const FTextPiece& Broken = GetPiece(Sticking);
-				const int32 Taken = Sticking == First ? Offset : 0;
-				const std::span<const float> Offsets = Broken.GetOffsets();
-				const auto Beyond = std::upper_bound(Offsets.begin() + Taken, Offsets.end(), Limit - Broken.X);
-				const int32 Fitting = static_cast<int32>(Beyond - Offsets.begin()) - 1;
-				BreakPiece = Sticking;
-				BreakOffset = Fitting > Taken ? Fitting : (Sticking > First ? 0 : Taken + 1);
-				if (BreakOffset >= Broken.GetLength())
-				{
-					BreakPiece = Sticking + 1;
-					BreakOffset = 0;
-				}
-			}
-		}
-
-		const FTextPiece& NextPiece = GetPiece(BreakPiece);
-		float LineInkEnd = NextPiece.GetUnitX(BreakOffset);
-		if (BreakOffset == 0)
-		{
-			int32 LastOnLine = BreakPiece - 1;
-			while (LastOnLine > First && !GetPiece(LastOnLine).Word)
+			int32 LastOnLine = Next.Piece - 1;
+			while (LastOnLine > Start.Piece && !GetPiece(LastOnLine).Word)
 			{
 				--LastOnLine;
 			}
 			LineInkEnd = GetPiece(LastOnLine).GetInkEnd();
 		}
-		AddLine(OutLines, TextLine, Begin, static_cast<int32>(NextPiece.Begin) + BreakOffset, First, LineInkEnd - Left);
-		First = BreakPiece;
-		Offset = BreakOffset;
-		if (First >= Line.EndPiece)
+		const int32 End = static_cast<int32>(GetPiece(Next.Piece).Begin) + Next.Offset;
+		AddLine(OutLines, TextLine, Begin, End, Start.Piece, LineInkEnd - Left);
+		Start = Next;
+	} while (Start.Piece < Line.EndPiece);
+}
+
+FTextParagraph::FPlace FTextParagraph::FindLineEnd(const FTextLine& Line, FPlace Start, float Limit) const
+{
+	// 1. The last piece that begins on the line. It fits, and blanks and tabs after it hang; or it sticks out.
+	const FPieces& All = *Pieces;
+	const auto Beyond = std::upper_bound(All.begin() + Start.Piece + 1, All.begin() + Line.EndPiece, Limit,
+		[](float Value, const FTextPiece& Piece) { return Value < Piece.X; });
+	const int32 Sticking = static_cast<int32>(Beyond - All.begin()) - 1;
+	const bool bFits = GetPiece(Sticking).GetInkEnd() <= Limit;
+	int32 Last = Sticking;
+	while (bFits && Last + 1 < Line.EndPiece && !GetPiece(Last + 1).Word)
+	{
+		++Last;
+	}
+
+	// 2. The last place at which the line may end, from there back to its begin.
+	for (int32 Candidate = Last; Candidate >= Start.Piece; --Candidate)
+	{
+		const FTextPiece& Tried = GetPiece(Candidate);
+		const bool bWhole = Candidate < Sticking || bFits;
+		if (bWhole && Tried.bBreakAfter)
 		{
-			return;
+			return { Candidate + 1, 0 };
+		}
+		if (!Tried.Word)
+		{
+			continue;
+		}
+		const std::vector<uint16>& Breaks = Tried.Word->Breaks;
+		const int32 Taken = Candidate == Start.Piece ? Start.Offset : 0;
+		for (auto Break = Breaks.rbegin(); Break != Breaks.rend() && *Break > Taken; ++Break)
+		{
+			if (Tried.GetUnitX(*Break) <= Limit)
+			{
+				return { Candidate, *Break };
+			}
 		}
 	}
+
+	// 3. A word wider than the line is cut where the line ends, but never before its first unit.
+	if (bFits)
+	{
+		return { Last + 1, 0 };
+	}
+	const FTextPiece& Broken = GetPiece(Sticking);
+	const int32 Taken = Sticking == Start.Piece ? Start.Offset : 0;
+	const std::span<const float> Offsets = Broken.GetOffsets();
+	const auto Unfitting = std::upper_bound(Offsets.begin() + Taken, Offsets.end(), Limit - Broken.X);
+	const int32 Fitting = static_cast<int32>(Unfitting - Offsets.begin()) - 1;
+	const int32 Cut = Fitting > Taken ? Fitting : (Sticking > Start.Piece ? 0 : Taken + 1);
+	return Cut >= Broken.GetLength() ? FPlace{ Sticking + 1, 0 } : FPlace{ Sticking, Cut };
 }
 
 // The same on stops in place of pieces.

@@ -76,10 +76,19 @@ private:
 		int32 First = 0;
 	};
 
+	/** A place within a plain line: a piece, and the units of its word that stand before. */
+	struct FPlace
+	{
+		int32 Piece = 0;
+		int32 Offset = 0;
+	};
+
 	void AddTextLine(int32 Begin, int32 End, FPieces& Scratch);
 	void AddPieces(int32 Begin, int32 End, FPieces& Scratch);
 	void AddLongWord(TextUnits::FView Word, int32 Begin, float& X, FPieces& Scratch);
 	void WrapPlain(int32 TextLine, float Width, std::vector<FLine>& OutLines) const;
+	/** Where a line that begins at Start has to end so that its ink stays left of Limit. Always further than Start. */
+	FPlace FindLineEnd(const FTextLine& Line, FPlace Start, float Limit) const;
 	void WrapComplex(int32 TextLine, float Width, std::vector<FLine>& OutLines) const;
 	static void AddLine(std::vector<FLine>& OutLines, int32 TextLine, int32 Begin, int32 End, int32 First, float Width);
 

@@ -2,6 +2,10 @@
 
 #include "Host/HostUtf8.h"
 
+// Between UTF-8 and UTF-16. Neither direction can fail: what is no character becomes U+FFFD, one for each piece that
+// could have begun a character, as the Unicode standard recommends. Positions after a mistake are therefore the same in
+// every program.
+
 void FTCHARToUTF8::Append(std::string& Out, FStringView Text)
 {
 	Out.reserve(Out.size() + (std::size_t)Text.Len());
@@ -29,64 +33,76 @@ void FTCHARToUTF8::Append(std::string& Out, FStringView Text)
 	}
 }
 
+namespace
+{
+	/** What the first byte of a character says about the bytes after it. */
+	struct FUtf8Lead
+	{
+		/** Bytes that follow; zero when no character begins with this byte. */
+		int32 Following = 0;
+		/** The lead's own part of the code. */
+		uint32 Code = 0;
+		/** Range of the second byte; it keeps out overlong forms, surrogates and what lies above U+10FFFF. */
+		unsigned char Low = 0x80;
+		unsigned char High = 0xbf;
+	};
+
+	FUtf8Lead ReadLead(unsigned char Lead)
+	{
+		if (Lead >= 0xc2 && Lead <= 0xdf)
+		{
+			return { 1, Lead & 0x1fu };
+		}
+		if (Lead >= 0xe0 && Lead <= 0xef)
+		{
+			return { 2, Lead & 0x0fu, (unsigned char)(Lead == 0xe0 ? 0xa0 : 0x80), (unsigned char)(Lead == 0xed ? 0x9f : 0xbf) };
+		}
+		if (Lead >= 0xf0 && Lead <= 0xf4)
+		{
+			return { 3, Lead & 0x07u, (unsigned char)(Lead == 0xf0 ? 0x90 : 0x80), (unsigned char)(Lead == 0xf4 ? 0x8f : 0xbf) };
+		}
+		return {};
+	}
+
+	/**
+	 * Takes the bytes after a lead. @return The character, or U+FFFD for the longest piece that could have begun one; what is
+	 * wrong is not taken and may begin a character itself.
+	 */
+	uint32 TakeRest(FUtf8Lead Lead, const unsigned char*& It, const unsigned char* End)
+	{
+		if (Lead.Following == 0)
+		{
+			return 0xfffd;
+		}
+		for (; Lead.Following > 0; --Lead.Following)
+		{
+			if (It >= End || *It < Lead.Low || *It > Lead.High)
+			{
+				return 0xfffd;
+			}
+			Lead.Code = Lead.Code << 6 | (*It++ & 0x3f);
+			Lead.Low = 0x80;
+			Lead.High = 0xbf;
+		}
+		return Lead.Code;
+	}
+}
+
 void FUTF8ToTCHAR::Append(std::u16string& Out, const ANSICHAR* Text, int32 Length)
 {
 	if (Length <= 0)
 	{
 		return;
 	}
+	// Never more units than bytes.
 	Out.reserve(Out.size() + (std::size_t)Length);
 	const unsigned char* It = reinterpret_cast<const unsigned char*>(Text);
 	const unsigned char* const End = It + Length;
 	while (It < End)
 	{
 		const unsigned char Lead = *It++;
-		if (Lead < 0x80)
-		{
-			Out.push_back(Lead);
-			continue;
-		}
-		// The second byte's range keeps out overlong forms, surrogates and what lies above U+10FFFF.
-		int32 Following = 0;
-		uint32 Code = 0;
-		unsigned char Low = 0x80;
-		unsigned char High = 0xbf;
-		if (Lead >= 0xc2 && Lead <= 0xdf)
-		{
-			Following = 1;
-			Code = Lead & 0x1f;
-		}
-		else if (Lead >= 0xe0 && Lead <= 0xef)
-		{
-			Following = 2;
-			Code = Lead & 0x0f;
-			Low = Lead == 0xe0 ? 0xa0 : 0x80;
-			High = Lead == 0xed ? 0x9f : 0xbf;
-		}
-		else if (Lead >= 0xf0 && Lead <= 0xf4)
-		{
-			Following = 3;
-			Code = Lead & 0x07;
-			Low = Lead == 0xf0 ? 0x90 : 0x80;
-			High = Lead == 0xf4 ? 0x8f : 0xbf;
-		}
-		bool bGood = Following > 0;
-		for (; bGood && Following > 0; --Following)
-		{
-			if (It >= End || *It < Low || *It > High)
-			{
-				bGood = false;
-				break;
-			}
-			Code = Code << 6 | (*It++ & 0x3f);
-			Low = 0x80;
-			High = 0xbf;
-		}
-		if (!bGood)
-		{
-			Out.push_back(0xfffd); // For the longest piece that could have begun a character.
-		}
-		else if (Code < 0x10000)
+		const uint32 Code = Lead < 0x80 ? Lead : TakeRest(ReadLead(Lead), It, End);
+		if (Code < 0x10000)
 		{
 			Out.push_back((TCHAR)Code);
 		}

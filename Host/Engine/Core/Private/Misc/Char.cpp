@@ -1,5 +1,9 @@
 #include "Misc/Char.h"
 
+// Classes of characters from tables made out of Unicode, so that they do not follow the locale of the process. Units below
+// 128 are answered in the header and never come here. Ranges stand in order and are searched; many letters alternate between
+// capital and small, which is what the step of a range is for.
+
 namespace
 {
 	/** Every Step-th unit from First to Last. */

@@ -357,6 +357,7 @@ bool FPaths::MakePathRelativeTo(FString& Path, const TCHAR* RelativeTo)
 	{
 		++Shared;
 	}
+	// 3. Up from the one, then down to the other.
 	FString Result;
 	for (int32 Index = Shared; Index < SourceParts.Num(); ++Index)
 	{

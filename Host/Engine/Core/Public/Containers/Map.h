@@ -145,22 +145,9 @@ public:
 	}
 
 	/** How many were removed: 0 or 1. */
-	int32 Remove(const KeyType& Key)
-	{
-		const int32 Slot = FindSlot(Key);
-		if (Slot == INDEX_NONE)
-		{
-			return 0;
-		}
-		Table.Remove(Slot);
-		return 1;
-	}
+	int32 Remove(const KeyType& Key) { return Table.TryRemove(FindSlot(Key)); }
 	void Reset() { Table.Clear(/*bKeepMemory*/ true); }
-	void Empty(int32 ExpectedNumElements = 0)
-	{
-		Table.Clear(/*bKeepMemory*/ false);
-		Table.Reserve(ExpectedNumElements);
-	}
+	void Empty(int32 ExpectedNumElements = 0) { Table.Empty(ExpectedNumElements); }
 	void Reserve(int32 Number) { Table.Reserve(Number); }
 	void Compact() { Table.Compact(); }
 	void Shrink() {}

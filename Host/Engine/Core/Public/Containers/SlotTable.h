@@ -108,6 +108,23 @@ namespace UE::Slots
 			Gone.Element.reset();
 		}
 
+		/** Removes the element of a slot, if there is one. @return How many were removed: 0 or 1. */
+		int32 TryRemove(int32 Slot)
+		{
+			if (Slot == INDEX_NONE)
+			{
+				return 0;
+			}
+			Remove(Slot);
+			return 1;
+		}
+
+		void Empty(int32 ExpectedNumElements)
+		{
+			Clear(/*bKeepMemory*/ false);
+			Reserve(ExpectedNumElements);
+		}
+
 		void Clear(bool bKeepMemory)
 		{
 			TTable Dying(static_cast<TTable&&>(*this));

@@ -126,57 +126,53 @@ namespace UE::StringFormat
 		TCHAR Conversion = 0;
 	};
 
-	constexpr const TCHAR* ParsePlaceholder(const TCHAR* Format, FPlaceholder& Out)
+	/** A flag of a placeholder. @return False when the character is none. */
+	constexpr bool ReadFlag(TCHAR Char, FPlaceholder& Out)
 	{
-		for (;; ++Format)
+		switch (Char)
 		{
-			if (*Format == '-')
-			{
-				Out.bLeft = true;
-			}
-			else if (*Format == '+')
-			{
-				Out.bPlus = true;
-			}
-			else if (*Format == ' ')
-			{
-				Out.bSpace = true;
-			}
-			else if (*Format == '0')
-			{
-				Out.bZero = true;
-			}
-			else if (*Format == '#')
-			{
-				Out.bAlternate = true;
-			}
-			else
-			{
-				break;
-			}
+		case '-':
+			return Out.bLeft = true;
+		case '+':
+			return Out.bPlus = true;
+		case ' ':
+			return Out.bSpace = true;
+		case '0':
+			return Out.bZero = true;
+		case '#':
+			return Out.bAlternate = true;
+		default:
+			return false;
 		}
+	}
+
+	/** A width or a precision: digits, or a star for an argument that tells it. Long numbers end early, so that none overflows. */
+	constexpr const TCHAR* ReadSize(const TCHAR* Format, int32& OutSize, bool& bOutStar)
+	{
 		if (*Format == '*')
 		{
-			Out.bStarWidth = true;
+			bOutStar = true;
 			++Format;
 		}
-		for (; *Format >= '0' && *Format <= '9' && Out.Width < 100000; ++Format)
+		for (; *Format >= '0' && *Format <= '9' && OutSize < 100000; ++Format)
 		{
-			Out.Width = Out.Width * 10 + (*Format - '0');
+			OutSize = OutSize * 10 + (*Format - '0');
 		}
+		return Format;
+	}
+
+	/** Reads flags, width, precision, length and conversion after a percent sign. @return What follows them. */
+	constexpr const TCHAR* ParsePlaceholder(const TCHAR* Format, FPlaceholder& Out)
+	{
+		while (ReadFlag(*Format, Out))
+		{
+			++Format;
+		}
+		Format = ReadSize(Format, Out.Width, Out.bStarWidth);
 		if (*Format == '.')
 		{
-			++Format;
 			Out.Precision = 0;
-			if (*Format == '*')
-			{
-				Out.bStarPrecision = true;
-				++Format;
-			}
-			for (; *Format >= '0' && *Format <= '9' && Out.Precision < 100000; ++Format)
-			{
-				Out.Precision = Out.Precision * 10 + (*Format - '0');
-			}
+			Format = ReadSize(Format + 1, Out.Precision, Out.bStarPrecision);
 		}
 		if (*Format == 'l' && Format[1] == 'l')
 		{

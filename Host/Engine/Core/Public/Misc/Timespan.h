@@ -41,18 +41,11 @@ struct FTimespan
 	constexpr int32 GetMinutes() const { return (int32)(Ticks / ETimespan::TicksPerMinute % 60); }
 	constexpr int32 GetSeconds() const { return (int32)(Ticks / ETimespan::TicksPerSecond % 60); }
 	constexpr int32 GetFractionMilli() const { return (int32)(Ticks % ETimespan::TicksPerSecond / ETimespan::TicksPerMillisecond); }
-	constexpr int32 GetFractionMicro() const { return (int32)(Ticks % ETimespan::TicksPerSecond / ETimespan::TicksPerMicrosecond); }
-	constexpr int32 GetFractionNano() const { return (int32)(Ticks % ETimespan::TicksPerSecond * ETimespan::NanosecondsPerTick); }
 	// The whole length in one unit.
-	constexpr double GetTotalDays() const { return (double)Ticks / ETimespan::TicksPerDay; }
-	constexpr double GetTotalHours() const { return (double)Ticks / ETimespan::TicksPerHour; }
-	constexpr double GetTotalMinutes() const { return (double)Ticks / ETimespan::TicksPerMinute; }
 	constexpr double GetTotalSeconds() const { return (double)Ticks / ETimespan::TicksPerSecond; }
 
 	/** "+hh:mm:ss.fff", with days in front when there are any. */
 	CORE_API FString ToString() const;
-	/** After %: d days, h m s, f milliseconds, u microseconds, n sign, D H M S total. */
-	CORE_API FString ToString(const TCHAR* Format) const;
 
 	CORE_API static FTimespan FromSeconds(double Seconds);
 	static constexpr FTimespan Zero() { return FTimespan(0); }

@@ -245,46 +245,37 @@ void SHostTextWidget::PaintHint(const FSlateRect& Rect, FSlateWindowElementList&
 	}
 }
 
-void SHostTextWidget::PaintRow(
-	const FTextRow& Row, const FSlateRect& Rect, FSlateWindowElementList& Out, const FWidgetStyle& Style, bool bEnabled) const
+namespace
 {
-	FTextView& View = GetView();
-	const FTextEditor& Editor = GetEditor();
-	const FParagraphLine& Line = Row.Paragraph->GetLine(Row.Row);
-	const float Left = Rect.Left - View.GetScrollX();
-	const float Top = Rect.Top + Row.Top;
-	const int32 LineIndex = Row.Block.Line;
-	TArray<FParagraphSpan> Spans;
-
-	const FTextLocation& Begin = Editor.GetSelectionBegin();
-	const FTextLocation& End = Editor.GetSelectionEnd();
-	if (Editor.HasSelection() && Begin.GetLineIndex() <= LineIndex && LineIndex <= End.GetLineIndex())
+	/** What a stretch of the shown line covers of one of its rows: several spans where directions are mixed, none where it ends before. */
+	TArray<FParagraphSpan> GetSpansInRow(const FTextRow& Row, int32 Begin, int32 End)
 	{
-		const int32 From = Begin.GetLineIndex() < LineIndex ? Row.Begin : FMath::Clamp(View.ToShown(Begin), Row.Begin, Row.End);
-		const int32 To = End.GetLineIndex() > LineIndex ? Row.End : FMath::Clamp(View.ToShown(End), Row.Begin, Row.End);
-		const FColor Color =
-			GetTextPaintColor(HasKeyboardFocus() ? GetTextStyle().SelectionColor : GetTextStyle().InactiveSelectionColor, Style);
+		TArray<FParagraphSpan> Spans;
+		const int32 From = FMath::Clamp(Begin, Row.Begin, Row.End);
+		const int32 To = FMath::Clamp(End, Row.Begin, Row.End);
 		if (From < To)
 		{
 			Row.Paragraph->GetSpans(Row.Row, From - Row.SegmentBegin, To - Row.SegmentBegin, Spans);
 		}
-		for (const FParagraphSpan& Span : Spans)
-		{
-			Out.AddBox(
-				FSlateRect(FMath::RoundToFloat(Left + Span.Left), Top, FMath::RoundToFloat(Left + Span.Right), Top + Line.Height), Color);
-		}
-		if (Row.bEndsLine && LineIndex < End.GetLineIndex())
-		{
-			const float X = FMath::RoundToFloat(Left + Row.Paragraph->GetCaretX(Row.Row, Row.End - Row.SegmentBegin));
-			Out.AddBox(FSlateRect(X, Top, X + SelectedBreakWidth * Out.GetScale(), Top + Line.Height), Color);
-		}
+		return Spans;
 	}
+}
 
+void SHostTextWidget::PaintRow(
+	const FTextRow& Row, const FSlateRect& Rect, FSlateWindowElementList& Out, const FWidgetStyle& Style, bool bEnabled) const
+{
+	FTextView& View = GetView();
+	const float Left = Rect.Left - View.GetScrollX();
+	const float Baseline = Rect.Top + Row.Top + Row.Paragraph->GetLine(Row.Row).Baseline;
+
+	// 1. The selection lies below the letters.
+	PaintSelection(Row, FVector2f(Left, Rect.Top + Row.Top), Out, Style);
+
+	// 2. The letters, those runs that reach into the box.
 	const FSlateColor& TextColor = !bEnabled ? GetTextStyle().DisabledColor
 		: Setup.ForegroundColor.IsSet()		 ? Setup.ForegroundColor.Get()
 											 : GetTextStyle().ColorAndOpacity;
 	const FColor Color = GetTextPaintColor(TextColor, Style);
-	const float Baseline = Top + Line.Baseline;
 	for (const FParagraphRun& Run : Row.Paragraph->GetRuns(Row.Row))
 	{
 		if (Left + Run.X < Rect.Right && Left + Run.X + Run.Width > Rect.Left)
@@ -293,23 +284,46 @@ void SHostTextWidget::PaintRow(
 		}
 	}
 
-	if (View.HasPreedit() && View.GetPreeditPlace().GetLineIndex() == LineIndex)
+	// 3. A line below what an input method has not confirmed yet.
+	if (View.HasPreedit() && View.GetPreeditPlace().GetLineIndex() == Row.Block.Line)
 	{
-		const int32 From = FMath::Clamp(View.GetPreeditPlace().GetOffset(), Row.Begin, Row.End);
-		const int32 To = FMath::Clamp(View.GetPreeditPlace().GetOffset() + View.GetPreeditLength(), Row.Begin, Row.End);
-		Spans.Reset();
-		if (From < To)
-		{
-			Row.Paragraph->GetSpans(Row.Row, From - Row.SegmentBegin, To - Row.SegmentBegin, Spans);
-		}
+		const int32 Offset = View.GetPreeditPlace().GetOffset();
 		const FFontLineMetrics& Metrics = View.GetMetrics();
 		const float Y = FMath::RoundToFloat(Baseline + Metrics.UnderlineOffset);
-		for (const FParagraphSpan& Span : Spans)
+		const float Thickness = FMath::Max(FMath::RoundToFloat(Metrics.LineThickness), 1.0f);
+		for (const FParagraphSpan& Span : GetSpansInRow(Row, Offset, Offset + View.GetPreeditLength()))
 		{
-			Out.AddBox(FSlateRect(FMath::RoundToFloat(Left + Span.Left), Y, FMath::RoundToFloat(Left + Span.Right),
-						   Y + FMath::Max(FMath::RoundToFloat(Metrics.LineThickness), 1.0f)),
-				Color);
+			Out.AddBox(FSlateRect(FMath::RoundToFloat(Left + Span.Left), Y, FMath::RoundToFloat(Left + Span.Right), Y + Thickness), Color);
 		}
+	}
+}
+
+void SHostTextWidget::PaintSelection(
+	const FTextRow& Row, const FVector2f& Corner, FSlateWindowElementList& Out, const FWidgetStyle& Style) const
+{
+	const FTextEditor& Editor = GetEditor();
+	const FTextLocation& Begin = Editor.GetSelectionBegin();
+	const FTextLocation& End = Editor.GetSelectionEnd();
+	const int32 LineIndex = Row.Block.Line;
+	if (!Editor.HasSelection() || LineIndex < Begin.GetLineIndex() || LineIndex > End.GetLineIndex())
+	{
+		return;
+	}
+	const float Bottom = Corner.Y + Row.Paragraph->GetLine(Row.Row).Height;
+	const FColor Color =
+		GetTextPaintColor(HasKeyboardFocus() ? GetTextStyle().SelectionColor : GetTextStyle().InactiveSelectionColor, Style);
+	const int32 From = Begin.GetLineIndex() < LineIndex ? Row.Begin : GetView().ToShown(Begin);
+	const int32 To = End.GetLineIndex() > LineIndex ? Row.End : GetView().ToShown(End);
+	for (const FParagraphSpan& Span : GetSpansInRow(Row, From, To))
+	{
+		Out.AddBox(
+			FSlateRect(FMath::RoundToFloat(Corner.X + Span.Left), Corner.Y, FMath::RoundToFloat(Corner.X + Span.Right), Bottom), Color);
+	}
+	// A selected line break has no letter to show it.
+	if (Row.bEndsLine && LineIndex < End.GetLineIndex())
+	{
+		const float X = FMath::RoundToFloat(Corner.X + Row.Paragraph->GetCaretX(Row.Row, Row.End - Row.SegmentBegin));
+		Out.AddBox(FSlateRect(X, Corner.Y, X + SelectedBreakWidth * Out.GetScale(), Bottom), Color);
 	}
 }
 

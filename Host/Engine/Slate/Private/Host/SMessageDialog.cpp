@@ -96,6 +96,56 @@ FText SMessageDialog::GetLabel(EAppReturnType::Type Answer)
 void SMessageDialog::Construct(const FArguments& InArgs, const FHostMessageDialog& Dialog)
 {
 	AnswerHandler = InArgs._OnAnswer;
+	// clang-format off
+	ChildSlot
+	[
+		SNew(SVerticalBox)
+		+ SVerticalBox::Slot()
+		.AutoHeight()
+		[
+			MakeMessageRow(Dialog)
+		]
+		+ SVerticalBox::Slot()
+		.AutoHeight()
+		.HAlign(HAlign_Right)
+		.Padding(0.0f, DialogButtonsTop, 0.0f, 0.0f)
+		[
+			MakeButtonRow(Dialog)
+		]
+	];
+	// clang-format on
+}
+
+TSharedRef<SWidget> SMessageDialog::MakeMessageRow(const FHostMessageDialog& Dialog) const
+{
+	const FDialogMark Mark = GetDialogMark(Dialog.Category);
+	const FTextBlockStyle& TextStyle = FAppStyle::Get().GetWidgetStyle<FTextBlockStyle>(TEXT("NormalText"));
+	// clang-format off
+	return SNew(SHorizontalBox)
+		+ SHorizontalBox::Slot()
+		.AutoWidth()
+		.VAlign(VAlign_Top)
+		[
+			SNew(SImage)
+			.Image(FAppStyle::GetBrush(Mark.Icon))
+			.DesiredSizeOverride(FVector2D(DialogMarkSize, DialogMarkSize))
+			.ColorAndOpacity(FAppStyle::GetColor(Mark.Color))
+		]
+		+ SHorizontalBox::Slot()
+		.FillWidth(1.0f)
+		.Padding(DialogMarkGap, 0.0f, 0.0f, 0.0f)
+		[
+			SNew(STextBlock)
+			.Text(Dialog.Message)
+			.TextStyle(&TextStyle)
+			.AutoWrapText(true)
+			.LineHeightPercentage(FHostWidgetPaint::GetLineHeightPercentage(TextStyle.Font, DialogLineHeight))
+		];
+	// clang-format on
+}
+
+TSharedRef<SWidget> SMessageDialog::MakeButtonRow(const FHostMessageDialog& Dialog)
+{
 	const TSharedRef<SHorizontalBox> Row = SNew(SHorizontalBox);
 	for (const EAppReturnType::Type Answer : GetButtons(Dialog.Type))
 	{
@@ -118,45 +168,7 @@ void SMessageDialog::Construct(const FArguments& InArgs, const FHostMessageDialo
 			Primary = Button;
 		}
 	}
-	const FDialogMark Mark = GetDialogMark(Dialog.Category);
-	const FTextBlockStyle& TextStyle = FAppStyle::Get().GetWidgetStyle<FTextBlockStyle>(TEXT("NormalText"));
-	// clang-format off
-	ChildSlot
-	[
-		SNew(SVerticalBox)
-		+ SVerticalBox::Slot()
-		.AutoHeight()
-		[
-			SNew(SHorizontalBox)
-			+ SHorizontalBox::Slot()
-			.AutoWidth()
-			.VAlign(VAlign_Top)
-			[
-				SNew(SImage)
-				.Image(FAppStyle::GetBrush(Mark.Icon))
-				.DesiredSizeOverride(FVector2D(DialogMarkSize, DialogMarkSize))
-				.ColorAndOpacity(FAppStyle::GetColor(Mark.Color))
-			]
-			+ SHorizontalBox::Slot()
-			.FillWidth(1.0f)
-			.Padding(DialogMarkGap, 0.0f, 0.0f, 0.0f)
-			[
-				SNew(STextBlock)
-				.Text(Dialog.Message)
-				.TextStyle(&TextStyle)
-				.AutoWrapText(true)
-				.LineHeightPercentage(FHostWidgetPaint::GetLineHeightPercentage(TextStyle.Font, DialogLineHeight))
-			]
-		]
-		+ SVerticalBox::Slot()
-		.AutoHeight()
-		.HAlign(HAlign_Right)
-		.Padding(0.0f, DialogButtonsTop, 0.0f, 0.0f)
-		[
-			Row
-		]
-	];
-	// clang-format on
+	return Row;
 }
 
 FReply SMessageDialog::OnFocusReceived(const FGeometry& MyGeometry, const FFocusEvent& InFocusEvent)

@@ -30,6 +30,10 @@ public:
 	virtual void Tick(const FGeometry& AllottedGeometry, const double InCurrentTime, const float InDeltaTime) override;
 
 private:
+	/** The mark of its category, then the message. */
+	TSharedRef<SWidget> MakeMessageRow(const FHostMessageDialog& Dialog) const;
+	/** The buttons of the dialog's type; the one of the default answer is the primary one. */
+	TSharedRef<SWidget> MakeButtonRow(const FHostMessageDialog& Dialog);
 	FReply OnButtonClicked(EAppReturnType::Type Answer);
 
 	FOnMessageDialogAnswer AnswerHandler;

@@ -51,6 +51,9 @@ private:
 	TSharedRef<SWidget> MakeFilterRow();
 	TSharedRef<SWidget> MakeButtonRow();
 	TSharedRef<ITableRow> MakeEntryRow(FEntry Entry, const TSharedRef<STableViewBase>& Owner);
+	/** Lists the folder that the dialog opens with, which need not exist yet. */
+	void ShowFirstFolder();
+	TSharedRef<SWidget> MakeProblemRow() const;
 	TSharedRef<SWidget> MakeLabel(const FText& Text) const;
 
 	/** Shows a folder; false, with the reason told, when it cannot be read. */

@@ -75,16 +75,7 @@ void SSaveDialog::Construct(const FArguments& InArgs, const FHostSaveDialog& Dia
 		.AutoHeight()
 		.Padding(0.0f, SaveGap, 0.0f, 0.0f)
 		[
-			SNew(SBox)
-			.MinDesiredHeight(SaveProblemHeight)
-			[
-				SNew(STextBlock)
-				.Tag(FName(TEXT("SaveProblem")))
-				.Text_Lambda([this]() { return FText::FromString(Problem); })
-				.TextStyle(&GetSaveTextStyle())
-				.ColorAndOpacity(FAppStyle::GetColor(TEXT("Colors.Error")))
-				.AutoWrapText(true)
-			]
+			MakeProblemRow()
 		]
 		+ SVerticalBox::Slot()
 		.AutoHeight()
@@ -95,6 +86,11 @@ void SSaveDialog::Construct(const FArguments& InArgs, const FHostSaveDialog& Dia
 		]
 	];
 	// clang-format on
+	ShowFirstFolder();
+}
+
+void SSaveDialog::ShowFirstFolder()
+{
 	FString Reason;
 	const bool bRead = HostListFolder(Folder, Found, Reason);
 	ShowEntries();
@@ -106,6 +102,22 @@ void SSaveDialog::Construct(const FArguments& InArgs, const FHostSaveDialog& Dia
 	}
 	ShowFolderPath();
 	SetName(SuggestedName);
+}
+
+TSharedRef<SWidget> SSaveDialog::MakeProblemRow() const
+{
+	// clang-format off
+	return SNew(SBox)
+		.MinDesiredHeight(SaveProblemHeight)
+		[
+			SNew(STextBlock)
+			.Tag(FName(TEXT("SaveProblem")))
+			.Text_Lambda([this]() { return FText::FromString(Problem); })
+			.TextStyle(&GetSaveTextStyle())
+			.ColorAndOpacity(FAppStyle::GetColor(TEXT("Colors.Error")))
+			.AutoWrapText(true)
+		];
+	// clang-format on
 }
 
 TSharedRef<SWidget> SSaveDialog::MakeLabel(const FText& Text) const

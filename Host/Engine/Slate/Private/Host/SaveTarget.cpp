@@ -85,8 +85,44 @@ FString FSaveTarget::Join(const FString& Folder, const FString& Name)
 	return Folder.EndsWith(TEXT("/")) ? Folder + Name : Folder + TEXT("/") + Name;
 }
 
+namespace
+{
+	/** What was typed as a whole path: from the root, from the home folder, or else from the folder that is shown. */
+	FString MakeWhole(const FString& Folder, const FString& Typed)
+	{
+		const char* const Home = std::getenv("HOME");
+		if (Home && Home[0] == '/' && (Typed.Equals(TEXT("~")) || Typed.StartsWith(TEXT("~/"))))
+		{
+			return FSaveTarget::Join(HostFileNameFromBytes(Home), Typed.RightChop(1));
+		}
+		return Typed.StartsWith(TEXT("/")) ? Typed : FSaveTarget::Join(Folder, Typed);
+	}
+
+	/** Why a file cannot stand there; empty when it can. A missing folder is made for a file that was asked for in plain view. */
+	FString FindProblemOfParent(const FString& Path, bool bStraight)
+	{
+		const FString Parent = FSaveTarget::GetParent(Path);
+		const EHostPathKind Kind = HostGetPathKind(Parent);
+		if (Kind == EHostPathKind::File || Kind == EHostPathKind::Other)
+		{
+			return FString::Printf(TEXT("\"%s\" is no folder."), *Parent);
+		}
+		if (Kind == EHostPathKind::Missing && !bStraight)
+		{
+			return FString::Printf(TEXT("There is no folder \"%s\"."), *Parent);
+		}
+		FString Reason;
+		if (Kind == EHostPathKind::Folder && !HostCanSaveFile(Path, Reason))
+		{
+			return FString::Printf(TEXT("\"%s\" cannot be saved here: %s."), *FSaveTarget::GetLeaf(Path), *Reason);
+		}
+		return FString();
+	}
+}
+
 FSaveTarget FSaveTarget::Find(const FString& Folder, const FString& Typed)
 {
+	// 1. What no path can be.
 	FSaveTarget Target;
 	int32 Null = INDEX_NONE;
 	if (Typed.TrimStartAndEnd().IsEmpty())
@@ -99,17 +135,9 @@ FSaveTarget FSaveTarget::Find(const FString& Folder, const FString& Typed)
 		Target.Problem = TEXT("This name holds a character that no file name can have.");
 		return Target;
 	}
-	const char* const Home = std::getenv("HOME");
-	FString Whole;
-	if (Home && Home[0] == '/' && (Typed.Equals(TEXT("~")) || Typed.StartsWith(TEXT("~/"))))
-	{
-		Whole = Join(HostFileNameFromBytes(Home), Typed.RightChop(1));
-	}
-	else
-	{
-		Whole = Typed.StartsWith(TEXT("/")) ? Typed : Join(Folder, Typed);
-	}
-	Target.Path = Collapse(Whole);
+
+	// 2. A folder is gone into, not saved to.
+	Target.Path = Collapse(MakeWhole(Folder, Typed));
 	const EHostPathKind Kind = HostGetPathKind(Target.Path);
 	const bool bMeansFolder = Typed.EndsWith(TEXT("/")) || Target.Path.Equals(TEXT("/")) || Target.Path.Equals(Collapse(Folder));
 	if (Kind == EHostPathKind::Folder)
@@ -127,23 +155,10 @@ FSaveTarget FSaveTarget::Find(const FString& Folder, const FString& Typed)
 		Target.Problem = FString::Printf(TEXT("\"%s\" is no file."), *Target.Path);
 		return Target;
 	}
-	const FString Parent = GetParent(Target.Path);
-	const bool bStraight = Parent.Equals(Collapse(Folder));
-	const EHostPathKind ParentKind = HostGetPathKind(Parent);
-	FString Reason;
-	if (ParentKind == EHostPathKind::File || ParentKind == EHostPathKind::Other)
-	{
-		Target.Problem = FString::Printf(TEXT("\"%s\" is no folder."), *Parent);
-	}
-	else if (ParentKind == EHostPathKind::Missing && !bStraight)
-	{
-		Target.Problem = FString::Printf(TEXT("There is no folder \"%s\"."), *Parent);
-	}
-	else if (ParentKind == EHostPathKind::Folder && !HostCanSaveFile(Target.Path, Reason))
-	{
-		Target.Problem = FString::Printf(TEXT("\"%s\" cannot be saved here: %s."), *GetLeaf(Target.Path), *Reason);
-	}
-	else
+
+	// 3. A file, if the folder around it takes one.
+	Target.Problem = FindProblemOfParent(Target.Path, GetParent(Target.Path).Equals(Collapse(Folder)));
+	if (Target.Problem.IsEmpty())
 	{
 		Target.Kind = Kind == EHostPathKind::File ? EKind::ExistingFile : EKind::NewFile;
 	}

@@ -156,6 +156,8 @@ private:
 	// Painting.
 	void PaintBox(const FGeometry& Geometry, FSlateWindowElementList& Out, const FWidgetStyle& Style, bool bEnabled) const;
 	void PaintHint(const FSlateRect& Rect, FSlateWindowElementList& Out, const FWidgetStyle& Style) const;
+	/** @param Corner  Upper left one of the row. */
+	void PaintSelection(const FTextRow& Row, const FVector2f& Corner, FSlateWindowElementList& Out, const FWidgetStyle& Style) const;
 	void PaintRow(
 		const FTextRow& Row, const FSlateRect& Rect, FSlateWindowElementList& Out, const FWidgetStyle& Style, bool bEnabled) const;
 

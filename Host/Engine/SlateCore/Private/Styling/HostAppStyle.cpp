@@ -245,7 +245,11 @@ namespace
 			Brush->SetSurface(true);
 		}
 		Set.Set(FName(TEXT("NormalEditableTextBox")), Box);
+	}
 
+	/** Check boxes, progress bars and the arrows of expandable areas. */
+	void SetMarks(FSlateStyleSet& Set)
+	{
 		FCheckBoxStyle Check;
 		Check.MarkImage = Icon(Set, TEXT("Symbols.Check"), 12.0f);
 		Check.UncheckedImage = Outlined(TEXT("0A0B0F"), 3.0f, TEXT("6B7280"));
@@ -317,6 +321,7 @@ void FHostAppStyle::Initialize(const FString& IconFolder)
 	SetFonts(*Set);
 	SetButtons(*Set);
 	SetInputs(*Set);
+	SetMarks(*Set);
 	GetSetSlot() = Set;
 	FSlateStyleRegistry::RegisterSlateStyle(*Set);
 }

@@ -1,13 +1,13 @@
 #include "Widgets/SBoxPanel.h"
 
-#include "Host/ChildWatch.h"
+#include "Host/KeptLengths.h"
 #include "Layout/LayoutUtils.h"
 
 #include <algorithm>
 #include <array>
 
 // Rows and columns. A short panel looks at all its children in each layout. A long one, such as the messages of a
-// conversation, keeps what they want (FKeptSizes): measuring then costs what changed, and arranging what is in view.
+// conversation, keeps what they want (FKeptLengths): measuring then costs what changed, and arranging what is in view.
 // That works only while starts can be looked up, so a panel whose children share room, or reach over each other, is
 // arranged as a short one.
 
@@ -79,46 +79,16 @@ namespace
 
 struct SBoxPanel::FKeptSizes
 {
-	FChildWatch Watch;
-	/** Of each child along and across the panel, padding included; zero for collapsed ones. */
-	TArray<double> Lengths;
-	TArray<double> Acrosses;
-	/** Start of each child, and the end of the last. */
-	TArray<double> Starts;
-	/** The first child whose length has changed since the starts were made. */
-	int32 FirstChanged = 0;
-	double MaxAcross = 0.0;
-	/** The children arranged last. */
-	int32 ShownBegin = 0;
-	int32 ShownEnd = 0;
+	FKeptLengths Lengths;
 	/** How far a child may reach out of its slot by negative padding. */
 	float Overhang = 0.0f;
-	/** The largest across was taken away. */
-	bool bMaxAcrossStale = false;
 	/** Children share room, or starts do not grow, so that places cannot be looked up. */
 	bool bUnsearchable = false;
 
-	void Update()
-	{
-		if (bMaxAcrossStale)
-		{
-			bMaxAcrossStale = false;
-			MaxAcross =
-				Acrosses.Num() > 0 ? FMath::Max(*std::max_element(Acrosses.GetData(), Acrosses.GetData() + Acrosses.Num()), 0.0) : 0.0;
-		}
-		const int32 Count = Lengths.Num();
-		if (Starts.Num() != Count + 1)
-		{
-			Starts.SetNum(Count + 1);
-			FirstChanged = 0;
-		}
-		Starts[0] = 0.0;
-		for (int32 Index = FirstChanged; Index < Count; ++Index)
-		{
-			Starts[Index + 1] = Starts[Index] + Lengths[Index];
-		}
-		FirstChanged = Count;
-	}
+	/** Begins anew, and measures every child. */
+	void MeasureAll(SBoxPanel& Panel, float LayoutScale);
+	/** False when a bound function added or removed children meanwhile: the next measuring is asked for then. */
+	bool Measure(SBoxPanel& Panel, int32 Index, float LayoutScale);
 };
 
 SBoxPanel::SBoxPanel(EOrientation InOrientation)
@@ -144,57 +114,71 @@ void SBoxPanel::PrepassChildren(float LayoutScale, bool bOwnChange)
 		SPanel::PrepassChildren(LayoutScale, bOwnChange);
 		return;
 	}
-	const auto Measure = [this, LayoutScale, Count](int32 Index)
-	{
-		SWidget& Child = Children.GetChildRefAt(Index);
-		if (!Child.GetVisibility().IsCollapsed())
-		{
-			Child.SlatePrepass(LayoutScale);
-		}
-		// A bound function may have added or removed children; the next measuring is asked for then.
-		if (Children.Num() != Count)
-		{
-			return false;
-		}
-		Kept->Watch.SetBound(Index, Child.HasSizeBindings() || Children[Index].HasSizeBinding());
-		KeepSize(Index);
-		return true;
-	};
+	// What the panel itself changed may concern every child; that is rare, and all are measured anew.
 	if (!Kept || bOwnChange || !HasKeptSizes())
 	{
 		Kept = MakeUnique<FKeptSizes>();
-		WatchChildren();
-		Kept->Watch.Reset(Count);
-		Kept->Lengths.SetNumZeroed(Count);
-		Kept->Acrosses.SetNumZeroed(Count);
-		for (int32 Index = 0; Index < Count; ++Index)
-		{
-			SetChildNumber(Children.GetChildRefAt(Index), Index);
-		}
-		for (int32 Index = 0; Index < Count && Measure(Index); ++Index)
-		{
-		}
+		Kept->MeasureAll(*this, LayoutScale);
 		return;
 	}
-	const TArray<int32> Changed = Kept->Watch.TakeChanged();
-	for (const int32 Index : Changed)
+	const auto Measure = [this, LayoutScale](int32 Index) { return Kept->Measure(*this, Index, LayoutScale); };
+	const auto MeasureEach = [&Measure](const int32* Each, const int32* End)
 	{
-		if (!Measure(Index))
+		while (Each != End && Measure(*Each))
 		{
-			return;
+			++Each;
 		}
+		return Each == End;
+	};
+	// 1. The children that reported a change.
+	const TArray<int32> Changed = Kept->Lengths.Watch.TakeChanged();
+	if (!MeasureEach(Changed.GetData(), Changed.GetData() + Changed.Num()))
+	{
+		return;
 	}
-	const TArray<int32>& Bound = Kept->Watch.GetBound();
+	// 2. Those in view whose size hangs on a bound function: they are right in every frame.
+	const TArray<int32>& Bound = Kept->Lengths.Watch.GetBound();
 	const int32* const BoundEnd = Bound.GetData() + Bound.Num();
-	for (const int32* Index = std::lower_bound(Bound.GetData(), BoundEnd, Kept->ShownBegin); Index != BoundEnd && *Index < Kept->ShownEnd;
-		 ++Index)
+	const int32* const First = std::lower_bound(Bound.GetData(), BoundEnd, Kept->Lengths.GetShownBegin());
+	if (!MeasureEach(First, std::lower_bound(First, BoundEnd, Kept->Lengths.GetShownEnd())))
 	{
-		if (!Measure(*Index))
-		{
-			return;
-		}
+		return;
 	}
-	Kept->Watch.MeasureInTurn(Kept->ShownBegin, Kept->ShownEnd, Kept->bUnsearchable, Measure);
+	// 3. Of the bound ones out of view, as many as a frame can bear.
+	Kept->Lengths.MeasureInTurn(Kept->bUnsearchable, Measure);
+}
+
+void SBoxPanel::FKeptSizes::MeasureAll(SBoxPanel& Panel, float LayoutScale)
+{
+	const int32 Count = Panel.Children.Num();
+	Panel.WatchChildren();
+	Lengths.SetCount(Count);
+	Lengths.Watch.Reset(Count);
+	// Numbers first: a child may report a change while its elder siblings are measured.
+	for (int32 Index = 0; Index < Count; ++Index)
+	{
+		Panel.SetChildNumber(Panel.Children.GetChildRefAt(Index), Index);
+	}
+	for (int32 Index = 0; Index < Count && Measure(Panel, Index, LayoutScale); ++Index)
+	{
+	}
+}
+
+bool SBoxPanel::FKeptSizes::Measure(SBoxPanel& Panel, int32 Index, float LayoutScale)
+{
+	const int32 Count = Panel.Children.Num();
+	SWidget& Child = Panel.Children.GetChildRefAt(Index);
+	if (!Child.GetVisibility().IsCollapsed())
+	{
+		Child.SlatePrepass(LayoutScale);
+	}
+	if (Panel.Children.Num() != Count)
+	{
+		return false;
+	}
+	Lengths.Watch.SetBound(Index, Child.HasSizeBindings() || Panel.Children[Index].HasSizeBinding());
+	Panel.KeepSize(Index);
+	return true;
 }
 
 void SBoxPanel::OnChildChanged(SWidget& Child)
@@ -202,7 +186,7 @@ void SBoxPanel::OnChildChanged(SWidget& Child)
 	const int32 Index = GetChildNumber(Child);
 	if (Kept && Index >= 0 && Index < Children.Num() && &Children.GetChildRefAt(Index) == &Child)
 	{
-		Kept->Watch.NoteChanged(Index);
+		Kept->Lengths.Watch.NoteChanged(Index);
 	}
 }
 
@@ -225,17 +209,7 @@ void SBoxPanel::KeepSize(int32 Index) const
 		Kept->Overhang = FMath::Max(Kept->Overhang, FMath::Max(-Before, -After));
 		Kept->bUnsearchable = Kept->bUnsearchable || !Slot.IsAuto() || !(Length >= 0.0);
 	}
-	if (Kept->Lengths[Index] != Length)
-	{
-		Kept->Lengths[Index] = Length;
-		Kept->FirstChanged = FMath::Min(Kept->FirstChanged, Index);
-	}
-	if (Kept->Acrosses[Index] != Across)
-	{
-		Kept->bMaxAcrossStale = Kept->bMaxAcrossStale || Kept->Acrosses[Index] >= Kept->MaxAcross;
-		Kept->MaxAcross = FMath::Max(Kept->MaxAcross, Across);
-		Kept->Acrosses[Index] = Across;
-	}
+	Kept->Lengths.Keep(Index, Length, Across);
 }
 
 bool SBoxPanel::HasKeptSizes() const
@@ -248,8 +222,9 @@ FVector2D SBoxPanel::ComputeDesiredSize(float LayoutScaleMultiplier) const
 	const bool bVertical = Orientation == Orient_Vertical;
 	if (HasKeptSizes())
 	{
-		Kept->Update();
-		return bVertical ? FVector2D(Kept->MaxAcross, Kept->Starts.Last()) : FVector2D(Kept->Starts.Last(), Kept->MaxAcross);
+		FKeptLengths& Lengths = Kept->Lengths;
+		Lengths.Update();
+		return bVertical ? FVector2D(Lengths.GetMaxAcross(), Lengths.GetTotal()) : FVector2D(Lengths.GetTotal(), Lengths.GetMaxAcross());
 	}
 	double Along = 0.0;
 	double Across = 0.0;
@@ -289,43 +264,46 @@ void SBoxPanel::OnArrangeChildren(const FGeometry& AllottedGeometry, FArrangedCh
 
 void SBoxPanel::ArrangeKept(const FGeometry& AllottedGeometry, FArrangedChildren& ArrangedChildren) const
 {
-	// What is bound may have changed within this frame.
-	for (const int32 Index : Kept->Watch.GetBound())
+	// 1. What is bound may have changed within this frame.
+	FKeptLengths& Lengths = Kept->Lengths;
+	for (const int32 Index : Lengths.Watch.GetBound())
 	{
 		KeepSize(Index);
 	}
-	Kept->Update();
-	const double* Starts = Kept->Starts.GetData();
+	Lengths.Update();
+
+	// 2. The children that reach into the clip, found by search.
+	const bool bVertical = Orientation == Orient_Vertical;
 	const int32 Count = Children.Num();
 	int32 First = 0;
-	double End = Starts[Count];
+	double End = Lengths.GetTotal();
 	if (const FSlateRect* Clip = ArrangedChildren.GetClip())
 	{
-		const bool bVertical = Orientation == Orient_Vertical;
 		const double Scale = AllottedGeometry.GetAccumulatedScale();
 		const double Corner = bVertical ? AllottedGeometry.GetAbsolutePosition().Y : AllottedGeometry.GetAbsolutePosition().X;
 		// A unit more than needed: what lies just outside costs little, what is missing would be seen.
 		const double Margin = Kept->Overhang + 1.0;
 		const double ViewBegin = ((bVertical ? Clip->Top : Clip->Left) - Corner) / Scale - Margin;
 		const double ViewEnd = ((bVertical ? Clip->Bottom : Clip->Right) - Corner) / Scale + Margin;
-		// Starts[i + 1] is where child i ends.
-		First = static_cast<int32>(std::lower_bound(Starts + 1, Starts + 1 + Count, ViewBegin) - (Starts + 1));
+		First = Lengths.FindEndingFrom(ViewBegin);
 		End = FMath::Min(End, ViewEnd);
 	}
-	Kept->ShownBegin = First;
-	Kept->ShownEnd = First;
-	for (int32 Index = First; Index < Count && Starts[Index] <= End; ++Index)
+
+	// 3. Their places.
+	int32 Index = First;
+	for (; Index < Count && Lengths.GetStart(Index) <= End; ++Index)
 	{
-		Kept->ShownEnd = Index + 1;
 		const FSlot& Slot = Children[Index];
 		if (Slot.GetWidgetRef().GetVisibility().IsCollapsed())
 		{
 			continue;
 		}
 		const FMargin Padding = Slot.GetPadding();
-		const float Pads = Orientation == Orient_Vertical ? Padding.Top + Padding.Bottom : Padding.Left + Padding.Right;
-		ArrangeChild(AllottedGeometry, Index, Starts[Index], static_cast<float>(Kept->Lengths[Index]) - Pads, ArrangedChildren);
+		const float Pads = bVertical ? Padding.Top + Padding.Bottom : Padding.Left + Padding.Right;
+		ArrangeChild(
+			AllottedGeometry, Index, Lengths.GetStart(Index), static_cast<float>(Lengths.GetLength(Index)) - Pads, ArrangedChildren);
 	}
+	Lengths.SetShown(First, Index);
 }
 
 void SBoxPanel::ArrangeChild(
@@ -347,28 +325,85 @@ void SBoxPanel::ArrangeChild(
 		Widget->GetVisibility(), FArrangedWidget(Widget, AllottedGeometry.MakeChild(Position, FVector2D(X.Size, Y.Size))));
 }
 
-void SBoxPanel::ArrangeAll(const FGeometry& AllottedGeometry, FArrangedChildren& ArrangedChildren) const
+namespace
 {
-	const bool bVertical = Orientation == Orient_Vertical;
-	const FVector2D& Size = AllottedGeometry.GetLocalSize();
-	const float TotalAlong = static_cast<float>(bVertical ? Size.Y : Size.X);
-
-	struct FChild
+	/** A child on the way to its place. */
+	struct FLaidChild
 	{
 		int32 Index;
 		float Along;
 		float Weight;
+		/** Still takes part in sharing what is left. */
 		bool bOpen;
 	};
-	// Most panels are short and need no memory of their own here.
-	std::array<FChild, LongPanel> Few;
-	TArray<FChild> Many;
-	if (Children.Num() > LongPanel)
+
+	/** The children of one layout. Most panels are short and need no memory of their own for it. */
+	class FLaidChildren
 	{
-		Many.SetNumUninitialized(Children.Num());
+	public:
+		explicit FLaidChildren(int32 Most)
+		{
+			if (Most > LongPanel)
+			{
+				Many.SetNumUninitialized(Most);
+				Laid = Many.GetData();
+			}
+		}
+		FLaidChildren(const FLaidChildren&) = delete;
+		FLaidChildren& operator=(const FLaidChildren&) = delete;
+		void Add(const FLaidChild& Child) { Laid[Count++] = Child; }
+		FLaidChild* begin() { return Laid; }
+		FLaidChild* end() { return Laid + Count; }
+
+	private:
+		std::array<FLaidChild, LongPanel> Few;
+		TArray<FLaidChild> Many;
+		FLaidChild* Laid = Few.data();
+		int32 Count = 0;
+	};
+
+	/**
+	 * Shares Room by weight. A slot that meets its limit is closed at it, and the rest is shared anew among the others, so
+	 * that each round closes a slot at least or is the last.
+	 */
+	void ShareRoom(FLaidChildren& Laid, const TPanelChildren<SBoxPanel::FSlot>& Slots, float Room, float WeightSum)
+	{
+		for (bool bSettled = false; !bSettled;)
+		{
+			bSettled = true;
+			float ClosedSize = 0.0f;
+			float ClosedWeight = 0.0f;
+			for (FLaidChild& Child : Laid)
+			{
+				if (!Child.bOpen)
+				{
+					continue;
+				}
+				const float Share = WeightSum > 0.0f ? Room * Child.Weight / WeightSum : 0.0f;
+				Child.Along = ClampToSlotLimits(Share, Slots[Child.Index]);
+				if (Child.Along != Share)
+				{
+					Child.bOpen = false;
+					ClosedSize += Child.Along;
+					ClosedWeight += Child.Weight;
+					bSettled = false;
+				}
+			}
+			Room = FMath::Max(Room - ClosedSize, 0.0f);
+			WeightSum -= ClosedWeight;
+		}
 	}
-	FChild* const Laid = Many.Num() > 0 ? Many.GetData() : Few.data();
-	int32 LaidCount = 0;
+}
+
+void SBoxPanel::ArrangeAll(const FGeometry& AllottedGeometry, FArrangedChildren& ArrangedChildren) const
+{
+	const bool bVertical = Orientation == Orient_Vertical;
+	const FVector2D& Size = AllottedGeometry.GetLocalSize();
+	const auto GetPads = [bVertical](const FMargin& Padding)
+	{ return bVertical ? Padding.Top + Padding.Bottom : Padding.Left + Padding.Right; };
+
+	// 1. What the auto slots and all paddings take for certain.
+	FLaidChildren Laid(Children.Num());
 	float Fixed = 0.0f;
 	float WeightSum = 0.0f;
 	for (int32 Index = 0; Index < Children.Num(); ++Index)
@@ -379,57 +414,31 @@ void SBoxPanel::ArrangeAll(const FGeometry& AllottedGeometry, FArrangedChildren&
 		{
 			continue;
 		}
-		const FMargin Padding = Slot.GetPadding();
-		Fixed += bVertical ? Padding.Top + Padding.Bottom : Padding.Left + Padding.Right;
+		Fixed += GetPads(Slot.GetPadding());
 		if (Slot.IsAuto())
 		{
 			const FVector2D& Desired = Child.GetDesiredSize();
 			const float Along = ClampToSlotLimits(static_cast<float>(bVertical ? Desired.Y : Desired.X), Slot);
 			Fixed += Along;
-			Laid[LaidCount++] = { Index, Along, 0.0f, false };
+			Laid.Add({ Index, Along, 0.0f, false });
 		}
 		else
 		{
 			const float Weight = FMath::Max(Slot.GetWeight(), 0.0f);
 			WeightSum += Weight;
-			Laid[LaidCount++] = { Index, 0.0f, Weight, true };
+			Laid.Add({ Index, 0.0f, Weight, true });
 		}
 	}
 
-	// Shares by weight; a slot that meets its limit is closed at it, and the rest is shared anew among the others.
-	float Remaining = FMath::Max(TotalAlong - Fixed, 0.0f);
-	for (bool bSettled = false; !bSettled;)
-	{
-		bSettled = true;
-		float ClosedSize = 0.0f;
-		float ClosedWeight = 0.0f;
-		for (FChild* Child = Laid; Child != Laid + LaidCount; ++Child)
-		{
-			if (!Child->bOpen)
-			{
-				continue;
-			}
-			const float Share = WeightSum > 0.0f ? Remaining * Child->Weight / WeightSum : 0.0f;
-			const float Limited = ClampToSlotLimits(Share, Children[Child->Index]);
-			Child->Along = Limited;
-			if (Limited != Share)
-			{
-				Child->bOpen = false;
-				ClosedSize += Limited;
-				ClosedWeight += Child->Weight;
-				bSettled = false;
-			}
-		}
-		Remaining = FMath::Max(Remaining - ClosedSize, 0.0f);
-		WeightSum -= ClosedWeight;
-	}
+	// 2. The rest goes to the others.
+	ShareRoom(Laid, Children, FMath::Max(static_cast<float>(bVertical ? Size.Y : Size.X) - Fixed, 0.0f), WeightSum);
 
+	// 3. One after the other.
 	double Start = 0.0;
-	for (const FChild* Child = Laid; Child != Laid + LaidCount; ++Child)
+	for (const FLaidChild& Child : Laid)
 	{
-		const FMargin Padding = Children[Child->Index].GetPadding();
-		ArrangeChild(AllottedGeometry, Child->Index, Start, Child->Along, ArrangedChildren);
-		Start += Child->Along + (bVertical ? Padding.Top + Padding.Bottom : Padding.Left + Padding.Right);
+		ArrangeChild(AllottedGeometry, Child.Index, Start, Child.Along, ArrangedChildren);
+		Start += Child.Along + GetPads(Children[Child.Index].GetPadding());
 	}
 }
 

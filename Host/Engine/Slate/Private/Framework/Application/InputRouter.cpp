@@ -2,10 +2,7 @@
 
 #include "HAL/PlatformTime.h"
 #include "Host/HostFocus.h"
-#include "Host/HostSleep.h"
 #include "LayerStack.h"
-#include "Widgets/IToolTip.h"
-#include "Widgets/SToolTip.h"
 
 // Turns what the platform reports into calls of widgets. Presses and wheels go to what lies under the pointer, keys to
 // what has the focus, both from the innermost widget outwards until one handles the event (bubbling); previews go the
@@ -18,94 +15,12 @@ namespace
 {
 	constexpr double DoubleClickSeconds = 0.4;
 	constexpr double DoubleClickDistance = 4.0;
-	constexpr double ToolTipDelaySeconds = 0.5;
-
-	void Shorten(TArray<FArrangedWidget>& Path, int32 Count)
-	{
-		while (Path.Num() > Count)
-		{
-			Path.Pop();
-		}
-	}
-
-	/** Appends the widgets under a point below Parent, of those in view; true when something was hit. */
-	bool AppendHitPath(const FArrangedWidget& Parent, const FVector2D& Position, const FSlateRect& View, TArray<FArrangedWidget>& Path)
-	{
-		const EVisibility Visibility = Parent.Widget->GetVisibility();
-		if (!Visibility.IsVisible())
-		{
-			return false;
-		}
-		const bool bInside = Parent.Geometry.IsUnderLocation(Position);
-		const bool bClips = Parent.Widget->GetClipping() != EWidgetClipping::Inherit;
-		if (bClips && !bInside)
-		{
-			return false;
-		}
-		const int32 Depth = Path.Num();
-		Path.Add(Parent);
-		if (Visibility.AreChildrenHitTestVisible())
-		{
-			const FSlateRect Inner = bClips ? View.IntersectionWith(Parent.Geometry.GetLayoutBoundingRect()) : View;
-			FArrangedChildren Children(EVisibility::Visible, Inner);
-			Parent.Widget->ArrangeChildren(Parent.Geometry, Children);
-			for (int32 Index = Children.Num() - 1; Index >= 0; --Index)
-			{
-				if (AppendHitPath(Children[Index], Position, Inner, Path))
-				{
-					return true;
-				}
-			}
-		}
-		if (bInside && Visibility.IsHitTestVisible())
-		{
-			return true;
-		}
-		Shorten(Path, Depth);
-		return false;
-	}
-
-	void CountEnabled(FEventPath& Path)
-	{
-		Path.EnabledCount = 0;
-		while (Path.EnabledCount < Path.Widgets.Num() && Path.Widgets[Path.EnabledCount].Widget->IsEnabled())
-		{
-			++Path.EnabledCount;
-		}
-	}
-
-	TSharedRef<SWidget> GetRootOf(const TSharedRef<SWidget>& Widget)
-	{
-		TSharedRef<SWidget> Root = Widget;
-		while (const TSharedPtr<SWidget> Parent = Root->GetParentWidget())
-		{
-			Root = Parent.ToSharedRef();
-		}
-		return Root;
-	}
-
-	/** All widgets that the Tab key can reach, in tree order. */
-	void CollectFocusable(const TSharedRef<SWidget>& Widget, TArray<TSharedRef<SWidget>>& Out)
-	{
-		if (!Widget->GetVisibility().IsVisible() || !Widget->IsEnabled())
-		{
-			return;
-		}
-		if (Widget->SupportsKeyboardFocus() && Widget->IsTabStop())
-		{
-			Out.Add(Widget);
-		}
-		FChildren& Children = *Widget->GetChildren();
-		for (int32 Index = 0; Index < Children.Num(); ++Index)
-		{
-			CollectFocusable(Children.GetChildAt(Index), Out);
-		}
-	}
 }
 
 FInputRouter::FInputRouter(FLayerStack& InLayers, IHostWindow& InWindow)
 	: Layers(InLayers)
 	, Window(InWindow)
+	, ToolTips(InLayers)
 {
 }
 
@@ -126,40 +41,12 @@ FReply FInputRouter::Bubble(const FEventPath& Path, FReply (SWidget::*Handler)(c
 
 FEventPath FInputRouter::GetPathUnder(const FVector2D& Position) const
 {
-	FEventPath Path;
-	const FIntPoint WindowSize = Window.GetPixelSize();
-	const FSlateRect View(0.0f, 0.0f, static_cast<float>(WindowSize.X), static_cast<float>(WindowSize.Y));
-	const TArray<FLayer>& All = Layers.GetLayers();
-	for (int32 Index = All.Num() - 1; Index >= 0; --Index)
-	{
-		const FLayer& Layer = All[Index];
-		if (Layer.bInert)
-		{
-			continue;
-		}
-		if (AppendHitPath(FArrangedWidget(Layer.Root, Layer.Geometry), Position, View, Path.Widgets) || Layer.bModal)
-		{
-			break;
-		}
-	}
-	CountEnabled(Path);
-	return Path;
-}
-
-FEventPath FInputRouter::MakePathTo(const TSharedPtr<SWidget>& Widget) const
-{
-	FEventPath Path;
-	for (TSharedPtr<SWidget> Step = Widget; Step; Step = Step->GetParentWidget())
-	{
-		Path.Widgets.Insert(FArrangedWidget(Step.ToSharedRef(), Step->GetCachedGeometry()), 0);
-	}
-	CountEnabled(Path);
-	return Path;
+	return FEventPath::Under(Layers, Position, Window.GetPixelSize());
 }
 
 bool FInputRouter::IsReachable(const TSharedRef<SWidget>& Widget) const
 {
-	return Layers.TakesKeyboard(GetRootOf(Widget).Get());
+	return Layers.TakesKeyboard(FEventPath::GetRootOf(Widget).Get());
 }
 
 TSharedPtr<SWidget> FInputRouter::GetReachableFocus() const
@@ -173,7 +60,7 @@ FEventPath FInputRouter::GetFocusPath() const
 {
 	// Popups take the keyboard only when they asked for it.
 	const TSharedPtr<SWidget> Focused = GetReachableFocus();
-	return MakePathTo(Focused ? Focused : Layers.GetInputRoot().ToSharedPtr());
+	return FEventPath::To(Focused ? Focused : Layers.GetInputRoot().ToSharedPtr());
 }
 
 FPointerEvent FInputRouter::MakePointerEvent(const FKey& Button, const FVector2D& Wheel) const
@@ -279,7 +166,7 @@ bool FInputRouter::UpdateHover(const FPointerEvent& Event)
 		// While captured only the captor and what holds it can be hovered, and only while the pointer is on the captor.
 		const int32 Index =
 			Path.Widgets.IndexOfByPredicate([&Captor](const FArrangedWidget& Entry) { return &Entry.Widget.Get() == Captor.Get(); });
-		Shorten(Path.Widgets, Index + 1);
+		Path.Shorten(Index + 1);
 	}
 	const TArray<TWeakPtr<SWidget>> Before = Hovered;
 	Hovered.Reset();
@@ -322,12 +209,11 @@ void FInputRouter::OnMouseMove(const FVector2D& Position, const FModifierKeysSta
 	Pointer = Position;
 	if (LastPointer != Pointer)
 	{
-		RestSince = FPlatformTime::Seconds();
+		ToolTips.NoteRest(FPlatformTime::Seconds());
 	}
 	const FPointerEvent Event = MakePointerEvent(FKey());
 	UpdateHover(Event);
-	const TSharedPtr<SWidget> Captor = FHostFocus::Get().MouseCaptor.Pin();
-	const FEventPath Path = Captor ? MakePathTo(Captor) : GetPathUnder(Pointer);
+	const FEventPath Path = GetPointerPath();
 	ApplyReply(Bubble<FPointerEvent>(Path, &SWidget::OnMouseMove, Event), Path);
 }
 
@@ -352,6 +238,19 @@ bool FInputRouter::DismissPopupsOutside(const FVector2D& Position)
 	return bSwallowed;
 }
 
+bool FInputRouter::TakeDoublePress(const FKey& Button, const FVector2D& Position)
+{
+	const double Now = FPlatformTime::Seconds();
+	const FVector2D Moved = Position - LastPressPosition;
+	const bool bDouble = LastPressButton == Button && LastPressTime >= 0.0 && Now - LastPressTime <= DoubleClickSeconds &&
+		FMath::Abs(Moved.X) <= DoubleClickDistance && FMath::Abs(Moved.Y) <= DoubleClickDistance;
+	LastPressButton = Button;
+	LastPressPosition = Position;
+	// A third press is a single one again: widgets count it from the double click before it.
+	LastPressTime = bDouble ? -1.0 : Now;
+	return bDouble;
+}
+
 // 1. Popups outside of the press close; that may be all that it does. 2. Previews, then the double click, then the
 // press. 3. The focus.
 void FInputRouter::OnMouseDown(const FKey& Button, const FVector2D& Position, const FModifierKeysState& InModifiers)
@@ -374,16 +273,7 @@ void FInputRouter::OnMouseDown(const FKey& Button, const FVector2D& Position, co
 	UpdateHover(Event);
 	const FEventPath Path = GetPathUnder(Pointer);
 	const TWeakPtr<SWidget> FocusBefore = FHostFocus::Get().Focused;
-
-	const double Now = FPlatformTime::Seconds();
-	const FVector2D Moved = Position - LastPressPosition;
-	const bool bDouble = LastPressButton == Button && LastPressTime >= 0.0 && Now - LastPressTime <= DoubleClickSeconds &&
-		FMath::Abs(Moved.X) <= DoubleClickDistance && FMath::Abs(Moved.Y) <= DoubleClickDistance;
-	LastPressButton = Button;
-	LastPressPosition = Position;
-	// A third press is a single one again: widgets count it from the double click before it.
-	LastPressTime = bDouble ? -1.0 : Now;
-
+	const bool bDouble = TakeDoublePress(Button, Position);
 	FReply Reply = FReply::Unhandled();
 	for (int32 Index = 0; Index < Path.EnabledCount && !Reply.IsEventHandled(); ++Index)
 	{
@@ -422,7 +312,7 @@ void FInputRouter::OnMouseUp(const FKey& Button, const FVector2D& Position, cons
 	Pointer = Position;
 	const FPointerEvent Event = MakePointerEvent(Button);
 	const TSharedPtr<SWidget> Captor = FHostFocus::Get().MouseCaptor.Pin();
-	const FEventPath Path = Captor ? MakePathTo(Captor) : GetPathUnder(Pointer);
+	const FEventPath Path = GetPointerPath();
 	if (Button == EKeys::LeftMouseButton)
 	{
 		bLeftDown = false;
@@ -445,6 +335,11 @@ void FInputRouter::OnMouseWheel(const FVector2D& Delta, const FVector2D& Positio
 	CloseToolTip();
 	const FEventPath Path = GetPathUnder(Pointer);
 	ApplyReply(Bubble<FPointerEvent>(Path, &SWidget::OnMouseWheel, MakePointerEvent(FKey(), Delta)), Path);
+}
+
+void FInputRouter::CloseToolTip()
+{
+	ToolTips.Close(Pointer);
 }
 
 void FInputRouter::OnMouseLeave()
@@ -502,7 +397,7 @@ bool FInputRouter::SetFocus(const TSharedPtr<SWidget>& Widget, EFocusCause Cause
 	if (Target)
 	{
 		// What a modal window covers stays without the keyboard, whoever asks for it meanwhile.
-		const TSharedRef<SWidget> Root = GetRootOf(Target.ToSharedRef());
+		const TSharedRef<SWidget> Root = FEventPath::GetRootOf(Target.ToSharedRef());
 		if (Layers.IsLayerRoot(Root.Get()) && !Layers.TakesKeyboard(Root.Get()))
 		{
 			return false;
@@ -536,7 +431,7 @@ bool FInputRouter::SetFocus(const TSharedPtr<SWidget>& Widget, EFocusCause Cause
 bool FInputRouter::FocusFirstBelow(const TSharedRef<SWidget>& Root)
 {
 	TArray<TSharedRef<SWidget>> All;
-	CollectFocusable(Root, All);
+	FEventPath::CollectFocusable(Root, All);
 	return All.Num() > 0 && SetFocus(All[0], EFocusCause::Navigation);
 }
 
@@ -563,7 +458,7 @@ void FInputRouter::MoveFocusByTab(bool bBackward)
 		}
 	}
 	TArray<TSharedRef<SWidget>> All;
-	CollectFocusable(Root, All);
+	FEventPath::CollectFocusable(Root, All);
 	if (All.Num() == 0)
 	{
 		return;
@@ -584,59 +479,29 @@ void FInputRouter::MoveFocusByTab(bool bBackward)
 	FHostFocus::Get().bShowRing = true;
 }
 
-void FInputRouter::CloseToolTip()
+FEventPath FInputRouter::GetPointerPath() const
 {
-	ToolTipOwner.Reset();
-	RestSince = -1.0;
-	Layers.SetToolTip(nullptr, Pointer);
+	const TSharedPtr<SWidget> Captor = FHostFocus::Get().MouseCaptor.Pin();
+	return Captor ? FEventPath::To(Captor) : GetPathUnder(Pointer);
 }
 
-void FInputRouter::UpdateToolTip(double Now)
+EMouseCursor::Type FInputRouter::QueryCursor() const
 {
-	const bool bMayShow = bPointerInside && !bLeftDown && RestSince >= 0.0;
-	TSharedPtr<SWidget> Owner;
-	if (bMayShow)
+	if (!bPointerInside)
 	{
-		for (int32 Index = Hovered.Num() - 1; Index >= 0 && !Owner; --Index)
+		return EMouseCursor::Default;
+	}
+	const FEventPath Path = GetPointerPath();
+	const FPointerEvent Event = MakePointerEvent(FKey());
+	for (int32 Index = Path.EnabledCount - 1; Index >= 0; --Index)
+	{
+		const FCursorReply Reply = Path.Widgets[Index].Widget->OnCursorQuery(Path.Widgets[Index].Geometry, Event);
+		if (Reply.IsEventHandled())
 		{
-			const TSharedPtr<SWidget> Widget = Hovered[Index].Pin();
-			if (Widget && ((Widget->GetToolTip() && Widget->GetToolTip()->HasContent()) || !Widget->GetToolTipText().IsEmpty()))
-			{
-				Owner = Widget;
-			}
+			return Reply.GetCursorType();
 		}
 	}
-	if (Layers.HasToolTip())
-	{
-		if (!Owner || !ToolTipOwner.HasSameObject(Owner.Get()))
-		{
-			Layers.SetToolTip(nullptr, Pointer);
-			ToolTipOwner.Reset();
-			bActivity = true;
-		}
-		return;
-	}
-	if (Owner && Now - RestSince < ToolTipDelaySeconds)
-	{
-		FHostSleep::RequestFrameAt(RestSince + ToolTipDelaySeconds);
-	}
-	else if (Owner)
-	{
-		TSharedPtr<IToolTip> ToolTip = Owner->GetToolTip();
-		if (!ToolTip)
-		{
-			const TWeakPtr<SWidget> WeakOwner = Owner;
-			ToolTip = SNew(SToolTip).Text_Lambda(
-				[WeakOwner]()
-				{
-					const TSharedPtr<SWidget> Pinned = WeakOwner.Pin();
-					return Pinned ? Pinned->GetToolTipText() : FText::GetEmpty();
-				});
-		}
-		ToolTipOwner = Owner;
-		Layers.SetToolTip(ToolTip->AsWidget(), Pointer, Owner);
-		bActivity = true;
-	}
+	return EMouseCursor::Default;
 }
 
 // After layout, since widgets move under a pointer that rests.
@@ -647,24 +512,12 @@ void FInputRouter::Update(double Now)
 		// What moved under the resting pointer looks otherwise now.
 		bActivity = true;
 	}
-	UpdateToolTip(Now);
-
-	EMouseCursor::Type Wanted = EMouseCursor::Default;
-	if (bPointerInside)
+	if (ToolTips.Update(Now, Hovered, Pointer, bPointerInside && !bLeftDown))
 	{
-		const TSharedPtr<SWidget> Captor = FHostFocus::Get().MouseCaptor.Pin();
-		const FEventPath Path = Captor ? MakePathTo(Captor) : GetPathUnder(Pointer);
-		const FPointerEvent Event = MakePointerEvent(FKey());
-		for (int32 Index = Path.EnabledCount - 1; Index >= 0; --Index)
-		{
-			const FCursorReply Reply = Path.Widgets[Index].Widget->OnCursorQuery(Path.Widgets[Index].Geometry, Event);
-			if (Reply.IsEventHandled())
-			{
-				Wanted = Reply.GetCursorType();
-				break;
-			}
-		}
+		bActivity = true;
 	}
+
+	const EMouseCursor::Type Wanted = QueryCursor();
 	if (Wanted != LastCursor)
 	{
 		LastCursor = Wanted;

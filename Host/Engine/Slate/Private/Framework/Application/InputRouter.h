@@ -1,20 +1,10 @@
 #pragma once
 
-#include "CoreMinimal.h"
+#include "EventPath.h"
 #include "Host/HostWindow.h"
-#include "Layout/ArrangedWidget.h"
-#include "Widgets/SWidget.h"
+#include "ToolTipDelay.h"
 
 class FLayerStack;
-
-/** Widgets from a layer's root to the one that an event is for, with their places. Holds them all alive. */
-struct FEventPath
-{
-	TArray<FArrangedWidget> Widgets;
-	/** Index of the first widget that is disabled; input stops before it. Widgets.Num() when none is. */
-	int32 EnabledCount = 0;
-	bool IsEmpty() const { return Widgets.Num() == 0; }
-};
 
 /** Turns what the platform tells into calls on widgets: hover, press, wheel, keys, text, focus moves, tooltips. */
 class FInputRouter : public IHostMessageHandler
@@ -56,7 +46,11 @@ public:
 	bool bExitRequested = false;
 
 private:
-	FEventPath MakePathTo(const TSharedPtr<SWidget>& Widget) const;
+	/** To what holds the mouse, else to what lies under the pointer. */
+	FEventPath GetPointerPath() const;
+	EMouseCursor::Type QueryCursor() const;
+	/** Notes a press. @return Whether it makes a double click with the one before. */
+	bool TakeDoublePress(const FKey& Button, const FVector2D& Position);
 	FEventPath GetFocusPath() const;
 	/** The focused widget, unless it has left the window or lies below a modal one. */
 	TSharedPtr<SWidget> GetReachableFocus() const;
@@ -68,12 +62,12 @@ private:
 	FPointerEvent MakePointerEvent(const FKey& Button, const FVector2D& Wheel = FVector2D(0, 0)) const;
 	/** True when the press has done its work with that. */
 	bool DismissPopupsOutside(const FVector2D& Position);
-	void UpdateToolTip(double Now);
 	template <typename EventType>
 	FReply Bubble(const FEventPath& Path, FReply (SWidget::*Handler)(const FGeometry&, const EventType&), const EventType& Event);
 
 	FLayerStack& Layers;
 	IHostWindow& Window;
+	FToolTipDelay ToolTips;
 	TArray<TWeakPtr<SWidget>> Hovered;
 	FModifierKeysState Modifiers;
 	FVector2D Pointer = FVector2D(-1, -1);
@@ -88,7 +82,4 @@ private:
 	bool bTextInputOpen = false;
 	FSlateRect LastCaretArea;
 	EMouseCursor::Type LastCursor = EMouseCursor::Default;
-	/** Since when the pointer rests where it is; below zero while tooltips wait for it to move. */
-	double RestSince = -1.0;
-	TWeakPtr<SWidget> ToolTipOwner;
 };

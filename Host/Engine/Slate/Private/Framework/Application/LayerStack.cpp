@@ -46,80 +46,82 @@ void FPopup::Dismiss()
 	}
 }
 
+namespace
+{
+	/** Where a popup of a size would stand beside its anchor, were there room. */
+	struct FPopupPlace
+	{
+		float X = 0.0f;
+		float Y = 0.0f;
+		/** Above or below its anchor, so that the other side may do as well. */
+		bool bVertical = true;
+	};
+
+	FPopupPlace GetWantedPlace(const FSlateRect& Anchor, float Width, float Height, EMenuPlacement Placement)
+	{
+		const float Middle = (Anchor.Left + Anchor.Right - Width) * 0.5f;
+		const float Below = Anchor.Bottom + PopupGap;
+		const float Above = Anchor.Top - PopupGap - Height;
+		switch (Placement)
+		{
+		case MenuPlacement_CenteredBelowAnchor:
+			return { Middle, Below, true };
+		case MenuPlacement_BelowRightAnchor:
+		case MenuPlacement_ComboBoxRight:
+			return { Anchor.Right - Width, Below, true };
+		case MenuPlacement_AboveAnchor:
+			return { Anchor.Left, Above, true };
+		case MenuPlacement_CenteredAboveAnchor:
+			return { Middle, Above, true };
+		case MenuPlacement_AboveRightAnchor:
+			return { Anchor.Right - Width, Above, true };
+		case MenuPlacement_MenuRight:
+			return { Anchor.Right + PopupGap, Anchor.Top, false };
+		case MenuPlacement_MenuLeft:
+			return { Anchor.Left - PopupGap - Width, Anchor.Top, false };
+		case MenuPlacement_Center:
+		case MenuPlacement_RightLeftCenter:
+			return { Middle, (Anchor.Top + Anchor.Bottom - Height) * 0.5f, false };
+		case MenuPlacement_MatchBottomLeft:
+			return { Anchor.Left, Anchor.Bottom - Height, false };
+		case MenuPlacement_BelowAnchor:
+		case MenuPlacement_ComboBox:
+			break;
+		}
+		return { Anchor.Left, Below, true };
+	}
+}
+
 FSlateRect FPopup::PlacePopup(const FSlateRect& Anchor, const FVector2D& PopupSize, EMenuPlacement Placement, const FVector2D& WindowSize)
 {
 	const float Width = static_cast<float>(PopupSize.X);
 	const float Height = static_cast<float>(PopupSize.Y);
 	const float WindowWidth = static_cast<float>(WindowSize.X);
 	const float WindowHeight = static_cast<float>(WindowSize.Y);
-	const float Middle = (Anchor.Left + Anchor.Right - Width) * 0.5f;
+
+	// 1. As asked for.
+	FPopupPlace Place = GetWantedPlace(Anchor, Width, Height, Placement);
+
+	// 2. On the other side when there is no room here but there is over there.
 	const float Below = Anchor.Bottom + PopupGap;
 	const float Above = Anchor.Top - PopupGap - Height;
-	float X = Anchor.Left;
-	float Y = Below;
-	bool bVertical = true;
-	switch (Placement)
+	const float LeftOf = Anchor.Left - PopupGap - Width;
+	if (Place.bVertical && Place.Y == Below && Below + Height > WindowHeight && Above >= 0.0f)
 	{
-	case MenuPlacement_CenteredBelowAnchor:
-		X = Middle;
-		break;
-	case MenuPlacement_BelowRightAnchor:
-	case MenuPlacement_ComboBoxRight:
-		X = Anchor.Right - Width;
-		break;
-	case MenuPlacement_AboveAnchor:
-		Y = Above;
-		break;
-	case MenuPlacement_CenteredAboveAnchor:
-		X = Middle;
-		Y = Above;
-		break;
-	case MenuPlacement_AboveRightAnchor:
-		X = Anchor.Right - Width;
-		Y = Above;
-		break;
-	case MenuPlacement_MenuRight:
-		X = Anchor.Right + PopupGap;
-		Y = Anchor.Top;
-		bVertical = false;
-		break;
-	case MenuPlacement_MenuLeft:
-		X = Anchor.Left - PopupGap - Width;
-		Y = Anchor.Top;
-		bVertical = false;
-		break;
-	case MenuPlacement_Center:
-	case MenuPlacement_RightLeftCenter:
-		X = Middle;
-		Y = (Anchor.Top + Anchor.Bottom - Height) * 0.5f;
-		bVertical = false;
-		break;
-	case MenuPlacement_MatchBottomLeft:
-		Y = Anchor.Bottom - Height;
-		bVertical = false;
-		break;
-	case MenuPlacement_BelowAnchor:
-	case MenuPlacement_ComboBox:
-		break;
+		Place.Y = Above;
 	}
-	// The other side when there is no room here but there is over there; then inside at any price.
-	if (bVertical)
+	else if (Place.bVertical && Place.Y == Above && Above < 0.0f && Below + Height <= WindowHeight)
 	{
-		if (Y == Below && Y + Height > WindowHeight && Above >= 0.0f)
-		{
-			Y = Above;
-		}
-		else if (Y == Above && Y < 0.0f && Below + Height <= WindowHeight)
-		{
-			Y = Below;
-		}
+		Place.Y = Below;
 	}
-	else if (Placement == MenuPlacement_MenuRight && X + Width > WindowWidth && Anchor.Left - PopupGap - Width >= 0.0f)
+	else if (Placement == MenuPlacement_MenuRight && Place.X + Width > WindowWidth && LeftOf >= 0.0f)
 	{
-		X = Anchor.Left - PopupGap - Width;
+		Place.X = LeftOf;
 	}
-	X = FMath::Max(FMath::Min(X, WindowWidth - Width), 0.0f);
-	Y = FMath::Max(FMath::Min(Y, WindowHeight - Height), 0.0f);
+
+	// 3. Inside the window at any price: what cannot be seen cannot be picked.
+	const float X = FMath::Max(FMath::Min(Place.X, WindowWidth - Width), 0.0f);
+	const float Y = FMath::Max(FMath::Min(Place.Y, WindowHeight - Height), 0.0f);
 	return FSlateRect(X, Y, X + FMath::Min(Width, WindowWidth), Y + FMath::Min(Height, WindowHeight));
 }
 

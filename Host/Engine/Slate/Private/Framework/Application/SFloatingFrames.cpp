@@ -24,6 +24,51 @@ namespace
 		static const FSlateRoundedBoxBrush Brush(FAppStyle::GetColor(TEXT("Colors.Bar")), FVector4(BarRadius, BarRadius, 0.0, 0.0));
 		return Brush;
 	}
+
+	/** Title and cross of a window. Holds the window weakly: the bar is a part of what the window's frame owns. */
+	TSharedRef<SWidget> MakeTitleBar(const TWeakPtr<SWindow>& WeakWindow)
+	{
+		// clang-format off
+		return SNew(SHorizontalBox)
+			+ SHorizontalBox::Slot()
+			.FillWidth(1.0f)
+			.VAlign(VAlign_Center)
+			.Padding(16.0f, 0.0f)
+			[
+				SNew(STextBlock)
+				.Text_Lambda([WeakWindow]()
+				{
+					const TSharedPtr<SWindow> Pinned = WeakWindow.Pin();
+					return Pinned ? Pinned->GetTitle() : FText::GetEmpty();
+				})
+				.TextStyle(FAppStyle::Get(), TEXT("NormalText.Important"))
+			]
+			+ SHorizontalBox::Slot()
+			.AutoWidth()
+			.VAlign(VAlign_Center)
+			.Padding(4.0f, 0.0f)
+			[
+				SNew(SButton)
+				.Tag(TEXT("CloseWindow"))
+				.ButtonStyle(FAppStyle::Get(), TEXT("SimpleButton"))
+				.ContentPadding(FMargin(6.0f))
+				.OnClicked_Lambda([WeakWindow]()
+				{
+					if (const TSharedPtr<SWindow> Pinned = WeakWindow.Pin())
+					{
+						Pinned->RequestDestroyWindow();
+					}
+					return FReply::Handled();
+				})
+				[
+					SNew(SImage)
+					.Image(FAppStyle::GetBrush(TEXT("Icons.X")))
+					.DesiredSizeOverride(FVector2D(12.0, 12.0))
+					.ColorAndOpacity(FAppStyle::GetColor(TEXT("Colors.ForegroundSubdued")))
+				]
+			];
+		// clang-format on
+	}
 }
 
 void SPopupFrame::Construct(const FArguments& InArgs)
@@ -56,7 +101,6 @@ void SWindowFrame::Construct(const FArguments& InArgs, const TSharedRef<SWindow>
 	Window = InWindow;
 	bModal = bInModal;
 	const FVector2D Client = InWindow->GetClientSize();
-	const TWeakPtr<SWindow> WeakWindow = InWindow;
 	// clang-format off
 	ChildSlot
 	.HAlign(HAlign_Center)
@@ -77,44 +121,7 @@ void SWindowFrame::Construct(const FArguments& InArgs, const TSharedRef<SWindow>
 					SNew(SBox)
 					.HeightOverride(TitleBarHeight)
 					[
-					SNew(SHorizontalBox)
-					+ SHorizontalBox::Slot()
-					.FillWidth(1.0f)
-					.VAlign(VAlign_Center)
-					.Padding(16.0f, 0.0f)
-					[
-						SNew(STextBlock)
-						.Text_Lambda([WeakWindow]()
-						{
-							const TSharedPtr<SWindow> Pinned = WeakWindow.Pin();
-							return Pinned ? Pinned->GetTitle() : FText::GetEmpty();
-						})
-						.TextStyle(FAppStyle::Get(), TEXT("NormalText.Important"))
-					]
-					+ SHorizontalBox::Slot()
-					.AutoWidth()
-					.VAlign(VAlign_Center)
-					.Padding(4.0f, 0.0f)
-					[
-						SNew(SButton)
-						.Tag(TEXT("CloseWindow"))
-						.ButtonStyle(FAppStyle::Get(), TEXT("SimpleButton"))
-						.ContentPadding(FMargin(6.0f))
-						.OnClicked_Lambda([WeakWindow]()
-						{
-							if (const TSharedPtr<SWindow> Pinned = WeakWindow.Pin())
-							{
-								Pinned->RequestDestroyWindow();
-							}
-							return FReply::Handled();
-						})
-						[
-							SNew(SImage)
-							.Image(FAppStyle::GetBrush(TEXT("Icons.X")))
-							.DesiredSizeOverride(FVector2D(12.0, 12.0))
-							.ColorAndOpacity(FAppStyle::GetColor(TEXT("Colors.ForegroundSubdued")))
-						]
-					]
+						MakeTitleBar(InWindow)
 					]
 				]
 			]

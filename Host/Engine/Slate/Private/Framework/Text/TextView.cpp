@@ -1,7 +1,5 @@
 #include "Framework/Text/TextView.h"
 
-#include "Framework/Text/TextBreaks.h"
-
 // The scroll position and everything that depends on it. It is kept as a block and a distance into it, and each step
 // over blocks lays the next one out; so scrolling costs what comes into view, in a text of any length.
 //
@@ -13,42 +11,22 @@ namespace
 	/** A text up to these is laid out whole for its size; a longer one is far taller than any box. */
 	constexpr int32 SmallTextLines = 200;
 	constexpr int64 SmallTextUnits = 20000;
-	/** Laid-out paragraphs are forgotten beyond this number. */
-	constexpr int32 MaxShapedSegments = 1024;
-	/** How far before its limit a long line may be cut to find a blank. */
-	constexpr int32 SegmentCutSearch = 128;
 }
 
 FTextView::FTextView(const FTextDocument& InDocument)
-	: Document(InDocument)
+	: FTextViewLines(InDocument)
 {
-	ResetAll();
 }
 
 void FTextView::NoteLinesChanged(int32 First, int32 Removed, int32 Added)
 {
-	if (First == 0 && Removed == Entries.Num())
+	// 1. The scroll position stays with the line that it is in, and goes to what took its place when that line is gone.
+	const bool bAllNew = First == 0 && Removed == GetLineCount();
+	if (bAllNew)
 	{
-		ScrollBlock.Line = FMath::Min(ScrollBlock.Line, Added - 1);
-		ScrollBlock.Segment = 0;
-		ResetAll();
-		return;
+		ScrollBlock = { FMath::Min(ScrollBlock.Line, Added - 1), 0 };
 	}
-	const int32 Common = FMath::Min(Removed, Added);
-	if (Added > Removed)
-	{
-		Entries.InsertDefaulted(First + Common, Added - Removed);
-	}
-	else if (Removed > Added)
-	{
-		Entries.RemoveAt(First + Common, Removed - Added);
-	}
-	for (int32 Line = First; Line < First + Added; ++Line)
-	{
-		ResetLine(Line);
-	}
-	ForgetTops(First);
-	if (ScrollBlock.Line >= First + Removed)
+	else if (ScrollBlock.Line >= First + Removed)
 	{
 		ScrollBlock.Line += Added - Removed;
 	}
@@ -57,59 +35,8 @@ void FTextView::NoteLinesChanged(int32 First, int32 Removed, int32 Added)
 		ScrollBlock = { First + Added - 1, 0 };
 		ScrollDistance = 0.0f;
 	}
-	if (WrapWidth <= 0.0f)
-	{
-		WidestRow = 0.0f;
-		for (const FLineEntry& Entry : Entries)
-		{
-			for (int32 Index = 0; Entry.Segments && Index < Entry.Segments->Num(); ++Index)
-			{
-				const FSegment& Segment = (*Entry.Segments)[Index];
-				WidestRow = Segment.Paragraph ? FMath::Max(WidestRow, Segment.Paragraph->GetSize().X) : WidestRow;
-			}
-		}
-	}
-}
-
-void FTextView::SetFont(const FSlateFontInfo& InFont, float InScale)
-{
-	if (Font == InFont && Scale == InScale)
-	{
-		return;
-	}
-	Font = InFont;
-	Scale = InScale;
-	Metrics = ITextShaper::Get().GetLineMetrics(Font, Scale);
-	UnitWidth = 0.0f;
-	ResetAll();
-}
-
-void FTextView::SetWrapWidth(float Width)
-{
-	Width = FMath::Max(Width, 0.0f);
-	if (WrapWidth == Width)
-	{
-		return;
-	}
-	WrapWidth = Width;
-	WidestRow = 0.0f;
-	for (int32 Line = 0; Line < Entries.Num(); ++Line)
-	{
-		FLineEntry& Entry = Entries[Line];
-		if (!Entry.Segments)
-		{
-			Entry.Height = EstimateHeight(GetShownLength(Line));
-			continue;
-		}
-		Entry.Height = 0.0f;
-		for (FSegment& Segment : *Entry.Segments)
-		{
-			Segment.bMeasured = false;
-			Segment.Height = EstimateHeight(Segment.End - Segment.Begin);
-			Entry.Height += Segment.Height;
-		}
-	}
-	ForgetTops(0);
+	// 2. The lines themselves.
+	ChangeLines(First, Removed, Added);
 }
 
 void FTextView::SetViewSize(float Width, float Height)
@@ -118,45 +45,15 @@ void FTextView::SetViewSize(float Width, float Height)
 	ViewHeight = Height;
 }
 
-void FTextView::SetPreedit(const FTextLocation& Place, FStringView Text)
-{
-	const FTextLocation OldPlace = PreeditPlace;
-	const bool bHad = HasPreedit();
-	PreeditPlace = Place;
-	PreeditText = Text;
-	if (bHad && OldPlace.GetLineIndex() < Entries.Num())
-	{
-		ResetLine(OldPlace.GetLineIndex());
-	}
-	if (HasPreedit())
-	{
-		ResetLine(PreeditPlace.GetLineIndex());
-	}
-}
-
 double FTextView::GetContentHeight()
 {
-	return GetTop(Entries.Num());
-}
-
-float FTextView::GetUnwrappedWidth()
-{
-	float Width = 0.0f;
-	for (const FLineEntry& Entry : Entries)
-	{
-		for (int32 Index = 0; Entry.Segments && Index < Entry.Segments->Num(); ++Index)
-		{
-			const FSegment& Segment = (*Entry.Segments)[Index];
-			Width = Segment.Paragraph ? FMath::Max(Width, Segment.Paragraph->GetUnwrappedWidth()) : Width;
-		}
-	}
-	return Width;
+	return GetTop(GetLineCount());
 }
 
 // A box that grows with its text has to know its height, and estimates would make it jump.
 void FTextView::MeasureIfSmall()
 {
-	if (Entries.Num() > SmallTextLines || Document.GetLength() > SmallTextUnits)
+	if (GetLineCount() > SmallTextLines || Document.GetLength() > SmallTextUnits)
 	{
 		return;
 	}
@@ -184,7 +81,7 @@ void FTextView::SetScrollOffset(double Offset)
 	Offset = FMath::Clamp(Offset, 0.0, FMath::Max(GetContentHeight() - ViewHeight, 0.0));
 	// The last line whose top is not behind the offset.
 	int32 Low = 0;
-	int32 High = Entries.Num() - 1;
+	int32 High = GetLineCount() - 1;
 	while (Low < High)
 	{
 		const int32 Middle = (Low + High + 1) / 2;
@@ -252,7 +149,7 @@ void FTextView::ScrollToShow(const FTextCaretPlace& Place, float CaretWidth)
 
 void FTextView::ScrollToLine(int32 Line)
 {
-	ScrollBlock = { FMath::Clamp(Line, 0, Entries.Num() - 1), 0 };
+	ScrollBlock = { FMath::Clamp(Line, 0, GetLineCount() - 1), 0 };
 	ScrollDistance = 0.0f;
 	ClampScroll();
 }
@@ -260,7 +157,7 @@ void FTextView::ScrollToLine(int32 Line)
 // No room stays empty below the end while something is hidden above.
 void FTextView::ClampScroll()
 {
-	ScrollBlock.Line = FMath::Clamp(ScrollBlock.Line, 0, Entries.Num() - 1);
+	ScrollBlock.Line = FMath::Clamp(ScrollBlock.Line, 0, GetLineCount() - 1);
 	ScrollBlock.Segment = FMath::Clamp(ScrollBlock.Segment, 0, GetSegments(ScrollBlock.Line).Num() - 1);
 	ScrollDistance = FMath::Clamp(ScrollDistance, 0.0f, Shape(ScrollBlock).Height);
 	float Filled = -ScrollDistance;
@@ -467,232 +364,12 @@ void FTextView::ForEachRow(TFunctionRef<void(const FTextRow&)> Visit)
 			}
 			Row.Begin = Segment.Begin + Line.BeginIndex;
 			Row.End = Segment.Begin + (Row.Row + 1 < RowCount ? Line.EndIndex : Segment.End - Segment.Begin);
-			Row.bEndsLine = bLastSegment && Row.Row + 1 == RowCount && Row.Block.Line + 1 < Entries.Num();
+			Row.bEndsLine = bLastSegment && Row.Row + 1 == RowCount && Row.Block.Line + 1 < GetLineCount();
 			Visit(Row);
 		}
 		Top += Segment.Height;
 	} while (Top < ViewHeight && StepBlock(Row.Block, 1));
-	if (ShapedSegments > MaxShapedSegments)
-	{
-		ForgetFarParagraphs(ScrollBlock.Line, Row.Block.Line);
-	}
-}
-
-int32 FTextView::CountShapedLines() const
-{
-	int32 Count = 0;
-	for (const FLineEntry& Entry : Entries)
-	{
-		Count += Entry.Segments && Entry.Segments->ContainsByPredicate([](const FSegment& Segment) { return Segment.Paragraph.IsValid(); })
-			? 1
-			: 0;
-	}
-	return Count;
-}
-
-int32 FTextView::ToShown(const FTextLocation& Location) const
-{
-	const bool bBehind =
-		HasPreedit() && Location.GetLineIndex() == PreeditPlace.GetLineIndex() && Location.GetOffset() > PreeditPlace.GetOffset();
-	return Location.GetOffset() + (bBehind ? PreeditText.Len() : 0);
-}
-
-FTextLocation FTextView::FromShown(int32 Line, int32 Shown) const
-{
-	if (HasPreedit() && Line == PreeditPlace.GetLineIndex() && Shown > PreeditPlace.GetOffset())
-	{
-		return FTextLocation(Line, FMath::Max(Shown - PreeditText.Len(), PreeditPlace.GetOffset()));
-	}
-	return FTextLocation(Line, Shown);
-}
-
-int32 FTextView::GetShownLength(int32 Line) const
-{
-	return Document.GetLineLength(Line) + (HasPreedit() && Line == PreeditPlace.GetLineIndex() ? PreeditText.Len() : 0);
-}
-
-FString FTextView::MakeShownText(int32 Line, int32 Begin, int32 End) const
-{
-	if (HasPreedit() && Line == PreeditPlace.GetLineIndex())
-	{
-		FString Whole = Document.GetLine(Line);
-		Whole.InsertAt(FMath::Min(PreeditPlace.GetOffset(), Whole.Len()), PreeditText);
-		return TextUnits::MakeShapeable(FStringView(Whole).Mid(Begin, End - Begin));
-	}
-	return TextUnits::MakeShapeable(FStringView(Document.GetLine(Line)).Mid(Begin, End - Begin));
-}
-
-float FTextView::EstimateHeight(int32 Units) const
-{
-	if (WrapWidth <= 0.0f || Units == 0)
-	{
-		return Metrics.LineHeight;
-	}
-	if (UnitWidth == 0.0f)
-	{
-		const FStringView Sample(TEXT("the quick brown fox jumps over it "));
-		UnitWidth = FMath::Max(ITextShaper::Get().MakeParagraph(Sample, Font, Scale)->GetUnwrappedWidth() / Sample.Len(), 1.0f);
-	}
-	return FMath::Max(FMath::CeilToFloat(static_cast<float>(Units) * UnitWidth / WrapWidth), 1.0f) * Metrics.LineHeight;
-}
-
-TArray<FTextView::FSegment>& FTextView::GetSegments(int32 Line)
-{
-	FLineEntry& Entry = Entries[Line];
-	if (Entry.Segments)
-	{
-		return *Entry.Segments;
-	}
-	Entry.Segments = MakeUnique<TArray<FSegment>>();
-	const int32 Length = GetShownLength(Line);
-	if (Length <= MaxSegment)
-	{
-		// The height stays what it was, measured or estimated, until the paragraph is made.
-		Entry.Segments->Add({ 0, Length, Entry.Height, false, nullptr });
-		return *Entry.Segments;
-	}
-	FString Copy;
-	if (HasPreedit() && Line == PreeditPlace.GetLineIndex())
-	{
-		Copy = MakeShownText(Line, 0, Length);
-	}
-	const FStringView Shown = Copy.IsEmpty() ? FStringView(Document.GetLine(Line)) : FStringView(Copy);
-	float Height = 0.0f;
-	for (int32 Begin = 0; Begin < Length;)
-	{
-		int32 End = FMath::Min(Begin + MaxSegment, Length);
-		if (End < Length)
-		{
-			int32 Blank = End;
-			while (Blank > End - SegmentCutSearch && Shown[Blank - 1] != TEXT(' '))
-			{
-				--Blank;
-			}
-			End = Blank > End - SegmentCutSearch ? Blank : End - (TextUnits::IsInsidePair(Shown, End) ? 1 : 0);
-		}
-		Entry.Segments->Add({ Begin, End, EstimateHeight(End - Begin), false, nullptr });
-		Height += Entry.Segments->Last().Height;
-		Begin = End;
-	}
-	Entry.Height = Height;
-	ForgetTops(Line + 1);
-	return *Entry.Segments;
-}
-
-FTextView::FSegment& FTextView::Shape(const FTextViewBlock& Block)
-{
-	FSegment& Segment = GetSegments(Block.Line)[Block.Segment];
-	if (!Segment.Paragraph)
-	{
-		Segment.Paragraph = ITextShaper::Get().MakeParagraph(MakeShownText(Block.Line, Segment.Begin, Segment.End), Font, Scale);
-		Segment.bMeasured = false;
-		++ShapedSegments;
-	}
-	if (!Segment.bMeasured)
-	{
-		Segment.Paragraph->Wrap(WrapWidth);
-		Segment.bMeasured = true;
-		const FVector2f Size = Segment.Paragraph->GetSize();
-		WidestRow = FMath::Max(WidestRow, Size.X);
-		if (Size.Y != Segment.Height)
-		{
-			Entries[Block.Line].Height += Size.Y - Segment.Height;
-			Segment.Height = Size.Y;
-			ForgetTops(Block.Line + 1);
-		}
-	}
-	return Segment;
-}
-
-void FTextView::ResetLine(int32 Line)
-{
-	FLineEntry& Entry = Entries[Line];
-	const bool bKeepHeight = Entry.Segments && Entry.Segments->Num() == 1 && GetShownLength(Line) <= MaxSegment;
-	if (Entry.Segments)
-	{
-		for (const FSegment& Segment : *Entry.Segments)
-		{
-			ShapedSegments -= Segment.Paragraph ? 1 : 0;
-		}
-		Entry.Segments.Reset();
-	}
-	// An edited line is most likely as high as before.
-	Entry.Height = bKeepHeight ? Entry.Height : EstimateHeight(GetShownLength(Line));
-	ForgetTops(Line + 1);
-}
-
-void FTextView::ResetAll()
-{
-	Entries.Empty();
-	Entries.AddDefaulted(Document.GetLineCount());
-	for (int32 Line = 0; Line < Entries.Num(); ++Line)
-	{
-		Entries[Line].Height = EstimateHeight(GetShownLength(Line));
-	}
-	ForgetTops(0);
-	ShapedSegments = 0;
-	WidestRow = 0.0f;
-}
-
-double FTextView::GetTop(int32 Line)
-{
-	Tops.SetNum(Entries.Num() + 1);
-	if (ValidTops == 0)
-	{
-		Tops[0] = 0.0;
-		ValidTops = 1;
-	}
-	ValidTops = FMath::Min(ValidTops, Tops.Num());
-	for (; ValidTops <= Line; ++ValidTops)
-	{
-		Tops[ValidTops] = Tops[ValidTops - 1] + Entries[ValidTops - 1].Height;
-	}
-	return Tops[Line];
-}
-
-bool FTextView::StepBlock(FTextViewBlock& Block, int32 Direction)
-{
-	const int32 Segment = Block.Segment + Direction;
-	if (Segment >= 0 && Segment < GetSegments(Block.Line).Num())
-	{
-		Block.Segment = Segment;
-		return true;
-	}
-	const int32 Line = Block.Line + Direction;
-	if (Line < 0 || Line >= Entries.Num())
-	{
-		return false;
-	}
-	Block.Line = Line;
-	Block.Segment = Direction > 0 ? 0 : GetSegments(Line).Num() - 1;
-	return true;
-}
-
-void FTextView::ForgetFarParagraphs(int32 FirstLine, int32 LastLine)
-{
-	ShapedSegments = 0;
-	for (int32 Line = 0; Line < Entries.Num(); ++Line)
-	{
-		FLineEntry& Entry = Entries[Line];
-		if (!Entry.Segments)
-		{
-			continue;
-		}
-		const bool bNear = Line >= FirstLine && Line <= LastLine;
-		if (!bNear && Entry.Segments->Num() == 1)
-		{
-			Entry.Segments.Reset();
-			continue;
-		}
-		for (FSegment& Segment : *Entry.Segments)
-		{
-			if (!bNear)
-			{
-				Segment.Paragraph.Reset();
-			}
-			ShapedSegments += Segment.Paragraph ? 1 : 0;
-		}
-	}
+	ForgetFarParagraphs(ScrollBlock.Line, Row.Block.Line);
 }
 
 // A hit after the last letter of a wrapped row is the end of that row.

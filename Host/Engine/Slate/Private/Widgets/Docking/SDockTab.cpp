@@ -67,22 +67,29 @@ void SDockTab::Construct(const FArguments& InArgs)
 			.VAlign(VAlign_Center)
 			.Padding(DockTabGap, 0.0f, 0.0f, 0.0f)
 			[
-				SAssignNew(CloseButton, SButton)
-				.Tag(TEXT("CloseTab"))
-				.ToolTipText(NSLOCTEXT("HostDock", "CloseTab", "Close tab"))
-				.ButtonStyle(FAppStyle::Get(), TEXT("SimpleButton"))
-				.ContentPadding(FMargin(2.0f))
-				.IsFocusable(false)
-				.OnClicked(this, &SDockTab::OnCloseClicked)
-				[
-					SNew(SImage)
-					.Image(FAppStyle::GetBrush(TEXT("Icons.X")))
-					.DesiredSizeOverride(FVector2D(DockTabCloseSize, DockTabCloseSize))
-					.ColorAndOpacity(this, &SDockTab::GetIconColor)
-				]
+				MakeCloseButton()
 			]
 		]
 	];
+	// clang-format on
+}
+
+TSharedRef<SWidget> SDockTab::MakeCloseButton()
+{
+	// clang-format off
+	return SAssignNew(CloseButton, SButton)
+		.Tag(TEXT("CloseTab"))
+		.ToolTipText(NSLOCTEXT("HostDock", "CloseTab", "Close tab"))
+		.ButtonStyle(FAppStyle::Get(), TEXT("SimpleButton"))
+		.ContentPadding(FMargin(2.0f))
+		.IsFocusable(false)
+		.OnClicked(this, &SDockTab::OnCloseClicked)
+		[
+			SNew(SImage)
+			.Image(FAppStyle::GetBrush(TEXT("Icons.X")))
+			.DesiredSizeOverride(FVector2D(DockTabCloseSize, DockTabCloseSize))
+			.ColorAndOpacity(this, &SDockTab::GetIconColor)
+		];
 	// clang-format on
 }
 

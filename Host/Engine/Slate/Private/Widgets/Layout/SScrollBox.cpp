@@ -1,10 +1,9 @@
 #include "Widgets/Layout/SScrollBox.h"
 
 #include "Framework/Application/SlateApplication.h"
+#include "DescendantView.h"
 #include "Layout/LayoutUtils.h"
 #include "Widgets/SBoxPanel.h"
-
-#include <algorithm>
 
 // A box that scrolls long content without anything in view jumping. Content is measured late: rows out of view keep the
 // length they had, and turn out longer or shorter when they come in. So the offset is not what is kept in place. What is
@@ -114,16 +113,13 @@ bool SScrollBox::IsHoldFresh() const
 
 int32 SScrollBox::FindFirstInView() const
 {
-	// Starts[i + 1] is where child i ends.
-	const double* First = Starts.GetData();
-	const int32 Count = FMath::Max(Starts.Num() - 1, 0);
-	return Count > 0 ? static_cast<int32>(std::upper_bound(First + 1, First + 1 + Count, Offset) - (First + 1)) : 0;
+	return Kept.FindEndingAfter(Offset);
 }
 
 // The widget is kept beside its index: children may come before it.
 void SScrollBox::PickAnchor(int32 Index) const
 {
-	if (Index < 0 || Index >= Slots.Num() || Index + 1 >= Starts.Num())
+	if (Index < 0 || Index >= Slots.Num() || Index >= Kept.NumPlaced())
 	{
 		AnchorIndex = INDEX_NONE;
 		AnchorWidget.Reset();
@@ -134,7 +130,7 @@ void SScrollBox::PickAnchor(int32 Index) const
 		AnchorIndex = Index;
 		AnchorWidget = Slots.GetChildAt(Index);
 	}
-	AnchorDistance = Starts[Index] - Offset;
+	AnchorDistance = Kept.GetStart(Index) - Offset;
 }
 
 // Nearly always where it was; otherwise it is looked for among all.
@@ -179,44 +175,38 @@ void SScrollBox::PrepassChildren(float LayoutScale, bool bOwnChange)
 	}
 	else
 	{
-		for (const int32 Index : Watch.TakeChanged())
+		for (const int32 Index : Kept.Watch.TakeChanged())
 		{
 			if (!MeasureChild(Index, LayoutScale))
 			{
 				return;
 			}
-			Watch.SetBound(Index, Kids[Index]->HasSizeBindings());
+			Kept.Watch.SetBound(Index, Kids[Index]->HasSizeBindings());
 		}
 	}
-	for (int32 Index = ShownBegin; Index < FMath::Min(ShownEnd, Kids.Num()); ++Index)
+	for (int32 Index = Kept.GetShownBegin(); Index < FMath::Min(Kept.GetShownEnd(), Kids.Num()); ++Index)
 	{
 		if (!MeasureChild(Index, LayoutScale))
 		{
 			return;
 		}
 	}
-	Watch.MeasureInTurn(
-		ShownBegin, ShownEnd, bMeasureEverything, [this, LayoutScale](int32 Index) { return MeasureChild(Index, LayoutScale); });
+	Kept.MeasureInTurn(bMeasureEverything, [this, LayoutScale](int32 Index) { return MeasureChild(Index, LayoutScale); });
 }
 
 bool SScrollBox::TakeChildren(float LayoutScale)
 {
 	const int32 Count = Slots.Num();
-	if (Lengths.Num() != Count)
-	{
-		// Indices have moved; nothing kept says whose they were.
-		FirstChanged = 0;
-	}
+	// Numbers first: a child may report a change while its elder siblings are measured.
 	Kids.Reset(Count);
-	Lengths.SetNum(Count);
-	Acrosses.SetNum(Count);
-	Watch.Reset(Count);
+	Kept.SetCount(Count);
+	Kept.Watch.Reset(Count);
 	for (int32 Index = 0; Index < Count; ++Index)
 	{
 		SWidget& Child = Slots.GetChildRefAt(Index);
 		Kids.Add(&Child);
 		SetChildNumber(Child, Index);
-		Watch.SetBound(Index, Child.HasSizeBindings());
+		Kept.Watch.SetBound(Index, Child.HasSizeBindings());
 	}
 	for (int32 Index = 0; Index < Count; ++Index)
 	{
@@ -226,7 +216,7 @@ bool SScrollBox::TakeChildren(float LayoutScale)
 			{
 				return false;
 			}
-			Watch.SetBound(Index, Kids[Index]->HasSizeBindings());
+			Kept.Watch.SetBound(Index, Kids[Index]->HasSizeBindings());
 		}
 		else
 		{
@@ -241,7 +231,7 @@ void SScrollBox::OnChildChanged(SWidget& Child)
 	const int32 Index = GetChildNumber(Child);
 	if (Index >= 0 && Index < Slots.Num() && &Slots.GetChildRefAt(Index) == &Child)
 	{
-		Watch.NoteChanged(Index);
+		Kept.Watch.NoteChanged(Index);
 	}
 }
 
@@ -276,55 +266,44 @@ void SScrollBox::TakeLength(int32 Index)
 		Length = GetAlong(Size);
 		Across = GetAcross(Size);
 	}
-	if (Lengths[Index] != Length || Acrosses[Index] != Across)
-	{
-		Lengths[Index] = Length;
-		Acrosses[Index] = Across;
-		FirstChanged = FMath::Min(FirstChanged, Index);
-	}
+	Kept.Keep(Index, Length, Across);
 }
 
 void SScrollBox::UpdateStarts() const
 {
-	const int32 Count = Lengths.Num();
-	const bool bOtherCount = Starts.Num() != Count + 1;
+	// 1. A hold for one frame ends; from then on what the user saw last stays in place, which the old starts tell.
 	if (Hold == EHold::Anchor && !IsHoldFresh())
 	{
 		Hold = EHold::FirstInView;
-		if (!bOtherCount)
+		if (Kept.NumPlaced() == Kept.Num())
 		{
-			// By the old starts, which are what the user saw last.
 			PickAnchor(FindFirstInView());
 		}
 	}
-	if (FirstChanged >= Count && !bOtherCount)
+
+	// 2. New starts.
+	if (!Kept.Update())
 	{
 		return;
 	}
-	Starts.SetNum(Count + 1);
-	Starts[0] = 0.0;
-	for (int32 Index = FirstChanged; Index < Count; ++Index)
-	{
-		Starts[Index + 1] = Starts[Index] + Lengths[Index];
-	}
-	FirstChanged = Count;
-	ContentAcross = Count > 0 ? *std::max_element(Acrosses.GetData(), Acrosses.GetData() + Count) : 0.0;
-	// At the very start one looks at the start, not at a child.
+
+	// 3. The offset goes along with the anchor. At the very start one looks at the start, not at a child.
 	if ((Hold == EHold::FirstInView && Offset > 0.0) || Hold == EHold::Anchor)
 	{
 		const int32 Anchor = FindAnchor();
 		if (Anchor != INDEX_NONE)
 		{
 			AnchorIndex = Anchor;
-			Offset = Starts[Anchor] - AnchorDistance;
+			Offset = Kept.GetStart(Anchor) - AnchorDistance;
 		}
 	}
 }
 
 void SScrollBox::UpdateView(const FVector2D& Size) const
 {
+	// 1. Whether there is a bar. It takes room from the children, so that they are measured again when it comes or goes.
 	ViewLength = GetAlong(Size);
-	if (Starts.Num() != Slots.Num() + 1)
+	if (Kept.NumPlaced() != Slots.Num())
 	{
 		// Children came or went since the last measuring; this measures them where they are met.
 		GetDesiredSize();
@@ -336,44 +315,46 @@ void SScrollBox::UpdateView(const FVector2D& Size) const
 		const_cast<SScrollBox*>(this)->Invalidate(EInvalidateWidgetReason::Layout);
 	}
 
+	// 2. The offset within its bounds.
 	const double End = GetEnd();
 	Offset = Hold == EHold::End ? End : FMath::Clamp(Offset, 0.0, End);
 	if (Hold == EHold::Offset && !IsHoldFresh())
 	{
 		Hold = EHold::FirstInView;
 	}
-	if (Hold == EHold::Anchor)
-	{
-		const int32 Anchor = FindAnchor();
-		if (Anchor == INDEX_NONE || Starts[Anchor + 1] <= Offset)
-		{
-			PickAnchor(FindFirstInView());
-		}
-		else if (Starts[Anchor] >= Offset + ViewLength)
-		{
-			// Scrolled up by more than a view: the last child in view lies closest to what was seen before.
-			const double* First = Starts.GetData();
-			PickAnchor(static_cast<int32>(std::lower_bound(First, First + Slots.Num(), Offset + ViewLength) - First) - 1);
-		}
-		else
-		{
-			PickAnchor(Anchor);
-		}
-	}
-	else
-	{
-		PickAnchor(FindFirstInView());
-	}
+
+	// 3. The child that keeps its place from here on.
+	UpdateAnchor();
+
+	// 4. The bar.
 	const double Length = GetContentLength();
 	Bar->SetState(Length > 0.0 ? static_cast<float>(Offset / Length) : 0.0f,
 		Length > ViewLength + ScrollTolerance ? static_cast<float>(ViewLength / Length) : 1.0f);
+}
+
+void SScrollBox::UpdateAnchor() const
+{
+	const int32 Anchor = Hold == EHold::Anchor ? FindAnchor() : INDEX_NONE;
+	if (Anchor == INDEX_NONE || Kept.GetEnd(Anchor) <= Offset)
+	{
+		PickAnchor(FindFirstInView());
+	}
+	else if (Kept.GetStart(Anchor) >= Offset + ViewLength)
+	{
+		// Scrolled up by more than a view: the last child in view lies closest to what was seen before.
+		PickAnchor(Kept.FindStartingFrom(Offset + ViewLength) - 1);
+	}
+	else
+	{
+		PickAnchor(Anchor);
+	}
 }
 
 FVector2D SScrollBox::ComputeDesiredSize(float LayoutScaleMultiplier) const
 {
 	UpdateStarts();
 	bBarMeasured = bBarShown;
-	const double Across = ContentAcross + (bBarShown ? Bar->GetRoom() : 0.0f);
+	const double Across = Kept.GetMaxAcross() + (bBarShown ? Bar->GetRoom() : 0.0f);
 	return Orientation == Orient_Vertical ? FVector2D(Across, GetContentLength()) : FVector2D(GetContentLength(), Across);
 }
 
@@ -388,9 +369,9 @@ FGeometry SScrollBox::PlaceChild(const FGeometry& AllottedGeometry, int32 Index)
 	const bool bVertical = Orientation == Orient_Vertical;
 	// Whole pixels, so that text and boxes move together.
 	const double Scale = AllottedGeometry.GetAccumulatedScale();
-	const double Along = Starts[Index] - FMath::RoundToFloat(Offset * Scale) / Scale;
+	const double Along = Kept.GetStart(Index) - FMath::RoundToFloat(Offset * Scale) / Scale;
 	const float Across = GetChildAcross(AllottedGeometry);
-	const float Length = static_cast<float>(Lengths[Index]);
+	const float Length = static_cast<float>(Kept.GetLength(Index));
 	const FSlot& Slot = Slots[Index];
 	const FVector2D& Desired = Slot.GetWidgetRef().GetDesiredSize();
 	const FMargin Padding = Slot.GetPadding();
@@ -404,15 +385,14 @@ void SScrollBox::OnArrangeChildren(const FGeometry& AllottedGeometry, FArrangedC
 {
 	const FVector2D& Size = AllottedGeometry.GetLocalSize();
 	UpdateView(Size);
-	const double* First = Starts.GetData();
-	const int32 Count = Slots.Num();
+	const int32 Count = Kept.NumPlaced();
 	const double ViewEnd = Offset + ViewLength;
 	// At the view's very edges only a child without length counts: it may have work to do in its tick.
-	int32 Index = static_cast<int32>(std::lower_bound(First + 1, First + 1 + Count, Offset) - (First + 1));
-	ShownBegin = Index;
-	for (; Index < Count && Starts[Index] <= ViewEnd; ++Index)
+	const int32 First = Kept.FindEndingFrom(Offset);
+	int32 Index = First;
+	for (; Index < Count && Kept.GetStart(Index) <= ViewEnd; ++Index)
 	{
-		if ((Starts[Index + 1] <= Offset || Starts[Index] >= ViewEnd) && Lengths[Index] > 0.0)
+		if ((Kept.GetEnd(Index) <= Offset || Kept.GetStart(Index) >= ViewEnd) && Kept.GetLength(Index) > 0.0)
 		{
 			continue;
 		}
@@ -423,7 +403,7 @@ void SScrollBox::OnArrangeChildren(const FGeometry& AllottedGeometry, FArrangedC
 			ArrangedChildren.AddWidget(Visibility, FArrangedWidget(Widget, PlaceChild(AllottedGeometry, Index)));
 		}
 	}
-	ShownEnd = Index;
+	Kept.SetShown(First, Index);
 	if (bBarShown)
 	{
 		const bool bVertical = Orientation == Orient_Vertical;
@@ -452,6 +432,7 @@ int32 SScrollBox::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeome
 
 void SScrollBox::SettlePendingView(const FGeometry& AllottedGeometry) const
 {
+	// 1. The way from the widget up to the child of this box that holds it.
 	--PendingTries;
 	TArray<TSharedPtr<SWidget>> Path;
 	for (TSharedPtr<SWidget> Step = PendingView.Pin(); Step && Step.Get() != this; Step = Step->GetParentWidget())
@@ -468,54 +449,21 @@ void SScrollBox::SettlePendingView(const FGeometry& AllottedGeometry) const
 		PendingTries = 0;
 		return;
 	}
-	// Arranged from the child down to the widget, which need not have been painted yet.
-	FGeometry Place = PlaceChild(AllottedGeometry, Index);
-	for (int32 Depth = Path.Num() - 1; Depth > 0; --Depth)
-	{
-		FArrangedChildren Inner(EVisibility::Visible);
-		Path[Depth]->ArrangeChildren(Place, Inner);
-		for (int32 Child = 0; Child < Inner.Num(); ++Child)
-		{
-			if (&Inner[Child].Widget.Get() == Path[Depth - 1].Get())
-			{
-				Place = Inner[Child].Geometry;
-			}
-		}
-	}
-	double Begin =
-		Offset + GetAlong(Place.GetAbsolutePosition() - AllottedGeometry.GetAbsolutePosition()) / AllottedGeometry.GetAccumulatedScale();
-	double Length = GetAlong(Place.GetLocalSize());
-	Begin -= PendingPadding;
-	Length += PendingPadding * 2.0;
-	double Wanted = Offset;
-	switch (PendingDestination)
-	{
-	case EDescendantScrollDestination::IntoView:
-		if (Begin < Offset || Length > ViewLength)
-		{
-			Wanted = Begin;
-		}
-		else if (Begin + Length > Offset + ViewLength)
-		{
-			Wanted = Begin + Length - ViewLength;
-		}
-		break;
-	case EDescendantScrollDestination::TopOrLeft:
-		Wanted = Begin;
-		break;
-	case EDescendantScrollDestination::Center:
-		Wanted = Begin + (Length - ViewLength) * 0.5;
-		break;
-	case EDescendantScrollDestination::BottomOrRight:
-		Wanted = Begin + Length - ViewLength;
-		break;
-	}
-	Wanted = FMath::Clamp(Wanted, 0.0, GetEnd());
+
+	// 2. Where it stands in the content, and the offset that shows it there.
+	const FGeometry Place = DescendantView::ArrangeDown(Path, PlaceChild(AllottedGeometry, Index));
+	const double Distance =
+		GetAlong(Place.GetAbsolutePosition() - AllottedGeometry.GetAbsolutePosition()) / AllottedGeometry.GetAccumulatedScale();
+	const double Length = GetAlong(Place.GetLocalSize()) + PendingPadding * 2.0;
+	const double Wanted = FMath::Clamp(
+		DescendantView::GetOffset(PendingDestination, Offset + Distance - PendingPadding, Length, Offset, ViewLength), 0.0, GetEnd());
 	if (FMath::Abs(Wanted - Offset) <= ScrollTolerance)
 	{
 		PendingTries = 0;
 		return;
 	}
+
+	// 3. Rows that come into view may turn out longer than thought, so another frame looks again.
 	Offset = Wanted;
 	Hold = EHold::Offset;
 	HoldFrame = GetCurrentFrame();
@@ -554,16 +502,11 @@ FReply SScrollBox::OnMouseWheel(const FGeometry& MyGeometry, const FPointerEvent
 	}
 	const FVector2D& Wheel = MouseEvent.GetWheelDelta2D();
 	const bool bSideways = MouseEvent.IsShiftDown();
-	double Notches = 0.0;
-	if (Orientation == Orient_Vertical)
-	{
-		Notches = bSideways ? 0.0 : -Wheel.Y;
-	}
-	else
-	{
-		// A plain wheel belongs to the column around this row.
-		Notches = Wheel.X != 0.0 ? Wheel.X : (bSideways ? -Wheel.Y : 0.0);
-	}
+	// A plain wheel over a row belongs to the column around it.
+	const double Notches = Orientation == Orient_Vertical ? (bSideways ? 0.0 : -Wheel.Y)
+		: Wheel.X != 0.0								  ? Wheel.X
+		: bSideways										  ? -Wheel.Y
+														  : 0.0;
 	if (Notches == 0.0)
 	{
 		return FReply::Unhandled();

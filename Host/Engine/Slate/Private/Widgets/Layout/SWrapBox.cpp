@@ -100,6 +100,27 @@ FVector2D SWrapBox::ComputeDesiredSize(float LayoutScaleMultiplier) const
 	return Measured = BreakLines(GetLineLength(LastAllotted));
 }
 
+int32 SWrapBox::FindFirstInView(const FGeometry& AllottedGeometry, const FSlateRect* Clip, double& OutViewEnd) const
+{
+	const bool bHorizontal = Orientation == Orient_Horizontal;
+	const float LineGap = static_cast<float>(bHorizontal ? InnerSlotPadding.Y : InnerSlotPadding.X);
+	// Lines that overlap by a negative gap are not in order by their ends.
+	if (!Clip || LineGap < 0.0f)
+	{
+		return 0;
+	}
+	// Some room for paddings that reach out of a line.
+	constexpr double Overhang = 32.0;
+	const double Scale = AllottedGeometry.GetAccumulatedScale();
+	const FVector2D& Corner = AllottedGeometry.GetAbsolutePosition();
+	const double ViewBegin = (bHorizontal ? Clip->Top - Corner.Y : Clip->Left - Corner.X) / Scale - Overhang;
+	OutViewEnd = (bHorizontal ? Clip->Bottom - Corner.Y : Clip->Right - Corner.X) / Scale + Overhang;
+	const FLine* Begin = Lines.GetData();
+	const FLine* Found = std::lower_bound(
+		Begin, Begin + Lines.Num(), ViewBegin, [](const FLine& Line, double Where) { return Line.Across + Line.Thickness < Where; });
+	return Found == Begin + Lines.Num() ? Placed.Num() : Found->FirstPlaced;
+}
+
 void SWrapBox::OnArrangeChildren(const FGeometry& AllottedGeometry, FArrangedChildren& ArrangedChildren) const
 {
 	const bool bHorizontal = Orientation == Orient_Horizontal;
@@ -110,7 +131,6 @@ void SWrapBox::OnArrangeChildren(const FGeometry& AllottedGeometry, FArrangedChi
 		LastAllotted = Allotted;
 	}
 	const float LineLength = GetLineLength(Allotted);
-	const float LineGap = static_cast<float>(bHorizontal ? InnerSlotPadding.Y : InnerSlotPadding.X);
 	// As broken when measured, unless something may have changed since.
 	const bool bStillBroken = BrokenLength == LineLength && !NeedsPrepass() && !HasSizeBindings();
 	const FVector2D Desired = bStillBroken ? Broken : BreakLines(LineLength);
@@ -122,22 +142,8 @@ void SWrapBox::OnArrangeChildren(const FGeometry& AllottedGeometry, FArrangedChi
 	const EHorizontalAlignment Alignment = HAlign.Get();
 	int32 CurrentLine = -1;
 	float Start = 0.0f;
-	int32 FirstPlaced = 0;
 	double ViewEnd = static_cast<double>(EndlessLine);
-	const FSlateRect* Clip = ArrangedChildren.GetClip();
-	if (Clip && LineGap >= 0.0f)
-	{
-		// Whole lines outside the clip are left out, with some room for paddings that reach out of a line.
-		constexpr double Overhang = 32.0;
-		const double Scale = AllottedGeometry.GetAccumulatedScale();
-		const FVector2D& Corner = AllottedGeometry.GetAbsolutePosition();
-		const double ViewBegin = (bHorizontal ? Clip->Top - Corner.Y : Clip->Left - Corner.X) / Scale - Overhang;
-		ViewEnd = (bHorizontal ? Clip->Bottom - Corner.Y : Clip->Right - Corner.X) / Scale + Overhang;
-		const FLine* Begin = Lines.GetData();
-		const FLine* Found = std::lower_bound(
-			Begin, Begin + Lines.Num(), ViewBegin, [](const FLine& Line, double Where) { return Line.Across + Line.Thickness < Where; });
-		FirstPlaced = Found == Begin + Lines.Num() ? Placed.Num() : Found->FirstPlaced;
-	}
+	const int32 FirstPlaced = FindFirstInView(AllottedGeometry, ArrangedChildren.GetClip(), ViewEnd);
 	for (int32 PlaceIndex = FirstPlaced; PlaceIndex < Placed.Num(); ++PlaceIndex)
 	{
 		const FPlaced& Place = Placed[PlaceIndex];

@@ -56,10 +56,45 @@ void SNotificationItem::Construct(const FArguments& InArgs, const FNotificationI
 	bUseThrobber = Info.bUseThrobber;
 	bUseIcons = Info.bUseSuccessFailIcons;
 	ShownSince = FPlatformTime::Seconds();
+	// clang-format off
+	ChildSlot
+	[
+		SNew(SOverlay)
+		+ SOverlay::Slot()
+		[
+			MakeBody(Info)
+		]
+		+ SOverlay::Slot()
+		.HAlign(HAlign_Right)
+		.VAlign(VAlign_Top)
+		[
+			SNew(SButton)
+			.Visibility(this, &SNotificationItem::GetDismissVisibility)
+			.ToolTipText(NSLOCTEXT("HostToast", "Dismiss", "Dismiss"))
+			.ButtonStyle(FAppStyle::Get(), "SimpleButton")
+			.ContentPadding(FMargin(4.0f))
+			.OnClicked(this, &SNotificationItem::OnDismissClicked)
+			[
+				SNew(SImage)
+				.Image(FAppStyle::GetBrush("Icons.X"))
+				.DesiredSizeOverride(TOptional<FVector2D>(FVector2D(ToastDismissSize, ToastDismissSize)))
+				.ColorAndOpacity(FSlateColor(FAppStyle::GetColor("Colors.ForegroundSubdued")))
+			]
+		]
+	];
+	// clang-format on
+	ApplyState();
+	if (Info.bFireAndForget)
+	{
+		ExpireAndFadeout();
+	}
+}
+
+TSharedRef<SWidget> SNotificationItem::MakeBody(const FNotificationInfo& Info)
+{
 	const FSlateFontInfo Font = FAppStyle::GetFontStyle(Info.bUseLargeFont ? "NormalFontBold" : "NormalFont");
 	// clang-format off
-	const TSharedRef<SWidget> Content =
-		SNew(SBox)
+	return SNew(SBox)
 		.WidthOverride(Info.WidthOverride.Get(ToastWidth))
 		.Padding(ToastPadding)
 		[
@@ -95,37 +130,7 @@ void SNotificationItem::Construct(const FArguments& InArgs, const FNotificationI
 				MakeActions(Info)
 			]
 		];
-	ChildSlot
-	[
-		SNew(SOverlay)
-		+ SOverlay::Slot()
-		[
-			Content
-		]
-		+ SOverlay::Slot()
-		.HAlign(HAlign_Right)
-		.VAlign(VAlign_Top)
-		[
-			SNew(SButton)
-			.Visibility(this, &SNotificationItem::GetDismissVisibility)
-			.ToolTipText(NSLOCTEXT("HostToast", "Dismiss", "Dismiss"))
-			.ButtonStyle(FAppStyle::Get(), "SimpleButton")
-			.ContentPadding(FMargin(4.0f))
-			.OnClicked(this, &SNotificationItem::OnDismissClicked)
-			[
-				SNew(SImage)
-				.Image(FAppStyle::GetBrush("Icons.X"))
-				.DesiredSizeOverride(TOptional<FVector2D>(FVector2D(ToastDismissSize, ToastDismissSize)))
-				.ColorAndOpacity(FSlateColor(FAppStyle::GetColor("Colors.ForegroundSubdued")))
-			]
-		]
-	];
 	// clang-format on
-	ApplyState();
-	if (Info.bFireAndForget)
-	{
-		ExpireAndFadeout();
-	}
 }
 
 TSharedRef<SWidget> SNotificationItem::MakeActions(const FNotificationInfo& Info)

@@ -375,6 +375,29 @@ int32 STextBlock::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeome
 	return LayerId;
 }
 
+namespace
+{
+	/** The first line that reaches below a place, by search: a message may have thousands. */
+	int32 FindFirstLineBelow(const ITextParagraph& Lines, double OriginY, float LineHeight, float Where)
+	{
+		int32 Low = 0;
+		for (int32 High = Lines.GetLineCount(); Low < High;)
+		{
+			const int32 Middle = (Low + High) / 2;
+			const FParagraphLine& Line = Lines.GetLine(Middle);
+			if (OriginY + (Line.Top + Line.Height) * LineHeight <= Where)
+			{
+				Low = Middle + 1;
+			}
+			else
+			{
+				High = Middle;
+			}
+		}
+		return Low;
+	}
+}
+
 void STextBlock::PaintLines(const ITextParagraph& Lines, const FVector2D& Origin, float RoomPixels, const FLinearColor& Color,
 	const FLinearColor& Tint, FSlateWindowElementList& OutDrawElements, float Scale) const
 {
@@ -384,27 +407,10 @@ void STextBlock::PaintLines(const ITextParagraph& Lines, const FVector2D& Origin
 	const FSlateRect& Clip = OutDrawElements.GetClip();
 	const bool bStrike = TextStyle->StrikeBrush.DrawAs != ESlateBrushDrawType::NoDrawType;
 	const bool bUnderline = TextStyle->UnderlineBrush.DrawAs != ESlateBrushDrawType::NoDrawType;
-
-	// The first line that reaches into the clip, by search: a message may have thousands.
-	int32 First = 0;
-	for (int32 Low = 0, High = Lines.GetLineCount(); Low < High;)
+	for (int32 Index = FindFirstLineBelow(Lines, Origin.Y, LineHeight, Clip.Top); Index < Lines.GetLineCount(); ++Index)
 	{
-		const int32 Middle = (Low + High) / 2;
-		const FParagraphLine& Line = Lines.GetLine(Middle);
-		if (Origin.Y + (Line.Top + Line.Height) * LineHeight <= Clip.Top)
-		{
-			Low = Middle + 1;
-		}
-		else
-		{
-			High = Middle;
-		}
-		First = Low;
-	}
-	for (int32 Index = First; Index < Lines.GetLineCount(); ++Index)
-	{
+		// 1. Whole pixels, so that lines stand alike. The added or missing height is half above and half below the font's own.
 		const FParagraphLine& Line = Lines.GetLine(Index);
-		// The added or missing height stands half above and half below the font's own.
 		const float Top = static_cast<float>(Origin.Y) + FMath::RoundToFloat(Line.Top * LineHeight) +
 			FMath::RoundToFloat(Line.Height * (LineHeight - 1.0f) * 0.5f);
 		if (Top >= Clip.Bottom)
@@ -414,25 +420,29 @@ void STextBlock::PaintLines(const ITextParagraph& Lines, const FVector2D& Origin
 		const float Slack = Justify == ETextJustify::Left ? 0.0f : FMath::Max(RoomPixels - Line.Width, 0.0f);
 		const float Left = static_cast<float>(Origin.X) + FMath::RoundToFloat(Justify == ETextJustify::Center ? Slack * 0.5f : Slack);
 		const float Baseline = FMath::RoundToFloat(Top + Line.Baseline);
+
+		// 2. The letters.
 		for (const FParagraphRun& Run : Lines.GetRuns(Index))
 		{
 			OutDrawElements.AddGlyphs(Left + Run.X, Baseline, Run.Glyphs, Bytes);
 		}
-		if (bStrike || bUnderline)
+
+		// 3. Lines through and below them.
+		if (!bStrike && !bUnderline)
 		{
-			const FFontLineMetrics Metrics = ITextShaper::Get().GetLineMetrics(ShapedFont, Scale);
-			const float Thickness = FMath::Max(FMath::RoundToFloat(Metrics.LineThickness), 1.0f);
-			if (bStrike)
-			{
-				const float Y = FMath::RoundToFloat(Baseline - Metrics.StrikeOffset);
-				OutDrawElements.AddBrush(FSlateRect(Left, Y, Left + Line.Width, Y + Thickness), TextStyle->StrikeBrush,
-					FLinearColor(1.0f, 1.0f, 1.0f, Color.A), Tint);
-			}
-			if (bUnderline)
-			{
-				const float Y = FMath::RoundToFloat(Baseline + Metrics.UnderlineOffset);
-				OutDrawElements.AddBrush(FSlateRect(Left, Y, Left + Line.Width, Y + Thickness), TextStyle->UnderlineBrush, Color, Tint);
-			}
+			continue;
+		}
+		const FFontLineMetrics Metrics = ITextShaper::Get().GetLineMetrics(ShapedFont, Scale);
+		const float Thickness = FMath::Max(FMath::RoundToFloat(Metrics.LineThickness), 1.0f);
+		const auto AddLine = [&](float Y, const FSlateBrush& Brush, const FLinearColor& BrushColor)
+		{ OutDrawElements.AddBrush(FSlateRect(Left, Y, Left + Line.Width, Y + Thickness), Brush, BrushColor, Tint); };
+		if (bStrike)
+		{
+			AddLine(FMath::RoundToFloat(Baseline - Metrics.StrikeOffset), TextStyle->StrikeBrush, FLinearColor(1.0f, 1.0f, 1.0f, Color.A));
+		}
+		if (bUnderline)
+		{
+			AddLine(FMath::RoundToFloat(Baseline + Metrics.UnderlineOffset), TextStyle->UnderlineBrush, Color);
 		}
 	}
 }

@@ -274,59 +274,70 @@ void STableViewBase::UpdateRows(const FGeometry& Geometry)
 	TopIndex = FMath::Clamp(TopIndex, 0, Count - 1);
 	if (WantedIndex >= 0 && WantedIndex < Count)
 	{
-		float Top = -TopDistance;
-		int32 Index = TopIndex;
-		while (Index < WantedIndex && Top < ViewHeight)
-		{
-			Top += FindOrMakeRow(Index++, Kept).Height;
-		}
-		const float Height = FindOrMakeRow(WantedIndex, Kept).Height;
-		if (WantedIndex <= TopIndex && Top < 0.0f)
-		{
-			TopIndex = WantedIndex;
-			TopDistance = 0.0f;
-		}
-		else if (WantedIndex < TopIndex)
-		{
-			TopIndex = WantedIndex;
-			TopDistance = 0.0f;
-		}
-		else if (Index < WantedIndex || Top + Height > ViewHeight)
-		{
-			TopIndex = WantedIndex;
-			TopDistance = Height - ViewHeight;
-		}
+		BringIntoView(WantedIndex, ViewHeight, Kept);
 	}
 	WantedIndex = INDEX_NONE;
+	SettleTop(Count, ViewHeight, Kept);
+	ShowFromTop(Count, ViewHeight, Kept);
+	Probe.Reset();
+}
 
-	while (TopDistance < 0.0f && TopIndex > 0)
+void STableViewBase::BringIntoView(int32 Wanted, float ViewHeight, TArray<FRow>& Kept)
+{
+	float Top = -TopDistance;
+	int32 Index = TopIndex;
+	while (Index < Wanted && Top < ViewHeight)
 	{
-		TopDistance += FindOrMakeRow(--TopIndex, Kept).Height;
+		Top += FindOrMakeRow(Index++, Kept).Height;
 	}
-	TopDistance = FMath::Max(TopDistance, 0.0f);
+	const float Height = FindOrMakeRow(Wanted, Kept).Height;
+	const bool bAbove = Wanted < TopIndex || (Wanted == TopIndex && Top < 0.0f);
+	if (bAbove)
+	{
+		TopIndex = Wanted;
+		TopDistance = 0.0f;
+	}
+	else if (Index < Wanted || Top + Height > ViewHeight)
+	{
+		// Below: its lower edge comes to that of the view.
+		TopIndex = Wanted;
+		TopDistance = Height - ViewHeight;
+	}
+}
+
+void STableViewBase::SettleTop(int32 Count, float ViewHeight, TArray<FRow>& Kept)
+{
+	const auto ClimbWhileAboveTheView = [this, &Kept]()
+	{
+		while (TopDistance < 0.0f && TopIndex > 0)
+		{
+			TopDistance += FindOrMakeRow(--TopIndex, Kept).Height;
+		}
+		TopDistance = FMath::Max(TopDistance, 0.0f);
+	};
+	// 1. The top row is the one that the view's upper edge cuts.
+	ClimbWhileAboveTheView();
 	for (float Height = FindOrMakeRow(TopIndex, Kept).Height; TopDistance >= Height && TopIndex + 1 < Count;
 		 Height = FindOrMakeRow(TopIndex, Kept).Height)
 	{
 		TopDistance -= Height;
 		++TopIndex;
 	}
+	// 2. No room is left below the last row while something is above.
 	float Bottom = -TopDistance;
-	int32 End = TopIndex;
-	while (Bottom < ViewHeight && End < Count)
+	for (int32 End = TopIndex; Bottom < ViewHeight && End < Count; ++End)
 	{
-		Bottom += FindOrMakeRow(End++, Kept).Height;
+		Bottom += FindOrMakeRow(End, Kept).Height;
 	}
 	if (Bottom < ViewHeight)
 	{
-		// No room is left below the last row while something is above.
 		TopDistance -= ViewHeight - Bottom;
-		while (TopDistance < 0.0f && TopIndex > 0)
-		{
-			TopDistance += FindOrMakeRow(--TopIndex, Kept).Height;
-		}
-		TopDistance = FMath::Max(TopDistance, 0.0f);
+		ClimbWhileAboveTheView();
 	}
+}
 
+void STableViewBase::ShowFromTop(int32 Count, float ViewHeight, TArray<FRow>& Kept)
+{
 	float Top = -TopDistance;
 	TArray<FRow> InView;
 	for (int32 Index = TopIndex; Index < Count && Top < ViewHeight; ++Index)
@@ -349,7 +360,6 @@ void STableViewBase::UpdateRows(const FGeometry& Geometry)
 	RemoveUnseen(Rows);
 	RemoveUnseen(Kept);
 	Rows = MoveTemp(InView);
-	Probe.Reset();
 }
 
 // As high as all rows, or as MaxRows of them. The width is that of the rows in view: asking all would mean making all.

@@ -78,6 +78,7 @@ protected:
 private:
 	FSlateColor GetIconColor() const;
 	EVisibility GetIconVisibility() const;
+	TSharedRef<SWidget> MakeCloseButton();
 	FReply OnCloseClicked();
 
 	TSharedRef<SWidget> TabContent = SNullWidget::NullWidget;

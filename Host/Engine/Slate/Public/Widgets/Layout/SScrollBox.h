@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Host/ChildWatch.h"
+#include "Host/KeptLengths.h"
 #include "Types/SlateEnums.h"
 #include "Widgets/Layout/SScrollBar.h"
 #include "Widgets/SPanel.h"
@@ -133,7 +133,7 @@ private:
 
 	double GetAlong(const FVector2D& Vector) const { return Orientation == Orient_Vertical ? Vector.Y : Vector.X; }
 	double GetAcross(const FVector2D& Vector) const { return Orientation == Orient_Vertical ? Vector.X : Vector.Y; }
-	double GetContentLength() const { return Starts.Num() > 0 ? Starts.Last() : 0.0; }
+	double GetContentLength() const { return Kept.GetTotal(); }
 	double GetEnd() const { return FMath::Max(GetContentLength() - ViewLength, 0.0); }
 	/** False when children came or went meanwhile: the next measuring is asked for then. */
 	bool MeasureChild(int32 Index, float LayoutScale);
@@ -147,6 +147,8 @@ private:
 	void UpdateView(const FVector2D& Size) const;
 	/** Index of the first child that reaches below the offset; Num when there is none. */
 	int32 FindFirstInView() const;
+	/** Picks the child that keeps its place when lengths change. */
+	void UpdateAnchor() const;
 	void PickAnchor(int32 Index) const;
 	int32 FindAnchor() const;
 	/** True while a hold for one frame is in its frame. */
@@ -170,24 +172,13 @@ private:
 	EConsumeMouseWheel ConsumeMouseWheel = EConsumeMouseWheel::WhenScrollingPossible;
 	bool bBarAlwaysVisible = false;
 
-	/** Start of each child, and the content's length behind the last. */
-	mutable TArray<double> Starts;
-	/** What each child wants, padding included. */
-	TArray<double> Lengths;
-	TArray<double> Acrosses;
+	mutable FKeptLengths Kept;
 	/** The slots' widgets again, to walk them without touching the slots; good as long as no slot changes. */
 	TArray<SWidget*> Kids;
-	FChildWatch Watch;
-	/** The first child whose length has changed since the starts were made. */
-	mutable int32 FirstChanged = 0;
-	/** The children arranged last. */
-	mutable int32 ShownBegin = 0;
-	mutable int32 ShownEnd = 0;
 	mutable TWeakPtr<SWidget> AnchorWidget;
 	mutable TWeakPtr<SWidget> PendingView;
 	mutable double Offset = 0.0;
 	mutable double ViewLength = 0.0;
-	mutable double ContentAcross = 0.0;
 	/** From the view's start to the anchor's. */
 	mutable double AnchorDistance = 0.0;
 	mutable int32 AnchorIndex = INDEX_NONE;

@@ -73,6 +73,8 @@ private:
 	};
 	/** Breaks the children into Lines and Placed. Gives the desired size. */
 	FVector2D BreakLines(float LineLength) const;
+	/** The first child of the first line that reaches into the clip, and where the clip ends; lines outside are left out. */
+	int32 FindFirstInView(const FGeometry& AllottedGeometry, const FSlateRect* Clip, double& OutViewEnd) const;
 	float GetLineLength(float Allotted) const;
 
 	TPanelChildren<FSlot> Children;

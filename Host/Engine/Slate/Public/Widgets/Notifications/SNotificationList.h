@@ -51,6 +51,7 @@ private:
 		TSharedRef<SWidget> Widget;
 		ECompletionState VisibleIn;
 	};
+	TSharedRef<SWidget> MakeBody(const FNotificationInfo& Info);
 	TSharedRef<SWidget> MakeActions(const FNotificationInfo& Info);
 	void ApplyState();
 	void OnHyperlinkClicked();

@@ -88,6 +88,12 @@ private:
 
 	/** Makes and places the rows for a height in units; drops those out of view. */
 	void UpdateRows(const FGeometry& Geometry);
+	/** Moves the top no further than it takes to show all of a row. */
+	void BringIntoView(int32 Wanted, float ViewHeight, TArray<FRow>& Kept);
+	/** Makes the top a row within the list, and the list reach the lower edge of the view where it is long enough. */
+	void SettleTop(int32 Count, float ViewHeight, TArray<FRow>& Kept);
+	/** Takes the rows in view as children, and lets go of all others. */
+	void ShowFromTop(int32 Count, float ViewHeight, TArray<FRow>& Kept);
 	/** The row of an index, with its height measured. */
 	FRow& FindOrMakeRow(int32 Index, TArray<FRow>& Kept);
 	void DropRows();
