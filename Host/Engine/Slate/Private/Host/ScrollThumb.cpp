@@ -1,31 +1,53 @@
 #include "Host/ScrollThumb.h"
 
-namespace
+// A thumb has two lengths: the share of the content in view, and the least that a hand can grab. Where the second one is
+// the longer, the thumb's way is shorter than the bar's rest; so places go by shares of the way, never of the bar.
+
+float FScrollRange::GetThumbLength(float Bar, float MinLength) const
 {
-	float GetScrollThumbLength(const FSlateRect& Bar, double View, double Content, const FScrollBarStyle& Style, float Scale)
-	{
-		const float Length = static_cast<float>(Bar.Height() * View / FMath::Max(Content, 1.0));
-		return FMath::Min(FMath::Max(Length, Style.MinThumbLength * Scale), Bar.Height());
-	}
+	const float Length = static_cast<float>(Bar * View / FMath::Max(Content, 1.0));
+	return FMath::Min(FMath::Max(Length, MinLength), Bar);
+}
+
+float FScrollRange::GetThumbStart(float Bar, float MinLength) const
+{
+	const float Way = Bar - GetThumbLength(Bar, MinLength);
+	return IsNeeded() ? Way * static_cast<float>(FMath::Clamp(Offset / (Content - View), 0.0, 1.0)) : 0.0f;
+}
+
+double FScrollRange::GetOffsetFor(float ThumbStart, float Bar, float MinLength) const
+{
+	const float Way = Bar - GetThumbLength(Bar, MinLength);
+	return Way > 0.0f ? FMath::Clamp(ThumbStart / Way, 0.0f, 1.0f) * FMath::Max(Content - View, 0.0) : 0.0;
 }
 
 FSlateRect FScrollThumb::GetThumb(
 	const FSlateRect& Bar, double View, double Content, double Offset, const FScrollBarStyle& Style, float Scale)
 {
-	if (Content <= View || Bar.IsEmpty())
+	const FScrollRange Range{ View, Content, Offset };
+	if (!Range.IsNeeded() || Bar.IsEmpty())
 	{
 		return FSlateRect();
 	}
-	const float Length = GetScrollThumbLength(Bar, View, Content, Style, Scale);
-	const float Top = Bar.Top + (Bar.Height() - Length) * static_cast<float>(FMath::Clamp(Offset / (Content - View), 0.0, 1.0));
-	return FSlateRect(Bar.Left, FMath::RoundToFloat(Top), Bar.Right, FMath::RoundToFloat(Top + Length));
+	const float MinLength = Style.MinThumbLength * Scale;
+	const float Top = Bar.Top + Range.GetThumbStart(Bar.Height(), MinLength);
+	const float Bottom = Top + Range.GetThumbLength(Bar.Height(), MinLength);
+	return FSlateRect(Bar.Left, FMath::RoundToFloat(Top), Bar.Right, FMath::RoundToFloat(Bottom));
 }
 
 double FScrollThumb::GetOffsetFor(
 	const FSlateRect& Bar, float ThumbTop, double View, double Content, const FScrollBarStyle& Style, float Scale)
 {
-	const float Room = Bar.Height() - GetScrollThumbLength(Bar, View, Content, Style, Scale);
-	return Room > 0.0f ? FMath::Clamp((ThumbTop - Bar.Top) / Room, 0.0f, 1.0f) * FMath::Max(Content - View, 0.0) : 0.0;
+	return FScrollRange{ View, Content }.GetOffsetFor(ThumbTop - Bar.Top, Bar.Height(), Style.MinThumbLength * Scale);
+}
+
+void FScrollThumb::PaintThumb(const FSlateRect& Thumb, float Thickness, bool bDragging, bool bHovered, FSlateWindowElementList& Out,
+	const FScrollBarStyle& Style, const FWidgetStyle& WidgetStyle)
+{
+	const FSlateColor& Color = bDragging ? Style.DraggedThumb : bHovered ? Style.HoveredThumb : Style.NormalThumb;
+	const FLinearColor Fill = Color.GetColor(WidgetStyle) * WidgetStyle.GetColorAndOpacityTint();
+	const float Radius = Thickness * 0.5f;
+	Out.AddRoundedBox(Thumb, FVector4f(Radius, Radius, Radius, Radius), Fill.ToFColorSRGB(), FColor(0, 0, 0, 0), 0.0f);
 }
 
 void FScrollThumb::Paint(const FSlateRect& Bar, const FSlateRect& Thumb, FSlateWindowElementList& Out, const FScrollBarStyle& Style,
@@ -35,11 +57,7 @@ void FScrollThumb::Paint(const FSlateRect& Bar, const FSlateRect& Thumb, FSlateW
 	{
 		return;
 	}
-	const FSlateColor& Color = bDragging ? Style.DraggedThumb : bHovered ? Style.HoveredThumb : Style.NormalThumb;
 	const float Width = FMath::RoundToFloat((bDragging || bHovered ? Style.ActiveThumbWidth : Style.ThumbWidth) * Scale);
 	const float Left = FMath::RoundToFloat((Bar.Left + Bar.Right - Width) * 0.5f);
-	const float Radius = Width * 0.5f;
-	const FLinearColor Fill = Color.GetColor(WidgetStyle) * WidgetStyle.GetColorAndOpacityTint();
-	Out.AddRoundedBox(FSlateRect(Left, Thumb.Top, Left + Width, Thumb.Bottom), FVector4f(Radius, Radius, Radius, Radius),
-		Fill.ToFColorSRGB(), FColor(0, 0, 0, 0), 0.0f);
+	PaintThumb(FSlateRect(Left, Thumb.Top, Left + Width, Thumb.Bottom), Width, bDragging, bHovered, Out, Style, WidgetStyle);
 }

@@ -1,5 +1,6 @@
 #include "Widgets/Layout/SScrollBar.h"
 
+#include "Host/ScrollThumb.h"
 #include "Rendering/DrawElements.h"
 #include "Styling/AppStyle.h"
 
@@ -20,20 +21,15 @@ void SScrollBar::SetState(float InOffsetFraction, float InThumbSizeFraction)
 
 void SScrollBar::GetThumb(float BarLength, float& OutStart, float& OutEnd) const
 {
-	const float Length = FMath::Min(FMath::Max(BarLength * ThumbSizeFraction, Style->MinThumbLength), BarLength);
-	const float Hidden = 1.0f - ThumbSizeFraction;
-	OutStart = Hidden > 0.0f ? (BarLength - Length) * OffsetFraction / Hidden : 0.0f;
-	OutEnd = OutStart + Length;
+	const FScrollRange Range{ ThumbSizeFraction, 1.0, OffsetFraction };
+	OutStart = Range.GetThumbStart(BarLength, Style->MinThumbLength);
+	OutEnd = OutStart + Range.GetThumbLength(BarLength, Style->MinThumbLength);
 }
 
 void SScrollBar::DragTo(float ThumbStart, float BarLength)
 {
-	float Start = 0.0f;
-	float End = 0.0f;
-	GetThumb(BarLength, Start, End);
-	const float Way = BarLength - (End - Start);
-	const float Share = Way > 0.0f ? FMath::Clamp(ThumbStart / Way, 0.0f, 1.0f) : 0.0f;
-	OffsetFraction = Share * (1.0f - ThumbSizeFraction);
+	const FScrollRange Range{ ThumbSizeFraction, 1.0, OffsetFraction };
+	OffsetFraction = static_cast<float>(Range.GetOffsetFor(ThumbStart, BarLength, Style->MinThumbLength));
 	UserScrolledHandler.ExecuteIfBound(OffsetFraction);
 }
 
@@ -116,9 +112,7 @@ int32 SScrollBar::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeome
 													  : AllottedGeometry.ToDevice(FVector2D(Start, Side), FVector2D(End - Start, Width));
 	Thumb = FSlateRect(FMath::RoundToFloat(Thumb.Left), FMath::RoundToFloat(Thumb.Top), FMath::RoundToFloat(Thumb.Right),
 		FMath::RoundToFloat(Thumb.Bottom));
-	const FSlateColor& Which = bDragging ? Style->DraggedThumb : (bThumbHovered ? Style->HoveredThumb : Style->NormalThumb);
-	const float Radius = static_cast<float>(Width) * 0.5f * AllottedGeometry.GetAccumulatedScale();
-	const FLinearColor Color = Which.GetColor(InWidgetStyle) * InWidgetStyle.GetColorAndOpacityTint();
-	OutDrawElements.AddRoundedBox(Thumb, FVector4f(Radius, Radius, Radius, Radius), Color.ToFColorSRGB(), FColor(0, 0, 0, 0), 0.0f);
+	const float Thickness = static_cast<float>(Width) * AllottedGeometry.GetAccumulatedScale();
+	FScrollThumb::PaintThumb(Thumb, Thickness, bDragging, bThumbHovered, OutDrawElements, *Style, InWidgetStyle);
 	return LayerId;
 }
