@@ -2,6 +2,7 @@
 
 #include "Containers/StringConv.h"
 #include "Host/HostClock.h"
+#include "Host/HostInput.h"
 #include "Host/HostPaths.h"
 #include "Style/VelmoraUIStyles.h"
 #include "Support/Base/PinnedFonts.h"
@@ -90,21 +91,17 @@ void FHeadlessApplication::Wheel(float Notches)
 
 void FHeadlessApplication::Click(const FVector2D& Position)
 {
-	App().GetMessageHandler().OnMouseMove(Position, FModifierKeysState());
-	App().GetMessageHandler().OnMouseDown(EKeys::LeftMouseButton, Position, FModifierKeysState());
-	App().GetMessageHandler().OnMouseUp(EKeys::LeftMouseButton, Position, FModifierKeysState());
+	HostInput::Click(Position);
 }
 
 void FHeadlessApplication::PressKey(const FKey& Key)
 {
-	App().GetMessageHandler().OnKeyDown(Key, FModifierKeysState(), false);
-	App().GetMessageHandler().OnKeyUp(Key, FModifierKeysState());
+	HostInput::PressKey(Key);
 }
 
 void FHeadlessApplication::PressControlKey(const FKey& Key)
 {
-	App().GetMessageHandler().OnKeyDown(Key, FModifierKeysState(false, false, true, false, false, false), false);
-	App().GetMessageHandler().OnKeyUp(Key, FModifierKeysState());
+	HostInput::PressKey(Key, FModifierKeysState(false, false, true, false, false, false));
 }
 
 void FHeadlessApplication::Type(FStringView Text)

@@ -1,6 +1,7 @@
 #include "PromptBox.h"
 
 #include "Framework/Application/SlateApplication.h"
+#include "Host/HostInput.h"
 #include "Host/WidgetFinder.h"
 #include "Widgets/Input/SMultiLineEditableTextBox.h"
 
@@ -39,26 +40,13 @@ void FPromptBox::PutBefore(const FString& Text)
 void FPromptBox::TypeAndSend(const FString& Text)
 {
 	Focus();
-	FSlateApplication& Application = FSlateApplication::Get();
-	IHostMessageHandler& Keyboard = Application.GetMessageHandler();
+	// A line feed is a key of its own to the box, as from a keyboard; a tab would leave the box.
 	TArray<FString> Lines;
 	Text.ParseIntoArrayLines(Lines, false);
-	for (int32 Index = 0; Index < Lines.Num(); ++Index)
-	{
-		if (Index > 0)
-		{
-			// A line feed is a key of its own to the box, as from a keyboard.
-			Keyboard.OnKeyDown(EKeys::Enter, FModifierKeysState(), false);
-		}
-		if (!Lines[Index].IsEmpty())
-		{
-			Keyboard.OnTextInput(Lines[Index]);
-		}
-	}
+	HostInput::Type(FString::Join(Lines, TEXT("\n")), /*bTabsAreText*/ true);
 	// The box reports its change with a frame, and only a changed text can be sent.
 	constexpr double FrameSeconds = 1.0 / 60.0;
-	Application.RunTurn(FrameSeconds);
+	FSlateApplication::Get().RunTurn(FrameSeconds);
 	const FModifierKeysState Control(false, false, true, false, false, false);
-	Keyboard.OnKeyDown(EKeys::Enter, Control, false);
-	Keyboard.OnKeyUp(EKeys::Enter, FModifierKeysState());
+	HostInput::PressKey(EKeys::Enter, Control);
 }

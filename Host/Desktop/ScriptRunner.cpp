@@ -5,6 +5,7 @@
 #include "HAL/PlatformTime.h"
 #include "Host/HostDialogs.h"
 #include "Host/HostFileDialogs.h"
+#include "Host/HostInput.h"
 #include "Host/HostTasks.h"
 #include "Host/UpdateGateControl.h"
 #include "StateWords.h"
@@ -33,23 +34,6 @@ namespace
 			Widget = Widget->GetParentWidget();
 		}
 		return Widget;
-	}
-
-	/** The text that a key types by itself; empty for one that types nothing. */
-	FString GetTypedText(const FKey& Key, const FModifierKeysState& Modifiers)
-	{
-		// With these a key is a command; a keyboard sends no text for it.
-		if (Modifiers.IsControlDown() || Modifiers.IsAltDown())
-		{
-			return FString();
-		}
-		if (Key == EKeys::SpaceBar)
-		{
-			return TEXT(" ");
-		}
-		// Letters are named after themselves; digits and signs come by "type", whose layout is nobody's.
-		const FString Letter = Key.GetFName().ToString();
-		return Letter.Len() == 1 ? (Modifiers.IsShiftDown() ? Letter.ToUpper() : Letter.ToLower()) : FString();
 	}
 }
 
@@ -141,10 +125,10 @@ void FScriptRunner::Begin(const FScriptStep& Step)
 	switch (Step.Verb)
 	{
 	case EScriptVerb::Type:
-		Type(Step.Text);
+		HostInput::Type(Step.Text);
 		break;
 	case EScriptVerb::Key:
-		PressKey(Step.Key, Step.Modifiers);
+		HostInput::PressKey(Step.Key, Step.Modifiers);
 		break;
 	case EScriptVerb::Click:
 	case EScriptVerb::RightClick:
@@ -191,40 +175,6 @@ void FScriptRunner::Begin(const FScriptStep& Step)
 	case EScriptVerb::WaitState:
 		break;
 	}
-}
-
-void FScriptRunner::Type(const FString& Text)
-{
-	int32 Start = 0;
-	for (int32 Index = 0; Index <= Text.Len(); ++Index)
-	{
-		// Enter and Tab are keys to every box; only what stands between them is text.
-		const TCHAR Letter = Index < Text.Len() ? Text[Index] : TEXT('\n');
-		if (Letter != TEXT('\n') && Letter != TEXT('\t'))
-		{
-			continue;
-		}
-		if (Index > Start)
-		{
-			GetScriptInput().OnTextInput(FStringView(Text).Mid(Start, Index - Start));
-		}
-		if (Index < Text.Len())
-		{
-			PressKey(Letter == TEXT('\n') ? EKeys::Enter : EKeys::Tab, FModifierKeysState());
-		}
-		Start = Index + 1;
-	}
-}
-
-void FScriptRunner::PressKey(const FKey& Key, const FModifierKeysState& Modifiers)
-{
-	GetScriptInput().OnKeyDown(Key, Modifiers, false);
-	const FString Typed = GetTypedText(Key, Modifiers);
-	if (!Typed.IsEmpty())
-	{
-		GetScriptInput().OnTextInput(Typed);
-	}
-	GetScriptInput().OnKeyUp(Key, FModifierKeysState());
 }
 
 void FScriptRunner::Point(const FScriptStep& Step, bool bMayScroll)

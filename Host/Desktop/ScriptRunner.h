@@ -43,8 +43,6 @@ private:
 	void Begin(const FScriptStep& Step);
 	void Point(const FScriptStep& Step, bool bMayScroll);
 	void PointAt(const FScriptStep& Step, const FVector2D& From);
-	void Type(const FString& Text);
-	void PressKey(const FKey& Key, const FModifierKeysState& Modifiers);
 	/** True when the wait is over, well or badly. */
 	bool HasWaited(const FScriptStep& Step);
 	bool HasStoodStill(double Now);

@@ -2,6 +2,7 @@
 
 #include "Containers/StringConv.h"
 #include "Host/HostClock.h"
+#include "Host/HostInput.h"
 #include "Host/HostServices.h"
 #include "Host/HostSession.h"
 #include "Styling/SlateStyle.h"
@@ -171,31 +172,13 @@ void FWidgetTest::PressKey(const char* Chord)
 	}
 	ASSERT_TRUE(Key.IsValid()) << Chord;
 	const FModifierKeysState Modifiers = MakeModifiers(bShift, bControl, bAlt);
-	App().GetMessageHandler().OnKeyDown(Key, Modifiers, false);
-	App().GetMessageHandler().OnKeyUp(Key, FModifierKeysState());
+	HostInput::PressKey(Key, Modifiers);
 	PumpFrame();
 }
 
 void FWidgetTest::TypeText(const std::string& Text)
 {
-	const FString All = FromUtf8(Text);
-	int32 Start = 0;
-	for (int32 Index = 0; Index <= All.Len(); ++Index)
-	{
-		if (Index < All.Len() && All[Index] != TEXT('\n'))
-		{
-			continue;
-		}
-		if (Index > Start)
-		{
-			App().GetMessageHandler().OnTextInput(All.Mid(Start, Index - Start));
-		}
-		if (Index < All.Len())
-		{
-			PressKey("Enter");
-		}
-		Start = Index + 1;
-	}
+	HostInput::Type(FromUtf8(Text), /*bTabsAreText*/ true);
 	PumpFrame();
 }
 

@@ -10,7 +10,7 @@
 template <typename FNumber, typename... FFormat>
 void HostAppendNumber(FString& Out, FNumber Value, FFormat... Format)
 {
-	char Buffer[400]; // Without an exponent the largest double has 309 digits, the smallest 324 behind the point and 17 of its own.
+	char Buffer[400]; // Without an exponent the largest double has 309 digits, the smallest 324 after the point and 17 of its own.
 	const std::to_chars_result Result = std::to_chars(Buffer, Buffer + sizeof(Buffer), Value, Format...);
 	for (const char* Position = Buffer; Position != Result.ptr; ++Position)
 	{
