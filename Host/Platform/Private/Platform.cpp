@@ -15,6 +15,8 @@
 #include <algorithm>
 #include <mutex>
 
+// The door to the platform: windows, text, clipboard and what is opened outside. Handlers are kept under a lock, since
+// problems are noticed on any thread, and are called without it, since what they do is not known here.
 DEFINE_LOG_CATEGORY_STATIC(LogPlatform, Log, All);
 
 namespace
@@ -36,6 +38,7 @@ namespace
 		return Handlers;
 	}
 
+	// A size and a scale come from options, files and screens; each can be nonsense.
 	FIntPoint ClampSize(const FIntPoint& Size)
 	{
 		return FIntPoint(std::clamp(Size.X, 1, MaxWindowSide), std::clamp(Size.Y, 1, MaxWindowSide));
@@ -70,6 +73,7 @@ TSharedPtr<IHostWindow> FHostPlatform::CreateDesktopWindow(const FHostWindowOpti
 	return Window;
 }
 
+// Without a screen there is no clipboard of others: the program's own is used.
 TSharedRef<IHostWindow> FHostPlatform::CreateHeadlessWindow(const FIntPoint& PixelSize, float Scale)
 {
 	FHostServices::SetClipboardHooks(nullptr, nullptr);
@@ -109,6 +113,7 @@ void FHostPlatform::SetDisplayLostHandler(TFunction<void()> Handler)
 	Handlers.DisplayLost = MoveTemp(Handler);
 }
 
+// A problem is reported on the game thread, where handlers may show it, and before there is one it goes into the log.
 void PlatformState::ReportProblem(const FString& Sentence)
 {
 	if (!IsInGameThread())
@@ -147,6 +152,7 @@ void PlatformState::CallDisplayLost()
 	}
 }
 
+// What would have been opened, for those who started with nothing to be opened. The newest are kept.
 void PlatformState::RecordTarget(const FString& Target)
 {
 	FPlatformHandlers& Handlers = GetHandlers();

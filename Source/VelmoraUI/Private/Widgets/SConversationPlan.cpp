@@ -116,11 +116,13 @@ TSharedRef<SWidget> SConversationPlan::CreatePlanWidget(const FString& Content)
 	// clang-format on
 }
 
+// The one place that would leave something out; shown and copied is the same.
 FString SConversationPlan::FilterPlanContent(const FString& Content) const
 {
 	return Content;
 }
 
+// A plan is replaced as a whole, and one reads a new one from its start.
 void SConversationPlan::UpdatePlan(const FString& PlanContent)
 {
 	if (!PlanScrollBox.IsValid())

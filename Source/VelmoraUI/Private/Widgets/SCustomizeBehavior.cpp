@@ -112,6 +112,7 @@ TSharedRef<SWidget> SCustomizeBehavior::BuildFieldSection(const FText& Label, co
 	// clang-format on
 }
 
+// Setting a text reports a change, which saves what was just read: harmless, and the boxes need no guard.
 void SCustomizeBehavior::LoadSavedValues()
 {
 	const UVelmoraSettings* Settings = GetMutableDefault<UVelmoraSettings>();
@@ -132,6 +133,7 @@ void SCustomizeBehavior::LoadSavedValues()
 	Load(ConstraintsBox, Settings->Constraints);
 }
 
+// With every key. The next turn reads the settings and asks nobody whether the panel is still open.
 void SCustomizeBehavior::SaveText(FString UVelmoraSettings::*Field, const FText& Text)
 {
 	if (UVelmoraSettings* Settings = GetMutableDefault<UVelmoraSettings>())

@@ -15,6 +15,7 @@
 #include "Widgets/SBoxPanel.h"
 #include "Widgets/Text/STextBlock.h"
 
+// One widget for each block of the text. Inline marks are read where a block's text is shown and not before.
 TSharedRef<SWidget> SMarkdownTextBlock::BuildBlockToken(const FMarkdownToken& Token)
 {
 	using Velmora::Markdown::ETokenType;
@@ -132,6 +133,7 @@ TSharedRef<SWidget> SMarkdownTextBlock::BuildTaskListItem(const FMarkdownToken& 
 	// clang-format on
 }
 
+// Twenty units for each level; the text wraps beside its marker and never below it.
 TSharedRef<SWidget> SMarkdownTextBlock::BuildMarkedItem(const FMarkdownToken& Token, const TSharedRef<SWidget>& Marker)
 {
 	// clang-format off
@@ -255,6 +257,7 @@ TSharedRef<SWidget> SMarkdownTextBlock::BuildTableRow(const FString& Row, const 
 	return Box;
 }
 
+// Built at once although it starts collapsed: the area measures nothing that it hides.
 TSharedRef<SWidget> SMarkdownTextBlock::BuildCollapsibleSection(const FMarkdownToken& Token)
 {
 	static const FSlateRoundedBoxBrush FrameBrush(FVelmoraUIStyles::GetMarkdownCodeBlockBackgroundColor().CopyWithNewOpacity(0.8f), 4.0f,

@@ -42,6 +42,7 @@ namespace
 
 } // namespace
 
+// Whatever may change while the row is shown is bound; the content is built once and kept when it is complete.
 void SMessageRow::Construct(const FArguments& InArgs)
 {
 	Message = InArgs._Message;

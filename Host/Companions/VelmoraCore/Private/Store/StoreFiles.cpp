@@ -14,6 +14,9 @@
 #include "Host/StoreLocation.h"
 #include "Text/Utf8Text.h"
 
+// The store's files on disk: a database and up to three companions that belong to it and to no other. A companion beside a
+// wrong database would be played into it, so they move and go together, and none is ever overwritten.
+
 namespace Velmora::StoreFiles
 {
 	namespace
@@ -21,6 +24,7 @@ namespace Velmora::StoreFiles
 		constexpr const char* Companions[] = { "-wal", "-shm", "-journal" };
 	}
 
+	// The folder is locked and no file in it: the file that would hold a lock may be the one that is replaced.
 	FFolderLock::FFolderLock(const std::string& Path, int32 TimeoutMilliseconds)
 		: Folder(FFileDescriptor::Open(Path, O_RDONLY | O_DIRECTORY))
 	{
@@ -63,6 +67,7 @@ namespace Velmora::StoreFiles
 		return Path.substr(Path.rfind('/') + 1);
 	}
 
+	// Made before the library opens it, which would take the mode from the umask.
 	FOutcome CreateEmpty(const std::string& Path)
 	{
 		FFileDescriptor File = FFileDescriptor::Open(Path, O_RDWR | O_CREAT | O_EXCL, 0600);
@@ -160,6 +165,7 @@ namespace Velmora::StoreFiles
 		return Found;
 	}
 
+	// By its inode one sees that a path leads to another file than before.
 	uint64 GetFileNumber(const std::string& Path)
 	{
 		struct stat Status;

@@ -8,6 +8,12 @@
 
 #include "Host/HostSystemErrors.h"
 
+// Reads what can be read of a database that its library refuses. Every page is looked at by itself: a leaf of a table holds
+// rows, a row holds columns, and checksums say which of them are ours and whole. Neither the tree of pages nor the schema
+// has to be right.
+// Numbers in the file decide about nothing but which bytes are looked at. Each is checked against the sizes at hand, chains
+// of pages have a budget, since a damaged one may run in circles, and what fails is left out.
+
 namespace Velmora
 {
 	namespace
@@ -154,6 +160,8 @@ namespace Velmora
 	{
 	}
 
+	// 1. The head, or what our own files have in its place. 2. Pages that are newer in the log. 3. All pages, all cells: a message
+	// is noted by its place, since texts may not fit into memory, and a conversation is kept.
 	bool FStoreSalvage::Scan(const std::atomic<bool>& bStops)
 	{
 		struct stat Status;
@@ -210,6 +218,8 @@ namespace Velmora
 		return true;
 	}
 
+	// 1. The head and its sum. 2. Frame by frame, as long as sums and salt go on; a frame counts when its transaction was
+	// committed. What follows is from an earlier use of the file.
 	void FStoreSalvage::ReadLogIndex()
 	{
 		unsigned char Header[LogHeaderSize];
@@ -291,6 +301,8 @@ namespace Velmora
 		return Head[0] == TableLeaf ? std::min(ReadBig16(Head + 3), (UsableSize - LeafHeaderSize) / 6) : 0;
 	}
 
+	// 1. Where the cell lies. 2. Its size and key. 3. How much of it is on the page itself, by the format's own formula. 4. The
+	// rest, which hangs on in a chain of pages.
 	bool FStoreSalvage::ReadCell(uint32 Page, const FBytes& Bytes, uint32 Cell, FCell& OutCell)
 	{
 		const uint32 Start = (Page == 1 ? FileHeaderSize : 0) + LeafHeaderSize + 2 * Cell;
@@ -390,6 +402,7 @@ namespace Velmora
 		return Numbers;
 	}
 
+	// A message is read again from its page; without messages, those of the opening are better than none.
 	void FStoreSalvage::Read(int64 Number, StoreSchema::FConversationRow& OutRow, TArray<FConversationMessage>& OutMessages)
 	{
 		OutRow = StoreSchema::FConversationRow();

@@ -10,6 +10,14 @@
 #define VELMORA_TEXT_OF_VALUE(Value) VELMORA_TEXT_OF(Value)
 #define VELMORA_STORE_VERSION_TEXT VELMORA_TEXT_OF_VALUE(VELMORA_STORE_VERSION)
 
+// Tables, statements and checksums of the store. A message's key is its conversation's number above its place, so that the
+// messages of one conversation lie side by side and are read in one sweep without an index.
+// Each row has a checksum over everything in it, its own key included. The database checks its pages' structure and not what
+// stands in them; with sums a row is known to be as it was written, also when it is found without its table (StoreSalvage).
+// A conversation's row repeats how it opens, so that the list of conversations reads no messages, and so that a
+// conversation whose messages are lost still has its first words.
+// Texts are kept as UTF-16 units, since a text may hold what UTF-8 cannot say, and has to come back as it was.
+
 namespace Velmora::StoreSchema
 {
 	namespace
@@ -136,6 +144,7 @@ namespace Velmora::StoreSchema
 		}
 	}
 
+	// Nothing said is lost by a power cut, and nothing deleted stays readable in free pages.
 	FOutcome Open(FSqliteConnection& Connection, const std::string& Path, ESqliteAccess Access)
 	{
 		if (FOutcome Opened = Connection.Open(Path, Access); !Opened)
@@ -146,6 +155,7 @@ namespace Velmora::StoreSchema
 		return Connection.Execute("PRAGMA synchronous=FULL; PRAGMA secure_delete=ON; PRAGMA cell_size_check=ON");
 	}
 
+	// The page size is fixed, because whoever salvages a file without a head has to know it.
 	FOutcome Create(FSqliteConnection& Connection)
 	{
 		const FOutcome Sized = Connection.Execute("PRAGMA page_size=4096");
@@ -274,6 +284,7 @@ namespace Velmora::StoreSchema
 		return ReadRow(Query, OutRow) ? FOutcome::Done() : MakeDamaged();
 	}
 
+	// Numbers grow and are never given twice while a later one exists, for the order of a list with equal times.
 	FOutcome InsertConversation(FSqliteConnection& Connection, FConversationRow& InOutRow)
 	{
 		{
@@ -347,6 +358,7 @@ namespace Velmora::StoreSchema
 		return Connection.Query(DeleteMessageSql).Bind(Key).Finish();
 	}
 
+	// Keys may have gaps, so the first to go is found by counting and not by adding.
 	FOutcome DeleteMessagesAfter(FSqliteConnection& Connection, int64 Number, int32 KeepCount)
 	{
 		int64 First = 0;
@@ -382,6 +394,7 @@ namespace Velmora::StoreSchema
 		return Query.GetOutcome();
 	}
 
+	// Damaged rows are left out and reported; the others are shown meanwhile.
 	FOutcome ReadSummaries(FSqliteConnection& Connection, TArray<FConversationMetadata>& OutSummaries)
 	{
 		FSqliteQuery Query = Connection.Query(AllConversationsSql);

@@ -45,6 +45,8 @@ namespace Velmora
 		}
 	}
 
+	// What the project's rules leave out and what may hold secrets is for the user to give away. A model is told that it has
+	// to ask, not what stands there.
 	bool FToolBox::MayRead(const FProjectPath& Place, FToolResult& OutResult) const
 	{
 		const bool bIsSecret = IsSecretName(Place.Relative);
@@ -84,6 +86,8 @@ namespace Velmora
 		Succeed(OutResult, Utf8Text::Count(Entries.size(), "entry", "entries"), Text);
 	}
 
+	// 1. The lines that are asked for. 2. The text, as far as one result goes: numbered, so that the model can name a line. 3. How
+	// to go on, in words that are the next call.
 	void FToolBox::ReadFileTool(const FToolArguments& Arguments, FToolResult& OutResult)
 	{
 		FProjectPath Place;
@@ -136,6 +140,7 @@ namespace Velmora
 			Count == 0 ? std::string("The file is empty.\n") : Text);
 	}
 
+	// Hits in files that may hold secrets are left out without a word, or each search would ask for consent.
 	void FToolBox::SearchTool(const FToolArguments& Arguments, FToolResult& OutResult)
 	{
 		FProjectPath Place;
@@ -185,6 +190,7 @@ namespace Velmora
 			Found.empty() ? std::string("No file or folder has that in its name.\n") : Text);
 	}
 
+	// The project before the engine, unless only the engine has exactly that name.
 	void FToolBox::FindSymbolTool(const FToolArguments& Arguments, FToolResult& OutResult)
 	{
 		const FSymbolAnswer Answer = LookUpSymbol(Files, Arguments.GetText("name"), { Files.GetRoot(), std::string(), true });

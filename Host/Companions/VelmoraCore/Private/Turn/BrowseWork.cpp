@@ -7,6 +7,10 @@
 #include "Turn/AnswerMarkdown.h"
 #include "Turn/SearchWork.h"
 
+// Looking at the project: showing, listing, counting, summing up. Every look is a tool of the turn, so it shows as a row,
+// and can be stopped; what comes out is put into words here. A function that gives false was stopped, and its callers
+// return at once without a word.
+
 namespace Velmora
 {
 	namespace
@@ -79,6 +83,8 @@ namespace Velmora
 		}
 	}
 
+	// 1. Nothing named: what is attached. 2. A pattern. 3. An attachment by its name. 4. A file or folder of the project. 5. No
+	// file, but perhaps a symbol. 6. Several that fit, or none: the question back, and where was looked.
 	bool FBrowseWork::RunShow()
 	{
 		if (Request.Target.empty())
@@ -162,6 +168,7 @@ namespace Velmora
 			});
 	}
 
+	// 1. The text. 2. Which lines were asked for. 3. No more of them than one reads.
 	bool FBrowseWork::AnswerFile(const FProjectPath& File)
 	{
 		if (File.bIsFolder)
@@ -397,6 +404,7 @@ namespace Velmora
 		return Desk.GetProjectPath();
 	}
 
+	// The headings of a README say more about a project than any count, where there is one.
 	bool FBrowseWork::RunSummarise()
 	{
 		const FProjectPath Project = Desk.GetProjectPath();

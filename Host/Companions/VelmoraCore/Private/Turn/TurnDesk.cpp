@@ -9,6 +9,9 @@
 #include "Tools/ToolBox.h"
 #include "Turn/AnswerMarkdown.h"
 
+// What every kind of work has at hand during a turn: files, attachments, steps and tools, and the way to report. Each
+// operation waits while the turn is paused and gives false once it is cancelled.
+
 namespace Velmora
 {
 	namespace
@@ -33,6 +36,7 @@ namespace Velmora
 	{
 	}
 
+	// What cannot be read is reported twice: in the answer, and as a tool that failed.
 	bool FTurnDesk::ReadAttachments()
 	{
 		for (const std::string& Path : Input.ContextFiles)
@@ -81,6 +85,7 @@ namespace Velmora
 		return true;
 	}
 
+	// 1. The row appears. 2. The work. 3. It stays for a moment at least, or quick tools would only flicker. 4. How it ended.
 	bool FTurnDesk::RunTool(std::string_view Name, const FToolParameters& Parameters, const std::function<FToolOutcome()>& Work)
 	{
 		if (!Control.WaitUntilRunning())
@@ -193,6 +198,7 @@ namespace Velmora
 		return [this] { return Control.IsCancelled(); };
 	}
 
+	// Notes on attachments go below each answer, whichever work gave it.
 	void FTurnDesk::Answer(const std::string& Markdown)
 	{
 		if (!Control.WaitUntilRunning())

@@ -13,6 +13,14 @@
 
 DEFINE_LOG_CATEGORY_STATIC(LogCodeIndex, Log, All);
 
+// One index of symbols: its thread, its file and who may touch it when.
+// Three locks, taken in this order. WriterMutex guards the database as it is written, for as long as a batch of files takes.
+// ReaderMutex guards a connection of its own for look-ups, so that a question never waits for the indexer. StateMutex guards
+// flags and lists, for moments only.
+// Work is asked for by flags and a list of paths and done by the one thread. Requests of one kind melt into one, and a stop
+// is seen between two files.
+// A database that cannot be trusted is set aside and built anew: everything in it can be made from the project.
+
 namespace Velmora::CodeIntel
 {
 	namespace
@@ -33,6 +41,7 @@ namespace Velmora::CodeIntel
 		Stats.RootPath = HostFileNameFromBytes(Setup.Root);
 	}
 
+	// The thread is detached and holds the object: a file system that does not answer must not keep the program from ending.
 	void FCodeIndex::Start()
 	{
 		const std::scoped_lock Lock(StateMutex);
@@ -60,6 +69,8 @@ namespace Velmora::CodeIntel
 		Changed.notify_all();
 	}
 
+	// 1. Everybody is told. 2. Thread and look-ups get their time. 3. Whoever waits for a comparison gets an answer. 4. Files are
+	// closed, unless the thread still works on them.
 	bool FCodeIndex::Shutdown(double TimeoutSeconds)
 	{
 		std::vector<FReconciled> Unanswered;
@@ -95,6 +106,7 @@ namespace Velmora::CodeIntel
 		return Stats;
 	}
 
+	// While there is work the program counts as busy, and a quiet program may sleep.
 	void FCodeIndex::UpdateBusy()
 	{
 		const bool bIsBusy =
@@ -136,6 +148,8 @@ namespace Velmora::CodeIntel
 		}
 	}
 
+	// 1. What is asked for is taken under the lock, and paths only when nothing larger waits: a comparison finds them anyway.
+	// 2. Each kind in the order in which it makes the next superfluous.
 	void FCodeIndex::Work()
 	{
 		std::vector<FReconciled> Callbacks;
@@ -183,6 +197,7 @@ namespace Velmora::CodeIntel
 		QueueSize = static_cast<int32>(Waiting.size());
 	}
 
+	// 1. What is there is checked. 2. Built when it is damaged or missing. 3. Compared with the project when it is whole.
 	void FCodeIndex::Open()
 	{
 		bool bIsDamaged = false;
@@ -295,6 +310,7 @@ namespace Velmora::CodeIntel
 		return bIsReady && !bStop;
 	}
 
+	// For those who ask, it is empty at once; the file goes when the thread comes to it.
 	void FCodeIndex::Clear()
 	{
 		const std::scoped_lock Lock(StateMutex);
@@ -386,6 +402,7 @@ namespace Velmora::CodeIntel
 		Changed.notify_all();
 	}
 
+	// A failed question closes its connection, since the file may have been replaced; damage is for the thread to mend.
 	bool FCodeIndex::Look(FIndexLookup& Out, TFunctionRef<FOutcome(FIndexDatabase&)> Ask)
 	{
 		const FOperation Operation(*this);

@@ -14,6 +14,10 @@
 
 DEFINE_LOG_CATEGORY_STATIC(LogSymbolExtractor, Log, All);
 
+// Symbols by a program that knows the languages. Files go to it in batches, since starting it costs more than most files;
+// a batch that fails is cut in half until the file that it failed on is alone. That file is left out, all others are in.
+// Names reach the program as lines of text and come back in JSON. One that does not survive that goes alone, as an argument.
+
 namespace Velmora::CodeIntel
 {
 	namespace
@@ -148,6 +152,8 @@ namespace Velmora::CodeIntel
 		return Batches;
 	}
 
+	// 1. The command. 2. Answers come file by file, so the place of the last one is kept. 3. What cannot be read is a failure,
+	// whatever the program says.
 	FSymbolExtractor::FResults FSymbolExtractor::RunBatch(const FBatch& Batch) const
 	{
 		FResults Results;
@@ -205,6 +211,7 @@ namespace Velmora::CodeIntel
 		return Results;
 	}
 
+	// A program that fails on everything is reported as such and does not go through a hundred thousand files one by one.
 	FOutcome FSymbolExtractor::Extract(const std::vector<FIndexFile>& Files, const FTake& Take)
 	{
 		const FOutcome Stopped(EOutcome::Stopped, "it was stopped");
@@ -283,6 +290,7 @@ namespace Velmora::CodeIntel
 			: FOutcome(End == EChildEnd::Stopped ? EOutcome::Stopped : EOutcome::Failed, Reason, AbsolutePath);
 	}
 
+	// A program of the same name may exist that does something else: it gets a file with one class in it.
 	bool FSymbolExtractor::FindsSymbols(const std::string& ProbePath) const
 	{
 		std::vector<FIndexSymbol> Symbols;

@@ -10,6 +10,11 @@
 
 #include "Host/FileDescriptor.h"
 
+// Ignore files as the common version control reads them. Patterns come from the project, so they are data: whatever one
+// says, matching takes no more than its length times the path's, and a pattern that cannot be read matches nothing.
+// Nearly all patterns are a name or an ending ("Saved", "*.obj"), and each path meets all of them. So a pattern is sorted
+// by its shape once, and only what needs it goes through tokens.
+
 namespace Velmora
 {
 	namespace
@@ -125,6 +130,7 @@ namespace Velmora
 		Shape = Compile(Pattern.substr(FixedLength), bIsPath) ? EShape::Tokens : EShape::Never;
 	}
 
+	// One token for each thing to match. Two stars are wide only between slashes; elsewhere they are one star.
 	bool FIgnoreGlob::Compile(std::string_view Pattern, bool bIsPath)
 	{
 		for (size_t Index = 0; Index < Pattern.size();)
@@ -251,6 +257,7 @@ namespace Velmora
 		}
 	}
 
+	// The set of a path's pattern has no slash in it; see CompileSet.
 	bool FIgnoreGlob::MatchesOne(const FToken& Token, unsigned char Byte) const
 	{
 		switch (Token.Kind)
@@ -351,6 +358,8 @@ namespace Velmora
 		}
 	}
 
+	// 1. Comments and blanks. 2. "!" takes files back in. 3. A slash at the end means folders alone. 4. A slash elsewhere ties
+	// the pattern to the file's own folder; without one it holds for names at any depth.
 	void FIgnoreFile::AddLine(std::string_view Line)
 	{
 		if (Line.empty() || Line[0] == '#')
@@ -371,6 +380,7 @@ namespace Velmora
 		Lines.push_back({ FIgnoreGlob(Line, bIsPath), bKeeps, bFoldersOnly, bIsPath });
 	}
 
+	// The last line that matches decides.
 	EIgnoreVerdict FIgnoreFile::Judge(std::string_view Path, bool bIsFolder) const
 	{
 		const size_t Slash = Path.rfind('/');
@@ -385,6 +395,7 @@ namespace Velmora
 		return EIgnoreVerdict::None;
 	}
 
+	// The nearest file that says anything decides. That a folder above is ignored is not looked at here: it was never entered.
 	bool IsIgnored(const FIgnoreScope* Scope, std::string_view ProjectPath, bool bIsFolder)
 	{
 		for (; Scope != nullptr; Scope = Scope->Above.get())

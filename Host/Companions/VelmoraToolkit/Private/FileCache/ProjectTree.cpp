@@ -10,6 +10,13 @@
 #include "Host/HostFileNames.h"
 #include "Host/ProjectWalk.h"
 
+// The project's folders as a tree in memory, kept in line with the disk. One thread works on it.
+// A folder is a unit: it is read whole, watched whole, and its files are one immutable list, which snapshots share. So a
+// change costs its folder, and a snapshot costs a pointer for each folder, however many files there are.
+// What is to be read waits in a queue; the kernel's events put folders there, and so does a parent that has new folders.
+// What changed is collected for those who follow (TakeChanges) until it is too much; then they are told to compare for
+// themselves.
+
 namespace Velmora
 {
 	namespace
@@ -79,6 +86,7 @@ namespace Velmora
 		RootFolder.Close();
 	}
 
+	// The root is held open and found again by its inode: a project that was moved away and replaced is another one.
 	void FProjectTree::SetRoot(const std::string& Path)
 	{
 		bRootHasMoved = false;
@@ -124,6 +132,7 @@ namespace Velmora
 		}
 	}
 
+	// Made from the parents when it is needed. Kept in each folder it would cost the most memory of all.
 	std::string FProjectTree::MakePrefix(const FProjectTreeFolder& Folder)
 	{
 		std::vector<const FProjectTreeFolder*> Way;
@@ -140,6 +149,8 @@ namespace Velmora
 		return Prefix;
 	}
 
+	// A folder that is gone, with all below it: its watch, its place in the queue, its share of the count, and a word to those
+	// who follow for each file.
 	void FProjectTree::Drop(FProjectTreeFolder& Folder)
 	{
 		for (const std::unique_ptr<FProjectTreeFolder>& Child : Folder.Folders)
@@ -179,6 +190,8 @@ namespace Velmora
 		return Folder.Scope && IsIgnored(Folder.Scope.get(), Prefix + std::string(Name), bIsFolder);
 	}
 
+	// Rules of an ignore file hold for its folder and all below. The scope stays the same object while the file says the same,
+	// so that a touched ignore file does not send the whole tree through the queue.
 	bool FProjectTree::Rescope(FProjectTreeFolder& Folder, const std::string& Prefix, bool bHasText, std::string&& Text)
 	{
 		const std::shared_ptr<const FIgnoreScope> Above = Folder.Parent ? Folder.Parent->Scope : nullptr;
@@ -267,6 +280,7 @@ namespace Velmora
 		TakeFolders(Folder, Entries, bRescoped);
 	}
 
+	// Before the first list was complete there is nothing to compare with, and who follows takes the whole list.
 	void FProjectTree::TakeFiles(FProjectTreeFolder& Folder, std::shared_ptr<FFolderFiles> Files)
 	{
 		const std::shared_ptr<const FFolderFiles> Old = Folder.Files;
@@ -302,6 +316,8 @@ namespace Velmora
 		}
 	}
 
+	// Both lists are sorted by name, so one walk over both finds what stayed, what is new and what is gone. The same name with
+	// another inode is another folder.
 	void FProjectTree::TakeFolders(FProjectTreeFolder& Folder, const std::vector<FFolderEntry>& Entries, bool bRescoped)
 	{
 		std::vector<std::unique_ptr<FProjectTreeFolder>> Old = std::move(Folder.Folders);
@@ -343,6 +359,7 @@ namespace Velmora
 		}
 	}
 
+	// 1. The queue, deepest first. 2. Files that were written to and stand in no new list, since a list knows names alone.
 	bool FProjectTree::Update()
 	{
 		if (bRootHasMoved)
@@ -380,6 +397,7 @@ namespace Velmora
 		return std::exchange(bListChanged, false);
 	}
 
+	// Folders in order of their paths, without recursion: a tree may be as deep as a path can be long.
 	std::shared_ptr<const FProjectFileList> FProjectTree::MakeList() const
 	{
 		std::vector<std::shared_ptr<const FFolderFiles>> Lists;
@@ -419,6 +437,7 @@ namespace Velmora
 		}
 	}
 
+	// A file that went and came again was written.
 	FProjectFileChanges FProjectTree::TakeChanges()
 	{
 		for (const std::u16string& Path : Written)

@@ -5,6 +5,11 @@
 #include <sqlite3.h>
 #include <thread>
 
+// The one place that calls the database library. Statements are prepared once for each text of SQL, which is compared by
+// address, since all of them are literals. A query that is left half read is reset by its destructor, so that none holds a
+// lock by oversight.
+// Errors collect in the query and are asked for at its end: code that reads rows stays code that reads rows.
+
 namespace Velmora
 {
 	FSqliteQuery::~FSqliteQuery()
@@ -99,6 +104,8 @@ namespace Velmora
 		sqlite3_close(Database);
 	}
 
+	// Extended codes, because a short read is damage while any other read error is the disk's. The defensive switches keep a
+	// prepared file from running anything: a database in a project folder is data.
 	FOutcome FSqliteConnection::Open(const std::string& Path, ESqliteAccess Access)
 	{
 		const int Flags = Access == ESqliteAccess::Read ? SQLITE_OPEN_READONLY
@@ -121,6 +128,7 @@ namespace Velmora
 		return FOutcome::Done();
 	}
 
+	// The library's own waiting knows no stop flag, and its pauses grow too long for a window that is being closed.
 	int FSqliteConnection::OnBusy(void* Self, int Count)
 	{
 		FSqliteConnection& Connection = *static_cast<FSqliteConnection*>(Self);
@@ -156,6 +164,7 @@ namespace Velmora
 		}
 	}
 
+	// Folding the log in takes as long as the log is, and closing is what a user waits for.
 	void FSqliteConnection::KeepLogOnClose()
 	{
 		sqlite3_db_config(Database, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
@@ -267,6 +276,7 @@ namespace Velmora
 		return ToOutcome(GetErrorCode());
 	}
 
+	// 1. Codes with a meaning of their own. 2. A file that ends too early. 3. What the system says. 4. The library's words.
 	FOutcome FSqliteConnection::ToOutcome(int Code) const
 	{
 		const int Kind = Code & 0xff;

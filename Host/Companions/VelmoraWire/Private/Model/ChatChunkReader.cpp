@@ -4,6 +4,11 @@
 #include <iterator>
 #include <utility>
 
+// Reads one chunk of a model's answer, as events and without a document: an answer comes in thousands of chunks of a few
+// bytes. Where something stands decides what it is, so the tables below give each object a name (a node) and each value in
+// it a meaning (a field); what they do not name is passed over.
+// Servers differ in what they call things and where they put them. Each dialect is a row of a table and no branch.
+
 namespace Velmora
 {
 	namespace
@@ -110,6 +115,8 @@ namespace Velmora
 	{
 	}
 
+	// 1. Nothing is left of the chunk before, for it may have ended in the middle. 2. The events. 3. Figures are given on once
+	// for each chunk, since they replace each other.
 	bool FChatChunkReader::Read(std::string_view Json)
 	{
 		Depth = SkippedDepth = ArgumentDepth = 0;
@@ -219,6 +226,8 @@ namespace Velmora
 		return true;
 	}
 
+	// 1. Arguments that are an object instead of a text are written out as the text that they should have been. 2. What follows
+	// from the name or, in an array, from the array. 3. Everything unknown is counted and skipped.
 	bool FChatChunkReader::Open(bool bIsArray)
 	{
 		if (ArgumentDepth > 0)
@@ -255,6 +264,7 @@ namespace Velmora
 		return true;
 	}
 
+	// A call and a choice are complete with their closing bracket: their parts may come in any order.
 	bool FChatChunkReader::Close()
 	{
 		if (SkippedDepth > 0)
@@ -395,6 +405,7 @@ namespace Velmora
 		}
 	}
 
+	// One answer is asked for; a server that gives more is listened to for its first.
 	void FChatChunkReader::CommitCall()
 	{
 		if (ChoiceIndex == 0)

@@ -179,6 +179,7 @@ int32 FString::Find(FStringView Sub, ESearchCase::Type SearchCase, ESearchDir::T
 	return UE::String::FindLast(**this, Len(), Sub.GetData(), Sub.Len(), SearchCase, End - Sub.Len());
 }
 
+// On a mismatch only the last star gets another try: an earlier one that takes more leaves no more to a later one.
 bool FString::MatchesWildcard(FStringView Wildcard, ESearchCase::Type SearchCase) const
 {
 	// Greedy, going back to the last star on a mismatch.
@@ -234,6 +235,7 @@ FString FString::Replace(const TCHAR* From, const TCHAR* To, ESearchCase::Type S
 	return Result;
 }
 
+// Put together anew beside the old text: moving the rest at each hit would cost the square of the length.
 int32 FString::ReplaceInline(const TCHAR* From, const TCHAR* To, ESearchCase::Type SearchCase)
 {
 	const FStringView Old(From);
@@ -394,6 +396,7 @@ int32 FString::ParseIntoArray(TArray<FString>& OutArray, const TCHAR* Delimiter,
 	return ParseIntoArray(OutArray, &Delimiter, 1, bCullEmpty);
 }
 
+// At each place the first delimiter of the list that fits ends a part, so "\r\n" has to stand before "\r".
 int32 FString::ParseIntoArray(TArray<FString>& OutArray, const TCHAR* const* Delimiters, int32 NumDelimiters, bool bCullEmpty) const
 {
 	TArray<FStringView> Views;

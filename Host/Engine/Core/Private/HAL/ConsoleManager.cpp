@@ -23,6 +23,7 @@ DEFINE_LOG_CATEGORY_STATIC(LogConsole, Log, All);
 
 namespace
 {
+	// The words that the editor takes for a one.
 	int32 ToInteger(const FString& Text)
 	{
 		return Text == TEXT("true") || Text == TEXT("on") || Text == TEXT("yes") ? 1 : FCString::Atoi(*Text);
@@ -139,6 +140,7 @@ namespace
 				return Value.Get() != T();
 			}
 		}
+		// A conversion of a float that is too large would be undefined; it stops at the ends instead.
 		int32 GetInt() const override
 		{
 			if constexpr (std::is_same_v<T, FString>)
@@ -256,6 +258,7 @@ namespace
 			return Entry.Object->AsCommand();
 		}
 
+		// Whoever asks keeps the pointer, so an object lives until the last one that registered it is gone.
 		IConsoleVariable* FindConsoleVariable(const TCHAR* Name, bool) const override
 		{
 			IConsoleObject* Object = FindConsoleObject(Name, true);

@@ -31,6 +31,7 @@ namespace
 		bool bLink = false;
 	};
 
+	// Names with a null in them come back empty and exist nowhere.
 	bool GetInfo(const TCHAR* Path, struct stat& OutInfo)
 	{
 		const std::string Bytes = HostFileSystem::ToBytes(Path);
@@ -172,6 +173,8 @@ namespace
 			return bMade;
 		}
 
+		// 1. What is not there is deleted already, unless it has to be there. 2. No folders, and nothing that is marked as read only
+		// unless that was asked for; a link has no marks of its own. 3. The removal.
 		bool Delete(const TCHAR* Filename, bool RequireExists, bool EvenReadOnly, bool Quiet) override
 		{
 			const std::string Bytes = HostFileSystem::ToBytes(Filename);
@@ -244,6 +247,8 @@ namespace
 			FindFiles(OutNames, *(FString(Directory) / Pattern), true, false);
 		}
 
+		// Folders in the order in which a walk by hand would meet them: those of a folder go onto the stack the wrong way round and
+		// come off the right one. Links to folders are not entered, so there are no circles.
 		void FindFilesRecursive(TArray<FString>& OutPaths, const TCHAR* StartDirectory, const TCHAR* Wildcard, bool bFiles,
 			bool bDirectories, bool bClearFirst) override
 		{
@@ -275,6 +280,8 @@ namespace
 		}
 
 	private:
+		// 1. Whether both ends allow it. 2. A rename, which is whole or nothing. 3. Across disks a copy, whose own save is whole or
+		// nothing, too.
 		static bool TryMove(const TCHAR* Dest, const TCHAR* Src, bool Replace, bool EvenIfReadOnly)
 		{
 			const std::string From = HostFileSystem::ToBytes(Src);

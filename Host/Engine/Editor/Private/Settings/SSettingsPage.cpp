@@ -110,6 +110,7 @@ void SSettingsPage::OnSectionsChanged()
 	ShowSection(bKept || !Section ? Section : Registry->Find(Section->GetContainer(), Section->GetCategory(), Section->GetName()));
 }
 
+// Values are asked for and never kept: a settings object may be changed by its module at any time.
 void SSettingsPage::RefreshValues()
 {
 	bRefreshing = true;
@@ -131,6 +132,7 @@ FString SSettingsPage::GetValue(const FRow& Row) const
 	return Object ? FSettingsProperties::GetText(*Object, Row.Property) : FString();
 }
 
+// A value that is refused stays in its box with the complaint under it, and nothing is saved.
 void SSettingsPage::SetValue(FRow& Row, const FString& Text)
 {
 	UObject* const Object = GetObject();
@@ -151,6 +153,7 @@ void SSettingsPage::OnSearchChanged(const FText& Text)
 	RebuildSections();
 }
 
+// A section's own name finds all of its rows.
 bool SSettingsPage::IsFound(const FRow& Row) const
 {
 	return Search.IsEmpty() || Row.Label.Contains(Search) || Row.Property.Group.Contains(Search) ||
@@ -233,6 +236,7 @@ TSharedRef<SWidget> SSettingsPage::MakeSectionRow(const TSharedRef<FSettingsSect
 	// clang-format on
 }
 
+// Sections of a category stand side by side in the registry, so a heading is due where the category changes.
 void SSettingsPage::RebuildSections()
 {
 	SectionList->ClearChildren();
@@ -291,6 +295,7 @@ TSharedRef<SWidget> SSettingsPage::MakeTitle(const FSettingsSection& Shown)
 	// clang-format on
 }
 
+// 1. A page of its own. 2. Nothing, where the object is gone. 3. Rows with a heading for each group, every second one darker.
 void SSettingsPage::RebuildRows()
 {
 	Rows.Reset();

@@ -27,6 +27,7 @@ namespace
 	}
 
 	/** The text as bytes for the number parsers, empty when it cannot be a number. A leading plus is dropped. */
+	// Nothing but visible ASCII can be a number, and the parsers below take bytes.
 	std::string ToNumberBytes(const FString& Text)
 	{
 		std::string Bytes;
@@ -151,6 +152,8 @@ bool FJsonValue::TryGetNumber(float& OutNumber) const
 }
 
 template <typename T>
+// 1. Digits that were kept exactly: beyond 2 to the 53rd a double would give a neighbour. 2. Else the number, rounded, if it
+// fits.
 bool FJsonValue::TryGetInteger(T& OutNumber) const
 {
 	int64 Exact = 0;
@@ -214,6 +217,7 @@ bool FJsonValue::TryGetNumber(uint64& OutNumber) const
 	return TryGetInteger(OutNumber);
 }
 
+// Order counts in arrays and not in objects. Depth is what the reader allows, so recursion is safe.
 bool FJsonValue::CompareEqual(const FJsonValue& A, const FJsonValue& B)
 {
 	if (A.Type != B.Type)

@@ -26,6 +26,8 @@ void FHostJsonWriter::AppendNewLine()
 	}
 }
 
+// 1. Whether a value may stand here. 2. What goes in front of it: after a name a blank or, for an object, a line of its own;
+// in an array a comma, and for short values no new line, so that rows of numbers stay rows.
 bool FHostJsonWriter::BeginValue(EKind Kind)
 {
 	const bool bNamed = Last == EToken::Identifier;
@@ -123,6 +125,7 @@ void FHostJsonWriter::WriteArrayStart(FStringView Name)
 	WriteArrayStart();
 }
 
+// An array of short values closes in their line.
 void FHostJsonWriter::WriteEnd(bool bObject)
 {
 	if (bBroken || Levels.Num() == 0 || Levels.Last().bObject != bObject || Last == EToken::Identifier)
@@ -178,6 +181,7 @@ void FHostJsonWriter::WriteString(FStringView Text)
 	}
 }
 
+// JSON has no word for what is not finite.
 void FHostJsonWriter::WriteValue(double Value)
 {
 	if (!std::isfinite(Value))
@@ -210,6 +214,7 @@ void FHostJsonWriter::WriteValue(uint64 Value)
 	}
 }
 
+// Only what must be escaped is. Lone surrogates go out as they are, since what was read has to come out the same.
 void FHostJsonWriter::AppendQuoted(FStringView Text)
 {
 	const char* const Hex = "0123456789abcdef";

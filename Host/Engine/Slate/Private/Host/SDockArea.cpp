@@ -6,6 +6,9 @@
 #include "Widgets/Layout/SBox.h"
 #include "Widgets/SBoxPanel.h"
 
+// A well of tabs and the content of one of them. Contents of the others are kept by their tabs and are out of the tree, so
+// they cost nothing; with a tab goes which of its widgets had the keyboard.
+
 namespace
 {
 	constexpr float DockWellHeight = 32.0f;
@@ -74,6 +77,7 @@ void SDockArea::AddTab(const TSharedRef<SDockTab>& Tab, bool bActivate)
 	}
 }
 
+// The neighbour that moves into its place is shown next, and the last one when it was the last.
 void SDockArea::RemoveTab(const TSharedRef<SDockTab>& Tab)
 {
 	const int32 Index = Tabs.Find(Tab);
@@ -100,6 +104,8 @@ void SDockArea::RemoveTab(const TSharedRef<SDockTab>& Tab)
 	}
 }
 
+// 1. The old tab remembers its focus. 2. The content changes. 3. The keyboard follows if it was here or nowhere: a tab that
+// opens by itself must not take it from another part of the window.
 void SDockArea::ActivateTab(const TSharedRef<SDockTab>& Tab, ETabActivationCause Cause)
 {
 	const TSharedPtr<SDockTab> Before = GetActiveTab();
@@ -130,6 +136,7 @@ void SDockArea::RefreshContent()
 	ContentHolder->SetContent(Tab ? Tab->GetContent() : SNullWidget::NullWidget);
 }
 
+// Around the ends; the remainder of a negative number is negative.
 TSharedRef<SDockTab> SDockArea::GetNeighbour(const TSharedRef<SDockTab>& Tab, int32 Distance) const
 {
 	const int32 Count = Tabs.Num();

@@ -9,6 +9,9 @@
 #include "Widgets/SBoxPanel.h"
 #include "Widgets/Text/STextBlock.h"
 
+// A question with its buttons. It has one answer at all times: Escape, closing and a session that ends give the one that
+// changes nothing (GetEscapeAnswer), so that whoever asks is never left waiting.
+
 namespace
 {
 	constexpr double DialogMarkSize = 32.0;
@@ -40,6 +43,7 @@ namespace
 	}
 }
 
+// In the order in which they stand, which is the editor's.
 TArray<EAppReturnType::Type> SMessageDialog::GetButtons(EAppMsgType::Type Type)
 {
 	using namespace EAppReturnType;
@@ -144,6 +148,7 @@ TSharedRef<SWidget> SMessageDialog::MakeMessageRow(const FHostMessageDialog& Dia
 	// clang-format on
 }
 
+// Enter goes to the default answer, and to the first button where none was named.
 TSharedRef<SWidget> SMessageDialog::MakeButtonRow(const FHostMessageDialog& Dialog)
 {
 	const TSharedRef<SHorizontalBox> Row = SNew(SHorizontalBox);
@@ -186,6 +191,7 @@ void SMessageDialog::Tick(const FGeometry& AllottedGeometry, const double InCurr
 	}
 }
 
+// The arrows go along the row and stop at its ends; Tab goes around as everywhere.
 FReply SMessageDialog::OnKeyDown(const FGeometry& MyGeometry, const FKeyEvent& InKeyEvent)
 {
 	const FKey Key = InKeyEvent.GetKey();
@@ -198,6 +204,7 @@ FReply SMessageDialog::OnKeyDown(const FGeometry& MyGeometry, const FKeyEvent& I
 	return FReply::Handled().SetUserFocus(Buttons[Next].ToSharedRef(), EFocusCause::Navigation);
 }
 
+// A copy of the handler: the answer takes the dialog down.
 FReply SMessageDialog::OnButtonClicked(EAppReturnType::Type Answer)
 {
 	const FOnMessageDialogAnswer Handler = AnswerHandler;

@@ -89,6 +89,7 @@ void SSaveDialog::Construct(const FArguments& InArgs, const FHostSaveDialog& Dia
 	ShowFirstFolder();
 }
 
+// A folder that is not there yet is a fair answer to "where to": it is made when the file is saved.
 void SSaveDialog::ShowFirstFolder()
 {
 	FString Reason;
@@ -168,6 +169,7 @@ TSharedRef<SWidget> SSaveDialog::MakeFolderRow()
 	// clang-format on
 }
 
+// Always there and mostly collapsed, so that the tab order does not depend on when it was first shown.
 TSharedRef<SWidget> SSaveDialog::MakeNewFolderRow()
 {
 	// clang-format off
@@ -261,6 +263,7 @@ TSharedRef<ITableRow> SSaveDialog::MakeEntryRow(FEntry Entry, const TSharedRef<S
 	// clang-format on
 }
 
+// A complaint is about the name as it was; it goes with the first key.
 TSharedRef<SWidget> SSaveDialog::MakeNameRow()
 {
 	// clang-format off

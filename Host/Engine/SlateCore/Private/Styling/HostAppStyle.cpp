@@ -40,6 +40,7 @@ namespace
 	}
 
 	template <typename BrushType>
+	// A surface hides what lies below it, which spares painting that.
 	void SetSurface(FSlateStyleSet& Set, const TCHAR* Name, const BrushType& Brush)
 	{
 		BrushType* Owned = new BrushType(Brush);
@@ -52,6 +53,7 @@ namespace
 		return FCoreStyle::GetDefaultFontStyle(FName(Typeface), Size);
 	}
 
+	// In order of their names. An icon has the size of the place that it is made for; others scale it.
 	struct FIconRow
 	{
 		const TCHAR* Name;
@@ -307,6 +309,7 @@ namespace
 	}
 }
 
+// Colours first: everything below asks for them by name.
 void FHostAppStyle::Initialize(const FString& IconFolder)
 {
 	if (GetSetSlot())
@@ -348,6 +351,7 @@ const ISlateStyle& FCoreStyle::Get()
 	return FAppStyle::Get();
 }
 
+// Unknown typefaces are the regular one, as in the editor.
 FSlateFontInfo FCoreStyle::GetDefaultFontStyle(FName InTypefaceFontName, float InSize, const FFontOutlineSettings& InOutlineSettings)
 {
 	static const FName Known[] = { FName(TEXT("Regular")), FName(TEXT("Bold")), FName(TEXT("Italic")), FName(TEXT("BoldItalic")) };

@@ -93,6 +93,7 @@ TSharedRef<SWidget> SDockTab::MakeCloseButton()
 	// clang-format on
 }
 
+// What the tab has been given by its own module wins over what its spawner says.
 void SDockTab::SetUpBySpawner(const FTabId& InTabId, const FTabSpawnerEntry& Spawner)
 {
 	TabId = InTabId;
@@ -147,6 +148,7 @@ void SDockTab::NotifyActivated(ETabActivationCause Cause)
 	Handler.ExecuteIfBound(SharedThis(this), Cause);
 }
 
+// The user asks, and whoever made the tab may refuse. A tab that is removed by the program is not asked.
 bool SDockTab::RequestCloseTab()
 {
 	const FCanCloseTab Handler = CanCloseHandler;
@@ -183,6 +185,7 @@ FReply SDockTab::OnCloseClicked()
 	return FReply::Handled();
 }
 
+// Arrows move the keyboard along the heads and open nothing; Enter and the blank open.
 FReply SDockTab::OnKeyDown(const FGeometry& MyGeometry, const FKeyEvent& InKeyEvent)
 {
 	const FKey Key = InKeyEvent.GetKey();

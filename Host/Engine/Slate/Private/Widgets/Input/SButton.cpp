@@ -5,6 +5,9 @@
 #include "Styling/AppStyle.h"
 #include "Widgets/Text/STextBlock.h"
 
+// A button acts when it is let go: a press can be taken back by leaving it first. Handlers run in the order pressed,
+// released, clicked, and each of them may take the button down, so what is needed later is taken before.
+
 namespace
 {
 	bool IsPressKey(const FKey& Key)
@@ -13,6 +16,8 @@ namespace
 	}
 }
 
+// 1. Text where no content is given. 2. A single widget stands in the middle, and a panel, which arranges by itself, fills
+// the button. 3. The rest is a border's work.
 void SButton::Construct(const FArguments& InArgs)
 {
 	Style = InArgs._ButtonStyle ? InArgs._ButtonStyle : &FAppStyle::Get().GetWidgetStyle<FButtonStyle>("Button");
@@ -82,6 +87,7 @@ FReply SButton::OnKeyDown(const FGeometry& MyGeometry, const FKeyEvent& InKeyEve
 	return FReply::Handled();
 }
 
+// It may have been disabled between press and release.
 FReply SButton::OnKeyUp(const FGeometry& MyGeometry, const FKeyEvent& InKeyEvent)
 {
 	if (!bKeyPressed || !IsPressKey(InKeyEvent.GetKey()))
@@ -117,6 +123,7 @@ FReply SButton::OnMouseButtonDoubleClick(const FGeometry& MyGeometry, const FPoi
 	return OnMouseButtonDown(MyGeometry, MouseEvent);
 }
 
+// A handler may hand the mouse on, to a drag for instance; only when it did not is the capture ended here.
 FReply SButton::OnMouseButtonUp(const FGeometry& MyGeometry, const FPointerEvent& MouseEvent)
 {
 	if (MouseEvent.GetEffectingButton() != EKeys::LeftMouseButton || !bMousePressed)

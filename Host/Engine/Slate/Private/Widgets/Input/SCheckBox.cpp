@@ -5,6 +5,9 @@
 #include "Rendering/DrawElements.h"
 #include "Styling/AppStyle.h"
 
+// A box with a label. Mouse and blank both act at the release, so that a press can be taken back: by leaving the box before
+// letting go, or by moving the focus.
+
 namespace
 {
 	constexpr float CheckBoxRadius = 3.0f;
@@ -21,11 +24,14 @@ void SCheckBox::Construct(const FArguments& InArgs)
 	ChildSlot.VAlign(VAlign_Center).Padding(InArgs._Padding)[InArgs._Content.Widget];
 }
 
+// Without a label the box stands in the middle of its room instead of at its left.
 bool SCheckBox::HasContent() const
 {
 	return &ChildSlot.GetWidgetRef() != &SNullWidget::NullWidget.Get() && !ChildSlot.GetWidgetRef().GetVisibility().IsCollapsed();
 }
 
+// A bound state is the owner's: it hears what the user wants and the box shows what the owner says then. What is neither on
+// nor off becomes on.
 void SCheckBox::ToggleCheckedState()
 {
 	const ECheckBoxState NewState = IsChecked() ? ECheckBoxState::Unchecked : ECheckBoxState::Checked;
@@ -112,6 +118,7 @@ void SCheckBox::OnArrangeChildren(const FGeometry& AllottedGeometry, FArrangedCh
 	SCompoundWidget::OnArrangeChildren(AllottedGeometry.MakeChild(FVector2D(Style->BoxSize.X, 0.0), Room), ArrangedChildren);
 }
 
+// 1. The box, by state and attention. 2. The mark on it. 3. The ring of the keyboard. 4. The label, paler when disabled.
 int32 SCheckBox::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect,
 	FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const
 {

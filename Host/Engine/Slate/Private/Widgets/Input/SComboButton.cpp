@@ -8,6 +8,9 @@
 #include "Widgets/SBoxPanel.h"
 #include "Widgets/Text/STextBlock.h"
 
+// A button that opens a menu below itself. It paints itself like a button and not as one: the menu opens at the press and
+// not at the release, and stays pressed as long as the menu is open.
+
 namespace
 {
 	constexpr float ComboArrowSize = 16.0f;
@@ -83,6 +86,7 @@ void SComboButton::ConstructButton(const FComboButtonStyle* InStyle, const FButt
 	SetButtonContent(InContent);
 }
 
+// What is left over goes to the title, which ends in an ellipsis where it has no room.
 FMargin SComboButton::GetContentPadding() const
 {
 	FMargin Padding = ContentPadding.Get(Style->ContentPadding);
@@ -128,6 +132,7 @@ void SComboButton::OnOpenChanged(bool bIsOpen)
 	SMenuAnchor::OnOpenChanged(bIsOpen);
 }
 
+// Alt with an arrow opens as in other programs, whichever way the arrow points.
 FReply SComboButton::OnKeyDown(const FGeometry& MyGeometry, const FKeyEvent& InKeyEvent)
 {
 	const FKey Key = InKeyEvent.GetKey();
@@ -144,6 +149,8 @@ FReply SComboButton::OnKeyDown(const FGeometry& MyGeometry, const FKeyEvent& InK
 	return FReply::Unhandled();
 }
 
+// The press that closes an open menu must not open it again: the menu has seen it first (ShouldOpenDueToClick). Opening runs
+// handlers of the owner, which may take the button down.
 FReply SComboButton::OnMouseButtonDown(const FGeometry& MyGeometry, const FPointerEvent& MouseEvent)
 {
 	if (MouseEvent.GetEffectingButton() != EKeys::LeftMouseButton)
@@ -179,6 +186,7 @@ FVector2D SComboButton::ComputeDesiredSize(float LayoutScaleMultiplier) const
 	return FVector2D(FMath::Max(Wanted.X, Button->MinSize.X), FMath::Max(Wanted.Y, Button->MinSize.Y));
 }
 
+// 1. Disabled wins over open, and open over hovered. 2. An open menu has the keyboard, so there is no ring then.
 int32 SComboButton::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect,
 	FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const
 {
