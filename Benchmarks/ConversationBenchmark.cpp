@@ -1,10 +1,13 @@
 #include "Containers/UnrealString.h"
 #include "HAL/PlatformApplicationMisc.h"
+#include "Host/HostServices.h"
 #include "Host/TextShaper.h"
 #include "Support/AllocationCount.h"
 #include "Support/HeadlessApplication.h"
 #include "Support/RecordedMix.h"
+#include "Widgets/Input/SEditableTextBox.h"
 #include "Widgets/Input/SMultiLineEditableTextBox.h"
+#include "Widgets/SBoxPanel.h"
 #include "Widgets/SMessageList.h"
 
 #include <benchmark/benchmark.h>
@@ -386,6 +389,62 @@ namespace
 		}
 	}
 	BENCHMARK(PasteIntoPrompt)->Iterations(3)->UseManualTime()->Unit(benchmark::kMillisecond);
+
+	/** 40 MB into a box of one line, at once or as many lines, which become one; then letters, both ends of the line and undo. */
+	void PasteIntoOneLineBox(benchmark::State& State)
+	{
+		constexpr int32 Length = 40 * 1024 * 1024;
+		const bool bHasLines = State.range(0) != 0;
+		FString Text;
+		Text.Reserve(Length + 100);
+		for (int32 Line = 0; Text.Len() < Length; ++Line)
+		{
+			Text += FRecordedMix::MakeWords(90, Line);
+			Text += bHasLines ? TEXT("\n") : TEXT(" ");
+		}
+		for (auto _ : State)
+		{
+			FHeadlessApplication Application;
+			const TSharedRef<SEditableTextBox> Box = SNew(SEditableTextBox);
+			// clang-format off
+			Application.Show(
+				SNew(SVerticalBox)
+				+ SVerticalBox::Slot()
+				.AutoHeight()
+				[
+					Box
+				]);
+			// clang-format on
+			Application.PumpFrame();
+			Application.Click(FVector2D(100.0, 10.0));
+			Application.PumpFrame();
+			FHostServices::ClipboardCopy(Text);
+			std::vector<double> Times;
+			const auto Measure = [&Application, &Times](TFunctionRef<void()> Do)
+			{
+				const double Start = FHeadlessApplication::GetThreadSeconds();
+				Do();
+				Application.PumpFrame();
+				Times.push_back(GetMilliseconds(Start));
+			};
+			Measure([&] { Application.PressControlKey(EKeys::V); });
+			State.SetIterationTime(Times.front() / 1000.0);
+			State.counters["characters"] = Box->GetText().ToString().Len();
+			for (int32 Round = 0; Round < 5; ++Round)
+			{
+				for (const FKey& Key : { EKeys::Home, EKeys::Right, EKeys::End, EKeys::Left, EKeys::BackSpace })
+				{
+					Measure([&] { Application.PressKey(Key); });
+				}
+				Measure([&] { Application.Type(TEXT("x")); });
+				Measure([&] { Application.PressControlKey(EKeys::Left); });
+			}
+			Measure([&] { Application.PressControlKey(EKeys::A); });
+			Measure([&] { Application.PressControlKey(EKeys::Z); });
+			TellTimes(State, Times);
+		}
+	}
+	BENCHMARK(PasteIntoOneLineBox)->Arg(0)->Arg(1)->Iterations(3)->UseManualTime()->Unit(benchmark::kMillisecond);
 
 } // namespace
 

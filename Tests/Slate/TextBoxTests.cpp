@@ -490,6 +490,13 @@ TEST_F(FTextBoxTest, OneLineBoxes)
 	PressKey("Home");
 	ASSERT_TRUE(Single->GetTextInputArea(Caret));
 	EXPECT_NEAR(Caret.Left, GetRect(*Single).Left + 8.0f, 0.01);
+	const float Height = GetRect(*Single).Height();
+	TypeText(std::string(100000, 'x'));
+	PumpFrame();
+	EXPECT_EQ(GetRect(*Single).Height(), Height) << "one line, however long";
+	ASSERT_TRUE(Single->GetTextInputArea(Caret));
+	EXPECT_GE(Caret.Top, GetRect(*Single).Top);
+	EXPECT_LE(Caret.Bottom, GetRect(*Single).Bottom);
 	PressKey("Escape");
 	EXPECT_EQ(Utf8(Single->GetText()), "start");
 	PressKey("Enter");

@@ -96,7 +96,10 @@ FVector2D SHostTextWidget::MeasureText(float Scale) const
 	FTextView& View = GetView();
 	const bool bWrapsToRoom = Setup.AutoWrapText.Get();
 	float Width = bWrapsToRoom ? View.GetUnwrappedWidth() : View.GetContentWidth();
-	float Height = static_cast<float>(View.GetContentHeight());
+	// A long line is laid out in pieces, each a row of its own. A box of one line shows one of them, however many there are.
+	const FTextDocument& Document = GetEditor().GetDocument();
+	const bool bOneRow = !IsMultiLine() && Document.GetLineCount() == 1 && Document.GetLineLength(0) > FTextViewLines::MaxSegment;
+	float Height = bOneRow ? View.GetMetrics().LineHeight : static_cast<float>(View.GetContentHeight());
 	const FString& Hint = Setup.HintText.Get().ToString();
 	if (GetEditor().GetDocument().IsEmpty() && !Hint.IsEmpty())
 	{
