@@ -104,8 +104,10 @@ TEST_F(FTextBoxTest, SetTextTellsOnlyADifference)
 	EXPECT_EQ(TakeEvents(), (FEvents{ "text Abc" }));
 	Box->SetText(FText::FromString(TEXT("Abc")));
 	EXPECT_EQ(TakeEvents(), FEvents());
-	Box->SetText(FText::FromString(TEXT("abc")));
+	const FText Last = FText::FromString(TEXT("abc"));
+	Box->SetText(Last);
 	EXPECT_EQ(TakeEvents(), (FEvents{ "text abc" }));
+	EXPECT_TRUE(Box->GetText().IdenticalTo(Last)) << "a text of megabytes is there once";
 	Box->GoTo(FTextLocation(0, 99));
 	EXPECT_EQ(TakeEvents(), (FEvents{ "cursor 0,3" }));
 	EXPECT_EQ(Box->GetCursorLocation().GetOffset(), 3);

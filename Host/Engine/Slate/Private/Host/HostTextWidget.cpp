@@ -75,7 +75,7 @@ void SHostTextWidget::SetUp(FHostTextSetup&& InSetup)
 			NoteSizeBinding(true);
 		}
 	}
-	GetEditor().SetText(Setup.Text.Get().ToString(), false);
+	GetEditor().SetText(Setup.Text.Get(), false);
 	if (Setup.Text.IsBound())
 	{
 		State->LastBoundText = Setup.Text.Get();
@@ -129,7 +129,7 @@ void SHostTextWidget::SetText(const TAttribute<FText>& InText)
 	}
 	EndPreedit();
 	const bool bEditing = HasKeyboardFocus() && CanEdit();
-	if (GetEditor().SetText(Setup.Text.Get().ToString(), bEditing))
+	if (GetEditor().SetText(Setup.Text.Get(), bEditing))
 	{
 		FinishEdit(true);
 	}
@@ -153,7 +153,7 @@ void SHostTextWidget::PullBoundText()
 	if (!GetEditor().GetDocument().Equals(Bound.ToString()))
 	{
 		EndPreedit();
-		GetEditor().SetText(Bound.ToString(), false);
+		GetEditor().SetText(Bound, false);
 		State->bScrollToCaret = true;
 		State->NotifiedCaret = GetEditor().GetCaret();
 		Invalidate(EInvalidateWidgetReason::Layout);

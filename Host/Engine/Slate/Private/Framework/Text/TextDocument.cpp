@@ -75,6 +75,12 @@ const FText& FTextDocument::GetDisplayText() const
 	return CachedText;
 }
 
+void FTextDocument::KeepDisplayText(const FText& Text)
+{
+	CachedText = Text;
+	TextRevision = Revision;
+}
+
 FTextLocation FTextDocument::GetEnd() const
 {
 	return FTextLocation(Lines.Num() - 1, Lines.Last().Text.Len());

@@ -36,6 +36,8 @@ public:
 	void SetOnLinesChanged(FOnLinesChanged InHandler) { OnLinesChanged = MoveTemp(InHandler); }
 
 	void SetText(FStringView Text);
+	/** The display text from now on, without another copy: exactly what the document holds. */
+	void KeepDisplayText(const FText& Text);
 	/** Exact comparison, without building the whole text. */
 	bool Equals(FStringView Text) const;
 	/** The whole text, built at the first call behind a change. */

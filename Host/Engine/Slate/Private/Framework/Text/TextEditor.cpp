@@ -116,6 +116,17 @@ bool FTextEditor::SetText(FStringView Text, bool bUndoable)
 	return true;
 }
 
+// A restored draft may be a hundred megabytes; whoever asks for the text shares the one that was set.
+bool FTextEditor::SetText(const FText& Text, bool bUndoable)
+{
+	const bool bChanged = SetText(FStringView(Text.ToString()), bUndoable);
+	if (bChanged)
+	{
+		Document.KeepDisplayText(Text);
+	}
+	return bChanged;
+}
+
 // What the selection gives up counts, but is measured only when it matters: it may be megabytes.
 bool FTextEditor::HasRoomFor(int32 Units) const
 {

@@ -71,6 +71,8 @@ public:
 	 * @param bUndoable  False begins a new history.
 	 */
 	bool SetText(FStringView Text, bool bUndoable);
+	/** The same with a text that is given out again as it came. */
+	bool SetText(const FText& Text, bool bUndoable);
 	/** Whether Insert takes a text of this length: with it the whole is not longer than MaxLength. */
 	bool HasRoomFor(int32 Units) const;
 	/** Replaces the selection. Line breaks of any kind come in as "\n". Nothing happens where there is no room for the text. */
