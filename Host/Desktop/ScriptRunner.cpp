@@ -6,6 +6,7 @@
 #include "Host/HostDialogs.h"
 #include "Host/HostFileDialogs.h"
 #include "Host/HostInput.h"
+#include "Host/HostProgress.h"
 #include "Host/HostTasks.h"
 #include "Host/UpdateGateControl.h"
 #include "StateWords.h"
@@ -64,7 +65,8 @@ void FScriptRunner::Finish()
 
 void FScriptRunner::OnFrame()
 {
-	if (bFinished)
+	// What the program waits for itself, a script waits for, too.
+	if (bFinished || FHostProgress::IsShown())
 	{
 		return;
 	}

@@ -6,9 +6,11 @@
 #include "Agent/BuiltInAgent.h"
 #include "Changes/ChangeJournal.h"
 #include "Changes/ChangeLog.h"
+#include "Changes/ChangeTools.h"
 #include "History/AssetHistoryTracker.h"
 #include "History/FileHistoryTracker.h"
 #include "Host/HostFileNames.h"
+#include "Host/HostProgress.h"
 #include "Host/StoreLocation.h"
 #include "Misc/Paths.h"
 
@@ -237,6 +239,59 @@ TEST_F(AgentChanges, UndoRestoresFilesAndMessages)
 	EXPECT_EQ(CountMessages(), 2);
 }
 
+TEST_F(AgentChanges, AnUndoOfManyFilesIsAWorkersAndItsProgressIsShown)
+{
+	constexpr int Count = 300;
+	Ask("hello");
+	const FString Id = GetId();
+	Ask("create many/first.md with \"x\"");
+	Velmora::FChangeJournal& Journal = *static_cast<Velmora::FBuiltInAgent*>(Agent.Get())->Session->Journal;
+	const FString Transaction = Agent->GetCurrentTransactionId();
+	Journal.SetDurable(false);
+	Velmora::FChangeTools Tools(Project.Root.native(), Journal, Utf8(Transaction), Velmora::EAccessMethod::Automatic);
+	Tools.SetDurable(false);
+	for (int Number = 1; Number < Count; ++Number)
+	{
+		ASSERT_TRUE(Tools.WriteFile("many/" + std::to_string(Number) + ".txt", "x").bSuccess);
+	}
+	// Nothing can be undone before it is shown.
+	std::unique_lock Held(Journal.WorkMutex);
+	std::string Before;
+	std::string After;
+	float Last = -1.0f;
+	FHostProgress::SetShowHook(
+		[&](const FHostLongWork& Work)
+		{
+			Before = Utf8(Work.GetMessage());
+			EXPECT_EQ(Work.GetFraction(), 0.0f);
+			// Frames run, and nothing that they do may come in between.
+			EXPECT_FALSE(Agent->CanUndo());
+			EXPECT_FALSE(Agent->UndoToTransaction(Transaction));
+			EXPECT_FALSE(Agent->SendMessage(TEXT("hello"), {}));
+			EXPECT_FALSE(Agent->LoadConversation(Id));
+			EXPECT_FALSE(Agent->DeleteConversationHistory(Id));
+			EXPECT_EQ(Utf8(Agent->StartConversation(EConversationMode::General)), "");
+			EXPECT_EQ(Utf8(GetId()), Utf8(Id));
+			Held.unlock();
+			while (!Work.WaitForEnd(0.0005))
+			{
+				EXPECT_GE(Work.GetFraction(), Last);
+				Last = Work.GetFraction();
+			}
+			After = Utf8(Work.GetMessage());
+			Last = Work.GetFraction();
+		});
+	EXPECT_TRUE(Agent->UndoToTransaction(Transaction));
+	FHostProgress::SetShowHook(nullptr);
+	EXPECT_EQ(Before, "Undoing the changes …");
+	EXPECT_EQ(After, "Undoing the changes of 300 files …");
+	EXPECT_EQ(Last, 1.0f);
+	EXPECT_FALSE(std::filesystem::exists(Project.Root / "many"));
+	EXPECT_EQ(CountMessages(), 2);
+	EXPECT_TRUE(Agent->CanUndo());
+	EXPECT_NE(Ask("hello"), "(refused)");
+}
+
 TEST_F(AgentChanges, AnUndoThatTheLastProcessDidNotFinishTakesItsMessagesToo)
 {
 	struct FCase
@@ -342,6 +397,10 @@ TEST_F(AgentChanges, NamesOfAnyCharacterAreReadAndChanged)
 		}
 		const std::string Last = Ask("delete it", { Name });
 		EXPECT_FALSE(std::filesystem::exists(Project.Root / Name)) << Last;
+		if (Name.find_first_of("\x07\t\n") == std::string::npos)
+		{
+			EXPECT_TRUE(Holds(Last, Name)) << Last;
+		}
 	}
 	// What sets folders apart elsewhere still does where nothing bears that name.
 	Project.Write("Source/A.cpp", "int Snail;\n");

@@ -52,7 +52,7 @@ namespace Velmora
 
 	FString FAgentSession::StartConversation(EConversationMode Mode)
 	{
-		if (GetProjectFolder().IsEmpty())
+		if (GetProjectFolder().IsEmpty() || bIsUndoing)
 		{
 			return FString();
 		}
@@ -76,7 +76,7 @@ namespace Velmora
 
 	bool FAgentSession::SendMessage(const FString& Text, const TArray<FString>& ContextFiles)
 	{
-		if (!Current.IsValid() || HasTurn() || Text.IsEmpty())
+		if (!Current.IsValid() || HasTurn() || bIsUndoing || Text.IsEmpty())
 		{
 			return false;
 		}

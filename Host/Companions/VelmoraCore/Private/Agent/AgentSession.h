@@ -28,6 +28,7 @@ namespace Velmora
 	class FPermissionRules;
 	class FTurnRecorder;
 	struct FRecoveredUndo;
+	struct FUndoResult;
 
 	// What AgentQuestions.h hands on: a number for a question of that session, the question itself, and its end.
 	uint32 OpenQuestion(const TSharedRef<FAgentSession>& Session);
@@ -76,7 +77,10 @@ namespace Velmora
 		/** Tells what the store has to say as errors, now and later. For an agent whose error callback has been set. */
 		void ListenForNotices();
 
-		/** Restores files and messages as they were before the message of that transaction, or changes nothing and tells why. */
+		/**
+		 * Restores files and messages as they were before the message of that transaction, or changes nothing and tells why. The work
+		 * is a worker's, and the window goes on drawing until it is done.
+		 */
 		bool UndoToTransaction(const FString& TransactionId);
 
 		// As AgentMessages.h says.
@@ -104,6 +108,9 @@ namespace Velmora
 
 		/** A turn is running: it neither waits for the user nor is there none. */
 		bool IsWorking() const { return HasTurn() && State != EConversationState::Paused; }
+
+		/** Frames run while an undo is waited for: until it is over, the conversation stays as it is. */
+		bool IsUndoing() const { return bIsUndoing; }
 
 		/** Answers the question that is open. False when there is none, or it takes no such answer. */
 		bool AnswerQuestion(EAgentAnswer Answer);
@@ -149,6 +156,10 @@ namespace Velmora
 
 		/** Cuts the conversation before a message, in the store first. */
 		FOutcome CutMessages(int32 MessageIndex);
+		void ForgetMessages(int32 MessageIndex);
+
+		/** The files and the stored messages; what the session itself holds is left alone. */
+		FUndoResult PerformUndo(const FString& Id, int32& OutMessageIndex);
 
 		/** The place of the user's last message, or of the one whose transaction goes on to the end; INDEX_NONE without one. */
 		int32 FindLastMessage(std::string& OutTransactionId) const;
@@ -252,6 +263,7 @@ namespace Velmora
 		std::shared_ptr<FChangeJournal> Journal;
 		FString JournalFolder;
 		FString TransactionId;
+		bool bIsUndoing = false;
 		TArray<FOpenTool> OpenTools;
 
 		std::optional<FOpenQuestion> Question;

@@ -4,14 +4,17 @@
 
 #include "Async/Async.h"
 #include "Host/HostFileNames.h"
+#include "Host/HostProgress.h"
 #include "Host/ProjectFolder.h"
 #include "Host/ProjectWalk.h"
 #include "Host/StoreLocation.h"
 #include "Misc/Guid.h"
+#include "Misc/ScopeExit.h"
 
 #include "Text/Utf8Text.h"
 #include "Agent/PermissionRules.h"
 #include "Changes/ChangeJournal.h"
+#include "Changes/UndoPlan.h"
 #include "Host/BuiltInAgentOptions.h"
 #include "Changes/ChangePublisher.h"
 #include "Store/ConversationStore.h"
@@ -29,6 +32,14 @@ namespace Velmora
 				Marks.push_back(HashMessageText(HostFileNameToBytes(Messages[Index].Content)));
 			}
 			return Marks;
+		}
+
+		/** Any thread. */
+		FOutcome CutStoredMessages(FConversationStore& Store, const FString& Id, int32 MessageIndex, int32 StoredCount)
+		{
+			const FOutcome Cut = Store.TruncateMessages(Id, MessageIndex);
+			// A store that cannot be written keeps nothing back of what it never had.
+			return Cut || Cut.Is(EOutcome::Missing) || StoredCount <= MessageIndex ? FOutcome() : Cut;
 		}
 
 		/** Cuts the messages that an undo of a process that died was to cut, unless the conversation has gone on since. */
@@ -69,6 +80,40 @@ namespace Velmora
 		return !Changes.empty();
 	}
 
+	FUndoResult FAgentSession::PerformUndo(const FString& Id, int32& OutMessageIndex)
+	{
+		// 1. What the worker does. The conversation is only looked at meanwhile, on this thread as well (bIsUndoing).
+		const TSharedRef<FConversationMetadata> Conversation = Current.ToSharedRef();
+		const auto Progress = std::make_shared<FUndoProgress>();
+		const auto FirstUndone = std::make_shared<int32>(INDEX_NONE);
+		FUndoRequest Request;
+		Request.TransactionId = HostFileNameToBytes(Id);
+		Request.ConversationId = HostFileNameToBytes(Conversation->Id);
+		Request.Progress = Progress.get();
+		Request.MarkMessages = [Conversation](int MessageIndex) { return MarkMessages(Conversation->Messages, MessageIndex); };
+		Request.Commit = [Conversation, FirstUndone, DefaultStore = GetStore().AsShared(), Count = StoredCount](int MessageIndex)
+		{
+			*FirstUndone = MessageIndex;
+			return CutStoredMessages(*DefaultStore, Conversation->Id, MessageIndex, Count).GetWords();
+		};
+		// 2. Waiting for it, with the window alive.
+		const TGuardValue<bool> Undoing(bIsUndoing, true);
+		TFuture<FUndoResult> Done = Async(EAsyncExecution::Thread, [Worker = Journal, Request, Progress] { return Worker->Undo(Request); });
+		FHostLongWork Work;
+		Work.GetMessage = [&Progress]
+		{
+			const size_t Count = Progress->GetFileCount();
+			return FText::FromString(
+				Utf8Text::ToString(Count == 0 ? std::string("Undoing the changes …")
+											  : "Undoing the changes of " + Utf8Text::Count(Count, "file", "files") + " …"));
+		};
+		Work.GetFraction = [&Progress] { return Progress->GetFraction(); };
+		Work.WaitForEnd = [&Done](double Seconds) { return Done.WaitFor(FTimespan::FromSeconds(Seconds)); };
+		FHostProgress::WaitFor(Work);
+		OutMessageIndex = *FirstUndone;
+		return Done.Consume();
+	}
+
 	bool FAgentSession::UndoToTransaction(const FString& Id)
 	{
 		if (HasTurn() && !IsWorking())
@@ -76,23 +121,15 @@ namespace Velmora
 			// What the turn still wanted to do is not done any more; what a tool does at this moment is undone with the rest.
 			CancelConversation();
 		}
-		if (!Current.IsValid() || HasTurn() || !Journal)
+		if (!Current.IsValid() || HasTurn() || bIsUndoing || !Journal)
 		{
 			Fire(Callbacks.Error,
-				FString(Current.IsValid() && HasTurn() ? TEXT("A request is under way; nothing was undone.")
-													   : TEXT("There is nothing to undo.")));
+				FString(Current.IsValid() && (HasTurn() || bIsUndoing) ? TEXT("A request is under way; nothing was undone.")
+																	   : TEXT("There is nothing to undo.")));
 			return false;
 		}
-		FUndoRequest Request;
-		Request.TransactionId = HostFileNameToBytes(Id);
-		Request.ConversationId = HostFileNameToBytes(Current->Id);
-		Request.MarkMessages = [this](int MessageIndex) { return MarkMessages(Current->Messages, MessageIndex); };
-		Request.Commit = [this](int MessageIndex)
-		{
-			const FOutcome Cut = CutMessages(MessageIndex);
-			return Cut ? std::string() : Cut.GetWords();
-		};
-		const FUndoResult Result = Journal->Undo(Request);
+		int32 MessageIndex = INDEX_NONE;
+		const FUndoResult Result = PerformUndo(Id, MessageIndex);
 		if (!Result.bSuccess)
 		{
 			Fire(Callbacks.Error, Utf8Text::ToString(Result.Problem));
@@ -100,6 +137,12 @@ namespace Velmora
 		}
 		NoteProjectChange();
 		PublishChanges();
+		if (!Current.IsValid())
+		{
+			// The agent was let go of while frames ran.
+			return true;
+		}
+		ForgetMessages(MessageIndex);
 		RemoveFromTrackers(HostFileNameToBytes(Current->Id), Result.TransactionIds);
 		TransactionId.Empty();
 		Current->LastUpdated = FDateTime::Now();
@@ -110,15 +153,18 @@ namespace Velmora
 
 	FOutcome FAgentSession::CutMessages(int32 MessageIndex)
 	{
-		const FOutcome Cut = GetStore().TruncateMessages(Current->Id, MessageIndex);
-		// A store that cannot be written keeps nothing back of what it never had.
-		if (!Cut && !Cut.Is(EOutcome::Missing) && StoredCount > MessageIndex)
+		const FOutcome Cut = CutStoredMessages(GetStore(), Current->Id, MessageIndex, StoredCount);
+		if (Cut)
 		{
-			return Cut;
+			ForgetMessages(MessageIndex);
 		}
+		return Cut;
+	}
+
+	void FAgentSession::ForgetMessages(int32 MessageIndex)
+	{
 		Current->Messages.SetNum(FMath::Min(MessageIndex, Current->Messages.Num()));
 		StoredCount = FMath::Min(StoredCount, MessageIndex);
-		return FOutcome();
 	}
 
 	int32 FAgentSession::FindLastMessage(std::string& OutTransactionId) const
@@ -164,7 +210,7 @@ namespace Velmora
 		const TSharedRef<FAgentSession> Keep = AsShared();
 		std::string Transaction;
 		const int32 Index = FindLastMessage(Transaction);
-		if (Index == INDEX_NONE || IsWorking())
+		if (Index == INDEX_NONE || IsWorking() || bIsUndoing)
 		{
 			return Index == INDEX_NONE ? FString(TEXT("There is no message to take back.")) : FString(TEXT("A request is under way."));
 		}

@@ -144,7 +144,8 @@ namespace Velmora
 			[WeakSession = TWeakPtr<FAgentSession>(AsShared())](float)
 			{
 				const TSharedPtr<FAgentSession> Session = WeakSession.Pin();
-				const bool bGoesOn = Session.IsValid() && !Session->CatchUpOnce(RetryTimeoutMilliseconds);
+				// What is being undone is not stored first.
+				const bool bGoesOn = Session.IsValid() && (Session->bIsUndoing || !Session->CatchUpOnce(RetryTimeoutMilliseconds));
 				if (Session.IsValid() && !bGoesOn)
 				{
 					Session->RetryTicker.Reset();
@@ -208,7 +209,7 @@ namespace Velmora
 		{
 			CancelConversation();
 		}
-		if (HasTurn())
+		if (HasTurn() || bIsUndoing)
 		{
 			Fire(Callbacks.Error, FString(TEXT("Another conversation can be opened when the agent has finished or is stopped.")));
 			return false;
@@ -253,6 +254,10 @@ namespace Velmora
 
 	bool FAgentSession::DeleteConversationHistory(const FString& Id)
 	{
+		if (bIsUndoing)
+		{
+			return false;
+		}
 		const FOutcome Deleted = GetStore().Delete(Id);
 		if (!Deleted && !Deleted.Is(EOutcome::Missing))
 		{
@@ -275,6 +280,10 @@ namespace Velmora
 
 	void FAgentSession::ClearAllHistories()
 	{
+		if (bIsUndoing)
+		{
+			return;
+		}
 		if (HasTurn() && !IsWorking())
 		{
 			CancelConversation();

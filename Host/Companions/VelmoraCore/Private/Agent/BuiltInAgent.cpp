@@ -104,7 +104,7 @@ namespace Velmora
 
 	bool FBuiltInAgent::CanUndo() const
 	{
-		return !Session->IsWorking();
+		return !Session->IsWorking() && !Session->IsUndoing();
 	}
 
 	FString FBuiltInAgent::GetCurrentTransactionId() const

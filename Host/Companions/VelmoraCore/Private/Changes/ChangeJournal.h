@@ -16,6 +16,7 @@
 namespace Velmora
 {
 	struct FUndoEnd;
+	class FUndoProgress;
 
 	/** The numbers are those of the history trackers. */
 	enum class EChangeAction : uint8_t
@@ -57,6 +58,9 @@ namespace Velmora
 
 		/** Gives what a later start knows the messages from a place on by (HashMessageText). May be empty. */
 		std::function<std::vector<std::string>(int MessageIndex)> MarkMessages;
+
+		/** May be null. */
+		FUndoProgress* Progress = nullptr;
 	};
 
 	struct FUndoResult

@@ -68,6 +68,7 @@ namespace Velmora
 		FUndoEnd End;
 		{
 			FUndoPlan Plan(*Contents);
+			Plan.Progress = Request.Progress;
 			FLoggedUndo Logged;
 			Logged.ConversationId = Request.ConversationId;
 			Logged.MessageIndex = MessageIndex;

@@ -95,9 +95,14 @@ namespace Velmora
 
 	std::string FUndoPlan::Inspect()
 	{
+		if (Progress)
+		{
+			Progress->SetFileCount(Targets.size());
+		}
 		for (FUndoTarget& Target : Targets)
 		{
 			const std::string Problem = InspectTarget(Target);
+			NoteStep();
 			if (!Problem.empty())
 			{
 				return "`" + Target.Path + "` cannot be restored: " + Problem;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <map>
 #include <memory>
 #include <string>
@@ -11,6 +12,31 @@
 
 namespace Velmora
 {
+	/** How far an undo is, for those who wait for it on another thread. */
+	class FUndoProgress
+	{
+	public:
+		/** A file is gone through this often: looked at, prepared, put in its place. */
+		static constexpr size_t StepsPerFile = 3;
+
+		void SetFileCount(size_t Count) { FileCount = Count; }
+		void NoteStep() { ++Steps; }
+
+		/** Zero until it is known. */
+		size_t GetFileCount() const { return FileCount; }
+
+		/** From 0 to 1. */
+		float GetFraction() const
+		{
+			const size_t All = FileCount * StepsPerFile;
+			return All == 0 ? 0.0f : static_cast<float>(Steps) / static_cast<float>(All);
+		}
+
+	private:
+		std::atomic<size_t> FileCount = 0;
+		std::atomic<size_t> Steps = 0;
+	};
+
 	/** One file that an undo brings back. */
 	struct FUndoTarget
 	{
@@ -93,6 +119,17 @@ namespace Velmora
 
 		/** By the project's folder. */
 		std::map<std::string, std::unique_ptr<FProjectAccess>> Accesses;
+
+		/** Told of every file that has been gone through; may be null. */
+		FUndoProgress* Progress = nullptr;
+
+		void NoteStep() const
+		{
+			if (Progress)
+			{
+				Progress->NoteStep();
+			}
+		}
 
 	private:
 		std::string InspectTarget(FUndoTarget& Target);

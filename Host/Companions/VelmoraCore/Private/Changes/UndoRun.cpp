@@ -43,6 +43,7 @@ namespace Velmora
 		for (size_t Index = 0; Index < Plan.Targets.size(); ++Index)
 		{
 			const FUndoTarget& Target = Plan.Targets[Index];
+			Plan.NoteStep();
 			FEntryInfo Parent;
 			const std::string Folder = Target.GetFolder();
 			const bool bHasFolder = Folder.empty() ||
@@ -168,9 +169,10 @@ namespace Velmora
 		for (size_t Index = 0; Index < Plan.Targets.size() && Problem.empty(); ++Index)
 		{
 			const FUndoTarget& Target = Plan.Targets[Index];
-			if (!Target.IsInPlace() && (Target.Wanted.Kind == EEntryKind::Absent) == bRemoves)
+			if ((Target.Wanted.Kind == EEntryKind::Absent) == bRemoves)
 			{
-				Problem = Refuse(Target, Restore(Index));
+				Problem = Target.IsInPlace() ? std::string() : Refuse(Target, Restore(Index));
+				Plan.NoteStep();
 			}
 		}
 		return Problem;

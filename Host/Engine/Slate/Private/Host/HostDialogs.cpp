@@ -2,6 +2,7 @@
 
 #include "Containers/StringConv.h"
 #include "Framework/Application/SlateApplication.h"
+#include "Host/HostProgressWindow.h"
 #include "Host/SMessageDialog.h"
 #include "Misc/Optional.h"
 
@@ -119,10 +120,12 @@ namespace
 void FHostDialogs::Install()
 {
 	FHostServices::SetMessageDialogHook([](const FHostMessageDialog& Dialog) { return ShowMessageDialog(Dialog); });
+	FHostProgressWindow::Install();
 }
 
 void FHostDialogs::Uninstall()
 {
+	FHostProgressWindow::Uninstall();
 	FHostServices::SetMessageDialogHook(nullptr);
 	GetDialogState().QueuedAnswers.Reset();
 	GetDialogState().bAnswering = false;
