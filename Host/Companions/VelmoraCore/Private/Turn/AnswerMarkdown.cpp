@@ -12,6 +12,9 @@ namespace Velmora::AnswerMarkdown
 		constexpr size_t MaxBlockBytes = 24000;
 		constexpr size_t MaxBlockLineCharacters = 240;
 
+		/** Stands for a backquote that would end its code: U+02CB. */
+		constexpr std::string_view LooksLikeBackquote = "\xCB\x8B";
+
 		struct FLanguageRow
 		{
 			std::string_view Ending; // Of the lower-case file name.
@@ -46,13 +49,50 @@ namespace Velmora::AnswerMarkdown
 			std::replace(Out.begin(), Out.end(), '\t', ' ');
 			return std::string(Utf8Text::Trim(Out));
 		}
+
+		/** A backquote at that place would end the code that it stands in. */
+		bool EndsCode(std::string_view Text, size_t At)
+		{
+			const char Before = At > 0 ? Text[At - 1] : '\0';
+			const char After = At + 1 < Text.size() ? Text[At + 1] : '\0';
+			// Of letters beyond ASCII not everyone thinks the same.
+			return Before != ' ' && (static_cast<unsigned char>(After) >= 0x80 || !Utf8Text::IsWordByte(After));
+		}
+
+		/** With the backquotes in it code stays one piece. */
+		bool FitsCode(std::string_view Text)
+		{
+			if (Text.substr(0, 2) == "``")
+			{
+				return false;
+			}
+			for (size_t At = Text.find('`'); At != std::string_view::npos; At = Text.find('`', At + 1))
+			{
+				if (EndsCode(Text, At))
+				{
+					return false;
+				}
+			}
+			return true;
+		}
 	}
 
 	std::string InlineCode(std::string_view Text, size_t MaxCharacters)
 	{
 		std::string Out = Utf8Text::Shorten(OneLine(Text), MaxCharacters);
-		std::replace(Out.begin(), Out.end(), '`', '\'');
+		if (!FitsCode(Out))
+		{
+			ReplaceEach(Out, "`", LooksLikeBackquote);
+		}
 		return '`' + (Out.empty() ? std::string("(empty)") : Out) + '`';
+	}
+
+	std::string FileName(std::string_view Path, size_t MaxCharacters)
+	{
+		const std::string Name = Utf8Text::Shorten(OneLine(Path), MaxCharacters);
+		// In bold nothing but two asterisks has a meaning, or one at either end.
+		const bool bFitsBold = !Name.empty() && Name.find("**") == std::string::npos && Name.front() != '*' && Name.back() != '*';
+		return !FitsCode(Name) && bFitsBold ? "**" + Name + "**" : InlineCode(Name, MaxCharacters);
 	}
 
 	std::string FileLink(const FProjectPath& Path, int Line)
@@ -63,7 +103,7 @@ namespace Velmora::AnswerMarkdown
 			Utf8Text::Sanitise(Path.Absolute) == Path.Absolute;
 		if (Path.bIsFolder || !bFits || Name.find_first_of("[]") != std::string::npos)
 		{
-			return InlineCode(Name + Suffix, 160);
+			return FileName(Name + Suffix, 160);
 		}
 		return '[' + Name + Suffix + "](file://" + Path.Absolute + ')';
 	}

@@ -15,6 +15,9 @@ namespace Velmora::AnswerMarkdown
 	/** A piece of code inside a line, at most MaxCharacters long. Never empty. What follows it must not be a letter or digit. */
 	std::string InlineCode(std::string_view Text, size_t MaxCharacters = 80);
 
+	/** A name or path, with every character as it is wherever the dialect can show it. Else as InlineCode. */
+	std::string FileName(std::string_view Path, size_t MaxCharacters = 80);
+
 	/** A link that opens the file, shown by its relative path and the line (0 for none). Plain code for a path that no link can hold, and
 	 * for a folder. */
 	std::string FileLink(const FProjectPath& Path, int Line = 0);

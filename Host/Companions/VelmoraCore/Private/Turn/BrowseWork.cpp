@@ -70,9 +70,9 @@ namespace Velmora
 
 		std::string FolderItem(const FListedEntry& Entry)
 		{
-			return Entry.Path.bIsFolder ? "- " + AnswerMarkdown::InlineCode(Entry.Name + '/', 100) + ' ' +
-					Utf8Text::Count(Entry.FilesInside, "file", "files") + '\n'
-										: "- " + AnswerMarkdown::FileLink(Entry.Path) + '\n';
+			return Entry.Path.bIsFolder
+				? "- " + AnswerMarkdown::FileName(Entry.Name + '/', 100) + ' ' + Utf8Text::Count(Entry.FilesInside, "file", "files") + '\n'
+				: "- " + AnswerMarkdown::FileLink(Entry.Path) + '\n';
 		}
 
 		std::string DisplayName(const FProjectPath& Path)
@@ -130,18 +130,18 @@ namespace Velmora
 		}
 		if (!Found.empty())
 		{
-			return Say("Several names fit " + AnswerMarkdown::InlineCode(Request.Target) + ". Which one do you mean?\n" +
+			return Say("Several names fit " + AnswerMarkdown::FileName(Request.Target) + ". Which one do you mean?\n" +
 				AnswerMarkdown::FileList(Found));
 		}
 		const bool bIsOutside = Request.Target.front() == '/' && Desk.Files.IsOutside(Request.Target);
-		return Say((bIsOutside ? AnswerMarkdown::InlineCode(Request.Target) + " lies outside the project, so I do not open it.\n"
-							   : "There is no file " + AnswerMarkdown::InlineCode(Request.Target) + " in the project.\n") +
+		return Say((bIsOutside ? AnswerMarkdown::FileName(Request.Target) + " lies outside the project, so I do not open it.\n"
+							   : "There is no file " + AnswerMarkdown::FileName(Request.Target) + " in the project.\n") +
 			DescribeWhere());
 	}
 
 	std::string FBrowseWork::DescribeWhere() const
 	{
-		return "I looked below " + AnswerMarkdown::InlineCode(Desk.Files.GetRoot(), 160) + "\n";
+		return "I looked below " + AnswerMarkdown::FileName(Desk.Files.GetRoot(), 160) + "\n";
 	}
 
 	bool FBrowseWork::RunListTool(const FProjectPath& Folder, std::vector<FListedEntry>& OutEntries, bool& bOutIsReadable)
@@ -286,8 +286,8 @@ namespace Velmora
 			return AnswerFile(Found.front());
 		}
 		std::string Text = Found.empty()
-			? "There is no folder " + AnswerMarkdown::InlineCode(Request.Target) + " in the project.\n" + DescribeWhere()
-			: "These names fit " + AnswerMarkdown::InlineCode(Request.Target) + ":\n";
+			? "There is no folder " + AnswerMarkdown::FileName(Request.Target) + " in the project.\n" + DescribeWhere()
+			: "These names fit " + AnswerMarkdown::FileName(Request.Target) + ":\n";
 		return Say(Text + AnswerMarkdown::FileList(Found));
 	}
 
@@ -304,7 +304,7 @@ namespace Velmora
 		{
 			return false;
 		}
-		std::string Text = AnswerMarkdown::InlineCode(Folder.Relative.empty() ? Folder.Absolute : Folder.Relative + '/', 160);
+		std::string Text = AnswerMarkdown::FileName(Folder.Relative.empty() ? Folder.Absolute : Folder.Relative + '/', 160);
 		if (!bIsReadable)
 		{
 			return Say(Text + " cannot be read. Check that it still exists and that you may look into it.\n");
@@ -377,7 +377,7 @@ namespace Velmora
 		{
 			return false;
 		}
-		return Say(AnswerMarkdown::InlineCode(Place.Relative.empty() ? Place.Absolute : Place.Relative + '/', 160) + "\n" +
+		return Say(AnswerMarkdown::FileName(Place.Relative.empty() ? Place.Absolute : Place.Relative + '/', 160) + "\n" +
 			CountSentence(Count) + "\n" + (Count.Kinds.empty() ? std::string() : KindTable(Count)));
 	}
 

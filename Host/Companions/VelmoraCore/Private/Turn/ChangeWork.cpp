@@ -58,7 +58,7 @@ namespace Velmora
 			Found, [&Last](const FProjectPath& Path) { return Path.bIsFolder || Utf8Text::ToLower(LastPartOf(Path.Relative)) != Last; });
 		if (Found.size() > 1)
 		{
-			OutQuestion = "Several files are called " + AnswerMarkdown::InlineCode(Name) + ". Which one do you mean?\n" +
+			OutQuestion = "Several files are called " + AnswerMarkdown::FileName(Name) + ". Which one do you mean?\n" +
 				AnswerMarkdown::FileList(Found);
 			return false;
 		}
@@ -127,7 +127,7 @@ namespace Velmora
 		FTurnQuestion Asked;
 		Asked.Tool = Tool;
 		Asked.Subject = Question.Subject;
-		Asked.Text = "May I change " + AnswerMarkdown::InlineCode(Question.Subject, 160) + " with " + std::string(Tool) + "? I ask since " +
+		Asked.Text = "May I change " + AnswerMarkdown::FileName(Question.Subject, 160) + " with " + std::string(Tool) + "? I ask since " +
 			Question.Reason + ".\n" + Question.Details;
 		OutAnswer = AskUser(Desk.Input, Desk.Control, Desk.Sink, Asked);
 		Desk.NextPrompt = OutAnswer.Decision.Words;
@@ -215,11 +215,11 @@ namespace Velmora
 	{
 		if (!Outcome.bSuccess)
 		{
-			return AnswerMarkdown::InlineCode(Path, 160) + " was not changed: " + AnswerMarkdown::PlainText(Outcome.Problem) + ".\n";
+			return AnswerMarkdown::FileName(Path, 160) + " was not changed: " + AnswerMarkdown::PlainText(Outcome.Problem) + ".\n";
 		}
 		if (Outcome.Action == EChangeAction::Deleted)
 		{
-			return "Deleted " + AnswerMarkdown::InlineCode(Outcome.Path, 160) + ".\n";
+			return "Deleted " + AnswerMarkdown::FileName(Outcome.Path, 160) + ".\n";
 		}
 		const FChangeRequest& Change = Request.Change;
 		const FProjectPath File = { Desk.Files.GetRoot() + '/' + Outcome.Path, Outcome.Path, false };

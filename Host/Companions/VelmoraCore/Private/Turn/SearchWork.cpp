@@ -259,7 +259,7 @@ namespace Velmora
 			Text = "Nothing was found for " + Code + "\n";
 		}
 		Text += "I searched " + Looked + (Search.Project.SearchedFiles == 0 && !Search.Where.bIsFolder ? "" : " below") + ' ' +
-			AnswerMarkdown::InlineCode(Search.Where.Absolute, 160) + "\n";
+			AnswerMarkdown::FileName(Search.Where.Absolute, 160) + "\n";
 		return Say(Text + LeftOutNotes(Search.Project));
 	}
 

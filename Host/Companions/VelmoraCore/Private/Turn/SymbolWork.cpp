@@ -28,13 +28,13 @@ namespace Velmora
 		{
 			const FIndexSymbol& Best = Engine.Symbols.front();
 			std::string Text = Code + " is defined in the engine: " +
-				AnswerMarkdown::InlineCode(Engine.Root + '/' + Best.Path + ':' + std::to_string(Best.Line), 200) + " (" +
+				AnswerMarkdown::FileName(Engine.Root + '/' + Best.Path + ':' + std::to_string(Best.Line), 200) + " (" +
 				DescribeSymbol(Best) + ")\n";
 			for (size_t Index = 1; Index < std::min(Engine.Symbols.size(), MaxOpenPlaces + 1); ++Index)
 			{
 				const FIndexSymbol& Other = Engine.Symbols[Index];
-				Text += "- " + AnswerMarkdown::InlineCode(Other.Path + ':' + std::to_string(Other.Line), 160) + ' ' +
-					DescribeSymbol(Other) + '\n';
+				Text += "- " + AnswerMarkdown::FileName(Other.Path + ':' + std::to_string(Other.Line), 160) + ' ' + DescribeSymbol(Other) +
+					'\n';
 			}
 			return Text;
 		}
@@ -188,7 +188,7 @@ namespace Velmora
 			return false;
 		}
 		Desk.bHasFailed |= Named.empty();
-		std::string Text = Named.empty() ? "There is no file " + AnswerMarkdown::InlineCode(Request.Target) + " in the project.\n"
+		std::string Text = Named.empty() ? "There is no file " + AnswerMarkdown::FileName(Request.Target) + " in the project.\n"
 										 : "Which of these do you mean?\n";
 		return Say(Text + AnswerMarkdown::FileList(Named));
 	}

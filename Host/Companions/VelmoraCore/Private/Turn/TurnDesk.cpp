@@ -53,7 +53,7 @@ namespace Velmora
 				continue;
 			}
 			const char* Why = Files.IsOutside(Path) ? " lies outside the project, so I did not read it.\n" : " could not be found.\n";
-			AttachmentNotes += "Attached " + AnswerMarkdown::InlineCode(Path) + Why;
+			AttachmentNotes += "Attached " + AnswerMarkdown::FileName(Path) + Why;
 
 			// The row of the tool tells the same where the user looks first.
 			const bool bIsBelow = Utf8Text::StartsWith(Path, Files.GetRoot() + '/');
