@@ -1,11 +1,14 @@
 #include "FileCache/FolderReader.h"
 #include "FileCache/ProjectFileMonitor.h"
 #include "Host/HostFileNames.h"
+#include "Host/HostLog.h"
 #include "TemporaryProject.h"
 
+#include <atomic>
 #include <chrono>
 #include <fcntl.h>
 #include <functional>
+#include <future>
 #include <gtest/gtest.h>
 #include <map>
 #include <set>
@@ -434,6 +437,58 @@ TEST_F(FileCacheTests, EndsInTheMiddleOfAScanAndStartsAgain)
 	}
 	Refresh();
 	EXPECT_EQ(Monitor->GetCount(), 3300);
+}
+
+TEST_F(FileCacheTests, OnlyAFileSystemThatDoesNotAnswerIsCalledSilent)
+{
+	struct FCase
+	{
+		const char* Intent;
+		double SilentSeconds;
+		/** What a call takes, and how many there are. */
+		std::chrono::milliseconds CallTime;
+		int CallCount;
+		std::string Warning;
+	};
+	const FCase Cases[] = {
+		{ "many slow calls", 0.3, 20ms, 40, "" },
+		{ "one that does not come back", 0.1, 24h, 1, "The file system does not answer, so the scan of the project is left behind" },
+		{ "slow calls without an end", 0.05, 5ms, 1000000, "The file system is too slow, so the scan of the project is left behind" },
+	};
+	for (const FCase& Case : Cases)
+	{
+		SCOPED_TRACE(Case.Intent);
+		std::string Warnings;
+		const int32 Sink = FHostLog::AddSink(
+			[&](const FHostLogLine& Line) { Warnings += Line.Category == TEXT("LogProjectFileCache") ? Utf8(Line.Text) : ""; });
+		std::promise<void> Promise;
+		const std::shared_future<void> Release = Promise.get_future().share();
+		std::atomic<bool> bIsInCall = false;
+		// In place of the file system: what the thread calls.
+		Start();
+		Listener = FProjectFileListeners::Add(
+			[&, Release](const FProjectFileChanges&)
+			{
+				bIsInCall = true;
+				for (int Call = 0; Call < Case.CallCount; ++Call)
+				{
+					if (Release.wait_for(Case.CallTime) == std::future_status::ready)
+					{
+						return;
+					}
+				}
+			});
+		Project.Write(Case.Intent, "x");
+		ASSERT_TRUE(WaitFor([&] { return bIsInCall.load(); }));
+		Monitor->Shutdown(Case.SilentSeconds);
+		FHostLog::RemoveSink(Sink);
+		EXPECT_EQ(Warnings, Case.Warning);
+		Promise.set_value();
+		FProjectFileListeners::Remove(std::exchange(Listener, 0));
+		// What was left behind is not taken up again; the rest is.
+		Monitor->Request();
+		EXPECT_EQ(Monitor->IsRunning(), Case.Warning.empty());
+	}
 }
 
 TEST_F(FileCacheTests, FoldersAreOpenedWithoutFollowingLinks)

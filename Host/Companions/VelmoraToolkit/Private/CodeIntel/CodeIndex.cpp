@@ -52,8 +52,13 @@ namespace Velmora::CodeIntel
 		std::thread(
 			[Self = shared_from_this()]
 			{
+				{
+					const std::scoped_lock Beginning(Self->StateMutex);
+					Self->Pulse.Add();
+				}
 				Self->Run();
 				const std::scoped_lock Ending(Self->StateMutex);
+				Self->Pulse.Remove();
 				Self->bIsRunning = false;
 				Self->bThreadHasEnded = true;
 				Self->Busy.reset();
@@ -74,13 +79,12 @@ namespace Velmora::CodeIntel
 	bool FCodeIndex::Shutdown(double TimeoutSeconds)
 	{
 		std::vector<FReconciled> Unanswered;
-		bool bHasEnded = false;
+		EThreadWait End = EThreadWait::Silent;
 		{
 			std::unique_lock Lock(StateMutex);
 			bStop = true;
 			Changed.notify_all();
-			bHasEnded = Changed.wait_for(
-				Lock, std::chrono::duration<double>(TimeoutSeconds), [this] { return bThreadHasEnded && Operations == 0; });
+			End = Pulse.WaitUntil(Lock, Changed, TimeoutSeconds, [this] { return bThreadHasEnded && Operations == 0; });
 			Busy.reset();
 			Unanswered.swap(Reconciles);
 		}
@@ -88,9 +92,10 @@ namespace Velmora::CodeIntel
 		{
 			Answer(Done, 0, 0);
 		}
-		if (!bHasEnded)
+		if (End != EThreadWait::Ended)
 		{
-			UE_LOG(LogCodeIndex, Warning, TEXT("The file system does not answer, so the work on the %s index is left behind"),
+			UE_LOG(LogCodeIndex, Warning, TEXT("%s, so the work on the %s index is left behind"),
+				End == EThreadWait::Silent ? TEXT("The file system does not answer") : TEXT("The file system is too slow"),
 				UTF8_TO_TCHAR(Setup.Label.c_str()));
 			return false;
 		}

@@ -17,6 +17,7 @@
 #include "Host/CodeIndexControl.h"
 #include "Host/HostTasks.h"
 #include "Host/ProjectFileChanges.h"
+#include "Threads/ThreadPulse.h"
 
 namespace Velmora::CodeIntel
 {
@@ -51,7 +52,10 @@ namespace Velmora::CodeIntel
 		/** Lets everything that runs come to its end soon, without waiting for it. */
 		void Stop();
 
-		/** Ends everything that runs; false when something did not end in time, which then goes on by itself. Nothing works afterwards. */
+		/**
+		 * Ends everything that runs; false when something did not end, which then goes on by itself: because it stood still for the
+		 * whole time, or was at work for FThreadPulse::SlowFactor times as long. Nothing works afterwards.
+		 */
 		bool Shutdown(double TimeoutSeconds);
 
 		bool IsReady() const { return bIsReady; }
@@ -128,6 +132,9 @@ namespace Velmora::CodeIntel
 
 		mutable std::mutex StateMutex;
 		std::condition_variable Changed;
+
+		/** Of the index's thread and of those that work on the index. */
+		FThreadPulse Pulse;
 		FIndexStats Stats;
 		std::set<std::string> Waiting;
 		std::vector<FReconciled> Reconciles;
@@ -151,12 +158,20 @@ namespace Velmora::CodeIntel
 		{
 			const std::scoped_lock Lock(Index.StateMutex);
 			bIsAllowed = !Index.bStop;
-			Index.Operations += bIsAllowed ? 1 : 0;
+			if (bIsAllowed)
+			{
+				++Index.Operations;
+				Index.Pulse.Add();
+			}
 		}
 		~FOperation()
 		{
 			const std::scoped_lock Lock(Index.StateMutex);
-			Index.Operations -= bIsAllowed ? 1 : 0;
+			if (bIsAllowed)
+			{
+				--Index.Operations;
+				Index.Pulse.Remove();
+			}
 			Index.Changed.notify_all();
 		}
 		FOperation(const FOperation&) = delete;

@@ -116,14 +116,16 @@ namespace Velmora
 		bIsShuttingDown = true;
 		bStop = true;
 		Wake();
-		bIsAbandoned = !ThreadEnded.wait_for(Lock, std::chrono::duration<double>(TimeoutSeconds), [this] { return bThreadHasEnded; });
+		const EThreadWait End = Pulse.WaitUntil(Lock, ThreadEnded, TimeoutSeconds, [this] { return bThreadHasEnded; });
+		bIsAbandoned = End != EThreadWait::Ended;
 		bIsWanted = false;
 		bIsRunning = false;
 		Work.reset();
 		if (bIsAbandoned)
 		{
 			pthread_detach(Thread);
-			UE_LOG(LogProjectFileCache, Warning, TEXT("The file system does not answer, so the scan of the project is left behind"));
+			UE_LOG(LogProjectFileCache, Warning, TEXT("%s, so the scan of the project is left behind"),
+				End == EThreadWait::Silent ? TEXT("The file system does not answer") : TEXT("The file system is too slow"));
 		}
 		else
 		{
@@ -176,6 +178,10 @@ namespace Velmora
 	void FProjectFileMonitor::Run()
 	{
 		{
+			const std::scoped_lock Lock(Mutex);
+			Pulse.Add();
+		}
+		{
 			bFollows = false;
 			FProjectTree Tree(Limits, bStop);
 			while (!bStop)
@@ -197,6 +203,7 @@ namespace Velmora
 			OldLists.clear();
 		}
 		const std::scoped_lock Lock(Mutex);
+		Pulse.Remove();
 		bThreadHasEnded = true;
 		ThreadEnded.notify_all();
 	}

@@ -14,6 +14,7 @@
 #include "FileCache/ProjectTree.h"
 #include "Host/HostTasks.h"
 #include "Templates/SharedPointer.h"
+#include "Threads/ThreadPulse.h"
 
 namespace Velmora
 {
@@ -29,7 +30,10 @@ namespace Velmora
 		/** As Request, but only the first time. */
 		void RequestOnce();
 
-		/** Ends the thread; one that does not answer in time is left behind with what it uses. A later request starts another. */
+		/**
+		 * Ends the thread. A later request starts another, unless the thread was left behind with what it uses: one that stands
+		 * still for the whole time, or is at work for FThreadPulse::SlowFactor times as long.
+		 */
 		void Shutdown(double TimeoutSeconds);
 
 		bool HasCompleted() const { return bHasCompleted; }
@@ -72,6 +76,7 @@ namespace Velmora
 
 		mutable std::mutex Mutex;
 		std::condition_variable ThreadEnded;
+		FThreadPulse Pulse;
 		std::shared_ptr<const FProjectFileList> List = std::make_shared<const FProjectFileList>();
 
 		/** The project folder that the list is of. */
