@@ -150,6 +150,7 @@ TEST(JsonText, NumbersAndEscapes)
 	EXPECT_EQ(Condensed(Parse(TEXT("[1.5,1e2,-0.25E-1]"))), "[1.5,100,-0.025000000000000001]");
 	EXPECT_EQ(Condensed(Parse(TEXT("[0e90,-0.00E+400,0e-999999999,0.0e23,\"0e5\\\"0e5\",10e1,0.0001e90]"))),
 		"[0,-0,0,0,\"0e5\\\"0e5\",100,1e+86]");
+	EXPECT_EQ(Condensed(Parse(TEXT("[0,-0,-0.0,-1e-999,-1,{\"a\":-0}]"))), "[0,-0,-0,-0,-1,{\"a\":-0}]");
 	std::setlocale(LC_NUMERIC, OldLocale ? OldLocale : "C");
 	const FString Controls(FStringView(TEXT("\0\x01\b\f\n\r\t\x1F\x7F/\u2028"), 11));
 	EXPECT_EQ(Condensed(MakeShared<FJsonValueString>(Controls)), "\"\\u0000\\u0001\\b\\f\\n\\r\\t\\u001f\x7F/\xE2\x80\xA8\"");

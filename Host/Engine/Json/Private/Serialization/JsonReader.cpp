@@ -43,7 +43,8 @@ namespace
 	public:
 		bool Null() { return Add(MakeShared<FJsonValueNull>()); }
 		bool Bool(bool bValue) { return Add(MakeShared<FJsonValueBoolean>(bValue)); }
-		bool Int(int Value) { return Double(Value); }
+		/** What has a minus in front; zero comes this way as "-0" alone, and keeps its sign. */
+		bool Int(int Value) { return Double(Value == 0 ? -0.0 : Value); }
 		bool Uint(unsigned Value) { return Double(Value); }
 		bool Int64(int64_t Value) { return Double(double(Value)); }
 		bool Uint64(uint64_t Value) { return Double(double(Value)); }
