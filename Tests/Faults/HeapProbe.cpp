@@ -38,11 +38,11 @@ namespace
 			{
 				continue;
 			}
-			// What comes and goes is not counted: the least of some looks.
+			// What comes and goes is not counted: the least of looks over a time in which a busy machine gives everyone a turn.
 			size_t Heap = SIZE_MAX;
 			int Threads = INT_MAX;
 			int Files = INT_MAX;
-			for (int Look = 0; Look < 10; ++Look, usleep(2000))
+			for (int Look = 0; Look < 60; ++Look, usleep(5000))
 			{
 				const struct mallinfo2 Info = mallinfo2();
 				Heap = std::min(Heap, Info.uordblks + Info.hblkhd);

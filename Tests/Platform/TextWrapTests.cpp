@@ -220,17 +220,26 @@ TEST_F(TextLimits, TenMegabytesAreLaidOut)
 
 TEST_F(TextLimits, TheWordCacheIsBounded)
 {
-	std::string Number;
-	for (int32 Word = 0; Word < 3 * static_cast<int32>(FShaperFont::MaxWords); ++Word)
+	const auto CountShaped = [](const FString& Text)
+	{
+		const uint64 Before = Shaper().GetCounters().WordsShaped;
+		Make(Text, Body());
+		return Shaper().GetCounters().WordsShaped - Before;
+	};
+	constexpr int32 Count = 3 * static_cast<int32>(FShaperFont::MaxWords);
+	for (int32 Word = 0; Word < Count; ++Word)
 	{
 		Make(FString::Printf(TEXT("w%d"), Word), Body());
 	}
-	const auto CountShaped = [](const TCHAR* Word)
-	{
-		const uint64 Before = Shaper().GetCounters().WordsShaped;
-		Make(Word, Body());
-		return Shaper().GetCounters().WordsShaped - Before;
-	};
-	EXPECT_EQ(CountShaped(*FString::Printf(TEXT("w%d"), 3 * static_cast<int32>(FShaperFont::MaxWords) - 1)), 0u) << "the last is kept";
+	EXPECT_EQ(CountShaped(FString::Printf(TEXT("w%d"), Count - 1)), 0u) << "the last is kept";
 	EXPECT_GT(CountShaped(TEXT("w0")), 0u) << "the first is gone";
+
+	// It follows what texts hold.
+	const auto Held = Make(TEXT("held by a text"), Body());
+	for (int32 Word = 0; Word < 2 * static_cast<int32>(FShaperFont::FewWords); ++Word)
+	{
+		Make(FString::Printf(TEXT("n%d"), Word), Body());
+	}
+	EXPECT_EQ(CountShaped(TEXT("text held")), 0u);
+	EXPECT_GT(CountShaped(TEXT("n0")), 0u) << "nobody holds it";
 }

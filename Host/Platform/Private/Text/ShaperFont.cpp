@@ -157,7 +157,7 @@ FTextWordRef FShaperFont::GetWord(TextUnits::FView Text)
 	{
 		return Found->second;
 	}
-	if (Words.size() >= MaxWords)
+	if (Words.size() >= NextDrop)
 	{
 		DropUnusedWords();
 	}
@@ -166,7 +166,8 @@ FTextWordRef FShaperFont::GetWord(TextUnits::FView Text)
 	return Word;
 }
 
-// The table is bounded: a program that runs for weeks meets every identifier of a project.
+// The table is bounded: a program that runs for weeks meets every identifier of a project. It follows what texts hold, or the times
+// and numbers of all that was ever shown would stay up to that bound.
 void FShaperFont::DropUnusedWords()
 {
 	for (auto Entry = Words.begin(); Entry != Words.end();)
@@ -178,6 +179,7 @@ void FShaperFont::DropUnusedWords()
 	{
 		Words.clear();
 	}
+	NextDrop = std::clamp(2 * Words.size(), FewWords, MaxWords);
 }
 
 FTextWordRef FShaperFont::Shape(TextUnits::FView Text)

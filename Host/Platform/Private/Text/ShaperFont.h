@@ -54,8 +54,9 @@ public:
 
 	/** Longer words are cut into several pieces, so that each stays cheap to search and to keep. */
 	static constexpr int32 MaxWordLength = 48;
-	/** Words kept beyond those that texts hold. */
+	/** Words kept, those that texts hold among them. Of the others there are at most as many, or FewWords. */
 	static constexpr size_t MaxWords = 16384;
+	static constexpr size_t FewWords = 512;
 
 private:
 	FTextWordRef Shape(TextUnits::FView Text);
@@ -75,6 +76,8 @@ private:
 	float LetterSpace = 0.0f;
 	/** The keys are views into the words. */
 	std::unordered_map<TextUnits::FView, FTextWordRef> Words;
+	/** So many words, and those that no text holds go. */
+	size_t NextDrop = FewWords;
 	/** 0 unknown, 1 no, 2 yes, by two ASCII characters. */
 	std::vector<uint8> AsciiPairs;
 	std::unordered_map<uint32, bool> OtherPairs;
