@@ -238,6 +238,7 @@ namespace
 		->Args({ 20, 0 })
 		->Args({ 10000, 0 })
 		->Args({ 10000, 1 })
+		->Args({ 100000, 0 })
 		->Iterations(3)
 		->UseManualTime()
 		->Unit(benchmark::kMillisecond);
@@ -549,7 +550,7 @@ namespace
 		}
 		TellTimes(State, "", Times);
 	}
-	BENCHMARK(TypeBelowConversation)->Arg(20)->Arg(10000)->Iterations(200)->UseManualTime()->Unit(benchmark::kMillisecond);
+	BENCHMARK(TypeBelowConversation)->Arg(20)->Arg(10000)->Arg(100000)->Iterations(200)->UseManualTime()->Unit(benchmark::kMillisecond);
 
 	/** From Ctrl+Enter to the frame that shows the message. */
 	void SendLongPrompt(benchmark::State& State)

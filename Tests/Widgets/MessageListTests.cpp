@@ -4,6 +4,7 @@
 #include "Widgets/Layout/SScrollBox.h"
 
 #include <algorithm>
+#include <set>
 
 class FMessageListTest : public FVelmoraWidgetTest
 {
@@ -90,6 +91,49 @@ TEST_F(FMessageListTest, GrowingAppends)
 	EXPECT_TRUE(std::equal(Before.begin(), Before.end(), After.begin()));
 	EXPECT_EQ(DumpRows(*List), "message 0, message 1, message 2..., message 3, message 4...")
 		<< "the flag of a former last row is not cleared";
+}
+
+TEST_F(FMessageListTest, RowsFarFromTheEndAreMadeWhenTheyAreShown)
+{
+	FMessages Messages = MakeMessages(600);
+	Messages[1] = MakeAnswers(1)[0];
+	const TSharedRef<SMessageList> List = SNew(SMessageList).Messages(Messages);
+	Show(List);
+	PumpSeconds(0.5);
+	EXPECT_TRUE(IsAtEnd(*List));
+	const std::vector<SWidget*> Rows = GetRows(*List);
+	ASSERT_EQ(Rows.size(), 600u);
+	const auto IsMade = [&Rows](size_t Index) { return FindInside(*Rows[Index], "SMarkdownTextBlock").IsValid(); };
+	EXPECT_FALSE(IsMade(0));
+	EXPECT_TRUE(IsMade(1)) << "its text may still change";
+	EXPECT_FALSE(IsMade(399));
+	EXPECT_TRUE(IsMade(400));
+
+	List->ScrollToTop();
+	PumpSeconds(0.5);
+	const FTextList Shown = VisibleTexts();
+	EXPECT_NE(std::find(Shown.begin(), Shown.end(), "message 2"), Shown.end());
+	EXPECT_TRUE(IsMade(0));
+	EXPECT_EQ(Rows[0]->GetDesiredSize(), Rows[599]->GetDesiredSize());
+	EXPECT_FALSE(IsMade(300)) << "nobody has looked there";
+	EXPECT_EQ(BoxOf(*List)->GetScrollOffset(), 0.0f);
+
+	// Up from the end, a page at a time, every message comes by.
+	List->ScrollToBottom();
+	PumpSeconds(0.5);
+	std::set<std::string> Seen;
+	for (int32 Page = 0; Page < 300 && Seen.size() < 599; ++Page)
+	{
+		for (const std::string& Text : VisibleTexts())
+		{
+			if (Text.starts_with("message "))
+			{
+				Seen.insert(Text);
+			}
+		}
+		Scroll(List, 6.0f);
+	}
+	EXPECT_EQ(Seen.size(), 599u) << "two are called message 0, and there is no message 1";
 }
 
 TEST_F(FMessageListTest, OneLessRemovesTheLastRow)

@@ -2,6 +2,29 @@
 
 #include "Widgets/Layout/SScrollBox.h"
 
+namespace
+{
+
+	/** So many rows before the end are made at once: more than any window shows. Those before them have time. */
+	constexpr int32 ReadyRows = 200;
+
+	/** A copy that leaves alone what is the same at the front: that of a long conversation would touch every message of it. */
+	void CopyMessages(const TArray<TSharedPtr<FChatMessage>>& From, TArray<TSharedPtr<FChatMessage>>& To)
+	{
+		int32 Same = 0;
+		while (Same < FMath::Min(From.Num(), To.Num()) && From[Same] == To[Same])
+		{
+			++Same;
+		}
+		To.SetNum(Same);
+		for (int32 Index = Same; Index < From.Num(); ++Index)
+		{
+			To.Add(From[Index]);
+		}
+	}
+
+} // namespace
+
 const float SMessageList::ScrollBottomThreshold = 50.0f;
 
 void SMessageList::Construct(const FArguments& InArgs)
@@ -31,7 +54,7 @@ void SMessageList::SetMessages(const TArray<TSharedPtr<FChatMessage>>& NewMessag
 	// 1. Where the reader was, before the rows change.
 	const bool bWasAtBottom = IsScrolledToBottom();
 	const int32 OldCount = Messages.Num();
-	Messages = NewMessages;
+	CopyMessages(NewMessages, Messages);
 	const int32 NewCount = Messages.Num();
 
 	// 2. The least work that gives the rows: nearly always a message was added, sometimes the last one taken away.
@@ -93,6 +116,7 @@ void SMessageList::AddRowsFrom(int32 StartIndex)
 			SNew(SMessageRow)
 			.Message(Message)
 			.IsLatestMessage(bIsLatest)
+			.BuildWhenShown(Messages.Num() - Index > ReadyRows)
 			.CanUndo(CanUndoDelegate)
 			.OnUndo(this, &SMessageList::RequestUndo, Message)
 		];

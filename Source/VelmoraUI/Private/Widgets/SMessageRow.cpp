@@ -29,6 +29,23 @@ namespace
 		return IsToolGroup(Message) ? Message->ToolExecutions.Num() : 0;
 	}
 
+	/** Nothing that its row shows will change but what is bound. */
+	bool IsFinishedText(const TSharedPtr<FChatMessage>& Message)
+	{
+		return Message.IsValid() && Message->bIsComplete && !Message->IsToolMessage() && !IsToolGroup(Message);
+	}
+
+	/** The height of a card with that text, roughly: what is out of view moves the scroll bar alone. In Slate units. */
+	double EstimateHeight(const FString& Text)
+	{
+		constexpr double HeaderHeight = 62.0;
+		constexpr double LineHeight = 20.0;
+		constexpr int32 CharactersPerLine = 120;
+		constexpr int32 MaxLines = 1000;
+		const int32 Lines = Text.Len() / CharactersPerLine + 1;
+		return HeaderHeight + LineHeight * FMath::Min(Lines, MaxLines);
+	}
+
 	FIconButton MakeHeaderButtonLook(FName Tag, FName Icon)
 	{
 		FIconButton Look;
@@ -51,6 +68,15 @@ void SMessageRow::Construct(const FArguments& InArgs)
 	OnUndoDelegate = InArgs._OnUndo;
 	LastToolCount = CountToolsOfGroup(Message);
 	FadeAnimator.FadeIn(RowFadeSeconds);
+	if (!InArgs._BuildWhenShown || !IsFinishedText(Message))
+	{
+		Build();
+	}
+}
+
+void SMessageRow::Build()
+{
+	bIsBuilt = true;
 	StayAwake.SetUp(*this, [this] { return FadeAnimator.IsAnimating(); });
 
 	// clang-format off
@@ -93,6 +119,11 @@ void SMessageRow::SetMessage(TSharedPtr<FChatMessage> NewMessage)
 	{
 		return;
 	}
+	if (!bIsBuilt)
+	{
+		// Texts are those of the message that the row was made for.
+		Build();
+	}
 	Message = NewMessage;
 	// What was made for the old message stays on screen until the row is built anew; nothing further is made for it.
 	CachedContent.Reset();
@@ -116,6 +147,12 @@ void SMessageRow::SetIsLatestMessage(bool bNewIsLatest)
 void SMessageRow::Tick(const FGeometry& AllottedGeometry, const double InCurrentTime, const float InDeltaTime)
 {
 	SCompoundWidget::Tick(AllottedGeometry, InCurrentTime, InDeltaTime);
+	if (!bIsBuilt)
+	{
+		// Only what is painted is ticked, so it has come into view.
+		Build();
+		Invalidate(EInvalidateWidgetReason::Layout);
+	}
 	FadeAnimator.Tick(InDeltaTime);
 
 	// The dots of an answer that is still being written.
@@ -137,6 +174,11 @@ void SMessageRow::Tick(const FGeometry& AllottedGeometry, const double InCurrent
 		ToolContainer->UpdateToolList(Message->ToolExecutions);
 	}
 	StayAwake.Update();
+}
+
+FVector2D SMessageRow::ComputeDesiredSize(float LayoutScaleMultiplier) const
+{
+	return bIsBuilt ? SCompoundWidget::ComputeDesiredSize(LayoutScaleMultiplier) : FVector2D(0.0, EstimateHeight(Message->Content));
 }
 
 TSharedRef<SWidget> SMessageRow::BuildMessageHeader() const

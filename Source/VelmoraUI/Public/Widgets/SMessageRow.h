@@ -29,11 +29,17 @@ class VELMORAUI_API SMessageRow : public SCompoundWidget
 public:
 	SLATE_BEGIN_ARGS(SMessageRow)
 		: _IsLatestMessage(false)
+		, _BuildWhenShown(false)
 	{
 	}
 	SLATE_ARGUMENT(TSharedPtr<FChatMessage>, Message)
 	/** The row was the last one when it was made. */
 	SLATE_ARGUMENT(bool, IsLatestMessage)
+	/**
+	 * A row far from what is in view holds nothing until its first Tick, and takes about the room that it will need. For finished
+	 * texts alone: others are made at once in any case.
+	 */
+	SLATE_ARGUMENT(bool, BuildWhenShown)
 	/** Unbound means never. */
 	SLATE_EVENT(FCanUndoMessage, CanUndo)
 	/** The user asks to go back to before this message. */
@@ -48,7 +54,11 @@ public:
 
 	virtual void Tick(const FGeometry& AllottedGeometry, const double InCurrentTime, const float InDeltaTime) override;
 
+protected:
+	virtual FVector2D ComputeDesiredSize(float LayoutScaleMultiplier) const override;
+
 private:
+	void Build();
 	TSharedRef<SWidget> BuildMessageHeader() const;
 	TSharedRef<SWidget> BuildToolHeader();
 	TSharedRef<SWidget> BuildTextHeader();
@@ -80,6 +90,7 @@ private:
 
 	TSharedPtr<FChatMessage> Message;
 	bool bIsLatestMessage = false;
+	bool bIsBuilt = false;
 	FCanUndoMessage CanUndoDelegate;
 	/** Finished Markdown content. */
 	TSharedPtr<SWidget> CachedContent;
