@@ -470,14 +470,18 @@ FString SAgentActivity::MakeCopy(const FAgentActivityEntry& Entry)
 
 TOptional<float> SAgentActivity::GetContextShare() const
 {
-	const FEntry Request = GetLastRequest();
-	int64 Used = 0;
-	int64 Left = 0;
-	if (!Request || !Request->GetContext(Used, Left))
+	// Of the last one that is known: a request under way has no figures yet.
+	for (int32 Index = Entries.Num() - 1; Index >= 0; --Index)
 	{
-		return TOptional<float>();
+		int64 Used = 0;
+		int64 Left = 0;
+		if (Entries[Index]->Kind == EAgentActivityKind::Request && Entries[Index]->GetContext(Used, Left))
+		{
+			return FMath::Clamp(
+				static_cast<float>(static_cast<double>(Used) / static_cast<double>(Entries[Index]->ContextTokens)), 0.0f, 1.0f);
+		}
 	}
-	return FMath::Clamp(static_cast<float>(static_cast<double>(Used) / static_cast<double>(Request->ContextTokens)), 0.0f, 1.0f);
+	return TOptional<float>();
 }
 
 FSlateColor SAgentActivity::GetContextColor() const

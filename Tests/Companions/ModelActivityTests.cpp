@@ -138,22 +138,63 @@ TEST_F(ModelActivity, LivePiecesComeBeforeTheEndAndCharactersStayWhole)
 		[&Go](FPeerConnection& Connection)
 		{
 			FPeerConnection::FRequest Request;
-			Connection.ReadRequest(Request);
+			if (!Connection.ReadRequest(Request))
+			{
+				return;
+			}
 			Connection.Send(StreamHead() + PeerText::Events({ Chunk(R"({"reasoning_content":"Sn"})"), Say("Caf\xC3\xA9 ") }));
 			Go.wait();
 			Connection.Send(PeerText::Events({ Say("ok"), Chunk("{}", "stop"), "[DONE]" }));
 		});
-	Use(Peer);
+	FAgentConnection Connection;
+	Connection.Name = TEXT("peer");
+	Connection.Url = Text(Peer.GetUrl());
+	Connection.Model = TEXT("m");
+	Connection.ContextTokens = 4096;
+	FAgentConnections::Select(Connection);
 	ASSERT_TRUE(Agent->SendMessage(TEXT("go"), {}));
-	const auto Text = [] { return FAgentActivity::GetEntries().Num() == 0 ? std::string() : Utf8(FAgentActivity::GetEntries()[0]->Text); };
-	EXPECT_TRUE(PumpUntil([&] { return Text() == "Caf\xC3\xA9 "; }));
+	const auto Live = [] { return FAgentActivity::GetEntries().Num() == 0 ? std::string() : Utf8(FAgentActivity::GetEntries()[0]->Text); };
+	EXPECT_TRUE(PumpUntil([&] { return Live() == "Caf\xC3\xA9 "; }));
 	EXPECT_FALSE(FAgentActivity::GetEntries()[0]->bIsDone);
 	EXPECT_TRUE(FAgentActivity::GetTurnStatus().bIsRunning);
 	EXPECT_EQ(FAgentActivity::GetTurnStatus().Tokens, 2);
 	EXPECT_EQ(Utf8(FAgentActivity::GetTurnStatus().Agent), "peer, m");
 	Goes.set_value();
 	EXPECT_TRUE(PumpUntil([this] { return HasTurnEnded(); }));
-	EXPECT_EQ(Text(), "Caf\xC3\xA9 ok");
+	EXPECT_EQ(Live(), "Caf\xC3\xA9 ok");
+}
+
+TEST_F(ModelActivity, TheServerIsAskedOnceHowMuchItsModelTakes)
+{
+	struct FCase
+	{
+		const char* List;
+		int64 Tokens;
+	};
+	for (const FCase& Case : { FCase{ R"({"data":[{"id":"x","meta":{"n_ctx":512}},{"id":"m","meta":{"n_ctx":8192}}]})", 8192 },
+			 FCase{ R"({"data":[{"id":"file.gguf","meta":{"n_ctx":4096}}]})", 4096 },
+			 FCase{ R"({"data":[{"id":"x","max_model_len":512},{"id":"y"}]})", 0 }, FCase{ "<html>", 0 } })
+	{
+		SCOPED_TRACE(Case.List);
+		FAgentActivity::Clear();
+		ListCount = 0;
+		ModelList = Answer("200 OK", "application/json", Case.List);
+		const std::string Usage = R"({"choices":[],"usage":{"prompt_tokens":900,"completion_tokens":40}})";
+		FScriptedPeer Peer(Give({ Stream({ Say("ok"), Chunk("{}", "stop"), Usage, "[DONE]" }) }));
+		Use(Peer);
+		EXPECT_EQ(Ask("go"), "ok");
+		EXPECT_EQ(Ask("again"), "ok");
+		PumpUntilQuiet();
+		ASSERT_EQ(FAgentActivity::GetEntries().Num(), 2);
+		EXPECT_EQ(ListCount, 1);
+		for (const TSharedRef<const FAgentActivityEntry>& Entry : FAgentActivity::GetEntries())
+		{
+			int64 Used = 0;
+			int64 Left = 0;
+			EXPECT_EQ(Entry->GetContext(Used, Left), Case.Tokens > 0);
+			EXPECT_EQ(Entry->ContextTokens, Case.Tokens);
+		}
+	}
 }
 
 TEST_F(ModelActivity, IsBounded)
@@ -260,6 +301,7 @@ TEST_F(ModelConnections, ATestSaysWhatItFound)
 	};
 	for (const FCase& Case : Cases)
 	{
+		ModelList.clear();
 		FScriptedPeer Peer(Give(Case.Answers));
 		const FConnectionReport Report = Test(Make(TEXT("peer"), Text(Peer.GetUrl())));
 		EXPECT_EQ(Report.bSuccess, Case.bSuccess) << Utf8(Report.Sentence);

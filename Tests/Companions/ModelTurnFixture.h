@@ -30,12 +30,18 @@ protected:
 	/** A server that gives these answers in turn, and keeps what it was asked. */
 	FScriptedPeer::FScript Give(std::vector<std::string> Answers)
 	{
+		AnswerCount = 0;
 		return FScriptedPeer::AnswerEach(
-			[this, Answers = std::move(Answers)](const FPeerConnection::FRequest& Request, int Number)
+			[this, Answers = std::move(Answers)](const FPeerConnection::FRequest& Request, int)
 			{
 				const std::scoped_lock Lock(Mutex);
+				if (Request.Method == "GET" && !ModelList.empty())
+				{
+					++ListCount;
+					return ModelList;
+				}
 				Requests.push_back(Request);
-				return Answers[std::min<size_t>(static_cast<size_t>(Number), Answers.size() - 1)];
+				return Answers[std::min(AnswerCount++, Answers.size() - 1)];
 			});
 	}
 
@@ -51,6 +57,10 @@ protected:
 		return std::string(std::istreambuf_iterator<char>(File), {});
 	}
 
+	/** What the list of models is answered with; empty: by the answers, in turn. */
+	std::string ModelList = PeerText::Answer("404 No", "application/json", R"({"error":"no list"})");
+	int ListCount = 0;
+	size_t AnswerCount = 0;
 	std::mutex Mutex;
 	std::vector<FPeerConnection::FRequest> Requests;
 };

@@ -222,7 +222,11 @@ TEST_F(ModelTurn, CancelClosesTheConnectionAndTheNextRequestIsValid)
 			FPeerConnection::FRequest Request;
 			while (Connection.ReadRequest(Request))
 			{
-				if (++Count == 1)
+				if (Request.Method == "GET")
+				{
+					Connection.Send(ModelList);
+				}
+				else if (++Count == 1)
 				{
 					Connection.Send(WithCalls("One.", { Call(0, "c1", "list_directory", "{}") }));
 				}
@@ -292,6 +296,7 @@ TEST_F(ModelTurn, ConnectionsAreTheUsersAlone)
 	EXPECT_EQ(FAgentConnections::List(Problem).Num(), 0);
 	EXPECT_EQ(Utf8(Problem), "");
 
+	ModelList.clear();
 	FScriptedPeer Peer(
 		Give({ Answer("200 OK", "application/json", R"({"data":[{"id":"first","max_model_len":4096},{"id":"second"}]})"), Final("ok") }));
 	const auto WriteFile = [&Folder](const char* Name, const std::string& Content, mode_t Mode)

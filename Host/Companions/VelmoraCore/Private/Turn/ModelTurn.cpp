@@ -1,6 +1,9 @@
 #include "Turn/ModelTurn.h"
 
 #include <algorithm>
+#include <map>
+#include <mutex>
+#include <optional>
 
 #include "Agent/ModelConsents.h"
 #include "Agent/Transcript.h"
@@ -27,6 +30,42 @@ namespace Velmora
 
 		/** Without a figure of the server's: what most models take. */
 		constexpr size_t UnknownContextBytes = 400 * 1024;
+
+		/** How long a server may think about the sizes of its models before it is asked without. */
+		constexpr double MaxSizeSeconds = 5.0;
+
+		/** What servers have said of the sizes of their models in this run: each is asked once. */
+		class FKnownSizes
+		{
+		public:
+			static FKnownSizes& Get()
+			{
+				static FKnownSizes Sizes;
+				return Sizes;
+			}
+			std::optional<int64_t> Find(const std::string& Url, const std::string& Model)
+			{
+				const std::scoped_lock Lock(Mutex);
+				const auto Known = Tokens.find({ Url, Model });
+				return Known == Tokens.end() ? std::nullopt : std::optional<int64_t>(Known->second);
+			}
+			void Set(const std::string& Url, const std::string& Model, int64_t Size)
+			{
+				const std::scoped_lock Lock(Mutex);
+				Tokens[{ Url, Model }] = Size;
+			}
+
+		private:
+			std::mutex Mutex;
+			std::map<std::pair<std::string, std::string>, int64_t> Tokens;
+		};
+
+		/** Of the model with that name; a server with one model serves it under whatever name. */
+		int64_t FindSize(const std::vector<FModelInfo>& Models, const std::string& Model)
+		{
+			const auto Named = std::find_if(Models.begin(), Models.end(), [&Model](const FModelInfo& Info) { return Info.Id == Model; });
+			return Named != Models.end() ? Named->ContextTokens : Models.size() == 1 ? Models.front().ContextTokens : 0;
+		}
 	}
 
 	FModelTurn::FModelTurn(
@@ -176,7 +215,7 @@ namespace Velmora
 		Request.Options = Connection.Options;
 		if (!Request.Model.empty())
 		{
-			return true;
+			return ContextTokens > 0 || AskForSize();
 		}
 		std::vector<FModelInfo> Models;
 		const FModelProblem Problem = Client.ListModels(Models);
@@ -193,6 +232,25 @@ namespace Velmora
 		ContextTokens = ContextTokens > 0 ? ContextTokens : Models.front().ContextTokens;
 		Activity.SetContextTokens(ContextTokens);
 		return true;
+	}
+
+	bool FModelTurn::AskForSize()
+	{
+		std::optional<int64_t> Size = FKnownSizes::Get().Find(Connection.Server.BaseUrl, Request.Model);
+		if (!Size)
+		{
+			// It need not have a list. One that cannot be reached is told when it is asked for the answer.
+			std::vector<FModelInfo> Models;
+			const FModelProblem Problem = Client.ListModels(Models, MaxSizeSeconds);
+			Size = FindSize(Models, Request.Model);
+			if (!Problem || Problem.Fault == EModelFault::NotFound || Problem.Fault == EModelFault::NoModelServer)
+			{
+				FKnownSizes::Get().Set(Connection.Server.BaseUrl, Request.Model, *Size);
+			}
+		}
+		ContextTokens = *Size;
+		Activity.SetContextTokens(ContextTokens);
+		return !Control.IsCancelled();
 	}
 
 	bool FModelTurn::AskForBackground(const std::string& Background, bool& bOutIsAllowed)
@@ -430,6 +488,7 @@ namespace Velmora
 		if (Problem.ContextTokens > 0)
 		{
 			ContextTokens = Problem.ContextTokens;
+			FKnownSizes::Get().Set(Connection.Server.BaseUrl, Request.Model, ContextTokens);
 			Activity.SetContextTokens(ContextTokens);
 		}
 		const size_t Room = ContextTokens > 0 ? static_cast<size_t>(ContextTokens) * BytesPerToken * 3 / 4 : Now;

@@ -36,6 +36,7 @@ namespace Velmora
 		bool AskToConnect();
 		bool AskForBackground(const std::string& Background, bool& bOutIsAllowed);
 		bool PickModel();
+		bool AskForSize();
 		bool MakeMessages();
 		bool AskModel(FModelReply& OutReply);
 		bool AskForMoreRounds(int Round);

@@ -1,5 +1,7 @@
 #include "Model/ModelClient.h"
 
+#include <algorithm>
+
 #include "Http/WebAddress.h"
 #include "Model/ModelFaults.h"
 #include "Text/WireText.h"
@@ -198,12 +200,14 @@ namespace Velmora
 		return Reply;
 	}
 
-	FModelProblem FModelClient::ListModels(std::vector<FModelInfo>& OutModels)
+	FModelProblem FModelClient::ListModels(std::vector<FModelInfo>& OutModels, double MaxSeconds)
 	{
 		FReplyBuilder Builder;
 		const std::unique_ptr<IReplyReader> Refusal = Dialect.MakeReader(Builder);
 		FBodyReader Body;
-		const FHttpReply Reply = Stream.Run(Dialect.MakeListRequest(Server), Body);
+		FHttpRequest Request = Dialect.MakeListRequest(Server);
+		Request.Limits.TotalSeconds = MaxSeconds > 0.0 ? std::min(Request.Limits.TotalSeconds, MaxSeconds) : Request.Limits.TotalSeconds;
+		const FHttpReply Reply = Stream.Run(Request, Body);
 		if (Body.Status >= 400)
 		{
 			Refusal->OnRefusal(Body.Status, std::string_view(Body.Body).substr(0, MaxRefusalBytes));

@@ -27,8 +27,8 @@ namespace Velmora
 		/** @param OnPiece  Called on this thread as the answer comes; so is OnSend. */
 		FModelReply Ask(const FModelRequest& Request, FReplyBuilder::FOnPiece OnPiece = nullptr, const FOnSend& OnSend = nullptr);
 
-		/** Returns no problem with the list, or a problem and no list. */
-		FModelProblem ListModels(std::vector<FModelInfo>& OutModels);
+		/** Returns no problem with the list, or a problem and no list. @param MaxSeconds  That it may take in all, if above zero. */
+		FModelProblem ListModels(std::vector<FModelInfo>& OutModels, double MaxSeconds = 0.0);
 
 		/** For good: what is under way ends at once, its connection is closed. Any thread. */
 		void Cancel() { Stream.Cancel(); }
