@@ -47,9 +47,8 @@ namespace
 		const FText Question = Last.bCanUndo
 			? LOCTEXT("TakeBack", "Take back your last message?\n\nFiles become as they were before it, and the later messages go.")
 			: LOCTEXT("CutOnly",
-				  "Take back your last message?\n\nIt and the later messages go. What was done to files since stays: it was done before "
-				  "the "
-				  "program was started, and can no longer be undone.");
+				  "Take back your last message?\n\nIt and the later messages go. What was done to files since, if anything was, stays: "
+				  "what they were before is no longer kept.");
 		return FMessageDialog::Open(EAppMsgType::YesNo, Question, LOCTEXT("TakeBackTitle", "Take Back")) == EAppReturnType::Yes;
 	}
 

@@ -25,6 +25,18 @@ namespace
 			{ "XDG_DATA_HOME=" + Project.Path("data") });
 	}
 
+	/** What earlier runs have kept for undo. */
+	void RemoveUndoFolders(const std::string& DataFolder)
+	{
+		for (const fs::directory_entry& Entry : fs::directory_iterator(fs::path(DataFolder) / "Velmora"))
+		{
+			if (Entry.path().extension() == ".undo")
+			{
+				fs::remove_all(Entry.path());
+			}
+		}
+	}
+
 	const char* const SendNotes = "type create notes.md with \"one\"\nkey CTRL+ENTER\nwait idle 30\n";
 }
 
@@ -52,19 +64,35 @@ TEST(LastMessage, IsSentAgainAndPutBackIntoTheBox)
 
 TEST(LastMessage, IsTakenBackAfterARestartToo)
 {
+	const std::string Load = "wait idle 30\nclick Conversations are stored in the Velmora folder in your Engine's Saved folder\n"
+							 "key DOWN\nkey ENTER\nwait idle 30\ndump loaded.json\n";
+	const std::string Edit = "click Edit\nclick Edit Last Message\ndump question.json\nanswer Yes\nwait idle 30\ndump edited.json\n";
+	for (const bool bIsKept : { true, false })
+	{
+		SCOPED_TRACE(bIsKept);
+		const FRandomProject Project;
+		ASSERT_EQ(RunScript(Project, SendNotes).ExitCode, 0);
+		if (!bIsKept)
+		{
+			RemoveUndoFolders(Project.Path("data"));
+		}
+		const FRun Run = RunScript(Project, Load + Edit);
+		EXPECT_EQ(Run.ExitCode, 0) << Run.Error;
+		EXPECT_EQ(CountParts(ReadFile(Project.Path("loaded.json")), "\"type\": \"User\""), 1);
+		EXPECT_EQ(Contains(ReadFile(Project.Path("question.json")), "no longer kept"), !bIsKept);
+		const std::string Edited = ReadFile(Project.Path("edited.json"));
+		EXPECT_EQ(CountParts(Edited, "\"type\": \"User\""), 0) << Edited;
+		EXPECT_TRUE(Contains(Edited, R"("promptText": "create notes.md with \"one\"")")) << Edited;
+		EXPECT_EQ(fs::exists(Project.Folder / "notes.md"), !bIsKept) << "as was said in the question";
+	}
+
 	const FRandomProject Project;
 	ASSERT_EQ(RunScript(Project, SendNotes).ExitCode, 0);
-	const FRun Run = RunScript(Project,
-		"wait idle 30\nclick Conversations are stored in the Velmora folder in your Engine's Saved folder\nkey DOWN\nkey ENTER\nwait idle "
-		"30\n"
-		"dump loaded.json\nclick Edit\nclick Edit Last Message\ndump question.json\nanswer Yes\nwait idle 30\ndump edited.json\n");
+	const FRun Run = RunScript(Project, Load + "click Edit\nclick Send Last Message Again\nanswer Yes\nwait idle 30\ndump again.json\n");
 	EXPECT_EQ(Run.ExitCode, 0) << Run.Error;
-	EXPECT_EQ(CountParts(ReadFile(Project.Path("loaded.json")), "\"type\": \"User\""), 1);
-	EXPECT_TRUE(Contains(ReadFile(Project.Path("question.json")), "can no longer be undone"));
-	const std::string Edited = ReadFile(Project.Path("edited.json"));
-	EXPECT_EQ(CountParts(Edited, "\"type\": \"User\""), 0) << Edited;
-	EXPECT_TRUE(Contains(Edited, R"("promptText": "create notes.md with \"one\"")")) << Edited;
-	EXPECT_EQ(ReadFile(Project.Folder / "notes.md"), "one") << "what was said of it in the question";
+	const std::string Again = ReadFile(Project.Path("again.json"));
+	EXPECT_EQ(CountParts(Again, "\"type\": \"User\""), 1) << Again;
+	EXPECT_FALSE(Contains(Again, "already exists")) << "the file of the first time was undone";
 }
 
 TEST(AgentQuestionKeys, AnswerWhatTheAgentAsks)

@@ -97,12 +97,12 @@ check_start() {
 	return 1
 }
 
-# check_strays FOLDER: nothing but the session's own files in the project, nothing but the store beside it. What a program that died
-# was about to make for undo (.new-…) is removed an hour later, since another one could be making it just now.
+# check_strays FOLDER: nothing but the session's own files in the project, nothing but the store and what is kept for undo beside it.
+# What a program that died was about to make for undo (.new-…) is removed an hour later, since another one could be making it just now.
 check_strays() {
 	local strays
 	strays=$(cd "$1/project" && find . -mindepth 1 ! -path ./src ! -path ./src/code.cpp ! -path ./run.sh ! -path ./gone.txt ! -path ./made ! -path ./made/notes.md)
-	strays+=$(cd "$1/data" && find . -type f ! -path './Velmora/project-????????????????.db' ! -path './Velmora/project-????????????????.db-wal' ! -path './Velmora/project-????????????????.db-shm' ! -path './Velmora/project-????????????????.undo/.new-*')
+	strays+=$(cd "$1/data" && find . -type f ! -path './Velmora/project-????????????????.db' ! -path './Velmora/project-????????????????.db-wal' ! -path './Velmora/project-????????????????.db-shm' ! \( -path './Velmora/project-????????????????.undo/*' ! -name '*.tmp' \))
 	[ -z "$strays" ] || { echo "  left behind: $strays"; return 1; }
 }
 

@@ -364,6 +364,7 @@ namespace Velmora
 			return;
 		}
 		const FOutcome Recorded = RecordUserMessage(Prompt);
+		AddToTransaction();
 		StartTurn(Prompt);
 		const uint32 StartEpoch = Epoch;
 		if (!Recorded)

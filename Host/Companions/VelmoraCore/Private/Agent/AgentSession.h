@@ -24,6 +24,7 @@
 namespace Velmora
 {
 	class FAgentSession;
+	class FChangeJournal;
 	class FConversationStore;
 	class FPermissionRules;
 	class FTurnRecorder;
@@ -164,8 +165,18 @@ namespace Velmora
 		/** The place of the user's last message, or of the one whose transaction goes on to the end; INDEX_NONE without one. */
 		int32 FindLastMessage(std::string& OutTransactionId) const;
 
-		/** Opens the transaction of the message that was recorded last. */
+		/** Opens the transaction of the message that was recorded last, or adds that message to the one that is open. */
 		void OpenTransaction();
+		void AddToTransaction();
+
+		/** What a later start knows a message by. */
+		std::string MarkOf(int32 MessageIndex) const;
+
+		/** What was done in a conversation that is gone cannot be undone any more; in all but the current one without a name. */
+		void ForgetChanges(const FString& ConversationId);
+
+		/** That of this run first. */
+		std::vector<std::shared_ptr<FChangeJournal>> ListJournals() const;
 
 		/** As progress texts, in a task of their own. */
 		void TellSoon(const std::vector<std::string>& Sentences);
@@ -262,6 +273,9 @@ namespace Velmora
 		/** Of the project in whose undo folder it works; made with the first message. */
 		std::shared_ptr<FChangeJournal> Journal;
 		FString JournalFolder;
+
+		/** Of earlier runs, by which what was done in a conversation that was opened again can be undone. The latest first. */
+		std::vector<std::shared_ptr<FChangeJournal>> FormerJournals;
 		FString TransactionId;
 		bool bIsUndoing = false;
 		TArray<FOpenTool> OpenTools;

@@ -70,7 +70,45 @@ namespace Velmora
 			JournalFolder = Folder;
 		}
 		TransactionId = FGuid::NewGuid().ToString();
-		Journal->OpenTransaction(HostFileNameToBytes(TransactionId), HostFileNameToBytes(Current->Id), Current->Messages.Num() - 1);
+		const int32 Index = Current->Messages.Num() - 1;
+		Journal->OpenTransaction(HostFileNameToBytes(TransactionId), HostFileNameToBytes(Current->Id), Index, MarkOf(Index));
+	}
+
+	std::string FAgentSession::MarkOf(int32 MessageIndex) const
+	{
+		return HashMessageText(HostFileNameToBytes(Current->Messages[MessageIndex].Content));
+	}
+
+	void FAgentSession::AddToTransaction()
+	{
+		if (Journal && !TransactionId.IsEmpty())
+		{
+			Journal->AddMessage(HostFileNameToBytes(TransactionId), Current->Messages.Num() - 1);
+		}
+	}
+
+	void FAgentSession::ForgetChanges(const FString& ConversationId)
+	{
+		const std::string Staying = Current.IsValid() ? HostFileNameToBytes(Current->Id) : std::string();
+		Workers.Add(Async(EAsyncExecution::Thread,
+			[Journals = ListJournals(), Gone = HostFileNameToBytes(ConversationId), Staying]
+			{
+				for (const std::shared_ptr<FChangeJournal>& Known : Journals)
+				{
+					Known->ForgetConversations([&](const std::string& Id) { return Gone.empty() ? Id != Staying : Id == Gone; });
+				}
+			}));
+	}
+
+	std::vector<std::shared_ptr<FChangeJournal>> FAgentSession::ListJournals() const
+	{
+		std::vector<std::shared_ptr<FChangeJournal>> All;
+		if (Journal)
+		{
+			All.push_back(Journal);
+		}
+		All.insert(All.end(), FormerJournals.begin(), FormerJournals.end());
+		return All;
 	}
 
 	bool FAgentSession::PublishChanges()
@@ -96,9 +134,14 @@ namespace Velmora
 			*FirstUndone = MessageIndex;
 			return CutStoredMessages(*DefaultStore, Conversation->Id, MessageIndex, Count).GetWords();
 		};
+		// One that nobody knows is refused in words by the first.
+		const std::vector<std::shared_ptr<FChangeJournal>> Journals = ListJournals();
+		const auto Knows = std::find_if(Journals.begin(), Journals.end(),
+			[&Request](const std::shared_ptr<FChangeJournal>& Known) { return Known->Has(Request.TransactionId); });
+		const std::shared_ptr<FChangeJournal> Chosen = Knows == Journals.end() ? Journals.front() : *Knows;
 		// 2. Waiting for it, with the window alive.
 		const TGuardValue<bool> Undoing(bIsUndoing, true);
-		TFuture<FUndoResult> Done = Async(EAsyncExecution::Thread, [Worker = Journal, Request, Progress] { return Worker->Undo(Request); });
+		TFuture<FUndoResult> Done = Async(EAsyncExecution::Thread, [Chosen, Request, Progress] { return Chosen->Undo(Request); });
 		FHostLongWork Work;
 		Work.GetMessage = [&Progress]
 		{
@@ -121,7 +164,7 @@ namespace Velmora
 			// What the turn still wanted to do is not done any more; what a tool does at this moment is undone with the rest.
 			CancelConversation();
 		}
-		if (!Current.IsValid() || HasTurn() || bIsUndoing || !Journal)
+		if (!Current.IsValid() || HasTurn() || bIsUndoing || ListJournals().empty())
 		{
 			Fire(Callbacks.Error,
 				FString(Current.IsValid() && (HasTurn() || bIsUndoing) ? TEXT("A request is under way; nothing was undone.")
@@ -169,20 +212,19 @@ namespace Velmora
 
 	int32 FAgentSession::FindLastMessage(std::string& OutTransactionId) const
 	{
-		int32 Last = INDEX_NONE;
-		for (int32 Index = Current.IsValid() ? Current->Messages.Num() - 1 : INDEX_NONE; Index >= 0; --Index)
+		int32 Last = Current.IsValid() ? Current->Messages.Num() - 1 : INDEX_NONE;
+		while (Last >= 0 && !Current->Messages[Last].IsUserMessage())
 		{
-			if (!Current->Messages[Index].IsUserMessage())
-			{
-				continue;
-			}
-			OutTransactionId = Journal ? Journal->FindTransactionOf(HostFileNameToBytes(Current->Id), Index) : std::string();
-			if (!OutTransactionId.empty())
+			--Last;
+		}
+		for (const std::shared_ptr<FChangeJournal>& Known : Last >= 0 ? ListJournals() : std::vector<std::shared_ptr<FChangeJournal>>())
+		{
+			if (const auto Found = Known->FindTransactionOf(HostFileNameToBytes(Current->Id), Last, MarkOf(Last)))
 			{
 				// A text that changed the course of a paused turn belongs to the transaction of the message before it.
-				return Index;
+				OutTransactionId = Found->TransactionId;
+				return Found->MessageIndex;
 			}
-			Last = Last == INDEX_NONE ? Index : Last;
 		}
 		return Last;
 	}
@@ -288,6 +330,14 @@ namespace Velmora
 				const std::vector<FRecoveredUndo> AllRecovered = FChangeJournal::RecoverDeadJournals(Folder,
 					[&DefaultStore](const FLoggedUndo& Undo, std::string& OutNotice)
 					{ return FinishMessages(*DefaultStore, Undo, OutNotice); });
+				AsyncTask(ENamedThreads::GameThread,
+					[WeakSession, Adopted = FChangeJournal::AdoptDeadJournals(Folder)]() mutable
+					{
+						if (const TSharedPtr<FAgentSession> Session = WeakSession.Pin())
+						{
+							Session->FormerJournals = MoveTemp(Adopted);
+						}
+					});
 				for (const FRecoveredUndo& Recovered : AllRecovered)
 				{
 					AsyncTask(ENamedThreads::GameThread,

@@ -61,6 +61,7 @@ namespace Velmora
 		{
 			const uint32 StartEpoch = Epoch;
 			const FOutcome Recorded = RecordUserMessage(Prompt);
+			AddToTransaction();
 			CloseQuestion({ EDecision::Refused, Utf8Text::FromString(Prompt) }, TEXT("Refused by the user."));
 			if (!Recorded && Epoch == StartEpoch)
 			{

@@ -264,6 +264,7 @@ namespace Velmora
 			Fire(Callbacks.Error, Utf8Text::ToString(Deleted.GetWords()));
 			return false;
 		}
+		ForgetChanges(Id);
 		if (!Current.IsValid() || Current->Id != Id)
 		{
 			const bool bWasUnstored = Unstored.Has(Id);
@@ -293,6 +294,7 @@ namespace Velmora
 			Fire(Callbacks.Error, Utf8Text::ToString(Cleared.GetWords()));
 			return;
 		}
+		ForgetChanges(FString());
 		StoredCount = 0;
 		bIsBehind = false;
 		Unstored.Clear();

@@ -53,10 +53,23 @@ namespace Velmora
 			{
 				RemoveTemporaries(FChangeLog::Read(Folder));
 			}
+			// A later start undoes it; what cannot be told apart then is worth nothing.
+			FTransactions Unlogged;
+			if (HasSomethingToUndo() && Log.AppendMessages(ListMessages(Unlogged)).empty())
+			{
+				return;
+			}
 			std::error_code Error;
 			std::filesystem::remove_all(Folder, Error);
 			std::filesystem::remove(UndoFolder, Error); // Only when it is empty.
 		}
+	}
+
+	bool FChangeJournal::HasSomethingToUndo() const
+	{
+		return std::any_of(Transactions.begin(), Transactions.end(),
+			[](const std::shared_ptr<FChangeTransaction>& Transaction)
+			{ return !Transaction->bIsDropped && !Transaction->Records.empty(); });
 	}
 
 	void FChangeJournal::SetDurable(bool bInDurable)
@@ -65,14 +78,29 @@ namespace Velmora
 		Log.SetDurable(bInDurable);
 	}
 
-	void FChangeJournal::OpenTransaction(const std::string& Id, const std::string& ConversationId, int MessageIndex)
+	void FChangeJournal::OpenTransaction(
+		const std::string& Id, const std::string& ConversationId, int MessageIndex, const std::string& MessageMark)
 	{
 		const auto Transaction = std::make_shared<FChangeTransaction>();
 		Transaction->Id = Id;
 		Transaction->ConversationId = ConversationId;
 		Transaction->MessageIndex = MessageIndex;
+		Transaction->MessageMark = MessageMark;
 		const std::scoped_lock Guard(ListMutex);
 		Transactions.push_back(Transaction);
+	}
+
+	void FChangeJournal::AddMessage(const std::string& TransactionId, int MessageIndex)
+	{
+		const std::scoped_lock Guard(ListMutex);
+		for (const std::shared_ptr<FChangeTransaction>& Transaction : Transactions)
+		{
+			if (Transaction->Id == TransactionId)
+			{
+				Transaction->LaterMessages.push_back(MessageIndex);
+				Transaction->bIsLogged = false;
+			}
+		}
 	}
 
 	std::shared_ptr<FChangeTransaction> FChangeJournal::FindTransaction(const std::string& Id) const
@@ -83,18 +111,57 @@ namespace Velmora
 		return Found == Transactions.end() ? nullptr : *Found;
 	}
 
-	std::string FChangeJournal::FindTransactionOf(const std::string& ConversationId, int MessageIndex) const
+	std::optional<FChangeJournal::FKnownMessage> FChangeJournal::FindTransactionOf(
+		const std::string& ConversationId, int MessageIndex, const std::string& MessageMark) const
 	{
 		const std::scoped_lock Guard(ListMutex);
-		for (auto Transaction = Transactions.rbegin(); Transaction != Transactions.rend(); ++Transaction)
+		for (auto It = Transactions.rbegin(); It != Transactions.rend(); ++It)
 		{
-			if ((*Transaction)->ConversationId == ConversationId && (*Transaction)->MessageIndex == MessageIndex &&
-				!(*Transaction)->bIsDropped)
+			const FChangeTransaction& Transaction = **It;
+			const bool bOpened = Transaction.MessageIndex == MessageIndex &&
+				(MessageMark.empty() || Transaction.MessageMark.empty() || Transaction.MessageMark == MessageMark);
+			if (Transaction.ConversationId == ConversationId && !Transaction.bIsDropped &&
+				(bOpened || std::count(Transaction.LaterMessages.begin(), Transaction.LaterMessages.end(), MessageIndex) != 0))
 			{
-				return (*Transaction)->Id;
+				return FKnownMessage{ Transaction.Id, Transaction.MessageIndex };
 			}
 		}
-		return std::string();
+		return std::nullopt;
+	}
+
+	std::string FChangeJournal::ListMessages(FTransactions& OutListed)
+	{
+		const std::scoped_lock Guard(ListMutex);
+		for (const std::shared_ptr<FChangeTransaction>& Transaction : Transactions)
+		{
+			if (!Transaction->bIsLogged && !Transaction->bIsDropped)
+			{
+				Transaction->bIsLogged = true;
+				OutListed.push_back(Transaction);
+			}
+		}
+		return FChangeLog::ListMessages(OutListed);
+	}
+
+	void FChangeJournal::ForgetConversations(const std::function<bool(const std::string& ConversationId)>& IsGone)
+	{
+		const std::scoped_lock Guard(WorkMutex);
+		FTransactions Gone;
+		{
+			const std::scoped_lock ListGuard(ListMutex);
+			std::copy_if(Transactions.begin(), Transactions.end(), std::back_inserter(Gone),
+				[&IsGone](const std::shared_ptr<FChangeTransaction>& Transaction) { return IsGone(Transaction->ConversationId); });
+		}
+		std::vector<std::string> Ids;
+		for (const std::shared_ptr<FChangeTransaction>& Transaction : Gone)
+		{
+			DropTransaction(*Transaction);
+			Ids.push_back(Transaction->Id);
+		}
+		if (Log.IsOpen() && !Ids.empty())
+		{
+			Log.AppendForgotten(Ids);
+		}
 	}
 
 	std::vector<FPerformedChange> FChangeJournal::TakePerformed()
@@ -215,7 +282,16 @@ namespace Velmora
 			Problem = Keep(Bytes, Records[KeptCount].Before.Hash, Transaction);
 			KeptCount += Problem.empty();
 		}
-		Problem = Problem.empty() ? Log.AppendChanges(Records, Transaction.Id) : Problem;
+		FTransactions Opened;
+		Problem = Problem.empty() ? Log.AppendChanges(Records, Transaction.Id, ListMessages(Opened)) : Problem;
+		if (!Problem.empty())
+		{
+			const std::scoped_lock ListGuard(ListMutex);
+			for (const std::shared_ptr<FChangeTransaction>& Unlogged : Opened)
+			{
+				Unlogged->bIsLogged = false;
+			}
+		}
 		while (!Problem.empty() && KeptCount > 0)
 		{
 			Contents->Release(Records[--KeptCount].Before.Hash);

@@ -4,6 +4,7 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -91,8 +92,8 @@ namespace Velmora
 	 * All changes of files go through here: each is written down with the former content before it is made, so that
 	 * the transaction it belongs to can be undone. Former contents lie in a folder of this journal's own below the
 	 * undo folder, private to the user, at most MaxKeptBytes together: beyond, the oldest transactions are let go.
-	 * The folder goes with the journal; that of a process that died is removed by RecoverDeadJournals,
-	 * which first finishes the undo that was under way.
+	 * The folder stays while there is something in it to undo, so that a later start can take it over (AdoptDeadJournals);
+	 * of a process that died, RecoverDeadJournals first finishes the undo that was under way.
 	 *
 	 * Any thread. Changes and undo take turns; opening a transaction never waits for the disk.
 	 */
@@ -117,8 +118,13 @@ namespace Velmora
 		 * Opens a transaction that later changes belong to.
 		 *
 		 * @param MessageIndex  Where the user's message stands in its conversation.
+		 * @param MessageMark   What a later start knows the message by (HashMessageText); empty for none.
 		 */
-		void OpenTransaction(const std::string& Id, const std::string& ConversationId, int MessageIndex);
+		void OpenTransaction(
+			const std::string& Id, const std::string& ConversationId, int MessageIndex, const std::string& MessageMark = std::string());
+
+		/** Another message belongs to the transaction: a text that changed its course. */
+		void AddMessage(const std::string& TransactionId, int MessageIndex);
 
 		/** Looks at a file and says what it shall become. Gives a clause that says why not, or nothing. */
 		using FMakeContent = std::function<std::string(const FEntryInfo& Info, const std::string& Bytes, FNewContent& OutContent)>;
@@ -137,8 +143,26 @@ namespace Velmora
 		/** All or nothing. What a plan says is written down first, so that a later start can finish it. */
 		FUndoResult Undo(const FUndoRequest& Request);
 
-		/** Of the message that stands there in that conversation; empty when it opened none, or its contents had to make room. */
-		std::string FindTransactionOf(const std::string& ConversationId, int MessageIndex) const;
+		struct FKnownMessage
+		{
+			std::string TransactionId;
+
+			/** Of the message that opened the transaction. */
+			int MessageIndex = 0;
+		};
+
+		/**
+		 * The transaction that the message there belongs to. Nothing when it is not known, or its contents had to make room.
+		 *
+		 * @param MessageMark  Must be that of the message which opened it, if both are known.
+		 */
+		std::optional<FKnownMessage> FindTransactionOf(
+			const std::string& ConversationId, int MessageIndex, const std::string& MessageMark = std::string()) const;
+
+		bool Has(const std::string& TransactionId) const { return FindTransaction(TransactionId) != nullptr; }
+
+		/** What was done in conversations that are gone is not to be undone any more. May wait for a change under way. */
+		void ForgetConversations(const std::function<bool(const std::string& ConversationId)>& IsGone);
 
 		/** The changes since the last call. */
 		std::vector<FPerformedChange> TakePerformed();
@@ -159,6 +183,13 @@ namespace Velmora
 		static std::vector<FRecoveredUndo> RecoverDeadJournals(
 			const std::string& UndoFolder, const FFinishMessages& FinishMessages, bool bIsDurable = true);
 
+		/** What earlier runs have left is kept so long, and so many of them; together at most MaxKeptBytes. */
+		static constexpr int MaxAdoptedDays = 30;
+		static constexpr size_t MaxAdopted = 20;
+
+		/** Takes over the journals of processes that are gone, the latest first, and removes those beyond the limits. Takes its time. */
+		static std::vector<std::shared_ptr<FChangeJournal>> AdoptDeadJournals(const std::string& UndoFolder, bool bIsDurable = true);
+
 		/** False: nothing is flushed, for runs in which only the result counts. */
 		void SetDurable(bool bInDurable);
 
@@ -166,6 +197,13 @@ namespace Velmora
 		using FTransactions = std::vector<std::shared_ptr<FChangeTransaction>>;
 
 		std::string OpenFolder();
+
+		/** Takes over a folder whose lock is held. False when there is nothing to undo in it. */
+		bool Adopt(const std::string& InFolder, FFileDescriptor&& InLock);
+		bool HasSomethingToUndo() const;
+
+		/** Lines for the log on those that it does not know yet; from now on it is taken to know them. */
+		std::string ListMessages(FTransactions& OutListed);
 
 		/** A file with several names is changed under each; deleted, it goes under one. */
 		std::vector<FChangeRecord> ListByName(const FChangeRecord& Record, bool bIsDeletion);
@@ -181,6 +219,7 @@ namespace Velmora
 		FUndoEnd UndoFiles(const FTransactions& Undone, const FUndoRequest& Request, std::vector<std::string>& OutNotices);
 		void Forget(const FTransactions& Undone);
 		static void RemoveTemporaries(const FLoggedHistory& History);
+		static bool IsWorthKeeping(const FLoggedHistory& History);
 
 		static constexpr const char* LockName = "lock";
 

@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
+#include <iterator>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -151,6 +152,52 @@ namespace Velmora
 			bool bIsWhole = true;
 		};
 
+		FChangeTransaction& FindOrAdd(FLoggedHistory& History, const std::string& TransactionId)
+		{
+			auto Known = std::find_if(History.Transactions.begin(), History.Transactions.end(),
+				[&TransactionId](const FChangeTransaction& Transaction) { return Transaction.Id == TransactionId; });
+			if (Known == History.Transactions.end())
+			{
+				Known = History.Transactions.emplace(Known);
+				Known->Id = TransactionId;
+			}
+			return *Known;
+		}
+
+		void TakeMessage(FFields& Fields, FLoggedHistory& History)
+		{
+			FChangeTransaction Told;
+			Told.Id = Fields.Take();
+			Told.ConversationId = Fields.Take();
+			Told.MessageIndex = static_cast<int>(Fields.TakeNumber());
+			Told.MessageMark = Fields.Take();
+			for (const std::string& Later : Fields.TakeList())
+			{
+				Told.LaterMessages.push_back(std::atoi(Later.c_str()));
+			}
+			if (Fields.IsWhole())
+			{
+				FChangeTransaction& Known = FindOrAdd(History, Told.Id);
+				Told.Records = std::move(Known.Records);
+				Told.bIsLogged = true;
+				Known = std::move(Told);
+			}
+		}
+
+		/** Undone for good. Half-written files of theirs may still stand in the project. */
+		void TakeUndone(const std::vector<std::string>& Ids, FLoggedHistory& History)
+		{
+			for (FChangeTransaction& Transaction : History.Transactions)
+			{
+				if (std::count(Ids.begin(), Ids.end(), Transaction.Id) != 0)
+				{
+					std::move(Transaction.Records.begin(), Transaction.Records.end(), std::back_inserter(History.FailedRecords));
+				}
+			}
+			std::erase_if(History.Transactions,
+				[&Ids](const FChangeTransaction& Transaction) { return std::count(Ids.begin(), Ids.end(), Transaction.Id) != 0; });
+		}
+
 		void TakeChange(FFields& Fields, FLoggedHistory& History, FChangeTransaction*& OutLast)
 		{
 			FChangeRecord Record;
@@ -170,15 +217,8 @@ namespace Velmora
 			{
 				return;
 			}
-			auto Known = std::find_if(History.Transactions.begin(), History.Transactions.end(),
-				[&TransactionId](const FChangeTransaction& Transaction) { return Transaction.Id == TransactionId; });
-			if (Known == History.Transactions.end())
-			{
-				Known = History.Transactions.emplace(Known);
-				Known->Id = TransactionId;
-			}
-			Known->Records.push_back(std::move(Record));
-			OutLast = &*Known;
+			OutLast = &FindOrAdd(History, TransactionId);
+			OutLast->Records.push_back(std::move(Record));
 		}
 	}
 
@@ -220,10 +260,34 @@ namespace Velmora
 		return bIsCut ? std::string() : std::string("the list of changes cannot be written: ") + strerror(errno);
 	}
 
-	std::string FChangeLog::AppendChanges(const std::vector<FChangeRecord>& Records, const std::string& TransactionId)
+	std::string FChangeLog::ListMessages(const std::vector<std::shared_ptr<FChangeTransaction>>& Transactions)
 	{
-		LastStart = lseek(File.Get(), 0, SEEK_END);
 		std::string Lines;
+		for (const std::shared_ptr<FChangeTransaction>& Transaction : Transactions)
+		{
+			std::vector<std::string> Later;
+			for (const int Index : Transaction->LaterMessages)
+			{
+				Later.push_back(std::to_string(Index));
+			}
+			FLine Line("message");
+			Line.Add(Transaction->Id).Add(Transaction->ConversationId).Add(static_cast<uint64_t>(Transaction->MessageIndex));
+			Lines += Line.Add(Transaction->MessageMark).Add(Later).Take();
+		}
+		return Lines;
+	}
+
+	std::string FChangeLog::AppendMessages(const std::string& MessageLines)
+	{
+		return MessageLines.empty() ? std::string() : Append(MessageLines);
+	}
+
+	std::string FChangeLog::AppendChanges(
+		const std::vector<FChangeRecord>& Records, const std::string& TransactionId, const std::string& MessageLines)
+	{
+		std::string Lines = MessageLines;
+		// Those stay when the change fails.
+		LastStart = lseek(File.Get(), 0, SEEK_END) + static_cast<off_t>(Lines.size());
 		for (const FChangeRecord& Record : Records)
 		{
 			FLine Line("change");
@@ -260,10 +324,15 @@ namespace Velmora
 		return Append("tried\n");
 	}
 
-	std::string FChangeLog::AppendEndOfUndo()
+	std::string FChangeLog::AppendEndOfUndo(const std::vector<std::string>& UndoneIds)
 	{
-		const std::string Problem = Append("ended\n");
+		const std::string Problem = Append(UndoneIds.empty() ? "ended\n" : FLine("undone").Add(UndoneIds).Take());
 		return Problem.empty() ? Problem : CutTo(LastStart);
+	}
+
+	std::string FChangeLog::AppendForgotten(const std::vector<std::string>& TransactionIds)
+	{
+		return Append(FLine("undone").Add(TransactionIds).Take());
 	}
 
 	FLoggedHistory FChangeLog::Read(const std::string& Folder)
@@ -315,9 +384,16 @@ namespace Velmora
 			{
 				++History.OpenUndo->Tries;
 			}
-			else if (Kind == "ended")
+			else if (Kind == "ended" || Kind == "undone")
 			{
 				History.OpenUndo.reset();
+				LastChanged = nullptr;
+				TakeUndone(Kind == "undone" ? Fields.TakeList() : std::vector<std::string>(), History);
+			}
+			else if (Kind == "message")
+			{
+				LastChanged = nullptr;
+				TakeMessage(Fields, History);
 			}
 		}
 		return History;

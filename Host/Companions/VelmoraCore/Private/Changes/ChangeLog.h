@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -32,10 +33,10 @@ namespace Velmora
 	/** What the log of a process that died says. */
 	struct FLoggedHistory
 	{
-		/** In the order of their first changes. Neither conversations nor places of messages are known. */
+		/** In the order in which they were opened; those that were undone are no longer among them. */
 		std::vector<FChangeTransaction> Transactions;
 
-		/** Those that were written down and not made. */
+		/** Those that were written down and not made, or were undone. */
 		std::vector<FChangeRecord> FailedRecords;
 
 		/** The undo under way. */
@@ -59,8 +60,15 @@ namespace Velmora
 		bool OpenAgain(const std::string& Folder);
 		bool IsOpen() const { return File.IsOpen(); }
 
-		/** Each gives a clause that says why not, or nothing. Half a line is never left. */
-		std::string AppendChanges(const std::vector<FChangeRecord>& Records, const std::string& TransactionId);
+		/** Lines that say which message each of them belongs to. */
+		static std::string ListMessages(const std::vector<std::shared_ptr<FChangeTransaction>>& Transactions);
+
+		// Each gives a clause that says why not, or nothing. Half a line is never left.
+
+		/** @param MessageLines  As ListMessages gives them, written together with the changes. */
+		std::string AppendChanges(
+			const std::vector<FChangeRecord>& Records, const std::string& TransactionId, const std::string& MessageLines = {});
+		std::string AppendMessages(const std::string& MessageLines);
 
 		/** The changes that were written down last, so many, have failed. */
 		std::string AppendFailure(size_t Count);
@@ -69,8 +77,11 @@ namespace Velmora
 
 		std::string AppendTry();
 
-		/** The undo that was written down last is over, or was taken back. */
-		std::string AppendEndOfUndo();
+		/** The undo that was written down last is over; without transactions that it has undone it was taken back. */
+		std::string AppendEndOfUndo(const std::vector<std::string>& UndoneIds = {});
+
+		/** These are not to be undone any more. */
+		std::string AppendForgotten(const std::vector<std::string>& TransactionIds);
 
 		void SetDurable(bool bInDurable) { bIsDurable = bInDurable; }
 

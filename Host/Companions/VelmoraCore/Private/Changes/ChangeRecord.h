@@ -61,10 +61,19 @@ namespace Velmora
 		/** Where the message stands in its conversation. */
 		int MessageIndex = 0;
 
+		/** What the message is known by (HashMessageText). Empty: by its place alone. */
+		std::string MessageMark;
+
+		/** Places of texts of the user's that changed its course. */
+		std::vector<int> LaterMessages;
+
 		/** In the order in which they were made. */
 		std::vector<FChangeRecord> Records;
 
 		/** Its former contents had to make room. */
 		bool bIsDropped = false;
+
+		/** The log says which message it belongs to. */
+		bool bIsLogged = false;
 	};
 }

@@ -1,6 +1,7 @@
 #include "Changes/ChangeJournal.h"
 
 #include <algorithm>
+#include <iterator>
 
 #include "Changes/UndoPlan.h"
 #include "Changes/UndoRun.h"
@@ -62,7 +63,15 @@ namespace Velmora
 				[](const std::shared_ptr<FChangeTransaction>& Transaction) { return Transaction->Records.empty(); }))
 		{
 			// Messages alone go in one piece.
-			return { Request.Commit(MessageIndex), std::string() };
+			const std::string Problem = Request.Commit(MessageIndex);
+			if (Problem.empty() && Log.IsOpen())
+			{
+				std::vector<std::string> Ids;
+				std::transform(Undone.begin(), Undone.end(), std::back_inserter(Ids),
+					[](const std::shared_ptr<FChangeTransaction>& Transaction) { return Transaction->Id; });
+				Log.AppendForgotten(Ids);
+			}
+			return { Problem, std::string() };
 		}
 		Contents->SetDurable(false); // What is kept meanwhile serves this run only.
 		FUndoEnd End;
@@ -91,7 +100,7 @@ namespace Velmora
 				[&] { return Request.Commit(MessageIndex); });
 			if (bIsWrittenDown)
 			{
-				Log.AppendEndOfUndo();
+				Log.AppendEndOfUndo(End.Problem.empty() ? Logged.TransactionIds : std::vector<std::string>());
 			}
 			OutNotices = std::move(Plan.Notices);
 		}

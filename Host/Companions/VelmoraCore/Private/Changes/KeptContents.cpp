@@ -38,6 +38,24 @@ namespace Velmora
 		return std::string();
 	}
 
+	bool FKeptContents::Adopt(const std::string& Hash)
+	{
+		const auto Known = Kept.find(Hash);
+		if (Known != Kept.end())
+		{
+			++Known->second.Users;
+			return true;
+		}
+		FEntryInfo Info;
+		if (!Access.Look(GetPath(Hash), Info).empty() || Info.Kind != EEntryKind::File)
+		{
+			return false;
+		}
+		Kept[Hash] = { Info.Size, 1 };
+		TotalBytes += Info.Size;
+		return true;
+	}
+
 	void FKeptContents::Release(const std::string& Hash)
 	{
 		const auto Found = Kept.find(Hash);

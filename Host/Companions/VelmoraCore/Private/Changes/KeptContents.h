@@ -33,6 +33,9 @@ namespace Velmora
 		std::string Keep(const std::string& Bytes, const std::string& Hash);
 		bool Holds(const std::string& Hash) const { return Kept.count(Hash) != 0; }
 
+		/** One that another process has kept here. False when it is not there. */
+		bool Adopt(const std::string& Hash);
+
 		/** What Keep was called for is needed no longer. An unknown hash is none of its business. */
 		void Release(const std::string& Hash);
 

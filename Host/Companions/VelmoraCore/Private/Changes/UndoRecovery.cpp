@@ -127,6 +127,12 @@ namespace Velmora
 		Velmora::RemoveTemporaries(History.FailedRecords, Accesses);
 	}
 
+	bool FChangeJournal::IsWorthKeeping(const FLoggedHistory& History)
+	{
+		return std::any_of(History.Transactions.begin(), History.Transactions.end(),
+			[](const FChangeTransaction& Transaction) { return !Transaction.Records.empty() && !Transaction.ConversationId.empty(); });
+	}
+
 	std::vector<FRecoveredUndo> FChangeJournal::RecoverDeadJournals(
 		const std::string& UndoFolder, const FFinishMessages& FinishMessages, bool bIsDurable)
 	{
@@ -154,13 +160,14 @@ namespace Velmora
 				continue;
 			}
 			FLoggedHistory History = FChangeLog::Read(Path);
+			const size_t RecoveredBefore = AllRecovered.size();
 			bool bIsOver = true;
 			if (History.OpenUndo && !bIsHalfRemoved)
 			{
 				AllRecovered.push_back(Recover(Path, History, FinishMessages, bIsDurable, bIsOver));
 			}
 			RemoveTemporaries(History);
-			if (bIsOver)
+			if (bIsOver && !(AllRecovered.size() == RecoveredBefore && IsWorthKeeping(History)))
 			{
 				// What could be finished again goes first, so that a half removed one is never taken for cut short.
 				std::filesystem::remove(Path + '/' + FChangeLog::FileName, Ignored);
@@ -168,5 +175,75 @@ namespace Velmora
 			}
 		}
 		return AllRecovered;
+	}
+
+	bool FChangeJournal::Adopt(const std::string& InFolder, FFileDescriptor&& InLock)
+	{
+		FLoggedHistory History = FChangeLog::Read(InFolder);
+		auto Found = std::make_unique<FKeptContents>(InFolder);
+		if (History.OpenUndo || !IsWorthKeeping(History) || !Found->DescribeRefusal().empty() || !Log.OpenAgain(InFolder))
+		{
+			return false;
+		}
+		AdoptDevices(History);
+		Found->SetDurable(bIsDurable);
+		for (FChangeTransaction& Logged : History.Transactions)
+		{
+			// What had to make room lacks its contents.
+			for (const FChangeRecord& Record : Logged.Records)
+			{
+				Logged.bIsDropped = (Record.Before.Kind == EEntryKind::File && !Found->Adopt(Record.Before.Hash)) || Logged.bIsDropped;
+			}
+			Logged.bIsDropped = Logged.bIsDropped || Logged.ConversationId.empty();
+			Transactions.push_back(std::make_shared<FChangeTransaction>(std::move(Logged)));
+		}
+		Contents = std::move(Found);
+		Lock = std::move(InLock);
+		Folder = InFolder;
+		return true;
+	}
+
+	std::vector<std::shared_ptr<FChangeJournal>> FChangeJournal::AdoptDeadJournals(const std::string& UndoFolder, bool bIsDurable)
+	{
+		// 1. The latest first.
+		std::vector<std::pair<std::filesystem::file_time_type, std::string>> Folders;
+		std::error_code Error;
+		for (std::filesystem::directory_iterator It(UndoFolder, Error), End; !Error && It != End; It.increment(Error))
+		{
+			std::error_code Ignored;
+			const auto Time = std::filesystem::last_write_time(It->path() / FChangeLog::FileName, Ignored);
+			if (!Ignored && It->path().filename().native().rfind(NewFolderPrefix, 0) != 0)
+			{
+				Folders.emplace_back(Time, It->path().native());
+			}
+		}
+		std::sort(Folders.rbegin(), Folders.rend());
+
+		// 2. What nobody else holds. A journal that is let go here removes its folder when nothing in it is to be undone.
+		const auto Oldest = std::filesystem::file_time_type::clock::now() - std::chrono::hours(24 * MaxAdoptedDays);
+		std::vector<std::shared_ptr<FChangeJournal>> Adopted;
+		uint64_t KeptBytes = 0;
+		for (const auto& [Time, Path] : Folders)
+		{
+			FFileDescriptor TheirLock(open((Path + '/' + LockName).c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
+			if (!TheirLock.IsOpen() || flock(TheirLock.Get(), LOCK_EX | LOCK_NB) != 0)
+			{
+				continue;
+			}
+			auto Journal = std::make_shared<FChangeJournal>(UndoFolder);
+			Journal->SetDurable(bIsDurable);
+			if (!Journal->Adopt(Path, std::move(TheirLock)))
+			{
+				continue;
+			}
+			KeptBytes += Journal->GetKeptBytes();
+			if (Time < Oldest || Adopted.size() == MaxAdopted || KeptBytes > MaxKeptBytes)
+			{
+				Journal->ForgetConversations([](const std::string&) { return true; });
+				continue;
+			}
+			Adopted.push_back(std::move(Journal));
+		}
+		return Adopted;
 	}
 }

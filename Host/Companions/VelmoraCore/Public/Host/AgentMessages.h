@@ -13,7 +13,7 @@ namespace Velmora
 		/** That went out with it; empty once the program has been started anew. */
 		TArray<FString> Files;
 
-		/** What was done since can be undone. It cannot once the program has been started anew. */
+		/** What was done since can be undone; after a restart as long as what earlier runs have kept is there. */
 		bool bCanUndo = false;
 	};
 
