@@ -121,6 +121,44 @@ TEST_F(CommandTests, WhatACommandChangesCanBeUndoneToTheByte)
 	}
 }
 
+TEST_F(CommandTests, ModesLinksAndEmptyFoldersComeAlong)
+{
+	Project.Write("a.sh", "echo\n");
+	Project.Write("b.txt", "b\n");
+	Project.Write("dir/c.txt", "c\n");
+	Project.Write("old/d.txt", "d\n");
+	Project.Write("f", "f\n");
+	std::filesystem::create_symlink("a.sh", Project.Root / "was");
+	SetMode("a.sh", 0640);
+	const std::vector<std::string> Before = ListProject();
+	const FToolResult Result =
+		Run("chmod 755 a.sh; rm b.txt; ln -s dir/c.txt b.txt; ln -sfn dir was; mkdir -p new/empty made; ln -s ../a.sh made/up; "
+			"ln -s / out; ln -s dir/../../z zig; ln -s .git/hooks hooks; chmod 700 dir; "
+			"mv old/d.txt made/d.txt; rmdir old; rm f; mkdir f; echo x > f/x");
+	EXPECT_TRUE(Result.bSuccess) << Result.Text;
+	struct stat Info = {};
+	EXPECT_EQ(stat(Project.PathOf("a.sh").c_str(), &Info), 0);
+	EXPECT_EQ(Info.st_mode & 07777, 0755u);
+	EXPECT_EQ(std::filesystem::read_symlink(Project.Root / "b.txt"), "dir/c.txt");
+	EXPECT_EQ(std::filesystem::read_symlink(Project.Root / "was"), "dir");
+	EXPECT_EQ(std::filesystem::read_symlink(Project.Root / "made/up"), "../a.sh");
+	EXPECT_TRUE(std::filesystem::is_directory(Project.Root / "new/empty"));
+	EXPECT_EQ(Read("f/x"), "x\n");
+	for (const char* Left : { "out", "zig", "hooks" })
+	{
+		EXPECT_FALSE(std::filesystem::is_symlink(Project.Root / Left)) << Left;
+	}
+	for (const char* Told : { "out was not taken over: it is a link that leads out of the project", "zig was not taken over",
+			 "hooks was not taken over: it is a link to what commands may not write", "The mode of dir was not taken over",
+			 "The folder old stays, without its files" })
+	{
+		EXPECT_TRUE(Holds(Result.Text, Told)) << Told << " in " << Result.Text;
+	}
+
+	EXPECT_TRUE(UndoRequest().bSuccess);
+	EXPECT_EQ(ListProject(), Before) << "to the mode, link and folder";
+}
+
 TEST_F(CommandTests, NothingBeyondTheProjectIsInReach)
 {
 	// 1. Things of the machine that a command must not get at.

@@ -190,6 +190,10 @@ namespace Velmora
 		}
 		FNewContent Content;
 		Problem = Problem.empty() ? MakeContent(Info, Bytes, Content) : Problem;
+		if (Problem.empty() && Content.bIsFolder && Info.Kind != EEntryKind::Absent)
+		{
+			Problem = "something stands there already";
+		}
 		Problem = Problem.empty() ? OpenFolder() : Problem;
 		if (!Problem.empty())
 		{
@@ -201,17 +205,27 @@ namespace Velmora
 		Record.RootIdentity = Access.GetIdentity();
 		Record.Path = Path;
 		Record.Before = MakeEntryState(Info, Bytes);
-		if (!Content.bIsDeletion)
+		const bool bIsFile = !Content.bIsDeletion && !Content.bIsFolder && Content.LinkTarget.empty();
+		if (bIsFile)
 		{
 			Record.After = Record.Before;
 			Record.After.Kind = EEntryKind::File;
 			Record.After.Hash = HashContent(Content.Bytes);
 			Record.After.LinkTarget.clear();
-			Record.MadeFolders = Access.ListMissingParents(Path);
+		}
+		else if (!Content.LinkTarget.empty())
+		{
+			Record.After.Kind = EEntryKind::Link;
+			Record.After.LinkTarget = Content.LinkTarget;
+		}
+		if (!Content.bIsDeletion)
+		{
+			// A folder that was made goes as one of those, if nothing is in it then.
+			Record.MadeFolders = Access.ListMissingParents(Content.bIsFolder ? Path + "/x" : Path);
 		}
 		std::string Note;
 		const bool bHasOtherNames = Info.Kind == EEntryKind::File && Info.NameCount > 1;
-		if (bHasOtherNames && !Access.ListOtherNames(Path, Info, Record.OtherNames) && !Content.bIsDeletion)
+		if (bHasOtherNames && !Access.ListOtherNames(Path, Info, Record.OtherNames) && bIsFile)
 		{
 			// Names outside are none of our business: what they stand for stays as it is.
 			Record.OtherNames.clear();
@@ -219,13 +233,13 @@ namespace Velmora
 		}
 		const auto Steering = std::find_if(
 			Record.OtherNames.begin(), Record.OtherNames.end(), [](const std::string& Name) { return !DescribeSteering(Name).empty(); });
-		if (Steering != Record.OtherNames.end() && !Content.bIsDeletion)
+		if (Steering != Record.OtherNames.end() && bIsFile)
 		{
 			// Nobody was asked about that one.
 			Note = "it is no longer one file with `" + *Steering + '`';
 			Record.OtherNames.clear();
 		}
-		std::vector<FChangeRecord> Records = ListByName(Record, Content.bIsDeletion);
+		std::vector<FChangeRecord> Records = ListByName(Record, !bIsFile);
 		Problem = WriteDown(Records, Bytes, *Transaction);
 		if (!Problem.empty())
 		{
@@ -250,15 +264,18 @@ namespace Velmora
 			: Info.Kind == EEntryKind::File				 ? EChangeAction::Modified
 														 : EChangeAction::Created;
 		const std::scoped_lock ListGuard(ListMutex);
-		Performed.push_back({ TransactionId, Transaction->ConversationId, Root, Path, Action });
+		if (!Content.bIsFolder)
+		{
+			Performed.push_back({ TransactionId, Transaction->ConversationId, Root, Path, Action });
+		}
 		std::move(Records.begin(), Records.end(), std::back_inserter(Transaction->Records));
 		return std::string();
 	}
 
-	std::vector<FChangeRecord> FChangeJournal::ListByName(const FChangeRecord& Record, bool bIsDeletion)
+	std::vector<FChangeRecord> FChangeJournal::ListByName(const FChangeRecord& Record, bool bUnderOneName)
 	{
 		std::vector<FChangeRecord> Records = { Record };
-		for (size_t Index = 0; Index < Record.OtherNames.size() && !bIsDeletion; ++Index)
+		for (size_t Index = 0; Index < Record.OtherNames.size() && !bUnderOneName; ++Index)
 		{
 			FChangeRecord& Other = Records.emplace_back(Record);
 			std::swap(Other.Path, Other.OtherNames[Index]);
@@ -307,11 +324,16 @@ namespace Velmora
 		{
 			return Access.Remove(Record.Path);
 		}
+		if (Content.bIsFolder || !Content.LinkTarget.empty())
+		{
+			return MakeNoFile(Access, Record, Info.Kind == EEntryKind::Absent, Content);
+		}
 		const bool bIsNew = Info.Kind != EEntryKind::File;
+		const bool bSetsMode = !bIsNew && Content.bSetsMode;
 		std::string Lost;
 		FProjectAccess::FWriteOptions Options;
 		Options.TemporaryName = Record.TemporaryName;
-		Options.Mode = !bIsNew ? Info.Mode : Content.Mode != 0 ? Content.Mode : 0666;
+		Options.Mode = bSetsMode ? (Info.Mode & 07000) | Content.Mode : !bIsNew ? Info.Mode : Content.Mode != 0 ? Content.Mode : 0666;
 		Options.bObeysMask = bIsNew && Content.Mode == 0;
 		Options.bMayReplace = !bIsNew;
 		Options.Traits = bIsNew ? nullptr : &Info.Traits;
@@ -342,11 +364,30 @@ namespace Velmora
 			}
 		}
 		FEntryInfo Now;
-		if (bIsNew && Access.Look(Record.Path, Now).empty())
+		if ((bIsNew || bSetsMode) && Access.Look(Record.Path, Now).empty())
 		{
 			Record.After.Mode = Now.Mode;
 		}
 		return std::string();
+	}
+
+	std::string FChangeJournal::MakeNoFile(const FProjectAccess& Access, FChangeRecord& Record, bool bIsNew, const FNewContent& Content)
+	{
+		FProjectAccess::FWriteOptions Options;
+		Options.TemporaryName = Record.TemporaryName;
+		Options.bMayReplace = !bIsNew;
+		std::vector<std::string> Made;
+		std::string Problem = Access.MakeParents(Content.bIsFolder ? Record.Path + "/x" : Record.Path, Made);
+		if (Problem.empty() && !Content.bIsFolder)
+		{
+			Problem = Access.MakeLink(Record.Path, Content.LinkTarget, Options);
+		}
+		for (; !Problem.empty() && !Made.empty(); Made.pop_back())
+		{
+			Access.RemoveFolder(Made.back());
+		}
+		Record.MadeFolders = Made;
+		return Problem;
 	}
 
 	std::string FChangeJournal::OpenFolder()

@@ -46,6 +46,15 @@ namespace Velmora
 
 		/** Permission bits of a file that is new; zero for those of any new file. */
 		uint32_t Mode = 0;
+
+		/** A file that is there gets them, too. */
+		bool bSetsMode = false;
+
+		/** It becomes a link to this instead; the bytes do not count. */
+		std::string LinkTarget;
+
+		/** An empty folder instead, where nothing stands yet. */
+		bool bIsFolder = false;
 	};
 
 	/** What shall be undone: a transaction and the later ones of its conversation. */
@@ -212,6 +221,7 @@ namespace Velmora
 		/** The change itself. */
 		static std::string Make(const FProjectAccess& Access, std::vector<FChangeRecord>& Records, const FEntryInfo& Info,
 			const FNewContent& Content, std::string& InOutNote);
+		static std::string MakeNoFile(const FProjectAccess& Access, FChangeRecord& Record, bool bIsNew, const FNewContent& Content);
 
 		/** Lets the oldest contents go until there is room. */
 		std::string Keep(const std::string& Bytes, const std::string& Hash, const FChangeTransaction& ForTransaction);

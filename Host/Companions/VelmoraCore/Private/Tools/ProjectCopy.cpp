@@ -196,8 +196,12 @@ namespace Velmora
 				}
 				else if (S_ISDIR(Info.st_mode))
 				{
-					Problem = mkdir((Folder + '/' + Path).c_str(), (Info.st_mode & 0777) | 0700) == 0 ? std::string()
-																									  : HostDescribeSystemError(errno);
+					struct stat Made = {};
+					const std::string Copy = Folder + '/' + Path;
+					Problem = mkdir(Copy.c_str(), (Info.st_mode & 0777) | 0700) == 0 && lstat(Copy.c_str(), &Made) == 0
+						? std::string()
+						: HostDescribeSystemError(errno);
+					CopiedFolders[Path] = Made.st_mode & 0777;
 				}
 				else if (S_ISLNK(Info.st_mode))
 				{
@@ -258,6 +262,7 @@ namespace Velmora
 			return HostDescribeSystemError(errno);
 		}
 		FCopied Entry;
+		Entry.Mode = Info.st_mode & 0777;
 		Entry.OriginalSize = static_cast<uint64_t>(Info.st_size);
 		Entry.OriginalTime = InNanoseconds(Info.st_ctim);
 		Entry.Inode = Made.st_ino;
@@ -281,15 +286,89 @@ namespace Velmora
 				InNanoseconds(Info.st_ctim) != Known->second.OriginalTime;
 	}
 
+	bool FProjectCopy::CompareFile(const std::string& Path, const struct stat& Info, FDifference& OutDifference, std::string& OutNote) const
+	{
+		const auto Known = Copied.find(Path);
+		const bool bWasFile = Known != Copied.end() && !Known->second.bIsLink;
+		if (bWasFile && Known->second.Inode == Info.st_ino && Known->second.Size == static_cast<uint64_t>(Info.st_size) &&
+			Known->second.ChangeTime == InNanoseconds(Info.st_ctim))
+		{
+			return false;
+		}
+		OutDifference.Mode = Info.st_mode & 0777;
+		OutDifference.bSetsMode = bWasFile && Known->second.Mode != OutDifference.Mode;
+		// As the project's own user a file that nobody may read can still be taken over.
+		chmod((Folder + '/' + Path).c_str(), 0600);
+		if (static_cast<uint64_t>(Info.st_size) > FChangeJournal::MaxFileBytes || !ReadWhole(Folder + '/' + Path, OutDifference.Bytes))
+		{
+			OutNote = "it is too large";
+			return false;
+		}
+		// Written again, and as it was?
+		std::string Original;
+		return OutDifference.bSetsMode || Known == Copied.end() || !ReadWhole(Root + '/' + Path, Original) ||
+			Original != OutDifference.Bytes;
+	}
+
+	std::string FProjectCopy::RefuseLink(const std::string& Path, const std::string& Target)
+	{
+		// Upwards first, then down: what goes up again in between may lead anywhere by the links that it passes.
+		Files::path Place = Files::path(Path).parent_path();
+		bool bGoesDown = false;
+		for (const Files::path& Part : Files::path(Target))
+		{
+			const bool bIsUp = Part == "..";
+			if (Part.is_absolute() || (bIsUp && (bGoesDown || Place.empty())))
+			{
+				return "it is a link that leads out of the project";
+			}
+			bGoesDown = bGoesDown || (!bIsUp && Part != ".");
+			Place = bIsUp ? Place.parent_path() : Part == "." || Part.empty() ? Place : Place / Part;
+		}
+		const std::string& To = Place.native();
+		const bool bIsOwn = To.empty() || IsBelow(To, std::string(OwnFolder));
+		return bIsOwn || Steers(To, false) || Steers(To, true) || IsSecretName(To) ? "it is a link to what commands may not write"
+																				   : std::string();
+	}
+
+	bool FProjectCopy::CompareLink(const std::string& Path, FDifference& OutDifference, std::string& OutNote) const
+	{
+		const auto Known = Copied.find(Path);
+		OutDifference.LinkTarget = ReadLink(Folder + '/' + Path);
+		if (Known != Copied.end() && Known->second.bIsLink && Known->second.LinkTarget == OutDifference.LinkTarget)
+		{
+			return false;
+		}
+		OutNote = RefuseLink(Path, OutDifference.LinkTarget);
+		return OutNote.empty();
+	}
+
+	bool FProjectCopy::CompareFolder(
+		const std::string& Path, const struct stat& Info, FDifference& OutDifference, std::string& OutNote) const
+	{
+		// What is in it must be seen, whatever right the command has taken from it.
+		const std::string Copy = Folder + '/' + Path;
+		chmod(Copy.c_str(), 0700);
+		const auto Known = CopiedFolders.find(Path);
+		if (Known != CopiedFolders.end() && Known->second != (Info.st_mode & 0777))
+		{
+			OutNote = "undo does not know the mode of folders";
+		}
+		std::error_code Error;
+		OutDifference.bIsFolder = Known == CopiedFolders.end() && Files::is_empty(Copy, Error) && !Error;
+		return OutDifference.bIsFolder;
+	}
+
 	bool FProjectCopy::FindDifferences(std::vector<FDifference>& OutDifferences, std::vector<std::string>& OutNotes) const
 	{
 		std::set<std::string> Seen;
+		std::set<std::string> SeenFolders;
 		uint64_t Bytes = 0;
 		const bool bIsWhole = Visit(Folder,
 			[&](const std::string& Path, const struct stat& Info)
 			{
-				Seen.insert(Path);
 				const bool bIsFolder = S_ISDIR(Info.st_mode);
+				(bIsFolder ? SeenFolders : Seen).insert(Path);
 				if (IsLeftOut(Path))
 				{
 					return EVisit::SkipFolder; // What stands there is the place that the sandbox put the original into.
@@ -299,32 +378,19 @@ namespace Velmora
 					OutNotes.push_back(Path + " was not taken over: " + DescribeSteering(bIsFolder ? Path + "/x" : Path) + '.');
 					return EVisit::SkipFolder;
 				}
-				const auto Known = Copied.find(Path);
-				if (S_ISLNK(Info.st_mode) && (Known == Copied.end() || Known->second.LinkTarget != ReadLink(Folder + '/' + Path)))
-				{
-					OutNotes.push_back(Path + " was not taken over: it is a link.");
-				}
-				if (!S_ISREG(Info.st_mode) ||
-					(Known != Copied.end() && !Known->second.bIsLink && Known->second.Inode == Info.st_ino &&
-						Known->second.Size == static_cast<uint64_t>(Info.st_size) &&
-						Known->second.ChangeTime == InNanoseconds(Info.st_ctim)))
-				{
-					return EVisit::Continue;
-				}
 				FDifference Difference;
 				Difference.Path = Path;
-				Difference.Mode = Info.st_mode & 0777;
-				std::string Original;
-				// As the project's own user a file that nobody may read can still be taken over.
-				chmod((Folder + '/' + Path).c_str(), 0600);
-				if (static_cast<uint64_t>(Info.st_size) > FChangeJournal::MaxFileBytes || !ReadWhole(Folder + '/' + Path, Difference.Bytes))
+				std::string Note;
+				const bool bDiffers = bIsFolder ? CompareFolder(Path, Info, Difference, Note)
+					: S_ISLNK(Info.st_mode)		? CompareLink(Path, Difference, Note)
+												: S_ISREG(Info.st_mode) && CompareFile(Path, Info, Difference, Note);
+				if (!Note.empty())
 				{
-					OutNotes.push_back(Path + " was not taken over: it is too large.");
-					return EVisit::Continue;
+					OutNotes.push_back((bIsFolder ? "The mode of " : "") + Path + " was not taken over: " + Note + '.');
 				}
-				if (Known != Copied.end() && ReadWhole(Root + '/' + Path, Original) && Original == Difference.Bytes)
+				if (!bDiffers)
 				{
-					return EVisit::Continue; // Written again, and as it was.
+					return EVisit::Continue;
 				}
 				Bytes += Difference.Bytes.size();
 				OutDifferences.push_back(std::move(Difference));
@@ -335,7 +401,18 @@ namespace Velmora
 			if (bIsWhole && Seen.count(Path) == 0)
 			{
 				// Deletions first, so that a folder can take the place of a file.
-				OutDifferences.insert(OutDifferences.begin(), { Path, true, {}, 0 });
+				FDifference Deletion;
+				Deletion.Path = Path;
+				Deletion.bIsDeletion = true;
+				OutDifferences.insert(OutDifferences.begin(), std::move(Deletion));
+			}
+		}
+		for (const auto& [Path, Mode] : CopiedFolders)
+		{
+			const std::string Above = Path.substr(0, std::min(Path.rfind('/'), Path.size()));
+			if (SeenFolders.count(Path) == 0 && (Above == Path || SeenFolders.count(Above) != 0))
+			{
+				OutNotes.push_back("The folder " + Path + " stays, without its files: undo could not bring it back as it was.");
 			}
 		}
 		return bIsWhole && OutDifferences.size() <= MaxAppliedFiles;
@@ -365,6 +442,9 @@ namespace Velmora
 						  OutContent.bIsDeletion = Difference.bIsDeletion;
 						  OutContent.Bytes = std::move(Difference.Bytes);
 						  OutContent.Mode = Difference.Mode;
+						  OutContent.bSetsMode = Difference.bSetsMode;
+						  OutContent.LinkTarget = Difference.LinkTarget;
+						  OutContent.bIsFolder = Difference.bIsFolder;
 						  return std::string();
 					  });
 			if (Problem.empty())

@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include <sys/stat.h>
+
 namespace Velmora
 {
 	class FChangeJournal;
@@ -72,6 +74,7 @@ namespace Velmora
 		{
 			bool bIsLink = false;
 			std::string LinkTarget;
+			uint32_t Mode = 0;
 
 			// Of the original, so that a change by somebody else is noticed.
 			uint64_t OriginalSize = 0;
@@ -89,11 +92,28 @@ namespace Velmora
 			bool bIsDeletion = false;
 			std::string Bytes;
 			uint32_t Mode = 0;
+
+			/** The command has set it. */
+			bool bSetsMode = false;
+
+			/** Of what is now a link. */
+			std::string LinkTarget;
+
+			/** A folder with nothing in it. */
+			bool bIsFolder = false;
 		};
 
 		std::string CopyFile(const std::string& Path);
 		std::string CopyLink(const std::string& Path);
 		bool IsLeftOut(const std::string& Path) const;
+
+		/** What of an entry of the copy is to be taken over, or why it is not. */
+		bool CompareFile(const std::string& Path, const struct stat& Info, FDifference& OutDifference, std::string& OutNote) const;
+		bool CompareLink(const std::string& Path, FDifference& OutDifference, std::string& OutNote) const;
+		bool CompareFolder(const std::string& Path, const struct stat& Info, FDifference& OutDifference, std::string& OutNote) const;
+
+		/** Why a link is not made; nothing for one that stays among the ordinary files of the project. */
+		static std::string RefuseLink(const std::string& Path, const std::string& Target);
 
 		/** False with a note when there is too much of it. */
 		bool FindDifferences(std::vector<FDifference>& OutDifferences, std::vector<std::string>& OutNotes) const;
@@ -103,5 +123,8 @@ namespace Velmora
 		const FProjectPlan Plan;
 		std::string Folder;
 		std::map<std::string, FCopied> Copied;
+
+		/** Modes of the copy's folders as they were made. */
+		std::map<std::string, uint32_t> CopiedFolders;
 	};
 }
