@@ -5,9 +5,9 @@
 #include "Framework/Application/SlateApplication.h"
 #include "HAL/PlatformApplicationMisc.h"
 #include "Host/HostSleep.h"
+#include "SettingRows.h"
 #include "Styling/AppStyle.h"
 #include "Styling/CoreStyle.h"
-#include "Widgets/Input/SButton.h"
 #include "Widgets/Input/SCheckBox.h"
 #include "Widgets/Input/SMultiLineEditableTextBox.h"
 #include "Widgets/Layout/SBorder.h"
@@ -75,21 +75,7 @@ void SAgentActivity::Construct(const FArguments& InArgs)
 				+ SSplitter::Slot()
 				.Value(0.4f)
 				[
-					SNew(SBorder)
-					.BorderImage(FAppStyle::GetBrush("ToolPanel.DarkGroupBorder"))
-					.Padding(FMargin(0.0f, 4.0f))
-					[
-						SAssignNew(List, SListView<FEntry>)
-						.Tag("ActivityList")
-						.Clipping(EWidgetClipping::ClipToBounds)
-						.ListItemsSource(&Entries)
-						.OnGenerateRow(this, &SAgentActivity::MakeRow)
-						.OnSelectionChanged_Lambda([this](FEntry Entry, ESelectInfo::Type)
-							{
-								bFollows = !Entry.IsValid();
-								ShowDetails();
-							})
-					]
+					MakeEvents()
 				]
 				+ SSplitter::Slot()
 				.Value(0.6f)
@@ -116,6 +102,29 @@ void SAgentActivity::Construct(const FArguments& InArgs)
 SAgentActivity::~SAgentActivity()
 {
 	FAgentActivity::SetListener(nullptr);
+}
+
+TSharedRef<SWidget> SAgentActivity::MakeEvents()
+{
+	const auto OnChosen = [this](FEntry Entry, ESelectInfo::Type)
+	{
+		// Who has chosen an event stays with it.
+		bFollows = !Entry.IsValid();
+		ShowDetails();
+	};
+	// clang-format off
+	return SNew(SBorder)
+		.BorderImage(FAppStyle::GetBrush("ToolPanel.DarkGroupBorder"))
+		.Padding(FMargin(0.0f, 4.0f))
+		[
+			SAssignNew(List, SListView<FEntry>)
+			.Tag("ActivityList")
+			.Clipping(EWidgetClipping::ClipToBounds)
+			.ListItemsSource(&Entries)
+			.OnGenerateRow(this, &SAgentActivity::MakeRow)
+			.OnSelectionChanged_Lambda(OnChosen)
+		];
+	// clang-format on
 }
 
 TSharedRef<SWidget> SAgentActivity::MakeBar()
@@ -185,32 +194,45 @@ TSharedRef<SWidget> SAgentActivity::MakeFigures()
 	// clang-format on
 }
 
-TSharedRef<SWidget> SAgentActivity::MakeButtons()
+TSharedRef<SWidget> SAgentActivity::MakeFollowBox()
 {
 	const auto OnFollow = [this](ECheckBoxState State)
 	{
-		bFollows = State == ECheckBoxState::Checked;
-		if (bFollows)
+		if (State == ECheckBoxState::Checked)
 		{
 			List->ClearSelection();
 			List->ScrollToBottom();
-			bFollows = true;
 		}
+		bFollows = State == ECheckBoxState::Checked;
 		ShowDetails();
 	};
+	// clang-format off
+	return SNew(SCheckBox)
+		.Tag("FollowActivity")
+		.ToolTipText(LOCTEXT("FollowTip", "Show what happens now; choosing an event stays with it"))
+		.IsChecked_Lambda([this]() { return bFollows ? ECheckBoxState::Checked : ECheckBoxState::Unchecked; })
+		.OnCheckStateChanged_Lambda(OnFollow)
+		[
+			SNew(STextBlock)
+			.Text(LOCTEXT("Follow", "Follow"))
+			.Margin(FMargin(4.0f, 0.0f, 0.0f, 0.0f))
+		];
+	// clang-format on
+}
+
+TSharedRef<SWidget> SAgentActivity::MakeButtons()
+{
 	const auto OnCopy = [this]()
 	{
 		const TArray<FEntry> Selected = List->GetSelectedItems();
 		const bool bHasOne = Selected.Num() > 0 && Selected[0];
 		FPlatformApplicationMisc::ClipboardCopy(*(bHasOne ? MakeCopy(*Selected[0]) : FAgentActivity::ToText()));
-		return FReply::Handled();
 	};
 	const auto OnClear = [this]()
 	{
 		FAgentActivity::Clear();
 		List->ClearSelection();
 		TakeOver();
-		return FReply::Handled();
 	};
 	// clang-format off
 	return SNew(SHorizontalBox)
@@ -218,36 +240,21 @@ TSharedRef<SWidget> SAgentActivity::MakeButtons()
 		.AutoWidth()
 		.VAlign(VAlign_Center)
 		[
-			SNew(SCheckBox)
-			.Tag("FollowActivity")
-			.ToolTipText(LOCTEXT("FollowTip", "Show what happens now; choosing an event stays with it"))
-			.IsChecked_Lambda([this]() { return bFollows ? ECheckBoxState::Checked : ECheckBoxState::Unchecked; })
-			.OnCheckStateChanged_Lambda(OnFollow)
-			[
-				SNew(STextBlock)
-				.Text(LOCTEXT("Follow", "Follow"))
-				.Margin(FMargin(4.0f, 0.0f, 0.0f, 0.0f))
-			]
+			MakeFollowBox()
 		]
 		+ SHorizontalBox::Slot()
 		.AutoWidth()
 		.Padding(8.0f, 0.0f, 0.0f, 0.0f)
 		[
-			SNew(SButton)
-			.Tag("CopyActivity")
-			.Text(LOCTEXT("Copy", "Copy"))
-			.ToolTipText(LOCTEXT("CopyTip", "Copy the chosen event with all that belongs to it, or all events; keys are never among them"))
-			.OnClicked_Lambda(OnCopy)
+			SettingRows::MakeButton("CopyActivity", LOCTEXT("Copy", "Copy"),
+				LOCTEXT("CopyTip", "Copy the chosen event with all that belongs to it, or all events; keys are never among them"), OnCopy)
 		]
 		+ SHorizontalBox::Slot()
 		.AutoWidth()
 		.Padding(8.0f, 0.0f, 0.0f, 0.0f)
 		[
-			SNew(SButton)
-			.Tag("ClearActivity")
-			.Text(LOCTEXT("Clear", "Clear"))
-			.ToolTipText(LOCTEXT("ClearTip", "Take all events away; the conversation stays"))
-			.OnClicked_Lambda(OnClear)
+			SettingRows::MakeButton("ClearActivity", LOCTEXT("Clear", "Clear"),
+				LOCTEXT("ClearTip", "Take all events away; the conversation stays"), OnClear)
 		];
 	// clang-format on
 }
@@ -517,8 +524,8 @@ FText SAgentActivity::GetFiguresText() const
 	{
 		return LOCTEXT("Nothing", "No request yet. What goes to a model, and what comes back, is shown here.");
 	}
-	const FString Sum =
-		FString::Printf(TEXT("%s requests, %s tokens"), *ActivityText::MakeCount(Requests), *ActivityText::MakeCount(Tokens));
+	const FString Sum = FString::Printf(TEXT("%s %s, %s tokens"), *ActivityText::MakeCount(Requests),
+		Requests == 1 ? TEXT("request") : TEXT("requests"), *ActivityText::MakeCount(Tokens));
 	return FText::FromString(Cost > 0.0 ? Sum + FString::Printf(TEXT(", cost %.4f"), Cost) : Sum);
 }
 

@@ -30,7 +30,9 @@ private:
 
 	TSharedRef<SWidget> MakeBar();
 	TSharedRef<SWidget> MakeFigures();
+	TSharedRef<SWidget> MakeFollowBox();
 	TSharedRef<SWidget> MakeButtons();
+	TSharedRef<SWidget> MakeEvents();
 	TSharedRef<SWidget> MakeDetails();
 	TSharedRef<SWidget> MakePart(const FText& Title, const char* Tag, bool bItalic, bool bCollapsed,
 		TSharedPtr<SMultiLineEditableTextBox>& OutBox, TSharedPtr<SExpandableArea>& OutArea);

@@ -54,7 +54,13 @@ void SConnectionsPage::Construct(const FArguments& InArgs)
 		]
 	];
 	// clang-format on
-	Show(Connections.GetItems().IsEmpty() ? nullptr : TSharedPtr<FEditedConnection>(Connections.GetItems()[0]));
+	ShowFirst();
+}
+
+void SConnectionsPage::ShowFirst()
+{
+	const TArray<FItem>& Items = Connections.GetItems();
+	Show(Items.IsEmpty() ? nullptr : TSharedPtr<FEditedConnection>(Items[0]));
 }
 
 void SConnectionsPage::Tick(const FGeometry& AllottedGeometry, const double InCurrentTime, const float InDeltaTime)
@@ -63,7 +69,7 @@ void SConnectionsPage::Tick(const FGeometry& AllottedGeometry, const double InCu
 	// Another window of this program, or an editor, may have written the file meanwhile.
 	if (InCurrentTime - LastTick > AwaySeconds && Connections.Reload())
 	{
-		Show(Connections.GetItems().IsEmpty() ? nullptr : TSharedPtr<FEditedConnection>(Connections.GetItems()[0]));
+		ShowFirst();
 	}
 	LastTick = InCurrentTime;
 	if (bWantsKey)
@@ -422,64 +428,36 @@ TSharedRef<SWidget> SConnectionsPage::MakeTestRow()
 
 TSharedRef<SWidget> SConnectionsPage::MakeActions()
 {
-	const auto IsUsable = [this]() { return Shown && Shown->Stored.IsSet(); };
-	const auto OnUse = [this]()
-	{
-		if (Shown && Shown->Stored.IsSet())
-		{
-			FAgentChoice::Choose(Shown->Stored);
-		}
-		return FReply::Handled();
-	};
-	const auto OnDefault = [this]()
-	{
-		if (Shown)
-		{
-			Connections.SetDefault(Connections.IsDefault(*Shown) ? nullptr : Shown.Get());
-		}
-		return FReply::Handled();
-	};
+	// The stored one is used: what is half typed cannot answer anybody.
+	const auto OnUse = [this]() { FAgentChoice::Choose(Shown->Stored); };
+	const auto OnDefault = [this]() { Connections.SetDefault(Connections.IsDefault(*Shown) ? nullptr : Shown.Get()); };
 	const auto OnRemove = [this]()
 	{
-		if (Shown)
-		{
-			Connections.Remove(Shown.ToSharedRef());
-			const TArray<FItem>& Left = Connections.GetItems();
-			Show(Left.IsEmpty() ? nullptr : TSharedPtr<FEditedConnection>(Left[0]));
-		}
-		return FReply::Handled();
+		Connections.Remove(Shown.ToSharedRef());
+		ShowFirst();
 	};
-	const auto GetDefaultText = [this]()
-	{ return Shown && Connections.IsDefault(*Shown) ? LOCTEXT("NoDefault", "No Default") : LOCTEXT("MakeDefault", "Make Default"); };
+	const TAttribute<bool> IsUsable = TAttribute<bool>::CreateLambda([this]() { return Shown && Shown->Stored.IsSet(); });
+	const TAttribute<FText> DefaultText = TAttribute<FText>::CreateLambda([this]()
+		{ return Shown && Connections.IsDefault(*Shown) ? LOCTEXT("NoDefault", "No Default") : LOCTEXT("MakeDefault", "Make Default"); });
 	// clang-format off
 	return SNew(SWrapBox)
 		.UseAllottedSize(true)
 		.InnerSlotPadding(FVector2D(8.0, 4.0))
 		+ SWrapBox::Slot()
 		[
-			SNew(SButton)
-			.Tag("UseConnection")
-			.Text(LOCTEXT("Use", "Use Now"))
-			.ToolTipText(LOCTEXT("UseTip", "It answers from the next message on, as in the menu Tools, Agent"))
-			.IsEnabled_Lambda(IsUsable)
-			.OnClicked_Lambda(OnUse)
+			SettingRows::MakeButton("UseConnection", LOCTEXT("Use", "Use Now"),
+				LOCTEXT("UseTip", "It answers from the next message on, as in the menu Tools, Agent"), OnUse, IsUsable)
 		]
 		+ SWrapBox::Slot()
 		[
-			SNew(SButton)
-			.Tag("DefaultConnection")
-			.Text_Lambda(GetDefaultText)
-			.ToolTipText(LOCTEXT("DefaultTip", "The default answers when the program starts; without one the built-in agent does"))
-			.IsEnabled_Lambda(IsUsable)
-			.OnClicked_Lambda(OnDefault)
+			SettingRows::MakeButton("DefaultConnection", DefaultText,
+				LOCTEXT("DefaultTip", "The default answers when the program starts; without one the built-in agent does"), OnDefault,
+				IsUsable)
 		]
 		+ SWrapBox::Slot()
 		[
-			SNew(SButton)
-			.Tag("RemoveConnection")
-			.Text(LOCTEXT("Remove", "Remove"))
-			.ToolTipText(LOCTEXT("RemoveTip", "Takes it off the list; its key stays until it is forgotten"))
-			.OnClicked_Lambda(OnRemove)
+			SettingRows::MakeButton("RemoveConnection", LOCTEXT("Remove", "Remove"),
+				LOCTEXT("RemoveTip", "Takes it off the list; its key stays until it is forgotten"), OnRemove)
 		];
 	// clang-format on
 }

@@ -37,6 +37,7 @@ private:
 	void RebuildList();
 	void RebuildFields();
 	void Show(const TSharedPtr<FEditedConnection>& Item);
+	void ShowFirst();
 
 	/** After a change of the shown connection. */
 	void NoteChange();

@@ -25,6 +25,29 @@ namespace
 		return Rule.Prefix.IsEmpty() ? LOCTEXT("Everything", "whatever it is about")
 									 : FText::Format(LOCTEXT("BeginsWith", "{0}\u2026"), FText::FromString(Rule.Prefix));
 	}
+
+	/** The tool, and below it the beginning of what it may act on. */
+	TSharedRef<SWidget> MakeRuleText(const FAgentPermission& Rule)
+	{
+		// clang-format off
+		return SNew(SVerticalBox)
+			+ SVerticalBox::Slot()
+			.AutoHeight()
+			[
+				SNew(STextBlock)
+				.Text(FText::FromString(Rule.Tool))
+			]
+			+ SVerticalBox::Slot()
+			.AutoHeight()
+			[
+				SNew(STextBlock)
+				.Text(DescribeSubject(Rule))
+				.Font(FCoreStyle::GetDefaultFontStyle("Mono", 9.0f))
+				.ColorAndOpacity(FSlateColor(FAppStyle::GetColor("Colors.ForegroundSubdued")))
+				.AutoWrapText(true)
+			];
+		// clang-format on
+	}
 }
 
 void SPermissionsPage::Construct(const FArguments& InArgs)
@@ -129,22 +152,7 @@ TSharedRef<SWidget> SPermissionsPage::MakeRuleRow(const FAgentPermission& Rule, 
 			.VAlign(VAlign_Center)
 			.Padding(0.0f, 0.0f, 8.0f, 0.0f)
 			[
-				SNew(SVerticalBox)
-				+ SVerticalBox::Slot()
-				.AutoHeight()
-				[
-					SNew(STextBlock)
-					.Text(FText::FromString(Rule.Tool))
-				]
-				+ SVerticalBox::Slot()
-				.AutoHeight()
-				[
-					SNew(STextBlock)
-					.Text(DescribeSubject(Rule))
-					.Font(FCoreStyle::GetDefaultFontStyle("Mono", 9.0f))
-					.ColorAndOpacity(FSlateColor(FAppStyle::GetColor("Colors.ForegroundSubdued")))
-					.AutoWrapText(true)
-				]
+				MakeRuleText(Rule)
 			]
 			+ SHorizontalBox::Slot()
 			.AutoWidth()

@@ -3,6 +3,7 @@
 #include "Styling/AppStyle.h"
 #include "Styling/CoreStyle.h"
 #include "Widgets/Images/SImage.h"
+#include "Widgets/Input/SButton.h"
 #include "Widgets/Layout/SBorder.h"
 #include "Widgets/Layout/SBox.h"
 #include "Widgets/Layout/SSpacer.h"
@@ -117,6 +118,24 @@ TSharedRef<SWidget> SettingRows::MakeState(const TAttribute<FSlateColor>& Color,
 			.Text(Word)
 			.AutoWrapText(true)
 		];
+	// clang-format on
+}
+
+TSharedRef<SWidget> SettingRows::MakeButton(
+	const char* Tag, const TAttribute<FText>& Text, const FText& ToolTip, TFunction<void()> OnClicked, const TAttribute<bool>& IsEnabled)
+{
+	const auto OnButton = [OnClicked = MoveTemp(OnClicked)]()
+	{
+		OnClicked();
+		return FReply::Handled();
+	};
+	// clang-format off
+	return SNew(SButton)
+		.Tag(FName(Tag))
+		.Text(Text)
+		.ToolTipText(ToolTip)
+		.IsEnabled(IsEnabled)
+		.OnClicked_Lambda(OnButton);
 	// clang-format on
 }
 

@@ -3,6 +3,7 @@
 #include "CoreMinimal.h"
 #include "Misc/Attribute.h"
 #include "Styling/SlateColor.h"
+#include "Templates/Function.h"
 #include "Widgets/SWidget.h"
 
 /** What the program's own pages of settings are made of, so that they look as the pages of properties do. Game thread. */
@@ -22,6 +23,10 @@ namespace SettingRows
 
 	/** A disc of 8 and a word beside it. */
 	TSharedRef<SWidget> MakeState(const TAttribute<FSlateColor>& Color, const TAttribute<FText>& Word);
+
+	/** A button that works while the test holds. The tag names it to scripts and tests. */
+	TSharedRef<SWidget> MakeButton(const char* Tag, const TAttribute<FText>& Text, const FText& ToolTip, TFunction<void()> OnClicked,
+		const TAttribute<bool>& IsEnabled = true);
 
 	/** A sentence in the subdued colour that wraps. */
 	TSharedRef<SWidget> MakeNote(const TAttribute<FText>& Text);

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <fstream>
 #include <mutex>
 
 using namespace PeerText;
@@ -65,4 +67,47 @@ TEST(ModelRun, WrongChoicesAreTold)
 		{ "--headless", "--project", Project.Folder.string(), "--server", "http://127.0.0.1:1", "--model", "m", "--prompt", "x" });
 	EXPECT_EQ(Gone.ExitCode, 1);
 	EXPECT_TRUE(Contains(Gone.Output + Gone.Error, "The server at http://127.0.0.1:1 cannot be reached")) << Gone.Output << Gone.Error;
+}
+
+TEST(ModelRun, AConnectionIsPickedInTheMenuAndItsActivityIsShown)
+{
+	const FRandomProject Project;
+	std::mutex Mutex;
+	std::string Heads;
+	FScriptedPeer Peer(FScriptedPeer::AnswerEach(
+		[&](const FPeerConnection::FRequest& Request, int)
+		{
+			const std::scoped_lock Lock(Mutex);
+			Heads += Request.Head;
+			return Stream({ Chunk(R"({"reasoning_content":"Let me think."})"), Say("Hello from the model."), Chunk("{}", "stop"),
+				R"({"choices":[],"usage":{"prompt_tokens":1234,"completion_tokens":56}})", "[DONE]" });
+		}));
+	const std::string Config = Project.Path("config/velmora-ui/connections.json");
+	std::filesystem::create_directories(std::filesystem::path(Config).parent_path());
+	std::ofstream(Config) << R"({ "connections": [ { "name": "local", "url": ")" << Peer.GetUrl()
+						  << R"(", "model": "tiny", "key_variable": "PEER_KEY" } ] })";
+	std::filesystem::permissions(Config, std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
+	const std::string Script = Project.Write("steps.txt",
+		"wait idle 30\nclick Tools\nclick Agent\nclick local\nwait idle 10\nclick #InputTextBox\ntype hello\nkey CTRL+ENTER\nwait idle 30\n"
+		"dump answered.json\nclick Window\nclick Agent Activity\nwait idle 10\ndump activity.json\n"
+		"click Velmora AI\nclick Tools\nclick Agent\nclick Built-in agent\nwait idle 10\nclick #InputTextBox\ntype help\nkey CTRL+ENTER\n"
+		"wait idle 30\ndump local.json\n");
+	const FRun Run = RunProgram({ "--headless", "--project", Project.Folder.string(), "--script", Script }, "", Project.OutFolder.string(),
+		{ "XDG_CONFIG_HOME=" + Project.Path("config"), "PEER_KEY=secret-key-4711" });
+	EXPECT_EQ(Run.ExitCode, 0) << Run.Error;
+	EXPECT_TRUE(Contains(Heads, "Authorization: Bearer secret-key-4711"));
+	const std::string Answered = ReadFile(Project.Path("answered.json"));
+	EXPECT_TRUE(Contains(Answered, " - local - Velmora UI\"")) << "the title names who answers";
+	EXPECT_TRUE(Contains(Answered, "Hello from the model."));
+	const std::string Activity = ReadFile(Project.Path("activity.json"));
+	for (const char* Text : { "local, tiny", "1 request, 1,290 tokens", "Let me think." })
+	{
+		EXPECT_TRUE(Contains(Activity, Text)) << Text;
+	}
+	EXPECT_FALSE(Contains(Activity, "4711")) << "a key is shown nowhere";
+	const std::string Local = ReadFile(Project.Path("local.json"));
+	EXPECT_TRUE(Contains(Local, " - Built-in agent - Velmora UI\""));
+	EXPECT_TRUE(Contains(Local, "Hello from the model.")) << "the conversation goes on";
+	EXPECT_TRUE(Contains(Local, "I answer from the files of this project"));
+	EXPECT_EQ(Peer.GetConnectionCount(), 1) << "the built-in agent asks nobody";
 }
