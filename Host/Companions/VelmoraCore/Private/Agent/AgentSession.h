@@ -178,6 +178,9 @@ namespace Velmora
 		/** That of this run first. */
 		std::vector<std::shared_ptr<FChangeJournal>> ListJournals() const;
 
+		/** A conversation that was opened may have been left in mid-turn: stopped, or with the end of its program. */
+		void TellWhereItStopped();
+
 		/** As progress texts, in a task of their own. */
 		void TellSoon(const std::vector<std::string>& Sentences);
 		void OnUndoRecovered(const FRecoveredUndo& Recovered);

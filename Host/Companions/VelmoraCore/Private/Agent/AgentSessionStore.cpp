@@ -247,9 +247,23 @@ namespace Velmora
 		SetOpened(TEXT("A stored conversation was opened."));
 		if (Epoch == StartEpoch)
 		{
+			if (!bIsCurrent)
+			{
+				TellWhereItStopped();
+			}
 			Fire(Callbacks.ConversationLoaded, LoadedId);
 		}
 		return true;
+	}
+
+	void FAgentSession::TellWhereItStopped()
+	{
+		const FConversationMessage* const Last = Current->Messages.Num() > 0 ? &Current->Messages.Last() : nullptr;
+		if (Last && (Last->Role != EConversationRole::Assistant || Last->bHasToolCalls))
+		{
+			TellSoon(
+				{ "The last turn of this conversation was cut short: it has no answer. What it did is kept; send a message to go on." });
+		}
 	}
 
 	bool FAgentSession::DeleteConversationHistory(const FString& Id)
