@@ -4,8 +4,8 @@ BUILD_PACKAGES="g++ cmake ninja-build pkg-config libsdl2-dev libcairo2-dev libpa
 RUN_PACKAGES="universal-ctags bubblewrap"
 FONT_PACKAGES="fontconfig fonts-roboto-unhinted fonts-noto-mono fonts-noto-color-emoji"
 # What is of use and not needed: the fonts of more scripts, and the programs that open files and links.
-OPTIONAL_PACKAGES="fonts-noto-core fonts-noto-cjk xdg-utils bash-completion"
-TEST_PACKAGES="libgtest-dev fonts-dejavu-core fonts-droid-fallback python3"
+OPTIONAL_PACKAGES="fonts-noto-core fonts-noto-cjk xdg-utils bash-completion libsecret-1-0"
+TEST_PACKAGES="libgtest-dev fonts-dejavu-core fonts-droid-fallback python3 openssl strace dbus libsecret-1-0 gnome-keyring"
 
 # Installs what is missing of the packages named. Ends the script with 3 when nobody may install.
 need_packages() {

@@ -52,6 +52,9 @@ namespace
 			const char* const Before = getenv("XDG_CONFIG_HOME");
 			Saved = Before ? Before : "";
 			setenv("XDG_CONFIG_HOME", Project.PathOf("config").c_str(), 1);
+			// The user's own keyring is none of the test's business.
+			unsetenv("DBUS_SESSION_BUS_ADDRESS");
+			setenv("XDG_RUNTIME_DIR", Project.PathOf("run").c_str(), 1);
 			FModelTurnTest::SetUp();
 		}
 		void TearDown() override

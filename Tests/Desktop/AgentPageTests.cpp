@@ -39,6 +39,9 @@ protected:
 		const char* const Before = getenv("XDG_CONFIG_HOME");
 		ConfigBefore = Before ? Before : "";
 		setenv("XDG_CONFIG_HOME", (Folder / "config").c_str(), 1);
+		// The user's own keyring is none of the test's business.
+		unsetenv("DBUS_SESSION_BUS_ADDRESS");
+		setenv("XDG_RUNTIME_DIR", (Folder / "run").c_str(), 1);
 		fs::create_directories(Folder / "project");
 		FHostPaths::SetEngineSavedDir(UTF8_TO_TCHAR((Folder / "data").c_str()));
 		Velmora::SetProjectFolder(UTF8_TO_TCHAR((Folder / "project").c_str()));

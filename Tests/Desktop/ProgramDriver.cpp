@@ -38,9 +38,10 @@ FRun RunProgram(
 	for (char** Entry = environ; *Entry; ++Entry)
 	{
 		const std::string Text = *Entry;
-		// Neither the user's display nor what the user keeps for the program has a say here.
+		// Neither the user's display, nor the user's keyring, nor what the user keeps for the program has a say here.
 		if (Text.rfind("DISPLAY=", 0) != 0 && Text.rfind("WAYLAND_DISPLAY=", 0) != 0 && Text.rfind("XDG_DATA_HOME=", 0) != 0 &&
-			Text.rfind("XDG_CONFIG_HOME=", 0) != 0)
+			Text.rfind("XDG_CONFIG_HOME=", 0) != 0 && Text.rfind("XDG_RUNTIME_DIR=", 0) != 0 &&
+			Text.rfind("DBUS_SESSION_BUS_ADDRESS=", 0) != 0)
 		{
 			Environment.push_back(Text);
 		}

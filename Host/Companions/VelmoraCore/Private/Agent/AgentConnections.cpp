@@ -137,10 +137,4 @@ namespace Velmora
 		Model.Budget.MaxDayCost = Connection.MaxDayCost;
 		return Model;
 	}
-
-	std::optional<FModelConnection> GetSelectedModel()
-	{
-		const TOptional<FAgentConnection> Connection = FAgentConnections::GetSelected();
-		return Connection.IsSet() ? std::optional<FModelConnection>(MakeModelConnection(Connection.GetValue())) : std::nullopt;
-	}
 }

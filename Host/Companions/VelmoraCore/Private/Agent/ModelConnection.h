@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
 #include <string>
 
 #include "Model/ModelTypes.h"
@@ -41,8 +40,6 @@ namespace Velmora
 		FModelBudget Budget;
 	};
 
-	/** The one that answers now; nothing for the built-in agent. Any thread. */
-	std::optional<FModelConnection> GetSelectedModel();
-
+	/** Looks for the key, which may take as long as a user takes to unlock a keyring. */
 	FModelConnection MakeModelConnection(const FAgentConnection& Connection);
 }

@@ -4,6 +4,7 @@
 #include <map>
 #include <mutex>
 
+#include "Agent/KeyRing.h"
 #include "Agent/PrivateFile.h"
 #include "Http/WebAddress.h"
 #include "Text/Utf8Text.h"
@@ -112,7 +113,11 @@ namespace Velmora::ModelKeys
 		const std::string Variable = Utf8Text::FromString(Connection.KeyVariable);
 		TakeFromEnvironment(Variable);
 		std::string Key = FindInEnvironment(Variable);
-		return Key.empty() ? FindInFile(GetOrigin(Connection)) : Key;
+		// One that does not answer is told by whoever asks where the key is; the server tells that there is none.
+		std::string Ignored;
+		const std::string Origin = GetOrigin(Connection);
+		Key = Key.empty() && !Origin.empty() ? KeyRing::Find(Origin, Ignored) : Key;
+		return Key.empty() ? FindInFile(Origin) : Key;
 	}
 
 	std::string Describe(const FAgentConnection& Connection)
@@ -123,7 +128,18 @@ namespace Velmora::ModelKeys
 		{
 			return "the environment variable " + Variable;
 		}
-		return FindInFile(GetOrigin(Connection)).empty() ? std::string() : "the file " + PrivateFile::GetFolder() + '/' + KeysFile;
+		const std::string Origin = GetOrigin(Connection);
+		std::string Problem;
+		if (!Origin.empty() && !KeyRing::Find(Origin, Problem).empty())
+		{
+			return "the keyring";
+		}
+		if (FindInFile(Origin).empty())
+		{
+			return std::string();
+		}
+		const std::string Why = Problem.empty() ? KeyRing::WhyNone() : Problem;
+		return "the file " + PrivateFile::GetFolder() + '/' + KeysFile + (Why.empty() ? "" : " (" + Why + ')');
 	}
 
 	std::string Store(const FAgentConnection& Connection, const std::string& Key)
@@ -137,6 +153,12 @@ namespace Velmora::ModelKeys
 		{
 			return "A key has no blanks in it.";
 		}
-		return StoreInFile(Origin, Key);
+		if (!KeyRing::WhyNone().empty())
+		{
+			return StoreInFile(Origin, Key);
+		}
+		// One key in one place. A keyring that refuses is told; nothing is put elsewhere behind the user's back.
+		const std::string Problem = KeyRing::Store(Origin, Key);
+		return Problem.empty() ? StoreInFile(Origin, std::string()) : Problem;
 	}
 }

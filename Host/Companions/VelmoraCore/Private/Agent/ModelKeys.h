@@ -5,8 +5,9 @@
 #include "Host/AgentConnections.h"
 
 /**
- * The keys of the user's servers: an environment variable that the connection names, or a file that only
- * the user may read. A key belongs to scheme, host and port. Any thread.
+ * The keys of the user's servers: an environment variable that the connection names, else the session's keyring, else a file that
+ * only the user may read. A key belongs to scheme, host and port. Any thread; what looks for a key or keeps one may wait for
+ * the user, whom a keyring asks for a password.
  */
 namespace Velmora::ModelKeys
 {

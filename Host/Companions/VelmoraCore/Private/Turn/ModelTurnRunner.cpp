@@ -1,16 +1,17 @@
 #include "Turn/ModelTurnRunner.h"
 
+#include "Agent/ModelConnection.h"
 #include "Turn/ModelTurn.h"
 
 namespace Velmora
 {
-	FModelTurnRunner::FModelTurnRunner(FModelConnection InConnection)
-		: Connection(std::move(InConnection))
+	FModelTurnRunner::FModelTurnRunner(const FAgentConnection& InConnection)
+		: Connection(InConnection)
 	{
 	}
 
 	void FModelTurnRunner::Run(const FTurnInput& Input, FTurnControl& Control, const FReportSink& Sink)
 	{
-		FModelTurn(Connection, Input, Control, Sink).Run();
+		FModelTurn(MakeModelConnection(Connection), Input, Control, Sink).Run();
 	}
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Agent/ModelConnection.h"
+#include "Host/AgentConnections.h"
 #include "Turn/TurnRunner.h"
 
 namespace Velmora
@@ -9,12 +9,12 @@ namespace Velmora
 	class FModelTurnRunner : public ITurnRunner
 	{
 	public:
-		explicit FModelTurnRunner(FModelConnection InConnection);
+		explicit FModelTurnRunner(const FAgentConnection& InConnection);
 
 		virtual bool NeedsTranscript() const override { return true; }
 		virtual void Run(const FTurnInput& Input, FTurnControl& Control, const FReportSink& Sink) override;
 
 	private:
-		const FModelConnection Connection;
+		const FAgentConnection Connection;
 	};
 }

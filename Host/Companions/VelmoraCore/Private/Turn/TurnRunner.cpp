@@ -32,9 +32,9 @@ namespace Velmora
 		{
 			return std::make_unique<FBlankPromptRunner>();
 		}
-		if (std::optional<FModelConnection> Connection = GetSelectedModel())
+		if (const TOptional<FAgentConnection> Connection = FAgentConnections::GetSelected(); Connection.IsSet())
 		{
-			return std::make_unique<FModelTurnRunner>(std::move(Connection.value()));
+			return std::make_unique<FModelTurnRunner>(Connection.GetValue());
 		}
 		return std::make_unique<FLocalTurnRunner>();
 	}

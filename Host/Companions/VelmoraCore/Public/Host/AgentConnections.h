@@ -112,13 +112,15 @@ namespace Velmora
 		/** Empty, or a sentence that says why nothing was written. */
 		[[nodiscard]] static FString SetDefault(const FString& Name);
 
-		/** Where a connection's key comes from, for people: "the variable X"; empty when there is none. Any thread; reads a file.
+		/**
+		 * Where a connection's key comes from, for people: "the variable X", "the keyring"; empty when there is none. Any
+		 * thread; may wait for the user, whom a keyring asks for a password.
 		 */
 		static FString DescribeKey(const FAgentConnection& Connection);
 
 		/**
-		 * Keeps a key for the connection's scheme, host and port: in a file that only the user
-		 * may read. An empty key is forgotten. Any thread; writes a file.
+		 * Keeps a key for the connection's scheme, host and port: in the keyring of the session, or without one in a file that only
+		 * the user may read. An empty key is forgotten. Any thread; may wait for the user.
 		 *
 		 * @return Empty, or a sentence that says why it was not kept.
 		 */
