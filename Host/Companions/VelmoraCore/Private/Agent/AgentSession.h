@@ -174,6 +174,8 @@ namespace Velmora
 
 		/** What was done in a conversation that is gone cannot be undone any more; in all but the current one without a name. */
 		void ForgetChanges(const FString& ConversationId);
+		void ForgetIn(std::vector<std::shared_ptr<FChangeJournal>>&& Journals, const FString& ConversationId);
+		void TakeFormerJournals(std::vector<std::shared_ptr<FChangeJournal>>&& Adopted);
 
 		/** That of this run first. */
 		std::vector<std::shared_ptr<FChangeJournal>> ListJournals() const;
@@ -279,6 +281,10 @@ namespace Velmora
 
 		/** Of earlier runs, by which what was done in a conversation that was opened again can be undone. The latest first. */
 		std::vector<std::shared_ptr<FChangeJournal>> FormerJournals;
+
+		/** What was forgotten before these were there, as ForgetChanges was told. */
+		TArray<FString> ForgottenEarly;
+		bool bHasFormerJournals = false;
 		FString TransactionId;
 		bool bIsUndoing = false;
 		TArray<FOpenTool> OpenTools;

@@ -89,15 +89,34 @@ namespace Velmora
 
 	void FAgentSession::ForgetChanges(const FString& ConversationId)
 	{
+		if (!bHasFormerJournals)
+		{
+			ForgottenEarly.Add(ConversationId);
+		}
+		ForgetIn(ListJournals(), ConversationId);
+	}
+
+	void FAgentSession::ForgetIn(std::vector<std::shared_ptr<FChangeJournal>>&& Journals, const FString& ConversationId)
+	{
 		const std::string Staying = Current.IsValid() ? HostFileNameToBytes(Current->Id) : std::string();
 		Workers.Add(Async(EAsyncExecution::Thread,
-			[Journals = ListJournals(), Gone = HostFileNameToBytes(ConversationId), Staying]
+			[Journals = MoveTemp(Journals), Gone = HostFileNameToBytes(ConversationId), Staying]
 			{
 				for (const std::shared_ptr<FChangeJournal>& Known : Journals)
 				{
 					Known->ForgetConversations([&](const std::string& Id) { return Gone.empty() ? Id != Staying : Id == Gone; });
 				}
 			}));
+	}
+
+	void FAgentSession::TakeFormerJournals(std::vector<std::shared_ptr<FChangeJournal>>&& Adopted)
+	{
+		FormerJournals = MoveTemp(Adopted);
+		bHasFormerJournals = true;
+		for (const FString& ConversationId : TArray<FString>(MoveTemp(ForgottenEarly)))
+		{
+			ForgetIn(std::vector<std::shared_ptr<FChangeJournal>>(FormerJournals), ConversationId);
+		}
 	}
 
 	std::vector<std::shared_ptr<FChangeJournal>> FAgentSession::ListJournals() const
@@ -335,7 +354,7 @@ namespace Velmora
 					{
 						if (const TSharedPtr<FAgentSession> Session = WeakSession.Pin())
 						{
-							Session->FormerJournals = MoveTemp(Adopted);
+							Session->TakeFormerJournals(MoveTemp(Adopted));
 						}
 					});
 				for (const FRecoveredUndo& Recovered : AllRecovered)
