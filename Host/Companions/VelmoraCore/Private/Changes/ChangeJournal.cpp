@@ -26,6 +26,12 @@ namespace Velmora
 		{
 			return HostFileNameToBytes(FGuid::NewGuid().ToString(EGuidFormats::DigitsLower));
 		}
+
+		/** Neither a deletion nor a folder nor a link. */
+		bool MakesFile(const FNewContent& Content)
+		{
+			return !Content.bIsDeletion && !Content.bIsFolder && Content.LinkTarget.empty();
+		}
 	}
 
 	FEntryState MakeEntryState(const FEntryInfo& Info, const std::string& Bytes)
@@ -200,12 +206,45 @@ namespace Velmora
 			return Problem;
 		}
 
+		std::string Note;
+		const FChangeRecord Record = MakeRecord(Access, Root, Path, Info, Bytes, Content, Note);
+		std::vector<FChangeRecord> Records = ListByName(Record, !MakesFile(Content));
+		Problem = WriteDown(Records, Bytes, *Transaction);
+		if (!Problem.empty())
+		{
+			return Problem;
+		}
+		Problem = Make(Access, Records, Info, Content, Note);
+		if (!Problem.empty())
+		{
+			Withdraw(Records);
+			return Problem;
+		}
+		if (OutNote)
+		{
+			*OutNote = Note;
+		}
+		const EChangeAction Action = Content.bIsDeletion ? EChangeAction::Deleted
+			: Info.Kind == EEntryKind::File				 ? EChangeAction::Modified
+														 : EChangeAction::Created;
+		const std::scoped_lock ListGuard(ListMutex);
+		if (!Content.bIsFolder)
+		{
+			Performed.push_back({ TransactionId, Transaction->ConversationId, Root, Path, Action });
+		}
+		std::move(Records.begin(), Records.end(), std::back_inserter(Transaction->Records));
+		return std::string();
+	}
+
+	FChangeRecord FChangeJournal::MakeRecord(const FProjectAccess& Access, const std::string& Root, const std::string& Path,
+		const FEntryInfo& Info, const std::string& Bytes, const FNewContent& Content, std::string& OutNote)
+	{
 		FChangeRecord Record;
 		Record.Root = Root;
 		Record.RootIdentity = Access.GetIdentity();
 		Record.Path = Path;
 		Record.Before = MakeEntryState(Info, Bytes);
-		const bool bIsFile = !Content.bIsDeletion && !Content.bIsFolder && Content.LinkTarget.empty();
+		const bool bIsFile = MakesFile(Content);
 		if (bIsFile)
 		{
 			Record.After = Record.Before;
@@ -223,53 +262,32 @@ namespace Velmora
 			// A folder that was made goes as one of those, if nothing is in it then.
 			Record.MadeFolders = Access.ListMissingParents(Content.bIsFolder ? Path + "/x" : Path);
 		}
-		std::string Note;
 		const bool bHasOtherNames = Info.Kind == EEntryKind::File && Info.NameCount > 1;
 		if (bHasOtherNames && !Access.ListOtherNames(Path, Info, Record.OtherNames) && bIsFile)
 		{
 			// Names outside are none of our business: what they stand for stays as it is.
 			Record.OtherNames.clear();
-			Note = "it is no longer one file with its names outside the project";
+			OutNote = "it is no longer one file with its names outside the project";
 		}
 		const auto Steering = std::find_if(
 			Record.OtherNames.begin(), Record.OtherNames.end(), [](const std::string& Name) { return !DescribeSteering(Name).empty(); });
 		if (Steering != Record.OtherNames.end() && bIsFile)
 		{
 			// Nobody was asked about that one.
-			Note = "it is no longer one file with `" + *Steering + '`';
+			OutNote = "it is no longer one file with `" + *Steering + '`';
 			Record.OtherNames.clear();
 		}
-		std::vector<FChangeRecord> Records = ListByName(Record, !bIsFile);
-		Problem = WriteDown(Records, Bytes, *Transaction);
-		if (!Problem.empty())
+		return Record;
+	}
+
+	void FChangeJournal::Withdraw(const std::vector<FChangeRecord>& Records)
+	{
+		for (const FChangeRecord& Failed : Records)
 		{
-			return Problem;
+			Contents->Release(Failed.Before.Hash);
 		}
-		Problem = Make(Access, Records, Info, Content, Note);
-		if (!Problem.empty())
-		{
-			for (const FChangeRecord& Failed : Records)
-			{
-				Contents->Release(Failed.Before.Hash);
-			}
-			Log.AppendFailure(Records.size());
-			bMayHaveLeftovers = true;
-			return Problem;
-		}
-		if (OutNote)
-		{
-			*OutNote = Note;
-		}
-		const EChangeAction Action = Content.bIsDeletion ? EChangeAction::Deleted
-			: Info.Kind == EEntryKind::File				 ? EChangeAction::Modified
-														 : EChangeAction::Created;
-		const std::scoped_lock ListGuard(ListMutex);
-		if (!Content.bIsFolder)
-		{
-			Performed.push_back({ TransactionId, Transaction->ConversationId, Root, Path, Action });
-		}
-		std::move(Records.begin(), Records.end(), std::back_inserter(Transaction->Records));
-		return std::string();
+		Log.AppendFailure(Records.size());
+		bMayHaveLeftovers = true;
 	}
 
 	std::vector<FChangeRecord> FChangeJournal::ListByName(const FChangeRecord& Record, bool bUnderOneName)

@@ -214,8 +214,15 @@ namespace Velmora
 		/** Lines for the log on those that it does not know yet; from now on it is taken to know them. */
 		std::string ListMessages(FTransactions& OutListed);
 
+		/** What is to be written down of a change that is about to be made. OutNote gets what of the file cannot be kept. */
+		static FChangeRecord MakeRecord(const FProjectAccess& Access, const std::string& Root, const std::string& Path,
+			const FEntryInfo& Info, const std::string& Bytes, const FNewContent& Content, std::string& OutNote);
+
+		/** The change failed: what was written down of it is taken back. */
+		void Withdraw(const std::vector<FChangeRecord>& Records);
+
 		/** A file with several names is changed under each; deleted, it goes under one. */
-		std::vector<FChangeRecord> ListByName(const FChangeRecord& Record, bool bIsDeletion);
+		std::vector<FChangeRecord> ListByName(const FChangeRecord& Record, bool bUnderOneName);
 		std::string WriteDown(const std::vector<FChangeRecord>& Records, const std::string& Bytes, const FChangeTransaction& Transaction);
 
 		/** The change itself. */

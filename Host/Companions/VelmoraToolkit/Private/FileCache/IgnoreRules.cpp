@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <utility>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -87,6 +88,55 @@ namespace Velmora
 				}
 			}
 			return false;
+		}
+
+		/**
+		 * Reads what stands at At in a set and adds it: a range's end, a named class, or one byte. Previous is the byte that a range
+		 * may start from, -1 for none. False when the set is broken, and the pattern with it.
+		 */
+		bool AddSetMember(std::string_view Pattern, size_t& At, int& Previous, FByteSet& Set)
+		{
+			// 1. The end of a range. A '-' before the closing bracket, or with nothing to start from, is a byte like any other.
+			if (Pattern[At] == '-' && Previous >= 0 && At + 1 < Pattern.size() && Pattern[At + 1] != ']')
+			{
+				At += Pattern[At + 1] == '\\' ? 2 : 1;
+				if (At >= Pattern.size())
+				{
+					return false;
+				}
+				for (int Byte = Previous; Byte <= static_cast<unsigned char>(Pattern[At]); ++Byte)
+				{
+					Set.set(static_cast<size_t>(Byte));
+				}
+				Previous = -1;
+				++At;
+				return true;
+			}
+			// 2. A named class. Without the second colon "[:" is two bytes.
+			if (Pattern.substr(At, 2) == "[:")
+			{
+				const size_t Close = Pattern.find(']', At + 2);
+				if (Close == std::string_view::npos)
+				{
+					return false;
+				}
+				if (Close > At + 2 && Pattern[Close - 1] == ':')
+				{
+					Previous = -1;
+					const size_t Name = std::exchange(At, Close + 1) + 2;
+					return AddNamedSet(Pattern.substr(Name, Close - Name - 1), Set);
+				}
+			}
+			// 3. One byte, escaped or not.
+			At += Pattern[At] == '\\' ? 1 : 0;
+			if (At >= Pattern.size())
+			{
+				return false;
+			}
+			Previous = static_cast<unsigned char>(Pattern[At]);
+			Set.set(static_cast<size_t>(Previous));
+			++At;
+			return true;
 		}
 
 		/** Blanks at the end count only behind a backslash. */
@@ -182,51 +232,10 @@ namespace Velmora
 		int Previous = -1; // What a range may start from.
 		for (bool bFirst = true; bFirst || At >= Pattern.size() || Pattern[At] != ']'; bFirst = false)
 		{
-			if (At >= Pattern.size())
+			if (At >= Pattern.size() || !AddSetMember(Pattern, At, Previous, Set))
 			{
 				return false;
 			}
-			if (Pattern[At] == '-' && Previous >= 0 && At + 1 < Pattern.size() && Pattern[At + 1] != ']')
-			{
-				At += Pattern[At + 1] == '\\' ? 2 : 1;
-				if (At >= Pattern.size())
-				{
-					return false;
-				}
-				for (int Byte = Previous; Byte <= static_cast<unsigned char>(Pattern[At]); ++Byte)
-				{
-					Set.set(static_cast<size_t>(Byte));
-				}
-				Previous = -1;
-				++At;
-				continue;
-			}
-			if (Pattern.substr(At, 2) == "[:")
-			{
-				const size_t Close = Pattern.find(']', At + 2);
-				if (Close == std::string_view::npos)
-				{
-					return false;
-				}
-				if (Close > At + 2 && Pattern[Close - 1] == ':')
-				{
-					if (!AddNamedSet(Pattern.substr(At + 2, Close - At - 3), Set))
-					{
-						return false;
-					}
-					Previous = -1;
-					At = Close + 1;
-					continue;
-				}
-			}
-			At += Pattern[At] == '\\' ? 1 : 0;
-			if (At >= Pattern.size())
-			{
-				return false;
-			}
-			Previous = static_cast<unsigned char>(Pattern[At]);
-			Set.set(static_cast<size_t>(Previous));
-			++At;
 		}
 		if (bNegated)
 		{
@@ -273,11 +282,7 @@ namespace Velmora
 
 	bool FIgnoreGlob::MatchesTokens(std::string_view Text) const
 	{
-		// On a mismatch only the last star and the last wide wildcard are worth another try: a star ends within its
-		// folder, and an earlier wide one that takes more leaves no more to the later one.
-		constexpr size_t None = std::string_view::npos;
-		size_t StarToken = None, StarAt = 0;
-		size_t WideToken = None, WideAt = 0;
+		FRetry Retry;
 		size_t Token = 0, At = 0;
 		for (;;)
 		{
@@ -285,56 +290,57 @@ namespace Velmora
 			{
 				return true;
 			}
-			if (Token < Tokens.size())
+			const EToken Kind = Token < Tokens.size() ? Tokens[Token].Kind : EToken::Byte;
+			if (Kind == EToken::Star)
 			{
-				const EToken Kind = Tokens[Token].Kind;
-				if (Kind == EToken::Star)
-				{
-					StarToken = ++Token;
-					StarAt = At;
-					continue;
-				}
-				if (Kind == EToken::Anything || Kind == EToken::Folders)
-				{
-					WideToken = ++Token;
-					WideAt = At;
-					StarToken = None;
-					continue;
-				}
-				if (At < Text.size() && MatchesOne(Tokens[Token], static_cast<unsigned char>(Text[At])))
-				{
-					++Token;
-					++At;
-					continue;
-				}
+				Retry.StarToken = ++Token;
+				Retry.StarAt = At;
 			}
-			if (StarToken != None && StarAt < Text.size() && Text[StarAt] != '/')
+			else if (Kind == EToken::Anything || Kind == EToken::Folders)
 			{
-				At = ++StarAt;
-				Token = StarToken;
-				continue;
+				Retry.WideToken = ++Token;
+				Retry.WideAt = At;
+				Retry.StarToken = FRetry::None;
 			}
-			if (WideToken == None)
+			else if (Token < Tokens.size() && At < Text.size() && MatchesOne(Tokens[Token], static_cast<unsigned char>(Text[At])))
+			{
+				++Token;
+				++At;
+			}
+			else if (!TakeMore(Text, Retry, Token, At))
 			{
 				return false;
 			}
-			if (Tokens[WideToken - 1].Kind == EToken::Folders)
-			{
-				const size_t Slash = Text.find('/', WideAt);
-				if (Slash == None)
-				{
-					return false;
-				}
-				WideAt = Slash;
-			}
-			else if (WideAt == Text.size())
-			{
-				return false;
-			}
-			At = ++WideAt;
-			Token = WideToken;
-			StarToken = None;
 		}
+	}
+
+	bool FIgnoreGlob::TakeMore(std::string_view Text, FRetry& Retry, size_t& Token, size_t& At) const
+	{
+		// 1. The star takes a byte more, but never leaves its folder.
+		if (Retry.StarToken != FRetry::None && Retry.StarAt < Text.size() && Text[Retry.StarAt] != '/')
+		{
+			At = ++Retry.StarAt;
+			Token = Retry.StarToken;
+			return true;
+		}
+		// 2. Else the wide wildcard takes a byte more; one that stands for folders takes whole ones.
+		if (Retry.WideToken == FRetry::None || Retry.WideAt == Text.size())
+		{
+			return false;
+		}
+		if (Tokens[Retry.WideToken - 1].Kind == EToken::Folders)
+		{
+			const size_t Slash = Text.find('/', Retry.WideAt);
+			if (Slash == std::string_view::npos)
+			{
+				return false;
+			}
+			Retry.WideAt = Slash;
+		}
+		At = ++Retry.WideAt;
+		Token = Retry.WideToken;
+		Retry.StarToken = FRetry::None;
+		return true;
 	}
 
 	FIgnoreFile::FIgnoreFile(std::string InText)

@@ -51,10 +51,26 @@ namespace Velmora
 			Tokens
 		};
 
+		/**
+		 * Where a mismatch goes back to. Only the last star and the last wide wildcard are worth another try: a star ends within its
+		 * folder, and an earlier wide one that takes more leaves no more to the later one.
+		 */
+		struct FRetry
+		{
+			static constexpr size_t None = std::string_view::npos;
+
+			/** The token after it, and where in the text what it takes ends. */
+			size_t StarToken = None, StarAt = 0;
+			size_t WideToken = None, WideAt = 0;
+		};
+
 		bool Compile(std::string_view Pattern, bool bIsPath);
 		bool CompileSet(std::string_view Pattern, size_t& Index, bool bIsPath);
 		bool MatchesOne(const FToken& Token, unsigned char Byte) const;
 		bool MatchesTokens(std::string_view Text) const;
+
+		/** After a mismatch: lets a wildcard take more and sets Token and At to what follows it. False when none can. */
+		bool TakeMore(std::string_view Text, FRetry& Retry, size_t& Token, size_t& At) const;
 
 		EShape Shape = EShape::Never;
 

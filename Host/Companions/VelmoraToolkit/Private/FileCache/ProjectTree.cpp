@@ -218,39 +218,51 @@ namespace Velmora
 		Folder.Stamp = FDiskStamp();
 		Folder.IgnoreStamp = FDiskStamp();
 		std::string IgnoreText;
-		bool bHasIgnoreFile = false;
 		std::vector<FFolderEntry> Entries;
+		const bool bHasIgnoreFile = Opened.IsOpen() && ReadOpened(Folder, std::move(Opened), Entries, IgnoreText);
+		const bool bRescoped = Rescope(Folder, Prefix, bHasIgnoreFile, std::move(IgnoreText));
+		const std::shared_ptr<FFolderFiles> Files = Sort(Folder, Prefix, Entries);
+		TakeFiles(Folder, Files);
+		TakeFolders(Folder, Entries, bRescoped);
+	}
+
+	bool FProjectTree::ReadOpened(
+		FProjectTreeFolder& Folder, FFileDescriptor Opened, std::vector<FFolderEntry>& OutEntries, std::string& OutIgnoreText)
+	{
+		// Watched first and read then, so that nothing falls in between.
+		if (Folder.Watch < 0)
+		{
+			Folder.Watch = Watch->Add(Opened.Get());
+			if (Folder.Watch >= 0)
+			{
+				Watched[Folder.Watch] = &Folder;
+			}
+			bHasUnwatched = bHasUnwatched || Folder.Watch < 0;
+		}
+		Folder.ReadAt = GetWallClock();
+		struct stat Status = {};
+		if (fstat(Opened.Get(), &Status) == 0)
+		{
+			Folder.Stamp = FDiskStamp::Of(Status);
+		}
+		bool bHasIgnoreFile = false;
+		if (fstatat(Opened.Get(), IgnoreFileName, &Status, AT_SYMLINK_NOFOLLOW) == 0)
+		{
+			Folder.IgnoreStamp = FDiskStamp::Of(Status);
+			bHasIgnoreFile = ReadIgnoreFile(Opened.Get(), OutIgnoreText);
+		}
+		Folder.bIsPartial = ReadFolderEntries(std::move(Opened), 2 * Limits.MaxEntries, bStop, OutEntries) != EFolderRead::Complete;
+		return bHasIgnoreFile;
+	}
+
+	std::shared_ptr<FFolderFiles> FProjectTree::Sort(
+		FProjectTreeFolder& Folder, const std::string& Prefix, std::vector<FFolderEntry>& Entries) const
+	{
+		// What the folder held so far makes room for what it holds now.
 		const size_t OwnEntries = (Folder.Files ? static_cast<size_t>(Folder.Files->Num()) : 0) + Folder.Folders.size();
 		const size_t Room = Limits.MaxEntries - std::min(Limits.MaxEntries, EntryCount - std::min(EntryCount, OwnEntries));
-		if (Opened.IsOpen())
-		{
-			// Watched first and read then, so that nothing falls in between.
-			if (Folder.Watch < 0)
-			{
-				Folder.Watch = Watch->Add(Opened.Get());
-				if (Folder.Watch >= 0)
-				{
-					Watched[Folder.Watch] = &Folder;
-				}
-				bHasUnwatched = bHasUnwatched || Folder.Watch < 0;
-			}
-			Folder.ReadAt = GetWallClock();
-			struct stat Status = {};
-			if (fstat(Opened.Get(), &Status) == 0)
-			{
-				Folder.Stamp = FDiskStamp::Of(Status);
-			}
-			if (fstatat(Opened.Get(), IgnoreFileName, &Status, AT_SYMLINK_NOFOLLOW) == 0)
-			{
-				Folder.IgnoreStamp = FDiskStamp::Of(Status);
-				bHasIgnoreFile = ReadIgnoreFile(Opened.Get(), IgnoreText);
-			}
-			Folder.bIsPartial = ReadFolderEntries(std::move(Opened), 2 * Limits.MaxEntries, bStop, Entries) != EFolderRead::Complete;
-		}
-		const bool bRescoped = Rescope(Folder, Prefix, bHasIgnoreFile, std::move(IgnoreText));
-
-		const FString FolderPath = HostFileNameFromBytes(Path);
-		const auto Files = std::make_shared<FFolderFiles>(FolderPath);
+		const std::string Path = Prefix.substr(0, Prefix.size() - (Prefix.empty() ? 0 : 1));
+		auto Files = std::make_shared<FFolderFiles>(HostFileNameFromBytes(Path));
 		size_t Kept = 0;
 		size_t Taken = 0;
 		for (size_t Index = 0; Index < Entries.size(); ++Index)
@@ -276,8 +288,7 @@ namespace Velmora
 			}
 		}
 		Entries.resize(Kept);
-		TakeFiles(Folder, Files);
-		TakeFolders(Folder, Entries, bRescoped);
+		return Files;
 	}
 
 	// Before the first list was complete there is nothing to compare with, and who follows takes the whole list.

@@ -129,6 +129,14 @@ namespace Velmora
 		void Enqueue(FProjectTreeFolder& Folder);
 		void Drop(FProjectTreeFolder& Folder);
 		void ReadOne(FProjectTreeFolder& Folder);
+
+		/** Reads an open folder's stamps, ignore file and entries. False when it has no ignore file that can be read. */
+		bool ReadOpened(
+			FProjectTreeFolder& Folder, FFileDescriptor Opened, std::vector<FFolderEntry>& OutEntries, std::string& OutIgnoreText);
+
+		/** Leaves the folders that count in Entries and gives the files that do. A folder with more than there is room for becomes partial.
+		 */
+		std::shared_ptr<FFolderFiles> Sort(FProjectTreeFolder& Folder, const std::string& Prefix, std::vector<FFolderEntry>& Entries) const;
 		bool Rescope(FProjectTreeFolder& Folder, const std::string& Prefix, bool bHasText, std::string&& Text);
 		bool IsLeftOut(const FProjectTreeFolder& Folder, const std::string& Prefix, std::string_view Name, bool bIsFolder) const;
 		void TakeFolders(FProjectTreeFolder& Folder, const std::vector<FFolderEntry>& Entries, bool bRescoped);

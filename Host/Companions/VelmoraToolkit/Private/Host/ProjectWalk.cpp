@@ -70,12 +70,8 @@ namespace Velmora
 		FScope TakeIgnoreFile(const std::string& Base, const std::string& Folder, const FScope& Above)
 		{
 			std::string Text;
-			const int Opened = open((Base + Folder).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-			const bool bHasText = Opened >= 0 && ReadIgnoreFile(Opened, Text);
-			if (Opened >= 0)
-			{
-				close(Opened);
-			}
+			const FFileDescriptor Opened = FFileDescriptor::Open(Base + Folder, O_RDONLY | O_DIRECTORY);
+			const bool bHasText = Opened.IsOpen() && ReadIgnoreFile(Opened.Get(), Text);
 			return bHasText ? std::make_shared<const FIgnoreScope>(
 								  FIgnoreScope{ Above, FIgnoreFile(std::move(Text)), Folder.empty() ? 0 : Folder.size() + 1 })
 							: Above;
@@ -139,73 +135,77 @@ namespace Velmora
 
 	namespace
 	{
-		/** Reads the disk. Base is the project folder with a '/' at the end. */
-		FProjectWalkResult WalkDisk(
-			const std::string& Base, const std::string& Below, const std::function<EProjectWalkStep(const FProjectWalkEntry&)>& Visit)
-		{
-			FProjectWalkResult Result;
-			int VisitedCount = 0;
-			const size_t Shared = Base.size() + (Below.empty() ? 0 : Below.size() + 1);
+		using FVisitor = std::function<EProjectWalkStep(const FProjectWalkEntry&)>;
 
-			// Folders wait on a stack, the next one on top, so that a deep tree costs no call depth. Each folder is
-			// visited when it leaves the stack, the first one excepted.
-			bool bIsLeftOut = false;
-			std::vector<FPendingFolder> Pending;
-			Pending.push_back({ Below, 0, Descend(Base, Below, true, bIsLeftOut) });
-			while (!Pending.empty())
+		/** Reads the disk, folder by folder. */
+		class FDiskWalk
+		{
+		public:
+			/** Base is the project folder with a '/' at the end. */
+			FDiskWalk(const std::string& InBase, const std::string& InBelow, const FVisitor& InVisit)
+				: Base(InBase)
+				, Shared(InBase.size() + (InBelow.empty() ? 0 : InBelow.size() + 1))
+				, Visit(InVisit)
 			{
-				const FPendingFolder Folder = std::move(Pending.back());
-				Pending.pop_back();
-				if (VisitedCount >= MaxProjectEntries)
+				bool bIsLeftOut = false;
+				Pending.push_back({ InBelow, 0, Descend(Base, InBelow, true, bIsLeftOut) });
+			}
+
+			FProjectWalkResult Run()
+			{
+				// Folders wait on a stack, the next one on top, so that a deep tree costs no call depth. Each folder is
+				// visited when it leaves the stack, the first one excepted.
+				while (!Pending.empty() && !bIsOver)
 				{
-					Result.bTruncated = true;
-					return Result;
-				}
-				const std::string AbsolutePath = Base + Folder.Path;
-				if (Folder.Depth > 0)
-				{
-					++VisitedCount;
-					const EProjectWalkStep Step = Visit({ AbsolutePath, std::string_view(AbsolutePath).substr(Shared), true });
-					if (Step == EProjectWalkStep::Stop)
-					{
-						return Result;
-					}
-					if (Step == EProjectWalkStep::SkipFolder)
+					const FPendingFolder Folder = std::move(Pending.back());
+					Pending.pop_back();
+					if (Folder.Depth > 0 && VisitNext(Folder.Path, true) != EProjectWalkStep::Continue)
 					{
 						continue;
 					}
+					if (Folder.Depth >= MaxProjectDepth)
+					{
+						Result.bTruncated = true;
+						continue;
+					}
+					ReadOne(Folder);
 				}
-				if (Folder.Depth >= MaxProjectDepth)
+				return Result;
+			}
+
+		private:
+			EProjectWalkStep VisitNext(const std::string& Path, bool bIsFolder)
+			{
+				if (VisitedCount >= MaxProjectEntries)
 				{
 					Result.bTruncated = true;
-					continue;
+					bIsOver = true;
+					return EProjectWalkStep::Stop;
 				}
+				++VisitedCount;
+				const std::string Absolute = Base + Path;
+				const EProjectWalkStep Step = Visit({ Absolute, std::string_view(Absolute).substr(Shared), bIsFolder });
+				bIsOver = Step == EProjectWalkStep::Stop;
+				return Step;
+			}
 
+			/** Visits the files of a folder, then has its folders wait. */
+			void ReadOne(const FPendingFolder& Folder)
+			{
 				std::vector<std::string> Files;
 				std::vector<std::string> Folders;
-				if (!ReadFolder(AbsolutePath, Files, Folders))
+				if (!ReadFolder(Base + Folder.Path, Files, Folders))
 				{
 					++Result.UnreadableFolders;
 				}
 				const bool bHasIgnoreFile = std::find(Files.begin(), Files.end(), IgnoreFileName) != Files.end();
 				const FScope Scope = bHasIgnoreFile ? TakeIgnoreFile(Base, Folder.Path, Folder.Scope) : Folder.Scope;
-				for (const std::string& Name : Files)
+				for (auto Name = Files.begin(); Name != Files.end() && !bIsOver; ++Name)
 				{
-					if (VisitedCount >= MaxProjectEntries)
+					const std::string Path = JoinPath(Folder.Path, *Name);
+					if (!IsLeftOut(Scope, Path, *Name, false))
 					{
-						Result.bTruncated = true;
-						return Result;
-					}
-					const std::string Path = JoinPath(Folder.Path, Name);
-					if (IsLeftOut(Scope, Path, Name, false))
-					{
-						continue;
-					}
-					++VisitedCount;
-					const std::string Absolute = Base + Path;
-					if (Visit({ Absolute, std::string_view(Absolute).substr(Shared), false }) == EProjectWalkStep::Stop)
-					{
-						return Result;
+						VisitNext(Path, false);
 					}
 				}
 				for (auto Name = Folders.rbegin(); Name != Folders.rend(); ++Name)
@@ -217,12 +217,21 @@ namespace Velmora
 					}
 				}
 			}
-			return Result;
-		}
+
+			const std::string& Base;
+
+			/** Bytes of an absolute path before what is below the folder that the walk began in. */
+			const size_t Shared;
+			const FVisitor& Visit;
+			std::vector<FPendingFolder> Pending;
+			FProjectWalkResult Result;
+			int VisitedCount = 0;
+			bool bIsOver = false;
+		};
 
 		/** Goes through the list of the file cache. False when it cannot be used, and nothing has been visited. */
-		bool WalkList(const std::string& Root, const std::string& Base, const std::string& Below,
-			const std::function<EProjectWalkStep(const FProjectWalkEntry&)>& Visit, FProjectWalkResult& OutResult)
+		bool WalkList(const std::string& Root, const std::string& Base, const std::string& Below, const FVisitor& Visit,
+			FProjectWalkResult& OutResult)
 		{
 			TArray<FProjectFileCacheEntry> Entries;
 			if (GetSteadyNanoseconds() - LastOwnChange < ShowingNanoseconds ||
@@ -267,7 +276,7 @@ namespace Velmora
 	{
 		const std::string Base = Root.empty() || Root.back() != '/' ? Root + '/' : Root;
 		FProjectWalkResult Result;
-		return WalkList(Root, Base, Below, Visit, Result) ? Result : WalkDisk(Base, Below, Visit);
+		return WalkList(Root, Base, Below, Visit, Result) ? Result : FDiskWalk(Base, Below, Visit).Run();
 	}
 
 	bool IsLeftOutOfProject(const std::string& Root, std::string_view Path, bool bIsFolder)
