@@ -44,25 +44,9 @@ namespace
 	};
 
 	/** The user's configuration folder is one of the test's. */
-	class ModelConnections : public FModelTurnTest
+	class ModelConnections : public FModelConfigTest
 	{
 	protected:
-		void SetUp() override
-		{
-			const char* const Before = getenv("XDG_CONFIG_HOME");
-			Saved = Before ? Before : "";
-			setenv("XDG_CONFIG_HOME", Project.PathOf("config").c_str(), 1);
-			// The user's own keyring is none of the test's business.
-			unsetenv("DBUS_SESSION_BUS_ADDRESS");
-			setenv("XDG_RUNTIME_DIR", Project.PathOf("run").c_str(), 1);
-			FModelTurnTest::SetUp();
-		}
-		void TearDown() override
-		{
-			FModelTurnTest::TearDown();
-			Saved.empty() ? unsetenv("XDG_CONFIG_HOME") : setenv("XDG_CONFIG_HOME", Saved.c_str(), 1);
-		}
-
 		static FAgentConnection Make(const TCHAR* Name, const FString& Url)
 		{
 			FAgentConnection Connection;
@@ -78,8 +62,6 @@ namespace
 			EXPECT_TRUE(PumpUntil([&Report] { return Report.IsSet(); }));
 			return Report.IsSet() ? Report.GetValue() : FConnectionReport();
 		}
-
-		std::string Saved;
 	};
 }
 

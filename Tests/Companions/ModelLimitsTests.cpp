@@ -9,23 +9,10 @@ using Velmora::FAgentConnections;
 
 namespace
 {
-	/** The user's configuration folder, with what was used today, is one of the test's. */
-	class ModelLimits : public FModelTurnTest
+	/** What was used today is kept in the user's configuration folder, so that is one of the test's. */
+	class ModelLimits : public FModelConfigTest
 	{
 	protected:
-		void SetUp() override
-		{
-			const char* const Before = getenv("XDG_CONFIG_HOME");
-			Saved = Before ? Before : "";
-			setenv("XDG_CONFIG_HOME", Project.PathOf("config").c_str(), 1);
-			FModelTurnTest::SetUp();
-		}
-		void TearDown() override
-		{
-			FModelTurnTest::TearDown();
-			Saved.empty() ? unsetenv("XDG_CONFIG_HOME") : setenv("XDG_CONFIG_HOME", Saved.c_str(), 1);
-		}
-
 		/** Each test with a connection of its own name, since what a day has used is kept by it. */
 		FAgentConnection Make(const FScriptedPeer& Peer)
 		{
@@ -54,8 +41,6 @@ namespace
 			return PumpUntil([this] { return Agent->GetState() == EConversationState::Paused || HasTurnEnded(); }) &&
 				Agent->GetState() == EConversationState::Paused;
 		}
-
-		std::string Saved;
 	};
 }
 

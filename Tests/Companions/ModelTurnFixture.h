@@ -5,6 +5,7 @@
 #include "Support/Peer/ScriptedPeer.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <fstream>
 #include <mutex>
 
@@ -63,6 +64,30 @@ protected:
 	size_t AnswerCount = 0;
 	std::mutex Mutex;
 	std::vector<FPeerConnection::FRequest> Requests;
+};
+
+/** The user's configuration folder is one of the test's. */
+class FModelConfigTest : public FModelTurnTest
+{
+protected:
+	void SetUp() override
+	{
+		const char* const Before = getenv("XDG_CONFIG_HOME");
+		Saved = Before ? Before : "";
+		setenv("XDG_CONFIG_HOME", Project.PathOf("config").c_str(), 1);
+		// The user's own keyring is none of the test's business.
+		unsetenv("DBUS_SESSION_BUS_ADDRESS");
+		setenv("XDG_RUNTIME_DIR", Project.PathOf("run").c_str(), 1);
+		FModelTurnTest::SetUp();
+	}
+	void TearDown() override
+	{
+		FModelTurnTest::TearDown();
+		Saved.empty() ? unsetenv("XDG_CONFIG_HOME") : setenv("XDG_CONFIG_HOME", Saved.c_str(), 1);
+	}
+
+private:
+	std::string Saved;
 };
 
 inline std::string Final(std::string_view Text)

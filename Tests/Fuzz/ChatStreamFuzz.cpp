@@ -59,9 +59,6 @@ namespace
 // An answer means the same in one piece and in pieces of any size, is bounded, and is text.
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* Data, size_t Size)
 {
-	FFuzzInput Input(Data, Size);
-	const size_t PieceSize = 1 + Input.TakeByte() % 64;
-	const std::string_view Bytes = Input.TakeRest();
-	FUZZ_CHECK(Read(Bytes, PieceSize) == Read(Bytes, Bytes.size() + 1));
+	CheckPieces(FFuzzInput(Data, Size), Read);
 	return 0;
 }

@@ -48,3 +48,12 @@ public:
 private:
 	std::string_view Bytes;
 };
+
+/** What a reader makes of bytes is the same in one piece and in pieces of any size, which the input's first byte says. */
+template<typename ReadType>
+void CheckPieces(FFuzzInput Input, ReadType Read)
+{
+	const size_t PieceSize = 1 + Input.TakeByte() % 64;
+	const std::string_view Bytes = Input.TakeRest();
+	FUZZ_CHECK(Read(Bytes, PieceSize) == Read(Bytes, Bytes.size() + 1));
+}

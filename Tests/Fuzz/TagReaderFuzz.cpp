@@ -28,9 +28,6 @@ namespace
 // The answer of the symbol extractor says the same in one piece and in pieces of any size.
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* Data, size_t Size)
 {
-	FFuzzInput Input(Data, Size);
-	const size_t PieceSize = 1 + Input.TakeByte() % 64;
-	const std::string_view Bytes = Input.TakeRest();
-	FUZZ_CHECK(Read(Bytes, PieceSize) == Read(Bytes, Bytes.size() + 1));
+	CheckPieces(FFuzzInput(Data, Size), Read);
 	return 0;
 }
