@@ -50,7 +50,7 @@ private:
 };
 
 /** What a reader makes of bytes is the same in one piece and in pieces of any size, which the input's first byte says. */
-template<typename ReadType>
+template <typename ReadType>
 void CheckPieces(FFuzzInput Input, ReadType Read)
 {
 	const size_t PieceSize = 1 + Input.TakeByte() % 64;

@@ -59,6 +59,7 @@ namespace Velmora
 		: Path(InPath)
 		, DownloadFolder(InDownloadFolder)
 	{
+		// What was installed last stays known across a restart; without the record the same offer would come again.
 		if (FPaths::FileExists(GetRecordPath()))
 		{
 			FFileHelper::LoadFileToString(InstalledOffer, *GetRecordPath());
@@ -93,6 +94,7 @@ namespace Velmora
 
 	std::string FReleaseFollower::GetSignature() const
 	{
+		// Number, size and time: a file that is replaced is seen, also by one of the same size in the same second.
 		struct stat Info;
 		if (stat(HostFileNameToBytes(Path).c_str(), &Info) != 0)
 		{
@@ -121,6 +123,7 @@ namespace Velmora
 		}
 		Signature = MoveTemp(Now);
 		Complaint.Reset();
+		// Gone: as if there had never been an update.
 		if (Signature.empty())
 		{
 			Release = FReleaseFile();
@@ -147,11 +150,13 @@ namespace Velmora
 	void FReleaseFollower::TakeOn()
 	{
 		EUpdateGateState State = Release.State;
+		// Downloaded and waiting for the restart.
 		if (State == EUpdateGateState::UpdateAvailable && GetOfferName().Equals(WaitingOffer))
 		{
 			FUpdateGateControl::SetState(EUpdateGateState::RestartRequired, FString(), Release.Version);
 			return;
 		}
+		// Installed by the restart, while the file still offers it.
 		if (State == EUpdateGateState::UpdateAvailable && GetOfferName().Equals(InstalledOffer))
 		{
 			FUpdateGateControl::SetState(EUpdateGateState::Ready, FString(), FString());
@@ -201,6 +206,7 @@ namespace Velmora
 	{
 		const bool bEnded = Copy->bEnded;
 		const double Elapsed = FPlatformTime::Seconds() - CopyStart;
+		// The file may say how long a download shall seem to take at least, so that its progress can be looked at.
 		const int32 AllowedPercent =
 			Elapsed >= Release.DownloadSeconds ? 100 : static_cast<int32>(Elapsed * 100.0 / Release.DownloadSeconds);
 		if (!bEnded || (Copy->bDone && AllowedPercent < 100))

@@ -18,6 +18,8 @@ namespace Velmora
 {
 	namespace
 	{
+		// The file format is published: sqlite.org/fileformat2.html. Only leaves of tables matter here: rows stand in them alone, and
+		// whether a row is one of ours its checksum says, so that neither the tree above the leaves nor the schema is needed.
 		constexpr uint32 FileHeaderSize = 100;
 		constexpr uint32 DefaultPageSize = 4096;
 		constexpr unsigned char TableLeaf = 0x0d;
@@ -116,6 +118,7 @@ namespace Velmora
 			int64 GetInteger(size_t Column) const
 			{
 				const FColumn& Found = Columns[Column];
+				// 9 is the number one without a byte, 8 the zero; 7 would be a fraction, which no column of ours has.
 				if (Found.Type == 9)
 				{
 					return 1;
@@ -124,6 +127,7 @@ namespace Velmora
 				{
 					return 0;
 				}
+				// The sign of the first byte goes on to the left.
 				uint64 Value = !Found.Bytes.empty() && static_cast<signed char>(Found.Bytes[0]) < 0 ? ~0ull : 0;
 				for (const char Byte : Found.Bytes)
 				{
@@ -140,6 +144,7 @@ namespace Velmora
 		private:
 			static size_t SizeOf(uint64 Type)
 			{
+				// From 12 on even numbers are bytes and odd ones text, both with their length in the number.
 				constexpr size_t Sizes[] = { 0, 1, 2, 3, 4, 6, 8, 8, 0, 0, 0, 0 };
 				return Type < std::size(Sizes) ? Sizes[Type] : static_cast<size_t>((Type - 12) / 2);
 			}
@@ -155,6 +160,7 @@ namespace Velmora
 	}
 
 	FStoreSalvage::FStoreSalvage(const std::string& Path)
+		// A pipe or a device in the store's place must not hold up the start, hence O_NONBLOCK.
 		: File(FFileDescriptor::Open(Path, O_RDONLY | O_NONBLOCK))
 		, Log(FFileDescriptor::Open(Path + "-wal", O_RDONLY | O_NONBLOCK))
 	{
@@ -169,6 +175,7 @@ namespace Velmora
 		{
 			return false;
 		}
+		// 1. The head says how large a page is; 1 stands for 65,536, which two bytes cannot hold.
 		unsigned char Header[FileHeaderSize] = {};
 		ReadAt(File, 0, Header, static_cast<size_t>(std::min<int64>(Status.st_size, FileHeaderSize)));
 		PageSize = ReadBig16(Header + 16) == 1 ? 65536 : ReadBig16(Header + 16);
@@ -181,9 +188,12 @@ namespace Velmora
 		}
 		UsableSize = PageSize - Reserved;
 		PageCount = static_cast<uint32>((Status.st_size + PageSize - 1) / PageSize);
+		// 2. What was committed to the log and not yet copied into the file counts before the file's own pages.
 		ReadLogIndex();
+		// 3. Long rows go on in chained pages. A damaged chain may be a circle or lead through the whole file for each row.
 		ChainBudget = 4ull * PageCount + 1024;
 
+		// 4. Each page that looks like a leaf is read, whoever points to it. The first row with a number wins.
 		FBytes Bytes;
 		FCell Cell;
 		for (uint32 Page = 1; Page <= PageCount; ++Page)
@@ -222,6 +232,7 @@ namespace Velmora
 	// committed. What follows is from an earlier use of the file.
 	void FStoreSalvage::ReadLogIndex()
 	{
+		// 1. The head of the log, with a sum of itself. Any doubt, and the log counts for nothing.
 		unsigned char Header[LogHeaderSize];
 		if (!Log.IsOpen() || !ReadAt(Log, 0, Header, sizeof(Header)) || (ReadBig32(Header) & ~1u) != 0x377f0682 ||
 			ReadBig32(Header + 8) != PageSize)
@@ -251,12 +262,14 @@ namespace Velmora
 		{
 			return;
 		}
+		// 2. Frames, each summed on from the one before: the first that does not add up ends what can be trusted.
 		std::unordered_map<uint32, int64> Pending;
 		FBytes Frame(static_cast<size_t>(FrameHeaderSize) + PageSize);
 		for (int64 Offset = LogHeaderSize; ReadAt(Log, Offset, Frame.data(), Frame.size()); Offset += static_cast<int64>(Frame.size()))
 		{
 			Sum(Frame.data(), 8);
 			Sum(Frame.data() + FrameHeaderSize, PageSize);
+			// The two salts in the head tell frames of this log from older ones that it has not yet overwritten.
 			if (memcmp(Frame.data() + 8, Header + 16, 8) != 0 || First != ReadBig32(Frame.data() + 16) ||
 				Second != ReadBig32(Frame.data() + 20))
 			{
@@ -297,6 +310,7 @@ namespace Velmora
 
 	uint32 FStoreSalvage::CountCells(uint32 Page, const FBytes& Bytes) const
 	{
+		// A damaged count could go beyond the page; each cell takes two bytes of pointer and four of its own at the least.
 		const unsigned char* Head = Bytes.data() + (Page == 1 ? FileHeaderSize : 0);
 		return Head[0] == TableLeaf ? std::min(ReadBig16(Head + 3), (UsableSize - LeafHeaderSize) / 6) : 0;
 	}
@@ -305,6 +319,7 @@ namespace Velmora
 	// rest, which hangs on in a chain of pages.
 	bool FStoreSalvage::ReadCell(uint32 Page, const FBytes& Bytes, uint32 Cell, FCell& OutCell)
 	{
+		// 1. Where the cell begins, its size and its number.
 		const uint32 Start = (Page == 1 ? FileHeaderSize : 0) + LeafHeaderSize + 2 * Cell;
 		if (Start + 2 > UsableSize)
 		{
@@ -320,6 +335,7 @@ namespace Velmora
 			return false;
 		}
 		OutCell.RowId = static_cast<int64>(RowId);
+		// 2. How much of it lies on the page itself: the published rule, which leaves whole pages for the rest.
 		const uint64 MaxLocal = UsableSize - 35;
 		uint64 Local = Size;
 		if (Size > MaxLocal)
@@ -334,6 +350,7 @@ namespace Velmora
 			return false;
 		}
 		OutCell.Payload.assign(reinterpret_cast<const char*>(Position), Local);
+		// 3. The rest, page by page.
 		uint32 Next = bIsLong ? ReadBig32(Position + Local) : 0;
 		FBytes Link;
 		while (OutCell.Payload.size() < Size)
@@ -388,6 +405,7 @@ namespace Velmora
 
 	std::vector<int64> FStoreSalvage::GetNumbers() const
 	{
+		// A conversation whose row is lost has a number in its messages still, and one whose messages are lost has its opening.
 		std::vector<int64> Numbers;
 		for (const auto& [Number, Row] : Rows)
 		{
@@ -412,6 +430,7 @@ namespace Velmora
 		{
 			OutRow = Found->second;
 		}
+		// Messages of one conversation mostly share pages, so the last page is kept. Each is checked again: the file may be in use.
 		FBytes Bytes;
 		FCell Cell;
 		uint32 LastPage = 0;

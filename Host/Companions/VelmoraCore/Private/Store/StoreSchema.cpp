@@ -25,6 +25,9 @@ namespace Velmora::StoreSchema
 		constexpr int32 MaxOpeningUnits = 1024;
 		constexpr TCHAR Ellipsis = 0x2026;
 
+		// One row for each conversation, and its messages in one table for all: a message's key is the number of its conversation and its
+		// place in it, so that messages lie beside each other on disk and a conversation is a range of keys. Each row has a checksum, since
+		// a page that the disk gave back wrongly is still a page to the database.
 		constexpr char CreateSql[] = "BEGIN IMMEDIATE;"
 									 "CREATE TABLE conversations(number INTEGER PRIMARY KEY, id TEXT NOT NULL COLLATE NOCASE UNIQUE, mode "
 									 "INTEGER NOT NULL, updated INTEGER NOT NULL, opening BLOB NOT NULL, checksum INTEGER NOT NULL);"
@@ -40,6 +43,7 @@ namespace Velmora::StoreSchema
 		constexpr char UpgradeSql[] = "BEGIN IMMEDIATE; PRAGMA user_version=" VELMORA_STORE_VERSION_TEXT "; COMMIT";
 
 		constexpr char FindSql[] = "SELECT number, id, mode, updated, opening, checksum FROM conversations WHERE id=?";
+		// Ties go to the newer one, so that two conversations of the same tick keep their order in the list.
 		constexpr char AllConversationsSql[] =
 			"SELECT number, id, mode, updated, opening, checksum FROM conversations ORDER BY updated DESC, number DESC";
 		constexpr char InsertConversationSql[] =
@@ -55,7 +59,10 @@ namespace Velmora::StoreSchema
 		constexpr char MessagesSql[] =
 			"SELECT key, role, flags, content, checksum FROM messages WHERE key>=? AND key<? ORDER BY key LIMIT ?";
 
-		/** Eight bytes at a time, each mixed into all bits. */
+		/**
+		 * Eight bytes at a time, each mixed into all bits. No safeguard against people: it tells a row that a disk or a crash spoilt, and
+		 * is worked out for every row of a large store.
+		 */
 		class FHash
 		{
 		public:
@@ -67,6 +74,7 @@ namespace Velmora::StoreSchema
 
 			void Add(std::string_view Bytes)
 			{
+				// The length goes in first, or two fields could trade bytes at their border and have the same sum.
 				Add(static_cast<uint64>(Bytes.size()));
 				const char* Position = Bytes.data();
 				size_t Left = Bytes.size();
@@ -118,6 +126,8 @@ namespace Velmora::StoreSchema
 			{
 				return Text;
 			}
+			// The text may be megabytes long, and the list shows a line: blanks at its front are skipped before it is cut, and a mark says
+			// that something was, unless only blanks follow.
 			int32 First = 0;
 			while (First < Text.Len() && FChar::IsWhitespace(Text[First]))
 			{
@@ -151,13 +161,16 @@ namespace Velmora::StoreSchema
 		{
 			return Opened;
 		}
+		// A store that is set aside closes under another name, and what is folded back then would go to the wrong file.
 		Connection.KeepLogOnClose();
+		// FULL: what was told as stored must outlive the power. Deleted messages are overwritten, since the user wanted them gone.
 		return Connection.Execute("PRAGMA synchronous=FULL; PRAGMA secure_delete=ON; PRAGMA cell_size_check=ON");
 	}
 
 	// The page size is fixed, because whoever salvages a file without a head has to know it.
 	FOutcome Create(FSqliteConnection& Connection)
 	{
+		// Takes effect only while the file has no page yet.
 		const FOutcome Sized = Connection.Execute("PRAGMA page_size=4096");
 		return Sized ? Connection.Execute(CreateSql) : Sized;
 	}
@@ -217,6 +230,7 @@ namespace Velmora::StoreSchema
 			Opening.push_back(static_cast<char>(Message.bHasToolCalls ? HasToolCallsFlag : 0));
 			AppendInteger(Opening, static_cast<uint32>(Text.Len()));
 			Opening += BytesOf(Text);
+			// The list names a conversation by what the user said first; what the agent said before that is kept for those who ask for it.
 			if (Message.IsUserMessage())
 			{
 				break;
@@ -236,6 +250,7 @@ namespace Velmora::StoreSchema
 				Size |= static_cast<size_t>(static_cast<unsigned char>(Opening[2 + Index])) << 8 * Index;
 			}
 			Size *= sizeof(TCHAR);
+			// A length that lies must not be read past the end.
 			if (Size > Opening.size() - HeadSize)
 			{
 				return false;
@@ -253,6 +268,7 @@ namespace Velmora::StoreSchema
 	uint64 HashConversation(int64 Number, std::string_view Id, int64 Mode, int64 Updated, std::string_view Opening)
 	{
 		FHash Hash;
+		// A letter of its own for each kind, so that a row of one table is never taken for one of the other.
 		Hash.Add('C');
 		Hash.Add(static_cast<uint64>(Number));
 		Hash.Add(Id);
@@ -293,6 +309,7 @@ namespace Velmora::StoreSchema
 			{
 				return Query.GetOutcome();
 			}
+			// Counted here and not by the database, so that the number can go into the checksum of the row that is inserted.
 			InOutRow.Number = Query.GetInteger(0) + 1;
 		}
 		const uint64 Checksum = HashConversation(InOutRow.Number, InOutRow.Id, InOutRow.Mode, InOutRow.Updated, InOutRow.Opening);
@@ -338,6 +355,7 @@ namespace Velmora::StoreSchema
 			{
 				return Query.GetOutcome();
 			}
+			// The key after the last one, not the count: messages taken out of the middle leave gaps.
 			Key = Query.IsNull(0) ? MakeKey(Number, 0) : Query.GetInteger(0) + 1;
 		}
 		const int64 Role = static_cast<int64>(Message.Role);
@@ -364,6 +382,7 @@ namespace Velmora::StoreSchema
 		int64 First = 0;
 		{
 			FSqliteQuery Query = Connection.Query(KeyAtSql);
+			// Which key that is only the database knows, because of the gaps. None: nothing has to go.
 			if (!Query.Bind(MakeKey(Number, 0)).Bind(MakeKey(Number + 1, 0)).Bind(KeepCount).Next())
 			{
 				return Query.GetOutcome();
@@ -404,6 +423,7 @@ namespace Velmora::StoreSchema
 		{
 			if (!ReadRow(Query, Row))
 			{
+				// The others are shown even so; the caller starts the salvage.
 				bIsDamaged = true;
 				continue;
 			}

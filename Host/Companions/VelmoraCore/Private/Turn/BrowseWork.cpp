@@ -87,6 +87,7 @@ namespace Velmora
 	// file, but perhaps a symbol. 6. Several that fit, or none: the question back, and where was looked.
 	bool FBrowseWork::RunShow()
 	{
+		// 1. No name: what is attached is meant.
 		if (Request.Target.empty())
 		{
 			if (!Desk.Attachments.empty())
@@ -95,10 +96,12 @@ namespace Velmora
 			}
 			return Say("Which file should I show? For example: `show README.md`\n");
 		}
+		// 2. Several names at once.
 		if (Request.Target.find_first_of("*?") != std::string::npos)
 		{
 			return AnswerPattern(Request.Target);
 		}
+		// 3. What is attached comes before what is in the project under the same name: the user has just pointed at it.
 		FProjectPath Attached;
 		if (Desk.FindAttachment(Request.Target, Attached))
 		{
@@ -112,6 +115,7 @@ namespace Velmora
 				return AnswerAttachments(Named);
 			}
 		}
+		// 4. The project.
 		std::vector<FProjectPath> Found;
 		if (!Desk.BeginStep("Opening " + Request.Target) || !Desk.RunFindFileTool(Request.Target, Found))
 		{
@@ -133,6 +137,7 @@ namespace Velmora
 			return Say("Several names fit " + AnswerMarkdown::FileName(Request.Target) + ". Which one do you mean?\n" +
 				AnswerMarkdown::FileList(Found));
 		}
+		// 5. Nothing of that name. A path that leads out is told as such, or it would look as if it did not exist.
 		const bool bIsOutside = Request.Target.front() == '/' && Desk.Files.IsOutside(Request.Target);
 		return Say((bIsOutside ? AnswerMarkdown::FileName(Request.Target) + " lies outside the project, so I do not open it.\n"
 							   : "There is no file " + AnswerMarkdown::FileName(Request.Target) + " in the project.\n") +
@@ -196,6 +201,7 @@ namespace Velmora
 		}
 		int First = std::max(Request.FirstLine, 1);
 		int Last = Request.FirstLine > 0 ? Request.LastLine : DefaultShownLines;
+		// Counted in lines from the end, which is known only now.
 		if (Request.TailLines > 0)
 		{
 			First = std::max(1, Count - Request.TailLines + 1);
@@ -421,6 +427,7 @@ namespace Velmora
 		{
 			return false;
 		}
+		// Its words are the answer, whatever of the README can be read: a project without one is summed up too.
 		const bool bHasReadme = std::any_of(Entries.begin(), Entries.end(),
 			[](const FListedEntry& Entry) { return Utf8Text::StartsWith(Utf8Text::ToLower(Entry.Name), "readme"); });
 		if (bHasReadme)
@@ -445,6 +452,7 @@ namespace Velmora
 		const std::string Name = DisplayName(Desk.GetProjectPath());
 		const std::string Title = AnswerMarkdown::PlainText(Readme.Title.empty() ? Name : Readme.Title);
 		std::string Text = "## " + (Title.empty() ? std::string("Project") : Title) + '\n';
+		// What the user wrote in the settings comes first; it is the only sentence here that somebody wrote for this purpose.
 		if (!Desk.Input.Behaviour.ProjectDescription.empty())
 		{
 			Text += AnswerMarkdown::PlainText(Utf8Text::Shorten(Desk.Input.Behaviour.ProjectDescription, 600)) + '\n';

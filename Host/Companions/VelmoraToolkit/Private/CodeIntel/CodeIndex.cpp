@@ -49,6 +49,7 @@ namespace Velmora::CodeIntel
 		bIsOpening = true;
 		bThreadHasEnded = false;
 		UpdateBusy();
+		// Detached, since a file system that does not answer would hold up a join for ever: the object lives as long as its thread.
 		std::thread(
 			[Self = shared_from_this()]
 			{
@@ -88,10 +89,12 @@ namespace Velmora::CodeIntel
 			Busy.reset();
 			Unanswered.swap(Reconciles);
 		}
+		// Answered all the same: whoever waits for a reconcile must not wait for ever.
 		for (const FReconciled& Done : Unanswered)
 		{
 			Answer(Done, 0, 0);
 		}
+		// The thread may still stand in a call of the database, so its files stay open and are left to the process's end.
 		if (End != EThreadWait::Ended)
 		{
 			UE_LOG(LogCodeIndex, Warning, TEXT("%s, so the work on the %s index is left behind"),
@@ -111,9 +114,9 @@ namespace Velmora::CodeIntel
 		return Stats;
 	}
 
-	// While there is work the program counts as busy, and a quiet program may sleep.
 	void FCodeIndex::UpdateBusy()
 	{
+		// While there is work the program counts as busy, and a quiet program may sleep.
 		const bool bIsBusy =
 			!bStop && bIsRunning && (bIsOpening || bIsWorking || bEraseWanted || bCompareWanted || !Reconciles.empty() || !Waiting.empty());
 		if (bIsBusy && !Busy)
@@ -142,6 +145,7 @@ namespace Velmora::CodeIntel
 			Lock.unlock();
 			Work();
 		}
+		// Clear was asked for on the way out: an index that the user has cleared must not be there at the next start.
 		bool bErase = false;
 		{
 			const std::scoped_lock Lock(StateMutex);
@@ -224,6 +228,7 @@ namespace Velmora::CodeIntel
 			else if (Opened)
 			{
 				RefreshStats();
+				// An index that was never finished is no use: files without symbols would look as if they had none.
 				bIsComplete = bIsReady;
 			}
 			else
@@ -272,6 +277,7 @@ namespace Velmora::CodeIntel
 	void FCodeIndex::SetAside()
 	{
 		bIsReady = false;
+		// The readers' lock too: a reader that is open holds on to the file under its old name.
 		const std::scoped_lock Lock(ReaderMutex);
 		CloseFiles();
 		const std::string Aside = Setup.DatabasePath + ".damaged";
@@ -292,6 +298,7 @@ namespace Velmora::CodeIntel
 		const double Megabytes =
 			static_cast<double>(GetFileBytes(Setup.DatabasePath) + GetFileBytes(Setup.DatabasePath + "-wal")) / (1024.0 * 1024.0);
 		const std::scoped_lock Lock(StateMutex);
+		// Cleared meanwhile: figures of a file that goes at once would make it ready again.
 		if (bEraseWanted)
 		{
 			return;
@@ -324,6 +331,7 @@ namespace Velmora::CodeIntel
 			return;
 		}
 		bIsReady = false;
+		// The figures go at once, the file when the worker comes to it: nobody who clears waits for the disk.
 		const FString Root = Stats.RootPath;
 		Stats = FIndexStats();
 		Stats.RootPath = Root;
@@ -347,6 +355,7 @@ namespace Velmora::CodeIntel
 		}
 		const std::scoped_lock ReaderLock(ReaderMutex);
 		CloseFiles();
+		// "-wal" and "-shm" are the database's own companions, and would spoil a new file under the name.
 		for (const char* const Ending : { "", "-wal", "-shm" })
 		{
 			unlink((Setup.DatabasePath + Ending).c_str());
@@ -438,6 +447,7 @@ namespace Velmora::CodeIntel
 			return true;
 		}
 		UE_LOG(LogCodeIndex, Warning, TEXT("%s"), *HostFileNameFromBytes(Asked.Explain(Say("could not be read")).GetWords()));
+		// Closed, and the next question opens anew: an error may be that of the connection alone.
 		Reader.reset();
 		Out = FIndexLookup();
 		const std::scoped_lock StateLock(StateMutex);

@@ -39,6 +39,7 @@ namespace Velmora::CodeIntel
 		{
 			const FString Sentence = HostFileNameFromBytes(Words);
 			UE_LOG(LogCodeIndexControl, Error, TEXT("%s"), *Sentence);
+			// On the game thread, since it shows a notice. The handler may have changed by then, so it is looked up there.
 			AsyncTask(ENamedThreads::GameThread,
 				[Sentence]
 				{
@@ -61,6 +62,7 @@ namespace Velmora::CodeIntel
 			{
 				return std::string();
 			}
+			// One spelling for one folder: the index keeps the root in the file, and another one would make it start from nothing.
 			FString Absolute = FPaths::ConvertRelativePathToFull(Folder);
 			FPaths::NormalizeFilename(Absolute);
 			std::string Root = HostFileNameToBytes(Absolute);
@@ -133,6 +135,7 @@ namespace Velmora::CodeIntel
 	{
 		FIndexTable& Table = GetIndexTable();
 		const std::scoped_lock Lock(Table.Mutex);
+		// Made at the first question for it only: the engine's sources are large, and few ask.
 		if (Table.Project && !Table.Engine)
 		{
 			Table.Engine = MakeIndex(Table.Options, EIndexKind::Engine);
@@ -148,6 +151,7 @@ namespace Velmora::CodeIntel
 			Table.Options = Options;
 			Table.Project = MakeIndex(Options, EIndexKind::Project);
 		}
+		// Told outside the lock: the file cache calls listeners under one of its own.
 		const int32 Listener = FProjectFileListeners::Add(&TakeChanges);
 		const std::scoped_lock Lock(Table.Mutex);
 		Table.Listener = Listener;
@@ -155,6 +159,7 @@ namespace Velmora::CodeIntel
 
 	void FCodeIndexControl::Shutdown()
 	{
+		// Both are taken out under the lock and waited for without it: a worker that is about to end may need the table.
 		FIndexTable& Table = GetIndexTable();
 		std::shared_ptr<FCodeIndex> Project;
 		std::shared_ptr<FCodeIndex> Engine;

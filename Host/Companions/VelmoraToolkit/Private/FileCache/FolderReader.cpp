@@ -22,6 +22,7 @@ namespace Velmora
 
 		unsigned char GetEntryKind(int Folder, const dirent& Entry)
 		{
+			// Some file systems do not tell with the name.
 			if (Entry.d_type != DT_UNKNOWN)
 			{
 				return Entry.d_type;
@@ -50,6 +51,7 @@ namespace Velmora
 		EFolderRead Result = EFolderRead::Complete;
 		for (;;)
 		{
+			// The end of the folder and a failure look alike but for this.
 			errno = 0;
 			const dirent* const Entry = readdir(Stream.get());
 			if (Entry == nullptr)
@@ -62,6 +64,7 @@ namespace Velmora
 				continue;
 			}
 			const unsigned char Kind = GetEntryKind(dirfd(Stream.get()), *Entry);
+			// Links could lead out of the project or around in circles, and devices never end.
 			if (Kind != DT_DIR && Kind != DT_REG)
 			{
 				continue;
@@ -73,17 +76,20 @@ namespace Velmora
 			}
 			Out.push_back({ Entry->d_name, Entry->d_ino, Kind == DT_DIR });
 		}
+		// Sorted here, once: lists are compared and merged by name.
 		std::sort(Out.begin(), Out.end(), [](const FFolderEntry& A, const FFolderEntry& B) { return A.Name < B.Name; });
 		return Result;
 	}
 
 	FFileDescriptor OpenFolderBeneath(int Root, const std::string& Path)
 	{
+		// The kernel itself sees to it that no part of the path leaves the folder, even while somebody swaps folders for links.
 		open_how How = {};
 		How.flags = FolderOpenFlags;
 		How.resolve = RESOLVE_BENEATH | RESOLVE_NO_SYMLINKS;
 		FFileDescriptor Folder(static_cast<int>(
 			HostRetryInterrupted([Root, &Path, &How] { return syscall(SYS_openat2, Root, Path.c_str(), &How, sizeof(How)); })));
+		// Older kernels do not know the call, and some sandboxes forbid it.
 		if (Folder.IsOpen() || (errno != ENOSYS && errno != EPERM))
 		{
 			return Folder;
@@ -93,6 +99,7 @@ namespace Velmora
 
 	FFileDescriptor OpenFolderStepByStep(int Root, const std::string& Path)
 	{
+		// Each step opens one name below an open folder and follows no link: slower, and as safe.
 		FFileDescriptor Folder;
 		for (size_t Start = 0; Start <= Path.size();)
 		{

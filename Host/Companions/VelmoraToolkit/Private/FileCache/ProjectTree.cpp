@@ -70,6 +70,7 @@ namespace Velmora
 	void FProjectTree::Reset()
 	{
 		bListChanged = bListChanged || Root != nullptr;
+		// Whoever asks what has changed since last time gets "anything" once: a list of all paths would say no more.
 		bMayBeMore = bMayBeMore || Root != nullptr;
 		// One queue for each tree: closing it ends all its watches at once, before the next one asks for as many.
 		Watch.reset();
@@ -90,6 +91,7 @@ namespace Velmora
 	void FProjectTree::SetRoot(const std::string& Path)
 	{
 		bRootHasMoved = false;
+		// The same folder again, untouched: what is known of it still holds.
 		if (Path == RootPath && IsRootInPlace())
 		{
 			return;
@@ -118,6 +120,7 @@ namespace Velmora
 
 	bool FProjectTree::IsRootInPlace() const
 	{
+		// By device and number, not by name: the folder may have been moved away and another put in its place.
 		struct stat Status = {};
 		return RootFolder.IsOpen() && stat(RootPath.c_str(), &Status) == 0 && Status.st_dev == RootStamp.Device &&
 			Status.st_ino == RootStamp.Inode;
@@ -125,6 +128,7 @@ namespace Velmora
 
 	void FProjectTree::Enqueue(FProjectTreeFolder& Folder)
 	{
+		// Looked up by the walk; -1 is "does not wait", so that no folder waits twice.
 		if (Folder.QueueIndex < 0)
 		{
 			Folder.QueueIndex = static_cast<int>(Queue.size());
@@ -159,6 +163,7 @@ namespace Velmora
 		}
 		if (Folder.QueueIndex >= 0)
 		{
+			// Gaps in the queue are cheaper than moving what waits behind.
 			Queue[static_cast<size_t>(Folder.QueueIndex)] = nullptr;
 		}
 		// A folder that was moved within the project may have handed its watch to its new place.
@@ -198,6 +203,7 @@ namespace Velmora
 		std::shared_ptr<const FIgnoreScope> Scope = Above;
 		if (bHasText)
 		{
+			// The same text under the same parent is the same rules: folders below need not be read again.
 			const FIgnoreScope* const Old = Folder.Scope.get();
 			const bool bIsSame = Old && Old->FolderLength == Prefix.size() && Old->Above == Above && Old->File.GetText() == Text;
 			Scope = bIsSame ? Folder.Scope
@@ -304,6 +310,7 @@ namespace Velmora
 		EntryCount -= Old ? static_cast<size_t>(Old->Num()) : 0;
 		Folder.Files = Files;
 		bListChanged = true;
+		// Until the first whole reading there is nothing that a path could be new against.
 		if (bMayBeMore)
 		{
 			return;
@@ -334,6 +341,8 @@ namespace Velmora
 		std::vector<std::unique_ptr<FProjectTreeFolder>> Old = std::move(Folder.Folders);
 		Folder.Folders.clear();
 		Folder.Folders.reserve(Entries.size());
+		// Both lists are sorted by name and are walked side by side: what only the old one has is gone, what only the new one has is added,
+		// and what both have stays as it is, with all that was read below it, unless another folder took the name.
 		size_t OldIndex = 0;
 		for (const FFolderEntry& Entry : Entries)
 		{
@@ -346,6 +355,7 @@ namespace Velmora
 				std::unique_ptr<FProjectTreeFolder> Same = std::move(Old[OldIndex++]);
 				if (Same->Inode == Entry.Inode && !Same->bIsLost)
 				{
+					// Other rules hold below now, though nothing there has changed.
 					if (bRescoped)
 					{
 						Enqueue(*Same);
@@ -391,6 +401,7 @@ namespace Velmora
 				ReadOne(*Folder);
 			}
 		}
+		// What was named by an event is looked at last, when the tree is up to date; a file that is gone again is not told.
 		for (const std::string& Path : Touched)
 		{
 			struct stat Status = {};
@@ -411,6 +422,7 @@ namespace Velmora
 	// Folders in order of their paths, without recursion: a tree may be as deep as a path can be long.
 	std::shared_ptr<const FProjectFileList> FProjectTree::MakeList() const
 	{
+		// Parts are shared with the tree and never change, so that a list of a million files costs a pointer for each folder.
 		std::vector<std::shared_ptr<const FFolderFiles>> Lists;
 		std::vector<const FProjectTreeFolder*> Pending;
 		if (Root)

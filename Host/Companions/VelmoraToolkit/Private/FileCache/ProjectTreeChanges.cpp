@@ -16,6 +16,7 @@ namespace Velmora
 	bool FProjectTree::HasChanged(const FProjectTreeFolder& Folder, const std::string& Path) const
 	{
 		struct stat Status = {};
+		// A folder's own time moves when an entry comes or goes. That a file within it was written does not show here and need not.
 		if (fstatat(RootFolder.Get(), Path.empty() ? "." : Path.c_str(), &Status, AT_SYMLINK_NOFOLLOW) != 0 ||
 			FDiskStamp::Of(Status) != Folder.Stamp)
 		{
@@ -25,6 +26,7 @@ namespace Velmora
 		{
 			return true;
 		}
+		// The ignore file may have been written without any entry coming or going.
 		if (Folder.IgnoreStamp == FDiskStamp())
 		{
 			return false;
@@ -37,6 +39,7 @@ namespace Velmora
 	void FProjectTree::QueueChanged()
 	{
 		bHasUnwatched = false;
+		// On a stack, so that a deep tree costs no call depth.
 		struct FPlace
 		{
 			FProjectTreeFolder* Folder;
@@ -66,6 +69,8 @@ namespace Velmora
 
 	void FProjectTree::StartOver()
 	{
+		// Events were lost, so nothing that is known can be trusted: every folder is watched and read again, but keeps its place in the
+		// list until then, so that the user's list is never empty meanwhile.
 		Watch.reset();
 		Watch = std::make_unique<FFolderWatch>(Limits.MaxWatches);
 		Watched.clear();
@@ -128,17 +133,20 @@ namespace Velmora
 
 	void FProjectTree::TakeEvent(const FFolderChange& Change)
 	{
+		// 1. The watch may have ended while this event was on its way.
 		const auto Found = Watched.find(Change.Watch);
 		if (Found == Watched.end())
 		{
 			return;
 		}
+		// 2. The folder itself went.
 		if (Change.Event == EFolderEvent::Gone)
 		{
 			NoteWatchEnd(Change);
 			return;
 		}
 		FProjectTreeFolder& Folder = *Found->second;
+		// 3. Its rules or its own attributes changed: it is read again as a whole.
 		if (Change.Name == IgnoreFileName || Change.Name.empty())
 		{
 			Enqueue(Folder);
@@ -147,6 +155,7 @@ namespace Velmora
 		{
 			return;
 		}
+		// 4. What nobody sees needs no work: build folders change all the time.
 		const std::string Prefix = MakePrefix(Folder);
 		if (IsLeftOut(Folder, Prefix, Change.Name, Change.bIsFolder))
 		{

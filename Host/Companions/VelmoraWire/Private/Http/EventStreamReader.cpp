@@ -7,6 +7,7 @@ namespace Velmora
 {
 	namespace
 	{
+		// The format is published with HTML as "Server-sent events". Lines end with CR LF, LF or CR.
 		constexpr std::string_view ByteOrderMark = "\xEF\xBB\xBF";
 
 		size_t FindByte(std::string_view Bytes, char Byte)
@@ -29,6 +30,7 @@ namespace Velmora
 		size_t Start = 0;
 		while (State == EState::Open && Start < Bytes.size())
 		{
+			// CR LF may be split between two pieces: the LF that comes first in the next one belongs to the line that is over.
 			if (std::exchange(bSkipsLineFeed, false) && Bytes[Start] == '\n')
 			{
 				++Start;
@@ -41,6 +43,7 @@ namespace Velmora
 			const size_t Length = Return != std::string_view::npos ? Return
 				: LineFeed != std::string_view::npos			   ? LineFeed - Start
 																   : std::string_view::npos;
+			// Counted before it is kept, so that a server that never ends a line cannot fill the memory.
 			if (PartialLine.size() + DataText.size() + Rest.substr(0, Length).size() > MaxEventBytes)
 			{
 				State = EState::TooLarge;
@@ -52,6 +55,7 @@ namespace Velmora
 				break;
 			}
 			bSkipsLineFeed = Rest[Length] == '\r';
+			// A whole line within the piece is read in place.
 			if (PartialLine.empty())
 			{
 				TakeLine(Rest.substr(0, Length), true);
@@ -69,6 +73,7 @@ namespace Velmora
 				LineFeed = LineFeed == std::string_view::npos ? LineFeed : LineFeed + Start;
 			}
 		}
+		// The view is into a piece that is gone when this returns.
 		KeepData();
 		return State;
 	}
@@ -80,6 +85,7 @@ namespace Velmora
 			const std::string Line = std::exchange(PartialLine, std::string());
 			TakeLine(Line, false);
 		}
+		// The format would drop an event without its empty line. Servers that end without one mean it, so it counts, marked as cut off.
 		if (State == EState::Open && bHasData)
 		{
 			Dispatch(true);
@@ -101,6 +107,7 @@ namespace Velmora
 		const size_t Colon = FindByte(Line, ':');
 		const std::string_view Name = Line.substr(0, Colon);
 		std::string_view Value = Colon == std::string_view::npos ? std::string_view() : Line.substr(Colon + 1);
+		// One blank after the colon belongs to the format, a second one to the value.
 		if (Value.starts_with(' '))
 		{
 			Value.remove_prefix(1);
@@ -117,6 +124,7 @@ namespace Velmora
 
 	void FEventStreamReader::AddData(std::string_view Value, bool bValueStays)
 	{
+		// Nearly all events have one line of data, which is then never copied.
 		if (!bHasData && bValueStays)
 		{
 			DataView = Value;

@@ -13,6 +13,8 @@ namespace Velmora
 {
 	namespace
 	{
+		// Chunks are read as they stream by, without a tree of values: what counts is told by where it stands, and the three tables below
+		// say what stands where. Everything else is skipped, whatever it is.
 		using ENode = FChatChunkReader::ENode;
 		using EField = FChatChunkReader::EField;
 
@@ -167,6 +169,7 @@ namespace Velmora
 	{
 		if (ArgumentDepth > 0)
 		{
+			// Infinite and "not a number" have no place in JSON, so the tool sees that nothing was given.
 			return Value - Value == 0.0 ? ArgumentWriter.Double(Value) : ArgumentWriter.Null();
 		}
 		return Default();
@@ -236,6 +239,7 @@ namespace Velmora
 			return ++ArgumentDepth <= MaxDepth && (bIsArray ? ArgumentWriter.StartArray() : ArgumentWriter.StartObject());
 		}
 		ENode Node = NextNode;
+		// An element of an array has no name: what it is depends on the array.
 		if (SkippedDepth == 0 && Depth > 0 && Field == EField::None && Node == ENode::Skip)
 		{
 			const auto Row = std::find_if(
@@ -247,6 +251,7 @@ namespace Velmora
 		{
 			return false;
 		}
+		// Arguments are a text by the standard; servers that send them as an object mean the same, so they are written as text again.
 		if (SkippedDepth == 0 && Node == ENode::Arguments)
 		{
 			ArgumentText.Clear();
@@ -417,8 +422,10 @@ namespace Velmora
 
 	void FChatChunkReader::CommitChoice()
 	{
+		// Other choices are other answers to the same question, and nobody asked for them.
 		if (ChoiceIndex == 0)
 		{
+			// Thinking goes first: in a chunk that has both, it came first.
 			if (!Thinking.empty())
 			{
 				Builder.AddThinking(Thinking);
@@ -429,6 +436,7 @@ namespace Velmora
 			}
 			if (!Finish.empty())
 			{
+				// An unknown word is still an end.
 				const auto Row =
 					std::find_if(std::begin(FinishRows), std::end(FinishRows), [this](const auto& Pair) { return Pair.first == Finish; });
 				Builder.SetFinish(Row != std::end(FinishRows) ? Row->second : EModelFinish::Stop);

@@ -15,6 +15,7 @@ namespace Velmora
 
 		std::vector<std::string> MakeHeaders(const FModelServer& Server)
 		{
+			// Both, since some servers answer as a whole whatever they were asked for.
 			std::vector<std::string> Headers = { "Content-Type: application/json", "Accept: text/event-stream, application/json" };
 			if (!Server.Key.empty())
 			{
@@ -151,6 +152,7 @@ namespace Velmora
 		{
 			return std::string(Address);
 		}
+		// People paste the address of the call itself, as their server's page gives it.
 		for (const std::string_view Call : { "/chat/completions", "/models" })
 		{
 			if (Parsed.Path.ends_with(Call))
@@ -180,6 +182,7 @@ namespace Velmora
 	FHttpRequest FChatCompletions::MakeListRequest(const FModelServer& Server) const
 	{
 		FHttpRequest Http = MakeHttpRequest(Server, "/models");
+		// A list is small and quick or is not worth waiting for: it only fills a box.
 		Http.Limits.MaxBodyBytes = 4 * 1024 * 1024;
 		Http.Limits.FirstByteSeconds = std::min(Http.Limits.FirstByteSeconds, 20.0);
 		Http.Limits.TotalSeconds = 30.0;
@@ -194,6 +197,7 @@ namespace Velmora
 		{
 			return false;
 		}
+		// Under either name, or the array alone.
 		const rapidjson::Value* List = &Parsed;
 		for (const char* Name : { "data", "models" })
 		{
