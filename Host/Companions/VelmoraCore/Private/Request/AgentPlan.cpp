@@ -112,6 +112,7 @@ namespace Velmora
 		{
 			const std::string Lower = Utf8Text::ToLower(Text);
 			size_t StepStart = 0;
+			// "then" begins a step only where a sentence or a clause does: "if it fails, say so" and "athena" hold none.
 			bool bAfterSeparator = true;
 			size_t Position = 0;
 			const auto Cut = [&](size_t Next)
@@ -122,6 +123,7 @@ namespace Velmora
 			};
 			while (Position < Text.size())
 			{
+				// Quoted text is material, whatever words stand in it.
 				if (const size_t Behind = SkipQuoted(Text, Position); Behind != Position)
 				{
 					Position = Behind;
@@ -208,6 +210,7 @@ namespace Velmora
 			Utf8Text::StartsWith(Opening, "first:"))
 		{
 			SplitSteps(Plan, Text.substr(5), false);
+			// One step is no plan: "first, show a.md" is a request like any other.
 			if (Plan.Steps.size() < 2)
 			{
 				return FAgentPlan();

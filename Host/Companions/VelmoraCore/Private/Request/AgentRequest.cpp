@@ -64,6 +64,7 @@ namespace Velmora
 
 		bool BeginsWithWords(std::string_view Text, std::string_view Words)
 		{
+			// "show" must not open "shower", nor "open" the name "open.txt".
 			return Utf8Text::StartsWith(Text, Words) &&
 				(Text.size() == Words.size() ||
 					(!Utf8Text::IsWordByte(Text[Words.size()]) && Text[Words.size()] != '.' && Text[Words.size()] != '/' &&
@@ -101,6 +102,7 @@ namespace Velmora
 
 		const FPhraseRow* FindPhrase(std::string_view Lower)
 		{
+			// The longest one decides: "where is the definition of" is more than "where is".
 			const FPhraseRow* Best = nullptr;
 			for (const FPhraseRow& Row : GetPhrases())
 			{
@@ -136,6 +138,7 @@ namespace Velmora
 				FRequestText Rest = Text;
 				Rest.Keep(Longest, std::string::npos);
 				Rest.TrimEnds();
+				// Something must be left: a courtesy alone is a greeting, not a request for nothing.
 				if (Longest > 0 && !Rest.Lower.empty())
 				{
 					Text = Rest;
@@ -186,6 +189,7 @@ namespace Velmora
 
 		std::string TakeQuoted(std::string& Text)
 		{
+			// The first quote in the text counts, whatever kind it is; an earlier one of another kind may hold a mark of this one.
 			size_t BestStart = std::string::npos;
 			size_t BestEnd = 0;
 			std::string Best;
@@ -196,6 +200,7 @@ namespace Velmora
 					const bool bIsInWord = Open > 0 && Utf8Text::IsWordByte(Text[Open - 1]) && Pair.Open.size() == 1;
 					const size_t From = Open + Pair.Open.size();
 					size_t Close = Text.find(Pair.Close, From);
+					// An apostrophe before a letter goes on with a word ("it's"), so the quote ends later.
 					while (
 						Pair.Close == "'" && Close != std::string::npos && Close + 1 < Text.size() && Utf8Text::IsWordByte(Text[Close + 1]))
 					{
@@ -246,6 +251,7 @@ namespace Velmora
 			int Number = 0;
 			for (; Index < Text.size() && Text[Index] >= '0' && Text[Index] <= '9'; ++Index)
 			{
+				// Bounded, so that a number of a thousand digits is merely too large.
 				Number = std::min(Number * 10 + (Text[Index] - '0'), 100000000);
 			}
 			return Number;
@@ -375,6 +381,7 @@ namespace Velmora
 		void ReadTarget(FRequestText Rest, const std::string& Quoted, FAgentRequest& Request)
 		{
 			TakeLeadingLineRange(Rest, Request);
+			// Openers and ranges may stand in either order: "the first 20 lines of the file X", "lines 1-5 of the file X".
 			CutOpeners(Rest, TargetOpeners);
 			TakeLeadingLineRange(Rest, Request);
 			CutOpeners(Rest, TargetOpeners);
@@ -384,6 +391,7 @@ namespace Velmora
 				TakeTrailingLineRange(Rest, Request);
 			}
 
+			// The last of these words parts the target from its place: "find in in notes.md" looks for "in".
 			size_t In = std::string::npos;
 			size_t InLength = 0;
 			for (const std::string_view Word :

@@ -26,6 +26,7 @@ namespace Velmora::StoreFiles
 
 	// The folder is locked and no file in it: the file that would hold a lock may be the one that is replaced.
 	FFolderLock::FFolderLock(const std::string& Path, int32 TimeoutMilliseconds)
+		// The folder is locked, not the file: the file may be replaced while somebody waits for it, and its lock would go with it.
 		: Folder(FFileDescriptor::Open(Path, O_RDONLY | O_DIRECTORY))
 	{
 		if (!Folder.IsOpen())
@@ -33,6 +34,7 @@ namespace Velmora::StoreFiles
 			Outcome = FOutcome::FromSystem(errno, Path);
 			return;
 		}
+		// Asked again and again instead of waiting in the call, which would never come back while the other program hangs.
 		const auto End = std::chrono::steady_clock::now() + std::chrono::milliseconds(TimeoutMilliseconds);
 		while (HostRetryInterrupted([this] { return flock(Folder.Get(), LOCK_EX | LOCK_NB); }) != 0)
 		{
@@ -52,6 +54,7 @@ namespace Velmora::StoreFiles
 
 	void FlushFolder(const std::string& Path)
 	{
+		// A new name is safe only when the folder itself has been written. Some file systems cannot, and do it by themselves.
 		const FFileDescriptor Folder = FFileDescriptor::Open(Path, O_RDONLY | O_DIRECTORY);
 		(void)(Folder.IsOpen() && Folder.Flush());
 	}
@@ -71,6 +74,7 @@ namespace Velmora::StoreFiles
 	FOutcome CreateEmpty(const std::string& Path)
 	{
 		FFileDescriptor File = FFileDescriptor::Open(Path, O_RDWR | O_CREAT | O_EXCL, 0600);
+		// The mode that open gets goes through the umask, which may take away the user's own rights.
 		const bool bIsMade = File.IsOpen() && HostRetryInterrupted([&File] { return fchmod(File.Get(), 0600); }) == 0 && File.Close();
 		return bIsMade ? FOutcome::Done() : FOutcome::FromSystem(errno, Path);
 	}
@@ -78,6 +82,7 @@ namespace Velmora::StoreFiles
 	void MakePrivate(const std::string& Path)
 	{
 		(void)MakePrivateFolder(HostFileNameFromBytes(GetFolder(Path))); // It is there; only its mode may change.
+		// An older version may have made them readable for others; what is already narrower stays so.
 		for (const char* Ending : { "", "-wal", "-shm" })
 		{
 			const std::string Name = Path + Ending;
@@ -110,6 +115,7 @@ namespace Velmora::StoreFiles
 		for (const char* Companion : Companions)
 		{
 			std::string Target = To + Companion;
+			// What stands there already may be the only copy of something.
 			while (access(Target.c_str(), F_OK) == 0)
 			{
 				Target += '_';
@@ -120,6 +126,7 @@ namespace Velmora::StoreFiles
 
 	void Remove(const std::string& Path)
 	{
+		// The file first: companions without their file do no harm, a file without its log has lost what stood in it.
 		HostRetryInterrupted([&Path] { return unlink(Path.c_str()); });
 		RemoveCompanions(Path);
 	}
@@ -135,6 +142,7 @@ namespace Velmora::StoreFiles
 
 	std::string MakeAsideName(const std::string& Path, const char* Word)
 	{
+		// To the second, so that two faults in one second need a number.
 		const std::string Stem = Path + '.' + Word + '-' + Utf8Text::FromString(FDateTime::Now().ToString(TEXT("%Y%m%d-%H%M%S")));
 		std::string Name = Stem;
 		for (int Number = 2; access(Name.c_str(), F_OK) == 0; ++Number)

@@ -42,6 +42,7 @@ namespace Velmora::Utf8Text
 				{
 					break;
 				}
+				// A pair of surrogates is one character. One that stands alone is none, and a NUL would end the text for some readers.
 				char32_t Code = UnitAt(Index);
 				if (Code >= 0xD800 && Code < 0xDC00 && Index + 1 < Count && UnitAt(Index + 1) >= 0xDC00 && UnitAt(Index + 1) < 0xE000)
 				{
@@ -77,6 +78,7 @@ namespace Velmora::Utf8Text
 		for (size_t Index = 0; Index < Bytes.size();)
 		{
 			const char32_t Code = ReadCodePoint(Bytes, Index);
+			// CR LF and a lone CR are one line end here, so that nobody else has to know them.
 			if (Code == '\r')
 			{
 				if (Index >= Bytes.size() || Bytes[Index] != '\n')
@@ -85,6 +87,7 @@ namespace Velmora::Utf8Text
 				}
 				continue;
 			}
+			// Blanks in their place: a terminal or a log would obey them.
 			const bool bIsControl = (Code < 0x20 && Code != '\t' && Code != '\n') || Code == 0x7F;
 			HostAppendUtf8(Out, bIsControl ? U' ' : Code);
 		}
@@ -104,6 +107,7 @@ namespace Velmora::Utf8Text
 
 	std::string ToLower(std::string_view Text)
 	{
+		// ASCII alone, whatever the locale: names of files and symbols are compared, not read.
 		std::string Out(Text);
 		for (char& Byte : Out)
 		{
@@ -117,6 +121,7 @@ namespace Velmora::Utf8Text
 
 	bool IsWordByte(char Byte)
 	{
+		// All bytes of letters beyond ASCII count as word, so that a word in any script stays whole.
 		return (Byte >= 'a' && Byte <= 'z') || (Byte >= 'A' && Byte <= 'Z') || (Byte >= '0' && Byte <= '9') || Byte == '_' ||
 			static_cast<unsigned char>(Byte) >= 0x80;
 	}
@@ -143,6 +148,7 @@ namespace Velmora::Utf8Text
 		size_t Characters = 0;
 		for (size_t Index = 0; Index < Text.size(); ++Index)
 		{
+			// Bytes that go on with a character are not counted, so the cut never falls within one.
 			const bool bStartsCharacter = (static_cast<unsigned char>(Text[Index]) & 0xC0) != 0x80;
 			if (bStartsCharacter && ++Characters > MaxCharacters)
 			{
@@ -155,6 +161,7 @@ namespace Velmora::Utf8Text
 	std::vector<std::string_view> SplitLines(std::string_view Text)
 	{
 		std::vector<std::string_view> Lines;
+		// A line end at the end ends a line and begins none.
 		while (!Text.empty())
 		{
 			const size_t End = Text.find('\n');

@@ -60,6 +60,7 @@ namespace Velmora
 	FProjectFiles::FProjectFiles(std::string InRoot)
 		: Root(std::move(InRoot))
 	{
+		// The project may have been opened through a link: paths are shown as the user spells the folder and checked as the disk does.
 		std::error_code Error;
 		RealRoot = std::filesystem::canonical(Root, Error).native();
 		Access = std::make_shared<FProjectAccess>(RealRoot);
@@ -73,6 +74,7 @@ namespace Velmora
 
 	bool FProjectFiles::IsOutside(std::string_view Path) const
 	{
+		// Told by the names alone, so that it can be said of what does not exist.
 		const std::filesystem::path Full = std::filesystem::path(Root) / std::filesystem::path(std::string(Path));
 		const std::string Normal = Full.lexically_normal().native();
 		return !IsInside(Normal, Root) && !IsInside(Normal, RealRoot);
@@ -80,6 +82,7 @@ namespace Velmora
 
 	std::string FProjectFiles::Spell(std::string_view Path) const
 	{
+		// People from other systems write backslashes. A file may have one in its name here, so an entry of that very name comes first.
 		std::string Spelt(Path);
 		std::error_code Error;
 		if (Spelt.find('\\') != std::string::npos &&
@@ -97,12 +100,14 @@ namespace Velmora
 			return false;
 		}
 		std::error_code Error;
+		// Links are followed before it is compared: a link out of the project leads outside, whatever it is called.
 		const std::string Real = std::filesystem::canonical(std::filesystem::path(Root) / Spell(Path), Error).native();
 		if (Error || !IsInside(Real, RealRoot))
 		{
 			return false;
 		}
 		const std::filesystem::file_status Status = std::filesystem::status(Real, Error);
+		// Devices, sockets and pipes: reading one may never end.
 		if (Error || (!std::filesystem::is_regular_file(Status) && !std::filesystem::is_directory(Status)))
 		{
 			return false;
@@ -187,6 +192,7 @@ namespace Velmora
 		}
 
 		FProjectText Result;
+		// Editors of some systems write UTF-16; with its mark it is text, though it is full of zero bytes.
 		const bool bIsLittleEndian = Utf8Text::StartsWith(Bytes, "\xFF\xFE");
 		if (bIsLittleEndian || Utf8Text::StartsWith(Bytes, "\xFE\xFF"))
 		{

@@ -49,6 +49,7 @@ namespace Velmora
 	// to ask, not what stands there.
 	bool FToolBox::MayRead(const FProjectPath& Place, FToolResult& OutResult) const
 	{
+		// What is ignored or secret is read only when the user says so: a model that was told by a file to fetch it must not get it.
 		const bool bIsSecret = IsSecretName(Place.Relative);
 		if (bIsPermitted || (!bIsSecret && !IsLeftOutOfProject(Files.GetRoot(), Place.Relative, Place.bIsFolder)))
 		{
@@ -91,6 +92,7 @@ namespace Velmora
 	void FToolBox::ReadFileTool(const FToolArguments& Arguments, FToolResult& OutResult)
 	{
 		FProjectPath Place;
+		// 1. Which lines; a model that asks wrongly is told how it goes.
 		int First = 1;
 		int Last = 0;
 		if (!Arguments.GetNumber("first_line", 1, First) || !Arguments.GetNumber("last_line", 0, Last))
@@ -101,6 +103,7 @@ namespace Velmora
 		{
 			return;
 		}
+		// 2. The text.
 		const FProjectText Content =
 			Place.bIsFolder ? FProjectText{ EReadResult::Unreadable, "", "it is a folder" } : Files.Read(Place.Absolute);
 		if (!Content.IsValid())
@@ -114,6 +117,7 @@ namespace Velmora
 		{
 			return Fail(OutResult, "Not read: it has only " + Utf8Text::Count(Lines.size(), "line", "lines"));
 		}
+		// 3. Numbered lines until the result is full. The room left over is for the sentence that says how to read on.
 		const int End = Last == 0 ? Count : std::min(Last, Count);
 		std::string Text;
 		int Line = First;
@@ -153,6 +157,7 @@ namespace Velmora
 			return Fail(OutResult, "Not searched: the text to look for is empty");
 		}
 		FSearchResult Found = SearchProject(Files, Place, Arguments.GetText("term"), IsCancelled);
+		// A search of a folder must not show what reading the file would ask for.
 		if (Place.bIsFolder)
 		{
 			std::erase_if(Found.Hits, [](const FSearchHit& Hit) { return IsSecretName(Hit.File.Relative); });
@@ -206,6 +211,7 @@ namespace Velmora
 				Text += PlaceText(Folder + Symbol.Path, Symbol.Line) + ' ' + Symbol.Kind + ' ' + GetWholeSymbolName(Symbol) + '\n';
 			}
 		};
+		// The engine counts only where the project has nothing of that very name: its own code is what one works on.
 		const bool bIsInEngine = !Answer.Project.bIsExact && Answer.Engine.bIsExact;
 		const CodeIntel::FIndexLookup& Found = bIsInEngine ? Answer.Engine : Answer.Project;
 		if (!Found.bIsExact)

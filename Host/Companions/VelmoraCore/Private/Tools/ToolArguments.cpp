@@ -56,6 +56,7 @@ namespace Velmora
 						return false;
 					}
 				}
+				// A list of plain texts is taken as a list of objects with a text each: models write either.
 				else if (Item.IsValid() && TakeScalar(*Item, Scalar))
 				{
 					Taken.Set("text", std::move(Scalar));
@@ -81,6 +82,7 @@ namespace Velmora
 			{
 				const std::string Name = Utf8Text::FromString(Key);
 				std::string Scalar;
+				// As if it had not been given, which is how models leave out what they need not say.
 				if (!Value.IsValid() || Value->Type == EJson::Null)
 				{
 					continue;
@@ -109,6 +111,7 @@ namespace Velmora
 	bool FToolArguments::Parse(std::string_view Json, FToolArguments& Out, std::string& OutProblem)
 	{
 		Out = FToolArguments();
+		// Some servers send nothing at all for a tool without arguments.
 		if (Utf8Text::Trim(Json).empty())
 		{
 			return true;

@@ -77,6 +77,7 @@ namespace Velmora
 
 	std::pair<int, int> MeasureDefinition(const std::vector<std::string_view>& Lines, int Line)
 	{
+		// Comments and attributes above belong to it.
 		const int Count = static_cast<int>(Lines.size());
 		const int Start = std::clamp(Line, 1, std::max(Count, 1));
 		int First = Start;
@@ -153,6 +154,7 @@ namespace Velmora
 
 	bool FSearchWork::RunCombinedSearch(FCombinedSearch& OutSearch)
 	{
+		// 1. Where to look: in the place that was named, if it is one; "in C++" is none, so the words are part of what is looked for.
 		OutSearch.Term = Request.Target;
 		OutSearch.Where = Desk.GetProjectPath();
 		if (!Request.TargetInScope.empty() && Desk.FindPlace(Request.Scope, OutSearch.Where))
@@ -165,6 +167,7 @@ namespace Velmora
 			OutSearch.Where = Desk.GetProjectPath();
 		}
 
+		// 2. The attached files, each by itself, since they are what the user has just pointed at.
 		if (!Desk.Attachments.empty() && !OutSearch.bHasScope)
 		{
 			if (!Desk.BeginStep("Searching the attached files for " + OutSearch.Term))
@@ -184,10 +187,12 @@ namespace Velmora
 				Sum.MatchCount += Result.MatchCount;
 				Sum.FileCount += Result.FileCount;
 			}
+			// The hits of several files in one order; stable, so that files attached earlier come first among equals.
 			std::stable_sort(OutSearch.Attached.Hits.begin(), OutSearch.Attached.Hits.end(),
 				[](const FSearchHit& A, const FSearchHit& B) { return A.Rank < B.Rank; });
 			OutSearch.Attached.Hits.resize(std::min(OutSearch.Attached.Hits.size(), MaxSearchHits));
 		}
+		// 3. The project.
 		const std::string Place = OutSearch.bHasScope && !OutSearch.Where.Relative.empty() ? OutSearch.Where.Relative : "the project";
 		return Desk.BeginStep("Searching " + Place + " for " + OutSearch.Term) &&
 			Desk.RunSearchTool(OutSearch.Where, OutSearch.Term, OutSearch.Project);
@@ -361,6 +366,7 @@ namespace Velmora
 		size_t OtherCount = 0;
 		for (const FSearchHit& Hit : Search.Project.Hits)
 		{
+			// The best hit stands above with its lines already.
 			if (Hit.Line != Best.Line || Hit.File.Absolute != Best.File.Absolute)
 			{
 				Others += HitItem(Hit);

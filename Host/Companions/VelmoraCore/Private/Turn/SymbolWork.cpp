@@ -52,6 +52,7 @@ namespace Velmora
 		{
 			return Say("Which symbol should I look up? For example: `where is FThing defined?`\n");
 		}
+		// A place that does not exist may be part of the name; then the whole project counts.
 		FProjectPath Where = Desk.GetProjectPath();
 		if (Request.TargetInScope.empty() || !Desk.FindPlace(Request.Scope, Where))
 		{
@@ -85,6 +86,7 @@ namespace Velmora
 		{
 			return Say(DescribeEngineSymbols(Code, Found.Engine));
 		}
+		// What the index does not know may still stand in the text: it is searched, and the answer says why.
 		Desk.AttachmentNotes += Found.bIsReady ? "The code index has no symbol " + Code + ", so I searched the text instead.\n"
 											   : std::string("The code index is not ready, so I searched the text instead.\n");
 		if (!Found.Project.bIsExact && !Found.Project.Symbols.empty())

@@ -14,6 +14,7 @@ namespace Velmora
 {
 	FSqliteQuery::~FSqliteQuery()
 	{
+		// Given back clean, since the statement is kept: bytes that it still points to are gone with the caller.
 		if (Statement)
 		{
 			sqlite3_reset(Statement);
@@ -23,6 +24,7 @@ namespace Velmora
 
 	void FSqliteQuery::Note(int Code)
 	{
+		// A binding that failed must not run with what was bound before, so the first failure decides.
 		bHasFailed = bHasFailed || Code != SQLITE_OK;
 	}
 
@@ -40,6 +42,7 @@ namespace Velmora
 
 	FSqliteQuery& FSqliteQuery::BindText(std::string_view Utf8)
 	{
+		// Not copied: what is bound lives longer than the query, which ends with the caller's statement.
 		Note(sqlite3_bind_text64(Statement, ++Bound, Utf8.empty() ? "" : Utf8.data(), Utf8.size(), SQLITE_STATIC, SQLITE_UTF8));
 		return *this;
 	}
@@ -93,6 +96,7 @@ namespace Velmora
 
 	std::string_view FSqliteQuery::GetBytes(int Column) const
 	{
+		// The blob first: asking for its size may convert the value, and a pointer from before would be stale.
 		const void* Bytes = sqlite3_column_blob(Statement, Column);
 		const int Count = sqlite3_column_bytes(Statement, Column);
 		return Bytes ? std::string_view(static_cast<const char*>(Bytes), static_cast<size_t>(Count)) : std::string_view();
@@ -111,6 +115,7 @@ namespace Velmora
 		const int Flags = Access == ESqliteAccess::Read ? SQLITE_OPEN_READONLY
 			: Access == ESqliteAccess::Write			? SQLITE_OPEN_READWRITE
 														: SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE;
+		// A connection belongs to one thread at a time, which its owner's lock sees to: the library's locks would be paid for twice.
 		OpenCode = sqlite3_open_v2(Path.c_str(), &Database, Flags | SQLITE_OPEN_NOMUTEX, nullptr);
 		if (Database)
 		{
@@ -120,6 +125,7 @@ namespace Velmora
 		{
 			return GetError();
 		}
+		// The file may come from elsewhere: what stands in its schema must neither write it in odd ways nor call functions.
 		sqlite3_db_config(Database, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
 		sqlite3_db_config(Database, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
 		sqlite3_busy_handler(Database, &FSqliteConnection::OnBusy, this);
@@ -156,6 +162,7 @@ namespace Velmora
 
 	void FSqliteConnection::SetStopFlag(const std::atomic<bool>* InStopFlag)
 	{
+		// Told a few thousand times a second at most, or the question would cost more than the work.
 		constexpr int StepsBetween = 10000;
 		StopFlag = InStopFlag;
 		if (Database)
@@ -177,6 +184,7 @@ namespace Velmora
 
 	FSqliteQuery FSqliteConnection::Query(const char* Sql)
 	{
+		// By the text's address: callers pass constants, and comparing them letter by letter would cost more than finding them.
 		for (const auto& [Known, Statement] : Statements)
 		{
 			if (Known == Sql)
@@ -224,6 +232,7 @@ namespace Velmora
 
 	FOutcome FSqliteConnection::Checkpoint(bool bEmptiesLog)
 	{
+		// TRUNCATE waits for readers and empties the log; PASSIVE takes what can be had without disturbing anybody.
 		const int Code = sqlite3_wal_checkpoint_v2(
 			Database, nullptr, bEmptiesLog ? SQLITE_CHECKPOINT_TRUNCATE : SQLITE_CHECKPOINT_PASSIVE, nullptr, nullptr);
 		WaitingPages = 0;
@@ -279,6 +288,7 @@ namespace Velmora
 	// 1. Codes with a meaning of their own. 2. A file that ends too early. 3. What the system says. 4. The library's words.
 	FOutcome FSqliteConnection::ToOutcome(int Code) const
 	{
+		// The plain kind, whatever the detail: details grow with the library's versions.
 		const int Kind = Code & 0xff;
 		switch (Kind)
 		{
@@ -297,6 +307,7 @@ namespace Velmora
 		default:
 			break;
 		}
+		// A page that should be there and is not: the file was cut.
 		if (Code == SQLITE_IOERR_SHORT_READ)
 		{
 			return FOutcome(EOutcome::Damaged, "the file is damaged");

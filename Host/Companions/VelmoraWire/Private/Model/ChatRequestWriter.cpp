@@ -25,6 +25,7 @@ namespace Velmora
 
 		void WriteText(FWriter& Writer, std::string_view Text)
 		{
+			// Servers refuse a request with broken text as a whole, and the conversation would be stuck with it for ever.
 			if (WireText::IsUtf8(Text))
 			{
 				Writer.String(Text.data(), static_cast<rapidjson::SizeType>(Text.size()));
@@ -61,6 +62,7 @@ namespace Velmora
 			Writer.StartObject();
 			WriteMember(Writer, "role", NameRole(Message.Role));
 			WriteName(Writer, "content");
+			// With calls and no text the format wants null; some servers refuse an empty text there.
 			if (Message.Text.empty() && !Message.Calls.empty())
 			{
 				Writer.Null();
@@ -107,6 +109,7 @@ namespace Velmora
 				WriteMember(Writer, "name", Tool.Name);
 				WriteMember(Writer, "description", Tool.Description);
 				WriteName(Writer, "parameters");
+				// The schema is text of our own, already JSON.
 				Writer.RawValue(Tool.Parameters.data(), Tool.Parameters.size(), rapidjson::kObjectType);
 				Writer.EndObject();
 				Writer.EndObject();
@@ -118,6 +121,7 @@ namespace Velmora
 		{
 			rapidjson::Document Parsed;
 			Parsed.Parse<rapidjson::kParseIterativeFlag>(Options.data(), Options.size());
+			// Broken options leave the request as it would be without them; the page where they are written says that they are.
 			if (Parsed.HasParseError() || !Parsed.IsObject())
 			{
 				return;

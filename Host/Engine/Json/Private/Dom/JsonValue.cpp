@@ -39,6 +39,7 @@ namespace
 			}
 			Bytes.push_back(char(Char));
 		}
+		// from_chars knows no plus.
 		if (Bytes.size() > 1 && Bytes[0] == '+' && Bytes[1] != '-')
 		{
 			Bytes.erase(0, 1);
@@ -156,6 +157,7 @@ template <typename T>
 // fits.
 bool FJsonValue::TryGetInteger(T& OutNumber) const
 {
+	// Whole numbers beyond 2 to the 53 do not fit into a double, so they are kept beside it.
 	int64 Exact = 0;
 	if (TryGetExactInteger(Exact))
 	{

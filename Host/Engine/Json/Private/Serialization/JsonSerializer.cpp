@@ -37,6 +37,7 @@ namespace
 
 	bool WriteObjectBody(const FJsonObject& Object, FHostJsonWriter& Writer, int32 Depth)
 	{
+		// What is written must be readable again, and the reader goes no deeper.
 		if (Depth >= FHostJsonReader::MaxDepth)
 		{
 			return false;

@@ -30,6 +30,7 @@ void FHostJsonWriter::AppendNewLine()
 // in an array a comma, and for short values no new line, so that rows of numbers stay rows.
 bool FHostJsonWriter::BeginValue(EKind Kind)
 {
+	// 1. In an object every value has a name, in an array none has, and there is one outermost value.
 	const bool bNamed = Last == EToken::Identifier;
 	const bool bInObject = Levels.Num() > 0 && Levels.Last().bObject;
 	if (bBroken || bNamed != bInObject || (Levels.Num() == 0 && bWhole))
@@ -37,6 +38,7 @@ bool FHostJsonWriter::BeginValue(EKind Kind)
 		bBroken = true;
 		return false;
 	}
+	// 2. What stands between it and what came before. After a name an object opens on a line of its own, all else stays beside it.
 	if (bNamed)
 	{
 		// The comma went in front of the name.
@@ -138,6 +140,7 @@ void FHostJsonWriter::WriteEnd(bool bObject)
 	{
 		AppendNewLine();
 	}
+	// An empty array closes where it opened; one of short values ends in its line, one of anything else on a line of its own.
 	else if (Last == EToken::Short)
 	{
 		if (bPretty)
@@ -184,6 +187,7 @@ void FHostJsonWriter::WriteString(FStringView Text)
 // JSON has no word for what is not finite.
 void FHostJsonWriter::WriteValue(double Value)
 {
+	// There is no JSON for these, and a number that is not one would break every reader.
 	if (!std::isfinite(Value))
 	{
 		WriteNull();
@@ -191,6 +195,7 @@ void FHostJsonWriter::WriteValue(double Value)
 	}
 	if (BeginValue(EKind::Short))
 	{
+		// 17 digits bring back every double to the bit.
 		HostAppendNumber(Out, Value, std::chars_format::general, 17);
 		Last = EToken::Short;
 	}
@@ -220,6 +225,7 @@ void FHostJsonWriter::AppendQuoted(FStringView Text)
 	const char* const Hex = "0123456789abcdef";
 	Out.AppendChar(TEXT('"'));
 	int32 Start = 0;
+	// One step beyond the end, with a unit that needs escaping, so that the last run is written by the same lines.
 	for (int32 Index = 0; Index <= Text.Len(); ++Index)
 	{
 		const TCHAR Unit = Index < Text.Len() ? Text[Index] : TEXT('"');

@@ -48,6 +48,7 @@ bool FTextDocument::Equals(FStringView Text) const
 	{
 		return false;
 	}
+	// Compared line by line: joining the lines first would copy the whole text with each look.
 	for (const FTextLine& Line : Lines)
 	{
 		const FStringView End = GetTextLineEndText(Line.End);
@@ -67,6 +68,7 @@ bool FTextDocument::Equals(FStringView Text) const
 
 const FText& FTextDocument::GetDisplayText() const
 {
+	// Made when somebody asks and kept until the next change: it is asked for with every frame that shows a caret.
 	if (TextRevision != Revision)
 	{
 		CachedText = FText::FromString(ToString(Lines));
@@ -129,6 +131,7 @@ FTextLocation FTextDocument::Replace(const FTextLocation& Begin, const FTextLoca
 	Length += GetLength(Piece) - RemovedLength;
 
 	FTextLocation Behind;
+	// Most changes are a letter in a line.
 	if (Piece.Num() == 1 && RemovedLines == 1)
 	{
 		FString& Text = Lines[First].Text;
@@ -145,6 +148,7 @@ FTextLocation FTextDocument::Replace(const FTextLocation& Begin, const FTextLoca
 	}
 	else
 	{
+		// What stands before and after the gap in its two lines goes on with the first and the last line of the piece.
 		FString Head(FStringView(Lines[First].Text).Left(Begin.GetOffset()));
 		FTextLine Tail{ FString(FStringView(Lines[End.GetLineIndex()].Text).RightChop(End.GetOffset())), Lines[End.GetLineIndex()].End };
 		// Records are moved once: the array grows or shrinks to its new size, then the piece is written over the gap.
@@ -186,6 +190,7 @@ FTextFragment FTextDocument::Parse(FStringView Text)
 			Line.Text = FStringView(All.data() + Begin, static_cast<int32>(All.size() - Begin));
 			return Piece;
 		}
+		// A carriage return that stands alone is a character of its line.
 		const bool bReturn = LineFeed > Begin && All[LineFeed - 1] == TEXT('\r');
 		Line.Text = FStringView(All.data() + Begin, static_cast<int32>(LineFeed - Begin) - (bReturn ? 1 : 0));
 		Line.End = bReturn ? ETextLineEnd::CarriageReturnLineFeed : ETextLineEnd::LineFeed;
