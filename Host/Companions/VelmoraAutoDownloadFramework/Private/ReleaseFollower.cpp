@@ -16,6 +16,11 @@
 
 DEFINE_LOG_CATEGORY_STATIC(LogUpdateGate, Log, All);
 
+// Follows the file that tells of releases and takes the gate through an update: offered, downloading, waiting for the
+// restart. The file is looked at twice a second by its inode, size and times, since it may lie where nothing can be watched.
+// An offer goes by version and package. What was downloaded and what is installed are remembered by that name, so that the
+// same file does not offer the same update again.
+
 namespace Velmora
 {
 	/** A copy that runs in the background. */
@@ -104,6 +109,7 @@ namespace Velmora
 			std::to_string(Info.st_mtim.tv_nsec);
 	}
 
+	// A complaint waits for the second look at the same file: one that is just being written is not complained about.
 	void FReleaseFollower::Poll()
 	{
 		// A download is not disturbed; what has changed meanwhile is seen when it has ended.
@@ -165,6 +171,7 @@ namespace Velmora
 		FUpdateGateControl::SetState(State, Release.Message, Release.Version);
 	}
 
+	// The copy runs on another thread and is asked how far it is; it holds what it needs and may outlive this object.
 	void FReleaseFollower::StartDownload()
 	{
 		if (Copy)
@@ -202,6 +209,8 @@ namespace Velmora
 			});
 	}
 
+	// 1. While it runs, no further than the time that it is meant to take at least. 2. A record of what was taken. 3. The end, or
+	// the offer again with the reason.
 	void FReleaseFollower::TickDownload()
 	{
 		const bool bEnded = Copy->bEnded;

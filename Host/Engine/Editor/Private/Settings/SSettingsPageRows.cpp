@@ -28,6 +28,7 @@ namespace
 	}
 }
 
+// A heading goes when the search leaves none of its rows.
 TSharedRef<SWidget> SSettingsPage::MakeGroupHeading(const FString& Group)
 {
 	const auto GetHeadingVisibility = [this, Group]()
@@ -49,6 +50,7 @@ TSharedRef<SWidget> SSettingsPage::MakeGroupHeading(const FString& Group)
 	// clang-format on
 }
 
+// Rows are hidden and not built anew while one searches: what was typed in one stays, and so does the keyboard.
 TSharedRef<SWidget> SSettingsPage::MakeRow(const TSharedRef<FRow>& Row, bool bOdd)
 {
 	const bool bTall = HasManyLines(Row->Property);
@@ -113,6 +115,7 @@ TSharedRef<SWidget> SSettingsPage::MakeEditor(const TSharedRef<FRow>& Row)
 	return MakeTextEditor(Row);
 }
 
+// Saved with every key. A text is set only when it differs, or the caret would jump at each refresh.
 TSharedRef<SWidget> SSettingsPage::MakeTextEditor(const TSharedRef<FRow>& Row)
 {
 	// Handlers point at the page and hold the row: the page owns the editors.
@@ -208,6 +211,7 @@ TSharedRef<SWidget> SSettingsPage::MakeCheckBox(const TSharedRef<FRow>& Row)
 	// clang-format on
 }
 
+// The value is the place in the list of names. One that no name stands for shows nothing and is not changed.
 TSharedRef<SWidget> SSettingsPage::MakeChoice(const TSharedRef<FRow>& Row)
 {
 	using SChoiceBox = SComboBox<TSharedPtr<int32>>;

@@ -91,6 +91,7 @@ bool FJsonSerializer::Deserialize(FHostJsonReader& Reader, TSharedPtr<FJsonValue
 	return OutValue.IsValid();
 }
 
+// A whole text of another kind is an error with words, and leaves nothing of an earlier value.
 bool FJsonSerializer::Deserialize(FHostJsonReader& Reader, TSharedPtr<FJsonObject>& OutObject)
 {
 	OutObject.Reset();

@@ -3,6 +3,8 @@
 #include "Host/SDockArea.h"
 #include "Widgets/Docking/SDockTab.h"
 
+// Which kinds of tabs can be made, and which tabs there are. The manager owns live tabs; a dock area only shows them, so tabs
+// outlive the area that is exchanged, and a tab can be there before any area is.
 FTabSpawnerEntry::FTabSpawnerEntry(const FName& InTabType, const FOnSpawnTab& InSpawnTab, const FCanSpawnTab& InCanSpawnTab)
 	: FWorkspaceItem(FText::FromName(InTabType), FText::GetEmpty(), FSlateIcon())
 	, TabType(InTabType)
@@ -46,6 +48,7 @@ const TSharedRef<FGlobalTabmanager>& FGlobalTabmanager::Get()
 	return Instance;
 }
 
+// A module that is loaded again takes the place of its own earlier entry.
 FTabSpawnerEntry& FGlobalTabmanager::RegisterNomadTabSpawner(
 	const FName TabId, const FOnSpawnTab& OnSpawnTab, const FCanSpawnTab& CanSpawnTab)
 {
@@ -98,6 +101,7 @@ TSharedPtr<SDockTab> FGlobalTabmanager::FindExistingLiveTab(const FTabId& TabId)
 	return nullptr;
 }
 
+// 1. There is one of each kind at most. 2. Whether one can be made now. 3. The new one, with what its spawner says of it.
 TSharedPtr<SDockTab> FGlobalTabmanager::TryInvokeTab(const FTabId& TabId, bool bInvokeAsInactive)
 {
 	if (const TSharedPtr<SDockTab> Live = FindExistingLiveTab(TabId))

@@ -110,6 +110,7 @@ const FSlateBrush* SMenuRow::GetMark() const
 	return Item->Icon.IsSet() ? Item->Icon.GetIcon() : FAppStyle::GetNoBrush();
 }
 
+// A row that cannot be picked takes the highlight away from the others without taking it itself.
 void SMenuRow::OnMouseEnter(const FGeometry& MyGeometry, const FPointerEvent& MouseEvent)
 {
 	SCompoundWidget::OnMouseEnter(MyGeometry, MouseEvent);
@@ -139,6 +140,8 @@ FReply SMenuRow::OnMouseMove(const FGeometry& MyGeometry, const FPointerEvent& M
 	return FReply::Handled();
 }
 
+// A submenu opens at the press. An entry is picked at the release, so that one press can open a menu, go to an entry and
+// pick it.
 FReply SMenuRow::OnMouseButtonDown(const FGeometry& MyGeometry, const FPointerEvent& MouseEvent)
 {
 	const TSharedPtr<SMenu> Owner = Menu.Pin();

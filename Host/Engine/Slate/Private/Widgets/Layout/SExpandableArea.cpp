@@ -8,6 +8,9 @@
 #include "Widgets/SBoxPanel.h"
 #include "Widgets/Text/STextBlock.h"
 
+// A header that folds its body away. The body is built at once and collapsed, so that it costs no layout and keeps what the
+// user has done in it.
+
 namespace
 {
 	constexpr double AreaArrowSize = 16.0;
@@ -56,6 +59,7 @@ void SExpandableArea::Construct(const FArguments& InArgs)
 	// clang-format on
 }
 
+// A header is one button over its whole width: the arrow alone would be a small thing to hit.
 TSharedRef<SWidget> SExpandableArea::MakeHeader(const FArguments& InArgs)
 {
 	TSharedRef<SWidget> Content = InArgs._HeaderContent.Widget;
@@ -120,6 +124,7 @@ TSharedRef<SWidget> SExpandableArea::MakeBody(const FArguments& InArgs)
 	// clang-format on
 }
 
+// The handler comes last, when everything stands as it will be.
 void SExpandableArea::SetExpanded(bool bExpanded)
 {
 	if (bAreaExpanded == bExpanded)
