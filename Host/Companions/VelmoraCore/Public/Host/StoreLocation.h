@@ -17,6 +17,9 @@ namespace Velmora
 		/** One database of conversations per project. */
 		FString GetDatabasePath() const { return Folder + TEXT("/") + ProjectName + TEXT(".db"); }
 
+		/** What the search knows of the conversations; made anew when it is missing. */
+		FString GetSearchPath() const { return Folder + TEXT("/") + ProjectName + TEXT(".search.db"); }
+
 		/** Former contents of files that the agent has changed. */
 		FString GetUndoFolder() const { return Folder + TEXT("/") + ProjectName + TEXT(".undo"); }
 
