@@ -15,6 +15,7 @@
 #include "Misc/MessageDialog.h"
 #include "Misc/Paths.h"
 #include "SAgentActivity.h"
+#include "SConversations.h"
 #include "SOutputLog.h"
 #include "Styling/AppStyle.h"
 #include "Widgets/SBoxPanel.h"
@@ -96,6 +97,7 @@ void SEditorFrame::Construct(const FArguments& InArgs, const TSharedRef<FOutputL
 	MapCommands();
 	RegisterLogTab();
 	RegisterActivityTab();
+	RegisterConversationsTab();
 	// clang-format off
 	ChildSlot
 	[
@@ -133,6 +135,7 @@ void SEditorFrame::Construct(const FArguments& InArgs, const TSharedRef<FOutputL
 
 SEditorFrame::~SEditorFrame()
 {
+	FGlobalTabmanager::Get()->UnregisterNomadTabSpawner(GetConversationsTabName());
 	FGlobalTabmanager::Get()->UnregisterNomadTabSpawner(GetActivityTabName());
 	FGlobalTabmanager::Get()->UnregisterNomadTabSpawner(GetLogTabName());
 	FEditorFrameCommands::Unregister();
@@ -247,6 +250,18 @@ void SEditorFrame::RegisterActivityTab()
 		.SetTooltipText(LOCTEXT("ActivityTabTooltip", "Show what goes to a model and what comes back"))
 		.SetGroup(WorkspaceMenu::GetMenuStructure().GetDeveloperToolsLogCategory())
 		.SetIcon(GetFrameIcon(TEXT("Icons.Info")));
+}
+
+void SEditorFrame::RegisterConversationsTab()
+{
+	FGlobalTabmanager::Get()
+		->RegisterNomadTabSpawner(GetConversationsTabName(),
+			FOnSpawnTab::CreateLambda(
+				[](const FSpawnTabArgs&) { return SNew(SDockTab).TabRole(ETabRole::NomadTab)[SNew(SConversations)]; }))
+		.SetDisplayName(LOCTEXT("ConversationsTab", "Conversations"))
+		.SetTooltipText(LOCTEXT("ConversationsTabTooltip", "All conversations of this project: search, open, rename, pin, export, delete"))
+		.SetGroup(WorkspaceMenu::GetMenuStructure().GetToolsCategory())
+		.SetIcon(GetFrameIcon(TEXT("Icons.Search")));
 }
 
 FText SEditorFrame::GetTurnText() const

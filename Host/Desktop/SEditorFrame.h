@@ -25,6 +25,7 @@ public:
 
 	static FName GetLogTabName() { return FName(TEXT("OutputLog")); }
 	static FName GetActivityTabName() { return FName(TEXT("AgentActivity")); }
+	static FName GetConversationsTabName() { return FName(TEXT("Conversations")); }
 	const TSharedRef<SDockArea>& GetDockArea() const { return DockArea; }
 
 	virtual FReply OnKeyDown(const FGeometry& MyGeometry, const FKeyEvent& InKeyEvent) override;
@@ -38,6 +39,7 @@ private:
 	TSharedRef<SWidget> MakeMenuBar();
 	void RegisterLogTab();
 	void RegisterActivityTab();
+	void RegisterConversationsTab();
 	FText GetTurnText() const;
 	void BuildFileMenu(FMenuBuilder& Builder);
 	void BuildEditMenu(FMenuBuilder& Builder);

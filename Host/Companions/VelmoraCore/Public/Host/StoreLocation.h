@@ -20,6 +20,9 @@ namespace Velmora
 		/** What the search knows of the conversations; made anew when it is missing. */
 		FString GetSearchPath() const { return Folder + TEXT("/") + ProjectName + TEXT(".search.db"); }
 
+		/** Names and pins that the user has given to conversations. */
+		FString GetMarksPath() const { return Folder + TEXT("/") + ProjectName + TEXT(".names"); }
+
 		/** Former contents of files that the agent has changed. */
 		FString GetUndoFolder() const { return Folder + TEXT("/") + ProjectName + TEXT(".undo"); }
 

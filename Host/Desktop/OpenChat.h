@@ -1,0 +1,27 @@
+#pragma once
+
+#include "CoreMinimal.h"
+#include "Templates/SharedPointer.h"
+
+class FChatViewModel;
+class SWidget;
+
+/** The chat's tab as the frame's other parts reach it. Game thread. */
+class FOpenChat
+{
+public:
+	/**
+	 * What the open tab shows; null without one. The tab gives it to others for reading: commands of the frame do what the user could
+	 * do in the tab by hand, so they go the same way.
+	 */
+	static TSharedPtr<FChatViewModel> GetViewModel();
+
+	/** Opens the tab or brings it to the front. Null when it cannot be opened. */
+	static TSharedPtr<FChatViewModel> Show();
+
+	/** Content of the open tab; null without one. */
+	static TSharedPtr<SWidget> GetContent();
+
+	/** The tab stands in front. */
+	static bool IsInFront();
+};
