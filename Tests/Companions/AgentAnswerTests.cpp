@@ -37,7 +37,7 @@ namespace
 
 		std::string LinkTo(const std::string& Path, int AtLine) const
 		{
-			return "[" + Path + ":" + std::to_string(AtLine) + "](file://" + Project.PathOf(Path) + ")";
+			return "[" + Path + ":" + std::to_string(AtLine) + "](file:" + Project.PathOf(Path) + "#L" + std::to_string(AtLine) + ")";
 		}
 
 		std::string Symbol;

@@ -44,7 +44,7 @@ namespace
 
 		std::string LinkTo(const std::string& Path, int Line) const
 		{
-			return "[" + Path + ":" + std::to_string(Line) + "](file://" + Project.PathOf(Path) + ")";
+			return "[" + Path + ":" + std::to_string(Line) + "](file:" + Project.PathOf(Path) + "#L" + std::to_string(Line) + ")";
 		}
 
 		std::string Class;

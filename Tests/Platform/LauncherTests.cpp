@@ -2,6 +2,7 @@
 #include "Host/HostServices.h"
 #include "Host/HostTasks.h"
 #include "Host/Platform.h"
+#include "Open/EditorLine.h"
 #include "Support/Base/Printers.h"
 #include "Support/Base/TempFolder.h"
 
@@ -204,6 +205,55 @@ TEST_F(Launcher, SourcesOpenInTheEditorOfTheUser)
 	Answer = EAppReturnType::Yes;
 	EXPECT_TRUE(OpenSource(Project.At(TEXT("tool $(x).py")), Error));
 	EXPECT_EQ(Opener.WaitForArguments(), File);
+}
+
+TEST_F(Launcher, ALinkWithALineOpensTheEditorThere)
+{
+	FHostPlatform::InstallLauncher(false);
+	const FTempFolder Project;
+	Project.Write("a b.cpp", "");
+	const std::string File = Project.AtBytes("a b.cpp");
+	const FString Link = FString(TEXT("file:")) + Project.At(TEXT("a b.cpp")) + TEXT("#L67");
+	{
+		// Named as an editor that knows a way to say it.
+		const FFakeOpener Opener(0);
+		std::filesystem::rename(Opener.Folder.AtBytes("xdg-open"), Opener.Folder.AtBytes("codium"));
+		const FEditorVariables Variables("codium --wait", nullptr);
+		FPlatformProcess::LaunchURL(*Link, nullptr, &Error);
+		EXPECT_EQ(Opener.WaitForArguments(), "<--wait>\n<--goto>\n<" + File + ":67>\n");
+	}
+	const FEditorVariables NoVariables(nullptr, nullptr);
+	const FFakeOpener Opener(0);
+	FPlatformProcess::LaunchURL(*Link, nullptr, &Error);
+	EXPECT_EQ(Opener.WaitForArguments(), "<" + File + ">\n") << "the desktop's program knows of no lines";
+	EXPECT_EQ(Utf8(Error), "");
+	FPlatformProcess::LaunchURL(TEXT("file:/nowhere/at/all.cpp#L1"), nullptr, &Error);
+	EXPECT_TRUE(Utf8(Error).find("does not exist") != std::string::npos) << Utf8(Error);
+}
+
+TEST(EditorLine, IsSaidAsEachEditorWantsIt)
+{
+	const struct
+	{
+		std::vector<std::string> Command;
+		int Line;
+		std::vector<std::string> Whole;
+	} Rows[] = {
+		{ { "/usr/bin/vim", "-R" }, 7, { "/usr/bin/vim", "-R", "+7", "/p/a.cpp" } },
+		{ { "code", "-n" }, 7, { "code", "-n", "--goto", "/p/a.cpp:7" } },
+		{ { "subl" }, 7, { "subl", "/p/a.cpp:7" } },
+		{ { "kate" }, 7, { "kate", "--line=7", "/p/a.cpp" } },
+		{ { "scite" }, 7, { "scite", "-open:/p/a.cpp", "-goto:7" } },
+		{ { "vim" }, 0, { "vim", "/p/a.cpp" } },
+		{ { "my-editor" }, 7, { "my-editor", "/p/a.cpp" } },
+		{ { "notvim" }, 7, { "notvim", "/p/a.cpp" } },
+	};
+	for (const auto& Row : Rows)
+	{
+		std::vector<std::string> Command = Row.Command;
+		EditorLine::Append(Command, "/p/a.cpp", Row.Line);
+		EXPECT_EQ(Command, Row.Whole);
+	}
 }
 
 TEST_F(Launcher, AnEditorThatCannotStartIsToldInWords)

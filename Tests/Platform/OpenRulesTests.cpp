@@ -104,3 +104,32 @@ TEST(OpenRules, WhatHidesIsSpelledOut)
 {
 	EXPECT_EQ(Utf8(OpenRules::MakeReadable(TEXT("a\u202Etxt.exe\u200B \u00E4"))), "a\\u202Etxt.exe\\u200B \u00E4");
 }
+
+TEST(OpenRules, SourceLinks)
+{
+	const struct
+	{
+		const TCHAR* Target;
+		const char* Path;
+		int32 Line;
+	} Rows[] = {
+		{ TEXT("file:/p/a b.cpp#L67"), "/p/a b.cpp", 67 },
+		{ TEXT("file:/p/a#L2.cpp#L9"), "/p/a#L2.cpp", 9 },
+		{ TEXT("file:///p/a.cpp#L67"), "", 0 },
+		{ TEXT("file:/p/a.cpp"), "", 0 },
+		{ TEXT("file:/p/a.cpp#L"), "", 0 },
+		{ TEXT("file:/p/a.cpp#L6x"), "", 0 },
+		{ TEXT("file:/p/a.cpp#L99999999999"), "", 0 },
+		{ TEXT("file:a.cpp#L6"), "", 0 },
+		{ TEXT("http:/p/a.cpp#L6"), "", 0 },
+		{ TEXT("file:#L6"), "", 0 },
+	};
+	for (const auto& Row : Rows)
+	{
+		FString Path;
+		int32 Line = 0;
+		EXPECT_EQ(OpenRules::ReadSourceLink(Row.Target, Path, Line), Row.Line > 0) << Utf8(FString(Row.Target));
+		EXPECT_EQ(Utf8(Path), Row.Path);
+		EXPECT_EQ(Line, Row.Line);
+	}
+}

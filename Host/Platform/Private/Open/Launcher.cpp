@@ -5,6 +5,7 @@
 #include "Misc/MessageDialog.h"
 #include "Misc/Paths.h"
 #include "Open/EditorCommand.h"
+#include "Open/EditorLine.h"
 #include "PlatformState.h"
 
 #include <cerrno>
@@ -126,8 +127,14 @@ void FLauncher::Install(bool bStartNothing)
 }
 
 // 1. Judge. 2. Refuse, or ask. 3. Start, and report what went wrong.
-bool FLauncher::Launch(const FHostLaunchRequest& Request, bool bStartNothing, FString& OutError)
+bool FLauncher::Launch(const FHostLaunchRequest& Given, bool bStartNothing, FString& OutError)
 {
+	FHostLaunchRequest Request = Given;
+	int32 Line = 0;
+	if (Given.Kind == FHostLaunchRequest::EKind::Url && OpenRules::ReadSourceLink(Given.Target, Request.Target, Line))
+	{
+		Request.Kind = FHostLaunchRequest::EKind::Source;
+	}
 	FString Target = Request.Target;
 	const FEditorCommand Editor = Request.Kind == FHostLaunchRequest::EKind::Source ? FEditorCommand::ReadEnvironment() : FEditorCommand();
 	FOpenDecision Decision =
@@ -150,10 +157,11 @@ bool FLauncher::Launch(const FHostLaunchRequest& Request, bool bStartNothing, FS
 	PlatformState::RecordTarget(Target);
 	if (bStartNothing)
 	{
-		std::fprintf(stderr, "Would open: %s\n", TCHAR_TO_UTF8(*OpenRules::MakeReadable(Target)));
+		const FString Place = Line > 0 ? FString::Printf(TEXT("%s:%d"), *Target, Line) : Target;
+		std::fprintf(stderr, "Would open: %s\n", TCHAR_TO_UTF8(*OpenRules::MakeReadable(Place)));
 		return true;
 	}
-	if (!Start(Target, Editor, OutError))
+	if (!Start(Target, Line, Editor, OutError))
 	{
 		PlatformState::ReportProblem(OutError);
 		return false;
@@ -196,14 +204,14 @@ bool FLauncher::AskUser(const FHostLaunchRequest& Request, const FString& Target
 
 // 1. The command: the user's editor for a place in a source, else the desktop's opener. 2. No terminal, no descriptors,
 // plain signals. 3. The process, and words for each way in which it can fail.
-bool FLauncher::Start(const FString& Target, const FEditorCommand& Editor, FString& OutError)
+bool FLauncher::Start(const FString& Target, int32 Line, const FEditorCommand& Editor, FString& OutError)
 {
 	std::vector<std::string> Words = Editor.Words;
 	if (Words.empty())
 	{
 		Words.push_back("xdg-open");
 	}
-	Words.push_back(HostFileNameToBytes(Target));
+	EditorLine::Append(Words, HostFileNameToBytes(Target), Line);
 	std::vector<char*> Arguments;
 	for (std::string& Word : Words)
 	{

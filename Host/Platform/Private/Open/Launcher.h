@@ -18,6 +18,6 @@ private:
 	static bool AskUser(const FHostLaunchRequest& Request, const FString& Target, const FString& Reason);
 	/** Checks what the disk and the rules say about a file, and makes its path full. */
 	static FOpenDecision JudgeFile(const FHostLaunchRequest& Request, const FEditorCommand& Editor, FString& OutFullPath);
-	/** Runs the editor, or without one the desktop's opener, with the target as one argument more. */
-	static bool Start(const FString& Target, const FEditorCommand& Editor, FString& OutError);
+	/** Runs the editor, at the line where that can be said, or without one the desktop's opener. */
+	static bool Start(const FString& Target, int32 Line, const FEditorCommand& Editor, FString& OutError);
 };

@@ -159,6 +159,32 @@ namespace OpenRules
 		return Decision;
 	}
 
+	bool ReadSourceLink(const FString& Target, FString& OutPath, int32& OutLine)
+	{
+		constexpr int32 SchemeLength = 5;
+		constexpr int32 MaxDigits = 7;
+		const int32 Mark = Target.Find(TEXT("#L"), ESearchCase::CaseSensitive, ESearchDir::FromEnd);
+		const int32 Digits = Target.Len() - Mark - 2;
+		// Two slashes would be a host's name.
+		if (!Target.StartsWith(TEXT("file:/")) || Target.StartsWith(TEXT("file://")) || Mark < SchemeLength || Digits < 1 ||
+			Digits > MaxDigits)
+		{
+			return false;
+		}
+		int32 Line = 0;
+		for (int32 Index = Mark + 2; Index < Target.Len(); ++Index)
+		{
+			if (Target[Index] < TEXT('0') || Target[Index] > TEXT('9'))
+			{
+				return false;
+			}
+			Line = Line * 10 + (Target[Index] - TEXT('0'));
+		}
+		OutPath = Target.Mid(SchemeLength, Mark - SchemeLength);
+		OutLine = Line;
+		return true;
+	}
+
 	// What the user confirms must be what is opened: signs that hide or turn text around are written out.
 	FString MakeReadable(const FString& Target)
 	{

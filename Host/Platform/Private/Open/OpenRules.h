@@ -35,6 +35,12 @@ namespace OpenRules
 {
 	FOpenDecision JudgeUrl(const FString& Target);
 	FOpenDecision JudgeFile(const FString& Path, const FOpenFileFacts& Facts);
+	/**
+	 * Reads an address such as "file:/project/a.cpp#L67", which names a line of a source; it is for the user's editor.
+	 *
+	 * @return False for every other address; nothing is changed then.
+	 */
+	bool ReadSourceLink(const FString& Target, FString& OutPath, int32& OutLine);
 	/** The target as a user should see it: characters that would not show, or would turn the text around, are spelled out. */
 	FString MakeReadable(const FString& Target);
 }

@@ -105,7 +105,9 @@ namespace Velmora::AnswerMarkdown
 		{
 			return FileName(Name + Suffix, 160);
 		}
-		return '[' + Name + Suffix + "](file://" + Path.Absolute + ')';
+		// The front end opens "file://" as a file and hands everything else on; so the line gets to who knows the user's editor.
+		const std::string Target = Line > 0 ? "file:" + Path.Absolute + "#L" + std::to_string(Line) : "file://" + Path.Absolute;
+		return '[' + Name + Suffix + "](" + Target + ')';
 	}
 
 	std::string FileList(const std::vector<FProjectPath>& Paths, size_t MaxItems)
