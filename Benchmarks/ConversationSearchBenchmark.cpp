@@ -43,7 +43,8 @@ namespace
 	private:
 		static void AppendWord(FString& Text, int32 Number)
 		{
-			const TCHAR* const Syllables[] = { TEXT("ta"), TEXT("ro"), TEXT("mi"), TEXT("ne"), TEXT("lu"), TEXT("ser"), TEXT("con"), TEXT("par") };
+			const TCHAR* const Syllables[] = { TEXT("ta"), TEXT("ro"), TEXT("mi"), TEXT("ne"), TEXT("lu"), TEXT("ser"), TEXT("con"),
+				TEXT("par") };
 			for (uint32 Rest = static_cast<uint32>(Number) * 2654435761u >> 11; Rest > 0; Rest >>= 4)
 			{
 				Text += Syllables[Rest & 7];

@@ -27,6 +27,7 @@
 #include "Host/ProjectFolder.h"
 #include "Host/StoreLocation.h"
 #include "Host/UpdateGateControl.h"
+#include "KeyBindings.h"
 #include "Misc/Paths.h"
 #include "Modules/ModuleManager.h"
 #include "PluginDescription.h"
@@ -34,10 +35,12 @@
 #include "PromptBox.h"
 #include "QuestionToasts.h"
 #include "SEditorFrame.h"
+#include "SKeysPage.h"
 #include "Settings/VelmoraSettings.h"
 #include "SimulatedTime.h"
 #include "UObject/UObjectGlobals.h"
 #include "Widgets/SVelmoraTab.h"
+#include "WindowZoom.h"
 
 namespace
 {
@@ -98,6 +101,10 @@ FString FDesktopSession::Start(TFunction<void()> InOnFrame)
 	SetAgentOptions();
 	OpenTab();
 	KeepDraft();
+	if (HasUser())
+	{
+		Frame->GetFirstSteps().ShowOnce(FPaths::EngineSavedDir() / TEXT("Velmora/Welcome.txt"));
+	}
 	return FString();
 }
 
@@ -159,7 +166,22 @@ TSharedPtr<IHostWindow> FDesktopSession::OpenWindow()
 		}
 	}
 	// The same program, painted into memory.
-	return Window ? Window : FHostPlatform::CreateHeadlessWindow(Options.Size, Scale).ToSharedPtr();
+	Window = Window ? Window : FHostPlatform::CreateHeadlessWindow(Options.Size, Scale).ToSharedPtr();
+	LoadUserView();
+	return FWindowZoom::Wrap(Window.ToSharedRef());
+}
+
+bool FDesktopSession::HasUser() const
+{
+	return Options.bDraft || (bHasDisplay && !Options.HasAction());
+}
+
+void FDesktopSession::LoadUserView() const
+{
+	// Runs without a user are the same for every user.
+	const FString Folder = FPaths::EngineSavedDir() / TEXT("Velmora");
+	FKeyBindings::Load(HasUser() ? Folder / TEXT("Keys.txt") : FString());
+	FWindowZoom::Load(HasUser() ? Folder / TEXT("Zoom.txt") : FString());
 }
 
 void FDesktopSession::SetUpWindow()
@@ -248,7 +270,13 @@ FString FDesktopSession::LoadModule()
 	Host->AtEnd([] { FModuleManager::Get().UnloadModulesAtShutdown(); });
 	// Behind the pages of the module, whose own comes first.
 	AgentPages = MakeUnique<FAgentPages>();
-	Host->AtEnd([this] { AgentPages.Reset(); });
+	KeysPage = MakeUnique<FKeysPage>();
+	Host->AtEnd(
+		[this]
+		{
+			KeysPage.Reset();
+			AgentPages.Reset();
+		});
 	FAgentChoice::ShowTitle();
 	// The program shows code as it was written; in the editor that is for the user to switch on.
 	if (IConsoleVariable* KeepLayout = IConsoleManager::Get().FindConsoleVariable(TEXT("velmora.Code.KeepLayout")))
@@ -309,7 +337,7 @@ void FDesktopSession::OpenTab()
 
 void FDesktopSession::KeepDraft()
 {
-	if (Options.bDraft || (bHasDisplay && !Options.HasAction()))
+	if (HasUser())
 	{
 		Draft = MakeUnique<FDraftKeeper>(Velmora::GetStoreLocation().GetDraftPath());
 		// The box must still be there: what stands in it is written once more.

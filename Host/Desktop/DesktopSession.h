@@ -6,6 +6,7 @@
 #include "PluginDescriptor.h"
 
 class FAgentPages;
+class FKeysPage;
 class FDraftKeeper;
 class FHostIniStore;
 class FOutputLog;
@@ -34,6 +35,10 @@ private:
 	/** Settings, and the release file that says whether this version may be used. */
 	void SetUpSettings();
 	TSharedPtr<IHostWindow> OpenWindow();
+	/** Somebody works in the window, or the run is to be as if. */
+	bool HasUser() const;
+	/** Keys and zoom as the user left them. */
+	void LoadUserView() const;
 	void SetUpWindow();
 	void SetUpEditor();
 	void SetUpFrame();
@@ -56,6 +61,7 @@ private:
 	TSharedPtr<FHostIniStore> Settings;
 	TSharedPtr<SEditorFrame> Frame;
 	TUniquePtr<FAgentPages> AgentPages;
+	TUniquePtr<FKeysPage> KeysPage;
 	/** Null in runs without a user, who would find a prompt that was not theirs. */
 	TUniquePtr<FDraftKeeper> Draft;
 	/** Last: what ends with it uses the others. */

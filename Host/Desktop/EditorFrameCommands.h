@@ -2,7 +2,10 @@
 
 #include "Framework/Commands/Commands.h"
 
-/** The commands of the program's own menus. */
+/**
+ * The table of all commands of the program's own menus, with the keys that they have now. When a key was changed they are registered
+ * anew.
+ */
 class FEditorFrameCommands : public TCommands<FEditorFrameCommands>
 {
 public:
@@ -10,6 +13,8 @@ public:
 
 	virtual void RegisterCommands() override;
 
+	TSharedPtr<FUICommandInfo> NewConversation;
+	TSharedPtr<FUICommandInfo> Conversations;
 	TSharedPtr<FUICommandInfo> Exit;
 	TSharedPtr<FUICommandInfo> Undo;
 	TSharedPtr<FUICommandInfo> Redo;
@@ -17,6 +22,18 @@ public:
 	TSharedPtr<FUICommandInfo> Copy;
 	TSharedPtr<FUICommandInfo> Paste;
 	TSharedPtr<FUICommandInfo> SelectAll;
+	TSharedPtr<FUICommandInfo> Find;
+	TSharedPtr<FUICommandInfo> FindNext;
+	TSharedPtr<FUICommandInfo> FindPrevious;
+	TSharedPtr<FUICommandInfo> FocusPrompt;
+	TSharedPtr<FUICommandInfo> RecallPrompt;
+	TSharedPtr<FUICommandInfo> CopyLastAnswer;
+	TSharedPtr<FUICommandInfo> Stop;
+	TSharedPtr<FUICommandInfo> Pause;
+	TSharedPtr<FUICommandInfo> Continue;
+	TSharedPtr<FUICommandInfo> ZoomIn;
+	TSharedPtr<FUICommandInfo> ZoomOut;
+	TSharedPtr<FUICommandInfo> ZoomReset;
 	TSharedPtr<FUICommandInfo> CloseTab;
 	TSharedPtr<FUICommandInfo> OpenProjectFolder;
 	TSharedPtr<FUICommandInfo> RefreshFileIndex;
@@ -27,6 +44,15 @@ public:
 	TSharedPtr<FUICommandInfo> Permissions;
 	TSharedPtr<FUICommandInfo> SendAgain;
 	TSharedPtr<FUICommandInfo> EditLast;
+	TSharedPtr<FUICommandInfo> Keys;
+	TSharedPtr<FUICommandInfo> FirstSteps;
 	TSharedPtr<FUICommandInfo> UserGuide;
 	TSharedPtr<FUICommandInfo> About;
+
+private:
+	// One for each menu.
+	void RegisterFileCommands();
+	void RegisterEditCommands();
+	void RegisterAgentCommands();
+	void RegisterWindowCommands();
 };

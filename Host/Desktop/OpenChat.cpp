@@ -9,7 +9,32 @@ namespace
 {
 	TSharedPtr<SDockTab> FindTab()
 	{
-		return FGlobalTabmanager::Get()->FindExistingLiveTab(FTabId(SVelmoraTab::GetTabName()));
+		static const FName ChatType(TEXT("SVelmoraTab"));
+		const TSharedPtr<SDockTab> Tab = FGlobalTabmanager::Get()->FindExistingLiveTab(FTabId(SVelmoraTab::GetTabName()));
+		// One that is about to close has no content any more.
+		return Tab && Tab->GetContent()->GetType() == ChatType ? Tab : nullptr;
+	}
+
+	TSharedPtr<SWidget> FindBelow(SWidget& Widget, FName Tag)
+	{
+		static const FName MessageListType(TEXT("SMessageList"));
+		if (!Widget.GetVisibility().IsVisible() || Widget.GetType() == MessageListType)
+		{
+			return nullptr;
+		}
+		if (Widget.GetTag() == Tag)
+		{
+			return Widget.AsShared();
+		}
+		FChildren& Children = *Widget.GetChildren();
+		for (int32 Index = 0; Index < Children.Num(); ++Index)
+		{
+			if (const TSharedPtr<SWidget> Found = FindBelow(Children.GetChildRefAt(Index), Tag))
+			{
+				return Found;
+			}
+		}
+		return nullptr;
 	}
 }
 
@@ -30,6 +55,12 @@ TSharedPtr<SWidget> FOpenChat::GetContent()
 {
 	const TSharedPtr<SDockTab> Tab = FindTab();
 	return Tab ? TSharedPtr<SWidget>(Tab->GetContent()) : nullptr;
+}
+
+TSharedPtr<SWidget> FOpenChat::FindByTag(FName Tag)
+{
+	const TSharedPtr<SWidget> Content = GetContent();
+	return Content ? FindBelow(*Content, Tag) : nullptr;
 }
 
 bool FOpenChat::IsInFront()

@@ -22,6 +22,9 @@ public:
 	/** Content of the open tab; null without one. */
 	static TSharedPtr<SWidget> GetContent();
 
+	/** The first shown widget with that tag in the tab; messages are passed over, so that a long conversation costs nothing. */
+	static TSharedPtr<SWidget> FindByTag(FName Tag);
+
 	/** The tab stands in front. */
 	static bool IsInFront();
 };

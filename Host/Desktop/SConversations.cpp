@@ -39,7 +39,8 @@ namespace
 
 void SConversations::Construct(const FArguments& InArgs)
 {
-	const auto GetEmptyVisibility = [this]() { return Items.GetShown().Num() == 0 ? EVisibility::HitTestInvisible : EVisibility::Collapsed; };
+	const auto GetEmptyVisibility = [this]()
+	{ return Items.GetShown().Num() == 0 ? EVisibility::HitTestInvisible : EVisibility::Collapsed; };
 	// clang-format off
 	ChildSlot
 	[
@@ -239,8 +240,7 @@ TSharedRef<SWidget> SConversations::MakeButtons()
 	return Buttons;
 }
 
-TSharedRef<SWidget> SConversations::MakeButton(
-	const char* Tag, const FText& Label, const FText& ToolTip, void (SConversations::*Action)())
+TSharedRef<SWidget> SConversations::MakeButton(const char* Tag, const FText& Label, const FText& ToolTip, void (SConversations::*Action)())
 {
 	const auto GetLabel = [this, Label]() { return Label.IsEmpty() ? GetPinText() : Label; };
 	const auto OnClicked = [this, Action]()
@@ -357,7 +357,8 @@ FText SConversations::GetEmptyText() const
 	}
 	return Items.GetQuery().IsEmpty()
 		? LOCTEXT("NoConversations", "There are no conversations in this project yet. What you say to the agent is kept, and stands here.")
-		: FText::Format(LOCTEXT("NothingFound", "No message has words that begin with \u201c{0}\u201d."), FText::FromString(Items.GetQuery()));
+		: FText::Format(
+			  LOCTEXT("NothingFound", "No message has words that begin with \u201c{0}\u201d."), FText::FromString(Items.GetQuery()));
 }
 
 FText SConversations::GetUndoText() const

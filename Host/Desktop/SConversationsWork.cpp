@@ -61,7 +61,8 @@ namespace
 		IDesktopPlatform* const Desktop = FDesktopPlatformModule::Get();
 		const FString Folder = FPaths::Combine(FPaths::ProjectSavedDir(), TEXT("Velmora"));
 		const FString Name = FString::Printf(TEXT("conversation_%s"), *FDateTime::Now().ToString(TEXT("%Y%m%d_%H%M%S")));
-		const FString Types = TEXT("Markdown Files (*.md)|*.md|Plain Text (*.txt)|*.txt|HTML Files (*.html)|*.html|JSON Files (*.json)|*.json");
+		const FString Types =
+			TEXT("Markdown Files (*.md)|*.md|Plain Text (*.txt)|*.txt|HTML Files (*.html)|*.html|JSON Files (*.json)|*.json");
 		TArray<FString> Files;
 		const bool bIsChosen = Desktop && Desktop->SaveFileDialog(nullptr, TEXT("Export Conversation"), Folder, Name, Types, 0, Files);
 		return bIsChosen && Files.Num() > 0 ? Files[0] : FString();
@@ -277,8 +278,8 @@ void SConversations::Export()
 			}
 			// A failed save is reported by whoever writes files.
 			FFileHelper::SaveStringToFile(
-				FConversationExport::Export(MakeMessages(Conversation), FConversationExport::GetFormatOfFile(File), FDateTime::Now()), *File,
-				FFileHelper::EEncodingOptions::AutoDetect);
+				FConversationExport::Export(MakeMessages(Conversation), FConversationExport::GetFormatOfFile(File), FDateTime::Now()),
+				*File, FFileHelper::EEncodingOptions::AutoDetect);
 		});
 }
 
@@ -295,7 +296,8 @@ void SConversations::Delete()
 	{
 		if (ViewModel->IsBusy())
 		{
-			return FProblemToasts::Tell(TEXT("The agent is at work on this conversation. It can be deleted when the agent has finished or is stopped."));
+			return FProblemToasts::Tell(
+				TEXT("The agent is at work on this conversation. It can be deleted when the agent has finished or is stopped."));
 		}
 		ViewModel->StartNewConversation(ViewModel->GetMode());
 	}
@@ -415,11 +417,11 @@ FReply SConversations::OnKeyDown(const FGeometry& MyGeometry, const FKeyEvent& I
 	void (SConversations::*Action)() = nullptr;
 	if (bControl)
 	{
-		Action = Key == EKeys::F ? &SConversations::FocusSearch
+		Action = Key == EKeys::F					   ? &SConversations::FocusSearch
 			: Key == EKeys::Z && Deletions.GetLatest() ? &SConversations::UndoDelete
-			: Key == EKeys::P					 ? &SConversations::TogglePin
-			: Key == EKeys::E					 ? &SConversations::Export
-												 : nullptr;
+			: Key == EKeys::P						   ? &SConversations::TogglePin
+			: Key == EKeys::E						   ? &SConversations::Export
+													   : nullptr;
 	}
 	else if (!InKeyEvent.IsAltDown() && !InKeyEvent.IsShiftDown() && bInList)
 	{

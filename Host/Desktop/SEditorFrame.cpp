@@ -2,6 +2,7 @@
 
 #include "ActivityText.h"
 #include "AgentMenus.h"
+#include "ChatCommands.h"
 #include "EditorFrameCommands.h"
 #include "FileCache/ProjectFileCache.h"
 #include "Framework/Application/SlateApplication.h"
@@ -12,12 +13,15 @@
 #include "Host/HostTextWidget.h"
 #include "Host/SMenuBar.h"
 #include "Interfaces/IPluginManager.h"
+#include "KeyBindings.h"
 #include "Misc/MessageDialog.h"
 #include "Misc/Paths.h"
+#include "OpenChat.h"
 #include "SAgentActivity.h"
 #include "SConversations.h"
 #include "SOutputLog.h"
 #include "Styling/AppStyle.h"
+#include "Widgets/Layout/SBox.h"
 #include "Widgets/SBoxPanel.h"
 #include "Widgets/SOverlay.h"
 #include "Widgets/Text/STextBlock.h"
@@ -95,6 +99,7 @@ void SEditorFrame::Construct(const FArguments& InArgs, const TSharedRef<FOutputL
 	Log = InLog;
 	FEditorFrameCommands::Register();
 	MapCommands();
+	FKeyBindings::SetOnChanged(FSimpleDelegate::CreateSP(this, &SEditorFrame::RemapCommands));
 	RegisterLogTab();
 	RegisterActivityTab();
 	RegisterConversationsTab();
@@ -108,7 +113,10 @@ void SEditorFrame::Construct(const FArguments& InArgs, const TSharedRef<FOutputL
 			SNew(SOverlay)
 			+ SOverlay::Slot()
 			[
-				MakeMenuBar()
+				SAssignNew(MenuHolder, SBox)
+				[
+					MakeMenuBar()
+				]
 			]
 			// The room behind the last menu: nothing moves when a long turn begins to be told of.
 			+ SOverlay::Slot()
@@ -125,25 +133,62 @@ void SEditorFrame::Construct(const FArguments& InArgs, const TSharedRef<FOutputL
 			]
 		]
 		+ SVerticalBox::Slot()
+		.AutoHeight()
+		[
+			FirstSteps
+		]
+		+ SVerticalBox::Slot()
+		.AutoHeight()
+		[
+			FindStrip
+		]
+		+ SVerticalBox::Slot()
 		.FillHeight(1.0f)
 		[
-			DockArea
+			MakeDockRoom()
 		]
 	];
 	// clang-format on
 }
 
+TSharedRef<SWidget> SEditorFrame::MakeDockRoom()
+{
+	// clang-format off
+	return SNew(SOverlay)
+		+ SOverlay::Slot()
+		[
+			DockArea
+		]
+		+ SOverlay::Slot()
+		[
+			SNew(SFindMarks, Find)
+		];
+	// clang-format on
+}
+
 SEditorFrame::~SEditorFrame()
 {
+	FKeyBindings::SetOnChanged(FSimpleDelegate());
 	FGlobalTabmanager::Get()->UnregisterNomadTabSpawner(GetConversationsTabName());
 	FGlobalTabmanager::Get()->UnregisterNomadTabSpawner(GetActivityTabName());
 	FGlobalTabmanager::Get()->UnregisterNomadTabSpawner(GetLogTabName());
 	FEditorFrameCommands::Unregister();
 }
 
+void SEditorFrame::RemapCommands()
+{
+	// A list keeps what it was given, old keys included.
+	CommandList = MakeShared<FUICommandList>();
+	FEditorFrameCommands::Unregister();
+	FEditorFrameCommands::Register();
+	MapCommands();
+	MenuHolder->SetContent(MakeMenuBar());
+}
+
 void SEditorFrame::MapCommands()
 {
 	FAgentMenus::MapCommands(*CommandList);
+	FChatCommands::MapCommands(*CommandList, FindStrip);
 	const FEditorFrameCommands& Commands = FEditorFrameCommands::Get();
 	CommandList->MapAction(
 		Commands.Exit, FExecuteAction::CreateLambda([] { FSlateApplication::Get().GetMessageHandler().OnCloseRequested(); }));
@@ -171,6 +216,13 @@ void SEditorFrame::MapCommands()
 	CommandList->MapAction(Commands.RefreshFileIndex,
 		FExecuteAction::CreateLambda([] { Velmora::FProjectFileCache::Get().RefreshCache(); }),
 		FCanExecuteAction::CreateLambda([] { return !Velmora::FProjectFileCache::Get().IsIndexing(); }));
+	CommandList->MapAction(Commands.FirstSteps,
+		FExecuteAction::CreateSPLambda(this,
+			[this]
+			{
+				FOpenChat::Show();
+				FirstSteps->Open();
+			}));
 	CommandList->MapAction(Commands.UserGuide, FExecuteAction::CreateStatic(&OpenUserGuide));
 	CommandList->MapAction(Commands.About, FExecuteAction::CreateStatic(&ShowAbout));
 }
@@ -271,6 +323,7 @@ FText SEditorFrame::GetTurnText() const
 
 void SEditorFrame::BuildFileMenu(FMenuBuilder& Builder)
 {
+	FChatCommands::BuildFileSection(Builder);
 	Builder.BeginSection("FileProject");
 	Builder.AddMenuEntry(FEditorFrameCommands::Get().Exit);
 	Builder.EndSection();
@@ -289,6 +342,7 @@ void SEditorFrame::BuildEditMenu(FMenuBuilder& Builder)
 	Builder.AddMenuEntry(Commands.Paste, NAME_None, TAttribute<FText>(), TAttribute<FText>(), GetFrameIcon(TEXT("Icons.Paste")));
 	Builder.AddMenuEntry(Commands.SelectAll);
 	Builder.EndSection();
+	FChatCommands::BuildEditSection(Builder);
 	FAgentMenus::BuildEditSection(Builder);
 }
 
@@ -308,6 +362,7 @@ void SEditorFrame::BuildWindowMenu(FMenuBuilder& Builder)
 		}
 	}
 	Builder.EndSection();
+	FChatCommands::BuildViewSection(Builder);
 	Builder.BeginSection("WindowTabs");
 	Builder.AddMenuEntry(FEditorFrameCommands::Get().CloseTab);
 	Builder.EndSection();
@@ -317,6 +372,7 @@ void SEditorFrame::BuildToolsMenu(FMenuBuilder& Builder)
 {
 	const FEditorFrameCommands& Commands = FEditorFrameCommands::Get();
 	FAgentMenus::BuildToolsSection(Builder);
+	FChatCommands::BuildTurnSection(Builder);
 	Builder.BeginSection("Programming", LOCTEXT("ProgrammingSection", "Programming"));
 	Builder.AddMenuEntry(
 		Commands.OpenProjectFolder, NAME_None, TAttribute<FText>(), TAttribute<FText>(), GetFrameIcon(TEXT("Icons.FolderOpen")));
@@ -328,6 +384,7 @@ void SEditorFrame::BuildHelpMenu(FMenuBuilder& Builder)
 {
 	const FEditorFrameCommands& Commands = FEditorFrameCommands::Get();
 	Builder.BeginSection("HelpOnline");
+	Builder.AddMenuEntry(Commands.FirstSteps);
 	Builder.AddMenuEntry(Commands.UserGuide, NAME_None, TAttribute<FText>(), TAttribute<FText>(), GetFrameIcon(TEXT("Icons.Help")));
 	Builder.EndSection();
 	Builder.BeginSection("HelpApplication");
@@ -347,9 +404,42 @@ TSharedPtr<SHostTextWidget> SEditorFrame::GetEditedText() const
 	return MenuBar->GetOpenIndex() != INDEX_NONE ? TextBeforeMenu.Pin() : GetFocusedText();
 }
 
+namespace
+{
+	bool IsKeyOf(const FUICommandInfo& Command, const FKeyEvent& Event)
+	{
+		return Command.GetDefaultChord() ==
+			FInputChord(Event.GetKey(), Event.IsShiftDown(), Event.IsControlDown(), Event.IsAltDown(), Event.IsCommandDown());
+	}
+}
+
+// Text boxes take these two keys for themselves: the one copies nothing where nothing is selected, the other moves nothing in an empty
+// box.
+FReply SEditorFrame::OnPreviewKeyDown(const FGeometry& MyGeometry, const FKeyEvent& InKeyEvent)
+{
+	const FEditorFrameCommands& Commands = FEditorFrameCommands::Get();
+	const TSharedPtr<SHostTextWidget> Text = GetFocusedText();
+	if (FKeyBindings::IsCapturing() || FSlateApplication::Get().AnyMenusVisible() || !Text)
+	{
+		return FReply::Unhandled();
+	}
+	const bool bRecalls = IsKeyOf(*Commands.RecallPrompt, InKeyEvent) && Text->GetTag() == FName("InputTextBox");
+	const bool bCopies = IsKeyOf(*Commands.CopyLastAnswer, InKeyEvent) && !Text->AnyTextSelected();
+	const TSharedPtr<FUICommandInfo> Command = bRecalls ? Commands.RecallPrompt : bCopies ? Commands.CopyLastAnswer : nullptr;
+	return Command && CommandList->TryExecuteAction(Command.ToSharedRef()) ? FReply::Handled() : FReply::Unhandled();
+}
+
 FReply SEditorFrame::OnKeyDown(const FGeometry& MyGeometry, const FKeyEvent& InKeyEvent)
 {
-	return MenuBar->HandleKey(InKeyEvent) || CommandList->ProcessCommandBindings(InKeyEvent) ? FReply::Handled() : FReply::Unhandled();
+	if (MenuBar->HandleKey(InKeyEvent))
+	{
+		return FReply::Handled();
+	}
+	const FEditorFrameCommands& Commands = FEditorFrameCommands::Get();
+	// Up is for the empty box alone, which is asked above. What is open over the window closes before anything is stopped.
+	const bool bIsPassed =
+		IsKeyOf(*Commands.RecallPrompt, InKeyEvent) || (IsKeyOf(*Commands.Stop, InKeyEvent) && FSlateApplication::Get().AnyMenusVisible());
+	return !bIsPassed && CommandList->ProcessCommandBindings(InKeyEvent) ? FReply::Handled() : FReply::Unhandled();
 }
 
 #undef LOCTEXT_NAMESPACE

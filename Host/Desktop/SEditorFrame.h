@@ -3,10 +3,13 @@
 #include "Framework/Commands/UICommandList.h"
 #include "Host/SDockArea.h"
 #include "OutputLog.h"
+#include "SFindStrip.h"
+#include "SFirstSteps.h"
 #include "Widgets/SCompoundWidget.h"
 
 class FMenuBuilder;
 class FSpawnTabArgs;
+class SBox;
 class SHostTextWidget;
 class SMenuBar;
 
@@ -27,7 +30,9 @@ public:
 	static FName GetActivityTabName() { return FName(TEXT("AgentActivity")); }
 	static FName GetConversationsTabName() { return FName(TEXT("Conversations")); }
 	const TSharedRef<SDockArea>& GetDockArea() const { return DockArea; }
+	SFirstSteps& GetFirstSteps() { return *FirstSteps; }
 
+	virtual FReply OnPreviewKeyDown(const FGeometry& MyGeometry, const FKeyEvent& InKeyEvent) override;
 	virtual FReply OnKeyDown(const FGeometry& MyGeometry, const FKeyEvent& InKeyEvent) override;
 
 private:
@@ -35,6 +40,9 @@ private:
 	using FTextAction = void (SHostTextWidget::*)();
 
 	void MapCommands();
+	/** A key was changed. */
+	void RemapCommands();
+	TSharedRef<SWidget> MakeDockRoom();
 	void MapTextCommand(const TSharedPtr<FUICommandInfo>& Command, FTextAction Action, bool (*CanDo)(const SHostTextWidget&));
 	TSharedRef<SWidget> MakeMenuBar();
 	void RegisterLogTab();
@@ -53,6 +61,10 @@ private:
 	TSharedRef<FOutputLog> Log = MakeShared<FOutputLog>();
 	TSharedRef<SDockArea> DockArea = SNew(SDockArea);
 	TSharedRef<FUICommandList> CommandList = MakeShared<FUICommandList>();
+	TSharedRef<FConversationFind> Find = MakeShared<FConversationFind>();
+	TSharedRef<SFindStrip> FindStrip = SNew(SFindStrip, Find);
+	TSharedRef<SFirstSteps> FirstSteps = SNew(SFirstSteps);
 	TSharedPtr<SMenuBar> MenuBar;
+	TSharedPtr<SBox> MenuHolder;
 	TWeakPtr<SHostTextWidget> TextBeforeMenu;
 };

@@ -151,9 +151,13 @@ namespace
 		static bool IsOnScreen(const std::string& Part)
 		{
 			const FTextList Texts = VisibleTexts();
-			return std::any_of(Texts.begin(), Texts.end(), [&Part](const std::string& Text) { return Text.find(Part) != std::string::npos; });
+			return std::any_of(
+				Texts.begin(), Texts.end(), [&Part](const std::string& Text) { return Text.find(Part) != std::string::npos; });
 		}
-		static bool StatusIs(const std::string& Part) { return Utf8(FindByTag("ConversationsStatus")->GetDisplayedText()).find(Part) != std::string::npos; }
+		static bool StatusIs(const std::string& Part)
+		{
+			return Utf8(FindByTag("ConversationsStatus")->GetDisplayedText()).find(Part) != std::string::npos;
+		}
 		static size_t CountStored() { return static_cast<size_t>(FConversationItems::Read().Stored.Num()); }
 
 		FTempFolder Folder;
@@ -259,7 +263,7 @@ TEST(ConversationsInProgram, AreOpenedExportedAndDeletedByKeys)
 		"click New\nwait idle 30\ntype create two.md with \"second\"\nkey CTRL+ENTER\nwait idle 30\ntype a draft\n"
 		"click Window\nclick Conversations\nwait idle 30\ntype first\nwait idle 30\nkey DOWN\n"
 		"click #ExportConversation\nanswer file out.md\nwait idle 30\n"
-		"click #ConversationList\nkey DOWN\nkey ENTER\nwait idle 30\ndump opened.json\n"
+		"key CTRL+F\nkey DOWN\nkey ENTER\nwait idle 30\ndump opened.json\n"
 		"click Window\nclick Conversations\nwait idle 30\nkey DOWN\nkey DELETE\nwait idle 30\ndump deleted.json\n");
 	const FRun Run = RunProgram({ "--headless", "--project", Project.Folder.string(), "--script", Script }, "", Project.OutFolder.string(),
 		{ "XDG_DATA_HOME=" + Project.Path("data") });

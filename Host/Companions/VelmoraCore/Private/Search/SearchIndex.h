@@ -67,7 +67,8 @@ namespace Velmora
 		FOutcome AddDocument(int64 Key, int64 Checksum, std::string_view Content);
 
 		/** False when the message is no longer what the index has read. */
-		static bool ReadHit(FSqliteConnection& Store, int64 Key, int64 Checksum, const std::vector<FString>& Words, FConversationHit& OutHit);
+		static bool ReadHit(
+			FSqliteConnection& Store, int64 Key, int64 Checksum, const std::vector<FString>& Words, FConversationHit& OutHit);
 
 		const std::string StorePath;
 		const std::string IndexPath;

@@ -83,7 +83,8 @@ namespace Velmora
 			{
 				if (!Mark.Value.IsEmpty())
 				{
-					Text += Mark.Key + TEXT("\t") + (Mark.Value.bIsPinned ? PinnedWord : NamedWord) + TEXT("\t") + Mark.Value.Name + TEXT("\n");
+					Text +=
+						Mark.Key + TEXT("\t") + (Mark.Value.bIsPinned ? PinnedWord : NamedWord) + TEXT("\t") + Mark.Value.Name + TEXT("\n");
 				}
 			}
 			const std::string Bytes = Utf8Text::FromString(Text);

@@ -300,6 +300,12 @@ FReply SHostTextWidget::HandleEnter(const FKeyEvent& Event)
 // around.
 FReply SHostTextWidget::HandleEscape()
 {
+	// Ends a composition and nothing else.
+	if (GetView().HasPreedit())
+	{
+		EndPreedit();
+		return FReply::Handled();
+	}
 	if (!Setup.RevertTextOnEscape.Get() || !CanEdit() || GetEditor().GetDocument().Equals(State->TextAtFocus))
 	{
 		return FReply::Unhandled();

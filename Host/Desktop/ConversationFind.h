@@ -1,0 +1,73 @@
+#pragma once
+
+#include "FindText.h"
+#include "ShownTexts.h"
+
+class FSlateWindowElementList;
+class SScrollBox;
+
+/**
+ * Find in the open conversation. Looks through so many rows a frame that no frame waits for it, follows the conversation as it grows,
+ * and moves the list so that the hit that the user stands at is in view. Game thread.
+ */
+class FConversationFind
+{
+public:
+	/** More are not counted. */
+	static constexpr int32 MaxHits = 9999;
+
+	/** Looks anew, unless it is the same. The user stands at the first hit in view or below then. */
+	void SetQuery(const FFindQuery& InQuery);
+	/** To the next hit (1) or the one before (-1), around the ends. */
+	void Step(int32 Direction);
+
+	/** Once a frame, with what was painted last. True while there is more to do in the next frame. */
+	bool Update(double Now);
+	/** Frames the hits in view. Behind the painting of the conversation. */
+	void Paint(FSlateWindowElementList& Out) const;
+
+	int32 GetCount() const { return Count; }
+	/** From 1; zero for none. */
+	int32 GetCurrentNumber() const;
+	bool IsComplete() const { return bIsComplete; }
+
+private:
+	using FHit = TArray<FShownPlace>;
+	struct FRow
+	{
+		TWeakPtr<SWidget> Widget;
+		TArray<FHit> Hits;
+	};
+	struct FCursor
+	{
+		int32 Row = INDEX_NONE;
+		int32 Hit = INDEX_NONE;
+		bool IsSet() const { return Row != INDEX_NONE; }
+	};
+
+	TSharedPtr<SScrollBox> FindList();
+	/** Forgets the rows from there on. */
+	void ForgetRows(int32 First);
+	bool LookThrough(SScrollBox& Box);
+	TArray<FHit> LookInto(SWidget& Row) const;
+	/** Rows in view, whose tools may have come, gone, or been unfolded. */
+	void LookAgain(SScrollBox& Box);
+	void ChooseFirst(const SScrollBox& Box);
+	bool Move(FCursor& Cursor, int32 Direction) const;
+	/** Moves the list a step towards the current hit. */
+	void Reveal(SScrollBox& Box);
+	static TArray<int32> GetRowsInView(const SScrollBox& Box);
+	const FHit* GetCurrentHit() const;
+
+	FFindQuery Query;
+	TWeakPtr<SScrollBox> List;
+	TArray<FRow> Rows;
+	int32 Count = 0;
+	FCursor Current;
+	/** The row that was the first in view when the query was given. */
+	int32 AnchorRow = 0;
+	int32 RevealTries = 0;
+	double LastLookAgain = 0.0;
+	bool bIsComplete = true;
+	bool bWantsFirst = false;
+};

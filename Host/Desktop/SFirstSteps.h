@@ -1,0 +1,31 @@
+#pragma once
+
+#include "CoreMinimal.h"
+#include "Widgets/SCompoundWidget.h"
+
+/**
+ * The strip that greets at the first start: prompts to try, what the agent is, how a model is connected, where things are kept. It is
+ * shown once; the menu Help shows it again.
+ */
+class SFirstSteps : public SCompoundWidget
+{
+public:
+	SLATE_BEGIN_ARGS(SFirstSteps) {}
+	SLATE_END_ARGS()
+
+	void Construct(const FArguments& InArgs);
+
+	/** Shows the strip unless the file says that it was shown, and says so there. */
+	void ShowOnce(const FString& Path);
+	void Open();
+	void Close();
+	bool IsOpen() const { return bIsOpen; }
+
+	virtual FReply OnKeyDown(const FGeometry& MyGeometry, const FKeyEvent& InKeyEvent) override;
+
+private:
+	TSharedRef<SWidget> MakePrompts();
+	TSharedRef<SWidget> MakeButtons();
+
+	bool bIsOpen = false;
+};

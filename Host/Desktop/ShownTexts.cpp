@@ -1,0 +1,161 @@
+#include "ShownTexts.h"
+
+#include "FoundMarks.h"
+#include "Host/HostTextWidget.h"
+#include "Host/TextShaper.h"
+#include "Style/VelmoraUIStyles.h"
+#include "Styling/SlateTypes.h"
+#include "Widgets/Text/STextBlock.h"
+
+namespace
+{
+	const FName MarkdownType(TEXT("SMarkdownTextBlock"));
+	const FName ToolsType(TEXT("SToolExecutionContainer"));
+	const FName TextType(TEXT("STextBlock"));
+	const FName WrapBoxType(TEXT("SWrapBox"));
+	const FName HorizontalBoxType(TEXT("SHorizontalBox"));
+	const FName ScrollBoxType(TEXT("SScrollBox"));
+
+	/** A text that is higher than this many lines was wrapped. */
+	constexpr float WrappedLines = 1.5f;
+
+	/** Code stands in a column of lines in a scroll box, its pieces side by side. */
+	bool IsCodeLine(const SWidget& Widget)
+	{
+		const TSharedPtr<SWidget> Column = Widget.GetType() == HorizontalBoxType ? Widget.GetParentWidget() : nullptr;
+		const TSharedPtr<SWidget> Around = Column ? Column->GetParentWidget() : nullptr;
+		return Around && Around->GetType() == ScrollBoxType;
+	}
+
+	/** Shapes the text as the widget does: no widget says where its letters stand. */
+	void UpdateRects(const FShownPlace& Place, const SWidget& Widget)
+	{
+		const FVector2D Size = Widget.GetCachedGeometry().GetLocalSize();
+		const float Scale = Widget.GetCachedGeometry().GetAccumulatedScale();
+		if (Place.Size == Size && Place.Scale == Scale)
+		{
+			return;
+		}
+		Place.Size = Size;
+		Place.Scale = Scale;
+		Place.Rects.Reset();
+		const FSlateFontInfo Font = Widget.GetType() == TextType ? static_cast<const STextBlock&>(Widget).GetFont()
+																 : FVelmoraUIStyles::GetTextStyle("Velmora.Markdown.Code").Font;
+		const bool bWraps = static_cast<float>(Size.Y) * Scale > ITextShaper::Get().GetLineMetrics(Font, Scale).LineHeight * WrappedLines;
+		FoundMarks::AppendRects(Widget.GetDisplayedText().ToString(), Font, Scale, bWraps ? static_cast<float>(Size.X) * Scale : 0.0f,
+			Place.Place, Place.Rects);
+	}
+
+	class FCollector
+	{
+	public:
+		void Visit(SWidget& Widget, bool bIsText)
+		{
+			if (!Widget.GetVisibility().IsVisible())
+			{
+				return;
+			}
+			const FName Type = Widget.GetType();
+			const bool bIsRead = bIsText || Type == MarkdownType || Type == ToolsType;
+			if (bIsRead && AddText(Widget))
+			{
+				return;
+			}
+			const bool bBegins = bIsRead && !bIsJoining && (Type == WrapBoxType || IsCodeLine(Widget));
+			bIsJoining = bIsJoining || bBegins;
+			bHasOpenText = bHasOpenText && !bBegins;
+			FChildren& Children = *Widget.GetChildren();
+			for (int32 Index = 0; Index < Children.Num(); ++Index)
+			{
+				Visit(Children.GetChildRefAt(Index), bIsRead);
+			}
+			if (bBegins)
+			{
+				bIsJoining = false;
+				bHasOpenText = false;
+			}
+		}
+
+		TArray<FShownText> Texts;
+
+	private:
+		bool AddText(SWidget& Widget)
+		{
+			const FText Own = Widget.GetDisplayedText();
+			if (Own.IsEmpty())
+			{
+				return false;
+			}
+			if (!bIsJoining || !bHasOpenText)
+			{
+				Texts.AddDefaulted();
+				bHasOpenText = bIsJoining;
+			}
+			FShownText& Text = Texts.Last();
+			const int32 Begin = Text.Text.Len();
+			Text.Text += Own.ToString();
+			Text.Parts.Add({ TWeakPtr<SWidget>(Widget.AsShared()), Begin, Text.Text.Len() - Begin });
+			return true;
+		}
+
+		bool bIsJoining = false;
+		bool bHasOpenText = false;
+	};
+}
+
+TArray<FShownText> ShownTexts::Collect(SWidget& Row)
+{
+	FCollector Collector;
+	Collector.Visit(Row, false);
+	return MoveTemp(Collector.Texts);
+}
+
+TArray<FShownPlace> ShownTexts::Split(const FShownText& Text, const Velmora::FFoundPlace& Place)
+{
+	TArray<FShownPlace> Places;
+	const int32 End = Place.Begin + Place.Length;
+	for (const FShownText::FPart& Part : Text.Parts)
+	{
+		const int32 From = FMath::Max(Place.Begin, Part.Begin);
+		const int32 To = FMath::Min(End, Part.Begin + Part.Length);
+		if (From < To)
+		{
+			FShownPlace& Shown = Places.AddDefaulted_GetRef();
+			Shown.Widget = Part.Widget;
+			Shown.Place = { From - Part.Begin, To - From };
+		}
+	}
+	return Places;
+}
+
+TArray<FSlateRect> ShownTexts::GetRects(const FShownPlace& Place)
+{
+	TArray<FSlateRect> Rects;
+	const TSharedPtr<SWidget> Widget = Place.Widget.Pin();
+	if (!Widget)
+	{
+		return Rects;
+	}
+	const FGeometry& Geometry = Widget->GetCachedGeometry();
+	UpdateRects(Place, *Widget);
+	const float Left = FMath::RoundToFloat(static_cast<float>(Geometry.GetAbsolutePosition().X));
+	const float Top = static_cast<float>(Geometry.GetAbsolutePosition().Y);
+	for (const FSlateRect& Rect : Place.Rects)
+	{
+		Rects.Add(FSlateRect(Left + Rect.Left, Top + Rect.Top, Left + Rect.Right, Top + Rect.Bottom));
+	}
+	return Rects;
+}
+
+FSlateRect ShownTexts::GetClip(const SWidget& Widget, const SWidget& Outer)
+{
+	FSlateRect Clip = Outer.GetCachedGeometry().GetLayoutBoundingRect();
+	for (TSharedPtr<SWidget> Parent = Widget.GetParentWidget(); Parent && Parent.Get() != &Outer; Parent = Parent->GetParentWidget())
+	{
+		if (Parent->GetType() == ScrollBoxType)
+		{
+			Clip = Clip.IntersectionWith(Parent->GetCachedGeometry().GetLayoutBoundingRect());
+		}
+	}
+	return Clip;
+}

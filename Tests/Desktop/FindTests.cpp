@@ -1,0 +1,160 @@
+#include "Desktop/ProgramDriver.h"
+#include "FindText.h"
+#include "ShownTexts.h"
+#include "Support/UiDriver.h"
+#include "Widgets/Layout/SScrollBox.h"
+#include "Widgets/SMarkdownTextBlock.h"
+#include "Style/VelmoraUIStyles.h"
+
+#include <gtest/gtest.h>
+
+TEST(FindText, FindsAsAsked)
+{
+	const struct
+	{
+		const char* Text;
+		const char* Words;
+		bool bMatchCase;
+		bool bWholeWords;
+		std::vector<int32> Places;
+	} Rows[] = {
+		{ "a cat, a Cat, concat", "cat", false, false, { 2, 9, 17 } },
+		{ "a cat, a Cat, concat", "cat", true, false, { 2, 17 } },
+		{ "a cat, a Cat, concat", "cat", false, true, { 2, 9 } },
+		{ "a cat, a Cat, concat", "Cat", true, true, { 9 } },
+		{ "cat_1 cat1 (cat)", "cat", false, true, { 12 } },
+		{ "aaaa", "aa", false, false, { 0, 2 } },
+		{ "a. b", ". b", false, true, {} },
+		{ "a. -b", ".", false, true, { 1 } },
+		{ "\xC3\x84rger \xC3\xA4rger", "\xC3\xA4rger", false, false, { 0, 6 } },
+		{ "abc", "", false, false, {} },
+		{ "ab", "abc", false, false, {} },
+	};
+	for (const auto& Row : Rows)
+	{
+		std::vector<int32> Places;
+		for (const Velmora::FFoundPlace& Place :
+			FindText::FindAll(FString(UTF8_TO_TCHAR(Row.Text)), { UTF8_TO_TCHAR(Row.Words), Row.bMatchCase, Row.bWholeWords }, 100))
+		{
+			Places.push_back(Place.Begin);
+		}
+		EXPECT_EQ(Places, Row.Places) << Row.Text << " / " << Row.Words;
+	}
+	EXPECT_EQ(FindText::FindAll(TEXT("aaaaaa"), { TEXT("a") }, 4).Num(), 4);
+}
+
+namespace
+{
+	class FShownTextTest : public FWidgetTest
+	{
+	protected:
+		void SetUp() override
+		{
+			FWidgetTest::SetUp();
+			FVelmoraUIStyles::Initialize();
+		}
+		void TearDown() override
+		{
+			App().SetRootContent(SNullWidget::NullWidget);
+			FVelmoraUIStyles::Shutdown();
+			FWidgetTest::TearDown();
+		}
+		TSharedRef<SWidget> ShowMarkdown(const char* Text)
+		{
+			const TSharedRef<SWidget> Block = SNew(SMarkdownTextBlock).Text(UTF8_TO_TCHAR(Text));
+			Show(SNew(SScrollBox) + SScrollBox::Slot()[Block]);
+			PumpFrame();
+			return Block;
+		}
+	};
+}
+
+TEST_F(FShownTextTest, ReadAsOneWhatStandsInOneLine)
+{
+	const TSharedRef<SWidget> Block = ShowMarkdown(
+		"Call **the** `Parse` method.\n\n```cpp\nint Count = Parse(Text);\n```\n\n| Name | Kind |\n|---|---|\n| first cell | second |\n");
+	FTextList Texts;
+	for (const FShownText& Text : ShownTexts::Collect(*Block))
+	{
+		Texts.push_back(Utf8(Text.Text));
+	}
+	const auto Has = [&Texts](const std::string& Wanted) { return std::find(Texts.begin(), Texts.end(), Wanted) != Texts.end(); };
+	EXPECT_TRUE(Has("Call the Parse method.")) << testing::PrintToString(Texts);
+	EXPECT_TRUE(Has("first cell")) << testing::PrintToString(Texts);
+	EXPECT_TRUE(Has("second")) << testing::PrintToString(Texts);
+	const auto IsCode = [](const std::string& Text) { return Text.find("Parse(Text);") != std::string::npos; };
+	EXPECT_EQ(std::count_if(Texts.begin(), Texts.end(), IsCode), 1) << testing::PrintToString(Texts);
+}
+
+TEST_F(FShownTextTest, TheFrameStandsWhereTheTextIsPainted)
+{
+	// A place that begins in one widget and ends in another one has a frame in each, side by side.
+	const TSharedRef<SWidget> Block = ShowMarkdown("Call **the** rest");
+	const TArray<FShownText> Texts = ShownTexts::Collect(*Block);
+	ASSERT_EQ(Texts.Num(), 1);
+	const TArray<Velmora::FFoundPlace> Places = FindText::FindAll(Texts[0].Text, { TEXT("ll the r") }, 10);
+	ASSERT_EQ(Places.Num(), 1);
+	const TArray<FShownPlace> Parts = ShownTexts::Split(Texts[0], Places[0]);
+	ASSERT_EQ(Parts.Num(), 3);
+	float Left = GetRect(*FindByText("Call ")).Left + 1.0f;
+	for (const FShownPlace& Part : Parts)
+	{
+		const TArray<FSlateRect> Rects = ShownTexts::GetRects(Part);
+		ASSERT_EQ(Rects.Num(), 1);
+		EXPECT_GT(Rects[0].Left, Left - 2.0f);
+		EXPECT_GT(Rects[0].Width(), 2.0f);
+		Left = Rects[0].Right;
+		const FSlateRect Widget = GetRect(*Part.Widget.Pin());
+		EXPECT_GE(Rects[0].Left, Widget.Left - 1.0f);
+		EXPECT_LE(Rects[0].Right, Widget.Right + 1.0f);
+	}
+	// One that wraps has a frame in each line.
+	Resize(200, 400);
+	const TSharedRef<SWidget> Long = ShowMarkdown("one two three four five six seven eight nine ten eleven twelve thirteen fourteen");
+	PumpFrame();
+	const TArray<FShownText> Wrapped = ShownTexts::Collect(*Long);
+	ASSERT_EQ(Wrapped.Num(), 1);
+	const TArray<FSlateRect> Lines = ShownTexts::GetRects(ShownTexts::Split(Wrapped[0], { 0, Wrapped[0].Text.Len() })[0]);
+	ASSERT_GT(Lines.Num(), 2);
+	for (int32 Line = 1; Line < Lines.Num(); ++Line)
+	{
+		EXPECT_GE(Lines[Line].Top, Lines[Line - 1].Bottom - 1.0f);
+	}
+	EXPECT_LE(Lines.Last().Bottom, GetRect(*Long).Bottom + 1.0f);
+}
+
+namespace
+{
+	FRun RunSteps(const FRandomProject& Project, const std::string& Steps)
+	{
+		const std::string Script = Project.Write("steps.txt", Steps);
+		return RunProgram({ "--headless", "--project", Project.Folder.string(), "--script", Script }, "", Project.OutFolder.string(),
+			{ "XDG_DATA_HOME=" + Project.Path("data") });
+	}
+
+	/** The text of a control of a dump. */
+	std::string ReadControl(const FRandomProject& Project, const std::string& Dump, const std::string& Tag)
+	{
+		const std::string Text = ReadFile(Project.Path(Dump));
+		const size_t At = Text.find("\"tag\": \"" + Tag + "\"");
+		const size_t Begin = Text.find("\"text\": \"", At) + 9;
+		return At == std::string::npos ? "(none)" : Text.substr(Begin, Text.find('"', Begin) - Begin);
+	}
+}
+
+TEST(Find, CountsStepsScrollsAndGivesTheKeyboardBack)
+{
+	const FRandomProject Project;
+	const FRun Run = RunSteps(Project,
+		"type create one.md with \"needle\"\nkey CTRL+ENTER\nwait idle 30\ntype create two.md with \"needle\"\nkey CTRL+ENTER\n"
+		"wait idle 30\ntype a draft\nkey CTRL+F\ntype NEEDLE\ntick 40\ndump first.json\nkey ENTER\ntick 40\ndump second.json\n"
+		"key SHIFT+F3\ntick 40\ndump third.json\nclick #FindCase\ntick 20\ndump case.json\nclick #FindCase\nkey ESC\ntick 5\n"
+		"type  goes on\ndump closed.json\n");
+	EXPECT_EQ(Run.ExitCode, 0) << Run.Error;
+	const std::string First = ReadControl(Project, "first.json", "FindCount");
+	EXPECT_TRUE(Contains(First, " of ")) << First;
+	EXPECT_NE(ReadControl(Project, "second.json", "FindCount"), First);
+	EXPECT_EQ(ReadControl(Project, "third.json", "FindCount"), First);
+	EXPECT_EQ(ReadControl(Project, "case.json", "FindCount"), "No hits");
+	EXPECT_TRUE(Contains(ReadFile(Project.Path("closed.json")), "\"promptText\": \"a draft goes on\""));
+}
