@@ -148,7 +148,7 @@ TEST_F(AgentAnswers, ListsFolders)
 		<< Answer;
 	EXPECT_EQ(Ask("What is in Source?"), Answer);
 	EXPECT_EQ(Ask("what's in the folder Source"), Answer);
-	const std::string Whole = Ask("what is in this project?");
+	const std::string Whole = Ask("list this project");
 	EXPECT_TRUE(Holds(Whole, "has 3 entries.\n- `Config/` 1 file\n- `Source/` 2 files\n- [README.md]")) << Whole;
 	EXPECT_TRUE(Holds(Ask("list *.INI"), "[Config/Default.ini]"));
 }
@@ -158,7 +158,10 @@ TEST_F(AgentAnswers, SumsUpTheProject)
 	const std::string Answer = Ask("Summarise the project");
 	EXPECT_TRUE(Holds(Answer, "## Garden tools\nCounts the snails in a garden.\n4 files in 3 folders, ")) << Answer;
 	EXPECT_TRUE(Holds(Answer, "| .cpp | 2 | " + std::to_string(Lead + 7 + 4) + " |")) << Answer;
-	EXPECT_EQ(Ask("what is this project?"), Answer);
+	for (const char* Question : { "what is this project?", "what is in this project?", "What's inside?" })
+	{
+		EXPECT_EQ(Ask(Question), Answer) << Question;
+	}
 }
 
 TEST_F(AgentAnswers, CountsFilesAndLines)
@@ -251,9 +254,7 @@ TEST_F(AgentAnswers, AttachedFilesAreLookedAtFirst)
 	const std::string Answer = Ask("find " + Symbol, { Project.PathOf("Source/Other.cpp") });
 	EXPECT_TRUE(Holds(Answer, "In the attached files: 1 match in 1 file")) << Answer;
 	const std::vector<std::string> Steps = EventsOf("progress");
-	ASSERT_EQ(Steps.size(), 2u);
-	EXPECT_EQ(Steps[0], "Executing step 1: Searching the attached files for " + Symbol);
-	EXPECT_EQ(Steps[1], "Executing step 2: Searching the project for " + Symbol);
+	EXPECT_EQ(Steps, std::vector<std::string>{ "Executing step 2: Searching the project for " + Symbol }) << "the first needs no words";
 
 	const std::string Described = Ask("what do you make of this?", { "Source/Other.cpp" });
 	EXPECT_TRUE(Holds(Described, "has 4 lines.")) << Described;

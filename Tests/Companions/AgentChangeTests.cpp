@@ -57,15 +57,16 @@ namespace
 
 TEST_F(AgentChanges, ARequestRunsTheToolAndTellsIt)
 {
-	Project.Write("Source/A.cpp", "int Snail = 1;\r\n");
+	Project.Write("Source/A.cpp", "// before\r\nint Snail = 1;\r\n// after\r\n");
 	const std::string Answer = Ask("replace \"Snail\" by \"Slug\" in A.cpp");
-	EXPECT_EQ(ReadFile("Source/A.cpp"), "int Slug = 1;\r\n");
+	EXPECT_EQ(ReadFile("Source/A.cpp"), "// before\r\nint Slug = 1;\r\n// after\r\n");
 	EXPECT_EQ(EventsOf("start"),
 		(std::vector<std::string>{ "edit_file {\"path\":\"Source/A.cpp\",\"old\":\"Snail\",\"new\":\"Slug\"} "
 								   "{\"operation_type\":\"modify\",\"data_type\":\"File\"}" }));
-	EXPECT_EQ(EventsOf("end"), (std::vector<std::string>{ "edit_file ok: Changed Source/A.cpp, 1 line" }));
-	EXPECT_TRUE(
-		Holds(Answer, "Changed [Source/A.cpp](file://" + Project.PathOf("Source/A.cpp") + ") as follows.\n```diff\n- Snail\n+ Slug\n```"))
+	EXPECT_EQ(EventsOf("end"), (std::vector<std::string>{ "edit_file ok: Changed Source/A.cpp, 3 lines" }));
+	EXPECT_TRUE(Holds(Answer,
+		"Changed [Source/A.cpp:2](file://" + Project.PathOf("Source/A.cpp") +
+			") as follows.\n```diff\n- int Snail = 1;\n+ int Slug = 1;\n```"))
 		<< Answer;
 
 	Ask("create notes/new.md with:\n```\nfirst\n\nsecond\n```");

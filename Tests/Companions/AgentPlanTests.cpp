@@ -129,6 +129,36 @@ TEST_F(AgentPlans, EndAtTheFirstStepThatFails)
 	EXPECT_TRUE(Holds(LastAnswer, "step 2")) << LastAnswer;
 }
 
+TEST_F(AgentPlans, TellThatTheyWaitForTheUser)
+{
+	AfterEvent = [this]
+	{
+		if (Events.back() == "progress Executing step 2: list Source")
+		{
+			AfterEvent = nullptr;
+			Agent->PauseConversation();
+			EXPECT_TRUE(Holds(Utf8(Agent->GetCurrentPlan()), "1. ✅ find Snail\n2. ⏸ list Source (paused)\n3. ⬜ help"))
+				<< Plans.back();
+			Agent->ResumeConversation(FString());
+			EXPECT_TRUE(Holds(Utf8(Agent->GetCurrentPlan()), "2. ⏳ list Source (running)")) << Plans.back();
+		}
+	};
+	Ask("first find Snail, then list Source, then help");
+	EXPECT_TRUE(Holds(Plans.back(), "3 of 3 steps done")) << Plans.back();
+
+	AfterEvent = [this]
+	{
+		if (Events.back() == "progress Executing step 2: list Source")
+		{
+			AfterEvent = nullptr;
+			Agent->PauseConversation();
+			Agent->CancelConversation();
+		}
+	};
+	Ask("first find Snail, then list Source, then help");
+	EXPECT_TRUE(Holds(Plans.back(), "2. ⏹ list Source (stopped)")) << Plans.back();
+}
+
 TEST_F(AgentPlans, AreStoppedByTheUser)
 {
 	AfterEvent = [this]

@@ -90,7 +90,6 @@ TEST_F(AgentTurns, TellsAWholeTurnInOrder)
 	Ask("find Snail");
 	const std::vector<std::string> Expected = {
 		"state Ready to Thinking",
-		"progress Executing step 1: Searching the project for Snail",
 		"state Thinking to ExecutingTools",
 		"start search_files {\"term\":\"Snail\"} {\"operation_type\":\"search\",\"data_type\":\"File\"}",
 		"end search_files ok: 1 match in 1 file",

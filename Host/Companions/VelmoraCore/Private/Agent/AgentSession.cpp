@@ -103,6 +103,7 @@ namespace Velmora
 	void FAgentSession::StartTurn(const FString& Prompt)
 	{
 		DropTurn();
+		NoteTurnFailure(FString());
 		const TSharedRef<FTurnControl> Control = MakeShared<FTurnControl>();
 		Turn = Control;
 		const TSharedRef<FTurnRecorder> TurnRecorder =
@@ -308,6 +309,7 @@ namespace Velmora
 	void FAgentSession::DeliverEnd(FTurnReport&& Report)
 	{
 		DropTurn();
+		NoteTurnFailure(Report.Text);
 		if (Report.Kind == ETurnReportKind::Finished)
 		{
 			SetState(EConversationState::AwaitingInput, TEXT("The turn is complete."));
@@ -443,12 +445,27 @@ namespace Velmora
 		Fire(Callbacks.PlanUpdate, What, GetPlan());
 	}
 
+	void FAgentSession::MarkPlanPaused(bool bIsPaused, const FString& Why)
+	{
+		const EPlanStepStatus From = bIsPaused ? EPlanStepStatus::Running : EPlanStepStatus::Paused;
+		FAgentPlan Marked = Plan;
+		for (FPlanStep& Step : Marked.Steps)
+		{
+			if (Step.Status == From)
+			{
+				Step.Status = bIsPaused ? EPlanStepStatus::Paused : EPlanStepStatus::Running;
+				SetPlan(MoveTemp(Marked), Why);
+				return;
+			}
+		}
+	}
+
 	void FAgentSession::StopPlan(EPlanStepStatus Status, const FString& Why)
 	{
 		FAgentPlan Stopped = Plan;
 		for (FPlanStep& Step : Stopped.Steps)
 		{
-			if (Step.Status == EPlanStepStatus::Running)
+			if (Step.Status == EPlanStepStatus::Running || Step.Status == EPlanStepStatus::Paused)
 			{
 				Step.Status = Status;
 				SetPlan(MoveTemp(Stopped), Why);
@@ -475,6 +492,11 @@ namespace Velmora
 			return;
 		}
 		State = NewState;
+		const uint32 StartEpoch = Epoch;
 		Fire(Callbacks.StateChanged, OldState, NewState, Reason);
+		if (Epoch == StartEpoch && State == NewState)
+		{
+			MarkPlanPaused(NewState == EConversationState::Paused, Reason);
+		}
 	}
 }

@@ -36,6 +36,9 @@ namespace Velmora
 	void AnnounceQuestion(const FAgentQuestion& Question);
 	void WithdrawQuestion(uint32 Id);
 
+	/** What TurnOutcome.h tells from now on; empty for a turn that begins or has done what was asked. */
+	void NoteTurnFailure(const FString& Why);
+
 	/** What AgentMessages.h acts on from now on: the agent that was made last. */
 	void NoteSession(const TSharedRef<FAgentSession>& Session);
 
@@ -205,6 +208,9 @@ namespace Velmora
 
 		/** Takes on a plan and tells it. */
 		void SetPlan(FAgentPlan&& NewPlan, const FString& What);
+
+		/** What the step under way is called while the user lets the turn wait, and when it goes on. */
+		void MarkPlanPaused(bool bIsPaused, const FString& Why);
 
 		/** Marks the step under way when a turn ends before its plan. */
 		void StopPlan(EPlanStepStatus Status, const FString& Why);

@@ -25,8 +25,8 @@ namespace Velmora::PrivateFile
 		{
 			return std::string(Config) + "/velmora-ui";
 		}
-		const char* const Home = getenv("HOME");
-		return Home && Home[0] == '/' ? std::string(Home) + "/.config/velmora-ui" : std::string();
+		const std::string Home = HostFileNameToBytes(GetUserHomeFolder());
+		return Home.empty() ? std::string() : Home + "/.config/velmora-ui";
 	}
 
 	bool Read(const std::string& Name, std::string& OutText, std::string& OutProblem)
@@ -67,7 +67,7 @@ namespace Velmora::PrivateFile
 		const std::string Folder = GetFolder();
 		if (Folder.empty())
 		{
-			return "There is no configuration folder: neither XDG_CONFIG_HOME nor HOME is set.";
+			return "There is no configuration folder: neither XDG_CONFIG_HOME nor HOME is set, and the user's record names no home.";
 		}
 		if (const FOutcome Made = MakePrivateFolder(HostFileNameFromBytes(Folder)); !Made)
 		{

@@ -1,5 +1,7 @@
 #include "Changes/ChangeTools.h"
 
+#include <algorithm>
+
 #include "Text/Utf8Text.h"
 #include "Text/TextPassage.h"
 
@@ -7,6 +9,38 @@ namespace Velmora
 {
 	namespace
 	{
+		/** The whole lines between what both have in front and what both have behind. Of an encoding with NULs there are none. */
+		void FindChangedLines(std::string_view Before, std::string_view After, FChangeOutcome& OutLines)
+		{
+			if (Before.find('\0') != std::string_view::npos)
+			{
+				return;
+			}
+			const size_t Shorter = std::min(Before.size(), After.size());
+			size_t Front = 0;
+			while (Front < Shorter && Before[Front] == After[Front])
+			{
+				++Front;
+			}
+			size_t Back = 0;
+			while (Back < Shorter - Front && Before[Before.size() - 1 - Back] == After[After.size() - 1 - Back])
+			{
+				++Back;
+			}
+			const size_t Start = Front == 0 ? 0 : Before.rfind('\n', Front - 1) + 1;
+			const auto Cut = [Start, Back](std::string_view Text)
+			{
+				// Up to the end of the line that the change ends in.
+				const size_t End = Text.size() - Back;
+				const bool bIsWhole = End > Start && Text[End - 1] == '\n';
+				return std::string(Text.substr(Start, (bIsWhole ? End : std::min(Text.find('\n', End), Text.size())) - Start));
+			};
+			OutLines.FirstLine =
+				1 + static_cast<int>(std::count(Before.begin(), Before.begin() + static_cast<std::ptrdiff_t>(Start), '\n'));
+			OutLines.OldLines = Cut(Before);
+			OutLines.NewLines = Cut(After);
+		}
+
 		const char* DescribeAction(EChangeAction Action)
 		{
 			return Action == EChangeAction::Created ? "Created " : Action == EChangeAction::Deleted ? "Deleted " : "Changed ";
@@ -126,7 +160,8 @@ namespace Velmora
 
 	FChangeOutcome FChangeTools::EditFile(std::string_view Path, std::string_view Old, std::string_view New)
 	{
-		return Change(Path, true,
+		FChangeOutcome Lines;
+		FChangeOutcome Outcome = Change(Path, true,
 			[&](const FEntryInfo& Info, const std::string& Bytes, FNewContent& OutContent)
 			{
 				const std::string EntryProblem = RefuseEntry(Info);
@@ -134,12 +169,20 @@ namespace Velmora
 				size_t Count = 0;
 				if (!Problem.empty() || TextPassage::Replace(Bytes, Old, New, Count, OutContent.Bytes))
 				{
+					FindChangedLines(Bytes, OutContent.Bytes, Lines);
 					return Problem;
 				}
 				return Old.empty() ? std::string("no text to replace was given")
 					: Count == 0   ? std::string("the text to replace does not stand in it (0 occurrences)")
 								   : "the text to replace stands in it " + std::to_string(Count) + " times; it must be one passage only";
 			});
+		if (Outcome.bSuccess)
+		{
+			Outcome.FirstLine = Lines.FirstLine;
+			Outcome.OldLines = std::move(Lines.OldLines);
+			Outcome.NewLines = std::move(Lines.NewLines);
+		}
+		return Outcome;
 	}
 
 	FChangeOutcome FChangeTools::AppendToFile(std::string_view Path, std::string_view Text)

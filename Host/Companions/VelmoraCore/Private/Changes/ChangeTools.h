@@ -24,6 +24,11 @@ namespace Velmora
 		/** The file's relative path, empty when it is refused as a path. */
 		std::string Path;
 		EChangeAction Action = EChangeAction::Modified;
+
+		/** Of a passage that was replaced: its first line, from 1, and the whole lines that it touches, before and after. 0 otherwise. */
+		int FirstLine = 0;
+		std::string OldLines;
+		std::string NewLines;
 	};
 
 	/**

@@ -24,8 +24,8 @@ namespace Velmora
 		constexpr std::string_view StepWords[] = { "and after that", "after that", "and then", "and finally", "and lastly", "then",
 			"finally", "lastly" };
 
-		constexpr std::string_view StatusMarks[] = { "⬜", "⏳", "✅", "❌", "⏹" };
-		constexpr std::string_view StatusWords[] = { "", " (running)", "", " (failed)", " (stopped)" };
+		constexpr std::string_view StatusMarks[] = { "⬜", "⏳", "✅", "❌", "⏹", "⏸" };
+		constexpr std::string_view StatusWords[] = { "", " (running)", "", " (failed)", " (stopped)", " (paused)" };
 
 		bool IsBlank(char Letter)
 		{

@@ -12,7 +12,8 @@ namespace Velmora
 		Running,
 		Done,
 		Failed,
-		Stopped // The user has ended the turn while it ran.
+		Stopped, // The user has ended the turn while it ran.
+		Paused // The turn waits for the user while it runs.
 	};
 
 	struct FPlanStep

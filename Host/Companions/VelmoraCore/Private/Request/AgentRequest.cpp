@@ -580,6 +580,11 @@ namespace Velmora
 			Request.Kind = bIsOneWord ? ERequestKind::FindSymbol : Request.Kind;
 		}
 		SettleTarget(Request, Rest.Written.find(QuotePlace) != std::string::npos);
+		if (Request.Kind == ERequestKind::List && Request.Target.empty() && IsOneOf(Phrase->Phrase, ContentQuestions))
+		{
+			// Who asks this of a project, and not of a folder, wants to know what it is.
+			Request.Kind = ERequestKind::Summarise;
+		}
 		return Request;
 	}
 }

@@ -133,6 +133,9 @@ namespace Velmora
 	};
 	// clang-format on
 
+	/** Of the phrases that list: the questions that names of files alone do not answer when they are about all of the project. */
+	inline constexpr std::string_view ContentQuestions[] = { "what is in", "what's in", "whats in", "what is inside", "what's inside" };
+
 	/** Courtesies in front of a request. */
 	// clang-format off
 	inline constexpr std::string_view OpeningCourtesies[] = {

@@ -5,9 +5,12 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <mutex>
+#include <pwd.h>
 #include <string>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <vector>
 
 #include "Host/HostFileNames.h"
 #include "Host/ProjectFolder.h"
@@ -18,6 +21,20 @@ namespace Velmora
 	namespace
 	{
 		constexpr size_t MaxReadableName = 40;
+
+		/** Empty where the usual place holds. */
+		struct FOtherFolders
+		{
+			std::mutex Mutex;
+			FString Folder;
+			FString ConversationFolder;
+		};
+
+		FOtherFolders& GetOtherFolders()
+		{
+			static FOtherFolders Folders;
+			return Folders;
+		}
 
 		/** FNV-1a, 64 bits: http://www.isthe.com/chongo/tech/comp/fnv/ */
 		uint64_t HashBytes(const std::string& Bytes)
@@ -38,10 +55,45 @@ namespace Velmora
 		}
 	}
 
+	void SetStoreFolders(const FString& Folder, const FString& ConversationFolder)
+	{
+		FOtherFolders& Others = GetOtherFolders();
+		const std::scoped_lock Lock(Others.Mutex);
+		Others.Folder = Folder;
+		Others.ConversationFolder = ConversationFolder;
+	}
+
+	FString GetUserHomeFolder()
+	{
+		const char* const Home = getenv("HOME");
+		if (Home && Home[0] == '/')
+		{
+			return HostFileNameFromBytes(Home);
+		}
+		passwd Entry = {};
+		passwd* Found = nullptr;
+		std::vector<char> Buffer(16 * 1024);
+		const bool bIsKnown = getpwuid_r(geteuid(), &Entry, Buffer.data(), Buffer.size(), &Found) == 0 && Found;
+		return bIsKnown && Found->pw_dir && Found->pw_dir[0] == '/' ? HostFileNameFromBytes(Found->pw_dir) : FString();
+	}
+
 	FStoreLocation GetStoreLocation()
 	{
 		FStoreLocation Location;
-		Location.Folder = FPaths::ConvertRelativePathToFull(FPaths::EngineSavedDir() / TEXT("Velmora"));
+		{
+			FOtherFolders& Others = GetOtherFolders();
+			const std::scoped_lock Lock(Others.Mutex);
+			Location.Folder = Others.Folder;
+			Location.ConversationFolder = Others.ConversationFolder;
+		}
+		if (Location.Folder.IsEmpty())
+		{
+			Location.Folder = FPaths::ConvertRelativePathToFull(FPaths::EngineSavedDir() / TEXT("Velmora"));
+		}
+		if (Location.ConversationFolder.IsEmpty())
+		{
+			Location.ConversationFolder = Location.Folder;
+		}
 		const FString Project = GetProjectFolder();
 		if (Project.IsEmpty())
 		{

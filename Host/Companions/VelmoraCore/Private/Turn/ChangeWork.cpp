@@ -74,7 +74,7 @@ namespace Velmora
 		const FChangeRequest& Change = Request.Change;
 		if (Change.Kind == EChangeRequest::Unclear)
 		{
-			Desk.bHasFailed = true;
+			Desk.Fail("It was not understood which change to make.");
 			return Say("I did not understand which change to make. I can do, for example:\n"
 					   "- `create notes.md with \"some text\"`, also with a fenced block\n"
 					   "- `write \"some text\" to notes.md`\n"
@@ -85,10 +85,13 @@ namespace Velmora
 		}
 		if (Desk.Input.IsAdvisor() || !Desk.Input.Journal)
 		{
-			Desk.bHasFailed = true;
+			Desk.Fail("In Advisor mode nothing on disk is changed.");
 			return Say("In Advisor mode I change nothing on disk. Choose another mode in a new conversation, then ask again.\n");
 		}
-		if (!Desk.BeginStep("Changing " + (Change.Files.empty() ? std::string("the attached file") : Change.Files.front())))
+		const char* const Doing = Change.Kind == EChangeRequest::Delete ? "Deleting "
+			: Change.Kind == EChangeRequest::Create						? "Creating "
+																		: "Changing ";
+		if (!Desk.BeginStep(Doing + (Change.Files.empty() ? std::string("the attached file") : Change.Files.front())))
 		{
 			return false;
 		}
@@ -102,7 +105,7 @@ namespace Velmora
 			std::string Question;
 			if (!FindChangeTarget(Name, bIsDeletion || Change.Kind == EChangeRequest::Replace, !bIsDeletion, Path, Question))
 			{
-				Desk.bHasFailed = true;
+				Desk.Fail(Question.substr(0, Question.find('\n')));
 				return Say(Question);
 			}
 			Paths.push_back(Path);
@@ -223,9 +226,11 @@ namespace Velmora
 		}
 		const FChangeRequest& Change = Request.Change;
 		const FProjectPath File = { Desk.Files.GetRoot() + '/' + Outcome.Path, Outcome.Path, false };
-		return (Outcome.Action == EChangeAction::Created ? "Created " : "Changed ") + AnswerMarkdown::FileLink(File) + " as follows.\n" +
-			(Change.Kind == EChangeRequest::Replace ? AnswerMarkdown::Difference(Change.Old, Change.Content)
-					: Change.Content.empty()		? std::string("It is empty.\n")
-													: AnswerMarkdown::CodeBlock(Change.Content, AnswerMarkdown::LanguageOf(Outcome.Path)));
+		return (Outcome.Action == EChangeAction::Created ? "Created " : "Changed ") + AnswerMarkdown::FileLink(File, Outcome.FirstLine) +
+			" as follows.\n" +
+			(Outcome.FirstLine > 0							 ? AnswerMarkdown::Difference(Outcome.OldLines, Outcome.NewLines)
+					: Change.Kind == EChangeRequest::Replace ? AnswerMarkdown::Difference(Change.Old, Change.Content)
+					: Change.Content.empty()				 ? std::string("It is empty.\n")
+											 : AnswerMarkdown::CodeBlock(Change.Content, AnswerMarkdown::LanguageOf(Outcome.Path)));
 	}
 }

@@ -73,6 +73,7 @@ namespace Velmora
 		while (!Desk.NextPrompt.empty())
 		{
 			const std::string Prompt = std::exchange(Desk.NextPrompt, std::string());
+			Desk.Failure.clear();
 			Plan = FAgentPlan();
 			Desk.bHasPlan = false;
 			Desk.AttachmentNotes.clear();
@@ -88,6 +89,7 @@ namespace Velmora
 		}
 		FTurnReport Item;
 		Item.Kind = ETurnReportKind::Finished;
+		Item.Text = Utf8Text::ToString(Desk.Failure);
 		Desk.Report(std::move(Item));
 	}
 
@@ -111,14 +113,14 @@ namespace Velmora
 				Utf8Text::ToString("Executing step " + std::to_string(Index + 1) + ": " + Utf8Text::Shorten(Plan.Steps[Index].Text, 80));
 			Desk.Report(std::move(Step));
 
-			Desk.bHasFailed = false;
+			Desk.Failure.clear();
 			ReadRequest(Plan.Steps[Index].Text);
 			if (!RunRequest() || !Desk.Control.WaitUntilRunning())
 			{
 				return false;
 			}
 			Desk.AttachmentNotes.clear();
-			if (Desk.bHasFailed)
+			if (Desk.HasFailed())
 			{
 				Plan.Steps[Index].Status = EPlanStepStatus::Failed;
 				if (Index + 1 < Plan.Steps.size())
@@ -195,22 +197,25 @@ namespace Velmora
 	{
 		Desk.Answer(std::string(Opening) +
 			"\nYou can ask, for example:\n"
-			"- `find TryParseTable` looks for text and shows the best place\n"
-			"- `what is class FThing?` shows a definition\n"
-			"- `where is FThing defined?` and `outline README.md` ask the code index\n"
+			"- `find TryParseTable` or `find Health in Source` looks for text and shows the best place\n"
+			"- `what is class FThing?` or `explain FThing` shows a definition\n"
+			"- `where is FThing defined?`, `find symbol FThing` and `outline README.md` ask the code index\n"
 			"- `which files mention Health?` lists files\n"
-			"- `show README.md` or `show lines 10-20 of X.cpp`\n"
+			"- `show README.md`, `show lines 10-20 of X.cpp` or `show the last 20 lines of X.cpp`\n"
 			"- `list Source` or `list *.h`\n"
-			"- `summarise the project` or `how many lines?`\n"
+			"- `summarise the project` or `what is in this project?`\n"
+			"- `how many lines?` or `how many files in Source?`\n"
 			"- `create notes.md with \"some text\"` or `write \"some text\" to notes.md`\n"
 			"- `replace \"a\" by \"b\" in notes.md` or `append \"a line\" to notes.md`\n"
 			"- `delete notes.md`\n"
+			"- `first find FThing, then list Source` or `plan:` with a step a line does one after the other\n"
+			"- `help` shows this\n"
 			"Files attached with @ are looked at first.\n");
 	}
 
 	void FLocalTurn::AnswerUnknown()
 	{
-		Desk.bHasFailed = true;
+		Desk.Fail("The request was not understood.");
 		AnswerHelp("I did not understand that request.");
 	}
 

@@ -154,7 +154,7 @@ namespace Velmora
 		}
 		if (Control.WaitUntilRunning())
 		{
-			Tell(ETurnReportKind::Finished, std::string_view());
+			Tell(ETurnReportKind::Finished, FailedChanges.empty() ? std::string_view() : FailedChanges.begin()->second);
 		}
 	}
 

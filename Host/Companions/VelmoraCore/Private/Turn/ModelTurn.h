@@ -1,5 +1,6 @@
 #pragma once
 
+#include <map>
 #include <set>
 #include <string>
 #include <string_view>
@@ -89,6 +90,9 @@ namespace Velmora
 		/** What the user said instead of agreeing; told to the model behind the results of the round. */
 		std::string UserWords;
 		std::set<std::string> RowNames;
+
+		/** What a change or a command could not do, by its subject, until it was done after all. */
+		std::map<std::string, std::string> FailedChanges;
 		FAgentPlan Plan;
 		int ToolCount = 0;
 

@@ -191,6 +191,12 @@ namespace Velmora
 		End.bSuccess = Result.bSuccess;
 		End.Text = Utf8Text::ToString(Result.Sentence);
 		Sink(std::move(End));
+		if (!FToolBox::IsReading(Row->Kind))
+		{
+			// A model that tries again until it works has done what was asked.
+			const std::string Subject = FToolBox::GetSubject(Arguments);
+			Result.bSuccess ? (void)FailedChanges.erase(Subject) : (void)FailedChanges.emplace(Subject, Result.Sentence);
+		}
 		OutText = Result.Text.empty() ? Result.Sentence + "." : std::move(Result.Text);
 		return true;
 	}

@@ -189,7 +189,10 @@ namespace Velmora
 		{
 			return false;
 		}
-		Desk.bHasFailed |= Named.empty();
+		if (Named.empty())
+		{
+			Desk.Fail("There is no file " + Request.Target + " in the project.");
+		}
 		std::string Text = Named.empty() ? "There is no file " + AnswerMarkdown::FileName(Request.Target) + " in the project.\n"
 										 : "Which of these do you mean?\n";
 		return Say(Text + AnswerMarkdown::FileList(Named));

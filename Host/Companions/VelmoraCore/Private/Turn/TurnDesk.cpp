@@ -78,9 +78,13 @@ namespace Velmora
 		{
 			return true; // The plan's own step was told; what it takes is no step of the plan.
 		}
+		if (++StepCount == 1)
+		{
+			return true;
+		}
 		FTurnReport Item;
 		Item.Kind = ETurnReportKind::Step;
-		Item.Text = Utf8Text::ToString("Executing step " + std::to_string(++StepCount) + ": " + Utf8Text::Shorten(What, 80));
+		Item.Text = Utf8Text::ToString("Executing step " + std::to_string(StepCount) + ": " + Utf8Text::Shorten(What, 80));
 		Report(std::move(Item));
 		return true;
 	}
@@ -112,7 +116,10 @@ namespace Velmora
 		}
 		End.Kind = ETurnReportKind::ToolCompleted;
 		End.bSuccess = Outcome.bSuccess;
-		bHasFailed |= !Outcome.bSuccess;
+		if (!Outcome.bSuccess)
+		{
+			Fail(Outcome.Sentence);
+		}
 		End.Text = Utf8Text::ToString(Outcome.Sentence);
 		Report(std::move(End));
 		return true;
@@ -214,6 +221,11 @@ namespace Velmora
 		Item.Kind = ETurnReportKind::Answer;
 		Item.Text = Utf8Text::ToString(Text);
 		Report(std::move(Item));
+	}
+
+	void FTurnDesk::Fail(std::string_view Why)
+	{
+		Failure = Failure.empty() ? std::string(Why) : Failure;
 	}
 
 	void FTurnDesk::Report(FTurnReport&& Item)

@@ -30,7 +30,7 @@ namespace Velmora
 	public:
 		FTurnDesk(const FTurnInput& InInput, FTurnControl& InControl, ITurnRunner::FReportSink InSink);
 
-		/** Tells a step, unless the user's plan tells its own. */
+		/** Tells a step, unless the user's plan tells its own. The first one goes without saying: for most requests it is all. */
 		bool BeginStep(std::string_view What);
 
 		/** Runs some work as a tool of the tool box: a row that starts, and ends with its sentence. */
@@ -73,8 +73,12 @@ namespace Velmora
 		/** What the user wants instead of what was refused. */
 		std::string NextPrompt;
 
-		/** A tool has failed, or a request was not understood, since this was last cleared. */
-		bool bHasFailed = false;
+		/** The request at hand could not be carried out; the first reason counts. A sentence. */
+		void Fail(std::string_view Why);
+		bool HasFailed() const { return !Failure.empty(); }
+
+		/** Why a tool has failed or a request was not understood since this was last cleared. */
+		std::string Failure;
 		bool bHasPlan = false;
 		int StepCount = 0;
 		int ToolCount = 0;

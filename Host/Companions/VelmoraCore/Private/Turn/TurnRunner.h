@@ -26,7 +26,7 @@ namespace Velmora
 		Plan, // Plan; Text: what has changed in it.
 		Decision, // Question. The runner waits for FTurnControl::WaitForDecision right after it.
 		Failed, // Text: why. The turn is over.
-		Finished // The turn is over.
+		Finished // The turn is over. Text: why it did not do what was asked, empty when it did.
 	};
 
 	/** A question that a turn waits on. UTF-8. */

@@ -11,11 +11,14 @@ namespace Velmora
 		/** The folder "Velmora" of the engine's saved folder: absolute, no '/' at the end. */
 		FString Folder;
 
+		/** Where conversations, undo and the draft are kept: Folder, unless SetStoreFolders names another. */
+		FString ConversationFolder;
+
 		/** Name of the project's own files in it: the project folder's name and a hash of its real path, fit for every file system. */
 		FString ProjectName;
 
 		/** One database of conversations per project. */
-		FString GetDatabasePath() const { return Folder + TEXT("/") + ProjectName + TEXT(".db"); }
+		FString GetDatabasePath() const { return ConversationFolder + TEXT("/") + ProjectName + TEXT(".db"); }
 
 		/** What the search knows of the conversations; made anew when it is missing. */
 		FString GetSearchPath() const { return Folder + TEXT("/") + ProjectName + TEXT(".search.db"); }
@@ -24,17 +27,26 @@ namespace Velmora
 		FString GetMarksPath() const { return Folder + TEXT("/") + ProjectName + TEXT(".names"); }
 
 		/** Former contents of files that the agent has changed. */
-		FString GetUndoFolder() const { return Folder + TEXT("/") + ProjectName + TEXT(".undo"); }
+		FString GetUndoFolder() const { return ConversationFolder + TEXT("/") + ProjectName + TEXT(".undo"); }
 
 		/** What the user has allowed and refused for good in the project. */
 		FString GetRulesPath() const { return Folder + TEXT("/") + ProjectName + TEXT(".rules"); }
 
 		/** Text of the prompt that was not sent yet. */
-		FString GetDraftPath() const { return Folder + TEXT("/") + ProjectName + TEXT(".draft"); }
+		FString GetDraftPath() const { return ConversationFolder + TEXT("/") + ProjectName + TEXT(".draft"); }
 	};
 
 	/** For the project that is open now. Any thread. Without a project folder the project's name is "none". */
 	VELMORACORE_API FStoreLocation GetStoreLocation();
+
+	/**
+	 * Keeps things elsewhere, for a run that leaves nothing behind or whose user has no folder to write to. Absolute; an empty text
+	 * means the usual place. Before anything else of the library is used.
+	 */
+	VELMORACORE_API void SetStoreFolders(const FString& Folder, const FString& ConversationFolder);
+
+	/** HOME, or the home folder of the user's record where that is not set. Absolute; empty when neither names one. Any thread. */
+	VELMORACORE_API FString GetUserHomeFolder();
 
 	/**
 	 * Makes a folder and the missing ones above it, each for the user alone (mode 0700), whatever the mask. The folder itself
