@@ -7,6 +7,8 @@
 #include "Support/Base/TempFolder.h"
 #include "Support/Base/VirtualDisplay.h"
 
+#include <SDL.h>
+
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
@@ -196,4 +198,46 @@ TEST(NoDisplay, IsSaidInASentence)
 		EXPECT_FALSE(FHostPlatform::CreateDesktopWindow(FHostWindowOptions(), Error).IsValid());
 		EXPECT_TRUE(Error.Contains(TEXT("no display"))) << Utf8(Error);
 	}
+}
+
+TEST_F(DesktopWindow, OpensWhereItWasAndFitsTheMonitor)
+{
+	const FTempFolder Folder;
+	const auto Open = [&](const FIntPoint& Size, const FString& Place)
+	{
+		Window.Reset();
+		FHostWindowOptions Options;
+		Options.Title = TEXT("Placed");
+		Options.PixelSize = Size;
+		Options.PlacePath = Place;
+		Options.bFitsMonitor = true;
+		FString Error;
+		Window = FHostPlatform::CreateDesktopWindow(Options, Error);
+		EXPECT_TRUE(Window.IsValid()) << Utf8(Error);
+		Settle();
+	};
+	// Larger than any monitor, and one that was made smaller by hand.
+	Open(FIntPoint(9000, 8000), Folder.At(TEXT("place")));
+	EXPECT_LT(Window->GetPixelSize().X, 9000);
+	EXPECT_LT(Window->GetPixelSize().Y, 8000);
+	Window->Resize(FIntPoint(411, 322));
+	Settle();
+	Open(FIntPoint(300, 200), Folder.At(TEXT("place")));
+	EXPECT_EQ(Window->GetPixelSize(), FIntPoint(411, 322));
+	// A monitor that is gone, and what is no place at all.
+	for (const char* Text : { "90000 90000 400 300 0\n", "nonsense", "0 0 -5 300 0\n", "" })
+	{
+		Folder.Write("bad", Text);
+		Open(FIntPoint(300, 200), Folder.At(TEXT("bad")));
+		EXPECT_EQ(Window->GetPixelSize(), FIntPoint(300, 200)) << Text;
+	}
+}
+
+TEST_F(DesktopWindow, ASelectionIsThePrimaryOne)
+{
+	Settle();
+	FHostPlatform::SetPrimarySelection(TEXT("chosen \u00E4"));
+	char* const Text = SDL_GetPrimarySelectionText();
+	EXPECT_STREQ(Text, "chosen \xC3\xA4");
+	SDL_free(Text);
 }

@@ -18,6 +18,7 @@ TEST(FontCheck, MissingFontsAreNamedWithTheirPackages)
 	setenv("FONTCONFIG_FILE", Folder.AtBytes("fonts.conf").c_str(), 1);
 	FcInitReinitialize();
 	const TArray<FString> Missing = FHostPlatform::FindMissingFonts();
+	const FString Scripts = FHostPlatform::FindMissingScripts();
 	UsePinnedFonts();
 	FcInitReinitialize();
 
@@ -25,4 +26,7 @@ TEST(FontCheck, MissingFontsAreNamedWithTheirPackages)
 	EXPECT_TRUE(Missing[0].Contains(TEXT("Roboto")) && Missing[0].Contains(TEXT("fonts-roboto-unhinted")));
 	EXPECT_TRUE(Missing[1].Contains(TEXT("fonts-noto-mono")));
 	EXPECT_TRUE(Missing[2].Contains(TEXT("fonts-noto-color-emoji")));
+	EXPECT_EQ(Utf8(Scripts),
+		"There is no font for Chinese, Japanese, Korean, Thai, Arabic, Hindi, Tamil: boxes stand for its letters. Please install "
+		"fonts-noto-cjk fonts-noto-core.");
 }

@@ -9,6 +9,7 @@
 #include "Widgets/Input/SMultiLineEditableTextBox.h"
 #include "Widgets/Layout/SBorder.h"
 #include "Widgets/Layout/SBox.h"
+#include "Widgets/Layout/SScrollBox.h"
 #include "Widgets/SBoxPanel.h"
 #include "Widgets/SCompoundWidget.h"
 #include "Widgets/SLeafWidget.h"
@@ -20,6 +21,17 @@
 
 namespace
 {
+	/** Takes the keyboard for what is in it. */
+	class SStopsPanel : public SCompoundWidget
+	{
+	public:
+		SLATE_BEGIN_ARGS(SStopsPanel) {}
+		SLATE_DEFAULT_SLOT(FArguments, Content)
+		SLATE_END_ARGS()
+		void Construct(const FArguments& InArgs) { ChildSlot[InArgs._Content.Widget]; }
+		virtual bool SupportsKeyboardFocus() const override { return true; }
+	};
+
 	/** Writes down what it is told, and answers as the test says. */
 	class SProbe : public SLeafWidget
 	{
@@ -198,6 +210,55 @@ TEST_F(FApplicationTest, TabGoesRoundAndShowsTheRing)
 	EXPECT_TRUE(A->HasKeyboardFocus());
 	PressKey("SHIFT+Tab");
 	EXPECT_TRUE(C->HasKeyboardFocus());
+	// A window without the keyboard does not look as if it had it.
+	App().GetMessageHandler().OnWindowActivated(false);
+	EXPECT_FALSE(C->ShouldShowFocusRing());
+	App().GetMessageHandler().OnWindowActivated(true);
+	EXPECT_TRUE(C->ShouldShowFocusRing());
+}
+
+TEST_F(FApplicationTest, TabGoesToWhatCanBeSeenOrBringsItIntoView)
+{
+	TSharedPtr<SWidget> A;
+	TSharedPtr<SWidget> Far;
+	TSharedPtr<SScrollBox> Scroll;
+	// clang-format off
+	Show(SNew(SVerticalBox)
+		+ SVerticalBox::Slot().AutoHeight()[ SAssignNew(A, SProbe).Tag("A").Focusable(true) ]
+		+ SVerticalBox::Slot().AutoHeight()
+		[
+			SNew(SBox).HeightOverride(20.0f).Clipping(EWidgetClipping::ClipToBounds)
+			[
+				SNew(SVerticalBox)
+				+ SVerticalBox::Slot().AutoHeight()[ SNew(SBox).HeightOverride(50.0f) ]
+				+ SVerticalBox::Slot().AutoHeight()[ SNew(SProbe).Tag("CutAway").Focusable(true) ]
+			]
+		]
+		// A panel that hands keys on to what is in it.
+		+ SVerticalBox::Slot().FillHeight(1.0f)
+		[
+			SNew(SStopsPanel)
+			[
+				SAssignNew(Scroll, SScrollBox)
+			]
+		]);
+	// clang-format on
+	for (int32 Index = 0; Index < 40; ++Index)
+	{
+		Scroll->AddSlot()[SAssignNew(Far, SProbe).Tag("Far").Focusable(true)];
+	}
+	PumpFrame();
+	PressKey("Tab");
+	EXPECT_TRUE(A->HasKeyboardFocus());
+	PressKey("SHIFT+Tab");
+	EXPECT_TRUE(Far->HasKeyboardFocus()) << Utf8(App().GetKeyboardFocusedWidget()->GetTag().ToString());
+	PumpSeconds(0.1);
+	const FSlateRect View = GetRect(*Scroll);
+	EXPECT_LE(GetRect(*Far).Bottom, View.Bottom + 1.0f) << "it was scrolled into view";
+	PressKey("Tab");
+	EXPECT_TRUE(A->HasKeyboardFocus());
+	PressKey("Tab");
+	EXPECT_EQ(Utf8(App().GetKeyboardFocusedWidget()->GetTag().ToString()), "Far") << "neither what is cut away nor the panel";
 }
 
 TEST_F(FApplicationTest, AHandlerMayRemoveItsOwnWidget)
@@ -313,6 +374,7 @@ TEST_F(FApplicationTest, TooltipsComeAfterARestAndGoWithAKey)
 	EXPECT_EQ(VisibleTexts(), FTextList());
 	PumpSeconds(0.3);
 	EXPECT_EQ(VisibleTexts(), FTextList{ "Helpful" });
+	EXPECT_GE(GetRect(*FindByText("Helpful")).Top, 50.0f) << "it does not cover what it explains";
 	PressKey("A");
 	EXPECT_EQ(VisibleTexts(), FTextList());
 	PumpSeconds(1.0);

@@ -155,8 +155,15 @@ protected:
 TEST_F(FSaveDialogTest, EnterSavesUnderTheNameOfferedOrTyped)
 {
 	EXPECT_EQ(Ask({ Key(EKeys::Enter) }), Folder.AtBytes("talk.md"));
-	// What is offered is selected, so typing replaces it; nothing is added to what was typed.
-	EXPECT_EQ(Ask({ Type(TEXT("notes")), Key(EKeys::Enter) }), Folder.AtBytes("notes"));
+	// What is offered is selected, so typing replaces it; the kind that is shown supplies the ending when none is typed.
+	EXPECT_EQ(Ask({ Type(TEXT("notes")), Key(EKeys::Enter) }), Folder.AtBytes("notes.md"));
+	EXPECT_EQ(Ask({ Type(TEXT("v1.")), Key(EKeys::Enter) }), Folder.AtBytes("v1..md"));
+	EXPECT_EQ(Ask({ Type(TEXT("notes.text")), Key(EKeys::Enter) }), Folder.AtBytes("notes.text"));
+	EXPECT_EQ(Ask({ Type(TEXT(".hidden")), Key(EKeys::Enter) }), Folder.AtBytes(".hidden.md"));
+	const auto ToFilter = [this]() { App().SetKeyboardFocus(FindByTag("SaveFilterBox")); };
+	EXPECT_EQ(Ask({ Type(TEXT("page")), ToFilter, Key(EKeys::Down), [this]() { App().SetKeyboardFocus(FindByTag("SaveButton")); },
+				  Key(EKeys::Enter) }),
+		Folder.AtBytes("page.html"));
 	EXPECT_EQ(Ask({ Type(TEXT("notes")), Key(EKeys::Escape) }), "-");
 }
 

@@ -29,6 +29,7 @@ namespace
 		std::mutex Mutex;
 		TFunction<void(const FString&)> Problem;
 		TFunction<void()> DisplayLost;
+		bool bToldToEnd = false;
 		TArray<FString> Targets;
 	};
 
@@ -60,6 +61,11 @@ TArray<FString> FHostPlatform::FindMissingFonts()
 	return FFontCheck::FindMissing();
 }
 
+FString FHostPlatform::FindMissingScripts()
+{
+	return FFontCheck::FindMissingScripts();
+}
+
 TSharedPtr<IHostWindow> FHostPlatform::CreateDesktopWindow(const FHostWindowOptions& Options, FString& OutError)
 {
 	FHostWindowOptions Clamped = Options;
@@ -78,6 +84,11 @@ TSharedRef<IHostWindow> FHostPlatform::CreateHeadlessWindow(const FIntPoint& Pix
 {
 	FHostServices::SetClipboardHooks(nullptr, nullptr);
 	return MakeShared<FHeadlessWindow>(ClampSize(PixelSize), ClampScale(Scale));
+}
+
+void FHostPlatform::SetPrimarySelection(const FString& Text)
+{
+	FSdlClipboard::Select(Text);
 }
 
 void FHostPlatform::InstallLauncher(bool bStartNothing)
@@ -150,6 +161,20 @@ void PlatformState::CallDisplayLost()
 	{
 		DisplayLost();
 	}
+}
+
+void PlatformState::NoteToldToEnd()
+{
+	FPlatformHandlers& Handlers = GetHandlers();
+	const std::lock_guard<std::mutex> Lock(Handlers.Mutex);
+	Handlers.bToldToEnd = true;
+}
+
+bool FHostPlatform::IsToldToEnd()
+{
+	FPlatformHandlers& Handlers = GetHandlers();
+	const std::lock_guard<std::mutex> Lock(Handlers.Mutex);
+	return Handlers.bToldToEnd;
 }
 
 // What would have been opened, for those who started with nothing to be opened. The newest are kept.

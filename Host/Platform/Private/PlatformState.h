@@ -9,5 +9,7 @@ namespace PlatformState
 	/** Tells the user through the handler, or the log. From another thread it goes over to the game thread. */
 	void ReportProblem(const FString& Sentence);
 	void CallDisplayLost();
+	/** By a signal of the system, which waits for no answer. */
+	void NoteToldToEnd();
 	void RecordTarget(const FString& Target);
 }

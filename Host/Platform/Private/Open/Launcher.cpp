@@ -120,6 +120,16 @@ namespace
 	}
 }
 
+namespace
+{
+	/** What it was about stands in front, unless the sentence names it. */
+	FString NameTarget(const FString& Target, const FString& Sentence)
+	{
+		const FString Readable = OpenRules::MakeReadable(Target);
+		return Sentence.Contains(Readable, ESearchCase::CaseSensitive) ? Sentence : Readable + TEXT(": ") + Sentence;
+	}
+}
+
 void FLauncher::Install(bool bStartNothing)
 {
 	FHostServices::SetLaunchHook(
@@ -145,7 +155,7 @@ bool FLauncher::Launch(const FHostLaunchRequest& Given, bool bStartNothing, FStr
 	}
 	if (Decision.Verdict == EOpenVerdict::Refuse)
 	{
-		OutError = Decision.Reason;
+		OutError = NameTarget(Request.Target, Decision.Reason);
 		PlatformState::ReportProblem(OutError);
 		return false;
 	}
@@ -163,6 +173,7 @@ bool FLauncher::Launch(const FHostLaunchRequest& Given, bool bStartNothing, FStr
 	}
 	if (!Start(Target, Line, Editor, OutError))
 	{
+		OutError = NameTarget(Target, OutError);
 		PlatformState::ReportProblem(OutError);
 		return false;
 	}

@@ -26,6 +26,18 @@ namespace
 		static FClipboardState State;
 		return State;
 	}
+
+	std::string MakeClipboardText(const FString& Text)
+	{
+		std::string Utf8;
+		FTCHARToUTF8::Append(Utf8, Text);
+		// The clipboard ends a text at its first null.
+		for (size_t Null = Utf8.find('\0'); Null != std::string::npos; Null = Utf8.find('\0', Null))
+		{
+			Utf8.replace(Null, 1, "\xEF\xBF\xBD");
+		}
+		return Utf8;
+	}
 }
 
 void FSdlClipboard::Install()
@@ -43,17 +55,22 @@ void FSdlClipboard::SetWindow(SDL_Window* Window)
 	}
 }
 
+void FSdlClipboard::Select(const FString& Text)
+{
+	const FClipboardState& State = GetClipboardState();
+	const std::string Utf8 = MakeClipboardText(Text);
+	// Nobody has asked for it, so nobody is told when it is too long or the desktop knows no such thing.
+	if (State.Window && Utf8.size() <= X11Support::GetMaxClipboardBytes(State.Window))
+	{
+		SDL_SetPrimarySelectionText(Utf8.c_str());
+	}
+}
+
 void FSdlClipboard::Copy(const FString& Text)
 {
 	FClipboardState& State = GetClipboardState();
 	State.Kept.Empty();
-	std::string Utf8;
-	FTCHARToUTF8::Append(Utf8, Text);
-	// The clipboard ends a text at its first null.
-	for (size_t Null = Utf8.find('\0'); Null != std::string::npos; Null = Utf8.find('\0', Null))
-	{
-		Utf8.replace(Null, 1, "\xEF\xBF\xBD");
-	}
+	const std::string Utf8 = MakeClipboardText(Text);
 	if (Utf8.size() > X11Support::GetMaxClipboardBytes(State.Window))
 	{
 		// The X server would end the connection over a request of this size.

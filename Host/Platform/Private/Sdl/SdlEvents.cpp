@@ -1,4 +1,5 @@
 #include "Host/HostClock.h"
+#include "PlatformState.h"
 #include "Sdl/SdlKeys.h"
 #include "Sdl/SdlWindow.h"
 
@@ -98,12 +99,13 @@ void FSdlWindow::Dispatch(IHostMessageHandler& Handler, const SDL_Event& Event)
 		DispatchWindowEvent(Handler, Event.window);
 		break;
 	case SDL_QUIT:
-		// Closing the last window raises this as well.
-		if (!bCloseSent)
+		// Closing the last window raises this as well, perhaps within the loop of a question about it. Otherwise it was a signal.
+		if (!bQuitFollows)
 		{
-			bCloseSent = true;
+			PlatformState::NoteToldToEnd();
 			Handler.OnCloseRequested();
 		}
+		bQuitFollows = false;
 		break;
 	default:
 		break;
@@ -193,6 +195,7 @@ void FSdlWindow::DispatchWindowEvent(IHostMessageHandler& Handler, const SDL_Win
 		if (!bCloseSent)
 		{
 			bCloseSent = true;
+			bQuitFollows = true;
 			Handler.OnCloseRequested();
 		}
 		break;

@@ -4,6 +4,7 @@
 #include "Logging/LogMacros.h"
 #include "Paint/Screenshot.h"
 #include "Sdl/SdlClipboard.h"
+#include "Sdl/SdlPlace.h"
 #include "Sdl/X11Support.h"
 
 #include <algorithm>
@@ -93,15 +94,27 @@ TSharedPtr<FSdlWindow> FSdlWindow::Create(const FHostWindowOptions& Options, FSt
 	{
 		return nullptr;
 	}
-	SDL_Window* const Handle = SDL_CreateWindow(TCHAR_TO_UTF8(*Options.Title), SDL_WINDOWPOS_UNDEFINED, SDL_WINDOWPOS_UNDEFINED,
-		Options.PixelSize.X, Options.PixelSize.Y, SDL_WINDOW_RESIZABLE | SDL_WINDOW_SHOWN);
+	const FIntPoint Size = Options.bFitsMonitor ? SdlPlace::FitSize(Options.PixelSize) : Options.PixelSize;
+	SDL_Rect Place = { SDL_WINDOWPOS_UNDEFINED, SDL_WINDOWPOS_UNDEFINED, Size.X, Size.Y };
+	bool bMaximised = false;
+	if (!Options.PlacePath.IsEmpty())
+	{
+		SdlPlace::Load(Options.PlacePath, Place, bMaximised);
+	}
+	SDL_Window* const Handle = SDL_CreateWindow(TCHAR_TO_UTF8(*Options.Title), Place.x, Place.y, Place.w, Place.h,
+		SDL_WINDOW_RESIZABLE | SDL_WINDOW_SHOWN | (bMaximised ? static_cast<Uint32>(SDL_WINDOW_MAXIMIZED) : 0u));
 	if (!Handle)
 	{
 		OutError = FString::Printf(TEXT("The window could not be opened: %s."), UTF8_TO_TCHAR(SDL_GetError()));
 		SDL_QuitSubSystem(SDL_INIT_VIDEO);
 		return nullptr;
 	}
+	if (Options.MinPixelSize.X > 0 && Options.MinPixelSize.Y > 0)
+	{
+		SDL_SetWindowMinimumSize(Handle, Options.MinPixelSize.X, Options.MinPixelSize.Y);
+	}
 	TSharedPtr<FSdlWindow> Result(new FSdlWindow(Handle, Options.Scale));
+	Result->PlacePath = Options.PlacePath;
 	if (!Options.IconPath.IsEmpty())
 	{
 		Result->SetIcon(Options.IconPath);
@@ -127,6 +140,10 @@ FSdlWindow::FSdlWindow(SDL_Window* InWindow, float InScale)
 // In this order: the painter first, since its surface lies in the window's pixels.
 FSdlWindow::~FSdlWindow()
 {
+	if (!PlacePath.IsEmpty())
+	{
+		SdlPlace::Save(PlacePath, Window);
+	}
 	FSdlClipboard::SetWindow(nullptr);
 	Painter.SetTarget(nullptr, 0, 0, 0);
 	for (SDL_Cursor* Cursor : Cursors)

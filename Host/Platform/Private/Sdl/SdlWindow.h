@@ -58,6 +58,7 @@ private:
 	std::vector<SDL_Cursor*> Cursors;
 	EMouseCursor::Type CurrentCursor = EMouseCursor::Default;
 	float Scale = 1.0f;
+	FString PlacePath;
 	SDL_Rect TextInputRect = {};
 	uint32 WakeEvent = 0;
 	std::atomic<bool> bWakePending{ false };
@@ -66,6 +67,8 @@ private:
 	bool bTextInputClosed = false;
 	bool bMoveWaits = false;
 	bool bCloseSent = false;
+	/** SDL tells of the end once more for a window that was closed. */
+	bool bQuitFollows = false;
 	FVector2D MovePosition = FVector2D(0, 0);
 	uint32 ButtonsDown = 0;
 };

@@ -16,6 +16,43 @@ namespace
 		{ "Noto Color Emoji", TEXT("Noto Color Emoji"), TEXT("fonts-noto-color-emoji") },
 	};
 
+	/** Scripts that people write in here, a word of each, and what has its letters. */
+	struct FWantedScript
+	{
+		const char* Language;
+		const TCHAR* Name;
+		const TCHAR* Package;
+	};
+	constexpr FWantedScript WantedScripts[] = {
+		{ "zh-cn", TEXT("Chinese"), TEXT("fonts-noto-cjk") },
+		{ "ja", TEXT("Japanese"), TEXT("fonts-noto-cjk") },
+		{ "ko", TEXT("Korean"), TEXT("fonts-noto-cjk") },
+		{ "th", TEXT("Thai"), TEXT("fonts-noto-core") },
+		{ "ar", TEXT("Arabic"), TEXT("fonts-noto-core") },
+		{ "hi", TEXT("Hindi"), TEXT("fonts-noto-core") },
+		{ "ta", TEXT("Tamil"), TEXT("fonts-noto-core") },
+	};
+
+	/** By what fonts say that they are for: the letters themselves would take a look into each file. */
+	bool HasFontFor(const char* Language)
+	{
+		FcPattern* Pattern = FcPatternCreate();
+		FcLangSet* Languages = FcLangSetCreate();
+		FcLangSetAdd(Languages, reinterpret_cast<const FcChar8*>(Language));
+		FcPatternAddLangSet(Pattern, FC_LANG, Languages);
+		FcObjectSet* Objects = FcObjectSetBuild(FC_FAMILY, nullptr);
+		FcFontSet* Found = FcFontList(nullptr, Pattern, Objects);
+		const bool bHas = Found && Found->nfont > 0;
+		if (Found)
+		{
+			FcFontSetDestroy(Found);
+		}
+		FcObjectSetDestroy(Objects);
+		FcLangSetDestroy(Languages);
+		FcPatternDestroy(Pattern);
+		return bHas;
+	}
+
 	bool IsInstalled(const char* Family)
 	{
 		FcPattern* Pattern = FcPatternCreate();
@@ -51,4 +88,21 @@ TArray<FString> FFontCheck::FindMissing()
 		}
 	}
 	return Sentences;
+}
+
+FString FFontCheck::FindMissingScripts()
+{
+	TArray<FString> Names;
+	TArray<FString> Packages;
+	for (const FWantedScript& Script : WantedScripts)
+	{
+		if (!HasFontFor(Script.Language))
+		{
+			Names.Add(Script.Name);
+			Packages.AddUnique(Script.Package);
+		}
+	}
+	return Names.IsEmpty() ? FString()
+						   : FString::Printf(TEXT("There is no font for %s: boxes stand for its letters. Please install %s."),
+								 *FString::Join(Names, TEXT(", ")), *FString::Join(Packages, TEXT(" ")));
 }

@@ -11,8 +11,14 @@ struct FHostWindowOptions
 	FIntPoint PixelSize = FIntPoint(1280, 800);
 	/** Device pixels per layout unit. X11 tells none, so it comes from an option or the environment. */
 	float Scale = 1.0f;
+	/** No smaller than this by hand; zero for any size. */
+	FIntPoint MinPixelSize = FIntPoint(0, 0);
 	/** PNG file shown by the window manager; empty for none. */
 	FString IconPath;
+	/** File that keeps place and size from one window to the next; empty for none. What it holds counts before PixelSize. */
+	FString PlacePath;
+	/** What does not fit on the monitor becomes smaller. */
+	bool bFitsMonitor = false;
 };
 
 /**
@@ -26,12 +32,19 @@ public:
 	static void InstallTextShaper();
 	/** One sentence for each font that is wanted and not installed, with the Debian package that has it. */
 	static TArray<FString> FindMissingFonts();
+	/** One sentence for the scripts that no installed font has letters for, with their packages; empty when there is none. */
+	static FString FindMissingScripts();
 
 	/**
 	 * A window on the screen. The clipboard is the desktop's from then on.
 	 * @param OutError  Filled with a sentence when the result is null, as when there is no display.
 	 */
 	static TSharedPtr<IHostWindow> CreateDesktopWindow(const FHostWindowOptions& Options, FString& OutError);
+	/**
+	 * What is selected on screen, for programs that paste it by the middle button. Without a desktop window, and for a text that is
+	 * too long for the X server, nothing happens.
+	 */
+	static void SetPrimarySelection(const FString& Text);
 	/** A picture in memory that behaves like a window. The clipboard is one within the process. Needs no display. */
 	static TSharedRef<IHostWindow> CreateHeadlessWindow(const FIntPoint& PixelSize, float Scale);
 
@@ -48,6 +61,8 @@ public:
 
 	/** Told, in a sentence for the user, when the clipboard or an opening failed. Game thread. Without one the log says it. */
 	static void SetProblemHandler(TFunction<void(const FString&)> Handler);
+	/** A signal (SIGTERM, SIGINT) has told the program to end: nobody is there to be asked. */
+	static bool IsToldToEnd();
 	/**
 	 * Called when the display server went away, on the thread that noticed, to save what is not saved. It must not paint
 	 * or pump. The process then says one sentence on the standard error stream and ends with exit code 1.

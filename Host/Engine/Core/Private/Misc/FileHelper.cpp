@@ -144,9 +144,11 @@ bool FFileHelper::LoadFileToArray(TArray<uint8>& OutBytes, const TCHAR* Filename
 	errno = ENOENT;
 	if (Path.empty() || !ReadBytes(Path, OutBytes))
 	{
-		const FString Reason = HostFileSystem::Describe(errno);
+		const int Error = errno;
+		const FString Reason = HostFileSystem::Describe(Error);
 		OutBytes.Reset();
-		UE_CLOG(!(Flags & FILEWRITE_Silent), LogFileHelper, Log, TEXT("Cannot read %s: %s"), Filename, *Reason);
+		// What is not there yet is nothing to be read about: it is how every new project begins.
+		UE_CLOG(!(Flags & FILEWRITE_Silent) && Error != ENOENT, LogFileHelper, Log, TEXT("Cannot read %s: %s"), Filename, *Reason);
 		return false;
 	}
 	return true;

@@ -50,7 +50,8 @@ private:
 	TSharedRef<SWidget> MakeRow(const TSharedRef<FRow>& Row, bool bOdd);
 	TSharedRef<SWidget> MakeEditor(const TSharedRef<FRow>& Row);
 	TSharedRef<SWidget> MakeTextEditor(const TSharedRef<FRow>& Row);
-	TSharedRef<SWidget> MakeNumberEditor(const TSharedRef<FRow>& Row);
+	/** A box of one line, units wide at the most. */
+	TSharedRef<SWidget> MakeLineEditor(const TSharedRef<FRow>& Row, float Width);
 	TSharedRef<SWidget> MakeCheckBox(const TSharedRef<FRow>& Row);
 	TSharedRef<SWidget> MakeChoice(const TSharedRef<FRow>& Row);
 

@@ -22,9 +22,17 @@ namespace
 	constexpr float ShortValueHeight = 26.0f;
 	constexpr float RowSide = 16.0f;
 
+	/** What is called a folder, a file or a path is one line, however long. */
+	bool IsPath(const FSettingsProperty& Property)
+	{
+		return Property.Kind == FSettingsProperty::EKind::Text &&
+			(Property.Name.EndsWith(TEXT("Folder")) || Property.Name.EndsWith(TEXT("Directory")) || Property.Name.EndsWith(TEXT("File")) ||
+				Property.Name.EndsWith(TEXT("Path")));
+	}
+
 	bool HasManyLines(const FSettingsProperty& Property)
 	{
-		return Property.Kind == FSettingsProperty::EKind::Text || Property.Kind == FSettingsProperty::EKind::Lines;
+		return (Property.Kind == FSettingsProperty::EKind::Text && !IsPath(Property)) || Property.Kind == FSettingsProperty::EKind::Lines;
 	}
 }
 
@@ -107,12 +115,12 @@ TSharedRef<SWidget> SSettingsPage::MakeEditor(const TSharedRef<FRow>& Row)
 		return MakeCheckBox(Row);
 	case FSettingsProperty::EKind::WholeNumber:
 	case FSettingsProperty::EKind::Number:
-		return Row->Property.Choices.Num() > 0 ? MakeChoice(Row) : MakeNumberEditor(Row);
+		return Row->Property.Choices.Num() > 0 ? MakeChoice(Row) : MakeLineEditor(Row, ShortValueWidth);
 	case FSettingsProperty::EKind::Text:
 	case FSettingsProperty::EKind::Lines:
 		break;
 	}
-	return MakeTextEditor(Row);
+	return IsPath(Row->Property) ? MakeLineEditor(Row, MaxValueWidth) : MakeTextEditor(Row);
 }
 
 // Saved with every key. A text is set only when it differs, or the caret would jump at each refresh.
@@ -156,22 +164,25 @@ TSharedRef<SWidget> SSettingsPage::MakeTextEditor(const TSharedRef<FRow>& Row)
 	return Editor;
 }
 
-TSharedRef<SWidget> SSettingsPage::MakeNumberEditor(const TSharedRef<FRow>& Row)
+TSharedRef<SWidget> SSettingsPage::MakeLineEditor(const TSharedRef<FRow>& Row, float Width)
 {
 	TSharedPtr<SEditableTextBox> Box;
 	// clang-format off
-	const TSharedRef<SWidget> Editor = SNew(SBox)
-		.HAlign(HAlign_Left)
+	const TSharedRef<SWidget> Editor = SNew(SHorizontalBox)
+		+ SHorizontalBox::Slot()
+		.FillWidth(1.0f)
+		.MaxWidth(Width)
 		[
-			SNew(SBox)
-			.WidthOverride(ShortValueWidth)
-			[
-				SAssignNew(Box, SEditableTextBox)
-				.Tag(FName(*Row->Property.Name))
-				.SelectAllTextWhenFocused(true)
-				.ClearKeyboardFocusOnCommit(false)
-				.OnTextChanged_Lambda([this, Row](const FText& Text) { SetValue(*Row, Text.ToString()); })
-			]
+			SAssignNew(Box, SEditableTextBox)
+			.Tag(FName(*Row->Property.Name))
+			.SelectAllTextWhenFocused(true)
+			.ClearKeyboardFocusOnCommit(false)
+			.OnTextChanged_Lambda([this, Row](const FText& Text) { SetValue(*Row, Text.ToString()); })
+		]
+		+ SHorizontalBox::Slot()
+		.FillWidth(0.001f)
+		[
+			SNew(SSpacer)
 		];
 	// clang-format on
 	const TWeakPtr<SEditableTextBox> WeakBox = Box;
@@ -179,10 +190,11 @@ TSharedRef<SWidget> SSettingsPage::MakeNumberEditor(const TSharedRef<FRow>& Row)
 	Row->Refresh = [this, Plain, WeakBox]()
 	{
 		const TSharedPtr<SEditableTextBox> Shown = WeakBox.Pin();
-		// A text that was not taken stays until it is mended.
-		if (Shown && Plain->Complaint.IsEmpty())
+		// A text that was not taken stays until it is mended. One that is the same keeps its caret.
+		const FString Value = GetValue(*Plain);
+		if (Shown && Plain->Complaint.IsEmpty() && !Shown->GetText().ToString().Equals(Value))
 		{
-			Shown->SetText(FText::FromString(GetValue(*Plain)));
+			Shown->SetText(FText::FromString(Value));
 		}
 	};
 	return Editor;
@@ -207,6 +219,14 @@ TSharedRef<SWidget> SSettingsPage::MakeCheckBox(const TSharedRef<FRow>& Row)
 			.Tag(FName(*Row->Property.Name))
 			.IsChecked_Lambda(GetState)
 			.OnCheckStateChanged_Lambda(OnChanged)
+			[
+				SNew(STextBlock)
+				.Text_Lambda([GetState]()
+				{
+					return GetState() == ECheckBoxState::Checked ? NSLOCTEXT("Settings", "On", "On") : NSLOCTEXT("Settings", "Off", "Off");
+				})
+				.Margin(FMargin(6.0f, 0.0f, 0.0f, 0.0f))
+			]
 		];
 	// clang-format on
 }

@@ -202,7 +202,7 @@ void SHostTextWidget::PaintBox(const FGeometry& Geometry, FSlateWindowElementLis
 	{
 		Brush = &Box.BackgroundImageDisabled;
 	}
-	else if (HasKeyboardFocus())
+	else if (HasKeyboardFocus() && FHostFocus::Get().bWindowActive)
 	{
 		Brush = &Box.BackgroundImageFocused;
 	}

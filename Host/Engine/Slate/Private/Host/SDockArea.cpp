@@ -5,6 +5,7 @@
 #include "Widgets/Layout/SBorder.h"
 #include "Widgets/Layout/SBox.h"
 #include "Widgets/SBoxPanel.h"
+#include "Widgets/Text/STextBlock.h"
 
 // A well of tabs and the content of one of them. Contents of the others are kept by their tabs and are out of the tree, so
 // they cost nothing; with a tab goes which of its widgets had the keyboard.
@@ -13,6 +14,24 @@ namespace
 {
 	constexpr float DockWellHeight = 32.0f;
 	constexpr float DockWellSide = 4.0f;
+
+	/** Where all tabs are closed, how to open one. */
+	TSharedRef<SWidget> MakeEmptyHint()
+	{
+		// clang-format off
+		return SNew(SBox)
+			.HAlign(HAlign_Center)
+			.VAlign(VAlign_Center)
+			.Padding(FMargin(16.0f))
+			[
+				SNew(STextBlock)
+				.Tag(FName(TEXT("NoTabHint")))
+				.Text(NSLOCTEXT("HostDock", "NoTab", "Every tab is closed. The menu Window opens them again."))
+				.ColorAndOpacity(FSlateColor(FAppStyle::GetColor(TEXT("Colors.ForegroundSubdued"))))
+				.AutoWrapText(true)
+			];
+		// clang-format on
+	}
 
 	bool IsInside(const TSharedRef<SWidget>& Ancestor, TSharedPtr<SWidget> Widget)
 	{
@@ -133,7 +152,7 @@ void SDockArea::ActivateTab(const TSharedRef<SDockTab>& Tab, ETabActivationCause
 void SDockArea::RefreshContent()
 {
 	const TSharedPtr<SDockTab> Tab = GetActiveTab();
-	ContentHolder->SetContent(Tab ? Tab->GetContent() : SNullWidget::NullWidget);
+	ContentHolder->SetContent(Tab ? Tab->GetContent() : MakeEmptyHint());
 }
 
 // Around the ends; the remainder of a negative number is negative.

@@ -143,7 +143,11 @@ bool SSaveDialog::AskToReplace(const FString& Path) const
 // is made.
 void SSaveDialog::Accept(bool bReplaceWithoutAsking)
 {
-	const FSaveTarget Target = FSaveTarget::Find(Folder, GetName());
+	FSaveTarget Target = FSaveTarget::Find(Folder, GetName());
+	if (Target.Kind == FSaveTarget::EKind::NewFile)
+	{
+		Target = FSaveTarget::Find(Folder, Filter->AddEnding(GetName()));
+	}
 	Problem = Target.Problem;
 	switch (Target.Kind)
 	{

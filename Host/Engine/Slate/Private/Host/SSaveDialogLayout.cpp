@@ -1,5 +1,6 @@
 #include "Host/SSaveDialog.h"
 
+#include "Host/HostFocus.h"
 #include "Styling/AppStyle.h"
 #include "Widgets/Images/SImage.h"
 #include "Widgets/Input/SButton.h"
@@ -202,7 +203,7 @@ TSharedRef<SWidget> SSaveDialog::MakeList(float Height)
 			.BorderImage_Lambda([this]()
 			{
 				// A list without a marked row shows by its frame alone that it has the keyboard.
-				return List->HasKeyboardFocus()
+				return List->HasKeyboardFocus() && FHostFocus::Get().bWindowActive
 					? &FAppStyle::Get().GetWidgetStyle<FEditableTextBoxStyle>(TEXT("NormalEditableTextBox")).BackgroundImageFocused
 					: FAppStyle::GetBrush(TEXT("ExpandableArea.Border"));
 			})

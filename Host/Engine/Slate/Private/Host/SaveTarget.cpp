@@ -9,6 +9,18 @@
 // saved. Everything is decided before the dialog closes, so that a name never turns out to be impossible afterwards,
 // when the text of the file would be lost.
 
+FString FSaveFilter::AddEnding(const FString& Name) const
+{
+	int32 Dot = INDEX_NONE;
+	int32 Wild = INDEX_NONE;
+	const FString Leaf = FSaveTarget::GetLeaf(Name);
+	// A dot in front hides a file, and is no ending.
+	const bool bHasEnding = Leaf.FindLastChar(TEXT('.'), Dot) && Dot > 0 && Dot + 1 < Leaf.Len();
+	const FString Ending = Patterns.Num() > 0 ? Patterns[0].RightChop(1) : FString();
+	const bool bIsOne = Patterns.Num() > 0 && Patterns[0].StartsWith(TEXT("*.")) && !Ending.FindChar(TEXT('*'), Wild);
+	return bHasEnding || !bIsOne || Leaf.IsEmpty() ? Name : Name + Ending;
+}
+
 bool FSaveFilter::Matches(const FString& Name) const
 {
 	for (const FString& Pattern : Patterns)

@@ -10,6 +10,8 @@ struct FSaveFilter
 	/** "*.txt". */
 	TArray<FString> Patterns;
 
+	/** The name with the ending of this kind of file, when it has none and the kind has one. */
+	FString AddEnding(const FString& Name) const;
 	/** Letter case does not count. Without patterns every name fits. */
 	bool Matches(const FString& Name) const;
 	/** Reads "Text (*.txt)|*.txt|Pictures|*.png;*.jpg". Never empty: without a pair there is one row for all files. */

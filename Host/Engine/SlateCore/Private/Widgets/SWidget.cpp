@@ -403,7 +403,8 @@ bool SWidget::HasMouseCapture() const
 
 bool SWidget::ShouldShowFocusRing() const
 {
-	return FHostFocus::Get().bShowRing && HasKeyboardFocus();
+	// A window without the keyboard must not look as if it had it.
+	return FHostFocus::Get().bShowRing && FHostFocus::Get().bWindowActive && HasKeyboardFocus();
 }
 
 // The timer lies with the widget, which calls it when it is painted, and with the host's sleep, which wakes for it.

@@ -108,20 +108,3 @@ TSharedRef<SWidget> FEventPath::GetRootOf(const TSharedRef<SWidget>& Widget)
 	}
 	return Root;
 }
-
-void FEventPath::CollectFocusable(const TSharedRef<SWidget>& Widget, TArray<TSharedRef<SWidget>>& Out)
-{
-	if (!Widget->GetVisibility().IsVisible() || !Widget->IsEnabled())
-	{
-		return;
-	}
-	if (Widget->SupportsKeyboardFocus() && Widget->IsTabStop())
-	{
-		Out.Add(Widget);
-	}
-	FChildren& Children = *Widget->GetChildren();
-	for (int32 Index = 0; Index < Children.Num(); ++Index)
-	{
-		CollectFocusable(Children.GetChildAt(Index), Out);
-	}
-}

@@ -21,8 +21,6 @@ struct FEventPath
 	void Shorten(int32 Count);
 
 	static TSharedRef<SWidget> GetRootOf(const TSharedRef<SWidget>& Widget);
-	/** All widgets that the Tab key can reach, in tree order. */
-	static void CollectFocusable(const TSharedRef<SWidget>& Widget, TArray<TSharedRef<SWidget>>& Out);
 
 private:
 	void CountEnabled();

@@ -1,8 +1,10 @@
 #include "InputRouter.h"
 
 #include "HAL/PlatformTime.h"
+#include "Host/HostClose.h"
 #include "Host/HostFocus.h"
 #include "LayerStack.h"
+#include "TabStops.h"
 
 // Turns what the platform reports into calls of widgets. Presses and wheels go to what lies under the pointer, keys to
 // what has the focus, both from the innermost widget outwards until one handles the event (bubbling); previews go the
@@ -375,7 +377,7 @@ void FInputRouter::OnWindowExposed()
 void FInputRouter::OnCloseRequested()
 {
 	bActivity = true;
-	if (!CloseHandler || CloseHandler())
+	if (FHostClose::MayClose())
 	{
 		bExitRequested = true;
 	}
@@ -431,7 +433,7 @@ bool FInputRouter::SetFocus(const TSharedPtr<SWidget>& Widget, EFocusCause Cause
 bool FInputRouter::FocusFirstBelow(const TSharedRef<SWidget>& Root)
 {
 	TArray<TSharedRef<SWidget>> All;
-	FEventPath::CollectFocusable(Root, All);
+	TabStops::Collect(Root, All);
 	return All.Num() > 0 && SetFocus(All[0], EFocusCause::Navigation);
 }
 
@@ -458,7 +460,7 @@ void FInputRouter::MoveFocusByTab(bool bBackward)
 		}
 	}
 	TArray<TSharedRef<SWidget>> All;
-	FEventPath::CollectFocusable(Root, All);
+	TabStops::Collect(Root, All);
 	if (All.Num() == 0)
 	{
 		return;
@@ -475,7 +477,13 @@ void FInputRouter::MoveFocusByTab(bool bBackward)
 	}
 	const int32 Count = All.Num();
 	Index = Index == INDEX_NONE ? (bBackward ? Count - 1 : 0) : (Index + (bBackward ? Count - 1 : 1)) % Count;
+	// What is cut away cannot be looked at; whoever worked there would not see what becomes of it.
+	for (int32 Tried = 0; Tried < Count && !TabStops::CanBeSeen(All[Index]); ++Tried)
+	{
+		Index = (Index + (bBackward ? Count - 1 : 1)) % Count;
+	}
 	SetFocus(All[Index], EFocusCause::Navigation);
+	TabStops::BringIntoView(All[Index]);
 	FHostFocus::Get().bShowRing = true;
 }
 

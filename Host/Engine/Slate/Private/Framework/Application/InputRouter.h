@@ -41,8 +41,6 @@ public:
 	bool HasActivity() const { return bActivity; }
 	bool TakeExposed();
 
-	/** Asked when the user closes the window; false keeps it open. */
-	TFunction<bool()> CloseHandler;
 	bool bExitRequested = false;
 
 private:

@@ -2,6 +2,7 @@
 
 #include "SFloatingFrames.h"
 #include "Widgets/SNullWidget.h"
+#include "Widgets/Views/STableViewBase.h"
 
 namespace
 {
@@ -13,6 +14,19 @@ namespace
 	constexpr float PopupGap = 2.0f;
 	/** With less room beside its owner a popup covers it after all; slate units. */
 	constexpr float MinHelpHeight = 60.0f;
+
+	/** What is taller than this, in slate units, may be covered by its own tooltip. */
+	constexpr float MaxClearHeight = 80.0f;
+
+	/** The list that a widget is in a row of. */
+	TSharedPtr<SWidget> FindList(TSharedPtr<SWidget> Widget)
+	{
+		while (Widget && !dynamic_cast<const STableViewBase*>(Widget.Get()))
+		{
+			Widget = Widget->GetParentWidget();
+		}
+		return Widget;
+	}
 
 	bool HoldsKeyboard(const SWidget& Widget)
 	{
@@ -199,10 +213,16 @@ FSlateRect FLayerStack::PlaceToolTip(const FVector2D& Size, const FVector2D& Pix
 {
 	static const FName MenuRow(TEXT("SMenuRow"));
 	const TSharedPtr<SWidget> Owner = ToolTipOwner.Pin();
-	if (Owner && Owner->GetType() == MenuRow)
+	const TSharedPtr<SWidget> List = FindList(Owner);
+	if (Owner && (Owner->GetType() == MenuRow || List))
 	{
-		// Beside the menu, so that it covers no other row.
-		const FSlateRect Row = Owner->GetCachedGeometry().GetLayoutBoundingRect();
+		// Beside the menu or the list, so that it covers no other row.
+		FSlateRect Row = Owner->GetCachedGeometry().GetLayoutBoundingRect();
+		if (List)
+		{
+			const FSlateRect All = List->GetCachedGeometry().GetLayoutBoundingRect();
+			Row = FSlateRect(All.Left, Row.Top, All.Right, Row.Bottom);
+		}
 		const float Outside = MenuToolTipGap * Scale;
 		return FPopup::PlacePopup(
 			FSlateRect(Row.Left - Outside, Row.Top + PopupGap, Row.Right + Outside, Row.Bottom), Size, MenuPlacement_MenuRight, PixelSize);
@@ -210,8 +230,15 @@ FSlateRect FLayerStack::PlaceToolTip(const FVector2D& Size, const FVector2D& Pix
 	const float X = static_cast<float>(ToolTipPointer.X);
 	const float Y = static_cast<float>(ToolTipPointer.Y);
 	// The pointer's own place is the anchor, so that the tip moves above it when there is no room below.
-	return FPopup::PlacePopup(
-		FSlateRect(X, Y - PopupGap, X, Y + ToolTipDrop * Scale - PopupGap), Size, MenuPlacement_BelowAnchor, PixelSize);
+	FSlateRect Anchor(X, Y - PopupGap, X, Y + ToolTipDrop * Scale - PopupGap);
+	const FSlateRect Explained = Owner ? Owner->GetCachedGeometry().GetLayoutBoundingRect() : FSlateRect();
+	if (Owner && Explained.ContainsPoint(ToolTipPointer) && Explained.Height() <= MaxClearHeight * Scale)
+	{
+		// What is no taller than some lines is not covered; of a page only the pointer's place is kept clear.
+		Anchor.Top = FMath::Min(Anchor.Top, Explained.Top);
+		Anchor.Bottom = FMath::Max(Anchor.Bottom, Explained.Bottom);
+	}
+	return FPopup::PlacePopup(Anchor, Size, MenuPlacement_BelowAnchor, PixelSize);
 }
 
 bool FLayerStack::NeedsPrepass() const

@@ -387,6 +387,11 @@ FVector2D STableViewBase::ComputeDesiredSize(float LayoutScaleMultiplier) const
 		Width = FMath::Max(Width, Row.Row->AsWidget()->GetDesiredSize().X);
 	}
 	const int32 Shown = MaxRows > 0 ? FMath::Min(Count, MaxRows) : Count;
+	// The bar stands beside the rows; a list that is as wide as they are would cut their ends.
+	if (Shown < Count || HasOverflow(GetCachedGeometry()))
+	{
+		Width += GetTableBarStyle().Room;
+	}
 	const float Height = Rows.IsEmpty() || bRefresh ? KnownHeight : GetAverageHeight();
 	return FVector2D(Width, static_cast<double>(Height) * Shown);
 }

@@ -1,0 +1,18 @@
+#pragma once
+
+#include "CoreMinimal.h"
+
+#include <SDL.h>
+
+/** Where a window stands on the monitors, kept in a small file between runs. Game thread. */
+namespace SdlPlace
+{
+	/** A size that the first monitor has room for, its panels left out. */
+	FIntPoint FitSize(const FIntPoint& Wanted);
+
+	/** The rectangle that was kept, if enough of it lies on a monitor to take hold of. @return Whether OutPlace was filled. */
+	bool Load(const FString& Path, SDL_Rect& OutPlace, bool& bOutMaximised);
+
+	/** What cannot be written is not worth a word: the next window opens where it opens. */
+	void Save(const FString& Path, SDL_Window* Window);
+}
