@@ -125,6 +125,7 @@ namespace
 
 	FString SetSize(FDesktopOptions& Options, const FString& Value)
 	{
+		Options.bHasSize = true;
 		return ParseSize(Value, Options.Size)
 			? FString()
 			: FString::Printf(TEXT("--size wants two whole numbers such as 1280x800, not \"%s\"."), *Value);
@@ -147,7 +148,8 @@ namespace
 			TEXT("standard output and the tools on standard error, then end"),
 			&SetPrompt },
 		{ TEXT("--dump"), TEXT("FILE"),
-			TEXT("write what is on screen and in the conversation as JSON"),
+			TEXT("write what is on screen and in the conversation as JSON; its\n")
+			TEXT("folder must be there"),
 			&SetText<&FDesktopOptions::DumpFile> },
 		{ TEXT("--screenshot"), TEXT("FILE"),
 			TEXT("write what is on screen as a PNG picture"),
@@ -193,11 +195,15 @@ namespace
 			TEXT("put back the prompt that was not sent last time, and keep this\n")
 			TEXT("one, as a session in a window does; for scripts"),
 			&SetSwitch<&FDesktopOptions::bDraft> },
+		{ TEXT("--no-history"), nullptr,
+			TEXT("keep no conversation, no undo and no draft of this run; for scripts"),
+			&SetSwitch<&FDesktopOptions::bNoHistory> },
 		{ TEXT("--headless"), nullptr,
 			TEXT("no window: the same program, painted into memory"),
 			&SetSwitch<&FDesktopOptions::bHeadless> },
 		{ TEXT("--size"), TEXT("WxH"),
-			TEXT("size of the window in pixels (default 1280x800)"),
+			TEXT("size of the window in pixels (default: as it was last time, or\n")
+			TEXT("1280x800 times the scale)"),
 			&SetSize },
 		{ TEXT("--scale"), TEXT("F"),
 			TEXT("pixels per unit, 0.5 to 4 (default: GDK_SCALE, or 1)"),
@@ -327,6 +333,7 @@ FString FDesktopOptions::GetHelp()
 		TEXT("Without a display and with nothing to do (--prompt, --script, --dump or\n")
 		TEXT("--screenshot) the program reads prompts from standard input, one a line, and\n")
 		TEXT("answers each. --prompt comes before --script, --dump and --screenshot after it.\n")
+		TEXT("Without --prompt and --script these two answer the prompts of a pipe first.\n")
 		TEXT("\n")
 		TEXT("Steps of a script:\n") +
 		FScriptFile::GetHelp() +
@@ -335,7 +342,8 @@ FString FDesktopOptions::GetHelp()
 		TEXT("window. A line that begins with # is a comment. A dialog that no step answers\n")
 		TEXT("takes No or Cancel.\n")
 		TEXT("\n")
-		TEXT("Exit codes: 0 all went well, 1 something failed, 2 a wrong option or a script\n")
-		TEXT("that could not be run to its end (the message names the line).\n");
+		TEXT("Exit codes: 0 all went well, 1 something failed (a change, a turn, a request that\n")
+		TEXT("was not understood; the last line of standard error says why), 2 a wrong option\n")
+		TEXT("or a script that could not be run to its end (the message names the line).\n");
 	// clang-format on
 }

@@ -10,6 +10,8 @@ struct FDesktopOptions
 	bool bShowHelp = false;
 	bool bShowVersion = false;
 	FIntPoint Size = FIntPoint(1280, 800);
+	/** The size was asked for: those are pixels, whatever the scale. */
+	bool bHasSize = false;
 	/** Device pixels per unit; zero takes the environment's GDK_SCALE, or 1. */
 	float Scale = 0.0f;
 	TOptional<FString> Prompt;
@@ -18,6 +20,8 @@ struct FDesktopOptions
 	FString ScriptFile;
 	/** Where to write down the frames of a session in a window. */
 	FString FramesFile;
+	/** Leave no conversation behind. */
+	bool bNoHistory = false;
 	/** Keep and restore the unsent prompt as a session in a window does. */
 	bool bDraft = false;
 	/** Who answers: a connection of the user's, or a server for this run; both empty for the built-in agent. */
@@ -36,6 +40,9 @@ struct FDesktopOptions
 
 	/** Something to do and then to end, instead of a session with a user. */
 	bool HasAction() const { return Prompt.IsSet() || !ScriptFile.IsEmpty() || !DumpFile.IsEmpty() || !ScreenshotFile.IsEmpty(); }
+
+	/** Writes something and ends, with prompts that may stand in a pipe before. */
+	bool WritesOnly() const { return HasAction() && !Prompt.IsSet() && ScriptFile.IsEmpty(); }
 
 	/**
 	 * Reads the arguments behind the program's name.

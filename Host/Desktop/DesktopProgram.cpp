@@ -12,7 +12,9 @@
 #include "Host/HostConsole.h"
 #include "Host/HostDialogs.h"
 #include "Host/HostTasks.h"
+#include "Host/TurnOutcome.h"
 #include "Misc/FileHelper.h"
+#include "Misc/Paths.h"
 #include "OutputLog.h"
 #include "SimulatedTime.h"
 #include "StandardInput.h"
@@ -29,8 +31,6 @@ namespace
 	constexpr double AnswerSeconds = 600.0;
 	/** An agent that takes no prompt for so long is barred, by an update for one. */
 	constexpr double SendSeconds = 10.0;
-	/** A turn has ended when the agent has been at rest this long: answers reach the list in batches. */
-	constexpr double RestSeconds = 0.3;
 	/** What is shown has settled after this time: rows have faded in and lists have scrolled. */
 	constexpr double SettleSeconds = 0.6;
 	/** Between two looks at what the program waits for. */
@@ -98,78 +98,67 @@ bool FDesktopProgram::RunFramesUntil(TFunctionRef<bool()> Test, double Seconds)
 	return true;
 }
 
-bool FDesktopProgram::SendPrompt(const FString& Prompt, const FChatViewModel& ViewModel, FConversationPrinter& Printer)
+FString FDesktopProgram::SendPrompt(const FString& Prompt, const FChatViewModel& ViewModel, FConversationPrinter& Printer)
 {
 	if (!RunFramesUntil([&ViewModel]() { return ViewModel.CanSendMessage(); }, SendSeconds))
 	{
-		Fail(FString::Printf(TEXT("The agent takes no prompt now (%s)."), *ViewModel.GetStatusText()));
-		return false;
+		return FString::Printf(TEXT("The agent takes no prompt now (%s)."), *ViewModel.GetStatusText());
 	}
 	// What stands in the conversation by now is not printed again.
 	Printer.Begin(ViewModel.GetMessages());
 	const int32 CountBefore = ViewModel.GetMessageCount();
 	FPromptBox::TypeAndSend(Prompt);
-	if (ViewModel.GetMessageCount() == CountBefore)
-	{
-		Fail(TEXT("The prompt was not sent; it still stands in the box."));
-		return false;
-	}
-	return true;
+	return ViewModel.GetMessageCount() == CountBefore ? FString(TEXT("The prompt was not sent; it still stands in the box.")) : FString();
 }
 
-bool FDesktopProgram::Answer(const FString& Prompt)
+FString FDesktopProgram::Answer(const FString& Prompt)
 {
 	const TSharedPtr<const FChatViewModel> ViewModel = GetViewModel();
 	if (!ViewModel)
 	{
-		Fail(TEXT("There is no agent to ask: the project cannot be worked on."));
-		return false;
+		return TEXT("There is no agent to ask: the project cannot be worked on.");
 	}
 	// 1. Send, when the agent takes it.
 	FConversationPrinter Printer;
-	if (!SendPrompt(Prompt, *ViewModel, Printer))
+	if (const FString Complaint = SendPrompt(Prompt, *ViewModel, Printer); !Complaint.IsEmpty())
 	{
-		return false;
+		return Complaint;
 	}
 
-	// 2. Print what comes, until the agent has been at rest for a while.
-	double AtRestSince = -1.0;
+	// 2. Print what comes, until the turn is over.
 	const auto HasEnded = [&]()
 	{
-		Printer.PrintNew(ViewModel->GetMessages());
-		if (ViewModel->IsBusy())
+		const bool bIsOver = !ViewModel->IsBusy();
+		if (bIsOver)
 		{
-			AtRestSince = -1.0;
-			return false;
+			FPromptBox::ShowWaitingMessages();
 		}
-		const double Now = FPlatformTime::Seconds();
-		AtRestSince = AtRestSince < 0.0 ? Now : AtRestSince;
-		return Now - AtRestSince >= RestSeconds;
+		Printer.PrintNew(ViewModel->GetMessages());
+		return bIsOver;
 	};
 	if (!RunFramesUntil(HasEnded, AnswerSeconds))
 	{
-		Fail(TEXT("No answer came before the program was to end."));
-		return false;
+		return TEXT("No answer came before the program was to end.");
 	}
 
-	// 3. A turn that failed, or that said nothing, is a failure of the run.
+	// 3. A turn that failed, that did not do what was asked or that said nothing is a failure of the run.
+	if (const FString& Why = Velmora::FTurnOutcome::GetFailure(); !Why.IsEmpty())
+	{
+		return Why;
+	}
 	if (!Printer.GetFailure().IsEmpty())
 	{
-		Fail(Printer.GetFailure());
-		return false;
+		return Printer.GetFailure();
 	}
-	if (!Printer.HasAnswer())
-	{
-		Fail(FString::Printf(TEXT("The turn ended without an answer (%s)."), *ViewModel->GetStatusText()));
-		return false;
-	}
-	return true;
+	return Printer.HasAnswer() ? FString() : FString::Printf(TEXT("The turn ended without an answer (%s)."), *ViewModel->GetStatusText());
 }
 
 bool FDesktopProgram::WriteDump(const FString& File)
 {
-	return FFileHelper::SaveStringToFile(
-		FStateDump::Make(GetViewModel().Get()), *MakeAbsolute(File), FFileHelper::EEncodingOptions::ForceUTF8WithoutBOM);
+	const FString Path = MakeAbsolute(File);
+	// A misspelt folder is told, not made.
+	return FPaths::DirectoryExists(FPaths::GetPath(Path)) &&
+		FFileHelper::SaveStringToFile(FStateDump::Make(GetViewModel().Get()), *Path, FFileHelper::EEncodingOptions::ForceUTF8WithoutBOM);
 }
 
 bool FDesktopProgram::WriteScreenshot(const FString& File)
@@ -245,7 +234,12 @@ int32 FDesktopProgram::RunScript()
 int32 FDesktopProgram::RunActions()
 {
 	// What follows is done even if the prompt failed: its picture and dump say why.
-	int32 Result = !Options.Prompt.IsSet() || Answer(Options.Prompt.GetValue()) ? 0 : 1;
+	int32 Result = Options.WritesOnly() && FStandardInput::IsPiped() ? RunLines() : 0;
+	if (Options.Prompt.IsSet())
+	{
+		Failure = Answer(Options.Prompt.GetValue());
+		Result = Failure.IsEmpty() ? 0 : 1;
+	}
 	if (Script)
 	{
 		Result = FMath::Max(Result, RunScript());
@@ -290,7 +284,11 @@ int32 FDesktopProgram::RunLines()
 		{
 			// One that was refused stands in the box still, and would go out in place of this one.
 			FPromptBox::Clear();
-			bAllAnswered = Answer(Line) && bAllAnswered;
+			if (const FString Why = Answer(Line); !Why.IsEmpty())
+			{
+				Fail(Why);
+				bAllAnswered = false;
+			}
 		}
 		Line.Reset();
 	}
@@ -340,5 +338,5 @@ int32 FDesktopProgram::Run()
 		: Session->HasDisplay()				  ? RunWindow()
 											  : RunLines();
 	Session.Reset();
-	return Result;
+	return Failure.IsEmpty() ? Result : FMath::Max(Result, Fail(Failure));
 }

@@ -36,10 +36,10 @@ private:
 	int32 RunActions();
 	int32 RunWindow();
 	int32 RunLines();
-	/** Types a prompt into the tab's own box and sends it. False after saying why it was not taken. */
-	bool SendPrompt(const FString& Prompt, const FChatViewModel& ViewModel, FConversationPrinter& Printer);
-	/** Sends a prompt, prints what comes and waits for the end of the turn. False after saying why. */
-	bool Answer(const FString& Prompt);
+	/** Types a prompt into the tab's own box and sends it. Empty, or why it was not taken. */
+	FString SendPrompt(const FString& Prompt, const FChatViewModel& ViewModel, FConversationPrinter& Printer);
+	/** Sends a prompt, prints what comes and waits for the end of the turn. Empty, or why it did not do what was asked. */
+	FString Answer(const FString& Prompt);
 	bool WriteOutputs();
 	/** Runs frames until the test holds; false when the time is over or the program is to end. */
 	bool RunFramesUntil(TFunctionRef<bool()> Test, double Seconds);
@@ -49,4 +49,6 @@ private:
 	TUniquePtr<FScriptRunner> Script;
 	TUniquePtr<FDesktopSession> Session;
 	bool bScriptRuns = false;
+	/** Why the run fails, printed when all else is: who starts programs looks at the last line. */
+	FString Failure;
 };

@@ -28,19 +28,24 @@
 #include "Host/StoreLocation.h"
 #include "Host/UpdateGateControl.h"
 #include "KeyBindings.h"
+#include "Logging/LogMacros.h"
 #include "Misc/Paths.h"
 #include "Modules/ModuleManager.h"
 #include "PluginDescription.h"
 #include "ProblemToasts.h"
 #include "PromptBox.h"
 #include "QuestionToasts.h"
+#include "QuitQuestion.h"
 #include "SEditorFrame.h"
 #include "SKeysPage.h"
 #include "Settings/VelmoraSettings.h"
 #include "SimulatedTime.h"
+#include "StoreFolders.h"
 #include "UObject/UObjectGlobals.h"
 #include "Widgets/SVelmoraTab.h"
 #include "WindowZoom.h"
+
+DEFINE_LOG_CATEGORY_STATIC(LogDesktop, Log, All);
 
 namespace
 {
@@ -59,6 +64,14 @@ namespace
 		return FString();
 	}
 
+	/** Units. Everything can still be reached in a window of this size. */
+	const FIntPoint MinWindowSize(360, 400);
+
+	FIntPoint ScaleSize(const FIntPoint& Units, float Scale)
+	{
+		return FIntPoint(FMath::RoundToInt32(Units.X * Scale), FMath::RoundToInt32(Units.Y * Scale));
+	}
+
 	void PrintProblem(const FString& Sentence)
 	{
 		PrintToStandardError(TEXT("velmora: ") + Sentence + TEXT("\n"));
@@ -74,6 +87,7 @@ FDesktopSession::FDesktopSession(const FDesktopOptions& InOptions, const TShared
 FDesktopSession::~FDesktopSession()
 {
 	Host.Reset();
+	StoreFolders::Remove();
 	// The store comes before the host session, since that may read settings while it starts; so it goes after it.
 	if (Settings)
 	{
@@ -124,9 +138,18 @@ FString FDesktopSession::SetUpFolders()
 	// What the agent changes is told by paths from here, so they read as the project's own.
 	FHostPaths::SetBaseDir(Project);
 	FHostPaths::SetEngineDir(HomeFolder / TEXT("Host/Engine"));
-	FHostPaths::SetEngineSavedDir(GetUserDataFolder());
+	const FString Data = GetUserDataFolder();
+	if (Data.IsEmpty())
+	{
+		return TEXT("There is no home folder to keep conversations in: set HOME, or XDG_DATA_HOME to a folder of yours.");
+	}
+	FHostPaths::SetEngineSavedDir(Data);
 	Velmora::SetProjectFolder(Project);
-	FString Complaint;
+	FString Complaint = StoreFolders::SetUp(Options.bNoHistory, StoreNotice);
+	if (!Complaint.IsEmpty())
+	{
+		return Complaint;
+	}
 	ReadPluginDescription(HomeFolder / TEXT("Velmora.uplugin"), Plugin, Complaint);
 	return Complaint;
 }
@@ -154,7 +177,14 @@ TSharedPtr<IHostWindow> FDesktopSession::OpenWindow()
 	{
 		FHostWindowOptions Wanted;
 		Wanted.Title = TEXT("Velmora UI");
-		Wanted.PixelSize = Options.Size;
+		// What a user asks for is meant in pixels; the usual size is one of units.
+		Wanted.PixelSize = Options.bHasSize ? Options.Size : ScaleSize(Options.Size, Scale);
+		Wanted.bFitsMonitor = !Options.bHasSize;
+		if (!Options.HasAction())
+		{
+			Wanted.MinPixelSize = ScaleSize(MinWindowSize, Scale);
+			Wanted.PlacePath = Options.bHasSize ? FString() : Velmora::GetStoreLocation().Folder / TEXT("Window.txt");
+		}
 		Wanted.Scale = Scale;
 		Wanted.IconPath = HomeFolder / TEXT("Resources/Icons/App/Icon128.png");
 		FString Complaint;
@@ -191,10 +221,15 @@ void FDesktopSession::SetUpWindow()
 		// Another face stands in, so the program goes on.
 		PrintProblem(Complaint);
 	}
+	const TSharedPtr<IHostWindow> Window = OpenWindow();
+	if (const FString Scripts = bHasDisplay ? FHostPlatform::FindMissingScripts() : FString(); !Scripts.IsEmpty())
+	{
+		UE_LOG(LogDesktop, Warning, TEXT("%s"), *Scripts);
+	}
 	FHostSessionOptions Wanted;
 	Wanted.HomeFolder = HomeFolder;
 	Wanted.Plugin = Plugin;
-	Wanted.Window = OpenWindow();
+	Wanted.Window = Window;
 	Host = MakeUnique<FHostSession>(Wanted);
 
 	// Threads end while there still is an application that their last tasks may speak of.
@@ -205,6 +240,9 @@ void FDesktopSession::SetUpWindow()
 		[this]()
 		{
 			OnFrame();
+			PromptFocus.NoteTurn();
+			PrimarySelection.NoteTurn();
+			SavedFileToast.NoteTurn();
 			if (Draft)
 			{
 				Draft->NoteTurn();
@@ -222,6 +260,12 @@ void FDesktopSession::SetUpEditor()
 	FHostDialogs::Install();
 	FProblemToasts::Install(!bHasDisplay);
 	Host->AtEnd([] { FProblemToasts::Uninstall(); });
+	if (!StoreNotice.IsEmpty())
+	{
+		FProblemToasts::Tell(StoreNotice);
+	}
+	FQuitQuestion::Install();
+	Host->AtEnd([] { FQuitQuestion::Uninstall(); });
 	FQuestionToasts::Install();
 	Host->AtEnd([] { FQuestionToasts::Uninstall(); });
 
@@ -292,14 +336,17 @@ void FDesktopSession::StartCodeIndex()
 	FCodeIndexControl::SetProblemHandler([](const FString& Sentence) { FProblemToasts::Tell(Sentence); });
 	Host->AtEnd([] { FCodeIndexControl::SetProblemHandler(nullptr); });
 	const Velmora::FStoreLocation Location = Velmora::GetStoreLocation();
+	const FString IndexName = Location.ProjectName + TEXT(".index.db");
+	// A run that leaves nothing behind asks the index that there is, and makes none.
+	const FString& IndexFolder = FPaths::FileExists(Location.Folder / IndexName) ? Location.Folder : Location.ConversationFolder;
 	// The folder holds conversations as well. What keeps it from being made is told by whoever cannot write there.
-	(void)Velmora::MakePrivateFolder(Location.Folder);
+	(void)Velmora::MakePrivateFolder(IndexFolder);
 
 	Velmora::CodeIntel::FCodeIndexOptions Wanted;
 	Wanted.ProjectFolder = Velmora::GetProjectFolder();
-	Wanted.ProjectIndexPath = Location.Folder / (Location.ProjectName + TEXT(".index.db"));
+	Wanted.ProjectIndexPath = IndexFolder / IndexName;
 	Wanted.FindEngineFolder = [] { return GetDefault<UVelmoraSettings>()->EngineSourceFolder; };
-	Wanted.EngineIndexPath = Location.Folder / TEXT("engine.index.db");
+	Wanted.EngineIndexPath = (Options.bNoHistory ? Location.ConversationFolder : Location.Folder) / TEXT("engine.index.db");
 	// Nothing that ends by itself shall wait for a build, nor show one that was not asked for.
 	Wanted.bBuildWhenMissing = bHasDisplay && !Options.HasAction();
 	FCodeIndexControl::Initialize(Wanted);
@@ -314,7 +361,7 @@ void FDesktopSession::SetAgentOptions() const
 {
 	// Where nobody watches, nobody can be asked.
 	Velmora::FBuiltInAgentOptions Agent = Velmora::GetBuiltInAgentOptions();
-	Agent.bCanAsk = !Options.Prompt.IsSet() && (!Options.ScriptFile.IsEmpty() || bHasDisplay);
+	Agent.bCanAsk = !Options.Prompt.IsSet() && (!Options.ScriptFile.IsEmpty() || (bHasDisplay && !Options.HasAction()));
 	Agent.AllowedCalls = Options.AllowedCalls;
 	Velmora::SetBuiltInAgentOptions(Agent);
 }

@@ -4,6 +4,9 @@
 #include "DesktopOptions.h"
 #include "Host/HostSession.h"
 #include "PluginDescriptor.h"
+#include "PrimarySelection.h"
+#include "PromptFocus.h"
+#include "SavedFileToast.h"
 
 class FAgentPages;
 class FKeysPage;
@@ -57,11 +60,16 @@ private:
 	/** The folder with the plug-in's description and resources. */
 	FString HomeFolder;
 	FPluginDescriptor Plugin;
+	/** What is to be said of where things are kept. */
+	FString StoreNotice;
 	bool bHasDisplay = false;
 	TSharedPtr<FHostIniStore> Settings;
 	TSharedPtr<SEditorFrame> Frame;
 	TUniquePtr<FAgentPages> AgentPages;
 	TUniquePtr<FKeysPage> KeysPage;
+	FPromptFocus PromptFocus;
+	FPrimarySelection PrimarySelection;
+	FSavedFileToast SavedFileToast;
 	/** Null in runs without a user, who would find a prompt that was not theirs. */
 	TUniquePtr<FDraftKeeper> Draft;
 	/** Last: what ends with it uses the others. */

@@ -11,6 +11,7 @@
 #include "Host/WidgetFinder.h"
 #include "Misc/FileHelper.h"
 #include "Misc/Paths.h"
+#include "PromptBox.h"
 
 namespace
 {
@@ -25,17 +26,38 @@ namespace
 		return FSlateApplication::IsInitialized() ? FSlateApplication::Get().GetFrameStats().FrameCount : 0;
 	}
 
+	/** Stands in front of each attached file, behind the text. No text holds it: Unicode keeps it for such uses. */
+	constexpr TCHAR FileMark = 0xFFFF;
+
 	/** UTF-16 with its mark, which keeps every text as it is. */
-	std::string EncodeDraft(const FString& Text)
+	std::string EncodeDraft(const FString& Text, const TArray<FString>& Files)
 	{
 		std::string Bytes = "\xFF\xFE";
 		Bytes.reserve(static_cast<std::size_t>(Text.Len()) * 2 + 2);
-		for (const TCHAR Unit : Text)
+		const auto Add = [&Bytes](const FString& Units)
 		{
-			Bytes.push_back(static_cast<char>(Unit & 0xFF));
-			Bytes.push_back(static_cast<char>(Unit >> 8));
+			for (const TCHAR Unit : Units)
+			{
+				Bytes.push_back(static_cast<char>(Unit & 0xFF));
+				Bytes.push_back(static_cast<char>(Unit >> 8));
+			}
+		};
+		Add(Text);
+		for (const FString& File : Files)
+		{
+			Add(FString::Chr(FileMark) + File);
 		}
 		return Bytes;
+	}
+
+	void DecodeDraft(FString& InOutText, TArray<FString>& OutFiles)
+	{
+		int32 Mark = INDEX_NONE;
+		while (InOutText.FindLastChar(FileMark, Mark))
+		{
+			OutFiles.Insert(InOutText.RightChop(Mark + 1), 0);
+			InOutText.LeftInline(Mark);
+		}
 	}
 }
 
@@ -99,30 +121,40 @@ TSharedPtr<SHostTextWidget> FDraftKeeper::FindBox()
 	return StaticCastSharedPtr<SHostTextWidget>(Found);
 }
 
+void FDraftKeeper::ReadStored(FString& OutText, TArray<FString>& OutFiles)
+{
+	{
+		const std::lock_guard<std::mutex> Lock(Mutex);
+		OutText = Text.ToString();
+		OutFiles = Files;
+	}
+	if (OutText.IsEmpty() && OutFiles.IsEmpty() && HostGetPathKind(Path) == EHostPathKind::File &&
+		IFileManager::Get().FileSize(*Path) <= MaxDraftBytes)
+	{
+		FFileHelper::LoadFileToString(OutText, *Path);
+		DecodeDraft(OutText, OutFiles);
+	}
+}
+
 void FDraftKeeper::Restore(SHostTextWidget& NewBox)
 {
 	FString Stored;
-	{
-		// A box that went away with a text in it left the text here.
-		const std::lock_guard<std::mutex> Lock(Mutex);
-		Stored = Text.ToString();
-	}
-	if (Stored.IsEmpty() && HostGetPathKind(Path) == EHostPathKind::File && IFileManager::Get().FileSize(*Path) <= MaxDraftBytes)
-	{
-		FFileHelper::LoadFileToString(Stored, *Path);
-	}
-	if (Stored.IsEmpty() || !NewBox.GetText().IsEmpty())
+	TArray<FString> StoredFiles;
+	ReadStored(Stored, StoredFiles);
+	if ((Stored.IsEmpty() && StoredFiles.IsEmpty()) || !NewBox.GetText().IsEmpty())
 	{
 		return;
 	}
 	NewBox.SetText(FText::FromString(MoveTemp(Stored)));
 	NewBox.GoTo(ETextLocation::EndOfDocument);
+	FPromptBox::AttachFiles(StoredFiles);
 	if (FSlateApplication::IsInitialized())
 	{
 		FSlateApplication::Get().NoteActivity();
 	}
 	const std::lock_guard<std::mutex> Lock(Mutex);
 	Text = NewBox.GetText();
+	Files = MoveTemp(StoredFiles);
 }
 
 void FDraftKeeper::Look()
@@ -135,13 +167,15 @@ void FDraftKeeper::Look()
 	}
 	// The box makes a text once for each change, so the same data mean the same text.
 	FText Now = Found->GetText();
+	TArray<FString> NowFiles = FPromptBox::GetFiles();
 	{
 		const std::lock_guard<std::mutex> Lock(Mutex);
-		if (Now.IdenticalTo(Text))
+		if (Now.IdenticalTo(Text) && NowFiles == Files)
 		{
 			return;
 		}
 		std::swap(Text, Now);
+		std::swap(Files, NowFiles);
 	}
 	Writer.Request();
 }
@@ -149,12 +183,14 @@ void FDraftKeeper::Look()
 void FDraftKeeper::Write()
 {
 	FText Current;
+	TArray<FString> CurrentFiles;
 	{
 		const std::lock_guard<std::mutex> Lock(Mutex);
 		Current = Text;
+		CurrentFiles = Files;
 	}
 	FString Reason;
-	if (Current.IsEmpty())
+	if (Current.IsEmpty() && CurrentFiles.IsEmpty())
 	{
 		if (!IFileManager::Get().Delete(*Path, false, false, true))
 		{
@@ -167,7 +203,7 @@ void FDraftKeeper::Write()
 	}
 	else
 	{
-		const std::string Bytes = EncodeDraft(Current.ToString());
+		const std::string Bytes = EncodeDraft(Current.ToString(), CurrentFiles);
 		HostSaveFile(Path, Bytes.data(), static_cast<int64>(Bytes.size()), HostWritePrivate, Reason);
 	}
 	if (!Reason.IsEmpty() && !Reason.Equals(Failure))

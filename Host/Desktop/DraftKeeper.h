@@ -11,9 +11,9 @@ class SHostTextWidget;
 class SWidget;
 
 /**
- * Keeps the prompt that was not sent yet in a file, less than a second old, and puts it back when a prompt box appears: after
- * the program came to a sudden end, and after its tab was closed. An empty box leaves no file. The file is the user's alone.
- * Game thread; writing is done on a thread of its own.
+ * Keeps the prompt that was not sent yet, with the files attached to it, in a file, less than a second old, and puts it back when a prompt
+ * box appears: after the program came to a sudden end, and after its tab was closed. An empty box leaves no file. The file is the user's
+ * alone. Game thread; writing is done on a thread of its own.
  */
 class FDraftKeeper
 {
@@ -35,6 +35,8 @@ private:
 	/** The box that stood there at the last look, or one that has appeared since. */
 	TSharedPtr<SHostTextWidget> FindBox();
 	void Restore(SHostTextWidget& NewBox);
+	/** What a box that went away has left, or else the file. */
+	void ReadStored(FString& OutText, TArray<FString>& OutFiles);
 	/** On the writer's thread. */
 	void Write();
 
@@ -44,6 +46,8 @@ private:
 	std::mutex Mutex;
 	/** The text that the file is to hold. Shared, not copied: it may be long. */
 	FText Text;
+	/** The files above the box. */
+	TArray<FString> Files;
 	/** What was told last about the file; empty while it can be written. Writer's thread. */
 	FString Failure;
 	void StartLooking();

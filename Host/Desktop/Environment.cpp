@@ -1,6 +1,7 @@
 #include "Environment.h"
 
 #include "Host/HostFileNames.h"
+#include "Host/StoreLocation.h"
 #include "Misc/Paths.h"
 
 #include <cstdlib>
@@ -41,6 +42,6 @@ FString GetUserDataFolder()
 	{
 		return HostFileNameFromBytes(Data);
 	}
-	const char* Home = getenv("HOME");
-	return Home && Home[0] == '/' ? HostFileNameFromBytes(Home) / TEXT(".local/share") : GetWorkingFolder();
+	const FString Home = Velmora::GetUserHomeFolder();
+	return Home.IsEmpty() ? FString() : Home / TEXT(".local/share");
 }

@@ -19,13 +19,13 @@ namespace
 			});
 	}
 
-	/** Category and verbosity alone, which a line of several lines has only once. */
+	/** Time, category and verbosity, which a line of several lines has only once. */
 	FString MakePrefix(const FHostLogLine& Line)
 	{
 		FHostLogLine Head;
 		Head.Category = Line.Category;
 		Head.Verbosity = Line.Verbosity;
-		return Head.ToString();
+		return Line.Time.ToString(TEXT("%H:%M:%S ")) + Head.ToString();
 	}
 }
 

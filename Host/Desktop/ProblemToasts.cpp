@@ -11,10 +11,12 @@
 
 namespace
 {
-	/** Long enough to read a path and a reason. */
-	constexpr float ProblemSeconds = 8.0f;
+	/** More than these would cover the window; the oldest go. */
+	constexpr int32 MaxProblems = 4;
 
 	bool bPrintsProblems = false;
+	/** Oldest first. */
+	TArray<TWeakPtr<SNotificationItem>> ProblemToasts;
 
 	void ShowProblem(const FString& Sentence)
 	{
@@ -30,11 +32,21 @@ namespace
 		{
 			return;
 		}
+		// It may be the reason of a failure whose own notice stays until it is dismissed; so this stays as long.
 		FNotificationInfo Info(FText::FromString(Sentence));
-		Info.ExpireDuration = ProblemSeconds;
-		if (const TSharedPtr<SNotificationItem> Toast = FSlateNotificationManager::Get().AddNotification(Info))
+		Info.bFireAndForget = false;
+		const TSharedPtr<SNotificationItem> Toast = FSlateNotificationManager::Get().AddNotification(Info);
+		if (!Toast)
 		{
-			Toast->SetCompletionState(SNotificationItem::CS_Fail);
+			return;
+		}
+		Toast->SetCompletionState(SNotificationItem::CS_Fail);
+		ProblemToasts.RemoveAll([](const TWeakPtr<SNotificationItem>& Old) { return !Old.IsValid(); });
+		ProblemToasts.Add(Toast);
+		if (ProblemToasts.Num() > MaxProblems)
+		{
+			ProblemToasts[0].Pin()->Fadeout();
+			ProblemToasts.RemoveAt(0);
 		}
 	}
 }

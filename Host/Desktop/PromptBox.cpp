@@ -1,39 +1,83 @@
 #include "PromptBox.h"
 
 #include "Framework/Application/SlateApplication.h"
+#include "Framework/Docking/TabManager.h"
+#include "HAL/PlatformTime.h"
 #include "Host/HostInput.h"
 #include "Host/WidgetFinder.h"
+#include "ViewModels/ChatViewModel.h"
+#include "Widgets/Docking/SDockTab.h"
 #include "Widgets/Input/SMultiLineEditableTextBox.h"
+#include "Widgets/SVelmoraTab.h"
 
 namespace
 {
-	TSharedPtr<SWidget> FindPromptBox()
+	/** The tab shows its view model for reading; what is done to it here is what the user could do by hand. */
+	TSharedPtr<FChatViewModel> FindChat()
 	{
-		return FWidgetFinder::FindByTag(TEXT("InputTextBox"));
+		const TSharedPtr<SDockTab> Tab = FGlobalTabmanager::Get()->FindExistingLiveTab(FTabId(SVelmoraTab::GetTabName()));
+		const TSharedPtr<const FChatViewModel> ViewModel =
+			Tab ? StaticCastSharedRef<SVelmoraTab>(Tab->GetContent())->GetViewModel() : nullptr;
+		return ViewModel ? const_cast<FChatViewModel&>(*ViewModel).AsShared().ToSharedPtr() : nullptr;
 	}
+}
+
+TSharedPtr<SWidget> FPromptBox::Find()
+{
+	return FWidgetFinder::FindByTag(TEXT("InputTextBox"));
 }
 
 void FPromptBox::Focus()
 {
-	FSlateApplication::Get().SetKeyboardFocus(FindPromptBox(), EFocusCause::SetDirectly);
+	FSlateApplication::Get().SetKeyboardFocus(Find(), EFocusCause::SetDirectly);
 }
 
 void FPromptBox::Clear()
 {
-	if (const TSharedPtr<SWidget> Box = FindPromptBox())
+	if (const TSharedPtr<SWidget> Box = Find())
 	{
 		StaticCastSharedPtr<SMultiLineEditableTextBox>(Box)->SetText(FText::GetEmpty());
 	}
 }
 
+TArray<FString> FPromptBox::GetFiles()
+{
+	const TSharedPtr<FChatViewModel> ViewModel = FindChat();
+	return ViewModel ? ViewModel->GetContextFiles() : TArray<FString>();
+}
+
+void FPromptBox::AttachFiles(const TArray<FString>& Files)
+{
+	if (const TSharedPtr<FChatViewModel> ViewModel = FindChat())
+	{
+		for (const FString& File : Files)
+		{
+			ViewModel->AddContextFile(File);
+		}
+	}
+}
+
 void FPromptBox::PutBefore(const FString& Text)
 {
-	if (const TSharedPtr<SWidget> Box = FindPromptBox())
+	if (const TSharedPtr<SWidget> Box = Find())
 	{
 		SMultiLineEditableTextBox& Edited = static_cast<SMultiLineEditableTextBox&>(*Box);
 		const FString Draft = Edited.GetText().ToString();
 		Edited.SetText(FText::FromString(Draft.IsEmpty() ? Text : Text + TEXT("\n") + Draft));
 		Edited.GoTo(ETextLocation::EndOfDocument);
+	}
+}
+
+void FPromptBox::ShowWaitingMessages()
+{
+	// To the window around the box a moment that has passed is a long frame.
+	constexpr float LongFrameSeconds = 1.0f;
+	for (TSharedPtr<SWidget> Widget = Find(); Widget; Widget = Widget->GetParentWidget())
+	{
+		if (Widget->GetType() == FName(TEXT("SChatWindow")))
+		{
+			Widget->Tick(Widget->GetCachedGeometry(), FPlatformTime::Seconds(), LongFrameSeconds);
+		}
 	}
 }
 

@@ -14,6 +14,7 @@
 #include "Host/SMenuBar.h"
 #include "Interfaces/IPluginManager.h"
 #include "KeyBindings.h"
+#include "MessageScroll.h"
 #include "Misc/MessageDialog.h"
 #include "Misc/Paths.h"
 #include "OpenChat.h"
@@ -417,6 +418,11 @@ namespace
 // box.
 FReply SEditorFrame::OnPreviewKeyDown(const FGeometry& MyGeometry, const FKeyEvent& InKeyEvent)
 {
+	// Before the prompt, which would move its caret.
+	if (FMessageScroll::HandleKey(InKeyEvent))
+	{
+		return FReply::Handled();
+	}
 	const FEditorFrameCommands& Commands = FEditorFrameCommands::Get();
 	const TSharedPtr<SHostTextWidget> Text = GetFocusedText();
 	if (FKeyBindings::IsCapturing() || FSlateApplication::Get().AnyMenusVisible() || !Text)

@@ -3,7 +3,14 @@
 #include "Containers/StringConv.h"
 
 #include <poll.h>
+#include <sys/stat.h>
 #include <unistd.h>
+
+bool FStandardInput::IsPiped()
+{
+	struct stat Info = {};
+	return fstat(STDIN_FILENO, &Info) == 0 && (S_ISFIFO(Info.st_mode) || S_ISREG(Info.st_mode));
+}
 
 bool FStandardInput::TakeLine(FString& OutLine, bool& bOutAtEnd)
 {

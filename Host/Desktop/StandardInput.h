@@ -8,6 +8,8 @@
 class FStandardInput
 {
 public:
+	/** Somebody has put a pipe or a file there: it comes to an end, and no hand types into it. */
+	static bool IsPiped();
 	/**
 	 * Takes the next whole line, without its end.
 	 * @param bOutAtEnd  Set when the input has ended; what stands behind the last line end is a line too.

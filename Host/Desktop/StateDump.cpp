@@ -182,6 +182,20 @@ namespace
 		return MakeShared<FJsonValueObject>(Object);
 	}
 
+	/** What has the keyboard, as a script would name it: its tag or that of what it stands in, else what it reads. */
+	FString DescribeFocus()
+	{
+		const TSharedPtr<SWidget> Focused = FSlateApplication::Get().GetKeyboardFocusedWidget();
+		for (TSharedPtr<SWidget> Widget = Focused; Widget; Widget = Widget->GetParentWidget())
+		{
+			if (!Widget->GetTag().IsNone())
+			{
+				return TEXT("#") + Widget->GetTag().ToString();
+			}
+		}
+		return Focused ? FindText(*Focused) : FString();
+	}
+
 	TArray<TSharedPtr<FJsonValue>> DescribeDialogs()
 	{
 		TArray<TSharedPtr<FJsonValue>> Dialogs;
@@ -213,6 +227,7 @@ namespace
 		Root.SetArrayField(TEXT("menu"), DescribeMenus());
 		const TSharedPtr<SWidget> Box = FWidgetFinder::FindByTag(TEXT("InputTextBox"));
 		Root.SetStringField(TEXT("promptText"), Box ? Box->GetDisplayedText().ToString() : FString());
+		Root.SetStringField(TEXT("focus"), DescribeFocus());
 		Root.SetArrayField(TEXT("dialogs"), DescribeDialogs());
 		TArray<FString> Toasts;
 		for (const FHostToast& Toast : FHostNotifications::GetVisible())

@@ -31,7 +31,8 @@ TEST(HostService, AnExportGoesWhereTheDialogOffersOrToAnotherPlace)
 	const mode_t Mask = umask(0027);
 	const FRun Run = RunSteps(Project,
 		"type list Source\nkey CTRL+ENTER\nwait idle 60\nclick #ExportButton\ndump asked.json\ntype mine.html\nkey ENTER\nwait idle "
-		"5\nclick #ExportButton\nanswer file here.json\nwait idle 5\nclick #ExportButton\ntype mine.html\nkey ENTER\nanswer No\nanswer "
+		"5\nclick #ExportButton\nanswer file here.json\ntick 30\ndump told.json\nwait idle 5\nclick #ExportButton\ntype mine.html\nkey "
+		"ENTER\nanswer No\nanswer "
 		"Cancel\n");
 	umask(Mask);
 	EXPECT_EQ(Run.ExitCode, 0) << Run.Error;
@@ -42,6 +43,7 @@ TEST(HostService, AnExportGoesWhereTheDialogOffersOrToAnotherPlace)
 	ASSERT_EQ(stat(Saved.c_str(), &Info), 0);
 	EXPECT_EQ(Info.st_mode & 0777, 0640u) << "exports follow the umask";
 	EXPECT_FALSE(ReadFile(Project.Path("here.json")).empty());
+	EXPECT_TRUE(Contains(ReadFile(Project.Path("told.json")), "The file is saved."));
 }
 
 TEST(HostService, AnUpdateGoesFromTheOfferToTheRestart)

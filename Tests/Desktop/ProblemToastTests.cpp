@@ -40,8 +40,22 @@ TEST_F(ProblemToasts, TellAFailedSaveOfAnyThreadOnce)
 	ASSERT_EQ(Toasts.Num(), 1);
 	EXPECT_EQ(Utf8(Toasts[0].Text.ToString()), "/data/a.txt could not be saved: No space left on device");
 	EXPECT_EQ(Toasts[0].State, SNotificationItem::CS_Fail);
-	PumpSeconds(10.0);
+	// As long as the notice of the failure that it explains: until the cross under the pointer is pressed.
+	PumpSeconds(60.0);
+	EXPECT_EQ(FHostNotifications::GetVisible().Num(), 1);
+	Hover(FindByText("/data/a.txt could not be saved: No space left on device"));
+	PumpFrame();
+	Click(FindByToolTip("Dismiss"));
+	PumpSeconds(2.0);
 	EXPECT_EQ(FHostNotifications::GetVisible().Num(), 0);
+	// A flood leaves room for work.
+	for (int32 Index = 0; Index < 9; ++Index)
+	{
+		FProblemToasts::Tell(FString::Printf(TEXT("Problem %d"), Index));
+	}
+	PumpSeconds(5.0);
+	EXPECT_EQ(FHostNotifications::GetVisible().Num(), 4);
+	EXPECT_EQ(Utf8(FHostNotifications::GetVisible().Last().Text.ToString()), "Problem 8");
 }
 
 TEST_F(ProblemToasts, TellWhatThePlatformCouldNotDo)
@@ -55,6 +69,7 @@ TEST_F(ProblemToasts, TellWhatThePlatformCouldNotDo)
 	ASSERT_EQ(Toasts.Num(), 1);
 	ASSERT_FALSE(Error.IsEmpty());
 	EXPECT_EQ(Utf8(Toasts[0].Text.ToString()), Utf8(Error));
+	EXPECT_TRUE(Error.StartsWith(TEXT("-version: "))) << Utf8(Error);
 }
 
 TEST_F(ProblemToasts, TellThatASourceFileIsGone)

@@ -8,6 +8,7 @@
 #include <chrono>
 #include <cstdlib>
 #include <fstream>
+#include <map>
 #include <random>
 #include <sstream>
 
@@ -18,6 +19,19 @@
 #include <unistd.h>
 
 extern char** environ;
+
+namespace
+{
+	size_t CountEntries(char** Entries)
+	{
+		size_t Count = 0;
+		while (Entries[Count])
+		{
+			++Count;
+		}
+		return Count;
+	}
+}
 
 FRun RunProgram(
 	const std::vector<std::string>& Arguments, const std::string& Input, const std::string& Folder, const std::vector<std::string>& Extra)
@@ -34,31 +48,29 @@ FRun RunProgram(
 		Pointers.push_back(Word.data());
 	}
 	Pointers.push_back(nullptr);
-	std::vector<std::string> Environment;
-	for (char** Entry = environ; *Entry; ++Entry)
-	{
-		const std::string Text = *Entry;
-		// Neither the user's display, nor the user's keyring, nor what the user keeps for the program has a say here.
-		if (Text.rfind("DISPLAY=", 0) != 0 && Text.rfind("WAYLAND_DISPLAY=", 0) != 0 && Text.rfind("XDG_DATA_HOME=", 0) != 0 &&
-			Text.rfind("XDG_CONFIG_HOME=", 0) != 0 && Text.rfind("XDG_RUNTIME_DIR=", 0) != 0 &&
-			Text.rfind("DBUS_SESSION_BUS_ADDRESS=", 0) != 0)
-		{
-			Environment.push_back(Text);
-		}
-	}
+	// Neither the user's display, nor the user's keyring, nor what the user keeps for the program has a say here, nor a connection made the
+	// default.
 	const FTempFolder Data;
-	if (std::none_of(Extra.begin(), Extra.end(), [](const std::string& Entry) { return Entry.rfind("XDG_DATA_HOME=", 0) == 0; }))
+	std::map<std::string, std::string> Entries;
+	const auto Set = [&Entries](const std::string& Entry)
 	{
-		Environment.push_back("XDG_DATA_HOME=" + Data.AtBytes("data"));
-	}
-	// Nor has a connection that the user has made the default.
-	if (std::none_of(Extra.begin(), Extra.end(), [](const std::string& Entry) { return Entry.rfind("XDG_CONFIG_HOME=", 0) == 0; }))
+		const size_t Sign = Entry.find('=');
+		Entries.erase(Entry.substr(0, Sign));
+		if (Sign != std::string::npos)
+		{
+			Entries[Entry.substr(0, Sign)] = Entry;
+		}
+	};
+	std::for_each(environ, environ + CountEntries(environ), Set);
+	for (const std::string& Entry :
+		{ std::string("DISPLAY"), std::string("WAYLAND_DISPLAY"), std::string("XDG_RUNTIME_DIR"), std::string("DBUS_SESSION_BUS_ADDRESS"),
+			"XDG_DATA_HOME=" + Data.AtBytes("data"), "XDG_CONFIG_HOME=" + Data.AtBytes("config") })
 	{
-		Environment.push_back("XDG_CONFIG_HOME=" + Data.AtBytes("config"));
+		Set(Entry);
 	}
-	Environment.insert(Environment.end(), Extra.begin(), Extra.end());
+	std::for_each(Extra.begin(), Extra.end(), Set);
 	std::vector<char*> EnvironmentPointers;
-	for (std::string& Entry : Environment)
+	for (auto& [Name, Entry] : Entries)
 	{
 		EnvironmentPointers.push_back(Entry.data());
 	}

@@ -15,7 +15,7 @@ struct FRun
 
 /**
  * Reads both streams to their ends. A program that takes longer than two minutes is stopped. It sees no display, unless
- * Extra, more entries of the environment, names one.
+ * Extra, more entries of the environment, names one. A name without "=" takes its entry away.
  */
 FRun RunProgram(const std::vector<std::string>& Arguments, const std::string& Input = "", const std::string& Folder = "",
 	const std::vector<std::string>& Extra = {});

@@ -51,7 +51,7 @@ TEST(Program, HelpVersionAndWrongOptions)
 TEST(Program, AnswersAPromptAboutTheRealProject)
 {
 	const FRandomProject Project;
-	const fs::path Dump = Project.Folder / "out" / "dump.json";
+	const fs::path Dump = Project.Folder / "dump.json";
 	const fs::path Picture = Project.Folder / "answer.png";
 	const FRun Run = RunProgram({ "--headless", "--project", Project.Folder.string(), "--prompt", "find " + Project.Symbol, "--dump",
 		Dump.string(), "--screenshot", Picture.string() });
