@@ -14,53 +14,6 @@ namespace
 	}
 }
 
-TEST(Arrays, AddInsertRemove)
-{
-	TArray<int32> Array{ 1, 2, 3 };
-	EXPECT_EQ(Array.Add(4), 3);
-	Array.Insert(0, 0);
-	Array.RemoveAt(1);
-	EXPECT_EQ(Array, (TArray<int32>{ 0, 2, 3, 4 }));
-	Array.RemoveAt(0);
-	Array.Sort([](int32 A, int32 B) { return A > B; });
-	EXPECT_EQ(Array, (TArray<int32>{ 4, 3, 2 }));
-	EXPECT_EQ(Array.AddUnique(2), 2);
-	Array.Append({ 2, 5, 2 });
-	EXPECT_EQ(Array.Remove(Array[2]), 3);
-	EXPECT_EQ(Array, (TArray<int32>{ 4, 3, 5 }));
-	EXPECT_EQ(Array.RemoveAll([](int32 Each) { return Each > 3; }), 2);
-	EXPECT_EQ(Array.Pop(), 3);
-	EXPECT_TRUE(Array.IsEmpty());
-	Array.SetNum(3);
-	EXPECT_EQ(Array, (TArray<int32>{ 0, 0, 0 }));
-	Array.InsertDefaulted(1, 2);
-	Array[1] = 7;
-	EXPECT_EQ(Array, (TArray<int32>{ 0, 7, 0, 0, 0 }));
-	EXPECT_EQ(Array.FindLast(0), 4);
-	EXPECT_EQ(Array.Find(9), INDEX_NONE);
-	Array.Append(Array);
-	EXPECT_EQ(Array.Num(), 10);
-	TArray<int32> Moved(MoveTemp(Array));
-	EXPECT_EQ(Array.Num(), 0);
-	EXPECT_EQ(Moved.FilterByPredicate([](int32 Each) { return Each == 7; }).Num(), 2);
-}
-
-TEST(Arrays, BoolsAreRealElements)
-{
-	TArray<bool> Flags{ true, false };
-	Flags.Add(true);
-	bool& bSecond = Flags[1];
-	bSecond = true;
-	for (bool& bEach : Flags)
-	{
-		bEach = !bEach;
-	}
-	const bool* Data = Flags.GetData();
-	EXPECT_FALSE(Data[0] || Data[1] || Data[2]);
-	EXPECT_FALSE(Flags.Contains(true));
-	EXPECT_EQ(Flags.RemoveAll([](bool bEach) { return !bEach; }), 3);
-}
-
 TEST(Arrays, SortingSeesThroughRawPointersOnly)
 {
 	int32 Numbers[] = { 3, 1, 2 };
@@ -133,37 +86,6 @@ TEST(Maps, StringKeysIgnoreCaseAndKeepTheFirstSpelling)
 	EXPECT_EQ(Utf8(Set.Array()), R"("A", "b")");
 }
 
-TEST(Maps, AgreeWithAPlainListOverManyChanges)
-{
-	TMap<int32, int32> Map;
-	TArray<TPair<int32, int32>> Plain;
-	uint32 State = 1;
-	for (int32 Step = 0; Step < 20000; ++Step)
-	{
-		State = State * 1664525u + 1013904223u;
-		const int32 Key = (int32)(State >> 16 & 255);
-		const int32 At = Plain.IndexOfByPredicate([Key](const TPair<int32, int32>& Pair) { return Pair.Key == Key; });
-		if (State >> 30 == 0)
-		{
-			ASSERT_EQ(Map.Remove(Key), At != INDEX_NONE ? 1 : 0);
-			if (At != INDEX_NONE)
-			{
-				Plain.RemoveAt(At);
-			}
-		}
-		else
-		{
-			Map.Add(Key, Step);
-			At != INDEX_NONE ? (void)(Plain[At].Value = Step) : (void)Plain.Emplace(Key, Step);
-		}
-		ASSERT_EQ(Map.Num(), Plain.Num());
-	}
-	for (const auto& [Key, Value] : Plain)
-	{
-		ASSERT_EQ(Map.FindRef(Key, -1), Value);
-	}
-}
-
 TEST(Names, FirstSpellingStays)
 {
 	const FName First(TEXT("SpelledOnce"));
@@ -174,60 +96,4 @@ TEST(Names, FirstSpellingStays)
 	EXPECT_TRUE(FName().IsNone() && FName(TEXT("")) == NAME_None && FName(TEXT("none")).IsNone());
 	EXPECT_EQ(Utf8(FName(NAME_None)), "None");
 	EXPECT_TRUE(First != FName(TEXT("Other")) && First == TEXT("spelledonce"));
-}
-
-TEST(Pointers, SharedOwnership)
-{
-	struct FBase
-	{
-		virtual ~FBase() = default;
-	};
-	struct FDerived : FBase, TSharedFromThis<FDerived>
-	{
-		explicit FDerived(int32& InDeaths)
-			: Deaths(InDeaths)
-		{
-		}
-		~FDerived() override { ++Deaths; }
-		int32& Deaths;
-	};
-	int32 Deaths = 0;
-	TWeakPtr<FDerived> Weak;
-	{
-		TSharedRef<FDerived> Ref = MakeShared<FDerived>(Deaths);
-		TSharedPtr<FBase> Base = Ref;
-		Weak = Ref->AsShared();
-		EXPECT_TRUE(Base == Ref && Weak.Pin() == Ref && Base != nullptr);
-		EXPECT_EQ(StaticCastSharedPtr<FDerived>(Base), Ref.ToSharedPtr());
-		TSharedRef<FDerived> Taken = MoveTemp(Ref);
-		EXPECT_TRUE(&Ref.Get() == &Taken.Get()) << "a reference is never null, not even after a move";
-		TMap<TSharedPtr<FBase>, int32> ByPointer;
-		ByPointer.Add(Base, 5);
-		EXPECT_EQ(ByPointer.FindRef(Taken), 5);
-		EXPECT_EQ(Deaths, 0);
-	}
-	EXPECT_EQ(Deaths, 1);
-	EXPECT_FALSE(Weak.IsValid() || Weak.Pin().IsValid());
-}
-
-TEST(Functions, OwnedUniqueAndReferenced)
-{
-	TFunction<int32(int32)> Function;
-	EXPECT_FALSE(Function);
-	int32 Factor = 2;
-	Function = [&Factor, Count = 0](int32 Value) mutable { return Value * Factor + ++Count; };
-	const TFunction<int32(int32)> Copy = Function;
-	EXPECT_EQ(Function(10), 21);
-	EXPECT_EQ(Function(10), 22);
-	EXPECT_EQ(Copy(10), 21) << "a copy has its own state";
-	Function = nullptr;
-	EXPECT_FALSE(Function.IsSet());
-	EXPECT_FALSE(TFunction<int32(int32)>((int32(*)(int32)) nullptr));
-	TUniqueFunction<int32()> Unique = [Owned = MakeUnique<int32>(7)] { return *Owned; };
-	TUniqueFunction<int32()> Taken = MoveTemp(Unique);
-	EXPECT_EQ(Taken(), 7);
-	EXPECT_FALSE(Unique);
-	const auto Twice = [](TFunctionRef<int32(int32)> Ref) { return Ref(1) + Ref(2); };
-	EXPECT_EQ(Twice([](int32 Value) { return Value * 10; }), 30);
-	EXPECT_EQ(Twice(Copy), (1 * 2 + 2) + (2 * 2 + 3)) << "state goes on";
 }

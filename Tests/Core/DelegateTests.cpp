@@ -1,42 +1,16 @@
 #include "Misc/Attribute.h"
 #include "Support/Base/Printers.h"
 
-DECLARE_DELEGATE_OneParam(FTestOnText, const FString&) DECLARE_DELEGATE_RetVal_TwoParams(int32, FTestSum, int32, int32)
-	DECLARE_MULTICAST_DELEGATE_OneParam(FTestChanged, int32)
+DECLARE_DELEGATE_OneParam(FTestOnText, const FString&) DECLARE_MULTICAST_DELEGATE_OneParam(FTestChanged, int32)
 
-		namespace
+	namespace
 {
 	struct FListener : TSharedFromThis<FListener>
 	{
-		void OnText(const FString& Text) { Heard += Text; }
-		void OnTextWith(const FString& Text, FString Extra, int32 Number) { Heard += Text + Extra + FString::FromInt(Number); }
-		int32 Sum(int32 A, int32 B) const { return A + B; }
 		void OnChanged(int32 Value) { Heard += FString::FromInt(Value); }
 		FString GetHeard() const { return Heard; }
 		FString Heard;
 	};
-	int32 Multiply(int32 A, int32 B)
-	{
-		return A * B;
-	}
-}
-
-TEST(Delegates, BindingsOfEveryKind)
-{
-	const TSharedRef<FListener> Listener = MakeShared<FListener>();
-	FTestOnText OnText = FTestOnText::CreateSP(Listener, &FListener::OnText);
-	EXPECT_TRUE(OnText.ExecuteIfBound(TEXT("a")));
-	OnText.BindSP(&Listener.Get(), &FListener::OnTextWith, FString(TEXT("+")), 5);
-	OnText.Execute(TEXT("b"));
-	OnText.BindRaw(&Listener.Get(), &FListener::OnText);
-	OnText.Execute(TEXT("c"));
-	OnText.BindLambda([&Listener](const FString& Text, int32 Payload) { Listener->Heard += Text + FString::FromInt(Payload); }, 9);
-	OnText.Execute(TEXT("d"));
-	EXPECT_EQ(Utf8(Listener->Heard), "ab+5cd9");
-	EXPECT_EQ(FTestSum::CreateSP(Listener, &FListener::Sum).Execute(1, 2), 3);
-	EXPECT_EQ(FTestSum::CreateStatic(&Multiply).Execute(3, 4), 12);
-	OnText.Unbind();
-	EXPECT_FALSE(OnText.ExecuteIfBound(TEXT("e")));
 }
 
 TEST(Delegates, ObjectsAreHeldWeaklyAndKeptForTheCall)
@@ -142,20 +116,6 @@ TEST(MulticastDelegates, NestedBroadcastsAndDestruction)
 		});
 	Event->Broadcast(0);
 	EXPECT_EQ(Utf8(Log), "in0 in1 in2 out3 out2 out1 ") << "nothing is called once the delegate is gone";
-}
-
-TEST(MulticastDelegates, EventsAreBroadcastByTheirOwner)
-{
-	struct FOwner
-	{
-		DECLARE_EVENT_OneParam(FOwner, FChangedEvent, int32) FChangedEvent Changed;
-		void Change() { Changed.Broadcast(3); }
-	};
-	FOwner Owner;
-	int32 Sum = 0;
-	Owner.Changed.AddLambda([&Sum](int32 Value) { Sum += Value; });
-	Owner.Change();
-	EXPECT_EQ(Sum, 3);
 }
 
 TEST(Attributes, ValuesFunctionsAndDeadObjects)

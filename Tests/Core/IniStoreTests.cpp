@@ -9,8 +9,6 @@
 
 #include <algorithm>
 #include <atomic>
-#include <gtest/gtest.h>
-#include <random>
 #include <sys/stat.h>
 #include <thread>
 #include <vector>
@@ -90,35 +88,6 @@ TEST_F(IniStore, ChangesOneLineAndKeepsTheRest)
 	FString Value;
 	EXPECT_FALSE(File.Get(TEXT("A"), TEXT("Key"), Value)) << "both are gone";
 	EXPECT_TRUE(File.Get(TEXT("B"), TEXT("Key"), Value));
-}
-
-TEST_F(IniStore, EveryTextComesBack)
-{
-	std::mt19937 Random(20260131);
-	const TCHAR Units[] = { TEXT('a'), TEXT('"'), TEXT('\\'), TEXT('\n'), TEXT('\r'), TEXT('\t'), TEXT(' '), TEXT('='), TEXT(';'),
-		TEXT('['), TEXT(']'), TEXT('u'), TEXT('0'), TEXT('\0'), 0x7F, 0x85, 0xE4, 0x2028, 0xFEFF, 0xFFFF, 0xD83D, 0xDE00 };
-	TArray<FString> Texts;
-	for (int32 Round = 0; Round < 500; ++Round)
-	{
-		FString Text;
-		for (uint32 Length = Random() % 8; Length > 0; --Length)
-		{
-			Text.AppendChar(Units[Random() % (sizeof(Units) / sizeof(Units[0]))]);
-		}
-		Texts.Add(Text);
-	}
-	FHostIniFile File;
-	for (int32 Index = 0; Index < Texts.Num(); ++Index)
-	{
-		File.Set(TEXT("S") + Texts[Index] + FString::FromInt(Index), TEXT("k") + Texts[Index], Texts[Index]);
-	}
-	const FHostIniFile Read(File.GetBytes());
-	for (int32 Index = 0; Index < Texts.Num(); ++Index)
-	{
-		FString Value = TEXT("missing");
-		EXPECT_TRUE(Read.Get(TEXT("S") + Texts[Index] + FString::FromInt(Index), TEXT("k") + Texts[Index], Value)) << Index;
-		EXPECT_TRUE(Value.Equals(Texts[Index])) << Index << ": " << Utf8(Texts[Index]);
-	}
 }
 
 TEST_F(IniStore, WhatIsSetReadsBackFromAnyFile)

@@ -7,7 +7,6 @@
 
 #include <csignal>
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <thread>
 #include <unistd.h>
 
@@ -25,13 +24,7 @@ namespace
 
 TEST(Outcome, ErrorsOfTheSystemBecomeCodesAndWords)
 {
-	struct FCase
-	{
-		int Error;
-		EOutcome Code;
-		const char* Words;
-	};
-	const FCase Cases[] = {
+	const std::tuple<int, EOutcome, const char*> Cases[] = {
 		{ ENOENT, EOutcome::Missing, "no such file or folder" },
 		{ EEXIST, EOutcome::Exists, "the file exists" },
 		{ EROFS, EOutcome::Denied, "the file system is read-only" },
@@ -41,12 +34,12 @@ TEST(Outcome, ErrorsOfTheSystemBecomeCodesAndWords)
 		{ ENOTSUP, EOutcome::Failed, "the system says: Operation not supported" },
 		{ 9999, EOutcome::Failed, "system error 9999" },
 	};
-	for (const FCase& Case : Cases)
+	for (const auto& [Error, Code, Words] : Cases)
 	{
-		SCOPED_TRACE(Case.Error);
-		const FOutcome Outcome = FOutcome::FromSystem(Case.Error, "/a/b");
-		EXPECT_EQ(Outcome.GetCode(), Case.Code);
-		EXPECT_EQ(Outcome.GetWords(), Case.Words);
+		SCOPED_TRACE(Error);
+		const FOutcome Outcome = FOutcome::FromSystem(Error, "/a/b");
+		EXPECT_EQ(Outcome.GetCode(), Code);
+		EXPECT_EQ(Outcome.GetWords(), Words);
 		EXPECT_EQ(Outcome.GetPath(), "/a/b");
 		EXPECT_FALSE(Outcome.IsDone());
 	}

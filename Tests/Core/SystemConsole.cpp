@@ -3,7 +3,6 @@
 #include "Host/HostLog.h"
 #include "Support/Base/Printers.h"
 
-#include <gtest/gtest.h>
 #include <memory>
 
 namespace
@@ -96,11 +95,7 @@ TEST(SystemConsole, WrongKindsAreToldAndChangeNothing)
 	TestFlag->Set(true);
 	TestCount->Set(3);
 	TestRate->Set(0.5f);
-	const struct
-	{
-		const char* Line;
-		const char* Answer;
-	} Cases[] = {
+	const std::pair<const char*, const char*> Cases[] = {
 		{ "system.Test.Count many", "system.Test.Count takes a whole number, not \"many\"." },
 		{ "system.Test.Count 1.5", "system.Test.Count takes a whole number, not \"1.5\"." },
 		{ "system.Test.Count 2147483648", "system.Test.Count takes a whole number, not \"2147483648\"." },
@@ -113,9 +108,9 @@ TEST(SystemConsole, WrongKindsAreToldAndChangeNothing)
 		{ "system.Test.Flag maybe", "system.Test.Flag takes true or false, not \"maybe\"." },
 		{ "system.Test.Flag 2", "system.Test.Flag takes true or false, not \"2\"." },
 	};
-	for (const auto& Case : Cases)
+	for (const auto& [Line, Answer] : Cases)
 	{
-		EXPECT_EQ(RunLine(UTF8_TO_TCHAR(Case.Line)), Case.Answer);
+		EXPECT_EQ(RunLine(UTF8_TO_TCHAR(Line)), Answer);
 	}
 	EXPECT_TRUE(TestFlag.GetValueOnGameThread());
 	EXPECT_EQ(TestCount.GetValueOnGameThread(), 3);

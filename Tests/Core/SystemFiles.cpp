@@ -14,7 +14,6 @@
 #include <csignal>
 #include <fcntl.h>
 #include <filesystem>
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <vector>

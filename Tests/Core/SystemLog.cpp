@@ -3,7 +3,6 @@
 #include "Logging/LogMacros.h"
 #include "Support/Base/Printers.h"
 
-#include <gtest/gtest.h>
 #include <thread>
 #include <vector>
 

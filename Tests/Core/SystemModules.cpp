@@ -6,7 +6,6 @@
 #include "Support/Base/TempFolder.h"
 
 #include <filesystem>
-#include <gtest/gtest.h>
 #include <link.h>
 
 namespace

@@ -1,13 +1,10 @@
 #include "Misc/Paths.h"
 
-#include "Containers/Array.h"
 #include "HAL/FileManager.h"
 #include "Host/HostPaths.h"
 #include "Support/Base/FolderMode.h"
 #include "Support/Base/Printers.h"
 #include "Support/Base/TempFolder.h"
-
-#include <gtest/gtest.h>
 
 TEST(SystemPaths, PartsOfAPath)
 {
@@ -69,26 +66,6 @@ TEST(SystemPaths, Collapse)
 		EXPECT_EQ(FPaths::CollapseRelativeDirectories(Path), Case.Collapsed != nullptr);
 		EXPECT_EQ(Utf8(Path), Case.Collapsed ? std::string(Case.Collapsed) : Utf8(Case.Path));
 	}
-}
-
-TEST(SystemPaths, RootsAndJoins)
-{
-	for (const TCHAR* Rooted : { TEXT("/"), TEXT("/x"), TEXT("C:/x"), TEXT("c:"), TEXT("\\\\server\\x") })
-	{
-		EXPECT_FALSE(FPaths::IsRelative(Rooted)) << Utf8(Rooted);
-	}
-	for (const TCHAR* Relative : { TEXT(""), TEXT("x/y"), TEXT("../x"), TEXT("1:/x") })
-	{
-		EXPECT_TRUE(FPaths::IsRelative(Relative)) << Utf8(Relative);
-	}
-	EXPECT_EQ(Utf8(FPaths::Combine(TEXT("a/"), TEXT("/b"), FString(), FString(TEXT("c")))), "a/b/c");
-	EXPECT_EQ(Utf8(FPaths::Combine(FString(), TEXT("b"))), "b");
-	FString Folder = TEXT("C:\\a\\b\\");
-	FPaths::NormalizeDirectoryName(Folder);
-	EXPECT_EQ(Utf8(Folder), "C:/a/b");
-	Folder = TEXT("/");
-	FPaths::NormalizeDirectoryName(Folder);
-	EXPECT_EQ(Utf8(Folder), "/");
 }
 
 TEST(SystemPaths, RelativeTo)

@@ -10,7 +10,6 @@
 #include <algorithm>
 #include <atomic>
 #include <cstdlib>
-#include <gtest/gtest.h>
 #include <memory>
 #include <set>
 #include <mutex>

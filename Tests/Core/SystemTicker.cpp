@@ -4,7 +4,6 @@
 
 #include <atomic>
 #include <chrono>
-#include <gtest/gtest.h>
 #include <memory>
 #include <thread>
 #include <vector>

@@ -58,24 +58,9 @@ TEST(Texts, OrderedFormat)
 	}
 }
 
-TEST(Texts, NamedFormat)
-{
-	FFormatNamedArguments Arguments;
-	Arguments.Add(TEXT("Count"), 1500);
-	Arguments.Add(TEXT("Name"), INVTEXT("x"));
-	EXPECT_EQ(Utf8(FText::Format(LOCTEXT("Named", "{Name}: {count}, {Other}"), Arguments)), "x: 1,500, {Other}");
-	EXPECT_EQ(Utf8(FText::Join(INVTEXT(", "), TArray<FText>{ INVTEXT("a"), INVTEXT("b") })), "a, b");
-}
-
 TEST(Texts, Numbers)
 {
-	struct FCase
-	{
-		const char* Why;
-		FText Result;
-		const char* Expected;
-	};
-	const FCase Cases[] = {
+	const std::tuple<const char*, FText, const char*> Cases[] = {
 		{ "short", FText::AsNumber(999), "999" },
 		{ "negative", FText::AsNumber(-1000), "-1,000" },
 		{ "half to even", FText::AsNumber(0.0025), "0.002" },
@@ -85,9 +70,9 @@ TEST(Texts, Numbers)
 		{ "huge", FText::AsNumber(1e21), "1,000,000,000,000,000,000,000" },
 		{ "not a number", FText::AsNumber(std::numeric_limits<double>::quiet_NaN()), "NaN" },
 	};
-	for (const FCase& Case : Cases)
+	for (const auto& [Why, Result, Expected] : Cases)
 	{
-		EXPECT_EQ(Utf8(Case.Result), Case.Expected) << Case.Why;
+		EXPECT_EQ(Utf8(Result), Expected) << Why;
 	}
 }
 

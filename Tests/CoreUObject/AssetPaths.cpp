@@ -7,7 +7,6 @@
 #include "UObject/UObjectGlobals.h"
 
 #include <filesystem>
-#include <gtest/gtest.h>
 
 namespace
 {

@@ -8,8 +8,6 @@
 #include "UObject/UObjectGlobals.h"
 #include "UObject/WeakObjectPtrTemplates.h"
 
-#include <gtest/gtest.h>
-
 namespace
 {
 	enum class ETestMode : uint8
@@ -97,33 +95,6 @@ TEST(UObjects, GarbageIsGoneForWeakPointers)
 	EXPECT_FALSE(Bound.ExecuteIfBound());
 	EXPECT_EQ(Object->Calls, 1);
 	EXPECT_FALSE(IsValid(nullptr));
-}
-
-TEST(UObjects, ConfigurationRoundTrip)
-{
-	IHostConfigStore::SetCurrent(nullptr);
-	UTestSettings* Settings = NewObject<UTestSettings>();
-	Settings->Language = TEXT("d\u00E9");
-	Settings->MaxCount = 42;
-	Settings->Rate = 0.1;
-	Settings->bOn = false;
-	Settings->Files = { TEXT("a"), TEXT(""), TEXT("c") };
-	Settings->Mode = ETestMode::High;
-	Settings->SaveConfig(CPF_Config, *Settings->GetDefaultConfigFilename(), GConfig);
-
-	UTestSettings* Other = NewObject<UTestSettings>();
-	Other->LoadConfig();
-	EXPECT_EQ(Utf8(Other->Language), "d\xC3\xA9");
-	EXPECT_EQ(Other->MaxCount, 42);
-	EXPECT_EQ(Other->Rate, 0.1);
-	EXPECT_FALSE(Other->bOn);
-	EXPECT_EQ(Utf8(FString::Join(Other->Files, TEXT("|"))), "a||c");
-	EXPECT_EQ(Other->Mode, ETestMode::High);
-
-	Settings->Files = { TEXT("z") };
-	Settings->SaveConfig();
-	FString Stale;
-	EXPECT_FALSE(GConfig->GetString(TEXT("/Script/UObjectTests.TestSettings"), TEXT("Files.2"), Stale, GEditorPerProjectIni));
 }
 
 TEST(UObjects, SavingLeavesAloneWhatDidNotChangeHere)

@@ -3,13 +3,8 @@
 #include "Host/HostLog.h"
 #include "Host/HostPaths.h"
 #include "SourceCodeNavigation.h"
-#include "Subsystems/AssetEditorSubsystem.h"
 #include "Support/Base/Printers.h"
 #include "Support/Base/TempFolder.h"
-#include "WorkspaceMenuStructure.h"
-#include "WorkspaceMenuStructureModule.h"
-
-#include <gtest/gtest.h>
 
 namespace
 {
@@ -33,22 +28,6 @@ namespace
 	};
 }
 
-TEST_F(EditorServices, OpensAssets)
-{
-	ASSERT_NE(GEditor, nullptr);
-	UAssetEditorSubsystem* Assets = GEditor->GetEditorSubsystem<UAssetEditorSubsystem>();
-	ASSERT_NE(Assets, nullptr);
-	EXPECT_EQ(GEditor->GetEditorSubsystem<UAssetEditorSubsystem>(), Assets);
-	UObject* Asset = StaticLoadObject(UObject::StaticClass(), nullptr, TEXT("/Game/A"));
-	EXPECT_TRUE(Assets->OpenEditorForAsset(Asset));
-	EXPECT_FALSE(Assets->OpenEditorForAsset(static_cast<UObject*>(nullptr)));
-	Assets->OpenEditorForAsset(TEXT("/Game/A.A"));
-	Assets->OpenEditorForAsset(TEXT("/Game/Missing"));
-	FHostEditor::SetOpenAssetHook([](UObject*) { return false; });
-	EXPECT_FALSE(Assets->OpenEditorForAsset(Asset));
-	EXPECT_EQ(Utf8(FString::Join(FHostEditor::GetOpenedAssets(), TEXT(" "))), "/Game/A.A /Game/A.A /Game/A.A");
-}
-
 TEST_F(EditorServices, OpensSourceFiles)
 {
 	FString Missing;
@@ -67,18 +46,4 @@ TEST_F(EditorServices, OpensSourceFiles)
 	EXPECT_EQ(Opened.Line, 12);
 	EXPECT_EQ(Opened.Column, 3);
 	EXPECT_EQ(FHostEditor::GetOpenedSources().Num(), 1);
-}
-
-TEST_F(EditorServices, MenuGroupsStandBelowOneRoot)
-{
-	const IWorkspaceMenuStructure& Menu = WorkspaceMenu::GetMenuStructure();
-	EXPECT_EQ(&Menu, &WorkspaceMenu::GetMenuStructure());
-	const TSharedRef<FWorkspaceItem> Root = Menu.GetStructureRoot();
-	TSharedPtr<FWorkspaceItem> Item = Menu.GetToolsCategory();
-	EXPECT_FALSE(Item->GetDisplayName().IsEmpty());
-	while (Item->GetParent().IsValid())
-	{
-		Item = Item->GetParent();
-	}
-	EXPECT_EQ(Item, Root);
 }

@@ -10,8 +10,6 @@
 #include "Widgets/Text/STextBlock.h"
 #include "UObject/UObjectGlobals.h"
 #include "Widgets/Input/SCheckBox.h"
-#include "Widgets/Input/SEditableTextBox.h"
-#include "Widgets/Input/SMultiLineEditableTextBox.h"
 
 #include <algorithm>
 
@@ -171,13 +169,7 @@ TEST_F(FSettingsPageTest, EveryChangeIsSaved)
 
 TEST_F(FSettingsPageTest, WhatIsNoValueIsAnsweredInWords)
 {
-	struct FCase
-	{
-		const char* Tag;
-		const char* Entered;
-		const char* Complaint;
-	};
-	const FCase Cases[] = {
+	const std::tuple<const char*, const char*, const char*> Cases[] = {
 		{ "MaxCount", "x12", "\"x12\" is not a whole number. The value stays 5." },
 		{ "MaxCount", "1.5", "\"1.5\" is not a whole number. The value stays 5." },
 		{ "MaxCount", "", "An empty text is not a whole number. The value stays 5." },
@@ -190,12 +182,12 @@ TEST_F(FSettingsPageTest, WhatIsNoValueIsAnsweredInWords)
 		{ "Factor", "nan", "\"nan\" is not a number. The value stays 0.1." },
 	};
 	Open();
-	for (const FCase& Case : Cases)
+	for (const auto& [Tag, Entered, Complaint] : Cases)
 	{
-		SCOPED_TRACE(std::string(Case.Tag) + " " + Case.Entered);
-		Enter(Case.Tag, Case.Entered);
-		EXPECT_EQ(GetText(Case.Tag), Case.Entered) << "what was typed stays";
-		EXPECT_TRUE(IsOnScreen(Case.Complaint));
+		SCOPED_TRACE(std::string(Tag) + " " + Entered);
+		Enter(Tag, Entered);
+		EXPECT_EQ(GetText(Tag), Entered) << "what was typed stays";
+		EXPECT_TRUE(IsOnScreen(Complaint));
 	}
 	EXPECT_EQ(Settings->MaxCount, 5);
 	EXPECT_EQ(ReadSaved(TEXT("MaxCount")), "<not saved>");

@@ -1,10 +1,7 @@
 #include "Dom/JsonObject.h"
-#include "Host/HostLog.h"
 #include "Serialization/JsonReader.h"
 #include "Serialization/JsonSerializer.h"
 #include "Support/Base/Printers.h"
-
-#include <gtest/gtest.h>
 
 namespace
 {

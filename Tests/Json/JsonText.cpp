@@ -9,7 +9,6 @@
 #include <clocale>
 #include <limits>
 #include <utility>
-#include <gtest/gtest.h>
 #include <string>
 
 namespace
@@ -52,60 +51,6 @@ namespace
 		}
 		return Result;
 	}
-}
-
-TEST(JsonText, PrettyBytes)
-{
-	const TSharedRef<FJsonObject> Object = MakeShared<FJsonObject>();
-	TArray<TSharedPtr<FJsonValue>> Messages;
-	for (const auto& [Sender, Content] :
-		{ std::pair(TEXT("You"), TEXT("a \"q\" \\ b\nc\td")), std::pair(TEXT("Velmora AI"), TEXT("\u00E9 / \U0001F464")) })
-	{
-		const TSharedRef<FJsonObject> Message = MakeShared<FJsonObject>();
-		Message->SetStringField(TEXT("sender"), Sender);
-		Message->SetStringField(TEXT("content"), Content);
-		Messages.Add(MakeShared<FJsonValueObject>(Message));
-	}
-	Object->SetArrayField(TEXT("messages"), Messages);
-	Object->SetArrayField(TEXT("tags"), {});
-	Object->SetArrayField(TEXT("names"), { MakeShared<FJsonValueString>(TEXT("x")), MakeShared<FJsonValueString>(TEXT("y")) });
-	Object->SetArrayField(TEXT("sizes"), { MakeShared<FJsonValueNumber>(1), MakeShared<FJsonValueNumber>(2.5) });
-	const TSharedRef<FJsonObject> Nested = MakeShared<FJsonObject>();
-	Nested->Values.Add(TEXT("a"), MakeShared<FJsonValueNull>());
-	Object->Values.Add(TEXT("nested"), MakeShared<FJsonValueObject>(Nested));
-	Object->SetBoolField(TEXT("ShowPlan"), true);
-	Object->SetNumberField(TEXT("message_count"), 2);
-
-	const char* const Expected = "{\r\n"
-								 "\t\"messages\": [\r\n"
-								 "\t\t{\r\n"
-								 "\t\t\t\"sender\": \"You\",\r\n"
-								 "\t\t\t\"content\": \"a \\\"q\\\" \\\\ b\\nc\\td\"\r\n"
-								 "\t\t},\r\n"
-								 "\t\t{\r\n"
-								 "\t\t\t\"sender\": \"Velmora AI\",\r\n"
-								 "\t\t\t\"content\": \"\xC3\xA9 / \xF0\x9F\x91\xA4\"\r\n"
-								 "\t\t}\r\n"
-								 "\t],\r\n"
-								 "\t\"tags\": [],\r\n"
-								 "\t\"names\": [\r\n"
-								 "\t\t\"x\",\r\n"
-								 "\t\t\"y\"\r\n"
-								 "\t],\r\n"
-								 "\t\"sizes\": [ 1, 2.5 ],\r\n"
-								 "\t\"nested\":\r\n"
-								 "\t{\r\n"
-								 "\t\t\"a\": null\r\n"
-								 "\t},\r\n"
-								 "\t\"ShowPlan\": true,\r\n"
-								 "\t\"message_count\": 2\r\n"
-								 "}";
-	FString Out;
-	const TSharedRef<TJsonWriter<>> Writer = TJsonWriterFactory<>::Create(&Out);
-	EXPECT_TRUE(FJsonSerializer::Serialize(Object, Writer));
-	EXPECT_TRUE(Writer->Close()) << "closing again is harmless";
-	EXPECT_EQ(Utf8(Out), Expected);
-	EXPECT_EQ(Pretty(Parse(Out)), Expected) << "reading it back gives the same";
 }
 
 TEST(JsonText, LayoutOfArrays)
@@ -211,20 +156,6 @@ TEST(JsonText, NestingIsBounded)
 	Circle->Values.Reset();
 }
 
-TEST(JsonText, OutermostKind)
-{
-	TSharedPtr<FJsonObject> Object = MakeShared<FJsonObject>();
-	const TSharedRef<TJsonReader<>> Reader = TJsonReaderFactory<>::Create(TEXT("[1]"));
-	EXPECT_FALSE(FJsonSerializer::Deserialize(Reader, Object));
-	EXPECT_FALSE(Object.IsValid());
-	EXPECT_EQ(Utf8(Reader->GetErrorMessage()), "The outermost value is of type 'Array', not 'Object'.");
-	EXPECT_FALSE(FJsonSerializer::Deserialize(TJsonReaderFactory<>::Create(TEXT("3")), Object));
-	TArray<TSharedPtr<FJsonValue>> Array;
-	EXPECT_TRUE(FJsonSerializer::Deserialize(TJsonReaderFactory<>::Create(TEXT(" [1, 2] \r\n\t")), Array));
-	EXPECT_EQ(Array.Num(), 2);
-	EXPECT_FALSE(FJsonSerializer::Deserialize(TJsonReaderFactory<>::Create(TEXT("{}")), Array));
-}
-
 TEST(JsonText, WriterKeepsTheStructureWhole)
 {
 	FString Out;
@@ -253,34 +184,4 @@ TEST(JsonText, WriterKeepsTheStructureWhole)
 	Mistaken->WriteArrayEnd();
 	Mistaken->WriteObjectEnd();
 	EXPECT_FALSE(Mistaken->Close());
-}
-
-TEST(JsonText, RandomTextsNeverCrash)
-{
-	const char Alphabet[] = "{}[],:\"\\u0a1.-eE+truefalsn \n";
-	uint32 State = 12345;
-	const auto Next = [&State](uint32 Limit)
-	{
-		State = State * 1664525u + 1013904223u;
-		return (State >> 16) % Limit;
-	};
-	int32 Read = 0;
-	for (int32 Trial = 0; Trial < 50000; ++Trial)
-	{
-		FString Text;
-		for (uint32 Length = Next(12); Length > 0; --Length)
-		{
-			Text.AppendChar(TCHAR(Alphabet[Next(sizeof(Alphabet) - 1)]));
-		}
-		TSharedPtr<FJsonValue> Value;
-		if (FJsonSerializer::Deserialize(TJsonReaderFactory<>::Create(Text), Value))
-		{
-			++Read;
-			const std::string Once = Pretty(Value);
-			const TSharedPtr<FJsonValue> Again = Parse(FString(Once.c_str()));
-			ASSERT_TRUE(Again.IsValid()) << Utf8(Text);
-			ASSERT_TRUE(FJsonValue::CompareEqual(*Value, *Again)) << Utf8(Text);
-		}
-	}
-	EXPECT_GT(Read, 100) << "some of them are JSON";
 }
