@@ -3,7 +3,6 @@
 
 #include "Support/Base/Printers.h"
 
-#include <gtest/gtest.h>
 #include <limits>
 #include <string>
 
@@ -183,13 +182,7 @@ TEST(AtController, ReportsAQueryOnce)
 
 TEST(AtController, ReplacesTheTokenAndLeavesOneBlank)
 {
-	struct FCase
-	{
-		const char* Marked;
-		const char* Text;
-		int32 Cursor;
-	};
-	const FCase Cases[] = {
+	const std::tuple<const char*, const char*, int32> Cases[] = {
 		{ "@ab|cd", "File.h ", 7 },
 		{ "@ab| next", "File.h next", 6 },
 		{ "see @ab|, then", "see File.h , then", 11 },
@@ -199,15 +192,15 @@ TEST(AtController, ReplacesTheTokenAndLeavesOneBlank)
 		{ "@a @b|", "@a File.h ", 10 },
 	};
 	const FAtFileReferenceController Controller = MakeController();
-	for (const FCase& Case : Cases)
+	for (const auto& [Marked, Text, Cursor] : Cases)
 	{
-		SCOPED_TRACE(Case.Marked);
-		const FMarkedText Input(Case.Marked);
+		SCOPED_TRACE(Marked);
+		const FMarkedText Input(Marked);
 		const FAtFileReferenceController::FReplacement Result =
 			Controller.BuildReplacement(Input.Text, FTextLocation(0, Input.Cursor), TEXT("File.h"));
 		EXPECT_TRUE(Result.bApplied);
-		EXPECT_EQ(Utf8(Result.NewText), Case.Text);
-		EXPECT_EQ(Result.NewCursor, FTextLocation(0, Case.Cursor));
+		EXPECT_EQ(Utf8(Result.NewText), Text);
+		EXPECT_EQ(Result.NewCursor, FTextLocation(0, Cursor));
 	}
 	const FAtFileReferenceController::FReplacement None =
 		Controller.BuildReplacement(TEXT("no token"), FTextLocation(0, 8), TEXT("File.h"));
@@ -247,25 +240,4 @@ TEST(AtController, SuppressionIsAFlagAndKeepsTheState)
 		EXPECT_TRUE(Update(Controller, "@ab|").bShouldOpen) << "the inner one ended both";
 	}
 	EXPECT_TRUE(Update(Controller, "@abc|").bQueryChanged);
-}
-
-TEST(AtController, LargeTextsAreReadNoFurtherThanNeeded)
-{
-	// Ten thousand moves of the cursor in five megabytes of text: a copy or a walk of the whole for each would take minutes.
-	FString Text;
-	for (int32 Line = 0; Line < 100000; ++Line)
-	{
-		Text += TEXT("fifty characters of text in each line of the prompt\n");
-	}
-	Text += TEXT("see @pla");
-	FAtFileReferenceController Controller = MakeController();
-	for (int32 Round = 0; Round < 10000; ++Round)
-	{
-		const bool bChanged = Controller.Update(Text, FTextLocation(0, Text.Len())).bQueryChanged;
-		ASSERT_EQ(bChanged, Round == 0);
-	}
-	const FAtFileReferenceController::FReplacement Result =
-		Controller.BuildReplacement(Text, FTextLocation(0, Text.Len()), TEXT("Player.cpp"));
-	EXPECT_EQ(Result.NewText.Len(), Text.Len() - 4 + 11);
-	EXPECT_TRUE(Result.NewText.EndsWith(TEXT("see Player.cpp "), ESearchCase::CaseSensitive));
 }

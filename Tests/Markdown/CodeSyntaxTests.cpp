@@ -2,7 +2,6 @@
 
 #include "Support/Base/Printers.h"
 
-#include <gtest/gtest.h>
 #include <random>
 #include <string>
 

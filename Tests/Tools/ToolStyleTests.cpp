@@ -2,8 +2,6 @@
 
 #include "Support/Base/Printers.h"
 
-#include <gtest/gtest.h>
-
 using Velmora::FResolvedToolStyle;
 using Velmora::FToolStyleResolver;
 
@@ -29,13 +27,7 @@ namespace
 
 TEST(ToolStyle, WorkedExamples)
 {
-	struct FCase
-	{
-		const TCHAR* Name;
-		const TCHAR* Metadata;
-		const char* Style;
-	};
-	const FCase Cases[] = {
+	const std::tuple<const TCHAR*, const TCHAR*, const char*> Cases[] = {
 		{ TEXT("create_widget"), TEXT(R"({"operation_type":"create","data_type":"WidgetBlueprint"})"),
 			"#10B981 | Create Widget Blueprint | widget | Asset Creation - WidgetBlueprint | Creating" },
 		{ TEXT("read_blueprint"), TEXT(R"({"operation_type":"read","data_type":"Blueprint","sub_operation":"schema"})"),
@@ -63,22 +55,16 @@ TEST(ToolStyle, WorkedExamples)
 		{ TEXT("x"), TEXT(R"({"data_type":"NiagaraSystem"})"), "#A855F7 | X | particles | VFX System | Processing" },
 		{ TEXT("x"), TEXT(R"({"data_type":"datatable"})"), "#06B6D4 | X | table | Asset - datatable | Processing" },
 	};
-	for (const FCase& Case : Cases)
+	for (const auto& [Name, Metadata, Style] : Cases)
 	{
-		SCOPED_TRACE(Utf8(Case.Name) + " " + Utf8(Case.Metadata));
-		EXPECT_EQ(DumpStyle(FToolStyleResolver::ResolveStyle(Case.Name, Case.Metadata)), Case.Style);
+		SCOPED_TRACE(Utf8(Name) + " " + Utf8(Metadata));
+		EXPECT_EQ(DumpStyle(FToolStyleResolver::ResolveStyle(Name, Metadata)), Style);
 	}
 }
 
 TEST(ToolText, Verbs)
 {
-	struct FCase
-	{
-		const TCHAR* Operation;
-		const TCHAR* SubOperation;
-		const char* Verb;
-	};
-	const FCase Cases[] = {
+	const std::tuple<const TCHAR*, const TCHAR*, const char*> Cases[] = {
 		{ TEXT("read"), TEXT(""), "Analyzing" },
 		{ TEXT("read"), TEXT("blueprint_graph"), "Analyzing Blueprint_graph" },
 		{ TEXT("READ"), TEXT("SCHEMA"), "Analyzing graph" },
@@ -95,21 +81,15 @@ TEST(ToolText, Verbs)
 		{ TEXT("rebuild"), TEXT(""), "Rebuild" },
 		{ TEXT("\u00e9tude"), TEXT(""), "\xc3\xa9tude" },
 	};
-	for (const FCase& Case : Cases)
+	for (const auto& [Operation, SubOperation, Verb] : Cases)
 	{
-		EXPECT_EQ(Utf8(Resolve(Case.Operation, FString(), Case.SubOperation).ActionVerb), Case.Verb);
+		EXPECT_EQ(Utf8(Resolve(Operation, FString(), SubOperation).ActionVerb), Verb);
 	}
 }
 
 TEST(ToolText, Categories)
 {
-	struct FCase
-	{
-		const TCHAR* Operation;
-		const TCHAR* DataType;
-		const char* Category;
-	};
-	const FCase Cases[] = {
+	const std::tuple<const TCHAR*, const TCHAR*, const char*> Cases[] = {
 		{ TEXT("create"), TEXT(""), "Asset Creation" },
 		{ TEXT("Create"), TEXT("Enum"), "Asset Creation - Enum" },
 		{ TEXT("modify"), TEXT("Enum"), "Modification - Enum" },
@@ -136,20 +116,15 @@ TEST(ToolText, Categories)
 		{ TEXT(""), TEXT("Directory"), "File System" },
 		{ TEXT(""), TEXT("FileList"), "Asset - FileList" },
 	};
-	for (const FCase& Case : Cases)
+	for (const auto& [Operation, DataType, Category] : Cases)
 	{
-		EXPECT_EQ(Utf8(Resolve(Case.Operation, Case.DataType).Category), Case.Category);
+		EXPECT_EQ(Utf8(Resolve(Operation, DataType).Category), Category);
 	}
 }
 
 TEST(ToolText, NamesForPeople)
 {
-	struct FCase
-	{
-		const TCHAR* Name;
-		const char* Pretty;
-	};
-	const FCase Cases[] = {
+	const std::pair<const TCHAR*, const char*> Cases[] = {
 		{ TEXT("get_blueprint_info"), "Get Blueprint Info" },
 		{ TEXT("read__file"), "Read File" },
 		{ TEXT("create"), "Create" },
@@ -159,20 +134,15 @@ TEST(ToolText, NamesForPeople)
 		{ TEXT("___"), "" },
 		{ TEXT(""), "" },
 	};
-	for (const FCase& Case : Cases)
+	for (const auto& [Name, Pretty] : Cases)
 	{
-		EXPECT_EQ(Utf8(FToolStyleResolver::ResolveStyle(Case.Name, FString()).DisplayName), Case.Pretty);
+		EXPECT_EQ(Utf8(FToolStyleResolver::ResolveStyle(Name, FString()).DisplayName), Pretty);
 	}
 }
 
 TEST(ToolText, DisplayParameters)
 {
-	struct FCase
-	{
-		const TCHAR* Parameters;
-		const char* Text;
-	};
-	const FCase Cases[] = {
+	const std::pair<const TCHAR*, const char*> Cases[] = {
 		{ TEXT(""), "" },
 		{ TEXT("{}"), "" },
 		{ TEXT("Null"), "" },
@@ -197,10 +167,10 @@ TEST(ToolText, DisplayParameters)
 		{ TEXT(R"({"PATH":"x/Y.z"})"), "Y" },
 		{ TEXT(R"({"other":"x"})"), "" },
 	};
-	for (const FCase& Case : Cases)
+	for (const auto& [Parameters, Text] : Cases)
 	{
-		SCOPED_TRACE(Utf8(Case.Parameters));
-		EXPECT_EQ(Utf8(FToolStyleResolver::ExtractDisplayParameter(Case.Parameters)), Case.Text);
+		SCOPED_TRACE(Utf8(Parameters));
+		EXPECT_EQ(Utf8(FToolStyleResolver::ExtractDisplayParameter(Parameters)), Text);
 	}
 	EXPECT_EQ(Utf8(FToolStyleResolver::ExtractShortName(TEXT(""))), "");
 }

@@ -98,15 +98,6 @@ TEST_F(FChatAgentEvents, StateThatEndsATurnEndsTheStep)
 	}
 }
 
-TEST_F(FChatAgentEvents, StateIsPassedOn)
-{
-	Connect();
-	Agent->FireState(EConversationState::Thinking);
-	Agent->FireState(EConversationState::AwaitingInput);
-	EXPECT_EQ(States, (std::vector<EConversationState>{ EConversationState::Thinking, EConversationState::AwaitingInput }));
-	EXPECT_EQ(MessagesChangedCount, 0);
-}
-
 TEST_F(FChatAgentEvents, LateCompletionFindsTheRowOfAnEarlierStep)
 {
 	Connect();

@@ -4,8 +4,6 @@
 #include "Support/Base/Printers.h"
 #include "ViewModels/MessageBatcher.h"
 
-#include <gtest/gtest.h>
-
 namespace
 {
 
@@ -15,68 +13,7 @@ namespace
 		void SetUp() override { FHostClock::UseSimulatedTime(FDateTime(2026, 1, 31, 0, 0, 9)); }
 		void TearDown() override { FHostClock::UseRealTime(); }
 	};
-
-	class FTrackedLayout : public FChatMessageLayout
-	{
-	public:
-		explicit FTrackedLayout(bool& bInGone)
-			: bGone(bInGone)
-		{
-		}
-		~FTrackedLayout() override { bGone = true; }
-
-	private:
-		bool& bGone;
-	};
-
 } // namespace
-
-TEST(ChatMessage, FactoriesFillWhatTheirKindNeeds)
-{
-	const FChatMessage Plain;
-	EXPECT_EQ(Plain.Type, EChatMessageType::User);
-	EXPECT_TRUE(Plain.bIsComplete);
-	EXPECT_TRUE(Plain.Content.IsEmpty());
-
-	const TSharedPtr<FChatMessage> User = FChatMessage::CreateUserMessage(TEXT("u"));
-	EXPECT_TRUE(User->IsUserMessage());
-	EXPECT_TRUE(User->bIsComplete);
-	const TSharedPtr<FChatMessage> Answer = FChatMessage::CreateAIMessage(TEXT("a"), true);
-	EXPECT_TRUE(Answer->IsAIMessage());
-	EXPECT_TRUE(Answer->bHasToolCalls);
-	EXPECT_EQ(Utf8(Answer->Content), "a");
-	EXPECT_EQ(FChatMessage::CreateSystemMessage(TEXT("s"))->Type, EChatMessageType::System);
-	const TSharedPtr<FChatMessage> Group = FChatMessage::CreateToolSummaryMessage();
-	EXPECT_EQ(Group->Type, EChatMessageType::ToolSummary);
-	EXPECT_FALSE(Group->bIsComplete);
-	EXPECT_TRUE(Group->bIsExpanded);
-	EXPECT_FALSE(Group->IsToolRunning()) << "a group has no state of its own";
-}
-
-TEST(ChatMessage, ToolRowsSayHowTheyStand)
-{
-	struct FCase
-	{
-		EToolStatus Status;
-		const char* Content;
-		bool bComplete;
-	};
-	const FCase Cases[] = {
-		{ EToolStatus::Running, "Executing read_file...", false },
-		{ EToolStatus::Success, "read_file completed successfully", true },
-		{ EToolStatus::Failed, "read_file failed", true },
-	};
-	for (const FCase& Case : Cases)
-	{
-		const TSharedPtr<FChatMessage> Row = FChatMessage::CreateToolMessage(TEXT("read_file"), TEXT("{}"), Case.Status);
-		EXPECT_EQ(Utf8(Row->Content), Case.Content);
-		EXPECT_EQ(Row->bIsComplete, Case.bComplete);
-		EXPECT_EQ(Row->IsToolRunning(), !Case.bComplete);
-		EXPECT_TRUE(Row->IsToolMessage());
-		EXPECT_EQ(Utf8(Row->ToolParameters), "{}");
-		EXPECT_TRUE(Row->ToolCallId.IsEmpty());
-	}
-}
 
 TEST(ChatMessage, SenderNames)
 {
@@ -99,16 +36,6 @@ TEST(ChatMessage, TimesOfDay)
 	EXPECT_EQ(Utf8(Message.GetFormattedTimestamp()), "23:59:59");
 	Message.Timestamp = FDateTime(0);
 	EXPECT_EQ(Utf8(Message.GetFormattedTimestamp()), "00:00:00");
-}
-
-TEST(ChatMessage, LayoutIsReleased)
-{
-	bool bGone = false;
-	FChatMessage Message;
-	Message.InvalidateLayout();
-	Message.CachedLayout = MakeShared<FTrackedLayout>(bGone);
-	Message.InvalidateLayout();
-	EXPECT_TRUE(bGone);
 }
 
 TEST_F(FMessageBatcherTest, FirstMessageStartsTheClock)

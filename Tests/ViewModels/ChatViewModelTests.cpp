@@ -225,23 +225,17 @@ TEST_F(FChatCommands, StatusText)
 		EXPECT_EQ(Utf8(ViewModel->GetStatusText()), Texts[Value]);
 	}
 	Agent->State = EConversationState::Ready;
-	struct FGateCase
-	{
-		EUpdateGateState Gate;
-		const TCHAR* Message;
-		const char* Text;
-	};
-	const FGateCase Cases[] = {
+	const std::tuple<EUpdateGateState, const TCHAR*, const char*> Cases[] = {
 		{ EUpdateGateState::Checking, TEXT("m"), "Initializing" },
 		{ EUpdateGateState::UpdateAvailable, TEXT("m"), "Ready" },
 		{ EUpdateGateState::Downloading, TEXT("50%"), "Ready" },
 		{ EUpdateGateState::RestartRequired, TEXT("Restart for 2.0"), "Restart for 2.0" },
 		{ EUpdateGateState::RestartRequired, TEXT(""), "Restart required" },
 	};
-	for (const FGateCase& Case : Cases)
+	for (const auto& [Gate, Message, Text] : Cases)
 	{
-		Velmora::FUpdateGateControl::SetState(Case.Gate, Case.Message, FString());
-		EXPECT_EQ(Utf8(ViewModel->GetStatusText()), Case.Text);
+		Velmora::FUpdateGateControl::SetState(Gate, Message, FString());
+		EXPECT_EQ(Utf8(ViewModel->GetStatusText()), Text);
 	}
 }
 
@@ -395,14 +389,4 @@ TEST_F(FChatReload, AgentThatHoldsAConversationIsShownAtOnce)
 	ASSERT_TRUE(ViewModel->Initialize(Agent));
 	EXPECT_EQ(Shown(), "You: earlier\n");
 	EXPECT_EQ(MessagesChangedCount, 1);
-}
-
-TEST_F(FChatReload, WaitingMessageJoinsTheLoadedConversation)
-{
-	Agent->Metadata->Messages.Add(FTestAgent::MakeStored(EConversationRole::User, TEXT("earlier")));
-	Connect();
-	Agent->FireMessage(TEXT("late"));
-	Agent->FireConversationLoaded(TEXT("c1"));
-	ViewModel->Tick(0.2f);
-	EXPECT_EQ(Shown(), "You: earlier\nVelmora AI: late\n");
 }

@@ -132,12 +132,7 @@ TEST_F(FConversationExportTest, AFailedSaveAddsNoRow)
 
 TEST(ConversationExportFormat, TheTypedExtensionDecides)
 {
-	struct FCase
-	{
-		const TCHAR* File;
-		EFormat Format;
-	};
-	const FCase Cases[] = {
+	const std::pair<const TCHAR*, EFormat> Cases[] = {
 		{ TEXT("/a/b.md"), EFormat::Markdown },
 		{ TEXT("/a/b.txt"), EFormat::PlainText },
 		{ TEXT("/a/b.html"), EFormat::HTML },
@@ -148,8 +143,8 @@ TEST(ConversationExportFormat, TheTypedExtensionDecides)
 		{ TEXT("b."), EFormat::Markdown },
 		{ TEXT(""), EFormat::Markdown },
 	};
-	for (const FCase& Case : Cases)
+	for (const auto& [File, Format] : Cases)
 	{
-		EXPECT_EQ(FConversationExport::GetFormatOfFile(Case.File), Case.Format) << Utf8(Case.File);
+		EXPECT_EQ(FConversationExport::GetFormatOfFile(File), Format) << Utf8(File);
 	}
 }

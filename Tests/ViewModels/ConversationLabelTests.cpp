@@ -32,12 +32,7 @@ namespace
 TEST(ConversationLabel, TheTitleIsOneShortLine)
 {
 	const std::string Fifty(50, 'a');
-	struct FCase
-	{
-		FString Message;
-		std::string Title;
-	};
-	const FCase Cases[] = {
+	const std::pair<FString, std::string> Cases[] = {
 		{ TEXT("Add a dash"), "Add a dash" },
 		{ TEXT(" \t\r\n Add a dash \n\n"), "Add a dash" },
 		{ TEXT("one\r\ntwo\nthree\rfour\n\rfive\r\r\nsix"), "one two three four  five  six" },
@@ -52,9 +47,9 @@ TEST(ConversationLabel, TheTitleIsOneShortLine)
 		{ Repeat(TEXT("a"), 49) + TEXT("\r\n"), std::string(49, 'a') },
 		{ Repeat(TEXT("é"), 60), Utf8(Repeat(TEXT("é"), 50)) + "..." },
 	};
-	for (const FCase& Case : Cases)
+	for (const auto& [Message, Title] : Cases)
 	{
-		EXPECT_EQ(TitleOf(Case.Message), Case.Title) << Utf8(Case.Message);
+		EXPECT_EQ(TitleOf(Message), Title) << Utf8(Message);
 	}
 }
 
@@ -76,12 +71,7 @@ TEST(ConversationLabel, AgesByTable)
 	constexpr int32 Minute = 60;
 	constexpr int32 Hour = 60 * Minute;
 	constexpr int32 Day = 24 * Hour;
-	struct FCase
-	{
-		int64 Seconds;
-		const char* Age;
-	};
-	const FCase Cases[] = {
+	const std::pair<int64, const char*> Cases[] = {
 		{ -3 * Day, "just now" },
 		{ 0, "just now" },
 		{ 59, "just now" },
@@ -101,9 +91,9 @@ TEST(ConversationLabel, AgesByTable)
 		{ int64(400) * Day, "13 months ago" },
 	};
 	const FDateTime Now(2026, 1, 31, 12, 0, 0);
-	for (const FCase& Case : Cases)
+	for (const auto& [Seconds, Age] : Cases)
 	{
-		EXPECT_EQ(Utf8(FConversationLabel::MakeAge(Now - FTimespan::FromSeconds(Case.Seconds), Now)), Case.Age) << Case.Seconds;
+		EXPECT_EQ(Utf8(FConversationLabel::MakeAge(Now - FTimespan::FromSeconds(Seconds), Now)), Age) << Seconds;
 	}
 }
 

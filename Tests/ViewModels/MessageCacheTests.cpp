@@ -3,8 +3,6 @@
 #include "Support/Base/Printers.h"
 #include "ViewModels/ChatMessage.h"
 
-#include <gtest/gtest.h>
-
 #include <string>
 
 TEST(MessageCache, IsOneForAllAndBounded)
