@@ -168,9 +168,7 @@ TEST_F(DesktopWindow, ClipboardKeepsWhatItIsGiven)
 	Settle();
 }
 
-class DesktopWindowDeathTest : public DesktopWindow
-{
-};
+using DesktopWindowDeathTest = DesktopWindow;
 
 TEST_F(DesktopWindowDeathTest, ALostDisplayEndsInOrder)
 {

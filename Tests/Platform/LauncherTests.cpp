@@ -261,23 +261,17 @@ TEST_F(Launcher, AnEditorThatCannotStartIsToldInWords)
 	FHostPlatform::InstallLauncher(false);
 	const FTempFolder Project;
 	Project.Write("a.txt", "");
-	struct FCase
-	{
-		const char* Editor;
-		const TCHAR* File;
-		const TCHAR* Words;
-	};
-	const FCase Cases[] = {
+	const std::tuple<const char*, const TCHAR*, const TCHAR*> Cases[] = {
 		{ "no-such-editor -x", TEXT("a.txt"), TEXT("\"no-such-editor\", named by EDITOR") },
 		{ "edit \"x", TEXT("a.txt"), TEXT("in EDITOR a quotation mark is not closed") },
 		{ "xdg-open", TEXT("b.txt"), TEXT("does not exist") },
 	};
-	for (const FCase& Case : Cases)
+	for (const auto& [Editor, File, Words] : Cases)
 	{
-		const FEditorVariables Variables(nullptr, Case.Editor);
+		const FEditorVariables Variables(nullptr, Editor);
 		Problems.Reset();
-		EXPECT_FALSE(OpenSource(Project.At(Case.File), Error));
-		EXPECT_TRUE(Error.Contains(Case.Words)) << Utf8(Error);
+		EXPECT_FALSE(OpenSource(Project.At(File), Error));
+		EXPECT_TRUE(Error.Contains(Words)) << Utf8(Error);
 		EXPECT_EQ(Problems.Num(), 1);
 	}
 }

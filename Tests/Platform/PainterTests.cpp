@@ -88,15 +88,6 @@ TEST_F(Painter, AlphaBlendsExactly)
 	EXPECT_EQ(At(20, 20), 0x27292Eu);
 }
 
-TEST_F(Painter, LaterElementsLieOnTop)
-{
-	Elements.AddBox(FSlateRect(0, 0, 20, 20), PaintRed);
-	Elements.AddBox(FSlateRect(10, 10, 20, 20), PaintBlue);
-	Paint();
-	EXPECT_EQ(At(9, 9), 0xFF0000u);
-	EXPECT_EQ(At(10, 10), 0x0000FFu);
-}
-
 TEST_F(Painter, EachCornerHasItsRadius)
 {
 	Elements.AddRoundedBox(FSlateRect(0, 0, 40, 40), FVector4f(0, 6, 12, 20), PaintWhite, PaintNone, 0);
@@ -211,18 +202,6 @@ TEST_F(Painter, PartsOfAPictureEqualTheWhole)
 		}
 	}
 	EXPECT_EQ(Whole, Pixels);
-}
-
-TEST_F(Painter, TheChequerHasSquaresOfEight)
-{
-	Elements.AddChequer(FSlateRect(4, 4, 36, 36));
-	Paint();
-	EXPECT_EQ(At(3, 3), 0u);
-	EXPECT_EQ(At(4, 4), 0xFF0000u);
-	EXPECT_EQ(At(11, 11), 0xFF0000u);
-	EXPECT_EQ(At(12, 4), 0x800000u);
-	EXPECT_EQ(At(4, 12), 0x800000u);
-	EXPECT_EQ(At(12, 12), 0xFF0000u);
 }
 
 TEST_F(Painter, IconsTakeTheirTint)

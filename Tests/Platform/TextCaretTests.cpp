@@ -1,8 +1,6 @@
 #include "Platform/TextFixture.h"
 
-class TextCaret : public FTextTest
-{
-};
+using TextCaret = FTextTest;
 
 TEST_F(TextCaret, StepsOverWholeGraphemes)
 {
@@ -192,60 +190,4 @@ TEST_F(TextCaret, DoubleClicksTakeWordsBlanksAndMarks)
 	int32 End = -1;
 	Make(TEXT("a\n\nb"))->GetWordAt(2, Begin, End);
 	EXPECT_EQ(Begin, End) << "an empty line has no word";
-}
-
-TEST_F(TextCaret, AnyTextKeepsItsIndices)
-{
-	// Random units: whatever they are, steps rise, reach the end, and lines cover the text.
-	const TCHAR Alphabet[] = { TEXT('a'), TEXT(' '), TEXT('\n'), TEXT('\r'), TEXT('\t'), 0, 0xD83D, 0xDE00, 0x0301, 0x200D, 0x05D0, 0x0627,
-		0x4E2D, 0x202E, 0xFE0F, TEXT('-'), 0x0915, 0x093F, 0xFFFF };
-	uint32 Seed = 1;
-	const auto Random = [&Seed](uint32 Limit)
-	{
-		Seed = Seed * 1664525u + 1013904223u;
-		return (Seed >> 8) % Limit;
-	};
-	for (int32 Trial = 0; Trial < 2000; ++Trial)
-	{
-		TCHAR Units[24];
-		const int32 Length = static_cast<int32>(Random(24));
-		for (int32 Index = 0; Index < Length; ++Index)
-		{
-			Units[Index] = Alphabet[Random(UE_ARRAY_COUNT(Alphabet))];
-		}
-		const FStringView Text(Units, Length);
-		SCOPED_TRACE(Trial);
-		const TSharedRef<FTextParagraph> Paragraph = Make(Text, Body());
-		ASSERT_EQ(Steps(*Paragraph, Length), StepsBack(*Paragraph, Length));
-		Paragraph->Wrap(1.0f + static_cast<float>(Random(60)));
-		int32 Covered = 0;
-		for (int32 Line = 0; Line < Paragraph->GetLineCount(); ++Line)
-		{
-			const FParagraphLine& Entry = Paragraph->GetLine(Line);
-			ASSERT_GE(Entry.BeginIndex, Covered);
-			ASSERT_LE(Entry.BeginIndex, Covered + 2) << "only a line break lies between lines";
-			ASSERT_GE(Entry.EndIndex, Entry.BeginIndex);
-			Covered = Entry.EndIndex;
-			Paragraph->GetRuns(Line);
-			const int32 Clicked = Paragraph->GetIndexAt(Line, static_cast<float>(Random(60)));
-			ASSERT_GE(Clicked, Entry.BeginIndex);
-			ASSERT_LE(Clicked, Entry.EndIndex);
-			TArray<FParagraphSpan> Spans;
-			Paragraph->GetSpans(Line, 0, Length, Spans);
-			for (const FParagraphSpan& Span : Spans)
-			{
-				ASSERT_LT(Span.Left, Span.Right);
-			}
-		}
-		ASSERT_EQ(Covered, Length);
-		for (int32 Index = 0; Index <= Length; ++Index)
-		{
-			int32 Begin = 0;
-			int32 End = 0;
-			Paragraph->GetWordAt(Index, Begin, End);
-			ASSERT_LE(Begin, End);
-			ASSERT_GE(Paragraph->GetNextWord(Index), Index);
-			ASSERT_LE(Paragraph->GetPreviousWord(Index), Index);
-		}
-	}
 }

@@ -1,80 +1,11 @@
 #include "Platform/TextFixture.h"
-
-#include <cmath>
-#include <limits>
+#include "Support/ParagraphQueries.h"
 
 /**
  * Every question that a caret, a click or a selection can put, over texts of every kind: at every pixel from well before
  * a line to well after it, and at every offset from before the text to after it.
  */
-class TextQueries : public FTextTest
-{
-protected:
-	static void AskEveryPixel(const ITextParagraph& Paragraph, int32 Length)
-	{
-		constexpr float Infinite = std::numeric_limits<float>::infinity();
-		for (int32 Line = -1; Line <= Paragraph.GetLineCount(); ++Line)
-		{
-			const FParagraphLine& Entry = Paragraph.GetLine(Line);
-			ASSERT_LE(0, Entry.BeginIndex);
-			ASSERT_LE(Entry.BeginIndex, Entry.EndIndex);
-			ASSERT_LE(Entry.EndIndex, Length);
-			ASSERT_TRUE(std::isfinite(Entry.Width) && Entry.Width >= 0.0f) << Entry.Width;
-			for (float X = -60.0f; X <= Entry.Width + 60.0f; X += 1.0f)
-			{
-				const int32 Index = Paragraph.GetIndexAt(Line, X);
-				ASSERT_TRUE(Entry.BeginIndex <= Index && Index <= Entry.EndIndex) << "line " << Line << " x " << X << " gives " << Index;
-				ASSERT_TRUE(std::isfinite(Paragraph.GetCaretX(Line, Index)));
-			}
-			EXPECT_EQ(Paragraph.GetIndexAt(Line, -1e6f), Paragraph.GetIndexAt(Line, -Infinite));
-			EXPECT_EQ(Paragraph.GetIndexAt(Line, 1e6f), Paragraph.GetIndexAt(Line, Infinite));
-			for (const float X : { std::numeric_limits<float>::quiet_NaN(), 1e30f, -1e30f })
-			{
-				const int32 Index = Paragraph.GetIndexAt(Line, X);
-				EXPECT_TRUE(Entry.BeginIndex <= Index && Index <= Entry.EndIndex) << X;
-			}
-			for (const FParagraphRun& Run : Paragraph.GetRuns(Line))
-			{
-				EXPECT_TRUE(std::isfinite(Run.X) && std::isfinite(Run.Width));
-			}
-		}
-	}
-
-	static void AskEveryOffset(const ITextParagraph& Paragraph, int32 Length)
-	{
-		for (int32 Index = -2; Index <= Length + 2; ++Index)
-		{
-			SCOPED_TRACE(Index);
-			const int32 Line = Paragraph.GetLineOfIndex(Index);
-			ASSERT_TRUE(0 <= Line && Line < Paragraph.GetLineCount());
-			ASSERT_TRUE(std::isfinite(Paragraph.GetCaretX(Line, Index)));
-			const int32 Next = Paragraph.GetNextGrapheme(Index);
-			const int32 Previous = Paragraph.GetPreviousGrapheme(Index);
-			ASSERT_TRUE(Index >= Length ? Next == Length : Next > Index && Next <= Length) << Next;
-			ASSERT_TRUE(Index <= 0 ? Previous == 0 : Previous < std::min(Index, Length + 1) && Previous >= 0) << Previous;
-			const int32 NextWord = Paragraph.GetNextWord(Index);
-			const int32 PreviousWord = Paragraph.GetPreviousWord(Index);
-			ASSERT_TRUE(NextWord <= Length && (Index >= Length || NextWord > Index)) << NextWord;
-			ASSERT_TRUE(PreviousWord >= 0 && (Index <= 0 || PreviousWord < Index)) << PreviousWord;
-			int32 Begin = -1;
-			int32 End = -1;
-			Paragraph.GetWordAt(Index, Begin, End);
-			ASSERT_TRUE(0 <= Begin && Begin <= End && End <= Length) << Begin << " to " << End;
-			for (const int32 Other : { -5, 0, Index / 2, Index, Length, Length + 5 })
-			{
-				for (int32 SpanLine = 0; SpanLine < Paragraph.GetLineCount(); ++SpanLine)
-				{
-					TArray<FParagraphSpan> Spans;
-					Paragraph.GetSpans(SpanLine, std::min(Index, Other), std::max(Index, Other), Spans);
-					for (const FParagraphSpan& Span : Spans)
-					{
-						ASSERT_TRUE(std::isfinite(Span.Left) && std::isfinite(Span.Right) && Span.Left <= Span.Right);
-					}
-				}
-			}
-		}
-	}
-};
+using TextQueries = FTextTest;
 
 TEST_F(TextQueries, AnyTextAnswersAtEveryPixelAndOffset)
 {
@@ -117,8 +48,8 @@ TEST_F(TextQueries, AnyTextAnswersAtEveryPixelAndOffset)
 			{
 				SCOPED_TRACE(Width);
 				Paragraph->Wrap(Width);
-				AskEveryPixel(*Paragraph, Text.Len());
-				AskEveryOffset(*Paragraph, Text.Len());
+				EXPECT_EQ(AskEveryPixel(*Paragraph, Text.Len()), "");
+				EXPECT_EQ(AskEveryOffset(*Paragraph, Text.Len()), "");
 			}
 		}
 	}
@@ -137,8 +68,8 @@ TEST_F(TextQueries, BlanksWithoutWidthAnswerToo)
 			const FStringView Text(Line);
 			const TSharedRef<ITextParagraph> Paragraph = Shaper().MakeParagraph(Text, Font, 1.0f);
 			Paragraph->Wrap(10.0f);
-			AskEveryPixel(*Paragraph, Text.Len());
-			AskEveryOffset(*Paragraph, Text.Len());
+			EXPECT_EQ(AskEveryPixel(*Paragraph, Text.Len()), "");
+			EXPECT_EQ(AskEveryOffset(*Paragraph, Text.Len()), "");
 		}
 	}
 }
@@ -158,10 +89,10 @@ TEST_F(TextQueries, VeryLongWordsAnswerToo)
 		{
 			SCOPED_TRACE(Width);
 			Paragraph->Wrap(Width);
-			AskEveryPixel(*Paragraph, Text.Len());
+			EXPECT_EQ(AskEveryPixel(*Paragraph, Text.Len()), "");
 		}
 		Paragraph->Wrap(300.0f);
-		AskEveryOffset(*Paragraph, Text.Len());
+		EXPECT_EQ(AskEveryOffset(*Paragraph, Text.Len()), "");
 	}
 }
 

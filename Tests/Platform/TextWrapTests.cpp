@@ -2,9 +2,7 @@
 
 #include <chrono>
 
-class TextWrap : public FTextTest
-{
-};
+using TextWrap = FTextTest;
 
 TEST_F(TextWrap, LinesEndWhereTheyShould)
 {
@@ -183,29 +181,6 @@ protected:
 		return std::chrono::duration<double>(std::chrono::steady_clock::now() - Begin).count();
 	}
 };
-
-TEST_F(TextLimits, TimeGrowsWithTheTextAndNotWithItsSquare)
-{
-	// clang-format off
-	const TCHAR* const Pieces[] = {
-		TEXT("x"), TEXT("\n"), TEXT(" "), TEXT("\t"), TEXT("word "), TEXT("a-"), TEXT("\u4E2D"), TEXT("\U0001F600"), TEXT("\u0301"),
-		TEXT("\u05D0"), TEXT("\u05D0a"), TEXT("\u200D"), TEXT("(["), TEXT("\xD800"),
-	};
-	// clang-format on
-	constexpr size_t Small = 20000;
-	for (const TCHAR* Piece : Pieces)
-	{
-		SCOPED_TRACE(Utf8(Piece));
-		int32 LinesOfSmall = 0;
-		int32 LinesOfLarge = 0;
-		Measure(Repeat(Piece, 1000), LinesOfSmall); // Warm caches.
-		const double SmallTime = Measure(Repeat(Piece, Small), LinesOfSmall);
-		const double LargeTime = Measure(Repeat(Piece, Small * 8), LinesOfLarge);
-		// Eight times the text: 64 times the time would be quadratic. A busy machine gets some slack.
-		EXPECT_LT(LargeTime, SmallTime * 24 + 0.5);
-		EXPECT_GE(LinesOfLarge, LinesOfSmall);
-	}
-}
 
 TEST_F(TextLimits, TenMegabytesAreLaidOut)
 {

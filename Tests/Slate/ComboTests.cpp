@@ -1,9 +1,7 @@
 #include "Support/UiDriver.h"
 
 #include "Widgets/Input/SComboBox.h"
-#include "Widgets/Input/SMenuAnchor.h"
 #include "Widgets/Layout/SBox.h"
-#include "Widgets/SBoxPanel.h"
 #include "Widgets/Text/STextBlock.h"
 #include "Widgets/Views/SListView.h"
 
@@ -162,86 +160,4 @@ TEST_F(FComboTest, AnOpenListFollowsItsOptions)
 	PumpFrame();
 	Click(FindByText("Late"));
 	EXPECT_EQ(TakeEvents(), (FTextList{ "Late mouse" }));
-}
-
-class FComboAnchorTest : public FWidgetTest
-{
-protected:
-	TSharedPtr<SMenuAnchor> Anchor;
-	std::vector<bool> Changes;
-	int32 Asked = 0;
-
-	void ShowAnchor(EMenuPlacement Placement, EHorizontalAlignment HAlign, EVerticalAlignment VAlign)
-	{
-		// clang-format off
-		Show(
-			SNew(SBox).HAlign(HAlign).VAlign(VAlign)
-			[
-				SAssignNew(Anchor, SMenuAnchor)
-				.Placement(Placement)
-				.OnMenuOpenChanged_Lambda([this](bool bOpen) { Changes.push_back(bOpen); })
-				.OnGetMenuContent_Lambda([this]() -> TSharedRef<SWidget>
-				{
-					++Asked;
-					return SNew(SBox).WidthOverride(200.0f).HeightOverride(100.0f)
-						[ SNew(STextBlock).Text(FText::FromString(TEXT("Menu"))) ];
-				})
-				[
-					SNew(SBox).WidthOverride(50.0f).HeightOverride(20.0f)
-				]
-			]);
-		// clang-format on
-	}
-	FSlateRect OpenAndGetRect()
-	{
-		Anchor->SetIsOpen(true, false, 0);
-		PumpFrame();
-		return GetRect(*FindByText("Menu")->GetParentWidget());
-	}
-};
-
-TEST_F(FComboAnchorTest, StaysInsideTheWindow)
-{
-	struct FCase
-	{
-		EMenuPlacement Placement;
-		EHorizontalAlignment HAlign;
-		EVerticalAlignment VAlign;
-		float Left;
-		float Top;
-	};
-	const FCase Cases[] = {
-		{ MenuPlacement_BelowAnchor, HAlign_Left, VAlign_Top, 0.0f, 22.0f },
-		{ MenuPlacement_BelowAnchor, HAlign_Right, VAlign_Top, 1080.0f, 22.0f },
-		{ MenuPlacement_BelowAnchor, HAlign_Left, VAlign_Bottom, 0.0f, 678.0f },
-		{ MenuPlacement_AboveAnchor, HAlign_Left, VAlign_Bottom, 0.0f, 678.0f },
-		{ MenuPlacement_AboveAnchor, HAlign_Left, VAlign_Top, 0.0f, 22.0f },
-		{ MenuPlacement_MenuRight, HAlign_Left, VAlign_Top, 52.0f, 0.0f },
-		{ MenuPlacement_MenuRight, HAlign_Right, VAlign_Top, 1028.0f, 0.0f },
-	};
-	for (const FCase& Case : Cases)
-	{
-		ShowAnchor(Case.Placement, Case.HAlign, Case.VAlign);
-		const FSlateRect Rect = OpenAndGetRect();
-		EXPECT_EQ(Rect.Left, Case.Left) << Case.Placement << " " << Case.HAlign << " " << Case.VAlign;
-		EXPECT_EQ(Rect.Top, Case.Top) << Case.Placement << " " << Case.HAlign << " " << Case.VAlign;
-		Anchor->SetIsOpen(false);
-		PumpFrame();
-	}
-}
-
-TEST_F(FComboAnchorTest, AsksForContentAtEachOpeningAndTellsOnce)
-{
-	ShowAnchor(MenuPlacement_BelowAnchor, HAlign_Left, VAlign_Top);
-	OpenAndGetRect();
-	Anchor->SetIsOpen(true);
-	EXPECT_TRUE(Anchor->IsOpen());
-	Anchor->SetIsOpen(false, true, 0);
-	Anchor->SetIsOpen(false);
-	EXPECT_EQ(Changes, (std::vector<bool>{ true, false }));
-	OpenAndGetRect();
-	ClickAt(FVector2D(900.0, 600.0));
-	EXPECT_FALSE(Anchor->IsOpen());
-	EXPECT_EQ(Changes, (std::vector<bool>{ true, false, true, false }));
-	EXPECT_EQ(Asked, 2);
 }

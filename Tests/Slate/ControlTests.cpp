@@ -2,7 +2,6 @@
 
 #include "Framework/Notifications/NotificationManager.h"
 #include "Host/HostNotifications.h"
-#include "Styling/AppStyle.h"
 #include "Widgets/Images/SThrobber.h"
 #include "Widgets/Input/SButton.h"
 #include "Widgets/Input/SCheckBox.h"
@@ -65,20 +64,6 @@ TEST_F(FControls, ButtonStatesHaveTheirLook)
 	PumpFrame();
 	EXPECT_EQ(Boxes(), FTextList({ "181B22FF/262A34FF" }));
 	EXPECT_EQ(TextColour(), "6B7280FF");
-}
-
-TEST_F(FControls, PlainButtonsFadeTheirContentWhenDisabled)
-{
-	TSharedPtr<SButton> Button;
-	ShowSmall(SAssignNew(Button, SButton).ButtonStyle(FAppStyle::Get(), "SimpleButton")[SNew(STextBlock).Text(INVTEXT("Export"))]);
-	EXPECT_EQ(Boxes(), FTextList());
-	EXPECT_EQ(TextColour(), "CBCBCBFF");
-	Hover(Button.ToSharedRef());
-	EXPECT_EQ(Boxes(), FTextList({ "FFFFFF14/00000000" }));
-	Button->SetEnabled(false);
-	PumpFrame();
-	EXPECT_EQ(Boxes(), FTextList());
-	EXPECT_EQ(TextColour(), "CBCBCB99");
 }
 
 TEST_F(FControls, ButtonClicksAreReleasesInsideAfterAPressInside)
@@ -152,35 +137,6 @@ TEST_F(FControls, ButtonsTakeEnterAndSpaceWhenFocused)
 	EXPECT_EQ(Clicks, 2) << "the focus left before the key came up";
 	Click(Button.ToSharedRef());
 	EXPECT_EQ(Boxes(), FTextList({ "2A2F3AFF/434959FF" })) << "no ring after a mouse click";
-}
-
-TEST_F(FControls, AButtonMayRemoveItselfWhenClicked)
-{
-	TSharedPtr<SBox> Holder;
-	ShowSmall(SAssignNew(Holder, SBox));
-	Holder->SetContent(SNew(SButton)
-						   .Text(INVTEXT("Gone"))
-						   .OnClicked_Lambda(
-							   [&Holder]
-							   {
-								   Holder->SetContent(SNullWidget::NullWidget);
-								   return FReply::Handled();
-							   }));
-	PumpFrame();
-	Click(FindByText("Gone"));
-	EXPECT_EQ(VisibleTexts(), FTextList());
-	EXPECT_EQ(App().GetMouseCaptor(), nullptr);
-}
-
-TEST_F(FControls, ButtonContentIsCentredOrFills)
-{
-	TSharedPtr<SWidget> Label;
-	TSharedPtr<SWidget> Row;
-	Show(SNew(SVerticalBox) + SVerticalBox::Slot().AutoHeight()[SNew(SButton)[SAssignNew(Label, SSpacer).Size(FVector2D(100, 10))]] +
-		SVerticalBox::Slot().AutoHeight()[SNew(SButton).ContentPadding(
-			FMargin(4, 2))[SAssignNew(Row, SHorizontalBox) + SHorizontalBox::Slot()[SNew(SSpacer).Size(FVector2D(10, 10))]]]);
-	EXPECT_EQ(GetRect(*Label), FSlateRect(590.0f, 9.0f, 690.0f, 19.0f));
-	EXPECT_EQ(GetRect(*Row), FSlateRect(4.0f, 37.0f, 1276.0f, 47.0f));
 }
 
 TEST_F(FControls, CheckBoxesToggle)
@@ -313,19 +269,6 @@ TEST_F(FControls, ProgressBarFillsItsFraction)
 	const FSlateRect Before = Fill().Rect;
 	PumpFrame(0.2);
 	EXPECT_NE(Fill().Rect, Before) << "without a fraction it wanders";
-}
-
-TEST_F(FControls, ThrobberMovesEveryFourTenths)
-{
-	EXPECT_EQ(SThrobber::GetBrightPiece(0.0, 3), 0);
-	EXPECT_EQ(SThrobber::GetBrightPiece(0.39, 3), 0);
-	EXPECT_EQ(SThrobber::GetBrightPiece(0.4, 3), 1);
-	EXPECT_EQ(SThrobber::GetBrightPiece(1.2, 3), 0);
-	ShowSmall(SNew(SThrobber));
-	const uint64 Painted = App().GetFrameStats().PaintedFrames;
-	PumpSeconds(4.0);
-	EXPECT_EQ(App().GetFrameStats().PaintedFrames - Painted, 10u) << "painted when a disc changes and at no other time";
-	EXPECT_EQ(Boxes().size(), 3u);
 }
 
 class FToasts : public FControls

@@ -1,11 +1,8 @@
 #include "Support/UiDriver.h"
 
-#include "Framework/Docking/TabManager.h"
 #include "Host/HostClock.h"
 #include "Host/HostDialogs.h"
-#include "Host/SDockArea.h"
 #include "Misc/MessageDialog.h"
-#include "Widgets/Docking/SDockTab.h"
 #include "Widgets/Input/SButton.h"
 #include "Widgets/Input/SComboBox.h"
 #include "Widgets/Layout/SBox.h"
@@ -14,9 +11,7 @@
 #include "Widgets/Text/STextBlock.h"
 
 // Handlers that destroy the widget they belong to. What they prove shows under AddressSanitizer.
-class FDestroyingHandlerTest : public FWidgetTest
-{
-};
+using FDestroyingHandlerTest = FWidgetTest;
 
 TEST_F(FDestroyingHandlerTest, ADialogsLoopMayRemoveTheRowWhoseButtonOpenedIt)
 {
@@ -103,37 +98,4 @@ TEST_F(FDestroyingHandlerTest, APickMayRemoveTheComboBoxItself)
 	PumpSeconds(0.1);
 	EXPECT_EQ(VisibleTexts(), FTextList{ "Gone" });
 	EXPECT_FALSE(Combo.IsValid());
-}
-
-TEST_F(FDestroyingHandlerTest, AButtonMayCloseTheTabThatItStandsIn)
-{
-	const FName TabName(TEXT("SelfClosing"));
-	const TSharedRef<SDockArea> Area = SNew(SDockArea);
-	FGlobalTabmanager::Get()->SetDockArea(Area);
-	FGlobalTabmanager::Get()->RegisterNomadTabSpawner(TabName,
-		FOnSpawnTab::CreateLambda(
-			[](const FSpawnTabArgs&)
-			{
-				const TSharedRef<SDockTab> Tab = SNew(SDockTab).TabRole(ETabRole::NomadTab);
-				const TWeakPtr<SDockTab> WeakTab = Tab;
-				// clang-format off
-		Tab->SetContent(SNew(SButton)
-			.Tag("CloseMe")
-			.OnClicked_Lambda([WeakTab]()
-			{
-				WeakTab.Pin()->RequestCloseTab();
-				return FReply::Handled();
-			}));
-				// clang-format on
-				return Tab;
-			}));
-	Show(Area);
-	TWeakPtr<SDockTab> Tab = FGlobalTabmanager::Get()->TryInvokeTab(FTabId(TabName));
-	PumpFrame();
-	Click(FindByTag("CloseMe"));
-	PumpFrame();
-	EXPECT_FALSE(FGlobalTabmanager::Get()->FindExistingLiveTab(FTabId(TabName)).IsValid());
-	EXPECT_FALSE(Tab.IsValid());
-	FGlobalTabmanager::Get()->UnregisterNomadTabSpawner(TabName);
-	FGlobalTabmanager::Get()->SetDockArea(nullptr);
 }

@@ -38,9 +38,7 @@ namespace
 	};
 }
 
-class HiddenWindow : public FWidgetTest
-{
-};
+using HiddenWindow = FWidgetTest;
 
 TEST_F(HiddenWindow, WorkGoesOnAndTheFirstFrameAfterShowsIt)
 {

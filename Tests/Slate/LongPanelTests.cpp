@@ -14,9 +14,7 @@
 
 namespace
 {
-	class FLongPanel : public FWidgetTest
-	{
-	};
+	using FLongPanel = FWidgetTest;
 
 	struct FPlace
 	{
@@ -191,39 +189,6 @@ TEST_F(FLongPanel, ChildrenOutOfViewCostNothing)
 	EXPECT_EQ(Panel->GetDesiredSize().Y, 20000 * 20.0 + 30.0);
 }
 
-TEST_F(FLongPanel, ChildrenThatChangeByThemselvesAreMeasuredInTurn)
-{
-	constexpr int32 Count = 5000;
-	TArray<float> Heights;
-	Heights.Init(20.0f, Count);
-	const TSharedRef<SVerticalBox> Panel = SNew(SVerticalBox);
-	std::vector<TSharedRef<SBox>> Rows;
-	for (int32 Index = 0; Index < Count; ++Index)
-	{
-		Rows.push_back(SNew(SBox).HeightOverride_Lambda([&Heights, Index] { return FOptionalSize(Heights[Index]); }));
-		Panel->AddSlot().AutoHeight()[Rows.back()];
-	}
-	const TSharedRef<SScrollBox> Box = SNew(SScrollBox) + SScrollBox::Slot()[Panel];
-	Show(Box);
-	PumpFrame();
-	Box->SetScrollOffset(50000.0f);
-	PumpFrame();
-	PumpFrame();
-
-	Heights[2501] = 30.0f; // In view,
-	Heights[4999] = 70.0f; // and below it.
-	const uint64 Measured = SWidget::GetCounters().Measured;
-	PumpFrame();
-	EXPECT_LE(SWidget::GetCounters().Measured - Measured, 300u);
-	EXPECT_EQ(GetRect(*Rows[2502]).Top - GetRect(*Rows[2501]).Top, 30.0f) << "what is in view is always true";
-	for (int32 Frame = 0; Frame < 180; ++Frame)
-	{
-		PumpFrame();
-	}
-	EXPECT_EQ(Panel->GetDesiredSize().Y, Count * 20.0 + 10.0 + 50.0);
-	Show(SNew(SSpacer)); // The heights go first.
-}
-
 TEST_F(FLongPanel, LinesOfAWrapBoxInViewAreThoseOfAll)
 {
 	std::mt19937 Random(11);
@@ -242,26 +207,4 @@ TEST_F(FLongPanel, LinesOfAWrapBoxInViewAreThoseOfAll)
 		EXPECT_LT(InView.size(), 120u);
 		EXPECT_TRUE(Meeting(InView, Clip) == Meeting(All, Clip)) << Top;
 	}
-}
-
-TEST(FChildWatchTest, ChangedOnceAndBoundInOrder)
-{
-	FChildWatch Watch;
-	Watch.Reset(5);
-	for (const int32 Index : { 3, 1, 3, -1, 5, 1 })
-	{
-		Watch.NoteChanged(Index);
-	}
-	EXPECT_EQ(Watch.TakeChanged(), TArray<int32>({ 3, 1 }));
-	EXPECT_EQ(Watch.TakeChanged(), TArray<int32>());
-	Watch.NoteChanged(3);
-	EXPECT_EQ(Watch.TakeChanged(), TArray<int32>({ 3 }));
-	for (const int32 Index : { 4, 0, 2 })
-	{
-		Watch.SetBound(Index, true);
-	}
-	EXPECT_EQ(Watch.GetBound(), TArray<int32>({ 0, 2, 4 }));
-	Watch.SetBound(2, false);
-	Watch.NoteChanged(4);
-	EXPECT_EQ(Watch.GetBound(), TArray<int32>({ 0, 4 }));
 }

@@ -14,6 +14,7 @@ protected:
 	TSharedPtr<SMultiLineEditableTextBox> Other;
 	TSharedPtr<SBox> BoxHolder;
 	TSharedPtr<SBox> Gap;
+	std::vector<bool> Changes;
 	TSharedRef<SBox> Content = SNew(SBox).WidthOverride(120.0f).HeightOverride(60.0f);
 
 	void ShowAnchor(float Above, EMenuPlacement Placement = MenuPlacement_AboveAnchor)
@@ -27,6 +28,7 @@ protected:
 				SAssignNew(Anchor, SMenuAnchor)
 				.Placement(Placement)
 				.MenuContent(Content)
+				.OnMenuOpenChanged_Lambda([this](bool bOpen) { Changes.push_back(bOpen); })
 				[
 					SAssignNew(BoxHolder, SBox).HeightOverride(80.0f)
 					[
@@ -145,4 +147,8 @@ TEST_F(FMenuAnchorTest, ItOpensAgainWithTheSameContentAtOnce)
 	PumpFrame();
 	EXPECT_TRUE(Anchor->IsOpen());
 	EXPECT_TRUE(IsShown(Content));
+	Anchor->SetIsOpen(true);
+	Anchor->SetIsOpen(false);
+	Anchor->SetIsOpen(false);
+	EXPECT_EQ(Changes, (std::vector<bool>{ true, false, true, false })) << "each change is told once";
 }

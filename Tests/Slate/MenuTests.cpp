@@ -6,7 +6,6 @@
 #include "Host/SMenuBar.h"
 #include "Styling/AppStyle.h"
 #include "Widgets/Input/SEditableTextBox.h"
-#include "Widgets/Layout/SBox.h"
 #include "Widgets/SBoxPanel.h"
 
 #include "Slate/Private/Framework/MultiBox/SMenu.h"
@@ -245,11 +244,7 @@ TEST_F(FMenuTest, AMenuTallerThanTheWindowScrolls)
 
 TEST_F(FMenuTest, KeysDoEverything)
 {
-	const struct
-	{
-		const char* Key;
-		const char* On;
-	} Steps[] = {
+	const std::pair<const char*, const char*> Steps[] = {
 		{ "Down", "Build | Ctrl+Shift+B" },
 		{ "Down", "More" }, // What is greyed is passed over.
 		{ "Down", "Last" },
@@ -268,10 +263,10 @@ TEST_F(FMenuTest, KeysDoEverything)
 		{ "Left", "Other" },
 	};
 	Click(FindByText("First"));
-	for (const auto& Step : Steps)
+	for (const auto& [Key, On] : Steps)
 	{
-		PressKey(Step.Key);
-		EXPECT_EQ(Highlighted(), Step.On) << Step.Key;
+		PressKey(Key);
+		EXPECT_EQ(Highlighted(), On) << Key;
 	}
 	TypeText("x");
 	EXPECT_EQ(Utf8(Box->GetText()), "") << "no key reaches what lies below";

@@ -82,9 +82,7 @@ namespace
 	}
 }
 
-class FPanelLayout : public FWidgetTest
-{
-};
+using FPanelLayout = FWidgetTest;
 
 TEST_F(FPanelLayout, ColumnsAndRows)
 {

@@ -115,13 +115,6 @@ TEST_F(FSplitterTest, SlotsShareByValueWithinTheirMinimum)
 	}
 }
 
-TEST_F(FSplitterTest, WantsRoomForAllAndTheHandles)
-{
-	const TSharedRef<SSplitter> Splitter = MakeSplitter({ { 1, 200 }, { 1 }, { 1, 300, EVisibility::Collapsed } });
-	Splitter->SlatePrepass(1.0f);
-	EXPECT_EQ(Splitter->GetDesiredSize(), FVector2D(214.0, 20.0));
-}
-
 TEST_F(FSplitterTest, TheHandleIsDraggedWithinTheMinimums)
 {
 	const TSharedRef<SSplitter> Splitter = MakeSplitter({ { 0.7f, 200.0f }, { 0.3f, 200.0f } });

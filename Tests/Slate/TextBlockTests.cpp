@@ -43,9 +43,7 @@ namespace
 	}
 }
 
-class FTextBlock : public FWidgetTest
-{
-};
+using FTextBlock = FWidgetTest;
 
 TEST_F(FTextBlock, WantsItsLinesUnwrapped)
 {
@@ -207,22 +205,6 @@ TEST_F(FTextBlock, OnlyLinesInViewArePainted)
 	Show(SNew(SBox).Padding(0.0f, -20000.0f, 0.0f, 0.0f).VAlign(VAlign_Top)[SNew(STextBlock).Text(FText::FromString(Many))]);
 	EXPECT_GT(GlyphRuns().Num(), 20);
 	EXPECT_LT(GlyphRuns().Num(), 80);
-}
-
-TEST_F(FTextBlock, ColoursComeFromStyleArgumentOrForeground)
-{
-	const auto ColourOf = [this](const TSharedRef<SWidget>& Widget)
-	{
-		Show(Widget);
-		return GlyphRuns()[0].Color;
-	};
-	EXPECT_EQ(ColourOf(SNew(STextBlock).Text(INVTEXT("a"))), FColor(0xCB, 0xCB, 0xCB, 0xFF));
-	EXPECT_EQ(
-		ColourOf(SNew(STextBlock).Text(INVTEXT("a")).TextStyle(FAppStyle::Get(), "NormalText.Important")), FColor(0xE6, 0xE6, 0xE6, 0xFF));
-	EXPECT_EQ(ColourOf(SNew(STextBlock).Text(INVTEXT("a")).ColorAndOpacity(FLinearColor(FColor(1, 2, 3, 255)))), FColor(1, 2, 3, 255));
-	EXPECT_EQ(
-		ColourOf(SNew(STextBlock).Text(INVTEXT("a")).ColorAndOpacity(FSlateColor::UseSubduedForeground())), FColor(0x99, 0x99, 0x99, 0xFF));
-	EXPECT_EQ(ColourOf(SNew(STextBlock).Text(INVTEXT("a")).RenderOpacity(0.5f)).A, 128);
 }
 
 TEST_F(FTextBlock, AnUnknownFontIsChequered)

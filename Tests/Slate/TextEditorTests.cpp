@@ -2,8 +2,6 @@
 
 #include "Slate/Private/Framework/Text/TextEditor.h"
 
-#include <random>
-
 namespace
 {
 	/** The document with its caret as "|" and, where there is a selection, its anchor as "^". */
@@ -302,61 +300,4 @@ TEST_F(FTextEditorTest, ATextSetWholeIsAStepOrABeginning)
 	EXPECT_FALSE(Editor.CanUndo());
 	EXPECT_FALSE(Editor.CanRedo());
 	EXPECT_EQ(Marked(Editor), "new|");
-}
-
-namespace
-{
-	FTextLocation ToPlace(const std::u16string& Text, std::size_t Index)
-	{
-		int32 Line = 0;
-		std::size_t Begin = 0;
-		for (std::size_t Step = 0; Step < Index; ++Step)
-		{
-			if (Text[Step] == u'\n')
-			{
-				++Line;
-				Begin = Step + 1;
-			}
-		}
-		return FTextLocation(Line, static_cast<int32>(Index - Begin));
-	}
-}
-
-TEST_F(FTextEditorTest, RandomEditsMatchAPlainString)
-{
-	std::mt19937 Random(4711);
-	const auto Below = [&Random](std::size_t Limit) { return std::uniform_int_distribution<std::size_t>(0, Limit)(Random); };
-	std::u16string Reference;
-	std::vector<std::u16string> History = { Reference };
-	for (int32 Round = 0; Round < 400; ++Round)
-	{
-		const std::size_t From = Below(Reference.size());
-		const std::size_t To = From + Below(std::min<std::size_t>(Reference.size() - From, 12));
-		std::u16string Piece;
-		for (std::size_t Length = 1 + Below(8); Length > 0; --Length)
-		{
-			Piece += u"ab\n "[Below(3)];
-		}
-		Editor.Select(ToPlace(Reference, From), ToPlace(Reference, To));
-		Editor.Insert(FStringView(Piece.data(), static_cast<int32>(Piece.size())), ETextInsert::Pasted, Now);
-		Reference.replace(From, To - From, Piece);
-		History.push_back(Reference);
-
-		const FTextDocument& Document = Editor.GetDocument();
-		ASSERT_EQ(Utf8(Document.GetText()), Utf8(FStringView(Reference.data(), static_cast<int32>(Reference.size()))));
-		ASSERT_EQ(Document.GetLength(), static_cast<int64>(Reference.size()));
-		ASSERT_EQ(Document.GetLineCount(), 1 + std::count(Reference.begin(), Reference.end(), u'\n'));
-		ASSERT_TRUE(Editor.GetCaret() == ToPlace(Reference, From + Piece.size()));
-	}
-	for (std::size_t Step = History.size() - 1; Step > 0; --Step)
-	{
-		ASSERT_TRUE(Editor.Undo());
-		ASSERT_TRUE(Editor.GetDocument().Equals(FStringView(History[Step - 1].data(), static_cast<int32>(History[Step - 1].size()))))
-			<< Step;
-	}
-	for (std::size_t Step = 1; Step < History.size(); ++Step)
-	{
-		ASSERT_TRUE(Editor.Redo());
-		ASSERT_TRUE(Editor.GetDocument().Equals(FStringView(History[Step].data(), static_cast<int32>(History[Step].size())))) << Step;
-	}
 }

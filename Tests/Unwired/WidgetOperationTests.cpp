@@ -12,7 +12,6 @@
 #include "Widgets/Docking/SDockTab.h"
 #include "Widgets/FileSearchProject.h"
 #include "Widgets/SFileSearchDropdown.h"
-#include "Widgets/SFileSearchItem.h"
 #include "Widgets/SIndexProgressWidget.h"
 #include "Widgets/SMessageRow.h"
 #include "Widgets/SVelmoraTab.h"
@@ -119,9 +118,7 @@ TEST_F(FUnwiredChatWindowTest, AFolderIsInsertedWithItsPathAndAPickWithoutAToken
 	EXPECT_EQ(GetPrompt(), "plain");
 }
 
-class FUnwiredWidgetTest : public FVelmoraWidgetTest
-{
-};
+using FUnwiredWidgetTest = FVelmoraWidgetTest;
 
 TEST_F(FUnwiredWidgetTest, AToolRowTellsItsStatusInAWord)
 {

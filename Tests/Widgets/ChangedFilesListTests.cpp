@@ -4,8 +4,6 @@
 #include "History/FileHistoryTracker.h"
 #include "Host/HostClock.h"
 #include "Misc/Timespan.h"
-#include "Styling/AppStyle.h"
-#include "Widgets/Input/SButton.h"
 #include "Widgets/Layout/SBox.h"
 #include "Widgets/Layout/SExpandableArea.h"
 #include "Widgets/SBoxPanel.h"
@@ -151,12 +149,7 @@ TEST_F(FChangedFilesListTest, AgesAreToldInWordsAndBeyondAWeekAsADate)
 	constexpr double Hour = 60.0 * Minute;
 	constexpr double Day = 24.0 * Hour;
 	FHostClock::UseSimulatedTime(FDateTime(2026, 3, 10, 0, 30, 0));
-	struct FCase
-	{
-		double SecondsAgo;
-		const char* Text;
-	};
-	const FCase Cases[] = {
+	const std::pair<double, const char*> Cases[] = {
 		{ -Day, "just now" },
 		{ 0.0, "just now" },
 		{ 59.9, "just now" },
@@ -179,12 +172,12 @@ TEST_F(FChangedFilesListTest, AgesAreToldInWordsAndBeyondAWeekAsADate)
 		tzset();
 		FHostClock::UseSimulatedTime(FDateTime(2026, 3, 10, 0, 30, 0));
 		Now = FDateTime::Now();
-		for (const FCase& Case : Cases)
+		for (const auto& [SecondsAgo, Text] : Cases)
 		{
 			ClearTrackers();
-			AddFile(TEXT("g"), TEXT("F.txt"), 1, Case.SecondsAgo);
+			AddFile(TEXT("g"), TEXT("F.txt"), 1, SecondsAgo);
 			List->UpdateFileList();
-			EXPECT_EQ(TextsIn(*GetRows()->GetChildAt(0)), (FTextList{ "F.txt", Case.Text })) << Zone;
+			EXPECT_EQ(TextsIn(*GetRows()->GetChildAt(0)), (FTextList{ "F.txt", Text })) << Zone;
 		}
 		Before ? setenv("TZ", Kept.c_str(), 1) : unsetenv("TZ");
 		tzset();

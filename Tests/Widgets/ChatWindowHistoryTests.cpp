@@ -170,58 +170,39 @@ TEST_F(FChatWindowHistoryTest, AConversationThatNoListHoldsAsksOnce)
 	EXPECT_EQ(Selected(), "new");
 }
 
-TEST_F(FChatWindowHistoryTest, AForcedRefreshIsDoneAtOnce)
+TEST_F(FChatWindowHistoryTest, OptionsByTable)
 {
 	Connect();
 	FinishAll();
 	const std::string Before = DumpRefresh();
-	Agent->Histories.Add(MakeConversation(TEXT("s1")));
 	SetForceSync(1);
-	Window->RequestConversationHistoryRefreshForTests();
-	EXPECT_EQ(Window->GetConversationDropdownOptionCountForTests(), 2);
-	EXPECT_EQ(DumpRefresh(), Before);
-	Window->SetViewModel(nullptr);
-	Agent->Histories.Empty();
-	Window->RequestConversationHistoryRefreshForTests();
-	EXPECT_EQ(Window->GetConversationDropdownOptionCountForTests(), 2);
-}
-
-TEST_F(FChatWindowHistoryTest, OptionsByTable)
-{
-	Connect();
-	SetForceSync(1);
-	struct FCase
-	{
-		const TCHAR* Current;
-		std::vector<const TCHAR*> Stored;
-		const char* Options;
-	};
-	const FCase Cases[] = {
+	const std::tuple<const TCHAR*, std::vector<const TCHAR*>, const char*> Cases[] = {
 		{ nullptr, {}, "" },
 		{ nullptr, { TEXT("b"), TEXT("a") }, "b a" },
 		{ TEXT("c"), {}, "c" },
 		{ TEXT("c"), { TEXT("b"), TEXT("a") }, "c b a" },
 		{ TEXT("A"), { TEXT("b"), TEXT("a") }, "b a" },
 	};
-	for (const FCase& Case : Cases)
+	for (const auto& [Current, Stored, Options] : Cases)
 	{
 		Agent->Metadata.Reset();
-		if (Case.Current)
+		if (Current)
 		{
-			Agent->HoldConversation(Case.Current);
+			Agent->HoldConversation(Current);
 		}
 		Agent->Histories.Empty();
-		for (const TCHAR* Id : Case.Stored)
+		for (const TCHAR* Id : Stored)
 		{
 			Agent->Histories.Add(MakeConversation(Id));
 		}
 		Window->RequestConversationHistoryRefreshForTests();
-		EXPECT_EQ(DumpOptions(), Case.Options);
+		EXPECT_EQ(DumpOptions(), Options);
 	}
 	Window->SetViewModel(nullptr);
 	Agent->Histories.Empty();
 	Window->RequestConversationHistoryRefreshForTests();
 	EXPECT_EQ(Window->GetConversationDropdownOptionCountForTests(), 2) << "without a view model the list stays";
+	EXPECT_EQ(DumpRefresh(), Before) << "no worker was asked";
 }
 
 TEST_F(FChatWindowHistoryTest, OneRefreshAMinuteForAllWindows)
@@ -327,20 +308,4 @@ TEST_F(FChatWindowHistoryTest, TheHeaderNamesTheCurrentConversation)
 	Agent->Metadata.Reset();
 	EXPECT_EQ(Dump(), "||New conversation|||");
 	EXPECT_EQ(DumpKey(FindByTag("ConversationTitle")->GetDisplayedText()), "VelmoraUI,NewConversationHeaderTitle: New conversation");
-}
-
-TEST_F(FChatWindowHistoryTest, AWindowThatIsGoneDropsWhatItsWorkerFinds)
-{
-	Connect();
-	Window->RequestConversationHistoryRefreshForTests();
-	const TWeakPtr<SChatWindow> WeakWindow = Window;
-	Window.Reset();
-	App().SetRootContent(SNullWidget::NullWidget);
-	// A repeat that was asked for may still begin, and its worker may hold the window for a moment.
-	for (int32 Index = 0; Index < 3; ++Index)
-	{
-		PumpFrame();
-		FinishOne();
-	}
-	EXPECT_FALSE(WeakWindow.IsValid());
 }

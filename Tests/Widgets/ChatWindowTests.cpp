@@ -30,12 +30,7 @@ TEST_F(FChatWindowTest, ControlsFollowTheStateOfTheConversation)
 {
 	Connect();
 	Prompt("x");
-	struct FCase
-	{
-		EState State;
-		const char* Controls;
-	};
-	const FCase Cases[] = {
+	const std::pair<EState, const char*> Cases[] = {
 		{ EState::NotStarted, "Ready to start: Send (Cancel) New" },
 		{ EState::Initializing, "Initializing: (Send) Pause Cancel (New)" },
 		{ EState::Ready, "Ready: Send (Cancel) New" },
@@ -47,16 +42,16 @@ TEST_F(FChatWindowTest, ControlsFollowTheStateOfTheConversation)
 		{ EState::Cancelled, "Cancelled: Send (Cancel) New" },
 		{ EState::Error, "Error: Send (Cancel) New" },
 	};
-	for (const FCase& Case : Cases)
+	for (const auto& [State, Controls] : Cases)
 	{
-		Agent->FireState(Case.State);
-		EXPECT_EQ(DumpControls(), Case.Controls);
-		const bool bBusy = Case.State == EState::Initializing || Case.State == EState::Thinking || Case.State == EState::ExecutingTools;
-		EXPECT_EQ(CountByType("SThrobber"), bBusy ? 1 : 0) << Case.Controls;
-		EXPECT_EQ(FWidgetFinder::IsEnabledInTree(*FindByTag("ConversationComboBox")), !bBusy) << Case.Controls;
+		Agent->FireState(State);
+		EXPECT_EQ(DumpControls(), Controls);
+		const bool bBusy = State == EState::Initializing || State == EState::Thinking || State == EState::ExecutingTools;
+		EXPECT_EQ(CountByType("SThrobber"), bBusy ? 1 : 0) << Controls;
+		EXPECT_EQ(FWidgetFinder::IsEnabledInTree(*FindByTag("ConversationComboBox")), !bBusy) << Controls;
 		for (const char* Button : { "ExportButton", "ClearButton" })
 		{
-			EXPECT_TRUE(FWidgetFinder::IsEnabledInTree(*FindByTag(Button))) << Case.Controls;
+			EXPECT_TRUE(FWidgetFinder::IsEnabledInTree(*FindByTag(Button))) << Controls;
 		}
 	}
 }
@@ -65,13 +60,7 @@ TEST_F(FChatWindowTest, ControlsFollowTheUpdateGate)
 {
 	Connect();
 	Prompt("x");
-	struct FCase
-	{
-		EGate Gate;
-		const char* Controls;
-		bool bOrange;
-	};
-	const FCase Cases[] = {
+	const std::tuple<EGate, const char*, bool> Cases[] = {
 		{ EGate::Checking, "Initializing: New", false },
 		{ EGate::Ready, "Ready: Send (Cancel) New", false },
 		{ EGate::UpdateAvailable, "Ready: (Send) (Cancel) New Update", true },
@@ -79,12 +68,12 @@ TEST_F(FChatWindowTest, ControlsFollowTheUpdateGate)
 		{ EGate::RestartRequired, "Restart required: New (Update)", true },
 		{ static_cast<EGate>(9), "Ready: New", false },
 	};
-	for (const FCase& Case : Cases)
+	for (const auto& [Gate, Controls, bOrange] : Cases)
 	{
-		SetGate(Case.Gate);
-		EXPECT_EQ(DumpControls(), Case.Controls);
-		EXPECT_EQ(GetStatusColor() == Hex(FLinearColor(0.9f, 0.6f, 0.2f, 0.8f)), Case.bOrange) << Case.Controls;
-		EXPECT_EQ(IsEnabled("InputTextBox"), Case.Gate == EGate::Ready || Case.Gate == EGate::UpdateAvailable) << Case.Controls;
+		SetGate(Gate);
+		EXPECT_EQ(DumpControls(), Controls);
+		EXPECT_EQ(GetStatusColor() == Hex(FLinearColor(0.9f, 0.6f, 0.2f, 0.8f)), bOrange) << Controls;
+		EXPECT_EQ(IsEnabled("InputTextBox"), Gate == EGate::Ready || Gate == EGate::UpdateAvailable) << Controls;
 	}
 }
 

@@ -113,11 +113,7 @@ protected:
 	FTextList TakeToasts()
 	{
 		PumpFrame();
-		FTextList List;
-		for (const FHostToast& Toast : FHostNotifications::GetVisible())
-		{
-			List.push_back("[" + std::to_string(static_cast<int>(Toast.State)) + "] " + Utf8(Toast.Text.ToString()));
-		}
+		const FTextList List = Toasts();
 		FHostNotifications::Clear();
 		return List;
 	}

@@ -20,17 +20,6 @@ protected:
 		FVelmoraWidgetTest::TearDown();
 	}
 
-	/** "[2] Text" for each toast, the oldest first. */
-	static FTextList Toasts()
-	{
-		FTextList List;
-		for (const FHostToast& Toast : FHostNotifications::GetVisible())
-		{
-			List.push_back("[" + std::to_string(static_cast<int>(Toast.State)) + "] " + Utf8(Toast.Text.ToString()));
-		}
-		return List;
-	}
-
 	static std::string LastKey() { return DumpKey(FHostNotifications::GetVisible().Last().Text); }
 };
 

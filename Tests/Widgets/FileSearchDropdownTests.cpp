@@ -2,9 +2,7 @@
 #include "VelmoraWidgetTest.h"
 
 #include "FileSearch/FileSearchViewModel.h"
-#include "Styling/AppStyle.h"
 #include "Widgets/Layout/SBox.h"
-#include "Widgets/Layout/SBorder.h"
 #include "Widgets/SFileSearchDropdown.h"
 #include "Widgets/SFileSearchItem.h"
 #include "Widgets/Views/SListView.h"
@@ -57,11 +55,6 @@ protected:
 		return Taken;
 	}
 
-	bool Press(const FKey& Key)
-	{
-		return Dropdown->OnPreviewKeyDown(FGeometry(), FKeyEvent(Key, FModifierKeysState(), false)).IsEventHandled();
-	}
-
 	TSharedPtr<SFileSearchDropdown> Dropdown;
 	FTextList Picked;
 };
@@ -96,35 +89,6 @@ TEST_F(FFileSearchDropdownTest, AnInitialQueryIsSearchedForAtOnce)
 	EXPECT_EQ(TakePicked(), (FTextList{ "wolf.h" }));
 }
 
-TEST_F(FFileSearchDropdownTest, KeysWalkRoundAndPick)
-{
-	const FFileSearchProject Project({ "wolf.h", "wolf2.h", "wolf33.h", "fox.h" });
-	ShowDropdown(TEXT("wolf"));
-	EXPECT_TRUE(Press(EKeys::Up));
-	EXPECT_EQ(DumpItems(), "wolf.h wolf2.h [wolf33.h]");
-	EXPECT_TRUE(Press(EKeys::Down));
-	EXPECT_EQ(DumpItems(), "[wolf.h] wolf2.h wolf33.h");
-	EXPECT_TRUE(Press(EKeys::Down));
-	EXPECT_TRUE(Press(EKeys::Enter));
-	EXPECT_TRUE(Press(EKeys::Escape));
-	EXPECT_FALSE(Press(EKeys::Tab));
-	EXPECT_FALSE(Press(EKeys::A));
-	EXPECT_EQ(TakePicked(), (FTextList{ "wolf2.h", "cancelled" }));
-
-	Dropdown->SetSearchQuery(TEXT("fox"));
-	for (const FKey& Key : { EKeys::Up, EKeys::Down, EKeys::Down })
-	{
-		Press(Key);
-		EXPECT_EQ(DumpItems(), "[fox.h]") << "one item is first and last";
-	}
-	Dropdown->SetSearchQuery(TEXT("qqq"));
-	for (const FKey& Key : { EKeys::Up, EKeys::Down, EKeys::Enter })
-	{
-		EXPECT_TRUE(Press(Key)) << "there is nothing, and the key is taken all the same";
-	}
-	EXPECT_EQ(TakePicked(), FTextList());
-}
-
 TEST_F(FFileSearchDropdownTest, TheMousePicksAndTheKeyboardSelectionStaysInView)
 {
 	std::vector<std::string> Files;
@@ -146,22 +110,6 @@ TEST_F(FFileSearchDropdownTest, TheMousePicksAndTheKeyboardSelectionStaysInView)
 	PumpFrame();
 	PumpFrame();
 	EXPECT_TRUE(IsShown(FindByText(Project.PathOf("wolf10.h")))) << "new results stand at their best";
-}
-
-TEST_F(FFileSearchDropdownTest, ARowUnderThePointerTakesItsHoverColour)
-{
-	const FFileSearchProject Project({ "wolf.h", "wolf2.h" });
-	ShowDropdown(TEXT("wolf"));
-	const std::vector<TSharedRef<SWidget>> Rows = FindByType("SFileSearchItem");
-	ASSERT_EQ(Rows.size(), 2u);
-	const auto GetColor = [](const TSharedRef<SWidget>& Row)
-	{ return StaticCastSharedRef<SBorder>(Row->GetChildren()->GetChildAt(0))->GetBorderBackgroundColor().GetSpecifiedColor(); };
-	Hover(Rows[1]);
-	PumpFrame();
-	EXPECT_EQ(GetColor(Rows[0]).A, 0.0f);
-	EXPECT_EQ(GetColor(Rows[1]), FVelmoraUIStyles::GetToolMessageBackgroundColor().CopyWithNewOpacity(0.5f));
-	ClickAt(GetCenter(Rows[1]));
-	EXPECT_EQ(TakePicked(), (FTextList{ "wolf2.h" })) << "and the click still reaches the row";
 }
 
 /** Alone in its process when the suites run one by one: the index is ready from the first scan on. */
@@ -188,19 +136,11 @@ TEST_F(FFileSearchFirstScan, SaysThatThereIsNoIndexYet)
 	EXPECT_EQ(VisibleTexts(), (FTextList{ Project.PathOf("wolf3999.h") }));
 }
 
-class FFileSearchItemTest : public FVelmoraWidgetTest
-{
-};
+using FFileSearchItemTest = FVelmoraWidgetTest;
 
 TEST_F(FFileSearchItemTest, LooksFollowKindAndSelection)
 {
-	struct FCase
-	{
-		bool bIsDirectory;
-		EFileType Type;
-		const char* Icon;
-	};
-	const FCase Cases[] = {
+	const std::tuple<bool, EFileType, const char*> Cases[] = {
 		{ false, EFileType::Code, "ClassIcon.C" },
 		{ false, EFileType::Asset, "ClassIcon.BlueprintCore" },
 		{ false, EFileType::Config, "Icons.Settings" },
@@ -209,13 +149,13 @@ TEST_F(FFileSearchItemTest, LooksFollowKindAndSelection)
 		{ true, EFileType::Code, "Icons.FolderClosed" },
 	};
 	TSharedPtr<SFileSearchItem> Item;
-	for (const FCase& Case : Cases)
+	for (const auto& [bIsDirectory, Type, Icon] : Cases)
 	{
 		FFileIndexEntry Entry;
 		Entry.DisplayPath = TEXT("Source/Shown");
 		Entry.FilePath = TEXT("Source/Shown.x");
-		Entry.bIsDirectory = Case.bIsDirectory;
-		Entry.FileType = Case.Type;
+		Entry.bIsDirectory = bIsDirectory;
+		Entry.FileType = Type;
 		// clang-format off
 		Show(
 			SNew(SBox)
@@ -227,7 +167,7 @@ TEST_F(FFileSearchItemTest, LooksFollowKindAndSelection)
 				.SearchQuery(TEXT("own"))
 			]);
 		// clang-format on
-		EXPECT_TRUE(PaintedIn(*Item, ESlateDrawType::Image).at(0).starts_with(std::string(Case.Icon) + " "))
+		EXPECT_TRUE(PaintedIn(*Item, ESlateDrawType::Image).at(0).starts_with(std::string(Icon) + " "))
 			<< PaintedIn(*Item, ESlateDrawType::Image).at(0);
 		EXPECT_EQ(VisibleTexts(), (FTextList{ "Source/Shown" }));
 	}

@@ -62,13 +62,7 @@ namespace
 
 TEST_F(FMarkdownWidgetTest, OneWidgetPerConstruct)
 {
-	struct FCase
-	{
-		const char* Why;
-		const TCHAR* Text;
-		const char* Column;
-	};
-	const FCase Cases[] = {
+	const std::tuple<const char*, const TCHAR*, const char*> Cases[] = {
 		{ "nothing for nothing", TEXT(""), "" },
 		{ "blanks are shown as they are", TEXT("   "), "STextBlock '   '\n" },
 		{ "a line end is an empty row", TEXT("a\nb"), "STextBlock 'a'\nSTextBlock ''\nSTextBlock 'b'\n" },
@@ -90,10 +84,10 @@ TEST_F(FMarkdownWidgetTest, OneWidgetPerConstruct)
 		{ "a footnote's mark", TEXT("a[^n]"), "SWrapBox[STextBlock 'a', SBox[STextBlock '[n]']]\n" },
 		{ "a footnote", TEXT("[^n]: note"), "SBorder[SHorizontalBox[STextBlock '[n]:', STextBlock 'note']]\n" },
 	};
-	for (const FCase& Case : Cases)
+	for (const auto& [Why, Text, Column] : Cases)
 	{
-		SCOPED_TRACE(Case.Why);
-		EXPECT_EQ(Dump(Case.Text), Case.Column);
+		SCOPED_TRACE(Why);
+		EXPECT_EQ(Dump(Text), Column);
 	}
 }
 
@@ -124,13 +118,7 @@ TEST_F(FMarkdownWidgetTest, CodeIsColouredTokenByToken)
 		const char* Text;
 		const char* Hex;
 	};
-	struct FCase
-	{
-		const TCHAR* Language;
-		const TCHAR* Code;
-		std::vector<std::vector<FPiece>> Lines;
-	};
-	const FCase Cases[] = {
+	const std::tuple<const TCHAR*, const TCHAR*, std::vector<std::vector<FPiece>>> Cases[] = {
 		{ TEXT("cpp"), TEXT("#if X\nFName N; // c"),
 			{ { { "#if X", "C586C0FF" } },
 				{ { "FName", "C586C0FF" }, { " ", "D4D4D4FF" }, { "N", "D4D4D4FF" }, { ";", "D4D4D4FF" }, { " ", "D4D4D4FF" },
@@ -148,12 +136,12 @@ TEST_F(FMarkdownWidgetTest, CodeIsColouredTokenByToken)
 		{ TEXT("json"), TEXT("TRUE"), { { { "true", "95CBFFFF" } } } },
 		{ TEXT("cpp"), TEXT("\"open"), { { { "\"open", "E6E6E6FF" } } } },
 	};
-	for (const FCase& Case : Cases)
+	for (const auto& [Language, Code, Lines] : Cases)
 	{
-		SCOPED_TRACE(Utf8(Case.Code));
-		Show(Make(TEXT("```") + FString(Case.Language) + TEXT("\n") + FString(Case.Code) + TEXT("```")));
+		SCOPED_TRACE(Utf8(Code));
+		Show(Make(TEXT("```") + FString(Language) + TEXT("\n") + FString(Code) + TEXT("```")));
 		FTextList Expected;
-		for (const std::vector<FPiece>& Line : Case.Lines)
+		for (const std::vector<FPiece>& Line : Lines)
 		{
 			for (const FPiece& Piece : Line)
 			{
@@ -207,20 +195,15 @@ TEST_F(FMarkdownWidgetTest, CodeIsShownAsWrittenWhereThatIsAskedFor)
 
 TEST_F(FMarkdownWidgetTest, TheLanguageIsShownAsWrittenAndTextIsNot)
 {
-	struct FCase
-	{
-		const TCHAR* Text;
-		FTextList Texts;
-	};
-	const FCase Cases[] = {
+	const std::pair<const TCHAR*, FTextList> Cases[] = {
 		{ TEXT("```\nplain\n```"), { "plain" } },
 		{ TEXT("```TEXT\nplain\n```"), { "plain" } },
 		{ TEXT("```Py\nx = 1\n```"), { "Py", "x", " ", "=", " ", "1" } },
 	};
-	for (const FCase& Case : Cases)
+	for (const auto& [Text, Texts] : Cases)
 	{
-		Show(Make(Case.Text));
-		EXPECT_EQ(VisibleTexts(), Case.Texts);
+		Show(Make(Text));
+		EXPECT_EQ(VisibleTexts(), Texts);
 	}
 }
 
@@ -299,12 +282,7 @@ TEST_F(FMarkdownWidgetTest, LinksGoWhereTheirSchemeSays)
 	const FTempFolder Folder;
 	const std::string File = Folder.AtBytes("notes.txt");
 	Folder.Write("notes.txt", "x");
-	struct FCase
-	{
-		std::string Url;
-		std::string Launched;
-	};
-	const FCase Cases[] = {
+	const std::pair<std::string, std::string> Cases[] = {
 		{ "http://a.b/C", "url http://a.b/C\n" },
 		{ "HTTPS://a.b", "url HTTPS://a.b\n" },
 		{ "tel:1", "url tel:1\n" },
@@ -313,11 +291,11 @@ TEST_F(FMarkdownWidgetTest, LinksGoWhereTheirSchemeSays)
 		{ "asset:///Game/NotThere", "" },
 		{ "blueprint:///Game/NotThere", "" },
 	};
-	for (const FCase& Case : Cases)
+	for (const auto& [Url, Launched] : Cases)
 	{
 		FHostServices::ClearLaunchRecord();
-		ClickLink(Case.Url);
-		EXPECT_EQ(LaunchedTargets(), Case.Launched) << Case.Url;
+		ClickLink(Url);
+		EXPECT_EQ(LaunchedTargets(), Launched) << Url;
 	}
 }
 

@@ -254,14 +254,3 @@ TEST_F(FMessageListTest, RowsAskAndTellTheOwnerOfTheList)
 	ASSERT_EQ(Undone.Num(), 1);
 	EXPECT_EQ(Undone[0], Messages[1]);
 }
-
-TEST_F(FMessageListTest, OfManyRowsOnlyThoseInViewAreWorkedOn)
-{
-	const TSharedRef<SMessageList> List = SNew(SMessageList).Messages(MakeMessages(250));
-	Show(List);
-	PumpSeconds(0.2);
-	EXPECT_TRUE(IsAtEnd(*List));
-	const FWidgetCounters Before = SWidget::GetCounters();
-	PumpFrame();
-	EXPECT_LT(SWidget::GetCounters().Painted - Before.Painted, 1000u) << "rows out of view are neither painted nor ticked";
-}

@@ -1,9 +1,7 @@
 #include "Widgets/SMessageRow.h"
 
 #include "HAL/PlatformApplicationMisc.h"
-#include "Styling/AppStyle.h"
 #include "VelmoraWidgetTest.h"
-#include "Widgets/Input/SButton.h"
 #include "Widgets/SBoxPanel.h"
 #include "Widgets/SToolExecutionContainer.h"
 
@@ -43,44 +41,6 @@ protected:
 	bool bCanUndo = true;
 	int32 UndoCount = 0;
 };
-
-TEST_F(FMessageRowTest, EachKindHasItsForm)
-{
-	const TSharedPtr<FChatMessage> Tool = FChatMessage::CreateToolMessage(TEXT("read_file"), TEXT("{}"), EToolStatus::Success);
-	Tool->ToolActionVerb = TEXT("Reading");
-	Tool->ToolDisplayParameter = TEXT("a.txt");
-	const TSharedPtr<FChatMessage> Group = FChatMessage::CreateToolSummaryMessage();
-	Group->ToolExecutions.Add(Stamp(Tool));
-	struct FCase
-	{
-		TSharedPtr<FChatMessage> Message;
-		FTextList Texts;
-		int32 Buttons;
-		/** The colour of the first text. */
-		const char* Color;
-	};
-	const FCase Cases[] = {
-		{ FChatMessage::CreateUserMessage(TEXT("hello **you**")), { "You", "09:05:00", "hello ", "you" }, 1, "60A5FAFF" },
-		{ FChatMessage::CreateAIMessage(TEXT("hi"), false), { "Velmora AI", "09:05:00", "hi" }, 1, "F59E0BFF" },
-		{ FChatMessage::CreateSystemMessage(TEXT("note")), { "System", "09:05:00", "note" }, 0, "C0C0C0FF" },
-		{ Tool, { "Reading a.txt", "09:05:00" }, 0, "D3D3D3FF" },
-		{ Group, { "Tool Executions (1)", "Reading a.txt", "09:05:00" }, 1, "E6E6E6FF" },
-		{ nullptr, {}, 0, "" },
-	};
-	for (const FCase& Case : Cases)
-	{
-		if (Case.Message)
-		{
-			Stamp(Case.Message);
-		}
-		ShowRow(Case.Message);
-		EXPECT_EQ(VisibleTexts(), Case.Texts);
-		EXPECT_EQ(CountByType("SButton"), Case.Buttons) << (Case.Texts.empty() ? "null" : Case.Texts[0]);
-		PumpSeconds(0.5);
-		EXPECT_EQ(
-			Case.Texts.empty() ? FTextList{ "" } : PaintedIn(*FindByText(Case.Texts[0]), ESlateDrawType::Glyphs), FTextList{ Case.Color });
-	}
-}
 
 TEST_F(FMessageRowTest, CopyTakesTheRawText)
 {

@@ -3,9 +3,7 @@
 
 FSingletonList ListSingletonsOfLibrary();
 
-class FOneEngineTest : public FWidgetTest
-{
-};
+using FOneEngineTest = FWidgetTest;
 
 TEST_F(FOneEngineTest, ProgramAndLibrariesShareEverySingleton)
 {

@@ -20,9 +20,7 @@ public:
 };
 
 template <typename BoxType>
-class FPromptBoxTest : public FWidgetTest
-{
-};
+using FPromptBoxTest = FWidgetTest;
 
 using FPromptBoxTypes = testing::Types<SMultiLineEditableTextBox, SQuietTextBox>;
 TYPED_TEST_SUITE(FPromptBoxTest, FPromptBoxTypes);

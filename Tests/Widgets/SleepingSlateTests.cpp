@@ -6,12 +6,9 @@
 #include "Host/HostSleep.h"
 #include "Widgets/Input/SMenuAnchor.h"
 #include "Widgets/Layout/SBox.h"
-#include "Widgets/SBoxPanel.h"
 #include "Widgets/SErrorNotification.h"
 #include "Widgets/SIndexProgressWidget.h"
 #include "Widgets/SLoadingIndicator.h"
-#include "Widgets/SVelmoraTab.h"
-#include "Widgets/Text/STextBlock.h"
 
 namespace
 {
@@ -293,9 +290,7 @@ TEST_F(FSleepingWidgets, TheProgressOfABuildMovesAndGoes)
 }
 
 /** The module's poll, under a ticker whose deltas are those of the loop's turns. */
-class FModulePoll : public FCodeIntelModuleTest
-{
-};
+using FModulePoll = FCodeIntelModuleTest;
 
 TEST_F(FModulePoll, HalfAMinuteIsThatOfTheClock)
 {

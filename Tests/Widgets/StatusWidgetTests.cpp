@@ -1,23 +1,8 @@
 #include "VelmoraWidgetTest.h"
-#include "Widgets/Layout/SBorder.h"
-#include "Widgets/SEmptyState.h"
 #include "Widgets/SErrorNotification.h"
 #include "Widgets/SLoadingIndicator.h"
 
-class FStatusWidgetTest : public FVelmoraWidgetTest
-{
-};
-
-TEST_F(FStatusWidgetTest, TheEmptyStateShowsItsTextsAndAMarkOnRequest)
-{
-	Show(SNew(SEmptyState).Title(INVTEXT("Welcome")).Message(INVTEXT("Type below.")));
-	EXPECT_EQ(VisibleTexts(), (FTextList{ "Welcome", "Type below." }));
-	EXPECT_EQ(CountByType("SImage"), 0);
-	EXPECT_NEAR(GetCenter(FindByText("Welcome")).X, 640.0, 1.0);
-
-	Show(SNew(SEmptyState).Title(INVTEXT("Welcome")).Message(INVTEXT("Type below.")).Icon(FVelmoraUIStyles::GetBrush("Logo_App_40")));
-	EXPECT_EQ(CountByType("SImage"), 1);
-}
+using FStatusWidgetTest = FVelmoraWidgetTest;
 
 TEST_F(FStatusWidgetTest, TheErrorFadesInAndWaitsForItsHost)
 {
@@ -64,13 +49,4 @@ TEST_F(FStatusWidgetTest, TheLoadingDotsCycle)
 	EXPECT_EQ(After(2), "Loading") << "past one and a half seconds the time begins anew";
 	EXPECT_EQ(After(5), "Loading");
 	EXPECT_EQ(After(2), "Loading.");
-}
-
-TEST_F(FStatusWidgetTest, TheThrobberIsAnOption)
-{
-	Show(SNew(SLoadingIndicator).Message(INVTEXT("Indexing")).ShowThrobber(false));
-	EXPECT_EQ(CountByType("SThrobber"), 0);
-	EXPECT_EQ(VisibleTexts(), (FTextList{ "Indexing" }));
-	Show(SNew(SLoadingIndicator).Message(INVTEXT("Indexing")).ShowThrobber(true));
-	EXPECT_EQ(CountByType("SThrobber"), 1);
 }

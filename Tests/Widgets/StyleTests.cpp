@@ -21,9 +21,7 @@ namespace
 		return Text;
 	}
 
-	class FVelmoraStyleTest : public FVelmoraWidgetTest
-	{
-	};
+	using FVelmoraStyleTest = FVelmoraWidgetTest;
 
 } // namespace
 
@@ -83,17 +81,6 @@ TEST(VelmoraPalette, SixDigitsAreOpaqueAndCaseDoesNotCount)
 	EXPECT_EQ(DumpColor(FVelmoraUIStyles::FromHexSRGB(TEXT("12345"))), "00000000");
 }
 
-TEST(VelmoraPalette, ColoursAreLinearAndAlphaIsNot)
-{
-	const FLinearColor Grey = FVelmoraUIStyles::FromHexSRGB(TEXT("80808080"));
-	EXPECT_NEAR(Grey.R, 0.2158605f, 1e-5f);
-	EXPECT_FLOAT_EQ(Grey.A, 128.0f / 255.0f);
-	EXPECT_EQ(FVelmoraUIStyles::GetSecondaryActionNeutralColor(0.5f).A, 0.5f);
-	EXPECT_EQ(DumpColor(FVelmoraUIStyles::GetSecondaryActionNeutralColor(1.0f)), "E1E5EAFF");
-	EXPECT_EQ(DumpColor(FVelmoraUIStyles::GetSecondaryActionNeutralHoverColor(1.0f)), "F3F6F9FF");
-	EXPECT_TRUE(FVelmoraUIStyles::GetUpdateAvailableColor() == FLinearColor(0.9f, 0.6f, 0.2f, 0.8f));
-}
-
 TEST_F(FVelmoraStyleTest, OneSetFromInitializeToShutdown)
 {
 	const TSharedPtr<ISlateStyle> First = FVelmoraUIStyles::Get();
@@ -130,14 +117,6 @@ TEST(AnimationHelper, CurvesMeetTheirEndsAndClamp)
 		EXPECT_FLOAT_EQ(Case.Curve(Case.T), Case.Expected) << Case.T;
 	}
 	EXPECT_FLOAT_EQ(FAnimationHelper::CalculateFadeOpacity(0.25f, false), 0.9375f);
-}
-
-TEST(AnimationHelper, ColoursBlendInAllFourChannels)
-{
-	const FLinearColor A(0.0f, 0.2f, 1.0f, 0.0f);
-	const FLinearColor B(1.0f, 0.4f, 0.0f, 0.5f);
-	EXPECT_TRUE(FAnimationHelper::LerpColor(A, B, 0.5f).Equals(FLinearColor(0.5f, 0.3f, 0.5f, 0.25f), 1e-6f));
-	EXPECT_TRUE(FAnimationHelper::LerpColor(A, B, 7.0f) == B);
 }
 
 TEST(WidgetAnimator, FadesFromItsOwnEnd)

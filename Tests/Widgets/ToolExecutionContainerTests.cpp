@@ -1,8 +1,6 @@
 #include "Widgets/SToolExecutionContainer.h"
 
-#include "Styling/AppStyle.h"
 #include "VelmoraWidgetTest.h"
-#include "Widgets/Images/SImage.h"
 #include "Widgets/SBoxPanel.h"
 #include "Widgets/ToolRowLook.h"
 
@@ -92,24 +90,4 @@ TEST_F(FToolContainerTest, TheListOnlyGrows)
 	PumpFrame();
 	EXPECT_EQ(VisibleTexts(), (FTextList{ "Tool Executions", "Creating A", "14:02:31", "Reading B", "14:02:31" }))
 		<< "only the count drops";
-}
-
-TEST_F(FToolContainerTest, TheMarkFollowsTheStatus)
-{
-	const TSharedPtr<FChatMessage> Tool = MakeTool(TEXT("Creating"), TEXT("A"));
-	ShowTools({ Tool });
-	// The chevron, the dot, the mark.
-	const auto DumpMark = [this]() -> std::string
-	{
-		PumpFrame();
-		const FTextList Images = PaintedIn(*Container, ESlateDrawType::Image);
-		return Images.size() == 3 ? Images[2] : std::to_string(Images.size());
-	};
-	EXPECT_EQ(DumpMark(), "ProgressCycle32 10B981FF");
-	Tool->ToolStatus = EToolStatus::Success;
-	EXPECT_EQ(DumpMark(), "Symbols.Check 10B981FF");
-	Tool->ToolStatus = EToolStatus::Failed;
-	EXPECT_EQ(DumpMark(), "Symbols.X " + Hex(FVelmoraUIStyles::GetToolStatusFailedColor()));
-	Tool->ToolStatus = static_cast<EToolStatus>(9);
-	EXPECT_EQ(DumpMark(), "2");
 }

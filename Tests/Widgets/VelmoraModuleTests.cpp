@@ -179,9 +179,7 @@ TEST_F(FVelmoraModuleWatchTest, IndexWorkThatOutlivesTheModuleEndsWithoutAWord)
 }
 
 /** A process that shows nothing, such as a commandlet or a cook. */
-class FVelmoraModuleWithoutSlateTest : public testing::Test
-{
-};
+using FVelmoraModuleWithoutSlateTest = testing::Test;
 
 TEST_F(FVelmoraModuleWithoutSlateTest, NothingIsScannedOrRegistered)
 {

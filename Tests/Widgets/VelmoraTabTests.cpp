@@ -13,16 +13,12 @@
 #include "Settings/VelmoraSettings.h"
 #include "Support/Base/TempFolder.h"
 #include "Support/TestAgent.h"
-#include "Styling/SlateStyleRegistry.h"
 #include "VelmoraWidgetTest.h"
 #include "ViewModels/ChatViewModel.h"
 #include "Widgets/Docking/SDockTab.h"
 #include "UObject/UObjectGlobals.h"
-#include "Widgets/Images/SImage.h"
-#include "Widgets/Input/SButton.h"
 #include "Widgets/Layout/SSplitter.h"
 #include "Widgets/SChatWindow.h"
-#include "Widgets/SConversationPlan.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -192,13 +188,7 @@ TEST_F(FTabShellTest, TheTwoPagesTakeTurnsAndAreRemembered)
 
 TEST_F(FTabShellTest, TheStateFileIsReadKeyByKey)
 {
-	struct FCase
-	{
-		const char* File;
-		bool bPlan;
-		bool bCustomize;
-	};
-	const FCase Cases[] = {
+	const std::tuple<const char*, bool, bool> Cases[] = {
 		{ "{ \"ShowPlan\": false, \"ShowCustomizeBehavior\": true }", false, true },
 		{ "{ \"ShowPlan\": false }", false, false },
 		{ "{ \"ShowCustomizeBehavior\": true }", true, true },
@@ -209,14 +199,14 @@ TEST_F(FTabShellTest, TheStateFileIsReadKeyByKey)
 		{ "\xFF\xFE{", true, false },
 		{ "", true, false },
 	};
-	for (const FCase& Case : Cases)
+	for (const auto& [File, bPlan, bCustomize] : Cases)
 	{
-		SCOPED_TRACE(Case.File);
-		Saved.Write(StateFile, Case.File);
+		SCOPED_TRACE(File);
+		Saved.Write(StateFile, File);
 		ShowShell();
-		EXPECT_EQ(Tab->IsPlanVisible(), Case.bPlan);
-		EXPECT_EQ(Tab->IsCustomizeBehaviorVisible(), Case.bCustomize);
-		EXPECT_EQ(Saved.Read(StateFile), Case.File) << "reading changes nothing";
+		EXPECT_EQ(Tab->IsPlanVisible(), bPlan);
+		EXPECT_EQ(Tab->IsCustomizeBehaviorVisible(), bCustomize);
+		EXPECT_EQ(Saved.Read(StateFile), File) << "reading changes nothing";
 	}
 	// Both at once: the plan lies on top and the title is the plan's.
 	Saved.Write(StateFile, "{ \"ShowPlan\": true, \"ShowCustomizeBehavior\": true }");

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Host/HostNotifications.h"
 #include "Layout/Children.h"
 #include "Style/VelmoraUIStyles.h"
 #include "Support/UiDriver.h"
@@ -21,6 +22,17 @@ protected:
 	{
 		FWidgetTest::TearDown();
 		FVelmoraUIStyles::Shutdown();
+	}
+
+	/** "[2] Text" for each toast, the oldest first. */
+	static FTextList Toasts()
+	{
+		FTextList List;
+		for (const FHostToast& Toast : FHostNotifications::GetVisible())
+		{
+			List.push_back("[" + std::to_string(static_cast<int>(Toast.State)) + "] " + Utf8(Toast.Text.ToString()));
+		}
+		return List;
 	}
 };
 
