@@ -114,12 +114,7 @@ TEST_F(AgentAnswers, ListsTheFilesThatMentionSomething)
 
 TEST_F(AgentAnswers, ShowsFilesAndLines)
 {
-	struct FCase
-	{
-		std::string Question;
-		std::string Body;
-	};
-	const FCase Cases[] = {
+	const std::pair<std::string, std::string> Cases[] = {
 		{ "show README.md", "```markdown\n# Garden tools\n\nCounts the snails in a garden.\n```" },
 		{ "Open the file readme.md, please", "```markdown\n# Garden tools\n\nCounts the snails in a garden.\n```" },
 		{ "cat `README.md`", "```markdown\n# Garden tools\n\nCounts the snails in a garden.\n```" },
@@ -130,11 +125,11 @@ TEST_F(AgentAnswers, ShowsFilesAndLines)
 		{ "show Default.ini:1", "```ini\n[Keys]\n```" },
 		{ "read lines 3 to 5 of Source/Other.cpp", "```cpp\n\t" + Symbol + "(3);\n}\n```" },
 	};
-	for (const FCase& Case : Cases)
+	for (const auto& [Question, Body] : Cases)
 	{
-		SCOPED_TRACE(Case.Question);
-		const std::string Answer = Ask(Case.Question);
-		EXPECT_TRUE(Holds(Answer, Case.Body)) << Answer;
+		SCOPED_TRACE(Question);
+		const std::string Answer = Ask(Question);
+		EXPECT_TRUE(Holds(Answer, Body)) << Answer;
 	}
 	EXPECT_TRUE(Holds(Ask("show lines 90-99 of Default.ini"), "has only 2 lines"));
 }
@@ -220,13 +215,7 @@ TEST_F(AgentAnswers, WhatIsIgnoredIsReadOnlyWhenItIsNamed)
 	Project.Write("run.log", "needle four\n");
 	Project.Write("kept.log", "needle five\n");
 	Project.Write("Saved/x.md", "needle six\n");
-	struct FCase
-	{
-		const char* Request;
-		const char* Held;
-		const char* NotHeld;
-	};
-	const FCase Cases[] = {
+	const std::tuple<const char*, const char*, const char*> Cases[] = {
 		{ "find needle", "1 match in 1 file", "secret.txt" },
 		{ "find needle", "kept.log", "private/" },
 		{ "which files mention needle", "kept.log", "inner.md" },
@@ -239,12 +228,12 @@ TEST_F(AgentAnswers, WhatIsIgnoredIsReadOnlyWhenItIsNamed)
 		{ "list private/deep", "notes.md", "empty" },
 		{ "show Saved/x.md", "needle six", "no file" },
 	};
-	for (const FCase& Case : Cases)
+	for (const auto& [Request, Held, NotHeld] : Cases)
 	{
-		SCOPED_TRACE(Case.Request);
-		const std::string Answer = Ask(Case.Request);
-		EXPECT_TRUE(Holds(Answer, Case.Held)) << Answer;
-		EXPECT_FALSE(Holds(Answer, Case.NotHeld)) << Answer;
+		SCOPED_TRACE(Request);
+		const std::string Answer = Ask(Request);
+		EXPECT_TRUE(Holds(Answer, Held)) << Answer;
+		EXPECT_FALSE(Holds(Answer, NotHeld)) << Answer;
 	}
 	EXPECT_TRUE(Holds(Ask("find needle", { "secret.txt" }), "needle one"));
 }

@@ -43,11 +43,7 @@ namespace
 TEST(AgentPlanText, IsReadFromARequest)
 {
 	using FSteps = std::vector<std::string>;
-	const struct
-	{
-		const char* Request;
-		FSteps Steps;
-	} Cases[] = {
+	const std::pair<const char*, FSteps> Cases[] = {
 		{ "first find Snail, then show README.md", { "find Snail", "show README.md" } },
 		{ "First, find Snail and then list Source, after that show README.md and finally help.",
 			{ "find Snail", "list Source", "show README.md", "help" } },
@@ -65,9 +61,9 @@ TEST(AgentPlanText, IsReadFromARequest)
 		{ "first", {} },
 		{ "", {} },
 	};
-	for (const auto& Case : Cases)
+	for (const auto& [Request, Steps] : Cases)
 	{
-		EXPECT_EQ(StepsOf(Case.Request), Case.Steps) << Case.Request;
+		EXPECT_EQ(StepsOf(Request), Steps) << Request;
 	}
 }
 

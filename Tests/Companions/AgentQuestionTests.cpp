@@ -279,13 +279,7 @@ TEST(PermissionRules, DenyBeatsAllowAndPrefixesAreLiteral)
 	EXPECT_EQ(Rules.Add({ true, "edit_file", ".vscode/" }), "");
 	EXPECT_EQ(Rules.Add({ false, "edit_file", ".vscode/tasks" }), "");
 	EXPECT_EQ(Rules.Add({ true, "run_command", "make\ttest\\\n" }), "");
-	struct FCase
-	{
-		const char* Tool;
-		const char* Subject;
-		EPermission Permission;
-	};
-	const FCase Cases[] = {
+	const std::tuple<const char*, const char*, EPermission> Cases[] = {
 		{ "edit_file", ".vscode/settings.json", EPermission::Allowed },
 		{ "edit_file", ".vscode/tasks.json", EPermission::Denied },
 		{ "edit_file", ".VSCODE/settings.json", EPermission::Ask },
@@ -298,11 +292,11 @@ TEST(PermissionRules, DenyBeatsAllowAndPrefixesAreLiteral)
 	};
 	// Another process sees the same.
 	const FPermissionRules Other(Path);
-	for (const FCase& Case : Cases)
+	for (const auto& [Tool, Subject, Permission] : Cases)
 	{
-		SCOPED_TRACE(std::string(Case.Tool) + ' ' + Case.Subject);
-		EXPECT_EQ(Rules.Judge(Case.Tool, Case.Subject), Case.Permission);
-		EXPECT_TRUE(std::string(Case.Tool) == "read_file" || Other.Judge(Case.Tool, Case.Subject) == Case.Permission);
+		SCOPED_TRACE(std::string(Tool) + ' ' + Subject);
+		EXPECT_EQ(Rules.Judge(Tool, Subject), Permission);
+		EXPECT_TRUE(std::string(Tool) == "read_file" || Other.Judge(Tool, Subject) == Permission);
 	}
 	EXPECT_EQ(Rules.Remove({ false, "edit_file", ".vscode/tasks" }), "");
 	EXPECT_EQ(Rules.Judge("edit_file", ".vscode/tasks.json"), EPermission::Allowed);

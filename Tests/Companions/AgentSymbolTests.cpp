@@ -53,13 +53,7 @@ namespace
 
 TEST(SymbolRequests, AreToldFromOthers)
 {
-	struct FCase
-	{
-		const char* Text;
-		ERequestKind Kind;
-		const char* Target;
-	};
-	const FCase Cases[] = {
+	const std::tuple<const char*, ERequestKind, const char*> Cases[] = {
 		{ "where is FChatViewModel defined?", ERequestKind::FindSymbol, "FChatViewModel" },
 		{ "Where is the class `FThing` declared in the project, please?", ERequestKind::FindSymbol, "FThing" },
 		{ "find symbol FThing::Run", ERequestKind::FindSymbol, "FThing::Run" },
@@ -73,12 +67,12 @@ TEST(SymbolRequests, AreToldFromOthers)
 		{ "where is FThing used?", ERequestKind::FindText, "FThing" },
 		{ "find FThing", ERequestKind::FindText, "FThing" },
 	};
-	for (const FCase& Case : Cases)
+	for (const auto& [Text, Kind, Target] : Cases)
 	{
-		SCOPED_TRACE(Case.Text);
-		const Velmora::FAgentRequest Request = Velmora::ParseAgentRequest(Case.Text);
-		EXPECT_EQ(static_cast<int>(Request.Kind), static_cast<int>(Case.Kind));
-		EXPECT_EQ(Request.Target, Case.Target);
+		SCOPED_TRACE(Text);
+		const Velmora::FAgentRequest Request = Velmora::ParseAgentRequest(Text);
+		EXPECT_EQ(static_cast<int>(Request.Kind), static_cast<int>(Kind));
+		EXPECT_EQ(Request.Target, Target);
 	}
 }
 

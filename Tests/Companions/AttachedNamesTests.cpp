@@ -8,13 +8,7 @@ using Velmora::SkipAttachedNames;
 
 TEST(AttachedNames, AreQuotedWhereTheyCannotBeReadAsOneWord)
 {
-	struct FCase
-	{
-		const char* Text;
-		std::vector<std::string> Names;
-		const char* Expected;
-	};
-	const FCase Cases[] = {
+	const std::tuple<const char*, std::vector<std::string>, const char*> Cases[] = {
 		{ "append x to notes.md", { "notes.md" }, "append x to notes.md" },
 		{ "append \"z\" to my notes.md", { "my notes.md" }, "append \"z\" to \"my notes.md\"" },
 		{ "delete my notes.md.", { "my notes.md" }, "delete \"my notes.md\"." },
@@ -30,9 +24,9 @@ TEST(AttachedNames, AreQuotedWhereTheyCannotBeReadAsOneWord)
 		{ "say \"a b.md", { "a b.md" }, "say \"a b.md" },
 		{ "", { "a b.md" }, "" },
 	};
-	for (const FCase& Case : Cases)
+	for (const auto& [Text, Names, Expected] : Cases)
 	{
-		EXPECT_EQ(QuoteAttachedNames(Case.Text, Case.Names), Case.Expected) << Case.Text;
+		EXPECT_EQ(QuoteAttachedNames(Text, Names), Expected) << Text;
 	}
 }
 

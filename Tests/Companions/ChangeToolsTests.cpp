@@ -11,9 +11,7 @@ using Velmora::FChangeOutcome;
 
 namespace
 {
-	class ChangeTools : public FChangeTest
-	{
-	};
+	using ChangeTools = FChangeTest;
 
 	std::string Utf16(const std::string& Ascii, bool bIsBigEndian)
 	{

@@ -5,9 +5,7 @@
 
 namespace
 {
-	class CodeIndex : public FCodeIndexTest
-	{
-	};
+	using CodeIndex = FCodeIndexTest;
 
 	/** What the whole of the log says since the test began. */
 	class FLogLines

@@ -60,19 +60,6 @@ TEST_F(ConversationStores, TextsComeBackUnitByUnit)
 	EXPECT_EQ(Stored.Messages.Last().Role, EConversationRole::Tool);
 }
 
-TEST_F(ConversationStores, OnlyTheUserReadsTheFiles)
-{
-	const TSharedRef<FStore> Store = OpenStore();
-	Put(*Store, Conversation(TEXT("A"), { TEXT("secret") }));
-	for (const auto& [Name, Mode] : std::vector<std::pair<std::string, mode_t>>{
-			 { "", 0700 }, { "/Game.db", 0600 }, { "/Game.db-wal", 0600 }, { "/Game.db-shm", 0600 } })
-	{
-		struct stat Status;
-		ASSERT_EQ(stat(Folder.AtBytes("Velmora" + Name).c_str(), &Status), 0) << Name;
-		EXPECT_EQ(Status.st_mode & 0777, Mode) << Name;
-	}
-}
-
 TEST_F(ConversationStores, SummariesEndWithTheFirstMessageOfTheUser)
 {
 	const TSharedRef<FStore> Store = OpenStore();
@@ -106,13 +93,7 @@ TEST(StoreOpenings, LongMessagesAreCutSoThatTheirTitleStays)
 {
 	const FString Word = FString::ChrN(2000, TEXT('w'));
 	const FString Blanks = FString::ChrN(3000, TEXT(' '));
-	struct FCase
-	{
-		const char* Why;
-		FString Text;
-		FString Expected;
-	};
-	const FCase Cases[] = {
+	const std::tuple<const char*, FString, FString> Cases[] = {
 		{ "short ones stay", TEXT("  a \n "), TEXT("  a \n ") },
 		{ "1,024 stay", Word.Left(1024), Word.Left(1024) },
 		{ "1,025 are cut", Word.Left(1025), Word.Left(1024) + FString(TEXT("\u2026")) },
@@ -121,14 +102,14 @@ TEST(StoreOpenings, LongMessagesAreCutSoThatTheirTitleStays)
 		{ "a word far behind needs one", FString(TEXT("x")) + Blanks + TEXT("y"),
 			FString(TEXT("x")) + Blanks.Left(1023) + FString(TEXT("\u2026")) },
 	};
-	for (const FCase& Case : Cases)
+	for (const auto& [Why, Text, Expected] : Cases)
 	{
 		Velmora::FConversationMessage Message;
-		Message.Content = Case.Text;
+		Message.Content = Text;
 		TArray<Velmora::FConversationMessage> Read;
-		ASSERT_TRUE(Velmora::StoreSchema::ReadOpening(Velmora::StoreSchema::MakeOpening({ Message }), Read)) << Case.Why;
-		ASSERT_EQ(Read.Num(), 1) << Case.Why;
-		EXPECT_EQ(Utf8(Read[0].Content), Utf8(Case.Expected)) << Case.Why;
+		ASSERT_TRUE(Velmora::StoreSchema::ReadOpening(Velmora::StoreSchema::MakeOpening({ Message }), Read)) << Why;
+		ASSERT_EQ(Read.Num(), 1) << Why;
+		EXPECT_EQ(Utf8(Read[0].Content), Utf8(Expected)) << Why;
 	}
 }
 

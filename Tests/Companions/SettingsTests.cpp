@@ -3,7 +3,6 @@
 #include "Support/Base/Printers.h"
 #include "UObject/UObjectGlobals.h"
 
-#include <gtest/gtest.h>
 #include <string>
 #include <vector>
 

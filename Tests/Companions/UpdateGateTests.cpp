@@ -1,4 +1,3 @@
-#include "Async/TaskGraphInterfaces.h"
 #include "Containers/Ticker.h"
 #include "Host/HostClock.h"
 #include "Host/HostTasks.h"
@@ -8,7 +7,6 @@
 #include "UpdateGate.h"
 #include "VelmoraAutoDownloadFrameworkModule.h"
 
-#include <gtest/gtest.h>
 #include <string>
 #include <sys/stat.h>
 #include <vector>

@@ -146,15 +146,7 @@ TEST(HttpStream, AnAnswerComesAsItIsAndItsConnectionIsKept)
 
 TEST(HttpStream, ServersThatMisbehaveEndInOrder)
 {
-	const auto Say = [](std::string Text)
-	{
-		return [Text = std::move(Text)](FPeerConnection& Connection)
-		{
-			FPeerConnection::FRequest Request;
-			Connection.ReadRequest(Request);
-			Connection.Send(Text);
-		};
-	};
+	const auto Say = [](std::string Text) { return FScriptedPeer::SendOnce(std::move(Text)); };
 	const std::string Head = "HTTP/1.1 200 OK\r\n";
 	EXPECT_EQ(EndWith([](FPeerConnection&) {}), EHttpEnd::CutShort) << "gone before the request";
 	EXPECT_EQ(EndWith(Say("")), EHttpEnd::CutShort) << "gone without a word";
@@ -201,16 +193,7 @@ TEST(HttpStream, ServersThatMisbehaveEndInOrder)
 
 TEST(HttpStream, EachLimitOfTimeIsKept)
 {
-	const auto HoldAfter = [](std::string Text)
-	{
-		return [Text = std::move(Text)](FPeerConnection& Connection)
-		{
-			FPeerConnection::FRequest Request;
-			Connection.ReadRequest(Request);
-			Connection.Send(Text);
-			Connection.WaitForClose();
-		};
-	};
+	const auto HoldAfter = [](std::string Text) { return FScriptedPeer::SendOnce(std::move(Text), true); };
 	FHttpLimits Short;
 	Short.FirstByteSeconds = 0.05;
 	EXPECT_EQ(EndWith(HoldAfter(""), Short), EHttpEnd::FirstByteTimeout);
@@ -371,14 +354,7 @@ TEST(HttpStream, NoProxyStandsBetweenUsAndThisMachine)
 
 TEST(HttpStream, WhoHasEnoughWaitsForNoEnd)
 {
-	FScriptedPeer Peer(
-		[](FPeerConnection& Connection)
-		{
-			FPeerConnection::FRequest Request;
-			Connection.ReadRequest(Request);
-			Connection.Send(PeerText::StreamHead() + "data: [DONE]\n\n");
-			Connection.WaitForClose();
-		});
+	FScriptedPeer Peer(FScriptedPeer::SendOnce(PeerText::StreamHead() + "data: [DONE]\n\n", true));
 	FHttpStream Stream;
 	FHttpRequest Request;
 	Request.Url = Peer.GetUrl();

@@ -6,52 +6,10 @@
 
 namespace WireTests
 {
-	inline const char* NameFault(Velmora::EModelFault Fault)
-	{
-		using enum Velmora::EModelFault;
-		switch (Fault)
-		{
-		case None:
-			return "None";
-		case Cancelled:
-			return "Cancelled";
-		case BadAddress:
-			return "BadAddress";
-		case Unreachable:
-			return "Unreachable";
-		case NotTrusted:
-			return "NotTrusted";
-		case Refused:
-			return "Refused";
-		case NotFound:
-			return "NotFound";
-		case Redirected:
-			return "Redirected";
-		case RateLimited:
-			return "RateLimited";
-		case Overloaded:
-			return "Overloaded";
-		case ContextFull:
-			return "ContextFull";
-		case NoTools:
-			return "NoTools";
-		case NoUsage:
-			return "NoUsage";
-		case BadRequest:
-			return "BadRequest";
-		case NoModelServer:
-			return "NoModelServer";
-		case BadAnswer:
-			return "BadAnswer";
-		case Silent:
-			return "Silent";
-		case CutShort:
-			return "CutShort";
-		case TooLarge:
-			return "TooLarge";
-		}
-		return "?";
-	}
+	/** As they stand in the enumeration. */
+	inline constexpr const char* FaultNames[] = { "None", "Cancelled", "BadAddress", "Unreachable", "NotTrusted", "Refused", "NotFound",
+		"Redirected", "RateLimited", "Overloaded", "ContextFull", "NoTools", "NoUsage", "BadRequest", "NoModelServer", "BadAnswer",
+		"Silent", "CutShort", "TooLarge" };
 
 	/** "Stop 'text' think 'thought' read_file#id{"path":"a"} 3+4 tokens !Fault 'detail'" */
 	inline std::string Dump(const Velmora::FModelReply& Reply)
@@ -76,7 +34,7 @@ namespace WireTests
 		}
 		if (Reply.Problem)
 		{
-			Text += std::string(" !") + NameFault(Reply.Problem.Fault);
+			Text += std::string(" !") + FaultNames[static_cast<int>(Reply.Problem.Fault)];
 			Text += Reply.Problem.Detail.empty() ? "" : " '" + Reply.Problem.Detail + "'";
 		}
 		return Text;

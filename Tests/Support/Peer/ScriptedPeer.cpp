@@ -183,6 +183,18 @@ std::string FScriptedPeer::GetUrl() const
 	return "http://127.0.0.1:" + std::to_string(Port) + "/v1";
 }
 
+FScriptedPeer::FScript FScriptedPeer::SendOnce(std::string Bytes, bool bClientCloses)
+{
+	return [Bytes = std::move(Bytes), bClientCloses](FPeerConnection& Connection)
+	{
+		FPeerConnection::FRequest Request;
+		if (Connection.ReadRequest(Request) && Connection.Send(Bytes) && bClientCloses)
+		{
+			Connection.WaitForClose();
+		}
+	};
+}
+
 FScriptedPeer::FScript FScriptedPeer::AnswerEach(FAnswer Answer)
 {
 	const auto Count = std::make_shared<std::atomic<int>>(0);

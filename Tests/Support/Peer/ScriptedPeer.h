@@ -61,6 +61,8 @@ public:
 
 	explicit FScriptedPeer(FScript InScript);
 	static FScript AnswerEach(FAnswer Answer);
+	/** Takes one request, sends the bytes and closes; or leaves that to the client. */
+	static FScript SendOnce(std::string Bytes, bool bClientCloses = false);
 	~FScriptedPeer();
 	FScriptedPeer(const FScriptedPeer&) = delete;
 	FScriptedPeer& operator=(const FScriptedPeer&) = delete;
