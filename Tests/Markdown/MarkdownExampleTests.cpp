@@ -180,6 +180,7 @@ TEST(MarkdownExamples, Emphasis)
 		{ "no closer after a blank", TEXT("*a *"), "Text 'a '\n" },
 		{ "no closer before a letter", TEXT("**a**b"), "Text 'a*'\nText 'b'\n" },
 		{ "two asterisks close one when a third does not follow", TEXT("**a **"), "Italic 'a *'\n" },
+		{ "a lone asterisk is not closed by the first of two", TEXT("x *a** b*"), "Text 'x '\nItalic 'a*'\nText ' b*'\n" },
 		{ "the first closer counts", TEXT("**a***"), "Bold 'a'\n" },
 		{ "inner markers stay raw", TEXT("**a *b* c**"), "Bold 'a *b* c'\n" },
 		{ "underscores", TEXT("__a__ _b_"), "Bold 'a'\nText ' '\nItalic 'b'\n" },
@@ -206,6 +207,7 @@ TEST(MarkdownExamples, InlineCode)
 	const FMarkdownCase Cases[] = {
 		{ "plain", TEXT("`a`"), "Code 'a'\n" },
 		{ "three in the middle of a line", TEXT("x ``` y"), "Text 'x '\nCode ''\nText ' y'\n" },
+		{ "three open none, the two behind them one", TEXT("x ```a` b"), "Text 'x '\nCode '`a'\nText ' b'\n" },
 		{ "two open one", TEXT("``a``"), "Code '`a'\n" },
 		{ "a backtick after a blank does not close", TEXT("`a `b`"), "Code 'a `b'\n" },
 		{ "markers inside stay raw", TEXT("`**a**`"), "Code '**a**'\n" },
