@@ -184,6 +184,18 @@ namespace Velmora
 			}
 		}
 
+		/** Nothing when the line was cut. */
+		std::optional<FLoggedUndo> TakeUndo(FFields& Fields)
+		{
+			FLoggedUndo Undo;
+			Undo.ConversationId = Fields.Take();
+			Undo.MessageIndex = static_cast<int>(Fields.TakeNumber());
+			Undo.MessageMarks = Fields.TakeList();
+			Undo.TransactionIds = Fields.TakeList();
+			Undo.Notices = Fields.TakeList();
+			return Fields.IsWhole() ? std::make_optional(std::move(Undo)) : std::nullopt;
+		}
+
 		/** Undone for good. Half-written files of theirs may still stand in the project. */
 		void TakeUndone(const std::vector<std::string>& Ids, FLoggedHistory& History)
 		{
@@ -361,17 +373,7 @@ namespace Velmora
 			}
 			else if (Kind == "undo")
 			{
-				FLoggedUndo Undo;
-				Undo.ConversationId = Fields.Take();
-				Undo.MessageIndex = static_cast<int>(Fields.TakeNumber());
-				Undo.MessageMarks = Fields.TakeList();
-				Undo.TransactionIds = Fields.TakeList();
-				Undo.Notices = Fields.TakeList();
-				History.OpenUndo.reset();
-				if (Fields.IsWhole())
-				{
-					History.OpenUndo = std::move(Undo);
-				}
+				History.OpenUndo = TakeUndo(Fields);
 			}
 			else if (Kind == "notices" && History.OpenUndo)
 			{
