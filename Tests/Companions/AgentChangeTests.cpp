@@ -65,8 +65,8 @@ TEST_F(AgentChanges, ARequestRunsTheToolAndTellsIt)
 								   "{\"operation_type\":\"modify\",\"data_type\":\"File\"}" }));
 	EXPECT_EQ(EventsOf("end"), (std::vector<std::string>{ "edit_file ok: Changed Source/A.cpp, 3 lines" }));
 	EXPECT_TRUE(Holds(Answer,
-		"Changed [Source/A.cpp:2](file://" + Project.PathOf("Source/A.cpp") +
-			") as follows.\n```diff\n- int Snail = 1;\n+ int Slug = 1;\n```"))
+		"Changed [Source/A.cpp:2](file:" + Project.PathOf("Source/A.cpp") +
+			"#L2) as follows.\n```diff\n- int Snail = 1;\n+ int Slug = 1;\n```"))
 		<< Answer;
 
 	Ask("create notes/new.md with:\n```\nfirst\n\nsecond\n```");

@@ -534,6 +534,7 @@ TEST_F(Undo, WhatIsHalfDoneGoesWithTheProcessThatDied)
 			Name = Entry.path().filename().native();
 		}
 		Project.Write("sub/.velmora-" + Name.substr(0, 12) + "-1.tmp", "half");
+		std::ofstream(UndoFolder + '/' + Name + "/contents/new.tmp") << "half";
 		_exit(0);
 	}
 	int Status = 0;
@@ -545,6 +546,8 @@ TEST_F(Undo, WhatIsHalfDoneGoesWithTheProcessThatDied)
 	EXPECT_EQ(ListProject().size(), 2u);
 	EXPECT_EQ(ReadFile("sub/a.md"), "x");
 	ASSERT_EQ(std::distance(std::filesystem::directory_iterator(UndoFolder), {}), 1) << "what can still be undone stays";
+	const std::filesystem::path Kept = std::filesystem::directory_iterator(UndoFolder)->path() / "contents";
+	EXPECT_EQ(std::distance(std::filesystem::directory_iterator(Kept), {}), 1) << "but not what was half kept";
 	EXPECT_EQ(FChangeJournal::AdoptDeadJournals(UndoFolder, false).size(), 1u);
 }
 
@@ -716,6 +719,7 @@ TEST_F(UndoRecovery, AnUndoThatWasOverIsLeftAlone)
 	{
 		SCOPED_TRACE(Index);
 		Populate();
+		std::filesystem::remove_all(UndoFolder); // What the one before has left is kept for its first request.
 		DieIn(
 			[&]
 			{

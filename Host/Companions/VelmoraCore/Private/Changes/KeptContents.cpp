@@ -26,7 +26,7 @@ namespace Velmora
 			return std::string();
 		}
 		FProjectAccess::FWriteOptions Options;
-		Options.TemporaryName = "new.tmp";
+		Options.TemporaryName = TemporaryName;
 		Options.Mode = 0600;
 		const std::string Problem = Access.Write(GetPath(Hash), Bytes, Options);
 		if (!Problem.empty())

@@ -23,6 +23,9 @@ namespace Velmora
 		/** Of the folder in a journal's folder. */
 		static constexpr const char* FolderName = "contents";
 
+		/** In that folder: a content that is being written. */
+		static constexpr const char* TemporaryName = "new.tmp";
+
 		/** @param JournalFolder  Is there, with FolderName in it. */
 		explicit FKeptContents(const std::string& JournalFolder);
 

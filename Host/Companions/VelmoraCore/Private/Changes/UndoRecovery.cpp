@@ -172,7 +172,9 @@ namespace Velmora
 				// What could be finished again goes first, so that a half removed one is never taken for cut short.
 				std::filesystem::remove(Path + '/' + FChangeLog::FileName, Ignored);
 				std::filesystem::remove_all(Path, Ignored);
+				continue;
 			}
+			std::filesystem::remove(Path + '/' + FKeptContents::FolderName + '/' + FKeptContents::TemporaryName, Ignored);
 		}
 		return AllRecovered;
 	}
