@@ -64,17 +64,17 @@ namespace Velmora
 		using FClock = std::chrono::steady_clock;
 		const std::chrono::duration<double> Timeout(SilentSeconds);
 		const FClock::time_point Start = FClock::now();
-		FClock::time_point LastBeat = Start;
+		// Counted in looks, since all threads alike stand still while the machine has no turn for this process.
+		int SilentLooks = 0;
 		Beats();
 		while (!Changed.wait_for(Lock, Timeout / LooksPerTimeout, IsOver))
 		{
-			const FClock::time_point Now = FClock::now();
-			LastBeat = Beats() ? Now : LastBeat;
-			if (Now - LastBeat >= Timeout)
+			SilentLooks = Beats() ? 0 : SilentLooks + 1;
+			if (SilentLooks >= LooksPerTimeout)
 			{
 				return EThreadWait::Silent;
 			}
-			if (Now - Start >= Timeout * SlowFactor)
+			if (FClock::now() - Start >= Timeout * SlowFactor)
 			{
 				return EThreadWait::Slow;
 			}
