@@ -477,14 +477,30 @@ void FInputRouter::MoveFocusByTab(bool bBackward)
 	}
 	const int32 Count = All.Num();
 	Index = Index == INDEX_NONE ? (bBackward ? Count - 1 : 0) : (Index + (bBackward ? Count - 1 : 1)) % Count;
-	// What is cut away cannot be looked at; whoever worked there would not see what becomes of it.
-	for (int32 Tried = 0; Tried < Count && !TabStops::CanBeSeen(All[Index]); ++Tried)
-	{
-		Index = (Index + (bBackward ? Count - 1 : 1)) % Count;
-	}
 	SetFocus(All[Index], EFocusCause::Navigation);
 	TabStops::BringIntoView(All[Index]);
 	FHostFocus::Get().bShowRing = true;
+	TabLanding = All[Index];
+	bTabBackward = bBackward;
+	TabStepsLeft = Count;
+}
+
+// What is cut away cannot be looked at; whoever worked there would not see what becomes of it. A row may move for the one that
+// has the keyboard, though, so that only the layout after the step tells what stays hidden.
+void FInputRouter::LeaveHiddenStop()
+{
+	const TSharedPtr<SWidget> Landing = TabLanding.Pin();
+	TabLanding.Reset();
+	const bool bIsThere = Landing && (Landing->HasKeyboardFocus() || Landing->HasFocusedDescendants());
+	if (!bIsThere || TabStepsLeft <= 0 || TabStops::CanBeSeen(Landing.ToSharedRef()))
+	{
+		return;
+	}
+	// All of them may be hidden: once around is enough.
+	const int32 Left = TabStepsLeft - 1;
+	MoveFocusByTab(bTabBackward);
+	TabStepsLeft = Left;
+	bActivity = true;
 }
 
 FEventPath FInputRouter::GetPointerPath() const
@@ -515,6 +531,7 @@ EMouseCursor::Type FInputRouter::QueryCursor() const
 // After layout, since widgets move under a pointer that rests.
 void FInputRouter::Update(double Now)
 {
+	LeaveHiddenStop();
 	if (UpdateHover(MakePointerEvent(FKey())))
 	{
 		// What moved under the resting pointer looks otherwise now.

@@ -57,6 +57,8 @@ private:
 	bool UpdateHover(const FPointerEvent& Event);
 	void ApplyReply(const FReply& Reply, const FEventPath& Path);
 	void MoveFocusByTab(bool bBackward);
+	/** After layout: goes on from where the Tab key went when that cannot be seen even now. */
+	void LeaveHiddenStop();
 	FPointerEvent MakePointerEvent(const FKey& Button, const FVector2D& Wheel = FVector2D(0, 0)) const;
 	/** True when the press has done its work with that. */
 	bool DismissPopupsOutside(const FVector2D& Position);
@@ -67,6 +69,10 @@ private:
 	IHostWindow& Window;
 	FToolTipDelay ToolTips;
 	TArray<TWeakPtr<SWidget>> Hovered;
+	/** Where the Tab key went since the last layout. */
+	TWeakPtr<SWidget> TabLanding;
+	int32 TabStepsLeft = 0;
+	bool bTabBackward = false;
 	FModifierKeysState Modifiers;
 	FVector2D Pointer = FVector2D(-1, -1);
 	FVector2D LastPointer = FVector2D(-1, -1);

@@ -50,6 +50,8 @@ namespace
 			[
 				SNew(SButton)
 				.Tag(TEXT("CloseWindow"))
+				// Escape does the same; Tab goes through what the window asks.
+				.IsFocusable(false)
 				.ButtonStyle(FAppStyle::Get(), TEXT("SimpleButton"))
 				.ContentPadding(FMargin(6.0f))
 				.OnClicked_Lambda([WeakWindow]()
