@@ -276,10 +276,10 @@ void SConversations::Export()
 			{
 				return TellLater(Complaint);
 			}
-			// A failed save is reported by whoever writes files.
+			// A failed save is reported by whoever writes files. The texts hold symbols; UTF-8 is what readers of JSON and Markdown expect.
 			FFileHelper::SaveStringToFile(
 				FConversationExport::Export(MakeMessages(Conversation), FConversationExport::GetFormatOfFile(File), FDateTime::Now()),
-				*File, FFileHelper::EEncodingOptions::AutoDetect);
+				*File, FFileHelper::EEncodingOptions::ForceUTF8WithoutBOM);
 		});
 }
 
@@ -340,6 +340,10 @@ void SConversations::UndoDelete()
 	{
 		Items.SetHidden(Id, false);
 		ShowItems();
+		if (const FItem* const Found = Items.GetShown().FindByPredicate([&Id](const FItem& Item) { return Item->Id == Id; }))
+		{
+			List->SetSelection(*Found);
+		}
 		FocusList();
 	}
 }

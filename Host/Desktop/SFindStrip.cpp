@@ -19,7 +19,7 @@
 
 namespace
 {
-	/** Fits the narrowest window; where there is more room the box takes it. */
+	/** Fits the narrowest window. */
 	constexpr float BoxWidth = 200.0f;
 	constexpr float CountWidth = 88.0f;
 	/** A longer selection is no word to look for. */

@@ -114,38 +114,47 @@ TSharedRef<SWidget> SKeysPage::MakeValue(const FUICommandInfo& Command)
 	const FName Name = Command.GetCommandName();
 	const FText Own = Command.GetDefaultChord().IsValidChord() ? Command.GetInputText() : LOCTEXT("None", "none");
 	const auto GetText = [this, Name, Own]() { return Captured == Name ? LOCTEXT("Press", "Press the new key\u2026") : Own; };
-	const TSharedRef<SWrapBox> Value = SNew(SWrapBox).UseAllottedSize(true).InnerSlotPadding(FVector2D(8.0, 4.0));
+	const TSharedRef<SWrapBox> Buttons = SNew(SWrapBox).UseAllottedSize(true).InnerSlotPadding(FVector2D(8.0, 4.0));
 	// clang-format off
-	Value->AddSlot()
-	.VAlign(VAlign_Center)
-	[
-		SNew(SBox)
-		.WidthOverride(KeyWidth)
+	const TSharedRef<SWidget> Value = SNew(SHorizontalBox)
+		+ SHorizontalBox::Slot()
+		.AutoWidth()
+		.VAlign(VAlign_Center)
+		.Padding(0.0f, 0.0f, 8.0f, 0.0f)
 		[
-			SNew(STextBlock)
-			.Tag(FName(*(TEXT("Key.") + Name.ToString())))
-			.Text_Lambda(GetText)
+			SNew(SBox)
+			.WidthOverride(KeyWidth)
+			[
+				SNew(STextBlock)
+				.Tag(FName(*(TEXT("Key.") + Name.ToString())))
+				.Text_Lambda(GetText)
+			]
 		]
-	];
+		+ SHorizontalBox::Slot()
+		.FillWidth(1.0f)
+		.VAlign(VAlign_Center)
+		[
+			Buttons
+		];
 	// clang-format on
 	if (!CanChange(Command))
 	{
-		Value->AddSlot().VAlign(VAlign_Center)[SettingRows::MakeNote(LOCTEXT("Fixed", "of text boxes"))];
+		Buttons->AddSlot().VAlign(VAlign_Center)[SettingRows::MakeNote(LOCTEXT("Fixed", "of text boxes"))];
 		return Value;
 	}
-	Value->AddSlot()[MakeButton(TEXT("ChangeKey.") + Name.ToString(), LOCTEXT("Change", "Change"),
+	Buttons->AddSlot()[MakeButton(TEXT("ChangeKey.") + Name.ToString(), LOCTEXT("Change", "Change"),
 		FText::Format(LOCTEXT("ChangeTip", "Take another key for \u201c{0}\u201d"), Command.GetLabel()),
 		[this, Name] { BeginCapture(Name); })];
 	if (Command.GetDefaultChord().IsValidChord())
 	{
-		Value->AddSlot()[MakeButton(TEXT("RemoveKey.") + Name.ToString(), LOCTEXT("Remove", "Remove"),
+		Buttons->AddSlot()[MakeButton(TEXT("RemoveKey.") + Name.ToString(), LOCTEXT("Remove", "Remove"),
 			FText::Format(LOCTEXT("RemoveTip", "Leave \u201c{0}\u201d without a key"), Command.GetLabel()),
 			[this, Name] { Take(Name, FInputChord()); })];
 	}
 	if (const FInputChord Default = FKeyBindings::GetDefault(Name); !(Default == Command.GetDefaultChord()))
 	{
 		const FText Words = Default.IsValidChord() ? Default.GetInputText() : LOCTEXT("NoKey", "no key");
-		Value->AddSlot()[MakeButton(TEXT("DefaultKey.") + Name.ToString(), LOCTEXT("Default", "Default"),
+		Buttons->AddSlot()[MakeButton(TEXT("DefaultKey.") + Name.ToString(), LOCTEXT("Default", "Default"),
 			FText::Format(LOCTEXT("DefaultTip", "Back to {0}"), Words), [this, Name, Default] { Take(Name, Default); })];
 	}
 	return Value;

@@ -110,6 +110,7 @@ namespace
 		{
 			Tab.Reset();
 			App().SetRootContent(SNullWidget::NullWidget);
+			PumpFrame();
 			FHostTasks::WaitForBackground(30.0);
 			FHostTasks::RunGameThreadTasks();
 			Velmora::SetProjectFolder(FString());
@@ -224,8 +225,9 @@ TEST_F(FConversationsTabTest, ADeletionCanBeTakenBackForTenSeconds)
 	LetTimePass(11.0);
 	EXPECT_EQ(CountStored(), 2u) << "what was taken back stays";
 
-	Click(FindByText("count the beetles"));
+	// It is the selected one again.
 	Click(FindByTag("DeleteConversation"));
+	EXPECT_TRUE(IsOnScreen("Deleted: count the beetles"));
 	LetTimePass(9.0);
 	EXPECT_EQ(CountStored(), 2u);
 	LetTimePass(1.5);
@@ -238,6 +240,7 @@ TEST_F(FConversationsTabTest, ADeletionCanBeTakenBackForTenSeconds)
 	EXPECT_TRUE(IsOnScreen("There are no conversations in this project yet."));
 	App().SetRootContent(SNullWidget::NullWidget);
 	Tab.Reset();
+	PumpFrame(); // The layers hold what they painted until they paint anew.
 	ASSERT_TRUE(FHostTasks::WaitForBackground(10.0));
 	EXPECT_EQ(CountStored(), 0u);
 }
