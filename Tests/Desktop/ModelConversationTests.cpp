@@ -90,6 +90,8 @@ TEST(ModelConversation, RoundsQuestionsARefusalAndAStop)
 				}
 				else if (HasResult(Body, "c4"))
 				{
+					// Long enough for the script to see the state between the two questions.
+					usleep(500000);
 					Text = Finish({ Call(0, "c5", "run_command", R"({"command":"rm a.txt"})") }, "tool_calls");
 				}
 				else if (HasResult(Body, "c3"))
@@ -115,7 +117,7 @@ TEST(ModelConversation, RoundsQuestionsARefusalAndAStop)
 		});
 	const FRun Run = RunWith(Peer, Project,
 		"type work\nkey CTRL+ENTER\nwait state Paused 30\ndump question.json\ntick 90\nclick #ContinueButton\n"
-		"wait state Thinking 30\nwait state Paused 30\ntick 30\nclick Refuse\nwait state AwaitingInput 30\nwait idle 30\ndump done.json\n"
+		"wait state Thinking 30\nwait state Paused 30\ntick 60\nclick Refuse\nwait state AwaitingInput 30\nwait idle 30\ndump done.json\n"
 		"click #InputTextBox\ntype tell me for ever\nkey CTRL+ENTER\nwait state Thinking 30\ntick 60\nclick #CancelButton\n"
 		"wait state Cancelled 5\ndump stopped.json\nclick Edit\nclick Edit Last Message\nanswer Yes\nwait idle 30\n"
 		"key CTRL+A\nkey DELETE\nclick Edit\nclick Edit Last Message\nanswer Yes\nwait idle 30\ndump undone.json\n");
