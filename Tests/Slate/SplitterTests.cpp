@@ -156,7 +156,7 @@ TEST_F(FSplitterTest, PointerAndHandleTellWhatCanBeDragged)
 	ShowIn(Splitter, 1004.0f, 100.0f);
 	const auto GetCursor = [this](const TSharedRef<SSplitter>& Asked, const FVector2D& Position)
 	{
-		const FPointerEvent Event(Position, Position, FKey(), FVector2D(0, 0), FModifierKeysState(), false);
+		const FPointerEvent Event(Position, Position, FKey(), FVector2D(0, 0), FModifierKeysState());
 		const FCursorReply Reply = Asked->OnCursorQuery(Asked->GetCachedGeometry(), Event);
 		return Reply.IsEventHandled() ? Reply.GetCursorType() : EMouseCursor::Default;
 	};

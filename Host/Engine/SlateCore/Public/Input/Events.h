@@ -125,13 +125,12 @@ struct FPointerEvent : public FInputEvent
 {
 	FPointerEvent() = default;
 	FPointerEvent(const FVector2D& InPosition, const FVector2D& InLastPosition, const FKey& InButton, const FVector2D& InWheel,
-		const FModifierKeysState& InModifiers, bool bInLeftDown = false)
+		const FModifierKeysState& InModifiers)
 		: FInputEvent(InModifiers, false)
 		, Position(InPosition)
 		, LastPosition(InLastPosition)
 		, Wheel(InWheel)
 		, Button(InButton)
-		, bLeftDown(bInLeftDown)
 	{
 	}
 	const FVector2D& GetScreenSpacePosition() const { return Position; }
@@ -146,5 +145,4 @@ private:
 	FVector2D LastPosition = FVector2D(0, 0);
 	FVector2D Wheel = FVector2D(0, 0);
 	FKey Button;
-	bool bLeftDown = false;
 };

@@ -67,7 +67,7 @@ FEventPath FInputRouter::GetFocusPath() const
 
 FPointerEvent FInputRouter::MakePointerEvent(const FKey& Button, const FVector2D& Wheel) const
 {
-	return FPointerEvent(Pointer, LastPointer, Button, Wheel, Modifiers, bLeftDown);
+	return FPointerEvent(Pointer, LastPointer, Button, Wheel, Modifiers);
 }
 
 // A reply asks for changes of capture and focus. They are made when the event is over, so that handlers further out
