@@ -127,6 +127,8 @@ namespace
 				ASSERT_TRUE(Agent->SendMessage(UTF8_TO_TCHAR(Text), TArray<FString>()));
 				ASSERT_TRUE(Wait([&Agent] { return Agent->GetState() == Velmora::EConversationState::AwaitingInput; })) << Text;
 			}
+			// A worker stores it, possibly after the agent has answered.
+			ASSERT_TRUE(Wait([&Texts] { return CountStored() == Texts.size(); }));
 		}
 		void Open()
 		{
