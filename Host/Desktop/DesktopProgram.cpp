@@ -15,6 +15,7 @@
 #include "Host/TurnOutcome.h"
 #include "Misc/FileHelper.h"
 #include "Misc/Paths.h"
+#include "OpenChat.h"
 #include "OutputLog.h"
 #include "SimulatedTime.h"
 #include "StandardInput.h"
@@ -79,8 +80,7 @@ void FDesktopProgram::CloseTab()
 
 TSharedPtr<const FChatViewModel> FDesktopProgram::GetViewModel() const
 {
-	const TSharedPtr<SDockTab> Tab = FGlobalTabmanager::Get()->FindExistingLiveTab(FTabId(SVelmoraTab::GetTabName()));
-	return Tab ? StaticCastSharedRef<SVelmoraTab>(Tab->GetContent())->GetViewModel() : nullptr;
+	return FOpenChat::GetViewModel();
 }
 
 bool FDesktopProgram::RunFramesUntil(TFunctionRef<bool()> Test, double Seconds)

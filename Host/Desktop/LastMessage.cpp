@@ -1,13 +1,11 @@
 #include "LastMessage.h"
 
-#include "Framework/Docking/TabManager.h"
 #include "Host/AgentMessages.h"
 #include "Misc/MessageDialog.h"
+#include "OpenChat.h"
 #include "ProblemToasts.h"
 #include "PromptBox.h"
 #include "ViewModels/ChatViewModel.h"
-#include "Widgets/Docking/SDockTab.h"
-#include "Widgets/SVelmoraTab.h"
 
 #define LOCTEXT_NAMESPACE "LastMessage"
 
@@ -15,18 +13,6 @@ namespace
 {
 	using Velmora::FAgentMessages;
 	using Velmora::FLastMessage;
-
-	/**
-	 * The tab shows its view model to others for reading. These commands do what the user could do in the tab by hand, so they go
-	 * the same way; the object itself is not constant.
-	 */
-	TSharedPtr<FChatViewModel> FindViewModel()
-	{
-		const TSharedPtr<SDockTab> Tab = FGlobalTabmanager::Get()->FindExistingLiveTab(FTabId(SVelmoraTab::GetTabName()));
-		const TSharedPtr<const FChatViewModel> ViewModel =
-			Tab ? StaticCastSharedRef<SVelmoraTab>(Tab->GetContent())->GetViewModel() : nullptr;
-		return ViewModel ? const_cast<FChatViewModel&>(*ViewModel).AsShared().ToSharedPtr() : nullptr;
-	}
 
 	/** The row that the window can undo by itself; null when the message was loaded. */
 	TSharedPtr<FChatMessage> FindRow(const FChatViewModel& ViewModel, const FLastMessage& Last)
@@ -80,12 +66,12 @@ namespace
 
 bool FLastMessageCommands::CanTakeBack()
 {
-	return FindViewModel().IsValid() && FAgentMessages::GetLast().IsSet();
+	return FOpenChat::GetViewModel().IsValid() && FAgentMessages::GetLast().IsSet();
 }
 
 void FLastMessageCommands::SendAgain()
 {
-	const TSharedPtr<FChatViewModel> ViewModel = FindViewModel();
+	const TSharedPtr<FChatViewModel> ViewModel = FOpenChat::GetViewModel();
 	const TOptional<FLastMessage> Last = ViewModel ? TakeBack(*ViewModel) : TOptional<FLastMessage>();
 	if (!Last.IsSet())
 	{
@@ -112,7 +98,7 @@ void FLastMessageCommands::SendAgain()
 
 void FLastMessageCommands::Edit()
 {
-	const TSharedPtr<FChatViewModel> ViewModel = FindViewModel();
+	const TSharedPtr<FChatViewModel> ViewModel = FOpenChat::GetViewModel();
 	const TOptional<FLastMessage> Last = ViewModel ? TakeBack(*ViewModel) : TOptional<FLastMessage>();
 	if (!Last.IsSet())
 	{

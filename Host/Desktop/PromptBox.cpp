@@ -1,26 +1,12 @@
 #include "PromptBox.h"
 
 #include "Framework/Application/SlateApplication.h"
-#include "Framework/Docking/TabManager.h"
 #include "HAL/PlatformTime.h"
 #include "Host/HostInput.h"
 #include "Host/WidgetFinder.h"
+#include "OpenChat.h"
 #include "ViewModels/ChatViewModel.h"
-#include "Widgets/Docking/SDockTab.h"
 #include "Widgets/Input/SMultiLineEditableTextBox.h"
-#include "Widgets/SVelmoraTab.h"
-
-namespace
-{
-	/** The tab shows its view model for reading; what is done to it here is what the user could do by hand. */
-	TSharedPtr<FChatViewModel> FindChat()
-	{
-		const TSharedPtr<SDockTab> Tab = FGlobalTabmanager::Get()->FindExistingLiveTab(FTabId(SVelmoraTab::GetTabName()));
-		const TSharedPtr<const FChatViewModel> ViewModel =
-			Tab ? StaticCastSharedRef<SVelmoraTab>(Tab->GetContent())->GetViewModel() : nullptr;
-		return ViewModel ? const_cast<FChatViewModel&>(*ViewModel).AsShared().ToSharedPtr() : nullptr;
-	}
-}
 
 TSharedPtr<SWidget> FPromptBox::Find()
 {
@@ -42,13 +28,13 @@ void FPromptBox::Clear()
 
 TArray<FString> FPromptBox::GetFiles()
 {
-	const TSharedPtr<FChatViewModel> ViewModel = FindChat();
+	const TSharedPtr<FChatViewModel> ViewModel = FOpenChat::GetViewModel();
 	return ViewModel ? ViewModel->GetContextFiles() : TArray<FString>();
 }
 
 void FPromptBox::AttachFiles(const TArray<FString>& Files)
 {
-	if (const TSharedPtr<FChatViewModel> ViewModel = FindChat())
+	if (const TSharedPtr<FChatViewModel> ViewModel = FOpenChat::GetViewModel())
 	{
 		for (const FString& File : Files)
 		{

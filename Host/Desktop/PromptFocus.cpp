@@ -2,26 +2,18 @@
 
 #include "Agent/ConversationTypes.h"
 #include "Framework/Application/SlateApplication.h"
-#include "Framework/Docking/TabManager.h"
 #include "Host/HostTextWidget.h"
 #include "Host/WidgetFinder.h"
+#include "OpenChat.h"
 #include "PromptBox.h"
 #include "ViewModels/ChatViewModel.h"
-#include "Widgets/Docking/SDockTab.h"
-#include "Widgets/SVelmoraTab.h"
 
 namespace
 {
-	TSharedPtr<const FChatViewModel> FindViewModel()
-	{
-		const TSharedPtr<SDockTab> Tab = FGlobalTabmanager::Get()->FindExistingLiveTab(FTabId(SVelmoraTab::GetTabName()));
-		return Tab ? StaticCastSharedRef<SVelmoraTab>(Tab->GetContent())->GetViewModel() : nullptr;
-	}
-
 	/** A prompt is among the messages from there on. */
 	bool HasUserSpoken(int32 FirstMessage)
 	{
-		const TSharedPtr<const FChatViewModel> ViewModel = FindViewModel();
+		const TSharedPtr<const FChatViewModel> ViewModel = FOpenChat::GetViewModel();
 		const TArray<TSharedPtr<FChatMessage>>& Messages = ViewModel->GetMessages();
 		for (int32 Index = FirstMessage; Index < Messages.Num(); ++Index)
 		{
@@ -37,7 +29,7 @@ namespace
 FPromptFocus::FSight FPromptFocus::Look()
 {
 	FSight Sight;
-	const TSharedPtr<const FChatViewModel> ViewModel = FindViewModel();
+	const TSharedPtr<const FChatViewModel> ViewModel = FOpenChat::GetViewModel();
 	if (!ViewModel)
 	{
 		return Sight;

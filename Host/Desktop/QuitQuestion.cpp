@@ -1,12 +1,10 @@
 #include "QuitQuestion.h"
 
-#include "Framework/Docking/TabManager.h"
 #include "Host/HostClose.h"
 #include "Host/Platform.h"
 #include "Misc/MessageDialog.h"
+#include "OpenChat.h"
 #include "ViewModels/ChatViewModel.h"
-#include "Widgets/Docking/SDockTab.h"
-#include "Widgets/SVelmoraTab.h"
 
 #define LOCTEXT_NAMESPACE "QuitQuestion"
 
@@ -14,9 +12,7 @@ namespace
 {
 	bool IsTurnUnderWay()
 	{
-		const TSharedPtr<SDockTab> Tab = FGlobalTabmanager::Get()->FindExistingLiveTab(FTabId(SVelmoraTab::GetTabName()));
-		const TSharedPtr<const FChatViewModel> ViewModel =
-			Tab ? StaticCastSharedRef<SVelmoraTab>(Tab->GetContent())->GetViewModel() : nullptr;
+		const TSharedPtr<const FChatViewModel> ViewModel = FOpenChat::GetViewModel();
 		return ViewModel && (ViewModel->IsBusy() || ViewModel->GetState() == Velmora::EConversationState::Paused);
 	}
 
