@@ -23,8 +23,28 @@ namespace
 	uint32 OpenQuestionId = 0;
 	bool bOpenMayBeRemembered = false;
 
+	/** The toast is seen for a moment longer, but its buttons would answer nothing any more. */
+	void HideAnswers(const TWeakPtr<SNotificationItem>& Toast)
+	{
+		if (const TSharedPtr<SNotificationItem> Shown = Toast.Pin())
+		{
+			Shown->SetCompletionState(SNotificationItem::CS_None);
+		}
+	}
+
+	void AnswerQuestion(uint32 Id, EAgentAnswer Answer)
+	{
+		// The answer may bring the next question, whose toast keeps its buttons.
+		const TWeakPtr<SNotificationItem> Toast = QuestionToast;
+		if (FAgentQuestions::Answer(Id, Answer))
+		{
+			HideAnswers(Toast);
+		}
+	}
+
 	void CloseToast()
 	{
+		HideAnswers(QuestionToast);
 		if (const TSharedPtr<SNotificationItem> Toast = QuestionToast.Pin())
 		{
 			Toast->Fadeout();
@@ -34,8 +54,7 @@ namespace
 
 	FNotificationButtonInfo MakeAnswer(uint32 Id, EAgentAnswer Answer, const FText& Text, const FText& ToolTip)
 	{
-		return FNotificationButtonInfo(
-			Text, ToolTip, FSimpleDelegate::CreateLambda([Id, Answer]() { FAgentQuestions::Answer(Id, Answer); }));
+		return FNotificationButtonInfo(Text, ToolTip, FSimpleDelegate::CreateLambda([Id, Answer]() { AnswerQuestion(Id, Answer); }));
 	}
 
 	void ShowToast(const FAgentQuestion& Question)
@@ -98,7 +117,7 @@ void FQuestionToasts::Answer(EAgentAnswer Answer)
 {
 	if (CanAnswer(Answer))
 	{
-		FAgentQuestions::Answer(OpenQuestionId, Answer);
+		AnswerQuestion(OpenQuestionId, Answer);
 	}
 }
 

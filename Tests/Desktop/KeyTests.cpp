@@ -186,6 +186,20 @@ TEST(Keys, EscapeStopsATurnByTheWindowsOwnCancel)
 	EXPECT_FALSE(std::filesystem::exists(Project.Folder / ".vscode/tasks.json"));
 }
 
+TEST(Keys, AnAnsweredQuestionHasNoButtonsAnyMore)
+{
+	// The second click comes while the toast still fades.
+	for (const char* const Answer : { "click Refuse\n", "key CTRL+F8\n" })
+	{
+		const FRandomProject Project;
+		const FRun Run = RunKeys(Project,
+			std::string("type create .vscode/tasks.json with \"x\"\nkey CTRL+ENTER\nwait state Paused 30\ntick 60\n") + Answer +
+				"click Refuse\n");
+		EXPECT_EQ(Run.ExitCode, 2) << Answer;
+		EXPECT_TRUE(Contains(Run.Error, "Nothing on screen is called \"Refuse\".")) << Run.Error;
+	}
+}
+
 TEST(Keys, ZoomIsKeptForTheUser)
 {
 	const FRandomProject Project;
