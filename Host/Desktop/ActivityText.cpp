@@ -97,6 +97,16 @@ FString ActivityText::DescribeEntry(const FAgentActivityEntry& Entry, double Sec
 	return Text;
 }
 
+FString ActivityText::MakeCopy(const FAgentActivityEntry& Entry, double Seconds)
+{
+	FString Text = Entry.StartedAt.ToString() + TEXT("  ") + DescribeEntry(Entry, Seconds) + TEXT("\n");
+	for (const FString* const Part : { &Entry.Thinking, &Entry.Text, &Entry.Input })
+	{
+		Text += Part->IsEmpty() ? FString() : TEXT("\n") + *Part + TEXT("\n");
+	}
+	return Text;
+}
+
 FString ActivityText::DescribeTurn(const Velmora::FAgentTurnStatus& Turn, double FromSeconds)
 {
 	if (!Turn.bIsRunning || Turn.Seconds < FromSeconds)

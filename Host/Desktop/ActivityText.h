@@ -15,6 +15,9 @@ namespace ActivityText
 	/** "request  local, qwen3  3.2 s, 1,234 + 56 tokens, 1,290 of 8,192 used": one line, without the time of day. */
 	FString DescribeEntry(const Velmora::FAgentActivityEntry& Entry, double Seconds);
 
+	/** What is copied of an event: when it began, its line, and all that belongs to it, whole. */
+	FString MakeCopy(const Velmora::FAgentActivityEntry& Entry, double Seconds);
+
 	/**
 	 * "local, qwen3: 0:17, 1,234 tokens" for a turn that takes long; empty before.
 	 * @param FromSeconds  How long a turn must have taken to be worth a word.

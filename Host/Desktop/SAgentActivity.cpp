@@ -8,9 +8,9 @@
 #include "SettingRows.h"
 #include "Styling/AppStyle.h"
 #include "Styling/CoreStyle.h"
+#include "ToolTab.h"
 #include "Widgets/Input/SCheckBox.h"
 #include "Widgets/Input/SMultiLineEditableTextBox.h"
-#include "Widgets/Layout/SBorder.h"
 #include "Widgets/Layout/SBox.h"
 #include "Widgets/Layout/SExpandableArea.h"
 #include "Widgets/Layout/SScrollBox.h"
@@ -35,13 +35,8 @@ namespace
 	constexpr float ContextBarWidth = 96.0f;
 	constexpr float ContextBarHeight = 4.0f;
 	constexpr float FullContextShare = 0.8f;
-	constexpr float ActivityTextSide = 8.0f;
-	constexpr float ActivityBarRoom = 12.0f;
-
-	FSlateFontInfo GetMonoFont()
-	{
-		return FCoreStyle::GetDefaultFontStyle("Mono", 9.0f);
-	}
+	/** Of the time before an event. */
+	constexpr float ActivityTimeRoom = 72.0f;
 
 	/** A caret-wide block stands where the next piece will. */
 	FString MakeLiveText(const FString& Text)
@@ -56,34 +51,19 @@ void SAgentActivity::Construct(const FArguments& InArgs)
 	// clang-format off
 	ChildSlot
 	[
-		SNew(SBorder)
-		.BorderImage(FAppStyle::GetBrush("ToolPanel.GroupBorder"))
-		.Padding(8.0f)
-		[
-			SNew(SVerticalBox)
-			+ SVerticalBox::Slot()
-			.AutoHeight()
-			.Padding(0.0f, 0.0f, 0.0f, 8.0f)
+		ToolTab::MakeFrame(ToolTab::MakeBar({ MakeFigures(), MakeFollowBox(), MakeCopyButton(), MakeClearButton() }),
+			SNew(SSplitter)
+			.Orientation(Orient_Vertical)
+			+ SSplitter::Slot()
+			.Value(0.4f)
 			[
-				MakeBar()
+				MakeEvents()
 			]
-			+ SVerticalBox::Slot()
-			.FillHeight(1.0f)
+			+ SSplitter::Slot()
+			.Value(0.6f)
 			[
-				SNew(SSplitter)
-				.Orientation(Orient_Vertical)
-				+ SSplitter::Slot()
-				.Value(0.4f)
-				[
-					MakeEvents()
-				]
-				+ SSplitter::Slot()
-				.Value(0.6f)
-				[
-					MakeDetails()
-				]
-			]
-		]
+				MakeDetails()
+			])
 	];
 	// clang-format on
 	// A batch of pieces is a change that only this tab shows, so nobody else brings the frame for it.
@@ -113,36 +93,12 @@ TSharedRef<SWidget> SAgentActivity::MakeEvents()
 		ShowDetails();
 	};
 	// clang-format off
-	return SNew(SBorder)
-		.BorderImage(FAppStyle::GetBrush("ToolPanel.DarkGroupBorder"))
-		.Padding(FMargin(0.0f, 4.0f))
-		[
-			SAssignNew(List, SListView<FEntry>)
-			.Tag("ActivityList")
-			.Clipping(EWidgetClipping::ClipToBounds)
-			.ListItemsSource(&Entries)
-			.OnGenerateRow(this, &SAgentActivity::MakeRow)
-			.OnSelectionChanged_Lambda(OnChosen)
-		];
-	// clang-format on
-}
-
-TSharedRef<SWidget> SAgentActivity::MakeBar()
-{
-	// clang-format off
-	return SNew(SHorizontalBox)
-		+ SHorizontalBox::Slot()
-		.FillWidth(1.0f)
-		.VAlign(VAlign_Center)
-		[
-			MakeFigures()
-		]
-		+ SHorizontalBox::Slot()
-		.AutoWidth()
-		.VAlign(VAlign_Center)
-		[
-			MakeButtons()
-		];
+	return ToolTab::MakeListFrame(
+		SAssignNew(List, SListView<FEntry>)
+		.Tag("ActivityList")
+		.ListItemsSource(&Entries)
+		.OnGenerateRow(this, &SAgentActivity::MakeRow)
+		.OnSelectionChanged_Lambda(OnChosen));
 	// clang-format on
 }
 
@@ -220,49 +176,33 @@ TSharedRef<SWidget> SAgentActivity::MakeFollowBox()
 	// clang-format on
 }
 
-TSharedRef<SWidget> SAgentActivity::MakeButtons()
+TSharedRef<SWidget> SAgentActivity::MakeCopyButton()
 {
 	const auto OnCopy = [this]()
 	{
 		const TArray<FEntry> Selected = List->GetSelectedItems();
-		const bool bHasOne = Selected.Num() > 0 && Selected[0];
-		FPlatformApplicationMisc::ClipboardCopy(*(bHasOne ? MakeCopy(*Selected[0]) : FAgentActivity::ToText()));
+		FPlatformApplicationMisc::ClipboardCopy(*MakeCopy(Selected.Num() > 0 && Selected[0] ? Selected : Entries));
 	};
+	return SettingRows::MakeButton("CopyActivity", LOCTEXT("Copy", "Copy"),
+		LOCTEXT("CopyTip", "Copy the chosen event with all that belongs to it, or all events; keys are never among them"), OnCopy);
+}
+
+TSharedRef<SWidget> SAgentActivity::MakeClearButton()
+{
 	const auto OnClear = [this]()
 	{
 		FAgentActivity::Clear();
 		List->ClearSelection();
 		TakeOver();
 	};
-	// clang-format off
-	return SNew(SHorizontalBox)
-		+ SHorizontalBox::Slot()
-		.AutoWidth()
-		.VAlign(VAlign_Center)
-		[
-			MakeFollowBox()
-		]
-		+ SHorizontalBox::Slot()
-		.AutoWidth()
-		.Padding(8.0f, 0.0f, 0.0f, 0.0f)
-		[
-			SettingRows::MakeButton("CopyActivity", LOCTEXT("Copy", "Copy"),
-				LOCTEXT("CopyTip", "Copy the chosen event with all that belongs to it, or all events; keys are never among them"), OnCopy)
-		]
-		+ SHorizontalBox::Slot()
-		.AutoWidth()
-		.Padding(8.0f, 0.0f, 0.0f, 0.0f)
-		[
-			SettingRows::MakeButton("ClearActivity", LOCTEXT("Clear", "Clear"),
-				LOCTEXT("ClearTip", "Take all events away; the conversation stays"), OnClear)
-		];
-	// clang-format on
+	return SettingRows::MakeButton(
+		"ClearActivity", LOCTEXT("Clear", "Clear"), LOCTEXT("ClearTip", "Take all events away; the conversation stays"), OnClear);
 }
 
 TSharedRef<SWidget> SAgentActivity::MakePart(const FText& Title, const char* Tag, bool bItalic, bool bCollapsed,
 	TSharedPtr<SMultiLineEditableTextBox>& OutBox, TSharedPtr<SExpandableArea>& OutArea)
 {
-	const FSlateFontInfo Font = bItalic ? FCoreStyle::GetDefaultFontStyle("Italic", 10.0f) : GetMonoFont();
+	const FSlateFontInfo Font = bItalic ? FCoreStyle::GetDefaultFontStyle("Italic", 10.0f) : ToolTab::GetMonoFont();
 	// clang-format off
 	return SAssignNew(OutArea, SExpandableArea)
 		.AreaTitle(Title)
@@ -316,7 +256,7 @@ TSharedRef<ITableRow> SAgentActivity::MakeRow(FEntry Entry, const TSharedRef<STa
 	};
 	// clang-format off
 	return SNew(STableRow<FEntry>, Owner)
-		.Padding(FMargin(ActivityTextSide, 1.0f))
+		.Padding(FMargin(ToolTab::RowSide, 1.0f))
 		[
 			SNew(SHorizontalBox)
 			+ SHorizontalBox::Slot()
@@ -326,7 +266,7 @@ TSharedRef<ITableRow> SAgentActivity::MakeRow(FEntry Entry, const TSharedRef<STa
 			[
 				SNew(STextBlock)
 				.Text(FText::FromString(Entry->StartedAt.ToString(TEXT("%H:%M:%S"))))
-				.Font(GetMonoFont())
+				.Font(ToolTab::GetMonoFont())
 				.ColorAndOpacity(FSlateColor(FLinearColor(FColor::FromHex(TEXT("808896")))))
 			]
 			+ SHorizontalBox::Slot()
@@ -334,7 +274,7 @@ TSharedRef<ITableRow> SAgentActivity::MakeRow(FEntry Entry, const TSharedRef<STa
 			[
 				SNew(STextBlock)
 				.Text_Lambda(GetText)
-				.Font(GetMonoFont())
+				.Font(ToolTab::GetMonoFont())
 				.ColorAndOpacity_Lambda(GetColor)
 				.WrapTextAt(this, &SAgentActivity::GetWrapWidth)
 			]
@@ -344,9 +284,7 @@ TSharedRef<ITableRow> SAgentActivity::MakeRow(FEntry Entry, const TSharedRef<STa
 
 float SAgentActivity::GetWrapWidth() const
 {
-	constexpr float TimeRoom = 72.0f;
-	const float Width = static_cast<float>(List->GetCachedGeometry().GetLocalSize().X);
-	return FMath::Max(Width - 2.0f * ActivityTextSide - ActivityBarRoom - TimeRoom, 0.0f);
+	return ToolTab::GetTextWidth(*List, ActivityTimeRoom);
 }
 
 void SAgentActivity::Tick(const FGeometry& AllottedGeometry, const double InCurrentTime, const float InDeltaTime)
@@ -370,7 +308,7 @@ FReply SAgentActivity::OnKeyDown(const FGeometry& MyGeometry, const FKeyEvent& I
 	const TArray<FEntry> Selected = List->GetSelectedItems();
 	if (InKeyEvent.GetKey() == EKeys::C && InKeyEvent.IsControlDown() && Selected.Num() > 0 && Selected[0])
 	{
-		FPlatformApplicationMisc::ClipboardCopy(*MakeCopy(*Selected[0]));
+		FPlatformApplicationMisc::ClipboardCopy(*MakeCopy(Selected));
 		return FReply::Handled();
 	}
 	return FReply::Unhandled();
@@ -464,13 +402,12 @@ void SAgentActivity::ShowDetails()
 	}
 }
 
-FString SAgentActivity::MakeCopy(const FAgentActivityEntry& Entry)
+FString SAgentActivity::MakeCopy(const TArray<FEntry>& Copied)
 {
-	FString Text =
-		Entry.StartedAt.ToString() + TEXT("  ") + ActivityText::DescribeEntry(Entry, FAgentActivity::GetSeconds(Entry)) + TEXT("\n");
-	for (const FString* Part : { &Entry.Thinking, &Entry.Text, &Entry.Input })
+	FString Text;
+	for (const FEntry& Entry : Copied)
 	{
-		Text += Part->IsEmpty() ? FString() : TEXT("\n") + *Part + TEXT("\n");
+		Text += (Text.IsEmpty() ? TEXT("") : TEXT("\n")) + ActivityText::MakeCopy(*Entry, FAgentActivity::GetSeconds(*Entry));
 	}
 	return Text;
 }

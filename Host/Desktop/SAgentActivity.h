@@ -28,10 +28,10 @@ public:
 private:
 	using FEntry = TSharedPtr<const Velmora::FAgentActivityEntry>;
 
-	TSharedRef<SWidget> MakeBar();
 	TSharedRef<SWidget> MakeFigures();
 	TSharedRef<SWidget> MakeFollowBox();
-	TSharedRef<SWidget> MakeButtons();
+	TSharedRef<SWidget> MakeCopyButton();
+	TSharedRef<SWidget> MakeClearButton();
 	TSharedRef<SWidget> MakeEvents();
 	TSharedRef<SWidget> MakeDetails();
 	TSharedRef<SWidget> MakePart(const FText& Title, const char* Tag, bool bItalic, bool bCollapsed,
@@ -45,8 +45,8 @@ private:
 	FEntry GetShown() const;
 	/** The last request; null when there is none. */
 	FEntry GetLastRequest() const;
-	/** What is copied of one event: all that is kept, not what is on screen. */
-	static FString MakeCopy(const Velmora::FAgentActivityEntry& Entry);
+	/** What is copied of events: all that is kept, not what is on screen. */
+	static FString MakeCopy(const TArray<FEntry>& Copied);
 
 	TOptional<float> GetContextShare() const;
 	FSlateColor GetContextColor() const;

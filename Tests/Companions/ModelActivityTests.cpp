@@ -110,7 +110,7 @@ TEST_F(ModelActivity, ShowsWhatWasSentAndWhatCame)
 	EXPECT_DOUBLE_EQ(Last.Cost, 0.98);
 	EXPECT_GE(Last.FirstByteSeconds, 0.0);
 	EXPECT_FALSE(FAgentActivity::GetTurnStatus().bIsRunning);
-	EXPECT_TRUE(Holds(Utf8(FAgentActivity::ToText()), "It says alpha."));
+	EXPECT_TRUE(Holds(Utf8(Last.Text), "It says alpha."));
 	FAgentActivity::Clear();
 	EXPECT_TRUE(Titles().empty());
 }

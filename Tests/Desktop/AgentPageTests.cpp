@@ -254,6 +254,10 @@ TEST(ActivityText, SaysWhatARequestTookAndUsed)
 	Entry.Outcome = TEXT("It\nended.");
 	EXPECT_EQ(Utf8(ActivityText::DescribeEntry(Entry, 3.21)),
 		"request  local, tiny  3.2 s, 7,000 + 56 tokens, 7,056 of 8,192 used, 1,136 left, first byte after 0.4 s, cost 0.0100: It ended.");
+	Entry.Text = TEXT("An answer.");
+	Entry.Input = TEXT("{}");
+	EXPECT_EQ(Utf8(ActivityText::MakeCopy(Entry, 3.21)),
+		Utf8(Entry.StartedAt.ToString() + TEXT("  ") + ActivityText::DescribeEntry(Entry, 3.21)) + "\n\nAn answer.\n\n{}\n");
 	const std::pair<double, const char*> Durations[] = { { -1.0, "0:00" }, { 17.9, "0:17" }, { 723.0, "12:03" }, { 3723.0, "1:02:03" } };
 	for (const auto& [Seconds, Text] : Durations)
 	{

@@ -95,7 +95,9 @@ TEST(ModelRun, AConnectionIsPickedInTheMenuAndItsActivityIsShown)
 	std::filesystem::permissions(Config, std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
 	const std::string Script = Project.Write("steps.txt",
 		"wait idle 30\nclick Tools\nclick Agent\nclick local\nwait idle 10\nclick #InputTextBox\ntype hello\nkey CTRL+ENTER\nwait idle 30\n"
-		"dump answered.json\nclick Window\nclick Agent Activity\nwait idle 10\ndump activity.json\nclick #ActivityList\nkey DOWN\n"
+		"dump answered.json\nclick Window\nclick Agent Activity\nwait idle 10\ndump activity.json\n"
+		"click #CopyActivity\nclick Velmora AI\nclick #InputTextBox\nkey CTRL+V\nwait idle 10\ndump all.json\nkey CTRL+A\nkey DELETE\n"
+		"click Window\nclick Agent Activity\nclick #ActivityList\nkey DOWN\n"
 		"key CTRL+C\nclick Velmora AI\nclick #InputTextBox\nkey CTRL+V\nwait idle 10\ndump copied.json\nkey CTRL+A\nkey DELETE\n"
 		"click Tools\nclick Agent\nclick Built-in agent\nwait idle 10\nclick #InputTextBox\ntype help\nkey CTRL+ENTER\n"
 		"wait idle 30\ndump local.json\n");
@@ -112,9 +114,13 @@ TEST(ModelRun, AConnectionIsPickedInTheMenuAndItsActivityIsShown)
 		EXPECT_TRUE(Contains(Activity, Text)) << Text;
 	}
 	// A dump has of a list its first text; what is copied has the lines whole.
+	const std::string All = ReadFile(Project.Path("all.json"));
 	const std::string Copied = ReadFile(Project.Path("copied.json"));
-	EXPECT_TRUE(Contains(Copied, "1,234 + 56 tokens, 1,290 of 8,192 used, 6,902 left")) << Copied;
-	EXPECT_FALSE(Contains(Activity + Copied, "4711")) << "a key is shown nowhere";
+	for (const std::string& Text : { All, Copied })
+	{
+		EXPECT_TRUE(Contains(Text, "1,234 + 56 tokens, 1,290 of 8,192 used, 6,902 left")) << Text;
+	}
+	EXPECT_FALSE(Contains(Activity + All + Copied, "4711")) << "a key is shown nowhere";
 	const std::string Local = ReadFile(Project.Path("local.json"));
 	EXPECT_TRUE(Contains(Local, " - Built-in agent - Velmora UI\""));
 	EXPECT_TRUE(Contains(Local, "Hello from the model.")) << "the conversation goes on";

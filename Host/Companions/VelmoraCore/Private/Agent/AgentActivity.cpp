@@ -141,30 +141,6 @@ namespace Velmora
 				Listener();
 			}
 		}
-
-		const TCHAR* NameKind(EAgentActivityKind Kind)
-		{
-			switch (Kind)
-			{
-			case EAgentActivityKind::Request:
-				return TEXT("Request");
-			case EAgentActivityKind::Tool:
-				return TEXT("Tool");
-			case EAgentActivityKind::Wait:
-				return TEXT("Wait");
-			case EAgentActivityKind::Note:
-				break;
-			}
-			return TEXT("Note");
-		}
-
-		void AppendPart(FString& Text, const TCHAR* Title, const FString& Part)
-		{
-			if (!Part.IsEmpty())
-			{
-				Text += FString(TEXT("  ")) + Title + TEXT(":\n") + Part + TEXT("\n");
-			}
-		}
 	}
 
 	void TakeActivity()
@@ -214,20 +190,6 @@ namespace Velmora
 		Log.Writable.Empty();
 		Log.States.clear();
 		Announce(Log);
-	}
-
-	FString FAgentActivity::ToText()
-	{
-		FString Text;
-		for (const TSharedRef<const FAgentActivityEntry>& Entry : GetEntries())
-		{
-			Text += Entry->StartedAt.ToString() + TEXT("  ") + NameKind(Entry->Kind) + TEXT("  ") + Entry->Title + TEXT("\n");
-			AppendPart(Text, TEXT("Sent"), Entry->Input);
-			AppendPart(Text, TEXT("Thinking"), Entry->Thinking);
-			AppendPart(Text, TEXT("Text"), Entry->Text);
-			AppendPart(Text, TEXT("End"), Entry->Outcome);
-		}
-		return Text;
 	}
 
 	FAgentTurnStatus FAgentActivity::GetTurnStatus()

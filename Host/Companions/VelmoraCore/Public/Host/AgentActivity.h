@@ -120,9 +120,6 @@ namespace Velmora
 
 		static void Clear();
 
-		/** All rows as plain text, for the clipboard. */
-		static FString ToText();
-
 		static FAgentTurnStatus GetTurnStatus();
 	};
 }
