@@ -2,12 +2,11 @@
 
 #include "FoundMarks.h"
 #include "Framework/Application/SlateApplication.h"
+#include "SettingRows.h"
 #include "Styling/AppStyle.h"
-#include "Styling/CoreStyle.h"
+#include "ToolTab.h"
 #include "ViewModels/ConversationLabel.h"
-#include "Widgets/Input/SButton.h"
 #include "Widgets/Input/SEditableTextBox.h"
-#include "Widgets/Layout/SBorder.h"
 #include "Widgets/Layout/SBox.h"
 #include "Widgets/Layout/SWrapBox.h"
 #include "Widgets/SBoxPanel.h"
@@ -18,8 +17,9 @@
 
 namespace
 {
-	constexpr float RowSide = 8.0f;
 	constexpr float RowBarRoom = 12.0f;
+	/** Before the list has a size. */
+	constexpr float MinExcerptWidth = 40.0f;
 
 	FSlateColor GetSubdued()
 	{
@@ -39,65 +39,15 @@ namespace
 
 void SConversations::Construct(const FArguments& InArgs)
 {
-	const auto GetEmptyVisibility = [this]()
-	{ return Items.GetShown().Num() == 0 ? EVisibility::HitTestInvisible : EVisibility::Collapsed; };
-	// clang-format off
-	ChildSlot
-	[
-		SNew(SBorder)
-		.BorderImage(FAppStyle::GetBrush("ToolPanel.GroupBorder"))
-		.Padding(8.0f)
-		[
-			SNew(SVerticalBox)
-			+ SVerticalBox::Slot()
-			.AutoHeight()
-			[
-				MakeSearchBar()
-			]
-			+ SVerticalBox::Slot()
-			.AutoHeight()
-			[
-				MakeNameBar()
-			]
-			+ SVerticalBox::Slot()
-			.AutoHeight()
-			[
-				MakeUndoBar()
-			]
-			+ SVerticalBox::Slot()
-			.FillHeight(1.0f)
-			.Padding(0.0f, 8.0f)
-			[
-				SNew(SOverlay)
-				+ SOverlay::Slot()
-				[
-					MakeList()
-				]
-				+ SOverlay::Slot()
-				.Padding(16.0f)
-				[
-					SNew(STextBlock)
-					.Tag("ConversationsEmpty")
-					.Text(this, &SConversations::GetEmptyText)
-					.ColorAndOpacity(GetSubdued())
-					.AutoWrapText(true)
-					.Visibility_Lambda(GetEmptyVisibility)
-				]
-			]
-			+ SVerticalBox::Slot()
-			.AutoHeight()
-			[
-				MakeButtons()
-			]
-		]
-	];
-	// clang-format on
+	// The list first: the others ask what is selected in it.
+	const TSharedRef<SWidget> Rows = MakeList();
+	ChildSlot[ToolTab::MakeFrame(MakeHead(), Rows, MakeButtons())];
 	ReadStore();
 	// Nothing to find yet, but the index takes in what it does not know.
 	Search();
 }
 
-TSharedRef<SWidget> SConversations::MakeSearchBar()
+TSharedRef<SWidget> SConversations::MakeHead()
 {
 	// clang-format off
 	return SNew(SVerticalBox)
@@ -125,6 +75,16 @@ TSharedRef<SWidget> SConversations::MakeSearchBar()
 					return Problem.IsEmpty() ? GetSubdued() : FSlateColor(FAppStyle::GetColor("Colors.Error"));
 				})
 			.AutoWrapText(true)
+		]
+		+ SVerticalBox::Slot()
+		.AutoHeight()
+		[
+			MakeNameBar()
+		]
+		+ SVerticalBox::Slot()
+		.AutoHeight()
+		[
+			MakeUndoBar()
 		];
 	// clang-format on
 }
@@ -133,35 +93,21 @@ TSharedRef<SWidget> SConversations::MakeNameBar()
 {
 	const auto GetVisibility = [this]() { return RenamedId.IsEmpty() ? EVisibility::Collapsed : EVisibility::Visible; };
 	// clang-format off
-	return SNew(SHorizontalBox)
-		.Visibility_Lambda(GetVisibility)
-		+ SHorizontalBox::Slot()
-		.FillWidth(1.0f)
-		.Padding(0.0f, 8.0f, 8.0f, 0.0f)
-		[
-			SAssignNew(NameBox, SEditableTextBox)
-			.Tag("ConversationName")
-			.HintText(LOCTEXT("NameHint", "Name; empty for what was said first"))
-			.ClearKeyboardFocusOnCommit(false)
-			.SelectAllTextWhenFocused(true)
-			.OnKeyDownHandler(this, &SConversations::OnNameKey)
-		]
-		+ SHorizontalBox::Slot()
-		.AutoWidth()
-		.Padding(0.0f, 8.0f, 8.0f, 0.0f)
-		[
-			SNew(SButton)
-			.Tag("SaveConversationName")
-			.Text(LOCTEXT("SaveName", "Save"))
-			.OnClicked_Lambda([this]() { EndRename(true); return FReply::Handled(); })
-		]
-		+ SHorizontalBox::Slot()
-		.AutoWidth()
+	SAssignNew(NameBox, SEditableTextBox)
+		.Tag("ConversationName")
+		.HintText(LOCTEXT("NameHint", "Name; empty for what was said first"))
+		.ClearKeyboardFocusOnCommit(false)
+		.SelectAllTextWhenFocused(true)
+		.OnKeyDownHandler(this, &SConversations::OnNameKey);
+	return SNew(SBox)
 		.Padding(0.0f, 8.0f, 0.0f, 0.0f)
+		.Visibility_Lambda(GetVisibility)
 		[
-			SNew(SButton)
-			.Text(LOCTEXT("CancelName", "Cancel"))
-			.OnClicked_Lambda([this]() { EndRename(false); return FReply::Handled(); })
+			ToolTab::MakeBar({ NameBox.ToSharedRef(),
+				SettingRows::MakeButton("SaveConversationName", LOCTEXT("SaveName", "Save"),
+					LOCTEXT("SaveNameTip", "Take the name (Enter)"), [this] { EndRename(true); }),
+				SettingRows::MakeButton("CancelConversationName", LOCTEXT("CancelName", "Cancel"),
+					LOCTEXT("CancelNameTip", "Leave the name as it was (Escape)"), [this] { EndRename(false); }) })
 		];
 	// clang-format on
 }
@@ -170,44 +116,45 @@ TSharedRef<SWidget> SConversations::MakeUndoBar()
 {
 	const auto GetVisibility = [this]() { return Deletions.GetLatest() ? EVisibility::Visible : EVisibility::Collapsed; };
 	// clang-format off
-	return SNew(SHorizontalBox)
+	const TSharedRef<SWidget> Words = SNew(STextBlock)
+		.Tag("DeletedConversation")
+		.Text(this, &SConversations::GetUndoText)
+		.OverflowPolicy(ETextOverflowPolicy::Ellipsis);
+	return SNew(SBox)
+		.Padding(2.0f, 8.0f, 0.0f, 0.0f)
 		.Visibility_Lambda(GetVisibility)
-		+ SHorizontalBox::Slot()
-		.FillWidth(1.0f)
-		.VAlign(VAlign_Center)
-		.Padding(2.0f, 8.0f, 8.0f, 0.0f)
 		[
-			SNew(STextBlock)
-			.Tag("DeletedConversation")
-			.Text(this, &SConversations::GetUndoText)
-			.OverflowPolicy(ETextOverflowPolicy::Ellipsis)
-		]
-		+ SHorizontalBox::Slot()
-		.AutoWidth()
-		.Padding(0.0f, 8.0f, 0.0f, 0.0f)
-		[
-			SNew(SButton)
-			.Tag("UndoDeleteConversation")
-			.Text(LOCTEXT("Undo", "Undo"))
-			.ToolTipText(LOCTEXT("UndoTip", "Keep the conversation (Ctrl+Z)"))
-			.OnClicked_Lambda([this]() { UndoDelete(); return FReply::Handled(); })
+			ToolTab::MakeBar({ Words,
+				SettingRows::MakeButton("UndoDeleteConversation", LOCTEXT("Undo", "Undo"),
+					LOCTEXT("UndoTip", "Keep the conversation (Ctrl+Z)"), [this] { UndoDelete(); }) })
 		];
 	// clang-format on
 }
 
 TSharedRef<SWidget> SConversations::MakeList()
 {
+	const auto GetEmptyVisibility = [this]()
+	{ return Items.GetShown().Num() == 0 ? EVisibility::HitTestInvisible : EVisibility::Collapsed; };
 	// clang-format off
-	return SNew(SBorder)
-		.BorderImage(FAppStyle::GetBrush("ToolPanel.DarkGroupBorder"))
-		.Padding(FMargin(0.0f, 4.0f))
+	SAssignNew(List, SListView<FItem>)
+		.Tag("ConversationList")
+		.ListItemsSource(&Items.GetShown())
+		.OnGenerateRow(this, &SConversations::MakeRow)
+		.OnMouseButtonDoubleClick_Lambda([this](FItem) { Open(); });
+	return SNew(SOverlay)
+		+ SOverlay::Slot()
 		[
-			SAssignNew(List, SListView<FItem>)
-			.Tag("ConversationList")
-			.Clipping(EWidgetClipping::ClipToBounds)
-			.ListItemsSource(&Items.GetShown())
-			.OnGenerateRow(this, &SConversations::MakeRow)
-			.OnMouseButtonDoubleClick_Lambda([this](FItem) { Open(); })
+			ToolTab::MakeListFrame(List.ToSharedRef())
+		]
+		+ SOverlay::Slot()
+		.Padding(16.0f)
+		[
+			SNew(STextBlock)
+			.Tag("ConversationsEmpty")
+			.Text(this, &SConversations::GetEmptyText)
+			.ColorAndOpacity(GetSubdued())
+			.AutoWrapText(true)
+			.Visibility_Lambda(GetEmptyVisibility)
 		];
 	// clang-format on
 }
@@ -243,19 +190,9 @@ TSharedRef<SWidget> SConversations::MakeButtons()
 TSharedRef<SWidget> SConversations::MakeButton(const char* Tag, const FText& Label, const FText& ToolTip, void (SConversations::*Action)())
 {
 	const auto GetLabel = [this, Label]() { return Label.IsEmpty() ? GetPinText() : Label; };
-	const auto OnClicked = [this, Action]()
-	{
-		(this->*Action)();
-		return FReply::Handled();
-	};
-	// clang-format off
-	return SNew(SButton)
-		.Tag(FName(Tag))
-		.Text_Lambda(GetLabel)
-		.ToolTipText(ToolTip)
-		.IsEnabled_Lambda([this]() { return GetSelected().IsValid(); })
-		.OnClicked_Lambda(OnClicked);
-	// clang-format on
+	return SettingRows::MakeButton(
+		Tag, TAttribute<FText>::CreateLambda(GetLabel), ToolTip, [this, Action] { (this->*Action)(); },
+		TAttribute<bool>::CreateLambda([this]() { return GetSelected().IsValid(); }));
 }
 
 TSharedRef<ITableRow> SConversations::MakeRow(FItem Item, const TSharedRef<STableViewBase>& Owner)
@@ -266,7 +203,7 @@ TSharedRef<ITableRow> SConversations::MakeRow(FItem Item, const TSharedRef<STabl
 	{
 		Lines->AddSlot().AutoHeight().Padding(0.0f, 2.0f, 0.0f, 0.0f)[MakeExcerpt(Item)];
 	}
-	return SNew(STableRow<FItem>, Owner).Padding(FMargin(RowSide, 4.0f))[Lines];
+	return SNew(STableRow<FItem>, Owner).Padding(FMargin(ToolTab::RowSide, 4.0f))[Lines];
 }
 
 TSharedRef<SWidget> SConversations::MakeTitleLine(const FItem& Item) const
@@ -322,7 +259,7 @@ TSharedRef<SWidget> SConversations::MakeExcerpt(const FItem& Item)
 
 float SConversations::GetWrapWidth() const
 {
-	return FMath::Max(static_cast<float>(List->GetCachedGeometry().GetLocalSize().X) - 2.0f * RowSide - RowBarRoom, 40.0f);
+	return FMath::Max(ToolTab::GetTextWidth(*List), MinExcerptWidth);
 }
 
 FText SConversations::GetStatusText() const

@@ -29,7 +29,8 @@ public:
 private:
 	using FItem = FConversationItems::FItem;
 
-	TSharedRef<SWidget> MakeSearchBar();
+	/** Search, state, and the bars that come and go. */
+	TSharedRef<SWidget> MakeHead();
 	TSharedRef<SWidget> MakeButtons();
 	TSharedRef<SWidget> MakeButton(const char* Tag, const FText& Label, const FText& ToolTip, void (SConversations::*Action)());
 	TSharedRef<SWidget> MakeNameBar();

@@ -3,25 +3,19 @@
 #include "HAL/PlatformApplicationMisc.h"
 #include "Host/HostConsole.h"
 #include "Host/HostSleep.h"
+#include "SettingRows.h"
 #include "Styling/AppStyle.h"
-#include "Styling/CoreStyle.h"
-#include "Widgets/Input/SButton.h"
+#include "ToolTab.h"
 #include "Widgets/Input/SEditableTextBox.h"
-#include "Widgets/Layout/SBorder.h"
-#include "Widgets/Layout/SBox.h"
-#include "Widgets/SBoxPanel.h"
 #include "Widgets/Text/STextBlock.h"
 
 #define LOCTEXT_NAMESPACE "OutputLog"
 
 namespace
 {
-
 	/** About a tenth of what the log holds, so that a filter over all of it is done in ten frames. */
 	constexpr int32 LinesFilteredAFrame = 10000;
 	constexpr int32 MaxListedNames = 100;
-	constexpr float LogTextSide = 8.0f;
-	constexpr float LogBarRoom = 12.0f;
 
 	FSlateColor GetLogColor(ELogVerbosity::Type Verbosity)
 	{
@@ -41,8 +35,7 @@ namespace
 			return FSlateColor(FAppStyle::GetColor("Colors.Foreground"));
 		}
 	}
-
-} // namespace
+}
 
 void SOutputLog::Construct(const FArguments& InArgs, const TSharedRef<FOutputLog>& InLog)
 {
@@ -50,40 +43,14 @@ void SOutputLog::Construct(const FArguments& InArgs, const TSharedRef<FOutputLog
 	Log->Update();
 	SeenFirstNumber = Log->GetFirstNumber();
 	// clang-format off
+	const TSharedRef<SWidget> Lines = ToolTab::MakeListFrame(
+		SAssignNew(List, SListView<FLine>)
+		.Tag("LogList")
+		.ListItemsSource(&Log->GetLines())
+		.OnGenerateRow(this, &SOutputLog::MakeRow));
 	ChildSlot
 	[
-		SNew(SBorder)
-		.BorderImage(FAppStyle::GetBrush("ToolPanel.GroupBorder"))
-		.Padding(8.0f)
-		[
-			SNew(SVerticalBox)
-			+ SVerticalBox::Slot()
-			.AutoHeight()
-			.Padding(0.0f, 0.0f, 0.0f, 8.0f)
-			[
-				MakeToolBar()
-			]
-			+ SVerticalBox::Slot()
-			.FillHeight(1.0f)
-			[
-				SNew(SBorder)
-				.BorderImage(FAppStyle::GetBrush("ToolPanel.DarkGroupBorder"))
-				.Padding(FMargin(0.0f, 4.0f))
-				[
-					SAssignNew(List, SListView<FLine>)
-					.Tag("LogList")
-					.Clipping(EWidgetClipping::ClipToBounds)
-					.ListItemsSource(&Log->GetLines())
-					.OnGenerateRow(this, &SOutputLog::MakeRow)
-				]
-			]
-			+ SVerticalBox::Slot()
-			.AutoHeight()
-			.Padding(0.0f, 8.0f, 0.0f, 0.0f)
-			[
-				MakeConsole()
-			]
-		]
+		ToolTab::MakeFrame(MakeToolBar(), Lines, MakeConsole())
 	];
 	// clang-format on
 	List->ScrollToBottom();
@@ -92,36 +59,18 @@ void SOutputLog::Construct(const FArguments& InArgs, const TSharedRef<FOutputLog
 TSharedRef<SWidget> SOutputLog::MakeToolBar()
 {
 	// clang-format off
-	return SNew(SHorizontalBox)
-		+ SHorizontalBox::Slot()
-		.FillWidth(1.0f)
-		[
-			SNew(SEditableTextBox)
-			.Tag("LogFilter")
-			.HintText(LOCTEXT("FilterHint", "Filter"))
-			.ToolTipText(LOCTEXT("FilterTooltip", "Show the lines that contain this text"))
-			.ClearKeyboardFocusOnCommit(false)
-			.OnTextChanged(this, &SOutputLog::OnFilterChanged)
-		]
-		+ SHorizontalBox::Slot()
-		.AutoWidth()
-		.Padding(8.0f, 0.0f, 0.0f, 0.0f)
-		[
-			SNew(SButton)
-			.Text(LOCTEXT("CopyAll", "Copy All"))
-			.ToolTipText(LOCTEXT("CopyAllTooltip", "Copy the lines shown; Ctrl+C copies the selected one"))
-			.OnClicked(this, &SOutputLog::OnCopyAll)
-		]
-		+ SHorizontalBox::Slot()
-		.AutoWidth()
-		.Padding(8.0f, 0.0f, 0.0f, 0.0f)
-		[
-			SNew(SButton)
-			.Text(LOCTEXT("ClearLog", "Clear Log"))
-			.ToolTipText(LOCTEXT("ClearLogTooltip", "Take all lines away"))
-			.OnClicked(this, &SOutputLog::OnClear)
-		];
+	const TSharedRef<SWidget> FilterBox = SNew(SEditableTextBox)
+		.Tag("LogFilter")
+		.HintText(LOCTEXT("FilterHint", "Filter"))
+		.ToolTipText(LOCTEXT("FilterTooltip", "Show the lines that contain this text"))
+		.ClearKeyboardFocusOnCommit(false)
+		.OnTextChanged(this, &SOutputLog::OnFilterChanged);
 	// clang-format on
+	return ToolTab::MakeBar({ FilterBox,
+		SettingRows::MakeButton("CopyLog", LOCTEXT("CopyAll", "Copy All"),
+			LOCTEXT("CopyAllTooltip", "Copy the lines shown; Ctrl+C copies the selected one"), [this] { CopyAll(); }),
+		SettingRows::MakeButton(
+			"ClearLog", LOCTEXT("ClearLog", "Clear Log"), LOCTEXT("ClearLogTooltip", "Take all lines away"), [this] { Clear(); }) });
 }
 
 TSharedRef<SWidget> SOutputLog::MakeConsole()
@@ -130,7 +79,7 @@ TSharedRef<SWidget> SOutputLog::MakeConsole()
 		.Tag("ConsoleInput")
 		.HintText(LOCTEXT("ConsoleHint", "Console: list, name, name value, name ?"))
 		.ToolTipText(LOCTEXT("ConsoleTooltip", "Console variables: list names them, Tab completes a name, Up brings former lines back"))
-		.Font(FCoreStyle::GetDefaultFontStyle("Mono", 9.0f))
+		.Font(ToolTab::GetMonoFont())
 		.ClearKeyboardFocusOnCommit(false)
 		.OnTextCommitted(this, &SOutputLog::OnConsoleCommitted)
 		.OnKeyDownHandler(this, &SOutputLog::OnConsoleKey);
@@ -140,11 +89,11 @@ TSharedRef<ITableRow> SOutputLog::MakeRow(FLine Line, const TSharedRef<STableVie
 {
 	// clang-format off
 	return SNew(STableRow<FLine>, Owner)
-		.Padding(FMargin(LogTextSide, 1.0f))
+		.Padding(FMargin(ToolTab::RowSide, 1.0f))
 		[
 			SNew(STextBlock)
 			.Text(FText::FromString(Line->Text))
-			.Font(FCoreStyle::GetDefaultFontStyle("Mono", 9.0f))
+			.Font(ToolTab::GetMonoFont())
 			.ColorAndOpacity(GetLogColor(Line->Verbosity))
 			.WrapTextAt(this, &SOutputLog::GetWrapWidth)
 		];
@@ -153,7 +102,7 @@ TSharedRef<ITableRow> SOutputLog::MakeRow(FLine Line, const TSharedRef<STableVie
 
 float SOutputLog::GetWrapWidth() const
 {
-	return FMath::Max(static_cast<float>(List->GetCachedGeometry().GetLocalSize().X) - 2.0f * LogTextSide - LogBarRoom, 0.0f);
+	return ToolTab::GetTextWidth(*List);
 }
 
 void SOutputLog::Tick(const FGeometry& AllottedGeometry, const double InCurrentTime, const float InDeltaTime)
@@ -229,7 +178,7 @@ FReply SOutputLog::OnKeyDown(const FGeometry& MyGeometry, const FKeyEvent& InKey
 	return FReply::Unhandled();
 }
 
-FReply SOutputLog::OnCopyAll()
+void SOutputLog::CopyAll()
 {
 	FString All;
 	for (const FLine& Line : GetShown())
@@ -238,16 +187,14 @@ FReply SOutputLog::OnCopyAll()
 		All += TEXT("\n");
 	}
 	FPlatformApplicationMisc::ClipboardCopy(*All);
-	return FReply::Handled();
 }
 
-FReply SOutputLog::OnClear()
+void SOutputLog::Clear()
 {
 	Log->Clear();
 	Matching.Reset();
 	List->ClearSelection();
 	List->RequestListRefresh();
-	return FReply::Handled();
 }
 
 void SOutputLog::OnConsoleCommitted(const FText& Text, ETextCommit::Type Type)

@@ -32,8 +32,8 @@ private:
 	void OnFilterChanged(const FText& Text);
 	/** Takes the next lines into those that match. */
 	void GoOnFiltering();
-	FReply OnCopyAll();
-	FReply OnClear();
+	void CopyAll();
+	void Clear();
 	void OnConsoleCommitted(const FText& Text, ETextCommit::Type Type);
 	FReply OnConsoleKey(const FGeometry& Geometry, const FKeyEvent& KeyEvent);
 	/** The names that begin with what stands in the console: one is written out, several are listed. */
