@@ -195,28 +195,29 @@ FString FKeyBindings::CheckKey(const FInputChord& Chord)
 	{
 		return FString();
 	}
+	const FString Shown = Chord.GetInputText().ToString();
 	for (const FTakenKey& Taken : TakenKeys)
 	{
 		if (Name == Taken.Chord)
 		{
-			return FString::Printf(TEXT("%s %s. Nothing was changed."), *Name, Taken.Use);
+			return FString::Printf(TEXT("%s %s. Nothing was changed."), *Shown, Taken.Use);
 		}
 	}
 	for (const TCHAR* const Moving : MovingKeys)
 	{
 		if (Chord.Key.ToString() == Moving)
 		{
-			return FString::Printf(TEXT("%s moves in texts and lists, or changes them. Nothing was changed."), *Name);
+			return FString::Printf(TEXT("%s moves in texts and lists, or changes them. Nothing was changed."), *Shown);
 		}
 	}
 	const bool bIsPlain = !Chord.bCtrl && !Chord.bAlt && Chord.Key != EKeys::Escape && !IsFunctionKey(Chord.Key);
 	if (bIsPlain)
 	{
-		return FString::Printf(TEXT("%s types something. Take Ctrl with it, or a function key. Nothing was changed."), *Name);
+		return FString::Printf(TEXT("%s types something. Take Ctrl with it, or a function key. Nothing was changed."), *Shown);
 	}
 	if (Chord.bAlt && !Chord.bCtrl && Chord.Key.ToString().Len() == 1)
 	{
-		return FString::Printf(TEXT("%s is for the menus. Nothing was changed."), *Name);
+		return FString::Printf(TEXT("%s is for the menus. Nothing was changed."), *Shown);
 	}
 	return FString();
 }

@@ -32,7 +32,7 @@ public:
 	static void SetCapturing(bool bCaptures);
 	static bool IsCapturing();
 
-	/** "Ctrl+Shift+F3"; empty for none. The names of keys are those of the engine, whatever the keyboard. */
+	/** For the file: "Ctrl+Shift+F3", "Ctrl+Hyphen"; empty for none. Keys have the engine's names, whatever the keyboard. */
 	static FString Print(const FInputChord& Chord);
 	/** False when it is no such text; empty is no key. */
 	static bool Parse(const FString& Text, FInputChord& OutChord);

@@ -25,13 +25,23 @@ TEST(KeyBindings, AreReadCheckedAndKept)
 		EXPECT_EQ(FKeyBindings::Parse(UTF8_TO_TCHAR(Row.Text), Chord), Row.bIsKey) << Row.Text;
 		EXPECT_EQ(Utf8(FKeyBindings::Print(Chord)), Row.bIsKey ? Row.Text : "") << Row.Text;
 	}
+	// Menus have the sign that is printed on the key, the file has its name.
+	const std::pair<const char*, const char*> Signs[] = { { "Ctrl+Equals", "Ctrl+=" }, { "Ctrl+Hyphen", "Ctrl+-" },
+		{ "Ctrl+Zero", "Ctrl+0" }, { "Ctrl+Shift+F3", "Ctrl+Shift+F3" }, { "Ctrl+Add", "Ctrl+Num +" } };
+	for (const auto& [Text, Sign] : Signs)
+	{
+		FInputChord Chord;
+		ASSERT_TRUE(FKeyBindings::Parse(UTF8_TO_TCHAR(Text), Chord));
+		EXPECT_EQ(Utf8(Chord.GetInputText()), Sign);
+		EXPECT_EQ(Utf8(FKeyBindings::Print(Chord)), Text);
+	}
 	const struct
 	{
 		const char* Text;
 		const char* Complaint;
 	} Checks[] = { { "Ctrl+J", "" }, { "F5", "" }, { "Escape", "" }, { "Ctrl+Enter", "sends the prompt" },
 		{ "Ctrl+Left", "moves in texts" }, { "Shift+J", "types something" }, { "J", "types something" }, { "Alt+F", "for the menus" },
-		{ "Ctrl+C", "copies text" } };
+		{ "Ctrl+C", "copies text" }, { "Shift+Hyphen", "Shift+- types something" } };
 	for (const auto& Row : Checks)
 	{
 		FInputChord Chord;
