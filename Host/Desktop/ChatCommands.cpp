@@ -27,23 +27,11 @@ namespace
 		return Button && FWidgetFinder::IsEnabledInTree(*Button) ? Button : nullptr;
 	}
 
-	/** As by its own key, so that all happens that a press makes happen. The keyboard comes back to where it was. */
 	void PressButton(FName Tag)
 	{
-		const TSharedPtr<SWidget> Button = FindButton(Tag);
-		if (!Button)
+		if (const TSharedPtr<SWidget> Button = FindButton(Tag))
 		{
-			return;
-		}
-		FSlateApplication& Application = FSlateApplication::Get();
-		const TSharedPtr<SWidget> Before = Application.GetKeyboardFocusedWidget();
-		Application.SetKeyboardFocus(Button, EFocusCause::SetDirectly);
-		const FKeyEvent Enter(EKeys::Enter, FModifierKeysState());
-		Button->OnKeyDown(Button->GetCachedGeometry(), Enter);
-		Button->OnKeyUp(Button->GetCachedGeometry(), Enter);
-		if (Before && Button->HasKeyboardFocus())
-		{
-			Application.SetKeyboardFocus(Before, EFocusCause::SetDirectly);
+			FOpenChat::Press(Button.ToSharedRef());
 		}
 	}
 

@@ -1,5 +1,6 @@
 #include "OpenChat.h"
 
+#include "Framework/Application/SlateApplication.h"
 #include "Framework/Docking/TabManager.h"
 #include "ViewModels/ChatViewModel.h"
 #include "Widgets/Docking/SDockTab.h"
@@ -61,6 +62,20 @@ TSharedPtr<SWidget> FOpenChat::FindByTag(FName Tag)
 {
 	const TSharedPtr<SWidget> Content = GetContent();
 	return Content ? FindBelow(*Content, Tag) : nullptr;
+}
+
+void FOpenChat::Press(const TSharedRef<SWidget>& Button)
+{
+	FSlateApplication& Application = FSlateApplication::Get();
+	const TSharedPtr<SWidget> Before = Application.GetKeyboardFocusedWidget();
+	Application.SetKeyboardFocus(Button, EFocusCause::SetDirectly);
+	const FKeyEvent Enter(EKeys::Enter, FModifierKeysState());
+	Button->OnKeyDown(Button->GetCachedGeometry(), Enter);
+	Button->OnKeyUp(Button->GetCachedGeometry(), Enter);
+	if (Before && Button->HasKeyboardFocus())
+	{
+		Application.SetKeyboardFocus(Before, EFocusCause::SetDirectly);
+	}
 }
 
 bool FOpenChat::IsInFront()

@@ -25,6 +25,9 @@ public:
 	/** The first shown widget with that tag in the tab; messages are passed over, so that a long conversation costs nothing. */
 	static TSharedPtr<SWidget> FindByTag(FName Tag);
 
+	/** As by the button's own key, so that all happens that a press makes happen. The keyboard comes back to where it was. */
+	static void Press(const TSharedRef<SWidget>& Button);
+
 	/** The tab stands in front. */
 	static bool IsInFront();
 };

@@ -3,8 +3,10 @@
 #include "FoundMarks.h"
 #include "Host/HostTextWidget.h"
 #include "Host/TextShaper.h"
+#include "OpenChat.h"
 #include "Style/VelmoraUIStyles.h"
 #include "Styling/SlateTypes.h"
+#include "Widgets/Layout/SExpandableArea.h"
 #include "Widgets/Text/STextBlock.h"
 
 namespace
@@ -15,6 +17,53 @@ namespace
 	const FName WrapBoxType(TEXT("SWrapBox"));
 	const FName HorizontalBoxType(TEXT("SHorizontalBox"));
 	const FName ScrollBoxType(TEXT("SScrollBox"));
+	const FName BoxType(TEXT("SBox"));
+	const FName AreaType(TEXT("SExpandableArea"));
+	const FName FoldButtonTag(TEXT("ToolExecutionsHeader"));
+
+	/** What shows and hides that body; null when it is none. Between the two stand the column of header and body, and a border. */
+	TSharedPtr<SWidget> FindFold(const SWidget& Body)
+	{
+		constexpr int32 MaxDistance = 3;
+		TSharedPtr<SWidget> Parent = Body.GetType() == BoxType ? Body.GetParentWidget() : nullptr;
+		for (int32 Distance = 1; Parent && Distance <= MaxDistance; ++Distance)
+		{
+			if (Parent->GetType() == AreaType || Parent->GetType() == ToolsType)
+			{
+				return Parent;
+			}
+			Parent = Parent->GetParentWidget();
+		}
+		return nullptr;
+	}
+
+	TSharedPtr<SWidget> FindByTag(SWidget& Widget, FName Tag)
+	{
+		if (Widget.GetTag() == Tag)
+		{
+			return Widget.AsShared();
+		}
+		FChildren& Children = *Widget.GetChildren();
+		TSharedPtr<SWidget> Found;
+		for (int32 Index = 0; Index < Children.Num() && !Found; ++Index)
+		{
+			Found = FindByTag(Children.GetChildRefAt(Index), Tag);
+		}
+		return Found;
+	}
+
+	void OpenFold(SWidget& Fold)
+	{
+		if (Fold.GetType() == AreaType)
+		{
+			static_cast<SExpandableArea&>(Fold).SetExpanded(true);
+		}
+		else if (const TSharedPtr<SWidget> Header = FindByTag(Fold, FoldButtonTag))
+		{
+			// Whether a group of tools is open is known to its owner alone.
+			FOpenChat::Press(Header.ToSharedRef());
+		}
+	}
 
 	/** A text that is higher than this many lines was wrapped. */
 	constexpr float WrappedLines = 1.5f;
@@ -51,7 +100,7 @@ namespace
 	public:
 		void Visit(SWidget& Widget, bool bIsText)
 		{
-			if (!Widget.GetVisibility().IsVisible())
+			if (!Widget.GetVisibility().IsVisible() && !FindFold(Widget))
 			{
 				return;
 			}
@@ -108,6 +157,32 @@ TArray<FShownText> ShownTexts::Collect(SWidget& Row)
 	FCollector Collector;
 	Collector.Visit(Row, false);
 	return MoveTemp(Collector.Texts);
+}
+
+bool ShownTexts::IsHidden(const SWidget& Widget, const SWidget& Outer)
+{
+	bool bIsHidden = !Widget.GetVisibility().IsVisible();
+	for (TSharedPtr<SWidget> Parent = Widget.GetParentWidget(); Parent && Parent.Get() != &Outer && !bIsHidden;
+		 Parent = Parent->GetParentWidget())
+	{
+		bIsHidden = !Parent->GetVisibility().IsVisible();
+	}
+	return bIsHidden;
+}
+
+bool ShownTexts::Unfold(const SWidget& Widget, const SWidget& Outer)
+{
+	bool bHasOpened = false;
+	for (TSharedPtr<SWidget> Parent = Widget.GetParentWidget(); Parent && Parent.Get() != &Outer; Parent = Parent->GetParentWidget())
+	{
+		const TSharedPtr<SWidget> Fold = Parent->GetVisibility().IsVisible() ? nullptr : FindFold(*Parent);
+		if (Fold)
+		{
+			OpenFold(*Fold);
+			bHasOpened = true;
+		}
+	}
+	return bHasOpened;
 }
 
 TArray<FShownPlace> ShownTexts::Split(const FShownText& Text, const Velmora::FFoundPlace& Place)

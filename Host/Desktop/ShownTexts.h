@@ -33,11 +33,17 @@ struct FShownPlace
 	mutable float Scale = 0.0f;
 };
 
-/** Reads the texts of message rows as a user does: by the widgets, what is folded away left out. Game thread. */
+/** Reads the texts of message rows as a user does: by the widgets, with what is folded away and can be unfolded. Game thread. */
 namespace ShownTexts
 {
 	/** Of what was said and of the tools; not the names and times above a message. In reading order. */
 	TArray<FShownText> Collect(SWidget& Row);
+
+	/** It, or something that it stands in below the outer widget, is hidden. */
+	bool IsHidden(const SWidget& Widget, const SWidget& Outer);
+
+	/** Opens what it is folded away in. False when nothing was to be opened. It has its place in the next frame. */
+	bool Unfold(const SWidget& Widget, const SWidget& Outer);
 
 	TArray<FShownPlace> Split(const FShownText& Text, const Velmora::FFoundPlace& Place);
 
