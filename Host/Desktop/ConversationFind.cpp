@@ -5,7 +5,9 @@
 #include "Layout/ArrangedWidget.h"
 #include "OpenChat.h"
 #include "Rendering/DrawElements.h"
+#include "ViewModels/ChatViewModel.h"
 #include "Widgets/Layout/SScrollBox.h"
+#include "Widgets/SNullWidget.h"
 
 namespace
 {
@@ -16,7 +18,9 @@ namespace
 	constexpr double LookSeconds = 0.003;
 	constexpr double LookAgainSeconds = 0.5;
 	/** Frames that the list is given to come to rest at a hit. */
-	constexpr int32 MaxRevealTries = 8;
+	constexpr int32 MaxRevealTries = 12;
+	/** A conversation is there within some frames; one that cannot be opened never is. */
+	constexpr double SoughtSeconds = 5.0;
 	/** Around a hit that is brought into view, pixels at scale 1. */
 	constexpr float RevealRoom = 24.0f;
 
@@ -35,6 +39,20 @@ namespace
 			}
 		}
 		return nullptr;
+	}
+
+	/** A row that was never near what is in view holds nothing. */
+	bool HasWidgets(SWidget& Row)
+	{
+		FChildren& Children = *Row.GetChildren();
+		return Children.Num() > 0 && &Children.GetChildRefAt(0) != &SNullWidget::NullWidget.Get();
+	}
+
+	/** Rows stand for messages one by one; null while the one has not caught up with the other. */
+	TSharedPtr<FChatMessage> GetMessage(const SScrollBox& Box, int32 Index)
+	{
+		const TSharedPtr<FChatViewModel> ViewModel = FOpenChat::GetViewModel();
+		return ViewModel && ViewModel->GetMessages().Num() == Box.NumSlots() ? ViewModel->GetMessages()[Index] : nullptr;
 	}
 
 	/** How far a stretch must be moved so that it lies within another one, in its middle if it does not. */
@@ -68,11 +86,37 @@ void FConversationFind::SetQuery(const FFindQuery& InQuery)
 		return;
 	}
 	Query = InQuery;
+	Sought.Reset();
 	const TSharedPtr<SScrollBox> Box = FindList();
 	const TArray<int32> InView = Box ? GetRowsInView(*Box) : TArray<int32>();
 	AnchorRow = InView.Num() > 0 ? InView[0] : 0;
 	ForgetRows(0);
 	bWantsFirst = true;
+}
+
+void FConversationFind::Show(const FFindQuery& InQuery, const FSoughtMessage& Message)
+{
+	Query = FFindQuery();
+	SetQuery(InQuery);
+	Sought = Message;
+	SoughtUntil = 0.0;
+}
+
+void FConversationFind::TakeSought(const SScrollBox& Box, double Now)
+{
+	SoughtUntil = SoughtUntil == 0.0 ? Now + SoughtSeconds : SoughtUntil;
+	const TSharedPtr<FChatViewModel> ViewModel = FOpenChat::GetViewModel();
+	const TSharedPtr<Velmora::FConversationMetadata> Shown = ViewModel ? ViewModel->GetCurrentConversationMetadata() : nullptr;
+	const bool bIsThere =
+		Shown && Shown->Id == Sought->ConversationId && Box.NumSlots() > 0 && ViewModel->GetMessages().Num() == Box.NumSlots();
+	if (bIsThere)
+	{
+		AnchorRow = FMath::Max(SoughtMessage::Find(ViewModel->GetMessages(), *Sought), 0);
+	}
+	if (bIsThere || Now >= SoughtUntil)
+	{
+		Sought.Reset();
+	}
 }
 
 void FConversationFind::ForgetRows(int32 First)
@@ -113,7 +157,11 @@ bool FConversationFind::Update(double Now)
 		LookAgain(*Box);
 	}
 	// 3. Where the user stands.
-	if (bWantsFirst)
+	if (Sought.IsSet())
+	{
+		TakeSought(*Box, Now);
+	}
+	if (bWantsFirst && !Sought.IsSet())
 	{
 		ChooseFirst(*Box);
 	}
@@ -122,7 +170,7 @@ bool FConversationFind::Update(double Now)
 		--RevealTries;
 		Reveal(*Box);
 	}
-	return bGoesOn || RevealTries > 0;
+	return bGoesOn || RevealTries > 0 || Sought.IsSet();
 }
 
 bool FConversationFind::LookThrough(SScrollBox& Box)
@@ -131,8 +179,8 @@ bool FConversationFind::LookThrough(SScrollBox& Box)
 	const int32 RowCount = Box.NumSlots();
 	while (Rows.Num() < RowCount && Count < MaxHits)
 	{
-		const TSharedRef<SWidget> Row = Box.GetSlot(Rows.Num()).GetWidget();
-		Rows.Add({ TWeakPtr<SWidget>(Row), LookInto(*Row) });
+		const int32 Index = Rows.Num();
+		Rows.Add({ TWeakPtr<SWidget>(Box.GetSlot(Index).GetWidget()), LookInto(Box, Index) });
 		Count += Rows.Last().Hits.Num();
 		if (FPlatformTime::Seconds() >= End)
 		{
@@ -143,9 +191,17 @@ bool FConversationFind::LookThrough(SScrollBox& Box)
 	return !bIsComplete;
 }
 
-TArray<FConversationFind::FHit> FConversationFind::LookInto(SWidget& Row) const
+TArray<FConversationFind::FHit> FConversationFind::LookInto(const SScrollBox& Box, int32 Index) const
 {
 	TArray<FHit> Hits;
+	SWidget& Row = *Box.GetSlot(Index).GetWidget();
+	if (!HasWidgets(Row))
+	{
+		// By what the row will be made from, marks included; it is looked through again when it is seen.
+		const TSharedPtr<FChatMessage> Message = GetMessage(Box, Index);
+		Hits.SetNum(Message ? FindText::FindAll(Message->Content, Query, MaxHits).Num() : 0);
+		return Hits;
+	}
 	for (const FShownText& Text : ShownTexts::Collect(Row))
 	{
 		for (const Velmora::FFoundPlace& Place : FindText::FindAll(Text.Text, Query, MaxHits))
@@ -163,12 +219,15 @@ void FConversationFind::LookAgain(SScrollBox& Box)
 		if (Index < Rows.Num())
 		{
 			FRow& Row = Rows[Index];
-			TArray<FHit> Hits = LookInto(*Box.GetSlot(Index).GetWidget());
+			TArray<FHit> Hits = LookInto(Box, Index);
 			Count += Hits.Num() - Row.Hits.Num();
 			Row.Hits = MoveTemp(Hits);
 			if (Current.Row == Index)
 			{
-				Current = Row.Hits.Num() > 0 ? FCursor{ Index, FMath::Min(Current.Hit, Row.Hits.Num() - 1) } : FCursor();
+				// Where there was none after all, on in the same direction.
+				FCursor Next{ Index, LastDirection > 0 ? INDEX_NONE : 0 };
+				const bool bHasNext = Row.Hits.Num() > 0 || Move(Next, LastDirection);
+				Current = Row.Hits.Num() > 0 ? FCursor{ Index, FMath::Min(Current.Hit, Row.Hits.Num() - 1) } : bHasNext ? Next : FCursor();
 			}
 		}
 	}
@@ -217,6 +276,7 @@ bool FConversationFind::Move(FCursor& Cursor, int32 Direction) const
 
 void FConversationFind::Step(int32 Direction)
 {
+	LastDirection = Direction;
 	FCursor Next = Current.IsSet() ? Current : FCursor{ Rows.Num(), 0 };
 	if (Count > 0 && Move(Next, Direction))
 	{
@@ -274,8 +334,7 @@ TArray<int32> FConversationFind::GetRowsInView(const SScrollBox& Box)
 void FConversationFind::Reveal(SScrollBox& Box)
 {
 	const FHit* const Hit = GetCurrentHit();
-	const TSharedPtr<SWidget> Widget = Hit ? (*Hit)[0].Widget.Pin() : nullptr;
-	if (!Widget)
+	if (!Hit)
 	{
 		RevealTries = 0;
 		return;
@@ -286,12 +345,22 @@ void FConversationFind::Reveal(SScrollBox& Box)
 		Box.ScrollDescendantIntoView(Rows[Current.Row].Widget.Pin(), false, EDescendantScrollDestination::TopOrLeft);
 		return;
 	}
+	// 2. It has its widgets now, if it had none before, and what is folded away is opened. Both have places in the next frame.
+	const TSharedPtr<SWidget> Widget = Hit->Num() > 0 ? (*Hit)[0].Widget.Pin() : nullptr;
+	if (!Widget)
+	{
+		return LookAgain(Box);
+	}
+	if (ShownTexts::Unfold(*Widget, Box))
+	{
+		return;
+	}
 	const TArray<FSlateRect> Rects = ShownTexts::GetRects((*Hit)[0]);
 	if (Rects.Num() == 0)
 	{
 		return;
 	}
-	// 2. The line in the row, and sideways in code.
+	// 3. The line in the row, and sideways in code.
 	const float Scale = Box.GetCachedGeometry().GetAccumulatedScale();
 	for (TSharedPtr<SWidget> Parent = Widget->GetParentWidget(); Parent; Parent = Parent->GetParentWidget())
 	{
@@ -335,7 +404,7 @@ void FConversationFind::Paint(FSlateWindowElementList& Out) const
 			for (const FShownPlace& Place : Hit)
 			{
 				const TSharedPtr<SWidget> Widget = Place.Widget.Pin();
-				if (!Widget)
+				if (!Widget || ShownTexts::IsHidden(*Widget, *Box))
 				{
 					continue;
 				}

@@ -2,6 +2,7 @@
 
 #include "FindText.h"
 #include "ShownTexts.h"
+#include "SoughtMessage.h"
 
 class FSlateWindowElementList;
 class SScrollBox;
@@ -18,6 +19,8 @@ public:
 
 	/** Looks anew, unless it is the same. The user stands at the first hit in view or below then. */
 	void SetQuery(const FFindQuery& InQuery);
+	/** Looks anew, and goes to that message once its conversation is shown. When that does not come, as by SetQuery. */
+	void Show(const FFindQuery& InQuery, const FSoughtMessage& Message);
 	/** To the next hit (1) or the one before (-1), around the ends. */
 	void Step(int32 Direction);
 
@@ -32,6 +35,7 @@ public:
 	bool IsComplete() const { return bIsComplete; }
 
 private:
+	/** Empty in a row that has no widgets yet, since it was never near what is in view: it is known that there is one. */
 	using FHit = TArray<FShownPlace>;
 	struct FRow
 	{
@@ -49,9 +53,11 @@ private:
 	/** Forgets the rows from there on. */
 	void ForgetRows(int32 First);
 	bool LookThrough(SScrollBox& Box);
-	TArray<FHit> LookInto(SWidget& Row) const;
+	TArray<FHit> LookInto(const SScrollBox& Box, int32 Index) const;
 	/** Rows in view, whose tools may have come, gone, or been unfolded. */
 	void LookAgain(SScrollBox& Box);
+	/** Makes the message that is to be shown the place to begin at. */
+	void TakeSought(const SScrollBox& Box, double Now);
 	void ChooseFirst(const SScrollBox& Box);
 	bool Move(FCursor& Cursor, int32 Direction) const;
 	/** Moves the list a step towards the current hit. */
@@ -67,6 +73,11 @@ private:
 	/** The row that was the first in view when the query was given. */
 	int32 AnchorRow = 0;
 	int32 RevealTries = 0;
+	/** Which way the user goes. */
+	int32 LastDirection = 1;
+	TOptional<FSoughtMessage> Sought;
+	/** When it is given up; zero before the first look. */
+	double SoughtUntil = 0.0;
 	double LastLookAgain = 0.0;
 	bool bIsComplete = true;
 	bool bWantsFirst = false;

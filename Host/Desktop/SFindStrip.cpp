@@ -19,9 +19,13 @@
 
 namespace
 {
-	/** Fits the narrowest window. */
+	/** Fits the narrowest window, where the controls have several lines. */
 	constexpr float BoxWidth = 200.0f;
-	constexpr float CountWidth = 88.0f;
+	constexpr float MinBoxWidth = 120.0f;
+	constexpr float MaxBoxWidth = 280.0f;
+	constexpr float CountWidth = 80.0f;
+	/** Of all controls but the box when they stand in one line. */
+	constexpr float OtherWidth = 590.0f;
 	/** A longer selection is no word to look for. */
 	constexpr int32 MaxSelectedLength = 200;
 
@@ -71,7 +75,7 @@ TSharedRef<SWidget> SFindStrip::MakeBoxAndCount()
 		.AutoWidth()
 		[
 			SNew(SBox)
-			.WidthOverride(BoxWidth)
+			.WidthOverride_Lambda([this]() { return FOptionalSize(GetBoxWidth()); })
 			[
 				SAssignNew(Box, SEditableTextBox)
 				.Tag("FindBox")
@@ -96,6 +100,12 @@ TSharedRef<SWidget> SFindStrip::MakeBoxAndCount()
 			]
 		];
 	// clang-format on
+}
+
+float SFindStrip::GetBoxWidth() const
+{
+	const float Room = static_cast<float>(GetCachedGeometry().GetLocalSize().X) - OtherWidth;
+	return Room < MinBoxWidth ? BoxWidth : FMath::Min(Room, MaxBoxWidth);
 }
 
 TSharedRef<SWidget> SFindStrip::MakeButton(const char* Tag, const FText& Label, const FText& ToolTip, const FSimpleDelegate& Action)
@@ -177,6 +187,17 @@ void SFindStrip::OpenWith(const FString& Words)
 	Invalidate(EInvalidateWidgetReason::Layout);
 	Application.SetKeyboardFocus(Box, EFocusCause::SetDirectly);
 	Box->SelectAllText();
+}
+
+void SFindStrip::ShowMessage(const FString& Words, const FSoughtMessage& Message)
+{
+	bIsOpen = true;
+	Query = FFindQuery();
+	Query.Words = Words;
+	Box->SetText(FText::FromString(Words));
+	Find->Show(Query, Message);
+	Invalidate(EInvalidateWidgetReason::Layout);
+	FSlateApplication::Get().RequestFrame();
 }
 
 void SFindStrip::Close()

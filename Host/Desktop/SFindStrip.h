@@ -19,6 +19,8 @@ public:
 	void Open();
 	/** As if the words had been typed. */
 	void OpenWith(const FString& Words);
+	/** Frames the words in the conversation and goes to that message in it. The keyboard stays where it is. */
+	void ShowMessage(const FString& Words, const FSoughtMessage& Message);
 	/** Takes the frames away and gives the keyboard back to what had it. */
 	void Close();
 	bool IsOpen() const { return bIsOpen; }
@@ -30,6 +32,8 @@ private:
 	TSharedRef<SWidget> MakeButton(const char* Tag, const FText& Label, const FText& ToolTip, const FSimpleDelegate& Action);
 	TSharedRef<SWidget> MakeOption(const char* Tag, const FText& Label, const FText& ToolTip, bool FFindQuery::*Option);
 	TSharedRef<SWidget> MakeBoxAndCount();
+	/** So that all controls stand in one line where there is room for that; units. */
+	float GetBoxWidth() const;
 	void TakeQuery();
 	FText GetCountText() const;
 

@@ -135,6 +135,27 @@ TEST_F(FEditorFrameTest, TabsAreClosedAndOpenedAgainByTheMenu)
 	EXPECT_TRUE(IsShown(FindByTag("InputTextBox")));
 }
 
+TEST_F(FEditorFrameTest, TheFindStripHasOneLineWhereThereIsRoomForIt)
+{
+	Click(FindByText("Window"));
+	Click(FindByText("Velmora AI"));
+	PumpFrame();
+	App().SetKeyboardFocus(FindByTag("InputTextBox"));
+	PressKey("CTRL+F");
+	const std::pair<int32, bool> Widths[] = { { 1280, true }, { 720, true }, { 360, false } };
+	for (const auto& [Width, bHasOneLine] : Widths)
+	{
+		Resize(Width, 600);
+		PumpFrame();
+		PumpFrame();
+		const FSlateRect First = GetRect(*FindByTag("FindBox"));
+		const FSlateRect Last = GetRect(*FindByTag("CloseFind"));
+		EXPECT_EQ(Last.Top < First.Bottom, bHasOneLine) << Width;
+		EXPECT_LE(Last.Right, static_cast<float>(Width)) << Width;
+		EXPECT_GT(First.Right - First.Left, 100.0f) << Width;
+	}
+}
+
 TEST_F(FEditorFrameTest, TheEditMenuWorksOnTheTextBefore)
 {
 	FGlobalTabmanager::Get()->TryInvokeTab(FTabId(SEditorFrame::GetLogTabName()));

@@ -1,9 +1,12 @@
 #include "Desktop/ProgramDriver.h"
 #include "FindText.h"
 #include "ShownTexts.h"
+#include "SoughtMessage.h"
 #include "Support/UiDriver.h"
 #include "Widgets/Layout/SScrollBox.h"
+#include "Widgets/SBoxPanel.h"
 #include "Widgets/SMarkdownTextBlock.h"
+#include "Widgets/SToolExecutionContainer.h"
 #include "Style/VelmoraUIStyles.h"
 
 #include <gtest/gtest.h>
@@ -42,6 +45,42 @@ TEST(FindText, FindsAsAsked)
 		EXPECT_EQ(Places, Row.Places) << Row.Text << " / " << Row.Words;
 	}
 	EXPECT_EQ(FindText::FindAll(TEXT("aaaaaa"), { TEXT("a") }, 4).Num(), 4);
+}
+
+TEST(SoughtMessage, IsTheOneWithTheLineAndTheBestPlace)
+{
+	TArray<TSharedPtr<FChatMessage>> Messages;
+	for (const TCHAR* const Text :
+		{ TEXT("count the\n\tsnails"), TEXT("many snails"), TEXT("count the snails, please"), TEXT("many snails") })
+	{
+		Messages.Add(Messages.Num() % 2 == 0 ? FChatMessage::CreateUserMessage(Text) : FChatMessage::CreateAIMessage(Text, false));
+	}
+	Messages.Insert(FChatMessage::CreateToolSummaryMessage(), 1);
+	const struct
+	{
+		const TCHAR* Excerpt;
+		int32 Position;
+		bool bIsUser;
+		int32 Index;
+	} Rows[] = {
+		{ TEXT("count the snails"), 0, true, 0 },
+		{ TEXT("\u2026the snails, please"), 0, true, 3 },
+		{ TEXT("count the snails\u2026"), 2, true, 3 },
+		{ TEXT("many snails"), 1, false, 2 },
+		{ TEXT("many snails"), 9, false, 4 },
+		{ TEXT("many snails"), 1, true, INDEX_NONE },
+		{ TEXT("Count the snails"), 0, true, INDEX_NONE },
+		{ TEXT("\u2026"), 0, true, INDEX_NONE },
+	};
+	for (const auto& Row : Rows)
+	{
+		EXPECT_EQ(SoughtMessage::Find(Messages, { FString(), Row.Position, Row.bIsUser, Row.Excerpt }), Row.Index)
+			<< Utf8(FString(Row.Excerpt));
+	}
+	// "sna cou" is nowhere like that, so the longest word is framed.
+	const TArray<Velmora::FFoundPlace> Places = { { 0, 5 }, { 10, 6 } };
+	EXPECT_EQ(Utf8(SoughtMessage::ChooseWords(TEXT(" The Sna "), TEXT("count the snails"), Places)), "The Sna");
+	EXPECT_EQ(Utf8(SoughtMessage::ChooseWords(TEXT("sna cou"), TEXT("count the snails"), Places)), "snails");
 }
 
 namespace
@@ -124,6 +163,37 @@ TEST_F(FShownTextTest, TheFrameStandsWhereTheTextIsPainted)
 	EXPECT_LE(Lines.Last().Bottom, GetRect(*Long).Bottom + 1.0f);
 }
 
+TEST_F(FShownTextTest, WhatIsFoldedAwayIsReadAndUnfolded)
+{
+	const TSharedPtr<FChatMessage> Tool = FChatMessage::CreateToolMessage(TEXT("read_file"), FString(), EToolStatus::Success);
+	Tool->ToolDisplayName = TEXT("Snail reader");
+	bool bIsOpen = false;
+	const TSharedRef<SWidget> Tools = SNew(SToolExecutionContainer)
+										  .ToolExecutions({ Tool })
+										  .IsExpanded_Lambda([&bIsOpen] { return bIsOpen; })
+										  .OnToggleExpanded_Lambda([&bIsOpen] { bIsOpen = !bIsOpen; });
+	const TSharedRef<SWidget> Section = SNew(SMarkdownTextBlock).Text(TEXT("<details><summary>More</summary>a snail inside</details>"));
+	const TSharedRef<SVerticalBox> Both = SNew(SVerticalBox);
+	Both->AddSlot().AutoHeight()[Tools];
+	Both->AddSlot().AutoHeight()[Section];
+	Show(Both);
+	PumpFrame();
+	for (const TSharedRef<SWidget>& Folded : { Tools, Section })
+	{
+		const TArray<FShownText> Texts = ShownTexts::Collect(*Folded);
+		const FShownText* const Found =
+			Texts.FindByPredicate([](const FShownText& Text) { return Text.Text.Contains(TEXT("snail"), ESearchCase::IgnoreCase); });
+		ASSERT_TRUE(Found);
+		const TSharedPtr<SWidget> Widget = Found->Parts[0].Widget.Pin();
+		EXPECT_TRUE(ShownTexts::IsHidden(*Widget, *Both));
+		EXPECT_TRUE(ShownTexts::Unfold(*Widget, *Both));
+		PumpFrame();
+		EXPECT_FALSE(ShownTexts::IsHidden(*Widget, *Both));
+		EXPECT_TRUE(IsShown(Widget.ToSharedRef()));
+		EXPECT_FALSE(ShownTexts::Unfold(*Widget, *Both)) << "what is open stays open";
+	}
+}
+
 namespace
 {
 	FRun RunSteps(const FRandomProject& Project, const std::string& Steps)
@@ -158,4 +228,31 @@ TEST(Find, CountsStepsScrollsAndGivesTheKeyboardBack)
 	EXPECT_EQ(ReadControl(Project, "third.json", "FindCount"), First);
 	EXPECT_EQ(ReadControl(Project, "case.json", "FindCount"), "No hits");
 	EXPECT_TRUE(Contains(ReadFile(Project.Path("closed.json")), "\"promptText\": \"a draft goes on\""));
+}
+
+TEST(Find, GoesToTheMessageThatASearchHasFound)
+{
+	const FRandomProject Project;
+	// So long that its beginning has no widgets before it is seen.
+	std::string Prompts = "is there a Zebrafinch, or are there more zebrafinches?\n";
+	for (int Index = 0; Index < 110; ++Index)
+	{
+		Prompts += "help\n";
+	}
+	const FRun Said = RunProgram({ "--headless", "--project", Project.Folder.string() }, Prompts, Project.OutFolder.string(),
+		{ "XDG_DATA_HOME=" + Project.Path("data") });
+	ASSERT_NE(Said.ExitCode, 2) << Said.Error;
+	const FRun Run = RunSteps(Project,
+		"wait idle 30\nclick Window\nclick Conversations\nwait idle 30\ntype zebraf\nwait idle 30\nkey ENTER\nwait idle 60\n"
+		"dump jumped.json\nkey F3\ntick 40\ndump next.json\nkey ESC\ntick 5\ndump closed.json\n");
+	EXPECT_EQ(Run.ExitCode, 0) << Run.Error;
+	EXPECT_EQ(ReadControl(Project, "jumped.json", "FindBox"), "zebraf");
+	const std::string Count = ReadControl(Project, "jumped.json", "FindCount");
+	EXPECT_TRUE(Contains(Count, " of ")) << Count;
+	EXPECT_NE(ReadControl(Project, "next.json", "FindCount"), Count);
+	EXPECT_TRUE(Contains(ReadFile(Project.Path("jumped.json")), "\"focus\": \"#InputTextBox\"")) << "one can go on typing";
+	const std::string Closed = ReadFile(Project.Path("closed.json"));
+	const size_t Strip = Closed.find("\"tag\": \"FindStrip\"");
+	ASSERT_NE(Strip, std::string::npos);
+	EXPECT_TRUE(Contains(Closed.substr(Strip, 60), "\"visible\": false"));
 }
