@@ -125,11 +125,18 @@ void FConversationItems::AddHits()
 		}
 		Item.Id = Hit.ConversationId;
 		Item.LastUpdated = Hit.LastUpdated;
-		Item.Speaker = Hit.Role == Velmora::EConversationRole::User ? TEXT("You") : TEXT("Velmora AI");
+		Item.Position = Hit.Position;
+		Item.bIsUser = Hit.Role == Velmora::EConversationRole::User;
+		Item.Speaker = Item.bIsUser ? TEXT("You") : TEXT("Velmora AI");
 		Item.Excerpt = Hit.Excerpt;
 		Item.Places = Hit.Places;
 		Shown.Add(MakeItem(Item));
 	}
+}
+
+bool FConversationItems::HidesHits() const
+{
+	return Hits.ContainsByPredicate([this](const Velmora::FConversationHit& Hit) { return Hidden.Contains(Hit.ConversationId); });
 }
 
 FString FConversationDeletions::TakeBack()

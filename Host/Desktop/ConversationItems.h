@@ -17,6 +17,10 @@ struct FConversationItem
 	FDateTime LastUpdated = FDateTime(0);
 	bool bIsPinned = false;
 
+	/** Of the message among all that are stored of its conversation, and whether the user said it. */
+	int32 Position = 0;
+	bool bIsUser = false;
+
 	/** Who said it; empty for a row that is a whole conversation. */
 	FString Speaker;
 	FString Excerpt;
@@ -54,6 +58,8 @@ public:
 	const TArray<FItem>& GetShown() const { return Shown; }
 	int32 GetStoredCount() const { return Stored.Num() - Hidden.Num(); }
 	const FString& GetQuery() const { return Query; }
+	/** Something that was found is in a conversation that is hidden. */
+	bool HidesHits() const;
 
 private:
 	void Rebuild();

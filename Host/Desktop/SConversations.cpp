@@ -39,6 +39,7 @@ namespace
 
 void SConversations::Construct(const FArguments& InArgs)
 {
+	OnShowFoundMessage = InArgs._OnShowFoundMessage;
 	// The list first: the others ask what is selected in it.
 	const TSharedRef<SWidget> Rows = MakeList();
 	ChildSlot[ToolTab::MakeFrame(MakeHead(), Rows, MakeButtons())];
@@ -292,10 +293,21 @@ FText SConversations::GetEmptyText() const
 	{
 		return FText();
 	}
-	return Items.GetQuery().IsEmpty()
-		? LOCTEXT("NoConversations", "There are no conversations in this project yet. What you say to the agent is kept, and stands here.")
-		: FText::Format(
-			  LOCTEXT("NothingFound", "No message has words that begin with \u201c{0}\u201d."), FText::FromString(Items.GetQuery()));
+	const FText Query = FText::FromString(Items.GetQuery());
+	const FConversationDeletions::FDeletion* const Latest = Deletions.GetLatest();
+	const FText Title = Latest ? FText::FromString(Latest->Title) : FText();
+	if (Items.GetQuery().IsEmpty())
+	{
+		return Latest
+			? FText::Format(LOCTEXT("AllDeleted", "Every conversation is deleted. Undo (Ctrl+Z) brings \u201c{0}\u201d back."), Title)
+			: LOCTEXT(
+				  "NoConversations", "There are no conversations in this project yet. What you say to the agent is kept, and stands here.");
+	}
+	return Latest && Items.HidesHits()
+		? FText::Format(LOCTEXT("LastFoundDeleted",
+							"No other message has words that begin with \u201c{0}\u201d. Undo (Ctrl+Z) brings \u201c{1}\u201d back."),
+			  Query, Title)
+		: FText::Format(LOCTEXT("NothingFound", "No message has words that begin with \u201c{0}\u201d."), Query);
 }
 
 FText SConversations::GetUndoText() const

@@ -4,6 +4,11 @@
 #include "Widgets/SCompoundWidget.h"
 #include "Widgets/Views/SListView.h"
 
+struct FSoughtMessage;
+
+/** A message that was found is to be shown, its conversation being open. */
+DECLARE_DELEGATE_TwoParams(FOnShowFoundMessage, const FString& /*Words*/, const FSoughtMessage&);
+
 class ITableRow;
 class SEditableTextBox;
 
@@ -15,6 +20,7 @@ class SConversations : public SCompoundWidget
 {
 public:
 	SLATE_BEGIN_ARGS(SConversations) {}
+	SLATE_EVENT(FOnShowFoundMessage, OnShowFoundMessage)
 	SLATE_END_ARGS()
 
 	void Construct(const FArguments& InArgs);
@@ -69,6 +75,7 @@ private:
 	FReply OnNameKey(const FGeometry& Geometry, const FKeyEvent& KeyEvent);
 	void FocusList();
 
+	FOnShowFoundMessage OnShowFoundMessage;
 	FConversationItems Items;
 	FConversationDeletions Deletions;
 	Velmora::FConversationSearch Finder;

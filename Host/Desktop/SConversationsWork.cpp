@@ -14,6 +14,7 @@
 #include "OpenChat.h"
 #include "ProblemToasts.h"
 #include "PromptBox.h"
+#include "SoughtMessage.h"
 #include "ViewModels/ChatMessage.h"
 #include "ViewModels/ChatViewModel.h"
 #include "ViewModels/ConversationExport.h"
@@ -213,6 +214,11 @@ void SConversations::Open()
 			return FProblemToasts::Tell(TEXT("Another conversation can be opened when the agent has finished or is stopped."));
 		}
 		ViewModel->LoadConversation(Item->Id);
+	}
+	if (!Item->Excerpt.IsEmpty())
+	{
+		OnShowFoundMessage.ExecuteIfBound(SoughtMessage::ChooseWords(Items.GetQuery(), Item->Excerpt, Item->Places),
+			FSoughtMessage{ Item->Id, Item->Position, Item->bIsUser, Item->Excerpt });
 	}
 	FPromptBox::Focus();
 }

@@ -309,8 +309,13 @@ void SEditorFrame::RegisterConversationsTab()
 {
 	FGlobalTabmanager::Get()
 		->RegisterNomadTabSpawner(GetConversationsTabName(),
-			FOnSpawnTab::CreateLambda(
-				[](const FSpawnTabArgs&) { return SNew(SDockTab).TabRole(ETabRole::NomadTab)[SNew(SConversations)]; }))
+			FOnSpawnTab::CreateSPLambda(this,
+				[this](const FSpawnTabArgs&)
+				{
+					return SNew(SDockTab).TabRole(
+						ETabRole::NomadTab)[SNew(SConversations)
+												.OnShowFoundMessage(FOnShowFoundMessage::CreateSP(FindStrip, &SFindStrip::ShowMessage))];
+				}))
 		.SetDisplayName(LOCTEXT("ConversationsTab", "Conversations"))
 		.SetTooltipText(LOCTEXT("ConversationsTabTooltip", "All conversations of this project: search, open, rename, pin, export, delete"))
 		.SetGroup(WorkspaceMenu::GetMenuStructure().GetToolsCategory())

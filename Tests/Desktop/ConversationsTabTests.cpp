@@ -236,10 +236,23 @@ TEST_F(FConversationsTabTest, ADeletionCanBeTakenBackForTenSeconds)
 	EXPECT_TRUE(Wait([] { return CountStored() == 1; }));
 	EXPECT_FALSE(IsOnScreen("Deleted: "));
 
+	// What was found in it alone says what can be done, not that it was never there.
+	PressKey("CTRL+F");
+	TypeText("snails");
+	ASSERT_TRUE(Wait([] { return StatusIs("found") && !StatusIs("searching"); }));
+	PressKey("Down");
+	PressKey("Delete");
+	EXPECT_TRUE(IsOnScreen("No other message has words that begin with \xE2\x80\x9Csnails\xE2\x80\x9D. Undo (Ctrl+Z) brings"));
+	PressKey("CTRL+Z");
+	EXPECT_FALSE(IsOnScreen("No other message"));
+	PressKey("CTRL+F");
+	PressKey("Escape");
+	ASSERT_TRUE(WaitForRow("1 conversation"));
+
 	// Closing the tab takes the way back away.
 	Click(FindByText("help me with snails"));
 	Click(FindByTag("DeleteConversation"));
-	EXPECT_TRUE(IsOnScreen("There are no conversations in this project yet."));
+	EXPECT_TRUE(IsOnScreen("Every conversation is deleted. Undo (Ctrl+Z) brings \xE2\x80\x9Chelp me with snails\xE2\x80\x9D back."));
 	App().SetRootContent(SNullWidget::NullWidget);
 	Tab.Reset();
 	PumpFrame(); // The layers hold what they painted until they paint anew.
