@@ -372,7 +372,8 @@ void FScriptRunner::AnswerDialog(const FScriptStep& Step)
 	{
 		if (!FHostFileDialogs::PressOpen(Step.Text))
 		{
-			Fail(Step, FString::Printf(TEXT("The dialog has no button \"%s\", but: Save, Cancel."), *Step.Text));
+			const TCHAR* const Accept = FHostFileDialogs::GetOpen()->bChoosesFolder ? TEXT("Choose") : TEXT("Save");
+			Fail(Step, FString::Printf(TEXT("The dialog has no button \"%s\", but: %s, Cancel."), *Step.Text, Accept));
 		}
 	}
 	else if (Messages.IsEmpty())

@@ -203,7 +203,8 @@ namespace
 		if (FHostFileDialogs::GetOpen().IsSet())
 		{
 			const FHostOpenSaveDialog Dialog = FHostFileDialogs::GetOpen().GetValue();
-			Dialogs.Add(DescribeDialog(Dialog.Title, Dialog.Problem, { TEXT("Save"), TEXT("Cancel") }));
+			Dialogs.Add(
+				DescribeDialog(Dialog.Title, Dialog.Problem, { Dialog.bChoosesFolder ? TEXT("Choose") : TEXT("Save"), TEXT("Cancel") }));
 			Dialogs.Last()->AsObject()->SetStringField(TEXT("folder"), Dialog.Folder);
 			Dialogs.Last()->AsObject()->SetStringField(TEXT("file"), Dialog.Name);
 		}

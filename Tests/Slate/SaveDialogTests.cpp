@@ -300,6 +300,33 @@ TEST_F(FSaveDialogTest, NamesThatAreNoTextAndLongListsWork)
 	EXPECT_EQ(File, Utf8(HostFileNameFromBytes(Folder.AtBytes(Odd))));
 }
 
+TEST_F(FSaveDialogTest, AFolderIsChosenWhereOneIsAskedFor)
+{
+	Folder.Write("deep/er/old.md", "x");
+	Dialog.bChoosesFolder = true;
+	// One that is not there stands for the nearest one above.
+	Dialog.Folder = Folder.At(TEXT("deep/missing"));
+	EXPECT_EQ(Ask({ Look(), [this]() { Click(FindByTag("SaveButton")); } }), Folder.AtBytes("deep"));
+	EXPECT_TRUE(Saw("er") && Saw("Choose") && !Saw("Name") && !Saw("Show"));
+	// By the keyboard alone: the list has it first.
+	Dialog.Folder = Folder.At(TEXT("deep/er"));
+	EXPECT_EQ(Ask({ Look(), Key(EKeys::BackSpace), [this]() { App().SetKeyboardFocus(FindByTag("SaveButton")); }, Key(EKeys::Enter) }),
+		Folder.AtBytes("deep"));
+	EXPECT_FALSE(Saw("old.md")) << "files cannot be chosen";
+	// What is typed counts, and a path that is no folder is told.
+	std::string Told;
+	const auto ToBox = [this]() { App().SetKeyboardFocus(FindByTag("SaveFolderBox")); };
+	EXPECT_EQ(Ask({ ToBox, Type(TEXT("x")), []() { FHostFileDialogs::PressOpen(TEXT("Choose")); }, [&]() { Told = Problem(); },
+				  Key(EKeys::Escape) }),
+		"-");
+	EXPECT_EQ(Told, "There is no folder \"" + Folder.AtBytes("deep/erx") + "\".");
+	std::string Refused;
+	EXPECT_EQ(Ask({ [&]() { Refused = Utf8(FHostFileDialogs::AnswerOpen(TEXT("old.md"))); },
+				  []() { FHostFileDialogs::AnswerOpen(TEXT("..")); } }),
+		Folder.AtBytes("deep"));
+	EXPECT_EQ(Refused, "There is no folder \"" + Folder.AtBytes("deep/er/old.md") + "\".");
+}
+
 TEST_F(FSaveDialogTest, AProgramWithoutAScreenCancelsOrTakesTheQueuedAnswer)
 {
 	FHostDialogs::SetAnswering(false);

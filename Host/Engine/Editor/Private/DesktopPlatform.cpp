@@ -24,6 +24,12 @@ namespace
 			OutFilenames.Add(MoveTemp(File));
 			return true;
 		}
+
+		virtual bool OpenDirectoryDialog(
+			const void* ParentWindowHandle, const FString& DialogTitle, const FString& DefaultPath, FString& OutFolderName) override
+		{
+			return FHostFileDialogs::AskForFolder(DialogTitle, DefaultPath, OutFolderName);
+		}
 	};
 }
 

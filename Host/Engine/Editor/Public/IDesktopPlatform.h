@@ -30,4 +30,15 @@ public:
 	 */
 	virtual bool SaveFileDialog(const void* ParentWindowHandle, const FString& DialogTitle, const FString& DefaultPath,
 		const FString& DefaultFile, const FString& FileTypes, uint32 Flags, TArray<FString>& OutFilenames) = 0;
+
+	/**
+	 * Asks for a folder that is there and waits for the answer.
+	 *
+	 * @param ParentWindowHandle  Null for the program's window.
+	 * @param DefaultPath         Where the dialog begins; one that is not there stands for the nearest one above it.
+	 * @param OutFolderName       Absolute. Empty when cancelled.
+	 * @return False when cancelled.
+	 */
+	virtual bool OpenDirectoryDialog(
+		const void* ParentWindowHandle, const FString& DialogTitle, const FString& DefaultPath, FString& OutFolderName) = 0;
 };

@@ -23,6 +23,7 @@ namespace
 	struct FSaveEntry
 	{
 		FString Title;
+		bool bChoosesFolder = false;
 		TSharedPtr<SWindow> Window;
 		TSharedPtr<SSaveDialog> Widget;
 		TOptional<FString> Chosen;
@@ -93,6 +94,7 @@ bool FHostFileDialogs::AskForSaveFile(const FHostSaveDialog& Dialog, FString& Ou
 		}
 	};
 	Entry->Title = Dialog.Title;
+	Entry->bChoosesFolder = Dialog.bChoosesFolder;
 	// clang-format off
 	Entry->Window = SNew(SWindow)
 		.Title(FText::FromString(Dialog.Title))
@@ -114,6 +116,15 @@ bool FHostFileDialogs::AskForSaveFile(const FHostSaveDialog& Dialog, FString& Ou
 	return Entry->Chosen.IsSet();
 }
 
+bool FHostFileDialogs::AskForFolder(const FString& Title, const FString& Folder, FString& OutFolder)
+{
+	FHostSaveDialog Dialog;
+	Dialog.Title = Title;
+	Dialog.Folder = Folder;
+	Dialog.bChoosesFolder = true;
+	return AskForSaveFile(Dialog, OutFolder);
+}
+
 void FHostFileDialogs::QueueAnswer(const FString& Path)
 {
 	GetSaveDialogState().QueuedAnswers.Add(Path);
@@ -132,6 +143,7 @@ TOptional<FHostOpenSaveDialog> FHostFileDialogs::GetOpen()
 	Open.Folder = Entry.Widget->GetFolder();
 	Open.Name = Entry.Widget->GetName();
 	Open.Problem = Entry.Widget->GetProblem();
+	Open.bChoosesFolder = Entry.bChoosesFolder;
 	return Open;
 }
 
@@ -166,7 +178,7 @@ bool FHostFileDialogs::PressOpen(const FString& ButtonName)
 		Entry->Window->RequestDestroyWindow();
 		return true;
 	}
-	if (ButtonName == TEXT("Save"))
+	if (ButtonName == (Entry->bChoosesFolder ? TEXT("Choose") : TEXT("Save")))
 	{
 		Entry->Widget->Accept(false);
 		return true;

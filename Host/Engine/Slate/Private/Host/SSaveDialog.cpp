@@ -24,12 +24,13 @@ void SSaveDialog::ShowEntries()
 	const int32 Fixed = Entries.Num();
 	for (const FHostFolderEntry& Entry : Found)
 	{
-		if (Entry.bIsFolder || Filter->Matches(Entry.Name))
+		if (Entry.bIsFolder || (!bChoosesFolder && Filter->Matches(Entry.Name)))
 		{
 			Entries.Add(MakeShared<FHostFolderEntry>(Entry));
 		}
 	}
 	EmptyNote = Entries.Num() > Fixed ? FString()
+		: bChoosesFolder			  ? FString(TEXT("There is no folder in this one."))
 		: Found.Num() > 0			  ? FString(TEXT("No file here fits the type."))
 									  : FString(TEXT("This folder is empty."));
 	List->ScrollToTop();
@@ -70,6 +71,11 @@ void SSaveDialog::ShowFolderPath()
 {
 	FolderBox->SetText(FText::FromString(Folder));
 	FolderBox->GoTo(ETextLocation::EndOfDocument);
+	if (bChoosesFolder)
+	{
+		TakenName = Folder;
+		TakenText = FolderBox->GetText().ToString();
+	}
 }
 
 void SSaveDialog::GoUp()
@@ -106,7 +112,7 @@ void SSaveDialog::OpenEntry(FEntry Entry)
 
 void SSaveDialog::OnEntryPicked(FEntry Entry, ESelectInfo::Type Info)
 {
-	if (Entry && !Entry->bIsFolder)
+	if (Entry && !Entry->bIsFolder && !bChoosesFolder)
 	{
 		SetName(Entry->Name);
 	}
@@ -114,15 +120,15 @@ void SSaveDialog::OnEntryPicked(FEntry Entry, ESelectInfo::Type Info)
 
 void SSaveDialog::SetName(const FString& Name)
 {
-	NameBox->SetText(FText::FromString(Name));
+	GetAnswerBox().SetText(FText::FromString(Name));
 	TakenName = Name;
-	TakenText = NameBox->GetText().ToString();
+	TakenText = GetAnswerBox().GetText().ToString();
 	Problem.Reset();
 }
 
 FString SSaveDialog::GetName() const
 {
-	const FString Text = NameBox->GetText().ToString();
+	const FString Text = GetAnswerBox().GetText().ToString();
 	return Text.Equals(TakenText) ? TakenName : Text;
 }
 
@@ -143,6 +149,10 @@ bool SSaveDialog::AskToReplace(const FString& Path) const
 // is made.
 void SSaveDialog::Accept(bool bReplaceWithoutAsking)
 {
+	if (bChoosesFolder)
+	{
+		return ChooseFolder();
+	}
 	FSaveTarget Target = FSaveTarget::Find(Folder, GetName());
 	if (Target.Kind == FSaveTarget::EKind::NewFile)
 	{
@@ -178,6 +188,17 @@ void SSaveDialog::Accept(bool bReplaceWithoutAsking)
 	}
 	const FOnSaveFileChosen Handler = ChosenHandler;
 	Handler.ExecuteIfBound(Target.Path);
+}
+
+void SSaveDialog::ChooseFolder()
+{
+	const FSaveTarget Target = FSaveTarget::Find(Folder, GetName().IsEmpty() ? Folder : GetName() + TEXT("/"));
+	Problem = Target.Problem;
+	if (Target.Kind == FSaveTarget::EKind::Folder)
+	{
+		const FOnSaveFileChosen Handler = ChosenHandler;
+		Handler.ExecuteIfBound(Target.Path);
+	}
 }
 
 void SSaveDialog::OnNameCommitted(const FText& Text, ETextCommit::Type Type)
@@ -252,7 +273,7 @@ void SSaveDialog::MakeNewFolder()
 
 FReply SSaveDialog::OnFocusReceived(const FGeometry& MyGeometry, const FFocusEvent& InFocusEvent)
 {
-	return FReply::Handled().SetUserFocus(NameBox.ToSharedRef());
+	return FReply::Handled().SetUserFocus(bChoosesFolder ? TSharedRef<SWidget>(List.ToSharedRef()) : NameBox.ToSharedRef());
 }
 
 FReply SSaveDialog::OnKeyDown(const FGeometry& MyGeometry, const FKeyEvent& InKeyEvent)

@@ -26,7 +26,7 @@ public:
 
 	void Construct(const FArguments& InArgs, const FHostSaveDialog& Dialog);
 
-	/** Saves under what stands in the name box, or goes to the folder that it names. */
+	/** Saves under what stands in the name box, or goes to the folder that it names. Where a folder is asked for, takes the one shown. */
 	void Accept(bool bReplaceWithoutAsking);
 	void SetName(const FString& Name);
 	FString GetName() const;
@@ -62,6 +62,9 @@ private:
 	/** Fills the list from what was found, by the filter. */
 	void ShowEntries();
 	void ShowFolderPath();
+	void ChooseFolder();
+	/** Where the answer stands. */
+	SEditableTextBox& GetAnswerBox() const { return bChoosesFolder ? *FolderBox : *NameBox; }
 	void OpenEntry(FEntry Entry);
 	void OnEntryPicked(FEntry Entry, ESelectInfo::Type Info);
 	void OnNameCommitted(const FText& Text, ETextCommit::Type Type);
@@ -92,4 +95,5 @@ private:
 	TSharedPtr<SEditableTextBox> NameBox;
 	TSharedPtr<SListView<FEntry>> List;
 	bool bNewFolderShown = false;
+	bool bChoosesFolder = false;
 };

@@ -34,6 +34,7 @@ void SSaveDialog::Construct(const FArguments& InArgs, const FHostSaveDialog& Dia
 	ChosenHandler = InArgs._OnChosen;
 	CancelHandler = InArgs._OnCancelled;
 	SuggestedName = Dialog.File;
+	bChoosesFolder = Dialog.bChoosesFolder;
 	Folder = FSaveTarget::Collapse(Dialog.Folder);
 	for (const FSaveFilter& Row : FSaveFilter::Parse(Dialog.FileTypes))
 	{
@@ -93,6 +94,10 @@ void SSaveDialog::Construct(const FArguments& InArgs, const FHostSaveDialog& Dia
 // A folder that is not there yet is a fair answer to "where to": it is made when the file is saved.
 void SSaveDialog::ShowFirstFolder()
 {
+	while (bChoosesFolder && !Folder.Equals(TEXT("/")) && HostGetPathKind(Folder) != EHostPathKind::Folder)
+	{
+		Folder = FSaveTarget::GetParent(Folder);
+	}
 	FString Reason;
 	const bool bRead = HostListFolder(Folder, Found, Reason);
 	ShowEntries();
@@ -103,7 +108,10 @@ void SSaveDialog::ShowFirstFolder()
 			: FString::Printf(TEXT("This folder cannot be read: %s."), *Reason);
 	}
 	ShowFolderPath();
-	SetName(SuggestedName);
+	if (!bChoosesFolder)
+	{
+		SetName(SuggestedName);
+	}
 }
 
 TSharedRef<SWidget> SSaveDialog::MakeProblemRow() const
@@ -269,6 +277,7 @@ TSharedRef<SWidget> SSaveDialog::MakeNameRow()
 {
 	// clang-format off
 	return SNew(SHorizontalBox)
+		.Visibility(bChoosesFolder ? EVisibility::Collapsed : EVisibility::Visible)
 		+ SHorizontalBox::Slot()
 		.AutoWidth()
 		[
@@ -291,6 +300,7 @@ TSharedRef<SWidget> SSaveDialog::MakeFilterRow()
 {
 	// clang-format off
 	return SNew(SHorizontalBox)
+		.Visibility(bChoosesFolder ? EVisibility::Collapsed : EVisibility::Visible)
 		+ SHorizontalBox::Slot()
 		.AutoWidth()
 		[
@@ -330,7 +340,7 @@ TSharedRef<SWidget> SSaveDialog::MakeButtonRow()
 				SNew(SButton)
 				.Tag(FName(TEXT("SaveButton")))
 				.ButtonStyle(FAppStyle::Get(), TEXT("PrimaryButton"))
-				.Text(NSLOCTEXT("HostSaveDialog", "Save", "Save"))
+				.Text(bChoosesFolder ? NSLOCTEXT("HostSaveDialog", "Choose", "Choose") : NSLOCTEXT("HostSaveDialog", "Save", "Save"))
 				.OnClicked_Lambda([this]()
 				{
 					Accept(false);

@@ -12,6 +12,8 @@ struct FHostSaveDialog
 	FString File;
 	/** Pairs of a label and patterns: "Text (*.txt)|*.txt|Pictures (*.png;*.jpg)|*.png;*.jpg". */
 	FString FileTypes;
+	/** A folder is asked for: there is neither a name nor a filter. */
+	bool bChoosesFolder = false;
 };
 
 /** A save dialog that waits for an answer. */
@@ -22,6 +24,8 @@ struct FHostOpenSaveDialog
 	FString Name;
 	/** What the dialog has refused last, and why; empty when nothing. */
 	FString Problem;
+	/** Its button is "Choose" then, not "Save". */
+	bool bChoosesFolder = false;
 };
 
 /**
@@ -37,6 +41,9 @@ public:
 	/** Asks and waits. @return False when cancelled. OutFile is absolute, its name is as typed. */
 	static bool AskForSaveFile(const FHostSaveDialog& Dialog, FString& OutFile);
 
+	/** Asks for a folder that is there, beginning at that one or the nearest one above it. @return False when cancelled. */
+	static bool AskForFolder(const FString& Title, const FString& Folder, FString& OutFolder);
+
 	/** Answers the next save dialog without showing it: a path, relative to the dialog's folder, or empty to cancel. */
 	static void QueueAnswer(const FString& Path);
 
@@ -47,6 +54,6 @@ public:
 	 * asking. @return Empty when the dialog closes; else a sentence, the dialog's own where it has refused.
 	 */
 	static FString AnswerOpen(const FString& Path);
-	/** Presses "Save" or "Cancel" in the open dialog, ignoring case. False when there is no such button or dialog. */
+	/** Presses "Save" (or "Choose") or "Cancel" in the open dialog, ignoring case. False when there is no such button or dialog. */
 	static bool PressOpen(const FString& ButtonName);
 };
