@@ -1,6 +1,8 @@
 #include "Framework/Docking/TabManager.h"
 #include "Host/HostConfig.h"
 #include "Host/HostConfigStore.h"
+#include "Host/HostFileDialogs.h"
+#include "Host/HostServices.h"
 #include "Host/HostSettings.h"
 #include "Host/SDockArea.h"
 #include "ISettingsModule.h"
@@ -32,6 +34,7 @@ public:
 	double SpeedOfTurn = 0.5;
 	float Factor = 0.1f;
 	TArray<FString> Folders = { TEXT("a"), TEXT("b") };
+	FString OutputFolder = TEXT("/");
 
 	void VisitConfigProperties(FHostConfigVisitor& Visitor) override
 	{
@@ -40,11 +43,13 @@ public:
 		Visitor.Choice(TEXT("Mode"), Mode, ModeNames);
 		Visitor.Group(TEXT("Numbers"));
 		Visitor.Property(TEXT("bUseHTTPProxy"), bUseHTTPProxy);
+		Visitor.Explain(TEXT("How many snails there may be."));
 		Visitor.Property(TEXT("MaxCount"), MaxCount, 1, 100);
 		Visitor.Property(TEXT("Offset"), Offset);
 		Visitor.Property(TEXT("SpeedOfTurn"), SpeedOfTurn, 0.0, 1.0);
 		Visitor.Property(TEXT("Factor"), Factor);
 		Visitor.Property(TEXT("Folders"), Folders);
+		Visitor.Property(TEXT("OutputFolder"), OutputFolder);
 	}
 };
 
@@ -194,6 +199,72 @@ TEST_F(FSettingsPageTest, WhatIsNoValueIsAnsweredInWords)
 	Enter("MaxCount", " 100 ");
 	EXPECT_EQ(ReadSaved(TEXT("MaxCount")), "100");
 	EXPECT_FALSE(IsOnScreen("101 is not between 1 and 100. The value stays 5."));
+}
+
+TEST_F(FSettingsPageTest, EveryFieldGoesBackToItsDefault)
+{
+	Open();
+	Resize(1280, 1400);
+	PumpFrame();
+	const std::tuple<const char*, const char*, const char*> Cases[] = {
+		{ "MaxCount", "7", "5" },
+		{ "Offset", "no number", "-3" },
+		{ "SpeedOfTurn", "0.25", "0.5" },
+		{ "ProjectDescription", "second", "first" },
+		{ "Folders", "x", "a\nb" },
+		{ "OutputFolder", "/tmp", "/" },
+	};
+	TArray<EAppReturnType::Type> Answers = { EAppReturnType::No };
+	FHostServices::SetMessageDialogHook(
+		[&Answers](const FHostMessageDialog&) { return Answers.Num() > 1 ? EAppReturnType::Yes : Answers[0]; });
+	for (const auto& [Tag, Entered, Default] : Cases)
+	{
+		SCOPED_TRACE(Tag);
+		const std::string Button = std::string("Default.") + Tag;
+		EXPECT_FALSE(FWidgetFinder::FindByTag(FName(Button.c_str()))) << "nothing to go back to";
+		Enter(Tag, Entered);
+		Click(FindByTag(Button.c_str()));
+		PumpFrame();
+		if (GetText(Tag) == Entered)
+		{
+			// A text of one's own is asked for first.
+			Answers.Add(EAppReturnType::Yes);
+			Click(FindByTag(Button.c_str()));
+			PumpFrame();
+			Answers.SetNum(1);
+		}
+		EXPECT_EQ(GetText(Tag), Default);
+		EXPECT_FALSE(FWidgetFinder::FindByTag(FName(Button.c_str())));
+	}
+	FHostServices::SetMessageDialogHook(nullptr);
+	EXPECT_EQ(ReadSaved(TEXT("MaxCount")), "5");
+	Click(FindByTag("bUseHTTPProxy"));
+	Click(FindByTag("Default.bUseHTTPProxy"));
+	EXPECT_FALSE(Settings->bUseHTTPProxy);
+	Settings->Mode = 2;
+	PumpFrame();
+	Click(FindByTag("Default.Mode"));
+	EXPECT_EQ(Settings->Mode, 1);
+	EXPECT_TRUE(IsOnScreen("Fast"));
+}
+
+TEST_F(FSettingsPageTest, FieldsAreExplainedAndFoldersPickedInADialog)
+{
+	Open();
+	EXPECT_TRUE(IsOnScreen("How many snails there may be."));
+	Enter("SettingsSearch", "snail");
+	EXPECT_TRUE(IsOnScreen("Max Count"));
+	EXPECT_FALSE(IsOnScreen("Offset"));
+	Enter("SettingsSearch", "output");
+	EXPECT_FALSE(FWidgetFinder::FindByTag("Choose.ProjectDescription"));
+	FHostFileDialogs::QueueAnswer(TEXT(""));
+	Click(FindByTag("Choose.OutputFolder"));
+	EXPECT_EQ(GetText("OutputFolder"), "/") << "cancelled";
+	FHostFileDialogs::QueueAnswer(TEXT("/usr"));
+	Click(FindByTag("Choose.OutputFolder"));
+	PumpFrame();
+	EXPECT_EQ(GetText("OutputFolder"), "/usr");
+	EXPECT_EQ(ReadSaved(TEXT("OutputFolder")), "/usr");
 }
 
 TEST_F(FSettingsPageTest, ShowsPresentValuesWhenItComesToTheFront)

@@ -22,6 +22,7 @@ struct FHostPropertyHints
  *   void UMySettings::VisitConfigProperties(FHostConfigVisitor& Visitor)
  *   {
  *       Visitor.Group(TEXT("General"));
+ *       Visitor.Explain(TEXT("The language of the answers."));
  *       Visitor.Property(TEXT("Language"), Language);
  *       Visitor.Property(TEXT("MaxCount"), MaxCount, 1, 100);
  *   }
@@ -43,6 +44,8 @@ public:
 
 	/** The properties that follow belong together under this heading, where one is shown. */
 	virtual void Group(const TCHAR* Heading) {}
+	/** What the next property is for, in a sentence or two for users. */
+	virtual void Explain(const TCHAR* Sentence) {}
 	/** Told right before the property of that name. */
 	virtual void Describe(const TCHAR* Name, const FHostPropertyHints& Hints) {}
 

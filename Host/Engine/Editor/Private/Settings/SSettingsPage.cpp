@@ -153,11 +153,15 @@ void SSettingsPage::OnSearchChanged(const FText& Text)
 	RebuildSections();
 }
 
+bool SSettingsPage::IsNamed(const FSettingsProperty& Property) const
+{
+	return Property.GetLabel().Contains(Search) || Property.Group.Contains(Search) || Property.Description.Contains(Search);
+}
+
 // A section's own name finds all of its rows.
 bool SSettingsPage::IsFound(const FRow& Row) const
 {
-	return Search.IsEmpty() || Row.Label.Contains(Search) || Row.Property.Group.Contains(Search) ||
-		Section->GetDisplayName().ToString().Contains(Search);
+	return Search.IsEmpty() || IsNamed(Row.Property) || Section->GetDisplayName().ToString().Contains(Search);
 }
 
 bool SSettingsPage::IsFound(const FSettingsSection& Other) const
@@ -168,8 +172,7 @@ bool SSettingsPage::IsFound(const FSettingsSection& Other) const
 	}
 	UObject* const Object = Other.GetSettingsObject().Get();
 	return Object &&
-		FSettingsProperties::List(*Object).ContainsByPredicate(
-			[this](const FSettingsProperty& Property) { return Property.GetLabel().Contains(Search) || Property.Group.Contains(Search); });
+		FSettingsProperties::List(*Object).ContainsByPredicate([this](const FSettingsProperty& Property) { return IsNamed(Property); });
 }
 
 TSharedRef<SWidget> SSettingsPage::MakeSearchBox()
@@ -318,8 +321,11 @@ void SSettingsPage::RebuildRows()
 	List->AddSlot().AutoHeight().Padding(16.0f, 14.0f, 16.0f, 10.0f)[MakeTitle(*Section)];
 	FString Group;
 	bool bOdd = false;
-	for (const FSettingsProperty& Property : FSettingsProperties::List(*Object))
+	const TArray<FSettingsProperty> Properties = FSettingsProperties::List(*Object);
+	const TArray<FString> Defaults = FSettingsProperties::ReadDefaults(*Object, Properties);
+	for (int32 Index = 0; Index < Properties.Num(); ++Index)
 	{
+		const FSettingsProperty& Property = Properties[Index];
 		if (!Property.Group.Equals(Group))
 		{
 			Group = Property.Group;
@@ -329,6 +335,7 @@ void SSettingsPage::RebuildRows()
 		const TSharedRef<FRow> Row = MakeShared<FRow>();
 		Row->Property = Property;
 		Row->Label = Property.GetLabel();
+		Row->DefaultText = Defaults[Index];
 		Rows.Add(Row);
 		List->AddSlot().AutoHeight()[MakeRow(Row, bOdd)];
 		bOdd = !bOdd;

@@ -31,6 +31,7 @@ private:
 	{
 		FSettingsProperty Property;
 		FString Label;
+		FString DefaultText;
 		/** Of a choice: the places of the names. */
 		TArray<TSharedPtr<int32>> Options;
 		/** Makes the editor show the present value. */
@@ -48,6 +49,12 @@ private:
 	TSharedRef<SWidget> MakeTitle(const FSettingsSection& Shown);
 	TSharedRef<SWidget> MakeGroupHeading(const FString& Group);
 	TSharedRef<SWidget> MakeRow(const TSharedRef<FRow>& Row, bool bOdd);
+	TSharedRef<SWidget> MakeName(const TSharedRef<FRow>& Row);
+	/** The editor, and what goes back to the default beside it. */
+	TSharedRef<SWidget> MakeValue(const TSharedRef<FRow>& Row);
+	TSharedRef<SWidget> MakeFolderEditor(const TSharedRef<FRow>& Row);
+	void ChooseFolder(FRow& Row);
+	void GoToDefault(FRow& Row);
 	TSharedRef<SWidget> MakeEditor(const TSharedRef<FRow>& Row);
 	TSharedRef<SWidget> MakeTextEditor(const TSharedRef<FRow>& Row);
 	/** A box of one line, units wide at the most. */
@@ -60,6 +67,8 @@ private:
 	FString GetValue(const FRow& Row) const;
 	void SetValue(FRow& Row, const FString& Text);
 	void OnSearchChanged(const FText& Text);
+	/** The property's own words have what is searched for. */
+	bool IsNamed(const FSettingsProperty& Property) const;
 	bool IsFound(const FRow& Row) const;
 	bool IsFound(const FSettingsSection& Other) const;
 

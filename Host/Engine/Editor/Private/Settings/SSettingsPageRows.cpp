@@ -1,8 +1,13 @@
 #include "Settings/SSettingsPage.h"
 
+#include "DesktopPlatformModule.h"
+#include "IDesktopPlatform.h"
+#include "Misc/MessageDialog.h"
+#include "Misc/Paths.h"
 #include "Styling/AppStyle.h"
 #include "Styling/CoreStyle.h"
 #include "UObject/Object.h"
+#include "Widgets/Input/SButton.h"
 #include "Widgets/Input/SCheckBox.h"
 #include "Widgets/Input/SEditableTextBox.h"
 #include "Widgets/Input/SMultiLineEditableTextBox.h"
@@ -22,17 +27,9 @@ namespace
 	constexpr float ShortValueHeight = 26.0f;
 	constexpr float RowSide = 16.0f;
 
-	/** What is called a folder, a file or a path is one line, however long. */
-	bool IsPath(const FSettingsProperty& Property)
-	{
-		return Property.Kind == FSettingsProperty::EKind::Text &&
-			(Property.Name.EndsWith(TEXT("Folder")) || Property.Name.EndsWith(TEXT("Directory")) || Property.Name.EndsWith(TEXT("File")) ||
-				Property.Name.EndsWith(TEXT("Path")));
-	}
-
 	bool HasManyLines(const FSettingsProperty& Property)
 	{
-		return (Property.Kind == FSettingsProperty::EKind::Text && !IsPath(Property)) || Property.Kind == FSettingsProperty::EKind::Lines;
+		return (Property.Kind == FSettingsProperty::EKind::Text && !Property.IsPath()) || Property.Kind == FSettingsProperty::EKind::Lines;
 	}
 }
 
@@ -75,11 +72,9 @@ TSharedRef<SWidget> SSettingsPage::MakeRow(const TSharedRef<FRow>& Row, bool bOd
 			+ SHorizontalBox::Slot()
 			.FillWidth(NameShare)
 			.VAlign(bTall ? VAlign_Top : VAlign_Center)
+			.Padding(0.0f, bTall ? 5.0f : 0.0f, 8.0f, 0.0f)
 			[
-				SNew(STextBlock)
-				.Text(FText::FromString(Row->Label))
-				.AutoWrapText(true)
-				.Margin(FMargin(0.0f, bTall ? 5.0f : 0.0f, 8.0f, 0.0f))
+				MakeName(Row)
 			]
 			+ SHorizontalBox::Slot()
 			.FillWidth(1.0f - NameShare)
@@ -89,7 +84,7 @@ TSharedRef<SWidget> SSettingsPage::MakeRow(const TSharedRef<FRow>& Row, bool bOd
 				+ SVerticalBox::Slot()
 				.AutoHeight()
 				[
-					MakeEditor(Row)
+					MakeValue(Row)
 				]
 				+ SVerticalBox::Slot()
 				.AutoHeight()
@@ -107,6 +102,122 @@ TSharedRef<SWidget> SSettingsPage::MakeRow(const TSharedRef<FRow>& Row, bool bOd
 	// clang-format on
 }
 
+TSharedRef<SWidget> SSettingsPage::MakeName(const TSharedRef<FRow>& Row)
+{
+	const TSharedRef<SVerticalBox> Lines = SNew(SVerticalBox);
+	Lines->AddSlot().AutoHeight()[SNew(STextBlock).Text(FText::FromString(Row->Label)).AutoWrapText(true)];
+	if (!Row->Property.Description.IsEmpty())
+	{
+		// clang-format off
+		Lines->AddSlot()
+		.AutoHeight()
+		.Padding(0.0f, 2.0f, 0.0f, 0.0f)
+		[
+			SNew(STextBlock)
+			.Text(FText::FromString(Row->Property.Description))
+			.TextStyle(FAppStyle::Get(), TEXT("SmallText"))
+			.ColorAndOpacity(FSlateColor(FAppStyle::GetColor("Colors.ForegroundSubdued")))
+			.AutoWrapText(true)
+		];
+		// clang-format on
+	}
+	return Lines;
+}
+
+TSharedRef<SWidget> SSettingsPage::MakeValue(const TSharedRef<FRow>& Row)
+{
+	FRow* const Plain = &Row.Get();
+	// Hidden and not collapsed, so that nothing moves while one types.
+	const auto GetDefaultVisibility = [this, Plain]()
+	{
+		const bool bIsDefault = Plain->Complaint.IsEmpty() && GetValue(*Plain).Equals(Plain->DefaultText);
+		return bIsDefault ? EVisibility::Hidden : EVisibility::Visible;
+	};
+	const FText ToolTip = Row->DefaultText.IsEmpty() ? NSLOCTEXT("Settings", "DefaultEmpty", "Back to the default, which is empty")
+													 : NSLOCTEXT("Settings", "DefaultTip", "Back to the default");
+	// clang-format off
+	return SNew(SHorizontalBox)
+		+ SHorizontalBox::Slot()
+		.FillWidth(1.0f)
+		[
+			MakeEditor(Row)
+		]
+		+ SHorizontalBox::Slot()
+		.AutoWidth()
+		.VAlign(VAlign_Top)
+		.Padding(8.0f, 0.0f, 0.0f, 0.0f)
+		[
+			SNew(SButton)
+			.Tag(FName(*(TEXT("Default.") + Row->Property.Name)))
+			.Text(NSLOCTEXT("Settings", "Default", "Default"))
+			.ToolTipText(ToolTip)
+			.Visibility_Lambda(GetDefaultVisibility)
+			.OnClicked_Lambda([this, Row]()
+			{
+				GoToDefault(*Row);
+				return FReply::Handled();
+			})
+		];
+	// clang-format on
+}
+
+// A text of the user's own is not taken away by one click.
+void SSettingsPage::GoToDefault(FRow& Row)
+{
+	if (HasManyLines(Row.Property) && !GetValue(Row).IsEmpty())
+	{
+		const FText Question =
+			FText::Format(NSLOCTEXT("Settings", "DefaultQuestion", "Replace what stands in \u201c{0}\u201d by its default?"),
+				FText::FromString(Row.Label));
+		if (FMessageDialog::Open(EAppMsgType::YesNo, Question, NSLOCTEXT("Settings", "DefaultTitle", "Back to the Default")) !=
+			EAppReturnType::Yes)
+		{
+			return;
+		}
+	}
+	SetValue(Row, Row.DefaultText);
+	RefreshValues();
+}
+
+TSharedRef<SWidget> SSettingsPage::MakeFolderEditor(const TSharedRef<FRow>& Row)
+{
+	// clang-format off
+	return SNew(SHorizontalBox)
+		+ SHorizontalBox::Slot()
+		.FillWidth(1.0f)
+		[
+			MakeLineEditor(Row, MaxValueWidth)
+		]
+		+ SHorizontalBox::Slot()
+		.AutoWidth()
+		.VAlign(VAlign_Center)
+		.Padding(8.0f, 0.0f, 0.0f, 0.0f)
+		[
+			SNew(SButton)
+			.Tag(FName(*(TEXT("Choose.") + Row->Property.Name)))
+			.Text(NSLOCTEXT("Settings", "ChooseFolder", "Choose\u2026"))
+			.ToolTipText(NSLOCTEXT("Settings", "ChooseFolderTip", "Pick the folder in a dialog"))
+			.OnClicked_Lambda([this, Row]()
+			{
+				ChooseFolder(*Row);
+				return FReply::Handled();
+			})
+		];
+	// clang-format on
+}
+
+void SSettingsPage::ChooseFolder(FRow& Row)
+{
+	const FString Present = GetValue(Row);
+	FString Chosen;
+	IDesktopPlatform* const Desktop = FDesktopPlatformModule::Get();
+	if (Desktop && Desktop->OpenDirectoryDialog(nullptr, Row.Label, Present.IsEmpty() ? FPaths::ProjectDir() : Present, Chosen))
+	{
+		SetValue(Row, Chosen);
+		RefreshValues();
+	}
+}
+
 TSharedRef<SWidget> SSettingsPage::MakeEditor(const TSharedRef<FRow>& Row)
 {
 	switch (Row->Property.Kind)
@@ -120,7 +231,9 @@ TSharedRef<SWidget> SSettingsPage::MakeEditor(const TSharedRef<FRow>& Row)
 	case FSettingsProperty::EKind::Lines:
 		break;
 	}
-	return IsPath(Row->Property) ? MakeLineEditor(Row, MaxValueWidth) : MakeTextEditor(Row);
+	return Row->Property.IsFolder() ? MakeFolderEditor(Row)
+		: Row->Property.IsPath()	? MakeLineEditor(Row, MaxValueWidth)
+									: MakeTextEditor(Row);
 }
 
 // Saved with every key. A text is set only when it differs, or the caret would jump at each refresh.

@@ -1,7 +1,7 @@
 #include "Settings/SettingsProperties.h"
 
 #include "Host/HostConfig.h"
-#include "UObject/Object.h"
+#include "UObject/UObjectGlobals.h"
 
 // Properties of a settings object as texts, by visiting it as the configuration does. A text that does not fit changes
 // nothing and gives a sentence that says what would fit.
@@ -16,6 +16,7 @@ namespace
 		TArray<FSettingsProperty> Found;
 
 		void Group(const TCHAR* Heading) override { CurrentGroup = Heading; }
+		void Explain(const TCHAR* Sentence) override { Explanation = Sentence; }
 		void Describe(const TCHAR* Name, const FHostPropertyHints& InHints) override
 		{
 			Hints = InHints;
@@ -35,6 +36,8 @@ namespace
 			FSettingsProperty& Property = Found.AddDefaulted_GetRef();
 			Property.Name = Name;
 			Property.Group = CurrentGroup;
+			Property.Description = MoveTemp(Explanation);
+			Explanation.Reset();
 			Property.Kind = Kind;
 			if (HintsName.Equals(Name))
 			{
@@ -49,6 +52,7 @@ namespace
 		}
 
 		FString CurrentGroup;
+		FString Explanation;
 		FString HintsName;
 		FHostPropertyHints Hints;
 	};
@@ -208,6 +212,16 @@ FString FSettingsProperty::GetLabel() const
 	return FString::Join(Words, TEXT(" "));
 }
 
+bool FSettingsProperty::IsFolder() const
+{
+	return Kind == EKind::Text && (Name.EndsWith(TEXT("Folder")) || Name.EndsWith(TEXT("Directory")));
+}
+
+bool FSettingsProperty::IsPath() const
+{
+	return IsFolder() || (Kind == EKind::Text && (Name.EndsWith(TEXT("File")) || Name.EndsWith(TEXT("Path"))));
+}
+
 TArray<FSettingsProperty> FSettingsProperties::List(UObject& Object)
 {
 	FPropertyLister Lister;
@@ -220,6 +234,22 @@ FString FSettingsProperties::GetText(UObject& Object, const FSettingsProperty& P
 	FPropertyReader Reader(Property.Name);
 	Object.VisitConfigProperties(Reader);
 	return Reader.Text;
+}
+
+TArray<FString> FSettingsProperties::ReadDefaults(UObject& Object, const TArray<FSettingsProperty>& Properties)
+{
+	// A new object is as its class makes it; only a class's default object has read the configuration.
+	UObject* const Fresh = StaticConstructObject(Object.GetClass(), nullptr, NAME_None, RF_NoFlags);
+	TArray<FString> Texts;
+	for (const FSettingsProperty& Property : Properties)
+	{
+		Texts.Add(Fresh ? GetText(*Fresh, Property) : FString());
+	}
+	if (Fresh)
+	{
+		Fresh->MarkAsGarbage();
+	}
+	return Texts;
 }
 
 FString FSettingsProperties::SetText(UObject& Object, const FSettingsProperty& Property, const FString& Text)
