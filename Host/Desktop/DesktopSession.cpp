@@ -31,6 +31,7 @@
 #include "Logging/LogMacros.h"
 #include "Misc/Paths.h"
 #include "Modules/ModuleManager.h"
+#include "OpenTabs.h"
 #include "PluginDescription.h"
 #include "ProblemToasts.h"
 #include "PromptBox.h"
@@ -114,6 +115,7 @@ FString FDesktopSession::Start(TFunction<void()> InOnFrame)
 	StartCodeIndex();
 	SetAgentOptions();
 	OpenTab();
+	RestoreTabs();
 	KeepDraft();
 	if (HasUser())
 	{
@@ -246,6 +248,10 @@ void FDesktopSession::SetUpWindow()
 			if (Draft)
 			{
 				Draft->NoteTurn();
+			}
+			if (OpenTabs)
+			{
+				OpenTabs->NoteTurn();
 			}
 			FSimulatedTime::BeginFrame();
 		});
@@ -380,6 +386,17 @@ void FDesktopSession::OpenTab()
 	FSimulatedTime::BeginFrame();
 	FSlateApplication::Get().Tick();
 	FPromptBox::Focus();
+}
+
+void FDesktopSession::RestoreTabs()
+{
+	if (HasUser())
+	{
+		OpenTabs = MakeUnique<FOpenTabs>(Velmora::GetStoreLocation().Folder / TEXT("Tabs.txt"));
+		OpenTabs->Restore();
+		// Closing them all at the end is no wish of the user's.
+		Host->AtEnd([this] { OpenTabs.Reset(); });
+	}
 }
 
 void FDesktopSession::KeepDraft()

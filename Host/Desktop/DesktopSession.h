@@ -12,6 +12,7 @@ class FAgentPages;
 class FKeysPage;
 class FDraftKeeper;
 class FHostIniStore;
+class FOpenTabs;
 class FOutputLog;
 class SEditorFrame;
 
@@ -51,6 +52,8 @@ private:
 	/** Who may be asked, and what need not be. */
 	void SetAgentOptions() const;
 	void OpenTab();
+	/** A session with a user has the tabs open that were open. */
+	void RestoreTabs();
 	/** A session with a user puts back the prompt that was not sent. */
 	void KeepDraft();
 
@@ -70,6 +73,8 @@ private:
 	FPromptFocus PromptFocus;
 	FPrimarySelection PrimarySelection;
 	FSavedFileToast SavedFileToast;
+	/** As the draft below. */
+	TUniquePtr<FOpenTabs> OpenTabs;
 	/** Null in runs without a user, who would find a prompt that was not theirs. */
 	TUniquePtr<FDraftKeeper> Draft;
 	/** Last: what ends with it uses the others. */

@@ -121,6 +121,28 @@ TEST_F(Window, AClosedTabLeavesAHint)
 	EXPECT_FALSE(Contains(Dump("again.json"), "NoTabHint"));
 }
 
+TEST_F(Window, OpenTabsAreThereAgain)
+{
+	RunKept("wait idle 30\nclick Window\nclick Agent Activity\nclick Window\nclick Output Log\ntick 5\nquit\n");
+	RunKept("wait idle 30\ndump front.json\nclick Agent Activity\ntick 5\nclick Window\nclick Close Tab\ntick 5\nclick Velmora AI\ntick 5\n"
+			"quit\n");
+	const auto IsVisible = [this](const std::string& File, const std::string& Tag)
+	{
+		const std::string Text = Dump(File);
+		const size_t At = Text.find("\"tag\": \"" + Tag + "\"");
+		return At != std::string::npos && Contains(Text.substr(At, Tag.size() + 60), "\"visible\": true");
+	};
+	EXPECT_TRUE(IsVisible("front.json", "LogFilter")) << "what stood in front does so";
+	RunKept("wait idle 30\ndump again.json\nclick Output Log\ntick 5\ndump log.json\n");
+	EXPECT_EQ(FocusIn("again.json"), "#InputTextBox");
+	EXPECT_TRUE(IsVisible("log.json", "LogFilter"));
+	EXPECT_FALSE(Contains(ReadFile(Project.Path("data/Velmora/Tabs.txt")), "AgentActivity")) << "closed is closed";
+	// A file that somebody has written opens nothing but tabs.
+	Project.Write("data/Velmora/Tabs.txt", "NoSuchTab\n*/etc/passwd\n\n");
+	RunKept("wait idle 30\ndump odd.json\nquit\n");
+	EXPECT_EQ(FocusIn("odd.json"), "#InputTextBox");
+}
+
 TEST_F(Window, QuittingDuringATurnAsks)
 {
 	// A paused turn waits for as long as the script wants.
