@@ -231,6 +231,91 @@ TEST_F(Launcher, ALinkWithALineOpensTheEditorThere)
 	EXPECT_TRUE(Utf8(Error).find("does not exist") != std::string::npos) << Utf8(Error);
 }
 
+TEST_F(Launcher, OtherTextsGoToAnEditorThatHasAWindow)
+{
+	FHostPlatform::InstallLauncher(false);
+	const FTempFolder Project;
+	Project.Write("notes.txt", "x");
+	Project.Write("picture.png", std::string("\x89PNG\0", 5));
+	Project.Write("sheet.csv", "a,b");
+	const struct
+	{
+		const char* Visual;
+		const char* Editor;
+		const char* File;
+		bool bIsEdited;
+	} Rows[] = {
+		{ "gedit -x", nullptr, "notes.txt", true },
+		{ "gedit -x", nullptr, "picture.png", false },
+		{ "gedit -x", nullptr, "sheet.csv", false },
+		{ "vim -x", nullptr, "notes.txt", false },
+		{ nullptr, "gedit -x", "notes.txt", false },
+		{ "gedit \"x", nullptr, "notes.txt", false },
+	};
+	for (const auto& Row : Rows)
+	{
+		const FEditorVariables Variables(Row.Visual, Row.Editor);
+		const FFakeOpener Opener(0);
+		for (const char* const Name : { "gedit", "vim" })
+		{
+			std::filesystem::copy_file(Opener.Folder.AtBytes("xdg-open"), Opener.Folder.AtBytes(Name));
+		}
+		EXPECT_TRUE(FPlatformProcess::LaunchFileInDefaultExternalApplication(*Project.At(UTF8_TO_TCHAR(Row.File))));
+		EXPECT_EQ(Opener.WaitForArguments(), (Row.bIsEdited ? "<-x>\n<" : "<") + Project.AtBytes(Row.File) + ">\n") << Row.File;
+	}
+	EXPECT_EQ(Asked.Num(), 0);
+}
+
+TEST_F(Launcher, WithoutEditorAndOpenerTheProgramShowsTexts)
+{
+	const FTempFolder Project;
+	Project.Write("run.py", "print()");
+	Project.Write("tool.bin",
+		std::string("\x7F"
+					"ELF\0",
+			5));
+	std::vector<std::string> Shown;
+	FHostPlatform::SetSourceViewer([&Shown](const FString& Path, int32 Line) { Shown.push_back(Utf8(Path) + ":" + std::to_string(Line)); });
+	const std::string OldPath = std::getenv("PATH");
+	setenv("PATH", "/nowhere", 1);
+	{
+		FHostPlatform::InstallLauncher(false);
+		const FEditorVariables Variables(nullptr, nullptr);
+		FPlatformProcess::LaunchURL(*(FString(TEXT("file:")) + Project.At(TEXT("run.py")) + TEXT("#L7")), nullptr, &Error);
+		EXPECT_TRUE(OpenSource(Project.At(TEXT("run.py")), Error));
+		EXPECT_TRUE(FPlatformProcess::LaunchFileInDefaultExternalApplication(*Project.At(TEXT("run.py"))));
+		EXPECT_EQ(Asked.Num(), 0) << "nothing is run";
+		// What is no text is for nobody here.
+		EXPECT_FALSE(FPlatformProcess::LaunchFileInDefaultExternalApplication(*Project.At(TEXT("tool.bin"))));
+		EXPECT_FALSE(FPlatformProcess::LaunchFileInDefaultExternalApplication(*Project.At(TEXT("gone.py"))));
+	}
+	{
+		// Who names an editor wants that one, and is told why it does not come.
+		const FEditorVariables Variables("no-such-editor", nullptr);
+		EXPECT_FALSE(OpenSource(Project.At(TEXT("run.py")), Error));
+	}
+	{
+		FHostPlatform::InstallLauncher(true);
+		const FEditorVariables Variables(nullptr, nullptr);
+		Answer = EAppReturnType::Yes;
+		EXPECT_TRUE(OpenSource(Project.At(TEXT("run.py")), Error)) << "a run without a user shows nothing";
+	}
+	setenv("PATH", OldPath.c_str(), 1);
+	FHostPlatform::SetSourceViewer(nullptr);
+	const std::string File = Project.AtBytes("run.py");
+	EXPECT_EQ(Shown, (std::vector<std::string>{ File + ":7", File + ":0", File + ":0" }));
+}
+
+TEST(EditorLine, KnowsWhichEditorsHaveAWindow)
+{
+	const std::pair<std::vector<std::string>, bool> Rows[] = { { { "/usr/bin/gvim" }, true }, { { "vim" }, false },
+		{ { "code", "-n" }, true }, { { "emacs" }, true }, { { "emacs", "-nw" }, false }, { { "my-editor" }, false }, { {}, false } };
+	for (const auto& [Command, bHasWindow] : Rows)
+	{
+		EXPECT_EQ(EditorLine::HasWindow(Command), bHasWindow) << testing::PrintToString(Command);
+	}
+}
+
 TEST(EditorLine, IsSaidAsEachEditorWantsIt)
 {
 	const struct

@@ -29,6 +29,7 @@ namespace
 		std::mutex Mutex;
 		TFunction<void(const FString&)> Problem;
 		TFunction<void()> DisplayLost;
+		TFunction<void(const FString&, int32)> SourceViewer;
 		bool bToldToEnd = false;
 		TArray<FString> Targets;
 	};
@@ -122,6 +123,34 @@ void FHostPlatform::SetDisplayLostHandler(TFunction<void()> Handler)
 	FPlatformHandlers& Handlers = GetHandlers();
 	const std::lock_guard<std::mutex> Lock(Handlers.Mutex);
 	Handlers.DisplayLost = MoveTemp(Handler);
+}
+
+void FHostPlatform::SetSourceViewer(TFunction<void(const FString& Path, int32 Line)> Viewer)
+{
+	FPlatformHandlers& Handlers = GetHandlers();
+	const std::lock_guard<std::mutex> Lock(Handlers.Mutex);
+	Handlers.SourceViewer = MoveTemp(Viewer);
+}
+
+bool PlatformState::HasSourceViewer()
+{
+	FPlatformHandlers& Handlers = GetHandlers();
+	const std::lock_guard<std::mutex> Lock(Handlers.Mutex);
+	return static_cast<bool>(Handlers.SourceViewer);
+}
+
+void PlatformState::ShowSource(const FString& Path, int32 Line)
+{
+	TFunction<void(const FString&, int32)> Viewer;
+	{
+		FPlatformHandlers& Handlers = GetHandlers();
+		const std::lock_guard<std::mutex> Lock(Handlers.Mutex);
+		Viewer = Handlers.SourceViewer;
+	}
+	if (Viewer)
+	{
+		Viewer(Path, Line);
+	}
 }
 
 // A problem is reported on the game thread, where handlers may show it, and before there is one it goes into the log.

@@ -12,4 +12,7 @@ namespace PlatformState
 	/** By a signal of the system, which waits for no answer. */
 	void NoteToldToEnd();
 	void RecordTarget(const FString& Target);
+	bool HasSourceViewer();
+	/** Game thread. */
+	void ShowSource(const FString& Path, int32 Line);
 }

@@ -11,45 +11,47 @@ namespace
 		std::string_view Program;
 		std::string_view First;
 		std::string_view Second;
+		/** It has a window of its own, and needs no terminal. */
+		bool bHasWindow;
 	};
 
 	constexpr std::string_view File = "F";
 	constexpr FEditorRow Rows[] = {
-		{ "vi", "+L", File },
-		{ "vim", "+L", File },
-		{ "gvim", "+L", File },
-		{ "nvim", "+L", File },
-		{ "nvim-qt", "+L", File },
-		{ "emacs", "+L", File },
-		{ "emacsclient", "+L", File },
-		{ "nano", "+L", File },
-		{ "micro", "+L", File },
-		{ "kak", "+L", File },
-		{ "joe", "+L", File },
-		{ "ne", "+L", File },
-		{ "mg", "+L", File },
-		{ "gedit", "+L", File },
-		{ "gnome-text-editor", "+L", File },
-		{ "pluma", "+L", File },
-		{ "xed", "+L", File },
-		{ "mousepad", "--line=L", File },
-		{ "geany", "--line=L", File },
-		{ "kate", "--line=L", File },
-		{ "kwrite", "--line=L", File },
-		{ "qtcreator", "F:L", {} },
-		{ "code", "--goto", "F:L" },
-		{ "code-oss", "--goto", "F:L" },
-		{ "code-insiders", "--goto", "F:L" },
-		{ "codium", "--goto", "F:L" },
-		{ "vscodium", "--goto", "F:L" },
-		{ "subl", "F:L", {} },
-		{ "sublime_text", "F:L", {} },
-		{ "hx", "F:L", {} },
-		{ "helix", "F:L", {} },
-		{ "zed", "F:L", {} },
-		{ "lapce", "F:L", {} },
-		{ "scite", "-open:F", "-goto:L" },
-		{ "kdevelop", "F:L", {} },
+		{ "vi", "+L", File, false },
+		{ "vim", "+L", File, false },
+		{ "gvim", "+L", File, true },
+		{ "nvim", "+L", File, false },
+		{ "nvim-qt", "+L", File, true },
+		{ "emacs", "+L", File, true },
+		{ "emacsclient", "+L", File, false },
+		{ "nano", "+L", File, false },
+		{ "micro", "+L", File, false },
+		{ "kak", "+L", File, false },
+		{ "joe", "+L", File, false },
+		{ "ne", "+L", File, false },
+		{ "mg", "+L", File, false },
+		{ "gedit", "+L", File, true },
+		{ "gnome-text-editor", "+L", File, true },
+		{ "pluma", "+L", File, true },
+		{ "xed", "+L", File, true },
+		{ "mousepad", "--line=L", File, true },
+		{ "geany", "--line=L", File, true },
+		{ "kate", "--line=L", File, true },
+		{ "kwrite", "--line=L", File, true },
+		{ "qtcreator", "F:L", {}, true },
+		{ "code", "--goto", "F:L", true },
+		{ "code-oss", "--goto", "F:L", true },
+		{ "code-insiders", "--goto", "F:L", true },
+		{ "codium", "--goto", "F:L", true },
+		{ "vscodium", "--goto", "F:L", true },
+		{ "subl", "F:L", {}, true },
+		{ "sublime_text", "F:L", {}, true },
+		{ "hx", "F:L", {}, false },
+		{ "helix", "F:L", {}, false },
+		{ "zed", "F:L", {}, true },
+		{ "lapce", "F:L", {}, true },
+		{ "scite", "-open:F", "-goto:L", true },
+		{ "kdevelop", "F:L", {}, true },
 	};
 
 	std::string FillIn(std::string_view Form, const std::string& Path, int Line)
@@ -61,15 +63,21 @@ namespace
 		}
 		return Word;
 	}
+
+	const FEditorRow* FindRow(const std::vector<std::string>& Command)
+	{
+		const std::string_view Whole = Command.empty() ? std::string_view() : std::string_view(Command.front());
+		const std::string_view Program = Whole.substr(Whole.rfind('/') == std::string_view::npos ? 0 : Whole.rfind('/') + 1);
+		const auto* const Row =
+			std::find_if(std::begin(Rows), std::end(Rows), [Program](const FEditorRow& Candidate) { return Candidate.Program == Program; });
+		return Row == std::end(Rows) ? nullptr : Row;
+	}
 }
 
 void EditorLine::Append(std::vector<std::string>& Command, const std::string& Path, int Line)
 {
-	const std::string_view Whole = Command.empty() ? std::string_view() : std::string_view(Command.front());
-	const std::string_view Program = Whole.substr(Whole.rfind('/') == std::string_view::npos ? 0 : Whole.rfind('/') + 1);
-	const auto* const Row =
-		std::find_if(std::begin(Rows), std::end(Rows), [Program](const FEditorRow& Candidate) { return Candidate.Program == Program; });
-	if (Line <= 0 || Row == std::end(Rows))
+	const FEditorRow* const Row = FindRow(Command);
+	if (Line <= 0 || !Row)
 	{
 		Command.push_back(Path);
 		return;
@@ -81,4 +89,15 @@ void EditorLine::Append(std::vector<std::string>& Command, const std::string& Pa
 			Command.push_back(FillIn(Form, Path, Line));
 		}
 	}
+}
+
+bool EditorLine::HasWindow(const std::vector<std::string>& Command)
+{
+	// Some of them can be told to stay in the terminal.
+	constexpr std::string_view TerminalOptions[] = { "-nw", "--no-window-system", "-t", "-tty", "--tty" };
+	const FEditorRow* const Row = FindRow(Command);
+	return Row && Row->bHasWindow &&
+		std::none_of(Command.begin() + 1, Command.end(),
+			[&TerminalOptions](const std::string& Word)
+			{ return std::find(std::begin(TerminalOptions), std::end(TerminalOptions), Word) != std::end(TerminalOptions); });
 }

@@ -13,4 +13,7 @@ namespace EditorLine
 	 * @param Line  From 1; 0 for none.
 	 */
 	void Append(std::vector<std::string>& Command, const std::string& Path, int Line);
+
+	/** The editor is known to open a window of its own, with these options, too. */
+	bool HasWindow(const std::vector<std::string>& Command);
 }

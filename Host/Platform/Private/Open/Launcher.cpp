@@ -8,6 +8,7 @@
 #include "Open/EditorLine.h"
 #include "PlatformState.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
@@ -31,18 +32,37 @@
 
 namespace
 {
-	/** Programs and libraries of this system begin so. */
-	bool BeginsAsProgram(const std::string& Path)
+	constexpr const char* DesktopOpener = "xdg-open";
+
+	/** Empty when there is none, or it cannot be read. */
+	std::string ReadBeginning(const std::string& Path)
 	{
 		// Non-blocking, so that a pipe of that name does not wait for its writer.
 		const int File = open(Path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-		char Start[4] = {};
+		char Start[8192];
 		const ssize_t Count = File < 0 ? 0 : read(File, Start, sizeof(Start));
 		if (File >= 0)
 		{
 			close(File);
 		}
-		return Count == sizeof(Start) && std::memcmp(Start, "\177ELF", sizeof(Start)) == 0;
+		return std::string(Start, static_cast<size_t>(Count > 0 ? Count : 0));
+	}
+
+	/** Where a program of that name would be found. */
+	bool IsInstalled(const std::string& Program)
+	{
+		const char* const Value = std::getenv("PATH");
+		const std::string Folders = Value ? Value : "";
+		for (size_t Begin = 0; Begin <= Folders.size();)
+		{
+			const size_t End = std::min(Folders.find(':', Begin), Folders.size());
+			if (End > Begin && access((Folders.substr(Begin, End - Begin) + "/" + Program).c_str(), X_OK) == 0)
+			{
+				return true;
+			}
+			Begin = End + 1;
+		}
+		return false;
 	}
 
 	// What the rules need to know, read once; links are followed to what would really be opened.
@@ -58,7 +78,13 @@ namespace
 		Facts.bExists = true;
 		Facts.bDirectory = S_ISDIR(Status.st_mode);
 		Facts.bExecutable = !Facts.bDirectory && (Status.st_mode & (S_IXUSR | S_IXGRP | S_IXOTH)) != 0;
-		Facts.bBinaryProgram = S_ISREG(Status.st_mode) && BeginsAsProgram(Bytes);
+		if (S_ISREG(Status.st_mode))
+		{
+			// Programs and libraries of this system begin so.
+			const std::string Start = ReadBeginning(Bytes);
+			Facts.bBinaryProgram = Start.starts_with("\177ELF");
+			Facts.bText = Start.find('\0') == std::string::npos && access(Bytes.c_str(), R_OK) == 0;
+		}
 		if (char* Real = realpath(Bytes.c_str(), nullptr))
 		{
 			Facts.RealPath = HostFileNameFromBytes(Real);
@@ -145,10 +171,14 @@ bool FLauncher::Launch(const FHostLaunchRequest& Given, bool bStartNothing, FStr
 	{
 		Request.Kind = FHostLaunchRequest::EKind::Source;
 	}
-	FString Target = Request.Target;
-	const FEditorCommand Editor = Request.Kind == FHostLaunchRequest::EKind::Source ? FEditorCommand::ReadEnvironment() : FEditorCommand();
-	FOpenDecision Decision =
-		Request.Kind == FHostLaunchRequest::EKind::Url ? OpenRules::JudgeUrl(Target) : JudgeFile(Request, Editor, Target);
+	const bool bIsFile = Request.Kind != FHostLaunchRequest::EKind::Url;
+	// The rules look at what was asked for, the opener gets a full path.
+	const FString Target = bIsFile ? FPaths::ConvertRelativePathToFull(Request.Target) : Request.Target;
+	const FOpenFileFacts Facts = bIsFile ? ReadFacts(Target) : FOpenFileFacts();
+	const FEditorCommand Editor = ChooseEditor(Request, Facts);
+	const bool bIsViewed = bIsFile && Facts.bText && Editor.Words.empty() && IsInGameThread() && PlatformState::HasSourceViewer() &&
+		!bStartNothing && !IsInstalled(DesktopOpener);
+	FOpenDecision Decision = bIsFile ? JudgeFile(Request, Facts, Editor, bIsViewed) : OpenRules::JudgeUrl(Target);
 	if (Decision.Verdict != EOpenVerdict::Refuse && !Request.Parameters.IsEmpty())
 	{
 		Decision = FOpenDecision{ EOpenVerdict::Refuse, TEXT("Parameters cannot be passed on to the program that opens it.") };
@@ -171,6 +201,11 @@ bool FLauncher::Launch(const FHostLaunchRequest& Given, bool bStartNothing, FStr
 		std::fprintf(stderr, "Would open: %s\n", TCHAR_TO_UTF8(*OpenRules::MakeReadable(Place)));
 		return true;
 	}
+	if (bIsViewed)
+	{
+		PlatformState::ShowSource(Target, Line);
+		return true;
+	}
 	if (!Start(Target, Line, Editor, OutError))
 	{
 		OutError = NameTarget(Target, OutError);
@@ -180,18 +215,27 @@ bool FLauncher::Launch(const FHostLaunchRequest& Given, bool bStartNothing, FStr
 	return true;
 }
 
-FOpenDecision FLauncher::JudgeFile(const FHostLaunchRequest& Request, const FEditorCommand& Editor, FString& OutFullPath)
+// A source goes to whatever editor the user has named, and any other text to one that is known to have a window.
+FEditorCommand FLauncher::ChooseEditor(const FHostLaunchRequest& Request, const FOpenFileFacts& Facts)
 {
-	// The rules look at what was asked for, the opener gets a full path.
-	OutFullPath = FPaths::ConvertRelativePathToFull(Request.Target);
-	FOpenDecision Decision = OpenRules::JudgeFile(Request.Target, ReadFacts(OutFullPath));
+	const bool bIsSource = Request.Kind == FHostLaunchRequest::EKind::Source;
+	const bool bIsText = Request.Kind == FHostLaunchRequest::EKind::File && OpenRules::IsForEditor(Request.Target, Facts);
+	const FEditorCommand Editor = bIsSource || bIsText ? FEditorCommand::ReadEnvironment() : FEditorCommand();
+	const bool bFits = bIsSource || (Editor.bReadable && Editor.Variable == "VISUAL" && EditorLine::HasWindow(Editor.Words));
+	return bFits ? Editor : FEditorCommand();
+}
+
+FOpenDecision FLauncher::JudgeFile(
+	const FHostLaunchRequest& Request, const FOpenFileFacts& Facts, const FEditorCommand& Editor, bool bIsViewed)
+{
+	FOpenDecision Decision = OpenRules::JudgeFile(Request.Target, Facts);
 	if (!Editor.bReadable)
 	{
 		Decision = FOpenDecision{ EOpenVerdict::Refuse,
 			FString::Printf(
 				TEXT("The editor cannot be started: in %s a quotation mark is not closed."), *HostFileNameFromBytes(Editor.Variable)) };
 	}
-	else if (Decision.Verdict == EOpenVerdict::Ask && !Editor.Words.empty())
+	else if (Decision.Verdict == EOpenVerdict::Ask && (bIsViewed || !Editor.Words.empty()))
 	{
 		// An editor shows what could be run, it does not run it.
 		Decision = FOpenDecision{ EOpenVerdict::Open, FString() };
@@ -220,7 +264,7 @@ bool FLauncher::Start(const FString& Target, int32 Line, const FEditorCommand& E
 	std::vector<std::string> Words = Editor.Words;
 	if (Words.empty())
 	{
-		Words.push_back("xdg-open");
+		Words.push_back(DesktopOpener);
 	}
 	EditorLine::Append(Words, HostFileNameToBytes(Target), Line);
 	std::vector<char*> Arguments;

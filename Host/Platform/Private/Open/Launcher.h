@@ -16,8 +16,11 @@ public:
 private:
 	static bool Launch(const FHostLaunchRequest& Request, bool bStartNothing, FString& OutError);
 	static bool AskUser(const FHostLaunchRequest& Request, const FString& Target, const FString& Reason);
-	/** Checks what the disk and the rules say about a file, and makes its path full. */
-	static FOpenDecision JudgeFile(const FHostLaunchRequest& Request, const FEditorCommand& Editor, FString& OutFullPath);
+	/** Empty for the desktop's program. */
+	static FEditorCommand ChooseEditor(const FHostLaunchRequest& Request, const FOpenFileFacts& Facts);
+	/** Checks what the disk and the rules say about a file. @param bIsViewed  This program shows it, and runs nothing. */
+	static FOpenDecision JudgeFile(
+		const FHostLaunchRequest& Request, const FOpenFileFacts& Facts, const FEditorCommand& Editor, bool bIsViewed);
 	/** Runs the editor, at the line where that can be said, or without one the desktop's opener. */
 	static bool Start(const FString& Target, int32 Line, const FEditorCommand& Editor, FString& OutError);
 };

@@ -33,6 +33,10 @@ namespace
 	constexpr const TCHAR* ScriptedExtensions[] = { TEXT("htm"), TEXT("html"), TEXT("mht"), TEXT("mhtml"), TEXT("shtml"), TEXT("svg"),
 		TEXT("svgz"), TEXT("xht"), TEXT("xhtml"), TEXT("xml"), TEXT("xsl"), TEXT("xslt") };
 
+	/** Texts that mean a page, a drawing or a sheet. Lower case. */
+	constexpr const TCHAR* DrawnExtensions[] = { TEXT("csv"), TEXT("eps"), TEXT("htm"), TEXT("html"), TEXT("mht"), TEXT("mhtml"),
+		TEXT("pdf"), TEXT("ps"), TEXT("rtf"), TEXT("shtml"), TEXT("svg"), TEXT("xht"), TEXT("xhtml") };
+
 	template <size_t Count>
 	bool IsListed(const FString& Word, const TCHAR* const (&List)[Count])
 	{
@@ -157,6 +161,12 @@ namespace OpenRules
 			return FOpenDecision{ EOpenVerdict::Ask, TEXT("The name of this file does not tell what opens it. Your system decides.") };
 		}
 		return Decision;
+	}
+
+	bool IsForEditor(const FString& Path, const FOpenFileFacts& Facts)
+	{
+		return Facts.bText && !IsListed(FPaths::GetExtension(Path), DrawnExtensions) &&
+			!IsListed(FPaths::GetExtension(Facts.RealPath), DrawnExtensions);
 	}
 
 	bool ReadSourceLink(const FString& Target, FString& OutPath, int32& OutLine)

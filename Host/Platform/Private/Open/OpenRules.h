@@ -28,6 +28,8 @@ struct FOpenFileFacts
 	FString RealPath;
 	/** It begins as a program or library does, whatever its name. */
 	bool bBinaryProgram = false;
+	/** A plain file whose beginning holds nothing but text. */
+	bool bText = false;
 };
 
 /** The rules of opening. Pure: the disk is asked by the caller. */
@@ -35,6 +37,8 @@ namespace OpenRules
 {
 	FOpenDecision JudgeUrl(const FString& Target);
 	FOpenDecision JudgeFile(const FString& Path, const FOpenFileFacts& Facts);
+	/** A text that one reads as it was written: no page and no drawing, which the desktop's program shows as what they mean. */
+	bool IsForEditor(const FString& Path, const FOpenFileFacts& Facts);
 	/**
 	 * Reads an address such as "file:/project/a.cpp#L67", which names a line of a source; it is for the user's editor.
 	 *

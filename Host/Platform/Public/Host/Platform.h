@@ -51,10 +51,16 @@ public:
 	/**
 	 * Serves the launch of addresses and files (FHostServices) by rules: web and mail addresses and plain files open in
 	 * the desktop's program for them, whatever could run is asked for first, and what cannot be meant is refused. Sources open
-	 * in the editor that VISUAL or EDITOR names, where none is named as plain files. No shell is ever in between.
+	 * in the editor that VISUAL or EDITOR names, where none is named as plain files; so do other texts where VISUAL names one that is
+	 * known to have a window. No shell is ever in between.
 	 * @param bStartNothing  Records and prints the target on the standard error stream instead, for runs without a user.
 	 */
 	static void InstallLauncher(bool bStartNothing);
+	/**
+	 * Shows a text in the program itself, at a line from 1 or, with 0, at its beginning: asked for where the user has named no editor and
+	 * the desktop has no opener. Game thread. None takes it away.
+	 */
+	static void SetSourceViewer(TFunction<void(const FString& Path, int32 Line)> Viewer);
 	/** What was opened, or would have been; oldest first, at most 1,000. Any thread. */
 	static TArray<FString> GetRecordedTargets();
 	static void ClearRecordedTargets();
