@@ -100,9 +100,10 @@ void FChatCommands::MapCommands(FUICommandList& Commands, const TSharedRef<SFind
 	MapButton(Commands, Known.Pause, "PauseButton");
 	MapButton(Commands, Known.Continue, "ContinueButton");
 	// Escape closes what lies on top before it stops anything.
-	Commands.MapAction(Known.Stop, FExecuteAction::CreateLambda([Find] { Find->IsOpen() ? Find->Close() : PressButton("CancelButton"); }),
-		FCanExecuteAction::CreateLambda(
-			[Find] { return FOpenChat::IsInFront() && (Find->IsOpen() || FindButton("CancelButton").IsValid()); }));
+	const auto IsFinding = [Find] { return Find->IsOpen() && Find->CanFind(); };
+	Commands.MapAction(Known.Stop,
+		FExecuteAction::CreateLambda([Find, IsFinding] { IsFinding() ? Find->Close() : PressButton("CancelButton"); }),
+		FCanExecuteAction::CreateLambda([IsFinding] { return IsFinding() || FindButton("CancelButton").IsValid(); }));
 	Commands.MapAction(Known.Conversations,
 		FExecuteAction::CreateLambda([] { FGlobalTabmanager::Get()->TryInvokeTab(FTabId(SEditorFrame::GetConversationsTabName())); }));
 	Commands.MapAction(Known.FocusPrompt, FExecuteAction::CreateStatic(&ShowChat));
@@ -110,9 +111,9 @@ void FChatCommands::MapCommands(FUICommandList& Commands, const TSharedRef<SFind
 	Commands.MapAction(Known.CopyLastAnswer,
 		FExecuteAction::CreateLambda([] { FPlatformApplicationMisc::ClipboardCopy(*GetLastText(false)); }),
 		FCanExecuteAction::CreateLambda([] { return !GetLastText(false).IsEmpty(); }));
-	const FCanExecuteAction CanFind = FCanExecuteAction::CreateStatic(&FOpenChat::IsInFront);
+	const FCanExecuteAction CanFind = FCanExecuteAction::CreateLambda([Find] { return Find->CanFind(); });
 	Commands.MapAction(Known.Find, FExecuteAction::CreateLambda([Find] { Find->Open(); }), CanFind);
-	const FCanExecuteAction CanStep = FCanExecuteAction::CreateLambda([Find] { return FOpenChat::IsInFront() && Find->IsOpen(); });
+	const FCanExecuteAction CanStep = FCanExecuteAction::CreateLambda(IsFinding);
 	Commands.MapAction(Known.FindNext, FExecuteAction::CreateLambda([Find] { Find->Step(1); }), CanStep);
 	Commands.MapAction(Known.FindPrevious, FExecuteAction::CreateLambda([Find] { Find->Step(-1); }), CanStep);
 	Commands.MapAction(Known.ZoomIn, FExecuteAction::CreateLambda([] { FWindowZoom::Step(1); }));

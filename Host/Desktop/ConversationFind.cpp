@@ -79,6 +79,11 @@ TSharedPtr<SScrollBox> FConversationFind::FindList()
 	return Box;
 }
 
+bool FConversationFind::IsInFront() const
+{
+	return FOpenChat::IsInFront();
+}
+
 void FConversationFind::SetQuery(const FFindQuery& InQuery)
 {
 	if (Query.IsSame(InQuery))

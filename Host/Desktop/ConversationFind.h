@@ -1,6 +1,6 @@
 #pragma once
 
-#include "FindText.h"
+#include "FindTarget.h"
 #include "ShownTexts.h"
 #include "SoughtMessage.h"
 
@@ -11,28 +11,23 @@ class SScrollBox;
  * Find in the open conversation. Looks through so many rows a frame that no frame waits for it, follows the conversation as it grows,
  * and moves the list so that the hit that the user stands at is in view. Game thread.
  */
-class FConversationFind
+class FConversationFind final : public IFindTarget
 {
 public:
-	/** More are not counted. */
-	static constexpr int32 MaxHits = 9999;
-
-	/** Looks anew, unless it is the same. The user stands at the first hit in view or below then. */
-	void SetQuery(const FFindQuery& InQuery);
+	virtual bool IsInFront() const override;
+	virtual void SetQuery(const FFindQuery& InQuery) override;
 	/** Looks anew, and goes to that message once its conversation is shown. When that does not come, as by SetQuery. */
 	void Show(const FFindQuery& InQuery, const FSoughtMessage& Message);
-	/** To the next hit (1) or the one before (-1), around the ends. */
-	void Step(int32 Direction);
+	virtual void Step(int32 Direction) override;
 
 	/** Once a frame, with what was painted last. True while there is more to do in the next frame. */
 	bool Update(double Now);
 	/** Frames the hits in view. Behind the painting of the conversation. */
 	void Paint(FSlateWindowElementList& Out) const;
 
-	int32 GetCount() const { return Count; }
-	/** From 1; zero for none. */
-	int32 GetCurrentNumber() const;
-	bool IsComplete() const { return bIsComplete; }
+	virtual int32 GetCount() const override { return Count; }
+	virtual int32 GetCurrentNumber() const override;
+	virtual bool IsComplete() const override { return bIsComplete; }
 
 private:
 	/** Empty in a row that has no widgets yet, since it was never near what is in view: it is known that there is one. */

@@ -39,6 +39,7 @@
 #include "QuitQuestion.h"
 #include "SEditorFrame.h"
 #include "SKeysPage.h"
+#include "SSourceViewer.h"
 #include "Settings/VelmoraSettings.h"
 #include "SimulatedTime.h"
 #include "StoreFolders.h"
@@ -302,9 +303,11 @@ void FDesktopSession::SetUpFrame()
 	Frame = SNew(SEditorFrame, Log);
 	FGlobalTabmanager::Get()->SetDockArea(Frame->GetDockArea());
 	FSlateApplication::Get().SetRootContent(Frame.ToSharedRef());
+	FHostPlatform::SetSourceViewer(&SSourceViewer::ShowFile);
 	Host->AtEnd(
 		[this]
 		{
+			FHostPlatform::SetSourceViewer(nullptr);
 			FGlobalTabmanager::Get()->SetDockArea(nullptr);
 			FSlateApplication::Get().SetRootContent(SNullWidget::NullWidget);
 			Frame.Reset();

@@ -58,6 +58,7 @@ void SFoundMarks::Construct(const FArguments& InArgs)
 	Font = InArgs._Font;
 	Places = InArgs._Places;
 	WrapTextAt = InArgs._WrapTextAt;
+	bIsCurrent = InArgs._IsCurrent;
 }
 
 int32 SFoundMarks::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect,
@@ -81,7 +82,7 @@ int32 SFoundMarks::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeom
 	for (const FSlateRect& Rect : Rects)
 	{
 		FoundMarks::Paint(
-			FSlateRect(Left + Rect.Left, Top + Rect.Top, Left + Rect.Right, Top + Rect.Bottom), Scale, false, OutDrawElements);
+			FSlateRect(Left + Rect.Left, Top + Rect.Top, Left + Rect.Right, Top + Rect.Bottom), Scale, bIsCurrent, OutDrawElements);
 	}
 	return LayerId;
 }

@@ -32,7 +32,9 @@ public:
 	SLATE_ARGUMENT(FString, Text)
 	SLATE_ARGUMENT(FSlateFontInfo, Font)
 	SLATE_ARGUMENT(TArray<Velmora::FFoundPlace>, Places)
-	/** Units. */
+	/** It is what the user stands at. */
+	SLATE_ARGUMENT_DEFAULT(bool, IsCurrent) = false;
+	/** Units; zero for no wrapping. */
 	SLATE_ATTRIBUTE(float, WrapTextAt)
 	SLATE_END_ARGS()
 
@@ -48,6 +50,7 @@ private:
 	FSlateFontInfo Font;
 	TArray<Velmora::FFoundPlace> Places;
 	TAttribute<float> WrapTextAt;
+	bool bIsCurrent = false;
 	// What the rectangles were made for.
 	mutable TArray<FSlateRect> Rects;
 	mutable float RectScale = 0.0f;

@@ -6,6 +6,7 @@
 #include "Host/SDockArea.h"
 #include "Logging/LogMacros.h"
 #include "Misc/FileHelper.h"
+#include "SSourceViewer.h"
 
 #include <string>
 
@@ -30,6 +31,11 @@ FString FOpenTabs::Describe()
 	const TSharedPtr<SDockArea> Area = FGlobalTabmanager::Get()->GetDockArea();
 	for (const TSharedRef<SDockTab>& Tab : Area ? Area->GetTabs() : TArray<TSharedRef<SDockTab>>())
 	{
+		// Its file is not kept.
+		if (Tab->GetLayoutIdentifier() == FTabId(SSourceViewer::GetTabName()))
+		{
+			continue;
+		}
 		Text += (Tab->IsForeground() ? FString(FrontMark) : FString()) + Tab->GetLayoutIdentifier().ToString() + TEXT("\n");
 	}
 	return Text;

@@ -21,6 +21,7 @@
 #include "SAgentActivity.h"
 #include "SConversations.h"
 #include "SOutputLog.h"
+#include "SSourceViewer.h"
 #include "Styling/AppStyle.h"
 #include "Widgets/Layout/SBox.h"
 #include "Widgets/SBoxPanel.h"
@@ -104,6 +105,7 @@ void SEditorFrame::Construct(const FArguments& InArgs, const TSharedRef<FOutputL
 	RegisterLogTab();
 	RegisterActivityTab();
 	RegisterConversationsTab();
+	RegisterSourceTab();
 	// clang-format off
 	ChildSlot
 	[
@@ -170,6 +172,7 @@ TSharedRef<SWidget> SEditorFrame::MakeDockRoom()
 SEditorFrame::~SEditorFrame()
 {
 	FKeyBindings::SetOnChanged(FSimpleDelegate());
+	FGlobalTabmanager::Get()->UnregisterNomadTabSpawner(SSourceViewer::GetTabName());
 	FGlobalTabmanager::Get()->UnregisterNomadTabSpawner(GetConversationsTabName());
 	FGlobalTabmanager::Get()->UnregisterNomadTabSpawner(GetActivityTabName());
 	FGlobalTabmanager::Get()->UnregisterNomadTabSpawner(GetLogTabName());
@@ -320,6 +323,30 @@ void SEditorFrame::RegisterConversationsTab()
 		.SetTooltipText(LOCTEXT("ConversationsTabTooltip", "All conversations of this project: search, open, rename, pin, export, delete"))
 		.SetGroup(WorkspaceMenu::GetMenuStructure().GetToolsCategory())
 		.SetIcon(GetFrameIcon(TEXT("Icons.Search")));
+}
+
+void SEditorFrame::RegisterSourceTab()
+{
+	const auto Spawn = [this](const FSpawnTabArgs&)
+	{
+		const TSharedRef<SSourceViewer> Viewer = SNew(SSourceViewer, SourceFind);
+		// Files outside of the project are nobody's to watch.
+		const auto OnActivated = [Weak = TWeakPtr<SSourceViewer>(Viewer)](TSharedRef<SDockTab>, ETabActivationCause)
+		{
+			if (const TSharedPtr<SSourceViewer> Shown = Weak.Pin())
+			{
+				Shown->Follow();
+			}
+		};
+		return SNew(SDockTab).TabRole(ETabRole::NomadTab).OnTabActivated_Lambda(OnActivated)[Viewer];
+	};
+	// Not in the menus: without a file there is nothing to see.
+	FGlobalTabmanager::Get()
+		->RegisterNomadTabSpawner(SSourceViewer::GetTabName(), FOnSpawnTab::CreateSPLambda(this, Spawn))
+		.SetDisplayName(LOCTEXT("SourceTab", "Source"))
+		.SetTooltipText(LOCTEXT("SourceTabTooltip", "A file to be read, where there is no editor"))
+		.SetMenuType(ETabSpawnerMenuType::Hidden)
+		.SetIcon(GetFrameIcon(TEXT("Icons.GenericFile")));
 }
 
 FText SEditorFrame::GetTurnText() const

@@ -5,6 +5,7 @@
 #include "OutputLog.h"
 #include "SFindStrip.h"
 #include "SFirstSteps.h"
+#include "SourceFind.h"
 #include "Widgets/SCompoundWidget.h"
 
 class FMenuBuilder;
@@ -48,6 +49,7 @@ private:
 	void RegisterLogTab();
 	void RegisterActivityTab();
 	void RegisterConversationsTab();
+	void RegisterSourceTab();
 	FText GetTurnText() const;
 	void BuildFileMenu(FMenuBuilder& Builder);
 	void BuildEditMenu(FMenuBuilder& Builder);
@@ -62,7 +64,8 @@ private:
 	TSharedRef<SDockArea> DockArea = SNew(SDockArea);
 	TSharedRef<FUICommandList> CommandList = MakeShared<FUICommandList>();
 	TSharedRef<FConversationFind> Find = MakeShared<FConversationFind>();
-	TSharedRef<SFindStrip> FindStrip = SNew(SFindStrip, Find);
+	TSharedRef<FSourceFind> SourceFind = MakeShared<FSourceFind>();
+	TSharedRef<SFindStrip> FindStrip = SNew(SFindStrip, Find, SourceFind);
 	TSharedRef<SFirstSteps> FirstSteps = SNew(SFirstSteps);
 	TSharedPtr<SMenuBar> MenuBar;
 	TSharedPtr<SBox> MenuHolder;

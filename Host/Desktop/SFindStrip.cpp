@@ -36,16 +36,17 @@ namespace
 	}
 }
 
-void SFindStrip::Construct(const FArguments& InArgs, const TSharedRef<FConversationFind>& InFind)
+void SFindStrip::Construct(const FArguments& InArgs, const TSharedRef<FConversationFind>& InFind, const TSharedRef<IFindTarget>& InOther)
 {
 	Find = InFind;
-	const auto GetVisibility = [this]() { return bIsOpen && FOpenChat::IsInFront() ? EVisibility::Visible : EVisibility::Collapsed; };
+	Targets = { InFind, InOther };
+	const auto GetVisibility = [this]() { return bIsOpen && CanFind() ? EVisibility::Visible : EVisibility::Collapsed; };
 	const TSharedRef<SWrapBox> Controls = SNew(SWrapBox).UseAllottedSize(true).InnerSlotPadding(FVector2D(8.0, 4.0));
 	Controls->AddSlot().VAlign(VAlign_Center)[MakeBoxAndCount()];
 	Controls->AddSlot().VAlign(VAlign_Center)[MakeButton("FindPrevious", LOCTEXT("Previous", "Previous"),
-		LOCTEXT("PreviousTip", "The hit above (Shift+Enter)"), FSimpleDelegate::CreateSPLambda(this, [this] { Find->Step(-1); }))];
+		LOCTEXT("PreviousTip", "The hit above (Shift+Enter)"), FSimpleDelegate::CreateSPLambda(this, [this] { Step(-1); }))];
 	Controls->AddSlot().VAlign(VAlign_Center)[MakeButton("FindNext", LOCTEXT("Next", "Next"), LOCTEXT("NextTip", "The hit below (Enter)"),
-		FSimpleDelegate::CreateSPLambda(this, [this] { Find->Step(1); }))];
+		FSimpleDelegate::CreateSPLambda(this, [this] { Step(1); }))];
 	Controls->AddSlot().VAlign(VAlign_Center)[MakeOption(
 		"FindCase", LOCTEXT("Case", "Match case"), LOCTEXT("CaseTip", "Capital and small letters are different"), &FFindQuery::bMatchCase)];
 	Controls->AddSlot().VAlign(VAlign_Center)[MakeOption(
@@ -79,7 +80,7 @@ TSharedRef<SWidget> SFindStrip::MakeBoxAndCount()
 			[
 				SAssignNew(Box, SEditableTextBox)
 				.Tag("FindBox")
-				.HintText(LOCTEXT("Hint", "Find in the conversation"))
+				.HintText(LOCTEXT("Hint", "Find"))
 				.ClearKeyboardFocusOnCommit(false)
 				.OnTextChanged_Lambda([this](const FText&) { TakeQuery(); })
 				.OnKeyDownHandler(this, &SFindStrip::OnKeyDown)
@@ -139,27 +140,46 @@ TSharedRef<SWidget> SFindStrip::MakeOption(const char* Tag, const FText& Label, 
 	// clang-format on
 }
 
+IFindTarget* SFindStrip::GetTarget() const
+{
+	const TSharedRef<IFindTarget>* const Target =
+		Targets.FindByPredicate([](const TSharedRef<IFindTarget>& Candidate) { return Candidate->IsInFront(); });
+	return Target ? &Target->Get() : nullptr;
+}
+
+void SFindStrip::Step(int32 Direction)
+{
+	if (IFindTarget* const Target = GetTarget())
+	{
+		Target->Step(Direction);
+	}
+}
+
 void SFindStrip::TakeQuery()
 {
 	Query.Words = Box->GetText().ToString();
-	Find->SetQuery(Query);
+	for (const TSharedRef<IFindTarget>& Target : Targets)
+	{
+		Target->SetQuery(Query);
+	}
 	FSlateApplication::Get().RequestFrame();
 }
 
 FText SFindStrip::GetCountText() const
 {
-	if (Query.Words.IsEmpty())
+	const IFindTarget* const Target = GetTarget();
+	if (Query.Words.IsEmpty() || !Target)
 	{
 		return FText();
 	}
-	const int32 Count = Find->GetCount();
+	const int32 Count = Target->GetCount();
 	if (Count == 0)
 	{
-		return Find->IsComplete() ? LOCTEXT("NoHits", "No hits") : LOCTEXT("Looking", "\u2026");
+		return Target->IsComplete() ? LOCTEXT("NoHits", "No hits") : LOCTEXT("Looking", "\u2026");
 	}
 	const FText All = FText::Format(
-		Find->IsComplete() && Count < FConversationFind::MaxHits ? LOCTEXT("All", "{0}") : LOCTEXT("More", "{0}+"), FText::AsNumber(Count));
-	const int32 Number = Find->GetCurrentNumber();
+		Target->IsComplete() && Count < IFindTarget::MaxHits ? LOCTEXT("All", "{0}") : LOCTEXT("More", "{0}+"), FText::AsNumber(Count));
+	const int32 Number = Target->GetCurrentNumber();
 	return Number == 0 ? All : FText::Format(LOCTEXT("NumberOf", "{0} of {1}"), FText::AsNumber(Number), All);
 }
 
@@ -203,7 +223,10 @@ void SFindStrip::ShowMessage(const FString& Words, const FSoughtMessage& Message
 void SFindStrip::Close()
 {
 	bIsOpen = false;
-	Find->SetQuery(FFindQuery());
+	for (const TSharedRef<IFindTarget>& Target : Targets)
+	{
+		Target->SetQuery(FFindQuery());
+	}
 	Invalidate(EInvalidateWidgetReason::Layout);
 	const TSharedPtr<SWidget> Before = FocusBefore.Pin();
 	if (!Before || !FSlateApplication::Get().SetKeyboardFocus(Before, EFocusCause::SetDirectly))
@@ -221,7 +244,7 @@ FReply SFindStrip::OnKeyDown(const FGeometry& MyGeometry, const FKeyEvent& InKey
 	}
 	if (InKeyEvent.GetKey() == EKeys::Enter && Box->HasKeyboardFocus())
 	{
-		Find->Step(InKeyEvent.IsShiftDown() ? -1 : 1);
+		Step(InKeyEvent.IsShiftDown() ? -1 : 1);
 		return FReply::Handled();
 	}
 	return FReply::Unhandled();

@@ -6,15 +6,18 @@
 
 class SEditableTextBox;
 
-/** The strip "Find" above the conversation. It shows itself while the chat stands in front, until it is closed. */
+/** The strip "Find" above the tabs. It shows itself while something that can be looked through stands in front, until it is closed. */
 class SFindStrip : public SCompoundWidget
 {
 public:
 	SLATE_BEGIN_ARGS(SFindStrip) {}
 	SLATE_END_ARGS()
 
-	void Construct(const FArguments& InArgs, const TSharedRef<FConversationFind>& InFind);
+	/** @param InOther  What is looked through besides the conversation. */
+	void Construct(const FArguments& InArgs, const TSharedRef<FConversationFind>& InFind, const TSharedRef<IFindTarget>& InOther);
 
+	/** Something that can be looked through stands in front. */
+	bool CanFind() const { return GetTarget() != nullptr; }
 	/** Shows the strip and gives it the keyboard; selected text of one line is looked for at once. */
 	void Open();
 	/** As if the words had been typed. */
@@ -24,7 +27,7 @@ public:
 	/** Takes the frames away and gives the keyboard back to what had it. */
 	void Close();
 	bool IsOpen() const { return bIsOpen; }
-	void Step(int32 Direction) { Find->Step(Direction); }
+	void Step(int32 Direction);
 
 	virtual FReply OnKeyDown(const FGeometry& MyGeometry, const FKeyEvent& InKeyEvent) override;
 
@@ -34,10 +37,13 @@ private:
 	TSharedRef<SWidget> MakeBoxAndCount();
 	/** So that all controls stand in one line where there is room for that; units. */
 	float GetBoxWidth() const;
+	/** What stands in front; null for nothing that can be looked through. */
+	IFindTarget* GetTarget() const;
 	void TakeQuery();
 	FText GetCountText() const;
 
-	TSharedRef<FConversationFind> Find = MakeShared<FConversationFind>();
+	TSharedPtr<FConversationFind> Find;
+	TArray<TSharedRef<IFindTarget>> Targets;
 	TSharedPtr<SEditableTextBox> Box;
 	FFindQuery Query;
 	TWeakPtr<SWidget> FocusBefore;

@@ -13,6 +13,7 @@
 #include "OutputLog.h"
 #include "SEditorFrame.h"
 #include "SOutputLog.h"
+#include "SSourceViewer.h"
 #include "Widgets/Input/SEditableTextBox.h"
 #include "Widgets/Views/SListView.h"
 
@@ -154,6 +155,33 @@ TEST_F(FEditorFrameTest, TheFindStripHasOneLineWhereThereIsRoomForIt)
 		EXPECT_LE(Last.Right, static_cast<float>(Width)) << Width;
 		EXPECT_GT(First.Right - First.Left, 100.0f) << Width;
 	}
+}
+
+TEST_F(FEditorFrameTest, TheFindStripLooksThroughASourceToo)
+{
+	std::ofstream(Project.Root / "a.cpp") << "int First;\nint Needle;\n// needle\n";
+	SSourceViewer::ShowFile(UTF8_TO_TCHAR((Project.Root / "a.cpp").c_str()), 2);
+	ASSERT_TRUE(FHostTasks::WaitForBackground(30.0));
+	FHostTasks::RunGameThreadTasks();
+	PumpFrame();
+	EXPECT_TRUE(IsShown(FindByTag("SourceLines")));
+	PressKey("CTRL+F");
+	TypeText("needle");
+	PumpFrame();
+	EXPECT_EQ(Utf8(FindByTag("FindCount")->GetDisplayedText()), "1 of 2");
+	PressKey("Enter");
+	EXPECT_EQ(Utf8(FindByTag("FindCount")->GetDisplayedText()), "2 of 2");
+	PressKey("Escape");
+	PumpFrame();
+	EXPECT_FALSE(FWidgetFinder::FindByTag("FindStrip"));
+	EXPECT_TRUE(FindByTag("SourceLines")->HasKeyboardFocus());
+	// It is in no menu, and the strip is none of the log's.
+	Click(FindByText("Window"));
+	EXPECT_EQ(FWidgetFinder::FindByText(TEXT("Source")).Num(), 1) << "its tab alone";
+	Click(FindByText("Output Log"));
+	PumpFrame();
+	PressKey("CTRL+F");
+	EXPECT_FALSE(FWidgetFinder::FindByTag("FindStrip"));
 }
 
 TEST_F(FEditorFrameTest, TheEditMenuWorksOnTheTextBefore)

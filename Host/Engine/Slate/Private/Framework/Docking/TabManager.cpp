@@ -31,6 +31,12 @@ FTabSpawnerEntry& FTabSpawnerEntry::SetIcon(const FSlateIcon& InIcon)
 	return *this;
 }
 
+FTabSpawnerEntry& FTabSpawnerEntry::SetMenuType(const TAttribute<ETabSpawnerMenuType::Type>& InMenuType)
+{
+	MenuType = InMenuType;
+	return *this;
+}
+
 FTabSpawnerEntry& FTabSpawnerEntry::SetGroup(const TSharedRef<FWorkspaceItem>& InGroup)
 {
 	InGroup->AddItem(AsShared());

@@ -56,6 +56,7 @@ public:
 	FTabSpawnerEntry& SetDisplayName(const FText& InDisplayName);
 	FTabSpawnerEntry& SetTooltipText(const FText& InToolTipText);
 	FTabSpawnerEntry& SetIcon(const FSlateIcon& InIcon);
+	FTabSpawnerEntry& SetMenuType(const TAttribute<ETabSpawnerMenuType::Type>& InMenuType);
 	FTabSpawnerEntry& SetGroup(const TSharedRef<FWorkspaceItem>& InGroup);
 
 	FName GetTabType() const { return TabType; }
