@@ -127,12 +127,17 @@ void SEditorFrame::Construct(const FArguments& InArgs, const TSharedRef<FOutputL
 			.VAlign(VAlign_Center)
 			.Padding(0.0f, 0.0f, 12.0f, 0.0f)
 			[
-				SNew(STextBlock)
-				.Tag("FrameStatus")
-				.Text(this, &SEditorFrame::GetTurnText)
-				.TextStyle(FAppStyle::Get(), TEXT("SmallText"))
-				.ColorAndOpacity(FSlateColor(FAppStyle::GetColor("Colors.ForegroundSubdued")))
+				SNew(SBox)
+				.MaxDesiredWidth_Lambda([this]() { return FOptionalSize(GetTurnTextRoom()); })
 				.Visibility(EVisibility::HitTestInvisible)
+				[
+					SNew(STextBlock)
+					.Tag("FrameStatus")
+					.Text(this, &SEditorFrame::GetTurnText)
+					.TextStyle(FAppStyle::Get(), TEXT("SmallText"))
+					.ColorAndOpacity(FSlateColor(FAppStyle::GetColor("Colors.ForegroundSubdued")))
+					.OverflowPolicy(ETextOverflowPolicy::Ellipsis)
+				]
 			]
 		]
 		+ SVerticalBox::Slot()
@@ -352,6 +357,12 @@ void SEditorFrame::RegisterSourceTab()
 FText SEditorFrame::GetTurnText() const
 {
 	return FText::FromString(ActivityText::DescribeTurn(Velmora::FAgentActivity::GetTurnStatus(), LongTurnSeconds));
+}
+
+float SEditorFrame::GetTurnTextRoom() const
+{
+	constexpr float Gaps = 24.0f;
+	return FMath::Max(static_cast<float>(GetCachedGeometry().GetLocalSize().X - MenuBar->GetDesiredSize().X) - Gaps, 1.0f);
 }
 
 void SEditorFrame::BuildFileMenu(FMenuBuilder& Builder)

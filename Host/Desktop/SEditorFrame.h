@@ -51,6 +51,8 @@ private:
 	void RegisterConversationsTab();
 	void RegisterSourceTab();
 	FText GetTurnText() const;
+	/** What the menus leave of their bar, units. */
+	float GetTurnTextRoom() const;
 	void BuildFileMenu(FMenuBuilder& Builder);
 	void BuildEditMenu(FMenuBuilder& Builder);
 	void BuildWindowMenu(FMenuBuilder& Builder);

@@ -6,6 +6,8 @@
 #include "Misc/MessageDialog.h"
 #include "Widgets/Input/SButton.h"
 #include "Widgets/Input/SEditableTextBox.h"
+#include "Widgets/Layout/SBox.h"
+#include "Widgets/SBoxPanel.h"
 #include "Widgets/Text/STextBlock.h"
 
 class FDockTest : public FWidgetTest
@@ -243,4 +245,57 @@ TEST_F(FDockDialogTest, WithoutAnybodyTheDefaultIsTakenAndSaid)
 	EXPECT_EQ(FMessageDialog::Open(EAppMsgType::Ok, FText::FromString(TEXT("Note"))), EAppReturnType::Ok)
 		<< "the answer waits for a dialog that has it";
 	EXPECT_EQ(FMessageDialog::Open(EAppMsgType::YesNo, FText::FromString(TEXT("Sure?"))), EAppReturnType::Yes);
+}
+
+TEST_F(FDockTest, ANarrowAreaScrollsSidewaysWhatWouldBeCut)
+{
+	Register("One");
+	const auto MakeContent = [](float Width)
+	{
+		const TSharedRef<SHorizontalBox> Row = SNew(SHorizontalBox);
+		for (const char* const Name : { "A", "B", "C" })
+		{
+			Row->AddSlot().AutoWidth()[SNew(SBox).WidthOverride(Width)[SNew(SButton).Tag(FName(Name))]];
+		}
+		// Within a part of the width, so that more is needed than what the row misses.
+		return SNew(SBox).Padding(20.0f, 0.0f)[Row];
+	};
+	const TSharedPtr<SDockTab> Tab = Invoke("One");
+	const struct
+	{
+		float Button;
+		int32 Window;
+		/** Of the content; zero for one that does not scroll. */
+		float Content;
+	} Rows[] = { { 160.0f, 1000, 0.0f }, { 160.0f, 540, 0.0f }, { 160.0f, 400, 520.0f }, { 160.0f, 600, 0.0f }, { 400.0f, 400, 720.0f },
+		{ 400.0f, 800, 0.0f } };
+	float Shown = 0.0f;
+	for (const auto& Row : Rows)
+	{
+		if (Row.Button != Shown)
+		{
+			Shown = Row.Button;
+			Tab->SetContent(MakeContent(Shown));
+		}
+		Resize(Row.Window, 300);
+		PumpSeconds(1.0);
+		EXPECT_EQ(CountByType("SScrollBox"), Row.Content > 0.0f ? 1 : 0) << Row.Button << " in " << Row.Window;
+		const float Width = GetRect(Tab->GetContent().Get()).Width();
+		EXPECT_NEAR(Width, Row.Content > 0.0f ? Row.Content : static_cast<float>(Row.Window), 1.0f) << Row.Button << " in " << Row.Window;
+	}
+	// The keyboard reaches what is out of view, and stays where it is when the window grows.
+	Tab->SetContent(MakeContent(160.0f));
+	Resize(400, 300);
+	PumpSeconds(1.0);
+	App().SetKeyboardFocus(FindByTag("A"));
+	PressKey("Tab");
+	PressKey("Tab");
+	PumpSeconds(0.5);
+	const TSharedRef<SWidget> Last = FindByTag("C");
+	EXPECT_TRUE(Last->HasKeyboardFocus());
+	EXPECT_LE(GetRect(*Last).Right, 401.0f);
+	Resize(900, 300);
+	PumpSeconds(0.5);
+	EXPECT_EQ(CountByType("SScrollBox"), 0);
+	EXPECT_TRUE(Last->HasKeyboardFocus());
 }

@@ -1,9 +1,12 @@
 #include "Host/SDockArea.h"
 
 #include "Framework/Application/SlateApplication.h"
+#include "Host/HostSleep.h"
+#include "Host/RowWidths.h"
 #include "Styling/AppStyle.h"
 #include "Widgets/Layout/SBorder.h"
 #include "Widgets/Layout/SBox.h"
+#include "Widgets/Layout/SScrollBox.h"
 #include "Widgets/SBoxPanel.h"
 #include "Widgets/Text/STextBlock.h"
 
@@ -14,6 +17,13 @@ namespace
 {
 	constexpr float DockWellHeight = 32.0f;
 	constexpr float DockWellSide = 4.0f;
+
+	/** Every content has room enough from here on. */
+	constexpr float RoomyWidth = 720.0f;
+	/** Between two looks at the rows, when nothing was cut the last time. */
+	constexpr double WidthLookSeconds = 0.5;
+	/** Frames after a change until everything has its place. */
+	constexpr int32 SettlingLooks = 3;
 
 	/** Where all tabs are closed, how to open one. */
 	TSharedRef<SWidget> MakeEmptyHint()
@@ -152,7 +162,81 @@ void SDockArea::ActivateTab(const TSharedRef<SDockTab>& Tab, ETabActivationCause
 void SDockArea::RefreshContent()
 {
 	const TSharedPtr<SDockTab> Tab = GetActiveTab();
+	ContentWidth = 0.0f;
+	WidthLooksLeft = SettlingLooks;
 	ContentHolder->SetContent(Tab ? Tab->GetContent() : MakeEmptyHint());
+}
+
+// A content that is shown must leave its place before it takes another one.
+void SDockArea::SetContentWidth(float Width)
+{
+	const TSharedPtr<SDockTab> Tab = GetActiveTab();
+	if (!Tab || Width == ContentWidth)
+	{
+		return;
+	}
+	ContentWidth = Width;
+	ContentHolder->SetContent(SNullWidget::NullWidget);
+	if (Width <= 0.0f)
+	{
+		ContentHolder->SetContent(Tab->GetContent());
+		return;
+	}
+	// clang-format off
+	ContentHolder->SetContent(
+		SNew(SScrollBox)
+		.Orientation(Orient_Horizontal)
+		+ SScrollBox::Slot()
+		[
+			SNew(SBox)
+			.WidthOverride(Width)
+			[
+				Tab->GetContent()
+			]
+		]);
+	// clang-format on
+}
+
+void SDockArea::Tick(const FGeometry& AllottedGeometry, const double InCurrentTime, const float InDeltaTime)
+{
+	SCompoundWidget::Tick(AllottedGeometry, InCurrentTime, InDeltaTime);
+	const TSharedPtr<SDockTab> Tab = GetActiveTab();
+	const float Room = static_cast<float>(AllottedGeometry.GetLocalSize().X);
+	if (Room != LastRoom)
+	{
+		LastRoom = Room;
+		WidthLooksLeft = SettlingLooks;
+	}
+	// 1. What has room enough scrolls no longer.
+	if (Room >= FMath::Min(RoomyWidth, ContentWidth))
+	{
+		SetContentWidth(0.0f);
+	}
+	if (!Tab || Room <= 0.0f || Room >= RoomyWidth || (WidthLooksLeft == 0 && InCurrentTime < NextWidthLook))
+	{
+		return;
+	}
+	if (WidthLooksLeft > 0)
+	{
+		--WidthLooksLeft;
+		FHostSleep::RequestFrameAt(InCurrentTime);
+	}
+	// 2. Wider by what is cut. Some rows get but a part of that, so it is looked at again in the next frame.
+	const SWidget& Content = Tab->GetContent().Get();
+	const FGeometry& Present = Content.GetCachedGeometry();
+	const float Missing = RowWidths::FindMissing(Content, Present);
+	// Counted from the width that was looked at, which may be that of the frame before.
+	const float Wanted = FMath::Min(FMath::CeilToFloat(static_cast<float>(Present.GetLocalSize().X) + Missing), RoomyWidth);
+	if (Missing >= 1.0f && Wanted > FMath::Max(Room, ContentWidth))
+	{
+		SetContentWidth(Wanted);
+		WidthLooksLeft = SettlingLooks;
+		FHostSleep::RequestFrameAt(InCurrentTime);
+	}
+	else
+	{
+		NextWidthLook = InCurrentTime + WidthLookSeconds;
+	}
 }
 
 // Around the ends; the remainder of a negative number is negative.

@@ -6,7 +6,10 @@
 class SBox;
 class SHorizontalBox;
 
-/** A tab well above the content of the tab in front. Ctrl+Tab and Ctrl+Shift+Tab go through the tabs. */
+/**
+ * A tab well above the content of the tab in front. Ctrl+Tab and Ctrl+Shift+Tab go through the tabs. In a narrow area a content whose
+ * rows would be cut keeps the width that they need, and scrolls sideways.
+ */
 class SLATE_API SDockArea : public SCompoundWidget
 {
 public:
@@ -29,10 +32,20 @@ public:
 	void RefreshContent();
 
 	virtual FReply OnKeyDown(const FGeometry& MyGeometry, const FKeyEvent& InKeyEvent) override;
+	virtual void Tick(const FGeometry& AllottedGeometry, const double InCurrentTime, const float InDeltaTime) override;
 
 private:
+	/** Gives the content in front that width, in a box that scrolls; zero for that of the area, in none. */
+	void SetContentWidth(float Width);
+
 	TArray<TSharedRef<SDockTab>> Tabs;
 	TWeakPtr<SDockTab> ActiveTab;
 	TSharedPtr<SHorizontalBox> Well;
 	TSharedPtr<SBox> ContentHolder;
+	/** Units; zero while the content has the width of the area. */
+	float ContentWidth = 0.0f;
+	double NextWidthLook = 0.0;
+	/** To be had in the next frames, whatever the time. */
+	int32 WidthLooksLeft = 0;
+	float LastRoom = 0.0f;
 };
