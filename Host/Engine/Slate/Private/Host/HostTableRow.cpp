@@ -1,5 +1,6 @@
 #include "Host/HostTableRow.h"
 
+#include "Host/HostAccess.h"
 #include "Rendering/DrawElements.h"
 
 void SHostTableRow::ConstructRow(const FTableRowStyle* InStyle, const TAttribute<FMargin>& InPadding, bool bInShowSelection,
@@ -49,6 +50,31 @@ FReply SHostTableRow::OnMouseButtonDoubleClick(const FGeometry& MyGeometry, cons
 		return FReply::Unhandled();
 	}
 	List->NotifyRowDoubleClicked(IndexInList);
+	return FReply::Handled();
+}
+
+void SHostTableRow::DescribeAccess(FHostAccess& Out) const
+{
+	const TSharedPtr<STableViewBase> List = Owner.Pin();
+	const bool bSelected = IsSelected();
+	Out.Role = EHostRole::ListItem;
+	Out.bNamedByContents = true;
+	Out.Action = "click";
+	Out.States |= EHostAccessState::Selectable;
+	Out.States |= bSelected ? EHostAccessState::Selected : EHostAccessState::None;
+	// The list has the keyboard; what it works on is this row.
+	Out.States |= bSelected && List && List->HasKeyboardFocus() ? EHostAccessState::Focused : EHostAccessState::None;
+}
+
+FReply SHostTableRow::DoAccessAction()
+{
+	if (const TSharedPtr<STableViewBase> List = Owner.Pin())
+	{
+		// The first handler may make the rows anew.
+		const int32 Index = IndexInList;
+		List->NotifyRowPressed(Index);
+		List->NotifyRowClicked(Index);
+	}
 	return FReply::Handled();
 }
 

@@ -1,5 +1,6 @@
 #include "Widgets/SToolTip.h"
 
+#include "Host/HostAccess.h"
 #include "Host/HostWidgetPaint.h"
 #include "Styling/AppStyle.h"
 #include "Widgets/Layout/SBox.h"
@@ -48,4 +49,11 @@ int32 SToolTip::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometr
 	FHostWidgetPaint::AddToolTipSurface(
 		OutDrawElements, AllottedGeometry.GetLayoutBoundingRect(), AllottedGeometry.GetAccumulatedScale(), InWidgetStyle);
 	return SCompoundWidget::OnPaint(Args, AllottedGeometry, MyCullingRect, OutDrawElements, LayerId, InWidgetStyle, bParentEnabled);
+}
+
+void SToolTip::DescribeAccess(FHostAccess& Out) const
+{
+	Out.Role = EHostRole::ToolTip;
+	Out.Name = Text.Get();
+	Out.bNamedByContents = true;
 }

@@ -86,6 +86,12 @@ public:
 	void ClearSelection();
 	bool AnyTextSelected() const;
 	FText GetSelectedText() const;
+	/** Places as UTF-16 units from the start of the text, line feeds included: for those who know the text and not its lines. */
+	int32 GetCaretOffset() const;
+	/** Both the caret when nothing is selected. */
+	void GetSelectionOffsets(int32& OutBegin, int32& OutEnd) const;
+	/** Selects, with the caret at the end; clamped to the text. Equal places move the caret. */
+	void SelectOffsets(int32 Begin, int32 End);
 	bool CanUndo() const;
 	bool CanRedo() const;
 
@@ -114,6 +120,7 @@ public:
 	virtual void OnFocusLost(const FFocusEvent& InFocusEvent) override;
 	virtual bool OnPreedit(FStringView Text, int32 Cursor) override;
 	virtual bool GetTextInputArea(FSlateRect& OutCaret) const override;
+	virtual void DescribeAccess(FHostAccess& Out) const override;
 
 protected:
 	SHostTextWidget();

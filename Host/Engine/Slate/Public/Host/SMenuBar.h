@@ -26,6 +26,7 @@ public:
 	void OpenNeighbour(int32 Step);
 	/** INDEX_NONE while none is open. */
 	int32 GetOpenIndex() const { return OpenIndex; }
+	virtual void DescribeAccess(FHostAccess& Out) const override;
 
 private:
 	void OnMenuClosed(TSharedRef<IMenu> Closed);

@@ -24,6 +24,7 @@ public:
 
 	virtual TSharedRef<SWidget> AsWidget() override { return AsShared(); }
 	virtual bool HasContent() const override;
+	virtual void DescribeAccess(FHostAccess& Out) const override;
 
 protected:
 	virtual int32 OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect,

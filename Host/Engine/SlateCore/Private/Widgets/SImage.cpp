@@ -1,5 +1,7 @@
 #include "Widgets/Images/SImage.h"
 
+#include "Host/HostAccess.h"
+
 void SImage::Construct(const FArguments& InArgs)
 {
 	SetCanTick(false);
@@ -48,4 +50,11 @@ FVector2D SImage::ComputeDesiredSize(float LayoutScaleMultiplier) const
 	}
 	const TOptional<FVector2D> Override = DesiredSizeOverride.Get();
 	return Override.IsSet() ? Override.GetValue() : Brush->GetImageSize();
+}
+
+void SImage::DescribeAccess(FHostAccess& Out) const
+{
+	// A picture with something to say; all others only adorn what stands beside them.
+	Out.Name = GetToolTipText();
+	Out.Role = Out.Name.IsEmpty() ? EHostRole::None : EHostRole::Image;
 }

@@ -455,6 +455,18 @@ FText SWidget::GetDisplayedText() const
 	return FText::GetEmpty();
 }
 
+void SWidget::DescribeAccess(FHostAccess& Out) const {}
+
+FReply SWidget::DoAccessAction()
+{
+	return FReply::Unhandled();
+}
+
+bool SWidget::SetAccessValue(double Value)
+{
+	return false;
+}
+
 void SWidget::SetLayoutScale(float Scale)
 {
 	CurrentLayoutScale = Scale;

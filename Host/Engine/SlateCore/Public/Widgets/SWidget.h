@@ -17,6 +17,7 @@
 #include "Widgets/InvalidateWidgetReason.h"
 
 class IToolTip;
+struct FHostAccess;
 struct FSlateBaseNamedArgs;
 
 /** Counts of layout work, for tests and benchmarks. */
@@ -128,6 +129,14 @@ public:
 	void SetType(FName InType) { TypeName = InType; }
 	/** The text that a user reads on this widget itself (not on children); empty for most. For drivers, dumps and tests. */
 	virtual FText GetDisplayedText() const;
+
+	// For those who do not see the window. Called only while an assistive technology listens, and by tests.
+	/** Says what this widget is; most are nothing by themselves. */
+	virtual void DescribeAccess(FHostAccess& Out) const;
+	/** Does what DescribeAccess calls its action, as a press would. The caller holds the widget and has looked that it is enabled. */
+	virtual FReply DoAccessAction();
+	/** Sets the described number, limited to its range. False when it cannot be set. */
+	virtual bool SetAccessValue(double Value);
 
 	/** Scale at which widgets are measured when nobody passes one; set by the application before each frame. */
 	static void SetLayoutScale(float Scale);

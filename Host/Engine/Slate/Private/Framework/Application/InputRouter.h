@@ -32,6 +32,8 @@ public:
 	bool SetFocus(const TSharedPtr<SWidget>& Widget, EFocusCause Cause);
 	/** Gives the keyboard to the first control below; false when none there takes it. */
 	bool FocusFirstBelow(const TSharedRef<SWidget>& Root);
+	/** What an assistive technology asks for; false when the widget is disabled or out of reach. */
+	bool DoAccessAction(const TSharedRef<SWidget>& Widget);
 	void ReleaseCapture();
 	void CloseToolTip();
 	FEventPath GetPathUnder(const FVector2D& Position) const;

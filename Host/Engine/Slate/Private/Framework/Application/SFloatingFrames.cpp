@@ -1,6 +1,7 @@
 #include "SFloatingFrames.h"
 
 #include "Brushes/SlateRoundedBoxBrush.h"
+#include "Host/HostAccess.h"
 #include "Styling/AppStyle.h"
 #include "Styling/CoreStyle.h"
 #include "Widgets/Images/SImage.h"
@@ -176,4 +177,11 @@ int32 SWindowFrame::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeo
 	}
 	return PaintArrangedChildren(
 		Args, Arranged, MyCullingRect, OutDrawElements, LayerId, GetChildStyle(InWidgetStyle), ShouldBeEnabled(bParentEnabled));
+}
+
+void SWindowFrame::DescribeAccess(FHostAccess& Out) const
+{
+	Out.Role = EHostRole::Dialog;
+	Out.Name = Window->GetTitle();
+	Out.States |= bModal ? EHostAccessState::Modal : EHostAccessState::None;
 }

@@ -38,6 +38,7 @@ public:
 	virtual bool SupportsKeyboardFocus() const override { return true; }
 	/** It shows no ring, so a Tab that went to it would seem to be lost. */
 	virtual bool IsTabStop() const override { return false; }
+	virtual void DescribeAccess(FHostAccess& Out) const override;
 
 protected:
 	virtual int32 OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect,

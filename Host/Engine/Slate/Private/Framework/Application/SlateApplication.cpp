@@ -306,6 +306,12 @@ TArray<TSharedRef<SWidget>> FSlateApplication::GetLayerRoots() const
 	return Result;
 }
 
+bool FSlateApplication::DoAccessAction(const TSharedRef<SWidget>& Widget)
+{
+	NoteActivity();
+	return Input->DoAccessAction(Widget);
+}
+
 IHostMessageHandler& FSlateApplication::GetMessageHandler()
 {
 	return *Input;

@@ -2,6 +2,7 @@
 
 #include "Framework/Application/SlateApplication.h"
 #include "HAL/PlatformTime.h"
+#include "Host/HostAccess.h"
 #include "Host/HostSleep.h"
 #include "Host/SMenuBar.h"
 #include "SMenuRow.h"
@@ -124,6 +125,12 @@ void SMenu::NotePointerLeft(int32 Index)
 	{
 		Highlighted = INDEX_NONE;
 	}
+}
+
+void SMenu::DescribeAccess(FHostAccess& Out) const
+{
+	Out.Role = EHostRole::Menu;
+	Out.Name = NSLOCTEXT("HostAccess", "Menu", "Menu");
 }
 
 void SMenu::Pick(int32 Index, bool bByKeyboard)

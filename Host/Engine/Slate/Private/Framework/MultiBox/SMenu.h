@@ -35,6 +35,7 @@ public:
 	void Pick(int32 Index, bool bByKeyboard);
 
 	virtual bool SupportsKeyboardFocus() const override { return true; }
+	virtual void DescribeAccess(FHostAccess& Out) const override;
 	virtual void Tick(const FGeometry& AllottedGeometry, const double InCurrentTime, const float InDeltaTime) override;
 	virtual FReply OnKeyDown(const FGeometry& MyGeometry, const FKeyEvent& InKeyEvent) override;
 	virtual FReply OnKeyChar(const FGeometry& MyGeometry, const FCharacterEvent& InCharacterEvent) override { return FReply::Handled(); }

@@ -2,6 +2,7 @@
 
 #include "Brushes/SlateRoundedBoxBrush.h"
 #include "Framework/Application/SlateApplication.h"
+#include "Host/HostAccess.h"
 #include "MenuItem.h"
 #include "SMenu.h"
 #include "Styling/AppStyle.h"
@@ -67,6 +68,23 @@ public:
 	{
 		return OnMouseButtonDown(MyGeometry, MouseEvent);
 	}
+	virtual void DescribeAccess(FHostAccess& Out) const override
+	{
+		Out.Role = EHostRole::MenuItem;
+		Out.bNamedByContents = true;
+		Out.Action = "press";
+		Out.States |= EHostAccessState::HasPopup | EHostAccessState::Expandable;
+		Out.States |= IsOpen() ? EHostAccessState::Expanded : EHostAccessState::None;
+	}
+	virtual FReply DoAccessAction() override
+	{
+		if (const TSharedPtr<SMenuBar> Owner = Bar.Pin())
+		{
+			// As by the keyboard: the first entry is marked.
+			Owner->Open(Index, true);
+		}
+		return FReply::Handled();
+	}
 
 protected:
 	virtual int32 OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect,
@@ -91,6 +109,12 @@ private:
 	TWeakPtr<SMenuBar> Bar;
 	int32 Index = INDEX_NONE;
 };
+
+void SMenuBar::DescribeAccess(FHostAccess& Out) const
+{
+	Out.Role = EHostRole::MenuBar;
+	Out.Name = NSLOCTEXT("HostAccess", "MenuBar", "Menus");
+}
 
 void SMenuBar::Construct(const FArguments& InArgs, const TArray<TSharedRef<FMenuBarPullDown>>& InPullDowns)
 {

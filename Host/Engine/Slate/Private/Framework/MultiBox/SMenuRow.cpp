@@ -1,5 +1,6 @@
 #include "SMenuRow.h"
 
+#include "Host/HostAccess.h"
 #include "SMenu.h"
 #include "Styling/AppStyle.h"
 #include "Widgets/Images/SImage.h"
@@ -158,6 +159,36 @@ FReply SMenuRow::OnMouseButtonUp(const FGeometry& MyGeometry, const FPointerEven
 	if (Owner && Item->Kind == FMenuItem::EKind::Entry && MouseEvent.GetEffectingButton() == EKeys::LeftMouseButton)
 	{
 		Owner->Pick(Index, false);
+	}
+	return FReply::Handled();
+}
+
+void SMenuRow::DescribeAccess(FHostAccess& Out) const
+{
+	const bool bSubMenu = Item->Kind == FMenuItem::EKind::SubMenu;
+	const bool bCheckable = !bSubMenu &&
+		(Item->Type == EUserInterfaceActionType::ToggleButton || Item->Type == EUserInterfaceActionType::RadioButton ||
+			Item->Type == EUserInterfaceActionType::Check);
+	const TSharedPtr<SMenu> Owner = Menu.Pin();
+	Out.Role = bCheckable ? EHostRole::CheckMenuItem : EHostRole::MenuItem;
+	Out.Name = Item->Label.Get();
+	Out.bNamedByContents = true;
+	Out.Action = "click";
+	Out.States |= bCheckable ? EHostAccessState::Checkable : EHostAccessState::None;
+	Out.States |= Item->IsChecked() ? EHostAccessState::Checked : EHostAccessState::None;
+	Out.States |= bSubMenu ? EHostAccessState::HasPopup | EHostAccessState::Expandable : EHostAccessState::None;
+	// The menu has the keyboard; what it works on is this row.
+	if (IsHighlighted() && Owner && Owner->HasKeyboardFocus())
+	{
+		Out.States |= EHostAccessState::Selected | EHostAccessState::Focused;
+	}
+}
+
+FReply SMenuRow::DoAccessAction()
+{
+	if (const TSharedPtr<SMenu> Owner = Menu.Pin())
+	{
+		Owner->Pick(Index, true);
 	}
 	return FReply::Handled();
 }

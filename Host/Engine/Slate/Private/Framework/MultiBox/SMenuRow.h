@@ -25,6 +25,8 @@ public:
 	{
 		return OnMouseButtonDown(MyGeometry, MouseEvent);
 	}
+	virtual void DescribeAccess(FHostAccess& Out) const override;
+	virtual FReply DoAccessAction() override;
 
 protected:
 	virtual int32 OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect,

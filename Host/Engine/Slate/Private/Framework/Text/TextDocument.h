@@ -50,6 +50,7 @@ public:
 	int32 GetLineCount() const { return Lines.Num(); }
 	const FString& GetLine(int32 Line) const { return Lines[Line].Text; }
 	int32 GetLineLength(int32 Line) const { return Lines[Line].Text.Len(); }
+	ETextLineEnd GetLineEnd(int32 Line) const { return Lines[Line].End; }
 	FTextLocation GetEnd() const;
 	/** The nearest place that exists. */
 	FTextLocation Clamp(const FTextLocation& Location) const;

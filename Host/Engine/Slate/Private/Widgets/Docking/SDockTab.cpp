@@ -1,5 +1,6 @@
 #include "Widgets/Docking/SDockTab.h"
 
+#include "Host/HostAccess.h"
 #include "Host/HostWidgetPaint.h"
 #include "Host/SDockArea.h"
 #include "Styling/AppStyle.h"
@@ -219,6 +220,22 @@ FReply SDockTab::OnMouseButtonDown(const FGeometry& MyGeometry, const FPointerEv
 		return FReply::Handled();
 	}
 	return FReply::Unhandled();
+}
+
+void SDockTab::DescribeAccess(FHostAccess& Out) const
+{
+	Out.Role = EHostRole::Tab;
+	Out.Name = Label.Get();
+	Out.bNamedByContents = true;
+	Out.Action = "switch";
+	Out.States |= EHostAccessState::Selectable;
+	Out.States |= IsForeground() ? EHostAccessState::Selected : EHostAccessState::None;
+}
+
+FReply SDockTab::DoAccessAction()
+{
+	ActivateInParent(ETabActivationCause::UserClickedOnTab);
+	return FReply::Handled();
 }
 
 FSlateColor SDockTab::GetIconColor() const

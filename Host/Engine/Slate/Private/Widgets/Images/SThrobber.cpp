@@ -1,5 +1,6 @@
 #include "Widgets/Images/SThrobber.h"
 
+#include "Host/HostAccess.h"
 #include "Host/HostSleep.h"
 #include "Rendering/DrawElements.h"
 #include "Styling/AppStyle.h"
@@ -55,4 +56,11 @@ int32 SThrobber::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeomet
 		OutDrawElements.AddRoundedBox(Rect, FVector4f(Radius, Radius, Radius, Radius), Disc.ToFColorSRGB(), FColor(0, 0, 0, 0), 0.0f);
 	}
 	return LayerId;
+}
+
+void SThrobber::DescribeAccess(FHostAccess& Out) const
+{
+	Out.Role = EHostRole::Image;
+	Out.Name = NSLOCTEXT("HostAccess", "Busy", "Busy");
+	Out.States |= EHostAccessState::Busy;
 }

@@ -1,5 +1,6 @@
 #include "Widgets/Input/SButton.h"
 
+#include "Host/HostAccess.h"
 #include "Host/HostWidgetPaint.h"
 #include "Rendering/DrawElements.h"
 #include "Styling/AppStyle.h"
@@ -161,6 +162,21 @@ void SButton::OnMouseCaptureLost()
 	{
 		Release();
 	}
+}
+
+void SButton::DescribeAccess(FHostAccess& Out) const
+{
+	Out.Role = EHostRole::Button;
+	Out.bNamedByContents = true;
+	Out.Action = "press";
+	Out.States |= IsPressed() ? EHostAccessState::Pressed : EHostAccessState::None;
+}
+
+FReply SButton::DoAccessAction()
+{
+	PressedHandler.ExecuteIfBound();
+	ReleasedHandler.ExecuteIfBound();
+	return ExecuteOnClick();
 }
 
 int32 SButton::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect,

@@ -1,5 +1,6 @@
 #include "Widgets/Input/SCheckBox.h"
 
+#include "Host/HostAccess.h"
 #include "Host/HostWidgetPaint.h"
 #include "Layout/LayoutUtils.h"
 #include "Rendering/DrawElements.h"
@@ -95,6 +96,23 @@ FReply SCheckBox::OnMouseButtonUp(const FGeometry& MyGeometry, const FPointerEve
 		ToggleCheckedState();
 	}
 	return FReply::Handled().ReleaseMouseCapture();
+}
+
+void SCheckBox::DescribeAccess(FHostAccess& Out) const
+{
+	const ECheckBoxState State = GetCheckedState();
+	Out.Role = EHostRole::CheckBox;
+	Out.bNamedByContents = true;
+	Out.Action = "toggle";
+	Out.States |= EHostAccessState::Checkable;
+	Out.States |= State == ECheckBoxState::Checked ? EHostAccessState::Checked : EHostAccessState::None;
+	Out.States |= State == ECheckBoxState::Undetermined ? EHostAccessState::Mixed : EHostAccessState::None;
+}
+
+FReply SCheckBox::DoAccessAction()
+{
+	ToggleCheckedState();
+	return FReply::Handled();
 }
 
 FVector2D SCheckBox::ComputeDesiredSize(float LayoutScaleMultiplier) const

@@ -1,5 +1,6 @@
 #include "Widgets/Input/SComboButton.h"
 
+#include "Host/HostAccess.h"
 #include "Host/HostWidgetPaint.h"
 #include "Styling/AppStyle.h"
 #include "Widgets/Images/SImage.h"
@@ -178,6 +179,21 @@ FReply SComboButton::OnMouseButtonDown(const FGeometry& MyGeometry, const FPoint
 FReply SComboButton::OnMouseButtonDoubleClick(const FGeometry& MyGeometry, const FPointerEvent& MouseEvent)
 {
 	return OnMouseButtonDown(MyGeometry, MouseEvent);
+}
+
+void SComboButton::DescribeAccess(FHostAccess& Out) const
+{
+	Out.Role = EHostRole::Button;
+	Out.bNamedByContents = true;
+	Out.Action = "press";
+	Out.States |= EHostAccessState::HasPopup | EHostAccessState::Expandable;
+	Out.States |= IsOpen() ? EHostAccessState::Expanded : EHostAccessState::None;
+}
+
+FReply SComboButton::DoAccessAction()
+{
+	SetIsOpen(!IsOpen(), FocusesMenu());
+	return FReply::Handled();
 }
 
 FVector2D SComboButton::ComputeDesiredSize(float LayoutScaleMultiplier) const

@@ -1,5 +1,6 @@
 #include "Widgets/Input/SHyperlink.h"
 
+#include "Host/HostAccess.h"
 #include "Host/HostWidgetPaint.h"
 #include "Host/TextShaper.h"
 #include "Rendering/DrawElements.h"
@@ -37,6 +38,13 @@ FReply SHyperlink::ExecuteOnClick()
 {
 	NavigateHandler.ExecuteIfBound();
 	return FReply::Handled();
+}
+
+void SHyperlink::DescribeAccess(FHostAccess& Out) const
+{
+	SButton::DescribeAccess(Out);
+	Out.Role = EHostRole::Link;
+	Out.Action = "jump";
 }
 
 int32 SHyperlink::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect,

@@ -1,5 +1,6 @@
 #include "Widgets/Layout/SExpandableArea.h"
 
+#include "Host/HostAccess.h"
 #include "Styling/AppStyle.h"
 #include "Widgets/Images/SImage.h"
 #include "Widgets/Input/SButton.h"
@@ -141,4 +142,17 @@ FReply SExpandableArea::OnHeaderClicked()
 {
 	SetExpanded(!bAreaExpanded);
 	return FReply::Handled();
+}
+
+void SExpandableArea::DescribeAccess(FHostAccess& Out) const
+{
+	Out.Role = EHostRole::Group;
+	Out.Action = "expand or contract";
+	Out.States |= EHostAccessState::Expandable;
+	Out.States |= bAreaExpanded ? EHostAccessState::Expanded : EHostAccessState::None;
+}
+
+FReply SExpandableArea::DoAccessAction()
+{
+	return OnHeaderClicked();
 }

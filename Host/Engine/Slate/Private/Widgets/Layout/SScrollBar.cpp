@@ -1,5 +1,6 @@
 #include "Widgets/Layout/SScrollBar.h"
 
+#include "Host/HostAccess.h"
 #include "Host/ScrollThumb.h"
 #include "Rendering/DrawElements.h"
 #include "Styling/AppStyle.h"
@@ -31,6 +32,34 @@ void SScrollBar::DragTo(float ThumbStart, float BarLength)
 	const FScrollRange Range{ ThumbSizeFraction, 1.0, OffsetFraction };
 	OffsetFraction = static_cast<float>(Range.GetOffsetFor(ThumbStart, BarLength, Style->MinThumbLength));
 	UserScrolledHandler.ExecuteIfBound(OffsetFraction);
+}
+
+void SScrollBar::DescribeAccess(FHostAccess& Out) const
+{
+	if (!IsNeeded())
+	{
+		return;
+	}
+	Out.Role = EHostRole::ScrollBar;
+	Out.States |= Orientation == Orient_Vertical ? EHostAccessState::Vertical : EHostAccessState::Horizontal;
+	Out.Name = Orientation == Orient_Vertical ? NSLOCTEXT("HostAccess", "VerticalBar", "Vertical scroll bar")
+											  : NSLOCTEXT("HostAccess", "HorizontalBar", "Horizontal scroll bar");
+	FHostAccessRange Range;
+	Range.Value = OffsetFraction;
+	Range.Maximum = 1.0 - ThumbSizeFraction;
+	Range.bCanBeSet = true;
+	Out.Range = Range;
+}
+
+bool SScrollBar::SetAccessValue(double Value)
+{
+	if (!IsNeeded())
+	{
+		return false;
+	}
+	OffsetFraction = static_cast<float>(FMath::Clamp(Value, 0.0, 1.0 - static_cast<double>(ThumbSizeFraction)));
+	UserScrolledHandler.ExecuteIfBound(OffsetFraction);
+	return true;
 }
 
 FReply SScrollBar::OnMouseButtonDown(const FGeometry& MyGeometry, const FPointerEvent& MouseEvent)

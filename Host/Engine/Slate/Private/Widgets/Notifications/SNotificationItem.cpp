@@ -2,6 +2,7 @@
 
 #include "Framework/Application/SlateApplication.h"
 #include "HAL/PlatformTime.h"
+#include "Host/HostAccess.h"
 #include "Host/HostSleep.h"
 #include "Host/HostWidgetPaint.h"
 #include "Rendering/DrawElements.h"
@@ -325,4 +326,11 @@ int32 SNotificationItem::OnPaint(const FPaintArgs& Args, const FGeometry& Allott
 	FHostWidgetPaint::AddToastSurface(
 		OutDrawElements, AllottedGeometry.GetLayoutBoundingRect(), AllottedGeometry.GetAccumulatedScale(), InWidgetStyle);
 	return SCompoundWidget::OnPaint(Args, AllottedGeometry, MyCullingRect, OutDrawElements, LayerId, InWidgetStyle, bParentEnabled);
+}
+
+void SNotificationItem::DescribeAccess(FHostAccess& Out) const
+{
+	Out.Role = EHostRole::Notification;
+	Out.Name = GetText();
+	Out.States |= State == CS_Pending ? EHostAccessState::Busy : EHostAccessState::None;
 }

@@ -1,5 +1,6 @@
 #include "Widgets/Notifications/SProgressBar.h"
 
+#include "Host/HostAccess.h"
 #include "Host/HostSleep.h"
 #include "Rendering/DrawElements.h"
 #include "Styling/AppStyle.h"
@@ -65,4 +66,14 @@ int32 SProgressBar::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeo
 		OutDrawElements.PopClip();
 	}
 	return LayerId;
+}
+
+void SProgressBar::DescribeAccess(FHostAccess& Out) const
+{
+	const TOptional<float> Fraction = Percent.Get();
+	Out.Role = EHostRole::ProgressBar;
+	Out.States |= Fraction.IsSet() ? EHostAccessState::None : EHostAccessState::Busy;
+	FHostAccessRange Range;
+	Range.Value = FMath::Clamp(static_cast<double>(Fraction.Get(0.0f)), 0.0, 1.0);
+	Out.Range = Range;
 }

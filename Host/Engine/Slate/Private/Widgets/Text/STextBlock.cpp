@@ -1,5 +1,6 @@
 #include "Widgets/Text/STextBlock.h"
 
+#include "Host/HostAccess.h"
 #include "Rendering/DrawElements.h"
 #include "SharedParagraphs.h"
 #include "Styling/AppStyle.h"
@@ -445,4 +446,10 @@ void STextBlock::PaintLines(const ITextParagraph& Lines, const FVector2D& Origin
 			AddLine(FMath::RoundToFloat(Baseline + Metrics.UnderlineOffset), TextStyle->UnderlineBrush, Color);
 		}
 	}
+}
+
+void STextBlock::DescribeAccess(FHostAccess& Out) const
+{
+	Out.Name = Text.Get();
+	Out.Role = Out.Name.IsEmpty() ? EHostRole::None : EHostRole::Label;
 }

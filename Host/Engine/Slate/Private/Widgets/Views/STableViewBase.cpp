@@ -1,5 +1,6 @@
 #include "Widgets/Views/STableViewBase.h"
 
+#include "Host/HostAccess.h"
 #include "Host/HostWidgetPaint.h"
 #include "Host/ScrollThumb.h"
 #include "Styling/AppStyle.h"
@@ -78,6 +79,11 @@ bool STableViewBase::IsAtBottom() const
 	}
 	const FRow& Last = Rows.Last();
 	return Last.Index >= PaintedCount - 1 && Last.Top + Last.Height <= GetCachedGeometry().GetLocalSize().Y + 1.0;
+}
+
+void STableViewBase::DescribeAccess(FHostAccess& Out) const
+{
+	Out.Role = EHostRole::List;
 }
 
 bool STableViewBase::IsRowSelected(int32 Index) const

@@ -91,6 +91,12 @@ public:
 	bool HasFocusedDescendants(const TSharedRef<const SWidget>& Widget) const;
 	FModifierKeysState GetModifierKeys() const;
 
+	/**
+	 * Does what a widget calls its action (SWidget::DoAccessAction) for somebody who has no pointer and no need to see it.
+	 * @return False when it is disabled, below a modal window, or has no action.
+	 */
+	bool DoAccessAction(const TSharedRef<SWidget>& Widget);
+
 	// Mouse.
 	TSharedPtr<SWidget> GetMouseCaptor() const;
 	void ReleaseMouseCapture();

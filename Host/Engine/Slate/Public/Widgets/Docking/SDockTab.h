@@ -70,6 +70,8 @@ public:
 	virtual bool IsTabStop() const override { return IsForeground(); }
 	virtual FReply OnKeyDown(const FGeometry& MyGeometry, const FKeyEvent& InKeyEvent) override;
 	virtual FReply OnMouseButtonDown(const FGeometry& MyGeometry, const FPointerEvent& MouseEvent) override;
+	virtual void DescribeAccess(FHostAccess& Out) const override;
+	virtual FReply DoAccessAction() override;
 
 protected:
 	virtual int32 OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect,

@@ -13,6 +13,7 @@ public:
 	void Construct(const FArguments& InArgs);
 	/** Which disc is bright at a time in seconds. */
 	static int32 GetBrightPiece(double Time, int32 NumPieces);
+	virtual void DescribeAccess(FHostAccess& Out) const override;
 
 protected:
 	virtual int32 OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect,

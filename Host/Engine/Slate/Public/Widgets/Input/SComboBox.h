@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Host/HostAccess.h"
 #include "Styling/AppStyle.h"
 #include "Widgets/Input/SComboButton.h"
 #include "Widgets/Layout/SBox.h"
@@ -96,6 +97,14 @@ public:
 			return FReply::Handled();
 		}
 		return SComboButton::OnKeyDown(MyGeometry, InKeyEvent);
+	}
+
+	virtual void DescribeAccess(FHostAccess& Out) const override
+	{
+		SComboButton::DescribeAccess(Out);
+		// What is inside is the choice and not what is chosen.
+		Out.Role = EHostRole::ComboBox;
+		Out.bNamedByContents = false;
 	}
 
 protected:

@@ -19,6 +19,8 @@ public:
 
 	void Construct(const FArguments& InArgs);
 
+	virtual void DescribeAccess(FHostAccess& Out) const override;
+
 protected:
 	virtual int32 OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect,
 		FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const override;

@@ -49,6 +49,9 @@ public:
 	void SetExpanded(bool bExpanded);
 	bool IsExpanded() const { return bAreaExpanded; }
 
+	virtual void DescribeAccess(FHostAccess& Out) const override;
+	virtual FReply DoAccessAction() override;
+
 private:
 	FReply OnHeaderClicked();
 	const FSlateBrush* GetArrow() const { return bAreaExpanded ? &Style->ExpandedImage : &Style->CollapsedImage; }

@@ -38,6 +38,8 @@ public:
 	virtual FReply OnMouseMove(const FGeometry& MyGeometry, const FPointerEvent& MouseEvent) override;
 	virtual void OnMouseLeave(const FPointerEvent& MouseEvent) override { bThumbHovered = false; }
 	virtual void OnMouseCaptureLost() override { bDragging = false; }
+	virtual void DescribeAccess(FHostAccess& Out) const override;
+	virtual bool SetAccessValue(double Value) override;
 
 protected:
 	virtual int32 OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect,

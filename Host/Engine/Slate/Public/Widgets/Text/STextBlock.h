@@ -58,6 +58,7 @@ public:
 	FSlateFontInfo GetFont() const;
 
 	virtual FText GetDisplayedText() const override { return Text.Get(); }
+	virtual void DescribeAccess(FHostAccess& Out) const override;
 	virtual FReply OnMouseButtonDoubleClick(const FGeometry& MyGeometry, const FPointerEvent& MouseEvent) override;
 
 protected:

@@ -46,6 +46,7 @@ public:
 	virtual void OnMouseLeave(const FPointerEvent& MouseEvent) override;
 	virtual void OnMouseCaptureLost() override;
 	virtual FChildren* GetChildren() override { return &Children; }
+	virtual void DescribeAccess(FHostAccess& Out) const override;
 
 protected:
 	STableViewBase();

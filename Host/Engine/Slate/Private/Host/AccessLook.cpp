@@ -1,0 +1,302 @@
+#include "Host/AccessLook.h"
+
+#include "Framework/Application/SlateApplication.h"
+#include "Host/AccessRules.h"
+#include "Host/HostFocus.h"
+#include "Host/HostTextWidget.h"
+
+// The tree is arranged on the way, as for a hit test: panels leave out what is scrolled away, and a list of any length costs what
+// can be seen of it.
+
+namespace
+{
+	using namespace EHostAccessState;
+
+	FString GetFirstLine(const FString& Text)
+	{
+		int32 End = INDEX_NONE;
+		return Text.FindChar(TEXT('\n'), End) ? Text.Left(End) : Text;
+	}
+
+	bool IsText(EHostRole Role)
+	{
+		return Role == EHostRole::Label || Role == EHostRole::Paragraph;
+	}
+
+	/** What is inside is what was chosen or typed, so the name has to come from elsewhere. */
+	bool HoldsValue(EHostRole Role)
+	{
+		return Role == EHostRole::TextBox || Role == EHostRole::ComboBox || Role == EHostRole::ProgressBar || Role == EHostRole::List;
+	}
+
+	/** Pieces of one text: words that wrap together, or the coloured pieces of a line of code in its column. */
+	bool HoldsPieces(const SWidget& Widget)
+	{
+		static const FName WrapBox(TEXT("SWrapBox"));
+		static const FName Row(TEXT("SHorizontalBox"));
+		static const FName ScrollBox(TEXT("SScrollBox"));
+		if (Widget.GetType() == WrapBox)
+		{
+			return true;
+		}
+		const TSharedPtr<SWidget> Column = Widget.GetType() == Row ? Widget.GetParentWidget() : nullptr;
+		const TSharedPtr<SWidget> Around = Column ? Column->GetParentWidget() : nullptr;
+		return Around && Around->GetType() == ScrollBox;
+	}
+}
+
+void FAccessLook::FCollector::Add(const FString& Piece)
+{
+	if (Piece.IsEmpty() || (bFirstOnly && !Text.IsEmpty()))
+	{
+		return;
+	}
+	Text += Text.IsEmpty() || bJoins ? Piece : TEXT(" ") + Piece;
+}
+
+TArray<FAccessNode> FAccessLook::Take()
+{
+	FAccessLook Look;
+	FAccessNode& Window = Look.Nodes.AddDefaulted_GetRef();
+	Window.Role = EHostRole::Window;
+	Window.Name = FAccessRules::GetTitle();
+	Window.States = Enabled | (FHostFocus::Get().bWindowActive ? Focused : None);
+	if (FSlateApplication::IsInitialized())
+	{
+		const FIntPoint Size = FSlateApplication::Get().GetWindow().GetPixelSize();
+		Window.Rect = FSlateRect(0.0f, 0.0f, static_cast<float>(Size.X), static_cast<float>(Size.Y));
+		Look.VisitLayers();
+		Look.NameRest();
+	}
+	return MoveTemp(Look.Nodes);
+}
+
+// What lies below a modal window is still seen, but nothing can be done there.
+void FAccessLook::VisitLayers()
+{
+	const TArray<TSharedRef<SWidget>> Roots = FSlateApplication::Get().GetLayerRoots();
+	int32 FirstReachable = 0;
+	for (int32 Index = 0; Index < Roots.Num(); ++Index)
+	{
+		FHostAccess Access;
+		Roots[Index]->DescribeAccess(Access);
+		FirstReachable = (Access.States & Modal) != 0 ? Index : FirstReachable;
+	}
+	for (int32 Index = 0; Index < Roots.Num(); ++Index)
+	{
+		FContext Context;
+		Context.Clip = Nodes[0].Rect;
+		Context.bEnabled = Index >= FirstReachable;
+		Visit(FArrangedWidget(Roots[Index], Roots[Index]->GetCachedGeometry()), Context);
+	}
+}
+
+void FAccessLook::Visit(const FArrangedWidget& Arranged, const FContext& Context)
+{
+	SWidget& Widget = Arranged.Widget.Get();
+	if (!Widget.GetVisibility().IsVisible() || Widget.GetRenderOpacity() <= 0.0f)
+	{
+		return;
+	}
+	// 1. What it is: by itself, or by what the program knows of it.
+	FHostAccess Access;
+	Widget.DescribeAccess(Access);
+	const FAccessRule* const Rule = FAccessRules::Find(Widget);
+	if (Rule)
+	{
+		Access.Role = Rule->Role != EHostRole::None ? Rule->Role : Access.Role;
+		Access.Name = Rule->Name ? FText::FromString(Rule->Name) : Access.Name;
+	}
+	FContext Inner = Context;
+	Inner.bEnabled = Context.bEnabled && Widget.IsEnabled();
+	Inner.bJoinsTexts = Context.bJoinsTexts || (Rule && Rule->bJoinsTexts);
+
+	// 2. Texts go to whoever collects them.
+	if (Access.Role == EHostRole::Label && Context.Texts)
+	{
+		Context.Texts->Add(Access.Name.ToString());
+		return;
+	}
+	// 3. What cannot be seen has no node.
+	const bool bSeen = !Arranged.Geometry.GetLayoutBoundingRect().IntersectionWith(Context.Clip).IsEmpty();
+	if (Access.Role != EHostRole::None && bSeen)
+	{
+		AddNode(Arranged, Inner, Access, Rule);
+	}
+	else if (Inner.bJoinsTexts && !Context.Texts && bSeen && HoldsPieces(Widget))
+	{
+		AddParagraph(Arranged, Inner);
+	}
+	else
+	{
+		VisitChildren(Arranged, Inner);
+	}
+}
+
+void FAccessLook::VisitChildren(const FArrangedWidget& Arranged, const FContext& Context)
+{
+	FContext Inner = Context;
+	if (Arranged.Widget->GetClipping() != EWidgetClipping::Inherit)
+	{
+		Inner.Clip = Context.Clip.IntersectionWith(Arranged.Geometry.GetLayoutBoundingRect());
+		if (Inner.Clip.IsEmpty())
+		{
+			return;
+		}
+	}
+	FArrangedChildren Children(EVisibility::Visible, Inner.Clip);
+	Arranged.Widget->ArrangeChildren(Arranged.Geometry, Children);
+	for (int32 Index = 0; Index < Children.Num(); ++Index)
+	{
+		Visit(Children[Index], Inner);
+	}
+}
+
+// 1. What it says. 2. What is seen from outside. 3. Its text. 4. What is in it, whose texts may be its name.
+void FAccessLook::AddNode(const FArrangedWidget& Arranged, const FContext& Context, const FHostAccess& Access, const FAccessRule* Rule)
+{
+	SWidget& Widget = Arranged.Widget.Get();
+	const int32 Index = Nodes.Num();
+	{
+		FAccessNode& Node = Nodes.AddDefaulted_GetRef();
+		Node.Id = static_cast<uint32>(Index);
+		Node.Parent = static_cast<uint32>(Context.Parent);
+		Node.Widget = Arranged.Widget;
+		Node.Role = Access.Role;
+		Node.Name = Access.Name.ToString();
+		Node.Rect = Arranged.Geometry.GetLayoutBoundingRect().IntersectionWith(Context.Clip);
+		Node.Action = Access.Action;
+		Node.Range = Access.Range;
+		Node.States = Access.States | (Context.bEnabled ? Enabled : None);
+		Node.States |= Widget.SupportsKeyboardFocus() ? Focusable : None;
+		Node.States |= Widget.HasKeyboardFocus() ? Focused : None;
+		Node.Description = Widget.GetToolTipText().ToString();
+		if (IsText(Access.Role))
+		{
+			Node.bHasText = true;
+			Node.Text = Access.Name;
+		}
+		else if (Access.Role == EHostRole::TextBox)
+		{
+			const SHostTextWidget& Box = static_cast<const SHostTextWidget&>(Widget);
+			Node.bHasText = true;
+			Node.Text = Box.GetText();
+			Node.Caret = Box.GetCaretOffset();
+			Box.GetSelectionOffsets(Node.SelectionBegin, Node.SelectionEnd);
+		}
+	}
+	Nodes[Context.Parent].Children.Add(static_cast<uint32>(Index));
+
+	FCollector Collector;
+	Collector.bFirstOnly = Rule && Rule->bNamedByFirstText;
+	FContext Inner = Context;
+	Inner.Parent = Index;
+	Inner.Texts = Access.bNamedByContents || HoldsValue(Access.Role) ? &Collector : nullptr;
+	Inner.Texts = Access.Role == EHostRole::List ? nullptr : Inner.Texts;
+	VisitChildren(Arranged, Inner);
+
+	// Taken anew: the children have moved the array.
+	FAccessNode& Node = Nodes[Index];
+	if (Access.Role == EHostRole::ComboBox)
+	{
+		Node.bHasText = true;
+		Node.Text = FText::FromString(Collector.Text);
+	}
+	else if (Node.Name.IsEmpty() && Access.bNamedByContents)
+	{
+		Node.Name = Collector.Text;
+	}
+	else if (Node.Name.IsEmpty() && (Collector.bFirstOnly || Access.Role == EHostRole::Group))
+	{
+		// What begins with a heading has that for a name, also when the heading can be pressed.
+		const bool bAlsoButton = Access.Role == EHostRole::Group;
+		for (int32 Child = Index + 1; Child < Nodes.Num() && Node.Name.IsEmpty(); ++Child)
+		{
+			const bool bNames = IsText(Nodes[Child].Role) || (bAlsoButton && Nodes[Child].Role == EHostRole::Button);
+			Node.Name = bNames ? Nodes[Child].Name : FString();
+		}
+	}
+	// A link in a sentence is a part of it.
+	if (Context.Texts && Context.Texts->bJoins)
+	{
+		Context.Texts->Add(Node.Name);
+	}
+}
+
+void FAccessLook::AddParagraph(const FArrangedWidget& Arranged, const FContext& Context)
+{
+	const int32 Index = Nodes.Num();
+	FAccessNode& New = Nodes.AddDefaulted_GetRef();
+	New.Id = static_cast<uint32>(Index);
+	New.Parent = static_cast<uint32>(Context.Parent);
+	New.Widget = Arranged.Widget;
+	New.Role = EHostRole::Paragraph;
+	New.Rect = Arranged.Geometry.GetLayoutBoundingRect().IntersectionWith(Context.Clip);
+	New.States = Context.bEnabled ? Enabled : None;
+	FCollector Collector;
+	Collector.bJoins = true;
+	FContext Inner = Context;
+	Inner.Parent = Index;
+	Inner.Texts = &Collector;
+	VisitChildren(Arranged, Inner);
+	if (Collector.Text.IsEmpty() && Nodes.Num() == Index + 1)
+	{
+		Nodes.Pop();
+		return;
+	}
+	Nodes[Index].Name = Collector.Text;
+	Nodes[Index].bHasText = true;
+	Nodes[Index].Text = FText::FromString(Collector.Text);
+	Nodes[Context.Parent].Children.Add(static_cast<uint32>(Index));
+}
+
+// A row of settings has its label at the left of what is set. A button without words has its tooltip, and an empty box its hint.
+void FAccessLook::NameRest()
+{
+	for (int32 Index = 1; Index < Nodes.Num(); ++Index)
+	{
+		FAccessNode& Node = Nodes[Index];
+		if (Node.Name.IsEmpty() && HoldsValue(Node.Role))
+		{
+			NameByNeighbour(Node);
+		}
+		const TSharedPtr<SWidget> Widget = Node.Widget.Pin();
+		if (Node.Name.IsEmpty() && Node.Role == EHostRole::TextBox)
+		{
+			Node.Name = StaticCastSharedPtr<SHostTextWidget>(Widget)->GetHintText().ToString();
+		}
+		Node.Name = Node.Name.IsEmpty() ? GetFirstLine(Node.Description) : Node.Name;
+		if (Node.Name.IsEmpty() && Node.Role == EHostRole::List)
+		{
+			Node.Name = TEXT("List");
+		}
+		Node.Description = Node.Description.Equals(Node.Name) ? FString() : Node.Description;
+	}
+}
+
+void FAccessLook::NameByNeighbour(FAccessNode& Node)
+{
+	const FAccessNode* Beside = nullptr;
+	const FAccessNode* Above = nullptr;
+	for (const uint32 Sibling : Nodes[static_cast<int32>(Node.Parent)].Children)
+	{
+		const FAccessNode& Other = Nodes[static_cast<int32>(Sibling)];
+		if (Other.Role != EHostRole::Label)
+		{
+			continue;
+		}
+		const float Middle = (Other.Rect.Top + Other.Rect.Bottom) * 0.5f;
+		const bool bBeside = Other.Rect.Right <= Node.Rect.Left + 1.0f && Middle >= Node.Rect.Top && Middle <= Node.Rect.Bottom;
+		// A heading of its own, and not a text that happens to end above.
+		const float Gap = Node.Rect.Top - Other.Rect.Bottom;
+		const bool bAbove =
+			Gap >= -1.0f && Gap <= Other.Rect.Height() && FMath::Abs(Other.Rect.Left - Node.Rect.Left) <= Other.Rect.Height();
+		Beside = bBeside && (!Beside || Other.Rect.Right > Beside->Rect.Right) ? &Other : Beside;
+		Above = bAbove && (!Above || Other.Rect.Bottom > Above->Rect.Bottom) ? &Other : Above;
+	}
+	if (const FAccessNode* const Label = Beside ? Beside : Above)
+	{
+		Node.Name = Label->Name;
+		Node.LabelledBy = Label->Id;
+	}
+}

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "Host/AccessTree.h"
+#include "Layout/ArrangedWidget.h"
+
+/** One walk over what is on screen. Nodes name each other by index, the window first. Game thread. */
+class FAccessLook
+{
+public:
+	/** Walks all layers of the application. Without one there is only the window. */
+	static TArray<FAccessNode> Take();
+
+private:
+	/** Takes up the texts below a widget in place of nodes of their own. */
+	struct FCollector
+	{
+		FString Text;
+		/** Pieces of one text stand without anything in between. */
+		bool bJoins = false;
+		/** Only the first one counts. */
+		bool bFirstOnly = false;
+
+		void Add(const FString& Piece);
+	};
+	/** What a widget finds around it. */
+	struct FContext
+	{
+		int32 Parent = 0;
+		FSlateRect Clip;
+		bool bEnabled = true;
+		/** Texts in a row are pieces of one. */
+		bool bJoinsTexts = false;
+		/** Null where texts are nodes. */
+		FCollector* Texts = nullptr;
+	};
+
+	void VisitLayers();
+	void Visit(const FArrangedWidget& Arranged, const FContext& Context);
+	void VisitChildren(const FArrangedWidget& Arranged, const FContext& Context);
+	/** A widget that has a role. */
+	void AddNode(const FArrangedWidget& Arranged, const FContext& Context, const FHostAccess& Access, const struct FAccessRule* Rule);
+	/** A box of text pieces, or a line of code. */
+	void AddParagraph(const FArrangedWidget& Arranged, const FContext& Context);
+	/** Names that stand beside what they name. */
+	void NameRest();
+	void NameByNeighbour(FAccessNode& Node);
+
+	TArray<FAccessNode> Nodes;
+};
