@@ -2,6 +2,7 @@
 
 #include "Host/AccessRules.h"
 #include "Host/AccessTree.h"
+#include "Host/HostMotion.h"
 #include "Widgets/Docking/SDockTab.h"
 #include "Widgets/Images/SThrobber.h"
 #include "Widgets/Input/SButton.h"
@@ -349,4 +350,16 @@ TEST_F(FAccessTest, ALongColumnCostsWhatIsInView)
 	EXPECT_TRUE(Tree->SetValue(Bar, 0.0));
 	PumpFrame();
 	EXPECT_EQ(Look().at(0), AtStart.at(0));
+}
+
+TEST_F(FAccessTest, WithReducedMotionNothingAsksForFrames)
+{
+	Show(SNew(SThrobber));
+	SleepStrictly();
+	EXPECT_GT(CountFrames(2.0), 2);
+	FHostMotion::SetReduced(true);
+	PumpFrame();
+	const int32 Still = CountFrames(2.0);
+	FHostMotion::SetReduced(false);
+	EXPECT_EQ(Still, 0);
 }

@@ -1,4 +1,5 @@
 #include "Host/HostFocus.h"
+#include "Host/HostMotion.h"
 #include "Host/HostSleep.h"
 #include "Host/HostTextState.h"
 #include "Host/HostTextWidget.h"
@@ -151,7 +152,7 @@ bool SHostTextWidget::IsCaretOn(double Now) const
 		State->LastInput = Now;
 	}
 	const double Elapsed = Now - State->LastInput;
-	if (Elapsed < 0.0 || Elapsed >= CaretRestSeconds)
+	if (Elapsed < 0.0 || Elapsed >= CaretRestSeconds || FHostMotion::IsReduced())
 	{
 		return true;
 	}

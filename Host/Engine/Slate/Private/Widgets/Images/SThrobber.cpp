@@ -1,6 +1,7 @@
 #include "Widgets/Images/SThrobber.h"
 
 #include "Host/HostAccess.h"
+#include "Host/HostMotion.h"
 #include "Host/HostSleep.h"
 #include "Rendering/DrawElements.h"
 #include "Styling/AppStyle.h"
@@ -39,9 +40,13 @@ FVector2D SThrobber::ComputeDesiredSize(float LayoutScaleMultiplier) const
 int32 SThrobber::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect,
 	FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const
 {
-	const int32 Bright = GetBrightPiece(Args.GetCurrentTime(), NumPieces);
-	FHostSleep::RequestFrameAt(
-		(static_cast<double>(FMath::FloorToInt64(Args.GetCurrentTime() / ThrobberStep + 1.0e-6)) + 1.0) * ThrobberStep);
+	const bool bStill = FHostMotion::IsReduced();
+	const int32 Bright = bStill ? 0 : GetBrightPiece(Args.GetCurrentTime(), NumPieces);
+	if (!bStill)
+	{
+		FHostSleep::RequestFrameAt(
+			(static_cast<double>(FMath::FloorToInt64(Args.GetCurrentTime() / ThrobberStep + 1.0e-6)) + 1.0) * ThrobberStep);
+	}
 	const FVector2D& Size = AllottedGeometry.GetLocalSize();
 	const FVector2D Own(NumPieces * ThrobberDisc + (NumPieces - 1) * ThrobberGap, ThrobberDisc);
 	const FVector2D Corner = (Size - Own) * 0.5;

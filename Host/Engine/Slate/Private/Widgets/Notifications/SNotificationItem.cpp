@@ -3,6 +3,7 @@
 #include "Framework/Application/SlateApplication.h"
 #include "HAL/PlatformTime.h"
 #include "Host/HostAccess.h"
+#include "Host/HostMotion.h"
 #include "Host/HostSleep.h"
 #include "Host/HostWidgetPaint.h"
 #include "Rendering/DrawElements.h"
@@ -291,7 +292,8 @@ void SNotificationItem::Tick(const FGeometry& AllottedGeometry, const double InC
 {
 	SCompoundWidget::Tick(AllottedGeometry, InCurrentTime, InDeltaTime);
 	double Opacity = 1.0;
-	if (FadeInDuration > 0.0f)
+	const bool bFades = !FHostMotion::IsReduced();
+	if (bFades && FadeInDuration > 0.0f)
 	{
 		Opacity = FMath::Clamp((InCurrentTime - ShownSince) / FadeInDuration, 0.0, 1.0);
 	}
@@ -302,12 +304,12 @@ void SNotificationItem::Tick(const FGeometry& AllottedGeometry, const double InC
 	}
 	if (FadeAt >= 0.0 && InCurrentTime >= FadeAt)
 	{
-		const double Left = FadeOutDuration > 0.0f ? 1.0 - (InCurrentTime - FadeAt) / FadeOutDuration : 0.0;
+		const double Left = bFades && FadeOutDuration > 0.0f ? 1.0 - (InCurrentTime - FadeAt) / FadeOutDuration : 0.0;
 		bGone = Left <= 0.0;
 		Opacity = FMath::Min(Opacity, FMath::Max(Left, 0.0));
 	}
 	// The next frame that will show something else.
-	const bool bFadesIn = FadeInDuration > 0.0f && InCurrentTime < ShownSince + FadeInDuration;
+	const bool bFadesIn = bFades && FadeInDuration > 0.0f && InCurrentTime < ShownSince + FadeInDuration;
 	if (bFadesIn)
 	{
 		FHostSleep::RequestFrameAt(InCurrentTime);

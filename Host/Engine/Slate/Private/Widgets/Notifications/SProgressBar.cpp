@@ -1,6 +1,7 @@
 #include "Widgets/Notifications/SProgressBar.h"
 
 #include "Host/HostAccess.h"
+#include "Host/HostMotion.h"
 #include "Host/HostSleep.h"
 #include "Rendering/DrawElements.h"
 #include "Styling/AppStyle.h"
@@ -39,6 +40,12 @@ int32 SProgressBar::OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeo
 	if (Fraction.IsSet())
 	{
 		End = FMath::Clamp(static_cast<double>(Fraction.GetValue()), 0.0, 1.0);
+	}
+	else if (FHostMotion::IsReduced())
+	{
+		// In the middle, and not from the start as a fraction would.
+		Begin = (1.0 - MarqueeShare) * 0.5;
+		End = Begin + MarqueeShare;
 	}
 	else
 	{
