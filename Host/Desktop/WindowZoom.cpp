@@ -37,6 +37,7 @@ namespace
 		}
 		virtual FIntPoint GetPixelSize() const override { return Window->GetPixelSize(); }
 		virtual float GetScale() const override { return Window->GetScale() * static_cast<float>(FWindowZoom::GetPercent()) / 100.0f; }
+		virtual FIntPoint GetScreenPosition() const override { return Window->GetScreenPosition(); }
 		virtual bool IsVisible() const override { return Window->IsVisible(); }
 		virtual bool IsHeadless() const override { return Window->IsHeadless(); }
 		virtual void SetTitle(const FString& Title) override { Window->SetTitle(Title); }

@@ -184,6 +184,14 @@ FIntPoint FSdlWindow::GetPixelSize() const
 	return FIntPoint(std::max(Width, 1), std::max(Height, 1));
 }
 
+FIntPoint FSdlWindow::GetScreenPosition() const
+{
+	int X = 0;
+	int Y = 0;
+	SDL_GetWindowPosition(Window, &X, &Y);
+	return FIntPoint(X, Y);
+}
+
 bool FSdlWindow::IsVisible() const
 {
 	const uint32 Flags = SDL_GetWindowFlags(Window);

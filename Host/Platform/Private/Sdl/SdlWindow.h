@@ -20,6 +20,7 @@ public:
 	FSdlWindow& operator=(const FSdlWindow&) = delete;
 
 	virtual FIntPoint GetPixelSize() const override;
+	virtual FIntPoint GetScreenPosition() const override;
 	virtual float GetScale() const override { return Scale; }
 	virtual bool IsVisible() const override;
 	virtual bool IsHeadless() const override { return false; }

@@ -39,6 +39,8 @@ public:
 	virtual ~IHostWindow();
 
 	virtual FIntPoint GetPixelSize() const = 0;
+	/** Upper left corner of the content on the screen, in pixels, as far as the platform knows. */
+	virtual FIntPoint GetScreenPosition() const { return FIntPoint(0, 0); }
 	/** Device pixels per layout unit. */
 	virtual float GetScale() const = 0;
 	/** False while minimised or hidden: nothing is painted then. */
