@@ -1,11 +1,11 @@
 # Sourced by run.sh and test.sh: makes sure that Debian packages are there.
 
-BUILD_PACKAGES="g++ cmake ninja-build pkg-config libsdl2-dev libcairo2-dev libpango1.0-dev libx11-dev rapidjson-dev libsqlite3-dev libcurl4-openssl-dev"
+BUILD_PACKAGES="g++ cmake ninja-build pkg-config libsdl2-dev libcairo2-dev libpango1.0-dev libx11-dev rapidjson-dev libsqlite3-dev libcurl4-openssl-dev libglib2.0-dev libatk1.0-dev libatk-bridge2.0-dev"
 RUN_PACKAGES="universal-ctags bubblewrap"
 FONT_PACKAGES="fontconfig fonts-roboto-unhinted fonts-noto-mono fonts-noto-color-emoji"
-# What is of use and not needed: the fonts of more scripts, and the programs that open files and links.
-OPTIONAL_PACKAGES="fonts-noto-core fonts-noto-cjk xdg-utils bash-completion libsecret-1-0"
-TEST_PACKAGES="libgtest-dev fonts-dejavu-core fonts-droid-fallback python3 openssl strace dbus libsecret-1-0 gnome-keyring"
+# What is of use and not needed: the fonts of more scripts, the programs that open files and links, the service of screen readers.
+OPTIONAL_PACKAGES="fonts-noto-core fonts-noto-cjk xdg-utils bash-completion libsecret-1-0 at-spi2-core"
+TEST_PACKAGES="libgtest-dev fonts-dejavu-core fonts-droid-fallback python3 openssl strace dbus libsecret-1-0 gnome-keyring at-spi2-core python3-pyatspi dbus-daemon"
 
 # Installs what is missing of the packages named. Ends the script with 3 when nobody may install.
 need_packages() {
