@@ -123,6 +123,19 @@ namespace
 		return FString();
 	}
 
+	/** Letter case counts, as in the names of options. */
+	template <EAccessChoice FDesktopOptions::*Member>
+	FString SetChoice(FDesktopOptions& Options, const FString& Value)
+	{
+		const bool bOn = Value.Equals(TEXT("on"));
+		if (!bOn && !Value.Equals(TEXT("off")) && !Value.Equals(TEXT("desktop")))
+		{
+			return FString::Printf(TEXT("\"%s\" is neither on, off nor desktop."), *Value);
+		}
+		Options.*Member = bOn ? EAccessChoice::On : (Value.Equals(TEXT("off")) ? EAccessChoice::Off : EAccessChoice::Desktop);
+		return FString();
+	}
+
 	FString SetSize(FDesktopOptions& Options, const FString& Value)
 	{
 		Options.bHasSize = true;
@@ -208,6 +221,16 @@ namespace
 		{ TEXT("--scale"), TEXT("F"),
 			TEXT("pixels per unit, 0.5 to 4 (default: GDK_SCALE, or 1)"),
 			&SetScale },
+		{ TEXT("--accessibility"), TEXT("WHEN"),
+			TEXT("show the window to screen readers: on, off or desktop, which is\n")
+			TEXT("when one asks (default)"),
+			&SetChoice<&FDesktopOptions::Accessibility> },
+		{ TEXT("--reduced-motion"), TEXT("WHEN"),
+			TEXT("no fades and no blinking: on, off or desktop (default)"),
+			&SetChoice<&FDesktopOptions::ReducedMotion> },
+		{ TEXT("--high-contrast"), TEXT("WHEN"),
+			TEXT("bright text on black: on, off or desktop (default)"),
+			&SetChoice<&FDesktopOptions::HighContrast> },
 		{ TEXT("--help"), nullptr,
 			TEXT("print this, then end; so does -h"),
 			&SetSwitch<&FDesktopOptions::bShowHelp> },

@@ -2,6 +2,14 @@
 
 #include "CoreMinimal.h"
 
+/** Something that the command line switches, or leaves to the desktop's settings. */
+enum class EAccessChoice : uint8
+{
+	Desktop,
+	On,
+	Off,
+};
+
 /** What the command line asks for. */
 struct FDesktopOptions
 {
@@ -33,6 +41,10 @@ struct FDesktopOptions
 	bool bListModels = false;
 	/** Beginnings of "tool subject" that are allowed without asking in this run. */
 	TArray<FString> AllowedCalls;
+	/** Show the window to screen readers; left to the desktop, when one asks. */
+	EAccessChoice Accessibility = EAccessChoice::Desktop;
+	EAccessChoice ReducedMotion = EAccessChoice::Desktop;
+	EAccessChoice HighContrast = EAccessChoice::Desktop;
 	/** Console variables to set before anything is made, in this order. */
 	TArray<TPair<FString, FString>> Variables;
 	/** The local time at which simulated time begins; unset for real time. */

@@ -45,6 +45,7 @@
 #include "StoreFolders.h"
 #include "UObject/UObjectGlobals.h"
 #include "Widgets/SVelmoraTab.h"
+#include "WindowContrast.h"
 #include "WindowZoom.h"
 
 DEFINE_LOG_CATEGORY_STATIC(LogDesktop, Log, All);
@@ -117,6 +118,9 @@ FString FDesktopSession::Start(TFunction<void()> InOnFrame)
 	SetAgentOptions();
 	OpenTab();
 	RestoreTabs();
+	// Last, when there is something to see: the start does not wait for the desktop.
+	Access.Start(Options, bHasDisplay && !Options.HasAction());
+	Host->AtEnd([this] { Access.End(); });
 	KeepDraft();
 	if (HasUser())
 	{
@@ -201,7 +205,7 @@ TSharedPtr<IHostWindow> FDesktopSession::OpenWindow()
 	// The same program, painted into memory.
 	Window = Window ? Window : FHostPlatform::CreateHeadlessWindow(Options.Size, Scale).ToSharedPtr();
 	LoadUserView();
-	return FWindowZoom::Wrap(Window.ToSharedRef());
+	return FWindowZoom::Wrap(FWindowContrast::Wrap(Window.ToSharedRef()));
 }
 
 bool FDesktopSession::HasUser() const
@@ -246,6 +250,7 @@ void FDesktopSession::SetUpWindow()
 			PromptFocus.NoteTurn();
 			PrimarySelection.NoteTurn();
 			SavedFileToast.NoteTurn();
+			Access.NoteTurn();
 			if (Draft)
 			{
 				Draft->NoteTurn();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "CoreMinimal.h"
+#include "AccessSupport.h"
 #include "DesktopOptions.h"
 #include "Host/HostSession.h"
 #include "PluginDescriptor.h"
@@ -75,6 +76,7 @@ private:
 	FSavedFileToast SavedFileToast;
 	/** As the draft below. */
 	TUniquePtr<FOpenTabs> OpenTabs;
+	FAccessSupport Access;
 	/** Null in runs without a user, who would find a prompt that was not theirs. */
 	TUniquePtr<FDraftKeeper> Draft;
 	/** Last: what ends with it uses the others. */

@@ -4,6 +4,7 @@
 #include "ConversationPrinter.h"
 #include "Dom/JsonObject.h"
 #include "Framework/Application/SlateApplication.h"
+#include "Host/AccessTree.h"
 #include "Host/HostClock.h"
 #include "Host/HostDialogs.h"
 #include "Host/HostFileDialogs.h"
@@ -215,6 +216,16 @@ namespace
 		return Dialogs;
 	}
 
+	/** The window as a screen reader finds it, a line for each thing in it. */
+	TArray<TSharedPtr<FJsonValue>> DescribeAccess()
+	{
+		FAccessTree Tree;
+		Tree.Update();
+		TArray<FString> Lines;
+		Tree.Describe().ParseIntoArray(Lines, TEXT("\n"), true);
+		return ToValues(Lines);
+	}
+
 	/** What is on screen, the window's own layers above the tab included. */
 	void DescribeScreen(FJsonObject& Root)
 	{
@@ -226,6 +237,7 @@ namespace
 		}
 		Root.SetArrayField(TEXT("controls"), Controls);
 		Root.SetArrayField(TEXT("menu"), DescribeMenus());
+		Root.SetArrayField(TEXT("accessible"), DescribeAccess());
 		const TSharedPtr<SWidget> Box = FWidgetFinder::FindByTag(TEXT("InputTextBox"));
 		Root.SetStringField(TEXT("promptText"), Box ? Box->GetDisplayedText().ToString() : FString());
 		Root.SetStringField(TEXT("focus"), DescribeFocus());

@@ -55,6 +55,14 @@ FSlateWindowElementList::FSlateWindowElementList(const FVector2D& InWindowSize, 
 	Reset(InWindowSize, InScale);
 }
 
+void FSlateWindowElementList::ChangeElements(TFunctionRef<void(FSlateDrawElement& Element)> Change)
+{
+	for (FSlateDrawElement& Element : Elements)
+	{
+		Change(Element);
+	}
+}
+
 void FSlateWindowElementList::Reset(const FVector2D& InWindowSize, float InScale)
 {
 	WindowSize = InWindowSize;

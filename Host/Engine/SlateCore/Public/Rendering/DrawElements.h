@@ -54,6 +54,8 @@ public:
 	float GetScale() const { return Scale; }
 	const TArray<FSlateDrawElement>& GetElements() const { return Elements; }
 
+	/** For who shows the list in other colours; places and order stay. */
+	void ChangeElements(TFunctionRef<void(FSlateDrawElement& Element)> Change);
 	/** Empties the list and keeps its memory. */
 	void Reset(const FVector2D& InWindowSize, float InScale);
 	void PushClip(const FSlateRect& DeviceRect);

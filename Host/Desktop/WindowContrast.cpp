@@ -1,0 +1,159 @@
+#include "WindowContrast.h"
+
+#include "Framework/Application/SlateApplication.h"
+
+#include <cmath>
+
+// Contrast is counted by the Web Content Accessibility Guidelines: (L1 + 0.05) / (L2 + 0.05), L being the relative luminance. Against
+// black, 7 to 1 takes a luminance of 0.3; white against a surface of 0.18 is 4.5 to 1.
+
+namespace
+{
+	constexpr double TextLuminance = 0.3;
+	constexpr double SurfaceLuminance = 0.18;
+	/** Surfaces below are background. Of the look's own none is above. */
+	constexpr double BackgroundLuminance = 0.035;
+	/** Surfaces above are marks: a caret, a switch, something selected in white. */
+	constexpr double LightLuminance = 0.5;
+
+	bool bHighContrast = false;
+
+	double ToLinear(uint8 Byte)
+	{
+		const double Value = Byte / 255.0;
+		return Value <= 0.04045 ? Value / 12.92 : std::pow((Value + 0.055) / 1.055, 2.4);
+	}
+
+	uint8 ToByte(double Linear)
+	{
+		const double Value = Linear <= 0.0031308 ? Linear * 12.92 : 1.055 * std::pow(Linear, 1.0 / 2.4) - 0.055;
+		return static_cast<uint8>(FMath::Clamp(FMath::RoundToInt32(Value * 255.0), 0, 255));
+	}
+
+	struct FContrastedWindow : public IHostWindow
+	{
+		explicit FContrastedWindow(const TSharedRef<IHostWindow>& InWindow)
+			: Window(InWindow)
+		{
+		}
+		virtual FIntPoint GetPixelSize() const override { return Window->GetPixelSize(); }
+		virtual FIntPoint GetScreenPosition() const override { return Window->GetScreenPosition(); }
+		virtual float GetScale() const override { return Window->GetScale(); }
+		virtual bool IsVisible() const override { return Window->IsVisible(); }
+		virtual bool IsHeadless() const override { return Window->IsHeadless(); }
+		virtual void SetTitle(const FString& Title) override { Window->SetTitle(Title); }
+		virtual void SetCursor(EMouseCursor::Type Cursor) override { Window->SetCursor(Cursor); }
+		virtual void SetTextInput(bool bActive, const FSlateRect& Caret) override { Window->SetTextInput(bActive, Caret); }
+		virtual void PaintAndPresent(const FSlateWindowElementList& Elements, const FSlateRect& Damage) override
+		{
+			if (!bHighContrast)
+			{
+				Window->PaintAndPresent(Elements, Damage);
+				return;
+			}
+			FSlateWindowElementList Changed = Elements;
+			Changed.ChangeElements([](FSlateDrawElement& Element) { Change(Element); });
+			Window->PaintAndPresent(Changed, Damage);
+		}
+		virtual void PumpEvents(IHostMessageHandler& Handler, double MaxWaitSeconds) override
+		{
+			Window->PumpEvents(Handler, MaxWaitSeconds);
+		}
+		virtual void Wake() override { Window->Wake(); }
+		virtual bool SaveScreenshot(const FString& Path) const override { return Window->SaveScreenshot(Path); }
+		virtual void Resize(const FIntPoint& PixelSize) override { Window->Resize(PixelSize); }
+		virtual FColor GetPixel(int32 X, int32 Y) const override { return Window->GetPixel(X, Y); }
+
+		static void Change(FSlateDrawElement& Element)
+		{
+			switch (Element.Type)
+			{
+			case ESlateDrawType::Glyphs:
+				Element.Color = FWindowContrast::Brighten(Element.Color);
+				break;
+			case ESlateDrawType::Image:
+				Element.Color = Element.bTintImage ? FWindowContrast::Brighten(Element.Color) : Element.Color;
+				break;
+			case ESlateDrawType::Box:
+			case ESlateDrawType::RoundedBox:
+				Element.Color = FWindowContrast::Darken(Element.Color);
+				Element.OutlineColor = FWindowContrast::Brighten(Element.OutlineColor);
+				break;
+			case ESlateDrawType::Shadow:
+			case ESlateDrawType::Chequer:
+				break;
+			}
+		}
+
+	private:
+		const TSharedRef<IHostWindow> Window;
+	};
+}
+
+double FWindowContrast::GetLuminance(const FColor& Color)
+{
+	return 0.2126 * ToLinear(Color.R) + 0.7152 * ToLinear(Color.G) + 0.0722 * ToLinear(Color.B);
+}
+
+// Mixed with white in linear light, as far as it takes. What is half transparent becomes solid: it would let the black through.
+FColor FWindowContrast::Brighten(const FColor& Color)
+{
+	if (Color.A == 0)
+	{
+		return Color;
+	}
+	const double Luminance = GetLuminance(Color);
+	const double White = Luminance >= TextLuminance ? 0.0 : (TextLuminance - Luminance) / (1.0 - Luminance);
+	// Rounded up, so that a byte less does not fall short of the goal.
+	const auto Mix = [White](uint8 Byte)
+	{
+		const double Linear = ToLinear(Byte);
+		const uint8 Mixed = ToByte(Linear + (1.0 - Linear) * White);
+		return White > 0.0 && Mixed < 255 ? static_cast<uint8>(Mixed + 1) : Mixed;
+	};
+	return FColor(Mix(Color.R), Mix(Color.G), Mix(Color.B), 255);
+}
+
+FColor FWindowContrast::Darken(const FColor& Color)
+{
+	const double Luminance = GetLuminance(Color);
+	if (Color.A == 0 || Luminance >= LightLuminance)
+	{
+		// A light veil marks what the pointer is on; it stays a veil.
+		return Color;
+	}
+	if (Luminance < BackgroundLuminance)
+	{
+		return FColor(0, 0, 0, Color.A);
+	}
+	const double Share = FMath::Min(SurfaceLuminance / Luminance, 1.0);
+	const auto Scale = [Share](uint8 Byte)
+	{
+		const uint8 Scaled = ToByte(ToLinear(Byte) * Share);
+		return Share < 1.0 && Scaled > 0 ? static_cast<uint8>(Scaled - 1) : Scaled;
+	};
+	return FColor(Scale(Color.R), Scale(Color.G), Scale(Color.B), Color.A);
+}
+
+TSharedRef<IHostWindow> FWindowContrast::Wrap(const TSharedRef<IHostWindow>& Window)
+{
+	return MakeShared<FContrastedWindow>(Window);
+}
+
+bool FWindowContrast::IsHigh()
+{
+	return bHighContrast;
+}
+
+void FWindowContrast::SetHigh(bool bHigh)
+{
+	if (bHighContrast != bHigh)
+	{
+		bHighContrast = bHigh;
+		if (FSlateApplication::IsInitialized())
+		{
+			FSlateApplication::Get().GetMessageHandler().OnWindowExposed();
+			FSlateApplication::Get().RequestFrame();
+		}
+	}
+}

@@ -1,0 +1,187 @@
+#include "Desktop/ProgramDriver.h"
+
+#include "DesktopOptions.h"
+#include "Support/Base/Printers.h"
+#include "WindowContrast.h"
+
+#include <gtest/gtest.h>
+
+#include <regex>
+#include <set>
+
+// What the program shows to those who do not see the window, as a dump tells it, and how it changes colours for weak eyes.
+
+namespace
+{
+	class Access : public testing::Test
+	{
+	protected:
+		/** The tree after a script, as one text: a line for each thing, behind tabs. */
+		std::string Look(const std::string& Script, const std::vector<std::string>& More = {})
+		{
+			std::vector<std::string> Arguments = { "--headless", "--project", Project.Folder.string(), "--size", "1280x900", "--now",
+				"2026-01-31T12:00:00", "--set", "velmora.conversationhistoryrefresh.forcesync=1", "--script",
+				Project.Write("run.txt", Script + "tick 60\ndump out\n") };
+			Arguments.insert(Arguments.end(), More.begin(), More.end());
+			const FRun Result = RunProgram(Arguments, "", Project.OutFolder.string());
+			EXPECT_EQ(Result.ExitCode, 0) << Result.Error;
+			Dump = ReadFile(Project.Path("out"));
+			const size_t Begin = Dump.find("\"accessible\": [");
+			const size_t End = Dump.find("\n\t]", Begin);
+			std::string Tree;
+			// Strings of JSON, one a line.
+			const std::regex Line("\\n\\t\\t\"(.*)\",?\\r?(?=\\n)");
+			const std::string Part = Begin == std::string::npos ? "" : Dump.substr(Begin, End - Begin + 1);
+			for (std::sregex_iterator Match(Part.begin(), Part.end(), Line), Last; Match != Last; ++Match)
+			{
+				std::string Text = (*Match)[1];
+				Text = std::regex_replace(Text, std::regex("\\\\t"), "\t");
+				Text = std::regex_replace(Text, std::regex("\\\\\""), "\"");
+				Tree += Text + "\n";
+			}
+			return Tree;
+		}
+
+		static bool HasLine(const std::string& Tree, const std::string& Line)
+		{
+			return std::regex_search(Tree, std::regex("(^|\n)\t*" + std::regex_replace(Line, std::regex("[()]"), "\\$&") + "\n"));
+		}
+
+		/** Things that somebody meets without hearing what they are. */
+		static std::string FindNameless(const std::string& Tree)
+		{
+			std::string Found;
+			const std::regex Nameless("(?:^|\n)\t*([a-z ]+ \"\"[^\n]*)");
+			for (std::sregex_iterator Match(Tree.begin(), Tree.end(), Nameless), Last; Match != Last; ++Match)
+			{
+				Found += (*Match)[1].str() + "\n";
+			}
+			return Found;
+		}
+
+		const FRandomProject Project;
+		std::string Dump;
+	};
+}
+
+TEST_F(Access, EveryTaggedControlThatIsShownHasRoleNameAndState)
+{
+	const std::string Tree = Look("type hello\n");
+	const char* const Lines[] = {
+		"window \".* - Velmora UI\" (focused)",
+		"menu bar \"Menus\"",
+		"menu item \"File\" (has popup)",
+		"tab \".*\" (selected)",
+		"button \"Close tab\"",
+		"text box \"Prompt\" (focused, multi-line) = \"hello\"",
+		"combo box \"Mode\" (has popup) = \".+\"",
+		"combo box \"Conversation\" (has popup) = \".+\"",
+		"status \".+\"",
+	};
+	for (const char* Line : Lines)
+	{
+		EXPECT_TRUE(HasLine(Tree, Line)) << Line << "\nin\n" << Tree;
+	}
+	EXPECT_EQ(FindNameless(Tree), "");
+
+	// Buttons of the chat by their tags: each that is shown and stands in the dump is a button or a link of the tree.
+	std::set<std::string> Shown;
+	const std::regex Control("\"tag\": \"([A-Za-z]*Button)\",\\s*\"visible\": true");
+	for (std::sregex_iterator Match(Dump.begin(), Dump.end(), Control), Last; Match != Last; ++Match)
+	{
+		Shown.insert((*Match)[1]);
+	}
+	EXPECT_FALSE(Shown.empty());
+	const std::regex Button("\n\t*button \"");
+	const auto Count = std::distance(std::sregex_iterator(Tree.begin(), Tree.end(), Button), std::sregex_iterator());
+	EXPECT_GE(Count, static_cast<ptrdiff_t>(Shown.size()));
+}
+
+TEST_F(Access, EveryPageDialogAndMenuHasNames)
+{
+	struct FCase
+	{
+		const char* What;
+		std::string Script;
+		const char* Line;
+	};
+	const FCase Cases[] = {
+		{ "a menu", "key F10\n", "menu item \"New Conversation.*" },
+		{ "find", "key CTRL+F\n", "text box \"Find in the conversation\" .*" },
+		{ "conversations", "key CTRL+SHIFT+H\n", "text box \"Search all conversations\".*" },
+		{ "a list to choose from", "click #ModeComboBox\n", "list item \"Advisor.*" },
+	};
+	for (const FCase& Case : Cases)
+	{
+		SCOPED_TRACE(Case.What);
+		const std::string Tree = Look(Case.Script);
+		EXPECT_TRUE(HasLine(Tree, Case.Line)) << Tree;
+		EXPECT_EQ(FindNameless(Tree), "");
+	}
+}
+
+TEST_F(Access, AConversationReadsAsMessagesWithWholeSentences)
+{
+	const std::string Tree = Look("type find " + Project.Symbol + "\nkey CTRL+ENTER\nwait idle 60\n");
+	EXPECT_TRUE(HasLine(Tree, "list \"Messages\"")) << Tree;
+	EXPECT_TRUE(HasLine(Tree, "list item \"You\"")) << Tree;
+	EXPECT_TRUE(HasLine(Tree, "list item \"Velmora AI\"")) << Tree;
+	// Words that wrap are one text, and the link in it can be followed.
+	EXPECT_TRUE(std::regex_search(Tree, std::regex("\tparagraph \"[^\n]* [^\n]* [^\n]*\""))) << Tree;
+	EXPECT_TRUE(std::regex_search(Tree, std::regex("\tlink \"[^\n]+\""))) << Tree;
+	EXPECT_EQ(FindNameless(Tree), "");
+}
+
+TEST(AccessOptions, SwitchesTakeThreeWords)
+{
+	FDesktopOptions Options;
+	EXPECT_TRUE(Options.Parse({ TEXT("--accessibility=on"), TEXT("--reduced-motion"), TEXT("off") }).IsEmpty());
+	EXPECT_EQ(Options.Accessibility, EAccessChoice::On);
+	EXPECT_EQ(Options.ReducedMotion, EAccessChoice::Off);
+	EXPECT_EQ(Options.HighContrast, EAccessChoice::Desktop);
+	for (const TCHAR* Wrong : { TEXT("--high-contrast=yes"), TEXT("--high-contrast="), TEXT("--accessibility=On") })
+	{
+		EXPECT_FALSE(FDesktopOptions().Parse({ Wrong }).IsEmpty()) << Utf8(FText::FromString(Wrong));
+	}
+}
+
+TEST(WindowContrast, TextIsBrightAndSurfacesAreDarkEnough)
+{
+	const double Black = 0.05;
+	for (int32 Step = 0; Step < 4096; ++Step)
+	{
+		const FColor Color(
+			static_cast<uint8>((Step & 15) * 17), static_cast<uint8>(((Step >> 4) & 15) * 17), static_cast<uint8>((Step >> 8) * 17), 128);
+		const FColor Text = FWindowContrast::Brighten(Color);
+		const double TextLuminance = FWindowContrast::GetLuminance(Text);
+		EXPECT_GE((TextLuminance + 0.05) / Black, 7.0) << Step;
+		EXPECT_GE(TextLuminance, FWindowContrast::GetLuminance(Color)) << Step;
+		EXPECT_EQ(Text.A, 255);
+		const FColor Surface = FWindowContrast::Darken(Color);
+		const double SurfaceLuminance = FWindowContrast::GetLuminance(Surface);
+		const bool bLight = FWindowContrast::GetLuminance(Color) >= 0.5;
+		EXPECT_TRUE(bLight ? Surface == Color : (1.0 + 0.05) / (SurfaceLuminance + 0.05) >= 4.5) << Step;
+		EXPECT_EQ(Surface.A, 128);
+	}
+	EXPECT_EQ(FWindowContrast::Brighten(FColor(10, 10, 10, 0)), FColor(10, 10, 10, 0)) << "what is invisible stays so";
+	EXPECT_EQ(FWindowContrast::Darken(FColor(20, 20, 24, 255)), FColor(0, 0, 0, 255));
+	EXPECT_NEAR(FWindowContrast::GetLuminance(FColor(255, 255, 255, 255)), 1.0, 1e-12);
+}
+
+TEST_F(Access, HighContrastChangesThePictureAndNothingElse)
+{
+	const auto Shoot = [this](const char* Name, const char* Choice)
+	{
+		const FRun Result = RunProgram(
+			{ "--headless", "--project", Project.Folder.string(), "--now", "2026-01-31T12:00:00", std::string("--high-contrast=") + Choice,
+				"--screenshot", Project.Path(std::string(Name) + ".png"), "--dump", Project.Path(Name) },
+			"", Project.OutFolder.string());
+		EXPECT_EQ(Result.ExitCode, 0) << Result.Error;
+	};
+	Shoot("plain", "off");
+	Shoot("high", "on");
+	EXPECT_NE(ReadFile(Project.Path("plain.png")), ReadFile(Project.Path("high.png")));
+	const auto ReadDump = [this](const char* Name)
+	{ return std::regex_replace(ReadFile(Project.Path(Name)), std::regex("\"frameCount\": [0-9]+"), ""); };
+	EXPECT_EQ(ReadDump("plain"), ReadDump("high"));
+}
