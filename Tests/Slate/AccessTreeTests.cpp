@@ -2,6 +2,7 @@
 
 #include "Host/AccessRules.h"
 #include "Host/AccessTree.h"
+#include "Host/HostKeyWatch.h"
 #include "Host/HostMotion.h"
 #include "Widgets/Docking/SDockTab.h"
 #include "Widgets/Images/SThrobber.h"
@@ -350,6 +351,28 @@ TEST_F(FAccessTest, ALongColumnCostsWhatIsInView)
 	EXPECT_TRUE(Tree->SetValue(Bar, 0.0));
 	PumpFrame();
 	EXPECT_EQ(Look().at(0), AtStart.at(0));
+}
+
+TEST_F(FAccessTest, WhoHearsKeysFirstMayKeepThemAndWhatTheyType)
+{
+	TSharedPtr<SEditableTextBox> Box;
+	Show(SAssignNew(Box, SEditableTextBox));
+	App().SetKeyboardFocus(Box);
+	FTextList Heard;
+	FHostKeyWatch::SetListener(
+		[&Heard](const FKey& Key, const FModifierKeysState& Modifiers, bool bDown)
+		{
+			Heard.push_back(Utf8(FText::FromString(Key.ToString())) + (bDown ? " down" : " up"));
+			return Key == EKeys::H;
+		});
+	for (const char* Key : { "A", "H", "B" })
+	{
+		PressKey(Key);
+	}
+	FHostKeyWatch::SetListener(nullptr);
+	PressKey("H");
+	EXPECT_EQ(Utf8(Box->GetText()), "abh");
+	EXPECT_EQ(Heard, (FTextList{ "A down", "A up", "H down", "H up", "B down", "B up" }));
 }
 
 TEST_F(FAccessTest, WithReducedMotionNothingAsksForFrames)

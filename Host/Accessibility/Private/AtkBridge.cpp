@@ -1,9 +1,11 @@
 #include "AtkBridge.h"
 
+#include "AtkKeys.h"
 #include "AtkObjects.h"
 #include "AtkWords.h"
 #include "Framework/Application/SlateApplication.h"
 #include "Host/HostAnnouncements.h"
+#include "Host/HostKeyWatch.h"
 
 #include <atk-bridge.h>
 
@@ -47,6 +49,7 @@ FAtkBridge::FAtkBridge()
 	Util->get_root = &FAtkBridge::GetApplication;
 	Util->get_toolkit_name = &GetToolkitName;
 	Util->get_toolkit_version = &GetToolkitVersion;
+	AtkKeys::Install(*Util);
 	if (!g_get_prgname())
 	{
 		g_set_prgname("velmora");
@@ -60,6 +63,8 @@ FAtkBridge::FAtkBridge()
 
 	// 2. What it is told from now on. Whoever listens wants to know at once which window has the keyboard.
 	Pump = MakeUnique<FGlibPump>();
+	FHostKeyWatch::SetListener(
+		[](const FKey& Key, const FModifierKeysState& Modifiers, bool bDown) { return AtkKeys::Tell(Key, Modifiers, bDown); });
 	FHostAnnouncements::SetListener([this](const FString& Text) { Announce(Text); });
 	Ticker = FTSTicker::GetCoreTicker().AddTicker(TEXT("Accessibility"), LookSeconds,
 		[this](float)
@@ -81,6 +86,7 @@ FAtkBridge::~FAtkBridge()
 	if (bConnected)
 	{
 		FHostAnnouncements::SetListener(nullptr);
+		FHostKeyWatch::SetListener(nullptr);
 		FTSTicker::RemoveTicker(Ticker);
 	}
 	Current = nullptr;

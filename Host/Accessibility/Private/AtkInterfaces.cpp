@@ -1,6 +1,7 @@
 #include "AtkBridge.h"
 #include "AtkObjects.h"
 #include "AtkWords.h"
+#include "Async/Async.h"
 #include "Framework/Application/SlateApplication.h"
 
 // Places, actions, numbers and selections of objects. What changes something goes through the tree, and so the way that input goes.
@@ -71,9 +72,27 @@ namespace
 		return Node && Node->Role == EHostRole::Window ? ATK_LAYER_WINDOW : ATK_LAYER_WIDGET;
 	}
 
+	/** Not within the client's call: an action may open a dialog, which the client wants to answer by further calls. */
+	bool DoSoon(uint32 Id)
+	{
+		if (!GetTree() || !GetTree()->HasAction(Id))
+		{
+			return false;
+		}
+		AsyncTask(ENamedThreads::GameThread,
+			[Id]
+			{
+				if (GetTree())
+				{
+					(void)GetTree()->DoAction(Id);
+				}
+			});
+		return true;
+	}
+
 	gboolean DoAction(AtkAction* Action, gint Index)
 	{
-		return Index == 0 && GetTree() && GetTree()->DoAction(AtkObjects::GetId(Action));
+		return Index == 0 && DoSoon(AtkObjects::GetId(Action));
 	}
 
 	gint CountActions(AtkAction* Action)
@@ -160,7 +179,7 @@ namespace
 	gboolean SelectChild(AtkSelection* List, gint Index)
 	{
 		const FAccessNode* const Child = FindChild(List, Index);
-		return Child && GetTree()->DoAction(Child->Id);
+		return Child && DoSoon(Child->Id);
 	}
 }
 

@@ -158,6 +158,12 @@ namespace
 	}
 }
 
+bool FAccessTree::HasAction(uint32 Id) const
+{
+	const FAccessNode* const Node = Find(Id);
+	return Node && Node->Action && GetUsable(Node);
+}
+
 bool FAccessTree::DoAction(uint32 Id) const
 {
 	const FAccessNode* const Node = Find(Id);

@@ -100,7 +100,10 @@ public:
 	FString Describe() const;
 
 	// What can be done; all go the way that input goes. False when it cannot be done (any more).
+	/** May run a loop of its own, as that of a dialog, before it returns. */
 	bool DoAction(uint32 Id) const;
+	/** Something to do is there, and its widget can be used now. */
+	bool HasAction(uint32 Id) const;
 	bool SetFocus(uint32 Id) const;
 	bool SetValue(uint32 Id, double Value) const;
 	/** Replaces a part of a text that can be edited; one step of its undo. */

@@ -3,6 +3,7 @@
 #include "HAL/PlatformTime.h"
 #include "Host/HostClose.h"
 #include "Host/HostFocus.h"
+#include "Host/HostKeyWatch.h"
 #include "LayerStack.h"
 #include "TabStops.h"
 
@@ -98,6 +99,10 @@ void FInputRouter::OnKeyDown(const FKey& Key, const FModifierKeysState& InModifi
 {
 	bActivity = true;
 	Modifiers = InModifiers;
+	if (FHostKeyWatch::TakesKey(Key, InModifiers, true))
+	{
+		return;
+	}
 	if (!Key.IsModifierKey())
 	{
 		CloseToolTip();
@@ -134,6 +139,10 @@ void FInputRouter::OnKeyUp(const FKey& Key, const FModifierKeysState& InModifier
 {
 	bActivity = true;
 	Modifiers = InModifiers;
+	if (FHostKeyWatch::TakesKey(Key, InModifiers, false))
+	{
+		return;
+	}
 	const FEventPath Path = GetFocusPath();
 	ApplyReply(Bubble<FKeyEvent>(Path, &SWidget::OnKeyUp, FKeyEvent(Key, Modifiers)), Path);
 }
@@ -141,6 +150,10 @@ void FInputRouter::OnKeyUp(const FKey& Key, const FModifierKeysState& InModifier
 void FInputRouter::OnTextInput(FStringView Text)
 {
 	bActivity = true;
+	if (FHostKeyWatch::TakesText())
+	{
+		return;
+	}
 	const FEventPath Path = GetFocusPath();
 	ApplyReply(Bubble<FCharacterEvent>(Path, &SWidget::OnKeyChar, FCharacterEvent(FString(Text), Modifiers)), Path);
 }
@@ -572,19 +585,4 @@ bool FInputRouter::TakeExposed()
 	const bool bWas = bExposed;
 	bExposed = false;
 	return bWas;
-}
-
-// Without a pointer: what is pressed need not be in view, nor lie on top. What a modal window covers stays out of reach.
-bool FInputRouter::DoAccessAction(const TSharedRef<SWidget>& Widget)
-{
-	const FEventPath Path = FEventPath::To(Widget);
-	if (!IsReachable(Widget) || Path.EnabledCount < Path.Widgets.Num())
-	{
-		return false;
-	}
-	bActivity = true;
-	CloseToolTip();
-	const FReply Reply = Widget->DoAccessAction();
-	ApplyReply(Reply, Path);
-	return Reply.IsEventHandled();
 }
