@@ -2,6 +2,7 @@
 #include "Framework/Application/SlateApplication.h"
 #include "HAL/PlatformApplicationMisc.h"
 #include "History/FileHistoryTracker.h"
+#include "Host/AccessTree.h"
 #include "Host/HostPaths.h"
 #include "Host/HostTasks.h"
 #include "Host/ProjectFolder.h"
@@ -326,6 +327,28 @@ namespace
 		MeasureRest(State, Open);
 	}
 	BENCHMARK(RestOfTab)->Arg(20)->Arg(10000)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
+
+	/** What a screen reader costs: a look at the tab for it, at the end of a loaded conversation, of which only the first tells something.
+	 */
+	void LookForScreenReader(benchmark::State& State)
+	{
+		const int32 Count = static_cast<int32>(State.range(0));
+		FOpenTab Open([Count](const FString& Database)
+			{ FMadeStore::Fill(Database, 1, Count, [Count](int32 Number) { return MakeStoredText(Number, Count); }); });
+		LoadStored(Open);
+		FAccessTree Tree;
+		std::vector<double> Times;
+		for (auto _ : State)
+		{
+			Open.Application.PumpFrame(0.1);
+			const double Start = FHeadlessApplication::GetThreadSeconds();
+			State.counters["changes"] += Tree.Update().Num();
+			Times.push_back(GetMilliseconds(Start));
+			State.SetIterationTime(Times.back() * 1.0e-3);
+		}
+		TellTimes(State, "", Times);
+	}
+	BENCHMARK(LookForScreenReader)->Arg(20)->Arg(10000)->Iterations(300)->UseManualTime()->Unit(benchmark::kMillisecond);
 
 	/** A conversation in which the agent has changed so many files, with the list of them open. */
 	void RestWithChangedFiles(benchmark::State& State)
