@@ -107,6 +107,11 @@ void FAccessLook::Visit(const FArrangedWidget& Arranged, const FContext& Context
 		Access.Role = Rule->Role != EHostRole::None ? Rule->Role : Access.Role;
 		Access.Name = Rule->Name ? FText::FromString(Rule->Name) : Access.Name;
 	}
+	if (Access.Role == EHostRole::Status && Access.Name.IsEmpty())
+	{
+		// A line that says nothing now.
+		Access.Role = EHostRole::None;
+	}
 	FContext Inner = Context;
 	Inner.bEnabled = Context.bEnabled && Widget.IsEnabled();
 	Inner.bJoinsTexts = Context.bJoinsTexts || (Rule && Rule->bJoinsTexts);
@@ -208,19 +213,30 @@ void FAccessLook::AddNode(const FArrangedWidget& Arranged, const FContext& Conte
 	}
 	else if (Node.Name.IsEmpty() && (Collector.bFirstOnly || Access.Role == EHostRole::Group))
 	{
-		// What begins with a heading has that for a name, also when the heading can be pressed.
-		const bool bAlsoButton = Access.Role == EHostRole::Group;
-		for (int32 Child = Index + 1; Child < Nodes.Num() && Node.Name.IsEmpty(); ++Child)
-		{
-			const bool bNames = IsText(Nodes[Child].Role) || (bAlsoButton && Nodes[Child].Role == EHostRole::Button);
-			Node.Name = bNames ? Nodes[Child].Name : FString();
-		}
+		Node.Name = FindFirstName(Index, Access.Role == EHostRole::Group);
 	}
 	// A link in a sentence is a part of it.
 	if (Context.Texts && Context.Texts->bJoins)
 	{
 		Context.Texts->Add(Node.Name);
 	}
+}
+
+// What begins with a heading has that for a name, also when the heading can be pressed. What shows no text by itself is called as the
+// first thing in it is.
+FString FAccessLook::FindFirstName(int32 Index, bool bAlsoButton) const
+{
+	FString First;
+	for (int32 Child = Index + 1; Child < Nodes.Num(); ++Child)
+	{
+		const FAccessNode& Node = Nodes[Child];
+		if (IsText(Node.Role) || (bAlsoButton && Node.Role == EHostRole::Button))
+		{
+			return Node.Name;
+		}
+		First = First.IsEmpty() ? Node.Name : First;
+	}
+	return First;
 }
 
 void FAccessLook::AddParagraph(const FArrangedWidget& Arranged, const FContext& Context)

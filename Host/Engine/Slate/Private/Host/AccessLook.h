@@ -39,6 +39,8 @@ private:
 	void VisitChildren(const FArrangedWidget& Arranged, const FContext& Context);
 	/** A widget that has a role. */
 	void AddNode(const FArrangedWidget& Arranged, const FContext& Context, const FHostAccess& Access, const struct FAccessRule* Rule);
+	/** Of what was added below a node last: its first text, or else whatever is called something. */
+	FString FindFirstName(int32 Index, bool bAlsoButton) const;
 	/** A box of text pieces, or a line of code. */
 	void AddParagraph(const FArrangedWidget& Arranged, const FContext& Context);
 	/** Names that stand beside what they name. */
