@@ -281,6 +281,10 @@ TEST_F(FAccessTest, TextsAreReadSelectedAndChangedByPlaces)
 	Box->Undo();
 	EXPECT_EQ(Utf8(Box->GetText()), "one and two");
 
+	EXPECT_TRUE(Tree->CopyText(Id, 3, 7, true));
+	EXPECT_TRUE(Tree->PasteText(Id, 0));
+	EXPECT_EQ(Utf8(Box->GetText()), " andone two");
+
 	LookAt(SAssignNew(Box, SMultiLineEditableTextBox).Text(INVTEXT("fixed")).IsReadOnly(true));
 	EXPECT_FALSE(Tree->ReplaceText(IdOf(Box), 0, 1, TEXT("x")));
 	EXPECT_TRUE(Tree->Select(IdOf(Box), 0, 2));

@@ -286,6 +286,34 @@ namespace
 	{
 		Replace(Text, ToUnits(Text, Begin), End < 0 ? MAX_int32 : ToUnits(Text, End), FString());
 	}
+
+	void CopyPart(AtkEditableText* Text, gint Begin, gint End, bool bCut)
+	{
+		const FAccessNode* const Node = FindNode(Text);
+		if (Node && GetTree()->CopyText(Node->Id, ToUnits(Text, Begin), End < 0 ? MAX_int32 : ToUnits(Text, End), bCut))
+		{
+			FAtkBridge::Get()->Look();
+		}
+	}
+
+	void CopyText(AtkEditableText* Text, gint Begin, gint End)
+	{
+		CopyPart(Text, Begin, End, false);
+	}
+
+	void CutText(AtkEditableText* Text, gint Begin, gint End)
+	{
+		CopyPart(Text, Begin, End, true);
+	}
+
+	void PasteText(AtkEditableText* Text, gint Position)
+	{
+		const FAccessNode* const Node = FindNode(Text);
+		if (Node && GetTree()->PasteText(Node->Id, ToUnits(Text, Position)))
+		{
+			FAtkBridge::Get()->Look();
+		}
+	}
 }
 
 void AtkObjects::InitText(gpointer Interface, gpointer Data)
@@ -314,4 +342,7 @@ void AtkObjects::InitEditableText(gpointer Interface, gpointer Data)
 	Text->set_text_contents = &SetTextContents;
 	Text->insert_text = &InsertText;
 	Text->delete_text = &DeleteText;
+	Text->copy_text = &CopyText;
+	Text->cut_text = &CutText;
+	Text->paste_text = &PasteText;
 }

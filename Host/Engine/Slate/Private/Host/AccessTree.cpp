@@ -217,3 +217,29 @@ bool FAccessTree::Select(uint32 Id, int32 Begin, int32 End) const
 	Box->SelectOffsets(Begin, End);
 	return true;
 }
+
+bool FAccessTree::CopyText(uint32 Id, int32 Begin, int32 End, bool bCut) const
+{
+	const TSharedPtr<SHostTextWidget> Box = GetTextBox(Find(Id));
+	if (!Box || (bCut && Box->IsReadOnly()))
+	{
+		return false;
+	}
+	FSlateApplication::Get().NoteActivity();
+	Box->SelectOffsets(Begin, End);
+	bCut ? Box->CutSelectedText() : Box->CopySelectedText();
+	return true;
+}
+
+bool FAccessTree::PasteText(uint32 Id, int32 Place) const
+{
+	const TSharedPtr<SHostTextWidget> Box = GetTextBox(Find(Id));
+	if (!Box || Box->IsReadOnly())
+	{
+		return false;
+	}
+	FSlateApplication::Get().NoteActivity();
+	Box->SelectOffsets(Place, Place);
+	Box->PasteText();
+	return true;
+}

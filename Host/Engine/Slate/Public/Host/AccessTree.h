@@ -109,6 +109,9 @@ public:
 	/** Replaces a part of a text that can be edited; one step of its undo. */
 	bool ReplaceText(uint32 Id, int32 Begin, int32 End, const FString& Text) const;
 	bool Select(uint32 Id, int32 Begin, int32 End) const;
+	/** Puts a part of a text on the clipboard; cutting does nothing where the text cannot be edited. */
+	bool CopyText(uint32 Id, int32 Begin, int32 End, bool bCut) const;
+	bool PasteText(uint32 Id, int32 Place) const;
 
 	static const TCHAR* GetRoleWord(EHostRole Role);
 	/** "focused, checked"; what can be done with it is left out, what cannot is "disabled". */
