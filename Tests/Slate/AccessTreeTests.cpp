@@ -121,6 +121,10 @@ TEST_F(FAccessTest, EachControlHasItsRoleNameAndState)
 				SHorizontalBox::Slot()
 					.AutoWidth()[SNew(SComboBox<TSharedPtr<FString>>).OptionsSource(&Options)[SNew(STextBlock).Text(INVTEXT("Two"))]],
 			{ "label \"Model\"", "combo box \"Model\" (has popup) = \"Two\"" } },
+		{ "a check that says only how it stands",
+			SNew(SHorizontalBox) + SHorizontalBox::Slot().AutoWidth().VAlign(VAlign_Center)[SNew(STextBlock).Text(INVTEXT("Keep layout"))] +
+				SHorizontalBox::Slot().AutoWidth()[SNew(SCheckBox)[SNew(STextBlock).Text(INVTEXT("Off"))]],
+			{ "label \"Keep layout\"", "check box \"Keep layout, Off\"" } },
 		{ "a share of work", SNew(SProgressBar).Percent(TOptional<float>(0.5f)).ToolTipText(INVTEXT("Indexing")),
 			{ "progress bar \"Indexing\"" } },
 		{ "work without a measure", SNew(SThrobber), { "image \"Busy\" (busy)" } },

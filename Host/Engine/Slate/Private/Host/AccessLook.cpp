@@ -12,6 +12,9 @@ namespace
 {
 	using namespace EHostAccessState;
 
+	/** Pixels that a label beside something has at its height. */
+	constexpr float LeastOverlap = 3.0f;
+
 	FString GetFirstLine(const FString& Text)
 	{
 		int32 End = INDEX_NONE;
@@ -274,7 +277,14 @@ void FAccessLook::NameRest()
 		FAccessNode& Node = Nodes[Index];
 		if (Node.Name.IsEmpty() && HoldsValue(Node.Role))
 		{
-			NameByNeighbour(Node);
+			NameByNeighbour(Node, true);
+		}
+		else if (Node.Role == EHostRole::CheckBox)
+		{
+			// "On" says nothing without the row that it stands in.
+			const FString Own = Node.Name;
+			NameByNeighbour(Node, false);
+			Node.Name += Own.IsEmpty() || Own.Equals(Node.Name) ? FString() : TEXT(", ") + Own;
 		}
 		const TSharedPtr<SWidget> Widget = Node.Widget.Pin();
 		if (Node.Name.IsEmpty() && Node.Role == EHostRole::TextBox)
@@ -290,7 +300,7 @@ void FAccessLook::NameRest()
 	}
 }
 
-void FAccessLook::NameByNeighbour(FAccessNode& Node)
+void FAccessLook::NameByNeighbour(FAccessNode& Node, bool bAlsoAbove)
 {
 	const FAccessNode* Beside = nullptr;
 	const FAccessNode* Above = nullptr;
@@ -301,8 +311,8 @@ void FAccessLook::NameByNeighbour(FAccessNode& Node)
 		{
 			continue;
 		}
-		const float Middle = (Other.Rect.Top + Other.Rect.Bottom) * 0.5f;
-		const bool bBeside = Other.Rect.Right <= Node.Rect.Left + 1.0f && Middle >= Node.Rect.Top && Middle <= Node.Rect.Bottom;
+		const float Overlap = FMath::Min(Other.Rect.Bottom, Node.Rect.Bottom) - FMath::Max(Other.Rect.Top, Node.Rect.Top);
+		const bool bBeside = Other.Rect.Right <= Node.Rect.Left + 1.0f && Overlap >= LeastOverlap;
 		// A heading of its own, and not a text that happens to end above.
 		const float Gap = Node.Rect.Top - Other.Rect.Bottom;
 		const bool bAbove =
@@ -310,7 +320,7 @@ void FAccessLook::NameByNeighbour(FAccessNode& Node)
 		Beside = bBeside && (!Beside || Other.Rect.Right > Beside->Rect.Right) ? &Other : Beside;
 		Above = bAbove && (!Above || Other.Rect.Bottom > Above->Rect.Bottom) ? &Other : Above;
 	}
-	if (const FAccessNode* const Label = Beside ? Beside : Above)
+	if (const FAccessNode* const Label = Beside || !bAlsoAbove ? Beside : Above)
 	{
 		Node.Name = Label->Name;
 		Node.LabelledBy = Label->Id;

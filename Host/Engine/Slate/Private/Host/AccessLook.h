@@ -45,7 +45,8 @@ private:
 	void AddParagraph(const FArrangedWidget& Arranged, const FContext& Context);
 	/** Names that stand beside what they name. */
 	void NameRest();
-	void NameByNeighbour(FAccessNode& Node);
+	/** By the label at its side, or the heading above; a name stays where there is neither. */
+	void NameByNeighbour(FAccessNode& Node, bool bAlsoAbove);
 
 	TArray<FAccessNode> Nodes;
 };
