@@ -176,8 +176,13 @@ bool FAccessTree::SetFocus(uint32 Id) const
 	const FAccessNode* const Node = Find(Id);
 	const bool bTakesKeyboard = Node && (Node->States & EHostAccessState::Focusable) != 0;
 	const TSharedPtr<SWidget> Widget = bTakesKeyboard ? GetUsable(Node) : nullptr;
+	if (!Widget)
+	{
+		return false;
+	}
+	FSlateApplication::Get().NoteActivity();
 	// As by the Tab key, so that the ring shows where the keyboard is.
-	return Widget && FSlateApplication::Get().SetKeyboardFocus(Widget, EFocusCause::Navigation);
+	return FSlateApplication::Get().SetKeyboardFocus(Widget, EFocusCause::Navigation);
 }
 
 bool FAccessTree::SetValue(uint32 Id, double Value) const
