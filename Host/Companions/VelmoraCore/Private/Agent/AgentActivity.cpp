@@ -4,6 +4,7 @@
 
 #include "Agent/ActivityFeed.h"
 #include "HAL/PlatformTime.h"
+#include "Host/AgentSeam.h"
 #include "Text/Utf8Text.h"
 
 // What the game thread knows of the activity: the rows that are shown.
@@ -194,6 +195,8 @@ namespace Velmora
 
 	FAgentTurnStatus FAgentActivity::GetTurnStatus()
 	{
-		return FActivityFeed::Get().GetTurnStatus();
+		const auto GetUsual = [] { return FActivityFeed::Get().GetTurnStatus(); };
+		const std::shared_ptr<IAgentSeam> Seam = FAgentSeam::Get();
+		return Seam ? Seam->GetTurnStatus(GetUsual) : GetUsual();
 	}
 }

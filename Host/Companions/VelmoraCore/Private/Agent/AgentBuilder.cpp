@@ -4,6 +4,7 @@
 
 #include "Agent/BuiltInAgent.h"
 #include "Host/AgentConnections.h"
+#include "Host/AgentSeam.h"
 #include "Settings/VelmoraSettings.h"
 
 TSharedPtr<Velmora::FAgent> FAgentBuilder::CreateDefault()
@@ -16,10 +17,15 @@ TSharedPtr<Velmora::FAgent> FAgentBuilder::CreateDefault()
 	const EConversationMode Mode = StoredMode <= static_cast<uint8>(EConversationMode::General) ? static_cast<EConversationMode>(StoredMode)
 																								: EConversationMode::General;
 
-	const TSharedRef<Velmora::FBuiltInAgent> Agent = MakeShared<Velmora::FBuiltInAgent>();
-	if (Agent->StartConversation(Mode).IsEmpty())
+	const auto MakeUsual = [Mode]() -> TSharedPtr<Velmora::FAgent>
 	{
-		return nullptr;
-	}
-	return Agent;
+		const TSharedRef<Velmora::FBuiltInAgent> Agent = MakeShared<Velmora::FBuiltInAgent>();
+		if (Agent->StartConversation(Mode).IsEmpty())
+		{
+			return nullptr;
+		}
+		return Agent;
+	};
+	const std::shared_ptr<Velmora::IAgentSeam> Seam = Velmora::FAgentSeam::Get();
+	return Seam ? Seam->MakeAgent(MakeUsual) : MakeUsual();
 }

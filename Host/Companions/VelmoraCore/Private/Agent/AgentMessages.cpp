@@ -1,6 +1,7 @@
 #include "Host/AgentMessages.h"
 
 #include "Agent/AgentSession.h"
+#include "Host/AgentSeam.h"
 
 namespace Velmora
 {
@@ -20,13 +21,23 @@ namespace Velmora
 
 	TOptional<FLastMessage> FAgentMessages::GetLast()
 	{
-		const TSharedPtr<FAgentSession> Session = GetLastSession().Pin();
-		return Session.IsValid() ? Session->GetLastMessage() : TOptional<FLastMessage>();
+		const auto GetUsual = []
+		{
+			const TSharedPtr<FAgentSession> Session = GetLastSession().Pin();
+			return Session.IsValid() ? Session->GetLastMessage() : TOptional<FLastMessage>();
+		};
+		const std::shared_ptr<IAgentSeam> Seam = FAgentSeam::Get();
+		return Seam ? Seam->GetLastMessage(GetUsual) : GetUsual();
 	}
 
 	FString FAgentMessages::TakeBackLast()
 	{
-		const TSharedPtr<FAgentSession> Session = GetLastSession().Pin();
-		return Session.IsValid() ? Session->TakeBackLastMessage() : FString(TEXT("There is no conversation."));
+		const auto TakeBackUsual = []
+		{
+			const TSharedPtr<FAgentSession> Session = GetLastSession().Pin();
+			return Session.IsValid() ? Session->TakeBackLastMessage() : FString(TEXT("There is no conversation."));
+		};
+		const std::shared_ptr<IAgentSeam> Seam = FAgentSeam::Get();
+		return Seam ? Seam->TakeBackLastMessage(TakeBackUsual) : TakeBackUsual();
 	}
 }

@@ -1,6 +1,7 @@
 #include "Host/AgentQuestions.h"
 
 #include "Agent/AgentSession.h"
+#include "Host/AgentSeam.h"
 
 namespace Velmora
 {
@@ -37,12 +38,22 @@ namespace Velmora
 
 	bool FAgentQuestions::Answer(uint32 Id, EAgentAnswer Answer)
 	{
-		const TSharedPtr<FAgentSession> Session = GetQuestionState().Session.Pin();
-		if (Id == 0 || GetQuestionState().OpenId != Id || !Session.IsValid())
+		const auto AnswerUsual = [Id, Answer]
 		{
-			return false;
-		}
-		return Session->AnswerQuestion(Answer);
+			const TSharedPtr<FAgentSession> Session = GetQuestionState().Session.Pin();
+			if (Id == 0 || GetQuestionState().OpenId != Id || !Session.IsValid())
+			{
+				return false;
+			}
+			return Session->AnswerQuestion(Answer);
+		};
+		const std::shared_ptr<IAgentSeam> Seam = FAgentSeam::Get();
+		return Seam ? Seam->AnswerQuestion(Id, Answer, AnswerUsual) : AnswerUsual();
+	}
+
+	void FAgentSeam::TellQuestion(const FAgentQuestion* Question)
+	{
+		TellListener(Question);
 	}
 
 	uint32 OpenQuestion(const TSharedRef<FAgentSession>& Session)
@@ -55,6 +66,10 @@ namespace Velmora
 
 	void AnnounceQuestion(const FAgentQuestion& Question)
 	{
+		if (const std::shared_ptr<IAgentSeam> Seam = FAgentSeam::Get())
+		{
+			Seam->OnQuestion(&Question);
+		}
 		TellListener(&Question);
 	}
 
@@ -63,6 +78,10 @@ namespace Velmora
 		if (GetQuestionState().OpenId == Id)
 		{
 			GetQuestionState().OpenId = 0;
+			if (const std::shared_ptr<IAgentSeam> Seam = FAgentSeam::Get())
+			{
+				Seam->OnQuestion(nullptr);
+			}
 			TellListener(nullptr);
 		}
 	}

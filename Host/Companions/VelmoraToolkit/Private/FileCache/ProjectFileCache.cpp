@@ -6,11 +6,52 @@
 #include "Host/ProjectFileCacheControl.h"
 #include "Host/ProjectFolder.h"
 
+#include <mutex>
+
 namespace Velmora
 {
 	namespace
 	{
 		constexpr double ShutdownSeconds = 1.0;
+
+		struct FSeamSlot
+		{
+			std::mutex Mutex;
+			std::shared_ptr<IProjectFileSeam> Seam;
+		};
+
+		FSeamSlot& GetSeamSlot()
+		{
+			static FSeamSlot Slot;
+			return Slot;
+		}
+
+		std::shared_ptr<IProjectFileSeam> GetSeam()
+		{
+			FSeamSlot& Slot = GetSeamSlot();
+			const std::lock_guard<std::mutex> Lock(Slot.Mutex);
+			return Slot.Seam;
+		}
+
+		struct FCacheStatus
+		{
+			bool bReady = false;
+			bool bIndexing = false;
+			int32 Count = 0;
+		};
+
+		FCacheStatus ReadStatus(const FProjectFileMonitor& Monitor)
+		{
+			FCacheStatus Status;
+			Status.bReady = Monitor.HasCompleted();
+			Status.bIndexing = Monitor.IsRunning();
+			Status.Count = Monitor.GetCount();
+			if (const std::shared_ptr<IProjectFileSeam> Seam = GetSeam())
+			{
+				Seam->GetStatus(Status.bReady, Status.bIndexing, Status.Count);
+			}
+			return Status;
+		}
 	}
 
 	FProjectFileCache& FProjectFileCache::Get()
@@ -34,32 +75,50 @@ namespace Velmora
 
 	void FProjectFileCache::StartIndexing()
 	{
-		Monitor->RequestOnce();
+		if (const std::shared_ptr<IProjectFileSeam> Seam = GetSeam(); !Seam || Seam->MayScan())
+		{
+			Monitor->RequestOnce();
+		}
 	}
 
 	void FProjectFileCache::RefreshCache()
 	{
-		Monitor->Request();
+		if (const std::shared_ptr<IProjectFileSeam> Seam = GetSeam(); !Seam || Seam->MayScan())
+		{
+			Monitor->Request();
+		}
 	}
 
 	bool FProjectFileCache::IsReady() const
 	{
-		return Monitor->HasCompleted();
+		return ReadStatus(*Monitor).bReady;
 	}
 
 	bool FProjectFileCache::IsIndexing() const
 	{
-		return Monitor->IsRunning();
+		return ReadStatus(*Monitor).bIndexing;
 	}
 
 	int32 FProjectFileCache::GetFileCount() const
 	{
-		return Monitor->GetCount();
+		return ReadStatus(*Monitor).Count;
 	}
 
 	void FProjectFileCache::GetCachedFiles(TArray<FProjectFileCacheEntry>& Out) const
 	{
 		Monitor->GetList()->CopyTo(Out);
+		if (const std::shared_ptr<IProjectFileSeam> Seam = GetSeam())
+		{
+			Seam->GetFiles(Out);
+		}
+	}
+
+	void FProjectFileCacheControl::SetSeam(std::shared_ptr<IProjectFileSeam> Seam)
+	{
+		FSeamSlot& Slot = GetSeamSlot();
+		// The former one is let go of outside the lock.
+		const std::lock_guard<std::mutex> Lock(Slot.Mutex);
+		Slot.Seam.swap(Seam);
 	}
 
 	void FProjectFileCacheControl::Shutdown()

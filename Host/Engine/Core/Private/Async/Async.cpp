@@ -37,12 +37,27 @@ namespace
 	std::atomic<std::thread::id> GameThreadId{ std::thread::id() };
 	thread_local bool bBackgroundThread = false;
 
+	/** What is to be called before the task that this thread queues next. */
+	thread_local TFunction<void()> NextTaskNote;
+
+	FTask TakeNote(FTask&& Task)
+	{
+		TFunction<void()> Note = static_cast<TFunction<void()>&&>(NextTaskNote);
+		NextTaskNote.Reset();
+		return [Note = static_cast<TFunction<void()>&&>(Note), Task = static_cast<FTask&&>(Task)]
+		{
+			Note();
+			Task();
+		};
+	}
+
 	/** Tasks for the game thread, in the order in which they came. */
 	class FGameThreadQueue
 	{
 	public:
-		void Add(FTask&& Task)
+		void Add(FTask&& Plain)
 		{
+			FTask Task = NextTaskNote ? TakeNote(static_cast<FTask&&>(Plain)) : static_cast<FTask&&>(Plain);
 			std::shared_ptr<const TFunction<void()>> Hook;
 			{
 				const std::lock_guard<std::mutex> Lock(Mutex);
@@ -283,6 +298,7 @@ namespace
 				++Running;
 				Lock.unlock();
 				Task();
+				NextTaskNote.Reset();
 				// What the task holds is destroyed here, outside the lock.
 			}
 			Lock.lock();
@@ -387,6 +403,11 @@ void FHostTasks::SetMaxTasksPerRun(int32 Count)
 bool FHostTasks::HasPending()
 {
 	return GetGameThreadQueue().HasPending();
+}
+
+void FHostTasks::BeforeNextTask(TFunction<void()> Note)
+{
+	NextTaskNote = static_cast<TFunction<void()>&&>(Note);
 }
 
 void FHostTasks::SetWakeHook(TFunction<void()> Hook)

@@ -11,6 +11,9 @@
 #include <cstdio>
 #include <ctime>
 #include <fcntl.h>
+#include <filesystem>
+#include <mutex>
+#include <string>
 #include <unistd.h>
 
 // Saving so that there is always a whole file: the old one or the new one, whatever happens in between.
@@ -24,6 +27,29 @@
 
 namespace
 {
+	/** The only folder in which something may be saved; empty for everywhere. */
+	struct FSaveLimit
+	{
+		std::mutex Mutex;
+		std::string Folder;
+	};
+
+	FSaveLimit& GetSaveLimit()
+	{
+		static FSaveLimit Limit;
+		return Limit;
+	}
+
+	/** By the names alone: who limits saves gives a folder that nobody else puts links into. */
+	bool IsBeyondLimit(const std::string& Path)
+	{
+		FSaveLimit& Limit = GetSaveLimit();
+		const std::lock_guard<std::mutex> Lock(Limit.Mutex);
+		return !Limit.Folder.empty() && std::filesystem::path(Path).lexically_normal().native().rfind(Limit.Folder + '/', 0) != 0;
+	}
+
+	constexpr const TCHAR* BeyondLimit = TEXT("nothing is saved outside of the folder that this run was given");
+
 	/** The file behind links, also when it does not exist yet. False with errno when the links never end. */
 	bool FollowLinks(std::string& Path)
 	{
@@ -249,6 +275,11 @@ bool HostCopyFile(const FString& Source, const FString& Target, uint32 WriteFlag
 	OutReason.Reset();
 	const std::string From = HostFileSystem::ToBytes(Source);
 	std::string To = HostFileSystem::ToBytes(Target);
+	if (IsBeyondLimit(To))
+	{
+		OutReason = BeyondLimit;
+		return false;
+	}
 	errno = EINVAL;
 	// Without waiting for the other end of a pipe.
 	const FFileDescriptor File = From.empty() || To.empty() ? FFileDescriptor() : FFileDescriptor::Open(From, O_RDONLY | O_NONBLOCK);
@@ -285,12 +316,24 @@ bool HostSaveFile(const FString& Path, const void* Data, int64 Size, uint32 Writ
 		OutReason = TEXT("not a valid file name");
 		return false;
 	}
+	if (IsBeyondLimit(Bytes))
+	{
+		OutReason = BeyondLimit;
+		return false;
+	}
 	if (!SaveBytes(Bytes, std::string_view(static_cast<const char*>(Data), static_cast<std::size_t>(Size)), WriteFlags))
 	{
 		OutReason = HostFileSystem::Describe(errno);
 		return false;
 	}
 	return true;
+}
+
+void HostLimitSaves(const FString& Folder)
+{
+	FSaveLimit& Limit = GetSaveLimit();
+	const std::lock_guard<std::mutex> Lock(Limit.Mutex);
+	Limit.Folder = HostFileSystem::ToBytes(Folder);
 }
 
 namespace

@@ -18,11 +18,30 @@ namespace
 	std::atomic<int64> SimulatedStartUtcTicks{ 0 };
 	std::atomic<double> SimulatedElapsed{ 0.0 };
 
+	std::atomic<bool> bHeld{ false };
+	std::atomic<int64> HeldStartUtcTicks{ 0 };
+	/** Of the monotonic clock. */
+	std::atomic<int64> HeldStartNanoseconds{ 0 };
+	/** The thread that holds time sees this one. */
+	thread_local bool bHoldsHere = false;
+	thread_local int64 HeldMicroseconds = 0;
+
 	int64 ReadNanoseconds(clockid_t Clock)
 	{
 		std::timespec Time = {};
 		clock_gettime(Clock, &Time);
 		return (int64)Time.tv_sec * 1000000000 + Time.tv_nsec;
+	}
+
+	int64 ReadHeldMicroseconds()
+	{
+		return (ReadNanoseconds(CLOCK_MONOTONIC) - HeldStartNanoseconds) / 1000;
+	}
+
+	/** One way from a count to seconds, so that who reads the count again comes to the same number. */
+	double ToSeconds(int64 Microseconds)
+	{
+		return (double)Microseconds / 1e6;
 	}
 
 	/** What local time adds to UTC at a moment. */
@@ -38,14 +57,15 @@ namespace
 
 double FHostClock::Seconds()
 {
-	return IsSimulated() ? SimulatedOrigin + SimulatedElapsed : (double)ReadNanoseconds(CLOCK_MONOTONIC) * 1e-9;
+	return IsSimulated() || bHeld ? SimulatedOrigin + GetElapsed() : (double)ReadNanoseconds(CLOCK_MONOTONIC) * 1e-9;
 }
 
 int64 FHostClock::UtcNowTicks()
 {
-	if (IsSimulated())
+	if (IsSimulated() || bHeld)
 	{
-		return SimulatedStartUtcTicks + std::llround(SimulatedElapsed * (double)ETimespan::TicksPerSecond);
+		const int64 Start = IsSimulated() ? SimulatedStartUtcTicks : HeldStartUtcTicks;
+		return Start + std::llround(GetElapsed() * (double)ETimespan::TicksPerSecond);
 	}
 	return EpochTicks + ReadNanoseconds(CLOCK_REALTIME) / ETimespan::NanosecondsPerTick;
 }
@@ -58,6 +78,7 @@ int64 FHostClock::LocalNowTicks()
 void FHostClock::UseRealTime()
 {
 	bSimulated = false;
+	bHeld = false;
 }
 
 void FHostClock::UseSimulatedTime(FDateTime LocalStart)
@@ -65,6 +86,49 @@ void FHostClock::UseSimulatedTime(FDateTime LocalStart)
 	SimulatedStartUtcTicks = LocalToUtc(LocalStart).GetTicks();
 	SimulatedElapsed = 0.0;
 	bSimulated = true;
+	bHeld = false;
+}
+
+void FHostClock::UseHeldTime()
+{
+	UseRealTime();
+	HeldStartUtcTicks = UtcNowTicks();
+	HeldStartNanoseconds = ReadNanoseconds(CLOCK_MONOTONIC);
+	HeldMicroseconds = 0;
+	bHoldsHere = true;
+	bHeld = true;
+}
+
+bool FHostClock::IsHeld()
+{
+	return bHeld;
+}
+
+void FHostClock::Hold()
+{
+	HeldMicroseconds = bHeld ? ReadHeldMicroseconds() : HeldMicroseconds;
+}
+
+double FHostClock::GetSinceHold()
+{
+	return bHeld ? ToSeconds(ReadHeldMicroseconds() - HeldMicroseconds) : 0.0;
+}
+
+double FHostClock::GetElapsed()
+{
+	if (IsSimulated())
+	{
+		return SimulatedElapsed;
+	}
+	return bHeld ? ToSeconds(bHoldsHere ? HeldMicroseconds : ReadHeldMicroseconds()) : 0.0;
+}
+
+void FHostClock::SetElapsed(double Seconds)
+{
+	if (IsSimulated() && Seconds > SimulatedElapsed)
+	{
+		SimulatedElapsed = Seconds;
+	}
 }
 
 void FHostClock::Advance(double Seconds)

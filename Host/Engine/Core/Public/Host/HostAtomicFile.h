@@ -21,6 +21,12 @@ constexpr uint32 HostWritePrivate = 0x10000;
 CORE_API bool HostSaveFile(const FString& Path, const void* Data, int64 Size, uint32 WriteFlags, FString& OutReason);
 
 /**
+ * From now on nothing is saved or copied but below this folder: other saves fail with a reason. For programs that are driven by
+ * somebody else's hand. Absolute; empty for everywhere. Any thread.
+ */
+CORE_API void HostLimitSaves(const FString& Folder);
+
+/**
  * Removes what saves that came to a sudden end have left in a folder and Depth levels below it. Saves of other programs that are
  * under way stay. For the start; any thread.
  *

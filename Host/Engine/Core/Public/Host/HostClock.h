@@ -19,6 +19,21 @@ public:
 	static void UseSimulatedTime(FDateTime LocalStart);
 	/** Moves simulated time forward. Does nothing to real time. */
 	static void Advance(double Seconds);
+	/** The same, to so long after its beginning; never backwards. */
+	static void SetElapsed(double Seconds);
+
+	/**
+	 * Real time that stands still for the calling thread between calls of Hold, in whole microseconds: whoever writes down the
+	 * moments of Hold knows every time that this thread has seen. Other threads see it pass. Seconds() begins at 1000.
+	 */
+	static void UseHeldTime();
+	static bool IsHeld();
+	/** Takes the time on, to now. Does nothing to other kinds of time. */
+	static void Hold();
+	/** Real seconds since the last Hold. */
+	static double GetSinceHold();
+	/** Seconds since simulated or held time began, as the calling thread sees it. */
+	static double GetElapsed();
 	static bool IsSimulated();
 
 	/** By the rules of the process's time zone at that moment. */

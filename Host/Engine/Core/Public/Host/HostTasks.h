@@ -20,6 +20,11 @@ public:
 	static void SetMaxTasksPerRun(int32 Count);
 	/** Whether a game-thread task waits. Any thread. */
 	static bool HasPending();
+	/**
+	 * Of the game-thread task that the calling thread queues next: Note is called right before it is run. For who writes down when
+	 * something that was read in the background reaches the game thread. What is not used goes with the background task.
+	 */
+	static void BeforeNextTask(TFunction<void()> Note);
 	/** Called after every queueing of a game-thread task, on the thread that queued it; must be quick. Empty removes it. */
 	static void SetWakeHook(TFunction<void()> Hook);
 

@@ -3,6 +3,7 @@
 #include "Containers/Ticker.h"
 #include "FrameRunner.h"
 #include "Host/HostFocus.h"
+#include "Host/HostInputTap.h"
 #include "Host/HostTasks.h"
 #include "InputRouter.h"
 #include "LayerStack.h"
@@ -87,7 +88,7 @@ bool FSlateApplication::RunTurn(double MaxWaitSeconds)
 		const TFunction<void()> Step = Frames->FrameHook;
 		Step();
 	}
-	Window->PumpEvents(*Input, FMath::Min(Frames->GetWait(), MaxWaitSeconds));
+	Window->PumpEvents(FHostInputTap::Enter(*Input), FMath::Min(Frames->GetWait(), MaxWaitSeconds));
 	return Frames->RunTurn(false);
 }
 
@@ -314,5 +315,5 @@ bool FSlateApplication::DoAccessAction(const TSharedRef<SWidget>& Widget)
 
 IHostMessageHandler& FSlateApplication::GetMessageHandler()
 {
-	return *Input;
+	return FHostInputTap::Enter(*Input);
 }
