@@ -151,20 +151,22 @@ const FRecordLine* FRecordReader::Peek()
 	return bHasHead ? &Head : nullptr;
 }
 
-bool FRecordReader::PeekKind(int32 Ahead, ERecordKind& OutKind) const
+FRecordPreview FRecordReader::PreviewTurn() const
 {
-	std::size_t At = Position;
-	for (int32 Index = 0; Index < Ahead && At < Content.size(); ++Index)
+	FRecordPreview Preview;
+	for (std::size_t At = Position; At < Content.size(); At = FindNext(At))
 	{
-		At = FindNext(At);
+		// By the first word alone: a turn may hold thousands of lines.
+		const std::string_view Rest = std::string_view(Content).substr(At);
+		const std::string_view Word = Rest.substr(0, Rest.find_first_of(" \n"));
+		if (Word == "t")
+		{
+			break;
+		}
+		Preview.bHasFrame = Preview.bHasFrame || Word == "frame";
+		Preview.SummaryLists += Word == "summaries" ? 1 : 0;
 	}
-	FRecordLine Line;
-	if (At >= Content.size() || !FRecordLine::Parse(std::string_view(Content).substr(At, FindNext(At) - 1 - At), Line))
-	{
-		return false;
-	}
-	OutKind = Line.GetKind();
-	return true;
+	return Preview;
 }
 
 FRecordLine FRecordReader::Take()

@@ -43,6 +43,14 @@ private:
 	FFileDescriptor File;
 };
 
+/** What a turn of the loop is going to meet. */
+struct FRecordPreview
+{
+	bool bHasFrame = false;
+	/** Lists that were read in the background arrive. */
+	int32 SummaryLists = 0;
+};
+
 /** A recording that is being read, from its first line to its last whole one. */
 class FRecordReader
 {
@@ -57,8 +65,8 @@ public:
 
 	/** Null at the end. Valid until it is taken. */
 	const FRecordLine* Peek();
-	/** The line after that many others, without taking any; null beyond the end. */
-	bool PeekKind(int32 Ahead, ERecordKind& OutKind) const;
+	/** What comes before the next turn. */
+	FRecordPreview PreviewTurn() const;
 	/** There must be one. */
 	FRecordLine Take();
 	/** A turn of the loop lies ahead. */

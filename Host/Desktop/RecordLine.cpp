@@ -32,6 +32,7 @@ namespace
 		{ ERecordKind::Seed, "seed", "wss" }, // Where a file belongs, its name, what is in it.
 		{ ERecordKind::Begin, "begin", "" },
 		{ ERecordKind::Turn, "t", "r" }, // Seconds since the start.
+		{ ERecordKind::Frame, "frame", "" }, // The turn had one.
 		{ ERecordKind::At, "at", "r" }, // The same for what follows within the turn.
 		{ ERecordKind::Size, "size", "nnrf" }, // In pixels, scale, whether the window can be seen.
 		{ ERecordKind::Paint, "paint", "rrrrn" }, // What was painted, and the number of elements.
@@ -179,7 +180,7 @@ namespace
 	bool IsWord(std::string_view Field)
 	{
 		const auto IsSign = [](char Sign)
-		{ return (Sign >= 'a' && Sign <= 'z') || (Sign >= 'A' && Sign <= 'Z') || (Sign >= '0' && Sign <= '9') || Sign == '-'; };
+		{ return (Sign >= 'a' && Sign <= 'z') || (Sign >= 'A' && Sign <= 'Z') || (Sign >= '0' && Sign <= '9') || Sign == '-' || Sign == '_'; };
 		return !Field.empty() && std::all_of(Field.begin(), Field.end(), IsSign);
 	}
 

@@ -20,6 +20,7 @@ enum class ERecordKind : uint8
 	Begin,
 	// A turn of the loop, the time and the window.
 	Turn,
+	Frame,
 	At,
 	Size,
 	Paint,
