@@ -204,6 +204,19 @@ namespace
 			TEXT("write a line for each frame of a session in a window: seconds\n")
 			TEXT("since 1970, milliseconds of work, pixels painted"),
 			&SetText<&FDesktopOptions::FramesFile> },
+		{ TEXT("--record"), TEXT("FILE"),
+			TEXT("write the session down, to report a fault: what is typed and\n")
+			TEXT("clicked, and what the agent answers, as text in a file that\n")
+			TEXT("you alone can read"),
+			&SetText<&FDesktopOptions::RecordFile> },
+		{ TEXT("--record-masked"), nullptr,
+			TEXT("with --record: letters become x and digits 0"),
+			&SetSwitch<&FDesktopOptions::bRecordMasked> },
+		{ TEXT("--replay"), TEXT("FILE"),
+			TEXT("show a recorded session again, with the same pictures; without\n")
+			TEXT("its project, and without an agent. --screenshot and --dump\n")
+			TEXT("write how it ends"),
+			&SetText<&FDesktopOptions::ReplayFile> },
 		{ TEXT("--draft"), nullptr,
 			TEXT("put back the prompt that was not sent last time, and keep this\n")
 			TEXT("one, as a session in a window does; for scripts"),
@@ -291,6 +304,20 @@ namespace
 		if (!bHasModelServer && (!Options.Model.IsEmpty() || Options.bListModels))
 		{
 			return TEXT("--model and --list-models go with --connection or --server.");
+		}
+		if (Options.bRecordMasked && Options.RecordFile.IsEmpty())
+		{
+			return TEXT("--record-masked goes with --record.");
+		}
+		if (!Options.RecordFile.IsEmpty() && Options.Prompt.IsSet())
+		{
+			return TEXT("--record is for sessions in a window and for --script.");
+		}
+		const bool bIsAnotherRun = Options.Prompt.IsSet() || !Options.ScriptFile.IsEmpty() || !Options.RecordFile.IsEmpty() ||
+			Options.Now.IsSet() || !Options.ProjectFolder.IsEmpty() || bHasModelServer || Options.bHasSize || Options.bDraft;
+		if (!Options.ReplayFile.IsEmpty() && bIsAnotherRun)
+		{
+			return TEXT("--replay goes with --headless, --screenshot and --dump: all else comes from the recording.");
 		}
 		// Simulated time moves only while something is done.
 		return Options.Now.IsSet() && !Options.HasAction()

@@ -28,6 +28,10 @@ struct FDesktopOptions
 	FString ScriptFile;
 	/** Where to write down the frames of a session in a window. */
 	FString FramesFile;
+	/** Where to write the session down, and what to show again. */
+	FString RecordFile;
+	bool bRecordMasked = false;
+	FString ReplayFile;
 	/** Leave no conversation behind. */
 	bool bNoHistory = false;
 	/** Keep and restore the unsent prompt as a session in a window does. */

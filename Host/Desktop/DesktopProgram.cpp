@@ -9,14 +9,18 @@
 #include "Framework/Docking/TabManager.h"
 #include "HAL/IConsoleManager.h"
 #include "HAL/PlatformTime.h"
+#include "Host/HostClock.h"
 #include "Host/HostConsole.h"
 #include "Host/HostDialogs.h"
+#include "Host/HostFileDialogs.h"
 #include "Host/HostTasks.h"
 #include "Host/TurnOutcome.h"
 #include "Misc/FileHelper.h"
 #include "Misc/Paths.h"
 #include "OpenChat.h"
 #include "OutputLog.h"
+#include "SessionRecorder.h"
+#include "SessionReplay.h"
 #include "SimulatedTime.h"
 #include "StandardInput.h"
 #include "StateDump.h"
@@ -65,13 +69,38 @@ bool FDesktopProgram::SetVariables() const
 	return true;
 }
 
+void FDesktopProgram::FocusPrompt()
+{
+	if (Recorder)
+	{
+		Recorder->NoteDeed(TEXT("focus"), FString());
+	}
+	FPromptBox::Focus();
+}
+
+void FDesktopProgram::NoteAnswer(const FString& Button)
+{
+	if (Recorder)
+	{
+		Recorder->NoteDeed(TEXT("answer"), Button);
+	}
+}
+
 void FDesktopProgram::InvokeTab()
 {
+	if (Recorder)
+	{
+		Recorder->NoteDeed(TEXT("open-tab"), FString());
+	}
 	FGlobalTabmanager::Get()->TryInvokeTab(FTabId(SVelmoraTab::GetTabName()));
 }
 
 void FDesktopProgram::CloseTab()
 {
+	if (Recorder)
+	{
+		Recorder->NoteDeed(TEXT("close-tab"), FString());
+	}
 	if (const TSharedPtr<SDockTab> Tab = FGlobalTabmanager::Get()->FindExistingLiveTab(FTabId(SVelmoraTab::GetTabName())))
 	{
 		Tab->RequestCloseTab();
@@ -155,6 +184,10 @@ FString FDesktopProgram::Answer(const FString& Prompt)
 
 bool FDesktopProgram::WriteDump(const FString& File)
 {
+	if (Recorder)
+	{
+		Recorder->NoteRemark(TEXT("dump ") + File);
+	}
 	const FString Path = MakeAbsolute(File);
 	// A misspelt folder is told, not made.
 	return FPaths::DirectoryExists(FPaths::GetPath(Path)) &&
@@ -163,27 +196,34 @@ bool FDesktopProgram::WriteDump(const FString& File)
 
 bool FDesktopProgram::WriteScreenshot(const FString& File)
 {
+	if (Recorder)
+	{
+		Recorder->NoteRemark(TEXT("screenshot ") + File);
+	}
 	return Session->GetWindow().SaveScreenshot(MakeAbsolute(File));
 }
 
 bool FDesktopProgram::WriteOutputs()
 {
-	const bool bScreenshot = !Options.ScreenshotFile.IsEmpty();
-	const bool bDump = !Options.DumpFile.IsEmpty();
-	if (!bScreenshot && !bDump)
+	if (Options.ScreenshotFile.IsEmpty() && Options.DumpFile.IsEmpty())
 	{
 		return true;
 	}
 	// Rows fade in; a picture of the first frame would show half of them.
 	const double End = FPlatformTime::Seconds() + SettleSeconds;
 	RunFramesUntil([End]() { return FPlatformTime::Seconds() >= End; }, SettleSeconds * 2.0);
+	return WriteOutputsNow();
+}
+
+bool FDesktopProgram::WriteOutputsNow()
+{
 	bool bWritten = true;
-	if (bScreenshot && !WriteScreenshot(Options.ScreenshotFile))
+	if (!Options.ScreenshotFile.IsEmpty() && !WriteScreenshot(Options.ScreenshotFile))
 	{
 		Fail(FString::Printf(TEXT("The picture could not be written to \"%s\"."), *Options.ScreenshotFile));
 		bWritten = false;
 	}
-	if (bDump && !WriteDump(Options.DumpFile))
+	if (!Options.DumpFile.IsEmpty() && !WriteDump(Options.DumpFile))
 	{
 		Fail(FString::Printf(TEXT("The dump could not be written to \"%s\"."), *Options.DumpFile));
 		bWritten = false;
@@ -295,11 +335,94 @@ int32 FDesktopProgram::RunLines()
 	return bAllAnswered ? 0 : 1;
 }
 
+FString FDesktopProgram::PrepareTape()
+{
+	if (!Options.ReplayFile.IsEmpty())
+	{
+		Replay = std::make_shared<FSessionReplay>();
+		if (const FString Complaint = Replay->Load(MakeAbsolute(Options.ReplayFile)); !Complaint.IsEmpty())
+		{
+			return Complaint;
+		}
+		TArray<TPair<FString, FString>> Variables = Replay->GetHead().Variables;
+		Variables.Append(Options.Variables);
+		Options.Variables = MoveTemp(Variables);
+	}
+	if (!Options.RecordFile.IsEmpty())
+	{
+		const std::shared_ptr<FRecordWriter> Writer = std::make_shared<FRecordWriter>(Options.bRecordMasked);
+		if (const FString Complaint = Writer->Open(MakeAbsolute(Options.RecordFile)); !Complaint.IsEmpty())
+		{
+			return Complaint;
+		}
+		Recorder = std::make_shared<FSessionRecorder>(Writer);
+	}
+	return FString();
+}
+
+void FDesktopProgram::DoAgain(const std::string& Deed, const FString& Subject)
+{
+	if (Deed == "close-tab")
+	{
+		CloseTab();
+	}
+	else if (Deed == "open-tab")
+	{
+		InvokeTab();
+	}
+	else if (Deed == "focus")
+	{
+		FocusPrompt();
+	}
+	else if (Deed == "answer" && FHostDialogs::GetOpenDialogs().Num() > 0)
+	{
+		(void)FHostDialogs::AnswerOpenDialog(Subject);
+	}
+	else if (Deed == "answer" && FHostFileDialogs::GetOpen().IsSet())
+	{
+		(void)FHostFileDialogs::PressOpen(Subject);
+	}
+}
+
+int32 FDesktopProgram::RunReplay()
+{
+	bool bIsAtEnd = false;
+	bool bWritten = true;
+	const auto AtEnd = [&]
+	{
+		bIsAtEnd = true;
+		Replay->AllowSaves(true);
+		bWritten = WriteOutputsNow();
+		Replay->AllowSaves(false);
+	};
+	Replay->GetWindow()->SetUp([this](const std::string& Deed, const FString& Subject) { DoAgain(Deed, Subject); }, AtEnd);
+	// Dialogs wait for the answers of the recording.
+	FHostDialogs::SetAnswering(true);
+	FSlateApplication& Application = FSlateApplication::Get();
+	while (!Application.IsExitRequested())
+	{
+		Application.RunTurn();
+	}
+	FHostDialogs::SetAnswering(false);
+	// A session that its user has closed ends before its recording does.
+	if (!bIsAtEnd)
+	{
+		AtEnd();
+	}
+	Replay->GetWindow()->SetUp(nullptr, nullptr);
+	return bWritten ? 0 : 1;
+}
+
 int32 FDesktopProgram::Run()
 {
 	// 1. What can be wrong about the command line is reported before anything is touched.
 	FHostTasks::SetGameThread();
 	const TSharedRef<FOutputLog> Log = MakeShared<FOutputLog>();
+	if (const FString Complaint = PrepareTape(); !Complaint.IsEmpty())
+	{
+		Fail(Complaint);
+		return WrongUsage;
+	}
 	if (!SetVariables())
 	{
 		return WrongUsage;
@@ -313,7 +436,7 @@ int32 FDesktopProgram::Run()
 		return WrongUsage;
 	}
 	// Takes the key's variable out of the environment, so it comes before any thread or child.
-	if (const FString Complaint = ConnectionChoice::Select(Options); !Complaint.IsEmpty())
+	if (const FString Complaint = Replay ? FString() : ConnectionChoice::Select(Options); !Complaint.IsEmpty())
 	{
 		Fail(Complaint);
 		return WrongUsage;
@@ -324,7 +447,17 @@ int32 FDesktopProgram::Run()
 	{
 		FSimulatedTime::Begin(Options.Now.GetValue());
 	}
+	else if (Recorder)
+	{
+		FHostClock::UseHeldTime();
+	}
+	if (const FString Complaint = Replay ? Replay->Begin() : FString(); !Complaint.IsEmpty())
+	{
+		return Fail(Complaint);
+	}
 	Session = MakeUnique<FDesktopSession>(Options, Log);
+	Session->SetRecorder(Recorder);
+	Session->SetReplay(Replay);
 	const FString Complaint = Session->Start(
 		[this]
 		{
@@ -334,6 +467,7 @@ int32 FDesktopProgram::Run()
 			}
 		});
 	const int32 Result = !Complaint.IsEmpty() ? Fail(Complaint)
+		: Replay							  ? RunReplay()
 		: Options.HasAction()				  ? RunActions()
 		: Session->HasDisplay()				  ? RunWindow()
 											  : RunLines();

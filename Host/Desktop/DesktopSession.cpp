@@ -40,6 +40,8 @@
 #include "SEditorFrame.h"
 #include "SKeysPage.h"
 #include "SSourceViewer.h"
+#include "SessionRecorder.h"
+#include "SessionReplay.h"
 #include "Settings/VelmoraSettings.h"
 #include "SimulatedTime.h"
 #include "StoreFolders.h"
@@ -89,7 +91,26 @@ FDesktopSession::FDesktopSession(const FDesktopOptions& InOptions, const TShared
 
 FDesktopSession::~FDesktopSession()
 {
+	// How the session goes down is no part of it.
+	if (Recorder)
+	{
+		Recorder->Finish();
+	}
+	if (Replay)
+	{
+		Replay->Finish();
+	}
 	Host.Reset();
+	if (Recorder)
+	{
+		Recorder->Release();
+	}
+	if (Replay)
+	{
+		Replay->Release();
+	}
+	Velmora::FAgentSeam::Set(nullptr);
+	Velmora::FProjectFileCacheControl::SetSeam(nullptr);
 	StoreFolders::Remove();
 	// The store comes before the host session, since that may read settings while it starts; so it goes after it.
 	if (Settings)
@@ -114,7 +135,10 @@ FString FDesktopSession::Start(TFunction<void()> InOnFrame)
 	{
 		return Complaint;
 	}
-	StartCodeIndex();
+	if (!Replay)
+	{
+		StartCodeIndex();
+	}
 	SetAgentOptions();
 	OpenTab();
 	RestoreTabs();
@@ -136,7 +160,9 @@ FString FDesktopSession::SetUpFolders()
 	{
 		return TEXT("The file Velmora.uplugin was not found above the program. Start it from its own clone with ./run.sh.");
 	}
-	const FString Project = Options.ProjectFolder.IsEmpty() ? GetWorkingFolder() : MakeAbsolute(Options.ProjectFolder);
+	const FString Project = Replay ? Replay->GetProjectFolder()
+		: Options.ProjectFolder.IsEmpty() ? GetWorkingFolder()
+										  : MakeAbsolute(Options.ProjectFolder);
 	if (!FPaths::DirectoryExists(Project))
 	{
 		return FString::Printf(TEXT("The project folder \"%s\" does not exist."), *Project);
@@ -145,7 +171,7 @@ FString FDesktopSession::SetUpFolders()
 	// What the agent changes is told by paths from here, so they read as the project's own.
 	FHostPaths::SetBaseDir(Project);
 	FHostPaths::SetEngineDir(HomeFolder / TEXT("Host/Engine"));
-	const FString Data = GetUserDataFolder();
+	const FString Data = Replay ? Replay->GetDataFolder() : GetUserDataFolder();
 	if (Data.IsEmpty())
 	{
 		return TEXT("There is no home folder to keep conversations in: set HOME, or XDG_DATA_HOME to a folder of yours.");
@@ -156,6 +182,10 @@ FString FDesktopSession::SetUpFolders()
 	if (!Complaint.IsEmpty())
 	{
 		return Complaint;
+	}
+	if (Replay)
+	{
+		Replay->RestoreFiles();
 	}
 	ReadPluginDescription(HomeFolder / TEXT("Velmora.uplugin"), Plugin, Complaint);
 	return Complaint;
@@ -176,41 +206,109 @@ void FDesktopSession::SetUpSettings()
 		});
 }
 
+TSharedPtr<IHostWindow> FDesktopSession::OpenDesktopWindow(float Scale)
+{
+	FHostWindowOptions Wanted;
+	Wanted.Title = TEXT("Velmora UI");
+	// What a user asks for is meant in pixels, as is what a recording says; the usual size is one of units.
+	Wanted.PixelSize = Replay ? Replay->GetHead().Size : Options.bHasSize ? Options.Size : ScaleSize(Options.Size, Scale);
+	Wanted.bFitsMonitor = !Options.bHasSize && !Replay;
+	if (!Options.HasAction() && !Replay)
+	{
+		Wanted.MinPixelSize = ScaleSize(MinWindowSize, Scale);
+		Wanted.PlacePath = Options.bHasSize ? FString() : Velmora::GetStoreLocation().Folder / TEXT("Window.txt");
+	}
+	Wanted.Scale = Scale;
+	Wanted.IconPath = HomeFolder / TEXT("Resources/Icons/App/Icon128.png");
+	FString Complaint;
+	const TSharedPtr<IHostWindow> Window = FHostPlatform::CreateDesktopWindow(Wanted, Complaint);
+	bHasDisplay = Window.IsValid();
+	if (!bHasDisplay && !Options.HasAction() && !Replay)
+	{
+		PrintProblem(TEXT("There is no display, so prompts are read from standard input, one a line."));
+	}
+	return Window;
+}
+
 TSharedPtr<IHostWindow> FDesktopSession::OpenWindow()
 {
-	const float Scale = Options.Scale > 0.0f ? Options.Scale : GetEnvironmentScale();
-	TSharedPtr<IHostWindow> Window;
-	if (!Options.bHeadless)
-	{
-		FHostWindowOptions Wanted;
-		Wanted.Title = TEXT("Velmora UI");
-		// What a user asks for is meant in pixels; the usual size is one of units.
-		Wanted.PixelSize = Options.bHasSize ? Options.Size : ScaleSize(Options.Size, Scale);
-		Wanted.bFitsMonitor = !Options.bHasSize;
-		if (!Options.HasAction())
-		{
-			Wanted.MinPixelSize = ScaleSize(MinWindowSize, Scale);
-			Wanted.PlacePath = Options.bHasSize ? FString() : Velmora::GetStoreLocation().Folder / TEXT("Window.txt");
-		}
-		Wanted.Scale = Scale;
-		Wanted.IconPath = HomeFolder / TEXT("Resources/Icons/App/Icon128.png");
-		FString Complaint;
-		Window = FHostPlatform::CreateDesktopWindow(Wanted, Complaint);
-		bHasDisplay = Window.IsValid();
-		if (!bHasDisplay && !Options.HasAction())
-		{
-			PrintProblem(TEXT("There is no display, so prompts are read from standard input, one a line."));
-		}
-	}
+	const float Asked = Options.Scale > 0.0f ? Options.Scale : GetEnvironmentScale();
+	const float Scale = Replay ? Replay->GetHead().Scale : Asked;
+	TSharedPtr<IHostWindow> Window = Options.bHeadless ? TSharedPtr<IHostWindow>() : OpenDesktopWindow(Scale);
 	// The same program, painted into memory.
-	Window = Window ? Window : FHostPlatform::CreateHeadlessWindow(Options.Size, Scale).ToSharedPtr();
+	const FIntPoint Size = Replay ? Replay->GetHead().Size : Options.Size;
+	Window = Window ? Window : FHostPlatform::CreateHeadlessWindow(Size, Scale).ToSharedPtr();
 	LoadUserView();
 	return FWindowZoom::Wrap(FWindowContrast::Wrap(Window.ToSharedRef()));
+	return FWindowZoom::Wrap(WrapWindow(Window.ToSharedRef()));
+}
+
+TSharedRef<IHostWindow> FDesktopSession::WrapWindow(const TSharedRef<IHostWindow>& Window)
+{
+	if (Recorder)
+	{
+		Recorder->Begin(Options, HasUser(), bHasDisplay, *Window);
+		Velmora::FAgentSeam::Set(Recorder);
+		Velmora::FProjectFileCacheControl::SetSeam(Recorder);
+		return Recorder->Wrap(Window);
+	}
+	if (Replay)
+	{
+		Velmora::FAgentSeam::Set(Replay);
+		Velmora::FProjectFileCacheControl::SetSeam(Replay);
+		return Replay->Wrap(Window);
+	}
+	return Window;
 }
 
 bool FDesktopSession::HasUser() const
 {
-	return Options.bDraft || (bHasDisplay && !Options.HasAction());
+	return Replay ? Replay->GetHead().bHasUser : Options.bDraft || (bHasDisplay && !Options.HasAction());
+}
+
+void FDesktopSession::BeginDirectFrame()
+{
+	// A replay has the times of the recording.
+	if (Replay)
+	{
+		Replay->GetWindow()->NoteTurn();
+		return;
+	}
+	FSimulatedTime::BeginFrame();
+	if (Recorder)
+	{
+		Recorder->GetWindow()->NoteTurn();
+	}
+}
+
+void FDesktopSession::RunHook()
+{
+	if (Recorder)
+	{
+		Recorder->NoteTurn();
+		Recorder->GetWindow()->BeginDriver();
+	}
+	if (Replay)
+	{
+		Replay->GetWindow()->Drive();
+	}
+	OnFrame();
+	if (Recorder)
+	{
+		Recorder->GetWindow()->EndDriver();
+	}
+	PromptFocus.NoteTurn();
+	SavedFileToast.NoteTurn();
+	if (Draft)
+	{
+		Draft->NoteTurn();
+	}
+	if (!Replay)
+	{
+		// What is selected on the desktop is the user's.
+		PrimarySelection.NoteTurn();
+		FSimulatedTime::BeginFrame();
+	}
 }
 
 void FDesktopSession::LoadUserView() const
@@ -261,17 +359,31 @@ void FDesktopSession::SetUpWindow()
 			}
 			FSimulatedTime::BeginFrame();
 		});
+	FSlateApplication::Get().SetFrameHook([this]() { RunHook(); });
 	Host->AtEnd([] { FSlateApplication::Get().SetFrameHook(nullptr); });
 }
 
 void FDesktopSession::SetUpEditor()
 {
-	FHostPlatform::InstallLauncher(!bHasDisplay);
+	// A replay opens nothing: whoever made the recording has no say on this machine.
+	FHostPlatform::InstallLauncher(!bHasDisplay || Replay);
 	FEditorServices::Install();
 	Host->AtEnd([] { FEditorServices::Uninstall(); });
 	FHostDialogs::Install();
 	FProblemToasts::Install(!bHasDisplay);
 	Host->AtEnd([] { FProblemToasts::Uninstall(); });
+	if (Recorder || Replay)
+	{
+		FProblemToasts::SetFilter(
+			[this](const FString& Sentence)
+			{
+				if (Recorder)
+				{
+					Recorder->NoteToast(Sentence);
+				}
+				return !Replay || Replay->MayTell();
+			});
+	}
 	if (!StoreNotice.IsEmpty())
 	{
 		FProblemToasts::Tell(StoreNotice);
@@ -285,8 +397,11 @@ void FDesktopSession::SetUpEditor()
 	Velmora::FUpdateGateControl::SetProblemHandler([](const FString& Sentence) { FProblemToasts::Tell(Sentence); });
 	Host->AtEnd([] { Velmora::FUpdateGateControl::SetProblemHandler(nullptr); });
 	const FString Folder = FPaths::EngineSavedDir() / TEXT("Velmora");
-	Velmora::FUpdateGateControl::Follow(Folder / TEXT("Release.json"), Folder / TEXT("Updates"));
-	Host->AtEnd([] { Velmora::FUpdateGateControl::StopFollowing(); });
+	if (!Replay)
+	{
+		Velmora::FUpdateGateControl::Follow(Folder / TEXT("Release.json"), Folder / TEXT("Updates"));
+		Host->AtEnd([] { Velmora::FUpdateGateControl::StopFollowing(); });
+	}
 
 	// The process ends within the handler, so what is not on disk yet is written here or never.
 	FHostPlatform::SetDisplayLostHandler(
@@ -391,7 +506,7 @@ void FDesktopSession::OpenTab()
 		});
 	FGlobalTabmanager::Get()->TryInvokeTab(FTabId(SVelmoraTab::GetTabName()));
 	// The box takes the keyboard once it has been laid out.
-	FSimulatedTime::BeginFrame();
+	BeginDirectFrame();
 	FSlateApplication::Get().Tick();
 	FPromptBox::Focus();
 }

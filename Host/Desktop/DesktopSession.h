@@ -9,12 +9,16 @@
 #include "PromptFocus.h"
 #include "SavedFileToast.h"
 
+#include <memory>
+
 class FAgentPages;
 class FKeysPage;
 class FDraftKeeper;
 class FHostIniStore;
 class FOpenTabs;
 class FOutputLog;
+class FSessionRecorder;
+class FSessionReplay;
 class SEditorFrame;
 
 /**
@@ -29,6 +33,10 @@ public:
 	FDesktopSession(const FDesktopSession&) = delete;
 	FDesktopSession& operator=(const FDesktopSession&) = delete;
 
+	/** Writes this session down, or shows another one again; null for neither. Before Start. */
+	void SetRecorder(const std::shared_ptr<FSessionRecorder>& InRecorder) { Recorder = InRecorder; }
+	void SetReplay(const std::shared_ptr<FSessionReplay>& InReplay) { Replay = InReplay; }
+
 	/** @param OnFrame  Called before each turn of the loop. Empty when all is up; else the sentence why not. */
 	FString Start(TFunction<void()> OnFrame);
 	/** Somebody can look at the window and use it. */
@@ -40,8 +48,14 @@ private:
 	/** Settings, and the release file that says whether this version may be used. */
 	void SetUpSettings();
 	TSharedPtr<IHostWindow> OpenWindow();
+	TSharedPtr<IHostWindow> OpenDesktopWindow(float Scale);
+	/** The window as recorder or replay have it. */
+	TSharedRef<IHostWindow> WrapWindow(const TSharedRef<IHostWindow>& Window);
+	void RunHook();
 	/** Somebody works in the window, or the run is to be as if. */
 	bool HasUser() const;
+	/** A frame is about to be run outside of the loop. */
+	void BeginDirectFrame();
 	/** Keys and zoom as the user left them. */
 	void LoadUserView() const;
 	void SetUpWindow();
@@ -67,6 +81,8 @@ private:
 	/** What is to be said of where things are kept. */
 	FString StoreNotice;
 	bool bHasDisplay = false;
+	std::shared_ptr<FSessionRecorder> Recorder;
+	std::shared_ptr<FSessionReplay> Replay;
 	TSharedPtr<FHostIniStore> Settings;
 	TSharedPtr<SEditorFrame> Frame;
 	TUniquePtr<FAgentPages> AgentPages;

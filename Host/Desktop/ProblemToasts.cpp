@@ -15,11 +15,16 @@ namespace
 	constexpr int32 MaxProblems = 4;
 
 	bool bPrintsProblems = false;
+	TFunction<bool(const FString&)> ToastFilter;
 	/** Oldest first. */
 	TArray<TWeakPtr<SNotificationItem>> ProblemToasts;
 
 	void ShowProblem(const FString& Sentence)
 	{
+		if (ToastFilter && !ToastFilter(Sentence))
+		{
+			return;
+		}
 		// Nobody sees the toasts of a run without a window.
 		if (bPrintsProblems)
 		{
@@ -69,8 +74,14 @@ void FProblemToasts::Tell(const FString& Sentence)
 	ShowProblem(Sentence);
 }
 
+void FProblemToasts::SetFilter(TFunction<bool(const FString&)> Filter)
+{
+	ToastFilter = MoveTemp(Filter);
+}
+
 void FProblemToasts::Uninstall()
 {
+	ToastFilter.Reset();
 	FHostPlatform::SetProblemHandler(nullptr);
 	FHostServices::SetSaveFailureHook(nullptr);
 }

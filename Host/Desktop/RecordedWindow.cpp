@@ -44,15 +44,19 @@ void FRecordedWindow::NoteSize()
 							 .Flag(bVisible)));
 }
 
-void FRecordedWindow::NoteTurn()
+void FRecordedWindow::NoteFrame()
 {
-	// Said when it is known: at the next turn.
 	const uint64 Frames = FSlateApplication::Get().GetFrameStats().FrameCount;
 	if (Frames != NotedFrames)
 	{
 		NotedFrames = Frames;
 		Writer->Add(FRecordWords(ERecordKind::Frame));
 	}
+}
+
+void FRecordedWindow::NoteTurn()
+{
+	NoteFrame();
 	FHostClock::Hold();
 	NoteSize();
 	NotedTime = FHostClock::GetElapsed();

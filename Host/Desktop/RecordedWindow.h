@@ -15,8 +15,10 @@ class FRecordedWindow : public IHostWindow, public IHostMessageHandler
 public:
 	FRecordedWindow(const TSharedRef<IHostWindow>& InWindow, const std::shared_ptr<FRecordWriter>& InWriter);
 
-	/** A frame is about to be run directly. */
+	/** A turn begins, with the platform's events taken, or a frame that is run directly. */
 	void NoteTurn();
+	/** What the turn before has had, which is known by now. */
+	void NoteFrame();
 	/** A script, or another driver, is about to do what it does: not what an event has led to, even within one. */
 	void BeginDriver();
 	void EndDriver();

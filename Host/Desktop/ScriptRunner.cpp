@@ -359,6 +359,8 @@ void FScriptRunner::AnswerDialog(const FScriptStep& Step)
 {
 	const TArray<FHostOpenDialog> Messages = FHostDialogs::GetOpenDialogs();
 	const bool bIsFile = Messages.IsEmpty() && FHostFileDialogs::GetOpen().IsSet();
+	// A replay saves nothing.
+	Host.NoteAnswer(Step.Verb == EScriptVerb::AnswerFile ? FString(TEXT("Cancel")) : Step.Text);
 	if (Step.Verb == EScriptVerb::AnswerFile)
 	{
 		const FString Complaint =
@@ -393,12 +395,15 @@ void FScriptRunner::DismissDialog()
 	if (FHostDialogs::GetOpenDialogs().IsEmpty())
 	{
 		const FString Title = FHostFileDialogs::GetOpen().Get(FHostOpenSaveDialog()).Title;
+		Host.NoteAnswer(TEXT("Cancel"));
 		FHostFileDialogs::PressOpen(TEXT("Cancel"));
 		PrintToStandardError(FString::Printf(TEXT("velmora: script %s: no step answers \"%s\", so it takes Cancel.\n"), *Name, *Title));
 		return;
 	}
 	const FHostOpenDialog Dialog = FHostDialogs::GetOpenDialogs().Last();
+	// The loop of the dialog ends later, so nothing has come of it yet.
 	const FString Button = FHostDialogs::DismissOpenDialog();
+	Host.NoteAnswer(Button);
 	PrintToStandardError(FString::Printf(
 		TEXT("velmora: script %s: no step answers \"%s: %s\", so it takes %s.\n"), *Name, *Dialog.Title, *Dialog.Message, *Button));
 }

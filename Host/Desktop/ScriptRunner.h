@@ -20,6 +20,8 @@ public:
 	/** Both answer whether the file was written. */
 	virtual bool WriteDump(const FString& File) = 0;
 	virtual bool WriteScreenshot(const FString& File) = 0;
+	/** An open dialog is about to be answered by that button, without a hand. */
+	virtual void NoteAnswer(const FString& Button) {}
 };
 
 /**

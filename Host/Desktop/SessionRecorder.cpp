@@ -75,7 +75,7 @@ FSessionRecorder::FSessionRecorder(const std::shared_ptr<FRecordWriter>& InWrite
 FSessionRecorder::~FSessionRecorder()
 {
 	Finish();
-	FHostInputTap::Set(nullptr);
+	Release();
 }
 
 void FSessionRecorder::Begin(const FDesktopOptions& Options, bool bHasUser, bool bHasDisplay, const IHostWindow& InWindow)
@@ -109,9 +109,22 @@ TSharedRef<IHostWindow> FSessionRecorder::Wrap(const TSharedRef<IHostWindow>& In
 
 void FSessionRecorder::Finish()
 {
+	if (Window)
+	{
+		Window->NoteFrame();
+	}
 	Writer->Finish();
-	FUpdateGate::Get().OnStateChanged().Remove(GateHandle);
-	GateHandle.Reset();
+	if (GateHandle.IsValid())
+	{
+		FUpdateGate::Get().OnStateChanged().Remove(GateHandle);
+		GateHandle.Reset();
+	}
+}
+
+void FSessionRecorder::Release()
+{
+	FHostInputTap::Set(nullptr);
+	Window.Reset();
 }
 
 void FSessionRecorder::NoteDeed(const TCHAR* Deed, const FString& Subject)
@@ -134,6 +147,7 @@ void FSessionRecorder::NoteToast(const FString& Sentence)
 
 void FSessionRecorder::NoteTurn()
 {
+	Window->NoteFrame();
 	NoteOperations();
 }
 

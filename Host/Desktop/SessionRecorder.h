@@ -28,7 +28,9 @@ public:
 	TSharedRef<IHostWindow> Wrap(const TSharedRef<IHostWindow>& InWindow);
 	/** The last line, before what was shown goes. */
 	void Finish();
-	/** Null before Wrap. */
+	/** Lets go of the window, when the application is gone. */
+	void Release();
+	/** Null before Wrap and after Release. */
 	FRecordedWindow* GetWindow() const { return Window.Get(); }
 	/** What a script does without input: "answer", "close-tab", "open-tab", "focus". */
 	void NoteDeed(const TCHAR* Deed, const FString& Subject);

@@ -80,6 +80,11 @@ FString StoreFolders::SetUp(bool bKeepsNothing, FString& OutNotice)
 	return FString();
 }
 
+std::string StoreFolders::MakeVolatileFolder()
+{
+	return MakeRunFolder();
+}
+
 void StoreFolders::Remove()
 {
 	if (!RunFolder.empty())

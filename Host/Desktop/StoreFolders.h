@@ -2,6 +2,8 @@
 
 #include "CoreMinimal.h"
 
+#include <string>
+
 /**
  * Where this run keeps conversations, undo and the unsent prompt: in the user's data folder; for the time of the run alone; or, where
  * that folder cannot be written, in memory, so that everything works and nothing typed is lost before the computer is turned off.
@@ -15,6 +17,9 @@ namespace StoreFolders
 	 * @return Empty, or a sentence that says why no folder can be had.
 	 */
 	FString SetUp(bool bKeepsNothing, FString& OutNotice);
+
+	/** A new folder for this user alone, in memory where there is one; empty with a reason in errno. Whoever makes it deletes it. */
+	std::string MakeVolatileFolder();
 
 	/** Deletes what was kept for the time of the run. */
 	void Remove();
