@@ -160,7 +160,7 @@ FString FDesktopSession::SetUpFolders()
 	{
 		return TEXT("The file Velmora.uplugin was not found above the program. Start it from its own clone with ./run.sh.");
 	}
-	const FString Project = Replay ? Replay->GetProjectFolder()
+	const FString Project = Replay		  ? Replay->GetProjectFolder()
 		: Options.ProjectFolder.IsEmpty() ? GetWorkingFolder()
 										  : MakeAbsolute(Options.ProjectFolder);
 	if (!FPaths::DirectoryExists(Project))

@@ -116,7 +116,8 @@ FString FRecordReader::Parse(std::string InContent, const FString& Name)
 	}
 	if (Content.compare(0, FirstLine.size(), FirstLine) != 0)
 	{
-		return FString::Printf(TEXT("The recording \"%s\" was made by another version of the program, which writes them otherwise."), *Name);
+		return FString::Printf(
+			TEXT("The recording \"%s\" was made by another version of the program, which writes them otherwise."), *Name);
 	}
 	// 2. A line that was cut off is no line: the program ended in the middle of it.
 	Content.resize(Content.rfind('\n') + 1);

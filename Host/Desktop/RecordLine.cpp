@@ -179,8 +179,10 @@ namespace
 
 	bool IsWord(std::string_view Field)
 	{
-		const auto IsSign = [](char Sign)
-		{ return (Sign >= 'a' && Sign <= 'z') || (Sign >= 'A' && Sign <= 'Z') || (Sign >= '0' && Sign <= '9') || Sign == '-' || Sign == '_'; };
+		const auto IsSign = [](char Sign) {
+			return (Sign >= 'a' && Sign <= 'z') || (Sign >= 'A' && Sign <= 'Z') || (Sign >= '0' && Sign <= '9') || Sign == '-' ||
+				Sign == '_';
+		};
 		return !Field.empty() && std::all_of(Field.begin(), Field.end(), IsSign);
 	}
 

@@ -38,6 +38,37 @@ namespace
 		return Index < Text.Len() && Text[Index] == TEXT(':');
 	}
 
+	int32 FindBareEnd(FStringView Text, int32 Begin)
+	{
+		const FStringView Signs(TEXT("\",:[]{}"));
+		const auto IsWord = [&Text, &Signs](int32 At)
+		{
+			int32 Found = INDEX_NONE;
+			return Text[At] > TEXT(' ') && !Signs.FindChar(Text[At], Found);
+		};
+		int32 Index = Begin + 1;
+		while (IsWord(Begin) && Index < Text.Len() && IsWord(Index))
+		{
+			++Index;
+		}
+		return Index;
+	}
+
+	/** Numbers and the three words of the format stay such; what is none of them may be anything. */
+	void AppendMaskedBare(FString& Out, FStringView Bare)
+	{
+		const bool bIsWord = Bare.Equals(TEXT("true")) || Bare.Equals(TEXT("false")) || Bare.Equals(TEXT("null"));
+		const TCHAR First = Bare[0];
+		const bool bIsNumber = First == TEXT('-') || (First >= TEXT('0') && First <= TEXT('9'));
+		for (const TCHAR Unit : Bare)
+		{
+			const bool bIsDigit = Unit >= TEXT('0') && Unit <= TEXT('9');
+			const bool bIsExponent = bIsNumber && (Unit == TEXT('e') || Unit == TEXT('E'));
+			// No number begins with a 0 that more follow.
+			Out.AppendChar(bIsDigit ? TEXT('1') : bIsWord || bIsExponent ? Unit : MaskUnit(Unit));
+		}
+	}
+
 	/** An escape becomes one letter: what it stands for says something, too. */
 	void AppendMaskedString(FString& Out, FStringView Inside)
 	{
@@ -87,9 +118,9 @@ FString FRecordMask::MaskJson(FStringView Text)
 		const TCHAR Unit = Text[Index];
 		if (Unit != TEXT('"'))
 		{
-			// "true" says little and "xxxx" is no value. Digits: no number begins with a 0 that more follow.
-			const bool bIsDigit = Unit >= TEXT('0') && Unit <= TEXT('9');
-			Masked.AppendChar(bIsDigit ? TEXT('1') : Unit);
+			const int32 End = FindBareEnd(Text, Index);
+			AppendMaskedBare(Masked, Text.Mid(Index, End - Index));
+			Index = End - 1;
 			continue;
 		}
 		const int32 End = FindStringEnd(Text, Index);

@@ -64,8 +64,9 @@ namespace
 		bool bPlain = !Base.IsEmpty() && Name.Len() <= MaxNameLength && Name.EndsWith(TEXT(".ini"), ESearchCase::CaseSensitive);
 		for (const TCHAR Letter : Base)
 		{
-			bPlain = bPlain && ((Letter >= TEXT('a') && Letter <= TEXT('z')) || (Letter >= TEXT('A') && Letter <= TEXT('Z')) ||
-				(Letter >= TEXT('0') && Letter <= TEXT('9')));
+			bPlain = bPlain &&
+				((Letter >= TEXT('a') && Letter <= TEXT('z')) || (Letter >= TEXT('A') && Letter <= TEXT('Z')) ||
+					(Letter >= TEXT('0') && Letter <= TEXT('9')));
 		}
 		return bPlain;
 	}

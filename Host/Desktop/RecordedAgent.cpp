@@ -80,8 +80,7 @@ std::string MakeSummaryLines(const TArray<FConversationMetadata>& Conversations,
 	return Lines;
 }
 
-FRecordedAgent::FRecordedAgent(
-	const TSharedRef<Velmora::FAgent>& InAgent, int32 InNumber, const std::shared_ptr<FRecordWriter>& InWriter)
+FRecordedAgent::FRecordedAgent(const TSharedRef<Velmora::FAgent>& InAgent, int32 InNumber, const std::shared_ptr<FRecordWriter>& InWriter)
 	: Agent(InAgent)
 	, Number(InNumber)
 	, Writer(InWriter)
@@ -265,8 +264,7 @@ void FRecordedAgent::NoteConversation(const TSharedPtr<FConversationMetadata>& N
 		Last.Mode = Now ? static_cast<int32>(Now->Mode) : 0;
 		Last.Ticks = Now ? Now->LastUpdated.GetTicks() : 0;
 		Last.MessageCount = 0;
-		Writer->Add(MoveTemp(
-			Beginning(ERecordKind::Conversation).Flag(Now.IsValid()).Text(Last.Id).Number(Last.Mode).Number(Last.Ticks)));
+		Writer->Add(MoveTemp(Beginning(ERecordKind::Conversation).Flag(Now.IsValid()).Text(Last.Id).Number(Last.Mode).Number(Last.Ticks)));
 	}
 	if (!Now)
 	{
@@ -353,8 +351,8 @@ void FRecordedAgent::OnToolExecutionCompleted(TFunction<void(const FString&, con
 		[Number = Number, Writer = Writer, Callback = MoveTemp(Callback)](
 			const FString& Id, const FString& Name, bool bSuccess, const FString& Result)
 		{
-			Writer->Add(MoveTemp(
-				CalledBack(Number, TEXT("tool-completed")).Text(Id).Text(Name).Text(ToFlag(bSuccess)).Text(Writer->Veil(Result))));
+			Writer->Add(
+				MoveTemp(CalledBack(Number, TEXT("tool-completed")).Text(Id).Text(Name).Text(ToFlag(bSuccess)).Text(Writer->Veil(Result))));
 			Callback(Id, Name, bSuccess, Result);
 		});
 }
@@ -433,8 +431,7 @@ void FRecordedAgent::OnProcessMessage(TFunction<void(const FString&)> Callback)
 	Agent->OnProcessMessage(
 		[Number = Number, Writer = Writer, Callback = MoveTemp(Callback)](const FString& Text)
 		{
-			Writer->Add(MoveTemp(
-				CalledBack(Number, TEXT("progress")).Text(Writer->Masks() ? FRecordMask::MaskProgress(Text) : Text)));
+			Writer->Add(MoveTemp(CalledBack(Number, TEXT("progress")).Text(Writer->Masks() ? FRecordMask::MaskProgress(Text) : Text)));
 			Callback(Text);
 		});
 }

@@ -37,11 +37,7 @@ void FRecordedWindow::NoteSize()
 	NotedSize = Size;
 	NotedScale = Scale;
 	bNotedVisible = bVisible;
-	Writer->Add(MoveTemp(FRecordWords(ERecordKind::Size)
-							 .Number(Size.X)
-							 .Number(Size.Y)
-							 .Real(static_cast<double>(Scale))
-							 .Flag(bVisible)));
+	Writer->Add(MoveTemp(FRecordWords(ERecordKind::Size).Number(Size.X).Number(Size.Y).Real(static_cast<double>(Scale)).Flag(bVisible)));
 }
 
 void FRecordedWindow::NoteFrame()
@@ -161,32 +157,20 @@ void FRecordedWindow::OnMouseMove(const FVector2D& Position, const FModifierKeys
 
 void FRecordedWindow::OnMouseDown(const FKey& Button, const FVector2D& Position, const FModifierKeysState& Modifiers)
 {
-	Enter(MoveTemp(Event(ERecordKind::Press)
-					   .Word(Button.ToString())
-					   .Real(Position.X)
-					   .Real(Position.Y)
-					   .Number(PackModifiers(Modifiers))),
+	Enter(MoveTemp(Event(ERecordKind::Press).Word(Button.ToString()).Real(Position.X).Real(Position.Y).Number(PackModifiers(Modifiers))),
 		[&](IHostMessageHandler& Next) { Next.OnMouseDown(Button, Position, Modifiers); });
 }
 
 void FRecordedWindow::OnMouseUp(const FKey& Button, const FVector2D& Position, const FModifierKeysState& Modifiers)
 {
-	Enter(MoveTemp(Event(ERecordKind::Release)
-					   .Word(Button.ToString())
-					   .Real(Position.X)
-					   .Real(Position.Y)
-					   .Number(PackModifiers(Modifiers))),
+	Enter(MoveTemp(Event(ERecordKind::Release).Word(Button.ToString()).Real(Position.X).Real(Position.Y).Number(PackModifiers(Modifiers))),
 		[&](IHostMessageHandler& Next) { Next.OnMouseUp(Button, Position, Modifiers); });
 }
 
 void FRecordedWindow::OnMouseWheel(const FVector2D& Delta, const FVector2D& Position, const FModifierKeysState& Modifiers)
 {
-	Enter(MoveTemp(Event(ERecordKind::Wheel)
-					   .Real(Delta.X)
-					   .Real(Delta.Y)
-					   .Real(Position.X)
-					   .Real(Position.Y)
-					   .Number(PackModifiers(Modifiers))),
+	Enter(
+		MoveTemp(Event(ERecordKind::Wheel).Real(Delta.X).Real(Delta.Y).Real(Position.X).Real(Position.Y).Number(PackModifiers(Modifiers))),
 		[&](IHostMessageHandler& Next) { Next.OnMouseWheel(Delta, Position, Modifiers); });
 }
 

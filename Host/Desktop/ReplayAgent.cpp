@@ -170,8 +170,7 @@ FString FReplayAgent::GetCurrentPlan() const
 
 void FReplayAgent::OnMessageReceived(TFunction<void(const FString&, bool)> Callback)
 {
-	Listen("message", Callback.IsSet(),
-		[Callback](const FRecordLine& Line) { Callback(Given(Line, 0), GivenFlag(Line, 1)); });
+	Listen("message", Callback.IsSet(), [Callback](const FRecordLine& Line) { Callback(Given(Line, 0), GivenFlag(Line, 1)); });
 }
 
 void FReplayAgent::OnToolExecutionStarted(TFunction<void(const FString&, const FString&, const FString&, const FString&)> Callback)

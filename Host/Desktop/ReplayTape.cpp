@@ -74,9 +74,10 @@ void FReplayTape::NoteDifference()
 	if (bCompares && Reader.HasTurn())
 	{
 		bCompares = false;
-		PrintToStandardError(FString::Printf(TEXT("velmora: From %.2f s on the picture is not the recorded one: the session showed something "
-												  "that no recording holds, or was one of another version.\n"),
-			FHostClock::GetElapsed()));
+		PrintToStandardError(
+			FString::Printf(TEXT("velmora: From %.2f s on the picture is not the recorded one: the session showed something "
+								 "that no recording holds, or was one of another version.\n"),
+				FHostClock::GetElapsed()));
 	}
 }
 
@@ -87,9 +88,21 @@ void FReplayTape::SetAgent(int32 Number, FReplayAgent* Agent)
 
 void FReplayTape::TakeAnswers()
 {
-	for (const FRecordLine* Head = Reader.Peek(); Head && IsAnswer(Head->GetKind()); Head = Reader.Peek())
+	for (const FRecordLine* Head = Reader.Peek(); Head; Head = Reader.Peek())
 	{
-		TakeAnswer(Reader.Take());
+		const ERecordKind Kind = Head->GetKind();
+		if (IsAnswer(Kind))
+		{
+			TakeAnswer(Reader.Take());
+		}
+		else if (Kind == ERecordKind::Gone || Kind == ERecordKind::Note || Kind == ERecordKind::End)
+		{
+			Reader.Take();
+		}
+		else
+		{
+			return;
+		}
 	}
 }
 
@@ -117,18 +130,7 @@ void FReplayTape::TakeAnswer(const FRecordLine& Line)
 		Of.Plan = Line.Text(1);
 		break;
 	case ERecordKind::Last:
-		LastMessage.Reset();
-		if (Line.Flag(0))
-		{
-			Velmora::FLastMessage Last;
-			Last.bCanUndo = Line.Flag(1);
-			Last.Text = Line.Text(2);
-			for (int32 Index = 3; Index < Line.Num(); ++Index)
-			{
-				Last.Files.Add(Line.Text(Index));
-			}
-			LastMessage = MoveTemp(Last);
-		}
+		TakeLastMessage(Line);
 		break;
 	case ERecordKind::TurnStatus:
 		TurnStatus.bIsRunning = Line.Flag(0);
@@ -151,18 +153,37 @@ void FReplayTape::TakeAnswer(const FRecordLine& Line)
 		Files.Empty();
 		break;
 	case ERecordKind::File:
-	{
-		Velmora::FProjectFileCacheEntry File;
-		File.Path = Line.Text(0);
-		File.bIsDirectory = Line.Flag(1);
-		File.Type = ToWord(Line.Number(2), Velmora::EProjectFileType::Other);
-		Files.Add(MoveTemp(File));
+		TakeFile(Line);
 		break;
-	}
 	default:
 		TakeConversationAnswer(Line);
 		break;
 	}
+}
+
+void FReplayTape::TakeLastMessage(const FRecordLine& Line)
+{
+	LastMessage.Reset();
+	if (Line.Flag(0))
+	{
+		Velmora::FLastMessage Last;
+		Last.bCanUndo = Line.Flag(1);
+		Last.Text = Line.Text(2);
+		for (int32 Index = 3; Index < Line.Num(); ++Index)
+		{
+			Last.Files.Add(Line.Text(Index));
+		}
+		LastMessage = MoveTemp(Last);
+	}
+}
+
+void FReplayTape::TakeFile(const FRecordLine& Line)
+{
+	Velmora::FProjectFileCacheEntry File;
+	File.Path = Line.Text(0);
+	File.bIsDirectory = Line.Flag(1);
+	File.Type = ToWord(Line.Number(2), Velmora::EProjectFileType::Other);
+	Files.Add(MoveTemp(File));
 }
 
 void FReplayTape::TakeConversationAnswer(const FRecordLine& Line)
@@ -271,11 +292,6 @@ bool FReplayTape::DeliverNext()
 	}
 	case ERecordKind::Summaries:
 		ReleaseSummaries();
-		return true;
-	case ERecordKind::Gone:
-	case ERecordKind::Note:
-	case ERecordKind::End:
-		Reader.Take();
 		return true;
 	default:
 		return false;

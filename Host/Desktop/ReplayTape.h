@@ -40,7 +40,7 @@ public:
 
 	FRecordReader& GetReader() { return Reader; }
 
-	/** Takes over the answers that stand at this place. */
+	/** Takes over the answers that stand at this place, and passes what nobody waits for. */
 	void TakeAnswers();
 	/** Makes the next thing happen that comes from the agent's side; false when something else comes next. */
 	bool DeliverNext();
@@ -78,6 +78,8 @@ public:
 private:
 	void TakeAnswer(const FRecordLine& Line);
 	void TakeConversationAnswer(const FRecordLine& Line);
+	void TakeLastMessage(const FRecordLine& Line);
+	void TakeFile(const FRecordLine& Line);
 	void TakeOperation(const FRecordLine& Line);
 	static void ForgetOperations();
 	void FireCallback(const FRecordLine& Line);

@@ -22,6 +22,13 @@ namespace
 		return Kind >= ERecordKind::Down && Kind <= ERecordKind::Close;
 	}
 
+	/** A position or notches of a wheel. No hand and no window is as large as what a broken file may say. */
+	FVector2D ReadPair(const FRecordLine& Line, int32 First)
+	{
+		constexpr double Largest = 1e5;
+		return FVector2D(FMath::Clamp(Line.Real(First), -Largest, Largest), FMath::Clamp(Line.Real(First + 1), -Largest, Largest));
+	}
+
 	/** Of what the platform has, what counts in a replay. */
 	class FScreenEvents : public IHostMessageHandler
 	{
@@ -94,16 +101,16 @@ void FReplayWindow::Dispatch(const FRecordLine& Line)
 		break;
 	}
 	case ERecordKind::Move:
-		Next.OnMouseMove(FVector2D(Line.Real(1), Line.Real(2)), UnpackModifiers(Line.Number(3)));
+		Next.OnMouseMove(ReadPair(Line, 1), UnpackModifiers(Line.Number(3)));
 		break;
 	case ERecordKind::Press:
-		Next.OnMouseDown(Key, FVector2D(Line.Real(2), Line.Real(3)), UnpackModifiers(Line.Number(4)));
+		Next.OnMouseDown(Key, ReadPair(Line, 2), UnpackModifiers(Line.Number(4)));
 		break;
 	case ERecordKind::Release:
-		Next.OnMouseUp(Key, FVector2D(Line.Real(2), Line.Real(3)), UnpackModifiers(Line.Number(4)));
+		Next.OnMouseUp(Key, ReadPair(Line, 2), UnpackModifiers(Line.Number(4)));
 		break;
 	case ERecordKind::Wheel:
-		Next.OnMouseWheel(FVector2D(Line.Real(1), Line.Real(2)), FVector2D(Line.Real(3), Line.Real(4)), UnpackModifiers(Line.Number(5)));
+		Next.OnMouseWheel(ReadPair(Line, 1), ReadPair(Line, 3), UnpackModifiers(Line.Number(5)));
 		break;
 	case ERecordKind::Leave:
 		Next.OnMouseLeave();

@@ -18,7 +18,8 @@ public:
 	using FDo = TFunction<void(const std::string& Deed, const FString& Subject)>;
 
 	/** @param Size  Pixels, as the recording begins. */
-	FReplayWindow(const TSharedRef<IHostWindow>& InWindow, const FIntPoint& Size, float InScale, const std::shared_ptr<FReplayTape>& InTape);
+	FReplayWindow(
+		const TSharedRef<IHostWindow>& InWindow, const FIntPoint& Size, float InScale, const std::shared_ptr<FReplayTape>& InTape);
 
 	/** @param InDo  Does what a script did without input. @param InAtEnd  Called once, where the recording ends. */
 	void SetUp(FDo InDo, TFunction<void()> InAtEnd);

@@ -83,10 +83,9 @@ void FSessionRecorder::Begin(const FDesktopOptions& Options, bool bHasUser, bool
 	const FIntPoint Size = InWindow.GetPixelSize();
 	const FTimespan Zone = FDateTime(FHostClock::LocalNowTicks()) - FDateTime(FHostClock::UtcNowTicks());
 	Writer->Add(MoveTemp(FRecordWords(ERecordKind::Version).Text(FString(TEXT(VELMORA_VERSION)))));
-	Writer->Add(MoveTemp(
-		FRecordWords(ERecordKind::Start).Number(FHostClock::UtcNowTicks()).Number(Zone.GetTicks() / ETimespan::TicksPerSecond)));
-	Writer->Add(MoveTemp(
-		FRecordWords(ERecordKind::Window).Number(Size.X).Number(Size.Y).Real(static_cast<double>(InWindow.GetScale()))));
+	Writer->Add(
+		MoveTemp(FRecordWords(ERecordKind::Start).Number(FHostClock::UtcNowTicks()).Number(Zone.GetTicks() / ETimespan::TicksPerSecond)));
+	Writer->Add(MoveTemp(FRecordWords(ERecordKind::Window).Number(Size.X).Number(Size.Y).Real(static_cast<double>(InWindow.GetScale()))));
 	Writer->Add(MoveTemp(FRecordWords(ERecordKind::Session).Flag(bHasUser).Flag(bHasDisplay).Flag(Writer->Masks())));
 	Writer->Add(MoveTemp(FRecordWords(ERecordKind::Project).Text(Writer->Veil(RecordSeeds::GetProjectName()))));
 	for (const TPair<FString, FString>& Variable : Options.Variables)

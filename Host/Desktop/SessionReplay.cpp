@@ -71,8 +71,9 @@ FString FSessionReplay::Load(const FString& Path)
 	Tape->SetComparing(!Head.bIsMasked);
 	if (!Head.Version.Equals(TEXT(VELMORA_VERSION)))
 	{
-		PrintToStandardError(FString::Printf(TEXT("velmora: The recording was made by version %s; this is %s, and its pictures may differ.\n"),
-			*Head.Version, TEXT(VELMORA_VERSION)));
+		PrintToStandardError(
+			FString::Printf(TEXT("velmora: The recording was made by version %s; this is %s, and its pictures may differ.\n"),
+				*Head.Version, TEXT(VELMORA_VERSION)));
 	}
 	return FString();
 }

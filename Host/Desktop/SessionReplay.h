@@ -58,8 +58,7 @@ public:
 
 	// Velmora::IAgentSeam
 	virtual TSharedPtr<Velmora::FAgent> MakeAgent(TFunctionRef<TSharedPtr<Velmora::FAgent>()> MakeUsual) override;
-	virtual TArray<Velmora::FConversationMetadata> ReadSummaries(
-		TFunctionRef<TArray<Velmora::FConversationMetadata>()> ReadUsual) override;
+	virtual TArray<Velmora::FConversationMetadata> ReadSummaries(TFunctionRef<TArray<Velmora::FConversationMetadata>()> ReadUsual) override;
 	virtual void OnQuestion(const Velmora::FAgentQuestion* Question) override {}
 	virtual bool AnswerQuestion(uint32 Id, Velmora::EAgentAnswer Answer, TFunctionRef<bool()> AnswerUsual) override;
 	virtual TOptional<Velmora::FLastMessage> GetLastMessage(TFunctionRef<TOptional<Velmora::FLastMessage>()> GetUsual) override;
