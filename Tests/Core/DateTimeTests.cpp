@@ -2,8 +2,11 @@
 #include "Host/HostClock.h"
 #include "Support/Base/Printers.h"
 
+#include <chrono>
+#include <cmath>
 #include <cstdlib>
 #include <ctime>
+#include <thread>
 
 TEST(DateTimes, FieldsThroughTheYears)
 {
@@ -145,4 +148,41 @@ TEST_F(FTimeZoneTest, SimulatedTimeStandsStillUntilItIsAdvanced)
 	FHostClock::UseRealTime();
 	EXPECT_GE(FPlatformTime::Seconds(), RealBefore);
 	EXPECT_LT(std::abs((FDateTime::UtcNow() - FDateTime::FromUnixTimestamp(std::time(nullptr))).GetTotalSeconds()), 5.0);
+}
+
+TEST_F(FTimeZoneTest, HeldTimeStandsStillForItsThreadAlone)
+{
+	const auto SeenElsewhere = []
+	{
+		double Seconds = 0.0;
+		std::thread([&Seconds] { Seconds = FHostClock::GetElapsed(); }).join();
+		return Seconds;
+	};
+	UseZone("UTC");
+	FHostClock::UseHeldTime();
+	EXPECT_TRUE(FHostClock::IsHeld() && !FHostClock::IsSimulated());
+	const FDateTime Begun = FDateTime::UtcNow();
+	const double Start = FPlatformTime::Seconds();
+	EXPECT_EQ(FHostClock::GetElapsed(), 0.0);
+	std::this_thread::sleep_for(std::chrono::milliseconds(20));
+	EXPECT_EQ(FPlatformTime::Seconds(), Start);
+	EXPECT_EQ(FDateTime::UtcNow(), Begun);
+	EXPECT_GE(SeenElsewhere(), 0.02);
+	EXPECT_GE(FHostClock::GetSinceHold(), 0.02);
+	FHostClock::Hold();
+	const double Held = FHostClock::GetElapsed();
+	EXPECT_GE(Held, 0.02);
+	EXPECT_EQ(Held, static_cast<double>(std::llround(Held * 1e6)) / 1e6) << "whole microseconds";
+	const double Seconds = FPlatformTime::Seconds();
+	const FDateTime Now = FDateTime::UtcNow();
+
+	// Whoever knows the beginning and the moment sees the same time, to the bit.
+	FHostClock::UseSimulatedTime(FHostClock::UtcToLocal(Begun));
+	FHostClock::SetElapsed(Held);
+	EXPECT_EQ(FPlatformTime::Seconds(), Seconds);
+	EXPECT_EQ(FDateTime::UtcNow(), Now);
+	FHostClock::SetElapsed(0.0);
+	EXPECT_EQ(FPlatformTime::Seconds(), Seconds) << "never backwards";
+	FHostClock::UseRealTime();
+	EXPECT_FALSE(FHostClock::IsHeld());
 }

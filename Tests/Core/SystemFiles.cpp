@@ -249,6 +249,32 @@ TEST_F(SystemFiles, WhatKilledSavesHaveLeftGoesAndNothingElse)
 	EXPECT_EQ(Left, Expected);
 }
 
+TEST_F(SystemFiles, ALimitKeepsSavesInItsFolder)
+{
+	const auto Save = [this](const TCHAR* Name)
+	{
+		FString Reason;
+		return HostSaveFile(Temp.At(Name), "x", 1, 0, Reason) ? std::string() : Utf8(Reason);
+	};
+	const std::string Refusal = "nothing is saved outside of the folder that this run was given";
+	Temp.Write("source", "s");
+	Temp.Write("only/kept", "");
+	Temp.Write("only-beside/kept", "");
+	HostLimitSaves(Temp.At(TEXT("only")));
+	EXPECT_EQ(Save(TEXT("only/new/a")), "");
+	EXPECT_EQ(Save(TEXT("only-beside/a")), Refusal);
+	EXPECT_EQ(Save(TEXT("only/../a")), Refusal);
+	EXPECT_EQ(Save(TEXT("a")), Refusal);
+	FString Reason;
+	EXPECT_FALSE(HostCopyFile(
+		Temp.At(TEXT("source")), Temp.At(TEXT("a")), 0, [](int64, int64) { return true; }, Reason));
+	EXPECT_EQ(Utf8(Reason), Refusal);
+	EXPECT_FALSE(FFileHelper::SaveStringToFile(TEXT("x"), *Temp.At(TEXT("a"))));
+	HostLimitSaves(FString());
+	EXPECT_EQ(Temp.Read("a"), "<missing>");
+	EXPECT_EQ(Save(TEXT("a")), "");
+}
+
 TEST_F(SystemFiles, ACopyIsWholeOrNothing)
 {
 	const std::string Contents(3 * 1024 * 1024 + 7, 'c');

@@ -74,6 +74,36 @@ TEST_F(SystemTasks, GameThreadTasksRunInOrder)
 	EXPECT_FALSE(FHostTasks::HasPending());
 }
 
+TEST_F(SystemTasks, ANoteIsCalledBeforeTheTaskThatItsThreadQueuesNext)
+{
+	std::string Order;
+	std::atomic<bool> bQueued{ false };
+	AsyncTask(ENamedThreads::AnyBackgroundThreadNormalTask,
+		[&]
+		{
+			FHostTasks::BeforeNextTask([&Order] { Order += "n"; });
+			while (!bQueued)
+			{
+				std::this_thread::yield();
+			}
+			AsyncTask(ENamedThreads::GameThread, [&Order] { Order += "b"; });
+			AsyncTask(ENamedThreads::GameThread, [&Order] { Order += "c"; });
+			FHostTasks::BeforeNextTask([&Order] { Order += "x"; });
+		});
+	AsyncTask(ENamedThreads::GameThread, [&Order] { Order += "a"; });
+	bQueued = true;
+	ASSERT_TRUE(FHostTasks::WaitForBackground(10.0));
+	// Whatever thread this one gets, the note that was not used is gone.
+	for (int32 Count = 0; Count < 16; ++Count)
+	{
+		AsyncTask(
+			ENamedThreads::AnyBackgroundThreadNormalTask, [&Order] { AsyncTask(ENamedThreads::GameThread, [&Order] { Order += "."; }); });
+	}
+	ASSERT_TRUE(FHostTasks::WaitForBackground(10.0));
+	FHostTasks::RunGameThreadTasks();
+	EXPECT_EQ(Order, "anbc................");
+}
+
 TEST_F(SystemTasks, AModalLoopGoesOnWithTheQueue)
 {
 	std::string Order;

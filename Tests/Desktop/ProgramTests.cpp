@@ -35,6 +35,11 @@ TEST(Program, HelpVersionAndWrongOptions)
 		{ { "--now", "yesterday", "--screenshot", "x.png" }, 2, "", "--now wants a local time" },
 		{ { "--now=2026-01-31T12:00:00Z", "--screenshot", "x.png" }, 2, "", "--now wants a local time" },
 		{ { "--now=2026-01-31" }, 2, "", "--now is for runs with" },
+		{ { "--record-masked" }, 2, "", "--record-masked goes with --record." },
+		{ { "--record", "x", "--prompt", "help" }, 2, "", "--record is for sessions in a window and for --script." },
+		{ { "--replay", "x", "--project", "." }, 2, "", "--replay goes with --headless, --screenshot and --dump" },
+		{ { "--replay", "/does/not/exist" }, 2, "", "The recording \"/does/not/exist\" cannot be read" },
+		{ { "--headless", "--record", "/does/not/exist/x", "--dump", "x" }, 2, "", "The recording cannot be written to" },
 		{ { "--script", "/does/not/exist" }, 2, "", "The script \"/does/not/exist\" could not be read" },
 		{ { "--headless", "--project", "/does/not/exist", "--prompt", "help" }, 1, "", "\"/does/not/exist\" does not exist" },
 	};
