@@ -320,8 +320,8 @@ void FReplayTape::Ask(const FRecordLine& Line)
 
 TOptional<FString> FReplayTape::Call(int32 Number, const char* Operation)
 {
-	// 1. It must stand here: who calls is what came before.
-	TakeAnswers();
+	// 1. It must stand here: who calls is what came before. Sentences and the like may have come in between.
+	Deliver();
 	const FRecordLine* Head = Reader.Peek();
 	if (!Head || Head->GetKind() != ERecordKind::Call || Head->Number(0) != Number || Head->Word(1) != Operation)
 	{
@@ -351,6 +351,7 @@ TOptional<FString> FReplayTape::Call(int32 Number, const char* Operation)
 		if (Line.GetKind() == ERecordKind::Turn)
 		{
 			FHostClock::SetElapsed(Line.Real(0));
+			bHasPassedTurns = true;
 		}
 		if (Line.GetKind() == ERecordKind::Return && Line.Number(0) == Number && Line.Word(1) == Operation)
 		{
@@ -383,7 +384,7 @@ void FReplayTape::PassCall()
 
 int32 FReplayTape::TakeAgent()
 {
-	TakeAnswers();
+	Deliver();
 	const FRecordLine* const Head = Reader.Peek();
 	if (!Head || Head->GetKind() != ERecordKind::Agent)
 	{
@@ -425,7 +426,7 @@ TArray<FConversationMetadata> FReplayTape::ReadList(int64 Count, TArray<FConvers
 
 TArray<FConversationMetadata> FReplayTape::TakeStored()
 {
-	TakeAnswers();
+	Deliver();
 	const FRecordLine* const Head = Reader.Peek();
 	if (!Head || Head->GetKind() != ERecordKind::Stored)
 	{

@@ -11,6 +11,7 @@
 #include <condition_variable>
 #include <deque>
 #include <mutex>
+#include <utility>
 
 class FReplayAgent;
 
@@ -74,6 +75,8 @@ public:
 	/** The replay does not show what was recorded. Reported once, and not beyond the end or with masked texts. */
 	void NoteDifference();
 	void SetComparing(bool bInCompares) { bCompares = bInCompares; }
+	/** True once after a call in which a window showed progress: what was painted to take it away is not painted here. */
+	bool TakePassedTurns() { return std::exchange(bHasPassedTurns, false); }
 
 private:
 	void TakeAnswer(const FRecordLine& Line);
@@ -101,6 +104,7 @@ private:
 	TArray<Velmora::FConversationMetadata> LastSummaries;
 	bool bIsTelling = false;
 	bool bCompares = true;
+	bool bHasPassedTurns = false;
 
 	// Lists on their way to workers.
 	std::mutex Mutex;

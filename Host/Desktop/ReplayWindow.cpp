@@ -172,7 +172,10 @@ bool FReplayWindow::PlayNext()
 		break;
 	default:
 		// Something was painted, or answered, that this run has not asked for.
-		Tape->NoteDifference();
+		if (Line.GetKind() != ERecordKind::Paint || !Tape->TakePassedTurns())
+		{
+			Tape->NoteDifference();
+		}
 		break;
 	}
 	return true;
@@ -317,7 +320,7 @@ void FReplayWindow::PaintAndPresent(const FSlateWindowElementList& Elements, con
 		Tape->GetReader().Take();
 	}
 	// On screen the platform has things painted again.
-	if (!bIsSame && IsHeadless())
+	if (!bIsSame && IsHeadless() && !Tape->TakePassedTurns())
 	{
 		Tape->NoteDifference();
 	}
