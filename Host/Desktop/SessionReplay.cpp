@@ -7,6 +7,7 @@
 #include "Host/HostFileNames.h"
 #include "Host/HostFolders.h"
 #include "Host/HostInputTap.h"
+#include "Host/StoreLocation.h"
 #include "RecordSeeds.h"
 #include "ReplayAgent.h"
 #include "StoreFolders.h"
@@ -51,6 +52,7 @@ FSessionReplay::~FSessionReplay()
 	Finish();
 	Release();
 	HostLimitSaves(FString());
+	Velmora::SetConfigFolder(FString());
 	if (!Folder.empty())
 	{
 		std::error_code Ignored;
@@ -128,6 +130,7 @@ FString FSessionReplay::Begin()
 	}
 	// The hand that drives this run is whoever made the recording.
 	AllowSaves(false);
+	Velmora::SetConfigFolder(HostFileNameFromBytes(Folder + "/config"));
 	setenv("DBUS_SESSION_BUS_ADDRESS", "disabled:", 1);
 	MoveToZone(Head.ZoneSeconds);
 	const int64 Last = FDateTime::MaxValue().GetTicks() - DaySeconds * ETimespan::TicksPerSecond;

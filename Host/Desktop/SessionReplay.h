@@ -63,6 +63,7 @@ public:
 	virtual bool AnswerQuestion(uint32 Id, Velmora::EAgentAnswer Answer, TFunctionRef<bool()> AnswerUsual) override;
 	virtual TOptional<Velmora::FLastMessage> GetLastMessage(TFunctionRef<TOptional<Velmora::FLastMessage>()> GetUsual) override;
 	virtual FString TakeBackLastMessage(TFunctionRef<FString()> TakeBackUsual) override;
+	virtual bool MayConnect() const override { return false; }
 	virtual Velmora::FAgentTurnStatus GetTurnStatus(TFunctionRef<Velmora::FAgentTurnStatus()> GetUsual) override;
 
 	// Velmora::IProjectFileSeam

@@ -1,6 +1,7 @@
 #include "HAL/FileManager.h"
 #include "Host/HostAtomicFile.h"
 #include "Host/HostFileNames.h"
+#include "Host/HostFolders.h"
 #include "Host/HostLog.h"
 #include "Host/HostServices.h"
 #include "Misc/FileHelper.h"
@@ -270,6 +271,9 @@ TEST_F(SystemFiles, ALimitKeepsSavesInItsFolder)
 		Temp.At(TEXT("source")), Temp.At(TEXT("a")), 0, [](int64, int64) { return true; }, Reason));
 	EXPECT_EQ(Utf8(Reason), Refusal);
 	EXPECT_FALSE(FFileHelper::SaveStringToFile(TEXT("x"), *Temp.At(TEXT("a"))));
+	EXPECT_FALSE(HostMakeFolder(Temp.At(TEXT("folder")), Reason));
+	EXPECT_EQ(Utf8(Reason), Refusal);
+	EXPECT_TRUE(HostMakeFolder(Temp.At(TEXT("only/folder")), Reason)) << Utf8(Reason);
 	HostLimitSaves(FString());
 	EXPECT_EQ(Temp.Read("a"), "<missing>");
 	EXPECT_EQ(Save(TEXT("a")), "");

@@ -126,6 +126,21 @@ TEST(Record, MaskedTextsHoldNoneOfTheWords)
 	EXPECT_TRUE(Contains(Dump, "\"content\": \"xxxx Xxxxxxxxxx xxxxxxxx\"")) << Dump;
 }
 
+TEST(Record, AReplaySavesNothing)
+{
+	const FRandomProject Project;
+	const std::string Export = Project.Path("mine.html");
+	const FRun Run = Record(Project,
+		"type help\nkey CTRL+ENTER\nwait idle 30\nclick #ExportButton\nkey CTRL+A\ntype " + Export + "\nkey ENTER\nwait idle 30\n",
+		Simulated);
+	ASSERT_EQ(Run.ExitCode, 0) << Run.Error;
+	ASSERT_TRUE(fs::remove(Export)) << "the session itself has saved it";
+	const FRun Shown = Replay(Project);
+	EXPECT_EQ(Shown.ExitCode, 0) << Shown.Error;
+	EXPECT_FALSE(fs::exists(Export));
+	EXPECT_TRUE(fs::exists(Project.Path("again.png"))) << "what the user asks for is written";
+}
+
 TEST(Record, WhatIsBrokenOrOfAnotherIsNotObeyed)
 {
 	const FRandomProject Project;

@@ -1,3 +1,4 @@
+#include "Host/AgentSeam.h"
 #include "Host/AgentConnections.h"
 
 #include <mutex>
@@ -92,7 +93,8 @@ namespace Velmora
 
 	bool FAgentConnections::ListModels(const FAgentConnection& Connection, TArray<FString>& OutLines, FString& OutProblem)
 	{
-		OutProblem = Check(Connection);
+		const std::shared_ptr<IAgentSeam> Seam = FAgentSeam::Get();
+		OutProblem = Seam && !Seam->MayConnect() ? FString(TEXT("This run asks no server.")) : Check(Connection);
 		if (!OutProblem.IsEmpty())
 		{
 			return false;

@@ -1,3 +1,4 @@
+#include "Host/AgentSeam.h"
 #include "Host/AgentConnections.h"
 
 #include <algorithm>
@@ -135,6 +136,13 @@ namespace Velmora
 
 	void FAgentConnections::Test(const FAgentConnection& Connection, TFunction<void(const FConnectionReport&)> Done)
 	{
+		if (const std::shared_ptr<IAgentSeam> Seam = FAgentSeam::Get(); Seam && !Seam->MayConnect())
+		{
+			FConnectionReport Report;
+			Report.Sentence = TEXT("This run asks no server.");
+			AsyncTask(ENamedThreads::GameThread, [Report, Done = MoveTemp(Done)] { Done(Report); });
+			return;
+		}
 		Async(EAsyncExecution::Thread,
 			[Connection, Done = MoveTemp(Done)]() mutable
 			{ AsyncTask(ENamedThreads::GameThread, [Report = RunTest(Connection), Done = MoveTemp(Done)] { Done(Report); }); });

@@ -11,6 +11,24 @@
 #include "Host/HostFileNames.h"
 #include "Host/StoreLocation.h"
 
+namespace Velmora
+{
+	namespace
+	{
+		/** Set before there are threads. */
+		std::string& GetChosenFolder()
+		{
+			static std::string Folder;
+			return Folder;
+		}
+	}
+
+	void SetConfigFolder(const FString& Folder)
+	{
+		GetChosenFolder() = HostFileNameToBytes(Folder);
+	}
+}
+
 namespace Velmora::PrivateFile
 {
 	namespace
@@ -20,6 +38,10 @@ namespace Velmora::PrivateFile
 
 	std::string GetFolder()
 	{
+		if (!GetChosenFolder().empty())
+		{
+			return GetChosenFolder();
+		}
 		const char* const Config = getenv("XDG_CONFIG_HOME");
 		if (Config && Config[0] == '/')
 		{

@@ -39,6 +39,9 @@ namespace Velmora
 		virtual TOptional<FLastMessage> GetLastMessage(TFunctionRef<TOptional<FLastMessage>()> GetUsual) = 0;
 		virtual FString TakeBackLastMessage(TFunctionRef<FString()> TakeBackUsual) = 0;
 
+		/** False where FAgentConnections asks no server, whatever somebody presses. Any thread. */
+		virtual bool MayConnect() const { return true; }
+
 		/** FAgentActivity::GetTurnStatus. */
 		virtual FAgentTurnStatus GetTurnStatus(TFunctionRef<FAgentTurnStatus()> GetUsual) = 0;
 	};

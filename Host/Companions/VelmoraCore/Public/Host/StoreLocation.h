@@ -45,6 +45,12 @@ namespace Velmora
 	 */
 	VELMORACORE_API void SetStoreFolders(const FString& Folder, const FString& ConversationFolder);
 
+	/**
+	 * Keeps connections, keys and consents of the user's elsewhere than in the configuration folder; absolute, empty for the usual place.
+	 * Before anything else of the library is used.
+	 */
+	VELMORACORE_API void SetConfigFolder(const FString& Folder);
+
 	/** HOME, or the home folder of the user's record where that is not set. Absolute; empty when neither names one. Any thread. */
 	VELMORACORE_API FString GetUserHomeFolder();
 

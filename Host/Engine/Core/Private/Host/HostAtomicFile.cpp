@@ -336,6 +336,13 @@ void HostLimitSaves(const FString& Folder)
 	Limit.Folder = HostFileSystem::ToBytes(Folder);
 }
 
+bool HostMaySave(const FString& Path, FString& OutReason)
+{
+	const bool bMay = !IsBeyondLimit(HostFileSystem::ToBytes(Path));
+	OutReason = bMay ? FString() : FString(BeyondLimit);
+	return bMay;
+}
+
 namespace
 {
 	/** Of a save that came to a sudden end: its process is gone, or has had more than enough time. */

@@ -99,11 +99,6 @@ void FHostClock::UseHeldTime()
 	bHeld = true;
 }
 
-bool FHostClock::IsHeld()
-{
-	return bHeld;
-}
-
 void FHostClock::Hold()
 {
 	HeldMicroseconds = bHeld ? ReadHeldMicroseconds() : HeldMicroseconds;

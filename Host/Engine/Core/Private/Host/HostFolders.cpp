@@ -1,5 +1,6 @@
 #include "Host/HostFolders.h"
 
+#include "Host/HostAtomicFile.h"
 #include "Host/HostFileNames.h"
 #include "Host/HostFileSystem.h"
 
@@ -130,6 +131,10 @@ bool HostCanSaveFile(const FString& Path, FString& OutReason)
 
 bool HostMakeFolder(const FString& Path, FString& OutReason)
 {
+	if (!HostMaySave(Path, OutReason))
+	{
+		return false;
+	}
 	const std::string Bytes = HostFileSystem::ToBytes(Path);
 	errno = EINVAL;
 	if (Bytes.empty() || !HostFileSystem::MakeFolders(Bytes))

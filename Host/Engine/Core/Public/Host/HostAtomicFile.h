@@ -25,6 +25,8 @@ CORE_API bool HostSaveFile(const FString& Path, const void* Data, int64 Size, ui
  * somebody else's hand. Absolute; empty for everywhere. Any thread.
  */
 CORE_API void HostLimitSaves(const FString& Folder);
+/** @return False with a reason where HostLimitSaves lets nothing be made. */
+CORE_API bool HostMaySave(const FString& Path, FString& OutReason);
 
 /**
  * Removes what saves that came to a sudden end have left in a folder and Depth levels below it. Saves of other programs that are

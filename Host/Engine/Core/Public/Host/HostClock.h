@@ -27,7 +27,6 @@ public:
 	 * moments of Hold knows every time that this thread has seen. Other threads see it pass. Seconds() begins at 1000.
 	 */
 	static void UseHeldTime();
-	static bool IsHeld();
 	/** Takes the time on, to now. Does nothing to other kinds of time. */
 	static void Hold();
 	/** Real seconds since the last Hold. */
