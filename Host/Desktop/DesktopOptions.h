@@ -32,6 +32,8 @@ struct FDesktopOptions
 	FString RecordFile;
 	bool bRecordMasked = false;
 	FString ReplayFile;
+	/** Of the program, for recordings; no option. */
+	FString Version;
 	/** Leave no conversation behind. */
 	bool bNoHistory = false;
 	/** Keep and restore the unsent prompt as a session in a window does. */

@@ -340,7 +340,7 @@ FString FDesktopProgram::PrepareTape()
 	if (!Options.ReplayFile.IsEmpty())
 	{
 		Replay = std::make_shared<FSessionReplay>();
-		if (const FString Complaint = Replay->Load(MakeAbsolute(Options.ReplayFile)); !Complaint.IsEmpty())
+		if (const FString Complaint = Replay->Load(MakeAbsolute(Options.ReplayFile), Options.Version); !Complaint.IsEmpty())
 		{
 			return Complaint;
 		}

@@ -36,6 +36,7 @@ int main(int ArgumentCount, char** Arguments)
 		PrintToStandardOutput(FString(TEXT("velmora ")) + UTF8_TO_TCHAR(VELMORA_VERSION) + TEXT("\n"));
 		return 0;
 	}
+	Options.Version = UTF8_TO_TCHAR(VELMORA_VERSION);
 	FDesktopProgram Program(Options);
 	return Program.Run();
 }

@@ -20,10 +20,6 @@ using Velmora::FLastMessage;
 using Velmora::FProjectFileCacheEntry;
 using Velmora::FUpdateGate;
 
-#ifndef VELMORA_VERSION
-#define VELMORA_VERSION "0"
-#endif
-
 namespace
 {
 	/** Of a project's files; a list of names is looked through by what was typed, which a long one stands for as well. */
@@ -82,7 +78,7 @@ void FSessionRecorder::Begin(const FDesktopOptions& Options, bool bHasUser, bool
 {
 	const FIntPoint Size = InWindow.GetPixelSize();
 	const FTimespan Zone = FDateTime(FHostClock::LocalNowTicks()) - FDateTime(FHostClock::UtcNowTicks());
-	Writer->Add(MoveTemp(FRecordWords(ERecordKind::Version).Text(FString(TEXT(VELMORA_VERSION)))));
+	Writer->Add(MoveTemp(FRecordWords(ERecordKind::Version).Text(Options.Version)));
 	Writer->Add(
 		MoveTemp(FRecordWords(ERecordKind::Start).Number(FHostClock::UtcNowTicks()).Number(Zone.GetTicks() / ETimespan::TicksPerSecond)));
 	Writer->Add(MoveTemp(FRecordWords(ERecordKind::Window).Number(Size.X).Number(Size.Y).Real(static_cast<double>(InWindow.GetScale()))));

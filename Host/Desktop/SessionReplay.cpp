@@ -26,10 +26,6 @@ using Velmora::FConversationMetadata;
 using Velmora::FLastMessage;
 using Velmora::FProjectFileCacheEntry;
 
-#ifndef VELMORA_VERSION
-#define VELMORA_VERSION "0"
-#endif
-
 namespace
 {
 	constexpr int64 LargestSide = 16384;
@@ -60,7 +56,7 @@ FSessionReplay::~FSessionReplay()
 	}
 }
 
-FString FSessionReplay::Load(const FString& Path)
+FString FSessionReplay::Load(const FString& Path, const FString& Version)
 {
 	FRecordReader Reader;
 	if (const FString Complaint = Reader.Load(Path); !Complaint.IsEmpty())
@@ -71,11 +67,10 @@ FString FSessionReplay::Load(const FString& Path)
 	Tape = std::make_shared<FReplayTape>(MoveTemp(Reader));
 	// Texts of other widths are other pictures.
 	Tape->SetComparing(!Head.bIsMasked);
-	if (!Head.Version.Equals(TEXT(VELMORA_VERSION)))
+	if (!Head.Version.Equals(Version))
 	{
-		PrintToStandardError(
-			FString::Printf(TEXT("velmora: The recording was made by version %s; this is %s, and its pictures may differ.\n"),
-				*Head.Version, TEXT(VELMORA_VERSION)));
+		PrintToStandardError(FString::Printf(
+			TEXT("velmora: The recording was made by version %s; this is %s, and its pictures may differ.\n"), *Head.Version, *Version));
 	}
 	return FString();
 }

@@ -33,8 +33,8 @@ class FSessionReplay : public Velmora::IAgentSeam, public Velmora::IProjectFileS
 public:
 	virtual ~FSessionReplay() override;
 
-	/** Reads and checks the recording. Empty, or one sentence. */
-	FString Load(const FString& Path);
+	/** Reads and checks the recording. @param Version  Of this program. @return Empty, or one sentence. */
+	FString Load(const FString& Path, const FString& Version);
 	/** Makes the folder, moves the clock and the time zone to where the session was. While there is one thread. Empty, or one sentence. */
 	FString Begin();
 	/** Puts the user's files where they are looked for. Paths and project folder are set. */
