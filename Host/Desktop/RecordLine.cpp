@@ -50,6 +50,8 @@ namespace
 		{ ERecordKind::Exposed, "exposed", "f" },
 		{ ERecordKind::Close, "close", "f" },
 		{ ERecordKind::Do, "do", "ws" }, // What a script did without input.
+		{ ERecordKind::Clipboard, "clipboard", "s" }, // What a text box found there.
+		{ ERecordKind::CanPaste, "can-paste", "f" }, // Whether it found anything.
 		{ ERecordKind::Agent, "agent", "n" }, // Its number; 0 when none could be made.
 		{ ERecordKind::Gone, "gone", "n" },
 		{ ERecordKind::Call, "call", "nw*" }, // Agent, operation, what it was given.

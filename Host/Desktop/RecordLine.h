@@ -39,6 +39,8 @@ enum class ERecordKind : uint8
 	Exposed,
 	Close,
 	Do,
+	Clipboard,
+	CanPaste,
 	// Calls of the agent library and what it calls back.
 	Agent,
 	Gone,

@@ -394,6 +394,30 @@ int32 FReplayTape::TakeAgent()
 	return static_cast<int32>(Reader.Take().Number(0));
 }
 
+void FReplayTape::TakeClipboard(FString& Text)
+{
+	Deliver();
+	const FRecordLine* const Head = Reader.Peek();
+	if (!Head || Head->GetKind() != ERecordKind::Clipboard)
+	{
+		NoteDifference();
+		return;
+	}
+	Text = Reader.Take().Text(0);
+}
+
+void FReplayTape::TakeCanPaste(bool& bCanPaste)
+{
+	Deliver();
+	const FRecordLine* const Head = Reader.Peek();
+	if (!Head || Head->GetKind() != ERecordKind::CanPaste)
+	{
+		NoteDifference();
+		return;
+	}
+	bCanPaste = Reader.Take().Flag(0);
+}
+
 TArray<FConversationMetadata> FReplayTape::ReadList(int64 Count, TArray<FConversationMetadata>& Last)
 {
 	if (Count < 0)

@@ -53,6 +53,9 @@ public:
 	void PassCall();
 	/** Of the agent that is made here; negative when the recording has none here. */
 	int32 TakeAgent();
+	/** What a text box finds on the clipboard here; as it is where the recording does not say. */
+	void TakeClipboard(FString& Text);
+	void TakeCanPaste(bool& bCanPaste);
 	/** The list of conversations that is asked for here. */
 	TArray<Velmora::FConversationMetadata> TakeStored();
 	/** Waits until the recording has come to where such a list arrived. Workers alone; empty when it never does. */

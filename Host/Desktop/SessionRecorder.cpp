@@ -6,6 +6,7 @@
 #include "History/FileHistoryTracker.h"
 #include "Host/HostClock.h"
 #include "Host/HostInputTap.h"
+#include "Host/HostServices.h"
 #include "Host/HostTasks.h"
 #include "Misc/Paths.h"
 #include "RecordSeeds.h"
@@ -99,6 +100,9 @@ TSharedRef<IHostWindow> FSessionRecorder::Wrap(const TSharedRef<IHostWindow>& In
 	const TSharedRef<FRecordedWindow> Recorded = MakeShared<FRecordedWindow>(InWindow, Writer);
 	Window = Recorded;
 	FHostInputTap::Set(&Recorded.Get());
+	FHostServices::SetPasteSeam([this](FString& Text)
+		{ Writer->Add(MoveTemp(FRecordWords(ERecordKind::Clipboard).Text(Writer->Veil(Text)))); },
+		[this](bool& bCanPaste) { Writer->Add(MoveTemp(FRecordWords(ERecordKind::CanPaste).Flag(bCanPaste))); });
 	return Recorded;
 }
 
@@ -119,6 +123,7 @@ void FSessionRecorder::Finish()
 void FSessionRecorder::Release()
 {
 	FHostInputTap::Set(nullptr);
+	FHostServices::SetPasteSeam(nullptr, nullptr);
 	Window.Reset();
 }
 

@@ -7,6 +7,7 @@
 #include "Host/HostFileNames.h"
 #include "Host/HostFolders.h"
 #include "Host/HostInputTap.h"
+#include "Host/HostServices.h"
 #include "Host/StoreLocation.h"
 #include "RecordSeeds.h"
 #include "ReplayAgent.h"
@@ -161,6 +162,10 @@ TSharedRef<IHostWindow> FSessionReplay::Wrap(const TSharedRef<IHostWindow>& InWi
 	const TSharedRef<FReplayWindow> Shown = MakeShared<FReplayWindow>(InWindow, Head.Size, Head.Scale, Tape);
 	Window = Shown;
 	FHostInputTap::Set(&Shown.Get());
+	// The desktop's clipboard is the user's: neither read nor written.
+	FHostServices::SetClipboardHooks(nullptr, nullptr);
+	FHostServices::SetPasteSeam(
+		[this](FString& Text) { Tape->TakeClipboard(Text); }, [this](bool& bCanPaste) { Tape->TakeCanPaste(bCanPaste); });
 	return Shown;
 }
 
@@ -176,6 +181,7 @@ void FSessionReplay::Finish()
 void FSessionReplay::Release()
 {
 	FHostInputTap::Set(nullptr);
+	FHostServices::SetPasteSeam(nullptr, nullptr);
 	Window.Reset();
 }
 

@@ -60,7 +60,8 @@ TEST(Record, ASessionIsShownAgainToTheByte)
 	const FRun Run = Record(Project,
 		"type find " + Project.Symbol + "\nkey CTRL+ENTER\nwait idle 60\nscreenshot mid.png\ntick 3\ndump mid.json\n" +
 			"resize 900 600\ntick 5\ntype create notes.md with \"one\"\nkey CTRL+ENTER\nwait idle 60\nmove #SendButton\ntick 60\n" +
-			"scroll #MessageList 5\ntick 30\nkey CTRL+EQUALS\ntick 10\nclick Edit\nclick Edit Last Message\nanswer No\nwait idle 30\n" +
+			"scroll #MessageList 5\ntick 30\nkey CTRL+EQUALS\ntick 10\ntype copied\nkey CTRL+A\nkey CTRL+X\nkey CTRL+V\nright-click "
+			"#InputTextBox\nkey ESC\ntick 5\nkey CTRL+A\nkey DELETE\nclick Edit\nclick Edit Last Message\nanswer No\nwait idle 30\n" +
 			"close-tab\ntick 5\nopen-tab\ntick 30\nupdate Downloading 40\ntick 5\nupdate Ready\ntype draft @" + Project.File.substr(0, 4) +
 			"\ntick 30\n",
 		Simulated);

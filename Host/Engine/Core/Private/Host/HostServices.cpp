@@ -24,6 +24,8 @@ namespace
 		TArray<FHostLaunchRequest> LaunchRecord;
 		TFunction<void(const FString&)> Copy;
 		TFunction<void(FString&)> Paste;
+		TFunction<void(FString&)> OnPaste;
+		TFunction<void(bool&)> OnAsk;
 		FString Clipboard;
 		FHostServices::FMessageDialogHook Dialog;
 		FHostServices::FSaveFailureHook SaveFailure;
@@ -126,6 +128,33 @@ void FHostServices::ClipboardPaste(FString& OutText)
 	}
 	const std::lock_guard<std::mutex> Lock(State.Mutex);
 	OutText = State.Clipboard;
+}
+
+void FHostServices::SetPasteSeam(TFunction<void(FString&)> OnPaste, TFunction<void(bool&)> OnAsk)
+{
+	SetHook(GetServiceState().OnPaste, OnPaste);
+	SetHook(GetServiceState().OnAsk, OnAsk);
+}
+
+void FHostServices::PasteIntoBox(FString& OutText)
+{
+	ClipboardPaste(OutText);
+	if (const TFunction<void(FString&)> Hook = CopyHook(GetServiceState().OnPaste))
+	{
+		Hook(OutText);
+	}
+}
+
+bool FHostServices::CanPasteIntoBox()
+{
+	FString Text;
+	ClipboardPaste(Text);
+	bool bCanPaste = !Text.IsEmpty();
+	if (const TFunction<void(bool&)> Hook = CopyHook(GetServiceState().OnAsk))
+	{
+		Hook(bCanPaste);
+	}
+	return bCanPaste;
 }
 
 void FHostServices::SetMessageDialogHook(FMessageDialogHook Hook)

@@ -52,6 +52,16 @@ public:
 	/** Without hooks a text within the process serves as the clipboard. Both or none should be set. */
 	static void SetClipboardHooks(TFunction<void(const FString&)> Copy, TFunction<void(FString&)> Paste);
 
+	/**
+	 * Called with what text boxes find on the clipboard, and with whether there is anything, when they ask; both may put something else
+	 * in its place. Who asks by ClipboardPaste, as for a secret that no box shows, is let alone. Null for neither. Game thread.
+	 */
+	static void SetPasteSeam(TFunction<void(FString&)> OnPaste, TFunction<void(bool&)> OnAsk);
+	/** What a text box inserts. Game thread. */
+	static void PasteIntoBox(FString& OutText);
+	/** Whether a text box has anything to insert. Game thread. */
+	static bool CanPasteIntoBox();
+
 	using FMessageDialogHook = TFunction<EAppReturnType::Type(const FHostMessageDialog& Dialog)>;
 	static void SetMessageDialogHook(FMessageDialogHook Hook);
 

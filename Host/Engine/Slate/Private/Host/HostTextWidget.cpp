@@ -277,7 +277,7 @@ void SHostTextWidget::PasteText()
 	if (CanEdit())
 	{
 		FString Clipboard;
-		FHostServices::ClipboardPaste(Clipboard);
+		FHostServices::PasteIntoBox(Clipboard);
 		InsertTextAtCursor(Clipboard);
 	}
 }

@@ -557,11 +557,7 @@ FCursorReply SHostTextWidget::OnCursorQuery(const FGeometry& MyGeometry, const F
 void SHostTextWidget::OpenContextMenu(const FGeometry& Geometry, const FVector2D& Position)
 {
 	const bool bSelected = GetEditor().HasSelection();
-	FString Clipboard;
-	if (CanEdit())
-	{
-		FHostServices::ClipboardPaste(Clipboard);
-	}
+	const bool bCanPaste = CanEdit() && FHostServices::CanPasteIntoBox();
 	const TWeakPtr<SHostTextWidget> Weak = SharedThis(this);
 	const auto MakeCommand = [Weak](void (SHostTextWidget::*Command)()) -> TFunction<void()>
 	{
@@ -578,7 +574,7 @@ void SHostTextWidget::OpenContextMenu(const FGeometry& Geometry, const FVector2D
 			MakeCommand(&SHostTextWidget::CutSelectedText) },
 		{ NSLOCTEXT("HostText", "Copy", "Copy"), FText::FromString(TEXT("Ctrl+C")), FName(TEXT("Icons.Copy")), bSelected,
 			MakeCommand(&SHostTextWidget::CopySelectedText) },
-		{ NSLOCTEXT("HostText", "Paste", "Paste"), FText::FromString(TEXT("Ctrl+V")), FName(TEXT("Icons.Paste")), !Clipboard.IsEmpty(),
+		{ NSLOCTEXT("HostText", "Paste", "Paste"), FText::FromString(TEXT("Ctrl+V")), FName(TEXT("Icons.Paste")), bCanPaste,
 			MakeCommand(&SHostTextWidget::PasteText) },
 		{ NSLOCTEXT("HostText", "SelectAll", "Select All"), FText::FromString(TEXT("Ctrl+A")), FName(),
 			!GetEditor().GetDocument().IsEmpty(), MakeCommand(&SHostTextWidget::SelectAllText) },
