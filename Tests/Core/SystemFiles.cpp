@@ -261,7 +261,7 @@ TEST_F(SystemFiles, ALimitKeepsSavesInItsFolder)
 	Temp.Write("source", "s");
 	Temp.Write("only/kept", "");
 	Temp.Write("only-beside/kept", "");
-	HostLimitSaves(Temp.At(TEXT("only")));
+	HostLimitSaves(Temp.At(TEXT("./only//")));
 	EXPECT_EQ(Save(TEXT("only/new/a")), "");
 	EXPECT_EQ(Save(TEXT("only-beside/a")), Refusal);
 	EXPECT_EQ(Save(TEXT("only/../a")), Refusal);

@@ -333,7 +333,11 @@ void HostLimitSaves(const FString& Folder)
 {
 	FSaveLimit& Limit = GetSaveLimit();
 	const std::lock_guard<std::mutex> Lock(Limit.Mutex);
-	Limit.Folder = HostFileSystem::ToBytes(Folder);
+	Limit.Folder = std::filesystem::path(HostFileSystem::ToBytes(Folder)).lexically_normal().native();
+	while (Limit.Folder.size() > 1 && Limit.Folder.back() == '/')
+	{
+		Limit.Folder.pop_back();
+	}
 }
 
 bool HostMaySave(const FString& Path, FString& OutReason)
