@@ -143,7 +143,7 @@ FString FDesktopSession::Start(TFunction<void()> InOnFrame)
 	OpenTab();
 	RestoreTabs();
 	// Last, when there is something to see: the start does not wait for the desktop.
-	Access.Start(Options, bHasDisplay && !Options.HasAction());
+	Access.Start(Options, bHasDisplay && !Options.HasAction() && !Replay);
 	Host->AtEnd([this] { Access.End(); });
 	KeepDraft();
 	if (HasUser())
@@ -239,8 +239,7 @@ TSharedPtr<IHostWindow> FDesktopSession::OpenWindow()
 	const FIntPoint Size = Replay ? Replay->GetHead().Size : Options.Size;
 	Window = Window ? Window : FHostPlatform::CreateHeadlessWindow(Size, Scale).ToSharedPtr();
 	LoadUserView();
-	return FWindowZoom::Wrap(FWindowContrast::Wrap(Window.ToSharedRef()));
-	return FWindowZoom::Wrap(WrapWindow(Window.ToSharedRef()));
+	return FWindowZoom::Wrap(FWindowContrast::Wrap(WrapWindow(Window.ToSharedRef())));
 }
 
 TSharedRef<IHostWindow> FDesktopSession::WrapWindow(const TSharedRef<IHostWindow>& Window)
@@ -299,9 +298,14 @@ void FDesktopSession::RunHook()
 	}
 	PromptFocus.NoteTurn();
 	SavedFileToast.NoteTurn();
+	Access.NoteTurn();
 	if (Draft)
 	{
 		Draft->NoteTurn();
+	}
+	if (OpenTabs)
+	{
+		OpenTabs->NoteTurn();
 	}
 	if (!Replay)
 	{
@@ -341,24 +345,6 @@ void FDesktopSession::SetUpWindow()
 	Host->AtEnd([] { FHostTasks::Shutdown(); });
 	Host->AtEnd([] { Velmora::FProjectFileCacheControl::Shutdown(); });
 
-	FSlateApplication::Get().SetFrameHook(
-		[this]()
-		{
-			OnFrame();
-			PromptFocus.NoteTurn();
-			PrimarySelection.NoteTurn();
-			SavedFileToast.NoteTurn();
-			Access.NoteTurn();
-			if (Draft)
-			{
-				Draft->NoteTurn();
-			}
-			if (OpenTabs)
-			{
-				OpenTabs->NoteTurn();
-			}
-			FSimulatedTime::BeginFrame();
-		});
 	FSlateApplication::Get().SetFrameHook([this]() { RunHook(); });
 	Host->AtEnd([] { FSlateApplication::Get().SetFrameHook(nullptr); });
 }

@@ -36,6 +36,7 @@ namespace
 	constexpr FSeed Seeds[] = {
 		{ TEXT("user"), TEXT("Keys.txt"), ESeedKind::Plain, true },
 		{ TEXT("user"), TEXT("Zoom.txt"), ESeedKind::Plain, true },
+		{ TEXT("user"), TEXT("Tabs.txt"), ESeedKind::Plain, true },
 		{ TEXT("user"), TEXT("Welcome.txt"), ESeedKind::Plain, true },
 		{ TEXT("saved"), TEXT("TabState.json"), ESeedKind::Plain, false },
 		{ TEXT("draft"), TEXT("draft"), ESeedKind::Private, true },
