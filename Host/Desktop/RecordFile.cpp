@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <utility>
 
 namespace
 {
@@ -58,7 +59,27 @@ FString FRecordWriter::Open(const FString& Path)
 	return FString();
 }
 
+void FRecordWriter::Add(FRecordWords&& Words)
+{
+	const ERecordKind Kind = Words.GetKind();
+	if (OnHandOver && (Kind == ERecordKind::Return || Kind == ERecordKind::Callback))
+	{
+		OnHandOver();
+	}
+	bMarksDriver = bMarksDriver && Kind != ERecordKind::Turn;
+	AddLines(Words.GetLine());
+}
+
 void FRecordWriter::AddLines(const std::string& Lines)
+{
+	if (std::exchange(bMarksDriver, false))
+	{
+		Write(FRecordWords(ERecordKind::Driver).GetLine());
+	}
+	Write(Lines);
+}
+
+void FRecordWriter::Write(const std::string& Lines)
 {
 	if (!File.IsOpen())
 	{

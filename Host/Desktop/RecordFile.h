@@ -3,6 +3,7 @@
 #include "CoreMinimal.h"
 #include "Host/FileDescriptor.h"
 #include "RecordLine.h"
+#include "Templates/Function.h"
 
 /**
  * A recording that is being written. Each line is with the system before what it tells of is done, so that a crash leaves everything
@@ -23,9 +24,13 @@ public:
 	/** Makes the file anew, for the user alone. Empty, or one sentence. */
 	FString Open(const FString& Path);
 	/** Nothing happens once it has ended, for whatever reason. */
-	void Add(FRecordWords&& Words) { AddLines(Words.GetLine()); }
+	void Add(FRecordWords&& Words);
 	/** Lines that make no sense without each other. */
 	void AddLines(const std::string& Lines);
+	/** The turn is over. Written before the next line, unless that begins another turn. */
+	void MarkDriver() { bMarksDriver = true; }
+	/** Called before a line that hands over an answer or calls back: what whoever gets it may look at next stands before that line. */
+	void SetOnHandOver(TFunction<void()> InOnHandOver) { OnHandOver = MoveTemp(InOnHandOver); }
 	/** The last line; none is written afterwards. */
 	void Finish();
 	bool IsOpen() const { return File.IsOpen(); }
@@ -36,10 +41,13 @@ public:
 	FString Veil(FStringView Text) const;
 
 private:
+	void Write(const std::string& Lines);
 	void End(FRecordWords&& Last);
 
 	const bool bMasks;
 	int64 BytesLeft;
+	bool bMarksDriver = false;
+	TFunction<void()> OnHandOver;
 	FFileDescriptor File;
 };
 

@@ -33,6 +33,7 @@ namespace
 		{ ERecordKind::Begin, "begin", "" },
 		{ ERecordKind::Turn, "t", "r" }, // Seconds since the start.
 		{ ERecordKind::Frame, "frame", "" }, // The turn had one.
+		{ ERecordKind::Driver, "driver", "" }, // The turn is over: what follows comes between two of them.
 		{ ERecordKind::At, "at", "r" }, // The same for what follows within the turn.
 		{ ERecordKind::Size, "size", "nnrf" }, // In pixels, scale, whether the window can be seen.
 		{ ERecordKind::Paint, "paint", "rrrrn" }, // What was painted, and the number of elements.
@@ -223,8 +224,9 @@ namespace
 	}
 }
 
-FRecordWords::FRecordWords(ERecordKind Kind)
-	: Line(GetForm(Kind).Word)
+FRecordWords::FRecordWords(ERecordKind InKind)
+	: Kind(InKind)
+	, Line(GetForm(InKind).Word)
 {
 }
 

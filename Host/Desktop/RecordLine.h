@@ -21,6 +21,7 @@ enum class ERecordKind : uint8
 	// A turn of the loop, the time and the window.
 	Turn,
 	Frame,
+	Driver,
 	At,
 	Size,
 	Paint,
@@ -84,7 +85,8 @@ enum class ERecordKind : uint8
 class FRecordWords
 {
 public:
-	explicit FRecordWords(ERecordKind Kind);
+	explicit FRecordWords(ERecordKind InKind);
+	ERecordKind GetKind() const { return Kind; }
 	/** Any UTF-16 text, lone surrogates too. */
 	FRecordWords& Text(FStringView Value);
 	/** A name without blanks. */
@@ -97,6 +99,7 @@ public:
 	const std::string& GetLine();
 
 private:
+	ERecordKind Kind;
 	std::string Line;
 };
 

@@ -163,6 +163,7 @@ bool FReplayWindow::PlayNext()
 		TakeSize(Line);
 		break;
 	case ERecordKind::Frame:
+	case ERecordKind::Driver:
 		break;
 	case ERecordKind::Do:
 		if (Do)
@@ -194,8 +195,8 @@ void FReplayWindow::Drive()
 		Tape->Deliver();
 		const FRecordLine* const Head = Reader.Peek();
 		const bool bIsDriven = Head && (Head->GetKind() == ERecordKind::Do || (IsEvent(Head->GetKind()) && !Head->Flag(0)));
-		const bool bIsFrame = Head && Head->GetKind() == ERecordKind::Frame;
-		if (!bIsDriven && !bIsFrame)
+		const bool bIsBorder = Head && (Head->GetKind() == ERecordKind::Frame || Head->GetKind() == ERecordKind::Driver);
+		if (!bIsDriven && !bIsBorder)
 		{
 			return;
 		}

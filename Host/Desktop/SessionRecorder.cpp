@@ -91,6 +91,8 @@ void FSessionRecorder::Begin(const FDesktopOptions& Options, bool bHasUser, bool
 	}
 	RecordSeeds::Write(*Writer, bHasUser);
 	Writer->Add(FRecordWords(ERecordKind::Begin));
+	// Lists of changes are read anew when a call returns.
+	Writer->SetOnHandOver([this] { NoteOperations(); });
 	NoteGate();
 	GateHandle = FUpdateGate::Get().OnStateChanged().AddLambda([this](Velmora::EUpdateGateState) { NoteGate(); });
 }
@@ -112,6 +114,7 @@ void FSessionRecorder::Finish()
 	{
 		Window->NoteFrame();
 	}
+	Writer->SetOnHandOver(nullptr);
 	Writer->Finish();
 	if (GateHandle.IsValid())
 	{
@@ -149,6 +152,7 @@ void FSessionRecorder::NoteTurn()
 {
 	Window->NoteFrame();
 	NoteOperations();
+	Writer->MarkDriver();
 }
 
 void FSessionRecorder::NoteGate()
