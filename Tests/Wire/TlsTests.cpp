@@ -1,14 +1,21 @@
 #include "Model/ChatCompletions.h"
 #include "Model/ModelClient.h"
+#include "ReplyDump.h"
 #include "Support/Base/TempFolder.h"
+#include "Support/Peer/ScriptedPeer.h"
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <future>
+#include <iterator>
+#include <poll.h>
+#include <thread>
 
 // A server with certificates made for the test, by the openssl program.
 
@@ -16,6 +23,9 @@ using namespace Velmora;
 
 namespace
 {
+	/** Without the first it takes letters at the beginning of what is sent for commands; the second has it say where it listens. */
+	const char* const SendsWhatIsWritten = "-quiet -debug -naccept 1";
+
 	class FTlsTest : public testing::Test
 	{
 	protected:
@@ -36,20 +46,6 @@ namespace
 				"-subj '/CN=Another authority' && mkdir v1";
 			ASSERT_EQ(std::system(Make.c_str()), 0) << Make;
 			std::ofstream(Folder.AtBytes("v1/models")) << R"({"data":[{"id":"far","max_model_len":4096}]})";
-
-			// The shell says its number before it becomes the server.
-			const std::string Serve = "cd '" + Folder.AtBytes("") +
-				"' && echo $$ && exec openssl s_server -WWW -accept 127.0.0.1:0 -cert server.pem -key server.key 2>/dev/null";
-			Server = popen(Serve.c_str(), "r");
-			ASSERT_NE(Server, nullptr);
-			char Line[256];
-			while (Port == 0 && std::fgets(Line, sizeof(Line), Server))
-			{
-				Process = Process == 0 ? std::atoi(Line) : Process;
-				const std::string Said = Line;
-				Port = Said.rfind("ACCEPT ", 0) == 0 ? std::atoi(Said.substr(Said.rfind(':') + 1).c_str()) : 0;
-			}
-			ASSERT_NE(Port, 0) << "it does not say where it listens";
 		}
 
 		void TearDown() override
@@ -64,12 +60,70 @@ namespace
 			}
 		}
 
-		/** What the server lists, or the words for the user. */
-		std::string List(const char* Host, const std::string& CaFile) const
+		/** Starts the server, which sends what is written to Server, or files. What it says, the request among it, goes to a file. */
+		void Serve(const char* Options)
+		{
+			// One that is gone is not written to.
+			signal(SIGPIPE, SIG_IGN);
+			// The shell says its number before it becomes the server.
+			const std::string Command = "cd '" + Folder.AtBytes("") +
+				"' && echo PROCESS $$ > said && exec openssl s_server -accept 127.0.0.1:0 -cert server.pem -key server.key " + Options +
+				" >> said 2>/dev/null";
+			Server = popen(Command.c_str(), "w");
+			ASSERT_NE(Server, nullptr);
+			ASSERT_TRUE(WaitUntilSaid("\nACCEPT ")) << "it does not say where it listens";
+			const std::string Said = ReadSaid();
+			Process = std::atoi(Said.c_str() + Said.find(' '));
+			Port = std::atoi(Said.c_str() + Said.find(':', Said.find("\nACCEPT ")) + 1);
+			ASSERT_NE(Port, 0) << Said;
+		}
+
+		std::string ReadSaid() const
+		{
+			std::ifstream File(Folder.AtBytes("said"), std::ios::binary);
+			return std::string(std::istreambuf_iterator<char>(File), {});
+		}
+
+		bool WaitUntilSaid(const char* Part) const
+		{
+			for (int Try = 0; Try < 2000; ++Try)
+			{
+				// The line must be there with its end.
+				const std::string Said = ReadSaid();
+				const size_t Place = Said.find(Part);
+				if (Place != std::string::npos && Said.find('\n', Place + 1) != std::string::npos)
+				{
+					return true;
+				}
+				std::this_thread::sleep_for(std::chrono::milliseconds(5));
+			}
+			return false;
+		}
+
+		bool WaitUntilGone() const
+		{
+			pollfd Pipe = { fileno(Server), 0, 0 };
+			return poll(&Pipe, 1, 10'000) == 1 && (Pipe.revents & POLLERR) != 0;
+		}
+
+		void Send(const std::string& Bytes) const
+		{
+			std::fwrite(Bytes.data(), 1, Bytes.size(), Server);
+			std::fflush(Server);
+		}
+
+		FModelServer MakeServer(const char* Host, const std::string& CaFile) const
 		{
 			FModelServer Asked;
 			Asked.BaseUrl = std::string("https://") + Host + ':' + std::to_string(Port) + "/v1";
 			Asked.CaFile = CaFile.empty() ? std::string() : Folder.AtBytes(CaFile);
+			return Asked;
+		}
+
+		/** What the server lists, or the words for the user. */
+		std::string List(const char* Host, const std::string& CaFile) const
+		{
+			const FModelServer Asked = MakeServer(Host, CaFile);
 			const FChatCompletions Dialect;
 			FModelClient Client(Dialect, Asked);
 			std::vector<FModelInfo> Models;
@@ -91,6 +145,7 @@ namespace
 
 TEST_F(FTlsTest, OnlyAServerThatIsVouchedForUnderItsNameIsTrusted)
 {
+	ASSERT_NO_FATAL_FAILURE(Serve("-WWW"));
 	EXPECT_EQ(List("localhost", "ca.pem"), "far");
 	struct FCase
 	{
@@ -106,4 +161,66 @@ TEST_F(FTlsTest, OnlyAServerThatIsVouchedForUnderItsNameIsTrusted)
 		EXPECT_NE(Words.find("certificate"), std::string::npos) << Words;
 	}
 	EXPECT_NE(List("localhost", "missing.pem"), "far");
+}
+
+TEST_F(FTlsTest, AnAnswerIsStreamedPieceByPiece)
+{
+	ASSERT_NO_FATAL_FAILURE(Serve(SendsWhatIsWritten));
+	constexpr int Pieces = 5000;
+	std::vector<std::string> Datas;
+	std::string Whole;
+	for (int Index = 0; Index < Pieces; ++Index)
+	{
+		const std::string Piece = std::to_string(Index) + " \u00e4\n";
+		Datas.push_back(PeerText::Say(Piece));
+		Whole += Piece;
+	}
+	Datas.push_back(PeerText::Chunk("{}", "stop"));
+	Datas.push_back("[DONE]");
+	std::promise<void> FirstIsThere;
+	std::thread Peer(
+		[&]
+		{
+			EXPECT_TRUE(WaitUntilSaid("POST /v1/chat/completions"));
+			const std::string Stream = PeerText::Stream(Datas);
+			// The first pieces are told before the rest is sent.
+			const size_t Half = Stream.size() / 2;
+			Send(Stream.substr(0, Half));
+			EXPECT_EQ(FirstIsThere.get_future().wait_for(std::chrono::seconds(10)), std::future_status::ready);
+			Send(Stream.substr(Half));
+		});
+	const FChatCompletions Dialect;
+	FModelClient Client(Dialect, MakeServer("localhost", "ca.pem"));
+	std::string Told;
+	const FModelReply Reply = Client.Ask(FModelRequest(),
+		[&](const FReplyPiece& Piece)
+		{
+			if (Told.empty())
+			{
+				FirstIsThere.set_value();
+			}
+			Told += Piece.Bytes;
+		});
+	Peer.join();
+	EXPECT_FALSE(Reply.Problem) << WireTests::Dump(Reply).substr(0, 400);
+	EXPECT_TRUE(Reply.Text == Whole) << Reply.Text.size();
+	EXPECT_TRUE(Told == Whole) << Told.size();
+}
+
+TEST_F(FTlsTest, CancelInMidStreamClosesTheConnection)
+{
+	ASSERT_NO_FATAL_FAILURE(Serve(SendsWhatIsWritten));
+	const FChatCompletions Dialect;
+	FModelClient Client(Dialect, MakeServer("localhost", "ca.pem"));
+	std::promise<void> IsStreaming;
+	FModelReply Reply;
+	std::thread Worker([&] { Reply = Client.Ask(FModelRequest(), [&](const FReplyPiece&) { IsStreaming.set_value(); }); });
+	EXPECT_TRUE(WaitUntilSaid("POST /v1/chat/completions"));
+	Send(PeerText::StreamHead() + PeerText::Events({ PeerText::Say("half ") }));
+	EXPECT_EQ(IsStreaming.get_future().wait_for(std::chrono::seconds(10)), std::future_status::ready);
+	Client.Cancel();
+	Worker.join();
+	EXPECT_EQ(WireTests::Dump(Reply), "Missing 'half ' !Cancelled");
+	// It takes one connection, and ends with that.
+	EXPECT_TRUE(WaitUntilGone());
 }
