@@ -205,6 +205,8 @@ TEST(ModelClient, AServerMayDoAnything)
 		R"("type":"function","function":{"name":"a","arguments":"{}"}},{"id":"c2","type":"function",)"
 		R"("function":{"name":"b","arguments":"{}"}}]},"finish_reason":"tool_calls"}]})";
 	const std::string Events1 = Events({ Say("Half") });
+	const std::string Filler(992, 'x'); // Eight bytes of a key would be left.
+	const std::string LongReply = "Missing '' !Refused '" + Filler + "[key]'";
 	struct FCase
 	{
 		const char* Why;
@@ -257,6 +259,8 @@ TEST(ModelClient, AServerMayDoAnything)
 				R"({"error":{"message":"Incorrect API key provided: key-0123456789.",)"
 				R"("type":"invalid_request_error","code":"invalid_api_key"}})"),
 			"Missing '' !Refused 'Incorrect API key provided: [key].'" },
+		{ "the key where a long sentence is cut", Json("401 No", R"({"error":{"message":")" + Filler + R"(key-0123456789"}})"),
+			LongReply.c_str() },
 		{ "forbidden, as a page", Answer("403 Forbidden", "text/html", "<html>no</html>"), "Missing '' !Refused" },
 		{ "no such model", Json("404 Not Found", R"({"error":{"message":"model 'm' not found"}})"),
 			"Missing '' !NotFound 'model 'm' not found'" },
