@@ -295,19 +295,20 @@ namespace Velmora
 		{
 			return false;
 		}
-		OutDifference.Mode = Info.st_mode & 0777;
-		OutDifference.bSetsMode = bWasFile && Known->second.Mode != OutDifference.Mode;
+		OutDifference.Content.Mode = Info.st_mode & 0777;
+		OutDifference.Content.bSetsMode = bWasFile && Known->second.Mode != OutDifference.Content.Mode;
 		// As the project's own user a file that nobody may read can still be taken over.
 		chmod((Folder + '/' + Path).c_str(), 0600);
-		if (static_cast<uint64_t>(Info.st_size) > FChangeJournal::MaxFileBytes || !ReadWhole(Folder + '/' + Path, OutDifference.Bytes))
+		if (static_cast<uint64_t>(Info.st_size) > FChangeJournal::MaxFileBytes ||
+			!ReadWhole(Folder + '/' + Path, OutDifference.Content.Bytes))
 		{
 			OutNote = "it is too large";
 			return false;
 		}
 		// Written again, and as it was?
 		std::string Original;
-		return OutDifference.bSetsMode || Known == Copied.end() || !ReadWhole(Root + '/' + Path, Original) ||
-			Original != OutDifference.Bytes;
+		return OutDifference.Content.bSetsMode || Known == Copied.end() || !ReadWhole(Root + '/' + Path, Original) ||
+			Original != OutDifference.Content.Bytes;
 	}
 
 	std::string FProjectCopy::RefuseLink(const std::string& Path, const std::string& Target)
@@ -334,12 +335,12 @@ namespace Velmora
 	bool FProjectCopy::CompareLink(const std::string& Path, FDifference& OutDifference, std::string& OutNote) const
 	{
 		const auto Known = Copied.find(Path);
-		OutDifference.LinkTarget = ReadLink(Folder + '/' + Path);
-		if (Known != Copied.end() && Known->second.bIsLink && Known->second.LinkTarget == OutDifference.LinkTarget)
+		OutDifference.Content.LinkTarget = ReadLink(Folder + '/' + Path);
+		if (Known != Copied.end() && Known->second.bIsLink && Known->second.LinkTarget == OutDifference.Content.LinkTarget)
 		{
 			return false;
 		}
-		OutNote = RefuseLink(Path, OutDifference.LinkTarget);
+		OutNote = RefuseLink(Path, OutDifference.Content.LinkTarget);
 		return OutNote.empty();
 	}
 
@@ -355,8 +356,8 @@ namespace Velmora
 			OutNote = "undo does not know the mode of folders";
 		}
 		std::error_code Error;
-		OutDifference.bIsFolder = Known == CopiedFolders.end() && Files::is_empty(Copy, Error) && !Error;
-		return OutDifference.bIsFolder;
+		OutDifference.Content.bIsFolder = Known == CopiedFolders.end() && Files::is_empty(Copy, Error) && !Error;
+		return OutDifference.Content.bIsFolder;
 	}
 
 	bool FProjectCopy::FindDifferences(std::vector<FDifference>& OutDifferences, std::vector<std::string>& OutNotes) const
@@ -392,7 +393,7 @@ namespace Velmora
 				{
 					return EVisit::Continue;
 				}
-				Bytes += Difference.Bytes.size();
+				Bytes += Difference.Content.Bytes.size();
 				OutDifferences.push_back(std::move(Difference));
 				return Bytes > MaxAppliedBytes || OutDifferences.size() > MaxAppliedFiles ? EVisit::Stop : EVisit::Continue;
 			});
@@ -403,7 +404,7 @@ namespace Velmora
 				// Deletions first, so that a folder can take the place of a file.
 				FDifference Deletion;
 				Deletion.Path = Path;
-				Deletion.bIsDeletion = true;
+				Deletion.Content.bIsDeletion = true;
 				OutDifferences.insert(OutDifferences.begin(), std::move(Deletion));
 			}
 		}
@@ -439,12 +440,7 @@ namespace Velmora
 						  {
 							  return "somebody else has changed it while the command ran";
 						  }
-						  OutContent.bIsDeletion = Difference.bIsDeletion;
-						  OutContent.Bytes = std::move(Difference.Bytes);
-						  OutContent.Mode = Difference.Mode;
-						  OutContent.bSetsMode = Difference.bSetsMode;
-						  OutContent.LinkTarget = Difference.LinkTarget;
-						  OutContent.bIsFolder = Difference.bIsFolder;
+						  OutContent = std::move(Difference.Content);
 						  return std::string();
 					  });
 			if (Problem.empty())

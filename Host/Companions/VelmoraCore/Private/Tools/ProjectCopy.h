@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Changes/ChangeJournal.h"
+
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -10,8 +12,6 @@
 
 namespace Velmora
 {
-	class FChangeJournal;
-
 	/** How the files of a project are seen by a command. Paths are relative bytes. */
 	struct FProjectPlan
 	{
@@ -86,21 +86,11 @@ namespace Velmora
 			int64_t ChangeTime = 0;
 		};
 
+		/** What the command has made of a file. */
 		struct FDifference
 		{
 			std::string Path;
-			bool bIsDeletion = false;
-			std::string Bytes;
-			uint32_t Mode = 0;
-
-			/** The command has set it. */
-			bool bSetsMode = false;
-
-			/** Of what is now a link. */
-			std::string LinkTarget;
-
-			/** A folder with nothing in it. */
-			bool bIsFolder = false;
+			FNewContent Content;
 		};
 
 		std::string CopyFile(const std::string& Path);
