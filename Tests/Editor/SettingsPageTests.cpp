@@ -206,32 +206,47 @@ TEST_F(FSettingsPageTest, EveryFieldGoesBackToItsDefault)
 	Open();
 	Resize(1280, 1400);
 	PumpFrame();
-	const std::tuple<const char*, const char*, const char*> Cases[] = {
-		{ "MaxCount", "7", "5" },
-		{ "Offset", "no number", "-3" },
-		{ "SpeedOfTurn", "0.25", "0.5" },
-		{ "ProjectDescription", "second", "first" },
-		{ "Folders", "x", "a\nb" },
-		{ "OutputFolder", "/tmp", "/" },
+	struct FCase
+	{
+		const char* Tag;
+		const char* Entered;
+		const char* Default;
+		/** A text of one's own. */
+		bool bIsAsked;
 	};
-	TArray<EAppReturnType::Type> Answers = { EAppReturnType::No };
+	const FCase Cases[] = {
+		{ "MaxCount", "7", "5", false },
+		{ "Offset", "no number", "-3", false },
+		{ "SpeedOfTurn", "0.25", "0.5", false },
+		{ "ProjectDescription", "second", "first", true },
+		{ "Folders", "x", "a\nb", true },
+		{ "OutputFolder", "/tmp", "/", false },
+	};
+	int32 Questions = 0;
+	EAppReturnType::Type Answer = EAppReturnType::No;
 	FHostServices::SetMessageDialogHook(
-		[&Answers](const FHostMessageDialog&) { return Answers.Num() > 1 ? EAppReturnType::Yes : Answers[0]; });
-	for (const auto& [Tag, Entered, Default] : Cases)
+		[&Questions, &Answer](const FHostMessageDialog&)
+		{
+			++Questions;
+			return Answer;
+		});
+	for (const auto& [Tag, Entered, Default, bIsAsked] : Cases)
 	{
 		SCOPED_TRACE(Tag);
 		const std::string Button = std::string("Default.") + Tag;
 		EXPECT_FALSE(FWidgetFinder::FindByTag(FName(Button.c_str()))) << "nothing to go back to";
 		Enter(Tag, Entered);
+		Questions = 0;
+		Answer = EAppReturnType::No;
 		Click(FindByTag(Button.c_str()));
 		PumpFrame();
-		if (GetText(Tag) == Entered)
+		EXPECT_EQ(Questions, bIsAsked ? 1 : 0);
+		if (bIsAsked)
 		{
-			// A text of one's own is asked for first.
-			Answers.Add(EAppReturnType::Yes);
+			EXPECT_EQ(GetText(Tag), Entered) << "the answer was no";
+			Answer = EAppReturnType::Yes;
 			Click(FindByTag(Button.c_str()));
 			PumpFrame();
-			Answers.SetNum(1);
 		}
 		EXPECT_EQ(GetText(Tag), Default);
 		EXPECT_FALSE(FWidgetFinder::FindByTag(FName(Button.c_str())));

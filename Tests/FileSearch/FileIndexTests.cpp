@@ -186,13 +186,13 @@ TEST(FileSearch, RanksFilesAndTellsEqualsApart)
 TEST(FileSearch, LetterCaseDecidesBetweenFilesThatDifferInNothingElse)
 {
 	FTemporaryProject Project;
-	for (const char* const Path : { "d/aB.h", "d/ab.h", "d/Ab.h", "e/ab.h", "D/AB.h" })
+	for (const char* const Path : { "d/aB.h", "d/ab.h", "d/Ab.h", "e/ab.h", "D/AB.h", "f/AB.h" })
 	{
 		Project.Write(Path, "x");
 	}
 	Scan();
-	EXPECT_EQ(Search("ab"), (std::vector<std::string>{ "D/AB.h", "d/Ab.h", "d/aB.h", "d/ab.h", "e/ab.h" }));
-	EXPECT_EQ(Search("AB", 2), (std::vector<std::string>{ "D/AB.h", "d/Ab.h" }));
+	EXPECT_EQ(Search("ab"), (std::vector<std::string>{ "D/AB.h", "f/AB.h", "d/Ab.h", "d/aB.h", "d/ab.h", "e/ab.h" }));
+	EXPECT_EQ(Search("AB", 2), (std::vector<std::string>{ "D/AB.h", "f/AB.h" }));
 }
 
 TEST(FileSearchModel, SearchesOnceForEachNewQueryAndTellsOfEveryChange)
