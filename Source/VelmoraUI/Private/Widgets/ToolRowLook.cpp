@@ -6,6 +6,20 @@
 #include "Widgets/SBoxPanel.h"
 #include "Widgets/Text/STextBlock.h"
 
+namespace
+{
+	TSharedRef<SWidget> MakeToolMark(
+		const TAttribute<const FSlateBrush*>& Icon, const TAttribute<FSlateColor>& Color, const TOptional<FVector2D>& Size)
+	{
+		// clang-format off
+		return SNew(SImage)
+			.Image(Icon)
+			.ColorAndOpacity(Color)
+			.DesiredSizeOverride(Size);
+		// clang-format on
+	}
+}
+
 FString FToolRowLook::MakeLabel(const FChatMessage& Message)
 {
 	if (Message.ToolActionVerb.IsEmpty())
@@ -63,10 +77,7 @@ TSharedRef<SWidget> FToolRowLook::MakeRow(const FChatMessage& Message, const FTo
 		.VAlign(VAlign_Center)
 		.Padding(0.0f, 0.0f, 8.0f, 0.0f)
 		[
-			SNew(SImage)
-			.Image(FAppStyle::GetBrush("Icons.FilledCircle"))
-			.ColorAndOpacity(FSlateColor(ReadColor(Message.ToolColor)))
-			.DesiredSizeOverride(FVector2D(8.0, 8.0))
+			MakeToolMark(FAppStyle::GetBrush("Icons.FilledCircle"), FSlateColor(ReadColor(Message.ToolColor)), FVector2D(8.0, 8.0))
 		]
 		+ SHorizontalBox::Slot()
 		.FillWidth(1.0f)
@@ -83,10 +94,7 @@ TSharedRef<SWidget> FToolRowLook::MakeRow(const FChatMessage& Message, const FTo
 		.VAlign(VAlign_Center)
 		.Padding(Shape.StatusPadding)
 		[
-			SNew(SImage)
-			.Image(Shape.StatusIcon)
-			.ColorAndOpacity(Shape.StatusColor)
-			.DesiredSizeOverride(Shape.StatusSize)
+			MakeToolMark(Shape.StatusIcon, Shape.StatusColor, Shape.StatusSize)
 		]
 		+ SHorizontalBox::Slot()
 		.AutoWidth()
