@@ -18,7 +18,7 @@ FModifierKeysState UnpackModifiers(int64 Bits)
 }
 
 FRecordedWindow::FRecordedWindow(const TSharedRef<IHostWindow>& InWindow, const std::shared_ptr<FRecordWriter>& InWriter)
-	: Window(InWindow)
+	: FForwardingWindow(InWindow)
 	, Writer(InWriter)
 	, NotedSize(InWindow->GetPixelSize())
 	, NotedScale(InWindow->GetScale())
@@ -96,12 +96,48 @@ void FRecordedWindow::PaintAndPresent(const FSlateWindowElementList& Elements, c
 	Window->PaintAndPresent(Elements, Damage);
 }
 
-FRecordWords FRecordedWindow::Event(ERecordKind Kind) const
+FRecordWords FRecordedWindow::MakeLine(const FHostInput& Input) const
 {
-	return MoveTemp(FRecordWords(Kind).Flag(bPumps));
+	FRecordWords Words(Input.Kind);
+	Words.Flag(bPumps);
+	// Fields stand in the order of the kind's form.
+	switch (Input.Kind)
+	{
+	case ERecordKind::Down:
+	case ERecordKind::Up:
+		Words.Word((Writer->Masks() ? FRecordMask::MaskKey(Input.Key, Input.Modifiers) : Input.Key).ToString());
+		break;
+	case ERecordKind::Press:
+	case ERecordKind::Release:
+		Words.Word(Input.Key.ToString()).Real(Input.Position.X).Real(Input.Position.Y);
+		break;
+	case ERecordKind::Move:
+		Words.Real(Input.Position.X).Real(Input.Position.Y);
+		break;
+	case ERecordKind::Wheel:
+		Words.Real(Input.Delta.X).Real(Input.Delta.Y).Real(Input.Position.X).Real(Input.Position.Y);
+		break;
+	case ERecordKind::Text:
+		Words.Text(Writer->Veil(Input.Text));
+		return Words;
+	case ERecordKind::Preedit:
+		Words.Text(Writer->Veil(Input.Text)).Number(Input.Cursor);
+		return Words;
+	case ERecordKind::Active:
+		Words.Flag(Input.bFlag);
+		return Words;
+	default:
+		return Words;
+	}
+	Words.Number(PackModifiers(Input.Modifiers));
+	if (Input.Kind == ERecordKind::Down)
+	{
+		Words.Flag(Input.bFlag);
+	}
+	return Words;
 }
 
-void FRecordedWindow::Enter(FRecordWords&& Words, TFunctionRef<void(IHostMessageHandler&)> HandOn)
+void FRecordedWindow::Enter(const FHostInput& Input)
 {
 	if (Depth == 0)
 	{
@@ -117,84 +153,9 @@ void FRecordedWindow::Enter(FRecordWords&& Words, TFunctionRef<void(IHostMessage
 			NotedTime = Time;
 			Writer->Add(MoveTemp(FRecordWords(ERecordKind::At).Real(Time)));
 		}
-		Writer->Add(MoveTemp(Words));
+		Writer->Add(MakeLine(Input));
 	}
 	++Depth;
-	HandOn(FHostInputTap::GetApplication());
+	Input.Give(FHostInputTap::GetApplication());
 	--Depth;
-}
-
-void FRecordedWindow::OnKeyDown(const FKey& Key, const FModifierKeysState& Modifiers, bool bRepeat)
-{
-	const FKey Noted = Writer->Masks() ? FRecordMask::MaskKey(Key, Modifiers) : Key;
-	Enter(MoveTemp(Event(ERecordKind::Down).Word(Noted.ToString()).Number(PackModifiers(Modifiers)).Flag(bRepeat)),
-		[&](IHostMessageHandler& Next) { Next.OnKeyDown(Key, Modifiers, bRepeat); });
-}
-
-void FRecordedWindow::OnKeyUp(const FKey& Key, const FModifierKeysState& Modifiers)
-{
-	const FKey Noted = Writer->Masks() ? FRecordMask::MaskKey(Key, Modifiers) : Key;
-	Enter(MoveTemp(Event(ERecordKind::Up).Word(Noted.ToString()).Number(PackModifiers(Modifiers))),
-		[&](IHostMessageHandler& Next) { Next.OnKeyUp(Key, Modifiers); });
-}
-
-void FRecordedWindow::OnTextInput(FStringView Text)
-{
-	Enter(MoveTemp(Event(ERecordKind::Text).Text(Writer->Veil(Text))), [&](IHostMessageHandler& Next) { Next.OnTextInput(Text); });
-}
-
-void FRecordedWindow::OnPreedit(FStringView Text, int32 Cursor)
-{
-	Enter(MoveTemp(Event(ERecordKind::Preedit).Text(Writer->Veil(Text)).Number(Cursor)),
-		[&](IHostMessageHandler& Next) { Next.OnPreedit(Text, Cursor); });
-}
-
-void FRecordedWindow::OnMouseMove(const FVector2D& Position, const FModifierKeysState& Modifiers)
-{
-	Enter(MoveTemp(Event(ERecordKind::Move).Real(Position.X).Real(Position.Y).Number(PackModifiers(Modifiers))),
-		[&](IHostMessageHandler& Next) { Next.OnMouseMove(Position, Modifiers); });
-}
-
-void FRecordedWindow::OnMouseDown(const FKey& Button, const FVector2D& Position, const FModifierKeysState& Modifiers)
-{
-	Enter(MoveTemp(Event(ERecordKind::Press).Word(Button.ToString()).Real(Position.X).Real(Position.Y).Number(PackModifiers(Modifiers))),
-		[&](IHostMessageHandler& Next) { Next.OnMouseDown(Button, Position, Modifiers); });
-}
-
-void FRecordedWindow::OnMouseUp(const FKey& Button, const FVector2D& Position, const FModifierKeysState& Modifiers)
-{
-	Enter(MoveTemp(Event(ERecordKind::Release).Word(Button.ToString()).Real(Position.X).Real(Position.Y).Number(PackModifiers(Modifiers))),
-		[&](IHostMessageHandler& Next) { Next.OnMouseUp(Button, Position, Modifiers); });
-}
-
-void FRecordedWindow::OnMouseWheel(const FVector2D& Delta, const FVector2D& Position, const FModifierKeysState& Modifiers)
-{
-	Enter(
-		MoveTemp(Event(ERecordKind::Wheel).Real(Delta.X).Real(Delta.Y).Real(Position.X).Real(Position.Y).Number(PackModifiers(Modifiers))),
-		[&](IHostMessageHandler& Next) { Next.OnMouseWheel(Delta, Position, Modifiers); });
-}
-
-void FRecordedWindow::OnMouseLeave()
-{
-	Enter(Event(ERecordKind::Leave), [](IHostMessageHandler& Next) { Next.OnMouseLeave(); });
-}
-
-void FRecordedWindow::OnWindowResized()
-{
-	Enter(Event(ERecordKind::Resized), [](IHostMessageHandler& Next) { Next.OnWindowResized(); });
-}
-
-void FRecordedWindow::OnWindowActivated(bool bActive)
-{
-	Enter(MoveTemp(Event(ERecordKind::Active).Flag(bActive)), [&](IHostMessageHandler& Next) { Next.OnWindowActivated(bActive); });
-}
-
-void FRecordedWindow::OnWindowExposed()
-{
-	Enter(Event(ERecordKind::Exposed), [](IHostMessageHandler& Next) { Next.OnWindowExposed(); });
-}
-
-void FRecordedWindow::OnCloseRequested()
-{
-	Enter(Event(ERecordKind::Close), [](IHostMessageHandler& Next) { Next.OnCloseRequested(); });
 }

@@ -29,33 +29,72 @@ namespace
 		return FVector2D(FMath::Clamp(Line.Real(First), -Largest, Largest), FMath::Clamp(Line.Real(First + 1), -Largest, Largest));
 	}
 
-	/** Of what the platform has, what counts in a replay. */
-	class FScreenEvents : public IHostMessageHandler
+	/** Reads it from its line. */
+	FHostInput ReadInput(const FRecordLine& Line)
 	{
-	public:
-		virtual void OnKeyDown(const FKey&, const FModifierKeysState&, bool) override {}
-		virtual void OnKeyUp(const FKey&, const FModifierKeysState&) override {}
-		virtual void OnTextInput(FStringView) override {}
-		virtual void OnPreedit(FStringView, int32) override {}
-		virtual void OnMouseMove(const FVector2D&, const FModifierKeysState&) override {}
-		virtual void OnMouseDown(const FKey&, const FVector2D&, const FModifierKeysState&) override {}
-		virtual void OnMouseUp(const FKey&, const FVector2D&, const FModifierKeysState&) override {}
-		virtual void OnMouseWheel(const FVector2D&, const FVector2D&, const FModifierKeysState&) override {}
-		virtual void OnMouseLeave() override {}
-		virtual void OnWindowResized() override { OnWindowExposed(); }
-		virtual void OnWindowActivated(bool) override {}
-		virtual void OnWindowExposed() override
+		FHostInput Input;
+		Input.Kind = Line.GetKind();
+		switch (Input.Kind)
 		{
-			FHostInputTap::GetApplication().OnWindowExposed();
-			FSlateApplication::Get().RequestFrame();
+		case ERecordKind::Down:
+		case ERecordKind::Up:
+			Input.Key = FKey(FName(UTF8_TO_TCHAR(Line.Word(1).c_str())));
+			Input.Modifiers = UnpackModifiers(Line.Number(2));
+			Input.bFlag = Input.Kind == ERecordKind::Down && Line.Flag(3);
+			break;
+		case ERecordKind::Press:
+		case ERecordKind::Release:
+			Input.Key = FKey(FName(UTF8_TO_TCHAR(Line.Word(1).c_str())));
+			Input.Position = ReadPair(Line, 2);
+			Input.Modifiers = UnpackModifiers(Line.Number(4));
+			break;
+		case ERecordKind::Move:
+			Input.Position = ReadPair(Line, 1);
+			Input.Modifiers = UnpackModifiers(Line.Number(3));
+			break;
+		case ERecordKind::Wheel:
+			Input.Delta = ReadPair(Line, 1);
+			Input.Position = ReadPair(Line, 3);
+			Input.Modifiers = UnpackModifiers(Line.Number(5));
+			break;
+		case ERecordKind::Text:
+			Input.Text = Line.Text(1);
+			break;
+		case ERecordKind::Preedit:
+			Input.Text = Line.Text(1);
+			Input.Cursor = static_cast<int32>(FMath::Clamp<int64>(Line.Number(2), 0, Input.Text.Len()));
+			break;
+		case ERecordKind::Active:
+			Input.bFlag = Line.Flag(1);
+			break;
+		default:
+			break;
 		}
-		virtual void OnCloseRequested() override { FSlateApplication::Get().RequestExit(); }
+		return Input;
+	}
+
+	/** Of what the platform has, what counts in a replay. */
+	class FScreenEvents : public FInputGate
+	{
+	protected:
+		virtual void Enter(const FHostInput& Input) override
+		{
+			if (Input.Kind == ERecordKind::Exposed || Input.Kind == ERecordKind::Resized)
+			{
+				FHostInputTap::GetApplication().OnWindowExposed();
+				FSlateApplication::Get().RequestFrame();
+			}
+			else if (Input.Kind == ERecordKind::Close)
+			{
+				FSlateApplication::Get().RequestExit();
+			}
+		}
 	};
 }
 
 FReplayWindow::FReplayWindow(
 	const TSharedRef<IHostWindow>& InWindow, const FIntPoint& InSize, float InScale, const std::shared_ptr<FReplayTape>& InTape)
-	: Window(InWindow)
+	: FForwardingWindow(InWindow)
 	, Size(InSize)
 	, Scale(InScale)
 	, Tape(InTape)
@@ -80,54 +119,9 @@ void FReplayWindow::TakeSize(const FRecordLine& Line)
 
 void FReplayWindow::Dispatch(const FRecordLine& Line)
 {
-	IHostMessageHandler& Next = FHostInputTap::GetApplication();
-	const FKey Key = FKey(FName(UTF8_TO_TCHAR(Line.Word(1).c_str())));
+	const FHostInput Input = ReadInput(Line);
 	++Depth;
-	switch (Line.GetKind())
-	{
-	case ERecordKind::Down:
-		Next.OnKeyDown(Key, UnpackModifiers(Line.Number(2)), Line.Flag(3));
-		break;
-	case ERecordKind::Up:
-		Next.OnKeyUp(Key, UnpackModifiers(Line.Number(2)));
-		break;
-	case ERecordKind::Text:
-		Next.OnTextInput(Line.Text(1));
-		break;
-	case ERecordKind::Preedit:
-	{
-		const FString Text = Line.Text(1);
-		Next.OnPreedit(Text, static_cast<int32>(FMath::Clamp<int64>(Line.Number(2), 0, Text.Len())));
-		break;
-	}
-	case ERecordKind::Move:
-		Next.OnMouseMove(ReadPair(Line, 1), UnpackModifiers(Line.Number(3)));
-		break;
-	case ERecordKind::Press:
-		Next.OnMouseDown(Key, ReadPair(Line, 2), UnpackModifiers(Line.Number(4)));
-		break;
-	case ERecordKind::Release:
-		Next.OnMouseUp(Key, ReadPair(Line, 2), UnpackModifiers(Line.Number(4)));
-		break;
-	case ERecordKind::Wheel:
-		Next.OnMouseWheel(ReadPair(Line, 1), ReadPair(Line, 3), UnpackModifiers(Line.Number(5)));
-		break;
-	case ERecordKind::Leave:
-		Next.OnMouseLeave();
-		break;
-	case ERecordKind::Resized:
-		Next.OnWindowResized();
-		break;
-	case ERecordKind::Active:
-		Next.OnWindowActivated(Line.Flag(1));
-		break;
-	case ERecordKind::Exposed:
-		Next.OnWindowExposed();
-		break;
-	default:
-		Next.OnCloseRequested();
-		break;
-	}
+	Input.Give(FHostInputTap::GetApplication());
 	--Depth;
 }
 
@@ -328,106 +322,10 @@ void FReplayWindow::PaintAndPresent(const FSlateWindowElementList& Elements, con
 	Window->PaintAndPresent(Elements, Damage);
 }
 
-void FReplayWindow::OnKeyDown(const FKey& Key, const FModifierKeysState& Modifiers, bool bRepeat)
+void FReplayWindow::Enter(const FHostInput& Input)
 {
 	if (Depth > 0)
 	{
-		FHostInputTap::GetApplication().OnKeyDown(Key, Modifiers, bRepeat);
-	}
-}
-
-void FReplayWindow::OnKeyUp(const FKey& Key, const FModifierKeysState& Modifiers)
-{
-	if (Depth > 0)
-	{
-		FHostInputTap::GetApplication().OnKeyUp(Key, Modifiers);
-	}
-}
-
-void FReplayWindow::OnTextInput(FStringView Text)
-{
-	if (Depth > 0)
-	{
-		FHostInputTap::GetApplication().OnTextInput(Text);
-	}
-}
-
-void FReplayWindow::OnPreedit(FStringView Text, int32 Cursor)
-{
-	if (Depth > 0)
-	{
-		FHostInputTap::GetApplication().OnPreedit(Text, Cursor);
-	}
-}
-
-void FReplayWindow::OnMouseMove(const FVector2D& Position, const FModifierKeysState& Modifiers)
-{
-	if (Depth > 0)
-	{
-		FHostInputTap::GetApplication().OnMouseMove(Position, Modifiers);
-	}
-}
-
-void FReplayWindow::OnMouseDown(const FKey& Button, const FVector2D& Position, const FModifierKeysState& Modifiers)
-{
-	if (Depth > 0)
-	{
-		FHostInputTap::GetApplication().OnMouseDown(Button, Position, Modifiers);
-	}
-}
-
-void FReplayWindow::OnMouseUp(const FKey& Button, const FVector2D& Position, const FModifierKeysState& Modifiers)
-{
-	if (Depth > 0)
-	{
-		FHostInputTap::GetApplication().OnMouseUp(Button, Position, Modifiers);
-	}
-}
-
-void FReplayWindow::OnMouseWheel(const FVector2D& Delta, const FVector2D& Position, const FModifierKeysState& Modifiers)
-{
-	if (Depth > 0)
-	{
-		FHostInputTap::GetApplication().OnMouseWheel(Delta, Position, Modifiers);
-	}
-}
-
-void FReplayWindow::OnMouseLeave()
-{
-	if (Depth > 0)
-	{
-		FHostInputTap::GetApplication().OnMouseLeave();
-	}
-}
-
-void FReplayWindow::OnWindowResized()
-{
-	if (Depth > 0)
-	{
-		FHostInputTap::GetApplication().OnWindowResized();
-	}
-}
-
-void FReplayWindow::OnWindowActivated(bool bActive)
-{
-	if (Depth > 0)
-	{
-		FHostInputTap::GetApplication().OnWindowActivated(bActive);
-	}
-}
-
-void FReplayWindow::OnWindowExposed()
-{
-	if (Depth > 0)
-	{
-		FHostInputTap::GetApplication().OnWindowExposed();
-	}
-}
-
-void FReplayWindow::OnCloseRequested()
-{
-	if (Depth > 0)
-	{
-		FHostInputTap::GetApplication().OnCloseRequested();
+		Input.Give(FHostInputTap::GetApplication());
 	}
 }

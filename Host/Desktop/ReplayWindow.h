@@ -1,8 +1,8 @@
 #pragma once
 
-#include "Host/HostWindow.h"
+#include "ForwardingWindow.h"
+#include "InputGate.h"
 #include "ReplayTape.h"
-#include "Templates/SharedPointer.h"
 
 #include <chrono>
 #include <memory>
@@ -12,7 +12,7 @@
  * counts, and what has to be painted again. In memory a replay goes as fast as it can, on screen as it went, long pauses cut short.
  * Game thread.
  */
-class FReplayWindow : public IHostWindow, public IHostMessageHandler
+class FReplayWindow : public FForwardingWindow, public FInputGate
 {
 public:
 	using FDo = TFunction<void(const std::string& Deed, const FString& Subject)>;
@@ -32,33 +32,16 @@ public:
 	virtual FIntPoint GetPixelSize() const override { return Size; }
 	virtual float GetScale() const override { return Scale; }
 	virtual bool IsVisible() const override { return bVisible; }
-	virtual bool IsHeadless() const override { return Window->IsHeadless(); }
-	virtual void SetTitle(const FString& Title) override { Window->SetTitle(Title); }
-	virtual void SetCursor(EMouseCursor::Type Cursor) override { Window->SetCursor(Cursor); }
 	/** Nobody types here. */
 	virtual void SetTextInput(bool bActive, const FSlateRect& Caret) override {}
 	virtual void PaintAndPresent(const FSlateWindowElementList& Elements, const FSlateRect& Damage) override;
 	virtual void PumpEvents(IHostMessageHandler& Handler, double MaxWaitSeconds) override;
-	virtual void Wake() override { Window->Wake(); }
-	virtual bool SaveScreenshot(const FString& Path) const override { return Window->SaveScreenshot(Path); }
 	/** The recording says which sizes there are. */
 	virtual void Resize(const FIntPoint& PixelSize) override {}
-	virtual FColor GetPixel(int32 X, int32 Y) const override { return Window->GetPixel(X, Y); }
 
-	// IHostMessageHandler: what an event of the recording has led to goes on, all else stays here.
-	virtual void OnKeyDown(const FKey& Key, const FModifierKeysState& Modifiers, bool bRepeat) override;
-	virtual void OnKeyUp(const FKey& Key, const FModifierKeysState& Modifiers) override;
-	virtual void OnTextInput(FStringView Text) override;
-	virtual void OnPreedit(FStringView Text, int32 Cursor) override;
-	virtual void OnMouseMove(const FVector2D& Position, const FModifierKeysState& Modifiers) override;
-	virtual void OnMouseDown(const FKey& Button, const FVector2D& Position, const FModifierKeysState& Modifiers) override;
-	virtual void OnMouseUp(const FKey& Button, const FVector2D& Position, const FModifierKeysState& Modifiers) override;
-	virtual void OnMouseWheel(const FVector2D& Delta, const FVector2D& Position, const FModifierKeysState& Modifiers) override;
-	virtual void OnMouseLeave() override;
-	virtual void OnWindowResized() override;
-	virtual void OnWindowActivated(bool bActive) override;
-	virtual void OnWindowExposed() override;
-	virtual void OnCloseRequested() override;
+protected:
+	/** What an event of the recording has led to goes on, all else stays here. */
+	virtual void Enter(const FHostInput& Input) override;
 
 private:
 	using FClock = std::chrono::steady_clock;
@@ -76,7 +59,6 @@ private:
 	void WaitUntil(double Seconds);
 	void PumpScreen();
 
-	const TSharedRef<IHostWindow> Window;
 	FIntPoint Size;
 	float Scale;
 	bool bVisible = true;

@@ -1,5 +1,6 @@
 #include "WindowContrast.h"
 
+#include "ForwardingWindow.h"
 #include "Framework/Application/SlateApplication.h"
 
 #include <cmath>
@@ -30,20 +31,10 @@ namespace
 		return static_cast<uint8>(FMath::Clamp(FMath::RoundToInt32(Value * 255.0), 0, 255));
 	}
 
-	struct FContrastedWindow : public IHostWindow
+	struct FContrastedWindow : public FForwardingWindow
 	{
-		explicit FContrastedWindow(const TSharedRef<IHostWindow>& InWindow)
-			: Window(InWindow)
-		{
-		}
-		virtual FIntPoint GetPixelSize() const override { return Window->GetPixelSize(); }
-		virtual FIntPoint GetScreenPosition() const override { return Window->GetScreenPosition(); }
-		virtual float GetScale() const override { return Window->GetScale(); }
-		virtual bool IsVisible() const override { return Window->IsVisible(); }
-		virtual bool IsHeadless() const override { return Window->IsHeadless(); }
-		virtual void SetTitle(const FString& Title) override { Window->SetTitle(Title); }
-		virtual void SetCursor(EMouseCursor::Type Cursor) override { Window->SetCursor(Cursor); }
-		virtual void SetTextInput(bool bActive, const FSlateRect& Caret) override { Window->SetTextInput(bActive, Caret); }
+		using FForwardingWindow::FForwardingWindow;
+
 		virtual void PaintAndPresent(const FSlateWindowElementList& Elements, const FSlateRect& Damage) override
 		{
 			if (!bHighContrast)
@@ -55,14 +46,6 @@ namespace
 			Changed.ChangeElements([](FSlateDrawElement& Element) { Change(Element); });
 			Window->PaintAndPresent(Changed, Damage);
 		}
-		virtual void PumpEvents(IHostMessageHandler& Handler, double MaxWaitSeconds) override
-		{
-			Window->PumpEvents(Handler, MaxWaitSeconds);
-		}
-		virtual void Wake() override { Window->Wake(); }
-		virtual bool SaveScreenshot(const FString& Path) const override { return Window->SaveScreenshot(Path); }
-		virtual void Resize(const FIntPoint& PixelSize) override { Window->Resize(PixelSize); }
-		virtual FColor GetPixel(int32 X, int32 Y) const override { return Window->GetPixel(X, Y); }
 
 		static void Change(FSlateDrawElement& Element)
 		{
@@ -84,9 +67,6 @@ namespace
 				break;
 			}
 		}
-
-	private:
-		const TSharedRef<IHostWindow> Window;
 	};
 }
 

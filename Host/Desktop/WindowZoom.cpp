@@ -1,5 +1,6 @@
 #include "WindowZoom.h"
 
+#include "ForwardingWindow.h"
 #include "Framework/Application/SlateApplication.h"
 #include "Host/HostAtomicFile.h"
 #include "Host/HostFolders.h"
@@ -28,36 +29,11 @@ namespace
 	}
 
 	/** Hands everything on; only its scale is its own. */
-	class FZoomedWindow : public IHostWindow
+	class FZoomedWindow : public FForwardingWindow
 	{
 	public:
-		explicit FZoomedWindow(const TSharedRef<IHostWindow>& InWindow)
-			: Window(InWindow)
-		{
-		}
-		virtual FIntPoint GetPixelSize() const override { return Window->GetPixelSize(); }
+		using FForwardingWindow::FForwardingWindow;
 		virtual float GetScale() const override { return Window->GetScale() * static_cast<float>(FWindowZoom::GetPercent()) / 100.0f; }
-		virtual FIntPoint GetScreenPosition() const override { return Window->GetScreenPosition(); }
-		virtual bool IsVisible() const override { return Window->IsVisible(); }
-		virtual bool IsHeadless() const override { return Window->IsHeadless(); }
-		virtual void SetTitle(const FString& Title) override { Window->SetTitle(Title); }
-		virtual void SetCursor(EMouseCursor::Type Cursor) override { Window->SetCursor(Cursor); }
-		virtual void SetTextInput(bool bActive, const FSlateRect& Caret) override { Window->SetTextInput(bActive, Caret); }
-		virtual void PaintAndPresent(const FSlateWindowElementList& Elements, const FSlateRect& Damage) override
-		{
-			Window->PaintAndPresent(Elements, Damage);
-		}
-		virtual void PumpEvents(IHostMessageHandler& Handler, double MaxWaitSeconds) override
-		{
-			Window->PumpEvents(Handler, MaxWaitSeconds);
-		}
-		virtual void Wake() override { Window->Wake(); }
-		virtual bool SaveScreenshot(const FString& Path) const override { return Window->SaveScreenshot(Path); }
-		virtual void Resize(const FIntPoint& PixelSize) override { Window->Resize(PixelSize); }
-		virtual FColor GetPixel(int32 X, int32 Y) const override { return Window->GetPixel(X, Y); }
-
-	private:
-		const TSharedRef<IHostWindow> Window;
 	};
 }
 
