@@ -2,7 +2,6 @@
 
 #include "RecordMask.h"
 
-using Velmora::EConversationMode;
 using Velmora::EConversationState;
 using Velmora::FConversationMessage;
 using Velmora::FConversationMetadata;
@@ -85,6 +84,8 @@ FRecordedAgent::FRecordedAgent(const TSharedRef<Velmora::FAgent>& InAgent, int32
 	, Number(InNumber)
 	, Writer(InWriter)
 {
+	ListenToTurn();
+	ListenToConversation();
 }
 
 FRecordedAgent::~FRecordedAgent()
@@ -97,141 +98,74 @@ FRecordWords FRecordedAgent::Beginning(ERecordKind Kind) const
 	return MoveTemp(FRecordWords(Kind).Number(Number));
 }
 
-// What is called may let go of this object: nothing of it is touched after a call.
-
-FString FRecordedAgent::StartConversation(EConversationMode Mode)
+// What is called may let go of this object: nothing of it is touched after the call.
+FString FRecordedAgent::Perform(const FAgentCall& Call, TFunctionRef<FString(Velmora::FAgent&)> Do)
 {
-	const FRecordedCall Call(Number, Writer, TEXT("start"), { FString::FromInt(static_cast<int32>(Mode)) });
-	return Call.Return(Agent->StartConversation(Mode));
-}
-
-bool FRecordedAgent::SendMessage(const FString& Text, const TArray<FString>& ContextFiles)
-{
-	TArray<FString> Given = { Writer->Veil(Text) };
-	for (const FString& File : ContextFiles)
+	TArray<FString> Given = Call.Plain;
+	for (const FString& Text : Call.Texts)
 	{
-		Given.Add(Writer->Veil(File));
+		Given.Add(Writer->Veil(Text));
 	}
-	const FRecordedCall Call(Number, Writer, TEXT("send"), Given);
-	return Call.Return(Agent->SendMessage(Text, ContextFiles));
+	const FRecordedCall Recorded(Number, Writer, Call.Operation, Given);
+	return Recorded.Return(Do(*Agent));
 }
 
-void FRecordedAgent::PauseConversation()
+const FAgentAnswers& FRecordedAgent::Look(ERecordKind Kind) const
 {
-	const FRecordedCall Call(Number, Writer, TEXT("pause"));
-	Agent->PauseConversation();
-	Call.Return(FString());
-}
-
-void FRecordedAgent::ResumeConversation(const FString& Prompt)
-{
-	const FRecordedCall Call(Number, Writer, TEXT("resume"), { Writer->Veil(Prompt) });
-	Agent->ResumeConversation(Prompt);
-	Call.Return(FString());
-}
-
-void FRecordedAgent::CancelConversation()
-{
-	const FRecordedCall Call(Number, Writer, TEXT("cancel"));
-	Agent->CancelConversation();
-	Call.Return(FString());
-}
-
-void FRecordedAgent::EndConversation()
-{
-	const FRecordedCall Call(Number, Writer, TEXT("end"));
-	Agent->EndConversation();
-	Call.Return(FString());
-}
-
-bool FRecordedAgent::LoadConversation(const FString& Id)
-{
-	const FRecordedCall Call(Number, Writer, TEXT("load"), { Id });
-	return Call.Return(Agent->LoadConversation(Id));
-}
-
-bool FRecordedAgent::DeleteConversationHistory(const FString& Id)
-{
-	const FRecordedCall Call(Number, Writer, TEXT("delete"), { Id });
-	return Call.Return(Agent->DeleteConversationHistory(Id));
-}
-
-void FRecordedAgent::ClearAllHistories()
-{
-	const FRecordedCall Call(Number, Writer, TEXT("clear"));
-	Agent->ClearAllHistories();
-	Call.Return(FString());
-}
-
-bool FRecordedAgent::UndoToTransaction(const FString& TransactionId)
-{
-	const FRecordedCall Call(Number, Writer, TEXT("undo"), { TransactionId });
-	return Call.Return(Agent->UndoToTransaction(TransactionId));
-}
-
-EConversationState FRecordedAgent::GetState() const
-{
-	const EConversationState Now = Agent->GetState();
-	if (!Answers.State.IsSet() || Answers.State.GetValue() != static_cast<int32>(Now))
+	switch (Kind)
 	{
-		Answers.State = static_cast<int32>(Now);
-		Writer->Add(MoveTemp(Beginning(ERecordKind::State).Number(static_cast<int64>(Now))));
+	case ERecordKind::State:
+		Answers.State = Agent->GetState();
+		NoteNumber(Kind, static_cast<int32>(Answers.State));
+		break;
+	case ERecordKind::HasActive:
+		Answers.bHasActive = Agent->HasActiveConversation();
+		NoteNumber(Kind, Answers.bHasActive ? 1 : 0);
+		break;
+	case ERecordKind::CanUndo:
+		Answers.bCanUndo = Agent->CanUndo();
+		NoteNumber(Kind, Answers.bCanUndo ? 1 : 0);
+		break;
+	case ERecordKind::Transaction:
+		Answers.Transaction = Agent->GetCurrentTransactionId();
+		NoteText(Kind, Answers.Transaction);
+		break;
+	case ERecordKind::Title:
+		Answers.Title = Agent->GetCurrentConversationTitle();
+		NoteText(Kind, Answers.Title);
+		break;
+	default:
+		Answers.Plan = Agent->GetCurrentPlan();
+		NoteText(Kind, Answers.Plan);
+		break;
 	}
-	return Now;
+	return Answers;
 }
 
-bool FRecordedAgent::HasActiveConversation() const
+bool FRecordedAgent::IsNew(ERecordKind Kind, const FString& Answer) const
 {
-	const bool bNow = Agent->HasActiveConversation();
-	if (!Answers.bHasActive.IsSet() || Answers.bHasActive.GetValue() != bNow)
+	TOptional<FString>& Last = Noted.Answers[static_cast<size_t>(Kind) - static_cast<size_t>(ERecordKind::State)];
+	const bool bIsNew = !Last.IsSet() || !Last.GetValue().Equals(Answer, ESearchCase::CaseSensitive);
+	Last = Answer;
+	return bIsNew;
+}
+
+void FRecordedAgent::NoteNumber(ERecordKind Kind, int32 Answer) const
+{
+	if (IsNew(Kind, FString::FromInt(Answer)))
 	{
-		Answers.bHasActive = bNow;
-		Writer->Add(MoveTemp(Beginning(ERecordKind::HasActive).Flag(bNow)));
+		Writer->Add(MoveTemp(Beginning(Kind).Number(Answer)));
 	}
-	return bNow;
 }
 
-bool FRecordedAgent::CanUndo() const
+void FRecordedAgent::NoteText(ERecordKind Kind, const FString& Answer) const
 {
-	const bool bNow = Agent->CanUndo();
-	if (!Answers.bCanUndo.IsSet() || Answers.bCanUndo.GetValue() != bNow)
+	if (IsNew(Kind, Answer))
 	{
-		Answers.bCanUndo = bNow;
-		Writer->Add(MoveTemp(Beginning(ERecordKind::CanUndo).Flag(bNow)));
-	}
-	return bNow;
-}
-
-void FRecordedAgent::NoteText(ERecordKind Kind, TOptional<FString>& Last, const FString& Now) const
-{
-	if (!Last.IsSet() || !Last.GetValue().Equals(Now, ESearchCase::CaseSensitive))
-	{
-		Last = Now;
 		// Numbers of transactions are our own.
-		const FString Shown = Kind == ERecordKind::Transaction ? Now : Writer->Veil(Now);
+		const FString Shown = Kind == ERecordKind::Transaction ? Answer : Writer->Veil(Answer);
 		Writer->Add(MoveTemp(Beginning(Kind).Text(Shown)));
 	}
-}
-
-FString FRecordedAgent::GetCurrentConversationTitle() const
-{
-	const FString Now = Agent->GetCurrentConversationTitle();
-	NoteText(ERecordKind::Title, Answers.Title, Now);
-	return Now;
-}
-
-FString FRecordedAgent::GetCurrentTransactionId() const
-{
-	const FString Now = Agent->GetCurrentTransactionId();
-	NoteText(ERecordKind::Transaction, Answers.Transaction, Now);
-	return Now;
-}
-
-FString FRecordedAgent::GetCurrentPlan() const
-{
-	const FString Now = Agent->GetCurrentPlan();
-	NoteText(ERecordKind::Plan, Answers.Plan, Now);
-	return Now;
 }
 
 TArray<FConversationMetadata> FRecordedAgent::GetConversationHistories() const
@@ -252,7 +186,7 @@ TSharedPtr<FConversationMetadata> FRecordedAgent::GetCurrentConversationMetadata
 void FRecordedAgent::NoteConversation(const TSharedPtr<FConversationMetadata>& Now) const
 {
 	// 1. Another one, or none.
-	FAnswers& Last = Answers;
+	FNoted& Last = Noted;
 	const bool bIsSame = Last.bConversationWritten && Now.IsValid() == Last.bHasConversation &&
 		(!Now || (Last.Conversation.HasSameObject(Now.Get()) && Last.Id.Equals(Now->Id)));
 	if (!bIsSame)
@@ -287,7 +221,7 @@ void FRecordedAgent::NoteConversation(const TSharedPtr<FConversationMetadata>& N
 
 void FRecordedAgent::NoteMessages(const FConversationMetadata& Now) const
 {
-	int32& Count = Answers.MessageCount;
+	int32& Count = Noted.MessageCount;
 	if (Now.Messages.Num() < Count)
 	{
 		Count = Now.Messages.Num();
@@ -303,150 +237,104 @@ void FRecordedAgent::NoteMessages(const FConversationMetadata& Now) const
 	}
 }
 
-// Callbacks hold the file and not this object, which they may let go of. None stays none.
+// Callbacks hold the file and who listens, and not this object, which they may let go of. A copy is called: it may replace itself.
 
-void FRecordedAgent::OnMessageReceived(TFunction<void(const FString&, bool)> Callback)
+void FRecordedAgent::ListenToTurn()
 {
-	if (!Callback)
-	{
-		Agent->OnMessageReceived(nullptr);
-		return;
-	}
 	Agent->OnMessageReceived(
-		[Number = Number, Writer = Writer, Callback = MoveTemp(Callback)](const FString& Text, bool bHasToolCalls)
+		[Number = Number, Writer = Writer, Listeners = Listeners](const FString& Text, bool bHasToolCalls)
 		{
-			Writer->Add(MoveTemp(CalledBack(Number, TEXT("message")).Text(Writer->Veil(Text)).Text(ToFlag(bHasToolCalls))));
-			Callback(Text, bHasToolCalls);
+			if (const auto Listener = Listeners->Message)
+			{
+				Writer->Add(MoveTemp(CalledBack(Number, TEXT("message")).Text(Writer->Veil(Text)).Text(ToFlag(bHasToolCalls))));
+				Listener(Text, bHasToolCalls);
+			}
 		});
-}
-
-void FRecordedAgent::OnToolExecutionStarted(TFunction<void(const FString&, const FString&, const FString&, const FString&)> Callback)
-{
-	if (!Callback)
-	{
-		Agent->OnToolExecutionStarted(nullptr);
-		return;
-	}
 	Agent->OnToolExecutionStarted(
-		[Number = Number, Writer = Writer, Callback = MoveTemp(Callback)](
+		[Number = Number, Writer = Writer, Listeners = Listeners](
 			const FString& Id, const FString& Name, const FString& Parameters, const FString& Metadata)
 		{
-			Writer->Add(MoveTemp(CalledBack(Number, TEXT("tool-started"))
-									 .Text(Id)
-									 .Text(Name)
-									 .Text(VeilJson(*Writer, Parameters))
-									 .Text(VeilJson(*Writer, Metadata))));
-			Callback(Id, Name, Parameters, Metadata);
+			if (const auto Listener = Listeners->ToolStarted)
+			{
+				Writer->Add(MoveTemp(CalledBack(Number, TEXT("tool-started"))
+										 .Text(Id)
+										 .Text(Name)
+										 .Text(VeilJson(*Writer, Parameters))
+										 .Text(VeilJson(*Writer, Metadata))));
+				Listener(Id, Name, Parameters, Metadata);
+			}
 		});
-}
-
-void FRecordedAgent::OnToolExecutionCompleted(TFunction<void(const FString&, const FString&, bool, const FString&)> Callback)
-{
-	if (!Callback)
-	{
-		Agent->OnToolExecutionCompleted(nullptr);
-		return;
-	}
 	Agent->OnToolExecutionCompleted(
-		[Number = Number, Writer = Writer, Callback = MoveTemp(Callback)](
+		[Number = Number, Writer = Writer, Listeners = Listeners](
 			const FString& Id, const FString& Name, bool bSuccess, const FString& Result)
 		{
-			Writer->Add(
-				MoveTemp(CalledBack(Number, TEXT("tool-completed")).Text(Id).Text(Name).Text(ToFlag(bSuccess)).Text(Writer->Veil(Result))));
-			Callback(Id, Name, bSuccess, Result);
+			if (const auto Listener = Listeners->ToolCompleted)
+			{
+				Writer->Add(MoveTemp(
+					CalledBack(Number, TEXT("tool-completed")).Text(Id).Text(Name).Text(ToFlag(bSuccess)).Text(Writer->Veil(Result))));
+				Listener(Id, Name, bSuccess, Result);
+			}
+		});
+	Agent->OnProcessMessage(
+		[Number = Number, Writer = Writer, Listeners = Listeners](const FString& Text)
+		{
+			if (const auto Listener = Listeners->Progress)
+			{
+				Writer->Add(MoveTemp(CalledBack(Number, TEXT("progress")).Text(Writer->Masks() ? FRecordMask::MaskProgress(Text) : Text)));
+				Listener(Text);
+			}
+		});
+	Agent->OnPlanUpdate(
+		[Number = Number, Writer = Writer, Listeners = Listeners](const FString& First, const FString& PlanText)
+		{
+			if (const auto Listener = Listeners->Plan)
+			{
+				Writer->Add(MoveTemp(CalledBack(Number, TEXT("plan")).Text(Writer->Veil(First)).Text(Writer->Veil(PlanText))));
+				Listener(First, PlanText);
+			}
 		});
 }
 
-void FRecordedAgent::OnStateChanged(TFunction<void(EConversationState, EConversationState, const FString&)> Callback)
+void FRecordedAgent::ListenToConversation()
 {
-	if (!Callback)
-	{
-		Agent->OnStateChanged(nullptr);
-		return;
-	}
 	Agent->OnStateChanged(
-		[Number = Number, Writer = Writer, Callback = MoveTemp(Callback)](
+		[Number = Number, Writer = Writer, Listeners = Listeners](
 			EConversationState OldState, EConversationState NewState, const FString& Reason)
 		{
-			Writer->Add(MoveTemp(CalledBack(Number, TEXT("state"))
-									 .Text(FString::FromInt(static_cast<int32>(OldState)))
-									 .Text(FString::FromInt(static_cast<int32>(NewState)))
-									 .Text(Writer->Veil(Reason))));
-			Callback(OldState, NewState, Reason);
+			if (const auto Listener = Listeners->State)
+			{
+				Writer->Add(MoveTemp(CalledBack(Number, TEXT("state"))
+										 .Text(FString::FromInt(static_cast<int32>(OldState)))
+										 .Text(FString::FromInt(static_cast<int32>(NewState)))
+										 .Text(Writer->Veil(Reason))));
+				Listener(OldState, NewState, Reason);
+			}
 		});
-}
-
-void FRecordedAgent::OnError(TFunction<void(const FString&)> Callback)
-{
-	if (!Callback)
-	{
-		Agent->OnError(nullptr);
-		return;
-	}
 	Agent->OnError(
-		[Number = Number, Writer = Writer, Callback = MoveTemp(Callback)](const FString& Error)
+		[Number = Number, Writer = Writer, Listeners = Listeners](const FString& Error)
 		{
-			Writer->Add(MoveTemp(CalledBack(Number, TEXT("error")).Text(Writer->Veil(Error))));
-			Callback(Error);
+			if (const auto Listener = Listeners->Error)
+			{
+				Writer->Add(MoveTemp(CalledBack(Number, TEXT("error")).Text(Writer->Veil(Error))));
+				Listener(Error);
+			}
 		});
-}
-
-void FRecordedAgent::OnConversationCompleted(TFunction<void(bool, const FString&)> Callback)
-{
-	if (!Callback)
-	{
-		Agent->OnConversationCompleted(nullptr);
-		return;
-	}
 	Agent->OnConversationCompleted(
-		[Number = Number, Writer = Writer, Callback = MoveTemp(Callback)](bool bSuccess, const FString& Summary)
+		[Number = Number, Writer = Writer, Listeners = Listeners](bool bSuccess, const FString& Summary)
 		{
-			Writer->Add(MoveTemp(CalledBack(Number, TEXT("completed")).Text(ToFlag(bSuccess)).Text(Writer->Veil(Summary))));
-			Callback(bSuccess, Summary);
+			if (const auto Listener = Listeners->Completed)
+			{
+				Writer->Add(MoveTemp(CalledBack(Number, TEXT("completed")).Text(ToFlag(bSuccess)).Text(Writer->Veil(Summary))));
+				Listener(bSuccess, Summary);
+			}
 		});
-}
-
-void FRecordedAgent::OnConversationLoaded(TFunction<void(const FString&)> Callback)
-{
-	if (!Callback)
-	{
-		Agent->OnConversationLoaded(nullptr);
-		return;
-	}
 	Agent->OnConversationLoaded(
-		[Number = Number, Writer = Writer, Callback = MoveTemp(Callback)](const FString& Id)
+		[Number = Number, Writer = Writer, Listeners = Listeners](const FString& Id)
 		{
-			Writer->Add(MoveTemp(CalledBack(Number, TEXT("loaded")).Text(Id)));
-			Callback(Id);
-		});
-}
-
-void FRecordedAgent::OnProcessMessage(TFunction<void(const FString&)> Callback)
-{
-	if (!Callback)
-	{
-		Agent->OnProcessMessage(nullptr);
-		return;
-	}
-	Agent->OnProcessMessage(
-		[Number = Number, Writer = Writer, Callback = MoveTemp(Callback)](const FString& Text)
-		{
-			Writer->Add(MoveTemp(CalledBack(Number, TEXT("progress")).Text(Writer->Masks() ? FRecordMask::MaskProgress(Text) : Text)));
-			Callback(Text);
-		});
-}
-
-void FRecordedAgent::OnPlanUpdate(TFunction<void(const FString&, const FString&)> Callback)
-{
-	if (!Callback)
-	{
-		Agent->OnPlanUpdate(nullptr);
-		return;
-	}
-	Agent->OnPlanUpdate(
-		[Number = Number, Writer = Writer, Callback = MoveTemp(Callback)](const FString& First, const FString& PlanText)
-		{
-			Writer->Add(MoveTemp(CalledBack(Number, TEXT("plan")).Text(Writer->Veil(First)).Text(Writer->Veil(PlanText))));
-			Callback(First, PlanText);
+			if (const auto Listener = Listeners->Loaded)
+			{
+				Writer->Add(MoveTemp(CalledBack(Number, TEXT("loaded")).Text(Id)));
+				Listener(Id);
+			}
 		});
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Agent/Agent.h"
+#include "AgentGate.h"
 #include "RecordFile.h"
 
 #include <memory>
@@ -9,54 +9,26 @@
  * Hands everything on to an agent and writes down what it calls back and what it answers. An answer is written when it is asked for and
  * differs from the last one: a replay asks at the same places. Game thread.
  */
-class FRecordedAgent : public Velmora::FAgent
+class FRecordedAgent : public FAgentGate
 {
 public:
 	/** @param InNumber  By which the recording knows this agent. */
 	FRecordedAgent(const TSharedRef<Velmora::FAgent>& InAgent, int32 InNumber, const std::shared_ptr<FRecordWriter>& InWriter);
 	virtual ~FRecordedAgent() override;
 
-	virtual FString StartConversation(Velmora::EConversationMode Mode) override;
-	virtual bool SendMessage(const FString& Text, const TArray<FString>& ContextFiles) override;
-	virtual void PauseConversation() override;
-	virtual void ResumeConversation(const FString& Prompt) override;
-	virtual void CancelConversation() override;
-	virtual void EndConversation() override;
-	virtual bool LoadConversation(const FString& Id) override;
-	virtual bool DeleteConversationHistory(const FString& Id) override;
-	virtual void ClearAllHistories() override;
-	virtual bool UndoToTransaction(const FString& TransactionId) override;
-
-	virtual Velmora::EConversationState GetState() const override;
-	virtual bool HasActiveConversation() const override;
 	virtual TSharedPtr<Velmora::FConversationMetadata> GetCurrentConversationMetadata() const override;
-	virtual FString GetCurrentConversationTitle() const override;
 	virtual TArray<Velmora::FConversationMetadata> GetConversationHistories() const override;
-	virtual bool CanUndo() const override;
-	virtual FString GetCurrentTransactionId() const override;
-	virtual FString GetCurrentPlan() const override;
 
-	virtual void OnMessageReceived(TFunction<void(const FString&, bool)> Callback) override;
-	virtual void OnToolExecutionStarted(TFunction<void(const FString&, const FString&, const FString&, const FString&)> Callback) override;
-	virtual void OnToolExecutionCompleted(TFunction<void(const FString&, const FString&, bool, const FString&)> Callback) override;
-	virtual void OnStateChanged(
-		TFunction<void(Velmora::EConversationState, Velmora::EConversationState, const FString&)> Callback) override;
-	virtual void OnError(TFunction<void(const FString&)> Callback) override;
-	virtual void OnConversationCompleted(TFunction<void(bool, const FString&)> Callback) override;
-	virtual void OnConversationLoaded(TFunction<void(const FString&)> Callback) override;
-	virtual void OnProcessMessage(TFunction<void(const FString&)> Callback) override;
-	virtual void OnPlanUpdate(TFunction<void(const FString&, const FString&)> Callback) override;
+protected:
+	virtual FString Perform(const FAgentCall& Call, TFunctionRef<FString(Velmora::FAgent&)> Do) override;
+	virtual const FAgentAnswers& Look(ERecordKind Kind) const override;
 
 private:
-	/** What was answered last. */
-	struct FAnswers
+	/** What was written last. */
+	struct FNoted
 	{
-		TOptional<int32> State;
-		TOptional<bool> bHasActive;
-		TOptional<bool> bCanUndo;
-		TOptional<FString> Transaction;
-		TOptional<FString> Title;
-		TOptional<FString> Plan;
+		/** From State to Plan. */
+		TOptional<FString> Answers[static_cast<size_t>(ERecordKind::Plan) - static_cast<size_t>(ERecordKind::State) + 1];
 		/** The very object: another one is another conversation, whatever its id. */
 		TWeakPtr<Velmora::FConversationMetadata> Conversation;
 		bool bHasConversation = false;
@@ -68,16 +40,22 @@ private:
 	};
 
 	FRecordWords Beginning(ERecordKind Kind) const;
-	/** Writes a text that differs from the last answer. */
-	void NoteText(ERecordKind Kind, TOptional<FString>& Last, const FString& Now) const;
+	/** Lines for callbacks that somebody listens to. */
+	void ListenToTurn();
+	void ListenToConversation();
+	/** Whether an answer differs from the last one of its kind. */
+	bool IsNew(ERecordKind Kind, const FString& Answer) const;
+	void NoteNumber(ERecordKind Kind, int32 Answer) const;
+	void NoteText(ERecordKind Kind, const FString& Answer) const;
 	void NoteConversation(const TSharedPtr<Velmora::FConversationMetadata>& Now) const;
 	void NoteMessages(const Velmora::FConversationMetadata& Now) const;
 
 	const TSharedRef<Velmora::FAgent> Agent;
 	const int32 Number;
 	const std::shared_ptr<FRecordWriter> Writer;
-	/** Asking changes nothing but what is known to be written. */
-	mutable FAnswers Answers;
+	// Asking changes nothing but what is known to be written.
+	mutable FAgentAnswers Answers;
+	mutable FNoted Noted;
 };
 
 /**

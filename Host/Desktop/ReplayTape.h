@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Agent/ConversationTypes.h"
+#include "AgentGate.h"
 #include "Containers/Map.h"
 #include "CoreMinimal.h"
 #include "Host/AgentActivity.h"
@@ -16,14 +17,8 @@
 class FReplayAgent;
 
 /** What an agent of a recording answers now. */
-struct FReplayAnswers
+struct FReplayAnswers : FAgentAnswers
 {
-	Velmora::EConversationState State = Velmora::EConversationState::Ready;
-	bool bHasActive = false;
-	bool bCanUndo = false;
-	FString Transaction;
-	FString Title;
-	FString Plan;
 	TSharedPtr<Velmora::FConversationMetadata> Conversation;
 };
 
