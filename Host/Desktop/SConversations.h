@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ConversationItems.h"
+#include "OneReading.h"
 #include "Widgets/SCompoundWidget.h"
 #include "Widgets/Views/SListView.h"
 
@@ -86,10 +87,9 @@ private:
 	FString RenamedId;
 	/** Why the last search failed. */
 	FString Problem;
-	bool bIsReading = false;
+	FOneReading Reading;
 	bool bWasRead = false;
 	bool bIsSearching = false;
-	bool bReadAgain = false;
 	bool bWantsFocus = true;
 	double LastLook = -1.0;
 	/** Times and sizes of the store's files at the last read. */

@@ -123,13 +123,10 @@ bool SConversations::HasStoreChanged()
 
 void SConversations::ReadStore()
 {
-	if (bIsReading)
+	if (!Reading.Begin())
 	{
-		bReadAgain = true;
 		return;
 	}
-	bIsReading = true;
-	bReadAgain = false;
 	AsyncTask(ENamedThreads::AnyBackgroundThreadNormalTask,
 		[Weak = TWeakPtr<SConversations>(SharedThis(this))]
 		{
@@ -139,11 +136,11 @@ void SConversations::ReadStore()
 				{
 					if (const TSharedPtr<SConversations> Self = Weak.Pin())
 					{
-						Self->bIsReading = false;
+						const bool bReadAgain = Self->Reading.End();
 						Self->bWasRead = true;
 						Self->Items.Take(MoveTemp(Read));
 						Self->ShowItems();
-						if (Self->bReadAgain)
+						if (bReadAgain)
 						{
 							Self->ReadStore();
 						}

@@ -262,7 +262,7 @@ FText SSourceViewer::GetStateText() const
 	const int32 Count = Text.Lines.Num();
 	if (Count == 0)
 	{
-		return bIsReading ? LOCTEXT("Reading", "Reading\u2026") : FText();
+		return Reading.IsUnderWay() ? LOCTEXT("Reading", "Reading\u2026") : FText();
 	}
 	const FText All = Count == 1 ? LOCTEXT("OneLine", "1 line") : FText::Format(LOCTEXT("Lines", "{0} lines"), FText::AsNumber(Count));
 	const int32 Line = GetSelectedLine();
@@ -297,13 +297,10 @@ void SSourceViewer::Follow()
 
 void SSourceViewer::Read()
 {
-	if (bIsReading)
+	if (!Reading.Begin())
 	{
-		bReadAgain = true;
 		return;
 	}
-	bIsReading = true;
-	bReadAgain = false;
 	AsyncTask(ENamedThreads::AnyBackgroundThreadNormalTask,
 		[Weak = TWeakPtr<SSourceViewer>(SharedThis(this)), File = Path, Stamp = Text.Stamp]
 		{
@@ -316,13 +313,13 @@ void SSourceViewer::Read()
 					{
 						return;
 					}
-					Self->bIsReading = false;
+					const bool bReadAgain = Self->Reading.End();
 					const bool bIsWanted = Self->Path.Equals(File, ESearchCase::CaseSensitive);
 					if (bIsWanted && Now.IsSet())
 					{
 						Self->Take(MoveTemp(Now.GetValue()));
 					}
-					if (Self->bReadAgain || !bIsWanted)
+					if (bReadAgain || !bIsWanted)
 					{
 						Self->Read();
 					}

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "OneReading.h"
 #include "SourceFind.h"
 #include "Widgets/SCompoundWidget.h"
 #include "Widgets/Views/SListView.h"
@@ -58,8 +59,7 @@ private:
 	int32 FramedLine = 0;
 	/** Where to go once the text is there. */
 	bool bWantsLine = false;
-	bool bIsReading = false;
-	bool bReadAgain = false;
+	FOneReading Reading;
 	int32 Listener = 0;
 	/** Units of one cell of the font. */
 	float CellWidth = 0.0f;

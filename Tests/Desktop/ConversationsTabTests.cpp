@@ -2,6 +2,7 @@
 #include "Agent/AgentBuilder.h"
 #include "ConversationItems.h"
 #include "Desktop/ProgramDriver.h"
+#include "Desktop/WorkerTest.h"
 #include "Framework/Docking/TabManager.h"
 #include "Host/HostPaths.h"
 #include "Host/HostTasks.h"
@@ -9,13 +10,10 @@
 #include "Host/StoreLocation.h"
 #include "SConversations.h"
 #include "Support/Base/TempFolder.h"
-#include "Support/UiDriver.h"
 #include "Widgets/Input/SEditableTextBox.h"
 
 #include <algorithm>
-#include <chrono>
 #include <fstream>
-#include <thread>
 
 using Velmora::FConversationHit;
 using Velmora::FConversationMark;
@@ -96,7 +94,7 @@ TEST(ConversationDeletions, EachHasItsTimeAndTheLatestIsTakenBack)
 namespace
 {
 	/** The tab with stored conversations of its own and no chat beside it. */
-	class FConversationsTabTest : public FWidgetTest
+	class FConversationsTabTest : public FWorkerTest
 	{
 	protected:
 		void SetUp() override
@@ -109,10 +107,7 @@ namespace
 		void TearDown() override
 		{
 			Tab.Reset();
-			App().SetRootContent(SNullWidget::NullWidget);
-			PumpFrame();
-			FHostTasks::WaitForBackground(30.0);
-			FHostTasks::RunGameThreadTasks();
+			EndWork();
 			Velmora::SetProjectFolder(FString());
 			FWidgetTest::TearDown();
 		}
@@ -135,17 +130,6 @@ namespace
 			Tab = SNew(SConversations);
 			Show(Tab.ToSharedRef());
 			ASSERT_TRUE(Wait([this] { return StatusIs("conversation"); }));
-		}
-		/** Frames and tasks until the test holds; real time, since workers take it. */
-		bool Wait(const std::function<bool()>& Test)
-		{
-			for (int32 Try = 0; Try < 1000 && !Test(); ++Try)
-			{
-				std::this_thread::sleep_for(std::chrono::milliseconds(5));
-				FHostTasks::RunGameThreadTasks();
-				PumpFrame();
-			}
-			return Test();
 		}
 		bool WaitForRow(const std::string& Text)
 		{

@@ -1,16 +1,13 @@
+#include "Desktop/WorkerTest.h"
 #include "Framework/Docking/TabManager.h"
-#include "Host/HostTasks.h"
 #include "Host/ProjectFileChanges.h"
 #include "SSourceViewer.h"
 #include "Style/VelmoraUIStyles.h"
 #include "Support/Base/TempFolder.h"
-#include "Support/UiDriver.h"
 #include "Widgets/SBoxPanel.h"
 
 #include <algorithm>
-#include <chrono>
 #include <filesystem>
-#include <thread>
 
 namespace
 {
@@ -89,7 +86,7 @@ TEST(SourceText, SaysWhyAFileIsNotShown)
 
 namespace
 {
-	class FSourceViewerTest : public FWidgetTest
+	class FSourceViewerTest : public FWorkerTest
 	{
 	protected:
 		void SetUp() override
@@ -102,25 +99,11 @@ namespace
 		void TearDown() override
 		{
 			Viewer.Reset();
-			App().SetRootContent(SNullWidget::NullWidget);
-			PumpFrame();
-			FHostTasks::WaitForBackground(30.0);
-			FHostTasks::RunGameThreadTasks();
+			EndWork();
 			FVelmoraUIStyles::Shutdown();
 			FWidgetTest::TearDown();
 		}
 
-		/** Frames and tasks until the test holds; real time, since a worker reads. */
-		bool Wait(const std::function<bool()>& Test)
-		{
-			for (int32 Try = 0; Try < 1000 && !Test(); ++Try)
-			{
-				std::this_thread::sleep_for(std::chrono::milliseconds(5));
-				FHostTasks::RunGameThreadTasks();
-				PumpFrame();
-			}
-			return Test();
-		}
 		static bool Sees(const std::string& Text)
 		{
 			const FTextList Texts = VisibleTexts();
