@@ -102,6 +102,39 @@ TSharedRef<SWidget> SAgentActivity::MakeEvents()
 	// clang-format on
 }
 
+TSharedRef<SWidget> SAgentActivity::MakeModelRow()
+{
+	// clang-format off
+	return SNew(SHorizontalBox)
+		+ SHorizontalBox::Slot()
+		.FillWidth(1.0f)
+		.VAlign(VAlign_Center)
+		[
+			SNew(STextBlock)
+			.Tag("ActivityModel")
+			.Text(this, &SAgentActivity::GetModelText)
+			.TextStyle(FAppStyle::Get(), TEXT("NormalText.Important"))
+			.OverflowPolicy(ETextOverflowPolicy::Ellipsis)
+		]
+		+ SHorizontalBox::Slot()
+		.AutoWidth()
+		.VAlign(VAlign_Center)
+		.Padding(8.0f, 0.0f, 12.0f, 0.0f)
+		[
+			SNew(SBox)
+			.WidthOverride(ContextBarWidth)
+			.HeightOverride(ContextBarHeight)
+			.ToolTipText(LOCTEXT("ContextTip", "How much of what the model can take the conversation uses"))
+			.Visibility_Lambda([this]() { return GetContextShare().IsSet() ? EVisibility::Visible : EVisibility::Hidden; })
+			[
+				SNew(SProgressBar)
+				.Percent(this, &SAgentActivity::GetContextShare)
+				.FillColorAndOpacity(this, &SAgentActivity::GetContextColor)
+			]
+		];
+	// clang-format on
+}
+
 TSharedRef<SWidget> SAgentActivity::MakeFigures()
 {
 	// clang-format off
@@ -109,33 +142,7 @@ TSharedRef<SWidget> SAgentActivity::MakeFigures()
 		+ SVerticalBox::Slot()
 		.AutoHeight()
 		[
-			SNew(SHorizontalBox)
-			+ SHorizontalBox::Slot()
-			.FillWidth(1.0f)
-			.VAlign(VAlign_Center)
-			[
-				SNew(STextBlock)
-				.Tag("ActivityModel")
-				.Text(this, &SAgentActivity::GetModelText)
-				.TextStyle(FAppStyle::Get(), TEXT("NormalText.Important"))
-				.OverflowPolicy(ETextOverflowPolicy::Ellipsis)
-			]
-			+ SHorizontalBox::Slot()
-			.AutoWidth()
-			.VAlign(VAlign_Center)
-			.Padding(8.0f, 0.0f, 12.0f, 0.0f)
-			[
-				SNew(SBox)
-				.WidthOverride(ContextBarWidth)
-				.HeightOverride(ContextBarHeight)
-				.ToolTipText(LOCTEXT("ContextTip", "How much of what the model can take the conversation uses"))
-				.Visibility_Lambda([this]() { return GetContextShare().IsSet() ? EVisibility::Visible : EVisibility::Hidden; })
-				[
-					SNew(SProgressBar)
-					.Percent(this, &SAgentActivity::GetContextShare)
-					.FillColorAndOpacity(this, &SAgentActivity::GetContextColor)
-				]
-			]
+			MakeModelRow()
 		]
 		+ SVerticalBox::Slot()
 		.AutoHeight()
@@ -224,6 +231,7 @@ TSharedRef<SWidget> SAgentActivity::MakeDetails()
 {
 	// clang-format off
 	return SAssignNew(Details, SScrollBox)
+		.Visibility_Lambda([this]() { return Entries.Num() > 0 ? EVisibility::Visible : EVisibility::Collapsed; })
 		+ SScrollBox::Slot()
 		[
 			SNew(SVerticalBox)

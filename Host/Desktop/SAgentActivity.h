@@ -28,6 +28,7 @@ public:
 private:
 	using FEntry = TSharedPtr<const Velmora::FAgentActivityEntry>;
 
+	TSharedRef<SWidget> MakeModelRow();
 	TSharedRef<SWidget> MakeFigures();
 	TSharedRef<SWidget> MakeFollowBox();
 	TSharedRef<SWidget> MakeCopyButton();

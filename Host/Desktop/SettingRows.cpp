@@ -21,6 +21,25 @@ namespace
 	{
 		return FSlateColor(FLinearColor(FColor::FromHex(Hex)));
 	}
+
+	/** A field takes the room that there is, as far as its values are that long. */
+	TSharedRef<SWidget> BoundWidth(const TSharedRef<SWidget>& Value)
+	{
+		// clang-format off
+		return SNew(SHorizontalBox)
+			+ SHorizontalBox::Slot()
+			.FillWidth(1.0f)
+			.MaxWidth(SettingRows::MaxValueWidth)
+			[
+				Value
+			]
+			+ SHorizontalBox::Slot()
+			.FillWidth(0.001f)
+			[
+				SNew(SSpacer)
+			];
+		// clang-format on
+	}
 }
 
 TSharedRef<SWidget> SettingRows::MakeGroupHeading(const FText& Text)
@@ -67,18 +86,7 @@ TSharedRef<SWidget> SettingRows::MakeRow(
 				+ SVerticalBox::Slot()
 				.AutoHeight()
 				[
-					SNew(SHorizontalBox)
-					+ SHorizontalBox::Slot()
-					.FillWidth(1.0f)
-					.MaxWidth(MaxValueWidth)
-					[
-						Value
-					]
-					+ SHorizontalBox::Slot()
-					.FillWidth(0.001f)
-					[
-						SNew(SSpacer)
-					]
+					BoundWidth(Value)
 				]
 				+ SVerticalBox::Slot()
 				.AutoHeight()
