@@ -134,16 +134,14 @@ namespace UE::StringFormat
 
 		void AppendOne(FString& Out, const FPlaceholder& Placeholder, const FArg& Arg)
 		{
+			const TCHAR Lower = FChar::ToLower(Placeholder.Conversion);
+			if (Lower == 'f' || Lower == 'g' || Lower == 'e')
+			{
+				AppendFloat(Out, Placeholder, Arg.Float);
+				return;
+			}
 			switch (Placeholder.Conversion)
 			{
-			case 'f':
-			case 'F':
-			case 'g':
-			case 'G':
-			case 'e':
-			case 'E':
-				AppendFloat(Out, Placeholder, Arg.Float);
-				break;
 			case 'c':
 			{
 				const TCHAR Char = (TCHAR)Arg.Integer;

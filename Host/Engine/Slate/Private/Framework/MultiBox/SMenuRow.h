@@ -16,6 +16,9 @@ public:
 
 	const FMenuItem& GetItem() const { return *Item; }
 
+	virtual void DescribeAccess(FHostAccess& Out) const override;
+	virtual FReply DoAccessAction() override;
+
 	virtual void OnMouseEnter(const FGeometry& MyGeometry, const FPointerEvent& MouseEvent) override;
 	virtual void OnMouseLeave(const FPointerEvent& MouseEvent) override;
 	virtual FReply OnMouseMove(const FGeometry& MyGeometry, const FPointerEvent& MouseEvent) override;
@@ -25,8 +28,6 @@ public:
 	{
 		return OnMouseButtonDown(MyGeometry, MouseEvent);
 	}
-	virtual void DescribeAccess(FHostAccess& Out) const override;
-	virtual FReply DoAccessAction() override;
 
 protected:
 	virtual int32 OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect,

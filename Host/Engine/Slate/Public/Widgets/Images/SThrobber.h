@@ -11,14 +11,14 @@ public:
 	SLATE_END_ARGS()
 
 	void Construct(const FArguments& InArgs);
+	virtual void DescribeAccess(FHostAccess& Out) const override;
 	/** Which disc is bright at a time in seconds. */
 	static int32 GetBrightPiece(double Time, int32 NumPieces);
-	virtual void DescribeAccess(FHostAccess& Out) const override;
 
 protected:
+	virtual FVector2D ComputeDesiredSize(float LayoutScaleMultiplier) const override;
 	virtual int32 OnPaint(const FPaintArgs& Args, const FGeometry& AllottedGeometry, const FSlateRect& MyCullingRect,
 		FSlateWindowElementList& OutDrawElements, int32 LayerId, const FWidgetStyle& InWidgetStyle, bool bParentEnabled) const override;
-	virtual FVector2D ComputeDesiredSize(float LayoutScaleMultiplier) const override;
 
 private:
 	int32 NumPieces = 3;
