@@ -1,6 +1,7 @@
 #include "AgentFixture.h"
 
 #include "Containers/Ticker.h"
+#include "Host/AgentMessages.h"
 #include "Host/HostFileNames.h"
 #include "Host/HostLog.h"
 #include "Host/Sqlite.h"
@@ -276,6 +277,38 @@ TEST_F(AgentStoring, ADamagedStoreIsToldOnceByTheFirstAgentThatCan)
 	EXPECT_EQ(CurrentTexts()[0], "find Snail");
 	PumpUntilQuiet();
 	EXPECT_EQ(EventsOf("error").size(), 1u);
+}
+
+TEST_F(AgentStoring, WhatWasAttachedComesBackMessageByMessage)
+{
+	const auto GetLast = []() -> std::string
+	{
+		const TOptional<Velmora::FLastMessage> Last = Velmora::FAgentMessages::GetLast();
+		std::string Line = Last.IsSet() ? Utf8(Last->Text) : "(none)";
+		for (const FString& File : Last.IsSet() ? Last->Files : TArray<FString>())
+		{
+			Line += " @" + Utf8(File);
+		}
+		return Line;
+	};
+	Ask("find Snail", { "Source/A.cpp" });
+	Ask("find Hedgehog", { "Source/B.cpp", "Source/A.cpp" });
+	Ask("help");
+	EXPECT_EQ(GetLast(), "help");
+	EXPECT_EQ(Utf8(Velmora::FAgentMessages::TakeBackLast()), "");
+	EXPECT_EQ(GetLast(), "find Hedgehog @Source/B.cpp @Source/A.cpp");
+
+	// As after a restart: all that is known comes from the store.
+	const FString Id = CurrentId();
+	Agent->StartConversation(EConversationMode::General);
+	EXPECT_EQ(GetLast(), "(none)");
+	ASSERT_TRUE(Agent->LoadConversation(Id));
+	EXPECT_EQ(GetLast(), "find Hedgehog @Source/B.cpp @Source/A.cpp");
+	EXPECT_EQ(Utf8(Velmora::FAgentMessages::TakeBackLast()), "");
+	EXPECT_EQ(GetLast(), "find Snail @Source/A.cpp");
+	// What comes in the place of the one that was taken back has nothing of it.
+	Ask("find Hedgehog");
+	EXPECT_EQ(GetLast(), "find Hedgehog");
 }
 
 TEST_F(AgentStoring, TitlesAreOneShortLine)

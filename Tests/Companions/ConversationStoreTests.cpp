@@ -60,6 +60,59 @@ TEST_F(ConversationStores, TextsComeBackUnitByUnit)
 	EXPECT_EQ(Stored.Messages.Last().Role, EConversationRole::Tool);
 }
 
+TEST_F(ConversationStores, WhatIsAttachedStaysWithItsMessage)
+{
+	const auto ReadAttached = [](FStore& Store)
+	{
+		const TOutcome<Velmora::FAttachedFiles> Loaded = Store.LoadAttached(TEXT("A"));
+		std::string Line = Loaded ? "" : Loaded.GetWords();
+		for (int32 Index = 0; Loaded && Index < 8; ++Index)
+		{
+			for (const FString& File : Loaded->FindRef(Index))
+			{
+				Line += std::to_string(Index) + " " + Utf8(File) + "|";
+			}
+		}
+		return Line;
+	};
+	const TSharedRef<FStore> Store = OpenStore();
+	FConversationMetadata Written = Conversation(TEXT("A"), { TEXT("none"), TEXT("answer"), TEXT("two"), TEXT("answer") });
+	Put(*Store, Written);
+	EXPECT_EQ(ReadAttached(*Store), "") << "a store that never had any";
+
+	// A message that was taken back leaves a gap between the keys of the others.
+	const TOutcome<int64> Untold = Store->AppendMessage(TEXT("A"), Message(TEXT("untold")));
+	Written.Messages.Add(Message(TEXT("three")));
+	Velmora::FAttachedFiles Attached;
+	Attached.Add(2, { TEXT("stored before") });
+	Attached.Add(4, { TEXT("Source/a b.cpp"), FString(), TEXT("\u00e4\u4e2d") });
+	Written.Messages.Add(Message(TEXT("four")));
+	Attached.Add(5, { TEXT("late.h") });
+	ASSERT_TRUE(Store->Append(Written, 4, FStore::WorkerTimeoutMilliseconds, Attached));
+	ASSERT_TRUE(Store->Withdraw(TEXT("A"), *Untold));
+	const std::string Four = "4 Source/a b.cpp|4 |4 \u00e4\u4e2d|";
+	EXPECT_EQ(ReadAttached(*OpenStore()), Four + "5 late.h|");
+
+	// It goes with its message, on whatever way that goes, and never comes to another one.
+	ASSERT_TRUE(Store->TruncateMessages(TEXT("A"), 5));
+	EXPECT_EQ(ReadAttached(*Store), Four);
+	Written.Messages.SetNum(6);
+	ASSERT_TRUE(Store->Append(Written, 5));
+	EXPECT_EQ(ReadAttached(*Store), Four);
+	ASSERT_TRUE(Store->Clear());
+	Put(*Store, Written);
+	EXPECT_EQ(ReadAttached(*Store), "");
+	Store->Close();
+	Velmora::FSqliteConnection Database;
+	ASSERT_TRUE(Database.Open(PathBytes(), Velmora::ESqliteAccess::Write));
+	EXPECT_EQ(Database.ReadInteger("SELECT count(*) FROM attachments", -1), 0);
+
+	// What is spoilt is none, and the message stays.
+	ASSERT_TRUE(Database.Execute("INSERT INTO attachments SELECT key, x'010000007800', 1 FROM messages"));
+	EXPECT_EQ(ReadAttached(*Store), "");
+	EXPECT_EQ(Read(*Store, TEXT("A")), "none|answer|two|answer|three|four");
+}
+
 TEST_F(ConversationStores, SummariesEndWithTheFirstMessageOfTheUser)
 {
 	const TSharedRef<FStore> Store = OpenStore();

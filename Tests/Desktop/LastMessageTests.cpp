@@ -95,6 +95,31 @@ TEST(LastMessage, IsTakenBackAfterARestartToo)
 	EXPECT_FALSE(Contains(Again, "already exists")) << "the file of the first time was undone";
 }
 
+TEST(LastMessage, BringsItsFilesBackAfterARestart)
+{
+	const FRandomProject Project;
+	const std::string Attach = "type look @" + Project.File.substr(0, 6) + "\nwait idle 30\nkey ENTER\ntick 60\ndump attached.json\n";
+	ASSERT_EQ(RunScript(Project, "wait idle 30\n" + Attach + "key CTRL+ENTER\nwait idle 30\ndump sent.json\n").ExitCode, 0);
+	const auto ListChips = [&Project](const char* Dump)
+	{
+		const std::string All = ReadFile(Project.Path(Dump));
+		const size_t Begin = All.find("\"chips\"");
+		return Begin == std::string::npos ? All : All.substr(Begin, All.find(']', Begin) - Begin);
+	};
+	ASSERT_TRUE(Contains(ListChips("attached.json"), Project.File)) << "the test itself";
+	ASSERT_FALSE(Contains(ListChips("sent.json"), Project.File)) << "they went out";
+
+	const std::string Load = "wait idle 30\nclick Conversations are stored in the Velmora folder in your Engine's Saved folder\n"
+							 "key DOWN\nkey ENTER\nwait idle 30\n";
+	const FRun Run = RunScript(Project,
+		Load + "click Edit\nclick Send Last Message Again\nanswer Yes\nwait idle 30\ndump again.json\n" +
+			"click Edit\nclick Edit Last Message\nanswer Yes\nwait idle 30\ndump edited.json\n");
+	EXPECT_EQ(Run.ExitCode, 0) << Run.Error;
+	EXPECT_EQ(CountParts(ReadFile(Project.Path("again.json")), "\"type\": \"User\""), 1);
+	EXPECT_FALSE(Contains(ListChips("again.json"), Project.File)) << "sent again with it";
+	EXPECT_TRUE(Contains(ListChips("edited.json"), Project.File)) << ListChips("edited.json");
+}
+
 TEST(AgentQuestionKeys, AnswerWhatTheAgentAsks)
 {
 	struct FCase

@@ -70,6 +70,7 @@ namespace Velmora
 		Current->Id = FGuid::NewGuid().ToString();
 		Current->Mode = Mode;
 		Current->LastUpdated = FDateTime::Now();
+		Attached.Empty();
 		StoredCount = 0;
 		bIsBehind = false;
 	}
@@ -81,7 +82,7 @@ namespace Velmora
 			return false;
 		}
 		// A store that cannot be written stops nobody: the conversation goes on in memory until it can.
-		if (const FOutcome Recorded = RecordUserMessage(Text); !Recorded)
+		if (const FOutcome Recorded = RecordUserMessage(Text, ContextFiles); !Recorded)
 		{
 			TellStoreProblemSoon(Recorded);
 		}

@@ -186,6 +186,9 @@ namespace Velmora
 		/** A conversation that was opened may have been left in mid-turn: stopped, or with the end of its program. */
 		void TellWhereItStopped();
 
+		/** What the store has of the current conversation. */
+		void TakeAttached();
+
 		/** As progress texts, in a task of their own. */
 		void TellSoon(const std::vector<std::string>& Sentences);
 		void OnUndoRecovered(const FRecoveredUndo& Recovered);
@@ -225,7 +228,7 @@ namespace Velmora
 		FConversationStore& GetStore();
 
 		// Done when the message is in the store; it stands in the conversation in any case.
-		FOutcome RecordUserMessage(const FString& Text);
+		FOutcome RecordUserMessage(const FString& Text, const TArray<FString>& Files = TArray<FString>());
 		FOutcome RecordReported(const FTurnReport& Report);
 
 		/** Stores what the store lacks, the conversations that were left first. What it does not take is tried again soon. */
@@ -266,6 +269,9 @@ namespace Velmora
 		TSharedPtr<FConversationMetadata> Current;
 
 		TSharedPtr<FConversationStore> Store;
+
+		/** To messages of the current conversation. */
+		FAttachedFiles Attached;
 
 		/** How many messages of the current conversation the store has. */
 		int32 StoredCount = 0;

@@ -225,6 +225,10 @@ namespace Velmora
 
 	void FAgentSession::ForgetMessages(int32 MessageIndex)
 	{
+		for (int32 Index = MessageIndex; Index < Current->Messages.Num(); ++Index)
+		{
+			Attached.Remove(Index);
+		}
 		Current->Messages.SetNum(FMath::Min(MessageIndex, Current->Messages.Num()));
 		StoredCount = FMath::Min(StoredCount, MessageIndex);
 	}
@@ -259,10 +263,7 @@ namespace Velmora
 		FLastMessage Last;
 		Last.Text = Current->Messages[Index].Content;
 		Last.bCanUndo = !Transaction.empty();
-		if (Last.bCanUndo && HostFileNameToBytes(TransactionId) == Transaction)
-		{
-			Last.Files = TurnContextFiles;
-		}
+		Last.Files = Attached.FindRef(Index);
 		return Last;
 	}
 

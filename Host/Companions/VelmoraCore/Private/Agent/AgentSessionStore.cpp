@@ -89,9 +89,13 @@ namespace Velmora
 		Current->Messages.Add(MoveTemp(Message));
 	}
 
-	FOutcome FAgentSession::RecordUserMessage(const FString& Text)
+	FOutcome FAgentSession::RecordUserMessage(const FString& Text, const TArray<FString>& Files)
 	{
 		AddMessage(Text, EConversationRole::User);
+		if (!Files.IsEmpty())
+		{
+			Attached.Add(Current->Messages.Num() - 1, Files);
+		}
 		return CatchUp();
 	}
 
@@ -123,7 +127,7 @@ namespace Velmora
 		FOutcome Stored = Unstored.Store(TimeoutMilliseconds);
 		if (bIsBehind)
 		{
-			Stored = Stored ? GetStore().Append(*Current, StoredCount, TimeoutMilliseconds) : Stored;
+			Stored = Stored ? GetStore().Append(*Current, StoredCount, TimeoutMilliseconds, Attached) : Stored;
 			StoredCount = Stored ? Current->Messages.Num() : StoredCount;
 			bIsBehind = !Stored;
 		}
@@ -158,7 +162,7 @@ namespace Velmora
 	{
 		if (Current.IsValid() && bIsBehind && StoredCount < Current->Messages.Num())
 		{
-			Unstored.Add(GetStore().AsShared(), Current.ToSharedRef(), StoredCount);
+			Unstored.Add(GetStore().AsShared(), Current.ToSharedRef(), StoredCount, Attached);
 			RetryLater();
 		}
 		bIsBehind = false;
@@ -227,7 +231,7 @@ namespace Velmora
 		if (bIsUnstored)
 		{
 			EndConversation();
-			Current = Unstored.Take(Id, StoredCount);
+			Current = Unstored.Take(Id, StoredCount, Attached);
 			bIsBehind = true;
 		}
 		else if (!bIsCurrent)
@@ -235,12 +239,14 @@ namespace Velmora
 			EndConversation();
 			Current = MakeShared<FConversationMetadata>(MoveTemp(*Stored));
 			StoredCount = Current->Messages.Num();
+			TakeAttached();
 		}
 		else if (Stored && StoredCount == Current->Messages.Num())
 		{
 			// Another program may have gone on with it.
 			Current->Messages = MoveTemp(Stored->Messages);
 			StoredCount = Current->Messages.Num();
+			TakeAttached();
 		}
 		const FString LoadedId = Current->Id;
 		const uint32 StartEpoch = Epoch;
@@ -254,6 +260,13 @@ namespace Velmora
 			Fire(Callbacks.ConversationLoaded, LoadedId);
 		}
 		return true;
+	}
+
+	void FAgentSession::TakeAttached()
+	{
+		// A conversation is opened without them, too.
+		TOutcome<FAttachedFiles> Stored = GetStore().LoadAttached(Current->Id);
+		Attached = Stored ? MoveTemp(*Stored) : FAttachedFiles();
 	}
 
 	void FAgentSession::TellWhereItStopped()

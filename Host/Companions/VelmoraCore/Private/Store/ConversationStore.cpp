@@ -82,7 +82,8 @@ namespace Velmora
 		}
 	}
 
-	FOutcome FConversationStore::Append(FConversationMetadata& InOutConversation, int32 First, int32 TimeoutMilliseconds)
+	FOutcome FConversationStore::Append(
+		FConversationMetadata& InOutConversation, int32 First, int32 TimeoutMilliseconds, const FAttachedFiles& Attached)
 	{
 		const FDateTime Now = FDateTime::UtcNow();
 		FOutcome Stored = Run(EAccess::Write, TimeoutMilliseconds,
@@ -105,7 +106,9 @@ namespace Velmora
 				FOutcome Step = bIsNew ? StoreSchema::InsertConversation(Database, Row) : StoreSchema::UpdateConversation(Database, Row);
 				for (int32 Index = bIsNew ? 0 : First; Step && Index < InOutConversation.Messages.Num(); ++Index)
 				{
-					Step = StoreSchema::AddMessage(Database, Row.Number, InOutConversation.Messages[Index]);
+					const TOutcome<int64> Key = StoreSchema::AddMessage(Database, Row.Number, InOutConversation.Messages[Index]);
+					const TArray<FString>* const Files = Attached.Find(Index);
+					Step = Key && Files && !Files->IsEmpty() ? AttachedFiles::Add(Database, *Key, *Files) : FOutcome(Key);
 				}
 				return Step;
 			});
@@ -213,6 +216,19 @@ namespace Velmora
 				return StoreSchema::ReadMessages(Database, Row.Number, -1, Loaded.Messages);
 			});
 		return Read ? TOutcome<FConversationMetadata>(MoveTemp(Loaded)) : TOutcome<FConversationMetadata>(Read);
+	}
+
+	TOutcome<FAttachedFiles> FConversationStore::LoadAttached(const FString& Id)
+	{
+		FAttachedFiles Loaded;
+		const FOutcome Read = Run(EAccess::Read, FrameTimeoutMilliseconds,
+			[&](FSqliteConnection& Database)
+			{
+				StoreSchema::FConversationRow Row;
+				const FOutcome Found = StoreSchema::FindConversation(Database, Id, Row);
+				return Found ? AttachedFiles::Read(Database, Row.Number, Loaded) : Found;
+			});
+		return Read ? TOutcome<FAttachedFiles>(MoveTemp(Loaded)) : TOutcome<FAttachedFiles>(Read);
 	}
 
 	FOutcome FConversationStore::Delete(const FString& Id)

@@ -13,6 +13,7 @@
 #include "Templates/SharedPointer.h"
 
 #include "Agent/ConversationTypes.h"
+#include "Store/AttachedFiles.h"
 
 namespace Velmora
 {
@@ -54,8 +55,10 @@ namespace Velmora
 		 * the store does not have the conversation (or no longer), all of its messages are stored.
 		 *
 		 * @param InOutConversation  Its LastUpdated becomes the time of this change.
+		 * @param Attached           What was attached to its messages, stored with those that are.
 		 */
-		FOutcome Append(FConversationMetadata& InOutConversation, int32 First, int32 TimeoutMilliseconds = FrameTimeoutMilliseconds);
+		FOutcome Append(FConversationMetadata& InOutConversation, int32 First, int32 TimeoutMilliseconds = FrameTimeoutMilliseconds,
+			const FAttachedFiles& Attached = FAttachedFiles());
 
 		/**
 		 * Stores one more message of a conversation that the store must have already. For workers.
@@ -76,6 +79,9 @@ namespace Velmora
 
 		/** Reads one conversation with all its messages. */
 		TOutcome<FConversationMetadata> Load(const FString& Id);
+
+		/** What was attached to its messages. A file that was set aside is taken over without them. */
+		TOutcome<FAttachedFiles> LoadAttached(const FString& Id);
 		FOutcome Delete(const FString& Id);
 		FOutcome Clear();
 

@@ -15,6 +15,7 @@
  * conversations  number (row id), id, mode, updated (UTC, ticks), opening, checksum
  * messages       key (row id: number of the conversation * 2^31 + position), role, flags, content, checksum
  * recoveries     file names of databases set aside whose conversations are still to be taken over
+ * attachments    what was attached to messages, if anything was (AttachedFiles.h)
  *
  * The messages of a conversation lie side by side in the order of their keys, with no further index. Contents are
  * UTF-16 units, little endian, so that any text comes back as it was. Each row carries a checksum over its key and all

@@ -4,10 +4,10 @@
 
 namespace Velmora
 {
-	void FUnstoredConversations::Add(
-		const TSharedRef<FConversationStore>& Store, const TSharedRef<FConversationMetadata>& Conversation, int32 StoredCount)
+	void FUnstoredConversations::Add(const TSharedRef<FConversationStore>& Store, const TSharedRef<FConversationMetadata>& Conversation,
+		int32 StoredCount, const FAttachedFiles& Attached)
 	{
-		Waiting.Add({ Store, Conversation, StoredCount });
+		Waiting.Add({ Store, Conversation, StoredCount, Attached });
 	}
 
 	int32 FUnstoredConversations::Find(const FString& Id) const
@@ -20,7 +20,7 @@ namespace Velmora
 		return Find(Id) != INDEX_NONE;
 	}
 
-	TSharedPtr<FConversationMetadata> FUnstoredConversations::Take(const FString& Id, int32& OutStoredCount)
+	TSharedPtr<FConversationMetadata> FUnstoredConversations::Take(const FString& Id, int32& OutStoredCount, FAttachedFiles& OutAttached)
 	{
 		const int32 Index = Find(Id);
 		if (Index == INDEX_NONE)
@@ -29,6 +29,7 @@ namespace Velmora
 		}
 		const TSharedPtr<FConversationMetadata> Taken = Waiting[Index].Conversation;
 		OutStoredCount = Waiting[Index].StoredCount;
+		OutAttached = MoveTemp(Waiting[Index].Attached);
 		Waiting.RemoveAt(Index);
 		return Taken;
 	}
@@ -43,7 +44,7 @@ namespace Velmora
 		while (Waiting.Num() > 0)
 		{
 			const FWaiting& First = Waiting[0];
-			if (FOutcome Stored = First.Store->Append(*First.Conversation, First.StoredCount, TimeoutMilliseconds); !Stored)
+			if (FOutcome Stored = First.Store->Append(*First.Conversation, First.StoredCount, TimeoutMilliseconds, First.Attached); !Stored)
 			{
 				return Stored;
 			}

@@ -5,6 +5,7 @@
 #include "Templates/SharedPointer.h"
 
 #include "Agent/ConversationTypes.h"
+#include "Store/AttachedFiles.h"
 
 namespace Velmora
 {
@@ -15,12 +16,13 @@ namespace Velmora
 	{
 	public:
 		/** @param StoredCount  How many of its messages the store has. */
-		void Add(const TSharedRef<FConversationStore>& Store, const TSharedRef<FConversationMetadata>& Conversation, int32 StoredCount);
+		void Add(const TSharedRef<FConversationStore>& Store, const TSharedRef<FConversationMetadata>& Conversation, int32 StoredCount,
+			const FAttachedFiles& Attached);
 
 		bool Has(const FString& Id) const;
 
 		/** Hands one back that is gone on with; it waits here no longer. Null when it does not wait here. */
-		TSharedPtr<FConversationMetadata> Take(const FString& Id, int32& OutStoredCount);
+		TSharedPtr<FConversationMetadata> Take(const FString& Id, int32& OutStoredCount, FAttachedFiles& OutAttached);
 
 		/** They are not to be stored any more. */
 		void Remove(const FString& Id);
@@ -41,6 +43,7 @@ namespace Velmora
 			TSharedRef<FConversationStore> Store;
 			TSharedRef<FConversationMetadata> Conversation;
 			int32 StoredCount = 0;
+			FAttachedFiles Attached;
 		};
 
 		int32 Find(const FString& Id) const;

@@ -10,7 +10,7 @@ namespace Velmora
 	{
 		FString Text;
 
-		/** That went out with it; empty once the program has been started anew. */
+		/** That went out with it. */
 		TArray<FString> Files;
 
 		/** What was done since can be undone; after a restart as long as what earlier runs have kept is there. */
