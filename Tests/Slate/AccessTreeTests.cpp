@@ -258,6 +258,7 @@ TEST_F(FAccessTest, TheActionOfAControlIsWhatAPressWouldDo)
 	EXPECT_TRUE(Check->HasKeyboardFocus());
 	// Disabled since the last look.
 	Button->SetEnabled(false);
+	EXPECT_FALSE(Tree->HasAction(IdOf(Button)));
 	EXPECT_FALSE(Tree->DoAction(IdOf(Button)));
 	EXPECT_EQ(Pressed, 1);
 }
