@@ -51,7 +51,7 @@ namespace
 		// What a conversation is made of.
 		{ TEXT("SMessageRow"), EHostRole::ListItem, nullptr, true },
 		{ TEXT("SToolExecutionContainer"), EHostRole::Group, TEXT("Tools") },
-		{ TEXT("SMarkdownTextBlock"), EHostRole::None, nullptr, false, true },
+		{ TEXT("SMarkdownTextBlock"), EHostRole::None, nullptr, false, true, TEXT("Code") },
 		{ TEXT("SLoadingIndicator"), EHostRole::Image, TEXT("Busy") },
 	};
 	// clang-format on

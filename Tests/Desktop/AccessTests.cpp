@@ -129,6 +129,9 @@ TEST_F(Access, AConversationReadsAsMessagesWithWholeSentences)
 	// Words that wrap are one text, and the link in it can be followed.
 	EXPECT_TRUE(std::regex_search(Tree, std::regex("\tparagraph \"[^\n]* [^\n]* [^\n]*\""))) << Tree;
 	EXPECT_TRUE(std::regex_search(Tree, std::regex("\tlink \"[^\n]+\""))) << Tree;
+	// So is the code in it, which can be copied.
+	EXPECT_TRUE(std::regex_search(Tree, std::regex("\tparagraph \"" + Project.Symbol + " is [^\n]+\""))) << Tree;
+	EXPECT_TRUE(HasLine(Tree, "text box \"Code\" (read only) = \"" + Project.Symbol + "\"")) << Tree;
 	EXPECT_EQ(FindNameless(Tree), "");
 }
 

@@ -9,6 +9,7 @@
 #include "Widgets/Input/SButton.h"
 #include "Widgets/Input/SCheckBox.h"
 #include "Widgets/Input/SComboBox.h"
+#include "Widgets/Input/SEditableText.h"
 #include "Widgets/Input/SEditableTextBox.h"
 #include "Widgets/Input/SHyperlink.h"
 #include "Widgets/Input/SMultiLineEditableTextBox.h"
@@ -174,21 +175,44 @@ TEST_F(FAccessTest, ListsShowTheirRowsInViewAndWhatIsSelected)
 TEST_F(FAccessTest, PiecesOfOneTextAreOneWhereTheProgramSaysSo)
 {
 	static constexpr FAccessRule Rules[] = {
-		{ TEXT("Answer"), EHostRole::None, nullptr, false, true },
+		{ TEXT("Answer"), EHostRole::None, nullptr, false, true, TEXT("Code") },
 		{ TEXT("Row"), EHostRole::ListItem, nullptr, true },
 	};
 	FAccessRules::Set(Rules);
 	const TSharedRef<SWrapBox> Words = SNew(SWrapBox).PreferredSize(600.0f);
 	Words->AddSlot()[SNew(STextBlock).Text(INVTEXT("See "))];
 	Words->AddSlot()[SNew(SHyperlink).Text(INVTEXT("file.cpp"))];
-	Words->AddSlot()[SNew(STextBlock).Text(INVTEXT(" there."))];
+	Words->AddSlot()[SNew(STextBlock).Text(INVTEXT(" for "))];
+	Words->AddSlot()[SNew(SEditableText).Text(INVTEXT("int One;")).IsReadOnly(true)];
 	// clang-format off
 	EXPECT_EQ(LookAt(
 		SNew(SVerticalBox).Tag("Row")
 		+ SVerticalBox::Slot().AutoHeight()[SNew(STextBlock).Text(INVTEXT("You"))]
 		+ SVerticalBox::Slot().AutoHeight()[SNew(SBox).Tag("Answer")[Words]]),
-		(FTextList{ "list item \"You\"", "\tlabel \"You\"", "\tparagraph \"See file.cpp there.\"", "\t\tlink \"file.cpp\"" }));
+		(FTextList{ "list item \"You\"", "\tlabel \"You\"", "\tparagraph \"See file.cpp for int One;\"", "\t\tlink \"file.cpp\"",
+			"\t\ttext box \"Code\" (read only) = \"int One;\"" }));
 	// clang-format on
+}
+
+TEST_F(FAccessTest, ARowKeepsItsNameWhenItsHeadIsScrolledAway)
+{
+	static constexpr FAccessRule Rules[] = { { TEXT("Row"), EHostRole::ListItem, nullptr, true } };
+	FAccessRules::Set(Rules);
+	const TSharedRef<SScrollBox> Box = SNew(SScrollBox);
+	const TSharedRef<SVerticalBox> Row = SNew(SVerticalBox).Tag("Row");
+	Row->AddSlot().AutoHeight()[SNew(STextBlock).Text(INVTEXT("Hidden")).Visibility(EVisibility::Collapsed)];
+	Row->AddSlot().AutoHeight()[SNew(STextBlock).Text(INVTEXT("You"))];
+	for (int32 Index = 0; Index < 200; ++Index)
+	{
+		Row->AddSlot().AutoHeight()[SNew(STextBlock).Text(FText::AsNumber(Index))];
+	}
+	Box->AddSlot()[Row];
+	LookAt(Box);
+	Box->ScrollToEnd();
+	PumpFrame();
+	const FTextList Lines = Look();
+	EXPECT_EQ(Lines.at(0), "list item \"You\"");
+	EXPECT_EQ(std::count(Lines.begin(), Lines.end(), "\tlabel \"You\""), 0);
 }
 
 TEST_F(FAccessTest, ModalWindowsPutTheRestOutOfReach)
@@ -283,6 +307,14 @@ TEST_F(FAccessTest, TextsAreReadSelectedAndChangedByPlaces)
 	// Beyond the end is the end.
 	EXPECT_TRUE(Tree->ReplaceText(Id, 100, MAX_int32, TEXT("!")));
 	EXPECT_EQ(Utf8(Box->GetText()), "one and two!");
+	Box->Undo();
+	EXPECT_EQ(Utf8(Box->GetText()), "one and two");
+
+	// Nothing in place of something takes it away, and in place of nothing leaves all as it is.
+	EXPECT_TRUE(Tree->ReplaceText(Id, 3, 7, FString()));
+	EXPECT_EQ(Utf8(Box->GetText()), "one two");
+	EXPECT_TRUE(Tree->ReplaceText(Id, 3, 3, FString()));
+	EXPECT_EQ(Utf8(Box->GetText()), "one two");
 	Box->Undo();
 	EXPECT_EQ(Utf8(Box->GetText()), "one and two");
 

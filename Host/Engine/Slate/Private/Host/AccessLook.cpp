@@ -46,11 +46,30 @@ namespace
 		const TSharedPtr<SWidget> Around = Column ? Column->GetParentWidget() : nullptr;
 		return Around && Around->GetType() == ScrollBox;
 	}
+
+	/** Also one that is scrolled away: what it names keeps its name then. */
+	FString FindFirstText(SWidget& Widget)
+	{
+		FHostAccess Access;
+		Widget.DescribeAccess(Access);
+		if (Access.Role == EHostRole::Label && !Access.Name.IsEmpty())
+		{
+			return Access.Name.ToString();
+		}
+		FString First;
+		FChildren* const Children = Widget.GetChildren();
+		for (int32 Index = 0; First.IsEmpty() && Index < Children->Num(); ++Index)
+		{
+			const TSharedRef<SWidget> Child = Children->GetChildAt(Index);
+			First = Child->GetVisibility().IsVisible() ? FindFirstText(Child.Get()) : FString();
+		}
+		return First;
+	}
 }
 
 void FAccessLook::FCollector::Add(const FString& Piece)
 {
-	if (Piece.IsEmpty() || (bFirstOnly && !Text.IsEmpty()))
+	if (Piece.IsEmpty())
 	{
 		return;
 	}
@@ -118,6 +137,7 @@ void FAccessLook::Visit(const FArrangedWidget& Arranged, const FContext& Context
 	FContext Inner = Context;
 	Inner.bEnabled = Context.bEnabled && Widget.IsEnabled();
 	Inner.bJoinsTexts = Context.bJoinsTexts || (Rule && Rule->bJoinsTexts);
+	Inner.BoxName = Rule && Rule->BoxName ? Rule->BoxName : Context.BoxName;
 
 	// 2. Texts go to whoever collects them.
 	if (Access.Role == EHostRole::Label && Context.Texts)
@@ -191,12 +211,13 @@ void FAccessLook::AddNode(const FArrangedWidget& Arranged, const FContext& Conte
 			Node.Text = Box.GetText();
 			Node.Caret = Box.GetCaretOffset();
 			Box.GetSelectionOffsets(Node.SelectionBegin, Node.SelectionEnd);
+			const bool bNamed = !Node.Name.IsEmpty() || !Context.BoxName || (Access.States & ReadOnly) == 0;
+			Node.Name = bNamed ? Node.Name : FString(Context.BoxName);
 		}
 	}
 	Nodes[Context.Parent].Children.Add(static_cast<uint32>(Index));
 
 	FCollector Collector;
-	Collector.bFirstOnly = Rule && Rule->bNamedByFirstText;
 	FContext Inner = Context;
 	Inner.Parent = Index;
 	Inner.Texts = Access.bNamedByContents || HoldsValue(Access.Role) ? &Collector : nullptr;
@@ -210,30 +231,34 @@ void FAccessLook::AddNode(const FArrangedWidget& Arranged, const FContext& Conte
 		Node.bHasText = true;
 		Node.Text = FText::FromString(Collector.Text);
 	}
+	else if (Node.Name.IsEmpty() && Rule && Rule->bNamedByFirstText)
+	{
+		Node.Name = FindFirstText(Widget);
+	}
 	else if (Node.Name.IsEmpty() && Access.bNamedByContents)
 	{
 		Node.Name = Collector.Text;
 	}
-	else if (Node.Name.IsEmpty() && (Collector.bFirstOnly || Access.Role == EHostRole::Group))
+	else if (Node.Name.IsEmpty() && Access.Role == EHostRole::Group)
 	{
-		Node.Name = FindFirstName(Index, Access.Role == EHostRole::Group);
+		Node.Name = FindFirstName(Index);
 	}
-	// A link in a sentence is a part of it.
+	// A link in a sentence is a part of it, and so is what stands there to be copied.
 	if (Context.Texts && Context.Texts->bJoins)
 	{
-		Context.Texts->Add(Node.Name);
+		Context.Texts->Add(Access.Role == EHostRole::TextBox ? Node.Text.ToString() : Node.Name);
 	}
 }
 
 // What begins with a heading has that for a name, also when the heading can be pressed. What shows no text by itself is called as the
 // first thing in it is.
-FString FAccessLook::FindFirstName(int32 Index, bool bAlsoButton) const
+FString FAccessLook::FindFirstName(int32 Index) const
 {
 	FString First;
 	for (int32 Child = Index + 1; Child < Nodes.Num(); ++Child)
 	{
 		const FAccessNode& Node = Nodes[Child];
-		if (IsText(Node.Role) || (bAlsoButton && Node.Role == EHostRole::Button))
+		if (IsText(Node.Role) || Node.Role == EHostRole::Button)
 		{
 			return Node.Name;
 		}

@@ -17,8 +17,6 @@ private:
 		FString Text;
 		/** Pieces of one text stand without anything in between. */
 		bool bJoins = false;
-		/** Only the first one counts. */
-		bool bFirstOnly = false;
 
 		void Add(const FString& Piece);
 	};
@@ -30,6 +28,8 @@ private:
 		bool bEnabled = true;
 		/** Texts in a row are pieces of one. */
 		bool bJoinsTexts = false;
+		/** Of FAccessRule. */
+		const TCHAR* BoxName = nullptr;
 		/** Null where texts are nodes. */
 		FCollector* Texts = nullptr;
 	};
@@ -40,7 +40,7 @@ private:
 	/** A widget that has a role. */
 	void AddNode(const FArrangedWidget& Arranged, const FContext& Context, const FHostAccess& Access, const struct FAccessRule* Rule);
 	/** Of what was added below a node last: its first text, or else whatever is called something. */
-	FString FindFirstName(int32 Index, bool bAlsoButton) const;
+	FString FindFirstName(int32 Index) const;
 	/** A box of text pieces, or a line of code. */
 	void AddParagraph(const FArrangedWidget& Arranged, const FContext& Context);
 	/** Names that stand beside what they name. */

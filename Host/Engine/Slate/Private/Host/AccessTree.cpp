@@ -207,7 +207,15 @@ bool FAccessTree::ReplaceText(uint32 Id, int32 Begin, int32 End, const FString& 
 	}
 	FSlateApplication::Get().NoteActivity();
 	Box->SelectOffsets(Begin, End);
-	Box->InsertTextAtCursor(Text);
+	if (!Text.IsEmpty())
+	{
+		Box->InsertTextAtCursor(Text);
+	}
+	else if (Box->AnyTextSelected())
+	{
+		// A paste of nothing leaves the selection alone.
+		(void)Box->OnKeyDown(Box->GetCachedGeometry(), FKeyEvent(EKeys::Delete, FModifierKeysState()));
+	}
 	return true;
 }
 

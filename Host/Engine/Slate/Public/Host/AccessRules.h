@@ -17,6 +17,8 @@ struct FAccessRule
 	bool bNamedByFirstText = false;
 	/** Texts side by side inside are pieces of one. */
 	bool bJoinsTexts = false;
+	/** What boxes to read from are called that stand inside without a label; null leaves them to what is beside them. */
+	const TCHAR* BoxName = nullptr;
 };
 
 /** The rules in force. Game thread. */
