@@ -360,7 +360,8 @@ void FConversationFind::Reveal(SScrollBox& Box)
 	{
 		return;
 	}
-	const TArray<FSlateRect> Rects = ShownTexts::GetRects((*Hit)[0]);
+	const TOptional<FGeometry> Place = ShownTexts::FindGeometry(*Widget, Box);
+	const TArray<FSlateRect> Rects = Place ? ShownTexts::GetRects((*Hit)[0], *Place) : TArray<FSlateRect>();
 	if (Rects.Num() == 0)
 	{
 		return;
@@ -398,6 +399,7 @@ void FConversationFind::Paint(FSlateWindowElementList& Out) const
 		return;
 	}
 	const FHit* const CurrentHit = GetCurrentHit();
+	const TMap<const SWidget*, FSeenWidget> Seen = ShownTexts::CollectSeen(*Box);
 	for (const int32 Index : GetRowsInView(*Box))
 	{
 		if (Index >= Rows.Num())
@@ -408,13 +410,13 @@ void FConversationFind::Paint(FSlateWindowElementList& Out) const
 		{
 			for (const FShownPlace& Place : Hit)
 			{
-				const TSharedPtr<SWidget> Widget = Place.Widget.Pin();
-				if (!Widget || ShownTexts::IsHidden(*Widget, *Box))
+				const FSeenWidget* const Widget = Seen.Find(Place.Widget.Pin().Get());
+				if (!Widget)
 				{
 					continue;
 				}
-				Out.PushClip(ShownTexts::GetClip(*Widget, *Box));
-				for (const FSlateRect& Rect : ShownTexts::GetRects(Place))
+				Out.PushClip(Widget->Clip);
+				for (const FSlateRect& Rect : ShownTexts::GetRects(Place, Widget->Geometry))
 				{
 					FoundMarks::Paint(Rect, Out.GetScale(), &Hit == CurrentHit, Out);
 				}

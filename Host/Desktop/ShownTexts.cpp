@@ -3,6 +3,7 @@
 #include "FoundMarks.h"
 #include "Host/HostTextWidget.h"
 #include "Host/TextShaper.h"
+#include "Layout/ArrangedWidget.h"
 #include "OpenChat.h"
 #include "Style/VelmoraUIStyles.h"
 #include "Styling/SlateTypes.h"
@@ -77,10 +78,10 @@ namespace
 	}
 
 	/** Shapes the text as the widget does: no widget says where its letters stand. */
-	void UpdateRects(const FShownPlace& Place, const SWidget& Widget)
+	void UpdateRects(const FShownPlace& Place, const SWidget& Widget, const FGeometry& Geometry)
 	{
-		const FVector2D Size = Widget.GetCachedGeometry().GetLocalSize();
-		const float Scale = Widget.GetCachedGeometry().GetAccumulatedScale();
+		const FVector2D Size = Geometry.GetLocalSize();
+		const float Scale = Geometry.GetAccumulatedScale();
 		if (Place.Size == Size && Place.Scale == Scale)
 		{
 			return;
@@ -93,6 +94,26 @@ namespace
 		const bool bWraps = static_cast<float>(Size.Y) * Scale > ITextShaper::Get().GetLineMetrics(Font, Scale).LineHeight * WrappedLines;
 		FoundMarks::AppendRects(Widget.GetDisplayedText().ToString(), Font, Scale, bWraps ? static_cast<float>(Size.X) * Scale : 0.0f,
 			Place.Place, Place.Rects);
+	}
+
+	void AddSeen(const FArrangedWidget& Arranged, const FSlateRect& OuterClip, TMap<const SWidget*, FSeenWidget>& Out)
+	{
+		FSlateRect Clip = OuterClip;
+		if (Arranged.Widget->GetClipping() != EWidgetClipping::Inherit || Arranged.Widget->GetType() == ScrollBoxType)
+		{
+			Clip = Clip.IntersectionWith(Arranged.Geometry.GetLayoutBoundingRect());
+		}
+		if (Clip.IsEmpty())
+		{
+			return;
+		}
+		Out.Add(&Arranged.Widget.Get(), { Arranged.Geometry, Clip });
+		FArrangedChildren Children(EVisibility::Visible, Clip);
+		Arranged.Widget->ArrangeChildren(Arranged.Geometry, Children);
+		for (int32 Index = 0; Index < Children.Num(); ++Index)
+		{
+			AddSeen(Children[Index], Clip, Out);
+		}
 	}
 
 	class FCollector
@@ -203,7 +224,49 @@ TArray<FShownPlace> ShownTexts::Split(const FShownText& Text, const Velmora::FFo
 	return Places;
 }
 
-TArray<FSlateRect> ShownTexts::GetRects(const FShownPlace& Place)
+TMap<const SWidget*, FSeenWidget> ShownTexts::CollectSeen(SWidget& Outer)
+{
+	TMap<const SWidget*, FSeenWidget> Seen;
+	const FGeometry& Geometry = Outer.GetCachedGeometry();
+	AddSeen(FArrangedWidget(Outer.AsShared(), Geometry), Geometry.GetLayoutBoundingRect(), Seen);
+	return Seen;
+}
+
+TOptional<FGeometry> ShownTexts::FindGeometry(const SWidget& Widget, const SWidget& Outer)
+{
+	// 1. The way up.
+	TArray<const SWidget*> Path = { &Widget };
+	TSharedPtr<SWidget> Parent = Widget.GetParentWidget();
+	for (; Parent && Parent.Get() != &Outer; Parent = Parent->GetParentWidget())
+	{
+		Path.Add(Parent.Get());
+	}
+	TOptional<FGeometry> Place;
+	if (!Parent)
+	{
+		return Place;
+	}
+	// 2. Down again, each in the place that the one around it gives.
+	Place = Outer.GetCachedGeometry();
+	const SWidget* Around = &Outer;
+	for (int32 Depth = Path.Num() - 1; Depth >= 0 && Place; --Depth)
+	{
+		FArrangedChildren Children(EVisibility::Visible);
+		Around->ArrangeChildren(*Place, Children);
+		Around = Path[Depth];
+		Place.Reset();
+		for (int32 Index = 0; Index < Children.Num() && !Place; ++Index)
+		{
+			if (&Children[Index].Widget.Get() == Around)
+			{
+				Place = Children[Index].Geometry;
+			}
+		}
+	}
+	return Place;
+}
+
+TArray<FSlateRect> ShownTexts::GetRects(const FShownPlace& Place, const FGeometry& Geometry)
 {
 	TArray<FSlateRect> Rects;
 	const TSharedPtr<SWidget> Widget = Place.Widget.Pin();
@@ -211,8 +274,7 @@ TArray<FSlateRect> ShownTexts::GetRects(const FShownPlace& Place)
 	{
 		return Rects;
 	}
-	const FGeometry& Geometry = Widget->GetCachedGeometry();
-	UpdateRects(Place, *Widget);
+	UpdateRects(Place, *Widget, Geometry);
 	const float Left = FMath::RoundToFloat(static_cast<float>(Geometry.GetAbsolutePosition().X));
 	const float Top = static_cast<float>(Geometry.GetAbsolutePosition().Y);
 	for (const FSlateRect& Rect : Place.Rects)
@@ -220,17 +282,4 @@ TArray<FSlateRect> ShownTexts::GetRects(const FShownPlace& Place)
 		Rects.Add(FSlateRect(Left + Rect.Left, Top + Rect.Top, Left + Rect.Right, Top + Rect.Bottom));
 	}
 	return Rects;
-}
-
-FSlateRect ShownTexts::GetClip(const SWidget& Widget, const SWidget& Outer)
-{
-	FSlateRect Clip = Outer.GetCachedGeometry().GetLayoutBoundingRect();
-	for (TSharedPtr<SWidget> Parent = Widget.GetParentWidget(); Parent && Parent.Get() != &Outer; Parent = Parent->GetParentWidget())
-	{
-		if (Parent->GetType() == ScrollBoxType)
-		{
-			Clip = Clip.IntersectionWith(Parent->GetCachedGeometry().GetLayoutBoundingRect());
-		}
-	}
-	return Clip;
 }

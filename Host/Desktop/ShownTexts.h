@@ -2,6 +2,7 @@
 
 #include "CoreMinimal.h"
 #include "Host/ConversationSearch.h"
+#include "Layout/Geometry.h"
 #include "Layout/SlateRect.h"
 #include "Widgets/SWidget.h"
 
@@ -33,6 +34,13 @@ struct FShownPlace
 	mutable float Scale = 0.0f;
 };
 
+/** Where a widget stands, and what of it is let through, in pixels of the window. */
+struct FSeenWidget
+{
+	FGeometry Geometry;
+	FSlateRect Clip;
+};
+
 /** Reads the texts of message rows as a user does: by the widgets, with what is folded away and can be unfolded. Game thread. */
 namespace ShownTexts
 {
@@ -47,9 +55,15 @@ namespace ShownTexts
 
 	TArray<FShownPlace> Split(const FShownText& Text, const Velmora::FFoundPlace& Place);
 
-	/** Where it stands, in pixels of the window, as painted last. Empty when the widget is gone. */
-	TArray<FSlateRect> GetRects(const FShownPlace& Place);
+	/**
+	 * What can be seen of a widget and below it, put in place anew: a line that was scrolled out of view keeps the place that it was
+	 * painted at last.
+	 */
+	TMap<const SWidget*, FSeenWidget> CollectSeen(SWidget& Outer);
 
-	/** What of a widget its scroll boxes, up to that outer one, let through. */
-	FSlateRect GetClip(const SWidget& Widget, const SWidget& Outer);
+	/** Where it stands now, seen or not. Unset when it is not below the outer widget, or is folded away. */
+	TOptional<FGeometry> FindGeometry(const SWidget& Widget, const SWidget& Outer);
+
+	/** The rectangles of the place in pixels of the window, its widget standing there. Empty when the widget is gone. */
+	TArray<FSlateRect> GetRects(const FShownPlace& Place, const FGeometry& Geometry);
 }

@@ -139,7 +139,7 @@ TEST_F(FShownTextTest, TheFrameStandsWhereTheTextIsPainted)
 	float Left = GetRect(*FindByText("Call ")).Left + 1.0f;
 	for (const FShownPlace& Part : Parts)
 	{
-		const TArray<FSlateRect> Rects = ShownTexts::GetRects(Part);
+		const TArray<FSlateRect> Rects = ShownTexts::GetRects(Part, Part.Widget.Pin()->GetCachedGeometry());
 		ASSERT_EQ(Rects.Num(), 1);
 		EXPECT_GT(Rects[0].Left, Left - 2.0f);
 		EXPECT_GT(Rects[0].Width(), 2.0f);
@@ -154,13 +154,43 @@ TEST_F(FShownTextTest, TheFrameStandsWhereTheTextIsPainted)
 	PumpFrame();
 	const TArray<FShownText> Wrapped = ShownTexts::Collect(*Long);
 	ASSERT_EQ(Wrapped.Num(), 1);
-	const TArray<FSlateRect> Lines = ShownTexts::GetRects(ShownTexts::Split(Wrapped[0], { 0, Wrapped[0].Text.Len() })[0]);
+	const FShownPlace All = ShownTexts::Split(Wrapped[0], { 0, Wrapped[0].Text.Len() })[0];
+	const TArray<FSlateRect> Lines = ShownTexts::GetRects(All, All.Widget.Pin()->GetCachedGeometry());
 	ASSERT_GT(Lines.Num(), 2);
 	for (int32 Line = 1; Line < Lines.Num(); ++Line)
 	{
 		EXPECT_GE(Lines[Line].Top, Lines[Line - 1].Bottom - 1.0f);
 	}
 	EXPECT_LE(Lines.Last().Bottom, GetRect(*Long).Bottom + 1.0f);
+}
+
+TEST_F(FShownTextTest, LinesOutOfViewHaveNoFrameWhereTheyStoodBefore)
+{
+	std::string Code = "```\n";
+	for (int32 Line = 0; Line < 60; ++Line)
+	{
+		Code += "needle " + std::to_string(Line) + "\n";
+	}
+	const TSharedRef<SScrollBox> Box =
+		SNew(SScrollBox) + SScrollBox::Slot()[SNew(SMarkdownTextBlock).Text(UTF8_TO_TCHAR((Code + "```").c_str()))];
+	Show(Box);
+	Resize(400, 300);
+	PumpFrame();
+	const TSharedPtr<SWidget> First = FindByText("needle 0");
+	const TSharedPtr<SWidget> Last = FindByText("needle 59");
+	ASSERT_TRUE(First && Last);
+	EXPECT_TRUE(ShownTexts::CollectSeen(*Box).Contains(First.Get()));
+	Box->ScrollToEnd();
+	PumpFrame();
+	const TMap<const SWidget*, FSeenWidget> Seen = ShownTexts::CollectSeen(*Box);
+	EXPECT_FALSE(Seen.Contains(First.Get()));
+	ASSERT_TRUE(Seen.Contains(Last.Get()));
+	EXPECT_EQ(Seen[Last.Get()].Geometry.GetAbsolutePosition(), Last->GetCachedGeometry().GetAbsolutePosition());
+	// The way back to it is known nevertheless.
+	const TOptional<FGeometry> Place = ShownTexts::FindGeometry(*First, *Box);
+	ASSERT_TRUE(Place);
+	EXPECT_LT(Place->GetAbsolutePosition().Y, GetRect(*Box).Top);
+	EXPECT_FALSE(ShownTexts::FindGeometry(*Box, *First));
 }
 
 TEST_F(FShownTextTest, WhatIsFoldedAwayIsReadAndUnfolded)
