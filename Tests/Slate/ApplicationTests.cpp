@@ -537,6 +537,9 @@ TEST(PopupPlacement, StaysInTheWindow)
 		{ "moved in from the right", FSlateRect(180, 10, 199, 30), MenuPlacement_BelowAnchor, FSlateRect(100, 32, 200, 72) },
 		{ "a submenu opens beside its row", FSlateRect(10, 50, 60, 76), MenuPlacement_MenuRight, FSlateRect(62, 50, 162, 90) },
 		{ "a submenu turns to the left at the edge", FSlateRect(120, 50, 190, 76), MenuPlacement_MenuRight, FSlateRect(18, 50, 118, 90) },
+		{ "a submenu without room beside its row leaves it free", FSlateRect(60, 50, 150, 76), MenuPlacement_MenuRight,
+			FSlateRect(100, 78, 200, 118) },
+		{ "and at the bottom too", FSlateRect(60, 150, 150, 176), MenuPlacement_MenuRight, FSlateRect(100, 108, 200, 148) },
 	};
 	for (const FCase& Case : Cases)
 	{

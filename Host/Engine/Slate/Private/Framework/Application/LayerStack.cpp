@@ -132,6 +132,11 @@ FSlateRect FPopup::PlacePopup(const FSlateRect& Anchor, const FVector2D& PopupSi
 	{
 		Place.X = LeftOf;
 	}
+	else if (Placement == MenuPlacement_MenuRight && Place.X + Width > WindowWidth)
+	{
+		// No room on either side: not over the row, where the click that opens a sub-menu would pick its first entry.
+		Place.Y = Below + Height <= WindowHeight || Above < 0.0f ? Below : Above;
+	}
 
 	// 3. Inside the window at any price: what cannot be seen cannot be picked.
 	const float X = FMath::Max(FMath::Min(Place.X, WindowWidth - Width), 0.0f);
