@@ -96,7 +96,7 @@ TEST_F(FLongPanel, KeptSizesAreThoseOfTheChildren)
 		const int32 Where = static_cast<int32>(Random() % Rows.size());
 		FRow& Row = Rows[Where];
 		// What changes the panel itself makes it look at everything anew, so that is rare.
-		switch (Random() % (Step % 20 == 0 ? 7 : 5))
+		switch (Random() % (Step % 20 == 0 ? 9 : 7))
 		{
 		case 0:
 			Row.Box->SetHeightOverride(AnySize(Random));
@@ -114,9 +114,16 @@ TEST_F(FLongPanel, KeptSizesAreThoseOfTheChildren)
 			*Row.Visibility = Random() % 2 ? EVisibility::Collapsed : EVisibility::Hidden;
 			break;
 		case 5:
-			Insert(Where);
+			Insert(static_cast<int32>(Rows.size()));
 			break;
 		case 6:
+			Row.Box = SNew(SBox).HeightOverride(AnySize(Random)).WidthOverride(AnySize(Random));
+			Panel->GetSlot(Where).AttachWidget(Row.Box);
+			break;
+		case 7:
+			Insert(Where);
+			break;
+		case 8:
 			Panel->RemoveSlot(Row.Box);
 			Rows.erase(Rows.begin() + Where);
 			break;

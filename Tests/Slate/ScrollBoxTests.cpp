@@ -6,6 +6,8 @@
 #include "Widgets/SBoxPanel.h"
 #include "Widgets/Text/STextBlock.h"
 
+#include <random>
+
 namespace
 {
 	/** Text that wraps to many lines at any width of these tests. */
@@ -240,6 +242,67 @@ TEST_F(FScrollBox, RowsThatCanChangeAreMeasuredInTurn)
 	EXPECT_EQ(Lengths[0], std::vector<float>({ 250000.0f + 30.0f + 40.0f - 40.0f - 200.0f, 100030.0f }));
 	EXPECT_EQ(Lengths[0], Lengths[1]);
 	EXPECT_EQ(TopsInView[0], TopsInView[1]);
+}
+
+TEST_F(FScrollBox, RowsKeepTheirPlacesWhateverHappensToSlots)
+{
+	ShowRows(40, 10);
+	std::vector<TSharedRef<SBox>> Shown(Rows.begin(), Rows.end());
+	std::mt19937 Random(11);
+	const auto Make = [&Random] { return SNew(SBox).HeightOverride(static_cast<float>(10 + Random() % 40)); };
+	for (int32 Step = 0; Step < 600; ++Step)
+	{
+		const int32 Where = static_cast<int32>(Random() % Shown.size());
+		const TSharedRef<SBox> New = Make();
+		switch (Random() % 7)
+		{
+		case 0:
+		case 1:
+			Box->AddSlot()[New];
+			Shown.push_back(New);
+			break;
+		case 2:
+			Box->InsertSlot(Where)[New];
+			Shown.insert(Shown.begin() + Where, New);
+			break;
+		case 3:
+			Box->RemoveSlot(Shown[Where]);
+			Shown.erase(Shown.begin() + Where);
+			break;
+		case 4:
+			Box->GetSlot(Where).AttachWidget(New);
+			Shown[Where] = New;
+			break;
+		case 5:
+			Shown[Where]->SetHeightOverride(static_cast<float>(10 + Random() % 40));
+			break;
+		case 6:
+			Shown[Where]->SetVisibility(Random() % 2 ? EVisibility::Collapsed : EVisibility::Visible);
+			break;
+		}
+		if (Random() % 3 == 0)
+		{
+			continue; // Several changes between two frames.
+		}
+		PumpFrame();
+		double Length = 0.0;
+		for (const TSharedRef<SBox>& Row : Shown)
+		{
+			Length += Row->GetVisibility().IsCollapsed() ? 0.0 : Row->GetDesiredSize().Y;
+		}
+		ASSERT_EQ(Box->GetScrollOffsetOfEnd(), static_cast<float>(Length) - 200.0f) << "step " << Step;
+	}
+}
+
+TEST_F(FScrollBox, ARowAtTheEndCostsNoneOfTheOthers)
+{
+	ShowRows(20000, 10);
+	PumpFrame();
+	const uint64 Before = SWidget::GetCounters().Measured;
+	AddRow(10);
+	PumpFrame();
+	EXPECT_LT(SWidget::GetCounters().Measured - Before, 100u);
+	EXPECT_EQ(Box->GetScrollOffsetOfEnd(), 20001 * 10.0f - 200.0f);
 }
 
 TEST_F(FScrollBox, RowsMayComeAndGoWhileTheyAreMeasured)

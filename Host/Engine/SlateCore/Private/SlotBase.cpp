@@ -67,11 +67,20 @@ void FSlotBase::InvalidateWidget(SWidget& InWidget)
 	InWidget.Invalidate(EInvalidateWidgetReason::Layout);
 }
 
+// A panel that watches its children hears which slot it was, and measures that one alone: what it keeps of the others stays good.
 void FSlotBase::InvalidateLayout()
 {
-	if (Owner)
+	if (!Owner)
 	{
-		Owner->Invalidate(EInvalidateWidgetReason::Layout);
+		return;
+	}
+	const bool bOwnChange = Owner->bNeedsPrepass;
+	Owner->Invalidate(EInvalidateWidgetReason::Layout);
+	if (Owner->bWatchesChildren)
+	{
+		Owner->bNeedsPrepass = bOwnChange;
+		Owner->bDescendantNeedsPrepass = true;
+		Owner->OnChildChanged(*Widget);
 	}
 }
 

@@ -28,6 +28,16 @@ void FChildWatch::Reset(int32 Count)
 	bBoundStale = false;
 }
 
+void FChildWatch::Grow(int32 Count)
+{
+	const int32 Known = Flags.Num();
+	Flags.SetNumZeroed(Count);
+	for (int32 Index = Known; Index < Count; ++Index)
+	{
+		NoteChanged(Index);
+	}
+}
+
 void FChildWatch::NoteChanged(int32 Index)
 {
 	if (Flags.IsValidIndex(Index) && (Flags[Index] & ChangedFlag) == 0)

@@ -11,10 +11,10 @@ void FKeptLengths::SetCount(int32 Count)
 	{
 		return;
 	}
+	FirstChanged = FMath::Min(FirstChanged, FMath::Min(Lengths.Num(), Count));
+	bMaxAcrossStale = bMaxAcrossStale || Count < Lengths.Num();
 	Lengths.SetNumZeroed(Count);
 	Acrosses.SetNumZeroed(Count);
-	FirstChanged = 0;
-	bMaxAcrossStale = true;
 }
 
 void FKeptLengths::Keep(int32 Index, double Length, double Across)
@@ -43,8 +43,8 @@ bool FKeptLengths::Update()
 	}
 	if (Starts.Num() != Count + 1)
 	{
+		FirstChanged = FMath::Min(FirstChanged, NumPlaced());
 		Starts.SetNumZeroed(Count + 1);
-		FirstChanged = 0;
 	}
 	else if (FirstChanged >= Count)
 	{

@@ -2,6 +2,7 @@
 
 #include "Host/KeptLengths.h"
 #include "Layout/LayoutUtils.h"
+#include "Widgets/SNullWidget.h"
 
 #include <algorithm>
 #include <array>
@@ -84,7 +85,13 @@ struct SBoxPanel::FKeptSizes
 	float Overhang = 0.0f;
 	/** Children share room, or starts do not grow, so that places cannot be looked up. */
 	bool bUnsearchable = false;
+	/** A slot between others came or got another widget, so that what is kept stands for others. */
+	bool bStale = false;
+	/** The last child that is kept, to be compared and not to be used. */
+	const SWidget* LastChild = nullptr;
 
+	/** Goes on to the children that came at the end. False when others came or went. */
+	bool TakeAppended(SBoxPanel& Panel);
 	/** Begins anew, and measures every child. */
 	void MeasureAll(SBoxPanel& Panel, float LayoutScale);
 	/** False when a bound function added or removed children meanwhile: the next measuring is asked for then. */
@@ -115,7 +122,7 @@ void SBoxPanel::PrepassChildren(float LayoutScale, bool bOwnChange)
 		return;
 	}
 	// What the panel itself changed may concern every child; that is rare, and all are measured anew.
-	if (!Kept || bOwnChange || !HasKeptSizes())
+	if (!Kept || bOwnChange || Kept->bStale || !Kept->TakeAppended(*this))
 	{
 		Kept = MakeUnique<FKeptSizes>();
 		Kept->MeasureAll(*this, LayoutScale);
@@ -148,12 +155,35 @@ void SBoxPanel::PrepassChildren(float LayoutScale, bool bOwnChange)
 	Kept->Lengths.MeasureInTurn(Kept->bUnsearchable, Measure);
 }
 
+bool SBoxPanel::FKeptSizes::TakeAppended(SBoxPanel& Panel)
+{
+	const int32 Known = Lengths.Num();
+	const int32 Count = Panel.Children.Num();
+	if (Count == Known)
+	{
+		return true;
+	}
+	if (Count < Known || &Panel.Children.GetChildRefAt(Known - 1) != LastChild)
+	{
+		return false;
+	}
+	for (int32 Index = Known; Index < Count; ++Index)
+	{
+		Panel.SetChildNumber(Panel.Children.GetChildRefAt(Index), Index);
+	}
+	LastChild = &Panel.Children.GetChildRefAt(Count - 1);
+	Lengths.SetCount(Count);
+	Lengths.Watch.Grow(Count);
+	return true;
+}
+
 void SBoxPanel::FKeptSizes::MeasureAll(SBoxPanel& Panel, float LayoutScale)
 {
 	const int32 Count = Panel.Children.Num();
 	Panel.WatchChildren();
 	Lengths.SetCount(Count);
 	Lengths.Watch.Reset(Count);
+	LastChild = &Panel.Children.GetChildRefAt(Count - 1);
 	// Numbers first: a child may report a change while its elder siblings are measured.
 	for (int32 Index = 0; Index < Count; ++Index)
 	{
@@ -183,11 +213,26 @@ bool SBoxPanel::FKeptSizes::Measure(SBoxPanel& Panel, int32 Index, float LayoutS
 
 void SBoxPanel::OnChildChanged(SWidget& Child)
 {
+	if (!Kept || Kept->bStale)
+	{
+		return;
+	}
+	// 1. One that is kept. The empty widget may stand in several slots, so that its number says nothing.
+	const int32 Known = Kept->Lengths.Num();
 	const int32 Index = GetChildNumber(Child);
-	if (Kept && Index >= 0 && Index < Children.Num() && &Children.GetChildRefAt(Index) == &Child)
+	const bool bIsEmpty = &Child == &SNullWidget::GetNullWidget().Get();
+	if (!bIsEmpty && Index >= 0 && Index < FMath::Min(Known, Children.Num()) && &Children.GetChildRefAt(Index) == &Child)
 	{
 		Kept->Lengths.Watch.NoteChanged(Index);
+		return;
 	}
+	// 2. One that came at the end will be measured in any case. Anything else means that slots are no longer what they were.
+	bool bIsNew = false;
+	for (int32 New = Children.Num() - 1; New >= Known && !bIsNew; --New)
+	{
+		bIsNew = &Children.GetChildRefAt(New) == &Child;
+	}
+	Kept->bStale = Kept->bStale || !bIsNew;
 }
 
 void SBoxPanel::KeepSize(int32 Index) const
@@ -214,7 +259,7 @@ void SBoxPanel::KeepSize(int32 Index) const
 
 bool SBoxPanel::HasKeptSizes() const
 {
-	return Kept && Kept->Lengths.Num() == Children.Num();
+	return Kept && !Kept->bStale && Kept->Lengths.Num() == Children.Num();
 }
 
 FVector2D SBoxPanel::ComputeDesiredSize(float LayoutScaleMultiplier) const

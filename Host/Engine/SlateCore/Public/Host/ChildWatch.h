@@ -12,6 +12,8 @@ class SLATECORE_API FChildWatch
 public:
 	/** So many children, none of them changed or bound. */
 	void Reset(int32 Count);
+	/** More children than before, the new ones at the end and noted as changed. */
+	void Grow(int32 Count);
 	void NoteChanged(int32 Index);
 	/** Hands the changed ones over, each once, in the order in which they were noted, and forgets them. */
 	TArray<int32> TakeChanged();

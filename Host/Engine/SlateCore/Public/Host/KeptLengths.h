@@ -12,7 +12,7 @@
 class SLATECORE_API FKeptLengths
 {
 public:
-	/** So many children. Another count than before makes all starts anew, since nothing says which children came or went. */
+	/** So many children. More than before are new ones at the end; the others keep what was kept of them. */
 	void SetCount(int32 Count);
 	/** Takes over what a child wants, padding included; zeros for a collapsed one. */
 	void Keep(int32 Index, double Length, double Across);

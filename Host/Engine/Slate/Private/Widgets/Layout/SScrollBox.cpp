@@ -4,6 +4,7 @@
 #include "DescendantView.h"
 #include "Layout/LayoutUtils.h"
 #include "Widgets/SBoxPanel.h"
+#include "Widgets/SNullWidget.h"
 
 // A box that scrolls long content without anything in view jumping. Content is measured late: rows out of view keep the
 // length they had, and turn out longer or shorter when they come in. So the offset is not what is kept in place. What is
@@ -166,7 +167,7 @@ void SScrollBox::SetMeasureEverything(bool bInMeasureEverything)
 void SScrollBox::PrepassChildren(float LayoutScale, bool bOwnChange)
 {
 	Bar->SlatePrepass(LayoutScale);
-	if (bOwnChange || bMeasureEverything)
+	if (bOwnChange || bMeasureEverything || !TakeAppended())
 	{
 		if (!TakeChildren(LayoutScale))
 		{
@@ -181,7 +182,6 @@ void SScrollBox::PrepassChildren(float LayoutScale, bool bOwnChange)
 			{
 				return;
 			}
-			Kept.Watch.SetBound(Index, Kids[Index]->HasSizeBindings());
 		}
 	}
 	for (int32 Index = Kept.GetShownBegin(); Index < FMath::Min(Kept.GetShownEnd(), Kids.Num()); ++Index)
@@ -208,7 +208,7 @@ bool SScrollBox::TakeChildren(float LayoutScale)
 		SetChildNumber(Child, Index);
 		Kept.Watch.SetBound(Index, Child.HasSizeBindings());
 	}
-	for (int32 Index = 0; Index < Count; ++Index)
+	for (int32 Index = 0; Index < Kids.Num(); ++Index)
 	{
 		if (bMeasureEverything || !Kids[Index]->IsMeasuredAt(LayoutScale))
 		{
@@ -216,7 +216,6 @@ bool SScrollBox::TakeChildren(float LayoutScale)
 			{
 				return false;
 			}
-			Kept.Watch.SetBound(Index, Kids[Index]->HasSizeBindings());
 		}
 		else
 		{
@@ -226,12 +225,54 @@ bool SScrollBox::TakeChildren(float LayoutScale)
 	return true;
 }
 
+bool SScrollBox::TakeAppended()
+{
+	const int32 Known = Kids.Num();
+	const int32 Count = Slots.Num();
+	if (Known == Count)
+	{
+		return true;
+	}
+	if (Known == 0 || Count < Known || &Slots.GetChildRefAt(Known - 1) != Kids.Last())
+	{
+		return false;
+	}
+	for (int32 Index = Known; Index < Count; ++Index)
+	{
+		SWidget& Child = Slots.GetChildRefAt(Index);
+		Kids.Add(&Child);
+		SetChildNumber(Child, Index);
+	}
+	Kept.SetCount(Count);
+	Kept.Watch.Grow(Count);
+	return true;
+}
+
 void SScrollBox::OnChildChanged(SWidget& Child)
 {
+	// 1. The bar is measured in any case.
+	if (&Child == Bar.Get())
+	{
+		return;
+	}
+	// 2. One that was taken. The empty widget may stand in several slots, so that its number says nothing.
 	const int32 Index = GetChildNumber(Child);
-	if (Index >= 0 && Index < Slots.Num() && &Slots.GetChildRefAt(Index) == &Child)
+	const bool bIsEmpty = &Child == &SNullWidget::GetNullWidget().Get();
+	if (!bIsEmpty && Index >= 0 && Index < FMath::Min(Kids.Num(), Slots.Num()) && &Slots.GetChildRefAt(Index) == &Child &&
+		Kids[Index] == &Child)
 	{
 		Kept.Watch.NoteChanged(Index);
+		return;
+	}
+	// 3. One that came at the end will be taken in any case. Anything else means that slots are no longer what they were.
+	bool bIsNew = Kids.Num() == 0;
+	for (int32 New = Slots.Num() - 1; New >= Kids.Num() && !bIsNew; --New)
+	{
+		bIsNew = &Slots.GetChildRefAt(New) == &Child;
+	}
+	if (!bIsNew)
+	{
+		Kids.Reset();
 	}
 }
 
@@ -247,10 +288,11 @@ bool SScrollBox::MeasureChild(int32 Index, float LayoutScale)
 	{
 		Kids[Index]->SlatePrepass(LayoutScale);
 	}
-	if (Slots.Num() != Count)
+	if (Slots.Num() != Count || Kids.Num() != Count)
 	{
 		return false;
 	}
+	Kept.Watch.SetBound(Index, Kids[Index]->HasSizeBindings());
 	TakeLength(Index);
 	return true;
 }

@@ -139,6 +139,8 @@ private:
 	bool MeasureChild(int32 Index, float LayoutScale);
 	/** Numbers the children and measures those that were not yet. */
 	bool TakeChildren(float LayoutScale);
+	/** Numbers those that came at the end, to be measured as changed ones are. False when others came or went. */
+	bool TakeAppended();
 	/** Takes over what a child wants. */
 	void TakeLength(int32 Index);
 	/** Brings the starts in line with the lengths and moves the offset along with what is held. */
@@ -173,7 +175,7 @@ private:
 	bool bBarAlwaysVisible = false;
 
 	mutable FKeptLengths Kept;
-	/** The slots' widgets again, to walk them without touching the slots; good as long as no slot changes. */
+	/** The widgets of the slots that were taken, to walk them without touching the slots. Empty when a slot got another widget. */
 	TArray<SWidget*> Kids;
 	mutable TWeakPtr<SWidget> AnchorWidget;
 	mutable TWeakPtr<SWidget> PendingView;
