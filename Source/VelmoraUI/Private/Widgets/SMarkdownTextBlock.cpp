@@ -10,6 +10,7 @@ void SMarkdownTextBlock::Construct(const FArguments& InArgs)
 	bAutoWrapText = InArgs._AutoWrapText;
 	WrapTextAt = InArgs._WrapTextAt;
 	Margin = InArgs._Margin;
+	StayAwake.SetUp(*this, [this] { return HasBlocksToBuild(); });
 
 	// clang-format off
 	ChildSlot
@@ -50,27 +51,8 @@ void SMarkdownTextBlock::RebuildContent()
 	ParsedTokens = Velmora::Markdown::FMarkdownParser::Parse(CurrentText);
 	LastParsedText = CurrentText;
 
-	// 3. A widget for each block. Inline tokens are gathered until the next block, since they share their lines.
-	TArray<FMarkdownToken> Run;
-	for (const FMarkdownToken& Token : ParsedTokens)
-	{
-		if (Token.IsInline())
-		{
-			Run.Add(Token);
-			continue;
-		}
-		AddInlineRun(Run, FMargin(0.0f, 2.0f));
-		// clang-format off
-		ContentBox->AddSlot()
-		.AutoHeight()
-		.Padding(0.0f, 1.0f)
-		[
-			BuildBlockToken(Token)
-		];
-		// clang-format on
-	}
-	// 4. What is left over has nothing below it to keep a distance from.
-	AddInlineRun(Run, FMargin(0.0f));
+	NextToken = 0;
+	BuildBlocks();
 
 	// Blanks alone parse to nothing, and still are a text.
 	if (ParsedTokens.Num() == 0 && !CurrentText.IsEmpty())
@@ -86,6 +68,44 @@ void SMarkdownTextBlock::RebuildContent()
 		];
 		// clang-format on
 	}
+}
+
+// A widget for each block. Inline tokens are gathered until the next block, since they share their lines.
+void SMarkdownTextBlock::BuildBlocks()
+{
+	// 1. Up to the next token that is no part of a run, so that no run is cut in two.
+	const int32 Enough = ContentBox->NumSlots() + BlocksPerFrame;
+	TArray<FMarkdownToken> Run;
+	while (HasBlocksToBuild() && ContentBox->NumSlots() < Enough)
+	{
+		const FMarkdownToken& Token = ParsedTokens[NextToken++];
+		if (Token.IsInline())
+		{
+			Run.Add(Token);
+			continue;
+		}
+		AddInlineRun(Run, FMargin(0.0f, 2.0f));
+		// clang-format off
+		ContentBox->AddSlot()
+		.AutoHeight()
+		.Padding(0.0f, 1.0f)
+		[
+			BuildBlockToken(Token)
+		];
+		// clang-format on
+	}
+	// 2. What is left over has nothing below it to keep a distance from.
+	AddInlineRun(Run, FMargin(0.0f));
+}
+
+void SMarkdownTextBlock::Tick(const FGeometry& AllottedGeometry, const double InCurrentTime, const float InDeltaTime)
+{
+	SCompoundWidget::Tick(AllottedGeometry, InCurrentTime, InDeltaTime);
+	if (HasBlocksToBuild())
+	{
+		BuildBlocks();
+	}
+	StayAwake.Update();
 }
 
 void SMarkdownTextBlock::AddInlineRun(TArray<FMarkdownToken>& Run, const FMargin& Padding)
