@@ -199,6 +199,25 @@ TEST_F(ModelActivity, IsBounded)
 	EXPECT_LE(FAgentActivity::GetEntries()[0]->Text.Len(), 2 * FAgentActivity::MaxTextLength + 64);
 	EXPECT_TRUE(FAgentActivity::GetEntries()[0]->Text.EndsWith(TEXT("the end")));
 
+	// More than is kept between two frames: no more of it is taken over, and characters stay whole.
+	const uint32 Fast = Feed.Open({});
+	std::string Letters;
+	while (Letters.size() < 64 * 1024)
+	{
+		Letters += "\u00e4";
+	}
+	for (int Piece = 0; Piece < 20; ++Piece)
+	{
+		Feed.AddPiece(Fast, false, Letters);
+	}
+	// The cut falls into the middle of one.
+	Feed.AddPiece(Fast, false, "x");
+	PumpUntilQuiet();
+	const std::string Kept = Utf8(FAgentActivity::GetEntries().Last()->Text);
+	EXPECT_LE(Kept.size(), static_cast<size_t>(FAgentActivity::MaxTextLength) + 64);
+	EXPECT_EQ(Kept.substr(0, 10), "[\u2026] \u00e4\u00e4");
+	EXPECT_EQ(Kept.find("\ufffd"), std::string::npos);
+
 	for (int Round = 0; Round < FAgentActivity::MaxEntries + 10; ++Round)
 	{
 		FAgentActivityEntry Entry;

@@ -62,16 +62,30 @@ namespace Velmora
 			return 0;
 		}
 
+		constexpr const TCHAR* CutMark = TEXT("[…] ");
+
 		void AppendBytes(FString& Text, std::string& Held, const std::string& Bytes)
 		{
 			Held += Bytes;
+			// A frame waits for this, and a fast server sends more in its time than is kept: that is not even converted.
+			constexpr size_t MaxBytes = static_cast<size_t>(FAgentActivity::MaxTextLength);
+			if (Held.size() > MaxBytes)
+			{
+				size_t First = Held.size() - MaxBytes;
+				while (First < Held.size() && (static_cast<unsigned char>(Held[First]) & 0xC0) == 0x80)
+				{
+					++First;
+				}
+				Held.erase(0, First);
+				Text = CutMark;
+			}
 			const size_t Length = Held.size() - CountHeldBytes(Held);
 			Text += Utf8Text::ToString(std::string_view(Held).substr(0, Length));
 			Held.erase(0, Length);
 			// The end of what streams is what one looks at.
 			if (Text.Len() > 2 * FAgentActivity::MaxTextLength)
 			{
-				Text = TEXT("[…] ") + Text.Right(FAgentActivity::MaxTextLength);
+				Text = CutMark + Text.Right(FAgentActivity::MaxTextLength);
 			}
 		}
 

@@ -75,8 +75,20 @@ namespace Velmora::Utf8Text
 	{
 		std::string Out;
 		Out.reserve(Bytes.size());
+		const auto IsPlain = [](char Byte) { return (Byte >= ' ' && Byte < 0x7F) || Byte == '\t' || Byte == '\n'; };
 		for (size_t Index = 0; Index < Bytes.size();)
 		{
+			// Nearly all of a text is plain: a run at a time.
+			const size_t Start = Index;
+			while (Index < Bytes.size() && IsPlain(Bytes[Index]))
+			{
+				++Index;
+			}
+			Out.append(Bytes, Start, Index - Start);
+			if (Index == Bytes.size())
+			{
+				break;
+			}
 			const char32_t Code = ReadCodePoint(Bytes, Index);
 			// CR LF and a lone CR are one line end here, so that nobody else has to know them.
 			if (Code == '\r')
