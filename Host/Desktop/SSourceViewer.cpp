@@ -282,6 +282,8 @@ void SSourceViewer::Open(const FString& InPath, int32 Line)
 	else if (Text.Lines.Num() > 0)
 	{
 		GoToLine(FramedLine);
+		// Once more when the file turns out to have changed: the line may be one that it did not have.
+		bWantsLine = true;
 	}
 	FSlateApplication::Get().SetKeyboardFocus(List, EFocusCause::SetDirectly);
 	Read();
@@ -318,6 +320,10 @@ void SSourceViewer::Read()
 					if (bIsWanted && Now.IsSet())
 					{
 						Self->Take(MoveTemp(Now.GetValue()));
+					}
+					else if (bIsWanted && !bReadAgain)
+					{
+						Self->bWantsLine = false;
 					}
 					if (bReadAgain || !bIsWanted)
 					{

@@ -1,5 +1,6 @@
 #include "Desktop/WorkerTest.h"
 #include "Framework/Docking/TabManager.h"
+#include "Host/HostTasks.h"
 #include "Host/ProjectFileChanges.h"
 #include "SSourceViewer.h"
 #include "Style/VelmoraUIStyles.h"
@@ -147,6 +148,26 @@ TEST_F(FSourceViewerTest, ShowsTheLineThatWasAskedForAndFollowsTheFile)
 	Velmora::FProjectFileListeners::Broadcast(Velmora::FProjectFileChanges());
 	EXPECT_TRUE(Wait([this] { return Sees(Folder.AtBytes("long.txt") + " does not exist any more."); }));
 
+	// Changed once it was read and before that was shown: it is read again.
+	WriteLines(3, "early");
+	Viewer->Open(Folder.At(TEXT("long.txt")), 1);
+	FHostTasks::WaitForBackground(30.0);
+	WriteLines(4, "late");
+	Viewer->Open(Folder.At(TEXT("long.txt")), 1);
+	EXPECT_TRUE(Wait([] { return Sees("late4"); }));
+
+	// A line that the file has since it was shown.
+	WriteLines(300, "grown");
+	Viewer->Open(Folder.At(TEXT("long.txt")), 250);
+	EXPECT_TRUE(Wait([] { return Sees("grown250"); }));
+	EXPECT_EQ(State(), "Line 250, 300 lines");
+	// It was gone to once.
+	PressKey("Down");
+	WriteLines(301, "again");
+	Velmora::FProjectFileListeners::Broadcast(Velmora::FProjectFileChanges());
+	EXPECT_TRUE(Wait([] { return Sees("again251"); }));
+	EXPECT_EQ(State(), "Line 251, 301 lines");
+
 	// A line behind the end is the last one.
 	WriteLines(3, "short");
 	Viewer->Open(Folder.At(TEXT("long.txt")), 99);
@@ -171,10 +192,17 @@ TEST_F(FSourceViewerTest, FindCountsStepsAndScrolls)
 	EXPECT_TRUE(Wait([] { return Sees("line1000"); }));
 	Find->Step(-1);
 	EXPECT_TRUE(Wait([] { return Sees("line109"); }));
-	Find->SetQuery({ TEXT("line1"), true, true });
-	Find->Step(1);
+	Find->SetQuery({ TEXT("line299"), true });
+	ASSERT_TRUE(Wait([this] { return Find->IsComplete(); }));
+	ASSERT_EQ(Find->GetCount(), 11) << "299 and 2990 to 2999";
+	while (Find->GetCurrentNumber() < 11)
+	{
+		Find->Step(1);
+	}
 	Find->Step(1);
 	EXPECT_EQ(Find->GetCurrentNumber(), 1) << "around the end";
+	Find->Step(-1);
+	EXPECT_EQ(Find->GetCurrentNumber(), 11);
 
 	Viewer->Open(Folder.At(TEXT("wide.txt")), 0);
 	Find->SetQuery({ TEXT("needle") });
@@ -199,6 +227,9 @@ TEST_F(FSourceViewerTest, ATextThatGoesTakesItsHitsAlong)
 	PumpFrame();
 	EXPECT_EQ(Find->GetCount(), 0);
 	Show(Later);
-	Later->Open(Folder.At(TEXT("a.txt")), 0);
-	EXPECT_TRUE(Wait([this] { return Find->GetCount() == 1; }));
+	WriteLines(900, "needle");
+	Find->SetQuery({ TEXT("needle880") });
+	Later->Open(Folder.At(TEXT("long.txt")), 0);
+	EXPECT_TRUE(Wait([] { return Sees("needle880"); }));
+	EXPECT_EQ(Find->GetCount(), 1);
 }
