@@ -379,7 +379,7 @@ TEST_F(AgentAnswers, StrangeFilesAreLeftOutInWords)
 
 	// A fence in a file must not end the fence around it.
 	const std::string Fenced = Ask("show fence.md");
-	EXPECT_TRUE(Holds(Fenced, "'''\n" + Name + "\n'''\n```\n")) << Fenced;
+	EXPECT_TRUE(Holds(Fenced, "**```**\n```\n" + Name + "\n```\n**```**")) << Fenced;
 }
 
 TEST_F(AgentAnswers, UnreadableThingsAreSaid)

@@ -77,6 +77,98 @@ namespace Velmora::AnswerMarkdown
 		}
 	}
 
+	namespace
+	{
+		/** In bold nothing but two asterisks has a meaning, or one at either end. */
+		bool FitsBold(std::string_view Text)
+		{
+			return !Text.empty() && Text.find("**") == std::string_view::npos && Text.front() != '*' && Text.back() != '*';
+		}
+
+		/**
+		 * Lines as code. The front end's code ends at the first three backquotes, however many opened it, so a text with fences of its
+		 * own is shown in pieces: each fence in bold between the code before and after it, which has the colours of its own language.
+		 */
+		class FFencedLines
+		{
+		public:
+			explicit FFencedLines(std::string_view InLanguage)
+				: Language(InLanguage)
+				, OuterLanguage(InLanguage)
+			{
+			}
+
+			void Add(std::string_view Line)
+			{
+				const size_t Length = std::min(Line.find_first_not_of('`'), Line.size());
+				const std::string_view Words = Utf8Text::Trim(Line.substr(Length));
+				const std::string_view Whole = Utf8Text::Trim(Line);
+				if (Length < FenceLength || Words.find("```") != std::string_view::npos || !FitsBold(Whole))
+				{
+					AddCode(Line);
+					return;
+				}
+				EndCode();
+				Out += "**" + std::string(Whole) + "**\n";
+				if (OpenLength == 0)
+				{
+					OpenLength = Length;
+					Language = IsTag(Words) ? std::string(Words) : std::string();
+				}
+				else if (Length >= OpenLength && Words.empty())
+				{
+					OpenLength = 0;
+					Language = OuterLanguage;
+				}
+			}
+
+			std::string Finish()
+			{
+				EndCode();
+				return Out.empty() ? "```" + Language + "\n```\n" : std::move(Out);
+			}
+
+			/** Backquotes that stood in a line, and no fence. */
+			bool HasOthers() const { return bHasOthers; }
+
+		private:
+			static constexpr size_t FenceLength = 3;
+
+			static bool IsTag(std::string_view Words)
+			{
+				return std::all_of(Words.begin(), Words.end(),
+					[](char Letter) { return Utf8Text::IsWordByte(Letter) || Letter == '+' || Letter == '#' || Letter == '-'; });
+			}
+
+			void AddCode(std::string_view Line)
+			{
+				if (!bIsInCode)
+				{
+					Out += "```" + Language + '\n';
+					bIsInCode = true;
+				}
+				std::string Shown(Line);
+				bHasOthers = bHasOthers || Shown.find("```") != std::string::npos;
+				ReplaceEach(Shown, "```", "'''");
+				Out += Shown + '\n';
+			}
+
+			void EndCode()
+			{
+				Out += bIsInCode ? "```\n" : "";
+				bIsInCode = false;
+			}
+
+			std::string Out;
+			std::string Language;
+			const std::string OuterLanguage;
+			/** Backquotes of the fence of the text that is open; 0 for none. */
+			size_t OpenLength = 0;
+			bool bIsInCode = false;
+			bool bHasOthers = false;
+		};
+	}
+
 	std::string InlineCode(std::string_view Text, size_t MaxCharacters)
 	{
 		std::string Out = Utf8Text::Shorten(OneLine(Text), MaxCharacters);
@@ -90,9 +182,7 @@ namespace Velmora::AnswerMarkdown
 	std::string FileName(std::string_view Path, size_t MaxCharacters)
 	{
 		const std::string Name = Utf8Text::Shorten(OneLine(Path), MaxCharacters);
-		// In bold nothing but two asterisks has a meaning, or one at either end.
-		const bool bFitsBold = !Name.empty() && Name.find("**") == std::string::npos && Name.front() != '*' && Name.back() != '*';
-		return !FitsCode(Name) && bFitsBold ? "**" + Name + "**" : InlineCode(Name, MaxCharacters);
+		return !FitsCode(Name) && FitsBold(Name) ? "**" + Name + "**" : InlineCode(Name, MaxCharacters);
 	}
 
 	std::string FileLink(const FProjectPath& Path, int Line)
@@ -148,24 +238,23 @@ namespace Velmora::AnswerMarkdown
 	std::string CodeBlock(std::string_view Text, std::string_view Language)
 	{
 		const std::string Clean = Utf8Text::Sanitise(Text);
-		std::string Body;
+		FFencedLines Shown(Language);
+		size_t Size = 0;
 		size_t CutLines = 0;
 		size_t LeftOut = 0;
 		for (const std::string_view Line : Utf8Text::SplitLines(Clean))
 		{
-			if (LeftOut > 0 || Body.size() > MaxBlockBytes)
+			if (LeftOut > 0 || Size > MaxBlockBytes)
 			{
 				++LeftOut;
 				continue;
 			}
 			const std::string Short = Utf8Text::Shorten(Line, MaxBlockLineCharacters);
 			CutLines += Short.size() != Line.size() ? 1 : 0;
-			Body += Short + '\n';
+			Size += Short.size() + 1;
+			Shown.Add(Short);
 		}
-		const bool bHoldsFence = Body.find("```") != std::string::npos;
-		ReplaceEach(Body, "```", "'''");
-
-		std::string Out = "```" + std::string(Language) + '\n' + Body + "```\n";
+		std::string Out = Shown.Finish();
 		if (CutLines > 0)
 		{
 			Out += Utf8Text::Count(CutLines, "line is", "lines are") + " longer than shown here.\n";
@@ -174,9 +263,9 @@ namespace Velmora::AnswerMarkdown
 		{
 			Out += Utf8Text::Count(LeftOut, "more line follows", "more lines follow") + ".\n";
 		}
-		if (bHoldsFence)
+		if (Shown.HasOthers())
 		{
-			Out += "Fences of three backticks in the file are shown as three apostrophes.\n";
+			Out += "Three backticks within a line are shown as three apostrophes.\n";
 		}
 		return Out;
 	}

@@ -32,7 +32,8 @@ namespace Velmora::AnswerMarkdown
 	std::string TableCell(std::string_view Text);
 
 	/**
-	 * A fenced block. Long lines are cut, and what goes beyond the bound of bytes is left out; both are said below it.
+	 * A fenced block; several, when the text has fences of its own, with each of these in bold between them. Long lines are cut, and
+	 * what goes beyond the bound of bytes is left out; both are said below it.
 	 *
 	 * @param Text  Whole lines.
 	 */
