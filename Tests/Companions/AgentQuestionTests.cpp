@@ -115,7 +115,7 @@ TEST_F(AgentQuestionTests, ContinueAllowsOnceATextRefusesAndCancelStops)
 	ASSERT_TRUE(AskUntilPaused("create .envrc with \"export A=1\""));
 	EXPECT_TRUE(Holds(LastAnswer, ".envrc")) << LastAnswer;
 	EXPECT_TRUE(Holds(LastAnswer, "export A=1")) << LastAnswer;
-	EXPECT_TRUE(Holds(LastAnswer, "**Continue**")) << LastAnswer;
+	EXPECT_TRUE(Holds(LastAnswer, "\n\nI ask since ") && Holds(LastAnswer, "\nContinue with an empty prompt")) << LastAnswer;
 	EXPECT_TRUE(Agent->CanUndo());
 	EXPECT_EQ(Agent->GetCurrentConversationMetadata()->GetMessageCount(), 1) << "A question is no message of the conversation.";
 	FHostClock::Advance(LongEnough);
@@ -275,10 +275,11 @@ TEST(PermissionRules, DenyBeatsAllowAndPrefixesAreLiteral)
 {
 	const std::string Path = testing::TempDir() + "velmora-rules-test/project.rules";
 	std::filesystem::remove_all(std::filesystem::path(Path).parent_path());
-	FPermissionRules Rules(Path, { "read_file Docs/" });
+	FPermissionRules Rules(Path, { "read_file Docs/", "" });
 	EXPECT_EQ(Rules.Add({ true, "edit_file", ".vscode/" }), "");
 	EXPECT_EQ(Rules.Add({ false, "edit_file", ".vscode/tasks" }), "");
 	EXPECT_EQ(Rules.Add({ true, "run_command", "make\ttest\\\n" }), "");
+	EXPECT_EQ(Rules.Add({ true, "odd\ttool", "a" }), "");
 	const std::tuple<const char*, const char*, EPermission> Cases[] = {
 		{ "edit_file", ".vscode/settings.json", EPermission::Allowed },
 		{ "edit_file", ".vscode/tasks.json", EPermission::Denied },
@@ -287,6 +288,7 @@ TEST(PermissionRules, DenyBeatsAllowAndPrefixesAreLiteral)
 		{ "delete_file", ".vscode/settings.json", EPermission::Ask },
 		{ "run_command", "make\ttest\\\nall", EPermission::Allowed },
 		{ "run_command", "make", EPermission::Ask },
+		{ "odd\ttool", "ab", EPermission::Allowed },
 		{ "read_file", "Docs/a.md", EPermission::Allowed },
 		{ "read_file", "Doc", EPermission::Ask },
 	};

@@ -17,7 +17,8 @@ namespace Velmora
 		/** Whoever continues sooner than this has not read the question: the click was meant for something else. */
 		constexpr double ReadingSeconds = 0.7;
 
-		const TCHAR* AnswerHelp = TEXT("**Continue** with an empty prompt allows it once. Continue with a text refuses it and passes the "
+		// Without a word in bold: a line with one is not wrapped.
+		const TCHAR* AnswerHelp = TEXT("Continue with an empty prompt allows it once. Continue with a text refuses it and passes the "
 									   "text on, also with one that stands in the prompt already. Cancel refuses it and stops.");
 	}
 

@@ -130,8 +130,8 @@ namespace Velmora
 		FTurnQuestion Asked;
 		Asked.Tool = Tool;
 		Asked.Subject = Question.Subject;
-		Asked.Text = "May I change " + AnswerMarkdown::FileName(Question.Subject, 160) + " with " + std::string(Tool) + "? I ask since " +
-			Question.Reason + ".\n" + Question.Details;
+		Asked.Text = "May I change " + AnswerMarkdown::FileName(Question.Subject, 160) + " with " + std::string(Tool) +
+			"?\n\nI ask since " + Question.Reason + ".\n" + Question.Details;
 		OutAnswer = AskUser(Desk.Input, Desk.Control, Desk.Sink, Asked);
 		Desk.NextPrompt = OutAnswer.Decision.Words;
 		return OutAnswer.Decision.Kind != EDecision::Stopped;

@@ -208,7 +208,7 @@ namespace Velmora
 		Question.Subject = Result.Question->Subject;
 		Question.Text = Row.Kind == EToolKind::Command ? Result.Question->Reason
 													   : "May the model use " + std::string(Row.Name) + " on " +
-				AnswerMarkdown::FileName(Question.Subject, 160) + "? I ask since " + Result.Question->Reason + '.';
+				AnswerMarkdown::FileName(Question.Subject, 160) + "?\n\nI ask since " + Result.Question->Reason + '.';
 		const std::string Shown = Result.Question->Details.empty() ? ShowContent(Arguments, Question.Subject) : Result.Question->Details;
 		Question.Text += (Shown.empty() ? "" : "\n\n") + Shown;
 		FPermissionAnswer Answer = AskUser(Input, Control, Sink, Question);
