@@ -2,6 +2,8 @@
 
 #include "Host/HostUtf8.h"
 
+#include <algorithm>
+
 namespace
 {
 	constexpr uint32 RawByteBase = 0xDC00; // A byte 0x80..0xFF stands at this base plus its value.
@@ -26,9 +28,21 @@ std::string HostFileNameToBytes(FStringView Name)
 {
 	std::string Out;
 	Out.reserve(std::size_t(Name.Len()));
+	const TCHAR* const Units = Name.GetData();
 	for (int32 Index = 0; Index < Name.Len(); ++Index)
 	{
-		const TCHAR Unit = Name[Index];
+		// Whole texts go this way, too: a stretch of ASCII is copied at once.
+		const int32 PlainEnd =
+			static_cast<int32>(std::find_if(Units + Index, Units + Name.Len(), [](TCHAR Unit) { return Unit >= 0x80; }) - Units);
+		if (PlainEnd > Index)
+		{
+			const std::size_t Known = Out.size();
+			Out.resize(Known + std::size_t(PlainEnd - Index));
+			std::transform(Units + Index, Units + PlainEnd, Out.data() + Known, [](TCHAR Unit) { return static_cast<char>(Unit); });
+			Index = PlainEnd - 1;
+			continue;
+		}
+		const TCHAR Unit = Units[Index];
 		if (IsHigh(Unit) && Index + 1 < Name.Len() && IsLow(Name[Index + 1]))
 		{
 			HostAppendUtf8(Out, 0x10000 + ((uint32(Unit) - 0xD800) << 10) + (uint32(Name[Index + 1]) - 0xDC00));
