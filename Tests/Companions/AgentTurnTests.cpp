@@ -253,6 +253,17 @@ TEST_F(AgentTurns, AnotherConversationReplacesARunningOne)
 	EXPECT_EQ(Agent->GetCurrentConversationMetadata()->GetMessageCount(), 0);
 }
 
+TEST_F(AgentTurns, WhatADroppedTurnHasOnItsWayIsNotToldByTheNext)
+{
+	ASSERT_TRUE(Agent->SendMessage(TEXT("find Snail"), {}));
+	// Its reports wait for the game thread.
+	ASSERT_TRUE(FHostTasks::WaitForBackground(30.0));
+	Agent->StartConversation(EConversationMode::General);
+	Ask("help");
+	EXPECT_TRUE(EventsOf("start").empty());
+	EXPECT_TRUE(ToolIds.empty());
+}
+
 TEST_F(AgentTurns, AVanishedProjectIsAnErrorInWords)
 {
 	std::filesystem::remove_all(Project.Root);
