@@ -3,6 +3,7 @@
 #include "ActivityText.h"
 #include "AgentMenus.h"
 #include "ChatCommands.h"
+#include "ChipScroll.h"
 #include "EditorFrameCommands.h"
 #include "FileCache/ProjectFileCache.h"
 #include "Framework/Application/SlateApplication.h"
@@ -489,6 +490,11 @@ FReply SEditorFrame::OnKeyDown(const FGeometry& MyGeometry, const FKeyEvent& InK
 	const bool bIsPassed =
 		IsKeyOf(*Commands.RecallPrompt, InKeyEvent) || (IsKeyOf(*Commands.Stop, InKeyEvent) && FSlateApplication::Get().AnyMenusVisible());
 	return !bIsPassed && CommandList->ProcessCommandBindings(InKeyEvent) ? FReply::Handled() : FReply::Unhandled();
+}
+
+FReply SEditorFrame::OnMouseWheel(const FGeometry& MyGeometry, const FPointerEvent& MouseEvent)
+{
+	return FChipScroll::HandleWheel(MouseEvent) ? FReply::Handled() : FReply::Unhandled();
 }
 
 #undef LOCTEXT_NAMESPACE

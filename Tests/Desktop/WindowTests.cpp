@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
 #include <regex>
 #include <set>
 
@@ -176,4 +177,29 @@ TEST_F(Window, ATurnCutShortSaysSoWhenItIsOpenedAgain)
 	RunKept("wait idle 30\ntype " + Prompt + "\nkey CTRL+ENTER\nclick #PauseButton\nwait state Paused 5\nquit\n");
 	RunKept("wait idle 30\nclick #ConversationComboBox\ntick 60\nclick " + Prompt + "\nwait idle 30\ndump opened.json\n");
 	EXPECT_TRUE(Contains(Dump("opened.json"), "The last turn of this conversation was cut short")) << Dump("opened.json");
+}
+
+TEST(ChipScroll, TheWheelReachesFilesThatTheRowHasNoRoomFor)
+{
+	const FRandomProject Project;
+	std::string Steps = "resize 500 500\n";
+	for (const char* const Name : { "FirstAttachedFile", "SecondAttachedFile", "ThirdAttachedFile", "FourthAttachedFile" })
+	{
+		std::ofstream(Project.Folder / (std::string(Name) + ".h")) << "\n";
+		Steps += std::string("type  @") + Name + "\nwait idle 10\nkey ENTER\n";
+	}
+	const std::string Script = Project.Write("steps.txt",
+		Steps + "wait idle 10\ndump before.json\nscroll #ContextChips -20\ntick 5\ndump after.json\nscroll #ContextChips 20\ntick 5\n" +
+			"dump back.json\n");
+	const FRun Run = RunProgram({ "--headless", "--project", Project.Folder.string(), "--script", Script }, "", Project.OutFolder.string(),
+		{ "XDG_DATA_HOME=" + Project.Path("data") });
+	ASSERT_EQ(Run.ExitCode, 0) << Run.Error;
+	// What is clipped away is nothing to a screen reader.
+	const auto Shows = [&Project](const char* Dump, const char* Name)
+	{ return Contains(ReadFile(Project.Path(Dump)), "label \\\"" + std::string(Name) + ".h\\\""); };
+	EXPECT_TRUE(Shows("before.json", "FirstAttachedFile"));
+	EXPECT_FALSE(Shows("before.json", "FourthAttachedFile"));
+	EXPECT_FALSE(Shows("after.json", "FirstAttachedFile"));
+	EXPECT_TRUE(Shows("after.json", "FourthAttachedFile"));
+	EXPECT_TRUE(Shows("back.json", "FirstAttachedFile"));
 }
