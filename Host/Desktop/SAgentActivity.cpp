@@ -125,7 +125,7 @@ TSharedRef<SWidget> SAgentActivity::MakeModelRow()
 			.WidthOverride(ContextBarWidth)
 			.HeightOverride(ContextBarHeight)
 			.ToolTipText(LOCTEXT("ContextTip", "How much of what the model can take the conversation uses"))
-			.Visibility_Lambda([this]() { return GetContextShare().IsSet() ? EVisibility::Visible : EVisibility::Hidden; })
+			.Visibility_Lambda([this]() { return GetContextShare().IsSet() ? EVisibility::Visible : EVisibility::Collapsed; })
 			[
 				SNew(SProgressBar)
 				.Percent(this, &SAgentActivity::GetContextShare)

@@ -58,3 +58,26 @@ TEST_F(FToastHoverTest, OneThatStaysCanBeSentAway)
 	PumpFrame();
 	EXPECT_TRUE(FWidgetFinder::FindByToolTip(TEXT("Dismiss")).IsEmpty()) << "what still goes on is ended by its own end";
 }
+
+TEST_F(FToastHoverTest, ButtonsStandBelowEachOtherInANarrowWindow)
+{
+	Resize(360, 400);
+	FNotificationInfo Info(INVTEXT("May I?"));
+	Info.ExpireDuration = 60.0f;
+	const TArray<const char*> Labels = { "Allow once", "Always in this project", "Refuse" };
+	for (const char* const Label : Labels)
+	{
+		Info.ButtonDetails.Add(
+			FNotificationButtonInfo(FText::FromString(UTF8_TO_TCHAR(Label)), FText(), FSimpleDelegate(), SNotificationItem::CS_None));
+	}
+	const TSharedPtr<SNotificationItem> Item = FSlateNotificationManager::Get().AddNotification(Info);
+	PumpSeconds(0.2);
+	const FSlateRect Toast = GetRect(*Item);
+	for (const char* const Label : Labels)
+	{
+		const FSlateRect Text = GetRect(*FindByText(Label));
+		EXPECT_LT(Text.Right + 8.0f, Toast.Right) << Label;
+		EXPECT_GT(Text.Left, Toast.Left) << Label;
+		EXPECT_LT(Text.Bottom, Toast.Bottom) << Label;
+	}
+}

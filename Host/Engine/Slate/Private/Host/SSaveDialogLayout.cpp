@@ -228,10 +228,12 @@ TSharedRef<SWidget> SSaveDialog::MakeList(float Height)
 					.OnMouseButtonDoubleClick(this, &SSaveDialog::OpenEntry)
 				]
 				+ SOverlay::Slot()
-				.HAlign(HAlign_Center)
 				.VAlign(VAlign_Center)
+				.Padding(SaveGap, 0.0f)
 				[
 					SNew(STextBlock)
+					.Justification(ETextJustify::Center)
+					.AutoWrapText(true)
 					.Visibility_Lambda([this]() { return EmptyNote.IsEmpty() ? EVisibility::Collapsed : EVisibility::HitTestInvisible; })
 					.Text_Lambda([this]() { return FText::FromString(EmptyNote); })
 					.TextStyle(&GetSaveTextStyle())

@@ -13,6 +13,7 @@
 #include "Widgets/Input/SButton.h"
 #include "Widgets/Input/SHyperlink.h"
 #include "Widgets/Layout/SBox.h"
+#include "Widgets/Layout/SWrapBox.h"
 #include "Widgets/SBoxPanel.h"
 #include "Widgets/SOverlay.h"
 #include "Widgets/Text/STextBlock.h"
@@ -137,11 +138,12 @@ TSharedRef<SWidget> SNotificationItem::MakeBody(const FNotificationInfo& Info)
 
 TSharedRef<SWidget> SNotificationItem::MakeActions(const FNotificationInfo& Info)
 {
-	const TSharedRef<SHorizontalBox> Row = SNew(SHorizontalBox);
+	// In a narrow window they stand below each other.
+	const TSharedRef<SWrapBox> Row =
+		SNew(SWrapBox).UseAllottedSize(true).HAlign(HAlign_Right).InnerSlotPadding(FVector2D(ToastActionGap, ToastActionGap));
 	HyperlinkHandler = Info.Hyperlink;
 	// clang-format off
 	Row->AddSlot()
-	.AutoWidth()
 	.VAlign(VAlign_Center)
 	[
 		SAssignNew(LinkBox, SBox)
@@ -165,9 +167,9 @@ TSharedRef<SWidget> SNotificationItem::MakeActions(const FNotificationInfo& Info
 													   return FReply::Handled();
 												   });
 		Buttons.Add({ Widget, Button.VisibleInState });
-		Row->AddSlot().AutoWidth().Padding(ToastActionGap, 0.0f, 0.0f, 0.0f)[Widget];
+		Row->AddSlot()[Widget];
 	}
-	return SAssignNew(Actions, SBox).HAlign(HAlign_Right).Padding(0.0f, ToastActionGap, 0.0f, 0.0f)[Row];
+	return SAssignNew(Actions, SBox).Padding(0.0f, ToastActionGap, 0.0f, 0.0f)[Row];
 }
 
 void SNotificationItem::SetText(const TAttribute<FText>& InText)
