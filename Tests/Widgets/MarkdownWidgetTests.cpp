@@ -5,6 +5,7 @@
 #include "Host/HostEditor.h"
 #include "Host/HostPaths.h"
 #include "Host/HostServices.h"
+#include "Host/HostSleep.h"
 #include "Markdown/MarkdownParser.h"
 #include "Misc/Paths.h"
 #include "Support/Base/FolderMode.h"
@@ -287,14 +288,17 @@ TEST_F(FMarkdownWidgetTest, VeryManyBlocksComeOverSeveralFramesAndAreTheSameThen
 	{
 		PumpFrame();
 		ASSERT_GT(Slots->Num(), Before) << "goes on by itself";
+		ASSERT_TRUE(Slots->Num() == Lines * 2 || FHostSleep::GetActiveTimerCount() == 1) << "and lets nobody sleep";
 		Most = FMath::Max(Most, Slots->Num() - Before);
 	}
 	EXPECT_LE(Most, SMarkdownTextBlock::BlocksPerFrame + 1);
 	EXPECT_EQ(DumpColumn(Block), Expected);
 	EXPECT_EQ(&Slots->GetChildAt(0).Get(), &First.Get()) << "what was there stays";
 
-	// As high as one that measures every row anew.
 	PumpFrame();
+	EXPECT_EQ(FHostSleep::GetActiveTimerCount(), 0);
+
+	// As high as one that measures every row anew.
 	const float End = Box->GetScrollOffsetOfEnd();
 	SScrollBox::SetMeasureEverything(true);
 	Box->Invalidate(EInvalidateWidgetReason::Layout);
