@@ -281,7 +281,8 @@ TEST_F(CodeIndex, AnExtractorThatAnswersWithNothingOrGarbageIsToldAndTheOldIndex
 {
 	const FLines Kept = { "A.cpp:1 class FKept" };
 	for (const char* const Body :
-		{ "cat > /dev/null < /dev/null\n", "echo 'no tag of ours'\n", "echo '{}'\n", "printf '{\"_type\": \"tag\", \"na'\n" })
+		{ "cat > /dev/null < /dev/null\n", "echo 'no tag of ours'\n", "echo '{}'\n", "printf '{\"_type\": \"tag\", \"na'\n",
+			"printf '{\"_type\": \"tag\", \"name\": \"FOther\", \"path\": \"A.cpp\", \"line\": 1, \"kind\": \"class\"}\\nnonsense\\n'\n" })
 	{
 		SCOPED_TRACE(Body);
 		Options.Extractor.Program = TEXT("ctags");

@@ -179,6 +179,20 @@ TEST(IgnoreRulesTests, AgreeWithGitOnRandomTreesAndPatterns)
 	EXPECT_GT(IgnoredCount, 100u);
 }
 
+TEST(IgnoreRulesTests, ASetHoldsNoSlash)
+{
+	FTemporaryProject Project;
+	Project.Write(".gitignore", "/a[!b]c\n/d[+-0]e\n");
+	for (const char* const Path : { "a/c", "d/e", "abc" })
+	{
+		EXPECT_FALSE(Velmora::CodeIntel::ShouldIgnorePath(HostFileNameFromBytes(Path), {})) << Path;
+	}
+	for (const char* const Path : { "axc", "d.e" })
+	{
+		EXPECT_TRUE(Velmora::CodeIntel::ShouldIgnorePath(HostFileNameFromBytes(Path), {})) << Path;
+	}
+}
+
 TEST(IgnoreRulesTests, NamedSetsHoldTheBytesThatTheyHoldForGit)
 {
 	if (!IsGitInstalled())
