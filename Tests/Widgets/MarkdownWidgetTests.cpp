@@ -5,7 +5,6 @@
 #include "Host/HostEditor.h"
 #include "Host/HostPaths.h"
 #include "Host/HostServices.h"
-#include "Host/HostSleep.h"
 #include "Markdown/MarkdownParser.h"
 #include "Misc/Paths.h"
 #include "Support/Base/FolderMode.h"
@@ -13,7 +12,6 @@
 #include "VelmoraWidgetTest.h"
 #include "Widgets/Input/SCheckBox.h"
 #include "Widgets/Input/SEditableText.h"
-#include "Widgets/Layout/SScrollBox.h"
 #include "Widgets/Layout/SSpacer.h"
 #include "Widgets/SBoxPanel.h"
 #include "Widgets/Text/STextBlock.h"
@@ -263,54 +261,6 @@ TEST_F(FMarkdownWidgetTest, PlainTextWrapsAndMixedTextBreaksBetweenTokens)
 	const FSlateRect Rest = GetRect(*FindByType("STextBlock").at(1));
 	EXPECT_GE(Rest.Top, Bold.Bottom) << "the long run moves to the next line whole";
 	EXPECT_LT(Rest.Bottom - Rest.Top, 30.0f);
-}
-
-TEST_F(FMarkdownWidgetTest, VeryManyBlocksComeOverSeveralFramesAndAreTheSameThen)
-{
-	// Runs of several tokens, so that one of them falls onto each place where a frame ends.
-	constexpr int32 Lines = SMarkdownTextBlock::BlocksPerFrame * 2;
-	FString Text;
-	std::string Expected;
-	for (int32 Line = 0; Line < Lines; ++Line)
-	{
-		const FString Number = FString::FromInt(Line);
-		Text += TEXT("line **") + Number + TEXT("** of it\n");
-		Expected += "SWrapBox[STextBlock 'line ', STextBlock '" + Utf8(Number) + "', STextBlock ' of it']\nSTextBlock ''\n";
-	}
-	const TSharedRef<SMarkdownTextBlock> Block = Make(Text);
-	const TSharedRef<SScrollBox> Box = SNew(SScrollBox) + SScrollBox::Slot()[Block];
-	FChildren* const Slots = FindInside(*Block, "SVerticalBox")->GetChildren();
-	EXPECT_EQ(Slots->Num(), SMarkdownTextBlock::BlocksPerFrame) << "what is shown first, at once";
-	Show(Box);
-	const TSharedRef<SWidget> First = Slots->GetChildAt(0);
-	int32 Most = 0;
-	for (int32 Before = Slots->Num(); Slots->Num() < Lines * 2; Before = Slots->Num())
-	{
-		PumpFrame();
-		ASSERT_GT(Slots->Num(), Before) << "goes on by itself";
-		ASSERT_TRUE(Slots->Num() == Lines * 2 || FHostSleep::GetActiveTimerCount() == 1) << "and lets nobody sleep";
-		Most = FMath::Max(Most, Slots->Num() - Before);
-	}
-	EXPECT_LE(Most, SMarkdownTextBlock::BlocksPerFrame + 1);
-	EXPECT_EQ(DumpColumn(Block), Expected);
-	EXPECT_EQ(&Slots->GetChildAt(0).Get(), &First.Get()) << "what was there stays";
-
-	PumpFrame();
-	EXPECT_EQ(FHostSleep::GetActiveTimerCount(), 0);
-
-	// As high as one that measures every row anew.
-	const float End = Box->GetScrollOffsetOfEnd();
-	SScrollBox::SetMeasureEverything(true);
-	Box->Invalidate(EInvalidateWidgetReason::Layout);
-	PumpFrame();
-	SScrollBox::SetMeasureEverything(false);
-	EXPECT_EQ(Box->GetScrollOffsetOfEnd(), End);
-
-	// Another text takes the place of one that was not finished.
-	Block->SetText(Text + TEXT("."));
-	Block->SetText(TEXT("short"));
-	PumpFrame();
-	EXPECT_EQ(DumpColumn(Block), "STextBlock 'short'\n");
 }
 
 TEST_F(FMarkdownWidgetTest, OtherLetterCaseIsNoChangeOfText)

@@ -10,7 +10,6 @@ void SMarkdownTextBlock::Construct(const FArguments& InArgs)
 	bAutoWrapText = InArgs._AutoWrapText;
 	WrapTextAt = InArgs._WrapTextAt;
 	Margin = InArgs._Margin;
-	StayAwake.SetUp(*this, [this] { return HasBlocksToBuild(); });
 
 	// clang-format off
 	ChildSlot
@@ -51,34 +50,10 @@ void SMarkdownTextBlock::RebuildContent()
 	ParsedTokens = Velmora::Markdown::FMarkdownParser::Parse(CurrentText);
 	LastParsedText = CurrentText;
 
-	NextToken = 0;
-	BuildBlocks();
-
-	// Blanks alone parse to nothing, and still are a text.
-	if (ParsedTokens.Num() == 0 && !CurrentText.IsEmpty())
-	{
-		// clang-format off
-		ContentBox->AddSlot()
-		.AutoHeight()
-		[
-			SNew(STextBlock)
-			.Text(FText::FromString(CurrentText))
-			.AutoWrapText(bAutoWrapText)
-			.WrapTextAt(WrapTextAt)
-		];
-		// clang-format on
-	}
-}
-
-// A widget for each block. Inline tokens are gathered until the next block, since they share their lines.
-void SMarkdownTextBlock::BuildBlocks()
-{
-	// 1. Up to the next token that is no part of a run, so that no run is cut in two.
-	const int32 Enough = ContentBox->NumSlots() + BlocksPerFrame;
+	// 3. A widget for each block. Inline tokens are gathered until the next block, since they share their lines.
 	TArray<FMarkdownToken> Run;
-	while (HasBlocksToBuild() && ContentBox->NumSlots() < Enough)
+	for (const FMarkdownToken& Token : ParsedTokens)
 	{
-		const FMarkdownToken& Token = ParsedTokens[NextToken++];
 		if (Token.IsInline())
 		{
 			Run.Add(Token);
@@ -94,18 +69,23 @@ void SMarkdownTextBlock::BuildBlocks()
 		];
 		// clang-format on
 	}
-	// 2. What is left over has nothing below it to keep a distance from.
+	// 4. What is left over has nothing below it to keep a distance from.
 	AddInlineRun(Run, FMargin(0.0f));
-}
 
-void SMarkdownTextBlock::Tick(const FGeometry& AllottedGeometry, const double InCurrentTime, const float InDeltaTime)
-{
-	SCompoundWidget::Tick(AllottedGeometry, InCurrentTime, InDeltaTime);
-	if (HasBlocksToBuild())
+	// Blanks alone parse to nothing, and still are a text.
+	if (ParsedTokens.Num() == 0 && !CurrentText.IsEmpty())
 	{
-		BuildBlocks();
+		// clang-format off
+		ContentBox->AddSlot()
+		.AutoHeight()
+		[
+			SNew(STextBlock)
+			.Text(FText::FromString(CurrentText))
+			.AutoWrapText(bAutoWrapText)
+			.WrapTextAt(WrapTextAt)
+		];
+		// clang-format on
 	}
-	StayAwake.Update();
 }
 
 void SMarkdownTextBlock::AddInlineRun(TArray<FMarkdownToken>& Run, const FMargin& Padding)

@@ -8,7 +8,6 @@
 #include "Templates/SharedPointer.h"
 #include "Widgets/DeclarativeSyntaxSupport.h"
 #include "Widgets/SCompoundWidget.h"
-#include "Widgets/StayAwake.h"
 
 class SVerticalBox;
 struct FTextBlockStyle;
@@ -17,17 +16,11 @@ struct FTextBlockStyle;
  * Shows a text of the agent's Markdown dialect as a column of widgets: one per block, one per run of inline tokens. A
  * run of plain text wraps; a run with anything styled in it breaks between its tokens only. Any change of the text
  * builds everything anew. The style set must be initialised.
- *
- * A text of very many blocks is built over several frames, from its start on: the first BlocksPerFrame at once, as many again in
- * each Tick until all are there. A block that is there is complete and stays as it is.
  */
 class VELMORAUI_API SMarkdownTextBlock : public SCompoundWidget
 {
 public:
 	using FMarkdownToken = Velmora::Markdown::FMarkdownToken;
-
-	/** More than any window shows, and little enough that no frame is seen to stand still. */
-	static constexpr int32 BlocksPerFrame = 4000;
 
 	SLATE_BEGIN_ARGS(SMarkdownTextBlock)
 		: _AutoWrapText(true)
@@ -49,13 +42,8 @@ public:
 	void SetText(const FString& NewText);
 	FString GetText() const { return Text.Get(); }
 
-	virtual void Tick(const FGeometry& AllottedGeometry, const double InCurrentTime, const float InDeltaTime) override;
-
 private:
 	void RebuildContent();
-	bool HasBlocksToBuild() const { return NextToken < ParsedTokens.Num(); }
-	/** Goes on from NextToken. */
-	void BuildBlocks();
 	void AddInlineRun(TArray<FMarkdownToken>& Run, const FMargin& Padding);
 
 	// Blocks.
@@ -97,7 +85,4 @@ private:
 	TSharedPtr<SVerticalBox> ContentBox;
 	TArray<FMarkdownToken> ParsedTokens;
 	FString LastParsedText;
-	/** The first of ParsedTokens without a widget. */
-	int32 NextToken = 0;
-	FStayAwake StayAwake;
 };
