@@ -14,6 +14,7 @@ TEST(AttachedNames, AreQuotedWhereTheyCannotBeReadAsOneWord)
 		{ "delete my notes.md.", { "my notes.md" }, "delete \"my notes.md\"." },
 		{ "delete my notes.mdx", { "my notes.md" }, "delete my notes.mdx" },
 		{ "delete so my notes.md", { "my notes.md", "so my notes.md" }, "delete \"so my notes.md\"" },
+		{ "delete so my notes.md", { "so", "so my notes.md" }, "delete \"so my notes.md\"" },
 		{ "delete a b.md and c.md", { "a b.md", "c.md" }, "delete \"a b.md\" and c.md" },
 		{ "write \"see a b.md here\" to a b.md", { "a b.md" }, "write \"see a b.md here\" to \"a b.md\"" },
 		{ "write this to a b.md\n```\na b.md\n```", { "a b.md" }, "write this to \"a b.md\"\n```\na b.md\n```" },
