@@ -26,16 +26,20 @@ namespace
 	}
 }
 
-void FAccessSupport::Start(const FDesktopOptions& Options, bool bHasUser)
+void FAccessSupport::Start(const FDesktopOptions& Options, bool bHasUser, TFunction<void()> OnLook)
 {
 	FAccessNames::Install();
 	const EAccessChoice Accessibility = Options.Accessibility;
 	const EAccessChoice Contrast = Options.HighContrast;
 	const EAccessChoice Motion = Options.ReducedMotion;
-	const auto Apply = [Accessibility, Contrast, Motion](const FHostDesktopSettings& Settings)
+	const auto Apply = [Accessibility, Contrast, Motion, OnLook = MoveTemp(OnLook)](const FHostDesktopSettings& Settings)
 	{
-		FWindowContrast::SetHigh(IsOn(Contrast, Settings.bHighContrast));
-		FHostMotion::SetReduced(IsOn(Motion, Settings.bReducedMotion));
+		if (OnLook)
+		{
+			FWindowContrast::SetHigh(IsOn(Contrast, Settings.bHighContrast));
+			FHostMotion::SetReduced(IsOn(Motion, Settings.bReducedMotion));
+			OnLook();
+		}
 		// Once shown it stays so: who has asked once asks again, and who holds something of ours keeps it.
 		if (IsOn(Accessibility, Settings.bAssistiveTechnology))
 		{

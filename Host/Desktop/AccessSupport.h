@@ -2,6 +2,7 @@
 
 #include "CoreMinimal.h"
 #include "DesktopOptions.h"
+#include "Templates/Function.h"
 
 class FChatMessage;
 class FChatViewModel;
@@ -14,8 +15,11 @@ class FChatViewModel;
 class FAccessSupport
 {
 public:
-	/** @param bHasUser  Somebody works in the window; else only what the command line asks for is done. */
-	void Start(const FDesktopOptions& Options, bool bHasUser);
+	/**
+	 * @param bHasUser  Somebody works in the window; else only what the command line asks for is done.
+	 * @param OnLook    Called whenever contrast and motion have been set; null where they are not to be, since somebody else says them.
+	 */
+	void Start(const FDesktopOptions& Options, bool bHasUser, TFunction<void()> OnLook);
 	void End();
 	/** Before each turn of the loop. Costs nothing while nobody listens, nor without a frame since the last call. */
 	void NoteTurn();

@@ -143,7 +143,15 @@ FString FDesktopSession::Start(TFunction<void()> InOnFrame)
 	OpenTab();
 	RestoreTabs();
 	// Last, when there is something to see: the start does not wait for the desktop.
-	Access.Start(Options, bHasDisplay && !Options.HasAction() && !Replay);
+	const auto NoteLook = [this]
+	{
+		if (Recorder)
+		{
+			Recorder->NoteLook();
+		}
+	};
+	// A replay looks as the recording says.
+	Access.Start(Options, bHasDisplay && !Options.HasAction() && !Replay, Replay ? TFunction<void()>() : TFunction<void()>(NoteLook));
 	Host->AtEnd([this] { Access.End(); });
 	KeepDraft();
 	if (HasUser())

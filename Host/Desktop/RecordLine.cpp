@@ -74,6 +74,7 @@ namespace
 		{ ERecordKind::Message, "message", "nnfs" }, // Role, has tool calls, content.
 		{ ERecordKind::Cut, "cut", "nn" }, // How many messages stay.
 		{ ERecordKind::Last, "last", "ffs*" }, // There is one, it can be undone, text, files.
+		{ ERecordKind::Look, "look", "ff" }, // High contrast, reduced motion: what the desktop or the command line says.
 		{ ERecordKind::TurnStatus, "turn", "frns" }, // Running, seconds, tokens, who.
 		{ ERecordKind::Operations, "operations", "" }, // What follows replaces all.
 		{ ERecordKind::Operation, "operation", "fsssnn" }, // Asset, conversation, group, path, action, local ticks.

@@ -65,6 +65,7 @@ enum class ERecordKind : uint8
 	Message,
 	Cut,
 	Last,
+	Look,
 	TurnStatus,
 	Operations,
 	Operation,

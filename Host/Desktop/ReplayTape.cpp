@@ -5,10 +5,12 @@
 #include "History/FileHistoryTracker.h"
 #include "Host/AgentSeam.h"
 #include "Host/HostClock.h"
+#include "Host/HostMotion.h"
 #include "Host/HostTasks.h"
 #include "Host/UpdateGateControl.h"
 #include "ProblemToasts.h"
 #include "ReplayAgent.h"
+#include "WindowContrast.h"
 
 #include <chrono>
 #include <thread>
@@ -131,6 +133,10 @@ void FReplayTape::TakeAnswer(const FRecordLine& Line)
 		break;
 	case ERecordKind::Last:
 		TakeLastMessage(Line);
+		break;
+	case ERecordKind::Look:
+		FWindowContrast::SetHigh(Line.Flag(0));
+		FHostMotion::SetReduced(Line.Flag(1));
 		break;
 	case ERecordKind::TurnStatus:
 		TurnStatus.bIsRunning = Line.Flag(0);

@@ -6,11 +6,13 @@
 #include "History/FileHistoryTracker.h"
 #include "Host/HostClock.h"
 #include "Host/HostInputTap.h"
+#include "Host/HostMotion.h"
 #include "Host/HostServices.h"
 #include "Host/HostTasks.h"
 #include "Misc/Paths.h"
 #include "RecordSeeds.h"
 #include "RecordedAgent.h"
+#include "WindowContrast.h"
 
 using Velmora::EAgentAnswer;
 using Velmora::FAgent;
@@ -146,6 +148,11 @@ void FSessionRecorder::NoteRemark(const FString& Remark)
 void FSessionRecorder::NoteToast(const FString& Sentence)
 {
 	Writer->Add(MoveTemp(FRecordWords(ERecordKind::Toast).Text(Writer->Veil(Sentence))));
+}
+
+void FSessionRecorder::NoteLook()
+{
+	AddChanged(Look, MoveTemp(FRecordWords(ERecordKind::Look).Flag(FWindowContrast::IsHigh()).Flag(FHostMotion::IsReduced())));
 }
 
 void FSessionRecorder::NoteTurn()

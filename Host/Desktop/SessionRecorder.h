@@ -37,6 +37,8 @@ public:
 	/** A remark for people and tests; none where texts are masked. */
 	void NoteRemark(const FString& Remark);
 	void NoteToast(const FString& Sentence);
+	/** Contrast and motion, right when they change. */
+	void NoteLook();
 	/** Before each turn: what nobody calls back about. */
 	void NoteTurn();
 
@@ -67,6 +69,7 @@ private:
 	int32 OperationCount = 0;
 	// What was written last.
 	std::string LastMessage;
+	std::string Look;
 	std::string TurnStatus;
 	std::string FileStatus;
 	std::string FileList;

@@ -93,6 +93,17 @@ TEST(Record, UndoAndAnAnsweredDialogAreShownAgain)
 	ExpectSameEnd(Project, Replay(Project), "end.png", "end.json");
 }
 
+TEST(Record, TheLookIsTheRecordedOne)
+{
+	const FRandomProject Project;
+	std::vector<std::string> More = Simulated;
+	More.insert(More.end(), { "--high-contrast", "on", "--reduced-motion", "on" });
+	// The caret stands still where it would blink.
+	const FRun Run = Record(Project, "type help\ntick 100\n", More);
+	ASSERT_EQ(Run.ExitCode, 0) << Run.Error;
+	ExpectSameEnd(Project, Replay(Project), "end.png", "end.json");
+}
+
 TEST(Record, RealTimeIsShownAgainToo)
 {
 	const FRandomProject Project;
