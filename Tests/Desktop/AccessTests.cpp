@@ -122,7 +122,8 @@ TEST_F(Access, EveryPageDialogAndMenuHasNames)
 
 TEST_F(Access, AConversationReadsAsMessagesWithWholeSentences)
 {
-	const std::string Tree = Look("type find " + Project.Symbol + "\nkey CTRL+ENTER\nwait idle 60\n");
+	// So high that the longest answer leaves room for the prompt.
+	const std::string Tree = Look("type find " + Project.Symbol + "\nkey CTRL+ENTER\nwait idle 60\n", { "--size", "1280x2400" });
 	EXPECT_TRUE(HasLine(Tree, "list \"Messages\"")) << Tree;
 	EXPECT_TRUE(HasLine(Tree, "list item \"You\"")) << Tree;
 	EXPECT_TRUE(HasLine(Tree, "list item \"Velmora AI\"")) << Tree;
