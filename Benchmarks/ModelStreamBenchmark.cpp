@@ -1,4 +1,4 @@
-#include "Agent/Transcript.h"
+#include "Model/Transcript.h"
 #include "Model/ChatCompletions.h"
 #include "Model/ModelClient.h"
 #include "Support/StreamServer.h"

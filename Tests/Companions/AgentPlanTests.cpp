@@ -1,6 +1,6 @@
 #include "AgentFixture.h"
 
-#include "Request/AgentPlan.h"
+#include "Request/PlanRequest.h"
 
 using Velmora::EConversationState;
 using Velmora::EPlanStepStatus;

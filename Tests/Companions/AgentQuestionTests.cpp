@@ -1,10 +1,10 @@
 #include "AgentFixture.h"
 
-#include "Agent/PermissionRules.h"
 #include "Host/AgentQuestions.h"
 #include "Host/HostClock.h"
 #include "Host/HostFileNames.h"
 #include "Host/StoreLocation.h"
+#include "Tools/PermissionRules.h"
 
 #include <algorithm>
 #include <filesystem>

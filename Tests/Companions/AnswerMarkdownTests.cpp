@@ -1,4 +1,4 @@
-#include "Turn/AnswerMarkdown.h"
+#include "Tools/AnswerMarkdown.h"
 
 #include <gtest/gtest.h>
 #include <string>

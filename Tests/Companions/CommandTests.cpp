@@ -1,4 +1,4 @@
-#include "Agent/PermissionRules.h"
+#include "Tools/PermissionRules.h"
 #include "ChangeFixture.h"
 #include "Tools/CommandSandbox.h"
 #include "Tools/ToolBox.h"

@@ -1,4 +1,4 @@
-#include "Agent/ActivityFeed.h"
+#include "Model/ActivityFeed.h"
 #include "Host/AgentActivity.h"
 #include "Host/AgentPermissions.h"
 #include "ModelTurnFixture.h"

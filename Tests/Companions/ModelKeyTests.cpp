@@ -1,6 +1,6 @@
-#include "Agent/KeyRing.h"
-#include "Agent/ModelKeys.h"
-#include "Agent/PrivateFile.h"
+#include "Changes/PrivateFile.h"
+#include "Model/KeyRing.h"
+#include "Model/ModelKeys.h"
 #include "TemporaryProject.h"
 
 #include <csignal>

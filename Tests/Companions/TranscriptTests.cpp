@@ -1,4 +1,4 @@
-#include "Agent/Transcript.h"
+#include "Model/Transcript.h"
 #include "TemporaryProject.h"
 
 #include <gtest/gtest.h>
@@ -83,6 +83,30 @@ namespace
 		}
 		return Waiting.empty();
 	}
+}
+
+TEST(Transcript, OnlyWordsAreJoined)
+{
+	struct FCase
+	{
+		const char* Why;
+		FModelMessage Added;
+		const char* Messages;
+	};
+	const FModelMessage Last = { EModelRole::Assistant, "a", { { "1", "read_file", "{}" } }, {} };
+	const FCase Cases[] = {
+		{ "calls wait for their results", { EModelRole::Assistant, "b", {}, {} }, "a a [1] | a b" },
+		{ "another speaks", { EModelRole::User, "b", {}, {} }, "a a [1] | u b" },
+	};
+	for (const FCase& Case : Cases)
+	{
+		std::vector<FModelMessage> Messages = { Last };
+		Transcript::Append(Messages, FModelMessage(Case.Added));
+		EXPECT_EQ(Dump(Messages), Case.Messages) << Case.Why;
+	}
+	std::vector<FModelMessage> Words = { { EModelRole::Assistant, "a", {}, {} } };
+	Transcript::Append(Words, FModelMessage(Last));
+	EXPECT_EQ(Dump(Words), "a a | a a [1]");
 }
 
 TEST(Transcript, WhateverIsStoredBecomesARequestInOrder)

@@ -2,9 +2,9 @@
 
 #include <map>
 
-#include "Agent/ActivityFeed.h"
 #include "HAL/PlatformTime.h"
 #include "Host/AgentSeam.h"
+#include "Model/ActivityFeed.h"
 #include "Text/Utf8Text.h"
 
 // What the game thread knows of the activity: the rows that are shown.

@@ -5,12 +5,12 @@
 
 #include <rapidjson/document.h>
 
-#include "Agent/ModelConnection.h"
-#include "Agent/ModelKeys.h"
 #include "Host/HostFileNames.h"
 #include "Http/WebAddress.h"
 #include "Model/ChatCompletions.h"
 #include "Model/ModelClient.h"
+#include "Model/ModelConnection.h"
+#include "Model/ModelKeys.h"
 #include "Text/Utf8Text.h"
 
 namespace Velmora

@@ -1,9 +1,9 @@
 #include "Host/AgentPermissions.h"
 
-#include "Agent/PermissionRules.h"
 #include "Host/HostFileNames.h"
 #include "Host/StoreLocation.h"
 #include "Text/Utf8Text.h"
+#include "Tools/PermissionRules.h"
 
 namespace Velmora
 {

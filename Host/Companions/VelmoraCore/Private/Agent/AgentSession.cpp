@@ -9,10 +9,11 @@
 #include "UObject/Class.h"
 #include "UObject/UObjectGlobals.h"
 
-#include "Text/Utf8Text.h"
+#include "Agent/TurnRunnerFactory.h"
 #include "Settings/VelmoraSettings.h"
 #include "Store/ConversationStore.h"
 #include "Store/TurnRecorder.h"
+#include "Text/Utf8Text.h"
 
 namespace Velmora
 {

@@ -12,12 +12,12 @@
 #include "Templates/Function.h"
 #include "Templates/SharedPointer.h"
 
-#include "Request/AgentPlan.h"
 #include "Agent/ConversationTypes.h"
 #include "Host/AgentMessages.h"
 #include "Host/AgentQuestions.h"
 #include "Host/Outcome.h"
 #include "Store/UnstoredConversations.h"
+#include "Tools/AgentPlan.h"
 #include "Turn/TurnControl.h"
 #include "Turn/TurnRunner.h"
 

@@ -11,13 +11,13 @@
 #include "Misc/Guid.h"
 #include "Misc/ScopeExit.h"
 
-#include "Text/Utf8Text.h"
-#include "Agent/PermissionRules.h"
 #include "Changes/ChangeJournal.h"
+#include "Changes/ChangePublisher.h"
 #include "Changes/UndoPlan.h"
 #include "Host/BuiltInAgentOptions.h"
-#include "Changes/ChangePublisher.h"
 #include "Store/ConversationStore.h"
+#include "Text/Utf8Text.h"
+#include "Tools/PermissionRules.h"
 
 namespace Velmora
 {

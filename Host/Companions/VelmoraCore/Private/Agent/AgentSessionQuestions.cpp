@@ -2,8 +2,8 @@
 
 #include "HAL/PlatformTime.h"
 
-#include "Agent/PermissionRules.h"
 #include "Text/Utf8Text.h"
+#include "Tools/PermissionRules.h"
 
 // Questions that a turn waits on. Continue, Pause and Cancel answer them, and so does whoever the program has set to listen.
 

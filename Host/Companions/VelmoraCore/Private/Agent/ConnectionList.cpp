@@ -6,7 +6,7 @@
 #include <rapidjson/prettywriter.h>
 #include <rapidjson/stringbuffer.h>
 
-#include "Agent/PrivateFile.h"
+#include "Changes/PrivateFile.h"
 #include "Host/HostFileNames.h"
 #include "Text/Utf8Text.h"
 

@@ -3,12 +3,12 @@
 
 #include <algorithm>
 
-#include "Agent/ModelConnection.h"
-#include "Agent/ModelConsents.h"
 #include "Async/Async.h"
 #include "Http/WebAddress.h"
 #include "Model/ChatCompletions.h"
 #include "Model/ModelClient.h"
+#include "Model/ModelConnection.h"
+#include "Model/ModelConsents.h"
 #include "Text/Utf8Text.h"
 
 // The button "Test": what a server says of itself, and whether its model does what a turn needs.

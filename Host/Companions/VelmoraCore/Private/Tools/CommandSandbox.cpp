@@ -13,7 +13,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "Agent/PrivateFile.h"
+#include "Changes/PrivateFile.h"
 #include "Host/FileDescriptor.h"
 #include "Tools/ProcessTree.h"
 

@@ -1,9 +1,9 @@
 #include "Host/ProjectWalk.h"
 #include "Text/Utf8Text.h"
+#include "Tools/AnswerMarkdown.h"
 #include "Tools/CommandSandbox.h"
 #include "Tools/ProjectCopy.h"
 #include "Tools/ToolBox.h"
-#include "Turn/AnswerMarkdown.h"
 
 // The tool that runs commands: behind walls, on a copy, with its differences in the journal.
 

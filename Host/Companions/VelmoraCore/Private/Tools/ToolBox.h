@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "Changes/ChangeTools.h"
-#include "Request/AgentPlan.h"
+#include "Tools/AgentPlan.h"
 #include "Tools/ProjectFiles.h"
 #include "Tools/ToolArguments.h"
 

@@ -3,8 +3,8 @@
 #include <algorithm>
 
 #include "Text/Utf8Text.h"
+#include "Tools/AnswerMarkdown.h"
 #include "Tools/ProjectSummary.h"
-#include "Turn/AnswerMarkdown.h"
 #include "Turn/SearchWork.h"
 
 // Looking at the project: showing, listing, counting, summing up. Every look is a tool of the turn, so it shows as a row,

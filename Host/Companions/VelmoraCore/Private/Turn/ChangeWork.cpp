@@ -3,8 +3,8 @@
 #include <algorithm>
 
 #include "Text/Utf8Text.h"
+#include "Tools/AnswerMarkdown.h"
 #include "Tools/ToolBox.h"
-#include "Turn/AnswerMarkdown.h"
 
 namespace Velmora
 {

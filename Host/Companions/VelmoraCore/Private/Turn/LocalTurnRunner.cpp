@@ -2,8 +2,8 @@
 
 #include <utility>
 
-#include "Request/AgentPlan.h"
 #include "Request/AttachedNames.h"
+#include "Request/PlanRequest.h"
 #include "Text/Utf8Text.h"
 #include "Turn/BrowseWork.h"
 #include "Turn/ChangeWork.h"

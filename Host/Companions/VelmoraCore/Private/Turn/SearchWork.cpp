@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "Text/Utf8Text.h"
-#include "Turn/AnswerMarkdown.h"
+#include "Tools/AnswerMarkdown.h"
 #include "Turn/BrowseWork.h"
 
 namespace Velmora

@@ -3,8 +3,8 @@
 #include <algorithm>
 
 #include "Text/Utf8Text.h"
+#include "Tools/AnswerMarkdown.h"
 #include "Tools/SymbolLookup.h"
-#include "Turn/AnswerMarkdown.h"
 #include "Turn/BrowseWork.h"
 #include "Turn/SearchWork.h"
 

@@ -6,8 +6,8 @@
 #include "Request/AttachedNames.h"
 #include "Text/JsonText.h"
 #include "Text/Utf8Text.h"
+#include "Tools/AnswerMarkdown.h"
 #include "Tools/ToolBox.h"
-#include "Turn/AnswerMarkdown.h"
 
 // What every kind of work has at hand during a turn: files, attachments, steps and tools, and the way to report. Each
 // operation waits while the turn is paused and gives false once it is cancelled.

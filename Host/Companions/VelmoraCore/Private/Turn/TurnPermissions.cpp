@@ -1,6 +1,6 @@
 #include "Turn/TurnPermissions.h"
 
-#include "Agent/PermissionRules.h"
+#include "Tools/PermissionRules.h"
 
 namespace Velmora
 {

@@ -8,7 +8,7 @@
 #include "CoreMinimal.h"
 
 #include "Agent/ConversationTypes.h"
-#include "Request/AgentPlan.h"
+#include "Tools/AgentPlan.h"
 #include "Turn/TurnControl.h"
 
 namespace Velmora
@@ -116,7 +116,4 @@ namespace Velmora
 		/** Ends with Finished or Failed, or with nothing when cancelled. Input and Control outlive the call. */
 		virtual void Run(const FTurnInput& Input, FTurnControl& Control, const FReportSink& Sink) = 0;
 	};
-
-	/** For one turn: whoever answers its prompt. Never null. Game thread. */
-	std::unique_ptr<ITurnRunner> MakeTurnRunner(const FTurnInput& Input);
 }

@@ -1,4 +1,4 @@
-#include "Agent/ModelConsents.h"
+#include "Model/ModelConsents.h"
 
 #include <algorithm>
 #include <mutex>

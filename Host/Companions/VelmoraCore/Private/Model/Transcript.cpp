@@ -1,4 +1,4 @@
-#include "Agent/Transcript.h"
+#include "Model/Transcript.h"
 
 #include <algorithm>
 #include <iterator>

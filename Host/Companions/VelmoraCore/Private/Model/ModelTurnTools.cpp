@@ -1,13 +1,13 @@
-#include "Turn/ModelTurn.h"
+#include "Model/ModelTurn.h"
 
 #include <algorithm>
 
 #include <rapidjson/document.h>
 
-#include "Agent/Transcript.h"
+#include "Model/Transcript.h"
 #include "Text/JsonText.h"
 #include "Text/Utf8Text.h"
-#include "Turn/AnswerMarkdown.h"
+#include "Tools/AnswerMarkdown.h"
 
 // The calls of a model: carried out one after the other, shown as rows, their results kept for the next request.
 

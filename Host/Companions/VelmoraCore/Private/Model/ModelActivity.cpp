@@ -1,4 +1,4 @@
-#include "Turn/ModelActivity.h"
+#include "Model/ModelActivity.h"
 
 #include <utility>
 

@@ -1,17 +1,17 @@
-#include "Turn/ModelTurn.h"
+#include "Model/ModelTurn.h"
 
 #include <algorithm>
 #include <map>
 #include <mutex>
 #include <optional>
 
-#include "Agent/ModelConsents.h"
-#include "Agent/Transcript.h"
 #include "Http/WebAddress.h"
+#include "Model/ModelConsents.h"
+#include "Model/ModelPrompt.h"
+#include "Model/Transcript.h"
 #include "Text/Utf8Text.h"
-#include "Tools/CommandSandbox.h"
 #include "Text/WireText.h"
-#include "Turn/ModelPrompt.h"
+#include "Tools/CommandSandbox.h"
 
 namespace Velmora
 {

@@ -1,4 +1,4 @@
-#include "Turn/ModelPrompt.h"
+#include "Model/ModelPrompt.h"
 
 #include <algorithm>
 #include <filesystem>

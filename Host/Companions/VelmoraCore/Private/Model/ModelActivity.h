@@ -3,9 +3,9 @@
 #include <string>
 #include <string_view>
 
-#include "Agent/ActivityFeed.h"
-#include "Agent/ModelConnection.h"
+#include "Model/ActivityFeed.h"
 #include "Model/ModelClient.h"
+#include "Model/ModelConnection.h"
 
 namespace Velmora
 {

@@ -1,4 +1,4 @@
-#include "Agent/KeyRing.h"
+#include "Model/KeyRing.h"
 
 #include <cstdint>
 #include <cstdlib>

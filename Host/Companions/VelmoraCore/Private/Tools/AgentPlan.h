@@ -39,12 +39,4 @@ namespace Velmora
 		/** For people: goal, approach, steps with their status, progress. Empty for an empty plan. */
 		std::string ToMarkdown() const;
 	};
-
-	/**
-	 * Reads a request of several steps: "first … then … finally …", or "plan: …" with steps apart by line feeds, list marks,
-	 * semicolons or "then". What stands in quotes or code fences is never taken apart. Pure.
-	 *
-	 * @return Without steps when the text is a plain request.
-	 */
-	FAgentPlan MakeAgentPlan(std::string_view Request);
 }

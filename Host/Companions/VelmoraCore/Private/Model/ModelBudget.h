@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "Agent/ModelConnection.h"
-#include "Agent/ModelUsage.h"
+#include "Model/ModelConnection.h"
+#include "Model/ModelUsage.h"
 
 namespace Velmora
 {

@@ -1,7 +1,7 @@
-#include "Turn/ModelTurnRunner.h"
+#include "Model/ModelTurnRunner.h"
 
-#include "Agent/ModelConnection.h"
-#include "Turn/ModelTurn.h"
+#include "Model/ModelConnection.h"
+#include "Model/ModelTurn.h"
 
 namespace Velmora
 {

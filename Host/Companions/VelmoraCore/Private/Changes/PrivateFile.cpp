@@ -1,4 +1,4 @@
-#include "Agent/PrivateFile.h"
+#include "Changes/PrivateFile.h"
 
 #include <cerrno>
 #include <cstdlib>

@@ -1,8 +1,8 @@
-#include "Turn/TurnRunner.h"
+#include "Agent/TurnRunnerFactory.h"
 
+#include "Model/ModelTurnRunner.h"
 #include "Text/Utf8Text.h"
 #include "Turn/LocalTurnRunner.h"
-#include "Turn/ModelTurnRunner.h"
 
 namespace Velmora
 {

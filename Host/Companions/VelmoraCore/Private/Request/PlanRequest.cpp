@@ -1,4 +1,4 @@
-#include "Request/AgentPlan.h"
+#include "Request/PlanRequest.h"
 
 #include <algorithm>
 
@@ -9,7 +9,6 @@ namespace Velmora
 	namespace
 	{
 		constexpr size_t MaxGoalCharacters = 300;
-		constexpr size_t MaxStepCharacters = 160;
 
 		struct FQuotes
 		{
@@ -23,9 +22,6 @@ namespace Velmora
 		/** Words that begin the next step, each after a blank or a separator. The longer phrase first. */
 		constexpr std::string_view StepWords[] = { "and after that", "after that", "and then", "and finally", "and lastly", "then",
 			"finally", "lastly" };
-
-		constexpr std::string_view StatusMarks[] = { "⬜", "⏳", "✅", "❌", "⏹", "⏸" };
-		constexpr std::string_view StatusWords[] = { "", " (running)", "", " (failed)", " (stopped)", " (paused)" };
 
 		bool IsBlank(char Letter)
 		{
@@ -156,41 +152,6 @@ namespace Velmora
 			}
 			Cut(Text.size());
 		}
-	}
-
-	size_t FAgentPlan::CountSteps(EPlanStepStatus Status) const
-	{
-		return static_cast<size_t>(
-			std::count_if(Steps.begin(), Steps.end(), [Status](const FPlanStep& Step) { return Step.Status == Status; }));
-	}
-
-	std::string FAgentPlan::ToMarkdown() const
-	{
-		if (IsEmpty())
-		{
-			return std::string();
-		}
-		// Each line feed between two blocks is an empty row on screen: one is enough.
-		std::string Out = "### Goal\n" + Goal +
-			"\n### Approach\nThe steps run one after the other. The first one that fails ends the plan, so that nothing is built on "
-			"it.\n### Steps\n";
-		for (size_t Index = 0; Index < Steps.size(); ++Index)
-		{
-			const size_t Status = static_cast<size_t>(Steps[Index].Status);
-			// A step may hold line feeds; its line in the list may not.
-			std::string Line = Utf8Text::Shorten(Steps[Index].Text, MaxStepCharacters);
-			std::replace(Line.begin(), Line.end(), '\n', ' ');
-			Out +=
-				std::to_string(Index + 1) + ". " + std::string(StatusMarks[Status]) + ' ' + Line + std::string(StatusWords[Status]) + '\n';
-		}
-		Out += "\n### Progress\n" + std::to_string(CountSteps(EPlanStepStatus::Done)) + " of " +
-			Utf8Text::Count(Steps.size(), "step", "steps") + " done";
-		if (LeftOutSteps > 0)
-		{
-			Out += "\n\nA plan has at most " + std::to_string(MaxSteps) + " steps; " +
-				Utf8Text::Count(LeftOutSteps, "step is", "steps are") + " left out.";
-		}
-		return Out;
 	}
 
 	FAgentPlan MakeAgentPlan(std::string_view Request)

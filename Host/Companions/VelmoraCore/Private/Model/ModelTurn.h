@@ -7,13 +7,13 @@
 #include <utility>
 #include <vector>
 
-#include "Agent/ModelConnection.h"
 #include "Model/ChatCompletions.h"
+#include "Model/ModelActivity.h"
+#include "Model/ModelBudget.h"
 #include "Model/ModelClient.h"
+#include "Model/ModelConnection.h"
 #include "Tools/ProjectFiles.h"
 #include "Tools/ToolBox.h"
-#include "Turn/ModelActivity.h"
-#include "Turn/ModelBudget.h"
 #include "Turn/TurnPermissions.h"
 #include "Turn/TurnRunner.h"
 

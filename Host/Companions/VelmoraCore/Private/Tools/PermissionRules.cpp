@@ -1,4 +1,4 @@
-#include "Agent/PermissionRules.h"
+#include "Tools/PermissionRules.h"
 
 #include <algorithm>
 #include <utility>

@@ -1,4 +1,4 @@
-#include "Turn/ModelBudget.h"
+#include "Model/ModelBudget.h"
 
 #include <algorithm>
 #include <cmath>

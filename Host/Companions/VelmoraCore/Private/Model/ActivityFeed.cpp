@@ -1,4 +1,4 @@
-#include "Agent/ActivityFeed.h"
+#include "Model/ActivityFeed.h"
 
 #include "Async/Async.h"
 #include "HAL/PlatformTime.h"

@@ -1,12 +1,12 @@
-#include "Agent/ModelKeys.h"
+#include "Model/ModelKeys.h"
 
 #include <cstdlib>
 #include <map>
 #include <mutex>
 
-#include "Agent/KeyRing.h"
-#include "Agent/PrivateFile.h"
+#include "Changes/PrivateFile.h"
 #include "Http/WebAddress.h"
+#include "Model/KeyRing.h"
 #include "Text/Utf8Text.h"
 
 namespace Velmora::ModelKeys

@@ -1,10 +1,10 @@
-#include "Agent/ModelUsage.h"
+#include "Model/ModelUsage.h"
 
 #include <cstdlib>
 #include <map>
 #include <mutex>
 
-#include "Agent/PrivateFile.h"
+#include "Changes/PrivateFile.h"
 #include "CoreMinimal.h"
 #include "Misc/DateTime.h"
 #include "Text/Utf8Text.h"
