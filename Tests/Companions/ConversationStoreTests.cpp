@@ -5,7 +5,9 @@
 #include "Store/StoreTurn.h"
 
 #include <atomic>
+#include <chrono>
 #include <fcntl.h>
+#include <memory>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <thread>
@@ -247,6 +249,43 @@ TEST_F(ConversationStores, ABusyStoreRefusesInWords)
 		EXPECT_TRUE(Holds(Stored.GetWords(), "still at work on the disk")) << Stored.GetWords() << " (no other program is to blame)";
 	}
 	EXPECT_TRUE(Store->Append(Metadata, 0));
+}
+
+// The first to open a store after a crash keeps everybody else out until it has read the log: with this test, a tenth of a second.
+TEST_F(ConversationStores, AStoreThatIsJustBeingOpenedIsWaitedFor)
+{
+	const TSharedRef<FStore> Store = OpenStore();
+	Put(*Store, Conversation(TEXT("A"), { TEXT("a") }));
+	const auto WhileOthersAreKeptOut = [&](const auto& Work)
+	{
+		Store->Close();
+		auto Other = std::make_unique<Velmora::FSqliteConnection>();
+		ASSERT_TRUE(Other->Open(PathBytes(), Velmora::ESqliteAccess::Write));
+		ASSERT_TRUE(Other->Execute("PRAGMA locking_mode=EXCLUSIVE; BEGIN IMMEDIATE; COMMIT"));
+		std::thread Leaving(
+			[Taken = std::move(Other)]() mutable
+			{
+				std::this_thread::sleep_for(std::chrono::milliseconds(100));
+				Taken.reset();
+			});
+		Work();
+		Leaving.join();
+	};
+	WhileOthersAreKeptOut(
+		[&]
+		{
+			TArray<FConversationMetadata> Summaries;
+			EXPECT_TRUE(FStore::ReadSummaries(PathBytes(), Summaries));
+			EXPECT_EQ(Summaries.Num(), 1);
+		});
+	WhileOthersAreKeptOut(
+		[&]
+		{
+			FConversationMetadata More = Conversation(TEXT("B"), { TEXT("b") });
+			const FOutcome Stored = Store->Append(More, 0, FStore::WorkerTimeoutMilliseconds);
+			EXPECT_TRUE(Stored) << Stored.GetWords();
+		});
+	EXPECT_EQ(ReadIds(*Store), "B A ");
 }
 
 TEST_F(ConversationStores, WorksAgainWhenAFaultIsGone)

@@ -126,11 +126,10 @@ namespace Velmora
 			return std::unique_ptr<FSqliteConnection>();
 		}
 		auto Store = std::make_unique<FSqliteConnection>();
-		if (FOutcome Opened = StoreSchema::Open(*Store, StorePath, ESqliteAccess::Read); !Opened)
+		if (FOutcome Opened = StoreSchema::Open(*Store, StorePath, ESqliteAccess::Read, TimeoutMilliseconds); !Opened)
 		{
 			return Opened;
 		}
-		Store->SetTimeout(TimeoutMilliseconds);
 		Store->SetStopFlag(&StopFlag);
 		if (!StoreSchema::HasTables(*Store))
 		{

@@ -267,11 +267,10 @@ namespace Velmora
 			return NoStore;
 		}
 		FSqliteConnection Database;
-		if (FOutcome Opened = StoreSchema::Open(Database, Path, ESqliteAccess::Read); !Opened)
+		if (FOutcome Opened = StoreSchema::Open(Database, Path, ESqliteAccess::Read, WorkerTimeoutMilliseconds); !Opened)
 		{
 			return Opened;
 		}
-		Database.SetTimeout(WorkerTimeoutMilliseconds);
 		if (Database.ReadInteger("PRAGMA application_id", 0) == StoreSchema::ApplicationId)
 		{
 			const int64 Version = StoreSchema::ReadVersion(Database);
@@ -458,11 +457,10 @@ namespace Velmora
 	{
 		StoreFiles::MakePrivate(GetPath());
 		Connection = std::make_unique<FSqliteConnection>();
-		if (const FOutcome Opened = StoreSchema::Open(*Connection, GetPath(), ESqliteAccess::Write); !Opened)
+		if (const FOutcome Opened = StoreSchema::Open(*Connection, GetPath(), ESqliteAccess::Write, TimeoutMilliseconds); !Opened)
 		{
 			return Opened.Is(EOutcome::Damaged) ? TOutcome<EDamage>(EDamage::Broken) : TOutcome<EDamage>(Explain(Opened));
 		}
-		Connection->SetTimeout(TimeoutMilliseconds);
 		constexpr int64 Unreadable = -1;
 		const int64 Application = Connection->ReadInteger("PRAGMA application_id", Unreadable);
 		int64 Version = Application == Unreadable ? Unreadable : StoreSchema::ReadVersion(*Connection);

@@ -48,7 +48,7 @@ namespace Velmora
 			bool bIsComplete = false;
 			{
 				FSqliteConnection Database;
-				bIsComplete = StoreSchema::Open(Database, Path, ESqliteAccess::Write) &&
+				bIsComplete = StoreSchema::Open(Database, Path, ESqliteAccess::Write, 0) &&
 					Database.ReadInteger("PRAGMA application_id", 0) == StoreSchema::ApplicationId &&
 					Database.ReadInteger("PRAGMA user_version", 0) == StoreSchema::Version && StoreSchema::HasTables(Database);
 				FSqliteQuery Query = Database.Query("SELECT file FROM recoveries");
@@ -64,7 +64,7 @@ namespace Velmora
 		FOutcome FillEmptyStore(const std::string& Path, const std::string& Pending, int64 Damage)
 		{
 			FSqliteConnection Database;
-			FOutcome Step = StoreSchema::Open(Database, Path, ESqliteAccess::Write);
+			FOutcome Step = StoreSchema::Open(Database, Path, ESqliteAccess::Write, 0);
 			Step = Step ? StoreSchema::Create(Database) : Step;
 			if (Step && !Pending.empty())
 			{
@@ -170,11 +170,10 @@ namespace Velmora
 		// As long as we could write, nobody else does: whoever waits finds another file afterwards (see Begin).
 		FSqliteConnection Guard;
 		struct stat Status;
-		if (stat(GetPath().c_str(), &Status) == 0 && S_ISREG(Status.st_mode) && Status.st_size > 0 &&
-			StoreSchema::Open(Guard, GetPath(), ESqliteAccess::Write))
+		if (stat(GetPath().c_str(), &Status) == 0 && S_ISREG(Status.st_mode) && Status.st_size > 0)
 		{
-			Guard.SetTimeout(FrameTimeoutMilliseconds);
-			if (Guard.Execute("BEGIN IMMEDIATE").Is(EOutcome::Busy))
+			const FOutcome Opened = StoreSchema::Open(Guard, GetPath(), ESqliteAccess::Write, FrameTimeoutMilliseconds);
+			if ((Opened ? Guard.Execute("BEGIN IMMEDIATE") : Opened).Is(EOutcome::Busy))
 			{
 				return FOutcome(
 					EOutcome::Busy, "The conversation store is damaged and another program is using it. Try again in a moment.", GetPath());
@@ -289,11 +288,10 @@ namespace Velmora
 			return Outcome.Is(EOutcome::Damaged) ? EVerdict::Damaged : Outcome ? EVerdict::Sound : EVerdict::Unknown;
 		};
 		FSqliteConnection Database;
-		if (const FOutcome Opened = StoreSchema::Open(Database, GetPath(), ESqliteAccess::Read); !Opened)
+		if (const FOutcome Opened = StoreSchema::Open(Database, GetPath(), ESqliteAccess::Read, WorkerTimeoutMilliseconds); !Opened)
 		{
 			return Judge(Opened);
 		}
-		Database.SetTimeout(WorkerTimeoutMilliseconds);
 		Database.SetStopFlag(&bStopsChecking);
 		{
 			FSqliteQuery Query = Database.Query("PRAGMA quick_check(1)");

@@ -155,8 +155,9 @@ namespace Velmora::StoreSchema
 	}
 
 	// Nothing said is lost by a power cut, and nothing deleted stays readable in free pages.
-	FOutcome Open(FSqliteConnection& Connection, const std::string& Path, ESqliteAccess Access)
+	FOutcome Open(FSqliteConnection& Connection, const std::string& Path, ESqliteAccess Access, int32 TimeoutMilliseconds)
 	{
+		Connection.SetTimeout(TimeoutMilliseconds);
 		if (FOutcome Opened = Connection.Open(Path, Access); !Opened)
 		{
 			return Opened;

@@ -48,8 +48,13 @@ namespace Velmora::StoreSchema
 		return Key >> PositionBits;
 	}
 
-	/** Opens an existing file as stores are worked with: with full flushes, deleted rows overwritten, the log left when it closes. */
-	FOutcome Open(FSqliteConnection& Connection, const std::string& Path, ESqliteAccess Access);
+	/**
+	 * Opens an existing file as stores are worked with: with full flushes, deleted rows overwritten, the log left when it closes.
+	 *
+	 * @param TimeoutMilliseconds  How long others are waited for from here on. Opening is a read already, and the first to open after
+	 *                             a crash keeps everybody else out until it has read the log.
+	 */
+	FOutcome Open(FSqliteConnection& Connection, const std::string& Path, ESqliteAccess Access, int32 TimeoutMilliseconds);
 
 	/** Makes tables in a new file. One transaction, marked complete by its version. */
 	FOutcome Create(FSqliteConnection& Connection);

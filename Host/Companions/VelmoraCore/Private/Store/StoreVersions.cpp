@@ -43,13 +43,11 @@ namespace Velmora
 		}
 		// As long as we could write, nobody else does; what is damaged nobody can write to.
 		FSqliteConnection Guard;
-		if (StoreSchema::Open(Guard, Path, ESqliteAccess::Write))
+		FOutcome Begun = StoreSchema::Open(Guard, Path, ESqliteAccess::Write, WorkerTimeoutMilliseconds);
+		Begun = Begun ? Guard.Execute("BEGIN IMMEDIATE") : Begun;
+		if (Begun.Is(EOutcome::Busy))
 		{
-			Guard.SetTimeout(WorkerTimeoutMilliseconds);
-			if (FOutcome Begun = Guard.Execute("BEGIN IMMEDIATE"); Begun.Is(EOutcome::Busy))
-			{
-				return Begun;
-			}
+			return Begun;
 		}
 		const std::string ClaimedPath = StoreFiles::MakeAsideName(Path, "merged");
 		FOutcome Step = Run(EAccess::Write, WorkerTimeoutMilliseconds,
@@ -69,7 +67,7 @@ namespace Velmora
 		if (StoreFiles::GetFileNumber(Path) != 0)
 		{
 			FSqliteConnection Database;
-			if (!StoreSchema::Open(Database, Path, ESqliteAccess::Read) || !StoreSchema::VerifyRows(Database))
+			if (!StoreSchema::Open(Database, Path, ESqliteAccess::Read, WorkerTimeoutMilliseconds) || !StoreSchema::VerifyRows(Database))
 			{
 				return false;
 			}
