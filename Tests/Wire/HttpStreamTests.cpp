@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <future>
@@ -352,6 +353,83 @@ TEST(HttpStream, NoProxyStandsBetweenUsAndThisMachine)
 	RunOn(Stream, Request, ByEnvironment);
 	EXPECT_EQ(ByEnvironment.Reader.Body, "proxy http://model.invalid/v1");
 	unsetenv("http_proxy");
+}
+
+TEST(HttpStream, WhatStandsBeforeTheServerIsNotTakenForIt)
+{
+	// 1. "Early" answers are no byte of the model's, which has the whole time for its first one.
+	FHttpLimits Limits;
+	Limits.SilenceSeconds = 0.02;
+	EXPECT_EQ(EndWith(
+				  [](FPeerConnection& Connection)
+				  {
+					  FPeerConnection::FRequest Request;
+					  Connection.ReadRequest(Request);
+					  Connection.Send("HTTP/1.1 103 Early Hints\r\nLink: </x>\r\n\r\n");
+					  std::this_thread::sleep_for(std::chrono::milliseconds(200));
+					  Connection.Send("HTTP/1.1 200 OK\r\nContent-Length: 2\r\n\r\nok");
+				  },
+				  Limits),
+		EHttpEnd::Complete);
+
+	// 2. A proxy that lets nobody through, and one that does.
+	FScriptedPeer Proxy(FScriptedPeer::AnswerEach([](const FPeerConnection::FRequest&, int)
+		{ return std::string("HTTP/1.1 407 Proxy Authentication Required\r\nContent-Length: 0\r\nConnection: close\r\n\r\n"); }));
+	FHttpStream Stream;
+	FHttpRequest Request;
+	Request.Url = "https://model.invalid/v1";
+	Request.Proxy = "http://127.0.0.1:" + std::to_string(Proxy.GetPort());
+	FExchange Exchange;
+	RunOn(Stream, Request, Exchange);
+	EXPECT_EQ(Exchange.Reply.End, EHttpEnd::NotConnected);
+	EXPECT_EQ(Exchange.Reply.Detail, "the proxy refuses with status 407");
+	FScriptedPeer Slow(FScriptedPeer::SendOnce("HTTP/1.1 200 Connection established\r\n\r\n", true));
+	Request.Proxy = "http://127.0.0.1:" + std::to_string(Slow.GetPort());
+	Request.Limits.SilenceSeconds = 0.02;
+	Request.Limits.FirstByteSeconds = 0.2;
+	Request.Limits.ConnectSeconds = 0.2;
+	RunOn(Stream, Request, Exchange);
+	EXPECT_NE(Exchange.Reply.End, EHttpEnd::Silence) << "what the proxy says is no answer";
+
+	// 3. A server without encryption that is asked with it.
+	FScriptedPeer Plain(
+		[](FPeerConnection& Connection)
+		{
+			Connection.Send("HTTP/1.1 400 Bad Request\r\nConnection: close\r\n\r\n");
+			Connection.WaitForClose();
+		});
+	FHttpRequest Wrong;
+	Wrong.Url = "https://127.0.0.1:" + std::to_string(Plain.GetPort());
+	RunOn(Stream, Wrong, Exchange);
+	EXPECT_EQ(Exchange.Reply.End, EHttpEnd::Failed);
+	EXPECT_NE(Exchange.Reply.Detail.find("http:// instead of https://"), std::string::npos) << Exchange.Reply.Detail;
+}
+
+TEST(HttpStream, AConnectionThatTheServerHasDroppedMeanwhileIsMadeAnew)
+{
+	std::atomic<int> RequestCount = 0;
+	FScriptedPeer Peer(
+		[&RequestCount](FPeerConnection& Connection)
+		{
+			FPeerConnection::FRequest Request;
+			Connection.ReadRequest(Request);
+			++RequestCount;
+			Connection.Send(PeerText::Answer("200 OK", "text/plain", "ok"));
+			// Kept for the next request, and gone without a word when that comes.
+			Connection.ReadRequest(Request);
+		});
+	FHttpStream Stream;
+	FHttpRequest Request;
+	Request.Url = Peer.GetUrl();
+	Request.Body = "{}";
+	for (int Number = 1; Number <= 2; ++Number)
+	{
+		FExchange Exchange;
+		RunOn(Stream, Request, Exchange);
+		EXPECT_EQ(Exchange.Reply.End, EHttpEnd::Complete) << Exchange.Reply.Detail;
+		EXPECT_EQ(Exchange.Reader.Body, "ok");
+		EXPECT_EQ(RequestCount, Number);
+	}
 }
 
 TEST(HttpStream, WhoHasEnoughWaitsForNoEnd)

@@ -97,6 +97,8 @@ namespace Velmora
 		curl_easy_setopt(E, CURLOPT_FOLLOWLOCATION, 0L);
 		curl_easy_setopt(E, CURLOPT_NOSIGNAL, 1L);
 		curl_easy_setopt(E, CURLOPT_TCP_KEEPALIVE, 1L);
+		// What a proxy says before it connects is no byte of the server's.
+		curl_easy_setopt(E, CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
 		curl_easy_setopt(E, CURLOPT_USERAGENT, "VelmoraUI/0.1");
 		// A name server that hangs must not keep a cancelled exchange.
 		curl_easy_setopt(E, CURLOPT_QUICK_EXIT, 1L);
@@ -235,12 +237,31 @@ namespace Velmora
 		Reply.End = bHasEnough ? EHttpEnd::Complete : EndOf(Code);
 		if (Reply.End != EHttpEnd::Complete)
 		{
-			Reply.Detail = ErrorText[0] ? ErrorText : curl_easy_strerror(Code);
+			NameFailure(Code);
 		}
 		else
 		{
 			// An answer without a body has a head all the same.
 			TellHead();
+		}
+	}
+
+	void FHttpExchange::NameFailure(CURLcode Code)
+	{
+		Reply.Detail = ErrorText[0] ? ErrorText : curl_easy_strerror(Code);
+		long ProxyStatus = 0;
+		curl_easy_getinfo(Easy.get(), CURLINFO_HTTP_CONNECTCODE, &ProxyStatus);
+		if (ProxyStatus >= 400)
+		{
+			// The server was never spoken to, so nothing of its answer can have broken off.
+			Reply.End = EHttpEnd::NotConnected;
+			Reply.Detail = "the proxy refuses with status " + std::to_string(ProxyStatus);
+		}
+		else if (Code == CURLE_SSL_CONNECT_ERROR && Reply.Detail.find("wrong version number") != std::string::npos)
+		{
+			// No certificate is at fault: nobody showed one.
+			Reply.End = EHttpEnd::Failed;
+			Reply.Detail = "it speaks without encryption, so its address begins with http:// instead of https://";
 		}
 	}
 
@@ -285,7 +306,9 @@ namespace Velmora
 	bool FHttpExchange::TakeHeader(std::string_view Line)
 	{
 		LastActivity = FClock::now();
-		if (!bHasByte)
+		// "100 Continue" and the like come from whatever stands before the model, which may still take its time.
+		bIsInterim = Line.starts_with("HTTP/") ? Line.find(" 1") == Line.find(' ') : bIsInterim;
+		if (!bHasByte && !bIsInterim)
 		{
 			bHasByte = true;
 			Reply.FirstByteSeconds = SecondsSince(Start);

@@ -55,6 +55,9 @@ namespace Velmora
 		bool TakeHeader(std::string_view Line);
 		bool TakeBody(std::string_view Bytes);
 		void TellHead();
+
+		/** What the failure that the library calls Code is, where its name alone misleads. */
+		void NameFailure(CURLcode Code);
 		bool Refuse(EHttpEnd End, std::string Detail);
 		double SecondsSince(FClock::time_point Time) const;
 
@@ -71,6 +74,9 @@ namespace Velmora
 		curl_off_t SentBytes = 0;
 		size_t HeaderBytes = 0;
 		bool bHasByte = false;
+
+		/** The head that comes only announces another one. */
+		bool bIsInterim = false;
 		bool bHeadIsTold = false;
 		bool bHasEnough = false;
 
