@@ -6,6 +6,11 @@
 
 #include <gtest/gtest.h>
 
+#include <rapidjson/document.h>
+
+#include <algorithm>
+#include <cctype>
+#include <ctime>
 #include <string>
 #include <vector>
 
@@ -158,6 +163,34 @@ TEST(ChatStream, WhatServersSendComesTogetherWhereverItIsCut)
 		{ "the key in the answer", { Say("It is key-01234"), Say("56789."), Chunk("{}", "stop"), Done }, "Stop 'It is [key].'" },
 		{ "nothing behind the end", { Say("a"), Chunk("{}", "stop"), Done, Say("b") }, "Stop 'a'" },
 		{ "a reason of another maker", { Say("a"), Chunk("{}", "max_tokens"), Done }, "Length 'a'" },
+		{ "a reason in capitals", { Say("a"), Chunk("{}", "MAX_TOKENS"), Done }, "Length 'a'" },
+		{ "a reason that is none", { Say("Half"), Chunk("{}", "insufficient_system_resource"), Done },
+			"Missing 'Half' !CutShort 'the server gave as its reason: insufficient_system_resource'" },
+		{ "a reason with its error",
+			{ Say("Half"), R"({"choices":[{"index":0,"delta":{},"finish_reason":"error"}],"error":{"message":"gone","code":502}})" },
+			"Missing 'Half' !Overloaded 'gone'" },
+		{ "every call has the number 0, and no id",
+			{ Call(0, "", "a", "{\"x\":1}"), Call(0, "", "a", "{\"x\":2}"), Chunk("{}", "tool_calls"), Done },
+			R"(Calls '' a#call_1{"x":1} a#call_2{"x":2})" },
+		{ "the name again with each piece, and no id", { Call(0, "", "a", "{\"x\""), Call(0, "", "a", ":{}}"), Chunk("{}", "stop"), Done },
+			R"(Stop '' a#call_1{"x":{}})" },
+		{ "thinking under two names, one of them empty",
+			{ Chunk(R"({"reasoning":"hm","reasoning_content":""})"), Say("Yes"), Chunk("{}", "stop"), Done }, "Stop 'Yes' think 'hm'" },
+		{ "thinking in parts",
+			{ Chunk(R"({"content":[{"type":"thinking","thinking":[{"type":"text","text":"h"},{"type":"text","text":"m"}]}]})"), Say("Yes"),
+				Chunk("{}", "stop"), Done },
+			"Stop 'Yes' think 'hm'" },
+		{ "thinking whose first mark the server keeps", { Say("so so\n</thi"), Say("nk>\n\nYes"), Chunk("{}", "stop"), Done },
+			"Stop 'Yes' think 'so so\n'" },
+		{ "an answer about such marks", { Say("End it with </think>.\n```\n</think>\n```\n"), Chunk("{}", "stop"), Done },
+			"Stop 'End it with </think>.\n```\n</think>\n```\n'" },
+		{ "half characters",
+			{ Chunk(R"({"content":"a\ud83d"})"), Chunk(R"({"content":"\uDE00 \\ud83d \uD83D\uDE00"})"), Chunk("{}", "stop"), Done },
+			"Stop 'a\xEF\xBF\xBD\xEF\xBF\xBD \\ud83d \xF0\x9F\x98\x80'" },
+		{ "a character that ends texts", { Chunk(R"({"content":"a\u0000b"})"), Chunk("{}", "stop"), Done }, "Stop 'ab'" },
+		{ "the mark with a blank behind it", { Say("a"), Chunk("{}", "stop"), "[DONE] " }, "Stop 'a'" },
+		{ "an error without its own name", { R"({"object":"error","message":"engine is dead","code":500})" },
+			"Missing '' !Overloaded 'engine is dead'" },
 	};
 	for (const auto& [Why, Datas, Reply] : Cases)
 	{
@@ -218,6 +251,11 @@ TEST(ModelClient, AServerMayDoAnything)
 		{ "the end of the connection is the end", StreamHead() + Events({ Say("Hello"), Chunk("{}", "stop") }), "Stop 'Hello'" },
 		{ "the mark without a reason", StreamHead() + Events({ Say("Hello"), "[DONE]" }), "Stop 'Hello'" },
 		{ "the mark without its line end", StreamHead() + Events({ Say("Hello") }) + "data: [DONE]", "Stop 'Hello'" },
+		{ "the end of the answer without its mark, then gone",
+			"HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\nfff\r\n" + Events({ Say("Hello"), Chunk("{}", "stop") }),
+			"Stop 'Hello'" },
+		{ "no blank behind the colon, lines that end with CR LF",
+			StreamHead() + "data:" + Say("Hello") + "\r\n\r\ndata:" + Chunk("{}", "stop") + "\r\n\r\ndata:[DONE]\r\n\r\n", "Stop 'Hello'" },
 		{ "pings in between",
 			StreamHead() + ": ping\n\n:\n\n" + Events({ Say("Hello") }) + "event: ping\ndata:\n\n" +
 				Events({ Chunk("{}", "stop"), "[DONE]" }),
@@ -249,6 +287,10 @@ TEST(ModelClient, AServerMayDoAnything)
 			"Missing '' !RateLimited 'Rate limit'" },
 		{ "an error by the type of its event", StreamHead() + "event: error\ndata: {\"message\":\"broken\"}\n\n",
 			"Missing '' !BadAnswer 'broken'" },
+		{ "an error by the type of its event, in plain words", StreamHead() + "event: error\ndata: out of memory\n\n",
+			"Missing '' !BadAnswer 'out of memory'" },
+		{ "another thing than an answer", Json("200 OK", R"({"code":1001,"msg":"no such service"})"),
+			"Missing '' !BadAnswer 'no such service'" },
 		{ "compressed", "HTTP/1.1 200 OK\r\nContent-Encoding: br\r\n\r\nxxxx",
 			"Missing '' !NoModelServer 'it sent compressed data unasked'" },
 		{ "redirected", "HTTP/1.1 307 Go\r\nLocation: https://other.example/v1\r\nContent-Length: 0\r\n\r\n",
@@ -283,6 +325,18 @@ TEST(ModelClient, AServerMayDoAnything)
 			"Missing '' !NoTools 'registry/m does not support tools'" },
 		{ "no figures", Json("422 Unprocessable", R"({"detail":"stream_options: extra fields not permitted"})"),
 			"Missing '' !NoUsage 'stream_options: extra fields not permitted'" },
+		{ "no figures, of a server that lists what it does not take",
+			Json("422 Unprocessable", R"({"detail":[{"type":"extra_forbidden","loc":["body","stream_options"],"msg":"Extra inputs"}]})"),
+			R"(Missing '' !NoUsage '{"detail":[{"type":"extra_forbidden","loc":["body","stream_options"],"msg":"Extra inputs"}]}')" },
+		{ "an error in a list", Json("400 Bad Request", R"([{"error":{"code":400,"message":"bad schema","status":"INVALID_ARGUMENT"}}])"),
+			"Missing '' !BadRequest 'bad schema'" },
+		{ "an error of the server behind the server",
+			Json("400 Bad Request",
+				R"({"error":{"message":"Provider returned error","code":400,"metadata":{"raw":"prompt is too long: 9 tokens > 8 maximum"}}})"),
+			"Missing '' !ContextFull 'Provider returned error: prompt is too long: 9 tokens > 8 maximum'" },
+		{ "no tools, of a server that looks for another one",
+			Json("404 Not Found", R"({"error":{"message":"No endpoints found that support tool use."}})"),
+			"Missing '' !NoTools 'No endpoints found that support tool use.'" },
 		{ "too many requests", Json("429 Too Many Requests", R"({"error":"slow down"})", "Retry-After: 7\r\n"),
 			"Missing '' !RateLimited 'slow down'" },
 		{ "no money", Json("429 Too Many Requests", R"({"error":{"message":"You exceeded your quota","code":"insufficient_quota"}})"),
@@ -309,6 +363,12 @@ TEST(ModelClient, AServerMayDoAnything)
 	EXPECT_EQ(Reply.Problem.RetryAfterSeconds, 7.0);
 	Ask(FScriptedPeer::SendOnce(Json("400 Bad Request", R"({"message":"maximum context length is 4096 tokens"})")), FHttpLimits(), &Reply);
 	EXPECT_EQ(Reply.Problem.ContextTokens, 4096);
+	const std::time_t Soon = std::time(nullptr) + 30;
+	char Date[64];
+	std::strftime(Date, sizeof(Date), "%a, %d %b %Y %H:%M:%S GMT", std::gmtime(&Soon));
+	Ask(FScriptedPeer::SendOnce(Json("429 Slow", "{}", "Retry-After: " + std::string(Date) + "\r\n")), FHttpLimits(), &Reply);
+	EXPECT_GT(Reply.Problem.RetryAfterSeconds, 20.0) << Date;
+	EXPECT_LE(Reply.Problem.RetryAfterSeconds, 31.0) << Date;
 }
 
 TEST(ModelClient, ServersThatDoNotEnd)
@@ -319,7 +379,7 @@ TEST(ModelClient, ServersThatDoNotEnd)
 	const auto Hold = [](std::string Text) { return FScriptedPeer::SendOnce(std::move(Text), true); };
 	EXPECT_EQ(Ask(Hold(Begin), Limits), "Missing 'Half' !Silent");
 	EXPECT_EQ(Ask(Hold(Begin + Events({ Chunk("{}", "stop"), "[DONE]" })), Limits), "Stop 'Half'") << "what is whole is not waited for";
-	EXPECT_EQ(Ask(Hold(Begin + Events({ Chunk("{}", "stop") })), Limits), "Stop 'Half' !Silent");
+	EXPECT_EQ(Ask(Hold(Begin + Events({ Chunk("{}", "stop") })), Limits), "Stop 'Half'") << "its end was told, in other words";
 	Limits.FirstByteSeconds = 0.05;
 	EXPECT_EQ(Ask(Hold(""), Limits), "Missing '' !Silent");
 	EXPECT_EQ(Ask(
@@ -392,6 +452,49 @@ TEST(ModelClient, TheRequestSaysWhatItMust)
 	EXPECT_EQ(Seen.Body, R"({"model":"m","messages":[{"role":"system","content":"Be \"short\".\n"}],"stream":true})");
 }
 
+TEST(ModelClient, WhatAModelHasSaidIsNoReasonToRefuseTheNextRequest)
+{
+	struct FCase
+	{
+		const char* Why;
+		FModelCall Call;
+		const char* Written;
+	};
+	const std::string LongId(50, 'x');
+	const FCase Cases[] = {
+		{ "in order", { "call-1", "a_b-C9", R"({ "x": 1 })" }, R"(call-1 a_b-C9 { "x": 1 })" },
+		{ "a name that is none", { "c", "functions.read file", "{}" }, "c functions_read_file {}" },
+		{ "no name", { "c", "", "{}" }, "c unknown {}" },
+		{ "half an object", { "c", "a", R"({"x":)" }, R"(c a {"unreadable":"{\"x\":"})" },
+		{ "nothing, since it was too large", { "c", "a", "", true }, R"(c a {"unreadable":""})" },
+		{ "a list", { "c", "a", "[1]" }, R"(c a {"unreadable":"[1]"})" },
+		{ "the text of an object", { "c", "a", R"("{\"x\":1}")" }, R"(c a {"x":1})" },
+		{ "a text", { "c", "a", R"("x")" }, R"(c a {"unreadable":"\"x\""})" },
+		{ "an id of another server", { LongId, "a", "{}" }, nullptr },
+	};
+	for (const FCase& Case : Cases)
+	{
+		SCOPED_TRACE(Case.Why);
+		FModelRequest Request;
+		Request.Messages = { { EModelRole::Assistant, "", { Case.Call }, "" }, { EModelRole::Tool, "done", {}, Case.Call.Id } };
+		FModelServer Server;
+		Server.BaseUrl = "http://127.0.0.1";
+		rapidjson::Document Body;
+		Body.Parse(Dialect.MakeRequest(Server, Request).Body.c_str());
+		ASSERT_FALSE(Body.HasParseError());
+		const auto& Call = Body["messages"][0]["tool_calls"][0];
+		const std::string Id = Call["id"].GetString();
+		EXPECT_EQ(Id, Body["messages"][1]["tool_call_id"].GetString());
+		if (Case.Written)
+		{
+			EXPECT_EQ(Id + ' ' + Call["function"]["name"].GetString() + ' ' + Call["function"]["arguments"].GetString(), Case.Written);
+			continue;
+		}
+		EXPECT_EQ(Id.size(), 9u);
+		EXPECT_TRUE(std::all_of(Id.begin(), Id.end(), [](char Byte) { return std::isalnum(static_cast<unsigned char>(Byte)); })) << Id;
+	}
+}
+
 TEST(ModelClient, ListsOfModels)
 {
 	struct FCase
@@ -404,6 +507,8 @@ TEST(ModelClient, ListsOfModels)
 		{ R"({"models":[{"name":"x"}],"data":[{"id":"a","max_model_len":4096}]})", "a 4096; " },
 		{ R"({"models":[{"name":"x"}]})", "x 0; " },
 		{ R"([{"id":"a","context_length":100},{"id":7},{},null])", "a 100; " },
+		{ R"({"models":["a","b"]})", "a 0; b 0; " },
+		{ R"({"data":[{"id":"a","max_context_length":9000,"loaded_context_length":4096}]})", "a 4096; " },
 		{ R"({"data":[]})", "" },
 		{ R"({"data":null})", "!" },
 		{ "<html>", "!" },
@@ -446,6 +551,9 @@ TEST(ModelClient, BaseAddressesAsUsersGiveThem)
 		{ "http://127.0.0.1:8080/v1/", "http://127.0.0.1:8080/v1" },
 		{ "https://a.example/api/v1/chat/completions", "https://a.example/api/v1" },
 		{ "https://a.example/openai", "https://a.example/openai" },
+		{ "http://[::1]:8080/v1/chat/completions/", "http://[::1]:8080/v1" },
+		{ "http://a.example/v1/completions", "http://a.example/v1" },
+		{ "http://a.example/v1/models", "http://a.example/v1" },
 	};
 	for (const auto& [Text, Base] : Cases)
 	{

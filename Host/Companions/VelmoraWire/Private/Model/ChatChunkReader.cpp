@@ -1,6 +1,7 @@
 #include "Model/ChatChunkReader.h"
 
 #include <algorithm>
+#include <charconv>
 #include <iterator>
 #include <utility>
 
@@ -35,19 +36,22 @@ namespace Velmora
 			{ ENode::Choice,    "message",                   ENode::Delta },
 			{ ENode::Choice,    "error",                     ENode::Error },
 			{ ENode::Delta,     "content",                   ENode::Parts },
+			{ ENode::Part,      "thinking",                  ENode::Thoughts },
 			{ ENode::Delta,     "tool_calls",                ENode::Calls },
 			{ ENode::Delta,     "function_call",             ENode::LegacyFunction },
 			{ ENode::Call,      "function",                  ENode::Function },
 			{ ENode::Function,  "arguments",                 ENode::Arguments },
+			{ ENode::Error,     "metadata",                  ENode::ErrorMore },
 			{ ENode::Usage,     "prompt_tokens_details",     ENode::PromptDetails },
 			{ ENode::Usage,     "completion_tokens_details", ENode::CompletionDetails },
 		};
 
 		/** What the elements of an array are. */
 		constexpr std::pair<ENode, ENode> ElementRows[] = {
-			{ ENode::Choices, ENode::Choice },
-			{ ENode::Parts,   ENode::Part },
-			{ ENode::Calls,   ENode::Call },
+			{ ENode::Choices,  ENode::Choice },
+			{ ENode::Parts,    ENode::Part },
+			{ ENode::Thoughts, ENode::Thought },
+			{ ENode::Calls,    ENode::Call },
 		};
 
 		struct FFieldRow
@@ -64,6 +68,7 @@ namespace Velmora
 			{ ENode::Delta,             "reasoning",         EField::Thinking },
 			{ ENode::Delta,             "thinking",          EField::Thinking },
 			{ ENode::Part,              "text",              EField::Text },
+			{ ENode::Thought,           "text",              EField::ThinkingPart },
 			{ ENode::Choice,            "finish_reason",     EField::Finish },
 			{ ENode::Choice,            "index",             EField::ChoiceIndex },
 			{ ENode::Choice,            "text",              EField::Text },
@@ -75,16 +80,21 @@ namespace Velmora
 			{ ENode::LegacyFunction,    "arguments",         EField::CallArguments },
 			{ ENode::Usage,             "prompt_tokens",     EField::PromptTokens },
 			{ ENode::Usage,             "completion_tokens", EField::CompletionTokens },
+			{ ENode::Usage,             "prompt_cache_hit_tokens", EField::CachedTokens },
 			{ ENode::PromptDetails,     "cached_tokens",     EField::CachedTokens },
 			{ ENode::CompletionDetails, "reasoning_tokens",  EField::ReasoningTokens },
 			{ ENode::Root,              "model",             EField::ModelName },
 			{ ENode::Root,              "error",             EField::ErrorText },
 			{ ENode::Root,              "message",           EField::RootMessage },
 			{ ENode::Root,              "detail",            EField::RootMessage },
+			{ ENode::Root,              "msg",               EField::RootMessage },
+			{ ENode::Root,              "object",            EField::RootKind },
+			{ ENode::Root,              "code",              EField::RootCode },
 			{ ENode::Error,             "message",           EField::ErrorText },
 			{ ENode::Error,             "type",              EField::ErrorType },
 			{ ENode::Error,             "code",              EField::ErrorCode },
 			{ ENode::Error,             "n_ctx",             EField::ErrorContext },
+			{ ENode::ErrorMore,         "raw",               EField::ErrorMore },
 		};
 
 		constexpr std::pair<std::string_view, EModelFinish> FinishRows[] = {
@@ -96,11 +106,53 @@ namespace Velmora
 			{ "tool_use",       EModelFinish::Calls },
 			{ "length",         EModelFinish::Length },
 			{ "max_tokens",     EModelFinish::Length },
+			{ "max_output_tokens", EModelFinish::Length },
 			{ "model_length",   EModelFinish::Length },
 			{ "content_filter", EModelFinish::Filtered },
 			{ "safety",         EModelFinish::Filtered },
+			{ "recitation",     EModelFinish::Filtered },
+			{ "prohibited_content", EModelFinish::Filtered },
 		};
+
+		/** Reasons that are none: what came is not the answer. */
+		constexpr std::string_view AbortWords[] = { "error", "abort", "aborted", "cancelled", "insufficient_system_resource" };
 		// clang-format on
+
+		/** The number of an escape such as \\u00e4; negative when none stands there. */
+		int ReadEscape(std::string_view Json, size_t Start)
+		{
+			int Unit = 0;
+			const std::string_view Digits = Start + 6 <= Json.size() ? Json.substr(Start + 2, 4) : std::string_view();
+			const auto [End, Problem] = std::from_chars(Digits.data(), Digits.data() + Digits.size(), Unit, 16);
+			return Digits.size() == 4 && Json[Start] == '\\' && Json[Start + 1] == 'u' && End == Digits.data() + 4 ? Unit : -1;
+		}
+
+		/**
+		 * Half characters become the one that stands for what is lost: servers whose texts count in halves cut there, and no JSON reader
+		 * takes the rest. Empty when there is none.
+		 */
+		std::string RepairHalves(std::string_view Json)
+		{
+			std::string Repaired;
+			if (Json.find("\\ud") == std::string_view::npos && Json.find("\\uD") == std::string_view::npos)
+			{
+				return Repaired;
+			}
+			const auto IsFirst = [](int Unit) { return Unit >= 0xD800 && Unit < 0xDC00; };
+			const auto IsSecond = [](int Unit) { return Unit >= 0xDC00 && Unit < 0xE000; };
+			for (size_t Place = Json.find('\\'); Place != std::string_view::npos; Place = Json.find('\\', Place))
+			{
+				const int Unit = ReadEscape(Json, Place);
+				const bool bIsWhole = IsFirst(Unit) && IsSecond(ReadEscape(Json, Place + 6));
+				if (!bIsWhole && (IsFirst(Unit) || IsSecond(Unit)))
+				{
+					Repaired = Repaired.empty() ? std::string(Json) : std::move(Repaired);
+					Repaired.replace(Place, 6, "\\ufffd");
+				}
+				Place += bIsWhole ? 12 : Unit >= 0 ? 6 : 2;
+			}
+			return Repaired;
+		}
 	}
 
 	void FChatChunkReader::FCallPart::Clear()
@@ -131,6 +183,8 @@ namespace Velmora
 		ChoiceIndex = 0;
 		Error = FErrorWords();
 		bHasUsage = false;
+		const std::string Repaired = RepairHalves(Json);
+		Json = Repaired.empty() ? Json : std::string_view(Repaired);
 		rapidjson::MemoryStream Stream(Json.data(), Json.size());
 		// Iterative, since the depth is the server's; numbers such as NaN come from servers whose language has them.
 		constexpr unsigned Flags = rapidjson::kParseIterativeFlag | rapidjson::kParseNanAndInfFlag;
@@ -265,6 +319,7 @@ namespace Velmora
 			return ++SkippedDepth <= 1000;
 		}
 		Error.bIsThere |= Node == ENode::Error;
+		bHasChoices |= Node == ENode::Choices;
 		Nodes[Depth++] = Node;
 		return true;
 	}
@@ -336,8 +391,11 @@ namespace Velmora
 			Text += Value;
 			return;
 		case EField::Thinking:
-			// Some servers send the same thought under two names.
-			Thinking = Value;
+			// Some servers send the same thought under two names, or nothing under one of them.
+			Thinking = Value.empty() ? Thinking : std::string(Value);
+			return;
+		case EField::ThinkingPart:
+			Thinking += Value;
 			return;
 		case EField::Finish:
 			Finish = Value;
@@ -354,9 +412,22 @@ namespace Velmora
 		case EField::ModelName:
 			Builder.SetModel(Value);
 			return;
+		default:
+			SetErrorText(Target, Value);
+			return;
+		}
+	}
+
+	void FChatChunkReader::SetErrorText(EField Target, std::string_view Value)
+	{
+		switch (Target)
+		{
 		case EField::ErrorText:
 			Error.bIsThere = true;
 			Error.Text = Value;
+			return;
+		case EField::ErrorMore:
+			Error.More = Value;
 			return;
 		case EField::ErrorType:
 			Error.Type = Value;
@@ -366,6 +437,9 @@ namespace Velmora
 			return;
 		case EField::RootMessage:
 			Error.RootMessage = Value;
+			return;
+		case EField::RootKind:
+			Error.bIsThere |= Value == "error";
 			return;
 		default:
 			return;
@@ -402,6 +476,10 @@ namespace Velmora
 		case EField::ErrorCode:
 			Error.Code = std::to_string(Value);
 			return;
+		case EField::RootCode:
+			// Of an error that is all of the object; an answer has no code.
+			Error.Code = Error.Code.empty() ? std::to_string(Value) : Error.Code;
+			return;
 		case EField::ErrorContext:
 			Error.ContextTokens = Value;
 			return;
@@ -436,10 +514,19 @@ namespace Velmora
 			}
 			if (!Finish.empty())
 			{
-				// An unknown word is still an end.
-				const auto Row =
-					std::find_if(std::begin(FinishRows), std::end(FinishRows), [this](const auto& Pair) { return Pair.first == Finish; });
-				Builder.SetFinish(Row != std::end(FinishRows) ? Row->second : EModelFinish::Stop);
+				// Some write them in capitals. An unknown word is still an end.
+				std::transform(Finish.begin(), Finish.end(), Finish.begin(),
+					[](char Byte) { return Byte >= 'A' && Byte <= 'Z' ? static_cast<char>(Byte - 'A' + 'a') : Byte; });
+				if (std::find(std::begin(AbortWords), std::end(AbortWords), Finish) != std::end(AbortWords))
+				{
+					AbortWord = Finish;
+				}
+				else
+				{
+					const auto Row = std::find_if(
+						std::begin(FinishRows), std::end(FinishRows), [this](const auto& Pair) { return Pair.first == Finish; });
+					Builder.SetFinish(Row != std::end(FinishRows) ? Row->second : EModelFinish::Stop);
+				}
 			}
 		}
 		Text.clear();

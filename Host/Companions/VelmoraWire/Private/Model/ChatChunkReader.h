@@ -31,6 +31,8 @@ namespace Velmora
 			Delta,
 			Parts,
 			Part,
+			Thoughts,
+			Thought,
 			Calls,
 			Call,
 			Function,
@@ -39,6 +41,7 @@ namespace Velmora
 			PromptDetails,
 			CompletionDetails,
 			Error,
+			ErrorMore,
 			Arguments
 		};
 
@@ -47,6 +50,7 @@ namespace Velmora
 			None,
 			Text,
 			Thinking,
+			ThinkingPart,
 			Finish,
 			ChoiceIndex,
 			CallIndex,
@@ -59,10 +63,13 @@ namespace Velmora
 			ReasoningTokens,
 			ModelName,
 			ErrorText,
+			ErrorMore,
 			ErrorType,
 			ErrorCode,
 			ErrorContext,
-			RootMessage
+			RootMessage,
+			RootKind,
+			RootCode
 		};
 
 		/** What an object says of an error. */
@@ -70,6 +77,9 @@ namespace Velmora
 		{
 			bool bIsThere = false;
 			std::string Text;
+
+			/** What stands behind a text that says nothing: the words of the server's own server. */
+			std::string More;
 			std::string Type;
 			std::string Code;
 
@@ -85,6 +95,12 @@ namespace Velmora
 
 		/** Of the object that was read last. */
 		const FErrorWords& GetError() const { return Error; }
+
+		/** An answer, if an empty one, and not something else. Of all objects that were read. */
+		bool HasChoices() const { return bHasChoices; }
+
+		/** The word with which the server gave its answer up, or nothing. Of all objects that were read. */
+		const std::string& GetAbortWord() const { return AbortWord; }
 
 		// What the JSON reader calls.
 		bool Default();
@@ -119,6 +135,7 @@ namespace Velmora
 		bool Open(bool bIsArray);
 		bool Close();
 		void SetText(EField Field, std::string_view Value);
+		void SetErrorText(EField Field, std::string_view Value);
 		void SetNumber(EField Field, int64_t Value);
 		void CommitCall();
 		void CommitChoice();
@@ -144,6 +161,8 @@ namespace Velmora
 		FModelUsage Usage;
 		bool bHasUsage = false;
 		FErrorWords Error;
+		bool bHasChoices = false;
+		std::string AbortWord;
 
 		/** Arguments that came as an object, written as the text that they should have been. */
 		rapidjson::StringBuffer ArgumentText;

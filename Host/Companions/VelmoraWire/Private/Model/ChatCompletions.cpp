@@ -1,5 +1,7 @@
 #include "Model/ChatCompletions.h"
 
+#include <algorithm>
+
 #include <rapidjson/document.h>
 
 #include "Http/WebAddress.h"
@@ -12,6 +14,9 @@ namespace Velmora
 	namespace
 	{
 		constexpr size_t MaxModels = 10000;
+
+		/** Of a refusal that is no object with words: enough to find some in it. */
+		constexpr size_t MaxWordsBytes = 64 * 1024;
 
 		std::vector<std::string> MakeHeaders(const FModelServer& Server)
 		{
@@ -46,7 +51,7 @@ namespace Velmora
 
 			virtual bool OnEvent(const FServerEvent& Event) override
 			{
-				if (Event.Data == "[DONE]")
+				if (Event.Data.starts_with("[DONE]"))
 				{
 					Builder.SetEnded();
 					return false;
@@ -57,8 +62,12 @@ namespace Velmora
 				}
 				if (!Chunk.Read(Event.Data))
 				{
+					if (Event.Type == "error")
+					{
+						FailByWords(200, Event.Data);
+					}
 					// What was cut off is told by the end of the stream.
-					if (!Event.bIsCutOff)
+					else if (!Event.bIsCutOff)
 					{
 						Builder.Fail(EModelFault::BadAnswer, "a part of the stream is no JSON object");
 					}
@@ -67,6 +76,11 @@ namespace Velmora
 				if (Chunk.GetError().bIsThere || Event.Type == "error")
 				{
 					FailByWords(200, std::string_view());
+					return false;
+				}
+				if (!Chunk.GetAbortWord().empty())
+				{
+					Builder.Fail(EModelFault::CutShort, "the server gave as its reason: " + Chunk.GetAbortWord());
 					return false;
 				}
 				return true;
@@ -78,36 +92,48 @@ namespace Velmora
 				{
 					Builder.Fail(EModelFault::BadAnswer, "the answer is no JSON object");
 				}
-				else if (Chunk.GetError().bIsThere)
+				else if (Chunk.GetError().bIsThere || !Chunk.HasChoices())
 				{
-					FailByWords(200, std::string_view());
+					// What is no answer may be a refusal in words of its own.
+					FailByWords(200, Chunk.HasChoices() ? std::string_view() : Body);
+				}
+				else if (!Chunk.GetAbortWord().empty())
+				{
+					Builder.Fail(EModelFault::CutShort, "the server gave as its reason: " + Chunk.GetAbortWord());
 				}
 				Builder.SetEnded();
 			}
 
 			virtual void OnRefusal(int Status, std::string_view Body) override
 			{
-				const size_t Start = Body.find_first_not_of(" \t\r\n");
-				const bool bIsObject = Start != std::string_view::npos && Body[Start] == '{' && Chunk.Read(Body);
+				// Some put the object into a list.
+				const size_t Start = std::min(Body.find_first_not_of(" \t\r\n["), Body.size());
+				const size_t End = Body.starts_with('[') ? Body.find_last_of('}') : std::string_view::npos;
+				const std::string_view Object = Body.substr(Start, End == std::string_view::npos ? End : End + 1 - Start);
+				if (Object.starts_with('{'))
+				{
+					Chunk.Read(Object);
+				}
 				// A page for people says nothing that fits into a line.
-				const bool bIsPage = Start != std::string_view::npos && Body[Start] == '<';
-				FailByWords(Status, bIsObject || bIsPage ? std::string_view() : Body);
+				FailByWords(Status, Object.starts_with('<') ? std::string_view() : Body);
 			}
 
 		private:
 			void FailByWords(int Status, std::string_view PlainText)
 			{
 				const FChatChunkReader::FErrorWords& Words = Chunk.GetError();
-				const std::string_view Text = !Words.Text.empty() ? std::string_view(Words.Text)
-					: !Words.RootMessage.empty()				  ? std::string_view(Words.RootMessage)
-					: !PlainText.empty()						  ? PlainText
-					: !Words.Type.empty()						  ? std::string_view(Words.Type)
-																  : std::string_view(Words.Code);
+				std::string Text(!Words.Text.empty() ? std::string_view(Words.Text)
+						: !Words.RootMessage.empty() ? std::string_view(Words.RootMessage)
+						: !PlainText.empty()		 ? PlainText.substr(0, MaxWordsBytes)
+						: !Words.Type.empty()		 ? std::string_view(Words.Type)
+													 : std::string_view(Words.Code));
+				// One that only passes requests on says little itself.
+				Text += Words.More.empty() ? "" : ": " + Words.More;
 				FModelProblem Problem;
 				Problem.Fault = ModelFaults::FromRefusal(Status, { Text, Words.Type, Words.Code });
-				Problem.Detail = Text;
 				Problem.Status = Status;
 				Problem.ContextTokens = Words.ContextTokens > 0 ? Words.ContextTokens : ModelFaults::FindContextTokens(Text);
+				Problem.Detail = std::move(Text);
 				Builder.Fail(std::move(Problem));
 			}
 
@@ -132,7 +158,8 @@ namespace Velmora
 		/** Each server has a name of its own for how long a conversation may be. */
 		int64_t FindContextSize(const rapidjson::Value& Model)
 		{
-			for (const char* Name : { "max_model_len", "context_length", "context_window", "max_context_length" })
+			for (const char* Name : { "loaded_context_length", "max_model_len", "context_length", "context_window", "max_context_length",
+					 "max_input_tokens", "max_sequence_length" })
 			{
 				if (const int64_t Size = FindNumber(Model, Name))
 				{
@@ -153,7 +180,7 @@ namespace Velmora
 			return std::string(Address);
 		}
 		// People paste the address of the call itself, as their server's page gives it.
-		for (const std::string_view Call : { "/chat/completions", "/models" })
+		for (const std::string_view Call : { "/chat/completions", "/completions", "/responses", "/models" })
 		{
 			if (Parsed.Path.ends_with(Call))
 			{
@@ -213,15 +240,18 @@ namespace Velmora
 		}
 		for (const rapidjson::Value& Model : List->GetArray())
 		{
-			if (!Model.IsObject() || OutModels.size() >= MaxModels)
-			{
-				continue;
-			}
 			FModelInfo Info;
-			Info.Id = FindText(Model, "id");
-			Info.Id = Info.Id.empty() ? FindText(Model, "name") : Info.Id;
-			Info.ContextTokens = FindContextSize(Model);
-			if (!Info.Id.empty())
+			if (Model.IsString())
+			{
+				Info.Id = std::string(Model.GetString(), Model.GetStringLength());
+			}
+			else if (Model.IsObject())
+			{
+				Info.Id = FindText(Model, "id");
+				Info.Id = Info.Id.empty() ? FindText(Model, "name") : Info.Id;
+				Info.ContextTokens = FindContextSize(Model);
+			}
+			if (!Info.Id.empty() && OutModels.size() < MaxModels)
 			{
 				OutModels.push_back(std::move(Info));
 			}

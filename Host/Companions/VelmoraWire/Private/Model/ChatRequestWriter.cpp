@@ -1,6 +1,8 @@
 #include "Model/ChatRequestWriter.h"
 
 #include <algorithm>
+#include <cstdio>
+#include <functional>
 #include <iterator>
 
 #include <rapidjson/document.h>
@@ -17,6 +19,14 @@ namespace Velmora
 
 		/** What the request says itself; options of the user's cannot say it otherwise. */
 		constexpr std::string_view OwnMembers[] = { "model", "messages", "tools", "stream", "stream_options", "n" };
+
+		// In bytes, as far as every server takes them.
+		constexpr size_t MaxNameBytes = 64;
+		constexpr size_t MaxIdBytes = 40;
+
+		/** Of arguments that are no object: enough for a model to see its mistake. */
+		constexpr size_t MaxUnreadableBytes = 2000;
+		constexpr std::string_view UnreadableStart = "{\"unreadable\":";
 
 		void WriteName(FWriter& Writer, std::string_view Name)
 		{
@@ -57,6 +67,67 @@ namespace Velmora
 			return "user";
 		}
 
+		// What a model has said goes back to whatever server answers next, and one that finds a name, an id or arguments that it
+		// would not have made itself refuses the request, this one and every later one.
+
+		/** Letters, digits, '_' and '-', and not too many of them. */
+		bool IsPlainName(std::string_view Name, size_t MaxBytes)
+		{
+			const auto IsPlain = [](char Byte) {
+				return (Byte >= 'a' && Byte <= 'z') || (Byte >= 'A' && Byte <= 'Z') || (Byte >= '0' && Byte <= '9') || Byte == '_' ||
+					Byte == '-';
+			};
+			return !Name.empty() && Name.size() <= MaxBytes && std::all_of(Name.begin(), Name.end(), IsPlain);
+		}
+
+		std::string MakeName(std::string_view Name)
+		{
+			std::string Plain(Name.substr(0, MaxNameBytes));
+			for (char& Byte : Plain)
+			{
+				Byte = IsPlainName(std::string_view(&Byte, 1), 1) ? Byte : '_';
+			}
+			return Plain.empty() ? "unknown" : Plain;
+		}
+
+		/** The same for a call and for its result. Nine letters and digits suit even the most particular server. */
+		std::string MakeId(const std::string& Id)
+		{
+			if (IsPlainName(Id, MaxIdBytes))
+			{
+				return Id;
+			}
+			char Text[16];
+			std::snprintf(Text, sizeof(Text), "c%08x", static_cast<unsigned>(std::hash<std::string>()(Id)));
+			return Text;
+		}
+
+		/** An object in any case: servers read the text, and fail over one that they cannot read. */
+		std::string MakeArguments(const std::string& Arguments)
+		{
+			rapidjson::Document Parsed;
+			Parsed.Parse<rapidjson::kParseIterativeFlag>(Arguments.data(), Arguments.size());
+			if (!Parsed.HasParseError() && Parsed.IsObject())
+			{
+				return Arguments;
+			}
+			if (!Parsed.HasParseError() && Parsed.IsString() && Parsed.GetStringLength() < Arguments.size())
+			{
+				// Some models give the text of an object as one text, and the tool has taken it as that.
+				const std::string Inner = MakeArguments(std::string(Parsed.GetString(), Parsed.GetStringLength()));
+				if (!Inner.starts_with(UnreadableStart))
+				{
+					return Inner;
+				}
+			}
+			rapidjson::StringBuffer Buffer;
+			FWriter Writer(Buffer);
+			Writer.StartObject();
+			WriteMember(Writer, "unreadable", WireText::CutUtf8(Arguments, MaxUnreadableBytes));
+			Writer.EndObject();
+			return std::string(Buffer.GetString(), Buffer.GetSize());
+		}
+
 		void WriteMessage(FWriter& Writer, const FModelMessage& Message)
 		{
 			Writer.StartObject();
@@ -73,7 +144,7 @@ namespace Velmora
 			}
 			if (Message.Role == EModelRole::Tool)
 			{
-				WriteMember(Writer, "tool_call_id", Message.CallId);
+				WriteMember(Writer, "tool_call_id", MakeId(Message.CallId));
 			}
 			if (!Message.Calls.empty())
 			{
@@ -82,12 +153,12 @@ namespace Velmora
 				for (const FModelCall& Call : Message.Calls)
 				{
 					Writer.StartObject();
-					WriteMember(Writer, "id", Call.Id);
+					WriteMember(Writer, "id", MakeId(Call.Id));
 					WriteMember(Writer, "type", "function");
 					WriteName(Writer, "function");
 					Writer.StartObject();
-					WriteMember(Writer, "name", Call.Name);
-					WriteMember(Writer, "arguments", Call.Arguments);
+					WriteMember(Writer, "name", MakeName(Call.Name));
+					WriteMember(Writer, "arguments", MakeArguments(Call.Arguments));
 					Writer.EndObject();
 					Writer.EndObject();
 				}

@@ -174,7 +174,10 @@ namespace Velmora
 		// 2. Then the connection: what has the mark of its end is whole, however it closed.
 		if (!Builder.HasEnded())
 		{
-			if (const EModelFault Fault = ModelFaults::FromEnd(Exchange.End); Fault != EModelFault::None)
+			const EModelFault Fault = ModelFaults::FromEnd(Exchange.End);
+			// Not all servers give the mark, and some that do not drop the connection behind the last word or forget it.
+			const bool bIsWhole = Builder.HasFinish() && (Fault == EModelFault::CutShort || Fault == EModelFault::Silent);
+			if (Fault != EModelFault::None && !bIsWhole)
 			{
 				Builder.Fail(
 					Fault, Exchange.End == EHttpEnd::Compressed ? std::string("it sent compressed data unasked") : Exchange.Detail);

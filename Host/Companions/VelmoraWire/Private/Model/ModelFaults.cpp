@@ -31,9 +31,20 @@ namespace Velmora::ModelFaults
 			{ "maximum context length",  EModelFault::ContextFull },
 			{ "available context size",  EModelFault::ContextFull },
 			{ "context length exceeded", EModelFault::ContextFull },
+			{ "context length of only",  EModelFault::ContextFull },
 			{ "context window",          EModelFault::ContextFull },
+			{ "context limit",           EModelFault::ContextFull },
 			{ "prompt is too long",      EModelFault::ContextFull },
-			{ "does not support tools",  EModelFault::NoTools },
+			{ "maximum prompt length",   EModelFault::ContextFull },
+			{ "number of tokens allowed", EModelFault::ContextFull },
+			{ "`max_new_tokens` must be", EModelFault::ContextFull },
+			{ "does not support tool",   EModelFault::NoTools },
+			{ "support tool use",        EModelFault::NoTools },
+			{ "does not support function", EModelFault::NoTools },
+			{ "tool calling is not",     EModelFault::NoTools },
+			{ "tool calling` is not",    EModelFault::NoTools },
+			{ "function calling is not", EModelFault::NoTools },
+			{ "'tools' is not supported", EModelFault::NoTools },
 			{ "tools param requires",    EModelFault::NoTools },
 			{ "tool choice requires",    EModelFault::NoTools },
 			{ "parse error",             EModelFault::BadRequest },
@@ -137,7 +148,8 @@ namespace Velmora::ModelFaults
 	int64_t FindContextTokens(std::string_view Text)
 	{
 		const std::string Lower = ToLower(Text);
-		for (const std::string_view Word : { "maximum context length is ", "available context size (" })
+		for (const std::string_view Word : { "maximum context length is ", "available context size (", "context length of only ",
+				 "context window of ", "maximum prompt length is ", "tokens allowed (", "`max_new_tokens` must be <= ", "tokens > " })
 		{
 			const size_t Found = Lower.find(Word);
 			if (Found == std::string::npos)

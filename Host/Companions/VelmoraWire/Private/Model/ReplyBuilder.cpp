@@ -4,6 +4,9 @@
 #include <unordered_set>
 #include <utility>
 
+#include <rapidjson/memorystream.h>
+#include <rapidjson/reader.h>
+
 #include "Text/WireText.h"
 
 namespace Velmora
@@ -27,6 +30,35 @@ namespace Velmora
 				}
 			}
 			return 0;
+		}
+
+		/** Whether nothing more can be a part of these arguments. */
+		bool AreComplete(std::string_view Arguments)
+		{
+			rapidjson::MemoryStream Stream(Arguments.data(), Arguments.size());
+			rapidjson::Reader Reader;
+			rapidjson::BaseReaderHandler<> Nobody;
+			return !Reader.Parse<rapidjson::kParseIterativeFlag>(Stream, Nobody).IsError();
+		}
+
+		/** Where the thinking ends of a model whose server has swallowed the mark of its beginning; npos when nothing looks so. */
+		size_t FindLoneThinkEnd(std::string_view Text)
+		{
+			const size_t End = Text.find(ThinkEndMark);
+			if (End == std::string_view::npos || Text.substr(0, End).find(ThinkMark) != std::string_view::npos)
+			{
+				return std::string_view::npos;
+			}
+			// On a line of its own and in no block of code: an answer may be about such marks.
+			const size_t After = End + ThinkEndMark.size();
+			const bool bIsLine =
+				(End == 0 || Text[End - 1] == '\n') && (After == Text.size() || Text[After] == '\n' || Text[After] == '\r');
+			bool bIsCode = false;
+			for (size_t Fence = Text.find("```"); Fence < End; Fence = Text.find("```", Fence + 3))
+			{
+				bIsCode = !bIsCode;
+			}
+			return bIsLine && !bIsCode ? End : std::string_view::npos;
 		}
 
 		/** What a server says, as one line. */
@@ -138,7 +170,7 @@ namespace Velmora
 		Tell(FReplyPiece::EKind::Thinking, Bytes);
 	}
 
-	FReplyBuilder::FOpenCall* FReplyBuilder::FindCall(int Index, std::string_view Id, std::string_view Name)
+	FReplyBuilder::FOpenCall* FReplyBuilder::FindCall(int Index, std::string_view Id, std::string_view Name, std::string_view Arguments)
 	{
 		// Without a number the id tells which call is meant; a name begins one, anything else goes on with the latest.
 		if (Index < 0)
@@ -147,16 +179,22 @@ namespace Velmora
 				std::find_if(Calls.rbegin(), Calls.rend(), [Id](const FOpenCall& Open) { return !Id.empty() && Open.Call.Id == Id; });
 			return Found != Calls.rend() ? &*Found : Name.empty() && !Calls.empty() ? &Calls.back() : nullptr;
 		}
-		// Some servers give every call the number 0: a part with a name and another id begins a call of its own.
 		const auto Found = std::find_if(Calls.rbegin(), Calls.rend(), [Index](const FOpenCall& Open) { return Open.Index == Index; });
-		const bool bBeginsAnother =
-			Found != Calls.rend() && !Name.empty() && !Id.empty() && !Found->Call.Id.empty() && Found->Call.Id != Id;
-		return Found == Calls.rend() || bBeginsAnother ? nullptr : &*Found;
+		if (Found == Calls.rend())
+		{
+			return nullptr;
+		}
+		// Some servers give every call the number 0: a part with a name and another id begins a call of its own, and without ids one
+		// whose arguments begin anew.
+		const bool bHasIds = !Id.empty() && !Found->Call.Id.empty();
+		const bool bBeginsAnother = !Name.empty() &&
+			(bHasIds ? Found->Call.Id != Id : Id.empty() && Arguments.starts_with('{') && AreComplete(Found->Call.Arguments));
+		return bBeginsAnother ? nullptr : &*Found;
 	}
 
 	void FReplyBuilder::AddCall(int Index, std::string_view Id, std::string_view Name, std::string_view Arguments)
 	{
-		FOpenCall* Open = FindCall(Index, Id, Name);
+		FOpenCall* Open = FindCall(Index, Id, Name, Arguments);
 		if (!Open && Calls.size() < Limits.MaxCalls)
 		{
 			Calls.push_back({ FModelCall(), Index });
@@ -257,7 +295,14 @@ namespace Velmora
 		}
 
 		// 3. Texts, without what only separated thinking from the answer.
+		if (const size_t End = Reply.Thinking.empty() ? FindLoneThinkEnd(Reply.Text) : std::string::npos; End != std::string::npos)
+		{
+			Reply.Thinking = Reply.Text.substr(0, End);
+			Reply.Text.erase(0, End + ThinkEndMark.size());
+		}
 		Reply.Text = WireText::RepairUtf8(std::move(Reply.Text));
+		// It would end the text for whoever reads it as one that ends so.
+		std::erase(Reply.Text, '\0');
 		if (!Reply.Thinking.empty())
 		{
 			Reply.Text.erase(0, std::min(Reply.Text.find_first_not_of(Whitespace), Reply.Text.size()));

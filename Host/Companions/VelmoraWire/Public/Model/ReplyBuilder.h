@@ -66,6 +66,9 @@ namespace Velmora
 		void Fail(FModelProblem&& Problem);
 		bool HasFailed() const { return static_cast<bool>(Reply.Problem); }
 
+		/** The server has given a reason for the end of the answer. */
+		bool HasFinish() const { return Reply.Finish != EModelFinish::Missing; }
+
 		/** The server has said that this was all. */
 		void SetEnded() { bHasEnded = true; }
 		bool HasEnded() const { return bHasEnded; }
@@ -100,7 +103,7 @@ namespace Velmora
 		void ReadOpening();
 
 		/** The call that a part belongs to, null when it begins one. */
-		FOpenCall* FindCall(int Index, std::string_view Id, std::string_view Name);
+		FOpenCall* FindCall(int Index, std::string_view Id, std::string_view Name, std::string_view Arguments);
 		void Tell(FReplyPiece::EKind Kind, std::string_view Bytes) const;
 
 		const FOnPiece OnPiece;
