@@ -2,6 +2,7 @@
 #include "Host/HostClock.h"
 #include "Support/Base/Printers.h"
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <memory>
@@ -67,6 +68,58 @@ TEST(SystemTicker, WhatIsAddedInALongTickWaitsItsWholeDelay)
 	Ticker.Tick(1.0f);
 	EXPECT_EQ(Calls, 1);
 	FHostClock::UseRealTime();
+}
+
+TEST(SystemTicker, CallsThatRepeatAtMuchTheSameTimeComeTogether)
+{
+	struct FCase
+	{
+		const char* What;
+		/** What passes between two that are added. */
+		float Apart;
+		std::vector<float> Delays;
+		/** Of a minute of a loop that sleeps until a call is due. */
+		int32 MostTurns;
+		int32 LeastCalls;
+	};
+	const FCase Cases[] = {
+		{ "a little apart", 0.03f, { 1.0f, 1.0f, 1.0f }, 64, 57 },
+		{ "one of another beat", 0.2f, { 1.0f, 0.5f }, 122, 48 },
+		{ "too far apart to wait for", 0.5f, { 1.0f, 1.0f }, 120, 59 },
+		{ "short ones keep their time", 0.01f, { 0.1f, 0.1f }, 1202, 599 },
+		{ "one alone", 0.0f, { 1.0f }, 60, 60 },
+	};
+	for (const FCase& Case : Cases)
+	{
+		SCOPED_TRACE(Case.What);
+		FTSTicker Ticker;
+		std::vector<int32> Calls(Case.Delays.size());
+		double Now = 0.0;
+		double Longest = 0.0;
+		for (size_t Index = 0; Index < Case.Delays.size(); ++Index)
+		{
+			Ticker.AddTicker(TEXT(""), Case.Delays[Index],
+				[&Calls, &Now, &Longest, &Case, Index, Last = Now](float) mutable
+				{
+					EXPECT_GE(Now - Last, Case.Delays[Index] - 1e-3) << "no sooner than after its delay";
+					Longest = std::max(Longest, (Now - Last) / Case.Delays[Index]);
+					Last = Now;
+					return ++Calls[Index] > 0;
+				});
+			Now += Case.Apart;
+			Ticker.Tick(Case.Apart);
+		}
+		int32 Turns = 0;
+		for (const double End = Now + 60.0; Now < End; ++Turns)
+		{
+			const float Wait = Ticker.GetTimeUntilNextCall();
+			Now += Wait;
+			Ticker.Tick(Wait);
+		}
+		EXPECT_LE(Turns, Case.MostTurns);
+		EXPECT_GE(*std::min_element(Calls.begin(), Calls.end()), Case.LeastCalls);
+		EXPECT_LE(Longest, 1.26);
+	}
 }
 
 TEST(SystemTicker, ChangesWhileTicking)

@@ -1,13 +1,16 @@
 #include "Async/Async.h"
 #include "Async/TaskGraphInterfaces.h"
 #include "Containers/Ticker.h"
+#include "Host/HostClock.h"
 #include "Host/Platform.h"
 #include "Support/UiDriver.h"
 #include "Widgets/Text/STextBlock.h"
 
+#include <cmath>
+
 namespace
 {
-	/** A headless window that can be hidden. */
+	/** A headless window that can be hidden, and that waits in simulated time when it is told to. */
 	class FHidingWindow final : public IHostWindow
 	{
 	public:
@@ -26,6 +29,8 @@ namespace
 		virtual void PumpEvents(IHostMessageHandler& Handler, double MaxWaitSeconds) override
 		{
 			Inner->PumpEvents(Handler, MaxWaitSeconds);
+			// As windows do, in whole milliseconds.
+			FHostClock::Advance(bWaits ? std::ceil(MaxWaitSeconds * 1000.0) / 1000.0 : 0.0);
 		}
 		virtual void Wake() override { Inner->Wake(); }
 		virtual bool SaveScreenshot(const FString& Path) const override { return Inner->SaveScreenshot(Path); }
@@ -34,6 +39,7 @@ namespace
 
 		TSharedRef<IHostWindow> Inner = FHostPlatform::CreateHeadlessWindow(FIntPoint(300, 100), 1.0f);
 		bool bVisible = true;
+		bool bWaits = false;
 		int32 PaintCount = 0;
 	};
 }
@@ -74,4 +80,34 @@ TEST_F(HiddenWindow, WorkGoesOnAndTheFirstFrameAfterShowsIt)
 	PumpFrame();
 	EXPECT_TRUE(First == App().GetLastElements().GetElements()) << "the first frame was not whole yet";
 	FTSTicker::GetCoreTicker().RemoveTicker(Ticker);
+}
+
+TEST_F(HiddenWindow, AtRestTheLoopTurnsOnceASecond)
+{
+	FSlateApplication::Shutdown();
+	const TSharedRef<FHidingWindow> Window = MakeShared<FHidingWindow>();
+	FSlateApplication::Create(Window);
+	Show(SNew(STextBlock).Text(FText::FromString(TEXT("nothing moves"))));
+	PumpSeconds(1.0);
+	// Who looks for something once a second, each from a moment of its own.
+	std::vector<FTSTicker::FDelegateHandle> Tickers;
+	for (int32 Index = 0; Index < 3; ++Index)
+	{
+		Tickers.push_back(FTSTicker::GetCoreTicker().AddTicker(TEXT(""), 1.0f, [](float) { return true; }));
+		PumpSeconds(0.05);
+	}
+	Window->bWaits = true;
+	const FHostFrameStats Before = App().GetFrameStats();
+	const double End = FHostClock::Seconds() + 60.0;
+	while (FHostClock::Seconds() < End)
+	{
+		App().RunTurn();
+	}
+	EXPECT_EQ(App().GetFrameStats().FrameCount, Before.FrameCount);
+	EXPECT_LE(App().GetFrameStats().TurnCount - Before.TurnCount, 64u);
+	EXPECT_GE(App().GetFrameStats().TurnCount - Before.TurnCount, 57u);
+	for (const FTSTicker::FDelegateHandle& Ticker : Tickers)
+	{
+		FTSTicker::RemoveTicker(Ticker);
+	}
 }

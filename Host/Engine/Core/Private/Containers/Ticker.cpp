@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cmath>
 #include <condition_variable>
 #include <limits>
 #include <thread>
@@ -17,6 +18,9 @@
 // 2. An element that is executing is not called again by an inner loop, and not twice in the same turn.
 // 3. Removing waits until a call in another thread has returned, so that what the delegate uses may be destroyed after
 // it.
+//
+// A delay is the least that passes between two calls. At rest every call wakes the processor, so that those which repeat at
+// much the same time are put together: who is called again waits a little longer where that meets a call of another.
 
 /** One registered delegate. Its own lock guards the state that RemoveTicker and Tick meet on. */
 class FTSTicker::FElement
@@ -48,6 +52,35 @@ namespace
 {
 	// Deltas are floats: ten times 0.1f may fall a hair short of a delay of 1.
 	constexpr double DueTolerance = 1.0e-5;
+	/** What a delay may grow by for that. Short ones follow something that moves and are kept as they are. */
+	constexpr double SlackShare = 0.25;
+	constexpr double MaxSlackSeconds = 0.25;
+	constexpr double ShortDelaySeconds = 0.2;
+
+	/**
+	 * The last time within the slack at which another one is called, now or some calls later; the earliest one when there is no such
+	 * time. Under the owner's lock.
+	 */
+	double FindSharedTime(const FTSTicker::FElement& Element, const TArray<TSharedPtr<FTSTicker::FElement>>& Elements, double Earliest)
+	{
+		if (Element.Delay < ShortDelaySeconds)
+		{
+			return Earliest;
+		}
+		const double Slack = std::min(Element.Delay * SlackShare, MaxSlackSeconds);
+		double Shared = Earliest;
+		for (const TSharedPtr<FTSTicker::FElement>& Other : Elements)
+		{
+			if (Other.Get() != &Element && Other->Delay >= ShortDelaySeconds)
+			{
+				// A time that differs by the rounding of many sums is the same.
+				const double Ahead = Earliest - DueTolerance - Other->NextTime;
+				const double Time = Other->NextTime + std::ceil(std::max(Ahead / Other->Delay, 0.0)) * Other->Delay;
+				Shared = Time <= Earliest + Slack ? std::max(Shared, Time) : Shared;
+			}
+		}
+		return Shared;
+	}
 }
 
 FTSTicker::FTSTicker() = default;
@@ -140,7 +173,7 @@ void FTSTicker::Tick(float DeltaTime)
 			bCall = Element->LastTick < ThisTick; // Else a loop inside an earlier delegate has called it.
 			if (bCall)
 			{
-				Element->NextTime = CurrentTime + Element->Delay;
+				Element->NextTime = FindSharedTime(*Element, Elements, CurrentTime + Element->Delay);
 				Element->LastTick = ThisTick;
 			}
 		}
