@@ -111,11 +111,11 @@ TEST_F(UpdateGateTests, FollowsAReleaseFile)
 		{
 			Folder.Write("Release.json", Case.Text);
 		}
-		Pass(0.6);
+		Pass(1.1);
 		EXPECT_TRUE(Told.empty()) << "it may still be written";
 		for (int Count = 0; Count < 4; ++Count)
 		{
-			Pass(0.6);
+			Pass(1.1);
 		}
 		EXPECT_EQ(Gate(), Case.Expected);
 		EXPECT_EQ(Told.size(), Case.Complaint[0] ? 1u : 0u) << "told once";
@@ -148,12 +148,12 @@ TEST_F(UpdateGateTests, AnOfferIsDownloadedAndInstalledByTheRestart)
 	EXPECT_EQ(Folder.Read("Updates/velmora-2.1.zip"), std::string(1000, 'p'));
 	// The file still offers what waits for the restart.
 	Folder.Write("Release.json", R"({ "state": "UpdateAvailable",  "version": "2.1", "package": "velmora-2.1.zip" })");
-	Pass(0.6);
+	Pass(1.1);
 	EXPECT_EQ(Gate(), "RestartRequired||2.1");
 	Follow();
 	EXPECT_EQ(Gate(), "Ready||") << "another run";
 	Folder.Write("Release.json", R"({ "state": "UpdateAvailable", "version": "2.2", "package": "velmora-2.2.zip" })");
-	Pass(0.6);
+	Pass(1.1);
 	EXPECT_EQ(Gate(), "UpdateAvailable||2.2");
 	EXPECT_TRUE(Told.empty());
 }
@@ -174,7 +174,7 @@ TEST_F(UpdateGateTests, AFailedDownloadSaysWhyAndTheOfferStays)
 	EXPECT_EQ(Gate(), "RestartRequired||2.1");
 
 	Folder.Write("Release.json", R"({ "state": "UpdateAvailable", "version": "3" })");
-	Pass(0.6);
+	Pass(1.1);
 	FVelmoraAutoDownloadFrameworkModule::TriggerManualDownload();
 	EXPECT_NE(Gate().find("names no package"), std::string::npos);
 	EXPECT_EQ(Told.size(), 2u);

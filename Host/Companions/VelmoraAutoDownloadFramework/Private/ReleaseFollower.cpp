@@ -17,7 +17,7 @@
 DEFINE_LOG_CATEGORY_STATIC(LogUpdateGate, Log, All);
 
 // Follows the file that tells of releases and takes the gate through an update: offered, downloading, waiting for the
-// restart. The file is looked at twice a second by its inode, size and times, since it may lie where nothing can be watched.
+// restart. The file is looked at once a second by its inode, size and times, since it may lie where nothing can be watched.
 // An offer goes by version and package. What was downloaded and what is installed are remembered by that name, so that the
 // same file does not offer the same update again.
 
@@ -36,7 +36,8 @@ namespace Velmora
 
 	namespace
 	{
-		constexpr float PollSeconds = 0.5f;
+		/** No more often than the module looks: at rest each look wakes the processor, and two at one time wake it once. */
+		constexpr float PollSeconds = 1.0f;
 
 		TFunction<void(const FString&)>& GetProblemHandler()
 		{
