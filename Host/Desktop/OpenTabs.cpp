@@ -1,5 +1,6 @@
 #include "OpenTabs.h"
 
+#include "Framework/Application/SlateApplication.h"
 #include "Framework/Docking/TabManager.h"
 #include "Host/HostAtomicFile.h"
 #include "Host/HostFolders.h"
@@ -23,6 +24,12 @@ namespace
 FOpenTabs::FOpenTabs(const FString& InPath)
 	: Path(InPath)
 {
+}
+
+FOpenTabs::~FOpenTabs()
+{
+	// What came after the last frame, and all that happened to a window out of sight.
+	Look();
 }
 
 FString FOpenTabs::Describe()
@@ -66,6 +73,17 @@ void FOpenTabs::Restore()
 }
 
 void FOpenTabs::NoteTurn()
+{
+	// Each tab that comes, goes or moves to the front brings a frame. At rest nothing is asked.
+	const uint64 Frames = FSlateApplication::Get().GetFrameStats().FrameCount;
+	if (Frames != SeenFrames)
+	{
+		SeenFrames = Frames;
+		Look();
+	}
+}
+
+void FOpenTabs::Look()
 {
 	const FString Now = Describe();
 	if (Now.Equals(Kept, ESearchCase::CaseSensitive))
