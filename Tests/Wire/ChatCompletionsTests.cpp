@@ -332,7 +332,8 @@ TEST(ModelClient, AServerMayDoAnything)
 			"Missing '' !BadRequest 'bad schema'" },
 		{ "an error of the server behind the server",
 			Json("400 Bad Request",
-				R"({"error":{"message":"Provider returned error","code":400,"metadata":{"raw":"prompt is too long: 9 tokens > 8 maximum"}}})"),
+				R"({"error":{"message":"Provider returned error","code":400,)"
+				R"("metadata":{"raw":"prompt is too long: 9 tokens > 8 maximum"}}})"),
 			"Missing '' !ContextFull 'Provider returned error: prompt is too long: 9 tokens > 8 maximum'" },
 		{ "no tools, of a server that looks for another one",
 			Json("404 Not Found", R"({"error":{"message":"No endpoints found that support tool use."}})"),
