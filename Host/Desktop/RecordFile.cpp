@@ -88,12 +88,14 @@ void FRecordWriter::Write(const std::string& Lines)
 	BytesLeft -= static_cast<int64>(Lines.size());
 	if (BytesLeft < 0)
 	{
-		End(MoveTemp(FRecordWords(ERecordKind::Note).Text(TEXT("The recording has reached its largest size and ends here."))));
+		Problem = TEXT("The recording has reached its largest size and ends here.");
+		End(MoveTemp(FRecordWords(ERecordKind::Note).Text(Problem)));
 		return;
 	}
 	// A disk that is full ends the recording and nothing else: what is recorded comes first.
 	if (!File.Write(Lines))
 	{
+		Problem = FString::Printf(TEXT("The recording ends early, since it could not be written: %s."), *DescribeError());
 		(void)File.Close();
 	}
 }

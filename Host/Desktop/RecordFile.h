@@ -34,6 +34,8 @@ public:
 	/** The last line; none is written afterwards. */
 	void Finish();
 	bool IsOpen() const { return File.IsOpen(); }
+	/** Why it ended before Finish; one sentence, empty when it did not. */
+	const FString& GetProblem() const { return Problem; }
 
 	/** Texts of people and of what they work on are masked. */
 	bool Masks() const { return bMasks; }
@@ -49,6 +51,7 @@ private:
 	bool bMarksDriver = false;
 	TFunction<void()> OnHandOver;
 	FFileDescriptor File;
+	FString Problem;
 };
 
 /** What a turn of the loop is going to meet. */

@@ -1,5 +1,6 @@
 #include "SessionRecorder.h"
 
+#include "ConversationPrinter.h"
 #include "DesktopOptions.h"
 #include "Async/TaskGraphInterfaces.h"
 #include "History/AssetHistoryTracker.h"
@@ -118,6 +119,11 @@ void FSessionRecorder::Finish()
 	}
 	Writer->SetOnHandOver(nullptr);
 	Writer->Finish();
+	// Who replays it would else look for the fault in what is missing.
+	if (!Writer->GetProblem().IsEmpty())
+	{
+		PrintToStandardError(FString::Printf(TEXT("velmora: %s\n"), *Writer->GetProblem()));
+	}
 	if (GateHandle.IsValid())
 	{
 		FUpdateGate::Get().OnStateChanged().Remove(GateHandle);

@@ -1,6 +1,7 @@
 #include "RecordFile.h"
 #include "RecordMask.h"
 #include "Support/Base/Printers.h"
+#include "Support/Base/SmallDisk.h"
 #include "Support/Base/TempFolder.h"
 
 #include <gtest/gtest.h>
@@ -154,6 +155,7 @@ TEST(RecordFile, AWriterKeepsToItsSizeAndToItsUser)
 	const std::string Content = Folder.Read("x.rec");
 	EXPECT_LT(Content.size(), 200u);
 	EXPECT_NE(Content.find("note \"The recording has reached its largest size and ends here.\"\n"), std::string::npos);
+	EXPECT_EQ(Utf8(Writer.GetProblem()), "The recording has reached its largest size and ends here.");
 	EXPECT_EQ(Complain(Content), "");
 	struct stat Info = {};
 	ASSERT_EQ(stat(Folder.AtBytes("x.rec").c_str(), &Info), 0);
@@ -161,6 +163,23 @@ TEST(RecordFile, AWriterKeepsToItsSizeAndToItsUser)
 
 	FRecordWriter Nowhere(false);
 	EXPECT_NE(Utf8(Nowhere.Open(Folder.At(TEXT("none/x.rec")))).find("cannot be written"), std::string::npos);
+}
+
+TEST(RecordFile, AFullDiskEndsTheRecordingInWords)
+{
+	const FTempFolder Folder;
+	FRecordWriter Writer(false);
+	ASSERT_EQ(Utf8(Writer.Open(Folder.At(TEXT("x.rec")))), "");
+	{
+		const FSmallDisk Disk(40);
+		Writer.Add(FRecordWords(ERecordKind::Begin));
+		EXPECT_EQ(Utf8(Writer.GetProblem()), "");
+		Writer.Add(MoveTemp(FRecordWords(ERecordKind::Note).Text(TEXT("more than the disk has room for"))));
+	}
+	EXPECT_FALSE(Writer.IsOpen());
+	EXPECT_EQ(Utf8(Writer.GetProblem()), "The recording ends early, since it could not be written: the file would become too large.");
+	Writer.Finish();
+	EXPECT_EQ(Complain(Folder.Read("x.rec")), "") << "What is there can be shown.";
 }
 
 TEST(RecordMask, LeavesShapesAndNoWords)
