@@ -138,6 +138,11 @@ namespace Velmora::Utf8Text
 			static_cast<unsigned char>(Byte) >= 0x80;
 	}
 
+	bool IsBlank(char Byte)
+	{
+		return Byte == ' ' || Byte == '\t' || Byte == '\n' || Byte == '\r';
+	}
+
 	std::string_view Trim(std::string_view Text)
 	{
 		constexpr std::string_view Blanks = " \t\r\n";

@@ -24,6 +24,9 @@ namespace Velmora::Utf8Text
 	/** ASCII letters only; the length stays. */
 	std::string ToLower(std::string_view Text);
 	bool IsWordByte(char Byte);
+
+	/** A blank, a tab or the end of a line. */
+	bool IsBlank(char Byte);
 	std::string_view Trim(std::string_view Text);
 	bool StartsWith(std::string_view Text, std::string_view Prefix);
 	bool EndsWith(std::string_view Text, std::string_view Suffix);

@@ -93,6 +93,11 @@ namespace Velmora
 		return Spelt;
 	}
 
+	std::string FProjectFiles::DescribeFound(size_t Count)
+	{
+		return Count == 0 ? "No file of that name" : Utf8Text::Count(Count, "file or folder", "files or folders") + " of that name";
+	}
+
 	bool FProjectFiles::Resolve(std::string_view Path, FProjectPath& OutPath) const
 	{
 		if (RealRoot.empty() || Path.empty() || Path.find('\0') != std::string_view::npos)

@@ -62,6 +62,9 @@ namespace Velmora
 		 * it. */
 		std::vector<FProjectPath> Find(std::string_view Name, size_t MaxResults) const;
 
+		/** How many that are, for the row of a tool. */
+		static std::string DescribeFound(size_t Count);
+
 		/** Existing file or folder at exactly that path, absolute or relative to the project. False when there is none or it lies outside.
 		 */
 		bool Resolve(std::string_view Path, FProjectPath& OutPath) const;

@@ -2,8 +2,9 @@
 
 #include <algorithm>
 
-#include "Text/Utf8Text.h"
 #include "Host/ProjectWalk.h"
+#include "Text/CodeLines.h"
+#include "Text/Utf8Text.h"
 
 namespace Velmora
 {
@@ -69,14 +70,6 @@ namespace Velmora
 			return Word.size() > 1 && std::none_of(Word.begin(), Word.end(), [](char Byte) { return Byte >= 'a' && Byte <= 'z'; });
 		}
 
-		bool IsComment(std::string_view Line)
-		{
-			const std::string_view Text = Utf8Text::Trim(Line);
-			// "#" opens a comment in some languages and a directive in others; only the blank tells.
-			return Utf8Text::StartsWith(Text, "//") || Utf8Text::StartsWith(Text, "/*") || Utf8Text::StartsWith(Text, "* ") ||
-				Text == "*" || Utf8Text::StartsWith(Text, "# ") || Utf8Text::StartsWith(Text, "--");
-		}
-
 		/**
 		 * Kind and letter case decide. Among mentions, code goes before comments, prose and tests, and a text that is
 		 * exactly the term, quotes and all, before one that merely holds it.
@@ -90,7 +83,7 @@ namespace Velmora
 			const bool bIsQuoted =
 				Start > 0 && End < Line.size() && (Line[Start - 1] == '"' || Line[Start - 1] == '\'') && Line[End] == Line[Start - 1];
 			return static_cast<int>(Hit.Kind) * 20 + (Hit.bIsExactCase ? 0 : 100) + (bIsProse ? 8 : 0) + (bIsTest ? 4 : 0) +
-				(IsComment(Line) ? 2 : 0) - (bIsQuoted ? 1 : 0);
+				(CodeLines::IsComment(Line) ? 2 : 0) - (bIsQuoted ? 1 : 0);
 		}
 
 		/** A term made ready: its bytes in lower case, and its words for the second attempt. */
@@ -328,6 +321,16 @@ namespace Velmora
 		}
 	}
 
+	std::string FSearchResult::CountMatches() const
+	{
+		return Utf8Text::Count(MatchCount, "match", "matches") + " in " + Utf8Text::Count(FileCount, "file", "files");
+	}
+
+	std::string FSearchResult::Describe() const
+	{
+		return MatchCount == 0 ? "No match in " + Utf8Text::Count(SearchedFiles, "file", "files") : CountMatches();
+	}
+
 	EHitKind ClassifyHit(std::string_view Line, size_t Start, size_t End)
 	{
 		// 1. Parts of words and comments define nothing.
@@ -339,7 +342,7 @@ namespace Velmora
 		{
 			return EHitKind::Part;
 		}
-		if (!bTermIsWord || IsComment(Line))
+		if (!bTermIsWord || CodeLines::IsComment(Line))
 		{
 			return EHitKind::Word;
 		}

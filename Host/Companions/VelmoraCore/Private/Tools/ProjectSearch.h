@@ -57,6 +57,12 @@ namespace Velmora
 
 		/** The project holds more than one search takes. */
 		bool bTruncated = false;
+
+		/** "3 matches in 2 files". */
+		std::string CountMatches() const;
+
+		/** The same, or how many files were looked into in vain. */
+		std::string Describe() const;
 	};
 
 	/** How many hits and files a result keeps. */

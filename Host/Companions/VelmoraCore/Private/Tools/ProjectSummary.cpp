@@ -61,6 +61,12 @@ namespace Velmora
 		}
 	}
 
+	std::string FFolderCount::Describe() const
+	{
+		return Utf8Text::Count(Files, "file", "files") + " in " + Utf8Text::Count(Folders, "folder", "folders") + ", " +
+			Utf8Text::Count(Lines, "line", "lines") + " of text";
+	}
+
 	FFolderCount CountFolder(const FProjectFiles& Files, const FProjectPath& Folder, const std::function<bool()>& IsCancelled)
 	{
 		FFolderCount Result;

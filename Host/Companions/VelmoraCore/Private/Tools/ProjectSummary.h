@@ -35,6 +35,9 @@ namespace Velmora
 		/** Folders whose contents could not be read, the counted one included. */
 		size_t UnreadableFolders = 0;
 		bool bTruncated = false;
+
+		/** "3 files in 2 folders, 120 lines of text". */
+		std::string Describe() const;
 	};
 
 	FFolderCount CountFolder(const FProjectFiles& Files, const FProjectPath& Folder, const std::function<bool()>& IsCancelled);

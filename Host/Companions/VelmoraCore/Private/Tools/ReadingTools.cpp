@@ -164,11 +164,10 @@ namespace Velmora
 		}
 		if (Found.MatchCount == 0)
 		{
-			return Succeed(OutResult, "No match in " + Utf8Text::Count(Found.SearchedFiles, "file", "files"),
+			return Succeed(OutResult, Found.Describe(),
 				"No line holds it; " + Utf8Text::Count(Found.SearchedFiles, "text file was", "text files were") + " searched.\n");
 		}
-		const std::string Count =
-			Utf8Text::Count(Found.MatchCount, "match", "matches") + " in " + Utf8Text::Count(Found.FileCount, "file", "files");
+		const std::string Count = Found.CountMatches();
 		std::string Text = Count + (Found.MatchCount > Found.Hits.size() ? ", the best " + std::to_string(Found.Hits.size()) : "") + ":\n";
 		for (const FSearchHit& Hit : Found.Hits)
 		{
@@ -189,9 +188,7 @@ namespace Velmora
 		{
 			Text += NameText(Path.Relative) + (Path.bIsFolder ? "/\n" : "\n");
 		}
-		Succeed(OutResult,
-			Found.empty() ? std::string("No file of that name")
-						  : Utf8Text::Count(Found.size(), "file or folder", "files or folders") + " of that name",
+		Succeed(OutResult, FProjectFiles::DescribeFound(Found.size()),
 			Found.empty() ? std::string("No file or folder has that in its name.\n") : Text);
 	}
 
@@ -236,9 +233,7 @@ namespace Velmora
 		{
 			return Fail(OutResult, "Not outlined: " + Outline.Problem);
 		}
-		Succeed(OutResult,
-			Outline.bIsMarkdown ? Utf8Text::Count(Outline.Symbols.size(), "heading", "headings")
-								: Utf8Text::Count(Outline.Symbols.size(), "symbol", "symbols"),
+		Succeed(OutResult, Outline.CountSymbols(),
 			Outline.Symbols.empty() ? std::string("Nothing is known to stand in it.\n")
 									: MakeOutlineText(Outline.Symbols) + (Outline.bIsCut ? "[The rest is left out.]\n" : ""));
 	}
@@ -261,8 +256,6 @@ namespace Velmora
 			Text += NameText(Kind.Kind) + ": " + Utf8Text::Count(Kind.Files, "file", "files") + ", " +
 				Utf8Text::Count(Kind.Lines, "line", "lines") + '\n';
 		}
-		const std::string Sum = Utf8Text::Count(Count.Files, "file", "files") + " in " +
-			Utf8Text::Count(Count.Folders, "folder", "folders") + ", " + Utf8Text::Count(Count.Lines, "line", "lines") + " of text";
-		Succeed(OutResult, Sum, Sum + '\n' + Text);
+		Succeed(OutResult, Count.Describe(), Count.Describe() + '\n' + Text);
 	}
 }

@@ -118,6 +118,11 @@ namespace Velmora
 		return Symbol.Scope.empty() ? Symbol.Name : Symbol.Scope + (bHasColons ? "::" : ".") + Symbol.Name;
 	}
 
+	std::string FFileOutline::CountSymbols() const
+	{
+		return bIsMarkdown ? Utf8Text::Count(Symbols.size(), "heading", "headings") : Utf8Text::Count(Symbols.size(), "symbol", "symbols");
+	}
+
 	FFileOutline OutlineProjectFile(const FProjectFiles& Files, const FProjectPath& File)
 	{
 		FFileOutline Result;

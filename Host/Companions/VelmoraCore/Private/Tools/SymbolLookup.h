@@ -39,6 +39,9 @@ namespace Velmora
 
 		/** There are more. */
 		bool bIsCut = false;
+
+		/** "3 symbols", "2 headings". */
+		std::string CountSymbols() const;
 	};
 
 	/** Asks the index, or reads the file where that does not hold it. Takes the extractor's time at most; not for the game thread. */
