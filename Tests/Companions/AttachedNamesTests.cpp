@@ -18,6 +18,8 @@ TEST(AttachedNames, AreQuotedWhereTheyCannotBeReadAsOneWord)
 		{ "delete a b.md and c.md", { "a b.md", "c.md" }, "delete \"a b.md\" and c.md" },
 		{ "write \"see a b.md here\" to a b.md", { "a b.md" }, "write \"see a b.md here\" to \"a b.md\"" },
 		{ "write this to a b.md\n```\na b.md\n```", { "a b.md" }, "write this to \"a b.md\"\n```\na b.md\n```" },
+		{ "write «see a b.md here» to a b.md", { "a b.md" }, "write «see a b.md here» to \"a b.md\"" },
+		{ "don't keep a b.md, it's old", { "a b.md" }, "don't keep \"a b.md\", it's old" },
 		{ "delete \"a b.md\"", { "a b.md" }, "delete \"a b.md\"" },
 		{ "delete say \"hi\".md", { "say \"hi\".md" }, "delete `say \"hi\".md`" },
 		{ "delete \"`\" x.md", { "\"`\" x.md" }, "delete it" },

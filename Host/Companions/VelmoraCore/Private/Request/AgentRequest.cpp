@@ -1,8 +1,10 @@
 #include "Request/AgentRequest.h"
 
 #include <algorithm>
+#include <optional>
 
 #include "Request/MainWords.h"
+#include "Request/QuoteMarks.h"
 #include "Request/RequestWords.h"
 #include "Text/Utf8Text.h"
 
@@ -12,17 +14,6 @@ namespace Velmora
 	{
 		/** Nobody asks a question in more bytes than this; what follows is material. */
 		constexpr size_t MaxRequestBytes = 4000;
-
-		struct FQuotePair
-		{
-			std::string_view Open;
-			std::string_view Close;
-		};
-		// clang-format off
-		constexpr FQuotePair QuotePairs[] = {
-			{ "«", "»" }, { "“", "”" }, { "„", "“" }, { "‘", "’" }, { "`", "`" }, { "\"", "\"" }, { "'", "'" },
-		};
-		// clang-format on
 
 		/** A request in two aligned views: bytes as written, and in lower case. */
 		struct FRequestText
@@ -45,11 +36,7 @@ namespace Velmora
 				// A full stop belongs to a name (".gitignore", "..", "X.h"), unless it ends a sentence.
 				const std::string_view Openers = " \t\n,;:!";
 				const std::string_view Closers = " \t\n,;:!?";
-				size_t First = Lower.find_first_not_of(Openers);
-				if (First == std::string::npos)
-				{
-					First = Lower.size();
-				}
+				const size_t First = std::min(Lower.find_first_not_of(Openers), Lower.size());
 				size_t End = Lower.size();
 				while (End > First &&
 					(Closers.find(Lower[End - 1]) != std::string_view::npos ||
@@ -76,40 +63,29 @@ namespace Velmora
 			return Utf8Text::EndsWith(Text, Words) && Text.size() > Words.size() && Text[Text.size() - Words.size() - 1] == ' ';
 		}
 
-		/** All openings of requests; a verb of the vocabulary opens one to change files. */
-		const std::vector<FPhraseRow>& GetPhrases()
+		/** How a request begins. The longest phrase decides: "where is the definition of" is more than "where is". */
+		std::optional<FPhraseRow> FindPhrase(std::string_view Lower)
 		{
-			static const std::vector<FPhraseRow> Phrases = []
+			std::optional<FPhraseRow> Best;
+			const auto Try = [&](std::string_view Phrase, ERequestKind Kind)
 			{
-				std::vector<FPhraseRow> All;
-				for (const FPhraseGroup& Group : RequestPhrases)
+				if (BeginsWithWords(Lower, Phrase) && (!Best || Phrase.size() > Best->Phrase.size()))
 				{
-					for (std::string_view Left = Group.Phrases; !Left.empty();)
-					{
-						const size_t Length = std::min(Left.find('|'), Left.size());
-						All.push_back({ Left.substr(0, Length), Group.Kind });
-						Left.remove_prefix(std::min(Length + 1, Left.size()));
-					}
+					Best = { Phrase, Kind };
 				}
-				for (const FVerbRow& Row : Verbs)
-				{
-					All.push_back({ Row.Phrase, ERequestKind::ChangeFiles });
-				}
-				return All;
-			}();
-			return Phrases;
-		}
-
-		const FPhraseRow* FindPhrase(std::string_view Lower)
-		{
-			// The longest one decides: "where is the definition of" is more than "where is".
-			const FPhraseRow* Best = nullptr;
-			for (const FPhraseRow& Row : GetPhrases())
+			};
+			for (const FPhraseGroup& Group : RequestPhrases)
 			{
-				if (BeginsWithWords(Lower, Row.Phrase) && (!Best || Row.Phrase.size() > Best->Phrase.size()))
+				for (size_t Start = 0; Start < Group.Phrases.size();)
 				{
-					Best = &Row;
+					const size_t End = std::min(Group.Phrases.find('|', Start), Group.Phrases.size());
+					Try(Group.Phrases.substr(Start, End - Start), Group.Kind);
+					Start = End + 1;
 				}
+			}
+			for (const FVerbRow& Row : Verbs)
+			{
+				Try(Row.Phrase, ERequestKind::ChangeFiles);
 			}
 			return Best;
 		}
@@ -130,7 +106,7 @@ namespace Velmora
 					}
 				}
 				// "tell me about X" opens with a courtesy by its letters only.
-				const FPhraseRow* Phrase = bKeepRequests ? FindPhrase(Text.Lower) : nullptr;
+				const std::optional<FPhraseRow> Phrase = bKeepRequests ? FindPhrase(Text.Lower) : std::nullopt;
 				if (Phrase && Phrase->Phrase.size() > Longest)
 				{
 					return;
@@ -175,55 +151,32 @@ namespace Velmora
 					{ return EndsWithWords(Rest, Verb) || Rest.find(' ' + std::string(Verb) + " in ") != std::string_view::npos; });
 		}
 
-		bool IsWholeProject(std::string_view Target)
-		{
-			const std::string Lower = Utf8Text::ToLower(Target);
-			return std::find(std::begin(WholeProjectNames), std::end(WholeProjectNames), Lower) != std::end(WholeProjectNames);
-		}
-
-		/**
-		 * Takes the first quoted text out and leaves one byte in its place, a control character that no sanitised
-		 * text holds. An apostrophe inside a word ("what's") opens nothing.
-		 */
+		/** Stands for the quoted text: a control character that no sanitised text holds. */
 		constexpr char QuotePlace = '\x01';
 
+		/** Takes the first quoted text out. An apostrophe inside a word ("what's") opens nothing, and a fence is no part of a question. */
 		std::string TakeQuoted(std::string& Text)
 		{
-			// The first quote in the text counts, whatever kind it is; an earlier one of another kind may hold a mark of this one.
-			size_t BestStart = std::string::npos;
-			size_t BestEnd = 0;
-			std::string Best;
-			for (const FQuotePair& Pair : QuotePairs)
+			for (size_t Open = 0; Open < Text.size(); ++Open)
 			{
-				for (size_t Open = Text.find(Pair.Open); Open != std::string::npos; Open = Text.find(Pair.Open, Open + 1))
+				for (const FQuoteMarks& Marks : QuoteMarks)
 				{
-					const bool bIsInWord = Open > 0 && Utf8Text::IsWordByte(Text[Open - 1]) && Pair.Open.size() == 1;
-					const size_t From = Open + Pair.Open.size();
-					size_t Close = Text.find(Pair.Close, From);
-					// An apostrophe before a letter goes on with a word ("it's"), so the quote ends later.
-					while (
-						Pair.Close == "'" && Close != std::string::npos && Close + 1 < Text.size() && Utf8Text::IsWordByte(Text[Close + 1]))
-					{
-						Close = Text.find(Pair.Close, Close + 1);
-					}
-					if (bIsInWord || Close == std::string::npos || Close == From)
+					const bool bIsInWord = Open > 0 && Utf8Text::IsWordByte(Text[Open - 1]) && Marks.Open.size() == 1;
+					if (bIsInWord || Marks.bIsFence || Text.compare(Open, Marks.Open.size(), Marks.Open) != 0)
 					{
 						continue;
 					}
-					if (Open < BestStart)
+					const size_t From = Open + Marks.Open.size();
+					const size_t Close = FindClosingMark(Text, From, Marks.Close);
+					if (Close != std::string::npos && Close != From)
 					{
-						BestStart = Open;
-						BestEnd = Close + Pair.Close.size();
-						Best = Text.substr(From, Close - From);
+						const std::string Quoted(Utf8Text::Trim(std::string_view(Text).substr(From, Close - From)));
+						Text.replace(Open, Close + Marks.Close.size() - Open, 1, QuotePlace);
+						return Quoted;
 					}
-					break;
 				}
 			}
-			if (BestStart != std::string::npos)
-			{
-				Text.replace(BestStart, BestEnd - BestStart, std::string(1, QuotePlace));
-			}
-			return std::string(Utf8Text::Trim(Best));
+			return std::string();
 		}
 
 		/** Line feeds and tabs become blanks, runs of blanks one. */
@@ -232,8 +185,7 @@ namespace Velmora
 			std::string Out;
 			for (const char Byte : Text)
 			{
-				const bool bIsBlank = Byte == ' ' || Byte == '\t' || Byte == '\n' || Byte == '\r';
-				if (!bIsBlank)
+				if (!Utf8Text::IsBlank(Byte))
 				{
 					Out.push_back(Byte);
 				}
@@ -257,58 +209,56 @@ namespace Velmora
 			return Number;
 		}
 
+		/** The number behind a word at the beginning, and where it ends. Zero when either is missing. */
+		int ReadNumberAfter(std::string_view Word, std::string_view Lower, size_t& OutEnd)
+		{
+			OutEnd = Word.size() + 1;
+			return BeginsWithWords(Lower, Word) && OutEnd <= Lower.size() ? ReadNumber(Lower, OutEnd) : 0;
+		}
+
 		/** "lines 10-20 of X", "line 7 in X", "first 20 lines of X", "last 5 lines of X": reads the range, keeps X. */
 		void TakeLeadingLineRange(FRequestText& Text, FAgentRequest& Request)
 		{
 			const std::string_view Lower = Text.Lower;
-			const bool bIsFirst = BeginsWithWords(Lower, "first");
-			const bool bIsLast = BeginsWithWords(Lower, "last");
-			size_t Index = 0;
+			size_t End = 0;
 			int First = 0;
 			int Last = 0;
-			if (bIsFirst || bIsLast)
+			int Tail = 0;
+			if (BeginsWithWords(Lower, "first") || BeginsWithWords(Lower, "last"))
 			{
-				Index = bIsFirst ? 6 : 5;
-				Last = Index <= Lower.size() ? ReadNumber(Lower, Index) : 0;
-				const std::string_view Rest = Last > 0 ? Lower.substr(Index) : std::string_view();
-				if (!Utf8Text::StartsWith(Rest, " line"))
+				const bool bIsFirst = Lower.front() == 'f';
+				const int Count = ReadNumberAfter(bIsFirst ? "first" : "last", Lower, End);
+				if (Count == 0 || !Utf8Text::StartsWith(Lower.substr(End), " line"))
 				{
 					return;
 				}
-				Index += Utf8Text::StartsWith(Rest, " lines") ? 6 : 5;
-				First = 1;
+				End += Utf8Text::StartsWith(Lower.substr(End), " lines") ? 6 : 5;
+				First = bIsFirst ? 1 : 0;
+				(bIsFirst ? Last : Tail) = Count;
 			}
-			else if (BeginsWithWords(Lower, "lines") || BeginsWithWords(Lower, "line"))
+			else
 			{
-				Index = BeginsWithWords(Lower, "lines") ? 6 : 5;
-				First = Index <= Lower.size() ? ReadNumber(Lower, Index) : 0;
+				First = Last = ReadNumberAfter(BeginsWithWords(Lower, "lines") ? "lines" : "line", Lower, End);
 				if (First == 0)
 				{
 					return;
 				}
-				Last = First;
-				for (const std::string_view Separator :
-					{ std::string_view("-"), std::string_view(" - "), std::string_view("–"), std::string_view(" to "),
-						std::string_view(".."), std::string_view(" through "), std::string_view(" until "), std::string_view(" and ") })
+				for (const std::string_view Separator : RangeSeparators)
 				{
-					size_t After = Index + Separator.size();
-					if (Utf8Text::StartsWith(Lower.substr(Index), Separator) && After < Lower.size() && Lower[After] >= '0' &&
+					size_t After = End + Separator.size();
+					if (Utf8Text::StartsWith(Lower.substr(End), Separator) && After < Lower.size() && Lower[After] >= '0' &&
 						Lower[After] <= '9')
 					{
 						Last = ReadNumber(Lower, After);
-						Index = After;
+						End = After;
 						break;
 					}
 				}
 			}
-			else
-			{
-				return;
-			}
-			Request.FirstLine = bIsLast ? 0 : std::min(First, Last);
-			Request.LastLine = bIsLast ? 0 : std::max(First, Last);
-			Request.TailLines = bIsLast ? Last : 0;
-			Text.Keep(Index, std::string::npos);
+			Request.FirstLine = std::min(First, Last);
+			Request.LastLine = std::max(First, Last);
+			Request.TailLines = Tail;
+			Text.Keep(End, std::string::npos);
 			Text.TrimEnds();
 		}
 
@@ -352,19 +302,8 @@ namespace Velmora
 		/** One word that is hardly a sentence: a path, or a name with a capital, a digit or an underscore. */
 		bool LooksLikeSymbol(std::string_view Text)
 		{
-			if (Text.empty() || Text.find(' ') != std::string_view::npos)
-			{
-				return false;
-			}
-			for (const char Byte : Text)
-			{
-				if (Byte == '_' || Byte == '/' || Byte == '.' || Byte == ':' || (Byte >= '0' && Byte <= '9') ||
-					(Byte >= 'A' && Byte <= 'Z'))
-				{
-					return true;
-				}
-			}
-			return false;
+			return Text.find(' ') == std::string_view::npos &&
+				Text.find_first_of("_/.:0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZ") != std::string_view::npos;
 		}
 
 		std::string PutBackQuoted(std::string_view Text, const std::string& Quoted)
@@ -394,8 +333,7 @@ namespace Velmora
 			// The last of these words parts the target from its place: "find in in notes.md" looks for "in".
 			size_t In = std::string::npos;
 			size_t InLength = 0;
-			for (const std::string_view Word :
-				{ std::string_view(" in "), std::string_view(" inside "), std::string_view(" under "), std::string_view(" within ") })
+			for (const std::string_view Word : ScopeWords)
 			{
 				const size_t At = Rest.Lower.rfind(Word);
 				if (At != std::string::npos && (In == std::string::npos || At > In))
@@ -420,24 +358,16 @@ namespace Velmora
 
 			// What stands in quotes is meant to the letter; only a file named behind it adds something.
 			const size_t Place = Rest.Written.find(QuotePlace);
-			if (Place != std::string::npos)
-			{
-				const bool bIsQuoteInScope = In != std::string::npos && Place > In;
-				Request.Target = bIsQuoteInScope ? PutBackQuoted(Rest.Written, Quoted) : Quoted;
-				if (!bIsQuoteInScope)
-				{
-					Request.TargetInScope = Quoted;
-				}
-				return;
-			}
-			Request.Target = Rest.Written;
+			const bool bIsQuoteMeant = Place != std::string::npos && (In == std::string::npos || Place < In);
+			Request.Target = bIsQuoteMeant ? Quoted : PutBackQuoted(Rest.Written, Quoted);
+			Request.TargetInScope = bIsQuoteMeant ? Quoted : Request.TargetInScope;
 		}
 
 		/**
 		 * A sentence that asks for advice or an explanation at large: several words, none of them a name of code. "what is
 		 * FThing", "how does the cache work" and "explain notes.md" are none.
 		 */
-		bool IsFreeQuestion(const FRequestText& Words, const FPhraseRow* Phrase, std::string_view Target)
+		bool IsFreeQuestion(const FRequestText& Words, const std::optional<FPhraseRow>& Phrase, std::string_view Target)
 		{
 			constexpr std::string_view Persons[] = { "i", "we", "you", "one", "to", "someone" };
 			constexpr size_t MaxNameWords = 3;
@@ -467,8 +397,8 @@ namespace Velmora
 
 		bool NeedsTarget(ERequestKind Kind)
 		{
-			return Kind == ERequestKind::FindText || Kind == ERequestKind::FindSymbol || Kind == ERequestKind::Outline ||
-				Kind == ERequestKind::WhichFiles || Kind == ERequestKind::Explain || Kind == ERequestKind::Show;
+			using enum ERequestKind;
+			return Kind == FindText || Kind == FindSymbol || Kind == Outline || Kind == WhichFiles || Kind == Explain || Kind == Show;
 		}
 
 		/** What a target such as "it" or "the project" makes of a request. */
@@ -483,7 +413,7 @@ namespace Velmora
 				Request.Target.clear();
 				return;
 			}
-			const bool bIsWholeProject = !bIsQuoted && IsWholeProject(Request.Target);
+			const bool bIsWholeProject = !bIsQuoted && IsOneOf(Utf8Text::ToLower(Request.Target), WholeProjectNames);
 			if (bIsWholeProject && (Request.Kind == ERequestKind::Explain || Request.Kind == ERequestKind::Summarise))
 			{
 				Request.Kind = ERequestKind::Summarise;
@@ -515,7 +445,7 @@ namespace Velmora
 					return Request;
 				}
 			}
-			if (IsFreeQuestion(Words, nullptr, std::string_view()))
+			if (IsFreeQuestion(Words, std::nullopt, std::string_view()))
 			{
 				return MakeFreeQuestion(Words);
 			}
@@ -546,8 +476,8 @@ namespace Velmora
 		CutClosers(Words, ClosingCourtesies);
 
 		// 2. What it opens with. "hi" and "thanks" are courtesies too, and may be all there is.
-		const FPhraseRow* Phrase = FindPhrase(Words.Lower);
-		const FPhraseRow* const WholePhrase = Phrase ? nullptr : FindPhrase(Whole.Lower);
+		std::optional<FPhraseRow> Phrase = FindPhrase(Words.Lower);
+		const std::optional<FPhraseRow> WholePhrase = Phrase ? std::nullopt : FindPhrase(Whole.Lower);
 		if (WholePhrase && (WholePhrase->Kind == ERequestKind::Greeting || WholePhrase->Kind == ERequestKind::Thanks))
 		{
 			Phrase = WholePhrase;

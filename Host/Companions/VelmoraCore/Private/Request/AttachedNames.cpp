@@ -3,25 +3,18 @@
 #include <algorithm>
 #include <numeric>
 
+#include "Request/QuoteMarks.h"
+#include "Request/RequestWords.h"
 #include "Text/Utf8Text.h"
 
 namespace Velmora
 {
 	namespace
 	{
-		/** Words that say nothing of their own between and around the names of files. */
-		constexpr std::string_view JoiningWords[] = { "a", "all", "and", "attached", "attachment", "attachments", "both", "each", "file",
-			"files", "from", "it", "of", "or", "plus", "the", "them", "these", "this", "those", "to", "versus", "vs", "with" };
-
-		bool IsBlank(char Byte)
-		{
-			return Byte == ' ' || Byte == '\t' || Byte == '\n' || Byte == '\r';
-		}
-
 		/** Blanks, and what sets names apart in a sentence. */
 		bool IsSeparator(char Byte)
 		{
-			return IsBlank(Byte) || std::string_view(",;:&()?!").find(Byte) != std::string_view::npos;
+			return Utf8Text::IsBlank(Byte) || std::string_view(",;:&()?!").find(Byte) != std::string_view::npos;
 		}
 
 		/** Control characters do not reach the reader of requests. */
@@ -52,24 +45,13 @@ namespace Velmora
 				// A full stop may end the sentence.
 				const bool bEnds = bStands &&
 					(End == Text.size() || IsSeparator(Text[End]) ||
-						(Text[End] == '.' && (End + 1 == Text.size() || IsBlank(Text[End + 1]))));
+						(Text[End] == '.' && (End + 1 == Text.size() || Utf8Text::IsBlank(Text[End + 1]))));
 				if (bEnds && (Best == std::string_view::npos || Name.size() > Names[Best].size()))
 				{
 					Best = Index;
 				}
 			}
 			return Best;
-		}
-
-		/** Behind the quoted passage that begins here; the same place when none does. */
-		size_t SkipQuoted(std::string_view Text, size_t At)
-		{
-			const std::string_view Fence = "```";
-			const std::string_view Mark = Text.compare(At, Fence.size(), Fence) == 0 ? Fence
-				: Text[At] == '"' || Text[At] == '`'								 ? Text.substr(At, 1)
-																					 : std::string_view();
-			const size_t End = Mark.empty() ? std::string_view::npos : Text.find(Mark, At + Mark.size());
-			return End == std::string_view::npos ? At : End + Mark.size();
 		}
 	}
 
@@ -147,7 +129,7 @@ namespace Velmora
 			const size_t End =
 				static_cast<size_t>(std::find_if(Text.begin() + static_cast<std::ptrdiff_t>(At), Text.end(), IsSeparator) - Text.begin());
 			const std::string Word = Utf8Text::ToLower(Text.substr(At, End - At));
-			if (std::find(std::begin(JoiningWords), std::end(JoiningWords), Word) == std::end(JoiningWords))
+			if (!IsOneOf(Word, JoiningWords))
 			{
 				return {};
 			}

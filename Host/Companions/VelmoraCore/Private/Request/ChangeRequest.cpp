@@ -9,35 +9,11 @@ namespace Velmora
 		/** A file named at the end of a request is looked for in no more than this. */
 		constexpr size_t MaxClosingFileBytes = 600;
 
-		// In each of these tables the longest phrase that fits is taken.
-
-		// clang-format off
-		constexpr std::string_view ContentSeparators[] = {
-			"with", "with the content", "with the contents", "with content", "with contents", "with the following",
-			"with the following content", "with the following contents", "with the following text", "with the text", "with text",
-			"with the line", "with the lines", "with the words", "with the word", "with this content", "with this text", "with this",
-			"with the code", "with the following code",
-			"containing", "that contains", "which contains", "that says", "which says", "saying", "that reads", "that holds", "holding",
-			"contains", "and write", "and put", "as follows",
-		};
-
-		constexpr std::string_view ContentOpeners[] = {
-			"the text", "text", "the line", "line", "the lines", "lines", "the word", "word", "the words", "words", "the passage",
-			"the phrase", "the string", "the following", "the following text", "the following line", "the following lines", "the code",
-			"this", "this text",
-			"a line", "a line saying", "a line that says", "a new line",
-		};
-		// clang-format on
-
-		constexpr std::string_view PlaceWords[] = { "to", "into", "in", "as", "at", "onto", "inside", "to a file", "into a file",
-			"at the end of", "to the end of", "at the bottom of" };
-		constexpr std::string_view InWords[] = { "in", "inside", "within", "from", "out of", "of" };
-		constexpr std::string_view WholeContentPhrases[] = { "the content of", "the contents of", "content of", "contents of",
-			"everything in", "the whole content of", "all the content of", "all of" };
-
-		/** Text without quotes becomes a line. */
-		std::string AsLines(std::string Text, bool bIsLiteral)
+		/** What stands between two places: to the letter where it is quoted, else as a line. */
+		std::string ReadLines(const FRequestReader& Reader, size_t From, size_t To)
 		{
+			bool bIsLiteral = false;
+			const std::string Text = Reader.Meant(From, To, bIsLiteral);
 			return bIsLiteral || Text.empty() || Text.back() == '\n' ? Text : Text + '\n';
 		}
 
@@ -55,25 +31,27 @@ namespace Velmora
 				OutContent = Literal;
 				return true;
 			}
-			bool bIsLiteral = false;
-			OutContent = AsLines(Reader.Meant(Start, Reader.GetEnd(), bIsLiteral), bIsLiteral);
+			OutContent = ReadLines(Reader, Start, Reader.GetEnd());
 			return !OutContent.empty();
 		}
 
-		FChangeRequest Unclear()
-		{
-			return FChangeRequest();
-		}
-
-		FChangeRequest MakeRequest(EChangeRequest Kind, const std::string& File)
+		FChangeRequest MakeRequest(EChangeRequest Kind, const std::string& File, const std::string& Content = std::string())
 		{
 			FChangeRequest Request;
 			Request.Kind = Kind;
+			Request.Content = Content;
 			if (!File.empty())
 			{
 				Request.Files.push_back(File);
 			}
 			return Request;
+		}
+
+		/** What is left is the content of the file. Unclear when nothing is. */
+		FChangeRequest ReadContentOf(FRequestReader& Reader, EChangeRequest Kind, const std::string& File)
+		{
+			FChangeRequest Request = MakeRequest(Kind, File);
+			return TakeContent(Reader, Request.Content) ? Request : FChangeRequest();
 		}
 
 		/** The last place from which on a phrase and a file's name end the request. Npos when there is none; the reader stays. */
@@ -101,7 +79,7 @@ namespace Velmora
 			std::string File;
 			if (!Reader.TakeFile(File) || File.empty())
 			{
-				return Unclear();
+				return FChangeRequest();
 			}
 			FChangeRequest Request = MakeRequest(EChangeRequest::Create, File);
 			if (!Reader.IsAtEnd())
@@ -121,40 +99,22 @@ namespace Velmora
 			const size_t ContentStart = Reader.GetPlace();
 			if (Reader.Take(PlaceWords))
 			{
-				FChangeRequest Request;
-				if (Reader.TakeFile(File))
-				{
-					Request = MakeRequest(Kind, File);
-				}
-				return Request.Kind == Kind && TakeContent(Reader, Request.Content) ? Request : Unclear();
+				return Reader.TakeFile(File) ? ReadContentOf(Reader, Kind, File) : FChangeRequest();
 			}
 			std::string Literal;
 			if (Reader.TakeLiteral(Literal) && Reader.Take(PlaceWords))
 			{
-				if (Reader.TakeFile(File) && Reader.IsAtEnd())
-				{
-					FChangeRequest Request = MakeRequest(Kind, File);
-					Request.Content = Literal;
-					return Request;
-				}
-				return Unclear();
+				return Reader.TakeFile(File) && Reader.IsAtEnd() ? MakeRequest(Kind, File, Literal) : FChangeRequest();
 			}
 			Reader.SetPlace(Start);
 			if (Reader.TakeFile(File) && !File.empty())
 			{
-				FChangeRequest Request = MakeRequest(Kind, File);
-				return TakeContent(Reader, Request.Content) ? Request : Unclear();
+				return ReadContentOf(Reader, Kind, File);
 			}
 			Reader.SetPlace(ContentStart);
 			const size_t Place = FindClosingFile(Reader, PlaceWords, File);
-			if (Place == std::string::npos)
-			{
-				return Unclear();
-			}
-			FChangeRequest Request = MakeRequest(Kind, File);
-			bool bIsLiteral = false;
-			Request.Content = AsLines(Reader.Meant(ContentStart, Place, bIsLiteral), bIsLiteral);
-			return Request.Content.empty() ? Unclear() : Request;
+			const std::string Content = Place == std::string::npos ? std::string() : ReadLines(Reader, ContentStart, Place);
+			return Content.empty() ? FChangeRequest() : MakeRequest(Kind, File, Content);
 		}
 
 		/** What is known of "A by B in FILE" while it is read. */
@@ -247,26 +207,22 @@ namespace Velmora
 			FReplaceParts Parts;
 			if (Reader.Take(WholeContentPhrases))
 			{
-				FChangeRequest Request;
-				if (Reader.TakeFile(Parts.File) && Reader.Take(Separators))
-				{
-					Request = MakeRequest(EChangeRequest::Write, Parts.File);
-				}
-				return Request.Kind == EChangeRequest::Write && TakeContent(Reader, Request.Content) ? Request : Unclear();
+				const bool bNamesFile = Reader.TakeFile(Parts.File) && Reader.Take(Separators);
+				return bNamesFile ? ReadContentOf(Reader, EChangeRequest::Write, Parts.File) : FChangeRequest();
 			}
 
 			// 2. The two passages, and the file behind either of them.
 			Reader.Take(ContentOpeners);
 			if (!ReadOld(Reader, Separators, Parts) || !Reader.Take(Separators))
 			{
-				return Unclear();
+				return FChangeRequest();
 			}
 			Reader.Take(ContentOpeners);
 			const size_t NewStart = Reader.GetPlace();
 			const size_t NewEnd = ReadNew(Reader, Parts);
 			if (NewEnd == std::string::npos)
 			{
-				return Unclear();
+				return FChangeRequest();
 			}
 
 			// 3. "substitute B for A" names them the other way round.
@@ -278,12 +234,8 @@ namespace Velmora
 			{
 				Request.Old.swap(Request.Content);
 			}
-			return Request.Old.empty() ? Unclear() : Request;
+			return Request.Old.empty() ? FChangeRequest() : Request;
 		}
-
-		constexpr std::string_view ReplaceSeparators[] = { "by", "with", "->", "=>", "→" };
-		constexpr std::string_view ChangeSeparators[] = { "to", "into", "by", "with", "->", "=>", "→" };
-		constexpr std::string_view SubstituteSeparators[] = { "for" };
 
 		FChangeRequest ReadVerb(FRequestReader& Reader, EVerb Verb, const std::string& File);
 
@@ -294,10 +246,10 @@ namespace Velmora
 			EVerb Verb = EVerb::Edit;
 			if (!Reader.TakeFile(File))
 			{
-				return Unclear();
+				return FChangeRequest();
 			}
 			Reader.SkipPunctuation();
-			return Reader.FindVerb(Verb) && Verb != EVerb::Edit ? ReadVerb(Reader, Verb, File) : Unclear();
+			return Reader.FindVerb(Verb) && Verb != EVerb::Edit ? ReadVerb(Reader, Verb, File) : FChangeRequest();
 		}
 
 		FChangeRequest ReadDelete(FRequestReader& Reader)
@@ -318,7 +270,7 @@ namespace Velmora
 			{
 				if (!Reader.TakeFile(File) || (File.empty() && !Request.Files.empty()))
 				{
-					return Unclear();
+					return FChangeRequest();
 				}
 				const bool bPoints = File.empty();
 				if (!bPoints)
@@ -335,7 +287,7 @@ namespace Velmora
 				Reader.Take(And);
 				if (bPoints)
 				{
-					return Unclear();
+					return FChangeRequest();
 				}
 			}
 		}
@@ -374,7 +326,7 @@ namespace Velmora
 			case EVerb::Delete:
 				return ReadDelete(Reader);
 			}
-			return Unclear();
+			return FChangeRequest();
 		}
 	}
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "Request/QuoteMarks.h"
 #include "Text/Utf8Text.h"
 
 namespace Velmora
@@ -10,37 +11,9 @@ namespace Velmora
 	{
 		constexpr size_t MaxGoalCharacters = 300;
 
-		struct FQuotes
-		{
-			std::string_view Open;
-			std::string_view Close;
-		};
-
-		/** The longer mark first. An apostrophe opens nothing: it stands inside words. */
-		constexpr FQuotes QuoteMarks[] = { { "```", "```" }, { "`", "`" }, { "\"", "\"" }, { "«", "»" }, { "“", "”" }, { "„", "“" } };
-
 		/** Words that begin the next step, each after a blank or a separator. The longer phrase first. */
 		constexpr std::string_view StepWords[] = { "and after that", "after that", "and then", "and finally", "and lastly", "then",
 			"finally", "lastly" };
-
-		bool IsBlank(char Letter)
-		{
-			return Letter == ' ' || Letter == '\t' || Letter == '\n' || Letter == '\r';
-		}
-
-		/** Behind the quoted passage that starts at Start. A quote that never closes is an ordinary character. */
-		size_t SkipQuoted(std::string_view Text, size_t Start)
-		{
-			for (const FQuotes& Quotes : QuoteMarks)
-			{
-				if (Text.compare(Start, Quotes.Open.size(), Quotes.Open) == 0)
-				{
-					const size_t End = Text.find(Quotes.Close, Start + Quotes.Open.size());
-					return End == std::string_view::npos ? Start : End + Quotes.Close.size();
-				}
-			}
-			return Start;
-		}
 
 		/** Length of a step word with the separators behind it, zero when none stands there. Lower has no upper case. */
 		size_t MatchStepWord(std::string_view Lower, size_t Start)
@@ -49,7 +22,7 @@ namespace Velmora
 			{
 				const size_t End = Start + Word.size();
 				if (Lower.compare(Start, Word.size(), Word) == 0 && End < Lower.size() &&
-					(IsBlank(Lower[End]) || Lower[End] == ',' || Lower[End] == ':'))
+					(Utf8Text::IsBlank(Lower[End]) || Lower[End] == ',' || Lower[End] == ':'))
 				{
 					return Word.size() + 1;
 				}
@@ -66,7 +39,7 @@ namespace Velmora
 				++Position;
 			}
 			const bool bHasNumber = Position > Start;
-			if (Position + 1 >= Text.size() || !IsBlank(Text[Position + 1]))
+			if (Position + 1 >= Text.size() || !Utf8Text::IsBlank(Text[Position + 1]))
 			{
 				return 0;
 			}
@@ -77,22 +50,16 @@ namespace Velmora
 
 		void AddStep(FAgentPlan& Plan, std::string_view Text)
 		{
-			size_t Begin = 0;
-			size_t End = Text.size();
-			while (Begin < End && (IsBlank(Text[Begin]) || Text[Begin] == ',' || Text[Begin] == ';' || Text[Begin] == ':'))
-			{
-				++Begin;
-			}
-			while (End > Begin && (IsBlank(Text[End - 1]) || Text[End - 1] == ',' || Text[End - 1] == ';'))
-			{
-				--End;
-			}
+			constexpr std::string_view Openers = " \t\n\r,;:";
+			constexpr std::string_view Closers = " \t\n\r,;";
+			Text.remove_prefix(std::min(Text.find_first_not_of(Openers), Text.size()));
+			Text = Text.substr(0, Text.find_last_not_of(Closers) + 1);
 			// A full stop ends a sentence, but belongs to "..." and to a name such as "Docs/..".
-			if (End - Begin > 1 && Text[End - 1] == '.' && Text[End - 2] != '.')
+			if (Text.size() > 1 && Text.back() == '.' && Text[Text.size() - 2] != '.')
 			{
-				--End;
+				Text.remove_suffix(1);
 			}
-			if (Begin == End)
+			if (Text.empty())
 			{
 				return;
 			}
@@ -101,7 +68,7 @@ namespace Velmora
 				++Plan.LeftOutSteps;
 				return;
 			}
-			Plan.Steps.push_back({ std::string(Text.substr(Begin, End - Begin)) });
+			Plan.Steps.push_back({ std::string(Text) });
 		}
 
 		void SplitSteps(FAgentPlan& Plan, std::string_view Text, bool bSplitLines)
@@ -131,7 +98,7 @@ namespace Velmora
 				{
 					Cut(Position + 1);
 					bAfterSeparator = true;
-					while (StepStart < Text.size() && IsBlank(Text[StepStart]))
+					while (StepStart < Text.size() && Utf8Text::IsBlank(Text[StepStart]))
 					{
 						++StepStart;
 					}
@@ -147,7 +114,7 @@ namespace Velmora
 						continue;
 					}
 				}
-				bAfterSeparator = IsBlank(Letter) || Letter == ',' || Letter == ';' || Letter == '.';
+				bAfterSeparator = Utf8Text::IsBlank(Letter) || Letter == ',' || Letter == ';' || Letter == '.';
 				++Position;
 			}
 			Cut(Text.size());
@@ -161,11 +128,10 @@ namespace Velmora
 		const std::string Opening = Utf8Text::ToLower(Text.substr(0, 8));
 		if (Utf8Text::StartsWith(Opening, "plan:"))
 		{
-			const std::string_view Steps = Utf8Text::Trim(Text.substr(5));
-			size_t Start = MatchListMark(Steps, 0);
-			const std::string First = Utf8Text::ToLower(Steps.substr(Start, 6));
-			Start += Utf8Text::StartsWith(First, "first ") ? 6 : 0;
-			SplitSteps(Plan, Steps.substr(Start), true);
+			std::string_view Steps = Utf8Text::Trim(Text.substr(5));
+			Steps.remove_prefix(MatchListMark(Steps, 0));
+			Steps.remove_prefix(Utf8Text::ToLower(Steps.substr(0, 6)) == "first " ? 6 : 0);
+			SplitSteps(Plan, Steps, true);
 		}
 		else if (Utf8Text::StartsWith(Opening, "first ") || Utf8Text::StartsWith(Opening, "first, ") ||
 			Utf8Text::StartsWith(Opening, "first:"))
@@ -177,9 +143,11 @@ namespace Velmora
 				return FAgentPlan();
 			}
 		}
-		std::string Goal = Utf8Text::Shorten(Text, MaxGoalCharacters);
-		std::replace(Goal.begin(), Goal.end(), '\n', ' ');
-		Plan.Goal = Plan.IsEmpty() ? std::string() : Goal;
+		if (!Plan.IsEmpty())
+		{
+			Plan.Goal = Utf8Text::Shorten(Text, MaxGoalCharacters);
+			std::replace(Plan.Goal.begin(), Plan.Goal.end(), '\n', ' ');
+		}
 		return Plan;
 	}
 }

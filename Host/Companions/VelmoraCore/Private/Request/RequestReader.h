@@ -5,8 +5,10 @@
 #include <iterator>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
+#include "Request/QuoteMarks.h"
 #include "Request/RequestWords.h"
 #include "Text/Utf8Text.h"
 
@@ -18,28 +20,11 @@ namespace Velmora
 	/** Courtesies in front of the verb are no longer than this. */
 	constexpr size_t MaxWordsBeforeVerb = 12;
 
-	struct FLiteralQuotes
-	{
-		std::string_view Open;
-		std::string_view Close;
-	};
-	// clang-format off
-	constexpr FLiteralQuotes LiteralQuotes[] = {
-		{ "```", "```" }, { "~~~", "~~~" }, { "`", "`" }, { "\"", "\"" }, { "«", "»" }, { "“", "”" }, { "„", "“" }, { "‘", "’" },
-		{ "'", "'" },
-	};
-	// clang-format on
-
 	struct FLiteral
 	{
 		std::string Text;
 		std::string Written;
 	};
-
-	inline bool IsBlankByte(char Byte)
-	{
-		return Byte == ' ' || Byte == '\t' || Byte == '\n';
-	}
 
 	/** Reads a request to change files from left to right, word by word, with quoted texts taken out. */
 	class FRequestReader
@@ -51,22 +36,8 @@ namespace Velmora
 			Lower = Utf8Text::ToLower(Skeleton);
 		}
 
-		void SkipBlanks()
-		{
-			while (At < Skeleton.size() && IsBlankByte(Skeleton[At]))
-			{
-				++At;
-			}
-		}
-
-		void SkipPunctuation()
-		{
-			while (At < Skeleton.size() &&
-				(IsBlankByte(Skeleton[At]) || std::string_view(",;:.!?").find(Skeleton[At]) != std::string_view::npos))
-			{
-				++At;
-			}
-		}
+		void SkipBlanks() { At = SkipAny(Blanks, At); }
+		void SkipPunctuation() { At = SkipAny(" \t\r\n,;:.!?", At); }
 
 		/** Length of a phrase of whole words at a place, each blank of it standing for any number; zero when it is not there. */
 		size_t MatchAt(size_t Place, std::string_view Phrase) const
@@ -76,11 +47,7 @@ namespace Velmora
 			{
 				if (Byte == ' ')
 				{
-					const size_t Start = Position;
-					while (Position < Lower.size() && IsBlankByte(Lower[Position]))
-					{
-						++Position;
-					}
+					const size_t Start = std::exchange(Position, SkipAny(Blanks, Position));
 					if (Position == Start)
 					{
 						return 0;
@@ -92,9 +59,8 @@ namespace Velmora
 				}
 			}
 			// "to.md" and "in/x" are names, not words.
-			const bool bEnds = Position >= Lower.size() || IsBlankByte(Lower[Position]) || Lower[Position] == LiteralPlace ||
-				(std::string_view(",;:.!?").find(Lower[Position]) != std::string_view::npos &&
-					(Position + 1 >= Lower.size() || IsBlankByte(Lower[Position + 1]) || Lower[Position + 1] == LiteralPlace));
+			const bool bEnds = EndsWordAt(Position) ||
+				(std::string_view(",;:.!?").find(Lower[Position]) != std::string_view::npos && EndsWordAt(Position + 1));
 			return bEnds ? Position - Place : 0;
 		}
 
@@ -161,11 +127,8 @@ namespace Velmora
 		/** A text in quotes, or else the words between two places. */
 		std::string Meant(size_t From, size_t To, bool& bOutIsLiteral) const
 		{
-			while (From < To && IsBlankByte(Skeleton[From]))
-			{
-				++From;
-			}
-			while (To > From && IsBlankByte(Skeleton[To - 1]))
+			From = std::min(SkipAny(Blanks, From), To);
+			while (To > From && Utf8Text::IsBlank(Skeleton[To - 1]))
 			{
 				--To;
 			}
@@ -194,10 +157,7 @@ namespace Velmora
 					SkipBlanks();
 					return true;
 				}
-				while (At < Skeleton.size() && !IsBlankByte(Skeleton[At]) && Skeleton[At] != LiteralPlace)
-				{
-					++At;
-				}
+				At = SkipWord(At);
 				SkipBlanks();
 			}
 			return false;
@@ -263,17 +223,32 @@ namespace Velmora
 		bool IsAt(char Byte) const { return At < Skeleton.size() && Skeleton[At] == Byte; }
 
 	private:
-		/** "this file" points, unless a name follows: "this file notes.md". */
-		bool HasFileAfter(size_t Place) const
+		static constexpr std::string_view Blanks = " \t\r\n";
+
+		/** The first place from there on that holds none of the bytes. */
+		size_t SkipAny(std::string_view Bytes, size_t Place) const
 		{
-			while (Place < Skeleton.size() && IsBlankByte(Skeleton[Place]))
+			return std::min(Skeleton.find_first_not_of(Bytes, Place), Skeleton.size());
+		}
+
+		bool EndsWordAt(size_t Place) const
+		{
+			return Place >= Skeleton.size() || Utf8Text::IsBlank(Skeleton[Place]) || Skeleton[Place] == LiteralPlace;
+		}
+
+		size_t SkipWord(size_t Place) const
+		{
+			while (!EndsWordAt(Place))
 			{
 				++Place;
 			}
-			if (Place >= Skeleton.size())
-			{
-				return false;
-			}
+			return Place;
+		}
+
+		/** "this file" points, unless a name follows: "this file notes.md". */
+		bool HasFileAfter(size_t Place) const
+		{
+			Place = SkipAny(Blanks, Place);
 			const std::string Name = ReadName(Place);
 			return !Name.empty() &&
 				(LooksLikeFile(Name) ||
@@ -284,27 +259,16 @@ namespace Velmora
 		/** The word at a place, without the punctuation behind it. */
 		std::string ReadName(size_t Place) const
 		{
-			size_t End = Place;
-			while (End < Skeleton.size() && !IsBlankByte(Skeleton[End]) && Skeleton[End] != LiteralPlace)
-			{
-				++End;
-			}
-			while (End > Place && std::string_view(",;:!?").find(Skeleton[End - 1]) != std::string_view::npos)
-			{
-				--End;
-			}
-			if (End > Place + 1 && Skeleton[End - 1] == '.' && Skeleton[End - 2] != '.' && Skeleton[End - 2] != '/')
-			{
-				--End;
-			}
-			return Skeleton.substr(Place, End - Place);
+			std::string_view Name = std::string_view(Skeleton).substr(Place, SkipWord(Place) - Place);
+			Name = Name.substr(0, Name.find_last_not_of(",;:!?") + 1);
+			const char Before = Name.size() > 1 ? Name[Name.size() - 2] : '.';
+			Name.remove_suffix(Before != '.' && Before != '/' && Name.back() == '.' ? 1 : 0);
+			return std::string(Name);
 		}
 
 		static bool LooksLikeFile(std::string_view Name)
 		{
-			const std::string LowerName = Utf8Text::ToLower(Name);
-			return Name.find_first_of("./\\") != std::string_view::npos ||
-				std::find(std::begin(BareFileNames), std::end(BareFileNames), LowerName) != std::end(BareFileNames);
+			return Name.find_first_of("./\\") != std::string_view::npos || IsOneOf(Utf8Text::ToLower(Name), BareFileNames);
 		}
 
 		const FLiteral& LiteralAt(size_t Place) const
@@ -316,13 +280,13 @@ namespace Velmora
 		void TakeLiteralsOut(const std::string& Text)
 		{
 			// A mark whose partner is missing from here on is not looked for again.
-			bool bIsUnclosed[std::size(LiteralQuotes)] = {};
+			bool bIsUnclosed[std::size(QuoteMarks)] = {};
 			for (size_t Position = 0; Position < Text.size();)
 			{
 				size_t End = Position;
-				for (size_t Index = 0; Index < std::size(LiteralQuotes) && End == Position; ++Index)
+				for (size_t Index = 0; Index < std::size(QuoteMarks) && End == Position; ++Index)
 				{
-					const FLiteralQuotes& Quotes = LiteralQuotes[Index];
+					const FQuoteMarks& Quotes = QuoteMarks[Index];
 					const bool bIsInWord = Position > 0 && Utf8Text::IsWordByte(Text[Position - 1]) && Quotes.Open == "'";
 					if (!bIsUnclosed[Index] && !bIsInWord && Utf8Text::StartsWith(std::string_view(Text).substr(Position), Quotes.Open))
 					{
@@ -342,21 +306,17 @@ namespace Velmora
 		}
 
 		/** Gives the place behind the literal, or Position when it does not end. */
-		size_t ReadLiteral(const std::string& Text, size_t Position, const FLiteralQuotes& Quotes, bool& bOutIsUnclosed)
+		size_t ReadLiteral(const std::string& Text, size_t Position, const FQuoteMarks& Quotes, bool& bOutIsUnclosed)
 		{
 			size_t From = Position + Quotes.Open.size();
 			const size_t LineEnd = Text.find('\n', From);
-			size_t Close = Text.find(Quotes.Close, From);
-			if (Quotes.Open.size() == 3 && Quotes.Open == Quotes.Close && LineEnd < Close)
+			size_t Close = FindClosingMark(Text, From, Quotes.Close);
+			if (Quotes.bIsFence && LineEnd < Close)
 			{
 				// A fence: what stands behind its first mark is the language, and its last one stands on a line of its own.
 				From = LineEnd + 1;
 				Close = Text.find('\n' + std::string(Quotes.Close), LineEnd);
 				Close = Close == std::string::npos ? Close : Close + 1;
-			}
-			while (Quotes.Close == "'" && Close != std::string::npos && Close + 1 < Text.size() && Utf8Text::IsWordByte(Text[Close + 1]))
-			{
-				Close = Text.find(Quotes.Close, Close + 1);
 			}
 			if (Close == std::string::npos)
 			{

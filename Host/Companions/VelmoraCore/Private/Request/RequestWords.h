@@ -75,6 +75,36 @@ namespace Velmora
 	};
 	// clang-format on
 
+	// Requests to change files: what parts the content, the file and the passages.
+
+	// clang-format off
+	inline constexpr std::string_view ContentSeparators[] = {
+		"with", "with the content", "with the contents", "with content", "with contents", "with the following",
+		"with the following content", "with the following contents", "with the following text", "with the text", "with text",
+		"with the line", "with the lines", "with the words", "with the word", "with this content", "with this text", "with this",
+		"with the code", "with the following code",
+		"containing", "that contains", "which contains", "that says", "which says", "saying", "that reads", "that holds", "holding",
+		"contains", "and write", "and put", "as follows",
+	};
+
+	inline constexpr std::string_view ContentOpeners[] = {
+		"the text", "text", "the line", "line", "the lines", "lines", "the word", "word", "the words", "words", "the passage",
+		"the phrase", "the string", "the following", "the following text", "the following line", "the following lines", "the code",
+		"this", "this text",
+		"a line", "a line saying", "a line that says", "a new line",
+	};
+	// clang-format on
+
+	inline constexpr std::string_view PlaceWords[] = { "to", "into", "in", "as", "at", "onto", "inside", "to a file", "into a file",
+		"at the end of", "to the end of", "at the bottom of" };
+	inline constexpr std::string_view InWords[] = { "in", "inside", "within", "from", "out of", "of" };
+	inline constexpr std::string_view WholeContentPhrases[] = { "the content of", "the contents of", "content of", "contents of",
+		"everything in", "the whole content of", "all the content of", "all of" };
+
+	inline constexpr std::string_view ReplaceSeparators[] = { "by", "with", "->", "=>", "→" };
+	inline constexpr std::string_view ChangeSeparators[] = { "to", "into", "by", "with", "->", "=>", "→" };
+	inline constexpr std::string_view SubstituteSeparators[] = { "for" };
+
 	struct FPhraseRow
 	{
 		std::string_view Phrase; // Lower case, words apart by one blank.
@@ -178,6 +208,12 @@ namespace Velmora
 		"in the sources", "in the source code", "in the repository", "of the project", "of this project",
 	};
 
+	/** What parts the target of a request from the place to look in. */
+	inline constexpr std::string_view ScopeWords[] = { " in ", " inside ", " under ", " within " };
+
+	/** What stands between the first line and the last one. */
+	inline constexpr std::string_view RangeSeparators[] = { "-", " - ", "–", " to ", "..", " through ", " until ", " and " };
+
 	/** Names for everything there is. */
 	inline constexpr std::string_view WholeProjectNames[] = {
 		"", ".", "./", "/", "project", "the project", "this project", "my project", "our project", "the code", "code", "codebase",
@@ -211,6 +247,10 @@ namespace Velmora
 		"with", "work", "works", "would", "write", "you", "your", "i", "i'm", "it's", "what's", "don't", "doesn't", "isn't", "can't",
 	};
 	// clang-format on
+
+	/** Words that say nothing of their own between and around the names of files. */
+	inline constexpr std::string_view JoiningWords[] = { "a", "all", "and", "attached", "attachment", "attachments", "both", "each", "file",
+		"files", "from", "it", "of", "or", "plus", "the", "them", "these", "this", "those", "to", "versus", "vs", "with" };
 
 	/** The whole word, in lower case, stands in a table. */
 	template <size_t Size>
