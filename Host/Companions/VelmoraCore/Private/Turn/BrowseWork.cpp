@@ -22,10 +22,16 @@ namespace Velmora
 		constexpr int DefaultShownLines = 120;
 		constexpr int MaxShownLines = 400;
 		constexpr size_t MaxListedEntries = 60;
+		constexpr size_t MaxTopEntries = 25;
 		constexpr size_t MaxListedKinds = 10;
 
+		/** Nothing where there is no file. */
 		std::string KindTable(const FFolderCount& Count)
 		{
+			if (Count.Kinds.empty())
+			{
+				return std::string();
+			}
 			std::string Text = "| Kind | Files | Lines |\n|---|--:|--:|\n";
 			size_t RestFiles = 0;
 			size_t RestLines = 0;
@@ -50,8 +56,7 @@ namespace Velmora
 
 		std::string CountSentence(const FFolderCount& Count)
 		{
-			std::string Text = Utf8Text::Count(Count.Files, "file", "files") + " in " +
-				Utf8Text::Count(Count.Folders, "folder", "folders") + ", " + Utf8Text::Count(Count.Lines, "line", "lines") + " of text.";
+			std::string Text = Count.Describe() + ".";
 			if (Count.OtherFiles > 0)
 			{
 				Text += ' ' + Utf8Text::Count(Count.OtherFiles, "file is", "files are") +
@@ -75,11 +80,39 @@ namespace Velmora
 				: "- " + AnswerMarkdown::FileLink(Entry.Path) + '\n';
 		}
 
+		/** Up to MaxItems entries, a line each, and how many more there are. */
+		std::string EntryList(const std::vector<FListedEntry>& Entries, size_t MaxItems)
+		{
+			std::string Text;
+			for (size_t Index = 0; Index < std::min(Entries.size(), MaxItems); ++Index)
+			{
+				Text += FolderItem(Entries[Index]);
+			}
+			return Entries.size() <= MaxItems
+				? Text
+				: Text + Utf8Text::Count(Entries.size() - MaxItems, "more entry is", "more entries are") + " not listed.\n";
+		}
+
+		std::string FolderName(const FProjectPath& Folder)
+		{
+			return AnswerMarkdown::FileName(Folder.Relative.empty() ? Folder.Absolute : Folder.Relative + '/', 160);
+		}
+
+		bool IsPattern(const std::string& Target)
+		{
+			return Target.find_first_of("*?") != std::string::npos;
+		}
+
 		std::string DisplayName(const FProjectPath& Path)
 		{
 			const std::string& Full = Path.Relative.empty() ? Path.Absolute : Path.Relative;
 			const size_t Slash = Full.rfind('/');
 			return Slash == std::string::npos || Slash + 1 == Full.size() ? Full : Full.substr(Slash + 1);
+		}
+
+		FToolParameters FolderParameters(const FProjectPath& Folder)
+		{
+			return { { "display_text", DisplayName(Folder) }, { "path", Folder.Relative.empty() ? std::string(".") : Folder.Relative } };
 		}
 	}
 
@@ -97,7 +130,7 @@ namespace Velmora
 			return Say("Which file should I show? For example: `show README.md`\n");
 		}
 		// 2. Several names at once.
-		if (Request.Target.find_first_of("*?") != std::string::npos)
+		if (IsPattern(Request.Target))
 		{
 			return AnswerPattern(Request.Target);
 		}
@@ -107,13 +140,9 @@ namespace Velmora
 		{
 			return AnswerFile(Attached);
 		}
-		if (Desk.Attachments.size() > 1)
+		if (const std::vector<FProjectPath> Named = Desk.FindNamedAttachments(Request.Target); !Named.empty())
 		{
-			const std::vector<FProjectPath> Named = Desk.FindNamedAttachments(Request.Target);
-			if (!Named.empty())
-			{
-				return AnswerAttachments(Named);
-			}
+			return AnswerAttachments(Named);
 		}
 		// 4. The project.
 		std::vector<FProjectPath> Found;
@@ -151,8 +180,7 @@ namespace Velmora
 
 	bool FBrowseWork::RunListTool(const FProjectPath& Folder, std::vector<FListedEntry>& OutEntries, bool& bOutIsReadable)
 	{
-		return Desk.RunTool("list_directory",
-			{ { "display_text", DisplayName(Folder) }, { "path", Folder.Relative.empty() ? std::string(".") : Folder.Relative } },
+		return Desk.RunTool("list_directory", FolderParameters(Folder),
 			[&]
 			{
 				bOutIsReadable = ListFolder(Desk.Files, Folder, Desk.CancelCheck(), OutEntries);
@@ -163,8 +191,7 @@ namespace Velmora
 
 	bool FBrowseWork::RunCountTool(const FProjectPath& Folder, FFolderCount& OutCount)
 	{
-		return Desk.RunTool("count_lines",
-			{ { "display_text", DisplayName(Folder) }, { "path", Folder.Relative.empty() ? std::string(".") : Folder.Relative } },
+		return Desk.RunTool("count_lines", FolderParameters(Folder),
 			[&]
 			{
 				OutCount = CountFolder(Desk.Files, Folder, Desk.CancelCheck());
@@ -180,12 +207,10 @@ namespace Velmora
 		{
 			return AnswerFolder(File);
 		}
-		if (Desk.StepCount == 0 && !Desk.BeginStep("Reading " + File.Relative))
-		{
-			return false;
-		}
 		FProjectText Content;
-		if (!Desk.RunReadTool(File, Request.FirstLine, Request.LastLine, Content))
+		const bool bIsOwnStep = Desk.StepCount == 0;
+		if ((bIsOwnStep && !Desk.BeginStep("Reading " + File.Relative)) ||
+			!Desk.RunReadTool(File, Request.FirstLine, Request.LastLine, Content))
 		{
 			return false;
 		}
@@ -228,11 +253,7 @@ namespace Velmora
 			return AnswerFolder(File);
 		}
 		std::string Text;
-		if (!Desk.BeginStep("Reading " + File.Relative) || !DescribeFile(File, Text))
-		{
-			return false;
-		}
-		return Say(Text);
+		return Desk.BeginStep("Reading " + File.Relative) && DescribeFile(File, Text) && Say(Text);
 	}
 
 	bool FBrowseWork::DescribeFile(const FProjectPath& File, std::string& OutAnswer)
@@ -268,7 +289,7 @@ namespace Velmora
 
 	bool FBrowseWork::RunList()
 	{
-		if (Request.Target.find_first_of("*?") != std::string::npos)
+		if (IsPattern(Request.Target))
 		{
 			return AnswerPattern(Request.Target);
 		}
@@ -301,16 +322,12 @@ namespace Velmora
 	{
 		std::vector<FListedEntry> Entries;
 		bool bIsReadable = true;
-		const std::string Name = DisplayName(Folder);
-		if (Desk.StepCount == 0 && !Desk.BeginStep("Listing " + Name))
+		const bool bIsOwnStep = Desk.StepCount == 0;
+		if ((bIsOwnStep && !Desk.BeginStep("Listing " + DisplayName(Folder))) || !RunListTool(Folder, Entries, bIsReadable))
 		{
 			return false;
 		}
-		if (!RunListTool(Folder, Entries, bIsReadable))
-		{
-			return false;
-		}
-		std::string Text = AnswerMarkdown::FileName(Folder.Relative.empty() ? Folder.Absolute : Folder.Relative + '/', 160);
+		const std::string Text = FolderName(Folder);
 		if (!bIsReadable)
 		{
 			return Say(Text + " cannot be read. Check that it still exists and that you may look into it.\n");
@@ -319,31 +336,19 @@ namespace Velmora
 		{
 			return Say(Text + " is empty, or holds only what is ignored (version control, build output, saved data).\n");
 		}
-		Text += " has " + Utf8Text::Count(Entries.size(), "entry", "entries") + ".\n";
-		for (size_t Index = 0; Index < std::min(Entries.size(), MaxListedEntries); ++Index)
-		{
-			Text += FolderItem(Entries[Index]);
-		}
-		if (Entries.size() > MaxListedEntries)
-		{
-			Text += Utf8Text::Count(Entries.size() - MaxListedEntries, "more entry is", "more entries are") + " not listed.\n";
-		}
-		return Say(Text);
+		return Say(Text + " has " + Utf8Text::Count(Entries.size(), "entry", "entries") + ".\n" + EntryList(Entries, MaxListedEntries));
 	}
 
 	bool FBrowseWork::AnswerPattern(const std::string& Pattern)
 	{
 		std::vector<FProjectPath> Found;
-		if (!Desk.BeginStep("Looking for files like " + Pattern))
-		{
-			return false;
-		}
-		const bool bIsAlive = Desk.RunTool("find_file", { { "display_text", Pattern }, { "name", Pattern } },
-			[&]
-			{
-				Found = ListMatching(Desk.Files, Pattern, Desk.CancelCheck());
-				return FToolOutcome{ true, Utf8Text::Count(Found.size(), "file", "files") };
-			});
+		const bool bIsAlive = Desk.BeginStep("Looking for files like " + Pattern) &&
+			Desk.RunTool("find_file", { { "display_text", Pattern }, { "name", Pattern } },
+				[&]
+				{
+					Found = ListMatching(Desk.Files, Pattern, Desk.CancelCheck());
+					return FToolOutcome{ true, Utf8Text::Count(Found.size(), "file", "files") };
+				});
 		if (!bIsAlive)
 		{
 			return false;
@@ -356,13 +361,12 @@ namespace Velmora
 
 	bool FBrowseWork::RunCount()
 	{
-		if (Request.Target.find_first_of("*?") != std::string::npos)
+		if (IsPattern(Request.Target))
 		{
 			return AnswerPattern(Request.Target);
 		}
 		const FProjectPath Place = FindCountedPlace();
-		const std::string Name = DisplayName(Place);
-		if (!Desk.BeginStep("Counting " + Name))
+		if (!Desk.BeginStep("Counting " + DisplayName(Place)))
 		{
 			return false;
 		}
@@ -383,8 +387,7 @@ namespace Velmora
 		{
 			return false;
 		}
-		return Say(AnswerMarkdown::FileName(Place.Relative.empty() ? Place.Absolute : Place.Relative + '/', 160) + "\n" +
-			CountSentence(Count) + "\n" + (Count.Kinds.empty() ? std::string() : KindTable(Count)));
+		return Say(FolderName(Place) + "\n" + CountSentence(Count) + "\n" + KindTable(Count));
 	}
 
 	FProjectPath FBrowseWork::FindCountedPlace() const
@@ -414,36 +417,29 @@ namespace Velmora
 	bool FBrowseWork::RunSummarise()
 	{
 		const FProjectPath Project = Desk.GetProjectPath();
-		const std::string Name = DisplayName(Project);
 		FFolderCount Count;
 		std::vector<FListedEntry> Entries;
 		FReadmeText Readme;
-		if (!Desk.BeginStep("Looking through " + Name))
-		{
-			return false;
-		}
 		bool bIsReadable = false;
-		if (!RunCountTool(Project, Count) || !RunListTool(Project, Entries, bIsReadable))
+		if (!Desk.BeginStep("Looking through " + DisplayName(Project)) || !RunCountTool(Project, Count) ||
+			!RunListTool(Project, Entries, bIsReadable))
 		{
 			return false;
 		}
 		// Its words are the answer, whatever of the README can be read: a project without one is summed up too.
 		const bool bHasReadme = std::any_of(Entries.begin(), Entries.end(),
 			[](const FListedEntry& Entry) { return Utf8Text::StartsWith(Utf8Text::ToLower(Entry.Name), "readme"); });
+		bool bIsAlive = true;
 		if (bHasReadme)
 		{
-			const bool bIsRead = Desk.RunTool("read_file", { { "path", "README" } },
+			bIsAlive = Desk.RunTool("read_file", { { "path", "README" } },
 				[&]
 				{
 					Readme = ReadReadme(Desk.Files);
 					return FToolOutcome{ true, Readme.Title.empty() ? std::string("No heading in it") : Readme.Title };
 				});
-			if (!bIsRead)
-			{
-				return false;
-			}
 		}
-		return Say(MakeSummary(Readme, Count, Entries));
+		return bIsAlive && Say(MakeSummary(Readme, Count, Entries));
 	}
 
 	std::string FBrowseWork::MakeSummary(
@@ -453,32 +449,12 @@ namespace Velmora
 		const std::string Title = AnswerMarkdown::PlainText(Readme.Title.empty() ? Name : Readme.Title);
 		std::string Text = "## " + (Title.empty() ? std::string("Project") : Title) + '\n';
 		// What the user wrote in the settings comes first; it is the only sentence here that somebody wrote for this purpose.
-		if (!Desk.Input.Behaviour.ProjectDescription.empty())
+		for (const std::string& Words : { Desk.Input.Behaviour.ProjectDescription, Readme.FirstLine })
 		{
-			Text += AnswerMarkdown::PlainText(Utf8Text::Shorten(Desk.Input.Behaviour.ProjectDescription, 600)) + '\n';
-		}
-		if (!Readme.FirstLine.empty())
-		{
-			Text += AnswerMarkdown::PlainText(Utf8Text::Shorten(Readme.FirstLine, 600)) + '\n';
+			Text += Words.empty() ? "" : AnswerMarkdown::PlainText(Utf8Text::Shorten(Words, 600)) + '\n';
 		}
 		Text += CountSentence(Count) + '\n';
-		if (!Count.Kinds.empty())
-		{
-			Text += KindTable(Count);
-		}
-		if (!Entries.empty())
-		{
-			Text += "**At the top**\n";
-			for (size_t Index = 0; Index < std::min<size_t>(Entries.size(), 25); ++Index)
-			{
-				Text += FolderItem(Entries[Index]);
-			}
-			if (Entries.size() > 25)
-			{
-				Text += Utf8Text::Count(Entries.size() - 25, "more entry is", "more entries are") + " not listed.\n";
-			}
-		}
-		return Text;
+		return Text + KindTable(Count) + (Entries.empty() ? "" : "**At the top**\n" + EntryList(Entries, MaxTopEntries));
 	}
 
 	bool FBrowseWork::AnswerAttachments(const std::vector<FProjectPath>& Named)

@@ -9,10 +9,7 @@ namespace Velmora
 	class FBrowseWork : private FTurnWork
 	{
 	public:
-		FBrowseWork(FTurnDesk& InDesk, const FAgentRequest& InRequest)
-			: FTurnWork(InDesk, InRequest)
-		{
-		}
+		using FTurnWork::FTurnWork;
 
 		// False when the turn is over.
 		bool RunShow();

@@ -14,11 +14,6 @@ namespace Velmora
 
 		/** A value of a tool's parameters is for reading; the content itself is on disk. */
 		constexpr size_t MaxParameterCharacters = 200;
-
-		std::string_view LastPartOf(std::string_view Path)
-		{
-			return Path.substr(Path.find_last_of("/\\") + 1);
-		}
 	}
 
 	bool FChangeWork::FindChangeTarget(

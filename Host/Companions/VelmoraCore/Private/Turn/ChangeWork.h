@@ -10,10 +10,7 @@ namespace Velmora
 	class FChangeWork : private FTurnWork
 	{
 	public:
-		FChangeWork(FTurnDesk& InDesk, const FAgentRequest& InRequest)
-			: FTurnWork(InDesk, InRequest)
-		{
-		}
+		using FTurnWork::FTurnWork;
 
 		// False when the turn is over.
 		bool RunChange();

@@ -1,5 +1,6 @@
 #include "Turn/LocalTurnRunner.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "Request/AttachedNames.h"
@@ -33,10 +34,10 @@ namespace Velmora
 
 			/** Runs the steps one by one up to the first that fails. False when the turn is over. */
 			bool RunPlan();
+			void TellPlan(std::string_view Text);
 			void SetPlanStep(size_t Index, EPlanStepStatus Status);
-			bool RunRequest();
-			void AnswerHelp(std::string_view Opening);
-			void AnswerUnknown();
+			bool RunRequest(const std::string& Text);
+			bool AnswerHelp(std::string_view Opening);
 
 			FTurnDesk Desk;
 			FAgentRequest Request;
@@ -44,62 +45,71 @@ namespace Velmora
 			/** Empty for a plain request. */
 			FAgentPlan Plan;
 		};
+
+		template <typename WorkType, bool (WorkType::*Run)()>
+		bool RunWork(FTurnDesk& Desk, const FAgentRequest& Request)
+		{
+			return (WorkType(Desk, Request).*Run)();
+		}
+
+		/** Which work does what is asked for. False when the turn is over. */
+		struct FWorkRow
+		{
+			ERequestKind Kind;
+			bool (*Run)(FTurnDesk& Desk, const FAgentRequest& Request);
+		};
+		constexpr FWorkRow Works[] = {
+			{ ERequestKind::FindText, &RunWork<FSearchWork, &FSearchWork::RunFindText> },
+			{ ERequestKind::WhichFiles, &RunWork<FSearchWork, &FSearchWork::RunWhichFiles> },
+			{ ERequestKind::Explain, &RunWork<FSearchWork, &FSearchWork::RunExplain> },
+			{ ERequestKind::FreeQuestion, &RunWork<FSearchWork, &FSearchWork::RunFreeQuestion> },
+			{ ERequestKind::FindSymbol, &RunWork<FSymbolWork, &FSymbolWork::RunFindSymbol> },
+			{ ERequestKind::Outline, &RunWork<FSymbolWork, &FSymbolWork::RunOutline> },
+			{ ERequestKind::Show, &RunWork<FBrowseWork, &FBrowseWork::RunShow> },
+			{ ERequestKind::List, &RunWork<FBrowseWork, &FBrowseWork::RunList> },
+			{ ERequestKind::Summarise, &RunWork<FBrowseWork, &FBrowseWork::RunSummarise> },
+			{ ERequestKind::Count, &RunWork<FBrowseWork, &FBrowseWork::RunCount> },
+			{ ERequestKind::ChangeFiles, &RunWork<FChangeWork, &FChangeWork::RunChange> },
+		};
 	}
 
 	void FLocalTurn::Run()
 	{
 		if (!Desk.Files.IsAvailable())
 		{
-			FTurnReport Item;
-			Item.Kind = ETurnReportKind::Failed;
-			Item.Text = Desk.Input.ProjectFolder.empty()
-				? FString(TEXT("There is no project folder to work on."))
-				: Utf8Text::ToString("The project folder " + Desk.Input.ProjectFolder +
-					  " cannot be opened. Check that it still exists, then send the message again.");
-			Desk.Report(std::move(Item));
+			const std::string& Folder = Desk.Input.ProjectFolder;
+			Desk.Tell(ETurnReportKind::Failed,
+				Folder.empty()
+					? "There is no project folder to work on."
+					: "The project folder " + Folder + " cannot be opened. Check that it still exists, then send the message again.");
 			return;
 		}
 		Plan = MakeAgentPlan(Desk.Input.Prompt);
 		Desk.bHasPlan = !Plan.IsEmpty();
-		if (!Desk.ReadAttachments())
+		if (!Desk.ReadAttachments() || !(Plan.IsEmpty() ? RunRequest(Desk.Input.Prompt) : RunPlan()))
 		{
 			return;
 		}
-		ReadRequest(Desk.Input.Prompt);
-		if (!(Plan.IsEmpty() ? RunRequest() : RunPlan()))
-		{
-			return;
-		}
+		// What the user wants instead of what was refused is a request of its own.
 		while (!Desk.NextPrompt.empty())
 		{
-			const std::string Prompt = std::exchange(Desk.NextPrompt, std::string());
 			Desk.Failure.clear();
-			Plan = FAgentPlan();
 			Desk.bHasPlan = false;
 			Desk.AttachmentNotes.clear();
-			ReadRequest(Prompt);
-			if (!RunRequest())
+			if (!RunRequest(std::exchange(Desk.NextPrompt, std::string())))
 			{
 				return;
 			}
 		}
-		if (!Desk.Control.WaitUntilRunning())
+		if (Desk.Control.WaitUntilRunning())
 		{
-			return;
+			Desk.Tell(ETurnReportKind::Finished, Desk.Failure);
 		}
-		FTurnReport Item;
-		Item.Kind = ETurnReportKind::Finished;
-		Item.Text = Utf8Text::ToString(Desk.Failure);
-		Desk.Report(std::move(Item));
 	}
 
 	bool FLocalTurn::RunPlan()
 	{
-		FTurnReport Made;
-		Made.Kind = ETurnReportKind::Plan;
-		Made.Text = TEXT("The plan was made.");
-		Made.Plan = Plan;
-		Desk.Report(std::move(Made));
+		TellPlan("The plan was made.");
 		for (size_t Index = 0; Index < Plan.Steps.size(); ++Index)
 		{
 			if (!Desk.Control.WaitUntilRunning())
@@ -107,15 +117,10 @@ namespace Velmora
 				return false;
 			}
 			SetPlanStep(Index, EPlanStepStatus::Running);
-			FTurnReport Step;
-			Step.Kind = ETurnReportKind::Step;
-			Step.Text =
-				Utf8Text::ToString("Executing step " + std::to_string(Index + 1) + ": " + Utf8Text::Shorten(Plan.Steps[Index].Text, 80));
-			Desk.Report(std::move(Step));
+			Desk.TellStep(static_cast<int>(Index) + 1, Plan.Steps[Index].Text);
 
 			Desk.Failure.clear();
-			ReadRequest(Plan.Steps[Index].Text);
-			if (!RunRequest() || !Desk.Control.WaitUntilRunning())
+			if (!RunRequest(Plan.Steps[Index].Text) || !Desk.Control.WaitUntilRunning())
 			{
 				return false;
 			}
@@ -136,52 +141,40 @@ namespace Velmora
 		return true;
 	}
 
+	void FLocalTurn::TellPlan(std::string_view Text)
+	{
+		FTurnReport Change;
+		Change.Kind = ETurnReportKind::Plan;
+		Change.Text = Utf8Text::ToString(Text);
+		Change.Plan = Plan;
+		Desk.Sink(std::move(Change));
+	}
+
 	void FLocalTurn::SetPlanStep(size_t Index, EPlanStepStatus Status)
 	{
 		Plan.Steps[Index].Status = Status;
-		FTurnReport Change;
-		Change.Kind = ETurnReportKind::Plan;
-		Change.Text = Utf8Text::ToString("Step " + std::to_string(Index + 1) + " of " + std::to_string(Plan.Steps.size()));
-		Change.Plan = Plan;
-		Desk.Report(std::move(Change));
+		TellPlan("Step " + std::to_string(Index + 1) + " of " + std::to_string(Plan.Steps.size()));
 	}
 
-	bool FLocalTurn::RunRequest()
+	bool FLocalTurn::RunRequest(const std::string& Text)
 	{
+		ReadRequest(Text);
+		const auto Row =
+			std::find_if(std::begin(Works), std::end(Works), [this](const FWorkRow& Work) { return Work.Kind == Request.Kind; });
+		if (Row != std::end(Works))
+		{
+			return Row->Run(Desk, Request);
+		}
 		switch (Request.Kind)
 		{
-		case ERequestKind::FindText:
-			return FSearchWork(Desk, Request).RunFindText();
-		case ERequestKind::FindSymbol:
-			return FSymbolWork(Desk, Request).RunFindSymbol();
-		case ERequestKind::Outline:
-			return FSymbolWork(Desk, Request).RunOutline();
-		case ERequestKind::WhichFiles:
-			return FSearchWork(Desk, Request).RunWhichFiles();
-		case ERequestKind::Explain:
-			return FSearchWork(Desk, Request).RunExplain();
-		case ERequestKind::Show:
-			return FBrowseWork(Desk, Request).RunShow();
-		case ERequestKind::List:
-			return FBrowseWork(Desk, Request).RunList();
-		case ERequestKind::Summarise:
-			return FBrowseWork(Desk, Request).RunSummarise();
-		case ERequestKind::Count:
-			return FBrowseWork(Desk, Request).RunCount();
 		case ERequestKind::Help:
-			AnswerHelp("I answer from the files of this project, on this machine.");
-			return true;
+			return AnswerHelp("I answer from the files of this project, on this machine.");
 		case ERequestKind::Greeting:
-			AnswerHelp("Hello! I answer from the files of this project.");
-			return true;
+			return AnswerHelp("Hello! I answer from the files of this project.");
 		case ERequestKind::Thanks:
 			Desk.Answer("You are welcome.\n");
 			return true;
-		case ERequestKind::ChangeFiles:
-			return FChangeWork(Desk, Request).RunChange();
-		case ERequestKind::FreeQuestion:
-			return FSearchWork(Desk, Request).RunFreeQuestion();
-		case ERequestKind::Unknown:
+		default:
 			break;
 		}
 		// A question in other words about files that came with it can still be met by showing what they hold.
@@ -189,11 +182,11 @@ namespace Velmora
 		{
 			return FBrowseWork(Desk, Request).AnswerAttachments(Desk.Attachments);
 		}
-		AnswerUnknown();
-		return true;
+		Desk.Fail("The request was not understood.");
+		return AnswerHelp("I did not understand that request.");
 	}
 
-	void FLocalTurn::AnswerHelp(std::string_view Opening)
+	bool FLocalTurn::AnswerHelp(std::string_view Opening)
 	{
 		Desk.Answer(std::string(Opening) +
 			"\nYou can ask, for example:\n"
@@ -211,12 +204,7 @@ namespace Velmora
 			"- `first find FThing, then list Source` or `plan:` with a step a line does one after the other\n"
 			"- `help` shows this\n"
 			"Files attached with @ are looked at first.\n");
-	}
-
-	void FLocalTurn::AnswerUnknown()
-	{
-		Desk.Fail("The request was not understood.");
-		AnswerHelp("I did not understand that request.");
+		return true;
 	}
 
 	void FLocalTurn::ReadRequest(const std::string& Text)

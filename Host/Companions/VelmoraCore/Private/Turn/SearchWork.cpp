@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "Text/CodeLines.h"
 #include "Text/Utf8Text.h"
 #include "Tools/AnswerMarkdown.h"
 #include "Turn/BrowseWork.h"
@@ -10,10 +11,11 @@ namespace Velmora
 {
 	namespace
 	{
-		/** Lines of code shown at most for a definition, and on each side of a mere mention. */
-		constexpr int MaxDefinitionLines = 40;
-		constexpr int MaxCommentLines = 15;
+		/** Lines shown on each side of a mere mention. */
 		constexpr int NeighbourLines = 2;
+
+		/** Files told by the question which ones hold a text. */
+		constexpr size_t MaxNamedFiles = 50;
 
 		/** Words of a free question that are looked for, and places shown for them. */
 		constexpr size_t MaxMainWords = 5;
@@ -24,9 +26,14 @@ namespace Velmora
 			return "- " + AnswerMarkdown::FileLink(Hit.File, Hit.Line) + ' ' + AnswerMarkdown::InlineCode(Hit.Text, 90) + '\n';
 		}
 
-		std::string MatchCount(const FSearchResult& Result)
+		std::string HitList(const std::vector<FSearchHit>& Hits)
 		{
-			return Utf8Text::Count(Result.MatchCount, "match", "matches") + " in " + Utf8Text::Count(Result.FileCount, "file", "files");
+			std::string Text;
+			for (const FSearchHit& Hit : Hits)
+			{
+				Text += HitItem(Hit);
+			}
+			return Text;
 		}
 
 		/** What a search could not look into. Binary files are worth a word only when nothing else was found. */
@@ -51,69 +58,6 @@ namespace Velmora
 			}
 			return Notes;
 		}
-
-		bool IsCommentLine(std::string_view Line)
-		{
-			const std::string_view Text = Utf8Text::Trim(Line);
-			return Utf8Text::StartsWith(Text, "//") || Utf8Text::StartsWith(Text, "/*") || Utf8Text::StartsWith(Text, "*") ||
-				Utf8Text::StartsWith(Text, "# ") || Utf8Text::StartsWith(Text, "--");
-		}
-
-		/** Stands between a comment and what it describes. */
-		bool IsPrefixLine(std::string_view Line)
-		{
-			const std::string_view Text = Utf8Text::Trim(Line);
-			return Utf8Text::StartsWith(Text, "template") || Utf8Text::StartsWith(Text, "[[") || Utf8Text::StartsWith(Text, "@") ||
-				Utf8Text::StartsWith(Text, "UCLASS(") || Utf8Text::StartsWith(Text, "USTRUCT(") || Utf8Text::StartsWith(Text, "UENUM(") ||
-				Utf8Text::StartsWith(Text, "UFUNCTION(") || Utf8Text::StartsWith(Text, "UPROPERTY(");
-		}
-
-		size_t IndentOf(std::string_view Line)
-		{
-			const size_t Indent = Line.find_first_not_of(" \t");
-			return Indent == std::string_view::npos ? 0 : Indent;
-		}
-	}
-
-	std::pair<int, int> MeasureDefinition(const std::vector<std::string_view>& Lines, int Line)
-	{
-		// Comments and attributes above belong to it.
-		const int Count = static_cast<int>(Lines.size());
-		const int Start = std::clamp(Line, 1, std::max(Count, 1));
-		int First = Start;
-		while (First > 1 && Start - First < MaxCommentLines && (IsCommentLine(Lines[First - 2]) || IsPrefixLine(Lines[First - 2])))
-		{
-			--First;
-		}
-
-		// The body ends where its braces close; without braces, before the next line that is indented no deeper.
-		int Depth = 0;
-		bool bHasOpened = false;
-		int Last = Start;
-		for (int At = Start; At <= Count && At - Start < MaxDefinitionLines; ++At)
-		{
-			const std::string_view Text = Lines[At - 1];
-			const bool bIsOuter = At > Start && !Utf8Text::Trim(Text).empty() && IndentOf(Text) <= IndentOf(Lines[Start - 1]);
-			if (!bHasOpened && bIsOuter && Utf8Text::Trim(Text).front() != '{' && Utf8Text::Trim(Text).front() != ')' &&
-				Utf8Text::Trim(Text).front() != ':')
-			{
-				break;
-			}
-			for (const char Byte : Text)
-			{
-				bHasOpened |= Byte == '{';
-				Depth += Byte == '{' ? 1 : Byte == '}' ? -1 : 0;
-			}
-			if (!Utf8Text::Trim(Text).empty())
-			{
-				Last = At;
-			}
-			if ((bHasOpened && Depth <= 0) || (!bHasOpened && Utf8Text::EndsWith(Utf8Text::Trim(Text), ";")))
-			{
-				break;
-			}
-		}
-		return { First, Last };
 	}
 
 	bool FSearchWork::AppendSnippet(const FSearchHit& Hit, std::string& Answer)
@@ -121,7 +65,7 @@ namespace Velmora
 		FProjectText Content;
 		const bool bIsDefinition = Hit.Kind == EHitKind::Definition;
 		if (!Desk.RunReadTool(Hit.File, std::max(1, Hit.Line - NeighbourLines),
-				Hit.Line + (bIsDefinition ? MaxDefinitionLines : NeighbourLines), Content))
+				Hit.Line + (bIsDefinition ? CodeLines::MaxDefinitionLines : NeighbourLines), Content))
 		{
 			return false;
 		}
@@ -132,12 +76,12 @@ namespace Velmora
 		}
 		const std::vector<std::string_view> Lines = Utf8Text::SplitLines(Content.Text);
 		const int Count = static_cast<int>(Lines.size());
-		auto [First, Last] = bIsDefinition ? MeasureDefinition(Lines, Hit.Line)
+		auto [First, Last] = bIsDefinition ? CodeLines::MeasureDefinition(Lines, Hit.Line)
 										   : std::pair<int, int>{ Hit.Line - NeighbourLines, Hit.Line + NeighbourLines };
 		First = std::max(First, 1);
 		Last = std::min(Last, Count);
 		Answer += AnswerMarkdown::CodeLines(Lines, First, Last, Hit.File.Relative);
-		if (bIsDefinition && Last - Hit.Line + 1 >= MaxDefinitionLines && Last < Count)
+		if (bIsDefinition && Last - Hit.Line + 1 >= CodeLines::MaxDefinitionLines && Last < Count)
 		{
 			Answer += "It goes on below line " + std::to_string(Last) + ".\n";
 		}
@@ -155,17 +99,8 @@ namespace Velmora
 	bool FSearchWork::RunCombinedSearch(FCombinedSearch& OutSearch)
 	{
 		// 1. Where to look: in the place that was named, if it is one; "in C++" is none, so the words are part of what is looked for.
-		OutSearch.Term = Request.Target;
-		OutSearch.Where = Desk.GetProjectPath();
-		if (!Request.TargetInScope.empty() && Desk.FindPlace(Request.Scope, OutSearch.Where))
-		{
-			OutSearch.Term = Request.TargetInScope;
-			OutSearch.bHasScope = true;
-		}
-		else
-		{
-			OutSearch.Where = Desk.GetProjectPath();
-		}
+		OutSearch.bHasScope = FindScope(OutSearch.Where);
+		OutSearch.Term = OutSearch.bHasScope ? Request.TargetInScope : Request.Target;
 
 		// 2. The attached files, each by itself, since they are what the user has just pointed at.
 		if (!Desk.Attachments.empty() && !OutSearch.bHasScope)
@@ -227,21 +162,13 @@ namespace Velmora
 
 		if (Search.Attached.MatchCount > 0)
 		{
-			Text += "**In the attached files: " + MatchCount(Search.Attached) + "**\n";
-			for (const FSearchHit& Hit : Search.Attached.Hits)
-			{
-				Text += HitItem(Hit);
-			}
+			Text += "**In the attached files: " + Search.Attached.CountMatches() + "**\n" + HitList(Search.Attached.Hits);
 		}
-		Text += "**" + std::string(Search.bHasScope ? "" : "In the project: ") + MatchCount(Search.Project) +
+		Text += "**" + std::string(Search.bHasScope ? "" : "In the project: ") + Search.Project.CountMatches() +
 			(Search.Project.MatchCount > Search.Project.Hits.size() ? ", the best " + std::to_string(Search.Project.Hits.size())
 																	: std::string()) +
 			"**\n";
-		for (const FSearchHit& Hit : Search.Project.Hits)
-		{
-			Text += HitItem(Hit);
-		}
-		return Say(Text + LeftOutNotes(Search.Project));
+		return Say(Text + HitList(Search.Project.Hits) + LeftOutNotes(Search.Project));
 	}
 
 	bool FSearchWork::AnswerNotFound(const FCombinedSearch& Search)
@@ -254,15 +181,8 @@ namespace Velmora
 		}
 		const std::string Code = AnswerMarkdown::InlineCode(Search.Term);
 		const std::string Looked = Utf8Text::Count(Search.Project.SearchedFiles, "text file", "text files");
-		std::string Text;
-		if (!Named.empty())
-		{
-			Text = "No text holds " + Code + ", but these names do:\n" + AnswerMarkdown::FileList(Named);
-		}
-		else
-		{
-			Text = "Nothing was found for " + Code + "\n";
-		}
+		std::string Text = Named.empty() ? "Nothing was found for " + Code + "\n"
+										 : "No text holds " + Code + ", but these names do:\n" + AnswerMarkdown::FileList(Named);
 		Text += "I searched " + Looked + (Search.Project.SearchedFiles == 0 && !Search.Where.bIsFolder ? "" : " below") + ' ' +
 			AnswerMarkdown::FileName(Search.Where.Absolute, 160) + "\n";
 		return Say(Text + LeftOutNotes(Search.Project));
@@ -283,19 +203,19 @@ namespace Velmora
 		{
 			return AnswerNotFound(Search);
 		}
-		std::string Text = AnswerMarkdown::InlineCode(Search.Term) + ": " + MatchCount(Search.Project) + "\n";
+		std::string Text = AnswerMarkdown::InlineCode(Search.Term) + ": " + Search.Project.CountMatches() + "\n";
 		size_t Shown = 0;
 		for (const auto& [File, Matches] : Search.Project.Files)
 		{
-			if (++Shown > 50)
+			if (++Shown > MaxNamedFiles)
 			{
 				break;
 			}
 			Text += "- " + AnswerMarkdown::FileLink(File) + ' ' + Utf8Text::Count(Matches, "line", "lines") + '\n';
 		}
-		if (Search.Project.FileCount > 50)
+		if (Search.Project.FileCount > MaxNamedFiles)
 		{
-			Text += Utf8Text::Count(Search.Project.FileCount - 50, "more file", "more files") + " are not listed.\n";
+			Text += Utf8Text::Count(Search.Project.FileCount - MaxNamedFiles, "more file", "more files") + " are not listed.\n";
 		}
 		return Say(Text + LeftOutNotes(Search.Project));
 	}
@@ -311,22 +231,14 @@ namespace Velmora
 			}
 			return Say("What should I explain? For example: `what is class FThing?`\n");
 		}
-		if (Desk.Attachments.size() > 1)
+		if (const std::vector<FProjectPath> Named = Desk.FindNamedAttachments(Request.Target); !Named.empty())
 		{
-			const std::vector<FProjectPath> Named = Desk.FindNamedAttachments(Request.Target);
-			if (!Named.empty())
-			{
-				return FBrowseWork(Desk, Request).AnswerAttachments(Named);
-			}
+			return FBrowseWork(Desk, Request).AnswerAttachments(Named);
 		}
 		const bool bLooksLikeFile = Request.Target.find_first_of("./") != std::string::npos;
 		FProjectPath Place;
 		if (bLooksLikeFile && Desk.FindPlace(Request.Target, Place))
 		{
-			if (Place.bIsFolder)
-			{
-				return FBrowseWork(Desk, Request).AnswerFolder(Place);
-			}
 			return Request.FirstLine > 0 ? FBrowseWork(Desk, Request).AnswerFile(Place)
 										 : FBrowseWork(Desk, Request).AnswerDescription(Place);
 		}
@@ -375,7 +287,7 @@ namespace Velmora
 		}
 		if (OtherCount > 0)
 		{
-			const std::string Total = MatchCount(Search.Project) + " in all";
+			const std::string Total = Search.Project.CountMatches() + " in all";
 			Text += OtherCount > 6 ? AnswerMarkdown::Collapsible("Other places (" + Total + ")", Others)
 								   : "**Other places** (" + Total + ")\n" + Others;
 		}
@@ -430,10 +342,7 @@ namespace Velmora
 		std::stable_sort(Places.begin(), Places.end(),
 			[](const FPlace& A, const FPlace& B) { return A.Words != B.Words ? A.Words > B.Words : A.Hit.Rank < B.Hit.Rank; });
 		Places.resize(std::min(Places.size(), MaxQuestionHits));
-		if (!Places.empty())
-		{
-			Text += "**Places in the project that may help**\n";
-		}
+		Text += Places.empty() ? "" : "**Places in the project that may help**\n";
 		for (const FPlace& Place : Places)
 		{
 			Text += HitItem(Place.Hit);

@@ -8,10 +8,7 @@ namespace Velmora
 	class FSearchWork : private FTurnWork
 	{
 	public:
-		FSearchWork(FTurnDesk& InDesk, const FAgentRequest& InRequest)
-			: FTurnWork(InDesk, InRequest)
-		{
-		}
+		using FTurnWork::FTurnWork;
 
 		// False when the turn is over.
 		bool RunFindText();
@@ -43,7 +40,4 @@ namespace Velmora
 		bool AnswerNotFound(const FCombinedSearch& Search);
 		bool AnswerExplanation(const FCombinedSearch& Search);
 	};
-
-	/** Where to show a definition that starts at Line (from 1): first and last line, the comment above included. Pure. */
-	std::pair<int, int> MeasureDefinition(const std::vector<std::string_view>& Lines, int Line);
 }

@@ -53,11 +53,8 @@ namespace Velmora
 			return Say("Which symbol should I look up? For example: `where is FThing defined?`\n");
 		}
 		// A place that does not exist may be part of the name; then the whole project counts.
-		FProjectPath Where = Desk.GetProjectPath();
-		if (Request.TargetInScope.empty() || !Desk.FindPlace(Request.Scope, Where))
-		{
-			Where = Desk.GetProjectPath();
-		}
+		FProjectPath Where;
+		FindScope(Where);
 		const std::string Name = Request.TargetInScope.empty() ? Request.Target : Request.TargetInScope;
 		const std::string Code = AnswerMarkdown::InlineCode(Name);
 		FSymbolAnswer Found;
@@ -152,18 +149,13 @@ namespace Velmora
 		}
 
 		FFileOutline Outline;
-		const auto CountText = [&Outline]
-		{
-			return Outline.bIsMarkdown ? Utf8Text::Count(Outline.Symbols.size(), "heading", "headings")
-									   : Utf8Text::Count(Outline.Symbols.size(), "symbol", "symbols");
-		};
 		const bool bIsAlive = Desk.BeginStep("Outlining " + Place.Relative) &&
 			Desk.RunTool("outline", { { "path", Place.Relative } },
 				[&]
 				{
 					Outline = OutlineProjectFile(Desk.Files, Place);
 					return FToolOutcome{ Outline.Problem.empty(),
-						Outline.Problem.empty() ? CountText() : "Not outlined: " + Outline.Problem };
+						Outline.Problem.empty() ? Outline.CountSymbols() : "Not outlined: " + Outline.Problem };
 				});
 		if (!bIsAlive)
 		{
@@ -178,7 +170,7 @@ namespace Velmora
 		{
 			return Say(Link + (Outline.bIsMarkdown ? " has no headings.\n" : " has no symbols that I know of.\n"));
 		}
-		return Say("Outline of " + Link + (Outline.bIsCut ? ", the first " : ", ") + CountText() + " with their lines:\n" +
+		return Say("Outline of " + Link + (Outline.bIsCut ? ", the first " : ", ") + Outline.CountSymbols() + " with their lines:\n" +
 			AnswerMarkdown::CodeBlock(MakeOutlineText(Outline.Symbols), ""));
 	}
 

@@ -9,10 +9,7 @@ namespace Velmora
 	class FSymbolWork : private FTurnWork
 	{
 	public:
-		FSymbolWork(FTurnDesk& InDesk, const FAgentRequest& InRequest)
-			: FTurnWork(InDesk, InRequest)
-		{
-		}
+		using FTurnWork::FTurnWork;
 
 		// False when the turn is over.
 		bool RunFindSymbol();

@@ -21,11 +21,6 @@ namespace Velmora
 		{
 			return Utf8Text::FromString(HostFileNameFromBytes(Bytes));
 		}
-
-		std::string_view LastPartOf(std::string_view Path)
-		{
-			return Path.substr(Path.find_last_of("/\\") + 1);
-		}
 	}
 
 	FTurnDesk::FTurnDesk(const FTurnInput& InInput, FTurnControl& InControl, ITurnRunner::FReportSink InSink)
@@ -74,18 +69,11 @@ namespace Velmora
 		{
 			return false;
 		}
-		if (bHasPlan)
+		// A plan's own step was told; what it takes is no step of the plan.
+		if (!bHasPlan && ++StepCount > 1)
 		{
-			return true; // The plan's own step was told; what it takes is no step of the plan.
+			TellStep(StepCount, What);
 		}
-		if (++StepCount == 1)
-		{
-			return true;
-		}
-		FTurnReport Item;
-		Item.Kind = ETurnReportKind::Step;
-		Item.Text = Utf8Text::ToString("Executing step " + std::to_string(StepCount) + ": " + Utf8Text::Shorten(What, 80));
-		Report(std::move(Item));
 		return true;
 	}
 
@@ -107,7 +95,7 @@ namespace Velmora
 				JsonText::MakeObject({ { "operation_type", std::string(Row->Operation) }, { "data_type", std::string(Row->DataType) } });
 		}
 		FTurnReport End = Start;
-		Report(std::move(Start));
+		Sink(std::move(Start));
 
 		const FToolOutcome Outcome = Work();
 		if (Control.IsCancelled() || (Input.MinimumToolSeconds > 0.0 && !Control.Sleep(Input.MinimumToolSeconds)))
@@ -121,7 +109,7 @@ namespace Velmora
 			Fail(Outcome.Sentence);
 		}
 		End.Text = Utf8Text::ToString(Outcome.Sentence);
-		Report(std::move(End));
+		Sink(std::move(End));
 		return true;
 	}
 
@@ -136,11 +124,7 @@ namespace Velmora
 			[&]
 			{
 				OutResult = SearchProject(Files, Where, Term, CancelCheck());
-				FToolOutcome Outcome;
-				Outcome.Sentence = OutResult.MatchCount == 0 ? "No match in " + Utf8Text::Count(OutResult.SearchedFiles, "file", "files")
-															 : Utf8Text::Count(OutResult.MatchCount, "match", "matches") + " in " +
-						Utf8Text::Count(OutResult.FileCount, "file", "files");
-				return Outcome;
+				return FToolOutcome{ true, OutResult.Describe() };
 			});
 	}
 
@@ -169,9 +153,7 @@ namespace Velmora
 			[&]
 			{
 				OutPaths = Files.Find(Name, MaxSearchHits);
-				return FToolOutcome{ true,
-					OutPaths.empty() ? std::string("No file of that name")
-									 : Utf8Text::Count(OutPaths.size(), "file or folder", "files or folders") + " of that name" };
+				return FToolOutcome{ true, FProjectFiles::DescribeFound(OutPaths.size()) };
 			});
 	}
 
@@ -217,10 +199,7 @@ namespace Velmora
 		{
 			Text.pop_back();
 		}
-		FTurnReport Item;
-		Item.Kind = ETurnReportKind::Answer;
-		Item.Text = Utf8Text::ToString(Text);
-		Report(std::move(Item));
+		Tell(ETurnReportKind::Answer, Text);
 	}
 
 	void FTurnDesk::Fail(std::string_view Why)
@@ -228,9 +207,17 @@ namespace Velmora
 		Failure = Failure.empty() ? std::string(Why) : Failure;
 	}
 
-	void FTurnDesk::Report(FTurnReport&& Item)
+	void FTurnDesk::Tell(ETurnReportKind Kind, std::string_view Text)
 	{
+		FTurnReport Item;
+		Item.Kind = Kind;
+		Item.Text = Utf8Text::ToString(Text);
 		Sink(std::move(Item));
+	}
+
+	void FTurnDesk::TellStep(int Number, std::string_view What)
+	{
+		Tell(ETurnReportKind::Step, "Executing step " + std::to_string(Number) + ": " + Utf8Text::Shorten(What, 80));
 	}
 
 	std::vector<std::string> FTurnDesk::GetAttachedNames() const
@@ -238,7 +225,7 @@ namespace Velmora
 		std::vector<std::string> Names;
 		for (const FProjectPath& File : Attachments)
 		{
-			const std::string Name = Utf8Text::FromString(HostFileNameFromBytes(File.Relative));
+			const std::string Name = NameInWords(File.Relative);
 			Names.push_back(Name.substr(Name.rfind('/') + 1));
 		}
 		return Names;
@@ -247,6 +234,10 @@ namespace Velmora
 	std::vector<FProjectPath> FTurnDesk::FindNamedAttachments(const std::string& Text) const
 	{
 		std::vector<FProjectPath> Named;
+		if (Attachments.size() < 2)
+		{
+			return Named;
+		}
 		for (const size_t Index : FindNamesIn(Text, GetAttachedNames()))
 		{
 			Named.push_back(Attachments[Index]);

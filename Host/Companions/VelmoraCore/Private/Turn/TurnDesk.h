@@ -13,6 +13,12 @@
 
 namespace Velmora
 {
+	/** What stands behind the last slash of a path, whichever way it leans. */
+	inline std::string_view LastPartOf(std::string_view Path)
+	{
+		return Path.substr(Path.find_last_of("/\\") + 1);
+	}
+
 	/** What the row of a tool tells when it ends. */
 	struct FToolOutcome
 	{
@@ -44,7 +50,12 @@ namespace Velmora
 
 		/** An answer in Markdown, with what is to be said of the attached files below it. */
 		void Answer(const std::string& Markdown);
-		void Report(FTurnReport&& Item);
+
+		/** Reports what is a kind and a text. UTF-8. */
+		void Tell(ETurnReportKind Kind, std::string_view Text);
+
+		/** "Executing step 3: …". */
+		void TellStep(int Number, std::string_view What);
 
 		FProjectPath GetProjectPath() const;
 
@@ -57,7 +68,7 @@ namespace Velmora
 		/** Their bare names, as the user sees them. */
 		std::vector<std::string> GetAttachedNames() const;
 
-		/** The attached files that a text names, if it does nothing else. */
+		/** Of several attached files those that a text names, if it does nothing else. */
 		std::vector<FProjectPath> FindNamedAttachments(const std::string& Text) const;
 		std::function<bool()> CancelCheck() const;
 
@@ -87,18 +98,30 @@ namespace Velmora
 	/** One kind of work on one request. */
 	class FTurnWork
 	{
-	protected:
+	public:
 		FTurnWork(FTurnDesk& InDesk, const FAgentRequest& InRequest)
 			: Desk(InDesk)
 			, Request(InRequest)
 		{
 		}
 
+	protected:
 		/** The answer to all of the request: the turn goes on. */
 		bool Say(const std::string& Markdown)
 		{
 			Desk.Answer(Markdown);
 			return true;
+		}
+
+		/** The place that stands behind the last "in" of the request, if it is one; the project otherwise. */
+		bool FindScope(FProjectPath& OutPlace) const
+		{
+			if (!Request.TargetInScope.empty() && Desk.FindPlace(Request.Scope, OutPlace))
+			{
+				return true;
+			}
+			OutPlace = Desk.GetProjectPath();
+			return false;
 		}
 
 		FTurnDesk& Desk;
