@@ -1,11 +1,15 @@
 #include "ModelTurnFixture.h"
 
+#include "Host/AgentQuestions.h"
+
 #include <sys/stat.h>
 
 using namespace PeerText;
+using Velmora::EAgentAnswer;
 using Velmora::EConversationState;
 using Velmora::FAgentConnection;
 using Velmora::FAgentConnections;
+using Velmora::FAgentQuestions;
 
 namespace
 {
@@ -13,6 +17,18 @@ namespace
 	class ModelLimits : public FModelConfigTest
 	{
 	protected:
+		void SetUp() override
+		{
+			FModelConfigTest::SetUp();
+			FAgentQuestions::SetListener([this](const Velmora::FAgentQuestion* Question) { OpenId = Question ? Question->Id : 0; });
+		}
+
+		void TearDown() override
+		{
+			FModelConfigTest::TearDown();
+			FAgentQuestions::SetListener(nullptr);
+		}
+
 		/** Each test with a connection of its own name, since what a day has used is kept by it. */
 		FAgentConnection Make(const FScriptedPeer& Peer)
 		{
@@ -41,6 +57,8 @@ namespace
 			return PumpUntil([this] { return Agent->GetState() == EConversationState::Paused || HasTurnEnded(); }) &&
 				Agent->GetState() == EConversationState::Paused;
 		}
+
+		uint32 OpenId = 0;
 	};
 }
 
@@ -54,6 +72,8 @@ TEST_F(ModelLimits, ATurnThatHasUsedItsTokensAsks)
 	ASSERT_TRUE(WaitForQuestion());
 	EXPECT_EQ(Requests.size(), 2u);
 	EXPECT_TRUE(Holds(LastAnswer, "This turn has used 1,200 tokens. That is the limit")) << LastAnswer;
+	EXPECT_FALSE(FAgentQuestions::Answer(OpenId, EAgentAnswer::AllowAlways)) << "a limit is no tool: no rule may lift it";
+	EXPECT_EQ(Agent->GetState(), EConversationState::Paused);
 	Agent->ResumeConversation(TEXT("enough"));
 	EXPECT_TRUE(PumpUntil([this] { return HasTurnEnded(); }));
 	EXPECT_EQ(Agent->GetState(), EConversationState::Error);

@@ -336,6 +336,23 @@ TEST_F(StoreRecovery, RottenTextIsNoticedWhenItIsRead)
 	EXPECT_EQ(Velmora::StoreNotices::Take().size(), 1u);
 }
 
+TEST_F(StoreRecovery, AConversationThatIsNotAsItWasWrittenIsNotRead)
+{
+	{
+		const TSharedRef<FStore> Store = OpenStore();
+		Put(*Store, Conversation(TEXT("A"), { TEXT("mine"), TEXT("answer") }));
+		Put(*Store, Conversation(TEXT("B"), { TEXT("other") }));
+		Store->Close();
+		Velmora::FSqliteConnection Database;
+		ASSERT_TRUE(Database.Open(PathBytes(), Velmora::ESqliteAccess::Write));
+		ASSERT_TRUE(Database.Execute("UPDATE conversations SET mode=mode+1 WHERE id='A'"));
+	}
+	const TSharedRef<FStore> Store = OpenStore();
+	EXPECT_TRUE(Holds(Read(*Store, TEXT("A")), "is damaged")) << "all its messages are whole";
+	EXPECT_EQ(Read(*Store, TEXT("B")), "other");
+	Velmora::StoreNotices::Take();
+}
+
 TEST_F(StoreRecovery, ARecoveryThatWasCutOffGoesOnAtTheNextStart)
 {
 	WriteConversations(*OpenStore(), 50, 9);
