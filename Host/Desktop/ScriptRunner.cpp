@@ -19,7 +19,11 @@ namespace
 	constexpr double StillSeconds = 0.5;
 	/** A caret that blinks shows the same again within this time; a picture that does not come back is an old one. */
 	constexpr double PictureSeconds = 1.2;
+	/** A turn that takes longer than this counts for no more of the time in which nothing moved. */
+	constexpr double MaxTurnSeconds = 0.05;
 	constexpr int32 DragMoves = 8;
+	/** Until what was scrolled into view stands there. */
+	constexpr int32 ScrollFrames = 3;
 
 	/** Where events of the platform enter: what a script does goes the whole way that a user's hand would go. */
 	IHostMessageHandler& GetScriptInput()
@@ -193,8 +197,11 @@ void FScriptRunner::Point(const FScriptStep& Step, bool bMayScroll)
 	if (Complaint.IsEmpty() && bMayScroll && !FScriptTarget::GetVisiblePoint(*Target.Widget).IsSet() &&
 		FScriptTarget::BringIntoView(Target.Widget.ToSharedRef()))
 	{
-		// Two frames: one scrolls, the next has everything in its place.
-		Pending.Add([]() {});
+		// One frame scrolls, the next has everything in its place; a box within another one has its own turn.
+		for (int32 Frame = 0; Frame < ScrollFrames; ++Frame)
+		{
+			Pending.Add([]() {});
+		}
 		Pending.Add([this, &Step]() { Point(Step, false); });
 		return;
 	}
@@ -240,18 +247,23 @@ bool FScriptRunner::HasStoodStill(double Now)
 {
 	// Elements, not pixels: they are there anyway, and a comparison of them is cheap enough for every frame.
 	const TArray<FSlateDrawElement>& Current = FSlateApplication::Get().GetLastElements().GetElements();
-	if (PictureTime >= 0.0 && Now - PictureTime < StillSeconds)
+	// What the agent has reported enters the list and fades in with the frames that follow. One slow frame is a frame all the same,
+	// so it must not pass for the time that these would have had.
+	const double Passed = FMath::Min(Now - LastLook, MaxTurnSeconds);
+	LastLook = Now;
+	PictureAge += PictureAge >= 0.0 ? Passed : 0.0;
+	if (PictureAge >= 0.0 && PictureAge < StillSeconds)
 	{
 		return false;
 	}
-	if (PictureTime >= 0.0 && Picture == Current)
+	if (PictureAge >= 0.0 && Picture == Current)
 	{
 		return true;
 	}
-	if (PictureTime < 0.0 || Now - PictureTime > PictureSeconds)
+	if (PictureAge < 0.0 || PictureAge > PictureSeconds)
 	{
 		Picture = Current;
-		PictureTime = Now;
+		PictureAge = 0.0;
 	}
 	return false;
 }
@@ -263,7 +275,8 @@ bool FScriptRunner::HasWaited(const FScriptStep& Step)
 	if (WaitStart < 0.0)
 	{
 		WaitStart = Now;
-		PictureTime = -1.0;
+		LastLook = Now;
+		PictureAge = -1.0;
 	}
 	const TSharedPtr<const FChatViewModel> ViewModel = Host.GetViewModel();
 	const FString State = FStateWords::Get(ViewModel ? ViewModel->GetState() : Velmora::EConversationState::NotStarted);
@@ -276,7 +289,7 @@ bool FScriptRunner::HasWaited(const FScriptStep& Step)
 	}
 	else if ((ViewModel && ViewModel->IsBusy()) || FHostTasks::HasPending())
 	{
-		PictureTime = -1.0;
+		PictureAge = -1.0;
 		// What the agent still does will change the picture, so a picture from before proves nothing.
 		Sentence = FString::Printf(TEXT("The agent is still busy after %g seconds (%s)."), Step.X, *State);
 	}

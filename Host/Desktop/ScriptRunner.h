@@ -67,8 +67,10 @@ private:
 	int32 SeenDialogs = 0;
 	/** When the wait under way began; negative when there is none. */
 	double WaitStart = -1.0;
+	double LastLook = 0.0;
 	TArray<FSlateDrawElement> Picture;
-	double PictureTime = -1.0;
+	/** As far as frames had it, in seconds; negative when there is no picture. */
+	double PictureAge = -1.0;
 	bool bFinished = false;
 	FString Error;
 };
