@@ -1,5 +1,6 @@
 #include "Http/EventStreamReader.h"
 
+#include <algorithm>
 #include <cstring>
 #include <utility>
 
@@ -9,6 +10,9 @@ namespace Velmora
 	{
 		// The format is published with HTML as "Server-sent events". Lines end with CR LF, LF or CR.
 		constexpr std::string_view ByteOrderMark = "\xEF\xBB\xBF";
+
+		/** What is larger is not copied where that can be helped. */
+		constexpr size_t LargeBytes = 1024 * 1024;
 
 		size_t FindByte(std::string_view Bytes, char Byte)
 		{
@@ -51,7 +55,7 @@ namespace Velmora
 			}
 			if (Length == std::string_view::npos)
 			{
-				PartialLine += Rest;
+				Keep(PartialLine, Rest);
 				break;
 			}
 			bSkipsLineFeed = Rest[Length] == '\r';
@@ -62,7 +66,7 @@ namespace Velmora
 			}
 			else
 			{
-				PartialLine += Rest.substr(0, Length);
+				Keep(PartialLine, Rest.substr(0, Length));
 				TakeLine(PartialLine, false);
 				PartialLine.clear();
 			}
@@ -82,8 +86,8 @@ namespace Velmora
 	{
 		if (State == EState::Open && !PartialLine.empty())
 		{
-			const std::string Line = std::exchange(PartialLine, std::string());
-			TakeLine(Line, false);
+			TakeLine(PartialLine, false);
+			PartialLine.clear();
 		}
 		// The format would drop an event without its empty line. Servers that end without one mean it, so it counts, marked as cut off.
 		if (State == EState::Open && bHasData)
@@ -133,11 +137,30 @@ namespace Velmora
 			return;
 		}
 		KeepData();
+		if (!bHasData && Value.size() > LargeBytes && PartialLine.ends_with(Value))
+		{
+			// Two copies of the largest event would be more than it may cost.
+			DataText.swap(PartialLine);
+			DataText.erase(0, DataText.size() - Value.size());
+			bHasData = true;
+			return;
+		}
 		if (std::exchange(bHasData, true))
 		{
 			DataText += '\n';
 		}
-		DataText += Value;
+		Keep(DataText, Value);
+	}
+
+	void FEventStreamReader::Keep(std::string& Text, std::string_view Bytes) const
+	{
+		// What has become large may become the largest: room for that costs nothing before it is used, and growing step by step would
+		// leave the memory full of holes as large as what is kept.
+		if (Text.size() + Bytes.size() > std::max(Text.capacity(), LargeBytes))
+		{
+			Text.reserve(MaxEventBytes + 1);
+		}
+		Text += Bytes;
 	}
 
 	void FEventStreamReader::KeepData()

@@ -388,6 +388,12 @@ namespace Velmora
 		switch (Target)
 		{
 		case EField::Text:
+			// What is more than an answer may be is not copied before it is refused.
+			if (Value.size() > FReplyLimits().MaxTextBytes)
+			{
+				Builder.Fail(EModelFault::TooLarge, std::string());
+				return;
+			}
 			Text += Value;
 			return;
 		case EField::Thinking:
@@ -510,7 +516,7 @@ namespace Velmora
 			}
 			if (!Text.empty())
 			{
-				Builder.AddText(Text);
+				Builder.AddText(std::move(Text));
 			}
 			if (!Finish.empty())
 			{

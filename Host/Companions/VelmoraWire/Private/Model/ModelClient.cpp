@@ -13,8 +13,11 @@ namespace Velmora
 		/** Of a refusal or a page that is no answer: what is beyond says nothing more. */
 		constexpr size_t MaxRefusalBytes = 64 * 1024;
 
-		/** Of an answer that does not stream: its text with what JSON adds to it. */
+		/** Of an answer that does not stream, and of one event: its text with what JSON adds to it. */
 		constexpr size_t MaxBodyBytes = 24 * 1024 * 1024;
+
+		/** A body that is larger may become the largest. */
+		constexpr size_t LargeBodyBytes = 1024 * 1024;
 
 		bool IsRedirect(int Status)
 		{
@@ -28,7 +31,7 @@ namespace Velmora
 			FAnswerReader(IReplyReader& InReader, FReplyBuilder& InBuilder)
 				: Reader(InReader)
 				, Builder(InBuilder)
-				, Events([this](const FServerEvent& Event) { return Reader.OnEvent(Event); })
+				, Events([this](const FServerEvent& Event) { return Reader.OnEvent(Event); }, MaxBodyBytes)
 			{
 			}
 
@@ -56,6 +59,11 @@ namespace Velmora
 					{
 						Builder.Fail(EModelFault::TooLarge, std::string());
 						return EFlow::Stop;
+					}
+					if (Body.size() + Bytes.size() > std::max(Body.capacity(), LargeBodyBytes))
+					{
+						// Room that costs nothing before it is used; growing step by step leaves holes of the same size.
+						Body.reserve(MaxBodyBytes);
 					}
 					Body += Bytes;
 					return EFlow::More;

@@ -19,6 +19,9 @@ namespace Velmora
 		constexpr size_t MaxNameBytes = 256;
 		constexpr size_t MaxDetailBytes = 1000;
 
+		/** A text of which a second copy would count. */
+		constexpr size_t LargeBytes = 1024 * 1024;
+
 		/** How many bytes at the end of a text may be the beginning of a mark. */
 		size_t MeasurePartialMark(std::string_view Text, std::string_view Mark)
 		{
@@ -100,14 +103,21 @@ namespace Velmora
 		}
 	}
 
-	void FReplyBuilder::AddText(std::string_view Bytes)
+	void FReplyBuilder::AddText(std::string&& Bytes)
 	{
 		if (Opening == EOpening::Answers)
 		{
-			KeepText(Bytes);
+			KeepText(std::move(Bytes));
 			return;
 		}
-		Held += Bytes;
+		if (Held.empty() && Bytes.size() > LargeBytes)
+		{
+			Held = std::move(Bytes);
+		}
+		else
+		{
+			Held += Bytes;
+		}
 		ReadOpening();
 	}
 
@@ -144,19 +154,25 @@ namespace Velmora
 		}
 		KeepThinking(std::string_view(Held).substr(0, End));
 		Opening = EOpening::Answers;
-		const std::string Answer = std::exchange(Held, std::string()).substr(End + ThinkEndMark.size());
-		KeepText(Answer);
+		KeepText(std::exchange(Held, std::string()).substr(End + ThinkEndMark.size()));
 	}
 
-	void FReplyBuilder::KeepText(std::string_view Bytes)
+	void FReplyBuilder::KeepText(std::string&& Bytes)
 	{
 		const size_t Room = Limits.MaxTextBytes - Reply.Text.size();
-		Reply.Text += Bytes.substr(0, Room);
-		Tell(FReplyPiece::EKind::Text, Bytes.substr(0, Room));
 		if (Bytes.size() > Room)
 		{
+			Bytes.resize(Room);
 			Fail(EModelFault::TooLarge, std::string());
 		}
+		Tell(FReplyPiece::EKind::Text, Bytes);
+		if (Reply.Text.empty() && Bytes.size() > LargeBytes)
+		{
+			// A whole answer in one piece is not kept twice.
+			Reply.Text = std::move(Bytes);
+			return;
+		}
+		Reply.Text += Bytes;
 	}
 
 	void FReplyBuilder::AddThinking(std::string_view Bytes)

@@ -56,6 +56,8 @@ namespace Velmora
 		void AddData(std::string_view Value, bool bValueStays);
 		void Dispatch(bool bIsCutOff);
 
+		void Keep(std::string& Text, std::string_view Bytes) const;
+
 		/** The data seen so far lies in bytes that are about to go: keeps it. */
 		void KeepData();
 

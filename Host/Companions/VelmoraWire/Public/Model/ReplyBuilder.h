@@ -47,7 +47,8 @@ namespace Velmora
 
 		explicit FReplyBuilder(FOnPiece InOnPiece = nullptr, const FReplyLimits& InLimits = FReplyLimits());
 
-		void AddText(std::string_view Bytes);
+		/** Takes a large text over instead of copying it. */
+		void AddText(std::string&& Bytes);
 		void AddThinking(std::string_view Bytes);
 
 		/**
@@ -98,7 +99,7 @@ namespace Velmora
 			Answers
 		};
 
-		void KeepText(std::string_view Bytes);
+		void KeepText(std::string&& Bytes);
 		void KeepThinking(std::string_view Bytes);
 		void ReadOpening();
 
