@@ -195,6 +195,10 @@ FString FDesktopSession::SetUpFolders()
 	{
 		Replay->RestoreFiles();
 	}
+	else if (!Options.bNoHistory && StoreNotice.IsEmpty())
+	{
+		StoreNotice = StoreFolders::BringBack();
+	}
 	ReadPluginDescription(HomeFolder / TEXT("Velmora.uplugin"), Plugin, Complaint);
 	return Complaint;
 }

@@ -37,15 +37,25 @@ namespace
 		return mkdtemp(Path.data()) ? Path : std::string();
 	}
 
-	/** The same one in each run, so that the next one goes on where this one ends. Others may have made something of that name. */
+	/** The same one in each run, so that the next one goes on where this one ends. */
+	std::string GetSpareFolder()
+	{
+		return GetVolatileFolder() + "/velmora-" + std::to_string(geteuid());
+	}
+
+	/** Others may have made something of that name. */
+	bool IsOurs(const std::string& Path)
+	{
+		struct stat Info = {};
+		return lstat(Path.c_str(), &Info) == 0 && S_ISDIR(Info.st_mode) && Info.st_uid == geteuid() && (Info.st_mode & 077) == 0 &&
+			access(Path.c_str(), W_OK | X_OK) == 0;
+	}
+
 	std::string MakeSpareFolder()
 	{
-		const std::string Path = GetVolatileFolder() + "/velmora-" + std::to_string(geteuid());
+		const std::string Path = GetSpareFolder();
 		mkdir(Path.c_str(), 0700);
-		struct stat Info = {};
-		const bool bIsOurs =
-			lstat(Path.c_str(), &Info) == 0 && S_ISDIR(Info.st_mode) && Info.st_uid == geteuid() && (Info.st_mode & 077) == 0;
-		return bIsOurs && access(Path.c_str(), W_OK | X_OK) == 0 ? Path : MakeRunFolder();
+		return IsOurs(Path) ? Path : MakeRunFolder();
 	}
 }
 
@@ -78,6 +88,15 @@ FString StoreFolders::SetUp(bool bKeepsNothing, FString& OutNotice)
 	Velmora::SetStoreFolders(HostFileNameFromBytes(Spare), FString());
 	OutNotice = HostFileNameFromBytes(Why + " What is said and typed is kept in " + Spare + " instead, until the computer is turned off.");
 	return FString();
+}
+
+FString StoreFolders::BringBack()
+{
+	const std::string Spare = GetSpareFolder();
+	const FOutcome Brought = IsOurs(Spare) ? Velmora::BringHome(HostFileNameFromBytes(Spare)) : FOutcome::Done();
+	return Brought ? FString()
+				   : HostFileNameFromBytes("What was kept in " + Spare + " could not be brought back yet: " + Brought.GetWords() +
+						 ". The next start tries again.");
 }
 
 std::string StoreFolders::MakeVolatileFolder()

@@ -18,6 +18,12 @@ namespace StoreFolders
 	 */
 	FString SetUp(bool bKeepsNothing, FString& OutNotice);
 
+	/**
+	 * After SetUp found the user's folder fit to be written: what runs kept in memory that could not write to it is there again.
+	 * @return What is to be said to the user once; empty when all is as usual.
+	 */
+	FString BringBack();
+
 	/** A new folder for this user alone, in memory where there is one; empty with a reason in errno. Whoever makes it deletes it. */
 	std::string MakeVolatileFolder();
 

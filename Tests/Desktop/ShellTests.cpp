@@ -126,6 +126,19 @@ TEST(Shell, ARunWithoutHistoryLeavesNothingBehind)
 	EXPECT_TRUE(fs::exists(Project.Folder / "made.md")) << "the change itself stays";
 	EXPECT_EQ(ListAll(Home.AtBytes("")), std::set<std::string>{ "run" });
 	fs::remove(Project.Folder / "made.md");
+
+	// What was said can be listed, named and searched until the end, and the tab says so.
+	const std::string Script = Project.Write("run.txt",
+		"type show notes of snails\nkey CTRL+ENTER\nwait idle 30\nkey CTRL+SHIFT+H\nwait idle 30\ndump list.json\nkey DOWN\nkey CTRL+P\n"
+		"click #ConversationSearch\ntype snail\nwait idle 30\ndump found.json\n");
+	const FRun Look = RunProgram(
+		{ "--headless", "--no-history", "--project", Project.Folder.string(), "--script", Script }, "", Project.OutFolder.string(), Extra);
+	EXPECT_EQ(Look.ExitCode, 0) << Look.Error;
+	const std::string List = ReadFile(Project.Path("list.json"));
+	EXPECT_TRUE(Contains(List, "1 conversation. This session keeps no history: they are gone when it ends.")) << List;
+	EXPECT_TRUE(Contains(ReadFile(Project.Path("found.json")), "found\"")) << ReadFile(Project.Path("found.json"));
+	EXPECT_FALSE(Contains(ReadFile(Project.Path("found.json")), "could not be searched"));
+	EXPECT_EQ(ListAll(Home.AtBytes("")), std::set<std::string>{ "run" });
 	EXPECT_EQ(RunProgram(Ask, "", "", Extra).ExitCode, 0);
 	EXPECT_GT(ListAll(Home.AtBytes("data")).size(), 1u) << "as it is without the option";
 }
@@ -170,5 +183,26 @@ TEST(Shell, AHomeThatCannotBeWrittenStopsNobody)
 	Project.Write("again.txt", "wait idle 30\ndump " + Project.Path("again.json") + "\n");
 	EXPECT_EQ(Run({ "--draft", "--script", Project.Path("again.txt") }).ExitCode, 0);
 	EXPECT_TRUE(Contains(ReadFile(Project.Path("again.json")), "\"promptText\": \"half a sentence\""));
-	EXPECT_EQ(fs::status(Memory.AtBytes("velmora-" + std::to_string(geteuid()))).permissions(), fs::perms::owner_all);
+	const std::string Spare = Memory.AtBytes("velmora-" + std::to_string(geteuid()));
+	EXPECT_EQ(fs::status(Spare).permissions(), fs::perms::owner_all);
+
+	// When the folder can be written again it all comes back, the conversations beside those that are there.
+	fs::remove(Project.Path("home"));
+	const std::string Other = Memory.AtBytes("elsewhere");
+	fs::create_directory(Other);
+	const FRun Before = RunProgram({ "--headless", "--project", Project.Folder.string(), "--prompt", "what is in this project?" }, "", "",
+		{ "XDG_DATA_HOME=" + Project.Path("home"), "XDG_RUNTIME_DIR=" + Other });
+	EXPECT_EQ(Before.ExitCode, 0) << Before.Error;
+	Project.Write("home.txt",
+		"wait idle 30\ndump " + Project.Path("home.json") +
+			"\nclick #ConversationComboBox\nwait idle 30\nclick create made.md with \"x\"\n" + "wait idle 30\ndump " +
+			Project.Path("brought.json") + "\n");
+	const FRun Back = Run({ "--draft", "--script", Project.Path("home.txt") });
+	EXPECT_EQ(Back.ExitCode, 0) << Back.Error;
+	EXPECT_TRUE(Contains(ReadFile(Project.Path("home.json")), "\"promptText\": \"half a sentence\""));
+	EXPECT_TRUE(Contains(ReadFile(Project.Path("brought.json")), "Created [made.md]"));
+	for (const fs::directory_entry& Left : fs::directory_iterator(Spare))
+	{
+		EXPECT_TRUE(Left.path().extension() == ".undo" || Left.path().extension() == ".lock") << Left.path();
+	}
 }

@@ -17,14 +17,17 @@ namespace Velmora
 		/** Name of the project's own files in it: the project folder's name and a hash of its real path, fit for every file system. */
 		FString ProjectName;
 
+		/** False for a run that leaves no conversations behind. */
+		bool KeepsConversations() const { return ConversationFolder.Equals(Folder, ESearchCase::CaseSensitive); }
+
 		/** One database of conversations per project. */
 		FString GetDatabasePath() const { return ConversationFolder + TEXT("/") + ProjectName + TEXT(".db"); }
 
 		/** What the search knows of the conversations; made anew when it is missing. */
-		FString GetSearchPath() const { return Folder + TEXT("/") + ProjectName + TEXT(".search.db"); }
+		FString GetSearchPath() const { return ConversationFolder + TEXT("/") + ProjectName + TEXT(".search.db"); }
 
 		/** Names and pins that the user has given to conversations. */
-		FString GetMarksPath() const { return Folder + TEXT("/") + ProjectName + TEXT(".names"); }
+		FString GetMarksPath() const { return ConversationFolder + TEXT("/") + ProjectName + TEXT(".names"); }
 
 		/** Former contents of files that the agent has changed. */
 		FString GetUndoFolder() const { return ConversationFolder + TEXT("/") + ProjectName + TEXT(".undo"); }
@@ -44,6 +47,13 @@ namespace Velmora
 	 * means the usual place. Before anything else of the library is used.
 	 */
 	VELMORACORE_API void SetStoreFolders(const FString& Folder, const FString& ConversationFolder);
+
+	/**
+	 * Brings what an earlier run kept for this project in another folder, since it could not write to the usual one: the conversations,
+	 * which the store takes over when it is next opened, and the draft where there is none here. Undo does not come along. What cannot
+	 * be brought now stays for the next time. Before anything else of the library is used, in the usual place.
+	 */
+	VELMORACORE_API FOutcome BringHome(const FString& SpareFolder);
 
 	/**
 	 * Keeps connections, keys and consents of the user's elsewhere than in the configuration folder; absolute, empty for the usual place.
