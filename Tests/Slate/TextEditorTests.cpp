@@ -2,6 +2,9 @@
 
 #include "Slate/Private/Framework/Text/TextEditor.h"
 
+#include <algorithm>
+#include <random>
+
 namespace
 {
 	/** The document with its caret as "|" and, where there is a selection, its anchor as "^". */
@@ -286,6 +289,76 @@ TEST_F(FTextEditorTest, OneLineTakesBreaksAsBlanks)
 	Load(Editor, "a|b");
 	RunCommands(Editor, { "paste x\r\ny\nz" }, Now);
 	EXPECT_EQ(Marked(Editor), "ax y z|b");
+}
+
+TEST_F(FTextEditorTest, BreaksAreFoundInLongTexts)
+{
+	// Around the ends of what is looked at together, and in the rest.
+	for (const size_t Place : { 0u, 1u, 1022u, 1023u, 1024u, 1025u, 2047u, 2048u, 2998u })
+	{
+		for (const char* Break : { "\r", "\n", "\r\n", "\r\r" })
+		{
+			SCOPED_TRACE(Place);
+			const std::string Text = std::string(3000, 'a').insert(Place, Break).append("\n");
+			for (const bool bLines : { true, false })
+			{
+				std::string Expected = Text;
+				for (size_t At = 0; (At = Expected.find('\r', At)) != std::string::npos;)
+				{
+					Expected.replace(At, Expected[At + 1] == '\n' ? 2 : 1, "\n");
+				}
+				std::replace(Expected.begin(), Expected.end(), '\n', bLines ? '\n' : ' ');
+				FString Made = UTF8_TO_TCHAR(Text.c_str());
+				FTextEditor::NormalizeBreaks(Made, bLines);
+				EXPECT_EQ(Utf8(Made), Expected) << Break;
+			}
+		}
+	}
+}
+
+TEST_F(FTextEditorTest, UndoAndRedoGoThroughEveryState)
+{
+	std::mt19937 Random(7);
+	const auto Below = [&Random](int32 Count) { return static_cast<int32>(Random() % static_cast<uint32>(Count)); };
+	const TCHAR* const Pieces[] = { TEXT("x"), TEXT("two words"), TEXT("\n"), TEXT("over\nthree\nlines"), TEXT("ended\r\n\n") };
+	for (int32 Round = 0; Round < 200; ++Round)
+	{
+		FTextEditor Edited(Breaks);
+		Edited.SetText(TEXT("first line\r\nsecond\n\nlast"), false);
+		std::vector<std::string> States = { Utf8(Edited.GetDocument().GetText()) };
+		const auto AnyPlace = [&]
+		{
+			const int32 Line = Below(Edited.GetDocument().GetLineCount());
+			// Often at an end of a line: whole lines change hands there.
+			const int32 Length = Edited.GetDocument().GetLineLength(Line);
+			return FTextLocation(Line, Below(3) == 0 ? 0 : Below(2) == 0 ? Length : Below(Length + 1));
+		};
+		for (int32 Edit = 0; Edit < 8; ++Edit)
+		{
+			Edited.Select(AnyPlace(), AnyPlace());
+			const bool bChanged =
+				Below(4) == 0 ? Edited.DeleteSelection() : Edited.Insert(Pieces[Below(5)], ETextInsert::Pasted, static_cast<double>(Edit));
+			if (bChanged)
+			{
+				States.push_back(Utf8(Edited.GetDocument().GetText()));
+			}
+			EXPECT_EQ(Edited.GetDocument().GetLength(), Edited.GetDocument().GetText().Len());
+		}
+		for (int32 Again = 0; Again < 2; ++Again)
+		{
+			for (size_t State = States.size() - 1; State > 0; --State)
+			{
+				ASSERT_TRUE(Edited.Undo());
+				ASSERT_EQ(Utf8(Edited.GetDocument().GetText()), States[State - 1]);
+			}
+			ASSERT_FALSE(Edited.CanUndo());
+			for (size_t State = 1; State < States.size(); ++State)
+			{
+				ASSERT_TRUE(Edited.Redo());
+				ASSERT_EQ(Utf8(Edited.GetDocument().GetText()), States[State]);
+			}
+		}
+	}
 }
 
 TEST_F(FTextEditorTest, ATextSetWholeIsAStepOrABeginning)

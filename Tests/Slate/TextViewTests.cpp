@@ -26,6 +26,11 @@ protected:
 		Result->SetViewSize(Width, Height);
 		return Result;
 	}
+	static void Put(FTextDocument& Target, const FTextLocation& From, const FTextLocation& To, FTextFragment&& Piece)
+	{
+		FTextFragment Removed;
+		Target.Exchange(From, To, MoveTemp(Piece), Removed);
+	}
 	static FString MakeLines(int32 Count)
 	{
 		FString Text;
@@ -54,7 +59,7 @@ TEST_F(FTextViewTest, OnlyLinesInViewAreShaped)
 	EXPECT_LE(View->CountShapedLines(), 24);
 	// A key in the middle of all shapes its own line.
 	const uint64 Before = ITextShaper::Get().GetCounters().ParagraphsMade;
-	Document.Replace(FTextLocation(49998, 2), FTextLocation(49998, 2), FTextDocument::Parse(TEXT("x")));
+	Put(Document, FTextLocation(49998, 2), FTextLocation(49998, 2), FTextDocument::Parse(TEXT("x")));
 	LinesInView();
 	EXPECT_EQ(ITextShaper::Get().GetCounters().ParagraphsMade - Before, 1u);
 }
@@ -82,9 +87,9 @@ TEST_F(FTextViewTest, TheViewStaysWhereItIsWhenLinesAboveChange)
 {
 	Begin(MakeLines(1000));
 	View->ScrollToLine(500);
-	Document.Replace(FTextLocation(10, 0), FTextLocation(10, 0), FTextDocument::Parse(TEXT("a\nb\nc\n")));
+	Put(Document, FTextLocation(10, 0), FTextLocation(10, 0), FTextDocument::Parse(TEXT("a\nb\nc\n")));
 	EXPECT_EQ(LinesInView().front(), 503);
-	Document.Replace(FTextLocation(0, 0), FTextLocation(100, 0), FTextDocument::Parse(TEXT("")));
+	Put(Document, FTextLocation(0, 0), FTextLocation(100, 0), FTextDocument::Parse(TEXT("")));
 	EXPECT_EQ(LinesInView().front(), 403);
 }
 
@@ -189,7 +194,7 @@ TEST_F(FTextViewTest, RandomEditsLeaveTheSameLayoutAsAFreshOne)
 		{
 			To = From;
 		}
-		Document.Replace(From, To, FTextDocument::Parse(Pieces[Below(5)]));
+		Put(Document, From, To, FTextDocument::Parse(Pieces[Below(5)]));
 		View->ScrollBy(static_cast<float>(Below(80) - 40));
 		View->MeasureIfSmall();
 

@@ -100,7 +100,8 @@ void FSdlClipboard::Paste(FString& OutText)
 	char* const Text = SDL_GetClipboardText();
 	if (Text && *Text)
 	{
-		OutText = FString(UTF8_TO_TCHAR(Text));
+		// Made where it stays: it may be tens of megabytes.
+		OutText = FString(Text);
 	}
 	else if (X11Support::HasClipboardOwner(State.Window))
 	{

@@ -16,6 +16,8 @@ DEFINE_LOG_CATEGORY_STATIC(LogHostServices, Log, All);
 namespace
 {
 	constexpr int32 MaxLaunchRecord = 1000;
+	/** What a pasted text may grow by where it is, as a share of its length. */
+	constexpr int32 PasteRoomShare = 16;
 
 	struct FServiceState
 	{
@@ -127,6 +129,8 @@ void FHostServices::ClipboardPaste(FString& OutText)
 		return;
 	}
 	const std::lock_guard<std::mutex> Lock(State.Mutex);
+	// With room for what is typed after it: a text of many megabytes would be copied once more for the first letter.
+	OutText.Reserve(State.Clipboard.Len() + State.Clipboard.Len() / PasteRoomShare);
 	OutText = State.Clipboard;
 }
 

@@ -278,7 +278,13 @@ void SHostTextWidget::PasteText()
 	{
 		FString Clipboard;
 		FHostServices::PasteIntoBox(Clipboard);
-		InsertTextAtCursor(Clipboard);
+		if (State->HasRoomFor(Clipboard))
+		{
+			// Handed over: it may be tens of megabytes.
+			EndPreedit();
+			GetEditor().SetAllowMultiLine(IsMultiLine());
+			FinishEdit(GetEditor().Take(MoveTemp(Clipboard), ETextInsert::Pasted, GetNow()));
+		}
 	}
 }
 

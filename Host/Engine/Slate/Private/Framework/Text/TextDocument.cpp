@@ -115,25 +115,42 @@ FTextFragment FTextDocument::Copy(const FTextLocation& Begin, const FTextLocatio
 	return Piece;
 }
 
-// 1. The new length. 2. Within one line, as with every key: the text of that line alone. 3. Otherwise what stands before and
-// after the place is kept, lines are made or taken away once, and the piece is joined to both ends.
-FTextLocation FTextDocument::Replace(const FTextLocation& Begin, const FTextLocation& End, const FTextFragment& Piece)
+// A text may be one line of a hundred megabytes: what is cut off at a line's begin or end is all that is copied.
+FTextFragment FTextDocument::CutOut(const FTextLocation& Begin, const FTextLocation& End, FString& OutHead, FTextLine& OutTail)
+{
+	FTextLine& Last = Lines[End.GetLineIndex()];
+	OutTail = { FString(FStringView(Last.Text).RightChop(End.GetOffset())), Last.End };
+	FTextFragment Removed;
+	Removed.Reserve(End.GetLineIndex() - Begin.GetLineIndex() + 1);
+	for (int32 Line = Begin.GetLineIndex(); Line <= End.GetLineIndex(); ++Line)
+	{
+		Removed.Add(MoveTemp(Lines[Line]));
+	}
+	Removed.Last().End = ETextLineEnd::None;
+	Removed.Last().Text.LeftInline(End.GetOffset());
+	FString& First = Removed[0].Text;
+	OutHead = FStringView(First).Left(Begin.GetOffset());
+	First.RemoveAt(0, Begin.GetOffset());
+	return Removed;
+}
+
+// 1. Within one line, as with every key: the text of that line alone. 2. Otherwise lines are made or taken away once, and the piece
+// is joined to what stands before and after the place. 3. The new length.
+FTextLocation FTextDocument::Exchange(
+	const FTextLocation& Begin, const FTextLocation& End, FTextFragment&& Piece, FTextFragment& OutRemoved)
 {
 	check(Piece.Num() > 0 && !(End < Begin));
 	const int32 First = Begin.GetLineIndex();
 	const int32 RemovedLines = End.GetLineIndex() - First + 1;
-
-	int64 RemovedLength = End.GetOffset() - Begin.GetOffset();
-	for (int32 Line = First; Line < End.GetLineIndex(); ++Line)
-	{
-		RemovedLength += GetLineLength(Line) + GetTextLineEndLength(Lines[Line].End);
-	}
-	Length += GetLength(Piece) - RemovedLength;
+	const int32 AddedLines = Piece.Num();
+	const int64 AddedLength = GetLength(Piece);
+	const bool bWholeLines = Begin.GetOffset() == 0 && End.GetOffset() == GetLineLength(End.GetLineIndex());
 
 	FTextLocation Behind;
 	// Most changes are a letter in a line.
-	if (Piece.Num() == 1 && RemovedLines == 1)
+	if (AddedLines == 1 && RemovedLines == 1 && !bWholeLines)
 	{
+		OutRemoved = Copy(Begin, End);
 		FString& Text = Lines[First].Text;
 		Text.RemoveAt(Begin.GetOffset(), End.GetOffset() - Begin.GetOffset());
 		if (Begin.GetOffset() == Text.Len())
@@ -149,10 +166,10 @@ FTextLocation FTextDocument::Replace(const FTextLocation& Begin, const FTextLoca
 	else
 	{
 		// What stands before and after the gap in its two lines goes on with the first and the last line of the piece.
-		FString Head(FStringView(Lines[First].Text).Left(Begin.GetOffset()));
-		FTextLine Tail{ FString(FStringView(Lines[End.GetLineIndex()].Text).RightChop(End.GetOffset())), Lines[End.GetLineIndex()].End };
+		FString Head;
+		FTextLine Tail;
+		OutRemoved = CutOut(Begin, End, Head, Tail);
 		// Records are moved once: the array grows or shrinks to its new size, then the piece is written over the gap.
-		const int32 AddedLines = Piece.Num();
 		if (AddedLines > RemovedLines)
 		{
 			Lines.InsertDefaulted(First + RemovedLines, AddedLines - RemovedLines);
@@ -163,15 +180,17 @@ FTextLocation FTextDocument::Replace(const FTextLocation& Begin, const FTextLoca
 		}
 		for (int32 Index = 0; Index < AddedLines; ++Index)
 		{
-			Lines[First + Index] = Piece[Index];
+			Lines[First + Index] = MoveTemp(Piece[Index]);
 		}
-		Lines[First].Text = MoveTemp(Head) + Piece[0].Text;
+		FString& FirstText = Lines[First].Text;
+		FirstText = Head.IsEmpty() ? MoveTemp(FirstText) : MoveTemp(Head) + FirstText;
 		FTextLine& LastLine = Lines[First + AddedLines - 1];
 		Behind = FTextLocation(First + AddedLines - 1, LastLine.Text.Len());
 		LastLine.Text += Tail.Text;
 		LastLine.End = Tail.End;
 	}
-	NoteChange(First, RemovedLines, Piece.Num());
+	Length += AddedLength - GetLength(OutRemoved);
+	NoteChange(First, RemovedLines, AddedLines);
 	return Behind;
 }
 
@@ -196,6 +215,43 @@ FTextFragment FTextDocument::Parse(FStringView Text)
 		Line.End = bReturn ? ETextLineEnd::CarriageReturnLineFeed : ETextLineEnd::LineFeed;
 		Begin = LineFeed + 1;
 	}
+}
+
+// In blocks of a fixed size, so that the compiler has several units looked at with one instruction.
+int32 FTextDocument::FindEither(FStringView Text, TCHAR First, TCHAR Second)
+{
+	constexpr int32 BlockSize = 1024;
+	const TCHAR* const Units = Text.GetData();
+	const int32 Length = Text.Len();
+	int32 Begin = 0;
+	for (uint16 Found = 0; Begin + BlockSize <= Length; Begin += BlockSize)
+	{
+		for (int32 Index = 0; Index < BlockSize; ++Index)
+		{
+			const TCHAR Unit = Units[Begin + Index];
+			Found = static_cast<uint16>(Found | static_cast<uint16>(Unit == First) | static_cast<uint16>(Unit == Second));
+		}
+		if (Found != 0)
+		{
+			break;
+		}
+	}
+	while (Begin < Length && Units[Begin] != First && Units[Begin] != Second)
+	{
+		++Begin;
+	}
+	return Begin;
+}
+
+FTextFragment FTextDocument::Take(FString&& Text)
+{
+	if (FindEither(Text, TEXT('\n'), TEXT('\n')) < Text.Len())
+	{
+		return Parse(Text);
+	}
+	FTextFragment Piece;
+	Piece.Add({ MoveTemp(Text), ETextLineEnd::None });
+	return Piece;
 }
 
 FString FTextDocument::ToString(const FTextFragment& Piece)

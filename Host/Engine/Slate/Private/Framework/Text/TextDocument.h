@@ -56,15 +56,24 @@ public:
 	FTextLocation Clamp(const FTextLocation& Location) const;
 
 	FTextFragment Copy(const FTextLocation& Begin, const FTextLocation& End) const;
-	/** Replaces what lies between two existing places, Begin not behind End. Returns the place behind the new piece. */
-	FTextLocation Replace(const FTextLocation& Begin, const FTextLocation& End, const FTextFragment& Piece);
+	/**
+	 * Replaces what lies between two existing places, Begin not behind End, and gives that out. Whole lines change hands and are not
+	 * copied. Returns the place behind the new piece.
+	 */
+	FTextLocation Exchange(const FTextLocation& Begin, const FTextLocation& End, FTextFragment&& Piece, FTextFragment& OutRemoved);
 
 	/** Cuts at "\n" and "\r\n". */
 	static FTextFragment Parse(FStringView Text);
+	/** The same; a text of one line is not copied. */
+	static FTextFragment Take(FString&& Text);
+	/** The place of the first unit that is one of two, or the length. */
+	static int32 FindEither(FStringView Text, TCHAR First, TCHAR Second);
 	static FString ToString(const FTextFragment& Piece);
 	static int64 GetLength(const FTextFragment& Piece);
 
 private:
+	/** Gives out what lies between two places. Its lines stay behind with what is not part of it, and with nothing that is. */
+	FTextFragment CutOut(const FTextLocation& Begin, const FTextLocation& End, FString& OutHead, FTextLine& OutTail);
 	void NoteChange(int32 First, int32 Removed, int32 Added);
 
 	TArray<FTextLine> Lines;

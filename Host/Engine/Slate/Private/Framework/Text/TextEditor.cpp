@@ -1,12 +1,11 @@
 #include "Framework/Text/TextEditor.h"
 
-#include <string_view>
-
 // Document, caret and history of edits; knows no layout and no widget.
 //
-// Every change is one replacement of a range (Apply), and a step of the history is such a replacement with both texts.
-// So undo and redo are replacements too, and no kind of edit needs an inverse of its own. Runs of typing, of backspaces
-// and of deletes grow one step, until a pause, a move of the caret or another kind of edit seals it.
+// Every change is one replacement of a range (Apply), and a step of the history is such a replacement with the text that the
+// document does not hold. So undo and redo are replacements too, which exchange that text for the one in the document, and no kind
+// of edit needs an inverse of its own. Runs of typing, of backspaces and of deletes grow one step, until a pause, a move of the
+// caret or another kind of edit seals it.
 
 namespace
 {
@@ -135,16 +134,14 @@ bool FTextEditor::HasRoomFor(int32 Units) const
 }
 
 // Only typing within one line goes on with the open step; a typed line break and a paste stand for themselves.
-bool FTextEditor::Insert(FStringView Text, ETextInsert Kind, double Now)
+bool FTextEditor::Take(FString&& Text, ETextInsert Kind, double Now)
 {
 	if (Text.IsEmpty() || !HasRoomFor(Text.Len()))
 	{
 		return false;
 	}
-	// Tens of megabytes come in by a paste; they are not copied once more for breaks that they have not got.
-	const std::u16string_view All(Text.GetData(), static_cast<std::size_t>(Text.Len()));
-	const bool bAsItIs = All.find(TEXT('\r')) == All.npos && (bAllowMultiLine || All.find(TEXT('\n')) == All.npos);
-	FTextFragment Piece = bAsItIs ? FTextDocument::Parse(Text) : FTextDocument::Parse(NormalizeBreaks(Text, bAllowMultiLine));
+	NormalizeBreaks(Text, bAllowMultiLine);
+	FTextFragment Piece = FTextDocument::Take(MoveTemp(Text));
 	const bool bRun = Kind == ETextInsert::Typed && Piece.Num() == 1;
 	Apply(GetSelectionBegin(), GetSelectionEnd(), MoveTemp(Piece), bRun ? EStepKind::Typing : EStepKind::Single, Now);
 	return true;
@@ -197,8 +194,10 @@ bool FTextEditor::Undo()
 	{
 		return false;
 	}
-	const FStep& Entry = Steps[--UndoCount];
-	Document.Replace(Entry.Begin, Entry.InsertedEnd, Entry.Removed);
+	FStep& Entry = Steps[--UndoCount];
+	FTextFragment Inserted;
+	Document.Exchange(Entry.Begin, Entry.InsertedEnd, MoveTemp(Entry.Other), Inserted);
+	Entry.Other = MoveTemp(Inserted);
 	Caret = Entry.CaretBefore;
 	Anchor = Entry.AnchorBefore;
 	SealStep();
@@ -211,33 +210,30 @@ bool FTextEditor::Redo()
 	{
 		return false;
 	}
-	const FStep& Entry = Steps[UndoCount++];
-	Caret = Document.Replace(Entry.Begin, Entry.RemovedEnd, Entry.Inserted);
+	FStep& Entry = Steps[UndoCount++];
+	FTextFragment Removed;
+	Caret = Document.Exchange(Entry.Begin, Entry.RemovedEnd, MoveTemp(Entry.Other), Removed);
+	Entry.Other = MoveTemp(Removed);
 	Anchor = Caret;
 	SealStep();
 	return true;
 }
 
 // All kinds of breaks become line feeds; in a box of one line they become blanks, so that words do not run together.
-FString FTextEditor::NormalizeBreaks(FStringView Text, bool bAllowMultiLine)
+void FTextEditor::NormalizeBreaks(FString& InOutText, bool bAllowMultiLine)
 {
 	const TCHAR Break = bAllowMultiLine ? TEXT('\n') : TEXT(' ');
-	FString Result;
-	Result.Reserve(Text.Len());
-	for (int32 Index = 0; Index < Text.Len(); ++Index)
+	TCHAR* const Units = InOutText.begin();
+	const int32 Length = InOutText.Len();
+	int32 End = FTextDocument::FindEither(InOutText, TEXT('\r'), bAllowMultiLine ? TEXT('\r') : TEXT('\n'));
+	for (int32 Index = End; Index < Length; ++Index)
 	{
-		const TCHAR Unit = Text[Index];
-		if (Unit == TEXT('\r'))
-		{
-			Index += Index + 1 < Text.Len() && Text[Index + 1] == TEXT('\n') ? 1 : 0;
-			Result.AppendChar(Break);
-		}
-		else
-		{
-			Result.AppendChar(Unit == TEXT('\n') ? Break : Unit);
-		}
+		const TCHAR Unit = Units[Index];
+		const bool bReturn = Unit == TEXT('\r');
+		Index += bReturn && Index + 1 < Length && Units[Index + 1] == TEXT('\n') ? 1 : 0;
+		Units[End++] = bReturn || Unit == TEXT('\n') ? Break : Unit;
 	}
-	return Result;
+	InOutText.LeftInline(End);
 }
 
 FTextLocation FTextEditor::Step(const FTextLocation& From, ETextMove Kind) const
@@ -280,20 +276,20 @@ void FTextEditor::Apply(const FTextLocation& Begin, const FTextLocation& End, FT
 	Next.Kind = Kind;
 	Next.Begin = Begin;
 	Next.RemovedEnd = End;
-	Next.Removed = Document.Copy(Begin, End);
 	Next.AnchorBefore = Anchor;
 	Next.CaretBefore = Caret;
-	Next.InsertedEnd = Document.Replace(Begin, End, Inserted);
-	Next.Inserted = MoveTemp(Inserted);
+	const int64 InsertedLength = FTextDocument::GetLength(Inserted);
+	Next.InsertedEnd = Document.Exchange(Begin, End, MoveTemp(Inserted), Next.Other);
+	Next.Length = InsertedLength + FTextDocument::GetLength(Next.Other);
 	Caret = Next.InsertedEnd;
 	Anchor = Caret;
 
 	while (Steps.Num() > UndoCount)
 	{
-		HistoryLength -= FTextDocument::GetLength(Steps.Last().Removed) + FTextDocument::GetLength(Steps.Last().Inserted);
+		HistoryLength -= Steps.Last().Length;
 		Steps.Pop();
 	}
-	HistoryLength += FTextDocument::GetLength(Next.Removed) + FTextDocument::GetLength(Next.Inserted);
+	HistoryLength += Next.Length;
 	const bool bInTime = Now - LastChange <= TypingPause && Now >= LastChange;
 	if (!(bStepOpen && bInTime && TryMerge(Next)))
 	{
@@ -319,25 +315,27 @@ bool FTextEditor::TryMerge(const FStep& Next)
 		{
 			return false;
 		}
-		Last.Inserted.Last().Text += Next.Inserted[0].Text;
 		Last.InsertedEnd = Next.InsertedEnd;
+		Last.Length += Next.Length;
 		return true;
 	case EStepKind::Backward:
 		if (Next.RemovedEnd != Last.Begin)
 		{
 			return false;
 		}
-		Last.Removed[0].Text.InsertAt(0, Next.Removed[0].Text);
+		Last.Other[0].Text.InsertAt(0, Next.Other[0].Text);
 		Last.Begin = Next.Begin;
 		Last.InsertedEnd = Next.Begin;
+		Last.Length += Next.Length;
 		return true;
 	case EStepKind::Forward:
 		if (Next.Begin != Last.Begin)
 		{
 			return false;
 		}
-		Last.Removed[0].Text += Next.Removed[0].Text;
-		Last.RemovedEnd = FTextLocation(Last.RemovedEnd, Next.Removed[0].Text.Len());
+		Last.Other[0].Text += Next.Other[0].Text;
+		Last.RemovedEnd = FTextLocation(Last.RemovedEnd, Next.Other[0].Text.Len());
+		Last.Length += Next.Length;
 		return true;
 	case EStepKind::Single:
 		break;
@@ -350,7 +348,7 @@ void FTextEditor::ForgetOldSteps()
 	int32 Forgotten = 0;
 	while (Steps.Num() - Forgotten > 1 && (Steps.Num() - Forgotten > MaxUndoSteps || HistoryLength > MaxUndoUnits))
 	{
-		HistoryLength -= FTextDocument::GetLength(Steps[Forgotten].Removed) + FTextDocument::GetLength(Steps[Forgotten].Inserted);
+		HistoryLength -= Steps[Forgotten].Length;
 		++Forgotten;
 	}
 	if (Forgotten > 0)

@@ -76,7 +76,9 @@ public:
 	/** Whether Insert takes a text of this length: with it the whole is not longer than MaxLength. */
 	bool HasRoomFor(int32 Units) const;
 	/** Replaces the selection. Line breaks of any kind come in as "\n". Nothing happens where there is no room for the text. */
-	bool Insert(FStringView Text, ETextInsert Kind, double Now);
+	bool Insert(FStringView Text, ETextInsert Kind, double Now) { return Take(FString(Text), Kind, Now); }
+	/** The same with a text that the caller gives up; one of many megabytes is then not copied. */
+	bool Take(FString&& Text, ETextInsert Kind, double Now);
 	/** Deletes the selection, or the cluster or word before the caret. */
 	bool DeleteBackward(bool bWord, double Now);
 	/** Deletes the selection, or the cluster or word behind the caret. */
@@ -90,7 +92,7 @@ public:
 	void SealStep() { bStepOpen = false; }
 
 	/** Line breaks of any kind become "\n"; or a blank where there is only one line. */
-	static FString NormalizeBreaks(FStringView Text, bool bAllowMultiLine);
+	static void NormalizeBreaks(FString& InOutText, bool bAllowMultiLine);
 
 private:
 	enum class EStepKind : uint8
@@ -106,8 +108,10 @@ private:
 		FTextLocation Begin;
 		FTextLocation RemovedEnd;
 		FTextLocation InsertedEnd;
-		FTextFragment Removed;
-		FTextFragment Inserted;
+		/** What the document does not hold: what was removed, and after an undo what was inserted. */
+		FTextFragment Other;
+		/** Of both texts, in units. */
+		int64 Length = 0;
 		FTextLocation AnchorBefore;
 		FTextLocation CaretBefore;
 	};
