@@ -2,6 +2,7 @@
 
 #include "Framework/Application/SlateApplication.h"
 #include "Host/WidgetFinder.h"
+#include "Layout/ArrangedWidget.h"
 #include "Misc/CString.h"
 #include "Widgets/Layout/SScrollBox.h"
 
@@ -16,6 +17,30 @@ namespace
 		static const FName Row(TEXT("SMenuRow"));
 		const TSharedPtr<SWidget> Parent = Widget.GetParentWidget();
 		return Widget.GetType() == Row || (Parent && IsInMenu(*Parent));
+	}
+
+	/**
+	 * Where a widget stands now: arranged from its layer's root down. What a scrolled box does not arrange keeps the place that it was
+	 * last painted at, which says nothing. Unset for what stands nowhere.
+	 */
+	TOptional<FGeometry> FindPlace(const SWidget& Widget)
+	{
+		const TSharedPtr<SWidget> Parent = Widget.GetParentWidget();
+		const TOptional<FGeometry> Around = Parent ? FindPlace(*Parent) : TOptional<FGeometry>(Widget.GetCachedGeometry());
+		if (!Parent || !Around.IsSet())
+		{
+			return Around;
+		}
+		FArrangedChildren Arranged(EVisibility::Visible);
+		Parent->ArrangeChildren(Around.GetValue(), Arranged);
+		for (int32 Index = 0; Index < Arranged.Num(); ++Index)
+		{
+			if (&Arranged[Index].Widget.Get() == &Widget)
+			{
+				return Arranged[Index].Geometry;
+			}
+		}
+		return TOptional<FGeometry>();
 	}
 
 	/** By kind, tag and place, so that one of several can be told from the others in a picture. */
@@ -99,8 +124,13 @@ TOptional<FVector2D> FScriptTarget::GetVisiblePoint(const SWidget& Widget)
 {
 	const FIntPoint Size = FSlateApplication::Get().GetWindow().GetPixelSize();
 	// The middle of what can be seen: the middle of the whole may lie outside of a scrolled list.
-	FSlateRect Visible = Widget.GetCachedGeometry().GetLayoutBoundingRect().IntersectionWith(
-		FSlateRect(0.0f, 0.0f, static_cast<float>(Size.X), static_cast<float>(Size.Y)));
+	const TOptional<FGeometry> Place = FindPlace(Widget);
+	if (!Place.IsSet())
+	{
+		return TOptional<FVector2D>();
+	}
+	FSlateRect Visible =
+		Place->GetLayoutBoundingRect().IntersectionWith(FSlateRect(0.0f, 0.0f, static_cast<float>(Size.X), static_cast<float>(Size.Y)));
 	for (TSharedPtr<SWidget> Parent = Widget.GetParentWidget(); Parent; Parent = Parent->GetParentWidget())
 	{
 		if (Parent->GetClipping() != EWidgetClipping::Inherit)
@@ -117,16 +147,17 @@ TOptional<FVector2D> FScriptTarget::GetVisiblePoint(const SWidget& Widget)
 
 bool FScriptTarget::BringIntoView(const TSharedRef<SWidget>& Widget)
 {
+	bool bScrolls = false;
+	// Each around it: a list in a tab that scrolls sideways may be out of view with all that is in it.
 	for (TSharedPtr<SWidget> Parent = Widget->GetParentWidget(); Parent; Parent = Parent->GetParentWidget())
 	{
-		// The innermost is enough: an outer one has it in view or is brought to it by the next try.
 		if (Parent->GetType() == FName(TEXT("SScrollBox")))
 		{
 			StaticCastSharedPtr<SScrollBox>(Parent)->ScrollDescendantIntoView(Widget, false);
-			return true;
+			bScrolls = true;
 		}
 	}
-	return false;
+	return bScrolls;
 }
 
 FString FScriptTarget::Reach(const FString& Name, FScriptTarget& Target)

@@ -1,6 +1,7 @@
 #include "Async/Async.h"
 #include "HAL/PlatformProcess.h"
 #include "Host/HostLog.h"
+#include "Host/HostBackgroundPause.h"
 #include "Host/HostTasks.h"
 #include "Logging/LogMacros.h"
 #include "Misc/Paths.h"
@@ -14,6 +15,8 @@
 #include <set>
 #include <mutex>
 #include <string>
+#include <future>
+#include <optional>
 #include <thread>
 #include <unistd.h>
 
@@ -185,6 +188,27 @@ TEST_F(SystemTasks, WorkOnAThreadOfSomebodyElseIsWaitedForToo)
 	std::thread Ender([&Work] { Work.reset(); });
 	EXPECT_TRUE(FHostTasks::WaitForBackground(30.0));
 	Ender.join();
+}
+
+TEST_F(SystemTasks, WorkThatWaitsForSomebodyIsNotWaitedFor)
+{
+	std::promise<void> Answer;
+	std::optional<FHostBackgroundPause> Pause;
+	std::promise<void> IsAsking;
+	const auto Work = Async(EAsyncExecution::Thread,
+		[&]
+		{
+			Pause.emplace();
+			IsAsking.set_value();
+			Answer.get_future().wait();
+		});
+	IsAsking.get_future().wait();
+	EXPECT_TRUE(FHostTasks::WaitForBackground(30.0));
+	// Who answers ends the pause, so that the work counts before it runs.
+	Pause.reset();
+	EXPECT_FALSE(FHostTasks::WaitForBackground(0.01));
+	Answer.set_value();
+	EXPECT_TRUE(FHostTasks::WaitForBackground(30.0));
 }
 
 TEST_F(SystemTasks, WaitingHasALimitAndShutdownFinishesWhatWasBegun)

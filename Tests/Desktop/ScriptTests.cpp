@@ -127,6 +127,20 @@ TEST(Script, ListsBothWhenANameIsNotClear)
 	EXPECT_TRUE(Contains(Run.Error, "; STextBlock at ")) << Run.Error;
 }
 
+TEST(Script, WaitsForAQuestionAndReachesWhatIsScrolledAside)
+{
+	const FRandomProject Project;
+	const std::string Ask = "type create .vscode/tasks.json with \"x\"\nkey CTRL+ENTER\nwait state Paused 30\n";
+	// The question stands while the simulated time goes on; the narrow tab has its last button out of view.
+	const FRun Run = RunScript(Project,
+		Ask + "tick 60\nclick Refuse\nwait idle 30\nresize 360 640\ntick 60\nclick Open Velmora settings\ntick 30\ndump end.json\n");
+	EXPECT_EQ(Run.ExitCode, 0) << Run.Error;
+	EXPECT_FALSE(std::filesystem::exists(Project.Folder / ".vscode/tasks.json"));
+	const std::string Dump = ReadFile(Project.Path("end.json"));
+	EXPECT_TRUE(Contains(Dump, "\"state\": \"AwaitingInput\"")) << Dump;
+	EXPECT_TRUE(Contains(Dump, "Project Settings")) << Dump;
+}
+
 TEST(Script, PausesContinuesAndCancels)
 {
 	const FRandomProject Project;

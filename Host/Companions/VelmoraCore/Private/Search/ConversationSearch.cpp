@@ -3,6 +3,7 @@
 #include <atomic>
 #include <condition_variable>
 #include <mutex>
+#include <optional>
 #include <thread>
 
 #include "Async/Async.h"
@@ -50,6 +51,11 @@ namespace Velmora
 				bIsAsked = true;
 				bStops = true;
 				++Serial;
+				// From here on and not from when the thread wakes: who waits for background work may look before that.
+				if (!Work)
+				{
+					Work.emplace();
+				}
 			}
 			Wake.notify_one();
 		}
@@ -66,6 +72,7 @@ namespace Velmora
 					Wake.wait(Lock, [this] { return bIsAsked || bEnds; });
 					if (bEnds)
 					{
+						Work.reset();
 						return;
 					}
 					Asked = Query;
@@ -73,8 +80,12 @@ namespace Velmora
 					bIsAsked = false;
 					bStops = false;
 				}
-				const FHostBackgroundWork Marked;
 				Look(Asked, AskedSerial);
+				const std::scoped_lock Lock(Mutex);
+				if (!bIsAsked)
+				{
+					Work.reset();
+				}
 			}
 		}
 
@@ -148,6 +159,8 @@ namespace Velmora
 		/** Of the last question, so that answers to earlier ones are known. */
 		uint64 Serial = 0;
 		bool bIsAsked = false;
+		/** While something is asked or looked for. */
+		std::optional<FHostBackgroundWork> Work;
 		bool bEnds = false;
 		std::atomic<bool> bStops{ false };
 		FSearchIndex Index;

@@ -10,6 +10,7 @@ namespace Velmora
 		{
 			const std::scoped_lock Lock(Mutex);
 			bIsCancelled = true;
+			WaitsForUser.reset();
 		}
 		Changed.notify_all();
 		const std::scoped_lock Lock(HookMutex);
@@ -24,6 +25,10 @@ namespace Velmora
 		{
 			const std::scoped_lock Lock(Mutex);
 			bIsPaused = bInPaused;
+			if (!bIsPaused)
+			{
+				WaitsForUser.reset();
+			}
 		}
 		Changed.notify_all();
 	}
@@ -31,6 +36,10 @@ namespace Velmora
 	bool FTurnControl::WaitUntilRunning()
 	{
 		std::unique_lock Lock(Mutex);
+		if (bIsPaused && !bIsCancelled)
+		{
+			WaitsForUser.emplace();
+		}
 		Changed.wait(Lock, [this] { return !bIsPaused || bIsCancelled; });
 		return !bIsCancelled;
 	}
@@ -44,6 +53,10 @@ namespace Velmora
 	FDecision FTurnControl::WaitForDecision()
 	{
 		std::unique_lock Lock(Mutex);
+		if (!Decided && !bIsCancelled)
+		{
+			WaitsForUser.emplace();
+		}
 		Changed.wait(Lock, [this] { return Decided.has_value() || bIsCancelled; });
 		FDecision Decision = !bIsCancelled ? std::move(*Decided) : FDecision();
 		Decided.reset();
@@ -55,6 +68,7 @@ namespace Velmora
 		{
 			const std::scoped_lock Lock(Mutex);
 			Decided = std::move(Decision);
+			WaitsForUser.reset();
 		}
 		Changed.notify_all();
 	}

@@ -7,6 +7,8 @@
 #include <optional>
 #include <string>
 
+#include "Host/HostBackgroundPause.h"
+
 namespace Velmora
 {
 	enum class EDecision
@@ -61,6 +63,9 @@ namespace Velmora
 		bool bIsPaused = false;
 		std::atomic<bool> bIsCancelled = false;
 		std::optional<FDecision> Decided;
+
+		/** While a worker waits for its user. Who lets it go on takes it away, so that the work counts again from that moment. */
+		std::optional<FHostBackgroundPause> WaitsForUser;
 
 		/** Held while the hook runs, too. */
 		std::mutex HookMutex;

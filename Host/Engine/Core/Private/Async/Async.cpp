@@ -1,6 +1,7 @@
 #include "Async/Async.h"
 
 #include "Containers/UnrealString.h"
+#include "Host/HostBackgroundPause.h"
 #include "Host/HostTasks.h"
 #include "Logging/LogMacros.h"
 
@@ -190,7 +191,16 @@ namespace
 		bool Wait(double Seconds)
 		{
 			std::unique_lock<std::mutex> Lock(Mutex);
-			return Changed.wait_for(Lock, std::chrono::duration<double>(std::max(0.0, Seconds)), [this] { return CountLocked() == 0; });
+			return Changed.wait_for(
+				Lock, std::chrono::duration<double>(std::max(0.0, Seconds)), [this] { return CountLocked() <= PausedCount; });
+		}
+
+		/** Work that goes on only when somebody answers. */
+		void AddPaused(int32 Difference)
+		{
+			const std::lock_guard<std::mutex> Lock(Mutex);
+			PausedCount += Difference;
+			Changed.notify_all();
 		}
 
 		/** Work that runs elsewhere. */
@@ -336,6 +346,7 @@ namespace
 		std::list<FOwnThread> OwnThreads;
 		std::size_t Running = 0;
 		int32 ForeignCount = 0;
+		int32 PausedCount = 0;
 		bool bStopping = false;
 	};
 
@@ -439,4 +450,14 @@ FHostBackgroundWork::FHostBackgroundWork()
 FHostBackgroundWork::~FHostBackgroundWork()
 {
 	GetBackground().AddForeign(-1);
+}
+
+FHostBackgroundPause::FHostBackgroundPause()
+{
+	GetBackground().AddPaused(1);
+}
+
+FHostBackgroundPause::~FHostBackgroundPause()
+{
+	GetBackground().AddPaused(-1);
 }
