@@ -366,7 +366,9 @@ void FConversationFind::Reveal(SScrollBox& Box)
 	{
 		return;
 	}
-	// 3. The line in the row, and sideways in code.
+	// 3. The line in the row, sideways in code; then the list itself in a tab that scrolls.
+	bool bIsAround = false;
+	const FSlateRect ListRect = Box.GetCachedGeometry().GetLayoutBoundingRect();
 	const float Scale = Box.GetCachedGeometry().GetAccumulatedScale();
 	for (TSharedPtr<SWidget> Parent = Widget->GetParentWidget(); Parent; Parent = Parent->GetParentWidget())
 	{
@@ -378,16 +380,14 @@ void FConversationFind::Reveal(SScrollBox& Box)
 		const bool bIsColumn = Around.GetOrientation() == Orient_Vertical;
 		const FSlateRect View = Around.GetCachedGeometry().GetLayoutBoundingRect();
 		const float Room = bIsColumn ? RevealRoom * Scale : 0.0f;
-		const float Way = bIsColumn ? GetWayInto(Rects[0].Top - Room, Rects[0].Bottom + Room, View.Top, View.Bottom)
-									: GetWayInto(Rects[0].Left, Rects[0].Right, View.Left, View.Right);
+		const float Way = bIsColumn && bIsAround ? GetWayInto(ListRect.Top, ListRect.Bottom, View.Top, View.Bottom)
+			: bIsColumn							 ? GetWayInto(Rects[0].Top - Room, Rects[0].Bottom + Room, View.Top, View.Bottom)
+												 : GetWayInto(Rects[0].Left, Rects[0].Right, View.Left, View.Right);
 		if (Way != 0.0f)
 		{
 			Around.SetScrollOffset(FMath::Max(Around.GetScrollOffset() + Way / Scale, 0.0f));
 		}
-		if (Parent.Get() == &Box)
-		{
-			break;
-		}
+		bIsAround = bIsAround || Parent.Get() == &Box;
 	}
 }
 
@@ -399,6 +399,20 @@ void FConversationFind::Paint(FSlateWindowElementList& Out) const
 		return;
 	}
 	const FHit* const CurrentHit = GetCurrentHit();
+	// The list may stand in a tab that scrolls, partly out of view.
+	FSlateRect Clip = Box->GetCachedGeometry().GetLayoutBoundingRect();
+	for (TSharedPtr<SWidget> Parent = Box->GetParentWidget(); Parent; Parent = Parent->GetParentWidget())
+	{
+		if (Parent->GetClipping() != EWidgetClipping::Inherit)
+		{
+			Clip = Clip.IntersectionWith(Parent->GetCachedGeometry().GetLayoutBoundingRect());
+		}
+	}
+	if (Clip.IsEmpty())
+	{
+		return;
+	}
+	Out.PushClip(Clip);
 	const TMap<const SWidget*, FSeenWidget> Seen = ShownTexts::CollectSeen(*Box);
 	for (const int32 Index : GetRowsInView(*Box))
 	{
@@ -424,4 +438,5 @@ void FConversationFind::Paint(FSlateWindowElementList& Out) const
 			}
 		}
 	}
+	Out.PopClip();
 }

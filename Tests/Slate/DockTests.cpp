@@ -299,3 +299,47 @@ TEST_F(FDockTest, ANarrowAreaScrollsSidewaysWhatWouldBeCut)
 	EXPECT_EQ(CountByType("SScrollBox"), 0);
 	EXPECT_TRUE(Last->HasKeyboardFocus());
 }
+
+TEST_F(FDockTest, ALowAreaScrollsUprightSoThatWhatFillsItKeepsARoom)
+{
+	Register("One");
+	const TSharedPtr<SDockTab> Tab = Invoke("One");
+	float Foot = 80.0f;
+	const auto GetFoot = [&Foot] { return FOptionalSize(Foot); };
+	const TSharedRef<SVerticalBox> Column = SNew(SVerticalBox);
+	Column->AddSlot().AutoHeight()[SNew(SBox).HeightOverride(60.0f)[SNew(SButton).Tag("Head")]];
+	Column->AddSlot().FillHeight(1.0f)[SNew(SBox).Tag("Middle").HeightOverride(500.0f)];
+	Column->AddSlot().AutoHeight()[SNew(SBox).HeightOverride_Lambda(GetFoot)[SNew(SEditableTextBox).Tag("Foot")]];
+	Tab->SetContent(SNew(SBox).Padding(0.0f, 10.0f)[Column]);
+	const TSharedRef<SWidget> Box = FindByTag("Foot");
+	const auto GetHeight = [this](const char* Tag) { return GetRect(*FindByTag(Tag)).Height(); };
+	// 1. Room for all of it, and too little. The lower end is in view.
+	Resize(600, 300);
+	PumpSeconds(0.5);
+	EXPECT_EQ(CountByType("SScrollBox"), 0);
+	Resize(600, 220);
+	PumpSeconds(0.5);
+	EXPECT_EQ(CountByType("SScrollBox"), 1);
+	EXPECT_NEAR(GetHeight("Middle"), 96.0f, 1.0f);
+	EXPECT_LE(GetRect(*Box).Bottom, 221.0f);
+	EXPECT_GE(GetRect(*FindByTag("Middle")).Top, 32.0f);
+	// 2. Tab brings the other end in.
+	App().SetKeyboardFocus(Box);
+	PressKey("SHIFT+TAB");
+	PumpSeconds(0.5);
+	EXPECT_TRUE(FindByTag("Head")->HasKeyboardFocus());
+	EXPECT_GE(GetRect(*FindByTag("Head")).Top, 32.0f);
+	// 3. What grows does so in view of who types into it, and keeps the keyboard.
+	App().SetKeyboardFocus(Box);
+	TypeText("x");
+	PumpSeconds(0.5);
+	Foot = 120.0f;
+	PumpSeconds(0.5);
+	EXPECT_NEAR(GetHeight("Middle"), 96.0f, 1.0f);
+	EXPECT_LE(GetRect(*Box).Bottom, 221.0f);
+	EXPECT_TRUE(Box->HasKeyboardFocus() || Box->HasFocusedDescendants());
+	Resize(600, 400);
+	PumpSeconds(0.5);
+	EXPECT_EQ(CountByType("SScrollBox"), 0);
+	EXPECT_TRUE(Box->HasKeyboardFocus() || Box->HasFocusedDescendants());
+}

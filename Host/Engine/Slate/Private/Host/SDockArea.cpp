@@ -1,6 +1,7 @@
 #include "Host/SDockArea.h"
 
 #include "Framework/Application/SlateApplication.h"
+#include "Host/ColumnHeights.h"
 #include "Host/HostSleep.h"
 #include "Host/RowWidths.h"
 #include "Styling/AppStyle.h"
@@ -163,38 +164,81 @@ void SDockArea::RefreshContent()
 {
 	const TSharedPtr<SDockTab> Tab = GetActiveTab();
 	ContentWidth = 0.0f;
+	ContentHeight = 0.0f;
+	Upright.Reset();
+	UprightContent.Reset();
 	WidthLooksLeft = SettlingLooks;
 	ContentHolder->SetContent(Tab ? Tab->GetContent() : MakeEmptyHint());
 }
 
-// A content that is shown must leave its place before it takes another one.
-void SDockArea::SetContentWidth(float Width)
+// A content that is shown must leave its place before it takes another one, so it stays in its boxes while only their size changes.
+void SDockArea::SetContentSize(float Width, float Height)
 {
 	const TSharedPtr<SDockTab> Tab = GetActiveTab();
-	if (!Tab || Width == ContentWidth)
+	if (!Tab || (Width == ContentWidth && Height == ContentHeight))
 	{
 		return;
 	}
+	const bool bSameBoxes = Width == ContentWidth && UprightContent && Height > 0.0f;
 	ContentWidth = Width;
-	ContentHolder->SetContent(SNullWidget::NullWidget);
-	if (Width <= 0.0f)
+	ContentHeight = Height;
+	if (bSameBoxes)
 	{
-		ContentHolder->SetContent(Tab->GetContent());
-		return;
+		UprightContent->SetHeightOverride(FOptionalSize(Height));
 	}
+	else
+	{
+		PlaceContent(Tab->GetContent());
+	}
+	ShowFocused();
+}
+
+void SDockArea::PlaceContent(const TSharedRef<SWidget>& Content)
+{
+	const TOptional<float> Offset = Upright ? TOptional<float>(Upright->GetScrollOffset()) : TOptional<float>();
+	Upright.Reset();
+	UprightContent.Reset();
+	ContentHolder->SetContent(SNullWidget::NullWidget);
+	TSharedRef<SWidget> Placed = Content;
 	// clang-format off
-	ContentHolder->SetContent(
-		SNew(SScrollBox)
-		.Orientation(Orient_Horizontal)
-		+ SScrollBox::Slot()
-		[
-			SNew(SBox)
-			.WidthOverride(Width)
+	if (ContentHeight > 0.0f)
+	{
+		Placed = SAssignNew(Upright, SScrollBox)
+			+ SScrollBox::Slot()
 			[
-				Tab->GetContent()
-			]
-		]);
+				SAssignNew(UprightContent, SBox)
+				.HeightOverride(ContentHeight)
+				[
+					Content
+				]
+			];
+		// The lower end first: there stands what is typed into, right below what it is about.
+		Offset.IsSet() ? Upright->SetScrollOffset(Offset.GetValue()) : Upright->ScrollToEnd();
+	}
+	if (ContentWidth > 0.0f)
+	{
+		Placed = SNew(SScrollBox)
+			.Orientation(Orient_Horizontal)
+			+ SScrollBox::Slot()
+			[
+				SNew(SBox)
+				.WidthOverride(ContentWidth)
+				[
+					Placed
+				]
+			];
+	}
 	// clang-format on
+	ContentHolder->SetContent(Placed);
+}
+
+void SDockArea::ShowFocused()
+{
+	const TSharedPtr<SWidget> Focused = FSlateApplication::IsInitialized() ? FSlateApplication::Get().GetKeyboardFocusedWidget() : nullptr;
+	if (Upright && Focused && IsInside(UprightContent.ToSharedRef(), Focused))
+	{
+		Upright->ScrollDescendantIntoView(Focused, false);
+	}
 }
 
 void SDockArea::Tick(const FGeometry& AllottedGeometry, const double InCurrentTime, const float InDeltaTime)
@@ -207,36 +251,59 @@ void SDockArea::Tick(const FGeometry& AllottedGeometry, const double InCurrentTi
 		LastRoom = Room;
 		WidthLooksLeft = SettlingLooks;
 	}
-	// 1. What has room enough scrolls no longer.
-	if (Room >= FMath::Min(RoomyWidth, ContentWidth))
-	{
-		SetContentWidth(0.0f);
-	}
-	if (!Tab || Room <= 0.0f || Room >= RoomyWidth || (WidthLooksLeft == 0 && InCurrentTime < NextWidthLook))
+	if (!Tab || Room <= 0.0f)
 	{
 		return;
+	}
+	const SWidget& Content = Tab->GetContent().Get();
+	const float Width = FindWidth(Content, Room, InCurrentTime);
+	const float Height = FindHeight(Content);
+	if (Width != ContentWidth || Height != ContentHeight)
+	{
+		SetContentSize(Width, Height);
+		FHostSleep::RequestFrameAt(InCurrentTime);
+	}
+}
+
+float SDockArea::FindWidth(const SWidget& Content, float Room, double Now)
+{
+	// 1. What has room enough scrolls no longer.
+	const float Before = Room >= FMath::Min(RoomyWidth, ContentWidth) ? 0.0f : ContentWidth;
+	if (Room >= RoomyWidth || (WidthLooksLeft == 0 && Now < NextWidthLook))
+	{
+		return Before;
 	}
 	if (WidthLooksLeft > 0)
 	{
 		--WidthLooksLeft;
-		FHostSleep::RequestFrameAt(InCurrentTime);
+		FHostSleep::RequestFrameAt(Now);
 	}
 	// 2. Wider by what is cut. Some rows get but a part of that, so it is looked at again in the next frame.
-	const SWidget& Content = Tab->GetContent().Get();
 	const FGeometry& Present = Content.GetCachedGeometry();
 	const float Missing = RowWidths::FindMissing(Content, Present);
 	// Counted from the width that was looked at, which may be that of the frame before.
 	const float Wanted = FMath::Min(FMath::CeilToFloat(static_cast<float>(Present.GetLocalSize().X) + Missing), RoomyWidth);
-	if (Missing >= 1.0f && Wanted > FMath::Max(Room, ContentWidth))
+	if (Missing >= 1.0f && Wanted > FMath::Max(Room, Before))
 	{
-		SetContentWidth(Wanted);
 		WidthLooksLeft = SettlingLooks;
-		FHostSleep::RequestFrameAt(InCurrentTime);
+		return Wanted;
 	}
-	else
+	NextWidthLook = Now + WidthLookSeconds;
+	return Before;
+}
+
+float SDockArea::FindHeight(const SWidget& Content) const
+{
+	const FGeometry& Present = Content.GetCachedGeometry();
+	const float Room = static_cast<float>(ContentHolder->GetCachedGeometry().GetLocalSize().Y);
+	const float PresentHeight = static_cast<float>(Present.GetLocalSize().Y);
+	if (Room <= 0.0f || PresentHeight <= 0.0f)
 	{
-		NextWidthLook = InCurrentTime + WidthLookSeconds;
+		return ContentHeight;
 	}
+	const TOptional<float> Missing = ColumnHeights::FindMissing(Content, Present);
+	const float Wanted = Missing.IsSet() ? FMath::CeilToFloat(PresentHeight + Missing.GetValue()) : 0.0f;
+	return Wanted > Room ? Wanted : 0.0f;
 }
 
 // Around the ends; the remainder of a negative number is negative.
@@ -245,6 +312,16 @@ TSharedRef<SDockTab> SDockArea::GetNeighbour(const TSharedRef<SDockTab>& Tab, in
 	const int32 Count = Tabs.Num();
 	const int32 Index = Tabs.Find(Tab);
 	return Index == INDEX_NONE ? Tab : Tabs[((Index + Distance) % Count + Count) % Count];
+}
+
+FReply SDockArea::OnPreviewKeyDown(const FGeometry& MyGeometry, const FKeyEvent& InKeyEvent)
+{
+	// With one of these a key is a command, which may be about what is elsewhere.
+	if (!InKeyEvent.IsControlDown() && !InKeyEvent.IsAltDown() && !InKeyEvent.GetKey().IsModifierKey())
+	{
+		ShowFocused();
+	}
+	return FReply::Unhandled();
 }
 
 FReply SDockArea::OnKeyDown(const FGeometry& MyGeometry, const FKeyEvent& InKeyEvent)

@@ -5,10 +5,12 @@
 
 class SBox;
 class SHorizontalBox;
+class SScrollBox;
 
 /**
  * A tab well above the content of the tab in front. Ctrl+Tab and Ctrl+Shift+Tab go through the tabs. In a narrow area a content whose
- * rows would be cut keeps the width that they need, and scrolls sideways.
+ * rows would be cut keeps the width that they need, and scrolls sideways. In a low one a content keeps the height at which what fills it
+ * can be used, and scrolls upright; what has the keyboard is brought into view by each key.
  */
 class SLATE_API SDockArea : public SCompoundWidget
 {
@@ -31,19 +33,32 @@ public:
 	/** The content of the tab in front was replaced. */
 	void RefreshContent();
 
+	virtual FReply OnPreviewKeyDown(const FGeometry& MyGeometry, const FKeyEvent& InKeyEvent) override;
 	virtual FReply OnKeyDown(const FGeometry& MyGeometry, const FKeyEvent& InKeyEvent) override;
 	virtual void Tick(const FGeometry& AllottedGeometry, const double InCurrentTime, const float InDeltaTime) override;
 
 private:
-	/** Gives the content in front that width, in a box that scrolls; zero for that of the area, in none. */
-	void SetContentWidth(float Width);
+	/** Gives the content in front that size, in boxes that scroll; zero for that of the area, in none. */
+	void SetContentSize(float Width, float Height);
+	/** Puts the content, and what scrolls it, into its place. */
+	void PlaceContent(const TSharedRef<SWidget>& Content);
+	/** The width that the content needs beyond that of the area, looked at now and then; the same as before while it is not. */
+	float FindWidth(const SWidget& Content, float Room, double Now);
+	/** The height that the content needs beyond that of the area; zero when that is enough. */
+	float FindHeight(const SWidget& Content) const;
+	/** Scrolls upright to what has the keyboard in the content. */
+	void ShowFocused();
 
 	TArray<TSharedRef<SDockTab>> Tabs;
 	TWeakPtr<SDockTab> ActiveTab;
 	TSharedPtr<SHorizontalBox> Well;
 	TSharedPtr<SBox> ContentHolder;
-	/** Units; zero while the content has the width of the area. */
+	/** Around the content while it is higher than the area. */
+	TSharedPtr<SScrollBox> Upright;
+	TSharedPtr<SBox> UprightContent;
+	/** Units; zero while the content has the width, or the height, of the area. */
 	float ContentWidth = 0.0f;
+	float ContentHeight = 0.0f;
 	double NextWidthLook = 0.0;
 	/** To be had in the next frames, whatever the time. */
 	int32 WidthLooksLeft = 0;
