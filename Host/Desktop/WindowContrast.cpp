@@ -6,11 +6,17 @@
 #include <cmath>
 
 // Contrast is counted by the Web Content Accessibility Guidelines: (L1 + 0.05) / (L2 + 0.05), L being the relative luminance. Against
-// black, 7 to 1 takes a luminance of 0.3; white against a surface of 0.18 is 4.5 to 1.
+// black, 7 to 1 takes a luminance of 0.3, 3 to 1 one of 0.1; white against a surface of 0.18 is 4.5 to 1.
 
 namespace
 {
 	constexpr double TextLuminance = 0.3;
+	/** What is darker than this was chosen for a light surface, which is a dark one now. */
+	constexpr double InvertedLuminance = 0.01;
+	constexpr double DisabledLuminance = 0.1;
+	/** Content of what is disabled is painted at 60 %, or marked so. */
+	constexpr uint8 DisabledAlpha = 168;
+	constexpr uint8 DisabledMarkAlpha = 254;
 	constexpr double SurfaceLuminance = 0.18;
 	/** Surfaces below are background. Of the look's own none is above. */
 	constexpr double BackgroundLuminance = 0.035;
@@ -29,6 +35,21 @@ namespace
 	{
 		const double Value = Linear <= 0.0031308 ? Linear * 12.92 : 1.055 * std::pow(Linear, 1.0 / 2.4) - 0.055;
 		return static_cast<uint8>(FMath::Clamp(FMath::RoundToInt32(Value * 255.0), 0, 255));
+	}
+
+	/** Solid, and mixed with white or with black in linear light. Rounded up, so that a byte less does not fall short of the goal. */
+	FColor SetLuminance(const FColor& Color, double Wanted)
+	{
+		const double Luminance = FWindowContrast::GetLuminance(Color);
+		const double White = Luminance < Wanted ? (Wanted - Luminance) / (1.0 - Luminance) : 0.0;
+		const double Share = Luminance > Wanted ? Wanted / Luminance : 1.0;
+		const auto Mix = [White, Share](uint8 Byte)
+		{
+			const double Linear = ToLinear(Byte) * Share;
+			const uint8 Mixed = ToByte(Linear + (1.0 - Linear) * White);
+			return (White > 0.0 || Share < 1.0) && Mixed < 255 ? static_cast<uint8>(Mixed + 1) : Mixed;
+		};
+		return FColor(Mix(Color.R), Mix(Color.G), Mix(Color.B), 255);
 	}
 
 	struct FContrastedWindow : public FForwardingWindow
@@ -83,15 +104,15 @@ FColor FWindowContrast::Brighten(const FColor& Color)
 		return Color;
 	}
 	const double Luminance = GetLuminance(Color);
-	const double White = Luminance >= TextLuminance ? 0.0 : (TextLuminance - Luminance) / (1.0 - Luminance);
-	// Rounded up, so that a byte less does not fall short of the goal.
-	const auto Mix = [White](uint8 Byte)
+	if (Color.A <= DisabledAlpha || Color.A == DisabledMarkAlpha)
 	{
-		const double Linear = ToLinear(Byte);
-		const uint8 Mixed = ToByte(Linear + (1.0 - Linear) * White);
-		return White > 0.0 && Mixed < 255 ? static_cast<uint8>(Mixed + 1) : Mixed;
-	};
-	return FColor(Mix(Color.R), Mix(Color.G), Mix(Color.B), 255);
+		return SetLuminance(Color, DisabledLuminance);
+	}
+	if (Luminance < InvertedLuminance)
+	{
+		return FColor(255, 255, 255, 255);
+	}
+	return Luminance < TextLuminance ? SetLuminance(Color, TextLuminance) : FColor(Color.R, Color.G, Color.B, 255);
 }
 
 FColor FWindowContrast::Darken(const FColor& Color)

@@ -18,7 +18,10 @@ public:
 	/** Paints the window anew when it changes. */
 	static void SetHigh(bool bHigh);
 
-	/** Text, marks and outlines: at least 7 to 1 against black. The hue stays. Pure. */
+	/**
+	 * Text, marks and outlines: at least 7 to 1 against black. What cannot be used now, which styles tell by the alpha, is 3 to 1. The hue
+	 * stays. Pure.
+	 */
 	static FColor Brighten(const FColor& Color);
 	/** Surfaces that text stands on: text is at least 4.5 to 1 against them, the darkest become black. Light ones stay. Pure. */
 	static FColor Darken(const FColor& Color);

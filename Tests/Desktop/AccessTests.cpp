@@ -155,7 +155,7 @@ TEST(WindowContrast, TextIsBrightAndSurfacesAreDarkEnough)
 	for (int32 Step = 0; Step < 4096; ++Step)
 	{
 		const FColor Color(
-			static_cast<uint8>((Step & 15) * 17), static_cast<uint8>(((Step >> 4) & 15) * 17), static_cast<uint8>((Step >> 8) * 17), 128);
+			static_cast<uint8>((Step & 15) * 17), static_cast<uint8>(((Step >> 4) & 15) * 17), static_cast<uint8>((Step >> 8) * 17), 200);
 		const FColor Text = FWindowContrast::Brighten(Color);
 		const double TextLuminance = FWindowContrast::GetLuminance(Text);
 		EXPECT_GE((TextLuminance + 0.05) / Black, 7.0) << Step;
@@ -165,8 +165,20 @@ TEST(WindowContrast, TextIsBrightAndSurfacesAreDarkEnough)
 		const double SurfaceLuminance = FWindowContrast::GetLuminance(Surface);
 		const bool bLight = FWindowContrast::GetLuminance(Color) >= 0.5;
 		EXPECT_TRUE(bLight ? Surface == Color : (1.0 + 0.05) / (SurfaceLuminance + 0.05) >= 4.5) << Step;
-		EXPECT_EQ(Surface.A, 128);
+		EXPECT_EQ(Surface.A, 200);
+		// What cannot be used now can be read, and is not taken for what can.
+		for (const uint8 Alpha : { uint8(153), uint8(254) })
+		{
+			const FColor Disabled = FWindowContrast::Brighten(FColor(Color.R, Color.G, Color.B, Alpha));
+			const double Contrast = (FWindowContrast::GetLuminance(Disabled) + 0.05) / Black;
+			EXPECT_TRUE(Contrast >= 3.0 && Contrast <= 3.5) << Step << ": " << Contrast;
+			EXPECT_EQ(Disabled.A, 255);
+		}
 	}
+	// The mark of a check box, dark on light.
+	const FColor Mark = FWindowContrast::Brighten(FColor(0x0A, 0x0B, 0x0F, 255));
+	const FColor Fill = FWindowContrast::Darken(FColor(0x7C, 0xB9, 0xFF, 255));
+	EXPECT_GE((FWindowContrast::GetLuminance(Mark) + 0.05) / (FWindowContrast::GetLuminance(Fill) + 0.05), 4.5);
 	EXPECT_EQ(FWindowContrast::Brighten(FColor(10, 10, 10, 0)), FColor(10, 10, 10, 0)) << "what is invisible stays so";
 	EXPECT_EQ(FWindowContrast::Darken(FColor(20, 20, 24, 255)), FColor(0, 0, 0, 255));
 	EXPECT_NEAR(FWindowContrast::GetLuminance(FColor(255, 255, 255, 255)), 1.0, 1e-12);

@@ -62,8 +62,8 @@ TEST_F(FControls, ButtonStatesHaveTheirLook)
 	ReleaseMouse(FVector2D(600, 600));
 	bEnabled = false;
 	PumpFrame();
-	EXPECT_EQ(Boxes(), FTextList({ "181B22FF/262A34FF" }));
-	EXPECT_EQ(TextColour(), "6B7280FF");
+	EXPECT_EQ(Boxes(), FTextList({ "181B22FF/262A34FE" }));
+	EXPECT_EQ(TextColour(), "6B7280FE");
 }
 
 TEST_F(FControls, ButtonClicksAreReleasesInsideAfterAPressInside)

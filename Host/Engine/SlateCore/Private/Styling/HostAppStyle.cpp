@@ -161,14 +161,16 @@ namespace
 		return Style;
 	}
 
+	// What cannot be used now has an alpha below full, FE where it is to be seen as it is: whoever changes colours on their way to the
+	// window, for more contrast, knows it by that and keeps it apart from what can.
 	FButtonStyle MakeFilledButton(
 		const TCHAR* Fill, const TCHAR* Line, const TCHAR* HoverFill, const TCHAR* HoverLine, const TCHAR* PressFill, const TCHAR* Text)
 	{
 		FButtonStyle Style;
 		Style.SetNormal(Outlined(Fill, 4.0f, Line)).SetHovered(Outlined(HoverFill, 4.0f, HoverLine));
-		Style.SetPressed(Outlined(PressFill, 4.0f, Line)).SetDisabled(Outlined(TEXT("181B22"), 4.0f, TEXT("262A34")));
+		Style.SetPressed(Outlined(PressFill, 4.0f, Line)).SetDisabled(Outlined(TEXT("181B22"), 4.0f, TEXT("262A34FE")));
 		Style.NormalForeground = Style.HoveredForeground = Style.PressedForeground = Hex(Text);
-		Style.DisabledForeground = Hex(TEXT("6B7280"));
+		Style.DisabledForeground = Hex(TEXT("6B7280FE"));
 		Style.MinSize = FVector2D(80.0, 28.0);
 		return Style;
 	}
@@ -201,7 +203,7 @@ namespace
 		Row.ActiveBrush = Row.InactiveBrush = Row.ActiveHoveredBrush = Row.PressedBrush = Rounded(TEXT("7CB9FF3D"), 4.0f);
 		Row.TextColor = Hex(TEXT("CBCBCB"));
 		Row.SelectedTextColor = Hex(TEXT("FFFFFF"));
-		Row.DisabledTextColor = Hex(TEXT("6B7280"));
+		Row.DisabledTextColor = Hex(TEXT("6B7280FE"));
 		Set.Set(FName(TEXT("TableView.Row")), Row);
 		FTableRowStyle MenuRow = Row;
 		MenuRow.HoveredBrush = Rounded(TEXT("7CB9FF3D"), 4.0f);
@@ -227,7 +229,7 @@ namespace
 		Text.Font = DefaultFont(TEXT("Regular"), 10.0f);
 		Text.ColorAndOpacity = Hex(TEXT("E6E6E6"));
 		Text.HintColor = Hex(TEXT("808080"));
-		Text.DisabledColor = Hex(TEXT("6B7280"));
+		Text.DisabledColor = Hex(TEXT("6B7280FE"));
 		Text.CaretColor = Hex(TEXT("E6E6E6"));
 		Text.SelectionColor = Hex(TEXT("2A4D75"));
 		Text.InactiveSelectionColor = Hex(TEXT("2A2F3A"));
@@ -240,7 +242,7 @@ namespace
 		Box.BackgroundImageHovered = Outlined(TEXT("0A0B0F"), 4.0f, TEXT("808896"));
 		Box.BackgroundImageFocused = Outlined(TEXT("0A0B0F"), 4.0f, TEXT("7CB9FF"));
 		Box.BackgroundImageReadOnly = Box.BackgroundImageNormal;
-		Box.BackgroundImageDisabled = Outlined(TEXT("121319"), 4.0f, TEXT("23262F"));
+		Box.BackgroundImageDisabled = Outlined(TEXT("121319"), 4.0f, TEXT("23262FFE"));
 		for (FSlateBrush* Brush : { &Box.BackgroundImageNormal, &Box.BackgroundImageHovered, &Box.BackgroundImageFocused,
 				 &Box.BackgroundImageReadOnly, &Box.BackgroundImageDisabled })
 		{
@@ -256,12 +258,12 @@ namespace
 		Check.MarkImage = Icon(Set, TEXT("Symbols.Check"), 12.0f);
 		Check.UncheckedImage = Outlined(TEXT("0A0B0F"), 3.0f, TEXT("6B7280"));
 		Check.UncheckedHoveredImage = Outlined(TEXT("0A0B0F"), 3.0f, TEXT("CBCBCB"));
-		Check.UncheckedDisabledImage = Outlined(TEXT("00000000"), 3.0f, TEXT("5B6373"));
+		Check.UncheckedDisabledImage = Outlined(TEXT("00000000"), 3.0f, TEXT("5B6373FE"));
 		Check.CheckedImage = Rounded(TEXT("7CB9FF"), 3.0f);
 		Check.CheckedHoveredImage = Outlined(TEXT("7CB9FF"), 3.0f, TEXT("CBCBCB"));
-		Check.CheckedDisabledImage = Outlined(TEXT("3A5A7C"), 3.0f, TEXT("5B6373"));
+		Check.CheckedDisabledImage = Outlined(TEXT("3A5A7C"), 3.0f, TEXT("5B6373FE"));
 		Check.MarkColor = Hex(TEXT("0A0B0F"));
-		Check.DisabledMarkColor = Hex(TEXT("E6E6E6"));
+		Check.DisabledMarkColor = Hex(TEXT("E6E6E6FE"));
 		Set.Set(FName(TEXT("Checkbox")), Check);
 
 		FProgressBarStyle Progress;
@@ -288,7 +290,7 @@ namespace
 			{ TEXT("Colors.ForegroundHover"), TEXT("FFFFFF") },
 			{ TEXT("Colors.ForegroundStrong"), TEXT("E6E6E6") },
 			{ TEXT("Colors.ForegroundSubdued"), TEXT("999999") },
-			{ TEXT("Colors.Disabled"), TEXT("6B7280") },
+			{ TEXT("Colors.Disabled"), TEXT("6B7280FE") },
 			{ TEXT("Colors.Icon"), TEXT("808080") },
 			{ TEXT("Colors.Accent"), TEXT("7CB9FF") },
 			{ TEXT("Colors.Success"), TEXT("10B981") },
