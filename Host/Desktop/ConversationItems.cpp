@@ -1,6 +1,7 @@
 #include "ConversationItems.h"
 
 #include "Agent/ConversationHistoryManager.h"
+#include "ExcerptText.h"
 #include "ViewModels/ConversationLabel.h"
 
 using Velmora::FConversationMark;
@@ -130,6 +131,8 @@ void FConversationItems::AddHits()
 		Item.Speaker = Item.bIsUser ? TEXT("You") : TEXT("Velmora AI");
 		Item.Excerpt = Hit.Excerpt;
 		Item.Places = Hit.Places;
+		Item.PlainPlaces = Hit.Places;
+		Item.PlainExcerpt = ExcerptText::MakePlain(Hit.Excerpt, Item.PlainPlaces);
 		Shown.Add(MakeItem(Item));
 	}
 }

@@ -23,8 +23,12 @@ struct FConversationItem
 
 	/** Who said it; empty for a row that is a whole conversation. */
 	FString Speaker;
+	/** As it stands in the message. */
 	FString Excerpt;
 	TArray<Velmora::FFoundPlace> Places;
+	/** As it is read, and the places in that. */
+	FString PlainExcerpt;
+	TArray<Velmora::FFoundPlace> PlainPlaces;
 };
 
 /**

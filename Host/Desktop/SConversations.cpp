@@ -2,6 +2,7 @@
 
 #include "FoundMarks.h"
 #include "Framework/Application/SlateApplication.h"
+#include "Host/StoreLocation.h"
 #include "SettingRows.h"
 #include "Styling/AppStyle.h"
 #include "ToolTab.h"
@@ -40,6 +41,7 @@ namespace
 void SConversations::Construct(const FArguments& InArgs)
 {
 	OnShowFoundMessage = InArgs._OnShowFoundMessage;
+	bKeepsNothing = !Velmora::GetStoreLocation().KeepsConversations();
 	// The list first: the others ask what is selected in it.
 	const TSharedRef<SWidget> Rows = MakeList();
 	ChildSlot[ToolTab::MakeFrame(MakeHead(), Rows, MakeButtons())];
@@ -242,15 +244,15 @@ TSharedRef<SWidget> SConversations::MakeExcerpt(const FItem& Item)
 		+ SOverlay::Slot()
 		[
 			SNew(SFoundMarks)
-			.Text(Item->Excerpt)
+			.Text(Item->PlainExcerpt)
 			.Font(GetExcerptFont())
-			.Places(Item->Places)
+			.Places(Item->PlainPlaces)
 			.WrapTextAt(this, &SConversations::GetWrapWidth)
 		]
 		+ SOverlay::Slot()
 		[
 			SNew(STextBlock)
-			.Text(FText::FromString(Item->Excerpt))
+			.Text(FText::FromString(Item->PlainExcerpt))
 			.Font(GetExcerptFont())
 			.ColorAndOpacity(GetSubdued())
 			.WrapTextAt(this, &SConversations::GetWrapWidth)
@@ -280,8 +282,11 @@ FText SConversations::GetStatusText() const
 	}
 	if (Items.GetQuery().IsEmpty())
 	{
-		return Count == 1 ? LOCTEXT("OneConversation", "1 conversation")
-						  : FText::Format(LOCTEXT("Conversations", "{0} conversations"), FText::AsNumber(Count));
+		const FText Words = Count == 1 ? LOCTEXT("OneConversation", "1 conversation")
+									   : FText::Format(LOCTEXT("Conversations", "{0} conversations"), FText::AsNumber(Count));
+		return bKeepsNothing
+			? FText::Format(LOCTEXT("KeepsNothing", "{0}. This session keeps no history: they are gone when it ends."), Words)
+			: Words;
 	}
 	return Count >= Velmora::FConversationSearch::MaxHits ? LOCTEXT("MostFound", "The 50 newest hits")
 														  : FText::Format(LOCTEXT("Found", "{0} found"), FText::AsNumber(Count));
@@ -300,8 +305,11 @@ FText SConversations::GetEmptyText() const
 	{
 		return Latest
 			? FText::Format(LOCTEXT("AllDeleted", "Every conversation is deleted. Undo (Ctrl+Z) brings \u201c{0}\u201d back."), Title)
-			: LOCTEXT(
-				  "NoConversations", "There are no conversations in this project yet. What you say to the agent is kept, and stands here.");
+			: bKeepsNothing ? LOCTEXT("NoHistory",
+								  "This session keeps no history (--no-history). What is said in it stands here until it ends; earlier "
+								  "conversations do not.")
+							: LOCTEXT("NoConversations",
+								  "There are no conversations in this project yet. What you say to the agent is kept, and stands here.");
 	}
 	return Latest && Items.HidesHits()
 		? FText::Format(LOCTEXT("LastFoundDeleted",

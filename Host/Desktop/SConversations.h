@@ -88,6 +88,8 @@ private:
 	/** Why the last search failed. */
 	FString Problem;
 	FOneReading Reading;
+	/** What stands here goes with the session. */
+	bool bKeepsNothing = false;
 	bool bWasRead = false;
 	bool bIsSearching = false;
 	bool bWantsFocus = true;

@@ -3,6 +3,7 @@
 #include "ConversationItems.h"
 #include "Desktop/ProgramDriver.h"
 #include "Desktop/WorkerTest.h"
+#include "ExcerptText.h"
 #include "Framework/Docking/TabManager.h"
 #include "Host/HostPaths.h"
 #include "Host/HostTasks.h"
@@ -74,6 +75,51 @@ TEST(ConversationItems, ShowPinsNamesHitsAndHideWhatIsDeleted)
 	EXPECT_EQ(ListRows(Items).size(), 4u);
 	Items.TakeHits(FConversationSearchResult());
 	EXPECT_EQ(ListRows(Items), (FTextList{ "*Snails", "*about c", "about a" }));
+}
+
+TEST(ExcerptText, ShowsWhatIsReadWithThePlacesWhereTheyAre)
+{
+	const struct
+	{
+		const char* Excerpt;
+		/** What is looked for: every place of it is one of the hits. */
+		const char* Sought;
+		/** The hits in brackets. */
+		const char* Shown;
+	} Rows[] = {
+		{ "a plain line", "line", "a plain [line]" },
+		{ "11 lines ```cpp int Run(int Count) { **a; }", "Count", "11 lines int Run(int [Count]) { **a; }" },
+		{ "~~~ x ``` y ~~~ *z*", "x", "[x] y z" },
+		{ "\u2026it ends. ``` Then **this**", "this", "\u2026it ends. Then [this]" },
+		{ "say ```cpp x", "cpp", "say [cpp] x" },
+		{ "**Bold**, *thin*, ~~gone~~ and `code *x*`", "x", "Bold, thin, gone and code *[x]*" },
+		{ "2 * 3 * 4, a*b*c, **open", "3", "2 * [3] * 4, a*b*c, **open" },
+		{ "## Head of it # Next C# #tag", "Next", "Head of it [Next] C# #tag" },
+		{ "see [the file](Source/Thing.h:7), ![a map](m.png)", "file", "see the [file], a map" },
+		{ "see [the file](Source/Thing.h)", "Thing", "see [the file](Source/[Thing].h)" },
+		{ "see [the file](Source/Th\u2026", "file", "see the [file]\u2026" },
+		{ "a[1] and [x] (y)", "1", "a[[1]] and [x] (y)" },
+		{ "| A | B | |---|:--| | 1 | 2 | - x --- y", "2", "| A | B | | 1 | [2] | - x y" },
+		{ "", "x", "" },
+	};
+	for (const auto& Row : Rows)
+	{
+		const FString Excerpt = UTF8_TO_TCHAR(Row.Excerpt);
+		const FString Sought = UTF8_TO_TCHAR(Row.Sought);
+		TArray<Velmora::FFoundPlace> Places;
+		for (int32 At = Excerpt.Find(Sought, ESearchCase::CaseSensitive); At != INDEX_NONE;
+			 At = Excerpt.Find(Sought, ESearchCase::CaseSensitive, ESearchDir::FromStart, At + 1))
+		{
+			Places.Add({ At, Sought.Len() });
+		}
+		FString Shown = ExcerptText::MakePlain(Excerpt, Places);
+		for (int32 Index = Places.Num() - 1; Index >= 0; --Index)
+		{
+			Shown.InsertAt(Places[Index].Begin + Places[Index].Length, TEXT(']'));
+			Shown.InsertAt(Places[Index].Begin, TEXT('['));
+		}
+		EXPECT_EQ(Utf8(Shown), Row.Shown) << Row.Excerpt;
+	}
 }
 
 TEST(ConversationDeletions, EachHasItsTimeAndTheLatestIsTakenBack)

@@ -139,7 +139,7 @@ namespace Velmora
 	FString FStoredConversations::ChangeMark(const FString& Id, TFunctionRef<void(FConversationMark&)> Edit)
 	{
 		const FStoreLocation Location = GetStoreLocation();
-		if (const FOutcome Made = MakePrivateFolder(Location.Folder); !Made)
+		if (const FOutcome Made = MakePrivateFolder(Location.ConversationFolder); !Made)
 		{
 			return Utf8Text::ToString(Made.GetWords());
 		}
