@@ -4,6 +4,7 @@
 #include "AgentMenus.h"
 #include "ChatCommands.h"
 #include "ChipScroll.h"
+#include "CutNames.h"
 #include "EditorFrameCommands.h"
 #include "FileCache/ProjectFileCache.h"
 #include "Framework/Application/SlateApplication.h"
@@ -456,6 +457,12 @@ namespace
 		return Command.GetDefaultChord() ==
 			FInputChord(Event.GetKey(), Event.IsShiftDown(), Event.IsControlDown(), Event.IsAltDown(), Event.IsCommandDown());
 	}
+}
+
+void SEditorFrame::Tick(const FGeometry& AllottedGeometry, const double InCurrentTime, const float InDeltaTime)
+{
+	SCompoundWidget::Tick(AllottedGeometry, InCurrentTime, InDeltaTime);
+	FCutNames::Update();
 }
 
 // Text boxes take these two keys for themselves: the one copies nothing where nothing is selected, the other moves nothing in an empty

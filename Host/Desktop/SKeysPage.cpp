@@ -8,7 +8,6 @@
 #include "Styling/AppStyle.h"
 #include "Styling/CoreStyle.h"
 #include "Widgets/Input/SButton.h"
-#include "Widgets/Layout/SBox.h"
 #include "Widgets/Layout/SScrollBox.h"
 #include "Widgets/Layout/SWrapBox.h"
 #include "Widgets/SBoxPanel.h"
@@ -20,7 +19,10 @@ namespace
 {
 	const FName KeysContainer(TEXT("Project"));
 	const FName KeysCategory(TEXT("Program"));
-	constexpr float KeyWidth = 150.0f;
+	constexpr float MinKeyWidth = 92.0f;
+	constexpr float MaxKeyWidth = 150.0f;
+	/** Of two buttons, with what rounding takes. */
+	constexpr float ButtonsWidth = 170.0f;
 
 	bool CanChange(const FUICommandInfo& Command)
 	{
@@ -116,22 +118,23 @@ TSharedRef<SWidget> SKeysPage::MakeValue(const FUICommandInfo& Command)
 	const auto GetText = [this, Name, Own]() { return Captured == Name ? LOCTEXT("Press", "Press the new key\u2026") : Own; };
 	const TSharedRef<SWrapBox> Buttons = SNew(SWrapBox).UseAllottedSize(true).InnerSlotPadding(FVector2D(8.0, 4.0));
 	// clang-format off
+	// At the width of a settings page the two usual buttons stand beside the key; only the third one begins a new line.
 	const TSharedRef<SWidget> Value = SNew(SHorizontalBox)
 		+ SHorizontalBox::Slot()
-		.AutoWidth()
+		.FillWidth(1.0f)
+		.MinWidth(MinKeyWidth)
+		.MaxWidth(MaxKeyWidth)
 		.VAlign(VAlign_Center)
-		.Padding(0.0f, 0.0f, 8.0f, 0.0f)
+		.Padding(0.0f, 0.0f, 4.0f, 0.0f)
 		[
-			SNew(SBox)
-			.WidthOverride(KeyWidth)
-			[
-				SNew(STextBlock)
-				.Tag(FName(*(TEXT("Key.") + Name.ToString())))
-				.Text_Lambda(GetText)
-			]
+			SNew(STextBlock)
+			.Tag(FName(*(TEXT("Key.") + Name.ToString())))
+			.Text_Lambda(GetText)
+			.AutoWrapText(true)
 		]
 		+ SHorizontalBox::Slot()
-		.FillWidth(1.0f)
+		.FillWidth(2.0f)
+		.MinWidth(ButtonsWidth)
 		.VAlign(VAlign_Center)
 		[
 			Buttons

@@ -9,6 +9,7 @@
 #include "Host/HostSleep.h"
 #include "Host/ProjectFileChanges.h"
 #include "Host/TextShaper.h"
+#include "PathText.h"
 #include "Style/VelmoraUIStyles.h"
 #include "Styling/AppStyle.h"
 #include "ToolTab.h"
@@ -110,9 +111,9 @@ void SSourceViewer::AttachFind()
 TSharedRef<SWidget> SSourceViewer::MakeHead()
 {
 	// clang-format off
-	const TSharedRef<SWidget> Name = SNew(STextBlock)
+	SAssignNew(PathLabel, STextBlock)
 		.Tag("SourcePath")
-		.Text_Lambda([this]() { return FText::FromString(Path); })
+		.Text_Lambda([this]() { return FText::FromString(ShownPath); })
 		.ToolTipText_Lambda([this]() { return FText::FromString(Path); })
 		.TextStyle(FAppStyle::Get(), TEXT("NormalText.Important"))
 		.OverflowPolicy(ETextOverflowPolicy::Ellipsis);
@@ -122,7 +123,7 @@ TSharedRef<SWidget> SSourceViewer::MakeHead()
 		.TextStyle(FAppStyle::Get(), TEXT("SmallText"))
 		.ColorAndOpacity(GetSubdued());
 	// clang-format on
-	return ToolTab::MakeBar({ Name, State });
+	return ToolTab::MakeBar({ PathLabel.ToSharedRef(), State });
 }
 
 TSharedRef<SWidget> SSourceViewer::MakeLines()
@@ -389,10 +390,28 @@ void SSourceViewer::ShowHit(const FSourceFind::FHit* Hit)
 	}
 }
 
+bool SSourceViewer::FitPath()
+{
+	const float Width = static_cast<float>(PathLabel->GetCachedGeometry().GetLocalSize().X);
+	if (Width == FittedWidth && Path.Equals(FittedPath, ESearchCase::CaseSensitive))
+	{
+		return false;
+	}
+	FittedWidth = Width;
+	FittedPath = Path;
+	const FSlateFontInfo Font = FAppStyle::Get().GetWidgetStyle<FTextBlockStyle>("NormalText.Important").Font;
+	const FString Fitted = PathText::Shorten(
+		Path, Width, [&Font](const FString& Words) { return ITextShaper::Get().MakeParagraph(Words, Font, 1.0f)->GetUnwrappedWidth(); });
+	const bool bIsOther = !Fitted.Equals(ShownPath, ESearchCase::CaseSensitive);
+	ShownPath = Fitted;
+	return bIsOther;
+}
+
 void SSourceViewer::Tick(const FGeometry& AllottedGeometry, const double InCurrentTime, const float InDeltaTime)
 {
 	SCompoundWidget::Tick(AllottedGeometry, InCurrentTime, InDeltaTime);
-	if (Find->Update())
+	const bool bFitsAnew = FitPath();
+	if (Find->Update() || bFitsAnew)
 	{
 		FHostSleep::RequestFrameAt(InCurrentTime);
 	}

@@ -6,6 +6,7 @@
 #include "Widgets/Views/SListView.h"
 
 class SScrollBox;
+class STextBlock;
 
 /**
  * The tab "Source": a text to be read, with the numbers of its lines, in the colours of its language; the line that was asked for is
@@ -52,8 +53,16 @@ private:
 	float GetNumberWidth() const;
 	float GetLinesWidth() const;
 	FText GetStateText() const;
+	/** Fits the path into the head. True when other words are shown now. */
+	bool FitPath();
 
 	FString Path;
+	/** As far as there is room for it; the file's name in any case. */
+	FString ShownPath;
+	/** What it was fitted to. */
+	FString FittedPath;
+	float FittedWidth = 0.0f;
+	TSharedPtr<STextBlock> PathLabel;
 	FSourceText Text;
 	/** Framed; 0 for none. */
 	int32 FramedLine = 0;

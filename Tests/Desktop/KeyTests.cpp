@@ -151,6 +151,20 @@ TEST_F(FKeysPageTest, AKeyIsChangedRefusedAndGivenBack)
 	EXPECT_EQ(ReadFile(Folder.AtBytes("Keys.txt")), "Find=\n");
 }
 
+TEST_F(FKeysPageTest, BothButtonsStandInOneLineAtTheWidthOfASettingsPage)
+{
+	// Of a window of 720 units, beside the list of pages.
+	Resize(476, 3000);
+	PumpSeconds(0.1);
+	const FSlateRect Change = GetRect(*FindByTag("ChangeKey.Conversations"));
+	const FSlateRect Remove = GetRect(*FindByTag("RemoveKey.Conversations"));
+	EXPECT_EQ(Change.Top, Remove.Top);
+	EXPECT_LE(Remove.Right, 476.0f - 16.0f);
+	const SWidget& Key = *FindByTag("Key.Conversations");
+	EXPECT_LE(GetRect(Key).Right, Change.Left);
+	EXPECT_LT(GetRect(Key).Height(), 20.0f) << "the key is one line";
+}
+
 namespace
 {
 	FRun RunKeys(const FRandomProject& Project, const std::string& Steps, const std::vector<std::string>& More = {})

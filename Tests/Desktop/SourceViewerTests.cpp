@@ -2,6 +2,7 @@
 #include "Framework/Docking/TabManager.h"
 #include "Host/HostTasks.h"
 #include "Host/ProjectFileChanges.h"
+#include "PathText.h"
 #include "SSourceViewer.h"
 #include "Style/VelmoraUIStyles.h"
 #include "Support/Base/TempFolder.h"
@@ -49,6 +50,39 @@ TEST(SourceText, KeepsTheLayoutOfLines)
 	const FSourceText Long = SourceText::Make(FString::ChrN(SourceText::MaxLineLength + 7, TEXT('x')) + TEXT("\ny"), FString());
 	ASSERT_EQ(Long.Lines.Num(), 2);
 	EXPECT_TRUE(Long.Lines[0]->Text.EndsWith(TEXT("x\u2026 (7 more characters)")));
+}
+
+TEST(PathText, KeepsTheNameOfTheFile)
+{
+	const struct
+	{
+		const TCHAR* Path;
+		int32 Width;
+		const char* Shown;
+	} Rows[] = {
+		{ TEXT("/home/me/Garden/Thing.cpp"), 25, "/home/me/Garden/Thing.cpp" },
+		{ TEXT("/home/me/Garden/Thing.cpp"), 24, "\xE2\x80\xA6/me/Garden/Thing.cpp" },
+		{ TEXT("/home/me/Garden/Thing.cpp"), 20, "\xE2\x80\xA6/Garden/Thing.cpp" },
+		{ TEXT("/home/me/Garden/Thing.cpp"), 11, "\xE2\x80\xA6/Thing.cpp" },
+		{ TEXT("/home/me/Garden/Thing.cpp"), 8,
+			"\xE2\x80\xA6"
+			"ing.cpp" },
+		{ TEXT("Thing.cpp"), 5, "\xE2\x80\xA6.cpp" },
+		{ TEXT("/a/b/"), 3,
+			"\xE2\x80\xA6"
+			"b/" },
+		{ TEXT("/a/x\U0001F600.md"), 4, "\xE2\x80\xA6.md" },
+		{ TEXT(""), 0, "" },
+		{ TEXT("ab"), 0,
+			"\xE2\x80\xA6"
+			"b" },
+	};
+	for (const auto& Row : Rows)
+	{
+		const FString Shown =
+			PathText::Shorten(Row.Path, static_cast<float>(Row.Width), [](const FString& Text) { return static_cast<float>(Text.Len()); });
+		EXPECT_EQ(Utf8(Shown), Row.Shown) << Row.Width;
+	}
 }
 
 TEST(SourceText, HasTheColoursOfItsLanguage)
@@ -136,6 +170,11 @@ TEST_F(FSourceViewerTest, ShowsTheLineThatWasAskedForAndFollowsTheFile)
 	EXPECT_FALSE(Sees("line1"));
 	EXPECT_EQ(State(), "Line 1,500, 2,000 lines");
 	EXPECT_EQ(Utf8(FindByTag("SourcePath")->GetDisplayedText()), Folder.AtBytes("long.txt"));
+	const FIntPoint Wide = App().GetWindow().GetPixelSize();
+	Resize(280, Wide.Y);
+	EXPECT_TRUE(Wait([] { return Utf8(FindByTag("SourcePath")->GetDisplayedText()) == "\xE2\x80\xA6/long.txt"; }))
+		<< Utf8(FindByTag("SourcePath")->GetDisplayedText());
+	Resize(Wide.X, Wide.Y);
 	PressKey("Down");
 	EXPECT_EQ(State(), "Line 1,501, 2,000 lines");
 
