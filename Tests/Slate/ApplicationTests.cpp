@@ -255,6 +255,7 @@ TEST_F(FApplicationTest, TabGoesToWhatCanBeSeenOrBringsItIntoView)
 	PumpSeconds(0.1);
 	const FSlateRect View = GetRect(*Scroll);
 	EXPECT_LE(GetRect(*Far).Bottom, View.Bottom + 1.0f) << "it was scrolled into view";
+	EXPECT_GE(GetRect(*Far).Top, View.Top) << "what is out of view is not arranged, and stands nowhere";
 	PressKey("Tab");
 	EXPECT_TRUE(A->HasKeyboardFocus());
 	PressKey("Tab");

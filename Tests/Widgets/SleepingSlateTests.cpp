@@ -6,6 +6,7 @@
 #include "Host/HostSleep.h"
 #include "Widgets/Input/SMenuAnchor.h"
 #include "Widgets/Layout/SBox.h"
+#include "Widgets/Layout/SScrollBox.h"
 #include "Widgets/SErrorNotification.h"
 #include "Widgets/SIndexProgressWidget.h"
 #include "Widgets/SLoadingIndicator.h"
@@ -258,6 +259,28 @@ TEST_F(FSleepingWidgets, FadesComeToTheirEnd)
 	Show(SNew(SBox)[SNew(SMessageRow).Message(Message)]);
 	EXPECT_GE(CountFrames(0.3), 15);
 	LetTimePass(0.5);
+	ExpectRest();
+}
+
+TEST_F(FSleepingWidgets, AListGoesToItsEndByItself)
+{
+	TArray<TSharedPtr<FChatMessage>> Messages;
+	for (int32 Index = 0; Index < 100; ++Index)
+	{
+		Messages.Add(FChatMessage::CreateUserMessage(FString::Printf(TEXT("message %d"), Index)));
+	}
+	const TSharedRef<SMessageList> List = SNew(SMessageList).Messages(Messages);
+	Show(List);
+	PumpSeconds(1.0);
+	List->ScrollToTop();
+	FallAsleep();
+	const SScrollBox& Box = static_cast<SScrollBox&>(*FindInside(*List, "SScrollBox"));
+	ASSERT_EQ(Box.GetScrollOffset(), 0.0f);
+	// No row is new, so that nothing fades: only the way to the end wants frames.
+	List->ScrollToBottom();
+	EXPECT_LE(WaitFor([&Box]() { return Box.GetScrollOffset() > 0.0f && Box.GetScrollOffset() == Box.GetScrollOffsetOfEnd(); }, 5.0),
+		SoonSeconds);
+	LetTimePass(1.0);
 	ExpectRest();
 }
 
