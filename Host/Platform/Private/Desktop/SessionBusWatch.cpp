@@ -16,7 +16,8 @@ namespace
 	constexpr const char* PortalService = "org.freedesktop.portal.Desktop";
 	constexpr const char* PortalPath = "/org/freedesktop/portal/desktop";
 	constexpr const char* PortalInterface = "org.freedesktop.portal.Settings";
-	constexpr int AnswerMilliseconds = 5000;
+	/** Nobody waits for it, and while a desktop starts everything is late. */
+	constexpr int AnswerMilliseconds = 60000;
 
 	struct FSettingKey
 	{
