@@ -13,6 +13,7 @@
 #include "SFindStrip.h"
 #include "SKeysPage.h"
 #include "ViewModels/ChatViewModel.h"
+#include "Widgets/Input/SEditableTextBox.h"
 #include "Widgets/Input/SMultiLineEditableTextBox.h"
 #include "WindowZoom.h"
 
@@ -78,6 +79,17 @@ namespace
 		}
 	}
 
+	void ShowConversations()
+	{
+		FGlobalTabmanager::Get()->TryInvokeTab(FTabId(SEditorFrame::GetConversationsTabName()));
+		// A tab that opens goes to its search itself; one that stands there already is worked in elsewhere.
+		if (const TSharedPtr<SWidget> Search = FWidgetFinder::FindByTag("ConversationSearch"))
+		{
+			FSlateApplication::Get().SetKeyboardFocus(Search, EFocusCause::SetDirectly);
+			StaticCastSharedPtr<SEditableTextBox>(Search)->SelectAllText();
+		}
+	}
+
 	void ShowChat()
 	{
 		FOpenChat::Show();
@@ -104,8 +116,7 @@ void FChatCommands::MapCommands(FUICommandList& Commands, const TSharedRef<SFind
 	Commands.MapAction(Known.Stop,
 		FExecuteAction::CreateLambda([Find, IsFinding] { IsFinding() ? Find->Close() : PressButton("CancelButton"); }),
 		FCanExecuteAction::CreateLambda([IsFinding] { return IsFinding() || FindButton("CancelButton").IsValid(); }));
-	Commands.MapAction(Known.Conversations,
-		FExecuteAction::CreateLambda([] { FGlobalTabmanager::Get()->TryInvokeTab(FTabId(SEditorFrame::GetConversationsTabName())); }));
+	Commands.MapAction(Known.Conversations, FExecuteAction::CreateStatic(&ShowConversations));
 	Commands.MapAction(Known.FocusPrompt, FExecuteAction::CreateStatic(&ShowChat));
 	Commands.MapAction(Known.RecallPrompt, FExecuteAction::CreateStatic(&Recall), FCanExecuteAction::CreateStatic(&CanRecall));
 	Commands.MapAction(Known.CopyLastAnswer,

@@ -309,6 +309,8 @@ void FDesktopSession::RunHook()
 		Recorder->GetWindow()->EndDriver();
 	}
 	PromptFocus.NoteTurn();
+	// What has a place of its own to go to has gone there.
+	KeyboardPlace.NoteTurn();
 	SavedFileToast.NoteTurn();
 	Access.NoteTurn();
 	if (Draft)

@@ -6,6 +6,7 @@
 #include "Host/HostSession.h"
 #include "PluginDescriptor.h"
 #include "PrimarySelection.h"
+#include "KeyboardPlace.h"
 #include "PromptFocus.h"
 #include "SavedFileToast.h"
 
@@ -88,6 +89,7 @@ private:
 	TUniquePtr<FAgentPages> AgentPages;
 	TUniquePtr<FKeysPage> KeysPage;
 	FPromptFocus PromptFocus;
+	FKeyboardPlace KeyboardPlace;
 	FPrimarySelection PrimarySelection;
 	FSavedFileToast SavedFileToast;
 	/** As the draft below. */

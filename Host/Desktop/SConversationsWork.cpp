@@ -260,7 +260,19 @@ void SConversations::ChangeMark(const FString& Id, const FConversationMark& Mark
 	Items.SetMark(Id, Mark);
 	ShowItems();
 	AsyncTask(ENamedThreads::AnyBackgroundThreadNormalTask,
-		[Id, Mark] { TellLater(FStoredConversations::ChangeMark(Id, [&Mark](FConversationMark& Stored) { Stored = Mark; })); });
+		[Weak = TWeakPtr<SConversations>(SharedThis(this)), Id, Mark]
+		{
+			TellLater(FStoredConversations::ChangeMark(Id, [&Mark](FConversationMark& Stored) { Stored = Mark; }));
+			// A reading that was under way meanwhile brings the mark as it was before.
+			AsyncTask(ENamedThreads::GameThread,
+				[Weak]
+				{
+					if (const TSharedPtr<SConversations> Self = Weak.Pin())
+					{
+						Self->ReadStore();
+					}
+				});
+		});
 }
 
 void SConversations::Export()

@@ -31,6 +31,16 @@ namespace
 		return FSlateApplication::Get().GetMessageHandler();
 	}
 
+	/** A chord that has opened a dialog is still under way, while a hand has long let go of it. */
+	void LetGoOfModifiers()
+	{
+		const FModifierKeysState Held = FSlateApplication::Get().GetModifierKeys();
+		if (Held.IsControlDown() || Held.IsAltDown())
+		{
+			GetScriptInput().OnKeyUp(Held.IsControlDown() ? EKeys::LeftControl : EKeys::LeftAlt, FModifierKeysState());
+		}
+	}
+
 	/** Window content, popup, toast or dialog: widgets of the same layer have the same root. */
 	TSharedPtr<SWidget> GetLayerRoot(TSharedPtr<SWidget> Widget)
 	{
@@ -131,6 +141,7 @@ void FScriptRunner::Begin(const FScriptStep& Step)
 	switch (Step.Verb)
 	{
 	case EScriptVerb::Type:
+		LetGoOfModifiers();
 		HostInput::Type(Step.Text);
 		break;
 	case EScriptVerb::Key:

@@ -5,7 +5,7 @@
 #include "Host/HostFocus.h"
 #include "Host/HostKeyWatch.h"
 #include "LayerStack.h"
-#include "TabStops.h"
+#include "Host/TabStops.h"
 
 // Turns what the platform reports into calls of widgets. Presses and wheels go to what lies under the pointer, keys to
 // what has the focus, both from the innermost widget outwards until one handles the event (bubbling); previews go the

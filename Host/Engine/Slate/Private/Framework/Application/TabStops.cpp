@@ -1,4 +1,4 @@
-#include "TabStops.h"
+#include "Host/TabStops.h"
 
 #include "Widgets/Docking/SDockTab.h"
 #include "Widgets/Layout/SScrollBox.h"
