@@ -1,7 +1,6 @@
 #include "Model/ChatCompletions.h"
 #include "Model/ModelClient.h"
 #include "Support/Peer/ScriptedPeer.h"
-#include "Text/WireText.h"
 #include "Wire/ReplyDump.h"
 
 #include <gtest/gtest.h>
@@ -453,6 +452,20 @@ TEST(ModelClient, TheRequestSaysWhatItMust)
 	EXPECT_EQ(Seen.Body, R"({"model":"m","messages":[{"role":"system","content":"Be \"short\".\n"}],"stream":true})");
 }
 
+TEST(ModelClient, TheKeyIsToldInNoPiece)
+{
+	FScriptedPeer Peer(FScriptedPeer::SendOnce(Stream({ Chunk(R"({"reasoning_content":"key-0123456789? key-01"})"), Say("key-key-01234"),
+		Say("5"), Say("6789, key-0123456789key-012345678"), Call(0, "c", "a", R"({"x":"key-0123456789"})"), Say("key-0"),
+		Chunk("{}", "stop"), "[DONE]" })));
+	FModelServer Server;
+	Server.BaseUrl = Peer.GetUrl();
+	Server.Key = Key;
+	FModelClient Client(Dialect, Server);
+	std::string Told;
+	Client.Ask(FModelRequest(), [&Told](const FReplyPiece& Piece) { Told += Piece.Bytes; });
+	EXPECT_EQ(Told, R"([key]? key-01key-[key], [key]key-012345678a{"x":"[key]"}key-0)");
+}
+
 TEST(ModelClient, WhatAModelHasSaidIsNoReasonToRefuseTheNextRequest)
 {
 	struct FCase
@@ -560,30 +573,4 @@ TEST(ModelClient, BaseAddressesAsUsersGiveThem)
 	{
 		EXPECT_EQ(FChatCompletions::MakeBaseUrl(Text), Base);
 	}
-}
-
-TEST(WireText, BytesBecomeText)
-{
-	const std::pair<std::string, const char*> Cases[] = {
-		{ "plain \xC3\xA4 \xF0\x9F\x98\x80", "plain \xC3\xA4 \xF0\x9F\x98\x80" },
-		{ "\xC0\x80", "?" },
-		{ "\xED\xA0\x80", "?" },
-		{ "\xF4\x90\x80\x80", "?" },
-		{ "a\xE2\x82", "a?" },
-		{ "a\xE2\x82"
-		  "b",
-			"a?b" },
-		{ "\xFF\xFE", "??" },
-	};
-	for (const auto& [Bytes, Expected] : Cases)
-	{
-		std::string Text = WireText::RepairUtf8(Bytes);
-		EXPECT_TRUE(WireText::IsUtf8(Text));
-		for (size_t Found = Text.find("\xEF\xBF\xBD"); Found != std::string::npos; Found = Text.find("\xEF\xBF\xBD"))
-		{
-			Text.replace(Found, 3, "?");
-		}
-		EXPECT_EQ(Text, Expected);
-	}
-	EXPECT_EQ(WireText::CutUtf8("a\xC3\xA4", 2), "a");
 }

@@ -134,6 +134,52 @@ namespace Velmora
 			EForm Form = EForm::Unknown;
 		};
 
+		/** Takes the key out of an answer while it comes, also where it is cut between two pieces. */
+		class FPieceFilter
+		{
+		public:
+			FPieceFilter(const FReplyBuilder::FOnPiece& InOnPiece, std::string_view InKey)
+				: OnPiece(InOnPiece)
+				, Key(InKey)
+			{
+			}
+
+			void Take(const FReplyPiece& Piece)
+			{
+				if (Key.empty())
+				{
+					OnPiece(Piece);
+					return;
+				}
+				if (Piece.Kind != Kind)
+				{
+					End();
+					Kind = Piece.Kind;
+				}
+				Held += Piece.Bytes;
+				WireText::HideKey(Held, Key);
+				Tell(Held.size() - WireText::MeasurePartialMark(Held, Key));
+			}
+
+			/** What may have been the beginning of the key is none. */
+			void End() { Tell(Held.size()); }
+
+		private:
+			void Tell(size_t Length)
+			{
+				if (Length > 0)
+				{
+					OnPiece({ Kind, std::string_view(Held).substr(0, Length) });
+					Held.erase(0, Length);
+				}
+			}
+
+			const FReplyBuilder::FOnPiece& OnPiece;
+			const std::string_view Key;
+			FReplyPiece::EKind Kind = FReplyPiece::EKind::Text;
+			std::string Held;
+		};
+
 		/** The whole body of a short answer. */
 		class FBodyReader : public IHttpReader
 		{
@@ -163,7 +209,9 @@ namespace Velmora
 		{
 			OnSend(Http.Body);
 		}
-		FReplyBuilder Builder(std::move(OnPiece));
+		FPieceFilter Filter(OnPiece, Server.Key);
+		FReplyBuilder Builder(
+			OnPiece ? FReplyBuilder::FOnPiece([&Filter](const FReplyPiece& Piece) { Filter.Take(Piece); }) : FReplyBuilder::FOnPiece());
 		const std::unique_ptr<IReplyReader> Reader = Dialect.MakeReader(Builder);
 		FAnswerReader Answer(*Reader, Builder);
 		const FHttpReply Exchange = Stream.Run(Http, Answer);
@@ -195,6 +243,7 @@ namespace Velmora
 		// 3. Then the answer itself: an end that was not told, unless the reason was.
 		const bool bHasEnded = Builder.HasEnded();
 		FModelReply Reply = Builder.Take(Server.Key);
+		Filter.End();
 		if (!Reply.Problem && !bHasEnded && Reply.Finish == EModelFinish::Missing)
 		{
 			Reply.Problem.Fault = EModelFault::CutShort;

@@ -22,19 +22,6 @@ namespace Velmora
 		/** A text of which a second copy would count. */
 		constexpr size_t LargeBytes = 1024 * 1024;
 
-		/** How many bytes at the end of a text may be the beginning of a mark. */
-		size_t MeasurePartialMark(std::string_view Text, std::string_view Mark)
-		{
-			for (size_t Length = std::min(Text.size(), Mark.size() - 1); Length > 0; --Length)
-			{
-				if (Text.substr(Text.size() - Length) == Mark.substr(0, Length))
-				{
-					return Length;
-				}
-			}
-			return 0;
-		}
-
 		/** Whether nothing more can be a part of these arguments. */
 		bool AreComplete(std::string_view Arguments)
 		{
@@ -147,7 +134,7 @@ namespace Velmora
 		const size_t End = Held.find(ThinkEndMark);
 		if (End == std::string::npos)
 		{
-			const size_t KeptLength = MeasurePartialMark(Held, ThinkEndMark);
+			const size_t KeptLength = WireText::MeasurePartialMark(Held, ThinkEndMark);
 			KeepThinking(std::string_view(Held).substr(0, Held.size() - KeptLength));
 			Held.erase(0, Held.size() - KeptLength);
 			return;

@@ -1,5 +1,7 @@
 #include "Text/WireText.h"
 
+#include <algorithm>
+
 namespace Velmora::WireText
 {
 	namespace
@@ -104,6 +106,18 @@ namespace Velmora::WireText
 			--Length;
 		}
 		return Text.substr(0, Length);
+	}
+
+	size_t MeasurePartialMark(std::string_view Text, std::string_view Mark)
+	{
+		for (size_t Length = std::min(Text.size(), Mark.size() - 1); Length > 0; --Length)
+		{
+			if (Text.substr(Text.size() - Length) == Mark.substr(0, Length))
+			{
+				return Length;
+			}
+		}
+		return 0;
 	}
 
 	void HideKey(std::string& Text, std::string_view Key)

@@ -24,7 +24,7 @@ namespace Velmora
 		/** Gets the body of the request right before it is sent; the key is in none. */
 		using FOnSend = std::function<void(std::string_view Body)>;
 
-		/** @param OnPiece  Called on this thread as the answer comes; so is OnSend. */
+		/** @param OnPiece  Called on this thread as the answer comes; so is OnSend. No piece has the key or a part of it. */
 		FModelReply Ask(const FModelRequest& Request, FReplyBuilder::FOnPiece OnPiece = nullptr, const FOnSend& OnSend = nullptr);
 
 		/** Returns no problem with the list, or a problem and no list. @param MaxSeconds  That it may take in all, if above zero. */

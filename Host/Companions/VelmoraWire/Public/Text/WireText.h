@@ -17,6 +17,9 @@ namespace Velmora::WireText
 	/** At most that many bytes, cut between characters. */
 	VELMORAWIRE_API std::string_view CutUtf8(std::string_view Text, size_t MaxBytes);
 
+	/** How many bytes at the end of a text may be the beginning of a mark, whose rest has not come. */
+	VELMORAWIRE_API size_t MeasurePartialMark(std::string_view Text, std::string_view Mark);
+
 	/** Takes a key out of a text that came from outside. A key of less than 8 bytes is none worth hiding. */
 	VELMORAWIRE_API void HideKey(std::string& Text, std::string_view Key);
 }
