@@ -9,7 +9,9 @@
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <linux/close_range.h>
 #include <string>
+#include <unistd.h>
 
 using namespace Velmora;
 
@@ -64,7 +66,9 @@ namespace
 	 */
 	[[noreturn]] void RunWithKeyRing(const std::string& Folder)
 	{
-		// 1. The session. What it is told stays in the folder.
+		// 1. The session. What it is told stays in the folder. Its services must not keep the pipe at whose end the test waits, or it would
+		// wait for ever once this process has died; they end by themselves then.
+		close_range(3, ~0u, CLOSE_RANGE_CLOEXEC);
 		for (const auto& [Name, Sub] :
 			{ std::pair{ "XDG_RUNTIME_DIR", "run" }, { "XDG_DATA_HOME", "data" }, { "XDG_CONFIG_HOME", "config" }, { "HOME", "home" } })
 		{
@@ -73,15 +77,15 @@ namespace
 			setenv(Name, (Folder + '/' + Sub).c_str(), 1);
 		}
 		char Line[512] = {};
-		FILE* const Bus = popen("echo $$; exec dbus-daemon --session --nofork --nopidfile --print-address=1 2>/dev/null", "r");
+		FILE* const Bus = popen("echo $$; exec timeout 120 dbus-daemon --session --nofork --nopidfile --print-address=1 2>/dev/null", "r");
 		const pid_t BusProcess = Bus && std::fgets(Line, sizeof(Line), Bus) ? std::atoi(Line) : 0;
 		std::string Address = Bus && std::fgets(Line, sizeof(Line), Bus) ? Line : "";
 		Address.erase(Address.find_last_not_of('\n') + 1);
 		setenv("DBUS_SESSION_BUS_ADDRESS", Address.c_str(), 1);
 		int Wrong = Check(!Address.empty(), "the bus does not start");
 		std::ofstream(Folder + "/password") << "a password";
-		const std::string Start =
-			"echo $$; exec gnome-keyring-daemon --foreground --unlock --components=secrets <'" + Folder + "/password' 2>/dev/null";
+		const std::string Start = "echo $$; exec timeout 120 gnome-keyring-daemon --foreground --unlock --components=secrets <'" + Folder +
+			"/password' 2>/dev/null";
 		FILE* const Ring = popen(Start.c_str(), "r");
 		const pid_t RingProcess = Ring && std::fgets(Line, sizeof(Line), Ring) ? std::atoi(Line) : 0;
 		// Asked for too early, the bus would start another one, which is locked.
