@@ -8,6 +8,7 @@
 #include "OpenChat.h"
 #include "PromptBox.h"
 #include "Styling/AppStyle.h"
+#include "ViewModels/ChatViewModel.h"
 #include "Widgets/Input/SButton.h"
 #include "Widgets/Layout/SBorder.h"
 #include "Widgets/Layout/SWrapBox.h"
@@ -42,10 +43,16 @@ void SFirstSteps::Construct(const FArguments& InArgs)
 	Lines->AddSlot().AutoHeight()[MakeWords(LOCTEXT("Agent",
 		"The built-in agent takes commands and works on this machine alone; nothing is sent anywhere. A model of yours, here or on a "
 		"server, can answer in its place: connect it in the settings."))];
-	Lines->AddSlot().AutoHeight().Padding(0.0f, 4.0f)[MakeWords(FText::Format(
-		LOCTEXT(
-			"Kept", "Conversations, the search over them and what can be undone are kept in {0}, for you alone; settings in the project."),
-		FText::FromString(Velmora::GetStoreLocation().Folder)))];
+	const Velmora::FStoreLocation Location = Velmora::GetStoreLocation();
+	Lines->AddSlot().AutoHeight().Padding(0.0f, 4.0f)[MakeWords(Location.KeepsConversations()
+			? FText::Format(
+				  LOCTEXT("Kept",
+					  "Conversations, the search over them and what can be undone are kept in {0}, for you alone; settings in the "
+					  "project."),
+				  FText::FromString(Location.Folder))
+			: LOCTEXT("KeptNowhere",
+				  "This session keeps no history: conversations and what can be undone are gone when it ends. Settings are kept in the "
+				  "project."))];
 	Lines->AddSlot().AutoHeight()[MakeButtons()];
 	// clang-format off
 	ChildSlot
@@ -136,6 +143,20 @@ void SFirstSteps::Close()
 	bIsOpen = false;
 	Invalidate(EInvalidateWidgetReason::Layout);
 	FPromptBox::Focus();
+}
+
+void SFirstSteps::Tick(const FGeometry& AllottedGeometry, const double InCurrentTime, const float InDeltaTime)
+{
+	SCompoundWidget::Tick(AllottedGeometry, InCurrentTime, InDeltaTime);
+	const TSharedPtr<FChatViewModel> ViewModel = FOpenChat::GetViewModel();
+	const bool bIsBusy = ViewModel && ViewModel->IsBusy();
+	if (bIsOpen && bIsBusy && !bWasBusy)
+	{
+		// Who has sent a prompt needs the room for the answer. The keyboard stays where it is.
+		bIsOpen = false;
+		Invalidate(EInvalidateWidgetReason::Layout);
+	}
+	bWasBusy = bIsBusy;
 }
 
 FReply SFirstSteps::OnKeyDown(const FGeometry& MyGeometry, const FKeyEvent& InKeyEvent)

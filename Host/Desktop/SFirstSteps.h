@@ -5,7 +5,7 @@
 
 /**
  * The strip that greets at the first start: prompts to try, what the agent is, how a model is connected, where things are kept. It is
- * shown once; the menu Help shows it again.
+ * shown once, and goes when a prompt is sent; the menu Help shows it again.
  */
 class SFirstSteps : public SCompoundWidget
 {
@@ -21,6 +21,7 @@ public:
 	void Close();
 	bool IsOpen() const { return bIsOpen; }
 
+	virtual void Tick(const FGeometry& AllottedGeometry, const double InCurrentTime, const float InDeltaTime) override;
 	virtual FReply OnKeyDown(const FGeometry& MyGeometry, const FKeyEvent& InKeyEvent) override;
 
 private:
@@ -28,4 +29,6 @@ private:
 	TSharedRef<SWidget> MakeButtons();
 
 	bool bIsOpen = false;
+	/** The agent was at work in the last frame. */
+	bool bWasBusy = false;
 };

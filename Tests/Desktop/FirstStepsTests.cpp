@@ -19,6 +19,11 @@ TEST(FirstSteps, AreShownOnceAndAgainByTheMenu)
 		<< "the box has the keyboard";
 	EXPECT_TRUE(Contains(ReadFile(Project.Path("closed.json")), "\"promptText\": \"what is in this project? now!\""));
 
+	// It goes with the first prompt that is sent.
+	const FRun Sent =
+		Run("tick 20\nclick Help\nclick First Steps\ntick 10\nclick find main\nkey CTRL+ENTER\nwait idle 30\nclick #CloseFirstSteps\n");
+	EXPECT_TRUE(Contains(Sent.Error, "steps.txt:8: Nothing on screen is called \"#CloseFirstSteps\".")) << Sent.Error;
+
 	// Not again, but on request.
 	EXPECT_NE(Run("tick 20\nclick #CloseFirstSteps\n").ExitCode, 0);
 	const FRun Again = Run("tick 20\nclick Help\nclick First Steps\ntick 10\nclick #CloseFirstSteps\n");
