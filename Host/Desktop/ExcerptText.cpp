@@ -60,26 +60,35 @@ namespace
 			}
 		}
 
-		/** Three or more marks of code begin or end a block; what stands right behind the first ones is its language. */
+		/**
+		 * Three or more marks of code begin a block; what stands right behind them is its language. As many of the same end it, whatever
+		 * others stand in it.
+		 */
 		int32 TakeFence(int32 Index)
 		{
-			const bool bIsMark = Text[Index] == TEXT('`') || Text[Index] == TEXT('~');
-			const int32 Count = bIsMark ? CountRun(Index) : 0;
+			const TCHAR Mark = Text[Index];
+			const int32 Count = Mark == TEXT('`') || Mark == TEXT('~') ? CountRun(Index) : 0;
 			if (Count < 3)
 			{
 				return 0;
 			}
-			Cut(Index, Index + Count);
 			int32 End = Index + Count;
 			while (End < Text.Len() && !IsBlankOrCut(Text[End]))
 			{
 				++End;
 			}
+			const bool bHasLanguage = End > Index + Count;
+			if (bIsInCode && (Mark != FenceMark || Count < FenceCount || bHasLanguage))
+			{
+				return Count;
+			}
+			Cut(Index, Index + Count);
 			Cut(Index + Count, End);
-			// Only the first ones have a language. Where the line begins in the middle, the first fence may be the end of a block.
-			const bool bEndsCutBlock = !bHasFence && At(0) == Ellipsis;
-			bIsInCode = End > Index + Count || (!bIsInCode && !bEndsCutBlock);
-			bHasFence = true;
+			// Where the line begins in the middle, the first fence may be the end of a block.
+			const bool bEndsCutBlock = FenceCount == 0 && At(0) == Ellipsis && !bHasLanguage;
+			bIsInCode = !bIsInCode && !bEndsCutBlock;
+			FenceMark = Mark;
+			FenceCount = Count;
 			return End - Index;
 		}
 
@@ -203,7 +212,9 @@ namespace
 		const TArray<Velmora::FFoundPlace>& Places;
 		TArray<bool> IsCut;
 		bool bIsInCode = false;
-		bool bHasFence = false;
+		/** Of the last fence; zero before there was one. */
+		TCHAR FenceMark = TEXT('\0');
+		int32 FenceCount = 0;
 	};
 }
 

@@ -89,7 +89,7 @@ TEST(ExcerptText, ShowsWhatIsReadWithThePlacesWhereTheyAre)
 	} Rows[] = {
 		{ "a plain line", "line", "a plain [line]" },
 		{ "11 lines ```cpp int Run(int Count) { **a; }", "Count", "11 lines int Run(int [Count]) { **a; }" },
-		{ "~~~ x ``` y ~~~ *z*", "x", "[x] y z" },
+		{ "~~~ x ``` y ~~~ *z*", "x", "[x] ``` y z" },
 		{ "\u2026it ends. ``` Then **this**", "this", "\u2026it ends. Then [this]" },
 		{ "say ```cpp x", "cpp", "say [cpp] x" },
 		{ "**Bold**, *thin*, ~~gone~~ and `code *x*`", "x", "Bold, thin, gone and code *[x]*" },
