@@ -29,16 +29,6 @@ namespace
 			FAgentQuestions::SetListener(nullptr);
 		}
 
-		/** Each test with a connection of its own name, since what a day has used is kept by it. */
-		FAgentConnection Make(const FScriptedPeer& Peer)
-		{
-			FAgentConnection Connection;
-			Connection.Name = Text(Project.MakeName());
-			Connection.Url = Text(Peer.GetUrl());
-			Connection.Model = TEXT("m");
-			return Connection;
-		}
-
 		/** An answer that looks at the project once more, and says what it cost. */
 		static std::string Look(int Tokens)
 		{

@@ -86,6 +86,16 @@ protected:
 		Saved.empty() ? unsetenv("XDG_CONFIG_HOME") : setenv("XDG_CONFIG_HOME", Saved.c_str(), 1);
 	}
 
+	/** Each test with a connection of its own name, since what a day has used is kept by it. */
+	Velmora::FAgentConnection Make(const FScriptedPeer& Peer)
+	{
+		Velmora::FAgentConnection Connection;
+		Connection.Name = Text(Project.MakeName());
+		Connection.Url = Text(Peer.GetUrl());
+		Connection.Model = TEXT("m");
+		return Connection;
+	}
+
 private:
 	std::string Saved;
 };
