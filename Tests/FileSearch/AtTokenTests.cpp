@@ -100,6 +100,23 @@ TEST(AtToken, LongLinesAreLookedThroughAsShortOnes)
 	}
 }
 
+TEST(AtToken, ALongTokenEndsWhereAShortOneDoes)
+{
+	// Every character that ends a short token ends a long one, also where many are looked at together; and no other does.
+	for (int32 Unit = 0; Unit < 0x250; ++Unit)
+	{
+		const TCHAR Char = static_cast<TCHAR>(Unit);
+		const bool bEnds = ComputeAtTokenState(FString(TEXT("@a")).AppendChar(Char), 2).TokenEnd == 2;
+		for (const int32 Place : { 0, 1000, 2047, 2048, 4200 })
+		{
+			FString Text = TEXT("@") + FString::ChrN(Place, TEXT('z'));
+			Text.AppendChar(Char);
+			Text += FString::ChrN(5000 - Place, TEXT('Z'));
+			EXPECT_EQ(ComputeAtTokenState(Text, 1).TokenEnd, bEnds ? 1 + Place : Text.Len()) << Unit << " at " << Place;
+		}
+	}
+}
+
 TEST(AtToken, ACursorOutsideTheTextIsClamped)
 {
 	for (const int32 Cursor : { std::numeric_limits<int32>::min(), -1, 0, 1, std::numeric_limits<int32>::max() })

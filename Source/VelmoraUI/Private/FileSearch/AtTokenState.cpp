@@ -50,6 +50,40 @@ namespace Velmora::UI
 			return Index;
 		}
 
+		/** Of ASCII alone; other letters are left to the look at each character. */
+		bool IsPlainTokenBlock(const TCHAR* Block)
+		{
+			// A count as wide as the characters, so that many are compared at once.
+			uint16 Count = 0;
+			for (int32 Offset = 0; Offset < AtScanBlock; ++Offset)
+			{
+				const uint16 Char = static_cast<uint16>(Block[Offset]);
+				const uint16 FromLetterA = static_cast<uint16>((Char | 0x20) - 'a');
+				// Minus, point, slash and the digits follow one another.
+				const uint16 FromMinus = static_cast<uint16>(Char - '-');
+				const uint16 Letter = FromLetterA < static_cast<uint16>(26) ? 1 : 0;
+				const uint16 Digit = FromMinus < static_cast<uint16>(13) ? 1 : 0;
+				const uint16 Underscore = Char == '_' ? 1 : 0;
+				const uint16 Backslash = Char == '\\' ? 1 : 0;
+				Count += Letter | Digit | Underscore | Backslash;
+			}
+			return Count == AtScanBlock;
+		}
+
+		/** The first character from Index on that is none of a token; the length when all are. In blocks as well. */
+		int32 FindTokenEnd(const TCHAR* Text, int32 Index, int32 Length)
+		{
+			while (Length - Index >= AtScanBlock && IsPlainTokenBlock(Text + Index))
+			{
+				Index += AtScanBlock;
+			}
+			while (Index < Length && IsAtTokenChar(Text[Index]))
+			{
+				++Index;
+			}
+			return Index;
+		}
+
 	} // namespace
 
 	FAtTokenState ComputeAtTokenState(const FString& Text, int32 CursorIndex)
@@ -66,11 +100,7 @@ namespace Velmora::UI
 			return State;
 		}
 		// 2. Its end: the first character that no path holds, or the end of the text, and so past the cursor as well.
-		State.TokenEnd = State.AtIndex + 1;
-		while (State.TokenEnd < Length && IsAtTokenChar(Chars[State.TokenEnd]))
-		{
-			++State.TokenEnd;
-		}
+		State.TokenEnd = FindTokenEnd(Chars, State.AtIndex + 1, Length);
 		// 3. All of the token is looked for, also what stands after the cursor; but only while the cursor touches it.
 		State.Query = Text.Mid(State.AtIndex + 1, State.TokenEnd - State.AtIndex - 1);
 		State.bActive = Cursor <= State.TokenEnd;
