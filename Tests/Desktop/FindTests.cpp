@@ -260,6 +260,26 @@ TEST(Find, CountsStepsScrollsAndGivesTheKeyboardBack)
 	EXPECT_TRUE(Contains(ReadFile(Project.Path("closed.json")), "\"promptText\": \"a draft goes on\""));
 }
 
+TEST(Find, BringsThePlaceIntoView)
+{
+	const FRandomProject Project;
+	const std::string Back = "key SHIFT+F3\ntick 20\n";
+	const FRun Run = RunSteps(Project,
+		"resize 700 500\ntype find " + Project.Symbol + "\nkey CTRL+ENTER\nwait idle 30\ntype help\nkey CTRL+ENTER\nwait idle 30\n" +
+			"dump before.json\nkey CTRL+F\ntype " + Project.Symbol + "\ntick 40\ndump last.json\n" + Back + Back + Back + Back +
+			"tick 20\ndump first.json\n");
+	EXPECT_EQ(Run.ExitCode, 0) << Run.Error;
+	// What is out of view is nothing to a screen reader.
+	const auto ShowsPrompt = [&Project](const char* Dump)
+	{ return Contains(ReadFile(Project.Path(Dump)), "label \\\"find " + Project.Symbol + "\\\""); };
+	EXPECT_FALSE(ShowsPrompt("before.json"));
+	EXPECT_EQ(ReadControl(Project, "last.json", "FindCount"), "5 of 5");
+	EXPECT_TRUE(Contains(ReadFile(Project.Path("last.json")), "text box \\\"Code\\\"")) << "the nearest place above";
+	EXPECT_FALSE(ShowsPrompt("last.json"));
+	EXPECT_EQ(ReadControl(Project, "first.json", "FindCount"), "1 of 5");
+	EXPECT_TRUE(ShowsPrompt("first.json"));
+}
+
 TEST(Find, GoesToTheMessageThatASearchHasFound)
 {
 	const FRandomProject Project;
