@@ -162,7 +162,8 @@ namespace
 	}
 
 	// What cannot be used now has an alpha below full, FE where it is to be seen as it is: whoever changes colours on their way to the
-	// window, for more contrast, knows it by that and keeps it apart from what can.
+	// window, for more contrast, knows it by that and keeps it apart from what can. Check boxes have none: those of a list of tasks are
+	// read, not used.
 	FButtonStyle MakeFilledButton(
 		const TCHAR* Fill, const TCHAR* Line, const TCHAR* HoverFill, const TCHAR* HoverLine, const TCHAR* PressFill, const TCHAR* Text)
 	{
@@ -258,12 +259,12 @@ namespace
 		Check.MarkImage = Icon(Set, TEXT("Symbols.Check"), 12.0f);
 		Check.UncheckedImage = Outlined(TEXT("0A0B0F"), 3.0f, TEXT("6B7280"));
 		Check.UncheckedHoveredImage = Outlined(TEXT("0A0B0F"), 3.0f, TEXT("CBCBCB"));
-		Check.UncheckedDisabledImage = Outlined(TEXT("00000000"), 3.0f, TEXT("5B6373FE"));
+		Check.UncheckedDisabledImage = Outlined(TEXT("00000000"), 3.0f, TEXT("5B6373"));
 		Check.CheckedImage = Rounded(TEXT("7CB9FF"), 3.0f);
 		Check.CheckedHoveredImage = Outlined(TEXT("7CB9FF"), 3.0f, TEXT("CBCBCB"));
-		Check.CheckedDisabledImage = Outlined(TEXT("3A5A7C"), 3.0f, TEXT("5B6373FE"));
+		Check.CheckedDisabledImage = Outlined(TEXT("3A5A7C"), 3.0f, TEXT("5B6373"));
 		Check.MarkColor = Hex(TEXT("0A0B0F"));
-		Check.DisabledMarkColor = Hex(TEXT("E6E6E6FE"));
+		Check.DisabledMarkColor = Hex(TEXT("E6E6E6"));
 		Set.Set(FName(TEXT("Checkbox")), Check);
 
 		FProgressBarStyle Progress;
