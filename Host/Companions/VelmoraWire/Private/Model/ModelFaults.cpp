@@ -93,7 +93,8 @@ namespace Velmora::ModelFaults
 			{
 				if (Lower.find(Row.Word) != std::string::npos)
 				{
-					return Row.Fault;
+					// A request that is larger than all that a minute may have does not fit in the next one either.
+					return Status == 413 && Row.Fault == EModelFault::RateLimited ? EModelFault::ContextFull : Row.Fault;
 				}
 			}
 		}
