@@ -155,6 +155,39 @@ TEST_F(FTextViewTest, AVeryLongLineIsLaidOutInPieces)
 		});
 }
 
+TEST_F(FTextViewTest, AKeyInALongLineShapesOnlyWhatItChanges)
+{
+	FString Long;
+	for (int32 Word = 0; Word < 4000; ++Word)
+	{
+		Long += FString::Printf(TEXT("%d "), Word);
+	}
+	Begin(Long, 400.0f, 2000.0f);
+	const auto ShowEnd = [this]
+	{
+		View->ScrollToShow(View->PlaceOf(Document.GetEnd(), false), 1.0f);
+		return LinesInView().size();
+	};
+	ShowEnd();
+	const uint64 Before = ITextShaper::Get().GetCounters().ParagraphsMade;
+	for (int32 Key = 0; Key < 3; ++Key)
+	{
+		// Two changes, as of a letter that replaces one, come before the view is asked again.
+		Put(Document, Document.GetEnd(), Document.GetEnd(), FTextDocument::Parse(TEXT("x")));
+		Put(Document, Document.GetEnd(), Document.GetEnd(), FTextDocument::Parse(TEXT("y")));
+		ShowEnd();
+	}
+	EXPECT_LE(ITextShaper::Get().GetCounters().ParagraphsMade - Before, 4u) << "the last piece once a key, and once the first";
+	const TUniquePtr<FTextView> Fresh = MakeView(Document, 400.0f, 2000.0f, true);
+	Fresh->ScrollToShow(Fresh->PlaceOf(Document.GetEnd(), false), 1.0f);
+	EXPECT_NEAR(View->PlaceOf(Document.GetEnd(), false).X, Fresh->PlaceOf(Document.GetEnd(), false).X, 0.01f);
+	// Another font has other glyphs.
+	View->SetFont(FCoreStyle::GetDefaultFontStyle(TEXT("Regular"), 14.0f), 1.0f);
+	const size_t Rows = ShowEnd();
+	Put(Document, Document.GetEnd(), Document.GetEnd(), FTextDocument::Parse(TEXT("z")));
+	EXPECT_NEAR(static_cast<double>(ShowEnd()), static_cast<double>(Rows), 1.0);
+}
+
 TEST_F(FTextViewTest, PreeditIsPartOfTheLineWhileItLasts)
 {
 	Begin(TEXT("abcd"), 500.0f);

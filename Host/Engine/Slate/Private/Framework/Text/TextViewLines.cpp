@@ -8,6 +8,8 @@ namespace
 	constexpr int32 MaxShapedSegments = 1024;
 	/** How far before its limit a long line may be cut to find a blank. */
 	constexpr int32 SegmentCutSearch = 128;
+	/** Of a line that was changed; no more are in view. */
+	constexpr int32 MaxKeptParagraphs = 16;
 }
 
 // Three stages of a line, each dearer than the one before: an estimated height, which costs a multiplication; segments, which
@@ -22,7 +24,8 @@ FTextViewLines::FTextViewLines(const FTextDocument& InDocument)
 
 void FTextViewLines::ChangeLines(int32 First, int32 Removed, int32 Added)
 {
-	if (First == 0 && Removed == Entries.Num())
+	// All of one line is most often a key in it.
+	if (First == 0 && Removed == Entries.Num() && (Removed > 1 || Added > 1))
 	{
 		ResetAll();
 		return;
@@ -202,7 +205,7 @@ TArray<FTextViewLines::FSegment>& FTextViewLines::GetSegments(int32 Line)
 	if (Length <= MaxSegment)
 	{
 		// The height stays what it was, measured or estimated, until the paragraph is made.
-		Entry.Segments->Add({ 0, Length, Entry.Height, false, nullptr });
+		Entry.Segments->Add({ 0, Length, Entry.Height, false, nullptr, FString() });
 		return *Entry.Segments;
 	}
 	FString Copy;
@@ -224,7 +227,7 @@ TArray<FTextViewLines::FSegment>& FTextViewLines::GetSegments(int32 Line)
 			}
 			End = Blank > End - SegmentCutSearch ? Blank : End - (TextUnits::IsInsidePair(Shown, End) ? 1 : 0);
 		}
-		Entry.Segments->Add({ Begin, End, EstimateHeight(End - Begin), false, nullptr });
+		Entry.Segments->Add({ Begin, End, EstimateHeight(End - Begin), false, nullptr, FString() });
 		Height += Entry.Segments->Last().Height;
 		Begin = End;
 	}
@@ -233,12 +236,21 @@ TArray<FTextViewLines::FSegment>& FTextViewLines::GetSegments(int32 Line)
 	return *Entry.Segments;
 }
 
+TSharedRef<ITextParagraph> FTextViewLines::FindOrMakeParagraph(const FString& Text) const
+{
+	const FKeptParagraph* const Same =
+		Kept.FindByPredicate([&Text](const FKeptParagraph& Each) { return Each.Text.Equals(Text, ESearchCase::CaseSensitive); });
+	return Same ? Same->Paragraph.ToSharedRef() : ITextShaper::Get().MakeParagraph(Text, Font, Scale);
+}
+
 FTextViewLines::FSegment& FTextViewLines::Shape(const FTextViewBlock& Block)
 {
 	FSegment& Segment = GetSegments(Block.Line)[Block.Segment];
 	if (!Segment.Paragraph)
 	{
-		Segment.Paragraph = ITextShaper::Get().MakeParagraph(MakeShownText(Block.Line, Segment.Begin, Segment.End), Font, Scale);
+		FString Text = MakeShownText(Block.Line, Segment.Begin, Segment.End);
+		Segment.Paragraph = FindOrMakeParagraph(Text);
+		Segment.Text = Entries[Block.Line].Segments->Num() > 1 ? MoveTemp(Text) : FString();
 		Segment.bMeasured = false;
 		++ShapedSegments;
 	}
@@ -264,9 +276,15 @@ void FTextViewLines::ResetLine(int32 Line)
 	const bool bKeepHeight = Entry.Segments && Entry.Segments->Num() == 1 && GetShownLength(Line) <= MaxSegment;
 	if (Entry.Segments)
 	{
-		for (const FSegment& Segment : *Entry.Segments)
+		// A line that is changed twice before it is shown again has nothing to keep the second time.
+		Kept.Reset();
+		for (FSegment& Segment : *Entry.Segments)
 		{
 			ShapedSegments -= Segment.Paragraph ? 1 : 0;
+			if (Segment.Paragraph && !Segment.Text.IsEmpty() && Kept.Num() < MaxKeptParagraphs)
+			{
+				Kept.Add({ MoveTemp(Segment.Text), Segment.Paragraph });
+			}
 		}
 		Entry.Segments.Reset();
 	}
@@ -277,6 +295,7 @@ void FTextViewLines::ResetLine(int32 Line)
 
 void FTextViewLines::ResetAll()
 {
+	Kept.Empty();
 	Entries.Empty();
 	Entries.AddDefaulted(Document.GetLineCount());
 	for (int32 Line = 0; Line < Entries.Num(); ++Line)

@@ -23,7 +23,8 @@ struct FTextViewBlock
 class FTextViewLines
 {
 public:
-	static constexpr int32 MaxSegment = 4096;
+	/** A key shapes the segment that it changes and those in view after it: in joined emoji, about nine rows each. */
+	static constexpr int32 MaxSegment = 2048;
 
 	explicit FTextViewLines(const FTextDocument& InDocument);
 
@@ -54,6 +55,8 @@ protected:
 		float Height = 0.0f;
 		bool bMeasured = false;
 		TSharedPtr<ITextParagraph> Paragraph;
+		/** What the paragraph was made of, where the line has more than one. */
+		FString Text;
 	};
 
 	int32 GetLineCount() const { return Entries.Num(); }
@@ -83,6 +86,15 @@ private:
 		TUniquePtr<TArray<FSegment>> Segments;
 	};
 
+	/** A paragraph of a long line that was changed: most of those in view come again. */
+	struct FKeptParagraph
+	{
+		FString Text;
+		TSharedPtr<ITextParagraph> Paragraph;
+	};
+
+	/** A paragraph of this text, one that was kept or a new one. */
+	TSharedRef<ITextParagraph> FindOrMakeParagraph(const FString& Text) const;
 	int32 GetShownLength(int32 Line) const;
 	FString MakeShownText(int32 Line, int32 Begin, int32 End) const;
 	float EstimateHeight(int32 Units) const;
@@ -101,4 +113,6 @@ private:
 	/** Of an average unit; zero until an estimate needs it. */
 	mutable float UnitWidth = 0.0f;
 	int32 ShapedSegments = 0;
+	/** Of the long line that was changed last; all in this font. */
+	TArray<FKeptParagraph> Kept;
 };
