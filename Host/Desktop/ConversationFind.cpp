@@ -366,9 +366,8 @@ void FConversationFind::Reveal(SScrollBox& Box)
 	{
 		return;
 	}
-	// 3. The line in the row, sideways in code; then the list itself in a tab that scrolls.
+	// 3. The line in the row, sideways in code; then the list itself in a tab that scrolls upright, once that has its place.
 	bool bIsAround = false;
-	const FSlateRect ListRect = Box.GetCachedGeometry().GetLayoutBoundingRect();
 	const float Scale = Box.GetCachedGeometry().GetAccumulatedScale();
 	for (TSharedPtr<SWidget> Parent = Widget->GetParentWidget(); Parent; Parent = Parent->GetParentWidget())
 	{
@@ -378,11 +377,15 @@ void FConversationFind::Reveal(SScrollBox& Box)
 		}
 		SScrollBox& Around = static_cast<SScrollBox&>(*Parent);
 		const bool bIsColumn = Around.GetOrientation() == Orient_Vertical;
+		if (bIsColumn && bIsAround)
+		{
+			Around.ScrollDescendantIntoView(Box.AsShared(), false);
+			continue;
+		}
 		const FSlateRect View = Around.GetCachedGeometry().GetLayoutBoundingRect();
 		const float Room = bIsColumn ? RevealRoom * Scale : 0.0f;
-		const float Way = bIsColumn && bIsAround ? GetWayInto(ListRect.Top, ListRect.Bottom, View.Top, View.Bottom)
-			: bIsColumn							 ? GetWayInto(Rects[0].Top - Room, Rects[0].Bottom + Room, View.Top, View.Bottom)
-												 : GetWayInto(Rects[0].Left, Rects[0].Right, View.Left, View.Right);
+		const float Way = bIsColumn ? GetWayInto(Rects[0].Top - Room, Rects[0].Bottom + Room, View.Top, View.Bottom)
+									: GetWayInto(Rects[0].Left, Rects[0].Right, View.Left, View.Right);
 		if (Way != 0.0f)
 		{
 			Around.SetScrollOffset(FMath::Max(Around.GetScrollOffset() + Way / Scale, 0.0f));
