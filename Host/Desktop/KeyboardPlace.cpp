@@ -11,11 +11,11 @@ namespace
 	/** What is made anew in a frame may have its place in the next one only. */
 	constexpr int32 MaxLooks = 4;
 
-	/** Shown, be it scrolled away, in one of the layers of the window. */
-	bool IsInWindow(const TSharedRef<SWidget>& Widget)
+	/** In one of the layers of the window, be it scrolled away. @param bShown  It and all around it are shown, too. */
+	bool IsInWindow(const TSharedRef<SWidget>& Widget, bool bShown = true)
 	{
 		TSharedRef<SWidget> Top = Widget;
-		while (Top->GetVisibility().IsVisible())
+		while (!bShown || Top->GetVisibility().IsVisible())
 		{
 			const TSharedPtr<SWidget> Parent = Top->GetParentWidget();
 			if (!Parent)
@@ -125,6 +125,11 @@ void FKeyboardPlace::NoteTurn()
 	if (Focused && IsInWindow(Focused.ToSharedRef()))
 	{
 		Remember(Focused.ToSharedRef());
+		return;
+	}
+	if (!bIsNewTab && Focused && IsInWindow(Focused.ToSharedRef(), false))
+	{
+		// What is hidden for a while still has it when it comes back.
 		return;
 	}
 	const TSharedPtr<SWidget> Before = Path.IsEmpty() ? nullptr : Path[0].Pin();
