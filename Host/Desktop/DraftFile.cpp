@@ -2,6 +2,7 @@
 
 #include "Host/HostFileNames.h"
 #include "Host/HostFolders.h"
+#include "Host/HostSystemErrors.h"
 #include "Host/StoreLocation.h"
 #include "Misc/Paths.h"
 
@@ -26,7 +27,8 @@ namespace
 	int TryLock(const FString& Path, bool& bOutIsPossible)
 	{
 		const std::string Name = HostFileNameToBytes(Path + TEXT(".lock"));
-		const int Handle = open(Name.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0600);
+		const int Handle =
+			HostRetryInterrupted([&Name] { return open(Name.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0600); });
 		// The lock file stays: to delete one that another program is about to lock would give both the same draft.
 		bOutIsPossible = Handle >= 0;
 		if (Handle >= 0 && flock(Handle, LOCK_EX | LOCK_NB) != 0)

@@ -428,7 +428,7 @@ namespace Velmora
 		bool bDone = mkdir(Fresh.c_str(), 0700) == 0 && mkdir((Fresh + '/' + FKeptContents::FolderName).c_str(), 0700) == 0;
 		if (bDone)
 		{
-			NewLock = FFileDescriptor(open((Fresh + '/' + LockName).c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
+			NewLock = FFileDescriptor::Open(Fresh + '/' + LockName, O_RDWR | O_CREAT | O_EXCL, 0600);
 			bDone = NewLog.Create(Fresh) && NewLock.IsOpen() && flock(NewLock.Get(), LOCK_EX | LOCK_NB) == 0 &&
 				rename(Fresh.c_str(), Final.c_str()) == 0;
 		}
@@ -446,7 +446,7 @@ namespace Velmora
 		{
 			for (const std::string& Made : { Final, UndoFolder })
 			{
-				const FFileDescriptor Opened(open(Made.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+				const FFileDescriptor Opened = FFileDescriptor::Open(Made, O_RDONLY | O_DIRECTORY);
 				(void)Opened.Flush();
 			}
 		}

@@ -241,7 +241,7 @@ namespace Velmora
 
 	bool FChangeLog::Create(const std::string& Folder)
 	{
-		File = FFileDescriptor(open((Folder + '/' + FileName).c_str(), O_WRONLY | O_CREAT | O_EXCL | O_APPEND | O_CLOEXEC, 0600));
+		File = FFileDescriptor::Open(Folder + '/' + FileName, O_WRONLY | O_CREAT | O_EXCL | O_APPEND, 0600);
 		return File.IsOpen();
 	}
 
@@ -260,7 +260,7 @@ namespace Velmora
 		{
 			const std::string Reason = Count >= 0 && Count < static_cast<ssize_t>(Line.size()) ? "the disk is full" : strerror(errno);
 			// Half a line would spoil the next one.
-			[[maybe_unused]] const int Ignored = ftruncate(File.Get(), Before.st_size);
+			[[maybe_unused]] const int Ignored = HostRetryInterrupted([&] { return ftruncate(File.Get(), Before.st_size); });
 			return "it cannot be written down for undo: " + Reason;
 		}
 		return std::string();
@@ -268,7 +268,7 @@ namespace Velmora
 
 	std::string FChangeLog::CutTo(off_t Size)
 	{
-		const bool bIsCut = ftruncate(File.Get(), Size) == 0 && (!bIsDurable || File.Flush());
+		const bool bIsCut = HostRetryInterrupted([&] { return ftruncate(File.Get(), Size); }) == 0 && (!bIsDurable || File.Flush());
 		return bIsCut ? std::string() : std::string("the list of changes cannot be written: ") + strerror(errno);
 	}
 

@@ -55,7 +55,7 @@ namespace Velmora::PrivateFile
 	{
 		OutProblem.clear();
 		const std::string Path = GetFolder() + '/' + Name;
-		const FFileDescriptor File(open(Path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+		const FFileDescriptor File = FFileDescriptor::Open(Path, O_RDONLY | O_NONBLOCK);
 		if (!File.IsOpen())
 		{
 			OutProblem = errno == ENOENT || errno == ENOTDIR ? std::string() : Path + " cannot be read.";

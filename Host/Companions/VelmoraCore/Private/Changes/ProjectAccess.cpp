@@ -126,7 +126,7 @@ namespace Velmora
 
 	FProjectAccess::FProjectAccess(const std::string& InRoot, EAccessMethod InMethod)
 		: Root(InRoot)
-		, RootFolder(open(InRoot.c_str(), FolderFlags))
+		, RootFolder(FFileDescriptor::Open(InRoot, FolderFlags))
 		, OpenError(RootFolder.IsOpen() ? 0 : errno)
 		, Method(InMethod)
 	{

@@ -152,7 +152,7 @@ namespace Velmora
 				}
 				continue;
 			}
-			const FFileDescriptor TheirLock(open((Path + '/' + LockName).c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
+			const FFileDescriptor TheirLock = FFileDescriptor::Open(Path + '/' + LockName, O_RDWR | O_NOFOLLOW | O_NONBLOCK);
 			// Every journal has had a lock since it took its name; one without is half removed.
 			const bool bIsHalfRemoved = !TheirLock.IsOpen() && errno == ENOENT;
 			if (!bIsHalfRemoved && (!TheirLock.IsOpen() || flock(TheirLock.Get(), LOCK_EX | LOCK_NB) != 0))
@@ -227,7 +227,7 @@ namespace Velmora
 		uint64_t KeptBytes = 0;
 		for (const auto& [Time, Path] : Folders)
 		{
-			FFileDescriptor TheirLock(open((Path + '/' + LockName).c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
+			FFileDescriptor TheirLock = FFileDescriptor::Open(Path + '/' + LockName, O_RDWR | O_NOFOLLOW | O_NONBLOCK);
 			if (!TheirLock.IsOpen() || flock(TheirLock.Get(), LOCK_EX | LOCK_NB) != 0)
 			{
 				continue;

@@ -5,9 +5,11 @@
 #include <sys/file.h>
 #include <unistd.h>
 
+#include "Host/FileDescriptor.h"
 #include "Host/HostAtomicFile.h"
 #include "Host/HostFileNames.h"
 #include "Host/HostFolders.h"
+#include "Host/HostSystemErrors.h"
 #include "Host/StoreLocation.h"
 #include "Misc/FileHelper.h"
 #include "Store/ConversationStore.h"
@@ -27,18 +29,11 @@ namespace Velmora
 		public:
 			explicit FMarksLock(const FString& Path)
 				: Lock(GetMutex())
-				, Handle(open(HostFileNameToBytes(Path + TEXT(".lock")).c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600))
+				, Handle(FFileDescriptor::Open(HostFileNameToBytes(Path + TEXT(".lock")), O_RDWR | O_CREAT | O_NOFOLLOW, 0600))
 			{
-				if (Handle >= 0)
+				if (Handle.IsOpen())
 				{
-					(void)flock(Handle, LOCK_EX);
-				}
-			}
-			~FMarksLock()
-			{
-				if (Handle >= 0)
-				{
-					close(Handle);
+					(void)HostRetryInterrupted([this] { return flock(Handle.Get(), LOCK_EX); });
 				}
 			}
 			FMarksLock(const FMarksLock&) = delete;
@@ -52,7 +47,7 @@ namespace Velmora
 			}
 
 			const std::scoped_lock<std::mutex> Lock;
-			const int Handle;
+			const FFileDescriptor Handle;
 		};
 
 		/** "id<TAB>pinned<TAB>name", a line each. Lines that read otherwise are left out. */

@@ -7,6 +7,7 @@
 #include "Host/HostFolders.h"
 #include "Host/HostIniFile.h"
 #include "Host/HostServices.h"
+#include "Host/HostSystemErrors.h"
 #include "Misc/FileHelper.h"
 #include "HAL/FileManager.h"
 #include "Misc/Optional.h"
@@ -82,7 +83,8 @@ namespace
 		{
 			const FString Folder = FPaths::GetPath(Path);
 			IFileManager::Get().MakeDirectory(*Folder, true);
-			Descriptor = open(HostFileSystem::ToBytes(Folder).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+			const std::string Bytes = HostFileSystem::ToBytes(Folder);
+			Descriptor = HostRetryInterrupted([&Bytes] { return open(Bytes.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); });
 			for (int32 Try = 0; Descriptor >= 0 && Try < IniLockTries && flock(Descriptor, LOCK_EX | LOCK_NB) != 0; ++Try)
 			{
 				if (errno != EWOULDBLOCK && errno != EINTR)
