@@ -116,6 +116,27 @@ TEST_F(FChatWindowTest, TheStatusColourBlendsOnFromFrameToFrame)
 	EXPECT_EQ(GetStatusColor(), Hex(FVelmoraUIStyles::GetStatusReadyColor()));
 }
 
+TEST_F(FChatWindowTest, TheWelcomeOfALowWindowStaysInItsPlace)
+{
+	Connect();
+	Resize(640, 360);
+	PumpFrame();
+	const FSlateRect Place = GetRect(*FindByType("SEmptyState")[0]);
+	const float Prompt = GetRect(*FindByTag("InputTextBox")).Top;
+	int32 Lines = 0;
+	for (const FSlateDrawElement& Element : App().GetLastElements().GetElements())
+	{
+		if (Element.Type == ESlateDrawType::Glyphs && Utf8(Element.Color.ToHex()) == Hex(FVelmoraUIStyles::GetTextColorTertiary()) &&
+			Element.Clip.Top < Prompt)
+		{
+			++Lines;
+			EXPECT_GE(Element.Clip.Top, Place.Top - 1.0f);
+			EXPECT_LE(Element.Clip.Bottom, Place.Bottom + 1.0f);
+		}
+	}
+	EXPECT_GT(Lines, 0);
+}
+
 TEST_F(FChatWindowTest, TheWelcomeStandsUntilTheFirstMessage)
 {
 	Connect();

@@ -15,6 +15,8 @@ void SEmptyState::Construct(const FArguments& InArgs)
 	Message = InArgs._Message;
 	Icon = InArgs._Icon;
 
+	// In a low tab the texts are taller than their place, and what stands above and below it must stay readable.
+	SetClipping(EWidgetClipping::ClipToBounds);
 	// clang-format off
 	ChildSlot
 	[
