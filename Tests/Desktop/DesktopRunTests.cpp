@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <filesystem>
 #include <thread>
 
 /** The program in a real window. Skipped, and said so, where there is no virtual display to open it on. */
@@ -85,13 +86,18 @@ TEST_F(DesktopRun, GoesOnWhileHiddenAndShowsItAfterwards)
 TEST_F(DesktopRun, SaysSoWhenTheDisplayIsLost)
 {
 	const FRandomProject Project;
+	const std::string Ready = Project.Path("ready.json");
+	const std::string Script = Project.Write("run.txt", "wait idle 60\ndump " + Ready + "\ntick 6000\n");
 	std::thread Killer(
-		[this]()
+		[this, &Ready]()
 		{
-			std::this_thread::sleep_for(std::chrono::seconds(2));
+			for (int Look = 0; Look < 1200 && !std::filesystem::exists(Ready); ++Look)
+			{
+				std::this_thread::sleep_for(std::chrono::milliseconds(50));
+			}
 			Display->Stop();
 		});
-	const FRun Run = RunProgram({ "--project", "." }, "", Project.Folder.string(), { "DISPLAY=" + Display->GetName() });
+	const FRun Run = RunProgram({ "--project", ".", "--script", Script }, "", Project.Folder.string(), { "DISPLAY=" + Display->GetName() });
 	Killer.join();
 	EXPECT_EQ(Run.ExitCode, 1);
 	EXPECT_TRUE(Contains(Run.Error, "display")) << Run.Error;
