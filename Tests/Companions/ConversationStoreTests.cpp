@@ -3,6 +3,7 @@
 #include "Host/HostClock.h"
 #include "Store/StoreSchema.h"
 #include "Store/StoreTurn.h"
+#include "Support/Base/SmallDisk.h"
 
 #include <atomic>
 #include <chrono>
@@ -286,6 +287,33 @@ TEST_F(ConversationStores, AStoreThatIsJustBeingOpenedIsWaitedFor)
 			EXPECT_TRUE(Stored) << Stored.GetWords();
 		});
 	EXPECT_EQ(ReadIds(*Store), "B A ");
+}
+
+// The flush of a commit can fail when all of it is in the log already: who reads the log next takes it for done. Here another
+// connection writes what the log would have held.
+TEST_F(ConversationStores, WhatAFailedCommitMayHaveStoredIsNotStoredTwice)
+{
+	const TSharedRef<FStore> Store = OpenStore();
+	FConversationMetadata Talk = Conversation(TEXT("A"), { TEXT("a"), TEXT("b") });
+	Put(*Store, Talk);
+	const FString Long = FString::ChrN(200 << 10, TEXT('x'));
+	for (const FString& Text : { Long, FString(TEXT("next")), FString(TEXT("next")) })
+	{
+		Talk.Messages.Add(Message(Text));
+	}
+	{
+		const FSmallDisk Disk(128 << 10);
+		ASSERT_FALSE(Store->Append(Talk, 2));
+	}
+	FConversationMetadata InLog = Talk;
+	InLog.Messages.SetNum(4);
+	ASSERT_TRUE(OpenStore()->Append(InLog, 2));
+	ASSERT_TRUE(Store->Append(Talk, 2));
+	EXPECT_TRUE(Read(*Store, TEXT("A")) == "a|b|" + Utf8(Long) + "|next|next");
+	// What is said twice is stored twice when nothing has failed.
+	Talk.Messages.Add(Message(TEXT("next")));
+	ASSERT_TRUE(Store->Append(Talk, 5));
+	EXPECT_TRUE(Read(*Store, TEXT("A")).ends_with("|next|next|next"));
 }
 
 TEST_F(ConversationStores, WorksAgainWhenAFaultIsGone)

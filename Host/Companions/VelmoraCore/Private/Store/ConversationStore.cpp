@@ -103,8 +103,19 @@ namespace Velmora
 				{
 					Row.Id = StoreSchema::EncodeId(InOutConversation.Id);
 				}
+				// A commit that failed may have reached the log all the same, and a new connection takes it for done.
+				int32 Next = bIsNew ? 0 : First;
+				if (!bIsNew && IsInDoubt(InOutConversation.Id))
+				{
+					const TOutcome<int32> Known = StoreSchema::CountStored(Database, Row.Number, InOutConversation.Messages, First);
+					if (!Known)
+					{
+						return FOutcome(Known);
+					}
+					Next += *Known;
+				}
 				FOutcome Step = bIsNew ? StoreSchema::InsertConversation(Database, Row) : StoreSchema::UpdateConversation(Database, Row);
-				for (int32 Index = bIsNew ? 0 : First; Step && Index < InOutConversation.Messages.Num(); ++Index)
+				for (int32 Index = Next; Step && Index < InOutConversation.Messages.Num(); ++Index)
 				{
 					const TOutcome<int64> Key = StoreSchema::AddMessage(Database, Row.Number, InOutConversation.Messages[Index]);
 					const TArray<FString>* const Files = Attached.Find(Index);
@@ -112,6 +123,7 @@ namespace Velmora
 				}
 				return Step;
 			});
+		NoteDoubt(InOutConversation.Id, Stored);
 		if (Stored)
 		{
 			InOutConversation.LastUpdated = StoreSchema::ToLocalTime(Now.GetTicks());
@@ -139,7 +151,27 @@ namespace Velmora
 				Key = Added ? *Added : 0;
 				return Added;
 			});
+		NoteDoubt(Id, Stored);
 		return Stored ? TOutcome<int64>(Key) : TOutcome<int64>(Stored);
+	}
+
+	bool FConversationStore::IsInDoubt(const FString& Id)
+	{
+		const std::scoped_lock Lock(DoubtMutex);
+		return InDoubt.Contains(Id);
+	}
+
+	void FConversationStore::NoteDoubt(const FString& Id, const FOutcome& Stored)
+	{
+		const std::scoped_lock Lock(DoubtMutex);
+		if (Stored)
+		{
+			InDoubt.Remove(Id);
+		}
+		else if (bHasCommitFailed)
+		{
+			InDoubt.AddUnique(Id);
+		}
 	}
 
 	FOutcome FConversationStore::Withdraw(const FString& Id, int64 Key)
@@ -332,11 +364,13 @@ namespace Velmora
 	FOutcome FConversationStore::RunOnce(EAccess Access, int32 TimeoutMilliseconds, bool bMayTakeTime, const FWork& Work)
 	{
 		bWasInterrupted = false;
+		bHasCommitFailed = false;
 		const FOutcome Begun = Begin(Access, TimeoutMilliseconds);
 		FOutcome Result = Begun ? Work(*Connection) : Begun;
 		if (Begun && (Result || Result.Is(EOutcome::Missing)))
 		{
 			const FOutcome Ended = Connection->Execute(Result ? "COMMIT" : "ROLLBACK");
+			bHasCommitFailed = Result && !Ended;
 			if (Ended)
 			{
 				if (Connection->GetWaitingPages() > (bMayTakeTime ? PagesBeforeCheckpoint : MaxWaitingPages))

@@ -200,6 +200,9 @@ namespace Velmora
 		/** Renames it, so that nobody writes to it any more, and notes it as to be taken over. */
 		FOutcome ClaimSideStore(const std::string& Path);
 
+		bool IsInDoubt(const FString& Id);
+		void NoteDoubt(const FString& Id, const FOutcome& Stored);
+
 		/** When every row of it can be read. */
 		static bool RemoveSideStore(const std::string& Path);
 
@@ -217,6 +220,13 @@ namespace Velmora
 		std::unique_ptr<FSqliteConnection> Connection;
 		uint64 FileNumber = 0;
 		bool bWasInterrupted = false;
+
+		/** Of the last transaction. Whoever looks after the turn may see another one's, and looks once more than needed then. */
+		std::atomic<bool> bHasCommitFailed = false;
+
+		std::mutex DoubtMutex;
+		/** Conversations with messages of which nobody knows whether they are in the store. */
+		TArray<FString> InDoubt;
 
 		/** One thread at a time goes through the whole file. */
 		std::mutex CheckMutex;

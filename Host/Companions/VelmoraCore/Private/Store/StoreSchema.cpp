@@ -56,6 +56,7 @@ namespace Velmora::StoreSchema
 		constexpr char DeleteMessageSql[] = "DELETE FROM messages WHERE key=?";
 		constexpr char DeleteMessagesSql[] = "DELETE FROM messages WHERE key>=? AND key<?";
 		constexpr char KeyAtSql[] = "SELECT key FROM messages WHERE key>=? AND key<? ORDER BY key LIMIT 1 OFFSET ?";
+		constexpr char LastMessagesSql[] = "SELECT role, flags, content FROM messages WHERE key>=? AND key<? ORDER BY key DESC LIMIT ?";
 		constexpr char MessagesSql[] =
 			"SELECT key, role, flags, content, checksum FROM messages WHERE key>=? AND key<? ORDER BY key LIMIT ?";
 
@@ -370,6 +371,45 @@ namespace Velmora::StoreSchema
 									  .Bind(static_cast<int64>(HashMessage(Key, Role, Flags, BytesOf(Content))))
 									  .Finish();
 		return Inserted ? TOutcome<int64>(Key) : TOutcome<int64>(Inserted);
+	}
+
+	TOutcome<int32> CountStored(FSqliteConnection& Connection, int64 Number, const TArray<FConversationMessage>& Messages, int32 First)
+	{
+		// 1. The last rows, the last one first.
+		struct FLast
+		{
+			int64 Role;
+			bool bHasToolCalls;
+			FString Content;
+		};
+		std::vector<FLast> Last;
+		FSqliteQuery Query = Connection.Query(LastMessagesSql);
+		Query.Bind(MakeKey(Number, 0)).Bind(MakeKey(Number + 1, 0)).Bind(Messages.Num() - First);
+		while (Query.Next())
+		{
+			Last.push_back({ Query.GetInteger(0), (Query.GetInteger(1) & HasToolCallsFlag) != 0, ToText(Query.GetBytes(2)) });
+		}
+		if (Query.HasFailed())
+		{
+			return Query.GetOutcome();
+		}
+		// 2. The most of the messages that they end with.
+		for (int32 Count = static_cast<int32>(Last.size()); Count > 0; --Count)
+		{
+			bool bIsSame = true;
+			for (int32 Index = 0; bIsSame && Index < Count; ++Index)
+			{
+				const FLast& Row = Last[static_cast<size_t>(Count - 1 - Index)];
+				const FConversationMessage& Message = Messages[First + Index];
+				bIsSame = Row.Role == static_cast<int64>(Message.Role) && Row.bHasToolCalls == Message.bHasToolCalls &&
+					Row.Content.Equals(Message.Content, ESearchCase::CaseSensitive);
+			}
+			if (bIsSame)
+			{
+				return Count;
+			}
+		}
+		return 0;
 	}
 
 	FOutcome DeleteMessage(FSqliteConnection& Connection, int64 Key)

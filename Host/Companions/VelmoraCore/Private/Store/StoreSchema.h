@@ -99,6 +99,8 @@ namespace Velmora::StoreSchema
 
 	/** After the last message of the conversation. @return Its key. */
 	TOutcome<int64> AddMessage(FSqliteConnection& Connection, int64 Number, const FConversationMessage& Message);
+	/** How many messages, from First on, are the last ones of the conversation already, in this order. */
+	TOutcome<int32> CountStored(FSqliteConnection& Connection, int64 Number, const TArray<FConversationMessage>& Messages, int32 First);
 	FOutcome DeleteMessage(FSqliteConnection& Connection, int64 Key);
 	FOutcome DeleteMessagesAfter(FSqliteConnection& Connection, int64 Number, int32 KeepCount);
 	/** @param MaxCount  Negative for all. */
