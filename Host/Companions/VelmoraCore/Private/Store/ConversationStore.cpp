@@ -86,7 +86,9 @@ namespace Velmora
 		FConversationMetadata& InOutConversation, int32 First, int32 TimeoutMilliseconds, const FAttachedFiles& Attached)
 	{
 		const FDateTime Now = FDateTime::UtcNow();
-		FOutcome Stored = Run(EAccess::Write, TimeoutMilliseconds,
+		bool bMayBeStored = false;
+		FOutcome Stored = Run(
+			EAccess::Write, TimeoutMilliseconds,
 			[&](FSqliteConnection& Database)
 			{
 				StoreSchema::FConversationRow Row;
@@ -122,8 +124,9 @@ namespace Velmora
 					Step = Key && Files && !Files->IsEmpty() ? AttachedFiles::Add(Database, *Key, *Files) : FOutcome(Key);
 				}
 				return Step;
-			});
-		NoteDoubt(InOutConversation.Id, Stored);
+			},
+			&bMayBeStored);
+		NoteDoubt(InOutConversation.Id, Stored, bMayBeStored);
 		if (Stored)
 		{
 			InOutConversation.LastUpdated = StoreSchema::ToLocalTime(Now.GetTicks());
@@ -134,7 +137,9 @@ namespace Velmora
 	TOutcome<int64> FConversationStore::AppendMessage(const FString& Id, const FConversationMessage& Message)
 	{
 		int64 Key = 0;
-		const FOutcome Stored = Run(EAccess::Write, WorkerTimeoutMilliseconds,
+		bool bMayBeStored = false;
+		const FOutcome Stored = Run(
+			EAccess::Write, WorkerTimeoutMilliseconds,
 			[&](FSqliteConnection& Database) -> FOutcome
 			{
 				StoreSchema::FConversationRow Row;
@@ -150,8 +155,9 @@ namespace Velmora
 				TOutcome<int64> Added = StoreSchema::AddMessage(Database, Row.Number, Message);
 				Key = Added ? *Added : 0;
 				return Added;
-			});
-		NoteDoubt(Id, Stored);
+			},
+			&bMayBeStored);
+		NoteDoubt(Id, Stored, bMayBeStored);
 		return Stored ? TOutcome<int64>(Key) : TOutcome<int64>(Stored);
 	}
 
@@ -161,14 +167,14 @@ namespace Velmora
 		return InDoubt.Contains(Id);
 	}
 
-	void FConversationStore::NoteDoubt(const FString& Id, const FOutcome& Stored)
+	void FConversationStore::NoteDoubt(const FString& Id, const FOutcome& Stored, bool bMayBeStored)
 	{
 		const std::scoped_lock Lock(DoubtMutex);
 		if (Stored)
 		{
 			InDoubt.Remove(Id);
 		}
-		else if (bHasCommitFailed)
+		else if (bMayBeStored)
 		{
 			InDoubt.AddUnique(Id);
 		}
@@ -319,19 +325,24 @@ namespace Velmora
 		return Database.IsBusy() ? Database.GetError() : NoStore;
 	}
 
-	FOutcome FConversationStore::Run(EAccess Access, int32 TimeoutMilliseconds, const FWork& Work)
+	FOutcome FConversationStore::Run(EAccess Access, int32 TimeoutMilliseconds, const FWork& Work, bool* OutMayBeStored)
 	{
 		const FTurn Turn(*this, TimeoutMilliseconds);
 		if (!Turn.IsMine())
 		{
 			return FOutcome(EOutcome::Busy, OccupiedProblem, GetPath());
 		}
+		bHasCommitFailed = false;
 		const bool bMayTakeTime = TimeoutMilliseconds > FrameTimeoutMilliseconds;
 		FOutcome Result = RunOnce(Access, Turn.GetMilliseconds(), bMayTakeTime, Work);
 		// The database library takes a flush that a signal interrupts for a failed one; nothing has changed then.
 		for (int Count = 0; !Result && bWasInterrupted && Count < MaxInterruptedRuns; ++Count)
 		{
 			Result = RunOnce(Access, Turn.GetMilliseconds(), bMayTakeTime, Work);
+		}
+		if (OutMayBeStored)
+		{
+			*OutMayBeStored = !Result && bHasCommitFailed;
 		}
 		return Result;
 	}
@@ -364,13 +375,12 @@ namespace Velmora
 	FOutcome FConversationStore::RunOnce(EAccess Access, int32 TimeoutMilliseconds, bool bMayTakeTime, const FWork& Work)
 	{
 		bWasInterrupted = false;
-		bHasCommitFailed = false;
 		const FOutcome Begun = Begin(Access, TimeoutMilliseconds);
 		FOutcome Result = Begun ? Work(*Connection) : Begun;
 		if (Begun && (Result || Result.Is(EOutcome::Missing)))
 		{
 			const FOutcome Ended = Connection->Execute(Result ? "COMMIT" : "ROLLBACK");
-			bHasCommitFailed = Result && !Ended;
+			bHasCommitFailed = Result ? !Ended : bHasCommitFailed;
 			if (Ended)
 			{
 				if (Connection->GetWaitingPages() > (bMayTakeTime ? PagesBeforeCheckpoint : MaxWaitingPages))

@@ -133,7 +133,8 @@ namespace Velmora
 
 		/** Opens what must be open and does the work in one transaction, which is kept if the work is done. */
 		using FWork = TFunction<FOutcome(FSqliteConnection&)>;
-		FOutcome Run(EAccess Access, int32 TimeoutMilliseconds, const FWork& Work);
+		/** @param OutMayBeStored  The commit failed, and may have reached the log all the same. */
+		FOutcome Run(EAccess Access, int32 TimeoutMilliseconds, const FWork& Work, bool* OutMayBeStored = nullptr);
 
 		FOutcome Truncate(const FString& Id, int32 KeepCount, const FMayDrop& MayDrop, int32 TimeoutMilliseconds);
 
@@ -201,7 +202,7 @@ namespace Velmora
 		FOutcome ClaimSideStore(const std::string& Path);
 
 		bool IsInDoubt(const FString& Id);
-		void NoteDoubt(const FString& Id, const FOutcome& Stored);
+		void NoteDoubt(const FString& Id, const FOutcome& Stored, bool bMayBeStored);
 
 		/** When every row of it can be read. */
 		static bool RemoveSideStore(const std::string& Path);
@@ -220,9 +221,7 @@ namespace Velmora
 		std::unique_ptr<FSqliteConnection> Connection;
 		uint64 FileNumber = 0;
 		bool bWasInterrupted = false;
-
-		/** Of the last transaction. Whoever looks after the turn may see another one's, and looks once more than needed then. */
-		std::atomic<bool> bHasCommitFailed = false;
+		bool bHasCommitFailed = false;
 
 		std::mutex DoubtMutex;
 		/** Conversations with messages of which nobody knows whether they are in the store. */

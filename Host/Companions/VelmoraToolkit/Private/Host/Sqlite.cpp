@@ -277,7 +277,14 @@ namespace Velmora
 
 	bool FSqliteConnection::WasInterruptedBySignal() const
 	{
-		return (GetErrorCode() & 0xff) == SQLITE_IOERR && Database && sqlite3_system_errno(Database) == EINTR;
+		const int Code = GetErrorCode();
+		if ((Code & 0xff) != SQLITE_IOERR || !Database)
+		{
+			return false;
+		}
+		// The library looks around after a failed flush, and at times the reason is lost by that.
+		const int SystemError = sqlite3_system_errno(Database);
+		return SystemError == EINTR || (Code == SQLITE_IOERR_FSYNC && SystemError == 0);
 	}
 
 	FOutcome FSqliteConnection::GetError() const
