@@ -258,10 +258,11 @@ namespace Velmora
 		const ssize_t Count = HostRetryInterrupted([&] { return write(File.Get(), Line.data(), Line.size()); });
 		if (Count != static_cast<ssize_t>(Line.size()) || (bIsDurable && !File.Flush()))
 		{
-			const std::string Reason = Count >= 0 && Count < static_cast<ssize_t>(Line.size()) ? "the disk is full" : strerror(errno);
+			const std::string Reason =
+				Count >= 0 && Count < static_cast<ssize_t>(Line.size()) ? "the disk is full" : HostDescribeSystemError(errno);
 			// Half a line would spoil the next one.
 			[[maybe_unused]] const int Ignored = HostRetryInterrupted([&] { return ftruncate(File.Get(), Before.st_size); });
-			return "it cannot be written down for undo: " + Reason;
+			return Reason;
 		}
 		return std::string();
 	}
@@ -269,7 +270,7 @@ namespace Velmora
 	std::string FChangeLog::CutTo(off_t Size)
 	{
 		const bool bIsCut = HostRetryInterrupted([&] { return ftruncate(File.Get(), Size); }) == 0 && (!bIsDurable || File.Flush());
-		return bIsCut ? std::string() : std::string("the list of changes cannot be written: ") + strerror(errno);
+		return bIsCut ? std::string() : "the list of changes cannot be written: " + HostDescribeSystemError(errno);
 	}
 
 	std::string FChangeLog::ListMessages(const std::vector<std::shared_ptr<FChangeTransaction>>& Transactions)
@@ -308,7 +309,8 @@ namespace Velmora
 			Line.Add(Record.Before).Add(Record.After).Add(Record.MadeFolders).Add(Record.OtherNames);
 			Lines += Line.Take();
 		}
-		return Append(Lines);
+		const std::string Reason = Append(Lines);
+		return Reason.empty() ? Reason : "it cannot be written down for undo: " + Reason;
 	}
 
 	std::string FChangeLog::AppendFailure(size_t Count)

@@ -93,9 +93,9 @@ namespace Velmora
 				[&]
 				{
 					Logged.Notices = Plan.Notices;
-					const std::string Problem = Log.AppendUndo(Logged);
-					bIsWrittenDown = Problem.empty();
-					return Problem;
+					const std::string Reason = Log.AppendUndo(Logged);
+					bIsWrittenDown = Reason.empty();
+					return bIsWrittenDown ? Reason : "Its steps cannot be noted in " + UndoFolder + ": " + Reason + '.';
 				},
 				[&] { return Request.Commit(MessageIndex); });
 			if (bIsWrittenDown)
