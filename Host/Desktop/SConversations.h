@@ -91,6 +91,9 @@ private:
 	/** What stands here goes with the session. */
 	bool bKeepsNothing = false;
 	bool bWasRead = false;
+	/** Names and pins that were changed, ever, and those that are not stored yet: each ends with a reading of the store. */
+	int32 MarkChanges = 0;
+	int32 MarksUnderWay = 0;
 	bool bIsSearching = false;
 	bool bWantsFocus = true;
 	double LastLook = -1.0;

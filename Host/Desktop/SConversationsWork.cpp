@@ -128,19 +128,24 @@ void SConversations::ReadStore()
 		return;
 	}
 	AsyncTask(ENamedThreads::AnyBackgroundThreadNormalTask,
-		[Weak = TWeakPtr<SConversations>(SharedThis(this))]
+		[Weak = TWeakPtr<SConversations>(SharedThis(this)), Begun = MarkChanges]
 		{
 			FConversationItems::FRead Read = FConversationItems::Read();
 			AsyncTask(ENamedThreads::GameThread,
-				[Weak, Read = MoveTemp(Read)]() mutable
+				[Weak, Begun, Read = MoveTemp(Read)]() mutable
 				{
 					if (const TSharedPtr<SConversations> Self = Weak.Pin())
 					{
 						const bool bReadAgain = Self->Reading.End();
-						Self->bWasRead = true;
-						Self->Items.Take(MoveTemp(Read));
-						Self->ShowItems();
-						if (bReadAgain)
+						// What the user has changed since stands in the list already; this reading does not know of it.
+						const bool bIsBehind = Begun != Self->MarkChanges || Self->MarksUnderWay > 0;
+						if (!bIsBehind)
+						{
+							Self->bWasRead = true;
+							Self->Items.Take(MoveTemp(Read));
+							Self->ShowItems();
+						}
+						if (bReadAgain || (bIsBehind && Self->MarksUnderWay == 0))
 						{
 							Self->ReadStore();
 						}
@@ -257,6 +262,8 @@ void SConversations::TogglePin()
 
 void SConversations::ChangeMark(const FString& Id, const FConversationMark& Mark)
 {
+	++MarkChanges;
+	++MarksUnderWay;
 	Items.SetMark(Id, Mark);
 	ShowItems();
 	AsyncTask(ENamedThreads::AnyBackgroundThreadNormalTask,
@@ -269,6 +276,7 @@ void SConversations::ChangeMark(const FString& Id, const FConversationMark& Mark
 				{
 					if (const TSharedPtr<SConversations> Self = Weak.Pin())
 					{
+						--Self->MarksUnderWay;
 						Self->ReadStore();
 					}
 				});
