@@ -6,6 +6,7 @@
 #include "Misc/MessageDialog.h"
 #include "Widgets/Input/SButton.h"
 #include "Widgets/Input/SEditableTextBox.h"
+#include "Widgets/Layout/SBorder.h"
 #include "Widgets/Layout/SBox.h"
 #include "Widgets/SBoxPanel.h"
 #include "Widgets/Text/STextBlock.h"
@@ -298,6 +299,21 @@ TEST_F(FDockTest, ANarrowAreaScrollsSidewaysWhatWouldBeCut)
 	PumpSeconds(0.5);
 	EXPECT_EQ(CountByType("SScrollBox"), 0);
 	EXPECT_TRUE(Last->HasKeyboardFocus());
+}
+
+TEST_F(FDockTest, ARowThatIsClippedOnPurposeWidensNothing)
+{
+	Register("One");
+	const TSharedPtr<SDockTab> Tab = Invoke("One");
+	for (const EWidgetClipping Clipping : { EWidgetClipping::ClipToBounds, EWidgetClipping::Inherit })
+	{
+		const TSharedRef<SHorizontalBox> Row = SNew(SHorizontalBox);
+		Row->AddSlot().AutoWidth()[SNew(SBox).WidthOverride(600.0f)[SNew(SButton)]];
+		Tab->SetContent(SNew(SBorder).Clipping(Clipping)[Row]);
+		Resize(400, 300);
+		PumpSeconds(1.0);
+		EXPECT_EQ(CountByType("SScrollBox"), Clipping == EWidgetClipping::Inherit ? 1 : 0);
+	}
 }
 
 TEST_F(FDockTest, ALowAreaScrollsUprightSoThatWhatFillsItKeepsARoom)

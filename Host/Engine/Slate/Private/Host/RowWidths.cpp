@@ -8,6 +8,7 @@ namespace
 {
 	const FName RowType(TEXT("SHorizontalBox"));
 	const FName ScrollBoxType(TEXT("SScrollBox"));
+	const FName BorderType(TEXT("SBorder"));
 
 	/** What takes the room that is left can be used from here on. */
 	constexpr float MinFilled = 48.0f;
@@ -31,16 +32,20 @@ namespace
 		}
 		return Needed;
 	}
+
+	/** What is too wide for it moves in it, or is cut by a border that says so. */
+	bool TakesAnyWidth(const SWidget& Widget)
+	{
+		const bool bMoves =
+			Widget.GetType() == ScrollBoxType && static_cast<const SScrollBox&>(Widget).GetOrientation() == Orient_Horizontal;
+		return bMoves || (Widget.GetType() == BorderType && Widget.GetClipping() != EWidgetClipping::Inherit);
+	}
 }
 
 float RowWidths::FindMissing(const SWidget& Root, const FGeometry& Geometry)
 {
 	const float Width = static_cast<float>(Geometry.GetLocalSize().X);
-	if (Width <= 0.0f)
-	{
-		return 0.0f;
-	}
-	if (Root.GetType() == ScrollBoxType && static_cast<const SScrollBox&>(Root).GetOrientation() == Orient_Horizontal)
+	if (Width <= 0.0f || TakesAnyWidth(Root))
 	{
 		return 0.0f;
 	}
