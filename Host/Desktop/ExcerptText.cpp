@@ -201,11 +201,20 @@ namespace
 				End = Pipe + 1;
 			}
 			const bool bIsRule = Dashes >= 3 && IsBlankOrCut(At(Index - 1)) && IsBlankOrCut(At(End));
-			if (bIsRule)
+			if (bIsRule || IsEdgeOfRow(Index))
 			{
-				Cut(Index, End);
+				Cut(Index, bIsRule ? End : Index + 1);
 			}
 			return bIsRule ? End - Index : 1;
+		}
+
+		/** A pipe with which the excerpt begins or ends: of the row of a table there is nothing at its other side. */
+		bool IsEdgeOfRow(int32 Index) const
+		{
+			const bool bBegins = Index == 0 || Text.Left(Index) == TEXT("\u2026") || Text.Left(Index) == TEXT("\u2026 ");
+			const FStringView Rest = Text.RightChop(Index + 1);
+			const bool bEnds = Rest.IsEmpty() || Rest == TEXT("\u2026") || Rest == TEXT(" \u2026");
+			return Text[Index] == TEXT('|') && ((bBegins && At(Index + 1) == TEXT(' ')) || (bEnds && At(Index - 1) == TEXT(' ')));
 		}
 
 		FStringView Text;

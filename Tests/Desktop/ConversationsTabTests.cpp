@@ -99,7 +99,10 @@ TEST(ExcerptText, ShowsWhatIsReadWithThePlacesWhereTheyAre)
 		{ "see [the file](Source/Thing.h)", "Thing", "see [the file](Source/[Thing].h)" },
 		{ "see [the file](Source/Th\u2026", "file", "see the [file]\u2026" },
 		{ "a[1] and [x] (y)", "1", "a[[1]] and [x] (y)" },
-		{ "| A | B | |---|:--| | 1 | 2 | - x --- y", "2", "| A | B | | 1 | [2] | - x y" },
+		{ "| A | B | |---|:--| | 1 | 2 | - x --- y", "2", "A | B | | 1 | [2] | - x y" },
+		{ "\u2026 | 1 | 2 |", "2", "\u20261 | [2] " },
+		{ "Read it. See x. |\u2026", "See", "Read it. [See] x. \u2026" },
+		{ "a | b, x|", "b", "a | [b], x|" },
 		{ "", "x", "" },
 	};
 	for (const auto& Row : Rows)
