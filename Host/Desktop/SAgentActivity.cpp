@@ -15,6 +15,7 @@
 #include "Widgets/Layout/SExpandableArea.h"
 #include "Widgets/Layout/SScrollBox.h"
 #include "Widgets/Layout/SSplitter.h"
+#include "Widgets/Layout/SWrapBox.h"
 #include "Widgets/Notifications/SProgressBar.h"
 #include "Widgets/SBoxPanel.h"
 #include "Widgets/Text/STextBlock.h"
@@ -35,6 +36,11 @@ namespace
 	constexpr float ContextBarWidth = 96.0f;
 	constexpr float ContextBarHeight = 4.0f;
 	constexpr float FullContextShare = 0.8f;
+	/** Beside less than this the controls stand below the figures. */
+	constexpr float MinFiguresWidth = 240.0f;
+	/** Of the controls beside the figures, with the gaps and the sides of the tab. */
+	constexpr float ControlsWidth = 276.0f;
+	constexpr float TabSides = 16.0f;
 	/** Of the time before an event. */
 	constexpr float ActivityTimeRoom = 72.0f;
 
@@ -51,7 +57,7 @@ void SAgentActivity::Construct(const FArguments& InArgs)
 	// clang-format off
 	ChildSlot
 	[
-		ToolTab::MakeFrame(ToolTab::MakeBar({ MakeFigures(), MakeFollowBox(), MakeCopyButton(), MakeClearButton() }),
+		ToolTab::MakeFrame(MakeBar(),
 			SNew(SSplitter)
 			.Orientation(Orient_Vertical)
 			+ SSplitter::Slot()
@@ -82,6 +88,25 @@ void SAgentActivity::Construct(const FArguments& InArgs)
 SAgentActivity::~SAgentActivity()
 {
 	FAgentActivity::SetListener(nullptr);
+}
+
+TSharedRef<SWidget> SAgentActivity::MakeBar()
+{
+	const TSharedRef<SWrapBox> Bar = SNew(SWrapBox).UseAllottedSize(true).InnerSlotPadding(FVector2D(8.0, 4.0));
+	const auto GetWidth = [this]() { return FOptionalSize(GetFiguresWidth()); };
+	Bar->AddSlot().VAlign(VAlign_Center)[SNew(SBox).WidthOverride_Lambda(GetWidth)[MakeFigures()]];
+	for (const TSharedRef<SWidget>& Control : { MakeFollowBox(), MakeCopyButton(), MakeClearButton() })
+	{
+		Bar->AddSlot().VAlign(VAlign_Center)[Control];
+	}
+	return Bar;
+}
+
+float SAgentActivity::GetFiguresWidth() const
+{
+	const float Width = static_cast<float>(GetCachedGeometry().GetLocalSize().X);
+	const float Beside = Width - ControlsWidth;
+	return Beside >= MinFiguresWidth ? Beside : FMath::Max(Width - TabSides, 0.0f);
 }
 
 TSharedRef<SWidget> SAgentActivity::MakeEvents()

@@ -33,6 +33,8 @@ private:
 	TSharedRef<SWidget> MakeFollowBox();
 	TSharedRef<SWidget> MakeCopyButton();
 	TSharedRef<SWidget> MakeClearButton();
+	TSharedRef<SWidget> MakeBar();
+	float GetFiguresWidth() const;
 	TSharedRef<SWidget> MakeEvents();
 	TSharedRef<SWidget> MakeDetails();
 	TSharedRef<SWidget> MakePart(const FText& Title, const char* Tag, bool bItalic, bool bCollapsed,

@@ -238,6 +238,23 @@ TEST_F(FAgentPageTest, RulesAreShownAndTakenBack)
 	EXPECT_TRUE(IsOnScreen("whatever it is about"));
 }
 
+TEST_F(FAgentPageTest, ActivityHasItsControlsInViewInANarrowWindowToo)
+{
+	Show(SNew(SAgentActivity));
+	for (const int32 Width : { 1200, 720, 360 })
+	{
+		Resize(Width, 600);
+		PumpFrame();
+		PumpFrame();
+		const FSlateRect Figures = GetRect(*FindByTag("ActivityFigures"));
+		const FSlateRect Follow = GetRect(*FindByTag("FollowActivity"));
+		EXPECT_LE(GetRect(*FindByTag("ClearActivity")).Right, static_cast<float>(Width) - 7.0f) << Width;
+		EXPECT_NEAR(GetRect(*FindByTag("ClearActivity")).Top, GetRect(*FindByTag("CopyActivity")).Top, 1.0f) << Width;
+		EXPECT_EQ(Follow.Top > Figures.Bottom, Width == 360) << Width;
+		EXPECT_GE(Figures.Right - Figures.Left, Width == 360 ? 340.0f : 240.0f) << Width;
+	}
+}
+
 TEST(ActivityText, SaysWhatARequestTookAndUsed)
 {
 	Velmora::FAgentActivityEntry Entry;
