@@ -75,6 +75,27 @@ TEST_F(ModelTurn, TheNextRequestHasWhatWasSaidAndDone)
 	EXPECT_EQ(Ask("and now?"), "Yes.") << "and a model again";
 }
 
+TEST_F(ModelTurn, BetweenItsToolsAndItsNextWordsTheModelThinks)
+{
+	std::promise<void> MayAnswer;
+	FScriptedPeer Peer(FScriptedPeer::AnswerEach(
+		[Seen = MayAnswer.get_future().share()](const FPeerConnection::FRequest& Request, int)
+		{
+			if (!Holds(Request.Body, "\"role\":\"tool\""))
+			{
+				return WithCalls("", { Call(0, "c", "list_directory", "{}") });
+			}
+			Seen.wait_for(std::chrono::seconds(10));
+			return Final("Done.");
+		}));
+	Use(Peer);
+	ASSERT_TRUE(Agent->SendMessage(TEXT("go"), {}));
+	EXPECT_TRUE(PumpUntil([this] { return !EndedToolIds.empty(); }));
+	EXPECT_TRUE(PumpUntil([this] { return Agent->GetState() == EConversationState::Thinking; })) << "the answer has not come yet";
+	MayAnswer.set_value();
+	EXPECT_TRUE(PumpUntil([this] { return HasTurnEnded(); }));
+}
+
 TEST_F(ModelTurn, AnAdvisorGetsReadingToolsOnly)
 {
 	Project.Write("a.md", "alpha\n");

@@ -232,12 +232,14 @@ namespace Velmora
 
 	bool FAgentSession::EnterStateOf(FTurnReport& Report)
 	{
-		if (Report.Kind != ETurnReportKind::Step && Report.Kind != ETurnReportKind::ToolStarted && Report.Kind != ETurnReportKind::Answer)
+		const bool bStartsTool = Report.Kind == ETurnReportKind::ToolStarted;
+		const bool bThinks =
+			Report.Kind == ETurnReportKind::Step || Report.Kind == ETurnReportKind::Answer || Report.Kind == ETurnReportKind::Asking;
+		if (!bStartsTool && !bThinks)
 		{
 			return true;
 		}
 		const uint32 StartEpoch = Epoch;
-		const bool bStartsTool = Report.Kind == ETurnReportKind::ToolStarted;
 		SetState(bStartsTool ? EConversationState::ExecutingTools : EConversationState::Thinking,
 			bStartsTool ? Report.ToolName : FString(TEXT("Working on the request.")));
 		// Who heard of it may have ended the turn, or paused it; then the report waits.
@@ -264,6 +266,9 @@ namespace Velmora
 		{
 		case ETurnReportKind::Step:
 			Fire(Callbacks.ProcessMessage, Report.Text);
+			return;
+
+		case ETurnReportKind::Asking:
 			return;
 
 		case ETurnReportKind::ToolStarted:

@@ -139,6 +139,7 @@ namespace Velmora
 		{
 			Request.Messages.push_back({ EModelRole::User, std::exchange(UserWords, std::string()), {}, {} });
 		}
+		Tell(ETurnReportKind::Asking, {});
 		return true;
 	}
 

@@ -23,6 +23,7 @@ namespace Velmora
 		ToolCompleted, // ToolId, ToolName, bSuccess, Text: the result.
 		Answer, // Text: the answer; bHasToolCalls.
 		ToolTraffic, // Text: a message of the role Tool. Stored in its place and never shown.
+		Asking, // What the tools gave goes to the model, which thinks again.
 		Plan, // Plan; Text: what has changed in it.
 		Decision, // Question. The runner waits for FTurnControl::WaitForDecision right after it.
 		Failed, // Text: why. The turn is over.
