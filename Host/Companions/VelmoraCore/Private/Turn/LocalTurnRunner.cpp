@@ -201,7 +201,7 @@ namespace Velmora
 			"- `create notes.md with \"some text\"` or `write \"some text\" to notes.md`\n"
 			"- `replace \"a\" by \"b\" in notes.md` or `append \"a line\" to notes.md`\n"
 			"- `delete notes.md`\n"
-			"- `first find FThing, then list Source` or `plan:` with a step a line does one after the other\n"
+			"- `first find FThing, then list Source` or `plan:` and one step a line\n"
 			"- `help` shows this\n"
 			"Files attached with @ are looked at first.\n");
 		return true;
