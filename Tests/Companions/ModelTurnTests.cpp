@@ -126,15 +126,17 @@ TEST_F(ModelTurn, AttachedFilesAndTheirTextComeAlong)
 TEST_F(ModelTurn, APlanIsShownAndOpensSteps)
 {
 	FScriptedPeer Peer(Give({
-		WithCalls("", { Call(0, "c1", "update_plan", R"({"goal":"G","steps":[{"text":"Look","status":"running"},{"text":"Write"}]})") }),
+		WithCalls("", { Call(0, "c1", "update_plan", R"({"steps":[{"text":"Look","status":"running"},{"text":"Write"}]})") }),
 		WithCalls("",
-			{ Call(0, "c2", "update_plan", R"({"goal":"G","steps":[{"text":"Look","status":"done"},{"text":"Write","status":"done"}]})") }),
+			{ Call(0, "c2", "update_plan",
+				R"({"approach":"By hand","steps":[{"text":"Look","status":"done"},{"text":"Write","status":"done"}]})") }),
 		Final("Done."),
 	}));
 	Use(Peer);
 	EXPECT_EQ(Ask("do it"), "Done.");
 	EXPECT_EQ(EventsOf("progress"), std::vector<std::string>{ "Executing step 1: Look" });
-	EXPECT_TRUE(Holds(Utf8(Agent->GetCurrentPlan()), "Write"));
+	EXPECT_EQ(Utf8(Agent->GetCurrentPlan()).find("### Goal\ndo it\n### Approach\nBy hand\n### Steps\n1. "), 0u)
+		<< "a model that says no goal has the user's; of the approach stands what it said";
 	EXPECT_TRUE(EventsOf("start").empty()) << "the panel shows it, no row does";
 }
 

@@ -15,8 +15,15 @@ namespace Velmora
 {
 	namespace
 	{
+		constexpr size_t MaxGoalCharacters = 300;
 		constexpr size_t MaxStepCharacters = 80;
 		constexpr size_t MaxRowCharacters = 60;
+
+		std::string_view GetFirstLine(std::string_view Text)
+		{
+			const std::string_view Trimmed = Utf8Text::Trim(Text);
+			return Trimmed.substr(0, Trimmed.find('\n'));
+		}
 
 		/** Some models give the text of an object as one text. */
 		std::string UnwrapText(const std::string& Json)
@@ -64,12 +71,13 @@ namespace Velmora
 		{
 			return;
 		}
-		const std::string_view Said = Utf8Text::Trim(Reply.Text);
-		std::string What = Utf8Text::Shorten(Said.substr(0, Said.find('\n')), MaxStepCharacters);
+		std::string What = Utf8Text::Shorten(GetFirstLine(Reply.Text), MaxStepCharacters);
 		if (What.empty())
 		{
 			const FToolRow* const Row = FToolBox::Find(Reply.Calls.front().Name);
-			What = Row && !FToolBox::IsReading(Row->Kind) ? "changing files" : "looking further";
+			What = !Row || FToolBox::IsReading(Row->Kind) ? "looking further"
+				: Row->Kind == EToolKind::Command		  ? "running a command"
+														  : "changing files";
 		}
 		RowNames.clear();
 		Tell(ETurnReportKind::Step, "Executing step " + std::to_string(Round) + ": " + What);
@@ -84,6 +92,11 @@ namespace Velmora
 			return static_cast<size_t>(Found - Which.Steps.begin());
 		};
 		const size_t Before = Plan.IsEmpty() ? std::string::npos : FindRunning(Plan);
+		if (NewPlan.Goal.empty())
+		{
+			// Said once, or left to the user's own words.
+			NewPlan.Goal = Plan.Goal.empty() ? Utf8Text::Shorten(GetFirstLine(Input.Prompt), MaxGoalCharacters) : Plan.Goal;
+		}
 		Plan = std::move(NewPlan);
 		const size_t Now = FindRunning(Plan);
 		FTurnReport Report;

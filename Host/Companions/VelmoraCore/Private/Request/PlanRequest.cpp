@@ -147,6 +147,7 @@ namespace Velmora
 		{
 			Plan.Goal = Utf8Text::Shorten(Text, MaxGoalCharacters);
 			std::replace(Plan.Goal.begin(), Plan.Goal.end(), '\n', ' ');
+			Plan.Approach = "The steps run one after the other. The first one that fails ends the plan, so that nothing is built on it.";
 		}
 		return Plan;
 	}

@@ -27,9 +27,10 @@ namespace Velmora
 			return std::string();
 		}
 		// Each line feed between two blocks is an empty row on screen: one is enough.
-		std::string Out = "### Goal\n" + Goal +
-			"\n### Approach\nThe steps run one after the other. The first one that fails ends the plan, so that nothing is built on "
-			"it.\n### Steps\n";
+		std::string Out;
+		Out += Goal.empty() ? std::string() : "### Goal\n" + Goal + '\n';
+		Out += Approach.empty() ? std::string() : "### Approach\n" + Approach + '\n';
+		Out += "### Steps\n";
 		for (size_t Index = 0; Index < Steps.size(); ++Index)
 		{
 			const size_t Status = static_cast<size_t>(Steps[Index].Status);

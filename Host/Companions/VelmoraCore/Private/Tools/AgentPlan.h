@@ -30,13 +30,15 @@ namespace Velmora
 		static constexpr size_t MaxSteps = 50;
 
 		std::string Goal;
+		/** How the steps are gone through; empty when nobody has said. */
+		std::string Approach;
 		std::vector<FPlanStep> Steps;
 		size_t LeftOutSteps = 0;
 
 		bool IsEmpty() const { return Steps.empty(); }
 		size_t CountSteps(EPlanStepStatus Status) const;
 
-		/** For people: goal, approach, steps with their status, progress. Empty for an empty plan. */
+		/** For people: goal and approach where there are any, steps with their status, progress. Empty for an empty plan. */
 		std::string ToMarkdown() const;
 	};
 }

@@ -29,6 +29,7 @@ namespace Velmora
 
 		constexpr size_t MaxStepCharacters = 160;
 		constexpr size_t MaxGoalCharacters = 300;
+		constexpr size_t MaxApproachCharacters = 600;
 
 		/** A file larger than this is not cut to less than one in so many of its bytes without asking. */
 		constexpr size_t MinGuardedBytes = 4 * 1024;
@@ -134,6 +135,7 @@ namespace Velmora
 	{
 		FAgentPlan Plan;
 		Plan.Goal = OneLine(Arguments.GetText("goal"), MaxGoalCharacters);
+		Plan.Approach = OneLine(Arguments.GetText("approach"), MaxApproachCharacters);
 		for (const FToolArguments& Item : Arguments.GetList("steps"))
 		{
 			const std::string Text = OneLine(Item.GetText("text"), MaxStepCharacters);

@@ -77,9 +77,10 @@ namespace Velmora
 				"command", &FToolBox::RunCommandTool },
 			{ "update_plan", EToolKind::Plan, "modify", "none",
 				"Shows the user the plan of the work: every step with its status, each time the whole of it.",
-				R"({"type":"object","properties":{"goal":{"type":"string"},"steps":{"type":"array","items":{"type":"object",)"
-				R"("properties":{"text":{"type":"string"},"status":{"type":"string","enum":["waiting","running","done",)"
-				R"("failed"]}},"required":["text"]}}},"required":["steps"]})",
+				// Servers that hold a model to the schema let it say what is required first: the goal has to be, or it comes too late.
+				R"({"type":"object","properties":{"goal":{"type":"string"},"approach":{"type":"string"},"steps":{"type":"array",)"
+				R"("items":{"type":"object","properties":{"text":{"type":"string"},"status":{"type":"string",)"
+				R"("enum":["waiting","running","done","failed"]}},"required":["text"]}}},"required":["goal","steps"]})",
 				"steps", &FToolBox::UpdatePlanTool },
 		};
 		// clang-format on

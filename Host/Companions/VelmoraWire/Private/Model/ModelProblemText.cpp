@@ -51,7 +51,7 @@ namespace Velmora
 				"Send the message again in a while." },
 			{ EModelFault::ContextFull,
 				"The conversation is longer than the model can take",
-				"Start a new conversation, or attach less." },
+				"Start a new conversation, attach less, or give the model a larger context." },
 			{ EModelFault::NoTools,
 				"The model \"{model}\" cannot use tools",
 				"Pick another model; without tools it sees no file." },
