@@ -127,9 +127,9 @@ void FKeyboardPlace::NoteTurn()
 		Remember(Focused.ToSharedRef());
 		return;
 	}
-	if (!bIsNewTab && Focused && IsInWindow(Focused.ToSharedRef(), false))
+	if (!bIsNewTab && Focused && Focused->GetVisibility().IsVisible() && IsInWindow(Focused.ToSharedRef(), false))
 	{
-		// What is hidden for a while still has it when it comes back.
+		// What is hidden for a while, with all around it, still has it when that comes back.
 		return;
 	}
 	const TSharedPtr<SWidget> Before = Path.IsEmpty() ? nullptr : Path[0].Pin();
@@ -138,7 +138,7 @@ void FKeyboardPlace::NoteTurn()
 	{
 		return;
 	}
-	// 3. Whoever had it is gone.
+	// 3. Whoever had it is gone, or is hidden alone.
 	const bool bMayWait = LooksLeft > 0;
 	if (const TSharedPtr<SWidget> Next = bIsNewTab && Tab ? FindFirst(*Tab, bMayWait) : FindNearest(bMayWait))
 	{

@@ -54,8 +54,11 @@ TEST(KeyboardOnly, AConversationIsHadAndLookedAfter)
 			{ "the second sidebar opens", "key TAB\ntick 3\nkey ENTER\ntick 20\n", "group \"Behavior\"" },
 			{ "and closes; the conversations are a stop", "key ENTER\ntick 20\n" + Repeat("key TAB", 2),
 				"combo box \"Conversation\" (focused" },
-			{ "saving", Repeat("key TAB", 2) + "key ENTER\ntick 30\ntype " + Project.Path("saved.md") + "\nkey ENTER\ntick 60\n",
-				PromptLine },
+			{ "saving, as another kind",
+				Repeat("key TAB", 2) + "key ENTER\ntick 30\ntype " + Project.Path("saved") + "\n" + Repeat("key TAB", 1) +
+					"key ENTER\ntick 20\n" + Repeat("key DOWN", 1),
+				"list item \"Plain Text (*.txt)\" (selected)" },
+			{ "which gives the ending", "key ENTER\ntick 20\n" + Repeat("key TAB", 1) + "key ENTER\ntick 60\n", PromptLine },
 			{ "the files that were changed", "key SHIFT+TAB\ntick 5\nkey ENTER\n", "group \"Changed Files (1)\" (expanded)" },
 			{ "and one of them", "key TAB\n", "button \"one.md just now\" (focused)" },
 			{ "a message's arrow", "key CTRL+L\n" + Repeat("key TAB", 9),
@@ -75,10 +78,10 @@ TEST(KeyboardOnly, AConversationIsHadAndLookedAfter)
 				"tab \"Conversations\" (selected" },
 		});
 	EXPECT_FALSE(HasLine(Project, 7, "group \"Plan\""));
-	EXPECT_TRUE(HasLine(Project, 20, "combo box \"Mode\" (disabled, has popup) = \"Assets\""));
+	EXPECT_TRUE(HasLine(Project, 21, "combo box \"Mode\" (disabled, has popup) = \"Assets\""));
 	EXPECT_FALSE(std::filesystem::exists(Project.Folder / "one.md")) << "taken back";
 	// Units of sixteen bits.
-	EXPECT_TRUE(Contains(ReadFile(Project.Path("saved.md")), std::string("h\0e\0l\0l\0o", 9)));
+	EXPECT_TRUE(Contains(ReadFile(Project.Path("saved.txt")), std::string("h\0e\0l\0l\0o", 9)));
 }
 
 TEST(KeyboardOnly, ATurnIsPausedStoppedAndAnswered)
@@ -98,6 +101,10 @@ TEST(KeyboardOnly, ATurnIsPausedStoppedAndAnswered)
 				PromptLine },
 			{ "is a rule", PickEntry("T", 1) + "tick 20\n" + Repeat("key TAB", 5), "button \"Remove\" (focused)" },
 			{ "that is taken back", "key ENTER\ntick 90\n", "label \"There are none: the agent asks each time." },
+			{ "what hides alone lets go of the keyboard",
+				Send("find " + Project.Symbol) + "key F9\nwait state Paused 30\ntick 60\nkey TAB\ntick 5\nkey SHIFT+F9\n" +
+					"wait state AwaitingInput 30\ntick 60\n",
+				PromptLine },
 		});
 	EXPECT_TRUE(std::filesystem::exists(Project.Folder / ".vscode/tasks.json"));
 	EXPECT_FALSE(std::filesystem::exists(Project.Folder / ".vscode/launch.json"));
@@ -232,6 +239,32 @@ TEST(KeyboardOnly, AModelIsPickedAndItsActivityLookedThrough)
 	const std::vector<std::string> Copied = ReadTree(Project, 4);
 	EXPECT_TRUE(std::any_of(Copied.begin(), Copied.end(),
 		[](const std::string& Line) { return Line.rfind(PromptLine, 0) == 0 && Contains(Line, "Hello from the model."); }));
+}
+
+TEST(KeyboardOnly, TheModelOfAConnectionIsPickedAndTyped)
+{
+	const FRandomProject Project;
+	FScriptedPeer Peer(FScriptedPeer::AnswerEach([](const FPeerConnection::FRequest&, int)
+		{ return Answer("200 OK", "application/json", R"({"data":[{"id":"tiny"},{"id":"a-much-longer-name-of-a-model"}]})"); }));
+	const std::string Config = Project.Path("config/velmora-ui/connections.json");
+	std::filesystem::create_directories(std::filesystem::path(Config).parent_path());
+	std::ofstream(Config) << R"({ "connections": [ { "name": "local", "url": ")" << Peer.GetUrl() << R"(" } ] })";
+	std::filesystem::permissions(Config, std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
+	const std::string Answered = "tick 60\nwait idle 30\ntick 60\nwait idle 30\n";
+	RunKeyboardSession(Project,
+		{
+			{ "what the server has",
+				PickEntry("T", 2) + "tick 20\n" + Repeat("key TAB", 2) + "key ENTER\ntick 20\n" + Repeat("key TAB", 16),
+				"combo box \"Models that the server offers\" (focused" },
+			{ "is asked for, and shown while the list is open", "key ENTER\n" + Answered, "list item \"a-much-longer-name-of-a-model\"" },
+			{ "one is taken", Repeat("key DOWN", 2) + "key ENTER\ntick 20\n", "text box \"Model\" = \"a-much-longer-name-of-a-model\"" },
+			{ "another is typed", "key SHIFT+TAB\ntick 5\nkey CTRL+A\ntype tiny\ntick 60\n", "text box \"Model\" (focused) = \"tiny\"" },
+			{ "and the list begins with it", "key TAB\ntick 5\nkey ENTER\ntick 20\n", "list item \"tiny\" (selected)" },
+			{ "the other again", Repeat("key DOWN", 1) + "key ENTER\ntick 60\n", "text box \"Model\" = \"a-much-longer-name-of-a-model\"" },
+		},
+		{ "--headless" });
+	EXPECT_TRUE(HasLine(Project, 1, "list \"Models that the server offers\""));
+	EXPECT_TRUE(Contains(ReadFile(Config), "a-much-longer-name-of-a-model"));
 }
 
 // Without a window nothing is opened.
