@@ -22,6 +22,9 @@ namespace
 	constexpr double BackgroundLuminance = 0.035;
 	/** Surfaces above are marks: a caret, a switch, something selected in white. */
 	constexpr double LightLuminance = 0.5;
+	/** What is chosen lies under a veil of the accent, which on black would hardly be seen. */
+	constexpr FColor ChosenVeil(0x7C, 0xB9, 0xFF, 0x3D);
+	constexpr FColor ChosenOutline(0xE6, 0xE6, 0xE6, 0xFF);
 
 	bool bHighContrast = false;
 
@@ -64,11 +67,16 @@ namespace
 				return;
 			}
 			FSlateWindowElementList Changed = Elements;
-			Changed.ChangeElements([](FSlateDrawElement& Element) { Change(Element); });
+			const float LineWidth = FMath::Max(FMath::RoundToFloat(Window->GetScale()), 1.0f);
+			Changed.ChangeElements([LineWidth](FSlateDrawElement& Element) { Change(Element, LineWidth); });
 			Window->PaintAndPresent(Changed, Damage);
 		}
 
-		static void Change(FSlateDrawElement& Element)
+		/** A box with an outline of no width, such as the thumb of a scroll bar. */
+		static bool IsMark(const FSlateDrawElement& Element) { return Element.OutlineWidth <= 0.0f && Element.OutlineColor.A != 0; }
+
+		/** @param LineWidth  Of an outline that there was not, pixels. */
+		static void Change(FSlateDrawElement& Element, float LineWidth)
 		{
 			switch (Element.Type)
 			{
@@ -80,7 +88,12 @@ namespace
 				break;
 			case ESlateDrawType::Box:
 			case ESlateDrawType::RoundedBox:
-				Element.Color = FWindowContrast::Darken(Element.Color);
+				if (Element.Color == ChosenVeil && Element.OutlineColor.A == 0)
+				{
+					Element.OutlineColor = ChosenOutline;
+					Element.OutlineWidth = LineWidth;
+				}
+				Element.Color = IsMark(Element) ? FWindowContrast::Brighten(Element.Color) : FWindowContrast::Darken(Element.Color);
 				Element.OutlineColor = FWindowContrast::Brighten(Element.OutlineColor);
 				break;
 			case ESlateDrawType::Shadow:

@@ -53,6 +53,35 @@ TEST(WindowWraps, SayWhereTheWindowIs)
 	}
 }
 
+TEST(WindowContrast, WhatIsChosenHasAnOutline)
+{
+	/** Keeps what it is given to paint. */
+	class FPaintedWindow : public FPlacedWindow
+	{
+	public:
+		virtual void PaintAndPresent(const FSlateWindowElementList& Elements, const FSlateRect& Damage) override
+		{
+			Painted = Elements.GetElements();
+		}
+		TArray<FSlateDrawElement> Painted;
+	};
+	const TSharedRef<FPaintedWindow> Window = MakeShared<FPaintedWindow>();
+	FSlateWindowElementList Elements(FVector2D(40.0, 30.0), 1.5f);
+	const FColor None(0, 0, 0, 0);
+	// The veils of what is chosen, and of what the pointer is on.
+	for (const FColor& Veil : { FColor(0x7C, 0xB9, 0xFF, 0x3D), FColor(0xFF, 0xFF, 0xFF, 0x14) })
+	{
+		Elements.AddRoundedBox(FSlateRect(0.0f, 0.0f, 100.0f, 20.0f), FVector4f(4.0f, 4.0f, 4.0f, 4.0f), Veil, None, 0.0f);
+	}
+	FWindowContrast::SetHigh(true);
+	FWindowContrast::Wrap(Window)->PaintAndPresent(Elements, FSlateRect());
+	FWindowContrast::SetHigh(false);
+	ASSERT_EQ(Window->Painted.Num(), 2);
+	EXPECT_GE(FWindowContrast::GetLuminance(Window->Painted[0].OutlineColor), 0.3);
+	EXPECT_EQ(Window->Painted[0].OutlineWidth, 2.0f) << "a pixel and a half has no sharp edge";
+	EXPECT_EQ(Window->Painted[1].OutlineColor.A, 0);
+}
+
 TEST(InputGate, WhatComesInGoesOnAsItCame)
 {
 	const FModifierKeysState Shift(true, false, false, false, false, false);
