@@ -70,7 +70,7 @@ TEST_F(ModelActivity, ShowsWhatWasSentAndWhatCame)
 	Project.Write("a.md", "alpha\n");
 	const std::string Usage =
 		R"({"choices":[],"usage":{"prompt_tokens":900,"completion_tokens":40,"prompt_tokens_details":{"cached_tokens":800}}})";
-	FScriptedPeer Peer(Give({ WithCalls("Let me look.", { Call(0, "c1", "read_file", R"({"path":"a.md"})") }),
+	FScriptedPeer Peer(Give({ WithCalls("Let me look.", { Call(0, "call00001", "read_file", R"({"path":"a.md"})") }),
 		Stream({ Chunk(R"({"reasoning_content":"Hm."})"), Say("It says "), Say("alpha."), Chunk("{}", "stop"), Usage, "[DONE]" }) }));
 	FAgentConnection Connection;
 	Connection.Name = TEXT("peer");

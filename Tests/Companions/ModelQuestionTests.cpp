@@ -46,7 +46,7 @@ namespace
 			FHostClock::Advance(LongEnough);
 		}
 
-		const std::string Look = WithCalls("", { Call(0, "c", "list_directory", "{}") });
+		const std::string Look = WithCalls("", { Call(0, "call00000", "list_directory", "{}") });
 	};
 }
 
@@ -141,13 +141,13 @@ TEST_F(ModelQuestions, AStopWorksFromEveryStateOfATurn)
 		{ "the list of models does not come", true, "", true, HasAsked, false },
 		{ "before the first byte", false, "", true, HasAsked, false },
 		{ "in mid-answer", false, StreamHead() + PeerText::Events({ Say("Half") }), true, HasAsked, false },
-		{ "in mid-call", false, StreamHead() + PeerText::Events({ Call(0, "c", "create_file", R"({"path":"x","content":)") }), true,
+		{ "in mid-call", false, StreamHead() + PeerText::Events({ Call(0, "call00000", "create_file", R"({"path":"x","content":)") }), true,
 			HasAsked, false },
 		{ "before another try", false, Answer("429 No", "application/json", R"({"error":"slow"})", "Retry-After: 50\r\n"), false,
 			[this] { return !EventsOf("progress").empty(); }, false },
-		{ "at a question", false, WithCalls("", { Call(0, "c", "run_command", R"({"command":"rm a"})") }), false,
+		{ "at a question", false, WithCalls("", { Call(0, "call00000", "run_command", R"({"command":"rm a"})") }), false,
 			[this] { return Agent->GetState() == EConversationState::Paused; }, true },
-		{ "while a command runs", false, WithCalls("", { Call(0, "c", "run_command", R"({"command":"sleep 60"})") }), false,
+		{ "while a command runs", false, WithCalls("", { Call(0, "call00000", "run_command", R"({"command":"sleep 60"})") }), false,
 			[this] { return Agent->GetState() == EConversationState::ExecutingTools; }, true },
 	};
 	for (const FCase& Case : Cases)
@@ -194,7 +194,7 @@ TEST_F(ModelQuestions, AStopWorksFromEveryStateOfATurn)
 		EXPECT_EQ(EventsOf("start").size(), EventsOf("end").size()) << "no row stays open";
 		EXPECT_EQ(Ask("and now?"), "Here.");
 		EXPECT_FALSE(Holds(LastBody(), "Half"));
-		EXPECT_EQ(Holds(LastBody(), R"("tool_call_id":"c")"), Case.bHasCalls) << LastBody();
+		EXPECT_EQ(Holds(LastBody(), R"("tool_call_id":"call00000")"), Case.bHasCalls) << LastBody();
 		Agent->ClearAllHistories();
 		Agent->StartConversation(Velmora::EConversationMode::Code);
 	}

@@ -24,10 +24,11 @@ TEST_F(ModelTurn, RoundsOfCallsChangeFilesAndCanBeUndone)
 	Project.Write("Source/Hero.cpp", "int Start() { return 1; }\n");
 	FScriptedPeer Peer(Give({
 		WithCalls("Let me look.",
-			{ Call(0, "c1", "read_file", R"({"path":"Source/Hero.h"})"), Call(1, "c2", "read_file", R"({"path":"Source/Hero.cpp"})") }),
+			{ Call(0, "call00001", "read_file", R"({"path":"Source/Hero.h"})"),
+				Call(1, "call00002", "read_file", R"({"path":"Source/Hero.cpp"})") }),
 		WithCalls("Now the change.",
-			{ Call(0, "c1", "edit_file", R"({"path":"Source/Hero.h","old":"Health = 1","new":"Health = 2"})"),
-				Call(1, "c2", "create_file", R"({"path":"Notes.md","content":"done\n"})") }),
+			{ Call(0, "call00001", "edit_file", R"({"path":"Source/Hero.h","old":"Health = 1","new":"Health = 2"})"),
+				Call(1, "call00002", "create_file", R"({"path":"Notes.md","content":"done\n"})") }),
 		Final("I set **Health** to 2."),
 	}));
 	Use(Peer);
@@ -44,7 +45,7 @@ TEST_F(ModelTurn, RoundsOfCallsChangeFilesAndCanBeUndone)
 	EXPECT_EQ(Steps[0], "Executing step 2: Now the change.");
 	const std::string Body = LastBody();
 	EXPECT_TRUE(Holds(Body, R"("role":"tool","content":"1)")) << "results carry line numbers: " << Body;
-	EXPECT_TRUE(Holds(Body, R"("tool_call_id":"c2")"));
+	EXPECT_TRUE(Holds(Body, R"("tool_call_id":"call00002")"));
 
 	EXPECT_TRUE(Agent->UndoToTransaction(Agent->GetCurrentTransactionId()));
 	EXPECT_EQ(ReadFile("Source/Hero.h"), "int Health = 1;\n");
@@ -56,7 +57,7 @@ TEST_F(ModelTurn, TheNextRequestHasWhatWasSaidAndDone)
 {
 	Project.Write("a.md", "alpha\n");
 	FScriptedPeer Peer(
-		Give({ WithCalls("", { Call(0, "c1", "read_file", R"({"path":"a.md"})") }), Final("It says alpha."), Final("Yes.") }));
+		Give({ WithCalls("", { Call(0, "call00001", "read_file", R"({"path":"a.md"})") }), Final("It says alpha."), Final("Yes.") }));
 	Use(Peer);
 	Ask("what is in a.md?");
 	const FString Id = Agent->GetCurrentConversationMetadata()->Id;
@@ -65,7 +66,7 @@ TEST_F(ModelTurn, TheNextRequestHasWhatWasSaidAndDone)
 	EXPECT_EQ(Ask("sure?"), "Yes.");
 	const std::string Body = LastBody();
 	const size_t Asked = Body.find("what is in a.md?");
-	const size_t Called = Body.find(R"("tool_calls":[{"id":"c1")");
+	const size_t Called = Body.find(R"("tool_calls":[{"id":"call00001")");
 	const size_t Answered = Body.find("It says alpha.");
 	EXPECT_TRUE(Asked < Called && Called < Answered && Answered < Body.find("sure?") && Body.find("sure?") != std::string::npos) << Body;
 
@@ -126,9 +127,9 @@ TEST_F(ModelTurn, AttachedFilesAndTheirTextComeAlong)
 TEST_F(ModelTurn, APlanIsShownAndOpensSteps)
 {
 	FScriptedPeer Peer(Give({
-		WithCalls("", { Call(0, "c1", "update_plan", R"({"steps":[{"text":"Look","status":"running"},{"text":"Write"}]})") }),
+		WithCalls("", { Call(0, "call00001", "update_plan", R"({"steps":[{"text":"Look","status":"running"},{"text":"Write"}]})") }),
 		WithCalls("",
-			{ Call(0, "c2", "update_plan",
+			{ Call(0, "call00002", "update_plan",
 				R"({"approach":"By hand","steps":[{"text":"Look","status":"done"},{"text":"Write","status":"done"}]})") }),
 		Final("Done."),
 	}));
@@ -144,8 +145,8 @@ TEST_F(ModelTurn, CallsThatCannotBeDoneAreToldToTheModel)
 {
 	FScriptedPeer Peer(Give({
 		WithCalls("",
-			{ Call(0, "c1", "fly", "{}"), Call(1, "c2", "read_file", "[1]"), Call(2, "c3", "read_file", "{\"path\":"),
-				Call(3, "c4", "read_file", R"({"path":"../../etc/passwd"})"), Call(4, "c5", "read_file", "{}") }),
+			{ Call(0, "call00001", "fly", "{}"), Call(1, "call00002", "read_file", "[1]"), Call(2, "call00003", "read_file", "{\"path\":"),
+				Call(3, "call00004", "read_file", R"({"path":"../../etc/passwd"})"), Call(4, "call00005", "read_file", "{}") }),
 		Final("ok"),
 	}));
 	Use(Peer);
@@ -153,7 +154,7 @@ TEST_F(ModelTurn, CallsThatCannotBeDoneAreToldToTheModel)
 	EXPECT_EQ(Agent->GetState(), EConversationState::AwaitingInput);
 	const std::string Body = LastBody();
 	EXPECT_TRUE(Holds(Body, "There is no tool fly"));
-	for (const char* Id : { "c1", "c2", "c3", "c4", "c5" })
+	for (const char* Id : { "call00001", "call00002", "call00003", "call00004", "call00005" })
 	{
 		EXPECT_TRUE(Holds(Body, std::string(R"("tool_call_id":")") + Id + '"')) << Id;
 	}
@@ -251,7 +252,7 @@ TEST_F(ModelTurn, CancelClosesTheConnectionAndTheNextRequestIsValid)
 				}
 				else if (++Count == 1)
 				{
-					Connection.Send(WithCalls("One.", { Call(0, "c1", "list_directory", "{}") }));
+					Connection.Send(WithCalls("One.", { Call(0, "call00001", "list_directory", "{}") }));
 				}
 				else if (Count == 2)
 				{
@@ -278,7 +279,7 @@ TEST_F(ModelTurn, CancelClosesTheConnectionAndTheNextRequestIsValid)
 	EXPECT_EQ(Agent->GetState(), EConversationState::Cancelled);
 	EXPECT_TRUE(IsClosed.get_future().get());
 	EXPECT_EQ(Ask("and now?"), "Here.");
-	EXPECT_TRUE(Holds(LastBody(), R"("tool_call_id":"c1")")) << LastBody();
+	EXPECT_TRUE(Holds(LastBody(), R"("tool_call_id":"call00001")")) << LastBody();
 	EXPECT_FALSE(Holds(LastBody(), "Half"));
 }
 
@@ -362,7 +363,7 @@ TEST_F(ModelTurn, ConnectionsAreTheUsersAlone)
 TEST_F(ModelTurn, ACommandIsAskedForRunAndUndone)
 {
 	Project.Write("a.txt", "one\n");
-	const std::string Wish = WithCalls("", { Call(0, "c1", "run_command", R"({"command":"cat a.txt; echo two >> a.txt"})") });
+	const std::string Wish = WithCalls("", { Call(0, "call00001", "run_command", R"({"command":"cat a.txt; echo two >> a.txt"})") });
 	FScriptedPeer Peer(Give({ Wish, Final("Done."), Wish, Final("Not done.") }));
 	Use(Peer);
 	Velmora::FBuiltInAgentOptions Options;

@@ -84,32 +84,33 @@ TEST(ModelConversation, RoundsQuestionsARefusalAndAStop)
 				{
 					Text = Answer("404 No", "application/json", "{}");
 				}
-				else if (HasResult(Body, "c5"))
+				else if (HasResult(Body, "call00005"))
 				{
 					Text = Finish({ Say("All **done**.") }, "stop");
 				}
-				else if (HasResult(Body, "c4"))
+				else if (HasResult(Body, "call00004"))
 				{
 					// Long enough for the script to see the state between the two questions.
 					usleep(500000);
-					Text = Finish({ Call(0, "c5", "run_command", R"({"command":"rm a.txt"})") }, "tool_calls");
+					Text = Finish({ Call(0, "call00005", "run_command", R"({"command":"rm a.txt"})") }, "tool_calls");
 				}
-				else if (HasResult(Body, "c3"))
+				else if (HasResult(Body, "call00003"))
 				{
-					Text = Finish({ Call(0, "c4", "run_command", R"({"command":"echo three >> a.txt"})") }, "tool_calls");
+					Text = Finish({ Call(0, "call00004", "run_command", R"({"command":"echo three >> a.txt"})") }, "tool_calls");
 				}
-				else if (HasResult(Body, "c1"))
+				else if (HasResult(Body, "call00001"))
 				{
-					Text = Finish({ Say("Now I change it."), Call(0, "c3", "edit_file", R"({"path":"a.txt","old":"one","new":"two"})") },
+					Text = Finish(
+						{ Say("Now I change it."), Call(0, "call00003", "edit_file", R"({"path":"a.txt","old":"one","new":"two"})") },
 						"tool_calls");
 				}
 				else
 				{
 					Text = Finish({ Say("I look."),
-									  Call(0, "c0", "update_plan",
+									  Call(0, "call00000", "update_plan",
 										  R"({"goal":"G","steps":[{"text":"Look around","status":"running"},{"text":"Change it"}]})"),
-									  Call(1, "c1", "read_file", R"({"path":"a.txt"})"),
-									  Call(2, "c2", "search_files", "{\"term\":\"" + Project.Symbol + "\"}") },
+									  Call(1, "call00001", "read_file", R"({"path":"a.txt"})"),
+									  Call(2, "call00002", "search_files", "{\"term\":\"" + Project.Symbol + "\"}") },
 						"tool_calls");
 				}
 				Connection.Send(Text);
@@ -129,7 +130,7 @@ TEST(ModelConversation, RoundsQuestionsARefusalAndAStop)
 	{
 		EXPECT_TRUE(Contains(Done, Shown)) << Shown << " in " << Done;
 	}
-	EXPECT_TRUE(HasResult(LastBody, "c2")) << "parallel calls are answered each: " << LastBody;
+	EXPECT_TRUE(HasResult(LastBody, "call00002")) << "parallel calls are answered each: " << LastBody;
 	EXPECT_TRUE(Contains(ReadFile(Project.Path("stopped.json")), "\"state\": \"Cancelled\""));
 	EXPECT_TRUE(bWasClosed);
 	EXPECT_FALSE(Contains(LastBody, "Once upon")) << "half an answer is not sent back";
@@ -165,8 +166,8 @@ TEST(ModelConversation, GoesOnAfterTheProgramWasKilledInMidTurn)
 					}
 					else if (When == "tool")
 					{
-						Connection.Send(Finish({ Say("I write."), Call(0, "c1", "create_file", R"({"path":"n.md","content":"x\n"})"),
-												   Call(1, "c2", "run_command", R"({"command":"sleep 60"})") },
+						Connection.Send(Finish({ Say("I write."), Call(0, "call00001", "create_file", R"({"path":"n.md","content":"x\n"})"),
+												   Call(1, "call00002", "run_command", R"({"command":"sleep 60"})") },
 							"tool_calls"));
 						for (int Try = 0; Try < 500 && !fs::exists(Project.Folder / "n.md"); ++Try)
 						{
@@ -175,10 +176,10 @@ TEST(ModelConversation, GoesOnAfterTheProgramWasKilledInMidTurn)
 						KillProgramOf(Project.Folder);
 						return;
 					}
-					else if (!HasResult(Request.Body, "c1"))
+					else if (!HasResult(Request.Body, "call00001"))
 					{
-						Connection.Send(
-							Finish({ Say("I write."), Call(0, "c1", "create_file", R"({"path":"n.md","content":"x\n"})") }, "tool_calls"));
+						Connection.Send(Finish(
+							{ Say("I write."), Call(0, "call00001", "create_file", R"({"path":"n.md","content":"x\n"})") }, "tool_calls"));
 					}
 					else
 					{
@@ -205,8 +206,8 @@ TEST(ModelConversation, GoesOnAfterTheProgramWasKilledInMidTurn)
 		EXPECT_TRUE(Contains(Loaded, "was cut short")) << Loaded;
 		EXPECT_TRUE(Contains(ReadFile(Project.Path("next.json")), "Here I am again."));
 		// The request that a server takes: each call that was made has its result, and what was said stands once and in order.
-		EXPECT_TRUE(HasResult(LastBody, "c1")) << LastBody;
-		EXPECT_EQ(HasResult(LastBody, "c2"), When == "tool") << LastBody;
+		EXPECT_TRUE(HasResult(LastBody, "call00001")) << LastBody;
+		EXPECT_EQ(HasResult(LastBody, "call00002"), When == "tool") << LastBody;
 		EXPECT_FALSE(Contains(LastBody, "Half an ans"));
 		const size_t Asked = LastBody.find("\"content\":\"go\"");
 		const size_t Called = LastBody.find("\"tool_calls\"");

@@ -40,12 +40,13 @@ TEST(ModelSecret, AKeyIsSentAndWrittenNowhere)
 			{
 				return Answer("200 OK", "application/json", R"({"data":[{"id":"m","meta":{"n_ctx":8192}}]})");
 			}
-			if (Contains(Request.Body, "\"tool_call_id\":\"c1\""))
+			if (Contains(Request.Body, "\"tool_call_id\":\"call00001\""))
 			{
 				return Finish({ Chunk("{\"reasoning_content\":" + Quote(Said) + "}"), Say("It is sk-01234"), Say("56789-4711.") }, "stop");
 			}
 			return Contains(Request.Body, "again")
-				? Finish({ Say(Said), Call(0, "c1", "create_file", "{\"path\":\"n.md\",\"content\":" + Quote(Said) + "}") }, "tool_calls")
+				? Finish({ Say(Said), Call(0, "call00001", "create_file", "{\"path\":\"n.md\",\"content\":" + Quote(Said) + "}") },
+					  "tool_calls")
 				: Answer("401 No", "application/json", "{\"error\":{\"message\":" + Quote("Incorrect API key: " + Said) + "}}");
 		}));
 	const std::string Config = Project.Path("config/velmora-ui/connections.json");
@@ -105,9 +106,9 @@ TEST(ModelSecret, ADoubleClickOnPauseGrantsNothing)
 		[](const FPeerConnection::FRequest& Request, int)
 		{
 			return Request.Method == "GET" ? Answer("404 No", "application/json", "{}")
-				: Contains(Request.Body, "\"tool_call_id\":\"c1\"")
+				: Contains(Request.Body, "\"tool_call_id\":\"call00001\"")
 				? Finish({ Say("Done.") }, "stop")
-				: Finish({ Call(0, "c1", "run_command", R"({"command":"rm a.txt"})") }, "tool_calls");
+				: Finish({ Call(0, "call00001", "run_command", R"({"command":"rm a.txt"})") }, "tool_calls");
 		}));
 	// Paused while the answer comes; the click that goes on meets the question, and another follows at once.
 	const std::string Script = Project.Write("steps.txt",

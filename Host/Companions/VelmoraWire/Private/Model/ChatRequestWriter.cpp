@@ -2,8 +2,13 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <functional>
+#include <cstdint>
 #include <iterator>
+#include <string>
+#include <unordered_map>
+#include <unordered_set>
+#include <utility>
+#include <vector>
 
 #include <rapidjson/document.h>
 #include <rapidjson/stringbuffer.h>
@@ -22,7 +27,9 @@ namespace Velmora
 
 		// In bytes, as far as every server takes them.
 		constexpr size_t MaxNameBytes = 64;
-		constexpr size_t MaxIdBytes = 40;
+
+		/** What suits even the most particular server. */
+		constexpr size_t ShortIdLength = 9;
 
 		/** Of arguments that are no object: enough for a model to see its mistake. */
 		constexpr size_t MaxUnreadableBytes = 2000;
@@ -90,17 +97,73 @@ namespace Velmora
 			return Plain.empty() ? "unknown" : Plain;
 		}
 
-		/** The same for a call and for its result. Nine letters and digits suit even the most particular server. */
-		std::string MakeId(const std::string& Id)
+		/** Nine letters or digits. */
+		bool IsShortId(std::string_view Id)
 		{
-			if (IsPlainName(Id, MaxIdBytes))
+			return Id.size() == ShortIdLength && IsPlainName(Id, ShortIdLength) && Id.find_first_of("_-") == std::string_view::npos;
+		}
+
+		/** The same text for the same id in every run, so that a server finds the beginning of a request in what it has kept. */
+		std::string MakeShortId(std::string_view Id)
+		{
+			constexpr std::string_view Digits = "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz";
+			uint64_t Hash = 14695981039346656037ull;
+			for (const char Byte : Id)
 			{
-				return Id;
+				Hash = (Hash ^ static_cast<unsigned char>(Byte)) * 1099511628211ull;
 			}
-			char Text[16];
-			std::snprintf(Text, sizeof(Text), "c%08x", static_cast<unsigned>(std::hash<std::string>()(Id)));
+			// The last bytes count as much as the first.
+			Hash ^= Hash >> 32;
+			Hash *= 0xD6E8FEB86659FD93ull;
+			Hash ^= Hash >> 32;
+			std::string Text;
+			for (size_t Place = 0; Place < ShortIdLength; ++Place)
+			{
+				Text += Digits[Hash % Digits.size()];
+				Hash /= Digits.size();
+			}
 			return Text;
 		}
+
+		/**
+		 * What calls and their results are called in one request. Each server makes ids of its own form, and some take no others, so
+		 * a conversation that goes on elsewhere would be refused. Each call of a request gets an id of its own, also where a server
+		 * has given one twice: results come in the order of their calls.
+		 */
+		class FCallIds
+		{
+		public:
+			const std::string& Begin(const std::string& Id)
+			{
+				std::vector<std::string>& Same = Calls[Id].Ids;
+				std::string Short;
+				for (size_t Number = Same.size(); Short.empty() || !Taken.insert(Short).second; ++Number)
+				{
+					Short = Number > 0 ? MakeShortId(Id + ' ' + std::to_string(Number)) : IsShortId(Id) ? Id : MakeShortId(Id);
+				}
+				return Same.emplace_back(std::move(Short));
+			}
+
+			/** Of a result. */
+			const std::string& Answer(const std::string& Id)
+			{
+				FSameName& Same = Calls[Id];
+				if (Same.Answered == Same.Ids.size())
+				{
+					Begin(Id);
+				}
+				return Same.Ids[Same.Answered++];
+			}
+
+		private:
+			struct FSameName
+			{
+				std::vector<std::string> Ids;
+				size_t Answered = 0;
+			};
+			std::unordered_set<std::string> Taken;
+			std::unordered_map<std::string, FSameName> Calls;
+		};
 
 		/** An object in any case: servers read the text, and fail over one that they cannot read. */
 		std::string MakeArguments(const std::string& Arguments)
@@ -128,7 +191,7 @@ namespace Velmora
 			return std::string(Buffer.GetString(), Buffer.GetSize());
 		}
 
-		void WriteMessage(FWriter& Writer, const FModelMessage& Message)
+		void WriteMessage(FWriter& Writer, const FModelMessage& Message, FCallIds& Ids)
 		{
 			Writer.StartObject();
 			WriteMember(Writer, "role", NameRole(Message.Role));
@@ -144,7 +207,7 @@ namespace Velmora
 			}
 			if (Message.Role == EModelRole::Tool)
 			{
-				WriteMember(Writer, "tool_call_id", MakeId(Message.CallId));
+				WriteMember(Writer, "tool_call_id", Ids.Answer(Message.CallId));
 			}
 			if (!Message.Calls.empty())
 			{
@@ -153,7 +216,7 @@ namespace Velmora
 				for (const FModelCall& Call : Message.Calls)
 				{
 					Writer.StartObject();
-					WriteMember(Writer, "id", MakeId(Call.Id));
+					WriteMember(Writer, "id", Ids.Begin(Call.Id));
 					WriteMember(Writer, "type", "function");
 					WriteName(Writer, "function");
 					Writer.StartObject();
@@ -217,9 +280,10 @@ namespace Velmora
 		WriteMember(Writer, "model", Request.Model);
 		WriteName(Writer, "messages");
 		Writer.StartArray();
+		FCallIds Ids;
 		for (const FModelMessage& Message : Request.Messages)
 		{
-			WriteMessage(Writer, Message);
+			WriteMessage(Writer, Message, Ids);
 		}
 		Writer.EndArray();
 		if (!Request.Tools.empty())
