@@ -90,6 +90,49 @@ TEST_F(ModelLimits, MoneyCountsByThePricesAndAYesLastsForAsMuchAgain)
 	EXPECT_EQ(Ask("go"), "Done.") << "asked for twice and allowed";
 }
 
+TEST_F(ModelLimits, WhatAServerSaysOfItsFiguresIsNotAllBelieved)
+{
+	const auto Looks = [](const char* Figures)
+	{
+		return Stream({ Call(0, "c", "list_directory", "{}"), Chunk("{}", "tool_calls"),
+			std::string(R"({"choices":[],"usage":)") + Figures + "}", "[DONE]" });
+	};
+	struct FCase
+	{
+		const char* Why;
+		std::string Answer;
+		bool bAsks;
+	};
+	const std::string Refused = Answer("400 No", "application/json", R"({"error":{"message":"bad schema"}})");
+	for (const FCase& Case : { FCase{ "zero", Looks(R"({"prompt_tokens":0,"completion_tokens":0})"), true },
+			 FCase{ "below zero", Looks(R"({"prompt_tokens":-9000000000,"completion_tokens":5})"), true },
+			 FCase{ "more than there is", Looks(R"({"prompt_tokens":9223372036854775807,"completion_tokens":9223372036854775807})"), true },
+			 FCase{ "as much as is believed", Looks(R"({"prompt_tokens":1000000000000,"completion_tokens":1000000000000})"), true },
+			 FCase{ "a refusal, which costs nothing", Refused, false } })
+	{
+		SCOPED_TRACE(Case.Why);
+		Events.clear();
+		FScriptedPeer Peer(Give({ Case.Answer, Done(20) }));
+		FAgentConnection Connection = Make(Peer);
+		Connection.MaxTurnTokens = 100;
+		Connection.MaxDayTokens = 100;
+		Connection.MaxDayCost = 0.000001;
+		Connection.PromptPrice = 1.0;
+		FAgentConnections::Select(Connection);
+		ASSERT_TRUE(Agent->SendMessage(TEXT("go"), {}));
+		EXPECT_EQ(WaitForQuestion(), Case.bAsks);
+		if (Case.bAsks)
+		{
+			EXPECT_TRUE(FAgentQuestions::Answer(OpenId, EAgentAnswer::AllowOnce));
+			EXPECT_TRUE(PumpUntil([this] { return HasTurnEnded(); }));
+			EXPECT_EQ(LastAnswer, "Done.") << "a yes is for all of it";
+			continue;
+		}
+		EXPECT_EQ(Agent->GetState(), EConversationState::Error);
+		EXPECT_EQ(Ask("again"), "Done.") << "nothing was used";
+	}
+}
+
 TEST_F(ModelLimits, ADayCountsOverSeveralRuns)
 {
 	FScriptedPeer Peer(Give({ Done(700) }));
@@ -150,6 +193,44 @@ TEST_F(ModelLimits, OldTurnsAreSummedUpByTheModel)
 	ASSERT_EQ(EventsOf("progress").size(), 1u);
 	EXPECT_TRUE(Holds(EventsOf("progress")[0], "its oldest parts are left out"));
 	EXPECT_EQ(Agent->GetCurrentConversationMetadata()->GetMessageCount(), 4) << "all of it is kept";
+}
+
+TEST_F(ModelLimits, AnAnswerThatFillsTheContextIsAskedForAgainWithMoreRoom)
+{
+	// A token of one byte, of which the program knows only what the server counts.
+	const std::string Full = PeerText::Stream({ PeerText::Say("Half an answer"), PeerText::Chunk("{}", "length"),
+		R"({"choices":[],"usage":{"prompt_tokens":9000,"completion_tokens":1000}})", "[DONE]" });
+	FScriptedPeer Peer(Give({ Final("First."), Full, Final("In short: xxx."), Final("Whole."), Full, Full }));
+	FAgentConnection Connection = Make(Peer);
+	Connection.ContextTokens = 10000;
+	FAgentConnections::Select(Connection);
+	CreateAgent();
+	EXPECT_EQ(Ask(std::string(2000, 'x')), "First.");
+	EXPECT_EQ(Ask("and now?"), "Whole.");
+	ASSERT_EQ(Requests.size(), 4u);
+	EXPECT_TRUE(Holds(Requests[2].Body, "Sum up this beginning"));
+	EXPECT_FALSE(Holds(Requests[3].Body, "Half")) << "it is said again from its beginning";
+
+	// Where nothing can be left out any more the user is told what to do.
+	CreateAgent();
+	EXPECT_EQ(Ask("short"), "Half an answer");
+	ASSERT_EQ(EventsOf("error").size(), 1u);
+	EXPECT_TRUE(Holds(EventsOf("error")[0], "the model can take no more")) << EventsOf("error")[0];
+}
+
+TEST_F(ModelLimits, WhatTheToolsBringIsShortenedBeforeTheServerRefuses)
+{
+	Project.Write("long.txt", std::string(200, 'y') + '\n' + std::string(30000, 'z') + '\n');
+	const auto Read = [] { return WithCalls("", { Call(0, "call00001", "read_file", R"({"path":"long.txt"})") }); };
+	FScriptedPeer Peer(Give({ Read(), Final("Seen.") }));
+	FAgentConnection Connection = Make(Peer);
+	Connection.ContextTokens = 6000;
+	FAgentConnections::Select(Connection);
+	CreateAgent();
+	EXPECT_EQ(Ask("read it"), "Seen.");
+	ASSERT_EQ(Requests.size(), 2u);
+	EXPECT_LT(Requests[1].Body.size(), 6000u * 3u);
+	EXPECT_TRUE(Holds(Requests[1].Body, "Ask for less at a time"));
 }
 
 TEST_F(ModelLimits, KeysOfAllConnectionsLeaveTheEnvironment)

@@ -32,6 +32,22 @@ namespace
 
 bool FPeerConnection::ReadRequest(FRequest& OutRequest)
 {
+	while (ReadOne(OutRequest))
+	{
+		// Whole addresses come to a proxy.
+		const auto IsFor = [&OutRequest](std::string_view End) { return OutRequest.Path.ends_with(End); };
+		const bool bIsAboutSizes = IsFor("/props") || IsFor("/api/ps") || IsFor("/api/show") || IsFor("/api/v0/models");
+		if (bTellsSizes || !bIsAboutSizes)
+		{
+			return true;
+		}
+		Send(PeerText::Answer("404 Not Found", "text/plain", "unknown"));
+	}
+	return false;
+}
+
+bool FPeerConnection::ReadOne(FRequest& OutRequest)
+{
 	const auto ReadMore = [this]
 	{
 		char Buffer[65536];
@@ -103,8 +119,9 @@ void FPeerConnection::Reset()
 	setsockopt(Socket, SOL_SOCKET, SO_LINGER, &Hard, sizeof(Hard));
 }
 
-FScriptedPeer::FScriptedPeer(FScript InScript)
+FScriptedPeer::FScriptedPeer(FScript InScript, bool bInTellsSizes)
 	: Script(std::move(InScript))
+	, bTellsSizes(bInTellsSizes)
 {
 	Listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
 	sockaddr_in Address = {};
@@ -162,7 +179,7 @@ void FScriptedPeer::Accept()
 		Guest.Thread = std::thread(
 			[this, Socket]
 			{
-				FPeerConnection Connection(Socket);
+				FPeerConnection Connection(Socket, bTellsSizes);
 				Script(Connection);
 				// The number of the socket stays taken until the end, so that nobody else's is shut down in its place.
 				linger Linger = {};

@@ -24,12 +24,13 @@ public:
 		std::string Body;
 	};
 
-	explicit FPeerConnection(int InSocket)
+	FPeerConnection(int InSocket, bool bInTellsSizes)
 		: Socket(InSocket)
+		, bTellsSizes(bInTellsSizes)
 	{
 	}
 
-	/** Waits for a whole request; false when the client has gone instead. */
+	/** Waits for a whole request; false when the client has gone instead. Questions that this server does not know are answered. */
 	bool ReadRequest(FRequest& OutRequest);
 
 	/** False when the client has gone. */
@@ -42,7 +43,10 @@ public:
 	void Reset();
 
 private:
+	bool ReadOne(FRequest& OutRequest);
+
 	const int Socket;
+	const bool bTellsSizes;
 	std::string Unread;
 };
 
@@ -59,7 +63,8 @@ public:
 	/** Answers one request after the other on each connection, up to an answer that closes it. Number counts the requests of all from 0. */
 	using FAnswer = std::function<std::string(const FPeerConnection::FRequest& Request, int Number)>;
 
-	explicit FScriptedPeer(FScript InScript);
+	/** @param bInTellsSizes  The script is told of questions about sizes, too, which most servers do not know. */
+	explicit FScriptedPeer(FScript InScript, bool bInTellsSizes = false);
 	static FScript AnswerEach(FAnswer Answer);
 	/** Takes one request, sends the bytes and closes; or leaves that to the client. */
 	static FScript SendOnce(std::string Bytes, bool bClientCloses = false);
@@ -83,6 +88,7 @@ private:
 	void Accept();
 
 	const FScript Script;
+	const bool bTellsSizes;
 	int Listener = -1;
 	int Port = 0;
 	std::atomic<int> ConnectionCount = 0;

@@ -1,14 +1,13 @@
 #include "Host/AgentSeam.h"
 #include "Host/AgentConnections.h"
 
-#include <algorithm>
-
 #include "Async/Async.h"
 #include "Http/WebAddress.h"
 #include "Model/ChatCompletions.h"
 #include "Model/ModelClient.h"
 #include "Model/ModelConnection.h"
 #include "Model/ModelConsents.h"
+#include "Model/ModelSizes.h"
 #include "Text/Utf8Text.h"
 
 // The button "Test": what a server says of itself, and whether its model does what a turn needs.
@@ -108,9 +107,6 @@ namespace Velmora
 						   : "The server lists no model. Load one there, or name one in the connection.");
 			}
 			Connection.Model = Connection.Model.empty() ? Models.front().Id : Connection.Model;
-			const auto Listed =
-				std::find_if(Models.begin(), Models.end(), [&Connection](const FModelInfo& Info) { return Info.Id == Connection.Model; });
-			Report.ContextTokens = Given.ContextTokens > 0 ? Given.ContextTokens : Listed != Models.end() ? Listed->ContextTokens : 0;
 			Report.Model = Utf8Text::ToString(Connection.Model);
 			for (const FModelInfo& Info : Models)
 			{
@@ -124,6 +120,8 @@ namespace Velmora
 			{
 				return Fail(MoveTemp(Report), DescribeProblem(Reply.Problem, Connection.Server, Connection.Model));
 			}
+			// Behind the answer, for some servers say what they have loaded only then.
+			Report.ContextTokens = ModelSizes::AskAgain(Client, Connection, Connection.Model, Models);
 			Report.bSuccess = true;
 			Report.FirstByteSeconds = Reply.FirstByteSeconds;
 			Report.Tools = Request.Tools.empty() ? FConnectionReport::ETools::No

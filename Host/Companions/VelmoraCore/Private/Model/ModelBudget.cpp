@@ -16,6 +16,22 @@ namespace Velmora
 			const std::string Rest = std::to_string(Cents % 100);
 			return std::to_string(Cents / 100) + '.' + (Rest.size() == 1 ? "0" : "") + Rest;
 		}
+
+		/** Nobody charges for what was refused; an answer that broke off may have cost all of it. */
+		bool IsRefusal(const FModelProblem& Problem)
+		{
+			switch (Problem.Fault)
+			{
+			case EModelFault::BadAddress:
+			case EModelFault::Unreachable:
+			case EModelFault::NotTrusted:
+			case EModelFault::Redirected:
+			case EModelFault::NoModelServer:
+				return true;
+			default:
+				return Problem && Problem.Status >= 400;
+			}
+		}
 	}
 
 	FModelSpending::FModelSpending(const FModelConnection& InConnection)
@@ -28,9 +44,15 @@ namespace Velmora
 		}
 	}
 
-	void FModelSpending::Add(const FModelUsage& Usage, int64_t EstimatedTokens)
+	void FModelSpending::Add(const FModelReply& Reply, int64_t EstimatedTokens)
 	{
-		const bool bIsTold = Usage.PromptTokens >= 0 && Usage.CompletionTokens >= 0;
+		const FModelUsage& Usage = Reply.Usage;
+		// Some say nothing by saying zero, and no limit would ever be reached.
+		const bool bIsTold = Usage.PromptTokens >= 0 && Usage.CompletionTokens >= 0 && Usage.PromptTokens + Usage.CompletionTokens > 0;
+		if (!bIsTold && IsRefusal(Reply.Problem))
+		{
+			return;
+		}
 		const int64_t Prompt = bIsTold ? Usage.PromptTokens : EstimatedTokens;
 		const int64_t Completion = bIsTold ? Usage.CompletionTokens : 0;
 		const ModelUsage::FSpent Spent{ Prompt + Completion, std::max(0.0, Connection.Budget.GetCost(Prompt, Completion)) };
@@ -77,9 +99,10 @@ namespace Velmora
 	{
 		for (const FBound& Bound : ListBounds())
 		{
-			while (Bound.Max > 0.0 && Bound.Used >= Bound.Max * (this->*Bound.Grants))
+			// At once: a server may say that it has used a thousand times what is allowed.
+			if (Bound.Max > 0.0 && Bound.Used >= Bound.Max * (this->*Bound.Grants))
 			{
-				++(this->*Bound.Grants);
+				this->*Bound.Grants = std::floor(Bound.Used / Bound.Max) + 1.0;
 			}
 		}
 	}

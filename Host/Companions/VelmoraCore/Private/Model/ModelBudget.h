@@ -16,7 +16,7 @@ namespace Velmora
 		explicit FModelSpending(const FModelConnection& InConnection);
 
 		/** @param EstimatedTokens  For a server that does not say. */
-		void Add(const FModelUsage& Usage, int64_t EstimatedTokens);
+		void Add(const FModelReply& Reply, int64_t EstimatedTokens);
 
 		/** Empty, or a sentence that says which limit is reached: "This turn has used 12,000 tokens." */
 		std::string FindReached() const;
@@ -33,7 +33,7 @@ namespace Velmora
 			double Max;
 
 			/** How often as much again was allowed. */
-			int FModelSpending::*Grants;
+			double FModelSpending::*Grants;
 			bool bIsMoney;
 		};
 		std::vector<FBound> ListBounds() const;
@@ -41,9 +41,9 @@ namespace Velmora
 		const FModelConnection& Connection;
 		ModelUsage::FSpent Turn;
 		ModelUsage::FSpent Day;
-		int TurnTokenGrants = 1;
-		int DayTokenGrants = 1;
-		int TurnCostGrants = 1;
-		int DayCostGrants = 1;
+		double TurnTokenGrants = 1.0;
+		double DayTokenGrants = 1.0;
+		double TurnCostGrants = 1.0;
+		double DayCostGrants = 1.0;
 	};
 }

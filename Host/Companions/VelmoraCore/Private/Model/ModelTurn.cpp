@@ -1,13 +1,11 @@
 #include "Model/ModelTurn.h"
 
 #include <algorithm>
-#include <map>
-#include <mutex>
-#include <optional>
 
 #include "Http/WebAddress.h"
 #include "Model/ModelConsents.h"
 #include "Model/ModelPrompt.h"
+#include "Model/ModelSizes.h"
 #include "Model/Transcript.h"
 #include "Text/Utf8Text.h"
 #include "Text/WireText.h"
@@ -22,50 +20,8 @@ namespace Velmora
 		/** A server that asks to wait longer than this is told to the user instead. */
 		constexpr double MaxWaitSeconds = 60.0;
 
-		/** How many bytes a token has at least, as text and code go. */
-		constexpr size_t BytesPerToken = 3;
-
 		/** Of what was left out. */
 		constexpr size_t MaxSummaryCharacters = 4000;
-
-		/** Without a figure of the server's: what most models take. */
-		constexpr size_t UnknownContextBytes = 400 * 1024;
-
-		/** How long a server may think about the sizes of its models before it is asked without. */
-		constexpr double MaxSizeSeconds = 5.0;
-
-		/** What servers have said of the sizes of their models in this run: each is asked once. */
-		class FKnownSizes
-		{
-		public:
-			static FKnownSizes& Get()
-			{
-				static FKnownSizes Sizes;
-				return Sizes;
-			}
-			std::optional<int64_t> Find(const std::string& Url, const std::string& Model)
-			{
-				const std::scoped_lock Lock(Mutex);
-				const auto Known = Tokens.find({ Url, Model });
-				return Known == Tokens.end() ? std::nullopt : std::optional<int64_t>(Known->second);
-			}
-			void Set(const std::string& Url, const std::string& Model, int64_t Size)
-			{
-				const std::scoped_lock Lock(Mutex);
-				Tokens[{ Url, Model }] = Size;
-			}
-
-		private:
-			std::mutex Mutex;
-			std::map<std::pair<std::string, std::string>, int64_t> Tokens;
-		};
-
-		/** Of the model with that name; a server with one model serves it under whatever name. */
-		int64_t FindSize(const std::vector<FModelInfo>& Models, const std::string& Model)
-		{
-			const auto Named = std::find_if(Models.begin(), Models.end(), [&Model](const FModelInfo& Info) { return Info.Id == Model; });
-			return Named != Models.end() ? Named->ContextTokens : Models.size() == 1 ? Models.front().ContextTokens : 0;
-		}
 	}
 
 	FModelTurn::FModelTurn(
@@ -80,7 +36,7 @@ namespace Velmora
 		, Client(Dialect, InConnection.Server)
 		, Activity(InConnection)
 		, Spending(InConnection)
-		, ContextTokens(InConnection.ContextTokens)
+		, Gauge(InConnection.ContextTokens)
 	{
 		Control.SetCancelHook([this] { Client.Cancel(); });
 	}
@@ -215,7 +171,8 @@ namespace Velmora
 		Request.Options = Connection.Options;
 		if (!Request.Model.empty())
 		{
-			return ContextTokens > 0 || AskForSize();
+			SetContext(ModelSizes::Find(Client, Connection, Request.Model));
+			return !Control.IsCancelled();
 		}
 		std::vector<FModelInfo> Models;
 		const FModelProblem Problem = Client.ListModels(Models);
@@ -229,27 +186,7 @@ namespace Velmora
 			return false;
 		}
 		Request.Model = Models.front().Id;
-		ContextTokens = ContextTokens > 0 ? ContextTokens : Models.front().ContextTokens;
-		Activity.SetContextTokens(ContextTokens);
-		return true;
-	}
-
-	bool FModelTurn::AskForSize()
-	{
-		std::optional<int64_t> Size = FKnownSizes::Get().Find(Connection.Server.BaseUrl, Request.Model);
-		if (!Size)
-		{
-			// It need not have a list. One that cannot be reached is told when it is asked for the answer.
-			std::vector<FModelInfo> Models;
-			const FModelProblem Problem = Client.ListModels(Models, MaxSizeSeconds);
-			Size = FindSize(Models, Request.Model);
-			if (!Problem || Problem.Fault == EModelFault::NotFound || Problem.Fault == EModelFault::NoModelServer)
-			{
-				FKnownSizes::Get().Set(Connection.Server.BaseUrl, Request.Model, *Size);
-			}
-		}
-		ContextTokens = *Size;
-		Activity.SetContextTokens(ContextTokens);
+		SetContext(ModelSizes::FindWith(Client, Connection, Request.Model, Models));
 		return !Control.IsCancelled();
 	}
 
@@ -302,13 +239,23 @@ namespace Velmora
 		}
 		const std::string Prompt = ModelPrompt::MakeAttachments(Input, Files, Tools) + Input.Prompt;
 		Transcript::Append(Messages, { EModelRole::User, Prompt, {}, {} });
+		return true;
+	}
 
-		const size_t MaxBytes = ContextTokens > 0 ? static_cast<size_t>(ContextTokens) * BytesPerToken * 4 / 5 : UnknownContextBytes * 8;
-		if (Transcript::Measure(Messages) > MaxBytes)
+	void FModelTurn::SetContext(int64_t Tokens)
+	{
+		Gauge.SetContext(Tokens);
+		Activity.SetContextTokens(Tokens);
+	}
+
+	void FModelTurn::KeepRoom()
+	{
+		const size_t Room = Gauge.GetRoom(Request.Tools);
+		if (Transcript::Measure(Request.Messages) > Room)
 		{
-			ShortenTo(MaxBytes);
+			// More than need be, so that not each round leaves out some more: servers keep what they have read of a beginning.
+			(void)ShortenTo(Room * 3 / 4);
 		}
-		return !Control.IsCancelled();
 	}
 
 	bool FModelTurn::ShortenTo(size_t MaxBytes)
@@ -334,8 +281,11 @@ namespace Velmora
 			FModelMessage& First = Request.Messages[1];
 			First.Text = Background + "\n\n" + First.Text;
 		}
-		Tell(
-			ETurnReportKind::Step, "The conversation is longer than the model can take: its oldest parts are left out. All of it is kept.");
+		if (!std::exchange(bHasToldOfShortening, true))
+		{
+			Tell(ETurnReportKind::Step,
+				"The conversation is longer than the model can take: its oldest parts are left out. All of it is kept.");
+		}
 		return true;
 	}
 
@@ -351,7 +301,7 @@ namespace Velmora
 				Transcript::WriteAsText(Dropped, MaxBytes / 2),
 			{}, {} } };
 		const FModelReply Reply = Activity.Ask(Client, Asked);
-		Spending.Add(Reply.Usage, static_cast<int64_t>((Transcript::Measure(Asked.Messages) + Reply.Text.size()) / BytesPerToken));
+		Spending.Add(Reply, Gauge.Estimate(Transcript::Measure(Asked.Messages) + Reply.Text.size()));
 		// Without a summary the note stays, which says that something is missing.
 		if (!Reply.Problem && !Reply.Text.empty())
 		{
@@ -404,9 +354,14 @@ namespace Velmora
 	{
 		for (int Try = 1;;)
 		{
+			KeepRoom();
+			if (Control.IsCancelled())
+			{
+				return false;
+			}
 			OutReply = Activity.Ask(Client, Request);
-			Spending.Add(
-				OutReply.Usage, static_cast<int64_t>((Transcript::Measure(Request.Messages) + OutReply.Text.size()) / BytesPerToken));
+			Spending.Add(OutReply, Gauge.Estimate(Transcript::Measure(Request.Messages) + OutReply.Text.size()));
+			Gauge.Learn(Request, OutReply.Usage);
 			if (Control.IsCancelled())
 			{
 				return false;
@@ -447,8 +402,15 @@ namespace Velmora
 			Tell(ETurnReportKind::Step, "This model cannot use tools: it answers without looking at the project.");
 			return ENext::Again;
 		}
+		const bool bIsFull = !Problem && Reply.Finish == EModelFinish::Length && Gauge.IsFull(Reply.Usage);
 		if (Problem.Fault == EModelFault::ContextFull && bHasNothing && MakeRoom(Problem))
 		{
+			return ENext::Again;
+		}
+		if (bIsFull && Try < MaxTries && MakeRoom(Problem))
+		{
+			// What it had begun it says again, with room to the end.
+			++Try;
 			return ENext::Again;
 		}
 
@@ -473,6 +435,8 @@ namespace Velmora
 			TellAnswer(Reply.Text, false);
 		}
 		Fail(Problem ? Describe(Problem)
+				: bIsFull
+				? "The answer was cut: the model can take no more. Start a new conversation, attach less, or give the model a larger context."
 				: Reply.Finish == EModelFinish::Length
 				? "The answer was cut: no room was left for it. Ask for less at a time, or raise the limit of the model."
 				: Reply.Finish == EModelFinish::Filtered
@@ -487,11 +451,10 @@ namespace Velmora
 		const size_t Now = Transcript::Measure(Request.Messages);
 		if (Problem.ContextTokens > 0)
 		{
-			ContextTokens = Problem.ContextTokens;
-			FKnownSizes::Get().Set(Connection.Server.BaseUrl, Request.Model, ContextTokens);
-			Activity.SetContextTokens(ContextTokens);
+			ModelSizes::Set(Connection, Request.Model, Problem.ContextTokens);
+			SetContext(Problem.ContextTokens);
 		}
-		const size_t Room = ContextTokens > 0 ? static_cast<size_t>(ContextTokens) * BytesPerToken * 3 / 4 : Now;
+		const size_t Room = Gauge.GetContext() > 0 ? Gauge.GetRoom(Request.Tools) : Now;
 		return ShortenTo(std::min(Room, Now * 3 / 4)) && !Control.IsCancelled() && Transcript::Measure(Request.Messages) <= Now * 9 / 10;
 	}
 }

@@ -7,6 +7,8 @@
 #include "Http/WebAddress.h"
 #include "Model/ChatChunkReader.h"
 #include "Model/ChatRequestWriter.h"
+#include "Model/ContextSizes.h"
+#include "Model/ModelClient.h"
 #include "Model/ModelFaults.h"
 
 namespace Velmora
@@ -29,15 +31,28 @@ namespace Velmora
 			return Headers;
 		}
 
-		FHttpRequest MakeHttpRequest(const FModelServer& Server, std::string_view Path)
+		void FillRequest(FHttpRequest& Http, const FModelServer& Server)
 		{
-			FHttpRequest Http;
-			Http.Url = FChatCompletions::MakeBaseUrl(Server.BaseUrl) + std::string(Path);
 			Http.Headers = MakeHeaders(Server);
 			Http.CaFile = Server.CaFile;
 			Http.Proxy = Server.Proxy;
 			Http.Limits = Server.Limits;
+		}
+
+		FHttpRequest MakeHttpRequest(const FModelServer& Server, std::string_view Path)
+		{
+			FHttpRequest Http;
+			Http.Url = FChatCompletions::MakeBaseUrl(Server.BaseUrl) + std::string(Path);
+			FillRequest(Http, Server);
 			return Http;
+		}
+
+		/** What a server says of itself is small and quick or is not worth waiting for. */
+		void SetSmallLimits(FHttpRequest& Http)
+		{
+			Http.Limits.MaxBodyBytes = 4 * 1024 * 1024;
+			Http.Limits.FirstByteSeconds = std::min(Http.Limits.FirstByteSeconds, 20.0);
+			Http.Limits.TotalSeconds = 30.0;
 		}
 
 		class FChatReader : public IReplyReader
@@ -132,7 +147,8 @@ namespace Velmora
 				FModelProblem Problem;
 				Problem.Fault = ModelFaults::FromRefusal(Status, { Text, Words.Type, Words.Code });
 				Problem.Status = Status;
-				Problem.ContextTokens = Words.ContextTokens > 0 ? Words.ContextTokens : ModelFaults::FindContextTokens(Text);
+				const int64_t Named = ContextSizes::Check(Words.ContextTokens);
+				Problem.ContextTokens = Named > 0 ? Named : ContextSizes::Check(ModelFaults::FindContextTokens(Text));
 				Problem.Detail = std::move(Text);
 				Builder.Fail(std::move(Problem));
 			}
@@ -141,33 +157,12 @@ namespace Velmora
 			FChatChunkReader Chunk;
 		};
 
-		int64_t FindNumber(const rapidjson::Value& Object, const char* Name)
-		{
-			const auto Member = Object.FindMember(Name);
-			return Member != Object.MemberEnd() && Member->value.IsInt64() && Member->value.GetInt64() > 0 ? Member->value.GetInt64() : 0;
-		}
-
 		std::string FindText(const rapidjson::Value& Object, const char* Name)
 		{
 			const auto Member = Object.FindMember(Name);
 			return Member != Object.MemberEnd() && Member->value.IsString()
 				? std::string(Member->value.GetString(), Member->value.GetStringLength())
 				: std::string();
-		}
-
-		/** Each server has a name of its own for how long a conversation may be. */
-		int64_t FindContextSize(const rapidjson::Value& Model)
-		{
-			for (const char* Name : { "loaded_context_length", "max_model_len", "context_length", "context_window", "max_context_length",
-					 "max_input_tokens", "max_sequence_length" })
-			{
-				if (const int64_t Size = FindNumber(Model, Name))
-				{
-					return Size;
-				}
-			}
-			const auto Meta = Model.FindMember("meta");
-			return Meta != Model.MemberEnd() && Meta->value.IsObject() ? FindNumber(Meta->value, "n_ctx") : 0;
 		}
 	}
 
@@ -209,11 +204,31 @@ namespace Velmora
 	FHttpRequest FChatCompletions::MakeListRequest(const FModelServer& Server) const
 	{
 		FHttpRequest Http = MakeHttpRequest(Server, "/models");
-		// A list is small and quick or is not worth waiting for: it only fills a box.
-		Http.Limits.MaxBodyBytes = 4 * 1024 * 1024;
-		Http.Limits.FirstByteSeconds = std::min(Http.Limits.FirstByteSeconds, 20.0);
-		Http.Limits.TotalSeconds = 30.0;
+		SetSmallLimits(Http);
 		return Http;
+	}
+
+	std::vector<FHttpRequest> FChatCompletions::MakeSizeRequests(const FModelServer& Server, std::string_view Model) const
+	{
+		std::vector<FHttpRequest> Requests = ContextSizes::MakeRequests(MakeBaseUrl(Server.BaseUrl), Model);
+		for (FHttpRequest& Http : Requests)
+		{
+			FillRequest(Http, Server);
+			SetSmallLimits(Http);
+		}
+		return Requests;
+	}
+
+	int64_t FChatCompletions::ReadSize(std::string_view Body, std::string_view Model) const
+	{
+		if (const int64_t Size = ContextSizes::Read(Body))
+		{
+			return Size;
+		}
+		std::vector<FModelInfo> Models;
+		ReadList(Body, Models);
+		const FModelInfo* const Named = FindModel(Models, Model);
+		return Named ? Named->ContextTokens : 0;
 	}
 
 	bool FChatCompletions::ReadList(std::string_view Body, std::vector<FModelInfo>& OutModels) const
@@ -249,7 +264,7 @@ namespace Velmora
 			{
 				Info.Id = FindText(Model, "id");
 				Info.Id = Info.Id.empty() ? FindText(Model, "name") : Info.Id;
-				Info.ContextTokens = FindContextSize(Model);
+				Info.ContextTokens = ContextSizes::FindInModel(Model);
 			}
 			if (!Info.Id.empty() && OutModels.size() < MaxModels)
 			{

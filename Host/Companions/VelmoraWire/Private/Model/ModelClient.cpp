@@ -1,6 +1,7 @@
 #include "Model/ModelClient.h"
 
 #include <algorithm>
+#include <chrono>
 
 #include "Http/WebAddress.h"
 #include "Model/ModelFaults.h"
@@ -18,6 +19,16 @@ namespace Velmora
 
 		/** A body that is larger may become the largest. */
 		constexpr size_t LargeBodyBytes = 1024 * 1024;
+
+		constexpr const char* PackedText = "it sent compressed data unasked";
+
+		/** Some put the mark of their encoding before everything. */
+		constexpr std::string_view ByteOrderMark = "\xEF\xBB\xBF";
+
+		std::string_view SkipMark(std::string_view Text)
+		{
+			return Text.starts_with(ByteOrderMark) ? Text.substr(ByteOrderMark.size()) : Text;
+		}
 
 		bool IsRedirect(int Status)
 		{
@@ -53,6 +64,7 @@ namespace Velmora
 				case EForm::Unknown:
 					return EFlow::More;
 				case EForm::Page:
+				case EForm::Packed:
 					return EFlow::Stop;
 				case EForm::Body:
 					if (Body.size() + Bytes.size() > MaxBodyBytes)
@@ -83,16 +95,19 @@ namespace Velmora
 			{
 				if (Head.Status >= 400)
 				{
-					Reader.OnRefusal(Head.Status, Body);
+					Reader.OnRefusal(Head.Status, SkipMark(Body));
 				}
 				else if (IsRedirect(Head.Status))
 				{
 					Builder.Fail(EModelFault::Redirected, Head.Location);
 				}
-				else if (Head.Status != 0 && (Head.Status != 200 || Form == EForm::Page))
+				else if (Form == EForm::Page || Form == EForm::Packed)
 				{
-					Builder.Fail(EModelFault::NoModelServer,
-						Form == EForm::Page ? std::string("it answered with a web page") : "status " + std::to_string(Head.Status));
+					Builder.Fail(EModelFault::NoModelServer, Form == EForm::Page ? "it answered with a web page" : PackedText);
+				}
+				else if (Head.Status != 0 && Head.Status != 200)
+				{
+					Builder.Fail(EModelFault::NoModelServer, "status " + std::to_string(Head.Status));
 				}
 				else if (Form == EForm::Events)
 				{
@@ -100,7 +115,7 @@ namespace Velmora
 				}
 				else if (Form == EForm::Body && bIsWhole)
 				{
-					Reader.OnBody(Body);
+					Reader.OnBody(SkipMark(Body));
 				}
 			}
 
@@ -112,18 +127,22 @@ namespace Velmora
 				Unknown,
 				Events,
 				Body,
-				Page
+				Page,
+				Packed // Compressed, and not called so.
 			};
 
 			/** By what comes rather than by what it is called: servers are wrong about that. */
 			void DecideForm(std::string_view Bytes)
 			{
-				const size_t Start = Bytes.find_first_not_of(" \t\r\n");
+				const size_t Start = Bytes.find_first_not_of(" \t\r\n\xEF\xBB\xBF");
 				if (Start == std::string_view::npos)
 				{
 					return;
 				}
-				Form = Bytes[Start] == '{' || Bytes[Start] == '[' ? EForm::Body : Bytes[Start] == '<' ? EForm::Page : EForm::Events;
+				Form = Bytes[Start] == '{' || Bytes[Start] == '[' ? EForm::Body
+					: Bytes[Start] == '<'						  ? EForm::Page
+					: Bytes[Start] == '\x1F'					  ? EForm::Packed
+																  : EForm::Events;
 			}
 
 			IReplyReader& Reader;
@@ -235,8 +254,7 @@ namespace Velmora
 			const bool bIsWhole = Builder.HasFinish() && (Fault == EModelFault::CutShort || Fault == EModelFault::Silent);
 			if (Fault != EModelFault::None && !bIsWhole)
 			{
-				Builder.Fail(
-					Fault, Exchange.End == EHttpEnd::Compressed ? std::string("it sent compressed data unasked") : Exchange.Detail);
+				Builder.Fail(Fault, Exchange.End == EHttpEnd::Compressed ? std::string(PackedText) : Exchange.Detail);
 			}
 		}
 
@@ -280,10 +298,51 @@ namespace Velmora
 		{
 			Builder.Fail(Fault, Reply.Detail);
 		}
-		else if (!Dialect.ReadList(Body.Body, OutModels))
+		else if (!Dialect.ReadList(SkipMark(Body.Body), OutModels))
 		{
 			Builder.Fail(EModelFault::NoModelServer, "its answer is no list of models");
 		}
 		return Builder.Take(Server.Key).Problem;
+	}
+
+	std::optional<int64_t> FModelClient::AskForSize(std::string_view Model, double MaxSeconds)
+	{
+		const auto Start = std::chrono::steady_clock::now();
+		for (FHttpRequest& Request : Dialect.MakeSizeRequests(Server, Model))
+		{
+			const double Left = MaxSeconds - std::chrono::duration<double>(std::chrono::steady_clock::now() - Start).count();
+			if (Left <= 0.0)
+			{
+				break;
+			}
+			Request.Limits.TotalSeconds = std::min(Request.Limits.TotalSeconds, Left);
+			FBodyReader Body;
+			const EModelFault Fault = ModelFaults::FromEnd(Stream.Run(Request, Body).End);
+			if (Fault == EModelFault::Cancelled)
+			{
+				return std::nullopt;
+			}
+			if (Fault == EModelFault::Unreachable || Fault == EModelFault::Silent)
+			{
+				break;
+			}
+			const int64_t Size = Fault == EModelFault::None && Body.Status == 200 ? Dialect.ReadSize(SkipMark(Body.Body), Model) : 0;
+			if (Size > 0)
+			{
+				return Size;
+			}
+		}
+		return int64_t(0);
+	}
+
+	const FModelInfo* FindModel(const std::vector<FModelInfo>& Models, std::string_view Name)
+	{
+		const auto Find = [&Models](std::string_view Id)
+		{
+			const auto Found = std::find_if(Models.begin(), Models.end(), [Id](const FModelInfo& Info) { return Info.Id == Id; });
+			return Found != Models.end() ? &*Found : nullptr;
+		};
+		const FModelInfo* const Named = Find(Name);
+		return Named ? Named : Find(std::string(Name) + ":latest");
 	}
 }

@@ -13,6 +13,8 @@ namespace Velmora
 		virtual std::unique_ptr<IReplyReader> MakeReader(FReplyBuilder& Builder) const override;
 		virtual FHttpRequest MakeListRequest(const FModelServer& Server) const override;
 		virtual bool ReadList(std::string_view Body, std::vector<FModelInfo>& OutModels) const override;
+		virtual std::vector<FHttpRequest> MakeSizeRequests(const FModelServer& Server, std::string_view Model) const override;
+		virtual int64_t ReadSize(std::string_view Body, std::string_view Model) const override;
 
 		/** The base address as users give it, with or without "/v1" or the whole path of the call. Pure. */
 		static std::string MakeBaseUrl(std::string_view Address);

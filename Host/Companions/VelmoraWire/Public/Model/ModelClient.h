@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -30,6 +31,12 @@ namespace Velmora
 		/** Returns no problem with the list, or a problem and no list. @param MaxSeconds  That it may take in all, if above zero. */
 		FModelProblem ListModels(std::vector<FModelInfo>& OutModels, double MaxSeconds = 0.0);
 
+		/**
+		 * How many tokens a conversation with that model may have, from what servers tell beside their list; 0 when it is not told,
+		 * nothing when cancelled. @param MaxSeconds  That it may take in all.
+		 */
+		std::optional<int64_t> AskForSize(std::string_view Model, double MaxSeconds);
+
 		/** For good: what is under way ends at once, its connection is closed. Any thread. */
 		void Cancel() { Stream.Cancel(); }
 
@@ -38,6 +45,9 @@ namespace Velmora
 		const FModelServer Server;
 		FHttpStream Stream;
 	};
+
+	/** The model of that name in a list, or null. Some servers list a name with the tag that it has when none is given. Pure. */
+	VELMORAWIRE_API const FModelInfo* FindModel(const std::vector<FModelInfo>& Models, std::string_view Name);
 
 	/** One or two sentences for people: what went wrong with that server and what to do about it. Pure. */
 	VELMORAWIRE_API std::string DescribeProblem(const FModelProblem& Problem, const FModelServer& Server, std::string_view Model);

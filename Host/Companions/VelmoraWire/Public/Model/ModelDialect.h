@@ -43,5 +43,11 @@ namespace Velmora
 
 		/** False when the body is no list of models. */
 		virtual bool ReadList(std::string_view Body, std::vector<FModelInfo>& OutModels) const = 0;
+
+		/** Asks what a list need not tell: how large a model is. One after the other, for each server knows one at the most. */
+		virtual std::vector<FHttpRequest> MakeSizeRequests(const FModelServer& Server, std::string_view Model) const = 0;
+
+		/** In tokens, from an answer to one of these, which may be anything; 0 when it does not say. */
+		virtual int64_t ReadSize(std::string_view Body, std::string_view Model) const = 0;
 	};
 }
