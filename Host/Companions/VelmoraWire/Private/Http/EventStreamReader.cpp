@@ -10,6 +10,7 @@ namespace Velmora
 	{
 		// The format is published with HTML as "Server-sent events". Lines end with CR LF, LF or CR.
 		constexpr std::string_view ByteOrderMark = "\xEF\xBB\xBF";
+		constexpr std::string_view ErrorName = "error";
 
 		/** What is larger is not copied where that can be helped. */
 		constexpr size_t LargeBytes = 1024 * 1024;
@@ -123,6 +124,12 @@ namespace Velmora
 		else if (Name == "event")
 		{
 			Type = Value;
+		}
+		else if (Name == ErrorName)
+		{
+			// A field of its own by some servers: dropped, an answer would only seem to break off.
+			Type = ErrorName;
+			AddData(Value, bLineStays);
 		}
 	}
 

@@ -346,7 +346,13 @@ namespace Velmora
 		}
 		else if (EqualsIgnoringCase(Name, "content-encoding"))
 		{
-			Reply.Head.bIsCompressed = !Value.empty() && !EqualsIgnoringCase(Value, "identity");
+			Reply.Head.bIsCompressed |= !Value.empty() && !EqualsIgnoringCase(Value, "identity");
+		}
+		else if (EqualsIgnoringCase(Name, "transfer-encoding") && !EqualsIgnoringCase(Value, "chunked") &&
+			!EqualsIgnoringCase(Value, "identity"))
+		{
+			// The library unpacks what is compressed on its way, without a bound and unasked.
+			return Refuse(EHttpEnd::Compressed, std::string());
 		}
 		return true;
 	}

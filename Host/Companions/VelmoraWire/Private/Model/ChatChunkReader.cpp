@@ -114,6 +114,13 @@ namespace Velmora
 			{ "prohibited_content", EModelFinish::Filtered },
 		};
 
+		// Of calls in one choice, while it is not known which it is.
+		constexpr size_t MaxHeldParts = 64;
+		constexpr size_t MaxHeldBytes = 64 * 1024;
+
+		/** Of one answer. */
+		constexpr int64_t MaxTokens = 1000000000000;
+
 		/** Reasons that are none: what came is not the answer. */
 		constexpr std::string_view AbortWords[] = { "error", "abort", "aborted", "cancelled", "insufficient_system_resource" };
 		// clang-format on
@@ -180,7 +187,9 @@ namespace Velmora
 		Text.clear();
 		Thinking.clear();
 		Finish.clear();
-		ChoiceIndex = 0;
+		ChoiceCount = 0;
+		CallPartCount = 0;
+		CallPartBytes = 0;
 		Error = FErrorWords();
 		bHasUsage = false;
 		const std::string Repaired = RepairHalves(Json);
@@ -320,6 +329,8 @@ namespace Velmora
 		}
 		Error.bIsThere |= Node == ENode::Error;
 		bHasChoices |= Node == ENode::Choices;
+		// Where it has no number, its place is one.
+		ChoiceIndex = Node == ENode::Choice ? ChoiceCount++ : ChoiceIndex;
 		Nodes[Depth++] = Node;
 		return true;
 	}
@@ -456,7 +467,8 @@ namespace Velmora
 	{
 		const auto SetUsage = [this, Value](int64_t& Figure)
 		{
-			Figure = Value;
+			// What is no figure is as good as none, and no sum may overflow.
+			Figure = Value >= 0 && Value <= MaxTokens ? Value : -1;
 			bHasUsage = true;
 		};
 		switch (Target)
@@ -494,16 +506,37 @@ namespace Velmora
 		}
 	}
 
-	// One answer is asked for; a server that gives more is listened to for its first.
 	void FChatChunkReader::CommitCall()
 	{
-		if (ChoiceIndex == 0)
+		if (CallPartCount == CallParts.size())
 		{
-			Builder.AddCall(Call.Index, Call.Id, Call.Name, Call.Arguments);
+			CallParts.emplace_back();
 		}
+		std::swap(CallParts[CallPartCount++], Call);
+		CallPartBytes += CallParts[CallPartCount - 1].Arguments.size();
 		Call.Clear();
+		if (CallPartCount >= MaxHeldParts || CallPartBytes > MaxHeldBytes)
+		{
+			HandCallsOn();
+		}
 	}
 
+	void FChatChunkReader::HandCallsOn()
+	{
+		for (size_t Index = 0; Index < CallPartCount && ChoiceIndex == 0; ++Index)
+		{
+			const FCallPart& Part = CallParts[Index];
+			Builder.AddCall(Part.Index, Part.Id, Part.Name, Part.Arguments);
+		}
+		if (CallPartBytes > MaxHeldBytes)
+		{
+			std::vector<FCallPart>().swap(CallParts);
+		}
+		CallPartCount = 0;
+		CallPartBytes = 0;
+	}
+
+	// One answer is asked for; a server that gives more is listened to for its first.
 	void FChatChunkReader::CommitChoice()
 	{
 		// Other choices are other answers to the same question, and nobody asked for them.
@@ -538,6 +571,6 @@ namespace Velmora
 		Text.clear();
 		Thinking.clear();
 		Finish.clear();
-		ChoiceIndex = 0;
+		HandCallsOn();
 	}
 }

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include <rapidjson/memorystream.h>
 #include <rapidjson/reader.h>
@@ -138,6 +139,7 @@ namespace Velmora
 		void SetErrorText(EField Field, std::string_view Value);
 		void SetNumber(EField Field, int64_t Value);
 		void CommitCall();
+		void HandCallsOn();
 		void CommitChoice();
 		EField TakeField();
 
@@ -156,7 +158,13 @@ namespace Velmora
 		std::string Thinking;
 		std::string Finish;
 		int64_t ChoiceIndex = 0;
+		int ChoiceCount = 0;
 		FCallPart Call;
+
+		/** Parts of calls of this choice; the first so many are in use, the others keep their memory. */
+		std::vector<FCallPart> CallParts;
+		size_t CallPartCount = 0;
+		size_t CallPartBytes = 0;
 
 		FModelUsage Usage;
 		bool bHasUsage = false;

@@ -276,7 +276,15 @@ namespace Velmora
 			KeepText(std::exchange(Held, std::string()));
 		}
 
-		// 2. Each call gets an id of its own, since its result is found by it.
+		// 2. The server's numbers are the order in which calls are meant, whichever came first.
+		std::unordered_set<int> Numbers;
+		if (std::all_of(Calls.begin(), Calls.end(),
+				[&Numbers](const FOpenCall& Open) { return Open.Index >= 0 && Numbers.insert(Open.Index).second; }))
+		{
+			std::sort(Calls.begin(), Calls.end(), [](const FOpenCall& A, const FOpenCall& B) { return A.Index < B.Index; });
+		}
+
+		// 3. Each call gets an id of its own, since its result is found by it.
 		std::unordered_set<std::string> Ids;
 		int Number = 0;
 		for (FOpenCall& Open : Calls)
@@ -297,7 +305,7 @@ namespace Velmora
 			Reply.Calls.push_back(std::move(Call));
 		}
 
-		// 3. Texts, without what only separated thinking from the answer.
+		// 4. Texts, without what only separated thinking from the answer.
 		if (const size_t End = Reply.Thinking.empty() ? FindLoneThinkEnd(Reply.Text) : std::string::npos; End != std::string::npos)
 		{
 			Reply.Thinking = Reply.Text.substr(0, End);

@@ -12,7 +12,7 @@ namespace Velmora
 	/** One event of a stream. The views hold only while it is being told. */
 	struct FServerEvent
 	{
-		/** What its "event" line says; empty without one. */
+		/** What its "event" line says; empty without one. "error" as well when the data stands in an "error" line. */
 		std::string_view Type;
 
 		/** Its "data" lines, joined by line feeds. May be empty. */
