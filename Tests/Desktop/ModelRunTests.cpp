@@ -8,6 +8,7 @@
 #include <mutex>
 
 using namespace PeerText;
+namespace fs = std::filesystem;
 
 TEST(ModelRun, AModelReadsChangesAndAnswers)
 {
@@ -24,14 +25,14 @@ TEST(ModelRun, AModelReadsChangesAndAnswers)
 				return Answer("200 OK", "application/json", R"({"data":[{"id":"tiny","meta":{"n_ctx":8192}}]})");
 			}
 			const std::string& Body = Request.Body;
-			if (Body.find("\"tool_call_id\":\"c2\"") != std::string::npos)
+			if (Body.find("\"tool_call_id\":\"call00002\"") != std::string::npos)
 			{
 				return Stream({ Say("Wrote **notes.md**."), Chunk("{}", "stop"), "[DONE]" });
 			}
-			const bool bHasLooked = Body.find("\"tool_call_id\":\"c1\"") != std::string::npos;
+			const bool bHasLooked = Body.find("\"tool_call_id\":\"call00001\"") != std::string::npos;
 			return Stream({ Say(bHasLooked ? "Now I write." : "I look."),
-				bHasLooked ? Call(0, "c2", "create_file", R"({"path":"notes.md","content":"from the model\n"})")
-						   : Call(0, "c1", "search_files", R"({"term":")" + Project.Symbol + R"("})"),
+				bHasLooked ? Call(0, "call00002", "create_file", R"({"path":"notes.md","content":"from the model\n"})")
+						   : Call(0, "call00001", "search_files", R"({"term":")" + Project.Symbol + R"("})"),
 				Chunk("{}", "tool_calls"), "[DONE]" });
 		}));
 	const FRun Run = RunProgram({ "--headless", "--project", Project.Folder.string(), "--server", Peer.GetUrl(), "--prompt", "take notes" },
@@ -48,6 +49,39 @@ TEST(ModelRun, AModelReadsChangesAndAnswers)
 	const FRun Models = RunProgram({ "--server", Peer.GetUrl(), "--list-models" });
 	EXPECT_EQ(Models.ExitCode, 0) << Models.Error;
 	EXPECT_EQ(Models.Output, "tiny  8192 tokens\n");
+}
+
+TEST(ModelRun, WithoutTheWallsNoCommandRunsAndThatIsSaid)
+{
+	// The program sees a machine without the one that makes the walls, and a model that asks for a command all the same.
+	const FRandomProject Project;
+	std::mutex Mutex;
+	std::string FirstBody;
+	std::string LastBody;
+	FScriptedPeer Peer(FScriptedPeer::AnswerEach(
+		[&](const FPeerConnection::FRequest& Request, int)
+		{
+			const std::scoped_lock Lock(Mutex);
+			if (Request.Method == "GET")
+			{
+				return Answer("404 No", "application/json", "{}");
+			}
+			FirstBody = FirstBody.empty() ? Request.Body : FirstBody;
+			LastBody = Request.Body;
+			const bool bHasResult = Contains(Request.Body, "\"tool_call_id\"");
+			return Stream({ bHasResult ? Say("No.") : Call(0, "call00001", "run_command", R"({"command":"touch made.txt"})"),
+				Chunk("{}", bHasResult ? "stop" : "tool_calls"), "[DONE]" });
+		}));
+	const std::string Line = "env -u DISPLAY -u WAYLAND_DISPLAY XDG_DATA_HOME='" + Project.Path("data") + "' XDG_CONFIG_HOME='" +
+		Project.Path("config") + "' timeout 120 bwrap --dev-bind / / --ro-bind /dev/null /usr/bin/bwrap '" + std::string(VELMORA_PROGRAM) +
+		"' --headless --project '" + Project.Folder.string() + "' --server " + Peer.GetUrl() +
+		" --model m --allow run_command --prompt 'touch it' >'" + Project.Path("printed") + "' 2>&1";
+	EXPECT_NE(std::system(Line.c_str()), -1);
+	EXPECT_FALSE(Contains(FirstBody, "\"name\":\"run_command\"")) << FirstBody;
+	EXPECT_TRUE(Contains(FirstBody, "You cannot run commands: bubblewrap is not installed")) << FirstBody;
+	EXPECT_TRUE(Contains(LastBody, "bubblewrap is not installed (/usr/bin/bwrap), so no commands can be run.")) << LastBody;
+	EXPECT_TRUE(Contains(ReadFile(Project.Path("printed")), "No.")) << ReadFile(Project.Path("printed"));
+	EXPECT_FALSE(fs::exists(Project.Folder / "made.txt"));
 }
 
 TEST(ModelRun, WrongChoicesAreTold)
