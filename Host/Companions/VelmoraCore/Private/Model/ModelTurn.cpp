@@ -20,8 +20,14 @@ namespace Velmora
 		/** A server that asks to wait longer than this is told to the user instead. */
 		constexpr double MaxWaitSeconds = 60.0;
 
+		/** How many bytes a token has at least, as text and code go. */
+		constexpr size_t BytesPerToken = 3;
+
 		/** Of what was left out. */
 		constexpr size_t MaxSummaryCharacters = 4000;
+
+		/** Without a figure of the server's: what most models take. */
+		constexpr size_t UnknownContextBytes = 400 * 1024;
 	}
 
 	FModelTurn::FModelTurn(
@@ -36,7 +42,7 @@ namespace Velmora
 		, Client(Dialect, InConnection.Server)
 		, Activity(InConnection)
 		, Spending(InConnection)
-		, Gauge(InConnection.ContextTokens)
+		, ContextTokens(InConnection.ContextTokens)
 	{
 		Control.SetCancelHook([this] { Client.Cancel(); });
 	}
@@ -171,7 +177,8 @@ namespace Velmora
 		Request.Options = Connection.Options;
 		if (!Request.Model.empty())
 		{
-			SetContext(ModelSizes::Find(Client, Connection, Request.Model));
+			ContextTokens = ModelSizes::Find(Client, Connection, Request.Model);
+			Activity.SetContextTokens(ContextTokens);
 			return !Control.IsCancelled();
 		}
 		std::vector<FModelInfo> Models;
@@ -186,7 +193,8 @@ namespace Velmora
 			return false;
 		}
 		Request.Model = Models.front().Id;
-		SetContext(ModelSizes::FindWith(Client, Connection, Request.Model, Models));
+		ContextTokens = ModelSizes::FindWith(Client, Connection, Request.Model, Models);
+		Activity.SetContextTokens(ContextTokens);
 		return !Control.IsCancelled();
 	}
 
@@ -239,23 +247,13 @@ namespace Velmora
 		}
 		const std::string Prompt = ModelPrompt::MakeAttachments(Input, Files, Tools) + Input.Prompt;
 		Transcript::Append(Messages, { EModelRole::User, Prompt, {}, {} });
-		return true;
-	}
 
-	void FModelTurn::SetContext(int64_t Tokens)
-	{
-		Gauge.SetContext(Tokens);
-		Activity.SetContextTokens(Tokens);
-	}
-
-	void FModelTurn::KeepRoom()
-	{
-		const size_t Room = Gauge.GetRoom(Request.Tools);
-		if (Transcript::Measure(Request.Messages) > Room)
+		const size_t MaxBytes = ContextTokens > 0 ? static_cast<size_t>(ContextTokens) * BytesPerToken * 4 / 5 : UnknownContextBytes * 8;
+		if (Transcript::Measure(Messages) > MaxBytes)
 		{
-			// More than need be, so that not each round leaves out some more: servers keep what they have read of a beginning.
-			(void)ShortenTo(Room * 3 / 4);
+			ShortenTo(MaxBytes);
 		}
+		return !Control.IsCancelled();
 	}
 
 	bool FModelTurn::ShortenTo(size_t MaxBytes)
@@ -281,11 +279,8 @@ namespace Velmora
 			FModelMessage& First = Request.Messages[1];
 			First.Text = Background + "\n\n" + First.Text;
 		}
-		if (!std::exchange(bHasToldOfShortening, true))
-		{
-			Tell(ETurnReportKind::Step,
-				"The conversation is longer than the model can take: its oldest parts are left out. All of it is kept.");
-		}
+		Tell(
+			ETurnReportKind::Step, "The conversation is longer than the model can take: its oldest parts are left out. All of it is kept.");
 		return true;
 	}
 
@@ -301,7 +296,7 @@ namespace Velmora
 				Transcript::WriteAsText(Dropped, MaxBytes / 2),
 			{}, {} } };
 		const FModelReply Reply = Activity.Ask(Client, Asked);
-		Spending.Add(Reply, Gauge.Estimate(Transcript::Measure(Asked.Messages) + Reply.Text.size()));
+		Spending.Add(Reply, static_cast<int64_t>((Transcript::Measure(Asked.Messages) + Reply.Text.size()) / BytesPerToken));
 		// Without a summary the note stays, which says that something is missing.
 		if (!Reply.Problem && !Reply.Text.empty())
 		{
@@ -354,14 +349,8 @@ namespace Velmora
 	{
 		for (int Try = 1;;)
 		{
-			KeepRoom();
-			if (Control.IsCancelled())
-			{
-				return false;
-			}
 			OutReply = Activity.Ask(Client, Request);
-			Spending.Add(OutReply, Gauge.Estimate(Transcript::Measure(Request.Messages) + OutReply.Text.size()));
-			Gauge.Learn(Request, OutReply.Usage);
+			Spending.Add(OutReply, static_cast<int64_t>((Transcript::Measure(Request.Messages) + OutReply.Text.size()) / BytesPerToken));
 			if (Control.IsCancelled())
 			{
 				return false;
@@ -402,15 +391,8 @@ namespace Velmora
 			Tell(ETurnReportKind::Step, "This model cannot use tools: it answers without looking at the project.");
 			return ENext::Again;
 		}
-		const bool bIsFull = !Problem && Reply.Finish == EModelFinish::Length && Gauge.IsFull(Reply.Usage);
 		if (Problem.Fault == EModelFault::ContextFull && bHasNothing && MakeRoom(Problem))
 		{
-			return ENext::Again;
-		}
-		if (bIsFull && Try < MaxTries && MakeRoom(Problem))
-		{
-			// What it had begun it says again, with room to the end.
-			++Try;
 			return ENext::Again;
 		}
 
@@ -435,8 +417,6 @@ namespace Velmora
 			TellAnswer(Reply.Text, false);
 		}
 		Fail(Problem ? Describe(Problem)
-				: bIsFull
-				? "The answer was cut: the model can take no more. Start a new conversation, attach less, or give the model a larger context."
 				: Reply.Finish == EModelFinish::Length
 				? "The answer was cut: no room was left for it. Ask for less at a time, or raise the limit of the model."
 				: Reply.Finish == EModelFinish::Filtered
@@ -451,10 +431,11 @@ namespace Velmora
 		const size_t Now = Transcript::Measure(Request.Messages);
 		if (Problem.ContextTokens > 0)
 		{
-			ModelSizes::Set(Connection, Request.Model, Problem.ContextTokens);
-			SetContext(Problem.ContextTokens);
+			ContextTokens = Problem.ContextTokens;
+			ModelSizes::Set(Connection, Request.Model, ContextTokens);
+			Activity.SetContextTokens(ContextTokens);
 		}
-		const size_t Room = Gauge.GetContext() > 0 ? Gauge.GetRoom(Request.Tools) : Now;
+		const size_t Room = ContextTokens > 0 ? static_cast<size_t>(ContextTokens) * BytesPerToken * 3 / 4 : Now;
 		return ShortenTo(std::min(Room, Now * 3 / 4)) && !Control.IsCancelled() && Transcript::Measure(Request.Messages) <= Now * 9 / 10;
 	}
 }
