@@ -16,6 +16,9 @@ namespace
 	/** Of this run; empty when it keeps things where others find them. */
 	std::string RunFolder;
 
+	/** What is in it stays for the next run; empty when this one has no need of it. */
+	std::string SpareFolder;
+
 	/** The user's own folder in memory, or else the one for what goes with the next start of the machine. */
 	std::string GetVolatileFolder()
 	{
@@ -63,6 +66,7 @@ FString StoreFolders::SetUp(bool bKeepsNothing, FString& OutNotice)
 {
 	Velmora::SetStoreFolders(FString(), FString());
 	RunFolder.clear();
+	SpareFolder.clear();
 	const FString Usual = Velmora::GetStoreLocation().Folder;
 	if (bKeepsNothing)
 	{
@@ -85,6 +89,7 @@ FString StoreFolders::SetUp(bool bKeepsNothing, FString& OutNotice)
 		// What is said stays in memory, and is stored as soon as that works.
 		return FString();
 	}
+	SpareFolder = Spare;
 	Velmora::SetStoreFolders(HostFileNameFromBytes(Spare), FString());
 	OutNotice = HostFileNameFromBytes(Why + " What is said and typed is kept in " + Spare + " instead, until the computer is turned off.");
 	return FString();
@@ -111,5 +116,10 @@ void StoreFolders::Remove()
 		std::error_code Ignored;
 		std::filesystem::remove_all(RunFolder, Ignored);
 		RunFolder.clear();
+	}
+	if (!SpareFolder.empty())
+	{
+		rmdir(SpareFolder.c_str()); // Only when it is empty.
+		SpareFolder.clear();
 	}
 }

@@ -196,13 +196,14 @@ TEST(Shell, AHomeThatCannotBeWrittenStopsNobody)
 	Project.Write("home.txt",
 		"wait idle 30\ndump " + Project.Path("home.json") +
 			"\nclick #ConversationComboBox\nwait idle 30\nclick create made.md with \"x\"\n" + "wait idle 30\ndump " +
-			Project.Path("brought.json") + "\n");
+			Project.Path("brought.json") + "\nclick Edit\nclick Edit Last Message\nanswer Yes\nwait idle 30\n");
 	const FRun Back = Run({ "--draft", "--script", Project.Path("home.txt") });
 	EXPECT_EQ(Back.ExitCode, 0) << Back.Error;
 	EXPECT_TRUE(Contains(ReadFile(Project.Path("home.json")), "\"promptText\": \"half a sentence\""));
 	EXPECT_TRUE(Contains(ReadFile(Project.Path("brought.json")), "Created [made.md]"));
+	EXPECT_FALSE(fs::exists(Project.Folder / "made.md")) << "undone, as where it was said";
 	for (const fs::directory_entry& Left : fs::directory_iterator(Spare))
 	{
-		EXPECT_TRUE(Left.path().extension() == ".undo" || Left.path().extension() == ".lock") << Left.path();
+		EXPECT_EQ(Left.path().extension(), ".lock") << Left.path();
 	}
 }

@@ -13,6 +13,7 @@
 #include "Changes/ChangeRecord.h"
 #include "Changes/KeptContents.h"
 #include "Changes/ProjectAccess.h"
+#include "Host/Outcome.h"
 
 namespace Velmora
 {
@@ -198,6 +199,12 @@ namespace Velmora
 
 		/** Takes over the journals of processes that are gone, the latest first, and removes those beyond the limits. Takes its time. */
 		static std::vector<std::shared_ptr<FChangeJournal>> AdoptDeadJournals(const std::string& UndoFolder, bool bIsDurable = true);
+
+		/**
+		 * Moves what journals of dead processes have left into another undo folder: each whole or not at all, also when this is cut
+		 * short. A journal in use stays, and one that cannot be brought, with all that come after it. Takes its time.
+		 */
+		static FOutcome BringDeadJournals(const std::string& From, const std::string& To);
 
 		/** False: nothing is flushed, for runs in which only the result counts. */
 		void SetDurable(bool bInDurable);

@@ -1,3 +1,4 @@
+#include "Changes/ChangeJournal.h"
 #include "Host/FileDescriptor.h"
 #include "Host/HostAtomicFile.h"
 #include "Host/HostFileNames.h"
@@ -87,9 +88,15 @@ namespace Velmora
 		FStoreLocation There = GetStoreLocation();
 		const FStoreLocation Here = There;
 		There.ConversationFolder = SpareFolder;
-		const FOutcome Conversations =
-			BringConversations(HostFileNameToBytes(There.GetDatabasePath()), HostFileNameToBytes(Here.GetDatabasePath()));
+		const std::string Spare = HostFileNameToBytes(There.GetDatabasePath());
+		const FOutcome Conversations = BringConversations(Spare, HostFileNameToBytes(Here.GetDatabasePath()));
+		// An undo that was cut short is finished in its conversation, which so comes first.
+		const bool bCanUndoCome = access(Spare.c_str(), F_OK) != 0;
+		const FOutcome Undo = bCanUndoCome
+			? FChangeJournal::BringDeadJournals(HostFileNameToBytes(There.GetUndoFolder()), HostFileNameToBytes(Here.GetUndoFolder()))
+			: FOutcome::Done();
 		const FOutcome Draft = BringDraft(HostFileNameToBytes(There.GetDraftPath()), HostFileNameToBytes(Here.GetDraftPath()));
-		return Conversations ? Draft : Conversations;
+		rmdir(HostFileNameToBytes(SpareFolder).c_str()); // Only when it is empty.
+		return !Conversations ? Conversations : !Undo ? Undo : Draft;
 	}
 }

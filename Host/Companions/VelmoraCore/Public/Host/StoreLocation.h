@@ -50,8 +50,9 @@ namespace Velmora
 
 	/**
 	 * Brings what an earlier run kept for this project in another folder, since it could not write to the usual one: the conversations,
-	 * which the store takes over when it is next opened, and the draft where there is none here. Undo does not come along. What cannot
-	 * be brought now stays for the next time. Before anything else of the library is used, in the usual place.
+	 * which the store takes over when it is next opened, what they can undo, and the draft where there is none here; the folder goes when
+	 * nothing is left in it. What cannot be brought now stays for the next time, and so does what a program is still using. Before
+	 * anything else of the library is used, in the usual place.
 	 */
 	VELMORACORE_API FOutcome BringHome(const FString& SpareFolder);
 
