@@ -1,5 +1,6 @@
 # Sourced by kill-test and fault-test: a project, a private store, and the program driven by scripts on a simulated clock, so that a
-# session does the same calls in every run. Each run has a folder of its own: project, data (the store), out (dumps and errors).
+# session does the same calls in every run. Each run has a folder of its own: project, data (the store), memory (what is kept where the
+# store cannot be), out (dumps and errors).
 
 readonly SKIPPED=77
 readonly MAX_START_SECONDS=2
@@ -16,7 +17,7 @@ need_tracing() {
 
 # make_project FOLDER: what the session works on.
 make_project() {
-	mkdir -p "$1/project/src" "$1/data" "$1/out"
+	mkdir -p "$1/project/src" "$1/data" "$1/memory" "$1/out"
 	printf 'one\ntwo\n' >"$1/project/run.sh"
 	chmod 755 "$1/project/run.sh"
 	printf 'int a;\r\n' >"$1/project/src/code.cpp"
@@ -29,8 +30,8 @@ run_script() {
 	shift 2
 	local tracer=()
 	[ $# = 0 ] || tracer=("$TRACER" --below "$folder/project" --below "$folder/data" "$@" --)
-	(cd "$folder/out" && XDG_DATA_HOME=$folder/data timeout 120 "${tracer[@]}" "$PROGRAM" --headless --project "$folder/project" \
-		--size 1280x1000 --now 2026-01-31T12:00:00 --script "$folder/$name" >>"$name.told" 2>&1)
+	(cd "$folder/out" && XDG_DATA_HOME=$folder/data XDG_RUNTIME_DIR=$folder/memory timeout 120 "${tracer[@]}" "$PROGRAM" --headless \
+		--project "$folder/project" --size 1280x1000 --now 2026-01-31T12:00:00 --script "$folder/$name" >>"$name.told" 2>&1)
 }
 
 # ask TEXT: the steps of one turn, from the typing to the dump NAME.
@@ -97,12 +98,14 @@ check_start() {
 	return 1
 }
 
-# check_strays FOLDER: nothing but the session's own files in the project, nothing but the store and what is kept for undo beside it.
+# check_strays FOLDER: nothing but the session's own files in the project, nothing but the store and what is kept for undo beside it, and
+# nothing elsewhere, since the last start has brought it home.
 # What a program that died was about to make for undo (.new-…) is removed an hour later, since another one could be making it just now.
 check_strays() {
 	local strays
 	strays=$(cd "$1/project" && find . -mindepth 1 ! -path ./src ! -path ./src/code.cpp ! -path ./run.sh ! -path ./gone.txt ! -path ./made ! -path ./made/notes.md)
 	strays+=$(cd "$1/data" && find . -type f ! -path './Velmora/project-????????????????.db' ! -path './Velmora/project-????????????????.db-wal' ! -path './Velmora/project-????????????????.db-shm' ! \( -path './Velmora/project-????????????????.undo/*' ! -name '*.tmp' \))
+	strays+=$(find "$1/memory" -mindepth 1)
 	[ -z "$strays" ] || { echo "  left behind: $strays"; return 1; }
 }
 
