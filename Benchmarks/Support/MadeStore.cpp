@@ -31,8 +31,9 @@ void FMadeStore::Fill(const FString& Database, int32 ConversationCount, int32 Me
 {
 	(void)MakeShared<FConversationStore>(HostFileNameToBytes(Database))->Load(TEXT("none")); // Makes the file.
 	Velmora::FSqliteConnection Connection;
-	bool bIsFilled =
-		Velmora::StoreSchema::Open(Connection, HostFileNameToBytes(Database), Velmora::ESqliteAccess::Write) && Connection.Execute("BEGIN");
+	bool bIsFilled = Velmora::StoreSchema::Open(Connection, HostFileNameToBytes(Database), Velmora::ESqliteAccess::Write,
+						 FConversationStore::WorkerTimeoutMilliseconds) &&
+		Connection.Execute("BEGIN");
 	for (int32 Number = 0; Number < ConversationCount; ++Number)
 	{
 		TArray<FConversationMessage> Messages;
