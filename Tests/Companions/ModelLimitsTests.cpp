@@ -220,7 +220,12 @@ TEST_F(ModelLimits, AnAnswerThatFillsTheContextIsAskedForAgainWithMoreRoom)
 
 TEST_F(ModelLimits, WhatTheToolsBringIsShortenedBeforeTheServerRefuses)
 {
-	Project.Write("long.txt", std::string(200, 'y') + '\n' + std::string(30000, 'z') + '\n');
+	std::string Lines;
+	for (int Line = 0; Line < 600; ++Line)
+	{
+		Lines += std::string(50, 'y') + '\n';
+	}
+	Project.Write("long.txt", Lines);
 	const auto Read = [] { return WithCalls("", { Call(0, "call00001", "read_file", R"({"path":"long.txt"})") }); };
 	FScriptedPeer Peer(Give({ Read(), Final("Seen.") }));
 	FAgentConnection Connection = Make(Peer);

@@ -76,7 +76,7 @@ namespace
 		std::atomic<bool> bWasClosed = false;
 	};
 
-	const std::string Told = Answer("200 OK", "application/json", R"({"default_generation_settings":{"n_ctx":8192}})");
+	const std::string Told = Answer("200 OK", "application/json", R"({"default_generation_settings":{"n_ctx":32768}})");
 }
 
 TEST_F(ModelSizes, AreAskedForWithTheFirstMessageAndOnce)
@@ -90,12 +90,12 @@ TEST_F(ModelSizes, AreAskedForWithTheFirstMessageAndOnce)
 		EXPECT_EQ(Peer.GetConnectionCount(), 0) << "nobody is asked before there is something to send";
 		EXPECT_EQ(Ask("go"), "ok");
 		EXPECT_EQ(TakeAsked(), "/v1/models /props /v1/chat/completions ");
-		EXPECT_EQ(LastSize(), 8192);
+		EXPECT_EQ(LastSize(), 32768);
 		EXPECT_EQ(Ask("again"), "ok");
 		Agent->StartConversation(EConversationMode::Code);
 		EXPECT_EQ(Ask("and anew"), "ok");
 		EXPECT_EQ(TakeAsked().find("/props"), std::string::npos);
-		EXPECT_EQ(LastSize(), 8192);
+		EXPECT_EQ(LastSize(), 32768);
 	}
 }
 
@@ -109,8 +109,8 @@ TEST_F(ModelSizes, AreNotAskedForWhereTheConnectionHasThem)
 		const TCHAR* Options;
 		int64 Size;
 	};
-	for (const FCase& Case : { FCase{ 3000, TEXT("{\"num_ctx\":2048}"), 3000 }, FCase{ 0, TEXT("{\"num_ctx\":2048}"), 2048 },
-			 FCase{ 0, TEXT("{\"options\":{\"num_ctx\":1024}}"), 1024 } })
+	for (const FCase& Case : { FCase{ 30000, TEXT("{\"num_ctx\":20480}"), 30000 }, FCase{ 0, TEXT("{\"num_ctx\":20480}"), 20480 },
+			 FCase{ 0, TEXT("{\"options\":{\"num_ctx\":10240}}"), 10240 } })
 	{
 		Connection.ContextTokens = Case.Tokens;
 		Connection.Options = Case.Options;
@@ -159,7 +159,7 @@ TEST_F(ModelSizes, AStopEndsTheQuestionAndLeavesItOpen)
 		Props = Told;
 	}
 	EXPECT_EQ(Ask("and now?"), "ok");
-	EXPECT_EQ(LastSize(), 8192);
+	EXPECT_EQ(LastSize(), 32768);
 }
 
 TEST_F(ModelSizes, ATestTellsWhatItFoundAndTheNextMessageKnowsIt)
@@ -169,9 +169,9 @@ TEST_F(ModelSizes, ATestTellsWhatItFoundAndTheNextMessageKnowsIt)
 	TOptional<FConnectionReport> Report;
 	FAgentConnections::Test(Connection, [&Report](const FConnectionReport& Found) { Report = Found; });
 	ASSERT_TRUE(PumpUntil([&Report] { return Report.IsSet(); }));
-	EXPECT_TRUE(Holds(Utf8(Report->Sentence), "m has room for 8,192 tokens")) << Utf8(Report->Sentence);
+	EXPECT_TRUE(Holds(Utf8(Report->Sentence), "m has room for 32,768 tokens")) << Utf8(Report->Sentence);
 	EXPECT_EQ(TakeAsked(), "/v1/models /v1/chat/completions /props ");
 	EXPECT_EQ(Ask("go"), "ok");
 	EXPECT_EQ(TakeAsked(), "/v1/chat/completions ");
-	EXPECT_EQ(LastSize(), 8192);
+	EXPECT_EQ(LastSize(), 32768);
 }

@@ -228,7 +228,7 @@ TEST_F(ModelTurn, AnOverflowIsMetByLeavingOutTheOldest)
 	FScriptedPeer Peer(Give({ WithCalls("", { Call(0, "c", "read_file", R"({"path":"big.md"})") }), Full, Final("ok"), Full }));
 	Use(Peer);
 	EXPECT_EQ(Ask("read it"), "ok");
-	EXPECT_TRUE(Holds(LastBody(), "The rest of this result was left out"));
+	EXPECT_TRUE(Holds(LastBody(), "The rest was left out: it is more than fits."));
 	EXPECT_LT(LastBody().size(), Requests[1].Body.size() / 2);
 	Ask("more");
 	EXPECT_EQ(Agent->GetState(), EConversationState::Error) << "no loop of the same refusal";

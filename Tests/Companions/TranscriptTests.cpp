@@ -205,3 +205,26 @@ TEST(Transcript, WhatIsTooLongLosesResultsFirst)
 	EXPECT_EQ(Messages[0].Text, "s");
 	EXPECT_TRUE(Messages[1].Text.ends_with("]\n\nc")) << Messages[1].Text;
 }
+
+TEST(Transcript, WhatTheModelHasJustAskedForIsCutLastAndLeast)
+{
+	std::vector<FModelMessage> Messages = {
+		{ EModelRole::User, std::string(3000, 'a'), {}, {} },
+		{ EModelRole::Assistant, std::string(3000, 'b'), {}, {} },
+		{ EModelRole::User, "c", {}, {} },
+		{ EModelRole::Assistant, "", { { "1", "read_file", "{}" } }, {} },
+		{ EModelRole::Tool, std::string(4000, 'x'), {}, "1" },
+		{ EModelRole::Assistant, "", { { "2", "read_file", "{}" } }, {} },
+		{ EModelRole::Tool, std::string(9000, 'y'), {}, "2" },
+	};
+	std::vector<FModelMessage> Roomy = Messages;
+	EXPECT_EQ(Transcript::Shorten(Roomy, 12000).Messages.size(), 2u);
+	EXPECT_EQ(Roomy.back().Text, Messages.back().Text);
+
+	const Transcript::FShortening Shortening = Transcript::Shorten(Messages, 6000);
+	EXPECT_EQ(Shortening.Results, 2);
+	EXPECT_EQ(Shortening.Messages.size(), 2u);
+	EXPECT_LE(Transcript::Measure(Messages), 6000u);
+	EXPECT_GT(Transcript::Measure(Messages), 5700u);
+	EXPECT_TRUE(Messages.back().Text.ends_with("Ask for less at a time: some lines, one folder, rarer words.]")) << Messages.back().Text;
+}

@@ -20,14 +20,8 @@ namespace Velmora
 		/** A server that asks to wait longer than this is told to the user instead. */
 		constexpr double MaxWaitSeconds = 60.0;
 
-		/** How many bytes a token has at least, as text and code go. */
-		constexpr size_t BytesPerToken = 3;
-
 		/** Of what was left out. */
 		constexpr size_t MaxSummaryCharacters = 4000;
-
-		/** Without a figure of the server's: what most models take. */
-		constexpr size_t UnknownContextBytes = 400 * 1024;
 	}
 
 	FModelTurn::FModelTurn(
@@ -42,7 +36,7 @@ namespace Velmora
 		, Client(Dialect, InConnection.Server)
 		, Activity(InConnection)
 		, Spending(InConnection)
-		, ContextTokens(InConnection.ContextTokens)
+		, Gauge(InConnection.ContextTokens)
 	{
 		Control.SetCancelHook([this] { Client.Cancel(); });
 	}
@@ -177,8 +171,7 @@ namespace Velmora
 		Request.Options = Connection.Options;
 		if (!Request.Model.empty())
 		{
-			ContextTokens = ModelSizes::Find(Client, Connection, Request.Model);
-			Activity.SetContextTokens(ContextTokens);
+			SetContext(ModelSizes::Find(Client, Connection, Request.Model));
 			return !Control.IsCancelled();
 		}
 		std::vector<FModelInfo> Models;
@@ -193,8 +186,7 @@ namespace Velmora
 			return false;
 		}
 		Request.Model = Models.front().Id;
-		ContextTokens = ModelSizes::FindWith(Client, Connection, Request.Model, Models);
-		Activity.SetContextTokens(ContextTokens);
+		SetContext(ModelSizes::FindWith(Client, Connection, Request.Model, Models));
 		return !Control.IsCancelled();
 	}
 
@@ -247,13 +239,23 @@ namespace Velmora
 		}
 		const std::string Prompt = ModelPrompt::MakeAttachments(Input, Files, Tools) + Input.Prompt;
 		Transcript::Append(Messages, { EModelRole::User, Prompt, {}, {} });
+		return true;
+	}
 
-		const size_t MaxBytes = ContextTokens > 0 ? static_cast<size_t>(ContextTokens) * BytesPerToken * 4 / 5 : UnknownContextBytes * 8;
-		if (Transcript::Measure(Messages) > MaxBytes)
+	void FModelTurn::SetContext(int64_t Tokens)
+	{
+		Gauge.SetContext(Tokens);
+		Activity.SetContextTokens(Tokens);
+	}
+
+	void FModelTurn::KeepRoom()
+	{
+		const size_t Room = Gauge.GetRoom(Request.Tools);
+		if (Transcript::Measure(Request.Messages) > Room)
 		{
-			ShortenTo(MaxBytes);
+			// More than need be, so that not each round leaves out some more: servers keep what they have read of a beginning.
+			(void)ShortenTo(Room * 3 / 4);
 		}
-		return !Control.IsCancelled();
 	}
 
 	bool FModelTurn::ShortenTo(size_t MaxBytes)
@@ -279,8 +281,11 @@ namespace Velmora
 			FModelMessage& First = Request.Messages[1];
 			First.Text = Background + "\n\n" + First.Text;
 		}
-		Tell(
-			ETurnReportKind::Step, "The conversation is longer than the model can take: its oldest parts are left out. All of it is kept.");
+		if (!std::exchange(bHasToldOfShortening, true))
+		{
+			Tell(ETurnReportKind::Step,
+				"The conversation is longer than the model can take: its oldest parts are left out. All of it is kept.");
+		}
 		return true;
 	}
 
@@ -296,7 +301,7 @@ namespace Velmora
 				Transcript::WriteAsText(Dropped, MaxBytes / 2),
 			{}, {} } };
 		const FModelReply Reply = Activity.Ask(Client, Asked);
-		Spending.Add(Reply, static_cast<int64_t>((Transcript::Measure(Asked.Messages) + Reply.Text.size()) / BytesPerToken));
+		Spending.Add(Reply, Gauge.Estimate(Transcript::Measure(Asked.Messages) + Reply.Text.size()));
 		// Without a summary the note stays, which says that something is missing.
 		if (!Reply.Problem && !Reply.Text.empty())
 		{
@@ -349,8 +354,14 @@ namespace Velmora
 	{
 		for (int Try = 1;;)
 		{
+			KeepRoom();
+			if (Control.IsCancelled())
+			{
+				return false;
+			}
 			OutReply = Activity.Ask(Client, Request);
-			Spending.Add(OutReply, static_cast<int64_t>((Transcript::Measure(Request.Messages) + OutReply.Text.size()) / BytesPerToken));
+			Spending.Add(OutReply, Gauge.Estimate(Transcript::Measure(Request.Messages) + OutReply.Text.size()));
+			Gauge.Learn(Request, OutReply.Usage);
 			if (Control.IsCancelled())
 			{
 				return false;
@@ -391,8 +402,15 @@ namespace Velmora
 			Tell(ETurnReportKind::Step, "This model cannot use tools: it answers without looking at the project.");
 			return ENext::Again;
 		}
+		const bool bIsFull = !Problem && Reply.Finish == EModelFinish::Length && Gauge.IsFull(Reply.Usage);
 		if (Problem.Fault == EModelFault::ContextFull && bHasNothing && MakeRoom(Problem))
 		{
+			return ENext::Again;
+		}
+		if (bIsFull && Try < MaxTries && MakeRoom(Problem))
+		{
+			// What it had begun it says again, with room to the end.
+			++Try;
 			return ENext::Again;
 		}
 
@@ -416,7 +434,9 @@ namespace Velmora
 		{
 			TellAnswer(Reply.Text, false);
 		}
-		Fail(Problem ? Describe(Problem)
+		Fail(Problem	  ? Describe(Problem)
+				: bIsFull ? "The answer was cut: the model can take no more. Start a new conversation, attach less, or give the model a "
+							"larger context."
 				: Reply.Finish == EModelFinish::Length
 				? "The answer was cut: no room was left for it. Ask for less at a time, or raise the limit of the model."
 				: Reply.Finish == EModelFinish::Filtered
@@ -431,11 +451,10 @@ namespace Velmora
 		const size_t Now = Transcript::Measure(Request.Messages);
 		if (Problem.ContextTokens > 0)
 		{
-			ContextTokens = Problem.ContextTokens;
-			ModelSizes::Set(Connection, Request.Model, ContextTokens);
-			Activity.SetContextTokens(ContextTokens);
+			ModelSizes::Set(Connection, Request.Model, Problem.ContextTokens);
+			SetContext(Problem.ContextTokens);
 		}
-		const size_t Room = ContextTokens > 0 ? static_cast<size_t>(ContextTokens) * BytesPerToken * 3 / 4 : Now;
+		const size_t Room = Gauge.GetContext() > 0 ? Gauge.GetRoom(Request.Tools) : Now;
 		return ShortenTo(std::min(Room, Now * 3 / 4)) && !Control.IsCancelled() && Transcript::Measure(Request.Messages) <= Now * 9 / 10;
 	}
 }

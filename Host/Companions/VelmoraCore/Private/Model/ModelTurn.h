@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "Model/ChatCompletions.h"
+#include "Model/ContextGauge.h"
 #include "Model/ModelActivity.h"
 #include "Model/ModelBudget.h"
 #include "Model/ModelClient.h"
@@ -60,6 +61,9 @@ namespace Velmora
 
 		/** Makes the messages fit, and has the model sum up what must go. False when nothing could be left out. */
 		bool ShortenTo(size_t MaxBytes);
+		void SetContext(int64_t Tokens);
+		/** Before each request: what the tools have brought in this turn counts as well. */
+		void KeepRoom();
 		void Summarise(const std::vector<FModelMessage>& Dropped, size_t MaxBytes);
 
 		void BeginRound(int Round, const FModelReply& Reply);
@@ -100,8 +104,7 @@ namespace Velmora
 
 		/** Once per turn: a server that refuses for want of room would refuse that too. */
 		bool bHasSummarised = false;
-
-		/** Of the model, from the connection or the server; 0 when neither says. */
-		int64_t ContextTokens = 0;
+		bool bHasToldOfShortening = false;
+		FContextGauge Gauge;
 	};
 }

@@ -23,6 +23,9 @@ namespace Velmora::Transcript
 		constexpr std::string_view MissingResult = "There is no result: the turn was stopped before this call was done.";
 		constexpr std::string_view LeftOutNote = "[The beginning of this conversation was left out, since it was too long.]";
 
+		constexpr std::string_view TooLargeNote =
+			"\n[The rest was left out: it is more than fits. Ask for less at a time: some lines, one folder, rarer words.]";
+
 		void WriteMember(FWriter& Writer, std::string_view Name, std::string_view Text)
 		{
 			Writer.Key(Name.data(), static_cast<rapidjson::SizeType>(Name.size()));
@@ -166,6 +169,17 @@ namespace Velmora::Transcript
 			}
 			return Index > 0 ? Index - 1 : 0;
 		}
+
+		/** Where the results begin that the model has not answered to yet; the end when it waits for none. */
+		size_t FindNewestResults(const std::vector<FModelMessage>& Messages)
+		{
+			size_t Index = Messages.size();
+			while (Index > 0 && Messages[Index - 1].Role != EModelRole::Assistant)
+			{
+				--Index;
+			}
+			return Index > 0 && !Messages[Index - 1].Calls.empty() ? Index : Messages.size();
+		}
 	}
 
 	FString WriteCalls(const std::vector<FModelCall>& Calls)
@@ -265,33 +279,30 @@ namespace Velmora::Transcript
 		FShortening Shortening;
 		size_t Bytes = Measure(Messages);
 
-		// 1. Results of tools, the oldest first: the model can have them again.
-		for (FModelMessage& Message : Messages)
+		const auto CutResult = [&](FModelMessage& Message, size_t Kept, std::string_view Note)
 		{
-			if (Bytes <= MaxBytes)
-			{
-				return Shortening;
-			}
-			if (Message.Role == EModelRole::Tool && Message.Text.size() > 2 * KeptResultBytes)
+			if (Bytes > MaxBytes && Message.Role == EModelRole::Tool && Message.Text.size() > Kept + KeptResultBytes)
 			{
 				const size_t Before = Message.Text.size();
-				Message.Text = std::string(WireText::CutUtf8(Message.Text, KeptResultBytes)) +
-					"\n[The rest of this result was left out; call the tool again if it is needed.]";
+				Message.Text = std::string(WireText::CutUtf8(Message.Text, Kept)) + std::string(Note);
 				Bytes -= Before - Message.Text.size();
 				++Shortening.Results;
 			}
-		}
+		};
 
-		if (Bytes <= MaxBytes)
+		// 1. Results of tools that the model has answered to, the oldest first: it can have them again.
+		const size_t Newest = FindNewestResults(Messages);
+		for (size_t Index = 0; Index < Newest; ++Index)
 		{
-			return Shortening;
+			CutResult(Messages[Index], KeptResultBytes, "\n[The rest of this result was left out; call the tool again if it is needed.]");
 		}
 
 		// 2. The oldest messages, up to one of the user, so that what is left begins with one.
 		const size_t First = !Messages.empty() && Messages.front().Role == EModelRole::System ? 1 : 0;
 		const size_t Last = FindLastUser(Messages);
+		const bool bIsTooLong = Bytes > MaxBytes;
 		size_t End = First;
-		for (size_t Index = First; Index < Last && (Bytes > MaxBytes || Messages[Index].Role != EModelRole::User); ++Index)
+		for (size_t Index = First; bIsTooLong && Index < Last && (Bytes > MaxBytes || Messages[Index].Role != EModelRole::User); ++Index)
 		{
 			Bytes -= std::min(Bytes, Measure({ Messages[Index] }));
 			End = Index + 1;
@@ -303,6 +314,15 @@ namespace Velmora::Transcript
 			Shortening.Messages.assign(std::make_move_iterator(Begin), std::make_move_iterator(Stop));
 			Messages.erase(Begin, Stop);
 			Messages[First].Text = std::string(LeftOutNote) + "\n\n" + Messages[First].Text;
+			Bytes += LeftOutNote.size() + 2;
+		}
+
+		// 3. What it has just asked for, as little as need be. To ask for the same again would bring the same.
+		for (size_t Index = std::max(Newest, End) - (End - First); Index < Messages.size(); ++Index)
+		{
+			const size_t Excess = Bytes - std::min(Bytes, MaxBytes);
+			const size_t Size = Messages[Index].Text.size();
+			CutResult(Messages[Index], std::max(KeptResultBytes, Size - std::min(Size, Excess + TooLargeNote.size())), TooLargeNote);
 		}
 		return Shortening;
 	}

@@ -46,7 +46,7 @@ namespace Velmora::Transcript
 
 	/**
 	 * Makes the messages fit: cuts the oldest results of tools first, then leaves out the oldest messages but for the system's
-	 * and what follows the last one of the user. A note stands where something was.
+	 * and what follows the last one of the user, and cuts last what the model has just asked for. A note stands where something was.
 	 */
 	FShortening Shorten(std::vector<FModelMessage>& Messages, size_t MaxBytes);
 
