@@ -301,6 +301,32 @@ TEST_F(FDockTest, ANarrowAreaScrollsSidewaysWhatWouldBeCut)
 	EXPECT_TRUE(Last->HasKeyboardFocus());
 }
 
+TEST_F(FDockTest, AreasThatScrollBothWaysHaveBothBarsInView)
+{
+	Register("One");
+	const TSharedRef<SHorizontalBox> Row = SNew(SHorizontalBox);
+	Row->AddSlot().AutoWidth()[SNew(SBox).WidthOverride(600.0f)[SNew(SButton).Tag("Wide")]];
+	const TSharedRef<SVerticalBox> Column = SNew(SVerticalBox);
+	Column->AddSlot().AutoHeight()[SNew(SBox).HeightOverride(60.0f)[Row]];
+	Column->AddSlot().FillHeight(1.0f)[SNew(SBox).HeightOverride(500.0f)];
+	Column->AddSlot().AutoHeight()[SNew(SBox).HeightOverride(80.0f)];
+	Invoke("One")->SetContent(Column);
+	Resize(400, 220);
+	PumpSeconds(1.0);
+	EXPECT_EQ(CountByType("SScrollBox"), 2);
+	ASSERT_EQ(CountByType("SBesideBar"), 1);
+	// What is above is out of view, until the upright bar is dragged: it is at the edge of the window.
+	const auto GetTop = [this] { return GetRect(*FindByTag("Wide")).Top; };
+	EXPECT_LT(GetTop(), 32.0f);
+	const FVector2D Thumb(394.0, 190.0);
+	MoveMouse(Thumb);
+	PressMouse(Thumb);
+	MoveMouse(FVector2D(394.0, 40.0));
+	ReleaseMouse(FVector2D(394.0, 40.0));
+	PumpSeconds(0.2);
+	EXPECT_NEAR(GetTop(), 32.0f, 1.0f);
+}
+
 TEST_F(FDockTest, ARowThatIsClippedOnPurposeWidensNothing)
 {
 	Register("One");

@@ -4,6 +4,7 @@
 #include "Host/ColumnHeights.h"
 #include "Host/HostSleep.h"
 #include "Host/RowWidths.h"
+#include "Host/SBesideBar.h"
 #include "Styling/AppStyle.h"
 #include "Widgets/Layout/SBorder.h"
 #include "Widgets/Layout/SBox.h"
@@ -204,6 +205,7 @@ void SDockArea::PlaceContent(const TSharedRef<SWidget>& Content)
 	if (ContentHeight > 0.0f)
 	{
 		Placed = SAssignNew(Upright, SScrollBox)
+			.ScrollBarVisibility(ContentWidth > 0.0f ? EVisibility::Collapsed : EVisibility::Visible)
 			+ SScrollBox::Slot()
 			[
 				SAssignNew(UprightContent, SBox)
@@ -227,6 +229,21 @@ void SDockArea::PlaceContent(const TSharedRef<SWidget>& Content)
 					Placed
 				]
 			];
+		if (Upright)
+		{
+			// Its own bar would stand at the far end of what is moved sideways.
+			Placed = SNew(SHorizontalBox)
+				+ SHorizontalBox::Slot()
+				.FillWidth(1.0f)
+				[
+					Placed
+				]
+				+ SHorizontalBox::Slot()
+				.AutoWidth()
+				[
+					SNew(SBesideBar, Upright.ToSharedRef())
+				];
+		}
 	}
 	// clang-format on
 	ContentHolder->SetContent(Placed);
