@@ -272,6 +272,10 @@ TEST_F(FSettingsPageTest, FieldsAreExplainedAndFoldersPickedInADialog)
 	EXPECT_FALSE(IsOnScreen("Offset"));
 	Enter("SettingsSearch", "output");
 	EXPECT_FALSE(FWidgetFinder::FindByTag("Choose.ProjectDescription"));
+	Resize(1600, 600);
+	PumpFrame();
+	PumpFrame();
+	EXPECT_NEAR(GetRect(*FindByTag("Choose.OutputFolder")).Left, GetRect(*FindByTag("OutputFolder")).Right + 8.0f, 1.0f);
 	FHostFileDialogs::QueueAnswer(TEXT(""));
 	Click(FindByTag("Choose.OutputFolder"));
 	EXPECT_EQ(GetText("OutputFolder"), "/") << "cancelled";

@@ -185,6 +185,7 @@ TSharedRef<SWidget> SSettingsPage::MakeFolderEditor(const TSharedRef<FRow>& Row)
 	return SNew(SHorizontalBox)
 		+ SHorizontalBox::Slot()
 		.FillWidth(1.0f)
+		.MaxWidth(MaxValueWidth)
 		[
 			MakeLineEditor(Row, MaxValueWidth)
 		]
