@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <iterator>
+#include <utility>
 
 // A laid-out text. Nearly all text is plain: words of one direction between blanks. It is kept as pieces, one for each
 // word with the blanks after it, and words come shaped from the font, which keeps them; so wrapping is adding up
@@ -70,8 +71,8 @@ FTextParagraph::FTextParagraph(std::shared_ptr<FShaperFont> InFont, FStringView 
 	, Text(InText.GetData() ? InText.GetData() : TEXT(""), static_cast<size_t>(InText.Len()))
 {
 	++Font->GetSystem().GetCounters().ParagraphsMade;
-	FPieces Scratch;
-	Scratch.reserve(Text.size() / 5 + 4);
+	// Its room stays for the next paragraph, so that most take memory once.
+	thread_local FPieces Scratch;
 	const int32 Length = static_cast<int32>(Text.size());
 	for (int32 Begin = 0;;)
 	{
@@ -85,8 +86,17 @@ FTextParagraph::FTextParagraph(std::shared_ptr<FShaperFont> InFont, FStringView 
 		const bool bPair = Text[Found] == TEXT('\r') && Found + 1 < Text.size() && Text[Found + 1] == TEXT('\n');
 		Begin = static_cast<int32>(Found) + (bPair ? 2 : 1);
 	}
-	Scratch.shrink_to_fit();
-	Pieces = std::make_shared<const FPieces>(std::move(Scratch));
+	constexpr size_t MaxRoom = 1024;
+	if (Scratch.size() > MaxRoom)
+	{
+		Scratch.shrink_to_fit();
+		Pieces = std::make_shared<const FPieces>(std::exchange(Scratch, {}));
+	}
+	else
+	{
+		Pieces = std::make_shared<const FPieces>(std::make_move_iterator(Scratch.begin()), std::make_move_iterator(Scratch.end()));
+		Scratch.clear();
+	}
 	TextLines.shrink_to_fit();
 
 	for (const FTextLine& Line : TextLines)

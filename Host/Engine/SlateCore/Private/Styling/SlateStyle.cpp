@@ -20,7 +20,14 @@ namespace
 	/** Style sets hold one widget style per class and name. */
 	FName JoinType(FName TypeName, FName PropertyName)
 	{
-		return FName(*(TypeName.ToString() + TEXT("/") + PropertyName.ToString()));
+		// Kept, since it is asked for each text that is made.
+		thread_local TMap<TPair<FName, FName>, FName> JoinedNames;
+		FName& Joined = JoinedNames.FindOrAdd(TPair<FName, FName>(TypeName, PropertyName));
+		if (Joined.IsNone())
+		{
+			Joined = FName(*(TypeName.ToString() + TEXT("/") + PropertyName.ToString()));
+		}
+		return Joined;
 	}
 
 	TMap<FName, const ISlateStyle*>& GetRegisteredStyles()

@@ -143,6 +143,11 @@ void STextBlock::SetAutoWrapText(TAttribute<bool> InAutoWrapText)
 
 void STextBlock::SetWrapTextAt(TAttribute<float> InWrapTextAt)
 {
+	// Many say that they have none; that makes it no rare argument.
+	if (!Rare && !InWrapTextAt.IsBound() && InWrapTextAt.Get() == 0.0f)
+	{
+		return;
+	}
 	AssignSizeAttribute(GetRare().WrapTextAt, MoveTemp(InWrapTextAt));
 }
 
