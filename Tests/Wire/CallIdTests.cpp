@@ -98,4 +98,16 @@ TEST(CallIds, SuitEveryServerAndAreStable)
 	EXPECT_STREQ(Calls[0]["id"].GetString(), Parsed["messages"][1]["tool_call_id"].GetString());
 	EXPECT_STREQ(Calls[1]["id"].GetString(), Parsed["messages"][2]["tool_call_id"].GetString());
 	EXPECT_STRNE(Calls[0]["id"].GetString(), Calls[1]["id"].GetString());
+
+	// A server that gives the very id which another call has been given here.
+	Request.Messages.clear();
+	AddRound(Request, "call_1", "aaaaaaaaa");
+	Parsed.Parse(Write(Request).c_str());
+	const std::string Made = Parsed["messages"][0]["tool_calls"][0]["id"].GetString();
+	AddRound(Request, Made, "bbbbbbbbb");
+	Parsed.Parse(Write(Request).c_str());
+	EXPECT_STREQ(Parsed["messages"][0]["tool_calls"][0]["id"].GetString(), Made.c_str());
+	const std::string Other = Parsed["messages"][3]["tool_calls"][0]["id"].GetString();
+	EXPECT_NE(Other, Made);
+	EXPECT_EQ(Other, Parsed["messages"][4]["tool_call_id"].GetString());
 }
