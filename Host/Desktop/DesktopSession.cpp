@@ -45,6 +45,7 @@
 #include "Settings/VelmoraSettings.h"
 #include "SimulatedTime.h"
 #include "StoreFolders.h"
+#include "ToastRoom.h"
 #include "UObject/UObjectGlobals.h"
 #include "Widgets/SVelmoraTab.h"
 #include "WindowContrast.h"
@@ -392,6 +393,8 @@ void FDesktopSession::SetUpEditor()
 	Host->AtEnd([] { FQuitQuestion::Uninstall(); });
 	FQuestionToasts::Install();
 	Host->AtEnd([] { FQuestionToasts::Uninstall(); });
+	FToastRoom::Install();
+	Host->AtEnd([] { FToastRoom::Uninstall(); });
 
 	// A broken release file keeps nobody from working.
 	Velmora::FUpdateGateControl::SetProblemHandler([](const FString& Sentence) { FProblemToasts::Tell(Sentence); });

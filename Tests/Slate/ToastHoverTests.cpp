@@ -81,3 +81,74 @@ TEST_F(FToastHoverTest, ButtonsStandBelowEachOtherInANarrowWindow)
 		EXPECT_LT(Text.Bottom, Toast.Bottom) << Label;
 	}
 }
+
+TEST(ToastPlace, NothingThatIsKeptClearIsCoveredByTheLowestToast)
+{
+	const FVector2D Stack(376.0, 150.0);
+	const FSlateRect Buttons(1100.0f, 730.0f, 1260.0f, 780.0f);
+	const FSlateRect Box(10.0f, 640.0f, 1260.0f, 720.0f);
+	const FSlateRect None;
+	struct FCase
+	{
+		const char* What;
+		FVector2D Window;
+		TArray<FSlateRect> KeepClear;
+		float Bottom;
+	};
+	const FCase Cases[] = {
+		{ "nothing to keep clear", FVector2D(1280, 800), {}, 800.0f },
+		{ "what is not to be seen", FVector2D(1280, 800), { None, None }, 800.0f },
+		{ "beside a panel", FVector2D(1700, 800), { Buttons, Box }, 800.0f },
+		{ "buttons alone", FVector2D(1280, 800), { Buttons }, 730.0f },
+		{ "above the buttons is the box", FVector2D(1280, 800), { Buttons, Box }, 640.0f },
+		{ "the box alone is in view", FVector2D(1280, 800), { None, Box }, 640.0f },
+		{ "as much room as it takes", FVector2D(1280, 800), { Buttons, FSlateRect(10.0f, 150.0f, 1260.0f, 720.0f) }, 150.0f },
+		{ "too low for both", FVector2D(1280, 800), { Buttons, FSlateRect(10.0f, 149.0f, 1260.0f, 720.0f) }, 730.0f },
+		{ "too low even for the buttons", FVector2D(1280, 800), { FSlateRect(1100.0f, 100.0f, 1260.0f, 780.0f), Box }, 100.0f },
+	};
+	for (const FCase& Case : Cases)
+	{
+		const FSlateRect Place = FHostNotifications::FindPlace(Stack, Case.Window, Case.KeepClear);
+		const float Right = static_cast<float>(Case.Window.X);
+		EXPECT_EQ(Place, FSlateRect(Right - 376.0f, Case.Bottom - 150.0f, Right, Case.Bottom)) << Case.What;
+	}
+	EXPECT_EQ(FHostNotifications::FindPlace(Stack, FVector2D(300, 100), {}), FSlateRect(0.0f, -50.0f, 300.0f, 100.0f))
+		<< "the newest is seen whole";
+}
+
+TEST_F(FToastHoverTest, OneThatAsksStaysLowestAndClearOfWhatItAsksAbout)
+{
+	Resize(360, 400);
+	FSlateRect Kept(0.0f, 340.0f, 360.0f, 380.0f);
+	FHostNotifications::SetKeepClear([&Kept]() -> TArray<FSlateRect> { return { Kept }; });
+	const auto Add = [](const char* Text, bool bAsks)
+	{
+		FNotificationInfo Info(FText::FromString(UTF8_TO_TCHAR(Text)));
+		Info.bFireAndForget = false;
+		if (bAsks)
+		{
+			Info.ButtonDetails.Add(FNotificationButtonInfo(INVTEXT("Yes"), FText(), FSimpleDelegate()));
+		}
+		const TSharedPtr<SNotificationItem> Item = FSlateNotificationManager::Get().AddNotification(Info);
+		Item->SetCompletionState(bAsks ? SNotificationItem::CS_Pending : SNotificationItem::CS_Fail);
+		return Item.ToSharedRef();
+	};
+	const TSharedRef<SNotificationItem> First = Add("It failed", false);
+	const TSharedRef<SNotificationItem> Question = Add("May I?", true);
+	TArray<TSharedRef<SNotificationItem>> Later;
+	for (int32 Index = 0; Index < 8; ++Index)
+	{
+		Later.Add(Add("It failed again", false));
+	}
+	PumpFrame();
+	EXPECT_LE(GetRect(*Question).Bottom, Kept.Top);
+	EXPECT_GT(GetRect(*Question).Bottom, Kept.Top - 20.0f);
+	EXPECT_LE(GetRect(*Later.Last()).Bottom, GetRect(*Question).Top);
+	EXPECT_LE(GetRect(*Later[0]).Bottom, GetRect(*Later[1]).Top);
+	EXPECT_LE(GetRect(*First).Bottom, 0.0f) << "there is no room for all";
+	// What it stands clear of moves without a frame that it has asked for.
+	Kept = FSlateRect(0.0f, 200.0f, 360.0f, 380.0f);
+	PumpFrame();
+	EXPECT_LE(GetRect(*Question).Bottom, Kept.Top);
+	FHostNotifications::SetKeepClear(nullptr);
+}

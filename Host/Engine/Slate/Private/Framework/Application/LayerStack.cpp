@@ -1,5 +1,6 @@
 #include "LayerStack.h"
 
+#include "Host/HostNotifications.h"
 #include "SFloatingFrames.h"
 #include "Widgets/SNullWidget.h"
 #include "Widgets/Views/STableViewBase.h"
@@ -157,8 +158,8 @@ FGeometry FLayerStack::PlaceFloating(const SWidget& Widget, const FSlateRect& Re
 		FVector2D(FMath::RoundToFloat(Rect.Left), FMath::RoundToFloat(Rect.Top)), Scale);
 }
 
-// The layers from bottom to top: content, windows, popups, toasts, tooltip. Each is measured and placed before the next
-// one, since a popup stands beside an owner in a layer below.
+// The layers from bottom to top: content, windows, toasts, popups, tooltip. Each is measured and placed before the next
+// one, since a popup stands beside an owner in a layer below. What the user has opened lies over what comes by itself.
 void FLayerStack::Arrange(const FVector2D& PixelSize, float Scale)
 {
 	Layers.Reset();
@@ -169,6 +170,13 @@ void FLayerStack::Arrange(const FVector2D& PixelSize, float Scale)
 	{
 		Window.Frame->SlatePrepass(Scale);
 		Layers.Add({ Window.Frame, Whole, Window.bModal, false });
+	}
+	if (Toasts)
+	{
+		Toasts->SlatePrepass(Scale);
+		const FVector2D Size = Toasts->GetDesiredSize() * static_cast<double>(Scale);
+		const FSlateRect Rect = FHostNotifications::PlaceStack(Size, PixelSize);
+		Layers.Add({ Toasts.ToSharedRef(), PlaceFloating(*Toasts, Rect, Scale), false, false });
 	}
 	for (const TSharedRef<FPopup>& Popup : Popups)
 	{
@@ -194,16 +202,6 @@ void FLayerStack::Arrange(const FVector2D& PixelSize, float Scale)
 		}
 		Layers.Add({ Popup->Frame, PlaceFloating(*Popup->Frame, FPopup::PlacePopup(Anchor, Size, Popup->Placement, PixelSize), Scale),
 			false, false });
-	}
-	if (Toasts)
-	{
-		Toasts->SlatePrepass(Scale);
-		const FVector2D Size = Toasts->GetDesiredSize() * static_cast<double>(Scale);
-		const float Right = static_cast<float>(PixelSize.X);
-		const float Bottom = static_cast<float>(PixelSize.Y);
-		const FSlateRect Rect(
-			FMath::Max(Right - static_cast<float>(Size.X), 0.0f), FMath::Max(Bottom - static_cast<float>(Size.Y), 0.0f), Right, Bottom);
-		Layers.Add({ Toasts.ToSharedRef(), PlaceFloating(*Toasts, Rect, Scale), false, false });
 	}
 	if (ToolTip)
 	{

@@ -51,7 +51,7 @@ public:
 	FOnMenuDismissed OnMenuDismissed;
 };
 
-/** All layers of the program's window from the lowest up: content, windows, popups, toasts, tooltip. */
+/** All layers of the program's window from the lowest up: content, windows, toasts, popups, tooltip. */
 class FLayerStack
 {
 public:

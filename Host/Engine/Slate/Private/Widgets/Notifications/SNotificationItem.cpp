@@ -58,6 +58,7 @@ void SNotificationItem::Construct(const FArguments& InArgs, const FNotificationI
 	FadeOutDuration = Info.FadeOutDuration;
 	bUseThrobber = Info.bUseThrobber;
 	bUseIcons = Info.bUseSuccessFailIcons;
+	bAsks = !Info.bFireAndForget && !Info.ButtonDetails.IsEmpty();
 	ShownSince = FPlatformTime::Seconds();
 	// clang-format off
 	ChildSlot

@@ -1,5 +1,6 @@
 #include "Widgets/Notifications/SNotificationList.h"
 
+#include "Host/HostNotifications.h"
 #include "Widgets/SBoxPanel.h"
 
 namespace
@@ -25,8 +26,13 @@ void SNotificationList::Construct(const FArguments& InArgs)
 TSharedRef<SNotificationItem> SNotificationList::AddNotification(const FNotificationInfo& Info)
 {
 	const TSharedRef<SNotificationItem> Item = SNew(SNotificationItem, Info);
+	int32 Slot = Stack->NumSlots();
+	for (const TSharedRef<SNotificationItem>& Other : Items)
+	{
+		Slot -= Other->IsAsking() && !Item->IsAsking() ? 1 : 0;
+	}
 	Items.Add(Item);
-	Stack->AddSlot().AutoHeight().HAlign(HAlign_Right).Padding(0.0f, ToastGap, 0.0f, 0.0f)[Item];
+	Stack->InsertSlot(Slot).AutoHeight().HAlign(HAlign_Right).Padding(0.0f, ToastGap, 0.0f, 0.0f)[Item];
 	return Item;
 }
 
@@ -46,5 +52,10 @@ void SNotificationList::Tick(const FGeometry& AllottedGeometry, const double InC
 			Stack->RemoveSlot(Items[Index]);
 			Items.RemoveAt(Index);
 		}
+	}
+	if (FHostNotifications::IsMisplaced())
+	{
+		// The layers below have been arranged by now; this one is placed anew before anything is shown.
+		Invalidate(EInvalidateWidgetReason::Layout);
 	}
 }

@@ -36,6 +36,8 @@ public:
 	void ExpireAndFadeout();
 	/** Starts the fade at once. */
 	void Fadeout();
+	/** It stays until it is answered by one of its buttons. */
+	bool IsAsking() const { return bAsks; }
 	/** False once it has faded out. */
 	bool IsShown() const { return !bGone; }
 
@@ -75,6 +77,7 @@ private:
 	float FadeOutDuration = 0.5f;
 	bool bUseThrobber = true;
 	bool bUseIcons = true;
+	bool bAsks = false;
 	bool bDismissed = false;
 	bool bGone = false;
 };
@@ -120,7 +123,7 @@ struct SLATE_API FNotificationInfo
 	TAttribute<FText> HyperlinkText;
 };
 
-/** The stack of toasts: as wide as one, newest lowest. */
+/** The stack of toasts: as wide as one, newest lowest. Those that ask stand below the others: what comes meanwhile hides no question. */
 class SLATE_API SNotificationList : public SCompoundWidget
 {
 public:
