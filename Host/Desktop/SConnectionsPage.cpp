@@ -4,6 +4,7 @@
 #include "Brushes/SlateRoundedBoxBrush.h"
 #include "ConnectionFields.h"
 #include "HAL/PlatformApplicationMisc.h"
+#include "Host/SFoldingRow.h"
 #include "SettingRows.h"
 #include "Styling/AppStyle.h"
 #include "Widgets/Input/SButton.h"
@@ -20,8 +21,9 @@
 
 namespace
 {
-
 	constexpr float ListColumnWidth = 176.0f;
+	/** On a page that is narrower the list stands above the fields. */
+	constexpr float FoldWidth = 420.0f;
 	/** A page that was away for so long may find another file. */
 	constexpr double AwaySeconds = 1.0;
 
@@ -37,14 +39,15 @@ void SConnectionsPage::Construct(const FArguments& InArgs)
 	// clang-format off
 	ChildSlot
 	[
-		SNew(SHorizontalBox)
-		+ SHorizontalBox::Slot()
-		.AutoWidth()
+		SNew(SFoldingRow)
+		.FirstWidth(ListColumnWidth)
+		.FoldWidth(FoldWidth)
+		.Gap(0.0f)
+		+ SFoldingRow::Slot()
 		[
 			MakeListColumn()
 		]
-		+ SHorizontalBox::Slot()
-		.FillWidth(1.0f)
+		+ SFoldingRow::Slot()
 		[
 			SNew(SScrollBox)
 			+ SScrollBox::Slot()
@@ -86,24 +89,20 @@ TSharedRef<SWidget> SConnectionsPage::MakeListColumn()
 		return FReply::Handled();
 	};
 	// clang-format off
-	return SNew(SBox)
-		.WidthOverride(ListColumnWidth)
+	return SNew(SScrollBox)
+		+ SScrollBox::Slot()
+		.Padding(FMargin(12.0f, 0.0f, 4.0f, 8.0f))
 		[
-			SNew(SScrollBox)
-			+ SScrollBox::Slot()
-			.Padding(FMargin(12.0f, 0.0f, 4.0f, 8.0f))
-			[
-				SAssignNew(List, SVerticalBox)
-			]
-			+ SScrollBox::Slot()
-			.Padding(FMargin(12.0f, 0.0f, 4.0f, 12.0f))
-			[
-				SNew(SButton)
-				.Tag("AddConnection")
-				.Text(LOCTEXT("Add", "Add"))
-				.ToolTipText(LOCTEXT("AddTip", "Set up another model"))
-				.OnClicked_Lambda(Add)
-			]
+			SAssignNew(List, SVerticalBox)
+		]
+		+ SScrollBox::Slot()
+		.Padding(FMargin(12.0f, 0.0f, 4.0f, 12.0f))
+		[
+			SNew(SButton)
+			.Tag("AddConnection")
+			.Text(LOCTEXT("Add", "Add"))
+			.ToolTipText(LOCTEXT("AddTip", "Set up another model"))
+			.OnClicked_Lambda(Add)
 		];
 	// clang-format on
 }
@@ -287,7 +286,6 @@ TSharedRef<SWidget> SConnectionsPage::MakeNameBox()
 
 TSharedRef<SWidget> SConnectionsPage::MakeModelBox()
 {
-	using SModelList = SComboBox<TSharedPtr<FString>>;
 	const auto OnChanged = [this](const FText& Text)
 	{
 		if (Shown)
@@ -306,9 +304,10 @@ TSharedRef<SWidget> SConnectionsPage::MakeModelBox()
 		}
 	};
 	// clang-format off
-	return SNew(SHorizontalBox)
-		+ SHorizontalBox::Slot()
-		.FillWidth(1.0f)
+	// Below the box and not beside it: a list is as wide as what opens it, and names of models are long.
+	return SNew(SVerticalBox)
+		+ SVerticalBox::Slot()
+		.AutoHeight()
 		[
 			SAssignNew(ModelBox, SEditableTextBox)
 			.Tag("ConnectionModel")
@@ -317,12 +316,11 @@ TSharedRef<SWidget> SConnectionsPage::MakeModelBox()
 			.ClearKeyboardFocusOnCommit(false)
 			.OnTextChanged_Lambda(OnChanged)
 		]
-		+ SHorizontalBox::Slot()
-		.AutoWidth()
-		.VAlign(VAlign_Center)
-		.Padding(4.0f, 0.0f, 0.0f, 0.0f)
+		+ SVerticalBox::Slot()
+		.AutoHeight()
+		.Padding(0.0f, 4.0f, 0.0f, 0.0f)
 		[
-			SNew(SModelList)
+			SAssignNew(ModelList, SModelList)
 			.Tag("ConnectionModelList")
 			.ToolTipText(LOCTEXT("ModelListTip", "Show what the server has"))
 			.OptionsSource(&ModelOptions)
@@ -331,7 +329,8 @@ TSharedRef<SWidget> SConnectionsPage::MakeModelBox()
 			.OnComboBoxOpening(this, &SConnectionsPage::ListModels)
 			[
 				SNew(STextBlock)
-				.Text(LOCTEXT("ModelList", "List"))
+				.Text(LOCTEXT("ModelList", "What the server has"))
+				.OverflowPolicy(ETextOverflowPolicy::Ellipsis)
 			]
 		];
 	// clang-format on

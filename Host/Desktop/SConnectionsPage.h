@@ -4,6 +4,8 @@
 #include "Widgets/SCompoundWidget.h"
 
 class SBox;
+template <typename OptionType>
+class SComboBox;
 class SEditableTextBox;
 class SVerticalBox;
 struct FConnectionField;
@@ -24,6 +26,7 @@ public:
 
 private:
 	using FItem = TSharedRef<FEditedConnection>;
+	using SModelList = SComboBox<TSharedPtr<FString>>;
 
 	TSharedRef<SWidget> MakeListColumn();
 	TSharedRef<SWidget> MakeListRow(const FItem& Item);
@@ -46,6 +49,8 @@ private:
 	FText GetKeyText() const;
 
 	void ListModels();
+	/** The list begins at the name that the box has. */
+	void MarkModel();
 	void SetModelOptions(const TArray<FString>& Models, const FString& Instead);
 	void LookUpKey();
 	/** Keeps the clipboard's text as the key; an empty key forgets it. */
@@ -57,6 +62,7 @@ private:
 	TSharedPtr<SVerticalBox> List;
 	TSharedPtr<SBox> Fields;
 	TSharedPtr<SEditableTextBox> ModelBox;
+	TSharedPtr<SModelList> ModelList;
 	/** What the model box offers; a sentence while there is nothing to offer. */
 	TArray<TSharedPtr<FString>> ModelOptions;
 	bool bOffersModels = false;

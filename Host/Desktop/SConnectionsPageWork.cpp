@@ -1,6 +1,7 @@
 #include "Async/Async.h"
 #include "Async/TaskGraphInterfaces.h"
 #include "SConnectionsPage.h"
+#include "Widgets/Input/SComboBox.h"
 
 // What the page asks of servers and keyrings. All of it runs on other threads: either may take as long as it likes, or ask its user
 // for a password first. An answer counts only for the connection that was shown when it was asked for.
@@ -25,10 +26,29 @@ void SConnectionsPage::SetModelOptions(const TArray<FString>& Models, const FStr
 	{
 		ModelOptions.Add(MakeShared<FString>(Instead));
 	}
+	if (ModelList)
+	{
+		ModelList->RefreshOptions();
+		MarkModel();
+	}
+}
+
+void SConnectionsPage::MarkModel()
+{
+	if (!ModelList || !Shown)
+	{
+		return;
+	}
+	const TSharedPtr<FString>* const Named = !bOffersModels ? nullptr
+															: ModelOptions.FindByPredicate([this](const TSharedPtr<FString>& Option)
+																  { return Option->Equals(Shown->Now.Model, ESearchCase::CaseSensitive); });
+	ModelList->SetSelectedItem(Named ? *Named : nullptr);
 }
 
 void SConnectionsPage::ListModels()
 {
+	// The name may have been typed since.
+	MarkModel();
 	if (!Shown || bOffersModels)
 	{
 		return;

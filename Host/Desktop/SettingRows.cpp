@@ -1,5 +1,6 @@
 #include "SettingRows.h"
 
+#include "Host/SFoldingRow.h"
 #include "Styling/AppStyle.h"
 #include "Styling/CoreStyle.h"
 #include "Widgets/Images/SImage.h"
@@ -12,8 +13,6 @@
 
 namespace
 {
-	// As on the pages of properties.
-	constexpr float RowNameShare = 0.36f;
 	constexpr float RowSidePadding = 16.0f;
 	constexpr float DiscSize = 8.0f;
 
@@ -68,18 +67,16 @@ TSharedRef<SWidget> SettingRows::MakeRow(
 		.Padding(FMargin(RowSidePadding, 6.0f))
 		.ToolTipText(ToolTip)
 		[
-			SNew(SHorizontalBox)
-			+ SHorizontalBox::Slot()
-			.FillWidth(RowNameShare)
+			SNew(SFoldingRow)
+			+ SFoldingRow::Slot()
 			.VAlign(VAlign_Center)
 			[
 				SNew(STextBlock)
 				.Text(Label)
 				.AutoWrapText(true)
-				.Margin(FMargin(0.0f, 0.0f, 8.0f, 0.0f))
+				.Visibility(Label.IsEmpty() ? EVisibility::Collapsed : EVisibility::Visible)
 			]
-			+ SHorizontalBox::Slot()
-			.FillWidth(1.0f - RowNameShare)
+			+ SFoldingRow::Slot()
 			.VAlign(VAlign_Center)
 			[
 				SNew(SVerticalBox)

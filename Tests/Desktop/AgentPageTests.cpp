@@ -146,6 +146,34 @@ TEST_F(FAgentPageTest, AConnectionIsAddedChosenAndRemoved)
 	EXPECT_TRUE(IsOnScreen("The built-in agent answers."));
 }
 
+TEST_F(FAgentPageTest, PagesScrollNotSidewaysInANarrowWindow)
+{
+	using Velmora::FAgentPermissions;
+	EXPECT_EQ(Utf8(FAgentPermissions::Add({ true, TEXT("edit_file"), TEXT(".vscode/a/folder/of/a/long/name/") })), "");
+	Resize(360, 700);
+	const auto Check = [](const char* Type)
+	{
+		const std::vector<TSharedRef<SWidget>> Found = FindByType(Type);
+		EXPECT_GT(Found.size(), 0u) << Type;
+		for (const TSharedRef<SWidget>& Widget : Found)
+		{
+			const FSlateRect Rect = GetRect(*Widget);
+			EXPECT_TRUE(Rect.Left >= 0.0f && Rect.Right <= 360.0f) << Type << ", to " << Rect.Right;
+		}
+	};
+	Open(FAgentPages::GetConnectionsName());
+	Click(FindByTag("AddConnection"));
+	PumpSeconds(1.0);
+	Check("SEditableTextBox");
+	Check("SButton");
+	// The label of a row stands above its field.
+	EXPECT_LE(GetRect(*FindByText("Base URL")).Bottom, GetRect(*FindByTag("ConnectionUrl")).Top);
+	EXPECT_EQ(GetRect(*FindByText("Base URL")).Left, GetRect(*FindByTag("ConnectionUrl")).Left);
+	Open(FAgentPages::GetPermissionsName());
+	PumpSeconds(1.0);
+	Check("SButton");
+}
+
 TEST_F(FAgentPageTest, TwoConnectionsCannotHaveOneName)
 {
 	Open(FAgentPages::GetConnectionsName());

@@ -80,8 +80,7 @@ TEST(KeyboardOnly, AConversationIsHadAndLookedAfter)
 	EXPECT_FALSE(HasLine(Project, 7, "group \"Plan\""));
 	EXPECT_TRUE(HasLine(Project, 21, "combo box \"Mode\" (disabled, has popup) = \"Assets\""));
 	EXPECT_FALSE(std::filesystem::exists(Project.Folder / "one.md")) << "taken back";
-	// Units of sixteen bits.
-	EXPECT_TRUE(Contains(ReadFile(Project.Path("saved.txt")), std::string("h\0e\0l\0l\0o", 9)));
+	EXPECT_TRUE(Contains(ReadFile(Project.Path("saved.txt")), "hello"));
 }
 
 TEST(KeyboardOnly, ATurnIsPausedStoppedAndAnswered)

@@ -131,6 +131,34 @@ TEST_F(FSettingsPageTest, ShowsEveryPropertyOfASection)
 	EXPECT_EQ(ReadSaved(TEXT("MaxCount")), "<not saved>") << "showing saves nothing";
 }
 
+TEST_F(FSettingsPageTest, PartsStandBelowEachOtherInANarrowWindow)
+{
+	Open();
+	const std::tuple<int32, bool, bool> Widths[] = { { 1280, false, false }, { 720, false, false }, { 560, true, false },
+		{ 360, true, true } };
+	for (const auto& [Width, bFoldsPage, bFoldsRows] : Widths)
+	{
+		SCOPED_TRACE(Width);
+		// So high that all of it is in view.
+		Resize(Width, 1600);
+		PumpSeconds(1.0);
+		const FSlateRect Search = GetRect(*FindByTag("SettingsSearch"));
+		const FSlateRect Title = GetRect(*FindByText("What is tested"));
+		EXPECT_EQ(Title.Left < Search.Right, bFoldsPage);
+		// What explains a setting stands between its name and its field.
+		const FSlateRect Name = GetRect(*FindByText("Max Count"));
+		const FSlateRect Words = GetRect(*FindByText("How many snails there may be."));
+		const FSlateRect Field = GetRect(*FindByTag("MaxCount"));
+		EXPECT_EQ(Field.Top >= Words.Bottom && Field.Left < Name.Right, bFoldsRows);
+		EXPECT_EQ(Field.Left > Words.Right && Field.Left > Name.Right, !bFoldsRows);
+		for (const char* const Tag : { "SettingsSearch", "ProjectDescription", "Mode", "bUseHTTPProxy", "MaxCount", "Choose.OutputFolder" })
+		{
+			EXPECT_LE(GetRect(*FindByTag(Tag)).Right, static_cast<float>(Width)) << Tag;
+			EXPECT_GE(GetRect(*FindByTag(Tag)).Left, 0.0f) << Tag;
+		}
+	}
+}
+
 TEST_F(FSettingsPageTest, ShowsAPageOfItsOwnWhileItsOwnerKeepsIt)
 {
 	TSharedPtr<SWidget> Own = SNew(STextBlock).Text(FText::FromString(TEXT("Own page")));

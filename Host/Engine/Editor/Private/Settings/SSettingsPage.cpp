@@ -1,6 +1,7 @@
 #include "Settings/SSettingsPage.h"
 
 #include "Brushes/SlateRoundedBoxBrush.h"
+#include "Host/SFoldingRow.h"
 #include "Styling/AppStyle.h"
 #include "Styling/CoreStyle.h"
 #include "UObject/Object.h"
@@ -24,6 +25,8 @@
 namespace
 {
 	constexpr float SectionListWidth = 240.0f;
+	/** In a tab that is narrower the sections stand above their rows. */
+	constexpr float FoldWidth = 600.0f;
 
 	const FSlateBrush* GetSelectedSectionBrush()
 	{
@@ -40,39 +43,35 @@ void SSettingsPage::Construct(const FArguments& InArgs, const TSharedRef<FSettin
 	// clang-format off
 	ChildSlot
 	[
-		SNew(SHorizontalBox)
-		+ SHorizontalBox::Slot()
-		.AutoWidth()
-		.Padding(0.0f, 0.0f, 4.0f, 0.0f)
+		SNew(SFoldingRow)
+		.FirstWidth(SectionListWidth)
+		.FoldWidth(FoldWidth)
+		.Gap(4.0f)
+		+ SFoldingRow::Slot()
 		[
-			SNew(SBox)
-			.WidthOverride(SectionListWidth)
+			SNew(SBorder)
+			.BorderImage(FAppStyle::GetBrush("ToolPanel.DarkGroupBorder"))
+			.Padding(FMargin(8.0f))
 			[
-				SNew(SBorder)
-				.BorderImage(FAppStyle::GetBrush("ToolPanel.DarkGroupBorder"))
-				.Padding(FMargin(8.0f))
+				SNew(SVerticalBox)
+				+ SVerticalBox::Slot()
+				.AutoHeight()
+				.Padding(0.0f, 0.0f, 0.0f, 8.0f)
 				[
-					SNew(SVerticalBox)
-					+ SVerticalBox::Slot()
-					.AutoHeight()
-					.Padding(0.0f, 0.0f, 0.0f, 8.0f)
+					MakeSearchBox()
+				]
+				+ SVerticalBox::Slot()
+				.FillHeight(1.0f)
+				[
+					SNew(SScrollBox)
+					+ SScrollBox::Slot()
 					[
-						MakeSearchBox()
-					]
-					+ SVerticalBox::Slot()
-					.FillHeight(1.0f)
-					[
-						SNew(SScrollBox)
-						+ SScrollBox::Slot()
-						[
-							SAssignNew(SectionList, SVerticalBox)
-						]
+						SAssignNew(SectionList, SVerticalBox)
 					]
 				]
 			]
 		]
-		+ SHorizontalBox::Slot()
-		.FillWidth(1.0f)
+		+ SFoldingRow::Slot()
 		[
 			SNew(SBorder)
 			.BorderImage(FAppStyle::GetBrush("ToolPanel.GroupBorder"))

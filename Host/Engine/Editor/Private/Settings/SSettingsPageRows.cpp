@@ -1,6 +1,7 @@
 #include "Settings/SSettingsPage.h"
 
 #include "DesktopPlatformModule.h"
+#include "Host/SFoldingRow.h"
 #include "IDesktopPlatform.h"
 #include "Misc/MessageDialog.h"
 #include "Misc/Paths.h"
@@ -21,7 +22,6 @@
 
 namespace
 {
-	constexpr float NameShare = 0.36f;
 	constexpr float MaxValueWidth = 560.0f;
 	constexpr float ShortValueWidth = 200.0f;
 	constexpr float ShortValueHeight = 26.0f;
@@ -68,16 +68,14 @@ TSharedRef<SWidget> SSettingsPage::MakeRow(const TSharedRef<FRow>& Row, bool bOd
 		.Padding(FMargin(RowSide, 6.0f))
 		.Visibility_Lambda(GetRowVisibility)
 		[
-			SNew(SHorizontalBox)
-			+ SHorizontalBox::Slot()
-			.FillWidth(NameShare)
+			SNew(SFoldingRow)
+			+ SFoldingRow::Slot()
 			.VAlign(bTall ? VAlign_Top : VAlign_Center)
-			.Padding(0.0f, bTall ? 5.0f : 0.0f, 8.0f, 0.0f)
+			.Padding(0.0f, bTall ? 5.0f : 0.0f, 0.0f, 0.0f)
 			[
 				MakeName(Row)
 			]
-			+ SHorizontalBox::Slot()
-			.FillWidth(1.0f - NameShare)
+			+ SFoldingRow::Slot()
 			.VAlign(VAlign_Center)
 			[
 				SNew(SVerticalBox)

@@ -4,6 +4,7 @@
 #include "Host/AccessRules.h"
 #include "Host/HostFocus.h"
 #include "Host/HostTextWidget.h"
+#include "Host/SFoldingRow.h"
 
 // The tree is arranged on the way, as for a hit test: panels leave out what is scrolled away, and a list of any length costs what
 // can be seen of it.
@@ -110,6 +111,7 @@ void FAccessLook::VisitLayers()
 		Context.Clip = Nodes[0].Rect;
 		Context.bEnabled = Index >= FirstReachable;
 		Visit(FArrangedWidget(Roots[Index], Roots[Index]->GetCachedGeometry()), Context);
+		FirstAbove = Index == 0 ? Nodes.Num() : FirstAbove;
 	}
 }
 
@@ -297,10 +299,21 @@ void FAccessLook::AddParagraph(const FArrangedWidget& Arranged, const FContext& 
 // A row of settings has its label at the left of what is set. A button without words has its tooltip, and an empty box its hint.
 void FAccessLook::NameRest()
 {
+	int32 OpenBox = 0;
 	for (int32 Index = 1; Index < Nodes.Num(); ++Index)
 	{
 		FAccessNode& Node = Nodes[Index];
-		if (Node.Name.IsEmpty() && HoldsValue(Node.Role))
+		OpenBox = Node.Role == EHostRole::ComboBox && (Node.States & Expanded) != 0 ? Index : OpenBox;
+		if (Node.Name.IsEmpty() && Node.Role == EHostRole::List && OpenBox != 0 && Index >= FirstAbove)
+		{
+			// What lies beside it belongs to the page below it.
+			Node.Name = Nodes[OpenBox].Name;
+		}
+		else if (const FString RowName = FindRowName(Node); !RowName.IsEmpty())
+		{
+			Node.Name = Node.Role == EHostRole::CheckBox && !Node.Name.IsEmpty() ? RowName + TEXT(", ") + Node.Name : RowName;
+		}
+		else if (Node.Name.IsEmpty() && HoldsValue(Node.Role))
 		{
 			NameByNeighbour(Node, true);
 		}
@@ -323,6 +336,22 @@ void FAccessLook::NameRest()
 		}
 		Node.Description = Node.Description.Equals(Node.Name) ? FString() : Node.Description;
 	}
+}
+
+// Below the name of a row stands what explains it, so that the nearest text does not tell.
+FString FAccessLook::FindRowName(const FAccessNode& Node) const
+{
+	static const FName RowType(TEXT("SFoldingRow"));
+	const bool bWantsName = (Node.Name.IsEmpty() && HoldsValue(Node.Role)) || Node.Role == EHostRole::CheckBox;
+	for (TSharedPtr<SWidget> Around = bWantsName ? Node.Widget.Pin() : nullptr; Around; Around = Around->GetParentWidget())
+	{
+		if (Around->GetType() == RowType)
+		{
+			SFoldingRow& Row = static_cast<SFoldingRow&>(*Around);
+			return Row.IsFolded() && Row.IsNaming() ? FindFirstText(Row.GetChildren()->GetChildRefAt(0)) : FString();
+		}
+	}
+	return FString();
 }
 
 void FAccessLook::NameByNeighbour(FAccessNode& Node, bool bAlsoAbove)

@@ -45,8 +45,12 @@ private:
 	void AddParagraph(const FArrangedWidget& Arranged, const FContext& Context);
 	/** Names that stand beside what they name. */
 	void NameRest();
+	/** What the first part of a folded row says, for what needs a name and stands in the second; empty for all else. */
+	FString FindRowName(const FAccessNode& Node) const;
 	/** By the label at its side, or the heading above; a name stays where there is neither. */
 	void NameByNeighbour(FAccessNode& Node, bool bAlsoAbove);
 
 	TArray<FAccessNode> Nodes;
+	/** The first node of what lies over the window's own content. */
+	int32 FirstAbove = 0;
 };
