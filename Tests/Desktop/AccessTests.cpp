@@ -1,7 +1,13 @@
 #include "Desktop/ProgramDriver.h"
 
 #include "DesktopOptions.h"
-#include "Support/Base/Printers.h"
+#include "ForwardingWindow.h"
+#include "Host/Platform.h"
+#include "Styling/AppStyle.h"
+#include "Support/UiDriver.h"
+#include "Widgets/Layout/SBorder.h"
+#include "Widgets/Layout/SBox.h"
+#include "Widgets/Layout/SScrollBox.h"
 #include "WindowContrast.h"
 
 #include <gtest/gtest.h>
@@ -110,6 +116,8 @@ TEST_F(Access, EveryPageDialogAndMenuHasNames)
 		{ "find", "key CTRL+F\n", "text box \"Find in the conversation\" .*" },
 		{ "conversations", "key CTRL+SHIFT+H\n", "text box \"Search all conversations\".*" },
 		{ "a list to choose from", "click #ModeComboBox\n", "list item \"Advisor.*" },
+		{ "a narrow page, its names above", "resize 360 800\nkey ALT+W\ntick 5\nkey ENTER\ntick 20\nkey TAB\ntick 5\nkey ENTER\ntick 60\n",
+			"text box \"Project Description\".*" },
 	};
 	for (const FCase& Case : Cases)
 	{
@@ -182,6 +190,82 @@ TEST(WindowContrast, TextIsBrightAndSurfacesAreDarkEnough)
 	EXPECT_EQ(FWindowContrast::Brighten(FColor(10, 10, 10, 0)), FColor(10, 10, 10, 0)) << "what is invisible stays so";
 	EXPECT_EQ(FWindowContrast::Darken(FColor(20, 20, 24, 255)), FColor(0, 0, 0, 255));
 	EXPECT_NEAR(FWindowContrast::GetLuminance(FColor(255, 255, 255, 255)), 1.0, 1e-12);
+}
+
+namespace
+{
+	/** What a window is given to paint. */
+	struct FPaintedWindow : public FForwardingWindow
+	{
+		FPaintedWindow()
+			: FForwardingWindow(FHostPlatform::CreateHeadlessWindow(FIntPoint(400, 300), 1.0f))
+		{
+		}
+		virtual void PaintAndPresent(const FSlateWindowElementList& Elements, const FSlateRect& Damage) override
+		{
+			Painted = Elements.GetElements();
+		}
+		TArray<FSlateDrawElement> Painted;
+	};
+
+	class FContrastTest : public FWidgetTest
+	{
+	protected:
+		/** Of the box at a point that lies on top, or below all others, once all is changed for contrast. */
+		static double GetLuminanceAt(const FVector2D& Point, bool bTopmost)
+		{
+			const TSharedRef<FPaintedWindow> Painted = MakeShared<FPaintedWindow>();
+			FWindowContrast::SetHigh(true);
+			FWindowContrast::Wrap(Painted)->PaintAndPresent(App().GetLastElements(), FSlateRect());
+			FWindowContrast::SetHigh(false);
+			FColor Color(0, 0, 0, 255);
+			for (const FSlateDrawElement& Element : Painted->Painted)
+			{
+				const bool bIsBox = Element.Type == ESlateDrawType::Box || Element.Type == ESlateDrawType::RoundedBox;
+				if (bIsBox && Element.Rect.ContainsPoint(Point))
+				{
+					Color = Element.Color;
+					if (!bTopmost)
+					{
+						break;
+					}
+				}
+			}
+			return FWindowContrast::GetLuminance(Color);
+		}
+	};
+}
+
+TEST_F(FContrastTest, TheThumbOfAScrollBarStandsOutFromEverySurface)
+{
+	const char* const Surfaces[] = { "ToolPanel.GroupBorder", "ToolPanel.DarkGroupBorder", "Menu.Background", "ExpandableArea.Border",
+		"ToolTip.Background", "Window.Background", "Window.Body" };
+	for (const char* const Surface : Surfaces)
+	{
+		// clang-format off
+		Show(SNew(SBorder)
+			.BorderImage(FAppStyle::GetBrush(Surface))
+			.Padding(0.0f)
+			[
+				SNew(SScrollBox)
+				+ SScrollBox::Slot()
+				[
+					SNew(SBox).HeightOverride(4000.0f)
+				]
+			]);
+		// clang-format on
+		PumpFrame();
+		const FVector2D Thumb(App().GetWindow().GetPixelSize().X - 6.0, 12.0);
+		const double Ground = GetLuminanceAt(Thumb, false);
+		const auto GetContrast = [&] { return (GetLuminanceAt(Thumb, true) + 0.05) / (Ground + 0.05); };
+		EXPECT_GE(GetContrast(), 3.0) << Surface;
+		MoveMouse(Thumb);
+		EXPECT_GE(GetContrast(), 3.0) << Surface << ", under the pointer";
+		PressMouse(Thumb);
+		EXPECT_GE(GetContrast(), 3.0) << Surface << ", dragged";
+		ReleaseMouse(Thumb);
+		MoveMouse(FVector2D(5, 5));
+	}
 }
 
 TEST_F(Access, HighContrastChangesThePictureAndNothingElse)

@@ -45,9 +45,10 @@ void FScrollThumb::PaintThumb(const FSlateRect& Thumb, float Thickness, bool bDr
 	const FScrollBarStyle& Style, const FWidgetStyle& WidgetStyle)
 {
 	const FSlateColor& Color = bDragging ? Style.DraggedThumb : bHovered ? Style.HoveredThumb : Style.NormalThumb;
-	const FLinearColor Fill = Color.GetColor(WidgetStyle) * WidgetStyle.GetColorAndOpacityTint();
+	const FColor Fill = (Color.GetColor(WidgetStyle) * WidgetStyle.GetColorAndOpacityTint()).ToFColorSRGB();
 	const float Radius = Thickness * 0.5f;
-	Out.AddRoundedBox(Thumb, FVector4f(Radius, Radius, Radius, Radius), Fill.ToFColorSRGB(), FColor(0, 0, 0, 0), 0.0f);
+	// A mark: whoever changes colours for more contrast makes it as bright as a line.
+	Out.AddRoundedBox(Thumb, FVector4f(Radius, Radius, Radius, Radius), Fill, Fill, 0.0f);
 }
 
 void FScrollThumb::Paint(const FSlateRect& Bar, const FSlateRect& Thumb, FSlateWindowElementList& Out, const FScrollBarStyle& Style,

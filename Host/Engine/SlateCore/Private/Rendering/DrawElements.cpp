@@ -119,7 +119,8 @@ void FSlateWindowElementList::AddRoundedBox(
 	Element.Clip = Clips.Last();
 	Element.Radii = Radii;
 	Element.Color = Fill;
-	Element.OutlineColor = bOutline ? Outline : FColor(0, 0, 0, 0);
+	// Of no width and of the box's own colour it paints nothing, and says that the box is a mark and not a surface.
+	Element.OutlineColor = bOutline || (OutlineWidth <= 0.0f && Outline == Fill) ? Outline : FColor(0, 0, 0, 0);
 	Element.OutlineWidth = bOutline ? OutlineWidth : 0.0f;
 }
 
