@@ -34,6 +34,8 @@ namespace
 		{
 			return;
 		}
+		// Seen to be cut, too.
+		Name->SetOverflowPolicy(ETextOverflowPolicy::Ellipsis);
 		const bool bIsCut = Name->GetDesiredSize().X > Name->GetCachedGeometry().GetLocalSize().X + Tolerance;
 		const FText Wanted = bIsCut ? Name->GetDisplayedText() : FText();
 		if (!Row.GetToolTipText().ToString().Equals(Wanted.ToString(), ESearchCase::CaseSensitive))

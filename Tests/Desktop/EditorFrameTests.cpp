@@ -3,18 +3,26 @@
 
 #include "Companions/TemporaryProject.h"
 #include "Framework/Docking/TabManager.h"
+#include "Framework/Notifications/NotificationManager.h"
 #include "Host/CodeIndexControl.h"
 #include "Host/HostLevelEditor.h"
 #include "Host/HostLog.h"
 #include "Host/HostModules.h"
+#include "Host/HostNotifications.h"
 #include "Host/HostTasks.h"
 #include "Logging/LogMacros.h"
 #include "Modules/ModuleManager.h"
+#include "OpenChat.h"
 #include "OutputLog.h"
 #include "SEditorFrame.h"
 #include "SOutputLog.h"
 #include "SSourceViewer.h"
+#include "ToastRoom.h"
+#include "ViewModels/ChatViewModel.h"
 #include "Widgets/Input/SEditableTextBox.h"
+#include "Widgets/Layout/SBox.h"
+#include "Widgets/SBoxPanel.h"
+#include "Widgets/SFileSearchItem.h"
 #include "Widgets/Views/SListView.h"
 
 #include <algorithm>
@@ -155,6 +163,124 @@ TEST_F(FEditorFrameTest, TheFindStripHasOneLineWhereThereIsRoomForIt)
 		EXPECT_LE(Last.Right, static_cast<float>(Width)) << Width;
 		EXPECT_GT(First.Right - First.Left, 100.0f) << Width;
 	}
+}
+
+TEST_F(FEditorFrameTest, ToastsLeaveThePromptAndItsButtonsFree)
+{
+	FToastRoom::Install();
+	Click(FindByText("Window"));
+	Click(FindByText("Velmora AI"));
+	const auto Tell = [](const char* Text)
+	{
+		FNotificationInfo Info(FText::FromString(UTF8_TO_TCHAR(Text)));
+		Info.bFireAndForget = false;
+		return FSlateNotificationManager::Get().AddNotification(Info).ToSharedRef();
+	};
+	const TSharedRef<SNotificationItem> First = Tell("One");
+	const TSharedRef<SNotificationItem> Second = Tell("Two");
+	for (const FIntPoint& Size : { FIntPoint(1280, 800), FIntPoint(720, 500), FIntPoint(360, 700), FIntPoint(360, 400) })
+	{
+		SCOPED_TRACE(::testing::Message() << Size.X << " by " << Size.Y);
+		Resize(Size.X, Size.Y);
+		PumpFrame();
+		for (const char* const Tag : { "InputTextBox", "SendButton" })
+		{
+			EXPECT_FALSE(FSlateRect::DoRectanglesIntersect(GetRect(*Second), GetRect(*FindByTag(Tag)))) << Tag;
+			EXPECT_FALSE(FSlateRect::DoRectanglesIntersect(GetRect(*First), GetRect(*FindByTag(Tag)))) << Tag;
+		}
+		EXPECT_GE(GetRect(*First).Top, 0.0f);
+	}
+	// Another tab has no prompt.
+	Click(FindByText("Window"));
+	Click(FindByText("Output Log"));
+	PumpFrame();
+	EXPECT_GT(GetRect(*Second).Bottom, 370.0f);
+	FToastRoom::Uninstall();
+	FHostNotifications::Clear();
+}
+
+TEST_F(FEditorFrameTest, FramesOfFindEndAtTheEdgeOfTheList)
+{
+	Click(FindByText("Window"));
+	Click(FindByText("Velmora AI"));
+	FString Text;
+	for (int32 Line = 0; Line < 60; ++Line)
+	{
+		Text += TEXT("a needle in the hay\n\n");
+	}
+	ASSERT_TRUE(FOpenChat::GetViewModel()->SendMessage(Text));
+	PumpSeconds(1.0);
+	App().SetKeyboardFocus(FindByTag("InputTextBox"));
+	PressKey("CTRL+F");
+	TypeText("needle");
+	PumpSeconds(1.0);
+	const TSharedRef<SWidget> List = FindByTag("MessageList");
+	bool bAnyCrosses = false;
+	for (int32 Notch = 0; Notch < 20 && !bAnyCrosses; ++Notch)
+	{
+		Scroll(List, 1.0f);
+		PumpSeconds(0.5);
+		const FSlateRect Edge = GetRect(*List);
+		int32 Count = 0;
+		for (const FSlateDrawElement& Element : App().GetLastElements().GetElements())
+		{
+			if (Element.Color == FColor(0xF2, 0xB8, 0x3C, 0x30) || Element.Color == FColor(0xFF, 0xD1, 0x5C, 0x60))
+			{
+				++Count;
+				const FSlateRect Painted = Element.Rect.IntersectionWith(Element.Clip);
+				bAnyCrosses = bAnyCrosses || Element.Rect.Top < Edge.Top || Element.Rect.Bottom > Edge.Bottom;
+				EXPECT_GE(Painted.Top, Edge.Top);
+				EXPECT_LE(Painted.Bottom, Edge.Bottom);
+			}
+		}
+		EXPECT_GT(Count, 3);
+	}
+	EXPECT_TRUE(bAnyCrosses) << "no frame has reached an edge";
+}
+
+TEST_F(FEditorFrameTest, ANameThatIsCutIsToldWholeByATooltip)
+{
+	using Velmora::UI::FFileIndexEntry;
+	const FString Long(TEXT("Source/AnotherFolder/AVeryLongNameOfAFileThatNobodyWouldType.cpp"));
+	const TSharedRef<SVerticalBox> Rows = SNew(SVerticalBox);
+	for (const FString& Path : { FString(TEXT("A.cpp")), Long })
+	{
+		FFileIndexEntry Entry;
+		Entry.FilePath = Entry.DisplayPath = Path;
+		Rows->AddSlot().AutoHeight()[SNew(SFileSearchItem).FileEntry(Entry)];
+	}
+	float Width = 200.0f;
+	const TSharedRef<SWidget> Menu = SNew(SBox).WidthOverride_Lambda([&Width] { return FOptionalSize(Width); })[Rows];
+	App().PushMenu(Frame.ToSharedRef(), Menu, FSlateRect(20.0f, 100.0f, 21.0f, 101.0f), MenuPlacement_BelowAnchor, false);
+	const auto GetTips = [&Rows]
+	{
+		FTextList Tips;
+		for (int32 Index = 0; Index < 2; ++Index)
+		{
+			Tips.push_back(Utf8(Rows->GetSlot(Index).GetWidget()->GetToolTipText()));
+		}
+		return Tips;
+	};
+	const auto GetPainted = [&Rows]() -> TSharedPtr<const FGlyphRun>
+	{
+		const FSlateRect Place = GetRect(*Rows->GetSlot(1).GetWidget());
+		for (const FSlateDrawElement& Element : App().GetLastElements().GetElements())
+		{
+			if (Element.Type == ESlateDrawType::Glyphs && Place.ContainsPoint(FVector2D(Element.Rect.Left + 1.0, Element.Rect.Top - 1.0)))
+			{
+				return Element.Glyphs;
+			}
+		}
+		return nullptr;
+	};
+	PumpSeconds(0.2);
+	EXPECT_EQ(GetTips(), (FTextList{ "", Utf8(Long) }));
+	const TSharedPtr<const FGlyphRun> Cut = GetPainted();
+	ASSERT_TRUE(Cut);
+	Width = 700.0f;
+	PumpSeconds(0.2);
+	EXPECT_EQ(GetTips(), (FTextList{ "", "" })) << "with room for it nothing is to be told";
+	EXPECT_NE(GetPainted(), Cut) << "what is cut ends with an ellipsis";
 }
 
 TEST_F(FEditorFrameTest, TheFindStripLooksThroughASourceToo)
