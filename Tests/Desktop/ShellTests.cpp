@@ -193,6 +193,8 @@ TEST(Shell, AHomeThatCannotBeWrittenStopsNobody)
 	const FRun Before = RunProgram({ "--headless", "--project", Project.Folder.string(), "--prompt", "what is in this project?" }, "", "",
 		{ "XDG_DATA_HOME=" + Project.Path("home"), "XDG_RUNTIME_DIR=" + Other });
 	EXPECT_EQ(Before.ExitCode, 0) << Before.Error;
+	const FRun Bringing = Run({ "--prompt", "what is in this project?" });
+	EXPECT_EQ(Bringing.ExitCode, 0) << "that they come is no failure of the turn they come into: " << Bringing.Error;
 	Project.Write("home.txt",
 		"wait idle 30\ndump " + Project.Path("home.json") +
 			"\nclick #ConversationComboBox\nwait idle 30\nclick create made.md with \"x\"\n" + "wait idle 30\ndump " +

@@ -51,9 +51,12 @@ int main(int Count, char** Arguments)
 	else if (Command == "check") // What a start does.
 	{
 		Store->Check();
-		for (const std::string& Notice : StoreNotices::Take())
+		for (const std::vector<std::string>& Notices : { StoreNotices::Take(), StoreNotices::TakeNews() })
 		{
-			std::printf("%s\n", Notice.c_str());
+			for (const std::string& Notice : Notices)
+			{
+				std::printf("%s\n", Notice.c_str());
+			}
 		}
 		Code = 0;
 	}

@@ -385,5 +385,7 @@ namespace Velmora
 		{
 			Fire(Callbacks.Error, Utf8Text::ToString(Notice));
 		}
+		// Told as an error, it would fail the turn that it happens to come into.
+		TellSoon(StoreNotices::TakeNews());
 	}
 }

@@ -11,6 +11,7 @@ namespace Velmora::StoreNotices
 	{
 		std::mutex NoticesMutex;
 		std::vector<std::string> WaitingNotices;
+		std::vector<std::string> WaitingNews;
 
 		/** Game thread. */
 		TFunction<void()> NoticeListener;
@@ -25,10 +26,25 @@ namespace Velmora::StoreNotices
 		Remind();
 	}
 
+	void AddNews(std::string Sentence)
+	{
+		{
+			const std::scoped_lock Lock(NoticesMutex);
+			WaitingNews.push_back(std::move(Sentence));
+		}
+		Remind();
+	}
+
 	std::vector<std::string> Take()
 	{
 		const std::scoped_lock Lock(NoticesMutex);
 		return std::exchange(WaitingNotices, {});
+	}
+
+	std::vector<std::string> TakeNews()
+	{
+		const std::scoped_lock Lock(NoticesMutex);
+		return std::exchange(WaitingNews, {});
 	}
 
 	void SetListener(TFunction<void()> Listener)
@@ -40,7 +56,7 @@ namespace Velmora::StoreNotices
 	{
 		{
 			const std::scoped_lock Lock(NoticesMutex);
-			if (WaitingNotices.empty())
+			if (WaitingNotices.empty() && WaitingNews.empty())
 			{
 				return;
 			}

@@ -11,11 +11,15 @@
  */
 namespace Velmora::StoreNotices
 {
-	/** Any thread. */
+	/** What went wrong. Any thread. */
 	void Add(std::string Sentence);
+
+	/** What went well, and should be known. Any thread. */
+	void AddNews(std::string Sentence);
 
 	/** What waits, the oldest first; it waits no longer. Any thread. */
 	std::vector<std::string> Take();
+	std::vector<std::string> TakeNews();
 
 	/** Called on the game thread, in a task of its own, when something begins to wait. Replaces the one before; game thread. */
 	void SetListener(TFunction<void()> Listener);

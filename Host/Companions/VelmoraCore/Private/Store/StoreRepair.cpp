@@ -104,7 +104,7 @@ namespace Velmora
 		/** @param Damage  See FConversationStore::EDamage. */
 		std::string DescribeDamage(int64 Damage)
 		{
-			return Damage == 4 ? "An earlier version of this program has kept conversations of its own beside the store."
+			return Damage == 4 ? "Conversations had been kept in another store for a time."
 				: Damage == 3  ? "The conversation store was written by a later version of this program."
 				: Damage == 2  ? "The file of the conversation store belongs to another program."
 							   : "The conversation store was damaged.";
@@ -481,7 +481,7 @@ namespace Velmora
 		{
 			if (RecoveredCount > 0)
 			{
-				StoreNotices::Add(What + ' ' +
+				StoreNotices::AddNews(What + ' ' +
 					Utf8Text::Count(static_cast<size_t>(RecoveredCount), "conversation was", "conversations were") + " taken over.");
 			}
 			return true;
