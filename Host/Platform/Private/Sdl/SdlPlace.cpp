@@ -37,6 +37,31 @@ FIntPoint SdlPlace::FitSize(const FIntPoint& Wanted)
 	return bIsKnown ? FIntPoint(std::min(Wanted.X, Usable.w), std::min(Wanted.Y, Usable.h)) : Wanted;
 }
 
+void SdlPlace::FitFrame(SDL_Window* Window)
+{
+	// How wide the frame is comes as an event.
+	SDL_PumpEvents();
+	int Top = 0;
+	int Left = 0;
+	int Bottom = 0;
+	int Right = 0;
+	SDL_Rect Usable = {};
+	if (SDL_GetWindowBordersSize(Window, &Top, &Left, &Bottom, &Right) != 0 ||
+		SDL_GetDisplayUsableBounds(std::max(SDL_GetWindowDisplayIndex(Window), 0), &Usable) != 0)
+	{
+		return;
+	}
+	int Width = 0;
+	int Height = 0;
+	SDL_GetWindowSize(Window, &Width, &Height);
+	const int FitWidth = std::min(Width, Usable.w - Left - Right);
+	const int FitHeight = std::min(Height, Usable.h - Top - Bottom);
+	if (FitWidth > 0 && FitHeight > 0 && (FitWidth < Width || FitHeight < Height))
+	{
+		SDL_SetWindowSize(Window, FitWidth, FitHeight);
+	}
+}
+
 bool SdlPlace::Load(const FString& Path, SDL_Rect& OutPlace, bool& bOutMaximised)
 {
 	std::ifstream File(HostFileNameToBytes(Path));

@@ -97,10 +97,7 @@ TSharedPtr<FSdlWindow> FSdlWindow::Create(const FHostWindowOptions& Options, FSt
 	const FIntPoint Size = Options.bFitsMonitor ? SdlPlace::FitSize(Options.PixelSize) : Options.PixelSize;
 	SDL_Rect Place = { SDL_WINDOWPOS_UNDEFINED, SDL_WINDOWPOS_UNDEFINED, Size.X, Size.Y };
 	bool bMaximised = false;
-	if (!Options.PlacePath.IsEmpty())
-	{
-		SdlPlace::Load(Options.PlacePath, Place, bMaximised);
-	}
+	const bool bWasKept = !Options.PlacePath.IsEmpty() && SdlPlace::Load(Options.PlacePath, Place, bMaximised);
 	SDL_Window* const Handle = SDL_CreateWindow(TCHAR_TO_UTF8(*Options.Title), Place.x, Place.y, Place.w, Place.h,
 		SDL_WINDOW_RESIZABLE | SDL_WINDOW_SHOWN | (bMaximised ? static_cast<Uint32>(SDL_WINDOW_MAXIMIZED) : 0u));
 	if (!Handle)
@@ -112,6 +109,10 @@ TSharedPtr<FSdlWindow> FSdlWindow::Create(const FHostWindowOptions& Options, FSt
 	if (Options.MinPixelSize.X > 0 && Options.MinPixelSize.Y > 0)
 	{
 		SDL_SetWindowMinimumSize(Handle, Options.MinPixelSize.X, Options.MinPixelSize.Y);
+	}
+	if (Options.bFitsMonitor && !bWasKept)
+	{
+		SdlPlace::FitFrame(Handle);
 	}
 	TSharedPtr<FSdlWindow> Result(new FSdlWindow(Handle, Options.Scale));
 	Result->PlacePath = Options.PlacePath;
