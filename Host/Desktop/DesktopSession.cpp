@@ -155,6 +155,10 @@ FString FDesktopSession::Start(TFunction<void()> InOnFrame)
 	Access.Start(Options, bHasDisplay && !Options.HasAction() && !Replay, Replay ? TFunction<void()>() : TFunction<void()>(NoteLook));
 	Host->AtEnd([this] { Access.End(); });
 	KeepDraft();
+	if (Replay && Replay->GetHead().KeptFolder)
+	{
+		Frame->GetFirstSteps().TellFolder(*Replay->GetHead().KeptFolder);
+	}
 	if (HasUser())
 	{
 		Frame->GetFirstSteps().ShowOnce(FPaths::EngineSavedDir() / TEXT("Velmora/Welcome.txt"));

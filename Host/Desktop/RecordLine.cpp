@@ -28,6 +28,7 @@ namespace
 		{ ERecordKind::Window, "window", "nnr" }, // Size in pixels, scale.
 		{ ERecordKind::Session, "session", "fff" }, // It has a user, a display, masked texts.
 		{ ERecordKind::Project, "project", "s" }, // Name of its folder.
+		{ ERecordKind::Kept, "kept", "s" }, // The folder that the user is told of; empty when nothing is kept.
 		{ ERecordKind::Set, "set", "ss" }, // A console variable and its value.
 		{ ERecordKind::Seed, "seed", "wss" }, // Where a file belongs, its name, what is in it.
 		{ ERecordKind::Begin, "begin", "" },

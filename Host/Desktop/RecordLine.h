@@ -15,6 +15,7 @@ enum class ERecordKind : uint8
 	Window,
 	Session,
 	Project,
+	Kept,
 	Set,
 	Seed,
 	Begin,

@@ -22,7 +22,7 @@ namespace
 	// Commands that the built-in agent carries out in any project.
 	const TCHAR* const ExamplePrompts[] = { TEXT("what is in this project?"), TEXT("find main"), TEXT("help") };
 
-	TSharedRef<SWidget> MakeWords(const FText& Words)
+	TSharedRef<STextBlock> MakeWords(const FText& Words)
 	{
 		// clang-format off
 		return SNew(STextBlock)
@@ -43,16 +43,10 @@ void SFirstSteps::Construct(const FArguments& InArgs)
 	Lines->AddSlot().AutoHeight()[MakeWords(LOCTEXT("Agent",
 		"The built-in agent takes commands and works on this machine alone; nothing is sent anywhere. A model of yours, here or on a "
 		"server, can answer in its place: connect it in the settings."))];
+	Kept = MakeWords(FText::GetEmpty());
 	const Velmora::FStoreLocation Location = Velmora::GetStoreLocation();
-	Lines->AddSlot().AutoHeight().Padding(0.0f, 4.0f)[MakeWords(Location.KeepsConversations()
-			? FText::Format(
-				  LOCTEXT("Kept",
-					  "Conversations, the search over them and what can be undone are kept in {0}, for you alone; settings in the "
-					  "project."),
-				  FText::FromString(Location.Folder))
-			: LOCTEXT("KeptNowhere",
-				  "This session keeps no history: conversations and what can be undone are gone when it ends. Settings are kept in the "
-				  "project."))];
+	TellFolder(Location.KeepsConversations() ? Location.Folder : FString());
+	Lines->AddSlot().AutoHeight().Padding(0.0f, 4.0f)[Kept.ToSharedRef()];
 	Lines->AddSlot().AutoHeight()[MakeButtons()];
 	// clang-format off
 	ChildSlot
@@ -67,6 +61,19 @@ void SFirstSteps::Construct(const FArguments& InArgs)
 		]
 	];
 	// clang-format on
+}
+
+void SFirstSteps::TellFolder(const FString& Folder)
+{
+	Kept->SetText(Folder.IsEmpty()
+			? LOCTEXT("KeptNowhere",
+				  "This session keeps no history: conversations and what can be undone are gone when it ends. Settings are kept in the "
+				  "project.")
+			: FText::Format(
+				  LOCTEXT("Kept",
+					  "Conversations, the search over them and what can be undone are kept in {0}, for you alone; settings in the "
+					  "project."),
+				  FText::FromString(Folder)));
 }
 
 TSharedRef<SWidget> SFirstSteps::MakePrompts()

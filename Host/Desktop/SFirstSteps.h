@@ -3,6 +3,8 @@
 #include "CoreMinimal.h"
 #include "Widgets/SCompoundWidget.h"
 
+class STextBlock;
+
 /**
  * The strip that greets at the first start: prompts to try, what the agent is, how a model is connected, where things are kept. It is
  * shown once, and goes when a prompt is sent; the menu Help shows it again.
@@ -15,6 +17,8 @@ public:
 
 	void Construct(const FArguments& InArgs);
 
+	/** What is said of where things are kept. @param Folder  Empty when nothing is. */
+	void TellFolder(const FString& Folder);
 	/** Shows the strip unless the file says that it was shown, and says so there. */
 	void ShowOnce(const FString& Path);
 	void Open();
@@ -28,6 +32,7 @@ private:
 	TSharedRef<SWidget> MakePrompts();
 	TSharedRef<SWidget> MakeButtons();
 
+	TSharedPtr<STextBlock> Kept;
 	bool bIsOpen = false;
 	/** The agent was at work in the last frame. */
 	bool bWasBusy = false;

@@ -10,6 +10,7 @@
 #include "Host/HostMotion.h"
 #include "Host/HostServices.h"
 #include "Host/HostTasks.h"
+#include "Host/StoreLocation.h"
 #include "Misc/Paths.h"
 #include "RecordSeeds.h"
 #include "RecordedAgent.h"
@@ -88,6 +89,9 @@ void FSessionRecorder::Begin(const FDesktopOptions& Options, bool bHasUser, bool
 	Writer->Add(MoveTemp(FRecordWords(ERecordKind::Window).Number(Size.X).Number(Size.Y).Real(static_cast<double>(InWindow.GetScale()))));
 	Writer->Add(MoveTemp(FRecordWords(ERecordKind::Session).Flag(bHasUser).Flag(bHasDisplay).Flag(Writer->Masks())));
 	Writer->Add(MoveTemp(FRecordWords(ERecordKind::Project).Text(Writer->Veil(RecordSeeds::GetProjectName()))));
+	const Velmora::FStoreLocation Location = Velmora::GetStoreLocation();
+	const FString Kept = Location.KeepsConversations() ? Location.Folder : FString();
+	Writer->Add(MoveTemp(FRecordWords(ERecordKind::Kept).Text(Writer->Veil(Kept))));
 	for (const TPair<FString, FString>& Variable : Options.Variables)
 	{
 		Writer->Add(MoveTemp(FRecordWords(ERecordKind::Set).Text(Variable.Key).Text(Variable.Value)));

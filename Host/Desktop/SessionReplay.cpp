@@ -102,6 +102,9 @@ void FSessionReplay::ReadHead(FRecordReader& Reader)
 		case ERecordKind::Project:
 			Head.Project = Line.Text(0);
 			break;
+		case ERecordKind::Kept:
+			Head.KeptFolder = Line.Text(0);
+			break;
 		case ERecordKind::Set:
 			Head.Variables.Emplace(Line.Text(0), Line.Text(1));
 			break;

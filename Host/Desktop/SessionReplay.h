@@ -19,6 +19,8 @@ struct FReplayHead
 	bool bHasUser = false;
 	bool bIsMasked = false;
 	FString Project;
+	/** What the user was told of where things are kept; empty for nowhere. Recordings of before do not say. */
+	TOptional<FString> KeptFolder;
 	TArray<TPair<FString, FString>> Variables;
 	/** Small files of the user's, for RecordSeeds. */
 	TArray<FRecordLine> Seeds;

@@ -98,8 +98,8 @@ TEST(Record, TheLookIsTheRecordedOne)
 	const FRandomProject Project;
 	std::vector<std::string> More = Simulated;
 	More.insert(More.end(), { "--high-contrast", "on", "--reduced-motion", "on" });
-	// The caret stands still where it would blink.
-	const FRun Run = Record(Project, "type help\ntick 100\n", More);
+	// The caret stands still where it would blink, and the first steps tell of the folder of then.
+	const FRun Run = Record(Project, "type help\ntick 100\nclick Help\nclick First Steps\ntick 30\n", More);
 	ASSERT_EQ(Run.ExitCode, 0) << Run.Error;
 	ExpectSameEnd(Project, Replay(Project), "end.png", "end.json");
 }
