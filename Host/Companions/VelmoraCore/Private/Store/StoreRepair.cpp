@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
 #include <thread>
 #include <unistd.h>
 #include <vector>
@@ -99,6 +100,15 @@ namespace Velmora
 			snprintf(
 				Digits, sizeof(Digits), "%016llX%016llX", static_cast<unsigned long long>(Hash), static_cast<unsigned long long>(Number));
 			return Digits;
+		}
+
+		/** The last of a disk is for what is said and done, here and by everybody else. */
+		bool HasRoomToSpare(const FFileDescriptor& File)
+		{
+			constexpr uint64 Spare = 64 << 20;
+			struct statvfs Disk;
+			return HostRetryInterrupted([&] { return fstatvfs(File.Get(), &Disk); }) == 0 &&
+				static_cast<uint64>(Disk.f_bavail) * Disk.f_frsize > Spare;
 		}
 
 		/** @param Damage  See FConversationStore::EDamage. */
@@ -258,7 +268,7 @@ namespace Velmora
 					{
 						Log = FFileDescriptor::Open(LogPath, O_WRONLY);
 					}
-					if (Log.IsOpen() && fstat(Log.Get(), &Status) == 0 && Status.st_size < ReservedLogBytes)
+					if (Log.IsOpen() && fstat(Log.Get(), &Status) == 0 && Status.st_size < ReservedLogBytes && HasRoomToSpare(Log))
 					{
 						// Without the room the log grows as it is written, as it would have done.
 						const auto Extend = [&] { return pwrite(Log.Get(), Zeros.data(), Zeros.size(), Status.st_size); };
