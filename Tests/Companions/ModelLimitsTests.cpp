@@ -195,6 +195,31 @@ TEST_F(ModelLimits, OldTurnsAreSummedUpByTheModel)
 	EXPECT_EQ(Agent->GetCurrentConversationMetadata()->GetMessageCount(), 4) << "all of it is kept";
 }
 
+TEST_F(ModelLimits, ABeginningIsSummedUpOnceForTheTurnsThatFollow)
+{
+	const std::string Long(8000, 'x');
+	FScriptedPeer Peer(
+		Give({ Final("First."), Final("In short: xxx."), Final("Second."), Final("Third."), Final("In short: more."), Final("4") }));
+	FAgentConnection Connection = Make(Peer);
+	Connection.ContextTokens = 5000;
+	FAgentConnections::Select(Connection);
+	CreateAgent();
+	EXPECT_EQ(Ask(Long), "First.");
+	EXPECT_EQ(Ask("and now?"), "Second.");
+	EXPECT_EQ(EventsOf("progress").size(), 1u);
+	EXPECT_EQ(Ask("and then?"), "Third.");
+	ASSERT_EQ(Requests.size(), 4u);
+	EXPECT_TRUE(Holds(Requests[3].Body, "A summary of it:]\\nIn short: xxx.\\n\\nand now?")) << Requests[3].Body;
+	EXPECT_FALSE(Holds(Requests[3].Body, "xxxx"));
+	EXPECT_TRUE(EventsOf("progress").empty()) << "it was told once";
+
+	// More that does not fit is summed up with what was said of the first part.
+	EXPECT_EQ(Ask(Long), "4");
+	ASSERT_EQ(Requests.size(), 6u);
+	EXPECT_TRUE(Holds(Requests[4].Body, "Sum up this beginning")) << Requests[4].Body;
+	EXPECT_TRUE(Holds(Requests[4].Body, "In short: xxx."));
+}
+
 TEST_F(ModelLimits, AnAnswerThatFillsTheContextIsAskedForAgainWithMoreRoom)
 {
 	// A token of one byte, of which the program knows only what the server counts.

@@ -253,13 +253,45 @@ namespace Velmora
 		const size_t Room = Gauge.GetRoom(Request.Tools);
 		if (Transcript::Measure(Request.Messages) > Room)
 		{
+			TakeKnownSummary();
+		}
+		if (Transcript::Measure(Request.Messages) > Room)
+		{
 			// More than need be, so that not each round leaves out some more: servers keep what they have read of a beginning.
 			(void)ShortenTo(Room * 3 / 4);
 		}
 	}
 
+	void FModelTurn::TakeKnownSummary()
+	{
+		if (Shelf)
+		{
+			return;
+		}
+		Shelf.emplace(Request.Messages, 1);
+		if (const std::optional<FSummaryShelf::FSummary> Known = Shelf->Find())
+		{
+			const std::vector<FModelMessage> Dropped = Transcript::LeaveOut(Request.Messages, 1, Known->Count);
+			Transcript::PutSummary(Request.Messages, Known->Text);
+			if (!Background.empty() && Dropped.front().Text.starts_with(Background))
+			{
+				PutBackground();
+			}
+			SummedUp = Known->Count;
+			bHasToldOfShortening = true;
+		}
+	}
+
+	void FModelTurn::PutBackground()
+	{
+		// It stood in the oldest message of all, and is no part of what was said.
+		FModelMessage& First = Request.Messages[1];
+		First.Text = Background + "\n\n" + First.Text;
+	}
+
 	bool FModelTurn::ShortenTo(size_t MaxBytes)
 	{
+		TakeKnownSummary();
 		Transcript::FShortening Left = Transcript::Shorten(Request.Messages, MaxBytes - std::min(MaxBytes / 2, Background.size()));
 		if (!Left.IsAny())
 		{
@@ -270,6 +302,7 @@ namespace Velmora
 		{
 			Left.Messages.front().Text.erase(0, Background.size());
 		}
+		SummedUp += Left.Messages.size();
 		if (!Left.Messages.empty() && !bHasSummarised)
 		{
 			bHasSummarised = true;
@@ -277,9 +310,7 @@ namespace Velmora
 		}
 		if (bHasLostBackground)
 		{
-			// It stood in the oldest message of all, and is no part of what was said.
-			FModelMessage& First = Request.Messages[1];
-			First.Text = Background + "\n\n" + First.Text;
+			PutBackground();
 		}
 		if (!std::exchange(bHasToldOfShortening, true))
 		{
@@ -305,7 +336,9 @@ namespace Velmora
 		// Without a summary the note stays, which says that something is missing.
 		if (!Reply.Problem && !Reply.Text.empty())
 		{
-			Transcript::PutSummary(Request.Messages, Utf8Text::Shorten(Reply.Text, MaxSummaryCharacters));
+			const FSummaryShelf::FSummary Summary{ SummedUp, Utf8Text::Shorten(Reply.Text, MaxSummaryCharacters) };
+			Transcript::PutSummary(Request.Messages, Summary.Text);
+			Shelf->Keep(Summary);
 		}
 	}
 

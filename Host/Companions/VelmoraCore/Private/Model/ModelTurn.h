@@ -1,6 +1,7 @@
 #pragma once
 
 #include <map>
+#include <optional>
 #include <set>
 #include <string>
 #include <string_view>
@@ -13,6 +14,7 @@
 #include "Model/ModelBudget.h"
 #include "Model/ModelClient.h"
 #include "Model/ModelConnection.h"
+#include "Model/SummaryShelf.h"
 #include "Tools/ProjectFiles.h"
 #include "Tools/ToolBox.h"
 #include "Turn/TurnPermissions.h"
@@ -64,6 +66,9 @@ namespace Velmora
 		void SetContext(int64_t Tokens);
 		/** Before each request: what the tools have brought in this turn counts as well. */
 		void KeepRoom();
+		/** Once in a turn: what an earlier one has had summed up needs no second summary. */
+		void TakeKnownSummary();
+		void PutBackground();
 		void Summarise(const std::vector<FModelMessage>& Dropped, size_t MaxBytes);
 
 		void BeginRound(int Round, const FModelReply& Reply);
@@ -105,6 +110,10 @@ namespace Velmora
 		/** Once per turn: a server that refuses for want of room would refuse that too. */
 		bool bHasSummarised = false;
 		bool bHasToldOfShortening = false;
+		std::optional<FSummaryShelf> Shelf;
+
+		/** How many messages of the conversation are left out of the request. */
+		size_t SummedUp = 0;
 		FContextGauge Gauge;
 	};
 }

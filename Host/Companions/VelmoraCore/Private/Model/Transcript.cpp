@@ -274,6 +274,16 @@ namespace Velmora::Transcript
 		return Bytes;
 	}
 
+	std::vector<FModelMessage> LeaveOut(std::vector<FModelMessage>& Messages, size_t First, size_t Count)
+	{
+		const auto Begin = Messages.begin() + static_cast<std::ptrdiff_t>(First);
+		const auto Stop = Begin + static_cast<std::ptrdiff_t>(Count);
+		std::vector<FModelMessage> Gone(std::make_move_iterator(Begin), std::make_move_iterator(Stop));
+		Messages.erase(Begin, Stop);
+		Messages[First].Text = std::string(LeftOutNote) + "\n\n" + Messages[First].Text;
+		return Gone;
+	}
+
 	FShortening Shorten(std::vector<FModelMessage>& Messages, size_t MaxBytes)
 	{
 		FShortening Shortening;
@@ -309,11 +319,7 @@ namespace Velmora::Transcript
 		}
 		if (End > First)
 		{
-			const auto Begin = Messages.begin() + static_cast<std::ptrdiff_t>(First);
-			const auto Stop = Messages.begin() + static_cast<std::ptrdiff_t>(End);
-			Shortening.Messages.assign(std::make_move_iterator(Begin), std::make_move_iterator(Stop));
-			Messages.erase(Begin, Stop);
-			Messages[First].Text = std::string(LeftOutNote) + "\n\n" + Messages[First].Text;
+			Shortening.Messages = LeaveOut(Messages, First, End - First);
 			Bytes += LeftOutNote.size() + 2;
 		}
 

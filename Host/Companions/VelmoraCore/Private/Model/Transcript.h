@@ -50,6 +50,9 @@ namespace Velmora::Transcript
 	 */
 	FShortening Shorten(std::vector<FModelMessage>& Messages, size_t MaxBytes);
 
+	/** Takes messages out, before one of the user's, and leaves the note in that one. Gives what is gone. */
+	std::vector<FModelMessage> LeaveOut(std::vector<FModelMessage>& Messages, size_t First, size_t Count);
+
 	/** Puts a summary of what Shorten has left out in the place of its note. Nothing happens where there is no note. */
 	void PutSummary(std::vector<FModelMessage>& Messages, std::string_view Summary);
 
