@@ -6,12 +6,16 @@
 #include "DesktopProgram.h"
 #include "Host/HostFileNames.h"
 
+#include <csignal>
+
 #ifndef VELMORA_VERSION
 #define VELMORA_VERSION "0"
 #endif
 
 int main(int ArgumentCount, char** Arguments)
 {
+	// A file that grows beyond what the user's limits allow is a write that fails, in words, and not the end.
+	std::signal(SIGXFSZ, SIG_IGN);
 	TArray<FString> Words;
 	for (int32 Index = 1; Index < ArgumentCount; ++Index)
 	{

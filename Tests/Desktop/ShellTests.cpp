@@ -8,6 +8,7 @@
 #include <set>
 
 #include <pwd.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 namespace fs = std::filesystem;
@@ -208,4 +209,22 @@ TEST(Shell, AHomeThatCannotBeWrittenStopsNobody)
 	{
 		EXPECT_EQ(Left.path().extension(), ".lock") << Left.path();
 	}
+}
+
+TEST(Shell, AFileBeyondTheUsersLimitFailsInWords)
+{
+	const FRandomProject Project;
+	const std::string Large(300'000, 'x');
+	std::ofstream(Project.Folder / "large.txt") << Large;
+	rlimit Before{};
+	ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &Before), 0);
+	const rlimit Limit{ 100'000, Before.rlim_max };
+	ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &Limit), 0);
+	const FRun Run = RunProgram(
+		{ "--headless", "--no-history", "--project", Project.Folder.string() }, "append \"y\" to large.txt\ncreate small.md with \"1\"\n");
+	setrlimit(RLIMIT_FSIZE, &Before);
+	EXPECT_EQ(Run.ExitCode, 1) << Run.Error;
+	EXPECT_TRUE(Contains(Run.Output, "the file would become too large")) << Run.Output;
+	EXPECT_EQ(ReadFile((Project.Folder / "large.txt").string()), Large);
+	EXPECT_TRUE(fs::exists(Project.Folder / "small.md")) << Run.Output;
 }

@@ -288,6 +288,7 @@ bool FLauncher::Start(const FString& Target, int32 Line, const FEditorCommand& E
 	sigemptyset(&Signals);
 	posix_spawnattr_setsigmask(&Attributes, &Signals);
 	sigaddset(&Signals, SIGPIPE);
+	sigaddset(&Signals, SIGXFSZ);
 	sigaddset(&Signals, SIGINT);
 	sigaddset(&Signals, SIGTERM);
 	posix_spawnattr_setsigdefault(&Attributes, &Signals);

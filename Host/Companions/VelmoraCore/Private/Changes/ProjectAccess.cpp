@@ -53,6 +53,8 @@ namespace Velmora
 			case ENOSPC:
 			case EDQUOT:
 				return "the disk is full";
+			case EFBIG:
+				return "the file would become too large";
 			case EXDEV:
 				return "it leads out of the project";
 			case ELOOP:

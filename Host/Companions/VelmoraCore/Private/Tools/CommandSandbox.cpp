@@ -118,6 +118,7 @@ namespace Velmora
 			sigset_t None;
 			sigemptyset(&None);
 			sigprocmask(SIG_SETMASK, &None, nullptr);
+			signal(SIGXFSZ, SIG_DFL);
 			dup2(Input, 0);
 			dup2(Output, 1);
 			dup2(Output, 2);

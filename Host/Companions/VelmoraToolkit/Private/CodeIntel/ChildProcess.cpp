@@ -48,6 +48,7 @@ namespace Velmora::CodeIntel
 			sigemptyset(&Signals);
 			posix_spawnattr_setsigmask(&Attributes, &Signals);
 			sigaddset(&Signals, SIGPIPE);
+			sigaddset(&Signals, SIGXFSZ);
 			posix_spawnattr_setsigdefault(&Attributes, &Signals);
 			posix_spawnattr_setpgroup(&Attributes, 0);
 			posix_spawnattr_setflags(&Attributes, POSIX_SPAWN_SETPGROUP | POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
