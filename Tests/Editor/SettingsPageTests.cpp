@@ -159,6 +159,28 @@ TEST_F(FSettingsPageTest, PartsStandBelowEachOtherInANarrowWindow)
 	}
 }
 
+TEST_F(FSettingsPageTest, ThePageThatIsOpenIsInViewInTheListOfPages)
+{
+	for (int32 Number = 0; Number < 20; ++Number)
+	{
+		const FString Name = FString::Printf(TEXT("Page%d"), Number);
+		Module().RegisterSettings("Project", "Many", FName(*Name), FText::FromString(Name), FText::GetEmpty(), Other);
+	}
+	Resize(360, 400);
+	Open("Many", "Page19");
+	PumpSeconds(0.5);
+	// Its row, not its headline.
+	FSlateRect Row(0.0f, 1e9f, 0.0f, 1e9f);
+	for (const TSharedRef<SWidget>& Text : FindByType("STextBlock"))
+	{
+		const bool bIsName = Utf8(Text->GetDisplayedText().ToString()) == "Page19";
+		Row = bIsName && GetRect(*Text).Top < Row.Top ? GetRect(*Text) : Row;
+	}
+	const FSlateRect List = GetRect(*FindByType("SScrollBox")[0]);
+	EXPECT_GE(Row.Top, List.Top);
+	EXPECT_LE(Row.Bottom, List.Bottom);
+}
+
 TEST_F(FSettingsPageTest, ShowsAPageOfItsOwnWhileItsOwnerKeepsIt)
 {
 	TSharedPtr<SWidget> Own = SNew(STextBlock).Text(FText::FromString(TEXT("Own page")));

@@ -63,7 +63,7 @@ void SSettingsPage::Construct(const FArguments& InArgs, const TSharedRef<FSettin
 				+ SVerticalBox::Slot()
 				.FillHeight(1.0f)
 				[
-					SNew(SScrollBox)
+					SAssignNew(SectionScroll, SScrollBox)
 					+ SScrollBox::Slot()
 					[
 						SAssignNew(SectionList, SVerticalBox)
@@ -242,6 +242,7 @@ TSharedRef<SWidget> SSettingsPage::MakeSectionRow(const TSharedRef<FSettingsSect
 void SSettingsPage::RebuildSections()
 {
 	SectionList->ClearChildren();
+	TSharedPtr<SWidget> Chosen;
 	FName Category;
 	for (const TSharedRef<FSettingsSection>& Other : Registry->Sections)
 	{
@@ -254,7 +255,14 @@ void SSettingsPage::RebuildSections()
 			Category = Other->GetCategory();
 			SectionList->AddSlot().AutoHeight()[MakeSectionHeading(FText::FromName(Category))];
 		}
-		SectionList->AddSlot().AutoHeight()[MakeSectionRow(Other)];
+		const TSharedRef<SWidget> Row = MakeSectionRow(Other);
+		SectionList->AddSlot().AutoHeight()[Row];
+		Chosen = Section == Other ? TSharedPtr<SWidget>(Row) : Chosen;
+	}
+	if (Chosen)
+	{
+		// A menu may have opened a page whose row a low list does not reach.
+		SectionScroll->ScrollDescendantIntoView(Chosen, false);
 	}
 	if (SectionList->NumSlots() == 0)
 	{

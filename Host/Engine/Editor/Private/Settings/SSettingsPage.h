@@ -6,6 +6,7 @@
 #include "Widgets/SCompoundWidget.h"
 
 class SBox;
+class SScrollBox;
 class SVerticalBox;
 
 /**
@@ -76,6 +77,7 @@ private:
 	TSharedPtr<FSettingsSection> Section;
 	TArray<TSharedRef<FRow>> Rows;
 	FString Search;
+	TSharedPtr<SScrollBox> SectionScroll;
 	TSharedPtr<SVerticalBox> SectionList;
 	TSharedPtr<SBox> RowHolder;
 	/** An editor is being given the present value, which is no change by the user. */
