@@ -243,6 +243,26 @@ TEST_F(ModelLimits, AnAnswerThatFillsTheContextIsAskedForAgainWithMoreRoom)
 	EXPECT_TRUE(Holds(EventsOf("error")[0], "the model can take no more")) << EventsOf("error")[0];
 }
 
+TEST_F(ModelLimits, ARefusalIsMetByASummaryThatIsKnown)
+{
+	// Tokens are smaller than the program thinks, so that it takes a request for one that fits.
+	const std::string Long(4000, 'x');
+	const std::string Refusal = PeerText::Answer(
+		"400 No", "application/json", R"({"error":{"type":"exceed_context_size_error","message":"too long","n_ctx":9000}})");
+	FScriptedPeer Peer(Give({ Final("First."), Refusal, Final("In short: xxx."), Final("Second."), Refusal, Final("Third.") }));
+	FAgentConnection Connection = Make(Peer);
+	Connection.ContextTokens = 9000;
+	FAgentConnections::Select(Connection);
+	CreateAgent();
+	EXPECT_EQ(Ask(Long), "First.");
+	EXPECT_EQ(Ask("and now?"), "Second.");
+	EXPECT_EQ(Ask("and then?"), "Third.");
+	ASSERT_EQ(Requests.size(), 6u);
+	EXPECT_TRUE(Holds(Requests[4].Body, "xxxx"));
+	EXPECT_TRUE(Holds(Requests[5].Body, "In short: xxx."));
+	EXPECT_FALSE(Holds(Requests[5].Body, "xxxx"));
+}
+
 TEST_F(ModelLimits, WhatTheToolsBringIsShortenedBeforeTheServerRefuses)
 {
 	std::string Lines;

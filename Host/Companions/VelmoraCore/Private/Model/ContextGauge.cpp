@@ -33,6 +33,12 @@ namespace Velmora
 			}
 			return Bytes;
 		}
+
+		double DivideTokens(const FModelRequest& Request, int64_t Tokens)
+		{
+			const size_t Bytes = Transcript::Measure(Request.Messages) + MeasureTools(Request.Tools);
+			return std::clamp(static_cast<double>(Bytes) / static_cast<double>(Tokens), MinBytesPerToken, MaxBytesPerToken);
+		}
 	}
 
 	FContextGauge::FContextGauge(int64_t InContextTokens)
@@ -45,9 +51,15 @@ namespace Velmora
 	{
 		if (Usage.PromptTokens > 0)
 		{
-			const size_t Bytes = Transcript::Measure(Request.Messages) + MeasureTools(Request.Tools);
-			BytesPerToken =
-				std::clamp(static_cast<double>(Bytes) / static_cast<double>(Usage.PromptTokens), MinBytesPerToken, MaxBytesPerToken);
+			BytesPerToken = DivideTokens(Request, Usage.PromptTokens);
+		}
+	}
+
+	void FContextGauge::LearnRefusal(const FModelRequest& Request)
+	{
+		if (ContextTokens > 0)
+		{
+			BytesPerToken = std::min(BytesPerToken, DivideTokens(Request, ContextTokens));
 		}
 	}
 

@@ -24,6 +24,9 @@ namespace Velmora
 		/** What the server has counted of a request; what it did not count teaches nothing. */
 		void Learn(const FModelRequest& Request, const FModelUsage& Usage);
 
+		/** A request was more than the model takes. */
+		void LearnRefusal(const FModelRequest& Request);
+
 		int64_t Estimate(size_t Bytes) const;
 
 		/** What the messages of a request may have, in bytes as Transcript::Measure counts them. The tools go with each request. */

@@ -253,7 +253,7 @@ namespace Velmora
 		const size_t Room = Gauge.GetRoom(Request.Tools);
 		if (Transcript::Measure(Request.Messages) > Room)
 		{
-			TakeKnownSummary();
+			(void)TakeKnownSummary();
 		}
 		if (Transcript::Measure(Request.Messages) > Room)
 		{
@@ -262,24 +262,27 @@ namespace Velmora
 		}
 	}
 
-	void FModelTurn::TakeKnownSummary()
+	bool FModelTurn::TakeKnownSummary()
 	{
 		if (Shelf)
 		{
-			return;
+			return false;
 		}
 		Shelf.emplace(Request.Messages, 1);
-		if (const std::optional<FSummaryShelf::FSummary> Known = Shelf->Find())
+		const std::optional<FSummaryShelf::FSummary> Known = Shelf->Find();
+		if (!Known)
 		{
-			const std::vector<FModelMessage> Dropped = Transcript::LeaveOut(Request.Messages, 1, Known->Count);
-			Transcript::PutSummary(Request.Messages, Known->Text);
-			if (!Background.empty() && Dropped.front().Text.starts_with(Background))
-			{
-				PutBackground();
-			}
-			SummedUp = Known->Count;
-			bHasToldOfShortening = true;
+			return false;
 		}
+		const std::vector<FModelMessage> Dropped = Transcript::LeaveOut(Request.Messages, 1, Known->Count);
+		Transcript::PutSummary(Request.Messages, Known->Text);
+		if (!Background.empty() && Dropped.front().Text.starts_with(Background))
+		{
+			PutBackground();
+		}
+		SummedUp = Known->Count;
+		bHasToldOfShortening = true;
+		return true;
 	}
 
 	void FModelTurn::PutBackground()
@@ -291,11 +294,11 @@ namespace Velmora
 
 	bool FModelTurn::ShortenTo(size_t MaxBytes)
 	{
-		TakeKnownSummary();
+		const bool bIsShorter = TakeKnownSummary();
 		Transcript::FShortening Left = Transcript::Shorten(Request.Messages, MaxBytes - std::min(MaxBytes / 2, Background.size()));
 		if (!Left.IsAny())
 		{
-			return false;
+			return bIsShorter;
 		}
 		const bool bHasLostBackground = !Left.Messages.empty() && !Background.empty() && Left.Messages.front().Text.starts_with(Background);
 		if (bHasLostBackground)
@@ -487,6 +490,7 @@ namespace Velmora
 			ModelSizes::Set(Connection, Request.Model, Problem.ContextTokens);
 			SetContext(Problem.ContextTokens);
 		}
+		Gauge.LearnRefusal(Request);
 		const size_t Room = Gauge.GetContext() > 0 ? Gauge.GetRoom(Request.Tools) : Now;
 		return ShortenTo(std::min(Room, Now * 3 / 4)) && !Control.IsCancelled() && Transcript::Measure(Request.Messages) <= Now * 9 / 10;
 	}

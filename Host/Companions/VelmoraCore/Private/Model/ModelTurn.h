@@ -67,7 +67,7 @@ namespace Velmora
 		/** Before each request: what the tools have brought in this turn counts as well. */
 		void KeepRoom();
 		/** Once in a turn: what an earlier one has had summed up needs no second summary. */
-		void TakeKnownSummary();
+		bool TakeKnownSummary();
 		void PutBackground();
 		void Summarise(const std::vector<FModelMessage>& Dropped, size_t MaxBytes);
 
