@@ -219,12 +219,24 @@ TEST_F(FAgentPageTest, ATestSaysInOneSentenceWhatItFound)
 	Open(FAgentPages::GetConnectionsName());
 	Click(FindByTag("AddConnection"));
 	Enter("ConnectionUrl", Peer.GetUrl());
+	// The list takes over what comes while it is open.
+	Click(FindByTag("ConnectionModelList"));
+	EXPECT_TRUE(IsOnScreen("Asking the server"));
+	EXPECT_TRUE(WaitUntil([] { return IsOnScreen("huge"); }));
+	PressKey("Escape");
+	EXPECT_FALSE(IsOnScreen("huge"));
 	Click(FindByTag("TestConnection"));
 	EXPECT_TRUE(IsOnScreen("Asking the server"));
 	EXPECT_TRUE(WaitUntil([] { return IsOnScreen("tiny"); }));
 	Click(FindByTag("ConnectionModelList"));
 	EXPECT_TRUE(IsOnScreen("huge"));
 	Click(FindByText("huge"));
+	EXPECT_EQ(Utf8(FindByTag("ConnectionModel")->GetDisplayedText().ToString()), "huge");
+	// It begins at the name that the box has, also when that was typed.
+	Enter("ConnectionModel", "tiny");
+	Click(FindByTag("ConnectionModelList"));
+	PressKey("Down");
+	PressKey("Enter");
 	EXPECT_EQ(Utf8(FindByTag("ConnectionModel")->GetDisplayedText().ToString()), "huge");
 }
 
