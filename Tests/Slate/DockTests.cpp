@@ -371,10 +371,20 @@ TEST_F(FDockTest, ALowAreaScrollsUprightSoThatWhatFillsItKeepsARoom)
 	PumpSeconds(0.5);
 	EXPECT_TRUE(FindByTag("Head")->HasKeyboardFocus());
 	EXPECT_GE(GetRect(*FindByTag("Head")).Top, 32.0f);
-	// 3. What grows does so in view of who types into it, and keeps the keyboard.
-	App().SetKeyboardFocus(Box);
-	TypeText("x");
+	// 3. So it is when the area becomes low only then.
+	Resize(600, 400);
 	PumpSeconds(0.5);
+	Resize(600, 220);
+	PumpSeconds(0.5);
+	EXPECT_TRUE(FindByTag("Head")->HasKeyboardFocus());
+	EXPECT_GE(GetRect(*FindByTag("Head")).Top, 32.0f);
+	// 4. Keys bring back what they are for. What grows does so in view, and keeps the keyboard.
+	App().SetKeyboardFocus(Box);
+	PumpSeconds(0.5);
+	EXPECT_GT(GetRect(*Box).Bottom, 221.0f);
+	PressKey("Left");
+	PumpSeconds(0.5);
+	EXPECT_LE(GetRect(*Box).Bottom, 221.0f);
 	Foot = 120.0f;
 	PumpSeconds(0.5);
 	EXPECT_NEAR(GetHeight("Middle"), 96.0f, 1.0f);
