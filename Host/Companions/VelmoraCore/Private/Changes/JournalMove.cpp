@@ -1,5 +1,6 @@
 #include <cerrno>
 #include <chrono>
+#include <cstdio>
 #include <filesystem>
 #include <system_error>
 
@@ -9,8 +10,8 @@
 
 #include "Changes/ChangeJournal.h"
 #include "Host/HostFileNames.h"
+#include "Host/HostSystemErrors.h"
 #include "Host/StoreLocation.h"
-#include "Store/StoreFiles.h"
 
 namespace Velmora
 {
@@ -19,6 +20,13 @@ namespace Velmora
 		FOutcome Explain(const std::error_code& Error, const std::string& Path)
 		{
 			return Error ? FOutcome::FromSystem(Error.value(), Path) : FOutcome::Done();
+		}
+
+		/** A new name lasts only when its folder has been written. Some file systems cannot, and do it by themselves. */
+		void FlushNames(const std::string& Folder)
+		{
+			const FFileDescriptor Opened = FFileDescriptor::Open(Folder, O_RDONLY | O_DIRECTORY);
+			(void)(Opened.IsOpen() && Opened.Flush());
 		}
 
 		/** Makes the files and folders in it last, and the folder itself. */
@@ -33,7 +41,7 @@ namespace Velmora
 					return FOutcome::FromSystem(errno, It->path().native());
 				}
 			}
-			StoreFiles::FlushFolder(Folder);
+			FlushNames(Folder);
 			return Explain(Error, Folder);
 		}
 
@@ -93,14 +101,17 @@ namespace Velmora
 				Brought = MakePrivateFolder(HostFileNameFromBytes(To));
 				Brought = Brought ? CopyJournal(Path, Fresh) : Brought;
 				OurLock = TakeLock(Fresh + '/' + LockName);
-				Brought = Brought ? StoreFiles::Move(Fresh, Final) : Brought;
+				if (Brought && HostRetryInterrupted([&] { return rename(Fresh.c_str(), Final.c_str()); }) != 0)
+				{
+					Brought = FOutcome::FromSystem(errno, Fresh);
+				}
 				if (!Brought)
 				{
 					std::error_code Ignored;
 					std::filesystem::remove_all(Fresh, Ignored);
 					continue;
 				}
-				StoreFiles::FlushFolder(To);
+				FlushNames(To);
 			}
 			// 3. Only now. Cut off before, the next start finds it in both places, and goes on here.
 			RemoveJournal(Path);
