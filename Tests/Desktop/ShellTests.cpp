@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <cstdlib>
 #include <fstream>
 #include <set>
 
@@ -227,4 +228,21 @@ TEST(Shell, AFileBeyondTheUsersLimitFailsInWords)
 	EXPECT_TRUE(Contains(Run.Output, "the file would become too large")) << Run.Output;
 	EXPECT_EQ(ReadFile((Project.Folder / "large.txt").string()), Large);
 	EXPECT_TRUE(fs::exists(Project.Folder / "small.md")) << Run.Output;
+}
+
+TEST(Shell, StreamsThatAreMissingOrFull)
+{
+	const FRandomProject Project;
+	const auto RunInShell = [&Project](const std::string& Rest)
+	{
+		const std::string Line = "HOME='" + Project.Path("") + "' XDG_DATA_HOME='" + Project.Path("data") + "' timeout 60 '" +
+			VELMORA_PROGRAM + "' --headless --project '" + Project.Folder.string() + "' " + Rest;
+		return WEXITSTATUS(std::system(Line.c_str()));
+	};
+	EXPECT_EQ(RunInShell("<&- >&- 2>&-"), 0) << "there is nothing to answer";
+	EXPECT_EQ(RunInShell("--prompt 'create made.md with \"1\"' <&- >&- 2>&-"), 0);
+	EXPECT_EQ(ReadFile((Project.Folder / "made.md").string()), "1");
+	const std::string Told = Project.Path("told");
+	EXPECT_EQ(RunInShell("--prompt 'what is in this project?' >/dev/full 2>'" + Told + "'"), 1);
+	EXPECT_TRUE(Contains(ReadFile(Told), "velmora: Not all could be written to the standard output.")) << ReadFile(Told);
 }
