@@ -132,6 +132,8 @@ TEST_F(ModelTurn, APlanIsShownAndOpensSteps)
 			{ Call(0, "call00002", "update_plan",
 				R"({"approach":"By hand","steps":[{"text":"Look","status":"done"},{"text":"Write","status":"done"}]})") }),
 		Final("Done."),
+		WithCalls("", { Call(0, "call00003", "update_plan", R"({"steps":[{"text":"Wait","status":"running"}]})") }),
+		Final("Forgotten."),
 	}));
 	Use(Peer);
 	EXPECT_EQ(Ask("do it"), "Done.");
@@ -139,6 +141,9 @@ TEST_F(ModelTurn, APlanIsShownAndOpensSteps)
 	EXPECT_EQ(Utf8(Agent->GetCurrentPlan()).find("### Goal\ndo it\n### Approach\nBy hand\n### Steps\n1. "), 0u)
 		<< "a model that says no goal has the user's; of the approach stands what it said";
 	EXPECT_TRUE(EventsOf("start").empty()) << "the panel shows it, no row does";
+
+	EXPECT_EQ(Ask("and then?"), "Forgotten.");
+	EXPECT_TRUE(Holds(Utf8(Agent->GetCurrentPlan()), "Wait\n")) << "nothing runs when the turn is over: " << Utf8(Agent->GetCurrentPlan());
 }
 
 TEST_F(ModelTurn, CallsThatCannotBeDoneAreToldToTheModel)

@@ -317,12 +317,17 @@ namespace Velmora
 	{
 		DropTurn();
 		NoteTurnFailure(Report.Text);
+		const uint32 StartEpoch = Epoch;
 		if (Report.Kind == ETurnReportKind::Finished)
 		{
-			SetState(EConversationState::AwaitingInput, TEXT("The turn is complete."));
+			// A model may forget its plan; nothing runs any more.
+			StopPlan(EPlanStepStatus::Waiting, TEXT("The turn is complete."));
+			if (Epoch == StartEpoch)
+			{
+				SetState(EConversationState::AwaitingInput, TEXT("The turn is complete."));
+			}
 			return;
 		}
-		const uint32 StartEpoch = Epoch;
 		CloseOpenTools(Report.Text);
 		if (Epoch == StartEpoch)
 		{
