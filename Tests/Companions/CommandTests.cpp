@@ -5,6 +5,7 @@
 
 #include <chrono>
 #include <fcntl.h>
+#include <sstream>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
@@ -60,7 +61,10 @@ namespace
 			for (const auto& Entry : std::filesystem::directory_iterator("/proc"))
 			{
 				std::ifstream File(Entry.path() / "cmdline", std::ios::binary);
-				const std::string Line((std::istreambuf_iterator<char>(File)), {});
+				// A process that ends meanwhile fails the stream; an iterator would throw.
+				std::ostringstream Read;
+				Read << File.rdbuf();
+				const std::string Line = Read.str();
 				if (Line.find(Word) != std::string::npos)
 				{
 					return true;
