@@ -8,7 +8,6 @@
 #include "Model/ChatChunkReader.h"
 #include "Model/ChatRequestWriter.h"
 #include "Model/ContextSizes.h"
-#include "Model/ModelClient.h"
 #include "Model/ModelFaults.h"
 
 namespace Velmora

@@ -46,9 +46,6 @@ namespace Velmora
 		FHttpStream Stream;
 	};
 
-	/** The model of that name in a list, or null. Some servers list a name with the tag that it has when none is given. Pure. */
-	VELMORAWIRE_API const FModelInfo* FindModel(const std::vector<FModelInfo>& Models, std::string_view Name);
-
 	/** One or two sentences for people: what went wrong with that server and what to do about it. Pure. */
 	VELMORAWIRE_API std::string DescribeProblem(const FModelProblem& Problem, const FModelServer& Server, std::string_view Model);
 }

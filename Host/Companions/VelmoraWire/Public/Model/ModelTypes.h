@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "CoreMinimal.h"
@@ -171,4 +172,7 @@ namespace Velmora
 		/** How many tokens a conversation may have; 0 when the server does not say. */
 		int64_t ContextTokens = 0;
 	};
+
+	/** The model of that name in a list, or null. Some servers list a name with the tag that it has when none is given. Pure. */
+	VELMORAWIRE_API const FModelInfo* FindModel(const std::vector<FModelInfo>& Models, std::string_view Name);
 }
