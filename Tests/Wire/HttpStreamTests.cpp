@@ -51,6 +51,30 @@ namespace
 		return std::chrono::duration<double>(std::chrono::steady_clock::now() - Start).count();
 	}
 
+	/** A peer that reads a request and does this with the connection. */
+	FScriptedPeer::FScript Once(std::function<void(FPeerConnection&)> Serve)
+	{
+		return [Serve = std::move(Serve)](FPeerConnection& Connection)
+		{
+			FPeerConnection::FRequest Request;
+			Connection.ReadRequest(Request);
+			Serve(Connection);
+		};
+	}
+
+	/** A peer that sends this and then pieces until the other end has had enough. */
+	FScriptedPeer::FScript Flood(std::string Head, std::string Piece, int PauseMilliseconds = 0)
+	{
+		return Once(
+			[=](FPeerConnection& Connection)
+			{
+				for (bool bGoesOn = Connection.Send(Head); bGoesOn; bGoesOn = Connection.Send(Piece))
+				{
+					std::this_thread::sleep_for(std::chrono::milliseconds(PauseMilliseconds));
+				}
+			});
+	}
+
 	/** How an exchange with these limits ends when the peer does this. */
 	EHttpEnd EndWith(FScriptedPeer::FScript Script, const FHttpLimits& Limits = FHttpLimits())
 	{
@@ -80,12 +104,8 @@ extern "C" int getaddrinfo(const char* Name, const char* Service, const addrinfo
 
 TEST(WebAddress, AddressesAndWhatIsNone)
 {
-	struct FCase
-	{
-		const char* Text;
-		const char* Address; // With an asterisk for this machine; empty for what is none.
-	};
-	const FCase Cases[] = {
+	// The address has an asterisk for this machine, and is empty for what is none.
+	const std::pair<const char*, const char*> Cases[] = {
 		{ "http://127.0.0.1:8080/v1", "http://127.0.0.1:8080/v1*" },
 		{ "http://localhost:80/", "http://localhost*" },
 		{ "https://API.Example.org:443/v1/", "https://api.example.org/v1" },
@@ -106,13 +126,13 @@ TEST(WebAddress, AddressesAndWhatIsNone)
 		{ "http://", "" },
 		{ "", "" },
 	};
-	for (const FCase& Case : Cases)
+	for (const auto& [Text, Expected] : Cases)
 	{
 		FWebAddress Address;
 		std::string Problem;
-		const bool bIsAddress = FWebAddress::Parse(Case.Text, Address, Problem);
-		EXPECT_EQ(bIsAddress ? Address.ToString() + (Address.IsLoopback() ? "*" : "") : "", Case.Address) << Case.Text;
-		EXPECT_EQ(Problem.empty(), bIsAddress) << Case.Text;
+		const bool bIsAddress = FWebAddress::Parse(Text, Address, Problem);
+		EXPECT_EQ(bIsAddress ? Address.ToString() + (Address.IsLoopback() ? "*" : "") : "", Expected) << Text;
+		EXPECT_EQ(Problem.empty(), bIsAddress) << Text;
 		EXPECT_EQ(Problem.find("secret"), std::string::npos);
 	}
 }
@@ -159,32 +179,18 @@ TEST(HttpStream, ServersThatMisbehaveEndInOrder)
 	EXPECT_EQ(EndWith(Say(Head + "Content-Encoding: gzip\r\n\r\n\x1f\x8b")), EHttpEnd::Compressed);
 	EXPECT_EQ(EndWith(Say("SSH-2.0-OpenSSH\r\n")), EHttpEnd::Failed) << "another protocol";
 	EXPECT_EQ(EndWith(Say(Head + std::string(400000, 'h') + "\r\n\r\n")), EHttpEnd::Failed) << "a head without an end";
-	EXPECT_EQ(EndWith(
-				  [](FPeerConnection& Connection)
+	EXPECT_EQ(EndWith(Once(
+				  [&Head](FPeerConnection& Connection)
 				  {
-					  FPeerConnection::FRequest Request;
-					  Connection.ReadRequest(Request);
-					  Connection.Send("HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\nhalf");
+					  Connection.Send(Head + "Content-Length: 100\r\n\r\nhalf");
 					  Connection.Reset();
-				  }),
+				  })),
 		EHttpEnd::CutShort)
 		<< "reset in the middle";
 
 	FHttpLimits Small;
 	Small.MaxBodyBytes = 1000;
-	EXPECT_EQ(EndWith(
-				  [](FPeerConnection& Connection)
-				  {
-					  FPeerConnection::FRequest Request;
-					  Connection.ReadRequest(Request);
-					  Connection.Send("HTTP/1.1 200 OK\r\n\r\n");
-					  while (Connection.Send(std::string(10000, 'x')))
-					  {
-					  }
-				  },
-				  Small),
-		EHttpEnd::TooLarge)
-		<< "a body without an end";
+	EXPECT_EQ(EndWith(Flood(Head + "\r\n", std::string(10000, 'x')), Small), EHttpEnd::TooLarge) << "a body without an end";
 	Small.MaxHeaderBytes = 1000;
 	std::string Many;
 	for (int Line = 0; Line < 200; ++Line)
@@ -206,20 +212,7 @@ TEST(HttpStream, EachLimitOfTimeIsKept)
 	EXPECT_EQ(EndWith(HoldAfter("HTTP/1.1 200 OK\r\n"), Short), EHttpEnd::Silence) << "half a head";
 	Short = FHttpLimits();
 	Short.TotalSeconds = 0.1;
-	EXPECT_EQ(EndWith(
-				  [](FPeerConnection& Connection)
-				  {
-					  FPeerConnection::FRequest Request;
-					  Connection.ReadRequest(Request);
-					  Connection.Send("HTTP/1.1 200 OK\r\n\r\n");
-					  while (Connection.Send(": still here\n"))
-					  {
-						  std::this_thread::sleep_for(std::chrono::milliseconds(5));
-					  }
-				  },
-				  Short),
-		EHttpEnd::TotalTimeout)
-		<< "a drip without an end";
+	EXPECT_EQ(EndWith(Flood("HTTP/1.1 200 OK\r\n\r\n", ": still here\n", 5), Short), EHttpEnd::TotalTimeout) << "a drip without an end";
 }
 
 TEST(HttpStream, CancelClosesTheConnectionInEveryState)
@@ -360,15 +353,13 @@ TEST(HttpStream, WhatStandsBeforeTheServerIsNotTakenForIt)
 	// 1. "Early" answers are no byte of the model's, which has the whole time for its first one.
 	FHttpLimits Limits;
 	Limits.SilenceSeconds = 0.02;
-	EXPECT_EQ(EndWith(
-				  [](FPeerConnection& Connection)
-				  {
-					  FPeerConnection::FRequest Request;
-					  Connection.ReadRequest(Request);
-					  Connection.Send("HTTP/1.1 103 Early Hints\r\nLink: </x>\r\n\r\n");
-					  std::this_thread::sleep_for(std::chrono::milliseconds(200));
-					  Connection.Send("HTTP/1.1 200 OK\r\nContent-Length: 2\r\n\r\nok");
-				  },
+	EXPECT_EQ(EndWith(Once(
+						  [](FPeerConnection& Connection)
+						  {
+							  Connection.Send("HTTP/1.1 103 Early Hints\r\nLink: </x>\r\n\r\n");
+							  std::this_thread::sleep_for(std::chrono::milliseconds(200));
+							  Connection.Send("HTTP/1.1 200 OK\r\nContent-Length: 2\r\n\r\nok");
+						  }),
 				  Limits),
 		EHttpEnd::Complete);
 
