@@ -59,6 +59,13 @@ protected:
 		this->LetTimePass(3.0);
 	}
 
+	/** What has just been shown settles within a second, and then nothing moves. */
+	void ExpectRestSoon()
+	{
+		this->LetTimePass(1.0);
+		ExpectRest();
+	}
+
 	/** Seconds until the picture changes. */
 	double WaitForChange(double Seconds)
 	{
@@ -102,15 +109,13 @@ TEST_F(FSleepingChat, AMessageIsOnScreenSoonAndThenNothingMoves)
 {
 	Agent->FireMessage(TEXT("nobody touched anything"));
 	EXPECT_LE(WaitFor([]() { return IsPainted("nobody touched anything"); }, 5.0), SoonSeconds);
-	LetTimePass(1.0);
-	ExpectRest();
+	ExpectRestSoon();
 	// The next one after a while that is shorter than a batch.
 	Agent->FireMessage(TEXT("second"));
 	LetTimePass(0.05);
 	Agent->FireMessage(TEXT("third"));
 	EXPECT_LE(WaitFor([]() { return IsPainted("third"); }, 5.0), SoonSeconds);
-	LetTimePass(1.0);
-	ExpectRest();
+	ExpectRestSoon();
 }
 
 TEST_F(FSleepingChat, TheListFollowsItsEnd)
@@ -137,34 +142,29 @@ TEST_F(FSleepingChat, ABusyAgentIsWatched)
 	Agent->FireMessage(TEXT("in between"));
 	EXPECT_LE(WaitFor([]() { return IsPainted("in between"); }, 5.0), SoonSeconds);
 	Agent->FireState(EState::Ready);
-	LetTimePass(1.0);
-	ExpectRest();
+	ExpectRestSoon();
 }
 
 TEST_F(FSleepingChat, ToolRunsAreShownAsTheyGo)
 {
 	Agent->FireToolStarted(TEXT("1"), TEXT("read_file"), TEXT("{\"path\":\"Source/One.cpp\"}"));
 	EXPECT_LE(WaitForChange(5.0), SoonSeconds);
-	LetTimePass(1.0);
-	ExpectRest();
+	ExpectRestSoon();
 	Agent->FireToolStarted(TEXT("2"), TEXT("read_file"), TEXT("{\"path\":\"Source/Two.cpp\"}"));
 	EXPECT_LE(WaitForChange(5.0), SoonSeconds);
 	Agent->FireToolCompleted(TEXT("2"), TEXT("read_file"));
 	Agent->FireToolCompleted(TEXT("1"), TEXT("read_file"));
-	LetTimePass(1.0);
-	ExpectRest();
+	ExpectRestSoon();
 }
 
 TEST_F(FSleepingChat, ChangedFilesAreListedWhenTheirToolEnds)
 {
 	Agent->FireToolStarted(TEXT("1"), TEXT("write_file"), TEXT("{\"path\":\"Source/One.cpp\"}"));
-	LetTimePass(1.0);
-	ExpectRest();
+	ExpectRestSoon();
 	FFileHistoryTracker::Get().AddOperation(TEXT("c1"), TEXT("g"), { TEXT("Source/One.cpp"), 1, FDateTime::Now() });
 	Agent->FireToolCompleted(TEXT("1"), TEXT("write_file"));
 	EXPECT_LE(WaitFor([]() { return IsPainted("Changed Files (1)"); }, 5.0), SoonSeconds);
-	LetTimePass(1.0);
-	ExpectRest();
+	ExpectRestSoon();
 	FFileHistoryTracker::Get().RemoveGroup(TEXT("c1"), TEXT("g"));
 }
 
@@ -182,13 +182,11 @@ TEST_F(FSleepingChat, TheGateIsFollowed)
 	SetGate(EGate::Ready);
 	EXPECT_LE(WaitForChange(5.0), SoonSeconds);
 	EXPECT_TRUE(IsPromptShown());
-	LetTimePass(1.0);
-	ExpectRest();
+	ExpectRestSoon();
 
 	SetGate(EGate::UpdateAvailable);
 	EXPECT_LE(WaitForChange(5.0), SoonSeconds);
-	LetTimePass(1.0);
-	ExpectRest();
+	ExpectRestSoon();
 	SetGate(EGate::Downloading, TEXT("Downloading 10%"));
 	EXPECT_LE(WaitForChange(5.0), SoonSeconds);
 	SetGate(EGate::Downloading, TEXT("Downloading 60%"));
@@ -200,16 +198,14 @@ TEST_F(FSleepingChat, WhatARefreshOfTheHistoryFindsComesWithAFrame)
 	Window->RequestConversationHistoryRefreshForTests();
 	ASSERT_TRUE(FHostTasks::WaitForBackground(20.0));
 	EXPECT_GE(CountFrames(0.1), 1);
-	LetTimePass(1.0);
-	ExpectRest();
+	ExpectRestSoon();
 }
 
 TEST_F(FSleepingChat, AttachedFilesAreShown)
 {
 	ViewModel->AddContextFile(TEXT("Source/Attached.cpp"));
 	EXPECT_LE(WaitFor([]() { return IsPainted("Attached.cpp"); }, 5.0), SoonSeconds);
-	LetTimePass(1.0);
-	ExpectRest();
+	ExpectRestSoon();
 }
 
 TEST_F(FSleepingChat, AWindowOutOfSightLetsSlateSleep)
@@ -226,8 +222,7 @@ TEST_F(FSleepingChat, AWindowOutOfSightLetsSlateSleep)
 	App().RequestFrame();
 	EXPECT_LE(WaitFor([]() { return IsPainted("while hidden"); }, 5.0), SoonSeconds);
 	Agent->FireState(EState::Ready);
-	LetTimePass(1.0);
-	ExpectRest();
+	ExpectRestSoon();
 }
 
 TEST_F(FSleepingChat, AnOpenFileListIsWatchedUntilTheFilesAreListed)
@@ -280,8 +275,7 @@ TEST_F(FSleepingWidgets, AListGoesToItsEndByItself)
 	List->ScrollToBottom();
 	EXPECT_LE(WaitFor([&Box]() { return Box.GetScrollOffset() > 0.0f && Box.GetScrollOffset() == Box.GetScrollOffsetOfEnd(); }, 5.0),
 		SoonSeconds);
-	LetTimePass(1.0);
-	ExpectRest();
+	ExpectRestSoon();
 }
 
 TEST_F(FSleepingWidgets, DotsThrobWhileTheyAreInView)
