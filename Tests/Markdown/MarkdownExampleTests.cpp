@@ -16,8 +16,7 @@ namespace
 		const char* Tokens;
 	};
 
-	template <size_t Count>
-	void CheckCases(const FMarkdownCase (&Cases)[Count])
+	void CheckCases(std::initializer_list<FMarkdownCase> Cases)
 	{
 		for (const FMarkdownCase& Case : Cases)
 		{
@@ -32,7 +31,7 @@ namespace
 
 TEST(MarkdownExamples, WholeTexts)
 {
-	const FMarkdownCase Cases[] = {
+	CheckCases({
 		{ "an empty text has no tokens", TEXT(""), "" },
 		{ "nor has one of whitespace", TEXT("   \n  "), "" },
 		{ "the text is not trimmed for parsing", TEXT("  x"), "Text '  x'\n" },
@@ -42,13 +41,12 @@ TEST(MarkdownExamples, WholeTexts)
 		{ "control characters stay in the text", TEXT("a\x01z"), "Text 'a\x01z'\n" },
 		{ "a control character indents like a blank", TEXT("\x01\x02- a"), "ListItem 'a' level 1\n" },
 		{ "no setext headers", TEXT("Title\n==="), "Text 'Title'\nNewline\nText '==='\n" },
-	};
-	CheckCases(Cases);
+	});
 }
 
 TEST(MarkdownExamples, CodeBlocks)
 {
-	const FMarkdownCase Cases[] = {
+	CheckCases({
 		{ "the last line feed of the body stays", TEXT("```cpp\nint a;\n```\nafter"), "CodeBlock 'int a;\\n' (cpp)\nText 'after'\n" },
 		{ "an unclosed block takes the rest", TEXT("```\nunclosed"), "CodeBlock 'unclosed'\n" },
 		{ "a closer ends its line", TEXT("``` \nx``` tail\nnext"), "CodeBlock 'x'\nText 'next'\n" },
@@ -59,13 +57,12 @@ TEST(MarkdownExamples, CodeBlocks)
 		{ "tildes are no fence", TEXT("~~~\nx\n~~~"), "Newline\nText 'x'\nNewline\n" },
 		{ "a closer may follow text", TEXT("```\nlet x = ```\ny"), "CodeBlock 'let x = '\nText 'y'\n" },
 		{ "a lone fence", TEXT("```"), "CodeBlock ''\n" },
-	};
-	CheckCases(Cases);
+	});
 }
 
 TEST(MarkdownExamples, Headers)
 {
-	const FMarkdownCase Cases[] = {
+	CheckCases({
 		{ "one to six marks", TEXT("# a\n###### b"), "Header 'a' level 1\nHeader 'b' level 6\n" },
 		{ "seven are too many", TEXT("####### x"), "Text '###### x'\n" },
 		{ "a tag is no header", TEXT("#tag"), "Text 'tag'\n" },
@@ -77,13 +74,12 @@ TEST(MarkdownExamples, Headers)
 		{ "inner markers stay raw", TEXT("# **a** `b`\t"), "Header '**a** `b`' level 1\n" },
 		{ "a control character separates like a blank", TEXT("#\x02x"), "Header 'x' level 1\n" },
 		{ "a carriage return does not", TEXT("#\rx"), "Text '\\rx'\n" },
-	};
-	CheckCases(Cases);
+	});
 }
 
 TEST(MarkdownExamples, HorizontalRules)
 {
-	const FMarkdownCase Cases[] = {
+	CheckCases({
 		{ "three", TEXT("---"), "HorizontalRule\n" },
 		{ "more, of each kind", TEXT("****\n___ \t\nx"), "HorizontalRule\nHorizontalRule\nText 'x'\n" },
 		{ "two are too few", TEXT("--"), "Text '-'\n" },
@@ -91,13 +87,12 @@ TEST(MarkdownExamples, HorizontalRules)
 		{ "not with a text after", TEXT("---x"), "Text '--x'\n" },
 		{ "not when they open emphasis", TEXT("***a***"), "BoldItalic 'a'\n" },
 		{ "a rule under a text is a rule", TEXT("a\n---\n"), "Text 'a'\nNewline\nHorizontalRule\n" },
-	};
-	CheckCases(Cases);
+	});
 }
 
 TEST(MarkdownExamples, Lists)
 {
-	const FMarkdownCase Cases[] = {
+	CheckCases({
 		{ "three bullets", TEXT("- a\n* b\n+ c"), "ListItem 'a'\nListItem 'b'\nListItem 'c'\n" },
 		{ "numbers are not kept", TEXT("7. x\n12.\ty"), "ListItem 'x'\nListItem 'y'\n" },
 		{ "two blanks are a level", TEXT("  - a"), "ListItem 'a' level 1\n" },
@@ -118,26 +113,24 @@ TEST(MarkdownExamples, Lists)
 		{ "a bullet before a line feed is none", TEXT("-\nfoo"), "Newline\nText 'foo'\n" },
 		{ "no continuation lines", TEXT("- a\n  b"), "ListItem 'a'\nText '  b'\n" },
 		{ "a plus that adds", TEXT("+1"), "Text '1'\n" },
-	};
-	CheckCases(Cases);
+	});
 }
 
 TEST(MarkdownExamples, Blockquotes)
 {
-	const FMarkdownCase Cases[] = {
+	CheckCases({
 		{ "one token per line", TEXT("> a\n> b"), "Blockquote 'a'\nBlockquote 'b'\n" },
 		{ "the blank may be missing", TEXT(">a"), "Blockquote 'a'\n" },
 		{ "only one blank goes", TEXT(">  a "), "Blockquote ' a '\n" },
 		{ "inner markers stay raw", TEXT(">> x"), "Blockquote '> x'\n" },
 		{ "an empty quote is a quote", TEXT(">"), "Blockquote ''\n" },
 		{ "not indented", TEXT(" > a"), "Text ' > a'\n" },
-	};
-	CheckCases(Cases);
+	});
 }
 
 TEST(MarkdownExamples, Sections)
 {
-	const FMarkdownCase Cases[] = {
+	CheckCases({
 		{ "what follows on the closer's line goes", TEXT("<details><summary>S</summary>B</details> tail\nnext"),
 			"CollapsibleSection 'B' (S)\nText 'next'\n" },
 		{ "over several lines, trimmed", TEXT(" <details>\n<summary> S\n</summary>\n\nB\nC\n</details>\n"),
@@ -150,13 +143,12 @@ TEST(MarkdownExamples, Sections)
 		{ "sections do not nest", TEXT("<details><summary>S</summary>a<details><summary>T</summary>b</details>\n</details>"),
 			"CollapsibleSection 'a<details><summary>T</summary>b' (S)\nText '</details>'\n" },
 		{ "no attributes", TEXT("<details open>\n"), "Text '<details open>'\nNewline\n" },
-	};
-	CheckCases(Cases);
+	});
 }
 
 TEST(MarkdownExamples, Footnotes)
 {
-	const FMarkdownCase Cases[] = {
+	CheckCases({
 		{ "a definition", TEXT("[^1]: note"), "FootnoteDefinition 'note' (1)\n" },
 		{ "without a name it is none", TEXT("[^]: x"), "Text '^]: x'\n" },
 		{ "the text may be empty", TEXT("[^a]:"), "FootnoteDefinition '' (a)\n" },
@@ -166,13 +158,12 @@ TEST(MarkdownExamples, Footnotes)
 		{ "a name is trimmed", TEXT("a[^ b ]"), "Text 'a'\nFootnoteReference '[b]' (b)\n" },
 		{ "a link comes first", TEXT("[^1](x)"), "Link '^1' (x)\n" },
 		{ "not across lines", TEXT("a[^1\n]"), "Text 'a'\nText '^1'\nNewline\nText ']'\n" },
-	};
-	CheckCases(Cases);
+	});
 }
 
 TEST(MarkdownExamples, Emphasis)
 {
-	const FMarkdownCase Cases[] = {
+	CheckCases({
 		{ "italic", TEXT("a *b* c"), "Text 'a '\nItalic 'b'\nText ' c'\n" },
 		{ "not inside of a word", TEXT("a*b*c"), "Text 'a*b*c'\n" },
 		{ "nor here", TEXT("snake_case_word"), "Text 'snake_case_word'\n" },
@@ -198,26 +189,24 @@ TEST(MarkdownExamples, Emphasis)
 		{ "not across lines", TEXT("x *a\nb*"), "Text 'x '\nText 'a'\nNewline\nText 'b*'\n" },
 		{ "no escapes", TEXT("\\*a*"), "Text '\\'\nItalic 'a'\n" },
 		{ "a letter of any script is a letter", TEXT("\u00e9*a*"), "Text '\xc3\xa9*a*'\n" },
-	};
-	CheckCases(Cases);
+	});
 }
 
 TEST(MarkdownExamples, InlineCode)
 {
-	const FMarkdownCase Cases[] = {
+	CheckCases({
 		{ "plain", TEXT("`a`"), "Code 'a'\n" },
 		{ "three in the middle of a line", TEXT("x ``` y"), "Text 'x '\nCode ''\nText ' y'\n" },
 		{ "three open none, the two behind them one", TEXT("x ```a` b"), "Text 'x '\nCode '`a'\nText ' b'\n" },
 		{ "two open one", TEXT("``a``"), "Code '`a'\n" },
 		{ "a backtick after a blank does not close", TEXT("`a `b`"), "Code 'a `b'\n" },
 		{ "markers inside stay raw", TEXT("`**a**`"), "Code '**a**'\n" },
-	};
-	CheckCases(Cases);
+	});
 }
 
 TEST(MarkdownExamples, Links)
 {
-	const FMarkdownCase Cases[] = {
+	CheckCases({
 		{ "plain", TEXT("[a](b)c"), "Link 'a' (b)\nText 'c'\n" },
 		{ "unclosed", TEXT("[a](b"), "Text 'a](b'\n" },
 		{ "both parts may be empty", TEXT("[]()"), "Link ''\n" },
@@ -231,13 +220,12 @@ TEST(MarkdownExamples, Links)
 		{ "not across lines", TEXT("[a](\nb)"), "Text 'a]('\nNewline\nText 'b)'\n" },
 		{ "a word before it", TEXT("see[a](b)"), "Text 'see'\nLink 'a' (b)\n" },
 		{ "nothing is trimmed", TEXT("[ a ]( b )"), "Link ' a ' ( b )\n" },
-	};
-	CheckCases(Cases);
+	});
 }
 
 TEST(MarkdownExamples, Tables)
 {
-	const FMarkdownCase Cases[] = {
+	CheckCases({
 		{ "header, separator, row", TEXT("| a | b |\n|---|:-:|\n| 1 | 2 |\n"),
 			"Table '| a | b |\\n|---|:-:|\\n| 1 | 2 |' (left,center)\n" },
 		{ "no hyphen, no table", TEXT("|a|\n|b|\n"), "Text '|a|'\nNewline\nText '|b|'\nNewline\n" },
@@ -250,6 +238,5 @@ TEST(MarkdownExamples, Tables)
 		{ "one hyphen anywhere will do", TEXT("|x|\n| a-b |:-x:|-:|:-|"), "Table '|x|\\n| a-b |:-x:|-:|:-|' (left,center,right,left)\n" },
 		{ "empty cells do not count", TEXT("|x|\n||  |-|"), "Table '|x|\\n||  |-|' (left)\n" },
 		{ "pipes alone are no separator", TEXT("|x|\n||"), "Text '|x|'\nNewline\nText '||'\n" },
-	};
-	CheckCases(Cases);
+	});
 }
