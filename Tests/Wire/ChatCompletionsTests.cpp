@@ -237,13 +237,7 @@ TEST(ModelClient, AServerMayDoAnything)
 	const std::string Events1 = Events({ Say("Half") });
 	const std::string Filler(992, 'x'); // Eight bytes of a key would be left.
 	const std::string LongReply = "Missing '' !Refused '" + Filler + "[key]'";
-	struct FCase
-	{
-		const char* Why;
-		std::string Text;
-		const char* Reply;
-	};
-	const FCase Cases[] = {
+	const std::tuple<const char*, std::string, const char*> Cases[] = {
 		{ "in order", Good, "Stop 'Hello'" },
 		{ "the end of the connection is the end", StreamHead() + Events({ Say("Hello"), Chunk("{}", "stop") }), "Stop 'Hello'" },
 		{ "the mark without a reason", StreamHead() + Events({ Say("Hello"), "[DONE]" }), "Stop 'Hello'" },
@@ -348,16 +342,16 @@ TEST(ModelClient, AServerMayDoAnything)
 			"Missing '' !Overloaded 'Overloaded'" },
 		{ "a refusal without an end", "HTTP/1.1 400 Bad\r\n\r\n" + std::string(200000, 'x'), nullptr },
 	};
-	for (const FCase& Case : Cases)
+	for (const auto& [Why, Text, Expected] : Cases)
 	{
-		const std::string Reply = Ask(FScriptedPeer::SendOnce(Case.Text));
-		if (Case.Reply)
+		const std::string Reply = Ask(FScriptedPeer::SendOnce(Text));
+		if (Expected)
 		{
-			EXPECT_EQ(Reply, Case.Reply) << Case.Why;
+			EXPECT_EQ(Reply, Expected) << Why;
 			continue;
 		}
-		EXPECT_EQ(Reply.substr(0, 28), "Missing '' !BadRequest 'xxxx") << Case.Why;
-		EXPECT_LT(Reply.size(), 1100u) << Case.Why;
+		EXPECT_EQ(Reply.substr(0, 28), "Missing '' !BadRequest 'xxxx") << Why;
+		EXPECT_LT(Reply.size(), 1100u) << Why;
 	}
 	FModelReply Reply;
 	Ask(FScriptedPeer::SendOnce(Json("429 Too Many Requests", R"({"error":"slow down"})", "Retry-After: 7\r\n")), FHttpLimits(), &Reply);
@@ -469,13 +463,7 @@ TEST(ModelClient, TheKeyIsToldInNoPiece)
 
 TEST(ModelClient, WhatAModelHasSaidIsNoReasonToRefuseTheNextRequest)
 {
-	struct FCase
-	{
-		const char* Why;
-		FModelCall Call;
-		const char* Written;
-	};
-	const FCase Cases[] = {
+	const std::tuple<const char*, FModelCall, const char*> Cases[] = {
 		{ "in order", { "c", "a_b-C9", R"({ "x": 1 })" }, R"(a_b-C9 { "x": 1 })" },
 		{ "a name that is none", { "c", "functions.read file", "{}" }, "functions_read_file {}" },
 		{ "no name", { "c", "", "{}" }, "unknown {}" },
@@ -485,29 +473,24 @@ TEST(ModelClient, WhatAModelHasSaidIsNoReasonToRefuseTheNextRequest)
 		{ "the text of an object", { "c", "a", R"("{\"x\":1}")" }, R"(a {"x":1})" },
 		{ "a text", { "c", "a", R"("x")" }, R"(a {"unreadable":"\"x\""})" },
 	};
-	for (const FCase& Case : Cases)
+	for (const auto& [Why, Call, Written] : Cases)
 	{
-		SCOPED_TRACE(Case.Why);
+		SCOPED_TRACE(Why);
 		FModelRequest Request;
-		Request.Messages = { { EModelRole::Assistant, "", { Case.Call }, "" }, { EModelRole::Tool, "done", {}, Case.Call.Id } };
+		Request.Messages = { { EModelRole::Assistant, "", { Call }, "" }, { EModelRole::Tool, "done", {}, Call.Id } };
 		FModelServer Server;
 		Server.BaseUrl = "http://127.0.0.1";
 		rapidjson::Document Body;
 		Body.Parse(Dialect.MakeRequest(Server, Request).Body.c_str());
 		ASSERT_FALSE(Body.HasParseError());
 		const auto& Function = Body["messages"][0]["tool_calls"][0]["function"];
-		EXPECT_EQ(std::string(Function["name"].GetString()) + ' ' + Function["arguments"].GetString(), Case.Written);
+		EXPECT_EQ(std::string(Function["name"].GetString()) + ' ' + Function["arguments"].GetString(), Written);
 	}
 }
 
 TEST(ModelClient, ListsOfModels)
 {
-	struct FCase
-	{
-		const char* Body;
-		const char* Models;
-	};
-	const FCase Cases[] = {
+	const std::pair<const char*, const char*> Cases[] = {
 		{ R"({"object":"list","data":[{"id":"tiny","meta":{"n_ctx":8192,"n_ctx_train":32768}},{"id":"b"}]})", "tiny 8192; b 0; " },
 		{ R"({"models":[{"name":"x"}],"data":[{"id":"a","max_model_len":4096}]})", "a 4096; " },
 		{ R"({"models":[{"name":"x"}]})", "x 0; " },
@@ -519,15 +502,15 @@ TEST(ModelClient, ListsOfModels)
 		{ "<html>", "!" },
 		{ "", "!" },
 	};
-	for (const FCase& Case : Cases)
+	for (const auto& [Body, Expected] : Cases)
 	{
 		std::vector<FModelInfo> Models;
-		std::string Text = Dialect.ReadList(Case.Body, Models) ? "" : "!";
+		std::string Text = Dialect.ReadList(Body, Models) ? "" : "!";
 		for (const FModelInfo& Model : Models)
 		{
 			Text += Model.Id + ' ' + std::to_string(Model.ContextTokens) + "; ";
 		}
-		EXPECT_EQ(Text, Case.Models) << Case.Body;
+		EXPECT_EQ(Text, Expected) << Body;
 	}
 	FScriptedPeer Peer(FScriptedPeer::AnswerEach(
 		[](const FPeerConnection::FRequest& Request, int Number)

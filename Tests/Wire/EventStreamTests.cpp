@@ -33,13 +33,7 @@ namespace
 
 TEST(EventStream, EventsAreReadWhereverTheyAreCut)
 {
-	struct FCase
-	{
-		const char* Why;
-		std::string Input;
-		const char* Events;
-	};
-	const FCase Cases[] = {
+	const std::tuple<const char*, std::string, const char*> Cases[] = {
 		{ "line feeds", "data: a\n\ndata: b\n\n", "[a][b]" },
 		{ "carriage returns", "data: a\r\rdata: b\r\r", "[a][b]" },
 		{ "both", "data: a\r\n\r\ndata: b\r\n\r\n", "[a][b]" },
@@ -64,12 +58,12 @@ TEST(EventStream, EventsAreReadWhereverTheyAreCut)
 			"\0"
 			"b]" },
 	};
-	for (const FCase& Case : Cases)
+	for (const auto& [Why, Input, Expected] : Cases)
 	{
-		const std::string Events = std::string(Case.Why) == "zero bytes are bytes" ? std::string("[a\0b]", 5) : Case.Events;
-		for (size_t Split = 0; Split <= Case.Input.size(); ++Split)
+		const std::string Events = std::string(Why) == "zero bytes are bytes" ? std::string("[a\0b]", 5) : Expected;
+		for (size_t Split = 0; Split <= Input.size(); ++Split)
 		{
-			EXPECT_EQ(ReadAll(Case.Input, Split), Events) << Case.Why << ", cut at " << Split;
+			EXPECT_EQ(ReadAll(Input, Split), Events) << Why << ", cut at " << Split;
 		}
 	}
 }

@@ -75,15 +75,9 @@ namespace
 
 TEST(ModelSizes, EachServerTellsThemInItsOwnPlace)
 {
-	struct FCase
-	{
-		const char* Why;
-		FAnswers Answers;
-		int64_t Size;
-	};
 	const std::string Show = R"({"license":"x","model_info":{"clip.context_length":77,"general.architecture":"llama",)"
 							 R"("llama.context_length":131072,"llama.rope.original_context_length":9}})";
-	const FCase Cases[] = {
+	const std::tuple<const char*, FAnswers, int64_t> Cases[] = {
 		{ "llama.cpp", { { "/props", Json(R"({"default_generation_settings":{"n_ctx":8192,"params":{}},"total_slots":1})") } }, 8192 },
 		{ "Ollama: what the model could take", { { "/api/ps", Json(R"({"models":[]})") }, { "/api/show", Json(Show) } }, 131072 },
 		{ "Ollama: what it is to be loaded with",
@@ -114,10 +108,10 @@ TEST(ModelSizes, EachServerTellsThemInItsOwnPlace)
 				{ "/api/show", Json(Show) } },
 			131072 },
 	};
-	for (const FCase& Case : Cases)
+	for (const auto& [Why, Answers, Size] : Cases)
 	{
-		FSizePeer Peer(Case.Answers);
-		EXPECT_EQ(Peer.AskForSize("m"), Case.Size) << Case.Why;
+		FSizePeer Peer(Answers);
+		EXPECT_EQ(Peer.AskForSize("m"), Size) << Why;
 	}
 	FSizePeer Nothing({});
 	EXPECT_EQ(Nothing.AskForSize("a \"b\""), 0);

@@ -69,13 +69,7 @@ TEST(OddServers, AreUnderstoodOrNamed)
 	const std::string Call1 = R"({"tool_calls":[{"index":1,"id":"c1","function":{"name":"b","arguments":"{}"}}]})";
 	const std::string One = R"({"message":{"content":"one"},"finish_reason":"stop"})";
 	const std::string Two = R"({"message":{"content":"two"},"finish_reason":"stop"})";
-	struct FCase
-	{
-		const char* Why;
-		std::string Bytes;
-		const char* Reply;
-	};
-	const FCase Cases[] = {
+	const std::tuple<const char*, std::string, const char*> Cases[] = {
 		{ "heads that announce the real one", Early + Chunked(Good), "Stop 'Hello'" },
 		{ "trailers with headers of their own",
 			Chunked(Good, "Content-Encoding: gzip\r\nLocation: http://x/\r\nX-Error: " + std::string(1000, 'x') + "\r\n"), "Stop 'Hello'" },
@@ -143,16 +137,16 @@ TEST(OddServers, AreUnderstoodOrNamed)
 		{ "nothing where the choices are",
 			StreamHead() + Events({ R"({"choices":{"delta":{"content":"x"}}})", R"({"choices":[null,7,[]]})" }), "Missing '' !CutShort" },
 	};
-	for (const FCase& Case : Cases)
+	for (const auto& [Why, Bytes, Expected] : Cases)
 	{
-		const std::string Reply = Ask(Case.Bytes);
-		if (Case.Reply)
+		const std::string Reply = Ask(Bytes);
+		if (Expected)
 		{
-			EXPECT_EQ(Reply, Case.Reply) << Case.Why;
+			EXPECT_EQ(Reply, Expected) << Why;
 			continue;
 		}
-		EXPECT_NE(Reply.find(" !"), std::string::npos) << Case.Why << ": " << Reply;
-		EXPECT_EQ(Reply.find("Hello"), std::string::npos) << Case.Why << ": " << Reply;
+		EXPECT_NE(Reply.find(" !"), std::string::npos) << Why << ": " << Reply;
+		EXPECT_EQ(Reply.find("Hello"), std::string::npos) << Why << ": " << Reply;
 	}
 }
 
