@@ -128,14 +128,7 @@ TEST(AtToken, ACursorOutsideTheTextIsClamped)
 
 TEST(AtToken, ReplacementByRange)
 {
-	struct FCase
-	{
-		int32 Start;
-		int32 End;
-		const char* Text;
-		int32 Cursor;
-	};
-	const FCase Cases[] = {
+	const std::tuple<int32, int32, const char*, int32> Cases[] = {
 		{ 1, 3, "aXYde", 3 },
 		{ 0, 0, "XYabcde", 2 },
 		{ 5, 5, "abcdeXY", 7 },
@@ -147,14 +140,14 @@ TEST(AtToken, ReplacementByRange)
 		{ 2, -1, "abcde", 2 },
 		{ -7, -1, "abcde", 0 },
 	};
-	for (const FCase& Case : Cases)
+	for (const auto& [Start, End, ExpectedText, ExpectedCursor] : Cases)
 	{
-		SCOPED_TRACE(testing::Message() << Case.Start << " to " << Case.End);
+		SCOPED_TRACE(testing::Message() << Start << " to " << End);
 		FString Text = TEXT("abcde");
 		int32 Cursor = -5;
-		ApplyAtTokenReplacement(Text, Case.Start, Case.End, TEXT("XY"), Text, Cursor);
-		EXPECT_EQ(Utf8(Text), Case.Text);
-		EXPECT_EQ(Cursor, Case.Cursor);
+		ApplyAtTokenReplacement(Text, Start, End, TEXT("XY"), Text, Cursor);
+		EXPECT_EQ(Utf8(Text), ExpectedText);
+		EXPECT_EQ(Cursor, ExpectedCursor);
 	}
 }
 

@@ -16,13 +16,7 @@ namespace
 
 TEST(FuzzyScore, ByTable)
 {
-	struct FCase
-	{
-		const char* Path;
-		const char* Query;
-		int32 Score;
-	};
-	const FCase Cases[] = {
+	const std::tuple<const char*, const char*, int32> Cases[] = {
 		{ "Source/Game/Player.cpp", "play", 200 },
 		{ "Source/Game/Player.cpp", "PLAY", 200 },
 		{ "Source/Game/Player.cpp", "ayer", 175 },
@@ -55,9 +49,9 @@ TEST(FuzzyScore, ByTable)
 		  "elvin",
 			"kel", 200 },
 	};
-	for (const FCase& Case : Cases)
+	for (const auto& [Path, Query, Expected] : Cases)
 	{
-		EXPECT_EQ(Score(Case.Path, Case.Query), Case.Score) << '"' << Case.Path << "\" for \"" << Case.Query << '"';
+		EXPECT_EQ(Score(Path, Query), Expected) << '"' << Path << "\" for \"" << Query << '"';
 	}
 }
 

@@ -55,12 +55,7 @@ namespace
 
 TEST(JsonText, LayoutOfArrays)
 {
-	struct FCase
-	{
-		const TCHAR* Text;
-		const char* Pretty;
-	};
-	const FCase Cases[] = {
+	const std::pair<const TCHAR*, const char*> Cases[] = {
 		{ TEXT("{}"), "{\r\n}" },
 		{ TEXT("[]"), "[]" },
 		{ TEXT("[true,null,0]"), "[ true, null, 0 ]" },
@@ -70,10 +65,10 @@ TEST(JsonText, LayoutOfArrays)
 		{ TEXT("{\"o\":{}}"), "{\r\n\t\"o\":\r\n\t{\r\n\t}\r\n}" },
 		{ TEXT("\"x\""), "\"x\"" },
 	};
-	for (const FCase& Case : Cases)
+	for (const auto& [Text, Expected] : Cases)
 	{
-		EXPECT_EQ(Pretty(Parse(Case.Text)), Case.Pretty) << Utf8(Case.Text);
-		EXPECT_EQ(Condensed(Parse(Case.Text)), Utf8(Case.Text));
+		EXPECT_EQ(Pretty(Parse(Text)), Expected) << Utf8(Text);
+		EXPECT_EQ(Condensed(Parse(Text)), Utf8(Text));
 	}
 }
 

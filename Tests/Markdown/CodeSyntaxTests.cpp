@@ -45,12 +45,7 @@ namespace
 
 TEST(CodeSyntax, SplitsByLanguage)
 {
-	const struct
-	{
-		const char* Language;
-		const char* Code;
-		const char* Tokens;
-	} Cases[] = {
+	const std::tuple<const char*, const char*, const char*> Cases[] = {
 		{ "CPP", "FVector Pos;", "Type[FVector] Default[Pos] Operator[;]" },
 		{ "cpp", "Class foo(", "Keyword[Class] Function[foo] Operator[(]" },
 		{ "c++", "size_t UINT Fx uint32 int", "Type[size_t] Type[UINT] Default[Fx] Type[uint32] Keyword[int]" },
@@ -85,10 +80,10 @@ TEST(CodeSyntax, SplitsByLanguage)
 		{ "c", "int x;", "Default[int x;]" },
 		{ "", "int x;", "Default[int x;]" },
 	};
-	for (const auto& Case : Cases)
+	for (const auto& [Language, Input, Tokens] : Cases)
 	{
-		const FString Code(UTF8_TO_TCHAR(Case.Code));
-		EXPECT_EQ(Show(TokenizeCode(Code, FString(Case.Language)), Code.Len()), Case.Tokens) << Case.Language << ": " << Case.Code;
+		const FString Code(UTF8_TO_TCHAR(Input));
+		EXPECT_EQ(Show(TokenizeCode(Code, FString(Language)), Code.Len()), Tokens) << Language << ": " << Input;
 	}
 }
 

@@ -40,12 +40,7 @@ TEST_F(FChatCommands, WithoutAnAgentNothingWorksAndNothingBreaks)
 
 TEST_F(FChatCommands, NewConversationEndsTheOldOneAndSaysItsMode)
 {
-	struct FCase
-	{
-		EConversationMode Mode;
-		const char* Shown;
-	};
-	const FCase Cases[] = {
+	const std::pair<EConversationMode, const char*> Cases[] = {
 		{ EConversationMode::Advisor, "System: Started new Advisor conversation\n" },
 		{ EConversationMode::Code, "System: Started new Code conversation\n" },
 		{ EConversationMode::Assets, "System: Started new Assets conversation\n" },
@@ -53,11 +48,11 @@ TEST_F(FChatCommands, NewConversationEndsTheOldOneAndSaysItsMode)
 		{ static_cast<EConversationMode>(9), "System: Started new  conversation\n" },
 	};
 	Connect();
-	for (const FCase& Case : Cases)
+	for (const auto& [Mode, Expected] : Cases)
 	{
 		Agent->Calls.clear();
-		EXPECT_TRUE(ViewModel->StartNewConversation(Case.Mode));
-		EXPECT_EQ(Shown(), Case.Shown);
+		EXPECT_TRUE(ViewModel->StartNewConversation(Mode));
+		EXPECT_EQ(Shown(), Expected);
 		ASSERT_EQ(Agent->Calls.size(), 2u);
 		EXPECT_EQ(Agent->Calls[0], "EndConversation");
 	}

@@ -72,23 +72,18 @@ namespace
 TEST_F(FConversationExportTest, EveryFormatIsAsSavedInUnitsOfSixteenBits)
 {
 	SayEverything();
-	const struct
-	{
-		EFormat Format;
-		const char* File;
-		FString Text;
-	} Cases[] = {
+	const std::tuple<EFormat, const char*, FString> Cases[] = {
 		{ EFormat::Markdown, "conversation.md", ViewModel->ExportToMarkdown() },
 		{ EFormat::PlainText, "conversation.txt", ViewModel->ExportToPlainText() },
 		{ EFormat::HTML, "conversation.html", ViewModel->ExportToHTML() },
 		{ EFormat::JSON, "conversation.json", ViewModel->ExportToJSON() },
 	};
-	for (const auto& Case : Cases)
+	for (const auto& [Format, File, Text] : Cases)
 	{
-		ExpectSavedText(std::string("ViewModels/Exports/") + Case.File, Utf8(Case.Text));
-		EXPECT_EQ(Export(Case.Format), ToUtf16(Case.Text)) << Case.File;
+		ExpectSavedText(std::string("ViewModels/Exports/") + File, Utf8(Text));
+		EXPECT_EQ(Export(Format), ToUtf16(Text)) << File;
 	}
-	EXPECT_EQ(Export(static_cast<EFormat>(9)), ToUtf16(Cases[0].Text));
+	EXPECT_EQ(Export(static_cast<EFormat>(9)), ToUtf16(ViewModel->ExportToMarkdown()));
 }
 
 TEST_F(FConversationExportTest, AsciiIsOneByteACharacter)

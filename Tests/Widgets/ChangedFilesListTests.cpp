@@ -100,13 +100,7 @@ TEST_F(FChangedFilesListTest, StartsClosedAndSaysWhenNothingWasChanged)
 
 TEST_F(FChangedFilesListTest, OneRowAPathWithWhatHappenedLast)
 {
-	struct FStep
-	{
-		const char* Why;
-		std::function<void()> Add;
-		FTextList Rows;
-	};
-	const FStep Steps[] = {
+	const std::tuple<const char*, std::function<void()>, FTextList> Steps[] = {
 		{ "newest first",
 			[this]()
 			{
@@ -135,10 +129,10 @@ TEST_F(FChangedFilesListTest, OneRowAPathWithWhatHappenedLast)
 		{ "of equal times the first stays", [this]() { AddFile(TEXT("z"), TEXT("C.h"), 1, 5); },
 			{ "Modified: /Game/X", "Deleted: a.H", "Deleted: C.h", "Created: b.h" } },
 	};
-	for (const FStep& Step : Steps)
+	for (const auto& [Why, Add, Rows] : Steps)
 	{
-		Step.Add();
-		EXPECT_EQ(DumpRows(), Step.Rows) << Step.Why;
+		Add();
+		EXPECT_EQ(DumpRows(), Rows) << Why;
 	}
 	EXPECT_EQ(Utf8(GetHeader().ToString()), "Changed Files (4)");
 }

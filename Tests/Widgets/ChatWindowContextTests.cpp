@@ -192,14 +192,9 @@ TEST_F(FChatWindowContextTest, AClickOpensWhatThePathNames)
 	{
 		Project.Write(File, "");
 	}
-	struct FCase
-	{
-		FString Path;
-		std::string Opened;
-	};
 	std::string Folder = Project.AtBytes("");
 	Folder.pop_back();
-	const FCase Cases[] = {
+	const std::pair<FString, std::string> Cases[] = {
 		{ TEXT("/Game/Maps/Start"), "asset /Game/Maps/Start.Start" },
 		{ TEXT("/Game/Maps/Missing"), "" },
 		{ TEXT("/Game/../../etc/passwd"), "" },
@@ -214,14 +209,14 @@ TEST_F(FChatWindowContextTest, AClickOpensWhatThePathNames)
 		{ TEXT(""), "" },
 	};
 	FindOne<SExpandableArea>("SExpandableArea")->SetExpanded(true);
-	for (const FCase& Case : Cases)
+	for (const auto& [Path, Expected] : Cases)
 	{
 		FHostEditor::ClearRecords();
 		FFileHistoryTracker::Get().RemoveGroup(TEXT("c1"), TEXT("g"));
-		FFileHistoryTracker::Get().AddOperation(TEXT("c1"), TEXT("g"), { Case.Path, 1, FDateTime::Now() });
+		FFileHistoryTracker::Get().AddOperation(TEXT("c1"), TEXT("g"), { Path, 1, FDateTime::Now() });
 		ViewModel->OnMessagesChanged().Broadcast();
 		PumpFrame();
-		Click(FindByToolTip("Created: " + Utf8(Case.Path)));
+		Click(FindByToolTip("Created: " + Utf8(Path)));
 		std::string Opened;
 		for (const FString& Asset : FHostEditor::GetOpenedAssets())
 		{
@@ -231,7 +226,7 @@ TEST_F(FChatWindowContextTest, AClickOpensWhatThePathNames)
 		{
 			Opened += "source " + Utf8(Source.Path);
 		}
-		EXPECT_EQ(Opened, Case.Opened) << Utf8(Case.Path);
+		EXPECT_EQ(Opened, Expected) << Utf8(Path);
 	}
 }
 

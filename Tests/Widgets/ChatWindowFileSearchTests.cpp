@@ -69,12 +69,7 @@ protected:
 
 TEST_F(FChatWindowFileSearchTest, ATokenOpensTheDropdownAndItsQueryFollowsTheKeys)
 {
-	struct FStep
-	{
-		const char* Keys;
-		const char* After;
-	};
-	const FStep Steps[] = {
+	const std::pair<const char*, const char*> Steps[] = {
 		{ "see ", "see ¦" },
 		{ "@", "see @¦ {:}" },
 		{ "wo", "see @wo¦ {wo: [wolf.h] wolf2.cpp wolf33.ini wolf4444.uasset}" },
@@ -92,9 +87,9 @@ TEST_F(FChatWindowFileSearchTest, ATokenOpensTheDropdownAndItsQueryFollowsTheKey
 		{ "CTRL+A!", "see @wolf@zeb x¦" },
 		{ "y@wolf", "y@wolf¦ {wolf: [wolf.h] wolf2.cpp wolf33.ini wolf4444.uasset}" },
 	};
-	for (const FStep& Step : Steps)
+	for (const auto& [Pressed, After] : Steps)
 	{
-		const std::string Keys = Step.Keys;
+		const std::string Keys = Pressed;
 		if (Keys.ends_with('!'))
 		{
 			PressKey(Keys.substr(0, Keys.size() - 1).c_str());
@@ -103,7 +98,7 @@ TEST_F(FChatWindowFileSearchTest, ATokenOpensTheDropdownAndItsQueryFollowsTheKey
 		{
 			TypeKeys(Keys);
 		}
-		EXPECT_EQ(Dump(), Step.After) << Keys;
+		EXPECT_EQ(Dump(), After) << Keys;
 	}
 }
 

@@ -131,13 +131,7 @@ TEST_F(FIndexProgressTest, AResetEndsWhateverFades)
 
 TEST_F(FIndexProgressTest, EstimatesTheTimeLeft)
 {
-	const struct
-	{
-		int32 Processed;
-		int32 Total;
-		double Elapsed;
-		const char* Text;
-	} Cases[] = {
+	const std::tuple<int32, int32, double, const char*> Cases[] = {
 		{ 0, 10, 5.0, "Calculating time remaining..." },
 		{ 5, 0, 5.0, "Calculating time remaining..." },
 		{ 5, 10, 0.99, "Calculating time remaining..." },
@@ -149,10 +143,9 @@ TEST_F(FIndexProgressTest, EstimatesTheTimeLeft)
 		{ 10, 20, 150.5, "Estimated: 2m 31s remaining" },
 		{ 10, 20, 119.7, "Estimated: 1m 60s remaining" },
 	};
-	for (const auto& Case : Cases)
+	for (const auto& [Processed, Total, Elapsed, Text] : Cases)
 	{
-		EXPECT_EQ(TimeLeft(Case.Processed, Case.Total, Case.Elapsed), Case.Text)
-			<< Case.Processed << '/' << Case.Total << ' ' << Case.Elapsed;
+		EXPECT_EQ(TimeLeft(Processed, Total, Elapsed), Text) << Processed << '/' << Total << ' ' << Elapsed;
 	}
 }
 
