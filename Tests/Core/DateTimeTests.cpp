@@ -39,13 +39,8 @@ TEST(DateTimes, FieldsThroughTheYears)
 
 TEST(DateTimes, Read)
 {
-	struct FCase
-	{
-		const TCHAR* Text;
-		FDateTime Expected;
-	};
 	const FDateTime None(0);
-	const FCase Cases[] = {
+	const std::pair<const TCHAR*, FDateTime> Cases[] = {
 		{ TEXT("2026-01-31"), FDateTime(2026, 1, 31) },
 		{ TEXT("2026-01-31T15:04:05Z"), FDateTime(2026, 1, 31, 15, 4, 5) },
 		{ TEXT("2026-01-31T15:04:05.5"), FDateTime(2026, 1, 31, 15, 4, 5, 500) },
@@ -58,11 +53,11 @@ TEST(DateTimes, Read)
 		{ TEXT("0001-01-01T00:00:00+01:00"), None },
 		{ TEXT(""), None },
 	};
-	for (const FCase& Case : Cases)
+	for (const auto& [Text, Expected] : Cases)
 	{
 		FDateTime Result(0);
-		EXPECT_EQ(FDateTime::ParseIso8601(Case.Text, Result), Case.Expected != None) << Utf8(Case.Text);
-		EXPECT_EQ(Result, Case.Expected) << Utf8(Case.Text);
+		EXPECT_EQ(FDateTime::ParseIso8601(Text, Result), Expected != None) << Utf8(Text);
+		EXPECT_EQ(Result, Expected) << Utf8(Text);
 	}
 	FDateTime Parsed(0);
 	EXPECT_TRUE(FDateTime::Parse(TEXT("2026.01.31-15.04.05"), Parsed));

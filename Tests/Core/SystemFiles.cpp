@@ -52,14 +52,7 @@ namespace
 
 TEST_F(SystemFiles, EncodingsWritten)
 {
-	struct FCase
-	{
-		const char* Why;
-		const TCHAR* Text;
-		EEncoding Encoding;
-		std::string Bytes;
-	};
-	const FCase Cases[] = {
+	const std::tuple<const char*, const TCHAR*, EEncoding, std::string> Cases[] = {
 		{ "plain text stays narrow", TEXT("a\nb"), EEncoding::AutoDetect, "a\nb" },
 		{ "anything else is wide with its mark", TEXT("\u00E9"), EEncoding::AutoDetect, std::string("\xFF\xFE\xE9\0", 4) },
 		{ "a pair is two units", TEXT("\U0001F464"), EEncoding::ForceUnicode, std::string("\xFF\xFE\x3D\xD8\x64\xDC", 6) },
@@ -75,22 +68,17 @@ TEST_F(SystemFiles, EncodingsWritten)
 		{ "narrow cannot hold everything", TEXT("\u00E9\u20AC"), EEncoding::ForceAnsi, "\xE9?" },
 		{ "nothing at all", TEXT(""), EEncoding::AutoDetect, "" },
 	};
-	for (const FCase& Case : Cases)
+	for (const auto& [Why, Text, Encoding, Bytes] : Cases)
 	{
-		SCOPED_TRACE(Case.Why);
-		EXPECT_TRUE(FFileHelper::SaveStringToFile(Case.Text, *Temp.At(TEXT("f")), Case.Encoding));
-		EXPECT_EQ(Temp.Read("f"), Case.Bytes);
+		SCOPED_TRACE(Why);
+		EXPECT_TRUE(FFileHelper::SaveStringToFile(Text, *Temp.At(TEXT("f")), Encoding));
+		EXPECT_EQ(Temp.Read("f"), Bytes);
 	}
 }
 
 TEST_F(SystemFiles, EncodingsRead)
 {
-	struct FCase
-	{
-		std::string Bytes;
-		std::string Text;
-	};
-	const FCase Cases[] = {
+	const std::pair<std::string, std::string> Cases[] = {
 		{ "plain", "plain" },
 		{ "\xEF\xBB\xBF\xC3\xA9", "\xC3\xA9" },
 		{ "\xC3\xA9", "\xC3\xA9" },
@@ -104,12 +92,12 @@ TEST_F(SystemFiles, EncodingsRead)
 		{ std::string("a\0b", 3), std::string("a\0b", 3) },
 		{ "", "" },
 	};
-	for (const FCase& Case : Cases)
+	for (const auto& [Bytes, Expected] : Cases)
 	{
-		Temp.Write("f", Case.Bytes);
+		Temp.Write("f", Bytes);
 		FString Text = TEXT("old");
 		EXPECT_TRUE(FFileHelper::LoadFileToString(Text, *Temp.At(TEXT("f"))));
-		EXPECT_EQ(Utf8(Text), Case.Text);
+		EXPECT_EQ(Utf8(Text), Expected);
 	}
 	FString Text;
 	EXPECT_FALSE(FFileHelper::LoadFileToString(Text, *Temp.At(TEXT("missing"))));

@@ -72,27 +72,21 @@ TEST_F(SystemModules, RefusesWhatIsNoModule)
 	Temp.Write("libBroken.so", "not a library");
 	FModuleManager& Manager = FModuleManager::Get();
 	Manager.AddBinariesDirectory(*Temp.At(), false);
-	struct FCase
-	{
-		const char* Name;
-		EModuleLoadResult Result;
-		const char* Words;
-	};
-	const FCase Cases[] = {
+	const std::tuple<const char*, EModuleLoadResult, const char*> Cases[] = {
 		{ "Core", EModuleLoadResult::CouldNotBeLoadedByOS, "has not the marker" },
 		{ "CoreTestLibrary", EModuleLoadResult::CouldNotBeLoadedByOS, "has not the marker" },
 		{ "Broken", EModuleLoadResult::CouldNotBeLoadedByOS, "cannot be loaded" },
 		{ "Nowhere", EModuleLoadResult::FileNotFound, "there is no module" },
 		{ "../bin/libCoreTestModule", EModuleLoadResult::FileNotFound, "there is no module" },
 	};
-	for (const FCase& Case : Cases)
+	for (const auto& [Name, Expected, Words] : Cases)
 	{
-		SCOPED_TRACE(Case.Name);
+		SCOPED_TRACE(Name);
 		EModuleLoadResult Result = EModuleLoadResult::Success;
-		EXPECT_EQ(Manager.LoadModuleWithFailureReason(Case.Name, Result), nullptr);
-		EXPECT_EQ(Result, Case.Result);
-		EXPECT_NE(Utf8(FHostModules::GetLastError()).find(Case.Words), std::string::npos) << Utf8(FHostModules::GetLastError());
-		EXPECT_FALSE(Manager.IsModuleLoaded(Case.Name));
+		EXPECT_EQ(Manager.LoadModuleWithFailureReason(Name, Result), nullptr);
+		EXPECT_EQ(Result, Expected);
+		EXPECT_NE(Utf8(FHostModules::GetLastError()).find(Words), std::string::npos) << Utf8(FHostModules::GetLastError());
+		EXPECT_FALSE(Manager.IsModuleLoaded(Name));
 	}
 }
 

@@ -70,22 +70,16 @@ TEST(SystemPaths, Collapse)
 
 TEST(SystemPaths, RelativeTo)
 {
-	struct FCase
-	{
-		const TCHAR* Path;
-		const TCHAR* To;
-		const char* Result;
-	};
-	const FCase Cases[] = {
+	const std::tuple<const TCHAR*, const TCHAR*, const char*> Cases[] = {
 		{ TEXT("/p/a/b.txt"), TEXT("/p/"), "a/b.txt" }, { TEXT("/p/a/b.txt"), TEXT("/p/c/d/"), "../../a/b.txt" },
 		{ TEXT("/p/a"), TEXT("/p/file"), "a" }, { TEXT("/p/a/"), TEXT("/p/"), "a/" },
 		{ TEXT("/x"), TEXT("C:/y/"), "/x" }, // Nothing in common: left alone.
 	};
-	for (const FCase& Case : Cases)
+	for (const auto& [Input, To, Result] : Cases)
 	{
-		FString Path = Case.Path;
-		FPaths::MakePathRelativeTo(Path, Case.To);
-		EXPECT_EQ(Utf8(Path), Case.Result) << Utf8(Case.Path);
+		FString Path = Input;
+		FPaths::MakePathRelativeTo(Path, To);
+		EXPECT_EQ(Utf8(Path), Result) << Utf8(Input);
 	}
 }
 

@@ -31,14 +31,8 @@ TEST(Texts, KnowWhereTheyComeFrom)
 
 TEST(Texts, OrderedFormat)
 {
-	struct FCase
-	{
-		const char* Why;
-		FText Result;
-		const char* Expected;
-	};
 	const FText Name = INVTEXT("{1}");
-	const FCase Cases[] = {
+	const std::tuple<const char*, FText, const char*> Cases[] = {
 		{ "in order", FText::Format(INVTEXT("{0} of {1}"), 3, 12), "3 of 12" },
 		{ "integers are grouped", FText::Format(INVTEXT("{0}"), 1234567), "1,234,567" },
 		{ "at most three decimals", FText::Format(INVTEXT("{0} {1}"), 1234.56789, 2.0f), "1,234.568 2" },
@@ -52,9 +46,9 @@ TEST(Texts, OrderedFormat)
 		{ "a placeholder behind an open brace", FText::Format(INVTEXT("{x {0}"), 1), "{x 1" },
 		{ "no placeholder", FText::Format(INVTEXT("{} text"), 1), "{} text" },
 	};
-	for (const FCase& Case : Cases)
+	for (const auto& [Why, Result, Expected] : Cases)
 	{
-		EXPECT_EQ(Utf8(Case.Result), Case.Expected) << Case.Why;
+		EXPECT_EQ(Utf8(Result), Expected) << Why;
 	}
 }
 

@@ -178,24 +178,18 @@ TEST_F(Launcher, SourcesOpenInTheEditorOfTheUser)
 	const FTempFolder Project;
 	Project.Write("tool $(x).py", "");
 	const std::string File = "<" + Project.AtBytes("tool $(x).py") + ">\n";
-	struct FCase
-	{
-		const char* Visual;
-		const char* Editor;
-		std::string Arguments;
-	};
 	// The script that stands in for the opener writes its arguments down under any name.
-	const FCase Cases[] = {
+	const std::tuple<const char*, const char*, std::string> Cases[] = {
 		{ "xdg-open --wait", "missing-editor", "<--wait>\n" + File },
 		{ nullptr, "xdg-open -a 'b c' \"d;e\" f\\ g $HOME", "<-a>\n<b c>\n<d;e>\n<f g>\n<$HOME>\n" + File },
 		{ "  ", "xdg-open", File },
 	};
-	for (const FCase& Case : Cases)
+	for (const auto& [Visual, Editor, Arguments] : Cases)
 	{
-		const FEditorVariables Variables(Case.Visual, Case.Editor);
+		const FEditorVariables Variables(Visual, Editor);
 		const FFakeOpener Opener(0);
 		EXPECT_TRUE(OpenSource(Project.At(TEXT("tool $(x).py")), Error)) << Utf8(Error);
-		EXPECT_EQ(Opener.WaitForArguments(), Case.Arguments);
+		EXPECT_EQ(Opener.WaitForArguments(), Arguments);
 	}
 	EXPECT_EQ(Asked.Num(), 0) << "an editor runs nothing";
 	const FEditorVariables NoVariables(nullptr, nullptr);
@@ -238,13 +232,7 @@ TEST_F(Launcher, OtherTextsGoToAnEditorThatHasAWindow)
 	Project.Write("notes.txt", "x");
 	Project.Write("picture.png", std::string("\x89PNG\0", 5));
 	Project.Write("sheet.csv", "a,b");
-	const struct
-	{
-		const char* Visual;
-		const char* Editor;
-		const char* File;
-		bool bIsEdited;
-	} Rows[] = {
+	const std::tuple<const char*, const char*, const char*, bool> Rows[] = {
 		{ "gedit -x", nullptr, "notes.txt", true },
 		{ "gedit -x", nullptr, "picture.png", false },
 		{ "gedit -x", nullptr, "sheet.csv", false },
@@ -252,16 +240,16 @@ TEST_F(Launcher, OtherTextsGoToAnEditorThatHasAWindow)
 		{ nullptr, "gedit -x", "notes.txt", false },
 		{ "gedit \"x", nullptr, "notes.txt", false },
 	};
-	for (const auto& Row : Rows)
+	for (const auto& [Visual, Editor, File, bIsEdited] : Rows)
 	{
-		const FEditorVariables Variables(Row.Visual, Row.Editor);
+		const FEditorVariables Variables(Visual, Editor);
 		const FFakeOpener Opener(0);
 		for (const char* const Name : { "gedit", "vim" })
 		{
 			std::filesystem::copy_file(Opener.Folder.AtBytes("xdg-open"), Opener.Folder.AtBytes(Name));
 		}
-		EXPECT_TRUE(FPlatformProcess::LaunchFileInDefaultExternalApplication(*Project.At(UTF8_TO_TCHAR(Row.File))));
-		EXPECT_EQ(Opener.WaitForArguments(), (Row.bIsEdited ? "<-x>\n<" : "<") + Project.AtBytes(Row.File) + ">\n") << Row.File;
+		EXPECT_TRUE(FPlatformProcess::LaunchFileInDefaultExternalApplication(*Project.At(UTF8_TO_TCHAR(File))));
+		EXPECT_EQ(Opener.WaitForArguments(), (bIsEdited ? "<-x>\n<" : "<") + Project.AtBytes(File) + ">\n") << File;
 	}
 	EXPECT_EQ(Asked.Num(), 0);
 }
@@ -318,12 +306,7 @@ TEST(EditorLine, KnowsWhichEditorsHaveAWindow)
 
 TEST(EditorLine, IsSaidAsEachEditorWantsIt)
 {
-	const struct
-	{
-		std::vector<std::string> Command;
-		int Line;
-		std::vector<std::string> Whole;
-	} Rows[] = {
+	const std::tuple<std::vector<std::string>, int, std::vector<std::string>> Rows[] = {
 		{ { "/usr/bin/vim", "-R" }, 7, { "/usr/bin/vim", "-R", "+7", "/p/a.cpp" } },
 		{ { "code", "-n" }, 7, { "code", "-n", "--goto", "/p/a.cpp:7" } },
 		{ { "subl" }, 7, { "subl", "/p/a.cpp:7" } },
@@ -333,11 +316,11 @@ TEST(EditorLine, IsSaidAsEachEditorWantsIt)
 		{ { "my-editor" }, 7, { "my-editor", "/p/a.cpp" } },
 		{ { "notvim" }, 7, { "notvim", "/p/a.cpp" } },
 	};
-	for (const auto& Row : Rows)
+	for (const auto& [Input, Line, Whole] : Rows)
 	{
-		std::vector<std::string> Command = Row.Command;
-		EditorLine::Append(Command, "/p/a.cpp", Row.Line);
-		EXPECT_EQ(Command, Row.Whole);
+		std::vector<std::string> Command = Input;
+		EditorLine::Append(Command, "/p/a.cpp", Line);
+		EXPECT_EQ(Command, Whole);
 	}
 }
 

@@ -21,12 +21,7 @@ namespace
 
 TEST(OpenRules, Addresses)
 {
-	struct FCase
-	{
-		const TCHAR* Target;
-		const char* Verdict;
-	};
-	const FCase Cases[] = {
+	const std::pair<const TCHAR*, const char*> Cases[] = {
 		{ TEXT("https://example.org/a?b=c#d"), "open" },
 		{ TEXT("HTTP://EXAMPLE.ORG"), "open" },
 		{ TEXT("mailto:someone@example.org?subject=x"), "open" },
@@ -48,9 +43,9 @@ TEST(OpenRules, Addresses)
 		{ TEXT("https://example.org/\nrm"), "refuse" },
 		{ TEXT("https://example.org/\x7F"), "refuse" },
 	};
-	for (const FCase& Case : Cases)
+	for (const auto& [Target, Expected] : Cases)
 	{
-		EXPECT_EQ(Verdict(OpenRules::JudgeUrl(Case.Target)), Case.Verdict) << Utf8(Case.Target);
+		EXPECT_EQ(Verdict(OpenRules::JudgeUrl(Target)), Expected) << Utf8(Target);
 	}
 	EXPECT_EQ(Verdict(OpenRules::JudgeUrl(TEXT("https://") + FString::ChrN(40000, TEXT('x')))), "refuse");
 }
@@ -107,12 +102,7 @@ TEST(OpenRules, WhatHidesIsSpelledOut)
 
 TEST(OpenRules, SourceLinks)
 {
-	const struct
-	{
-		const TCHAR* Target;
-		const char* Path;
-		int32 Line;
-	} Rows[] = {
+	const std::tuple<const TCHAR*, const char*, int32> Rows[] = {
 		{ TEXT("file:/p/a b.cpp#L67"), "/p/a b.cpp", 67 },
 		{ TEXT("file:/p/a#L2.cpp#L9"), "/p/a#L2.cpp", 9 },
 		{ TEXT("file:///p/a.cpp#L67"), "", 0 },
@@ -124,12 +114,12 @@ TEST(OpenRules, SourceLinks)
 		{ TEXT("http:/p/a.cpp#L6"), "", 0 },
 		{ TEXT("file:#L6"), "", 0 },
 	};
-	for (const auto& Row : Rows)
+	for (const auto& [Target, Input, Expected] : Rows)
 	{
 		FString Path;
 		int32 Line = 0;
-		EXPECT_EQ(OpenRules::ReadSourceLink(Row.Target, Path, Line), Row.Line > 0) << Utf8(FString(Row.Target));
-		EXPECT_EQ(Utf8(Path), Row.Path);
-		EXPECT_EQ(Line, Row.Line);
+		EXPECT_EQ(OpenRules::ReadSourceLink(Target, Path, Line), Expected > 0) << Utf8(FString(Target));
+		EXPECT_EQ(Utf8(Path), Input);
+		EXPECT_EQ(Line, Expected);
 	}
 }

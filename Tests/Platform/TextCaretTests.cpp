@@ -4,13 +4,7 @@ using TextCaret = FTextTest;
 
 TEST_F(TextCaret, StepsOverWholeGraphemes)
 {
-	struct FCase
-	{
-		const char* Why;
-		const TCHAR* Text;
-		const char* Steps;
-	};
-	const FCase Cases[] = {
+	const std::tuple<const char*, const TCHAR*, const char*> Cases[] = {
 		{ "letters", TEXT("abc"), "0 1 2 3" },
 		{ "a surrogate pair", TEXT("a\U0001F600b"), "0 1 3 4" },
 		{ "a combining mark", TEXT("e\u0301x"), "0 2 3" },
@@ -27,13 +21,13 @@ TEST_F(TextCaret, StepsOverWholeGraphemes)
 		{ "Hebrew", TEXT("\u05D0\u05D1"), "0 1 2" },
 		{ "a tab is one step", TEXT("\ta\U0001F600\t"), "0 1 2 4 5" },
 	};
-	for (const FCase& Case : Cases)
+	for (const auto& [Why, Input, Expected] : Cases)
 	{
-		SCOPED_TRACE(Case.Why);
-		const FStringView Text(Case.Text);
+		SCOPED_TRACE(Why);
+		const FStringView Text(Input);
 		const TSharedRef<FTextParagraph> Paragraph = Make(Text);
-		EXPECT_EQ(Steps(*Paragraph, Text.Len()), Case.Steps);
-		EXPECT_EQ(StepsBack(*Paragraph, Text.Len()), Case.Steps);
+		EXPECT_EQ(Steps(*Paragraph, Text.Len()), Expected);
+		EXPECT_EQ(StepsBack(*Paragraph, Text.Len()), Expected);
 	}
 }
 
@@ -167,24 +161,19 @@ TEST_F(TextCaret, WordMoves)
 TEST_F(TextCaret, DoubleClicksTakeWordsBlanksAndMarks)
 {
 	const FStringView Text = TEXT("foo_1   (b\u00E4r)\n\U0001F600\U0001F600 e\u0301x");
-	struct FCase
-	{
-		int32 Index;
-		const char* Taken;
-	};
 	// clang-format off
-	const FCase Cases[] = {
+	const std::pair<int32, const char*> Cases[] = {
 		{ 0, "foo_1" }, { 3, "foo_1" }, { 5, "foo_1" }, { 6, "   " }, { 8, "(" }, { 9, "b\u00E4r" }, { 12, "b\u00E4r" }, { 13, ")" },
 		{ 14, "\U0001F600" }, { 16, "\U0001F600" }, { 19, "e\u0301x" }, { 22, "e\u0301x" },
 	};
 	// clang-format on
 	const TSharedRef<FTextParagraph> Paragraph = Make(Text);
-	for (const FCase& Case : Cases)
+	for (const auto& [Index, Taken] : Cases)
 	{
 		int32 Begin = 0;
 		int32 End = 0;
-		Paragraph->GetWordAt(Case.Index, Begin, End);
-		EXPECT_EQ(Utf8(Text.Mid(Begin, End - Begin)), Case.Taken) << Case.Index;
+		Paragraph->GetWordAt(Index, Begin, End);
+		EXPECT_EQ(Utf8(Text.Mid(Begin, End - Begin)), Taken) << Index;
 	}
 	int32 Begin = -1;
 	int32 End = -1;

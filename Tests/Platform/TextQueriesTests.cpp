@@ -9,12 +9,7 @@ using TextQueries = FTextTest;
 
 TEST_F(TextQueries, AnyTextAnswersAtEveryPixelAndOffset)
 {
-	struct FCase
-	{
-		const char* Why;
-		const TCHAR* Text;
-	};
-	const FCase Cases[] = {
+	const std::pair<const char*, const TCHAR*> Cases[] = {
 		{ "nothing", TEXT("") },
 		{ "a leading blank", TEXT(" a") },
 		{ "leading blanks", TEXT("    return Value;") },
@@ -37,10 +32,10 @@ TEST_F(TextQueries, AnyTextAnswersAtEveryPixelAndOffset)
 		{ "lone surrogates", TEXT(" \xD83D") TEXT(" \xDE00") TEXT("\t\xDE00\xD83D ") },
 		{ "control characters", TEXT(" \x01\x1B\x7F\u0085\u2028\u2029\t") },
 	};
-	for (const FCase& Case : Cases)
+	for (const auto& [Why, Expected] : Cases)
 	{
-		SCOPED_TRACE(Case.Why);
-		const FStringView Text(Case.Text);
+		SCOPED_TRACE(Why);
+		const FStringView Text(Expected);
 		for (const FSlateFontInfo& Font : { Mono(), Body() })
 		{
 			const TSharedRef<ITextParagraph> Paragraph = Shaper().MakeParagraph(Text, Font, 1.0f);
