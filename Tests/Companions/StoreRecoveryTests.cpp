@@ -23,6 +23,8 @@ namespace
 	class StoreRecovery : public FStoreTest
 	{
 	protected:
+		~StoreRecovery() override { Velmora::StoreNotices::Take(); }
+
 		static std::string Units(const FString& Text)
 		{
 			return std::string(reinterpret_cast<const char*>(*Text), static_cast<size_t>(Text.Len()) * sizeof(TCHAR));
@@ -102,6 +104,16 @@ namespace
 					}
 				}
 			}
+		}
+
+		/** Puts these bytes in the place of the store and sees what comes back. */
+		void ExpectRecovered(const std::string& Bytes, const std::set<std::string>& Lost)
+		{
+			std::filesystem::remove_all(Folder.AtBytes("Velmora"));
+			WriteFile(Bytes);
+			const TSharedRef<FStore> Store = OpenStore();
+			CheckStore(*Store);
+			ExpectAllBut(*Store, Lost);
 		}
 
 		std::vector<std::string> ListAside() const
@@ -248,11 +260,7 @@ TEST_F(StoreRecovery, OneLostPageCostsOnlyWhatLiesOnIt)
 			}
 		}
 		EXPECT_LT(Lost.size(), Written.size() / 2) << "The test would be empty.";
-		std::filesystem::remove_all(Folder.AtBytes("Velmora"));
-		WriteFile(Bytes);
-		const TSharedRef<FStore> Store = OpenStore();
-		CheckStore(*Store);
-		ExpectAllBut(*Store, Lost);
+		ExpectRecovered(Bytes, Lost);
 		EXPECT_EQ(Velmora::StoreNotices::Take().size(), 1u);
 	}
 }
@@ -268,13 +276,8 @@ TEST_F(StoreRecovery, AFlippedBitIsNeverReadAsText)
 		SCOPED_TRACE(Position);
 		std::string Bytes = Sound;
 		Bytes[Position] = static_cast<char>(Bytes[Position] ^ (1 << Random() % 8));
-		std::filesystem::remove_all(Folder.AtBytes("Velmora"));
-		WriteFile(Bytes);
-		const TSharedRef<FStore> Store = OpenStore();
-		CheckStore(*Store);
-		ExpectAllBut(*Store, FindOnPage(Sound, Position / PageSize));
+		ExpectRecovered(Bytes, FindOnPage(Sound, Position / PageSize));
 	}
-	Velmora::StoreNotices::Take();
 }
 
 TEST_F(StoreRecovery, ACutFileKeepsWhatIsLeft)
@@ -290,13 +293,8 @@ TEST_F(StoreRecovery, ACutFileKeepsWhatIsLeft)
 			Lost.merge(FindOnPage(Sound, Page));
 		}
 		EXPECT_LT(Lost.size(), Written.size());
-		std::filesystem::remove_all(Folder.AtBytes("Velmora"));
-		WriteFile(Sound.substr(0, Size));
-		const TSharedRef<FStore> Store = OpenStore();
-		CheckStore(*Store);
-		ExpectAllBut(*Store, Lost);
+		ExpectRecovered(Sound.substr(0, Size), Lost);
 	}
-	Velmora::StoreNotices::Take();
 }
 
 TEST_F(StoreRecovery, WhatIsOnlyInTheLogComesBackToo)
@@ -315,7 +313,6 @@ TEST_F(StoreRecovery, WhatIsOnlyInTheLogComesBackToo)
 	const TSharedRef<FStore> Store = OpenStore();
 	CheckStore(*Store);
 	ExpectAllBut(*Store, {});
-	Velmora::StoreNotices::Take();
 }
 
 TEST_F(StoreRecovery, RottenTextIsNoticedWhenItIsRead)
@@ -350,7 +347,6 @@ TEST_F(StoreRecovery, AConversationThatIsNotAsItWasWrittenIsNotRead)
 	const TSharedRef<FStore> Store = OpenStore();
 	EXPECT_TRUE(Holds(Read(*Store, TEXT("A")), "is damaged")) << "all its messages are whole";
 	EXPECT_EQ(Read(*Store, TEXT("B")), "other");
-	Velmora::StoreNotices::Take();
 }
 
 TEST_F(StoreRecovery, ARecoveryThatWasCutOffGoesOnAtTheNextStart)
@@ -393,7 +389,6 @@ TEST_F(StoreRecovery, ASetAsideThatWasCutOffIsFinished)
 	CheckStore(*Store);
 	ExpectAllBut(*Store, {});
 	EXPECT_EQ(Read(*Store, TEXT("later")), "b");
-	Velmora::StoreNotices::Take();
 }
 
 TEST_F(StoreRecovery, WhatOthersWriteWhileAFileIsSetAsideIsNotLost)
@@ -408,5 +403,4 @@ TEST_F(StoreRecovery, WhatOthersWriteWhileAFileIsSetAsideIsNotLost)
 	EXPECT_EQ(Read(*Store, TEXT("B")), "b");
 	CheckStore(*Store);
 	EXPECT_EQ(Read(*Other, TEXT("A")), "a");
-	Velmora::StoreNotices::Take();
 }
