@@ -7,14 +7,7 @@ using namespace Velmora;
 
 TEST(AnswerMarkdown, NamesKeepTheirBackquotes)
 {
-	struct FCase
-	{
-		const char* Intent;
-		std::string Name;
-		std::string Shown;
-		std::string AsCode;
-	};
-	const FCase Cases[] = {
+	const std::tuple<const char*, std::string, std::string, std::string> Cases[] = {
 		{ "no backquote", "a b.txt", "`a b.txt`", "`a b.txt`" },
 		{ "none that ends code", "back`quote `_.txt", "`back`quote `_.txt`", "`back`quote `_.txt`" },
 		{ "the first character", "`a", "``a`", "``a`" },
@@ -27,10 +20,10 @@ TEST(AnswerMarkdown, NamesKeepTheirBackquotes)
 		{ "one at the end is", "a`*", "`a\u02CB*`", "`a\u02CB*`" },
 		{ "nothing", "", "`(empty)`", "`(empty)`" },
 	};
-	for (const FCase& Case : Cases)
+	for (const auto& [Intent, Name, Shown, AsCode] : Cases)
 	{
-		EXPECT_EQ(AnswerMarkdown::FileName(Case.Name), Case.Shown) << Case.Intent;
-		EXPECT_EQ(AnswerMarkdown::InlineCode(Case.Name), Case.AsCode) << Case.Intent;
+		EXPECT_EQ(AnswerMarkdown::FileName(Name), Shown) << Intent;
+		EXPECT_EQ(AnswerMarkdown::InlineCode(Name), AsCode) << Intent;
 	}
 	FProjectPath Path;
 	Path.Relative = "a`.txt";

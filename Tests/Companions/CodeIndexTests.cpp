@@ -332,29 +332,24 @@ TEST_F(CodeIndex, ADamagedFileIsSetAsideAndBuiltAnew)
 	FControl::Shutdown();
 	std::string Bytes = ReadBytes(GetIndexPath());
 	ASSERT_GT(Bytes.size(), 12000u);
-	struct FCase
-	{
-		const char* Why;
-		std::string Content;
-	};
 	std::string Torn = Bytes;
 	Torn.replace(5000, 6000, std::string(6000, '\x5A'));
-	const FCase Cases[] = {
+	const std::pair<const char*, std::string> Cases[] = {
 		{ "no database at all", "this is a shopping list\n" + std::string(2000, '-') },
 		{ "pages overwritten", Torn },
 		{ "cut short", Bytes.substr(0, Bytes.size() / 2) },
 	};
-	for (const FCase& Case : Cases)
+	for (const auto& [Why, Content] : Cases)
 	{
-		SCOPED_TRACE(Case.Why);
+		SCOPED_TRACE(Why);
 		Problems.clear();
-		std::ofstream(GetIndexPath(), std::ios::binary) << Case.Content;
+		std::ofstream(GetIndexPath(), std::ios::binary) << Content;
 		Open();
 		EXPECT_TRUE(Manager().IsIndexReady());
 		EXPECT_EQ(Find("FName7"), FLines({ "File7.cpp:1 class FName7" }));
 		ASSERT_EQ(Problems.size(), 1u);
 		EXPECT_NE(Problems.front().find("damaged"), std::string::npos) << Problems.front();
-		EXPECT_EQ(ReadBytes(GetIndexPath() + ".damaged"), Case.Content) << "nothing is thrown away";
+		EXPECT_EQ(ReadBytes(GetIndexPath() + ".damaged"), Content) << "nothing is thrown away";
 		FControl::Shutdown();
 	}
 }

@@ -178,13 +178,7 @@ TEST_F(CommandTests, NothingBeyondTheProjectIsInReach)
 	ASSERT_GE(fcntl(Leak, F_DUPFD, 77), 77);
 
 	// 2. Each of them, tried by a command.
-	struct FCase
-	{
-		const char* Why;
-		std::string Line;
-		const char* Output;
-	};
-	const FCase Cases[] = {
+	const std::tuple<const char*, std::string, const char*> Cases[] = {
 		{ "the machine cannot be written", "(echo x > /etc/velmora-test) 2>/dev/null || echo refused", "refused\n" },
 		{ "nor made writable", "mount -o remount,rw / 2>/dev/null || echo refused", "refused\n" },
 		{ "no rights at all", "grep -E '^Cap(Eff|Prm|Bnd):' /proc/self/status | grep -cv 0000000000000000", "0\n" },
@@ -200,9 +194,9 @@ TEST_F(CommandTests, NothingBeyondTheProjectIsInReach)
 		{ "no terminal of the user's", "awk '{ print ($6 != 0 && $7 == 0) }' /proc/self/stat", "1\n" },
 		{ "nobody types", "wc -c", "0\n" },
 	};
-	for (const FCase& Case : Cases)
+	for (const auto& [Why, Line, Output] : Cases)
 	{
-		EXPECT_EQ(RunBare(Case.Line).Output, Case.Output) << Case.Why;
+		EXPECT_EQ(RunBare(Line).Output, Output) << Why;
 	}
 	EXPECT_FALSE(std::filesystem::exists("/etc/velmora-test"));
 
@@ -357,12 +351,7 @@ TEST_F(CommandTests, ARuleForACommandIsNoneForAnother)
 {
 	const std::string Path = Project.PathOf("rules");
 	const FPermissionRules Rules(Path, { "run_command make test", "run_command git" });
-	struct FCase
-	{
-		const char* Command;
-		EPermission Permission;
-	};
-	const FCase Cases[] = {
+	const std::pair<const char*, EPermission> Cases[] = {
 		{ "make test", EPermission::Allowed },
 		{ "make test -j4 ARGS=x", EPermission::Allowed },
 		{ "make tes", EPermission::Ask },
@@ -374,9 +363,9 @@ TEST_F(CommandTests, ARuleForACommandIsNoneForAnother)
 		{ "make test > /x", EPermission::Ask },
 		{ "git status", EPermission::Allowed },
 	};
-	for (const FCase& Case : Cases)
+	for (const auto& [Command, Permission] : Cases)
 	{
-		EXPECT_EQ(static_cast<int>(Rules.Judge("run_command", Case.Command)), static_cast<int>(Case.Permission)) << Case.Command;
+		EXPECT_EQ(static_cast<int>(Rules.Judge("run_command", Command)), static_cast<int>(Permission)) << Command;
 	}
 	const FPermissionRules All(Path, { "run_command" });
 	EXPECT_EQ(static_cast<int>(All.Judge("run_command", "a; b")), static_cast<int>(EPermission::Allowed));

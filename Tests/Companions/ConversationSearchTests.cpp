@@ -96,11 +96,7 @@ TEST_F(ConversationSearch, FindsByTheBeginningsOfWords)
 			MakeMessage("In `HTTPServer.cpp`, twice:\n\n\ton_table_end", EConversationRole::Assistant),
 			MakeMessage("{\"hidden\":\"traffic\"}", EConversationRole::Tool),
 			MakeMessage("Größe und ÄRGER, 東京都 и Привет \xF0\x9F\x98\x80!"), MakeMessage(TCHAR_TO_UTF8(*Long)) });
-	const struct
-	{
-		const char* Query;
-		FFound Found;
-	} Rows[] = {
+	const std::pair<const char*, FFound> Rows[] = {
 		{ "tab", { "words/1 In `HTTPServer.cpp`, twice: on_[tab]le_end", "words/0 Where is TryParse[Tab]le called?" } },
 		{ "parsetable", { "words/0 Where is Try[ParseTable] called?" } },
 		{ "arsetable", {} },
@@ -118,9 +114,9 @@ TEST_F(ConversationSearch, FindsByTheBeginningsOfWords)
 		{ "where AND table", {} },
 		{ "\xF0\x9F\x98\x80", {} },
 	};
-	for (const auto& Row : Rows)
+	for (const auto& [Query, Found] : Rows)
 	{
-		EXPECT_EQ(Find(Row.Query), Row.Found) << Row.Query;
+		EXPECT_EQ(Find(Query), Found) << Query;
 	}
 	const FFound Cut = Find("needle");
 	ASSERT_EQ(Cut.size(), 1u);

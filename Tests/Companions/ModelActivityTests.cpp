@@ -288,14 +288,7 @@ TEST_F(ModelConnections, ATestSaysWhatItFound)
 {
 	const std::string List = Answer("200 OK", "application/json", R"({"data":[{"id":"m","max_model_len":4096}]})");
 	const std::string NoTools = Answer("400 No", "application/json", R"({"error":{"message":"m does not support tools"}})");
-	struct FCase
-	{
-		std::vector<std::string> Answers;
-		bool bSuccess;
-		FConnectionReport::ETools Tools;
-		const char* Words;
-	};
-	const FCase Cases[] = {
+	const std::tuple<std::vector<std::string>, bool, FConnectionReport::ETools, const char*> Cases[] = {
 		{ { List, WithCalls("", { Call(0, "c", "ping", "{}") }) }, true, FConnectionReport::ETools::Yes,
 			"The server lists 1 model; m has room for 4,096 tokens, uses tools and began to answer after" },
 		{ { List, NoTools, Final("ok") }, true, FConnectionReport::ETools::No, "cannot use tools" },
@@ -303,14 +296,14 @@ TEST_F(ModelConnections, ATestSaysWhatItFound)
 		{ { Answer("401 No", "application/json", R"({"error":"bad key"})") }, false, FConnectionReport::ETools::Unknown,
 			"refused the key" },
 	};
-	for (const FCase& Case : Cases)
+	for (const auto& [Answers, bSuccess, Tools, Words] : Cases)
 	{
 		ModelList.clear();
-		FScriptedPeer Peer(Give(Case.Answers));
+		FScriptedPeer Peer(Give(Answers));
 		const FConnectionReport Report = Test(Make(TEXT("peer"), Text(Peer.GetUrl())));
-		EXPECT_EQ(Report.bSuccess, Case.bSuccess) << Utf8(Report.Sentence);
-		EXPECT_EQ(Report.Tools, Case.Tools);
-		EXPECT_TRUE(Holds(Utf8(Report.Sentence), Case.Words)) << Utf8(Report.Sentence);
+		EXPECT_EQ(Report.bSuccess, bSuccess) << Utf8(Report.Sentence);
+		EXPECT_EQ(Report.Tools, Tools);
+		EXPECT_TRUE(Holds(Utf8(Report.Sentence), Words)) << Utf8(Report.Sentence);
 	}
 	EXPECT_TRUE(Holds(Utf8(Test(Make(TEXT("far"), TEXT("http://192.0.2.1/v1"))).Sentence), "not encrypted"));
 }

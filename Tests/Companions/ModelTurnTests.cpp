@@ -169,14 +169,7 @@ TEST_F(ModelTurn, CallsThatCannotBeDoneAreToldToTheModel)
 
 TEST_F(ModelTurn, EveryFailureIsOneErrorAndThePromptIsUsableAtOnce)
 {
-	struct FCase
-	{
-		const char* Why;
-		std::string Answer;
-		const char* Error;
-		const char* Text;
-	};
-	const FCase Cases[] = {
+	const std::tuple<const char*, std::string, const char*, const char*> Cases[] = {
 		{ "empty", Stream({ Chunk("{}", "stop"), "[DONE]" }), "empty answer", "" },
 		{ "refused", Answer("401 No", "application/json", R"({"error":"bad key"})"), "refused the key: bad key. Check", "" },
 		{ "a page", Answer("200 OK", "text/html", "<html>"), "is no model server", "" },
@@ -190,14 +183,14 @@ TEST_F(ModelTurn, EveryFailureIsOneErrorAndThePromptIsUsableAtOnce)
 		{ "wait for an hour", Answer("429 No", "application/json", R"({"error":"slow"})", "Retry-After: 3600\r\n"),
 			"takes no more requests", "" },
 	};
-	for (const FCase& Case : Cases)
+	for (const auto& [Why, Answer, Error, Text] : Cases)
 	{
-		SCOPED_TRACE(Case.Why);
-		FScriptedPeer Peer(Give({ Case.Answer, Final("Fine again.") }));
+		SCOPED_TRACE(Why);
+		FScriptedPeer Peer(Give({ Answer, Final("Fine again.") }));
 		Use(Peer);
-		EXPECT_EQ(Ask("go"), Case.Text);
+		EXPECT_EQ(Ask("go"), Text);
 		ASSERT_EQ(EventsOf("error").size(), 1u);
-		EXPECT_TRUE(Holds(EventsOf("error")[0], Case.Error)) << EventsOf("error")[0];
+		EXPECT_TRUE(Holds(EventsOf("error")[0], Error)) << EventsOf("error")[0];
 		EXPECT_EQ(Agent->GetState(), EConversationState::Error);
 		EXPECT_FALSE(std::filesystem::exists(Project.PathOf("x"))) << "half calls are never run";
 		EXPECT_EQ(Ask("again"), "Fine again.");

@@ -110,14 +110,7 @@ TEST(ProjectFileCacheTests, RequestsFromManyThreadsEndInOneCompleteList)
 TEST(IgnorePatternTests, BuiltInAndOwnRules)
 {
 	FTemporaryProject Project;
-	struct FCase
-	{
-		const char* Why;
-		std::string Path;
-		std::vector<std::string> Patterns;
-		bool bIgnored;
-	};
-	const FCase Cases[] = {
+	const std::tuple<const char*, std::string, std::vector<std::string>, bool> Cases[] = {
 		{ "a source file", "Source/A.cpp", {}, false },
 		{ "version control", "x/.git/config", {}, true },
 		{ "letter case counts for nothing", "SAVED/Log.txt", {}, true },
@@ -137,15 +130,15 @@ TEST(IgnorePatternTests, BuiltInAndOwnRules)
 		{ "an empty pattern matches nothing", "Source/A.cpp", { "" }, false },
 		{ "an empty path is not ignored", "", { "*.cpp" }, false },
 	};
-	for (const FCase& Case : Cases)
+	for (const auto& [Why, Path, Globs, bIgnored] : Cases)
 	{
-		SCOPED_TRACE(Case.Why);
+		SCOPED_TRACE(Why);
 		TArray<FString> Patterns;
-		for (const std::string& Pattern : Case.Patterns)
+		for (const std::string& Pattern : Globs)
 		{
 			Patterns.Add(Text(Pattern));
 		}
-		EXPECT_EQ(Velmora::CodeIntel::ShouldIgnorePath(Text(Case.Path), Patterns), Case.bIgnored);
+		EXPECT_EQ(Velmora::CodeIntel::ShouldIgnorePath(Text(Path), Patterns), bIgnored);
 	}
 }
 

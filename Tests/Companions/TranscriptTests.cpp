@@ -87,22 +87,16 @@ namespace
 
 TEST(Transcript, OnlyWordsAreJoined)
 {
-	struct FCase
-	{
-		const char* Why;
-		FModelMessage Added;
-		const char* Messages;
-	};
 	const FModelMessage Last = { EModelRole::Assistant, "a", { { "1", "read_file", "{}" } }, {} };
-	const FCase Cases[] = {
+	const std::tuple<const char*, FModelMessage, const char*> Cases[] = {
 		{ "calls wait for their results", { EModelRole::Assistant, "b", {}, {} }, "a a [1] | a b" },
 		{ "another speaks", { EModelRole::User, "b", {}, {} }, "a a [1] | u b" },
 	};
-	for (const FCase& Case : Cases)
+	for (const auto& [Why, Added, Expected] : Cases)
 	{
 		std::vector<FModelMessage> Messages = { Last };
-		Transcript::Append(Messages, FModelMessage(Case.Added));
-		EXPECT_EQ(Dump(Messages), Case.Messages) << Case.Why;
+		Transcript::Append(Messages, FModelMessage(Added));
+		EXPECT_EQ(Dump(Messages), Expected) << Why;
 	}
 	std::vector<FModelMessage> Words = { { EModelRole::Assistant, "a", {}, {} } };
 	Transcript::Append(Words, FModelMessage(Last));
@@ -111,13 +105,7 @@ TEST(Transcript, OnlyWordsAreJoined)
 
 TEST(Transcript, WhateverIsStoredBecomesARequestInOrder)
 {
-	struct FCase
-	{
-		const char* Why;
-		std::vector<FConversationMessage> Stored;
-		const char* Messages;
-	};
-	const FCase Cases[] = {
+	const std::tuple<const char*, std::vector<FConversationMessage>, const char*> Cases[] = {
 		{ "a plain conversation", { User("a"), Agent("b"), User("c") }, "u a | a b | u c" },
 		{ "a round", { User("a"), Agent("b", true), Calls({ "1", "2" }), Result("1", "x"), Result("2", "y"), Agent("c") },
 			"u a | a b [1] [2] | t 1=x | t 2=y | a c" },
@@ -137,21 +125,21 @@ TEST(Transcript, WhateverIsStoredBecomesARequestInOrder)
 			{ User("a"), Say(EConversationRole::Tool, TEXT("{\"session\":1}")), Say(EConversationRole::Tool, TEXT("[[")) }, "u a" },
 		{ "the user twice, after a stop", { User("a"), User("b"), Agent("c") }, "u a\n\nb | a c" },
 	};
-	for (const FCase& Case : Cases)
+	for (const auto& [Why, Kept, Expected] : Cases)
 	{
 		TArray<FConversationMessage> Stored;
-		for (const FConversationMessage& Message : Case.Stored)
+		for (const FConversationMessage& Message : Kept)
 		{
 			Stored.Add(Message);
 		}
 		std::string Messages = Dump(Transcript::Read(Stored));
-		if (std::string(Case.Why) == "stopped before anything was said")
+		if (std::string(Why) == "stopped before anything was said")
 		{
 			// An empty message between two of the user leaves these two; both are said.
 			EXPECT_TRUE(Messages == "u a | u c" || Messages == "u a\n\nc") << Messages;
 			continue;
 		}
-		EXPECT_EQ(Messages, Case.Messages) << Case.Why;
+		EXPECT_EQ(Messages, Expected) << Why;
 	}
 }
 
