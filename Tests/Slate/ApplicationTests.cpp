@@ -133,6 +133,31 @@ namespace
 class FApplicationTest : public FWidgetTest
 {
 protected:
+	static TSharedRef<IMenu> Open(const TSharedRef<SWidget>& Owner, const TSharedRef<SWidget>& Content)
+	{
+		return App().PushMenu(Owner, Content, GetRect(*Owner), MenuPlacement_BelowAnchor, false);
+	}
+
+	/** Shows the window until it is closed, and does the step in each frame. */
+	static void ShowModal(const TSharedRef<SWindow>& Window, const std::function<void(int32)>& Step)
+	{
+		int32 Frames = 0;
+		App().SetFrameHook(
+			[&]()
+			{
+				FHostClock::Advance(1.0 / 60.0);
+				Step(++Frames);
+				if (Frames > 100)
+				{
+					ADD_FAILURE() << "the window does not close";
+					App().RequestExit();
+				}
+			});
+		App().AddModalWindow(Window, nullptr);
+		App().SetFrameHook(nullptr);
+		EXPECT_GE(Frames, 5);
+	}
+
 	FTextList Log;
 };
 
@@ -337,12 +362,7 @@ TEST_F(FApplicationTest, APressOutsideClosesAPopupAndAPressOnItsOwnerOnlyCloses)
 {
 	const TSharedRef<SProbe> Owner = SNew(SProbe).Tag("Owner").Log(&Log);
 	Show(InCorner(Owner));
-	const auto Open = [&]()
-	{
-		return App().PushMenu(
-			Owner, SNew(SBox).WidthOverride(200.0f).HeightOverride(60.0f), GetRect(*Owner), MenuPlacement_BelowAnchor, false);
-	};
-	TSharedRef<IMenu> Menu = Open();
+	TSharedRef<IMenu> Menu = Open(Owner, SNew(SBox).WidthOverride(200.0f).HeightOverride(60.0f));
 	PumpFrame();
 	Log.clear();
 	ClickAt(FVector2D(50, 60));
@@ -350,7 +370,7 @@ TEST_F(FApplicationTest, APressOutsideClosesAPopupAndAPressOnItsOwnerOnlyCloses)
 	ClickAt(FVector2D(50, 20));
 	EXPECT_FALSE(Menu->IsOpen());
 	EXPECT_EQ(Log, (FTextList{ "Owner enter", "Owner release" })) << "the owner does not see the press that closed its popup";
-	Menu = Open();
+	Menu = Open(Owner, SNew(SBox));
 	PumpFrame();
 	PressKey("Escape");
 	EXPECT_FALSE(Menu->IsOpen());
@@ -360,7 +380,7 @@ TEST_F(FApplicationTest, APopupClosesWhenItsOwnerIsHidden)
 {
 	const TSharedRef<SProbe> Owner = SNew(SProbe);
 	Show(InCorner(Owner));
-	const TSharedRef<IMenu> Menu = App().PushMenu(Owner, SNew(SBox), GetRect(*Owner), MenuPlacement_BelowAnchor, false);
+	const TSharedRef<IMenu> Menu = Open(Owner, SNew(SBox));
 	PumpFrame();
 	Owner->SetVisibility(EVisibility::Collapsed);
 	PumpFrame();
@@ -386,30 +406,20 @@ TEST_F(FApplicationTest, AModalWindowCutsOffWhatLiesBelowAndReturnsWhenClosed)
 {
 	Show(InCorner(SNew(SProbe).Tag("Below").Log(&Log)));
 	const TSharedRef<SWindow> Window = SNew(SWindow).Title(FText::FromString(TEXT("Question"))).ClientSize(FVector2D(300, 100))[SNew(SBox)];
-	int32 Frames = 0;
-	App().SetFrameHook(
-		[&]()
+	ShowModal(Window,
+		[this](int32 Frame)
 		{
-			FHostClock::Advance(1.0 / 60.0);
-			if (++Frames == 3)
+			if (Frame == 3)
 			{
 				App().GetMessageHandler().OnMouseDown(EKeys::LeftMouseButton, FVector2D(10, 10), FModifierKeysState());
 				App().GetMessageHandler().OnMouseUp(EKeys::LeftMouseButton, FVector2D(10, 10), FModifierKeysState());
 			}
-			if (Frames == 5)
+			if (Frame == 5)
 			{
 				EXPECT_EQ(Log, FTextList());
 				App().GetMessageHandler().OnKeyDown(EKeys::Escape, FModifierKeysState(), false);
 			}
-			if (Frames > 100)
-			{
-				ADD_FAILURE() << "the window does not close";
-				App().RequestExit();
-			}
 		});
-	App().AddModalWindow(Window, nullptr);
-	App().SetFrameHook(nullptr);
-	EXPECT_GE(Frames, 5);
 	PumpFrame();
 	ClickAt(FVector2D(10, 10));
 	EXPECT_EQ(Log.size(), 3u);
@@ -421,26 +431,16 @@ TEST_F(FApplicationTest, WhatAModalWindowCoversGetsNoKeys)
 	Show(InCorner(Below));
 	App().SetKeyboardFocus(Below, EFocusCause::SetDirectly);
 	Log.clear();
-	const auto Type = [this](const FKey& Key) { App().GetMessageHandler().OnKeyDown(Key, FModifierKeysState(), false); };
-	int32 Frames = 0;
-	App().SetFrameHook(
-		[&]()
+	ShowModal(SNew(SWindow).ClientSize(FVector2D(300, 100))[SNew(SBox)],
+		[&Below](int32 Frame)
 		{
-			FHostClock::Advance(1.0 / 60.0);
-			if (++Frames == 3)
+			if (Frame == 3)
 			{
 				EXPECT_FALSE(App().SetKeyboardFocus(Below, EFocusCause::SetDirectly));
 			}
 			// From the first frame on, before the window was laid out.
-			Type(Frames < 5 ? EKeys::A : EKeys::Escape);
-			if (Frames > 20)
-			{
-				ADD_FAILURE() << "the window does not close";
-				App().RequestExit();
-			}
+			App().GetMessageHandler().OnKeyDown(Frame < 5 ? EKeys::A : EKeys::Escape, FModifierKeysState(), false);
 		});
-	App().AddModalWindow(SNew(SWindow).ClientSize(FVector2D(300, 100))[SNew(SBox)], nullptr);
-	App().SetFrameHook(nullptr);
 	EXPECT_EQ(Log, (FTextList{ "Below blur", "Below focus" })) << "it comes back when the window is gone";
 	PressKey("B");
 	EXPECT_EQ(Log.back(), "Below key B");
@@ -451,7 +451,7 @@ TEST_F(FApplicationTest, WhatHasLeftTheWindowGetsNoKeysAndKeepsNoPopup)
 	const TSharedRef<SProbe> Gone = SNew(SProbe).Focusable(true).Log(&Log);
 	Show(InCorner(Gone));
 	App().SetKeyboardFocus(Gone, EFocusCause::SetDirectly);
-	const TSharedRef<IMenu> Menu = App().PushMenu(Gone, SNew(SBox), GetRect(*Gone), MenuPlacement_BelowAnchor, false);
+	const TSharedRef<IMenu> Menu = Open(Gone, SNew(SBox));
 	PumpFrame();
 	EXPECT_TRUE(Menu->IsOpen());
 	Log.clear();
@@ -505,15 +505,11 @@ TEST_F(FApplicationTest, ClosingAPopupMayRunFrames)
 {
 	const TSharedRef<SProbe> Owner = SNew(SProbe);
 	Show(InCorner(Owner));
-	const auto Open = [&]() {
-		return App().PushMenu(
-			Owner, SNew(SBox).WidthOverride(20.0f).HeightOverride(20.0f), GetRect(*Owner), MenuPlacement_BelowAnchor, false);
-	};
-	const TSharedRef<IMenu> First = Open();
-	const TSharedRef<IMenu> Second = Open();
+	const TSharedRef<IMenu> First = Open(Owner, SNew(SBox).WidthOverride(20.0f).HeightOverride(20.0f));
+	const TSharedRef<IMenu> Second = Open(Owner, SNew(SBox).WidthOverride(20.0f).HeightOverride(20.0f));
 	PumpFrame();
 	Second->GetOnMenuDismissed().AddLambda(
-		[this](TSharedRef<IMenu>)
+		[](TSharedRef<IMenu>)
 		{
 			App().DismissAllMenus();
 			App().Tick();
@@ -524,14 +520,7 @@ TEST_F(FApplicationTest, ClosingAPopupMayRunFrames)
 
 TEST(PopupPlacement, StaysInTheWindow)
 {
-	struct FCase
-	{
-		const char* Why;
-		FSlateRect Anchor;
-		EMenuPlacement Placement;
-		FSlateRect Expected;
-	};
-	const FCase Cases[] = {
+	const std::tuple<const char*, FSlateRect, EMenuPlacement, FSlateRect> Cases[] = {
 		{ "below, level with the left edge", FSlateRect(10, 10, 60, 30), MenuPlacement_BelowAnchor, FSlateRect(10, 32, 110, 72) },
 		{ "above when there is no room below", FSlateRect(10, 180, 60, 198), MenuPlacement_BelowAnchor, FSlateRect(10, 138, 110, 178) },
 		{ "below when there is no room above", FSlateRect(10, 10, 60, 30), MenuPlacement_AboveAnchor, FSlateRect(10, 32, 110, 72) },
@@ -542,14 +531,9 @@ TEST(PopupPlacement, StaysInTheWindow)
 			FSlateRect(100, 78, 200, 118) },
 		{ "and at the bottom too", FSlateRect(60, 150, 150, 176), MenuPlacement_MenuRight, FSlateRect(100, 108, 200, 148) },
 	};
-	for (const FCase& Case : Cases)
+	for (const auto& [Why, Anchor, Placement, Expected] : Cases)
 	{
-		SCOPED_TRACE(Case.Why);
-		const FSlateRect Placed = FPopup::PlacePopup(Case.Anchor, FVector2D(100, 40), Case.Placement, FVector2D(200, 200));
-		EXPECT_EQ(Placed.Left, Case.Expected.Left);
-		EXPECT_EQ(Placed.Top, Case.Expected.Top);
-		EXPECT_EQ(Placed.Right, Case.Expected.Right);
-		EXPECT_EQ(Placed.Bottom, Case.Expected.Bottom);
+		EXPECT_EQ(FPopup::PlacePopup(Anchor, FVector2D(100, 40), Placement, FVector2D(200, 200)), Expected) << Why;
 	}
 }
 
