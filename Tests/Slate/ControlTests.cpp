@@ -19,6 +19,14 @@ class FControls : public FWidgetTest
 protected:
 	/** At the window's corner, in its own size. */
 	void ShowSmall(const TSharedRef<SWidget>& Widget) { Show(SNew(SBox).HAlign(HAlign_Left).VAlign(VAlign_Top)[Widget]); }
+	static auto Counting(int32& Clicks)
+	{
+		return [&Clicks]
+		{
+			++Clicks;
+			return FReply::Handled();
+		};
+	}
 	/** Fill and outline of the rounded boxes on screen, in painting order: "rrggbbaa/rrggbbaa". */
 	static FTextList Boxes()
 	{
@@ -75,12 +83,7 @@ TEST_F(FControls, ButtonClicksAreReleasesInsideAfterAPressInside)
 				  .Text(INVTEXT("Go"))
 				  .OnHovered_Lambda([&Hovers] { ++Hovers; })
 				  .OnUnhovered_Lambda([&Hovers] { Hovers += 10; })
-				  .OnClicked_Lambda(
-					  [&Clicks]
-					  {
-						  ++Clicks;
-						  return FReply::Handled();
-					  }));
+				  .OnClicked_Lambda(Counting(Clicks)));
 	const FVector2D Inside = GetCenter(Button.ToSharedRef());
 	const FVector2D Outside(500, 500);
 	Click(Button.ToSharedRef());
@@ -112,14 +115,7 @@ TEST_F(FControls, ButtonsTakeEnterAndSpaceWhenFocused)
 {
 	int32 Clicks = 0;
 	TSharedPtr<SButton> Button;
-	ShowSmall(SAssignNew(Button, SButton)
-				  .Text(INVTEXT("Go"))
-				  .OnClicked_Lambda(
-					  [&Clicks]
-					  {
-						  ++Clicks;
-						  return FReply::Handled();
-					  }));
+	ShowSmall(SAssignNew(Button, SButton).Text(INVTEXT("Go")).OnClicked_Lambda(Counting(Clicks)));
 	PressKey("Enter");
 	EXPECT_EQ(Clicks, 0) << "not focused";
 	PressKey("Tab");
@@ -356,12 +352,7 @@ TEST_F(FToasts, ButtonsShowInTheirState)
 TEST_F(FToasts, LetTheMouseThroughBetweenThem)
 {
 	int32 Clicks = 0;
-	Show(SNew(SButton).OnClicked_Lambda(
-		[&Clicks]
-		{
-			++Clicks;
-			return FReply::Handled();
-		})[SNew(SSpacer)]);
+	Show(SNew(SButton).OnClicked_Lambda(Counting(Clicks))[SNew(SSpacer)]);
 	Add(TEXT("Upper"));
 	Add(TEXT("Lower"));
 	PumpFrame();
