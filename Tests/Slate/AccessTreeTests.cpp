@@ -94,12 +94,7 @@ namespace
 TEST_F(FAccessTest, EachControlHasItsRoleNameAndState)
 {
 	const TArray<TSharedPtr<FString>> Options = { MakeShared<FString>(TEXT("One")), MakeShared<FString>(TEXT("Two")) };
-	const struct
-	{
-		const char* What;
-		TSharedRef<SWidget> Widget;
-		FTextList Lines;
-	} Cases[] = {
+	const std::tuple<const char*, TSharedRef<SWidget>, FTextList> Cases[] = {
 		{ "a text", SNew(STextBlock).Text(INVTEXT("Hello")), { "label \"Hello\"" } },
 		{ "an empty text is nothing", SNew(STextBlock), {} },
 		{ "a button by its label", SNew(SButton).Text(INVTEXT("Send")), { "button \"Send\"" } },
@@ -132,10 +127,10 @@ TEST_F(FAccessTest, EachControlHasItsRoleNameAndState)
 		{ "an open area", SNew(SExpandableArea).AreaTitle(INVTEXT("Details")).BodyContent()[SNew(STextBlock).Text(INVTEXT("Body"))],
 			{ "group \"Details\" (expanded)", "\tbutton \"Details\"", "\tlabel \"Body\"" } },
 	};
-	for (const auto& Case : Cases)
+	for (const auto& [What, Widget, Lines] : Cases)
 	{
-		SCOPED_TRACE(Case.What);
-		EXPECT_EQ(LookAt(SNew(SBox).HAlign(HAlign_Left).VAlign(VAlign_Top)[Case.Widget]), Case.Lines);
+		SCOPED_TRACE(What);
+		EXPECT_EQ(LookAt(SNew(SBox).HAlign(HAlign_Left).VAlign(VAlign_Top)[Widget]), Lines);
 	}
 }
 

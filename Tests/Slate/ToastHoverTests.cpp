@@ -89,14 +89,7 @@ TEST(ToastPlace, NothingThatIsKeptClearIsCoveredByTheLowestToast)
 	const FSlateRect Buttons(1100.0f, 730.0f, 1260.0f, 780.0f);
 	const FSlateRect Box(10.0f, 640.0f, 1260.0f, 720.0f);
 	const FSlateRect None;
-	struct FCase
-	{
-		const char* What;
-		FVector2D Window;
-		TArray<FSlateRect> KeepClear;
-		float Bottom;
-	};
-	const FCase Cases[] = {
+	const std::tuple<const char*, FVector2D, TArray<FSlateRect>, float> Cases[] = {
 		{ "nothing to keep clear", FVector2D(1280, 800), {}, 800.0f },
 		{ "what is not to be seen", FVector2D(1280, 800), { None, None }, 800.0f },
 		{ "beside a panel", FVector2D(1700, 800), { Buttons, Box }, 800.0f },
@@ -107,11 +100,11 @@ TEST(ToastPlace, NothingThatIsKeptClearIsCoveredByTheLowestToast)
 		{ "too low for both", FVector2D(1280, 800), { Buttons, FSlateRect(10.0f, 149.0f, 1260.0f, 720.0f) }, 730.0f },
 		{ "too low even for the buttons", FVector2D(1280, 800), { FSlateRect(1100.0f, 100.0f, 1260.0f, 780.0f), Box }, 100.0f },
 	};
-	for (const FCase& Case : Cases)
+	for (const auto& [What, Window, KeepClear, Bottom] : Cases)
 	{
-		const FSlateRect Place = FHostNotifications::FindPlace(Stack, Case.Window, Case.KeepClear);
-		const float Right = static_cast<float>(Case.Window.X);
-		EXPECT_EQ(Place, FSlateRect(Right - 376.0f, Case.Bottom - 150.0f, Right, Case.Bottom)) << Case.What;
+		const FSlateRect Place = FHostNotifications::FindPlace(Stack, Window, KeepClear);
+		const float Right = static_cast<float>(Window.X);
+		EXPECT_EQ(Place, FSlateRect(Right - 376.0f, Bottom - 150.0f, Right, Bottom)) << What;
 	}
 	EXPECT_EQ(FHostNotifications::FindPlace(Stack, FVector2D(300, 100), {}), FSlateRect(0.0f, -50.0f, 300.0f, 100.0f))
 		<< "the newest is seen whole";
