@@ -70,6 +70,22 @@ protected:
 		FWidgetTest::TearDown();
 	}
 
+	void Choose(const char* Menu, const char* Entry)
+	{
+		Click(FindByText(Menu));
+		Click(FindByText(Entry));
+		PumpFrame();
+	}
+
+	TSharedRef<SEditableTextBox> OpenConsole()
+	{
+		FGlobalTabmanager::Get()->TryInvokeTab(FTabId(SEditorFrame::GetLogTabName()));
+		PumpFrame();
+		const TSharedRef<SEditableTextBox> Box = StaticCastSharedRef<SEditableTextBox>(FindByTag("ConsoleInput"));
+		App().SetKeyboardFocus(Box);
+		return Box;
+	}
+
 	/** The colour in which the words of a widget are painted, as RRGGBB. */
 	static std::string PaintedColor(const std::string& Text)
 	{
@@ -120,35 +136,26 @@ TEST_F(FEditorFrameTest, TheIndexMenuIsOpenedWithTheMouseAndPaintsWhatCanBeDone)
 
 TEST_F(FEditorFrameTest, TabsAreClosedAndOpenedAgainByTheMenu)
 {
-	Click(FindByText("Window"));
-	Click(FindByText("Output Log"));
+	Choose("Window", "Output Log");
 	EXPECT_TRUE(IsShown(FindByTag("LogList")));
-	Click(FindByText("Window"));
-	Click(FindByText("Velmora AI"));
-	PumpFrame();
+	Choose("Window", "Velmora AI");
 	EXPECT_EQ(Frame->GetDockArea()->GetTabs().Num(), 2);
 	EXPECT_TRUE(IsShown(FindByTag("InputTextBox")));
 	for (int32 Left = 1; Left >= 0; --Left)
 	{
-		Click(FindByText("Window"));
-		Click(FindByText("Close Tab"));
-		PumpFrame();
+		Choose("Window", "Close Tab");
 		EXPECT_EQ(Frame->GetDockArea()->GetTabs().Num(), Left);
 	}
 	Click(FindByText("Window"));
 	EXPECT_FALSE(FWidgetFinder::IsEnabledInTree(*FindByText("Close Tab")));
 	PressKey("Escape");
-	Click(FindByText("Tools"));
-	Click(FindByText("Velmora AI"));
-	PumpFrame();
+	Choose("Tools", "Velmora AI");
 	EXPECT_TRUE(IsShown(FindByTag("InputTextBox")));
 }
 
 TEST_F(FEditorFrameTest, TheFindStripHasOneLineWhereThereIsRoomForIt)
 {
-	Click(FindByText("Window"));
-	Click(FindByText("Velmora AI"));
-	PumpFrame();
+	Choose("Window", "Velmora AI");
 	App().SetKeyboardFocus(FindByTag("InputTextBox"));
 	PressKey("CTRL+F");
 	const std::pair<int32, bool> Widths[] = { { 1280, true }, { 720, true }, { 360, false } };
@@ -168,8 +175,7 @@ TEST_F(FEditorFrameTest, TheFindStripHasOneLineWhereThereIsRoomForIt)
 TEST_F(FEditorFrameTest, ToastsLeaveThePromptAndItsButtonsFree)
 {
 	FToastRoom::Install();
-	Click(FindByText("Window"));
-	Click(FindByText("Velmora AI"));
+	Choose("Window", "Velmora AI");
 	const auto Tell = [](const char* Text)
 	{
 		FNotificationInfo Info(FText::FromString(UTF8_TO_TCHAR(Text)));
@@ -191,9 +197,7 @@ TEST_F(FEditorFrameTest, ToastsLeaveThePromptAndItsButtonsFree)
 		EXPECT_GE(GetRect(*First).Top, 0.0f);
 	}
 	// Another tab has no prompt.
-	Click(FindByText("Window"));
-	Click(FindByText("Output Log"));
-	PumpFrame();
+	Choose("Window", "Output Log");
 	EXPECT_GT(GetRect(*Second).Bottom, 370.0f);
 	FToastRoom::Uninstall();
 	FHostNotifications::Clear();
@@ -201,8 +205,7 @@ TEST_F(FEditorFrameTest, ToastsLeaveThePromptAndItsButtonsFree)
 
 TEST_F(FEditorFrameTest, FramesOfFindEndAtTheEdgeOfTheList)
 {
-	Click(FindByText("Window"));
-	Click(FindByText("Velmora AI"));
+	Choose("Window", "Velmora AI");
 	FString Text;
 	for (int32 Line = 0; Line < 60; ++Line)
 	{
@@ -312,34 +315,24 @@ TEST_F(FEditorFrameTest, TheFindStripLooksThroughASourceToo)
 
 TEST_F(FEditorFrameTest, TheEditMenuWorksOnTheTextBefore)
 {
-	FGlobalTabmanager::Get()->TryInvokeTab(FTabId(SEditorFrame::GetLogTabName()));
-	PumpFrame();
-	const TSharedRef<SEditableTextBox> Box = StaticCastSharedRef<SEditableTextBox>(FindByTag("ConsoleInput"));
-	App().SetKeyboardFocus(Box);
+	const TSharedRef<SEditableTextBox> Box = OpenConsole();
 	TypeText("some words");
 	Click(FindByText("Edit"));
 	EXPECT_FALSE(FWidgetFinder::IsEnabledInTree(*FindByText("Copy"))) << "nothing is selected";
 	Click(FindByText("Select All"));
 	EXPECT_TRUE(Box->HasKeyboardFocus());
-	Click(FindByText("Edit"));
-	Click(FindByText("Cut"));
+	Choose("Edit", "Cut");
 	EXPECT_EQ(Utf8(Box->GetText()), "");
-	Click(FindByText("Edit"));
-	Click(FindByText("Paste"));
-	Click(FindByText("Edit"));
-	Click(FindByText("Paste"));
+	Choose("Edit", "Paste");
+	Choose("Edit", "Paste");
 	EXPECT_EQ(Utf8(Box->GetText()), "some wordssome words");
-	Click(FindByText("Edit"));
-	Click(FindByText("Undo"));
+	Choose("Edit", "Undo");
 	EXPECT_EQ(Utf8(Box->GetText()), "some words");
 }
 
 TEST_F(FEditorFrameTest, TheConsoleReadsSetsAndCompletes)
 {
-	FGlobalTabmanager::Get()->TryInvokeTab(FTabId(SEditorFrame::GetLogTabName()));
-	PumpFrame();
-	const TSharedRef<SEditableTextBox> Box = StaticCastSharedRef<SEditableTextBox>(FindByTag("ConsoleInput"));
-	App().SetKeyboardFocus(Box);
+	const TSharedRef<SEditableTextBox> Box = OpenConsole();
 	Log->Clear();
 	TypeText("velmora.Conv");
 	PressKey("Tab");
