@@ -105,13 +105,7 @@ TEST_F(Access, EveryTaggedControlThatIsShownHasRoleNameAndState)
 
 TEST_F(Access, EveryPageDialogAndMenuHasNames)
 {
-	struct FCase
-	{
-		const char* What;
-		std::string Script;
-		const char* Line;
-	};
-	const FCase Cases[] = {
+	const std::tuple<const char*, std::string, const char*> Cases[] = {
 		{ "a menu", "key F10\n", "menu item \"New Conversation.*" },
 		{ "find", "key CTRL+F\n", "text box \"Find in the conversation\" .*" },
 		{ "conversations", "key CTRL+SHIFT+H\n", "text box \"Search all conversations\".*" },
@@ -119,11 +113,11 @@ TEST_F(Access, EveryPageDialogAndMenuHasNames)
 		{ "a narrow page, its names above", "resize 360 800\nkey ALT+W\ntick 5\nkey ENTER\ntick 20\nkey TAB\ntick 5\nkey ENTER\ntick 60\n",
 			"text box \"Project Description\".*" },
 	};
-	for (const FCase& Case : Cases)
+	for (const auto& [What, Script, Line] : Cases)
 	{
-		SCOPED_TRACE(Case.What);
-		const std::string Tree = Look(Case.Script);
-		EXPECT_TRUE(HasLine(Tree, Case.Line)) << Tree;
+		SCOPED_TRACE(What);
+		const std::string Tree = Look(Script);
+		EXPECT_TRUE(HasLine(Tree, Line)) << Tree;
 		EXPECT_EQ(FindNameless(Tree), "");
 	}
 }

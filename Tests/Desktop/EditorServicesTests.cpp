@@ -47,23 +47,18 @@ protected:
 
 TEST_F(FEditorServicesTest, AssetsOpenFromTheContentFolderAlone)
 {
-	struct FCase
-	{
-		const TCHAR* Asset;
-		std::string Opened;
-	};
-	const FCase Cases[] = {
+	const std::pair<const TCHAR*, std::string> Cases[] = {
 		{ TEXT("/Game/Maps/Start"), "file " + Project.AtBytes("P/Content/Maps/Start.umap") },
 		{ TEXT("/Game/Inner/Start"), "file " + Project.AtBytes("P/Content/Maps/Start.umap") },
 		{ TEXT("/Game/Link"), "" },
 	};
-	for (const FCase& Case : Cases)
+	for (const auto& [Name, Expected] : Cases)
 	{
 		Opened.clear();
-		UObject* Asset = StaticLoadObject(UObject::StaticClass(), nullptr, Case.Asset);
+		UObject* Asset = StaticLoadObject(UObject::StaticClass(), nullptr, Name);
 		ASSERT_NE(Asset, nullptr);
-		EXPECT_EQ(GEditor->GetEditorSubsystem<UAssetEditorSubsystem>()->OpenEditorForAsset(Asset), !Case.Opened.empty());
-		EXPECT_EQ(Opened, Case.Opened);
+		EXPECT_EQ(GEditor->GetEditorSubsystem<UAssetEditorSubsystem>()->OpenEditorForAsset(Asset), !Expected.empty());
+		EXPECT_EQ(Opened, Expected);
 	}
 }
 

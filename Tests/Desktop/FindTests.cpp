@@ -56,13 +56,7 @@ TEST(SoughtMessage, IsTheOneWithTheLineAndTheBestPlace)
 		Messages.Add(Messages.Num() % 2 == 0 ? FChatMessage::CreateUserMessage(Text) : FChatMessage::CreateAIMessage(Text, false));
 	}
 	Messages.Insert(FChatMessage::CreateToolSummaryMessage(), 1);
-	const struct
-	{
-		const TCHAR* Excerpt;
-		int32 Position;
-		bool bIsUser;
-		int32 Index;
-	} Rows[] = {
+	const std::tuple<const TCHAR*, int32, bool, int32> Rows[] = {
 		{ TEXT("count the snails"), 0, true, 0 },
 		{ TEXT("\u2026the snails, please"), 0, true, 3 },
 		{ TEXT("count the snails\u2026"), 2, true, 3 },
@@ -72,10 +66,9 @@ TEST(SoughtMessage, IsTheOneWithTheLineAndTheBestPlace)
 		{ TEXT("Count the snails"), 0, true, INDEX_NONE },
 		{ TEXT("\u2026"), 0, true, INDEX_NONE },
 	};
-	for (const auto& Row : Rows)
+	for (const auto& [Excerpt, Position, bIsUser, Index] : Rows)
 	{
-		EXPECT_EQ(SoughtMessage::Find(Messages, { FString(), Row.Position, Row.bIsUser, Row.Excerpt }), Row.Index)
-			<< Utf8(FString(Row.Excerpt));
+		EXPECT_EQ(SoughtMessage::Find(Messages, { FString(), Position, bIsUser, Excerpt }), Index) << Utf8(FString(Excerpt));
 	}
 	// "sna cou" is nowhere like that, so the longest word is framed.
 	const TArray<Velmora::FFoundPlace> Places = { { 0, 5 }, { 10, 6 } };

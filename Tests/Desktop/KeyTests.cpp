@@ -13,17 +13,13 @@ namespace fs = std::filesystem;
 
 TEST(KeyBindings, AreReadCheckedAndKept)
 {
-	const struct
-	{
-		const char* Text;
-		bool bIsKey;
-	} Texts[] = { { "Ctrl+F", true }, { "Ctrl+Alt+Shift+F3", true }, { "Escape", true }, { "", true }, { "Ctrl+", false },
-		{ "Strg+F", false }, { "Ctrl+Nothing", false }, { "Ctrl", false } };
-	for (const auto& Row : Texts)
+	const std::pair<const char*, bool> Texts[] = { { "Ctrl+F", true }, { "Ctrl+Alt+Shift+F3", true }, { "Escape", true }, { "", true },
+		{ "Ctrl+", false }, { "Strg+F", false }, { "Ctrl+Nothing", false }, { "Ctrl", false } };
+	for (const auto& [Text, bIsKey] : Texts)
 	{
 		FInputChord Chord;
-		EXPECT_EQ(FKeyBindings::Parse(UTF8_TO_TCHAR(Row.Text), Chord), Row.bIsKey) << Row.Text;
-		EXPECT_EQ(Utf8(FKeyBindings::Print(Chord)), Row.bIsKey ? Row.Text : "") << Row.Text;
+		EXPECT_EQ(FKeyBindings::Parse(UTF8_TO_TCHAR(Text), Chord), bIsKey) << Text;
+		EXPECT_EQ(Utf8(FKeyBindings::Print(Chord)), bIsKey ? Text : "") << Text;
 	}
 	// Menus have the sign that is printed on the key, the file has its name.
 	const std::pair<const char*, const char*> Signs[] = { { "Ctrl+Equals", "Ctrl+=" }, { "Ctrl+Hyphen", "Ctrl+-" },
@@ -35,20 +31,17 @@ TEST(KeyBindings, AreReadCheckedAndKept)
 		EXPECT_EQ(Utf8(Chord.GetInputText()), Sign);
 		EXPECT_EQ(Utf8(FKeyBindings::Print(Chord)), Text);
 	}
-	const struct
-	{
-		const char* Text;
-		const char* Complaint;
-	} Checks[] = { { "Ctrl+J", "" }, { "F5", "" }, { "Escape", "" }, { "Ctrl+Enter", "sends the prompt" },
-		{ "Ctrl+Left", "moves in texts" }, { "Shift+J", "types something" }, { "J", "types something" }, { "Alt+F", "for the menus" },
-		{ "Ctrl+C", "copies text" }, { "Shift+Hyphen", "Shift+- types something" } };
-	for (const auto& Row : Checks)
+	const std::pair<const char*, const char*> Checks[] = { { "Ctrl+J", "" }, { "F5", "" }, { "Escape", "" },
+		{ "Ctrl+Enter", "sends the prompt" }, { "Ctrl+Left", "moves in texts" }, { "Shift+J", "types something" },
+		{ "J", "types something" }, { "Alt+F", "for the menus" }, { "Ctrl+C", "copies text" },
+		{ "Shift+Hyphen", "Shift+- types something" } };
+	for (const auto& [Text, Expected] : Checks)
 	{
 		FInputChord Chord;
-		ASSERT_TRUE(FKeyBindings::Parse(UTF8_TO_TCHAR(Row.Text), Chord));
+		ASSERT_TRUE(FKeyBindings::Parse(UTF8_TO_TCHAR(Text), Chord));
 		const std::string Complaint = Utf8(FKeyBindings::CheckKey(Chord));
-		EXPECT_EQ(Complaint.empty(), std::string(Row.Complaint).empty()) << Row.Text << ": " << Complaint;
-		EXPECT_TRUE(Contains(Complaint, Row.Complaint)) << Complaint;
+		EXPECT_EQ(Complaint.empty(), std::string(Expected).empty()) << Text << ": " << Complaint;
+		EXPECT_TRUE(Contains(Complaint, Expected)) << Complaint;
 	}
 
 	const FTempFolder Folder;

@@ -8,14 +8,7 @@ namespace fs = std::filesystem;
 
 TEST(Program, HelpVersionAndWrongOptions)
 {
-	struct FCase
-	{
-		std::vector<std::string> Arguments;
-		int ExitCode;
-		const char* Output;
-		const char* Error;
-	};
-	const FCase Cases[] = {
+	const std::tuple<std::vector<std::string>, int, const char*, const char*> Cases[] = {
 		{ { "--help" }, 0, "--screenshot FILE", "" },
 		{ { "--version" }, 0, "velmora ", "" },
 		{ { "--nonsense" }, 2, "", "Unknown option \"--nonsense\"" },
@@ -43,13 +36,13 @@ TEST(Program, HelpVersionAndWrongOptions)
 		{ { "--script", "/does/not/exist" }, 2, "", "The script \"/does/not/exist\" could not be read" },
 		{ { "--headless", "--project", "/does/not/exist", "--prompt", "help" }, 1, "", "\"/does/not/exist\" does not exist" },
 	};
-	for (const FCase& Case : Cases)
+	for (const auto& [Arguments, ExitCode, Output, Error] : Cases)
 	{
-		SCOPED_TRACE(Case.Arguments[0]);
-		const FRun Run = RunProgram(Case.Arguments);
-		EXPECT_EQ(Run.ExitCode, Case.ExitCode);
-		EXPECT_TRUE(Contains(Run.Output, Case.Output)) << Run.Output;
-		EXPECT_TRUE(Contains(Run.Error, Case.Error)) << Run.Error;
+		SCOPED_TRACE(Arguments[0]);
+		const FRun Run = RunProgram(Arguments);
+		EXPECT_EQ(Run.ExitCode, ExitCode);
+		EXPECT_TRUE(Contains(Run.Output, Output)) << Run.Output;
+		EXPECT_TRUE(Contains(Run.Error, Error)) << Run.Error;
 	}
 }
 

@@ -76,12 +76,7 @@ TEST(RecordFile, BrokenLinesAreNone)
 
 TEST(RecordFile, BrokenFilesAreRefusedInWords)
 {
-	struct FCase
-	{
-		std::string Content;
-		const char* Complaint;
-	};
-	const FCase Cases[] = {
+	const std::pair<std::string, const char*> Cases[] = {
 		{ "", "\"x.rec\" is no recording." },
 		{ "click #SendButton\n", "\"x.rec\" is no recording." },
 		{ "velmora-record 2\nbegin\n", "The recording \"x.rec\" was made by another version of the program, which writes them otherwise." },
@@ -94,9 +89,9 @@ TEST(RecordFile, BrokenFilesAreRefusedInWords)
 		{ Head, "" },
 		{ Head + "note \"x\"\nt 0.5\nend\n", "" },
 	};
-	for (const FCase& Case : Cases)
+	for (const auto& [Content, Complaint] : Cases)
 	{
-		EXPECT_EQ(Complain(Case.Content), Case.Complaint) << Case.Content;
+		EXPECT_EQ(Complain(Content), Complaint) << Content;
 	}
 }
 

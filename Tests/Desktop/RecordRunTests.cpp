@@ -157,13 +157,7 @@ TEST(Record, WhatIsBrokenOrOfAnotherIsNotObeyed)
 {
 	const FRandomProject Project;
 	const std::string Begun = "velmora-record 1\nversion \"0\"\nstart 639055008000000000 0\nwindow 640 480 1\nsession 0 0 0\n";
-	struct FCase
-	{
-		std::string Content;
-		int ExitCode;
-		const char* Error;
-	};
-	const FCase Cases[] = {
+	const std::tuple<std::string, int, const char*> Cases[] = {
 		{ "hello\n", 2, "is no recording." },
 		{ "velmora-record 99\n", 2, "was made by another version" },
 		{ Begun + "begin\nt 0\nt one\n", 2, "Line 8 of the recording" },
@@ -175,13 +169,13 @@ TEST(Record, WhatIsBrokenOrOfAnotherIsNotObeyed)
 			0, "" },
 		{ Begun + "begin\nt 5\nt 1\nsize 99999999 -5 0 1\nt 2\npress 1 NoSuchKey 1e300 -1e300 99\npreedit 1 \"\" 99\nt 3\n", 0, "" },
 	};
-	for (const FCase& Case : Cases)
+	for (const auto& [Content, ExitCode, Error] : Cases)
 	{
-		Project.Write("odd.rec", Case.Content);
+		Project.Write("odd.rec", Content);
 		fs::remove(Project.Path("again.png"));
 		const FRun Run = Replay(Project, "odd.rec");
-		EXPECT_EQ(Run.ExitCode, Case.ExitCode) << Case.Content << Run.Error;
-		EXPECT_TRUE(Contains(Run.Error, Case.Error)) << Case.Content << Run.Error;
-		EXPECT_EQ(fs::exists(Project.Path("again.png")), Case.ExitCode == 0) << Case.Content;
+		EXPECT_EQ(Run.ExitCode, ExitCode) << Content << Run.Error;
+		EXPECT_TRUE(Contains(Run.Error, Error)) << Content << Run.Error;
+		EXPECT_EQ(fs::exists(Project.Path("again.png")), ExitCode == 0) << Content;
 	}
 }

@@ -91,12 +91,7 @@ TEST(Script, RepeatsByteByByte)
 
 TEST(Script, StopsWithTheLineThatFails)
 {
-	struct FCase
-	{
-		const char* Script;
-		const char* Error;
-	};
-	const FCase Cases[] = {
+	const std::pair<const char*, const char*> Cases[] = {
 		{ "tick 1\n\njump 3\n", "script run.txt:3: There is no step \"jump\"." },
 		{ "answer file a.txt\n", "script run.txt:1: No save dialog is open." },
 		{ "tick 2\nclick #NoSuchTag\n", "script run.txt:2: Nothing on screen is called \"#NoSuchTag\"." },
@@ -108,12 +103,12 @@ TEST(Script, StopsWithTheLineThatFails)
 		{ "close-tab\nclick #SendButton\n", "script run.txt:2: Nothing on screen is called \"#SendButton\"." },
 	};
 	const FRandomProject Project;
-	for (const FCase& Case : Cases)
+	for (const auto& [Script, Error] : Cases)
 	{
-		SCOPED_TRACE(Case.Script);
-		const FRun Run = RunScript(Project, Case.Script);
+		SCOPED_TRACE(Script);
+		const FRun Run = RunScript(Project, Script);
 		EXPECT_EQ(Run.ExitCode, 2);
-		EXPECT_TRUE(Contains(Run.Error, Case.Error)) << Run.Error;
+		EXPECT_TRUE(Contains(Run.Error, Error)) << Run.Error;
 	}
 }
 

@@ -39,13 +39,7 @@ namespace
 TEST(Shell, TheExitCodeTellsWhetherItWasDoneAndTheLastLineWhyNot)
 {
 	const FRandomProject Project;
-	struct FCase
-	{
-		const char* Prompt;
-		int ExitCode;
-		const char* LastLine;
-	};
-	const FCase Cases[] = {
+	const std::tuple<const char*, int, const char*> Cases[] = {
 		{ "create made.md with \"x\"", 0, "" },
 		{ "find Nothing0815", 0, "" },
 		{ "create made.md with \"x\"", 1, "velmora: Not changed: it is there already" },
@@ -56,14 +50,14 @@ TEST(Shell, TheExitCodeTellsWhetherItWasDoneAndTheLastLineWhyNot)
 		{ "delete it", 1, "velmora: Which file do you mean?" },
 		{ "first find x, then delete nothing.md", 1, "velmora: Not changed: it cannot be found" },
 	};
-	for (const FCase& Case : Cases)
+	for (const auto& [Prompt, ExitCode, Expected] : Cases)
 	{
-		SCOPED_TRACE(Case.Prompt);
-		const FRun Run = RunProgram({ "--headless", "--project", Project.Folder.string(), "--prompt", Case.Prompt });
-		EXPECT_EQ(Run.ExitCode, Case.ExitCode) << Run.Output << Run.Error;
-		if (Case.ExitCode != 0)
+		SCOPED_TRACE(Prompt);
+		const FRun Run = RunProgram({ "--headless", "--project", Project.Folder.string(), "--prompt", Prompt });
+		EXPECT_EQ(Run.ExitCode, ExitCode) << Run.Output << Run.Error;
+		if (ExitCode != 0)
 		{
-			EXPECT_EQ(LastLine(Run.Error).substr(0, std::string(Case.LastLine).size()), Case.LastLine) << Run.Error;
+			EXPECT_EQ(LastLine(Run.Error).substr(0, std::string(Expected).size()), Expected) << Run.Error;
 		}
 	}
 }

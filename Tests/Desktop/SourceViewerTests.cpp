@@ -26,25 +26,20 @@ namespace
 
 TEST(SourceText, KeepsTheLayoutOfLines)
 {
-	const struct
-	{
-		const char* Code;
-		FTextList Lines;
-		int32 Widest;
-	} Rows[] = {
+	const std::tuple<const char*, FTextList, int32> Rows[] = {
 		{ "", { "1 " }, 0 },
 		{ "a\n", { "1 a" }, 1 },
 		{ "a\r\n\r\nb", { "1 a", "2 ", "3 b" }, 1 },
 		{ "\tif\n  \tx\ty", { "1     if", "2     x   y" }, 9 },
 		{ "\n\n", { "1 ", "2 " }, 0 },
 	};
-	for (const auto& Row : Rows)
+	for (const auto& [Code, Lines, Widest] : Rows)
 	{
 		for (const TCHAR* const Language : { TEXT(""), TEXT("cpp") })
 		{
-			const FSourceText Text = SourceText::Make(UTF8_TO_TCHAR(Row.Code), Language);
-			EXPECT_EQ(ListLines(Text), Row.Lines) << Row.Code;
-			EXPECT_EQ(Text.WidestCells, Row.Widest) << Row.Code;
+			const FSourceText Text = SourceText::Make(UTF8_TO_TCHAR(Code), Language);
+			EXPECT_EQ(ListLines(Text), Lines) << Code;
+			EXPECT_EQ(Text.WidestCells, Widest) << Code;
 		}
 	}
 	const FSourceText Long = SourceText::Make(FString::ChrN(SourceText::MaxLineLength + 7, TEXT('x')) + TEXT("\ny"), FString());

@@ -45,13 +45,8 @@ namespace
 
 TEST_F(Window, ThePromptHasTheKeyboardAfterWhatIsDoneInTheChat)
 {
-	struct FCase
-	{
-		const char* What;
-		std::string Script;
-	};
 	const std::string Ask = "type find " + Project.Symbol + "\nkey CTRL+ENTER\nwait idle 60\n";
-	const FCase Cases[] = {
+	const std::pair<const char*, std::string> Cases[] = {
 		{ "a mode picked", "click #ModeComboBox\ntick 5\nclick Advisor\n" },
 		{ "sent by the button", "type find " + Project.Symbol + "\ntick 5\nclick #SendButton\nwait idle 60\n" },
 		{ "a new conversation", Ask + "click #NewConversationButton\n" },
@@ -66,10 +61,10 @@ TEST_F(Window, ThePromptHasTheKeyboardAfterWhatIsDoneInTheChat)
 			Ask + "click #NewConversationButton\ntick 5\nclick #ConversationComboBox\ntick 60\nclick find " + Project.Symbol + "\n" },
 		{ "the tab opened again", "click Window\nclick Close Tab\ntick 5\nclick Tools\nclick Velmora AI\n" },
 	};
-	for (const FCase& Case : Cases)
+	for (const auto& [What, Script] : Cases)
 	{
-		SCOPED_TRACE(Case.What);
-		Run("wait idle 30\n" + Case.Script + "tick 10\ntype half a sentence\ntick 5\ndump end.json\n");
+		SCOPED_TRACE(What);
+		Run("wait idle 30\n" + Script + "tick 10\ntype half a sentence\ntick 5\ndump end.json\n");
 		EXPECT_EQ(FocusIn("end.json"), "#InputTextBox");
 		EXPECT_EQ(FindField(Dump("end.json"), "promptText"), "half a sentence");
 	}
