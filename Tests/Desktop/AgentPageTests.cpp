@@ -20,6 +20,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <mutex>
 #include <sys/stat.h>
 #include <thread>
 
@@ -209,9 +210,13 @@ TEST_F(FAgentPageTest, AFileThatCannotBeReadIsLeftAlone)
 TEST_F(FAgentPageTest, ATestSaysInOneSentenceWhatItFound)
 {
 	using namespace PeerText;
+	// While it is held, the server keeps its answers back.
+	std::mutex Thinking;
+	std::unique_lock Thinks(Thinking);
 	FScriptedPeer Peer(FScriptedPeer::AnswerEach(
-		[](const FPeerConnection::FRequest& Request, int)
+		[&Thinking](const FPeerConnection::FRequest& Request, int)
 		{
+			const std::scoped_lock Lock(Thinking);
 			return Request.Method == "GET"
 				? Answer("200 OK", "application/json", R"({"data":[{"id":"tiny","meta":{"n_ctx":8192}},{"id":"huge"}]})")
 				: Stream({ Say("Yes."), Chunk("{}", "stop"), "[DONE]" });
@@ -222,11 +227,14 @@ TEST_F(FAgentPageTest, ATestSaysInOneSentenceWhatItFound)
 	// The list takes over what comes while it is open.
 	Click(FindByTag("ConnectionModelList"));
 	EXPECT_TRUE(IsOnScreen("Asking the server"));
+	Thinks.unlock();
 	EXPECT_TRUE(WaitUntil([] { return IsOnScreen("huge"); }));
 	PressKey("Escape");
 	EXPECT_FALSE(IsOnScreen("huge"));
+	Thinks.lock();
 	Click(FindByTag("TestConnection"));
 	EXPECT_TRUE(IsOnScreen("Asking the server"));
+	Thinks.unlock();
 	EXPECT_TRUE(WaitUntil([] { return IsOnScreen("tiny"); }));
 	Click(FindByTag("ConnectionModelList"));
 	EXPECT_TRUE(IsOnScreen("huge"));
