@@ -58,6 +58,8 @@ TEST(SystemPaths, Collapse)
 		{ TEXT("/a..b/...c"), "/a..b/...c" },
 		{ TEXT("/../etc"), nullptr },
 		{ TEXT("C:/../x"), nullptr },
+		{ TEXT("./P:./x"), "./P:./x" }, // No drive comes to be by what is left out in front of a name.
+		{ TEXT("a/../P:/./x"), "./P:/x" },
 	};
 	for (const FCase& Case : Cases)
 	{

@@ -314,6 +314,11 @@ bool FPaths::CollapseRelativeDirectories(FString& Path)
 	{
 		Result += TEXT("/");
 	}
+	// A relative path stays relative, also when its first name looks like a drive ("./P:x").
+	if (RootLength == 0 && GetRootLength(Result) > 0)
+	{
+		Result = TEXT("./") + Result;
+	}
 	Path = MoveTemp(Result);
 	return true;
 }
