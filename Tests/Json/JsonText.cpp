@@ -90,6 +90,13 @@ TEST(JsonText, NumbersAndEscapes)
 	EXPECT_EQ(Condensed(Parse(TEXT("[1.5,1e2,-0.25E-1]"))), "[1.5,100,-0.025000000000000001]");
 	EXPECT_EQ(Condensed(Parse(TEXT("[0e90,-0.00E+400,0e-999999999,0.0e23,\"0e5\\\"0e5\",10e1,0.0001e90]"))),
 		"[0,-0,0,0,\"0e5\\\"0e5\",100,1e+86]");
+	const FString LongZero = FString(TEXT("0.")) + FString::ChrN(90, TEXT('0'));
+	const FString Long = FString::ChrN(60, TEXT('9'));
+	EXPECT_EQ(Condensed(Parse(TEXT("[") + LongZero + TEXT(",-") + LongZero + TEXT(",") + LongZero + TEXT("1e91,") + Long + TEXT("e240]"))),
+		"[0,-0,1,1.0000000000000001e+300]");
+	FString TooBig;
+	EXPECT_FALSE(Parse(TEXT("[") + Long + TEXT("e308]"), &TooBig));
+	EXPECT_EQ(Utf8(TooBig), "Number too big to be stored in double. Line: 1 Column: 2");
 	EXPECT_EQ(Condensed(Parse(TEXT("[0,-0,-0.0,-1e-999,-1,{\"a\":-0}]"))), "[0,-0,-0,-0,-1,{\"a\":-0}]");
 	std::setlocale(LC_NUMERIC, OldLocale ? OldLocale : "C");
 	const FString Controls(FStringView(TEXT("\0\x01\b\f\n\r\t\x1F\x7F/\u2028"), 11));

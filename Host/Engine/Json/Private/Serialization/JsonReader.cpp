@@ -2,6 +2,9 @@
 
 #include "Containers/Array.h"
 #include "Math/UnrealMathUtility.h"
+#include "Serialization/JsonLongNumbers.h"
+
+#include <cmath>
 
 // A broken text must never end the process: what the library takes for granted it only evaluates.
 #define RAPIDJSON_ASSERT(Expression) static_cast<void>(Expression)
@@ -41,6 +44,10 @@ namespace
 	class FValueBuilder
 	{
 	public:
+		explicit FValueBuilder(const TArray<FJsonLongNumber>& InLongNumbers)
+			: LongNumbers(&InLongNumbers)
+		{
+		}
 		bool Null() { return Add(MakeShared<FJsonValueNull>()); }
 		bool Bool(bool bValue) { return Add(MakeShared<FJsonValueBoolean>(bValue)); }
 		/** What has a minus in front; zero comes this way as "-0" alone, and keeps its sign. */
@@ -48,7 +55,16 @@ namespace
 		bool Uint(unsigned Value) { return Double(Value); }
 		bool Int64(int64_t Value) { return Double(double(Value)); }
 		bool Uint64(uint64_t Value) { return Double(double(Value)); }
-		bool Double(double Value) { return Add(MakeShared<FJsonValueNumber>(Value)); }
+		bool Double(double Value)
+		{
+			if (NextLong < LongNumbers->Num() && (*LongNumbers)[NextLong].Ordinal == NumberCount)
+			{
+				Value = (*LongNumbers)[NextLong++].Value;
+			}
+			++NumberCount;
+			bTooBig = std::isinf(Value);
+			return !bTooBig && Add(MakeShared<FJsonValueNumber>(Value));
+		}
 		bool RawNumber(const TCHAR*, rapidjson::SizeType, bool) { return false; }
 		bool String(const TCHAR* Text, rapidjson::SizeType Length, bool)
 		{
@@ -75,6 +91,8 @@ namespace
 		}
 
 		TSharedPtr<FJsonValue> Root;
+		/** Whether the text was refused for a number that no double can hold. */
+		bool bTooBig = false;
 
 	private:
 		struct FLevel
@@ -114,6 +132,9 @@ namespace
 		}
 
 		TArray<FLevel> Open;
+		const TArray<FJsonLongNumber>* LongNumbers;
+		int32 NextLong = 0;
+		int32 NumberCount = 0;
 	};
 
 	/** What the escape of four hex digits at Index stands for, if there is one and it names half of a surrogate pair; else 0. */
@@ -161,43 +182,6 @@ namespace
 		return Result;
 	}
 
-	/**
-	 * Blanks out the exponents of zeros, which the parser computes wrongly: it takes the highest bit of the digits, and zero
-	 * has none. Other places of the text stay where they are.
-	 */
-	void BlankExponentsOfZero(FString& Text)
-	{
-		bool bInString = false;
-		const int32 Length = Text.Len();
-		for (int32 Index = 0; Index < Length; ++Index)
-		{
-			const TCHAR Letter = Text[Index];
-			Index += bInString && Letter == TEXT('\\') ? 1 : 0;
-			bInString = bInString != (Letter == TEXT('"'));
-			if (bInString || (Letter != TEXT('e') && Letter != TEXT('E')) || Index == 0 || Text[Index - 1] != TEXT('0'))
-			{
-				continue;
-			}
-			int32 Begin = Index;
-			while (Begin > 0 && (Text[Begin - 1] == TEXT('0') || Text[Begin - 1] == TEXT('.')))
-			{
-				--Begin;
-			}
-			int32 End = Index + 1;
-			End += End < Length && (Text[End] == TEXT('+') || Text[End] == TEXT('-')) ? 1 : 0;
-			const int32 Digits = End;
-			while (End < Length && FChar::IsDigit(Text[End]))
-			{
-				++End;
-			}
-			const bool bZero = Begin == 0 || !FChar::IsDigit(Text[Begin - 1]);
-			for (int32 Blank = Index; bZero && End > Digits && Blank < End; ++Blank)
-			{
-				Text[Blank] = TEXT(' ');
-			}
-		}
-	}
-
 	FString DescribePlace(const FString& Text, std::size_t Offset)
 	{
 		int32 Line = 1;
@@ -212,7 +196,7 @@ namespace
 	}
 }
 
-// 1. The library's parser, after what it computes wrongly was blanked out. 2. Once more for lone halves of pairs, which
+// 1. The library's parser, after what it computes wrongly was taken out. 2. Once more for lone halves of pairs, which
 // it refuses. 3. Words and place of an error. 4. Nothing may follow the value.
 TSharedPtr<FJsonValue> FHostJsonReader::ReadAll()
 {
@@ -223,26 +207,27 @@ TSharedPtr<FJsonValue> FHostJsonReader::ReadAll()
 	}
 	bUsed = true;
 	Error.Reset();
-	BlankExponentsOfZero(Text);
+	const TArray<FJsonLongNumber> LongNumbers = TakeJsonLongNumbers(Text);
 	FTextStream Stream(*Text, Text.Len());
-	FValueBuilder Builder;
+	FValueBuilder Builder(LongNumbers);
 	rapidjson::GenericReader<FUtf16, FUtf16> Reader;
 	// Iterative, so that nesting uses no stack of ours; stopping at the end of the value, so that a null unit behind it
 	// is not taken for the end of the text.
-	constexpr unsigned Flags = rapidjson::kParseIterativeFlag | rapidjson::kParseFullPrecisionFlag | rapidjson::kParseStopWhenDoneFlag;
+	constexpr unsigned Flags = rapidjson::kParseIterativeFlag | rapidjson::kParseStopWhenDoneFlag;
 	rapidjson::ParseResult Result = Reader.Parse<Flags>(Stream, Builder);
 	if (Result.Code() == rapidjson::kParseErrorStringUnicodeSurrogateInvalid)
 	{
 		// Half a pair is good JSON: writers that cut a text between the halves escape it so.
 		Text = WriteOutLoneSurrogates(Text);
 		Stream = FTextStream(*Text, Text.Len());
-		Builder = FValueBuilder();
+		Builder = FValueBuilder(LongNumbers);
 		Result = Reader.Parse<Flags>(Stream, Builder);
 	}
 	if (Result.IsError())
 	{
-		Error = Result.Code() == rapidjson::kParseErrorTermination ? FString::Printf(TEXT("Nested deeper than %d levels."), MaxDepth)
-																   : FString(rapidjson::GetParseError_En(Result.Code()));
+		const rapidjson::ParseErrorCode Code = Builder.bTooBig ? rapidjson::kParseErrorNumberTooBig : Result.Code();
+		Error = Code == rapidjson::kParseErrorTermination ? FString::Printf(TEXT("Nested deeper than %d levels."), MaxDepth)
+														  : FString(rapidjson::GetParseError_En(Code));
 		Error += DescribePlace(Text, Result.Offset());
 		return nullptr;
 	}
