@@ -1,6 +1,7 @@
 #include "Text/FontCheck.h"
 
 #include <fontconfig/fontconfig.h>
+#include <string_view>
 
 namespace
 {
@@ -16,30 +17,36 @@ namespace
 		{ "Noto Color Emoji", TEXT("Noto Color Emoji"), TEXT("fonts-noto-color-emoji") },
 	};
 
-	/** Scripts that people write in here, a word of each, and what has its letters. */
+	/** Scripts that people write in here, common letters of each, and what has them. */
 	struct FWantedScript
 	{
-		const char* Language;
+		std::u32string_view Letters;
 		const TCHAR* Name;
 		const TCHAR* Package;
 	};
 	constexpr FWantedScript WantedScripts[] = {
-		{ "zh-cn", TEXT("Chinese"), TEXT("fonts-noto-cjk") },
-		{ "ja", TEXT("Japanese"), TEXT("fonts-noto-cjk") },
-		{ "ko", TEXT("Korean"), TEXT("fonts-noto-cjk") },
-		{ "th", TEXT("Thai"), TEXT("fonts-noto-core") },
-		{ "ar", TEXT("Arabic"), TEXT("fonts-noto-core") },
-		{ "hi", TEXT("Hindi"), TEXT("fonts-noto-core") },
-		{ "ta", TEXT("Tamil"), TEXT("fonts-noto-core") },
+		{ U"\u4E2D\u6587\u7684\u8FD9", TEXT("Chinese"), TEXT("fonts-noto-cjk") },
+		{ U"\u3042\u30A2\u65E5", TEXT("Japanese"), TEXT("fonts-noto-cjk") },
+		{ U"\uD55C\uAE00", TEXT("Korean"), TEXT("fonts-noto-cjk") },
+		{ U"\u0E01\u0E34\u0E48", TEXT("Thai"), TEXT("fonts-noto-core") },
+		{ U"\u0627\u0644\u0645", TEXT("Arabic"), TEXT("fonts-noto-core") },
+		{ U"\u0915\u093F\u094D", TEXT("Hindi"), TEXT("fonts-noto-core") },
+		{ U"\u0BA4\u0BCD\u0BBF", TEXT("Tamil"), TEXT("fonts-noto-core") },
 	};
 
-	/** By what fonts say that they are for: the letters themselves would take a look into each file. */
-	bool HasFontFor(const char* Language)
+	/**
+	 * By the letters and not by the languages that a font is for: it is for none of which it lacks a single rare letter. The font
+	 * cache knows the letters, so no file is opened.
+	 */
+	bool HasFontWith(std::u32string_view Letters)
 	{
 		FcPattern* Pattern = FcPatternCreate();
-		FcLangSet* Languages = FcLangSetCreate();
-		FcLangSetAdd(Languages, reinterpret_cast<const FcChar8*>(Language));
-		FcPatternAddLangSet(Pattern, FC_LANG, Languages);
+		FcCharSet* Wanted = FcCharSetCreate();
+		for (const char32_t Letter : Letters)
+		{
+			FcCharSetAddChar(Wanted, Letter);
+		}
+		FcPatternAddCharSet(Pattern, FC_CHARSET, Wanted);
 		FcObjectSet* Objects = FcObjectSetBuild(FC_FAMILY, nullptr);
 		FcFontSet* Found = FcFontList(nullptr, Pattern, Objects);
 		const bool bHas = Found && Found->nfont > 0;
@@ -48,7 +55,7 @@ namespace
 			FcFontSetDestroy(Found);
 		}
 		FcObjectSetDestroy(Objects);
-		FcLangSetDestroy(Languages);
+		FcCharSetDestroy(Wanted);
 		FcPatternDestroy(Pattern);
 		return bHas;
 	}
@@ -96,7 +103,7 @@ FString FFontCheck::FindMissingScripts()
 	TArray<FString> Packages;
 	for (const FWantedScript& Script : WantedScripts)
 	{
-		if (!HasFontFor(Script.Language))
+		if (!HasFontWith(Script.Letters))
 		{
 			Names.Add(Script.Name);
 			Packages.AddUnique(Script.Package);
