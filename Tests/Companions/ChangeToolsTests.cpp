@@ -164,6 +164,32 @@ TEST_F(ChangeTools, AWriteThatFailsHalfwayLeavesTheOldFile)
 	EXPECT_TRUE(MakeTools().WriteFile("a.txt", "new\n").bSuccess) << "works again";
 }
 
+TEST_F(ChangeTools, WhatIsMadeOfAFileWhileItIsChangedStays)
+{
+	MakeTools().CreateFile("kept.txt", "");
+	for (const char* Path : { "written.txt", "deleted.txt" })
+	{
+		Project.Write(Path, "old\n");
+	}
+	Velmora::FChangeTools Tools = MakeTools();
+	// It is looked at, and comes to be another before the change is made.
+	Tools.SetGuard(
+		[this](const std::string& Path, const Velmora::FEntryInfo&, const std::string&, const Velmora::FNewContent&)
+		{
+			Project.Write(Path, "made by hand\n");
+			return std::string();
+		});
+
+	EXPECT_EQ(Tools.WriteFile("written.txt", "new\n").Problem, "it was changed by somebody else at that moment");
+	EXPECT_EQ(Tools.DeleteFile("deleted.txt").Problem, "it was changed by somebody else at that moment");
+	for (const char* Path : { "written.txt", "deleted.txt" })
+	{
+		EXPECT_EQ(ReadFile(Path), "made by hand\n");
+	}
+	EXPECT_EQ(ListProject().size(), 3u) << "nothing is left beside";
+	EXPECT_EQ(Journal->TakePerformed().size(), 1u);
+}
+
 TEST_F(ChangeTools, TellWhatTheyHaveDone)
 {
 	MakeTools().CreateFile("a.txt", "x");

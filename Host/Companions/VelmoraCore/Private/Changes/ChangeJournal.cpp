@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
-#include <cstring>
 #include <filesystem>
 #include <iterator>
 #include <system_error>
@@ -14,6 +13,7 @@
 
 #include "Changes/ContentHash.h"
 #include "Host/HostFileNames.h"
+#include "Host/HostSystemErrors.h"
 #include "Host/StoreLocation.h"
 #include "Misc/Guid.h"
 #include "Tools/SteeringFiles.h"
@@ -338,13 +338,14 @@ namespace Velmora
 		const FNewContent& Content, std::string& InOutNote)
 	{
 		FChangeRecord& Record = Records.front();
+		const FEntryStamp Stamp = Info.GetStamp();
 		if (Content.bIsDeletion)
 		{
-			return Access.Remove(Record.Path);
+			return Access.Remove(Record.Path, &Stamp);
 		}
 		if (Content.bIsFolder || !Content.LinkTarget.empty())
 		{
-			return MakeNoFile(Access, Record, Info.Kind == EEntryKind::Absent, Content);
+			return MakeNoFile(Access, Record, Stamp, Content);
 		}
 		const bool bIsNew = Info.Kind != EEntryKind::File;
 		const bool bSetsMode = !bIsNew && Content.bSetsMode;
@@ -354,6 +355,7 @@ namespace Velmora
 		Options.Mode = bSetsMode ? (Info.Mode & 07000) | Content.Mode : !bIsNew ? Info.Mode : Content.Mode != 0 ? Content.Mode : 0666;
 		Options.bObeysMask = bIsNew && Content.Mode == 0;
 		Options.bMayReplace = !bIsNew;
+		Options.Replaced = &Stamp;
 		Options.Traits = bIsNew ? nullptr : &Info.Traits;
 		Options.OutLost = &Lost;
 		std::vector<std::string> Made;
@@ -389,11 +391,13 @@ namespace Velmora
 		return std::string();
 	}
 
-	std::string FChangeJournal::MakeNoFile(const FProjectAccess& Access, FChangeRecord& Record, bool bIsNew, const FNewContent& Content)
+	std::string FChangeJournal::MakeNoFile(
+		const FProjectAccess& Access, FChangeRecord& Record, const FEntryStamp& Replaced, const FNewContent& Content)
 	{
 		FProjectAccess::FWriteOptions Options;
 		Options.TemporaryName = Record.TemporaryName;
-		Options.bMayReplace = !bIsNew;
+		Options.bMayReplace = Replaced.Kind != EEntryKind::Absent;
+		Options.Replaced = &Replaced;
 		std::vector<std::string> Made;
 		std::string Problem = Access.MakeParents(Content.bIsFolder ? Record.Path + "/x" : Record.Path, Made);
 		if (Problem.empty() && !Content.bIsFolder)
@@ -436,7 +440,7 @@ namespace Velmora
 		auto NewContents = std::make_unique<FKeptContents>(Final);
 		if (!bDone || !NewContents->DescribeRefusal().empty())
 		{
-			const std::string Reason = bDone ? NewContents->DescribeRefusal() : strerror(MakeError);
+			const std::string Reason = bDone ? NewContents->DescribeRefusal() : HostDescribeSystemError(MakeError);
 			std::error_code Error;
 			std::filesystem::remove_all(bDone ? Final : Fresh, Error);
 			return Refusal + Reason;

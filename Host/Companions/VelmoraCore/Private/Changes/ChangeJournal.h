@@ -235,7 +235,8 @@ namespace Velmora
 		/** The change itself. */
 		static std::string Make(const FProjectAccess& Access, std::vector<FChangeRecord>& Records, const FEntryInfo& Info,
 			const FNewContent& Content, std::string& InOutNote);
-		static std::string MakeNoFile(const FProjectAccess& Access, FChangeRecord& Record, bool bIsNew, const FNewContent& Content);
+		static std::string MakeNoFile(
+			const FProjectAccess& Access, FChangeRecord& Record, const FEntryStamp& Replaced, const FNewContent& Content);
 
 		/** Lets the oldest contents go until there is room. */
 		std::string Keep(const std::string& Bytes, const std::string& Hash, const FChangeTransaction& ForTransaction);

@@ -255,11 +255,9 @@ namespace Velmora
 	{
 		struct stat Before = {};
 		fstat(File.Get(), &Before);
-		const ssize_t Count = HostRetryInterrupted([&] { return write(File.Get(), Line.data(), Line.size()); });
-		if (Count != static_cast<ssize_t>(Line.size()) || (bIsDurable && !File.Flush()))
+		if (!File.Write(Line) || (bIsDurable && !File.Flush()))
 		{
-			const std::string Reason =
-				Count >= 0 && Count < static_cast<ssize_t>(Line.size()) ? "the disk is full" : HostDescribeSystemError(errno);
+			const std::string Reason = HostDescribeSystemError(errno);
 			// Half a line would spoil the next one.
 			[[maybe_unused]] const int Ignored = HostRetryInterrupted([&] { return ftruncate(File.Get(), Before.st_size); });
 			return Reason;

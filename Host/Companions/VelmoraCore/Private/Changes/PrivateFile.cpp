@@ -4,7 +4,6 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include "Changes/ProjectAccess.h"
 #include "Host/FileDescriptor.h"
@@ -67,15 +66,8 @@ namespace Velmora::PrivateFile
 			OutProblem = Path + " may be read by others. Make it yours alone: chmod 600 \"" + Path + "\".";
 			return false;
 		}
-		OutText.resize(MaxFileBytes + 1);
-		size_t Length = 0;
-		ssize_t Count = 0;
-		while (Length < OutText.size() && (Count = read(File.Get(), OutText.data() + Length, OutText.size() - Length)) > 0)
-		{
-			Length += static_cast<size_t>(Count);
-		}
-		OutText.resize(Length);
-		if (Count < 0 || Length > MaxFileBytes)
+		OutText.clear();
+		if (!File.Read(OutText, MaxFileBytes + 1) || OutText.size() > MaxFileBytes)
 		{
 			OutText.clear();
 			OutProblem = Path + " cannot be read, or is larger than 1 MiB.";

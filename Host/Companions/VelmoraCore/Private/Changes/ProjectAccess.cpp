@@ -7,7 +7,6 @@
 #include <climits>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 
 #include <fcntl.h>
 #include <linux/openat2.h>
@@ -51,7 +50,6 @@ namespace Velmora
 			case EROFS:
 				return "the disk is read-only";
 			case ENOSPC:
-			case EDQUOT:
 				return "the disk is full";
 			case EFBIG:
 				return "the file would become too large";
@@ -67,7 +65,7 @@ namespace Velmora
 			case EIO:
 				return "the disk reports an error";
 			default:
-				return std::string("the system says: ") + strerror(Error);
+				return HostDescribeSystemError(Error);
 			}
 		}
 
@@ -85,6 +83,7 @@ namespace Velmora
 												: EEntryKind::Other;
 			Info.Mode = Status.st_mode & 07777;
 			Info.Size = static_cast<uint64_t>(Status.st_size);
+			Info.ModifiedAt = Status.st_mtim.tv_sec * 1'000'000'000 + Status.st_mtim.tv_nsec;
 			Info.Device = Status.st_dev;
 			Info.Number = Status.st_ino;
 			Info.NameCount = Status.st_nlink;
@@ -111,18 +110,17 @@ namespace Velmora
 			return Opened;
 		}
 
-		bool WriteBytes(int Handle, std::string_view Bytes)
+		/** Why a name does not stand for what it did when it was looked at, or nothing. */
+		std::string RefuseOther(const FFileDescriptor& Folder, const std::string& Name, const FEntryStamp& Known)
 		{
-			while (!Bytes.empty())
+			struct stat Status;
+			const bool bIsThere = fstatat(Folder.Get(), Name.c_str(), &Status, AT_SYMLINK_NOFOLLOW) == 0;
+			if (!bIsThere && errno != ENOENT)
 			{
-				const ssize_t Count = HostRetryInterrupted([&] { return write(Handle, Bytes.data(), Bytes.size()); });
-				if (Count < 0)
-				{
-					return false;
-				}
-				Bytes.remove_prefix(static_cast<size_t>(Count));
+				return DescribeLastError();
 			}
-			return true;
+			const FEntryStamp Now = bIsThere ? ToEntryInfo(Status).GetStamp() : FEntryStamp();
+			return Now == Known ? std::string() : "it was changed by somebody else at that moment";
 		}
 	}
 
@@ -336,17 +334,20 @@ namespace Velmora
 		}
 		OutInfo.Traits = FileTraits::Read(File.Get());
 		// A file may grow while it is read; the bound holds all the same.
-		char Buffer[65536];
-		while (OutInfo.Size <= MaxBytes && OutBytes.size() <= MaxBytes)
+		if (OutInfo.Size <= MaxBytes)
 		{
-			const ssize_t Count = HostRetryInterrupted([&] { return read(File.Get(), Buffer, sizeof(Buffer)); });
-			if (Count <= 0)
+			if (!File.Read(OutBytes, MaxBytes + 1))
 			{
-				return Count == 0 ? std::string() : DescribeLastError();
+				const std::string Problem = DescribeLastError();
+				OutBytes.clear();
+				return Problem;
 			}
-			OutBytes.append(Buffer, static_cast<size_t>(Count));
+			if (OutBytes.size() <= MaxBytes)
+			{
+				return std::string();
+			}
+			OutBytes.clear();
 		}
-		OutBytes.clear();
 		return "it is larger than " + std::to_string(MaxBytes / (1024 * 1024)) + " MB";
 	}
 
@@ -414,7 +415,7 @@ namespace Velmora
 		{
 			return DescribeLastError();
 		}
-		bool bDone = WriteBytes(File.Get(), Bytes);
+		bool bDone = File.Write(Bytes);
 		if (bDone && !Options.bObeysMask)
 		{
 			const std::string Lost = Options.Traits ? FileTraits::Apply(File.Get(), *Options.Traits) : std::string();
@@ -479,6 +480,12 @@ namespace Velmora
 	std::string FProjectAccess::PutInPlace(const FFileDescriptor& Folder, const std::string& Name, const FWriteOptions& Options) const
 	{
 		const char* const Temporary = Options.TemporaryName.c_str();
+		const std::string Refusal = Options.Replaced ? RefuseOther(Folder, Name, *Options.Replaced) : std::string();
+		if (!Refusal.empty())
+		{
+			unlinkat(Folder.Get(), Temporary, 0);
+			return Refusal;
+		}
 		int Result = renameat2(Folder.Get(), Temporary, Folder.Get(), Name.c_str(), Options.bMayReplace ? 0 : RENAME_NOREPLACE);
 		if (Result != 0 && errno == EINVAL && !Options.bMayReplace)
 		{
@@ -516,10 +523,15 @@ namespace Velmora
 		return PutInPlace(OtherFolder, Other, Options);
 	}
 
-	std::string FProjectAccess::Remove(const std::string& Path) const
+	std::string FProjectAccess::Remove(const std::string& Path, const FEntryStamp* Removed) const
 	{
 		std::string Name;
 		const FFileDescriptor Folder = OpenParent(Path, Name);
+		const std::string Refusal = Folder.IsOpen() && Removed ? RefuseOther(Folder, Name, *Removed) : std::string();
+		if (!Refusal.empty())
+		{
+			return Refusal;
+		}
 		if (!Folder.IsOpen() || unlinkat(Folder.Get(), Name.c_str(), 0) != 0)
 		{
 			return DescribeLastError();

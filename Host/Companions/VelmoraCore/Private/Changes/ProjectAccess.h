@@ -33,6 +33,18 @@ namespace Velmora
 		bool operator==(const FFileTraits&) const = default;
 	};
 
+	/** By this an entry is taken to be untouched since it was looked at. Not by its number, which some file systems give anew. */
+	struct FEntryStamp
+	{
+		EEntryKind Kind = EEntryKind::Absent;
+		uint64_t Size = 0;
+
+		/** In nanoseconds. */
+		int64_t ModifiedAt = 0;
+
+		bool operator==(const FEntryStamp&) const = default;
+	};
+
 	struct FEntryInfo
 	{
 		EEntryKind Kind = EEntryKind::Absent;
@@ -49,8 +61,13 @@ namespace Velmora
 		uint32_t Mode = 0;
 		uint64_t Size = 0;
 
+		/** In nanoseconds. */
+		int64_t ModifiedAt = 0;
+
 		/** What a link points to, as stored. */
 		std::string LinkTarget;
+
+		FEntryStamp GetStamp() const { return { Kind, Size, ModifiedAt }; }
 	};
 
 	/** Which folder it is, whatever its name: also one that came to stand under the same number later is another one. */
@@ -132,6 +149,9 @@ namespace Velmora
 
 			/** False: whatever has come to stand there meanwhile stays, and the writing fails. */
 			bool bMayReplace = true;
+
+			/** The same for what stood there when it was looked at and is another now; null for whatever it is. */
+			const FEntryStamp* Replaced = nullptr;
 		};
 
 		/** Whole or not at all, and on the disk when it returns. */
@@ -157,8 +177,8 @@ namespace Velmora
 		/** Makes another name stand for the file of a path, whatever stood there. */
 		std::string LinkTo(const std::string& Path, const std::string& OtherName, const std::string& TemporaryName) const;
 
-		/** A file or link. */
-		std::string Remove(const std::string& Path) const;
+		/** A file or link. With a stamp only if it is still what it says. */
+		std::string Remove(const std::string& Path, const FEntryStamp* Removed = nullptr) const;
 
 		/** Makes the folders above a path that are missing; the outer ones first in OutMade, also on failure. */
 		std::string MakeParents(const std::string& Path, std::vector<std::string>& OutMade) const;

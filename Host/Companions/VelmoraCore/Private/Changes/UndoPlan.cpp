@@ -155,6 +155,7 @@ namespace Velmora
 		}
 		Target.bHasMoreNames = Info.Kind == EEntryKind::File && Info.NameCount > 1;
 		Target.Present = Target.bIsOurFolder ? FEntryState() : MakeEntryState(Info, Bytes);
+		Target.PresentStamp = Target.bIsOurFolder ? FEntryStamp() : Info.GetStamp();
 		if (Target.IsInPlace() || Target.Present.Kind != EEntryKind::File)
 		{
 			return std::string();

@@ -51,6 +51,9 @@ namespace Velmora
 		/** The bytes of Present: in memory, or else kept in the journal under this hash. */
 		std::string PresentBytes;
 		std::string PresentKept;
+
+		/** By which it is known to be still there. */
+		FEntryStamp PresentStamp;
 		std::string TemporaryName;
 
 		/** What the user made of it between two changes of the agent, the latest first. The journal keeps the contents. */

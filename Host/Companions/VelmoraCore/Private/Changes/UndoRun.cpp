@@ -221,7 +221,9 @@ namespace Velmora
 		std::string Problem = Target.Wanted.Kind == EEntryKind::Absent ? std::string() : MakeParents(Target, Target.Path);
 		if (Problem.empty())
 		{
-			const FProjectAccess::FWriteOptions Options = Target.MakeOptions(Target.Wanted);
+			// What somebody has made of it since it was looked at stays.
+			FProjectAccess::FWriteOptions Options = Target.MakeOptions(Target.Wanted);
+			Options.Replaced = &Target.PresentStamp;
 			Problem = bIsWrittenBeside[Index] ? Target.Access->PutInPlace(Target.Path, Options)
 											  : Put(Target, Target.Path, Target.Wanted, Options);
 			bIsWrittenBeside[Index] = false; // In place, or cleared away.
@@ -243,7 +245,7 @@ namespace Velmora
 	{
 		if (State.Kind == EEntryKind::Absent)
 		{
-			return Target.Access->Remove(Path);
+			return Target.Access->Remove(Path, Options.Replaced);
 		}
 		if (State.Kind == EEntryKind::Link)
 		{
