@@ -1,15 +1,13 @@
 #include "Store/StoreFiles.h"
 
 #include <cerrno>
-#include <chrono>
 #include <cstdio>
 #include <fcntl.h>
-#include <sys/file.h>
 #include <sys/stat.h>
-#include <thread>
 #include <unistd.h>
 
 #include "CoreMinimal.h"
+#include "Host/FileDescriptor.h"
 #include "Host/HostFileNames.h"
 #include "Host/StoreLocation.h"
 #include "Text/Utf8Text.h"
@@ -22,34 +20,6 @@ namespace Velmora::StoreFiles
 	namespace
 	{
 		constexpr const char* Companions[] = { "-wal", "-shm", "-journal" };
-	}
-
-	// The folder is locked and no file in it: the file that would hold a lock may be the one that is replaced.
-	FFolderLock::FFolderLock(const std::string& Path, int32 TimeoutMilliseconds)
-		// The folder is locked, not the file: the file may be replaced while somebody waits for it, and its lock would go with it.
-		: Folder(FFileDescriptor::Open(Path, O_RDONLY | O_DIRECTORY))
-	{
-		if (!Folder.IsOpen())
-		{
-			Outcome = FOutcome::FromSystem(errno, Path);
-			return;
-		}
-		// Asked again and again instead of waiting in the call, which would never come back while the other program hangs.
-		const auto End = std::chrono::steady_clock::now() + std::chrono::milliseconds(TimeoutMilliseconds);
-		while (HostRetryInterrupted([this] { return flock(Folder.Get(), LOCK_EX | LOCK_NB); }) != 0)
-		{
-			if (errno != EWOULDBLOCK || std::chrono::steady_clock::now() > End)
-			{
-				Outcome = FOutcome::FromSystem(errno, Path);
-				return;
-			}
-			std::this_thread::sleep_for(std::chrono::milliseconds(1));
-		}
-	}
-
-	FOutcome FFolderLock::Flush() const
-	{
-		return Folder.Flush() ? FOutcome::Done() : FOutcome::FromSystem(errno);
 	}
 
 	void FlushFolder(const std::string& Path)

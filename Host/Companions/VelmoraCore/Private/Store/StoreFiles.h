@@ -3,30 +3,11 @@
 #include <string>
 #include <vector>
 
-#include "Host/FileDescriptor.h"
 #include "Host/Outcome.h"
 
 /** The files of a store: the database, and what the database library keeps beside it. Any thread. */
 namespace Velmora::StoreFiles
 {
-	/** Makes the programs that create or replace a store in one folder take turns, for the life of this object. */
-	class FFolderLock
-	{
-	public:
-		/** Tries for that long. */
-		FFolderLock(const std::string& Path, int32 TimeoutMilliseconds);
-
-		/** Done when it is held, Busy when another program holds it. */
-		const FOutcome& GetOutcome() const { return Outcome; }
-
-		/** Makes renamings and new files in the folder last. */
-		FOutcome Flush() const;
-
-	private:
-		FFileDescriptor Folder;
-		FOutcome Outcome;
-	};
-
 	/** Makes new entries of a folder last; what cannot be flushed is left to the system. */
 	void FlushFolder(const std::string& Path);
 

@@ -12,6 +12,7 @@
 #include "Text/Utf8Text.h"
 #include "Async/Async.h"
 #include "Host/FileDescriptor.h"
+#include "Host/FolderLock.h"
 #include "Host/HostFileNames.h"
 #include "Host/HostSystemErrors.h"
 #include "Host/Sqlite.h"
@@ -128,7 +129,7 @@ namespace Velmora
 		{
 			return Made;
 		}
-		const StoreFiles::FFolderLock Lock(Folder, FrameTimeoutMilliseconds);
+		const FFolderLock Lock(Folder, FrameTimeoutMilliseconds);
 		if (Lock.GetOutcome().Is(EOutcome::Busy))
 		{
 			return FOutcome(
@@ -167,7 +168,7 @@ namespace Velmora
 
 	FOutcome FConversationStore::SetAside(EDamage Damage)
 	{
-		const StoreFiles::FFolderLock Lock(StoreFiles::GetFolder(GetPath()), FrameTimeoutMilliseconds);
+		const FFolderLock Lock(StoreFiles::GetFolder(GetPath()), FrameTimeoutMilliseconds);
 		if (!Lock.GetOutcome())
 		{
 			return FOutcome(

@@ -1,5 +1,6 @@
 #include "Store/ConversationStore.h"
 
+#include "Host/FolderLock.h"
 #include "Host/Sqlite.h"
 #include "Store/StoreFiles.h"
 #include "Store/StoreNotices.h"
@@ -36,7 +37,7 @@ namespace Velmora
 
 	FOutcome FConversationStore::ClaimSideStore(const std::string& Path)
 	{
-		const StoreFiles::FFolderLock Lock(StoreFiles::GetFolder(Path), FrameTimeoutMilliseconds);
+		const FFolderLock Lock(StoreFiles::GetFolder(Path), FrameTimeoutMilliseconds);
 		if (!Lock.GetOutcome())
 		{
 			return Lock.GetOutcome();

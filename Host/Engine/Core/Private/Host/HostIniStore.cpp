@@ -1,25 +1,19 @@
 #include "Host/HostIniStore.h"
 
 #include "Containers/Map.h"
+#include "Host/FolderLock.h"
 #include "Host/HostAtomicFile.h"
 #include "Host/HostDelayedWork.h"
 #include "Host/HostFileSystem.h"
 #include "Host/HostFolders.h"
 #include "Host/HostIniFile.h"
 #include "Host/HostServices.h"
-#include "Host/HostSystemErrors.h"
 #include "Misc/FileHelper.h"
 #include "HAL/FileManager.h"
 #include "Misc/Optional.h"
 #include "Misc/Paths.h"
 
-#include <cerrno>
-#include <chrono>
-#include <fcntl.h>
 #include <mutex>
-#include <sys/file.h>
-#include <thread>
-#include <unistd.h>
 #include <utility>
 
 // Settings in memory, written a moment after they change, on a thread of their own: a slider that is dragged sets a
@@ -33,8 +27,8 @@
 namespace
 {
 	constexpr double IniWriteSeconds = 0.5;
-	/** Of 5 ms each. A write takes a few. */
-	constexpr int32 IniLockTries = 200;
+	/** A write takes a few. Where somebody sits on the lock, or there are none, it goes on without. */
+	constexpr int32 IniLockMilliseconds = 1000;
 	/** No configuration is nearly as long; a file that is one is something else. */
 	constexpr int64 MaxIniBytes = 32 * 1024 * 1024;
 
@@ -71,42 +65,6 @@ namespace
 	{
 		return !Value.IsSet() || Value.GetValue().IsEmpty();
 	}
-
-	/**
-	 * Keeps other programs out while a file is read, changed and written, so that none of two changes is lost. By a lock of
-	 * the folder, which leaves nothing behind. Where there are no locks, or somebody sits on one, it goes on without.
-	 */
-	class FIniFolderLock
-	{
-	public:
-		explicit FIniFolderLock(const FString& Path)
-		{
-			const FString Folder = FPaths::GetPath(Path);
-			IFileManager::Get().MakeDirectory(*Folder, true);
-			const std::string Bytes = HostFileSystem::ToBytes(Folder);
-			Descriptor = HostRetryInterrupted([&Bytes] { return open(Bytes.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); });
-			for (int32 Try = 0; Descriptor >= 0 && Try < IniLockTries && flock(Descriptor, LOCK_EX | LOCK_NB) != 0; ++Try)
-			{
-				if (errno != EWOULDBLOCK && errno != EINTR)
-				{
-					break;
-				}
-				std::this_thread::sleep_for(std::chrono::milliseconds(5));
-			}
-		}
-		~FIniFolderLock()
-		{
-			if (Descriptor >= 0)
-			{
-				close(Descriptor);
-			}
-		}
-		FIniFolderLock(const FIniFolderLock&) = delete;
-		FIniFolderLock& operator=(const FIniFolderLock&) = delete;
-
-	private:
-		int Descriptor = -1;
-	};
 
 	struct FIniEntry
 	{
@@ -250,7 +208,9 @@ struct FHostIniStore::FState
 		}
 		// What stands there now, not what stood there at the start: somebody else may have written.
 		// 2. Read, change, write, with everybody else locked out.
-		const FIniFolderLock Lock(Entry.Path);
+		const FString Folder = FPaths::GetPath(Entry.Path);
+		IFileManager::Get().MakeDirectory(*Folder, true);
+		const FFolderLock Lock(HostFileSystem::ToBytes(Folder), IniLockMilliseconds);
 		FHostIniFile Document;
 		FString Reason;
 		bool bWritten = ReadIni(Entry.Path, Document, Reason);
