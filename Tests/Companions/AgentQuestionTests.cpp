@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <fstream>
 #include <sys/stat.h>
+#include <thread>
 
 using Velmora::EAgentAnswer;
 using Velmora::EConversationState;
@@ -269,6 +270,53 @@ TEST_F(AgentQuestionTests, BlanksAreAnsweredInOneSentence)
 	EXPECT_EQ(Utf8(Agent->GetCurrentTransactionId()), "");
 	EXPECT_EQ(Agent->GetCurrentConversationMetadata()->GetMessageCount(), 2);
 	EXPECT_EQ(Agent->GetState(), EConversationState::AwaitingInput);
+}
+
+TEST(PermissionRules, WhatCannotBeReadAllowsNothingAndStays)
+{
+	const std::string Path = testing::TempDir() + "velmora-rules-test/project.rules";
+	std::filesystem::remove_all(std::filesystem::path(Path).parent_path());
+	FPermissionRules Rules(Path, { "edit_file" });
+	EXPECT_EQ(Rules.Add({ false, "edit_file", "secret" }), "");
+	EXPECT_EQ(Rules.Judge("edit_file", "a"), EPermission::Allowed);
+	// Longer than any list of rules.
+	std::ofstream(Path, std::ios::app) << std::string(5 * 1024 * 1024, '\n');
+	const auto Size = std::filesystem::file_size(Path);
+	for (const char* Subject : { "a", "secret" })
+	{
+		EXPECT_EQ(Rules.Judge("edit_file", Subject), EPermission::Ask);
+	}
+	EXPECT_EQ(Rules.Add({ true, "edit_file", "b" }),
+		"The rule was not stored, since the others in " + Path + " cannot be read: it is larger than 4 MB.");
+	EXPECT_EQ(std::filesystem::file_size(Path), Size);
+	std::filesystem::remove_all(std::filesystem::path(Path).parent_path());
+}
+
+TEST(PermissionRules, OfSeveralProgramsAllAreKept)
+{
+	constexpr int ProgramCount = 4;
+	constexpr int RuleCount = 8;
+	const std::string Path = testing::TempDir() + "velmora-rules-test/project.rules";
+	std::filesystem::remove_all(std::filesystem::path(Path).parent_path());
+	std::vector<std::thread> Programs;
+	for (int Program = 0; Program < ProgramCount; ++Program)
+	{
+		Programs.emplace_back(
+			[&Path, Program]
+			{
+				FPermissionRules Rules(Path);
+				for (int Rule = 0; Rule < RuleCount; ++Rule)
+				{
+					EXPECT_EQ(Rules.Add({ false, "edit_file", std::to_string(Program) + '/' + std::to_string(Rule) }), "");
+				}
+			});
+	}
+	for (std::thread& Program : Programs)
+	{
+		Program.join();
+	}
+	EXPECT_EQ(FPermissionRules(Path).List().size(), static_cast<size_t>(ProgramCount * RuleCount));
+	std::filesystem::remove_all(std::filesystem::path(Path).parent_path());
 }
 
 TEST(PermissionRules, DenyBeatsAllowAndPrefixesAreLiteral)

@@ -1,9 +1,14 @@
 #include "Tools/PermissionRules.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <utility>
 
-#include "Changes/ProjectAccess.h"
+#include <fcntl.h>
+
+#include "Host/FileDescriptor.h"
+#include "Host/FolderLock.h"
+#include "Host/HostAtomicFile.h"
 #include "Host/HostFileNames.h"
 #include "Host/StoreLocation.h"
 #include "Text/Utf8Text.h"
@@ -14,6 +19,9 @@ namespace Velmora
 	{
 		/** A file of rules is written by people's clicks; a larger one is none of ours. */
 		constexpr uint64_t MaxRulesBytes = 4 * 1024 * 1024;
+
+		/** Another program's turn takes milliseconds; beyond, it goes on without. */
+		constexpr int32 TurnMilliseconds = 1000;
 
 		constexpr std::string_view AllowWord = "allow";
 		constexpr std::string_view DenyWord = "deny";
@@ -66,11 +74,6 @@ namespace Velmora
 				Subject.substr(Prefix.size()).find_first_of(";|&`$<>(){}\n\\!#") == std::string_view::npos;
 		}
 
-		std::pair<std::string, std::string> SplitPath(const std::string& Path)
-		{
-			const size_t Slash = Path.rfind('/');
-			return { Path.substr(0, Slash == std::string::npos ? 0 : Slash), Path.substr(Slash == std::string::npos ? 0 : Slash + 1) };
-		}
 	}
 
 	FPermissionRules::FPermissionRules(std::string InPath, std::vector<std::string> InAllowedCalls)
@@ -81,6 +84,14 @@ namespace Velmora
 
 	EPermission FPermissionRules::Judge(std::string_view Tool, std::string_view Subject) const
 	{
+		std::unique_lock Lock(Mutex);
+		const TOutcome<std::vector<FPermissionRule>> Rules = Read();
+		Lock.unlock();
+		if (!Rules)
+		{
+			// A refusal may stand among them.
+			return EPermission::Ask;
+		}
 		const std::string Call = std::string(Tool) + ' ' + std::string(Subject);
 		EPermission Permission =
 			std::any_of(AllowedCalls.begin(), AllowedCalls.end(),
@@ -91,7 +102,7 @@ namespace Velmora
 				})
 			? EPermission::Allowed
 			: EPermission::Ask;
-		for (const FPermissionRule& Rule : List())
+		for (const FPermissionRule& Rule : *Rules)
 		{
 			if (Rule.Tool == Tool && Utf8Text::StartsWith(Subject, Rule.Prefix))
 			{
@@ -108,38 +119,62 @@ namespace Velmora
 	std::vector<FPermissionRule> FPermissionRules::List() const
 	{
 		const std::scoped_lock Lock(Mutex);
-		return Read();
+		TOutcome<std::vector<FPermissionRule>> Rules = Read();
+		return Rules ? std::move(*Rules) : std::vector<FPermissionRule>();
 	}
 
 	std::string FPermissionRules::Add(const FPermissionRule& Rule)
 	{
-		const std::scoped_lock Lock(Mutex);
-		std::vector<FPermissionRule> Rules = Read();
-		if (std::find(Rules.begin(), Rules.end(), Rule) != Rules.end())
-		{
-			return std::string();
-		}
-		Rules.push_back(Rule);
-		return Write(Rules);
+		return Change(
+			[&Rule](std::vector<FPermissionRule>& Rules)
+			{
+				const bool bIsNew = std::find(Rules.begin(), Rules.end(), Rule) == Rules.end();
+				if (bIsNew)
+				{
+					Rules.push_back(Rule);
+				}
+				return bIsNew;
+			});
 	}
 
 	std::string FPermissionRules::Remove(const FPermissionRule& Rule)
 	{
-		const std::scoped_lock Lock(Mutex);
-		std::vector<FPermissionRule> Rules = Read();
-		return std::erase(Rules, Rule) == 0 ? std::string() : Write(Rules);
+		return Change([&Rule](std::vector<FPermissionRule>& Rules) { return std::erase(Rules, Rule) > 0; });
 	}
 
-	std::vector<FPermissionRule> FPermissionRules::Read() const
+	std::string FPermissionRules::Change(const std::function<bool(std::vector<FPermissionRule>&)>& Edit)
+	{
+		const std::scoped_lock Lock(Mutex);
+		const std::string Folder = Path.substr(0, Path.rfind('/'));
+		if (const FOutcome Made = MakePrivateFolder(HostFileNameFromBytes(Folder)); !Made)
+		{
+			return "The rule was not stored. " + Made.GetWords();
+		}
+		const FFolderLock Turn(Folder, TurnMilliseconds);
+		TOutcome<std::vector<FPermissionRule>> Rules = Read();
+		if (!Rules)
+		{
+			return "The rule was not stored, since the others in " + Path + " cannot be read: " + Rules.GetWords() + '.';
+		}
+		return Edit(*Rules) ? Write(*Rules) : std::string();
+	}
+
+	TOutcome<std::vector<FPermissionRule>> FPermissionRules::Read() const
 	{
 		std::vector<FPermissionRule> Rules;
-		const auto [Folder, Name] = SplitPath(Path);
-		const FProjectAccess Access(Folder);
-		std::string Bytes;
-		FEntryInfo Info;
-		if (!Access.IsOpen() || !Access.Read(Name, MaxRulesBytes, Bytes, Info).empty())
+		const FFileDescriptor File = FFileDescriptor::Open(Path, O_RDONLY | O_NONBLOCK);
+		if (!File.IsOpen() && (errno == ENOENT || errno == ENOTDIR))
 		{
 			return Rules;
+		}
+		std::string Bytes;
+		if (!File.IsOpen() || !File.Read(Bytes, MaxRulesBytes + 1))
+		{
+			return FOutcome::FromSystem(errno, Path);
+		}
+		if (Bytes.size() > MaxRulesBytes)
+		{
+			return FOutcome(EOutcome::Refused, "it is larger than 4 MB", Path);
 		}
 		for (const std::string_view Line : Utf8Text::SplitLines(Bytes))
 		{
@@ -159,16 +194,9 @@ namespace Velmora
 		{
 			Bytes += std::string(Rule.bAllows ? AllowWord : DenyWord) + '\t' + Escape(Rule.Tool) + '\t' + Escape(Rule.Prefix) + '\n';
 		}
-		const auto [Folder, Name] = SplitPath(Path);
-		if (const FOutcome Made = MakePrivateFolder(HostFileNameFromBytes(Folder)); !Made)
-		{
-			return "The rule was not stored. " + Made.GetWords();
-		}
-		const FProjectAccess Access(Folder);
-		FProjectAccess::FWriteOptions Options;
-		Options.TemporaryName = Name + ".new";
-		Options.Mode = 0600;
-		const std::string Problem = Access.IsOpen() ? Access.Write(Name, Bytes, Options) : Access.DescribeRefusal();
-		return Problem.empty() ? std::string() : "The rule was not stored: " + Problem + '.';
+		FString Reason;
+		const bool bIsWritten =
+			HostSaveFile(HostFileNameFromBytes(Path), Bytes.data(), static_cast<int64>(Bytes.size()), HostWritePrivate, Reason);
+		return bIsWritten ? std::string() : "The rule was not stored: " + HostFileNameToBytes(Reason) + '.';
 	}
 }

@@ -1,9 +1,12 @@
 #pragma once
 
+#include <functional>
 #include <mutex>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "Host/Outcome.h"
 
 namespace Velmora
 {
@@ -39,17 +42,22 @@ namespace Velmora
 		 */
 		explicit FPermissionRules(std::string InPath, std::vector<std::string> InAllowedCalls = {});
 
+		/** While the rules cannot be read nothing is allowed. */
 		EPermission Judge(std::string_view Tool, std::string_view Subject) const;
 
 		/** In the order in which they were made. A line that cannot be read is passed over, and allows nothing. */
 		std::vector<FPermissionRule> List() const;
 
-		// Empty, or a sentence that says why the file could not be written.
+		// Empty, or a sentence that says why the file stays as it is.
 		[[nodiscard]] std::string Add(const FPermissionRule& Rule);
 		[[nodiscard]] std::string Remove(const FPermissionRule& Rule);
 
 	private:
-		std::vector<FPermissionRule> Read() const;
+		/** What is not there holds no rules; what is there and cannot be read says why not. */
+		TOutcome<std::vector<FPermissionRule>> Read() const;
+
+		/** Lets Edit change them and writes them if it did, with other programs kept out. */
+		std::string Change(const std::function<bool(std::vector<FPermissionRule>&)>& Edit);
 		std::string Write(const std::vector<FPermissionRule>& Rules) const;
 
 		const std::string Path;
