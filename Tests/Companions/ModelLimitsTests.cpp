@@ -1,8 +1,11 @@
 #include "ModelTurnFixture.h"
 
 #include "Host/AgentQuestions.h"
+#include "Model/ModelUsage.h"
 
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 using namespace PeerText;
 using Velmora::EAgentAnswer;
@@ -46,6 +49,15 @@ namespace
 		{
 			return PumpUntil([this] { return Agent->GetState() == EConversationState::Paused || HasTurnEnded(); }) &&
 				Agent->GetState() == EConversationState::Paused;
+		}
+
+		/** A new agent with a model that takes so many tokens. */
+		void BeginWithContext(const FScriptedPeer& Peer, int64 Tokens)
+		{
+			FAgentConnection Connection = Make(Peer);
+			Connection.ContextTokens = Tokens;
+			FAgentConnections::Select(Connection);
+			CreateAgent();
 		}
 
 		uint32 OpenId = 0;
@@ -168,19 +180,43 @@ TEST_F(ModelLimits, ADayCountsOverSeveralRuns)
 	EXPECT_EQ(Ask("five"), "Done.");
 }
 
+TEST_F(ModelLimits, ADayCountsOverProgramsAtOnce)
+{
+	constexpr int ProgramCount = 3;
+	constexpr int64_t TurnCount = 10;
+	std::vector<pid_t> Programs;
+	for (int Index = 0; Index < ProgramCount; ++Index)
+	{
+		Programs.push_back(fork());
+		if (Programs.back() == 0)
+		{
+			for (int64_t Turn = 0; Turn < TurnCount; ++Turn)
+			{
+				Velmora::ModelUsage::Add("shared", { 1, 0.5 });
+			}
+			_exit(0);
+		}
+	}
+	for (const pid_t Program : Programs)
+	{
+		int Status = 0;
+		ASSERT_EQ(waitpid(Program, &Status, 0), Program);
+	}
+	const Velmora::ModelUsage::FSpent Spent = Velmora::ModelUsage::GetToday("shared");
+	EXPECT_EQ(Spent.Tokens, ProgramCount * TurnCount);
+	EXPECT_NEAR(Spent.Cost, ProgramCount * TurnCount * 0.5, 0.001);
+}
+
 TEST_F(ModelLimits, OldTurnsAreSummedUpByTheModel)
 {
 	Project.Write("AGENTS.md", "Always say moo.\n");
 	const std::string Long(3000, 'x');
 	FScriptedPeer Peer(Give({ Final("First."), Final("In short: you said xxx."), Final("Second.") }));
-	FAgentConnection Connection = Make(Peer);
-	Connection.ContextTokens = 2000;
-	FAgentConnections::Select(Connection);
 	Velmora::FBuiltInAgentOptions Options;
 	Options.bCanAsk = false;
 	Options.AllowedCalls = { TEXT("background") };
 	Velmora::SetBuiltInAgentOptions(Options);
-	CreateAgent();
+	BeginWithContext(Peer, 2000);
 	EXPECT_EQ(Ask(Long), "First.");
 	EXPECT_EQ(Ask(Long + " and now?"), "Second.");
 	ASSERT_EQ(Requests.size(), 3u);
@@ -200,10 +236,7 @@ TEST_F(ModelLimits, ABeginningIsSummedUpOnceForTheTurnsThatFollow)
 	const std::string Long(8000, 'x');
 	FScriptedPeer Peer(
 		Give({ Final("First."), Final("In short: xxx."), Final("Second."), Final("Third."), Final("In short: more."), Final("4") }));
-	FAgentConnection Connection = Make(Peer);
-	Connection.ContextTokens = 5000;
-	FAgentConnections::Select(Connection);
-	CreateAgent();
+	BeginWithContext(Peer, 5000);
 	EXPECT_EQ(Ask(Long), "First.");
 	EXPECT_EQ(Ask("and now?"), "Second.");
 	EXPECT_EQ(EventsOf("progress").size(), 1u);
@@ -226,10 +259,7 @@ TEST_F(ModelLimits, AnAnswerThatFillsTheContextIsAskedForAgainWithMoreRoom)
 	const std::string Full = PeerText::Stream({ PeerText::Say("Half an answer"), PeerText::Chunk("{}", "length"),
 		R"({"choices":[],"usage":{"prompt_tokens":9000,"completion_tokens":1000}})", "[DONE]" });
 	FScriptedPeer Peer(Give({ Final("First."), Full, Final("In short: xxx."), Final("Whole."), Full, Full }));
-	FAgentConnection Connection = Make(Peer);
-	Connection.ContextTokens = 10000;
-	FAgentConnections::Select(Connection);
-	CreateAgent();
+	BeginWithContext(Peer, 10000);
 	EXPECT_EQ(Ask(std::string(2000, 'x')), "First.");
 	EXPECT_EQ(Ask("and now?"), "Whole.");
 	ASSERT_EQ(Requests.size(), 4u);
@@ -250,10 +280,7 @@ TEST_F(ModelLimits, ARefusalIsMetByASummaryThatIsKnown)
 	const std::string Refusal = PeerText::Answer(
 		"400 No", "application/json", R"({"error":{"type":"exceed_context_size_error","message":"too long","n_ctx":9000}})");
 	FScriptedPeer Peer(Give({ Final("First."), Refusal, Final("In short: xxx."), Final("Second."), Refusal, Final("Third.") }));
-	FAgentConnection Connection = Make(Peer);
-	Connection.ContextTokens = 9000;
-	FAgentConnections::Select(Connection);
-	CreateAgent();
+	BeginWithContext(Peer, 9000);
 	EXPECT_EQ(Ask(Long), "First.");
 	EXPECT_EQ(Ask("and now?"), "Second.");
 	EXPECT_EQ(Ask("and then?"), "Third.");
@@ -273,10 +300,7 @@ TEST_F(ModelLimits, WhatTheToolsBringIsShortenedBeforeTheServerRefuses)
 	Project.Write("long.txt", Lines);
 	const auto Read = [] { return WithCalls("", { Call(0, "call00001", "read_file", R"({"path":"long.txt"})") }); };
 	FScriptedPeer Peer(Give({ Read(), Final("Seen.") }));
-	FAgentConnection Connection = Make(Peer);
-	Connection.ContextTokens = 6000;
-	FAgentConnections::Select(Connection);
-	CreateAgent();
+	BeginWithContext(Peer, 6000);
 	EXPECT_EQ(Ask("read it"), "Seen.");
 	ASSERT_EQ(Requests.size(), 2u);
 	EXPECT_LT(Requests[1].Body.size(), 6000u * 3u);

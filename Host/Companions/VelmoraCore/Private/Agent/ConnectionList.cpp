@@ -230,6 +230,7 @@ namespace Velmora
 			}
 		}
 		// A file that cannot be read is not replaced: it may hold what the user has written by hand.
+		const FFolderLock Turn = PrivateFile::TakeTurn();
 		const FConnectionFile File = ReadFile();
 		if (!File.Problem.empty())
 		{
@@ -248,6 +249,7 @@ namespace Velmora
 
 	FString FAgentConnections::SetDefault(const FString& Name)
 	{
+		const FFolderLock Turn = PrivateFile::TakeTurn();
 		const FConnectionFile File = ReadFile();
 		if (!File.Problem.empty())
 		{

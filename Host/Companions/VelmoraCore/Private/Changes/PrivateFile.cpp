@@ -5,8 +5,8 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
-#include "Changes/ProjectAccess.h"
 #include "Host/FileDescriptor.h"
+#include "Host/HostAtomicFile.h"
 #include "Host/HostFileNames.h"
 #include "Host/StoreLocation.h"
 
@@ -33,6 +33,9 @@ namespace Velmora::PrivateFile
 	namespace
 	{
 		constexpr size_t MaxFileBytes = 1024 * 1024;
+
+		/** Somebody else's turn takes milliseconds. */
+		constexpr int32 TurnMilliseconds = 1000;
 	}
 
 	std::string GetFolder()
@@ -48,6 +51,16 @@ namespace Velmora::PrivateFile
 		}
 		const std::string Home = HostFileNameToBytes(GetUserHomeFolder());
 		return Home.empty() ? std::string() : Home + "/.config/velmora-ui";
+	}
+
+	FFolderLock TakeTurn()
+	{
+		const std::string Folder = GetFolder();
+		if (!Folder.empty())
+		{
+			(void)MakePrivateFolder(HostFileNameFromBytes(Folder)); // Write says why not.
+		}
+		return FFolderLock(Folder, TurnMilliseconds);
 	}
 
 	bool Read(const std::string& Name, std::string& OutText, std::string& OutProblem)
@@ -87,11 +100,9 @@ namespace Velmora::PrivateFile
 		{
 			return Folder + " could not be made: " + Made.GetWords();
 		}
-		const FProjectAccess Access(Folder);
-		FProjectAccess::FWriteOptions Options;
-		Options.TemporaryName = Name + ".new";
-		Options.Mode = 0600;
-		const std::string Problem = Access.IsOpen() ? Access.Write(Name, Text, Options) : Access.DescribeRefusal();
-		return Problem.empty() ? std::string() : Folder + '/' + Name + " could not be written: " + Problem + '.';
+		FString Reason;
+		const bool bIsWritten = HostSaveFile(
+			HostFileNameFromBytes(Folder + '/' + Name), Text.data(), static_cast<int64>(Text.size()), HostWritePrivate, Reason);
+		return bIsWritten ? std::string() : Folder + '/' + Name + " could not be written: " + HostFileNameToBytes(Reason) + '.';
 	}
 }

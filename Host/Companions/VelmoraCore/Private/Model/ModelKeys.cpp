@@ -77,6 +77,7 @@ namespace Velmora::ModelKeys
 
 		std::string StoreInFile(const std::string& Origin, const std::string& Key)
 		{
+			const FFolderLock Turn = PrivateFile::TakeTurn();
 			std::string Text;
 			std::string Problem;
 			if (!PrivateFile::Read(KeysFile, Text, Problem) && !Problem.empty())

@@ -33,8 +33,11 @@ namespace Velmora::ModelUsage
 			return Utf8Text::FromString(FDateTime::Now().ToString(TEXT("%Y-%m-%d")));
 		}
 
-		/** "DAY<TAB>TOKENS<TAB>COST<TAB>CONNECTION", one a line. Another program of the user's may have written since. */
-		void Read(FUsage& Usage)
+		/**
+		 * "DAY<TAB>TOKENS<TAB>COST<TAB>CONNECTION", one a line. Another program of the user's may have written since. False when there is a
+		 * file that cannot be read.
+		 */
+		bool Read(FUsage& Usage)
 		{
 			const std::string Today = GetToday();
 			if (Usage.Day != Today)
@@ -44,7 +47,7 @@ namespace Velmora::ModelUsage
 			}
 			std::string Text;
 			std::string Problem;
-			PrivateFile::Read(UsageFile, Text, Problem);
+			const bool bIsKnown = PrivateFile::Read(UsageFile, Text, Problem) || Problem.empty();
 			for (const std::string_view Line : Utf8Text::SplitLines(Text))
 			{
 				const size_t First = Line.find('\t');
@@ -60,6 +63,7 @@ namespace Velmora::ModelUsage
 				Spent.Cost = std::max(
 					Spent.Cost, static_cast<double>(atoll(std::string(Line.substr(Second + 1, Third - Second - 1)).c_str())) / 1.0e6);
 			}
+			return bIsKnown;
 		}
 	}
 
@@ -75,7 +79,8 @@ namespace Velmora::ModelUsage
 	{
 		FUsage& Usage = GetUsage();
 		const std::scoped_lock Lock(Usage.Mutex);
-		Read(Usage);
+		const FFolderLock Turn = PrivateFile::TakeTurn();
+		const bool bMayWrite = Read(Usage); // What others have spent must not be forgotten.
 		FSpent& Sum = Usage.ByConnection[Connection];
 		Sum.Tokens += Spent.Tokens;
 		Sum.Cost += Spent.Cost;
@@ -86,6 +91,9 @@ namespace Velmora::ModelUsage
 			Text += Usage.Day + '\t' + std::to_string(All.Tokens) + '\t' + std::to_string(static_cast<int64_t>(All.Cost * 1.0e6)) + '\t' +
 				Name + '\n';
 		}
-		(void)PrivateFile::Write(UsageFile, Text);
+		if (bMayWrite)
+		{
+			(void)PrivateFile::Write(UsageFile, Text);
+		}
 	}
 }
