@@ -1,6 +1,8 @@
 #include "StoreFixture.h"
 
 #include "Host/HostClock.h"
+#include "Host/StoreLocation.h"
+#include "Host/StoredConversations.h"
 #include "Store/StoreSchema.h"
 #include "Store/StoreTurn.h"
 #include "Support/Base/SmallDisk.h"
@@ -409,4 +411,30 @@ TEST_F(ConversationStores, FilesAndFolderAreTheUsersAloneWhateverTheyWere)
 	const TSharedRef<FStore> Second = OpenStore();
 	EXPECT_EQ(Read(*Second, TEXT("A")), "a");
 	ExpectPrivate();
+}
+
+TEST_F(ConversationStores, NamesThatCannotBeReadStay)
+{
+	using Velmora::FConversationMark;
+	using Velmora::FStoredConversations;
+	Velmora::SetStoreFolders(Folder.At(), FString());
+	const auto SetName = [](const TCHAR* Id, const TCHAR* Name)
+	{ return Utf8(FStoredConversations::ChangeMark(Id, [Name](FConversationMark& Mark) { Mark.Name = Name; })); };
+	EXPECT_EQ(SetName(TEXT("A"), TEXT("first")), "");
+	const std::string Path = HostFileNameToBytes(Velmora::GetStoreLocation().GetMarksPath());
+	// Root reads everything, so it works as somebody else here.
+	const bool bIsRoot = geteuid() == 0;
+	chmod(Folder.AtBytes().c_str(), 0777);
+	ASSERT_EQ(chmod(Path.c_str(), 0200), 0);
+	ASSERT_TRUE(!bIsRoot || seteuid(65534) == 0);
+	EXPECT_EQ(SetName(TEXT("B"), TEXT("second")), "The names of conversations in " + Path + " cannot be read, so they stay as they are.");
+	ASSERT_TRUE(!bIsRoot || seteuid(0) == 0);
+	chmod(Path.c_str(), 0600);
+
+	EXPECT_EQ(SetName(TEXT("B"), TEXT("second")), "");
+	const TMap<FString, FConversationMark> Marks = FStoredConversations::ReadMarks();
+	ASSERT_TRUE(Marks.Contains(TEXT("A")));
+	EXPECT_EQ(Utf8(Marks[TEXT("A")].Name), "first");
+	EXPECT_EQ(Marks.Num(), 2);
+	Velmora::SetStoreFolders(FString(), FString());
 }

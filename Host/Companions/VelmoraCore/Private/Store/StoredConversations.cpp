@@ -1,15 +1,9 @@
 #include "Host/StoredConversations.h"
 
-#include <fcntl.h>
-#include <mutex>
-#include <sys/file.h>
-#include <unistd.h>
-
-#include "Host/FileDescriptor.h"
+#include "Host/FolderLock.h"
 #include "Host/HostAtomicFile.h"
 #include "Host/HostFileNames.h"
 #include "Host/HostFolders.h"
-#include "Host/HostSystemErrors.h"
 #include "Host/StoreLocation.h"
 #include "Misc/FileHelper.h"
 #include "Store/ConversationStore.h"
@@ -23,49 +17,31 @@ namespace Velmora
 		constexpr TCHAR PinnedWord[] = TEXT("pinned");
 		constexpr TCHAR NamedWord[] = TEXT("named");
 
-		/** One program and one thread at a time. Where no lock can be had the later one stays, as with any file. */
-		class FMarksLock
+		using FMarks = TMap<FString, FConversationMark>;
+
+		/** "id<TAB>pinned<TAB>name", a line each. Lines that read otherwise are left out. What is not there has none. */
+		TOutcome<FMarks> ReadFile(const FString& Path)
 		{
-		public:
-			explicit FMarksLock(const FString& Path)
-				: Lock(GetMutex())
-				, Handle(FFileDescriptor::Open(HostFileNameToBytes(Path + TEXT(".lock")), O_RDWR | O_CREAT | O_NOFOLLOW, 0600))
+			FMarks Marks;
+			if (HostGetPathKind(Path) == EHostPathKind::Missing)
 			{
-				if (Handle.IsOpen())
-				{
-					(void)HostRetryInterrupted([this] { return flock(Handle.Get(), LOCK_EX); });
-				}
+				return Marks;
 			}
-			FMarksLock(const FMarksLock&) = delete;
-			FMarksLock& operator=(const FMarksLock&) = delete;
-
-		private:
-			static std::mutex& GetMutex()
-			{
-				static std::mutex Mutex;
-				return Mutex;
-			}
-
-			const std::scoped_lock<std::mutex> Lock;
-			const FFileDescriptor Handle;
-		};
-
-		/** "id<TAB>pinned<TAB>name", a line each. Lines that read otherwise are left out. */
-		TMap<FString, FConversationMark> ReadFile(const FString& Path)
-		{
-			TMap<FString, FConversationMark> Marks;
 			TArray<FString> Lines;
-			if (HostGetPathKind(Path) == EHostPathKind::File && FFileHelper::LoadFileToStringArray(Lines, *Path))
+			if (HostGetPathKind(Path) != EHostPathKind::File || !FFileHelper::LoadFileToStringArray(Lines, *Path))
 			{
-				for (const FString& Line : Lines)
+				return FOutcome(EOutcome::Failed,
+					"The names of conversations in " + HostFileNameToBytes(Path) + " cannot be read, so they stay as they are.",
+					HostFileNameToBytes(Path));
+			}
+			for (const FString& Line : Lines)
+			{
+				TArray<FString> Fields;
+				Line.ParseIntoArray(Fields, TEXT("\t"), false);
+				const bool bIsPinned = Fields.Num() == 3 && Fields[1] == PinnedWord;
+				if (bIsPinned || (Fields.Num() == 3 && Fields[1] == NamedWord))
 				{
-					TArray<FString> Fields;
-					Line.ParseIntoArray(Fields, TEXT("\t"), false);
-					const bool bIsPinned = Fields.Num() == 3 && Fields[1] == PinnedWord;
-					if (bIsPinned || (Fields.Num() == 3 && Fields[1] == NamedWord))
-					{
-						Marks.Add(Fields[0], FConversationMark{ Fields[2], bIsPinned });
-					}
+					Marks.Add(Fields[0], FConversationMark{ Fields[2], bIsPinned });
 				}
 			}
 			return Marks;
@@ -128,7 +104,8 @@ namespace Velmora
 
 	TMap<FString, FConversationMark> FStoredConversations::ReadMarks()
 	{
-		return ReadFile(GetStoreLocation().GetMarksPath());
+		TOutcome<FMarks> Marks = ReadFile(GetStoreLocation().GetMarksPath());
+		return Marks ? MoveTemp(*Marks) : FMarks();
 	}
 
 	FString FStoredConversations::ChangeMark(const FString& Id, TFunctionRef<void(FConversationMark&)> Edit)
@@ -138,12 +115,17 @@ namespace Velmora
 		{
 			return Utf8Text::ToString(Made.GetWords());
 		}
-		const FMarksLock Lock(Location.GetMarksPath());
-		TMap<FString, FConversationMark> Marks = ReadFile(Location.GetMarksPath());
-		FConversationMark& Mark = Marks.FindOrAdd(Id);
+		// One program and one thread at a time. Where no lock can be had the later one stays, as with any file.
+		const FFolderLock Turn(HostFileNameToBytes(Location.ConversationFolder), FConversationStore::WorkerTimeoutMilliseconds);
+		TOutcome<FMarks> Marks = ReadFile(Location.GetMarksPath());
+		if (!Marks)
+		{
+			return Utf8Text::ToString(Marks.GetWords());
+		}
+		FConversationMark& Mark = Marks->FindOrAdd(Id);
 		const FConversationMark Before = Mark;
 		Edit(Mark);
 		Mark.Name = MakeOneLine(Mark.Name);
-		return IsSame(Mark, Before) ? FString() : WriteFile(Location.GetMarksPath(), Marks);
+		return IsSame(Mark, Before) ? FString() : WriteFile(Location.GetMarksPath(), *Marks);
 	}
 }
