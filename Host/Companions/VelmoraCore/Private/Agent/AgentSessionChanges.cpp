@@ -35,9 +35,10 @@ namespace Velmora
 		}
 
 		/** Any thread. */
-		FOutcome CutStoredMessages(FConversationStore& Store, const FString& Id, int32 MessageIndex, int32 StoredCount)
+		FOutcome CutStoredMessages(
+			FConversationStore& Store, const FString& Id, int32 MessageIndex, int32 StoredCount, int32 TimeoutMilliseconds)
 		{
-			const FOutcome Cut = Store.TruncateMessages(Id, MessageIndex);
+			const FOutcome Cut = Store.TruncateMessages(Id, MessageIndex, TimeoutMilliseconds);
 			// A store that cannot be written keeps nothing back of what it never had.
 			return Cut || Cut.Is(EOutcome::Missing) || StoredCount <= MessageIndex ? FOutcome() : Cut;
 		}
@@ -151,7 +152,8 @@ namespace Velmora
 		Request.Commit = [Conversation, FirstUndone, DefaultStore = GetStore().AsShared(), Count = StoredCount](int MessageIndex)
 		{
 			*FirstUndone = MessageIndex;
-			return CutStoredMessages(*DefaultStore, Conversation->Id, MessageIndex, Count).GetWords();
+			constexpr int32 Timeout = FConversationStore::WorkerTimeoutMilliseconds;
+			return CutStoredMessages(*DefaultStore, Conversation->Id, MessageIndex, Count, Timeout).GetWords();
 		};
 		// One that nobody knows is refused in words by the first.
 		const std::vector<std::shared_ptr<FChangeJournal>> Journals = ListJournals();
@@ -215,7 +217,8 @@ namespace Velmora
 
 	FOutcome FAgentSession::CutMessages(int32 MessageIndex)
 	{
-		const FOutcome Cut = CutStoredMessages(GetStore(), Current->Id, MessageIndex, StoredCount);
+		const FOutcome Cut =
+			CutStoredMessages(GetStore(), Current->Id, MessageIndex, StoredCount, FConversationStore::FrameTimeoutMilliseconds);
 		if (Cut)
 		{
 			ForgetMessages(MessageIndex);

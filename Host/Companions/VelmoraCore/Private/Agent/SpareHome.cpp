@@ -63,15 +63,19 @@ namespace Velmora
 		/** What stands in the prompt here is newer. */
 		FOutcome BringDraft(const std::string& Spare, const std::string& Home)
 		{
-			const FFileDescriptor File = FFileDescriptor::Open(Spare, O_RDONLY | O_NOFOLLOW);
+			const FFileDescriptor File = FFileDescriptor::Open(Spare, O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
 			if (!File.IsOpen() || access(Home.c_str(), F_OK) == 0)
 			{
 				return FOutcome::Done();
 			}
 			std::string Text;
-			if (!File.Read(Text, MaxDraftBytes))
+			if (!File.Read(Text, MaxDraftBytes + 1))
 			{
 				return FOutcome::FromSystem(errno, Spare);
+			}
+			if (Text.size() > MaxDraftBytes)
+			{
+				return FOutcome(EOutcome::Refused, "it is larger than 1 GiB", Spare);
 			}
 			FString Reason;
 			if (!HostSaveFile(HostFileNameFromBytes(Home), Text.data(), static_cast<int64>(Text.size()), HostWritePrivate, Reason))

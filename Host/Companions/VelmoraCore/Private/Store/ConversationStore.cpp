@@ -196,9 +196,9 @@ namespace Velmora
 			});
 	}
 
-	FOutcome FConversationStore::TruncateMessages(const FString& Id, int32 KeepCount)
+	FOutcome FConversationStore::TruncateMessages(const FString& Id, int32 KeepCount, int32 TimeoutMilliseconds)
 	{
-		return Truncate(Id, KeepCount, nullptr, FrameTimeoutMilliseconds);
+		return Truncate(Id, KeepCount, nullptr, TimeoutMilliseconds);
 	}
 
 	FOutcome FConversationStore::TruncateMessagesIf(const FString& Id, int32 KeepCount, const FMayDrop& MayDrop)

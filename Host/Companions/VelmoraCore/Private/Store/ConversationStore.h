@@ -71,7 +71,7 @@ namespace Velmora
 		FOutcome Withdraw(const FString& Id, int64 Key);
 
 		/** Drops all messages of a conversation but the first KeepCount, and the whole conversation when that is zero. */
-		FOutcome TruncateMessages(const FString& Id, int32 KeepCount);
+		FOutcome TruncateMessages(const FString& Id, int32 KeepCount, int32 TimeoutMilliseconds = FrameTimeoutMilliseconds);
 
 		/** The same when MayDrop, which is given all messages, agrees; otherwise nothing has changed and it is Missing. For workers. */
 		using FMayDrop = TFunction<bool(const TArray<FConversationMessage>&)>;
