@@ -85,6 +85,28 @@ namespace
 	}
 }
 
+TEST(Transcript, EveryCharacterComesThroughWhereverItStands)
+{
+	const std::pair<FString, const char*> Cases[] = {
+		{ Text("\x7F"), "\x7F" },
+		{ Text("ä"), "ä" },
+		{ Text("€"), "€" },
+		{ Text("😀"), "😀" },
+		{ FString(1, u"\xD83D"), "\uFFFD" },
+		{ FString(1, u"\xDE00"), "\uFFFD" },
+	};
+	for (const auto& [Character, Expected] : Cases)
+	{
+		for (size_t Place = 0; Place < 34; ++Place)
+		{
+			const std::string Before(Place, 'x');
+			const FString Content = Text(Before.c_str()) + Character + TEXT(" and what comes after");
+			EXPECT_EQ(
+				Dump(Transcript::Read({ Say(EConversationRole::User, Content) })), "u " + Before + Expected + " and what comes after");
+		}
+	}
+}
+
 TEST(Transcript, OnlyWordsAreJoined)
 {
 	const FModelMessage Last = { EModelRole::Assistant, "a", { { "1", "read_file", "{}" } }, {} };

@@ -7,6 +7,32 @@
 
 using namespace Velmora;
 
+TEST(WireText, EveryCharacterIsQuotedWhereverItStands)
+{
+	const std::pair<std::string, const char*> Cases[] = {
+		{ "\"", "\\\"" },
+		{ "\\", "\\\\" },
+		{ "\n", "\\n" },
+		{ std::string(1, '\0'), "\\u0000" },
+		{ "\x1F", "\\u001F" },
+		{ " !#[]~\x7F", " !#[]~\x7F" },
+		{ "\xC3\xA4", "\xC3\xA4" },
+		{ "\xF0\x9F\x98\x80\"", "\xF0\x9F\x98\x80\\\"" },
+		{ "\xE2\x82", "\xEF\xBF\xBD" },
+		{ "\x80\xFF", "\xEF\xBF\xBD\xEF\xBF\xBD" },
+	};
+	for (const auto& [Bytes, Quoted] : Cases)
+	{
+		for (size_t Place = 0; Place < 18; ++Place)
+		{
+			const std::string Before(Place, '~');
+			std::string Text = "[";
+			WireText::AppendQuoted(Text, Before + Bytes + "  after it");
+			EXPECT_EQ(Text, "[\"" + Before + Quoted + "  after it\"") << "behind " << Place;
+		}
+	}
+}
+
 TEST(WireText, BytesBecomeText)
 {
 	const std::pair<std::string, const char*> Cases[] = {

@@ -1,6 +1,7 @@
 #include "Text/Utf8Text.h"
 
 #include <algorithm>
+#include <cstdint>
 
 #include "Host/HostUtf8.h"
 
@@ -19,40 +20,69 @@ namespace Velmora::Utf8Text
 			return Length == 0 ? Replacement : Code;
 		}
 
+		constexpr size_t BlockLength = 16;
+
+		/** A block of UTF-16 units as bytes; false when one of them is not plain ASCII. */
+		template <typename FUnitAt>
+		bool ConvertPlainBlock(char (&Block)[BlockLength], size_t First, FUnitAt UnitAt)
+		{
+			// Without a branch for each unit, so that they are converted together.
+			uint32_t Odd = 0;
+			for (size_t Place = 0; Place < BlockLength; ++Place)
+			{
+				const uint32_t Unit = UnitAt(First + Place);
+				Odd |= Unit | (Unit - 1);
+				Block[Place] = static_cast<char>(Unit);
+			}
+			return Odd < 0x80;
+		}
+
+		/** Appends the character at a place. Gives how many units it takes. */
+		template <typename FUnitAt>
+		size_t AppendCharacter(std::string& Out, size_t Index, size_t Count, FUnitAt UnitAt)
+		{
+			char32_t Code = UnitAt(Index);
+			if (Code != 0 && Code < 0x80)
+			{
+				Out.push_back(static_cast<char>(Code));
+				return 1;
+			}
+			// A pair of surrogates is one character. One that stands alone is none, and a NUL would end the text for some readers.
+			const bool bIsPair =
+				Code >= 0xD800 && Code < 0xDC00 && Index + 1 < Count && UnitAt(Index + 1) >= 0xDC00 && UnitAt(Index + 1) < 0xE000;
+			if (bIsPair)
+			{
+				Code = 0x10000 + ((Code - 0xD800) << 10) + (UnitAt(Index + 1) - 0xDC00);
+			}
+			else if (Code == 0 || (Code >= 0xD800 && Code < 0xE000))
+			{
+				Code = Replacement;
+			}
+			HostAppendUtf8(Out, Code);
+			return bIsPair ? 2 : 1;
+		}
+
 		/** Joins UTF-16 units read by a function of their index. */
 		template <typename FUnitAt>
 		std::string JoinUtf16(size_t Count, FUnitAt UnitAt)
 		{
+			// Nearly all of a conversation is plain, and every message of it is in a request: no more room than that needs, and a block
+			// at a time.
 			std::string Out;
-			Out.reserve(Count + Count / 2);
-			const auto IsPlain = [&UnitAt](size_t Index) { return UnitAt(Index) != 0 && UnitAt(Index) < 0x80; };
-			for (size_t Index = 0; Index < Count; ++Index)
+			Out.reserve(Count);
+			for (size_t Index = 0; Index < Count;)
 			{
-				// Nearly all of a conversation is plain, and every message of it is in a request: a run at a time.
-				size_t End = Index;
-				while (End < Count && IsPlain(End))
+				char Block[BlockLength];
+				if (Index + BlockLength <= Count && ConvertPlainBlock(Block, Index, UnitAt))
 				{
-					++End;
+					Out.append(Block, BlockLength);
+					Index += BlockLength;
+					continue;
 				}
-				const size_t Length = Out.size();
-				Out.resize(Length + (End - Index));
-				std::generate(Out.begin() + static_cast<ptrdiff_t>(Length), Out.end(),
-					[&UnitAt, &Index] { return static_cast<char>(UnitAt(Index++)); });
-				if (Index == Count)
+				for (const size_t End = std::min(Index + BlockLength, Count); Index < End;)
 				{
-					break;
+					Index += AppendCharacter(Out, Index, Count, UnitAt);
 				}
-				// A pair of surrogates is one character. One that stands alone is none, and a NUL would end the text for some readers.
-				char32_t Code = UnitAt(Index);
-				if (Code >= 0xD800 && Code < 0xDC00 && Index + 1 < Count && UnitAt(Index + 1) >= 0xDC00 && UnitAt(Index + 1) < 0xE000)
-				{
-					Code = 0x10000 + ((Code - 0xD800) << 10) + (UnitAt(++Index) - 0xDC00);
-				}
-				else if (Code == 0 || (Code >= 0xD800 && Code < 0xE000))
-				{
-					Code = Replacement;
-				}
-				HostAppendUtf8(Out, Code);
 			}
 			return Out;
 		}

@@ -11,7 +11,6 @@
 #include <vector>
 
 #include <rapidjson/document.h>
-#include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
 
 #include "Text/WireText.h"
@@ -20,7 +19,27 @@ namespace Velmora
 {
 	namespace
 	{
-		using FWriter = rapidjson::Writer<rapidjson::StringBuffer>;
+		/** The body itself, so that megabytes are not copied into it in the end. */
+		struct FBodyStream
+		{
+			using Ch = char;
+			void Put(char Byte) { Body += Byte; }
+			void Flush() {}
+			std::string Body;
+		};
+
+		class FWriter : public rapidjson::Writer<FBodyStream>
+		{
+		public:
+			using rapidjson::Writer<FBodyStream>::Writer;
+
+			/** Servers refuse a request with broken text as a whole, and the conversation would be stuck with it for ever. */
+			void Text(std::string_view Text)
+			{
+				Prefix(rapidjson::kStringType);
+				WireText::AppendQuoted(os_->Body, Text);
+			}
+		};
 
 		/** What the request says itself; options of the user's cannot say it otherwise. */
 		constexpr std::string_view OwnMembers[] = { "model", "messages", "tools", "stream", "stream_options", "n" };
@@ -40,22 +59,10 @@ namespace Velmora
 			Writer.Key(Name.data(), static_cast<rapidjson::SizeType>(Name.size()));
 		}
 
-		void WriteText(FWriter& Writer, std::string_view Text)
-		{
-			// Servers refuse a request with broken text as a whole, and the conversation would be stuck with it for ever.
-			if (WireText::IsUtf8(Text))
-			{
-				Writer.String(Text.data(), static_cast<rapidjson::SizeType>(Text.size()));
-				return;
-			}
-			const std::string Repaired = WireText::RepairUtf8(std::string(Text));
-			Writer.String(Repaired.data(), static_cast<rapidjson::SizeType>(Repaired.size()));
-		}
-
 		void WriteMember(FWriter& Writer, std::string_view Name, std::string_view Text)
 		{
 			WriteName(Writer, Name);
-			WriteText(Writer, Text);
+			Writer.Text(Text);
 		}
 
 		std::string_view NameRole(EModelRole Role)
@@ -183,12 +190,12 @@ namespace Velmora
 					return Inner;
 				}
 			}
-			rapidjson::StringBuffer Buffer;
-			FWriter Writer(Buffer);
+			FBodyStream Stream;
+			FWriter Writer(Stream);
 			Writer.StartObject();
 			WriteMember(Writer, "unreadable", WireText::CutUtf8(Arguments, MaxUnreadableBytes));
 			Writer.EndObject();
-			return std::string(Buffer.GetString(), Buffer.GetSize());
+			return Stream.Body;
 		}
 
 		void WriteMessage(FWriter& Writer, const FModelMessage& Message, FCallIds& Ids)
@@ -203,7 +210,7 @@ namespace Velmora
 			}
 			else
 			{
-				WriteText(Writer, Message.Text);
+				Writer.Text(Message.Text);
 			}
 			if (Message.Role == EModelRole::Tool)
 			{
@@ -251,6 +258,25 @@ namespace Velmora
 			Writer.EndArray();
 		}
 
+		/** About how large the body becomes: room that is not used costs nothing, while growing copies everything. */
+		size_t EstimateSize(const FModelRequest& Request)
+		{
+			size_t Bytes = 1024;
+			for (const FModelMessage& Message : Request.Messages)
+			{
+				Bytes += 64 + Message.Text.size();
+				for (const FModelCall& Call : Message.Calls)
+				{
+					Bytes += 128 + Call.Arguments.size() + Call.Arguments.size() / 4;
+				}
+			}
+			for (const FModelTool& Tool : Request.Tools)
+			{
+				Bytes += 128 + Tool.Description.size() + Tool.Parameters.size();
+			}
+			return Bytes + Bytes / 8;
+		}
+
 		void WriteOptions(FWriter& Writer, const std::string& Options)
 		{
 			rapidjson::Document Parsed;
@@ -274,8 +300,9 @@ namespace Velmora
 
 	std::string WriteChatRequest(const FModelRequest& Request)
 	{
-		rapidjson::StringBuffer Buffer;
-		FWriter Writer(Buffer);
+		FBodyStream Stream;
+		Stream.Body.reserve(EstimateSize(Request));
+		FWriter Writer(Stream);
 		Writer.StartObject();
 		WriteMember(Writer, "model", Request.Model);
 		WriteName(Writer, "messages");
@@ -305,6 +332,6 @@ namespace Velmora
 			WriteOptions(Writer, Request.Options);
 		}
 		Writer.EndObject();
-		return std::string(Buffer.GetString(), Buffer.GetSize());
+		return std::move(Stream.Body);
 	}
 }

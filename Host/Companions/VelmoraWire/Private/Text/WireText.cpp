@@ -1,6 +1,8 @@
 #include "Text/WireText.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <cstring>
 
 namespace Velmora::WireText
 {
@@ -38,15 +40,29 @@ namespace Velmora::WireText
 			return 0;
 		}
 
+		/** The same byte eight times. */
+		constexpr uint64_t Repeat(unsigned char Byte)
+		{
+			return 0x0101010101010101ull * Byte;
+		}
+
+		uint64_t ReadWord(std::string_view Bytes, size_t Index)
+		{
+			uint64_t Word = 0;
+			std::memcpy(&Word, Bytes.data() + Index, sizeof(Word));
+			return Word;
+		}
+
 		/** How many well-formed bytes there are at the beginning. */
 		size_t MeasureUtf8(std::string_view Bytes)
 		{
 			size_t Index = 0;
 			while (Index < Bytes.size())
 			{
-				if (static_cast<unsigned char>(Bytes[Index]) < 0x80)
+				// Nearly all of a conversation is ASCII, and every byte of it goes through here: eight at a time.
+				if (Index + sizeof(uint64_t) <= Bytes.size() && (ReadWord(Bytes, Index) & Repeat(0x80)) == 0)
 				{
-					++Index;
+					Index += sizeof(uint64_t);
 					continue;
 				}
 				const size_t Length = MeasureCharacter(Bytes.substr(Index));
@@ -57,6 +73,75 @@ namespace Velmora::WireText
 				Index += Length;
 			}
 			return Index;
+		}
+
+		/** As itself between the quotes of JSON, and a character of its own. */
+		bool IsPlainInQuotes(char Byte)
+		{
+			return Byte >= ' ' && Byte != '"' && Byte != '\\' && static_cast<unsigned char>(Byte) < 0x80;
+		}
+
+		/** How many bytes at the beginning are plain in quotes. */
+		size_t MeasurePlainInQuotes(std::string_view Bytes)
+		{
+			size_t Index = 0;
+			for (; Index + sizeof(uint64_t) <= Bytes.size(); Index += sizeof(uint64_t))
+			{
+				// A byte that is not plain borrows or has its highest bit already; one above it may then seem so, too, which changes
+				// nothing.
+				const uint64_t Word = ReadWord(Bytes, Index);
+				const uint64_t Odd = Word | (Word - Repeat(' ')) | ((Word ^ Repeat('"')) - Repeat(1)) | ((Word ^ Repeat('\\')) - Repeat(1));
+				if ((Odd & Repeat(0x80)) != 0)
+				{
+					break;
+				}
+			}
+			while (Index < Bytes.size() && IsPlainInQuotes(Bytes[Index]))
+			{
+				++Index;
+			}
+			return Index;
+		}
+
+		/** How many bytes at the beginning stand between the quotes of JSON as they are. */
+		size_t MeasureGoodInQuotes(std::string_view Bytes)
+		{
+			size_t Index = 0;
+			for (size_t Length = 1; Length > 0; Index += Length)
+			{
+				Index += MeasurePlainInQuotes(Bytes.substr(Index));
+				const bool bIsWide = Index < Bytes.size() && static_cast<unsigned char>(Bytes[Index]) >= 0x80;
+				Length = bIsWide ? MeasureCharacter(Bytes.substr(Index)) : 0;
+			}
+			return Index;
+		}
+
+		/** Of what begins with a byte that begins no character. */
+		size_t MeasureBroken(std::string_view Bytes)
+		{
+			// A character that lacks its end is one mistake, not one for each of its bytes.
+			size_t Length = 1;
+			while (Length < Bytes.size() && (static_cast<unsigned char>(Bytes[Length]) & 0xC0) == 0x80)
+			{
+				++Length;
+			}
+			return Length;
+		}
+
+		void AppendEscape(std::string& Out, char Byte)
+		{
+			constexpr std::string_view Controls = "\b\f\n\r\t\"\\";
+			constexpr std::string_view Letters = "bfnrt\"\\";
+			constexpr char Digits[] = "0123456789ABCDEF";
+			Out += '\\';
+			if (const size_t Known = Controls.find(Byte); Known != std::string_view::npos)
+			{
+				Out += Letters[Known];
+				return;
+			}
+			Out += "u00";
+			Out += Digits[Byte >> 4];
+			Out += Digits[Byte & 15];
 		}
 	}
 
@@ -84,14 +169,35 @@ namespace Velmora::WireText
 				return Result;
 			}
 			Result += ReplacementCharacter;
-			// A character that lacks its end is one mistake, not one for each of its bytes.
-			Rest.remove_prefix(1);
-			while (!Rest.empty() && (static_cast<unsigned char>(Rest.front()) & 0xC0) == 0x80)
-			{
-				Rest.remove_prefix(1);
-			}
+			Rest.remove_prefix(MeasureBroken(Rest));
 			Good = MeasureUtf8(Rest);
 		}
+	}
+
+	void AppendQuoted(std::string& Out, std::string_view Text)
+	{
+		Out += '"';
+		while (true)
+		{
+			const size_t Length = MeasureGoodInQuotes(Text);
+			Out.append(Text, 0, Length);
+			Text.remove_prefix(Length);
+			if (Text.empty())
+			{
+				break;
+			}
+			if (static_cast<unsigned char>(Text.front()) < 0x80)
+			{
+				AppendEscape(Out, Text.front());
+				Text.remove_prefix(1);
+			}
+			else
+			{
+				Out += ReplacementCharacter;
+				Text.remove_prefix(MeasureBroken(Text));
+			}
+		}
+		Out += '"';
 	}
 
 	std::string_view CutUtf8(std::string_view Text, size_t MaxBytes)

@@ -14,6 +14,9 @@ namespace Velmora::WireText
 	/** What is no UTF-8 becomes U+FFFD; what is stays to the byte. */
 	VELMORAWIRE_API std::string RepairUtf8(std::string Bytes);
 
+	/** Adds a text as a value of JSON, in quotes. What is no UTF-8 becomes U+FFFD. */
+	VELMORAWIRE_API void AppendQuoted(std::string& Out, std::string_view Text);
+
 	/** At most that many bytes, cut between characters. */
 	VELMORAWIRE_API std::string_view CutUtf8(std::string_view Text, size_t MaxBytes);
 
