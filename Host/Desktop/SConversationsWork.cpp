@@ -354,6 +354,8 @@ void SConversations::FinishDeletions()
 		DeleteNow(Id);
 	}
 	Invalidate(EInvalidateWidgetReason::Layout);
+	// A ticker brings no frame, and in a window that nobody touches the strip would stay.
+	FSlateApplication::Get().NoteActivity();
 }
 
 void SConversations::UndoDelete()
@@ -407,6 +409,13 @@ FReply SConversations::OnSearchKey(const FGeometry& Geometry, const FKeyEvent& K
 			List->SetSelection(Items.GetShown()[0]);
 		}
 		FocusList();
+		return FReply::Handled();
+	}
+	// The strip says that the key takes the deletion back; an empty box has nothing that it could mean instead.
+	const bool bControl = KeyEvent.IsControlDown() && !KeyEvent.IsShiftDown() && !KeyEvent.IsAltDown();
+	if (KeyEvent.GetKey() == EKeys::Z && bControl && Deletions.GetLatest() && SearchBox->GetText().IsEmpty())
+	{
+		UndoDelete();
 		return FReply::Handled();
 	}
 	if (KeyEvent.GetKey() == EKeys::Escape && !SearchBox->GetText().IsEmpty())

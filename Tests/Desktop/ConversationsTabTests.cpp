@@ -254,6 +254,8 @@ TEST_F(FConversationsTabTest, ADeletionCanBeTakenBackForTenSeconds)
 	PressKey("Delete");
 	EXPECT_TRUE(StatusIs("1 conversation"));
 	EXPECT_TRUE(IsOnScreen("Deleted: count the beetles"));
+	// Also from the box above the list, as long as nothing is written in it.
+	PressKey("CTRL+F");
 	PressKey("CTRL+Z");
 	EXPECT_TRUE(StatusIs("2 conversations"));
 	EXPECT_FALSE(IsOnScreen("Deleted: "));
@@ -265,7 +267,7 @@ TEST_F(FConversationsTabTest, ADeletionCanBeTakenBackForTenSeconds)
 	EXPECT_TRUE(IsOnScreen("Deleted: count the beetles"));
 	LetTimePass(9.0);
 	EXPECT_EQ(CountStored(), 2u);
-	LetTimePass(1.5);
+	EXPECT_GT(CountFrames(1.5), 0) << "the strip goes in a window that nobody touches, too";
 	EXPECT_TRUE(Wait([] { return CountStored() == 1; }));
 	EXPECT_FALSE(IsOnScreen("Deleted: "));
 
