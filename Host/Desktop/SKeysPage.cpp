@@ -207,8 +207,8 @@ FString SKeysPage::FindClash(FName Command, const FInputChord& Chord)
 	{
 		if (Chord.IsValidChord() && Other->GetCommandName() != Command && Other->GetDefaultChord() == Chord)
 		{
-			return FString::Printf(TEXT("%s is the key of \u201c%s\u201d. Take it from that one first. Nothing was changed."),
-				*Chord.GetInputText().ToString(), *Other->GetLabel().ToString());
+			return FString::Printf(TEXT("%s is the key of \u201c%s\u201d%s Nothing was changed."), *Chord.GetInputText().ToString(),
+				*Other->GetLabel().ToString(), CanChange(*Other) ? TEXT(". Take it from that one first.") : TEXT(" in text boxes."));
 		}
 	}
 	return FString();

@@ -127,6 +127,9 @@ TEST_F(FKeysPageTest, AKeyIsChangedRefusedAndGivenBack)
 	EXPECT_EQ(KeyOf("Pause"), "F9");
 	EXPECT_TRUE(IsShown(FindByText("Ctrl+J is the key of \xE2\x80\x9C"
 								   "Find\xE2\x80\x9D. Take it from that one first. Nothing was changed.")));
+	Change("Pause", "CTRL+Z");
+	EXPECT_TRUE(IsShown(FindByText("Ctrl+Z is the key of \xE2\x80\x9CUndo\xE2\x80\x9D in text boxes. Nothing was changed.")))
+		<< "nobody is sent to take what cannot be taken";
 	Change("Pause", "Escape");
 	EXPECT_EQ(KeyOf("Pause"), "F9") << "Escape takes nothing";
 	Click(FindByTag("ChangeKey.Pause"));
