@@ -98,5 +98,10 @@ int32 ConnectionChoice::List(const FDesktopOptions& Options)
 		PrintToStandardError(TEXT("velmora: ") + Problem + TEXT("\n"));
 		return 1;
 	}
+	if (Options.bListConnections && Lines.Num() == 0)
+	{
+		// Not on standard output: a script that counts lines finds none.
+		PrintToStandardError(TEXT("velmora: No connection is set up. The page Connections of the settings adds one.\n"));
+	}
 	return 0;
 }

@@ -95,6 +95,11 @@ namespace
 
 	FString SetPrompt(FDesktopOptions& Options, const FString& Value)
 	{
+		// One that goes out in place of another would be a text lost without a word.
+		if (Options.Prompt.IsSet())
+		{
+			return TEXT("--prompt can be given once; several prompts come by standard input, one a line.");
+		}
 		Options.Prompt = Value;
 		return Value.IsEmpty() ? FString(TEXT("--prompt wants a text to send.")) : FString();
 	}

@@ -311,7 +311,8 @@ int32 FDesktopProgram::RunLines()
 	// One prompt after the other: what comes meanwhile waits in the pipe.
 	FStandardInput Input;
 	FString Line;
-	bool bAllAnswered = true;
+	FString Why;
+	FString EarlierWhy;
 	bool bAtEnd = false;
 	while (!bAtEnd)
 	{
@@ -324,15 +325,21 @@ int32 FDesktopProgram::RunLines()
 		{
 			// One that was refused stands in the box still, and would go out in place of this one.
 			FPromptBox::Clear();
-			if (const FString Why = Answer(Line); !Why.IsEmpty())
+			Why = Answer(Line);
+			if (!Why.IsEmpty())
 			{
 				Fail(Why);
-				bAllAnswered = false;
+				EarlierWhy = Why;
 			}
 		}
 		Line.Reset();
 	}
-	return bAllAnswered ? 0 : 1;
+	// What later ones have printed must not hide it: the last line says why the run has failed.
+	if (Why.IsEmpty() && !EarlierWhy.IsEmpty())
+	{
+		Failure = TEXT("An earlier prompt failed: ") + EarlierWhy;
+	}
+	return EarlierWhy.IsEmpty() ? 0 : 1;
 }
 
 FString FDesktopProgram::PrepareTape()

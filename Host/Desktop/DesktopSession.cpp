@@ -178,7 +178,8 @@ FString FDesktopSession::SetUpFolders()
 										  : MakeAbsolute(Options.ProjectFolder);
 	if (!FPaths::DirectoryExists(Project))
 	{
-		return FString::Printf(TEXT("The project folder \"%s\" does not exist."), *Project);
+		return FPaths::FileExists(Project) ? FString::Printf(TEXT("The project \"%s\" is a file; its folder is wanted."), *Project)
+										   : FString::Printf(TEXT("The project folder \"%s\" does not exist."), *Project);
 	}
 	FHostPaths::SetProjectDir(Project);
 	// What the agent changes is told by paths from here, so they read as the project's own.

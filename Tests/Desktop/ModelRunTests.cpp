@@ -97,6 +97,7 @@ TEST(ModelRun, WrongChoicesAreTold)
 	const FRun Empty = RunProgram({ "--list-connections" }, "", "", { Config });
 	EXPECT_EQ(Empty.ExitCode, 0);
 	EXPECT_EQ(Empty.Output, "");
+	EXPECT_TRUE(Contains(Empty.Error, "No connection is set up.")) << Empty.Error;
 	const FRun Gone = RunProgram(
 		{ "--headless", "--project", Project.Folder.string(), "--server", "http://127.0.0.1:1", "--model", "m", "--prompt", "x" });
 	EXPECT_EQ(Gone.ExitCode, 1);

@@ -97,6 +97,22 @@ TEST(Shell, PromptsOfAPipeComeBeforeTheDumpWithoutIdleWaits)
 	const FRun Failed = RunProgram({ "--headless", "--project", Project.Folder.string() }, "delete nothing.md\nlist Source\n");
 	EXPECT_EQ(Failed.ExitCode, 1);
 	EXPECT_TRUE(Contains(Failed.Output, Project.File)) << "one that fails ends none of the others";
+	EXPECT_EQ(LastLine(Failed.Error), "velmora: An earlier prompt failed: Not changed: it cannot be found") << Failed.Error;
+}
+
+TEST(Shell, WhatWouldBeLostOrMisreadIsRefused)
+{
+	const FRandomProject Project;
+	const std::string Folder = Project.Folder.string();
+	const FRun Twice = RunProgram({ "--headless", "--project", Folder, "--prompt", "create a.md with \"x\"", "--prompt", "list" });
+	EXPECT_EQ(Twice.ExitCode, 2);
+	EXPECT_TRUE(Contains(Twice.Error, "--prompt can be given once")) << Twice.Error;
+	EXPECT_FALSE(fs::exists(Project.Path("a.md")));
+
+	std::ofstream(Project.Path("file.txt")) << "text";
+	const FRun File = RunProgram({ "--headless", "--project", Project.Path("file.txt"), "--prompt", "list" });
+	EXPECT_EQ(File.ExitCode, 1);
+	EXPECT_TRUE(Contains(File.Error, "is a file; its folder is wanted")) << File.Error;
 }
 
 TEST(Shell, ADumpMakesNoFolders)
