@@ -1,3 +1,4 @@
+#include "Http/HttpStream.h"
 #include "Model/ChatCompletions.h"
 #include "Model/ModelClient.h"
 #include "ReplyDump.h"
@@ -120,6 +121,26 @@ namespace
 			return Asked;
 		}
 
+		/** Waits until the server has been sent a text so many times, each with the end of a line behind it. */
+		bool WaitUntilSent(const std::string& Line, int Times) const
+		{
+			for (int Try = 0; Try < 2000; ++Try)
+			{
+				const std::string Said = ReadSaid();
+				int Count = 0;
+				for (size_t Place = Said.find(Line); Place != std::string::npos; Place = Said.find(Line, Place + 1))
+				{
+					++Count;
+				}
+				if (Count >= Times)
+				{
+					return true;
+				}
+				std::this_thread::sleep_for(std::chrono::milliseconds(5));
+			}
+			return false;
+		}
+
 		/** What the server lists, or the words for the user. */
 		std::string List(const char* Host, const std::string& CaFile) const
 		{
@@ -134,6 +155,19 @@ namespace
 				return DescribeProblem(Problem, Asked, "far");
 			}
 			return Models.size() == 1 ? Models[0].Id : "(no list)";
+		}
+
+		/** A frame of HTTP/2. */
+		static std::string Frame(char Type, char Flags, char StreamId, const std::string& Payload)
+		{
+			const char Head[] = { 0, 0, static_cast<char>(Payload.size()), Type, Flags, 0, 0, 0, StreamId };
+			return std::string(Head, sizeof(Head)) + Payload;
+		}
+
+		/** Status 200 and a whole body. */
+		static std::string AnswerFrames(char StreamId, const std::string& Body)
+		{
+			return Frame(1, 4, StreamId, "\x88") + Frame(0, 1, StreamId, Body);
 		}
 
 		FTempFolder Folder;
@@ -223,4 +257,47 @@ TEST_F(FTlsTest, CancelInMidStreamClosesTheConnection)
 	EXPECT_EQ(WireTests::Dump(Reply), "Missing 'half ' !Cancelled");
 	// It takes one connection, and ends with that.
 	EXPECT_TRUE(WaitUntilGone());
+}
+
+TEST_F(FTlsTest, AKeptConnectionThatIsGivenUpIsMadeAnew)
+{
+	ASSERT_NO_FATAL_FAILURE(Serve("-quiet -debug -alpn h2 -naccept 2"));
+	const std::string Settings = Frame(4, 0, 0, "") + Frame(4, 1, 0, "");
+	// Says that it has taken no request after the first one, and nothing more.
+	const std::string GoAway = Frame(7, 0, 0, std::string("\0\0\0\1\0\0\0\0", 8));
+	std::thread Peer(
+		[&]
+		{
+			EXPECT_TRUE(WaitUntilSent("first\n", 1));
+			Send(Settings + AnswerFrames(1, "one"));
+			EXPECT_TRUE(WaitUntilSent("second\n", 1));
+			Send(GoAway);
+			EXPECT_TRUE(WaitUntilSent("second\n", 2)) << "it was not asked again";
+			Send(Settings + AnswerFrames(1, "two"));
+		});
+	struct FBody : IHttpReader
+	{
+		virtual void OnHead(const FHttpHead&) override { ++Heads; }
+		virtual EFlow OnBytes(std::string_view Bytes) override
+		{
+			Text += Bytes;
+			return EFlow::More;
+		}
+		std::string Text;
+		int Heads = 0;
+	};
+	FHttpStream Stream;
+	FHttpRequest Request;
+	Request.Url = "https://localhost:" + std::to_string(Port) + "/";
+	Request.CaFile = Folder.AtBytes("ca.pem");
+	for (const auto& [Asked, Answered] : { std::pair("first\n", "one"), std::pair("second\n", "two") })
+	{
+		Request.Body = Asked;
+		FBody Body;
+		const FHttpReply Reply = Stream.Run(Request, Body);
+		EXPECT_EQ(Reply.End, EHttpEnd::Complete) << Reply.Detail;
+		EXPECT_EQ(Body.Text, Answered);
+		EXPECT_EQ(Body.Heads, 1);
+	}
+	Peer.join();
 }

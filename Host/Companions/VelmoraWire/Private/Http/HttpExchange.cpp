@@ -271,6 +271,13 @@ namespace Velmora
 		bIsEnded = true;
 	}
 
+	bool FHttpExchange::WasConnectionGone() const
+	{
+		long NewConnections = 1;
+		return Easy && Reply.End == EHttpEnd::CutShort && HeaderBytes == 0 && Reply.ReceivedBytes == 0 &&
+			curl_easy_getinfo(Easy.get(), CURLINFO_NUM_CONNECTS, &NewConnections) == CURLE_OK && NewConnections == 0;
+	}
+
 	FHttpReply FHttpExchange::TakeReply()
 	{
 		curl_off_t RetryAfter = 0;

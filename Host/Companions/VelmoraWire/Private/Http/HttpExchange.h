@@ -43,6 +43,12 @@ namespace Velmora
 		void Finish(CURLcode Code);
 		void FinishCancelled();
 
+		/**
+		 * The connection was kept from an earlier exchange, and the server had given it up before it answered with anything. The library
+		 * asks anew by itself then, but not over HTTP/2.
+		 */
+		bool WasConnectionGone() const;
+
 		FHttpReply TakeReply();
 
 	private:

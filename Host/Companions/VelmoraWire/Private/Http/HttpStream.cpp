@@ -76,13 +76,15 @@ namespace Velmora
 		{
 			const FNoPipeSignal NoSignal;
 			FHttpExchange Exchange(Request, Reader);
-			if (Handle && Exchange.Prepare() && curl_multi_add_handle(Handle, Exchange.GetEasy()) == CURLM_OK)
+			RunOnce(Exchange);
+			if (bIsCancelled || !Exchange.WasConnectionGone())
 			{
-				Drive(Exchange);
-				// Closes the connection of what has not come to its end.
-				curl_multi_remove_handle(Handle, Exchange.GetEasy());
+				return Exchange.TakeReply();
 			}
-			return Exchange.TakeReply();
+			FHttpExchange Again(Request, Reader);
+			curl_easy_setopt(Again.GetEasy(), CURLOPT_FRESH_CONNECT, 1L);
+			RunOnce(Again);
+			return Again.TakeReply();
 		}
 
 		void Cancel()
@@ -95,6 +97,16 @@ namespace Velmora
 		}
 
 	private:
+		void RunOnce(FHttpExchange& Exchange)
+		{
+			if (Handle && Exchange.Prepare() && curl_multi_add_handle(Handle, Exchange.GetEasy()) == CURLM_OK)
+			{
+				Drive(Exchange);
+				// Closes the connection of what has not come to its end.
+				curl_multi_remove_handle(Handle, Exchange.GetEasy());
+			}
+		}
+
 		void Drive(FHttpExchange& Exchange)
 		{
 			while (true)
