@@ -1,4 +1,3 @@
-#include "Changes/UndoRun.h"
 #include "ChangeFixture.h"
 
 #include <cstdio>
@@ -462,51 +461,6 @@ TEST_F(Undo, ChangesNothingWhenItCannotRestoreAll)
 				  "T1", [](int) { return std::string(); }, "another conversation")
 				  .Problem,
 		"What was done after that message is not known any more, so nothing was undone.");
-}
-
-TEST_F(Undo, WhatIsMadeOfAFileMeanwhileStays)
-{
-	Project.Write("written.txt", "before\n");
-	Project.Write("deleted.txt", "before\n");
-	MakeTools().WriteFile("written.txt", "by the agent\n");
-	MakeTools().DeleteFile("deleted.txt");
-	MakeTools().CreateFile("created.txt", "by the agent\n");
-	const std::vector<std::string> Before = ListProject();
-	const std::string Folder = std::filesystem::directory_iterator(UndoFolder)->path().native();
-	const Velmora::FLoggedHistory History = Velmora::FChangeLog::Read(Folder);
-
-	for (const char* Path : { "written.txt", "deleted.txt", "created.txt" })
-	{
-		const std::string Agents = ReadFile(Path);
-		const bool bWasThere = std::filesystem::exists(Project.PathOf(Path));
-		Velmora::FKeptContents Contents(Folder);
-		Velmora::FUndoPlan Plan(Contents);
-		Plan.Add(History.Transactions.front());
-		bool bIsCommitted = false;
-		const Velmora::FUndoEnd End = Velmora::PerformUndo(
-			Plan, false,
-			[&] // All has been looked at, and nothing is changed yet.
-			{
-				Project.Write(Path, "by hand at that moment\n");
-				return std::string();
-			},
-			[&]
-			{
-				bIsCommitted = true;
-				return std::string();
-			});
-
-		EXPECT_EQ(End.Problem, std::string("`") + Path + "` cannot be restored: it was changed by somebody else at that moment.");
-		EXPECT_EQ(End.Lost, "");
-		EXPECT_FALSE(bIsCommitted);
-		EXPECT_EQ(ReadFile(Path), "by hand at that moment\n");
-		std::filesystem::remove(Project.PathOf(Path));
-		if (bWasThere)
-		{
-			Project.Write(Path, Agents);
-		}
-	}
-	EXPECT_EQ(ListProject(), Before) << "the others are as they were, and nothing is left beside";
 }
 
 TEST_F(Undo, OnlyTheLaterRequestsOfTheConversationAreUndone)

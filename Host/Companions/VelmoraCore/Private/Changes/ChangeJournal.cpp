@@ -12,6 +12,7 @@
 #include <sys/stat.h>
 
 #include "Changes/ContentHash.h"
+#include "Host/FolderLock.h"
 #include "Host/HostFileNames.h"
 #include "Host/HostSystemErrors.h"
 #include "Host/StoreLocation.h"
@@ -185,6 +186,7 @@ namespace Velmora
 		{
 			return "the request it belongs to is over";
 		}
+		const FFolderLock Turn(Root, FProjectAccess::TurnMilliseconds);
 		// Whatever links lead to it, a file has one name here.
 		const std::string Path = Access.ResolveFolders(GivenPath);
 		FEntryInfo Info;
@@ -412,11 +414,38 @@ namespace Velmora
 		return Problem;
 	}
 
+	bool FChangeJournal::IsFolderThere() const
+	{
+		struct stat Held = {};
+		struct stat There = {};
+		return fstat(Lock.Get(), &Held) == 0 && stat((Folder + '/' + LockName).c_str(), &There) == 0 && Held.st_ino == There.st_ino &&
+			Held.st_dev == There.st_dev;
+	}
+
+	std::string FChangeJournal::BeginAnew()
+	{
+		{
+			const std::scoped_lock Guard(ListMutex);
+			std::erase_if(
+				Transactions, [](const std::shared_ptr<FChangeTransaction>& Transaction) { return !Transaction->Records.empty(); });
+			for (const std::shared_ptr<FChangeTransaction>& Transaction : Transactions)
+			{
+				Transaction->bIsLogged = false;
+			}
+		}
+		Contents.reset();
+		Log = FChangeLog();
+		Lock = FFileDescriptor();
+		Folder.clear();
+		return "what was kept for undo has been removed from the disk. Earlier changes cannot be undone any more; ask once more for this "
+			   "one";
+	}
+
 	std::string FChangeJournal::OpenFolder()
 	{
 		if (!Folder.empty())
 		{
-			return std::string();
+			return IsFolderThere() ? std::string() : BeginAnew();
 		}
 		const std::string Refusal = "its former content cannot be kept: ";
 		if (const FOutcome Made = MakePrivateFolder(HostFileNameFromBytes(UndoFolder)); !Made)

@@ -212,7 +212,12 @@ namespace Velmora
 	private:
 		using FTransactions = std::vector<std::shared_ptr<FChangeTransaction>>;
 
+		/** Makes the folder when it is first needed. */
 		std::string OpenFolder();
+		bool IsFolderThere() const;
+
+		/** Somebody has removed the folder: forgets what can no longer be undone, the request under way included, and says so. */
+		std::string BeginAnew();
 
 		/** Takes over a folder whose lock is held. False when there is nothing to undo in it. */
 		bool Adopt(const std::string& InFolder, FFileDescriptor&& InLock);

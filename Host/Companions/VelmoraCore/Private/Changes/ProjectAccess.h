@@ -103,6 +103,9 @@ namespace Velmora
 	class FProjectAccess
 	{
 	public:
+		/** Programs that change a project take turns by a lock of its folder. Beyond this time one goes on without. */
+		static constexpr int32_t TurnMilliseconds = 1000;
+
 		explicit FProjectAccess(const std::string& Root, EAccessMethod InMethod = EAccessMethod::Automatic);
 
 		/** The folder could be opened. */

@@ -1,6 +1,7 @@
 #include "Changes/UndoPlan.h"
 
 #include <algorithm>
+#include <climits>
 
 #include "Changes/ContentHash.h"
 
@@ -13,13 +14,26 @@ namespace Velmora
 		/** What stands there now is held in memory for going back, up to this; the rest goes through the journal. In bytes. */
 		constexpr uint64_t MaxHeldBytes = 32 * 1024 * 1024;
 
-		/** "Docs/notes.md" and 2: "Docs/notes.conflict-2.md". A dot at the start of a name opens no extension. */
+		/** An extension that is longer is part of the name. In bytes. */
+		constexpr size_t MaxExtension = 64;
+
+		/**
+		 * "Docs/notes.md" and 2: "Docs/notes.conflict-2.md". A dot at the start of a name opens no extension, and a name that is as long
+		 * as names can be loses some of its end.
+		 */
 		std::string MakeCopyName(const std::string& Path, int Number)
 		{
 			const size_t NameStart = Path.rfind('/') + 1;
 			const size_t Dot = Path.rfind('.');
-			const size_t End = Dot == std::string::npos || Dot <= NameStart ? Path.size() : Dot;
-			return Path.substr(0, End) + ".conflict-" + std::to_string(Number) + Path.substr(End);
+			const bool bHasExtension = Dot != std::string::npos && Dot > NameStart && Path.size() - Dot <= MaxExtension;
+			const size_t StemEnd = bHasExtension ? Dot : Path.size();
+			const std::string Ending = ".conflict-" + std::to_string(Number) + Path.substr(StemEnd);
+			size_t Length = std::min(StemEnd - NameStart, NAME_MAX - Ending.size());
+			while (NameStart + Length < StemEnd && Length > 0 && (Path[NameStart + Length] & 0xC0) == 0x80)
+			{
+				--Length; // No character is cut in two.
+			}
+			return Path.substr(0, NameStart + Length) + Ending;
 		}
 
 		/** A file or link of that very content stands there, so that it need not be copied again. */

@@ -4,6 +4,7 @@
 #include <set>
 
 #include "Changes/ChangeJournal.h"
+#include "Host/FolderLock.h"
 
 namespace Velmora
 {
@@ -319,6 +320,11 @@ namespace Velmora
 		FUndoPlan& Plan, bool bIsDurable, const std::function<std::string()>& WriteDown, const std::function<std::string()>& Commit)
 	{
 		FUndoEnd End;
+		std::vector<FFolderLock> Turns;
+		for (const auto& [Root, Access] : Plan.Accesses)
+		{
+			Turns.emplace_back(Root, FProjectAccess::TurnMilliseconds);
+		}
 		FUndoRun Run(Plan, bIsDurable);
 		// 1. All that can fail without a trace.
 		End.Problem = Plan.Inspect();
