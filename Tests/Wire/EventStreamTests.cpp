@@ -76,6 +76,11 @@ TEST(EventStream, NothingGrowsBeyondItsBound)
 		EXPECT_EQ(ReadAll("data: a\n\ndata: " + Long + "\n\n", Split), "[a] too large") << "a line, cut at " << Split;
 		EXPECT_EQ(ReadAll(':' + Long, Split), " too large") << "a comment without end, cut at " << Split;
 	}
+	const std::string TwoLines = "data: " + std::string(600, 'x') + "\n:" + std::string(600, 'y') + "\n\n";
+	for (const size_t Split : { size_t(0), size_t(700), TwoLines.size() })
+	{
+		EXPECT_EQ(ReadAll(TwoLines, Split), " too large") << "a line and a comment of one event, cut at " << Split;
+	}
 	std::string Lines;
 	for (int Line = 0; Line < 300; ++Line)
 	{

@@ -48,8 +48,10 @@ namespace Velmora
 			const size_t Length = Return != std::string_view::npos ? Return
 				: LineFeed != std::string_view::npos			   ? LineFeed - Start
 																   : std::string_view::npos;
-			// Counted before it is kept, so that a server that never ends a line cannot fill the memory.
-			if (PartialLine.size() + DataText.size() + Rest.substr(0, Length).size() > MaxEventBytes)
+			// Counted before it is kept, so that a server that never ends a line cannot fill the memory; the event's earlier line counts
+			// also while it is not copied, so that the same bytes are too many however they are split.
+			const size_t DataBytes = bDataIsView ? DataView.size() : DataText.size();
+			if (PartialLine.size() + DataBytes + Rest.substr(0, Length).size() > MaxEventBytes)
 			{
 				State = EState::TooLarge;
 				break;
