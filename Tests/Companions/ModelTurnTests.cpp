@@ -352,6 +352,22 @@ TEST_F(ModelTurn, ConnectionsAreTheUsersAlone)
 	EXPECT_EQ(getenv("VELMORA_TEST_KEY"), nullptr) << "no child gets it";
 	Ask("go");
 	EXPECT_TRUE(Holds(Requests.back().Head, "Authorization: Bearer env-key-12345\r\n"));
+	const std::pair<const char*, const char*> Wrong[] = {
+		{ R"({"url":"http://a"})", "connection 2 has no name" },
+		{ "7", "connection 2 has no name" },
+		{ R"({"name":"b","url":7})", "connection 2: url is no text" },
+		{ R"({"name":"b","url":"http://a","max_day_cost":"5"})", "connection 2: max_day_cost is no number" },
+		{ R"({"name":"b","url":"http://a","model":null})", "" },
+	};
+	for (const auto& [Item, Words] : Wrong)
+	{
+		SCOPED_TRACE(Item);
+		WriteFile("connections.json", std::string(R"({"connections":[{"name":"a","url":"http://a"},)") + Item + "]}", 0600);
+		const TArray<FAgentConnection> Read = FAgentConnections::List(Problem);
+		EXPECT_EQ(Read.Num(), *Words ? 1 : 2) << "the others can be used";
+		EXPECT_TRUE(*Words ? Holds(Utf8(Problem), Words) : Problem.IsEmpty()) << Utf8(Problem);
+		EXPECT_EQ(FAgentConnections::Save(Read).IsEmpty(), !*Words) << "what was not read is not written over";
+	}
 	WriteFile("connections.json", "{", 0600);
 	EXPECT_EQ(FAgentConnections::List(Problem).Num(), 0);
 	EXPECT_TRUE(Holds(Utf8(Problem), "is no list of connections"));

@@ -60,6 +60,13 @@ namespace Velmora
 			{ "max_day_cost", &FAgentConnection::MaxDayCost, 0.0, 1.0e9 },
 		};
 
+		/** Null is as good as left out; any other kind than the wanted one would be a choice or a limit that silently does not hold. */
+		bool IsOfKind(const rapidjson::Value& Object, const char* Name, bool (rapidjson::Value::*IsKind)() const)
+		{
+			const auto Member = Object.FindMember(Name);
+			return Member == Object.MemberEnd() || Member->value.IsNull() || (Member->value.*IsKind)();
+		}
+
 		FString GetText(const rapidjson::Value& Object, const char* Name)
 		{
 			const auto Member = Object.FindMember(Name);
@@ -100,6 +107,36 @@ namespace Velmora
 				ReadNumber(Item, Row, Connection);
 			}
 			return Connection;
+		}
+
+		/** What is wrong with the kinds of an entry; empty when it can be read. The next save would drop what was not read. */
+		std::string FindFault(const rapidjson::Value& Item)
+		{
+			if (!Item.IsObject() || GetText(Item, "name").IsEmpty())
+			{
+				return " has no name";
+			}
+			for (const FTextMember& Row : TextMembers)
+			{
+				if (!IsOfKind(Item, Row.Name, &rapidjson::Value::IsString))
+				{
+					return std::string(": ") + Row.Name + " is no text";
+				}
+			}
+			const auto FindNoNumber = [&Item](const auto& Rows)
+			{
+				for (const auto& Row : Rows)
+				{
+					if (!IsOfKind(Item, Row.Name, &rapidjson::Value::IsNumber))
+					{
+						return std::string(": ") + Row.Name + " is no number";
+					}
+				}
+				return std::string();
+			};
+			std::string Fault = FindNoNumber(CountMembers);
+			Fault = Fault.empty() ? FindNoNumber(TokenMembers) : Fault;
+			return Fault.empty() ? FindNoNumber(MoneyMembers) : Fault;
 		}
 
 		using FWriter = rapidjson::PrettyWriter<rapidjson::StringBuffer>;
@@ -167,12 +204,19 @@ namespace Velmora
 				return File;
 			}
 			File.Default = GetText(Parsed, "default");
+			int32 Number = 0;
 			for (const rapidjson::Value& Item : List->value.GetArray())
 			{
-				FAgentConnection Connection = Item.IsObject() ? ReadConnection(Item) : FAgentConnection();
-				if (!Connection.Name.IsEmpty())
+				++Number;
+				const std::string Fault = FindFault(Item);
+				if (Fault.empty())
 				{
-					File.Connections.Add(MoveTemp(Connection));
+					File.Connections.Add(ReadConnection(Item));
+				}
+				else if (File.Problem.empty())
+				{
+					File.Problem = PrivateFile::GetFolder() + '/' + ConnectionsFile + ", connection " + std::to_string(Number) + Fault +
+						". Correct the file.";
 				}
 			}
 			return File;
