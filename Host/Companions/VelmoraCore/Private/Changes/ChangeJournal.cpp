@@ -12,12 +12,12 @@
 #include <sys/stat.h>
 
 #include "Changes/ContentHash.h"
+#include "Changes/SteeringFiles.h"
 #include "Host/FolderLock.h"
 #include "Host/HostFileNames.h"
 #include "Host/HostSystemErrors.h"
 #include "Host/StoreLocation.h"
 #include "Misc/Guid.h"
-#include "Tools/SteeringFiles.h"
 
 namespace Velmora
 {

@@ -1,8 +1,8 @@
 #include <algorithm>
 
+#include "Changes/SteeringFiles.h"
 #include "Host/ProjectWalk.h"
 #include "Text/Utf8Text.h"
-#include "Tools/SteeringFiles.h"
 #include "Tools/ToolBox.h"
 
 // The tools that change files, all of them through the journal, and the plan.
@@ -35,6 +35,8 @@ namespace Velmora
 		constexpr size_t MinGuardedBytes = 4 * 1024;
 		constexpr size_t GuardedShare = 10;
 
+		constexpr std::string_view IgnoreFileName = ".gitignore";
+
 		/** One line, whatever a model has put into it. */
 		std::string OneLine(const std::string& Text, size_t MaxCharacters)
 		{
@@ -63,10 +65,29 @@ namespace Velmora
 		{
 			return Steering;
 		}
+		if (Utf8Text::ToLower(Path.substr(Path.rfind('/') + 1)) == IgnoreFileName)
+		{
+			return "it says which files are read only with the user's consent";
+		}
 		const bool bIsCut = Info.Kind == EEntryKind::File && !Content.bIsDeletion && OldBytes.size() > MinGuardedBytes &&
 			Content.Bytes.size() < OldBytes.size() / GuardedShare;
 		return bIsCut ? "it would be cut from " + std::to_string(OldBytes.size()) + " to " + std::to_string(Content.Bytes.size()) + " bytes"
 					  : std::string();
+	}
+
+	std::string FToolBox::FindReadConcern(const std::string& Path, FToolResult& OutResult) const
+	{
+		// As it is called, and where links on the way lead.
+		FProjectPath Real;
+		if (MayRead({ Files.GetRoot() + '/' + Path, Path, false }, OutResult) && (!Files.Resolve(Path, Real) || MayRead(Real, OutResult)))
+		{
+			return std::string();
+		}
+		if (const std::string Steering = DescribeSteering(Path); !Steering.empty())
+		{
+			OutResult.Question->Reason += ", and " + Steering;
+		}
+		return "it needs the user's consent, since " + OutResult.Question->Reason;
 	}
 
 	void FToolBox::Change(FToolResult& OutResult, const std::function<FChangeOutcome(FChangeTools& Tools)>& Make)
@@ -75,6 +96,7 @@ namespace Velmora
 		Tools.SetCancelCheck(IsCancelled);
 		if (!bIsPermitted)
 		{
+			Tools.SetReadGuard([this, &OutResult](const std::string& Path) { return FindReadConcern(Path, OutResult); });
 			Tools.SetGuard(
 				[this, &OutResult](
 					const std::string& Path, const FEntryInfo& Info, const std::string& OldBytes, const FNewContent& Content) -> std::string

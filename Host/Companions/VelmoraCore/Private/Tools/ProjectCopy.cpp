@@ -10,9 +10,9 @@
 #include <unistd.h>
 
 #include "Changes/ChangeJournal.h"
+#include "Changes/SteeringFiles.h"
 #include "Host/FileDescriptor.h"
 #include "Host/HostSystemErrors.h"
-#include "Tools/SteeringFiles.h"
 
 namespace Velmora
 {

@@ -1,11 +1,11 @@
 #include <algorithm>
 
+#include "Changes/SteeringFiles.h"
 #include "Host/HostFileNames.h"
 #include "Host/ProjectWalk.h"
 #include "Text/Utf8Text.h"
 #include "Tools/ProjectSearch.h"
 #include "Tools/ProjectSummary.h"
-#include "Tools/SteeringFiles.h"
 #include "Tools/SymbolLookup.h"
 #include "Tools/ToolBox.h"
 
@@ -144,7 +144,7 @@ namespace Velmora
 			Count == 0 ? std::string("The file is empty.\n") : Text);
 	}
 
-	// Hits in files that may hold secrets are left out without a word, or each search would ask for consent.
+	// Files that may hold secrets are left out without a word, or each search would ask for consent.
 	void FToolBox::SearchTool(const FToolArguments& Arguments, FToolResult& OutResult)
 	{
 		FProjectPath Place;
@@ -156,12 +156,8 @@ namespace Velmora
 		{
 			return Fail(OutResult, "Not searched: the text to look for is empty");
 		}
-		FSearchResult Found = SearchProject(Files, Place, Arguments.GetText("term"), IsCancelled);
-		// A search of a folder must not show what reading the file would ask for.
-		if (Place.bIsFolder)
-		{
-			std::erase_if(Found.Hits, [](const FSearchHit& Hit) { return IsSecretName(Hit.File.Relative); });
-		}
+		// A search of a folder must not show what reading the file would ask for, nor count it: who guesses often enough has it all.
+		const FSearchResult Found = SearchProject(Files, Place, Arguments.GetText("term"), IsCancelled, IsSecretName);
 		if (Found.MatchCount == 0)
 		{
 			return Succeed(OutResult, Found.Describe(),

@@ -1,4 +1,4 @@
-#include "Tools/SteeringFiles.h"
+#include "Changes/SteeringFiles.h"
 
 #include <algorithm>
 #include <iterator>
