@@ -120,6 +120,51 @@ TEST_F(ModelQuestions, WhatLeavesThisMachineIsAskedForOnceAndBefore)
 	EXPECT_EQ(Requests.size(), 2u);
 }
 
+TEST_F(ModelQuestions, WhatIsReadWithConsentOnlyIsLearnedInNoOtherWay)
+{
+	Project.Write(".env", "KEY=sesame\n");
+	Project.Write(".gitignore", "private.txt\n");
+	Project.Write("private.txt", "sesame\n");
+	Project.Write("open.txt", "all may read this\n");
+	struct FCase
+	{
+		const char* Tool;
+		const char* Arguments;
+
+		/** Of the question; empty when none is asked. */
+		const char* Reason;
+	};
+	constexpr const char* Secret = "it may hold secrets";
+	constexpr const char* Ignored = "the project's ignore rules leave it out";
+	for (const FCase& Case : {
+			 FCase{ "move_file", R"({"path":".env","to":"notes.txt"})", Secret },
+			 FCase{ "move_file", R"({"path":"./private.txt","to":"notes.txt"})", Ignored },
+			 FCase{ "edit_file", R"({"path":".env","old":"KEY=a","new":"KEY=a"})", Secret },
+			 FCase{ "edit_file", R"({"path":"private.txt","old":"sesame","new":"sesame!"})", Ignored },
+			 FCase{ "write_file", R"({"path":".gitignore","content":""})", "it says which files are read only with" },
+			 FCase{ "create_file", R"({"path":"sub/.gitignore","content":"!private.txt"})", "it says which files are read only with" },
+			 FCase{ "move_file", R"({"path":"open.txt","to":"opened.txt"})", "" },
+			 FCase{ "edit_file", R"({"path":"opened.txt","old":"all","new":"everybody"})", "" },
+		 })
+	{
+		SCOPED_TRACE(std::string(Case.Tool) + ' ' + Case.Arguments);
+		FScriptedPeer Peer(Give({ WithCalls("", { Call(0, "call00000", Case.Tool, Case.Arguments) }), Final("ok") }));
+		Use(Peer);
+		EXPECT_EQ(SendUntilPaused(TEXT("go")), *Case.Reason != '\0');
+		EXPECT_TRUE(Holds(LastAnswer, *Case.Reason ? Case.Reason : "ok")) << LastAnswer;
+		Agent->CancelConversation();
+		PumpUntilQuiet();
+	}
+	EXPECT_EQ(ReadFile(".env"), "KEY=sesame\n");
+	EXPECT_EQ(ReadFile("opened.txt"), "everybody may read this\n");
+
+	// Who could count what a search finds there would have guessed all of it in the end.
+	FScriptedPeer Peer(Give({ WithCalls("", { Call(0, "call00000", "search_files", R"({"term":"KEY=ses"})") }), Final("ok") }));
+	Use(Peer);
+	EXPECT_EQ(Ask("go"), "ok");
+	EXPECT_TRUE(Holds(LastBody(), "No line holds it")) << LastBody();
+}
+
 TEST_F(ModelQuestions, AStopWorksFromEveryStateOfATurn)
 {
 	Velmora::FBuiltInAgentOptions Options;

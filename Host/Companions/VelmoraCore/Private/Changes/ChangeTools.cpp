@@ -158,9 +158,20 @@ namespace Velmora
 			});
 	}
 
+	std::string FChangeTools::RefuseReading(std::string_view Path) const
+	{
+		std::string Normal;
+		return ReadGuard && Access.IsOpen() && Access.Normalise(Path, Normal).empty() ? ReadGuard(Normal) : std::string();
+	}
+
 	FChangeOutcome FChangeTools::EditFile(std::string_view Path, std::string_view Old, std::string_view New)
 	{
 		FChangeOutcome Lines;
+		if (Lines.Problem = RefuseReading(Path); !Lines.Problem.empty())
+		{
+			Lines.Sentence = "Not changed: " + Lines.Problem;
+			return Lines;
+		}
 		FChangeOutcome Outcome = Change(Path, true,
 			[&](const FEntryInfo& Info, const std::string& Bytes, FNewContent& OutContent)
 			{
@@ -213,6 +224,10 @@ namespace Velmora
 		FEntryInfo Info;
 		std::string Bytes;
 		Outcome.Problem = Access.IsOpen() ? Access.Normalise(From, Outcome.Path) : Access.DescribeRefusal();
+		if (Outcome.Problem.empty())
+		{
+			Outcome.Problem = RefuseReading(From);
+		}
 		if (Outcome.Problem.empty())
 		{
 			Outcome.Problem = Access.Look(Outcome.Path, Info);

@@ -55,6 +55,13 @@ namespace Velmora
 			std::function<std::string(const std::string& Path, const FEntryInfo&, const std::string& OldBytes, const FNewContent&)>;
 		void SetGuard(FGuard InGuard) { Guard = std::move(InGuard); }
 
+		/**
+		 * Looks at the path of a file before a change that tells something of its content: whether a passage stands in it, or all of it
+		 * under another name. A clause refuses the change.
+		 */
+		using FReadGuard = std::function<std::string(const std::string& Path)>;
+		void SetReadGuard(FReadGuard InGuard) { ReadGuard = std::move(InGuard); }
+
 		/** A file that is not there yet. Missing folders are made. */
 		FChangeOutcome CreateFile(std::string_view Path, std::string_view Bytes);
 
@@ -85,11 +92,14 @@ namespace Velmora
 			const std::function<std::string(const FEntryInfo&, const std::string&, FNewContent&)>& MakeContent,
 			uint64_t MaxBytes = MaxWrittenBytes);
 
+		std::string RefuseReading(std::string_view Path) const;
+
 		const std::string Root;
 		FProjectAccess Access;
 		FChangeJournal& Journal;
 		const std::string TransactionId;
 		std::function<bool()> IsCancelled;
 		FGuard Guard;
+		FReadGuard ReadGuard;
 	};
 }

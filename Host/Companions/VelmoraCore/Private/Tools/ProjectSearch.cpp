@@ -223,7 +223,7 @@ namespace Velmora
 		};
 
 		FSearchResult RunSearch(const FProjectFiles& Files, const FProjectPath& Where, const FSearchTerm& Term, bool bAllWords,
-			const std::function<bool()>& IsCancelled)
+			const std::function<bool()>& IsCancelled, const std::function<bool(std::string_view)>& IsLeftOut)
 		{
 			FSearch Search(Files, Term, bAllWords);
 			if (!Where.bIsFolder)
@@ -242,7 +242,10 @@ namespace Velmora
 					{
 						const std::string Relative = Where.Relative.empty() ? std::string(Entry.RelativePath)
 																			: Where.Relative + '/' + std::string(Entry.RelativePath);
-						Search.SearchFile({ std::string(Entry.AbsolutePath), Relative, false });
+						if (!IsLeftOut || !IsLeftOut(Relative))
+						{
+							Search.SearchFile({ std::string(Entry.AbsolutePath), Relative, false });
+						}
 					}
 					return EProjectWalkStep::Continue;
 				});
@@ -370,18 +373,18 @@ namespace Velmora
 		return ClassifyPlainName(Hit);
 	}
 
-	FSearchResult SearchProject(
-		const FProjectFiles& Files, const FProjectPath& Where, std::string_view Term, const std::function<bool()>& IsCancelled)
+	FSearchResult SearchProject(const FProjectFiles& Files, const FProjectPath& Where, std::string_view Term,
+		const std::function<bool()>& IsCancelled, const std::function<bool(std::string_view Path)>& IsLeftOut)
 	{
 		const FSearchTerm Ready(Utf8Text::Trim(Term));
 		if (Ready.LowerWords.empty())
 		{
 			return FSearchResult();
 		}
-		FSearchResult Result = RunSearch(Files, Where, Ready, /*bAllWords*/ false, IsCancelled);
+		FSearchResult Result = RunSearch(Files, Where, Ready, /*bAllWords*/ false, IsCancelled, IsLeftOut);
 		if (Result.MatchCount == 0 && Ready.LowerWords.size() > 1 && !IsCancelled())
 		{
-			Result = RunSearch(Files, Where, Ready, /*bAllWords*/ true, IsCancelled);
+			Result = RunSearch(Files, Where, Ready, /*bAllWords*/ true, IsCancelled, IsLeftOut);
 		}
 		return Result;
 	}

@@ -77,7 +77,8 @@ namespace Velmora
 	 * line in which they stand as written, or, when there is no such line at all, one that holds each of them.
 	 *
 	 * @param IsCancelled  Asked between files; true ends the search with what it has.
+	 * @param IsLeftOut    Of a file below the project; true for what a search of a folder does not look into. Unset for none.
 	 */
-	FSearchResult SearchProject(
-		const FProjectFiles& Files, const FProjectPath& Where, std::string_view Term, const std::function<bool()>& IsCancelled);
+	FSearchResult SearchProject(const FProjectFiles& Files, const FProjectPath& Where, std::string_view Term,
+		const std::function<bool()>& IsCancelled, const std::function<bool(std::string_view Path)>& IsLeftOut = nullptr);
 }

@@ -147,6 +147,9 @@ namespace Velmora
 		/** Makes a change, or leaves the question in the result that it raises. */
 		void Change(FToolResult& OutResult, const std::function<FChangeOutcome(FChangeTools& Tools)>& Make);
 
+		/** Why a change that tells something of a file needs the user's consent. The question is in the result then. */
+		std::string FindReadConcern(const std::string& Path, FToolResult& OutResult) const;
+
 		/** Why a change needs the user's consent: a sentence, or nothing. */
 		std::string FindConcern(
 			const std::string& Path, const FEntryInfo& Info, const std::string& OldBytes, const FNewContent& Content) const;
