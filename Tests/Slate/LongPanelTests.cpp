@@ -215,3 +215,53 @@ TEST_F(FLongPanel, LinesOfAWrapBoxInViewAreThoseOfAll)
 		EXPECT_TRUE(Meeting(InView, Clip) == Meeting(All, Clip)) << Top;
 	}
 }
+
+TEST_F(FLongPanel, AWrapBoxThatBreaksItsLinesAnewSeesWhatElseHasChanged)
+{
+	std::mt19937 Random(12);
+	const TSharedRef<SWrapBox> Panel = SNew(SWrapBox).UseAllottedSize(true);
+	std::vector<FVector2f> Sizes;
+	const auto AddTo = [](SWrapBox& Box, const FVector2f& Size) { Box.AddSlot()[SNew(SBox).WidthOverride(Size.X).HeightOverride(Size.Y)]; };
+	const auto GetBox = [](SWrapBox& Wrap, int32 Index) { return StaticCastSharedRef<SBox>(Wrap.GetChildren()->GetChildAt(Index)); };
+	for (int32 Round = 0; Round < 300; ++Round)
+	{
+		// 1. A new width asks for another layout; before it comes, something else may change.
+		const double Width = 60.0 + Random() % 300;
+		const auto Arrange = [Width](SWrapBox& Box)
+		{
+			FArrangedChildren Arranged(EVisibility::Visible);
+			Box.ArrangeChildren(FGeometry::MakeRoot(FVector2D(Width, 500), FVector2D(0, 0), 1.0f), Arranged);
+		};
+		Arrange(*Panel);
+		const std::size_t Which = Sizes.empty() ? 0 : Random() % Sizes.size();
+		const FVector2f Size(10.0f + Random() % 50, 5.0f + Random() % 20);
+		switch (Sizes.size() < 20 ? 0 : Random() % 4)
+		{
+		case 0:
+			AddTo(*Panel, Size);
+			Sizes.push_back(Size);
+			break;
+		case 1:
+			GetBox(*Panel, static_cast<int32>(Which))->SetWidthOverride(Size.X);
+			GetBox(*Panel, static_cast<int32>(Which))->SetHeightOverride(Size.Y);
+			Sizes[Which] = Size;
+			break;
+		case 2:
+			Panel->RemoveSlot(GetBox(*Panel, static_cast<int32>(Which)));
+			Sizes.erase(Sizes.begin() + static_cast<std::ptrdiff_t>(Which));
+			break;
+		default:
+			break;
+		}
+		Panel->SlatePrepass(1.0f);
+		// 2. As a box that is made of the same from the start.
+		const TSharedRef<SWrapBox> Fresh = SNew(SWrapBox).UseAllottedSize(true);
+		for (const FVector2f& Each : Sizes)
+		{
+			AddTo(*Fresh, Each);
+		}
+		Arrange(*Fresh);
+		Fresh->SlatePrepass(1.0f);
+		ASSERT_EQ(Panel->GetDesiredSize(), Fresh->GetDesiredSize()) << Round;
+	}
+}

@@ -5,7 +5,8 @@
 #include <algorithm>
 
 // Lines are broken when the box is measured, at the width of the last frame, and again when it is arranged at another
-// one. The result is kept with the width, so that a box of unchanged children breaks no lines at all.
+// one. The result is kept with the width, so that a box of unchanged children breaks no lines at all, and what the children want
+// is kept with it, so that another width costs a walk over numbers.
 
 namespace
 {
@@ -45,17 +46,34 @@ float SWrapBox::GetLineLength(float Allotted) const
 	return Allotted > 0.0f ? Allotted : EndlessLine;
 }
 
-// Greedy. A child wider than a line gets one of its own.
-FVector2D SWrapBox::BreakLines(float LineLength) const
+// A paragraph may have millions of children, and a new width asks for its lines three times. Only a change of the children is a
+// reason to go to each of them.
+void SWrapBox::PrepassChildren(float LayoutScale, bool bOwnChange)
+{
+	const bool bNothingNew =
+		bOnlyBreaksAnew && bWantedKept && KeptScale == LayoutScale && KeptCount == Children.Num() && !HasSizeBindings();
+	bOnlyBreaksAnew = false;
+	if (bNothingNew)
+	{
+		return;
+	}
+	WatchChildren();
+	bWantedKept = false;
+	KeptScale = LayoutScale;
+	KeptCount = Children.Num();
+	SPanel::PrepassChildren(LayoutScale, bOwnChange);
+}
+
+void SWrapBox::OnChildChanged(SWidget& Child)
+{
+	bWantedKept = false;
+}
+
+void SWrapBox::CollectWanted() const
 {
 	const bool bHorizontal = Orientation == Orient_Horizontal;
-	const float Gap = static_cast<float>(bHorizontal ? InnerSlotPadding.X : InnerSlotPadding.Y);
-	const float LineGap = static_cast<float>(bHorizontal ? InnerSlotPadding.Y : InnerSlotPadding.X);
 	Placed.Reset();
-	Lines.Reset();
-	float Longest = 0.0f;
-	// Length of all children in one line.
-	float Natural = 0.0f;
+	Placed.Reserve(Children.Num());
 	for (int32 Index = 0; Index < Children.Num(); ++Index)
 	{
 		const FSlot& Slot = Children[Index];
@@ -65,28 +83,47 @@ FVector2D SWrapBox::BreakLines(float LineLength) const
 			continue;
 		}
 		const FVector2D Size = Child.GetDesiredSize() + Slot.GetPadding().GetDesiredSize();
-		const float Wanted = static_cast<float>(bHorizontal ? Size.X : Size.Y);
-		const float Length = FMath::Min(Wanted, LineLength);
-		const float Thickness = static_cast<float>(bHorizontal ? Size.Y : Size.X);
+		FPlaced& Place = Placed.AddDefaulted_GetRef();
+		Place.Index = Index;
+		Place.WantedAlong = static_cast<float>(bHorizontal ? Size.X : Size.Y);
+		Place.WantedAcross = static_cast<float>(bHorizontal ? Size.Y : Size.X);
+	}
+	bWantedKept = true;
+}
+
+// Greedy. A child wider than a line gets one of its own.
+FVector2D SWrapBox::BreakLines(float LineLength) const
+{
+	const bool bHorizontal = Orientation == Orient_Horizontal;
+	const float Gap = static_cast<float>(bHorizontal ? InnerSlotPadding.X : InnerSlotPadding.Y);
+	const float LineGap = static_cast<float>(bHorizontal ? InnerSlotPadding.Y : InnerSlotPadding.X);
+	if (!bWantedKept)
+	{
+		CollectWanted();
+	}
+	Lines.Reset();
+	float Longest = 0.0f;
+	// Length of all children in one line.
+	float Natural = 0.0f;
+	for (int32 PlaceIndex = 0; PlaceIndex < Placed.Num(); ++PlaceIndex)
+	{
+		FPlaced& Place = Placed[PlaceIndex];
+		const float Length = FMath::Min(Place.WantedAlong, LineLength);
 		const bool bFirst = Lines.Num() == 0;
 		if (bFirst || Lines.Last().Length + Gap + Length > LineLength + LineTolerance)
 		{
 			FLine Line;
 			Line.Across = bFirst ? 0.0f : Lines.Last().Across + Lines.Last().Thickness + LineGap;
-			Line.FirstPlaced = Placed.Num();
+			Line.FirstPlaced = PlaceIndex;
 			Lines.Add(Line);
 		}
 		FLine& Line = Lines.Last();
-		FPlaced Place;
-		Place.Index = Index;
 		Place.Line = Lines.Num() - 1;
-		Place.Along = Line.FirstPlaced == Placed.Num() ? 0.0f : Line.Length + Gap;
-		Place.Length = Length;
-		Placed.Add(Place);
+		Place.Along = Line.FirstPlaced == PlaceIndex ? 0.0f : Line.Length + Gap;
 		Line.Length = Place.Along + Length;
-		Line.Thickness = FMath::Max(Line.Thickness, Thickness);
+		Line.Thickness = FMath::Max(Line.Thickness, Place.WantedAcross);
 		Longest = FMath::Max(Longest, Line.Length);
-		Natural = bFirst ? Wanted : Natural + Gap + Wanted;
+		Natural = bFirst ? Place.WantedAlong : Natural + Gap + Place.WantedAlong;
 	}
 	const float Along = bUseAllottedSize ? Natural : Longest;
 	const float Across = Lines.Num() > 0 ? Lines.Last().Across + Lines.Last().Thickness : 0.0f;
@@ -132,11 +169,13 @@ void SWrapBox::OnArrangeChildren(const FGeometry& AllottedGeometry, FArrangedChi
 	}
 	const float LineLength = GetLineLength(Allotted);
 	// As broken when measured, unless something may have changed since.
-	const bool bStillBroken = BrokenLength == LineLength && !NeedsPrepass() && !HasSizeBindings();
-	const FVector2D Desired = bStillBroken ? Broken : BreakLines(LineLength);
+	const bool bUnchanged = !NeedsPrepass() && !HasSizeBindings();
+	bWantedKept = bWantedKept && bUnchanged;
+	const FVector2D Desired = BrokenLength == LineLength && bUnchanged ? Broken : BreakLines(LineLength);
 	if (!Desired.Equals(Measured, 0.01))
 	{
 		const_cast<SWrapBox*>(this)->Invalidate(EInvalidateWidgetReason::Layout);
+		bOnlyBreaksAnew = bUnchanged;
 	}
 	const float Room = bUseAllottedSize || Allotted > 0.0f ? Allotted : LineLength;
 	const EHorizontalAlignment Alignment = HAlign.Get();
@@ -163,8 +202,9 @@ void SWrapBox::OnArrangeChildren(const FGeometry& AllottedGeometry, FArrangedChi
 		const TSharedRef<SWidget>& Widget = Slot.GetWidget();
 		const FVector2D& Wanted = Widget->GetDesiredSize();
 		const FMargin Padding = Slot.GetPadding();
-		const float SlotX = bHorizontal ? Place.Length : Line.Thickness;
-		const float SlotY = bHorizontal ? Line.Thickness : Place.Length;
+		const float Length = FMath::Min(Place.WantedAlong, LineLength);
+		const float SlotX = bHorizontal ? Length : Line.Thickness;
+		const float SlotY = bHorizontal ? Line.Thickness : Length;
 		const FAlignedAxis X = AlignChild(Slot.GetHorizontalAlignment(), SlotX, static_cast<float>(Wanted.X), Padding);
 		const FAlignedAxis Y = AlignChild(Slot.GetVerticalAlignment(), SlotY, static_cast<float>(Wanted.Y), Padding);
 		const FVector2D Position =

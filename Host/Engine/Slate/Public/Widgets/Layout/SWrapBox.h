@@ -54,15 +54,18 @@ public:
 protected:
 	virtual FVector2D ComputeDesiredSize(float LayoutScaleMultiplier) const override;
 	virtual void OnArrangeChildren(const FGeometry& AllottedGeometry, FArrangedChildren& ArrangedChildren) const override;
+	virtual void PrepassChildren(float LayoutScale, bool bOwnChange) override;
+	virtual void OnChildChanged(SWidget& Child) override;
 
 private:
-	/** A child's place: along the line and across the lines, padding included. */
+	/** A child that is not collapsed, and its place along its line. Sizes are those that it wants, padding included. */
 	struct FPlaced
 	{
 		int32 Index = 0;
 		int32 Line = 0;
 		float Along = 0.0f;
-		float Length = 0.0f;
+		float WantedAlong = 0.0f;
+		float WantedAcross = 0.0f;
 	};
 	struct FLine
 	{
@@ -71,6 +74,8 @@ private:
 		float Length = 0.0f;
 		int32 FirstPlaced = 0;
 	};
+	/** Asks every child what it wants. */
+	void CollectWanted() const;
 	/** Breaks the children into Lines and Placed. Gives the desired size. */
 	FVector2D BreakLines(float LineLength) const;
 	/** The first child of the first line that reaches into the clip, and where the clip ends; lines outside are left out. */
@@ -88,6 +93,12 @@ private:
 	/** What Lines and Placed were broken for, and the size that came of it. */
 	mutable FVector2D Broken = FVector2D(0, 0);
 	mutable float BrokenLength = -1.0f;
+	/** What the children want stands in Placed, and none has changed since. */
+	mutable bool bWantedKept = false;
+	/** Only the length of a line has changed since the children were measured. */
+	mutable bool bOnlyBreaksAnew = false;
+	int32 KeptCount = 0;
+	float KeptScale = 0.0f;
 	mutable TArray<FPlaced> Placed;
 	mutable TArray<FLine> Lines;
 };
