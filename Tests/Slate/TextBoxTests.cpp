@@ -194,6 +194,52 @@ TEST_F(FTextBoxTest, ReadOnlyTextIsSelectedAndCopiedOnly)
 	EXPECT_EQ(TakeEvents(), (FEvents{ "cursor 0,5" })) << "a text that cannot change is not committed";
 }
 
+TEST_F(FTextBoxTest, ALineThatWasOnlyMeasuredIsAsLargeAsOneInUse)
+{
+	const FString Long = FString::ChrN(3000, TEXT('w'));
+	for (const FString& Words : { FString(TEXT("code")), FString(TEXT("a\rb")), FString(TEXT("two\nlines")), FString(TEXT("\xD800 tab\t.")),
+			 FString(TEXT("a line that is too long to be shared with others")), FString(), Long })
+	{
+		for (const bool bReadOnly : { true, false })
+		{
+			for (const float Scale : { 1.0f, 1.5f })
+			{
+				const TSharedRef<SEditableText> Line =
+					SNew(SEditableText).Text(FText::FromString(Words)).HintText(FText::FromString(TEXT("hint"))).IsReadOnly(bReadOnly);
+				SCOPED_TRACE(Utf8(Words.Left(20)));
+				Line->SlatePrepass(Scale);
+				const FVector2D Measured = Line->GetDesiredSize();
+				EXPECT_TRUE(Line->GetText().ToString().Equals(Words));
+				Line->SelectAllText();
+				EXPECT_TRUE(Line->GetSelectedText().ToString().Equals(Words));
+				Line->Invalidate(EInvalidateWidgetReason::Layout);
+				Line->SlatePrepass(Scale);
+				EXPECT_EQ(Line->GetDesiredSize(), Measured);
+			}
+		}
+	}
+}
+
+TEST_F(FTextBoxTest, AlikeLinesAreSetApart)
+{
+	const auto Make = []() { return SNew(SEditableText).Text(FText::FromString(TEXT("word"))).IsReadOnly(true); };
+	const TSharedRef<SEditableText> One = Make();
+	const TSharedRef<SEditableText> Other = Make();
+	One->SlatePrepass(1.0f);
+	const FVector2D Size = One->GetDesiredSize();
+	One->SetFont(FCoreStyle::GetDefaultFontStyle("Bold", 40));
+	One->SetOnTextChanged(FOnTextChanged::CreateLambda([this](const FText& Text) { Events.push_back(Utf8(Text)); }));
+	One->SlatePrepass(1.0f);
+	Other->SlatePrepass(1.0f);
+	EXPECT_GT(One->GetDesiredSize().X, Size.X * 2.0);
+	EXPECT_EQ(Other->GetDesiredSize(), Size);
+	Other->SetText(FText::FromString(TEXT("other")));
+	EXPECT_EQ(Utf8(One->GetText()), "word");
+	One->SetText(FText::FromString(TEXT("one")));
+	EXPECT_EQ(TakeEvents(), FEvents{ "one" });
+	EXPECT_EQ(Utf8(Other->GetText()), "other");
+}
+
 TEST_F(FTextBoxTest, ABoundTextOverrides)
 {
 	FString Model(TEXT("one"));

@@ -11,6 +11,9 @@
 // What the text widgets share: setting up, the bound text, commands and focus. Document, history and view are classes of
 // their own (FTextEditor, FTextView); keys and mouse, and painting, have their own sources.
 //
+// Most of them are words of code in a sentence, which nobody ever clicks. Such a line rests: it keeps its text and knows its
+// size, and becomes an editor when it is first painted, or when somebody does something with it (GetState).
+//
 // The text that the owner sees and the one that the user edits are not the same thing while the user edits: a bound text
 // is pulled only when it changes by itself, so that an owner that takes each change over does not get its own echo as a
 // new text.
@@ -20,6 +23,58 @@ namespace
 	constexpr float TooLongSeconds = 8.0f;
 
 	bool bJoinsLinesWithCarriageReturns = false;
+
+	/** Text that neither wraps nor has a box, with nobody to call: all that can differ between two of them are fixed values. */
+	bool IsPlainSetup(const FHostTextSetup& Setup)
+	{
+		const bool bBound = Setup.HintText.IsBound() || Setup.Font.IsBound() || Setup.ForegroundColor.IsBound() ||
+			Setup.BackgroundColor.IsBound() || Setup.Padding.IsBound() || Setup.IsReadOnly.IsBound() || Setup.AllowMultiLine.IsBound() ||
+			Setup.AutoWrapText.IsBound() || Setup.WrapTextAt.IsBound() || Setup.MinDesiredWidth.IsBound() ||
+			Setup.SelectAllTextWhenFocused.IsBound() || Setup.ClearKeyboardFocusOnCommit.IsBound() || Setup.RevertTextOnEscape.IsBound() ||
+			Setup.AllowContextMenu.IsBound() || Setup.ClearTextSelectionOnFocusLoss.IsBound();
+		const bool bCalls = Setup.OnKeyDownHandler.IsBound() || Setup.OnKeyCharHandler.IsBound() || Setup.OnTextChanged.IsBound() ||
+			Setup.OnTextCommitted.IsBound() || Setup.OnCursorMoved.IsBound();
+		return !bBound && !bCalls && !Setup.BoxStyle && !Setup.AllowMultiLine.Get() && !Setup.AutoWrapText.Get() &&
+			Setup.WrapTextAt.Get() <= 0.0f;
+	}
+
+	/** One line that is laid out whole: neither empty, which would show a hint, nor cut into pieces. */
+	bool IsPlainLine(const TAttribute<FText>& Text)
+	{
+		if (Text.IsBound())
+		{
+			return false;
+		}
+		const FString& Line = Text.Get().ToString();
+		int32 Found = INDEX_NONE;
+		return !Line.IsEmpty() && Line.Len() <= FTextViewLines::MaxSegment && !Line.FindChar(TEXT('\n'), Found);
+	}
+
+	bool AreSamePlainSetups(const FHostTextSetup& A, const FHostTextSetup& B)
+	{
+		return A.TextStyle == B.TextStyle && A.NewLineModifier == B.NewLineModifier && A.bAlwaysShowScrollbars == B.bAlwaysShowScrollbars &&
+			!A.HintText.IsSet() && !B.HintText.IsSet() && A.Font.IdenticalTo(B.Font) && A.ForegroundColor.IdenticalTo(B.ForegroundColor) &&
+			A.BackgroundColor.IdenticalTo(B.BackgroundColor) && A.Padding.IdenticalTo(B.Padding) &&
+			A.IsReadOnly.IdenticalTo(B.IsReadOnly) && A.AllowMultiLine.IdenticalTo(B.AllowMultiLine) &&
+			A.AutoWrapText.IdenticalTo(B.AutoWrapText) && A.WrapTextAt.IdenticalTo(B.WrapTextAt) &&
+			A.MinDesiredWidth.IdenticalTo(B.MinDesiredWidth) && A.SelectAllTextWhenFocused.IdenticalTo(B.SelectAllTextWhenFocused) &&
+			A.ClearKeyboardFocusOnCommit.IdenticalTo(B.ClearKeyboardFocusOnCommit) &&
+			A.RevertTextOnEscape.IdenticalTo(B.RevertTextOnEscape) && A.AllowContextMenu.IdenticalTo(B.AllowContextMenu) &&
+			A.ClearTextSelectionOnFocusLoss.IdenticalTo(B.ClearTextSelectionOnFocusLoss);
+	}
+
+	/** The last set-up again when this one is the same: the words of code in an answer are many and alike. */
+	TSharedPtr<FHostTextSetup> ShareSetup(FHostTextSetup&& Setup)
+	{
+		static TWeakPtr<FHostTextSetup> Last;
+		TSharedPtr<FHostTextSetup> Shared = Last.Pin();
+		if (!Shared || !AreSamePlainSetups(*Shared, Setup))
+		{
+			Shared = MakeShared<FHostTextSetup>(MoveTemp(Setup));
+			Last = Shared;
+		}
+		return Shared;
+	}
 }
 
 // A text has a largest length, because positions in it are 32 bits. A refusal is reported at once: what was pasted is still
@@ -51,47 +106,97 @@ void SHostTextWidget::SetJoinsLinesWithCarriageReturns(bool bJoins)
 	bJoinsLinesWithCarriageReturns = bJoins;
 }
 
-SHostTextWidget::SHostTextWidget()
-	: State(MakeUnique<FHostTextState>())
-{
-}
+SHostTextWidget::SHostTextWidget() = default;
 
 SHostTextWidget::~SHostTextWidget() = default;
 
 // Setting up is no edit: nothing is reported and nothing can be undone.
 void SHostTextWidget::SetUp(FHostTextSetup&& InSetup)
 {
-	Setup = MoveTemp(InSetup);
-	if (!Setup.TextStyle)
+	TextAttribute = MoveTemp(InSetup.Text);
+	InSetup.Text = TAttribute<FText>();
+	if (!InSetup.TextStyle)
 	{
-		Setup.TextStyle =
-			Setup.BoxStyle ? &Setup.BoxStyle->TextStyle : &FAppStyle::Get().GetWidgetStyle<FEditableTextStyle>(TEXT("NormalEditableText"));
+		InSetup.TextStyle = InSetup.BoxStyle ? &InSetup.BoxStyle->TextStyle
+											 : &FAppStyle::Get().GetWidgetStyle<FEditableTextStyle>(TEXT("NormalEditableText"));
 	}
-	for (const bool bBound : { Setup.Text.IsBound(), Setup.HintText.IsBound(), Setup.Font.IsBound(), Setup.Padding.IsBound(),
-			 Setup.AutoWrapText.IsBound(), Setup.WrapTextAt.IsBound(), Setup.MinDesiredWidth.IsBound() })
+	for (const bool bBound : { TextAttribute.IsBound(), InSetup.HintText.IsBound(), InSetup.Font.IsBound(), InSetup.Padding.IsBound(),
+			 InSetup.AutoWrapText.IsBound(), InSetup.WrapTextAt.IsBound(), InSetup.MinDesiredWidth.IsBound() })
 	{
 		if (bBound)
 		{
 			NoteSizeBinding(true);
 		}
 	}
-	GetEditor().SetText(Setup.Text.Get(), false);
-	if (Setup.Text.IsBound())
+	// 1. One line that is only shown rests until somebody does something with it.
+	if (IsPlainSetup(InSetup) && IsPlainLine(TextAttribute))
 	{
-		State->LastBoundText = Setup.Text.Get();
+		bSharesSetup = true;
+		Setup = ShareSetup(MoveTemp(InSetup));
+		return;
+	}
+	// 2. Anything else is an editor from the start.
+	Setup = MakeShared<FHostTextSetup>(MoveTemp(InSetup));
+	WakeUp();
+	if (TextAttribute.IsBound())
+	{
+		State->LastBoundText = TextAttribute.Get();
 		State->bHasBoundText = true;
 	}
-	State->NotifiedCaret = GetEditor().GetCaret();
+}
+
+// As it would be now, had the text been an editor from the start.
+void SHostTextWidget::WakeUp() const
+{
+	State = MakeUnique<FHostTextState>();
+	State->Editor.SetText(TextAttribute.Get(), false);
+	State->NotifiedCaret = State->Editor.GetCaret();
+	if (RestingParagraph)
+	{
+		State->View.SetFont(GetFont(), RestingScale);
+		State->View.MeasureIfSmall();
+		State->DesiredSize = MeasureText(RestingScale);
+		RestingParagraph.Reset();
+	}
+}
+
+FHostTextState& SHostTextWidget::GetState() const
+{
+	if (!State)
+	{
+		WakeUp();
+	}
+	return *State;
+}
+
+FHostTextSetup& SHostTextWidget::ChangeSetup()
+{
+	if (bSharesSetup)
+	{
+		bSharesSetup = false;
+		Setup = MakeShared<FHostTextSetup>(*Setup);
+	}
+	return *Setup;
+}
+
+void SHostTextWidget::SetOnKeyDownHandler(FOnKeyDown InHandler)
+{
+	ChangeSetup().OnKeyDownHandler = MoveTemp(InHandler);
+}
+
+void SHostTextWidget::SetOnTextChanged(FOnTextChanged InHandler)
+{
+	ChangeSetup().OnTextChanged = MoveTemp(InHandler);
 }
 
 FTextEditor& SHostTextWidget::GetEditor() const
 {
-	return State->Editor;
+	return GetState().Editor;
 }
 
 FTextView& SHostTextWidget::GetView() const
 {
-	return State->View;
+	return GetState().View;
 }
 
 double SHostTextWidget::GetNow() const
@@ -101,13 +206,17 @@ double SHostTextWidget::GetNow() const
 
 FMargin SHostTextWidget::GetTextPadding() const
 {
-	return Setup.Padding.Get(Setup.BoxStyle ? Setup.BoxStyle->Padding : FMargin(0.0f));
+	return Setup->Padding.Get(Setup->BoxStyle ? Setup->BoxStyle->Padding : FMargin(0.0f));
 }
 
 // The editor joins lines with carriage returns on one platform; tests switch that on to see that the module is ready for
 // it.
 FText SHostTextWidget::GetText() const
 {
+	if (IsResting())
+	{
+		return TextAttribute.Get();
+	}
 	const FText& Text = GetEditor().GetDocument().GetDisplayText();
 	if (bJoinsLinesWithCarriageReturns && GetEditor().GetDocument().GetLineCount() > 1)
 	{
@@ -120,16 +229,17 @@ FText SHostTextWidget::GetText() const
 // anew.
 void SHostTextWidget::SetText(const TAttribute<FText>& InText)
 {
-	AssignSizeAttribute(Setup.Text, InText);
-	if (Setup.Text.IsBound())
+	GetState();
+	AssignSizeAttribute(TextAttribute, InText);
+	if (TextAttribute.IsBound())
 	{
-		State->bHasBoundText = false;
+		GetState().bHasBoundText = false;
 		PullBoundText();
 		return;
 	}
 	EndPreedit();
 	const bool bEditing = HasKeyboardFocus() && CanEdit();
-	if (GetEditor().SetText(Setup.Text.Get(), bEditing))
+	if (GetEditor().SetText(TextAttribute.Get(), bEditing))
 	{
 		FinishEdit(true);
 	}
@@ -139,30 +249,31 @@ void SHostTextWidget::SetText(const TAttribute<FText>& InText)
 // binding that has not moved.
 void SHostTextWidget::PullBoundText()
 {
-	if (!Setup.Text.IsBound())
+	if (!TextAttribute.IsBound())
 	{
 		return;
 	}
-	const FText Bound = Setup.Text.Get();
-	if (State->bHasBoundText && Bound.ToString().Equals(State->LastBoundText.ToString()))
+	const FText Bound = TextAttribute.Get();
+	if (GetState().bHasBoundText && Bound.ToString().Equals(GetState().LastBoundText.ToString()))
 	{
 		return;
 	}
-	State->LastBoundText = Bound;
-	State->bHasBoundText = true;
+	GetState().LastBoundText = Bound;
+	GetState().bHasBoundText = true;
 	if (!GetEditor().GetDocument().Equals(Bound.ToString()))
 	{
 		EndPreedit();
 		GetEditor().SetText(Bound, false);
-		State->bScrollToCaret = true;
-		State->NotifiedCaret = GetEditor().GetCaret();
+		GetState().bScrollToCaret = true;
+		GetState().NotifiedCaret = GetEditor().GetCaret();
 		Invalidate(EInvalidateWidgetReason::Layout);
 	}
 }
 
 void SHostTextWidget::SetFont(const TAttribute<FSlateFontInfo>& InFont)
 {
-	AssignSizeAttribute(Setup.Font, InFont);
+	GetState();
+	AssignSizeAttribute(ChangeSetup().Font, InFont);
 }
 
 FTextLocation SHostTextWidget::GetCursorLocation() const
@@ -211,7 +322,7 @@ void SHostTextWidget::GoTo(ETextLocation NewLocation)
 // Like a paste: one step of the history of its own.
 void SHostTextWidget::InsertTextAtCursor(const FString& InString)
 {
-	if (!State->HasRoomFor(InString))
+	if (!GetState().HasRoomFor(InString))
 	{
 		return;
 	}
@@ -224,9 +335,9 @@ void SHostTextWidget::SelectAllText()
 {
 	GetEditor().SelectAll();
 	// The whole text is marked; the view stays where it is.
-	const bool bScroll = State->bScrollToCaret;
+	const bool bScroll = GetState().bScrollToCaret;
 	FinishEdit(false);
-	State->bScrollToCaret = bScroll;
+	GetState().bScrollToCaret = bScroll;
 }
 
 void SHostTextWidget::ClearSelection()
@@ -278,7 +389,7 @@ void SHostTextWidget::PasteText()
 	{
 		FString Clipboard;
 		FHostServices::PasteIntoBox(Clipboard);
-		if (State->HasRoomFor(Clipboard))
+		if (GetState().HasRoomFor(Clipboard))
 		{
 			// Handed over: it may be tens of megabytes.
 			EndPreedit();
@@ -309,7 +420,7 @@ void SHostTextWidget::Redo()
 bool SHostTextWidget::IsTabStop() const
 {
 	// Text that can only be selected is reached by the mouse; a box is a stop even when it is read only.
-	return Setup.BoxStyle || !IsReadOnly();
+	return Setup->BoxStyle || !IsReadOnly();
 }
 
 void SHostTextWidget::EndPreedit()
@@ -322,7 +433,7 @@ void SHostTextWidget::EndPreedit()
 
 void SHostTextWidget::NoteInput()
 {
-	State->bInputSincePaint = true;
+	GetState().bInputSincePaint = true;
 }
 
 // After each edit and each move of the caret. The delegates come last, when everything is as it will be: they may ask
@@ -330,24 +441,24 @@ void SHostTextWidget::NoteInput()
 void SHostTextWidget::FinishEdit(bool bTextChanged)
 {
 	NoteInput();
-	State->bCaretRowEnd = false;
-	State->WishedX.Reset();
-	State->bScrollToCaret = true;
+	GetState().bCaretRowEnd = false;
+	GetState().WishedX.Reset();
+	GetState().bScrollToCaret = true;
 	if (bTextChanged)
 	{
 		Invalidate(EInvalidateWidgetReason::Layout);
 		// A copy: the handler may replace itself.
-		const FOnTextChanged Changed = Setup.OnTextChanged;
+		const FOnTextChanged Changed = Setup->OnTextChanged;
 		if (Changed.IsBound())
 		{
 			Changed.Execute(GetText());
 		}
 	}
 	const FTextLocation Caret = GetEditor().GetCaret();
-	if (Caret != State->NotifiedCaret)
+	if (Caret != GetState().NotifiedCaret)
 	{
-		State->NotifiedCaret = Caret;
-		const FHostOnCursorMoved Moved = Setup.OnCursorMoved;
+		GetState().NotifiedCaret = Caret;
+		const FHostOnCursorMoved Moved = Setup->OnCursorMoved;
 		Moved.ExecuteIfBound(Caret);
 	}
 }
@@ -357,24 +468,24 @@ void SHostTextWidget::FinishEdit(bool bTextChanged)
 void SHostTextWidget::Commit(ETextCommit::Type Type)
 {
 	GetEditor().SealStep();
-	const TGuardValue<bool> Guard(State->bCommitting, true);
-	const FOnTextCommitted Committed = Setup.OnTextCommitted;
+	const TGuardValue<bool> Guard(GetState().bCommitting, true);
+	const FOnTextCommitted Committed = Setup->OnTextCommitted;
 	Committed.ExecuteIfBound(GetText(), Type);
 }
 
 FReply SHostTextWidget::OnFocusReceived(const FGeometry& MyGeometry, const FFocusEvent& InFocusEvent)
 {
 	NoteInput();
-	if (Setup.RevertTextOnEscape.Get())
+	if (Setup->RevertTextOnEscape.Get())
 	{
-		State->TextAtFocus = GetText().ToString();
+		GetState().TextAtFocus = GetText().ToString();
 	}
-	if (Setup.SelectAllTextWhenFocused.Get())
+	if (Setup->SelectAllTextWhenFocused.Get())
 	{
 		if (InFocusEvent.GetCause() == EFocusCause::Mouse)
 		{
 			// The press that gave the focus sets the caret; the selection follows when no drag came of it.
-			State->bSelectAllOnRelease = true;
+			GetState().bSelectAllOnRelease = true;
 		}
 		else
 		{
@@ -389,17 +500,17 @@ FReply SHostTextWidget::OnFocusReceived(const FGeometry& MyGeometry, const FFocu
 void SHostTextWidget::OnFocusLost(const FFocusEvent& InFocusEvent)
 {
 	EndPreedit();
-	if (Setup.ClearTextSelectionOnFocusLoss.Get())
+	if (Setup->ClearTextSelectionOnFocusLoss.Get())
 	{
 		ClearSelection();
 	}
-	if (!IsReadOnly() && !State->bCommitting)
+	if (!IsReadOnly() && !GetState().bCommitting)
 	{
 		Commit(ETextCommit::OnUserMovedFocus);
 	}
-	if (Setup.Text.IsBound())
+	if (TextAttribute.IsBound())
 	{
-		State->bHasBoundText = false;
+		GetState().bHasBoundText = false;
 		PullBoundText();
 	}
 }
@@ -419,9 +530,9 @@ bool SHostTextWidget::OnPreedit(FStringView Text, int32 Cursor)
 	else
 	{
 		GetView().SetPreedit(GetEditor().GetCaret(), Text);
-		State->PreeditCursor = Cursor;
+		GetState().PreeditCursor = Cursor;
 	}
-	State->bScrollToCaret = true;
+	GetState().bScrollToCaret = true;
 	Invalidate(EInvalidateWidgetReason::Layout);
 	return true;
 }

@@ -38,7 +38,7 @@ namespace
 
 FReply SHostTextWidget::OnKeyChar(const FGeometry& MyGeometry, const FCharacterEvent& InCharacterEvent)
 {
-	const FOnKeyChar Handler = Setup.OnKeyCharHandler;
+	const FOnKeyChar Handler = Setup->OnKeyCharHandler;
 	if (Handler.IsBound())
 	{
 		const FReply Reply = Handler.Execute(MyGeometry, InCharacterEvent);
@@ -54,7 +54,7 @@ FReply SHostTextWidget::OnKeyChar(const FGeometry& MyGeometry, const FCharacterE
 	{
 		return FReply::Unhandled();
 	}
-	if (!State->HasRoomFor(Typed))
+	if (!GetState().HasRoomFor(Typed))
 	{
 		return FReply::Handled();
 	}
@@ -66,7 +66,7 @@ FReply SHostTextWidget::OnKeyChar(const FGeometry& MyGeometry, const FCharacterE
 
 FReply SHostTextWidget::OnKeyDown(const FGeometry& MyGeometry, const FKeyEvent& InKeyEvent)
 {
-	const FOnKeyDown Handler = Setup.OnKeyDownHandler;
+	const FOnKeyDown Handler = Setup->OnKeyDownHandler;
 	if (Handler.IsBound())
 	{
 		const FReply Reply = Handler.Execute(MyGeometry, InKeyEvent);
@@ -75,7 +75,7 @@ FReply SHostTextWidget::OnKeyDown(const FGeometry& MyGeometry, const FKeyEvent& 
 			return Reply;
 		}
 	}
-	if (const TSharedPtr<IMenu> Menu = State->ContextMenu.Pin(); Menu && Menu->IsOpen() && !InKeyEvent.GetKey().IsModifierKey())
+	if (const TSharedPtr<IMenu> Menu = GetState().ContextMenu.Pin(); Menu && Menu->IsOpen() && !InKeyEvent.GetKey().IsModifierKey())
 	{
 		Menu->Dismiss();
 		if (InKeyEvent.GetKey() == EKeys::Escape)
@@ -206,14 +206,14 @@ bool SHostTextWidget::HandleMove(const FGeometry& Geometry, const FKeyEvent& Eve
 		}
 		else if (Key == EKeys::Home)
 		{
-			Editor.MoveTo(View.GetRowBegin(Editor.GetCaret(), State->bCaretRowEnd), bSelect);
+			Editor.MoveTo(View.GetRowBegin(Editor.GetCaret(), GetState().bCaretRowEnd), bSelect);
 		}
 		else
 		{
-			Editor.MoveTo(View.GetRowEnd(Editor.GetCaret(), State->bCaretRowEnd, bRowEnd), bSelect);
+			Editor.MoveTo(View.GetRowEnd(Editor.GetCaret(), GetState().bCaretRowEnd, bRowEnd), bSelect);
 		}
 		FinishEdit(false);
-		State->bCaretRowEnd = bRowEnd;
+		GetState().bCaretRowEnd = bRowEnd;
 	}
 	else if (bControl && (Key == EKeys::Up || Key == EKeys::Down))
 	{
@@ -241,12 +241,12 @@ void SHostTextWidget::MoveRows(int32 Rows, bool bSelect)
 {
 	FTextEditor& Editor = GetEditor();
 	FTextView& View = GetView();
-	const float X = State->WishedX.IsSet() ? State->WishedX.GetValue() : View.PlaceOf(Editor.GetCaret(), State->bCaretRowEnd).X;
+	const float X = GetState().WishedX.IsSet() ? GetState().WishedX.GetValue() : View.PlaceOf(Editor.GetCaret(), GetState().bCaretRowEnd).X;
 	bool bRowEnd = false;
-	Editor.MoveTo(View.MoveRows(Editor.GetCaret(), State->bCaretRowEnd, Rows, X, bRowEnd), bSelect);
+	Editor.MoveTo(View.MoveRows(Editor.GetCaret(), GetState().bCaretRowEnd, Rows, X, bRowEnd), bSelect);
 	FinishEdit(false);
-	State->bCaretRowEnd = bRowEnd;
-	State->WishedX = X;
+	GetState().bCaretRowEnd = bRowEnd;
+	GetState().WishedX = X;
 }
 
 // Exactly the modifier that was asked for makes a new line; Enter with any other commits. With None a plain Enter breaks
@@ -259,7 +259,7 @@ FReply SHostTextWidget::HandleEnter(const FKeyEvent& Event)
 	}
 	const bool bControl = Event.IsControlDown() || Event.IsCommandDown();
 	bool bNewLine = false;
-	switch (Setup.NewLineModifier)
+	switch (Setup->NewLineModifier)
 	{
 	case EModifierKey::None:
 		bNewLine = !bControl && !Event.IsShiftDown() && !Event.IsAltDown();
@@ -278,7 +278,7 @@ FReply SHostTextWidget::HandleEnter(const FKeyEvent& Event)
 	EndPreedit();
 	if (IsMultiLine() && bNewLine)
 	{
-		if (!State->HasRoomFor(TEXT("\n")))
+		if (!GetState().HasRoomFor(TEXT("\n")))
 		{
 			return FReply::Handled();
 		}
@@ -287,10 +287,10 @@ FReply SHostTextWidget::HandleEnter(const FKeyEvent& Event)
 		return FReply::Handled();
 	}
 	Commit(ETextCommit::OnEnter);
-	if (Setup.ClearKeyboardFocusOnCommit.Get() && HasKeyboardFocus())
+	if (Setup->ClearKeyboardFocusOnCommit.Get() && HasKeyboardFocus())
 	{
 		// The text has been committed just now; leaving does not commit it again.
-		const TGuardValue<bool> Guard(State->bCommitting, true);
+		const TGuardValue<bool> Guard(GetState().bCommitting, true);
 		FSlateApplication::Get().ClearKeyboardFocus(EFocusCause::Cleared);
 	}
 	return FReply::Handled();
@@ -306,12 +306,12 @@ FReply SHostTextWidget::HandleEscape()
 		EndPreedit();
 		return FReply::Handled();
 	}
-	if (!Setup.RevertTextOnEscape.Get() || !CanEdit() || GetEditor().GetDocument().Equals(State->TextAtFocus))
+	if (!Setup->RevertTextOnEscape.Get() || !CanEdit() || GetEditor().GetDocument().Equals(GetState().TextAtFocus))
 	{
 		return FReply::Unhandled();
 	}
 	EndPreedit();
-	FinishEdit(GetEditor().SetText(State->TextAtFocus, true));
+	FinishEdit(GetEditor().SetText(GetState().TextAtFocus, true));
 	return FReply::Handled();
 }
 
@@ -333,35 +333,35 @@ void SHostTextWidget::BeginDrag(const FGeometry& Geometry, const FPointerEvent& 
 	const FTextLocation Place = HitTest(Geometry, Event.GetScreenSpacePosition(), bRowEnd);
 	FTextEditor& Editor = GetEditor();
 	DragUnit = Unit;
-	State->DragPointer = Event.GetScreenSpacePosition();
-	State->DragBegin = Place;
-	State->DragEnd = Place;
+	GetState().DragPointer = Event.GetScreenSpacePosition();
+	GetState().DragBegin = Place;
+	GetState().DragEnd = Place;
 	switch (Unit)
 	{
 	case EDragUnit::Word:
-		Editor.GetWordAt(Place, State->DragBegin, State->DragEnd);
-		Editor.Select(State->DragBegin, State->DragEnd);
+		Editor.GetWordAt(Place, GetState().DragBegin, GetState().DragEnd);
+		Editor.Select(GetState().DragBegin, GetState().DragEnd);
 		break;
 	case EDragUnit::Line:
-		Editor.GetLineAt(Place, State->DragBegin, State->DragEnd);
-		Editor.Select(State->DragBegin, State->DragEnd);
+		Editor.GetLineAt(Place, GetState().DragBegin, GetState().DragEnd);
+		Editor.Select(GetState().DragBegin, GetState().DragEnd);
 		break;
 	case EDragUnit::Character:
 	case EDragUnit::None:
 		Editor.MoveTo(Place, Event.IsShiftDown());
-		State->DragBegin = Editor.GetAnchor();
-		State->DragEnd = Editor.GetAnchor();
+		GetState().DragBegin = Editor.GetAnchor();
+		GetState().DragEnd = Editor.GetAnchor();
 		break;
 	}
 	FinishEdit(false);
-	State->bCaretRowEnd = bRowEnd && Unit == EDragUnit::Character;
+	GetState().bCaretRowEnd = bRowEnd && Unit == EDragUnit::Character;
 	// What was pressed is in view; a line whose end lies outside must not move under the pointer.
-	State->bScrollToCaret = false;
+	GetState().bScrollToCaret = false;
 }
 
 void SHostTextWidget::DragTo(const FGeometry& Geometry, const FVector2D& Position)
 {
-	State->DragPointer = Position;
+	GetState().DragPointer = Position;
 	bool bRowEnd = false;
 	FTextEditor& Editor = GetEditor();
 	const FTextLocation Place = HitTest(Geometry, Position, bRowEnd);
@@ -376,17 +376,17 @@ void SHostTextWidget::DragTo(const FGeometry& Geometry, const FVector2D& Positio
 		Editor.GetLineAt(Place, Begin, End);
 	}
 	// The selection grows from the unit that was pressed first, to either side.
-	if (Begin < State->DragBegin)
+	if (Begin < GetState().DragBegin)
 	{
-		Editor.Select(State->DragEnd, Begin);
+		Editor.Select(GetState().DragEnd, Begin);
 	}
 	else
 	{
-		Editor.Select(State->DragBegin, State->DragEnd < End ? End : State->DragEnd);
+		Editor.Select(GetState().DragBegin, GetState().DragEnd < End ? End : GetState().DragEnd);
 	}
 	FinishEdit(false);
-	State->bCaretRowEnd = bRowEnd && DragUnit == EDragUnit::Character;
-	State->bScrollToCaret = false;
+	GetState().bCaretRowEnd = bRowEnd && DragUnit == EDragUnit::Character;
+	GetState().bScrollToCaret = false;
 }
 
 // The further out the pointer is, the faster it goes. Called in each frame, since a pointer that rests outside of the
@@ -394,11 +394,11 @@ void SHostTextWidget::DragTo(const FGeometry& Geometry, const FVector2D& Positio
 void SHostTextWidget::ScrollWhileDragging(const FGeometry& Geometry, float DeltaTime)
 {
 	const FSlateRect Rect = GetTextRect(Geometry);
-	const float Y = static_cast<float>(State->DragPointer.Y);
-	const float X = static_cast<float>(State->DragPointer.X);
+	const float Y = static_cast<float>(GetState().DragPointer.Y);
+	const float X = static_cast<float>(GetState().DragPointer.X);
 	const float Below = FMath::Max(Y - Rect.Bottom, 0.0f) - FMath::Max(Rect.Top - Y, 0.0f);
 	const float Right = FMath::Max(X - Rect.Right, 0.0f) - FMath::Max(Rect.Left - X, 0.0f);
-	const bool bSideways = Right != 0.0f && !Setup.AutoWrapText.Get();
+	const bool bSideways = Right != 0.0f && !Setup->AutoWrapText.Get();
 	if (Below == 0.0f && !bSideways)
 	{
 		return;
@@ -409,7 +409,7 @@ void SHostTextWidget::ScrollWhileDragging(const FGeometry& Geometry, float Delta
 		const float Limit = FMath::Max(GetView().GetContentWidth() + GetCaretWidth(Geometry.GetAccumulatedScale()) - Rect.Width(), 0.0f);
 		GetView().SetScrollX(FMath::Clamp(GetView().GetScrollX() + FMath::RoundToFloat(Right * DragScrollSpeed * DeltaTime), 0.0f, Limit));
 	}
-	DragTo(Geometry, State->DragPointer);
+	DragTo(Geometry, GetState().DragPointer);
 }
 
 FReply SHostTextWidget::OnMouseButtonDown(const FGeometry& MyGeometry, const FPointerEvent& MouseEvent)
@@ -425,9 +425,9 @@ FReply SHostTextWidget::OnMouseButtonDown(const FGeometry& MyGeometry, const FPo
 		{
 			Editor.MoveTo(Place, false);
 			FinishEdit(false);
-			State->bCaretRowEnd = bRowEnd;
+			GetState().bCaretRowEnd = bRowEnd;
 		}
-		if (Setup.AllowContextMenu.Get())
+		if (Setup->AllowContextMenu.Get())
 		{
 			OpenContextMenu(MyGeometry, Position);
 		}
@@ -443,26 +443,26 @@ FReply SHostTextWidget::OnMouseButtonDown(const FGeometry& MyGeometry, const FPo
 	{
 		const FSlateRect Text = GetTextRect(MyGeometry);
 		const float Scale = MyGeometry.GetAccumulatedScale();
-		const FScrollBarStyle& Style = Setup.BoxStyle->ScrollBarStyle;
+		const FScrollBarStyle& Style = Setup->BoxStyle->ScrollBarStyle;
 		const FSlateRect Thumb =
 			FScrollThumb::GetThumb(Bar, Text.Height(), GetView().GetContentHeight(), GetView().GetScrollOffset(), Style, Scale);
 		const float Y = static_cast<float>(Position.Y);
 		// A press beside the thumb brings the thumb's middle there.
 		const bool bOnThumb = Y >= Thumb.Top && Y < Thumb.Bottom;
-		State->Thumb.bDragging = true;
-		State->Thumb.Grip = bOnThumb ? Y - Thumb.Top : Thumb.Height() * 0.5f;
+		GetState().Thumb.bDragging = true;
+		GetState().Thumb.Grip = bOnThumb ? Y - Thumb.Top : Thumb.Height() * 0.5f;
 		if (!bOnThumb)
 		{
 			GetView().SetScrollOffset(
-				FScrollThumb::GetOffsetFor(Bar, Y - State->Thumb.Grip, Text.Height(), GetView().GetContentHeight(), Style, Scale));
+				FScrollThumb::GetOffsetFor(Bar, Y - GetState().Thumb.Grip, Text.Height(), GetView().GetContentHeight(), Style, Scale));
 		}
 		return FReply::Handled().CaptureMouse(AsShared()).SetUserFocus(AsShared(), EFocusCause::Mouse);
 	}
 	// 3. Left on the text. The router tells double clicks; the third click is counted here, from the second.
-	const FVector2D Moved = Position - State->LastDoubleClickPosition;
-	const bool bTriple = State->LastDoubleClick >= 0.0 && GetNow() - State->LastDoubleClick <= TripleClickSeconds &&
+	const FVector2D Moved = Position - GetState().LastDoubleClickPosition;
+	const bool bTriple = GetState().LastDoubleClick >= 0.0 && GetNow() - GetState().LastDoubleClick <= TripleClickSeconds &&
 		FMath::Abs(Moved.X) <= TripleClickDistance && FMath::Abs(Moved.Y) <= TripleClickDistance;
-	State->LastDoubleClick = -1.0;
+	GetState().LastDoubleClick = -1.0;
 	BeginDrag(MyGeometry, MouseEvent, bTriple ? EDragUnit::Line : EDragUnit::Character);
 	return FReply::Handled().CaptureMouse(AsShared()).SetUserFocus(AsShared(), EFocusCause::Mouse);
 }
@@ -474,8 +474,8 @@ FReply SHostTextWidget::OnMouseButtonDoubleClick(const FGeometry& MyGeometry, co
 	{
 		return OnMouseButtonDown(MyGeometry, MouseEvent);
 	}
-	State->LastDoubleClick = GetNow();
-	State->LastDoubleClickPosition = MouseEvent.GetScreenSpacePosition();
+	GetState().LastDoubleClick = GetNow();
+	GetState().LastDoubleClickPosition = MouseEvent.GetScreenSpacePosition();
 	BeginDrag(MyGeometry, MouseEvent, EDragUnit::Word);
 	return FReply::Handled().CaptureMouse(AsShared()).SetUserFocus(AsShared(), EFocusCause::Mouse);
 }
@@ -487,12 +487,12 @@ FReply SHostTextWidget::OnMouseButtonUp(const FGeometry& MyGeometry, const FPoin
 	{
 		return FReply::Unhandled();
 	}
-	if (State->bSelectAllOnRelease && !GetEditor().HasSelection())
+	if (GetState().bSelectAllOnRelease && !GetEditor().HasSelection())
 	{
 		SelectAllText();
 	}
-	State->bSelectAllOnRelease = false;
-	State->Thumb.bDragging = false;
+	GetState().bSelectAllOnRelease = false;
+	GetState().Thumb.bDragging = false;
 	DragUnit = EDragUnit::None;
 	return FReply::Handled().ReleaseMouseCapture();
 }
@@ -501,16 +501,16 @@ FReply SHostTextWidget::OnMouseMove(const FGeometry& MyGeometry, const FPointerE
 {
 	const FVector2D& Position = MouseEvent.GetScreenSpacePosition();
 	const FSlateRect Bar = GetBarRect(MyGeometry);
-	State->Thumb.bHovered = !Bar.IsEmpty() && Bar.ContainsPoint(Position);
+	GetState().Thumb.bHovered = !Bar.IsEmpty() && Bar.ContainsPoint(Position);
 	if (!HasMouseCapture())
 	{
 		return FReply::Unhandled();
 	}
-	if (State->Thumb.bDragging)
+	if (GetState().Thumb.bDragging)
 	{
 		GetView().SetScrollOffset(
-			FScrollThumb::GetOffsetFor(Bar, static_cast<float>(Position.Y) - State->Thumb.Grip, GetTextRect(MyGeometry).Height(),
-				GetView().GetContentHeight(), Setup.BoxStyle->ScrollBarStyle, MyGeometry.GetAccumulatedScale()));
+			FScrollThumb::GetOffsetFor(Bar, static_cast<float>(Position.Y) - GetState().Thumb.Grip, GetTextRect(MyGeometry).Height(),
+				GetView().GetContentHeight(), Setup->BoxStyle->ScrollBarStyle, MyGeometry.GetAccumulatedScale()));
 		return FReply::Handled();
 	}
 	if (DragUnit != EDragUnit::None)
@@ -522,7 +522,7 @@ FReply SHostTextWidget::OnMouseMove(const FGeometry& MyGeometry, const FPointerE
 
 FReply SHostTextWidget::OnMouseWheel(const FGeometry& MyGeometry, const FPointerEvent& MouseEvent)
 {
-	if (!Setup.BoxStyle || !IsMultiLine())
+	if (!Setup->BoxStyle || !IsMultiLine())
 	{
 		return FReply::Unhandled();
 	}
@@ -535,20 +535,20 @@ FReply SHostTextWidget::OnMouseWheel(const FGeometry& MyGeometry, const FPointer
 
 void SHostTextWidget::OnMouseLeave(const FPointerEvent& MouseEvent)
 {
-	State->Thumb.bHovered = false;
+	GetState().Thumb.bHovered = false;
 }
 
 void SHostTextWidget::OnMouseCaptureLost()
 {
-	State->Thumb.bDragging = false;
-	State->bSelectAllOnRelease = false;
+	GetState().Thumb.bDragging = false;
+	GetState().bSelectAllOnRelease = false;
 	DragUnit = EDragUnit::None;
 }
 
 FCursorReply SHostTextWidget::OnCursorQuery(const FGeometry& MyGeometry, const FPointerEvent& CursorEvent) const
 {
 	const FSlateRect Bar = GetBarRect(MyGeometry);
-	const bool bOnBar = State->Thumb.bDragging || (!Bar.IsEmpty() && Bar.ContainsPoint(CursorEvent.GetScreenSpacePosition()));
+	const bool bOnBar = GetState().Thumb.bDragging || (!Bar.IsEmpty() && Bar.ContainsPoint(CursorEvent.GetScreenSpacePosition()));
 	return FCursorReply::Cursor(bOnBar ? EMouseCursor::Default : EMouseCursor::TextEditBeam);
 }
 
@@ -582,6 +582,6 @@ void SHostTextWidget::OpenContextMenu(const FGeometry& Geometry, const FVector2D
 	const float X = static_cast<float>(Position.X);
 	const float Y = static_cast<float>(Position.Y);
 	// The keyboard stays here, so that opening a menu commits nothing.
-	State->ContextMenu = FSlateApplication::Get().PushMenu(
+	GetState().ContextMenu = FSlateApplication::Get().PushMenu(
 		AsShared(), MakeTextMenu(Rows), FSlateRect(X, Y, X, Y), MenuPlacement_BelowAnchor, false, EHostOwnerPress::ClosesAndReaches);
 }

@@ -5,6 +5,7 @@
 #include "Host/HostTextWidget.h"
 #include "Rendering/DrawElements.h"
 #include "Styling/AppStyle.h"
+#include "Widgets/Text/SharedParagraphs.h"
 
 // Layout and painting of the text widget. The view is brought in line with size, font and document in each frame before
 // anything is asked of it (UpdateLayout). Painted from below: box, selection, letters, what an input method has open,
@@ -29,7 +30,7 @@ FSlateRect SHostTextWidget::GetTextRect(const FGeometry& Geometry) const
 	const float Scale = Geometry.GetAccumulatedScale();
 	const FSlateRect Bounds = Geometry.GetLayoutBoundingRect();
 	const FMargin Padding = GetTextPadding();
-	const float Room = Setup.BoxStyle && State->bBar ? FMath::Max(Setup.BoxStyle->ScrollBarStyle.Room, Padding.Right) : Padding.Right;
+	const float Room = Setup->BoxStyle && GetState().bBar ? FMath::Max(Setup->BoxStyle->ScrollBarStyle.Room, Padding.Right) : Padding.Right;
 	FSlateRect Rect(Bounds.Left + Padding.Left * Scale, Bounds.Top + Padding.Top * Scale, Bounds.Right - Room * Scale,
 		Bounds.Bottom - Padding.Bottom * Scale);
 	Rect.Left = FMath::RoundToFloat(Rect.Left);
@@ -41,22 +42,22 @@ FSlateRect SHostTextWidget::GetTextRect(const FGeometry& Geometry) const
 
 FSlateRect SHostTextWidget::GetBarRect(const FGeometry& Geometry) const
 {
-	if (!Setup.BoxStyle || !State->bBar)
+	if (!Setup->BoxStyle || !GetState().bBar)
 	{
 		return FSlateRect();
 	}
 	const float Scale = Geometry.GetAccumulatedScale();
 	const FSlateRect Bounds = Geometry.GetLayoutBoundingRect();
 	return FSlateRect(
-		Bounds.Right - Setup.BoxStyle->ScrollBarStyle.Room * Scale, Bounds.Top + 2.0f * Scale, Bounds.Right, Bounds.Bottom - 2.0f * Scale);
+		Bounds.Right - Setup->BoxStyle->ScrollBarStyle.Room * Scale, Bounds.Top + 2.0f * Scale, Bounds.Right, Bounds.Bottom - 2.0f * Scale);
 }
 
 void SHostTextWidget::UpdateLayout(const FGeometry& Geometry) const
 {
 	FTextView& View = GetView();
 	const float Scale = Geometry.GetAccumulatedScale();
-	const bool bWrap = Setup.AutoWrapText.Get();
-	const float WrapAt = Setup.WrapTextAt.Get() * Scale;
+	const bool bWrap = Setup->AutoWrapText.Get();
+	const float WrapAt = Setup->WrapTextAt.Get() * Scale;
 	View.SetFont(GetFont(), Scale);
 	// Without the bar first: a text that fits does not give room to one.
 	const auto LayOut = [&]()
@@ -69,24 +70,24 @@ void SHostTextWidget::UpdateLayout(const FGeometry& Geometry) const
 		View.MeasureIfSmall();
 	};
 	LayOut();
-	if (Setup.BoxStyle && IsMultiLine())
+	if (Setup->BoxStyle && IsMultiLine())
 	{
-		const bool bNeedsBar = Setup.bAlwaysShowScrollbars || View.GetContentHeight() > GetTextRect(Geometry).Height() + 0.5;
-		if (bNeedsBar != State->bBar)
+		const bool bNeedsBar = Setup->bAlwaysShowScrollbars || View.GetContentHeight() > GetTextRect(Geometry).Height() + 0.5;
+		if (bNeedsBar != GetState().bBar)
 		{
-			State->bBar = bNeedsBar;
+			GetState().bBar = bNeedsBar;
 			LayOut();
 		}
 	}
 	View.ClampScroll();
-	if (State->bScrollToCaret)
+	if (GetState().bScrollToCaret)
 	{
-		State->bScrollToCaret = false;
-		const FTextCaretPlace Place =
-			View.HasPreedit() ? View.PlaceInPreedit(State->PreeditCursor) : View.PlaceOf(GetEditor().GetCaret(), State->bCaretRowEnd);
+		GetState().bScrollToCaret = false;
+		const FTextCaretPlace Place = View.HasPreedit() ? View.PlaceInPreedit(GetState().PreeditCursor)
+														: View.PlaceOf(GetEditor().GetCaret(), GetState().bCaretRowEnd);
 		View.ScrollToShow(Place, GetCaretWidth(Scale));
 	}
-	if (MeasureText(Scale) != State->DesiredSize)
+	if (MeasureText(Scale) != GetState().DesiredSize)
 	{
 		const_cast<SHostTextWidget*>(this)->Invalidate(EInvalidateWidgetReason::Layout);
 	}
@@ -95,43 +96,67 @@ void SHostTextWidget::UpdateLayout(const FGeometry& Geometry) const
 FVector2D SHostTextWidget::MeasureText(float Scale) const
 {
 	FTextView& View = GetView();
-	const bool bWrapsToRoom = Setup.AutoWrapText.Get();
+	const bool bWrapsToRoom = Setup->AutoWrapText.Get();
 	float Width = bWrapsToRoom ? View.GetUnwrappedWidth() : View.GetContentWidth();
 	// A long line is laid out in pieces, each a row of its own. A box of one line shows one of them, however many there are.
 	const FTextDocument& Document = GetEditor().GetDocument();
 	const bool bOneRow = !IsMultiLine() && Document.GetLineCount() == 1 && Document.GetLineLength(0) > FTextViewLines::MaxSegment;
 	float Height = bOneRow ? View.GetMetrics().LineHeight : static_cast<float>(View.GetContentHeight());
-	const FString& Hint = Setup.HintText.Get().ToString();
+	const FString& Hint = Setup->HintText.Get().ToString();
 	if (GetEditor().GetDocument().IsEmpty() && !Hint.IsEmpty())
 	{
 		// The caret stands before the hint and needs no room of its own.
 		const FSlateFontInfo Font = GetFont();
-		if (!State->HintParagraph || !State->ShapedHint.Equals(Hint) || State->HintFont != Font || State->HintScale != Scale)
+		if (!GetState().HintParagraph || !GetState().ShapedHint.Equals(Hint) || GetState().HintFont != Font ||
+			GetState().HintScale != Scale)
 		{
-			State->HintParagraph = ITextShaper::Get().MakeParagraph(Hint, Font, Scale);
-			State->ShapedHint = Hint;
-			State->HintFont = Font;
-			State->HintScale = Scale;
+			GetState().HintParagraph = ITextShaper::Get().MakeParagraph(Hint, Font, Scale);
+			GetState().ShapedHint = Hint;
+			GetState().HintFont = Font;
+			GetState().HintScale = Scale;
 		}
 		const FSlateRect Rect = GetTextRect(GetCachedGeometry());
-		State->HintParagraph->Wrap(bWrapsToRoom ? Rect.Width() : 0.0f);
-		Width = FMath::Max(Width, bWrapsToRoom ? State->HintParagraph->GetUnwrappedWidth() : State->HintParagraph->GetSize().X);
-		Height = FMath::Max(Height, State->HintParagraph->GetSize().Y);
+		GetState().HintParagraph->Wrap(bWrapsToRoom ? Rect.Width() : 0.0f);
+		Width = FMath::Max(Width, bWrapsToRoom ? GetState().HintParagraph->GetUnwrappedWidth() : GetState().HintParagraph->GetSize().X);
+		Height = FMath::Max(Height, GetState().HintParagraph->GetSize().Y);
 	}
+	return AddPadding(Width, Height, Scale);
+}
+
+FVector2D SHostTextWidget::AddPadding(float Width, float Height, float Scale) const
+{
 	Width += IsReadOnly() ? 0.0f : GetCaretWidth(Scale);
 	const FMargin Padding = GetTextPadding();
-	return FVector2D(FMath::Max(Width / Scale + Padding.Left + Padding.Right, Setup.MinDesiredWidth.Get()),
+	return FVector2D(FMath::Max(Width / Scale + Padding.Left + Padding.Right, Setup->MinDesiredWidth.Get()),
 		Height / Scale + Padding.Top + Padding.Bottom);
+}
+
+// What MeasureText gives for a line that is laid out whole.
+FVector2D SHostTextWidget::MeasureResting(float Scale) const
+{
+	if (!RestingParagraph || RestingScale != Scale)
+	{
+		const FString Line = TextUnits::MakeShapeable(TextAttribute.Get().ToString());
+		RestingParagraph = Line.Len() <= FSharedParagraphs::MaxLength ? FSharedParagraphs::Get(Line, GetFont(), Scale)
+																	  : ITextShaper::Get().MakeParagraph(Line, GetFont(), Scale);
+		RestingScale = Scale;
+	}
+	const FVector2f Size = RestingParagraph->GetSize();
+	return AddPadding(Size.X, Size.Y, Scale);
 }
 
 FVector2D SHostTextWidget::ComputeDesiredSize(float LayoutScaleMultiplier) const
 {
+	if (IsResting())
+	{
+		return MeasureResting(LayoutScaleMultiplier);
+	}
 	const_cast<SHostTextWidget*>(this)->PullBoundText();
 	FTextView& View = GetView();
 	View.SetFont(GetFont(), LayoutScaleMultiplier);
 	View.MeasureIfSmall();
-	State->DesiredSize = MeasureText(LayoutScaleMultiplier);
-	return State->DesiredSize;
+	GetState().DesiredSize = MeasureText(LayoutScaleMultiplier);
+	return GetState().DesiredSize;
 }
 
 void SHostTextWidget::Tick(const FGeometry& AllottedGeometry, const double InCurrentTime, const float InDeltaTime)
@@ -146,19 +171,19 @@ void SHostTextWidget::Tick(const FGeometry& AllottedGeometry, const double InCur
 
 bool SHostTextWidget::IsCaretOn(double Now) const
 {
-	if (State->bInputSincePaint)
+	if (GetState().bInputSincePaint)
 	{
-		State->bInputSincePaint = false;
-		State->LastInput = Now;
+		GetState().bInputSincePaint = false;
+		GetState().LastInput = Now;
 	}
-	const double Elapsed = Now - State->LastInput;
+	const double Elapsed = Now - GetState().LastInput;
 	if (Elapsed < 0.0 || Elapsed >= CaretRestSeconds || FHostMotion::IsReduced())
 	{
 		return true;
 	}
 	const int64 Blinks = static_cast<int64>(Elapsed / CaretBlinkSeconds);
 	const double Next = FMath::Min((static_cast<double>(Blinks) + 1.0) * CaretBlinkSeconds, CaretRestSeconds);
-	FHostSleep::RequestFrameAt(State->LastInput + Next);
+	FHostSleep::RequestFrameAt(GetState().LastInput + Next);
 	return Blinks % 2 == 0;
 }
 
@@ -166,7 +191,7 @@ bool SHostTextWidget::FindCaret(const FGeometry& Geometry, FSlateRect& OutRect) 
 {
 	FTextView& View = GetView();
 	const FTextCaretPlace Place =
-		View.HasPreedit() ? View.PlaceInPreedit(State->PreeditCursor) : View.PlaceOf(GetEditor().GetCaret(), State->bCaretRowEnd);
+		View.HasPreedit() ? View.PlaceInPreedit(GetState().PreeditCursor) : View.PlaceOf(GetEditor().GetCaret(), GetState().bCaretRowEnd);
 	float BlockTop = 0.0f;
 	if (!View.FindTop(Place.Block, BlockTop))
 	{
@@ -175,7 +200,7 @@ bool SHostTextWidget::FindCaret(const FGeometry& Geometry, FSlateRect& OutRect) 
 	const FSlateRect Rect = GetTextRect(Geometry);
 	const float Width = GetCaretWidth(Geometry.GetAccumulatedScale());
 	// Blanks at the end of a full row hang outside; the caret stays where it can be seen.
-	const bool bWraps = Setup.AutoWrapText.Get();
+	const bool bWraps = Setup->AutoWrapText.Get();
 	const float X = FMath::RoundToFloat(Rect.Left + (bWraps ? FMath::Min(Place.X, Rect.Width()) : Place.X - View.GetScrollX()));
 	const float Y = FMath::RoundToFloat(Rect.Top + BlockTop + Place.Top);
 	OutRect = FSlateRect(X, Y, X + Width, Y + FMath::RoundToFloat(Place.Height));
@@ -197,7 +222,7 @@ bool SHostTextWidget::GetTextInputArea(FSlateRect& OutCaret) const
 
 void SHostTextWidget::PaintBox(const FGeometry& Geometry, FSlateWindowElementList& Out, const FWidgetStyle& Style, bool bEnabled) const
 {
-	const FEditableTextBoxStyle& Box = *Setup.BoxStyle;
+	const FEditableTextBoxStyle& Box = *Setup->BoxStyle;
 	const FSlateBrush* Brush = &Box.BackgroundImageNormal;
 	if (!bEnabled)
 	{
@@ -217,9 +242,10 @@ void SHostTextWidget::PaintBox(const FGeometry& Geometry, FSlateWindowElementLis
 	}
 	const FLinearColor& Tint = Style.GetColorAndOpacityTint();
 	const FSlateRect Rect = Geometry.GetLayoutBoundingRect();
-	if (!Setup.BackgroundColor.IsSet() || Brush->DrawAs != ESlateBrushDrawType::RoundedBox)
+	if (!Setup->BackgroundColor.IsSet() || Brush->DrawAs != ESlateBrushDrawType::RoundedBox)
 	{
-		Out.AddBrush(Rect, *Brush, Setup.BackgroundColor.IsSet() ? Setup.BackgroundColor.Get().GetColor(Style) : FLinearColor::White, Tint);
+		Out.AddBrush(
+			Rect, *Brush, Setup->BackgroundColor.IsSet() ? Setup->BackgroundColor.Get().GetColor(Style) : FLinearColor::White, Tint);
 		return;
 	}
 	// A colour of the box's own replaces the fill only: a translucent one must not take the line along.
@@ -228,21 +254,21 @@ void SHostTextWidget::PaintBox(const FGeometry& Geometry, FSlateWindowElementLis
 	const FVector4f Radii(static_cast<float>(Line.CornerRadii.X) * Scale, static_cast<float>(Line.CornerRadii.Y) * Scale,
 		static_cast<float>(Line.CornerRadii.Z) * Scale, static_cast<float>(Line.CornerRadii.W) * Scale);
 	Out.AddRoundedBox(
-		Rect, Radii, GetTextPaintColor(Setup.BackgroundColor.Get(), Style), GetTextPaintColor(Line.Color, Style), Line.Width * Scale);
+		Rect, Radii, GetTextPaintColor(Setup->BackgroundColor.Get(), Style), GetTextPaintColor(Line.Color, Style), Line.Width * Scale);
 }
 
 void SHostTextWidget::PaintHint(const FSlateRect& Rect, FSlateWindowElementList& Out, const FWidgetStyle& Style) const
 {
-	if (!State->HintParagraph || Setup.HintText.Get().IsEmpty())
+	if (!GetState().HintParagraph || Setup->HintText.Get().IsEmpty())
 	{
 		return;
 	}
 	const FColor Color = GetTextPaintColor(GetTextStyle().HintColor, Style);
-	State->HintParagraph->Wrap(Setup.AutoWrapText.Get() ? Rect.Width() : 0.0f);
-	for (int32 Line = 0; Line < State->HintParagraph->GetLineCount(); ++Line)
+	GetState().HintParagraph->Wrap(Setup->AutoWrapText.Get() ? Rect.Width() : 0.0f);
+	for (int32 Line = 0; Line < GetState().HintParagraph->GetLineCount(); ++Line)
 	{
-		const FParagraphLine& Place = State->HintParagraph->GetLine(Line);
-		for (const FParagraphRun& Run : State->HintParagraph->GetRuns(Line))
+		const FParagraphLine& Place = GetState().HintParagraph->GetLine(Line);
+		for (const FParagraphRun& Run : GetState().HintParagraph->GetRuns(Line))
 		{
 			Out.AddGlyphs(Rect.Left + Run.X, Rect.Top + Place.Top + Place.Baseline, Run.Glyphs, Color);
 		}
@@ -277,7 +303,7 @@ void SHostTextWidget::PaintRow(
 
 	// 2. The letters, those runs that reach into the box.
 	const FSlateColor& TextColor = !bEnabled ? GetTextStyle().DisabledColor
-		: Setup.ForegroundColor.IsSet()		 ? Setup.ForegroundColor.Get()
+		: Setup->ForegroundColor.IsSet()	 ? Setup->ForegroundColor.Get()
 											 : GetTextStyle().ColorAndOpacity;
 	const FColor Color = GetTextPaintColor(TextColor, Style);
 	for (const FParagraphRun& Run : Row.Paragraph->GetRuns(Row.Row))
@@ -338,7 +364,7 @@ int32 SHostTextWidget::OnPaint(const FPaintArgs& Args, const FGeometry& Allotted
 	const float Scale = AllottedGeometry.GetAccumulatedScale();
 	const bool bEnabled = ShouldBeEnabled(bParentEnabled);
 	FTextView& View = GetView();
-	if (Setup.BoxStyle)
+	if (Setup->BoxStyle)
 	{
 		PaintBox(AllottedGeometry, OutDrawElements, InWidgetStyle, bEnabled);
 	}
@@ -362,13 +388,13 @@ int32 SHostTextWidget::OnPaint(const FPaintArgs& Args, const FGeometry& Allotted
 	}
 	OutDrawElements.PopClip();
 
-	if (State->bBar)
+	if (GetState().bBar)
 	{
-		const FScrollBarStyle& BarStyle = Setup.BoxStyle->ScrollBarStyle;
+		const FScrollBarStyle& BarStyle = Setup->BoxStyle->ScrollBarStyle;
 		const FSlateRect Bar = GetBarRect(AllottedGeometry);
 		const FSlateRect Thumb =
 			FScrollThumb::GetThumb(Bar, Rect.Height(), View.GetContentHeight(), View.GetScrollOffset(), BarStyle, Scale);
-		State->Thumb.Paint(Bar, Thumb, OutDrawElements, BarStyle, InWidgetStyle, Scale);
+		GetState().Thumb.Paint(Bar, Thumb, OutDrawElements, BarStyle, InWidgetStyle, Scale);
 	}
 	return LayerId;
 }

@@ -9,6 +9,7 @@
 
 class FTextEditor;
 class FTextView;
+class ITextParagraph;
 struct FHostTextState;
 struct FTextRow;
 
@@ -69,11 +70,11 @@ public:
 
 	FText GetText() const;
 	void SetText(const TAttribute<FText>& InText);
-	FText GetHintText() const { return Setup.HintText.Get(); }
+	FText GetHintText() const { return Setup->HintText.Get(); }
 	void SetFont(const TAttribute<FSlateFontInfo>& InFont);
-	bool IsReadOnly() const { return Setup.IsReadOnly.Get(); }
-	void SetOnKeyDownHandler(FOnKeyDown InHandler) { Setup.OnKeyDownHandler = MoveTemp(InHandler); }
-	void SetOnTextChanged(FOnTextChanged InHandler) { Setup.OnTextChanged = MoveTemp(InHandler); }
+	bool IsReadOnly() const { return Setup->IsReadOnly.Get(); }
+	void SetOnKeyDownHandler(FOnKeyDown InHandler);
+	void SetOnTextChanged(FOnTextChanged InHandler);
 
 	FTextLocation GetCursorLocation() const;
 	/** Moves the caret, clamped to the text, and brings it into view. */
@@ -140,11 +141,17 @@ private:
 		Line,
 	};
 
+	/** A line that is only shown has no editor yet; whatever asks for one makes it. */
+	bool IsResting() const { return !State; }
+	void WakeUp() const;
+	FHostTextState& GetState() const;
+	/** The set-up, no longer shared with others. */
+	FHostTextSetup& ChangeSetup();
 	FTextEditor& GetEditor() const;
 	FTextView& GetView() const;
-	bool IsMultiLine() const { return Setup.AllowMultiLine.Get(); }
-	const FEditableTextStyle& GetTextStyle() const { return *Setup.TextStyle; }
-	FSlateFontInfo GetFont() const { return Setup.Font.Get(GetTextStyle().Font); }
+	bool IsMultiLine() const { return Setup->AllowMultiLine.Get(); }
+	const FEditableTextStyle& GetTextStyle() const { return *Setup->TextStyle; }
+	FSlateFontInfo GetFont() const { return Setup->Font.Get(GetTextStyle().Font); }
 	FMargin GetTextPadding() const;
 	bool CanEdit() const { return IsEnabled() && !IsReadOnly(); }
 
@@ -156,6 +163,9 @@ private:
 	FSlateRect GetBarRect(const FGeometry& Geometry) const;
 	float GetCaretWidth(float Scale) const { return Scale >= 1.5f ? 2.0f : 1.0f; }
 	FVector2D MeasureText(float Scale) const;
+	FVector2D MeasureResting(float Scale) const;
+	/** Units that a text of so many device pixels wants. */
+	FVector2D AddPadding(float Width, float Height, float Scale) const;
 	/** The caret's device rectangle; false when it is out of view. */
 	bool FindCaret(const FGeometry& Geometry, FSlateRect& OutRect) const;
 	bool IsCaretOn(double Now) const;
@@ -190,7 +200,14 @@ private:
 	void ScrollWhileDragging(const FGeometry& Geometry, float DeltaTime);
 	void OpenContextMenu(const FGeometry& Geometry, const FVector2D& Position);
 
-	FHostTextSetup Setup;
-	TUniquePtr<FHostTextState> State;
+	TAttribute<FText> TextAttribute;
+	/** Its text is empty: that is what differs between many that share one. */
+	TSharedPtr<FHostTextSetup> Setup;
+	/** Null while resting. */
+	mutable TUniquePtr<FHostTextState> State;
+	/** What was measured while resting; null before, and once awake. */
+	mutable TSharedPtr<ITextParagraph> RestingParagraph;
+	mutable float RestingScale = 0.0f;
+	bool bSharesSetup = false;
 	EDragUnit DragUnit = EDragUnit::None;
 };
