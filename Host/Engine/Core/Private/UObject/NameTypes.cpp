@@ -1,5 +1,7 @@
 #include "UObject/NameTypes.h"
 
+#include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <mutex>
 #include <new>
@@ -34,11 +36,32 @@ namespace
 		static FNameTable* const Table = new (Storage) FNameTable;
 		return *Table;
 	}
+
+	/**
+	 * What this thread asked for last, by where its text stands: nearly all names are literals that are asked for again and again,
+	 * and for those the table needs neither its lock nor a hash of the text.
+	 */
+	const FNameEntry*& GetRecentEntry(const TCHAR* Text)
+	{
+		constexpr std::size_t Count = 64;
+		thread_local const FNameEntry* Recent[Count] = {};
+		const std::uintptr_t Address = reinterpret_cast<std::uintptr_t>(Text);
+		return Recent[(Address >> 2 ^ Address >> 8) % Count];
+	}
 }
 
 const FNameEntry* FName::Intern(FStringView Name)
 {
-	if (Name.IsEmpty() || Name == FStringView(TEXT("None")))
+	if (Name.IsEmpty())
+	{
+		return nullptr;
+	}
+	const FNameEntry*& Recent = GetRecentEntry(Name.GetData());
+	if (Recent && FStringView(Recent->Text).Equals(Name, ESearchCase::CaseSensitive))
+	{
+		return Recent;
+	}
+	if (Name == FStringView(TEXT("None")))
 	{
 		return nullptr;
 	}
@@ -48,6 +71,7 @@ const FNameEntry* FName::Intern(FStringView Name)
 		const std::shared_lock<std::shared_mutex> Lock(Table.Mutex);
 		if (const FNameEntry* Known = Table.Find(Hash, Name))
 		{
+			Recent = Known;
 			return Known;
 		}
 	}
