@@ -50,16 +50,19 @@ void SMarkdownTextBlock::RebuildContent()
 	ParsedTokens = Velmora::Markdown::FMarkdownParser::Parse(CurrentText);
 	LastParsedText = CurrentText;
 
-	// 3. A widget for each block. Inline tokens are gathered until the next block, since they share their lines.
-	TArray<FMarkdownToken> Run;
-	for (const FMarkdownToken& Token : ParsedTokens)
+	// 3. A widget for each block. Inline tokens up to the next block are one run, since they share their lines.
+	const auto GetRun = [this](int32 Begin, int32 End)
+	{ return TArrayView<const FMarkdownToken>(ParsedTokens.GetData() + Begin, End - Begin); };
+	int32 RunBegin = 0;
+	for (int32 Index = 0; Index < ParsedTokens.Num(); ++Index)
 	{
+		const FMarkdownToken& Token = ParsedTokens[Index];
 		if (Token.IsInline())
 		{
-			Run.Add(Token);
 			continue;
 		}
-		AddInlineRun(Run, FMargin(0.0f, 2.0f));
+		AddInlineRun(GetRun(RunBegin, Index), FMargin(0.0f, 2.0f));
+		RunBegin = Index + 1;
 		// clang-format off
 		ContentBox->AddSlot()
 		.AutoHeight()
@@ -70,7 +73,7 @@ void SMarkdownTextBlock::RebuildContent()
 		// clang-format on
 	}
 	// 4. What is left over has nothing below it to keep a distance from.
-	AddInlineRun(Run, FMargin(0.0f));
+	AddInlineRun(GetRun(RunBegin, ParsedTokens.Num()), FMargin(0.0f));
 
 	// Blanks alone parse to nothing, and still are a text.
 	if (ParsedTokens.Num() == 0 && !CurrentText.IsEmpty())
@@ -88,7 +91,7 @@ void SMarkdownTextBlock::RebuildContent()
 	}
 }
 
-void SMarkdownTextBlock::AddInlineRun(TArray<FMarkdownToken>& Run, const FMargin& Padding)
+void SMarkdownTextBlock::AddInlineRun(TArrayView<const FMarkdownToken> Run, const FMargin& Padding)
 {
 	if (Run.Num() == 0)
 	{
@@ -102,5 +105,4 @@ void SMarkdownTextBlock::AddInlineRun(TArray<FMarkdownToken>& Run, const FMargin
 		BuildInlineContent(Run)
 	];
 	// clang-format on
-	Run.Reset();
 }

@@ -111,12 +111,14 @@ TSharedRef<SWidget> SMarkdownTextBlock::BuildBlockquote(const FMarkdownToken& To
 TSharedRef<SWidget> SMarkdownTextBlock::BuildListItem(const FMarkdownToken& Token)
 {
 	// Numbered items show a bullet, too: the parser keeps no number.
+	static const FText Bullet = FText::FromString(TEXT("•"));
+	static const FName MarkerStyle("Velmora.Markdown.ListMarker");
 	// clang-format off
 	return BuildMarkedItem(
 		Token,
 		SNew(STextBlock)
-		.TextStyle(&FVelmoraUIStyles::GetTextStyle("Velmora.Markdown.ListMarker"))
-		.Text(FText::FromString(TEXT("•"))));
+		.TextStyle(&FVelmoraUIStyles::GetTextStyle(MarkerStyle))
+		.Text(Bullet));
 	// clang-format on
 }
 

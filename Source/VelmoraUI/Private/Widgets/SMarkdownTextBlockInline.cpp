@@ -25,6 +25,23 @@ namespace
 	using Velmora::Markdown::ETokenType;
 	using Velmora::Markdown::FMarkdownToken;
 
+	/** Looked up once: an answer may have a styled word for every few characters. */
+	struct FWordStyles
+	{
+		const FName Text = "Velmora.Markdown.Text";
+		const FName Bold = "Velmora.Markdown.Bold";
+		const FName Italic = "Velmora.Markdown.Italic";
+		const FName BoldItalic = "Velmora.Markdown.BoldItalic";
+		const FName Strikethrough = "Velmora.Markdown.Strikethrough";
+		const FName Code = "Velmora.Markdown.Code";
+	};
+
+	const FWordStyles& GetWordStyles()
+	{
+		static const FWordStyles Styles;
+		return Styles;
+	}
+
 	/** On one line: the parser must not see a second one, nor a line of widgets break inside of a token. */
 	FString JoinLines(const FString& Text)
 	{
@@ -34,7 +51,7 @@ namespace
 		return Line;
 	}
 
-	bool IsPlainText(const TArray<FMarkdownToken>& Tokens)
+	bool IsPlainText(TArrayView<const FMarkdownToken> Tokens)
 	{
 		for (const FMarkdownToken& Token : Tokens)
 		{
@@ -46,7 +63,7 @@ namespace
 		return true;
 	}
 
-	TSharedRef<SWidget> MakeWrappingText(const TArray<FMarkdownToken>& Tokens, const FTextBlockStyle& Style)
+	TSharedRef<SWidget> MakeWrappingText(TArrayView<const FMarkdownToken> Tokens, const FTextBlockStyle& Style)
 	{
 		FString Joined;
 		for (const FMarkdownToken& Token : Tokens)
@@ -56,9 +73,16 @@ namespace
 		return SNew(STextBlock).TextStyle(&Style).Text(FText::FromString(Joined)).AutoWrapText(true).WrapTextAt(0.0f);
 	}
 
+	/** Every second word of a styled line is the blank between two others; they share one text. */
+	FText MakeWordText(const FString& Text)
+	{
+		static const FText Blank = FText::FromString(TEXT(" "));
+		return Text.Len() == 1 && Text[0] == TEXT(' ') ? Blank : FText::FromString(Text);
+	}
+
 	TSharedRef<SWidget> MakeStyledWord(const FString& Text, const FName Style)
 	{
-		return SNew(STextBlock).TextStyle(&FVelmoraUIStyles::GetTextStyle(Style)).Text(FText::FromString(Text)).AutoWrapText(false);
+		return SNew(STextBlock).TextStyle(&FVelmoraUIStyles::GetTextStyle(Style)).Text(MakeWordText(Text)).AutoWrapText(false);
 	}
 
 	void OpenLocalFile(const FString& Path)
@@ -84,7 +108,7 @@ namespace
 
 } // namespace
 
-TSharedRef<SWidget> SMarkdownTextBlock::BuildInlineContent(const TArray<FMarkdownToken>& Tokens)
+TSharedRef<SWidget> SMarkdownTextBlock::BuildInlineContent(TArrayView<const FMarkdownToken> Tokens)
 {
 	if (Tokens.Num() == 0)
 	{
@@ -93,7 +117,7 @@ TSharedRef<SWidget> SMarkdownTextBlock::BuildInlineContent(const TArray<FMarkdow
 	// One text wraps within its words; a row of widgets can only wrap between them. So plain text is one widget.
 	if (IsPlainText(Tokens))
 	{
-		return MakeWrappingText(Tokens, FVelmoraUIStyles::GetTextStyle("Velmora.Markdown.Text"));
+		return MakeWrappingText(Tokens, FVelmoraUIStyles::GetTextStyle(GetWordStyles().Text));
 	}
 	// clang-format off
 	const TSharedRef<SWrapBox> Box = SNew(SWrapBox)
@@ -123,13 +147,13 @@ TSharedRef<SWidget> SMarkdownTextBlock::BuildStyledText(const FString& InText, c
 	switch (Token.Type)
 	{
 	case ETokenType::Bold:
-		return MakeStyledWord(Clean, "Velmora.Markdown.Bold");
+		return MakeStyledWord(Clean, GetWordStyles().Bold);
 	case ETokenType::Italic:
-		return MakeStyledWord(Clean, "Velmora.Markdown.Italic");
+		return MakeStyledWord(Clean, GetWordStyles().Italic);
 	case ETokenType::BoldItalic:
-		return MakeStyledWord(Clean, "Velmora.Markdown.BoldItalic");
+		return MakeStyledWord(Clean, GetWordStyles().BoldItalic);
 	case ETokenType::Strikethrough:
-		return MakeStyledWord(Clean, "Velmora.Markdown.Strikethrough");
+		return MakeStyledWord(Clean, GetWordStyles().Strikethrough);
 	case ETokenType::Code:
 		return BuildCodeChip(Clean);
 	case ETokenType::Link:
@@ -137,7 +161,7 @@ TSharedRef<SWidget> SMarkdownTextBlock::BuildStyledText(const FString& InText, c
 	case ETokenType::FootnoteReference:
 		return BuildFootnoteReference(Token);
 	default:
-		return MakeStyledWord(Clean, "Velmora.Markdown.Text");
+		return MakeStyledWord(Clean, GetWordStyles().Text);
 	}
 }
 
@@ -145,7 +169,7 @@ TSharedRef<SWidget> SMarkdownTextBlock::BuildCodeChip(const FString& Code)
 {
 	static const FSlateRoundedBoxBrush ChipBrush(FVelmoraUIStyles::GetInlineCodeBackgroundColor(),
 		FVelmoraUIStyles::GetMarkdownInlineCodeCornerRadius(), FVelmoraUIStyles::GetInlineCodeBorderColor(), 1.0f);
-	const FTextBlockStyle& Style = FVelmoraUIStyles::GetTextStyle("Velmora.Markdown.Code");
+	const FTextBlockStyle& Style = FVelmoraUIStyles::GetTextStyle(GetWordStyles().Code);
 	// Editable but read-only: code is the one text that people copy out of a sentence.
 	// clang-format off
 	return SNew(SBorder)
@@ -187,20 +211,14 @@ TSharedRef<SWidget> SMarkdownTextBlock::BuildFootnoteReference(const FMarkdownTo
 
 TSharedRef<SWidget> SMarkdownTextBlock::ParseAndBuildInlineContent(const FString& InText)
 {
-	return ParseAndBuildInlineContentWithStyle(InText, FVelmoraUIStyles::GetTextStyle("Velmora.Markdown.Text"));
+	return ParseAndBuildInlineContentWithStyle(InText, FVelmoraUIStyles::GetTextStyle(GetWordStyles().Text));
 }
 
 TSharedRef<SWidget> SMarkdownTextBlock::ParseAndBuildInlineContentWithStyle(const FString& InText, const FTextBlockStyle& Style)
 {
-	TArray<FMarkdownToken> Tokens;
-	for (const FMarkdownToken& Token : Velmora::Markdown::FMarkdownParser::Parse(JoinLines(InText)))
-	{
-		// A heading or cell has one line: what reads like a block in it is left out.
-		if (Token.IsInline())
-		{
-			Tokens.Add(Token);
-		}
-	}
+	TArray<FMarkdownToken> Tokens = Velmora::Markdown::FMarkdownParser::Parse(JoinLines(InText));
+	// A heading or cell has one line: what reads like a block in it is left out.
+	Tokens.RemoveAll([](const FMarkdownToken& Token) { return Token.IsBlock(); });
 	return IsPlainText(Tokens) ? MakeWrappingText(Tokens, Style) : BuildInlineContent(Tokens);
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Containers/ArrayView.h"
 #include "CoreMinimal.h"
 #include "Input/Reply.h"
 #include "Layout/Margin.h"
@@ -44,7 +45,7 @@ public:
 
 private:
 	void RebuildContent();
-	void AddInlineRun(TArray<FMarkdownToken>& Run, const FMargin& Padding);
+	void AddInlineRun(TArrayView<const FMarkdownToken> Run, const FMargin& Padding);
 
 	// Blocks.
 	TSharedRef<SWidget> BuildBlockToken(const FMarkdownToken& Token);
@@ -66,7 +67,7 @@ private:
 	FReply OnCopyCodeClicked(FString Code);
 
 	// Inline.
-	TSharedRef<SWidget> BuildInlineContent(const TArray<FMarkdownToken>& Tokens);
+	TSharedRef<SWidget> BuildInlineContent(TArrayView<const FMarkdownToken> Tokens);
 	TSharedRef<SWidget> BuildInlineToken(const FMarkdownToken& Token);
 	TSharedRef<SWidget> BuildStyledText(const FString& InText, const FMarkdownToken& Token);
 	TSharedRef<SWidget> BuildCodeChip(const FString& Code);
