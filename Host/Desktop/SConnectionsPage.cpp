@@ -3,6 +3,7 @@
 #include "AgentChoice.h"
 #include "Brushes/SlateRoundedBoxBrush.h"
 #include "ConnectionFields.h"
+#include "Framework/Application/SlateApplication.h"
 #include "HAL/PlatformApplicationMisc.h"
 #include "Host/SFoldingRow.h"
 #include "SettingRows.h"
@@ -86,6 +87,8 @@ TSharedRef<SWidget> SConnectionsPage::MakeListColumn()
 	const auto Add = [this]()
 	{
 		Show(Connections.Add());
+		// Who adds one types its name next; the box selects the name that is there.
+		FSlateApplication::Get().SetKeyboardFocus(NameBox, EFocusCause::SetDirectly);
 		return FReply::Handled();
 	};
 	// clang-format off
@@ -275,7 +278,7 @@ TSharedRef<SWidget> SConnectionsPage::MakeNameBox()
 		}
 	};
 	// clang-format off
-	return SNew(SEditableTextBox)
+	return SAssignNew(NameBox, SEditableTextBox)
 		.Tag("ConnectionName")
 		.Text(FText::FromString(Shown->Now.Name))
 		.SelectAllTextWhenFocused(true)

@@ -61,6 +61,7 @@ private:
 	TSharedPtr<FEditedConnection> Shown;
 	TSharedPtr<SVerticalBox> List;
 	TSharedPtr<SBox> Fields;
+	TSharedPtr<SEditableTextBox> NameBox;
 	TSharedPtr<SEditableTextBox> ModelBox;
 	TSharedPtr<SModelList> ModelList;
 	/** What the model box offers; a sentence while there is nothing to offer. */

@@ -116,7 +116,7 @@ TEST_F(FAgentPageTest, AConnectionIsAddedChosenAndRemoved)
 	EXPECT_TRUE(IsOnScreen("The built-in agent answers."));
 	Click(FindByTag("AddConnection"));
 	EXPECT_TRUE(IsOnScreen("Not stored yet. It needs an address"));
-	Enter("ConnectionName", "local");
+	TypeText("local"); // The keyboard is in the box of the name.
 	Enter("ConnectionUrl", "  http://127.0.0.1:8080 ");
 	Enter("ConnectionModel", "tiny");
 	Enter("ConnectionRounds", "7");
