@@ -9,6 +9,7 @@
 #include "Model/Transcript.h"
 #include "Text/Utf8Text.h"
 #include "Text/WireText.h"
+#include "Tools/AnswerMarkdown.h"
 #include "Tools/CommandSandbox.h"
 
 namespace Velmora
@@ -22,6 +23,21 @@ namespace Velmora
 
 		/** Of what was left out. */
 		constexpr size_t MaxSummaryCharacters = 4000;
+
+		/** Of a long line one such piece after the other is shown, since a block of code shows only the beginning of one. */
+		constexpr size_t PieceBytes = 160;
+
+		std::string BreakLines(std::string_view Text)
+		{
+			std::string Broken;
+			size_t Length = 0;
+			for (const char Byte : Text)
+			{
+				Broken += Byte == ' ' && Length >= PieceBytes ? '\n' : Byte;
+				Length = Broken.back() == '\n' ? 0 : Length + 1;
+			}
+			return Broken;
+		}
 	}
 
 	FModelTurn::FModelTurn(
@@ -198,8 +214,8 @@ namespace Velmora
 		Question.Tool = "background";
 		Question.Subject = Hash;
 		Question.Text = "May the model be told this about the project? It comes from the project's settings and its AGENTS.md, so somebody "
-						"else may have written it.\n\n````\n" +
-			Utf8Text::Shorten(Background, 4000) + "\n````";
+						"else may have written it.\n\n" +
+			AnswerMarkdown::CodeBlock(BreakLines(Background), {});
 		FPermissionAnswer Answer;
 		if (!AskOnce(Question, Answer))
 		{
