@@ -15,6 +15,29 @@
 #include "Widgets/SBoxPanel.h"
 #include "Widgets/Text/STextBlock.h"
 
+namespace
+{
+
+	/** Looked up once: an answer may have a block for every few characters. */
+	struct FBlockNames
+	{
+		const FName NoBorder = "NoBorder";
+		const FName Text = "Velmora.Markdown.Text";
+		const FName ListMarker = "Velmora.Markdown.ListMarker";
+		const FName QuoteBar = "Velmora.Markdown.Blockquote.Border";
+		const FName TableCell = "Velmora.Markdown.TableCell";
+		const FName Headers[6] = { "Velmora.Markdown.Header1", "Velmora.Markdown.Header2", "Velmora.Markdown.Header3",
+			"Velmora.Markdown.Header4", "Velmora.Markdown.Header5", "Velmora.Markdown.Header6" };
+	};
+
+	const FBlockNames& GetBlockNames()
+	{
+		static const FBlockNames Names;
+		return Names;
+	}
+
+} // namespace
+
 // One widget for each block of the text. Inline marks are read where a block's text is shown and not before.
 TSharedRef<SWidget> SMarkdownTextBlock::BuildBlockToken(const FMarkdownToken& Token)
 {
@@ -42,7 +65,7 @@ TSharedRef<SWidget> SMarkdownTextBlock::BuildBlockToken(const FMarkdownToken& To
 	default:
 		// A line end, too: its empty line is the room between two lines of text.
 		return SNew(STextBlock)
-			.TextStyle(&FVelmoraUIStyles::GetTextStyle("Velmora.Markdown.Text"))
+			.TextStyle(&FVelmoraUIStyles::GetTextStyle(GetBlockNames().Text))
 			.Text(FText::FromString(Token.Content))
 			.AutoWrapText(bAutoWrapText)
 			.WrapTextAt(WrapTextAt);
@@ -52,13 +75,13 @@ TSharedRef<SWidget> SMarkdownTextBlock::BuildBlockToken(const FMarkdownToken& To
 TSharedRef<SWidget> SMarkdownTextBlock::BuildHeader(const FMarkdownToken& Token)
 {
 	// Clamped, since the token may be made by others than the parser.
-	const FString StyleName = FString::Printf(TEXT("Velmora.Markdown.Header%d"), FMath::Clamp(Token.Level, 1, 6));
+	const FName StyleName = GetBlockNames().Headers[FMath::Clamp(Token.Level, 1, 6) - 1];
 	// clang-format off
 	return SNew(SBorder)
-		.BorderImage(FAppStyle::GetBrush("NoBorder"))
+		.BorderImage(FAppStyle::GetBrush(GetBlockNames().NoBorder))
 		.Padding(FMargin(0.0f, 4.0f, 0.0f, 2.0f))
 		[
-			ParseAndBuildInlineContentWithStyle(Token.Content, FVelmoraUIStyles::GetTextStyle(FName(*StyleName)))
+			ParseAndBuildInlineContentWithStyle(Token.Content, FVelmoraUIStyles::GetTextStyle(StyleName))
 		];
 	// clang-format on
 }
@@ -84,7 +107,7 @@ TSharedRef<SWidget> SMarkdownTextBlock::BuildBlockquote(const FMarkdownToken& To
 {
 	// clang-format off
 	return SNew(SBorder)
-		.BorderImage(FAppStyle::GetBrush("NoBorder"))
+		.BorderImage(FAppStyle::GetBrush(GetBlockNames().NoBorder))
 		.Padding(FMargin(12.0f, 8.0f, 12.0f, 8.0f))
 		[
 			SNew(SHorizontalBox)
@@ -96,7 +119,7 @@ TSharedRef<SWidget> SMarkdownTextBlock::BuildBlockquote(const FMarkdownToken& To
 				.WidthOverride(4.0f)
 				[
 					SNew(SBorder)
-					.BorderImage(FVelmoraUIStyles::GetBrush("Velmora.Markdown.Blockquote.Border"))
+					.BorderImage(FVelmoraUIStyles::GetBrush(GetBlockNames().QuoteBar))
 				]
 			]
 			+ SHorizontalBox::Slot()
@@ -112,12 +135,11 @@ TSharedRef<SWidget> SMarkdownTextBlock::BuildListItem(const FMarkdownToken& Toke
 {
 	// Numbered items show a bullet, too: the parser keeps no number.
 	static const FText Bullet = FText::FromString(TEXT("•"));
-	static const FName MarkerStyle("Velmora.Markdown.ListMarker");
 	// clang-format off
 	return BuildMarkedItem(
 		Token,
 		SNew(STextBlock)
-		.TextStyle(&FVelmoraUIStyles::GetTextStyle(MarkerStyle))
+		.TextStyle(&FVelmoraUIStyles::GetTextStyle(GetBlockNames().ListMarker))
 		.Text(Bullet));
 	// clang-format on
 }
@@ -164,7 +186,7 @@ TSharedRef<SWidget> SMarkdownTextBlock::BuildFootnoteDefinition(const FMarkdownT
 {
 	// clang-format off
 	return SNew(SBorder)
-		.BorderImage(FAppStyle::GetBrush("NoBorder"))
+		.BorderImage(FAppStyle::GetBrush(GetBlockNames().NoBorder))
 		.Padding(FMargin(12.0f, 4.0f, 0.0f, 4.0f))
 		[
 			SNew(SHorizontalBox)
@@ -247,7 +269,7 @@ TSharedRef<SWidget> SMarkdownTextBlock::BuildTableRow(const FString& Row, const 
 		.FillWidth(1.0f)
 		[
 			SNew(SBorder)
-			.BorderImage(FVelmoraUIStyles::GetBrush("Velmora.Markdown.TableCell"))
+			.BorderImage(FVelmoraUIStyles::GetBrush(GetBlockNames().TableCell))
 			.Padding(FMargin(8.0f, 4.0f, 8.0f, 4.0f))
 			.HAlign(Alignment)
 			[
@@ -271,14 +293,14 @@ TSharedRef<SWidget> SMarkdownTextBlock::BuildCollapsibleSection(const FMarkdownT
 		[
 			SNew(SExpandableArea)
 			.InitiallyCollapsed(true)
-			.BorderImage(FAppStyle::GetBrush("NoBorder"))
-			.BodyBorderImage(FAppStyle::GetBrush("NoBorder"))
+			.BorderImage(FAppStyle::GetBrush(GetBlockNames().NoBorder))
+			.BodyBorderImage(FAppStyle::GetBrush(GetBlockNames().NoBorder))
 			.HeaderPadding(FMargin(0.0f))
 			.Padding(FMargin(0.0f))
 			.HeaderContent()
 			[
 				SNew(SBorder)
-				.BorderImage(FAppStyle::GetBrush("NoBorder"))
+				.BorderImage(FAppStyle::GetBrush(GetBlockNames().NoBorder))
 				.Padding(FMargin(8.0f, 4.0f, 8.0f, 4.0f))
 				[
 					ParseAndBuildInlineContent(Token.Metadata)
@@ -287,7 +309,7 @@ TSharedRef<SWidget> SMarkdownTextBlock::BuildCollapsibleSection(const FMarkdownT
 			.BodyContent()
 			[
 				SNew(SBorder)
-				.BorderImage(FAppStyle::GetBrush("NoBorder"))
+				.BorderImage(FAppStyle::GetBrush(GetBlockNames().NoBorder))
 				.Padding(FMargin(8.0f, 8.0f, 8.0f, 4.0f))
 				[
 					ParseAndBuildInlineContent(Token.Content)
