@@ -133,20 +133,28 @@ TSharedRef<SWidget> SSourceViewer::MakeLines()
 	return SNew(SOverlay)
 		+ SOverlay::Slot()
 		[
-			ToolTab::MakeListFrame(
+			SNew(SVerticalBox)
+			+ SVerticalBox::Slot()
+			.FillHeight(1.0f)
+			[
+				ToolTab::MakeListFrame(
+					SAssignNew(List, SListView<FLine>)
+					.Tag("SourceLines")
+					.ListItemsSource(&Text.Lines)
+					.OnGenerateRow(this, &SSourceViewer::MakeRow))
+			]
+			+ SVerticalBox::Slot()
+			.AutoHeight()
+			[
+				// As wide as the lines, and nothing but its bar to be seen: the lines follow it, their upright bar does not.
 				SAssignNew(Sides, SScrollBox)
 				.Orientation(Orient_Horizontal)
 				+ SScrollBox::Slot()
 				[
 					SNew(SBox)
 					.WidthOverride_Lambda([this]() { return FOptionalSize(GetLinesWidth()); })
-					[
-						SAssignNew(List, SListView<FLine>)
-						.Tag("SourceLines")
-						.ListItemsSource(&Text.Lines)
-						.OnGenerateRow(this, &SSourceViewer::MakeRow)
-					]
-				])
+				]
+			]
 		]
 		+ SOverlay::Slot()
 		.Padding(16.0f)
@@ -194,8 +202,13 @@ TSharedRef<ITableRow> SSourceViewer::MakeRow(FLine Line, const TSharedRef<STable
 			SNew(SBorder)
 			.BorderImage(Line->Number == FramedLine ? GetFrameBrush() : FAppStyle::GetBrush("NoBorder"))
 			.Padding(FMargin(ToolTab::RowSide, 1.0f))
+			.Clipping(EWidgetClipping::ClipToBounds)
 			[
-				Pieces
+				SNew(SBox)
+				.Padding_Lambda([this]() { return FMargin(-GetShift(), 0.0f, 0.0f, 0.0f); })
+				[
+					Pieces
+				]
 			]
 		];
 	// clang-format on
@@ -249,9 +262,14 @@ float SSourceViewer::GetNumberWidth() const
 
 float SSourceViewer::GetLinesWidth() const
 {
-	const float Wanted =
-		2.0f * ToolTab::RowSide + GetNumberWidth() + NumberGap + CellWidth * static_cast<float>(Text.WidestCells) + TextEnd;
-	return FMath::Max(Wanted, static_cast<float>(Sides->GetCachedGeometry().GetLocalSize().X));
+	return 2.0f * ToolTab::RowSide + GetNumberWidth() + NumberGap + CellWidth * static_cast<float>(Text.WidestCells) + TextEnd;
+}
+
+float SSourceViewer::GetShift() const
+{
+	// The lines are laid out before the bar, which does not know yet when the window got wider.
+	const float End = GetLinesWidth() - static_cast<float>(List->GetCachedGeometry().GetLocalSize().X);
+	return FMath::Clamp(Sides->GetScrollOffset(), 0.0f, FMath::Max(End, 0.0f));
 }
 
 FText SSourceViewer::GetStateText() const
@@ -380,7 +398,7 @@ void SSourceViewer::ShowHit(const FSourceFind::FHit* Hit)
 	}
 	List->ScrollToIndex(Hit->Line);
 	// Sideways only where it is out of view.
-	const float View = static_cast<float>(Sides->GetCachedGeometry().GetLocalSize().X);
+	const float View = ToolTab::GetTextWidth(*List) + 2.0f * ToolTab::RowSide;
 	const float Left = ToolTab::RowSide + GetNumberWidth() + NumberGap + CellWidth * static_cast<float>(Hit->Place.Begin);
 	const float Right = Left + CellWidth * static_cast<float>(Hit->Place.Length);
 	const float Offset = Sides->GetScrollOffset();
@@ -425,7 +443,12 @@ FReply SSourceViewer::OnKeyDown(const FGeometry& MyGeometry, const FKeyEvent& In
 		FPlatformApplicationMisc::ClipboardCopy(*Text.Lines[Line - 1]->Text);
 		return FReply::Handled();
 	}
-	return FReply::Unhandled();
+	return Sides->OnKeyDown(Sides->GetCachedGeometry(), InKeyEvent);
+}
+
+FReply SSourceViewer::OnMouseWheel(const FGeometry& MyGeometry, const FPointerEvent& MouseEvent)
+{
+	return Sides->OnMouseWheel(Sides->GetCachedGeometry(), MouseEvent);
 }
 
 #undef LOCTEXT_NAMESPACE

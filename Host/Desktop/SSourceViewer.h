@@ -33,6 +33,7 @@ public:
 
 	virtual void Tick(const FGeometry& AllottedGeometry, const double InCurrentTime, const float InDeltaTime) override;
 	virtual FReply OnKeyDown(const FGeometry& MyGeometry, const FKeyEvent& InKeyEvent) override;
+	virtual FReply OnMouseWheel(const FGeometry& MyGeometry, const FPointerEvent& MouseEvent) override;
 
 private:
 	using FLine = FSourceFind::FLine;
@@ -52,6 +53,8 @@ private:
 	int32 GetSelectedLine() const;
 	float GetNumberWidth() const;
 	float GetLinesWidth() const;
+	/** How far the lines are moved to the left, units. */
+	float GetShift() const;
 	FText GetStateText() const;
 	/** Fits the path into the head. True when other words are shown now. */
 	bool FitPath();

@@ -248,6 +248,43 @@ TEST_F(FSourceViewerTest, FindCountsStepsAndScrolls)
 	EXPECT_EQ(CountByType("SFoundMarks"), 0);
 }
 
+TEST_F(FSourceViewerTest, LongLinesMoveBelowAListThatStaysInView)
+{
+	const std::string Wide = std::string(600, 'x') + "end";
+	std::string Lines = Wide + "\n";
+	for (int32 Number = 2; Number <= 300; ++Number)
+	{
+		Lines += "short\n";
+	}
+	Folder.Write("wide.txt", Lines);
+	Viewer->Open(Folder.At(TEXT("wide.txt")), 0);
+	ASSERT_TRUE(Wait([] { return Sees("short"); }));
+	const TSharedRef<SWidget> List = FindByTag("SourceLines");
+	const auto Bounds = [](const SWidget& Widget) { return Widget.GetCachedGeometry().GetLayoutBoundingRect(); };
+	EXPECT_LE(Bounds(*List).Right, Bounds(*Viewer).Right) << "its upright bar is in view";
+	const auto WideLine = [&] { return Bounds(*FindByText(Wide)).Left; };
+	const float AtRest = WideLine();
+	PressKey("Right");
+	PumpFrame();
+	EXPECT_LT(WideLine(), AtRest);
+	PressKey("Left");
+	PumpFrame();
+	EXPECT_EQ(WideLine(), AtRest);
+	// A place far to the right is brought into view.
+	Find->SetQuery({ TEXT("end") });
+	ASSERT_TRUE(Wait([this] { return Find->GetCount() == 1 && CountByType("SFoundMarks") == 1; }));
+	PumpFrame();
+	EXPECT_LT(WideLine(), -600.0f);
+	EXPECT_GT(Bounds(*FindByText(Wide)).Right, 0.0f);
+	EXPECT_LE(Bounds(*List).Right, Bounds(*Viewer).Right);
+	// Wide enough for all of it: nothing is moved any more.
+	const FIntPoint Before = App().GetWindow().GetPixelSize();
+	Resize(8000, Before.Y);
+	PumpFrame();
+	EXPECT_EQ(WideLine(), AtRest);
+	Resize(Before.X, Before.Y);
+}
+
 TEST_F(FSourceViewerTest, ATextThatGoesTakesItsHitsAlong)
 {
 	Folder.Write("a.txt", "needle\n");
