@@ -41,8 +41,8 @@ void SFirstSteps::Construct(const FArguments& InArgs)
 		.AutoHeight()[SNew(STextBlock).Text(LOCTEXT("Title", "First steps")).TextStyle(FAppStyle::Get(), TEXT("NormalText.Important"))];
 	Lines->AddSlot().AutoHeight().Padding(0.0f, 4.0f)[MakePrompts()];
 	Lines->AddSlot().AutoHeight()[MakeWords(LOCTEXT("Agent",
-		"The built-in agent takes commands and works on this machine alone; nothing is sent anywhere. A model of yours, here or on a "
-		"server, can answer in its place: connect it in the settings."))];
+		"The built-in agent takes commands and works on this machine alone: while it answers, nothing is sent anywhere. A model of yours, "
+		"here or on a server, can answer in its place: connect it in the settings. The title of the window says who answers."))];
 	Kept = MakeWords(FText::GetEmpty());
 	const Velmora::FStoreLocation Location = Velmora::GetStoreLocation();
 	TellFolder(Location.KeepsConversations() ? Location.Folder : FString());
