@@ -107,6 +107,34 @@ TEST_F(DesktopWindow, FollowsItsSize)
 	}
 }
 
+TEST_F(DesktopWindow, WhatIsDroppedIsTypedOrComplainedAbout)
+{
+	std::string Problem;
+	FHostPlatform::SetProblemHandler([&Problem](const FString& Sentence) { Problem += Utf8(Sentence); });
+	const auto Drop = [this](SDL_EventType Type, const char* Text)
+	{
+		SDL_Event Event = {};
+		Event.type = Type;
+		Event.drop.file = SDL_strdup(Text);
+		SDL_PushEvent(&Event);
+	};
+	Settle();
+	Recorder.Take();
+	Drop(SDL_DROPFILE, "/p/a.cpp");
+	Settle();
+	EXPECT_FALSE(Recorder.Has("text:/p/a.cpp"));
+	EXPECT_NE(Problem.find("click into the prompt"), std::string::npos);
+
+	Problem.clear();
+	Window->SetTextInput(true, FSlateRect(0, 0, 1, 10));
+	Recorder.Take();
+	Drop(SDL_DROPFILE, "/p/b \xC3\xA4.cpp");
+	Drop(SDL_DROPTEXT, "some-words");
+	Settle();
+	EXPECT_EQ(Recorder.Take(), "text:/p/b \xC3\xA4.cpp some-words ");
+	EXPECT_EQ(Problem, "");
+}
+
 TEST_F(DesktopWindow, WakesFromAnotherThread)
 {
 	Settle();

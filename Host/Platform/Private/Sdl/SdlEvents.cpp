@@ -84,6 +84,11 @@ void FSdlWindow::Dispatch(IHostMessageHandler& Handler, const SDL_Event& Event)
 		DispatchPreedit(Handler, Event.editExt.text, Event.editExt.start);
 		SDL_free(Event.editExt.text);
 		break;
+	case SDL_DROPFILE:
+	case SDL_DROPTEXT:
+		DispatchDrop(Handler, Event.drop.file);
+		SDL_free(Event.drop.file);
+		break;
 	case SDL_MOUSEMOTION:
 		MovePosition = FVector2D(Event.motion.x, Event.motion.y);
 		bMoveWaits = true;
@@ -117,6 +122,22 @@ void FSdlWindow::DispatchText(IHostMessageHandler& Handler, const char* Bytes)
 	const size_t Length = std::strlen(Bytes);
 	const FUTF8ToTCHAR Text(Bytes, static_cast<int32>(Length));
 	Gate.OnText(Handler, FStringView(Text.Get(), Text.Length()), Length >= ShortestFullPiece);
+}
+
+// As if it were typed, so that it is undone and recorded as typing is. A blank keeps several files apart.
+void FSdlWindow::DispatchDrop(IHostMessageHandler& Handler, const char* Bytes)
+{
+	if (!Bytes)
+	{
+		return;
+	}
+	if (!bTextInput)
+	{
+		PlatformState::ReportProblem(TEXT("What was dropped has nowhere to go: click into the prompt, then drop it again."));
+		return;
+	}
+	const FUTF8ToTCHAR Text(Bytes);
+	Gate.OnText(Handler, FString(FStringView(Text.Get(), Text.Length())) + TEXT(" "), /*bMore*/ false);
 }
 
 // Precise deltas, so that touchpads scroll smoothly.

@@ -44,6 +44,8 @@ private:
 	void DispatchWindowEvent(IHostMessageHandler& Handler, const SDL_WindowEvent& Event);
 	void DispatchMouseButton(IHostMessageHandler& Handler, const SDL_MouseButtonEvent& Event);
 	void DispatchText(IHostMessageHandler& Handler, const char* Bytes);
+	/** @param Bytes  Path of a file, or a line of text. */
+	void DispatchDrop(IHostMessageHandler& Handler, const char* Bytes);
 	void DispatchWheel(IHostMessageHandler& Handler, const SDL_MouseWheelEvent& Event);
 	void DispatchPreedit(IHostMessageHandler& Handler, const char* Text, int32 CursorCharacter);
 	void SendMouseMove(IHostMessageHandler& Handler);
