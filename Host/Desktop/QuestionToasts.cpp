@@ -61,8 +61,12 @@ namespace
 	{
 		const FString Subject =
 			Question.Subject.Len() > MaxShownSubject ? Question.Subject.Left(MaxShownSubject) + TEXT("\u2026") : Question.Subject;
-		FNotificationInfo Info(FText::Format(LOCTEXT("Question", "The agent asks: {0} {1}\nThe conversation shows what it would do."),
-			FText::FromString(Question.Tool), FText::FromString(Subject)));
+		// The subject of this one is a number that stands for the texts, and tells nobody anything.
+		FNotificationInfo Info(Question.Tool.Equals(TEXT("background"))
+				? LOCTEXT("BackgroundQuestion",
+					  "The agent asks: may the model get what the project says about itself?\nThe conversation shows it.")
+				: FText::Format(LOCTEXT("Question", "The agent asks: {0} {1}\nThe conversation shows what it would do."),
+					  FText::FromString(Question.Tool), FText::FromString(Subject)));
 		// It stays until the question is answered, wherever that happens.
 		Info.bFireAndForget = false;
 		Info.bUseThrobber = false;

@@ -300,6 +300,8 @@ TEST_F(ModelTurn, NothingGoesBeyondThisMachineUnasked)
 	Use(Peer);
 	EXPECT_EQ(Ask("go"), "ok");
 	EXPECT_FALSE(Holds(LastBody(), "moo")) << "nobody agreed to it";
+	ASSERT_EQ(EventsOf("progress").size(), 1u);
+	EXPECT_TRUE(Holds(EventsOf("progress")[0], "AGENTS.md, was left out: it needs your consent")) << EventsOf("progress")[0];
 	Options.AllowedCalls = { TEXT("background") };
 	Velmora::SetBuiltInAgentOptions(Options);
 	CreateAgent();

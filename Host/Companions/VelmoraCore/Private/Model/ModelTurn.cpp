@@ -222,6 +222,11 @@ namespace Velmora
 			return false;
 		}
 		bOutIsAllowed = Answer.Decision.IsAllowed();
+		if (!bOutIsAllowed && !Input.bCanAsk)
+		{
+			// Whoever was asked knows; here nobody would see why the answer follows none of these texts.
+			Tell(ETurnReportKind::Step, "\"background\", the texts on behavior and AGENTS.md, was left out: " + Answer.Why + ".");
+		}
 		return true;
 	}
 
