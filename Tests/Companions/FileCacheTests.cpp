@@ -14,6 +14,7 @@
 #include <map>
 #include <set>
 #include <string>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <thread>
 #include <vector>
@@ -438,6 +439,23 @@ TEST_F(FileCacheTests, EndsInTheMiddleOfAScanAndStartsAgain)
 	}
 	Refresh();
 	EXPECT_EQ(Monitor->GetCount(), 3300);
+}
+
+TEST_F(FileCacheTests, WorksOnceTheProgramMayOpenFilesAgain)
+{
+	Project.Write("a", "x");
+	rlimit Usual = {};
+	ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &Usual), 0);
+	const rlimit None = { 0, Usual.rlim_max };
+	ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &None), 0);
+	Monitor = MakeShared<FProjectFileMonitor>();
+	ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &Usual), 0);
+	Refresh();
+	EXPECT_EQ(List(), std::vector<std::string>{ "a" });
+	Refresh();
+	const auto Start = std::chrono::steady_clock::now();
+	Monitor->Shutdown(10.0);
+	EXPECT_LT(std::chrono::steady_clock::now() - Start, 5s) << "the thread hears that it is to end";
 }
 
 TEST_F(FileCacheTests, OnlyAFileSystemThatDoesNotAnswerIsCalledSilent)

@@ -49,7 +49,6 @@ namespace Velmora::CodeIntel
 		bIsOpening = true;
 		bThreadHasEnded = false;
 		UpdateBusy();
-		// Detached, since a file system that does not answer would hold up a join for ever: the object lives as long as its thread.
 		std::thread(
 			[Self = shared_from_this()]
 			{
@@ -89,7 +88,6 @@ namespace Velmora::CodeIntel
 			Busy.reset();
 			Unanswered.swap(Reconciles);
 		}
-		// Answered all the same: whoever waits for a reconcile must not wait for ever.
 		for (const FReconciled& Done : Unanswered)
 		{
 			Answer(Done, 0, 0);

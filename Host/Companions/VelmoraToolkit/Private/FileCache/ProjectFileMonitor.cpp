@@ -1,6 +1,7 @@
 #include "FileCache/ProjectFileMonitor.h"
 
 #include <algorithm>
+#include <cerrno>
 
 #include <poll.h>
 #include <sys/eventfd.h>
@@ -79,6 +80,17 @@ namespace Velmora
 		if (bHasThread)
 		{
 			return true;
+		}
+		// Without it the thread could be asked for nothing. There may have been too many open files when this object was made.
+		if (!WakeSignal.IsOpen())
+		{
+			WakeSignal = FFileDescriptor(eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC));
+		}
+		if (!WakeSignal.IsOpen())
+		{
+			UE_LOG(LogProjectFileCache, Error, TEXT("The files of the project are not listed: %s"),
+				*HostFileNameFromBytes(HostDescribeSystemError(errno)));
+			return false;
 		}
 		bStop = false;
 		auto Self = std::make_unique<TSharedRef<FProjectFileMonitor>>(AsShared());

@@ -72,7 +72,7 @@ namespace Velmora
 		const FProjectTreeLimits Limits;
 
 		/** Wakes the thread out of its wait. */
-		const FFileDescriptor WakeSignal;
+		FFileDescriptor WakeSignal;
 
 		mutable std::mutex Mutex;
 		std::condition_variable ThreadEnded;
