@@ -162,8 +162,10 @@ TSharedRef<SWidget> SAgentActivity::MakeModelRow()
 
 TSharedRef<SWidget> SAgentActivity::MakeFigures()
 {
+	// They change with every frame while an answer streams, and what changes is painted as far as it is clipped.
 	// clang-format off
 	return SNew(SVerticalBox)
+		.Clipping(EWidgetClipping::ClipToBounds)
 		+ SVerticalBox::Slot()
 		.AutoHeight()
 		[
@@ -292,6 +294,7 @@ TSharedRef<ITableRow> SAgentActivity::MakeRow(FEntry Entry, const TSharedRef<STa
 		.Padding(FMargin(ToolTab::RowSide, 1.0f))
 		[
 			SNew(SHorizontalBox)
+			.Clipping(EWidgetClipping::ClipToBounds)
 			+ SHorizontalBox::Slot()
 			.AutoWidth()
 			.VAlign(VAlign_Top)

@@ -132,6 +132,7 @@ void SEditorFrame::Construct(const FArguments& InArgs, const TSharedRef<FOutputL
 				SNew(SBox)
 				.MaxDesiredWidth_Lambda([this]() { return FOptionalSize(GetTurnTextRoom()); })
 				.Visibility(EVisibility::HitTestInvisible)
+				.Clipping(EWidgetClipping::ClipToBounds)
 				[
 					SNew(STextBlock)
 					.Tag("FrameStatus")
