@@ -279,6 +279,28 @@ namespace
 	}
 	BENCHMARK(ShowTenMegabytesInOneParagraph)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
 
+	/** So many megabytes of nothing but marks: a widget for every one to three characters. Ten of them take up to 5 GB. */
+	void ShowMarks(benchmark::State& State, const TCHAR* Marks)
+	{
+		FString Text;
+		Text.Reserve(static_cast<int32>(State.range(0)) * 1000000 + 100);
+		while (Text.Len() < State.range(0) * 1000000)
+		{
+			Text += Marks;
+		}
+		ShowAnswer(State, Text);
+	}
+	BENCHMARK_CAPTURE(ShowMarks, Emphases, TEXT("*a* **b** `c` "))
+		->Arg(1)
+		->Arg(10)
+		->Iterations(1)
+		->UseManualTime()
+		->Unit(benchmark::kMillisecond);
+	BENCHMARK_CAPTURE(ShowMarks, Code, TEXT("`c` "))->Arg(1)->Arg(10)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
+	BENCHMARK_CAPTURE(ShowMarks, Links, TEXT("[a](b) "))->Arg(1)->Arg(10)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
+	BENCHMARK_CAPTURE(ShowMarks, Items, TEXT("- a\n"))->Arg(1)->Arg(10)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
+	BENCHMARK_CAPTURE(ShowMarks, Quotes, TEXT("> a\n"))->Arg(1)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
+
 	void ShowMillionLineFeeds(benchmark::State& State)
 	{
 		FString Text = TEXT("Top");
