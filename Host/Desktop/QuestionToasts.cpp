@@ -1,7 +1,9 @@
 #include "QuestionToasts.h"
 
+#include "Framework/Application/SlateApplication.h"
 #include "Framework/Notifications/NotificationManager.h"
 #include "Host/AgentQuestions.h"
+#include "Host/HostWindow.h"
 
 #define LOCTEXT_NAMESPACE "QuestionToasts"
 
@@ -13,6 +15,10 @@ namespace
 
 	/** Subjects beyond this are shown whole in the conversation only. */
 	constexpr int32 MaxShownSubject = 120;
+
+	/** In a window that is lower than this, units, the words must be few for the toast to stand above the prompt's buttons. */
+	constexpr float LowWindow = 400.0f;
+	constexpr int32 MaxSubjectInLowWindow = 36;
 
 	/** Three answers need more room than other toasts have. */
 	constexpr float QuestionToastWidth = 392.0f;
@@ -57,16 +63,26 @@ namespace
 		return FNotificationButtonInfo(Text, ToolTip, FSimpleDelegate::CreateLambda([Id, Answer]() { AnswerQuestion(Id, Answer); }));
 	}
 
+	FText MakeWords(const FAgentQuestion& Question)
+	{
+		// The subject of this one is a number that stands for the texts, and tells nobody anything.
+		if (Question.Tool.Equals(TEXT("background")))
+		{
+			return LOCTEXT(
+				"BackgroundQuestion", "The agent asks: may the model get what the project says about itself?\nThe conversation shows it.");
+		}
+		const IHostWindow& Window = FSlateApplication::Get().GetWindow();
+		const bool bLow = static_cast<float>(Window.GetPixelSize().Y) < LowWindow * Window.GetScale();
+		const int32 Most = bLow ? MaxSubjectInLowWindow : MaxShownSubject;
+		const FString Subject = Question.Subject.Len() > Most ? Question.Subject.Left(Most) + TEXT("\u2026") : Question.Subject;
+		return FText::Format(bLow ? LOCTEXT("ShortQuestion", "The agent asks: {0} {1}")
+								  : LOCTEXT("Question", "The agent asks: {0} {1}\nThe conversation shows what it would do."),
+			FText::FromString(Question.Tool), FText::FromString(Subject));
+	}
+
 	void ShowToast(const FAgentQuestion& Question)
 	{
-		const FString Subject =
-			Question.Subject.Len() > MaxShownSubject ? Question.Subject.Left(MaxShownSubject) + TEXT("\u2026") : Question.Subject;
-		// The subject of this one is a number that stands for the texts, and tells nobody anything.
-		FNotificationInfo Info(Question.Tool.Equals(TEXT("background"))
-				? LOCTEXT("BackgroundQuestion",
-					  "The agent asks: may the model get what the project says about itself?\nThe conversation shows it.")
-				: FText::Format(LOCTEXT("Question", "The agent asks: {0} {1}\nThe conversation shows what it would do."),
-					  FText::FromString(Question.Tool), FText::FromString(Subject)));
+		FNotificationInfo Info(MakeWords(Question));
 		// It stays until the question is answered, wherever that happens.
 		Info.bFireAndForget = false;
 		Info.bUseThrobber = false;

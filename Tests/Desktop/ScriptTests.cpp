@@ -136,6 +136,25 @@ TEST(Script, WaitsForAQuestionAndReachesWhatIsScrolledAside)
 	EXPECT_TRUE(Contains(Dump, "Project Settings")) << Dump;
 }
 
+TEST(Script, AQuestionIsShortInALowWindow)
+{
+	const std::string Folder = ".vscode/" + std::string(60, 'n');
+	const std::string All = "The agent asks: create_file " + Folder + ".json\\nThe conversation shows what it would do.";
+	const std::string Short = "The agent asks: create_file " + Folder.substr(0, 36) + "\xE2\x80\xA6\"";
+	const std::tuple<const char*, const char*, std::string> Rows[] = { { "360x400", "1", All }, { "360x399", "1", Short },
+		{ "720x799", "2", Short } };
+	for (const auto& [Size, Scale, Words] : Rows)
+	{
+		const FRandomProject Project;
+		const FRun Run = RunScript(Project,
+			std::string("type create ") + Folder + ".json with \"x\"\nkey CTRL+ENTER\nwait state Paused 30\ntick 60\ndump asked.json\n",
+			{ "--size", Size, "--scale", Scale });
+		EXPECT_EQ(Run.ExitCode, 0) << Run.Error;
+		const std::string Dump = ReadFile(Project.Path("asked.json"));
+		EXPECT_TRUE(Contains(Dump, Words)) << Size << Dump.substr(Dump.find("\"toasts\""), 400);
+	}
+}
+
 TEST(Script, PausesContinuesAndCancels)
 {
 	const FRandomProject Project;
