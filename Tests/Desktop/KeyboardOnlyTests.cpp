@@ -166,7 +166,7 @@ TEST(KeyboardOnly, PagesOfTheSettingsAreWorked)
 					"key ENTER\ntick 20\n",
 				"button \"Connections\" (focused)" },
 			{ "one is added", Repeat("key TAB", 3) + "key ENTER\ntick 20\n", "label \"Not stored yet." },
-			{ "named", Repeat("key TAB", 1) + "key CTRL+A\ntype mine\ntick 5\n", "button \"mine\"" },
+			{ "named at once", "type mine\ntick 5\n", "button \"mine\"" },
 			{ "and given its address", Repeat("key TAB", 2) + "type " + Address + "\ntick 60\n",
 				"text box \"Base URL\" (focused) = \"" + Address + "\"" },
 			{ "it is made the default", Repeat("key SHIFT+TAB", 3) + "key ENTER\ntick 60\n", "button \"mine (default)\"" },
