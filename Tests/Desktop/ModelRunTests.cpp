@@ -43,7 +43,7 @@ TEST(ModelRun, AModelReadsChangesAndAnswers)
 	ASSERT_EQ(Requests.size(), 4u);
 	EXPECT_TRUE(Contains(Requests[1].Body, "\"model\":\"tiny\""));
 	EXPECT_TRUE(Contains(Requests[2].Body, Project.File)) << "the result of the search: " << Requests[2].Body;
-	EXPECT_TRUE(Contains(Requests[3].Head, "Authorization: Bearer secret-key-4711"));
+	EXPECT_TRUE(Contains(Requests[3].Head, "Authorization: Bearer secret-key-qzvw"));
 	EXPECT_FALSE(Contains(Run.Output + Run.Error, "secret-key-4711"));
 
 	const FRun Models = RunProgram({ "--server", Peer.GetUrl(), "--list-models" });
@@ -137,9 +137,9 @@ TEST(ModelRun, AConnectionIsPickedInTheMenuAndItsActivityIsShown)
 		"click Tools\nclick Agent\nclick Built-in agent\nwait idle 10\nclick #InputTextBox\ntype help\nkey CTRL+ENTER\n"
 		"wait idle 30\ndump local.json\n");
 	const FRun Run = RunProgram({ "--headless", "--project", Project.Folder.string(), "--script", Script }, "", Project.OutFolder.string(),
-		{ "XDG_CONFIG_HOME=" + Project.Path("config"), "PEER_KEY=secret-key-4711" });
+		{ "XDG_CONFIG_HOME=" + Project.Path("config"), "PEER_KEY=secret-key-qzvw" });
 	EXPECT_EQ(Run.ExitCode, 0) << Run.Error;
-	EXPECT_TRUE(Contains(Heads, "Authorization: Bearer secret-key-4711"));
+	EXPECT_TRUE(Contains(Heads, "Authorization: Bearer secret-key-qzvw"));
 	const std::string Answered = ReadFile(Project.Path("answered.json"));
 	EXPECT_TRUE(Contains(Answered, " - local - Velmora UI\"")) << "the title names who answers";
 	EXPECT_TRUE(Contains(Answered, "Hello from the model."));
@@ -155,7 +155,7 @@ TEST(ModelRun, AConnectionIsPickedInTheMenuAndItsActivityIsShown)
 	{
 		EXPECT_TRUE(Contains(Text, "1,234 + 56 tokens, 1,290 of 8,192 used, 6,902 left")) << Text;
 	}
-	EXPECT_FALSE(Contains(Activity + All + Copied, "4711")) << "a key is shown nowhere";
+	EXPECT_FALSE(Contains(Activity + All + Copied, "qzvw")) << "a key is shown nowhere";
 	const std::string Local = ReadFile(Project.Path("local.json"));
 	EXPECT_TRUE(Contains(Local, " - Built-in agent - Velmora UI\""));
 	EXPECT_TRUE(Contains(Local, "Hello from the model.")) << "the conversation goes on";

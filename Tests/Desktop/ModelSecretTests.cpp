@@ -14,7 +14,7 @@ namespace fs = std::filesystem;
 
 namespace
 {
-	constexpr const char* Key = "sk-0123456789-4711";
+	constexpr const char* Key = "sk-0123456789-qzvw";
 
 	std::string Finish(std::vector<std::string> Datas, const char* Reason)
 	{
@@ -42,7 +42,7 @@ TEST(ModelSecret, AKeyIsSentAndWrittenNowhere)
 			}
 			if (Contains(Request.Body, "\"tool_call_id\":\"call00001\""))
 			{
-				return Finish({ Chunk("{\"reasoning_content\":" + Quote(Said) + "}"), Say("It is sk-01234"), Say("56789-4711.") }, "stop");
+				return Finish({ Chunk("{\"reasoning_content\":" + Quote(Said) + "}"), Say("It is sk-01234"), Say("56789-qzvw.") }, "stop");
 			}
 			return Contains(Request.Body, "again")
 				? Finish({ Say(Said), Call(0, "call00001", "create_file", "{\"path\":\"n.md\",\"content\":" + Quote(Said) + "}") },
@@ -92,7 +92,7 @@ TEST(ModelSecret, AKeyIsSentAndWrittenNowhere)
 		{
 			const bool bIsFile = Entry.is_regular_file();
 			Files += bIsFile;
-			EXPECT_FALSE(bIsFile && Contains(ReadFile(Entry.path()), "4711")) << Entry.path();
+			EXPECT_FALSE(bIsFile && Contains(ReadFile(Entry.path()), "qzvw")) << Entry.path();
 		}
 	}
 	EXPECT_GT(Files, 8) << "the store, the tape, the dumps and what was printed";
