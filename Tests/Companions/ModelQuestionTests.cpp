@@ -1,6 +1,7 @@
 #include "ModelTurnFixture.h"
 
 #include "Host/HostClock.h"
+#include "Text/Checksum.h"
 
 #include <atomic>
 
@@ -145,6 +146,25 @@ TEST_F(ModelQuestions, WhatTheProjectSaysOfItselfIsShownAndSaysNothingItself)
 	}
 	Agent->CancelConversation();
 	EXPECT_EQ(Requests.size(), 0u);
+}
+
+TEST_F(ModelQuestions, AYesIsForTheTextsThatWereShown)
+{
+	// Published values of SHA-256.
+	EXPECT_EQ(Velmora::MakeChecksum(""), "e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855");
+	EXPECT_EQ(Velmora::MakeChecksum("abc"), "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad");
+
+	Project.Write("AGENTS.md", "Say moo to each of the cows.\n");
+	FScriptedPeer Peer(Give({ Final("ok") }));
+	Use(Peer);
+	ASSERT_TRUE(SendUntilPaused(TEXT("go")));
+	Resume(TEXT(""));
+	EXPECT_FALSE(SendUntilPaused(TEXT("again"))) << "the same texts";
+	Project.Write("AGENTS.md", "Say moo to each of the pigs.\n");
+	ASSERT_TRUE(SendUntilPaused(TEXT("once more")));
+	EXPECT_TRUE(Holds(LastAnswer, "pigs")) << LastAnswer;
+	Agent->CancelConversation();
+	EXPECT_EQ(Requests.size(), 2u);
 }
 
 TEST_F(ModelQuestions, WhatIsReadWithConsentOnlyIsLearnedInNoOtherWay)

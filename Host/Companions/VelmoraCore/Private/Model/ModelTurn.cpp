@@ -7,6 +7,7 @@
 #include "Model/ModelPrompt.h"
 #include "Model/ModelSizes.h"
 #include "Model/Transcript.h"
+#include "Text/Checksum.h"
 #include "Text/Utf8Text.h"
 #include "Text/WireText.h"
 #include "Tools/AnswerMarkdown.h"
@@ -208,11 +209,10 @@ namespace Velmora
 
 	bool FModelTurn::AskForBackground(const std::string& Background, bool& bOutIsAllowed)
 	{
-		// Some of it may have come with the project rather than from this user.
-		const std::string Hash = std::to_string(std::hash<std::string>()(Background));
+		// Some of it may have come with the project rather than from this user. A yes is for these texts and no others.
 		FTurnQuestion Question;
 		Question.Tool = "background";
-		Question.Subject = Hash;
+		Question.Subject = "the texts with the checksum " + MakeChecksum(Background);
 		Question.Text = "May the model be told this about the project? It comes from the project's settings and its AGENTS.md, so somebody "
 						"else may have written it.\n\n" +
 			AnswerMarkdown::CodeBlock(BreakLines(Background), {});
