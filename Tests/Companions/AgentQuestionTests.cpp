@@ -328,6 +328,7 @@ TEST(PermissionRules, DenyBeatsAllowAndPrefixesAreLiteral)
 	EXPECT_EQ(Rules.Add({ false, "edit_file", ".vscode/tasks" }), "");
 	EXPECT_EQ(Rules.Add({ true, "run_command", "make\ttest\\\n" }), "");
 	EXPECT_EQ(Rules.Add({ true, "odd\ttool", "a" }), "");
+	EXPECT_EQ(Rules.Add({ true, "connect", "https://model.example" }), "");
 	const std::tuple<const char*, const char*, EPermission> Cases[] = {
 		{ "edit_file", ".vscode/settings.json", EPermission::Allowed },
 		{ "edit_file", ".vscode/tasks.json", EPermission::Denied },
@@ -337,6 +338,8 @@ TEST(PermissionRules, DenyBeatsAllowAndPrefixesAreLiteral)
 		{ "run_command", "make\ttest\\\nall", EPermission::Allowed },
 		{ "run_command", "make", EPermission::Ask },
 		{ "odd\ttool", "ab", EPermission::Allowed },
+		{ "connect", "https://model.example", EPermission::Allowed },
+		{ "connect", "https://model.example.org", EPermission::Ask }, // A yes for one server is none for another.
 		{ "read_file", "Docs/a.md", EPermission::Allowed },
 		{ "read_file", "Doc", EPermission::Ask },
 	};

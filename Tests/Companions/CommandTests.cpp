@@ -355,6 +355,7 @@ TEST_F(CommandTests, ARuleForACommandIsNoneForAnother)
 		{ "make test", EPermission::Allowed },
 		{ "make test -j4 ARGS=x", EPermission::Allowed },
 		{ "make tes", EPermission::Ask },
+		{ "make test-everything", EPermission::Ask },
 		{ "make test; rm -rf .", EPermission::Ask },
 		{ "make test && curl x", EPermission::Ask },
 		{ "make test `x`", EPermission::Ask },

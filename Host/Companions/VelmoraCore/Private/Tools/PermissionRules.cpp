@@ -66,14 +66,24 @@ namespace Velmora
 
 		/**
 		 * Whether the beginning that was allowed speaks for the whole: what follows the beginning of a command may be further
-		 * words of it, and no other command. A rule without any beginning is meant for all.
+		 * words of it, and neither the rest of its last word nor another command; a server is its whole address. A rule without
+		 * any beginning is meant for all.
 		 */
 		bool SpeaksForAll(std::string_view Tool, std::string_view Subject, std::string_view Prefix)
 		{
-			return Tool != "run_command" || Prefix.empty() ||
-				Subject.substr(Prefix.size()).find_first_of(";|&`$<>(){}\n\\!#") == std::string_view::npos;
+			constexpr std::string_view Blanks = " \t\n";
+			const std::string_view Rest = Subject.substr(Prefix.size());
+			if (Prefix.empty() || Rest.empty())
+			{
+				return true;
+			}
+			if (Tool == "run_command")
+			{
+				return (Blanks.find(Rest.front()) != Blanks.npos || Blanks.find(Prefix.back()) != Blanks.npos) &&
+					Rest.find_first_of(";|&`$<>(){}\n\\!#") == Rest.npos;
+			}
+			return Tool != "connect";
 		}
-
 	}
 
 	FPermissionRules::FPermissionRules(std::string InPath, std::vector<std::string> InAllowedCalls)
