@@ -36,7 +36,7 @@ TEST(ModelRun, AModelReadsChangesAndAnswers)
 				Chunk("{}", "tool_calls"), "[DONE]" });
 		}));
 	const FRun Run = RunProgram({ "--headless", "--project", Project.Folder.string(), "--server", Peer.GetUrl(), "--prompt", "take notes" },
-		"", Project.OutFolder.string(), { "VELMORA_SERVER_KEY=secret-key-4711", "http_proxy=http://127.0.0.1:9" });
+		"", Project.OutFolder.string(), { "VELMORA_SERVER_KEY=secret-key-qzvw", "http_proxy=http://127.0.0.1:9" });
 	EXPECT_EQ(Run.ExitCode, 0) << Run.Error;
 	EXPECT_TRUE(Contains(Run.Output, "Wrote **notes.md**.")) << Run.Output;
 	EXPECT_EQ(ReadFile(Project.Folder / "notes.md"), "from the model\n");
@@ -44,7 +44,7 @@ TEST(ModelRun, AModelReadsChangesAndAnswers)
 	EXPECT_TRUE(Contains(Requests[1].Body, "\"model\":\"tiny\""));
 	EXPECT_TRUE(Contains(Requests[2].Body, Project.File)) << "the result of the search: " << Requests[2].Body;
 	EXPECT_TRUE(Contains(Requests[3].Head, "Authorization: Bearer secret-key-qzvw"));
-	EXPECT_FALSE(Contains(Run.Output + Run.Error, "secret-key-4711"));
+	EXPECT_FALSE(Contains(Run.Output + Run.Error, "secret-key-qzvw"));
 
 	const FRun Models = RunProgram({ "--server", Peer.GetUrl(), "--list-models" });
 	EXPECT_EQ(Models.ExitCode, 0) << Models.Error;
