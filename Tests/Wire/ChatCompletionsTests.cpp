@@ -158,6 +158,8 @@ TEST(ChatStream, WhatServersSendComesTogetherWhereverItIsCut)
 			"Stop 'a\xEF\xBF\xBD"
 			"b\xC3\xA4'" },
 		{ "the key in the answer", { Say("It is key-01234"), Say("56789."), Chunk("{}", "stop"), Done }, "Stop 'It is [key].'" },
+		{ "the key as the name and the id of a call", { Call(0, Key, Key, "{}"), Chunk("{}", "tool_calls"), Done },
+			"Calls '' [key]#[key]{}" },
 		{ "nothing behind the end", { Say("a"), Chunk("{}", "stop"), Done, Say("b") }, "Stop 'a'" },
 		{ "a reason of another maker", { Say("a"), Chunk("{}", "max_tokens"), Done }, "Length 'a'" },
 		{ "a reason in capitals", { Say("a"), Chunk("{}", "MAX_TOKENS"), Done }, "Length 'a'" },

@@ -61,6 +61,7 @@ TEST(ModelMemory, AnEndlessAnswerIsBounded)
 	const FCase Cases[] = {
 		{ "compressed", Ok + "Content-Encoding: gzip\r\n\r\n\x1f\x8b", Filler, EModelFault::NoModelServer },
 		{ "text", StreamHead(), Events({ Say(Filler) }), EModelFault::TooLarge },
+		{ "nothing but blanks", StreamHead(), Events({ Say(std::string(64 * 1024, ' ')) }), EModelFault::TooLarge },
 		{ "text in pieces of a byte", StreamHead(), Events(std::vector<std::string>(500, Say("x"))), EModelFault::TooLarge },
 		{ "thinking", StreamHead(), Events({ Chunk("{\"reasoning_content\":\"" + Filler + "\"}") }), EModelFault::TooLarge },
 		{ "arguments of one call", StreamHead(), Events({ Call(0, "c", "a", Filler) }), EModelFault::TooLarge },

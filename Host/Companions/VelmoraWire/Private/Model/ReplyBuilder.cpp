@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <unordered_set>
 #include <utility>
+#include <vector>
 
 #include <rapidjson/memorystream.h>
 #include <rapidjson/reader.h>
@@ -18,6 +19,9 @@ namespace Velmora
 		constexpr std::string_view Whitespace = " \t\r\n";
 		constexpr size_t MaxNameBytes = 256;
 		constexpr size_t MaxDetailBytes = 1000;
+
+		/** Blanks before the text in which the mark of thinking may still come. */
+		constexpr size_t MaxOpeningBytes = 4096;
 
 		/** A text of which a second copy would count. */
 		constexpr size_t LargeBytes = 1024 * 1024;
@@ -74,6 +78,57 @@ namespace Velmora
 			}
 			return Line;
 		}
+
+		/** Each call gets an id of its own, since its result is found by it. */
+		void FinishCalls(std::vector<FModelCall>& Calls, std::string_view Key)
+		{
+			std::unordered_set<std::string> Ids;
+			int Number = 0;
+			for (FModelCall& Call : Calls)
+			{
+				for (std::string* Text : { &Call.Id, &Call.Name, &Call.Arguments })
+				{
+					*Text = WireText::RepairUtf8(std::move(*Text));
+					// Calls are stored and go to whatever server answers next.
+					WireText::HideKey(*Text, Key);
+				}
+				while (Call.Id.empty() || !Ids.insert(Call.Id).second)
+				{
+					Call.Id = "call_" + std::to_string(++Number);
+				}
+				if (Call.Arguments.find_first_not_of(Whitespace) == std::string::npos || Call.Arguments == "null")
+				{
+					Call.Arguments = "{}";
+				}
+			}
+		}
+
+		void FinishTexts(FModelReply& Reply, std::string_view Key)
+		{
+			// 1. What only separated thinking from the answer goes.
+			if (const size_t End = Reply.Thinking.empty() ? FindLoneThinkEnd(Reply.Text) : std::string::npos; End != std::string::npos)
+			{
+				Reply.Thinking = Reply.Text.substr(0, End);
+				Reply.Text.erase(0, End + ThinkEndMark.size());
+			}
+			Reply.Text = WireText::RepairUtf8(std::move(Reply.Text));
+			// It would end the text for whoever reads it as one that ends so.
+			std::erase(Reply.Text, '\0');
+			if (!Reply.Thinking.empty())
+			{
+				Reply.Text.erase(0, std::min(Reply.Text.find_first_not_of(Whitespace), Reply.Text.size()));
+			}
+			Reply.Thinking = WireText::RepairUtf8(std::move(Reply.Thinking));
+			Reply.Model = WireText::RepairUtf8(std::move(Reply.Model));
+
+			// 2. The key goes, from the problem before it is cut as well, since half a key is one that nobody would find.
+			WireText::HideKey(Reply.Problem.Detail, Key);
+			Reply.Problem.Detail = MakeOneLine(std::move(Reply.Problem.Detail));
+			for (std::string* Text : { &Reply.Text, &Reply.Thinking, &Reply.Model, &Reply.Problem.Detail })
+			{
+				WireText::HideKey(*Text, Key);
+			}
+		}
 	}
 
 	FReplyBuilder::FReplyBuilder(FOnPiece InOnPiece, const FReplyLimits& InLimits)
@@ -115,6 +170,12 @@ namespace Velmora
 			const size_t Start = Held.find_first_not_of(Whitespace);
 			if (Start == std::string::npos)
 			{
+				// Nothing but blanks for ever is an answer as well: it counts against what one may have.
+				if (Held.size() > MaxOpeningBytes)
+				{
+					Opening = EOpening::Answers;
+					KeepText(std::exchange(Held, std::string()));
+				}
 				return;
 			}
 			const std::string_view Rest = std::string_view(Held).substr(Start);
@@ -283,50 +344,14 @@ namespace Velmora
 		{
 			std::sort(Calls.begin(), Calls.end(), [](const FOpenCall& A, const FOpenCall& B) { return A.Index < B.Index; });
 		}
-
-		// 3. Each call gets an id of its own, since its result is found by it.
-		std::unordered_set<std::string> Ids;
-		int Number = 0;
 		for (FOpenCall& Open : Calls)
 		{
-			FModelCall& Call = Open.Call;
-			Call.Id = WireText::RepairUtf8(std::move(Call.Id));
-			while (Call.Id.empty() || !Ids.insert(Call.Id).second)
-			{
-				Call.Id = "call_" + std::to_string(++Number);
-			}
-			Call.Name = WireText::RepairUtf8(std::move(Call.Name));
-			Call.Arguments = WireText::RepairUtf8(std::move(Call.Arguments));
-			WireText::HideKey(Call.Arguments, Key);
-			if (Call.Arguments.find_first_not_of(Whitespace) == std::string::npos || Call.Arguments == "null")
-			{
-				Call.Arguments = "{}";
-			}
-			Reply.Calls.push_back(std::move(Call));
+			Reply.Calls.push_back(std::move(Open.Call));
 		}
 
-		// 4. Texts, without what only separated thinking from the answer.
-		if (const size_t End = Reply.Thinking.empty() ? FindLoneThinkEnd(Reply.Text) : std::string::npos; End != std::string::npos)
-		{
-			Reply.Thinking = Reply.Text.substr(0, End);
-			Reply.Text.erase(0, End + ThinkEndMark.size());
-		}
-		Reply.Text = WireText::RepairUtf8(std::move(Reply.Text));
-		// It would end the text for whoever reads it as one that ends so.
-		std::erase(Reply.Text, '\0');
-		if (!Reply.Thinking.empty())
-		{
-			Reply.Text.erase(0, std::min(Reply.Text.find_first_not_of(Whitespace), Reply.Text.size()));
-		}
-		Reply.Thinking = WireText::RepairUtf8(std::move(Reply.Thinking));
-		Reply.Model = WireText::RepairUtf8(std::move(Reply.Model));
-		// Before it is cut, since half a key is one that nobody would find.
-		WireText::HideKey(Reply.Problem.Detail, Key);
-		Reply.Problem.Detail = MakeOneLine(std::move(Reply.Problem.Detail));
-		for (std::string* Text : { &Reply.Text, &Reply.Thinking, &Reply.Model, &Reply.Problem.Detail })
-		{
-			WireText::HideKey(*Text, Key);
-		}
+		// 3. What came is made sound, and the key is taken out.
+		FinishCalls(Reply.Calls, Key);
+		FinishTexts(Reply, Key);
 		return std::move(Reply);
 	}
 }
