@@ -4,10 +4,12 @@
 #include "StoreFixture.h"
 
 #include "Host/HostTasks.h"
+#include "Store/StoreSalvage.h"
 #include "Store/StoreSchema.h"
 
 #include <algorithm>
 #include <cstdio>
+#include <future>
 #include <map>
 #include <random>
 #include <set>
@@ -313,6 +315,54 @@ TEST_F(StoreRecovery, WhatIsOnlyInTheLogComesBackToo)
 	const TSharedRef<FStore> Store = OpenStore();
 	CheckStore(*Store);
 	ExpectAllBut(*Store, {});
+}
+
+TEST_F(StoreRecovery, ALogThatSpeaksOfPagesWithoutEndIsReadToItsEnd)
+{
+	std::string Log;
+	const auto Add = [&Log](std::initializer_list<uint32> Words)
+	{
+		for (const uint32 Word : Words)
+		{
+			for (int Shift = 24; Shift >= 0; Shift -= 8)
+			{
+				Log += static_cast<char>(Word >> Shift & 0xff);
+			}
+		}
+	};
+	uint32 First = 0;
+	uint32 Second = 0;
+	const auto Sum = [&](size_t Offset, size_t Size)
+	{
+		for (const size_t End = Offset + Size; Offset < End; Offset += 8)
+		{
+			uint32 Words[2];
+			memcpy(Words, Log.data() + Offset, 8);
+			First += Words[0] + Second;
+			Second += Words[1] + First;
+		}
+	};
+	// A head whose sums are of little-endian words, and one page far away that ends a transaction.
+	Add({ 0x377f0682, 3007000, PageSize, 0, 1, 2 });
+	Sum(0, 24);
+	Add({ First, Second, 0xffffffff, 0xffffffff, 1, 2 });
+	const std::string Page(PageSize, '\x0d');
+	Sum(32, 8);
+	const size_t SumsAt = std::exchange(Log, Log + Page).size();
+	Sum(SumsAt, PageSize);
+	Log.resize(SumsAt);
+	Add({ First, Second });
+	Log += Page;
+	WriteFile(std::string(3 * PageSize, 'x'));
+	Folder.Write("Velmora/Game.db-wal", Log);
+
+	Velmora::FStoreSalvage Salvage(Folder.AtBytes("Velmora/Game.db"));
+	std::atomic<bool> bStops = false;
+	std::future<bool> Scan = std::async(std::launch::async, [&] { return Salvage.Scan(bStops); });
+	const bool bEnds = Scan.wait_for(std::chrono::seconds(20)) == std::future_status::ready;
+	bStops = true;
+	EXPECT_TRUE(Scan.get() && bEnds);
+	EXPECT_TRUE(Salvage.GetNumbers().empty());
 }
 
 TEST_F(StoreRecovery, RottenTextIsNoticedWhenItIsRead)

@@ -27,6 +27,12 @@ namespace Velmora
 		constexpr int64 LogHeaderSize = 32;
 		constexpr int64 FrameHeaderSize = 24;
 
+		/** The format has no more; one more and a count over all of them would begin anew. */
+		constexpr int64 MaxPages = 0xfffffffe;
+
+		/** No row of ours has more columns. */
+		constexpr size_t MaxColumns = 6;
+
 		uint32 ReadBig16(const unsigned char* Bytes)
 		{
 			return static_cast<uint32>(Bytes[0] << 8 | Bytes[1]);
@@ -103,7 +109,7 @@ namespace Velmora
 						return;
 					}
 					const size_t Size = SizeOf(Type);
-					if (Size > Payload.size() - Offset)
+					if (Size > Payload.size() - Offset || Columns.size() == MaxColumns)
 					{
 						return;
 					}
@@ -187,45 +193,59 @@ namespace Velmora
 			Reserved = 0;
 		}
 		UsableSize = PageSize - Reserved;
-		PageCount = static_cast<uint32>((Status.st_size + PageSize - 1) / PageSize);
+		PageCount = static_cast<uint32>(std::min<int64>((Status.st_size + PageSize - 1) / PageSize, MaxPages));
 		// 2. What was committed to the log and not yet copied into the file counts before the file's own pages.
 		ReadLogIndex();
 		// 3. Long rows go on in chained pages. A damaged chain may be a circle or lead through the whole file for each row.
-		ChainBudget = 4ull * PageCount + 1024;
+		ChainBudget = 4 * CountPages() + 1024;
 
 		// 4. Each page that looks like a leaf is read, whoever points to it. The first row with a number wins.
-		FBytes Bytes;
-		FCell Cell;
-		for (uint32 Page = 1; Page <= PageCount; ++Page)
+		for (uint32 Page = 1; Page <= PageCount && !bStops; ++Page)
 		{
-			if (bStops)
+			TakePage(Page);
+		}
+		std::vector<uint32> Beyond;
+		for (const auto& [Page, Place] : LogOffsets)
+		{
+			if (Page > PageCount)
 			{
-				return false;
+				Beyond.push_back(Page);
 			}
-			if (!ReadPage(Page, Bytes))
+		}
+		std::sort(Beyond.begin(), Beyond.end());
+		for (size_t Index = 0; Index < Beyond.size() && !bStops; ++Index)
+		{
+			TakePage(Beyond[Index]);
+		}
+		return !bStops;
+	}
+
+	void FStoreSalvage::TakePage(uint32 Page)
+	{
+		FBytes Bytes;
+		if (!ReadPage(Page, Bytes))
+		{
+			return;
+		}
+		FCell Cell;
+		const uint32 CellCount = CountCells(Page, Bytes);
+		for (uint32 Index = 0; Index < CellCount; ++Index)
+		{
+			StoreSchema::FConversationRow Row;
+			FConversationMessage Message;
+			if (!ReadCell(Page, Bytes, Index, Cell))
 			{
 				continue;
 			}
-			const uint32 CellCount = CountCells(Page, Bytes);
-			for (uint32 Index = 0; Index < CellCount; ++Index)
+			if (TakeMessage(Cell, Message))
 			{
-				StoreSchema::FConversationRow Row;
-				FConversationMessage Message;
-				if (!ReadCell(Page, Bytes, Index, Cell))
-				{
-					continue;
-				}
-				if (TakeMessage(Cell, Message))
-				{
-					Messages.emplace(Cell.RowId, FPlace{ Page, Index });
-				}
-				else if (TakeConversation(Cell, Row))
-				{
-					Rows.emplace(Row.Number, std::move(Row));
-				}
+				Messages.emplace(Cell.RowId, FPlace{ Page, Index });
+			}
+			else if (TakeConversation(Cell, Row))
+			{
+				Rows.emplace(Row.Number, std::move(Row));
 			}
 		}
-		return true;
 	}
 
 	// 1. The head and its sum. 2. Frame by frame, as long as sums and salt go on; a frame counts when its transaction was
@@ -277,15 +297,14 @@ namespace Velmora
 			}
 			const uint32 Page = ReadBig32(Frame.data());
 			Pending[Page] = Offset + FrameHeaderSize;
-			// Only the last frame of a transaction tells how many pages the file has then.
-			if (const uint32 CommittedPages = ReadBig32(Frame.data() + 4))
+			// Only the last frame of a transaction tells how many pages the file has then. How many is not believed: what is neither in
+			// the file nor in the log cannot be read, and any number may stand there.
+			if (ReadBig32(Frame.data() + 4) != 0)
 			{
 				for (const auto& [Number, Place] : Pending)
 				{
 					LogOffsets[Number] = Place;
-					PageCount = std::max(PageCount, Number);
 				}
-				PageCount = std::max(PageCount, CommittedPages);
 				Pending.clear();
 			}
 		}
@@ -293,12 +312,12 @@ namespace Velmora
 
 	bool FStoreSalvage::ReadPage(uint32 Page, FBytes& OutBytes) const
 	{
-		if (Page == 0 || Page > PageCount)
+		const auto Found = LogOffsets.find(Page);
+		if (Page == 0 || (Page > PageCount && Found == LogOffsets.end()))
 		{
 			return false;
 		}
 		OutBytes.assign(PageSize, 0);
-		const auto Found = LogOffsets.find(Page);
 		if (Found != LogOffsets.end())
 		{
 			return ReadAt(Log, Found->second, OutBytes.data(), PageSize);
@@ -330,7 +349,7 @@ namespace Velmora
 		const unsigned char* const End = Bytes.data() + UsableSize;
 		uint64 Size = 0;
 		uint64 RowId = 0;
-		if (!ReadVarint(Position, End, Size) || !ReadVarint(Position, End, RowId) || Size > static_cast<uint64>(PageCount) * PageSize)
+		if (!ReadVarint(Position, End, Size) || !ReadVarint(Position, End, RowId) || Size > CountPages() * PageSize)
 		{
 			return false;
 		}
@@ -434,16 +453,18 @@ namespace Velmora
 		FBytes Bytes;
 		FCell Cell;
 		uint32 LastPage = 0;
-		ChainBudget = 4ull * PageCount + 1024;
+		ChainBudget = 4 * CountPages() + 1024;
 		const auto End = Messages.lower_bound(StoreSchema::MakeKey(Number + 1, 0));
 		for (auto Position = Messages.lower_bound(StoreSchema::MakeKey(Number, 0)); Position != End; ++Position)
 		{
 			const FPlace& Place = Position->second;
 			FConversationMessage Message;
-			if ((Place.Page == LastPage || ReadPage(Place.Page, Bytes)) && ReadCell(Place.Page, Bytes, Place.Cell, Cell) &&
-				TakeMessage(Cell, Message))
+			if (Place.Page != LastPage)
 			{
-				LastPage = Place.Page;
+				LastPage = ReadPage(Place.Page, Bytes) ? Place.Page : 0;
+			}
+			if (LastPage != 0 && ReadCell(LastPage, Bytes, Place.Cell, Cell) && Cell.RowId == Position->first && TakeMessage(Cell, Message))
+			{
 				OutMessages.Add(MoveTemp(Message));
 			}
 		}

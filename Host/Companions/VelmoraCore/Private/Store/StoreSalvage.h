@@ -58,6 +58,10 @@ namespace Velmora
 		};
 
 		void ReadLogIndex();
+
+		/** At most: those of the file and those of the log. */
+		uint64 CountPages() const { return uint64(PageCount) + LogOffsets.size(); }
+		void TakePage(uint32 Page);
 		bool ReadPage(uint32 Page, FBytes& OutBytes) const;
 		uint32 CountCells(uint32 Page, const FBytes& Bytes) const;
 		bool ReadCell(uint32 Page, const FBytes& Bytes, uint32 Cell, FCell& OutCell);
@@ -68,6 +72,8 @@ namespace Velmora
 		const FFileDescriptor Log;
 		uint32 PageSize = 0;
 		uint32 UsableSize = 0;
+
+		/** Of the file itself. */
 		uint32 PageCount = 0;
 
 		/** How many pages behind others may still be followed: a knot in a damaged chain must end somewhere. */
