@@ -170,6 +170,36 @@ TEST_F(ConversationSearch, AnIndexThatCannotBeUsedIsMadeAnew)
 	EXPECT_FALSE(Other.CatchUp());
 }
 
+TEST_F(ConversationSearch, AnIndexThatTurnsOutToBeDamagedIsMadeAnew)
+{
+	Say(TEXT("one"), { MakeMessage("snail") });
+	const std::vector<FString> Words = Velmora::SearchText::ReadQuery(TEXT("snail"));
+	for (const bool bOnlyWords : { true, false })
+	{
+		SCOPED_TRACE(bOnlyWords);
+		ASSERT_TRUE(FSearchIndex(StorePath, IndexPath, bStops).CatchUp());
+		std::ifstream File(IndexPath, std::ios::binary);
+		std::string Bytes(std::istreambuf_iterator<char>(File), {});
+		// The page of words has its size before its first word; the first page of the file says what it is.
+		const size_t Start = bOnlyWords ? Bytes.find("0snail") : 4096 + 3;
+		ASSERT_LT(Start, Bytes.size());
+		const size_t Length = bOnlyWords ? 2 : Bytes.size() - 4096;
+		Bytes.replace(Start - 3, Length, Length, '\x7f');
+		std::ofstream(IndexPath, std::ios::binary) << Bytes;
+		FSearchIndex Other(StorePath, IndexPath, bStops);
+		if (bOnlyWords)
+		{
+			EXPECT_EQ(Other.Find(Words, 50).GetCode(), EOutcome::Damaged);
+		}
+		const TOutcome<bool> CaughtUp = Other.CatchUp();
+		ASSERT_TRUE(CaughtUp) << CaughtUp.GetWords();
+		EXPECT_TRUE(*CaughtUp);
+		const TOutcome<TArray<FConversationHit>> Hits = Other.Find(Words, 50);
+		ASSERT_TRUE(Hits) << Hits.GetWords();
+		EXPECT_EQ(Hits->Num(), 1);
+	}
+}
+
 TEST_F(ConversationSearch, EndsSoonAndGoesOnLater)
 {
 	Say(TEXT("one"), { MakeMessage("a snail") });

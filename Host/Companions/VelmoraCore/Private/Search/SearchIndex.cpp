@@ -119,6 +119,22 @@ namespace Velmora
 		return Index->Execute("PRAGMA synchronous=NORMAL");
 	}
 
+	void FSearchIndex::LetGo()
+	{
+		Index.reset();
+		unlink(IndexPath.c_str());
+	}
+
+	bool FSearchIndex::LetGoIfDamaged()
+	{
+		const bool bIsDamaged = Index->IsDamaged();
+		if (bIsDamaged)
+		{
+			LetGo();
+		}
+		return bIsDamaged;
+	}
+
 	TOutcome<std::unique_ptr<FSqliteConnection>> FSearchIndex::OpenStore() const
 	{
 		if (access(StorePath.c_str(), F_OK) != 0)
@@ -165,16 +181,29 @@ namespace Velmora
 		const int64 Stale = Index->ReadInteger(StaleSql, 0);
 		if (Stale > MinStaleDocuments && Stale > 2 * Index->ReadInteger(DocumentCountSql, 0))
 		{
-			if (FOutcome Made = CreateIndex(); !Made)
+			LetGo();
+			if (FOutcome Made = Open(); !Made)
 			{
 				return Made;
 			}
 		}
+		TOutcome<bool> Taken = TakeDifference(Store);
+		if (!Taken && !Index)
+		{
+			// It was damaged, and is made anew once.
+			const FOutcome Made = Open();
+			Taken = Made ? TakeDifference(Store) : TOutcome<bool>(Made);
+		}
+		return Taken;
+	}
 
+	TOutcome<bool> FSearchIndex::TakeDifference(FSqliteConnection& Store)
+	{
 		// 1. What differs.
 		const TOutcome<FDifference> Difference = Compare(Store);
 		if (!Difference)
 		{
+			LetGoIfDamaged();
 			return FOutcome(Difference);
 		}
 		// 2. Taken in some at a time, each time whole.
@@ -255,6 +284,10 @@ namespace Velmora
 		if (Result)
 		{
 			Result = Work();
+			if (!Result && LetGoIfDamaged())
+			{
+				return Result;
+			}
 			FOutcome Ended = Index->Execute(Result ? "COMMIT" : "ROLLBACK");
 			Result = Result ? Ended : Result;
 		}
@@ -338,13 +371,12 @@ namespace Velmora
 	{
 		using FHits = TArray<FConversationHit>;
 		FHits Hits;
-		const std::string Expression = SearchText::ToExpression(Words);
 		TOutcome<std::unique_ptr<FSqliteConnection>> Opened = OpenStore();
 		if (!Opened)
 		{
 			return FOutcome(Opened);
 		}
-		if (Expression.empty() || !*Opened)
+		if (SearchText::ToExpression(Words).empty() || !*Opened)
 		{
 			return Hits;
 		}
@@ -352,33 +384,40 @@ namespace Velmora
 		{
 			return Ready;
 		}
-		FSqliteQuery Documents = Index->Query(FindSql);
-		Documents.BindText(Expression);
-		while (Hits.Num() < MaxHits && Documents.Next())
-		{
-			FSqliteQuery Document = Index->Query(DocumentSql);
-			Document.Bind(Documents.GetInteger(0));
-			FConversationHit Hit;
-			if (Document.Next() && ReadHit(**Opened, Document.GetInteger(0), Document.GetInteger(1), Words, Hit))
-			{
-				Hits.Add(MoveTemp(Hit));
-			}
-		}
+		const FOutcome Read = ReadHits(**Opened, Words, MaxHits, Hits);
 		if (StopFlag)
 		{
 			return MakeStopped();
 		}
-		if (Documents.HasFailed())
+		if (!Read)
 		{
-			FOutcome Failure = Documents.GetOutcome();
-			if (Index->IsDamaged())
-			{
-				Index.reset();
-				unlink(IndexPath.c_str());
-			}
-			return Failure;
+			LetGoIfDamaged();
+			return Read;
 		}
 		return Hits;
+	}
+
+	FOutcome FSearchIndex::ReadHits(
+		FSqliteConnection& Store, const std::vector<FString>& Words, int32 MaxHits, TArray<FConversationHit>& OutHits)
+	{
+		const std::string Expression = SearchText::ToExpression(Words);
+		FSqliteQuery Documents = Index->Query(FindSql);
+		Documents.BindText(Expression);
+		while (OutHits.Num() < MaxHits && Documents.Next())
+		{
+			FSqliteQuery Document = Index->Query(DocumentSql);
+			Document.Bind(Documents.GetInteger(0));
+			FConversationHit Hit;
+			if (Document.Next() && ReadHit(Store, Document.GetInteger(0), Document.GetInteger(1), Words, Hit))
+			{
+				OutHits.Add(MoveTemp(Hit));
+			}
+			if (Document.HasFailed())
+			{
+				return Document.GetOutcome();
+			}
+		}
+		return Documents.GetOutcome();
 	}
 
 	bool FSearchIndex::ReadHit(

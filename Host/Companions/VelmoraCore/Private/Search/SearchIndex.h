@@ -48,6 +48,10 @@ namespace Velmora
 		FOutcome OpenIndex();
 		FOutcome CreateIndex();
 
+		/** Closes the index and removes its file; the next use makes it anew from the store. No query of it may be under way. */
+		void LetGo();
+		bool LetGoIfDamaged();
+
 		/** Null when there is no store to read. Opened anew each time: the file may have been set aside and replaced. */
 		TOutcome<std::unique_ptr<FSqliteConnection>> OpenStore() const;
 		static TOutcome<std::vector<FConversation>> ReadConversations(FSqliteConnection& Connection, const char* Sql);
@@ -60,11 +64,15 @@ namespace Velmora
 		};
 		TOutcome<FDifference> Compare(FSqliteConnection& Store);
 
+		/** One round of CatchUp. Without an index when this comes back, it was damaged. */
+		TOutcome<bool> TakeDifference(FSqliteConnection& Store);
+
 		/** Runs work in a transaction of its own, whole or not at all. */
 		FOutcome RunBatch(TFunctionRef<FOutcome()> Work);
 		FOutcome TakeIn(FSqliteConnection& Store, const FConversation& Conversation);
 		FOutcome Forget(int64 Number);
 		FOutcome AddDocument(int64 Key, int64 Checksum, std::string_view Content);
+		FOutcome ReadHits(FSqliteConnection& Store, const std::vector<FString>& Words, int32 MaxHits, TArray<FConversationHit>& OutHits);
 
 		/** False when the message is no longer what the index has read. */
 		static bool ReadHit(
