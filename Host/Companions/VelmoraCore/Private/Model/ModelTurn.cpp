@@ -437,9 +437,9 @@ namespace Velmora
 
 	FModelTurn::ENext FModelTurn::Mend(FModelReply& Reply, int& Try)
 	{
+		// 1. An answer in order.
 		const FModelProblem& Problem = Reply.Problem;
 		const bool bHasNothing = Reply.Text.empty() && Reply.Calls.empty();
-		// 1. An answer in order.
 		const bool bIsCut = Reply.Finish == EModelFinish::Length || Reply.Finish == EModelFinish::Filtered;
 		if (!Problem && !bIsCut && !bHasNothing)
 		{
@@ -447,27 +447,8 @@ namespace Velmora
 		}
 
 		// 2. What another request can do without.
-		if (Problem.Fault == EModelFault::NoUsage && Request.bAsksForUsage)
+		if (MendRequest(Reply, Try))
 		{
-			Request.bAsksForUsage = false;
-			return ENext::Again;
-		}
-		if (Problem.Fault == EModelFault::NoTools && !Request.Tools.empty() && bHasNothing)
-		{
-			Request.Tools.clear();
-			Request.Messages.front().Text = ModelPrompt::MakeInstructions(Input, false);
-			Tell(ETurnReportKind::Step, "This model cannot use tools: it answers without looking at the project.");
-			return ENext::Again;
-		}
-		const bool bIsFull = !Problem && Reply.Finish == EModelFinish::Length && Gauge.IsFull(Reply.Usage);
-		if (Problem.Fault == EModelFault::ContextFull && bHasNothing && MakeRoom(Problem))
-		{
-			return ENext::Again;
-		}
-		if (bIsFull && Try < MaxTries && MakeRoom(Problem))
-		{
-			// What it had begun it says again, with room to the end.
-			++Try;
 			return ENext::Again;
 		}
 
@@ -477,13 +458,7 @@ namespace Velmora
 		if (bPasses && bHasNothing && Try < MaxTries && Wait <= MaxWaitSeconds)
 		{
 			++Try;
-			const std::string Why = std::string(Problem.Fault == EModelFault::RateLimited ? "The server takes no more requests for now"
-																						  : "The server is overloaded") +
-				"; trying again in " + std::to_string(static_cast<int>(Wait)) + " s (try " + std::to_string(Try) + " of " +
-				std::to_string(MaxTries) + ").";
-			Tell(ETurnReportKind::Step, Why);
-			const FModelActivity::FRow Row = Activity.OpenWait(Why);
-			return Control.Sleep(Wait) && Control.WaitUntilRunning() ? ENext::Again : ENext::Over;
+			return WaitForServer(Problem.Fault, Wait, Try) ? ENext::Again : ENext::Over;
 		}
 
 		// 4. What was said is kept; calls of half an answer are never run.
@@ -491,15 +466,70 @@ namespace Velmora
 		{
 			TellAnswer(Reply.Text, false);
 		}
-		Fail(Problem	  ? Describe(Problem)
-				: bIsFull ? "The answer was cut: the model can take no more. Start a new conversation, attach less, or give the model a "
-							"larger context."
-				: Reply.Finish == EModelFinish::Length
-				? "The answer was cut: no room was left for it. Ask for less at a time, or raise the limit of the model."
-				: Reply.Finish == EModelFinish::Filtered
-				? "The server held the rest of the answer back. Ask in other words."
-				: "The model gave an empty answer. Send the message again, or pick another model.");
+		Fail(DescribeEnd(Reply));
 		return ENext::Over;
+	}
+
+	bool FModelTurn::MendRequest(const FModelReply& Reply, int& Try)
+	{
+		const FModelProblem& Problem = Reply.Problem;
+		const bool bHasNothing = Reply.Text.empty() && Reply.Calls.empty();
+		if (Problem.Fault == EModelFault::NoUsage && Request.bAsksForUsage)
+		{
+			Request.bAsksForUsage = false;
+			return true;
+		}
+		if (Problem.Fault == EModelFault::NoTools && !Request.Tools.empty() && bHasNothing)
+		{
+			Request.Tools.clear();
+			Request.Messages.front().Text = ModelPrompt::MakeInstructions(Input, false);
+			Tell(ETurnReportKind::Step, "This model cannot use tools: it answers without looking at the project.");
+			return true;
+		}
+		if (Problem.Fault == EModelFault::ContextFull && bHasNothing && MakeRoom(Problem))
+		{
+			return true;
+		}
+		if (IsFull(Reply) && Try < MaxTries && MakeRoom(Problem))
+		{
+			// What it had begun it says again, with room to the end.
+			++Try;
+			return true;
+		}
+		return false;
+	}
+
+	bool FModelTurn::IsFull(const FModelReply& Reply) const
+	{
+		return !Reply.Problem && Reply.Finish == EModelFinish::Length && Gauge.IsFull(Reply.Usage);
+	}
+
+	bool FModelTurn::WaitForServer(EModelFault Fault, double Seconds, int Try)
+	{
+		const std::string Why =
+			std::string(Fault == EModelFault::RateLimited ? "The server takes no more requests for now" : "The server is overloaded") +
+			"; trying again in " + std::to_string(static_cast<int>(Seconds)) + " s (try " + std::to_string(Try) + " of " +
+			std::to_string(MaxTries) + ").";
+		Tell(ETurnReportKind::Step, Why);
+		const FModelActivity::FRow Row = Activity.OpenWait(Why);
+		return Control.Sleep(Seconds) && Control.WaitUntilRunning();
+	}
+
+	std::string FModelTurn::DescribeEnd(const FModelReply& Reply) const
+	{
+		if (Reply.Problem)
+		{
+			return Describe(Reply.Problem);
+		}
+		if (IsFull(Reply))
+		{
+			return "The answer was cut: the model can take no more. Start a new conversation, attach less, or give the model a larger "
+				   "context.";
+		}
+		return Reply.Finish == EModelFinish::Length
+			? "The answer was cut: no room was left for it. Ask for less at a time, or raise the limit of the model."
+			: Reply.Finish == EModelFinish::Filtered ? "The server held the rest of the answer back. Ask in other words."
+													 : "The model gave an empty answer. Send the message again, or pick another model.";
 	}
 
 	bool FModelTurn::MakeRoom(const FModelProblem& Problem)

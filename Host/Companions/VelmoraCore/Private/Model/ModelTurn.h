@@ -59,6 +59,13 @@ namespace Velmora
 		};
 		/** What to do about an answer with a problem. */
 		ENext Mend(FModelReply& Reply, int& Try);
+
+		/** Leaves out of the request what the server or the model cannot take. False when there is nothing of the kind. */
+		bool MendRequest(const FModelReply& Reply, int& Try);
+
+		/** The answer was cut since the model can take no more. */
+		bool IsFull(const FModelReply& Reply) const;
+		bool WaitForServer(EModelFault Fault, double Seconds, int Try);
 		bool MakeRoom(const FModelProblem& Problem);
 
 		/** Makes the messages fit, and has the model sum up what must go. False when nothing could be left out. */
@@ -82,6 +89,9 @@ namespace Velmora
 		void TellAnswer(const std::string& Text, bool bHasToolCalls);
 		void Fail(const std::string& Text);
 		std::string Describe(const FModelProblem& Problem) const;
+
+		/** Why an answer is none, or only the beginning of one. */
+		std::string DescribeEnd(const FModelReply& Reply) const;
 
 		const FModelConnection& Connection;
 		const FTurnInput& Input;
