@@ -83,6 +83,36 @@ TEST_F(ModelLimits, ATurnThatHasUsedItsTokensAsks)
 	EXPECT_TRUE(Holds(EventsOf("error")[0], "was ended at this limit")) << EventsOf("error")[0];
 }
 
+TEST_F(ModelLimits, AnotherTryIsAQuestionWhenTheLimitIsReached)
+{
+	FScriptedPeer Peer(
+		Give({ Done(600), Stream({ Say("Half"), Chunk("{}", "length"), Usage(10000), "[DONE]" }), Final("In short: xxx."), Done(600) }));
+	FAgentConnection Connection = Make(Peer);
+	Connection.ContextTokens = 10000;
+	Connection.MaxTurnTokens = 5000;
+	FAgentConnections::Select(Connection);
+	CreateAgent();
+	EXPECT_EQ(Ask(std::string(2000, 'x')), "Done.");
+	ASSERT_TRUE(Agent->SendMessage(TEXT("and now?"), {}));
+	ASSERT_TRUE(WaitForQuestion());
+	EXPECT_EQ(Requests.size(), 3u) << "the last one sums up";
+	EXPECT_TRUE(FAgentQuestions::Answer(OpenId, EAgentAnswer::AllowOnce));
+	EXPECT_TRUE(PumpUntil([this] { return HasTurnEnded(); }));
+	EXPECT_EQ(LastAnswer, "Done.");
+	EXPECT_EQ(Requests.size(), 4u);
+
+	// Who says no keeps what there is.
+	AnswerCount = 0;
+	CreateAgent();
+	EXPECT_EQ(Ask(std::string(2000, 'y')), "Done.");
+	ASSERT_TRUE(Agent->SendMessage(TEXT("and now?"), {}));
+	ASSERT_TRUE(WaitForQuestion());
+	Agent->ResumeConversation(TEXT("enough"));
+	EXPECT_TRUE(PumpUntil([this] { return HasTurnEnded(); }));
+	EXPECT_EQ(LastAnswer, "Half");
+	EXPECT_EQ(Requests.size(), 7u);
+}
+
 TEST_F(ModelLimits, MoneyCountsByThePricesAndAYesLastsForAsMuchAgain)
 {
 	FScriptedPeer Peer(Give({ Look(1010), Look(1010), Done(1010) }));

@@ -104,7 +104,7 @@ namespace Velmora
 		for (int Round = 1;; ++Round)
 		{
 			FModelReply Reply;
-			if (!AskForMoreRounds(Round) || !AskForBudget() || !Control.WaitUntilRunning() || !AskModel(Reply))
+			if (!AskForMoreRounds(Round) || !AskForBudget({}) || !Control.WaitUntilRunning() || !AskModel(Reply))
 			{
 				return;
 			}
@@ -366,7 +366,7 @@ namespace Velmora
 		}
 	}
 
-	bool FModelTurn::AskForBudget()
+	bool FModelTurn::AskForBudget(const std::string& Said)
 	{
 		const std::string Reached = Spending.FindReached();
 		if (Reached.empty())
@@ -382,6 +382,10 @@ namespace Velmora
 		const FPermissionAnswer Answer = AskUser(Input, Control, Sink, Question);
 		if (Answer.Decision.Kind != EDecision::Stopped && !Answer.Decision.IsAllowed())
 		{
+			if (!Said.empty())
+			{
+				TellAnswer(Said, false);
+			}
 			Fail(Reached + " The turn was ended at this limit: " + Answer.Why + ". What was done is kept.");
 		}
 		Spending.Extend();
@@ -426,6 +430,11 @@ namespace Velmora
 			switch (Mend(OutReply, Try))
 			{
 			case ENext::Again:
+				// Each try may cost as much as the first.
+				if (!AskForBudget(OutReply.Text))
+				{
+					return false;
+				}
 				continue;
 			case ENext::Give:
 				return true;

@@ -43,7 +43,8 @@ namespace Velmora
 		bool MakeMessages();
 		bool AskModel(FModelReply& OutReply);
 		bool AskForMoreRounds(int Round);
-		bool AskForBudget();
+		/** @param Said  What has come of the answer; it is kept when the turn ends here. */
+		bool AskForBudget(const std::string& Said);
 		bool RunCalls(FModelReply& Reply);
 		bool RunCall(const FModelCall& Call, std::string& OutText);
 		bool AskForCall(const FToolRow& Row, const FToolArguments& Arguments, FToolResult& Result);
