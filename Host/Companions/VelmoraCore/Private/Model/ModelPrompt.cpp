@@ -32,6 +32,15 @@ namespace Velmora::ModelPrompt
 			return "Mode General: answer questions and change code or content, whichever the request needs.";
 		}
 
+		/** A number as "5.7", or an engine's id in braces: words from the project have no place among the instructions. */
+		bool IsEngineVersion(std::string_view Version)
+		{
+			constexpr size_t MaxBytes = 40;
+			const bool bBegins = !Version.empty() && ((Version[0] >= '0' && Version[0] <= '9') || Version[0] == '{');
+			return bBegins && Version.size() <= MaxBytes &&
+				Version.find_first_not_of("0123456789ABCDEFabcdef.-{}") == std::string_view::npos;
+		}
+
 		std::string FindEngineVersion(const std::string& ProjectFolder, const FProjectFiles& Files)
 		{
 			std::error_code Error;
@@ -45,7 +54,8 @@ namespace Velmora::ModelPrompt
 				const size_t Name = Text.find("\"EngineAssociation\"");
 				const size_t Start = Name == std::string::npos ? Name : Text.find('"', Text.find(':', Name));
 				const size_t Stop = Start == std::string::npos ? Start : Text.find('"', Start + 1);
-				return Stop == std::string::npos ? std::string() : Utf8Text::Shorten(Text.substr(Start + 1, Stop - Start - 1), 40);
+				const std::string Version = Stop == std::string::npos ? std::string() : Text.substr(Start + 1, Stop - Start - 1);
+				return IsEngineVersion(Version) ? Version : std::string();
 			}
 			return std::string();
 		}
@@ -80,7 +90,7 @@ namespace Velmora::ModelPrompt
 			Utf8Text::Sanitise(Name) + ", in the folder " + Utf8Text::Sanitise(Input.ProjectFolder) + ".\n";
 		if (const std::string Version = FindEngineVersion(Input.ProjectFolder, Files); !Version.empty())
 		{
-			Text += "Engine version: " + Utf8Text::Sanitise(Version) + ".\n";
+			Text += "Engine version: " + Version + ".\n";
 		}
 		Text += std::string(DescribeMode(Input.Mode)) + "\n";
 		Text += bHasTools
