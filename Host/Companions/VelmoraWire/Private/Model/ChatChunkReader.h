@@ -110,7 +110,7 @@ namespace Velmora
 		bool Int(int Value) { return Number(Value); }
 		bool Uint(unsigned Value) { return Number(Value); }
 		bool Int64(int64_t Value) { return Number(Value); }
-		bool Uint64(uint64_t Value) { return Number(static_cast<int64_t>(Value)); }
+		bool Uint64(uint64_t Value) { return ArgumentDepth > 0 ? ArgumentWriter.Uint64(Value) : Number(static_cast<int64_t>(Value)); }
 		bool Double(double Value);
 		bool String(const char* Bytes, rapidjson::SizeType Length, bool);
 		bool Key(const char* Bytes, rapidjson::SizeType Length, bool);
